@@ -1,0 +1,39 @@
+# What every target of this project shares, and the one rule that a folder of sources is a library.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+
+# kestrine_settings: the language rules. Single precision is promised with every rounding it implies, so
+# the compiler may not fuse a multiplication and an addition.
+add_library(kestrine_settings INTERFACE)
+target_include_directories(kestrine_settings INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_options(kestrine_settings INTERFACE -ffp-contract=off -Wall -Wextra -Wshadow -Wconversion
+                       -Wno-sign-conversion -fno-math-errno)
+target_compile_definitions(kestrine_settings INTERFACE _FILE_OFFSET_BITS=64)
+if(KESTRINE_DEVELOPER)
+  target_compile_options(kestrine_settings INTERFACE -Werror)
+endif()
+
+# kestrine_library(NAME [DEPENDS libraries of ours] [PACKAGES pkg-config names]): a static library of all
+# sources in the current folder and its subfolders. Third-party packages stay private to the folder.
+function(kestrine_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DEPENDS;PACKAGES")
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  add_library(kestrine_${name} STATIC ${sources})
+  list(TRANSFORM arg_DEPENDS PREPEND kestrine_)
+  target_link_libraries(kestrine_${name} PUBLIC kestrine_settings ${arg_DEPENDS})
+  foreach(package IN LISTS arg_PACKAGES)
+    string(MAKE_C_IDENTIFIER ${package} id)
+    pkg_check_modules(${id} REQUIRED IMPORTED_TARGET GLOBAL ${package})
+    target_link_libraries(kestrine_${name} PRIVATE PkgConfig::${id})
+  endforeach()
+endfunction()
