@@ -1,0 +1,41 @@
+// FilterWeights: for every pixel of a result axis, which source pixels it takes and how much of each.
+#pragma once
+
+#include "platform/coregraphics/AxisMap.h"
+#include "platform/coregraphics/kernels/ResampleRows.h"
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace kestrine {
+
+enum class ResampleFilter : std::uint8_t {
+    lanczos,  ///< three lobes, widened with the reduction
+    triangle, ///< linear interpolation, widened with the reduction
+};
+
+class FilterWeights {
+public:
+    /// `sourceSize` >= 1. Weights are worked out in double precision, kept in single, and sum to 1; what would lie
+    /// outside the source is left out.
+    FilterWeights(ResampleFilter filter, const AxisMap& map, std::uint32_t sourceSize);
+
+    std::uint32_t outSize() const { return static_cast<std::uint32_t>(first_.size()); }
+    /// The first source pixel of result pixel i; never decreases with i.
+    std::uint32_t first(std::uint32_t i) const { return first_[i]; }
+    /// The weights of the source pixels from first(i) on; at least one.
+    std::span<const float> weights(std::uint32_t i) const {
+        return std::span(weights_).subspan(start_[i], start_[i + 1] - start_[i]);
+    }
+    kernels::PixelWeights kernelWeights() const { return {first_, start_, weights_.data()}; }
+    /// One past the last source pixel of result pixel i; never decreases with i.
+    std::uint32_t end(std::uint32_t i) const { return first_[i] + static_cast<std::uint32_t>(weights(i).size()); }
+
+private:
+    std::vector<std::uint32_t> first_;
+    std::vector<std::size_t> start_;
+    std::vector<float> weights_;
+};
+
+} // namespace kestrine

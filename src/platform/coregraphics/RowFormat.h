@@ -1,0 +1,43 @@
+// RowFormat: what one row of a picture looks like in memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kestrine {
+
+enum class ColorModel : std::uint8_t { gray = 1, rgb = 3 };
+enum class SampleDepth : std::uint8_t { bits8 = 1, bits16 = 2 };
+
+/// A picture larger than this, as source or result, gives no output: pixels in all and pixels a side.
+inline constexpr std::uint64_t maximumPixels = std::uint64_t{1} << 30;
+inline constexpr std::uint32_t maximumSide = 1'000'000;
+
+/// Rows run from top to bottom, pixels from left to right; the samples of a pixel lie side by side: grey or
+/// red, green, blue, then alpha where there is one. Colour is not multiplied by alpha. 16-bit samples are in
+/// the machine's byte order.
+struct RowFormat {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    ColorModel model = ColorModel::rgb;
+    bool hasAlpha = false;
+    SampleDepth depth = SampleDepth::bits8;
+
+    std::size_t colorChannels() const { return static_cast<std::size_t>(model); }
+    std::size_t channels() const { return colorChannels() + (hasAlpha ? 1 : 0); }
+    std::size_t bytesPerSample() const { return static_cast<std::size_t>(depth); }
+    std::size_t bytesPerPixel() const { return channels() * bytesPerSample(); }
+    std::size_t samplesPerRow() const { return channels() * width; }
+    std::size_t bytesPerRow() const { return bytesPerPixel() * width; }
+    std::uint64_t pixels() const { return std::uint64_t{width} * height; }
+
+    /// Whether a picture of this size is one that we handle at all.
+    bool isWithinLimits() const {
+        return width >= 1 && height >= 1 && width <= maximumSide && height <= maximumSide
+               && pixels() <= maximumPixels;
+    }
+
+    bool operator==(const RowFormat&) const = default;
+};
+
+} // namespace kestrine

@@ -1,0 +1,12 @@
+// The plain truth of StoredIndexes.h, as oracle for its vectorised form.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kestrine::kernels::reference {
+
+void squareRootIndexes(const float* light, std::size_t count, float top, std::uint16_t* indexes);
+void linearIndexes(const float* values, std::size_t count, float top, std::uint16_t* indexes);
+
+} // namespace kestrine::kernels::reference
