@@ -6,8 +6,9 @@
 
 namespace kestrine {
 
-/// Pixel i of the result covers [offset + i / scale, offset + (i + 1) / scale) of the source, in source pixels
-/// from the left or top edge. Cropping, mirroring and decoding at a reduced size only edit these three numbers.
+/// Pixel i of the result covers [offset + i / scale, offset + (i + 1) / scale) of the source, in source
+/// pixels from the left or top edge. Cropping, mirroring and decoding at a reduced size only edit these three
+/// numbers.
 struct AxisMap {
     double scale = 1;
     double offset = 0;
@@ -16,7 +17,9 @@ struct AxisMap {
     bool operator==(const AxisMap&) const = default;
 
     bool isReduction() const { return scale < 1; }
-    bool isIdentity(std::uint32_t sourceSize) const { return scale == 1 && offset == 0 && outSize == sourceSize; }
+    bool isIdentity(std::uint32_t sourceSize) const {
+        return scale == 1 && offset == 0 && outSize == sourceSize;
+    }
 
     /// The map that fills `outSize` pixels with the whole of `sourceSize` pixels.
     static AxisMap filling(std::uint32_t sourceSize, std::uint32_t outSize) {

@@ -31,7 +31,8 @@ private:
 class ReducingColumns final : public ColumnFilter {
 public:
     ReducingColumns(FilterWeights weights, std::size_t samples, std::size_t padding)
-        : weights_(std::move(weights)), samples_(samples), pool_(samples + padding), row_(samples + padding, 0.0F) {}
+        : weights_(std::move(weights)), samples_(samples), pool_(samples + padding),
+          row_(samples + padding, 0.0F) {}
 
     bool needsRow() const override { return nextSource_ < weights_.end(nextResult_); }
 
@@ -86,8 +87,8 @@ private:
 class EnlargingColumns final : public ColumnFilter {
 public:
     EnlargingColumns(FilterWeights weights, std::size_t samples, std::size_t padding)
-        : weights_(std::move(weights)), samples_(samples), pool_(samples + padding), result_(samples + padding, 0.0F),
-          incoming_(pool_.take()) {}
+        : weights_(std::move(weights)), samples_(samples), pool_(samples + padding),
+          result_(samples + padding, 0.0F), incoming_(pool_.take()) {}
 
     bool needsRow() const override { return nextSource_ < weights_.end(nextResult_); }
 
@@ -131,7 +132,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<ColumnFilter> ColumnFilter::create(FilterWeights weights, std::size_t samples, std::size_t padding) {
+std::unique_ptr<ColumnFilter> ColumnFilter::create(FilterWeights weights, std::size_t samples,
+                                                   std::size_t padding) {
     const std::uint32_t results = weights.outSize();
     const bool enlarges = results > weights.end(results - 1) - weights.first(0);
     if (enlarges)

@@ -1,5 +1,5 @@
-// ColumnFilter: the vertical half of resampling. Source rows go in from the top, filtered rows come out, and no more
-// is held than the rows that are still under way.
+// ColumnFilter: the vertical half of resampling. Source rows go in from the top, filtered rows come out, and
+// no more is held than the rows that are still under way.
 #pragma once
 
 #include "platform/coregraphics/FilterWeights.h"
@@ -15,9 +15,10 @@ using FloatRow = std::vector<float>;
 class ColumnFilter {
 public:
     /// `samples` floats a row; rows carry `padding` further floats, which are zero.
-    /// Reductions add each source row to the few sums it belongs to; enlargements keep the few source rows that the
-    /// next result needs. Either way memory does not grow with the picture's height.
-    static std::unique_ptr<ColumnFilter> create(FilterWeights weights, std::size_t samples, std::size_t padding);
+    /// Reductions add each source row to the few sums it belongs to; enlargements keep the few source rows
+    /// that the next result needs. Either way memory does not grow with the picture's height.
+    static std::unique_ptr<ColumnFilter> create(FilterWeights weights, std::size_t samples,
+                                                std::size_t padding);
     virtual ~ColumnFilter() = default;
 
     /// Whether the next result row needs another source row first.

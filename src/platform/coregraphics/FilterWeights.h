@@ -17,8 +17,8 @@ enum class ResampleFilter : std::uint8_t {
 
 class FilterWeights {
 public:
-    /// `sourceSize` >= 1. Weights are worked out in double precision, kept in single, and sum to 1; what would lie
-    /// outside the source is left out.
+    /// `sourceSize` >= 1. Weights are worked out in double precision, kept in single, and sum to 1; what
+    /// would lie outside the source is left out.
     FilterWeights(ResampleFilter filter, const AxisMap& map, std::uint32_t sourceSize);
 
     std::uint32_t outSize() const { return static_cast<std::uint32_t>(first_.size()); }
@@ -30,7 +30,9 @@ public:
     }
     kernels::PixelWeights kernelWeights() const { return {first_, start_, weights_.data()}; }
     /// One past the last source pixel of result pixel i; never decreases with i.
-    std::uint32_t end(std::uint32_t i) const { return first_[i] + static_cast<std::uint32_t>(weights(i).size()); }
+    std::uint32_t end(std::uint32_t i) const {
+        return first_[i] + static_cast<std::uint32_t>(weights(i).size());
+    }
 
 private:
     std::vector<std::uint32_t> first_;

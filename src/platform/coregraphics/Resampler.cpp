@@ -17,13 +17,14 @@ RowFormat resampledFormat(RowFormat format, const Resampling& resampling, Sample
 /// Vertical first, so that the horizontal filter runs only on rows that come out.
 class ResampledRows final : public RowSource {
 public:
-    ResampledRows(RowSourcePointer input, const Resampling& resampling, const ColorProfile* profile, SampleDepth outDepth)
+    ResampledRows(RowSourcePointer input, const Resampling& resampling, const ColorProfile* profile,
+                  SampleDepth outDepth)
         : RowSource(resampledFormat(input->format(), resampling, outDepth)), input_(std::move(input)),
           conversion_(input_->format(), resampling.x.outSize, outDepth, resampling.light, profile),
           columns_(ColumnFilter::create({resampling.filter, resampling.y, input_->format().height},
                                         input_->format().samplesPerRow(), kernels::rowPadding)),
-          weights_(resampling.filter, resampling.x, input_->format().width), samples_(input_->format().bytesPerRow()),
-          result_(format().samplesPerRow() + kernels::rowPadding) {}
+          weights_(resampling.filter, resampling.x, input_->format().width),
+          samples_(input_->format().bytesPerRow()), result_(format().samplesPerRow() + kernels::rowPadding) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         while (columns_->needsRow()) {
@@ -32,7 +33,8 @@ public:
             conversion_.toFloats(samples_.data(), columns_->rowToFill());
             columns_->rowAdded();
         }
-        kernels::weighPixels(columns_->nextRow().data(), format().channels(), weights_.kernelWeights(), result_.data());
+        kernels::weighPixels(columns_->nextRow().data(), format().channels(), weights_.kernelWeights(),
+                             result_.data());
         conversion_.toSamples(result_.data(), format().width, row.data());
         return {};
     }
@@ -48,8 +50,8 @@ private:
 
 } // namespace
 
-RowSourcePointer resampledRows(RowSourcePointer input, const Resampling& resampling, const ColorProfile* profile,
-                               SampleDepth outDepth) {
+RowSourcePointer resampledRows(RowSourcePointer input, const Resampling& resampling,
+                               const ColorProfile* profile, SampleDepth outDepth) {
     return std::make_unique<ResampledRows>(std::move(input), resampling, profile, outDepth);
 }
 

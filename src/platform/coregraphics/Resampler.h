@@ -17,9 +17,9 @@ struct Resampling {
     bool operator==(const Resampling&) const = default;
 };
 
-/// `input` resampled to resampling.x.outSize x resampling.y.outSize pixels of `outDepth`; `profile` (its own, null for
-/// sRGB) is only read during the call.
-RowSourcePointer resampledRows(RowSourcePointer input, const Resampling& resampling, const ColorProfile* profile,
-                               SampleDepth outDepth);
+/// `input` resampled to resampling.x.outSize x resampling.y.outSize pixels of `outDepth`; `profile` (its own,
+/// null for sRGB) is only read during the call.
+RowSourcePointer resampledRows(RowSourcePointer input, const Resampling& resampling,
+                               const ColorProfile* profile, SampleDepth outDepth);
 
 } // namespace kestrine

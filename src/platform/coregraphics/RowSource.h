@@ -1,4 +1,5 @@
-// RowSource: a picture that comes row by row, top to bottom. Decoders and the stages behind them are RowSources.
+// RowSource: a picture that comes row by row, top to bottom. Decoders and the stages behind them are
+// RowSources.
 #pragma once
 
 #include "platform/coregraphics/RowFormat.h"

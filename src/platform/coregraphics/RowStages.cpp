@@ -32,14 +32,15 @@ void flattenRow(const Sample* from, Sample* to, std::size_t pixels, std::size_t 
     constexpr std::uint64_t full = static_cast<Sample>(~Sample{0});
     for (; pixels > 0; --pixels, from += colors + 1, to += colors)
         for (std::size_t c = 0; c < colors; ++c)
-            to[c] = static_cast<Sample>((from[c] * std::uint64_t{from[colors]} + full * (full - from[colors]) + full / 2)
-                                        / full);
+            to[c] = static_cast<Sample>(
+                (from[c] * std::uint64_t{from[colors]} + full * (full - from[colors]) + full / 2) / full);
 }
 
 class RowsOnWhite final : public RowSource {
 public:
     explicit RowsOnWhite(RowSourcePointer input)
-        : RowSource(withoutAlpha(input->format())), input_(std::move(input)), row_(input_->format().bytesPerRow()) {}
+        : RowSource(withoutAlpha(input->format())), input_(std::move(input)),
+          row_(input_->format().bytesPerRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (Result<void> read = input_->readRow(row_); !read)
@@ -61,14 +62,16 @@ private:
 class RowsOf8Bits final : public RowSource {
 public:
     explicit RowsOf8Bits(RowSourcePointer input)
-        : RowSource(with8Bits(input->format())), input_(std::move(input)), row_(input_->format().bytesPerRow()) {}
+        : RowSource(with8Bits(input->format())), input_(std::move(input)),
+          row_(input_->format().bytesPerRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (Result<void> read = input_->readRow(row_); !read)
             return read;
         const auto* wide = reinterpret_cast<const std::uint16_t*>(row_.data());
-        std::transform(wide, wide + format().samplesPerRow(), row.begin(),
-                       [](std::uint16_t sample) { return static_cast<std::uint8_t>((sample + 128U) / 257U); });
+        std::transform(wide, wide + format().samplesPerRow(), row.begin(), [](std::uint16_t sample) {
+            return static_cast<std::uint8_t>((sample + 128U) / 257U);
+        });
         return {};
     }
 
@@ -80,7 +83,8 @@ private:
 class TurnedRows final : public RowSource {
 public:
     TurnedRows(RowSourcePointer input, int quarterTurns)
-        : RowSource(turned(input->format(), quarterTurns)), input_(std::move(input)), quarterTurns_(quarterTurns) {}
+        : RowSource(turned(input->format(), quarterTurns)), input_(std::move(input)),
+          quarterTurns_(quarterTurns) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (input_ != nullptr) {
@@ -92,7 +96,8 @@ public:
         }
         const std::uint32_t y = next_++;
         for (std::uint32_t x = 0; x < format().width; ++x)
-            std::memcpy(row.data() + x * format().bytesPerPixel(), sourcePixel(x, y), format().bytesPerPixel());
+            std::memcpy(row.data() + x * format().bytesPerPixel(), sourcePixel(x, y),
+                        format().bytesPerPixel());
         return {};
     }
 
@@ -131,7 +136,8 @@ RowSourcePointer rowsOf8Bits(RowSourcePointer input) {
 }
 
 RowSourcePointer turnedRows(RowSourcePointer input, int quarterTurns) {
-    return quarterTurns == 0 ? std::move(input) : std::make_unique<TurnedRows>(std::move(input), quarterTurns);
+    return quarterTurns == 0 ? std::move(input)
+                             : std::make_unique<TurnedRows>(std::move(input), quarterTurns);
 }
 
 } // namespace kestrine

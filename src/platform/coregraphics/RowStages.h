@@ -5,7 +5,8 @@
 
 namespace kestrine {
 
-/// Lays the picture on white and drops its alpha: what is clear becomes white. Rows without alpha pass unchanged.
+/// Lays the picture on white and drops its alpha: what is clear becomes white. Rows without alpha pass
+/// unchanged.
 RowSourcePointer rowsOnWhite(RowSourcePointer input);
 
 /// 16-bit samples rounded to 8 bits. 8-bit rows pass unchanged.

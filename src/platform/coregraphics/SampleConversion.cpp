@@ -40,16 +40,18 @@ void lookUp(const Sample* samples, std::size_t pixels, const float* const* table
 
 } // namespace
 
-SampleConversion::SampleConversion(const RowFormat& in, std::uint32_t outWidth, SampleDepth outDepth, Light light,
-                                   const ColorProfile* profile)
-    : format_(in), outDepth_(outDepth), tables_(light == Light::linear ? toneTables(profile, in.model) : nullptr),
+SampleConversion::SampleConversion(const RowFormat& in, std::uint32_t outWidth, SampleDepth outDepth,
+                                   Light light, const ColorProfile* profile)
+    : format_(in), outDepth_(outDepth),
+      tables_(light == Light::linear ? toneTables(profile, in.model) : nullptr),
       decoders_(in.channels(), nullptr), indexes_(in.channels() * outWidth) {
     for (std::size_t c = 0; c < in.channels(); ++c) {
         const bool isLight = tables_ != nullptr && c < colors();
         if (!isLight)
             decoders_[c] = fractions(in.depth);
         else
-            decoders_[c] = in.depth == SampleDepth::bits8 ? (*tables_)[c].light8.data() : (*tables_)[c].light16().data();
+            decoders_[c] =
+                in.depth == SampleDepth::bits8 ? (*tables_)[c].light8.data() : (*tables_)[c].light16().data();
     }
 }
 

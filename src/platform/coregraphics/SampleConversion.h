@@ -19,16 +19,16 @@ enum class Light : std::uint8_t {
 /// Floats run from 0 to 1, colour multiplied by alpha. Used by one thread at a time.
 class SampleConversion {
 public:
-    /// Rows of `in` come; `profile` is the picture's own, null for sRGB. Rows of at most `outWidth` pixels go back,
-    /// with `outDepth`.
+    /// Rows of `in` come; `profile` is the picture's own, null for sRGB. Rows of at most `outWidth` pixels go
+    /// back, with `outDepth`.
     SampleConversion(const RowFormat& in, std::uint32_t outWidth, SampleDepth outDepth, Light light,
                      const ColorProfile* profile);
 
     /// A row of `in` into channels() floats a pixel.
     void toFloats(const std::uint8_t* samples, float* floats) const;
 
-    /// The way back for `pixels` pixels: alpha is held to 0..1, colour to 0..alpha, then divided by alpha; what has no
-    /// alpha left is 0. `floats` is overwritten.
+    /// The way back for `pixels` pixels: alpha is held to 0..1, colour to 0..alpha, then divided by alpha;
+    /// what has no alpha left is 0. `floats` is overwritten.
     void toSamples(float* floats, std::size_t pixels, std::uint8_t* samples);
 
 private:

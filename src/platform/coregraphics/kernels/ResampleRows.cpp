@@ -36,8 +36,8 @@ void addWeightedRow(std::span<float* const> sums, std::span<const float> weights
             sums[k][i] += weights[k] * row[i];
 }
 
-/// Two, three or four channels: a pixel's channels lie side by side in one vector. Three take a fourth lane along,
-/// the next pixel's first sample, which the following store overwrites.
+/// Two, three or four channels: a pixel's channels lie side by side in one vector. Three take a fourth lane
+/// along, the next pixel's first sample, which the following store overwrites.
 template <std::size_t channels>
 void weighColorPixels(const float* row, const PixelWeights& weights, float* result) {
     const hn::FixedTag<float, channels == 2 ? 2 : 4> d;

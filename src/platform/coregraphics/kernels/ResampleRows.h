@@ -16,10 +16,10 @@ inline constexpr std::size_t rowPadding = 16;
 void addWeightedRow(std::span<float* const> sums, std::span<const float> weights, const float* row,
                     std::size_t samples);
 
-/// One result row: pixel i has `channels` (1 to 4) samples and uses the weights [starts[i], starts[i + 1]) on the
-/// source pixels from firsts[i] on. A channel is the sum over its weights in their order; a picture of a single
-/// channel is summed in four parts p0..p3 (weight number modulo 4), put together as (p0 + p2) + (p1 + p3).
-/// `result` has one writable float behind the last sample of a row of three channels.
+/// One result row: pixel i has `channels` (1 to 4) samples and uses the weights [starts[i], starts[i + 1]) on
+/// the source pixels from firsts[i] on. A channel is the sum over its weights in their order; a picture of a
+/// single channel is summed in four parts p0..p3 (weight number modulo 4), put together as (p0 + p2) + (p1 +
+/// p3). `result` has one writable float behind the last sample of a row of three channels.
 struct PixelWeights {
     std::span<const std::uint32_t> firsts;
     std::span<const std::size_t> starts;

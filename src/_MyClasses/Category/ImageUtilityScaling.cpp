@@ -1,0 +1,69 @@
+#include "_MyClasses/Category/ImageUtility.h"
+
+#include <cmath>
+
+// Every product and quotient here is one rounding in single precision, in the order written.
+
+namespace kestrine::myUtility {
+
+namespace {
+
+/// Aspect corrections up to this are dropped; the width then follows the scale.
+constexpr double aspectTolerance = 0.01;
+
+float snappedAspect(float aspect) {
+    const double difference = static_cast<double>(std::fabs(1.0F - aspect));
+    return difference > aspectTolerance ? aspect : 1.0F;
+}
+
+} // namespace
+
+ImagePointer resizedImageWithRatio(const ImagePointer& image, float ratio, bool HQ) {
+    if (image == nullptr || ratio == 100.0F)
+        return image;
+    const NSSize size = image->size();
+    const NSSize target = {ratio * size.width, ratio * size.height};
+    return HQ ? resizedImageWithSizeHQ(image, target) : resizedImageWithSize(image, target);
+}
+
+ImagePointer resizedImageWithWidthRatio(const ImagePointer& image, float width, bool HQ) {
+    if (image == nullptr || width == image->size().width)
+        return image;
+    return resizedImageWithRatio(image, width / image->size().width, HQ);
+}
+
+ImagePointer resizedImageWithHeightRatio(const ImagePointer& image, float height, bool HQ) {
+    if (image == nullptr || height == image->size().height)
+        return image;
+    return resizedImageWithRatio(image, height / image->size().height, HQ);
+}
+
+ImagePointer resizedImageWithSize(const ImagePointer& image, NSSize size) {
+    return image == nullptr ? nullptr : drawnImage(size, *image);
+}
+
+ImagePointer resizedImageWithSizeHQ(const ImagePointer& image, NSSize size) {
+    const auto bitmap = image == nullptr ? nullptr : image->bitmapOfTIFFRepresentation();
+    if (bitmap == nullptr)
+        return nullptr;
+    const float width = size.width + 1.0F;
+    const float height = size.height + 1.0F;
+    const NSSize points = image->size();
+    const float scale = height / points.height;
+    const float aspect = snappedAspect((width / height) / (points.width / points.height));
+    const auto scaled = lanczosScaleTransform(CIImage(bitmap->picture()), scale, aspect);
+    if (!scaled)
+        return nullptr;
+    const CIExtent extent = scaled->extent();
+    const auto trimmed = crop(*scaled, {extent.width - 1, extent.height - 1});
+    return trimmed ? NSImageRepWithCImage(*trimmed) : nullptr;
+}
+
+ImagePointer NSImageRepWithCImage(const CIImage& image) {
+    const auto rep = std::make_shared<NSCIImageRep>(image);
+    auto result = std::make_shared<NSImage>(rep->size());
+    result->addRepresentation(rep);
+    return result;
+}
+
+} // namespace kestrine::myUtility

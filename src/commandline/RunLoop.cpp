@@ -1,0 +1,53 @@
+#include "commandline/RunLoop.h"
+
+#include "models/ResizeUnit.h"
+#include "platform/foundation/FormatText.h"
+#include "platform/foundation/NSCollections.h"
+
+#include <exception>
+
+namespace kestrine {
+
+namespace {
+
+/// The one place that catches what leaves a job, lack of memory included: the run goes on with the next file.
+void runJob(const OptionalString& path, const ResizeSets& sets) {
+    try {
+        const auto job = std::make_shared<ResizeUnit>();
+        job->setValueForKey(path ? path->object() : nullptr, u"filepath");
+        job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>(sets.begin(), sets.end())),
+                            u"resizeSets");
+        job->setValueForKey(path ? path->deletingLastPathComponent().object() : nullptr, u"saveFolderPath");
+        job->resize();
+    } catch (const std::exception&) {
+        return; // no output for this file
+    }
+}
+
+} // namespace
+
+void listSets(const ResizeSets& sets, StandardOutput& output) {
+    std::string text;
+    for (const auto& set : sets)
+        text += expandedFormatText(set->name().value_or(u"").utf8()) + "\n";
+    output.write(text);
+}
+
+OptionalString pathForArgument(const NSString& argument, const OptionalString& PWD) {
+    if (argument.contains(u"/Volumes") || argument.contains(u"~/"))
+        return argument;
+    return PWD ? OptionalString(PWD->appendingPathComponent(argument)) : std::nullopt;
+}
+
+void convertFiles(const PresetSelection& selection, const OptionalString& PWD, StandardOutput& output) {
+    if (selection.sets.empty())
+        return;
+    for (const NSString& argument : selection.files) {
+        // Written before the job begins, so that a person sees which file is at work.
+        output.write(expandedFormatText(argument.utf8()) + " converting...");
+        runJob(pathForArgument(argument, PWD), selection.sets);
+        output.write(" and done!!\n");
+    }
+}
+
+} // namespace kestrine

@@ -1,0 +1,44 @@
+// kestrine: applies stored presets to the files on its command line. Quiet, and its exit status is always 0.
+
+#include "commandline/PresetSelection.h"
+#include "commandline/RunLoop.h"
+#include "models/StoredPresets.h"
+#include "platform/foundation/NSUserDefaults.h"
+#include "platform/host/StandardStreams.h"
+
+#include <exception>
+
+namespace kestrine {
+
+namespace {
+
+void run(const std::vector<NSString>& arguments, const Environment& environment) {
+    const auto domain = NSUserDefaults(environment).persistentDomainForName(presetsDomain);
+    // What cannot be read counts as absent; the two values do not depend on each other.
+    const Result<ResizeSets> sets = domain ? storedSets(*domain) : domain.failure();
+    const auto selection = domain ? storedSelection(*domain) : domain.failure();
+    const PresetSelection chosen =
+        selectPresets(arguments, sets ? *sets : ResizeSets(), selection ? **selection : NSIndexSet());
+    StandardOutput output;
+    if (chosen.listsSets)
+        return listSets(sets ? *sets : ResizeSets(), output);
+    const auto PWD = environment.variable("PWD");
+    convertFiles(chosen, PWD ? OptionalString(NSString::fromUTF8(*PWD)) : std::nullopt, output);
+}
+
+} // namespace
+
+} // namespace kestrine
+
+int main(int count, char** values) {
+    kestrine::prepareStandardStreams();
+    std::vector<kestrine::NSString> arguments;
+    for (int i = 0; i < count; ++i)
+        arguments.push_back(kestrine::NSString::fromUTF8(values[i]));
+    try {
+        kestrine::run(arguments, kestrine::Environment::ofProcess());
+    } catch (const std::exception&) {
+        return 0; // memory ran out before the first file
+    }
+    return 0;
+}

@@ -1,0 +1,137 @@
+#include "models/ResizeSet.h"
+
+#include "_MyClasses/Category/ImageUtility.h"
+#include "_MyClasses/Category/StringUtility.h"
+#include "_MyClasses/Class/ExifTag/ExifTagReader.h"
+#include "platform/foundation/NSException.h"
+
+#include <array>
+
+namespace kestrine {
+
+namespace {
+
+using myUtility::ImagePointer;
+
+/// In the order of FormatType.
+constexpr std::array<const char16_t*, 4> extensions = {u"jpg", u"png", u"tiff", u"gif"};
+
+// The EXIF orientations that are acted on; the half turn and the mirrored ones are not.
+constexpr int orientationNeedsCounterclockwise = 8;
+constexpr int orientationNeedsClockwise = 6;
+
+/// The EXIF orientation; 0 when there is none, or something else than a number in its place.
+int orientationOf(const NSString& path) {
+    const auto reader = ExifTagReader::initWithPath(path);
+    if (reader == nullptr)
+        return 0;
+    try {
+        const auto orientation = reader->imageDirectionNumber();
+        return orientation ? orientation->intValue() : 0;
+    } catch (const NSException&) {
+        return 0;
+    }
+}
+
+ImagePointer turnedUpright(const ImagePointer& image, const NSString& path) {
+    switch (orientationOf(path)) {
+    case orientationNeedsCounterclockwise:
+        return myUtility::clockwiseRotate(image);
+    case orientationNeedsClockwise:
+        return myUtility::rotate(image);
+    default:
+        return image;
+    }
+}
+
+ImagePointer sized(const ImagePointer& image, const ResizeSet& set) {
+    const bool HQ = set.highQuality() != 0;
+    if (set.width() == 0)
+        return myUtility::resizedImageWithHeightRatio(image, set.height(), HQ);
+    if (set.height() == 0)
+        return myUtility::resizedImageWithWidthRatio(image, set.width(), HQ);
+    const NSSize size = {set.width(), set.height()};
+    return HQ ? myUtility::resizedImageWithSizeHQ(image, size) : myUtility::resizedImageWithSize(image, size);
+}
+
+/// In high quality the longer side is asked one larger.
+ImagePointer sizedByLongerSide(const ImagePointer& image, const ResizeSet& set) {
+    if (image == nullptr)
+        return nullptr;
+    const bool HQ = set.highQuality() != 0;
+    const float length = set.maxSize() + static_cast<float>(set.highQuality());
+    const NSSize size = image->size();
+    return size.height >= size.width ? myUtility::resizedImageWithHeightRatio(image, length, HQ)
+                                     : myUtility::resizedImageWithWidthRatio(image, length, HQ);
+}
+
+ImagePointer scaled(const ImagePointer& image, const ResizeSet& set) {
+    switch (set.resizeType()) {
+    case ResizeTypeSize:
+        return sized(image, set);
+    case ResizeTypeRatio:
+        return myUtility::resizedImageWithRatio(image, set.ratio() / 100.0F, set.highQuality() != 0);
+    case ResizeTypeMaxSize:
+        return sizedByLongerSide(image, set);
+    default:
+        return image;
+    }
+}
+
+std::shared_ptr<const NSData> encoded(const NSImage& image, const ResizeSet& set, const NSString& path) {
+    std::vector<NSString> names = {NSImageColorSyncProfileData};
+    switch (set.formatType()) {
+    case FormatTypeJPEG:
+        if (set.attachExifData() != 0)
+            names.push_back(NSImageEXIFData);
+        return myUtility::JPEGRepresentationWithCompression(image, set.compression() / 100.0F, path, names);
+    case FormatTypePNG:
+        return myUtility::PNGRepresentationWithSource(image, path, names);
+    case FormatTypeTIFF:
+        return myUtility::TIFFRepresentationWithSource(image, path, names);
+    case FormatTypeGIF:
+        return myUtility::GIFRepresentationWithSource(image, path, names);
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+NSString ResizeSet::fileNameForPath(const NSString& path) const {
+    const NSString stem = path.lastPathComponent().deletingPathExtension();
+    const NSString extension = path.pathExtension();
+    const bool isUpperCase = extension == extension.uppercased();
+    const bool isKnown = formatType_ >= 0 && formatType_ < static_cast<std::int32_t>(extensions.size());
+    const NSString chosen = isKnown ? NSString(extensions[static_cast<std::size_t>(formatType_)]) : extension;
+    return stem.appendingPathExtension(isUpperCase ? chosen.uppercased() : chosen);
+}
+
+OptionalString ResizeSet::resizeFolderForPath(const OptionalString& folder,
+                                              const OptionalString& rootPath) const {
+    const OptionalString& base = rootPath ? rootPath : folder;
+    if (!base || !folder)
+        return std::nullopt;
+    NSString relative;
+    if (rootPath && *folder != *rootPath)
+        relative = StringUtility::removeString(*folder, *rootPath + u"/").value_or(u"");
+    const NSString result = chooseFolder_ != 0 && chosenFolderPath_
+                                ? *chosenFolderPath_
+                                : base->appendingPathComponent(name_.value_or(u""));
+    return relative.isEmpty() ? result : result.appendingPathComponent(relative);
+}
+
+std::shared_ptr<const NSData> ResizeSet::resizedImageDataWithFile(const NSString& path,
+                                                                  std::shared_ptr<NSImage> image) const {
+    if (image == nullptr) {
+        image = NSImage::initWithContentsOfFile(path);
+        if (image != nullptr && convertResolution_ != 0)
+            myUtility::convertResolution(*image);
+    }
+    if (image != nullptr && autoRotate_ != 0)
+        image = turnedUpright(image, path);
+    image = scaled(image, *this);
+    return image == nullptr ? nullptr : encoded(*image, *this, path);
+}
+
+} // namespace kestrine

@@ -1,0 +1,139 @@
+#include "models/ResizeUnit.h"
+
+#include "_MyClasses/Category/FileManagerUtility.h"
+#include "_MyClasses/Category/ImageUtility.h"
+#include "platform/appkit/NSWorkspace.h"
+#include "platform/foundation/NSCollections.h"
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "platform/host/AtomicFile.h"
+#include "platform/host/FileStatus.h"
+
+#include <algorithm>
+
+namespace kestrine {
+
+const NSString RUResizeHasDone = u"RUResizeHasDone";
+const NSString resultPathsKey = u"resultPaths";
+
+namespace {
+
+NSException unfitValue(const NSString& key) {
+    return {NSInvalidArgumentException, "the value does not fit " + key.utf8()};
+}
+
+ResizeSets setsFrom(const Object& value) {
+    const auto array = std::dynamic_pointer_cast<const NSArray>(value);
+    if (array == nullptr)
+        throw unfitValue(u"resizeSets");
+    ResizeSets sets;
+    for (const Object& element : array->elements())
+        sets.push_back(std::dynamic_pointer_cast<const ResizeSet>(element));
+    if (std::ranges::find(sets, nullptr) != sets.end())
+        throw unfitValue(u"resizeSets");
+    return sets;
+}
+
+/// Whatever becomes of it, the job goes on; the original then stays where it is.
+void moveToTrash(const NSString& path) {
+    NSWorkspace& workspace = NSWorkspace::shared();
+    const std::lock_guard lock(workspace.lock());
+    workspace.performFileOperation(NSWorkspaceRecycleOperation, path.deletingLastPathComponent(), u"",
+                                   {path.lastPathComponent()});
+}
+
+/// Writes to the first free name and answers the path it got, or would have got.
+NSString writeUniquely(const NSData* data, const NSString& path, Durability durability) {
+    const NSString free = ResizeUnit::uniqueFileName(path);
+    if (data == nullptr)
+        return free;
+    const auto candidates = [&](unsigned attempt) {
+        return (attempt == 0 ? free : ResizeUnit::uniqueFileName(path)).utf8();
+    };
+    const Result<std::string> written = publishNewFile(candidates, data->bytes(), durability);
+    return written ? NSString::fromUTF8(*written) : free;
+}
+
+} // namespace
+
+void ResizeUnit::setValueForKey(const Object& value, const NSString& key) {
+    if (key == u"filepath")
+        filepath_ = value;
+    else if (key == u"saveFolderPath")
+        saveFolderPath_ = NSString::fromObject(value);
+    else if (key == u"resizeSets")
+        resizeSets_ = setsFrom(value);
+    else
+        throw NSException("NSUnknownKeyException", "ResizeUnit has no field " + key.utf8());
+}
+
+ResizeUnit::File ResizeUnit::file() const {
+    if (const OptionalString path = NSString::fromObject(filepath_))
+        return {*path, std::nullopt};
+    const auto dictionary = std::dynamic_pointer_cast<const NSDictionary>(filepath_);
+    if (dictionary == nullptr)
+        return {};
+    return {NSString::fromObject(dictionary->objectForKey(u"path")).value_or(u""),
+            NSString::fromObject(dictionary->objectForKey(u"rootPath"))};
+}
+
+void ResizeUnit::resize(const Object&) {
+    ImageSlots slots;
+    std::vector<Object> resultPaths;
+    for (std::size_t i = 0; i < resizeSets_.size(); ++i) {
+        const OptionalString path = applySet(*resizeSets_[i], file(), slots);
+        resultPaths.push_back(path.value_or(u"").object());
+    }
+    slots = {};
+    const auto info = std::make_shared<NSDictionary>(
+        std::map<NSString, Object>{{resultPathsKey, std::make_shared<NSArray>(std::move(resultPaths))}});
+    NSNotificationCenter::defaultCenter().postNotification(RUResizeHasDone, weak_from_this().lock(), info);
+}
+
+OptionalString ResizeUnit::applySet(const ResizeSet& set, const File& file, ImageSlots& slots) const {
+    const NSString name = set.fileNameForPath(file.path);
+    const auto data = set.resizedImageDataWithFile(file.path, imageForSet(set, file.path, slots));
+    OptionalString folder;
+    if (replacesFile(set)) {
+        moveToTrash(file.path);
+        folder = file.path.deletingLastPathComponent();
+    } else {
+        folder = set.resizeFolderForPath(saveFolderPath_, file.rootPath);
+    }
+    if (!folder)
+        return std::nullopt;
+    const NSString path = folder->appendingPathComponent(name);
+    myUtility::makeFoldersToPath(NSFileManager::defaultManager(), path.deletingLastPathComponent());
+    return writeUniquely(data.get(), path, replacesFile(set) ? Durability::synced : Durability::cached);
+}
+
+std::shared_ptr<NSImage> ResizeUnit::imageForSet(const ResizeSet& set, const NSString& path,
+                                                 ImageSlots& slots) const {
+    const bool converts = set.convertResolution() != 0;
+    std::shared_ptr<NSImage>& slot = converts ? slots.converted : slots.plain;
+    if (slot != nullptr)
+        return slot;
+    slot = NSImage::initWithContentsOfFile(path);
+    if (slot == nullptr)
+        return nullptr;
+    if (converts)
+        myUtility::convertResolution(*slot);
+    if (resizeSets_.size() > 1)
+        slot->keepPixels();
+    return slot;
+}
+
+NSString ResizeUnit::uniqueFileName(const NSString& path) {
+    if (!isTaken(path.utf8()))
+        return path;
+    const NSString stem = path.deletingPathExtension();
+    const NSString extension = path.pathExtension();
+    for (std::uint64_t n = 1;; ++n) {
+        const NSString candidate = stem + u"_" + NSString::fromUTF8(std::to_string(n)) + u"." + extension;
+        if (!isTaken(candidate.utf8()))
+            return candidate;
+    }
+}
+
+} // namespace kestrine

@@ -1,0 +1,72 @@
+#include "platform/appkit/NSImage.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kestrine {
+
+namespace {
+
+/// Whole pixels for a length in points; 0 where nothing can be drawn.
+std::uint32_t canvasPixels(float points) {
+    if (!(points > 0) || points > static_cast<float>(maximumSide))
+        return 0;
+    return std::max(1U, static_cast<std::uint32_t>(std::floor(static_cast<double>(points) + 0.5)));
+}
+
+Picture scaledPlainly(const Picture& picture, std::uint32_t width, std::uint32_t height) {
+    const AxisMap x = AxisMap::filling(picture.width(), width);
+    const AxisMap y = AxisMap::filling(picture.height(), height);
+    if (x.isIdentity(picture.width()) && y.isIdentity(picture.height()))
+        return picture;
+    return picture.with(Resampling{x, y, ResampleFilter::triangle, Light::stored});
+}
+
+} // namespace
+
+std::shared_ptr<NSImage> NSImage::initWithContentsOfFile(const NSString& path) {
+    const auto reps = NSBitmapImageRep::imageRepsWithContentsOfFile(path);
+    if (reps.empty())
+        return nullptr;
+    auto image = std::make_shared<NSImage>(reps.front()->size());
+    for (const auto& rep : reps)
+        image->addRepresentation(rep);
+    return image;
+}
+
+std::shared_ptr<NSImageRep> NSImage::bestRepresentation() const {
+    const auto pixels = [](const std::shared_ptr<NSImageRep>& rep) {
+        return std::uint64_t{rep->picture().width()} * rep->picture().height();
+    };
+    const auto best = std::ranges::max_element(representations_, {}, pixels);
+    return best == representations_.end() ? nullptr : *best;
+}
+
+std::shared_ptr<NSBitmapImageRep> NSImage::bitmapOfTIFFRepresentation() const {
+    if (representations_.empty())
+        return nullptr;
+    return std::make_shared<NSBitmapImageRep>(representations_.front()->picture(), size_);
+}
+
+void NSImage::keepPixels() const {
+    for (const auto& rep : representations_)
+        rep->picture().source->keepPixels();
+}
+
+std::shared_ptr<NSImage> drawnImage(NSSize canvas, const NSImage& image, const Drawing& drawing) {
+    auto result = std::make_shared<NSImage>(canvas);
+    const std::uint32_t width = canvasPixels(canvas.width), height = canvasPixels(canvas.height);
+    const std::shared_ptr<NSImageRep> drawn = image.bestRepresentation();
+    if (width == 0 || height == 0 || drawn == nullptr)
+        return result;
+    Picture picture = drawn->picture();
+    if (drawing.turn)
+        picture = picture.with(*drawing.turn);
+    picture = scaledPlainly(picture, width, height);
+    if (drawing.onWhite)
+        picture = picture.with(Flatten{});
+    result->addRepresentation(std::make_shared<NSBitmapImageRep>(std::move(picture), canvas));
+    return result;
+}
+
+} // namespace kestrine

@@ -1,0 +1,90 @@
+#include "platform/appkit/NSImageRep.h"
+
+#include "platform/foundation/NSNumber.h"
+
+namespace kestrine {
+
+const NSString NSImageCompressionFactor = u"NSImageCompressionFactor";
+const NSString NSImageDitherTransparency = u"NSImageDitherTransparency";
+const NSString NSImageColorSyncProfileData = u"NSImageColorSyncProfileData";
+const NSString NSImageEXIFData = u"NSImageEXIFData";
+const NSString NSImageRGBColorTable = u"NSImageRGBColorTable";
+
+namespace {
+
+constexpr double pointsAnInch = 72;
+
+NSSize pointsOf(const FrameDescription& frame) {
+    return {static_cast<float>(frame.format.width * pointsAnInch / frame.resolution.horizontal),
+            static_cast<float>(frame.format.height * pointsAnInch / frame.resolution.vertical)};
+}
+
+Object dataOrNil(Result<Bytes> bytes) {
+    if (!bytes || bytes->empty())
+        return nullptr;
+    return std::make_shared<NSData>(std::move(*bytes));
+}
+
+template <class T>
+std::shared_ptr<const T> valueOf(const ImageProperties& properties, const NSString& name) {
+    const auto entry = properties.find(name);
+    return entry == properties.end() ? nullptr : std::dynamic_pointer_cast<const T>(entry->second);
+}
+
+ByteView bytesOf(const std::shared_ptr<const NSData>& data) {
+    return data == nullptr ? ByteView() : data->bytes();
+}
+
+} // namespace
+
+std::vector<std::shared_ptr<NSBitmapImageRep>>
+NSBitmapImageRep::imageRepsWithContentsOfFile(const NSString& path) {
+    std::vector<std::shared_ptr<NSBitmapImageRep>> reps;
+    Result<std::shared_ptr<const ByteReader>> reader = readerOfPath(path.utf8());
+    if (!reader)
+        return reps;
+    Result<std::shared_ptr<Source>> source = Source::open(std::move(*reader));
+    if (!source)
+        return reps;
+    for (std::size_t frame = 0; frame < (*source)->frames().size(); ++frame)
+        reps.push_back(std::make_shared<NSBitmapImageRep>(Picture{*source, frame, {}},
+                                                          pointsOf((*source)->frames()[frame])));
+    return reps;
+}
+
+Object NSBitmapImageRep::valueForProperty(const NSString& name) const {
+    const std::optional<ColorProfile>& profile = picture().description().profile;
+    if (name == NSImageColorSyncProfileData && profile)
+        return std::make_shared<NSData>(Bytes(profile->bytes().begin(), profile->bytes().end()));
+    if (name == NSImageEXIFData)
+        return dataOrNil(picture().source->decoder().exif());
+    if (name == NSImageRGBColorTable)
+        return dataOrNil(picture().source->decoder().colorTable());
+    return nullptr;
+}
+
+std::shared_ptr<const NSData>
+NSBitmapImageRep::representationUsingType(FileType type, const ImageProperties& properties) const {
+    const auto compression = valueOf<NSNumber>(properties, NSImageCompressionFactor);
+    const auto dither = valueOf<NSNumber>(properties, NSImageDitherTransparency);
+    const auto profileData = valueOf<NSData>(properties, NSImageColorSyncProfileData);
+    const auto exif = valueOf<NSData>(properties, NSImageEXIFData);
+    const auto colorTable = valueOf<NSData>(properties, NSImageRGBColorTable);
+
+    const std::optional<ColorProfile> profile =
+        profileData == nullptr
+            ? std::nullopt
+            : ColorProfile::fromICC(profileData->bytes(), picture().description().format.model);
+    Output output{type, {}};
+    output.options.quality = compression == nullptr ? 0 : static_cast<double>(compression->floatValue());
+    output.options.ditherTransparency = dither != nullptr && dither->boolValue();
+    output.options.resolution = {pointsAnInch * pixelsWide() / size().width,
+                                 pointsAnInch * pixelsHigh() / size().height};
+    output.options.profile = profile ? &*profile : nullptr;
+    output.options.exif = bytesOf(exif);
+    output.options.colorTable = bytesOf(colorTable);
+    Result<Bytes> file = render(picture(), output);
+    return file ? std::make_shared<const NSData>(std::move(*file)) : nullptr;
+}
+
+} // namespace kestrine

@@ -1,0 +1,65 @@
+// Image representations: one way in which an NSImage can be drawn or encoded.
+#pragma once
+
+#include "platform/coreimage/CIImage.h"
+#include "platform/foundation/NSData.h"
+#include "platform/foundation/NSGeometry.h"
+#include "platform/foundation/NSString.h"
+#include "platform/imageio/Render.h"
+
+#include <map>
+
+namespace kestrine {
+
+/// The pixels never change; the size in points may.
+class NSImageRep : public NSObject {
+public:
+    const Picture& picture() const { return picture_; }
+    int pixelsWide() const { return static_cast<int>(picture_.width()); }
+    int pixelsHigh() const { return static_cast<int>(picture_.height()); }
+
+    NSSize size() const { return size_; }
+    void setSize(NSSize size) { size_ = size; }
+
+protected:
+    NSImageRep(Picture picture, NSSize size) : picture_(std::move(picture)), size_(size) {}
+
+private:
+    const Picture picture_;
+    NSSize size_;
+};
+
+/// Names under which an encoder takes properties and a bitmap gives them.
+extern const NSString NSImageCompressionFactor;    ///< NSNumber, 0 to 1 (JPEG)
+extern const NSString NSImageDitherTransparency;   ///< NSNumber, boolean (GIF)
+extern const NSString NSImageColorSyncProfileData; ///< NSData, an ICC profile
+extern const NSString NSImageEXIFData;      ///< NSData, the source's EXIF block from its TIFF header on
+extern const NSString NSImageRGBColorTable; ///< NSData, red, green, blue a colour
+
+using ImageProperties = std::map<NSString, Object>;
+
+class NSBitmapImageRep final : public NSImageRep {
+public:
+    NSBitmapImageRep(Picture picture, NSSize size) : NSImageRep(std::move(picture), size) {}
+
+    /// `imageRepsWithContentsOfFile:`: one for each picture in the file, in stored order; none when the file
+    /// cannot be opened or its header is no picture's. Its size in points follows its resolution.
+    static std::vector<std::shared_ptr<NSBitmapImageRep>> imageRepsWithContentsOfFile(const NSString& path);
+
+    /// `valueForProperty:`: the profile, EXIF block or colour table; nil when there is none.
+    Object valueForProperty(const NSString& name) const;
+
+    /// `representationUsingType:properties:`: the file's bytes; nil when it cannot be made.
+    std::shared_ptr<const NSData> representationUsingType(FileType type,
+                                                          const ImageProperties& properties) const;
+};
+
+class NSCIImageRep final : public NSImageRep {
+public:
+    /// `imageRepWithCIImage:`: as many points as pixels.
+    explicit NSCIImageRep(const CIImage& image)
+        : NSImageRep(image.picture(),
+                     {static_cast<float>(image.extent().width), static_cast<float>(image.extent().height)}) {}
+};
+
+} // namespace kestrine

@@ -1,0 +1,234 @@
+// Grey and RGB rows into sRGB. Profiles of curves and a matrix, which nearly all are, go by our tables:
+// exact, and ready at once; for the others the colour library computes every pixel without its shortcuts,
+// which would be off by many levels where colours lie outside sRGB.
+#include "platform/coregraphics/ColorConversion.h"
+
+#include "platform/coregraphics/ColorManagement.h"
+#include "platform/coregraphics/ToneCurve.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+namespace kestrine {
+
+namespace {
+
+using Conversion = std::function<void(const std::uint8_t* from, std::uint8_t* to, std::size_t pixels)>;
+
+class ConvertedRows final : public RowSource {
+public:
+    ConvertedRows(RowSourcePointer input, const RowFormat& format, Conversion conversion)
+        : RowSource(format), input_(std::move(input)), conversion_(std::move(conversion)),
+          row_(input_->format().bytesPerRow()) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        if (Result<void> done = input_->readRow(row_); !done)
+            return done;
+        conversion_(row_.data(), row.data(), format().width);
+        return {};
+    }
+
+private:
+    const RowSourcePointer input_;
+    const Conversion conversion_;
+    Bytes row_;
+};
+
+/// From light of a profile's red, green and blue to that of another's: matrix[to][from].
+template <class Number>
+using Matrix = std::array<std::array<Number, 3>, 3>;
+
+constexpr Matrix<float> unchanged = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+
+Matrix<double> inverse(const Matrix<double>& m) {
+    const auto minor = [&](std::size_t row, std::size_t column) {
+        const auto& a = m[(row + 1) % 3];
+        const auto& b = m[(row + 2) % 3];
+        return a[(column + 1) % 3] * b[(column + 2) % 3] - a[(column + 2) % 3] * b[(column + 1) % 3];
+    };
+    const double determinant = m[0][0] * minor(0, 0) + m[0][1] * minor(0, 1) + m[0][2] * minor(0, 2);
+    Matrix<double> result;
+    for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t column = 0; column < 3; ++column)
+            result[row][column] = minor(column, row) / determinant;
+    return result;
+}
+
+/// The product as floats, for pixels.
+Matrix<float> product(const Matrix<double>& a, const Matrix<double>& b) {
+    Matrix<float> result;
+    for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t column = 0; column < 3; ++column)
+            result[row][column] = static_cast<float>(a[row][0] * b[0][column] + a[row][1] * b[1][column]
+                                                     + a[row][2] * b[2][column]);
+    return result;
+}
+
+/// The colours (CIE XYZ under D50) of a profile's primaries, as columns; nothing when it converts by a table.
+std::optional<Matrix<double>> primaries(const ColorProfile& profile) {
+    const ContextHandle context = makeContext();
+    const ProfileHandle handle = openPictureProfile(context, profile.bytes(), cmsSigRgbData);
+    if (!handle || convertsByTable(handle))
+        return std::nullopt;
+    constexpr cmsTagSignature tags[] = {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
+    Matrix<double> matrix;
+    for (std::size_t column = 0; column < 3; ++column) {
+        const auto* color = static_cast<const cmsCIEXYZ*>(cmsReadTag(handle.get(), tags[column]));
+        matrix[0][column] = color->X;
+        matrix[1][column] = color->Y;
+        matrix[2][column] = color->Z;
+    }
+    return matrix;
+}
+
+bool isGrayTable(const ColorProfile& profile) {
+    const ContextHandle context = makeContext();
+    const ProfileHandle handle = openPictureProfile(context, profile.bytes(), cmsSigGrayData);
+    return !handle || convertsByTable(handle);
+}
+
+/// What turns light of the profile's colours into that of sRGB's, when the profile is no more than curves
+/// (which start from black; else its black would have to be compensated) and, for RGB, a matrix.
+std::optional<Matrix<float>> matrixIntoSRGB(const ColorProfile& profile) {
+    const auto curves = plainToneCurves(profile);
+    if (!curves || !std::ranges::all_of(*curves, [](const ToneCurve& curve) { return curve.light(0) == 0; }))
+        return std::nullopt;
+    if (profile.model() == ColorModel::gray)
+        return isGrayTable(profile) ? std::nullopt : std::optional(unchanged);
+    const auto from = primaries(profile);
+    const auto to = primaries(ColorProfile::sRGB());
+    if (!from || !to)
+        return std::nullopt;
+    return product(inverse(*to), *from);
+}
+
+std::span<const float> lightTable(const ToneTable& table, std::uint8_t) { return table.light8; }
+std::span<const float> lightTable(const ToneTable& table, std::uint16_t) { return table.light16(); }
+
+/// Light (any float) to stored codes by the tables of one curve.
+template <class Sample>
+class Encoder;
+
+float tablePosition(float light) {
+    return std::sqrt(std::min(std::max(light, 0.0f), 1.0f)) * static_cast<float>(toneTableSize - 1);
+}
+
+template <>
+class Encoder<std::uint8_t> {
+public:
+    explicit Encoder(const ToneTable& table) : codes_(table.stored8) {}
+
+    std::uint8_t operator()(float light) const {
+        return codes_[static_cast<std::size_t>(tablePosition(light) + 0.5f)];
+    }
+
+private:
+    std::span<const std::uint8_t> codes_;
+};
+
+template <>
+class Encoder<std::uint16_t> {
+public:
+    explicit Encoder(const ToneTable& table) : fractions_(table.storedFraction()) {}
+
+    std::uint16_t operator()(float light) const {
+        const float place = tablePosition(light);
+        const std::size_t index = std::min(static_cast<std::size_t>(place), toneTableSize - 2);
+        const float step = fractions_[index + 1] - fractions_[index];
+        const float fraction = fractions_[index] + step * (place - static_cast<float>(index));
+        return static_cast<std::uint16_t>(fraction * 65535 + 0.5f);
+    }
+
+private:
+    std::span<const float> fractions_;
+};
+
+/// Pixels by way of light.
+template <class Sample>
+class LightConversion {
+public:
+    LightConversion(const RowFormat& format, std::shared_ptr<const ToneTables> tables,
+                    const Matrix<float>& matrix)
+        : format_(format), tables_(std::move(tables)), target_(toneTables(nullptr, ColorModel::rgb)),
+          encode_((*target_)[0]), matrix_(matrix) {
+        for (std::size_t c = 0; c < tables_->channels.size(); ++c)
+            light_[c] = lightTable((*tables_)[c], Sample{});
+    }
+
+    void operator()(const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) const {
+        const auto* in = reinterpret_cast<const Sample*>(from);
+        auto* out = reinterpret_cast<Sample*>(to);
+        const bool isGray = format_.model == ColorModel::gray;
+        const std::size_t colors = format_.colorChannels();
+        for (std::size_t i = 0; i < pixels; ++i, in += format_.channels(), out += 3 + format_.hasAlpha) {
+            isGray ? convertGray(in, out) : convertRGB(in, out);
+            if (format_.hasAlpha)
+                out[3] = in[colors];
+        }
+    }
+
+private:
+    void convertGray(const Sample* in, Sample* out) const {
+        out[0] = out[1] = out[2] = encode_(light_[0][in[0]]);
+    }
+
+    void convertRGB(const Sample* in, Sample* out) const {
+        const float light[] = {light_[0][in[0]], light_[1][in[1]], light_[2][in[2]]};
+        for (std::size_t c = 0; c < 3; ++c)
+            out[c] = encode_(matrix_[c][0] * light[0] + matrix_[c][1] * light[1] + matrix_[c][2] * light[2]);
+    }
+
+    RowFormat format_;
+    std::shared_ptr<const ToneTables> tables_;
+    std::shared_ptr<const ToneTables> target_;
+    Encoder<Sample> encode_;
+    Matrix<float> matrix_;
+    std::array<std::span<const float>, 3> light_;
+};
+
+Conversion conversionByLight(const RowFormat& format, const ColorProfile* profile,
+                             const Matrix<float>& matrix) {
+    std::shared_ptr<const ToneTables> tables = toneTables(profile, format.model);
+    if (format.depth == SampleDepth::bits8)
+        return LightConversion<std::uint8_t>(format, std::move(tables), matrix);
+    return LightConversion<std::uint16_t>(format, std::move(tables), matrix);
+}
+
+Conversion conversionByLibrary(const RowFormat& format, const ColorProfile& profile) {
+    const bool isGray = format.model == ColorModel::gray;
+    const auto from = pixelFormat(isGray ? PT_GRAY : PT_RGB, isGray ? 1 : 3, format.depth, format.hasAlpha);
+    std::shared_ptr transform = TransformIntoSRGB::ofProfile(
+        profile.bytes(), isGray ? cmsSigGrayData : cmsSigRgbData, from,
+        pixelFormat(PT_RGB, 3, format.depth, format.hasAlpha), cmsFLAGS_NOOPTIMIZE);
+    if (!transform)
+        return nullptr;
+    return [transform](const std::uint8_t* in, std::uint8_t* out, std::size_t pixels) {
+        transform->convert(in, out, pixels);
+    };
+}
+
+} // namespace
+
+RowSourcePointer rowsInSRGB(RowSourcePointer rows, const ColorProfile* profile) {
+    const RowFormat& format = rows->format();
+    if (profile && (profile->model() != format.model || *profile == ColorProfile::sRGB()))
+        profile = nullptr;
+    Conversion conversion;
+    if (profile) {
+        const auto matrix = matrixIntoSRGB(*profile);
+        conversion =
+            matrix ? conversionByLight(format, profile, *matrix) : conversionByLibrary(format, *profile);
+    }
+    // Grey without a profile that could be used has sRGB's curve: its codes come back as they are, three
+    // times.
+    if (!conversion && format.model == ColorModel::gray)
+        conversion = conversionByLight(format, nullptr, unchanged);
+    if (!conversion)
+        return rows;
+    RowFormat converted = format;
+    converted.model = ColorModel::rgb;
+    return std::make_unique<ConvertedRows>(std::move(rows), converted, std::move(conversion));
+}
+
+} // namespace kestrine

@@ -1,0 +1,169 @@
+// The profiles that this system makes have the same bytes in every run: outputs must not depend on the day.
+#include "platform/coregraphics/ColorProfile.h"
+
+#include "platform/coregraphics/ColorManagement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace kestrine {
+
+namespace {
+
+struct CurveDeleter {
+    void operator()(cmsToneCurve* curve) const { cmsFreeToneCurve(curve); }
+};
+using CurveHandle = std::unique_ptr<cmsToneCurve, CurveDeleter>;
+
+struct DescriptionDeleter {
+    void operator()(cmsMLU* text) const { cmsMLUfree(text); }
+};
+using DescriptionHandle = std::unique_ptr<cmsMLU, DescriptionDeleter>;
+
+/// Exponents from which a picture could come; outside, the curve is next to a step.
+constexpr double minimumGamma = 0.1;
+constexpr double maximumGamma = 10;
+
+constexpr Chromaticities adobeRGBChromaticities = {
+    {0.3127, 0.3290}, {0.64, 0.33}, {0.21, 0.71}, {0.15, 0.06}};
+
+/// Twice the signed area of the triangle a, b, c.
+double turn(Chromaticities::Point a, Chromaticities::Point b, Chromaticities::Point c) {
+    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+}
+
+/// Whether the white is one that a light source could have (from candle to blue sky, with room), and lies
+/// inside the triangle of the primaries: only then is it a sum of positive amounts of them. NaN is not
+/// plausible.
+bool isPlausible(const Chromaticities& c) {
+    constexpr double smallestArea = 0.001; // that of sRGB's primaries is 0.22
+    const bool isLight = c.white.x >= 0.2 && c.white.x <= 0.6 && c.white.y >= 0.2 && c.white.y <= 0.5;
+    const double first = turn(c.red, c.green, c.white);
+    const double second = turn(c.green, c.blue, c.white);
+    const double third = turn(c.blue, c.red, c.white);
+    const double whole = std::abs(first + second + third);
+    return isLight && whole >= smallestArea && whole <= 2 && first * second > 0 && second * third > 0;
+}
+
+cmsCIExyY withFullLight(Chromaticities::Point point) { return {point.x, point.y, 1}; }
+
+ProfileHandle makeProfile(const ContextHandle& context, const CurveHandle& curve,
+                          const Chromaticities& colors, ColorModel model) {
+    if (model == ColorModel::gray)
+        return ProfileHandle(cmsCreateGrayProfileTHR(context.get(), cmsD50_xyY(), curve.get()));
+    const cmsCIExyY white = withFullLight(colors.white);
+    const cmsCIExyYTRIPLE primaries = {withFullLight(colors.red), withFullLight(colors.green),
+                                       withFullLight(colors.blue)};
+    cmsToneCurve* const curves[] = {curve.get(), curve.get(), curve.get()};
+    return ProfileHandle(cmsCreateRGBProfileTHR(context.get(), &white, &primaries, curves));
+}
+
+void describe(const ContextHandle& context, const ProfileHandle& profile, const char* description) {
+    const DescriptionHandle text(cmsMLUalloc(context.get(), 1));
+    if (!text || !cmsMLUsetASCII(text.get(), "en", "US", description)
+        || !cmsWriteTag(profile.get(), cmsSigProfileDescriptionTag, text.get()))
+        throw std::bad_alloc();
+}
+
+/// The header says when and for what kind of machine a profile was made: always the same.
+void fixHeader(Bytes& profile) {
+    constexpr std::size_t creationDate = 24;
+    constexpr std::size_t platform = 40;
+    constexpr std::uint8_t firstOfJanuary2020[] = {2020 >> 8, 2020 & 0xFF, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0};
+    std::ranges::copy(firstOfJanuary2020, profile.begin() + creationDate);
+    std::fill_n(profile.begin() + platform, 4, std::uint8_t{0});
+}
+
+/// The profile as stored in files; empty when its numbers do not fit into one.
+std::shared_ptr<const Bytes> save(const ProfileHandle& profile) {
+    cmsUInt32Number size = 0;
+    if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size))
+        return nullptr;
+    Bytes bytes(size);
+    if (!cmsSaveProfileToMem(profile.get(), bytes.data(), &size))
+        return nullptr;
+    fixHeader(bytes);
+    return std::make_shared<const Bytes>(std::move(bytes));
+}
+
+/// Version 2 of the format is known to every reader but holds exponents in whole 256ths only.
+double versionForGamma(double gamma) { return gamma * 256 == std::floor(gamma * 256) ? 2.1 : 4.3; }
+
+std::shared_ptr<const Bytes> gammaProfile(double gamma, const Chromaticities& primaries, ColorModel model,
+                                          const char* description) {
+    const ContextHandle context = makeContext();
+    const CurveHandle curve(cmsBuildGamma(context.get(), gamma));
+    if (!curve)
+        throw std::bad_alloc();
+    const ProfileHandle profile = makeProfile(context, curve, primaries, model);
+    if (!profile)
+        return nullptr;
+    cmsSetProfileVersion(profile.get(), versionForGamma(gamma));
+    describe(context, profile, description);
+    return save(profile);
+}
+
+std::shared_ptr<const Bytes> sRGBProfile() {
+    constexpr int linearThenPower = 4; // y = (a x + b) ^ g from x = d on, c x below
+    constexpr double parameters[] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
+    const ContextHandle context = makeContext();
+    const CurveHandle curve(cmsBuildParametricToneCurve(context.get(), linearThenPower, parameters));
+    if (!curve)
+        throw std::bad_alloc();
+    const ProfileHandle profile = makeProfile(context, curve, sRGBChromaticities, ColorModel::rgb);
+    if (!profile)
+        throw std::bad_alloc();
+    describe(context, profile, "sRGB");
+    return save(profile);
+}
+
+/// For the profiles that can only fail for lack of memory.
+std::shared_ptr<const Bytes> required(std::shared_ptr<const Bytes> bytes) {
+    return bytes ? bytes : throw std::bad_alloc();
+}
+
+} // namespace
+
+const Chromaticities sRGBChromaticities = {{0.3127, 0.3290}, {0.64, 0.33}, {0.30, 0.60}, {0.15, 0.06}};
+
+bool Chromaticities::operator==(const Chromaticities& other) const {
+    const auto same = [](Point a, Point b) { return a.x == b.x && a.y == b.y; };
+    return same(white, other.white) && same(red, other.red) && same(green, other.green)
+           && same(blue, other.blue);
+}
+
+std::optional<ColorProfile> ColorProfile::fromICC(ByteView icc, ColorModel model) {
+    const ContextHandle context = makeContext();
+    if (!openPictureProfile(context, icc, model == ColorModel::gray ? cmsSigGrayData : cmsSigRgbData))
+        return std::nullopt;
+    const ByteView profile = icc.first(profileSize(icc));
+    return ColorProfile(std::make_shared<const Bytes>(profile.begin(), profile.end()), model);
+}
+
+std::optional<ColorProfile> ColorProfile::fromGamma(double gamma, const Chromaticities& primaries,
+                                                    ColorModel model) {
+    const bool plausible = gamma >= minimumGamma && gamma <= maximumGamma
+                           && (model == ColorModel::gray || isPlausible(primaries));
+    if (!plausible)
+        return std::nullopt;
+    auto bytes = gammaProfile(gamma, primaries, model, model == ColorModel::gray ? "Gray" : "RGB");
+    if (!bytes)
+        return std::nullopt;
+    return ColorProfile(std::move(bytes), model);
+}
+
+ColorProfile ColorProfile::sRGB() {
+    static const ColorProfile profile(required(sRGBProfile()), ColorModel::rgb);
+    return profile;
+}
+
+ColorProfile ColorProfile::adobeRGB() {
+    constexpr double gamma = 563.0 / 256;
+    static const ColorProfile profile(
+        required(gammaProfile(gamma, adobeRGBChromaticities, ColorModel::rgb, "Adobe RGB (1998) compatible")),
+        ColorModel::rgb);
+    return profile;
+}
+
+} // namespace kestrine

@@ -1,0 +1,63 @@
+#include "platform/foundation/NSStringSearch.h"
+
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/UTF8.h"
+#include "platform/foundation/UnicodeCase.h"
+
+namespace kestrine {
+
+namespace {
+
+constexpr NSRange notFound{NSNotFound, 0};
+
+struct FoldedText {
+    std::u32string codePoints;
+    std::vector<std::size_t> starts; // where each begins in the text, and where the text ends
+};
+
+FoldedText folded(std::u16string_view text) {
+    FoldedText result;
+    for (std::size_t i = 0; i < text.size();) {
+        const char32_t codePoint = codePointAt(text, i);
+        result.codePoints += caseFolded(codePoint);
+        result.starts.push_back(i);
+        i += utf16Length(codePoint);
+    }
+    result.starts.push_back(text.size());
+    return result;
+}
+
+NSRange searchFolded(std::u16string_view text, std::u16string_view part) {
+    const FoldedText where = folded(text);
+    const FoldedText what = folded(part);
+    const std::size_t hit = where.codePoints.find(what.codePoints);
+    if (hit == std::u32string::npos)
+        return notFound;
+    const std::size_t start = where.starts[hit];
+    return {start, where.starts[hit + what.codePoints.size()] - start};
+}
+
+} // namespace
+
+NSRange rangeOfString(const NSString& text, const NSString& part, unsigned options, NSRange range) {
+    if (range.location > text.length() || range.length > text.length() - range.location)
+        throw NSException(NSRangeException, "the range reaches past the end of the text");
+    if (part.isEmpty())
+        return notFound;
+    const std::u16string_view searched =
+        std::u16string_view(text.utf16()).substr(range.location, range.length);
+    NSRange found = notFound;
+    if (options & NSCaseInsensitiveSearch)
+        found = searchFolded(searched, part.utf16());
+    else if (const std::size_t hit = searched.find(part.utf16()); hit != std::u16string_view::npos)
+        found = {hit, part.length()};
+    if (found.length > 0)
+        found.location += range.location;
+    return found;
+}
+
+NSRange rangeOfString(const NSString& text, const NSString& part, unsigned options) {
+    return rangeOfString(text, part, options, {0, text.length()});
+}
+
+} // namespace kestrine

@@ -1,0 +1,59 @@
+// ArchivedField: a class's archived members as rows of a table in archive order, so that writing and reading
+// them cannot drift apart.
+#pragma once
+
+#include "platform/foundation/archiving/NSArchiver.h"
+#include "platform/foundation/archiving/NSUnarchiver.h"
+
+#include <variant>
+
+namespace kestrine {
+
+/// The member's type is the type code: "@" for a text that may be nil, "c", "i" and "f" for the numbers.
+template <class T>
+struct ArchivedField {
+    /// The name under which key-value coding reaches the member; the archive does not store it.
+    std::string_view key;
+    std::variant<OptionalString T::*, std::int8_t T::*, std::int32_t T::*, float T::*> member;
+    /// The first version of the class that stores it.
+    std::uint32_t since = 0;
+};
+
+/// Writes the members of all rows, each as a group of its own.
+template <class T>
+void encodeFields(NSArchiver& coder, const T& object, std::span<const ArchivedField<T>> fields) {
+    for (const ArchivedField<T>& field : fields) {
+        if (const auto* text = std::get_if<OptionalString T::*>(&field.member)) {
+            coder.encodeString(object.**text);
+        } else if (const auto* flag = std::get_if<std::int8_t T::*>(&field.member)) {
+            coder.encodeValue(object.**flag);
+        } else if (const auto* integer = std::get_if<std::int32_t T::*>(&field.member)) {
+            coder.encodeValue(object.**integer);
+        } else {
+            coder.encodeValue(object.*std::get<float T::*>(field.member));
+        }
+    }
+}
+
+/// Reads the members of all rows that `version` (versionForClassName()) of the class stores; the others keep
+/// what they have.
+template <class T>
+void decodeFields(NSUnarchiver& coder, T& object, std::span<const ArchivedField<T>> fields,
+                  std::size_t version) {
+    for (const ArchivedField<T>& field : fields) {
+        if (version < field.since) {
+            continue;
+        }
+        if (const auto* text = std::get_if<OptionalString T::*>(&field.member)) {
+            object.** text = coder.decodeString();
+        } else if (const auto* flag = std::get_if<std::int8_t T::*>(&field.member)) {
+            object.** flag = coder.decodeValue<std::int8_t>();
+        } else if (const auto* integer = std::get_if<std::int32_t T::*>(&field.member)) {
+            object.** integer = coder.decodeValue<std::int32_t>();
+        } else {
+            object.*std::get<float T::*>(field.member) = coder.decodeValue<float>();
+        }
+    }
+}
+
+} // namespace kestrine

@@ -1,0 +1,19 @@
+#include "platform/host/FileStatus.h"
+
+#include "platform/host/PathParts.h"
+
+#include <sys/stat.h>
+
+namespace kestrine {
+
+bool itemExists(const std::string& path) {
+    struct stat status {};
+    return checkPath(path) && ::stat(path.c_str(), &status) == 0;
+}
+
+bool isTaken(const std::string& path) {
+    struct stat status {};
+    return checkPath(path) && ::lstat(path.c_str(), &status) == 0;
+}
+
+} // namespace kestrine

@@ -1,0 +1,77 @@
+// ImageCodec: what the engine knows of a file format. One file a format; CodecRegistry.cpp lists them.
+#pragma once
+
+#include "platform/coregraphics/ColorProfile.h"
+#include "platform/coregraphics/RowSource.h"
+#include "platform/host/ByteReader.h"
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace kestrine {
+
+/// Pixels per inch along the two axes. A file that says nothing, or something outside 1..100000, has 72.
+struct Resolution {
+    double horizontal = 72;
+    double vertical = 72;
+
+    bool operator==(const Resolution&) const = default;
+};
+
+/// The resolution for what a file says; either axis falls back to 72 by itself.
+Resolution plausibleResolution(double horizontal, double vertical);
+
+/// One picture of a file (the page of a TIFF; most files have one), as its decoder delivers it.
+struct FrameDescription {
+    RowFormat format;                    ///< at full size
+    Resolution resolution;
+    std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB, untagged
+    bool canReduce = false;              ///< whether rows() can deliver 4, 2 or 1 eighths
+};
+
+/// An opened file whose header has been read. It holds no pixels.
+class ImageDecoder {
+public:
+    virtual ~ImageDecoder() = default;
+
+    /// At least one, in stored order, each within the limits of RowFormat::isWithinLimits().
+    const std::vector<FrameDescription>& frames() const { return frames_; }
+
+    /// Starts decoding `frame` (an index into frames()). `eighths` is 8, or 4, 2, 1 where the frame can
+    /// reduce: each side then has ceil(side * eighths / 8) pixels, pixel i covering [8i, 8(i+1)) / eighths of
+    /// the full picture. The rows stay valid without the decoder. May be called again.
+    virtual Result<RowSourcePointer> rows(std::size_t frame, int eighths) const = 0;
+
+    /// The file's EXIF block, from the TIFF header on ("MM" or "II"); empty when there is none.
+    virtual Result<Bytes> exif() const { return Bytes{}; }
+
+    /// The colour table of an indexed picture: red, green, blue a colour; empty when there is none.
+    virtual Result<Bytes> colorTable() const { return Bytes{}; }
+
+protected:
+    std::vector<FrameDescription> frames_;
+};
+
+/// What goes into a file besides its pixels. Pointers may be null and must outlive the call.
+struct EncodingOptions {
+    double quality = 0;                      ///< JPEG: 0 to 1, any float is allowed
+    bool ditherTransparency = false;         ///< GIF: diffuse half-transparency instead of cutting it
+    Resolution resolution;                   ///< recorded where the format can
+    const ColorProfile* profile = nullptr;   ///< embedded where the format can
+    ByteView exif;                           ///< JPEG: a finished EXIF block, from the TIFF header on
+    ByteView colorTable;                     ///< GIF: red, green, blue a colour, at most 256
+};
+
+struct ImageCodec {
+    std::string_view name;
+    /// Looks at the first bytes (up to 64) of a file. Pure and cheap.
+    bool (*recognises)(ByteView head);
+    /// Reads the header of a recognised file.
+    Result<std::unique_ptr<ImageDecoder>> (*open)(std::shared_ptr<const ByteReader> reader);
+};
+
+/// The codec that recognises the input, opened.
+Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader);
+
+} // namespace kestrine

@@ -1,0 +1,73 @@
+// Picture: a source and what is to be done with it, as plain data. Nothing is decoded before render().
+#pragma once
+
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/coregraphics/Resampler.h"
+#include "platform/imageio/ImageCodec.h"
+
+#include <atomic>
+#include <mutex>
+#include <variant>
+#include <vector>
+
+namespace kestrine {
+
+/// An input whose header has been read. It owns the bytes or the open file, never a path, so the file may be
+/// moved meanwhile. Safe to use from several threads.
+class Source {
+public:
+    static Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> reader);
+
+    const std::vector<FrameDescription>& frames() const { return decoder_->frames(); }
+    const ImageDecoder& decoder() const { return *decoder_; }
+
+    /// From now on a frame is decoded once, at full size, and its pixels are kept for further results.
+    void keepPixels() { keepsPixels_ = true; }
+    bool keepsPixels() const { return keepsPixels_; }
+
+    /// The rows of a frame, decoded at `eighths` eighths of its size (8 when pixels are kept).
+    Result<RowSourcePointer> rows(std::size_t frame, int eighths);
+
+    /// How many decodes have been started in this process.
+    static std::uint64_t decodesStarted();
+
+private:
+    explicit Source(std::unique_ptr<ImageDecoder> decoder)
+        : decoder_(std::move(decoder)), kept_(decoder_->frames().size()) {}
+
+    Result<RowSourcePointer> decode(std::size_t frame, int eighths) const;
+
+    const std::unique_ptr<ImageDecoder> decoder_;
+    std::atomic<bool> keepsPixels_ = false;
+    std::mutex mutex_;
+    std::vector<std::shared_ptr<const PixelBuffer>> kept_; ///< by frame; guarded by mutex_
+};
+
+enum class QuarterTurn : std::uint8_t { clockwise, counterclockwise };
+/// Lays the picture on white.
+struct Flatten {
+    bool operator==(const Flatten&) const = default;
+};
+using PictureStep = std::variant<QuarterTurn, Resampling, Flatten>;
+
+struct Picture {
+    std::shared_ptr<Source> source;
+    std::size_t frame = 0;
+    std::vector<PictureStep> steps; ///< in order, each on the result of the one before
+
+    const FrameDescription& description() const { return source->frames()[frame]; }
+
+    /// Size of the result in pixels.
+    std::uint32_t width() const { return size().width; }
+    std::uint32_t height() const { return size().height; }
+    bool wasTurned() const;
+    Picture with(PictureStep step) const;
+
+private:
+    struct Size {
+        std::uint32_t width, height;
+    };
+    Size size() const;
+};
+
+} // namespace kestrine

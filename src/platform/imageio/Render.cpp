@@ -1,0 +1,170 @@
+#include "platform/imageio/Render.h"
+
+#include "platform/coregraphics/ColorConversion.h"
+#include "platform/coregraphics/RowStages.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/ExifBlock.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kestrine {
+
+namespace {
+
+/// What each file type can hold, in the order of FileType.
+struct FileTraits {
+    bool holdsAlpha;
+    bool holds16Bits;
+    bool isSRGBOnly; ///< viewers take it as sRGB whatever it says
+    Result<Bytes> (*encode)(RowSource&, const EncodingOptions&);
+};
+constexpr std::array<FileTraits, 4> fileTraits = {{
+    {true, true, false, encodeTIFF},
+    {true, false, true, encodeGIF},
+    {false, false, false, encodeJPEG},
+    {true, true, false, encodePNG},
+}};
+
+/// `resampling` of a picture that was turned before, as one of the picture before the turn (its size given).
+Resampling beforeTurn(const Resampling& resampling, int quarterTurns, std::uint32_t width,
+                      std::uint32_t height) {
+    Resampling result = resampling;
+    switch (quarterTurns) {
+    case 1: // column x of the turned picture is row (height - 1 - x), its row y is column y
+        result.x = resampling.y;
+        result.y = resampling.x.mirrored(height);
+        break;
+    case 2:
+        result.x = resampling.x.mirrored(width);
+        result.y = resampling.y.mirrored(height);
+        break;
+    case 3: // column x of the turned picture is row x, its row y is column (width - 1 - y)
+        result.x = resampling.y.mirrored(width);
+        result.y = resampling.x;
+        break;
+    default:
+        break;
+    }
+    return result;
+}
+
+/// The rows of a picture, with what the file type cannot hold taken away.
+class Pipeline {
+public:
+    Pipeline(const Picture& picture, bool keeps16Bits) : picture_(picture), keeps16Bits_(keeps16Bits) {}
+
+    Result<RowSourcePointer> build() {
+        RowPlan plan = planRows(picture_);
+        const int eighths = chooseEighths(plan);
+        Result<RowSourcePointer> rows = picture_.source->rows(picture_.frame, eighths);
+        if (!rows)
+            return rows;
+        RowSourcePointer pipeline = std::move(*rows);
+        for (std::size_t i = 0; i < plan.steps.size(); ++i)
+            pipeline = addStep(std::move(pipeline), plan.steps[i], i + 1 == plan.steps.size());
+        if (!keeps16Bits_)
+            pipeline = rowsOf8Bits(std::move(pipeline));
+        return turnedRows(std::move(pipeline), plan.quarterTurns);
+    }
+
+private:
+    /// Lets the decoder reduce when the first thing done is a reduction, and edits that step accordingly.
+    int chooseEighths(RowPlan& plan) const {
+        if (plan.steps.empty() || !picture_.description().canReduce || picture_.source->keepsPixels())
+            return 8;
+        auto* first = std::get_if<Resampling>(&plan.steps.front());
+        if (first == nullptr)
+            return 8;
+        const int eighths = decodingEighths(*first);
+        first->x = first->x.fromEighths(eighths);
+        first->y = first->y.fromEighths(eighths);
+        return eighths;
+    }
+
+    RowSourcePointer addStep(RowSourcePointer rows, const PictureStep& step, bool isLast) const {
+        if (std::holds_alternative<Flatten>(step))
+            return rowsOnWhite(std::move(rows));
+        const auto& profile = picture_.description().profile;
+        const SampleDepth depth = isLast && !keeps16Bits_ ? SampleDepth::bits8 : rows->format().depth;
+        return resampledRows(std::move(rows), std::get<Resampling>(step), profile ? &*profile : nullptr,
+                             depth);
+    }
+
+    const Picture& picture_;
+    const bool keeps16Bits_;
+};
+
+Result<void> checkSize(const Picture& picture) {
+    RowFormat format;
+    format.width = picture.width();
+    format.height = picture.height();
+    if (format.width == 0 || format.height == 0)
+        return Failure{Reason::empty, "the result has no pixels"};
+    if (!format.isWithinLimits())
+        return Failure{Reason::tooLarge, "the result is larger than 2^30 pixels"};
+    return {};
+}
+
+} // namespace
+
+RowPlan planRows(const Picture& picture) {
+    RowPlan plan;
+    std::uint32_t width = picture.description().format.width;
+    std::uint32_t height = picture.description().format.height;
+    for (const PictureStep& step : picture.steps) {
+        if (const auto* turn = std::get_if<QuarterTurn>(&step)) {
+            plan.quarterTurns = (plan.quarterTurns + (*turn == QuarterTurn::clockwise ? 1 : 3)) % 4;
+        } else if (const auto* resampling = std::get_if<Resampling>(&step)) {
+            const Resampling upright = beforeTurn(*resampling, plan.quarterTurns, width, height);
+            width = upright.x.outSize;
+            height = upright.y.outSize;
+            plan.steps.emplace_back(upright);
+        } else {
+            plan.steps.push_back(step);
+        }
+    }
+    return plan;
+}
+
+int decodingEighths(const Resampling& resampling) {
+    const double needed = resampling.filter == ResampleFilter::lanczos ? 2.35 : 2;
+    const double reduction = 1 / std::max(resampling.x.scale, resampling.y.scale);
+    for (const int eighths : {1, 2, 4})
+        if (reduction * eighths / 8 >= needed)
+            return eighths;
+    return 8;
+}
+
+Result<Bytes> render(const Picture& picture, const Output& output) {
+    if (Result<void> size = checkSize(picture); !size)
+        return size.failure();
+    const FileTraits& traits = fileTraits[static_cast<std::size_t>(output.type)];
+    Result<RowSourcePointer> built = Pipeline(picture, traits.holds16Bits).build();
+    if (!built)
+        return built.failure();
+    RowSourcePointer rows = std::move(*built);
+    if (!traits.holdsAlpha)
+        rows = rowsOnWhite(std::move(rows));
+    const auto& profile = picture.description().profile;
+    if (traits.isSRGBOnly)
+        rows = rowsInSRGB(std::move(rows), profile ? &*profile : nullptr);
+    EncodingOptions options = output.options;
+    Bytes exif;
+    if (!options.exif.empty()) {
+        exif = carriedExif(options.exif, rows->format().width, rows->format().height, picture.wasTurned());
+        options.exif = exif;
+    }
+    return traits.encode(*rows, options);
+}
+
+Result<PixelBuffer> readPixels(const Picture& picture) {
+    if (Result<void> size = checkSize(picture); !size)
+        return size.failure();
+    Result<RowSourcePointer> rows = Pipeline(picture, true).build();
+    if (!rows)
+        return rows.failure();
+    return readAllRows(**rows);
+}
+
+} // namespace kestrine

@@ -1,0 +1,132 @@
+#include "platform/imageio/Render.h"
+
+#include "platform/imageio/Codecs.h"
+#include "tests/support/Pictures.h"
+
+namespace kestrine {
+
+using testing::makePhoto;
+using testing::samePicture;
+
+namespace {
+
+RowFormat photoFormat(std::uint32_t width, std::uint32_t height) {
+    return {width, height, ColorModel::rgb, false, SampleDepth::bits8};
+}
+
+/// A TIFF of the pixels: the one format that keeps every layout exactly.
+std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels) {
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
+    return *Source::open(readerOfBytes(*encodeTIFF(*rows, {})));
+}
+
+PixelBuffer turnedClockwise(const PixelBuffer& source) {
+    RowFormat format = source.format;
+    std::swap(format.width, format.height);
+    return testing::makePicture(format, [&](std::uint32_t x, std::uint32_t y, std::size_t c) {
+        return testing::sampleAt(source, y, source.format.height - 1 - x, c);
+    });
+}
+
+const Resampling half = {{0.5, 0, 10}, {0.5, 1, 14}, ResampleFilter::lanczos, Light::linear};
+
+} // namespace
+
+TEST(Render, aPictureWithoutStepsIsItsSource) {
+    const PixelBuffer photo = makePhoto(photoFormat(20, 30));
+    const Picture picture{sourceOf(photo), 0, {}};
+    EXPECT_TRUE(samePicture(*readPixels(picture), photo));
+    EXPECT_FALSE(picture.wasTurned());
+}
+
+TEST(Render, fourQuarterTurnsGiveThePictureBackAndOneTurnsIt) {
+    const PixelBuffer photo = makePhoto(photoFormat(7, 5));
+    Picture picture{sourceOf(photo), 0, {QuarterTurn::clockwise}};
+    EXPECT_EQ(picture.width(), 5U);
+    EXPECT_EQ(picture.height(), 7U);
+    EXPECT_TRUE(picture.wasTurned());
+    EXPECT_TRUE(samePicture(*readPixels(picture), turnedClockwise(photo)));
+    EXPECT_TRUE(samePicture(*readPixels(picture.with(QuarterTurn::counterclockwise)), photo));
+    picture = picture.with(QuarterTurn::clockwise).with(QuarterTurn::clockwise);
+    EXPECT_TRUE(samePicture(*readPixels(picture.with(QuarterTurn::clockwise)), photo));
+    EXPECT_TRUE(samePicture(turnedClockwise(*readPixels(picture)), photo));
+}
+
+TEST(Render, scalingATurnedPictureEqualsTurningFirstForEveryTurn) {
+    PixelBuffer turned = makePhoto(photoFormat(20, 30));
+    Picture picture{sourceOf(turned), 0, {}};
+    for (int turns = 0; turns < 4; ++turns) {
+        Resampling scaling = half;
+        if (turns % 2 != 0)
+            scaling = {{0.5, 0, 14}, {0.5, 1, 9}, half.filter, half.light};
+        const Picture turnedFirst{sourceOf(turned), 0, {scaling}};
+        EXPECT_TRUE(samePicture(*readPixels(picture.with(scaling)), *readPixels(turnedFirst), 1))
+            << turns << " turns";
+        picture = picture.with(QuarterTurn::clockwise);
+        turned = turnedClockwise(turned);
+    }
+}
+
+TEST(Render, turnsArePutBehindAllScaling) {
+    const Picture picture{
+        sourceOf(makePhoto(photoFormat(20, 30))), 0, {QuarterTurn::clockwise, half, Flatten{}}};
+    const RowPlan plan = planRows(picture);
+    EXPECT_EQ(plan.quarterTurns, 1);
+    ASSERT_EQ(plan.steps.size(), 2U);
+    const auto& scaling = std::get<Resampling>(plan.steps[0]);
+    EXPECT_EQ(scaling.x, half.y);
+    // The right edge of the turned picture is the top of the stored one: 30 pixels, of which 20 are covered.
+    EXPECT_EQ(scaling.y, (AxisMap{0.5, 10, 10}));
+    EXPECT_EQ(plan.steps[1], PictureStep(Flatten{}));
+}
+
+TEST(Render, keptPixelsAreDecodedOnceForAnyNumberOfResults) {
+    const auto source = sourceOf(makePhoto(photoFormat(20, 30)));
+    source->keepPixels();
+    const Picture picture{source, 0, {}};
+    const std::uint64_t before = Source::decodesStarted();
+    ASSERT_TRUE(readPixels(picture).ok());
+    ASSERT_TRUE(render(picture.with(half), {FileType::png, {}}).ok());
+    ASSERT_TRUE(render(picture, {FileType::gif, {}}).ok());
+    EXPECT_EQ(Source::decodesStarted() - before, 1U);
+}
+
+TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeAnythingIsDecoded) {
+    const Picture picture{sourceOf(makePhoto(photoFormat(20, 30))), 0, {}};
+    const std::uint64_t before = Source::decodesStarted();
+    const AxisMap none{1, 0, 0}, huge{3000, 0, 60000};
+    EXPECT_EQ(render(picture.with(Resampling{none, none, {}, {}}), {FileType::png, {}}).failure().reason,
+              Reason::empty);
+    EXPECT_EQ(render(picture.with(Resampling{huge, huge, {}, {}}), {FileType::png, {}}).failure().reason,
+              Reason::tooLarge);
+    EXPECT_EQ(Source::decodesStarted(), before);
+}
+
+TEST(Render, theDecoderReducesOnlyAsFarAsTheFilterCanAfford) {
+    const auto eighthsFor = [](double reduction, ResampleFilter filter) {
+        return decodingEighths({{1 / reduction, 0, 1}, {1 / reduction, 0, 1}, filter, Light::linear});
+    };
+    EXPECT_EQ(eighthsFor(4.69, ResampleFilter::lanczos), 8);
+    EXPECT_EQ(eighthsFor(4.71, ResampleFilter::lanczos), 4);
+    EXPECT_EQ(eighthsFor(9.41, ResampleFilter::lanczos), 2);
+    EXPECT_EQ(eighthsFor(18.9, ResampleFilter::lanczos), 1);
+    EXPECT_EQ(eighthsFor(3.99, ResampleFilter::triangle), 8);
+    EXPECT_EQ(eighthsFor(4.01, ResampleFilter::triangle), 4);
+    EXPECT_EQ(eighthsFor(0.5, ResampleFilter::triangle), 8);
+    EXPECT_EQ(decodingEighths({{0.1, 0, 1}, {0.9, 0, 1}, ResampleFilter::lanczos, Light::linear}), 8)
+        << "the axis reduced least decides";
+}
+
+TEST(Render, aClearPictureBecomesWhiteInAFormatWithoutAlpha) {
+    RowFormat format = photoFormat(16, 16);
+    format.hasAlpha = true;
+    const PixelBuffer clear =
+        testing::makePicture(format, [](auto, auto, std::size_t c) { return c == 3 ? 0U : 90U; });
+    const auto jpeg = render({sourceOf(clear), 0, {}}, {FileType::jpeg, {.quality = 1}});
+    ASSERT_TRUE(jpeg.ok());
+    const PixelBuffer decoded = *readPixels({*Source::open(readerOfBytes(*jpeg)), 0, {}});
+    EXPECT_TRUE(samePicture(
+        decoded, testing::makePicture(photoFormat(16, 16), [](auto, auto, auto) { return 255U; })));
+}
+
+} // namespace kestrine
