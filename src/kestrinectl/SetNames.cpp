@@ -1,0 +1,38 @@
+#include "kestrinectl/SetNames.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kestrine {
+
+namespace {
+
+/// In the order of FormatType and ResizeType.
+constexpr std::array<const char*, 4> formats = {"jpeg", "png", "tiff", "gif"};
+constexpr std::array<const char*, 3> resizeTypes = {"size", "ratio", "maxSize"};
+
+template <std::size_t count>
+std::optional<std::string> nameAt(const std::array<const char*, count>& names, std::int32_t value) {
+    const bool isKnown = value >= 0 && value < static_cast<std::int32_t>(count);
+    return isKnown ? std::optional<std::string>(names[static_cast<std::size_t>(value)]) : std::nullopt;
+}
+
+template <std::size_t count>
+std::optional<std::int32_t> positionOf(const std::array<const char*, count>& names, const std::string& name) {
+    const auto found = std::ranges::find(names, name);
+    return found == names.end() ? std::nullopt
+                                : std::optional(static_cast<std::int32_t>(found - names.begin()));
+}
+
+} // namespace
+
+std::vector<std::string> formatNames() { return {formats.begin(), formats.end()}; }
+
+std::optional<std::string> nameOfFormat(std::int32_t formatType) { return nameAt(formats, formatType); }
+std::optional<std::int32_t> formatNamed(const std::string& name) { return positionOf(formats, name); }
+std::optional<std::string> nameOfResizeType(std::int32_t resizeType) {
+    return nameAt(resizeTypes, resizeType);
+}
+std::optional<std::int32_t> resizeTypeNamed(const std::string& name) { return positionOf(resizeTypes, name); }
+
+} // namespace kestrine
