@@ -35,7 +35,8 @@ PixelBuffer makePhoto(const RowFormat& format) {
     return makePicture(format, [&](std::uint32_t x, std::uint32_t y, std::size_t channel) {
         const double u = (x + 0.5) / format.width, v = (y + 0.5) / format.height;
         const double base = 0.5 + 0.35 * std::sin(2.1 * u * (1 + static_cast<double>(channel)) + 3.3 * v);
-        const double texture = 0.06 * std::sin(0.9 * x + 0.3 * static_cast<double>(channel)) * std::cos(0.7 * y);
+        const double texture =
+            0.06 * std::sin(0.9 * x + 0.3 * static_cast<double>(channel)) * std::cos(0.7 * y);
         return static_cast<unsigned>(std::lround(full * std::clamp(base + texture, 0.0, 1.0)));
     });
 }
@@ -49,14 +50,16 @@ unsigned sampleAt(const PixelBuffer& picture, std::uint32_t x, std::uint32_t y, 
     return wide;
 }
 
-::testing::AssertionResult samePicture(const PixelBuffer& actual, const PixelBuffer& expected, unsigned tolerance) {
+::testing::AssertionResult samePicture(const PixelBuffer& actual, const PixelBuffer& expected,
+                                       unsigned tolerance) {
     const auto describe = [](const RowFormat& f) {
-        return std::to_string(f.width) + "x" + std::to_string(f.height) + " of " + std::to_string(f.channels())
-               + " channels, " + std::to_string(8 * f.bytesPerSample()) + " bits";
+        return std::to_string(f.width) + "x" + std::to_string(f.height) + " of "
+               + std::to_string(f.channels()) + " channels, " + std::to_string(8 * f.bytesPerSample())
+               + " bits";
     };
     if (!(actual.format == expected.format))
-        return ::testing::AssertionFailure() << "it is " << describe(actual.format) << ", not "
-                                             << describe(expected.format);
+        return ::testing::AssertionFailure()
+               << "it is " << describe(actual.format) << ", not " << describe(expected.format);
     unsigned largest = 0;
     std::string first;
     for (std::uint32_t y = 0; y < actual.format.height; ++y)
@@ -65,13 +68,15 @@ unsigned sampleAt(const PixelBuffer& picture, std::uint32_t x, std::uint32_t y, 
                 const unsigned a = sampleAt(actual, x, y, c), e = sampleAt(expected, x, y, c);
                 const unsigned difference = a > e ? a - e : e - a;
                 if (difference > tolerance && first.empty())
-                    first = "x " + std::to_string(x) + ", y " + std::to_string(y) + ", channel " + std::to_string(c)
-                            + ": " + std::to_string(a) + " instead of " + std::to_string(e);
+                    first = "x " + std::to_string(x) + ", y " + std::to_string(y) + ", channel "
+                            + std::to_string(c) + ": " + std::to_string(a) + " instead of "
+                            + std::to_string(e);
                 largest = std::max(largest, difference);
             }
     if (first.empty())
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "first difference at " << first << "; largest difference " << largest;
+    return ::testing::AssertionFailure()
+           << "first difference at " << first << "; largest difference " << largest;
 }
 
 } // namespace kestrine::testing

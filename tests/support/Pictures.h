@@ -9,8 +9,9 @@
 namespace kestrine::testing {
 
 /// A picture whose sample (x, y, channel) is what `sample` says (0..255, or 0..65535 for 16 bits).
-PixelBuffer makePicture(const RowFormat& format,
-                        const std::function<unsigned(std::uint32_t x, std::uint32_t y, std::size_t channel)>& sample);
+PixelBuffer
+makePicture(const RowFormat& format,
+            const std::function<unsigned(std::uint32_t x, std::uint32_t y, std::size_t channel)>& sample);
 
 /// Smooth colour gradients with some texture: compresses like a photograph, differs at every place.
 PixelBuffer makePhoto(const RowFormat& format);
@@ -20,6 +21,7 @@ unsigned sampleAt(const PixelBuffer& picture, std::uint32_t x, std::uint32_t y, 
 
 /// Succeeds when both have the same format and no sample differs by more than `tolerance`; else names the
 /// first difference and the largest one.
-::testing::AssertionResult samePicture(const PixelBuffer& actual, const PixelBuffer& expected, unsigned tolerance = 0);
+::testing::AssertionResult samePicture(const PixelBuffer& actual, const PixelBuffer& expected,
+                                       unsigned tolerance = 0);
 
 } // namespace kestrine::testing

@@ -31,7 +31,8 @@ double kernel(ResampleFilter filter, double x) {
 }
 
 /// The weight of every source pixel for result pixel i.
-std::vector<double> weightsOf(ResampleFilter filter, const AxisMap& map, std::size_t sourceSize, std::uint32_t i) {
+std::vector<double> weightsOf(ResampleFilter filter, const AxisMap& map, std::size_t sourceSize,
+                              std::uint32_t i) {
     const double stretch = std::max(1.0, 1 / map.scale);
     std::vector<double> weights(sourceSize);
     double sum = 0;
@@ -60,7 +61,8 @@ Plane toPlane(const PixelBuffer& source, Light light, const ToneCurve& curve) {
 }
 
 Plane horizontally(Plane& in, const AxisMap& map, ResampleFilter filter) {
-    Plane out{map.outSize, in.height, in.channels, std::vector<double>(map.outSize * in.height * in.channels)};
+    Plane out{map.outSize, in.height, in.channels,
+              std::vector<double>(map.outSize * in.height * in.channels)};
     for (std::uint32_t i = 0; i < map.outSize; ++i) {
         const std::vector<double> weights = weightsOf(filter, map, in.width, i);
         for (std::size_t y = 0; y < in.height; ++y)
@@ -102,7 +104,8 @@ PixelBuffer resampledWhole(const PixelBuffer& source, const Resampling& resampli
             return static_cast<unsigned>(std::lround(alpha * full));
         const double premultiplied = std::clamp(plane.at(x, y, c), 0.0, alpha);
         const double value = alpha > 0 ? premultiplied / alpha : 0;
-        return static_cast<unsigned>(std::lround(full * (resampling.light == Light::linear ? curve.stored(value) : value)));
+        return static_cast<unsigned>(
+            std::lround(full * (resampling.light == Light::linear ? curve.stored(value) : value)));
     });
 }
 

@@ -7,7 +7,8 @@
 
 namespace kestrine::testing {
 
-/// What resampledRows() gives for `source`, whose channels have these tone curves (not looked at for Light::stored).
+/// What resampledRows() gives for `source`, whose channels have these tone curves (not looked at for
+/// Light::stored).
 PixelBuffer resampledWhole(const PixelBuffer& source, const Resampling& resampling, const ToneCurve& curve,
                            SampleDepth outDepth);
 

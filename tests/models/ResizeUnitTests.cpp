@@ -1,0 +1,202 @@
+#include "models/ResizeUnit.h"
+
+#include "platform/foundation/NSCollections.h"
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "platform/imageio/Codecs.h"
+#include "tests/support/Pictures.h"
+#include "tests/support/PresetBuilder.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+namespace kestrine {
+
+using testing::makeSet;
+
+namespace {
+
+Bytes smallPicture(Result<Bytes> (*encode)(RowSource&, const EncodingOptions&)) {
+    const auto pixels = testing::makePhoto({30, 20, ColorModel::rgb, false, SampleDepth::bits8});
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
+    return *encode(*rows, {.quality = 0.8});
+}
+
+/// A folder with pictures and a home with a trash of its own; a job runs in it.
+class ResizeJob : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1), 0);
+        jpeg = NSString::fromUTF8(folder.write("p/a.jpg", smallPicture(encodeJPEG)));
+        token = NSNotificationCenter::defaultCenter().addObserver(
+            RUResizeHasDone, nullptr, [this](const NSNotification& n) {
+                ++notifications;
+                resultPaths.clear();
+                const auto paths =
+                    std::dynamic_pointer_cast<const NSArray>(n.userInfo->objectForKey(resultPathsKey));
+                for (const Object& path : paths->elements())
+                    resultPaths.push_back(
+                        NSString::fromObject(path)->utf8().substr(folder.path().string().size() + 1));
+            });
+    }
+    void TearDown() override {
+        NSNotificationCenter::defaultCenter().removeObserver(token);
+        unsetenv("XDG_DATA_HOME");
+    }
+
+    void run(const Object& filepath, const std::vector<Object>& sets) {
+        const auto job = std::make_shared<ResizeUnit>();
+        job->setValueForKey(filepath, u"filepath");
+        job->setValueForKey(NSString::fromUTF8(folder / "p").object(), u"saveFolderPath");
+        job->setValueForKey(std::make_shared<NSArray>(sets), u"resizeSets");
+        job->resize();
+    }
+
+    bool exists(const std::string& name) const { return std::filesystem::exists(folder.path() / name); }
+    std::string trashed(const std::string& name) const {
+        return testing::readFile(folder / ("data/Trash/files/" + name));
+    }
+
+    const testing::TemporaryFolder folder;
+    NSString jpeg;
+    NSNotificationCenter::Token token{};
+    int notifications = 0;
+    std::vector<std::string> resultPaths;
+};
+
+} // namespace
+
+TEST_F(ResizeJob, replacingAJPEGByAJPEGTrashesItAndTakesItsPlaceWithoutASuffix) {
+    const std::string original = testing::readFile(folder / "p/a.jpg");
+    run(jpeg.object(),
+        {makeSet(u"Web",
+                 {{u"replaceFile", true}, {u"formatType", 0}, {u"width", 10.0F}, {u"height", 8.0F}})});
+    EXPECT_EQ(trashed("a.jpg"), original);
+    EXPECT_NE(testing::readFile(folder / "p/a.jpg"), original);
+    EXPECT_EQ(resultPaths, std::vector<std::string>{"p/a.jpg"});
+    EXPECT_FALSE(exists("p/a_1.jpg"));
+}
+
+TEST_F(ResizeJob, replacingByAPNGTrashesTheJPEGAndWritesThePNGBesideWhereItWas) {
+    run(jpeg.object(), {makeSet(u"Web", {{u"replaceFile", true}})});
+    EXPECT_FALSE(exists("p/a.jpg"));
+    EXPECT_TRUE(exists("p/a.png"));
+}
+
+TEST_F(ResizeJob, replacingByAPNGThatExistsAlreadyGivesTheNextName) {
+    folder.write("p/a.png", "mine");
+    run(jpeg.object(), {makeSet(u"Web", {{u"replaceFile", true}})});
+    EXPECT_EQ(testing::readFile(folder / "p/a.png"), "mine");
+    EXPECT_EQ(resultPaths, std::vector<std::string>{"p/a_1.png"});
+    EXPECT_FALSE(exists("p/a.jpg"));
+}
+
+TEST_F(ResizeJob, twoReplacingSetsReplaceNothingAndUseTheirFolders) {
+    run(jpeg.object(),
+        {makeSet(u"One", {{u"replaceFile", true}}), makeSet(u"Two", {{u"replaceFile", true}})});
+    EXPECT_TRUE(exists("p/a.jpg"));
+    EXPECT_EQ(resultPaths, (std::vector<std::string>{"p/One/a.png", "p/Two/a.png"}));
+    EXPECT_TRUE(exists("p/One/a.png") && exists("p/Two/a.png"));
+}
+
+TEST_F(ResizeJob, twoSetsWithTheSameNameAndFormatShareAFolder) {
+    run(jpeg.object(), {makeSet(u"Web"), makeSet(u"Web")});
+    EXPECT_EQ(resultPaths, (std::vector<std::string>{"p/Web/a.png", "p/Web/a_1.png"}));
+    EXPECT_TRUE(exists("p/Web/a.png") && exists("p/Web/a_1.png"));
+}
+
+TEST_F(ResizeJob, setsThatAllConvertResolutionDecodeTheFileOnceAndAMixTwice) {
+    const auto decodes = [this](const std::vector<Object>& sets) {
+        const std::uint64_t before = Source::decodesStarted();
+        run(jpeg.object(), sets);
+        return Source::decodesStarted() - before;
+    };
+    EXPECT_EQ(decodes({makeSet(u"One"), makeSet(u"Two"), makeSet(u"Three", {{u"highQuality", false}})}), 1U);
+    EXPECT_EQ(decodes({makeSet(u"One"), makeSet(u"Two", {{u"convertResolution", false}}), makeSet(u"Three"),
+                       makeSet(u"Four", {{u"convertResolution", false}})}),
+              2U);
+    EXPECT_EQ(decodes({makeSet(u"One")}), 1U);
+}
+
+TEST_F(ResizeJob, theNotificationListsOnePathASetEvenWhereNothingCouldBeMade) {
+    run(jpeg.object(), {makeSet(u"One", {{u"formatType", 77}}), makeSet(u"Two")});
+    EXPECT_EQ(notifications, 1);
+    EXPECT_EQ(resultPaths, (std::vector<std::string>{"p/One/a.jpg", "p/Two/a.png"}));
+    EXPECT_TRUE(exists("p/One") && !exists("p/One/a.jpg"));
+}
+
+TEST_F(ResizeJob, aFileThatIsNoPictureIsTrashedAllTheSameWhenItIsToBeReplaced) {
+    const NSString text = NSString::fromUTF8(folder.write("p/b.jpg", "no picture"));
+    run(text.object(), {makeSet(u"Web", {{u"replaceFile", true}})});
+    EXPECT_EQ(trashed("b.jpg"), "no picture");
+    EXPECT_FALSE(exists("p/b.png"));
+    EXPECT_EQ(resultPaths, std::vector<std::string>{"p/b.png"});
+}
+
+TEST_F(ResizeJob, whenTheTrashRefusesTheOriginalStaysAndTheResultGetsTheNextName) {
+    folder.write("file", "");
+    setenv("XDG_DATA_HOME", (folder / "file").c_str(), 1); // no folder, so no trash there
+    const std::string original = testing::readFile(folder / "p/a.jpg");
+    run(jpeg.object(), {makeSet(u"Web", {{u"replaceFile", true}, {u"formatType", 0}})});
+    EXPECT_EQ(testing::readFile(folder / "p/a.jpg"), original);
+    EXPECT_EQ(resultPaths, std::vector<std::string>{"p/a_1.jpg"});
+}
+
+TEST_F(ResizeJob, aDictionaryGivesThePathAndTheRootBelowWhichItsPlaceIsKept) {
+    const NSString path = NSString::fromUTF8(folder.write("p/day/one/c.jpg", smallPicture(encodeJPEG)));
+    const auto job = std::make_shared<ResizeUnit>();
+    job->setValueForKey(
+        std::make_shared<NSDictionary>(std::map<NSString, Object>{
+            {u"path", path.object()}, {u"rootPath", NSString::fromUTF8(folder / "p").object()}}),
+        u"filepath");
+    job->setValueForKey(path.deletingLastPathComponent().object(), u"saveFolderPath");
+    job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>{makeSet(u"Web")}), u"resizeSets");
+    job->resize();
+    EXPECT_TRUE(exists("p/Web/day/one/c.png"));
+}
+
+TEST_F(ResizeJob, anythingElseAsFilepathIsAnEmptyPathAndTouchesNoFile) {
+    run(std::make_shared<NSNumber>(3), {makeSet(u"Web", {{u"replaceFile", true}})});
+    run(nullptr, {makeSet(u"Web")});
+    EXPECT_EQ(notifications, 2);
+    EXPECT_TRUE(exists("p/a.jpg"));
+}
+
+TEST_F(ResizeJob, aSecondRunStartsAgainWithEmptySlots) {
+    const auto job = std::make_shared<ResizeUnit>();
+    job->setValueForKey(jpeg.object(), u"filepath");
+    job->setValueForKey(NSString::fromUTF8(folder / "p").object(), u"saveFolderPath");
+    job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>{makeSet(u"Web")}), u"resizeSets");
+    job->resize();
+    job->resize();
+    EXPECT_EQ(resultPaths, std::vector<std::string>{"p/Web/a_1.png"});
+}
+
+TEST_F(ResizeJob, keyValueCodingRefusesOtherKeysAndOtherThings) {
+    ResizeUnit job;
+    EXPECT_THROW(job.setValueForKey(nullptr, u"sets"), NSException);
+    EXPECT_THROW(job.setValueForKey(nullptr, u"resizeSets"), NSException);
+    EXPECT_THROW(
+        job.setValueForKey(std::make_shared<NSArray>(std::vector<Object>{jpeg.object()}), u"resizeSets"),
+        NSException);
+}
+
+TEST_F(ResizeJob, namesCountUpUntilOneIsFree) {
+    const NSString path = NSString::fromUTF8(folder / "p/x.png");
+    EXPECT_EQ(ResizeUnit::uniqueFileName(path), path);
+    folder.write("p/x.png", "");
+    folder.write("p/x_1.png", "");
+    EXPECT_EQ(ResizeUnit::uniqueFileName(path), NSString::fromUTF8(folder / "p/x_2.png"));
+    folder.write("p/bare", "");
+    EXPECT_EQ(ResizeUnit::uniqueFileName(NSString::fromUTF8(folder / "p/bare")),
+              NSString::fromUTF8(folder / "p/bare_1."));
+}
+
+TEST_F(ResizeJob, aDanglingLinkTakesItsName) {
+    std::filesystem::create_symlink("nowhere", folder.path() / "p/link.png");
+    EXPECT_EQ(ResizeUnit::uniqueFileName(NSString::fromUTF8(folder / "p/link.png")),
+              NSString::fromUTF8(folder / "p/link_1.png"));
+}
+
+} // namespace kestrine
