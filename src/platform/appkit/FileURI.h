@@ -1,0 +1,15 @@
+// FileURI: the path that a "file:" URI (RFC 8089) names on this machine.
+#pragma once
+
+#include "platform/host/Result.h"
+
+#include <string>
+#include <string_view>
+
+namespace kestrine {
+
+/// The absolute path as bytes, its percent escapes resolved. malformed for any other scheme, another machine,
+/// a query or fragment, a broken escape and an escaped zero byte.
+Result<std::string> pathOfFileURI(std::string_view uri);
+
+} // namespace kestrine

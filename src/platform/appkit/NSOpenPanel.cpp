@@ -1,0 +1,54 @@
+#include "platform/appkit/NSOpenPanel.h"
+
+#include "platform/appkit/DesktopDialog.h"
+#include "platform/foundation/UTF8.h"
+
+namespace kestrine {
+
+namespace {
+
+/// Text for people: what is no character, and zero bytes, which no dialogue takes, show as U+FFFD.
+std::string displayText(const NSString& text) {
+    std::u16string shown = text.utf16();
+    for (std::size_t i = 0; i < shown.size();) {
+        const char32_t codePoint = codePointAt(shown, i);
+        if (codePoint == 0 || isHighSurrogate(codePoint) || isLowSurrogate(codePoint))
+            shown[i] = u'\uFFFD';
+        i += utf16Length(codePoint);
+    }
+    return utf8FromUTF16(shown);
+}
+
+/// The desktop's own dialogue. It lets the person make folders whatever canCreateDirectories says.
+class DesktopPanel final : public NSOpenPanel {
+public:
+    int runModal() override {
+        path_.clear();
+        if (!canChooseFiles && !canChooseDirectories)
+            return NSCancelButton;
+        // No dialogue offers files and folders at once; who allows folders is after them.
+        const Result<DialogAnswer> answer =
+            askAtDesktop({displayText(message), canChooseDirectories, allowsMultipleSelection});
+        if (!answer || !*answer)
+            return NSCancelButton;
+        path_ = **answer;
+        return NSOKButton;
+    }
+
+    NSString filename() const override { return NSString::fromUTF8(path_); }
+
+private:
+    std::string path_;
+};
+
+NSOpenPanel::Factory injectedFactory = nullptr;
+
+} // namespace
+
+std::unique_ptr<NSOpenPanel> NSOpenPanel::openPanel() {
+    return injectedFactory ? injectedFactory() : std::make_unique<DesktopPanel>();
+}
+
+void NSOpenPanel::setFactory(Factory factory) { injectedFactory = factory; }
+
+} // namespace kestrine

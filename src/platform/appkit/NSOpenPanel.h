@@ -1,0 +1,37 @@
+// NSOpenPanel: asks the person at the desktop for a folder.
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+#include <memory>
+
+namespace kestrine {
+
+inline constexpr int NSCancelButton = 0;
+inline constexpr int NSOKButton = 1;
+
+/// Used on the main thread. Behind an interface, so that programs without a desktop, and tests, bring their own.
+class NSOpenPanel {
+public:
+    virtual ~NSOpenPanel() = default;
+
+    bool allowsMultipleSelection = false;
+    bool canChooseFiles = true;
+    bool canChooseDirectories = false;
+    bool canCreateDirectories = false;
+    NSString message;
+
+    /// `runModalForDirectory:file:types:` without a start folder, file or types: waits for the person and returns
+    /// NSOKButton or NSCancelButton.
+    virtual int runModal() = 0;
+    /// `filename`: the chosen path, after runModal() gave NSOKButton.
+    virtual NSString filename() const = 0;
+
+    /// `openPanel`: the desktop's own dialogue, or one that always cancels where there is no desktop.
+    static std::unique_ptr<NSOpenPanel> openPanel();
+    /// What openPanel() gives from now on; null for the desktop's own again.
+    using Factory = std::unique_ptr<NSOpenPanel> (*)();
+    static void setFactory(Factory factory);
+};
+
+} // namespace kestrine

@@ -1,0 +1,225 @@
+#include "platform/appkit/PortalFileChooser.h"
+
+#include "platform/appkit/FileURI.h"
+#include "platform/appkit/SessionBus.h"
+#include "platform/host/FileDescriptor.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <string_view>
+
+namespace kestrine {
+
+namespace {
+
+constexpr const char* busName = "org.freedesktop.DBus";
+constexpr const char* portalName = "org.freedesktop.portal.Desktop";
+constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
+constexpr const char* chooserInterface = "org.freedesktop.portal.FileChooser";
+constexpr const char* requestInterface = "org.freedesktop.portal.Request";
+/// What the names of all programs that show dialogues for the portal begin with.
+constexpr std::string_view backendPrefix = "org.freedesktop.impl.portal.desktop.";
+
+/// Portals of an earlier version would silently offer files instead.
+constexpr std::uint32_t firstVersionWithFolders = 3;
+/// Last part of the request's path; unique because each conversation has a connection of its own.
+constexpr const char* requestToken = "kestrine_open_panel";
+
+enum Response : std::uint32_t { responseChosen = 0, responseCancelled = 1 };
+
+Failure withoutAnswer() { return {Reason::inputOutput, "the desktop's portal ends without an answer"}; }
+
+/// One question to the portal, over a connection of its own.
+class PortalConversation {
+public:
+    explicit PortalConversation(const BusFunctions& functions) : sd_(functions) {}
+
+    Result<DialogAnswer> ask(const DialogQuestion& question);
+
+private:
+    Result<void> connect();
+    Result<void> checkVersion(bool forFolder) const;
+    Result<void> listen() const;
+    Result<void> showDialog(const DialogQuestion& question);
+    Result<BusMessage> nextMessage() const;
+    bool isAnswer(sd_bus_message* message) const;
+    bool tellsPortalIsGone(sd_bus_message* message) const;
+    Result<DialogAnswer> answerIn(sd_bus_message* message) const;
+    Result<DialogAnswer> chosenPath(sd_bus_message* message) const;
+    const char* firstURI(sd_bus_message* message) const;
+    bool runsBackend() const;
+
+    const BusFunctions& sd_;
+    Bus bus_;
+    std::string portal_;  ///< the connection that took the question
+    std::string request_; ///< path of the object that will answer
+};
+
+Result<DialogAnswer> PortalConversation::ask(const DialogQuestion& question) {
+    if (Result<void> connected = connect(); !connected)
+        return connected.failure();
+    if (Result<void> suitable = checkVersion(question.forFolder); !suitable)
+        return suitable.failure();
+    if (Result<void> listening = listen(); !listening)
+        return listening.failure();
+    if (Result<void> shown = showDialog(question); !shown)
+        return shown.failure();
+    for (;;) {
+        const Result<BusMessage> message = nextMessage();
+        if (!message)
+            return message.failure();
+        if (isAnswer(message->get()))
+            return answerIn(message->get());
+        if (tellsPortalIsGone(message->get()))
+            return withoutAnswer();
+    }
+}
+
+Result<void> PortalConversation::connect() {
+    sd_bus* bus = nullptr;
+    if (const int status = sd_.openUser(&bus); status < 0)
+        return systemFailure("cannot reach the desktop's message bus", -status);
+    bus_.reset(bus);
+    return {};
+}
+
+/// The first call; it also starts a portal that is installed but not running.
+Result<void> PortalConversation::checkVersion(bool forFolder) const {
+    std::uint32_t version = 0;
+    const int status = sd_.getPropertyTrivial(bus_.get(), portalName, portalPath, chooserInterface, "version",
+                                              nullptr, SD_BUS_TYPE_UINT32, &version);
+    if (status < 0)
+        return systemFailure("the desktop has no portal", -status);
+    if (forFolder && version < firstVersionWithFolders)
+        return Failure{Reason::unsupported, "the desktop's portal cannot offer folders"};
+    return {};
+}
+
+/// Before the question is asked, so that no answer can be missed. Without a callback the signals come out of
+/// nextMessage().
+Result<void> PortalConversation::listen() const {
+    int status = sd_.matchSignal(bus_.get(), nullptr, portalName, nullptr, requestInterface, "Response",
+                                 nullptr, nullptr);
+    if (status >= 0)
+        status = sd_.matchSignal(bus_.get(), nullptr, busName, nullptr, busName, "NameOwnerChanged", nullptr,
+                                 nullptr);
+    if (status < 0)
+        return systemFailure("cannot listen to the desktop's portal", -status);
+    return {};
+}
+
+Result<void> PortalConversation::showDialog(const DialogQuestion& question) {
+    constexpr const char* noParentWindow = "";
+    constexpr int optionCount = 3;
+    sd_bus_message* message = nullptr;
+    const int status =
+        sd_.callMethod(bus_.get(), portalName, portalPath, chooserInterface, "OpenFile", nullptr, &message,
+                       "ssa{sv}", noParentWindow, question.title.c_str(), optionCount, //
+                       "handle_token", "s", requestToken,                              //
+                       "directory", "b", static_cast<int>(question.forFolder),         //
+                       "multiple", "b", static_cast<int>(question.several));
+    const BusMessage reply(message);
+    if (status < 0)
+        return systemFailure("the desktop's portal refuses", -status);
+    const char* request = nullptr;
+    const char* sender = sd_.messageGetSender(reply.get());
+    if (sd_.messageRead(reply.get(), "o", &request) <= 0 || sender == nullptr)
+        return withoutAnswer();
+    request_ = request;
+    portal_ = sender;
+    return {};
+}
+
+Result<BusMessage> PortalConversation::nextMessage() const {
+    for (;;) {
+        sd_bus_message* message = nullptr;
+        int progress = sd_.process(bus_.get(), &message);
+        if (message != nullptr)
+            return BusMessage(message);
+        if (progress == 0)
+            progress = sd_.wait(bus_.get(), UINT64_MAX);
+        if (progress < 0 && progress != -EINTR)
+            return systemFailure("the desktop's message bus is gone", -progress);
+    }
+}
+
+bool PortalConversation::isAnswer(sd_bus_message* message) const {
+    const char* path = sd_.messageGetPath(message);
+    const char* sender = sd_.messageGetSender(message);
+    return sd_.messageIsSignal(message, requestInterface, "Response") > 0 && path != nullptr
+           && path == request_ && sender != nullptr && sender == portal_;
+}
+
+bool PortalConversation::tellsPortalIsGone(sd_bus_message* message) const {
+    const char *name = nullptr, *oldOwner = nullptr, *newOwner = nullptr;
+    return sd_.messageIsSignal(message, busName, "NameOwnerChanged") > 0
+           && sd_.messageRead(message, "sss", &name, &oldOwner, &newOwner) > 0
+           && std::string_view(name) == portalName && oldOwner == portal_;
+}
+
+/// An end that is neither a choice nor a cancel comes from a dialogue whose window was closed (some desktops
+/// tell that apart from the cancel button) and from one that could not be shown: then nothing runs that could
+/// show it.
+Result<DialogAnswer> PortalConversation::answerIn(sd_bus_message* message) const {
+    std::uint32_t response = 0;
+    if (sd_.messageRead(message, "u", &response) <= 0)
+        return withoutAnswer();
+    if (response == responseChosen)
+        return chosenPath(message);
+    if (response == responseCancelled || runsBackend())
+        return DialogAnswer();
+    return withoutAnswer();
+}
+
+Result<DialogAnswer> PortalConversation::chosenPath(sd_bus_message* message) const {
+    const char* uri = firstURI(message);
+    if (uri == nullptr)
+        return withoutAnswer();
+    Result<std::string> path = pathOfFileURI(uri);
+    if (!path)
+        return path.failure();
+    return DialogAnswer(*std::move(path));
+}
+
+/// The first element of "uris" among the named results; null without one.
+const char* PortalConversation::firstURI(sd_bus_message* message) const {
+    if (sd_.messageEnterContainer(message, SD_BUS_TYPE_ARRAY, "{sv}") <= 0)
+        return nullptr;
+    while (sd_.messageEnterContainer(message, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
+        const char *name = nullptr, *uri = nullptr;
+        if (sd_.messageRead(message, "s", &name) <= 0)
+            return nullptr;
+        const bool isList = std::string_view(name) == "uris"
+                            && sd_.messageEnterContainer(message, SD_BUS_TYPE_VARIANT, "as") > 0
+                            && sd_.messageEnterContainer(message, SD_BUS_TYPE_ARRAY, "s") > 0;
+        if (isList)
+            return sd_.messageRead(message, "s", &uri) > 0 ? uri : nullptr;
+        if (sd_.messageSkip(message, "v") < 0 || sd_.messageExitContainer(message) < 0)
+            return nullptr;
+    }
+    return nullptr;
+}
+
+bool PortalConversation::runsBackend() const {
+    char** names = nullptr;
+    if (sd_.listNames(bus_.get(), &names, nullptr) < 0)
+        return false;
+    bool found = false;
+    for (char** name = names; name != nullptr && *name != nullptr; ++name) {
+        found = found || std::string_view(*name).starts_with(backendPrefix);
+        std::free(*name);
+    }
+    std::free(names);
+    return found;
+}
+
+} // namespace
+
+Result<DialogAnswer> askPortal(const DialogQuestion& question) {
+    const Result<BusFunctions>& functions = busFunctions();
+    if (!functions)
+        return functions.failure();
+    return PortalConversation(*functions).ask(question);
+}
+
+} // namespace kestrine

@@ -1,0 +1,13 @@
+// PortalFileChooser: asks through the desktop's portal (org.freedesktop.portal.FileChooser), which shows the
+// running desktop's own dialogue.
+#pragma once
+
+#include "platform/appkit/DesktopDialog.h"
+
+namespace kestrine {
+
+/// As askAtDesktop(), by this means alone. Fails when there is no portal, it refuses, it cannot offer
+/// folders, or it ends without an answer.
+Result<DialogAnswer> askPortal(const DialogQuestion& question);
+
+} // namespace kestrine

@@ -1,0 +1,44 @@
+// The desktop's message bus (D-Bus), through libsystemd, opened when it is first needed.
+// Its header serves for types only; nothing here links to it.
+#pragma once
+
+#include "platform/host/Result.h"
+
+#include <memory>
+#include <systemd/sd-bus.h>
+
+namespace kestrine {
+
+/// The functions that are called, under libsystemd's names without "sd_bus_". A negative result is an error
+/// number.
+struct BusFunctions {
+    decltype(&sd_bus_open_user) openUser;
+    decltype(&sd_bus_flush_close_unref) flushCloseUnref;
+    decltype(&sd_bus_process) process;
+    decltype(&sd_bus_wait) wait;
+    decltype(&sd_bus_list_names) listNames;
+    decltype(&sd_bus_match_signal) matchSignal;
+    decltype(&sd_bus_get_property_trivial) getPropertyTrivial;
+    decltype(&sd_bus_call_method) callMethod;
+    decltype(&sd_bus_message_unref) messageUnref;
+    decltype(&sd_bus_message_is_signal) messageIsSignal;
+    decltype(&sd_bus_message_get_path) messageGetPath;
+    decltype(&sd_bus_message_get_sender) messageGetSender;
+    decltype(&sd_bus_message_read) messageRead;
+    decltype(&sd_bus_message_skip) messageSkip;
+    decltype(&sd_bus_message_enter_container) messageEnterContainer;
+    decltype(&sd_bus_message_exit_container) messageExitContainer;
+};
+
+/// The functions of the system's libsystemd, looked up once; unsupported, naming the package, without it.
+const Result<BusFunctions>& busFunctions();
+
+struct BusRelease {
+    void operator()(sd_bus* bus) const { busFunctions()->flushCloseUnref(bus); }
+    void operator()(sd_bus_message* message) const { busFunctions()->messageUnref(message); }
+};
+/// A connection; closing it ends whatever was asked for through it.
+using Bus = std::unique_ptr<sd_bus, BusRelease>;
+using BusMessage = std::unique_ptr<sd_bus_message, BusRelease>;
+
+} // namespace kestrine
