@@ -21,6 +21,10 @@ struct DescriptionDeleter {
 };
 using DescriptionHandle = std::unique_ptr<cmsMLU, DescriptionDeleter>;
 
+/// Versions of the profile format: one that every reader knows, and one with exact formulas for curves.
+constexpr double oldVersion = 2.1;
+constexpr double newVersion = 4.3;
+
 /// Exponents from which a picture could come; outside, the curve is next to a step.
 constexpr double minimumGamma = 0.1;
 constexpr double maximumGamma = 10;
@@ -33,17 +37,17 @@ double turn(Chromaticities::Point a, Chromaticities::Point b, Chromaticities::Po
     return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
 }
 
-/// Whether the white is one that a light source could have (from candle to blue sky, with room), and lies
-/// inside the triangle of the primaries: only then is it a sum of positive amounts of them. NaN is not
-/// plausible.
+/// Whether the white is one that a light source could have (from candle to blue sky, with room), no primary
+/// is further out than imaginary ones are, and the white lies inside their triangle: only then is it a sum of
+/// positive amounts of them. NaN is not plausible.
 bool isPlausible(const Chromaticities& c) {
-    constexpr double smallestArea = 0.001; // that of sRGB's primaries is 0.22
+    const auto isNear = [](Chromaticities::Point p) { return std::abs(p.x) <= 2 && std::abs(p.y) <= 2; };
     const bool isLight = c.white.x >= 0.2 && c.white.x <= 0.6 && c.white.y >= 0.2 && c.white.y <= 0.5;
     const double first = turn(c.red, c.green, c.white);
     const double second = turn(c.green, c.blue, c.white);
     const double third = turn(c.blue, c.red, c.white);
-    const double whole = std::abs(first + second + third);
-    return isLight && whole >= smallestArea && whole <= 2 && first * second > 0 && second * third > 0;
+    return isLight && isNear(c.red) && isNear(c.green) && isNear(c.blue) && first * second > 0
+           && second * third > 0;
 }
 
 cmsCIExyY withFullLight(Chromaticities::Point point) { return {point.x, point.y, 1}; }
@@ -70,8 +74,8 @@ void describe(const ContextHandle& context, const ProfileHandle& profile, const 
 void fixHeader(Bytes& profile) {
     constexpr std::size_t creationDate = 24;
     constexpr std::size_t platform = 40;
-    constexpr std::uint8_t firstOfJanuary2020[] = {2020 >> 8, 2020 & 0xFF, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0};
-    std::ranges::copy(firstOfJanuary2020, profile.begin() + creationDate);
+    constexpr std::uint8_t firstOfJuly2020[] = {2020 >> 8, 2020 & 0xFF, 0, 7, 0, 1, 0, 0, 0, 0, 0, 0};
+    std::ranges::copy(firstOfJuly2020, profile.begin() + creationDate);
     std::fill_n(profile.begin() + platform, 4, std::uint8_t{0});
 }
 
@@ -87,8 +91,10 @@ std::shared_ptr<const Bytes> save(const ProfileHandle& profile) {
     return std::make_shared<const Bytes>(std::move(bytes));
 }
 
-/// Version 2 of the format is known to every reader but holds exponents in whole 256ths only.
-double versionForGamma(double gamma) { return gamma * 256 == std::floor(gamma * 256) ? 2.1 : 4.3; }
+/// The old version holds exponents in whole 256ths only.
+double versionForGamma(double gamma) {
+    return gamma * 256 == std::floor(gamma * 256) ? oldVersion : newVersion;
+}
 
 std::shared_ptr<const Bytes> gammaProfile(double gamma, const Chromaticities& primaries, ColorModel model,
                                           const char* description) {
@@ -114,6 +120,7 @@ std::shared_ptr<const Bytes> sRGBProfile() {
     const ProfileHandle profile = makeProfile(context, curve, sRGBChromaticities, ColorModel::rgb);
     if (!profile)
         throw std::bad_alloc();
+    cmsSetProfileVersion(profile.get(), newVersion);
     describe(context, profile, "sRGB");
     return save(profile);
 }

@@ -24,9 +24,9 @@ struct PublishMechanisms {
 
 /// Writes a new file (rights 0666 less the umask) and gives it the first candidate whose name is free.
 /// Answers the path it got, or why there is no file: noSpace, notPermitted, notFound (no such folder),
-/// malformed (empty path or zero byte),
-/// tooLarge (name or file too long), alreadyExists (no further candidate), inputOutput. Only when the last
-/// step, syncing the folder, fails does the complete file stay in spite of the failure.
+/// malformed (empty path or zero byte), tooLarge (name or file too long), alreadyExists (no further
+/// candidate), inputOutput. Only when the last step, syncing the folder, fails does the complete file
+/// stay in spite of the failure.
 Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
                                    PublishMechanisms mechanisms = {});
 

@@ -6,7 +6,6 @@
 #include "platform/host/TrashInfo.h"
 #include "platform/host/TreeCopy.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>

@@ -8,25 +8,27 @@ namespace kestrine {
 using testing::makePhoto;
 using testing::makePicture;
 using testing::resampledWhole;
-using testing::sampleAt;
 using testing::samePicture;
+using testing::sampleAt;
 
 namespace {
 
 PixelBuffer resampled(const PixelBuffer& source, const Resampling& resampling, SampleDepth outDepth) {
-    const auto rows = resampledRows(rowsOfPixels(std::make_shared<PixelBuffer>(source)), resampling, nullptr, outDepth);
+    const auto rows =
+        resampledRows(rowsOfPixels(std::make_shared<PixelBuffer>(source)), resampling, nullptr, outDepth);
     return *readAllRows(*rows);
 }
 
-RowFormat formatOf(std::uint32_t width, std::uint32_t height, ColorModel model, bool alpha, SampleDepth depth) {
+RowFormat formatOf(std::uint32_t width, std::uint32_t height, ColorModel model, bool alpha,
+                   SampleDepth depth) {
     return {width, height, model, alpha, depth};
 }
 
 /// Reductions, enlargements, both at once, fractions, offsets as a crop leaves them, single rows and columns.
 const std::vector<std::pair<AxisMap, AxisMap>> tellingMaps = {
-    {{0.5, 0, 30}, {0.5, 0, 20}},         {{0.2004, 0, 12}, {0.2004, 1.7, 8}},  {{2.5, 0, 150}, {2.5, 0, 100}},
-    {{3.0, 0, 180}, {0.25, 0, 10}},       {{0.25, 0, 15}, {3.0, 0, 120}},       {{1.0, 0, 60}, {1.0, 0, 40}},
-    {{0.9999, 0, 59}, {0.9999, 1, 38}},   {{1 / 60.0, 0, 1}, {1 / 40.0, 0, 1}}, {{0.013, 0, 1}, {0.03, 0, 1}},
+    {{0.5, 0, 30}, {0.5, 0, 20}},       {{0.2004, 0, 12}, {0.2004, 1.7, 8}},  {{2.5, 0, 150}, {2.5, 0, 100}},
+    {{3.0, 0, 180}, {0.25, 0, 10}},     {{0.25, 0, 15}, {3.0, 0, 120}},       {{1.0, 0, 60}, {1.0, 0, 40}},
+    {{0.9999, 0, 59}, {0.9999, 1, 38}}, {{1 / 60.0, 0, 1}, {1 / 40.0, 0, 1}}, {{0.013, 0, 1}, {0.03, 0, 1}},
     {{0.7, -0.4, 43}, {0.7, 0.4, 27}},
 };
 
@@ -41,22 +43,26 @@ TEST(Resampler, agreesWithTheWholeImageOracleForEveryLayoutFilterAndMap) {
                         const PixelBuffer source = makePhoto(formatOf(60, 40, model, alpha, depth));
                         for (const auto& [x, y] : tellingMaps) {
                             const Resampling resampling{x, y, filter, light};
-                            const auto expected = resampledWhole(source, resampling, ToneCurve::sRGB(), depth);
+                            const auto expected =
+                                resampledWhole(source, resampling, ToneCurve::sRGB(), depth);
                             // 16-bit samples go through an interpolated table: a few codes of 65536.
                             ASSERT_TRUE(samePicture(resampled(source, resampling, depth), expected,
                                                     depth == SampleDepth::bits8 ? 1 : 12))
-                                << x.scale << " by " << y.scale << ", " << source.format.channels() << " channels";
+                                << x.scale << " by " << y.scale << ", " << source.format.channels()
+                                << " channels";
                         }
                     }
 }
 
 TEST(Resampler, aFlatPictureStaysExactlyFlat) {
-    const PixelBuffer source = makePicture(formatOf(50, 50, ColorModel::rgb, false, SampleDepth::bits8),
-                                           [](auto, auto, std::size_t c) { return 3 + 100 * static_cast<unsigned>(c); });
+    const PixelBuffer source =
+        makePicture(formatOf(50, 50, ColorModel::rgb, false, SampleDepth::bits8),
+                    [](auto, auto, std::size_t c) { return 3 + 100 * static_cast<unsigned>(c); });
     for (const Light light : {Light::linear, Light::stored}) {
         const Resampling resampling{{0.31, 0, 15}, {2.2, 0, 110}, ResampleFilter::lanczos, light};
-        const PixelBuffer expected = makePicture(formatOf(15, 110, ColorModel::rgb, false, SampleDepth::bits8),
-                                                 [](auto, auto, std::size_t c) { return 3 + 100 * static_cast<unsigned>(c); });
+        const PixelBuffer expected =
+            makePicture(formatOf(15, 110, ColorModel::rgb, false, SampleDepth::bits8),
+                        [](auto, auto, std::size_t c) { return 3 + 100 * static_cast<unsigned>(c); });
         EXPECT_TRUE(samePicture(resampled(source, resampling, SampleDepth::bits8), expected));
     }
 }
@@ -80,8 +86,9 @@ TEST(Resampler, aClearRegionLeavesNoHaloOfItsHiddenColour) {
 
 TEST(Resampler, linearLightKeepsTheBrightnessOfAFinePattern) {
     // Stripes of black and white send out half the light of white, which sRGB stores as 188.
-    const PixelBuffer source = makePicture(formatOf(64, 64, ColorModel::gray, false, SampleDepth::bits8),
-                                           [](std::uint32_t x, auto, auto) { return x % 2 == 0 ? 0U : 255U; });
+    const PixelBuffer source =
+        makePicture(formatOf(64, 64, ColorModel::gray, false, SampleDepth::bits8),
+                    [](std::uint32_t x, auto, auto) { return x % 2 == 0 ? 0U : 255U; });
     Resampling resampling{{0.125, 0, 8}, {0.125, 0, 8}, ResampleFilter::lanczos, Light::linear};
     EXPECT_NEAR(sampleAt(resampled(source, resampling, SampleDepth::bits8), 4, 4, 0), 188, 1);
     resampling.light = Light::stored;

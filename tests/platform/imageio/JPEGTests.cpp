@@ -121,8 +121,7 @@ TEST(JPEG, cutAnywhereItIsEitherRefusedOrDecodedToItsFullSize) {
         if (!decoder)
             continue;
         const auto pixels = decoded(**decoder);
-        if (pixels)
-            EXPECT_EQ(pixels->format.height, 24U);
+        EXPECT_TRUE(!pixels || pixels->format.height == 24) << length << " bytes";
     }
 }
 

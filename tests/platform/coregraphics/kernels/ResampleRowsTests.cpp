@@ -71,7 +71,8 @@ TEST(ResampleRows, weighingPixelsGivesTheBitsOfThePlainLoopForEveryChannelCount)
                     reference::weighPixels(row.data(), channels, fixture.view(), expected.data());
                     result.resize(pixels * channels);
                     expected.resize(pixels * channels);
-                    ASSERT_EQ(result, expected) << channels << " channels, " << taps << " taps, " << pixels << " pixels";
+                    ASSERT_EQ(result, expected)
+                        << channels << " channels, " << taps << " taps, " << pixels << " pixels";
                 }
     });
 }

@@ -41,9 +41,11 @@ TEST(StoredIndexes, whatIsOutsideZeroToOneIsHeldAtTheEndsAndNaNIsZero) {
     const float values[] = {std::nanf(""), -1.0F, 0.0F, 0.25F, 1.0F, 7.0F};
     std::uint16_t indexes[6];
     linearIndexes(values, 6, 255.0F, indexes);
-    EXPECT_EQ(std::vector<std::uint16_t>(indexes, indexes + 6), (std::vector<std::uint16_t>{0, 0, 0, 64, 255, 255}));
+    EXPECT_EQ(std::vector<std::uint16_t>(indexes, indexes + 6),
+              (std::vector<std::uint16_t>{0, 0, 0, 64, 255, 255}));
     squareRootIndexes(values, 6, 4095.0F, indexes);
-    EXPECT_EQ(std::vector<std::uint16_t>(indexes, indexes + 6), (std::vector<std::uint16_t>{0, 0, 0, 2048, 4095, 4095}));
+    EXPECT_EQ(std::vector<std::uint16_t>(indexes, indexes + 6),
+              (std::vector<std::uint16_t>{0, 0, 0, 2048, 4095, 4095}));
 }
 
 } // namespace kestrine::kernels

@@ -1,0 +1,37 @@
+// ForwardReader: reads an input from one place on, byte after byte, for formats that come in no larger units.
+#pragma once
+
+#include "platform/host/ByteReader.h"
+
+#include <array>
+#include <memory>
+
+namespace kestrine {
+
+class ForwardReader {
+public:
+    explicit ForwardReader(std::shared_ptr<const ByteReader> reader, std::uint64_t offset = 0)
+        : reader_(std::move(reader)), bufferEnd_(offset) {}
+
+    /// The next byte, or -1 at the end of the input.
+    int next() { return position_ < count_ || refill() ? buffer_[position_++] : -1; }
+
+    /// Fills `into` and returns how many bytes there were: fewer than asked only at the end.
+    std::size_t read(std::span<std::uint8_t> into);
+
+    /// Where in the input the next byte stands.
+    std::uint64_t offset() const { return bufferEnd_ - (count_ - position_); }
+
+    /// Goes on at `offset`, cheaply where that lies a little ahead.
+    void moveTo(std::uint64_t offset);
+
+private:
+    bool refill();
+
+    std::shared_ptr<const ByteReader> reader_;
+    std::uint64_t bufferEnd_; ///< where in the input the byte behind the buffered ones stands
+    std::size_t position_ = 0, count_ = 0;
+    std::array<std::uint8_t, 8192> buffer_;
+};
+
+} // namespace kestrine

@@ -1,0 +1,85 @@
+// TIFF through libtiff: every page a frame, in stored order. Orientation is not applied.
+// Rows stream, and a page that turns out damaged or cut short is a failure.
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/ExifBlock.h"
+#include "platform/imageio/TIFFExif.h"
+#include "platform/imageio/TIFFRows.h"
+
+namespace kestrine {
+
+namespace {
+
+/// CMYK and Lab have become sRGB and say so; other pages keep their own profile.
+std::optional<ColorProfile> deliveredProfile(const TIFFPage& page, bool isAdobeRGB) {
+    if (page.color == TIFFColor::cmyk || page.color == TIFFColor::cieLab || page.color == TIFFColor::iccLab)
+        return ColorProfile::sRGB();
+    if (!page.icc.empty())
+        if (std::optional<ColorProfile> profile = ColorProfile::fromICC(page.icc, page.format.model))
+            return profile;
+    if (isAdobeRGB && page.format.model == ColorModel::rgb)
+        return ColorProfile::adobeRGB();
+    return std::nullopt;
+}
+
+class TIFFDecoder final : public ImageDecoder {
+public:
+    TIFFDecoder(std::shared_ptr<const ByteReader> reader, TIFFStructure structure)
+        : reader_(std::move(reader)), structure_(std::move(structure)) {}
+
+    /// Pages that cannot be shown are left out, but for the first: without it the file gives nothing.
+    Result<void> readPages(const std::vector<std::uint64_t>& directories) {
+        for (const std::uint64_t directory : directories) {
+            Result<TIFFPage> page = readPage(directory);
+            if (!page && pages_.empty())
+                return page.failure();
+            if (page)
+                add(std::move(*page));
+        }
+        return {};
+    }
+
+    Result<RowSourcePointer> rows(std::size_t frame, int) const override {
+        return rowsOfTIFF(reader_, pages_[frame]);
+    }
+
+    Result<Bytes> exif() const override { return exifOfTIFF(structure_, pages_.front()->directory); }
+
+    Result<Bytes> colorTable() const override { return pages_.front()->colors; }
+
+private:
+    Result<TIFFPage> readPage(std::uint64_t directory) const {
+        const Result<std::unique_ptr<TIFFFile>> file = TIFFFile::open(reader_, directory);
+        if (!file)
+            return file.failure();
+        return readTIFFPage(**file, directory);
+    }
+
+    void add(TIFFPage page) {
+        const bool isAdobeRGB = readExifFacts(exifOfTIFF(structure_, page.directory)).isAdobeRGB;
+        frames_.push_back({page.format, page.resolution, deliveredProfile(page, isAdobeRGB)});
+        pages_.push_back(std::make_shared<const TIFFPage>(std::move(page)));
+    }
+
+    const std::shared_ptr<const ByteReader> reader_;
+    const TIFFStructure structure_;
+    std::vector<std::shared_ptr<const TIFFPage>> pages_; ///< by frame
+};
+
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    if (const Result<TIFFFunctions>& library = tiffFunctions(); !library)
+        return library.failure();
+    TIFFStructure structure(reader);
+    const Result<std::vector<std::uint64_t>> directories = structure.pages();
+    if (!directories)
+        return directories.failure();
+    auto decoder = std::make_unique<TIFFDecoder>(std::move(reader), std::move(structure));
+    if (Result<void> pages = decoder->readPages(*directories); !pages)
+        return pages.failure();
+    return std::unique_ptr<ImageDecoder>(std::move(decoder));
+}
+
+} // namespace
+
+const ImageCodec tiffCodec{"TIFF", TIFFStructure::recognises, open};
+
+} // namespace kestrine

@@ -1,0 +1,43 @@
+// TIFFStoredRows: the rows of one plane as the file stores them, decompressed, whatever blocks they come in.
+#pragma once
+
+#include "platform/imageio/TIFFPage.h"
+
+namespace kestrine {
+
+/// Used by one thread at a time. Holds a strip, a row of tiles, or one row of a large strip.
+class TIFFStoredRows {
+public:
+    /// A plane is a sample when the page is planar, else there is plane 0 only.
+    static Result<std::unique_ptr<TIFFStoredRows>> open(std::shared_ptr<const ByteReader> reader,
+                                                        const TIFFPage& page, unsigned plane);
+    virtual ~TIFFStoredRows() = default;
+
+    /// Row `y`, packed, in the machine's byte order; valid until the next call. Rows are asked for from top
+    /// to bottom.
+    Result<ByteView> row(std::uint32_t y);
+
+    /// Length of a row; what lies behind the last pixel is padding.
+    std::size_t rowBytes() const { return rowBytes_; }
+
+protected:
+    TIFFStoredRows(std::unique_ptr<TIFFFile> file, std::size_t rowBytes, std::uint32_t blockRows)
+        : file_(std::move(file)), rowBytes_(rowBytes), blockRows_(blockRows) {}
+
+    /// Decodes the block that begins at row `y` into `block`, blockRows() rows of rowBytes() each; the last
+    /// one may be shorter. False when libtiff cannot.
+    virtual bool readBlock(std::uint32_t y, Bytes& block) = 0;
+
+    const TIFFFunctions& library() const { return file_->library(); }
+    TIFF* handle() const { return file_->handle(); }
+    std::uint32_t blockRows() const { return blockRows_; }
+
+private:
+    const std::unique_ptr<TIFFFile> file_;
+    const std::size_t rowBytes_;
+    const std::uint32_t blockRows_;
+    std::uint32_t blockEnd_ = 0; ///< the row behind the block that is held
+    Bytes block_;
+};
+
+} // namespace kestrine

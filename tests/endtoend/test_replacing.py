@@ -1,0 +1,110 @@
+"""Replacing in place: the original is in the trash, whole and restorable, whatever happens."""
+import os
+import subprocess
+import unittest
+from pathlib import Path
+
+from PIL import Image
+
+import pictures
+from tools import BIN, JPEG, PNG, ToolTest, main
+
+
+class Replacing(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.original = pictures.jpeg(pictures.photo(60, 40))
+
+    def replace(self, *files, **fields):
+        self.store({"name": "R", "replaceFile": 1, "formatType": JPEG, "resizeType": 2, "maxSize": 30.0, **fields})
+        return self.kestrine("-set", "R", *files)
+
+    def trash(self):
+        done = subprocess.run(["trash-list"], env=self.environment, capture_output=True, check=True)
+        return done.stdout
+
+    def test_the_original_is_listed_by_trash_cli_and_comes_back_by_it(self):
+        (self.folder / "a.jpg").write_bytes(self.original)
+        self.replace("a.jpg")
+        self.assertEqual(Image.open(self.folder / "a.jpg").size, (31, 20))
+        self.assertIn(str(self.folder / "a.jpg").encode(), self.trash())
+        (self.folder / "a.jpg").unlink()
+        subprocess.run(["trash-restore", str(self.folder / "a.jpg")], input=b"0\n", env=self.environment,
+                       capture_output=True, check=True)
+        self.assertEqual((self.folder / "a.jpg").read_bytes(), self.original)
+
+    def test_odd_names_are_restorable(self):
+        for name in (b"100% fun.jpg", b"a\nb.jpg", "ü 日.jpg".encode(), b"\xff\x80.jpg"):
+            (self.folder / os.fsdecode(name)).write_bytes(self.original)
+            self.replace(name)
+            self.assertEqual((self.home / ".local/share/Trash/files" / os.fsdecode(name)).read_bytes(), self.original)
+
+    def test_the_same_name_twice_is_kept_twice(self):
+        for _ in range(2):
+            (self.folder / "a.jpg").write_bytes(self.original)
+            self.replace("a.jpg")
+        trashed = sorted((self.home / ".local/share/Trash/files").iterdir())
+        self.assertEqual([path.name for path in trashed], ["a.2.jpg", "a.jpg"])
+        self.assertEqual({path.read_bytes() for path in trashed}, {self.original})
+
+    def test_what_is_no_picture_goes_to_the_trash_all_the_same(self):
+        (self.folder / "a.jpg").write_text("words")
+        self.replace("a.jpg")
+        self.assertEqual(self.names(), [])
+        self.assertEqual((self.home / ".local/share/Trash/files/a.jpg").read_text(), "words")
+
+    def test_dots_and_slashes_and_the_home_are_never_trashed(self):
+        (self.folder / "a.jpg").write_bytes(self.original)
+        self.replace("", ".", "..", "/", "a/..")
+        self.assertEqual(self.names(), [b"a.jpg"])
+
+    def test_another_file_system_keeps_the_original_whole_in_a_trash(self):
+        memory = Path("/dev/shm")
+        if not os.access(memory, os.W_OK) or memory.stat().st_dev == self.home.stat().st_dev:
+            self.skipTest("/dev/shm is no other file system here")
+        other = Path(subprocess.run(["mktemp", "-d", "-p", memory, "kestrine-XXXXXX"], capture_output=True, text=True,
+                                    check=True).stdout.strip())
+        self.addCleanup(subprocess.run, ["rm", "-rf", other, memory / f".Trash-{os.getuid()}"])
+        (other / "a.jpg").write_bytes(self.original)
+        self.store({"name": "R", "replaceFile": 1, "formatType": PNG})
+        self.kestrine("-set", "R", "a.jpg", environment={**self.environment, "PWD": str(other)})
+        self.assertEqual(sorted(os.listdir(other)), ["a.png"])
+        places = [memory / f".Trash-{os.getuid()}" / "files/a.jpg", self.home / ".local/share/Trash/files/a.jpg"]
+        kept = [place for place in places if place.exists()]
+        self.assertEqual([place.read_bytes() for place in kept], [self.original])
+
+    @unittest.skipIf(os.getuid() == 0 and not os.path.exists("/usr/bin/setpriv"), "needs setpriv to drop root's rights")
+    def test_without_rights_in_the_folder_the_original_stays_and_nothing_is_written(self):
+        (self.folder / "a.jpg").write_bytes(self.original)
+        self.store({"name": "R", "replaceFile": 1, "formatType": PNG})
+        command = [BIN / "kestrine", "-set", "R", "a.jpg"]
+        if os.getuid() == 0:
+            subprocess.run(["chown", "-R", "65534", self.home], check=True)
+            command = ["setpriv", "--reuid", "65534", "--clear-groups", *command]
+            if subprocess.run(["setpriv", "--reuid", "65534", "--clear-groups", BIN / "kestrine"],
+                              env=self.environment, capture_output=True).returncode != 0:
+                self.skipTest("the program cannot be run by another user from here")
+        os.chmod(self.folder, 0o555)
+        done = subprocess.run(command, cwd="/", env=self.environment, capture_output=True)
+        os.chmod(self.folder, 0o755)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertEqual(self.names(), [b"a.jpg"])
+        self.assertEqual((self.folder / "a.jpg").read_bytes(), self.original)
+
+
+class FullDisk(ToolTest):
+    def test_on_a_full_disk_nothing_partial_appears_and_the_run_goes_on(self):
+        (self.folder / "a.jpg").write_bytes(pictures.jpeg(pictures.photo(1200, 900)))
+        self.store({"name": "R", "formatType": 2, "resizeType": 9}, {"name": "T", "resizeType": 2, "maxSize": 40.0})
+        script = (f'mount -t tmpfs -o size=1m tmpfs "{self.folder}/R" && '
+                  f'"{BIN}/kestrine" -set R a.jpg && ls -A "{self.folder}/R"')
+        (self.folder / "R").mkdir()
+        done = subprocess.run(["unshare", "-m", "sh", "-c", script], env=self.environment, capture_output=True)
+        if b"mount:" in done.stderr or b"unshare:" in done.stderr:
+            self.skipTest("no file system can be mounted here: " + done.stderr.decode())
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertEqual(done.stdout, b"a.jpg converting... and done!!\n", "the folder stays empty")
+
+
+if __name__ == "__main__":
+    main()

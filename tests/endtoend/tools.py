@@ -1,0 +1,142 @@
+"""What the end-to-end tests share: a private home, the built programs, presets written without our own code."""
+import os
+import plistlib
+import shutil
+import struct
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+BIN = Path(os.environ["KESTRINE_BIN"])
+
+FIELDS = [("name", "@"), ("replaceFile", "c"), ("resizeType", "i"), ("height", "f"), ("width", "f"), ("ratio", "f"),
+          ("maxSize", "f"), ("formatType", "i"), ("compression", "f"), ("attachExifData", "c"),
+          ("convertResolution", "c"), ("autoRotate", "c"), ("chooseFolder", "c"), ("highQuality", "c")]
+STORED_FIELDS = {0: 11, 1: 11, 2: 12, 3: 13, 4: 14}
+DEFAULTS = dict(name="Untitled", replaceFile=0, resizeType=0, height=1200.0, width=1200.0, ratio=100.0, maxSize=1200.0,
+                formatType=1, compression=70.0, attachExifData=0, convertResolution=1, autoRotate=0, chooseFolder=0,
+                highQuality=1)
+JPEG, PNG, TIFF, GIF = 0, 1, 2, 3
+
+
+class Typedstream:
+    """A plain writer of typedstreams, sharing nothing: every type string and class is written anew."""
+
+    def __init__(self, order="<"):
+        self.order = order
+        self.bytes = b"\x04\x0b" + (b"streamtyped" if order == "<" else b"typedstream") + self.integer(1000)
+
+    def integer(self, value):
+        if -110 <= value <= 127:
+            return struct.pack("b", value)
+        if -32767 <= value <= 32767:
+            return b"\x81" + struct.pack(self.order + "h", value)
+        return b"\x82" + struct.pack(self.order + "i", value)
+
+    def shared(self, text):
+        raw = text.encode() if isinstance(text, str) else text
+        return b"\x84" + self.integer(len(raw)) + raw
+
+    def class_(self, name, version, *parents):
+        chain = b"\x84" + self.shared(name) + self.integer(version)
+        return chain + (self.class_(*parents) if parents else b"\x85")
+
+    def value(self, code, value):
+        if code == "@":
+            return self.shared("@") + (b"\x85" if value is None else self.string(value))
+        if code == "c":
+            return self.shared("c") + struct.pack("b", value)
+        if code == "i":
+            return self.shared("i") + self.integer(value)
+        return self.shared("f") + b"\x83" + struct.pack(self.order + "f", value)
+
+    def string(self, text):
+        raw = text.encode() if isinstance(text, str) else text
+        return (b"\x84" + self.class_("NSString", 1, "NSObject", 0) + self.shared("+") + self.integer(len(raw)) + raw
+                + b"\x86")
+
+    def sets(self, sets, version=4):
+        self.bytes += self.shared("@") + b"\x84" + self.class_("NSArray", 0, "NSObject", 0)
+        self.bytes += self.shared("i") + self.integer(len(sets))
+        for fields in sets:
+            values = {**DEFAULTS, **fields}
+            self.bytes += self.shared("@") + b"\x84" + self.class_("ResizeSet", version, "NSObject", 0)
+            for name, code in FIELDS[:STORED_FIELDS[version]]:
+                self.bytes += self.value(code, values[name])
+            self.bytes += b"\x86"
+        self.bytes += b"\x86"
+        return self.bytes
+
+    def selection(self, ranges):
+        self.bytes += self.shared("@") + b"\x84" + self.class_("NSIndexSet", 0, "NSObject", 0)
+        for number in [len(ranges)] + [n for pair in ranges for n in pair]:
+            self.bytes += self.shared("I") + self.integer(number)
+        self.bytes += b"\x86"
+        return self.bytes
+
+
+class ToolTest(unittest.TestCase):
+    """A temporary home with a folder `pictures` as the current folder, and runs of the programs in it."""
+
+    def setUp(self):
+        self.home = Path(tempfile.mkdtemp(prefix="kestrine-home-"))
+        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
+        self.folder = self.home / "pictures"
+        self.folder.mkdir()
+        self.environment = {"HOME": str(self.home), "PATH": os.environ["PATH"], "PWD": str(self.folder), "LANG": "C"}
+        self.preferences = self.home / ".config" / "quov.Kestrine.plist"
+
+    def store(self, *sets, selection=None, version=4, order="<", form=plistlib.FMT_BINARY, **other):
+        values = dict(other)
+        values["resizeSets"] = Typedstream(order).sets(sets, version)
+        if selection is not None:
+            values["selectionIndexes"] = Typedstream(order).selection(selection)
+        self.write_preferences(plistlib.dumps(values, fmt=form))
+
+    def write_preferences(self, content):
+        self.preferences.parent.mkdir(parents=True, exist_ok=True)
+        self.preferences.write_bytes(content)
+
+    def run_tool(self, *arguments, program="kestrine", **options):
+        environment = options.pop("environment", self.environment)
+        return subprocess.run([BIN / program, *arguments], cwd=self.folder, env=environment, capture_output=True,
+                              timeout=120, **options)
+
+    def kestrine(self, *arguments, **options):
+        """Runs the quiet tool, which must be quiet and content; gives what it printed."""
+        done = self.run_tool(*arguments, **options)
+        self.assertEqual(done.returncode, 0, done)
+        self.assertEqual(done.stderr, b"")
+        return done.stdout
+
+    def kestrinectl(self, *arguments, **options):
+        return self.run_tool(*arguments, program="kestrinectl", **options)
+
+    def convert(self, fields, *files):
+        """Applies one set named S to files of the current folder; the paths of the results in order."""
+        self.store({"name": "S", **fields})
+        self.kestrine("-set", "S", *files)
+        return sorted((self.folder / "S").iterdir()) if (self.folder / "S").exists() else []
+
+    def only(self, paths):
+        self.assertEqual(len(paths), 1, paths)
+        return paths[0]
+
+    def names(self, folder="."):
+        return sorted(os.listdir(os.fsencode(self.folder / folder)))
+
+
+def exiftool(path, *options):
+    """Tag: value, with numbers as numbers are stored; warnings are tags too."""
+    done = subprocess.run(["exiftool", "-a", "-n", "-s", "-G1", *options, str(path)], capture_output=True, text=True)
+    tags = {}
+    for line in done.stdout.splitlines():
+        group, _, rest = line.partition("]")
+        tag, _, value = rest.partition(":")
+        tags.setdefault(group.strip("[").strip() + ":" + tag.strip(), value.strip())
+    return tags
+
+
+def main():
+    unittest.main(verbosity=1)

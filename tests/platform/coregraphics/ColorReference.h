@@ -1,0 +1,42 @@
+// ColorReference: colours computed from published formulas and matrices in double precision, to judge by.
+#pragma once
+
+#include "tests/platform/coregraphics/ProfileBuilder.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace kestrine::testing {
+
+using Triple = std::array<double, 3>;
+
+/// Light (any number) as stored in sRGB, 0 to 1.
+inline double storedInSRGB(double light) {
+    const double inRange = std::clamp(light, 0.0, 1.0);
+    return inRange <= 0.0031308 ? 12.92 * inRange : 1.055 * std::pow(inRange, 1 / 2.4) - 0.055;
+}
+
+inline Triple storedInSRGB(const Triple& m0, const Triple& m1, const Triple& m2, const Triple& color) {
+    const auto sum = [&](const Triple& row) {
+        return row[0] * color[0] + row[1] * color[1] + row[2] * color[2];
+    };
+    return {storedInSRGB(sum(m0)), storedInSRGB(sum(m1)), storedInSRGB(sum(m2))};
+}
+
+/// From light of the Adobe RGB primaries to that of sRGB's: both have the white D65. Made of the primaries'
+/// x, y.
+inline Triple sRGBOfAdobeLight(const Triple& light) {
+    return storedInSRGB({1.3983557, -0.3983557, 0}, {0, 1, 0}, {0, -0.0429290, 1.0429290}, light);
+}
+
+/// CIE L*a*b* under D50, adapted to D65 by Bradford's matrix.
+inline Triple sRGBOfLab(const Lab& lab) {
+    const auto cubed = [](double f) { return f > 6.0 / 29 ? f * f * f : (f - 4.0 / 29) * 108 / 841; };
+    const double fy = (lab.lightness + 16) / 116;
+    const Triple xyz = {0.9642 * cubed(fy + lab.a / 500), cubed(fy), 0.8249 * cubed(fy - lab.b / 200)};
+    return storedInSRGB({3.1338561, -1.6168667, -0.4906146}, {-0.9787684, 1.9161415, 0.0334540},
+                        {0.0719453, -0.2289914, 1.4052427}, xyz);
+}
+
+} // namespace kestrine::testing

@@ -1,0 +1,172 @@
+// What becomes of files when a call to the system fails: nothing is lost, and nothing is left behind.
+#include "platform/host/AtomicFile.h"
+#include "platform/host/FileStatus.h"
+#include "platform/host/Folders.h"
+#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/platform/host/TrashTesting.h"
+
+#include <cerrno>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace kestrine {
+namespace {
+
+using testing::bytesOf;
+using ::testing::ElementsAre;
+using testing::failSystemCall;
+using ::testing::IsEmpty;
+using testing::isEmptyTrash;
+using testing::namesInFolder;
+using testing::readFile;
+using testing::recordedPath;
+using testing::runIsolated;
+using testing::runWithOwnMounts;
+using testing::TemporaryFolder;
+
+struct FailingCall {
+    const char* name;
+    long number;
+    int error;
+};
+
+/// Every system call by which an item gets into the trash, except the one that takes things away again.
+constexpr FailingCall callsOnTheWay[] = {
+    {"fsync", SYS_fsync, EIO},
+    {"write", SYS_write, ENOSPC},
+    {"pread64", SYS_pread64, EIO},
+    {"renameat2", SYS_renameat2, EIO},
+    {"renameat2", SYS_renameat2, EINVAL},
+    {"mkdirat", SYS_mkdirat, EIO},
+    {"symlinkat", SYS_symlinkat, ENOSPC},
+    {"fchmod", SYS_fchmod, EPERM},
+    {"fchown", SYS_fchown, EPERM},
+    {"utimensat", SYS_utimensat, EPERM},
+    {"getdents64", SYS_getdents64, EIO},
+    {"flistxattr", SYS_flistxattr, EIO},
+    {"readlinkat", SYS_readlinkat, EIO},
+    {"fcntl", SYS_fcntl, EMFILE},
+    {"openat", SYS_openat, EMFILE},
+    {"newfstatat", SYS_newfstatat, EIO},
+    {"statx", SYS_statx, EIO},
+    {"faccessat2", SYS_faccessat2, EIO},
+    {"fadvise64", SYS_fadvise64, EIO},
+};
+
+/// Runs the steps in a further process in which one call fails; their results are looked at from outside.
+void runWithFailingCall(const FailingCall& call, const std::function<void()>& steps) {
+    runIsolated([&] {
+        if (!failSystemCall(call.number, call.error))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        steps();
+    });
+}
+
+using FailingPublication = ::testing::TestWithParam<FailingCall>;
+
+TEST_P(FailingPublication, theNextMechanismServesOrNothingIsLeft) {
+    const TemporaryFolder folder;
+    folder.write("a.jpg", "old");
+    const auto candidates = [&](unsigned attempt) { return folder / (attempt == 0 ? "a.jpg" : "b.jpg"); };
+    runWithFailingCall(GetParam(),
+                       [&] { (void)publishNewFile(candidates, bytesOf("new"), Durability::synced); });
+    const bool published = isTaken(folder / "b.jpg");
+    EXPECT_EQ(namesInFolder(folder.path()).size(), published ? 2u : 1u);
+    EXPECT_EQ(readFile(folder / "b.jpg"), published ? "new" : "");
+    EXPECT_EQ(readFile(folder / "a.jpg"), "old");
+}
+
+TEST_P(FailingPublication, aReplacedFileHasTheOldContentOrTheNew) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("preferences", "old");
+    runWithFailingCall(GetParam(), [&] { (void)replaceFile(path, bytesOf("new")); });
+    EXPECT_THAT(readFile(path), ::testing::AnyOf("old", "new"));
+    EXPECT_THAT(namesInFolder(folder.path()), ElementsAre("preferences"));
+}
+
+std::string nameOfCall(const ::testing::TestParamInfo<FailingCall>& test) {
+    return std::string(test.param.name) + "_" + std::to_string(test.param.error);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Calls, FailingPublication,
+    ::testing::Values(FailingCall{"fsync", SYS_fsync, EIO}, FailingCall{"write", SYS_write, EDQUOT},
+                      FailingCall{"linkat", SYS_linkat, EPERM}, FailingCall{"linkat", SYS_linkat, ENOENT},
+                      FailingCall{"linkat", SYS_linkat, ENOSPC}, FailingCall{"openat", SYS_openat, EMFILE},
+                      FailingCall{"fcntl", SYS_fcntl, EMFILE}, FailingCall{"fchmod", SYS_fchmod, EPERM}),
+    nameOfCall);
+
+TEST(FailingSystem, whereLinksAndExclusiveRenamesAreMissingANameIsReserved) {
+    const TemporaryFolder folder;
+    folder.write("a.jpg", "old");
+    const auto candidates = [&](unsigned attempt) { return folder / (attempt == 0 ? "a.jpg" : "b.jpg"); };
+    runIsolated([&] {
+        if (!failSystemCall(SYS_linkat, EPERM) || !failSystemCall(SYS_renameat2, EINVAL))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        EXPECT_EQ(*publishNewFile(candidates, bytesOf("new"), Durability::cached), folder / "b.jpg");
+    });
+    EXPECT_EQ(readFile(folder / "a.jpg") + readFile(folder / "b.jpg"), "oldnew");
+}
+
+TEST(FailingSystem, aFileThatCannotBeSyncedIsNotPublished) {
+    const TemporaryFolder folder;
+    const auto candidates = [&](unsigned) { return folder / "a.jpg"; };
+    for (const bool nameless : {true, false})
+        runIsolated([&] {
+            if (!failSystemCall(SYS_fsync, EIO))
+                GTEST_SKIP() << "this system permits no filter of system calls";
+            EXPECT_EQ(publishNewFile(candidates, bytesOf("new"), Durability::synced, {nameless, {}})
+                          .failure()
+                          .reason,
+                      Reason::inputOutput);
+            EXPECT_THAT(namesInFolder(folder.path()), IsEmpty());
+        });
+}
+
+class FailingTrash : public testing::TrashTest, public ::testing::WithParamInterface<FailingCall> {
+protected:
+    const std::string disk_ = work_ + "/disk";
+
+    void makeAlbum(const std::string& folder) const {
+        ASSERT_TRUE(makePrivateFolders(folder + "/sub"));
+        folder_.write(std::filesystem::relative(folder + "/sub/a.jpg", folder_.path()).string(), "content");
+        std::filesystem::create_symlink("a.jpg", folder + "/sub/link");
+    }
+
+    static bool isWholeAlbum(const std::string& folder) {
+        std::error_code absent;
+        return readFile(folder + "/sub/a.jpg") == "content"
+               && std::filesystem::read_symlink(folder + "/sub/link", absent) == "a.jpg";
+    }
+
+    /// Throws the album away with the failing call and looks where it is afterwards.
+    void throwAway(const std::string& album) const {
+        runWithFailingCall(GetParam(), [&] { (void)trash(album); });
+        if (isTaken(album)) {
+            EXPECT_TRUE(isWholeAlbum(album));
+            EXPECT_TRUE(isEmptyTrash(trash_));
+        } else {
+            EXPECT_TRUE(isWholeAlbum(trash_ + "/files/album"));
+            EXPECT_EQ(recordedPath({"", trash_ + "/info/album.trashinfo"}), album);
+        }
+    }
+};
+
+TEST_P(FailingTrash, aMovedFolderIsWholeInOnePlace) {
+    makeAlbum(work_ + "/album");
+    throwAway(work_ + "/album");
+}
+
+TEST_P(FailingTrash, aCopiedFolderIsWholeInOnePlace) {
+    runWithOwnMounts([&] {
+        testing::mountFileSystem(disk_, 1024);
+        folder_.write("work/disk/.Trash-" + std::to_string(::geteuid()), "in the way");
+        makeAlbum(disk_ + "/album");
+        throwAway(disk_ + "/album");
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, FailingTrash, ::testing::ValuesIn(callsOnTheWay), nameOfCall);
+
+} // namespace
+} // namespace kestrine

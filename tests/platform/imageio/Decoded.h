@@ -1,0 +1,69 @@
+// Decoded: a file's bytes taken through one codec, for tests that look at what comes out.
+#pragma once
+
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/imageio/Codecs.h"
+
+#include <gtest/gtest.h>
+
+namespace kestrine::testing {
+
+struct Decoded {
+    std::vector<FrameDescription> frames;
+    PixelBuffer pixels; ///< of the frame asked for
+    Bytes exif, colorTable;
+
+    const FrameDescription& frame() const { return frames.front(); }
+};
+
+/// Everything that `codec` says of `file`, and the pixels of one frame; or the first failure.
+inline Result<Decoded> decode(const ImageCodec& codec, const Bytes& file, std::size_t frame = 0) {
+    if (!codec.recognises(ByteView(file).first(std::min<std::size_t>(64, file.size()))))
+        return Failure{Reason::unsupported, "not recognised"};
+    Result<std::unique_ptr<ImageDecoder>> decoder = codec.open(readerOfBytes(file));
+    if (!decoder)
+        return decoder.failure();
+    Result<RowSourcePointer> rows = (*decoder)->rows(frame, 8);
+    if (!rows)
+        return rows.failure();
+    Result<PixelBuffer> pixels = readAllRows(**rows);
+    if (!pixels)
+        return pixels.failure();
+    return Decoded{(*decoder)->frames(), std::move(*pixels), *(*decoder)->exif(), *(*decoder)->colorTable()};
+}
+
+/// decode() for files that must be readable.
+inline Decoded decodeSound(const ImageCodec& codec, const Bytes& file, std::size_t frame = 0) {
+    Result<Decoded> decoded = decode(codec, file, frame);
+    if (!decoded) {
+        ADD_FAILURE() << "not decoded: " << decoded.failure().text;
+        return {{FrameDescription{}}, {}, {}, {}};
+    }
+    return std::move(*decoded);
+}
+
+/// Whether nothing comes out, at whatever point of the work that shows.
+inline bool failsToDecode(const ImageCodec& codec, const Bytes& file) { return !decode(codec, file).ok(); }
+
+/// What an encoder makes of a picture; empty (and a test failure) when it fails.
+inline Bytes encodeSound(Result<Bytes> (*encode)(RowSource&, const EncodingOptions&),
+                         const PixelBuffer& picture, const EncodingOptions& options = {}) {
+    Result<Bytes> file = encode(*rowsOfPixels(std::make_shared<PixelBuffer>(picture)), options);
+    if (!file) {
+        ADD_FAILURE() << "not encoded: " << file.failure().text;
+        return {};
+    }
+    return std::move(*file);
+}
+
+/// All layouts that the encoders for every layout take.
+inline std::vector<RowFormat> allLayouts(std::uint32_t width, std::uint32_t height) {
+    std::vector<RowFormat> layouts;
+    for (const ColorModel model : {ColorModel::gray, ColorModel::rgb})
+        for (const bool hasAlpha : {false, true})
+            for (const SampleDepth depth : {SampleDepth::bits8, SampleDepth::bits16})
+                layouts.push_back({width, height, model, hasAlpha, depth});
+    return layouts;
+}
+
+} // namespace kestrine::testing

@@ -1,0 +1,28 @@
+// PNGFile: PNG files of every kind for tests, made by libpng itself.
+#pragma once
+
+#include "platform/host/Bytes.h"
+
+#include <functional>
+#include <png.h>
+
+namespace kestrine::testing {
+
+struct PNGFile {
+    std::uint32_t width = 3, height = 2;
+    int bitDepth = 8;
+    int colorType = PNG_COLOR_TYPE_RGB;
+    bool interlaced = false;
+    /// Stored sample (x, y, channel).
+    std::function<unsigned(std::uint32_t x, std::uint32_t y, int channel)> sample = [](auto, auto, auto) {
+        return 0u;
+    };
+    /// Adds chunks before the pixels.
+    std::function<void(png_structp, png_infop)> before = [](auto, auto) {};
+    /// Adds chunks behind the pixels.
+    std::function<void(png_structp)> behind = [](auto) {};
+
+    Bytes make() const;
+};
+
+} // namespace kestrine::testing
