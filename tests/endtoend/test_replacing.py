@@ -53,10 +53,11 @@ class Replacing(ToolTest):
         self.assertEqual(self.names(), [])
         self.assertEqual((self.home / ".local/share/Trash/files/a.jpg").read_text(), "words")
 
-    def test_dots_and_slashes_and_the_home_are_never_trashed(self):
+    def test_dots_slashes_the_current_folder_and_what_holds_it_are_never_trashed(self):
         (self.folder / "a.jpg").write_bytes(self.original)
-        self.replace("", ".", "..", "/", "a/..")
-        self.assertEqual(self.names(), [b"a.jpg"])
+        self.replace("", ".", "..", "/", "a/..", "../pictures", "../../" + self.home.name)
+        self.assertEqual((self.folder / "a.jpg").read_bytes(), self.original)
+        self.assertFalse((self.home / ".local/share/Trash").exists())
 
     def test_another_file_system_keeps_the_original_whole_in_a_trash(self):
         memory = Path("/dev/shm")

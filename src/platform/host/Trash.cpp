@@ -81,6 +81,10 @@ Result<void> checkAllowed(const Candidate& item, const std::string& home, const 
         return refusal("a file system is mounted in it");
     if (path == home || liesIn(home, path))
         return refusal("it is the home folder or holds it");
+    // An empty argument of a script would otherwise throw away the folder the script works in.
+    const std::string currentFolder = resolved(".");
+    if (path == currentFolder || liesIn(currentFolder, path))
+        return refusal("it is the current folder or holds it");
     if (path == homeTrash || liesIn(homeTrash, path) || liesIn(path, homeTrash)
         || isVolumeTrash(pathBelow(path, topFolderOf(item.folderPath))))
         return refusal("it lies in the trash or holds it");

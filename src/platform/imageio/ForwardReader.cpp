@@ -20,12 +20,16 @@ std::size_t ForwardReader::read(std::span<std::uint8_t> into) {
 }
 
 void ForwardReader::moveTo(std::uint64_t offset) {
-    if (offset >= this->offset() && offset <= bufferEnd_) {
-        position_ = count_ - static_cast<std::size_t>(bufferEnd_ - offset);
-        return;
+    if (offset < bufferStart() || offset > bufferEnd_) {
+        // Half of the buffer goes to what lies before, since the next move may go there.
+        bufferEnd_ = offset - std::min<std::uint64_t>(offset, buffer_.size() / 2);
+        refill();
     }
-    bufferEnd_ = offset;
-    position_ = count_ = 0;
+    if (offset > bufferEnd_) {
+        bufferEnd_ = offset;
+        count_ = 0;
+    }
+    position_ = count_ - static_cast<std::size_t>(bufferEnd_ - offset);
 }
 
 bool ForwardReader::refill() {

@@ -22,10 +22,11 @@ public:
     /// Where in the input the next byte stands.
     std::uint64_t offset() const { return bufferEnd_ - (count_ - position_); }
 
-    /// Goes on at `offset`, cheaply where that lies a little ahead.
+    /// Goes on at `offset`; cheap for a place nearby, ahead or behind.
     void moveTo(std::uint64_t offset);
 
 private:
+    std::uint64_t bufferStart() const { return bufferEnd_ - count_; }
     bool refill();
 
     std::shared_ptr<const ByteReader> reader_;

@@ -174,6 +174,16 @@ TEST_F(Trash, theHomeFolderAndWhatHoldsItAreRefused) {
         EXPECT_EQ(moveToTrash(path, elsewhere).failure().reason, Reason::refused) << path;
 }
 
+TEST_F(Trash, theCurrentFolderAndWhatHoldsItAreRefused) {
+    folder_.write("work/album/day/a.jpg", "content");
+    runIsolated([&] {
+        ASSERT_EQ(::chdir((work_ + "/album/day").c_str()), 0);
+        for (const std::string& path : {work_ + "/album/day", work_ + "/album", std::string("../day")})
+            EXPECT_EQ(trash(path).failure().reason, Reason::refused) << path;
+    });
+    EXPECT_TRUE(trash(work_ + "/album"));
+}
+
 TEST_F(Trash, theTrashAndWhatIsInItAndWhatHoldsItAreRefused) {
     Result<TrashedItem> item = trash(folder_.write("work/a.jpg", "content"));
     ASSERT_TRUE(item);

@@ -1,0 +1,73 @@
+#include "platform/imageio/GIFPalette.h"
+
+#include "platform/imageio/GIFColorClusters.h"
+#include "platform/imageio/GIFNearestColor.h"
+
+#include <algorithm>
+
+namespace kestrine {
+
+namespace {
+
+constexpr std::size_t maximumColors = 256;
+
+/// The last of the entries that are nearest to the fewest pixels.
+std::uint8_t leastUsed(const std::vector<GIFColor>& colors, const GIFHistogram& histogram) {
+    std::vector<std::uint64_t> uses(colors.size());
+    GIFNearestColor nearest(colors);
+    for (const GIFHistogram::Entry& entry : histogram.entries())
+        uses[nearest.indexOf(entry.mean())] += entry.pixels;
+    const auto least = std::min_element(uses.rbegin(), uses.rend());
+    return static_cast<std::uint8_t>(uses.rend() - least - 1);
+}
+
+} // namespace
+
+GIFPalette paletteOfPicture(const GIFHistogram& histogram, bool needsTransparency) {
+    const std::size_t room = needsTransparency ? maximumColors - 1 : maximumColors;
+    GIFPalette palette;
+    if (histogram.isExact() && histogram.entries().size() <= room)
+        for (const GIFHistogram::Entry& entry : histogram.entries())
+            palette.colors.push_back(entry.mean());
+    else
+        palette.colors = representativeColors(histogram.entries(), room);
+    if (needsTransparency) {
+        palette.transparent = static_cast<std::uint8_t>(palette.colors.size());
+        palette.colors.push_back({});
+    }
+    return palette;
+}
+
+GIFPalette paletteOfTable(ByteView table, const GIFHistogram& histogram, bool needsTransparency) {
+    GIFPalette palette;
+    for (std::size_t i = 0; i < table.size(); i += 3)
+        palette.colors.push_back({table[i], table[i + 1], table[i + 2]});
+    if (needsTransparency && palette.colors.size() < maximumColors)
+        palette.colors.push_back({});
+    if (needsTransparency)
+        palette.transparent = palette.colors.size() < maximumColors
+                                  ? static_cast<std::uint8_t>(palette.colors.size() - 1)
+                                  : leastUsed(palette.colors, histogram);
+    return palette;
+}
+
+std::vector<std::uint8_t> exactIndices(const GIFPalette& palette, const GIFHistogram& histogram) {
+    std::vector<std::uint8_t> indices;
+    if (!histogram.isExact() || histogram.entries().size() > palette.colors.size())
+        return indices;
+    for (const GIFHistogram::Entry& entry : histogram.entries()) {
+        std::size_t index = 0;
+        while (index < palette.colors.size() && (palette.colors[index] != entry.mean() || index == palette.transparent))
+            ++index;
+        if (index == palette.colors.size())
+            return {};
+        indices.push_back(static_cast<std::uint8_t>(index));
+    }
+    return indices;
+}
+
+bool isColorTable(ByteView table) {
+    return !table.empty() && table.size() % 3 == 0 && table.size() <= 3 * maximumColors;
+}
+
+} // namespace kestrine
