@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view className = "ResizeSet";
 
-const NSString replaceFileKey = u"replaceFile";
+constexpr const char16_t* replaceFileKey = u"replaceFile";
 
 template <class... Functions>
 struct Overloaded : Functions... {

@@ -14,9 +14,6 @@
 
 namespace kestrine {
 
-const NSString RUResizeHasDone = u"RUResizeHasDone";
-const NSString resultPathsKey = u"resultPaths";
-
 namespace {
 
 NSException unfitValue(const NSString& key) {

@@ -7,8 +7,8 @@ namespace kestrine {
 
 /// The name of the notification that a finished job posts, and the key in its info dictionary under which the
 /// output paths stand: one a set, in the order of the sets, whether or not anything was written.
-extern const NSString RUResizeHasDone;
-extern const NSString resultPathsKey;
+inline constexpr const char16_t* RUResizeHasDone = u"RUResizeHasDone";
+inline constexpr const char16_t* resultPathsKey = u"resultPaths";
 
 /// Made, filled, run once or more, dropped; all on one thread.
 class ResizeUnit final : public NSObject, public std::enable_shared_from_this<ResizeUnit> {

@@ -6,10 +6,6 @@
 
 namespace kestrine {
 
-const NSString presetsDomain = u"quov.Kestrine";
-const NSString resizeSetsKey = u"resizeSets";
-const NSString selectionIndexesKey = u"selectionIndexes";
-
 Result<ResizeSets> storedSets(const PropertyList& domain) {
     const std::shared_ptr<const NSData> data = domain.dataForKey(resizeSetsKey);
     if (data == nullptr)

@@ -9,9 +9,9 @@ namespace kestrine {
 
 /// The preferences domain of the presets and its two keys that concern them; both values are typedstream
 /// archives.
-extern const NSString presetsDomain;
-extern const NSString resizeSetsKey;
-extern const NSString selectionIndexesKey;
+inline constexpr const char16_t* presetsDomain = u"quov.Kestrine";
+inline constexpr const char16_t* resizeSetsKey = u"resizeSets";
+inline constexpr const char16_t* selectionIndexesKey = u"selectionIndexes";
 
 /// The sets stored in a domain, in order. Fails when there is a value that cannot be read; none stored is an
 /// empty list.

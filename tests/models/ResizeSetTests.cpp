@@ -121,9 +121,9 @@ TEST(ResizeSet, setsAreArchivedByteForByteAsTheDesktopApplicationDoes) {
 
 TEST(ResizeSet, anArchiveOfVersion1GivesNoTurningNoChosenFolderAndHighQuality) {
     Bytes bytes = bytesOfHex(twoPresets);
-    bytes[0x50] = 1;                                                   // the class version
-    bytes.erase(bytes.begin() + 0x92 + 45, bytes.begin() + 0x92 + 51); // the second set's last three values
-    bytes.erase(bytes.begin() + 0x8b, bytes.begin() + 0x91);           // and the first one's
+    bytes[0x50] = 1; // the class version; the last three values of the second set go, then the first one's
+    bytes.erase(bytes.begin() + 0xbd, bytes.begin() + 0xc3);
+    bytes.erase(bytes.begin() + 0x8b, bytes.begin() + 0x91);
     const Object root = *NSUnarchiver::unarchiveObjectWithData(bytes, archivedSetClasses());
     const auto sets = std::dynamic_pointer_cast<const NSArray>(root)->elements();
     ASSERT_EQ(sets.size(), 2U);

@@ -67,7 +67,7 @@ ImageProperties imagePropertiesForFile(const NSImage& image, const OptionalStrin
     if (isNamed(NSImageEXIFData) || isNamed(NSImageRGBColorTable)) {
         const auto reps = NSBitmapImageRep::imageRepsWithContentsOfFile(*source);
         const NSBitmapImageRep* file = reps.empty() ? nullptr : reps.front().get();
-        for (const NSString& name : {NSImageEXIFData, NSImageRGBColorTable})
+        for (const char16_t* name : {NSImageEXIFData, NSImageRGBColorTable})
             if (isNamed(name))
                 keep(name, file);
     }

@@ -4,11 +4,6 @@
 
 namespace kestrine {
 
-const NSString NSImageCompressionFactor = u"NSImageCompressionFactor";
-const NSString NSImageDitherTransparency = u"NSImageDitherTransparency";
-const NSString NSImageColorSyncProfileData = u"NSImageColorSyncProfileData";
-const NSString NSImageEXIFData = u"NSImageEXIFData";
-const NSString NSImageRGBColorTable = u"NSImageRGBColorTable";
 
 namespace {
 

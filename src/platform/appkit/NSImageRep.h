@@ -30,11 +30,16 @@ private:
 };
 
 /// Names under which an encoder takes properties and a bitmap gives them.
-extern const NSString NSImageCompressionFactor;    ///< NSNumber, 0 to 1 (JPEG)
-extern const NSString NSImageDitherTransparency;   ///< NSNumber, boolean (GIF)
-extern const NSString NSImageColorSyncProfileData; ///< NSData, an ICC profile
-extern const NSString NSImageEXIFData;      ///< NSData, the source's EXIF block from its TIFF header on
-extern const NSString NSImageRGBColorTable; ///< NSData, red, green, blue a colour
+inline constexpr const char16_t* NSImageCompressionFactor =
+    u"NSImageCompressionFactor"; ///< NSNumber, 0 to 1 (JPEG)
+inline constexpr const char16_t* NSImageDitherTransparency =
+    u"NSImageDitherTransparency"; ///< NSNumber, boolean (GIF)
+inline constexpr const char16_t* NSImageColorSyncProfileData =
+    u"NSImageColorSyncProfileData"; ///< NSData, an ICC profile
+inline constexpr const char16_t* NSImageEXIFData =
+    u"NSImageEXIFData"; ///< NSData, the source's EXIF block from its TIFF header on
+inline constexpr const char16_t* NSImageRGBColorTable =
+    u"NSImageRGBColorTable"; ///< NSData, red, green, blue a colour
 
 using ImageProperties = std::map<NSString, Object>;
 

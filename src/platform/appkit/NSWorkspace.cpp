@@ -5,8 +5,6 @@
 
 namespace kestrine {
 
-const NSString NSWorkspaceRecycleOperation = u"recycle";
-
 NSWorkspace& NSWorkspace::shared() {
     static NSWorkspace workspace;
     return workspace;
@@ -14,7 +12,7 @@ NSWorkspace& NSWorkspace::shared() {
 
 bool NSWorkspace::performFileOperation(const NSString& operation, const NSString& source, const NSString&,
                                        const std::vector<NSString>& files) {
-    if (operation != NSWorkspaceRecycleOperation)
+    if (operation != NSString(NSWorkspaceRecycleOperation))
         return false;
     const Environment environment = Environment::ofProcess();
     bool allWent = true;

@@ -8,7 +8,7 @@
 
 namespace kestrine {
 
-extern const NSString NSWorkspaceRecycleOperation;
+inline constexpr const char16_t* NSWorkspaceRecycleOperation = u"recycle";
 
 class NSWorkspace {
 public:

@@ -1,5 +1,5 @@
-// ErrorDiffusion: carries what rounding takes from a pixel on to its neighbours, with the weights of Floyd and
-// Steinberg, every other row from the right.
+// ErrorDiffusion: carries what rounding takes from a pixel on to its neighbours, with the weights of Floyd
+// and Steinberg, every other row from the right.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,11 @@ namespace kestrine {
 template <class Error>
 class ErrorDiffusion {
 public:
-    explicit ErrorDiffusion(std::size_t width) : width_(static_cast<std::ptrdiff_t>(width)), pending_(width + 2) {}
+    explicit ErrorDiffusion(std::size_t width)
+        : width_(static_cast<std::ptrdiff_t>(width)), pending_(width + 2) {}
 
-    /// Visits the pixels of the next row. visit(x, received) is told what the pixel received, in sixteenths, and
-    /// answers what it passes on, in whole levels.
+    /// Visits the pixels of the next row. visit(x, received) is told what the pixel received, in sixteenths,
+    /// and answers what it passes on, in whole levels.
     template <class Visit>
     void visitRow(Visit visit) {
         const std::ptrdiff_t step = leftwards_ ? -1 : 1;

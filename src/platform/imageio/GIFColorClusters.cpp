@@ -10,8 +10,8 @@ namespace kestrine {
 
 namespace {
 
-/// How far the outer colours move outwards, in standard deviations of the colours they stand for. Found by trying:
-/// more gives a coarser grain, less leaves saturated areas pale.
+/// How far the outer colours move outwards, in standard deviations of the colours they stand for. Found by
+/// trying: more gives a coarser grain, less leaves saturated areas pale.
 constexpr double outwardDeviations = 2.5;
 
 struct Point {
@@ -64,8 +64,8 @@ double deviationOf(const Box& box) {
     return std::sqrt(sum / static_cast<double>(box.tally.pixels));
 }
 
-/// By how much dividing points of the sums `all` into those of the sums `low` and the others lessens their weighted
-/// squared distance from their mean.
+/// By how much dividing points of the sums `all` into those of the sums `low` and the others lessens their
+/// weighted squared distance from their mean.
 double gainOf(const Tally& low, const Tally& all) {
     const double pixels = static_cast<double>(all.pixels), lowPixels = static_cast<double>(low.pixels);
     double gain = 0;
@@ -77,7 +77,8 @@ double gainOf(const Tally& low, const Tally& all) {
     return gain / (pixels * lowPixels * (pixels - lowPixels));
 }
 
-/// Tries every cut of the box along one channel. `levels` are the sums over the points of each level from `lowest` on.
+/// Tries every cut of the box along one channel. `levels` are the sums over the points of each level from
+/// `lowest` on.
 void considerCuts(Box& box, std::size_t channel, unsigned lowest, std::span<const Tally> levels) {
     Tally low;
     for (unsigned i = 0; i + 1 < levels.size(); ++i) {
@@ -122,8 +123,8 @@ std::vector<Box> divide(std::span<Point> points, std::size_t count) {
     return boxes;
 }
 
-/// Where `color` lies among the others: a direction away from the near ones, whose length is 0 inside the cloud and
-/// nearly 1 at its edge.
+/// Where `color` lies among the others: a direction away from the near ones, whose length is 0 inside the
+/// cloud and nearly 1 at its edge.
 Vector outwards(const Vector& color, std::span<const Vector> all) {
     Vector sum{};
     double weights = 0, weightedSquares = 0;
@@ -147,8 +148,9 @@ std::uint8_t level(double value) { return static_cast<std::uint8_t>(std::clamp(v
 
 } // namespace
 
-/// The means of clusters alone would not do: dithering mixes colours, so what lies outside all of them is lost. Those
-/// at the edge of the cloud therefore move outwards as far as their cluster is wide; that of a flat area stays.
+/// The means of clusters alone would not do: dithering mixes colours, so what lies outside all of them is
+/// lost. Those at the edge of the cloud therefore move outwards as far as their cluster is wide; that of a
+/// flat area stays.
 std::vector<GIFColor> representativeColors(std::span<const GIFHistogram::Entry> entries, std::size_t count) {
     std::vector<Point> points;
     for (const GIFHistogram::Entry& entry : entries) {
@@ -163,7 +165,8 @@ std::vector<GIFColor> representativeColors(std::span<const GIFHistogram::Entry> 
     for (std::size_t i = 0; i < boxes.size(); ++i) {
         const Vector direction = outwards(means[i], means);
         const double distance = outwardDeviations * deviationOf(boxes[i]);
-        colors.push_back({level(means[i][0] + distance * direction[0]), level(means[i][1] + distance * direction[1]),
+        colors.push_back({level(means[i][0] + distance * direction[0]),
+                          level(means[i][1] + distance * direction[1]),
                           level(means[i][2] + distance * direction[2])});
     }
     return colors;

@@ -1,5 +1,5 @@
-// Reads the first picture of a GIF, laid on its logical screen; transparent where it does not reach. Animation, texts
-// and later pictures are left alone.
+// Reads the first picture of a GIF, laid on its logical screen; transparent where it does not reach.
+// Animation, texts and later pictures are left alone.
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ForwardReader.h"
@@ -113,7 +113,8 @@ Result<void> GIFStream::readExtension() {
     return status == GIF_OK ? Result<void>{} : failureOf(file_->Error);
 }
 
-/// A screen too small for the picture grows until it fits, as viewers show it; one of no size is the picture's.
+/// A screen too small for the picture grows until it fits, as viewers show it; one of no size is the
+/// picture's.
 Result<void> GIFStream::layOut() {
     const GifImageDesc& image = file_->Image;
     const ColorMapObject* map = image.ColorMap ? image.ColorMap : file_->SColorMap;
@@ -188,7 +189,8 @@ Result<void> GIFRows::readIndices() {
         if (Result<void> done = readInterlaced(); !done)
             return done;
     const std::size_t y = next_ - 1 - layout_.top;
-    std::copy_n(interlaced_.begin() + static_cast<std::ptrdiff_t>(y * layout_.width), layout_.width, indices_.begin());
+    std::copy_n(interlaced_.begin() + static_cast<std::ptrdiff_t>(y * layout_.width), layout_.width,
+                indices_.begin());
     return {};
 }
 
@@ -242,7 +244,8 @@ private:
 };
 
 bool recognisesGIF(ByteView head) {
-    const std::string_view start(reinterpret_cast<const char*>(head.data()), std::min<std::size_t>(head.size(), 6));
+    const std::string_view start(reinterpret_cast<const char*>(head.data()),
+                                 std::min<std::size_t>(head.size(), 6));
     return start == "GIF87a" || start == "GIF89a";
 }
 

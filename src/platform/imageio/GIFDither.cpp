@@ -6,14 +6,18 @@ namespace kestrine {
 
 namespace {
 
-/// Where the palette has nothing like the picture's colour, errors would pile up and spoil what comes next to it.
+/// Where the palette has nothing like the picture's colour, errors would pile up and spoil what lies beside.
 constexpr int largestError = 32;
 
 constexpr int levelsOf(int sixteenths) { return (sixteenths + 8) >> 4; }
 
-constexpr int carriedLevels(int sixteenths) { return std::clamp(levelsOf(sixteenths), -largestError, largestError); }
+constexpr int carriedLevels(int sixteenths) {
+    return std::clamp(levelsOf(sixteenths), -largestError, largestError);
+}
 
-constexpr std::uint8_t clampedLevel(int level) { return static_cast<std::uint8_t>(std::clamp(level, 0, 255)); }
+constexpr std::uint8_t clampedLevel(int level) {
+    return static_cast<std::uint8_t>(std::clamp(level, 0, 255));
+}
 
 } // namespace
 
@@ -36,7 +40,8 @@ GIFColorDither::GIFColorDither(const GIFPalette& palette, std::uint32_t width)
 void GIFColorDither::place(const GIFPixel* row, std::span<std::uint8_t> indices) {
     const GIFColor* const colors = palette_.colors.data();
     diffusion_.visitRow([&](std::size_t x, const Error& received) -> Error {
-        const Error carried{carriedLevels(received.red), carriedLevels(received.green), carriedLevels(received.blue)};
+        const Error carried{carriedLevels(received.red), carriedLevels(received.green),
+                            carriedLevels(received.blue)};
         const GIFPixel pixel = row[x];
         if (pixel.cover != GIFCover::opaque) {
             indices[x] = *palette_.transparent;

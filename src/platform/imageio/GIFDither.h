@@ -1,5 +1,5 @@
-// GIFDither: how a picture looks with few colours and without half-transparency. What a pixel loses its neighbours
-// get, so that areas keep their colour.
+// GIFDither: how a picture looks with few colours and without half-transparency. What a pixel loses its
+// neighbours get, so that areas keep their colour.
 #pragma once
 
 #include "platform/imageio/ErrorDiffusion.h"
@@ -34,8 +34,6 @@ private:
         Error operator+(const Error& o) const { return {red + o.red, green + o.green, blue + o.blue}; }
         Error operator*(int n) const { return {red * n, green * n, blue * n}; }
     };
-
-    Error placePixel(const GIFPixel& pixel, const Error& received, std::uint8_t& index);
 
     const GIFPalette& palette_;
     GIFNearestColor nearest_;

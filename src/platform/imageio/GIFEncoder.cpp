@@ -1,5 +1,5 @@
-// Writes GIF files: one picture, one colour map, at most one transparent entry. No library is needed for it: the
-// container is a few dozen bytes, and our own compression is faster.
+// Writes GIF files: one picture, one colour map, at most one transparent entry. No library is needed for it:
+// the container is a few dozen bytes, and our own compression is faster.
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/GIFCompression.h"
@@ -25,7 +25,8 @@ void unpackRow(ByteView samples, std::size_t channels, GIFPixel* row, std::span<
     const std::uint8_t* sample = samples.data();
     const bool isGray = channels < 3, hasAlpha = channels % 2 == 0;
     for (std::size_t x = 0; x < alpha.size(); ++x, sample += channels) {
-        row[x].color = isGray ? GIFColor{sample[0], sample[0], sample[0]} : GIFColor{sample[0], sample[1], sample[2]};
+        row[x].color =
+            isGray ? GIFColor{sample[0], sample[0], sample[0]} : GIFColor{sample[0], sample[1], sample[2]};
         row[x].cover = GIFCover::opaque;
         alpha[x] = hasAlpha ? sample[channels - 1] : 255;
     }
@@ -98,11 +99,13 @@ void appendDescriptor(Bytes& file, const GIFPicture& picture) {
                   picture.height >> 8, 0});
 }
 
-void placeExactly(const LoadedPicture& loaded, const GIFPixel* row, const std::vector<std::uint8_t>& indexOfEntry,
-                  std::optional<std::uint8_t> transparent, std::span<std::uint8_t> indices) {
+void placeExactly(const LoadedPicture& loaded, const GIFPixel* row,
+                  const std::vector<std::uint8_t>& indexOfEntry, std::optional<std::uint8_t> transparent,
+                  std::span<std::uint8_t> indices) {
     for (std::size_t x = 0; x < indices.size(); ++x)
-        indices[x] = row[x].cover == GIFCover::opaque ? indexOfEntry[loaded.shownColors.positionOf(row[x].color)]
-                                                      : *transparent;
+        indices[x] = row[x].cover == GIFCover::opaque
+                         ? indexOfEntry[loaded.shownColors.positionOf(row[x].color)]
+                         : *transparent;
 }
 
 void appendPixels(Bytes& file, const LoadedPicture& loaded, const GIFPalette& palette) {

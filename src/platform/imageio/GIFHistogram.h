@@ -1,5 +1,5 @@
-// GIFHistogram: which colours a picture has, and how often. It begins with exact colours and halves its resolution
-// whenever they become too many, so that it is exact for drawings and small for photographs.
+// GIFHistogram: which colours a picture has, and how often. It begins with exact colours and halves its
+// resolution whenever they become too many, so that it is exact for drawings and small for photographs.
 #pragma once
 
 #include "platform/imageio/GIFPicture.h"

@@ -59,8 +59,8 @@ GIFNearestColor::List GIFNearestColor::listFor(GIFColor color, unsigned level) {
     return list;
 }
 
-/// The colours of `from` that can be nearest in the cell of `color`. How much farther one is than the nearest to the
-/// middle of the cell is a linear function of the place, so it is least in a corner.
+/// The colours of `from` that can be nearest in the cell of `color`. How much farther one is than the nearest
+/// to the middle of the cell is a linear function of the place, so it is least in a corner.
 GIFNearestColor::List GIFNearestColor::narrowed(List from, GIFColor color, unsigned level) {
     const int width = 1 << (8 - level);
     const int red = twiceMiddle(color.red, width), green = twiceMiddle(color.green, width),

@@ -1,6 +1,6 @@
-// GIFNearestColor: finds the colour of a palette that looks most like a given one, fast: each cell of the colour cube
-// remembers the four colours nearest to its middle, and only these are compared. Where more crowd into a cell, the
-// answer may be one that is hardly farther.
+// GIFNearestColor: finds the colour of a palette that looks most like a given one, fast: each cell of the
+// colour cube remembers the four colours nearest to its middle, and only these are compared. Where more crowd
+// into a cell, the answer may be one that is hardly farther.
 #pragma once
 
 #include "platform/imageio/GIFPicture.h"
@@ -29,7 +29,8 @@ public:
         const auto distanceOf = [&](std::size_t i) {
             return distance(choices_[four[i]], color.red, color.green, color.blue);
         };
-        const int least = std::min(std::min(distanceOf(0), distanceOf(1)), std::min(distanceOf(2), distanceOf(3)));
+        const int least =
+            std::min(std::min(distanceOf(0), distanceOf(1)), std::min(distanceOf(2), distanceOf(3)));
         return static_cast<std::uint8_t>(least);
     }
 
@@ -37,15 +38,15 @@ private:
     /// A cell of level n is 2^(8-n) wide along every axis.
     static constexpr unsigned coarsestLevel = 3, listedLevels = 2, finestLevel = coarsestLevel + listedLevels;
 
-    /// The distance of a colour from another is, but for a term that depends on the other alone, a linear function:
-    /// `constant` less the scalar product of `slope` and the other. Both are multiplied by 256 to make room for the
-    /// index, so that the least such number tells the nearest colour.
+    /// The distance of a colour from another is, but for a term that depends on the other alone, a linear
+    /// function: `constant` less the scalar product of `slope` and the other. Both are multiplied by 256 to
+    /// make room for the index, so that the least such number tells the nearest colour.
     struct Choice {
         int constant;
         std::array<int, 3> slope;
     };
-    using Four = std::array<std::uint8_t, 4>;               ///< indices into choices_
-    static constexpr Four unknown = {255, 255, 255, 255}; ///< never an answer, since lists are filled up with 0
+    using Four = std::array<std::uint8_t, 4>; ///< indices into choices_; fewer are filled up with 0
+    static constexpr Four unknown = {255, 255, 255, 255};
     struct List {
         std::uint32_t begin = 0, count = 0; ///< in listed_; empty while unknown
     };

@@ -57,7 +57,8 @@ std::vector<std::uint8_t> exactIndices(const GIFPalette& palette, const GIFHisto
         return indices;
     for (const GIFHistogram::Entry& entry : histogram.entries()) {
         std::size_t index = 0;
-        while (index < palette.colors.size() && (palette.colors[index] != entry.mean() || index == palette.transparent))
+        while (index < palette.colors.size()
+               && (palette.colors[index] != entry.mean() || index == palette.transparent))
             ++index;
         if (index == palette.colors.size())
             return {};

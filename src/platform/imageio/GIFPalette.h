@@ -17,12 +17,12 @@ struct GIFPalette {
 /// The picture's own colours when they fit, else those that represent it best.
 GIFPalette paletteOfPicture(const GIFHistogram& histogram, bool needsTransparency);
 
-/// Exactly the colours of `table` (red, green, blue a colour). Where transparency is needed, an entry is added or, when
-/// there are 256 already, takes the place of the one that the picture needs least.
+/// Exactly the colours of `table` (red, green, blue a colour). Where transparency is needed, an entry is
+/// added or, when there are 256 already, takes the place of the one that the picture needs least.
 GIFPalette paletteOfTable(ByteView table, const GIFHistogram& histogram, bool needsTransparency);
 
-/// For each of the histogram's entries, in their order, the index of its colour; empty when the picture has a colour
-/// that the palette has not.
+/// For each of the histogram's entries, in their order, the index of its colour; empty when the picture has a
+/// colour that the palette has not.
 std::vector<std::uint8_t> exactIndices(const GIFPalette& palette, const GIFHistogram& histogram);
 
 /// Whether `table` is one: 1 to 256 whole colours.

@@ -1,5 +1,5 @@
-// GIFPicture: a picture as the GIF encoder holds it, since it needs the pixels twice: for choosing colours, then for
-// placing them.
+// GIFPicture: a picture as the GIF encoder holds it, since it needs the pixels twice: for choosing colours,
+// then for placing them.
 #pragma once
 
 #include <cstdint>
