@@ -11,12 +11,20 @@ namespace {
 
 constexpr std::size_t maximumColors = 256;
 
+int distance(GIFColor a, GIFColor b) {
+    const int red = a.red - b.red, green = a.green - b.green, blue = a.blue - b.blue;
+    return gifColorWeights[0] * red * red + gifColorWeights[1] * green * green
+           + gifColorWeights[2] * blue * blue;
+}
+
 /// The last of the entries that are nearest to the fewest pixels.
 std::uint8_t leastUsed(const std::vector<GIFColor>& colors, const GIFHistogram& histogram) {
     std::vector<std::uint64_t> uses(colors.size());
-    GIFNearestColor nearest(colors);
-    for (const GIFHistogram::Entry& entry : histogram.entries())
-        uses[nearest.indexOf(entry.mean())] += entry.pixels;
+    for (const GIFHistogram::Entry& entry : histogram.entries()) {
+        const auto distanceTo = [mean = entry.mean()](GIFColor color) { return distance(color, mean); };
+        const auto nearest = std::ranges::min_element(colors, {}, distanceTo);
+        uses[static_cast<std::size_t>(nearest - colors.begin())] += entry.pixels;
+    }
     const auto least = std::min_element(uses.rbegin(), uses.rend());
     return static_cast<std::uint8_t>(uses.rend() - least - 1);
 }
