@@ -211,8 +211,10 @@ Result<std::unique_ptr<ImageDecoder>> openBMP(std::shared_ptr<const ByteReader> 
     Result<BMPHeader> header = readBMPHeader(*reader);
     if (!header)
         return header.failure();
+    if (formatOf(*header).pixels() == 0)
+        return Failure{Reason::empty, "the BMP has no pixels"};
     if (!formatOf(*header).isWithinLimits())
-        return Failure{Reason::tooLarge, "the BMP has no pixels or too many"};
+        return Failure{Reason::tooLarge, "the BMP has too many pixels"};
     return std::unique_ptr<ImageDecoder>(std::make_unique<BMPDecoder>(std::move(reader), std::move(*header)));
 }
 

@@ -124,8 +124,10 @@ Result<std::unique_ptr<ImageDecoder>> openPNM(std::shared_ptr<const ByteReader> 
     const Result<PNMHeader> header = readPNMHeader(input);
     if (!header)
         return header.failure();
+    if (header->format.pixels() == 0)
+        return Failure{Reason::empty, "the portable map has no pixels"};
     if (!header->format.isWithinLimits())
-        return Failure{Reason::tooLarge, "the portable map has no pixels or too many"};
+        return Failure{Reason::tooLarge, "the portable map has too many pixels"};
     return std::unique_ptr<ImageDecoder>(
         std::make_unique<PNMDecoder>(std::move(reader), *header, input.offset()));
 }
