@@ -181,6 +181,22 @@ TEST(Orientation, sixIsTurnedBeforeScalingSoThatThePictureCountsAsItIsSeen) {
     EXPECT_EQ(format.height, 31U);
 }
 
+TEST(Orientation, aStoredPortraitThatIsTurnedCountsAsALandscape) {
+    const testing::TemporaryFolder folder;
+    const auto pixels = testing::makePhoto({40, 60, ColorModel::rgb, false, SampleDepth::bits8});
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
+    const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x01, 0x12, 0,
+                        3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0,    0,    0};
+    const NSString path =
+        NSString::fromUTF8(folder.write("a.jpg", *encodeJPEG(*rows, {.quality = 0.9, .exif = exif})));
+    const auto turns = makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 30.0F}, {u"autoRotate", true}});
+    const auto data = turns->resizedImageDataWithFile(path, nullptr);
+    ASSERT_NE(data, nullptr);
+    const RowFormat format = (*openImage(readerOfBytes(data->bytes())))->frames().front().format;
+    EXPECT_EQ(format.width, 31U);
+    EXPECT_EQ(format.height, 20U);
+}
+
 TEST(Quality, compression70GivesAQualityOf70Percent) {
     const testing::TemporaryFolder folder;
     const auto pixels = testing::makePhoto({64, 64, ColorModel::rgb, false, SampleDepth::bits8});

@@ -24,6 +24,8 @@ private:
 } // namespace
 
 Result<PixelBuffer> readAllRows(RowSource& rows) {
+    if (!rows.format().canBeBuffered())
+        return Failure{Reason::tooLarge, "the picture is too large to be held in memory"};
     PixelBuffer pixels(rows.format());
     for (std::uint32_t y = 0; y < pixels.format.height; ++y)
         if (Result<void> done = rows.readRow(pixels.row(y)); !done)

@@ -21,7 +21,7 @@ struct PixelBuffer {
     }
 };
 
-/// Reads all rows.
+/// Reads all rows; tooLarge for a picture over maximumBufferedBytes.
 Result<PixelBuffer> readAllRows(RowSource& rows);
 
 /// The rows of `pixels`, which is shared and stays unchanged.

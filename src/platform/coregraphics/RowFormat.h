@@ -12,6 +12,9 @@ enum class SampleDepth : std::uint8_t { bits8 = 1, bits16 = 2 };
 /// A picture larger than this, as source or result, gives no output: pixels in all and pixels a side.
 inline constexpr std::uint64_t maximumPixels = std::uint64_t{1} << 30;
 inline constexpr std::uint32_t maximumSide = 1'000'000;
+/// A picture that must be held whole in memory, for a turn or because of how it is stored, may take this
+/// much.
+inline constexpr std::uint64_t maximumBufferedBytes = std::uint64_t{2} << 30;
 
 /// Rows run from top to bottom, pixels from left to right; the samples of a pixel lie side by side: grey or
 /// red, green, blue, then alpha where there is one. Colour is not multiplied by alpha. 16-bit samples are in
@@ -30,6 +33,8 @@ struct RowFormat {
     std::size_t samplesPerRow() const { return channels() * width; }
     std::size_t bytesPerRow() const { return bytesPerPixel() * width; }
     std::uint64_t pixels() const { return std::uint64_t{width} * height; }
+    std::uint64_t bytes() const { return pixels() * bytesPerPixel(); }
+    bool canBeBuffered() const { return bytes() <= maximumBufferedBytes; }
 
     /// Whether a picture of this size is one that we handle at all.
     bool isWithinLimits() const {

@@ -75,8 +75,8 @@ Result<Fields> readFields(const ByteReader& reader) {
 }
 
 Result<void> readSides(const Fields& fields, BMPHeader& header) {
-    const std::int64_t width = fields.isCore() ? fields.u16(18) : fields.i32(18);
-    const std::int64_t height = fields.isCore() ? fields.u16(20) : fields.i32(22);
+    const std::int64_t width = fields.isCore() ? std::int64_t{fields.u16(18)} : fields.i32(18);
+    const std::int64_t height = fields.isCore() ? std::int64_t{fields.u16(20)} : fields.i32(22);
     header.isTopDown = height < 0;
     const std::int64_t rows = header.isTopDown ? -height : height;
     if (width < 0)

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
 
 namespace kestrine {
 
@@ -99,7 +98,8 @@ Box boxOf(std::span<Point> points) {
         box.tally.add(point);
     for (std::size_t channel = 0; channel < 3; ++channel) {
         const auto levelOf = [channel](const Point& point) -> unsigned { return point.levels[channel]; };
-        const auto [lowest, highest] = std::ranges::minmax(points | std::views::transform(levelOf));
+        const unsigned lowest = levelOf(*std::ranges::min_element(points, {}, levelOf));
+        const unsigned highest = levelOf(*std::ranges::max_element(points, {}, levelOf));
         std::vector<Tally> levels(highest - lowest + 1);
         for (const Point& point : points)
             levels[levelOf(point) - lowest].add(point);
@@ -116,7 +116,8 @@ std::vector<Box> divide(std::span<Point> points, std::size_t count) {
             break;
         const auto isLow = [&](const Point& point) { return point.levels[widest.channel] <= widest.cut; };
         const std::span<Point> all = widest.points;
-        const std::size_t low = all.size() - std::ranges::partition(all, isLow).size();
+        const auto high = std::partition(all.begin(), all.end(), isLow);
+        const auto low = static_cast<std::size_t>(high - all.begin());
         widest = boxOf(all.first(low));
         boxes.push_back(boxOf(all.subspan(low)));
     }

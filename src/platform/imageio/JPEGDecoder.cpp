@@ -18,6 +18,10 @@ namespace {
 constexpr int maximumScans = 500;
 /// A progressive picture's coefficients are all held in memory at once.
 constexpr std::uint64_t maximumCoefficientBytes = std::uint64_t{2} << 30;
+/// Beyond this many they must also be plausible: Huffman coding spends at least a bit on a block's first
+/// scan, and a block has 128 bytes of coefficients.
+constexpr std::uint64_t freeCoefficientBytes = std::uint64_t{256} << 20;
+constexpr std::uint64_t coefficientBytesAByte = 128 * 8;
 
 constexpr int exifSegment = 1;
 constexpr int profileSegment = 2;
@@ -146,7 +150,7 @@ private:
             return Failure{Reason::tooLarge, "the picture is larger than 2^30 pixels"};
         const std::uint64_t coefficientBytes =
             frame.format.pixels() * static_cast<unsigned>(info.num_components) * 2;
-        if (jpeg_has_multiple_scans(&header.info) && coefficientBytes > maximumCoefficientBytes)
+        if (jpeg_has_multiple_scans(&header.info) && !isPlausible(coefficientBytes, info.arith_code != 0))
             return Failure{Reason::tooLarge, "the picture is too large for its way of storing (progressive)"};
         isCMYK_ = info.num_components == 4;
         inksAreInverted_ = info.saw_Adobe_marker != 0;
@@ -157,6 +161,12 @@ private:
         frame.canReduce = true;
         frames_.push_back(frame);
         return {};
+    }
+
+    bool isPlausible(std::uint64_t coefficientBytes, bool isArithmetic) const {
+        return coefficientBytes <= freeCoefficientBytes
+               || (coefficientBytes <= maximumCoefficientBytes
+                   && (isArithmetic || coefficientBytes <= coefficientBytesAByte * reader_->size()));
     }
 
     void readExif(const jpeg_decompress_struct& info) {

@@ -52,8 +52,9 @@ int percentOf(double quality) {
     return static_cast<int>(std::lround(std::clamp(quality, 0.0, 1.0) * 100));
 }
 
+/// `dotsPerInch` is 1 to 100000.
 std::uint16_t wholeDensity(double dotsPerInch) {
-    return static_cast<std::uint16_t>(std::clamp(std::lround(dotsPerInch), 1L, 65535L));
+    return static_cast<std::uint16_t>(std::min(std::lround(dotsPerInch), 65535L));
 }
 
 class Compressor {
@@ -106,8 +107,10 @@ private:
             info_.comp_info[0].h_samp_factor = info_.comp_info[0].v_samp_factor = 1;
         info_.optimize_coding = format_.pixels() <= optimisedTablesLimit ? TRUE : FALSE;
         info_.density_unit = 1; // dots per inch
-        info_.X_density = wholeDensity(options_.resolution.horizontal);
-        info_.Y_density = wholeDensity(options_.resolution.vertical);
+        const Resolution resolution =
+            plausibleResolution(options_.resolution.horizontal, options_.resolution.vertical);
+        info_.X_density = wholeDensity(resolution.horizontal);
+        info_.Y_density = wholeDensity(resolution.vertical);
     }
 
     void writeMetadata() {

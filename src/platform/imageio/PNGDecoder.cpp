@@ -169,7 +169,8 @@ public:
         : reader_(std::move(reader)), colorTable_(storedColorTable(file)) {
         const RowFormat format = file.format();
         const ExifFacts exif = readExifFacts(exifChunk(*reader_, false));
-        const Resolution resolution = storedResolution(file).value_or(exif.resolution.value_or(Resolution{}));
+        const Resolution resolution =
+            exif.resolution ? *exif.resolution : storedResolution(file).value_or(Resolution{});
         frames_.push_back({format, resolution, storedProfile(file, format.model, exif)});
     }
 
@@ -203,6 +204,8 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
         return Failure{Reason::tooLarge, "the PNG picture has too many pixels"};
     if (file.storedBytes() > maximumDeflateRatio * reader->size())
         return Failure{Reason::truncated, "the PNG file is too short for its pixels"};
+    if (file.isInterlaced() && !file.format().canBeBuffered())
+        return Failure{Reason::tooLarge, "the PNG picture is interlaced and too large to be held in memory"};
     return std::unique_ptr<ImageDecoder>(std::make_unique<PNGDecoder>(std::move(reader), file));
 }
 

@@ -39,10 +39,24 @@ int colorType(const RowFormat& format) {
            | (format.hasAlpha ? PNG_COLOR_MASK_ALPHA : 0);
 }
 
+/// The profile as libpng takes it: one of version 4 must have a length that is a multiple of four, in its
+/// header too.
+Bytes paddedProfile(const ColorProfile* profile) {
+    if (profile == nullptr)
+        return {};
+    Bytes icc(profile->bytes().begin(), profile->bytes().end());
+    if (icc.size() % 4 == 0)
+        return icc;
+    icc.resize((icc.size() + 3) / 4 * 4);
+    for (std::size_t i = 0; i < 4; ++i)
+        icc[i] = static_cast<std::uint8_t>(icc.size() >> (24 - 8 * i));
+    return icc;
+}
+
 class PNGWriter {
 public:
     PNGWriter(const RowFormat& format, const EncodingOptions& options)
-        : format_(format), profile_(options.profile),
+        : format_(format), profile_(paddedProfile(options.profile)),
           resolution_(plausibleResolution(options.resolution.horizontal, options.resolution.vertical)) {
         png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, ignorePNGWarning);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
@@ -88,9 +102,9 @@ private:
                      PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
         png_set_pHYs(png_, info_, perMeter(resolution_.horizontal), perMeter(resolution_.vertical),
                      PNG_RESOLUTION_METER);
-        if (profile_)
-            png_set_iCCP(png_, info_, "ICC Profile", PNG_COMPRESSION_TYPE_BASE, profile_->bytes().data(),
-                         static_cast<png_uint_32>(profile_->bytes().size()));
+        if (!profile_.empty())
+            png_set_iCCP(png_, info_, "ICC Profile", PNG_COMPRESSION_TYPE_BASE, profile_.data(),
+                         static_cast<png_uint_32>(profile_.size()));
     }
 
     template <class Step>
@@ -104,7 +118,7 @@ private:
     }
 
     const RowFormat format_;
-    const ColorProfile* const profile_;
+    const Bytes profile_; ///< empty for none
     const Resolution resolution_;
     PNGMessage message_;
     PNGOutput output_;

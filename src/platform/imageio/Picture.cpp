@@ -26,7 +26,7 @@ Result<RowSourcePointer> Source::decode(std::size_t frame, int eighths) const {
 }
 
 Result<RowSourcePointer> Source::rows(std::size_t frame, int eighths) {
-    if (!keepsPixels_)
+    if (!keepsPixels(frame))
         return decode(frame, eighths);
     const std::lock_guard lock(mutex_);
     std::shared_ptr<const PixelBuffer>& kept = kept_[frame];

@@ -21,11 +21,14 @@ public:
     const std::vector<FrameDescription>& frames() const { return decoder_->frames(); }
     const ImageDecoder& decoder() const { return *decoder_; }
 
-    /// From now on a frame is decoded once, at full size, and its pixels are kept for further results.
+    /// From now on a frame is decoded once, at full size, and its pixels are kept for further results, unless
+    /// it is too large for that; then each result decodes it again.
     void keepPixels() { keepsPixels_ = true; }
-    bool keepsPixels() const { return keepsPixels_; }
+    bool keepsPixels(std::size_t frame) const {
+        return keepsPixels_ && frames()[frame].format.canBeBuffered();
+    }
 
-    /// The rows of a frame, decoded at `eighths` eighths of its size (8 when pixels are kept).
+    /// The rows of a frame, decoded at `eighths` eighths of its size (8 when its pixels are kept).
     Result<RowSourcePointer> rows(std::size_t frame, int eighths);
 
     /// How many decodes have been started in this process.

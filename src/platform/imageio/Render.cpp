@@ -71,7 +71,7 @@ public:
 private:
     /// Lets the decoder reduce when the first thing done is a reduction, and edits that step accordingly.
     int chooseEighths(RowPlan& plan) const {
-        if (plan.steps.empty() || !picture_.description().canReduce || picture_.source->keepsPixels())
+        if (plan.steps.empty() || !picture_.description().canReduce || picture_.source->keepsPixels(picture_.frame))
             return 8;
         auto* first = std::get_if<Resampling>(&plan.steps.front());
         if (first == nullptr)

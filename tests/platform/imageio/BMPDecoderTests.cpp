@@ -1,5 +1,8 @@
+#include "platform/coregraphics/ToneCurve.h"
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/support/Pictures.h"
+
+#include <cmath>
 
 namespace kestrine::testing {
 
@@ -185,10 +188,11 @@ TEST(BMPDecoder, oddPalettesAreTolerated) {
         samples);
     EXPECT_EQ(samplesOf(BMPFile{.height = 1, .bits = 8, .palette = fourColors, .pixels = row}.make()),
               samples);
-    Bytes long_ = fourColors;
-    long_.resize(4 * 300);
+    Bytes tooLong = fourColors;
+    tooLong.resize(4 * 300);
     EXPECT_EQ(
-        samplesOf(BMPFile{.height = 1, .bits = 8, .colorsUsed = 300, .palette = long_, .pixels = row}.make()),
+        samplesOf(
+            BMPFile{.height = 1, .bits = 8, .colorsUsed = 300, .palette = tooLong, .pixels = row}.make()),
         samples);
 }
 
@@ -387,7 +391,7 @@ TEST(BMPDecoder, unknownKindsAreRefused) {
     EXPECT_EQ(reasonOf({.bits = 2}), Reason::unsupported);
     EXPECT_EQ(reasonOf({.bits = 0, .compression = 4}), Reason::unsupported) << "JPEG inside";
     EXPECT_EQ(reasonOf({.bits = 8, .compression = 2}), Reason::unsupported) << "4-bit runs of 8 bits";
-    EXPECT_EQ(reasonOf({.bits = 24, .compression = 3}), Reason::unsupported);
+    EXPECT_EQ(reasonOf({.bits = 24, .compression = 3, .pixels = Bytes(24)}), Reason::unsupported);
     EXPECT_EQ(reasonOf({.headerLength = 64, .bits = 16, .compression = 3}), Reason::unsupported) << "Huffman";
 }
 
@@ -399,7 +403,8 @@ TEST(BMPDecoder, aCalibratedColorSpaceBecomesTheProfile) {
                            .calibration = calibration(1.8)};
         const auto profile = decodeSound(bmpCodec, file.make()).frame().profile;
         ASSERT_TRUE(profile.has_value());
-        EXPECT_EQ(profile->model(), ColorModel::rgb);
+        for (const ToneCurve& curve : toneCurves(&*profile, ColorModel::rgb))
+            EXPECT_NEAR(curve.light(0.5f), std::pow(0.5, 1.8), 1e-3);
         EXPECT_EQ(samplesOf(file.make()), samples24);
     }
 }

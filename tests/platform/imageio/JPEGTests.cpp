@@ -125,6 +125,24 @@ TEST(JPEG, cutAnywhereItIsEitherRefusedOrDecodedToItsFullSize) {
     }
 }
 
+TEST(JPEG, aProgressivePictureThatItsFileCannotHoldIsRefused) {
+    Bytes jpeg = jpegOf(photo(16, 16));
+    jpeg[markerPosition(jpeg, 0xC0) + 1] = 0xC2; // progressive by its header
+    const std::size_t size = markerPosition(jpeg, 0xC2) + 5;
+    for (const std::size_t at : {size, size + 2})
+        jpeg[at] = 0x46, jpeg[at + 1] = 0x50; // 18000 pixels
+    EXPECT_EQ(openImage(readerOfBytes(jpeg)).failure().reason, Reason::tooLarge);
+}
+
+TEST(JPEG, anAbsurdResolutionIsWrittenAs72) {
+    for (const double dots : {1e-30, 1e30, std::nan("")})
+        EXPECT_EQ(opened(jpegOf(photo(8, 8), {.quality = 0.5, .resolution = {dots, 300}}))
+                      ->frames()
+                      .front()
+                      .resolution,
+                  (Resolution{72, 300}));
+}
+
 TEST(JPEG, aSideBeyondTheFormatIsRefused) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{65501, 1, ColorModel::gray}));
     EXPECT_EQ(encodeJPEG(*rows, {.quality = 0.5}).failure().reason, Reason::tooLarge);

@@ -210,7 +210,7 @@ TEST(PNGDecoder, theExifBlockIsOfferedFromBeforeAndFromBehindThePixels) {
     EXPECT_TRUE(decodeSound(pngCodec, PNGFile{}.make()).exif.empty());
 }
 
-TEST(PNGDecoder, exifGivesTheResolutionWherePixelsAMetreAreAbsent) {
+TEST(PNGDecoder, exifGivesTheResolutionBeforePixelsAMetre) {
     PNGFile file;
     file.before = addExif;
     EXPECT_EQ(decodeSound(pngCodec, file.make()).frame().resolution, (Resolution{300, 300}));
@@ -218,7 +218,7 @@ TEST(PNGDecoder, exifGivesTheResolutionWherePixelsAMetreAreAbsent) {
         addExif(png, info);
         png_set_pHYs(png, info, 5669, 5669, PNG_RESOLUTION_METER);
     };
-    EXPECT_EQ(decodeSound(pngCodec, file.make()).frame().resolution, (Resolution{144, 144}));
+    EXPECT_EQ(decodeSound(pngCodec, file.make()).frame().resolution, (Resolution{300, 300}));
 }
 
 TEST(PNGDecoder, theAdobeRGBMarkOfExifBecomesAProfileUnlessTheFileSaysOtherwise) {

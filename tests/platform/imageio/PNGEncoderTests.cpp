@@ -59,6 +59,23 @@ TEST(PNGEncoder, theProfileIsEmbedded) {
     }
 }
 
+TEST(PNGEncoder, aProfileOfAnOddLengthIsEmbeddedToo) {
+    const ByteView plain = ColorProfile::sRGB().bytes(); // version 4, where the format wants whole words
+    Bytes icc(plain.begin(), plain.end());
+    icc.resize(icc.size() + 2);
+    icc[3] = static_cast<std::uint8_t>(icc.size());
+    icc[2] = static_cast<std::uint8_t>(icc.size() >> 8);
+    const auto profile = ColorProfile::fromICC(icc, ColorModel::rgb);
+    ASSERT_TRUE(profile.has_value());
+    ASSERT_EQ(profile->bytes().size() % 4, 2U);
+    EncodingOptions options;
+    options.profile = &*profile;
+    const auto embedded =
+        decodeSound(pngCodec, encodeSound(encodePNG, makePhoto({2, 2}), options)).frame().profile;
+    ASSERT_TRUE(embedded.has_value());
+    EXPECT_EQ(embedded->bytes().size(), icc.size() + 2);
+}
+
 TEST(PNGEncoder, aFailureOfTheRowsIsHandedOn) {
     BreakingRows rows;
     const Result<Bytes> file = encodePNG(rows, {});

@@ -91,6 +91,16 @@ TEST(Render, keptPixelsAreDecodedOnceForAnyNumberOfResults) {
     EXPECT_EQ(Source::decodesStarted() - before, 1U);
 }
 
+TEST(Render, whatIsTooLargeToBeHeldIsNotKept) {
+    RowFormat format{40000, 20000, ColorModel::rgb, true, SampleDepth::bits16};
+    EXPECT_FALSE(format.canBeBuffered());
+    format.depth = SampleDepth::bits8;
+    format.hasAlpha = false;
+    EXPECT_FALSE(format.canBeBuffered());
+    format.height = 17000;
+    EXPECT_TRUE(format.canBeBuffered());
+}
+
 TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeAnythingIsDecoded) {
     const Picture picture{sourceOf(makePhoto(photoFormat(20, 30))), 0, {}};
     const std::uint64_t before = Source::decodesStarted();

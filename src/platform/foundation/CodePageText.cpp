@@ -1,0 +1,105 @@
+#include "platform/foundation/CodePageText.h"
+
+#include "platform/foundation/UnicodeLibrary.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace kestrine {
+
+namespace {
+
+struct CodePage {
+    NSStringEncoding encoding;
+    const char* converter; // ICU's name
+};
+
+constexpr CodePage codePages[] = {
+    {NSISO2022JPStringEncoding, "ISO_2022,locale=ja,version=0"},
+    {NSShiftJISStringEncoding, "ibm-943_P15A-2003"},
+    {NSJapaneseEUCStringEncoding, "euc-jp-2007"},
+    {NSMacOSRomanStringEncoding, "macos-0_2-10.2"},
+    {NSWindowsCP1251StringEncoding, "ibm-5347_P100-1998"},
+    {NSWindowsCP1252StringEncoding, "ibm-5348_P100-1997"},
+    {NSWindowsCP1253StringEncoding, "ibm-5349_P100-1998"},
+    {NSWindowsCP1254StringEncoding, "ibm-5350_P100-1998"},
+    {NSWindowsCP1250StringEncoding, "ibm-5346_P100-1998"},
+};
+
+struct ConverterCloser {
+    void operator()(UnicodeConverter* converter) const { unicodeConverterFunctions().close(converter); }
+};
+using ConverterHandle = std::unique_ptr<UnicodeConverter, ConverterCloser>;
+
+/// A converter that stops at the first byte it does not know; null when ICU or the table is missing.
+ConverterHandle openConverter(const char* name) {
+    const UnicodeConverterFunctions& library = unicodeConverterFunctions();
+    if (!library.open || !library.close || !library.setToUnicodeCallback || !library.toUnicode
+        || !library.stopAtMalformed)
+        return nullptr;
+    int errorCode = 0;
+    ConverterHandle converter(library.open(name, &errorCode));
+    if (errorCode > 0)
+        return nullptr;
+    UnicodeConverterFunctions::Callback* oldCallback = nullptr;
+    const void* oldContext = nullptr;
+    library.setToUnicodeCallback(converter.get(), library.stopAtMalformed, nullptr, &oldCallback, &oldContext,
+                                 &errorCode);
+    return errorCode > 0 ? nullptr : std::move(converter);
+}
+
+/// ICU's tables turn around three control characters of Shift JIS as mainframes do; a file means them as
+/// ASCII does.
+char16_t asciiControl(char16_t unit) {
+    switch (unit) {
+    case 0x1c:
+        return 0x1a;
+    case 0x7f:
+        return 0x1c;
+    case 0x1a:
+        return 0x7f;
+    default:
+        return unit;
+    }
+}
+
+/// ICU's tables fill bytes that have no character with C1 control characters; those of EUC-JP also have the
+/// cent, pound and not signs in places beyond the half-width katakana. None of the encodings has these.
+bool isFilling(char16_t unit, NSStringEncoding encoding) {
+    if (unit >= 0x80 && unit <= 0x9f)
+        return true;
+    return encoding == NSJapaneseEUCStringEncoding && (unit == u'¢' || unit == u'£' || unit == u'¬');
+}
+
+/// None of the encodings has a character that takes more code units than bytes.
+std::optional<std::u16string> converted(ByteView bytes, const char* converterName) {
+    const ConverterHandle converter = openConverter(converterName);
+    if (!converter || bytes.size() > std::numeric_limits<std::int32_t>::max())
+        return std::nullopt;
+    std::u16string text(bytes.size(), u'\0');
+    const auto size = static_cast<std::int32_t>(bytes.size());
+    int errorCode = 0;
+    const std::int32_t length = unicodeConverterFunctions().toUnicode(
+        converter.get(), text.data(), size, reinterpret_cast<const char*>(bytes.data()), size, &errorCode);
+    if (errorCode > 0)
+        return std::nullopt;
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
+} // namespace
+
+OptionalString textFromCodePage(ByteView bytes, NSStringEncoding encoding) {
+    const auto codePage = std::find_if(std::begin(codePages), std::end(codePages),
+                                       [=](const CodePage& page) { return page.encoding == encoding; });
+    if (codePage == std::end(codePages))
+        return std::nullopt;
+    std::optional<std::u16string> text = converted(bytes, codePage->converter);
+    if (!text || std::any_of(text->begin(), text->end(), [=](char16_t c) { return isFilling(c, encoding); }))
+        return std::nullopt;
+    if (encoding == NSShiftJISStringEncoding)
+        std::transform(text->begin(), text->end(), text->begin(), asciiControl);
+    return NSString(std::move(*text));
+}
+
+} // namespace kestrine

@@ -1,0 +1,54 @@
+// ICU, opened on demand: nothing of it is loaded before a text needs one of these functions. Each table is
+// opened once and stays open; its functions are null where ICU is missing.
+#pragma once
+
+#include <cstdint>
+
+namespace kestrine {
+
+// The functions are ICU's own as its C interface declares them. An error code above 0 is a failure; it is
+// an input too and must be 0 before a call. Lengths and capacities count UTF-16 code units.
+
+struct UnicodeCaseFunctions {
+    using MapText = std::int32_t(char16_t* into, std::int32_t capacity, const char16_t* text,
+                                 std::int32_t length, const char* locale, int* errorCode);
+
+    MapText* toUpper = nullptr;
+    MapText* toLower = nullptr;
+    std::int32_t (*fold)(std::int32_t codePoint, std::uint32_t options) = nullptr;
+};
+
+struct UnicodeConverter;
+
+struct UnicodeConverterFunctions {
+    using Callback = void(const void* context, void* arguments, const char* bytes, std::int32_t length,
+                          int reason, int* errorCode);
+
+    UnicodeConverter* (*open)(const char* name, int* errorCode) = nullptr;
+    void (*close)(UnicodeConverter*) = nullptr;
+    void (*setToUnicodeCallback)(UnicodeConverter*, Callback* callback, const void* context,
+                                 Callback** oldCallback, const void** oldContext, int* errorCode) = nullptr;
+    std::int32_t (*toUnicode)(UnicodeConverter*, char16_t* into, std::int32_t capacity, const char* bytes,
+                              std::int32_t byteCount, int* errorCode) = nullptr;
+    Callback* stopAtMalformed = nullptr;
+};
+
+struct UnicodeCollator;
+struct UnicodeNormalizer;
+
+struct UnicodeCollationFunctions {
+    UnicodeCollator* (*open)(const char* locale, int* errorCode) = nullptr;
+    void (*setAttribute)(UnicodeCollator*, int attribute, int value, int* errorCode) = nullptr;
+    int (*compare)(const UnicodeCollator*, const char16_t* text, std::int32_t length, const char16_t* other,
+                   std::int32_t otherLength) = nullptr;
+    /// The shared normalizer to compatibility decomposition (NFKD).
+    const UnicodeNormalizer* (*decomposer)(int* errorCode) = nullptr;
+    std::int32_t (*decompose)(const UnicodeNormalizer*, const char16_t* text, std::int32_t length,
+                              char16_t* into, std::int32_t capacity, int* errorCode) = nullptr;
+};
+
+const UnicodeCaseFunctions& unicodeCaseFunctions();
+const UnicodeConverterFunctions& unicodeConverterFunctions();
+const UnicodeCollationFunctions& unicodeCollationFunctions();
+
+} // namespace kestrine
