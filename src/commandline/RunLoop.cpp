@@ -27,9 +27,15 @@ void runJob(const OptionalString& path, const ResizeSets& sets) {
 } // namespace
 
 void listSets(const ResizeSets& sets, StandardOutput& output) {
+    constexpr std::size_t pieceSize = 64 * 1024;
     std::string text;
-    for (const auto& set : sets)
+    for (const auto& set : sets) {
         text += expandedFormatText(set->name().value_or(u"").utf8()) + "\n";
+        if (text.size() < pieceSize)
+            continue;
+        output.write(text);
+        text.clear();
+    }
     output.write(text);
 }
 

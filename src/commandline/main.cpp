@@ -32,10 +32,10 @@ void run(const std::vector<NSString>& arguments, const Environment& environment)
 
 int main(int count, char** values) {
     kestrine::prepareStandardStreams();
-    std::vector<kestrine::NSString> arguments;
-    for (int i = 0; i < count; ++i)
-        arguments.push_back(kestrine::NSString::fromUTF8(values[i]));
     try {
+        std::vector<kestrine::NSString> arguments;
+        for (int i = 0; i < count; ++i)
+            arguments.push_back(kestrine::NSString::fromUTF8(values[i]));
         kestrine::run(arguments, kestrine::Environment::ofProcess());
     } catch (const std::exception&) {
         return 0; // memory ran out before the first file

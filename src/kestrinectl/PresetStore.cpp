@@ -1,6 +1,9 @@
 #include "kestrinectl/PresetStore.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/Words.h"
+#include "platform/host/Folders.h"
+#include "platform/host/PathParts.h"
 
 #include <algorithm>
 #include <charconv>
@@ -27,6 +30,18 @@ std::optional<std::size_t> positionIn(const std::string& text) {
 
 } // namespace
 
+PresetStore PresetStore::loadForChange() {
+    const auto places = NSUserDefaults::standardUserDefaults().placesOfDomain(presetsDomain);
+    const std::string folder = places.empty() ? "" : folderOf(places.front().path);
+    const Result<void> made = makePrivateFolders(folder);
+    Result<FolderLock> lock = made ? FolderLock::take(folder) : made.failure();
+    if (!lock)
+        throw CommandError("the presets cannot be changed: " + lock.failure().text);
+    PresetStore store = load();
+    store.lock_ = std::move(*lock);
+    return store;
+}
+
 PresetStore PresetStore::load() {
     NSUserDefaults defaults = NSUserDefaults::standardUserDefaults();
     Result<PropertyList> domain = defaults.persistentDomainForName(presetsDomain);
@@ -50,14 +65,16 @@ PresetStore PresetStore::load() {
     return store;
 }
 
-std::string PresetStore::path() const {
-    if (const auto file = defaults_.fileOfDomain(presetsDomain))
+std::string PresetStore::path() {
+    const NSUserDefaults defaults = NSUserDefaults::standardUserDefaults();
+    if (const auto file = defaults.fileOfDomain(presetsDomain))
         return file->path;
-    const auto places = defaults_.placesOfDomain(presetsDomain);
+    const auto places = defaults.placesOfDomain(presetsDomain);
     return places.empty() ? "" : places.front().path;
 }
 
-std::size_t PresetStore::positionOf(const std::string& text) const {
+std::size_t PresetStore::positionOf(const std::string& word) const {
+    const std::string text = typedWord(word);
     const NSString name = NSString::fromUTF8(text);
     std::vector<std::size_t> found;
     for (std::size_t i = 0; i < sets_.size(); ++i)

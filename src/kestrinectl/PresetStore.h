@@ -3,6 +3,7 @@
 
 #include "models/StoredPresets.h"
 #include "platform/foundation/NSUserDefaults.h"
+#include "platform/host/FolderLock.h"
 
 #include <set>
 
@@ -14,11 +15,14 @@ public:
     /// Reads the presets of the user. Throws CommandError when there are some that cannot be read: they must
     /// not be overwritten by mistake.
     static PresetStore load();
+    /// The same, and no other process that does so gets its presets before this object is gone: a change is
+    /// lost to none.
+    static PresetStore loadForChange();
 
     const ResizeSets& sets() const { return sets_; }
     const std::set<std::size_t>& selection() const { return selection_; }
     /// The file that was read, or that will be made.
-    std::string path() const;
+    static std::string path();
 
     /// The position of the set that `text` names: a name, or "@3" for the third. Throws CommandError when
     /// there is none, or when several have the name.
@@ -41,6 +45,7 @@ private:
 
     NSUserDefaults defaults_;
     PropertyList domain_;
+    std::optional<FolderLock> lock_;
     ResizeSets sets_;
     std::set<std::size_t> selection_;
 };

@@ -103,8 +103,11 @@ Object textFromJSON(const json& value) {
 
 Object floatFromJSON(const json& value) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
-    if (value.is_number())
-        return std::make_shared<NSNumber>(value.get<float>());
+    if (value.is_number()) {
+        const auto number = value.get<double>();
+        const bool fits = std::abs(number) <= static_cast<double>(std::numeric_limits<float>::max());
+        return fits ? std::make_shared<NSNumber>(static_cast<float>(number)) : nullptr;
+    }
     if (value == "nan")
         return std::make_shared<NSNumber>(std::numeric_limits<float>::quiet_NaN());
     if (value == "inf" || value == "-inf")
@@ -114,7 +117,9 @@ Object floatFromJSON(const json& value) {
 
 template <class T>
 Object wholeFromJSON(const json& value) {
-    if (!value.is_number_integer())
+    const bool isHuge =
+        value.is_number_unsigned() && value.get<std::uint64_t>() > std::numeric_limits<std::int32_t>::max();
+    if (!value.is_number_integer() || isHuge)
         return nullptr;
     const auto number = value.get<std::int64_t>();
     if (number < std::numeric_limits<T>::min() || number > std::numeric_limits<T>::max())

@@ -5,6 +5,7 @@
 #include "kestrinectl/SetDescription.h"
 #include "kestrinectl/SetJSON.h"
 #include "kestrinectl/SetOptions.h"
+#include "kestrinectl/Words.h"
 
 #include <fstream>
 #include <iostream>
@@ -74,7 +75,7 @@ void addAdd(CLI::App& sets) {
     command->add_option("NAME", options->name, "The new set's name")->required();
     options->addTo(*command);
     command->callback([options] {
-        PresetStore store = PresetStore::load();
+        PresetStore store = PresetStore::loadForChange();
         const auto set = std::make_shared<ResizeSet>();
         options->applyTo(*set);
         store.append(set);
@@ -90,7 +91,7 @@ void addEdit(CLI::App& sets) {
     command->add_option("--name", options->name, "Its new name");
     options->addTo(*command);
     command->callback([options, name] {
-        PresetStore store = PresetStore::load();
+        PresetStore store = PresetStore::loadForChange();
         const std::size_t position = store.positionOf(*name);
         const auto set = std::make_shared<ResizeSet>(*store.sets()[position]);
         options->applyTo(*set);
@@ -104,7 +105,7 @@ void addRemove(CLI::App& sets) {
     auto names = std::make_shared<std::vector<std::string>>();
     command->add_option("NAME", *names, "A set's name, or its position such as @2")->required();
     command->callback([names] {
-        PresetStore store = PresetStore::load();
+        PresetStore store = PresetStore::loadForChange();
         store.remove(positionsOf(store, *names));
         store.save();
     });
@@ -122,7 +123,7 @@ void addSelect(CLI::App& sets) {
     command->callback([names, all, none] {
         if (names->empty() && !*all && !*none)
             throw CLI::RequiredError("NAME, --all or --none");
-        PresetStore store = PresetStore::load();
+        PresetStore store = PresetStore::loadForChange();
         store.select(*all ? allPositions(store) : positionsOf(store, *names));
         store.save();
     });
@@ -144,7 +145,13 @@ void addExport(CLI::App& sets) {
 
 /// The sets of an export, or of a bare list of sets.
 std::vector<std::shared_ptr<const ResizeSet>> setsIn(const std::string& text, const std::string& path) {
-    const json document = json::parse(text, nullptr, false);
+    constexpr int deepest = 8; // an export has four levels
+    const auto checkDepth = [&path](int depth, json::parse_event_t, json&) {
+        if (depth > deepest)
+            throw CommandError(path + " is no JSON export of sets: it is nested too deeply");
+        return true;
+    };
+    const json document = json::parse(text, checkDepth, false);
     const bool isExport = document.is_object() && document.contains("sets");
     const json& list = isExport ? document["sets"] : document;
     if (!list.is_array())
@@ -162,8 +169,9 @@ void addImport(CLI::App& sets) {
     command->add_option("FILE", *path, "The export; - for standard input")->required();
     command->add_flag("--replace", *replaces, "Let a set take the place of one that has its name");
     command->callback([path, replaces] {
-        PresetStore store = PresetStore::load();
-        for (const auto& set : setsIn(contentOf(*path), *path)) {
+        PresetStore store = PresetStore::loadForChange();
+        const std::string typed = typedWord(*path);
+        for (const auto& set : setsIn(contentOf(typed), typed)) {
             const auto same = std::ranges::find_if(
                 store.sets(), [&](const auto& other) { return other->name() == set->name(); });
             if (*replaces && same != store.sets().end())
@@ -177,7 +185,7 @@ void addImport(CLI::App& sets) {
 
 void addWhere(CLI::App& sets) {
     CLI::App* command = sets.add_subcommand("where", "Print the path of the preferences file");
-    command->callback([] { std::cout << PresetStore::load().path() << "\n"; });
+    command->callback([] { std::cout << PresetStore::path() << "\n"; });
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 import os
 import plistlib
 import random
+import struct
 import subprocess
 
 from PIL import Image
@@ -31,6 +32,10 @@ class Listing(ToolTest):
                 for form in (plistlib.FMT_BINARY, plistlib.FMT_XML):
                     self.store({"name": f"V{version}", "height": 33.3}, version=version, order=order, form=form)
                     self.assertEqual(self.kestrine("-l"), f"V{version}\n".encode())
+
+    def test_a_name_ends_at_its_first_zero_byte(self):
+        self.store({"name": b"ab\0cd"})
+        self.assertEqual(self.kestrine("-l"), b"ab\n")
 
     def test_names_with_any_bytes_are_listed_as_they_are(self):
         self.store({"name": b"a\xff\xfeb\x80"})
@@ -94,6 +99,22 @@ class BrokenPreferences(ToolTest):
         body += bytes(6) + b"\x02\x01" + len(objects).to_bytes(8, "big") + bytes(8) + table.to_bytes(8, "big")
         self.write_preferences(body)
         limit = "ulimit -v 600000; exec \"$0\" -l"
+        done = subprocess.run(["sh", "-c", limit, BIN / "kestrine"], env=self.environment, capture_output=True, timeout=20)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
+
+    def test_archives_that_repeat_large_objects_take_little_memory(self):
+        # A selection of many index sets that share one block of packed ranges; sets that share one long name.
+        stream = Typedstream()
+        block = bytes(range(1, 100)) * 4000
+        shared = stream.shared("@") + b"\x84" + stream.class_("NSData", 0, "NSObject", 0) + stream.shared("i")
+        shared += stream.integer(len(block)) + stream.shared(f"[{len(block)}c]") + block + b"\x86"
+        head = stream.shared("@") + b"\x84" + stream.class_("NSArray", 0, "NSObject", 0) + stream.shared("i") + stream.integer(2001)
+        # Numbers of shared objects: 0 the array, 1 and 2 its classes, 3 the data.
+        sets = (stream.shared("@") + b"\x84" + stream.class_("NSIndexSet", 0, "NSObject", 0) + stream.shared("I")
+                + stream.integer(len(block) // 2) + stream.shared("@") + struct.pack("b", 3 - 110) + b"\x86") * 2000
+        values = {"selectionIndexes": stream.bytes + head + shared + sets + b"\x86", "resizeSets": b""}
+        self.write_preferences(plistlib.dumps(values, fmt=plistlib.FMT_BINARY))
+        limit = "ulimit -v 400000; exec \"$0\" a.jpg"
         done = subprocess.run(["sh", "-c", limit, BIN / "kestrine"], env=self.environment, capture_output=True, timeout=20)
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
 

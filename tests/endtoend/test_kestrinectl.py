@@ -1,6 +1,9 @@
 """The companion: presets are made, shown, changed; everything else in the preferences stays."""
 import json
+import os
 import plistlib
+import subprocess
+import unittest
 
 import pictures
 from tools import BIN, ToolTest, main
@@ -92,7 +95,10 @@ class Sets(ToolTest):
         before = self.preferences.read_bytes()
         for content, phrase in (("{", "no JSON"), ("[1]", "set 1"), ('[{"colour": 1}]', "colour"),
                                 ('[{"name": "B"}, {"width": "x"}]', "set 2"), ('[{"highQuality": 300}]', "highQuality"),
-                                ('[{"formatType": "bmp"}]', "formatType"), ('[{"width": null}]', "width")):
+                                ('[{"formatType": "bmp"}]', "formatType"), ('[{"width": 1e39}]', "width"),
+                                ('[{"resizeType": 18446744073709551615}]', "resizeType"),
+                                ('[{"resizeType": 4294967296}]', "resizeType"),
+                                ('[{"name": ' + "[" * 300000 + "]" * 300000 + "}]", "deep"), ('[{"width": null}]', "width")):
             (self.folder / "x.json").write_text(content)
             self.assertIn(phrase, self.control("import", "x.json", status=1))
         self.assertIn("cannot read", self.control("import", "none.json", status=1))
@@ -128,9 +134,42 @@ class Sets(ToolTest):
         self.assertEqual((system / "quov.Kestrine.plist").read_bytes(), before)
         self.assertEqual(self.kestrine("-l"), b"System\nMine\n")
 
+    def test_names_in_brackets_are_names(self):
+        for name in ("a", "b", "[a,b]", "[]", "[x]"):
+            self.control("add", name)
+        self.control("remove", "[a,b]", "[]")
+        self.control("edit", "[x]", "--name", "[y]")
+        self.assertEqual([s["name"] for s in self.exported()], ["a", "b", "[y]"])
+        self.control("select", "[y]")
+        self.assertIn("* @3  [y]", self.control("list"))
+
+    def test_changes_made_at_the_same_time_are_all_kept(self):
+        processes = [subprocess.Popen([BIN / "kestrinectl", "sets", "add", f"s{n}"], env=self.environment)
+                     for n in range(12)]
+        self.assertEqual([process.wait() for process in processes], [0] * 12)
+        self.assertEqual(sorted(s["name"] for s in self.exported()), sorted(f"s{n}" for n in range(12)))
+        self.assertEqual(sorted(path.name for path in self.preferences.parent.iterdir()), [self.preferences.name])
+
+    def test_of_a_switch_and_its_opposite_the_last_counts(self):
+        self.control("add", "A", "--no-exif", "--exif", "--high-quality", "--no-high-quality")
+        self.assertEqual((self.exported("A")[0]["attachExifData"], self.exported("A")[0]["highQuality"]), (True, False))
+
+    def test_where_names_the_file_even_when_it_is_broken(self):
+        self.assertEqual(self.control("where"), str(self.preferences) + "\n")
+        self.write_preferences(b"broken")
+        self.assertEqual(self.control("where"), str(self.preferences) + "\n")
+
+    @unittest.skipIf(os.getuid() == 0, "root may look into every folder")
+    def test_a_folder_that_may_not_be_searched_is_no_empty_list(self):
+        self.store({"name": "A"})
+        self.preferences.parent.chmod(0)
+        self.addCleanup(self.preferences.parent.chmod, 0o700)
+        self.assertIn("cannot be read", self.control("list", status=1))
+
     def test_wrong_arguments_end_with_2_and_one_line(self):
         for arguments in ((), ("add",), ("nonsense",), ("add", "A", "--format", "bmp"), ("add", "A", "--quality", "101"),
-                          ("add", "A", "--width", "5", "--percent", "5"), ("select",), ("add", "A", "--width", "wide")):
+                          ("add", "A", "--width", "5", "--percent", "5"), ("select",),
+                          ("add", "A", "--width", "nan"), ("add", "A", "--quality", "nan"), ("add", "A", "--percent", "inf"), ("add", "A", "--width", "wide")):
             self.control(*arguments, status=2)
         self.assertEqual(self.kestrinectl().returncode, 2)
 

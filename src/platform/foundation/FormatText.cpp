@@ -233,6 +233,7 @@ std::optional<std::string> shown(Conversion conversion) {
 } // namespace
 
 std::string expandedFormatText(std::string_view bytes) {
+    bytes = bytes.substr(0, bytes.find('\0'));
     std::string text;
     for (std::size_t i = 0; i < bytes.size();) {
         const std::size_t percent = std::min(bytes.find('%', i), bytes.size());

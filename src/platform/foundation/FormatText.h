@@ -13,6 +13,7 @@ namespace kestrine {
 ///     "(null)", "%p" gives "(nil)"; "%c", "%n" and "%m" give no character; "*" counts as 0;
 ///   - an unknown conversion letter leaves the text as written;
 ///   - a conversion that the text ends in is dropped;
+///   - the text ends at its first zero byte;
 ///   - every other byte passes unchanged.
 /// Width and precision are held at 4096, and no longer apply once the text has grown by a mebibyte.
 std::string expandedFormatText(std::string_view bytes);

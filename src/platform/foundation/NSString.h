@@ -12,7 +12,8 @@
 
 namespace kestrine {
 
-/// A stretch of text or of a list: `location` is the index of the first element, in UTF-16 code units for text.
+/// A stretch of text or of a list: `location` is the index of the first element, in UTF-16 code units for
+/// text.
 struct NSRange {
     std::size_t location = 0;
     std::size_t length = 0;
@@ -46,8 +47,10 @@ public:
     bool isEmpty() const { return utf16().empty(); }
     char16_t operator[](std::size_t index) const { return utf16()[index]; }
 
-    bool operator==(const NSString& other) const { return utf16() == other.utf16(); }
-    std::strong_ordering operator<=>(const NSString& other) const { return utf16().compare(other.utf16()) <=> 0; }
+    bool operator==(const NSString& other) const { return isSame(other) || utf16() == other.utf16(); }
+    std::strong_ordering operator<=>(const NSString& other) const {
+        return isSame(other) ? std::strong_ordering::equal : utf16().compare(other.utf16()) <=> 0;
+    }
     /// Whether both are the same object, not merely equal.
     bool isSame(const NSString& other) const { return storage_ == other.storage_; }
 

@@ -25,7 +25,7 @@ std::vector<DomainFile> NSUserDefaults::placesOfDomain(const NSString& name) con
 
 std::optional<DomainFile> NSUserDefaults::fileOfDomain(const NSString& name) const {
     for (const DomainFile& place : placesOfDomain(name))
-        if (itemExists(place.path))
+        if (!isAbsent(place.path))
             return place;
     return std::nullopt;
 }

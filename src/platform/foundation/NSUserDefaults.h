@@ -38,7 +38,7 @@ public:
     /// The places of the domain, the most important first.
     std::vector<DomainFile> placesOfDomain(const NSString& name) const;
 
-    /// The first place that a file exists at; nothing when there is none.
+    /// The first place that a file exists at, or where the system would not tell; nothing when there is none.
     std::optional<DomainFile> fileOfDomain(const NSString& name) const;
 
 private:

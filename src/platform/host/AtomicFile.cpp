@@ -32,10 +32,13 @@ struct Naming {
 /// Offers the candidates' names to `giveName` until one is not taken.
 Naming takeFirstFree(const CandidatePaths& candidates,
                      const std::function<int(const std::string& name)>& giveName) {
+    constexpr int mostRepetitions = 3; // a name may have been given back meanwhile
     Naming naming;
+    int repetitions = 0;
     for (unsigned attempt = 0;; ++attempt) {
         std::string path = candidates(attempt);
-        if (attempt > 0 && path == naming.path)
+        repetitions = attempt > 0 && path == naming.path ? repetitions + 1 : 0;
+        if (repetitions == mostRepetitions)
             return {EEXIST, std::move(path)};
         naming.path = std::move(path);
         naming.error = checkPath(naming.path) ? giveName(nameOf(naming.path)) : ENOENT;

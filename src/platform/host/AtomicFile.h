@@ -13,7 +13,7 @@
 namespace kestrine {
 
 /// The path to try as attempt 0, 1, 2, ... All of them lie in the folder of the first. A generator that
-/// says the same path twice running has no further one.
+/// says the same path four times running has no further one.
 using CandidatePaths = std::function<std::string(unsigned attempt)>;
 
 /// How a finished file may get its name, best first; tests switch mechanisms off to reach the later ones.

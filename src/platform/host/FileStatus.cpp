@@ -2,6 +2,7 @@
 
 #include "platform/host/PathParts.h"
 
+#include <cerrno>
 #include <sys/stat.h>
 
 namespace kestrine {
@@ -9,6 +10,11 @@ namespace kestrine {
 bool itemExists(const std::string& path) {
     struct stat status {};
     return checkPath(path) && ::stat(path.c_str(), &status) == 0;
+}
+
+bool isAbsent(const std::string& path) {
+    struct stat status {};
+    return !checkPath(path) || (::stat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR));
 }
 
 bool isTaken(const std::string& path) {

@@ -1,4 +1,4 @@
-// The two ways to ask whether a path is in use.
+// The ways to ask whether a path is in use.
 #pragma once
 
 #include <string>
@@ -7,6 +7,9 @@ namespace kestrine {
 
 /// Whether something is there, following symbolic links: a dangling link is nothing.
 bool itemExists(const std::string& path);
+
+/// Whether it is certain that nothing is there; not when the system would not tell, for lack of rights say.
+bool isAbsent(const std::string& path);
 
 /// Whether the name is in use: by anything that exists, and by a dangling link too. A name that cannot be
 /// asked for (no rights, too long) counts as free, so that a search for a free name ends.

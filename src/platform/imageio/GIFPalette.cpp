@@ -50,12 +50,14 @@ GIFPalette paletteOfTable(ByteView table, const GIFHistogram& histogram, bool ne
     GIFPalette palette;
     for (std::size_t i = 0; i < table.size(); i += 3)
         palette.colors.push_back({table[i], table[i + 1], table[i + 2]});
-    if (needsTransparency && palette.colors.size() < maximumColors)
+    if (!needsTransparency)
+        return palette;
+    if (palette.colors.size() == maximumColors) {
+        palette.transparent = leastUsed(palette.colors, histogram);
+    } else {
+        palette.transparent = static_cast<std::uint8_t>(palette.colors.size());
         palette.colors.push_back({});
-    if (needsTransparency)
-        palette.transparent = palette.colors.size() < maximumColors
-                                  ? static_cast<std::uint8_t>(palette.colors.size() - 1)
-                                  : leastUsed(palette.colors, histogram);
+    }
     return palette;
 }
 

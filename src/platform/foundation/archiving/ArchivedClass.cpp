@@ -93,6 +93,9 @@ Object decodeDictionary(NSUnarchiver& coder) {
             coder.fail(Reason::malformed, "an archived dictionary has a nil key");
             break;
         }
+        if (!coder.spendWork(key->length())) {
+            break;
+        }
         entries.insert_or_assign(*key, std::move(value));
     }
     return std::make_shared<const NSDictionary>(std::move(entries));

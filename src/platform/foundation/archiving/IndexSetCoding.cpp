@@ -18,11 +18,14 @@ struct Parts {
     std::optional<Bytes> block;
 };
 
-void takeBlock(Parts& parts, Bytes block, NSUnarchiver& coder) {
+void takeBlock(Parts& parts, ByteView block, NSUnarchiver& coder) {
     if (parts.block) {
         coder.fail(Reason::malformed, "an archived index set has two blocks of bytes");
     }
-    parts.block = std::move(block);
+    // Two bytes can become a range of sixteen.
+    if (coder.spendWork(16 * block.size())) {
+        parts.block = Bytes(block.begin(), block.end());
+    }
 }
 
 void takeInteger(Parts& parts, NSUnarchiver& coder) {
@@ -38,8 +41,7 @@ Parts takeParts(NSUnarchiver& coder) {
     Parts parts;
     while (const char code = coder.nextTypeCode()) {
         if (code == '+' || code == '[') {
-            const ByteView bytes = coder.decodeBytes();
-            takeBlock(parts, Bytes(bytes.begin(), bytes.end()), coder);
+            takeBlock(parts, coder.decodeBytes(), coder);
         } else if (code == '@') {
             const Object object = coder.decodeObject();
             if (const auto* data = dynamic_cast<const NSData*>(object.get())) {

@@ -2,6 +2,8 @@
 // so nothing recurses, and what does not exist yet is an object that holds itself.
 #include "platform/foundation/archiving/NSUnarchiver.h"
 
+#include "platform/foundation/archiving/TypedStreamFormat.h"
+
 #include "platform/foundation/archiving/TypedStreamReader.h"
 
 namespace kestrine {
@@ -142,6 +144,15 @@ std::size_t NSUnarchiver::versionForClassName(std::string_view name) const {
         }
     }
     return NSNotFound;
+}
+
+bool NSUnarchiver::spendWork(std::size_t bytes) {
+    if (failed() || bytes > typedstream::workLimit - work_) {
+        fail(Reason::tooLarge, "the archive repeats large objects too often");
+        return false;
+    }
+    work_ += bytes;
+    return true;
 }
 
 void NSUnarchiver::fail(Reason reason, const char* text) {

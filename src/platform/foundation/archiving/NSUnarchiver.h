@@ -43,6 +43,10 @@ public:
     /// the first of them.
     std::size_t versionForClassName(std::string_view name) const;
 
+    /// To be called before a class unfolds or compares `bytes` bytes of an object that may be shared: beyond
+    /// the limit (workLimit) the whole archive fails, and false is answered.
+    bool spendWork(std::size_t bytes);
+
     /// Makes the whole archive fail. The first failure stays.
     void fail(Reason reason, const char* text);
     bool failed() const { return failure_.has_value(); }
@@ -63,6 +67,7 @@ private:
     std::vector<Object> built_;
     const TypedObject* current_ = nullptr;
     std::size_t taken_ = 0;
+    std::size_t work_ = 0;
     std::optional<Failure> failure_;
 };
 

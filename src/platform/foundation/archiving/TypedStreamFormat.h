@@ -37,5 +37,8 @@ inline constexpr std::int64_t firstReference = -110;
 inline constexpr std::size_t depthLimit = 200;
 /// Values in one archive, those that take no byte included.
 inline constexpr std::size_t valueLimit = std::size_t{1} << 20;
+/// Bytes that objects may be unfolded into or compared by, all in all. A shared object is met again and
+/// again, so the archive's length is no bound for that.
+inline constexpr std::size_t workLimit = std::size_t{1} << 26;
 
 } // namespace kestrine::typedstream

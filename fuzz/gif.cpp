@@ -1,0 +1,42 @@
+// Takes any bytes through the GIF decoder, all that an engine would ask of it. An opaque picture that comes
+// out has at most 256 colours, so written as a GIF again it must come back unchanged.
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/imageio/Codecs.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+using namespace kestrine;
+
+/// A side of a GIF fits 16 bits.
+bool isSmall(const RowFormat& format) {
+    return !format.hasAlpha && format.width < 65536 && format.height < 65536;
+}
+
+void tryAgain(const PixelBuffer& picture) {
+    auto file = encodeGIF(*rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {});
+    auto decoder = gifCodec.open(readerOfBytes(std::move(*file)));
+    auto rows = (*decoder)->rows(0, 8);
+    if (readAllRows(**rows)->bytes != picture.bytes)
+        std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (!gifCodec.recognises(ByteView(data, std::min<std::size_t>(size, 64))))
+        return 0;
+    auto decoder = gifCodec.open(readerOfBytes(Bytes(data, data + size)));
+    if (!decoder)
+        return 0;
+    constexpr std::uint64_t affordablePixels = 1 << 16;
+    if ((*decoder)->frames()[0].format.pixels() > affordablePixels)
+        return 0;
+    if (auto rows = (*decoder)->rows(0, 8))
+        if (auto picture = readAllRows(**rows); picture && isSmall(picture->format))
+            tryAgain(*picture);
+    (void)(*decoder)->colorTable();
+    return 0;
+}

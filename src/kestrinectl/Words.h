@@ -1,0 +1,17 @@
+// Words: the arguments on their way through the option parser, which takes "[a,b]" for a list of two where it
+// expects several words. A word that begins with a bracket gets a mark in front before parsing, and loses it
+// when it is used.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kestrine {
+
+/// The arguments behind the program's name, marked, last one first as the parser wants them.
+std::vector<std::string> markedWords(int count, char** values);
+
+/// What was typed.
+std::string typedWord(const std::string& marked);
+
+} // namespace kestrine
