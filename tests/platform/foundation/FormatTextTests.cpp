@@ -19,11 +19,17 @@ void expectShown(const std::vector<FormatCase>& cases) {
 
 TEST(FormatText, everyByteButThePercentSignPassesUnchanged) {
     std::string all;
-    for (int byte = 0; byte < 256; byte++)
+    for (int byte = 1; byte < 256; byte++)
         if (byte != '%')
             all += static_cast<char>(byte);
     EXPECT_EQ(expandedFormatText(all), all);
     EXPECT_EQ(expandedFormatText(""), "");
+}
+
+TEST(FormatText, theTextEndsAtItsFirstZeroByte) {
+    using namespace std::string_view_literals;
+    EXPECT_EQ(expandedFormatText("ab\0cd"sv), "ab");
+    EXPECT_EQ(expandedFormatText("a%\0d"sv), "a");
 }
 
 TEST(FormatText, twoPercentSignsAreOneWhateverStandsBetween) {
