@@ -2,7 +2,9 @@
 // Exit status: 0 all well, 1 something failed, 2 the arguments are wrong.
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/ExifCommand.h"
 #include "kestrinectl/SetsCommand.h"
+#include "kestrinectl/Words.h"
 #include "platform/host/StandardStreams.h"
 
 #include <iostream>
@@ -17,8 +19,9 @@ int run(int count, char** values) {
                      "kestrinectl");
     program.require_subcommand(1);
     kestrine::addSetsCommand(program);
+    kestrine::addExifCommand(program);
     try {
-        program.parse(count, values);
+        program.parse(kestrine::markedWords(count, values));
     } catch (const CLI::Success& help) {
         return program.exit(help);
     } catch (const CLI::ParseError& error) {

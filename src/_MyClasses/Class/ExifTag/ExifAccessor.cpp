@@ -1,13 +1,27 @@
 #include "_MyClasses/Class/ExifTag/ExifAccessor.h"
+#include "_MyClasses/Class/ExifTag/ByteOrder.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
+#include "_MyClasses/Class/ExifTag/NumberText.h"
+#include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileHandle.h"
+
+#include <cmath>
 
 namespace kestrine {
 
 namespace {
 
-constexpr std::uint16_t orientationTag = 0x0112;
+constexpr std::uint16_t isoSpeedRatingsTag = 0x8827;
+constexpr std::uint16_t digitalZoomRatioTag = 0xa404;
+
+constexpr double squareRootOf2 = 1.4142135623730951;
+/// The ISO speed at which the APEX speed value is 0.
+constexpr double isoOfSpeedValue0 = 3.125;
+/// A larger number in a zoom ratio is a camera's way to say that there is none.
+constexpr std::int32_t largestZoomNumber = 10000;
+
+constexpr const char16_t* notAvailable = u"N/A";
 
 /// Lends a handle to a reader while it parses, and closes it whatever happens.
 class OpenHandle {
@@ -27,6 +41,79 @@ private:
     NSFileHandle& handle_;
 };
 
+const TagValue* valueIn(const IFDDictionaryPointer& directory, std::uint16_t tag) {
+    if (!directory)
+        return nullptr;
+    const auto value = directory->find(keyForTag(tag));
+    return value == directory->end() ? nullptr : &value->second;
+}
+
+// Rules of the value accessors.
+
+/// The list of a value that has numbers; null for an absent value and an empty list.
+const NumberList* numbersOf(const TagValue* value) {
+    const NumberList* list = numberListOf(value);
+    return list && !list->empty() ? list : nullptr;
+}
+
+StoredValue raw(ExifTagReader&, const TagValue* value) { return value; }
+
+OptionalNumber first(ExifTagReader&, const TagValue* value) {
+    const NumberList* list = numbersOf(value);
+    return list ? OptionalNumber(list->front()) : std::nullopt;
+}
+
+OptionalNumber rational(ExifTagReader&, const TagValue* value) {
+    return ExifTagReader::rationalNumber(numbersOf(value));
+}
+
+/// `base` to the power of the rational.
+OptionalNumber apexPower(double base, const TagValue* value) {
+    const NumberList* list = numbersOf(value);
+    if (!list)
+        return std::nullopt;
+    return NSNumber(std::pow(base, double{ExifTagReader::rationalValue(list)}));
+}
+
+OptionalNumber apexAperture(ExifTagReader&, const TagValue* value) { return apexPower(squareRootOf2, value); }
+
+OptionalNumber apexShutterSpeed(ExifTagReader&, const TagValue* value) { return apexPower(2.0, value); }
+
+/// The brightness value plus the speed value of the ISO speed, which counts as 0 when it is absent.
+OptionalNumber apexBrightness(ExifTagReader& reader, const TagValue* value) {
+    const NumberList* list = numbersOf(value);
+    if (!list)
+        return std::nullopt;
+    const double brightness = ExifTagReader::rationalValue(list);
+    const NumberList* speeds = numberListOf(valueIn(reader.subIFDDict(), isoSpeedRatingsTag));
+    const float iso = speeds ? elementOf(*speeds, 0).floatValue() : 0.0f;
+    return NSNumber(static_cast<float>(brightness + std::log2(double{iso} / isoOfSpeedValue0)));
+}
+
+// What the formatted display accessors show of a number.
+
+NSString asIs(const NSNumber& number, const NSString& format) {
+    return formattedNumber(format, double{number.floatValue()});
+}
+
+NSString reciprocal(const NSNumber& number, const NSString& format) {
+    return formattedNumber(format, 1.0 / double{number.floatValue()});
+}
+
+/// An integer part of zero has no sign, which adding zero takes away.
+NSString integerPart(const NSNumber& number, const NSString& format) {
+    return formattedNumber(format, std::trunc(double{number.floatValue()}) + 0.0);
+}
+
+NSString integerUnlessZero(const NSNumber& number, const NSString& format) {
+    const std::int32_t integer = number.intValue();
+    return integer == 0 ? notAvailable : formattedNumber(format, integer);
+}
+
+NSString decimalText(const NSNumber& number, const NSString&) {
+    return NSString::fromUTF8(number.stringValue());
+}
+
 } // namespace
 
 const NumberList* numberListOf(const TagValue* value) {
@@ -37,11 +124,10 @@ const NumberList* numberListOf(const TagValue* value) {
     throw NSException(NSInvalidArgumentException, "the tag's value is not a list of numbers");
 }
 
-std::optional<NSNumber> firstNumberOf(const TagValue* value) {
-    const NumberList* list = numberListOf(value);
-    if (!list || list->empty())
-        return std::nullopt;
-    return list->front();
+const NSNumber& elementOf(const NumberList& list, std::size_t index) {
+    if (index < list.size())
+        return list[index];
+    throw NSException(NSRangeException, "the list of numbers has no element " + std::to_string(index));
 }
 
 TagDictionaryPointer ExifTagReader::tagDictionary() {
@@ -60,9 +146,53 @@ IFDDictionaryPointer ExifTagReader::IFD0Dict() { return getSubDict(tagDictionary
 IFDDictionaryPointer ExifTagReader::IFD1Dict() { return getSubDict(tagDictionary().get(), IFD1Name); }
 IFDDictionaryPointer ExifTagReader::subIFDDict() { return getSubDict(tagDictionary().get(), exifSubIFDName); }
 
-std::optional<NSNumber> ExifTagReader::imageDirectionNumber() {
-    const TagDictionaryPointer tags = tagDictionary();
-    return firstNumberOf(getTagData(tags.get(), IFD0Name, orientationTag));
+float ExifTagReader::rationalValue(const NumberList* list) {
+    return list ? elementOf(*list, 0).floatValue() / elementOf(*list, 1).floatValue() : 0.0f;
+}
+
+OptionalNumber ExifTagReader::rationalNumber(const NumberList* list) {
+    return list ? OptionalNumber(NSNumber(rationalValue(list))) : std::nullopt;
+}
+
+OptionalString ExifTagReader::rationalValue(const NumberList* list, const NSString& format) {
+    return list ? OptionalString(formattedNumber(format, double{rationalValue(list)})) : std::nullopt;
+}
+
+NSString ExifTagReader::localizedText(const NSString& key) const {
+    NSBundle& bundle = bundle_ ? *bundle_ : NSBundle::mainBundle();
+    return bundle.localizedString(key, u"", u"ExifTag");
+}
+
+NSString ExifTagReader::stringValueForKey(const NSString& key, const OptionalNumber& value) const {
+    return localizedText(key + NSString::fromUTF8(std::to_string(value ? value->intValue() : 0)));
+}
+
+#define VALUE(name, directory, tag, rule, Kind)                                                              \
+    Kind ExifTagReader::name() { return rule(*this, valueIn(directory##Dict(), tag)); }
+#define FORMATTED(name, valueAccessor, format, valueFormatted)                                               \
+    NSString ExifTagReader::name() {                                                                         \
+        const OptionalNumber number = valueAccessor();                                                       \
+        return number ? valueFormatted(*number, u"" format) : notAvailable;                                  \
+    }
+#define LOCALIZED(name, valueAccessor, key)                                                                  \
+    NSString ExifTagReader::name() {                                                                         \
+        const OptionalNumber number = valueAccessor();                                                       \
+        return number ? stringValueForKey(u"" key, number) : notAvailable;                                   \
+    }
+#include "_MyClasses/Class/ExifTag/ExifAccessorTable.h"
+
+/// `digitalZoomRatio`: the ratio as two numbers, not reduced; a text of its own when no zoom was used.
+NSString ExifTagReader::digitalZoomRatio() {
+    const NumberList* list = numberListOf(valueIn(subIFDDict(), digitalZoomRatioTag));
+    if (!list)
+        return notAvailable;
+    const NSNumber& zoomed = elementOf(*list, 0);
+    const NSNumber& whole = elementOf(*list, 1);
+    if (zoomed.intValue() > largestZoomNumber || whole.intValue() > largestZoomNumber)
+        return notAvailable;
+    if (zoomed.intValue() == 0 || zoomed.doubleValue() == whole.doubleValue())
+        return localizedText(u"Unused");
+    return NSString::fromUTF8(zoomed.stringValue() + "/" + whole.stringValue());
 }
 
 } // namespace kestrine

@@ -1,0 +1,71 @@
+// From the date a picture was taken to the file's creation date.
+#include "_MyClasses/Category/StringUtility.h"
+#include "_MyClasses/Class/ExifTag/ExifTagReader.h"
+#include "_MyClasses/Class/ExifTag/FileCreationDate.h"
+#include "_MyClasses/Class/ExifTag/LocalTime.h"
+#include "platform/foundation/NSException.h"
+
+namespace kestrine {
+
+namespace {
+
+/// What is added when the camera does not tell its zone. That this is subtracted, while a zone that is told
+/// is added, is on purpose.
+constexpr std::chrono::hours correctionWithoutZone{-9};
+
+bool isEmpty(const TagValue& value) {
+    const auto* text = std::get_if<NSString>(&value);
+    const auto* bytes = std::get_if<ByteBlock>(&value);
+    return text ? text->isEmpty() : bytes ? bytes->empty() : std::get<NumberList>(value).empty();
+}
+
+/// Nil for an absent or empty value; one that has content but is no text raises.
+OptionalString textOf(StoredValue value) {
+    if (!value || isEmpty(*value))
+        return std::nullopt;
+    if (const auto* text = std::get_if<NSString>(value))
+        return *text;
+    throw NSException(NSInvalidArgumentException, "the tag's value is not a text");
+}
+
+/// The EXIF form with dashes in its date part; nil without a blank between two parts.
+OptionalString withDashes(const NSString& text) {
+    const OptionalString day = StringUtility::substringTo(text, u" ");
+    const OptionalString time = StringUtility::substringFrom(text, u" ");
+    if (!day || !time)
+        return std::nullopt;
+    return *StringUtility::replaceStringFrom(*day, u":", u"-") + u" " + *time;
+}
+
+} // namespace
+
+OptionalDate ExifTagReader::creationDateWithPath(const NSString& path) {
+    const auto reader = initWithPath(path);
+    const OptionalString text = reader ? textOf(reader->dateTimeOriginal()) : std::nullopt;
+    return text ? dateFromText(*text) : std::nullopt;
+}
+
+OptionalDate ExifTagReader::correctedCreationDate() {
+    const OptionalString text = textOf(dateTimeOriginal());
+    if (!text)
+        return std::nullopt;
+    const OptionalString parsable = withDashes(*text);
+    const OptionalDate date = parsable ? dateFromText(*parsable) : std::nullopt;
+    const OptionalNumber zone = timeZoneOffset();
+    if (!date)
+        return std::nullopt;
+    return *date + (zone ? std::chrono::hours(zone->shortValue()) : correctionWithoutZone);
+}
+
+void ExifTagReader::changeCreationDate() {
+    // A file system without such dates is no reason to fail.
+    if (const OptionalDate date = correctedCreationDate())
+        (void)setFileCreationDate(path().utf8(), *date);
+}
+
+void ExifTagReader::changeCreationDateWithPath(const NSString& path) {
+    if (const auto reader = initWithPath(path))
+        reader->changeCreationDate();
+}
+
+} // namespace kestrine

@@ -1,0 +1,115 @@
+#include "kestrinectl/ExifCommand.h"
+
+#include "_MyClasses/Class/ExifTag/ExifTagReader.h"
+#include "_MyClasses/Class/ExifTag/FileCreationDate.h"
+#include "_MyClasses/Class/ExifTag/LocalTime.h"
+#include "kestrinectl/CommandError.h"
+#include "kestrinectl/ExifJSON.h"
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/NSFileHandle.h"
+
+#include <iostream>
+
+namespace kestrine {
+
+namespace {
+
+/// What is printed for one file, with the line's end. Throws CommandError when something failed.
+using Answer = std::string (*)(const NSString& path);
+
+std::string description(const NSString& path) {
+    const std::string text = ExifTagReader::tagDescriptionWithPath(path).utf8();
+    return text.ends_with('\n') ? text : text + "\n";
+}
+
+std::string json(const NSString& path) { return exifJSON(path).dump() + "\n"; }
+
+std::string date(const NSString& path) {
+    const OptionalDate date = ExifTagReader::creationDateWithPath(path);
+    return (date ? isoText(*date) : "no date") + "\n";
+}
+
+/// The operation itself is quiet, so what it did is seen from the date that it should have set.
+std::string setCreationDate(const NSString& path) {
+    const auto reader = ExifTagReader::initWithPath(path);
+    const OptionalDate date = reader ? reader->correctedCreationDate() : std::nullopt;
+    if (!date)
+        return "no date, nothing changed\n";
+    reader->changeCreationDate();
+    if (fileCreationDateText(path.utf8()) != isoText(*date))
+        throw CommandError("the creation date could not be set");
+    return "creation date set to " + isoText(*date) + "\n";
+}
+
+/// The answer; throws CommandError with the reason why there is none.
+std::string answerFor(const NSString& path, Answer answer) {
+    try {
+        return answer(path);
+    } catch (const NSException& raised) {
+        throw CommandError("has a damaged tag (" + raised.name() + ": " + raised.reason() + ")");
+    }
+}
+
+/// Descriptions have several lines, so the file's name stands above them instead of in front.
+void print(const std::string& file, const std::string& text, Answer answer, bool named) {
+    if (named && answer != json)
+        std::cout << file << (answer == description ? ":\n" : ": ");
+    std::cout << text;
+}
+
+/// A file that cannot be read has no answer, except in JSON, where every file has its line.
+void answerForOne(const std::string& file, Answer answer, bool named) {
+    const NSString path = NSString::fromUTF8(file);
+    const bool canBeRead = NSFileHandle::fileHandleForReadingAtPath(path) != nullptr;
+    if (canBeRead || answer == json)
+        print(file, answerFor(path, answer), answer, named);
+    if (!canBeRead)
+        throw CommandError("cannot be read");
+}
+
+void answerForAll(const std::vector<std::string>& files, Answer answer) {
+    std::string failures;
+    for (const std::string& file : files) {
+        try {
+            answerForOne(file, answer, files.size() > 1);
+        } catch (const CommandError& error) {
+            failures += (failures.empty() ? "" : "; ") + file + ": " + error.what();
+        }
+    }
+    if (!failures.empty())
+        throw CommandError(failures);
+}
+
+struct Request {
+    std::vector<std::string> files;
+    bool json = false;
+    bool date = false;
+    bool setCreationDate = false;
+
+    Answer answer() const {
+        return json              ? kestrine::json
+               : date            ? kestrine::date
+               : setCreationDate ? kestrine::setCreationDate
+                                 : description;
+    }
+};
+
+} // namespace
+
+void addExifCommand(CLI::App& program) {
+    CLI::App* command = program.add_subcommand("exif", "Show the EXIF information of JPEG files");
+    auto request = std::make_shared<Request>();
+    command->add_option("FILE", request->files, "Pictures named .jpg or .jpeg")->required();
+    CLI::Option* asJSON = command->add_flag("--json", request->json, "Everything, as one JSON object a line");
+    CLI::Option* asDate =
+        command->add_flag("--date", request->date, "Only the date it was taken, in local time");
+    CLI::Option* changes =
+        command->add_flag("--set-creation-date", request->setCreationDate,
+                          "Set the file's creation date to the date it was taken, moved by the "
+                          "camera's time zone, or by -9 hours when it tells none");
+    asJSON->excludes(asDate)->excludes(changes);
+    asDate->excludes(changes);
+    command->callback([request] { answerForAll(request->files, request->answer()); });
+}
+
+} // namespace kestrine

@@ -1,0 +1,112 @@
+#include "kestrinectl/ExifJSON.h"
+
+#include "_MyClasses/Class/ExifTag/ExifTagReader.h"
+#include "platform/foundation/NSException.h"
+
+#include <cmath>
+
+namespace kestrine {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+ordered_json hexJSON(ByteView bytes) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string hex;
+    for (const std::uint8_t byte : bytes)
+        hex += {digits[byte >> 4], digits[byte & 15]};
+    return {{"bytes", hex}};
+}
+
+/// Bytes that came in as a path may be no text.
+ordered_json toJSON(const NSString& text) {
+    const std::string bytes = text.utf8();
+    try {
+        (void)ordered_json(bytes).dump();
+        return bytes;
+    } catch (const ordered_json::type_error&) {
+        return hexJSON({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+    }
+}
+
+ordered_json toJSON(const NSNumber& number) {
+    const double value = number.doubleValue();
+    if (std::isnan(value))
+        return "nan";
+    if (std::isinf(value))
+        return value > 0 ? "inf" : "-inf";
+    return std::visit([](auto stored) { return ordered_json(stored); }, number.value());
+}
+
+ordered_json toJSON(const ByteBlock& bytes) { return hexJSON(bytes); }
+
+ordered_json toJSON(const NumberList& list) {
+    ordered_json numbers = ordered_json::array();
+    for (const NSNumber& number : list)
+        numbers.push_back(toJSON(number));
+    return numbers;
+}
+
+ordered_json toJSON(StoredValue value) {
+    if (!value)
+        return nullptr;
+    return std::visit([](const auto& content) { return toJSON(content); }, *value);
+}
+
+ordered_json toJSON(const OptionalNumber& number) { return number ? toJSON(*number) : nullptr; }
+
+ordered_json toJSON(const TagDictionaryPointer& tags) {
+    if (!tags)
+        return nullptr;
+    ordered_json directories = ordered_json::object();
+    for (const auto& [name, directory] : *tags) {
+        ordered_json& values = directories[name] = ordered_json::object();
+        for (const auto& [key, value] : *directory)
+            values[key] = toJSON(&value);
+    }
+    return directories;
+}
+
+template <class Ask>
+ordered_json answerOf(const Ask& ask) {
+    try {
+        return toJSON(ask());
+    } catch (const NSException& raised) {
+        return {{"raises", raised.name()}};
+    }
+}
+
+ordered_json valuesJSON(ExifTagReader* reader) {
+    ordered_json values = ordered_json::object();
+#define VALUE(name, directory, tag, rule, Kind)                                                              \
+    values[#name] = reader ? answerOf([&] { return reader->name(); }) : nullptr;
+#include "_MyClasses/Class/ExifTag/ExifAccessorTable.h"
+    return values;
+}
+
+ordered_json displayJSON(ExifTagReader* reader) {
+    ordered_json texts = ordered_json::object();
+    const auto add = [&](const char* name, NSString (ExifTagReader::*accessor)()) {
+        texts[name] = reader ? answerOf([&] { return (reader->*accessor)(); }) : "N/A";
+    };
+#define FORMATTED(name, valueAccessor, format, valueFormatted) add(#name, &ExifTagReader::name);
+#define LOCALIZED(name, valueAccessor, key) add(#name, &ExifTagReader::name);
+#define COMPUTED(name) add(#name, &ExifTagReader::name);
+#include "_MyClasses/Class/ExifTag/ExifAccessorTable.h"
+    return texts;
+}
+
+} // namespace
+
+ordered_json exifJSON(const NSString& path) {
+    const auto reader = ExifTagReader::initWithPath(path);
+    return {{"path", toJSON(path)},
+            {"reader", reader != nullptr},
+            {"tags", answerOf([&] { return ExifTagReader::tagDictionaryWithPath(path); })},
+            {"values", valuesJSON(reader.get())},
+            {"display", displayJSON(reader.get())},
+            {"description", answerOf([&] { return ExifTagReader::tagDescriptionWithPath(path); })}};
+}
+
+} // namespace kestrine

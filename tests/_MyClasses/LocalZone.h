@@ -1,0 +1,33 @@
+// A time zone of the system's data for one test; the one before comes back at its end.
+#pragma once
+
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <string>
+
+namespace kestrine::testing {
+
+class LocalZone {
+public:
+    explicit LocalZone(const char* name) {
+        if (const char* before = std::getenv("TZ"))
+            before_ = before;
+        ::setenv("TZ", name, 1);
+        ::tzset();
+    }
+    ~LocalZone() {
+        if (before_)
+            ::setenv("TZ", before_->c_str(), 1);
+        else
+            ::unsetenv("TZ");
+        ::tzset();
+    }
+    LocalZone(const LocalZone&) = delete;
+    LocalZone& operator=(const LocalZone&) = delete;
+
+private:
+    std::optional<std::string> before_;
+};
+
+} // namespace kestrine::testing

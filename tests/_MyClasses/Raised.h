@@ -1,0 +1,19 @@
+// What an action raises, as text that a test can compare.
+#pragma once
+
+#include "platform/foundation/NSException.h"
+
+namespace kestrine::testing {
+
+/// The exception's name, or "nothing".
+template <class Action>
+std::string raisedName(Action action) {
+    try {
+        action();
+    } catch (const NSException& exception) {
+        return exception.name();
+    }
+    return "nothing";
+}
+
+} // namespace kestrine::testing
