@@ -1,6 +1,7 @@
 #include "kestrinectl/ExifJSON.h"
 
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
+#include "kestrinectl/JSONText.h"
 #include "platform/foundation/NSException.h"
 
 #include <cmath>
@@ -11,24 +12,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-ordered_json hexJSON(ByteView bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string hex;
-    for (const std::uint8_t byte : bytes)
-        hex += {digits[byte >> 4], digits[byte & 15]};
-    return {{"bytes", hex}};
-}
-
-/// Bytes that came in as a path may be no text.
-ordered_json toJSON(const NSString& text) {
-    const std::string bytes = text.utf8();
-    try {
-        (void)ordered_json(bytes).dump();
-        return bytes;
-    } catch (const ordered_json::type_error&) {
-        return hexJSON({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
-    }
-}
+ordered_json toJSON(const NSString& text) { return textToJSON(text.utf8()); }
 
 ordered_json toJSON(const NSNumber& number) {
     const double value = number.doubleValue();
@@ -39,7 +23,7 @@ ordered_json toJSON(const NSNumber& number) {
     return std::visit([](auto stored) { return ordered_json(stored); }, number.value());
 }
 
-ordered_json toJSON(const ByteBlock& bytes) { return hexJSON(bytes); }
+ordered_json toJSON(const ByteBlock& bytes) { return bytesToJSON(bytes); }
 
 ordered_json toJSON(const NumberList& list) {
     ordered_json numbers = ordered_json::array();

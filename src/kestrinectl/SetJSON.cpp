@@ -1,6 +1,7 @@
 #include "kestrinectl/SetJSON.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/JSONText.h"
 #include "kestrinectl/SetDescription.h"
 #include "kestrinectl/SetNames.h"
 #include "platform/foundation/NSNumber.h"
@@ -14,8 +15,6 @@ namespace {
 
 using nlohmann::json;
 using nlohmann::ordered_json;
-
-constexpr const char* hexDigits = "0123456789abcdef";
 
 /// The words of an enumerated field.
 struct FieldNames {
@@ -35,43 +34,7 @@ const FieldNames* namesOf(std::string_view key) {
     return nullptr;
 }
 
-bool isValidUTF8(const std::string& bytes) {
-    try {
-        (void)json(bytes).dump();
-        return true;
-    } catch (const json::type_error&) {
-        return false;
-    }
-}
-
-std::string hexOf(const std::string& bytes) {
-    std::string hex;
-    for (const unsigned char byte : bytes) {
-        hex += hexDigits[byte >> 4];
-        hex += hexDigits[byte & 15];
-    }
-    return hex;
-}
-
-std::optional<std::string> bytesOfHex(const std::string& hex) {
-    std::string bytes;
-    for (std::size_t i = 0; i < hex.size(); i += 2) {
-        const auto high = std::string_view(hexDigits).find(hex[i]);
-        const auto low =
-            i + 1 < hex.size() ? std::string_view(hexDigits).find(hex[i + 1]) : std::string_view::npos;
-        if (high == std::string_view::npos || low == std::string_view::npos)
-            return std::nullopt;
-        bytes += static_cast<char>(high * 16 + low);
-    }
-    return bytes;
-}
-
-ordered_json toJSON(const OptionalString& text) {
-    if (!text)
-        return nullptr;
-    const std::string bytes = text->utf8();
-    return isValidUTF8(bytes) ? ordered_json(bytes) : ordered_json{{"bytes", hexOf(bytes)}};
-}
+ordered_json toJSON(const OptionalString& text) { return text ? textToJSON(text->utf8()) : ordered_json(); }
 
 /// With the digits a person would write for a number of single precision.
 ordered_json toJSON(float value) {
@@ -92,13 +55,9 @@ ordered_json toJSON(std::int32_t value, std::string_view key) {
     return name ? ordered_json(*name) : ordered_json(value);
 }
 
-Object textFromJSON(const json& value) {
-    if (value.is_string())
-        return NSString::fromUTF8(value.get<std::string>()).object();
-    if (!value.is_object() || value.size() != 1 || !value.contains("bytes") || !value["bytes"].is_string())
-        return nullptr;
-    const auto bytes = bytesOfHex(value["bytes"].get<std::string>());
-    return bytes ? NSString::fromUTF8(*bytes).object() : nullptr;
+Object textObjectFromJSON(const json& value) {
+    const auto text = textFromJSON(value);
+    return text ? NSString::fromUTF8(*text).object() : nullptr;
 }
 
 Object floatFromJSON(const json& value) {
@@ -138,7 +97,7 @@ Object enumeratedFromJSON(const json& value, std::string_view key) {
 /// nil when `value` does not fit the field.
 Object fromJSON(const json& value, const ResizeSet::Field& field) {
     if (std::holds_alternative<OptionalString ResizeSet::*>(field.member))
-        return textFromJSON(value);
+        return textObjectFromJSON(value);
     if (std::holds_alternative<float ResizeSet::*>(field.member))
         return floatFromJSON(value);
     if (std::holds_alternative<std::int32_t ResizeSet::*>(field.member))

@@ -17,6 +17,14 @@ struct Pixels {
     bool operator==(const Pixels&) const = default;
 };
 
+/// {0, 0} when there is nothing.
+Pixels sizeOf(const std::shared_ptr<const NSData>& data) {
+    if (data == nullptr)
+        return {0, 0};
+    const RowFormat format = (*openImage(readerOfBytes(data->bytes())))->frames().front().format;
+    return {format.width, format.height};
+}
+
 /// A TIFF of that size in a temporary folder, converted by a set; the size of the result.
 class Conversion {
 public:
@@ -27,11 +35,7 @@ public:
     }
 
     Pixels sizeWith(const std::shared_ptr<ResizeSet>& set) const {
-        const auto data = set->resizedImageDataWithFile(NSString::fromUTF8(path_), nullptr);
-        if (data == nullptr)
-            return {0, 0};
-        const RowFormat format = (*openImage(readerOfBytes(data->bytes())))->frames().front().format;
-        return {format.width, format.height};
+        return sizeOf(set->resizedImageDataWithFile(NSString::fromUTF8(path_), nullptr));
     }
 
 private:
@@ -163,10 +167,11 @@ TEST(Sizing, withoutConvertedResolutionSizesArePoints) {
     EXPECT_EQ(scan.sizeWith(unscaled), (Pixels{72, 48})) << "flattening draws at the size in points";
 }
 
-TEST(Orientation, sixIsTurnedBeforeScalingSoThatThePictureCountsAsItIsSeen) {
-    // Tested with real files end to end; here: the maximum size sees the turned picture.
+/// The size of a JPEG with Orientation 6 whose longer side is scaled to 30, as a person sees it.
+Pixels sizeOfTurned(std::uint32_t storedWidth, std::uint32_t storedHeight) {
     const testing::TemporaryFolder folder;
-    const auto pixels = testing::makePhoto({60, 40, ColorModel::rgb, false, SampleDepth::bits8});
+    const auto pixels =
+        testing::makePhoto({storedWidth, storedHeight, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
     // Big-endian, one entry: Orientation 6.
     const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x01, 0x12, 0,
@@ -174,27 +179,12 @@ TEST(Orientation, sixIsTurnedBeforeScalingSoThatThePictureCountsAsItIsSeen) {
     const NSString path =
         NSString::fromUTF8(folder.write("a.jpg", *encodeJPEG(*rows, {.quality = 0.9, .exif = exif})));
     const auto turns = makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 30.0F}, {u"autoRotate", true}});
-    const auto data = turns->resizedImageDataWithFile(path, nullptr);
-    ASSERT_NE(data, nullptr);
-    const RowFormat format = (*openImage(readerOfBytes(data->bytes())))->frames().front().format;
-    EXPECT_EQ(format.width, 20U);
-    EXPECT_EQ(format.height, 31U);
+    return sizeOf(turns->resizedImageDataWithFile(path, nullptr));
 }
 
-TEST(Orientation, aStoredPortraitThatIsTurnedCountsAsALandscape) {
-    const testing::TemporaryFolder folder;
-    const auto pixels = testing::makePhoto({40, 60, ColorModel::rgb, false, SampleDepth::bits8});
-    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x01, 0x12, 0,
-                        3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0,    0,    0};
-    const NSString path =
-        NSString::fromUTF8(folder.write("a.jpg", *encodeJPEG(*rows, {.quality = 0.9, .exif = exif})));
-    const auto turns = makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 30.0F}, {u"autoRotate", true}});
-    const auto data = turns->resizedImageDataWithFile(path, nullptr);
-    ASSERT_NE(data, nullptr);
-    const RowFormat format = (*openImage(readerOfBytes(data->bytes())))->frames().front().format;
-    EXPECT_EQ(format.width, 31U);
-    EXPECT_EQ(format.height, 20U);
+TEST(Orientation, sixIsTurnedBeforeScalingSoThatAPortraitCountsAsALandscape) {
+    EXPECT_EQ(sizeOfTurned(40, 60), (Pixels{31, 20}));
+    EXPECT_EQ(sizeOfTurned(60, 40), (Pixels{20, 31}));
 }
 
 TEST(Quality, compression70GivesAQualityOf70Percent) {

@@ -63,12 +63,24 @@ char16_t asciiControl(char16_t unit) {
     }
 }
 
-/// ICU's tables fill bytes that have no character with C1 control characters; those of EUC-JP also have the
-/// cent, pound and not signs in places beyond the half-width katakana. None of the encodings has these.
+/// What ICU's tables fill bytes with that have no character, beside C1 control characters: in EUC-JP places
+/// beyond the half-width katakana, in Windows-1253 a byte of Latin 1. The encodings have none of these.
+struct Filling {
+    NSStringEncoding encoding;
+    std::u16string_view characters;
+};
+
+constexpr Filling fillings[] = {
+    {NSJapaneseEUCStringEncoding, u"¢£¬"},
+    {NSWindowsCP1253StringEncoding, u"ª"},
+};
+
 bool isFilling(char16_t unit, NSStringEncoding encoding) {
     if (unit >= 0x80 && unit <= 0x9f)
         return true;
-    return encoding == NSJapaneseEUCStringEncoding && (unit == u'¢' || unit == u'£' || unit == u'¬');
+    return std::any_of(std::begin(fillings), std::end(fillings), [=](const Filling& filling) {
+        return filling.encoding == encoding && filling.characters.find(unit) != std::u16string_view::npos;
+    });
 }
 
 /// None of the encodings has a character that takes more code units than bytes.

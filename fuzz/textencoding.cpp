@@ -1,0 +1,17 @@
+// Text in any encoding: detection always finds one, and never makes more text than there were bytes.
+#include "_MyClasses/Category/StringUtility.h"
+#include "platform/foundation/NSStringEncoding.h"
+
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    using namespace kestrine;
+    const OptionalString detected =
+        StringUtility::stringWithContentsOfDataByAutoDetectingEncoding(NSData(Bytes(bytes, bytes + size)));
+    if (!detected)
+        std::abort();
+    for (NSStringEncoding encoding = 3; encoding <= 30; encoding++)
+        if (const OptionalString text = decodedText({bytes, size}, encoding); text && text->length() > size)
+            std::abort();
+    return 0;
+}

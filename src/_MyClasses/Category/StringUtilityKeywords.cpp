@@ -1,0 +1,137 @@
+#include "_MyClasses/Category/StringUtility.h"
+#include "_MyClasses/Category/StringUtilityTexts.h"
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/NSStringSearch.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace kestrine::StringUtility {
+
+namespace {
+
+// Further search options of the platform. Searching backwards finds a key just where searching forwards
+// does, unless it is anchored.
+constexpr unsigned NSBackwardsSearch = 4;
+constexpr unsigned NSAnchoredSearch = 8;
+
+constexpr int lastDay = 31;
+constexpr std::size_t emptyQuotes = 2; // the length of a pair with nothing between
+
+NSString textOfKey(const Object& key) {
+    if (const OptionalString text = NSString::fromObject(key))
+        return *text;
+    if (const auto* const number = dynamic_cast<const NSNumber*>(key.get()))
+        return NSString::fromUTF8(number->stringValue());
+    throw NSException(NSInvalidArgumentException, "a key must be a text or a number");
+}
+
+/// Whether `key` occurs in `text`; when it is anchored, right at the start, or at the end when backwards.
+bool occurs(const NSString& text, const NSString& key, unsigned options) {
+    if (!(options & NSAnchoredSearch))
+        return rangeOfString(text, key, options).length > 0;
+    const std::size_t length = std::min(key.length(), text.length());
+    const std::size_t start = options & NSBackwardsSearch ? text.length() - length : 0;
+    return rangeOfString(text, key, options, {start, length}).length > 0;
+}
+
+/// The working text of both lists with all that separates replaced by a comma.
+NSString withCommas(const NSString& text, NSBundle& bundle) {
+    NSString result = *replaceStringFrom(text, u" ", u",");
+    for (const char16_t* key : {u"Space Character", u"Kuten Character"})
+        result = *replaceStringFrom(result, localizedText(bundle, key), u",");
+    return result;
+}
+
+bool isBlank(char16_t unit) { return unit == u' ' || (unit >= u'\t' && unit <= u'\r'); }
+bool isDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
+
+/// `intValue` of a text that holds no minus: blanks, a plus sign, digits, whatever follows; held at the
+/// limit of the type.
+std::int32_t intValue(const NSString& piece) {
+    const std::u16string& text = piece.utf16();
+    auto unit = std::find_if_not(text.begin(), text.end(), isBlank);
+    if (unit != text.end() && *unit == u'+')
+        ++unit;
+    std::int64_t value = 0;
+    for (; unit != text.end() && isDigit(*unit); ++unit)
+        value = std::min<std::int64_t>(value * 10 + (*unit - u'0'), std::numeric_limits<std::int32_t>::max());
+    return static_cast<std::int32_t>(value);
+}
+
+/// The days of "first-last"; a minus at the end counts for nothing.
+void appendRange(std::vector<NSNumber>& numbers, const NSString& piece) {
+    const bool isOpen = piece[piece.length() - 1] == u'-';
+    const NSString range = piece.substring({0, piece.length() - (isOpen ? 1 : 0)});
+    const std::vector<NSString> ends = range.componentsSeparatedBy(u"-");
+    const std::int32_t last = std::min(intValue(ends.back()), lastDay);
+    for (std::int32_t day = intValue(ends.front()); day <= last; day++)
+        numbers.emplace_back(day);
+}
+
+} // namespace
+
+bool hasAnyKey(const NSString& receiver, const std::vector<Object>& keys, unsigned options) {
+    if (receiver.isEmpty())
+        return false;
+    return std::any_of(keys.begin(), keys.end(),
+                       [&](const Object& key) { return occurs(receiver, textOfKey(key), options); });
+}
+
+bool hasAnyKey(const NSString& receiver, const std::vector<Object>& keys) {
+    return hasAnyKey(receiver, keys, NSCaseInsensitiveSearch);
+}
+
+bool stringHasAnyKey(const NSString& receiver, const std::vector<NSString>& keys) {
+    return std::any_of(keys.begin(), keys.end(),
+                       [&](const NSString& key) { return !key.isEmpty() && receiver.contains(key); });
+}
+
+bool stringHasAllKeys(const NSString& receiver, const std::vector<NSString>& keys) {
+    return std::all_of(keys.begin(), keys.end(),
+                       [&](const NSString& key) { return key.isEmpty() || receiver.contains(key); });
+}
+
+std::vector<NSString> separateStringKeyToArray(const NSString& receiver, NSBundle& bundle) {
+    std::vector<NSString> words;
+    NSString working = receiver;
+    while (true) {
+        const NSRange span = rangeOfStringFrom(working, u"\"", u"\"");
+        if (span.length <= emptyQuotes)
+            break;
+        words.push_back(working.substring({span.location + 1, span.length - emptyQuotes}));
+        working = *removeString(working, working.substring(span));
+    }
+    working = *removeString(working, u"\"");
+    if (working.isEmpty())
+        return words;
+    for (const NSString& piece : withCommas(working, bundle).componentsSeparatedBy(u","))
+        words.push_back(piece);
+    return words;
+}
+
+NSPredicate andPredicateForAttribute(const NSString& receiver, const NSString& attribute, NSBundle& bundle) {
+    std::vector<NSPredicate> predicates;
+    for (const NSString& word : separateStringKeyToArray(receiver, bundle))
+        if (!word.isEmpty())
+            predicates.push_back(NSPredicate::predicateWithFormat(u"%K contains %@", attribute, word));
+    return NSPredicate::andPredicateWithSubpredicates(std::move(predicates));
+}
+
+std::vector<NSNumber> separateDateKeyToArray(const NSString& receiver, NSBundle& bundle) {
+    std::vector<NSNumber> numbers;
+    if (receiver.isEmpty())
+        return numbers;
+    NSString working = withCommas(receiver, bundle);
+    for (const char16_t* key : {u"Minus Character", u"Tilde Character"})
+        working = *replaceStringFrom(working, localizedText(bundle, key), u"-");
+    for (const NSString& piece : working.componentsSeparatedBy(u",")) {
+        if (piece.contains(u"-"))
+            appendRange(numbers, piece);
+        else
+            numbers.emplace_back(intValue(piece));
+    }
+    return numbers;
+}
+
+} // namespace kestrine::StringUtility

@@ -1,0 +1,13 @@
+// The localized texts that StringUtility works with.
+#pragma once
+
+#include "platform/foundation/NSBundle.h"
+
+namespace kestrine::StringUtility {
+
+/// The text under `key` in the table "StringUtility"; the key itself when there is none.
+inline NSString localizedText(NSBundle& bundle, const NSString& key) {
+    return bundle.localizedString(key, u"", u"StringUtility");
+}
+
+} // namespace kestrine::StringUtility
