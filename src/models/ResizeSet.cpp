@@ -19,6 +19,8 @@ template <class... Functions>
 struct Overloaded : Functions... {
     using Functions::operator()...;
 };
+template <class... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;
 
 /// `value` as the number type of a field.
 template <class T>
