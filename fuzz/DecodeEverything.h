@@ -1,0 +1,29 @@
+// What the fuzzers of the picture formats share.
+#pragma once
+
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/imageio/Codecs.h"
+
+#include <algorithm>
+
+namespace kestrine::fuzzing {
+
+/// Asks a codec for everything that an engine would: header, all frames of at most `affordablePixels`, metadata.
+inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, std::size_t size,
+                             std::uint64_t affordablePixels = 1 << 20) {
+    if (!codec.recognises(ByteView(data, std::min<std::size_t>(size, 64))))
+        return;
+    auto decoder = codec.open(readerOfBytes(Bytes(data, data + size)));
+    if (!decoder)
+        return;
+    for (std::size_t frame = 0; frame < (*decoder)->frames().size(); ++frame) {
+        if ((*decoder)->frames()[frame].format.pixels() > affordablePixels)
+            continue;
+        if (auto rows = (*decoder)->rows(frame, 8))
+            (void)readAllRows(**rows);
+    }
+    (void)(*decoder)->exif();
+    (void)(*decoder)->colorTable();
+}
+
+} // namespace kestrine::fuzzing

@@ -1,0 +1,7 @@
+// Takes any bytes through the JPEG decoder.
+#include "fuzz/DecodeEverything.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    kestrine::fuzzing::decodeEverything(kestrine::jpegCodec, data, size);
+    return 0;
+}
