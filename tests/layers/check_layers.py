@@ -8,8 +8,11 @@ from pathlib import Path
 # What a folder may include of ours, besides itself.
 PLATFORM = ["platform/host", "platform/foundation", "platform/coregraphics", "platform/imageio", "platform/coreimage",
             "platform/appkit"]
+FILES = ["platform/host", "platform/foundation", "platform/finder", "platform/carbon"]
 ALLOWED = {folder: PLATFORM[:i] for i, folder in enumerate(PLATFORM)}
-ALLOWED["_MyClasses"] = PLATFORM
+ALLOWED |= {folder: FILES[:i] for i, folder in enumerate(FILES)}
+ALLOWED["platform/appkit"] = ALLOWED["platform/appkit"] + ["platform/finder"]
+ALLOWED["_MyClasses"] = PLATFORM + FILES
 ALLOWED["models"] = PLATFORM + ["_MyClasses"]
 ALLOWED["commandline"] = PLATFORM + ["_MyClasses", "models"]
 ALLOWED["kestrinectl"] = PLATFORM + ["_MyClasses", "models"]

@@ -1,0 +1,45 @@
+// The Finder: what scripts, Apple Events and the workspace ask to be done with files.
+// Its rules stand here once. Nothing that exists is lost: what gives way is replaced only when that was asked
+// for, and only when what replaces it is complete.
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kestrine {
+
+/// Why the Finder did not do it: a status number of the platform (-43 file not found, -5000 no rights,
+/// -15267 the name is taken, -34 disk full, ...) and a sentence for people.
+struct FinderError {
+    std::int32_t number;
+    NSString message;
+};
+
+/// Nothing when all was done.
+using FinderOutcome = std::optional<FinderError>;
+
+/// Whether an item of the same name gives way.
+enum class Replacing : bool { no, yes };
+
+// Paths are bytes, absolute. All items are looked up before anything is done; the first failure ends the
+// work, and what was done before stays done. Symbolic links are items themselves, and folders work whole.
+
+/// Moves the items to the trash.
+FinderOutcome finderDelete(const std::vector<std::string>& items);
+
+/// Copies the items into `folder`, contents, rights, times, extended attributes and all.
+FinderOutcome finderDuplicate(const std::vector<std::string>& items, const std::string& folder,
+                              Replacing replacing);
+
+/// Moves the items into `folder`; onto another volume by a complete copy whose original then goes.
+FinderOutcome finderMove(const std::vector<std::string>& items, const std::string& folder,
+                         Replacing replacing);
+
+/// Makes symbolic links to the items in `folder`; a taken name is an error.
+FinderOutcome finderLink(const std::vector<std::string>& items, const std::string& folder);
+
+} // namespace kestrine
