@@ -2,6 +2,7 @@
 
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/RowStages.h"
+#include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ExifBlock.h"
 
@@ -60,7 +61,8 @@ public:
         Result<RowSourcePointer> rows = picture_.source->rows(picture_.frame, eighths);
         if (!rows)
             return rows;
-        RowSourcePointer pipeline = std::move(*rows);
+        const bool isInMemory = picture_.source->keepsPixels(picture_.frame);
+        RowSourcePointer pipeline = isInMemory ? std::move(*rows) : rowsAhead(std::move(*rows));
         for (std::size_t i = 0; i < plan.steps.size(); ++i)
             pipeline = addStep(std::move(pipeline), plan.steps[i], i + 1 == plan.steps.size());
         if (!keeps16Bits_)

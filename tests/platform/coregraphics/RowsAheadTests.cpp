@@ -1,0 +1,111 @@
+#include "platform/coregraphics/RowsAhead.h"
+
+#include "platform/coregraphics/PixelBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <thread>
+
+namespace kestrine {
+namespace {
+
+/// Rows whose bytes tell their number, and an end that a test chooses. Remembers who asked for them.
+class NumberedRows final : public RowSource {
+public:
+    enum class End { none, failure, exception };
+
+    NumberedRows(std::uint32_t width, std::uint32_t height, End end, std::uint32_t endRow,
+                 std::thread::id& reader)
+        : RowSource({width, height, ColorModel::gray, false, SampleDepth::bits8}), end_(end), endRow_(endRow),
+          reader_(reader) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        reader_ = std::this_thread::get_id();
+        if (end_ != End::none && next_ == endRow_) {
+            if (end_ == End::exception)
+                throw std::bad_alloc();
+            return Failure{Reason::malformed, "row " + std::to_string(next_)};
+        }
+        std::ranges::fill(row, static_cast<std::uint8_t>(next_ * 7));
+        ++next_;
+        return {};
+    }
+
+private:
+    const End end_;
+    const std::uint32_t endRow_;
+    std::thread::id& reader_;
+    std::uint32_t next_ = 0;
+};
+
+struct RowsAhead : testing::Test {
+    std::thread::id reader;
+
+    RowSourcePointer numbered(std::uint32_t width, std::uint32_t height,
+                              NumberedRows::End end = NumberedRows::End::none, std::uint32_t endRow = 0) {
+        return rowsAhead(std::make_unique<NumberedRows>(width, height, end, endRow, reader));
+    }
+    bool wasReadElsewhere() const { return reader != std::this_thread::get_id(); }
+};
+
+TEST_F(RowsAhead, areTheRowsOfTheirInput) {
+    for (const auto& [width, height] :
+         {std::pair{1000U, 1000U}, {333U, 2111U}, {300'000U, 3U}, {1U, 400'000U}}) {
+        const RowSourcePointer rows = numbered(width, height);
+        Bytes row(width);
+        for (std::uint32_t y = 0; y < height; ++y) {
+            ASSERT_TRUE(rows->readRow(row));
+            ASSERT_EQ(row.front(), static_cast<std::uint8_t>(y * 7)) << width << " x " << height;
+            ASSERT_EQ(row.back(), row.front());
+        }
+        EXPECT_EQ(wasReadElsewhere(), std::thread::hardware_concurrency() > 1);
+    }
+}
+
+TEST_F(RowsAhead, failWhereTheirInputFails) {
+    for (const std::uint32_t end : {0U, 1U, 131U, 999U}) {
+        const RowSourcePointer rows = numbered(1000, 1000, NumberedRows::End::failure, end);
+        Bytes row(1000);
+        for (std::uint32_t y = 0; y < end; ++y)
+            ASSERT_TRUE(rows->readRow(row));
+        const Result<void> failed = rows->readRow(row);
+        ASSERT_FALSE(failed);
+        EXPECT_EQ(failed.failure().text, "row " + std::to_string(end));
+    }
+}
+
+TEST_F(RowsAhead, throwWhatTheirInputThrows) {
+    const RowSourcePointer rows = numbered(1000, 1000, NumberedRows::End::exception, 500);
+    Bytes row(1000);
+    for (std::uint32_t y = 0; y < 500; ++y)
+        ASSERT_TRUE(rows->readRow(row));
+    EXPECT_THROW((void)rows->readRow(row), std::bad_alloc);
+}
+
+TEST_F(RowsAhead, mayBeLeftAtAnyRow) {
+    for (const std::uint32_t left : {0U, 1U, 200U, 900U}) {
+        const RowSourcePointer rows = numbered(1000, 1000);
+        Bytes row(1000);
+        for (std::uint32_t y = 0; y < left; ++y)
+            ASSERT_TRUE(rows->readRow(row));
+    }
+}
+
+TEST_F(RowsAhead, needNoThreadForASmallPicture) {
+    const RowSourcePointer rows = numbered(100, 100);
+    Bytes row(100);
+    ASSERT_TRUE(rows->readRow(row));
+    EXPECT_FALSE(wasReadElsewhere());
+}
+
+TEST_F(RowsAhead, startNoThreadInsideAOneThreadScope) {
+    const OneThreadScope alone;
+    const RowSourcePointer rows = numbered(1000, 1000);
+    Bytes row(1000);
+    ASSERT_TRUE(rows->readRow(row));
+    EXPECT_FALSE(wasReadElsewhere());
+}
+
+} // namespace
+} // namespace kestrine
