@@ -2,6 +2,7 @@
 // Exit status: 0 all well, 1 something failed, 2 the arguments are wrong.
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/ConvertCommand.h"
 #include "kestrinectl/ExifCommand.h"
 #include "kestrinectl/SetsCommand.h"
 #include "kestrinectl/Words.h"
@@ -19,6 +20,7 @@ int run(int count, char** values) {
                      "kestrinectl");
     program.require_subcommand(1);
     kestrine::addSetsCommand(program);
+    kestrine::addConvertCommand(program);
     kestrine::addExifCommand(program);
     try {
         program.parse(kestrine::markedWords(count, values));

@@ -8,6 +8,7 @@
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/host/AtomicFile.h"
+#include "platform/host/FailureCollector.h"
 #include "platform/host/FileStatus.h"
 
 #include <algorithm>
@@ -40,16 +41,22 @@ void moveToTrash(const NSString& path) {
                                    {path.lastPathComponent()});
 }
 
-/// Writes to the first free name and answers the path it got, or would have got.
-NSString writeUniquely(const NSData* data, const NSString& path, Durability durability) {
-    const NSString free = ResizeUnit::uniqueFileName(path);
+/// Writes to the first free name; `path` becomes the one it got, or would have got.
+bool writeUniquely(const NSData* data, NSString& path, Durability durability) {
+    const NSString wanted = path;
+    path = ResizeUnit::uniqueFileName(wanted);
     if (data == nullptr)
-        return free;
+        return false;
     const auto candidates = [&](unsigned attempt) {
-        return (attempt == 0 ? free : ResizeUnit::uniqueFileName(path)).utf8();
+        return (attempt == 0 ? path : ResizeUnit::uniqueFileName(wanted)).utf8();
     };
     const Result<std::string> written = publishNewFile(candidates, data->bytes(), durability);
-    return written ? NSString::fromUTF8(*written) : free;
+    if (!written) {
+        noteFailure(written.failure());
+        return false;
+    }
+    path = NSString::fromUTF8(*written);
+    return true;
 }
 
 } // namespace
@@ -77,10 +84,13 @@ ResizeUnit::File ResizeUnit::file() const {
 
 void ResizeUnit::resize(const Object&) {
     ImageSlots slots;
+    outcomes_.clear();
     std::vector<Object> resultPaths;
     for (std::size_t i = 0; i < resizeSets_.size(); ++i) {
-        const OptionalString path = applySet(*resizeSets_[i], file(), slots);
-        resultPaths.push_back(path.value_or(u"").object());
+        const FailureCollector collector;
+        outcomes_.push_back(applySet(*resizeSets_[i], file(), slots));
+        outcomes_.back().failures = collector.failures();
+        resultPaths.push_back(outcomes_.back().path.object());
     }
     slots = {};
     const auto info = std::make_shared<NSDictionary>(
@@ -88,7 +98,7 @@ void ResizeUnit::resize(const Object&) {
     NSNotificationCenter::defaultCenter().postNotification(RUResizeHasDone, weak_from_this().lock(), info);
 }
 
-OptionalString ResizeUnit::applySet(const ResizeSet& set, const File& file, ImageSlots& slots) const {
+ResizeUnit::Outcome ResizeUnit::applySet(const ResizeSet& set, const File& file, ImageSlots& slots) const {
     const NSString name = set.fileNameForPath(file.path);
     const auto data = set.resizedImageDataWithFile(file.path, imageForSet(set, file.path, slots));
     OptionalString folder;
@@ -99,10 +109,12 @@ OptionalString ResizeUnit::applySet(const ResizeSet& set, const File& file, Imag
         folder = set.resizeFolderForPath(saveFolderPath_, file.rootPath);
     }
     if (!folder)
-        return std::nullopt;
-    const NSString path = folder->appendingPathComponent(name);
-    myUtility::makeFoldersToPath(NSFileManager::defaultManager(), path.deletingLastPathComponent());
-    return writeUniquely(data.get(), path, replacesFile(set) ? Durability::synced : Durability::cached);
+        return {};
+    Outcome outcome{folder->appendingPathComponent(name), false, {}};
+    myUtility::makeFoldersToPath(NSFileManager::defaultManager(), outcome.path.deletingLastPathComponent());
+    outcome.isWritten =
+        writeUniquely(data.get(), outcome.path, replacesFile(set) ? Durability::synced : Durability::cached);
+    return outcome;
 }
 
 std::shared_ptr<NSImage> ResizeUnit::imageForSet(const ResizeSet& set, const NSString& path,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "models/ResizeSet.h"
+#include "platform/host/Result.h"
 
 namespace kestrine {
 
@@ -25,6 +26,15 @@ public:
     /// posted.
     void resize(const Object& sender = nullptr);
 
+    /// What became of one set.
+    struct Outcome {
+        NSString path; ///< of the output, written or not; "" when there was no folder for it
+        bool isWritten = false;
+        std::vector<Failure> failures; ///< what went wrong on the way, which is quiet otherwise
+    };
+    /// Of the last resize(), in the order of the sets.
+    const std::vector<Outcome>& outcomes() const { return outcomes_; }
+
     /// `uniqueFileName:`: the path itself when its name is free, else the first free one of stem_1.ext,
     /// stem_2.ext, ... A dangling link takes its name.
     static NSString uniqueFileName(const NSString& path);
@@ -41,7 +51,7 @@ private:
     };
 
     File file() const;
-    OptionalString applySet(const ResizeSet& set, const File& file, ImageSlots& slots) const;
+    Outcome applySet(const ResizeSet& set, const File& file, ImageSlots& slots) const;
     std::shared_ptr<NSImage> imageForSet(const ResizeSet& set, const NSString& path, ImageSlots& slots) const;
     bool replacesFile(const ResizeSet& set) const {
         return resizeSets_.size() <= 1 && set.replaceFile() != 0;
@@ -50,6 +60,7 @@ private:
     Object filepath_;
     OptionalString saveFolderPath_;
     ResizeSets resizeSets_;
+    std::vector<Outcome> outcomes_;
 };
 
 } // namespace kestrine

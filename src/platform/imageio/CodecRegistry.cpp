@@ -1,5 +1,6 @@
 #include "platform/imageio/Codecs.h"
 
+#include <algorithm>
 #include <array>
 
 namespace kestrine {
@@ -18,13 +19,18 @@ Resolution plausibleResolution(double horizontal, double vertical) {
     return {plausible(horizontal), plausible(vertical)};
 }
 
-Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader) {
+const ImageCodec* codecFor(const ByteReader& reader) {
     std::array<std::uint8_t, 64> buffer{};
-    const ByteView head(buffer.data(), reader->readAt(0, buffer));
-    for (const ImageCodec* codec : codecs)
-        if (codec->recognises(head))
-            return codec->open(std::move(reader));
-    return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
+    const ByteView head(buffer.data(), reader.readAt(0, buffer));
+    const auto found = std::ranges::find_if(codecs, [head](auto* codec) { return codec->recognises(head); });
+    return found == codecs.end() ? nullptr : *found;
+}
+
+Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader) {
+    const ImageCodec* codec = codecFor(*reader);
+    if (codec == nullptr)
+        return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
+    return codec->open(std::move(reader));
 }
 
 } // namespace kestrine

@@ -71,6 +71,9 @@ struct ImageCodec {
     Result<std::unique_ptr<ImageDecoder>> (*open)(std::shared_ptr<const ByteReader> reader);
 };
 
+/// The codec that recognises a file by its first bytes; null when none does.
+const ImageCodec* codecFor(const ByteReader& reader);
+
 /// The codec that recognises the input, opened.
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader);
 

@@ -1,0 +1,128 @@
+#include "kestrinectl/ConvertChains.h"
+
+#include "platform/host/FileStatus.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <map>
+#include <numeric>
+#include <set>
+
+namespace kestrine {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The same text for the same place, whatever links lead there.
+fs::path canonicalFolder(const fs::path& folder) {
+    std::error_code error;
+    const fs::path canonical = fs::weakly_canonical(folder, error);
+    return error ? folder : canonical;
+}
+
+/// The name that an output takes when it is free; "" when there will be no output.
+fs::path firstChoice(const ConvertInput& input, const ResizeSet& set, bool replaces) {
+    const NSString path = NSString::fromUTF8(input.path);
+    const OptionalString root =
+        input.rootFolder ? OptionalString(NSString::fromUTF8(*input.rootFolder)) : std::nullopt;
+    const NSString own = path.deletingLastPathComponent();
+    const OptionalString folder = replaces ? own : set.resizeFolderForPath(own, root);
+    if (!folder)
+        return {};
+    return canonicalFolder(folder->utf8()) / set.fileNameForPath(path).utf8();
+}
+
+/// "a_1.jpg" is a later choice of who wanted "a.jpg". Nothing for a name that is nobody's later choice.
+fs::path wantedBefore(const fs::path& path) {
+    const std::string stem = path.stem().native();
+    const std::size_t digits = stem.find_last_not_of("0123456789") + 1;
+    const bool isNumbered = digits > 1 && digits < stem.size() && stem[digits - 1] == '_';
+    return isNumbered ? path.parent_path() / (stem.substr(0, digits - 1) + path.extension().native())
+                      : fs::path();
+}
+
+/// Sets of positions that grow together.
+class Chains {
+public:
+    explicit Chains(std::size_t count) : leaders_(count) { std::iota(leaders_.begin(), leaders_.end(), 0U); }
+
+    void join(std::size_t first, std::size_t second) {
+        const std::size_t one = leader(first), other = leader(second);
+        leaders_[std::max(one, other)] = std::min(one, other);
+    }
+
+    std::vector<ConvertChain> all() {
+        std::map<std::size_t, ConvertChain> chains;
+        for (std::size_t i = 0; i < leaders_.size(); ++i)
+            chains[leader(i)].push_back(i);
+        std::vector<ConvertChain> result;
+        for (auto& [first, chain] : chains)
+            result.push_back(std::move(chain));
+        return result;
+    }
+
+private:
+    std::size_t leader(std::size_t position) {
+        while (leaders_[position] != position)
+            position = leaders_[position] = leaders_[leaders_[position]];
+        return position;
+    }
+
+    std::vector<std::size_t> leaders_; ///< each points to an earlier one of its chain, the first to itself
+};
+
+/// Who wants a name first, and whether somebody will have to take a later choice instead.
+struct Name {
+    std::vector<std::size_t> wantedBy;
+    bool isContested = false;
+};
+using Names = std::map<fs::path, Name>;
+
+Names firstChoices(const std::vector<ConvertInput>& inputs, const ResizeSets& sets) {
+    const bool replaces = sets.size() == 1 && sets.front()->replaceFile() != 0;
+    Names names;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        const fs::path own =
+            canonicalFolder(fs::path(inputs[i].path).parent_path()) / fs::path(inputs[i].path).filename();
+        for (const auto& set : sets) {
+            const fs::path choice = firstChoice(inputs[i], *set, replaces);
+            if (choice.empty())
+                continue;
+            Name& name = names[choice];
+            const bool makesRoom = replaces && choice == own;
+            name.isContested =
+                name.isContested || !name.wantedBy.empty() || (!makesRoom && isTaken(choice.native()));
+            name.wantedBy.push_back(i);
+        }
+    }
+    return names;
+}
+
+} // namespace
+
+std::vector<ConvertChain> independentChains(const std::vector<ConvertInput>& inputs, const ResizeSets& sets) {
+    Names names = firstChoices(inputs, sets);
+    std::vector<Names::iterator> shortestFirst;
+    for (auto it = names.begin(); it != names.end(); ++it)
+        shortestFirst.push_back(it);
+    std::ranges::stable_sort(shortestFirst, {}, [](const auto& it) { return it->first.native().size(); });
+
+    Chains chains(inputs.size());
+    for (const auto& it : shortestFirst) {
+        auto& [path, name] = *it;
+        for (const std::size_t other : name.wantedBy)
+            chains.join(name.wantedBy.front(), other);
+        for (fs::path earlier = wantedBefore(path); !earlier.empty(); earlier = wantedBefore(earlier)) {
+            const auto found = names.find(earlier);
+            if (found == names.end() || !found->second.isContested)
+                continue;
+            chains.join(found->second.wantedBy.front(), name.wantedBy.front());
+            name.isContested = true;
+        }
+    }
+    return chains.all();
+}
+
+} // namespace kestrine
