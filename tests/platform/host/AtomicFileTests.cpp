@@ -1,7 +1,7 @@
 #include "platform/host/AtomicFile.h"
 #include "platform/host/FileStatus.h"
 #include "platform/host/PathParts.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>

@@ -1,6 +1,6 @@
 #include "platform/host/ChildProcess.h"
 #include "platform/host/StandardStreams.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>

@@ -1,5 +1,5 @@
 #include "platform/host/Environment.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 
 #include <cstdlib>
 #include <gmock/gmock.h>

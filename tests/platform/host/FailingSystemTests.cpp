@@ -2,7 +2,7 @@
 #include "platform/host/AtomicFile.h"
 #include "platform/host/FileStatus.h"
 #include "platform/host/Folders.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/platform/host/TrashTesting.h"
 
 #include <cerrno>

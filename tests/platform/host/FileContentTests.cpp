@@ -1,6 +1,6 @@
 #include "platform/host/FileContent.h"
 #include "platform/host/FileDescriptor.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>

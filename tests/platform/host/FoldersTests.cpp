@@ -1,5 +1,5 @@
 #include "platform/host/Folders.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

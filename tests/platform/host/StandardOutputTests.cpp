@@ -1,6 +1,6 @@
 #include "platform/host/FileDescriptor.h"
 #include "platform/host/StandardOutput.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 
 #include <csignal>
 #include <fcntl.h>

@@ -1,5 +1,5 @@
 #include "platform/host/StandardStreams.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>

@@ -1,5 +1,5 @@
 #include "platform/host/TrashInfo.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // What other programs make of our trash: trash-list and trash-restore of trash-cli are the judges.
 #include "platform/host/ChildProcess.h"
 #include "platform/host/FileStatus.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/platform/host/TrashTesting.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 #include "platform/host/FileStatus.h"
 #include "platform/host/Folders.h"
 #include "platform/host/TreeCopy.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,0 +1,168 @@
+#include "platform/finder/FinderMetadata.h"
+
+#include "platform/finder/Sidecar.h"
+#include "platform/finder/StoredForms.h"
+#include "platform/host/ExtendedAttributes.h"
+#include "platform/host/FileDescriptor.h"
+#include "platform/host/PathParts.h"
+
+#include <span>
+#include <sys/stat.h>
+
+namespace kestrine {
+
+namespace {
+
+constexpr const char* sidecar = nullptr;
+
+/// Where a value may be stored.
+template <class Value>
+struct Place {
+    const char* attribute; ///< the name of an extended attribute, or the sidecar
+    const StoredForm<Value>* form;
+};
+
+// The first place that holds a value is believed. The first of a table is our own, which desktops share; it
+// is made when it is missing. The others belong to Macs and file servers and are only kept up to date.
+
+constexpr Place<NSString> commentPlaces[] = {
+    {"user.xdg.comment", &commentAsText},
+    {"user.com.apple.metadata:kMDItemFinderComment", &commentInPropertyList},
+    {"user.org.netatalk.Metadata", &commentInAppleDouble},
+    {sidecar, &commentInAppleDouble},
+};
+
+constexpr Place<FinderInfo> informationPlaces[] = {
+    {"user.com.apple.FinderInfo", &plainFinderInfo},
+    {"user.org.netatalk.Metadata", &finderInfoInAppleDouble},
+    {"user.DosStream.AFP_AfpInfo:$DATA", &finderInfoInAFPInfo},
+    {sidecar, &finderInfoInAppleDouble},
+};
+
+Result<void> checkExists(const std::string& path) {
+    if (Result<void> usable = checkPath(path); !usable)
+        return usable;
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return systemFailure("cannot examine " + path);
+    return {};
+}
+
+/// Whether a failed load() means that nothing usable is stored there.
+bool isAbsence(Reason reason) {
+    return reason == Reason::notFound || reason == Reason::notRegularFile || reason == Reason::tooLarge;
+}
+
+Result<Bytes> load(const char* attribute, const std::string& path) {
+    return attribute == sidecar ? readSidecar(path) : getExtendedAttribute(path, attribute);
+}
+
+/// An attribute goes away when nothing is left to be stored.
+Result<void> save(const char* attribute, const std::string& path, ByteView bytes) {
+    if (attribute == sidecar)
+        return replaceSidecar(path, bytes);
+    if (!bytes.empty())
+        return setExtendedAttribute(path, attribute, bytes);
+    Result<void> removed = removeExtendedAttribute(path, attribute);
+    const bool isGone = removed || removed.failure().reason == Reason::notFound;
+    return isGone ? Result<void>() : removed;
+}
+
+/// A place that the file system cannot have is passed over; only when no other holds a value is that the
+/// answer.
+template <class Value>
+Result<std::optional<Value>> firstValue(std::span<const Place<Value>> places, const std::string& path) {
+    if (Result<void> exists = checkExists(path); !exists)
+        return exists.failure();
+    std::optional<Failure> unsupported;
+    for (const Place<Value>& place : places) {
+        const Result<Bytes> stored = load(place.attribute, path);
+        const std::optional<Value> value = stored ? place.form->read(*stored) : std::nullopt;
+        if (value)
+            return value;
+        if (!stored && stored.failure().reason == Reason::unsupported)
+            unsupported = stored.failure();
+        else if (!stored && !isAbsence(stored.failure().reason))
+            return stored.failure();
+    }
+    if (unsupported)
+        return *unsupported;
+    return std::optional<Value>();
+}
+
+/// What a place is for.
+enum class Role {
+    own,        ///< it is made when it is missing
+    copy,       ///< our own place holds the value; here it may be cut
+    substitute, ///< for our own place, which the file system cannot have: all of the value or nothing
+};
+
+/// Answers whether the place now says `value`, whole.
+template <class Value>
+Result<bool> update(const Place<Value>& place, const std::string& path, const Value& value, Role role) {
+    const Result<Bytes> stored = load(place.attribute, path);
+    if (!stored && !isAbsence(stored.failure().reason))
+        return stored.failure();
+    if (!stored && role != Role::own)
+        return false;
+    const std::optional<Bytes> changed = place.form->changed(stored ? *stored : Bytes(), value);
+    if (!changed)
+        return false;
+    const bool isWhole = place.form->read(*changed).value_or(Value()) == value;
+    const bool isAsWanted = stored ? *stored == *changed && !changed->empty() : changed->empty();
+    if (isAsWanted || (!isWhole && role == Role::substitute))
+        return isWhole;
+    if (Result<void> saved = save(place.attribute, path, *changed); !saved)
+        return saved.failure();
+    return isWhole;
+}
+
+/// Stops at the first failure. A new value is stored in our own place first, and an old one is taken from
+/// there last: so whatever fails, what is believed is either the old value or the new one.
+template <class Value>
+Result<void> updateAll(std::span<const Place<Value>> places, const std::string& path, const Value& value) {
+    if (Result<void> exists = checkExists(path); !exists)
+        return exists;
+    const bool isClearing = value == Value();
+    std::optional<Failure> unsupported;
+    bool isStored = false;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const std::size_t index = isClearing ? places.size() - 1 - i : i;
+        const Role role = index == 0 ? Role::own : unsupported ? Role::substitute : Role::copy;
+        const Result<bool> updated = update(places[index], path, value, role);
+        if (!updated && updated.failure().reason != Reason::unsupported)
+            return updated.failure();
+        if (!updated)
+            unsupported = updated.failure();
+        isStored |= updated && *updated;
+    }
+    if (unsupported && !isStored)
+        return *unsupported;
+    return {};
+}
+
+} // namespace
+
+Result<OptionalString> finderComment(const std::string& path) {
+    Result<OptionalString> comment = firstValue<NSString>(commentPlaces, path);
+    if (comment && *comment && (*comment)->isEmpty())
+        return OptionalString();
+    return comment;
+}
+
+Result<void> setFinderComment(const std::string& path, const NSString& comment) {
+    return updateAll<NSString>(commentPlaces, path, comment);
+}
+
+Result<FinderInfo> finderInformation(const std::string& path) {
+    const Result<std::optional<FinderInfo>> information = firstValue<FinderInfo>(informationPlaces, path);
+    if (!information)
+        return information.failure();
+    return information->value_or(FinderInfo());
+}
+
+Result<void> setFinderInformation(const std::string& path, const FinderInfo& information) {
+    return updateAll<FinderInfo>(informationPlaces, path, information);
+}
+
+} // namespace kestrine

@@ -1,0 +1,31 @@
+// Sets a variable of the process's environment for as long as it lives; what it was before comes back then.
+#pragma once
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+namespace kestrine::testing {
+
+class EnvironmentVariable {
+public:
+    EnvironmentVariable(const char* name, const std::string& value) : name_(name) {
+        if (const char* before = std::getenv(name))
+            before_ = before;
+        ::setenv(name, value.c_str(), 1);
+    }
+    ~EnvironmentVariable() {
+        if (before_)
+            ::setenv(name_, before_->c_str(), 1);
+        else
+            ::unsetenv(name_);
+    }
+    EnvironmentVariable(const EnvironmentVariable&) = delete;
+    EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
+
+private:
+    const char* const name_;
+    std::optional<std::string> before_;
+};
+
+} // namespace kestrine::testing
