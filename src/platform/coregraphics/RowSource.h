@@ -21,6 +21,9 @@ public:
     /// format().height times; after a failure it is not called again.
     virtual Result<void> readRow(std::span<std::uint8_t> row) = 0;
 
+    /// Whether threads of its own work on its rows already (see RowsAhead).
+    virtual bool isReadAhead() const { return false; }
+
 protected:
     explicit RowSource(const RowFormat& format) : format_(format) {}
 

@@ -19,9 +19,15 @@ thread_local int forbiddenScopes = 0;
 
 // Starting a thread costs about as much as decoding 20,000 pixels; below this there is nothing to win.
 constexpr std::uint64_t fewestPixels = 250'000;
+constexpr unsigned mostThreads = 4;
 // A handful of bands lets both sides work on while the other's pace varies; a band fits the cache of a core.
 constexpr std::size_t bandCount = 4;
 constexpr std::size_t bandBytes = std::size_t{128} << 10;
+
+bool mayStartThreads(const RowFormat& format) {
+    static const bool hasOneCore = std::thread::hardware_concurrency() < 2;
+    return !hasOneCore && forbiddenScopes == 0 && format.pixels() >= fewestPixels;
+}
 
 /// What one turn of the second thread made.
 struct Band {
@@ -34,8 +40,8 @@ struct Band {
 /// Bands go round: the second thread fills the next one that is free, the first reads them in order.
 class RowsAhead final : public RowSource {
 public:
-    explicit RowsAhead(RowSourcePointer input)
-        : RowSource(input->format()), input_(std::move(input)),
+    RowsAhead(RowSourcePointer input, std::size_t rows)
+        : RowSource(input->format()), input_(std::move(input)), rows_(rows),
           rowsABand_(std::max<std::size_t>(1, bandBytes / format().bytesPerRow())) {
         for (Band& band : bands_)
             band.rows.resize(rowsABand_ * format().bytesPerRow());
@@ -61,6 +67,8 @@ public:
         if (thread_.joinable())
             thread_.join();
     }
+
+    bool isReadAhead() const override { return true; }
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         Band& band = bandToRead();
@@ -93,7 +101,7 @@ private:
     }
 
     void fillBands() {
-        for (std::size_t rest = format().height; rest > 0;) {
+        for (std::size_t rest = rows_; rest > 0;) {
             {
                 std::unique_lock lock(mutex_);
                 changed_.wait(lock, [this] { return filled_ - read_ < bandCount || !isWanted_; });
@@ -129,6 +137,7 @@ private:
     }
 
     RowSourcePointer input_; ///< of the second thread
+    const std::size_t rows_; ///< that will be asked for
     const std::size_t rowsABand_;
     std::array<Band, bandCount> bands_;
 
@@ -144,16 +153,56 @@ private:
     std::thread thread_;
 };
 
-} // namespace
-
-RowSourcePointer rowsAhead(RowSourcePointer input) {
-    static const bool hasOneCore = std::thread::hardware_concurrency() < 2;
-    if (hasOneCore || forbiddenScopes > 0 || input->format().pixels() < fewestPixels)
-        return input;
-    auto ahead = std::make_unique<RowsAhead>(std::move(input));
+RowSourcePointer startedAhead(RowSourcePointer input, std::size_t rows) {
+    auto ahead = std::make_unique<RowsAhead>(std::move(input), rows);
     if (!ahead->start())
         return ahead->takeInput();
     return ahead;
+}
+
+/// Rows of several parts, a band of each in turn.
+class RowsInTurns final : public RowSource {
+public:
+    RowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsABand)
+        : RowSource(parts.front()->format()), parts_(std::move(parts)), rowsABand_(rowsABand) {}
+
+    bool isReadAhead() const override { return true; }
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        return parts_[next_++ / rowsABand_ % parts_.size()]->readRow(row);
+    }
+
+private:
+    const std::vector<RowSourcePointer> parts_;
+    const std::size_t rowsABand_;
+    std::size_t next_ = 0;
+};
+
+/// How many of `rows` rows lie in the bands part, part + parts, part + 2 * parts, ...
+std::size_t rowsOfPart(std::size_t rows, std::size_t rowsABand, std::size_t part, std::size_t parts) {
+    const std::size_t round = rowsABand * parts;
+    const std::size_t rest = rows % round, before = part * rowsABand;
+    return rows / round * rowsABand + (rest <= before ? 0 : std::min(rowsABand, rest - before));
+}
+
+} // namespace
+
+RowSourcePointer rowsAhead(RowSourcePointer input) {
+    if (!mayStartThreads(input->format()) || input->isReadAhead())
+        return input;
+    const std::size_t rows = input->format().height;
+    return startedAhead(std::move(input), rows);
+}
+
+std::size_t decodingThreads(const RowFormat& format) {
+    return mayStartThreads(format) ? std::min(std::thread::hardware_concurrency(), mostThreads) : 1;
+}
+
+RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsABand) {
+    const std::size_t rows = parts.front()->format().height;
+    for (std::size_t part = 0; part < parts.size(); ++part)
+        parts[part] = startedAhead(std::move(parts[part]), rowsOfPart(rows, rowsABand, part, parts.size()));
+    return std::make_unique<RowsInTurns>(std::move(parts), rowsABand);
 }
 
 OneThreadScope::OneThreadScope() { ++forbiddenScopes; }

@@ -1,5 +1,7 @@
 #include "platform/imageio/TIFFRows.h"
+
 #include "platform/coregraphics/ColorConversion.h"
+#include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/TIFFRendering.h"
 #include "platform/imageio/TIFFSamples.h"
 #include "platform/imageio/TIFFStoredRows.h"
@@ -14,14 +16,28 @@ namespace {
 
 using Planes = std::vector<std::unique_ptr<TIFFStoredRows>>;
 
+/// Which rows of a page to deliver: of its bands of `rowsABand` rows, one in `parts`, beginning with number
+/// `part`.
+struct Share {
+    std::uint32_t rowsABand = 1;
+    std::uint32_t part = 0;
+    std::uint32_t parts = 1;
+
+    std::uint32_t firstRow() const { return part * rowsABand; }
+    std::uint32_t rowBehind(std::uint32_t y) const {
+        return (y + 1) % rowsABand == 0 ? y + 1 + (parts - 1) * rowsABand : y + 1;
+    }
+};
+
 /// Rows whose stored bytes are the delivered ones.
 class StoredAsDelivered final : public RowSource {
 public:
-    StoredAsDelivered(std::shared_ptr<const TIFFPage> page, Planes planes)
-        : RowSource(page->format), planes_(std::move(planes)) {}
+    StoredAsDelivered(std::shared_ptr<const TIFFPage> page, Planes planes, const Share& share)
+        : RowSource(page->format), planes_(std::move(planes)), share_(share), y_(share.firstRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        const Result<ByteView> stored = planes_.front()->row(y_++);
+        const Result<ByteView> stored = planes_.front()->row(y_);
+        y_ = share_.rowBehind(y_);
         if (!stored)
             return stored.failure();
         std::memcpy(row.data(), stored->data(), row.size());
@@ -30,7 +46,8 @@ public:
 
 private:
     const Planes planes_;
-    std::uint32_t y_ = 0;
+    const Share share_;
+    std::uint32_t y_;
 };
 
 /// The colour models that need a converter, in the form it takes.
@@ -64,9 +81,9 @@ void makeCIELab(std::vector<Sample>& pixels, std::size_t channels) {
 template <class Sample>
 class SampleRows final : public RowSource {
 public:
-    SampleRows(std::shared_ptr<const TIFFPage> page, Planes planes)
-        : RowSource(page->format), page_(std::move(page)), planes_(std::move(planes)),
-          converter_(converterFor(*page_)),
+    SampleRows(std::shared_ptr<const TIFFPage> page, Planes planes, const Share& share)
+        : RowSource(page->format), page_(std::move(page)), planes_(std::move(planes)), share_(share),
+          y_(share.firstRow()), converter_(converterFor(*page_)),
           stored_(std::size_t{page_->format.width} * page_->samples / page_->planes()),
           pixels_(std::size_t{page_->format.width} * storedChannels()),
           delivered_(page_->format.samplesPerRow()) {}
@@ -81,7 +98,7 @@ public:
             unpack(*packed);
             choose(plane);
         }
-        ++y_;
+        y_ = share_.rowBehind(y_);
         if (page_->isPremultiplied)
             divideByAlpha(pixels_, storedChannels());
         colorize();
@@ -140,11 +157,12 @@ private:
 
     const std::shared_ptr<const TIFFPage> page_;
     const Planes planes_; ///< null for samples that are ignored
+    const Share share_;
+    std::uint32_t y_;
     const std::unique_ptr<ForeignConverter> converter_;
     std::vector<Sample> stored_;    ///< a row of one plane
     std::vector<Sample> pixels_;    ///< a row of what matters of all planes
     std::vector<Sample> delivered_; ///< a row as it leaves
-    std::uint32_t y_ = 0;
 };
 
 /// One opened plane for each that matters.
@@ -166,21 +184,42 @@ Result<Planes> openPlanes(const std::shared_ptr<const ByteReader>& reader, const
     return planes;
 }
 
+RowSourcePointer sampleRows(std::shared_ptr<const TIFFPage> page, Planes planes, const Share& share) {
+    if (page->isDeliveredAsStored())
+        return std::make_unique<StoredAsDelivered>(std::move(page), std::move(planes), share);
+    if (page->format.depth == SampleDepth::bits8)
+        return std::make_unique<SampleRows<std::uint8_t>>(std::move(page), std::move(planes), share);
+    return std::make_unique<SampleRows<std::uint16_t>>(std::move(page), std::move(planes), share);
+}
+
+/// How the page is shared out among threads: whole blocks to a band, at least 128 KiB where there are enough.
+Share sharesOf(const TIFFPage& page, const TIFFStoredRows& rows) {
+    constexpr std::size_t enough = std::size_t{128} << 10;
+    const std::uint32_t blockRows = rows.independentRows();
+    const auto blocks = static_cast<std::uint32_t>(enough / (rows.rowBytes() * blockRows) + 1);
+    const std::uint32_t rowsABand = blockRows * blocks;
+    const bool isCutIntoBands = rowsABand < page.format.height;
+    return {rowsABand, 0, isCutIntoBands ? static_cast<std::uint32_t>(decodingThreads(page.format)) : 1};
+}
+
 } // namespace
 
 Result<RowSourcePointer> rowsOfTIFF(const std::shared_ptr<const ByteReader>& reader,
-                                    std::shared_ptr<const TIFFPage> page) {
+                                    const std::shared_ptr<const TIFFPage>& page) {
     if (page->color == TIFFColor::rendered)
-        return renderedRowsOfTIFF(reader, std::move(page));
-    Result<Planes> planes = openPlanes(reader, *page);
-    if (!planes)
-        return planes.failure();
-    if (page->isDeliveredAsStored())
-        return RowSourcePointer(std::make_unique<StoredAsDelivered>(std::move(page), std::move(*planes)));
-    if (page->format.depth == SampleDepth::bits8)
-        return RowSourcePointer(
-            std::make_unique<SampleRows<std::uint8_t>>(std::move(page), std::move(*planes)));
-    return RowSourcePointer(std::make_unique<SampleRows<std::uint16_t>>(std::move(page), std::move(*planes)));
+        return renderedRowsOfTIFF(reader, page);
+    std::vector<RowSourcePointer> parts;
+    Share share;
+    do {
+        Result<Planes> planes = openPlanes(reader, *page);
+        if (!planes)
+            return planes.failure();
+        if (parts.empty())
+            share = sharesOf(*page, *planes->front());
+        share.part = static_cast<std::uint32_t>(parts.size());
+        parts.push_back(sampleRows(page, std::move(*planes), share));
+    } while (parts.size() < share.parts);
+    return parts.size() == 1 ? std::move(parts.front()) : rowsInTurns(std::move(parts), share.rowsABand);
 }
 
 } // namespace kestrine

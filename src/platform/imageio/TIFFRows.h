@@ -5,7 +5,8 @@
 
 namespace kestrine {
 
+/// A large page is decoded by several threads, since its strips or tiles do not depend on each other.
 Result<RowSourcePointer> rowsOfTIFF(const std::shared_ptr<const ByteReader>& reader,
-                                    std::shared_ptr<const TIFFPage> page);
+                                    const std::shared_ptr<const TIFFPage>& page);
 
 } // namespace kestrine

@@ -33,6 +33,8 @@ public:
     SingleRows(std::unique_ptr<TIFFFile> file, std::size_t rowBytes, unsigned plane)
         : TIFFStoredRows(std::move(file), rowBytes, 1), plane_(static_cast<std::uint16_t>(plane)) {}
 
+    std::uint32_t independentRows() const override { return maximumSide + 1; }
+
 private:
     bool readBlock(std::uint32_t y, Bytes& block) override {
         return library().readScanline(handle(), block.data(), y, plane_) == 1;

@@ -17,6 +17,10 @@ public:
     /// to bottom.
     Result<ByteView> row(std::uint32_t y);
 
+    /// How many rows from a multiple of this number on can be had without any work on those before them; so
+    /// many as no page has when the rows depend on each other.
+    virtual std::uint32_t independentRows() const { return blockRows_; }
+
     /// Length of a row; what lies behind the last pixel is padding.
     std::size_t rowBytes() const { return rowBytes_; }
 

@@ -107,5 +107,51 @@ TEST_F(RowsAhead, startNoThreadInsideAOneThreadScope) {
     EXPECT_FALSE(wasReadElsewhere());
 }
 
+/// Rows whose bytes tell their number in the whole picture, of one part of it; fails when asked for more.
+class PartOfRows final : public RowSource {
+public:
+    PartOfRows(std::uint32_t height, std::uint32_t rowsABand, std::uint32_t part, std::uint32_t parts)
+        : RowSource({600, height, ColorModel::gray, false, SampleDepth::bits8}), rowsABand_(rowsABand),
+          parts_(parts), y_(part * rowsABand) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        if (y_ >= format().height)
+            return Failure{Reason::malformed, "there is no row " + std::to_string(y_)};
+        std::ranges::fill(row, static_cast<std::uint8_t>(y_ * 7));
+        ++y_;
+        if (y_ % rowsABand_ == 0)
+            y_ += (parts_ - 1) * rowsABand_;
+        return {};
+    }
+
+private:
+    const std::uint32_t rowsABand_, parts_;
+    std::uint32_t y_;
+};
+
+TEST(RowsInTurns, areTheRowsOfAllPartsInOrder) {
+    for (const std::uint32_t parts : {1U, 2U, 3U})
+        for (const std::uint32_t rowsABand : {1U, 16U, 700U})
+            for (const std::uint32_t height : {1U, 699U, 700U, 1400U, 2111U}) {
+                std::vector<RowSourcePointer> shares;
+                for (std::uint32_t part = 0; part < parts; ++part)
+                    shares.push_back(std::make_unique<PartOfRows>(height, rowsABand, part, parts));
+                const RowSourcePointer rows = rowsInTurns(std::move(shares), rowsABand);
+                Bytes row(600);
+                for (std::uint32_t y = 0; y < height; ++y) {
+                    ASSERT_TRUE(rows->readRow(row)) << parts << " " << rowsABand << " " << height;
+                    ASSERT_EQ(row.front(), static_cast<std::uint8_t>(y * 7));
+                }
+            }
+}
+
+TEST(RowsInTurns, needNobodyElseToReadAhead) {
+    std::vector<RowSourcePointer> parts;
+    parts.push_back(std::make_unique<PartOfRows>(1000, 10, 0, 1));
+    RowSourcePointer rows = rowsInTurns(std::move(parts), 10);
+    const RowSource* const same = rows.get();
+    EXPECT_EQ(rowsAhead(std::move(rows)).get(), same);
+}
+
 } // namespace
 } // namespace kestrine

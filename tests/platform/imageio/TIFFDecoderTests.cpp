@@ -1,3 +1,4 @@
+#include "platform/coregraphics/RowsAhead.h"
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/TIFFRecipe.h"
 #include "tests/support/Pictures.h"
@@ -48,6 +49,34 @@ std::vector<unsigned> deliveredPixel(const TIFFRecipe& page) {
 using Pixel = std::vector<unsigned>;
 
 } // namespace
+
+TEST(TIFFDecoder, aLargePageIsTheSameFromOneThreadAndFromSeveral) {
+    for (const std::uint16_t planar : Numbers{PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE})
+        for (const std::uint32_t tile : {0, 64})
+            for (const std::uint32_t rowsPerStrip : {1, 7, 300, 901}) {
+                SCOPED_TRACE(::testing::Message()
+                             << "planar " << planar << ", tile " << tile << ", rows " << rowsPerStrip);
+                const TIFFRecipe page{.width = 611,
+                                      .height = 901,
+                                      .compression = COMPRESSION_LZW,
+                                      .planar = planar,
+                                      .rowsPerStrip = rowsPerStrip,
+                                      .tileWidth = tile,
+                                      .tileHeight = tile};
+                const Bytes file = makeTIFF(page);
+                const PixelBuffer several = decodeSound(tiffCodec, file).pixels;
+                const OneThreadScope alone;
+                EXPECT_EQ(several.bytes, decodeSound(tiffCodec, file).pixels.bytes);
+                EXPECT_EQ(several.bytes, expectedOf(page).bytes);
+            }
+}
+
+TEST(TIFFDecoder, aLargePageThatIsDamagedFailsFromSeveralThreadsToo) {
+    const TIFFRecipe page{.width = 611, .height = 901, .compression = COMPRESSION_LZW};
+    Bytes file = makeTIFF(page);
+    std::fill(file.begin() + 5000, file.begin() + 9000, std::uint8_t{0xFF});
+    EXPECT_FALSE(decode(tiffCodec, file));
+}
 
 TEST(TIFFDecoder, everyStorageOfRGBIsRead) {
     for (const std::uint16_t bits : Numbers{8, 16})
