@@ -1,6 +1,7 @@
 #include "platform/appkit/NSImageRep.h"
 
 #include "platform/foundation/NSNumber.h"
+#include "platform/host/FailureCollector.h"
 
 namespace kestrine {
 
@@ -36,11 +37,15 @@ std::vector<std::shared_ptr<NSBitmapImageRep>>
 NSBitmapImageRep::imageRepsWithContentsOfFile(const NSString& path) {
     std::vector<std::shared_ptr<NSBitmapImageRep>> reps;
     Result<std::shared_ptr<const ByteReader>> reader = readerOfPath(path.utf8());
-    if (!reader)
+    if (!reader) {
+        noteFailure(reader.failure());
         return reps;
+    }
     Result<std::shared_ptr<Source>> source = Source::open(std::move(*reader));
-    if (!source)
+    if (!source) {
+        noteFailure(source.failure());
         return reps;
+    }
     for (std::size_t frame = 0; frame < (*source)->frames().size(); ++frame)
         reps.push_back(std::make_shared<NSBitmapImageRep>(Picture{*source, frame, {}},
                                                           pointsOf((*source)->frames()[frame])));
@@ -79,7 +84,11 @@ NSBitmapImageRep::representationUsingType(FileType type, const ImageProperties& 
     output.options.exif = bytesOf(exif);
     output.options.colorTable = bytesOf(colorTable);
     Result<Bytes> file = render(picture(), output);
-    return file ? std::make_shared<const NSData>(std::move(*file)) : nullptr;
+    if (!file) {
+        noteFailure(file.failure());
+        return nullptr;
+    }
+    return std::make_shared<const NSData>(std::move(*file));
 }
 
 } // namespace kestrine

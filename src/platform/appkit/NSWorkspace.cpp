@@ -1,6 +1,7 @@
 #include "platform/appkit/NSWorkspace.h"
 
 #include "platform/host/Environment.h"
+#include "platform/host/FailureCollector.h"
 #include "platform/host/Trash.h"
 
 namespace kestrine {
@@ -16,8 +17,12 @@ bool NSWorkspace::performFileOperation(const NSString& operation, const NSString
         return false;
     const Environment environment = Environment::ofProcess();
     bool allWent = true;
-    for (const NSString& file : files)
-        allWent = moveToTrash(source.appendingPathComponent(file).utf8(), environment).ok() && allWent;
+    for (const NSString& file : files) {
+        const auto trashed = moveToTrash(source.appendingPathComponent(file).utf8(), environment);
+        if (!trashed)
+            noteFailure(trashed.failure());
+        allWent = allWent && trashed.ok();
+    }
     return allWent;
 }
 
