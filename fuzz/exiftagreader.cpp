@@ -1,4 +1,6 @@
-// Whatever the file: the reader keeps to its limits and raises nothing but the platform's exceptions.
+// Whatever the file: the reader keeps to its limits, every accessor of the table answers or raises one of the
+// two exceptions that are named for it, and a display accessor has a text for people exactly when its value
+// accessor has a value.
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "platform/foundation/NSException.h"
 
@@ -6,24 +8,62 @@
 #include <fstream>
 #include <unistd.h>
 
+namespace {
+
+using namespace kestrine;
+
+/// Whether `accessor` answers; otherwise it must raise what accessors may.
+template <class Accessor>
+bool answers(Accessor accessor) {
+    try {
+        accessor();
+        return true;
+    } catch (const NSException& raised) {
+        if (raised.name() != NSInvalidArgumentException && raised.name() != NSRangeException)
+            std::abort();
+        return false;
+    }
+}
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+/// Both raise, or both answer: "N/A" for nil, and else some text.
+template <class Value, class Display>
+void requireDisplayOf(Value value, Display display) {
+    bool isNil = false;
+    NSString text;
+    const bool hasAnswer = answers([&] { isNil = !value(); });
+    require(answers([&] { text = display(); }) == hasAnswer);
+    require(!hasAnswer || (isNil ? text == u"N/A" : !text.isEmpty()));
+}
+
+void walkAccessors(ExifTagReader& reader) {
+#define VALUE(name, directory, tag, rule, Kind) (void)answers([&] { (void)reader.name(); });
+#define FORMATTED(name, valueAccessor, format, valueFormatted)                                               \
+    requireDisplayOf([&] { return reader.valueAccessor(); }, [&] { return reader.name(); });
+#define LOCALIZED(name, valueAccessor, key)                                                                  \
+    requireDisplayOf([&] { return reader.valueAccessor(); }, [&] { return reader.name(); });
+#define COMPUTED(name) (void)answers([&] { require(!reader.name().isEmpty()); });
+#include "_MyClasses/Class/ExifTag/ExifAccessorTable.h"
+    (void)answers([&] { require(!reader.tagDescription().isEmpty()); });
+    (void)answers([&] { (void)reader.correctedCreationDate(); });
+}
+
+} // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace kestrine;
     static const std::string path = "/tmp/kestrine-fuzz-" + std::to_string(::getpid()) + ".jpg";
     [[maybe_unused]] static const int registered = std::atexit([] { ::unlink(path.c_str()); });
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(data), std::streamsize(size));
 
     const auto reader = ExifTagReader::initWithPath(NSString::fromUTF8(path));
     const TagDictionaryPointer tags = reader->tagDictionary();
-    if (tags && tags->size() > 5)
-        std::abort();
+    require(!tags || tags->size() <= 5);
     for (const auto& directory : {reader->IFD0Dict(), reader->IFD1Dict(), reader->subIFDDict()})
-        if (directory && directory->size() > 299)
-            std::abort();
-    try {
-        (void)reader->imageDirectionNumber();
-    } catch (const NSException& raised) {
-        if (raised.name() != NSInvalidArgumentException)
-            std::abort();
-    }
+        require(!directory || directory->size() <= 299);
+    walkAccessors(*reader);
     return 0;
 }

@@ -1,10 +1,10 @@
 #include "kestrinectl/ExifCommand.h"
 
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
-#include "_MyClasses/Class/ExifTag/FileCreationDate.h"
-#include "_MyClasses/Class/ExifTag/LocalTime.h"
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ExifJSON.h"
+#include "platform/foundation/FileCreationDate.h"
+#include "platform/foundation/LocalTime.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileHandle.h"
 

@@ -1,27 +1,22 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
+#include "platform/finder/FinderMetadata.h"
+#include "tests/support/CurrentFolder.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace kestrine {
 namespace {
 
+using testing::CurrentFolder;
 using testing::TemporaryFolder;
 namespace fs = std::filesystem;
 
 void makeFoldersTo(const std::string& path) {
     myUtility::makeFoldersToPath(NSFileManager::defaultManager(), NSString::fromUTF8(path));
 }
-
-/// Makes `folder` the current one for as long as it lives.
-class CurrentFolder {
-public:
-    explicit CurrentFolder(const fs::path& folder) : before_(fs::current_path()) { fs::current_path(folder); }
-    ~CurrentFolder() { fs::current_path(before_); }
-
-private:
-    const fs::path before_;
-};
 
 bool isEmpty(const fs::path& folder) { return fs::directory_iterator(folder) == fs::directory_iterator(); }
 
@@ -83,6 +78,143 @@ TEST(FileManagerUtility, bytesThatAreNoTextNameTheFolderTheyName) {
     const TemporaryFolder folder;
     makeFoldersTo(folder / "caf\xe9/x");
     EXPECT_TRUE(fs::is_directory(folder / "caf\xe9/x"));
+}
+
+NSFileManager& manager() { return NSFileManager::defaultManager(); }
+
+bool isDirectory(const std::string& path) {
+    return myUtility::fileIsDirectory(manager(), NSString::fromUTF8(path));
+}
+
+TEST(FileManagerUtility, aFolderThatOpensAsOneIsADirectory) {
+    const TemporaryFolder folder;
+    fs::create_directory(folder / "plain");
+    fs::create_directory_symlink("plain", folder / "link");
+    EXPECT_TRUE(isDirectory(folder / "plain"));
+    EXPECT_TRUE(isDirectory(folder / "link"));
+    EXPECT_FALSE(isDirectory(folder.write("file", "")));
+    EXPECT_FALSE(isDirectory(folder / "missing"));
+    EXPECT_FALSE(isDirectory(""));
+    EXPECT_FALSE(myUtility::fileIsDirectory(manager(), std::nullopt));
+}
+
+TEST(FileManagerUtility, aPackageCountsAsAFile) {
+    const TemporaryFolder folder;
+    fs::create_directories(folder / "Program.app/Contents");
+    fs::create_directory(folder / "iPhoto Library.app");
+    EXPECT_FALSE(isDirectory(folder / "Program.app"));
+    EXPECT_FALSE(isDirectory(folder / "iPhoto Library.app"));
+    EXPECT_TRUE(isDirectory(folder / "Program.app/Contents"));
+}
+
+TEST(FileManagerUtility, thePackageOfThePictureLibraryIsADirectory) {
+    const TemporaryFolder folder;
+    const FinderInfo package{.flags = 0x2000}; // says that a folder is one
+    for (const char* name : {"iPhoto Library", "iphoto library"}) {
+        fs::create_directory(folder / name);
+        if (!setFinderInformation(folder / name, package))
+            GTEST_SKIP() << "this file system keeps no Finder information";
+    }
+    EXPECT_TRUE(isDirectory(folder / "iPhoto Library"));
+    EXPECT_FALSE(isDirectory(folder / "iphoto library")) << "the name is taken exactly";
+}
+
+void setModificationDate(const std::string& path, timespec date) {
+    const timespec times[2] = {{0, UTIME_OMIT}, date};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
+}
+
+int compare(const std::string& first, const std::string& second) {
+    return myUtility::compareModificationDate(manager(), NSString::fromUTF8(first),
+                                              NSString::fromUTF8(second));
+}
+
+TEST(FileManagerUtility, datesCompareWithTheirFractions) {
+    const TemporaryFolder folder;
+    const std::string older = folder.write("older", ""), newer = folder.write("newer", "");
+    setModificationDate(older, {1'200'000'000, 1'000});
+    setModificationDate(newer, {1'200'000'000, 2'000});
+    EXPECT_EQ(compare(older, newer), -1);
+    EXPECT_EQ(compare(newer, older), 1);
+    EXPECT_EQ(compare(older, older), 0);
+    setModificationDate(newer, {1'200'000'000, 1'000});
+    EXPECT_EQ(compare(older, newer), 0);
+}
+
+TEST(FileManagerUtility, aMissingFirstFileIsTheSameAndAMissingSecondIsOlder) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("file", ""), missing = folder / "missing";
+    const NSString there = NSString::fromUTF8(file);
+    EXPECT_EQ(compare(missing, file), 0);
+    EXPECT_EQ(compare(file, missing), 1);
+    EXPECT_EQ(compare(missing, missing), 0);
+    EXPECT_EQ(myUtility::compareModificationDate(manager(), std::nullopt, there), 0);
+    EXPECT_EQ(myUtility::compareModificationDate(manager(), there, std::nullopt), 1);
+    EXPECT_EQ(myUtility::compareModificationDate(manager(), std::nullopt, std::nullopt), 0);
+}
+
+TEST(FileManagerUtility, theDateOfALinkIsItsOwnButALinkToNothingIsMissing) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("file", ""), link = folder / "link";
+    fs::create_symlink("file", link);
+    setModificationDate(file, {2'000, 0});
+    setModificationDate(link, {1'000, 0});
+    EXPECT_EQ(compare(link, file), -1);
+    fs::create_symlink("nowhere", folder / "dangling");
+    EXPECT_EQ(compare(folder / "dangling", file), 0);
+    EXPECT_EQ(compare(file, folder / "dangling"), 1);
+}
+
+std::uint64_t sizeOf(const std::string& path) {
+    return myUtility::calcSizeOfDirectory(manager(), NSString::fromUTF8(path));
+}
+
+/// What an item counts, folders and links as themselves.
+std::uint64_t ownSize(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+TEST(FileManagerUtility, theSizeOfAFileIsItsOwn) {
+    const TemporaryFolder folder;
+    const CurrentFolder before(folder.path());
+    EXPECT_EQ(sizeOf(folder.write("file", "12345")), 5u);
+    EXPECT_EQ(sizeOf(folder / "missing"), 0u);
+    EXPECT_EQ(fs::current_path(), fs::canonical(folder.path())) << "only a folder becomes the current one";
+}
+
+TEST(FileManagerUtility, theSizeOfAnEmptyFolderIsZero) {
+    const TemporaryFolder folder;
+    const CurrentFolder before(folder.path());
+    EXPECT_EQ(sizeOf(folder.path()), 0u);
+}
+
+TEST(FileManagerUtility, theSizeOfAFolderIsThatOfEverythingBelowIt) {
+    const TemporaryFolder folder;
+    const CurrentFolder before(folder.path());
+    folder.write("top/a", "12345");
+    folder.write("top/below/b", "123");
+    folder.write("top/caf\xe9", "1");
+    fs::create_symlink(folder.write("large", std::string(100'000, 'x')), folder / "top/link");
+    EXPECT_EQ(sizeOf(folder / "top"),
+              5 + 3 + 1 + ownSize(folder / "top/below") + ownSize(folder / "top/link"));
+}
+
+TEST(FileManagerUtility, theMeasuredFolderStaysTheCurrentOne) {
+    const TemporaryFolder folder;
+    const CurrentFolder before(folder.path());
+    folder.write("top/a", "12345");
+    EXPECT_EQ(sizeOf("top"), 5u) << "by a relative path, too";
+    EXPECT_EQ(fs::current_path(), fs::canonical(folder / "top"));
+}
+
+TEST(FileManagerUtility, aLinkToAFolderIsMeasuredItself) {
+    const TemporaryFolder folder;
+    const CurrentFolder before(folder.path());
+    folder.write("top/a", "12345");
+    fs::create_directory_symlink("top", folder / "link");
+    EXPECT_EQ(sizeOf(folder / "link"), 3u);
 }
 
 } // namespace

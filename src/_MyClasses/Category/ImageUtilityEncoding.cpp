@@ -26,16 +26,20 @@ DataPointer JPEGRepresentationWithCompression(const NSImage& image, float compre
                                               const std::vector<NSString>& names) {
     if (image.size() == NSSize{0, 0})
         return nullptr;
-    const ImagePointer flattened = drawnImage(image.size(), image, {std::nullopt, true});
+    const ImagePointer flattened = drawnImage(image.size(), image, {.onWhite = true});
     return encodedBitmap(image, flattened->bitmapOfTIFFRepresentation().get(), FileType::jpeg,
                          {{NSImageCompressionFactor, std::make_shared<NSNumber>(compression)}}, source,
                          names);
 }
 
+DataPointer PNGRepresentation(const NSImage& image) { return PNGRepresentationWithSource(image, {}, {}); }
+
 DataPointer PNGRepresentationWithSource(const NSImage& image, const OptionalString& source,
                                         const std::vector<NSString>& names) {
     return encodedBitmap(image, image.bitmapOfTIFFRepresentation().get(), FileType::png, {}, source, names);
 }
+
+DataPointer GIFRepresentation(const NSImage& image) { return GIFRepresentationWithSource(image, {}, {}); }
 
 DataPointer GIFRepresentationWithSource(const NSImage& image, const OptionalString& source,
                                         const std::vector<NSString>& names) {

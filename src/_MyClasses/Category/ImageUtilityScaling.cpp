@@ -38,6 +38,15 @@ ImagePointer resizedImageWithHeightRatio(const ImagePointer& image, float height
     return resizedImageWithRatio(image, height / image->size().height, HQ);
 }
 
+ImagePointer resizedImageWithMaxSize(const ImagePointer& image, float longestSide, signed char HQ) {
+    if (image == nullptr)
+        return nullptr;
+    const NSSize size = image->size();
+    const float length = longestSide + static_cast<float>(HQ);
+    return size.height >= size.width ? resizedImageWithHeightRatio(image, length, HQ != 0)
+                                     : resizedImageWithWidthRatio(image, length, HQ != 0);
+}
+
 ImagePointer resizedImageWithSize(const ImagePointer& image, NSSize size) {
     return image == nullptr ? nullptr : drawnImage(size, *image);
 }
@@ -59,11 +68,20 @@ ImagePointer resizedImageWithSizeHQ(const ImagePointer& image, NSSize size) {
     return trimmed ? NSImageRepWithCImage(*trimmed) : nullptr;
 }
 
-ImagePointer NSImageRepWithCImage(const CIImage& image) {
+} // namespace kestrine::myUtility
+
+namespace kestrine {
+
+std::shared_ptr<NSImage> NSImageRepWithCImage(const CIImage& image) {
     const auto rep = std::make_shared<NSCIImageRep>(image);
     auto result = std::make_shared<NSImage>(rep->size());
     result->addRepresentation(rep);
     return result;
 }
 
-} // namespace kestrine::myUtility
+std::shared_ptr<NSBitmapImageRep> RGBABitmapImageRepWithCImage(const CIImage& image) {
+    const NSSize size = {static_cast<float>(image.extent().width), static_cast<float>(image.extent().height)};
+    return std::make_shared<NSBitmapImageRep>(image.picture().with(IntoGenericRGBA{}), size);
+}
+
+} // namespace kestrine

@@ -6,11 +6,20 @@ namespace kestrine::myUtility {
 
 namespace {
 
+constexpr float thumbnailSide = 128; // points
+
 ImagePointer turned(const ImagePointer& image, QuarterTurn turn) {
     if (image == nullptr)
         return nullptr;
     const NSSize size = image->size();
-    return drawnImage({size.height, size.width}, *image, {turn, false});
+    return drawnImage({size.height, size.width}, *image, {.turn = turn});
+}
+
+/// The largest size of this aspect with neither side over `thumbnailSide`; multiplied first, then divided.
+NSSize thumbnailSize(NSSize size) {
+    if (size.width > size.height)
+        return {thumbnailSide, size.height * thumbnailSide / size.width};
+    return {size.width * thumbnailSide / size.height, thumbnailSide};
 }
 
 } // namespace
@@ -34,5 +43,19 @@ ImagePointer clockwiseRotate(const ImagePointer& image) {
 }
 
 ImagePointer rotate(const ImagePointer& image) { return turned(image, QuarterTurn::clockwise); }
+
+ImagePointer thumbnailImage(const ImagePointer& image) {
+    if (image == nullptr)
+        return nullptr;
+    const std::shared_ptr<NSImageRep> rep = image->bestRepresentation();
+    const NSSize size = thumbnailSize(rep == nullptr ? NSSize{} : rep->size());
+    if (rep != nullptr)
+        rep->setSize(size);
+    return drawnImage(size, *image);
+}
+
+ImagePointer translucentImageWithAlpha(const ImagePointer& image, float alpha) {
+    return image == nullptr ? nullptr : drawnImage(image->size(), *image, {.fraction = alpha});
+}
 
 } // namespace kestrine::myUtility

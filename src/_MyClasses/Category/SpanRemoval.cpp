@@ -16,6 +16,9 @@ namespace {
 
 constexpr auto npos = std::u16string_view::npos;
 
+/// Of longer delimiters there are few in any text, and each of their beginnings would have to be compared.
+constexpr std::size_t longestDelimiter = 256;
+
 /// How much text may be compared for openings inside of spans, for each code unit of the text.
 constexpr std::size_t mostInnerUnits = 16;
 
@@ -90,6 +93,8 @@ private:
 
 std::optional<std::u16string> removedInOneSweep(std::u16string_view text, std::u16string_view opening,
                                                 std::u16string_view closing) {
+    if (std::max(opening.size(), closing.size()) > longestDelimiter)
+        return std::nullopt;
     return Sweep(text, opening, closing).run();
 }
 

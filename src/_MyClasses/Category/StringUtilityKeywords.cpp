@@ -1,3 +1,4 @@
+#include "_MyClasses/Category/QuotedSpans.h"
 #include "_MyClasses/Category/StringUtility.h"
 #include "_MyClasses/Category/StringUtilityTexts.h"
 #include "platform/foundation/NSException.h"
@@ -16,7 +17,6 @@ constexpr unsigned NSBackwardsSearch = 4;
 constexpr unsigned NSAnchoredSearch = 8;
 
 constexpr int lastDay = 31;
-constexpr std::size_t emptyQuotes = 2; // the length of a pair with nothing between
 
 NSString textOfKey(const Object& key) {
     if (const OptionalString text = NSString::fromObject(key))
@@ -93,19 +93,12 @@ bool stringHasAllKeys(const NSString& receiver, const std::vector<NSString>& key
 }
 
 std::vector<NSString> separateStringKeyToArray(const NSString& receiver, NSBundle& bundle) {
-    std::vector<NSString> words;
-    NSString working = receiver;
-    while (true) {
-        const NSRange span = rangeOfStringFrom(working, u"\"", u"\"");
-        if (span.length <= emptyQuotes)
-            break;
-        words.push_back(working.substring({span.location + 1, span.length - emptyQuotes}));
-        working = *removeString(working, working.substring(span));
-    }
-    working = *removeString(working, u"\"");
-    if (working.isEmpty())
+    QuotedSpans quoted = takeQuotedSpans(receiver.utf16(), u'"', EmptySpan::endsTaking);
+    std::vector<NSString> words(quoted.spans.begin(), quoted.spans.end());
+    const NSString rest = *removeString(std::move(quoted.rest), u"\"");
+    if (rest.isEmpty())
         return words;
-    for (const NSString& piece : withCommas(working, bundle).componentsSeparatedBy(u","))
+    for (const NSString& piece : withCommas(rest, bundle).componentsSeparatedBy(u","))
         words.push_back(piece);
     return words;
 }

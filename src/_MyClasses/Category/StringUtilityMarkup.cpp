@@ -1,11 +1,9 @@
-#include "_MyClasses/Category/SpanRemoval.h"
+#include "_MyClasses/Category/BracketedSpans.h"
 #include "_MyClasses/Category/StringUtility.h"
 
 namespace kestrine::StringUtility {
 
 namespace {
-
-constexpr std::size_t emptyTag = 2; // the length of "<>"
 
 struct Replacement {
     const char16_t* text;
@@ -17,25 +15,12 @@ constexpr Replacement entities[] = {
     {u"&lt;", u"<"}, {u"&gt;", u">"}, {u"&amp;", u"&"}, {u"&quot;", u"\""}, {u"&nbsp;", u" "},
 };
 
-/// Tag after tag, until there is none or it is empty.
-NSString withoutTags(const NSString& text) {
-    // No tag can become empty when the removals do not influence each other.
-    if (!text.contains(u"<>"))
-        if (std::optional<std::u16string> swept = removedInOneSweep(text.utf16(), u"<", u">"))
-            return std::move(*swept);
-    NSString working = text;
-    while (true) {
-        const NSRange tag = rangeOfStringFrom(working, u"<", u">");
-        if (tag.length <= emptyTag)
-            return working;
-        working = *removeString(working, working.substring(tag));
-    }
-}
-
 } // namespace
 
 NSString removeAllHTMLTag(const NSString& receiver) {
-    return receiver.contains(u"<") ? arrangeHTMLString(withoutTags(receiver)) : receiver;
+    if (!receiver.contains(u"<"))
+        return receiver;
+    return arrangeHTMLString(withoutBracketedSpans(receiver.utf16(), u'<', u'>', EmptySpan::endsTaking));
 }
 
 NSString arrangeHTMLString(const NSString& receiver) {

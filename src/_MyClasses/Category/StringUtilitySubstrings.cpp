@@ -1,3 +1,4 @@
+#include "_MyClasses/Category/BracketedSpans.h"
 #include "_MyClasses/Category/SpanRemoval.h"
 #include "_MyClasses/Category/StringUtility.h"
 #include "platform/foundation/NSStringSearch.h"
@@ -64,6 +65,10 @@ NSString removeAllStringStartFrom(const NSString& receiver, const NSString& open
                                   const NSString& closing) {
     if (rangeOfStringFrom(receiver, opening, closing).length == 0)
         return receiver;
+    if (opening.length() == 1 && closing.length() == 1)
+        return opening == closing
+                   ? takeQuotedSpans(receiver.utf16(), opening[0], EmptySpan::goes).rest
+                   : withoutBracketedSpans(receiver.utf16(), opening[0], closing[0], EmptySpan::goes);
     if (std::optional<std::u16string> swept =
             removedInOneSweep(receiver.utf16(), opening.utf16(), closing.utf16()))
         return std::move(*swept);

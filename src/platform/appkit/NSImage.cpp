@@ -22,6 +22,13 @@ Picture scaledPlainly(const Picture& picture, std::uint32_t width, std::uint32_t
     return picture.with(Resampling{x, y, ResampleFilter::triangle, Light::stored});
 }
 
+/// Nothing where all of the picture shows.
+std::optional<Fade> fadeFor(float fraction) {
+    if (fraction >= 1)
+        return std::nullopt;
+    return Fade{fraction > 0 ? fraction : 0};
+}
+
 } // namespace
 
 std::shared_ptr<NSImage> NSImage::initWithContentsOfFile(const NSString& path) {
@@ -48,6 +55,16 @@ std::shared_ptr<NSBitmapImageRep> NSImage::bitmapOfTIFFRepresentation() const {
     return std::make_shared<NSBitmapImageRep>(representations_.front()->picture(), size_);
 }
 
+std::shared_ptr<const NSData> NSImage::TIFFRepresentation() const {
+    const auto bitmap = bitmapOfTIFFRepresentation();
+    if (bitmap == nullptr)
+        return nullptr;
+    ImageProperties properties;
+    if (const Object profile = bitmap->valueForProperty(NSImageColorSyncProfileData); profile != nullptr)
+        properties.emplace(NSImageColorSyncProfileData, profile);
+    return bitmap->representationUsingType(FileType::tiff, properties);
+}
+
 void NSImage::keepPixels() const {
     for (const auto& rep : representations_)
         rep->picture().source->keepPixels();
@@ -63,6 +80,8 @@ std::shared_ptr<NSImage> drawnImage(NSSize canvas, const NSImage& image, const D
     if (drawing.turn)
         picture = picture.with(*drawing.turn);
     picture = scaledPlainly(picture, width, height);
+    if (const auto fade = fadeFor(drawing.fraction))
+        picture = picture.with(*fade);
     if (drawing.onWhite)
         picture = picture.with(Flatten{});
     result->addRepresentation(std::make_shared<NSBitmapImageRep>(std::move(picture), canvas));

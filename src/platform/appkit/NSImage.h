@@ -31,6 +31,10 @@ public:
     /// when there is no representation.
     std::shared_ptr<NSBitmapImageRep> bitmapOfTIFFRepresentation() const;
 
+    /// `TIFFRepresentation`: the file that this bitmap would come from, with its profile. nil likewise, and
+    /// when the file cannot be made.
+    std::shared_ptr<const NSData> TIFFRepresentation() const;
+
     /// `setCacheMode:` with "always": the source's pixels are decoded once and kept for every further use.
     void keepPixels() const;
 
@@ -43,6 +47,7 @@ private:
 struct Drawing {
     std::optional<QuarterTurn> turn; ///< before it is drawn
     bool onWhite = false; ///< over a white canvas (source-over); else its pixels replace a clear one (copy)
+    float fraction = 1;   ///< its alpha is multiplied by this; below 0 and NaN count as 0, above 1 as 1
 };
 
 /// What focusing on a new image of `canvas` points and drawing the whole of `image` over all of it leaves: an

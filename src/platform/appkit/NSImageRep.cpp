@@ -5,7 +5,6 @@
 
 namespace kestrine {
 
-
 namespace {
 
 constexpr double pointsAnInch = 72;
@@ -31,6 +30,19 @@ ByteView bytesOf(const std::shared_ptr<const NSData>& data) {
     return data == nullptr ? ByteView() : data->bytes();
 }
 
+template <class Sample>
+void multiplyByAlpha(PixelBuffer& pixels) {
+    constexpr std::uint64_t full = static_cast<Sample>(~Sample{0});
+    const std::size_t channels = pixels.format.channels();
+    if (!pixels.format.hasAlpha)
+        return;
+    auto* sample = reinterpret_cast<Sample*>(pixels.bytes.data());
+    for (std::uint64_t left = pixels.format.pixels(); left > 0; --left, sample += channels)
+        for (std::size_t c = 0; c + 1 < channels; ++c)
+            sample[c] =
+                static_cast<Sample>((sample[c] * std::uint64_t{sample[channels - 1]} + full / 2) / full);
+}
+
 } // namespace
 
 std::vector<std::shared_ptr<NSBitmapImageRep>>
@@ -53,7 +65,7 @@ NSBitmapImageRep::imageRepsWithContentsOfFile(const NSString& path) {
 }
 
 Object NSBitmapImageRep::valueForProperty(const NSString& name) const {
-    const std::optional<ColorProfile>& profile = picture().description().profile;
+    const std::optional<ColorProfile> profile = picture().profile();
     if (name == NSImageColorSyncProfileData && profile)
         return std::make_shared<NSData>(Bytes(profile->bytes().begin(), profile->bytes().end()));
     if (name == NSImageEXIFData)
@@ -72,9 +84,8 @@ NSBitmapImageRep::representationUsingType(FileType type, const ImageProperties& 
     const auto colorTable = valueOf<NSData>(properties, NSImageRGBColorTable);
 
     const std::optional<ColorProfile> profile =
-        profileData == nullptr
-            ? std::nullopt
-            : ColorProfile::fromICC(profileData->bytes(), picture().description().format.model);
+        profileData == nullptr ? std::nullopt
+                               : ColorProfile::fromICC(profileData->bytes(), picture().format().model);
     Output output{type, {}};
     output.options.quality = compression == nullptr ? 0 : static_cast<double>(compression->floatValue());
     output.options.ditherTransparency = dither != nullptr && dither->boolValue();
@@ -89,6 +100,17 @@ NSBitmapImageRep::representationUsingType(FileType type, const ImageProperties& 
         return nullptr;
     }
     return std::make_shared<const NSData>(std::move(*file));
+}
+
+std::shared_ptr<const NSData> NSBitmapImageRep::bitmapData() const {
+    Result<PixelBuffer> pixels = readPixels(picture());
+    if (!pixels)
+        return nullptr;
+    if (pixels->format.depth == SampleDepth::bits8)
+        multiplyByAlpha<std::uint8_t>(*pixels);
+    else
+        multiplyByAlpha<std::uint16_t>(*pixels);
+    return std::make_shared<const NSData>(std::move(pixels->bytes));
 }
 
 } // namespace kestrine

@@ -57,6 +57,10 @@ public:
     /// `representationUsingType:properties:`: the file's bytes; nil when it cannot be made.
     std::shared_ptr<const NSData> representationUsingType(FileType type,
                                                           const ImageProperties& properties) const;
+
+    /// `bitmapData`: a copy of the pixels, row by row from the top without padding, in the picture's depth;
+    /// colour is multiplied by alpha, which stands last. nil when they cannot be read.
+    std::shared_ptr<const NSData> bitmapData() const;
 };
 
 class NSCIImageRep final : public NSImageRep {

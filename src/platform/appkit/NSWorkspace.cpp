@@ -1,20 +1,16 @@
 #include "platform/appkit/NSWorkspace.h"
 
+#include "platform/finder/FilePackage.h"
+#include "platform/finder/Finder.h"
 #include "platform/host/Environment.h"
 #include "platform/host/FailureCollector.h"
 #include "platform/host/Trash.h"
 
 namespace kestrine {
 
-NSWorkspace& NSWorkspace::shared() {
-    static NSWorkspace workspace;
-    return workspace;
-}
+namespace {
 
-bool NSWorkspace::performFileOperation(const NSString& operation, const NSString& source, const NSString&,
-                                       const std::vector<NSString>& files) {
-    if (operation != NSString(NSWorkspaceRecycleOperation))
-        return false;
+bool recycle(const NSString& source, const std::vector<NSString>& files) {
     const Environment environment = Environment::ofProcess();
     bool allWent = true;
     for (const NSString& file : files) {
@@ -24,6 +20,62 @@ bool NSWorkspace::performFileOperation(const NSString& operation, const NSString
         allWent = allWent && trashed.ok();
     }
     return allWent;
+}
+
+using Bring = FinderOutcome (*)(const std::vector<std::string>& items, const std::string& folder);
+
+struct Operation {
+    const char16_t* name;
+    Bring bring;
+};
+
+constexpr Operation operations[] = {
+    {NSWorkspaceMoveOperation,
+     [](const auto& items, const auto& folder) { return finderMove(items, folder, Replacing::no); }},
+    {NSWorkspaceCopyOperation,
+     [](const auto& items, const auto& folder) { return finderDuplicate(items, folder, Replacing::no); }},
+    {NSWorkspaceLinkOperation, finderLink},
+};
+
+bool bringTo(const NSString& destination, const NSString& source, const std::vector<NSString>& files,
+             Bring bring) {
+    std::vector<std::string> items;
+    for (const NSString& file : files) {
+        if (file.isEmpty())
+            return false; // it would stand for the source folder as a whole
+        items.push_back(source.appendingPathComponent(file).utf8());
+    }
+    return !bring(items, destination.utf8());
+}
+
+bool perform(const NSString& operation, const NSString& source, const NSString& destination,
+             const std::vector<NSString>& files) {
+    if (operation == NSString(NSWorkspaceRecycleOperation))
+        return recycle(source, files);
+    for (const Operation& known : operations)
+        if (operation == NSString(known.name))
+            return bringTo(destination, source, files, known.bring);
+    return false;
+}
+
+} // namespace
+
+NSWorkspace& NSWorkspace::shared() {
+    static NSWorkspace workspace;
+    return workspace;
+}
+
+bool NSWorkspace::performFileOperation(const NSString& operation, const NSString& source,
+                                       const NSString& destination, const std::vector<NSString>& files,
+                                       int* tag) {
+    const bool done = perform(operation, source, destination, files);
+    if (tag != nullptr)
+        *tag = done ? 0 : -1;
+    return done;
+}
+
+bool NSWorkspace::isFilePackageAtPath(const NSString& fullPath) const {
+    return isFilePackage(fullPath.utf8());
 }
 
 } // namespace kestrine

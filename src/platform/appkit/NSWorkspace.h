@@ -9,6 +9,9 @@
 namespace kestrine {
 
 inline constexpr const char16_t* NSWorkspaceRecycleOperation = u"recycle";
+inline constexpr const char16_t* NSWorkspaceMoveOperation = u"move";
+inline constexpr const char16_t* NSWorkspaceCopyOperation = u"copy";
+inline constexpr const char16_t* NSWorkspaceLinkOperation = u"link";
 
 class NSWorkspace {
 public:
@@ -18,11 +21,16 @@ public:
     /// The lock that callers hold around an operation (the platform's per-object mutual exclusion).
     std::recursive_mutex& lock() { return lock_; }
 
-    /// `performFileOperation:source:destination:files:tag:`: for the recycle operation moves each of `files`
-    /// (names in the folder `source`) to the trash and tells whether all of them went. Other operations are
-    /// refused.
+    /// `performFileOperation:source:destination:files:tag:`: moves, copies or links `files` (names in the
+    /// folder `source`) into the folder `destination`, where nothing is ever replaced, or moves them to the
+    /// trash. Tells whether all of it was done; a move, copy or link stops at the first failure, the trash
+    /// takes what it can. Other operations are refused. `tag` (may be null) becomes 0 when everything was
+    /// done by the time this returns, and negative after a failure.
     bool performFileOperation(const NSString& operation, const NSString& source, const NSString& destination,
-                              const std::vector<NSString>& files);
+                              const std::vector<NSString>& files, int* tag = nullptr);
+
+    /// `isFilePackageAtPath:`: whether the path is a folder that the desktop shows as one file.
+    bool isFilePackageAtPath(const NSString& fullPath) const;
 
 private:
     std::recursive_mutex lock_;

@@ -1,9 +1,11 @@
-// Grey and RGB rows into sRGB. Profiles of curves and a matrix, which nearly all are, go by our tables:
-// exact, and ready at once; for the others the colour library computes every pixel without its shortcuts,
-// which would be off by many levels where colours lie outside sRGB.
+// Grey and RGB rows into another RGB space. Profiles of curves and a matrix, which nearly all are, go by our
+// tables: exact, and ready at once; for the others the colour library computes every pixel without its
+// shortcuts, which would be off by many levels where colours lie outside that space. A null profile means
+// sRGB, as the source's and as the target's.
 #include "platform/coregraphics/ColorConversion.h"
 
 #include "platform/coregraphics/ColorManagement.h"
+#include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/ToneCurve.h"
 
 #include <algorithm>
@@ -88,16 +90,17 @@ bool isGrayTable(const ColorProfile& profile) {
     return !handle || convertsByTable(handle);
 }
 
-/// What turns light of the profile's colours into that of sRGB's, when the profile is no more than curves
-/// (which start from black; else its black would have to be compensated) and, for RGB, a matrix.
-std::optional<Matrix<float>> matrixIntoSRGB(const ColorProfile& profile) {
+/// What turns light of the profile's colours into that of the target's (an RGB profile that we made), when
+/// the profile is no more than curves (which start from black; else its black would have to be compensated)
+/// and, for RGB, a matrix.
+std::optional<Matrix<float>> lightMatrix(const ColorProfile& profile, const ColorProfile& target) {
     const auto curves = plainToneCurves(profile);
     if (!curves || !std::ranges::all_of(*curves, [](const ToneCurve& curve) { return curve.light(0) == 0; }))
         return std::nullopt;
     if (profile.model() == ColorModel::gray)
         return isGrayTable(profile) ? std::nullopt : std::optional(unchanged);
     const auto from = primaries(profile);
-    const auto to = primaries(ColorProfile::sRGB());
+    const auto to = primaries(target);
     if (!from || !to)
         return std::nullopt;
     return product(inverse(*to), *from);
@@ -149,9 +152,9 @@ template <class Sample>
 class LightConversion {
 public:
     LightConversion(const RowFormat& format, std::shared_ptr<const ToneTables> tables,
-                    const Matrix<float>& matrix)
-        : format_(format), tables_(std::move(tables)), target_(toneTables(nullptr, ColorModel::rgb)),
-          encode_((*target_)[0]), matrix_(matrix) {
+                    std::shared_ptr<const ToneTables> target, const Matrix<float>& matrix)
+        : format_(format), tables_(std::move(tables)), target_(std::move(target)), encode_((*target_)[0]),
+          matrix_(matrix) {
         for (std::size_t c = 0; c < tables_->channels.size(); ++c)
             light_[c] = lightTable((*tables_)[c], Sample{});
     }
@@ -187,20 +190,23 @@ private:
     std::array<std::span<const float>, 3> light_;
 };
 
-Conversion conversionByLight(const RowFormat& format, const ColorProfile* profile,
+Conversion conversionByLight(const RowFormat& format, const ColorProfile* profile, const ColorProfile* target,
                              const Matrix<float>& matrix) {
-    std::shared_ptr<const ToneTables> tables = toneTables(profile, format.model);
+    std::shared_ptr<const ToneTables> from = toneTables(profile, format.model);
+    std::shared_ptr<const ToneTables> to = toneTables(target, ColorModel::rgb);
     if (format.depth == SampleDepth::bits8)
-        return LightConversion<std::uint8_t>(format, std::move(tables), matrix);
-    return LightConversion<std::uint16_t>(format, std::move(tables), matrix);
+        return LightConversion<std::uint8_t>(format, std::move(from), std::move(to), matrix);
+    return LightConversion<std::uint16_t>(format, std::move(from), std::move(to), matrix);
 }
 
-Conversion conversionByLibrary(const RowFormat& format, const ColorProfile& profile) {
+/// Null when the library cannot do it.
+Conversion conversionByLibrary(const RowFormat& format, const ColorProfile& profile,
+                               const ColorProfile& target) {
     const bool isGray = format.model == ColorModel::gray;
     const auto from = pixelFormat(isGray ? PT_GRAY : PT_RGB, isGray ? 1 : 3, format.depth, format.hasAlpha);
-    std::shared_ptr transform = TransformIntoSRGB::ofProfile(
+    std::shared_ptr transform = TransformIntoRGB::ofProfile(
         profile.bytes(), isGray ? cmsSigGrayData : cmsSigRgbData, from,
-        pixelFormat(PT_RGB, 3, format.depth, format.hasAlpha), cmsFLAGS_NOOPTIMIZE);
+        pixelFormat(PT_RGB, 3, format.depth, format.hasAlpha), cmsFLAGS_NOOPTIMIZE, target);
     if (!transform)
         return nullptr;
     return [transform](const std::uint8_t* in, std::uint8_t* out, std::size_t pixels) {
@@ -208,27 +214,43 @@ Conversion conversionByLibrary(const RowFormat& format, const ColorProfile& prof
     };
 }
 
-} // namespace
+/// Null when the profile cannot be used after all.
+Conversion conversionInto(const ColorProfile* target, const RowFormat& format, const ColorProfile* profile) {
+    // Grey without a profile has sRGB's curve, and light that every RGB space has.
+    if (!profile && format.model == ColorModel::gray)
+        return conversionByLight(format, nullptr, target, unchanged);
+    const ColorProfile from = profile ? *profile : ColorProfile::sRGB();
+    const ColorProfile to = target ? *target : ColorProfile::sRGB();
+    const auto matrix = lightMatrix(from, to);
+    return matrix ? conversionByLight(format, profile, target, *matrix)
+                  : conversionByLibrary(format, from, to);
+}
 
-RowSourcePointer rowsInSRGB(RowSourcePointer rows, const ColorProfile* profile) {
+RowSourcePointer rowsIn(const ColorProfile* target, RowSourcePointer rows, const ColorProfile* profile) {
     const RowFormat& format = rows->format();
     if (profile && (profile->model() != format.model || *profile == ColorProfile::sRGB()))
         profile = nullptr;
-    Conversion conversion;
-    if (profile) {
-        const auto matrix = matrixIntoSRGB(*profile);
-        conversion =
-            matrix ? conversionByLight(format, profile, *matrix) : conversionByLibrary(format, *profile);
-    }
-    // Grey without a profile that could be used has sRGB's curve: its codes come back as they are, three
-    // times.
-    if (!conversion && format.model == ColorModel::gray)
-        conversion = conversionByLight(format, nullptr, unchanged);
-    if (!conversion)
+    const bool isThere = profile && target ? *profile == *target : !profile && !target;
+    if (isThere && format.model == ColorModel::rgb)
         return rows;
+    Conversion conversion = conversionInto(target, format, profile);
+    if (!conversion)
+        return rowsIn(target, std::move(rows), nullptr);
     RowFormat converted = format;
     converted.model = ColorModel::rgb;
     return std::make_unique<ConvertedRows>(std::move(rows), converted, std::move(conversion));
+}
+
+} // namespace
+
+RowSourcePointer rowsInSRGB(RowSourcePointer rows, const ColorProfile* profile) {
+    return rowsIn(nullptr, std::move(rows), profile);
+}
+
+RowSourcePointer rowsInGenericRGBA(RowSourcePointer rows, const ColorProfile* profile) {
+    const ColorProfile target = ColorProfile::genericRGB();
+    constexpr float opaque = 1;
+    return rowsFaded(rowsOf8Bits(rowsIn(&target, std::move(rows), profile)), opaque);
 }
 
 } // namespace kestrine

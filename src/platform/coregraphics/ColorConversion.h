@@ -1,4 +1,4 @@
-// Rows of one colour space turned into sRGB.
+// Rows of one colour space turned into another.
 #pragma once
 
 #include "platform/coregraphics/ColorProfile.h"
@@ -26,5 +26,8 @@ public:
 /// `rows` (grey or RGB, with the given profile) as sRGB of the same depth; alpha is kept, grey becomes RGB.
 /// nullptr as profile means that the rows are sRGB already.
 RowSourcePointer rowsInSRGB(RowSourcePointer rows, const ColorProfile* profile);
+
+/// The same as generic RGB, with 8 bits and an alpha of their own.
+RowSourcePointer rowsInGenericRGBA(RowSourcePointer rows, const ColorProfile* profile);
 
 } // namespace kestrine

@@ -1,6 +1,5 @@
 #include "platform/coregraphics/ColorManagement.h"
 
-#include "platform/coregraphics/ColorProfile.h"
 #include "platform/coregraphics/CurveTag.h"
 #include "platform/coregraphics/ProfileBytes.h"
 
@@ -59,12 +58,12 @@ bool canConvert(const ProfileHandle& profile, cmsColorSpaceSignature space) {
 }
 
 TransformHandle makeTransform(const ContextHandle& context, const ProfileHandle& source, cmsUInt32Number from,
-                              cmsUInt32Number to, cmsUInt32Number flags) {
-    const ProfileHandle target = openPictureProfile(context, ColorProfile::sRGB().bytes(), cmsSigRgbData);
-    if (!target)
+                              cmsUInt32Number to, cmsUInt32Number flags, const ColorProfile& target) {
+    const ProfileHandle space = openPictureProfile(context, target.bytes(), cmsSigRgbData);
+    if (!space)
         return nullptr;
     return TransformHandle(cmsCreateTransformTHR(
-        context.get(), source.get(), from, target.get(), to, INTENT_RELATIVE_COLORIMETRIC,
+        context.get(), source.get(), from, space.get(), to, INTENT_RELATIVE_COLORIMETRIC,
         flags | cmsFLAGS_BLACKPOINTCOMPENSATION | cmsFLAGS_COPY_ALPHA));
 }
 
@@ -106,29 +105,29 @@ bool convertsByTable(const ProfileHandle& profile) {
                                [&](cmsTagSignature tag) { return cmsIsTag(profile.get(), tag) != 0; });
 }
 
-std::unique_ptr<TransformIntoSRGB> TransformIntoSRGB::ofProfile(ByteView icc, cmsColorSpaceSignature space,
-                                                                cmsUInt32Number from, cmsUInt32Number to,
-                                                                cmsUInt32Number flags) {
+std::unique_ptr<TransformIntoRGB> TransformIntoRGB::ofProfile(ByteView icc, cmsColorSpaceSignature space,
+                                                              cmsUInt32Number from, cmsUInt32Number to,
+                                                              cmsUInt32Number flags,
+                                                              const ColorProfile& target) {
     ContextHandle context = makeContext();
     const ProfileHandle source = openPictureProfile(context, icc, space);
     if (!source)
         return nullptr;
-    TransformHandle transform = makeTransform(context, source, from, to, flags);
+    TransformHandle transform = makeTransform(context, source, from, to, flags, target);
     if (!transform)
         return nullptr;
-    return std::unique_ptr<TransformIntoSRGB>(
-        new TransformIntoSRGB(std::move(context), std::move(transform)));
+    return std::unique_ptr<TransformIntoRGB>(new TransformIntoRGB(std::move(context), std::move(transform)));
 }
 
-std::unique_ptr<TransformIntoSRGB> TransformIntoSRGB::ofLab(cmsUInt32Number from, cmsUInt32Number to,
-                                                            cmsUInt32Number flags) {
+std::unique_ptr<TransformIntoRGB> TransformIntoRGB::ofLab(cmsUInt32Number from, cmsUInt32Number to,
+                                                          cmsUInt32Number flags) {
     ContextHandle context = makeContext();
     const ProfileHandle source(cmsCreateLab4ProfileTHR(context.get(), cmsD50_xyY()));
-    TransformHandle transform = source ? makeTransform(context, source, from, to, flags) : nullptr;
+    TransformHandle transform =
+        source ? makeTransform(context, source, from, to, flags, ColorProfile::sRGB()) : nullptr;
     if (!transform)
         throw std::bad_alloc();
-    return std::unique_ptr<TransformIntoSRGB>(
-        new TransformIntoSRGB(std::move(context), std::move(transform)));
+    return std::unique_ptr<TransformIntoRGB>(new TransformIntoRGB(std::move(context), std::move(transform)));
 }
 
 } // namespace kestrine

@@ -3,7 +3,7 @@
 // printed.
 #pragma once
 
-#include "platform/coregraphics/RowFormat.h"
+#include "platform/coregraphics/ColorProfile.h"
 #include "platform/host/Bytes.h"
 
 #include <lcms2.h>
@@ -42,27 +42,29 @@ bool convertsByTable(const ProfileHandle& profile);
 /// A tag's bytes as the file holds them; empty when it is not there. Not for tags that the library has read.
 Bytes rawTag(const ProfileHandle& profile, cmsTagSignature tag);
 
-/// Turns rows of pixels into sRGB, relative colorimetric with black point compensation: colours that sRGB can
-/// show stay what the profile says, and its black becomes black. (The perceptual tables of profiles differ in
-/// what they do to every colour, and a profile of curves and a matrix has none.)
-class TransformIntoSRGB {
+/// Turns rows of pixels into an RGB space, relative colorimetric with black point compensation: colours that
+/// the space can show stay what the profile says, and its black becomes black. (The perceptual tables of
+/// profiles differ in what they do to every colour, and a profile of curves and a matrix has none.)
+class TransformIntoRGB {
 public:
     /// `icc` is a profile for pictures of `space`; `from` and `to` are pixel formats of the colour library
-    /// with the same number of extra samples, which are copied; `flags` are further ones of its flags. Null
-    /// when the profile is not fit.
-    static std::unique_ptr<TransformIntoSRGB> ofProfile(ByteView icc, cmsColorSpaceSignature space,
-                                                        cmsUInt32Number from, cmsUInt32Number to,
-                                                        cmsUInt32Number flags);
-    /// The same for colours in CIE L*a*b* under D50. Throws std::bad_alloc when there is no memory for it.
-    static std::unique_ptr<TransformIntoSRGB> ofLab(cmsUInt32Number from, cmsUInt32Number to,
-                                                    cmsUInt32Number flags);
+    /// with the same number of extra samples, which are copied; `flags` are further ones of its flags;
+    /// `target` is the RGB space. Null when the profile is not fit.
+    static std::unique_ptr<TransformIntoRGB> ofProfile(ByteView icc, cmsColorSpaceSignature space,
+                                                       cmsUInt32Number from, cmsUInt32Number to,
+                                                       cmsUInt32Number flags,
+                                                       const ColorProfile& target = ColorProfile::sRGB());
+    /// The same for colours in CIE L*a*b* under D50, into sRGB. Throws std::bad_alloc when there is no memory
+    /// for it.
+    static std::unique_ptr<TransformIntoRGB> ofLab(cmsUInt32Number from, cmsUInt32Number to,
+                                                   cmsUInt32Number flags);
 
     void convert(const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) {
         cmsDoTransform(transform_.get(), from, to, static_cast<cmsUInt32Number>(pixels));
     }
 
 private:
-    TransformIntoSRGB(ContextHandle context, TransformHandle transform)
+    TransformIntoRGB(ContextHandle context, TransformHandle transform)
         : context_(std::move(context)), transform_(std::move(transform)) {}
 
     ContextHandle context_;

@@ -32,6 +32,9 @@ constexpr double maximumGamma = 10;
 constexpr Chromaticities adobeRGBChromaticities = {
     {0.3127, 0.3290}, {0.64, 0.33}, {0.21, 0.71}, {0.15, 0.06}};
 
+constexpr Chromaticities genericRGBChromaticities = {
+    {0.3127, 0.3290}, {0.63, 0.34}, {0.295, 0.605}, {0.155, 0.077}};
+
 /// Twice the signed area of the triangle a, b, c.
 double turn(Chromaticities::Point a, Chromaticities::Point b, Chromaticities::Point c) {
     return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
@@ -169,6 +172,14 @@ ColorProfile ColorProfile::adobeRGB() {
     constexpr double gamma = 563.0 / 256;
     static const ColorProfile profile(
         required(gammaProfile(gamma, adobeRGBChromaticities, ColorModel::rgb, "Adobe RGB (1998) compatible")),
+        ColorModel::rgb);
+    return profile;
+}
+
+ColorProfile ColorProfile::genericRGB() {
+    constexpr double gamma = 1.8;
+    static const ColorProfile profile(
+        required(gammaProfile(gamma, genericRGBChromaticities, ColorModel::rgb, "Generic RGB")),
         ColorModel::rgb);
     return profile;
 }

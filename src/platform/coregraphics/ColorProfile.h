@@ -34,6 +34,9 @@ public:
     static ColorProfile sRGB();
     /// The space that cameras mark as "Adobe RGB" in EXIF: its published primaries, gamma 563/256.
     static ColorProfile adobeRGB();
+    /// The platform's colours for no device in particular: the P22 phosphors of European monitors under
+    /// daylight (D65), gamma 1.8.
+    static ColorProfile genericRGB();
 
     ByteView bytes() const { return *bytes_; }
     ColorModel model() const { return model_; }

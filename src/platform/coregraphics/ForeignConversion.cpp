@@ -44,14 +44,14 @@ private:
 /// CMYK through its profile.
 class InkConverter final : public ForeignConverter {
 public:
-    explicit InkConverter(std::unique_ptr<TransformIntoSRGB> transform) : transform_(std::move(transform)) {}
+    explicit InkConverter(std::unique_ptr<TransformIntoRGB> transform) : transform_(std::move(transform)) {}
 
     void convert(const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) override {
         transform_->convert(from, to, pixels);
     }
 
 private:
-    const std::unique_ptr<TransformIntoSRGB> transform_;
+    const std::unique_ptr<TransformIntoRGB> transform_;
 };
 
 /// TIFF stores a* and b* as signed numbers (16 bits: in 256ths), the colour library takes them shifted by 128
@@ -65,7 +65,7 @@ std::uint16_t shifted(std::uint16_t sample) {
 template <class Sample>
 class LabConverter final : public ForeignConverter {
 public:
-    LabConverter(std::unique_ptr<TransformIntoSRGB> transform, bool alpha)
+    LabConverter(std::unique_ptr<TransformIntoRGB> transform, bool alpha)
         : transform_(std::move(transform)), channels_(3 + alpha) {}
 
     void convert(const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) override {
@@ -79,7 +79,7 @@ public:
     }
 
 private:
-    const std::unique_ptr<TransformIntoSRGB> transform_;
+    const std::unique_ptr<TransformIntoRGB> transform_;
     const std::size_t channels_;
     std::vector<Sample> samples_;
 };
@@ -91,7 +91,7 @@ std::unique_ptr<ForeignConverter> inkConverter(bool isInverted, SampleDepth dept
     // The library may make itself a table in advance (25 ms, then 42 ns a pixel instead of 250): print
     // profiles are coarse tables themselves, and their pictures large.
     constexpr cmsUInt32Number flags = 0;
-    if (auto transform = TransformIntoSRGB::ofProfile(icc, cmsSigCmykData, from, to, flags))
+    if (auto transform = TransformIntoRGB::ofProfile(icc, cmsSigCmykData, from, to, flags))
         return std::make_unique<InkConverter>(std::move(transform));
     return std::make_unique<ComplementConverter<Sample>>(isInverted, alpha);
 }
@@ -101,9 +101,9 @@ std::unique_ptr<ForeignConverter> labConverter(SampleDepth depth, bool alpha, By
     const auto from = pixelFormat(PT_Lab, 3, depth, alpha);
     const auto to = pixelFormat(PT_RGB, 3, depth, alpha);
     constexpr cmsUInt32Number flags = cmsFLAGS_NOOPTIMIZE; // a table would be off by up to 50 levels
-    auto transform = TransformIntoSRGB::ofProfile(icc, cmsSigLabData, from, to, flags);
+    auto transform = TransformIntoRGB::ofProfile(icc, cmsSigLabData, from, to, flags);
     if (!transform)
-        transform = TransformIntoSRGB::ofLab(from, to, flags);
+        transform = TransformIntoRGB::ofLab(from, to, flags);
     return std::make_unique<LabConverter<Sample>>(std::move(transform), alpha);
 }
 

@@ -15,6 +15,11 @@ RowFormat withoutAlpha(RowFormat format) {
     return format;
 }
 
+RowFormat withAlpha(RowFormat format) {
+    format.hasAlpha = true;
+    return format;
+}
+
 RowFormat with8Bits(RowFormat format) {
     format.depth = SampleDepth::bits8;
     return format;
@@ -56,6 +61,44 @@ public:
 
 private:
     const RowSourcePointer input_;
+    Bytes row_;
+};
+
+/// `from` has alpha behind its `colors` samples a pixel when `hasAlpha` says so; `to` always has.
+template <class Sample>
+void fadeRow(const Sample* from, bool hasAlpha, Sample* to, std::size_t pixels, std::size_t colors,
+             double fraction) {
+    constexpr Sample full = static_cast<Sample>(~Sample{0});
+    for (; pixels > 0; --pixels, from += colors + hasAlpha, to += colors + 1) {
+        const Sample alpha = hasAlpha ? from[colors] : full;
+        to[colors] = static_cast<Sample>(alpha * fraction + 0.5);
+        for (std::size_t c = 0; c < colors; ++c)
+            to[c] = to[colors] == 0 ? Sample{0} : from[c];
+    }
+}
+
+class FadedRows final : public RowSource {
+public:
+    FadedRows(RowSourcePointer input, float fraction)
+        : RowSource(withAlpha(input->format())), input_(std::move(input)),
+          fraction_(static_cast<double>(fraction)), row_(input_->format().bytesPerRow()) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        if (Result<void> read = input_->readRow(row_); !read)
+            return read;
+        const RowFormat& from = input_->format();
+        if (from.depth == SampleDepth::bits8)
+            fadeRow(row_.data(), from.hasAlpha, row.data(), from.width, from.colorChannels(), fraction_);
+        else
+            fadeRow(reinterpret_cast<const std::uint16_t*>(row_.data()), from.hasAlpha,
+                    reinterpret_cast<std::uint16_t*>(row.data()), from.width, from.colorChannels(),
+                    fraction_);
+        return {};
+    }
+
+private:
+    const RowSourcePointer input_;
+    const double fraction_;
     Bytes row_;
 };
 
@@ -128,6 +171,10 @@ private:
 
 RowSourcePointer rowsOnWhite(RowSourcePointer input) {
     return input->format().hasAlpha ? std::make_unique<RowsOnWhite>(std::move(input)) : std::move(input);
+}
+
+RowSourcePointer rowsFaded(RowSourcePointer input, float fraction) {
+    return std::make_unique<FadedRows>(std::move(input), fraction);
 }
 
 RowSourcePointer rowsOf8Bits(RowSourcePointer input) {

@@ -9,6 +9,9 @@ namespace kestrine {
 /// unchanged.
 RowSourcePointer rowsOnWhite(RowSourcePointer input);
 
+/// Alpha times `fraction`, 0 to 1, rounded; rows without alpha get one. What has no alpha left has no colour.
+RowSourcePointer rowsFaded(RowSourcePointer input, float fraction);
+
 /// 16-bit samples rounded to 8 bits. 8-bit rows pass unchanged.
 RowSourcePointer rowsOf8Bits(RowSourcePointer input);
 

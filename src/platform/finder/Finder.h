@@ -27,15 +27,19 @@ enum class Replacing : bool { no, yes };
 
 // Paths are bytes, absolute. All items are looked up before anything is done; the first failure ends the
 // work, and what was done before stays done. Symbolic links are items themselves, and folders work whole.
+// An item that is named twice counts once; different items of one name never go into one folder (-15267).
+// Mount points, and folders that hold some, are never moved, copied or replaced (-10006).
 
 /// Moves the items to the trash.
 FinderOutcome finderDelete(const std::vector<std::string>& items);
 
-/// Copies the items into `folder`, contents, rights, times, extended attributes and all.
+/// Copies the items into `folder`, contents, rights, times, extended attributes and all. An item that lies
+/// there already becomes "a copy.jpg", "a copy 2.jpg"; with `replacing` it is its own copy, and stays.
 FinderOutcome finderDuplicate(const std::vector<std::string>& items, const std::string& folder,
                               Replacing replacing);
 
-/// Moves the items into `folder`; onto another volume by a complete copy whose original then goes.
+/// Moves the items into `folder`; onto another volume by a complete copy whose original then goes. An item
+/// that lies there already stays.
 FinderOutcome finderMove(const std::vector<std::string>& items, const std::string& folder,
                          Replacing replacing);
 

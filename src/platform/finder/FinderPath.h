@@ -8,7 +8,8 @@
 
 namespace kestrine {
 
-/// The Finder path of an existing item, without the colon that marks a folder.
+/// The Finder path of an existing item, without the colon that marks a folder. A link is an item itself;
+/// links above it are resolved.
 Result<NSString> finderPathOf(const std::string& path);
 
 /// The path of the item that a Finder path names; a colon at its end is allowed. notFound when no volume

@@ -1,9 +1,49 @@
 #include "platform/foundation/NSFileManager.h"
 
+#include "platform/host/FileAttributes.h"
 #include "platform/host/FileStatus.h"
+#include "platform/host/FolderTree.h"
 #include "platform/host/Folders.h"
 
 namespace kestrine {
+
+const NSString NSFileTypeDirectory(u"NSFileTypeDirectory");
+const NSString NSFileTypeRegular(u"NSFileTypeRegular");
+const NSString NSFileTypeSymbolicLink(u"NSFileTypeSymbolicLink");
+const NSString NSFileTypeSocket(u"NSFileTypeSocket");
+const NSString NSFileTypeCharacterSpecial(u"NSFileTypeCharacterSpecial");
+const NSString NSFileTypeBlockSpecial(u"NSFileTypeBlockSpecial");
+const NSString NSFileTypeUnknown(u"NSFileTypeUnknown");
+
+namespace {
+
+struct TypeOfMode {
+    mode_t mode;
+    const NSString& type;
+};
+const TypeOfMode typesOfModes[] = {
+    {S_IFDIR, NSFileTypeDirectory}, {S_IFREG, NSFileTypeRegular},          {S_IFLNK, NSFileTypeSymbolicLink},
+    {S_IFSOCK, NSFileTypeSocket},   {S_IFCHR, NSFileTypeCharacterSpecial}, {S_IFBLK, NSFileTypeBlockSpecial},
+};
+
+const NSString& fileTypeOf(mode_t mode) {
+    for (const TypeOfMode& row : typesOfModes)
+        if (row.mode == (mode & S_IFMT))
+            return row.type;
+    return NSFileTypeUnknown;
+}
+
+/// What a new folder takes of the attributes.
+struct stat statusFor(const NSFileAttributes& attributes) {
+    struct stat status {};
+    status.st_mode = attributes.filePosixPermissions;
+    status.st_uid = attributes.fileOwnerAccountID;
+    status.st_gid = attributes.fileGroupOwnerAccountID;
+    status.st_mtim = {attributes.fileModificationDate.seconds, attributes.fileModificationDate.nanoseconds};
+    return status;
+}
+
+} // namespace
 
 NSFileManager& NSFileManager::defaultManager() {
     static NSFileManager manager;
@@ -12,6 +52,44 @@ NSFileManager& NSFileManager::defaultManager() {
 
 bool NSFileManager::fileExistsAtPath(const NSString& path) const { return itemExists(path.utf8()); }
 
-bool NSFileManager::createDirectoryAtPath(const NSString& path) const { return makeFolder(path.utf8()).ok(); }
+bool NSFileManager::fileExistsAtPath(const NSString& path, bool& isDirectory) const {
+    const Result<struct stat> status = attributesOf(path.utf8(), FollowLinks::yes);
+    isDirectory = status && S_ISDIR(status->st_mode);
+    return status.ok();
+}
+
+std::optional<NSFileAttributes> NSFileManager::fileAttributesAtPath(const NSString& path,
+                                                                    bool traverseLink) const {
+    const Result<struct stat> status =
+        attributesOf(path.utf8(), traverseLink ? FollowLinks::yes : FollowLinks::no);
+    if (!status)
+        return std::nullopt;
+    return NSFileAttributes{fileTypeOf(status->st_mode),
+                            static_cast<std::uint64_t>(status->st_size),
+                            {status->st_mtim.tv_sec, static_cast<std::int32_t>(status->st_mtim.tv_nsec)},
+                            status->st_mode & 07777,
+                            status->st_uid,
+                            status->st_gid};
+}
+
+std::vector<NSString> NSFileManager::subpathsAtPath(const NSString& path) const {
+    const Result<std::vector<std::string>> paths = pathsBelow(path.utf8());
+    std::vector<NSString> texts;
+    if (paths)
+        for (const std::string& subpath : *paths)
+            texts.push_back(NSString::fromUTF8(subpath));
+    return texts;
+}
+
+bool NSFileManager::createDirectoryAtPath(const NSString& path,
+                                          const std::optional<NSFileAttributes>& attributes) {
+    if (!attributes || attributes->fileType.isSame(NSFileTypeSymbolicLink))
+        return makeFolder(path.utf8()).ok();
+    return makeFolderWithAttributes(path.utf8(), statusFor(*attributes)).ok();
+}
+
+bool NSFileManager::changeCurrentDirectoryPath(const NSString& path) {
+    return changeCurrentFolder(path.utf8()).ok();
+}
 
 } // namespace kestrine

@@ -1,5 +1,6 @@
 #include "platform/foundation/NSString.h"
 
+#include "platform/foundation/TextSearch.h"
 #include "platform/foundation/UTF8.h"
 #include "platform/foundation/UnicodeCase.h"
 
@@ -35,20 +36,24 @@ NSString NSString::uppercased() const { return upperCased(utf16()); }
 
 NSString NSString::lowercased() const { return lowerCased(utf16()); }
 
+bool NSString::contains(const NSString& part) const {
+    return findText<char16_t>(utf16(), part.utf16()) != std::u16string::npos;
+}
+
 std::vector<NSString> NSString::componentsSeparatedBy(const NSString& separator) const {
-    const std::u16string& text = utf16();
+    const std::u16string_view text = utf16();
     std::vector<NSString> pieces;
     std::size_t start = 0;
     while (!separator.isEmpty()) {
-        const std::size_t hit = text.find(separator.utf16(), start);
+        const std::size_t hit = findText<char16_t>(text, separator.utf16(), start);
         if (hit == std::u16string::npos)
             break;
-        pieces.emplace_back(text.substr(start, hit - start));
+        pieces.emplace_back(std::u16string(text.substr(start, hit - start)));
         start = hit + separator.length();
     }
     if (pieces.empty())
         return {*this};
-    pieces.emplace_back(text.substr(start));
+    pieces.emplace_back(std::u16string(text.substr(start)));
     return pieces;
 }
 

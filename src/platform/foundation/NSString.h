@@ -57,7 +57,7 @@ public:
     NSString operator+(const NSString& other) const { return utf16() + other.utf16(); }
     /// The text in `range`, which must lie inside (`substringWithRange:`).
     NSString substring(NSRange range) const { return utf16().substr(range.location, range.length); }
-    bool contains(const NSString& part) const { return utf16().find(part.utf16()) != std::u16string::npos; }
+    bool contains(const NSString& part) const;
 
     // Paths. All work on the text alone and follow the platform's rules: repeated separators count as one
     // and a trailing one is dropped.
@@ -74,6 +74,9 @@ public:
     NSString deletingPathExtension() const;
     /// `stringByAppendingPathExtension:`: a dot and the extension behind the path; "" and "/" stay.
     NSString appendingPathExtension(const NSString& extension) const;
+    /// `stringByExpandingTildeInPath`: "~" and "~/a" begin with the user's home folder, "~name/a" with that
+    /// user's; the receiver itself when it begins with no tilde or there is no such user.
+    NSString expandingTildeInPath() const;
     /// `pathComponents`: "/a/b" gives "/", "a", "b"; a trailing separator is a last component "/".
     std::vector<NSString> pathComponents() const;
 

@@ -1,6 +1,8 @@
-// The path operations of NSString. Each begins by putting the path in order: one separator where several
-// stand, none at the end except in "/" itself.
+// The path operations of NSString. Each but the expansion of a tilde begins by putting the path in order: one
+// separator where several stand, none at the end except in "/" itself.
 #include "platform/foundation/NSString.h"
+#include "platform/host/Environment.h"
+#include "platform/host/UserDatabase.h"
 
 #include <algorithm>
 
@@ -35,6 +37,15 @@ std::size_t extensionDot(const std::u16string& path) {
     const std::size_t dot = path.rfind(u'.');
     const std::size_t firstOther = path.find_first_not_of(u'.', start);
     return dot == npos || dot <= start || firstOther == npos ? npos : dot;
+}
+
+/// The home folder that a name behind a tilde stands for, without a separator at its end; "" when unknown.
+std::u16string homeFolderNamed(const NSString& name) {
+    std::string home =
+        name.isEmpty() ? Environment::ofProcess().homeFolder() : homeFolderOfUser(name.utf8()).value_or("");
+    while (home.size() > 1 && home.ends_with('/'))
+        home.pop_back();
+    return NSString::fromUTF8(home).utf16();
 }
 
 } // namespace
@@ -73,6 +84,17 @@ NSString NSString::appendingPathExtension(const NSString& extension) const {
     if (path.empty() || path == u"/")
         return path;
     return path + u'.' + extension.utf16();
+}
+
+NSString NSString::expandingTildeInPath() const {
+    if (!utf16().starts_with(u'~'))
+        return *this;
+    const std::size_t slash = std::min(utf16().find(separator), length());
+    const std::u16string home = homeFolderNamed(substring({1, slash - 1}));
+    const std::u16string rest = utf16().substr(slash);
+    if (home.empty())
+        return *this;
+    return home == u"/" && !rest.empty() ? rest : home + rest;
 }
 
 std::vector<NSString> NSString::pathComponents() const {

@@ -1,6 +1,7 @@
 #include "platform/foundation/NSStringSearch.h"
 
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/TextSearch.h"
 #include "platform/foundation/UTF8.h"
 #include "platform/foundation/UnicodeCase.h"
 
@@ -30,7 +31,7 @@ FoldedText folded(std::u16string_view text) {
 NSRange searchFolded(std::u16string_view text, std::u16string_view part) {
     const FoldedText where = folded(text);
     const FoldedText what = folded(part);
-    const std::size_t hit = where.codePoints.find(what.codePoints);
+    const std::size_t hit = findText<char32_t>(where.codePoints, what.codePoints);
     if (hit == std::u32string::npos)
         return notFound;
     const std::size_t start = where.starts[hit];
@@ -49,7 +50,8 @@ NSRange rangeOfString(const NSString& text, const NSString& part, unsigned optio
     NSRange found = notFound;
     if (options & NSCaseInsensitiveSearch)
         found = searchFolded(searched, part.utf16());
-    else if (const std::size_t hit = searched.find(part.utf16()); hit != std::u16string_view::npos)
+    else if (const std::size_t hit = findText<char16_t>(searched, part.utf16());
+             hit != std::u16string_view::npos)
         found = {hit, part.length()};
     if (found.length > 0)
         found.location += range.location;

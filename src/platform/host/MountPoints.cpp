@@ -1,7 +1,9 @@
 #include "platform/host/MountPoints.h"
 
+#include "platform/host/FileDescriptor.h"
 #include "platform/host/PathParts.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <fcntl.h>
 #include <fstream>
@@ -61,17 +63,26 @@ bool isMountPoint(const FolderEntry& entry) {
     return !mount || mount != mountOf(entry.folder, "");
 }
 
-bool hasMountPointBelow(const std::string& folder) {
-    const std::string prefix = joinedPath(folder, "");
+Result<std::vector<MountPoint>> mountPoints() {
     std::ifstream table("/proc/self/mountinfo");
+    if (!table)
+        return systemFailure("cannot read the table of mounts");
+    std::vector<MountPoint> points;
     for (std::string line; std::getline(table, line);) {
         std::istringstream fields(line);
         std::string number, parent, device, root, mountedOn;
         fields >> number >> parent >> device >> root >> mountedOn;
-        if (withoutOctalEscapes(mountedOn).starts_with(prefix))
-            return true;
+        points.push_back({withoutOctalEscapes(mountedOn), root == "/"});
     }
-    return false;
+    return points;
+}
+
+bool hasMountPointBelow(const std::string& folder) {
+    const std::string prefix = joinedPath(folder, "");
+    Result<std::vector<MountPoint>> points = mountPoints();
+    return points && std::any_of(points->begin(), points->end(), [&](const MountPoint& point) {
+               return point.path.starts_with(prefix);
+           });
 }
 
 } // namespace kestrine

@@ -5,6 +5,7 @@
 #include "platform/host/FolderEntry.h"
 
 #include <string>
+#include <vector>
 
 namespace kestrine {
 
@@ -14,6 +15,18 @@ std::string topFolderOf(const std::string& folder);
 
 /// Whether something is mounted on the entry itself, be it a folder or a file, or the system does not tell.
 bool isMountPoint(const FolderEntry& entry);
+
+/// A place where something is mounted.
+struct MountPoint {
+    std::string path;
+    /// Whether a file system is shown there from its own top, which makes the place a folder. A part of one
+    /// that is mounted in a second place may be a file.
+    bool showsWhole;
+};
+
+/// What is mounted where, oldest first, hidden places included; a place comes twice when one mount covers
+/// another there. notFound where the system shows no table of mounts.
+Result<std::vector<MountPoint>> mountPoints();
 
 /// Whether something is mounted anywhere below `folder`.
 bool hasMountPointBelow(const std::string& folder);

@@ -10,8 +10,7 @@
 namespace kestrine {
 
 /// The name that an item tries to get in the trash: the 1st attempt is its own name, then "a.2.jpg",
-/// "a.3.jpg". No name has more than `longest` bytes: what stands before the extension is shortened,
-/// never in the middle of a UTF-8 character.
+/// "a.3.jpg". No name has more than `longest` bytes.
 std::string trashName(const std::string& original, unsigned attempt, std::size_t longest);
 
 /// Bytes other than letters, digits, "/" and the marks that RFC 2396 leaves alone, as %XX.

@@ -16,14 +16,15 @@ namespace {
 /// Each level holds two descriptors, of which a process has about a thousand.
 constexpr unsigned deepestFolder = 200;
 
-Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, unsigned depth);
+Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Original original,
+                            unsigned depth);
 
-Result<void> copyChildren(int source, int target, CopiedItem& folder, unsigned depth) {
+Result<void> copyChildren(int source, int target, CopiedItem& folder, Original original, unsigned depth) {
     Result<std::vector<std::string>> names = namesIn(source);
     if (!names)
         return names.failure();
     for (const std::string& name : *names) {
-        Result<CopiedItem> child = copyItem({source, name}, {target, name}, depth + 1);
+        Result<CopiedItem> child = copyItem({source, name}, {target, name}, original, depth + 1);
         if (!child)
             return child.failure();
         folder.children.push_back(*std::move(child));
@@ -31,7 +32,8 @@ Result<void> copyChildren(int source, int target, CopiedItem& folder, unsigned d
     return {};
 }
 
-Result<void> copyFolder(const FolderEntry& from, const FolderEntry& to, CopiedItem& folder, unsigned depth) {
+Result<void> copyFolder(const FolderEntry& from, const FolderEntry& to, CopiedItem& folder, Original original,
+                        unsigned depth) {
     if (depth > deepestFolder)
         return Failure{Reason::tooLarge, "the folders are nested too deeply"};
     if (isMountPoint(from))
@@ -44,19 +46,22 @@ Result<void> copyFolder(const FolderEntry& from, const FolderEntry& to, CopiedIt
     Result<FileDescriptor> target = openSubfolder(to);
     if (!target)
         return target.failure();
-    if (Result<void> copied = copyChildren(source->number(), target->number(), folder, depth); !copied)
+    if (Result<void> copied = copyChildren(source->number(), target->number(), folder, original, depth);
+        !copied)
         return copied;
     if (Result<void> copied = copyAttributes(source->number(), target->number(), folder.original); !copied)
         return copied;
     return syncFolder(target->number());
 }
 
-Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, unsigned depth) {
+Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Original original,
+                            unsigned depth) {
     Result<struct stat> status = statusOf(from);
     if (!status)
         return status.failure();
-    if (Result<void> allowed = checkRemovable(from.folder, *status); !allowed)
-        return allowed.failure();
+    if (original == Original::goes)
+        if (Result<void> allowed = checkRemovable(from.folder, *status); !allowed)
+            return allowed.failure();
     CopiedItem item{from.name, *status, {}};
     Result<void> copied = Failure{Reason::unsupported, from.name + " is no file, link or folder"};
     if (S_ISREG(status->st_mode))
@@ -64,7 +69,7 @@ Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, unsi
     else if (S_ISLNK(status->st_mode))
         copied = copySymbolicLink(from, to, *status);
     else if (S_ISDIR(status->st_mode))
-        copied = copyFolder(from, to, item, depth);
+        copied = copyFolder(from, to, item, original, depth);
     if (!copied)
         return copied.failure();
     return item;
@@ -94,10 +99,10 @@ Result<void> checkSameContent(int folder, const CopiedItem& item) {
 
 } // namespace
 
-Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to) {
+Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to, Original original) {
     if (statusOf(to))
         return systemFailure("cannot copy to " + to.name, EEXIST);
-    Result<CopiedItem> item = copyItem(from, to, 0);
+    Result<CopiedItem> item = copyItem(from, to, original, 0);
     if (!item)
         removeTree(to);
     return item;

@@ -15,11 +15,15 @@ struct CopiedItem {
     std::vector<CopiedItem> children; ///< of a folder
 };
 
+/// What becomes of the original after the copy.
+enum class Original : bool { stays, goes };
+
 /// Copies `from` to `to`, whose name must be free: bytes, links, extended attributes, rights, times. Fails,
 /// without leaving anything at `to`, when any part cannot be copied: pipes, sockets and devices
-/// (unsupported), more than 200 nested folders (tooLarge), other file systems (refused), what could not
-/// be removed afterwards for lack of rights (notPermitted).
-Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to);
+/// (unsupported), more than 200 nested folders (tooLarge), other file systems (refused) and, when the
+/// original is to go, what could not be removed afterwards for lack of rights (notPermitted).
+Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to,
+                            Original original = Original::goes);
 
 /// Fails (truncated) when anything in the original is no longer as it was copied.
 Result<void> checkUnchanged(int folder, const CopiedItem& item);

@@ -9,6 +9,22 @@ namespace {
 
 std::atomic<std::uint64_t> startedDecodes = 0;
 
+/// Follows the format from step to step.
+struct FormatAfter {
+    void operator()(const QuarterTurn&) { std::swap(result.width, result.height); }
+    void operator()(const Resampling& resampling) {
+        result.width = resampling.x.outSize;
+        result.height = resampling.y.outSize;
+    }
+    void operator()(const Flatten&) { result.hasAlpha = false; }
+    void operator()(const Fade&) { result.hasAlpha = true; }
+    void operator()(const IntoGenericRGBA&) {
+        result = {result.width, result.height, ColorModel::rgb, true, SampleDepth::bits8};
+    }
+
+    RowFormat result;
+};
+
 } // namespace
 
 Result<std::shared_ptr<Source>> Source::open(std::shared_ptr<const ByteReader> reader) {
@@ -42,15 +58,18 @@ Result<RowSourcePointer> Source::rows(std::size_t frame, int eighths) {
     return rowsOfPixels(kept);
 }
 
-Picture::Size Picture::size() const {
-    Size size{description().format.width, description().format.height};
-    for (const PictureStep& step : steps) {
-        if (std::holds_alternative<QuarterTurn>(step))
-            std::swap(size.width, size.height);
-        else if (const auto* resampling = std::get_if<Resampling>(&step))
-            size = {resampling->x.outSize, resampling->y.outSize};
-    }
-    return size;
+RowFormat Picture::format() const {
+    FormatAfter format{description().format};
+    for (const PictureStep& step : steps)
+        std::visit(format, step);
+    return format.result;
+}
+
+std::optional<ColorProfile> Picture::profile() const {
+    std::optional<ColorProfile> profile = description().profile;
+    for (const PictureStep& step : steps)
+        profile = profileAfter(step, std::move(profile));
+    return profile;
 }
 
 bool Picture::wasTurned() const {
@@ -62,6 +81,10 @@ Picture Picture::with(PictureStep step) const {
     Picture result = *this;
     result.steps.push_back(step);
     return result;
+}
+
+std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<ColorProfile> profile) {
+    return std::holds_alternative<IntoGenericRGBA>(step) ? ColorProfile::genericRGB() : std::move(profile);
 }
 
 } // namespace kestrine

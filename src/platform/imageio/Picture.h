@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <optional>
 #include <variant>
 #include <vector>
 
@@ -51,26 +52,37 @@ enum class QuarterTurn : std::uint8_t { clockwise, counterclockwise };
 struct Flatten {
     bool operator==(const Flatten&) const = default;
 };
-using PictureStep = std::variant<QuarterTurn, Resampling, Flatten>;
+/// Multiplies alpha by `fraction`, 0 to 1; what has no alpha left has no colour.
+struct Fade {
+    float fraction = 1;
+
+    bool operator==(const Fade&) const = default;
+};
+/// Makes 8-bit RGB with alpha of it, in generic RGB: the one step that changes what colours the codes mean.
+struct IntoGenericRGBA {
+    bool operator==(const IntoGenericRGBA&) const = default;
+};
+using PictureStep = std::variant<QuarterTurn, Resampling, Flatten, Fade, IntoGenericRGBA>;
 
 struct Picture {
     std::shared_ptr<Source> source;
     std::size_t frame = 0;
     std::vector<PictureStep> steps; ///< in order, each on the result of the one before
 
+    /// Of the source.
     const FrameDescription& description() const { return source->frames()[frame]; }
 
-    /// Size of the result in pixels.
-    std::uint32_t width() const { return size().width; }
-    std::uint32_t height() const { return size().height; }
+    /// Of the result's rows, before a file type takes away what it cannot hold.
+    RowFormat format() const;
+    std::uint32_t width() const { return format().width; }
+    std::uint32_t height() const { return format().height; }
+    /// The profile of the result's pixels; none means sRGB, untagged.
+    std::optional<ColorProfile> profile() const;
     bool wasTurned() const;
     Picture with(PictureStep step) const;
-
-private:
-    struct Size {
-        std::uint32_t width, height;
-    };
-    Size size() const;
 };
+
+/// The profile of pixels that had `profile` before `step`.
+std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<ColorProfile> profile);
 
 } // namespace kestrine

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace kestrine {
 
@@ -53,7 +54,8 @@ Resampling beforeTurn(const Resampling& resampling, int quarterTurns, std::uint3
 /// The rows of a picture, with what the file type cannot hold taken away.
 class Pipeline {
 public:
-    Pipeline(const Picture& picture, bool keeps16Bits) : picture_(picture), keeps16Bits_(keeps16Bits) {}
+    Pipeline(const Picture& picture, bool keeps16Bits)
+        : picture_(picture), keeps16Bits_(keeps16Bits), profile_(picture.description().profile) {}
 
     Result<RowSourcePointer> build() {
         RowPlan plan = planRows(picture_);
@@ -84,17 +86,22 @@ private:
         return eighths;
     }
 
-    RowSourcePointer addStep(RowSourcePointer rows, const PictureStep& step, bool isLast) const {
+    RowSourcePointer addStep(RowSourcePointer rows, const PictureStep& step, bool isLast) {
+        const auto before = std::exchange(profile_, profileAfter(step, profile_));
+        const ColorProfile* profile = before ? &*before : nullptr;
         if (std::holds_alternative<Flatten>(step))
             return rowsOnWhite(std::move(rows));
-        const auto& profile = picture_.description().profile;
+        if (const auto* fade = std::get_if<Fade>(&step))
+            return rowsFaded(std::move(rows), fade->fraction);
+        if (std::holds_alternative<IntoGenericRGBA>(step))
+            return rowsInGenericRGBA(std::move(rows), profile);
         const SampleDepth depth = isLast && !keeps16Bits_ ? SampleDepth::bits8 : rows->format().depth;
-        return resampledRows(std::move(rows), std::get<Resampling>(step), profile ? &*profile : nullptr,
-                             depth);
+        return resampledRows(std::move(rows), std::get<Resampling>(step), profile, depth);
     }
 
     const Picture& picture_;
     const bool keeps16Bits_;
+    std::optional<ColorProfile> profile_; ///< of the rows behind the steps added so far
 };
 
 Result<void> checkSize(const Picture& picture) {
@@ -148,7 +155,7 @@ Result<Bytes> render(const Picture& picture, const Output& output) {
     RowSourcePointer rows = std::move(*built);
     if (!traits.holdsAlpha)
         rows = rowsOnWhite(std::move(rows));
-    const auto& profile = picture.description().profile;
+    const std::optional<ColorProfile> profile = picture.profile();
     if (traits.isSRGBOnly)
         rows = rowsInSRGB(std::move(rows), profile ? &*profile : nullptr);
     EncodingOptions options = output.options;

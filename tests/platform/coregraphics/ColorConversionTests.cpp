@@ -40,6 +40,11 @@ PixelBuffer inSRGB(const PixelBuffer& picture, const Bytes& icc) {
     return inSRGB(picture, profile ? &*profile : nullptr);
 }
 
+PixelBuffer inGenericRGBA(const PixelBuffer& picture, const ColorProfile* profile) {
+    const auto rows = rowsInGenericRGBA(rowsOfPixels(std::make_shared<PixelBuffer>(picture)), profile);
+    return *readAllRows(*rows);
+}
+
 /// Every colour of `converted` is what `expected` says of the colour (0..1) in `source`, within `tolerance`
 /// codes, and alpha is as it was.
 template <class Function>
@@ -223,6 +228,75 @@ TEST(ColorConversion, theBlackOfAProfileBecomesBlack) {
         makePicture({2, 1, ColorModel::gray, false, SampleDepth::bits8},
                     [](std::uint32_t x, std::uint32_t, std::size_t) { return x * 255; });
     EXPECT_EQ(inSRGB(picture, icc).bytes, (Bytes{0, 0, 0, 255, 255, 255}));
+}
+
+TEST(GenericRGBA, sRGBGoesThroughLightAndThePrimariesOfBoth) {
+    for (const SampleDepth depth : depths) {
+        const PixelBuffer picture = manyColors(ColorModel::rgb, false, depth);
+        const PixelBuffer converted = inGenericRGBA(picture, nullptr);
+        ASSERT_EQ(converted.format, (RowFormat{64, 64, ColorModel::rgb, true, SampleDepth::bits8}));
+        for (std::uint32_t y = 0; y < 64; ++y)
+            for (std::uint32_t x = 0; x < 64; ++x) {
+                Triple light{};
+                for (std::size_t c = 0; c < 3; ++c)
+                    light[c] = lightInSRGB(sampleAt(picture, x, y, c) / maximum(depth));
+                const Triple wanted = genericRGBOfLight(light);
+                for (std::size_t c = 0; c < 3; ++c)
+                    ASSERT_NEAR(sampleAt(converted, x, y, c), wanted[c] * 255, 0.7)
+                        << x << " " << y << " " << c;
+                ASSERT_EQ(sampleAt(converted, x, y, 3), 255U);
+            }
+    }
+}
+
+TEST(GenericRGBA, itsOwnColoursStay) {
+    const ColorProfile generic = ColorProfile::genericRGB();
+    const PixelBuffer picture = manyColors(ColorModel::rgb, false, SampleDepth::bits8);
+    const PixelBuffer converted = inGenericRGBA(picture, &generic);
+    const PixelBuffer expected = makePicture(converted.format, [&](auto x, auto y, std::size_t c) {
+        return c == 3 ? 255U : sampleAt(picture, x, y, c);
+    });
+    EXPECT_TRUE(samePicture(converted, expected));
+}
+
+TEST(GenericRGBA, greyTakesItsOwnCurveAndStaysGrey) {
+    const auto linear = ColorProfile::fromGamma(1, {}, ColorModel::gray);
+    const PixelBuffer grays = makePicture({256, 1, ColorModel::gray, false, SampleDepth::bits8},
+                                          [](std::uint32_t x, auto, auto) { return x; });
+    const PixelBuffer untagged = inGenericRGBA(grays, nullptr), tagged = inGenericRGBA(grays, &*linear);
+    for (std::uint32_t x = 0; x < 256; ++x) {
+        EXPECT_NEAR(sampleAt(untagged, x, 0, 0), storedInGenericRGB(lightInSRGB(x / 255.0)) * 255, 0.6);
+        EXPECT_NEAR(sampleAt(tagged, x, 0, 0), storedInGenericRGB(x / 255.0) * 255, 0.6);
+        EXPECT_EQ(sampleAt(tagged, x, 0, 0), sampleAt(tagged, x, 0, 2));
+    }
+}
+
+TEST(GenericRGBA, alphaIsKeptAndWhatIsClearHasNoColour) {
+    const PixelBuffer picture =
+        makePicture({6, 1, ColorModel::rgb, true, SampleDepth::bits16},
+                    [](auto x, auto, std::size_t c) { return c == 3 ? x * 13107 : 65535; });
+    const PixelBuffer converted = inGenericRGBA(picture, nullptr);
+    for (std::uint32_t x = 0; x < 6; ++x) {
+        EXPECT_EQ(sampleAt(converted, x, 0, 3), x * 51);
+        EXPECT_EQ(sampleAt(converted, x, 0, 1), x == 0 ? 0U : 255U);
+    }
+}
+
+TEST(GenericRGBA, aProfileOfATableLeadsThroughIt) {
+    const Bytes icc = makeICC("RGB ", "mntr", "Lab ", {{"A2B0", tableOfCorners(3, corners)}});
+    const auto profile = ColorProfile::fromICC(icc, ColorModel::rgb);
+    ASSERT_TRUE(profile);
+    const PixelBuffer picture =
+        makePicture({8, 1, ColorModel::rgb, false, SampleDepth::bits8},
+                    [](auto x, auto, std::size_t c) { return (x >> (2 - c) & 1) * 255; });
+    const PixelBuffer converted = inGenericRGBA(picture, &*profile);
+    for (std::uint32_t x = 0; x < 8; ++x) {
+        const Triple stored = sRGBOfLab(corners[x]);
+        const Triple wanted =
+            genericRGBOfLight({lightInSRGB(stored[0]), lightInSRGB(stored[1]), lightInSRGB(stored[2])});
+        for (std::size_t c = 0; c < 3; ++c)
+            EXPECT_NEAR(sampleAt(converted, x, 0, c), wanted[c] * 255, 2) << x << " " << c;
+    }
 }
 
 TEST(ColorConversion, aFailureOfTheRowsIsPassedOn) {

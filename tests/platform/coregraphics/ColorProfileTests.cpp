@@ -206,6 +206,16 @@ TEST(ColorProfile, fromGammaHoldsTheExponentInTheOldFormWhereThatIsExact) {
     EXPECT_EQ(tagOf(fine->bytes(), "gTRC"), curveOfFormula(0, {2.2}));
 }
 
+TEST(ColorProfile, genericRGBHasGamma18AndTheP22PhosphorsOfEuropeanMonitors) {
+    const ColorProfile generic = ColorProfile::genericRGB();
+    EXPECT_EQ(ColorProfile::fromICC(generic.bytes(), ColorModel::rgb), generic);
+    EXPECT_EQ(tagOf(generic.bytes(), "rTRC"), curveOfFormula(0, {1.8}));
+    // The phosphors' x, y under D65, adapted to D50 by Bradford's matrix.
+    expectColor(colorOf(generic.bytes(), "rXYZ"), {0.4543, 0.2419, 0.0149});
+    expectColor(colorOf(generic.bytes(), "gXYZ"), {0.3533, 0.6737, 0.0906});
+    expectColor(colorOf(generic.bytes(), "bXYZ"), {0.1566, 0.0844, 0.7194});
+}
+
 TEST(ColorProfile, fromGammaTakesThePrimariesAsTheyAreGiven) {
     const auto profile = ColorProfile::fromGamma(2.2, sRGBChromaticities, ColorModel::rgb);
     ASSERT_TRUE(profile);

@@ -24,10 +24,30 @@ inline Triple storedInSRGB(const Triple& m0, const Triple& m1, const Triple& m2,
     return {storedInSRGB(sum(m0)), storedInSRGB(sum(m1)), storedInSRGB(sum(m2))};
 }
 
+/// Light of a value stored in sRGB, 0 to 1.
+inline double lightInSRGB(double stored) {
+    return stored <= 0.04045 ? stored / 12.92 : std::pow((stored + 0.055) / 1.055, 2.4);
+}
+
 /// From light of the Adobe RGB primaries to that of sRGB's: both have the white D65. Made of the primaries'
 /// x, y.
 inline Triple sRGBOfAdobeLight(const Triple& light) {
     return storedInSRGB({1.3983557, -0.3983557, 0}, {0, 1, 0}, {0, -0.0429290, 1.0429290}, light);
+}
+
+/// Light (any number) as stored in generic RGB, 0 to 1.
+inline double storedInGenericRGB(double light) { return std::pow(std::clamp(light, 0.0, 1.0), 1 / 1.8); }
+
+/// Light of sRGB's primaries as generic RGB: both have the white D65. Made of the primaries' x, y.
+inline Triple genericRGBOfLight(const Triple& light) {
+    constexpr std::array<Triple, 3> matrix = {{{0.9748495, 0.0272954, -0.0021449},
+                                               {-0.0200003, 1.0542090, -0.0342088},
+                                               {0.0016907, 0.0015638, 0.9967455}}};
+    Triple result{};
+    for (std::size_t c = 0; c < 3; ++c)
+        result[c] =
+            storedInGenericRGB(matrix[c][0] * light[0] + matrix[c][1] * light[1] + matrix[c][2] * light[2]);
+    return result;
 }
 
 /// CIE L*a*b* under D50, adapted to D65 by Bradford's matrix.

@@ -1,6 +1,8 @@
 #include "platform/foundation/NSString.h"
+#include "tests/support/EnvironmentVariable.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
 
 namespace kestrine {
 namespace {
@@ -126,6 +128,37 @@ TEST(NSStringPaths, componentsNameTheRootAndATrailingSeparator) {
     EXPECT_EQ(NSString(u"/tmp/").pathComponents(), (Components{u"/", u"tmp", u"/"}));
     EXPECT_EQ(NSString(u"/").pathComponents(), (Components{u"/"}));
     EXPECT_EQ(NSString(u"").pathComponents(), (Components{}));
+}
+
+TEST(NSStringPaths, aTildeIsTheHomeFolder) {
+    const testing::EnvironmentVariable home("HOME", "/home/me");
+    const SplitCase cases[] = {{"~", "/home/me"},
+                               {"~/", "/home/me/"},
+                               {"~/a/~/b", "/home/me/a/~/b"},
+                               {"/~/a", "/~/a"},
+                               {"a~", "a~"},
+                               {"", ""},
+                               {"~no such user/a", "~no such user/a"}};
+    for (const SplitCase& row : cases)
+        EXPECT_EQ(text(row.path).expandingTildeInPath().utf8(), row.expected) << row.path;
+}
+
+TEST(NSStringPaths, aTildeBeforeANameIsThatUsersHomeFolder) {
+    const passwd* root = ::getpwnam("root");
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(text("~root/a").expandingTildeInPath().utf8(), std::string(root->pw_dir) + "/a");
+    EXPECT_EQ(NSString(std::u16string(u"~root\0x/a", 9)).expandingTildeInPath()[0], u'~');
+}
+
+TEST(NSStringPaths, aHomeFolderAtTheTopGivesNoDoubledSeparator) {
+    const testing::EnvironmentVariable home("HOME", "/");
+    EXPECT_EQ(text("~").expandingTildeInPath().utf8(), "/");
+    EXPECT_EQ(text("~/a").expandingTildeInPath().utf8(), "/a");
+}
+
+TEST(NSStringPaths, aPathWithoutATildeStaysTheSameObject) {
+    const NSString path(u"/a//b/");
+    EXPECT_TRUE(path.expandingTildeInPath().isSame(path));
 }
 
 } // namespace

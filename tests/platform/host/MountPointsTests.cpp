@@ -1,9 +1,10 @@
 #include "platform/host/Folders.h"
 #include "platform/host/MountPoints.h"
-#include "tests/platform/host/IsolatedProcess.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 namespace kestrine {
 namespace {
@@ -41,6 +42,31 @@ TEST(MountPoints, theSameDiskInASecondPlaceIsAnotherMount) {
         ASSERT_TRUE(opened);
         EXPECT_TRUE(isMountPoint({opened->number(), "again"}));
         EXPECT_FALSE(isMountPoint({opened->number(), "real"}));
+    });
+}
+
+TEST(MountPoints, theTableTellsWhatIsMountedWhole) {
+    const TemporaryFolder folder;
+    folder.write("file", "x");
+    runWithOwnMounts([&] {
+        const std::string here = std::filesystem::canonical(folder.path()).string();
+        mountFileSystem(here + "/di sk\\\n", 64);
+        ASSERT_TRUE(makeFolder(here + "/di sk\\\n/sub"));
+        mountAgain(here + "/di sk\\\n/sub", here + "/again");
+        const std::vector<MountPoint> points = mountPoints().value();
+        ASSERT_GE(points.size(), 2u);
+        EXPECT_EQ(points.end()[-2].path, here + "/di sk\\\n");
+        EXPECT_TRUE(points.end()[-2].showsWhole);
+        EXPECT_EQ(points.back().path, here + "/again");
+        EXPECT_FALSE(points.back().showsWhole) << "it may be a file";
+    });
+}
+
+TEST(MountPoints, aSystemWithoutATableSaysSo) {
+    runWithOwnMounts([] {
+        ASSERT_EQ(::mount("tmpfs", "/proc", "tmpfs", 0, nullptr), 0);
+        EXPECT_EQ(mountPoints().failure().reason, Reason::notFound);
+        EXPECT_FALSE(hasMountPointBelow("/"));
     });
 }
 

@@ -109,6 +109,24 @@ TEST_F(TreeCopy, foldersNestedTooDeeplyAreRefused) {
     EXPECT_FALSE(isTaken(folder_ / "to"));
 }
 
+TEST_F(TreeCopy, rightsWhereTheOriginalLiesMatterOnlyWhenItIsToGo) {
+    folder_.write("locked/from", "x");
+    std::filesystem::create_directory(folder_.path() / "open");
+    ::chmod((folder_ / "").c_str(), 0755);
+    ::chmod((folder_ / "open").c_str(), 0777);
+    ::chmod((folder_ / "locked").c_str(), 0555);
+    runAsOrdinaryUser([&] {
+        Result<FileDescriptor> source = openFolder(folder_ / "locked"), target = openFolder(folder_ / "open");
+        ASSERT_TRUE(source && target);
+        const FolderEntry from{source->number(), "from"}, to{target->number(), "to"};
+        EXPECT_EQ(copyTree(from, to).failure().reason, Reason::notPermitted);
+        EXPECT_FALSE(isTaken(folder_ / "open/to"));
+        EXPECT_TRUE(copyTree(from, to, Original::stays));
+        EXPECT_EQ(readFile(folder_ / "open/to"), "x");
+    });
+    ::chmod((folder_ / "locked").c_str(), 0755);
+}
+
 TEST_F(TreeCopy, anotherFileSystemInsideIsRefused) {
     runWithOwnMounts([&] {
         folder_.write("from/a", "x");

@@ -1,8 +1,8 @@
 // From the date a picture was taken to the file's creation date.
 #include "_MyClasses/Category/StringUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
-#include "_MyClasses/Class/ExifTag/FileCreationDate.h"
-#include "_MyClasses/Class/ExifTag/LocalTime.h"
+#include "platform/foundation/FileCreationDate.h"
+#include "platform/foundation/LocalTime.h"
 #include "platform/foundation/NSException.h"
 
 namespace kestrine {
@@ -58,7 +58,8 @@ OptionalDate ExifTagReader::correctedCreationDate() {
 }
 
 void ExifTagReader::changeCreationDate() {
-    // A file system without such dates is no reason to fail.
+    // A file system without such dates is no reason to fail, and whoever shows the file watches it: nobody
+    // needs to be told.
     if (const OptionalDate date = correctedCreationDate())
         (void)setFileCreationDate(path().utf8(), *date);
 }

@@ -1,6 +1,6 @@
-#include "_MyClasses/Class/ExifTag/FileCreationDate.h"
+#include "platform/foundation/FileCreationDate.h"
 
-#include "_MyClasses/Class/ExifTag/LocalTime.h"
+#include "platform/foundation/LocalTime.h"
 #include "platform/host/ExtendedAttributes.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#include "_MyClasses/Class/ExifTag/LocalTime.h"
-#include "tests/_MyClasses/LocalZone.h"
+#include "platform/foundation/LocalTime.h"
+#include "tests/support/LocalZone.h"
 
 #include <gtest/gtest.h>
 

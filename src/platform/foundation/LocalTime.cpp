@@ -1,4 +1,4 @@
-#include "_MyClasses/Class/ExifTag/LocalTime.h"
+#include "platform/foundation/LocalTime.h"
 
 #include <array>
 #include <cstdio>

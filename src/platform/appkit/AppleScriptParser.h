@@ -1,0 +1,44 @@
+// The one kind of script that is understood: the Finder being told to delete, duplicate or move items.
+//
+//     tell application "Finder"
+//      delete {"Disk:a", "Disk:folder:"}                                also: delete file "Disk:a"
+//      duplicate {"Disk:a"} to "Disk:folder:" with replacing            or: without replacing
+//      move {"Disk:a"} to "Disk:folder:" without replacing              also: move file "Disk:a" to ...
+//     end tell
+//
+// (one of these lines in a script). The reader is narrow on purpose: whatever is not exactly of this form is
+// an error and does nothing.
+#pragma once
+
+#include "platform/appkit/AppleScriptError.h"
+#include "platform/finder/Finder.h"
+
+#include <variant>
+
+namespace kestrine {
+
+inline constexpr std::size_t longestScript = 1u << 24; ///< UTF-16 code units
+inline constexpr std::size_t mostScriptItems = 100'000;
+
+enum class FinderVerb { deleteItems, duplicateItems, moveItems };
+
+/// A Finder path and where it stands in the script, quotes included.
+struct ScriptedPath {
+    NSString finderPath;
+    NSRange range;
+};
+
+/// What a script tells the Finder to do.
+struct FinderCommand {
+    FinderVerb verb = FinderVerb::deleteItems;
+    std::vector<ScriptedPath> items;
+    std::optional<ScriptedPath> destination; ///< absent exactly for deleteItems
+    Replacing replacing = Replacing::no;
+    NSRange range; ///< of the whole command
+};
+
+/// The command in a script. Errors are scriptSyntaxError, at the first token that does not fit, and
+/// scriptTooLarge beyond the bounds above.
+std::variant<FinderCommand, AppleScriptError> parseAppleScript(const NSString& source);
+
+} // namespace kestrine

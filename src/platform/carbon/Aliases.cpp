@@ -1,0 +1,86 @@
+#include "platform/carbon/Aliases.h"
+
+#include "platform/carbon/BigEndian.h"
+#include "platform/carbon/CatalogNode.h"
+#include "platform/carbon/ItemIdentity.h"
+#include "platform/carbon/StatusCodes.h"
+#include "platform/host/FileStatus.h"
+#include "platform/host/PathParts.h"
+
+#include <algorithm>
+
+namespace kestrine {
+namespace {
+
+// The layout: four bytes for the application that keeps the alias (0), the whole size in two bytes, the
+// version in two, device and number of the item in eight each, the path. Numbers are big-endian.
+constexpr std::uint64_t aliasVersion = 1;
+constexpr std::size_t headerSize = 24;
+constexpr std::size_t largestAlias = 0xFFFF;
+
+Bytes aliasBytes(const ItemIdentity& identity, const std::string& path) {
+    Bytes bytes;
+    appendBigEndian(bytes, 0, 4);
+    appendBigEndian(bytes, headerSize + path.size(), 2);
+    appendBigEndian(bytes, aliasVersion, 2);
+    appendBigEndian(bytes, identity.device, 8);
+    appendBigEndian(bytes, identity.number, 8);
+    bytes.insert(bytes.end(), path.begin(), path.end());
+    return bytes;
+}
+
+struct Alias {
+    ItemIdentity identity;
+    std::string path;
+};
+
+Result<Alias> parsedAlias(ByteView bytes) {
+    const bool isAlias = bytes.size() > headerSize && bigEndian(bytes.subspan(4, 2)) == bytes.size()
+                         && bigEndian(bytes.subspan(6, 2)) == aliasVersion;
+    if (!isAlias)
+        return Failure{Reason::malformed, "the bytes are no alias"};
+    const ByteView path = bytes.subspan(headerSize);
+    Alias alias{{bigEndian(bytes.subspan(8, 8)), bigEndian(bytes.subspan(16, 8))},
+                {path.begin(), path.end()}};
+    if (alias.path[0] != '/' || !checkPath(alias.path))
+        return Failure{Reason::malformed, "the alias holds no path"};
+    return alias;
+}
+
+} // namespace
+
+OSErr FSNewAlias(const FSRef*, const FSRef* target, AliasHandle* alias) {
+    if (alias != nullptr)
+        *alias = nullptr;
+    if (target == nullptr || alias == nullptr)
+        return paramErr;
+    if (target->node == nullptr || target->node->isTopLevel())
+        return errFSBadFSRef;
+    const std::string& path = target->node->path();
+    const Result<ItemIdentity> identity = identityOf(path);
+    if (!identity)
+        return statusCodeFor(identity.failure());
+    if (path.size() > largestAlias - headerSize)
+        return paramErr;
+    const Bytes bytes = aliasBytes(*identity, path);
+    *alias = NewHandle(static_cast<Size>(bytes.size()));
+    if (*alias == nullptr)
+        return MemError();
+    std::ranges::copy(bytes, **alias);
+    return noErr;
+}
+
+Result<std::string> pathOfAlias(ByteView bytes) {
+    Result<Alias> alias = parsedAlias(bytes);
+    if (!alias)
+        return alias.failure();
+    if (isTaken(alias->path))
+        return std::move(alias->path);
+    const std::string folder = folderOf(alias->path);
+    const Result<std::string> name = nameOfItem(folder, alias->identity);
+    if (!name)
+        return name.failure();
+    return joinedPath(folder, *name);
+}
+
+} // namespace kestrine

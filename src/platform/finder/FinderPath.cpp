@@ -1,0 +1,77 @@
+#include "platform/finder/FinderPath.h"
+
+#include "platform/finder/Volumes.h"
+#include "platform/host/FileDescriptor.h"
+#include "platform/host/PathParts.h"
+
+#include <algorithm>
+#include <sys/stat.h>
+
+namespace kestrine {
+
+namespace {
+
+Failure nothingThere(const NSString& finderPath) {
+    return {Reason::notFound, "there is no item " + finderPath.utf8()};
+}
+
+/// The names of a Finder path; malformed when one of them is empty.
+Result<std::vector<NSString>> namesOf(const NSString& finderPath) {
+    std::vector<NSString> names = finderPath.componentsSeparatedBy(u":");
+    if (names.size() > 1 && names.back().isEmpty())
+        names.pop_back();
+    if (std::any_of(names.begin(), names.end(), [](const NSString& name) { return name.isEmpty(); }))
+        return Failure{Reason::malformed, "there is an empty name in the Finder path " + finderPath.utf8()};
+    return names;
+}
+
+/// Whether an item can have that name; "." and ".." would lead to another place.
+bool isItemName(const std::string& name) {
+    return name != "." && name != ".." && name.find_first_of(std::string("/\0", 2)) == std::string::npos;
+}
+
+Result<std::string> mountPointOf(const NSString& volumeName, const NSString& finderPath) {
+    Result<std::vector<Volume>> volumes = mountedVolumes();
+    if (!volumes)
+        return volumes.failure();
+    for (const Volume& volume : *volumes)
+        if (volume.name == volumeName)
+            return volume.mountPoint;
+    return nothingThere(finderPath);
+}
+
+} // namespace
+
+Result<NSString> finderPathOf(const std::string& path) {
+    Result<CatalogEntry> entry = catalogEntry(path);
+    NSString text = entry ? entry->name : NSString();
+    while (entry && !entry->parent.empty()) {
+        entry = catalogEntry(entry->parent);
+        if (entry)
+            text = entry->name + u":" + text;
+    }
+    if (!entry)
+        return entry.failure();
+    return text;
+}
+
+Result<std::string> pathOfFinderPath(const NSString& finderPath) {
+    Result<std::vector<NSString>> names = namesOf(finderPath);
+    if (!names)
+        return names.failure();
+    Result<std::string> path = mountPointOf(names->front(), finderPath);
+    if (!path)
+        return path;
+    for (auto shown = names->begin() + 1; shown != names->end(); ++shown) {
+        const std::string name = withColonsAndSlashesSwapped(*shown).utf8();
+        if (!isItemName(name))
+            return nothingThere(finderPath);
+        path = joinedPath(*path, name);
+    }
+    struct stat status {};
+    if (::lstat(path->c_str(), &status) != 0)
+        return systemFailure("cannot find " + finderPath.utf8());
+    return path;
+}
+
+} // namespace kestrine

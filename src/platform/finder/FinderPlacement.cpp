@@ -1,0 +1,146 @@
+#include "platform/finder/FinderPlacement.h"
+
+#include "platform/host/ExclusiveRename.h"
+#include "platform/host/FileDescriptor.h"
+#include "platform/host/Folders.h"
+#include "platform/host/MountPoints.h"
+#include "platform/host/PathParts.h"
+#include "platform/host/TreeCopy.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+/// Whether the user may remove the entry and everything in it. Nothing is changed.
+Result<void> checkTreeRemovable(const FolderEntry& entry) {
+    Result<struct stat> status = statusOf(entry);
+    if (!status)
+        return status.failure();
+    if (isMountPoint(entry))
+        return Failure{Reason::refused, "a file system is mounted on " + entry.name};
+    if (Result<void> removable = checkRemovable(entry.folder, *status); !removable)
+        return removable;
+    if (!S_ISDIR(status->st_mode))
+        return {};
+    Result<FileDescriptor> folder = openSubfolder(entry);
+    if (!folder)
+        return folder.failure();
+    Result<std::vector<std::string>> names = namesIn(folder->number());
+    if (!names)
+        return names.failure();
+    for (const std::string& name : *names)
+        if (Result<void> removable = checkTreeRemovable({folder->number(), name}); !removable)
+            return removable;
+    return {};
+}
+
+int renameTo(const FolderEntry& from, const std::string& name) {
+    return ::renameat(from.folder, from.name.c_str(), from.folder, name.c_str()) == 0 ? 0 : errno;
+}
+
+bool exchangeIsMissing(int error) { return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP; }
+
+/// Where the file system cannot exchange names: the old goes aside, and comes back if the new cannot arrive.
+Result<std::string> swapStepwise(const FolderEntry& staged, const FolderEntry& place) {
+    const FolderEntry aside{place.folder, temporaryName()};
+    int error = renameTo(place, aside.name);
+    if (error == 0) {
+        error = renameTo(staged, place.name);
+        if (error == 0)
+            return aside.name;
+        (void)renameTo(aside, place.name);
+    }
+    return systemFailure("cannot replace " + place.name, error);
+}
+
+/// Answers the name under which the old one is now.
+Result<std::string> swap(const FolderEntry& staged, const FolderEntry& place) {
+    if (::renameat2(staged.folder, staged.name.c_str(), place.folder, place.name.c_str(), RENAME_EXCHANGE)
+        == 0)
+        return staged.name;
+    if (!exchangeIsMissing(errno))
+        return systemFailure("cannot replace " + place.name);
+    return swapStepwise(staged, place);
+}
+
+Result<void> takeFreeName(const FolderEntry& staged, const FolderEntry& place) {
+    RenameMechanisms mechanisms;
+    const int error = renameWithoutReplacing(staged, place, mechanisms);
+    if (error != 0)
+        return systemFailure("cannot give an item the name " + place.name, error);
+    return {};
+}
+
+/// Tries "a WORD.jpg", "a WORD 2.jpg", ... until one is free.
+Result<std::string> takeNameWith(const std::string& word, const FolderEntry& staged,
+                                 const std::string& name) {
+    const long bound = ::fpathconf(staged.folder, _PC_NAME_MAX);
+    const std::size_t longest = bound > 0 ? static_cast<std::size_t>(bound) : 255;
+    for (unsigned attempt = 1;; ++attempt) {
+        const std::string number = attempt > 1 ? " " + std::to_string(attempt) : "";
+        std::string candidate = nameWithAddition(name, " " + word + number, longest);
+        Result<void> taken = takeFreeName(staged, {staged.folder, candidate});
+        if (taken)
+            return candidate;
+        if (taken.failure().reason != Reason::alreadyExists)
+            return taken.failure();
+    }
+}
+
+} // namespace
+
+Result<void> checkPlace(const FolderEntry& place, Replacing replacing) {
+    Result<struct stat> status = statusOf(place);
+    if (!status && status.failure().reason == Reason::notFound)
+        return {};
+    if (!status)
+        return status.failure();
+    if (replacing == Replacing::no)
+        return Failure{Reason::alreadyExists, "there is a " + place.name + " already"};
+    return checkTreeRemovable(place);
+}
+
+Result<Placement> putInPlace(const std::string& staged, const FolderEntry& place, Replacing replacing) {
+    const FolderEntry arriving{place.folder, staged};
+    Result<struct stat> old = statusOf(place), now = statusOf(arriving);
+    if (!now)
+        return now.failure();
+    if (replacing == Replacing::no || !old) {
+        if (Result<void> placed = takeFreeName(arriving, place); !placed)
+            return placed.failure();
+        return Placement{};
+    }
+    if (S_ISDIR(old->st_mode) || S_ISDIR(now->st_mode)) {
+        Result<std::string> hidden = swap(arriving, place);
+        if (!hidden)
+            return hidden.failure();
+        return Placement{true, *hidden};
+    }
+    if (const int error = renameTo(arriving, place.name); error != 0)
+        return systemFailure("cannot replace " + place.name, error);
+    return Placement{true, ""};
+}
+
+Result<void> removeReplaced(const Placement& placement, const FolderEntry& place) {
+    if (placement.hidden.empty())
+        return {};
+    const FolderEntry old{place.folder, placement.hidden};
+    removeTree(old);
+    if (!statusOf(old))
+        return {};
+    Result<std::string> name = takeNameWith("replaced", old, place.name);
+    if (!name)
+        return name.failure();
+    return Failure{Reason::inputOutput,
+                   "what " + place.name + " replaced cannot be removed and is called " + *name};
+}
+
+Result<std::string> putBeside(const std::string& staged, const FolderEntry& original) {
+    return takeNameWith("copy", {original.folder, staged}, original.name);
+}
+
+} // namespace kestrine

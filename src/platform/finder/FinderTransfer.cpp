@@ -1,0 +1,154 @@
+#include "platform/finder/FinderTransfer.h"
+
+#include "platform/finder/FinderPlacement.h"
+#include "platform/host/ExclusiveRename.h"
+#include "platform/host/FileContent.h"
+#include "platform/host/MountPoints.h"
+#include "platform/host/PathParts.h"
+#include "platform/host/TreeCopy.h"
+
+#include <cerrno>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+bool isSameFile(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+/// By its path, and by what it is: a folder may be mounted in a second place.
+bool liesInItem(const FinderFolder& folder, const FinderItem& item) {
+    return item.isFolder() && (folder.liesInOrIs(item.path()) || isSameFile(folder.status, item.status));
+}
+
+/// What can be known before anything is done.
+Result<void> checkTransfer(const FinderFolder& folder, const FinderItem& item, Replacing replacing) {
+    if (isMountPoint(item.entry()) || (item.isFolder() && hasMountPointBelow(item.path())))
+        return Failure{Reason::refused, "a file system is mounted on " + item.name + " or in it"};
+    if (liesInItem(folder, item))
+        return Failure{Reason::refused, item.name + " cannot be put into itself"};
+    if (replacing == Replacing::yes && item.folder.liesInOrIs(joinedPath(folder.path, item.name)))
+        return Failure{Reason::refused, item.name + " lies in the folder that it would replace"};
+    return checkPlace(folder.entry(item.name), replacing);
+}
+
+/// Gives a finished copy the item's name; the copy goes when that fails.
+Result<Placement> placeCopy(const FolderEntry& staged, const FolderEntry& place, Replacing replacing) {
+    Result<Placement> placed = putInPlace(staged.name, place, replacing);
+    if (!placed)
+        removeTree(staged);
+    return placed;
+}
+
+Result<void> duplicateInPlace(const FinderItem& item) {
+    const FolderEntry staged = item.folder.entry(temporaryName());
+    if (Result<CopiedItem> copied = copyTree(item.entry(), staged, Original::stays); !copied)
+        return copied.failure();
+    Result<std::string> name = putBeside(staged.name, item.entry());
+    if (!name) {
+        removeTree(staged);
+        return name.failure();
+    }
+    return syncFolder(item.folder.descriptor.number());
+}
+
+/// Removes the original of a copy that is in place. When nothing of it could be removed, and nothing gave way
+/// for the copy, the copy goes again.
+Result<void> removeCopied(const FinderItem& item, const CopiedItem& copied, const FolderEntry& copy,
+                          bool hasReplaced) {
+    bool anythingRemoved = false;
+    Result<void> removed = syncFolder(copy.folder);
+    if (removed)
+        removed = removeOriginal(item.folder.descriptor.number(), copied, anythingRemoved);
+    if (!removed && !anythingRemoved && !hasReplaced)
+        removeTree(copy);
+    return removed;
+}
+
+Result<void> moveByCopy(const FinderFolder& folder, const FinderItem& item, Replacing replacing) {
+    const FolderEntry staged = folder.entry(temporaryName()), place = folder.entry(item.name);
+    Result<CopiedItem> copied = copyTree(item.entry(), staged, Original::goes);
+    if (!copied)
+        return copied.failure();
+    if (Result<void> same = checkUnchanged(item.folder.descriptor.number(), *copied); !same) {
+        removeTree(staged);
+        return same;
+    }
+    Result<Placement> placed = placeCopy(staged, place, replacing);
+    if (!placed)
+        return placed.failure();
+    Result<void> moved = removeCopied(item, *copied, place, placed->hasReplaced);
+    Result<void> cleared = removeReplaced(*placed, place);
+    return moved ? cleared : moved;
+}
+
+Failure cannotMove(const FinderItem& item, int error) {
+    return systemFailure("cannot move " + item.name, error);
+}
+
+/// Within one file system: the item comes into the folder under a hidden name first, since it may have to
+/// go back.
+Result<void> moveReplacing(const FinderFolder& folder, const FinderItem& item) {
+    const FolderEntry staged = folder.entry(temporaryName()), place = folder.entry(item.name);
+    RenameMechanisms mechanisms;
+    const int error = renameWithoutReplacing(item.entry(), staged, mechanisms);
+    if (error == EXDEV)
+        return moveByCopy(folder, item, Replacing::yes);
+    if (error != 0)
+        return cannotMove(item, error);
+    Result<Placement> placed = putInPlace(staged.name, place, Replacing::yes);
+    if (!placed) {
+        (void)renameWithoutReplacing(staged, item.entry(), mechanisms);
+        return placed.failure();
+    }
+    return removeReplaced(*placed, place);
+}
+
+/// Renaming one name of a file to another of its names would do nothing: the first one simply goes.
+Result<void> dropSecondName(const FinderItem& item) {
+    if (::unlinkat(item.folder.descriptor.number(), item.name.c_str(), 0) != 0)
+        return cannotMove(item, errno);
+    return {};
+}
+
+} // namespace
+
+Result<void> copyInto(const FinderFolder& folder, const FinderItem& item, Replacing replacing) {
+    if (item.folder.isSame(folder))
+        return replacing == Replacing::no ? duplicateInPlace(item) : Result<void>();
+    if (Result<void> possible = checkTransfer(folder, item, replacing); !possible)
+        return possible;
+    const FolderEntry staged = folder.entry(temporaryName()), place = folder.entry(item.name);
+    if (Result<CopiedItem> copied = copyTree(item.entry(), staged, Original::stays); !copied)
+        return copied.failure();
+    Result<Placement> placed = placeCopy(staged, place, replacing);
+    if (!placed)
+        return placed.failure();
+    Result<void> synced = syncFolder(place.folder);
+    Result<void> cleared = removeReplaced(*placed, place);
+    return synced ? cleared : synced;
+}
+
+Result<void> moveInto(const FinderFolder& folder, const FinderItem& item, Replacing replacing) {
+    if (item.folder.isSame(folder))
+        return {};
+    if (Result<void> possible = checkTransfer(folder, item, replacing); !possible)
+        return possible;
+    const FolderEntry place = folder.entry(item.name);
+    Result<struct stat> old = statusOf(place);
+    if (old && isSameFile(*old, item.status) && old->st_nlink > 1 && !item.isFolder())
+        return dropSecondName(item);
+    if (old)
+        return moveReplacing(folder, item);
+    RenameMechanisms mechanisms;
+    const int error = renameWithoutReplacing(item.entry(), place, mechanisms);
+    if (error == EXDEV)
+        return moveByCopy(folder, item, replacing);
+    if (error != 0)
+        return cannotMove(item, error);
+    return {};
+}
+
+} // namespace kestrine

@@ -1,0 +1,19 @@
+// NSValue: a range as an object, so that collections can hold it.
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+namespace kestrine {
+
+class NSValue final : public NSObject {
+public:
+    /// `valueWithRange:`.
+    explicit NSValue(NSRange range) : range_(range) {}
+
+    NSRange rangeValue() const { return range_; }
+
+private:
+    const NSRange range_;
+};
+
+} // namespace kestrine

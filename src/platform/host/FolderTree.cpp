@@ -1,0 +1,40 @@
+#include "platform/host/FolderTree.h"
+
+#include "platform/host/Folders.h"
+
+#include <fcntl.h>
+
+namespace kestrine {
+
+namespace {
+
+/// Opens a folder by its path below `root`; a link in its place is refused.
+FileDescriptor folderBelow(int root, const std::string& path) {
+    return FileDescriptor(
+        ::openat(root, path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+}
+
+} // namespace
+
+Result<std::vector<std::string>> pathsBelow(const std::string& folder) {
+    Result<FileDescriptor> root = openFolder(folder);
+    if (!root)
+        return root.failure();
+    Result<std::vector<std::string>> paths = namesIn(root->number());
+    if (!paths)
+        return paths;
+    // The list is its own queue: what is in a folder is put behind everything that is known so far. So only
+    // one folder is open besides the root, however deep the tree.
+    for (std::size_t i = 0; i < paths->size(); ++i) {
+        const std::string path = (*paths)[i];
+        const FileDescriptor below = folderBelow(root->number(), path);
+        if (!below.isOpen())
+            continue;
+        const Result<std::vector<std::string>> names = namesIn(below.number());
+        for (const std::string& name : names ? *names : std::vector<std::string>())
+            paths->push_back(path + "/" + name);
+    }
+    return paths;
+}
+
+} // namespace kestrine

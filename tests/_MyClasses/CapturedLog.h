@@ -1,0 +1,23 @@
+// The lines that the platform's log gets, caught for as long as this lives.
+#pragma once
+
+#include "platform/foundation/NSLog.h"
+
+namespace kestrine::testing {
+
+class CapturedLog {
+public:
+    CapturedLog() : before_(setLogSink([this](const NSString& line) { lines_.push_back(line); })) {}
+    ~CapturedLog() { setLogSink(before_); }
+    CapturedLog(const CapturedLog&) = delete;
+    CapturedLog& operator=(const CapturedLog&) = delete;
+
+    /// Since the last call.
+    std::vector<NSString> takeLines() { return std::exchange(lines_, {}); }
+
+private:
+    std::vector<NSString> lines_;
+    const LogSink before_;
+};
+
+} // namespace kestrine::testing

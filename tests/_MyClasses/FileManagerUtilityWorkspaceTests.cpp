@@ -1,0 +1,118 @@
+#include "_MyClasses/Category/FileManagerUtilityMetadata.h"
+#include "_MyClasses/Category/FileManagerUtilityScripting.h"
+#include "platform/finder/FinderMetadata.h"
+#include "tests/support/FinderPlace.h"
+
+#include <gtest/gtest.h>
+
+namespace kestrine {
+namespace {
+
+using testing::readFile;
+namespace fs = std::filesystem;
+
+NSString text(const std::string& path) { return NSString::fromUTF8(path); }
+
+/// Files in a place of the test, and a folder that they are brought to.
+class WorkspaceFilesTest : public ::testing::Test {
+protected:
+    std::string commented(const std::string& name, const NSString& comment) const {
+        const std::string path = place_.write(name);
+        keepsComments_ = setFinderComment(path, comment).ok() && keepsComments_;
+        return path;
+    }
+
+    const testing::FinderPlace place_;
+    const std::string folder_ = place_.makeFolder("folder");
+    mutable bool keepsComments_ = true;
+};
+
+/// A folder that is on another volume than the place, also by its name.
+class TwoVolumesTest : public WorkspaceFilesTest {
+protected:
+    void SetUp() override {
+        if (!fs::is_directory("/dev/shm") || place_.path().string().starts_with("/dev/"))
+            GTEST_SKIP() << "there is no second file system";
+        elsewhere_ = std::make_unique<testing::TemporaryFolder>("/dev/shm");
+    }
+
+    std::unique_ptr<const testing::TemporaryFolder> elsewhere_;
+};
+
+TEST_F(WorkspaceFilesTest, linksLeadToTheFiles) {
+    const std::string file = place_.write("a \"b\"", "content"), other = place_.write("caf\xe9");
+    WSLinkFilesToFolder({text(file), text(other)}, text(folder_));
+    EXPECT_TRUE(fs::is_symlink(folder_ + "/a \"b\""));
+    EXPECT_TRUE(fs::equivalent(folder_ + "/a \"b\"", file));
+    EXPECT_TRUE(fs::equivalent(folder_ + "/caf\xe9", other));
+}
+
+TEST_F(WorkspaceFilesTest, aLinkThatCannotBeMadeDoesNotKeepTheNextFromIt) {
+    const std::string taken = place_.write("a"), file = place_.write("b");
+    place_.write("folder/a", "old");
+    WSLinkFilesToFolder({text(taken), text(place_ / "missing"), text(file)}, text(folder_));
+    EXPECT_EQ(readFile(folder_ + "/a"), "old");
+    EXPECT_TRUE(fs::is_symlink(folder_ + "/b"));
+}
+
+TEST_F(WorkspaceFilesTest, filesMoveOrAreCopied) {
+    const std::string moved = place_.write("a"), copied = place_.write("b");
+    WSMoveFilesToFolder({text(moved)}, text(folder_), false);
+    WSMoveFilesToFolder({text(copied)}, text(folder_), true);
+    EXPECT_FALSE(fs::exists(moved));
+    EXPECT_TRUE(fs::exists(copied));
+    EXPECT_EQ(readFile(folder_ + "/a") + readFile(folder_ + "/b"), "contentcontent");
+}
+
+TEST_F(WorkspaceFilesTest, nothingIsReplacedAndTheNextFilesAreStillBrought) {
+    const std::string taken = place_.write("a", "new"), file = place_.write("b");
+    place_.write("folder/a", "old");
+    WSMoveFilesToFolder({text(taken), text(place_ / "missing"), text(file)}, text(folder_), false);
+    EXPECT_EQ(readFile(taken), "new");
+    EXPECT_EQ(readFile(folder_ + "/a"), "old");
+    EXPECT_TRUE(fs::exists(folder_ + "/b"));
+}
+
+TEST_F(WorkspaceFilesTest, noFilesAreNothingToDo) {
+    WSLinkFilesToFolder({}, text(folder_));
+    WSMoveFilesToFolder({}, text(folder_), false);
+    EXPECT_TRUE(fs::is_empty(folder_));
+}
+
+TEST_F(WorkspaceFilesTest, movedAndCopiedItemsKeepTheirComments) {
+    const std::string moved = commented("a", u"first"), copied = commented("b", u"zweiter Kommentar");
+    if (!keepsComments_)
+        GTEST_SKIP() << "this file system keeps no comments";
+    WSMoveFilesToFolder({text(moved)}, text(folder_), false);
+    WSMoveFilesToFolder({text(copied), text(place_.write("c"))}, text(folder_), true);
+    EXPECT_EQ(commentForFile(text(folder_ + "/a")), NSString(u"first"));
+    EXPECT_EQ(commentForFile(text(folder_ + "/b")), NSString(u"zweiter Kommentar"));
+    EXPECT_EQ(commentForFile(text(folder_ + "/c")), std::nullopt);
+}
+
+TEST_F(TwoVolumesTest, aFileOnAnotherVolumeIsCopiedAndSoAreAllAfterIt) {
+    const std::string first = elsewhere_->write("a", "1");
+    const std::string second = place_.write("b", "2"), third = place_.write("c", "3");
+    WSMoveFilesToFolder({text(first), text(second), text(third)}, text(folder_), false);
+    EXPECT_EQ(readFile(folder_ + "/a") + readFile(folder_ + "/b") + readFile(folder_ + "/c"), "123");
+    EXPECT_EQ(readFile(first) + readFile(second) + readFile(third), "123") << "all three were copied";
+}
+
+TEST_F(TwoVolumesTest, filesBeforeTheOneOnAnotherVolumeAreMoved) {
+    const std::string first = place_.write("a", "1"), second = elsewhere_->write("b", "2"),
+                      third = place_.write("c", "3");
+    WSMoveFilesToFolder({text(first), text(second), text(third)}, text(folder_), false);
+    EXPECT_FALSE(fs::exists(first));
+    EXPECT_TRUE(fs::exists(second) && fs::exists(third));
+    EXPECT_EQ(readFile(folder_ + "/a") + readFile(folder_ + "/b") + readFile(folder_ + "/c"), "123");
+}
+
+TEST_F(TwoVolumesTest, everyCallStartsAnew) {
+    const std::string other = elsewhere_->write("a", "1"), own = place_.write("b", "2");
+    WSMoveFilesToFolder({text(other)}, text(folder_), false);
+    WSMoveFilesToFolder({text(own)}, text(folder_), false);
+    EXPECT_FALSE(fs::exists(own));
+}
+
+} // namespace
+} // namespace kestrine

@@ -1,0 +1,201 @@
+#include "platform/appkit/NSImage.h"
+
+#include "platform/imageio/Codecs.h"
+#include "tests/support/Pictures.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <cmath>
+#include <limits>
+
+namespace kestrine {
+
+using testing::makePhoto;
+using testing::samePicture;
+using testing::sampleAt;
+
+namespace {
+
+std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels) {
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
+    return *Source::open(readerOfBytes(*encodeTIFF(*rows, {})));
+}
+
+std::shared_ptr<NSBitmapImageRep> photoRep(std::uint32_t width, std::uint32_t height) {
+    const PixelBuffer photo = makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
+    return std::make_shared<NSBitmapImageRep>(Picture{sourceOf(photo), 0, {}},
+                                              NSSize{static_cast<float>(width), static_cast<float>(height)});
+}
+
+/// An image of 10 x 10 points with a representation for each of the sizes.
+NSImage imageOf(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& sizes) {
+    NSImage image({10, 10});
+    for (const auto& [width, height] : sizes)
+        image.addRepresentation(photoRep(width, height));
+    return image;
+}
+
+void put(Bytes& file, std::uint32_t number, int bytes) {
+    for (int i = 0; i < bytes; ++i)
+        file.push_back(static_cast<std::uint8_t>(number >> (8 * i)));
+}
+
+/// A little-endian TIFF with a page of black for each of the sizes. Pixels of all pages are those behind it.
+Bytes tiffOfPages(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& sizes) {
+    constexpr std::uint32_t header = 8, directory = 2 + 8 * 12 + 4, shortType = 3, longType = 4;
+    const auto pixels = static_cast<std::uint32_t>(header + directory * sizes.size());
+    Bytes file = {'I', 'I', 42, 0, header, 0, 0, 0};
+    for (std::size_t page = 0; page < sizes.size(); ++page) {
+        const auto [width, height] = sizes[page];
+        const std::pair<std::uint32_t, std::uint32_t> entries[] = {
+            {256, width},  {257, height}, {258, 8},      {259, 1},             // sides, bits, no compression
+            {262, 1},      {273, pixels}, {278, height}, {279, width * height}, // black is 0, one strip
+        };
+        put(file, 8, 2);
+        for (const auto& [tag, value] : entries) {
+            put(file, tag, 2);
+            put(file, tag == 273 || tag == 279 ? longType : shortType, 2);
+            put(file, 1, 4);
+            put(file, value, 4);
+        }
+        put(file, page + 1 == sizes.size() ? 0 : static_cast<std::uint32_t>(file.size() + 4), 4);
+    }
+    file.resize(pixels + 1000);
+    return file;
+}
+
+PixelBuffer pixelsOf(const NSImage& image) { return *readPixels(image.representations().front()->picture()); }
+
+} // namespace
+
+TEST(NSImage, theBestRepresentationHasMostPixelsAndIsTheFirstOfEquals) {
+    const NSImage image = imageOf({{4, 4}, {9, 2}, {3, 6}, {2, 9}, {17, 1}});
+    EXPECT_EQ(image.bestRepresentation(), image.representations()[1]);
+    EXPECT_EQ(NSImage({10, 10}).bestRepresentation(), nullptr);
+}
+
+TEST(NSImage, theBestRepresentationStaysTheBestWhateverItsSizeInPoints) {
+    const NSImage image = imageOf({{4, 4}, {9, 9}});
+    image.representations()[1]->setSize({1, 1});
+    EXPECT_EQ(image.bestRepresentation(), image.representations()[1]);
+}
+
+TEST(NSImage, encodingTakesTheFirstRepresentationAndDrawingTheBest) {
+    const NSImage image = imageOf({{4, 4}, {10, 10}});
+    EXPECT_EQ(image.bitmapOfTIFFRepresentation()->pixelsWide(), 4);
+    EXPECT_EQ(image.bitmapOfTIFFRepresentation()->size(), (NSSize{10, 10})) << "the image's own";
+    EXPECT_TRUE(samePicture(pixelsOf(*drawnImage({10, 10}, image)),
+                            *readPixels(image.representations()[1]->picture())));
+    EXPECT_EQ(NSImage({10, 10}).bitmapOfTIFFRepresentation(), nullptr);
+}
+
+TEST(NSImage, aFileThatIsNoPictureOrIsNotThereGivesNone) {
+    const testing::TemporaryFolder folder;
+    for (const std::string& path : {folder.write("text.jpg", "no picture"), folder.write("empty.png", ""),
+                                    folder / "absent.gif", folder.path().string()})
+        EXPECT_EQ(NSImage::initWithContentsOfFile(NSString::fromUTF8(path)), nullptr) << path;
+}
+
+TEST(NSImage, anImageFromAFileIsAsLargeInPointsAsItsResolutionSays) {
+    const testing::TemporaryFolder folder;
+    const auto rows = rowsOfPixels(
+        std::make_shared<PixelBuffer>(makePhoto({300, 200, ColorModel::gray, false, SampleDepth::bits8})));
+    const std::string path = folder.write("a.png", *encodePNG(*rows, {.resolution = {300, 150}}));
+    const auto image = NSImage::initWithContentsOfFile(NSString::fromUTF8(path));
+    EXPECT_EQ(image->size(), (NSSize{72, 96}));
+    ASSERT_EQ(image->representations().size(), 1U);
+    EXPECT_EQ(image->representations().front()->size(), (NSSize{72, 96}));
+}
+
+TEST(NSImage, thePagesOfAFileAreRepresentationsInStoredOrder) {
+    const testing::TemporaryFolder folder;
+    const std::string path = folder.write("a.tif", tiffOfPages({{4, 3}, {20, 10}, {5, 5}}));
+    const auto image = NSImage::initWithContentsOfFile(NSString::fromUTF8(path));
+    ASSERT_EQ(image->representations().size(), 3U);
+    EXPECT_EQ(image->size(), (NSSize{4, 3})) << "the first one's";
+    EXPECT_EQ(image->representations()[1]->pixelsWide(), 20);
+    EXPECT_EQ(image->representations()[2]->pixelsWide(), 5);
+    EXPECT_EQ(image->bestRepresentation(), image->representations()[1]);
+    EXPECT_EQ(image->bitmapOfTIFFRepresentation()->pixelsWide(), 4);
+}
+
+TEST(NSImage, theFileMayGoAwayOnceItIsLoaded) {
+    const testing::TemporaryFolder folder;
+    const PixelBuffer photo = makePhoto({12, 8, ColorModel::rgb, false, SampleDepth::bits8});
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
+    const std::string path = folder.write("a.tif", *encodeTIFF(*rows, {}));
+    const auto image = NSImage::initWithContentsOfFile(NSString::fromUTF8(path));
+    std::filesystem::remove(path);
+    EXPECT_TRUE(samePicture(pixelsOf(*image), photo));
+}
+
+TEST(NSImage, keptPixelsOfSeveralRepresentationsAreDecodedOnceEach) {
+    const NSImage image = imageOf({{4, 4}, {9, 9}});
+    image.keepPixels();
+    const std::uint64_t before = Source::decodesStarted();
+    for (int use = 0; use < 3; ++use)
+        for (const auto& rep : image.representations())
+            ASSERT_TRUE(readPixels(rep->picture()).ok());
+    EXPECT_EQ(Source::decodesStarted() - before, 2U);
+}
+
+TEST(NSImage, theTIFFRepresentationIsAFileOfTheFirstRepresentationWithItsProfile) {
+    const PixelBuffer photo = makePhoto({12, 8, ColorModel::rgb, true, SampleDepth::bits16});
+    const ColorProfile profile = ColorProfile::adobeRGB();
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
+    NSImage image({6, 8});
+    image.addRepresentation(std::make_shared<NSBitmapImageRep>(
+        Picture{*Source::open(readerOfBytes(*encodeTIFF(*rows, {.profile = &profile}))), 0, {}},
+        NSSize{1, 1}));
+    const auto source = *Source::open(readerOfBytes(image.TIFFRepresentation()->bytes()));
+    EXPECT_TRUE(samePicture(*readPixels({source, 0, {}}), photo));
+    EXPECT_EQ(source->frames().front().profile, profile);
+    EXPECT_EQ(source->frames().front().resolution, (Resolution{144, 72})) << "by the image's size";
+    EXPECT_EQ(NSImage({6, 8}).TIFFRepresentation(), nullptr);
+}
+
+TEST(Drawing, aCanvasHasTheWholePixelsNearestToItsPoints) {
+    const NSImage image = imageOf({{20, 20}});
+    const struct {
+        float points;
+        int pixels;
+    } rows[] = {{0.1F, 1}, {0.5F, 1}, {1.49F, 1}, {1.5F, 2}, {33.3F, 33}, {20, 20}};
+    for (const auto& row : rows) {
+        const auto drawn = drawnImage({row.points, 20}, image);
+        EXPECT_EQ(drawn->size(), (NSSize{row.points, 20}));
+        EXPECT_EQ(drawn->representations().front()->pixelsWide(), row.pixels) << row.points;
+    }
+}
+
+TEST(Drawing, aCanvasWithoutAreaOrOfImpossibleSizeStaysEmpty) {
+    const NSImage image = imageOf({{20, 20}});
+    const float infinite = std::numeric_limits<float>::infinity();
+    for (const NSSize size : {NSSize{0, 5}, {5, 0}, {-3, 5}, {std::nanf(""), 5}, {5, infinite}, {5, 1.1e6F}})
+        EXPECT_TRUE(drawnImage(size, image)->representations().empty()) << size.width << " x " << size.height;
+    EXPECT_TRUE(drawnImage({5, 5}, NSImage({5, 5}))->representations().empty()) << "nothing to draw";
+}
+
+TEST(Drawing, aSecondDrawingOfTheSameFractionalSizeIsAPixelCopy) {
+    const auto once = drawnImage({33.3F, 7.6F}, imageOf({{100, 30}}));
+    const auto twice = drawnImage(once->size(), *once);
+    EXPECT_TRUE(samePicture(pixelsOf(*twice), pixelsOf(*once)));
+}
+
+TEST(Drawing, aTurnFillsTheCanvasWithTheTurnedPicture) {
+    const NSImage image = imageOf({{20, 10}});
+    const auto drawn = drawnImage({10, 20}, image, {.turn = QuarterTurn::clockwise});
+    EXPECT_EQ(sampleAt(pixelsOf(*drawn), 9, 0, 1), sampleAt(pixelsOf(image), 0, 0, 1));
+    EXPECT_EQ(sampleAt(pixelsOf(*drawn), 0, 19, 1), sampleAt(pixelsOf(image), 19, 9, 1));
+}
+
+TEST(Drawing, onWhiteThereIsNoAlphaLeft) {
+    const NSImage image = imageOf({{20, 10}});
+    const auto faded = drawnImage({20, 10}, image, {.fraction = 0.5F});
+    EXPECT_TRUE(pixelsOf(*faded).format.hasAlpha);
+    const PixelBuffer flat = pixelsOf(*drawnImage({20, 10}, *faded, {.onWhite = true}));
+    EXPECT_FALSE(flat.format.hasAlpha);
+    EXPECT_NEAR(sampleAt(flat, 5, 5, 0), sampleAt(pixelsOf(image), 5, 5, 0) * 0.5 + 127.5, 1);
+    const PixelBuffer atOnce = pixelsOf(*drawnImage({20, 10}, image, {.onWhite = true, .fraction = 0.5F}));
+    EXPECT_TRUE(samePicture(atOnce, flat));
+}
+
+} // namespace kestrine

@@ -1,0 +1,138 @@
+#include "platform/coregraphics/RowStages.h"
+
+#include "tests/support/Pictures.h"
+
+namespace kestrine {
+
+using testing::makePhoto;
+using testing::makePicture;
+using testing::samePicture;
+using testing::sampleAt;
+
+namespace {
+
+constexpr SampleDepth depths[] = {SampleDepth::bits8, SampleDepth::bits16};
+
+RowSourcePointer rowsOf(const PixelBuffer& picture) {
+    return rowsOfPixels(std::make_shared<PixelBuffer>(picture));
+}
+
+PixelBuffer read(const RowSourcePointer& rows) { return *readAllRows(*rows); }
+
+unsigned maximum(SampleDepth depth) { return depth == SampleDepth::bits8 ? 255 : 65535; }
+
+/// Pixel x has the colour 51 x and the alpha 255 - 51 x, of 255ths.
+PixelBuffer ramp(ColorModel model, SampleDepth depth) {
+    const RowFormat format{6, 1, model, true, depth};
+    const unsigned fifth = maximum(depth) / 5;
+    return makePicture(format, [&](std::uint32_t x, auto, std::size_t c) {
+        return c == format.colorChannels() ? maximum(depth) - fifth * x : fifth * x;
+    });
+}
+
+class FailingRows final : public RowSource {
+public:
+    FailingRows() : RowSource({3, 3, ColorModel::rgb, true, SampleDepth::bits16}) {}
+    Result<void> readRow(std::span<std::uint8_t>) override {
+        return Failure{Reason::truncated, "the rows end"};
+    }
+};
+
+} // namespace
+
+TEST(FadedRows, alphaIsMultipliedAndRoundedAndColourStays) {
+    for (const SampleDepth depth : depths)
+        for (const ColorModel model : {ColorModel::gray, ColorModel::rgb}) {
+            const PixelBuffer before = ramp(model, depth);
+            const PixelBuffer faded = read(rowsFaded(rowsOf(before), 0.25F));
+            ASSERT_EQ(faded.format, before.format);
+            const std::size_t alpha = faded.format.colorChannels();
+            for (std::uint32_t x = 0; x < 5; ++x) {
+                EXPECT_EQ(sampleAt(faded, x, 0, 0), sampleAt(before, x, 0, 0));
+                EXPECT_EQ(sampleAt(faded, x, 0, alpha), (sampleAt(before, x, 0, alpha) + 2) / 4);
+            }
+        }
+}
+
+TEST(FadedRows, rowsWithoutAlphaGetOne) {
+    for (const SampleDepth depth : depths) {
+        const PixelBuffer photo = makePhoto({9, 4, ColorModel::rgb, false, depth});
+        const PixelBuffer faded = read(rowsFaded(rowsOf(photo), 0.6F));
+        const PixelBuffer expected =
+            makePicture({9, 4, ColorModel::rgb, true, depth}, [&](auto x, auto y, auto c) {
+                return c == 3 ? maximum(depth) / 5 * 3 : sampleAt(photo, x, y, c);
+            });
+        EXPECT_TRUE(samePicture(faded, expected));
+    }
+}
+
+TEST(FadedRows, whatHasNoAlphaLeftHasNoColour) {
+    for (const SampleDepth depth : depths) {
+        const PixelBuffer faded = read(rowsFaded(rowsOf(ramp(ColorModel::rgb, depth)), 1));
+        for (std::size_t c = 0; c < 4; ++c)
+            EXPECT_EQ(sampleAt(faded, 5, 0, c), 0U) << "it was clear before";
+        const PixelBuffer gone = read(rowsFaded(rowsOf(makePhoto({4, 3, ColorModel::rgb, false, depth})), 0));
+        EXPECT_TRUE(samePicture(gone, makePicture(gone.format, [](auto, auto, auto) { return 0U; })));
+    }
+}
+
+TEST(RowsOnWhite, colourIsMixedWithWhiteByItsAlphaWhichGoes) {
+    for (const SampleDepth depth : depths) {
+        const double last = maximum(depth);
+        const PixelBuffer before = ramp(ColorModel::rgb, depth);
+        const PixelBuffer flat = read(rowsOnWhite(rowsOf(before)));
+        ASSERT_EQ(flat.format, (RowFormat{6, 1, ColorModel::rgb, false, depth}));
+        for (std::uint32_t x = 0; x < 6; ++x) {
+            const double alpha = sampleAt(before, x, 0, 3) / last;
+            EXPECT_NEAR(sampleAt(flat, x, 0, 1), sampleAt(before, x, 0, 1) * alpha + last * (1 - alpha),
+                        0.51);
+        }
+    }
+}
+
+TEST(RowsOf8Bits, roundEverySampleToTheNearest) {
+    const PixelBuffer wide = makePicture({256, 256, ColorModel::gray, false, SampleDepth::bits16},
+                                         [](auto x, auto y, auto) { return y * 256 + x; });
+    const PixelBuffer narrow = read(rowsOf8Bits(rowsOf(wide)));
+    for (std::uint32_t y = 0; y < 256; ++y)
+        for (std::uint32_t x = 0; x < 256; ++x)
+            ASSERT_NEAR(sampleAt(narrow, x, y, 0), (y * 256 + x) / 257.0, 0.5);
+}
+
+TEST(RowStages, thatHaveNothingToDoAreTheirInput) {
+    const PixelBuffer photo = makePhoto({5, 4, ColorModel::rgb, false, SampleDepth::bits8});
+    const auto passes = [&](auto stage) {
+        RowSourcePointer rows = rowsOf(photo);
+        const RowSource* const before = rows.get();
+        return stage(std::move(rows)).get() == before;
+    };
+    EXPECT_TRUE(passes([](RowSourcePointer rows) { return rowsOnWhite(std::move(rows)); }));
+    EXPECT_TRUE(passes([](RowSourcePointer rows) { return rowsOf8Bits(std::move(rows)); }));
+    EXPECT_TRUE(passes([](RowSourcePointer rows) { return turnedRows(std::move(rows), 0); }));
+}
+
+TEST(TurnedRows, putEveryPixelOfEverySizeWhereTheTurnDoes) {
+    for (const SampleDepth depth : depths)
+        for (const bool alpha : {false, true}) {
+            const PixelBuffer photo = makePhoto({5, 3, ColorModel::rgb, alpha, depth});
+            const PixelBuffer half = read(turnedRows(rowsOf(photo), 2));
+            const PixelBuffer right = read(turnedRows(rowsOf(photo), 1)),
+                              left = read(turnedRows(rowsOf(photo), 3));
+            for (std::uint32_t y = 0; y < 3; ++y)
+                for (std::uint32_t x = 0; x < 5; ++x) {
+                    const unsigned expected = sampleAt(photo, x, y, 1);
+                    EXPECT_EQ(sampleAt(right, 2 - y, x, 1), expected);
+                    EXPECT_EQ(sampleAt(half, 4 - x, 2 - y, 1), expected);
+                    EXPECT_EQ(sampleAt(left, y, 4 - x, 1), expected);
+                }
+        }
+}
+
+TEST(RowStages, passOnWhatTheirInputFailsWith) {
+    const auto failing = [] { return std::make_unique<FailingRows>(); };
+    for (const RowSourcePointer& rows : {rowsOnWhite(failing()), rowsFaded(failing(), 0.5F),
+                                         rowsOf8Bits(failing()), turnedRows(failing(), 1)})
+        EXPECT_EQ(readAllRows(*rows).failure().reason, Reason::truncated);
+}
+
+} // namespace kestrine

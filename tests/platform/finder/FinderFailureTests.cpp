@@ -1,0 +1,263 @@
+// What becomes of items when a disk is full, something is mounted in the way or a call to the system fails:
+// an item is whole in one place, what has not given way is whole, and no hidden name is left behind.
+#include "platform/host/ExtendedAttributes.h"
+#include "platform/host/FileDescriptor.h"
+#include "tests/platform/finder/FinderTesting.h"
+#include "tests/support/IsolatedProcess.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+namespace kestrine {
+namespace {
+
+using ::testing::ElementsAre;
+using testing::failSystemCall;
+using ::testing::IsEmpty;
+using testing::mountAgain;
+using testing::mountFileSystem;
+using testing::namesIn;
+using testing::numberOf;
+using testing::readFile;
+using testing::runIsolated;
+using testing::runWithOwnMounts;
+
+constexpr std::int32_t diskIsFull = -34, noRights = -5000, forbidden = -10006;
+
+class FinderFailure : public testing::FinderTest {
+protected:
+    const std::string disk_ = folder_ / "disk";
+    const std::string large_ = std::string(200'000, 'x');
+};
+
+TEST_F(FinderFailure, aFullDiskHoldsNothingHalfMade) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 128);
+        write(disk_ + "/album/old.jpg", "old");
+        const std::string file = write(from_ + "/a.jpg", large_);
+        write(from_ + "/album/1", "small");
+        write(from_ + "/album/2", large_);
+        for (const auto operation : {finderDuplicate, finderMove}) {
+            EXPECT_EQ(numberOf(operation({file}, disk_, Replacing::no)), diskIsFull);
+            EXPECT_EQ(numberOf(operation({from_ + "/album"}, disk_, Replacing::yes)), diskIsFull);
+        }
+        EXPECT_THAT(namesIn(disk_), ElementsAre("album"));
+        EXPECT_THAT(namesIn(disk_ + "/album"), ElementsAre("old.jpg"));
+        EXPECT_EQ(readFile(file) + readFile(from_ + "/album/1") + readFile(from_ + "/album/2"),
+                  large_ + "small" + large_);
+    });
+}
+
+TEST_F(FinderFailure, aFullDiskStopsADuplicateInItsOwnFolder) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 256);
+        const std::string file = write(disk_ + "/a.jpg", large_);
+        EXPECT_EQ(numberOf(finderDuplicate({file}, disk_, Replacing::no)), diskIsFull);
+        EXPECT_THAT(namesIn(disk_), ElementsAre("a.jpg"));
+    });
+}
+
+TEST_F(FinderFailure, betweenAPlaceAndItsSecondMountAnItemIsCopied) {
+    runWithOwnMounts([&] {
+        mountAgain(to_, folder_ / "again");
+        EXPECT_EQ(finderMove({write(from_ + "/a.jpg")}, folder_ / "again", Replacing::no), std::nullopt);
+        EXPECT_EQ(readFile(to_ + "/a.jpg"), "content");
+        EXPECT_EQ(finderMove({to_ + "/a.jpg"}, folder_ / "again", Replacing::yes), std::nullopt)
+            << "it lies there already";
+        EXPECT_EQ(readFile(to_ + "/a.jpg"), "content");
+    });
+}
+
+TEST_F(FinderFailure, mountPointsAndFoldersThatHoldSomeStay) {
+    runWithOwnMounts([&] {
+        mountFileSystem(from_ + "/disk", 64);
+        makeFolder(from_ + "/album");
+        mountFileSystem(from_ + "/album/disk", 64);
+        write(to_ + "/disk");
+        write(to_ + "/album");
+        for (const auto operation : {finderDuplicate, finderMove})
+            for (const char* name : {"/disk", "/album"}) {
+                EXPECT_EQ(numberOf(operation({from_ + name}, folder_.path(), Replacing::no)), forbidden);
+                EXPECT_EQ(numberOf(operation({to_ + name}, from_, Replacing::yes)), forbidden)
+                    << "nor are they replaced";
+            }
+        EXPECT_THAT(namesIn(from_), ElementsAre("album", "disk"));
+        EXPECT_THAT(namesIn(to_), ElementsAre("album", "disk"));
+    });
+}
+
+TEST_F(FinderFailure, fromAReadOnlyDiskItemsAreCopiedButNotMoved) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 64);
+        write(disk_ + "/album/a.jpg");
+        ASSERT_EQ(::mount(nullptr, disk_.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+        EXPECT_EQ(numberOf(finderMove({disk_ + "/album"}, to_, Replacing::no)), noRights);
+        EXPECT_THAT(namesIn(to_), IsEmpty());
+        EXPECT_EQ(finderDuplicate({disk_ + "/album"}, to_, Replacing::no), std::nullopt);
+        EXPECT_EQ(readFile(to_ + "/album/a.jpg"), "content");
+        EXPECT_EQ(numberOf(finderDuplicate({from_}, disk_, Replacing::no)), noRights);
+    });
+}
+
+TEST_F(FinderFailure, anAttributeThatTheOtherDiskCannotKeepStopsTheMove) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 1024);
+        const std::string file = write(disk_ + "/a.jpg");
+        if (!setExtendedAttribute(file, "user.large", Bytes(60'000))
+            || setExtendedAttribute(to_, "user.large", Bytes(60'000)))
+            GTEST_SKIP() << "both file systems keep attributes of that size, or none does";
+        EXPECT_NE(finderMove({file}, to_, Replacing::no), std::nullopt);
+        EXPECT_EQ(getExtendedAttribute(file, "user.large")->size(), 60'000u);
+        EXPECT_THAT(namesIn(to_), IsEmpty());
+    });
+}
+
+/// Protects a file against removal even by root; false where there are no such flags.
+bool protect(const std::string& path) {
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const int flag = FS_IMMUTABLE_FL;
+    return file.isOpen() && ::ioctl(file.number(), FS_IOC_SETFLAGS, &flag) == 0;
+}
+
+TEST_F(FinderFailure, ofAnOriginalThatCannotBeRemovedNoCopyIsLeft) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 1024);
+        const std::string file = write(disk_ + "/a.jpg", "new");
+        if (!protect(file))
+            GTEST_SKIP() << "files cannot be protected against removal here";
+        EXPECT_EQ(numberOf(finderMove({file}, to_, Replacing::no)), noRights);
+        EXPECT_THAT(namesIn(to_), IsEmpty());
+        write(to_ + "/a.jpg", "old");
+        EXPECT_EQ(numberOf(finderMove({file}, to_, Replacing::yes)), noRights);
+        EXPECT_EQ(readFile(to_ + "/a.jpg"), "new") << "the old one gave way: the copy has to stay";
+        EXPECT_EQ(readFile(file), "new");
+        EXPECT_THAT(namesIn(to_), ElementsAre("a.jpg"));
+    });
+}
+
+TEST_F(FinderFailure, whereNamesCannotBeExchangedTheOldGoesAsideFirst) {
+    runIsolated([&] {
+        if (!failSystemCall(SYS_renameat2, EINVAL))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        for (const auto operation : {finderDuplicate, finderMove}) {
+            write(from_ + "/album/new.jpg");
+            write(to_ + "/album/old.jpg");
+            EXPECT_EQ(operation({from_ + "/album"}, to_, Replacing::yes), std::nullopt);
+            EXPECT_THAT(namesIn(to_), ElementsAre("album"));
+            EXPECT_THAT(namesIn(to_ + "/album"), ElementsAre("new.jpg"));
+        }
+    });
+}
+
+TEST_F(FinderFailure, whatWasReplacedButCannotBeRemovedIsShown) {
+    for (const auto operation : {finderDuplicate, finderMove})
+        runIsolated([&] {
+            write(from_ + "/album/new.jpg", "new");
+            std::filesystem::remove_all(to_);
+            write(to_ + "/album/old.jpg", "old");
+            if (!failSystemCall(SYS_unlinkat, EIO))
+                GTEST_SKIP() << "this system permits no filter of system calls";
+            const FinderOutcome outcome = operation({from_ + "/album"}, to_, Replacing::yes);
+            EXPECT_EQ(numberOf(outcome), -36);
+            EXPECT_TRUE(outcome->message.contains(u"album replaced")) << outcome->message.utf8();
+            EXPECT_THAT(namesIn(to_), ElementsAre("album", "album replaced"));
+            EXPECT_EQ(readFile(to_ + "/album/new.jpg"), "new");
+            EXPECT_EQ(readFile(to_ + "/album replaced/old.jpg"), "old");
+        });
+}
+
+struct FailingCall {
+    const char* name;
+    long number;
+    int error;
+};
+
+/// Every system call by which an item comes into a folder, except the one that takes things away again.
+constexpr FailingCall callsOnTheWay[] = {
+    {"fsync", SYS_fsync, EIO},           {"write", SYS_write, ENOSPC},
+    {"pread64", SYS_pread64, EIO},       {"renameat", SYS_renameat, EIO},
+    {"renameat2", SYS_renameat2, EIO},   {"renameat2", SYS_renameat2, EINVAL},
+    {"mkdirat", SYS_mkdirat, EIO},       {"symlinkat", SYS_symlinkat, ENOSPC},
+    {"fchmod", SYS_fchmod, EPERM},       {"fchown", SYS_fchown, EPERM},
+    {"utimensat", SYS_utimensat, EPERM}, {"getdents64", SYS_getdents64, EIO},
+    {"flistxattr", SYS_flistxattr, EIO}, {"readlinkat", SYS_readlinkat, EIO},
+    {"fcntl", SYS_fcntl, EMFILE},        {"openat", SYS_openat, EMFILE},
+    {"newfstatat", SYS_newfstatat, EIO}, {"statx", SYS_statx, EIO},
+    {"faccessat2", SYS_faccessat2, EIO}, {"linkat", SYS_linkat, EIO},
+};
+
+class FailingTransfer : public FinderFailure, public ::testing::WithParamInterface<FailingCall> {
+protected:
+    using Operation = FinderOutcome (*)(const std::vector<std::string>&, const std::string&, Replacing);
+
+    static constexpr const char* names[] = {"/a.jpg", "/album"};
+
+    /// A file, or a folder with a file and a link in it.
+    static void make(const std::string& path, const std::string& content) {
+        if (path.ends_with("/a.jpg")) {
+            write(path, content);
+            return;
+        }
+        write(path + "/sub/a.jpg", content);
+        std::filesystem::create_symlink("a.jpg", path + "/sub/link");
+    }
+    /// The content of a whole item; "" when anything is missing.
+    static std::string contentOf(const std::string& path) {
+        std::error_code absent;
+        if (path.ends_with("/a.jpg"))
+            return readFile(path);
+        return std::filesystem::read_symlink(path + "/sub/link", absent) == "a.jpg"
+                   ? readFile(path + "/sub/a.jpg")
+                   : "";
+    }
+
+    /// Brings an item to a folder with the failing call, and looks at both folders afterwards.
+    void bring(Operation operation, const std::string& name, const std::string& into,
+               Replacing replacing) const {
+        std::filesystem::remove_all(from_ + name);
+        std::filesystem::remove_all(into + name);
+        make(from_ + name, "new");
+        if (replacing == Replacing::yes)
+            make(into + name, "old");
+        runIsolated([&] {
+            if (!failSystemCall(GetParam().number, GetParam().error))
+                GTEST_SKIP() << "this system permits no filter of system calls";
+            (void)operation({from_ + name}, into, replacing);
+        });
+        const std::string here = contentOf(from_ + name), there = contentOf(into + name);
+        for (const std::string& folder : {from_, into})
+            EXPECT_THAT(namesIn(folder), ::testing::AnyOf(IsEmpty(), ElementsAre(name.substr(1))));
+        EXPECT_TRUE(here == "new" || there == "new") << "the item is whole somewhere";
+        EXPECT_TRUE(replacing == Replacing::no || there == "new" || there == "old")
+            << "and so is the old one";
+        std::filesystem::remove_all(from_ + name);
+        std::filesystem::remove_all(into + name);
+    }
+    void bringEveryWay(const std::string& into) const {
+        for (const Operation operation : {finderDuplicate, finderMove})
+            for (const Replacing replacing : {Replacing::no, Replacing::yes})
+                for (const char* name : names)
+                    bring(operation, name, into, replacing);
+    }
+};
+
+TEST_P(FailingTransfer, onOneVolumeNothingIsLost) { bringEveryWay(to_); }
+
+TEST_P(FailingTransfer, betweenVolumesNothingIsLost) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 1024);
+        bringEveryWay(disk_);
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, FailingTransfer, ::testing::ValuesIn(callsOnTheWay), [](const auto& test) {
+    return std::string(test.param.name) + "_" + std::to_string(test.param.error);
+});
+
+} // namespace
+} // namespace kestrine
