@@ -16,32 +16,45 @@ constexpr std::uint32_t sourceWidth = 3000, resultWidth = 1200;
 constexpr std::size_t channels = 3;
 const AxisMap halfTo1200 = {1200.0 / 3000, 0, resultWidth};
 
+/// Six sums, four rows at once.
 template <auto add>
-void addWeightedRow(benchmark::State& state) {
+void addWeightedRows(benchmark::State& state) {
     std::vector<std::vector<float>> sums(6, std::vector<float>(sourceWidth * channels));
     std::vector<float*> targets;
     for (auto& sum : sums)
         targets.push_back(sum.data());
-    const std::vector<float> weights = {0.1F, 0.2F, 0.3F, 0.2F, 0.1F, -0.05F},
-                             row(sourceWidth * channels, 0.5F);
+    const std::vector<std::vector<float>> rows(4, std::vector<float>(sourceWidth * channels, 0.5F));
+    std::vector<const float*> sources;
+    for (const auto& row : rows)
+        sources.push_back(row.data());
+    const std::vector<float> weights(24, 0.1F);
     for (auto _ : state)
-        add(targets, weights, row.data(), row.size());
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(sourceWidth));
+        add(targets, weights.data(), sources, rows[0].size());
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(sourceWidth * rows.size()));
 }
-BENCHMARK(addWeightedRow<kernels::addWeightedRow>)->Name("addWeightedRow/vector");
-BENCHMARK(addWeightedRow<kernels::reference::addWeightedRow>)->Name("addWeightedRow/plain");
+BENCHMARK(addWeightedRows<kernels::addWeightedRows>)->Name("addWeightedRows/vector");
+BENCHMARK(addWeightedRows<kernels::reference::addWeightedRows>)->Name("addWeightedRows/plain");
 
+/// Eight rows at once.
 template <auto weigh>
-void weighPixels(benchmark::State& state) {
+void weighRows(benchmark::State& state) {
     const FilterWeights weights(ResampleFilter::lanczos, halfTo1200, sourceWidth);
-    const std::vector<float> row(sourceWidth * channels + kernels::rowPadding, 0.5F);
-    std::vector<float> result(resultWidth * channels + kernels::rowPadding);
+    const std::vector<std::vector<float>> rows(
+        8, std::vector<float>(sourceWidth * channels + kernels::rowPadding, 0.5F));
+    std::vector<std::vector<float>> results(8,
+                                            std::vector<float>(resultWidth * channels + kernels::rowPadding));
+    std::vector<const float*> from;
+    std::vector<float*> to;
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+        from.push_back(rows[r].data());
+        to.push_back(results[r].data());
+    }
     for (auto _ : state)
-        weigh(row.data(), channels, weights.kernelWeights(), result.data());
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(resultWidth));
+        weigh(from, channels, weights.kernelWeights(), to);
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(resultWidth * rows.size()));
 }
-BENCHMARK(weighPixels<kernels::weighPixels>)->Name("weighPixels/vector");
-BENCHMARK(weighPixels<kernels::reference::weighPixels>)->Name("weighPixels/plain");
+BENCHMARK(weighRows<kernels::weighRows>)->Name("weighRows/vector");
+BENCHMARK(weighRows<kernels::reference::weighRows>)->Name("weighRows/plain");
 
 const RowFormat sourceFormat = {sourceWidth, 2000, ColorModel::rgb, false, SampleDepth::bits8};
 

@@ -3,6 +3,7 @@
 #include "platform/coregraphics/kernels/ResampleRows.h"
 
 #include <algorithm>
+#include <array>
 
 namespace kestrine {
 
@@ -27,45 +28,62 @@ private:
     std::vector<FloatRow> free_;
 };
 
-/// One sum for every result row that has begun and not ended.
+/// One sum for every result row that has begun and not ended. Source rows are added a few at a time, since
+/// reading and writing the sums is what costs.
 class ReducingColumns final : public ColumnFilter {
 public:
     ReducingColumns(FilterWeights weights, std::size_t samples, std::size_t padding)
-        : weights_(std::move(weights)), samples_(samples), pool_(samples + padding),
-          row_(samples + padding, 0.0F) {}
+        : weights_(std::move(weights)), samples_(samples), pool_(samples + padding) {
+        for (FloatRow& row : waiting_)
+            row.resize(samples, 0.0F);
+    }
 
     bool needsRow() const override { return nextSource_ < weights_.end(nextResult_); }
 
-    float* rowToFill() override { return row_.data(); }
+    float* rowToFill() override { return waiting_[waitingCount_].data(); }
 
     void rowAdded() override {
-        const std::uint32_t source = nextSource_++;
-        beginSums(source);
+        ++nextSource_;
+        if (++waitingCount_ == waiting_.size())
+            addWaitingRows();
+    }
+
+    FloatRow takeRow() override {
+        if (waitingCount_ > 0)
+            addWaitingRows();
+        FloatRow row = std::move(sums_.front());
+        sums_.pop_front();
+        ++nextResult_;
+        return row;
+    }
+
+    void giveBack(FloatRow row) override { pool_.giveBack(std::move(row)); }
+
+private:
+    void addWaitingRows() {
+        const auto count = static_cast<std::uint32_t>(waitingCount_);
+        const std::uint32_t first = nextSource_ - count;
+        beginSums();
         targets_.clear();
         factors_.clear();
         for (std::size_t k = 0; k < sums_.size(); ++k) {
             const auto result = static_cast<std::uint32_t>(nextResult_ + k);
-            if (source >= weights_.end(result))
+            if (first >= weights_.end(result))
                 continue;
             targets_.push_back(sums_[k].data());
-            factors_.push_back(weights_.weights(result)[source - weights_.first(result)]);
+            for (std::uint32_t source = first; source < nextSource_; ++source)
+                factors_.push_back(weights_.weightOf(source, result));
         }
-        kernels::addWeightedRow(targets_, factors_, row_.data(), samples_);
+        std::array<const float*, kernels::mostRowsAdded> rows{};
+        std::ranges::transform(waiting_, rows.begin(), [](const FloatRow& row) { return row.data(); });
+        kernels::addWeightedRows(targets_, factors_.data(), std::span(rows).first(count), samples_);
+        waitingCount_ = 0;
     }
 
-    const FloatRow& nextRow() override {
-        if (!finished_.empty())
-            pool_.giveBack(std::move(finished_));
-        finished_ = std::move(sums_.front());
-        sums_.pop_front();
-        ++nextResult_;
-        return finished_;
-    }
-
-private:
-    void beginSums(std::uint32_t source) {
+    /// Of every result that takes from a source row that has come.
+    void beginSums() {
         while (nextResult_ + sums_.size() < weights_.outSize()
-               && weights_.first(static_cast<std::uint32_t>(nextResult_ + sums_.size())) <= source) {
+               && weights_.first(static_cast<std::uint32_t>(nextResult_ + sums_.size())) < nextSource_) {
             sums_.push_back(pool_.take());
             std::ranges::fill(sums_.back(), 0.0F);
         }
@@ -74,8 +92,8 @@ private:
     const FilterWeights weights_;
     const std::size_t samples_;
     RowPool pool_;
-    FloatRow row_;
-    FloatRow finished_;
+    std::array<FloatRow, kernels::mostRowsAdded> waiting_; ///< source rows up to nextSource_, not yet added
+    std::size_t waitingCount_ = 0;
     std::deque<FloatRow> sums_; ///< of the results from nextResult_ on
     std::vector<float*> targets_;
     std::vector<float> factors_;
@@ -87,8 +105,8 @@ private:
 class EnlargingColumns final : public ColumnFilter {
 public:
     EnlargingColumns(FilterWeights weights, std::size_t samples, std::size_t padding)
-        : weights_(std::move(weights)), samples_(samples), pool_(samples + padding),
-          result_(samples + padding, 0.0F), incoming_(pool_.take()) {}
+        : weights_(std::move(weights)), samples_(samples), pool_(samples + padding), incoming_(pool_.take()) {
+    }
 
     bool needsRow() const override { return nextSource_ < weights_.end(nextResult_); }
 
@@ -102,17 +120,25 @@ public:
         incoming_ = pool_.take();
     }
 
-    const FloatRow& nextRow() override {
+    FloatRow takeRow() override {
         while (nextSource_ - rows_.size() < weights_.first(nextResult_))
             dropOldest();
-        std::fill_n(result_.begin(), samples_, 0.0F);
-        float* const target = result_.data();
+        FloatRow result = pool_.take();
+        std::ranges::fill(result, 0.0F);
+        float* const target = result.data();
         const std::span<const float> factors = weights_.weights(nextResult_);
-        for (std::size_t t = 0; t < factors.size(); ++t)
-            kernels::addWeightedRow({&target, 1}, factors.subspan(t, 1), rows_[t].data(), samples_);
+        for (std::size_t t = 0; t < factors.size(); t += kernels::mostRowsAdded) {
+            const std::size_t count = std::min(kernels::mostRowsAdded, factors.size() - t);
+            std::array<const float*, kernels::mostRowsAdded> rows{};
+            for (std::size_t r = 0; r < count; ++r)
+                rows[r] = rows_[t + r].data();
+            kernels::addWeightedRows({&target, 1}, &factors[t], std::span(rows).first(count), samples_);
+        }
         ++nextResult_;
-        return result_;
+        return result;
     }
+
+    void giveBack(FloatRow row) override { pool_.giveBack(std::move(row)); }
 
 private:
     void dropOldest() {
@@ -123,7 +149,6 @@ private:
     const FilterWeights weights_;
     const std::size_t samples_;
     RowPool pool_;
-    FloatRow result_;
     FloatRow incoming_;
     std::deque<FloatRow> rows_; ///< the source rows up to nextSource_
     std::uint32_t nextSource_ = 0;

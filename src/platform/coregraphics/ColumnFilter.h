@@ -26,8 +26,10 @@ public:
     /// Where to write the next source row (`samples` floats); then call rowAdded().
     virtual float* rowToFill() = 0;
     virtual void rowAdded() = 0;
-    /// The next result row, valid until the next call of any function. Only when !needsRow().
-    virtual const FloatRow& nextRow() = 0;
+    /// The next result row. Only when !needsRow().
+    virtual FloatRow takeRow() = 0;
+    /// Takes back what takeRow() gave, to be filled again.
+    virtual void giveBack(FloatRow row) = 0;
 };
 
 } // namespace kestrine

@@ -34,6 +34,11 @@ public:
         return first_[i] + static_cast<std::uint32_t>(weights(i).size());
     }
 
+    /// How much result pixel i takes of that source pixel; 0 beside those it uses.
+    float weightOf(std::uint32_t source, std::uint32_t i) const {
+        return source < first(i) || source >= end(i) ? 0.0F : weights(i)[source - first(i)];
+    }
+
 private:
     std::vector<std::uint32_t> first_;
     std::vector<std::size_t> start_;

@@ -2,6 +2,9 @@
 
 #include "platform/coregraphics/kernels/ResampleRows_reference.h"
 
+#include <algorithm>
+#include <array>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/coregraphics/kernels/ResampleRows.cpp"
 #include <hwy/foreach_target.h>
@@ -12,72 +15,201 @@ namespace kestrine::kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR // a processor without vectors runs the plain loops
 
-using reference::addWeightedRow;
-using reference::weighPixels;
+using reference::addWeightedRows;
+using reference::weighRows;
 
 #else
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-void addWeightedRow(std::span<float* const> sums, std::span<const float> weights, const float* row,
-                    std::size_t samples) {
+/// The vectors of each row at one place, loaded once for all sums.
+template <std::size_t count, class D>
+HWY_INLINE void addAt(D d, std::span<float* const> sums, const float* weights, const float* const* rows,
+                      std::size_t i) {
+    const auto row0 = hn::LoadU(d, rows[0] + i);
+    const auto row1 = count > 1 ? hn::LoadU(d, rows[count > 1 ? 1 : 0] + i) : row0;
+    const auto row2 = count > 2 ? hn::LoadU(d, rows[count > 2 ? 2 : 0] + i) : row0;
+    const auto row3 = count > 3 ? hn::LoadU(d, rows[count > 3 ? 3 : 0] + i) : row0;
+    for (std::size_t k = 0; k < sums.size(); ++k, weights += count) {
+        auto sum = hn::Add(hn::LoadU(d, sums[k] + i), hn::Mul(hn::Set(d, weights[0]), row0));
+        if constexpr (count > 1)
+            sum = hn::Add(sum, hn::Mul(hn::Set(d, weights[1]), row1));
+        if constexpr (count > 2)
+            sum = hn::Add(sum, hn::Mul(hn::Set(d, weights[2]), row2));
+        if constexpr (count > 3)
+            sum = hn::Add(sum, hn::Mul(hn::Set(d, weights[3]), row3));
+        hn::StoreU(sum, d, sums[k] + i);
+    }
+}
+
+template <std::size_t count>
+void addRows(std::span<float* const> sums, const float* weights, const float* const* rows,
+             std::size_t samples) {
     const hn::ScalableTag<float> d;
     const std::size_t lanes = hn::Lanes(d);
     std::size_t i = 0;
-    for (; i + lanes <= samples; i += lanes) {
-        const auto value = hn::LoadU(d, row + i);
-        for (std::size_t k = 0; k < sums.size(); ++k) {
-            const auto product = hn::Mul(hn::Set(d, weights[k]), value);
-            hn::StoreU(hn::Add(hn::LoadU(d, sums[k] + i), product), d, sums[k] + i);
-        }
-    }
+    for (; i + lanes <= samples; i += lanes)
+        addAt<count>(d, sums, weights, rows, i);
     for (; i < samples; ++i)
-        for (std::size_t k = 0; k < sums.size(); ++k)
-            sums[k][i] += weights[k] * row[i];
+        addAt<count>(hn::FixedTag<float, 1>(), sums, weights, rows, i);
 }
 
-/// Two, three or four channels: a pixel's channels lie side by side in one vector. Three take a fourth lane
-/// along, the next pixel's first sample, which the following store overwrites.
-template <std::size_t channels>
-void weighColorPixels(const float* row, const PixelWeights& weights, float* result) {
-    const hn::FixedTag<float, channels == 2 ? 2 : 4> d;
-    for (std::size_t i = 0; i < weights.firsts.size(); ++i) {
-        const float* pixel = row + weights.firsts[i] * channels;
-        auto sum = hn::Zero(d);
-        for (std::size_t t = weights.starts[i]; t < weights.starts[i + 1]; ++t, pixel += channels)
-            sum = hn::Add(sum, hn::Mul(hn::Set(d, weights.weights[t]), hn::LoadU(d, pixel)));
-        hn::StoreU(sum, d, result + i * channels);
+void addWeightedRows(std::span<float* const> sums, const float* weights, std::span<const float* const> rows,
+                     std::size_t samples) {
+    switch (rows.size()) {
+    case 1:
+        return addRows<1>(sums, weights, rows.data(), samples);
+    case 2:
+        return addRows<2>(sums, weights, rows.data(), samples);
+    case 3:
+        return addRows<3>(sums, weights, rows.data(), samples);
+    default:
+        return addRows<4>(sums, weights, rows.data(), samples);
     }
 }
 
-void weighGrayPixels(const float* row, const PixelWeights& weights, float* result) {
+// Eight rows are weighed side by side, one in each lane, so that a pixel's sums need no shuffling and one
+// weight serves them all. Stretches of the rows are interleaved for it, sample by sample, short enough to
+// stay in the nearest cache: 16 KiB.
+constexpr std::size_t stretchSamples = 512;
+using RowPointers = std::array<const float*, mostRowsWeighed>;
+using ResultPointers = std::array<float*, mostRowsWeighed>;
+
+/// Writes the 4 x 4 transpose of the vectors to out, out + stride, ..
+template <class D, class V>
+HWY_INLINE void storeTransposed(D d, V a, V b, V c, V e, std::array<float*, 4> out) {
+    const auto low0 = hn::InterleaveLower(d, a, c);
+    const auto low1 = hn::InterleaveLower(d, b, e);
+    const auto high0 = hn::InterleaveUpper(d, a, c);
+    const auto high1 = hn::InterleaveUpper(d, b, e);
+    hn::StoreU(hn::InterleaveLower(d, low0, low1), d, out[0]);
+    hn::StoreU(hn::InterleaveUpper(d, low0, low1), d, out[1]);
+    hn::StoreU(hn::InterleaveLower(d, high0, high1), d, out[2]);
+    hn::StoreU(hn::InterleaveUpper(d, high0, high1), d, out[3]);
+}
+
+/// stretch[8 i + r] = rows[r][begin + i]; reads and writes up to 3 samples more than asked.
+void interleave(const RowPointers& rows, std::size_t begin, std::size_t samples, float* stretch) {
     const hn::FixedTag<float, 4> d;
-    for (std::size_t i = 0; i < weights.firsts.size(); ++i) {
-        const float* pixel = row + weights.firsts[i];
-        const float* w = weights.weights + weights.starts[i];
-        const std::size_t count = weights.starts[i + 1] - weights.starts[i];
-        auto sum = hn::Zero(d);
-        std::size_t t = 0;
-        for (; t + 4 <= count; t += 4)
-            sum = hn::Add(sum, hn::Mul(hn::LoadU(d, w + t), hn::LoadU(d, pixel + t)));
-        alignas(16) float part[4];
-        hn::Store(sum, d, part);
-        for (; t < count; ++t)
-            part[t % 4] += w[t] * pixel[t];
-        result[i] = (part[0] + part[2]) + (part[1] + part[3]);
+    for (std::size_t i = 0; i < samples; i += 4)
+        for (std::size_t r = 0; r < mostRowsWeighed; r += 4) {
+            float* out = stretch + mostRowsWeighed * i + r;
+            storeTransposed(
+                d, hn::LoadU(d, rows[r] + begin + i), hn::LoadU(d, rows[r + 1] + begin + i),
+                hn::LoadU(d, rows[r + 2] + begin + i), hn::LoadU(d, rows[r + 3] + begin + i),
+                {out, out + mostRowsWeighed, out + 2 * mostRowsWeighed, out + 3 * mostRowsWeighed});
+        }
+}
+
+/// The way back: results[r][begin + i] = stretch[8 i + r]; writes up to 3 samples more than asked.
+void separate(const float* stretch, std::size_t begin, std::size_t samples, const ResultPointers& results) {
+    const hn::FixedTag<float, 4> d;
+    for (std::size_t i = 0; i < samples; i += 4)
+        for (std::size_t r = 0; r < mostRowsWeighed; r += 4) {
+            const float* in = stretch + mostRowsWeighed * i + r;
+            storeTransposed(d, hn::LoadU(d, in), hn::LoadU(d, in + mostRowsWeighed),
+                            hn::LoadU(d, in + 2 * mostRowsWeighed), hn::LoadU(d, in + 3 * mostRowsWeighed),
+                            {results[r] + begin + i, results[r + 1] + begin + i, results[r + 2] + begin + i,
+                             results[r + 3] + begin + i});
+        }
+}
+
+/// One pixel of as many of the eight rows as a vector has lanes.
+template <std::size_t channels, class D>
+HWY_INLINE void weighPixel(D d, const float* samples, std::span<const float> weights, float* result) {
+    auto sum0 = hn::Zero(d), sum1 = sum0, sum2 = sum0, sum3 = sum0;
+    for (const float weight : weights) {
+        const auto w = hn::Set(d, weight);
+        sum0 = hn::Add(sum0, hn::Mul(w, hn::Load(d, samples)));
+        if constexpr (channels > 1)
+            sum1 = hn::Add(sum1, hn::Mul(w, hn::Load(d, samples + mostRowsWeighed)));
+        if constexpr (channels > 2)
+            sum2 = hn::Add(sum2, hn::Mul(w, hn::Load(d, samples + 2 * mostRowsWeighed)));
+        if constexpr (channels > 3)
+            sum3 = hn::Add(sum3, hn::Mul(w, hn::Load(d, samples + 3 * mostRowsWeighed)));
+        samples += channels * mostRowsWeighed;
+    }
+    hn::Store(sum0, d, result);
+    if constexpr (channels > 1)
+        hn::Store(sum1, d, result + mostRowsWeighed);
+    if constexpr (channels > 2)
+        hn::Store(sum2, d, result + 2 * mostRowsWeighed);
+    if constexpr (channels > 3)
+        hn::Store(sum3, d, result + 3 * mostRowsWeighed);
+}
+
+/// One past the last source pixel of result pixel i.
+std::size_t endOf(const PixelWeights& weights, std::size_t i) {
+    return weights.firsts[i] + (weights.starts[i + 1] - weights.starts[i]);
+}
+
+/// One past the last result pixel whose sources, from those of pixel i on, and results fit a stretch.
+std::size_t stretchEnd(const PixelWeights& weights, std::size_t i, std::size_t channels) {
+    const std::size_t pixels = stretchSamples / channels;
+    const std::size_t end = std::min(weights.firsts.size(), i + pixels);
+    std::size_t j = i;
+    while (j < end && endOf(weights, j) - weights.firsts[i] <= pixels)
+        ++j;
+    return j;
+}
+
+/// The result pixels [i, j), whose sources fit a stretch.
+template <std::size_t channels>
+void weighStretch(const RowPointers& rows, const PixelWeights& weights, std::size_t i, std::size_t j,
+                  const ResultPointers& results) {
+    alignas(64) float sources[stretchSamples * mostRowsWeighed];
+    alignas(64) float sums[stretchSamples * mostRowsWeighed];
+    const hn::CappedTag<float, mostRowsWeighed> d;
+    const std::size_t base = weights.firsts[i];
+    interleave(rows, base * channels, (endOf(weights, j - 1) - base) * channels, sources);
+    for (std::size_t k = i; k < j; ++k) {
+        const std::span taps(weights.weights + weights.starts[k], weights.starts[k + 1] - weights.starts[k]);
+        const float* from = sources + (weights.firsts[k] - base) * channels * mostRowsWeighed;
+        float* to = sums + (k - i) * channels * mostRowsWeighed;
+        for (std::size_t r = 0; r < mostRowsWeighed; r += hn::Lanes(d))
+            weighPixel<channels>(d, from + r, taps, to + r);
+    }
+    separate(sums, i * channels, (j - i) * channels, results);
+}
+
+/// A result pixel that takes from more pixels than a stretch has.
+void weighLongPixel(const RowPointers& rows, std::size_t channels, const PixelWeights& weights, std::size_t i,
+                    const ResultPointers& results) {
+    const PixelWeights one = {weights.firsts.subspan(i, 1), weights.starts.subspan(i, 2), weights.weights};
+    ResultPointers places;
+    std::ranges::transform(results, places.begin(), [&](float* result) { return result + i * channels; });
+    reference::weighRows(rows, channels, one, places);
+}
+
+template <std::size_t channels>
+void weighEight(const RowPointers& rows, const PixelWeights& weights, const ResultPointers& results) {
+    for (std::size_t i = 0; i < weights.firsts.size();) {
+        const std::size_t j = stretchEnd(weights, i, channels);
+        if (j > i)
+            weighStretch<channels>(rows, weights, i, j, results);
+        else
+            weighLongPixel(rows, channels, weights, i, results);
+        i = std::max(i + 1, j);
     }
 }
 
-void weighPixels(const float* row, std::size_t channels, const PixelWeights& weights, float* result) {
+void weighRows(std::span<const float* const> rows, std::size_t channels, const PixelWeights& weights,
+               std::span<float* const> results) {
+    RowPointers from;
+    ResultPointers to;
+    for (std::size_t r = 0; r < mostRowsWeighed; ++r) { // fewer rows: the last one is made several times
+        from[r] = rows[std::min(r, rows.size() - 1)];
+        to[r] = results[std::min(r, rows.size() - 1)];
+    }
     switch (channels) {
     case 1:
-        return weighGrayPixels(row, weights, result);
+        return weighEight<1>(from, weights, to);
     case 2:
-        return weighColorPixels<2>(row, weights, result);
+        return weighEight<2>(from, weights, to);
     case 3:
-        return weighColorPixels<3>(row, weights, result);
+        return weighEight<3>(from, weights, to);
     default:
-        return weighColorPixels<4>(row, weights, result);
+        return weighEight<4>(from, weights, to);
     }
 }
 
@@ -89,16 +221,17 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kestrine::kernels {
 
-HWY_EXPORT(addWeightedRow);
-HWY_EXPORT(weighPixels);
+HWY_EXPORT(addWeightedRows);
+HWY_EXPORT(weighRows);
 
-void addWeightedRow(std::span<float* const> sums, std::span<const float> weights, const float* row,
-                    std::size_t samples) {
-    HWY_DYNAMIC_DISPATCH(addWeightedRow)(sums, weights, row, samples);
+void addWeightedRows(std::span<float* const> sums, const float* weights, std::span<const float* const> rows,
+                     std::size_t samples) {
+    HWY_DYNAMIC_DISPATCH(addWeightedRows)(sums, weights, rows, samples);
 }
 
-void weighPixels(const float* row, std::size_t channels, const PixelWeights& weights, float* result) {
-    HWY_DYNAMIC_DISPATCH(weighPixels)(row, channels, weights, result);
+void weighRows(std::span<const float* const> rows, std::size_t channels, const PixelWeights& weights,
+               std::span<float* const> results) {
+    HWY_DYNAMIC_DISPATCH(weighRows)(rows, channels, weights, results);
 }
 
 } // namespace kestrine::kernels

@@ -9,22 +9,33 @@
 
 namespace kestrine::kernels {
 
-/// Rows that weighPixels reads must have this many readable, finite floats behind their last sample.
-inline constexpr std::size_t rowPadding = 16;
+/// Rows given to weighRows, sources and results, must have this many floats behind their last sample; those
+/// of sources are read, so they must be finite, those of results are written.
+inline constexpr std::size_t rowPadding = 4;
 
-/// For each k: sums[k][i] += weights[k] * row[i], for i in [0, samples).
-void addWeightedRow(std::span<float* const> sums, std::span<const float> weights, const float* row,
-                    std::size_t samples);
+/// How many rows addWeightedRows takes at most.
+inline constexpr std::size_t mostRowsAdded = 4;
 
-/// One result row: pixel i has `channels` (1 to 4) samples and uses the weights [starts[i], starts[i + 1]) on
-/// the source pixels from firsts[i] on. A channel is the sum over its weights in their order; a picture of a
-/// single channel is summed in four parts p0..p3 (weight number modulo 4), put together as (p0 + p2) + (p1 +
-/// p3). `result` has one writable float behind the last sample of a row of three channels.
+/// For each k: sums[k][i] += weights[k * n + r] * rows[r][i] for r = 0, 1, .. n - 1 in turn, n being the
+/// number of rows (1 to mostRowsAdded), for i in [0, samples).
+void addWeightedRows(std::span<float* const> sums, const float* weights, std::span<const float* const> rows,
+                     std::size_t samples);
+
+/// How a result row takes from a source row: pixel i uses the weights [starts[i], starts[i + 1]) on the
+/// source pixels from firsts[i] on. Neither the first nor the last source pixel of a result ever decreases
+/// with i.
 struct PixelWeights {
     std::span<const std::uint32_t> firsts;
     std::span<const std::size_t> starts;
     const float* weights;
 };
-void weighPixels(const float* row, std::size_t channels, const PixelWeights& weights, float* result);
+
+/// How many rows weighRows takes at most; it takes about as long for fewer.
+inline constexpr std::size_t mostRowsWeighed = 8;
+
+/// Makes results[r] from rows[r], 1 to mostRowsWeighed of them, whose pixels have `channels` (1 to 4)
+/// samples. A sample is the sum over its weights in their order.
+void weighRows(std::span<const float* const> rows, std::size_t channels, const PixelWeights& weights,
+               std::span<float* const> results);
 
 } // namespace kestrine::kernels

@@ -5,8 +5,9 @@
 
 namespace kestrine::kernels::reference {
 
-void addWeightedRow(std::span<float* const> sums, std::span<const float> weights, const float* row,
-                    std::size_t samples);
-void weighPixels(const float* row, std::size_t channels, const PixelWeights& weights, float* result);
+void addWeightedRows(std::span<float* const> sums, const float* weights, std::span<const float* const> rows,
+                     std::size_t samples);
+void weighRows(std::span<const float* const> rows, std::size_t channels, const PixelWeights& weights,
+               std::span<float* const> results);
 
 } // namespace kestrine::kernels::reference

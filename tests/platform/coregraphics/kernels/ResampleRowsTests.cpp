@@ -36,44 +36,80 @@ struct WeightFixture {
     PixelWeights view() const { return {firsts, starts, weights.data()}; }
 };
 
+/// Random rows and the pointers that the kernels take.
+struct Rows {
+    std::vector<std::vector<float>> rows;
+
+    Rows(std::size_t count, std::size_t length, unsigned seed) {
+        for (std::size_t r = 0; r < count; ++r)
+            rows.push_back(randomFloats(length, seed + static_cast<unsigned>(r)));
+    }
+    std::vector<float*> pointers() {
+        std::vector<float*> result;
+        for (auto& row : rows)
+            result.push_back(row.data());
+        return result;
+    }
+    std::vector<const float*> sources() {
+        const std::vector<float*> all = pointers();
+        return {all.begin(), all.end()};
+    }
+    void shorten(std::size_t length) {
+        for (auto& row : rows)
+            row.resize(length);
+    }
+};
+
+void expectSameResults(std::size_t rows, std::size_t channels, std::size_t pixels, std::size_t taps) {
+    const WeightFixture fixture(pixels, taps);
+    Rows sources(rows, (pixels + taps) * channels + rowPadding, 3);
+    Rows results(rows, pixels * channels + rowPadding, 40), expected = results;
+    weighRows(sources.sources(), channels, fixture.view(), results.pointers());
+    reference::weighRows(sources.sources(), channels, fixture.view(), expected.pointers());
+    results.shorten(pixels * channels);
+    expected.shorten(pixels * channels);
+    ASSERT_EQ(results.rows, expected.rows)
+        << rows << " rows, " << channels << " channels, " << taps << " taps, " << pixels << " pixels";
+}
+
 } // namespace
 
-TEST(ResampleRows, addingAWeightedRowGivesTheBitsOfThePlainLoopAtEveryLength) {
+TEST(ResampleRows, addingWeightedRowsGivesTheBitsOfThePlainLoopAtEveryLength) {
     testing::onEveryTarget([] {
         for (const std::size_t length : oddLengths)
-            for (const std::size_t rows : {0, 1, 2, 7}) {
-                std::vector<std::vector<float>> sums, expected;
-                std::vector<float*> targets, expectedTargets;
-                for (std::size_t k = 0; k < rows; ++k)
-                    sums.push_back(randomFloats(length + 1, static_cast<unsigned>(k)));
-                expected = sums;
-                for (std::size_t k = 0; k < rows; ++k) {
-                    targets.push_back(sums[k].data());
-                    expectedTargets.push_back(expected[k].data());
+            for (const std::size_t sumCount : {0, 1, 2, 7})
+                for (std::size_t rowCount = 1; rowCount <= mostRowsAdded; ++rowCount) {
+                    Rows sums(sumCount, length + 1, 0), expected = sums, rows(rowCount, length, 90);
+                    const std::vector<float> weights = randomFloats(sumCount * rowCount, 5);
+                    addWeightedRows(sums.pointers(), weights.data(), rows.sources(), length);
+                    reference::addWeightedRows(expected.pointers(), weights.data(), rows.sources(), length);
+                    ASSERT_EQ(sums.rows, expected.rows)
+                        << length << " samples, " << sumCount << " sums, " << rowCount << " rows";
                 }
-                const std::vector<float> row = randomFloats(length, 99), weights = randomFloats(rows, 5);
-                addWeightedRow(targets, weights, row.data(), length);
-                reference::addWeightedRow(expectedTargets, weights, row.data(), length);
-                ASSERT_EQ(sums, expected) << length << " samples, " << rows << " sums";
-            }
     });
 }
 
-TEST(ResampleRows, weighingPixelsGivesTheBitsOfThePlainLoopForEveryChannelCount) {
+TEST(ResampleRows, weighingRowsGivesTheBitsOfThePlainLoopForEveryChannelCount) {
     testing::onEveryTarget([] {
         for (std::size_t channels = 1; channels <= 4; ++channels)
             for (const std::size_t taps : {1, 2, 3, 4, 5, 8, 13, 16, 31})
-                for (const std::size_t pixels : {1, 2, 3, 16, 17, 65}) {
-                    const WeightFixture fixture(pixels, taps);
-                    const std::vector<float> row = randomFloats((pixels + taps) * channels + rowPadding, 3);
-                    std::vector<float> result(pixels * channels + rowPadding, -5.0F), expected = result;
-                    weighPixels(row.data(), channels, fixture.view(), result.data());
-                    reference::weighPixels(row.data(), channels, fixture.view(), expected.data());
-                    result.resize(pixels * channels);
-                    expected.resize(pixels * channels);
-                    ASSERT_EQ(result, expected)
-                        << channels << " channels, " << taps << " taps, " << pixels << " pixels";
-                }
+                for (const std::size_t pixels : {1, 2, 3, 16, 17, 65, 700})
+                    expectSameResults(mostRowsWeighed, channels, pixels, taps);
+    });
+}
+
+TEST(ResampleRows, weighingTakesAnyNumberOfRows) {
+    testing::onEveryTarget([] {
+        for (std::size_t rows = 1; rows < mostRowsWeighed; ++rows)
+            expectSameResults(rows, 3, 17, 5);
+    });
+}
+
+TEST(ResampleRows, aPixelMayTakeFromMorePixelsThanAreInterleavedAtOnce) {
+    testing::onEveryTarget([] {
+        for (std::size_t channels = 1; channels <= 4; ++channels)
+            for (const std::size_t taps : {127, 128, 129, 170, 171, 256, 257, 512, 513, 2000})
+                expectSameResults(mostRowsWeighed, channels, 3, taps);
     });
 }
 
