@@ -1,0 +1,86 @@
+"""The manual pages and the completion tell what the tools take, no more and no less."""
+import re
+import subprocess
+import unittest
+from pathlib import Path
+
+from tools import BIN, ToolTest, main
+
+SHARE = Path(__file__).resolve().parent.parent.parent / "share"
+MANUAL = SHARE / "man/man1/kestrinectl.1"
+COMMANDS = [("convert",), ("exif",)] + [
+    ("sets", name)
+    for name in ("list", "show", "add", "edit", "remove", "select", "export", "import", "where")
+]
+
+
+def long_options(text):
+    return set(re.findall(r"--[a-z][a-z-]*", text)) - {"--help"}
+
+
+class Manual(ToolTest):
+    def help(self, *command):
+        return self.kestrinectl(*command, "--help").stdout.decode()
+
+    def offered(self):
+        return {command: long_options(re.sub("Excludes:.*", "", self.help(*command))) for command in COMMANDS}
+
+    def test_the_pages_are_well_formed(self):
+        for page in sorted((SHARE / "man/man1").iterdir()):
+            done = subprocess.run(["groff", "-man", "-ww", "-z", page], capture_output=True, check=False)
+            self.assertEqual((done.returncode, done.stderr), (0, b""), page.name)
+
+    def test_the_page_of_the_companion_tells_every_option_and_no_other(self):
+        told = long_options(MANUAL.read_text().replace("\\-", "-"))
+        self.assertEqual(told, set().union(*self.offered().values()))
+
+    def test_the_page_of_the_companion_tells_every_command(self):
+        told = MANUAL.read_text()
+        for command in COMMANDS:
+            self.assertIn(" ".join(command).removeprefix("sets "), told)
+
+
+class Completion(ToolTest):
+    def completed(self, *words, tool="kestrinectl"):
+        """What the last of the words may become."""
+        script = (
+            f'source "{SHARE}/bash-completion/completions/{tool}"\n'
+            "compopt() { :; }\n" # works only while bash itself completes
+            f'COMP_WORDS=({tool} "$@"); COMP_CWORD=$#\n'
+            f"_{tool}\n"
+            'printf "%s\\n" "${COMPREPLY[@]}"\n'
+        )
+        environment = {**self.environment, "PATH": f"{BIN}:/usr/bin:/bin"}
+        done = subprocess.run(["bash", "-c", script, "bash", *words], env=environment, cwd=self.folder,
+                              capture_output=True, text=True, check=True)
+        self.assertEqual(done.stderr, "")
+        return done.stdout.split("\n")[:-1]
+
+    def test_the_options_of_every_command_are_completed(self):
+        for command in COMMANDS:
+            listed = long_options(re.sub("Excludes:.*", "", self.kestrinectl(*command, "--help").stdout.decode()))
+            self.assertEqual(set(self.completed(*command, "--")) - {"--help", ""}, listed, command)
+
+    def test_commands_and_formats_are_completed(self):
+        self.assertEqual(self.completed("se"), ["sets"])
+        self.assertEqual(self.completed("sets", "ex"), ["export"])
+        self.assertEqual(self.completed("sets", "add", "A", "--format", "j"), ["jpeg"])
+
+    def test_names_of_sets_are_completed_with_their_spaces_quoted(self):
+        for name in ("Web", "Web large", "Print"):
+            self.kestrinectl("sets", "add", name)
+        self.assertEqual(self.completed("sets", "show", "W"), ["Web", r"Web\ large"])
+        self.assertEqual(self.completed("convert", "--set", "P"), ["Print"])
+        self.assertEqual(self.completed("-set", "P", tool="kestrine"), ["Print"])
+
+    def test_files_are_completed_where_files_are_meant(self):
+        (self.folder / "picture.jpg").touch()
+        self.assertEqual(self.completed("convert", "pic"), ["picture.jpg"])
+        self.assertEqual(self.completed("exif", "pic"), ["picture.jpg"])
+        self.assertEqual(self.completed("sets", "import", "pic"), ["picture.jpg"])
+        self.assertEqual(self.completed("pic", tool="kestrine"), ["picture.jpg"])
+        self.assertEqual(self.completed("sets", "show", "pic"), [""])
+
+
+if __name__ == "__main__":
+    main()
