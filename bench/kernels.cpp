@@ -3,10 +3,18 @@
 #include "platform/coregraphics/ColumnFilter.h"
 #include "platform/coregraphics/Resampler.h"
 #include "platform/coregraphics/SampleConversion.h"
+#include "platform/coregraphics/kernels/ChromaUpsampling.h"
+#include "platform/coregraphics/kernels/ChromaUpsampling_reference.h"
+#include "platform/coregraphics/kernels/InverseDCT.h"
+#include "platform/coregraphics/kernels/InverseDCT_reference.h"
 #include "platform/coregraphics/kernels/ResampleRows.h"
 #include "platform/coregraphics/kernels/ResampleRows_reference.h"
+#include "platform/coregraphics/kernels/YCbCrToRGB.h"
+#include "platform/coregraphics/kernels/YCbCrToRGB_reference.h"
 
 #include <benchmark/benchmark.h>
+
+#include <algorithm>
 
 namespace kestrine {
 
@@ -77,6 +85,87 @@ void fromLight(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(resultWidth));
 }
 BENCHMARK(fromLight);
+
+/// Arguments: size of a square, last zigzag index, distance of neighbouring squares in squares.
+/// An item is a pixel of the whole picture, 64 for each of 16 blocks.
+template <auto transform>
+void inverseDCT(benchmark::State& state) {
+    const auto size = static_cast<int>(state.range(0)), lastNonZero = static_cast<int>(state.range(1));
+    const auto laneStride = size * static_cast<int>(state.range(2));
+    alignas(64) std::int16_t group[kernels::dctCoefficients * kernels::dctLanes] = {};
+    std::fill_n(group, kernels::dctLanes, std::int16_t{17});
+    const std::vector<std::uint16_t> quantisation(kernels::dctCoefficients, 5);
+    Bytes samples(static_cast<std::size_t>(laneStride * kernels::dctLanes * size));
+    for (auto _ : state) {
+        transform(size, group, quantisation.data(), lastNonZero, kernels::dctLanes, samples.data(),
+                  laneStride, laneStride * kernels::dctLanes);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * kernels::dctCoefficients * kernels::dctLanes);
+}
+constexpr int everything = 63, fourByFour = 9, meanAlone = 0;
+BENCHMARK(inverseDCT<kernels::inverseDCT>)
+    ->Name("inverseDCT/vector")
+    ->ArgsProduct({{8, 4, 2, 1}, {everything, fourByFour, meanAlone}, {1, 2}});
+BENCHMARK(inverseDCT<kernels::reference::inverseDCT>)
+    ->Name("inverseDCT/plain")
+    ->ArgsProduct({{8, 4, 2, 1}, {everything}, {1}});
+
+/// An item of this and the next ones is a pixel that comes out.
+template <auto upsample>
+void upsampleRow(benchmark::State& state) {
+    const Bytes row(sourceWidth, 100);
+    Bytes result(2 * sourceWidth);
+    for (auto _ : state)
+        upsample(row.data(), sourceWidth, result.data());
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(result.size()));
+}
+BENCHMARK(upsampleRow<kernels::upsampleH2V1Fancy>)->Name("upsampleH2V1Fancy/vector");
+BENCHMARK(upsampleRow<kernels::reference::upsampleH2V1Fancy>)->Name("upsampleH2V1Fancy/plain");
+
+template <auto upsample>
+void upsampleTwoRows(benchmark::State& state) {
+    const Bytes nearRow(sourceWidth, 100), farRow(sourceWidth, 50);
+    Bytes result(2 * sourceWidth);
+    for (auto _ : state)
+        upsample(nearRow.data(), farRow.data(), sourceWidth, result.data());
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(result.size()));
+}
+BENCHMARK(upsampleTwoRows<kernels::upsampleH2V2Fancy>)->Name("upsampleH2V2Fancy/vector");
+BENCHMARK(upsampleTwoRows<kernels::reference::upsampleH2V2Fancy>)->Name("upsampleH2V2Fancy/plain");
+
+template <auto upsample>
+void upsampleDown(benchmark::State& state) {
+    const Bytes nearRow(sourceWidth, 100), farRow(sourceWidth, 50);
+    Bytes result(sourceWidth);
+    for (auto _ : state)
+        upsample(nearRow.data(), farRow.data(), true, sourceWidth, result.data());
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(result.size()));
+}
+BENCHMARK(upsampleDown<kernels::upsampleH1V2Fancy>)->Name("upsampleH1V2Fancy/vector");
+BENCHMARK(upsampleDown<kernels::reference::upsampleH1V2Fancy>)->Name("upsampleH1V2Fancy/plain");
+
+/// The argument: how often a sample is repeated.
+void replicate(benchmark::State& state) {
+    const auto times = static_cast<int>(state.range(0));
+    const Bytes row(sourceWidth, 100);
+    Bytes result(sourceWidth * static_cast<std::size_t>(times));
+    for (auto _ : state)
+        kernels::replicate(row.data(), sourceWidth, times, result.data());
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(result.size()));
+}
+BENCHMARK(replicate)->Arg(2)->Arg(4);
+
+template <auto convert>
+void convertYCbCrToRGB(benchmark::State& state) {
+    const Bytes y(sourceWidth, 100), cb(sourceWidth, 90), cr(sourceWidth, 150);
+    Bytes rgb(sourceWidth * channels);
+    for (auto _ : state)
+        convert(y.data(), cb.data(), cr.data(), sourceWidth, rgb.data());
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(sourceWidth));
+}
+BENCHMARK(convertYCbCrToRGB<kernels::convertYCbCrToRGB>)->Name("convertYCbCrToRGB/vector");
+BENCHMARK(convertYCbCrToRGB<kernels::reference::convertYCbCrToRGB>)->Name("convertYCbCrToRGB/plain");
 
 } // namespace
 
