@@ -1,21 +1,29 @@
-// Reads JPEG through libjpeg: baseline and progressive, grey, colour and CMYK, at full size or reduced in the
-// transform.
+#include "platform/imageio/JPEGDecoder.h"
 
-#include "platform/coregraphics/ColorConversion.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ExifBlock.h"
-#include "platform/imageio/JPEGInput.h"
+#include "platform/imageio/jpeg/BaselineRows.h"
+#include "platform/imageio/jpeg/Decompressor.h"
+#include "platform/imageio/jpeg/FallbackRows.h"
+#include "platform/imageio/jpeg/LibraryRows.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
+// Whether our own decoder is tried first. The pictures are the same without it, later.
+#ifndef KESTRINE_OWN_JPEG_DECODER
+#define KESTRINE_OWN_JPEG_DECODER 1
+#endif
+
 namespace kestrine {
 
 namespace {
 
-/// A picture may be stored in many passes; more than this is an attempt to keep us busy.
-constexpr int maximumScans = 500;
+using jpeg::Decompressor;
+
+enum class Readers { ownThenLibrary, libraryOnly };
+
 /// A progressive picture's coefficients are all held in memory at once.
 constexpr std::uint64_t maximumCoefficientBytes = std::uint64_t{2} << 30;
 /// Beyond this many they must also be plausible: Huffman coding spends at least a bit on a block's first
@@ -31,111 +39,39 @@ bool isJPEG(ByteView head) {
     return head.size() >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF;
 }
 
-void limitScans(j_common_ptr info) {
-    auto* decompress = reinterpret_cast<j_decompress_ptr>(info);
-    if (decompress->input_scan_number > maximumScans)
-        ERREXIT(info, JERR_EOI_EXPECTED);
-}
-
-/// Owns one run of the decompressor over one input.
-class Decompressor {
-public:
-    explicit Decompressor(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {
-        info.err = errors.prepare();
-        created_ = succeedsInLibrary(errors, [this] { jpeg_create_decompress(&info); });
-        if (!created_)
-            return;
-        progress_ = {};
-        progress_.progress_monitor = limitScans;
-        info.progress = &progress_;
-        input_.attach(info, *reader_);
-    }
-    ~Decompressor() {
-        if (created_)
-            jpeg_destroy_decompress(&info);
-    }
-    Decompressor(const Decompressor&) = delete;
-    Decompressor& operator=(const Decompressor&) = delete;
-
-    /// Reads up to the first scan; `keptSegments` are the numbers of the APPn segments to keep.
-    Result<void> readHeader(std::initializer_list<int> keptSegments = {}) {
-        const auto read = [this, &keptSegments] {
-            for (const int segment : keptSegments)
-                jpeg_save_markers(&info, JPEG_APP0 + segment, 0xFFFF);
-            jpeg_read_header(&info, TRUE);
-        };
-        if (!created_ || !succeedsInLibrary(errors, read))
-            return errors.failure();
-        return {};
-    }
-
-    jpeg_decompress_struct info{};
-    JPEGErrors errors{};
-
-private:
-    std::shared_ptr<const ByteReader> reader_;
-    jpeg_progress_mgr progress_{};
-    JPEGInput input_{};
-    bool created_ = false;
-};
-
-class JPEGRows final : public RowSource {
-public:
-    JPEGRows(std::unique_ptr<Decompressor> decompressor, const RowFormat& format,
-             std::unique_ptr<ForeignConverter> converter)
-        : RowSource(format), decompressor_(std::move(decompressor)), converter_(std::move(converter)),
-          inks_(converter_ == nullptr ? 0 : std::size_t{4} * format.width) {}
-
-    Result<void> readRow(std::span<std::uint8_t> row) override {
-        JSAMPROW target = converter_ == nullptr ? row.data() : inks_.data();
-        Decompressor& d = *decompressor_;
-        if (!succeedsInLibrary(d.errors, [&d, &target] { jpeg_read_scanlines(&d.info, &target, 1); }))
-            return d.errors.failure();
-        if (converter_ != nullptr)
-            converter_->convert(inks_.data(), row.data(), format().width);
-        return {};
-    }
-
-private:
-    const std::unique_ptr<Decompressor> decompressor_;
-    const std::unique_ptr<ForeignConverter> converter_;
-    Bytes inks_;
-};
-
 class JPEGDecoder final : public ImageDecoder {
 public:
+    template <Readers readers>
     static Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
         Decompressor header(reader);
         if (Result<void> read = header.readHeader({exifSegment, profileSegment}); !read)
             return read.failure();
-        std::unique_ptr<JPEGDecoder> decoder(new JPEGDecoder(std::move(reader)));
+        std::unique_ptr<JPEGDecoder> decoder(new JPEGDecoder(std::move(reader), readers));
         if (Result<void> described = decoder->describe(header); !described)
             return described.failure();
         return std::unique_ptr<ImageDecoder>(std::move(decoder));
     }
 
     Result<RowSourcePointer> rows(std::size_t frame, int eighths) const override {
-        auto decompressor = std::make_unique<Decompressor>(reader_);
-        if (Result<void> read = decompressor->readHeader(); !read)
-            return read.failure();
-        jpeg_decompress_struct& info = decompressor->info;
-        info.scale_num = static_cast<unsigned>(eighths);
-        info.scale_denom = 8;
-        info.out_color_space = isCMYK_                                           ? JCS_CMYK
-                               : frames_[frame].format.model == ColorModel::gray ? JCS_GRAYSCALE
-                                                                                 : JCS_RGB;
-        if (!succeedsInLibrary(decompressor->errors, [&info] { jpeg_start_decompress(&info); }))
-            return decompressor->errors.failure();
-        RowFormat format = frames_[frame].format;
-        format.width = info.output_width;
-        format.height = info.output_height;
-        return RowSourcePointer(std::make_unique<JPEGRows>(std::move(decompressor), format, inkConverter()));
+        const RowFormat format = frames_[frame].format;
+        if (isCMYK_)
+            return jpeg::openLibraryRows(reader_, format, eighths, inkConverter());
+        const auto openLibrary = [reader = reader_, format, eighths] {
+            return jpeg::openLibraryRows(reader, format, eighths);
+        };
+        if (readers_ == Readers::ownThenLibrary) {
+            Result<RowSourcePointer> own = jpeg::openBaselineRows(reader_, eighths);
+            if (own)
+                return jpeg::rowsWithFallback(std::move(*own), openLibrary);
+        }
+        return openLibrary();
     }
 
     Result<Bytes> exif() const override { return exif_; }
 
 private:
-    explicit JPEGDecoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
+    JPEGDecoder(std::shared_ptr<const ByteReader> reader, Readers readers)
+        : reader_(std::move(reader)), readers_(readers) {}
 
     Result<void> describe(Decompressor& header) {
         const jpeg_decompress_struct& info = header.info;
@@ -209,13 +145,12 @@ private:
     }
 
     std::unique_ptr<ForeignConverter> inkConverter() const {
-        if (!isCMYK_)
-            return nullptr;
         return ForeignConverter::create(inksAreInverted_ ? ForeignModel::cmykInverted : ForeignModel::cmyk,
                                         SampleDepth::bits8, false, inkProfile_);
     }
 
     const std::shared_ptr<const ByteReader> reader_;
+    const Readers readers_;
     Bytes exif_;
     Bytes inkProfile_;
     bool isCMYK_ = false;
@@ -224,6 +159,11 @@ private:
 
 } // namespace
 
-const ImageCodec jpegCodec = {"JPEG", isJPEG, JPEGDecoder::open};
+#if KESTRINE_OWN_JPEG_DECODER
+const ImageCodec jpegCodec = {"JPEG", isJPEG, JPEGDecoder::open<Readers::ownThenLibrary>};
+#else
+const ImageCodec jpegCodec = {"JPEG", isJPEG, JPEGDecoder::open<Readers::libraryOnly>};
+#endif
+const ImageCodec libraryJPEGCodec = {"JPEG", isJPEG, JPEGDecoder::open<Readers::libraryOnly>};
 
 } // namespace kestrine

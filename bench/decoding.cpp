@@ -1,0 +1,79 @@
+// Compares our own JPEG decoder with the general library: rows of pixels from JPEG files at every scale, on
+// one thread, both in turn. Prints the medians in milliseconds of processor time and the median of the
+// ratios.
+#include "platform/host/ByteReader.h"
+#include "platform/imageio/jpeg/BaselineRows.h"
+#include "platform/imageio/jpeg/LibraryRows.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <time.h>
+
+namespace kestrine {
+
+namespace {
+
+constexpr int pairs = 11;
+
+Bytes contentsOf(const char* path) {
+    std::ifstream file(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(file), {});
+}
+
+double processorMilliseconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+/// How long it takes from opening a file to its last row.
+template <class Open>
+double millisecondsFor(const Open& open) {
+    const double start = processorMilliseconds();
+    Result<RowSourcePointer> rows = open();
+    if (!rows) {
+        std::fprintf(stderr, "%s\n", rows.failure().text.c_str());
+        std::exit(1);
+    }
+    Bytes row((*rows)->format().bytesPerRow());
+    for (std::uint32_t y = 0; y < (*rows)->format().height; ++y)
+        if (const Result<void> read = (*rows)->readRow(row); !read) {
+            std::fprintf(stderr, "row %u: %s\n", y, read.failure().text.c_str());
+            std::exit(1);
+        }
+    rows = RowSourcePointer();
+    return processorMilliseconds() - start;
+}
+
+void compare(const std::shared_ptr<const ByteReader>& file, int eighths) {
+    std::vector<double> own, library, ratios;
+    for (int i = 0; i < pairs; ++i) {
+        own.push_back(millisecondsFor([&] { return jpeg::openBaselineRows(file, eighths); }));
+        library.push_back(millisecondsFor([&] { return jpeg::openLibraryRows(file, {}, eighths); }));
+        ratios.push_back(own.back() / library.back());
+    }
+    std::printf("  %d/8  own %6.1f  library %6.1f  ratio %.3f\n", eighths, median(own), median(library),
+                median(ratios));
+}
+
+} // namespace
+
+} // namespace kestrine
+
+int main(int count, char** paths) {
+    for (int i = 1; i < count; ++i) {
+        const auto file = kestrine::readerOfBytes(kestrine::contentsOf(paths[i]));
+        std::printf("%s\n", paths[i]);
+        for (const int eighths : {8, 4, 2, 1})
+            kestrine::compare(file, eighths);
+    }
+}

@@ -1,0 +1,33 @@
+// Decompressor: one run of the general JPEG library over one input.
+#pragma once
+
+#include "platform/imageio/JPEGInput.h"
+
+#include <initializer_list>
+
+namespace kestrine::jpeg {
+
+/// A picture may be stored in many passes; more than this is an attempt to keep us busy.
+inline constexpr int maximumScans = 500;
+
+class Decompressor {
+public:
+    explicit Decompressor(std::shared_ptr<const ByteReader> reader);
+    ~Decompressor();
+    Decompressor(const Decompressor&) = delete;
+    Decompressor& operator=(const Decompressor&) = delete;
+
+    /// Reads up to the first scan; `keptSegments` are the numbers of the APPn segments to keep.
+    Result<void> readHeader(std::initializer_list<int> keptSegments = {});
+
+    jpeg_decompress_struct info{};
+    JPEGErrors errors{};
+
+private:
+    std::shared_ptr<const ByteReader> reader_;
+    jpeg_progress_mgr progress_{};
+    JPEGInput input_{};
+    bool created_ = false;
+};
+
+} // namespace kestrine::jpeg

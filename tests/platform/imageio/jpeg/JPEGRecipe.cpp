@@ -1,0 +1,138 @@
+#include "tests/platform/imageio/jpeg/JPEGRecipe.h"
+
+#include "tests/support/Pictures.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <jpeglib.h>
+#include <random>
+
+namespace kestrine::testing {
+
+namespace {
+
+PixelBuffer pixelsOf(const JPEGRecipe& recipe) {
+    const RowFormat format{recipe.width, recipe.height, recipe.isGrey ? ColorModel::gray : ColorModel::rgb};
+    if (recipe.content == Content::photo)
+        return makePhoto(format);
+    std::mt19937 random(recipe.width * 7 + recipe.height);
+    const bool isFlat = recipe.content == Content::flat;
+    return makePicture(format, [&](std::uint32_t, std::uint32_t, std::size_t channel) {
+        return isFlat ? static_cast<unsigned>(70 + 50 * channel) : (random() & 1) * 255;
+    });
+}
+
+/// The most usual symbols, which stand first, get the longest codes.
+void turnRound(JHUFF_TBL& code) {
+    const int symbols = [&] {
+        int sum = 0;
+        for (int length = 1; length <= 16; ++length)
+            sum += code.bits[length];
+        return sum;
+    }();
+    std::reverse(code.huffval, code.huffval + symbols);
+}
+
+/// One code of each length from 5 to 16, for the twelve symbols of DC.
+void lengthen(JHUFF_TBL& code) {
+    for (int length = 1; length <= 16; ++length)
+        code.bits[length] = length >= 5;
+}
+
+void setUp(jpeg_compress_struct& info, const JPEGRecipe& recipe) {
+    jpeg_set_defaults(&info);
+    if (recipe.isStoredAsRGB)
+        jpeg_set_colorspace(&info, JCS_RGB);
+    jpeg_set_quality(&info, recipe.quality, recipe.hasWideQuantisers ? FALSE : TRUE);
+    info.restart_interval = recipe.restartInterval;
+    info.optimize_coding = recipe.codes == Codes::optimised;
+    for (int c = 0; c < info.num_components && !recipe.isGrey; ++c) {
+        info.comp_info[c].h_samp_factor = recipe.sampling.factors[static_cast<std::size_t>(c)][0];
+        info.comp_info[c].v_samp_factor = recipe.sampling.factors[static_cast<std::size_t>(c)][1];
+    }
+    for (int i = 0; i < 2 && recipe.codes == Codes::longest; ++i) {
+        turnRound(*info.ac_huff_tbl_ptrs[i]);
+        lengthen(*info.dc_huff_tbl_ptrs[i]);
+    }
+    if (recipe.isProgressive)
+        jpeg_simple_progression(&info);
+}
+
+} // namespace
+
+std::string JPEGRecipe::description() const {
+    std::string text =
+        std::to_string(width) + "x" + std::to_string(height) + (isGrey ? " grey" : " sampling");
+    for (const auto& [horizontal, vertical] : sampling.factors)
+        text += isGrey ? "" : " " + std::to_string(horizontal) + "," + std::to_string(vertical);
+    return text + " quality " + std::to_string(quality) + " content "
+           + std::to_string(static_cast<int>(content)) + " codes " + std::to_string(static_cast<int>(codes))
+           + " restart " + std::to_string(restartInterval);
+}
+
+Bytes makeJPEG(const JPEGRecipe& recipe) {
+    PixelBuffer pixels = pixelsOf(recipe);
+    jpeg_compress_struct info{};
+    jpeg_error_mgr errors{};
+    info.err = jpeg_std_error(&errors);
+    errors.output_message = [](j_common_ptr) {};
+    jpeg_create_compress(&info);
+    unsigned char* memory = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&info, &memory, &size);
+    info.image_width = recipe.width;
+    info.image_height = recipe.height;
+    info.input_components = recipe.isGrey ? 1 : 3;
+    info.in_color_space = recipe.isGrey ? JCS_GRAYSCALE : JCS_RGB;
+    setUp(info, recipe);
+    jpeg_start_compress(&info, TRUE);
+    for (std::uint32_t y = 0; y < recipe.height; ++y) {
+        JSAMPROW row = pixels.row(y).data();
+        jpeg_write_scanlines(&info, &row, 1);
+    }
+    jpeg_finish_compress(&info);
+    jpeg_destroy_compress(&info);
+    Bytes file(memory, memory + size);
+    std::free(memory);
+    return file;
+}
+
+std::vector<JPEGRecipe> recipesForOurDecoder() {
+    std::vector<JPEGRecipe> recipes;
+    for (const auto& sampling :
+         {sampling444, sampling422, sampling420, sampling440, sampling411, sampling441, sampling410}) {
+        for (unsigned side = 1; side <= 40; ++side)
+            recipes.push_back({.width = side, .height = 41 - side, .sampling = sampling});
+        recipes.push_back({.width = 701, .height = 333, .sampling = sampling});
+        for (const unsigned interval : {1, 2, 7, 45})
+            recipes.push_back(
+                {.width = 333, .height = 70, .sampling = sampling, .restartInterval = interval});
+        for (const Codes codes : {Codes::optimised, Codes::longest})
+            recipes.push_back({.width = 150,
+                               .height = 90,
+                               .sampling = sampling,
+                               .content = Content::noise,
+                               .codes = codes});
+        recipes.push_back({.width = 90, .height = 90, .sampling = sampling, .content = Content::flat});
+    }
+    for (unsigned side = 1; side <= 40; ++side)
+        recipes.push_back({.width = side, .height = 2 * side, .isGrey = true, .restartInterval = side % 3});
+    for (int quality = 1; quality <= 100; ++quality) {
+        const Content content = quality % 2 == 0 ? Content::noise : Content::photo;
+        recipes.push_back({.quality = quality, .hasWideQuantisers = true, .content = content});
+        recipes.push_back({.isGrey = quality % 3 == 0,
+                           .sampling = sampling422,
+                           .quality = quality,
+                           .content = content,
+                           .codes = Codes::longest});
+    }
+    recipes.push_back({.width = 600,
+                       .height = 500,
+                       .sampling = sampling444,
+                       .quality = 100,
+                       .content = Content::noise}); // longer than the decoder's window
+    return recipes;
+}
+
+} // namespace kestrine::testing

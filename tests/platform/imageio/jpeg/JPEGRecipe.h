@@ -1,0 +1,49 @@
+// JPEGRecipe: files for the tests of our own JPEG decoder, made by the general library as the test says.
+#pragma once
+
+#include "platform/host/Bytes.h"
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace kestrine::testing {
+
+/// Horizontal and vertical sampling factors of Y, Cb and Cr.
+struct SamplingFactors {
+    std::array<std::array<int, 2>, 3> factors;
+};
+inline constexpr SamplingFactors sampling444 = {{{{1, 1}, {1, 1}, {1, 1}}}},
+                                 sampling422 = {{{{2, 1}, {1, 1}, {1, 1}}}},
+                                 sampling420 = {{{{2, 2}, {1, 1}, {1, 1}}}},
+                                 sampling440 = {{{{1, 2}, {1, 1}, {1, 1}}}},
+                                 sampling411 = {{{{4, 1}, {1, 1}, {1, 1}}}},
+                                 sampling441 = {{{{1, 4}, {1, 1}, {1, 1}}}},
+                                 sampling410 = {{{{4, 2}, {1, 1}, {1, 1}}}};
+
+enum class Content { photo, noise, flat };
+enum class Codes { standard, optimised, longest };
+
+struct JPEGRecipe {
+    unsigned width = 48, height = 32;
+    bool isGrey = false;
+    SamplingFactors sampling = sampling420;
+    int quality = 85; ///< 1 to 100; below 25 or so some quantisers have 16 bits if `hasWideQuantisers`
+    bool hasWideQuantisers = false;
+    Content content = Content::photo;
+    Codes codes = Codes::standard; ///< longest: nearly all symbols have codes of 10 to 16 bits
+    unsigned restartInterval = 0;  ///< in MCUs
+    bool isProgressive = false;
+    bool isStoredAsRGB = false;
+
+    /// Says what is special about it, for messages.
+    std::string description() const;
+};
+
+Bytes makeJPEG(const JPEGRecipe& recipe);
+
+/// Every sampling in every size from 1 to 40 and a larger one, every quality, and what else our own decoder
+/// takes.
+std::vector<JPEGRecipe> recipesForOurDecoder();
+
+} // namespace kestrine::testing
