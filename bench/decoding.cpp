@@ -2,8 +2,8 @@
 // one thread, both in turn. Prints the medians in milliseconds of processor time and the median of the
 // ratios.
 #include "platform/host/ByteReader.h"
+#include "platform/imageio/JPEGLibraryRows.h"
 #include "platform/imageio/jpeg/BaselineRows.h"
-#include "platform/imageio/jpeg/LibraryRows.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -58,7 +58,7 @@ void compare(const std::shared_ptr<const ByteReader>& file, int eighths) {
     std::vector<double> own, library, ratios;
     for (int i = 0; i < pairs; ++i) {
         own.push_back(millisecondsFor([&] { return jpeg::openBaselineRows(file, eighths); }));
-        library.push_back(millisecondsFor([&] { return jpeg::openLibraryRows(file, {}, eighths); }));
+        library.push_back(millisecondsFor([&] { return openJPEGLibraryRows(file, {}, eighths); }));
         ratios.push_back(own.back() / library.back());
     }
     std::printf("  %d/8  own %6.1f  library %6.1f  ratio %.3f\n", eighths, median(own), median(library),

@@ -10,14 +10,19 @@ namespace {
 using namespace kestrine;
 
 /// All rows; empty when there are none. A picture too large to try is none.
-Bytes decoded(const ImageCodec& codec, const Bytes& file, int eighths) {
+Bytes decoded(const Bytes& file, int eighths) {
     constexpr std::uint64_t affordablePixels = 1 << 18;
-    const auto decoder = codec.open(readerOfBytes(file));
+    const auto decoder = jpegCodec.open(readerOfBytes(file));
     if (!decoder || (*decoder)->frames().front().format.pixels() > affordablePixels)
         return {};
     const auto rows = (*decoder)->rows(0, eighths);
     Result<PixelBuffer> pixels = rows ? readAllRows(**rows) : Result<PixelBuffer>(rows.failure());
     return pixels ? std::move(pixels->bytes) : Bytes();
+}
+
+Bytes decodedByLibrary(const Bytes& file, int eighths) {
+    const LibraryOnlyJPEGScope scope;
+    return decoded(file, eighths);
 }
 
 } // namespace
@@ -27,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!kestrine::jpegCodec.recognises(kestrine::ByteView(file).first(std::min<std::size_t>(size, 64))))
         return 0;
     for (const int eighths : {8, 4, 2, 1}) {
-        if (decoded(kestrine::jpegCodec, file, eighths) != decoded(kestrine::libraryJPEGCodec, file, eighths))
+        if (decoded(file, eighths) != decodedByLibrary(file, eighths))
             std::abort();
     }
     return 0;

@@ -2,27 +2,22 @@
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ExifBlock.h"
+#include "platform/imageio/JPEGDecompressor.h"
+#include "platform/imageio/JPEGLibraryRows.h"
+#ifdef KESTRINE_OWN_JPEG_DECODER
 #include "platform/imageio/jpeg/BaselineRows.h"
-#include "platform/imageio/jpeg/Decompressor.h"
 #include "platform/imageio/jpeg/FallbackRows.h"
-#include "platform/imageio/jpeg/LibraryRows.h"
+#endif
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
-// Whether our own decoder is tried first. The pictures are the same without it, later.
-#ifndef KESTRINE_OWN_JPEG_DECODER
-#define KESTRINE_OWN_JPEG_DECODER 1
-#endif
-
 namespace kestrine {
 
 namespace {
 
-using jpeg::Decompressor;
-
-enum class Readers { ownThenLibrary, libraryOnly };
+thread_local int libraryOnlyScopes = 0;
 
 /// A progressive picture's coefficients are all held in memory at once.
 constexpr std::uint64_t maximumCoefficientBytes = std::uint64_t{2} << 30;
@@ -41,12 +36,11 @@ bool isJPEG(ByteView head) {
 
 class JPEGDecoder final : public ImageDecoder {
 public:
-    template <Readers readers>
     static Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
-        Decompressor header(reader);
+        JPEGDecompressor header(reader);
         if (Result<void> read = header.readHeader({exifSegment, profileSegment}); !read)
             return read.failure();
-        std::unique_ptr<JPEGDecoder> decoder(new JPEGDecoder(std::move(reader), readers));
+        std::unique_ptr<JPEGDecoder> decoder(new JPEGDecoder(std::move(reader)));
         if (Result<void> described = decoder->describe(header); !described)
             return described.failure();
         return std::unique_ptr<ImageDecoder>(std::move(decoder));
@@ -55,25 +49,24 @@ public:
     Result<RowSourcePointer> rows(std::size_t frame, int eighths) const override {
         const RowFormat format = frames_[frame].format;
         if (isCMYK_)
-            return jpeg::openLibraryRows(reader_, format, eighths, inkConverter());
+            return openJPEGLibraryRows(reader_, format, eighths, inkConverter());
         const auto openLibrary = [reader = reader_, format, eighths] {
-            return jpeg::openLibraryRows(reader, format, eighths);
+            return openJPEGLibraryRows(reader, format, eighths);
         };
-        if (readers_ == Readers::ownThenLibrary) {
-            Result<RowSourcePointer> own = jpeg::openBaselineRows(reader_, eighths);
-            if (own)
+#ifdef KESTRINE_OWN_JPEG_DECODER
+        if (triesOwnDecoder_)
+            if (Result<RowSourcePointer> own = jpeg::openBaselineRows(reader_, eighths); own)
                 return jpeg::rowsWithFallback(std::move(*own), openLibrary);
-        }
+#endif
         return openLibrary();
     }
 
     Result<Bytes> exif() const override { return exif_; }
 
 private:
-    JPEGDecoder(std::shared_ptr<const ByteReader> reader, Readers readers)
-        : reader_(std::move(reader)), readers_(readers) {}
+    explicit JPEGDecoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
 
-    Result<void> describe(Decompressor& header) {
+    Result<void> describe(JPEGDecompressor& header) {
         const jpeg_decompress_struct& info = header.info;
         if (info.num_components == 2 || info.num_components > 4)
             return Failure{Reason::unsupported,
@@ -126,7 +119,8 @@ private:
         return facts.resolution.value_or(Resolution{});
     }
 
-    std::optional<ColorProfile> profileOf(Decompressor& header, ColorModel model, const ExifFacts& facts) {
+    std::optional<ColorProfile> profileOf(JPEGDecompressor& header, ColorModel model,
+                                          const ExifFacts& facts) {
         JOCTET* data = nullptr;
         unsigned length = 0;
         const bool found =
@@ -150,7 +144,7 @@ private:
     }
 
     const std::shared_ptr<const ByteReader> reader_;
-    const Readers readers_;
+    [[maybe_unused]] const bool triesOwnDecoder_ = libraryOnlyScopes == 0;
     Bytes exif_;
     Bytes inkProfile_;
     bool isCMYK_ = false;
@@ -159,11 +153,10 @@ private:
 
 } // namespace
 
-#if KESTRINE_OWN_JPEG_DECODER
-const ImageCodec jpegCodec = {"JPEG", isJPEG, JPEGDecoder::open<Readers::ownThenLibrary>};
-#else
-const ImageCodec jpegCodec = {"JPEG", isJPEG, JPEGDecoder::open<Readers::libraryOnly>};
-#endif
-const ImageCodec libraryJPEGCodec = {"JPEG", isJPEG, JPEGDecoder::open<Readers::libraryOnly>};
+const ImageCodec jpegCodec = {"JPEG", isJPEG, JPEGDecoder::open};
+
+LibraryOnlyJPEGScope::LibraryOnlyJPEGScope() { ++libraryOnlyScopes; }
+
+LibraryOnlyJPEGScope::~LibraryOnlyJPEGScope() { --libraryOnlyScopes; }
 
 } // namespace kestrine

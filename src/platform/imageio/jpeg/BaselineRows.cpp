@@ -2,6 +2,7 @@
 
 #include "platform/coregraphics/kernels/YCbCrToRGB.h"
 #include "platform/imageio/jpeg/ComponentRows.h"
+#include "platform/imageio/jpeg/DecodersAtRest.h"
 
 #include <algorithm>
 
@@ -16,7 +17,7 @@ RowFormat formatOf(const PlaneDecoder& decoder) {
 
 class BaselineRows final : public RowSource {
 public:
-    BaselineRows(std::unique_ptr<PlaneDecoder> decoder, bool isSmoothing)
+    BaselineRows(BorrowedDecoder decoder, bool isSmoothing)
         : RowSource(formatOf(*decoder)), decoder_(std::move(decoder)) {
         for (const Plane& plane : decoder_->planes()) {
             components_.emplace_back(plane.geometry(), isSmoothing);
@@ -54,7 +55,7 @@ private:
             kernels::convertYCbCrToRGB(samples[0], samples[1], samples[2], format().width, row);
     }
 
-    const std::unique_ptr<PlaneDecoder> decoder_;
+    const BorrowedDecoder decoder_;
     std::vector<ComponentRows> components_;
     bool crossesBands_ = false;
     std::uint32_t next_ = 0, ready_ = 0;
@@ -63,7 +64,7 @@ private:
 } // namespace
 
 Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, int eighths) {
-    auto decoder = std::make_unique<PlaneDecoder>();
+    BorrowedDecoder decoder = borrowDecoder();
     if (Result<void> started = decoder->start(std::move(reader), eighths); !started)
         return started.failure();
     return RowSourcePointer(std::make_unique<BaselineRows>(std::move(decoder), eighths > 1));

@@ -33,6 +33,9 @@ public:
     bool start(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
                const std::array<bool, 3>& wantsAC);
 
+    /// Lets go of the file.
+    void finish() { bytes_.finish(); }
+
     /// Decodes the next `lanes` (1 to 16) MCUs. False when anything is odd; then the decoder is at its end.
     bool decodeGroup(int lanes);
 

@@ -17,11 +17,13 @@ std::uint32_t quotientRoundedUp(std::uint32_t dividend, int divisor) {
 
 } // namespace
 
-Plane::Plane(const PlaneGeometry& geometry, const Component& component, std::uint32_t mcusAcross)
-    : geometry_(geometry), rowsOfBand_(static_cast<std::uint32_t>(component.vertical * geometry.blockSize)),
-      stride_(std::size_t{mcusAcross} * static_cast<std::size_t>(component.horizontal * geometry.blockSize)
-              + padding),
-      samples_(stride_ * (rowsOfBand_ + 1)) {}
+void Plane::prepare(const PlaneGeometry& geometry, const Component& component, std::uint32_t mcusAcross) {
+    geometry_ = geometry;
+    rowsOfBand_ = static_cast<std::uint32_t>(component.vertical * geometry.blockSize);
+    stride_ = std::size_t{mcusAcross} * static_cast<std::size_t>(component.horizontal * geometry.blockSize)
+              + padding;
+    samples_.resize(stride_ * (rowsOfBand_ + 1));
+}
 
 Result<void> PlaneDecoder::start(std::shared_ptr<const ByteReader> reader, int eighths) {
     Result<FrameHeader> header = readFrameHeader(reader);
@@ -32,10 +34,9 @@ Result<void> PlaneDecoder::start(std::shared_ptr<const ByteReader> reader, int e
     mcusAcross_ = quotientRoundedUp(header_.width, header_.horizontalFactor() * 8);
     bands_ = quotientRoundedUp(header_.height, header_.verticalFactor() * 8);
     decodedBands_ = 0;
-    planes_.clear();
     std::array<bool, 3> wantsAC{};
     for (std::size_t c = 0; c < header_.componentCount; ++c) {
-        planes_.emplace_back(planeGeometry(header_, c, eighths), header_.components[c], mcusAcross_);
+        planes_[c].prepare(planeGeometry(header_, c, eighths), header_.components[c], mcusAcross_);
         wantsAC[c] = planes_[c].geometry().blockSize > 1;
     }
     if (!entropy_.start(std::move(reader), header_, wantsAC))
@@ -60,13 +61,15 @@ Result<void> PlaneDecoder::decodeBand() {
 }
 
 void PlaneDecoder::keepLastRows() {
-    for (Plane& plane : planes_)
+    for (std::size_t c = 0; c < header_.componentCount; ++c) {
+        Plane& plane = planes_[c];
         std::copy_n(plane.row(plane.rowsOfBand_ - 1), plane.stride_, plane.samples_.data());
+    }
 }
 
 void PlaneDecoder::transformGroup(std::uint32_t firstMCU, int lanes) {
     std::size_t block = 0;
-    for (std::size_t c = 0; c < planes_.size(); ++c) {
+    for (std::size_t c = 0; c < header_.componentCount; ++c) {
         Plane& plane = planes_[c];
         const Component& component = header_.components[c];
         const auto size = static_cast<std::size_t>(plane.geometry_.blockSize);

@@ -13,8 +13,6 @@ public:
     /// Readable bytes behind a row's samples, whose values mean nothing.
     static constexpr std::size_t padding = 64;
 
-    Plane(const PlaneGeometry& geometry, const Component& component, std::uint32_t mcusAcross);
-
     const PlaneGeometry& geometry() const { return geometry_; }
     std::uint32_t rowsOfBand() const { return rowsOfBand_; }
 
@@ -26,9 +24,11 @@ public:
 private:
     friend class PlaneDecoder;
 
+    void prepare(const PlaneGeometry& geometry, const Component& component, std::uint32_t mcusAcross);
+
     PlaneGeometry geometry_;
-    std::uint32_t rowsOfBand_;
-    std::size_t stride_;
+    std::uint32_t rowsOfBand_ = 0;
+    std::size_t stride_ = 0;
     Bytes samples_;
 };
 
@@ -48,10 +48,13 @@ public:
     std::uint32_t rowsOfBand() const;
     std::uint32_t bands() const { return bands_; }
     std::uint32_t decodedBands() const { return decodedBands_; }
-    std::span<const Plane> planes() const { return planes_; }
+    std::span<const Plane> planes() const { return std::span(planes_).first(header_.componentCount); }
 
     /// Decodes the next band, of which there must be one.
     Result<void> decodeBand();
+
+    /// Lets go of the file; the memory stays for the next one.
+    void finish() { entropy_.finish(); }
 
 private:
     void keepLastRows();
@@ -60,7 +63,7 @@ private:
     FrameHeader header_;
     int eighths_ = 8;
     std::uint32_t mcusAcross_ = 0, bands_ = 0, decodedBands_ = 0;
-    std::vector<Plane> planes_;
+    std::array<Plane, 3> planes_;
     EntropyDecoder entropy_;
 };
 

@@ -22,6 +22,9 @@ public:
     /// Goes to the first segment of the scan that begins at `offset`.
     void start(std::shared_ptr<const ByteReader> reader, std::uint64_t offset);
 
+    /// Lets go of the file.
+    void finish() { reader_.reset(); }
+
     /// The first bit of the segment.
     Reservoir firstBits() const { return Reservoir(window_.data() + lead); }
 

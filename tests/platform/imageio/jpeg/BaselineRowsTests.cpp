@@ -1,7 +1,7 @@
 #include "platform/imageio/jpeg/BaselineRows.h"
 
 #include "platform/coregraphics/PixelBuffer.h"
-#include "platform/imageio/jpeg/LibraryRows.h"
+#include "platform/imageio/JPEGLibraryRows.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/support/Pictures.h"
 
@@ -23,7 +23,7 @@ Result<PixelBuffer> all(Result<RowSourcePointer> rows) {
     const RowFormat format{recipe.width, recipe.height, recipe.isGrey ? ColorModel::gray : ColorModel::rgb};
     for (const int eighths : scales) {
         const Result<PixelBuffer> ours = all(jpeg::openBaselineRows(reader, eighths));
-        const Result<PixelBuffer> theirs = all(jpeg::openLibraryRows(reader, format, eighths));
+        const Result<PixelBuffer> theirs = all(openJPEGLibraryRows(reader, format, eighths));
         if (!ours || !theirs)
             return ::testing::AssertionFailure() << (ours ? theirs : ours).failure().text;
         if (auto result = testing::samePicture(*ours, *theirs); !result)

@@ -21,17 +21,22 @@ using testing::withInserted;
 
 namespace {
 
-Result<PixelBuffer> decoded(const ImageCodec& codec, const Bytes& file, int eighths) {
-    const auto decoder = codec.open(readerOfBytes(file));
+Result<PixelBuffer> decoded(const Bytes& file, int eighths) {
+    const auto decoder = jpegCodec.open(readerOfBytes(file));
     if (!decoder)
         return decoder.failure();
     const Result<RowSourcePointer> rows = (*decoder)->rows(0, eighths);
     return rows ? readAllRows(**rows) : Result<PixelBuffer>(rows.failure());
 }
 
+Result<PixelBuffer> decodedByLibrary(const Bytes& file, int eighths) {
+    const LibraryOnlyJPEGScope scope;
+    return decoded(file, eighths);
+}
+
 ::testing::AssertionResult sameThroughBoth(const Bytes& file, int eighths = 8) {
-    const Result<PixelBuffer> ours = decoded(jpegCodec, file, eighths);
-    const Result<PixelBuffer> theirs = decoded(libraryJPEGCodec, file, eighths);
+    const Result<PixelBuffer> ours = decoded(file, eighths);
+    const Result<PixelBuffer> theirs = decodedByLibrary(file, eighths);
     if (ours.ok() != theirs.ok())
         return ::testing::AssertionFailure() << "only " << (ours ? "ours" : "the library's") << " succeeds";
     if (!ours)
@@ -230,7 +235,7 @@ TEST(OwnJPEGDecoder, rowsMayBeReadAfterTheDecoderIsGone) {
     auto decoder = *jpegCodec.open(readerOfBytes(file));
     const RowSourcePointer rows = *decoder->rows(0, 8);
     decoder.reset();
-    EXPECT_TRUE(testing::samePicture(*readAllRows(*rows), *decoded(libraryJPEGCodec, file, 8)));
+    EXPECT_TRUE(testing::samePicture(*readAllRows(*rows), *decodedByLibrary(file, 8)));
 }
 
 } // namespace kestrine

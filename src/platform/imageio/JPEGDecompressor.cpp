@@ -1,6 +1,6 @@
-#include "platform/imageio/jpeg/Decompressor.h"
+#include "platform/imageio/JPEGDecompressor.h"
 
-namespace kestrine::jpeg {
+namespace kestrine {
 
 namespace {
 
@@ -12,7 +12,7 @@ void limitScans(j_common_ptr info) {
 
 } // namespace
 
-Decompressor::Decompressor(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {
+JPEGDecompressor::JPEGDecompressor(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {
     info.err = errors.prepare();
     created_ = succeedsInLibrary(errors, [this] { jpeg_create_decompress(&info); });
     if (!created_)
@@ -22,12 +22,12 @@ Decompressor::Decompressor(std::shared_ptr<const ByteReader> reader) : reader_(s
     input_.attach(info, *reader_);
 }
 
-Decompressor::~Decompressor() {
+JPEGDecompressor::~JPEGDecompressor() {
     if (created_)
         jpeg_destroy_decompress(&info);
 }
 
-Result<void> Decompressor::readHeader(std::initializer_list<int> keptSegments) {
+Result<void> JPEGDecompressor::readHeader(std::initializer_list<int> keptSegments) {
     const auto read = [this, &keptSegments] {
         for (const int segment : keptSegments)
             jpeg_save_markers(&info, JPEG_APP0 + segment, 0xFFFF);
@@ -38,4 +38,4 @@ Result<void> Decompressor::readHeader(std::initializer_list<int> keptSegments) {
     return {};
 }
 
-} // namespace kestrine::jpeg
+} // namespace kestrine

@@ -1,21 +1,21 @@
-#include "platform/imageio/jpeg/LibraryRows.h"
+#include "platform/imageio/JPEGLibraryRows.h"
 
-#include "platform/imageio/jpeg/Decompressor.h"
+#include "platform/imageio/JPEGDecompressor.h"
 
-namespace kestrine::jpeg {
+namespace kestrine {
 
 namespace {
 
-class LibraryRows final : public RowSource {
+class JPEGLibraryRows final : public RowSource {
 public:
-    LibraryRows(std::unique_ptr<Decompressor> decompressor, const RowFormat& format,
-                std::unique_ptr<ForeignConverter> converter)
+    JPEGLibraryRows(std::unique_ptr<JPEGDecompressor> decompressor, const RowFormat& format,
+                    std::unique_ptr<ForeignConverter> converter)
         : RowSource(format), decompressor_(std::move(decompressor)), converter_(std::move(converter)),
           inks_(converter_ == nullptr ? 0 : std::size_t{4} * format.width) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         JSAMPROW target = converter_ == nullptr ? row.data() : inks_.data();
-        Decompressor& d = *decompressor_;
+        JPEGDecompressor& d = *decompressor_;
         if (!succeedsInLibrary(d.errors, [&d, &target] { jpeg_read_scanlines(&d.info, &target, 1); }))
             return d.errors.failure();
         if (converter_ != nullptr)
@@ -24,17 +24,17 @@ public:
     }
 
 private:
-    const std::unique_ptr<Decompressor> decompressor_;
+    const std::unique_ptr<JPEGDecompressor> decompressor_;
     const std::unique_ptr<ForeignConverter> converter_;
     Bytes inks_;
 };
 
 } // namespace
 
-Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
-                                         const RowFormat& fullFormat, int eighths,
-                                         std::unique_ptr<ForeignConverter> inks) {
-    auto decompressor = std::make_unique<Decompressor>(std::move(reader));
+Result<RowSourcePointer> openJPEGLibraryRows(std::shared_ptr<const ByteReader> reader,
+                                             const RowFormat& fullFormat, int eighths,
+                                             std::unique_ptr<ForeignConverter> inks) {
+    auto decompressor = std::make_unique<JPEGDecompressor>(std::move(reader));
     if (Result<void> read = decompressor->readHeader(); !read)
         return read.failure();
     jpeg_decompress_struct& info = decompressor->info;
@@ -48,7 +48,8 @@ Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reade
     RowFormat format = fullFormat;
     format.width = info.output_width;
     format.height = info.output_height;
-    return RowSourcePointer(std::make_unique<LibraryRows>(std::move(decompressor), format, std::move(inks)));
+    return RowSourcePointer(
+        std::make_unique<JPEGLibraryRows>(std::move(decompressor), format, std::move(inks)));
 }
 
-} // namespace kestrine::jpeg
+} // namespace kestrine

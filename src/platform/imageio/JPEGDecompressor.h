@@ -1,21 +1,21 @@
-// Decompressor: one run of the general JPEG library over one input.
+// JPEGDecompressor: one run of the general JPEG library over one input.
 #pragma once
 
 #include "platform/imageio/JPEGInput.h"
 
 #include <initializer_list>
 
-namespace kestrine::jpeg {
+namespace kestrine {
 
 /// A picture may be stored in many passes; more than this is an attempt to keep us busy.
 inline constexpr int maximumScans = 500;
 
-class Decompressor {
+class JPEGDecompressor {
 public:
-    explicit Decompressor(std::shared_ptr<const ByteReader> reader);
-    ~Decompressor();
-    Decompressor(const Decompressor&) = delete;
-    Decompressor& operator=(const Decompressor&) = delete;
+    explicit JPEGDecompressor(std::shared_ptr<const ByteReader> reader);
+    ~JPEGDecompressor();
+    JPEGDecompressor(const JPEGDecompressor&) = delete;
+    JPEGDecompressor& operator=(const JPEGDecompressor&) = delete;
 
     /// Reads up to the first scan; `keptSegments` are the numbers of the APPn segments to keep.
     Result<void> readHeader(std::initializer_list<int> keptSegments = {});
@@ -30,4 +30,4 @@ private:
     bool created_ = false;
 };
 
-} // namespace kestrine::jpeg
+} // namespace kestrine

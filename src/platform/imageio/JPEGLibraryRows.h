@@ -6,12 +6,12 @@
 #include "platform/coregraphics/RowSource.h"
 #include "platform/host/ByteReader.h"
 
-namespace kestrine::jpeg {
+namespace kestrine {
 
 /// Starts decoding to `eighths` (8, 4, 2 or 1). `fullFormat` is that of the whole picture. A picture of four
 /// inks needs `inks`, which turns them into RGB; for all others it is null.
-Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
-                                         const RowFormat& fullFormat, int eighths,
-                                         std::unique_ptr<ForeignConverter> inks = nullptr);
+Result<RowSourcePointer> openJPEGLibraryRows(std::shared_ptr<const ByteReader> reader,
+                                             const RowFormat& fullFormat, int eighths,
+                                             std::unique_ptr<ForeignConverter> inks = nullptr);
 
-} // namespace kestrine::jpeg
+} // namespace kestrine
