@@ -42,8 +42,8 @@ struct JPEGRecipe {
 
 Bytes makeJPEG(const JPEGRecipe& recipe);
 
-/// Every sampling in every size from 1 to 40 and a larger one, every quality, and what else our own decoder
-/// takes.
+/// Every sampling once, the usual ones in every size from 1 to 40 and a larger one, every quality, and what
+/// else our own decoder takes.
 std::vector<JPEGRecipe> recipesForOurDecoder();
 
 } // namespace kestrine::testing

@@ -1,10 +1,8 @@
 // Whatever a file is like, the codec gives what the general library alone gives: the same rows, or a failure
 // where it fails.
 
-#include "platform/coregraphics/PixelBuffer.h"
 #include "platform/imageio/Codecs.h"
-#include "platform/imageio/JPEGDecoder.h"
-#include "platform/imageio/jpeg/BaselineRows.h"
+#include "tests/platform/imageio/jpeg/BothDecoders.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
 #include "tests/support/Pictures.h"
@@ -14,6 +12,9 @@ namespace kestrine {
 using testing::cutAt;
 using testing::makeJPEG;
 using testing::markerPosition;
+using testing::Outcome;
+using testing::outcomeOf;
+using testing::sameThroughBoth;
 using testing::scanPosition;
 using testing::segmentOf;
 using testing::withByte;
@@ -21,42 +22,9 @@ using testing::withInserted;
 
 namespace {
 
-Result<PixelBuffer> decoded(const Bytes& file, int eighths) {
-    const auto decoder = jpegCodec.open(readerOfBytes(file));
-    if (!decoder)
-        return decoder.failure();
-    const Result<RowSourcePointer> rows = (*decoder)->rows(0, eighths);
-    return rows ? readAllRows(**rows) : Result<PixelBuffer>(rows.failure());
-}
-
-Result<PixelBuffer> decodedByLibrary(const Bytes& file, int eighths) {
-    const LibraryOnlyJPEGScope scope;
-    return decoded(file, eighths);
-}
-
-::testing::AssertionResult sameThroughBoth(const Bytes& file, int eighths = 8) {
-    const Result<PixelBuffer> ours = decoded(file, eighths);
-    const Result<PixelBuffer> theirs = decodedByLibrary(file, eighths);
-    if (ours.ok() != theirs.ok())
-        return ::testing::AssertionFailure() << "only " << (ours ? "ours" : "the library's") << " succeeds";
-    if (!ours)
-        return ::testing::AssertionSuccess() << "both fail";
-    return testing::samePicture(*ours, *theirs);
-}
-
-/// Whether our decoder takes the file from the first row to the last.
-bool isTaken(const Bytes& file) {
-    const Result<RowSourcePointer> rows = jpeg::openBaselineRows(readerOfBytes(file), 8);
-    return rows && readAllRows(**rows).ok();
-}
-
-/// Whether our decoder starts with the file and gives up before its end.
-bool isGivenUp(const Bytes& file) {
-    const Result<RowSourcePointer> rows = jpeg::openBaselineRows(readerOfBytes(file), 8);
-    return rows && !readAllRows(**rows).ok();
-}
-
-bool isRefusedAtOnce(const Bytes& file) { return !jpeg::openBaselineRows(readerOfBytes(file), 8).ok(); }
+bool isTaken(const Bytes& file) { return outcomeOf(file) == Outcome::taken; }
+bool isGivenUp(const Bytes& file) { return outcomeOf(file) == Outcome::givenUp; }
+bool isRefusedAtOnce(const Bytes& file) { return outcomeOf(file) == Outcome::refused; }
 
 /// Small, but with several bands, restart markers and colour that crosses the bands.
 Bytes smallFile() { return makeJPEG({.width = 40, .height = 52, .quality = 60, .restartInterval = 4}); }
@@ -235,7 +203,7 @@ TEST(OwnJPEGDecoder, rowsMayBeReadAfterTheDecoderIsGone) {
     auto decoder = *jpegCodec.open(readerOfBytes(file));
     const RowSourcePointer rows = *decoder->rows(0, 8);
     decoder.reset();
-    EXPECT_TRUE(testing::samePicture(*readAllRows(*rows), *decodedByLibrary(file, 8)));
+    EXPECT_TRUE(testing::samePicture(*readAllRows(*rows), *testing::decodedByLibrary(file, 8)));
 }
 
 } // namespace kestrine
