@@ -1,9 +1,10 @@
-// PNG through libpng: every colour type and depth. Rows stream; only an interlaced picture is held whole.
-// A picture that turns out damaged or cut short anywhere up to its last chunk is a failure.
-#include "platform/coregraphics/PixelBuffer.h"
+// PNG: every colour type and depth, what the file says of its pixels, and which way they are read.
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ExifBlock.h"
 #include "platform/imageio/PNGReader.h"
+#include "platform/imageio/PNGRows.h"
+#include "platform/imageio/png/BigEndian.h"
+#include "platform/imageio/png/FastRows.h"
 
 #include <algorithm>
 #include <array>
@@ -18,48 +19,6 @@ constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', '\r', '\
 /// Deflate cannot shrink data by more than this factor.
 constexpr std::uint64_t maximumDeflateRatio = 1032;
 constexpr std::uint64_t maximumExifBytes = 1 << 20;
-
-class PNGRows final : public RowSource {
-public:
-    explicit PNGRows(std::unique_ptr<PNGReader> reader)
-        : RowSource(reader->format()), reader_(std::move(reader)), left_(format().height) {}
-
-    Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (Result<void> read = reader_->isInterlaced() ? readInterlacedRow(row) : reader_->readRow(row);
-            !read)
-            return read;
-        return --left_ == 0 ? reader_->finish() : Result<void>{};
-    }
-
-private:
-    Result<void> readInterlacedRow(std::span<std::uint8_t> row) {
-        if (left_ == format().height) {
-            if (Result<void> read = readPasses(); !read)
-                return read;
-        }
-        const auto from = whole_.row(format().height - left_);
-        std::copy(from.begin(), from.end(), row.begin());
-        return {};
-    }
-
-    Result<void> readPasses() {
-        whole_ = PixelBuffer(format());
-        for (int pass = 0; pass < PNG_INTERLACE_ADAM7_PASSES; ++pass)
-            for (std::uint32_t y = 0; y < format().height; ++y)
-                if (Result<void> read = reader_->readRow(whole_.row(y)); !read)
-                    return read;
-        return {};
-    }
-
-    const std::unique_ptr<PNGReader> reader_;
-    std::uint32_t left_;
-    PixelBuffer whole_; ///< of an interlaced picture
-};
-
-std::uint32_t bigEndian32(const std::uint8_t* bytes) {
-    return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8
-           | bytes[3];
-}
 
 /// The eXIf chunk, which may stand before or after the pixels; empty when there is none.
 Bytes exifChunk(const ByteReader& reader, bool behindPixelsToo) {
@@ -180,6 +139,8 @@ public:
             return header.failure();
         if (!(file->format() == frames_.front().format))
             return Failure{Reason::malformed, "the PNG picture changed while it was read"};
+        if (RowSourcePointer fast = fastPNGRows(*file, reader_))
+            return fast;
         return RowSourcePointer(std::make_unique<PNGRows>(std::move(file)));
     }
 

@@ -1,8 +1,6 @@
 #include "platform/imageio/PNGReader.h"
 
-#include <algorithm>
 #include <bit>
-#include <cstring>
 
 namespace kestrine {
 
@@ -10,6 +8,8 @@ namespace {
 
 constexpr png_alloc_size_t maximumChunkBytes = 16 << 20;
 constexpr png_uint_32 maximumKeptChunks = 1000;
+constexpr std::uint64_t chunkHeadBytes =
+    8; // length and type, which libpng has read when it says that pixels follow
 
 void readInput(png_structp png, png_bytep into, std::size_t count) {
     if (!static_cast<PNGInput*>(png_get_io_ptr(png))->read(into, count))
@@ -17,27 +17,6 @@ void readInput(png_structp png, png_bytep into, std::size_t count) {
 }
 
 } // namespace
-
-bool PNGInput::read(std::uint8_t* into, std::size_t count) {
-    while (count > 0) {
-        if (begin_ == end_ && !refill())
-            return false;
-        const std::size_t part = std::min(count, end_ - begin_);
-        std::memcpy(into, piece_.data() + begin_, part);
-        begin_ += part;
-        into += part;
-        count -= part;
-    }
-    return true;
-}
-
-bool PNGInput::refill() {
-    begin_ = 0;
-    end_ = reader_->readAt(position_, piece_);
-    position_ += end_;
-    endedEarly_ = end_ == 0;
-    return !endedEarly_;
-}
 
 PNGReader::PNGReader(std::shared_ptr<const ByteReader> reader) : input_(std::move(reader)) {
     png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, ignorePNGWarning);
@@ -57,6 +36,8 @@ Result<void> PNGReader::readHeader() {
         png_read_info(png_, info_);
         storedColorType_ = png_get_color_type(png_, info_);
         storedRowBytes_ = png_get_rowbytes(png_, info_);
+        storedBitsPerPixel_ = std::size_t{png_get_channels(png_, info_)} * png_get_bit_depth(png_, info_);
+        offsetOfPixels_ = input_.offset() - chunkHeadBytes;
         png_set_expand(png_);
         if constexpr (std::endian::native == std::endian::little)
             png_set_swap(png_);
@@ -75,6 +56,10 @@ RowFormat PNGReader::format() const {
 }
 
 bool PNGReader::isInterlaced() const { return png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE; }
+
+bool PNGReader::deliversAsStored() const {
+    return !isIndexed() && storedBitsPerPixel_ == 8 * format().bytesPerPixel();
+}
 
 std::uint64_t PNGReader::storedBytes() const {
     return (storedRowBytes_ + 1) * png_get_image_height(png_, info_);

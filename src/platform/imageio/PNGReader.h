@@ -2,30 +2,10 @@
 #pragma once
 
 #include "platform/coregraphics/RowFormat.h"
-#include "platform/host/ByteReader.h"
+#include "platform/imageio/PNGInput.h"
 #include "platform/imageio/PNGLibrary.h"
 
 namespace kestrine {
-
-/// What libpng reads from: the input in pieces of 64 KiB.
-class PNGInput {
-public:
-    explicit PNGInput(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
-
-    /// Fills `into`, or tells that the input is too short.
-    bool read(std::uint8_t* into, std::size_t count);
-    /// Whether more was wanted than there is.
-    bool endedEarly() const { return endedEarly_; }
-
-private:
-    bool refill();
-
-    const std::shared_ptr<const ByteReader> reader_;
-    std::uint64_t position_ = 0; ///< of the piece's end in the input
-    Bytes piece_ = Bytes(1 << 16);
-    std::size_t begin_ = 0, end_ = 0; ///< what is left of the piece
-    bool endedEarly_ = false;
-};
 
 class PNGReader {
 public:
@@ -48,6 +28,14 @@ public:
     bool isInterlaced() const;
     /// Uncompressed size of the stored rows, each with its filter byte.
     std::uint64_t storedBytes() const;
+    /// How the pixels are filtered: bytes a pixel as it is stored, at least 1.
+    std::size_t storedBytesPerPixel() const { return (storedBitsPerPixel_ + 7) / 8; }
+    /// Whether the pixels are delivered as they are stored, but for the byte order of 16-bit samples.
+    bool deliversAsStored() const;
+    /// Whether they are whole bytes that are indices.
+    bool isIndexedByBytes() const { return isIndexed() && storedBitsPerPixel_ == 8; }
+    /// Where in the file the first chunk of pixels begins.
+    std::uint64_t offsetOfPixels() const { return offsetOfPixels_; }
     /// For libpng's questions about chunks. Owned by the reader.
     png_structp png() const { return png_; }
     png_infop info() const { return info_; }
@@ -67,6 +55,8 @@ private:
     png_infop info_ = nullptr;
     std::uint8_t storedColorType_ = 0;
     std::uint64_t storedRowBytes_ = 0;
+    std::size_t storedBitsPerPixel_ = 0;
+    std::uint64_t offsetOfPixels_ = 0;
 };
 
 } // namespace kestrine

@@ -1,0 +1,26 @@
+// PNGRows: the pixels of any PNG file through libpng. Rows stream; only an interlaced picture is held whole.
+// A picture that turns out damaged or cut short anywhere up to its last chunk is a failure.
+#pragma once
+
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/imageio/PNGReader.h"
+
+namespace kestrine {
+
+class PNGRows final : public RowSource {
+public:
+    /// Of a reader whose header has been read.
+    explicit PNGRows(std::unique_ptr<PNGReader> reader);
+
+    Result<void> readRow(std::span<std::uint8_t> row) override;
+
+private:
+    Result<void> readInterlacedRow(std::span<std::uint8_t> row);
+    Result<void> readPasses();
+
+    const std::unique_ptr<PNGReader> reader_;
+    std::uint32_t left_;
+    PixelBuffer whole_; ///< of an interlaced picture
+};
+
+} // namespace kestrine

@@ -1,0 +1,53 @@
+#include "platform/imageio/png/StoredPixels.h"
+
+#include <bit>
+#include <cstring>
+
+namespace kestrine {
+
+namespace {
+
+void copyInMachineOrder(const std::uint8_t* stored, std::span<std::uint8_t> row) {
+    for (std::size_t i = 0; i < row.size(); i += 2) {
+        row[i] = stored[i + 1];
+        row[i + 1] = stored[i];
+    }
+}
+
+template <std::size_t channels>
+void lookUp(const std::array<std::array<std::uint8_t, 4>, 256>& colors, const std::uint8_t* indices,
+            std::span<std::uint8_t> row) {
+    for (std::size_t i = 0; i < row.size(); i += channels)
+        std::memcpy(row.data() + i, colors[*indices++].data(), channels);
+}
+
+} // namespace
+
+StoredPixels::StoredPixels(const PNGReader& file) : format_(file.format()), isIndexed_(file.isIndexed()) {
+    if (isIndexed_)
+        readColors(file);
+}
+
+void StoredPixels::readColors(const PNGReader& file) {
+    for (auto& color : colors_)
+        color[3] = 255; // an index beyond the table is black, as libpng has it
+    png_colorp table = nullptr;
+    png_bytep alpha = nullptr;
+    int count = 0, transparent = 0;
+    if (png_get_PLTE(file.png(), file.info(), &table, &count))
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
+            colors_[i] = {table[i].red, table[i].green, table[i].blue, 255};
+    if (png_get_tRNS(file.png(), file.info(), &alpha, &transparent, nullptr) && alpha)
+        for (std::size_t i = 0; i < static_cast<std::size_t>(transparent); ++i)
+            colors_[i][3] = alpha[i];
+}
+
+void StoredPixels::convert(const std::uint8_t* stored, std::span<std::uint8_t> row) const {
+    if (isIndexed_)
+        return format_.hasAlpha ? lookUp<4>(colors_, stored, row) : lookUp<3>(colors_, stored, row);
+    if (format_.depth == SampleDepth::bits16 && std::endian::native == std::endian::little)
+        return copyInMachineOrder(stored, row);
+    std::memcpy(row.data(), stored, row.size());
+}
+
+} // namespace kestrine
