@@ -1,0 +1,44 @@
+"""What came out of a run: is it the work that was asked for, how large is it, what does it still carry."""
+from dataclasses import dataclass, field
+
+from PIL import Image
+
+from racing.measuring import RunFailed
+
+CAMERA_DIRECTORY, MAKER, EXPOSURE = 0x8769, 0x010F, 0x829A
+
+
+@dataclass
+class Outcome:
+    """`bytes` of all files; `kept` of profile and EXIF; quality of the scaling alone and of the file, where judged."""
+    bytes: int
+    kept: str
+    size: tuple
+    scaling: dict = field(default_factory=dict)
+    file: dict = field(default_factory=dict)
+
+
+def kept_in(path):
+    with Image.open(path) as picture:
+        tags = picture.getexif()
+        has_exif = MAKER in tags and EXPOSURE in tags.get_ifd(CAMERA_DIRECTORY)
+        has_profile = bool(picture.info.get("icc_profile"))
+    return ", ".join([*["profile"] * has_profile, *["EXIF"] * has_exif]) or "nothing"
+
+
+def check(outputs, task, count):
+    """Every input has its output, and the first is of the size asked for, within the pixel that rounding may take."""
+    if len(outputs) != count:
+        raise RunFailed(f"{len(outputs)} of {count} outputs")
+    with Image.open(outputs[0]) as picture:
+        size = picture.size
+    wanted_width = task.box[0]
+    wanted_height = wanted_width * task.height / task.width
+    if abs(size[0] - wanted_width) > 1 or abs(size[1] - wanted_height) > 2:
+        raise RunFailed(f"came out as {size[0]} x {size[1]}")
+    return size
+
+
+def outcome_of(outputs, task, count):
+    size = check(outputs, task, count)
+    return Outcome(sum(path.stat().st_size for path in outputs), kept_in(outputs[0]), size)

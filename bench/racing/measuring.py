@@ -1,0 +1,118 @@
+"""Measures one run at a time, every run in a fresh folder; turns the runs of a task into medians and ratios.
+
+A ratio is the median over the rounds of the ratio within a round, so that what disturbs the machine for a while
+disturbs both sides of it.
+"""
+import marshal
+import os
+import random
+import shutil
+import statistics
+import subprocess
+import sys
+from dataclasses import dataclass, field
+from pathlib import Path
+
+
+@dataclass(frozen=True)
+class Run:
+    """What one run cost: seconds, seconds, MiB."""
+    wall: float
+    cpu: float
+    peak: float
+
+
+class RunFailed(Exception):
+    """The program ended with an error or did not write what it was asked for."""
+
+
+class Spawner:
+    """A small process that starts the programs to measure; start it before anything large is in memory."""
+
+    def __init__(self, messages):
+        self.messages = messages
+        self.process = subprocess.Popen([sys.executable, "-I", "-S", str(Path(__file__).with_name("spawner.py"))],
+                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+
+    def run(self, argv, environment, folder):
+        request = ([str(word) for word in argv], environment, str(folder), str(self.messages))
+        marshal.dump(request, self.process.stdin)
+        self.process.stdin.flush()
+        status, wall, cpu, peak = marshal.load(self.process.stdout)
+        if status != 0:
+            said = Path(self.messages).read_text(errors="replace").strip().splitlines()
+            raise RunFailed(f"status {status}: {said[-1] if said else 'no message'}")
+        return Run(wall, cpu, peak / 1024)
+
+    def close(self):
+        self.process.stdin.close()
+        self.process.wait()
+
+
+class RunFolder:
+    """A new folder with the inputs (hard links, so that all share the page cache) and an empty one for the outputs."""
+
+    def __init__(self, parent, inputs):
+        self.path = Path(parent) / "run"
+        self.inputs = inputs
+
+    def __enter__(self):
+        shutil.rmtree(self.path, ignore_errors=True)
+        (self.path / "in").mkdir(parents=True)
+        (self.path / "out").mkdir()
+        for name, original in self.inputs.items():
+            os.link(original, self.path / "in" / name)
+        return self.path
+
+    def __exit__(self, *_):
+        shutil.rmtree(self.path)
+
+
+@dataclass
+class Results:
+    """The rounds of one task, for each contestant by name, and what was found out about its outputs."""
+    rounds: int
+    runs: dict = field(default_factory=dict)
+    failures: dict = field(default_factory=dict)
+    outputs: dict = field(default_factory=dict)
+    commands: dict = field(default_factory=dict)
+
+    def median(self, name, quantity):
+        return statistics.median(getattr(run, quantity) for run in self.runs[name])
+
+    def ratios(self, name, other, quantity):
+        return [getattr(mine, quantity) / max(getattr(theirs, quantity), 1e-9)
+                for mine, theirs in zip(self.runs[name], self.runs[other])]
+
+    def ratio(self, name, other, quantity):
+        return statistics.median(self.ratios(name, other, quantity))
+
+    def fastest(self, names):
+        """The name with the smallest median wall time; None when none of them ran."""
+        running = [name for name in names if name in self.runs]
+        return min(running, key=lambda name: self.median(name, "wall"), default=None)
+
+
+def warm(paths):
+    """Reads the files once, so that nobody pays for the disk."""
+    for path in paths:
+        with open(path, "rb") as file:
+            while file.read(1 << 20):
+                pass
+
+
+def race(contestants, rounds, run_once, order):
+    """Every round runs every contestant once, in a new random order. `run_once(contestant)` gives a Run or raises
+    RunFailed; who fails is out and its reason kept."""
+    results = Results(rounds)
+    racing = list(contestants)
+    for number in range(rounds):
+        random.Random(order * 1000 + number).shuffle(racing)
+        for contestant in list(racing):
+            try:
+                results.runs.setdefault(contestant.name, []).append(run_once(contestant))
+            except RunFailed as failure:
+                results.failures[contestant.name] = str(failure)
+                results.runs.pop(contestant.name, None)
+                racing.remove(contestant)
+    return results

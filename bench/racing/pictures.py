@@ -1,0 +1,168 @@
+"""The pictures the races run on: photo-like ones of our own making, or the user's; made once and kept in a folder.
+
+Large ones repeat a picture of 6 megapixels in mirror tiling, so that detail, noise and bits a pixel are the same at
+every size; small ones are scaled down from parts of it.
+"""
+import hashlib
+import importlib.machinery
+import importlib.util
+import io
+import os
+import sys
+from dataclasses import dataclass
+from pathlib import Path
+
+import numpy
+from PIL import Image, ImageCms, JpegImagePlugin
+
+BITS_A_PIXEL = 2.0
+EDITION = 1  # to be raised when the pictures change, so that kept ones are made anew
+SUFFIXES = {"jpeg": "jpg", "png": "png", "rgba": "png", "lzw": "tif", "tiff": "tif"}
+
+Image.MAX_IMAGE_PIXELS = None
+
+
+@dataclass(frozen=True)
+class Original:
+    """A picture to make others from: its samples, and how its JPEG files are to be saved."""
+    samples: numpy.ndarray
+    saving: dict
+
+
+def load_make_pictures():
+    sys.dont_write_bytecode = True
+    path = Path(__file__).resolve().parents[2] / "examples/make-pictures"
+    loader = importlib.machinery.SourceFileLoader("make_pictures", str(path))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("make_pictures", loader))
+    loader.exec_module(module)
+    return module
+
+
+def mirrored(samples, width, height, shift):
+    """`samples` in mirror tiling from an offset that `shift` decides."""
+    def positions(count, side, offset):
+        position = (numpy.arange(count) + offset) % (2 * side)
+        return numpy.where(position < side, position, 2 * side - 1 - position)
+
+    rows = positions(height, samples.shape[0], shift * 211)
+    columns = positions(width, samples.shape[1], shift * 307)
+    return samples[rows[:, None], columns]
+
+
+def sized(samples, width, height, shift):
+    """Mirror tiling for a larger picture, a part scaled down for a smaller one."""
+    source_height, source_width = samples.shape[:2]
+    if width > source_width or height > source_height:
+        return mirrored(samples, width, height, shift)
+    factor = max(1, min(source_width // width, source_height // height))
+    part = mirrored(samples, width * factor, height * factor, shift)
+    return numpy.asarray(Image.fromarray(part).reduce(factor)) if factor > 1 else part
+
+
+def with_soft_alpha(samples):
+    """Opaque, clear and every degree between: a vignette with wavy edges around holes."""
+    height, width = samples.shape[:2]
+    y, x = numpy.mgrid[0:height, 0:width].astype(numpy.float32) / max(width, height)
+    wave = numpy.sin(37 * x + 3 * numpy.sin(11 * y)) * numpy.sin(29 * y + 2 * numpy.sin(13 * x))
+    edge = numpy.minimum.reduce([x, y, x.max() - x, y.max() - y])
+    alpha = numpy.clip(edge * 30, 0, 1) * numpy.clip((0.93 - wave) * 12, 0, 1)
+    return numpy.dstack([samples, numpy.round(alpha * 255).astype(numpy.uint8)])
+
+
+def quality_for(picture, bits):
+    """The JPEG quality that comes nearest to so many bits a pixel."""
+    def bits_at(quality):
+        buffer = io.BytesIO()
+        picture.save(buffer, "JPEG", quality=quality)
+        return 8 * len(buffer.getvalue()) / (picture.width * picture.height)
+
+    low, high = 50, 97
+    while high - low > 1:
+        middle = (low + high) // 2
+        low, high = (middle, high) if bits_at(middle) < bits else (low, middle)
+    return min((low, high), key=lambda quality: abs(bits_at(quality) - bits))
+
+
+class Pictures:
+    """Makes what is missing in `folder`. With `own` a folder of JPEG files, these are the originals."""
+
+    def __init__(self, folder, own=None):
+        marker = "made" if own is None else hashlib.sha256(str(Path(own).resolve()).encode()).hexdigest()[:12]
+        self.folder = Path(folder) / f"{marker}-{EDITION}"
+        self.folder.mkdir(parents=True, exist_ok=True)
+        self.own = sorted(path for path in (Path(own).iterdir() if own else ())
+                          if path.suffix.lower() in (".jpg", ".jpeg"))
+        if own and not self.own:
+            raise SystemExit(f"peers: there are no JPEG files in {own}")
+        self.make = load_make_pictures()
+        self.profile = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes()
+        self.originals = {}
+        self.qualities = {}
+
+    def paths(self, kind, width, height, count=1):
+        """The paths of `count` different pictures of a kind (SUFFIXES)."""
+        paths = [self.folder / f"{kind}-{width}x{height}-{number}.{SUFFIXES[kind]}" for number in range(count)]
+        missing = [number for number, path in enumerate(paths) if not path.exists()]
+        if missing:
+            print(f"making {len(missing)} of {kind}, {width} x {height}", flush=True)
+        for number in missing:
+            self._write(paths[number], kind, width, height, number)
+        return paths
+
+    def forget(self):
+        """Gives the originals' memory back."""
+        self.originals.clear()
+
+    def _original(self, number):
+        number = number % len(self.own) if self.own else 0
+        if number not in self.originals:
+            self.originals = {number: self._read(self.own[number]) if self.own else self._hills()}
+        return self.originals[number]
+
+    def _hills(self):
+        kept = self.folder / "original.png"
+        if not kept.exists():
+            print("making the picture all others are made of", flush=True)
+            self._save(kept, self.make.eight_bit(self.make.hills(3000, 2000, 7)), "PNG", compress_level=1)
+        return Original(numpy.asarray(Image.open(kept)), {})
+
+    @staticmethod
+    def _read(path):
+        """Saved again with the tables and the sampling of the file, so that the bits a pixel stay near its own."""
+        try:
+            with Image.open(path) as picture:
+                sampling = max(0, JpegImagePlugin.get_sampling(picture))
+                saving = {"qtables": picture.quantization, "subsampling": sampling}
+                return Original(numpy.asarray(picture.convert("RGB")), saving)
+        except (OSError, AttributeError) as error:
+            raise SystemExit(f"peers: {path} is no JPEG file that can be used: {error}") from error
+
+    def _write(self, path, kind, width, height, number):
+        original = self._original(number)
+        samples = sized(original.samples, width, height, number)
+        if kind == "rgba":
+            samples = with_soft_alpha(samples)
+        picture = Image.fromarray(samples)
+        if kind == "jpeg":
+            saving = original.saving or {"quality": self._quality(picture, width, height)}
+            exif = self.make.exif_block(1, path.name)
+            self._save(path, picture, "JPEG", exif=exif, icc_profile=self.profile, **saving)
+        elif kind in ("png", "rgba"):
+            self._save(path, picture, "PNG", icc_profile=self.profile)
+        else:
+            compression = {"compression": "tiff_lzw", "tiffinfo": {317: 2}} if kind == "lzw" else {}
+            self._save(path, picture, "TIFF", icc_profile=self.profile, **compression)
+
+    def _quality(self, picture, width, height):
+        """Found on the first picture of a size, and on no more than 6 megapixels of it."""
+        size = (width, height)
+        if size not in self.qualities:
+            self.qualities[size] = quality_for(picture.crop((0, 0, min(width, 3000), min(height, 2000))), BITS_A_PIXEL)
+        return self.qualities[size]
+
+    @staticmethod
+    def _save(path, picture, format_, **options):
+        """A file that an interrupted run left half made must not pass for a whole one."""
+        unfinished = path.with_name("unfinished")
+        picture.save(unfinished, format_, **options)
+        os.replace(unfinished, path)

@@ -1,0 +1,217 @@
+"""Writes what was measured as a page: the machine, the goals, a table for every task.
+
+Times never stand without ratios.
+"""
+import datetime
+import os
+import platform
+import shlex
+from pathlib import Path
+
+from racing.quality import LIGHT, STORED
+
+HEAD = """# Benchmarks
+
+Written by `bench/peers`; do not edit. Every task was run by everybody in turn, in random order, within one run, on
+warm inputs and into new folders. A ratio is the median over the rounds of the ratio within a round, to the fastest
+peer; less than 1 is faster. The process's start is part of every time. CPU counts the whole process tree, the peak is
+that of its largest process; peaks below {floor:.0f} MiB cannot be told apart. Quality is judged against a full decode
+scaled by Lanczos in double precision, in linear light ("light") and in the stored encoding ("stored"), at each tool's
+own pixel positions; for JPEG on a PNG of the same scaling, and again on the JPEG file itself, against the nearer of
+the two. SSIM is against the nearer too. Who keeps less than the profile, and in JPEG EXIF, did less work; it counts
+as a peer all the same. Times depend on the machine; compare ratios.
+"""
+
+BUSY = "**The machine was not idle when this began: the figures are rough.**\n\n"
+IDLE_LOAD = 0.5
+LISTING_MILLISECONDS = 2.0
+
+
+def table(header, rows):
+    if not rows:
+        return ""
+    lines = ["| " + " | ".join(str(cell) for cell in row) + " |" for row in [header, ["---"] * len(header), *rows]]
+    return "\n".join(lines) + "\n\n"
+
+
+def number(value, form):
+    return "" if value is None else format(value, form)
+
+
+def first_match(path, start):
+    for line in Path(path).read_text(errors="replace").splitlines():
+        if line.startswith(start):
+            return line.split("=" if "=" in line else ":", 1)[1].strip().strip('"')
+    return "unknown"
+
+
+def machine():
+    """Nothing that names the machine itself."""
+    memory = int(first_match("/proc/meminfo", "MemTotal").split()[0]) / 2 ** 20
+    processor, system = first_match("/proc/cpuinfo", "model name"), first_match("/etc/os-release", "PRETTY_NAME")
+    return (f"{processor}, {len(os.sched_getaffinity(0))} cores, {memory:.0f} GiB of memory, {system}, "
+            f"{platform.system()} {platform.release()} {platform.machine()}")
+
+
+def load():
+    return f"{os.getloadavg()[0]:.1f}"
+
+
+class Goals:
+    """The demands on one task, each with what was measured and whether it is met."""
+
+    def __init__(self, entry, ours):
+        self.entry, self.ours, self.rows = entry, ours, []
+        task, results = entry.task, entry.results
+        peer = entry.fastest
+        goal = task.goal
+        if peer is None or ours not in results.runs:
+            return
+        wall, cpu = (results.ratio(ours, peer, quantity) for quantity in ("wall", "cpu"))
+        outcome = results.outputs[ours]
+        self._below("wall", wall, goal.wall, "{:.2f}")
+        self._below("wall, aim", wall, goal.wall_aim, "{:.2f}")
+        self._below("wall with the own decoder", wall, goal.own_wall, "{:.2f}")
+        self._below("wall with the own decoder, aim", wall, goal.own_wall_aim, "{:.2f}")
+        self._below("CPU", cpu, goal.cpu, "{:.2f}")
+        self._below("bytes", outcome.bytes / results.outputs[peer].bytes, goal.bytes, "{:.2f}")
+        self._below("peak MiB", results.median(ours, "peak"), goal.peak, "{:.0f}")
+        if outcome.scaling:
+            self._above("dB in light", outcome.scaling[LIGHT], goal.decibels, "{:.1f}")
+        if goal.decibels or task.to == "gif":
+            self._no_worse_than_the_peer(outcome, results.outputs[peer])
+
+    def _below(self, what, value, limit, form):
+        if limit is not None:
+            self._add(what, form.format(value), "<= " + form.format(limit), value <= limit)
+
+    def _above(self, what, value, limit, form):
+        if limit is not None:
+            self._add(what, form.format(value), ">= " + form.format(limit), value >= limit)
+
+    def _no_worse_than_the_peer(self, mine, theirs):
+        """The better of the two references for each; for palettes, which dither, as seen from afar."""
+        def best(outcome):
+            quality = outcome.scaling or outcome.file
+            if not quality:
+                return None
+            return quality["seen from afar"] if self.entry.task.to == "gif" else max(quality[LIGHT], quality[STORED])
+
+        if best(mine) is not None and best(theirs) is not None:
+            self._add("dB, nearer reference", f"{best(mine):.1f}", f">= {best(theirs):.1f} (the peer's)",
+                      best(mine) >= best(theirs))
+
+    def _add(self, *row):
+        self.rows.append(row)
+
+    def lines(self):
+        return [[self.entry.task.key, self.entry.fastest, what, value, limit, "yes" if met else "**no**"]
+                for what, value, limit, met in self.rows]
+
+
+class Report:
+    def __init__(self, floor, own_name):
+        self.floor, self.own_name = floor, own_name
+        self.entries, self.growth, self.files, self.start, self.same_bytes = [], [], [], None, []
+        self.begun, self.load_before = datetime.date.today(), load()
+
+    def text(self, command, rounds, versions, missing, picture_words):
+        parts = [HEAD.format(floor=self.floor), self._setting(command, rounds, versions, missing, picture_words),
+                 self._goals(), self._start(), *map(self._task, self.entries), self._same_bytes(), self._growth(),
+                 self._files()]
+        return "\n".join(part.rstrip("\n") + "\n" for part in parts if part)
+
+    def _setting(self, command, rounds, versions, missing, picture_words):
+        rows = [["machine", machine()], ["load before, after", f"{self.load_before}, {load()}"], ["date", self.begun],
+                ["command", f"`{shlex.join(command)}`"], ["rounds", rounds], ["pictures", picture_words]]
+        peers = table(["contestant", "version", "how"], versions)
+        absent = f"Not here, so not raced: {', '.join(missing)}.\n\n" if missing else ""
+        busy = BUSY if float(self.load_before) > IDLE_LOAD else ""
+        return "## Setting\n\n" + busy + table(["", ""], rows) + peers + absent
+
+    def _goals(self):
+        rows = [line for entry in self.entries for line in Goals(entry, self.own_name).lines()]
+        listing = f"{self.own_name} -l"
+        if self.start and listing in self.start.runs:
+            spent = 1000 * self.start.median(listing, "wall")
+            rows.insert(0, ["start", "", f"`{listing}`, ms", f"{spent:.1f}", f"<= {LISTING_MILLISECONDS:.1f}",
+                            "yes" if spent <= LISTING_MILLISECONDS else "**no**"])
+        return "## Goals\n\n" + table(["task", "fastest peer", "what", "measured", "goal", "met"], rows) if rows else ""
+
+    def _start(self):
+        if self.start is None:
+            return ""
+        empty = "an empty process"
+        rows = [[name, f"{self.start.ratio(name, empty, 'wall'):.1f}", f"{1000 * self.start.median(name, 'wall'):.1f}",
+                 f"{1000 * (self.start.median(name, 'wall') - self.start.median(empty, 'wall')):.1f}"]
+                for name in sorted(self.start.runs, key=lambda name: self.start.median(name, "wall"))]
+        return ("## What starting costs\n\nPart of every single-file time below; peers that live in a long-running "
+                f"process pay it once. Medians of {self.start.rounds}.\n\n"
+                + table(["", "÷ an empty process", "wall ms", "ms above it"], rows))
+
+    def _task(self, entry):
+        task, results = entry.task, entry.results
+        names = sorted(results.runs, key=lambda name: results.median(name, "wall"))
+        rows = [self._row(entry, name) for name in names]
+        header = ["", "wall ÷ (range)", "CPU ÷", "wall ms", "CPU ms", "peak MiB", "KB out", "keeps", "dB light",
+                  "dB stored", "SSIM", "file dB", "file SSIM"]
+        if task.to == "gif":
+            header[-2] = "file dB from afar"
+        text = f"## {task.key}: {task.title}\n\nRounds: {results.rounds}; {entry.input_words}.\n\n"
+        text += table(header, rows)
+        if results.failures:
+            failures = "; ".join(f"{name} ({why})" for name, why in sorted(results.failures.items()))
+            text += f"Could not: {failures}.\n\n"
+        commands = "\n".join(results.commands[name] for name in names if name in results.commands)
+        return text + f"<details><summary>Commands</summary>\n\n```\n{commands}\n```\n\n</details>\n"
+
+    @staticmethod
+    def _row(entry, name):
+        results, peer, outcome = entry.results, entry.fastest, entry.results.outputs[name]
+        wall = cpu = ""
+        if peer:
+            ratios = results.ratios(name, peer, "wall")
+            wall = f"{results.ratio(name, peer, 'wall'):.2f} ({min(ratios):.2f}-{max(ratios):.2f})"
+            cpu = f"{results.ratio(name, peer, 'cpu'):.2f}"
+        file_decibels = None
+        if outcome.file:
+            file_decibels = (outcome.file["seen from afar"] if entry.task.to == "gif"
+                             else max(outcome.file[LIGHT], outcome.file[STORED]))
+        wall_ms, cpu_ms = (f"{1000 * results.median(name, quantity):.1f}" for quantity in ("wall", "cpu"))
+        return [name, wall, cpu, wall_ms, cpu_ms, f"{results.median(name, 'peak'):.0f}", f"{outcome.bytes / 1000:.1f}",
+                outcome.kept,
+                number(outcome.scaling.get(LIGHT), ".1f"), number(outcome.scaling.get(STORED), ".1f"),
+                number(outcome.scaling.get("ssim"), ".4f"), number(file_decibels, ".1f"),
+                number(outcome.file.get("ssim"), ".4f")]
+
+    def _same_bytes(self):
+        rows = [[key, count, ", ".join(map(str, jobs)), "yes" if same else "**no**"]
+                for key, count, jobs, same in self.same_bytes]
+        return ("## The same bytes for any number of cores\n\n"
+                + table(["task", "files", "`-j`", "all outputs identical"], rows)) if rows else ""
+
+    def _growth(self):
+        if not self.growth:
+            return ""
+        rows = []
+        for kind in dict.fromkeys(entry.task.kind for entry in self.growth):
+            entries = [entry for entry in self.growth if entry.task.kind == kind]
+            costs = [self._cpu_each(entry, entry.task.width * entry.task.height / 1e6) for entry in entries]
+            rows += [[kind, entry.task.title, f"{cost / costs[-1]:.2f}", f"{1000 * cost:.2f}",
+                      f"{entry.results.median(self.own_name, 'peak'):.0f}"] for entry, cost in zip(entries, costs)]
+        return ("## Growth with pixels\n\nOne picture to a quarter of its sides, in its own format (TIFF from LZW).\n\n"
+                + table(["", "size", "CPU a megapixel ÷ that of the largest", "CPU ms a megapixel", "peak MiB"], rows))
+
+    def _files(self):
+        if not self.files:
+            return ""
+        costs = [self._cpu_each(entry, entry.task.count) for entry in self.files]
+        rows = [[entry.task.count, f"{cost / costs[-1]:.2f}", f"{1000 * cost:.2f}",
+                 f"{1000 * entry.results.median(self.own_name, 'wall') / entry.task.count:.2f}",
+                 f"{entry.results.median(self.own_name, 'peak'):.0f}"] for entry, cost in zip(self.files, costs)]
+        return ("## Growth with files\n\nJPEG of 320 x 240 to 160, `kestrinectl convert`, all cores.\n\n"
+                + table(["files", "CPU a file ÷ that of the most", "CPU ms a file", "wall ms a file", "peak MiB"],
+                        rows))
+
+    def _cpu_each(self, entry, units):
+        return entry.results.median(self.own_name, "cpu") / units

@@ -1,0 +1,108 @@
+"""What is raced: the tasks as a table, with what each has to reach."""
+from dataclasses import dataclass, replace
+
+from racing.contestants import Job
+
+
+@dataclass(frozen=True)
+class Goal:
+    """Ratios to the fastest peer and limits that have to be kept; None is no demand. `own_*` are the wall ratios with
+    our own baseline JPEG decoder. `decibels` count to the full-decode reference in linear light, `peak` is in MiB,
+    `bytes` the file's size against the fastest peer's."""
+    wall: float = None
+    wall_aim: float = None
+    cpu: float = None
+    own_wall: float = None
+    own_wall_aim: float = None
+    decibels: float = None
+    peak: float = None
+    bytes: float = None
+
+
+@dataclass(frozen=True)
+class Task:
+    key: str
+    title: str
+    kind: str
+    width: int
+    height: int
+    to: str
+    goal: Goal
+    longest: int = 0
+    percent: int = 0
+    count: int = 1
+    share_of_rounds: float = 1.0
+    linear_peer: bool = False
+    quality: int = 70
+
+    @property
+    def many(self):
+        return self.count > 1
+
+    @property
+    def box(self):
+        """The width and height asked of the peers."""
+        if self.percent:
+            return self.width * self.percent // 100, self.height * self.percent // 100
+        return self.longest, self.longest
+
+    def preset(self, to):
+        return f"{self.key}-{to}"
+
+    def preset_options(self, to):
+        """The words for `kestrinectl sets add`. In high quality the longer side comes out one larger than asked."""
+        size = ["--percent", self.percent] if self.percent else ["--longest", self.longest - 1]
+        exif = ["--exif", "--quality", self.quality] if to == "jpeg" else []
+        return [self.preset(to), *size, "--format", to, "--high-quality", "--convert-resolution", *exif]
+
+    def job(self, folder, files, to):
+        width, height = self.box
+        return Job(folder, tuple(files), width, height, to, self.quality, self.preset(to), len(files) > 1)
+
+    def rounds(self, asked):
+        return max(1, round(asked * self.share_of_rounds))
+
+    def shrunk(self, factor):
+        """The same task with every side divided, for trying the program out."""
+        return replace(self, width=self.width // factor, height=self.height // factor, longest=self.longest // factor,
+                       count=max(2, self.count // factor) if self.many else 1)
+
+
+TASKS = [
+    Task("T0", "one 1 MP JPEG to 480, process and all", "jpeg", 1224, 816, "jpeg",
+         Goal(0.50, 0.40, 0.50, 0.42, 0.32), longest=480),
+    Task("T1", "24 MP JPEG to 1200 JPEG, profile and EXIF kept", "jpeg", 6000, 4000, "jpeg",
+         Goal(0.55, 0.45, 0.60, 0.32, 0.25, decibels=52, peak=40), longest=1200, linear_peer=True),
+    Task("T2", "sixteen 24 MP JPEG to 1200, all cores", "jpeg", 6000, 4000, "jpeg",
+         Goal(0.90, 0.80, 0.95, 0.60, 0.50, decibels=52), longest=1200, count=16, share_of_rounds=0.7),
+    Task("T3", "12 MP JPEG to 50 %", "jpeg", 4000, 3000, "jpeg",
+         Goal(0.50, 0.42, 0.55, 0.38, 0.30, decibels=58), percent=50, linear_peer=True),
+    Task("T4", "6 MP RGBA PNG to 1200 PNG", "rgba", 3000, 2000, "png",
+         Goal(0.55, 0.40, 0.60, decibels=57, bytes=0.65), longest=1200, linear_peer=True),
+    Task("T5", "24 MP LZW TIFF to 2000 TIFF", "lzw", 6000, 4000, "tiff",
+         Goal(0.60, None, 0.85), longest=2000, linear_peer=True),
+    Task("T5u", "24 MP uncompressed TIFF to 2000 TIFF", "tiff", 6000, 4000, "tiff",
+         Goal(0.50, None, 0.50), longest=2000, linear_peer=True),
+    Task("T6", "24 MP JPEG to 480 GIF", "jpeg", 6000, 4000, "gif",
+         Goal(0.65, 0.50, 0.70, 0.45, 0.35), longest=480),
+    Task("T7", "200 JPEG of 0.5 MP to 256", "jpeg", 800, 600, "jpeg",
+         Goal(0.50, 0.40, 0.70, 0.38, 0.28), longest=256, count=200),
+    Task("T8", "100 MP JPEG to 2000 JPEG", "jpeg", 12000, 8336, "jpeg",
+         Goal(0.72, None, 0.90, 0.42, 0.33, peak=40), longest=2000, share_of_rounds=0.7),
+    Task("T8p", "100 MP PNG to 2000 PNG", "png", 12000, 8336, "png",
+         Goal(0.55, None, 0.65, peak=100), longest=2000, share_of_rounds=0.4),
+]
+
+# Megapixels -> sides; every one to a quarter, so that the work grows with the pixels.
+GROWTH_SIZES = {1: (1224, 816), 4: (2448, 1632), 12: (4248, 2832), 24: (6000, 4000), 50: (8664, 5776),
+                100: (12240, 8160)}
+GROWTH_KINDS = {"jpeg": "jpeg", "png": "png", "lzw": "tiff"}
+GROWTH = [Task(f"G-{kind}-{megapixels}", f"{megapixels} MP", kind, width, height, to, Goal(), percent=25,
+               share_of_rounds=0.4)
+          for kind, to in GROWTH_KINDS.items() for megapixels, (width, height) in GROWTH_SIZES.items()]
+
+# The files of the largest count are this many different ones under many names.
+FILES_DIFFERENT = 40
+FILES = [Task(f"F-{count}", f"{count} files", "jpeg", 320, 240, "jpeg", Goal(), longest=160, count=count,
+              share_of_rounds=0.4)
+         for count in (10, 100, 1000, 10000)]
