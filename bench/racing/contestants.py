@@ -46,6 +46,15 @@ def output_of(command):
     return done.stdout.strip() if done.returncode == 0 else ""
 
 
+def setting_of(build, name):
+    """What a build folder was configured with; empty when it knows no such setting."""
+    cache = build / "CMakeCache.txt"
+    for line in cache.read_text().splitlines() if cache.exists() else ():
+        if line.startswith(name + ":"):
+            return line.partition("=")[2]
+    return ""
+
+
 class Contestant:
     """`ours` is not a peer; `light` races only where a task asks for it; `formats` are those it can write."""
     ours = False
@@ -83,17 +92,25 @@ class Kestrine(Contestant):
     ours = True
     one_at_a_time = False
 
-    def __init__(self, binaries, name="kestrine"):
-        self.binaries, self.name = Path(binaries).resolve(), name
-        self.about = "`kestrine -set`, high quality; several files: `kestrinectl convert`, all cores"
+    about = "`kestrine -set`, high quality; several files: `kestrinectl convert`, all cores"
+
+    def __init__(self, build, name="kestrine"):
+        self.build, self.name = Path(build).resolve(), name
+        self.quiet_tool, self.companion = self.build / "bin/kestrine", self.build / "bin/kestrinectl"
+        self.own_decoder = setting_of(self.build, "KESTRINE_OWN_JPEG_DECODER") == "ON"
 
     def version(self):
-        return "this build" if (self.binaries / "kestrine").exists() else ""
+        kind = setting_of(self.build, "CMAKE_BUILD_TYPE") or "unknown build type"
+        return f"{kind}, JPEG by {'its own decoder' if self.own_decoder else 'libjpeg-turbo'}"
 
     def command(self, job):
-        if job.many:
-            return [self.binaries / "kestrinectl", "convert", "--set", job.preset]
-        return [self.binaries / "kestrine", "-set", job.preset]
+        return self.command_for_many(job) if job.many else self.command_of_the_quiet_tool(job)
+
+    def command_for_many(self, job):
+        return [self.companion, "convert", "--set", job.preset]
+
+    def command_of_the_quiet_tool(self, job):
+        return [self.quiet_tool, "-set", job.preset]
 
     def outputs(self, job):
         return sorted((job.folder / "in" / job.preset).iterdir())

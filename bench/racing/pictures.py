@@ -8,6 +8,7 @@ import importlib.machinery
 import importlib.util
 import io
 import os
+import shutil
 import sys
 from dataclasses import dataclass
 from pathlib import Path
@@ -16,6 +17,7 @@ import numpy
 from PIL import Image, ImageCms, JpegImagePlugin
 
 BITS_A_PIXEL = 2.0
+ORIENTATION, UPRIGHT = 0x0112, 1
 EDITION = 1  # to be raised when the pictures change, so that kept ones are made anew
 SUFFIXES = {"jpeg": "jpg", "png": "png", "rgba": "png", "lzw": "tif", "tiff": "tif"}
 
@@ -83,17 +85,30 @@ def quality_for(picture, bits):
     return min((low, high), key=lambda quality: abs(bits_at(quality) - bits))
 
 
+def marker_of(paths):
+    """Another one when a file is added, taken away or changed."""
+    known = "".join(f"{path}\0{path.stat().st_size} {path.stat().st_mtime_ns}\0" for path in paths)
+    return hashlib.sha256(known.encode(errors="surrogateescape")).hexdigest()[:12]
+
+
+def is_ready(path, width, height):
+    """Whether a user's file can race as it is: of the task's size, and nothing that some tools would turn."""
+    with Image.open(path) as picture:
+        return (picture.size == (width, height) and picture.mode == "RGB"
+                and picture.getexif().get(ORIENTATION, UPRIGHT) == UPRIGHT)
+
+
 class Pictures:
-    """Makes what is missing in `folder`. With `own` a folder of JPEG files, these are the originals."""
+    """Makes what is missing in `folder`. With `own` a folder of JPEG files, these are the originals, and race as they
+    are where a task has their size."""
 
     def __init__(self, folder, own=None):
-        marker = "made" if own is None else hashlib.sha256(str(Path(own).resolve()).encode()).hexdigest()[:12]
-        self.folder = Path(folder) / f"{marker}-{EDITION}"
-        self.folder.mkdir(parents=True, exist_ok=True)
-        self.own = sorted(path for path in (Path(own).iterdir() if own else ())
+        self.own = sorted(path for path in (Path(own).resolve().iterdir() if own else ())
                           if path.suffix.lower() in (".jpg", ".jpeg"))
         if own and not self.own:
             raise SystemExit(f"peers: there are no JPEG files in {own}")
+        self.folder = Path(folder) / f"{marker_of(self.own) if own else 'made'}-{EDITION}"
+        self.folder.mkdir(parents=True, exist_ok=True)
         self.make = load_make_pictures()
         self.profile = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes()
         self.originals = {}
@@ -138,6 +153,10 @@ class Pictures:
             raise SystemExit(f"peers: {path} is no JPEG file that can be used: {error}") from error
 
     def _write(self, path, kind, width, height, number):
+        own = self.own[number % len(self.own)] if self.own else None
+        if kind == "jpeg" and own and is_ready(own, width, height):
+            self._replace(path, lambda unfinished: shutil.copyfile(own, unfinished))
+            return
         original = self._original(number)
         samples = sized(original.samples, width, height, number)
         if kind == "rgba":
@@ -160,9 +179,12 @@ class Pictures:
             self.qualities[size] = quality_for(picture.crop((0, 0, min(width, 3000), min(height, 2000))), BITS_A_PIXEL)
         return self.qualities[size]
 
+    def _save(self, path, picture, format_, **options):
+        self._replace(path, lambda unfinished: picture.save(unfinished, format_, **options))
+
     @staticmethod
-    def _save(path, picture, format_, **options):
+    def _replace(path, write):
         """A file that an interrupted run left half made must not pass for a whole one."""
         unfinished = path.with_name("unfinished")
-        picture.save(unfinished, format_, **options)
+        write(unfinished)
         os.replace(unfinished, path)

@@ -11,6 +11,7 @@ from PIL import Image
 
 LOBES = 3
 ROWS_AT_ONCE = 16
+SAME_ASPECT = 0.01
 LIGHT, STORED = "linear light", "stored encoding"
 
 
@@ -38,18 +39,28 @@ def peer_centres(side, result):
     return (numpy.arange(result) + 0.5) * side / result, side / result
 
 
-def our_centres(result_size, task, size):
-    """Columns count from the left edge and rows from the bottom one, by one scale, that of the height; the row and the
-    column too many are cut off at the top and on the right."""
-    width, height = numpy.float32(size[0]), numpy.float32(size[1])
+def our_scales(task, width, height):
+    """Results to sources for both axes; every operation but the last rounds to single precision. Each side is asked one
+    larger than the box, and the row and the column too many are cut off."""
+    width, height, one, percent = map(numpy.float32, (width, height, 1, 100))
     if task.percent:
-        ratio = numpy.float32(task.percent) / numpy.float32(100)
+        ratio = numpy.float32(task.percent) / percent
     else:
         ratio = numpy.float32(task.longest) / (height if height >= width else width)
-    scale = float((ratio * height + numpy.float32(1)) / height)
-    columns = (numpy.arange(result_size[0]) + 0.5) / scale
-    rows = size[1] - (result_size[1] - numpy.arange(result_size[1]) - 0.5) / scale
-    return (columns, 1 / scale), (rows, 1 / scale)
+    asked_width, asked_height = ratio * width + one, ratio * height + one
+    scale = asked_height / height
+    aspect = (asked_width / asked_height) / (width / height)
+    if abs(float(one - aspect)) <= SAME_ASPECT:
+        aspect = one
+    return float(scale) * float(aspect), float(scale)
+
+
+def our_centres(result_size, task, size):
+    """Columns count from the left edge and rows from the bottom one; what is cut off lies at the top and on the right."""
+    scale_x, scale_y = our_scales(task, *size)
+    columns = (numpy.arange(result_size[0]) + 0.5) / scale_x
+    rows = size[1] - (result_size[1] - numpy.arange(result_size[1]) - 0.5) / scale_y
+    return (columns, 1 / scale_x), (rows, 1 / scale_y)
 
 
 def scaled(samples, columns, rows, encoding):

@@ -33,6 +33,8 @@ class Task:
     count: int = 1
     share_of_rounds: float = 1.0
     linear_peer: bool = False
+    judged: bool = True
+    different: int = 0
     quality: int = 70
 
     @property
@@ -45,6 +47,9 @@ class Task:
         if self.percent:
             return self.width * self.percent // 100, self.height * self.percent // 100
         return self.longest, self.longest
+
+    def __post_init__(self):
+        object.__setattr__(self, "different", min(self.different or self.count, self.count))
 
     def preset(self, to):
         return f"{self.key}-{to}"
@@ -68,6 +73,21 @@ class Task:
                        count=max(2, self.count // factor) if self.many else 1)
 
 
+def is_named(key, name):
+    """T5 names T5-lzw and T5-plain."""
+    return key == name or key.startswith(name + "-")
+
+
+def names():
+    """What can be asked for."""
+    return [task.key for task in TASKS] + ["start", "growth", "files"]
+
+
+def known(name):
+    keys = [*names(), *(task.key for task in [*GROWTH, *FILES])]
+    return any(is_named(key, name) for key in keys)
+
+
 TASKS = [
     Task("T0", "one 1 MP JPEG to 480, process and all", "jpeg", 1224, 816, "jpeg",
          Goal(0.50, 0.40, 0.50, 0.42, 0.32), longest=480),
@@ -79,30 +99,30 @@ TASKS = [
          Goal(0.50, 0.42, 0.55, 0.38, 0.30, decibels=58), percent=50, linear_peer=True),
     Task("T4", "6 MP RGBA PNG to 1200 PNG", "rgba", 3000, 2000, "png",
          Goal(0.55, 0.40, 0.60, decibels=57, bytes=0.65), longest=1200, linear_peer=True),
-    Task("T5", "24 MP LZW TIFF to 2000 TIFF", "lzw", 6000, 4000, "tiff",
+    Task("T5-lzw", "24 MP LZW TIFF to 2000 TIFF", "lzw", 6000, 4000, "tiff",
          Goal(0.60, None, 0.85), longest=2000, linear_peer=True),
-    Task("T5u", "24 MP uncompressed TIFF to 2000 TIFF", "tiff", 6000, 4000, "tiff",
+    Task("T5-plain", "24 MP uncompressed TIFF to 2000 TIFF", "tiff", 6000, 4000, "tiff",
          Goal(0.50, None, 0.50), longest=2000, linear_peer=True),
     Task("T6", "24 MP JPEG to 480 GIF", "jpeg", 6000, 4000, "gif",
          Goal(0.65, 0.50, 0.70, 0.45, 0.35), longest=480),
     Task("T7", "200 JPEG of 0.5 MP to 256", "jpeg", 800, 600, "jpeg",
          Goal(0.50, 0.40, 0.70, 0.38, 0.28), longest=256, count=200),
-    Task("T8", "100 MP JPEG to 2000 JPEG", "jpeg", 12000, 8336, "jpeg",
+    Task("T8-jpeg", "100 MP JPEG to 2000 JPEG", "jpeg", 12000, 8336, "jpeg",
          Goal(0.72, None, 0.90, 0.42, 0.33, peak=40), longest=2000, share_of_rounds=0.7),
-    Task("T8p", "100 MP PNG to 2000 PNG", "png", 12000, 8336, "png",
+    Task("T8-png", "100 MP PNG to 2000 PNG", "png", 12000, 8336, "png",
          Goal(0.55, None, 0.65, peak=100), longest=2000, share_of_rounds=0.4),
 ]
 
 # Megapixels -> sides; every one to a quarter, so that the work grows with the pixels.
-GROWTH_SIZES = {1: (1224, 816), 4: (2448, 1632), 12: (4248, 2832), 24: (6000, 4000), 50: (8664, 5776),
+GROWTH_SIZES = {1: (1224, 816), 6: (3000, 2000), 12: (4248, 2832), 24: (6000, 4000), 50: (8664, 5776),
                 100: (12240, 8160)}
-GROWTH_KINDS = {"jpeg": "jpeg", "png": "png", "lzw": "tiff"}
-GROWTH = [Task(f"G-{kind}-{megapixels}", f"{megapixels} MP", kind, width, height, to, Goal(), percent=25,
-               share_of_rounds=0.4)
+GROWTH_KINDS = {"jpeg": "jpeg", "png": "png", "lzw": "tiff", "tiff": "tiff"}
+GROWTH = [Task(f"growth-{kind}-{megapixels}", f"{megapixels} MP", kind, width, height, to, Goal(), percent=25,
+               share_of_rounds=0.4, judged=False)
           for kind, to in GROWTH_KINDS.items() for megapixels, (width, height) in GROWTH_SIZES.items()]
 
 # The files of the largest count are this many different ones under many names.
 FILES_DIFFERENT = 40
-FILES = [Task(f"F-{count}", f"{count} files", "jpeg", 320, 240, "jpeg", Goal(), longest=160, count=count,
-              share_of_rounds=0.4)
+FILES = [Task(f"files-{count}", f"{count} files", "jpeg", 320, 240, "jpeg", Goal(), longest=160, count=count,
+              share_of_rounds=0.4, judged=False, different=FILES_DIFFERENT)
          for count in (10, 100, 1000, 10000)]
