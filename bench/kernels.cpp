@@ -97,8 +97,8 @@ void inverseDCT(benchmark::State& state) {
     const std::vector<std::uint16_t> quantisation(kernels::dctCoefficients, 5);
     Bytes samples(static_cast<std::size_t>(laneStride * kernels::dctLanes * size));
     for (auto _ : state) {
-        transform(size, group, quantisation.data(), lastNonZero, kernels::dctLanes, samples.data(),
-                  laneStride, laneStride * kernels::dctLanes);
+        transform(size, group, quantisation.data(), lastNonZero, samples.data(), laneStride,
+                  laneStride * kernels::dctLanes);
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * kernels::dctCoefficients * kernels::dctLanes);

@@ -135,7 +135,7 @@ Bytes decodedByKernel(const std::vector<Block>& blocks, const Quantisation& quan
         const auto x = static_cast<std::ptrdiff_t>(first) % across,
                    y = static_cast<std::ptrdiff_t>(first) / across;
         kernels::inverseDCT(size, group.data(), quantisation.data(), kernels::dctCoefficients - 1,
-                            kernels::dctLanes, samples.data() + y * size * stride + x * size, size, stride);
+                            samples.data() + y * size * stride + x * size, size, stride);
     }
     return samples;
 }

@@ -300,7 +300,7 @@ bool transformGroup(const std::int16_t* group, const std::uint16_t* quantisation
     return true;
 }
 
-/// False when the numbers are too large for it; every lane is wanted.
+/// False when the numbers are too large for it.
 bool transformGroup(int size, const std::int16_t* group, const std::uint16_t* quantisation, int lastNonZero,
                     const Squares& squares) {
     switch (size) {
@@ -316,20 +316,9 @@ bool transformGroup(int size, const std::int16_t* group, const std::uint16_t* qu
 }
 
 void inverseDCT(int size, const std::int16_t* group, const std::uint16_t* quantisation, int lastNonZero,
-                int lanes, std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride) {
-    if (lanes == dctLanes
-        && transformGroup(size, group, quantisation, lastNonZero, {output, laneStride, rowStride}))
-        return;
-    if (lanes == dctLanes)
-        return reference::inverseDCT(size, group, quantisation, lastNonZero, lanes, output, laneStride,
-                                     rowStride);
-    std::uint8_t all[dctLanes * dctCoefficients];
-    const std::ptrdiff_t side = size;
-    inverseDCT(size, group, quantisation, lastNonZero, dctLanes, all, side, side * dctLanes);
-    for (int lane = 0; lane < lanes; ++lane)
-        for (int y = 0; y < size; ++y)
-            std::memcpy(output + lane * laneStride + y * rowStride, all + (y * dctLanes + lane) * side,
-                        static_cast<std::size_t>(size));
+                std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride) {
+    if (!transformGroup(size, group, quantisation, lastNonZero, {output, laneStride, rowStride}))
+        reference::inverseDCT(size, group, quantisation, lastNonZero, output, laneStride, rowStride);
 }
 
 #endif
@@ -343,9 +332,9 @@ namespace kestrine::kernels {
 HWY_EXPORT(inverseDCT);
 
 void inverseDCT(int size, const std::int16_t* group, const std::uint16_t* quantisation, int lastNonZero,
-                int lanes, std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride) {
+                std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride) {
     HWY_DYNAMIC_DISPATCH(inverseDCT)
-    (size, group, quantisation, lastNonZero, lanes, output, laneStride, rowStride);
+    (size, group, quantisation, lastNonZero, output, laneStride, rowStride);
 }
 
 } // namespace kestrine::kernels

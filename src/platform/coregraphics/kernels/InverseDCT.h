@@ -19,12 +19,12 @@ inline constexpr int dctCoefficients = 64;
 /// frequency) of lane l is group[z * dctLanes + l], not yet multiplied by quantisation[z] (64 values,
 /// row-major); the group may lie anywhere, but is read fastest at a multiple of 64 bytes.
 /// `size` is the side of the square each block becomes: 8, 4, 2 or 1.
-/// The square of lane l begins at output + l * laneStride, and its rows are rowStride bytes apart; lanes from
-/// `lanes` (1 to dctLanes) on are not written, and nothing outside of the squares is. All lanes and squares
-/// that touch (laneStride == size) are the fastest. `lastNonZero` is the largest zigzag index at which any
+/// The square of lane l begins at output + l * laneStride, and its rows are rowStride bytes apart;
+/// nothing outside of the squares is written. Squares that touch (laneStride == size) are the fastest.
+/// `lastNonZero` is the largest zigzag index at which any
 /// lane holds something but 0 (0 when no lane has more than its DC coefficient); a larger value gives the
 /// same samples, later.
 void inverseDCT(int size, const std::int16_t* group, const std::uint16_t* quantisation, int lastNonZero,
-                int lanes, std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride);
+                std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride);
 
 } // namespace kestrine::kernels

@@ -160,9 +160,9 @@ void transformBlock(int size, const Block& coefficients, const std::uint16_t* qu
 
 } // namespace
 
-void inverseDCT(int size, const std::int16_t* group, const std::uint16_t* quantisation, int, int lanes,
+void inverseDCT(int size, const std::int16_t* group, const std::uint16_t* quantisation, int,
                 std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride) {
-    for (int lane = 0; lane < lanes; ++lane) {
+    for (int lane = 0; lane < dctLanes; ++lane) {
         Block coefficients, samples;
         for (int z = 0; z < dctCoefficients; ++z)
             coefficients.values[z] = group[z * dctLanes + lane];

@@ -8,6 +8,6 @@ namespace kestrine::kernels::reference {
 
 /// As kernels::inverseDCT; `lastNonZero` makes no difference.
 void inverseDCT(int size, const std::int16_t* group, const std::uint16_t* quantisation, int lastNonZero,
-                int lanes, std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride);
+                std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride);
 
 } // namespace kestrine::kernels::reference

@@ -5,6 +5,8 @@
 
 #include "platform/coregraphics/kernels/YCbCrToRGB_reference.h"
 
+#include <algorithm>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/coregraphics/kernels/YCbCrToRGB.cpp"
 #include <hwy/foreach_target.h>
@@ -64,16 +66,19 @@ HWY_INLINE Pixels pixelsOf(const std::uint8_t* y, const std::uint8_t* cb, const 
 void convertYCbCrToRGB(const std::uint8_t* y, const std::uint8_t* cb, const std::uint8_t* cr,
                        std::size_t width, std::uint8_t* rgb) {
     constexpr std::size_t half = vectorWidth, step = 2 * half;
+    if (width < step)
+        return reference::convertYCbCrToRGB(y, cb, cr, width, rgb);
     const hn::Twice<TagBytes> whole;
-    std::size_t i = 0;
-    for (; i + step <= width; i += step) {
+    const std::size_t last = width - step; // may overlap the one before
+    for (std::size_t i = 0;; i = std::min(i + step, last)) {
         const Pixels left = pixelsOf(y + i, cb + i, cr + i),
                      right = pixelsOf(y + i + half, cb + i + half, cr + i + half);
         hn::StoreInterleaved3(hn::Combine(whole, right.red, left.red),
                               hn::Combine(whole, right.green, left.green),
                               hn::Combine(whole, right.blue, left.blue), whole, rgb + 3 * i);
+        if (i == last)
+            return;
     }
-    reference::convertYCbCrToRGB(y + i, cb + i, cr + i, width - i, rgb + 3 * i);
 }
 
 #endif

@@ -81,9 +81,9 @@ template <bool stores>
                                               const ACTable& acTable, std::int16_t* block, int& predictor) {
     const DCEntry dc = dcTable.entries[reservoir.bits >> (64 - DCTable::indexBits)];
     reservoir.refill();
-    if (dc.total != 0) [[likely]] {
-        predictor += extraValue(reservoir.bits << dc.codeLength, dc.extraShift);
-        reservoir.drop(dc.total);
+    if (dc.total() != 0) [[likely]] {
+        predictor += extraValue(reservoir.bits << dc.codeLength(), dc.extraShift());
+        reservoir.drop(dc.total());
     } else {
         const SlowDC slow = slowDC(reservoir, dcTable);
         if (!slow.difference)

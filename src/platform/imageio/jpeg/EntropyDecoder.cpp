@@ -19,7 +19,8 @@ bool EntropyDecoder::start(std::shared_ptr<const ByteReader> reader, const Frame
 }
 
 bool EntropyDecoder::planBlocks(const FrameHeader& header, const std::array<bool, 3>& wantsAC) {
-    groups_.resize(static_cast<std::size_t>(header.blocksOfAnMCU()));
+    groups_.assign(static_cast<std::size_t>(header.blocksOfAnMCU()), LaneGroup{});
+    lastNonZero_ = {};
     blocks_.clear();
     for (std::size_t c = 0; c < header.componentCount; ++c) {
         const Component& component = header.components[c];
@@ -34,11 +35,7 @@ bool EntropyDecoder::planBlocks(const FrameHeader& header, const std::array<bool
 }
 
 bool EntropyDecoder::decodeGroup(int lanes) {
-    for (const Block& block : blocks_) {
-        if (block.wantsAC)
-            std::memset(block.coefficients, 0, sizeof(LaneGroup));
-    }
-    lastNonZero_ = {};
+    clearGroups();
     for (int lane = 0; lane < lanes;) {
         if (restartInterval_ != 0 && untilRestart_ == 0 && !passRestart())
             return false;
@@ -52,6 +49,19 @@ bool EntropyDecoder::decodeGroup(int lanes) {
         lane += run;
     }
     return bytes_.hasCovered(reservoir_);
+}
+
+/// Takes away the AC coefficients of the last group. It goes along the zigzag as far as they went, which in
+/// most pictures is not far.
+void EntropyDecoder::clearGroups() {
+    for (const Block& block : blocks_) {
+        if (!block.wantsAC)
+            continue;
+        for (int k = 1; k <= lastNonZero_[block.component]; ++k)
+            std::memset(block.coefficients + offsetAlongZigzag[static_cast<std::size_t>(k)], 0,
+                        sizeof LaneGroup::coefficients[0]);
+    }
+    lastNonZero_ = {};
 }
 
 bool EntropyDecoder::passRestart() {

@@ -40,7 +40,7 @@ public:
     bool decodeGroup(int lanes);
 
     /// Coefficients of the block of that number in each of the MCUs, by lane; those of other lanes mean
-    /// nothing.
+    /// nothing, though past lastNonZero() of the component theirs are 0, too.
     const LaneGroup& group(std::size_t block) const { return groups_[block]; }
 
     /// The position along the zigzag behind which all coefficients of a component's blocks are 0.
@@ -55,6 +55,7 @@ private:
         bool wantsAC;
     };
 
+    void clearGroups();
     bool planBlocks(const FrameHeader& header, const std::array<bool, 3>& wantsAC);
     bool passRestart();
     bool decodeRun(int firstLane, int lanes);

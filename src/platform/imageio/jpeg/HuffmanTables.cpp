@@ -101,10 +101,7 @@ bool DCTable::assign(const HuffmanCode& described) {
         if (described.symbols[i] > largestSize)
             return false;
     }
-    fillByCode(entries, indexBits, described, [](int length, int size) {
-        return DCEntry{static_cast<std::uint8_t>(length + size), static_cast<std::uint8_t>(length),
-                       static_cast<std::uint8_t>(noExtraBits - size)};
-    });
+    fillByCode(entries, indexBits, described, [](int length, int size) { return DCEntry(length, size); });
     return true;
 }
 

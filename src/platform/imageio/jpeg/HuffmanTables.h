@@ -37,10 +37,20 @@ inline constexpr int noExtraBits = 63;
 
 /// DC: index by the next 9 bits. The code and its extra bits (a DC symbol is their number, 0 to 11) are at
 /// most 20 bits. A code longer than the index has `total` 0.
-struct DCEntry {
-    std::uint8_t total = 0; ///< code and extra bits
-    std::uint8_t codeLength = 0;
-    std::uint8_t extraShift = 0; ///< noExtraBits - size
+/// One number, so that one load brings it: bits 0-7 total, 8-15 length of the code, 16-23 noExtraBits - size.
+class DCEntry {
+public:
+    constexpr DCEntry() = default;
+    constexpr DCEntry(int codeLength, int size)
+        : bits_(
+            static_cast<std::uint32_t>((codeLength + size) | codeLength << 8 | (noExtraBits - size) << 16)) {}
+
+    int total() const { return static_cast<std::uint8_t>(bits_); } ///< code and extra bits
+    int codeLength() const { return static_cast<std::uint8_t>(bits_ >> 8); }
+    int extraShift() const { return static_cast<int>(bits_ >> 16); }
+
+private:
+    std::uint32_t bits_ = 0;
 };
 
 struct DCTable {

@@ -20,8 +20,8 @@ std::uint32_t quotientRoundedUp(std::uint32_t dividend, int divisor) {
 void Plane::prepare(const PlaneGeometry& geometry, const Component& component, std::uint32_t mcusAcross) {
     geometry_ = geometry;
     rowsOfBand_ = static_cast<std::uint32_t>(component.vertical * geometry.blockSize);
-    stride_ = std::size_t{mcusAcross} * static_cast<std::size_t>(component.horizontal * geometry.blockSize)
-              + padding;
+    const std::size_t lanes = (std::size_t{mcusAcross} + lanesOfGroup - 1) / lanesOfGroup * lanesOfGroup;
+    stride_ = lanes * static_cast<std::size_t>(component.horizontal * geometry.blockSize) + padding;
     samples_.resize(stride_ * (rowsOfBand_ + 1));
 }
 
@@ -54,7 +54,7 @@ Result<void> PlaneDecoder::decodeBand() {
         const int lanes = static_cast<int>(std::min<std::uint32_t>(lanesOfGroup, mcusAcross_ - first));
         if (!entropy_.decodeGroup(lanes))
             return Failure{Reason::refused, "own JPEG decoder: an oddity in the scan"};
-        transformGroup(first, lanes);
+        transformGroup(first);
     }
     ++decodedBands_;
     return {};
@@ -67,7 +67,7 @@ void PlaneDecoder::keepLastRows() {
     }
 }
 
-void PlaneDecoder::transformGroup(std::uint32_t firstMCU, int lanes) {
+void PlaneDecoder::transformGroup(std::uint32_t firstMCU) {
     std::size_t block = 0;
     for (std::size_t c = 0; c < header_.componentCount; ++c) {
         Plane& plane = planes_[c];
@@ -77,11 +77,11 @@ void PlaneDecoder::transformGroup(std::uint32_t firstMCU, int lanes) {
         std::uint8_t* const origin = plane.samples_.data() + plane.stride_ + firstMCU * laneStride;
         for (std::size_t y = 0; y < component.vertical; ++y) {
             for (std::size_t x = 0; x < component.horizontal; ++x, ++block)
-                kernels::inverseDCT(
-                    static_cast<int>(size), entropy_.group(block).coefficients[0],
-                    header_.quantisation[component.quantisation]->data(), entropy_.lastNonZero(c), lanes,
-                    origin + y * size * plane.stride_ + x * size, static_cast<std::ptrdiff_t>(laneStride),
-                    static_cast<std::ptrdiff_t>(plane.stride_));
+                kernels::inverseDCT(static_cast<int>(size), entropy_.group(block).coefficients[0],
+                                    header_.quantisation[component.quantisation]->data(),
+                                    entropy_.lastNonZero(c), origin + y * size * plane.stride_ + x * size,
+                                    static_cast<std::ptrdiff_t>(laneStride),
+                                    static_cast<std::ptrdiff_t>(plane.stride_));
         }
     }
 }

@@ -7,7 +7,8 @@
 
 namespace kestrine::jpeg {
 
-/// The samples of one component in the band decoded last, and one row before it.
+/// The samples of one component in the band decoded last, and one row before it. Rows have room for whole
+/// groups of MCUs.
 class Plane {
 public:
     /// Readable bytes behind a row's samples, whose values mean nothing.
@@ -58,7 +59,7 @@ public:
 
 private:
     void keepLastRows();
-    void transformGroup(std::uint32_t firstMCU, int lanes);
+    void transformGroup(std::uint32_t firstMCU);
 
     FrameHeader header_;
     int eighths_ = 8;
