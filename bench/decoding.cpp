@@ -61,7 +61,7 @@ void compare(const std::shared_ptr<const ByteReader>& file, int eighths) {
         library.push_back(millisecondsFor([&] { return openJPEGLibraryRows(file, {}, eighths); }));
         ratios.push_back(own.back() / library.back());
     }
-    std::printf("  %d/8  own %6.1f  library %6.1f  ratio %.3f\n", eighths, median(own), median(library),
+    std::printf("  %d/8  own %7.2f  library %7.2f  ratio %.3f\n", eighths, median(own), median(library),
                 median(ratios));
 }
 

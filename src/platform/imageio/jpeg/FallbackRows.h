@@ -15,10 +15,16 @@ using RowOpener = std::function<Result<RowSourcePointer>()>;
 /// long as both give the same rows up to there.
 ///
 /// Those of our own JPEG decoder and of the general library are the same up to there. Ours fails at an MCU
-/// whose bits are damaged, missing or followed by something unexpected. For all MCUs before it every bit was
-/// read from before the odd place, where the library reads the same bits with the same codes; and a row is
-/// delivered only when all MCUs are there that have a part in it, the one below included where colour is
-/// smoothed across the border.
+/// whose codes are unknown or overrun a block, whose bits are not all there, or which something else than the
+/// restart marker that is due follows. For every MCU before it:
+///  - its bits lie before the first marker of its segment, and the library takes the same bits with the same
+///    codes. What it looks at beyond an MCU's last bit (it, too, fills up ahead, and starts an MCU again more
+///    slowly when that meets a marker) changes no coefficient: it refills with what it can get, and zeros
+///    take the place of bits only when codes ask for more than there are;
+///  - the segments before it ended where ours did, with their own markers behind less than a byte of filling,
+///    so the library was neither out of step nor out of data, its two lasting states.
+/// And a row is delivered only when a whole band is there, checked to its last bit, and the one below, too,
+/// where colour is smoothed across the border. What follows has no part in it.
 RowSourcePointer rowsWithFallback(RowSourcePointer first, RowOpener openSecond);
 
 } // namespace kestrine::jpeg

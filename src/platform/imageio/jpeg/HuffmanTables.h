@@ -65,12 +65,13 @@ struct DCTable {
 };
 
 /// AC: index by the next 11 bits. An entry is one number of 64 bits, so that one load brings it:
-///
-///     bits 0-7    bits that both symbols take, codes and extra bits together: at most 21, or 11 when there
-///     are two bits 8-15   length of the first symbol's code bits 16-23  noExtraBits - number of the first
-///     symbol's extra bits (at most 10) bits 24-31  step 1: how far the first symbol moves on along the
-///     zigzag bits 32-39  step 2, 0 when there is no second symbol bits 48-63  value of the second symbol's
-///     coefficient, 0 when there is none
+///  - bits 0-7: how many bits both symbols take, codes and extra bits together; at most 21 for one symbol (11
+///    of code, 10 extra), at most 11 for two
+///  - bits 8-15: length of the first symbol's code
+///  - bits 16-23: noExtraBits - number of the first symbol's extra bits
+///  - bits 24-31: step 1, how far the first symbol moves on along the zigzag
+///  - bits 32-39: step 2, likewise; 0 when there is no second symbol
+///  - bits 48-63: value of the second symbol's coefficient; 0 when there is none
 ///
 /// A step is run + 1; 16 for the symbol of sixteen zeros; endOfBlock for that symbol, whose value is 0
 /// because it has no extra bits. The first symbol may have all its extra bits outside of the index, since its
