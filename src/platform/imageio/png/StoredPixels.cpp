@@ -1,18 +1,12 @@
 #include "platform/imageio/png/StoredPixels.h"
 
-#include <bit>
+#include "platform/imageio/png/BigEndian.h"
+
 #include <cstring>
 
 namespace kestrine {
 
 namespace {
-
-void copyInMachineOrder(const std::uint8_t* stored, std::span<std::uint8_t> row) {
-    for (std::size_t i = 0; i < row.size(); i += 2) {
-        row[i] = stored[i + 1];
-        row[i + 1] = stored[i];
-    }
-}
 
 template <std::size_t channels>
 void lookUp(const std::array<std::array<std::uint8_t, 4>, 256>& colors, const std::uint8_t* indices,
@@ -45,8 +39,8 @@ void StoredPixels::readColors(const PNGReader& file) {
 void StoredPixels::convert(const std::uint8_t* stored, std::span<std::uint8_t> row) const {
     if (isIndexed_)
         return format_.hasAlpha ? lookUp<4>(colors_, stored, row) : lookUp<3>(colors_, stored, row);
-    if (format_.depth == SampleDepth::bits16 && std::endian::native == std::endian::little)
-        return copyInMachineOrder(stored, row);
+    if (format_.depth == SampleDepth::bits16)
+        return copyBigEndianWords(ByteView(stored, row.size()), row.data());
     std::memcpy(row.data(), stored, row.size());
 }
 
