@@ -1,5 +1,6 @@
 #include "platform/imageio/PNGReader.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace kestrine {
@@ -37,6 +38,7 @@ Result<void> PNGReader::readHeader() {
         storedColorType_ = png_get_color_type(png_, info_);
         storedRowBytes_ = png_get_rowbytes(png_, info_);
         storedBitsPerPixel_ = std::size_t{png_get_channels(png_, info_)} * png_get_bit_depth(png_, info_);
+        readAlphaOfIndices();
         offsetOfPixels_ = input_.offset() - chunkHeadBytes;
         png_set_expand(png_);
         if constexpr (std::endian::native == std::endian::little)
@@ -44,6 +46,14 @@ Result<void> PNGReader::readHeader() {
         png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
     });
+}
+
+void PNGReader::readAlphaOfIndices() {
+    alphaOfIndices_.fill(255);
+    png_bytep alpha = nullptr;
+    int count = 0;
+    if (isIndexed() && png_get_tRNS(png_, info_, &alpha, &count, nullptr) && alpha)
+        std::copy_n(alpha, count, alphaOfIndices_.begin());
 }
 
 RowFormat PNGReader::format() const {

@@ -5,6 +5,8 @@
 #include "platform/imageio/PNGInput.h"
 #include "platform/imageio/PNGLibrary.h"
 
+#include <array>
+
 namespace kestrine {
 
 class PNGReader {
@@ -34,6 +36,8 @@ public:
     bool deliversAsStored() const;
     /// Whether they are whole bytes that are indices.
     bool isIndexedByBytes() const { return isIndexed() && storedBitsPerPixel_ == 8; }
+    /// How opaque the colour of each index is.
+    const std::array<std::uint8_t, 256>& alphaOfIndices() const { return alphaOfIndices_; }
     /// Where in the file the first chunk of pixels begins.
     std::uint64_t offsetOfPixels() const { return offsetOfPixels_; }
     /// For libpng's questions about chunks. Owned by the reader.
@@ -48,6 +52,8 @@ public:
 private:
     template <class Step>
     Result<void> run(const Step& step);
+    /// To be called before libpng turns indices into colours.
+    void readAlphaOfIndices();
 
     PNGMessage message_;
     PNGInput input_;
@@ -57,6 +63,7 @@ private:
     std::uint64_t storedRowBytes_ = 0;
     std::size_t storedBitsPerPixel_ = 0;
     std::uint64_t offsetOfPixels_ = 0;
+    std::array<std::uint8_t, 256> alphaOfIndices_;
 };
 
 } // namespace kestrine

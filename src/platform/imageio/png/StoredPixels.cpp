@@ -23,17 +23,14 @@ StoredPixels::StoredPixels(const PNGReader& file) : format_(file.format()), isIn
 }
 
 void StoredPixels::readColors(const PNGReader& file) {
-    for (auto& color : colors_)
-        color[3] = 255; // an index beyond the table is black, as libpng has it
     png_colorp table = nullptr;
-    png_bytep alpha = nullptr;
-    int count = 0, transparent = 0;
-    if (png_get_PLTE(file.png(), file.info(), &table, &count))
+    int count = 0;
+    if (png_get_PLTE(file.png(), file.info(), &table,
+                     &count)) // an index beyond it is black, as libpng has it
         for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
-            colors_[i] = {table[i].red, table[i].green, table[i].blue, 255};
-    if (png_get_tRNS(file.png(), file.info(), &alpha, &transparent, nullptr) && alpha)
-        for (std::size_t i = 0; i < static_cast<std::size_t>(transparent); ++i)
-            colors_[i][3] = alpha[i];
+            colors_[i] = {table[i].red, table[i].green, table[i].blue, 0};
+    for (std::size_t i = 0; i < colors_.size(); ++i)
+        colors_[i][3] = file.alphaOfIndices()[i];
 }
 
 void StoredPixels::convert(const std::uint8_t* stored, std::span<std::uint8_t> row) const {

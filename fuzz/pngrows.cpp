@@ -1,0 +1,58 @@
+// Takes any bytes as the compressed pixels of a PNG picture, with right checksums of the chunks, through the
+// fast way and through libpng: both must give the same.
+#include "platform/imageio/PNGRows.h"
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/imageio/png/BigEndian.h"
+#include "platform/imageio/png/Chunk.h"
+#include "platform/imageio/png/FastRows.h"
+
+#include <cstdlib>
+
+using namespace kestrine;
+
+namespace {
+
+constexpr std::size_t recipeBytes = 4;
+
+/// The first bytes choose kind, size, and how the rest is cut into chunks.
+Bytes makeFile(ByteView data) {
+    constexpr std::uint8_t colorTypes[] = {0, 2, 4, 6, 3};
+    const std::uint8_t kind = data[0] % 9;
+    Bytes file = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'}, header;
+    appendBigEndian32(data[1] + 1u, header);
+    appendBigEndian32(data[2] + 1u, header);
+    header.insert(header.end(),
+                  {static_cast<std::uint8_t>(kind < 8 && kind % 2 ? 16 : 8), colorTypes[kind / 2], 0, 0, 0});
+    appendChunk("IHDR", {header}, file);
+    if (kind == 8)
+        appendChunk("PLTE", {data.first(3)}, file);
+    const std::size_t chunkBytes = data[3] * 8u + 1;
+    for (ByteView rest = data.subspan(recipeBytes); !rest.empty();) {
+        const ByteView part = rest.first(std::min(chunkBytes, rest.size()));
+        appendChunk("IDAT", {part}, file);
+        rest = rest.subspan(part.size());
+    }
+    appendChunk("IEND", {}, file);
+    return file;
+}
+
+Result<PixelBuffer> pixelsOf(RowSourcePointer rows) { return readAllRows(*rows); }
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size <= recipeBytes)
+        return 0;
+    const auto file = readerOfBytes(makeFile({data, size}));
+    auto reader = std::make_unique<PNGReader>(file);
+    if (!reader->readHeader())
+        return 0;
+    RowSourcePointer fastRows = fastPNGRows(*reader, file);
+    if (!fastRows)
+        std::abort(); // ISA-L is missing, or a kind was left out
+    const Result<PixelBuffer> fast = pixelsOf(std::move(fastRows));
+    const Result<PixelBuffer> expected = pixelsOf(std::make_unique<PNGRows>(std::move(reader)));
+    if (fast.ok() != expected.ok() || (fast && fast->bytes != expected->bytes))
+        std::abort();
+    return 0;
+}
