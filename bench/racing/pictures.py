@@ -26,9 +26,12 @@ Image.MAX_IMAGE_PIXELS = None
 
 @dataclass(frozen=True)
 class Original:
-    """A picture to make others from: its samples, and how its JPEG files are to be saved."""
+    """A picture to make others from: its samples, and how its JPEG files are to be saved. A user's file has a path, and
+    is `ready` to race as it is at its size unless some tools would turn or convert it."""
     samples: numpy.ndarray
     saving: dict
+    path: Path = None
+    ready: tuple = None
 
 
 def load_make_pictures():
@@ -85,17 +88,15 @@ def quality_for(picture, bits):
     return min((low, high), key=lambda quality: abs(bits_at(quality) - bits))
 
 
+def undated(profile):
+    """A profile without the moment it was made at, which is in bytes 24 to 35 of its header."""
+    return profile[:24] + bytes(12) + profile[36:]
+
+
 def marker_of(paths):
     """Another one when a file is added, taken away or changed."""
     known = "".join(f"{path}\0{path.stat().st_size} {path.stat().st_mtime_ns}\0" for path in paths)
     return hashlib.sha256(known.encode(errors="surrogateescape")).hexdigest()[:12]
-
-
-def is_ready(path, width, height):
-    """Whether a user's file can race as it is: of the task's size, and nothing that some tools would turn."""
-    with Image.open(path) as picture:
-        return (picture.size == (width, height) and picture.mode == "RGB"
-                and picture.getexif().get(ORIENTATION, UPRIGHT) == UPRIGHT)
 
 
 class Pictures:
@@ -110,7 +111,7 @@ class Pictures:
         self.folder = Path(folder) / f"{marker_of(self.own) if own else 'made'}-{EDITION}"
         self.folder.mkdir(parents=True, exist_ok=True)
         self.make = load_make_pictures()
-        self.profile = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes()
+        self.profile = undated(ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes())
         self.originals = {}
         self.qualities = {}
 
@@ -148,16 +149,17 @@ class Pictures:
             with Image.open(path) as picture:
                 sampling = max(0, JpegImagePlugin.get_sampling(picture))
                 saving = {"qtables": picture.quantization, "subsampling": sampling}
-                return Original(numpy.asarray(picture.convert("RGB")), saving)
+                plain = picture.mode == "RGB" and picture.getexif().get(ORIENTATION, UPRIGHT) == UPRIGHT
+                samples = numpy.asarray(picture.convert("RGB"))
+                return Original(samples, saving, path, picture.size if plain else None)
         except (OSError, AttributeError) as error:
             raise SystemExit(f"peers: {path} is no JPEG file that can be used: {error}") from error
 
     def _write(self, path, kind, width, height, number):
-        own = self.own[number % len(self.own)] if self.own else None
-        if kind == "jpeg" and own and is_ready(own, width, height):
-            self._replace(path, lambda unfinished: shutil.copyfile(own, unfinished))
-            return
         original = self._original(number)
+        if kind == "jpeg" and original.ready == (width, height):
+            self._replace(path, lambda unfinished: shutil.copyfile(original.path, unfinished))
+            return
         samples = sized(original.samples, width, height, number)
         if kind == "rgba":
             samples = with_soft_alpha(samples)

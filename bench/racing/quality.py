@@ -56,7 +56,7 @@ def our_scales(task, width, height):
 
 
 def our_centres(result_size, task, size):
-    """Columns count from the left edge and rows from the bottom one; what is cut off lies at the top and on the right."""
+    """Columns count from the left edge and rows from the bottom one; what is cut off lies at the top and right."""
     scale_x, scale_y = our_scales(task, *size)
     columns = (numpy.arange(result_size[0]) + 0.5) / scale_x
     rows = size[1] - (result_size[1] - numpy.arange(result_size[1]) - 0.5) / scale_y

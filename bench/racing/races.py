@@ -1,4 +1,4 @@
-"""One run of all the races: every contestant in turn, its outputs looked at, and what was measured kept for the page."""
+"""One run of all the races: every contestant in turn, its outputs looked at, what was measured kept for the page."""
 import hashlib
 import os
 import shlex
