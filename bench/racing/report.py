@@ -221,8 +221,8 @@ class Report:
         header = ["", "size", "CPU ms a megapixel", f"÷ that of {LINEAR_FROM_MEGAPIXELS} MP", "wall ms", "peak MiB",
                   "file MiB", "met"]
         return ("## Growth with pixels\n\nOne picture to a quarter of its sides, in its own format (TIFF from LZW and "
-                f"from uncompressed). A pixel of the largest may cost {LINEAR} times one of {LINEAR_FROM_MEGAPIXELS} MP; "
-                f"the peak may be {WORKING_MIB} MiB above the size of the file.\n\n" + table(header, rows))
+                f"from uncompressed). A pixel of the largest may cost {LINEAR} times one of {LINEAR_FROM_MEGAPIXELS} "
+                f"MP; the peak may be {WORKING_MIB} MiB above the size of the file.\n\n" + table(header, rows))
 
     def _growth_of(self, entries):
         """The rows of one kind; the cost of a pixel is compared with that at LINEAR_FROM_MEGAPIXELS."""
@@ -257,8 +257,8 @@ class Report:
                          f"{1000 * entry.results.median(self.own_name, 'wall') / entry.task.count:.2f}", f"{peak:.0f}",
                          verdict(linear and peak <= WORKING_MIB)])
         header = ["", "CPU ms a file", f"÷ that of {LINEAR_FROM_FILES}", "wall ms a file", "peak MiB", "met"]
-        return ("## Growth with files\n\nJPEG of 320 x 240 to 160, `kestrinectl convert`, all cores. A file of the most "
-                f"may cost {LINEAR} times one of {LINEAR_FROM_FILES}.\n\n" + table(header, rows))
+        return ("## Growth with files\n\nJPEG of 320 x 240 to 160, `kestrinectl convert`, all cores. A file of the "
+                f"most may cost {LINEAR} times one of {LINEAR_FROM_FILES}.\n\n" + table(header, rows))
 
     def _cpu_each(self, entry, units):
         return entry.results.median(self.own_name, "cpu") / units
