@@ -12,7 +12,7 @@ from racing.quality import LIGHT, STORED
 
 HEAD = """# Benchmarks
 
-Written by `bench/peers`; do not edit. Every task was run by everybody in turn, in random order, within one run, on
+Written by `bench/peers`; all but the notes at the end is written anew each time. Every task was run by everybody in turn, in random order, within one run, on
 warm inputs and into new folders. A ratio is the median over the rounds of the ratio within a round, to the fastest
 peer; less than 1 is faster. The process's start is part of every time. CPU counts the whole process tree, the peak is
 that of its largest process; peaks below {floor:.0f} MiB cannot be told apart. Quality is judged against a full decode
@@ -25,6 +25,7 @@ as a peer all the same. Times depend on the machine; compare ratios.
 """
 
 BUSY = "**The machine was not idle when this began: the figures are rough.**\n\n"
+NOTES = "\n## Notes\n"
 IDLE_LOAD = 0.5
 LISTING_MILLISECONDS = 2.0
 # In work, beyond the compressed bytes, at any size.
@@ -46,6 +47,12 @@ def number(value, form):
 
 def verdict(met):
     return "yes" if met else "**no**"
+
+
+def notes_of(page):
+    """What people wrote at the end of a page."""
+    _, heading, text = page.partition(NOTES)
+    return heading.lstrip("\n") + text
 
 
 def first_match(path, start):
@@ -135,10 +142,11 @@ class Report:
         self.entries, self.growth, self.files, self.start, self.same_bytes = [], [], [], None, []
         self.begun, self.load_before = datetime.date.today(), load()
 
-    def text(self, command, rounds, versions, missing, picture_words):
+    def text(self, command, rounds, versions, missing, picture_words, before=""):
+        """The page; `before` is the one that it replaces."""
         parts = [HEAD.format(floor=self.floor), self._setting(command, rounds, versions, missing, picture_words),
                  self._goals(), self._start(), *map(self._task, self.entries), self._same_bytes(), self._growth(),
-                 self._files()]
+                 self._files(), notes_of(before)]
         return "\n".join(part.rstrip("\n") + "\n" for part in parts if part)
 
     def _setting(self, command, rounds, versions, missing, picture_words):

@@ -111,6 +111,14 @@ class PageTest(unittest.TestCase):
         for words in (report.machine(), "`bench/peers --rounds 3`", "Not here, so not raced: sharp."):
             self.assertIn(words, page)
 
+    def test_the_notes_of_the_page_before_stay_and_nothing_else(self):
+        before = "# Benchmarks\n\nyesterday\n\n## Notes\n\nT5: the kernel's copying.\n"
+        page = report.Report(3.0, [OURS]).text(["bench/peers"], 3, [], [], "made", before)
+        self.assertTrue(page.endswith("\n\n## Notes\n\nT5: the kernel's copying.\n"))
+        self.assertNotIn("yesterday", page)
+        again = report.Report(3.0, [OURS]).text(["bench/peers"], 3, [], [], "made", page)
+        self.assertEqual(again.count("## Notes"), 1)
+
     def test_different_bytes_are_told(self):
         page = self.page(same_bytes=[SameBytes("T2", 16, (1, 2), True), SameBytes("T7", 200, (1, 2), False)])
         self.assertIn("| T2 | 16 | 1, 2 | yes |", page)
