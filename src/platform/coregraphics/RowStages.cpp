@@ -3,6 +3,7 @@
 #include "platform/coregraphics/PixelBuffer.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 
@@ -123,11 +124,27 @@ private:
     Bytes row_;
 };
 
+/// Puts `count` pixels of `size` bytes that lie `step` bytes apart side by side.
+template <std::size_t size>
+void copyPixels(const std::uint8_t* from, std::ptrdiff_t step, std::uint8_t* to, std::uint32_t count) {
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        std::memcpy(to + i * static_cast<std::ptrdiff_t>(size), from + i * step, size);
+}
+
+/// By the size of a pixel, from 1 byte on.
+constexpr std::array pixelCopies = {copyPixels<1>, copyPixels<2>, copyPixels<3>, copyPixels<4>,
+                                    copyPixels<5>, copyPixels<6>, copyPixels<7>, copyPixels<8>};
+
+/// Rows are made so many at a time, in squares: a quarter turn reads columns, and each line of the source
+/// that is in cache then gives a whole side of a square.
+constexpr std::uint32_t turnedRowsAtOnce = 32;
+
 class TurnedRows final : public RowSource {
 public:
     TurnedRows(RowSourcePointer input, int quarterTurns)
         : RowSource(turned(input->format(), quarterTurns)), input_(std::move(input)),
-          quarterTurns_(quarterTurns) {}
+          quarterTurns_(quarterTurns), copyPixels_(pixelCopies[format().bytesPerPixel() - 1]),
+          rows_(format().bytesPerRow() * std::min(turnedRowsAtOnce, format().height)) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (input_ != nullptr) {
@@ -137,33 +154,51 @@ public:
             source_ = std::move(*whole);
             input_.reset();
         }
-        const std::uint32_t y = next_++;
-        for (std::uint32_t x = 0; x < format().width; ++x)
-            std::memcpy(row.data() + x * format().bytesPerPixel(), sourcePixel(x, y),
-                        format().bytesPerPixel());
+        if (next_ % turnedRowsAtOnce == 0)
+            turnRows();
+        std::memcpy(row.data(), rows_.data() + next_ % turnedRowsAtOnce * row.size(), row.size());
+        ++next_;
         return {};
     }
 
 private:
-    /// A clockwise quarter turn takes the source's left column, from the bottom up, as its first row.
-    const std::uint8_t* sourcePixel(std::uint32_t x, std::uint32_t y) const {
+    /// Fills rows_ from row next_ on.
+    void turnRows() {
+        const std::uint32_t count = std::min(turnedRowsAtOnce, format().height - next_);
+        const std::uint32_t width = format().width;
+        const std::uint32_t atOnce = quarterTurns_ == 2 ? width : turnedRowsAtOnce; // lines need no squares
+        for (std::uint32_t x = 0; x < width; x += atOnce)
+            for (std::uint32_t i = 0; i < count; ++i)
+                turnPixels(x, std::min(atOnce, width - x), i);
+    }
+
+    /// Fills `count` pixels of rows_ from (x, i) on. A clockwise quarter turn takes the source's left column,
+    /// from the bottom up, as its first row; a counter-clockwise one its right column, from the top down.
+    void turnPixels(std::uint32_t x, std::uint32_t count, std::uint32_t i) {
         const std::uint32_t right = source_.format.width - 1, bottom = source_.format.height - 1;
-        const auto at = [this](std::size_t column, std::size_t line) {
-            return source_.row(line).data() + column * source_.format.bytesPerPixel();
-        };
+        const std::uint32_t y = next_ + i;
+        const auto pixel = static_cast<std::ptrdiff_t>(format().bytesPerPixel());
+        const auto line = static_cast<std::ptrdiff_t>(source_.format.bytesPerRow());
+        std::uint8_t* to = rows_.data() + i * format().bytesPerRow() + x * format().bytesPerPixel();
         switch (quarterTurns_) {
         case 1:
-            return at(y, bottom - x);
+            return copyPixels_(sourcePixel(y, bottom - x), -line, to, count);
         case 2:
-            return at(right - x, bottom - y);
+            return copyPixels_(sourcePixel(right - x, bottom - y), -pixel, to, count);
         default:
-            return at(right - y, x);
+            return copyPixels_(sourcePixel(right - y, x), line, to, count);
         }
+    }
+
+    const std::uint8_t* sourcePixel(std::size_t column, std::size_t line) const {
+        return source_.row(line).data() + column * source_.format.bytesPerPixel();
     }
 
     RowSourcePointer input_; ///< null once the picture has been read
     const int quarterTurns_;
+    decltype(&copyPixels<1>) const copyPixels_;
     PixelBuffer source_;
+    Bytes rows_; ///< those from the last whole multiple of turnedRowsAtOnce on
     std::uint32_t next_ = 0;
 };
 

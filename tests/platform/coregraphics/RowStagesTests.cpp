@@ -112,20 +112,24 @@ TEST(RowStages, thatHaveNothingToDoAreTheirInput) {
 }
 
 TEST(TurnedRows, putEveryPixelOfEverySizeWhereTheTurnDoes) {
-    for (const SampleDepth depth : depths)
-        for (const bool alpha : {false, true}) {
-            const PixelBuffer photo = makePhoto({5, 3, ColorModel::rgb, alpha, depth});
-            const PixelBuffer half = read(turnedRows(rowsOf(photo), 2));
-            const PixelBuffer right = read(turnedRows(rowsOf(photo), 1)),
-                              left = read(turnedRows(rowsOf(photo), 3));
-            for (std::uint32_t y = 0; y < 3; ++y)
-                for (std::uint32_t x = 0; x < 5; ++x) {
-                    const unsigned expected = sampleAt(photo, x, y, 1);
-                    EXPECT_EQ(sampleAt(right, 2 - y, x, 1), expected);
-                    EXPECT_EQ(sampleAt(half, 4 - x, 2 - y, 1), expected);
-                    EXPECT_EQ(sampleAt(left, y, 4 - x, 1), expected);
+    constexpr std::pair<std::uint32_t, std::uint32_t> sides[] = {
+        {5, 3}, {1, 40}, {40, 1}, {32, 64}, {71, 33}};
+    for (const auto& [w, h] : sides)
+        for (const SampleDepth depth : depths)
+            for (const ColorModel model : {ColorModel::gray, ColorModel::rgb})
+                for (const bool alpha : {false, true}) {
+                    const PixelBuffer photo = makePhoto({w, h, model, alpha, depth});
+                    const auto turned = [&](int quarterTurns, auto place) {
+                        const PixelBuffer actual = read(turnedRows(rowsOf(photo), quarterTurns));
+                        return samePicture(actual, makePicture(actual.format, place));
+                    };
+                    EXPECT_TRUE(
+                        turned(1, [&](auto x, auto y, auto c) { return sampleAt(photo, y, h - 1 - x, c); }));
+                    EXPECT_TRUE(turned(
+                        2, [&](auto x, auto y, auto c) { return sampleAt(photo, w - 1 - x, h - 1 - y, c); }));
+                    EXPECT_TRUE(
+                        turned(3, [&](auto x, auto y, auto c) { return sampleAt(photo, w - 1 - y, x, c); }));
                 }
-        }
 }
 
 TEST(RowStages, passOnWhatTheirInputFailsWith) {
