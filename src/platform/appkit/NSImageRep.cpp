@@ -68,6 +68,8 @@ Object NSBitmapImageRep::valueForProperty(const NSString& name) const {
     const std::optional<ColorProfile> profile = picture().profile();
     if (name == NSImageColorSyncProfileData && profile)
         return std::make_shared<NSData>(Bytes(profile->bytes().begin(), profile->bytes().end()));
+    if (!picture().steps.empty())
+        return nullptr; // the others are of a file, not of what was drawn from it
     if (name == NSImageEXIFData)
         return dataOrNil(picture().source->decoder().exif());
     if (name == NSImageRGBColorTable)
@@ -104,8 +106,10 @@ NSBitmapImageRep::representationUsingType(FileType type, const ImageProperties& 
 
 std::shared_ptr<const NSData> NSBitmapImageRep::bitmapData() const {
     Result<PixelBuffer> pixels = readPixels(picture());
-    if (!pixels)
+    if (!pixels) {
+        noteFailure(pixels.failure());
         return nullptr;
+    }
     if (pixels->format.depth == SampleDepth::bits8)
         multiplyByAlpha<std::uint8_t>(*pixels);
     else

@@ -51,7 +51,8 @@ public:
     /// cannot be opened or its header is no picture's. Its size in points follows its resolution.
     static std::vector<std::shared_ptr<NSBitmapImageRep>> imageRepsWithContentsOfFile(const NSString& path);
 
-    /// `valueForProperty:`: the profile, EXIF block or colour table; nil when there is none.
+    /// `valueForProperty:`: the profile, and for the bitmap of a file as it was loaded also its EXIF block
+    /// and colour table; nil when there is none.
     Object valueForProperty(const NSString& name) const;
 
     /// `representationUsingType:properties:`: the file's bytes; nil when it cannot be made.

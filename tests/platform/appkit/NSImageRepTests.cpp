@@ -65,6 +65,19 @@ TEST(NSBitmapImageRep, itsProfileEXIFAndColourTableAreItsPropertiesAndOthersAreN
     EXPECT_EQ(gif->valueForProperty(NSImageColorSyncProfileData), nullptr);
 }
 
+TEST(NSBitmapImageRep, whatWasDrawnFromAFileHasItsProfileButNeitherItsEXIFNorItsColourTable) {
+    const auto gif = repsOf(encoded(photo(), encodeGIF)).front();
+    const NSBitmapImageRep drawn(gif->picture().with(QuarterTurn::clockwise), {10, 20});
+    EXPECT_EQ(drawn.valueForProperty(NSImageRGBColorTable), nullptr);
+    const ColorProfile profile = ColorProfile::adobeRGB();
+    const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 0};
+    const auto jpeg = repsOf(encoded(photo(), encodeJPEG, {.profile = &profile, .exif = exif})).front();
+    const NSBitmapImageRep faded(jpeg->picture().with(Fade{0.5F}), {20, 10});
+    EXPECT_NE(jpeg->valueForProperty(NSImageEXIFData), nullptr);
+    EXPECT_EQ(faded.valueForProperty(NSImageEXIFData), nullptr);
+    EXPECT_NE(faded.valueForProperty(NSImageColorSyncProfileData), nullptr);
+}
+
 TEST(NSBitmapImageRep, everyFileTypeTakesThePixelsAndTheResolutionOfThePoints) {
     const NSBitmapImageRep bitmap = bitmapOf(photo(), {10, 10});
     for (const FileType type : {FileType::tiff, FileType::png, FileType::jpeg, FileType::gif}) {
