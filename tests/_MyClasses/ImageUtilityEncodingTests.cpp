@@ -1,6 +1,8 @@
 #include "platform/foundation/NSNumber.h"
 #include "tests/_MyClasses/LoadedImage.h"
 
+#include <algorithm>
+
 namespace kestrine::myUtility {
 
 using testing::LoadedImage;
@@ -106,6 +108,31 @@ TEST(Encoding, nothingIsMadeOfAnImageWithoutRepresentations) {
     EXPECT_EQ(PNGRepresentationWithSource(empty, {}, {}), nullptr);
     EXPECT_EQ(TIFFRepresentationWithSource(empty, {}, {}), nullptr);
     EXPECT_EQ(GIFRepresentationWithSource(empty, {}, {}), nullptr);
+}
+
+TEST(Encoding, aJPEGOfAnImageWithoutRepresentationsIsItsWhiteCanvas) {
+    const auto jpeg = JPEGRepresentationWithCompression(NSImage({10, 6}), 1.0F);
+    const PixelBuffer decoded = *readPixels({*Source::open(readerOfBytes(jpeg->bytes())), 0, {}});
+    EXPECT_TRUE(samePicture(decoded, testing::makePicture({10, 6, ColorModel::rgb, false, SampleDepth::bits8},
+                                                          [](auto, auto, auto) { return 255U; })));
+}
+
+TEST(Encoding, aTurnAndItsOppositeLeaveTheOrientationOfTheSource) {
+    const testing::TemporaryFolder folder;
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({16, 12, ColorModel::rgb})));
+    const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x01, 0x12, 0,
+                        3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0,    0,    0};
+    const NSString path = NSString::fromUTF8(folder.write("a.jpg", *encodeJPEG(*rows, {.exif = exif})));
+    const auto image = NSImage::initWithContentsOfFile(path);
+    const auto orientationIn = [&](const ImagePointer& drawn) {
+        const auto jpeg = JPEGRepresentationWithCompression(*drawn, 0.7F, path, {NSImageEXIFData});
+        const Bytes kept = *(*openImage(readerOfBytes(jpeg->bytes())))->exif();
+        const Bytes tag = {0x01, 0x12, 0, 3, 0, 0, 0, 1, 0};
+        const auto entry = std::ranges::search(kept, tag);
+        return entry.empty() ? -1 : int{*entry.end()};
+    };
+    EXPECT_EQ(orientationIn(rotate(image)), 1);
+    EXPECT_EQ(orientationIn(clockwiseRotate(rotate(image))), 6);
 }
 
 TEST(SharedPixels, whatWouldGoThroughTIFFBytesIsTheSameAsIfItDid) {

@@ -28,6 +28,22 @@ TEST(Resolution, anImageWithoutRepresentationsConvertsToNothingAndHasNoResolutio
     EXPECT_EQ(empty.size(), (NSSize{0, 0}));
 }
 
+TEST(Resolution, convertingItChangesNoImageThatWasMadeBefore) {
+    const LoadedImage loaded(300, 200, 300);
+    const ImagePointer turned = rotate(loaded.image);
+    const PixelBuffer before = pixelsOf(turned);
+    convertResolution(*loaded.image);
+    EXPECT_EQ(turned->size(), (NSSize{48, 72}));
+    EXPECT_TRUE(samePicture(pixelsOf(turned), before));
+}
+
+TEST(Resolution, ofASideWithoutLengthIsInfinite) {
+    const LoadedImage loaded(30, 20);
+    loaded.image->setSize({0, -0.0F});
+    EXPECT_EQ(imageResolution(*loaded.image).width, std::numeric_limits<float>::infinity());
+    EXPECT_EQ(imageResolution(*loaded.image).height, -std::numeric_limits<float>::infinity());
+}
+
 TEST(Turns, eachPutsTheCornersWhereItShould) {
     const LoadedImage loaded(40, 30);
     const PixelBuffer before = pixelsOf(loaded.image);

@@ -74,9 +74,9 @@ std::shared_ptr<NSImage> drawnImage(NSSize canvas, const NSImage& image, const D
     auto result = std::make_shared<NSImage>(canvas);
     const std::uint32_t width = canvasPixels(canvas.width), height = canvasPixels(canvas.height);
     const std::shared_ptr<NSImageRep> drawn = image.bestRepresentation();
-    if (width == 0 || height == 0 || drawn == nullptr)
+    if (width == 0 || height == 0)
         return result;
-    Picture picture = drawn->picture();
+    Picture picture = drawn == nullptr ? Picture{Source::clear(width, height), 0, {}} : drawn->picture();
     if (drawing.turn)
         picture = picture.with(*drawing.turn);
     picture = scaledPlainly(picture, width, height);

@@ -53,7 +53,8 @@ struct Drawing {
 /// What focusing on a new image of `canvas` points and drawing the whole of `image` over all of it leaves: an
 /// image of exactly that size, whose pixels are floor(points + 0.5) a side, at least 1 for a positive side.
 /// Plain scaling is linear interpolation, widened with the reduction, in the stored encoding; an unscaled
-/// drawing copies pixels. A canvas without area, or larger than any picture may be, gets no representation.
+/// drawing copies pixels. An image without representations leaves the canvas clear. A canvas without area, or
+/// with a side that no picture may have, gets no representation.
 std::shared_ptr<NSImage> drawnImage(NSSize canvas, const NSImage& image, const Drawing& drawing = {});
 
 } // namespace kestrine

@@ -25,6 +25,27 @@ struct FormatAfter {
     RowFormat result;
 };
 
+class ClearRows final : public RowSource {
+public:
+    explicit ClearRows(const RowFormat& format) : RowSource(format) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        std::ranges::fill(row, std::uint8_t{0});
+        return {};
+    }
+};
+
+class ClearCanvas final : public ImageDecoder {
+public:
+    ClearCanvas(std::uint32_t width, std::uint32_t height) {
+        frames_.push_back({.format = {width, height, ColorModel::rgb, true, SampleDepth::bits8}});
+    }
+
+    Result<RowSourcePointer> rows(std::size_t frame, int) const override {
+        return RowSourcePointer(std::make_unique<ClearRows>(frames_[frame].format));
+    }
+};
+
 } // namespace
 
 Result<std::shared_ptr<Source>> Source::open(std::shared_ptr<const ByteReader> reader) {
@@ -32,6 +53,10 @@ Result<std::shared_ptr<Source>> Source::open(std::shared_ptr<const ByteReader> r
     if (!decoder)
         return decoder.failure();
     return std::shared_ptr<Source>(new Source(std::move(*decoder)));
+}
+
+std::shared_ptr<Source> Source::clear(std::uint32_t width, std::uint32_t height) {
+    return std::shared_ptr<Source>(new Source(std::make_unique<ClearCanvas>(width, height)));
 }
 
 std::uint64_t Source::decodesStarted() { return startedDecodes; }
@@ -72,9 +97,17 @@ std::optional<ColorProfile> Picture::profile() const {
     return profile;
 }
 
+bool Picture::isWithinLimits() const {
+    FormatAfter format{description().format};
+    return format.result.isWithinLimits() && std::ranges::all_of(steps, [&format](const PictureStep& step) {
+               std::visit(format, step);
+               return format.result.isWithinLimits();
+           });
+}
+
 bool Picture::wasTurned() const {
-    return std::ranges::any_of(
-        steps, [](const PictureStep& step) { return std::holds_alternative<QuarterTurn>(step); });
+    const auto turns = [this](QuarterTurn turn) { return std::ranges::count(steps, PictureStep(turn)); };
+    return (turns(QuarterTurn::clockwise) - turns(QuarterTurn::counterclockwise)) % 4 != 0;
 }
 
 Picture Picture::with(PictureStep step) const {

@@ -18,6 +18,9 @@ namespace kestrine {
 class Source {
 public:
     static Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> reader);
+    /// A canvas on which nothing has been drawn: one frame of clear 8-bit RGB. Its sides are within the
+    /// limits.
+    static std::shared_ptr<Source> clear(std::uint32_t width, std::uint32_t height);
 
     const std::vector<FrameDescription>& frames() const { return decoder_->frames(); }
     const ImageDecoder& decoder() const { return *decoder_; }
@@ -78,6 +81,9 @@ struct Picture {
     std::uint32_t height() const { return format().height; }
     /// The profile of the result's pixels; none means sRGB, untagged.
     std::optional<ColorProfile> profile() const;
+    /// Whether neither the source nor the result of any step is beyond the limits of a picture.
+    bool isWithinLimits() const;
+    /// Whether it lies another way than its source: turns that undo each other are none.
     bool wasTurned() const;
     Picture with(PictureStep step) const;
 };

@@ -105,12 +105,9 @@ private:
 };
 
 Result<void> checkSize(const Picture& picture) {
-    RowFormat format;
-    format.width = picture.width();
-    format.height = picture.height();
-    if (format.width == 0 || format.height == 0)
+    if (picture.width() == 0 || picture.height() == 0)
         return Failure{Reason::empty, "the result has no pixels"};
-    if (!format.isWithinLimits())
+    if (!picture.isWithinLimits())
         return Failure{Reason::tooLarge, "the result is larger than 2^30 pixels"};
     return {};
 }

@@ -47,8 +47,8 @@ Bytes tiffOfPages(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& si
     for (std::size_t page = 0; page < sizes.size(); ++page) {
         const auto [width, height] = sizes[page];
         const std::pair<std::uint32_t, std::uint32_t> entries[] = {
-            {256, width},  {257, height}, {258, 8},      {259, 1},             // sides, bits, no compression
-            {262, 1},      {273, pixels}, {278, height}, {279, width * height}, // black is 0, one strip
+            {256, width}, {257, height}, {258, 8},      {259, 1},              // sides, bits, no compression
+            {262, 1},     {273, pixels}, {278, height}, {279, width * height}, // black is 0, one strip
         };
         put(file, 8, 2);
         for (const auto& [tag, value] : entries) {
@@ -171,7 +171,14 @@ TEST(Drawing, aCanvasWithoutAreaOrOfImpossibleSizeStaysEmpty) {
     const float infinite = std::numeric_limits<float>::infinity();
     for (const NSSize size : {NSSize{0, 5}, {5, 0}, {-3, 5}, {std::nanf(""), 5}, {5, infinite}, {5, 1.1e6F}})
         EXPECT_TRUE(drawnImage(size, image)->representations().empty()) << size.width << " x " << size.height;
-    EXPECT_TRUE(drawnImage({5, 5}, NSImage({5, 5}))->representations().empty()) << "nothing to draw";
+}
+
+TEST(Drawing, anImageWithoutRepresentationsLeavesTheCanvasClear) {
+    const auto drawn = drawnImage({5.4F, 3}, NSImage({10, 10}));
+    EXPECT_TRUE(
+        samePicture(pixelsOf(*drawn), testing::makePicture({5, 3, ColorModel::rgb, true, SampleDepth::bits8},
+                                                           [](auto, auto, auto) { return 0U; })));
+    EXPECT_TRUE(drawnImage({0, 3}, NSImage({10, 10}))->representations().empty());
 }
 
 TEST(Drawing, aSecondDrawingOfTheSameFractionalSizeIsAPixelCopy) {

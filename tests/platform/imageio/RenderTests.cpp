@@ -52,6 +52,21 @@ TEST(Render, fourQuarterTurnsGiveThePictureBackAndOneTurnsIt) {
     EXPECT_TRUE(samePicture(turnedClockwise(*readPixels(picture)), photo));
 }
 
+TEST(Render, turnsThatUndoEachOtherAreNone) {
+    constexpr QuarterTurn right = QuarterTurn::clockwise, left = QuarterTurn::counterclockwise;
+    const std::pair<std::vector<PictureStep>, bool> rows[] = {
+        {{right, left}, false},
+        {{left, Flatten{}, right}, false},
+        {{right, right, right, right}, false},
+        {{right, right, left}, true},
+        {{left, left}, true},
+        {{left, left, left}, true},
+    };
+    const auto source = sourceOf(makePhoto(photoFormat(7, 5)));
+    for (const auto& [steps, turned] : rows)
+        EXPECT_EQ((Picture{source, 0, steps}.wasTurned()), turned) << steps.size() << " steps";
+}
+
 TEST(Render, scalingATurnedPictureEqualsTurningFirstForEveryTurn) {
     PixelBuffer turned = makePhoto(photoFormat(20, 30));
     Picture picture{sourceOf(turned), 0, {}};
@@ -109,6 +124,8 @@ TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeAnythingIsDecoded) 
               Reason::empty);
     EXPECT_EQ(render(picture.with(Resampling{huge, huge, {}, {}}), {FileType::png, {}}).failure().reason,
               Reason::tooLarge);
+    const Picture smallAgain = picture.with(Resampling{huge, huge, {}, {}}).with(half);
+    EXPECT_EQ(readPixels(smallAgain).failure().reason, Reason::tooLarge) << "on the way to the result";
     EXPECT_EQ(Source::decodesStarted(), before);
 }
 
