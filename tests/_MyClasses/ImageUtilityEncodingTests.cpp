@@ -2,6 +2,7 @@
 #include "tests/_MyClasses/LoadedImage.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace kestrine::myUtility {
 
@@ -71,6 +72,28 @@ TEST(Encoding, aMissingSourceCostsItsEXIFButNotTheBitmapsProfile) {
         imagePropertiesForFile(*loaded.image, NSString(u"/nowhere.jpg"), nullptr, profileAndExif);
     EXPECT_EQ(kept.size(), 1U);
     EXPECT_TRUE(kept.contains(NSImageColorSyncProfileData));
+}
+
+TEST(Encoding, theProfileIsThatOfTheGivenBitmapAndOnlyWithoutOneThatOfTheImage) {
+    const LoadedImage loaded(16, 12); // it has a profile
+    const auto untagged = *Source::open(readerOfBytes(PNGRepresentation(*loaded.image)->bytes()));
+    const NSBitmapImageRep bitmap({untagged, 0, {}}, {16, 12});
+    const std::vector<NSString> names = {NSImageColorSyncProfileData};
+    EXPECT_TRUE(imagePropertiesForFile(*loaded.image, loaded.path, &bitmap, names).empty());
+    EXPECT_EQ(imagePropertiesForFile(*loaded.image, loaded.path, nullptr, names).size(), 1U);
+    EXPECT_TRUE(imagePropertiesForFile(NSImage({5, 5}), loaded.path, nullptr, names).empty());
+}
+
+TEST(Encoding, theCompressionIsTheQualityAndBeyondItsRangeCountsAsItsEnds) {
+    const LoadedImage loaded(64, 48);
+    const auto jpeg = [&](float compression) {
+        return JPEGRepresentationWithCompression(*loaded.image, compression)->bytes();
+    };
+    EXPECT_LT(jpeg(0.2F).size(), jpeg(0.7F).size());
+    EXPECT_LT(jpeg(0.7F).size(), jpeg(1.0F).size());
+    EXPECT_EQ(jpeg(-3.0F), jpeg(0.0F));
+    EXPECT_EQ(jpeg(std::nanf("")), jpeg(0.0F));
+    EXPECT_EQ(jpeg(70.0F), jpeg(1.0F));
 }
 
 TEST(Encoding, aPaletteIsKeptFromTheSourceFile) {

@@ -17,7 +17,7 @@ struct Output {
 /// The finished file. Any thread; several at once if their pictures have different sources or keep pixels.
 Result<Bytes> render(const Picture& picture, const Output& output);
 
-/// The picture's pixels, in the depth of the source.
+/// The picture's pixels, in its format().
 Result<PixelBuffer> readPixels(const Picture& picture);
 
 /// A picture's steps put into the order in which rows can flow: all resampling and flattening in the source's
