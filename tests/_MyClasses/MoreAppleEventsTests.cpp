@@ -8,6 +8,7 @@
 #include "platform/finder/FinderPath.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace kestrine {
@@ -225,6 +226,27 @@ TEST(MoreAEOSpecifiers, missingArgumentsAreParameterErrors) {
     EXPECT_EQ(MoreAEOCreateObjSpecifierFromCFURLRef(nullptr, &object), paramErr);
     EXPECT_EQ(MoreAEOCreateObjSpecifierFromFSRef(nullptr, &object), paramErr);
     EXPECT_EQ(MoreAEOCreateObjSpecifierFromFSRef(&root, nullptr), paramErr);
+}
+
+TEST(MoreAEDescriptors, oneToBeFilledIsNullAfterAFailure) {
+    const FSRef none;
+    AEDesc container, desc = unicodeTextDescriptor(u"left from before");
+    const std::function<OSStatus()> failing[] = {
+        [&] { return MoreAECreateAEDescFromCFString(std::nullopt, &desc); },
+        [&] { return MoreAEOCreateAliasDesc(nullptr, &desc); },
+        [&] { return MoreAEOCreateAliasDescFromFSRef(&none, &desc); },
+        [&] { return MoreAEOCreateAliasObjectFromFSRef(&none, &container, &desc); },
+        [&] { return MoreAEOCreateObjSpecifierFromCFURLRef(nullptr, &desc); },
+        [&] { return MoreAEOCreateObjSpecifierFromFSRef(nullptr, &desc); },
+        [&] { return MoreAEOCreateObjSpecifierFromCFString(std::nullopt, &desc); },
+        [&] { return MoreAESendEventReturnAEDesc(nullptr, nullptr, typeWildCard, &desc); },
+        [&] { return MoreAESendEventReturnAEDesc(goOn, nullptr, typeWildCard, &desc); },
+    };
+    for (const auto& fail : failing) {
+        EXPECT_NE(fail(), noErr);
+        EXPECT_EQ(desc.descriptorType, typeNull) << &fail - failing;
+        desc = unicodeTextDescriptor(u"left from before");
+    }
 }
 
 TEST(MoreAEOSpecifiers, lackOfMemoryIsTold) {

@@ -7,24 +7,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <source_location>
-#include <string_view>
 
 namespace kestrine {
 namespace {
 
-/// The name of this file, without the folders where it was built.
-const char* fileNameOf(const std::source_location& place) {
-    const std::string_view path = place.file_name();
-    return path.data() + (path.rfind('/') + 1);
-}
-
-void require(bool holds, const char* assertion,
-             const std::source_location& place = std::source_location::current()) {
+/// Ends the process when the assertion does not hold, and says where it stands.
+void require(bool holds, const char* assertion, unsigned line = __builtin_LINE()) {
     if (holds)
         return;
-    (void)std::fprintf(stderr, "%s:%u: failed assertion `%s'\n", fileNameOf(place),
-                       static_cast<unsigned>(place.line()), assertion);
+    (void)std::fprintf(stderr, "%s:%u: failed assertion `%s'\n", __FILE_NAME__, line, assertion);
     std::abort();
 }
 
@@ -37,6 +28,12 @@ struct AliasDeleter {
     void operator()(Ptr* alias) const { DisposeHandle(alias); }
 };
 using OwnedAlias = std::unique_ptr<Ptr, AliasDeleter>;
+
+/// What the caller had in it must not pass for a result after a failure.
+void clear(AEDesc* desc) {
+    if (desc != nullptr)
+        MoreAENullDesc(desc);
+}
 
 } // namespace
 
@@ -54,8 +51,7 @@ void MoreAEDisposeDesc(AEDesc* desc) {
 }
 
 OSStatus MoreAECreateAEDescFromCFString(const OptionalString& string, AEDesc* desc) {
-    if (desc != nullptr)
-        MoreAENullDesc(desc);
+    clear(desc);
     if (!string || desc == nullptr)
         return paramErr;
     const std::u16string& units = string->utf16();
@@ -83,8 +79,7 @@ OSStatus MoreAEGetCFStringFromDescriptor(const AEDesc* desc, OptionalString* str
 }
 
 OSStatus MoreAEOCreateAliasDesc(AliasHandle alias, AEDesc* desc) {
-    if (desc != nullptr)
-        MoreAENullDesc(desc);
+    clear(desc);
     if (alias == nullptr || desc == nullptr)
         return paramErr;
     const std::int8_t state = HGetState(alias);
@@ -104,12 +99,15 @@ OSStatus MoreAEOCreateAliasDescFromFSRef(const FSRef* reference, AEDesc* desc) {
 OSStatus MoreAEOCreateAliasObjectFromFSRef(const FSRef* reference, AEDesc* container, AEDesc* object) {
     AEDesc alias;
     const OSStatus status = MoreAEOCreateAliasDescFromFSRef(reference, &alias);
-    if (status != noErr)
+    if (status != noErr) {
+        clear(object);
         return status;
+    }
     return CreateObjSpecifier(typeAlias, container, formAbsolutePosition, &alias, false, object);
 }
 
 OSStatus MoreAEOCreateObjSpecifierFromCFURLRef(const CFURLRef& url, AEDesc* object) {
+    clear(object);
     if (url == nullptr)
         return paramErr;
     const OptionalString path = CFURLCopyFileSystemPath(url, kCFURLHFSPathStyle);
@@ -125,6 +123,7 @@ OSStatus MoreAEOCreateObjSpecifierFromCFURLRef(const CFURLRef& url, AEDesc* obje
 }
 
 OSStatus MoreAEOCreateObjSpecifierFromFSRef(const FSRef* reference, AEDesc* object) {
+    clear(object);
     if (reference == nullptr)
         return paramErr;
     const CFURLRef url = CFURLCreateFromFSRef(reference);
@@ -153,6 +152,7 @@ OSStatus MoreAEGetHandlerError(const AppleEvent* reply) {
 
 OSStatus MoreAESendEventReturnAEDesc(const AEIdleUPP& idle, const AppleEvent* event, DescType type,
                                      AEDesc* result) {
+    clear(result);
     if (!idle)
         return paramErr;
     AppleEvent reply;
