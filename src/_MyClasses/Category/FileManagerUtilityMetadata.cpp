@@ -110,7 +110,8 @@ OSStatus copyFinderInfo(const OptionalString& source, const OptionalString& dest
 }
 
 void copyLabelIfNeeded(const OptionalString& source, const OptionalString& destination) {
-    if (finderLabelColorOfPath(source) != finderLabelColorOfPath(destination))
+    const int wanted = finderLabelColorOfPath(source);
+    if (finderLabelColorOfPath(destination) != wanted)
         (void)copyFinderInfo(source, destination);
 }
 
