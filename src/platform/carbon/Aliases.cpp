@@ -1,9 +1,9 @@
 #include "platform/carbon/Aliases.h"
 
-#include "platform/carbon/BigEndian.h"
 #include "platform/carbon/CatalogNode.h"
 #include "platform/carbon/ItemIdentity.h"
 #include "platform/carbon/StatusCodes.h"
+#include "platform/host/BigEndian.h"
 #include "platform/host/FileStatus.h"
 #include "platform/host/PathParts.h"
 

@@ -1,7 +1,7 @@
 #include "platform/carbon/RecordFields.h"
 
-#include "platform/carbon/BigEndian.h"
 #include "platform/carbon/DescriptorData.h"
+#include "platform/host/BigEndian.h"
 
 #include <algorithm>
 #include <array>
@@ -40,9 +40,9 @@ void appendField(Bytes& bytes, const Field& field) {
     bytes.insert(bytes.end(), field.data.begin(), field.data.end());
 }
 
-} // namespace
-
 bool isRecordType(DescType type) { return std::ranges::find(recordTypes, type) != recordTypes.end(); }
+
+} // namespace
 
 OSErr getField(const AERecord& record, AEKeyword key, AEDesc& found) {
     if (!isRecordType(record.descriptorType))

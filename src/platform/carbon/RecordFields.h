@@ -6,9 +6,6 @@
 
 namespace kestrine {
 
-/// Whether `type` is kept as a record.
-bool isRecordType(DescType type);
-
 /// The first field of that key. -1701 when there is none, -1703 when `record` is of no record type and -1702
 /// when its bytes are not a run of fields; `found` is then left alone.
 OSErr getField(const AERecord& record, AEKeyword key, AEDesc& found);

@@ -1,5 +1,7 @@
 #include "platform/finder/AppleDouble.h"
 
+#include "platform/host/BigEndian.h"
+
 #include <algorithm>
 #include <cassert>
 #include <tuple>
@@ -16,13 +18,6 @@ constexpr std::size_t headerSize = 26;
 // A line: the entry's number, the offset and the length of its content, 4 bytes each.
 constexpr std::size_t lineSize = 12;
 constexpr std::size_t lengthPlace = 8;
-
-std::uint32_t bigEndian(ByteView bytes) {
-    std::uint32_t number = 0;
-    for (const std::uint8_t byte : bytes)
-        number = number << 8 | byte;
-    return number;
-}
 
 Failure malformed(const char* what) { return {Reason::malformed, what}; }
 
@@ -42,8 +37,8 @@ Result<AppleDouble> AppleDouble::parse(ByteView bytes) {
     lines.reserve(count);
     for (std::size_t place = headerSize; place < listEnd; place += lineSize) {
         const ByteView line = bytes.subspan(place, lineSize);
-        lines.push_back({place, bigEndian(line.first(4)), bigEndian(line.subspan(4, 4)),
-                         bigEndian(line.subspan(lengthPlace, 4))});
+        lines.push_back({place, static_cast<std::uint32_t>(bigEndian(line.first(4))),
+                         bigEndian(line.subspan(4, 4)), bigEndian(line.subspan(lengthPlace, 4))});
         const std::size_t offset = lines.back().offset;
         if (offset < listEnd || offset > bytes.size() || lines.back().length > bytes.size() - offset)
             return malformed("an AppleDouble entry lies outside of its container");
