@@ -33,13 +33,14 @@ enum class Replacing : bool { no, yes };
 /// Moves the items to the trash.
 FinderOutcome finderDelete(const std::vector<std::string>& items);
 
-/// Copies the items into `folder`, contents, rights, times, extended attributes and all. An item that lies
-/// there already becomes "a copy.jpg", "a copy 2.jpg"; with `replacing` it is its own copy, and stays.
+/// Copies the items into `folder`, contents, rights, times, extended attributes and all; where the folder's
+/// file system keeps no attributes, the copies do without. An item that lies there already becomes
+/// "a copy.jpg", "a copy 2.jpg"; with `replacing` it is its own copy, and stays.
 FinderOutcome finderDuplicate(const std::vector<std::string>& items, const std::string& folder,
                               Replacing replacing);
 
-/// Moves the items into `folder`; onto another volume by a complete copy whose original then goes. An item
-/// that lies there already stays.
+/// Moves the items into `folder`; onto another volume by a complete copy whose original then goes, so not an
+/// item with attributes onto one that keeps none (-1426). An item that lies there already stays.
 FinderOutcome finderMove(const std::vector<std::string>& items, const std::string& folder,
                          Replacing replacing);
 

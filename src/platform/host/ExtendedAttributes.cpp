@@ -99,7 +99,7 @@ Result<void> removeExtendedAttribute(const std::string& path, const std::string&
     return {};
 }
 
-Result<void> copyExtendedAttributes(int from, int to) {
+Result<void> copyExtendedAttributes(int from, int to, AttributeLoss loss) {
     Result<Bytes> list =
         filledBy(XATTR_LIST_MAX, "cannot list the attributes", [&](void* into, std::size_t room) {
             return ::flistxattr(from, static_cast<char*>(into), room);
@@ -110,7 +110,9 @@ Result<void> copyExtendedAttributes(int from, int to) {
         return list.failure();
     for (const std::string& name : namesInList(*list)) {
         Result<void> copied = copyOne(from, to, name);
-        if (!copied && name.starts_with("user."))
+        if (copied || !name.starts_with("user."))
+            continue;
+        if (loss == AttributeLoss::refused || copied.failure().reason != Reason::unsupported)
             return copied;
     }
     return {};

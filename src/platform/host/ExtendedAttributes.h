@@ -25,9 +25,13 @@ Result<std::vector<std::string>> listExtendedAttributes(const std::string& path)
 
 Result<void> removeExtendedAttribute(const std::string& path, const std::string& name);
 
+/// Whether a copy may do without attributes where the file system keeps none.
+enum class AttributeLoss : bool { refused, accepted };
+
 /// Gives the open file or folder `to` the attributes of `from`. Fails when a "user." attribute, which is
-/// the user's content, cannot be had; those of the system (access lists, security labels) are copied
-/// where that is possible. A file system without attributes at `from` has nothing to copy.
-Result<void> copyExtendedAttributes(int from, int to);
+/// the user's content, cannot be had, unless no such attribute can and that is accepted; those of the system
+/// (access lists, security labels) are copied where that is possible. A file system without attributes at
+/// `from` has nothing to copy.
+Result<void> copyExtendedAttributes(int from, int to, AttributeLoss loss = AttributeLoss::refused);
 
 } // namespace kestrine

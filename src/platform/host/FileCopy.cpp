@@ -1,6 +1,5 @@
 #include "platform/host/FileCopy.h"
 
-#include "platform/host/ExtendedAttributes.h"
 #include "platform/host/FileContent.h"
 #include "platform/host/FileDescriptor.h"
 
@@ -82,8 +81,8 @@ Result<void> compareContents(int first, int second) {
     }
 }
 
-Result<void> copyAttributes(int from, int to, const struct stat& status) {
-    if (Result<void> copied = copyExtendedAttributes(from, to); !copied)
+Result<void> copyAttributes(int from, int to, const struct stat& status, AttributeLoss loss) {
+    if (Result<void> copied = copyExtendedAttributes(from, to, loss); !copied)
         return copied;
     const bool hasOwner = ::fchown(to, status.st_uid, status.st_gid) == 0;
     if (::fchmod(to, rightsFor(status, hasOwner)) != 0)
@@ -94,7 +93,8 @@ Result<void> copyAttributes(int from, int to, const struct stat& status) {
     return {};
 }
 
-Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, const struct stat& status) {
+Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, const struct stat& status,
+                             AttributeLoss loss) {
     const FileDescriptor source(
         ::openat(from.folder, from.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!source.isOpen())
@@ -109,7 +109,7 @@ Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, con
         return changedMeanwhile();
     if (Result<void> copied = copyAndVerify(source.number(), target.number(), status.st_size); !copied)
         return copied;
-    if (Result<void> copied = copyAttributes(source.number(), target.number(), status); !copied)
+    if (Result<void> copied = copyAttributes(source.number(), target.number(), status, loss); !copied)
         return copied;
     return finishWriting(target.number(), Durability::synced);
 }

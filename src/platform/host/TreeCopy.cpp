@@ -16,6 +16,11 @@ namespace {
 /// Each level holds two descriptors, of which a process has about a thousand.
 constexpr unsigned deepestFolder = 200;
 
+/// An original that stays keeps what a copy has to do without.
+AttributeLoss lossFor(Original original) {
+    return original == Original::stays ? AttributeLoss::accepted : AttributeLoss::refused;
+}
+
 Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Original original,
                             unsigned depth);
 
@@ -49,7 +54,9 @@ Result<void> copyFolder(const FolderEntry& from, const FolderEntry& to, CopiedIt
     if (Result<void> copied = copyChildren(source->number(), target->number(), folder, original, depth);
         !copied)
         return copied;
-    if (Result<void> copied = copyAttributes(source->number(), target->number(), folder.original); !copied)
+    if (Result<void> copied =
+            copyAttributes(source->number(), target->number(), folder.original, lossFor(original));
+        !copied)
         return copied;
     return syncFolder(target->number());
 }
@@ -65,7 +72,7 @@ Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Orig
     CopiedItem item{from.name, *status, {}};
     Result<void> copied = Failure{Reason::unsupported, from.name + " is no file, link or folder"};
     if (S_ISREG(status->st_mode))
-        copied = copyRegularFile(from, to, *status);
+        copied = copyRegularFile(from, to, *status, lossFor(original));
     else if (S_ISLNK(status->st_mode))
         copied = copySymbolicLink(from, to, *status);
     else if (S_ISDIR(status->st_mode))

@@ -21,7 +21,8 @@ enum class Original : bool { stays, goes };
 /// Copies `from` to `to`, whose name must be free: bytes, links, extended attributes, rights, times. Fails,
 /// without leaving anything at `to`, when any part cannot be copied: pipes, sockets and devices
 /// (unsupported), more than 200 nested folders (tooLarge), other file systems (refused) and, when the
-/// original is to go, what could not be removed afterwards for lack of rights (notPermitted).
+/// original is to go, what could not be removed afterwards for lack of rights (notPermitted) and attributes
+/// that are not kept at `to` (unsupported); when it stays, its copy does without these.
 Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to,
                             Original original = Original::goes);
 

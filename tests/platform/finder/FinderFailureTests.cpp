@@ -27,7 +27,7 @@ using testing::readFile;
 using testing::runIsolated;
 using testing::runWithOwnMounts;
 
-constexpr std::int32_t diskIsFull = -34, noRights = -5000, forbidden = -10006;
+constexpr std::int32_t diskIsFull = -34, noAttributes = -1426, noRights = -5000, forbidden = -10006;
 
 class FinderFailure : public testing::FinderTest {
 protected:
@@ -114,6 +114,24 @@ TEST_F(FinderFailure, anAttributeThatTheOtherDiskCannotKeepStopsTheMove) {
         EXPECT_NE(finderMove({file}, to_, Replacing::no), std::nullopt);
         EXPECT_EQ(getExtendedAttribute(file, "user.large")->size(), 60'000u);
         EXPECT_THAT(namesIn(to_), IsEmpty());
+    });
+}
+
+TEST_F(FinderFailure, whereNoAttributesAreKeptACopyDoesWithoutAndAMoveIsRefused) {
+    runWithOwnMounts([&] {
+        makeFolder(disk_);
+        if (::mount("ramfs", disk_.c_str(), "ramfs", 0, nullptr) != 0)
+            GTEST_SKIP() << "there is no file system without attributes";
+        const std::string file = write(from_ + "/album/a.jpg");
+        for (const std::string& item : {file, from_ + "/album"})
+            ASSERT_TRUE(setExtendedAttribute(item, "user.xdg.comment", Bytes(3, 'x')));
+        if (setExtendedAttribute(disk_, "user.xdg.comment", Bytes(3, 'x')))
+            GTEST_SKIP() << "this one keeps attributes";
+        EXPECT_EQ(finderDuplicate({file, from_ + "/album"}, disk_, Replacing::no), std::nullopt);
+        EXPECT_EQ(readFile(disk_ + "/a.jpg") + readFile(disk_ + "/album/a.jpg"), "contentcontent");
+        EXPECT_EQ(numberOf(finderMove({from_ + "/album"}, disk_, Replacing::yes)), noAttributes);
+        EXPECT_EQ(getExtendedAttribute(file, "user.xdg.comment")->size(), 3u);
+        EXPECT_THAT(namesIn(disk_), ElementsAre("a.jpg", "album"));
     });
 }
 

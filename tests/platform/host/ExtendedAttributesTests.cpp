@@ -107,6 +107,7 @@ TEST_F(ExtendedAttributes, copyingToWhereNoneAreKeptFailsUnlessThereIsNothingToC
     EXPECT_TRUE(copyExtendedAttributes(from.number(), to.number()));
     ASSERT_TRUE(setExtendedAttribute(file_, "user.a", bytesOf("1")));
     EXPECT_EQ(copyExtendedAttributes(from.number(), to.number()).failure().reason, Reason::unsupported);
+    EXPECT_TRUE(copyExtendedAttributes(from.number(), to.number(), AttributeLoss::accepted));
     EXPECT_TRUE(copyExtendedAttributes(to.number(), from.number())) << "where none are kept there are none";
 }
 
