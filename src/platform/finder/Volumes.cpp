@@ -1,6 +1,7 @@
 #include "platform/finder/Volumes.h"
 
 #include "platform/host/FileDescriptor.h"
+#include "platform/host/Folders.h"
 #include "platform/host/MountPoints.h"
 #include "platform/host/PathParts.h"
 
@@ -73,6 +74,14 @@ Result<std::string> locate(std::string path) {
     return located;
 }
 
+/// Spares most items the table of mounts, which may be long. True also where the system does not tell.
+bool canBeVolume(const std::string& located) {
+    if (located == "/")
+        return true;
+    const Result<FileDescriptor> folder = openFolder(folderOf(located));
+    return !folder || isMountPoint({folder->number(), nameOf(located)});
+}
+
 } // namespace
 
 NSString withColonsAndSlashesSwapped(const NSString& name) {
@@ -103,14 +112,17 @@ Result<CatalogEntry> catalogEntry(const std::string& path) {
     Result<std::string> located = locate(path);
     if (!located)
         return located.failure();
+    const CatalogEntry item{withColonsAndSlashesSwapped(NSString::fromUTF8(nameOf(*located))),
+                            folderOf(*located)};
+    if (!canBeVolume(*located))
+        return item;
     Result<std::vector<Volume>> volumes = mountedVolumes();
     if (!volumes)
         return volumes.failure();
     for (const Volume& volume : *volumes)
         if (volume.mountPoint == *located)
             return CatalogEntry{volume.name, ""};
-    return CatalogEntry{withColonsAndSlashesSwapped(NSString::fromUTF8(nameOf(*located))),
-                        folderOf(*located)};
+    return item;
 }
 
 } // namespace kestrine
