@@ -2,8 +2,8 @@
 #include "platform/host/AtomicFile.h"
 #include "platform/host/FileStatus.h"
 #include "platform/host/Folders.h"
-#include "tests/support/IsolatedProcess.h"
 #include "tests/platform/host/TrashTesting.h"
+#include "tests/support/IsolatedProcess.h"
 
 #include <cerrno>
 #include <sys/syscall.h>

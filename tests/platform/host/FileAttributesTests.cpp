@@ -1,6 +1,6 @@
 #include "platform/host/FileAttributes.h"
-#include "tests/support/IsolatedProcess.h"
 #include "tests/support/CurrentFolder.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 #include "platform/host/ExtendedAttributes.h"
 #include "platform/host/FileStatus.h"
 #include "platform/host/Folders.h"
-#include "tests/support/IsolatedProcess.h"
 #include "tests/platform/host/TrashTesting.h"
+#include "tests/support/IsolatedProcess.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

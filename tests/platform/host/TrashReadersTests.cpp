@@ -1,8 +1,8 @@
 // What other programs make of our trash: trash-list and trash-restore of trash-cli are the judges.
 #include "platform/host/ChildProcess.h"
 #include "platform/host/FileStatus.h"
-#include "tests/support/IsolatedProcess.h"
 #include "tests/platform/host/TrashTesting.h"
+#include "tests/support/IsolatedProcess.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 // The trash in the home folder, for items on its own file system, and what is refused everywhere.
 #include "platform/host/FileStatus.h"
 #include "platform/host/Folders.h"
-#include "tests/support/IsolatedProcess.h"
 #include "tests/platform/host/TrashTesting.h"
+#include "tests/support/IsolatedProcess.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
