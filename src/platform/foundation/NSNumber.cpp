@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <type_traits>
 
@@ -22,11 +23,12 @@ Integer integerFromDouble(double value) {
     return value == value ? static_cast<Integer>(value) : Integer{0};
 }
 
-/// What a formatted print with %0.<digits>g gives, whatever the locale.
+/// What a formatted print with %0.<digits>g gives, whatever the locale. NaN has no sign.
 std::string generalText(double value, int digits) {
     std::array<char, 40> text{};
     const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, digits);
+        std::to_chars(text.data(), text.data() + text.size(), std::isnan(value) ? std::fabs(value) : value,
+                      std::chars_format::general, digits);
     return {text.data(), end.ptr};
 }
 

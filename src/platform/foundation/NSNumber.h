@@ -28,7 +28,8 @@ public:
     float floatValue() const { return as<float>(); }
     double doubleValue() const { return as<double>(); }
     bool boolValue() const;
-    /// Decimal text: whole numbers as such, floats with %0.7g, doubles with %0.16g.
+    /// Decimal text: whole numbers as such, floats with %0.7g, doubles with %0.16g; NaN without
+    /// its sign.
     std::string stringValue() const;
 
     bool operator==(const NSNumber& other) const { return value_ == other.value_; }

@@ -59,6 +59,12 @@ TEST(NSNumber, textIsDecimal) {
     EXPECT_EQ(NSNumber(-2.2250738585072014e-308).stringValue(), "-2.225073858507201e-308");
 }
 
+TEST(NSNumber, aNotANumberHasNoSignInText) {
+    EXPECT_EQ(NSNumber(std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0)).stringValue(), "nan");
+    EXPECT_EQ(NSNumber(std::copysign(std::numeric_limits<float>::quiet_NaN(), -1.0f)).stringValue(), "nan");
+    EXPECT_EQ(NSNumber(-std::numeric_limits<double>::infinity()).stringValue(), "-inf");
+}
+
 TEST(NSNumber, theKindOfANumberIsKept) {
     EXPECT_EQ(NSNumber(std::int32_t{1}), NSNumber(std::int32_t{1}));
     EXPECT_FALSE(NSNumber(std::int32_t{1}) == NSNumber(1.0));
