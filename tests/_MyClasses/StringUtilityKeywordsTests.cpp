@@ -67,6 +67,12 @@ TEST_F(StringUtilityKeywords, searchOptionsDecideAboutCaseAndPlace) {
             << NSString(c.key).utf8() << " " << c.options;
 }
 
+TEST_F(StringUtilityKeywords, anAnchoredKeyIsNoHalfOfACharacter) {
+    const NSString low = std::u16string{0xde00};
+    EXPECT_FALSE(hasAnyKey(u"a\U0001f600", {low.object()}, 13));
+    EXPECT_TRUE(hasAnyKey(u"a\U0001f600", {NSString(u"\U0001f600").object()}, 13));
+}
+
 TEST_F(StringUtilityKeywords, stringHasAllKeysOfNoKeyOrEmptyKeysOnlyIsYes) {
     EXPECT_TRUE(stringHasAllKeys(u"abc", {}));
     EXPECT_TRUE(stringHasAllKeys(u"abc", {u"", u""}));

@@ -5,11 +5,26 @@
 #include "platform/foundation/UTF8.h"
 #include "platform/foundation/UnicodeCase.h"
 
+#include <algorithm>
+
 namespace kestrine {
 
 namespace {
 
 constexpr NSRange notFound{NSNotFound, 0};
+
+/// Whether a cut at `index` takes a surrogate pair apart.
+bool dividesPair(std::u16string_view text, std::size_t index) {
+    return index > 0 && index < text.size() && isHighSurrogate(text[index - 1])
+           && isLowSurrogate(text[index]);
+}
+
+/// `range` without the half pairs at its ends.
+NSRange wholeCharacters(std::u16string_view text, NSRange range) {
+    const std::size_t start = range.location + (dividesPair(text, range.location) ? 1 : 0);
+    const std::size_t end = range.end() - (dividesPair(text, range.end()) ? 1 : 0);
+    return {start, std::max(start, end) - start};
+}
 
 struct FoldedText {
     std::u32string codePoints;
@@ -45,10 +60,13 @@ NSRange rangeOfString(const NSString& text, const NSString& part, unsigned optio
         throw NSException(NSRangeException, "the range reaches past the end of the text");
     if (part.isEmpty())
         return notFound;
+    const bool isCaseInsensitive = options & NSCaseInsensitiveSearch;
+    if (isCaseInsensitive)
+        range = wholeCharacters(text.utf16(), range);
     const std::u16string_view searched =
         std::u16string_view(text.utf16()).substr(range.location, range.length);
     NSRange found = notFound;
-    if (options & NSCaseInsensitiveSearch)
+    if (isCaseInsensitive)
         found = searchFolded(searched, part.utf16());
     else if (const std::size_t hit = findText<char16_t>(searched, part.utf16());
              hit != std::u16string_view::npos)

@@ -29,6 +29,17 @@ TEST(NSStringSearch, withoutRegardToCaseTheFirstOccurrenceCounts) {
         << "ranges count UTF-16 code units";
 }
 
+TEST(NSStringSearch, withoutRegardToCaseNoMatchTakesHalfASurrogatePair) {
+    const NSString text = u"a\U0001f600b";
+    const NSString high = std::u16string{0xd83d}, low = std::u16string{0xde00};
+    for (const NSRange range : {NSRange{0, 4}, NSRange{0, 2}, NSRange{2, 1}, NSRange{2, 2}}) {
+        EXPECT_EQ(rangeOfString(text, high, NSCaseInsensitiveSearch, range), notFound) << range.location;
+        EXPECT_EQ(rangeOfString(text, low, NSCaseInsensitiveSearch, range), notFound) << range.location;
+    }
+    EXPECT_EQ(rangeOfString(text, u"B", NSCaseInsensitiveSearch, {2, 2}), (NSRange{3, 1}));
+    EXPECT_EQ(rangeOfString(text, low, 0), (NSRange{2, 1})) << "a literal match does";
+}
+
 TEST(NSStringSearch, aRangePastTheEndIsRaised) {
     EXPECT_THROW(rangeOfString(u"abc", u"a", 0, {0, 4}), NSException);
     EXPECT_THROW(rangeOfString(u"abc", u"", NSCaseInsensitiveSearch, {4, 0}), NSException);
