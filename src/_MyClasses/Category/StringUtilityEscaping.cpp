@@ -1,3 +1,4 @@
+#include "_MyClasses/Category/Replacements.h"
 #include "_MyClasses/Category/StringUtility.h"
 
 #include <algorithm>
@@ -8,11 +9,6 @@ namespace {
 
 /// As long as nothing longer stands before a separator, it is not escaped.
 constexpr std::size_t longestUnescaped = 2;
-
-struct Replacement {
-    const char16_t* text;
-    const char16_t* by;
-};
 
 // One after the other. The first two undo what is escaped already, so that the third escapes each quote
 // just once; a semicolon needs no escape inside of quotes.
@@ -44,10 +40,7 @@ NSString percentEscaped(const NSString& text) {
 } // namespace
 
 NSString escapeForStringsFile(const NSString& receiver) {
-    NSString working = receiver;
-    for (const Replacement& replacement : stringsFileReplacements)
-        working = *replaceStringFrom(working, replacement.text, replacement.by);
-    return working;
+    return replacedInOrder(receiver, stringsFileReplacements);
 }
 
 NSString escapedStringWithPercent(const NSString& receiver) {

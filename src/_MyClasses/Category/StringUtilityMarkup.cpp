@@ -1,19 +1,17 @@
 #include "_MyClasses/Category/BracketedSpans.h"
+#include "_MyClasses/Category/Replacements.h"
 #include "_MyClasses/Category/StringUtility.h"
 
 namespace kestrine::StringUtility {
 
 namespace {
 
-struct Replacement {
-    const char16_t* text;
-    const char16_t* by;
-};
-
 // The order counts: "&amp;lt;" ends as "&lt;".
 constexpr Replacement entities[] = {
     {u"&lt;", u"<"}, {u"&gt;", u">"}, {u"&amp;", u"&"}, {u"&quot;", u"\""}, {u"&nbsp;", u" "},
 };
+
+constexpr Replacement lineEnds[] = {{u"\r\n", u"\n"}, {u"\r", u"\n"}};
 
 } // namespace
 
@@ -23,15 +21,8 @@ NSString removeAllHTMLTag(const NSString& receiver) {
     return arrangeHTMLString(withoutBracketedSpans(receiver.utf16(), u'<', u'>', EmptySpan::endsTaking));
 }
 
-NSString arrangeHTMLString(const NSString& receiver) {
-    NSString working = receiver;
-    for (const Replacement& entity : entities)
-        working = *replaceStringFrom(working, entity.text, entity.by);
-    return working;
-}
+NSString arrangeHTMLString(const NSString& receiver) { return replacedInOrder(receiver, entities); }
 
-NSString replaceReturnCode(const NSString& receiver) {
-    return *replaceStringFrom(*replaceStringFrom(receiver, u"\r\n", u"\n"), u"\r", u"\n");
-}
+NSString replaceReturnCode(const NSString& receiver) { return replacedInOrder(receiver, lineEnds); }
 
 } // namespace kestrine::StringUtility

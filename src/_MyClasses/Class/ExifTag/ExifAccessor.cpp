@@ -21,8 +21,6 @@ constexpr double isoOfSpeedValue0 = 3.125;
 /// A larger number in a zoom ratio is a camera's way to say that there is none.
 constexpr std::int32_t largestZoomNumber = 10000;
 
-constexpr const char16_t* notAvailable = u"N/A";
-
 /// Lends a handle to a reader while it parses, and closes it whatever happens.
 class OpenHandle {
 public:
@@ -46,6 +44,23 @@ const TagValue* valueIn(const IFDDictionaryPointer& directory, std::uint16_t tag
         return nullptr;
     const auto value = directory->find(keyForTag(tag));
     return value == directory->end() ? nullptr : &value->second;
+}
+
+// Stored values are asked for numbers as if they were lists, so that a value of another kind raises.
+
+/// The list that `value` is; null (nil) stays null.
+const NumberList* numberListOf(const TagValue* value) {
+    if (!value)
+        return nullptr;
+    if (const auto* list = std::get_if<NumberList>(value))
+        return list;
+    throw NSException(NSInvalidArgumentException, "the tag's value is not a list of numbers");
+}
+
+const NSNumber& elementOf(const NumberList& list, std::size_t index) {
+    if (index < list.size())
+        return list[index];
+    throw NSException(NSRangeException, "the list of numbers has no element " + std::to_string(index));
 }
 
 // Rules of the value accessors.
@@ -115,20 +130,6 @@ NSString decimalText(const NSNumber& number, const NSString&) {
 }
 
 } // namespace
-
-const NumberList* numberListOf(const TagValue* value) {
-    if (!value)
-        return nullptr;
-    if (const auto* list = std::get_if<NumberList>(value))
-        return list;
-    throw NSException(NSInvalidArgumentException, "the tag's value is not a list of numbers");
-}
-
-const NSNumber& elementOf(const NumberList& list, std::size_t index) {
-    if (index < list.size())
-        return list[index];
-    throw NSException(NSRangeException, "the list of numbers has no element " + std::to_string(index));
-}
 
 TagDictionaryPointer ExifTagReader::tagDictionary() {
     if (tagDictionary_)

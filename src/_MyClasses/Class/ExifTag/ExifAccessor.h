@@ -1,16 +1,10 @@
-// How the accessors of ExifTagReader ask a stored value for numbers: as if it were a list, so that a value of
-// another kind raises.
+// What the display accessors of ExifTagReader and the description made of them share.
 #pragma once
-
-#include "_MyClasses/Class/ExifTag/TagDictionary.h"
 
 namespace kestrine {
 
-/// The list that `value` is; null (nil) stays null. Text and data do not answer to what a list is asked: they
-/// raise NSInvalidArgumentException.
-const NumberList* numberListOf(const TagValue* value);
-
-/// The number at `index`. Raises NSRangeException when the list is too short.
-const NSNumber& elementOf(const NumberList& list, std::size_t index);
+/// What a display accessor answers for a value that is not there; lines with it are left out of a
+/// description.
+inline constexpr const char16_t* notAvailable = u"N/A";
 
 } // namespace kestrine

@@ -1,4 +1,5 @@
 // tagDescription: the camera values of a file as text, by the names of their accessors.
+#include "_MyClasses/Class/ExifTag/ExifAccessor.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "platform/foundation/NSBundle.h"
 
@@ -9,7 +10,6 @@ namespace kestrine {
 
 namespace {
 
-constexpr const char16_t* notAvailable = u"N/A";
 constexpr const char16_t* noInformation = u"Exif information is not available";
 
 /// The lines in order; an empty name is a break between sections.

@@ -25,8 +25,8 @@ struct IfdEntry {
     std::uint16_t tag;
     std::uint16_t type;
     std::uint32_t count;
-    std::array<std::uint8_t, 4>
-        valueOrOffset; ///< the values when they fit, else their offset; in the file's order
+    /// The values when they fit, else their offset; in the file's order.
+    std::array<std::uint8_t, 4> valueOrOffset;
 };
 static_assert(sizeof(IfdEntry) == 12);
 

@@ -51,12 +51,13 @@ public:
 
     // Group accessor: values and texts (ExifAccessor.cpp). The accessors are the rows of ExifAccessorTable.h,
     // each named as its operation and without argument; the first that is called may parse the file.
-    //   Value accessors answer nil for an absent tag. By their rule they take the value as it is stored
-    //   (raw), or
-    // a number from a list of numbers, nil when that is empty. A value of another kind raises
+    //
+    // Value accessors answer nil for an absent tag. By their rule they take the value as it is stored (raw),
+    // or a number from a list of numbers, nil when that is empty. A value of another kind raises
     // NSInvalidArgumentException, a list that is too short for a rational NSRangeException. Division by zero
     // gives infinity or NaN.
-    //   Display accessors answer a text for people, "N/A" when their value is nil, and raise what it raises.
+    //
+    // Display accessors answer a text for people, "N/A" when their value is nil, and raise what it raises.
 
 #define VALUE(name, directory, tag, rule, Kind) Kind name();
 #define FORMATTED(name, valueAccessor, format, valueFormatted) NSString name();
