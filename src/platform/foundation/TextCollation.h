@@ -7,8 +7,8 @@ namespace kestrine {
 
 /// -1, 0 or 1 for `text` before, equal to or after `other` in the root order of Unicode collation: composed
 /// and decomposed, full and half width, upper and lower case are the same; accents, punctuation and blanks
-/// count; a run of digits counts by its value; hiragana comes before the katakana of the same sound.
-/// Without ICU texts are compared code unit by code unit.
+/// count; a run of digits counts by its value (of up to 254 digits); hiragana comes before the katakana of
+/// the same sound. Without ICU texts are compared code unit by code unit.
 int naturalOrder(std::u16string_view text, std::u16string_view other);
 
 } // namespace kestrine
