@@ -2,8 +2,22 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 
 namespace kestrine::jpeg {
+
+namespace {
+
+/// How many places behind the first it takes, row by row, to hold the coefficients up to a position along the
+/// zigzag.
+constexpr std::array<std::uint8_t, 64> placesUpTo = [] {
+    std::array<std::uint8_t, 64> places = naturalOrder;
+    std::partial_sum(places.begin(), places.end(), places.begin(),
+                     [](std::uint8_t a, std::uint8_t b) { return std::max(a, b); });
+    return places;
+}();
+
+} // namespace
 
 bool EntropyDecoder::start(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
                            const std::array<bool, 3>& wantsAC) {
@@ -51,15 +65,13 @@ bool EntropyDecoder::decodeGroup(int lanes) {
     return bytes_.hasCovered(reservoir_);
 }
 
-/// Takes away the AC coefficients of the last group. It goes along the zigzag as far as they went, which in
-/// most pictures is not far.
+/// Takes away the AC coefficients of the last group, as far as there were some.
 void EntropyDecoder::clearGroups() {
     for (const Block& block : blocks_) {
-        if (!block.wantsAC)
-            continue;
-        for (int k = 1; k <= lastNonZero_[block.component]; ++k)
-            std::memset(block.coefficients + offsetAlongZigzag[static_cast<std::size_t>(k)], 0,
-                        sizeof LaneGroup::coefficients[0]);
+        const auto last = static_cast<std::size_t>(lastNonZero_[block.component]);
+        if (block.wantsAC)
+            std::memset(block.coefficients + lanesOfGroup, 0,
+                        placesUpTo[last] * sizeof LaneGroup::coefficients[0]);
     }
     lastNonZero_ = {};
 }

@@ -8,28 +8,12 @@ namespace {
 
 constexpr int firstRestart = 0xD0;
 
-/// The highest bit of each byte that is FF is set in the result; above the lowest such byte others may be,
-/// too.
-std::uint64_t marksOfFF(std::uint64_t bytes) {
-    constexpr std::uint64_t ones = 0x0101010101010101;
-    return (~bytes - ones) & bytes & (ones << 7);
-}
-
-std::uint64_t loadLittleEndian(const std::uint8_t* bytes) { return __builtin_bswap64(loadBigEndian(bytes)); }
-
-/// Copies bytes up to the first FF or `count` and returns how many. May also write behind them, within
-/// `count`.
+/// Copies bytes up to the first FF or `count` and returns how many.
 std::size_t copyPlainBytes(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
-    constexpr std::size_t step = sizeof(std::uint64_t);
-    std::size_t i = 0;
-    for (; i + step <= count; i += step) {
-        std::memcpy(to + i, from + i, step);
-        if (const std::uint64_t marks = marksOfFF(loadLittleEndian(from + i)); marks != 0)
-            return i + static_cast<std::size_t>(std::countr_zero(marks)) / 8;
-    }
-    for (; i < count && from[i] != 0xFF; ++i)
-        to[i] = from[i];
-    return i;
+    const void* const found = std::memchr(from, 0xFF, count);
+    const auto* const end = found == nullptr ? from + count : static_cast<const std::uint8_t*>(found);
+    std::copy(from, end, to);
+    return static_cast<std::size_t>(end - from);
 }
 
 } // namespace
