@@ -49,23 +49,27 @@ class Spawner:
         self.process.wait()
 
 
-class RunFolder:
-    """A new folder with the inputs (hard links, so that all share the page cache) and an empty one for the outputs."""
+class RunFolders:
+    """A new folder for every run, with the inputs (hard links, so that all share the page cache) and an empty one for
+    the outputs. They stay until the end: file systems are slow to give away what was deleted in the last minutes, and
+    one run must not pay for the outputs of those before it."""
 
-    def __init__(self, parent, inputs):
-        self.path = Path(parent) / "run"
-        self.inputs = inputs
+    def __init__(self, parent):
+        self.parent, self.made = Path(parent), 0
+        self.remove()
 
-    def __enter__(self):
-        shutil.rmtree(self.path, ignore_errors=True)
-        (self.path / "in").mkdir(parents=True)
-        (self.path / "out").mkdir()
-        for name, original in self.inputs.items():
-            os.link(original, self.path / "in" / name)
-        return self.path
+    def make(self, inputs):
+        self.made += 1
+        folder = self.parent / str(self.made)
+        (folder / "in").mkdir(parents=True)
+        (folder / "out").mkdir()
+        for name, original in inputs.items():
+            os.link(original, folder / "in" / name)
+        return folder
 
-    def __exit__(self, *_):
-        shutil.rmtree(self.path)
+    def remove(self):
+        if self.parent.exists():
+            shutil.rmtree(self.parent)
 
 
 @dataclass

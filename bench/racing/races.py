@@ -42,8 +42,9 @@ class Races:
     """Everything a run needs but the contestants that race; `ours` are our own builds, the first the main one."""
 
     def __init__(self, work, npm, spawner, pictures, ours, judging):
-        self.work, self.npm, self.spawner, self.pictures = work, npm, spawner, pictures
+        self.npm, self.spawner, self.pictures = npm, spawner, pictures
         self.ours, self.judging = ours, judging
+        self.folders = measuring.RunFolders(work / "runs")
         self.home = work / "home"
         shutil.rmtree(self.home, ignore_errors=True)
         self.home.mkdir()
@@ -73,13 +74,11 @@ class Races:
     def same_bytes(self, task):
         """To be asked after the task was raced: the preset is made there."""
         inputs, written = self._inputs(task), []
-        with measuring.RunFolder(self.work, inputs) as folder:
-            job = task.job(folder, inputs, task.to)
-            written.append(self._digests(job, self.ours[0].command_of_the_quiet_tool(job)))
-        for count in JOBS_COMPARED:
-            with measuring.RunFolder(self.work, inputs) as folder:
-                job = task.job(folder, inputs, task.to)
-                written.append(self._digests(job, [*self.ours[0].command_for_many(job), "-j", count]))
+        quiet, many = self.ours[0].command_of_the_quiet_tool, self.ours[0].command_for_many
+        commands = [quiet, *(lambda job, count=count: [*many(job), "-j", count] for count in JOBS_COMPARED)]
+        for command in commands:
+            job = task.job(self.folders.make(inputs), inputs, task.to)
+            written.append(self._digests(job, command(job)))
         same = all(each == written[0] and len(each) == task.count for each in written)
         return SameBytes(task.key, task.count, JOBS_COMPARED, same)
 
@@ -102,14 +101,13 @@ class Races:
         return {f"p{number:05}{made[0].suffix}": made[number % task.different] for number in range(task.count)}
 
     def _run(self, contestant, task, inputs, to, look=lambda job, outputs: None):
-        """One run in a fresh folder, and `look` at what it wrote before that goes."""
-        with measuring.RunFolder(self.work, inputs) as folder:
-            job = task.job(folder, inputs, to)
-            cost = contestant.run(self.spawner, job, self.environment)
-            outputs = contestant.outputs(job)
-            if len(outputs) != len(inputs):
-                raise measuring.RunFailed(f"{len(outputs)} of {len(inputs)} outputs")
-            look(job, outputs)
+        """One run in a fresh folder, and a look at what it wrote."""
+        job = task.job(self.folders.make(inputs), inputs, to)
+        cost = contestant.run(self.spawner, job, self.environment)
+        outputs = contestant.outputs(job)
+        if len(outputs) != len(inputs):
+            raise measuring.RunFailed(f"{len(outputs)} of {len(inputs)} outputs")
+        look(job, outputs)
         return cost
 
     def _inspect(self, contestant, task, inputs, results):

@@ -12,16 +12,16 @@ from racing.quality import LIGHT, STORED
 
 HEAD = """# Benchmarks
 
-Written by `bench/peers`; all but the notes at the end is written anew each time. Every task was run by everybody in turn, in random order, within one run, on
-warm inputs and into new folders. A ratio is the median over the rounds of the ratio within a round, to the fastest
-peer; less than 1 is faster. The process's start is part of every time. CPU counts the whole process tree, the peak is
-that of its largest process; peaks below {floor:.0f} MiB cannot be told apart. Quality is judged against a full decode
-scaled by Lanczos in double precision, in linear light ("light") and in the stored encoding ("stored"), at each tool's
-own size and pixel positions. "dB" and "SSIM" are of the scaled pixels: for JPEG the same command is run once more
-with PNG as its output; "file dB" and "file SSIM" are of the JPEG or GIF itself, against the nearer reference, as all
-SSIM is. Dithered palettes are compared after a blur of 1.5 pixels on both sides. Of several files the first is
-judged. Who keeps less than the profile, and in JPEG EXIF, did less work; it counts
-as a peer all the same. Times depend on the machine; compare ratios.
+Written by `bench/peers`; all but the notes at the end is written anew each time. Every task was run by everybody in
+turn, in random order, within one run, on warm inputs and into new folders. A ratio is the median over the rounds of
+the ratio within a round, to the fastest peer; less than 1 is faster. The process's start is part of every time. CPU
+counts the whole process tree, the peak is that of its largest process; peaks below {floor:.0f} MiB cannot be told
+apart. Quality is judged against a full decode scaled by Lanczos in double precision, in linear light ("light") and in
+the stored encoding ("stored"), at each tool's own size and pixel positions. "dB" and "SSIM" are of the scaled pixels:
+for JPEG the same command is run once more with PNG as its output; "file dB" and "file SSIM" are of the JPEG or GIF
+itself, against the nearer reference, as all SSIM is. Dithered palettes are compared after a blur of 1.5 pixels on
+both sides. Of several files the first is judged. Who keeps less than the profile, and in JPEG EXIF, did less work; it
+counts as a peer all the same. Times depend on the machine; compare ratios.
 """
 
 BUSY = "**The machine was not idle when this began: the figures are rough.**\n\n"
@@ -53,6 +53,11 @@ def notes_of(page):
     """What people wrote at the end of a page."""
     _, heading, text = page.partition(NOTES)
     return heading.lstrip("\n") + text
+
+
+def series_of(entry):
+    """growth-png-24 is one of growth-png."""
+    return entry.task.key.rpartition("-")[0]
 
 
 def first_match(path, start):
@@ -222,30 +227,28 @@ class Report:
     def _growth(self):
         entries = [entry for entry in self.growth if self.own_name in entry.results.runs]
         rows = []
-        for kind in dict.fromkeys(entry.task.kind for entry in entries):
-            rows += self._growth_of([entry for entry in entries if entry.task.kind == kind])
+        for series in dict.fromkeys(series_of(entry) for entry in entries):
+            rows += self._growth_of([entry for entry in entries if series_of(entry) == series])
         if not rows:
             return ""
-        header = ["", "size", "CPU ms a megapixel", f"÷ that of {LINEAR_FROM_MEGAPIXELS} MP", "wall ms", "peak MiB",
+        header = ["", "CPU ms a megapixel", f"÷ that of {LINEAR_FROM_MEGAPIXELS} MP", "wall ms", "peak MiB",
                   "file MiB", "met"]
-        return ("## Growth with pixels\n\nOne picture to a quarter of its sides, in its own format (TIFF from LZW and "
-                f"from uncompressed). A pixel of the largest may cost {LINEAR} times one of {LINEAR_FROM_MEGAPIXELS} "
-                f"MP; the peak may be {WORKING_MIB} MiB above the size of the file.\n\n" + table(header, rows))
+        return ("## Growth with pixels\n\n"
+                f"A pixel of the largest may cost {LINEAR} times one of {LINEAR_FROM_MEGAPIXELS} MP; the peak may be "
+                f"{WORKING_MIB} MiB above the size of the source's file.\n\n" + table(header, rows))
 
     def _growth_of(self, entries):
-        """The rows of one kind; the cost of a pixel is compared with that at LINEAR_FROM_MEGAPIXELS."""
+        """The rows of one series; the cost of a pixel is compared with that at LINEAR_FROM_MEGAPIXELS."""
         def cost(entry):
             return self._cpu_each(entry, entry.task.width * entry.task.height / 1e6)
 
-        titles = [entry.task.title for entry in entries]
-        named = f"{LINEAR_FROM_MEGAPIXELS} MP"
-        base = cost(entries[titles.index(named)]) if named in titles else None
+        base = next((cost(entry) for entry in entries if entry.task.key.endswith(f"-{LINEAR_FROM_MEGAPIXELS}")), None)
         rows = []
         for entry in entries:
             peak, file = entry.results.median(self.own_name, "peak"), entry.largest_input / 2 ** 20
             times = cost(entry) / base if base else None
             linear = times is None or entry is not entries[-1] or times <= LINEAR
-            rows.append([entry.task.kind, entry.task.title, f"{1000 * cost(entry):.2f}", number(times, ".2f"),
+            rows.append([entry.task.title, f"{1000 * cost(entry):.2f}", number(times, ".2f"),
                          f"{1000 * entry.results.median(self.own_name, 'wall'):.0f}", f"{peak:.0f}", f"{file:.1f}",
                          verdict(linear and peak <= file + WORKING_MIB)])
         return rows

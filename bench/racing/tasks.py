@@ -113,13 +113,38 @@ TASKS = [
          Goal(0.55, None, 0.65, peak=100), longest=2000, share_of_rounds=0.4),
 ]
 
-# Megapixels -> sides; every one to a quarter, so that the work grows with the pixels.
+# Megapixels -> sides.
 GROWTH_SIZES = {1: (1224, 816), 6: (3000, 2000), 12: (4248, 2832), 24: (6000, 4000), 50: (8664, 5776),
                 100: (12240, 8160)}
-GROWTH_KINDS = {"jpeg": "jpeg", "png": "png", "lzw": "tiff", "tiff": "tiff"}
-GROWTH = [Task(f"growth-{kind}-{megapixels}", f"{megapixels} MP", kind, width, height, to, Goal(), percent=25,
-               share_of_rounds=0.4, judged=False)
-          for kind, to in GROWTH_KINDS.items() for megapixels, (width, height) in GROWTH_SIZES.items()]
+
+
+@dataclass(frozen=True)
+class Growing:
+    """A kind of source, the format and the percentage it goes to, the megapixels it is raced at."""
+    key: str
+    title: str
+    kind: str
+    to: str
+    percent: int
+    megapixels: tuple = tuple(GROWTH_SIZES)
+
+    def tasks(self):
+        return [Task(f"growth-{self.key}-{size}", f"{size} MP {self.title}", self.kind, *GROWTH_SIZES[size], self.to,
+                     Goal(), percent=self.percent, share_of_rounds=0.4, judged=False) for size in self.megapixels]
+
+
+# To a quarter, where reading is most of the work, and to nearly the whole, where writing is.
+LARGE_OUTPUTS = (6, 24, 100)
+GROWING = [
+    Growing("jpeg", "JPEG to 25 %", "jpeg", "jpeg", 25),
+    Growing("png", "PNG to 25 %", "png", "png", 25),
+    Growing("lzw", "LZW TIFF to 25 %", "lzw", "tiff", 25),
+    Growing("tiff", "uncompressed TIFF to 25 %", "tiff", "tiff", 25),
+    Growing("large-jpeg", "JPEG to 90 %", "jpeg", "jpeg", 90, LARGE_OUTPUTS),
+    Growing("large-png", "JPEG to 90 % PNG", "jpeg", "png", 90, LARGE_OUTPUTS),
+    Growing("large-tiff", "JPEG to 90 % TIFF", "jpeg", "tiff", 90, LARGE_OUTPUTS),
+]
+GROWTH = [task for growing in GROWING for task in growing.tasks()]
 
 # The files of the largest count are this many different ones under many names.
 FILES_DIFFERENT = 40

@@ -91,13 +91,18 @@ class SpawnerTest(unittest.TestCase):
         with self.assertRaisesRegex(RunFailed, "status -9"):
             self.run_shell("kill -9 $$")
 
-    def test_a_run_folder_has_the_inputs_and_no_outputs_and_goes_afterwards(self):
+    def test_every_run_has_a_folder_of_its_own_with_the_inputs_and_no_outputs(self):
         original = self.folder / "original"
         original.write_text("x")
-        with measuring.RunFolder(self.folder, {"a": original, "b": original}) as folder:
+        folders = measuring.RunFolders(self.folder / "runs")
+        one, other = (folders.make({"a": original, "b": original}) for _ in range(2))
+        self.assertNotEqual(one, other)
+        for folder in (one, other):
             self.assertEqual(sorted(path.name for path in (folder / "in").iterdir()), ["a", "b"])
             self.assertEqual(list((folder / "out").iterdir()), [])
-        self.assertFalse(folder.exists())
+        folders.remove()
+        self.assertEqual([path.name for path in self.folder.iterdir() if path.is_dir()], [])
+        self.assertEqual(original.read_text(), "x")
 
 
 class TasksTest(unittest.TestCase):

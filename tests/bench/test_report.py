@@ -125,11 +125,12 @@ class PageTest(unittest.TestCase):
         self.assertIn("| T7 | 200 | 1, 2 | **no** |", page)
 
     def growth(self, large_wall, large_peak):
-        small = entry_of(task_of(title="24 MP", width=6000, height=4000), ours=0.24)
-        large = entry_of(task_of(title="100 MP", width=10000, height=10000), ours=large_wall)
+        small = entry_of(task_of(key="growth-jpeg-24", title="24 MP JPEG", width=6000, height=4000), ours=0.24)
+        large = entry_of(task_of(key="growth-jpeg-100", title="100 MP JPEG", width=10000, height=10000),
+                         ours=large_wall)
         large.results.runs[OURS.name] = [Run(large_wall, 2 * large_wall, large_peak)]
         page = self.page(growth=[small, large])
-        return [line.split(" | ")[-1].strip(" |") for line in page.splitlines() if line.startswith("| jpeg | ")]
+        return [line.split(" | ")[-1].strip(" |") for line in page.splitlines() if " MP JPEG | " in line]
 
     def test_growth_is_met_when_cost_is_linear_and_memory_flat(self):
         self.assertEqual(self.growth(1.1, 44), ["yes", "yes"])
