@@ -1,5 +1,6 @@
 #include "platform/finder/FinderMetadata.h"
 #include "platform/foundation/propertylist/PropertyListText.h"
+#include "platform/host/ChildProcess.h"
 #include "platform/host/ExtendedAttributes.h"
 #include "tests/platform/finder/AppleDoubleBuilder.h"
 #include "tests/support/IsolatedProcess.h"
@@ -8,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 namespace kestrine {
 namespace {
@@ -95,6 +97,19 @@ TEST_F(FinderComment, whatIsSetIsReadAndDesktopsSeeTheSameBytes) {
         EXPECT_EQ(stored(ownComment), bytesOf(text));
         EXPECT_EQ(*finderComment(file_), NSString::fromUTF8(text));
     }
+}
+
+TEST_F(FinderComment, gioShowsWhatIsSetAndSetsWhatIsRead) {
+    const char* const gio = "/usr/bin/gio";
+    if (::access(gio, X_OK) != 0)
+        GTEST_SKIP() << gio << " is not installed (package libglib2.0-bin)";
+    ASSERT_TRUE(setFinderComment(file_, u"Summer"));
+    const auto shown = runCapturingOutput(gio, {"info", "-a", "xattr::xdg.comment", file_}, 10'000);
+    ASSERT_TRUE(shown);
+    EXPECT_THAT(shown->output, ::testing::HasSubstr("xattr::xdg.comment: Summer\n"));
+    const auto set = runCapturingOutput(gio, {"set", file_, "xattr::xdg.comment", "Winter"}, 10'000);
+    EXPECT_TRUE(set && set->end.code == 0);
+    EXPECT_EQ(*finderComment(file_), NSString(u"Winter"));
 }
 
 TEST_F(FinderComment, onlyOurOwnPlaceIsMade) {

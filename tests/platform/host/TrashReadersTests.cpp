@@ -1,4 +1,5 @@
-// What other programs make of our trash: trash-list and trash-restore of trash-cli are the judges.
+// What other programs make of our trash: trash-list and trash-restore of trash-cli are the judges, and gio
+// throws away into the same trash.
 #include "platform/host/ChildProcess.h"
 #include "platform/host/FileStatus.h"
 #include "tests/platform/host/TrashTesting.h"
@@ -16,6 +17,7 @@ using testing::isEmptyTrash;
 using testing::mountFileSystem;
 using ::testing::Not;
 using testing::readFile;
+using testing::recordedPath;
 using testing::runIsolated;
 using testing::runWithOwnMounts;
 
@@ -99,6 +101,24 @@ TEST_F(TrashReaders, theSecondOfTwoItemsOfANameIsRestored) {
     EXPECT_EQ(readFile(second), "second");
     EXPECT_FALSE(isTaken(first));
     EXPECT_THAT(list(), Not(HasSubstr(second)));
+}
+
+TEST_F(TrashReaders, whatGioThrewAwayAndOursStandSideBySide) {
+    const char* const gio = "/usr/bin/gio";
+    if (::access(gio, X_OK) != 0)
+        GTEST_SKIP() << gio << " is not installed (package libglib2.0-bin)";
+    for (const char* name : {"a.jpg", "100% fun %n.jpg", "caf\xC3\xA9", "n\nl", "a+b", "\xFF"}) {
+        const std::string first = folder_.write("work/" + std::string(name), "gio's");
+        const Result<CapturedRun> done = runCapturingOutput(
+            "/usr/bin/env", {"HOME=" + home_, "XDG_DATA_HOME=", "GIO_USE_VFS=local", gio, "trash", first}, 0);
+        if (!done || done->end.code != 0)
+            GTEST_SKIP() << "gio throws nothing away on this file system";
+        const TrashedItem theirs{trash_ + "/files/" + name, trash_ + "/info/" + name + ".trashinfo"};
+        const Result<TrashedItem> ours = trash(folder_.write("work/" + std::string(name), "ours"));
+        ASSERT_TRUE(ours);
+        EXPECT_EQ(readFile(theirs.path) + readFile(ours->path), "gio'sours");
+        EXPECT_EQ(recordedPath(theirs), recordedPath(*ours));
+    }
 }
 
 TEST_F(TrashReaders, anItemInTheTrashOfADiskIsListedAndRestored) {
