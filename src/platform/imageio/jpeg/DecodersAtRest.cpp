@@ -7,7 +7,7 @@ namespace kestrine::jpeg {
 
 namespace {
 
-/// As many as there are workers at most machines; each holds a third of a MiB and a band.
+/// As many as most machines have workers; each holds a quarter of a MiB and a band.
 constexpr std::size_t mostAtRest = 16;
 
 std::mutex mutex;
