@@ -46,8 +46,8 @@ void unfilterSub(const std::uint8_t* filtered, std::uint8_t* row, std::size_t co
     }
 }
 
-/// Keeps the complement of the pixel to the left: the complement of (left + above) / 2, rounded down, is the mean of
-/// the complements, rounded up, which is one operation.
+/// Keeps the complement of the pixel to the left: the complement of (left + above) / 2, rounded down, is the
+/// mean of the complements, rounded up, which is one operation.
 template <std::size_t bytesPerPixel>
 void unfilterAverage(const std::uint8_t* filtered, const std::uint8_t* above, std::uint8_t* row,
                      std::size_t count) {
@@ -102,33 +102,24 @@ HWY_INLINE void storePixel(WidePixel pixel, std::uint8_t* to) {
     hn::StoreU(hn::DemoteTo(PixelTag(), pixel), PixelTag(), to);
 }
 
-template <std::size_t bytesPerPixel>
-void unfilterPaeth(const std::uint8_t* filtered, const std::uint8_t* above, std::uint8_t* row,
-                   std::size_t count) {
-    const WidePixelTag d;
-    PaethState state{hn::Zero(d), hn::Zero(d)};
-    for (std::size_t i = 0; i < count; i += bytesPerPixel)
-        storePixel(paethStep(state, loadPixel(above + i), filtered + i), row + i);
-}
-
 /// Each row is a pixel behind the one above it, whose last pixel it finds in that row's state.
-template <std::size_t bytesPerPixel>
-void unfilterPaethTogether(const std::array<const std::uint8_t*, 4>& filtered, const std::uint8_t* above,
-                           const std::array<std::uint8_t*, 4>& rows, std::size_t count) {
-    static_assert(paethRowsAtOnce == 4);
-    constexpr std::size_t b = bytesPerPixel;
+template <std::size_t bytesPerPixel, std::size_t rowCount>
+void unfilterPaethTogether(const PaethRows& job, std::size_t count) {
     const WidePixelTag d;
-    PaethState s0{hn::Zero(d), hn::Zero(d)}, s1 = s0, s2 = s0, s3 = s0;
-    const std::size_t end = count + 3 * b;
-    for (std::size_t i = 0; i < end; i += b) {
-        if (i >= 3 * b)
-            storePixel(paethStep(s3, s2.left, filtered[3] + i - 3 * b), rows[3] + i - 3 * b);
-        if (i >= 2 * b && i < count + 2 * b)
-            storePixel(paethStep(s2, s1.left, filtered[2] + i - 2 * b), rows[2] + i - 2 * b);
-        if (i >= b && i < count + b)
-            storePixel(paethStep(s1, s0.left, filtered[1] + i - b), rows[1] + i - b);
-        if (i < count)
-            storePixel(paethStep(s0, loadPixel(above + i), filtered[0] + i), rows[0] + i);
+    const WidePixel zero = hn::Zero(d);
+    PaethState first{zero, zero}, second = first, third = first, fourth = first;
+    const auto step = [&]<std::size_t row>(PaethState& state, std::size_t i, const auto& above) {
+        if (row < rowCount && i >= row * bytesPerPixel && i < count + row * bytesPerPixel) {
+            const std::size_t at = i - row * bytesPerPixel;
+            storePixel(paethStep(state, above(at), job.filtered[row] + at), job.rows[row] + at);
+        }
+    };
+    const std::size_t end = count + (rowCount - 1) * bytesPerPixel;
+    for (std::size_t i = 0; i < end; i += bytesPerPixel) {
+        step.template operator()<3>(fourth, i, [&](std::size_t) { return third.left; });
+        step.template operator()<2>(third, i, [&](std::size_t) { return second.left; });
+        step.template operator()<1>(second, i, [&](std::size_t) { return first.left; });
+        step.template operator()<0>(first, i, [&](std::size_t at) { return loadPixel(job.above + at); });
     }
 }
 
@@ -165,16 +156,24 @@ void unfilterPNGRow(PNGFilter filter, std::size_t bytesPerPixel, const std::uint
         case PNGFilter::average:
             return unfilterAverage<size>(filtered, above, row, count);
         case PNGFilter::paeth:
-            return unfilterPaeth<size>(filtered, above, row, count);
+            return unfilterPaethTogether<size, 1>({1, {filtered}, above, {row}}, count);
         }
     });
 }
 
-void unfilterPaethRows(std::size_t bytesPerPixel, const std::array<const std::uint8_t*, 4>& filtered,
-                       const std::uint8_t* above, const std::array<std::uint8_t*, 4>& rows,
-                       std::size_t count) {
-    withPixelSize(bytesPerPixel,
-                  [&](auto size) { unfilterPaethTogether<size>(filtered, above, rows, count); });
+void unfilterPaethRows(std::size_t bytesPerPixel, const PaethRows& job, std::size_t count) {
+    withPixelSize(bytesPerPixel, [&](auto size) {
+        switch (job.rowCount) {
+        case 1:
+            return unfilterPaethTogether<size, 1>(job, count);
+        case 2:
+            return unfilterPaethTogether<size, 2>(job, count);
+        case 3:
+            return unfilterPaethTogether<size, 3>(job, count);
+        default:
+            return unfilterPaethTogether<size, 4>(job, count);
+        }
+    });
 }
 
 /// The paeth prediction for many bytes at once, all neighbours being known. Distances stay within a byte:
@@ -272,11 +271,8 @@ void unfilterPNGRow(PNGFilter filter, std::size_t bytesPerPixel, const std::uint
     HWY_DYNAMIC_DISPATCH(unfilterPNGRow)(filter, bytesPerPixel, filtered, above, row, count);
 }
 
-void unfilterPaethRows(std::size_t bytesPerPixel,
-                       const std::array<const std::uint8_t*, paethRowsAtOnce>& filtered,
-                       const std::uint8_t* above, const std::array<std::uint8_t*, paethRowsAtOnce>& rows,
-                       std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(unfilterPaethRows)(bytesPerPixel, filtered, above, rows, count);
+void unfilterPaethRows(std::size_t bytesPerPixel, const PaethRows& job, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(unfilterPaethRows)(bytesPerPixel, job, count);
 }
 
 std::array<std::uint64_t, pngFilters> pngFilterSums(std::size_t bytesPerPixel, const std::uint8_t* row,

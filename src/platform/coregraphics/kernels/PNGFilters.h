@@ -22,13 +22,17 @@ inline constexpr std::size_t pngRowMargin = 64;
 void unfilterPNGRow(PNGFilter filter, std::size_t bytesPerPixel, const std::uint8_t* filtered,
                     const std::uint8_t* above, std::uint8_t* row, std::size_t count);
 
-/// Takes paeth filters off several rows that follow each other, which is faster than one by one, as each
-/// pixel has to wait for its neighbours. `above` is the row above the first one.
+/// Up to four rows with the paeth filter that follow each other.
 inline constexpr std::size_t paethRowsAtOnce = 4;
-void unfilterPaethRows(std::size_t bytesPerPixel,
-                       const std::array<const std::uint8_t*, paethRowsAtOnce>& filtered,
-                       const std::uint8_t* above, const std::array<std::uint8_t*, paethRowsAtOnce>& rows,
-                       std::size_t count);
+struct PaethRows {
+    std::size_t rowCount = 0; ///< 1 to paethRowsAtOnce
+    std::array<const std::uint8_t*, paethRowsAtOnce> filtered{};
+    const std::uint8_t* above = nullptr; ///< the row above the first one
+    std::array<std::uint8_t*, paethRowsAtOnce> rows{};
+};
+
+/// Takes their filters off, which is faster than one by one, as each pixel has to wait for its neighbours.
+void unfilterPaethRows(std::size_t bytesPerPixel, const PaethRows& job, std::size_t count);
 
 /// For each filter, the sum of what it leaves of the row: each byte as a number from -128 to 127, without its
 /// sign. The less, the better the row compresses, as a rule.

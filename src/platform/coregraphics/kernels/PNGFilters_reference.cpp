@@ -31,12 +31,11 @@ void unfilterPNGRow(PNGFilter filter, std::size_t bytesPerPixel, const std::uint
             static_cast<std::uint8_t>(filtered[i] + predictedByte(filter, left[i], above[i], aboveLeft[i]));
 }
 
-void unfilterPaethRows(std::size_t bytesPerPixel,
-                       const std::array<const std::uint8_t*, paethRowsAtOnce>& filtered,
-                       const std::uint8_t* above, const std::array<std::uint8_t*, paethRowsAtOnce>& rows,
-                       std::size_t count) {
-    for (std::size_t r = 0; r < paethRowsAtOnce; above = rows[r++])
-        reference::unfilterPNGRow(PNGFilter::paeth, bytesPerPixel, filtered[r], above, rows[r], count);
+void unfilterPaethRows(std::size_t bytesPerPixel, const PaethRows& job, std::size_t count) {
+    const std::uint8_t* above = job.above;
+    for (std::size_t r = 0; r < job.rowCount; above = job.rows[r++])
+        reference::unfilterPNGRow(PNGFilter::paeth, bytesPerPixel, job.filtered[r], above, job.rows[r],
+                                  count);
 }
 
 std::array<std::uint64_t, pngFilters> pngFilterSums(std::size_t bytesPerPixel, const std::uint8_t* row,

@@ -11,10 +11,7 @@ std::uint8_t predictedByte(PNGFilter filter, int left, int above, int aboveLeft)
 
 void unfilterPNGRow(PNGFilter filter, std::size_t bytesPerPixel, const std::uint8_t* filtered,
                     const std::uint8_t* above, std::uint8_t* row, std::size_t count);
-void unfilterPaethRows(std::size_t bytesPerPixel,
-                       const std::array<const std::uint8_t*, paethRowsAtOnce>& filtered,
-                       const std::uint8_t* above, const std::array<std::uint8_t*, paethRowsAtOnce>& rows,
-                       std::size_t count);
+void unfilterPaethRows(std::size_t bytesPerPixel, const PaethRows& job, std::size_t count);
 std::array<std::uint64_t, pngFilters> pngFilterSums(std::size_t bytesPerPixel, const std::uint8_t* row,
                                                     const std::uint8_t* above, std::size_t count);
 void filterPNGRow(PNGFilter filter, std::size_t bytesPerPixel, const std::uint8_t* row,

@@ -1,7 +1,5 @@
 #include "platform/imageio/png/FilteredBands.h"
 
-#include "platform/coregraphics/kernels/PNGFilters.h"
-
 #include <algorithm>
 #include <cstring>
 
@@ -14,12 +12,22 @@ namespace {
 constexpr std::size_t bandBytes = std::size_t{256} << 10;
 constexpr std::size_t readableBehind = 8; // what the kernels want
 
+/// As many rows as fit, but no fewer than the kernels take at once, and a multiple of that; one if they are
+/// huge.
+std::size_t rowsOfABand(std::size_t filteredBytes, std::size_t height) {
+    constexpr std::size_t hugeRow = 4 * bandBytes, step = kernels::paethRowsAtOnce;
+    if (filteredBytes > hugeRow)
+        return 1;
+    const std::size_t fitting = bandBytes / filteredBytes;
+    return std::min((std::max<std::size_t>(1, fitting) + step - 1) / step * step, height);
+}
+
 } // namespace
 
 FilteredBands::FilteredBands(InflatedPixels& pixels, std::size_t rowBytes, std::size_t bytesPerPixel,
                              std::uint32_t height)
     : pixels_(pixels), rowBytes_(rowBytes), bytesPerPixel_(bytesPerPixel),
-      rowsABand_(std::clamp<std::size_t>(bandBytes / (rowBytes + 1), 1, height)), left_(height),
+      rowsABand_(rowsOfABand(rowBytes + 1, height)), left_(height),
       filtered_(rowsABand_ * (rowBytes + 1) + readableBehind),
       rows_((rowsABand_ + 1) * (rowBytes + 2 * kernels::pngRowMargin)) {}
 
@@ -38,30 +46,32 @@ bool FilteredBands::readBand() {
 }
 
 bool FilteredBands::unfilterBand() {
-    for (std::size_t i = 0; i < count_; ++i) {
+    for (std::size_t i = 0; i < count_;) {
         const std::uint8_t filter = *filteredRow(i);
         if (filter >= kernels::pngFilters)
             return false;
-        if (arePaethRows(i)) {
-            kernels::unfilterPaethRows(
-                bytesPerPixel_,
-                {filteredRow(i) + 1, filteredRow(i + 1) + 1, filteredRow(i + 2) + 1, filteredRow(i + 3) + 1},
-                row(i), {row(i + 1), row(i + 2), row(i + 3), row(i + 4)}, rowBytes_);
-            i += kernels::paethRowsAtOnce - 1;
+        if (static_cast<kernels::PNGFilter>(filter) == kernels::PNGFilter::paeth) {
+            const kernels::PaethRows job = paethRowsFrom(i);
+            kernels::unfilterPaethRows(bytesPerPixel_, job, rowBytes_);
+            i += job.rowCount;
         } else {
             kernels::unfilterPNGRow(static_cast<kernels::PNGFilter>(filter), bytesPerPixel_,
                                     filteredRow(i) + 1, row(i), row(i + 1), rowBytes_);
+            ++i;
         }
     }
     return true;
 }
 
-bool FilteredBands::arePaethRows(std::size_t i) const {
-    static_assert(kernels::paethRowsAtOnce == 4);
-    const auto isPaeth = [&](std::size_t r) {
-        return *filteredRow(r) == static_cast<std::uint8_t>(kernels::PNGFilter::paeth);
-    };
-    return i + 4 <= count_ && isPaeth(i) && isPaeth(i + 1) && isPaeth(i + 2) && isPaeth(i + 3);
+kernels::PaethRows FilteredBands::paethRowsFrom(std::size_t i) {
+    kernels::PaethRows job{.above = row(i)};
+    for (; job.rowCount < kernels::paethRowsAtOnce && i < count_; ++i, ++job.rowCount) {
+        if (*filteredRow(i) != static_cast<std::uint8_t>(kernels::PNGFilter::paeth))
+            break;
+        job.filtered[job.rowCount] = filteredRow(i) + 1;
+        job.rows[job.rowCount] = row(i + 1);
+    }
+    return job;
 }
 
 std::uint8_t* FilteredBands::row(std::size_t i) {

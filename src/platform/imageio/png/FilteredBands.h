@@ -1,6 +1,7 @@
 // FilteredBands: rows of a PNG file freed from their filters, several at a time.
 #pragma once
 
+#include "platform/coregraphics/kernels/PNGFilters.h"
 #include "platform/imageio/png/InflatedPixels.h"
 
 #include <cstddef>
@@ -22,8 +23,8 @@ private:
     /// Row `i` of the band, between its margins; row 0 is the last one of the band before.
     std::uint8_t* row(std::size_t i);
     const std::uint8_t* filteredRow(std::size_t i) const { return filtered_.data() + i * (rowBytes_ + 1); }
-    /// Whether so many rows from `i` on follow each other with the paeth filter.
-    bool arePaethRows(std::size_t i) const;
+    /// Those of the band's rows from `i` on that have the paeth filter, as many as go at once.
+    kernels::PaethRows paethRowsFrom(std::size_t i);
 
     InflatedPixels& pixels_;
     const std::size_t rowBytes_, bytesPerPixel_, rowsABand_;

@@ -70,19 +70,22 @@ TEST(PNGFilters, everyTargetUnfiltersSeveralRowsAsThePlainLoopsDo) {
     testing::onEveryTarget([] {
         std::mt19937 random(3);
         onRows([&](std::size_t bytesPerPixel, std::size_t count, Row&, Row& above) {
-            std::vector<Row> filtered(paethRowsAtOnce, Row(count)), rows = filtered, expected = filtered;
-            std::array<const std::uint8_t*, paethRowsAtOnce> from;
-            std::array<std::uint8_t*, paethRowsAtOnce> to, expectedTo;
-            for (std::size_t i = 0; i < paethRowsAtOnce; ++i) {
-                from[i] = filtered[i].fill(random, i % 2 ? 256 : 3).data();
-                to[i] = rows[i].data();
-                expectedTo[i] = expected[i].data();
+            for (std::size_t rowCount = 1; rowCount <= paethRowsAtOnce; ++rowCount) {
+                std::vector<Row> filtered(rowCount, Row(count)), rows = filtered, expected = filtered;
+                PaethRows job{.rowCount = rowCount, .above = above.data()}, expectedJob = job;
+                for (std::size_t i = 0; i < rowCount; ++i) {
+                    job.filtered[i] = expectedJob.filtered[i] =
+                        filtered[i].fill(random, i % 2 ? 256 : 3).data();
+                    job.rows[i] = rows[i].data();
+                    expectedJob.rows[i] = expected[i].data();
+                }
+                unfilterPaethRows(bytesPerPixel, job, count);
+                reference::unfilterPaethRows(bytesPerPixel, expectedJob, count);
+                for (std::size_t i = 0; i < rowCount; ++i)
+                    ASSERT_EQ(rows[i].content(), expected[i].content())
+                        << "row " << i << " of " << rowCount << ", " << count << " bytes, " << bytesPerPixel
+                        << " a pixel";
             }
-            unfilterPaethRows(bytesPerPixel, from, above.data(), to, count);
-            reference::unfilterPaethRows(bytesPerPixel, from, above.data(), expectedTo, count);
-            for (std::size_t i = 0; i < paethRowsAtOnce; ++i)
-                ASSERT_EQ(rows[i].content(), expected[i].content())
-                    << "row " << i << ", " << count << " bytes, " << bytesPerPixel << " a pixel";
         });
     });
 }
