@@ -1,6 +1,8 @@
 #include "_MyClasses/Category/FileManagerUtilityMetadata.h"
 #include "_MyClasses/Category/FileManagerUtilityScripting.h"
 #include "platform/finder/FinderMetadata.h"
+#include "tests/_MyClasses/CapturedLog.h"
+#include "tests/_MyClasses/SystemVersion.h"
 #include "tests/support/FinderPlace.h"
 
 #include <gtest/gtest.h>
@@ -88,6 +90,22 @@ TEST_F(WorkspaceFilesTest, movedAndCopiedItemsKeepTheirComments) {
     EXPECT_EQ(commentForFile(text(folder_ + "/a")), NSString(u"first"));
     EXPECT_EQ(commentForFile(text(folder_ + "/b")), NSString(u"zweiter Kommentar"));
     EXPECT_EQ(commentForFile(text(folder_ + "/c")), std::nullopt);
+}
+
+TEST_F(WorkspaceFilesTest, aCommentIsWrittenWhateverBecameOfTheItem) {
+    const std::string taken = commented("a", u"new"), older = commented("folder/a", u"old");
+    if (!keepsComments_)
+        GTEST_SKIP() << "this file system keeps no comments";
+    WSMoveFilesToFolder({text(taken)}, text(folder_), false);
+    EXPECT_TRUE(fs::exists(taken));
+    EXPECT_EQ(commentForFile(text(older)), NSString(u"new"));
+    setCommentForFile(NSString(u""), text(taken));
+    WSMoveFilesToFolder({text(taken)}, text(folder_), false);
+    EXPECT_EQ(commentForFile(text(older)), NSString(u"new")) << "from 10.5 on no comment is nil";
+    const testing::CapturedLog silent;
+    const testing::SystemVersion tiger(0x1049);
+    WSMoveFilesToFolder({text(taken)}, text(folder_), false);
+    EXPECT_EQ(commentForFile(text(older)), NSString());
 }
 
 TEST_F(TwoVolumesTest, aFileOnAnotherVolumeIsCopiedAndSoAreAllAfterIt) {
