@@ -10,11 +10,18 @@ namespace kestrine {
 
 namespace {
 
+/// A name of nothing but slashes would stand for the source folder as a whole: it gets the empty path, which
+/// is refused everywhere.
+std::string pathOf(const NSString& source, const NSString& file) {
+    const bool isName = file.utf16().find_first_not_of(u'/') != std::u16string::npos;
+    return isName ? source.appendingPathComponent(file).utf8() : "";
+}
+
 bool recycle(const NSString& source, const std::vector<NSString>& files) {
     const Environment environment = Environment::ofProcess();
     bool allWent = true;
     for (const NSString& file : files) {
-        const auto trashed = moveToTrash(source.appendingPathComponent(file).utf8(), environment);
+        const auto trashed = moveToTrash(pathOf(source, file), environment);
         if (!trashed)
             noteFailure(trashed.failure());
         allWent = allWent && trashed.ok();
@@ -40,11 +47,8 @@ constexpr Operation operations[] = {
 bool bringTo(const NSString& destination, const NSString& source, const std::vector<NSString>& files,
              Bring bring) {
     std::vector<std::string> items;
-    for (const NSString& file : files) {
-        if (file.isEmpty())
-            return false; // it would stand for the source folder as a whole
-        items.push_back(source.appendingPathComponent(file).utf8());
-    }
+    for (const NSString& file : files)
+        items.push_back(pathOf(source, file));
     return !bring(items, destination.utf8());
 }
 

@@ -87,9 +87,13 @@ TEST_F(Workspace, aFailureIsToldByTheTag) {
 }
 
 TEST_F(Workspace, anEmptyNameDoesNotStandForTheSource) {
-    EXPECT_FALSE(perform(NSWorkspaceMoveOperation, {""}));
-    EXPECT_TRUE(exists("from"));
-    EXPECT_FALSE(exists("to/from"));
+    for (const char16_t* operation : {NSWorkspaceRecycleOperation, NSWorkspaceMoveOperation,
+                                      NSWorkspaceCopyOperation, NSWorkspaceLinkOperation}) {
+        for (const char* name : {"", "/", "//", ".", ".."})
+            EXPECT_FALSE(perform(operation, {name})) << NSString(operation).utf8() << name;
+        EXPECT_TRUE(exists("from"));
+        EXPECT_FALSE(exists("to/from"));
+    }
 }
 
 TEST_F(Workspace, packagesAreToldFromFolders) {
