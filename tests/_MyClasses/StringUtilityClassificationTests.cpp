@@ -77,17 +77,17 @@ TEST_F(StringUtilityClassification, theCharacterSetsComeFromTheTable) {
         given("alphabetCharacterSet = abc; \"japaneseCharacterset\" = \"あ\xf0\x9b\x80\x80\";");
     EXPECT_TRUE(isAlphanumericString(u"cab", bundle));
     EXPECT_FALSE(isAlphanumericString(u"cabd", bundle));
-    EXPECT_TRUE(isHiraganaKatakanaString(u"\U0001b000あ", bundle));
-    EXPECT_FALSE(isHiraganaKatakanaString(u"あa", bundle));
-    EXPECT_FALSE(isHiraganaKatakanaString(u"\xd82c", bundle)) << "half of a member is no member";
-    EXPECT_TRUE(isHiraganaKatakanaAlphabetString(u"あa", bundle));
-    EXPECT_FALSE(isHiraganaKatakanaAlphabetString(u"あaい", bundle));
+    EXPECT_TRUE(isHiraganaKatanakaString(u"\U0001b000あ", bundle));
+    EXPECT_FALSE(isHiraganaKatanakaString(u"あa", bundle));
+    EXPECT_FALSE(isHiraganaKatanakaString(u"\xd82c", bundle)) << "half of a member is no member";
+    EXPECT_TRUE(isHiraganaKatanakaAlphabetString(u"あa", bundle));
+    EXPECT_FALSE(isHiraganaKatanakaAlphabetString(u"あaい", bundle));
 }
 
 TEST_F(StringUtilityClassification, withoutATableTheKeysLettersAreTheSet) {
     EXPECT_TRUE(isAlphanumericString(u"betaChar", withoutTable()));
     EXPECT_FALSE(isAlphanumericString(u"xyz", withoutTable()));
-    EXPECT_TRUE(isHiraganaKatakanaString(u"japan", withoutTable()));
+    EXPECT_TRUE(isHiraganaKatanakaString(u"japan", withoutTable()));
     EXPECT_TRUE(isAlphanumericString(u"", withoutTable()));
 }
 
@@ -96,10 +96,10 @@ TEST_F(StringUtilityClassification, theShippedSetsHoldLettersDigitsAndKana) {
         NSBundle& bundle = shipped(language);
         EXPECT_TRUE(isAlphanumericString(u"AZaz09", bundle));
         EXPECT_FALSE(isAlphanumericString(u"a b", bundle));
-        EXPECT_TRUE(isHiraganaKatakanaString(u"ひらがなコーヒーﾊﾟゞ", bundle));
-        EXPECT_FALSE(isHiraganaKatakanaString(u"漢字", bundle));
-        EXPECT_TRUE(isHiraganaKatakanaAlphabetString(u"カメラ2", bundle));
-        EXPECT_FALSE(isHiraganaKatakanaAlphabetString(u"カメラ。", bundle));
+        EXPECT_TRUE(isHiraganaKatanakaString(u"ひらがなコーヒーﾊﾟゞ", bundle));
+        EXPECT_FALSE(isHiraganaKatanakaString(u"漢字", bundle));
+        EXPECT_TRUE(isHiraganaKatanakaAlphabetString(u"カメラ2", bundle));
+        EXPECT_FALSE(isHiraganaKatanakaAlphabetString(u"カメラ。", bundle));
     }
 }
 

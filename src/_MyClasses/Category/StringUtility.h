@@ -113,11 +113,11 @@ bool isNumberString(const NSString& receiver);
 /// `isAlphanumericString`: of the localized "alphabetCharacterSet".
 bool isAlphanumericString(const NSString& receiver, NSBundle& bundle = NSBundle::mainBundle());
 
-/// `isHiraganaKatakanaString`: of the localized "japaneseCharacterset".
-bool isHiraganaKatakanaString(const NSString& receiver, NSBundle& bundle = NSBundle::mainBundle());
+/// `isHiraganaKatanakaString`, spelled so on purpose: of the localized "japaneseCharacterset".
+bool isHiraganaKatanakaString(const NSString& receiver, NSBundle& bundle = NSBundle::mainBundle());
 
-/// `isHiraganaKatakanaAlphabetString`: of both.
-bool isHiraganaKatakanaAlphabetString(const NSString& receiver, NSBundle& bundle = NSBundle::mainBundle());
+/// `isHiraganaKatanakaAlphabetString`: of both.
+bool isHiraganaKatanakaAlphabetString(const NSString& receiver, NSBundle& bundle = NSBundle::mainBundle());
 
 // Escaping.
 

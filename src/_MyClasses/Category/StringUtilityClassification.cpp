@@ -32,11 +32,11 @@ bool isAlphanumericString(const NSString& receiver, NSBundle& bundle) {
     return consistsOf(receiver, localizedText(bundle, u"alphabetCharacterSet"));
 }
 
-bool isHiraganaKatakanaString(const NSString& receiver, NSBundle& bundle) {
+bool isHiraganaKatanakaString(const NSString& receiver, NSBundle& bundle) {
     return consistsOf(receiver, localizedText(bundle, u"japaneseCharacterset"));
 }
 
-bool isHiraganaKatakanaAlphabetString(const NSString& receiver, NSBundle& bundle) {
+bool isHiraganaKatanakaAlphabetString(const NSString& receiver, NSBundle& bundle) {
     return consistsOf(receiver, localizedText(bundle, u"japaneseCharacterset")
                                     + localizedText(bundle, u"alphabetCharacterSet"));
 }
