@@ -1,13 +1,31 @@
-// Markup, escaping and search words of any text: what is left holds no more of what was to go.
+// Markup, escaping and search words of any text: what is left holds no more of what was to go. Removing all
+// spans at once gives what removing one after the other does.
 #include "_MyClasses/Category/StringUtility.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
 
+constexpr std::size_t longestStepwise = 1000; // the steps take the square of the length
+
 void require(bool condition) {
     if (!condition)
         std::abort();
+}
+
+/// The first code units of `text` are the delimiters: one or two each, by the first unit's last two bits.
+void requireStepsOfRemoval(const kestrine::NSString& text) {
+    using namespace kestrine;
+    if (text.length() < 6)
+        return;
+    const std::size_t first = 1 + (text[0] & 1u), second = 1 + (text[0] >> 1 & 1u);
+    const NSString opening = text.substring({1, first}), closing = text.substring({1 + first, second});
+    const NSString rest = text.substring({5, std::min(text.length() - 5, longestStepwise)});
+    NSString expected = rest;
+    while (StringUtility::rangeOfStringFrom(expected, opening, closing).length != 0)
+        expected = StringUtility::removeStringFrom(expected, opening, closing);
+    require(StringUtility::removeAllStringStartFrom(rest, opening, closing) == expected);
 }
 
 } // namespace
@@ -28,5 +46,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     for (const NSString& word : separateStringKeyToArray(text, bundle))
         require(!word.contains(u"\""));
     require(naturalCompare(text, text) == 0);
+    requireStepsOfRemoval(text);
     return 0;
 }
