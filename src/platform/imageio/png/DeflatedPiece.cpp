@@ -9,8 +9,8 @@ namespace kestrine {
 
 namespace {
 
-/// How hard libdeflate tries, 1 to 12. For photographs 5 takes two thirds of the time of 6 and makes 1 to 2 %
-/// more bytes, about as many as zlib's 6 in a seventh of its time.
+/// How hard libdeflate tries, 1 to 12. For photographs 6 takes half as long again and saves 2 % of the bytes;
+/// zlib's level 5 makes as many bytes in three times the time.
 constexpr int compression = 5;
 
 struct CompressorDeleter {
@@ -30,32 +30,32 @@ struct LastBlock {
 
 /// Where the last of the deflate blocks lies. libdeflate does not tell, so zlib inflates them and stops at
 /// each.
-LastBlock findLastBlock(Bytes& deflated, std::size_t inflatedLength) {
+LastBlock findLastBlock(Bytes& deflated) {
     constexpr int noHeader = -MAX_WBITS, unusedBits = 7, inLastBlock = 64, atBoundary = 128;
     const std::unique_ptr<z_stream, InflateDeleter> stream(new z_stream{});
     if (inflateInit2(stream.get(), noHeader) != Z_OK)
         throw std::bad_alloc();
-    Bytes inflated(inflatedLength + 1);
+    Bytes inflated(1 << 16); // of no further use
     stream->next_in = deflated.data();
     stream->avail_in = static_cast<uInt>(deflated.size());
-    stream->next_out = inflated.data();
-    stream->avail_out = static_cast<uInt>(inflated.size());
     LastBlock last;
-    while (inflate(stream.get(), Z_BLOCK) == Z_OK) {
+    while (last.end == 0) {
+        stream->next_out = inflated.data();
+        stream->avail_out = static_cast<uInt>(inflated.size());
+        if (inflate(stream.get(), Z_BLOCK) != Z_OK)
+            throw std::bad_alloc(); // nothing else can go wrong with what was compressed just now
         if ((stream->data_type & atBoundary) == 0)
             continue;
         const std::size_t position = 8 * std::size_t{stream->total_in} - (stream->data_type & unusedBits);
         (stream->data_type & inLastBlock ? last.end : last.begin) = position;
-        if (last.end != 0)
-            break;
     }
     return last;
 }
 
 /// Takes the mark of the last block away, and fills the last byte with an empty stored block.
-void letMoreFollow(Bytes& deflated, std::size_t inflatedLength) {
+void letMoreFollow(Bytes& deflated) {
     constexpr std::size_t blockHeadBits = 3;
-    const LastBlock last = findLastBlock(deflated, inflatedLength);
+    const LastBlock last = findLastBlock(deflated);
     deflated[last.begin / 8] &= static_cast<std::uint8_t>(~(1U << last.begin % 8));
     if (8 * deflated.size() - last.end < blockHeadBits)
         deflated.push_back(0);
@@ -74,7 +74,7 @@ DeflatedPiece deflatePiece(ByteView bytes, bool isLast) {
     piece.deflated.resize(libdeflate_deflate_compress(compressor.get(), bytes.data(), bytes.size(),
                                                       piece.deflated.data(), piece.deflated.size()));
     if (!isLast)
-        letMoreFollow(piece.deflated, bytes.size());
+        letMoreFollow(piece.deflated);
     return piece;
 }
 
