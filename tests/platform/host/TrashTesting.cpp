@@ -1,6 +1,6 @@
 #include "tests/platform/host/TrashTesting.h"
 
-#include <regex>
+#include <regex.h>
 
 namespace kestrine::testing {
 
@@ -20,13 +20,18 @@ std::vector<std::string> namesInFolder(const std::filesystem::path& folder) {
 }
 
 std::string recordedPath(const TrashedItem& item) {
-    static const std::regex form(
-        R"(\[Trash Info\]\nPath=([!-~]+)\nDeletionDate=\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\n)");
-    const std::string text = readFile(item.infoPath);
-    std::smatch parts;
-    if (!std::regex_match(text, parts, form))
+    regex_t form;
+    const char* const lines = "^\\[Trash Info\\]\nPath=([!-~]+)\nDeletionDate="
+                              "[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\n$";
+    if (::regcomp(&form, lines, REG_EXTENDED) != 0)
         return "";
-    const std::string encoded = parts[1];
+    const std::string text = readFile(item.infoPath);
+    regmatch_t parts[2];
+    const bool isRecord = ::regexec(&form, text.c_str(), 2, parts, 0) == 0;
+    ::regfree(&form);
+    if (!isRecord)
+        return "";
+    const std::string encoded(text.begin() + parts[1].rm_so, text.begin() + parts[1].rm_eo);
     std::string path;
     for (std::size_t i = 0; i < encoded.size(); ++i) {
         const bool isByte = encoded[i] == '%';
