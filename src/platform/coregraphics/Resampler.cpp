@@ -1,11 +1,9 @@
 #include "platform/coregraphics/Resampler.h"
 
-#include "platform/coregraphics/ColumnFilter.h"
+#include "platform/coregraphics/FilteredRows.h"
 #include "platform/coregraphics/kernels/ResampleRows.h"
 
-#include <algorithm>
 #include <array>
-#include <vector>
 
 namespace kestrine {
 
@@ -24,19 +22,15 @@ class ResampledRows final : public RowSource {
 public:
     ResampledRows(RowSourcePointer input, const Resampling& resampling, const ColorProfile* profile,
                   SampleDepth outDepth)
-        : RowSource(resampledFormat(input->format(), resampling, outDepth)), input_(std::move(input)),
-          conversion_(input_->format(), resampling.x.outSize, outDepth, resampling.light, profile),
-          columns_(ColumnFilter::create({resampling.filter, resampling.y, input_->format().height},
-                                        input_->format().samplesPerRow(), kernels::rowPadding)),
-          weights_(resampling.filter, resampling.x, input_->format().width),
-          samples_(input_->format().bytesPerRow()), rowsLeft_(format().height) {
-        const std::size_t atOnce = std::min<std::size_t>(kernels::mostRowsWeighed, rowsLeft_);
-        results_.resize(atOnce, FloatRow(format().samplesPerRow() + kernels::rowPadding));
-        nextResult_ = atOnce;
+        : RowSource(resampledFormat(input->format(), resampling, outDepth)),
+          conversion_(input->format(), resampling.x.outSize, outDepth, resampling.light, profile),
+          weights_(resampling.filter, resampling.x, input->format().width) {
+        FilterWeights vertical(resampling.filter, resampling.y, input->format().height);
+        filtered_ = FilteredRows::create(std::move(input), conversion_, std::move(vertical));
     }
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (nextResult_ == results_.size())
+        if (nextResult_ == resultCount_)
             if (Result<void> made = makeResults(); !made)
                 return made;
         conversion_.toSamples(results_[nextResult_++].data(), format().width, row.data());
@@ -45,45 +39,28 @@ public:
 
 private:
     Result<void> makeResults() {
-        results_.resize(std::min<std::size_t>(results_.size(), rowsLeft_));
-        std::array<FloatRow, kernels::mostRowsWeighed> filtered;
+        const Result<std::span<const FloatRow>> filtered = filtered_->next();
+        if (!filtered)
+            return filtered.failure();
+        resultCount_ = filtered->size();
         std::array<const float*, kernels::mostRowsWeighed> from{};
         std::array<float*, kernels::mostRowsWeighed> to{};
-        for (std::size_t r = 0; r < results_.size(); ++r) {
-            if (Result<void> read = readColumns(); !read)
-                return read;
-            filtered[r] = columns_->takeRow();
-            from[r] = filtered[r].data();
+        for (std::size_t r = 0; r < resultCount_; ++r) {
+            results_[r].resize(format().samplesPerRow() + kernels::rowPadding);
+            from[r] = (*filtered)[r].data();
             to[r] = results_[r].data();
         }
-        kernels::weighRows(std::span(from).first(results_.size()), format().channels(),
-                           weights_.kernelWeights(), std::span(to).first(results_.size()));
-        for (std::size_t r = 0; r < results_.size(); ++r)
-            columns_->giveBack(std::move(filtered[r]));
-        rowsLeft_ -= results_.size();
+        kernels::weighRows(std::span(from).first(resultCount_), format().channels(), weights_.kernelWeights(),
+                           std::span(to).first(resultCount_));
         nextResult_ = 0;
         return {};
     }
 
-    /// Reads what the next row of columns_ needs.
-    Result<void> readColumns() {
-        while (columns_->needsRow()) {
-            if (Result<void> read = input_->readRow(samples_); !read)
-                return read;
-            conversion_.toFloats(samples_.data(), columns_->rowToFill());
-            columns_->rowAdded();
-        }
-        return {};
-    }
-
-    const RowSourcePointer input_;
     SampleConversion conversion_;
-    const std::unique_ptr<ColumnFilter> columns_;
     const FilterWeights weights_;
-    Bytes samples_;
-    std::size_t rowsLeft_; ///< that makeResults() has not made
-    std::vector<FloatRow> results_;
-    std::size_t nextResult_; ///< of results_, for readRow()
+    std::array<FloatRow, kernels::mostRowsWeighed> results_;
+    std::size_t resultCount_ = 0, nextResult_ = 0; ///< of results_, for readRow()
+    std::unique_ptr<FilteredRows> filtered_;       ///< may work ahead with conversion_
 };
 
 } // namespace

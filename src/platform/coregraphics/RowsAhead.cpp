@@ -1,14 +1,10 @@
 #include "platform/coregraphics/RowsAhead.h"
 
+#include "platform/coregraphics/SlotsAhead.h"
 #include "platform/host/Bytes.h"
 
 #include <algorithm>
-#include <array>
-#include <condition_variable>
 #include <cstring>
-#include <mutex>
-#include <optional>
-#include <system_error>
 #include <thread>
 
 namespace kestrine {
@@ -32,125 +28,65 @@ bool mayStartThreads(const RowFormat& format) {
 /// What one turn of the second thread made.
 struct Band {
     Bytes rows;
-    std::size_t count = 0;          ///< complete rows
-    std::optional<Failure> failure; ///< in place of the row behind them
-    std::exception_ptr thrown;      ///< likewise
+    std::size_t count = 0;     ///< complete rows
+    Interruption interruption; ///< in place of the row behind them
 };
 
-/// Bands go round: the second thread fills the next one that is free, the first reads them in order.
 class RowsAhead final : public RowSource {
 public:
     RowsAhead(RowSourcePointer input, std::size_t rows)
-        : RowSource(input->format()), input_(std::move(input)), rows_(rows),
+        : RowSource(input->format()), input_(std::move(input)), rowsLeft_(rows),
           rowsABand_(std::max<std::size_t>(1, bandBytes / format().bytesPerRow())) {
-        for (Band& band : bands_)
+        for (Band& band : bands_.slots())
             band.rows.resize(rowsABand_ * format().bytesPerRow());
     }
 
     /// Whether the system had a thread for it; if not, `takeInput()` is all that is left to do.
     bool start() {
-        try {
-            thread_ = std::thread([this] { fillBands(); });
-            return true;
-        } catch (const std::system_error&) {
-            return false;
-        }
+        return bands_.start([this](Band& band) { return fill(band); });
     }
     RowSourcePointer takeInput() { return std::move(input_); }
-
-    ~RowsAhead() override {
-        {
-            const std::lock_guard lock(mutex_);
-            isWanted_ = false;
-        }
-        changed_.notify_all();
-        if (thread_.joinable())
-            thread_.join();
-    }
 
     bool isReadAhead() const override { return true; }
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        Band& band = bandToRead();
-        if (nextRow_ == band.count) {
-            if (band.thrown)
-                std::rethrow_exception(band.thrown);
-            return *band.failure;
+        if (band_ == nullptr || (nextRow_ == band_->count && !band_->interruption)) {
+            band_ = &bands_.next();
+            nextRow_ = 0;
         }
-        std::memcpy(row.data(), band.rows.data() + nextRow_ * row.size(), row.size());
+        if (nextRow_ == band_->count)
+            return band_->interruption.passOn();
+        std::memcpy(row.data(), band_->rows.data() + nextRow_ * row.size(), row.size());
         ++nextRow_;
         return {};
     }
 
 private:
-    /// The band that the next row stands in, or in whose end the failure stands. A failed band is the last.
-    Band& bandToRead() {
-        Band* band = &bands_[read_ % bandCount];
-        const bool isUsedUp = isReading_ && nextRow_ == band->count && !band->failure && !band->thrown;
-        if (isReading_ && !isUsedUp)
-            return *band;
-        std::unique_lock lock(mutex_);
-        if (isUsedUp) {
-            ++read_;
-            changed_.notify_all();
-        }
-        changed_.wait(lock, [this] { return filled_ > read_; });
-        isReading_ = true;
-        nextRow_ = 0;
-        return bands_[read_ % bandCount];
-    }
-
-    void fillBands() {
-        for (std::size_t rest = rows_; rest > 0;) {
-            {
-                std::unique_lock lock(mutex_);
-                changed_.wait(lock, [this] { return filled_ - read_ < bandCount || !isWanted_; });
-                if (!isWanted_)
-                    return;
-            }
-            Band& band = bands_[filled_ % bandCount];
-            fill(band, std::min(rest, rowsABand_));
-            rest -= band.count;
-            {
-                const std::lock_guard lock(mutex_);
-                ++filled_;
-            }
-            changed_.notify_all();
-            if (band.failure || band.thrown)
-                return;
-        }
-    }
-
-    void fill(Band& band, std::size_t wanted) {
-        const std::size_t size = format().bytesPerRow();
-        band.count = 0;
+    bool fill(Band& band) {
         try {
-            for (; band.count < wanted; ++band.count)
-                if (Result<void> read = input_->readRow({band.rows.data() + band.count * size, size});
-                    !read) {
-                    band.failure = read.failure();
-                    return;
-                }
+            fillRows(band);
         } catch (...) {
-            band.thrown = std::current_exception();
+            band.interruption.thrown = std::current_exception();
         }
+        rowsLeft_ -= band.count;
+        return !band.interruption && rowsLeft_ > 0;
+    }
+
+    void fillRows(Band& band) {
+        const std::size_t size = format().bytesPerRow(), wanted = std::min(rowsLeft_, rowsABand_);
+        for (band.count = 0; band.count < wanted; ++band.count)
+            if (Result<void> read = input_->readRow({band.rows.data() + band.count * size, size}); !read) {
+                band.interruption.failure = read.failure();
+                return;
+            }
     }
 
     RowSourcePointer input_; ///< of the second thread
-    const std::size_t rows_; ///< that will be asked for
+    std::size_t rowsLeft_;   ///< that will be asked for; of the second thread
     const std::size_t rowsABand_;
-    std::array<Band, bandCount> bands_;
-
-    std::mutex mutex_; // guards the counts and the wish; a band belongs to one thread at a time
-    std::condition_variable changed_;
-    std::size_t filled_ = 0; ///< bands so far
-    std::size_t read_ = 0;   ///< bands so far
-    bool isWanted_ = true;
-
-    bool isReading_ = false; ///< of the first thread: whether it holds a band
-    std::size_t nextRow_ = 0;
-
-    std::thread thread_;
+    const Band* band_ = nullptr; ///< that the first thread reads
+    std::size_t nextRow_ = 0;    ///< of band_
+    SlotsAhead<Band, bandCount> bands_;
 };
 
 RowSourcePointer startedAhead(RowSourcePointer input, std::size_t rows) {
@@ -194,7 +130,7 @@ RowSourcePointer rowsAhead(RowSourcePointer input) {
     return startedAhead(std::move(input), rows);
 }
 
-std::size_t decodingThreads(const RowFormat& format) {
+std::size_t usefulThreads(const RowFormat& format) {
     return mayStartThreads(format) ? std::min(std::thread::hardware_concurrency(), mostThreads) : 1;
 }
 

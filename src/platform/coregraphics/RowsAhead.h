@@ -13,9 +13,8 @@ namespace kestrine {
 /// is when others read ahead for it already.
 RowSourcePointer rowsAhead(RowSourcePointer input);
 
-/// How many threads may share the work of decoding a picture of this format into bands: 1 when there is no
-/// use in more.
-std::size_t decodingThreads(const RowFormat& format);
+/// How many threads may share the work on a picture of this format: 1 when there is no use in more.
+std::size_t usefulThreads(const RowFormat& format);
 
 /// The rows of a picture whose parts are independent: cut into bands of `rowsABand` rows, of which `parts[k]`
 /// delivers the bands k, k + n, k + 2n, ..., n being the number of parts, each on a thread of its own. All

@@ -111,7 +111,7 @@ private:
 };
 
 Result<void> writePixels(RowSource& rows, Bytes& file) {
-    const std::size_t threads = decodingThreads(rows.format());
+    const std::size_t threads = usefulThreads(rows.format());
     ImageDataWriter writer(file, threads > 1 ? threads : 0);
     RowFilter filter(rows.format());
     Bytes row(rows.format().bytesPerRow());

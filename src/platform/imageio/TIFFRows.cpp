@@ -199,7 +199,7 @@ Share sharesOf(const TIFFPage& page, const TIFFStoredRows& rows) {
     const auto blocks = static_cast<std::uint32_t>(enough / (rows.rowBytes() * blockRows) + 1);
     const std::uint32_t rowsABand = blockRows * blocks;
     const bool isCutIntoBands = rowsABand < page.format.height;
-    return {rowsABand, 0, isCutIntoBands ? static_cast<std::uint32_t>(decodingThreads(page.format)) : 1};
+    return {rowsABand, 0, isCutIntoBands ? static_cast<std::uint32_t>(usefulThreads(page.format)) : 1};
 }
 
 } // namespace

@@ -1,0 +1,124 @@
+#include "platform/coregraphics/FilteredRows.h"
+
+#include "platform/coregraphics/RowsAhead.h"
+#include "platform/coregraphics/SlotsAhead.h"
+#include "platform/coregraphics/kernels/ResampleRows.h"
+
+#include <algorithm>
+
+namespace kestrine {
+
+namespace {
+
+/// What is handed on at a time. Rows that were used stay in their batch until it is filled again.
+using Batch = std::vector<FloatRow>;
+
+class Filtering {
+public:
+    Filtering(RowSourcePointer input, const SampleConversion& conversion, FilterWeights weights)
+        : input_(std::move(input)), conversion_(conversion), rowsLeft_(weights.outSize()),
+          columns_(ColumnFilter::create(std::move(weights), input_->format().samplesPerRow(),
+                                        kernels::rowPadding)),
+          samples_(input_->format().bytesPerRow()) {}
+
+    std::size_t rowsLeft() const { return rowsLeft_; }
+
+    Result<void> fill(Batch& batch) {
+        for (FloatRow& row : batch)
+            columns_->giveBack(std::move(row));
+        batch.clear();
+        for (std::size_t wanted = std::min(kernels::mostRowsWeighed, rowsLeft_); wanted > 0; --wanted) {
+            if (Result<void> read = readColumns(); !read)
+                return read;
+            batch.push_back(columns_->takeRow());
+        }
+        rowsLeft_ -= batch.size();
+        return {};
+    }
+
+private:
+    /// Reads what the next row of columns_ needs.
+    Result<void> readColumns() {
+        while (columns_->needsRow()) {
+            if (Result<void> read = input_->readRow(samples_); !read)
+                return read;
+            conversion_.toFloats(samples_.data(), columns_->rowToFill());
+            columns_->rowAdded();
+        }
+        return {};
+    }
+
+    const RowSourcePointer input_;
+    const SampleConversion& conversion_;
+    std::size_t rowsLeft_;
+    const std::unique_ptr<ColumnFilter> columns_;
+    Bytes samples_;
+};
+
+class FilteredHere final : public FilteredRows {
+public:
+    explicit FilteredHere(std::unique_ptr<Filtering> filtering) : filtering_(std::move(filtering)) {}
+
+    Result<std::span<const FloatRow>> next() override {
+        if (Result<void> filled = filtering_->fill(batch_); !filled)
+            return filled.failure();
+        return std::span<const FloatRow>(batch_);
+    }
+
+private:
+    const std::unique_ptr<Filtering> filtering_;
+    Batch batch_;
+};
+
+class FilteredAhead final : public FilteredRows {
+public:
+    explicit FilteredAhead(std::unique_ptr<Filtering> filtering) : filtering_(std::move(filtering)) {}
+
+    /// Whether the system had a thread for it; if not, takeFiltering() is all that is left to do.
+    bool start() {
+        return slots_.start([this](Slot& slot) { return fill(slot); });
+    }
+    std::unique_ptr<Filtering> takeFiltering() { return std::move(filtering_); }
+
+    Result<std::span<const FloatRow>> next() override {
+        const Slot& slot = slots_.next();
+        if (slot.interruption)
+            return slot.interruption.passOn();
+        return std::span<const FloatRow>(slot.batch);
+    }
+
+private:
+    struct Slot {
+        Batch batch;
+        Interruption interruption; ///< instead of the batch
+    };
+
+    bool fill(Slot& slot) {
+        try {
+            if (Result<void> filled = filtering_->fill(slot.batch); !filled)
+                slot.interruption.failure = filled.failure();
+        } catch (...) {
+            slot.interruption.thrown = std::current_exception();
+        }
+        return !slot.interruption && filtering_->rowsLeft() > 0;
+    }
+
+    std::unique_ptr<Filtering> filtering_; ///< of the second thread
+    SlotsAhead<Slot, 3> slots_;            ///< one in each thread's hands, one between them
+};
+
+} // namespace
+
+std::unique_ptr<FilteredRows> FilteredRows::create(RowSourcePointer input, const SampleConversion& conversion,
+                                                   FilterWeights weights) {
+    const bool hasThread = usefulThreads(input->format()) > 1;
+    auto filtering = std::make_unique<Filtering>(std::move(input), conversion, std::move(weights));
+    if (!hasThread)
+        return std::make_unique<FilteredHere>(std::move(filtering));
+    auto ahead = std::make_unique<FilteredAhead>(std::move(filtering));
+    if (!ahead->start())
+        return std::make_unique<FilteredHere>(ahead->takeFiltering());
+    return ahead;
+}
+
+} // namespace kestrine
