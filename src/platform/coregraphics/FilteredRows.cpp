@@ -111,7 +111,7 @@ private:
 
 std::unique_ptr<FilteredRows> FilteredRows::create(RowSourcePointer input, const SampleConversion& conversion,
                                                    FilterWeights weights) {
-    const bool hasThread = usefulThreads(input->format()) > 1;
+    const bool hasThread = !input->isReadAhead() && usefulThreads(input->format()) > 1;
     auto filtering = std::make_unique<Filtering>(std::move(input), conversion, std::move(weights));
     if (!hasThread)
         return std::make_unique<FilteredHere>(std::move(filtering));

@@ -16,8 +16,8 @@ thread_local int forbiddenScopes = 0;
 // Starting a thread costs about as much as decoding 20,000 pixels; below this there is nothing to win.
 constexpr std::uint64_t fewestPixels = 250'000;
 constexpr unsigned mostThreads = 4;
-// A handful of bands lets both sides work on while the other's pace varies; a band fits the cache of a core.
-constexpr std::size_t bandCount = 4;
+// Some bands let both sides work on while the other's pace varies; together they fit the cache of a core.
+constexpr std::size_t bandCount = 8;
 constexpr std::size_t bandBytes = std::size_t{128} << 10;
 
 bool mayStartThreads(const RowFormat& format) {

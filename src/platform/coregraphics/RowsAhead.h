@@ -8,7 +8,7 @@
 namespace kestrine {
 
 /// The rows of `input`, unchanged, read from it on a thread of its own that stays a few rows ahead (about
-/// half a MiB). What `input` fails with, or throws, comes out where its row would have come. Without a second
+/// a MiB). What `input` fails with, or throws, comes out where its row would have come. Without a second
 /// thread (none to be had, too little to do, or forbidden by a OneThreadScope) this is `input` itself, as it
 /// is when others read ahead for it already.
 RowSourcePointer rowsAhead(RowSourcePointer input);

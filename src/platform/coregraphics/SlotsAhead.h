@@ -29,7 +29,8 @@ struct Interruption {
 };
 
 /// `count` slots: the second thread fills the next one that is free, the first uses them in order. A slot
-/// belongs to one thread at a time.
+/// belongs to one thread at a time. A second thread that has filled them all rests until half of them are
+/// free, since waking it for each would cost more than it does with one.
 template <class Slot, std::size_t count>
 class SlotsAhead {
 public:
@@ -66,7 +67,8 @@ public:
         std::unique_lock lock(mutex_);
         if (isUsing_) {
             ++used_;
-            changed_.notify_all();
+            if (filled_ - used_ == restUntil)
+                changed_.notify_all();
         }
         changed_.wait(lock, [this] { return filled_ > used_; });
         isUsing_ = true;
@@ -74,14 +76,20 @@ public:
     }
 
 private:
+    static constexpr std::size_t restUntil = count / 2; ///< so many wait to be used
+
+    /// Waits for a slot that is free; false when none is wanted any more.
+    bool waitForFree() {
+        std::unique_lock lock(mutex_);
+        if (filled_ - used_ == count)
+            changed_.wait(lock, [this] { return filled_ - used_ <= restUntil || !isWanted_; });
+        return isWanted_;
+    }
+
     void fillSlots(const std::function<bool(Slot&)>& fill) {
         for (bool isLast = false; !isLast;) {
-            {
-                std::unique_lock lock(mutex_);
-                changed_.wait(lock, [this] { return filled_ - used_ < count || !isWanted_; });
-                if (!isWanted_)
-                    return;
-            }
+            if (!waitForFree())
+                return;
             isLast = !fill(slots_[filled_ % count]);
             {
                 const std::lock_guard lock(mutex_);

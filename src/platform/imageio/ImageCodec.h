@@ -28,6 +28,7 @@ struct FrameDescription {
     Resolution resolution;
     std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB, untagged
     bool canReduce = false;              ///< whether rows() can deliver 4, 2 or 1 eighths
+    bool isUncompressed = false;         ///< whether rows cost little more than reading their bytes
 };
 
 /// An opened file whose header has been read. It holds no pixels.

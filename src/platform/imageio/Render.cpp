@@ -63,8 +63,9 @@ public:
         Result<RowSourcePointer> rows = picture_.source->rows(picture_.frame, eighths);
         if (!rows)
             return rows;
-        const bool isInMemory = picture_.source->keepsPixels(picture_.frame);
-        RowSourcePointer pipeline = isInMemory ? std::move(*rows) : rowsAhead(std::move(*rows));
+        const bool isCostly =
+            !picture_.description().isUncompressed && !picture_.source->keepsPixels(picture_.frame);
+        RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(*rows)) : std::move(*rows);
         for (std::size_t i = 0; i < plan.steps.size(); ++i)
             pipeline = addStep(std::move(pipeline), plan.steps[i], i + 1 == plan.steps.size());
         if (!keeps16Bits_)
@@ -75,7 +76,8 @@ public:
 private:
     /// Lets the decoder reduce when the first thing done is a reduction, and edits that step accordingly.
     int chooseEighths(RowPlan& plan) const {
-        if (plan.steps.empty() || !picture_.description().canReduce || picture_.source->keepsPixels(picture_.frame))
+        if (plan.steps.empty() || !picture_.description().canReduce
+            || picture_.source->keepsPixels(picture_.frame))
             return 8;
         auto* first = std::get_if<Resampling>(&plan.steps.front());
         if (first == nullptr)

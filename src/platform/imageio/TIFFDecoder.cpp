@@ -56,7 +56,8 @@ private:
 
     void add(TIFFPage page) {
         const bool isAdobeRGB = readExifFacts(exifOfTIFF(structure_, page.directory)).isAdobeRGB;
-        frames_.push_back({page.format, page.resolution, deliveredProfile(page, isAdobeRGB)});
+        frames_.push_back({page.format, page.resolution, deliveredProfile(page, isAdobeRGB), false,
+                           !page.isCompressed && page.isDeliveredAsStored()});
         pages_.push_back(std::make_shared<const TIFFPage>(std::move(page)));
     }
 

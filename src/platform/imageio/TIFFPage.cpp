@@ -249,6 +249,7 @@ Result<TIFFPage> readTIFFPage(const TIFFFile& file, std::uint64_t directory) {
     const std::uint16_t compression = file.shortNumber(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
     if (!file.library().isCodecConfigured(compression))
         return unsupported("this compression");
+    page.isCompressed = compression != COMPRESSION_NONE;
     page.bits = file.shortNumber(TIFFTAG_BITSPERSAMPLE, 1);
     page.samples = file.shortNumber(TIFFTAG_SAMPLESPERPIXEL, 1);
     page.isPlanar = file.shortNumber(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;

@@ -30,6 +30,7 @@ struct TIFFPage {
     int alpha = -1;       ///< which of them is alpha
     bool isPremultiplied = false;
     bool isPlanar = false;       ///< each sample has its own strips or tiles
+    bool isCompressed = false;
     bool isYCbCrJPEG = false;    ///< libtiff's JPEG decoder turns it into RGB
     std::uint32_t tileWidth = 0; ///< 0 when it is stored in strips
     std::uint32_t blockRows = 0; ///< rows of a strip or tile

@@ -199,7 +199,9 @@ Share sharesOf(const TIFFPage& page, const TIFFStoredRows& rows) {
     const auto blocks = static_cast<std::uint32_t>(enough / (rows.rowBytes() * blockRows) + 1);
     const std::uint32_t rowsABand = blockRows * blocks;
     const bool isCutIntoBands = rowsABand < page.format.height;
-    return {rowsABand, 0, isCutIntoBands ? static_cast<std::uint32_t>(usefulThreads(page.format)) : 1};
+    const bool paysThreads = page.isCompressed || !page.isDeliveredAsStored();
+    return {rowsABand, 0,
+            isCutIntoBands && paysThreads ? static_cast<std::uint32_t>(usefulThreads(page.format)) : 1};
 }
 
 } // namespace
