@@ -160,9 +160,13 @@ Result<TrashedItem> moveToTrash(const std::string& path, const Environment& envi
     struct stat folder {};
     const bool isNearHome =
         home && ::fstat(item->folder.number(), &folder) == 0 && folder.st_dev == home->device();
-    Result<TrashedItem> moved =
-        isNearHome ? moveInto(*home, *item, item->path()) : moveIntoVolumeTrash(*item);
-    if (moved || (isNearHome && moved.failure().reason != Reason::unsupported))
+    if (isNearHome) {
+        Result<TrashedItem> moved = moveInto(*home, *item, item->path());
+        // Unsupported: the home's device mounted in a second place, where nothing can be moved from.
+        if (moved || moved.failure().reason != Reason::unsupported)
+            return moved;
+    }
+    if (Result<TrashedItem> moved = moveIntoVolumeTrash(*item))
         return moved;
     if (!home)
         return home.failure();

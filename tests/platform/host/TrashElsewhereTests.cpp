@@ -187,17 +187,29 @@ TEST_F(TrashElsewhere, aLinkIsCopiedItself) {
     });
 }
 
-TEST_F(TrashElsewhere, theHomesDiskMountedInASecondPlaceIsCopiedFrom) {
+TEST_F(TrashElsewhere, theHomesDiskMountedInASecondPlaceHasATrashThere) {
     runWithOwnMounts([&] {
         ASSERT_TRUE(makeFolder(work_ + "/real"));
         mountAgain(work_ + "/real", disk_);
+        Result<TrashedItem> item = trash(write("a.jpg"));
+        ASSERT_TRUE(item);
+        EXPECT_EQ(item->path, ownTrash_ + "/files/a.jpg");
+        EXPECT_EQ(recordedPath(*item), "a.jpg");
+        EXPECT_FALSE(isTaken(trash_ + "/files/a.jpg"));
+    });
+}
+
+TEST_F(TrashElsewhere, theHomesDiskMountedInASecondPlaceWithoutATrashIsCopiedFrom) {
+    runWithOwnMounts([&] {
+        ASSERT_TRUE(makeFolder(work_ + "/real"));
+        mountAgain(work_ + "/real", disk_);
+        blockOwnTrash();
         Result<TrashedItem> item = trash(write("a.jpg"));
         ASSERT_TRUE(item);
         EXPECT_EQ(item->path, trash_ + "/files/a.jpg");
         EXPECT_EQ(readFile(item->path), "content");
         EXPECT_EQ(recordedPath(*item), disk_ + "/a.jpg");
         EXPECT_FALSE(isTaken(work_ + "/real/a.jpg"));
-        EXPECT_FALSE(isTaken(ownTrash_));
     });
 }
 
