@@ -3,6 +3,7 @@
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ExifJSON.h"
+#include "kestrinectl/Words.h"
 #include "platform/foundation/FileCreationDate.h"
 #include "platform/foundation/LocalTime.h"
 #include "platform/foundation/NSException.h"
@@ -67,11 +68,12 @@ void answerForOne(const std::string& file, Answer answer, bool named) {
         throw CommandError("cannot be read");
 }
 
-void answerForAll(const std::vector<std::string>& files, Answer answer) {
+void answerForAll(const std::vector<std::string>& words, Answer answer) {
     std::string failures;
-    for (const std::string& file : files) {
+    for (const std::string& word : words) {
+        const std::string file = typedWord(word);
         try {
-            answerForOne(file, answer, files.size() > 1);
+            answerForOne(file, answer, words.size() > 1);
         } catch (const CommandError& error) {
             failures += (failures.empty() ? "" : "; ") + file + ": " + error.what();
         }

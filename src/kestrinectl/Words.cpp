@@ -1,5 +1,7 @@
 #include "kestrinectl/Words.h"
 
+#include <algorithm>
+
 namespace kestrine {
 
 namespace {
@@ -11,10 +13,17 @@ const std::string mark = "\xff\x01";
 
 std::vector<std::string> markedWords(int count, char** values) {
     std::vector<std::string> words;
-    for (int i = count - 1; i > 0; --i) {
+    bool optionsHaveEnded = false;
+    for (int i = 1; i < count; ++i) {
         const std::string word = values[i];
-        words.push_back(word.starts_with('[') ? mark + word : word);
+        if (!optionsHaveEnded && word == "--")
+            optionsHaveEnded = true;
+        else if (word.starts_with('[') || (optionsHaveEnded && word.starts_with('-')))
+            words.push_back(mark + word);
+        else
+            words.push_back(word);
     }
+    std::ranges::reverse(words);
     return words;
 }
 

@@ -1,6 +1,6 @@
 // Words: the arguments on their way through the option parser, which takes "[a,b]" for a list of two where it
-// expects several words. A word that begins with a bracket gets a mark in front before parsing, and loses it
-// when it is used.
+// expects several words, and "--" for the end of a command that has a file already. Words that begin with a
+// bracket, and behind "--" with a dash, get a mark in front before parsing, and lose it when they are used.
 #pragma once
 
 #include <string>

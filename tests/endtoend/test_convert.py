@@ -122,6 +122,13 @@ class Convert(ToolTest):
         self.convert("-j", "2", "--", *names)
         self.assertEqual(self.names("Web"), sorted(name.replace(b".png", b".jpg") for name in names))
 
+    def test_files_may_stand_before_and_behind_the_end_of_options(self):
+        self.web()
+        self.picture("a.png")
+        self.picture("-b.png")
+        self.convert("a.png", "--", "-b.png")
+        self.assertEqual(self.names("Web"), [b"-b.jpg", b"a.jpg"])
+
     def test_a_terminal_shows_how_far_the_work_has_got(self):
         self.web()
         for name in ("a.png", "b.png"):

@@ -110,6 +110,11 @@ class Exif(ToolTest):
         self.write("b.png", PHOTO)
         self.assertEqual(self.exif("a.jpg", "b.png"), f"a.jpg:\nMaker : A\n\n\n\nb.png:\n{NOT_AVAILABLE}\n")
 
+    def test_files_may_have_any_name(self):
+        for name in ("[a,b].jpg", "-a.jpg"):
+            self.write(name, jpeg([text(0x10f, name)]))
+            self.assertEqual(self.exif("--", name), f"Maker : {name}\n\n\n\n")
+
     def test_json_has_tags_values_and_texts(self):
         [photo] = self.json(self.write("a.jpg", PHOTO))
         self.assertEqual(list(photo), ["path", "reader", "tags", "values", "display", "description"])
