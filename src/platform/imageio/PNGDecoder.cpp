@@ -1,9 +1,9 @@
 // PNG: every colour type and depth, what the file says of its pixels, and which way they are read.
+#include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ExifBlock.h"
 #include "platform/imageio/PNGReader.h"
 #include "platform/imageio/PNGRows.h"
-#include "platform/imageio/png/BigEndian.h"
 #include "platform/imageio/png/FastRows.h"
 
 #include <algorithm>
@@ -26,7 +26,7 @@ Bytes exifChunk(const ByteReader& reader, bool behindPixelsToo) {
     std::uint64_t position = signature.size();
     std::array<std::uint8_t, 8> head;
     for (int i = 0; i < maximumChunks && reader.readAt(position, head) == head.size(); ++i) {
-        const std::uint64_t length = bigEndian32(head.data());
+        const std::uint64_t length = bigEndian(std::span(head).first(4));
         const std::string_view name(reinterpret_cast<const char*>(head.data()) + 4, 4);
         if (name == "eXIf" && length <= maximumExifBytes && position + 8 + length <= reader.size()) {
             Bytes block(length);

@@ -1,6 +1,6 @@
 #include "platform/imageio/png/Chunk.h"
 
-#include "platform/imageio/png/BigEndian.h"
+#include "platform/host/BigEndian.h"
 
 #include <libdeflate.h>
 
@@ -10,12 +10,12 @@ void appendChunk(std::string_view type, std::initializer_list<ByteView> content,
     std::size_t length = 0;
     for (const ByteView part : content)
         length += part.size();
-    appendBigEndian32(static_cast<std::uint32_t>(length), file);
+    appendBigEndian(file, length, 4);
     const std::size_t checked = file.size();
     file.insert(file.end(), type.begin(), type.end());
     for (const ByteView part : content)
         file.insert(file.end(), part.begin(), part.end());
-    appendBigEndian32(libdeflate_crc32(0, file.data() + checked, file.size() - checked), file);
+    appendBigEndian(file, libdeflate_crc32(0, file.data() + checked, file.size() - checked), 4);
 }
 
 } // namespace kestrine

@@ -1,6 +1,6 @@
 #include "platform/imageio/png/ImageDataChunks.h"
 
-#include "platform/imageio/png/BigEndian.h"
+#include "platform/host/BigEndian.h"
 
 #include <algorithm>
 #include <array>
@@ -48,7 +48,7 @@ void ImageDataChunks::beginChunk() {
             state_ = State::ended;
             return;
         }
-        left_ = bigEndian32(head.data());
+        left_ = static_cast<std::uint32_t>(bigEndian(std::span(head).first(4)));
         if (left_ > longestChunk) {
             state_ = State::broken;
             return;
@@ -62,7 +62,7 @@ void ImageDataChunks::beginChunk() {
 
 bool ImageDataChunks::closeChunk() {
     std::array<std::uint8_t, 4> stored;
-    if (!input_.read(stored.data(), stored.size()) || bigEndian32(stored.data()) != checksum_)
+    if (!input_.read(stored.data(), stored.size()) || bigEndian(stored) != checksum_)
         state_ = State::broken;
     return state_ != State::broken;
 }

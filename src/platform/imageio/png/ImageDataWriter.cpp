@@ -1,6 +1,6 @@
 #include "platform/imageio/png/ImageDataWriter.h"
 
-#include "platform/imageio/png/BigEndian.h"
+#include "platform/host/BigEndian.h"
 #include "platform/imageio/png/Chunk.h"
 
 #include <array>
@@ -61,7 +61,7 @@ void ImageDataWriter::write(const DeflatedPiece& piece, bool isLast) {
     adler_ = joinedAdler(adler_, piece.adler, piece.length);
     Bytes end;
     if (isLast)
-        appendBigEndian32(adler_, end);
+        appendBigEndian(end, adler_, 4);
     appendChunk("IDAT", {isFirst_ ? ByteView(streamHeader) : ByteView(), piece.deflated, end}, file_);
     isFirst_ = false;
 }

@@ -1,7 +1,7 @@
 #include "platform/imageio/png/RowFilter.h"
 
 #include "platform/coregraphics/kernels/PNGFilters.h"
-#include "platform/imageio/png/BigEndian.h"
+#include "platform/imageio/png/BigEndianWords.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "platform/imageio/png/StoredPixels.h"
 
-#include "platform/imageio/png/BigEndian.h"
+#include "platform/imageio/png/BigEndianWords.h"
 
 #include <cstring>
 

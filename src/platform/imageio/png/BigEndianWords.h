@@ -1,4 +1,4 @@
-// Numbers as PNG stores them.
+// 16-bit samples as PNG stores them.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -7,16 +7,6 @@
 #include <bit>
 
 namespace kestrine {
-
-inline std::uint32_t bigEndian32(const std::uint8_t* bytes) {
-    return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8
-           | bytes[3];
-}
-
-inline void appendBigEndian32(std::uint32_t number, Bytes& to) {
-    for (int shift = 24; shift >= 0; shift -= 8)
-        to.push_back(static_cast<std::uint8_t>(number >> shift));
-}
 
 /// Copies 16-bit samples from the machine's order into PNG's, or back.
 inline void copyBigEndianWords(ByteView from, std::uint8_t* to) {
