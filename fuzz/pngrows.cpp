@@ -2,7 +2,7 @@
 // fast way and through libpng: both must give the same.
 #include "platform/imageio/PNGRows.h"
 #include "platform/coregraphics/PixelBuffer.h"
-#include "platform/imageio/png/BigEndian.h"
+#include "platform/host/BigEndian.h"
 #include "platform/imageio/png/Chunk.h"
 #include "platform/imageio/png/FastRows.h"
 
@@ -19,8 +19,8 @@ Bytes makeFile(ByteView data) {
     constexpr std::uint8_t colorTypes[] = {0, 2, 4, 6, 3};
     const std::uint8_t kind = data[0] % 9;
     Bytes file = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'}, header;
-    appendBigEndian32(data[1] + 1u, header);
-    appendBigEndian32(data[2] + 1u, header);
+    appendBigEndian(header, data[1] + 1u, 4);
+    appendBigEndian(header, data[2] + 1u, 4);
     header.insert(header.end(),
                   {static_cast<std::uint8_t>(kind < 8 && kind % 2 ? 16 : 8), colorTypes[kind / 2], 0, 0, 0});
     appendChunk("IHDR", {header}, file);
