@@ -52,7 +52,7 @@ TEST(TrashInfo, bytesThatMeanSomethingInAnAddressAreEncoded) {
 
 TEST(TrashInfo, theRecordTellsPathAndLocalTime) {
     testing::runIsolated([] {
-        ::setenv("TZ", "XXX-5:30", 1); // five and a half hours east
+        ::setenv("TZ", "IST-5:30", 1); // five and a half hours east
         EXPECT_EQ(trashInfoText("/a b", 1'700'000'000),
                   "[Trash Info]\nPath=/a%20b\nDeletionDate=2023-11-15T03:43:20\n");
         ::setenv("TZ", "UTC", 1);

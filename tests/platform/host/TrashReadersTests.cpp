@@ -49,7 +49,7 @@ private:
 
 TEST_F(TrashReaders, aTrashedFileIsListedWithItsPathAndLocalTime) {
     runIsolated([&] {
-        ::setenv("TZ", "XXX+11", 1);
+        ::setenv("TZ", "SST+11", 1);
         ASSERT_TRUE(trash(folder_.write("work/a.jpg", "content")));
         const std::time_t now = std::time(nullptr);
         const std::string listed = list();
