@@ -141,6 +141,11 @@ class Vips(Contestant):
         return {"VIPS_CONCURRENCY": "1"} if job.many else {}
 
 
+def magick_options(job):
+    """How both of the Magick tools are told what to write."""
+    return {"jpeg": ["-quality", job.quality], "tiff": ["-compress", "None"]}.get(job.to, [])
+
+
 class ImageMagick(Contestant):
     name = "ImageMagick"
     one_at_a_time = True
@@ -163,9 +168,8 @@ class ImageMagick(Contestant):
 
     def command(self, job):
         hint = f"jpeg:size={2 * job.width}x{2 * job.height}"
-        options = {"jpeg": ["-quality", job.quality], "tiff": ["-compress", "None"]}.get(job.to, [])
         return [self.program, "-path", job.out, "-format", job.suffix, "-define", hint, "-filter", "Lanczos",
-                "-resize", f"{job.width}x{job.height}", *options]
+                "-resize", f"{job.width}x{job.height}", *magick_options(job)]
 
     def environment(self, job):
         return {"MAGICK_CONFIGURE_PATH": str(self.settings), **({"MAGICK_THREAD_LIMIT": "1"} if job.many else {})}
@@ -181,10 +185,9 @@ class GraphicsMagick(Contestant):
         return " ".join(output_of(["gm", "version"]).split("\n")[0].split()[:2])
 
     def command(self, job):
-        options = {"jpeg": ["-quality", job.quality], "tiff": ["-compress", "None"]}.get(job.to, [])
         hint = f"{2 * job.width}x{2 * job.height}"
         return ["gm", "mogrify", "-output-directory", job.out, "-format", job.suffix, "-size", hint,
-                "-filter", "Lanczos", "-resize", f"{job.width}x{job.height}", *options]
+                "-filter", "Lanczos", "-resize", f"{job.width}x{job.height}", *magick_options(job)]
 
     def environment(self, job):
         return {"OMP_NUM_THREADS": "1"} if job.many else {}

@@ -2,18 +2,18 @@
 // there.
 #pragma once
 
-#include "platform/host/Bytes.h"
+#include "platform/host/BigEndian.h"
 
 #include <cstddef>
 
 namespace kestrine {
 
 inline std::uint16_t bigEndian16(ByteView bytes, std::size_t at) {
-    return static_cast<std::uint16_t>(bytes[at] << 8 | bytes[at + 1]);
+    return static_cast<std::uint16_t>(bigEndian(bytes.subspan(at, 2)));
 }
 
 inline std::uint32_t bigEndian32(ByteView bytes, std::size_t at) {
-    return std::uint32_t{bigEndian16(bytes, at)} << 16 | bigEndian16(bytes, at + 2);
+    return static_cast<std::uint32_t>(bigEndian(bytes.subspan(at, 4)));
 }
 
 } // namespace kestrine

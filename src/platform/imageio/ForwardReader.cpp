@@ -5,6 +5,12 @@
 namespace kestrine {
 
 std::size_t ForwardReader::read(std::span<std::uint8_t> into) {
+    const std::size_t count = readBuffered(into);
+    endedEarly_ = endedEarly_ || count < into.size();
+    return count;
+}
+
+std::size_t ForwardReader::readBuffered(std::span<std::uint8_t> into) {
     const std::size_t buffered = std::min(into.size(), count_ - position_);
     std::copy_n(buffer_.begin() + static_cast<std::ptrdiff_t>(position_), buffered, into.begin());
     position_ += buffered;
@@ -12,7 +18,7 @@ std::size_t ForwardReader::read(std::span<std::uint8_t> into) {
     if (rest.empty())
         return buffered;
     if (rest.size() < buffer_.size())
-        return refill() ? buffered + read(rest) : buffered;
+        return refill() ? buffered + readBuffered(rest) : buffered;
     const std::size_t direct = reader_->readAt(bufferEnd_, rest);
     bufferEnd_ += direct;
     position_ = count_ = 0;

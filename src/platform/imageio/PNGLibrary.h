@@ -10,6 +10,9 @@
 
 namespace kestrine {
 
+/// How far to read ahead in PNG files: several of the chunks that the pixels are usually cut into.
+inline constexpr std::size_t pngBufferBytes = std::size_t{64} << 10;
+
 /// Receives what libpng says when it gives up. Made before the png_struct that reports to it.
 struct PNGMessage {
     char text[120] = "";

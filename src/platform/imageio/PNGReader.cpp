@@ -13,13 +13,14 @@ constexpr std::uint64_t chunkHeadBytes =
     8; // length and type, which libpng has read when it says that pixels follow
 
 void readInput(png_structp png, png_bytep into, std::size_t count) {
-    if (!static_cast<PNGInput*>(png_get_io_ptr(png))->read(into, count))
+    if (static_cast<ForwardReader*>(png_get_io_ptr(png))->read({into, count}) < count)
         png_error(png, "it ends too early");
 }
 
 } // namespace
 
-PNGReader::PNGReader(std::shared_ptr<const ByteReader> reader) : input_(std::move(reader)) {
+PNGReader::PNGReader(std::shared_ptr<const ByteReader> reader)
+    : input_(std::move(reader), 0, pngBufferBytes) {
     png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, ignorePNGWarning);
     info_ = png_ ? png_create_info_struct(png_) : nullptr;
 }

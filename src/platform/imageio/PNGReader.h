@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/coregraphics/RowFormat.h"
-#include "platform/imageio/PNGInput.h"
+#include "platform/imageio/ForwardReader.h"
 #include "platform/imageio/PNGLibrary.h"
 
 #include <array>
@@ -56,7 +56,7 @@ private:
     void readAlphaOfIndices();
 
     PNGMessage message_;
-    PNGInput input_;
+    ForwardReader input_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
     std::uint8_t storedColorType_ = 0;

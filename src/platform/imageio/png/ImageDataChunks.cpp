@@ -1,6 +1,7 @@
 #include "platform/imageio/png/ImageDataChunks.h"
 
 #include "platform/host/BigEndian.h"
+#include "platform/imageio/PNGLibrary.h"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +17,7 @@ constexpr std::uint32_t longestChunk = 0x7FFF'FFFF;
 } // namespace
 
 ImageDataChunks::ImageDataChunks(std::shared_ptr<const ByteReader> reader, std::uint64_t offset)
-    : input_(std::move(reader), offset), nextChunk_(offset) {
+    : input_(std::move(reader), offset, pngBufferBytes), nextChunk_(offset) {
     beginChunk();
 }
 
@@ -24,7 +25,7 @@ std::size_t ImageDataChunks::read(std::span<std::uint8_t> into) {
     std::size_t done = 0;
     while (state_ == State::inside && done < into.size()) {
         const std::size_t part = std::min<std::size_t>(left_, into.size() - done);
-        if (!input_.read(into.data() + done, part)) {
+        if (input_.read(into.subspan(done, part)) < part) {
             state_ = State::broken;
             break;
         }
@@ -40,7 +41,7 @@ std::size_t ImageDataChunks::read(std::span<std::uint8_t> into) {
 void ImageDataChunks::beginChunk() {
     std::array<std::uint8_t, 8> head;
     while (true) {
-        if (!input_.read(head.data(), head.size())) {
+        if (input_.read(head) < head.size()) {
             state_ = State::broken;
             return;
         }
@@ -62,7 +63,7 @@ void ImageDataChunks::beginChunk() {
 
 bool ImageDataChunks::closeChunk() {
     std::array<std::uint8_t, 4> stored;
-    if (!input_.read(stored.data(), stored.size()) || bigEndian(stored) != checksum_)
+    if (input_.read(stored) < stored.size() || bigEndian(stored) != checksum_)
         state_ = State::broken;
     return state_ != State::broken;
 }

@@ -2,7 +2,7 @@
 // verified.
 #pragma once
 
-#include "platform/imageio/PNGInput.h"
+#include "platform/imageio/ForwardReader.h"
 
 namespace kestrine {
 
@@ -26,7 +26,7 @@ private:
     void beginChunk();
     bool closeChunk();
 
-    PNGInput input_;
+    ForwardReader input_;
     std::uint64_t nextChunk_;
     std::uint32_t left_ = 0; ///< of the current chunk
     std::uint32_t checksum_ = 0;
