@@ -94,12 +94,7 @@ private:
     };
 
     bool fill(Slot& slot) {
-        try {
-            if (Result<void> filled = filtering_->fill(slot.batch); !filled)
-                slot.interruption.failure = filled.failure();
-        } catch (...) {
-            slot.interruption.thrown = std::current_exception();
-        }
+        slot.interruption.during([&] { return filtering_->fill(slot.batch); });
         return !slot.interruption && filtering_->rowsLeft() > 0;
     }
 

@@ -10,9 +10,8 @@ namespace kestrine {
 
 class FilteredRows {
 public:
-    /// On a thread of its own where that pays: where one is to be had (see RowsAhead) and none reads ahead for
-    /// it already. `conversion` must outlive the result; only its
-    /// toFloats() is used.
+    /// On a thread of its own where that pays: where one is to be had (see RowsAhead) and `input` itself is
+    /// not read ahead. `conversion` must outlive the result; only its toFloats() is used.
     static std::unique_ptr<FilteredRows> create(RowSourcePointer input, const SampleConversion& conversion,
                                                 FilterWeights weights);
     virtual ~FilteredRows() = default;

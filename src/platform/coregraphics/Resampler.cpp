@@ -26,6 +26,8 @@ public:
           conversion_(input->format(), resampling.x.outSize, outDepth, resampling.light, profile),
           weights_(resampling.filter, resampling.x, input->format().width) {
         FilterWeights vertical(resampling.filter, resampling.y, input->format().height);
+        for (FloatRow& result : results_)
+            result.resize(format().samplesPerRow() + kernels::rowPadding);
         filtered_ = FilteredRows::create(std::move(input), conversion_, std::move(vertical));
     }
 
@@ -46,7 +48,6 @@ private:
         std::array<const float*, kernels::mostRowsWeighed> from{};
         std::array<float*, kernels::mostRowsWeighed> to{};
         for (std::size_t r = 0; r < resultCount_; ++r) {
-            results_[r].resize(format().samplesPerRow() + kernels::rowPadding);
             from[r] = (*filtered)[r].data();
             to[r] = results_[r].data();
         }

@@ -63,22 +63,17 @@ public:
 
 private:
     bool fill(Band& band) {
-        try {
-            fillRows(band);
-        } catch (...) {
-            band.interruption.thrown = std::current_exception();
-        }
+        band.interruption.during([&] { return fillRows(band); });
         rowsLeft_ -= band.count;
         return !band.interruption && rowsLeft_ > 0;
     }
 
-    void fillRows(Band& band) {
+    Result<void> fillRows(Band& band) {
         const std::size_t size = format().bytesPerRow(), wanted = std::min(rowsLeft_, rowsABand_);
         for (band.count = 0; band.count < wanted; ++band.count)
-            if (Result<void> read = input_->readRow({band.rows.data() + band.count * size, size}); !read) {
-                band.interruption.failure = read.failure();
-                return;
-            }
+            if (Result<void> read = input_->readRow({band.rows.data() + band.count * size, size}); !read)
+                return read;
+        return {};
     }
 
     RowSourcePointer input_; ///< of the second thread

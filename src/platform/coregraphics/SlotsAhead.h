@@ -20,6 +20,16 @@ struct Interruption {
     std::exception_ptr thrown;
 
     explicit operator bool() const { return failure || thrown; }
+    /// Does `work` (a lambda that returns Result<void>) and keeps what ends it early.
+    template <class Work>
+    void during(const Work& work) {
+        try {
+            if (Result<void> done = work(); !done)
+                failure = done.failure();
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+    }
     /// To be passed on by the thread that the work was done for; throws what was thrown.
     Failure passOn() const {
         if (thrown)

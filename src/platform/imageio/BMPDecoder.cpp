@@ -183,7 +183,9 @@ class BMPDecoder final : public ImageDecoder {
 public:
     BMPDecoder(std::shared_ptr<const ByteReader> reader, BMPHeader header)
         : reader_(std::move(reader)), header_(std::move(header)) {
-        frames_.push_back({formatOf(header_), {}, header_.profile, false, !header_.isRunLength});
+        frames_.push_back({.format = formatOf(header_),
+                           .profile = header_.profile,
+                           .isUncompressed = !header_.isRunLength});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {

@@ -9,7 +9,6 @@
 #include "platform/imageio/jpeg/FallbackRows.h"
 #endif
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 

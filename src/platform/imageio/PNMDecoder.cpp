@@ -105,7 +105,7 @@ class PNMDecoder final : public ImageDecoder {
 public:
     PNMDecoder(std::shared_ptr<const ByteReader> reader, const PNMHeader& header, std::uint64_t sampleOffset)
         : reader_(std::move(reader)), header_(header), sampleOffset_(sampleOffset) {
-        frames_.push_back({header.format, {}, {}, false});
+        frames_.push_back({.format = header.format, .isUncompressed = header.samples == PNMSamples::bytes});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {

@@ -56,8 +56,10 @@ private:
 
     void add(TIFFPage page) {
         const bool isAdobeRGB = readExifFacts(exifOfTIFF(structure_, page.directory)).isAdobeRGB;
-        frames_.push_back({page.format, page.resolution, deliveredProfile(page, isAdobeRGB), false,
-                           !page.isCompressed && page.isDeliveredAsStored()});
+        frames_.push_back({.format = page.format,
+                           .resolution = page.resolution,
+                           .profile = deliveredProfile(page, isAdobeRGB),
+                           .isUncompressed = page.isUncompressed()});
         pages_.push_back(std::make_shared<const TIFFPage>(std::move(page)));
     }
 

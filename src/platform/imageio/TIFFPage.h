@@ -29,7 +29,7 @@ struct TIFFPage {
     unsigned samples = 3; ///< stored for each pixel, the ignored ones included
     int alpha = -1;       ///< which of them is alpha
     bool isPremultiplied = false;
-    bool isPlanar = false;       ///< each sample has its own strips or tiles
+    bool isPlanar = false; ///< each sample has its own strips or tiles
     bool isCompressed = false;
     bool isYCbCrJPEG = false;    ///< libtiff's JPEG decoder turns it into RGB
     std::uint32_t tileWidth = 0; ///< 0 when it is stored in strips
@@ -42,6 +42,8 @@ struct TIFFPage {
     bool isFloat() const { return bits == 32; }
     /// Whether the stored bytes are the delivered ones.
     bool isDeliveredAsStored() const;
+    /// Whether nothing is to be done with them but reading.
+    bool isUncompressed() const { return !isCompressed && isDeliveredAsStored(); }
 
     bool operator==(const TIFFPage&) const = default;
 };

@@ -199,9 +199,9 @@ Share sharesOf(const TIFFPage& page, const TIFFStoredRows& rows) {
     const auto blocks = static_cast<std::uint32_t>(enough / (rows.rowBytes() * blockRows) + 1);
     const std::uint32_t rowsABand = blockRows * blocks;
     const bool isCutIntoBands = rowsABand < page.format.height;
-    const bool paysThreads = page.isCompressed || !page.isDeliveredAsStored();
     return {rowsABand, 0,
-            isCutIntoBands && paysThreads ? static_cast<std::uint32_t>(usefulThreads(page.format)) : 1};
+            isCutIntoBands && !page.isUncompressed() ? static_cast<std::uint32_t>(usefulThreads(page.format))
+                                                     : 1};
 }
 
 } // namespace

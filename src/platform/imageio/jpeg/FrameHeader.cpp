@@ -69,7 +69,7 @@ private:
     bool readFrame(Segment& segment);
     bool readComponent(Segment& segment, Component& component);
     bool readRestartInterval(Segment& segment);
-    bool readApplication(int marker, const Segment& segment);
+    void readApplication(int marker, const Segment& segment);
     bool readScan(Segment& segment);
     bool isGreyOrYCbCr() const;
 
@@ -137,7 +137,10 @@ bool HeaderReader::readSegment(int marker, Segment& content) {
     case startOfScan:
         return readScan(content);
     default:
-        return isSkipped(marker) && readApplication(marker, content);
+        if (!isSkipped(marker))
+            return false;
+        readApplication(marker, content);
+        return true;
     }
 }
 
@@ -223,14 +226,13 @@ bool HeaderReader::readRestartInterval(Segment& segment) {
 }
 
 /// Notes the two marks that say what the components mean.
-bool HeaderReader::readApplication(int marker, const Segment& segment) {
+void HeaderReader::readApplication(int marker, const Segment& segment) {
     constexpr std::size_t shortestJFIF = 14, shortestAdobe = 12, transformOfAdobe = 11;
     if (marker == application0 && segment.size() >= shortestJFIF
         && segment.startsWith(std::string_view("JFIF\0", 5)))
         sawJFIF_ = true;
     if (marker == application14 && segment.size() >= shortestAdobe && segment.startsWith("Adobe"))
         adobeTransform_ = segment.at(transformOfAdobe);
-    return true;
 }
 
 /// All components in the order of the frame, all coefficients, at once.
