@@ -2,11 +2,11 @@
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ExifBlock.h"
+#include "platform/imageio/FallbackRows.h"
 #include "platform/imageio/JPEGDecompressor.h"
 #include "platform/imageio/JPEGLibraryRows.h"
 #ifdef KESTRINE_OWN_JPEG_DECODER
 #include "platform/imageio/jpeg/BaselineRows.h"
-#include "platform/imageio/jpeg/FallbackRows.h"
 #endif
 
 #include <cstdlib>
@@ -55,7 +55,7 @@ public:
 #ifdef KESTRINE_OWN_JPEG_DECODER
         if (triesOwnDecoder_)
             if (Result<RowSourcePointer> own = jpeg::openBaselineRows(reader_, eighths); own)
-                return jpeg::rowsWithFallback(std::move(*own), openLibrary);
+                return rowsWithFallback(std::move(*own), openLibrary);
 #endif
         return openLibrary();
     }

@@ -7,6 +7,13 @@ namespace kestrine {
 PNGRows::PNGRows(std::unique_ptr<PNGReader> reader)
     : RowSource(reader->format()), reader_(std::move(reader)), left_(format().height) {}
 
+Result<RowSourcePointer> openPNGRows(std::shared_ptr<const ByteReader> reader) {
+    auto file = std::make_unique<PNGReader>(std::move(reader));
+    if (Result<void> header = file->readHeader(); !header)
+        return header.failure();
+    return RowSourcePointer(std::make_unique<PNGRows>(std::move(file)));
+}
+
 Result<void> PNGRows::readRow(std::span<std::uint8_t> row) {
     if (Result<void> read = reader_->isInterlaced() ? readInterlacedRow(row) : reader_->readRow(row); !read)
         return read;

@@ -23,4 +23,7 @@ private:
     PixelBuffer whole_; ///< of an interlaced picture
 };
 
+/// Reads the header of a PNG file, then its rows.
+Result<RowSourcePointer> openPNGRows(std::shared_ptr<const ByteReader> reader);
+
 } // namespace kestrine

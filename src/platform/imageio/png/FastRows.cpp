@@ -1,5 +1,6 @@
 #include "platform/imageio/png/FastRows.h"
 
+#include "platform/imageio/FallbackRows.h"
 #include "platform/imageio/PNGRows.h"
 #include "platform/imageio/png/FilteredBands.h"
 #include "platform/imageio/png/StoredPixels.h"
@@ -18,14 +19,11 @@ public:
                  format().height) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (general_)
-            return general_->readRow(row);
         const std::uint8_t* stored = bands_.next();
-        const bool isLast = delivered_ + 1 == format().height;
+        const bool isLast = --rowsLeft_ == 0;
         if (stored == nullptr || (isLast && !pixels_.endsHere()))
-            return readTheGeneralWay(row);
+            return Failure{Reason::refused, "the fast way of reading PNG: an oddity in the pixels"};
         conversion_.convert(stored, row);
-        ++delivered_;
         return isLast ? checkRest() : Result<void>{};
     }
 
@@ -38,27 +36,12 @@ private:
         return rest.finish();
     }
 
-    /// Starts again with libpng, and goes on with it.
-    Result<void> readTheGeneralWay(std::span<std::uint8_t> row) {
-        auto file = std::make_unique<PNGReader>(reader_);
-        if (Result<void> header = file->readHeader(); !header)
-            return header;
-        if (!(file->format() == format()))
-            return Failure{Reason::malformed, "the PNG picture changed while it was read"};
-        general_ = std::make_unique<PNGRows>(std::move(file));
-        for (; delivered_ > 0; --delivered_)
-            if (Result<void> read = general_->readRow(row); !read)
-                return read;
-        return general_->readRow(row);
-    }
-
     const std::shared_ptr<const ByteReader> reader_;
     const std::uint64_t offsetOfPixels_;
     const StoredPixels conversion_;
     InflatedPixels pixels_;
     FilteredBands bands_;
-    std::uint32_t delivered_ = 0;
-    RowSourcePointer general_; ///< once something odd was met
+    std::uint32_t rowsLeft_ = format().height;
 };
 
 bool isUsual(const PNGReader& file) {
@@ -72,7 +55,8 @@ bool isUsual(const PNGReader& file) {
 RowSourcePointer fastPNGRows(const PNGReader& file, std::shared_ptr<const ByteReader> reader) {
     if (!isUsual(file) || !inflateFunctions())
         return nullptr;
-    return std::make_unique<FastRows>(*inflateFunctions(), file, std::move(reader));
+    auto rows = std::make_unique<FastRows>(*inflateFunctions(), file, reader);
+    return rowsWithFallback(std::move(rows), [reader] { return openPNGRows(reader); });
 }
 
 } // namespace kestrine

@@ -1,6 +1,6 @@
-#include "platform/imageio/jpeg/FallbackRows.h"
+#include "platform/imageio/FallbackRows.h"
 
-namespace kestrine::jpeg {
+namespace kestrine {
 
 namespace {
 
@@ -50,4 +50,4 @@ RowSourcePointer rowsWithFallback(RowSourcePointer first, RowOpener openSecond) 
     return std::make_unique<FallbackRows>(std::move(first), std::move(openSecond));
 }
 
-} // namespace kestrine::jpeg
+} // namespace kestrine
