@@ -1,7 +1,6 @@
 #include "_MyClasses/Category/MoreAppleEvents.h"
 
 #include "platform/carbon/AEObjects.h"
-#include "platform/carbon/PathBytes.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -133,9 +132,7 @@ OSStatus MoreAEOCreateObjSpecifierFromFSRef(const FSRef* reference, AEDesc* obje
 
 OSStatus MoreAEOCreateObjSpecifierFromCFString(const OptionalString& path, AEDesc* object) {
     FSRef reference;
-    const std::optional<std::string> bytes = pathBytesOf(path);
-    if (bytes)
-        (void)FSPathMakeRef(reinterpret_cast<const std::uint8_t*>(bytes->c_str()), &reference, nullptr);
+    (void)CFURLGetFSRef(CFURLCreateWithFileSystemPath(path, kCFURLPOSIXPathStyle, false), &reference);
     return MoreAEOCreateObjSpecifierFromFSRef(&reference, object);
 }
 

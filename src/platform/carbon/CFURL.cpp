@@ -3,8 +3,7 @@
 #include "platform/carbon/CatalogNode.h"
 #include "platform/carbon/PathBytes.h"
 #include "platform/finder/FinderPath.h"
-
-#include <filesystem>
+#include "platform/host/FileAttributes.h"
 
 namespace kestrine {
 namespace {
@@ -33,11 +32,10 @@ CFURLRef CFURLCreateFromFSRef(const FSRef* reference) {
     if (reference == nullptr || reference->node == nullptr || reference->node->isTopLevel())
         return nullptr;
     const std::string& path = reference->node->path();
-    std::error_code error;
-    const auto status = std::filesystem::symlink_status(path, error);
-    if (!std::filesystem::exists(status))
+    const Result<struct stat> status = attributesOf(path, FollowLinks::no);
+    if (!status)
         return nullptr;
-    return std::make_shared<const CFURL>(path, std::filesystem::is_directory(status));
+    return std::make_shared<const CFURL>(path, S_ISDIR(status->st_mode));
 }
 
 bool CFURLGetFSRef(const CFURLRef& url, FSRef* reference) {

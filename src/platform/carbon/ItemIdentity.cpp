@@ -1,13 +1,12 @@
 #include "platform/carbon/ItemIdentity.h"
 
+#include "platform/host/FileAttributes.h"
 #include "platform/host/Folders.h"
-#include "platform/host/PathParts.h"
 
 namespace kestrine {
 namespace {
 
-Result<ItemIdentity> identityOf(const FolderEntry& entry) {
-    const Result<struct stat> status = statusOf(entry);
+Result<ItemIdentity> identityIn(const Result<struct stat>& status) {
     if (!status)
         return status.failure();
     return ItemIdentity{status->st_dev, status->st_ino};
@@ -16,11 +15,7 @@ Result<ItemIdentity> identityOf(const FolderEntry& entry) {
 } // namespace
 
 Result<ItemIdentity> identityOf(const std::string& path) {
-    const Result<FileDescriptor> folder = openFolder(folderOf(path));
-    if (!folder)
-        return folder.failure();
-    const std::string name = nameOf(path);
-    return identityOf(FolderEntry{folder->number(), name.empty() ? "." : name});
+    return identityIn(attributesOf(path, FollowLinks::no));
 }
 
 Result<std::string> nameOfItem(const std::string& folder, const ItemIdentity& identity) {
@@ -31,7 +26,7 @@ Result<std::string> nameOfItem(const std::string& folder, const ItemIdentity& id
     if (!names)
         return names.failure();
     for (const std::string& name : *names) {
-        const Result<ItemIdentity> found = identityOf(FolderEntry{opened->number(), name});
+        const Result<ItemIdentity> found = identityIn(statusOf({opened->number(), name}));
         if (found && *found == identity)
             return name;
     }

@@ -1,7 +1,8 @@
 #include "platform/finder/FilePackage.h"
 
 #include "platform/finder/FinderMetadata.h"
-#include "platform/host/PathParts.h"
+#include "platform/foundation/NSString.h"
+#include "platform/host/FileAttributes.h"
 
 #include <algorithm>
 #include <string_view>
@@ -60,27 +61,16 @@ constexpr std::string_view extensions[] = {
     "tvlibrary",
 };
 
-/// "" when there is none; the dot of a hidden folder begins none.
-std::string lowerCaseExtension(const std::string& name) {
-    const std::size_t dot = name.rfind('.');
-    std::string extension = dot == std::string::npos || dot == 0 ? "" : name.substr(dot + 1);
-    for (char& letter : extension)
-        if (letter >= 'A' && letter <= 'Z')
-            letter = static_cast<char>(letter - 'A' + 'a');
-    return extension;
-}
-
-bool hasPackageName(std::string path) {
-    path.erase(path.find_last_not_of('/') + 1);
-    const std::string extension = lowerCaseExtension(nameOf(path));
-    return std::find(std::begin(extensions), std::end(extensions), extension) != std::end(extensions);
+bool hasPackageName(const std::string& path) {
+    const std::string extension = NSString::fromUTF8(path).pathExtension().lowercased().utf8();
+    return std::ranges::find(extensions, extension) != std::end(extensions);
 }
 
 } // namespace
 
 bool isFilePackage(const std::string& path) {
-    struct stat status {};
-    if (!checkPath(path) || ::stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+    const Result<struct stat> status = attributesOf(path, FollowLinks::yes);
+    if (!status || !S_ISDIR(status->st_mode))
         return false;
     if (hasPackageName(path))
         return true;

@@ -1,6 +1,7 @@
 // The Finder: what scripts, Apple Events and the workspace ask to be done with files.
-// Its rules stand here once. Nothing that exists is lost: what gives way is replaced only when that was asked
-// for, and only when what replaces it is complete.
+// Its rules stand here once, but for the workspace's recycling, which goes on after a failure. Nothing that
+// exists is lost: what gives way is replaced only when that was asked for, and only when what replaces it is
+// complete.
 #pragma once
 
 #include "platform/foundation/NSString.h"

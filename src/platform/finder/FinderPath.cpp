@@ -1,7 +1,7 @@
 #include "platform/finder/FinderPath.h"
 
 #include "platform/finder/Volumes.h"
-#include "platform/host/FileDescriptor.h"
+#include "platform/host/FileAttributes.h"
 #include "platform/host/PathParts.h"
 
 #include <algorithm>
@@ -68,9 +68,8 @@ Result<std::string> pathOfFinderPath(const NSString& finderPath) {
             return nothingThere(finderPath);
         path = joinedPath(*path, name);
     }
-    struct stat status {};
-    if (::lstat(path->c_str(), &status) != 0)
-        return systemFailure("cannot find " + finderPath.utf8());
+    if (const Result<struct stat> found = attributesOf(*path, FollowLinks::no); !found)
+        return found.failure();
     return path;
 }
 

@@ -1,6 +1,6 @@
 #include "platform/finder/Volumes.h"
 
-#include "platform/host/FileDescriptor.h"
+#include "platform/host/FileAttributes.h"
 #include "platform/host/Folders.h"
 #include "platform/host/MountPoints.h"
 #include "platform/host/PathParts.h"
@@ -68,9 +68,8 @@ Result<std::string> locate(std::string path) {
     if (!folder)
         return folder;
     std::string located = joinedPath(*folder, name);
-    struct stat status {};
-    if (::lstat(located.c_str(), &status) != 0)
-        return systemFailure("cannot find " + path);
+    if (const Result<struct stat> found = attributesOf(located, FollowLinks::no); !found)
+        return found.failure();
     return located;
 }
 

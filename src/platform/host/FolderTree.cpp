@@ -2,19 +2,7 @@
 
 #include "platform/host/Folders.h"
 
-#include <fcntl.h>
-
 namespace kestrine {
-
-namespace {
-
-/// Opens a folder by its path below `root`; a link in its place is refused.
-FileDescriptor folderBelow(int root, const std::string& path) {
-    return FileDescriptor(
-        ::openat(root, path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-}
-
-} // namespace
 
 Result<std::vector<std::string>> pathsBelow(const std::string& folder) {
     Result<FileDescriptor> root = openFolder(folder);
@@ -27,10 +15,10 @@ Result<std::vector<std::string>> pathsBelow(const std::string& folder) {
     // one folder is open besides the root, however deep the tree.
     for (std::size_t i = 0; i < paths->size(); ++i) {
         const std::string path = (*paths)[i];
-        const FileDescriptor below = folderBelow(root->number(), path);
-        if (!below.isOpen())
+        const Result<FileDescriptor> below = openSubfolder({root->number(), path});
+        if (!below)
             continue;
-        const Result<std::vector<std::string>> names = namesIn(below.number());
+        const Result<std::vector<std::string>> names = namesIn(below->number());
         for (const std::string& name : names ? *names : std::vector<std::string>())
             paths->push_back(path + "/" + name);
     }
