@@ -1,9 +1,9 @@
 // Compares our own JPEG decoder with the general library: rows of pixels from JPEG files at every scale, on
 // one thread, both in turn. Prints the medians in milliseconds of processor time and the median of the
 // ratios.
-#include "platform/host/ByteReader.h"
-#include "platform/imageio/JPEGLibraryRows.h"
-#include "platform/imageio/jpeg/BaselineRows.h"
+#include "platform/host/files/ByteReader.h"
+#include "platform/imageio/jpeg/LibraryRows.h"
+#include "platform/imageio/jpeg/own/BaselineRows.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -67,7 +67,7 @@ void compare(const std::shared_ptr<const ByteReader>& file, int eighths) {
     std::vector<double> own, library, ratios;
     for (int i = 0; i < pairs; ++i) {
         own.push_back(millisecondsFor([&] { return jpeg::openBaselineRows(file, eighths); }));
-        library.push_back(millisecondsFor([&] { return openJPEGLibraryRows(file, format, eighths); }));
+        library.push_back(millisecondsFor([&] { return jpeg::openLibraryRows(file, format, eighths); }));
         ratios.push_back(own.back() / library.back());
     }
     std::printf("  %d/8  own %7.2f  library %7.2f  ratio %.3f\n", eighths, median(own), median(library),

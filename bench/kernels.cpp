@@ -3,14 +3,14 @@
 #include "platform/coregraphics/ColumnFilter.h"
 #include "platform/coregraphics/Resampler.h"
 #include "platform/coregraphics/SampleConversion.h"
-#include "platform/coregraphics/kernels/ChromaUpsampling.h"
-#include "platform/coregraphics/kernels/ChromaUpsampling_reference.h"
-#include "platform/coregraphics/kernels/InverseDCT.h"
-#include "platform/coregraphics/kernels/InverseDCT_reference.h"
+#include "platform/imageio/jpeg/kernels/ChromaUpsampling.h"
+#include "platform/imageio/jpeg/kernels/ChromaUpsampling_reference.h"
+#include "platform/imageio/jpeg/kernels/InverseDCT.h"
+#include "platform/imageio/jpeg/kernels/InverseDCT_reference.h"
 #include "platform/coregraphics/kernels/ResampleRows.h"
 #include "platform/coregraphics/kernels/ResampleRows_reference.h"
-#include "platform/coregraphics/kernels/YCbCrToRGB.h"
-#include "platform/coregraphics/kernels/YCbCrToRGB_reference.h"
+#include "platform/imageio/jpeg/kernels/YCbCrToRGB.h"
+#include "platform/imageio/jpeg/kernels/YCbCrToRGB_reference.h"
 
 #include <benchmark/benchmark.h>
 

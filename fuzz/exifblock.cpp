@@ -1,5 +1,5 @@
 // Whatever the source block: what is carried fits a segment, and carrying it again changes nothing.
-#include "platform/imageio/ExifBlock.h"
+#include "platform/imageio/exif/ExifBlock.h"
 
 #include <cstdlib>
 

@@ -16,8 +16,8 @@ bool isSmall(const RowFormat& format) {
 }
 
 void tryAgain(const PixelBuffer& picture) {
-    auto file = encodeGIF(*rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {});
-    auto decoder = gifCodec.open(readerOfBytes(std::move(*file)));
+    auto file = gif::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {});
+    auto decoder = gif::codec.open(readerOfBytes(std::move(*file)));
     auto rows = (*decoder)->rows(0, 8);
     if (readAllRows(**rows)->bytes != picture.bytes)
         std::abort();
@@ -26,9 +26,9 @@ void tryAgain(const PixelBuffer& picture) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (!gifCodec.recognises(ByteView(data, std::min<std::size_t>(size, 64))))
+    if (!gif::codec.recognises(ByteView(data, std::min<std::size_t>(size, 64))))
         return 0;
-    auto decoder = gifCodec.open(readerOfBytes(Bytes(data, data + size)));
+    auto decoder = gif::codec.open(readerOfBytes(Bytes(data, data + size)));
     if (!decoder)
         return 0;
     constexpr std::uint64_t affordablePixels = 1 << 16;

@@ -1,7 +1,7 @@
 // Our own JPEG decoder against the general library: any bytes, at any scale, give the same rows or fail
 // alike.
 #include "fuzz/DecodeEverything.h"
-#include "platform/imageio/JPEGDecoder.h"
+#include "platform/imageio/jpeg/LibraryOnlyScope.h"
 
 #include <cstdlib>
 
@@ -12,7 +12,7 @@ using namespace kestrine;
 /// All rows; empty when there are none. A picture too large to try is none.
 Bytes decoded(const Bytes& file, int eighths) {
     constexpr std::uint64_t affordablePixels = 1 << 18;
-    const auto decoder = jpegCodec.open(readerOfBytes(file));
+    const auto decoder = jpeg::codec.open(readerOfBytes(file));
     if (!decoder || (*decoder)->frames().front().format.pixels() > affordablePixels)
         return {};
     const auto rows = (*decoder)->rows(0, eighths);
@@ -21,7 +21,7 @@ Bytes decoded(const Bytes& file, int eighths) {
 }
 
 Bytes decodedByLibrary(const Bytes& file, int eighths) {
-    const LibraryOnlyJPEGScope scope;
+    const jpeg::LibraryOnlyScope scope;
     return decoded(file, eighths);
 }
 

@@ -1,10 +1,10 @@
 // Takes any bytes as the compressed pixels of a PNG picture, with right checksums of the chunks, through the
 // fast way and through libpng: both must give the same.
-#include "platform/imageio/PNGRows.h"
+#include "platform/imageio/png/LibraryRows.h"
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/host/BigEndian.h"
-#include "platform/imageio/png/Chunk.h"
-#include "platform/imageio/png/FastRows.h"
+#include "platform/imageio/png/fast/Chunk.h"
+#include "platform/imageio/png/fast/FastRows.h"
 
 #include <cstdlib>
 
@@ -44,14 +44,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size <= recipeBytes)
         return 0;
     const auto file = readerOfBytes(makeFile({data, size}));
-    auto reader = std::make_unique<PNGReader>(file);
+    auto reader = std::make_unique<png::LibraryReader>(file);
     if (!reader->readHeader())
         return 0;
-    RowSourcePointer fastRows = fastPNGRows(*reader, file);
+    RowSourcePointer fastRows = png::openFastRows(*reader, file);
     if (!fastRows)
         std::abort(); // ISA-L is missing, or a kind was left out
     const Result<PixelBuffer> fast = pixelsOf(std::move(fastRows));
-    const Result<PixelBuffer> expected = pixelsOf(std::make_unique<PNGRows>(std::move(reader)));
+    const Result<PixelBuffer> expected = pixelsOf(std::make_unique<png::LibraryRows>(std::move(reader)));
     if (fast.ok() != expected.ok() || (fast && fast->bytes != expected->bytes))
         std::abort();
     return 0;

@@ -1,5 +1,5 @@
 // Strings tables in any encoding: read or refused, never more text than there was.
-#include "platform/foundation/StringsTable.h"
+#include "platform/foundation/text/StringsTable.h"
 
 #include <cstdlib>
 

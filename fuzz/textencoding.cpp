@@ -1,6 +1,6 @@
 // Text in any encoding: detection always finds one, and never makes more text than there were bytes.
 #include "_MyClasses/Category/StringUtility.h"
-#include "platform/foundation/NSStringEncoding.h"
+#include "platform/foundation/text/NSStringEncoding.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 #include "commandline/RunLoop.h"
 
 #include "models/ResizeUnit.h"
-#include "platform/foundation/FormatText.h"
+#include "platform/foundation/text/FormatText.h"
 #include "platform/foundation/NSCollections.h"
 
 #include <exception>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "commandline/PresetSelection.h"
-#include "platform/host/StandardOutput.h"
+#include "platform/host/process/StandardOutput.h"
 
 namespace kestrine {
 

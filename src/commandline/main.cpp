@@ -4,7 +4,7 @@
 #include "commandline/RunLoop.h"
 #include "models/StoredPresets.h"
 #include "platform/foundation/NSUserDefaults.h"
-#include "platform/host/StandardStreams.h"
+#include "platform/host/process/StandardStreams.h"
 
 #include <exception>
 

@@ -1,6 +1,6 @@
 #include "kestrinectl/ConvertChains.h"
 
-#include "platform/host/FileStatus.h"
+#include "platform/host/files/FileStatus.h"
 
 #include <algorithm>
 #include <cctype>

@@ -19,7 +19,7 @@ namespace {
 // More would only compete for memory.
 constexpr unsigned mostJobs = 1024;
 
-struct Request {
+struct ConvertRequest {
     std::vector<std::string> setNames;
     std::vector<std::string> files;
     unsigned jobs = std::max(1U, std::thread::hardware_concurrency());
@@ -97,7 +97,7 @@ void convertAll(const std::vector<ConvertInput>& inputs, const ResizeSets& sets,
         });
 }
 
-void run(const Request& request) {
+void run(const ConvertRequest& request) {
     const ResizeSets sets = chosenSets(request.setNames);
     std::vector<std::string> files;
     for (const std::string& file : request.files)
@@ -118,7 +118,7 @@ void run(const Request& request) {
 
 void addConvertCommand(CLI::App& program) {
     CLI::App* command = program.add_subcommand("convert", "Apply sets to pictures, on all cores");
-    auto request = std::make_shared<Request>();
+    auto request = std::make_shared<ConvertRequest>();
     command
         ->add_option("--set", request->setNames,
                      "A set's name, or its position such as @2; the selected sets when none is named")

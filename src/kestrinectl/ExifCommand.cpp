@@ -23,7 +23,7 @@ std::string description(const NSString& path) {
     return text.ends_with('\n') ? text : text + "\n";
 }
 
-std::string json(const NSString& path) { return exifJSON(path).dump() + "\n"; }
+std::string asJSON(const NSString& path) { return exifJSON(path).dump() + "\n"; }
 
 std::string date(const NSString& path) {
     const OptionalDate date = ExifTagReader::creationDateWithPath(path);
@@ -53,7 +53,7 @@ std::string answerFor(const NSString& path, Answer answer) {
 
 /// Descriptions have several lines, so the file's name stands above them instead of in front.
 void print(const std::string& file, const std::string& text, Answer answer, bool named) {
-    if (named && answer != json)
+    if (named && answer != asJSON)
         std::cout << file << (answer == description ? ":\n" : ": ");
     std::cout << text;
 }
@@ -62,7 +62,7 @@ void print(const std::string& file, const std::string& text, Answer answer, bool
 void answerForOne(const std::string& file, Answer answer, bool named) {
     const NSString path = NSString::fromUTF8(file);
     const bool canBeRead = NSFileHandle::fileHandleForReadingAtPath(path) != nullptr;
-    if (canBeRead || answer == json)
+    if (canBeRead || answer == asJSON)
         print(file, answerFor(path, answer), answer, named);
     if (!canBeRead)
         throw CommandError("cannot be read");
@@ -82,14 +82,14 @@ void answerForAll(const std::vector<std::string>& words, Answer answer) {
         throw CommandError(failures);
 }
 
-struct Request {
+struct ExifRequest {
     std::vector<std::string> files;
     bool json = false;
     bool date = false;
     bool setCreationDate = false;
 
     Answer answer() const {
-        return json              ? kestrine::json
+        return json              ? kestrine::asJSON
                : date            ? kestrine::date
                : setCreationDate ? kestrine::setCreationDate
                                  : description;
@@ -100,16 +100,16 @@ struct Request {
 
 void addExifCommand(CLI::App& program) {
     CLI::App* command = program.add_subcommand("exif", "Show the EXIF information of JPEG files");
-    auto request = std::make_shared<Request>();
+    auto request = std::make_shared<ExifRequest>();
     command->add_option("FILE", request->files, "Pictures named .jpg or .jpeg")->required();
-    CLI::Option* asJSON = command->add_flag("--json", request->json, "Everything, as one JSON object a line");
+    CLI::Option* inJSON = command->add_flag("--json", request->json, "Everything, as one JSON object a line");
     CLI::Option* asDate =
         command->add_flag("--date", request->date, "Only the date it was taken, in local time");
     CLI::Option* changes =
         command->add_flag("--set-creation-date", request->setCreationDate,
                           "Set the file's creation date to the date it was taken, moved by the "
                           "camera's time zone, or by -9 hours when it tells none");
-    asJSON->excludes(asDate)->excludes(changes);
+    inJSON->excludes(asDate)->excludes(changes);
     asDate->excludes(changes);
     command->callback([request] { answerForAll(request->files, request->answer()); });
 }

@@ -1,7 +1,7 @@
 // What the EXIF reader makes of a file, as JSON.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <nlohmann/json.hpp>
 

@@ -2,8 +2,8 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/Words.h"
-#include "platform/host/Folders.h"
-#include "platform/host/PathParts.h"
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
 
 #include <algorithm>
 #include <charconv>

@@ -3,7 +3,7 @@
 
 #include "models/StoredPresets.h"
 #include "platform/foundation/NSUserDefaults.h"
-#include "platform/host/FolderLock.h"
+#include "platform/host/files/FolderLock.h"
 
 #include <set>
 

@@ -6,7 +6,7 @@
 #include "kestrinectl/ExifCommand.h"
 #include "kestrinectl/SetsCommand.h"
 #include "kestrinectl/Words.h"
-#include "platform/host/StandardStreams.h"
+#include "platform/host/process/StandardStreams.h"
 
 #include <iostream>
 

@@ -7,9 +7,9 @@
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSNotificationCenter.h"
-#include "platform/host/AtomicFile.h"
+#include "platform/host/files/AtomicFile.h"
 #include "platform/host/FailureCollector.h"
-#include "platform/host/FileStatus.h"
+#include "platform/host/files/FileStatus.h"
 
 #include <algorithm>
 

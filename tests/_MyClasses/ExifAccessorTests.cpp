@@ -1,6 +1,6 @@
 // Camera values as numbers and as texts. Tables are empty here: a key with no text shows itself.
 #include "platform/foundation/NSBundle.h"
-#include "platform/host/Environment.h"
+#include "platform/host/process/Environment.h"
 #include "tests/_MyClasses/ExifReading.h"
 #include "tests/_MyClasses/Raised.h"
 

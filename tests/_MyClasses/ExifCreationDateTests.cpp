@@ -1,7 +1,7 @@
 // From DateTimeOriginal to a file's creation date, in a given time zone.
 #include "platform/foundation/FileCreationDate.h"
 #include "platform/foundation/LocalTime.h"
-#include "platform/host/ExtendedAttributes.h"
+#include "platform/host/files/ExtendedAttributes.h"
 #include "tests/_MyClasses/ExifReading.h"
 #include "tests/_MyClasses/Raised.h"
 #include "tests/support/LocalZone.h"

@@ -1,7 +1,7 @@
 // Which files are read, where EXIF is looked for and how directories are walked.
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileHandle.h"
-#include "platform/imageio/ExifBlock.h"
+#include "platform/imageio/exif/ExifBlock.h"
 #include "tests/_MyClasses/ExifReading.h"
 
 #include <gtest/gtest.h>

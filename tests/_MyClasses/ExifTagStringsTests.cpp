@@ -1,6 +1,7 @@
 // The shipped "ExifTag" tables: every label and every value that EXIF 2.3 knows has a text in both languages.
 #include "platform/foundation/NSBundle.h"
 #include "tests/_MyClasses/ExifReading.h"
+#include "tests/support/SourceFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,7 @@ constexpr const char* languages[] = {"en_GB.UTF-8", "ja_JP.UTF-8"};
 
 StringsTable shippedTable(std::string_view language) {
     const std::string path =
-        std::string(KESTRINE_SOURCE_DIR "/share/") + std::string(language) + ".lproj/ExifTag.strings";
+        inSourceFolder("share/") + std::string(language) + ".lproj/ExifTag.strings";
     const Result<StringsTable> table = parseStringsTable(readFileBytes(path));
     return table ? *table : StringsTable();
 }
@@ -81,7 +82,7 @@ TEST(ExifTagStrings, aPictureIsShownInTheUsersLanguage) {
         u"\n\nMetering : Pattern\nFlash : Did not fire, suppressed\n\nDigital zoom : Not used\n",
         u"\n\n測光方式 : 分割測光\nフラッシュ : 非発光、発光禁止\n\nデジタルズーム : 未使用\n"};
     for (int i = 0; i < 2; ++i) {
-        NSBundle bundle(KESTRINE_SOURCE_DIR "/share", Environment{{"LANG", languages[i]}});
+        NSBundle bundle(inSourceFolder("share"), Environment{{"LANG", languages[i]}});
         file->setBundle(&bundle);
         EXPECT_EQ(file->flash(), NSString(flashes[i]));
         EXPECT_EQ(file->digitalZoomRatio(), NSString(zooms[i]));
@@ -90,7 +91,7 @@ TEST(ExifTagStrings, aPictureIsShownInTheUsersLanguage) {
 }
 
 TEST(ExifTagStrings, aValueBeyondTheStandardShowsItsKey) {
-    NSBundle bundle(KESTRINE_SOURCE_DIR "/share", Environment{});
+    NSBundle bundle(inSourceFolder("share"), Environment{});
     const ReadFile file(ExifContent{.exifSubIFD = {exifShorts(0x9207, {77})}});
     file->setBundle(&bundle);
     EXPECT_EQ(file->meteringMode(), NSString(u"meteringMode77"));

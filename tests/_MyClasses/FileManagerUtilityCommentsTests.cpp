@@ -1,6 +1,6 @@
 #include "_MyClasses/Category/FileManagerUtilityMetadata.h"
 #include "platform/finder/FinderMetadata.h"
-#include "platform/host/ExtendedAttributes.h"
+#include "platform/host/files/ExtendedAttributes.h"
 #include "tests/_MyClasses/CapturedLog.h"
 #include "tests/_MyClasses/SystemVersion.h"
 #include "tests/support/FinderPlace.h"

@@ -38,7 +38,7 @@ TEST(Encoding, aJPEGSourceHandsOnItsProfileAndEXIF) {
     const Bytes exif = {'M', 'M', 0, 42, 0, 0,   0,   8,   0, 1, 0x01, 0x0F, 0,
                         2,   0,   0, 0,  4, 'C', 'a', 'm', 0, 0, 0,    0,    0};
     const NSString path = NSString::fromUTF8(
-        folder.write("a.jpg", *encodeJPEG(*rows, {.quality = 0.9, .profile = &profile, .exif = exif})));
+        folder.write("a.jpg", *jpeg::encode(*rows, {.quality = 0.9, .profile = &profile, .exif = exif})));
     const auto image = NSImage::initWithContentsOfFile(path);
     const ImageProperties kept = imagePropertiesForFile(*image, path, nullptr, profileAndExif);
     EXPECT_EQ(kept.size(), 2U);
@@ -99,7 +99,7 @@ TEST(Encoding, theCompressionIsTheQualityAndBeyondItsRangeCountsAsItsEnds) {
 TEST(Encoding, aPaletteIsKeptFromTheSourceFile) {
     const testing::TemporaryFolder folder;
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({16, 12, ColorModel::rgb})));
-    const NSString path = NSString::fromUTF8(folder.write("a.gif", *encodeGIF(*rows, {})));
+    const NSString path = NSString::fromUTF8(folder.write("a.gif", *gif::encode(*rows, {})));
     const auto image = NSImage::initWithContentsOfFile(path);
     const ImageProperties kept = imagePropertiesForFile(*image, path, nullptr, {NSImageRGBColorTable});
     ASSERT_TRUE(kept.contains(NSImageRGBColorTable));
@@ -145,7 +145,7 @@ TEST(Encoding, aTurnAndItsOppositeLeaveTheOrientationOfTheSource) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({16, 12, ColorModel::rgb})));
     const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x01, 0x12, 0,
                         3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0,    0,    0};
-    const NSString path = NSString::fromUTF8(folder.write("a.jpg", *encodeJPEG(*rows, {.exif = exif})));
+    const NSString path = NSString::fromUTF8(folder.write("a.jpg", *jpeg::encode(*rows, {.exif = exif})));
     const auto image = NSImage::initWithContentsOfFile(path);
     const auto orientationIn = [&](const ImagePointer& drawn) {
         const auto jpeg = JPEGRepresentationWithCompression(*drawn, 0.7F, path, {NSImageEXIFData});
@@ -190,7 +190,7 @@ TEST(Encoding, aGIFTakesTheColourTableOfItsSource) {
         testing::makePicture({16, 12, ColorModel::rgb, false, SampleDepth::bits8},
                              [](auto x, auto, std::size_t c) { return c == 0 && x < 8 ? 200U : 0U; });
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(twoColors));
-    const NSString source = NSString::fromUTF8(folder.write("a.gif", *encodeGIF(*rows, {})));
+    const NSString source = NSString::fromUTF8(folder.write("a.gif", *gif::encode(*rows, {})));
     const LoadedImage photo(16, 12);
     const auto tableOf = [](const DataPointer& gif) {
         return *(*openImage(readerOfBytes(gif->bytes())))->colorTable();

@@ -1,6 +1,6 @@
 #include "_MyClasses/Category/StringUtility.h"
 #include "platform/foundation/NSException.h"
-#include "platform/foundation/NSParagraphStyle.h"
+#include "platform/foundation/text/NSParagraphStyle.h"
 #include "tests/_MyClasses/StringUtilityTables.h"
 
 #include <limits>

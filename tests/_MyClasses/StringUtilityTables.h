@@ -3,6 +3,7 @@
 
 #include "platform/foundation/NSBundle.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/SourceFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,7 @@ protected:
     NSBundle& withoutTable() { return bundle_.emplace(std::string(), Environment{}); }
 
     NSBundle& shipped(const std::string& language) {
-        return bundle_.emplace(KESTRINE_SOURCE_DIR "/share", Environment{{"LANG", language}});
+        return bundle_.emplace(inSourceFolder("share"), Environment{{"LANG", language}});
     }
 
 private:

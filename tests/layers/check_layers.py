@@ -20,7 +20,7 @@ ALLOWED["kestrinectl"] = PLATFORM + ["_MyClasses", "models"]
 # Who owns a third-party header, by its beginning.
 OWNERS = {
     "jpeglib.h": "platform/imageio", "jerror.h": "platform/imageio", "png": "platform/imageio",
-    "isa-l/": "platform/imageio/png", "libdeflate.h": "platform/imageio/png", "zlib.h": "platform/imageio/png",
+    "isa-l/": "platform/imageio/png/fast", "libdeflate.h": "platform/imageio/png/fast", "zlib.h": "platform/imageio/png",
     "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "webp/": "platform/imageio",
     "lcms2.h": "platform/coregraphics", "hwy/": "platform/coregraphics/kernels",
     "plist/": "platform/foundation/propertylist", "systemd/": "platform/appkit",

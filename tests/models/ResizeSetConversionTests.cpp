@@ -31,7 +31,7 @@ public:
     Conversion(std::uint32_t width, std::uint32_t height, double dotsPerInch = 72) {
         const auto pixels = testing::makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
         const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-        path_ = folder_.write("a.tif", *encodeTIFF(*rows, {.resolution = {dotsPerInch, dotsPerInch}}));
+        path_ = folder_.write("a.tif", *tiff::encode(*rows, {.resolution = {dotsPerInch, dotsPerInch}}));
     }
 
     Pixels sizeWith(const std::shared_ptr<ResizeSet>& set) const {
@@ -177,7 +177,7 @@ Pixels sizeOfTurned(std::uint32_t storedWidth, std::uint32_t storedHeight) {
     const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x01, 0x12, 0,
                         3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0,    0,    0};
     const NSString path =
-        NSString::fromUTF8(folder.write("a.jpg", *encodeJPEG(*rows, {.quality = 0.9, .exif = exif})));
+        NSString::fromUTF8(folder.write("a.jpg", *jpeg::encode(*rows, {.quality = 0.9, .exif = exif})));
     const auto turns = makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 30.0F}, {u"autoRotate", true}});
     return sizeOf(turns->resizedImageDataWithFile(path, nullptr));
 }
@@ -191,10 +191,10 @@ TEST(Quality, compression70GivesAQualityOf70Percent) {
     const testing::TemporaryFolder folder;
     const auto pixels = testing::makePhoto({64, 64, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    const NSString path = NSString::fromUTF8(folder.write("a.tif", *encodeTIFF(*rows, {})));
+    const NSString path = NSString::fromUTF8(folder.write("a.tif", *tiff::encode(*rows, {})));
     const auto set = makeSet(u"S", {{u"resizeType", 3}, {u"formatType", 0}, {u"compression", 70.0F}});
     const auto again = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    EXPECT_EQ(set->resizedImageDataWithFile(path, nullptr)->bytes(), *encodeJPEG(*again, {.quality = 0.7}));
+    EXPECT_EQ(set->resizedImageDataWithFile(path, nullptr)->bytes(), *jpeg::encode(*again, {.quality = 0.7}));
 }
 
 TEST(Conversion, whatIsNoPictureOrIsNotThereGivesNothing) {

@@ -28,7 +28,7 @@ class ResizeJob : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_EQ(setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1), 0);
-        jpeg = NSString::fromUTF8(folder.write("p/a.jpg", smallPicture(encodeJPEG)));
+        jpeg = NSString::fromUTF8(folder.write("p/a.jpg", smallPicture(jpeg::encode)));
         token = NSNotificationCenter::defaultCenter().addObserver(
             RUResizeHasDone, nullptr, [this](const NSNotification& n) {
                 ++notifications;
@@ -140,7 +140,7 @@ TEST_F(ResizeJob, aFileThatIsNoPictureIsTrashedAllTheSameWhenItIsToBeReplaced) {
 
 TEST_F(ResizeJob, whenTheTrashRefusesTheOriginalStaysAndTheResultGetsTheNextName) {
     // What lies in the trash already is not trashed again.
-    const NSString old = NSString::fromUTF8(folder.write("data/Trash/files/b.jpg", smallPicture(encodeJPEG)));
+    const NSString old = NSString::fromUTF8(folder.write("data/Trash/files/b.jpg", smallPicture(jpeg::encode)));
     const std::string original = trashed("b.jpg");
     run(old.object(), {makeSet(u"Web", {{u"replaceFile", true}, {u"formatType", 0}})});
     EXPECT_TRUE(trashed("b.jpg") == original);
@@ -148,7 +148,7 @@ TEST_F(ResizeJob, whenTheTrashRefusesTheOriginalStaysAndTheResultGetsTheNextName
 }
 
 TEST_F(ResizeJob, aDictionaryGivesThePathAndTheRootBelowWhichItsPlaceIsKept) {
-    const NSString path = NSString::fromUTF8(folder.write("p/day/one/c.jpg", smallPicture(encodeJPEG)));
+    const NSString path = NSString::fromUTF8(folder.write("p/day/one/c.jpg", smallPicture(jpeg::encode)));
     const auto job = std::make_shared<ResizeUnit>();
     job->setValueForKey(
         std::make_shared<NSDictionary>(std::map<NSString, Object>{

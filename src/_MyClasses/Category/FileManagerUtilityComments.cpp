@@ -7,8 +7,8 @@
 #include "platform/carbon/MDItem.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSStringConversion.h"
-#include "platform/foundation/UTF8.h"
+#include "platform/foundation/text/NSStringConversion.h"
+#include "platform/foundation/text/UTF8.h"
 
 #include <algorithm>
 #include <array>

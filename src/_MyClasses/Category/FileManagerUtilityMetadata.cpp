@@ -5,7 +5,7 @@
 #include "platform/carbon/Gestalt.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSStringConversion.h"
+#include "platform/foundation/text/NSStringConversion.h"
 
 namespace kestrine {
 namespace {

@@ -1,7 +1,7 @@
 // The texts of the scripts that the Finder is asked with. They only form texts and run nothing.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <optional>
 #include <vector>

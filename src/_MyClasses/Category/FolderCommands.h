@@ -1,7 +1,7 @@
 // The programs that work on whole folders, each with the argument vector that it is started with.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <vector>
 

@@ -3,12 +3,12 @@
 // for the texts of the table "StringUtility" and for the files that are read.
 #pragma once
 
-#include "platform/foundation/NSAttributedString.h"
+#include "platform/foundation/text/NSAttributedString.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSPredicate.h"
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSPredicate.h"
+#include "platform/foundation/text/NSString.h"
 
 namespace kestrine::StringUtility {
 

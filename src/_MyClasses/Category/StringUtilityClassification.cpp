@@ -1,6 +1,6 @@
 #include "_MyClasses/Category/StringUtility.h"
 #include "_MyClasses/Category/StringUtilityTexts.h"
-#include "platform/foundation/UTF8.h"
+#include "platform/foundation/text/UTF8.h"
 
 #include <unordered_set>
 

@@ -1,6 +1,6 @@
 #include "_MyClasses/Category/StringUtility.h"
-#include "platform/foundation/NSStringEncoding.h"
-#include "platform/host/FileContent.h"
+#include "platform/foundation/text/NSStringEncoding.h"
+#include "platform/host/files/FileContent.h"
 
 #include <algorithm>
 

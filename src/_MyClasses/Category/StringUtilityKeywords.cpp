@@ -2,7 +2,7 @@
 #include "_MyClasses/Category/StringUtility.h"
 #include "_MyClasses/Category/StringUtilityTexts.h"
 #include "platform/foundation/NSException.h"
-#include "platform/foundation/NSStringSearch.h"
+#include "platform/foundation/text/NSStringSearch.h"
 
 #include <algorithm>
 #include <limits>

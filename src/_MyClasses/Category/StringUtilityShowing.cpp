@@ -1,7 +1,7 @@
 #include "_MyClasses/Category/StringUtility.h"
 #include "_MyClasses/Category/StringUtilityTexts.h"
-#include "platform/foundation/NSParagraphStyle.h"
-#include "platform/foundation/TextCollation.h"
+#include "platform/foundation/text/NSParagraphStyle.h"
+#include "platform/foundation/text/TextCollation.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "_MyClasses/Category/BracketedSpans.h"
 #include "_MyClasses/Category/SpanRemoval.h"
 #include "_MyClasses/Category/StringUtility.h"
-#include "platform/foundation/NSStringSearch.h"
+#include "platform/foundation/text/NSStringSearch.h"
 
 namespace kestrine::StringUtility {
 

@@ -1,7 +1,7 @@
 // The words, texts and signs of a script, one after the other.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 namespace kestrine {
 

@@ -1,8 +1,8 @@
 #include "platform/appkit/DesktopDialog.h"
 
 #include "platform/appkit/PortalFileChooser.h"
-#include "platform/host/ChildProcess.h"
-#include "platform/host/Environment.h"
+#include "platform/host/process/ChildProcess.h"
+#include "platform/host/process/Environment.h"
 
 #include <array>
 

@@ -4,7 +4,7 @@
 #include "platform/coreimage/CIImage.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSGeometry.h"
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/imageio/Render.h"
 
 #include <map>

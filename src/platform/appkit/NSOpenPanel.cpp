@@ -1,7 +1,7 @@
 #include "platform/appkit/NSOpenPanel.h"
 
 #include "platform/appkit/DesktopDialog.h"
-#include "platform/foundation/UTF8.h"
+#include "platform/foundation/text/UTF8.h"
 
 namespace kestrine {
 

@@ -1,7 +1,7 @@
 // NSOpenPanel: asks the person at the desktop for a folder.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <memory>
 

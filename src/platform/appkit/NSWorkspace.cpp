@@ -2,9 +2,9 @@
 
 #include "platform/finder/FilePackage.h"
 #include "platform/finder/Finder.h"
-#include "platform/host/Environment.h"
+#include "platform/host/process/Environment.h"
 #include "platform/host/FailureCollector.h"
-#include "platform/host/Trash.h"
+#include "platform/host/trash/Trash.h"
 
 namespace kestrine {
 

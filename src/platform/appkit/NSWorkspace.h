@@ -1,7 +1,7 @@
 // NSWorkspace: what the desktop does with files on a program's behalf.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <mutex>
 #include <vector>

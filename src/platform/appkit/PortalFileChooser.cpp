@@ -2,7 +2,7 @@
 
 #include "platform/appkit/FileURI.h"
 #include "platform/appkit/SessionBus.h"
-#include "platform/host/FileDescriptor.h"
+#include "platform/host/files/FileDescriptor.h"
 
 #include <cerrno>
 #include <cstdlib>

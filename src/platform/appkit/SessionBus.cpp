@@ -1,6 +1,6 @@
 #include "platform/appkit/SessionBus.h"
 
-#include "platform/host/DynamicLibrary.h"
+#include "platform/host/process/DynamicLibrary.h"
 
 namespace kestrine {
 

@@ -4,8 +4,8 @@
 #include "platform/carbon/ItemIdentity.h"
 #include "platform/carbon/StatusCodes.h"
 #include "platform/host/BigEndian.h"
-#include "platform/host/FileStatus.h"
-#include "platform/host/PathParts.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/files/PathParts.h"
 
 #include <algorithm>
 

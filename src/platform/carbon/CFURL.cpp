@@ -3,7 +3,7 @@
 #include "platform/carbon/CatalogNode.h"
 #include "platform/carbon/PathBytes.h"
 #include "platform/finder/FinderPath.h"
-#include "platform/host/FileAttributes.h"
+#include "platform/host/files/FileAttributes.h"
 
 namespace kestrine {
 namespace {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/carbon/AEDataModel.h"
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 namespace kestrine {
 

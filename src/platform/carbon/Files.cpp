@@ -5,7 +5,7 @@
 #include "platform/carbon/StatusCodes.h"
 #include "platform/finder/FinderMetadata.h"
 #include "platform/finder/Volumes.h"
-#include "platform/host/FileDescriptor.h"
+#include "platform/host/files/FileDescriptor.h"
 
 #include <algorithm>
 #include <filesystem>

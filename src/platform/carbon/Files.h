@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/carbon/MacTypes.h"
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <array>
 #include <memory>

@@ -1,7 +1,7 @@
 #include "platform/carbon/ItemIdentity.h"
 
-#include "platform/host/FileAttributes.h"
-#include "platform/host/Folders.h"
+#include "platform/host/files/FileAttributes.h"
+#include "platform/host/files/Folders.h"
 
 namespace kestrine {
 namespace {

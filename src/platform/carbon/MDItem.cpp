@@ -2,7 +2,7 @@
 
 #include "platform/carbon/PathBytes.h"
 #include "platform/finder/FinderMetadata.h"
-#include "platform/host/FileStatus.h"
+#include "platform/host/files/FileStatus.h"
 
 namespace kestrine {
 

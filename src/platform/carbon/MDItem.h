@@ -1,7 +1,7 @@
 // Spotlight's view of an item: the attributes that are kept about it.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <memory>
 

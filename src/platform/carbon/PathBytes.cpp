@@ -1,7 +1,7 @@
 #include "platform/carbon/PathBytes.h"
 
 #include "platform/foundation/NSException.h"
-#include "platform/foundation/NSStringConversion.h"
+#include "platform/foundation/text/NSStringConversion.h"
 
 namespace kestrine {
 

@@ -2,7 +2,7 @@
 // no file can have as its name.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 namespace kestrine {
 

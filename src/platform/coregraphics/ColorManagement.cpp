@@ -26,7 +26,7 @@ constexpr std::array tableTags = {cmsSigDToB1Tag, cmsSigAToB1Tag, cmsSigAToB0Tag
 
 constexpr std::array grayCurves = {cmsSigGrayTRCTag};
 constexpr std::array colorCurves = {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
-constexpr std::array primaries = {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
+constexpr std::array primaryTags = {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
 
 /// Read from the bytes, since the library hands out whatever stands there as a value of an enumeration.
 bool hasFittingHeader(ByteView profile, cmsColorSpaceSignature space) {
@@ -54,7 +54,7 @@ bool canConvert(const ProfileHandle& profile, cmsColorSpaceSignature space) {
     if (space == cmsSigGrayData)
         return std::ranges::all_of(grayCurves, isCurve);
     return space == cmsSigRgbData && std::ranges::all_of(colorCurves, isCurve)
-           && std::ranges::all_of(primaries, isColor);
+           && std::ranges::all_of(primaryTags, isColor);
 }
 
 TransformHandle makeTransform(const ContextHandle& context, const ProfileHandle& source, cmsUInt32Number from,

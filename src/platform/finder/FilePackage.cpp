@@ -1,8 +1,8 @@
 #include "platform/finder/FilePackage.h"
 
 #include "platform/finder/FinderMetadata.h"
-#include "platform/foundation/NSString.h"
-#include "platform/host/FileAttributes.h"
+#include "platform/foundation/text/NSString.h"
+#include "platform/host/files/FileAttributes.h"
 
 #include <algorithm>
 #include <string_view>

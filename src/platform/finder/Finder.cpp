@@ -2,9 +2,9 @@
 
 #include "platform/finder/FinderErrors.h"
 #include "platform/finder/FinderTransfer.h"
-#include "platform/host/Environment.h"
-#include "platform/host/PathParts.h"
-#include "platform/host/Trash.h"
+#include "platform/host/process/Environment.h"
+#include "platform/host/files/PathParts.h"
+#include "platform/host/trash/Trash.h"
 
 #include <functional>
 #include <set>

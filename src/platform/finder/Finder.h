@@ -4,7 +4,7 @@
 // complete.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "platform/finder/FinderItem.h"
 
-#include "platform/host/Folders.h"
-#include "platform/host/PathParts.h"
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
 
 #include <cstdlib>
 #include <memory>

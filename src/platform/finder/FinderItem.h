@@ -2,8 +2,8 @@
 // that renaming a folder meanwhile cannot lead an operation elsewhere.
 #pragma once
 
-#include "platform/host/FileDescriptor.h"
-#include "platform/host/FolderEntry.h"
+#include "platform/host/files/FileDescriptor.h"
+#include "platform/host/files/FolderEntry.h"
 
 #include <string>
 

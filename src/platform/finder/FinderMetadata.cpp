@@ -2,9 +2,9 @@
 
 #include "platform/finder/Sidecar.h"
 #include "platform/finder/StoredForms.h"
-#include "platform/host/ExtendedAttributes.h"
-#include "platform/host/FileDescriptor.h"
-#include "platform/host/PathParts.h"
+#include "platform/host/files/ExtendedAttributes.h"
+#include "platform/host/files/FileDescriptor.h"
+#include "platform/host/files/PathParts.h"
 
 #include <span>
 #include <sys/stat.h>

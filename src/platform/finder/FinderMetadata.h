@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/finder/FinderInfo.h"
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/Result.h"
 
 #include <string>

@@ -1,8 +1,8 @@
 #include "platform/finder/FinderPath.h"
 
 #include "platform/finder/Volumes.h"
-#include "platform/host/FileAttributes.h"
-#include "platform/host/PathParts.h"
+#include "platform/host/files/FileAttributes.h"
+#include "platform/host/files/PathParts.h"
 
 #include <algorithm>
 #include <sys/stat.h>

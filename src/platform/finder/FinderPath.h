@@ -1,7 +1,7 @@
 // Finder paths: names separated by colons, a volume's name first, a colon last for a folder.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/Result.h"
 
 #include <string>

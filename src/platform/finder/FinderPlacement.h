@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/finder/Finder.h"
-#include "platform/host/FolderEntry.h"
+#include "platform/host/files/FolderEntry.h"
 
 namespace kestrine {
 

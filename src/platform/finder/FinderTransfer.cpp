@@ -1,11 +1,11 @@
 #include "platform/finder/FinderTransfer.h"
 
 #include "platform/finder/FinderPlacement.h"
-#include "platform/host/ExclusiveRename.h"
-#include "platform/host/FileContent.h"
-#include "platform/host/MountPoints.h"
-#include "platform/host/PathParts.h"
-#include "platform/host/TreeCopy.h"
+#include "platform/host/files/ExclusiveRename.h"
+#include "platform/host/files/FileContent.h"
+#include "platform/host/files/MountPoints.h"
+#include "platform/host/files/PathParts.h"
+#include "platform/host/files/TreeCopy.h"
 
 #include <cerrno>
 #include <unistd.h>

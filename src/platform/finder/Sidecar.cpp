@@ -1,11 +1,11 @@
 #include "platform/finder/Sidecar.h"
 
-#include "platform/host/ByteReader.h"
-#include "platform/host/FileContent.h"
-#include "platform/host/FileCopy.h"
-#include "platform/host/Folders.h"
-#include "platform/host/PathParts.h"
-#include "platform/host/TemporaryFile.h"
+#include "platform/host/files/ByteReader.h"
+#include "platform/host/files/FileContent.h"
+#include "platform/host/files/FileCopy.h"
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
+#include "platform/host/files/TemporaryFile.h"
 
 #include <cerrno>
 #include <cstdio>

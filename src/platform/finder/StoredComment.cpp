@@ -1,6 +1,6 @@
 #include "platform/finder/AppleDouble.h"
 #include "platform/finder/StoredForms.h"
-#include "platform/foundation/NSStringEncoding.h"
+#include "platform/foundation/text/NSStringEncoding.h"
 #include "platform/foundation/propertylist/PropertyListText.h"
 
 #include <algorithm>
@@ -43,7 +43,7 @@ std::string_view cutToRoom(std::string_view text, std::size_t room) {
     return text.substr(0, end);
 }
 
-OptionalString readAppleDouble(ByteView stored) {
+OptionalString readCommentInAppleDouble(ByteView stored) {
     const Result<AppleDouble> container = AppleDouble::parse(stored);
     const auto content = container ? container->content(AppleDoubleEntry::comment) : std::nullopt;
     if (!content || content->empty())
@@ -54,7 +54,7 @@ OptionalString readAppleDouble(ByteView stored) {
     return readText(*content);
 }
 
-std::optional<Bytes> changedAppleDouble(ByteView stored, const NSString& comment) {
+std::optional<Bytes> appleDoubleWithComment(ByteView stored, const NSString& comment) {
     constexpr std::size_t longestComment = 200; // bytes; the bound of the format and of its readers
     const Result<AppleDouble> container = AppleDouble::parse(stored);
     if (!container || !container->content(AppleDoubleEntry::comment))
@@ -68,6 +68,6 @@ std::optional<Bytes> changedAppleDouble(ByteView stored, const NSString& comment
 
 const StoredForm<NSString> commentAsText{readText, changedText};
 const StoredForm<NSString> commentInPropertyList{readPropertyList, changedPropertyList};
-const StoredForm<NSString> commentInAppleDouble{readAppleDouble, changedAppleDouble};
+const StoredForm<NSString> commentInAppleDouble{readCommentInAppleDouble, appleDoubleWithComment};
 
 } // namespace kestrine

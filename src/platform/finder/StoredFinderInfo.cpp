@@ -36,14 +36,14 @@ std::optional<ByteView> informationEntry(const Result<AppleDouble>& container) {
     return content && content->size() >= size ? content : std::nullopt;
 }
 
-std::optional<FinderInfo> readAppleDouble(ByteView stored) {
+std::optional<FinderInfo> readInfoInAppleDouble(ByteView stored) {
     const auto content = informationEntry(AppleDouble::parse(stored));
     if (!content)
         return std::nullopt;
     return finderInfoFromBytes(content->first<size>());
 }
 
-std::optional<Bytes> changedAppleDouble(ByteView stored, const FinderInfo& information) {
+std::optional<Bytes> appleDoubleWithInfo(ByteView stored, const FinderInfo& information) {
     const Result<AppleDouble> container = AppleDouble::parse(stored);
     const auto content = informationEntry(container);
     if (!content)
@@ -77,7 +77,7 @@ std::optional<Bytes> changedStream(ByteView stored, const FinderInfo& informatio
 } // namespace
 
 const StoredForm<FinderInfo> plainFinderInfo{readPlain, changedPlain};
-const StoredForm<FinderInfo> finderInfoInAppleDouble{readAppleDouble, changedAppleDouble};
+const StoredForm<FinderInfo> finderInfoInAppleDouble{readInfoInAppleDouble, appleDoubleWithInfo};
 const StoredForm<FinderInfo> finderInfoInAFPInfo{readStream, changedStream};
 
 } // namespace kestrine

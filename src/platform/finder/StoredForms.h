@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/finder/FinderInfo.h"
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/Bytes.h"
 
 #include <optional>

@@ -1,9 +1,9 @@
 #include "platform/finder/Volumes.h"
 
-#include "platform/host/FileAttributes.h"
-#include "platform/host/Folders.h"
-#include "platform/host/MountPoints.h"
-#include "platform/host/PathParts.h"
+#include "platform/host/files/FileAttributes.h"
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/MountPoints.h"
+#include "platform/host/files/PathParts.h"
 
 #include <cstdlib>
 #include <memory>

@@ -2,7 +2,7 @@
 // One level stands above the volumes, so that a walk upwards ends one step above a volume's root.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/Result.h"
 
 #include <string>

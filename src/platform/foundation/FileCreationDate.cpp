@@ -1,7 +1,7 @@
 #include "platform/foundation/FileCreationDate.h"
 
 #include "platform/foundation/LocalTime.h"
-#include "platform/host/ExtendedAttributes.h"
+#include "platform/host/files/ExtendedAttributes.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // KeyValueObservers: who wants to know when a value of one object changes through key-value coding.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <cstdint>
 #include <functional>

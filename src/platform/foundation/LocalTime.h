@@ -1,7 +1,7 @@
 // Dates as text in the local time of the system's zone, as TZ or /etc/localtime say.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <chrono>
 

@@ -1,8 +1,8 @@
 #include "platform/foundation/NSBundle.h"
 
-#include "platform/host/FileContent.h"
-#include "platform/host/FileStatus.h"
-#include "platform/host/PathParts.h"
+#include "platform/host/files/FileContent.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/files/PathParts.h"
 
 #include <filesystem>
 

@@ -1,8 +1,8 @@
 // NSBundle: the program's resources, which are its strings tables, in the user's language.
 #pragma once
 
-#include "platform/foundation/StringsTable.h"
-#include "platform/host/Environment.h"
+#include "platform/foundation/text/StringsTable.h"
+#include "platform/host/process/Environment.h"
 
 #include <mutex>
 

@@ -1,7 +1,7 @@
 // The platform's collections: an ordered list and a dictionary with text keys, both immutable.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <map>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "platform/foundation/NSFileHandle.h"
 
-#include "platform/host/PathParts.h"
+#include "platform/host/files/PathParts.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // NSFileHandle: reading one file from wherever one likes.
 #pragma once
 
-#include "platform/foundation/NSString.h"
-#include "platform/host/ByteReader.h"
+#include "platform/foundation/text/NSString.h"
+#include "platform/host/files/ByteReader.h"
 
 #include <memory>
 

@@ -1,9 +1,9 @@
 #include "platform/foundation/NSFileManager.h"
 
-#include "platform/host/FileAttributes.h"
-#include "platform/host/FileStatus.h"
-#include "platform/host/FolderTree.h"
-#include "platform/host/Folders.h"
+#include "platform/host/files/FileAttributes.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/files/FolderTree.h"
+#include "platform/host/files/Folders.h"
 
 namespace kestrine {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/foundation/NSDate.h"
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <optional>
 #include <vector>

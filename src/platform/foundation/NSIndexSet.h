@@ -1,7 +1,7 @@
 // NSIndexSet: an immutable set of indexes, kept as ranges so that its size does not matter.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <vector>
 

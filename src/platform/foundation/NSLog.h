@@ -1,7 +1,7 @@
 // NSLog: the platform's log, a few diagnostic lines for people who look at standard error.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 #include <functional>
 

@@ -1,7 +1,7 @@
 #include "platform/foundation/NSTask.h"
 
 #include "platform/foundation/NSException.h"
-#include "platform/host/PathParts.h"
+#include "platform/host/files/PathParts.h"
 
 namespace kestrine {
 

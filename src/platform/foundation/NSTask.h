@@ -1,8 +1,8 @@
 // NSTask: another program run with exactly the arguments given; no shell is involved.
 #pragma once
 
-#include "platform/foundation/NSString.h"
-#include "platform/host/ChildProcess.h"
+#include "platform/foundation/text/NSString.h"
+#include "platform/host/process/ChildProcess.h"
 
 #include <optional>
 #include <vector>

@@ -1,10 +1,10 @@
 #include "platform/foundation/NSUserDefaults.h"
 
 #include "platform/foundation/propertylist/PropertyListBounds.h"
-#include "platform/host/AtomicFile.h"
-#include "platform/host/FileContent.h"
-#include "platform/host/FileStatus.h"
-#include "platform/host/PathParts.h"
+#include "platform/host/files/AtomicFile.h"
+#include "platform/host/files/FileContent.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/files/PathParts.h"
 
 namespace kestrine {
 

@@ -1,9 +1,9 @@
 // NSUserDefaults: where a domain of preferences lives on this system, and reading and writing it whole.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/foundation/propertylist/PropertyList.h"
-#include "platform/host/Environment.h"
+#include "platform/host/process/Environment.h"
 
 #include <optional>
 #include <string>

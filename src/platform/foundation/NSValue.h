@@ -1,7 +1,7 @@
 // NSValue: a range as an object, so that collections can hold it.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 namespace kestrine {
 

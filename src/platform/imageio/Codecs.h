@@ -1,23 +1,42 @@
-// The codecs, one a line, and the encoders.
+// The codecs, one per format, and the encoders.
 #pragma once
 
 #include "platform/imageio/ImageCodec.h"
 
-namespace kestrine {
+// Each is defined in the Decoder.cpp of its format's folder.
+namespace kestrine::jpeg {
+extern const ImageCodec codec;
+}
+namespace kestrine::png {
+extern const ImageCodec codec;
+}
+namespace kestrine::gif {
+extern const ImageCodec codec;
+}
+namespace kestrine::tiff {
+extern const ImageCodec codec;
+}
+namespace kestrine::webp {
+extern const ImageCodec codec;
+}
+namespace kestrine::bmp {
+extern const ImageCodec codec;
+}
+namespace kestrine::pnm {
+extern const ImageCodec codec;
+}
 
-extern const ImageCodec jpegCodec; // JPEGDecoder.cpp
-extern const ImageCodec pngCodec;  // PNGDecoder.cpp
-extern const ImageCodec gifCodec;  // GIFDecoder.cpp
-extern const ImageCodec tiffCodec; // TIFFDecoder.cpp
-extern const ImageCodec webpCodec; // WebPDecoder.cpp
-extern const ImageCodec bmpCodec;  // BMPDecoder.cpp
-extern const ImageCodec pnmCodec;  // PNMDecoder.cpp
-
-/// Consumes all rows and gives the file's bytes. The rows must suit the format:
-/// JPEG takes 8-bit samples without alpha, GIF 8-bit samples, PNG and TIFF everything.
-Result<Bytes> encodeJPEG(RowSource& rows, const EncodingOptions& options); // JPEGEncoder.cpp
-Result<Bytes> encodePNG(RowSource& rows, const EncodingOptions& options);  // PNGEncoder.cpp
-Result<Bytes> encodeGIF(RowSource& rows, const EncodingOptions& options);  // GIFEncoder.cpp
-Result<Bytes> encodeTIFF(RowSource& rows, const EncodingOptions& options); // TIFFEncoder.cpp
-
-} // namespace kestrine
+// An encoder consumes all rows and returns the bytes of the file. Each is defined in the Encoder.cpp of its
+// format's folder. The rows must suit the format: see outputFormats in Render.cpp.
+namespace kestrine::jpeg {
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+}
+namespace kestrine::png {
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+}
+namespace kestrine::gif {
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+}
+namespace kestrine::tiff {
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+}

@@ -1,7 +1,7 @@
 // ForwardReader: reads an input from one place on, byte after byte, for formats that come in no larger units.
 #pragma once
 
-#include "platform/host/ByteReader.h"
+#include "platform/host/files/ByteReader.h"
 
 #include <memory>
 

@@ -3,7 +3,7 @@
 
 #include "platform/coregraphics/ColorProfile.h"
 #include "platform/coregraphics/RowSource.h"
-#include "platform/host/ByteReader.h"
+#include "platform/host/files/ByteReader.h"
 
 #include <optional>
 #include <string_view>

@@ -4,7 +4,7 @@
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/Codecs.h"
-#include "platform/imageio/ExifBlock.h"
+#include "platform/imageio/exif/ExifBlock.h"
 
 #include <algorithm>
 #include <array>
@@ -22,10 +22,10 @@ struct FileTraits {
     Result<Bytes> (*encode)(RowSource&, const EncodingOptions&);
 };
 constexpr std::array<FileTraits, 4> fileTraits = {{
-    {true, true, false, encodeTIFF},
-    {true, false, true, encodeGIF},
-    {false, false, false, encodeJPEG},
-    {true, true, false, encodePNG},
+    {true, true, false, tiff::encode},
+    {true, false, true, gif::encode},
+    {false, false, false, jpeg::encode},
+    {true, true, false, png::encode},
 }};
 
 /// `resampling` of a picture that was turned before, as one of the picture before the turn (its size given).

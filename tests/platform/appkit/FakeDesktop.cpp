@@ -1,4 +1,5 @@
 #include "tests/platform/appkit/FakeDesktop.h"
+#include "tests/support/SourceFolder.h"
 
 #include <array>
 #include <csignal>
@@ -43,7 +44,7 @@ std::string quotedForService(const std::string& argument) { return " \"" + argum
 std::string serviceText(const std::string& record, const std::string& behaviour,
                         const std::vector<std::string>& uris) {
     std::string command = python;
-    command += quotedForService(KESTRINE_SOURCE_DIR "/tests/platform/appkit/FakePortal.py");
+    command += quotedForService(inSourceFolder("tests/platform/appkit/FakePortal.py"));
     command += quotedForService(behaviour) + quotedForService(record);
     for (const std::string& uri : uris)
         command += quotedForService(uri);

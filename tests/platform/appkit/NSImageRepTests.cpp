@@ -34,7 +34,7 @@ Bytes encoded(const PixelBuffer& pixels, Result<Bytes> (*encode)(RowSource&, con
 PixelBuffer photo() { return makePhoto({20, 10, ColorModel::rgb, false, SampleDepth::bits8}); }
 
 NSBitmapImageRep bitmapOf(const PixelBuffer& pixels, NSSize size) {
-    return {Picture{*Source::open(readerOfBytes(encoded(pixels, encodeTIFF))), 0, {}}, size};
+    return {Picture{*Source::open(readerOfBytes(encoded(pixels, tiff::encode))), 0, {}}, size};
 }
 
 std::unique_ptr<ImageDecoder> decoderOf(const std::shared_ptr<const NSData>& file) {
@@ -53,25 +53,25 @@ TEST(NSBitmapImageRep, itsProfileEXIFAndColourTableAreItsPropertiesAndOthersAreN
     const ColorProfile profile = ColorProfile::adobeRGB();
     const Bytes exif = {'M', 'M', 0, 42, 0, 0,   0,   8,   0, 1, 0x01, 0x0F, 0,
                         2,   0,   0, 0,  4, 'C', 'a', 'm', 0, 0, 0,    0,    0};
-    const auto jpeg = repsOf(encoded(photo(), encodeJPEG, {.profile = &profile, .exif = exif})).front();
+    const auto jpeg = repsOf(encoded(photo(), jpeg::encode, {.profile = &profile, .exif = exif})).front();
     const auto bytesOf = [](const Object& data) { return dynamic_cast<const NSData&>(*data).bytes(); };
     EXPECT_TRUE(
         std::ranges::equal(bytesOf(jpeg->valueForProperty(NSImageColorSyncProfileData)), profile.bytes()));
     EXPECT_EQ(bytesOf(jpeg->valueForProperty(NSImageEXIFData)), exif);
     EXPECT_EQ(jpeg->valueForProperty(NSImageRGBColorTable), nullptr);
     EXPECT_EQ(jpeg->valueForProperty(u"NSImageGamma"), nullptr);
-    const auto gif = repsOf(encoded(photo(), encodeGIF)).front();
+    const auto gif = repsOf(encoded(photo(), gif::encode)).front();
     EXPECT_EQ(bytesOf(gif->valueForProperty(NSImageRGBColorTable)).size() % 3, 0U);
     EXPECT_EQ(gif->valueForProperty(NSImageColorSyncProfileData), nullptr);
 }
 
 TEST(NSBitmapImageRep, whatWasDrawnFromAFileHasItsProfileButNeitherItsEXIFNorItsColourTable) {
-    const auto gif = repsOf(encoded(photo(), encodeGIF)).front();
+    const auto gif = repsOf(encoded(photo(), gif::encode)).front();
     const NSBitmapImageRep drawn(gif->picture().with(QuarterTurn::clockwise), {10, 20});
     EXPECT_EQ(drawn.valueForProperty(NSImageRGBColorTable), nullptr);
     const ColorProfile profile = ColorProfile::adobeRGB();
     const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 0};
-    const auto jpeg = repsOf(encoded(photo(), encodeJPEG, {.profile = &profile, .exif = exif})).front();
+    const auto jpeg = repsOf(encoded(photo(), jpeg::encode, {.profile = &profile, .exif = exif})).front();
     const NSBitmapImageRep faded(jpeg->picture().with(Fade{0.5F}), {20, 10});
     EXPECT_NE(jpeg->valueForProperty(NSImageEXIFData), nullptr);
     EXPECT_EQ(faded.valueForProperty(NSImageEXIFData), nullptr);
@@ -131,7 +131,7 @@ TEST(NSBitmapImageRep, withoutAlphaItsDataIsTheSamples) {
 }
 
 TEST(NSBitmapImageRep, pixelsThatCannotBeReadGiveNoDataAndNoFile) {
-    Bytes file = encoded(photo(), encodePNG);
+    Bytes file = encoded(photo(), png::encode);
     file.resize(file.size() / 2);
     const Reps reps = repsOf(file);
     ASSERT_EQ(reps.size(), 1U) << "its header is whole";

@@ -17,7 +17,7 @@ namespace {
 
 std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *Source::open(readerOfBytes(*encodeTIFF(*rows, {})));
+    return *Source::open(readerOfBytes(*tiff::encode(*rows, {})));
 }
 
 std::shared_ptr<NSBitmapImageRep> photoRep(std::uint32_t width, std::uint32_t height) {
@@ -99,7 +99,7 @@ TEST(NSImage, anImageFromAFileIsAsLargeInPointsAsItsResolutionSays) {
     const testing::TemporaryFolder folder;
     const auto rows = rowsOfPixels(
         std::make_shared<PixelBuffer>(makePhoto({300, 200, ColorModel::gray, false, SampleDepth::bits8})));
-    const std::string path = folder.write("a.png", *encodePNG(*rows, {.resolution = {300, 150}}));
+    const std::string path = folder.write("a.png", *png::encode(*rows, {.resolution = {300, 150}}));
     const auto image = NSImage::initWithContentsOfFile(NSString::fromUTF8(path));
     EXPECT_EQ(image->size(), (NSSize{72, 96}));
     ASSERT_EQ(image->representations().size(), 1U);
@@ -122,7 +122,7 @@ TEST(NSImage, theFileMayGoAwayOnceItIsLoaded) {
     const testing::TemporaryFolder folder;
     const PixelBuffer photo = makePhoto({12, 8, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
-    const std::string path = folder.write("a.tif", *encodeTIFF(*rows, {}));
+    const std::string path = folder.write("a.tif", *tiff::encode(*rows, {}));
     const auto image = NSImage::initWithContentsOfFile(NSString::fromUTF8(path));
     std::filesystem::remove(path);
     EXPECT_TRUE(samePicture(pixelsOf(*image), photo));
@@ -144,7 +144,7 @@ TEST(NSImage, theTIFFRepresentationIsAFileOfTheFirstRepresentationWithItsProfile
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
     NSImage image({6, 8});
     image.addRepresentation(std::make_shared<NSBitmapImageRep>(
-        Picture{*Source::open(readerOfBytes(*encodeTIFF(*rows, {.profile = &profile}))), 0, {}},
+        Picture{*Source::open(readerOfBytes(*tiff::encode(*rows, {.profile = &profile}))), 0, {}},
         NSSize{1, 1}));
     const auto source = *Source::open(readerOfBytes(image.TIFFRepresentation()->bytes()));
     EXPECT_TRUE(samePicture(*readPixels({source, 0, {}}), photo));

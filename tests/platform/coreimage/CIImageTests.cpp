@@ -13,7 +13,7 @@ namespace {
 CIImage imageOf(std::uint32_t width, std::uint32_t height) {
     const auto pixels = testing::makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return CIImage({*Source::open(readerOfBytes(*encodeTIFF(*rows, {}))), 0, {}});
+    return CIImage({*Source::open(readerOfBytes(*tiff::encode(*rows, {}))), 0, {}});
 }
 
 const Resampling& lastStep(const CIImage& image) {

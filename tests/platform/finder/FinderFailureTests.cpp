@@ -1,7 +1,7 @@
 // What becomes of items when a disk is full, something is mounted in the way or a call to the system fails:
 // an item is whole in one place, what has not given way is whole, and no hidden name is left behind.
-#include "platform/host/ExtendedAttributes.h"
-#include "platform/host/FileDescriptor.h"
+#include "platform/host/files/ExtendedAttributes.h"
+#include "platform/host/files/FileDescriptor.h"
 #include "tests/platform/finder/FinderTesting.h"
 #include "tests/support/IsolatedProcess.h"
 

@@ -1,6 +1,6 @@
 // The last step of every copy and move, when somebody else was faster.
 #include "platform/finder/FinderPlacement.h"
-#include "platform/host/Folders.h"
+#include "platform/host/files/Folders.h"
 #include "tests/platform/finder/FinderTesting.h"
 #include "tests/support/IsolatedProcess.h"
 

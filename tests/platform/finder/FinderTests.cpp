@@ -1,5 +1,5 @@
 // What the Finder promises of items brought to a folder, on one file system and between two.
-#include "platform/host/ExtendedAttributes.h"
+#include "platform/host/files/ExtendedAttributes.h"
 #include "tests/platform/finder/FinderTesting.h"
 #include "tests/support/IsolatedProcess.h"
 

@@ -1,5 +1,5 @@
 #include "platform/finder/Sidecar.h"
-#include "platform/host/ExtendedAttributes.h"
+#include "platform/host/files/ExtendedAttributes.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,5 +1,6 @@
 #include "platform/foundation/NSBundle.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/SourceFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -98,8 +99,8 @@ TEST(NSBundle, withoutResourcesEveryKeyShowsItself) {
 
 TEST(NSBundle, theShippedTablesHaveThePanelsMessageInBothLanguages) {
     const NSString key = u"Please choose directory for \"%@\"";
-    NSBundle english(KESTRINE_SOURCE_DIR "/share", Environment{});
-    NSBundle japanese(KESTRINE_SOURCE_DIR "/share", Environment{{"LANG", "ja_JP.UTF-8"}});
+    NSBundle english(inSourceFolder("share"), Environment{});
+    NSBundle japanese(inSourceFolder("share"), Environment{{"LANG", "ja_JP.UTF-8"}});
     EXPECT_EQ(english.localizedString(key, u"fallback"), key);
     EXPECT_NE(japanese.localizedString(key, u"fallback"), key);
     EXPECT_TRUE(japanese.localizedString(key, u"fallback").contains(u"\"%@\""));

@@ -1,8 +1,8 @@
 // What becomes of files when a call to the system fails: nothing is lost, and nothing is left behind.
-#include "platform/host/AtomicFile.h"
-#include "platform/host/FileStatus.h"
-#include "platform/host/Folders.h"
-#include "tests/platform/host/TrashTesting.h"
+#include "platform/host/files/AtomicFile.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/files/Folders.h"
+#include "tests/platform/host/trash/TrashTesting.h"
 #include "tests/support/IsolatedProcess.h"
 
 #include <cerrno>

@@ -17,7 +17,7 @@ RowFormat photoFormat(std::uint32_t width, std::uint32_t height) {
 /// A TIFF of the pixels: the one format that keeps every layout exactly.
 std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *Source::open(readerOfBytes(*encodeTIFF(*rows, {})));
+    return *Source::open(readerOfBytes(*tiff::encode(*rows, {})));
 }
 
 PixelBuffer turnedClockwise(const PixelBuffer& source) {

@@ -1,6 +1,6 @@
 #include "_MyClasses/Class/ExifTag/ExifText.h"
 #include "_MyClasses/Class/ExifTag/MacRoman.h"
-#include "platform/foundation/UTF8.h"
+#include "platform/foundation/text/UTF8.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Text as cameras write it: up to the first zero byte, in UTF-8 or Mac OS Roman.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/Bytes.h"
 
 namespace kestrine {

@@ -1,6 +1,6 @@
 #include "_MyClasses/Class/ExifTag/NumberText.h"
 
-#include "platform/foundation/FormatText.h"
+#include "platform/foundation/text/FormatText.h"
 
 #include <algorithm>
 #include <charconv>

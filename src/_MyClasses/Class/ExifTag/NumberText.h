@@ -1,7 +1,7 @@
 // One number in a format text, as a formatted print would show it, whatever the locale.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 
 namespace kestrine {
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/foundation/NSData.h"
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/foundation/archiving/ArchivedClass.h"
 #include "platform/foundation/archiving/TypedStreamWriter.h"
 #include "platform/host/Result.h"

@@ -2,7 +2,7 @@
 // A class sees the values of its object as one flat list and must take them all, no more and no fewer.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/foundation/archiving/ArchivedClass.h"
 #include "platform/foundation/archiving/TypedStream.h"
 #include "platform/host/Result.h"

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/foundation/NSData.h"
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/Result.h"
 
 #include <memory>

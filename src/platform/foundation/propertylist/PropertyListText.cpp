@@ -1,6 +1,6 @@
 #include "platform/foundation/propertylist/PropertyListText.h"
 
-#include "platform/foundation/UTF8.h"
+#include "platform/foundation/text/UTF8.h"
 #include "platform/foundation/propertylist/PropertyListBounds.h"
 
 #include <cstdlib>
@@ -18,7 +18,7 @@ struct FreeNode {
 };
 using Node = std::unique_ptr<std::remove_pointer_t<plist_t>, FreeNode>;
 
-struct FreeText {
+struct FreeLibraryText {
     void operator()(char* text) const { std::free(text); }
 };
 
@@ -56,7 +56,7 @@ Bytes propertyListOfText(const NSString& text) {
     char* bytes = nullptr;
     std::uint32_t length = 0;
     plist_to_bin(node.get(), &bytes, &length);
-    const std::unique_ptr<char, FreeText> owner(bytes);
+    const std::unique_ptr<char, FreeLibraryText> owner(bytes);
     if (!bytes)
         throw std::bad_alloc();
     return Bytes(bytes, bytes + length);

@@ -1,7 +1,7 @@
 // A property list that holds nothing but one text, in the binary form, as attributes of files keep it.
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/Bytes.h"
 #include "platform/host/Result.h"
 

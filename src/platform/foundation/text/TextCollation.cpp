@@ -1,0 +1,98 @@
+#include "platform/foundation/text/TextCollation.h"
+
+#include "platform/foundation/text/UnicodeLibrary.h"
+
+#include <limits>
+#include <string>
+
+namespace kestrine {
+
+namespace {
+
+constexpr const char* collationLocale = "";
+
+struct Setting {
+    int attribute;
+    int value;
+};
+
+// ICU's numbers for attributes and their values (ucol.h).
+constexpr Setting settings[] = {
+    {1, 21}, // alternate handling: punctuation and blanks are not ignorable
+    {4, 17}, // normalisation on
+    {5, 1},  // secondary strength: accents count, case and width do not
+    {7, 17}, // digits as numbers
+};
+
+struct Kana {
+    char16_t first;
+    char16_t last;
+    char16_t kind;
+};
+
+// The letters and iteration marks of both syllabaries, in the order in which these sort.
+constexpr Kana kanas[] = {
+    {u'ぁ', u'ゖ', u'h'}, {u'ゝ', u'ゞ', u'h'}, {u'ァ', u'ヺ', u'k'},
+    {u'ヽ', u'ヾ', u'k'}, {u'ㇰ', u'ㇿ', u'k'},
+};
+
+std::int32_t lengthOf(std::u16string_view text) { return static_cast<std::int32_t>(text.size()); }
+
+/// Null where ICU is missing. It lives as long as the process and is only read once it is made.
+const UnicodeCollator* openCollator() {
+    const UnicodeCollationFunctions& library = unicodeCollationFunctions();
+    if (!library.open || !library.setAttribute || !library.compare)
+        return nullptr;
+    int errorCode = 0;
+    UnicodeCollator* const collator = library.open(collationLocale, &errorCode);
+    if (errorCode > 0)
+        return nullptr;
+    for (const Setting& setting : settings)
+        library.setAttribute(collator, setting.attribute, setting.value, &errorCode);
+    return errorCode > 0 ? nullptr : collator;
+}
+
+/// The text with half-width, circled and squared kana spelled out; the text itself when that fails.
+std::u16string decomposed(std::u16string_view text) {
+    const UnicodeCollationFunctions& library = unicodeCollationFunctions();
+    if (!library.decomposer || !library.decompose)
+        return std::u16string(text);
+    int errorCode = 0;
+    const UnicodeNormalizer* const normalizer = library.decomposer(&errorCode);
+    if (errorCode > 0)
+        return std::u16string(text);
+    const std::int32_t needed =
+        library.decompose(normalizer, text.data(), lengthOf(text), nullptr, 0, &errorCode);
+    std::u16string result(static_cast<std::size_t>(needed > 0 ? needed : 0), u'\0');
+    errorCode = 0;
+    library.decompose(normalizer, text.data(), lengthOf(text), result.data(), needed, &errorCode);
+    return errorCode > 0 ? std::u16string(text) : result;
+}
+
+/// One unit for each kana of the text, telling its syllabary.
+std::u16string syllabaries(std::u16string_view text) {
+    std::u16string kinds;
+    for (const char16_t unit : decomposed(text))
+        for (const Kana& kana : kanas)
+            if (unit >= kana.first && unit <= kana.last)
+                kinds += kana.kind;
+    return kinds;
+}
+
+int signOf(int value) { return (value > 0) - (value < 0); }
+
+} // namespace
+
+int naturalOrder(std::u16string_view text, std::u16string_view other) {
+    static const UnicodeCollator* const collator = openCollator();
+    constexpr std::size_t longest = std::numeric_limits<std::int32_t>::max();
+    if (!collator || text.size() > longest || other.size() > longest)
+        return signOf(text.compare(other));
+    const int order = unicodeCollationFunctions().compare(collator, text.data(), lengthOf(text), other.data(),
+                                                          lengthOf(other));
+    if (order != 0 || text == other)
+        return signOf(order);
+    return signOf(syllabaries(text).compare(syllabaries(other)));
+}
+
+} // namespace kestrine

@@ -1,0 +1,87 @@
+#include "platform/host/files/ByteReader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+class MemoryReader final : public ByteReader {
+public:
+    explicit MemoryReader(Bytes bytes) : bytes_(std::move(bytes)) {}
+
+    std::uint64_t size() const override { return bytes_.size(); }
+
+    std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const override {
+        if (offset >= bytes_.size())
+            return 0;
+        const std::size_t count = std::min<std::uint64_t>(into.size(), bytes_.size() - offset);
+        std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset), count, into.begin());
+        return count;
+    }
+
+private:
+    const Bytes bytes_;
+};
+
+class FileReader final : public ByteReader {
+public:
+    FileReader(FileDescriptor file, std::uint64_t size) : file_(std::move(file)), size_(size) {}
+
+    std::uint64_t size() const override { return size_; }
+
+    std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const override {
+        std::size_t done = 0;
+        while (done < into.size()) {
+            const ssize_t got = ::pread(file_.number(), into.data() + done, into.size() - done,
+                                        static_cast<off_t>(offset + done));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got <= 0)
+                break;
+            done += static_cast<std::size_t>(got);
+        }
+        return done;
+    }
+
+private:
+    const FileDescriptor file_;
+    const std::uint64_t size_;
+};
+
+} // namespace
+
+Result<Bytes> ByteReader::readAll(std::uint64_t limit) const {
+    if (size() > limit)
+        return Failure{Reason::tooLarge, "the input has more than " + std::to_string(limit) + " bytes"};
+    Bytes bytes(static_cast<std::size_t>(size()));
+    if (readAt(0, bytes) != bytes.size())
+        return Failure{Reason::truncated, "the input became shorter while it was read"};
+    return bytes;
+}
+
+std::shared_ptr<const ByteReader> readerOfBytes(Bytes bytes) {
+    return std::make_shared<MemoryReader>(std::move(bytes));
+}
+
+Result<std::shared_ptr<const ByteReader>> readerOfFile(FileDescriptor file) {
+    struct stat status {};
+    if (::fstat(file.number(), &status) != 0)
+        return systemFailure("cannot examine the input");
+    if (!S_ISREG(status.st_mode))
+        return Failure{Reason::notRegularFile, "the input is not a regular file"};
+    const auto size = static_cast<std::uint64_t>(status.st_size);
+    return std::shared_ptr<const ByteReader>(std::make_shared<FileReader>(std::move(file), size));
+}
+
+Result<std::shared_ptr<const ByteReader>> readerOfPath(const std::string& path) {
+    Result<FileDescriptor> file = openForReading(path);
+    if (!file)
+        return file.failure();
+    return readerOfFile(std::move(*file));
+}
+
+} // namespace kestrine

@@ -1,0 +1,77 @@
+#include "platform/host/files/ExclusiveRename.h"
+
+#include "platform/host/files/FileDescriptor.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+bool exclusiveRenameIsMissing(int error) { return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP; }
+
+/// File systems without links say EPERM; so does the kernel for links to files of other users.
+bool hardLinkIsMissing(int error) {
+    return error == EPERM || error == ENOSYS || error == EOPNOTSUPP || error == EMLINK;
+}
+
+int renameExclusively(const FolderEntry& from, const FolderEntry& to) {
+    return ::renameat2(from.folder, from.name.c_str(), to.folder, to.name.c_str(), RENAME_NOREPLACE) == 0
+               ? 0
+               : errno;
+}
+
+int linkThenUnlink(const FolderEntry& from, const FolderEntry& to) {
+    if (::linkat(from.folder, from.name.c_str(), to.folder, to.name.c_str(), 0) != 0)
+        return errno;
+    if (::unlinkat(from.folder, from.name.c_str(), 0) == 0)
+        return 0;
+    const int error = errno;
+    ::unlinkat(to.folder, to.name.c_str(), 0);
+    return error;
+}
+
+int reserve(const FolderEntry& entry, bool asFolder) {
+    if (asFolder)
+        return ::mkdirat(entry.folder, entry.name.c_str(), 0700) == 0 ? 0 : errno;
+    const FileDescriptor reservation(
+        ::openat(entry.folder, entry.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    return reservation.isOpen() ? 0 : errno;
+}
+
+int renameOverReservation(const FolderEntry& from, const FolderEntry& to, bool isFolder) {
+    if (const int error = reserve(to, isFolder); error != 0)
+        return error;
+    if (::renameat(from.folder, from.name.c_str(), to.folder, to.name.c_str()) == 0)
+        return 0;
+    const int error = errno;
+    ::unlinkat(to.folder, to.name.c_str(), isFolder ? AT_REMOVEDIR : 0);
+    return error;
+}
+
+} // namespace
+
+int renameWithoutReplacing(const FolderEntry& from, const FolderEntry& to, RenameMechanisms& mechanisms) {
+    if (mechanisms.exclusiveRename) {
+        const int error = renameExclusively(from, to);
+        if (!exclusiveRenameIsMissing(error))
+            return error;
+        mechanisms.exclusiveRename = false;
+    }
+    struct stat status {};
+    if (::fstatat(from.folder, from.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return errno;
+    const bool isFolder = S_ISDIR(status.st_mode);
+    if (mechanisms.hardLink && !isFolder) {
+        const int error = linkThenUnlink(from, to);
+        if (!hardLinkIsMissing(error))
+            return error;
+        mechanisms.hardLink = false;
+    }
+    return renameOverReservation(from, to, isFolder);
+}
+
+} // namespace kestrine

@@ -1,0 +1,52 @@
+#include "platform/host/files/FileAttributes.h"
+
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+void setAttributes(int folder, const struct stat& attributes) {
+    const bool hasOwner = ::fchown(folder, attributes.st_uid, attributes.st_gid) == 0;
+    (void)::fchmod(folder, attributes.st_mode & (hasOwner ? 07777 : 0777));
+    const timespec times[2] = {{0, UTIME_OMIT}, attributes.st_mtim};
+    (void)::futimens(folder, times);
+}
+
+} // namespace
+
+Result<struct stat> attributesOf(const std::string& path, FollowLinks follow) {
+    if (Result<void> usable = checkPath(path); !usable)
+        return usable.failure();
+    struct stat status {};
+    const int flags = follow == FollowLinks::yes ? 0 : AT_SYMLINK_NOFOLLOW;
+    if (::fstatat(AT_FDCWD, path.c_str(), &status, flags) != 0)
+        return systemFailure("cannot examine " + path);
+    return status;
+}
+
+Result<void> makeFolderWithAttributes(const std::string& path, const struct stat& attributes) {
+    if (Result<void> usable = checkPath(path); !usable)
+        return usable;
+    // Nobody else may look in before the folder has the rights that it shall have.
+    if (::mkdir(path.c_str(), 0700) != 0)
+        return systemFailure("cannot make the folder " + path);
+    const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (folder.isOpen())
+        setAttributes(folder.number(), attributes);
+    return {};
+}
+
+Result<void> changeCurrentFolder(const std::string& folder) {
+    if (Result<void> usable = checkPath(folder); !usable)
+        return usable;
+    if (::chdir(folder.c_str()) != 0)
+        return systemFailure("cannot go to the folder " + folder);
+    return {};
+}
+
+} // namespace kestrine

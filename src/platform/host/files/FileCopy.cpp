@@ -1,0 +1,130 @@
+#include "platform/host/files/FileCopy.h"
+
+#include "platform/host/files/FileContent.h"
+#include "platform/host/files/FileDescriptor.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+constexpr std::size_t blockSize = 256 * 1024;
+
+/// Fills the block as far as the file goes on.
+Result<ByteView> readBlock(int file, off_t offset, Bytes& block) {
+    std::size_t filled = 0;
+    while (filled < block.size()) {
+        const ssize_t count =
+            ::pread(file, block.data() + filled, block.size() - filled, offset + static_cast<off_t>(filled));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return systemFailure("cannot read");
+        if (count == 0)
+            break;
+        filled += static_cast<std::size_t>(count);
+    }
+    return ByteView(block).first(filled);
+}
+
+Failure changedMeanwhile() { return {Reason::truncated, "the file changed while it was copied"}; }
+
+Result<void> copyBytes(int from, int to, off_t size) {
+    Bytes block(blockSize);
+    for (off_t offset = 0;;) {
+        Result<ByteView> bytes = readBlock(from, offset, block);
+        if (!bytes)
+            return bytes.failure();
+        if (Result<void> written = writeAll(to, *bytes); !written)
+            return written;
+        offset += static_cast<off_t>(bytes->size());
+        if (bytes->size() == block.size())
+            continue;
+        return offset == size ? Result<void>() : changedMeanwhile();
+    }
+}
+
+Result<void> copyAndVerify(int from, int to, off_t size) {
+    if (Result<void> copied = copyBytes(from, to, size); !copied)
+        return copied;
+    if (Result<void> written = finishWriting(to, Durability::synced); !written)
+        return written;
+    // What is compared shall come from the disk where the system can be moved to forget its own copy.
+    (void)::posix_fadvise(to, 0, 0, POSIX_FADV_DONTNEED);
+    return compareContents(from, to);
+}
+
+/// Without the owner, the rights that depend on who the owner is would mean something else.
+mode_t rightsFor(const struct stat& status, bool hasOwner) {
+    return status.st_mode & (hasOwner ? 07777 : 0777);
+}
+
+} // namespace
+
+Result<void> compareContents(int first, int second) {
+    Bytes firstBlock(blockSize), secondBlock(blockSize);
+    for (off_t offset = 0;; offset += static_cast<off_t>(blockSize)) {
+        Result<ByteView> one = readBlock(first, offset, firstBlock);
+        Result<ByteView> two = readBlock(second, offset, secondBlock);
+        if (!one || !two)
+            return one ? two.failure() : one.failure();
+        if (!std::equal(one->begin(), one->end(), two->begin(), two->end()))
+            return Failure{Reason::inputOutput, "the copy differs from the file"};
+        if (one->size() < blockSize)
+            return {};
+    }
+}
+
+Result<void> copyAttributes(int from, int to, const struct stat& status, AttributeLoss loss) {
+    if (Result<void> copied = copyExtendedAttributes(from, to, loss); !copied)
+        return copied;
+    const bool hasOwner = ::fchown(to, status.st_uid, status.st_gid) == 0;
+    if (::fchmod(to, rightsFor(status, hasOwner)) != 0)
+        return systemFailure("cannot copy the rights");
+    const timespec times[2] = {status.st_atim, status.st_mtim};
+    if (::futimens(to, times) != 0)
+        return systemFailure("cannot copy the times");
+    return {};
+}
+
+Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, const struct stat& status,
+                             AttributeLoss loss) {
+    const FileDescriptor source(
+        ::openat(from.folder, from.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!source.isOpen())
+        return systemFailure("cannot open " + from.name);
+    const FileDescriptor target(
+        ::openat(to.folder, to.name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (!target.isOpen())
+        return systemFailure("cannot make a copy of " + from.name);
+    struct stat opened {};
+    if (::fstat(source.number(), &opened) != 0 || opened.st_ino != status.st_ino
+        || opened.st_dev != status.st_dev)
+        return changedMeanwhile();
+    if (Result<void> copied = copyAndVerify(source.number(), target.number(), status.st_size); !copied)
+        return copied;
+    if (Result<void> copied = copyAttributes(source.number(), target.number(), status, loss); !copied)
+        return copied;
+    return finishWriting(target.number(), Durability::synced);
+}
+
+Result<void> copySymbolicLink(const FolderEntry& from, const FolderEntry& to, const struct stat& status) {
+    std::array<char, PATH_MAX + 1> text{};
+    if (::readlinkat(from.folder, from.name.c_str(), text.data(), PATH_MAX) < 0)
+        return systemFailure("cannot read the link " + from.name);
+    if (::symlinkat(text.data(), to.folder, to.name.c_str()) != 0)
+        return systemFailure("cannot make a copy of the link " + from.name);
+    (void)(::fchownat(to.folder, to.name.c_str(), status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW) == 0);
+    const timespec times[2] = {status.st_atim, status.st_mtim};
+    if (::utimensat(to.folder, to.name.c_str(), times, AT_SYMLINK_NOFOLLOW) != 0)
+        return systemFailure("cannot copy the times");
+    return {};
+}
+
+} // namespace kestrine

@@ -1,0 +1,80 @@
+#include "platform/host/files/Folders.h"
+
+#include "platform/host/files/PathParts.h"
+
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <string_view>
+#include <sys/stat.h>
+
+namespace kestrine {
+
+namespace {
+
+struct CloseListing {
+    void operator()(DIR* listing) const { ::closedir(listing); }
+};
+
+Result<FileDescriptor> openFolderAt(const FolderEntry& entry, int moreFlags) {
+    const int flags = O_DIRECTORY | O_CLOEXEC | moreFlags;
+    FileDescriptor folder(::openat(entry.folder, entry.name.c_str(), O_RDONLY | flags));
+    if (!folder.isOpen() && errno == EACCES)
+        folder = FileDescriptor(::openat(entry.folder, entry.name.c_str(), O_PATH | flags));
+    if (!folder.isOpen())
+        return systemFailure("cannot open the folder " + entry.name);
+    return folder;
+}
+
+} // namespace
+
+Result<void> makeFolder(const std::string& path) {
+    if (Result<void> usable = checkPath(path); !usable)
+        return usable;
+    if (::mkdir(path.c_str(), 0777) != 0)
+        return systemFailure("cannot make the folder " + path);
+    return {};
+}
+
+Result<void> makePrivateFolders(const std::string& path) {
+    if (Result<void> usable = checkPath(path); !usable)
+        return usable;
+    if (::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST)
+        return {};
+    const std::string parent = folderOf(path);
+    if (errno != ENOENT || parent.size() >= path.size())
+        return systemFailure("cannot make the folder " + path);
+    if (Result<void> made = makePrivateFolders(parent); !made)
+        return made;
+    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
+        return systemFailure("cannot make the folder " + path);
+    return {};
+}
+
+Result<FileDescriptor> openFolder(const std::string& path) {
+    if (Result<void> usable = checkPath(path); !usable)
+        return usable.failure();
+    return openFolderAt({AT_FDCWD, path}, 0);
+}
+
+Result<FileDescriptor> openSubfolder(const FolderEntry& entry) { return openFolderAt(entry, O_NOFOLLOW); }
+
+Result<std::vector<std::string>> namesIn(int folder) {
+    // A descriptor of its own: a listing moves the position of the one it reads from.
+    const int own = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    std::unique_ptr<DIR, CloseListing> listing(own < 0 ? nullptr : ::fdopendir(own));
+    if (!listing)
+        return systemFailure("cannot list a folder");
+    std::vector<std::string> names;
+    for (errno = 0; const dirent* entry = ::readdir(listing.get()); errno = 0) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+    }
+    if (errno != 0)
+        return systemFailure("cannot list a folder");
+    return names;
+}
+
+} // namespace kestrine

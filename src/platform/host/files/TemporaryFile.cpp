@@ -1,0 +1,22 @@
+#include "platform/host/files/TemporaryFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace kestrine {
+
+Result<TemporaryFile> TemporaryFile::create(int folder, mode_t mode) {
+    FolderEntry entry{folder, temporaryName()};
+    FileDescriptor file(
+        ::openat(folder, entry.name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+    if (!file.isOpen())
+        return systemFailure("cannot make a temporary file");
+    return TemporaryFile(std::move(entry), std::move(file));
+}
+
+TemporaryFile::~TemporaryFile() {
+    if (!entry_.name.empty())
+        ::unlinkat(entry_.folder, entry_.name.c_str(), 0);
+}
+
+} // namespace kestrine

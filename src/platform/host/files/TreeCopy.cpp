@@ -1,0 +1,175 @@
+#include "platform/host/files/TreeCopy.h"
+
+#include "platform/host/files/FileContent.h"
+#include "platform/host/files/FileCopy.h"
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/MountPoints.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+/// Each level holds two descriptors, of which a process has about a thousand.
+constexpr unsigned deepestFolder = 200;
+
+/// An original that stays keeps what a copy has to do without.
+AttributeLoss lossFor(Original original) {
+    return original == Original::stays ? AttributeLoss::accepted : AttributeLoss::refused;
+}
+
+Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Original original,
+                            unsigned depth);
+
+Result<void> copyChildren(int source, int target, CopiedItem& folder, Original original, unsigned depth) {
+    Result<std::vector<std::string>> names = namesIn(source);
+    if (!names)
+        return names.failure();
+    for (const std::string& name : *names) {
+        Result<CopiedItem> child = copyItem({source, name}, {target, name}, original, depth + 1);
+        if (!child)
+            return child.failure();
+        folder.children.push_back(*std::move(child));
+    }
+    return {};
+}
+
+Result<void> copyFolder(const FolderEntry& from, const FolderEntry& to, CopiedItem& folder, Original original,
+                        unsigned depth) {
+    if (depth > deepestFolder)
+        return Failure{Reason::tooLarge, "the folders are nested too deeply"};
+    if (isMountPoint(from))
+        return Failure{Reason::refused, "another file system is mounted on " + from.name};
+    Result<FileDescriptor> source = openSubfolder(from);
+    if (!source)
+        return source.failure();
+    if (::mkdirat(to.folder, to.name.c_str(), 0700) != 0)
+        return systemFailure("cannot make a copy of the folder " + from.name);
+    Result<FileDescriptor> target = openSubfolder(to);
+    if (!target)
+        return target.failure();
+    if (Result<void> copied = copyChildren(source->number(), target->number(), folder, original, depth);
+        !copied)
+        return copied;
+    if (Result<void> copied =
+            copyAttributes(source->number(), target->number(), folder.original, lossFor(original));
+        !copied)
+        return copied;
+    return syncFolder(target->number());
+}
+
+Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Original original,
+                            unsigned depth) {
+    Result<struct stat> status = statusOf(from);
+    if (!status)
+        return status.failure();
+    if (original == Original::goes)
+        if (Result<void> allowed = checkRemovable(from.folder, *status); !allowed)
+            return allowed.failure();
+    CopiedItem item{from.name, *status, {}};
+    Result<void> copied = Failure{Reason::unsupported, from.name + " is no file, link or folder"};
+    if (S_ISREG(status->st_mode))
+        copied = copyRegularFile(from, to, *status, lossFor(original));
+    else if (S_ISLNK(status->st_mode))
+        copied = copySymbolicLink(from, to, *status);
+    else if (S_ISDIR(status->st_mode))
+        copied = copyFolder(from, to, item, original, depth);
+    if (!copied)
+        return copied.failure();
+    return item;
+}
+
+bool sameTime(const timespec& first, const timespec& second) {
+    return first.tv_sec == second.tv_sec && first.tv_nsec == second.tv_nsec;
+}
+
+Failure changedSinceCopied(const std::string& name) {
+    return {Reason::truncated, name + " changed after it was copied"};
+}
+
+/// Whether the entry is still the very item, with the content that was copied.
+Result<void> checkSameContent(int folder, const CopiedItem& item) {
+    Result<struct stat> now = statusOf({folder, item.name});
+    if (!now)
+        return now.failure();
+    const struct stat& then = item.original;
+    if (now->st_dev != then.st_dev || now->st_ino != then.st_ino || now->st_mode != then.st_mode)
+        return changedSinceCopied(item.name);
+    // Removing the children of a folder changes its time and size.
+    if (!S_ISDIR(then.st_mode) && (now->st_size != then.st_size || !sameTime(now->st_mtim, then.st_mtim)))
+        return changedSinceCopied(item.name);
+    return {};
+}
+
+} // namespace
+
+Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to, Original original) {
+    if (statusOf(to))
+        return systemFailure("cannot copy to " + to.name, EEXIST);
+    Result<CopiedItem> item = copyItem(from, to, original, 0);
+    if (!item)
+        removeTree(to);
+    return item;
+}
+
+Result<void> checkUnchanged(int folder, const CopiedItem& item) {
+    if (Result<void> same = checkSameContent(folder, item); !same)
+        return same;
+    if (!S_ISDIR(item.original.st_mode))
+        return {};
+    Result<FileDescriptor> opened = openSubfolder({folder, item.name});
+    struct stat now {};
+    if (!opened || ::fstat(opened->number(), &now) != 0 || !sameTime(now.st_mtim, item.original.st_mtim))
+        return changedSinceCopied(item.name);
+    for (const CopiedItem& child : item.children)
+        if (Result<void> same = checkUnchanged(opened->number(), child); !same)
+            return same;
+    return {};
+}
+
+Result<void> removeOriginal(int folder, const CopiedItem& item, bool& anythingRemoved) {
+    if (Result<void> same = checkSameContent(folder, item); !same)
+        return same;
+    const bool isFolder = S_ISDIR(item.original.st_mode);
+    if (isFolder) {
+        Result<FileDescriptor> opened = openSubfolder({folder, item.name});
+        if (!opened)
+            return opened.failure();
+        for (const CopiedItem& child : item.children)
+            if (Result<void> removed = removeOriginal(opened->number(), child, anythingRemoved); !removed)
+                return removed;
+    }
+    if (::unlinkat(folder, item.name.c_str(), isFolder ? AT_REMOVEDIR : 0) != 0)
+        return systemFailure("cannot remove " + item.name);
+    anythingRemoved = true;
+    return {};
+}
+
+void removeTree(const FolderEntry& entry) {
+    if (::unlinkat(entry.folder, entry.name.c_str(), 0) == 0 || errno != EISDIR)
+        return;
+    (void)(::fchmodat(entry.folder, entry.name.c_str(), 0700, 0) == 0);
+    if (Result<FileDescriptor> folder = openSubfolder(entry))
+        if (Result<std::vector<std::string>> names = namesIn(folder->number()))
+            for (const std::string& name : *names)
+                removeTree({folder->number(), name});
+    ::unlinkat(entry.folder, entry.name.c_str(), AT_REMOVEDIR);
+}
+
+Result<void> checkRemovable(int folder, const struct stat& item) {
+    if (::faccessat(folder, ".", W_OK | X_OK, AT_EACCESS) != 0)
+        return systemFailure("cannot take anything out of the folder");
+    struct stat status {};
+    if (::fstat(folder, &status) != 0)
+        return systemFailure("cannot examine the folder");
+    const uid_t user = ::geteuid();
+    const bool isForOwnersOnly = (status.st_mode & S_ISVTX) != 0 && user != 0;
+    if (isForOwnersOnly && user != status.st_uid && user != item.st_uid)
+        return Failure{Reason::notPermitted, "the item belongs to another user in a shared folder"};
+    return {};
+}
+
+} // namespace kestrine

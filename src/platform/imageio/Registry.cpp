@@ -1,0 +1,36 @@
+#include "platform/imageio/Codecs.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kestrine {
+
+namespace {
+
+/// Every signature is exact, so the order matters only for speed: what people convert most comes first.
+constexpr std::array<const ImageCodec*, 7> codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec,
+                                                     &webp::codec, &bmp::codec, &pnm::codec};
+
+double plausible(double dotsPerInch) { return dotsPerInch >= 1 && dotsPerInch <= 100'000 ? dotsPerInch : 72; }
+
+} // namespace
+
+Resolution plausibleResolution(double horizontal, double vertical) {
+    return {plausible(horizontal), plausible(vertical)};
+}
+
+const ImageCodec* codecFor(const ByteReader& reader) {
+    std::array<std::uint8_t, 64> buffer{};
+    const ByteView head(buffer.data(), reader.readAt(0, buffer));
+    const auto found = std::ranges::find_if(codecs, [head](auto* codec) { return codec->recognises(head); });
+    return found == codecs.end() ? nullptr : *found;
+}
+
+Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader) {
+    const ImageCodec* codec = codecFor(*reader);
+    if (codec == nullptr)
+        return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
+    return codec->open(std::move(reader));
+}
+
+} // namespace kestrine

@@ -1,0 +1,267 @@
+#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifDirectory.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace kestrine {
+
+namespace {
+
+enum ExifTag : std::uint16_t {
+    interoperabilityIndex = 0x0001,
+    orientation = 0x0112,
+    xResolution = 0x011a,
+    yResolution = 0x011b,
+    resolutionUnit = 0x0128,
+    exifDirectoryPointer = 0x8769,
+    colorSpace = 0xa001,
+    pixelXDimension = 0xa002,
+    pixelYDimension = 0xa003,
+    interoperabilityPointer = 0xa005,
+};
+
+constexpr double unitNone = 1;
+constexpr double unitCentimetre = 3;
+constexpr double centimetresAnInch = 2.54;
+constexpr double adobeRGB = 2;
+constexpr double uncalibrated = 0xffff;
+
+/// What goes over from the main directory; the resolution stands in the file's JFIF segment.
+constexpr std::array<std::uint16_t, 8> carriedMainTags{
+    0x010e, // ImageDescription
+    0x010f, // Make
+    0x0110, // Model
+    orientation,
+    0x0131, // Software
+    0x0132, // DateTime
+    0x013b, // Artist
+    0x8298, // Copyright
+};
+
+/// What never goes over from another directory: offsets into the source, what only makes sense with them, and
+/// what is written anew.
+constexpr std::array<std::uint16_t, 15> droppedTags{
+    0x0111, // StripOffsets
+    0x0117, // StripByteCounts
+    0x0144, // TileOffsets
+    0x0145, // TileByteCounts
+    0x014a, // SubIFDs
+    0x0201, // JPEGInterchangeFormat
+    0x0202, // JPEGInterchangeFormatLength
+    exifDirectoryPointer,
+    0x8825, // GPS pointer
+    0x927c, // MakerNote, whose inner offsets break when it moves
+    pixelXDimension,
+    pixelYDimension,
+    interoperabilityPointer,
+    0xea1c, // Padding
+    0xea1d, // OffsetSchema, a correction for the MakerNote
+};
+
+/// A JPEG segment of 65535 bytes less its length field and "Exif\0\0".
+constexpr std::size_t largestBlock = 65533 - 6;
+constexpr std::uint32_t blockHeaderSize = 8;
+
+/// ExifTagReader skips larger directories. The three entries that may be added stay within it.
+constexpr std::size_t largestDirectory = 299;
+constexpr std::size_t addedEntries = 3;
+
+struct Field {
+    std::uint16_t type;
+    std::uint32_t count;
+    Bytes value; ///< big-endian
+};
+using Fields = std::map<std::uint16_t, Field>;
+
+struct CarriedFields {
+    Fields main, exif, interoperability;
+};
+
+template <class Unsigned>
+void append(Bytes& out, Unsigned number) {
+    for (int shift = 8 * (int{sizeof number} - 1); shift >= 0; shift -= 8)
+        out.push_back(static_cast<std::uint8_t>(number >> shift));
+}
+
+template <class Unsigned>
+Field fieldOf(std::uint16_t type, Unsigned number) {
+    Field field{type, 1, {}};
+    append(field.value, number);
+    return field;
+}
+Field shortField(std::uint16_t number) { return fieldOf(exifShort, number); }
+Field longField(std::uint32_t number) { return fieldOf(exifLong, number); }
+
+Field fieldFrom(const ExifEntry& entry, bool isBigEndian) {
+    Field field{entry.type, entry.count, Bytes(entry.value.begin(), entry.value.end())};
+    const std::size_t unit = exifTypeSize(entry.type)->unit;
+    for (std::size_t i = 0; !isBigEndian && i + unit <= field.value.size(); i += unit)
+        std::reverse(field.value.begin() + i, field.value.begin() + i + unit);
+    return field;
+}
+
+template <class List>
+bool lists(const List& list, std::uint16_t tag) {
+    return std::find(list.begin(), list.end(), tag) != list.end();
+}
+
+/// The entries whose tag `isCarried`, lowest tags first, as many as may stand in a directory.
+template <class Predicate>
+Fields select(const ExifDirectory& directory, bool isBigEndian, Predicate isCarried) {
+    Fields fields;
+    for (const auto& [tag, entry] : directory) {
+        if (fields.size() == largestDirectory - addedEntries)
+            break;
+        if (isCarried(tag) && entry.type != exifPointer && entry.value.size() <= largestBlock)
+            fields.emplace(tag, fieldFrom(entry, isBigEndian));
+    }
+    return fields;
+}
+
+bool isOutOfLine(const Field& field) { return field.value.size() > 4; }
+
+/// Values begin at even offsets.
+std::size_t sizeOutOfLine(const Field& field) {
+    return isOutOfLine(field) ? (field.value.size() + 1) / 2 * 2 : 0;
+}
+
+std::uint32_t sizeOf(const Fields& fields) {
+    if (fields.empty())
+        return 0;
+    std::size_t size = 2 + 12 * fields.size() + 4;
+    for (const auto& [tag, field] : fields)
+        size += sizeOutOfLine(field);
+    return static_cast<std::uint32_t>(size);
+}
+
+void dropLargest(CarriedFields& carried) {
+    Fields* owner = &carried.main;
+    auto largest = owner->begin();
+    for (Fields* fields : {&carried.main, &carried.exif, &carried.interoperability})
+        for (auto field = fields->begin(); field != fields->end(); ++field)
+            if (sizeOutOfLine(field->second) > sizeOutOfLine(largest->second))
+                owner = fields, largest = field;
+    owner->erase(largest);
+}
+
+/// Directories of at most 299 entries without values out of line are far smaller than a segment, so only such
+/// values go and this ends. The main directory holds its pointer already.
+void dropUntilFitting(CarriedFields& carried) {
+    while (blockHeaderSize + sizeOf(carried.main) + sizeOf(carried.exif) + sizeOf(carried.interoperability)
+           > largestBlock)
+        dropLargest(carried);
+}
+
+void writeDirectory(Bytes& out, const Fields& fields) {
+    if (fields.empty())
+        return;
+    std::size_t valueOffset = out.size() + 2 + 12 * fields.size() + 4;
+    append(out, static_cast<std::uint16_t>(fields.size()));
+    for (const auto& [tag, field] : fields) {
+        append(out, tag);
+        append(out, field.type);
+        append(out, field.count);
+        if (isOutOfLine(field)) {
+            append(out, static_cast<std::uint32_t>(valueOffset));
+        } else {
+            out.insert(out.end(), field.value.begin(), field.value.end());
+            out.resize(out.size() + 4 - field.value.size());
+        }
+        valueOffset += sizeOutOfLine(field);
+    }
+    append(out, std::uint32_t{0}); // no directory follows
+    for (const auto& [tag, field] : fields)
+        if (isOutOfLine(field)) {
+            out.insert(out.end(), field.value.begin(), field.value.end());
+            out.resize(out.size() + out.size() % 2);
+        }
+}
+
+Bytes written(CarriedFields& carried) {
+    const std::uint32_t exifOffset = blockHeaderSize + sizeOf(carried.main);
+    carried.main.insert_or_assign(exifDirectoryPointer, longField(exifOffset));
+    if (carried.interoperability.empty())
+        carried.exif.erase(interoperabilityPointer);
+    else
+        carried.exif.insert_or_assign(interoperabilityPointer, longField(exifOffset + sizeOf(carried.exif)));
+    Bytes out{'M', 'M', 0, 42};
+    append(out, blockHeaderSize);
+    writeDirectory(out, carried.main);
+    writeDirectory(out, carried.exif);
+    writeDirectory(out, carried.interoperability);
+    return out;
+}
+
+/// What the source has to offer; nothing when it has neither an Exif sub-directory nor anything else to
+/// carry.
+std::optional<CarriedFields> selectFields(const ExifDirectories& source) {
+    const auto isCarriedFromMain = [](std::uint16_t tag) { return lists(carriedMainTags, tag); };
+    const auto isCarried = [](std::uint16_t tag) { return !lists(droppedTags, tag); };
+    const bool isBigEndian = source.isBigEndian();
+    const ExifDirectory main = source.main();
+    const ExifDirectory exif = source.child(main, exifDirectoryPointer);
+    const ExifDirectory interoperability = source.child(exif, interoperabilityPointer);
+    CarriedFields carried{select(main, isBigEndian, isCarriedFromMain), select(exif, isBigEndian, isCarried),
+                          select(interoperability, isBigEndian, isCarried)};
+    if (carried.main.empty() && exif.empty())
+        return std::nullopt;
+    return carried;
+}
+
+std::optional<Resolution> resolutionOf(const ExifDirectories& source, const ExifDirectory& main) {
+    const auto horizontal = source.number(main, xResolution);
+    const auto vertical = source.number(main, yResolution);
+    const double unit = source.number(main, resolutionUnit).value_or(2);
+    if (unit == unitNone || (!horizontal && !vertical))
+        return std::nullopt;
+    const double toInches = unit == unitCentimetre ? centimetresAnInch : 1;
+    return plausibleResolution(horizontal.value_or(0) * toInches, vertical.value_or(0) * toInches);
+}
+
+bool saysAdobeRGB(const ExifDirectories& source, const ExifDirectory& exif) {
+    const auto space = source.number(exif, colorSpace);
+    if (space != uncalibrated)
+        return space == adobeRGB;
+    const ExifDirectory interoperability = source.child(exif, interoperabilityPointer);
+    const auto index = interoperability.find(interoperabilityIndex);
+    if (index == interoperability.end() || index->second.type != exifText)
+        return false;
+    constexpr std::string_view optionalFile = "R03";
+    const ByteView text = index->second.value;
+    return text.size() >= 3 && std::equal(optionalFile.begin(), optionalFile.end(), text.begin());
+}
+
+} // namespace
+
+ExifFacts readExifFacts(ByteView block) {
+    ExifFacts facts;
+    const auto source = ExifDirectories::of(block);
+    if (!source)
+        return facts;
+    const ExifDirectory main = source->main();
+    facts.resolution = resolutionOf(*source, main);
+    facts.isAdobeRGB = saysAdobeRGB(*source, source->child(main, exifDirectoryPointer));
+    return facts;
+}
+
+Bytes carriedExif(ByteView block, std::uint32_t width, std::uint32_t height, bool turned) {
+    const auto source = ExifDirectories::of(block);
+    if (!source)
+        return {};
+    std::optional<CarriedFields> carried = selectFields(*source);
+    if (!carried)
+        return {};
+    if (turned)
+        carried->main.insert_or_assign(orientation, shortField(1));
+    carried->exif.insert_or_assign(pixelXDimension, longField(width));
+    carried->exif.insert_or_assign(pixelYDimension, longField(height));
+    carried->main.insert_or_assign(exifDirectoryPointer, longField(0)); // offsets follow when sizes are known
+    if (!carried->interoperability.empty())
+        carried->exif.insert_or_assign(interoperabilityPointer, longField(0));
+    dropUntilFitting(*carried);
+    return written(*carried);
+}
+
+} // namespace kestrine

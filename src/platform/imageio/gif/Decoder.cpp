@@ -1,0 +1,266 @@
+// Reads the first picture of a GIF, laid on its logical screen; transparent where it does not reach.
+// Animation, texts and later pictures are left alone.
+
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/ForwardReader.h"
+
+#include <algorithm>
+#include <array>
+#include <gif_lib.h>
+
+namespace kestrine::gif {
+
+namespace {
+
+/// A code of 12 bits, the longest, stands for fewer than 4096 pixels, so a byte cannot hold more than this.
+constexpr std::uint64_t maximumPixelsPerByte = 4096 * 8 / 12;
+
+struct CloseGIF {
+    void operator()(GifFileType* file) const { DGifCloseFile(file, nullptr); }
+};
+using Handle = std::unique_ptr<GifFileType, CloseGIF>;
+
+/// The first picture on the screen. All sides are in pixels.
+struct Layout {
+    std::uint32_t screenWidth, screenHeight;
+    std::uint32_t left, top, width, height;
+    bool isInterlaced;
+    std::optional<std::uint8_t> transparent;
+    Bytes colors; ///< red, green, blue a colour
+
+    bool coversScreen() const { return width == screenWidth && height == screenHeight; }
+};
+
+Failure failureOf(int code) {
+    if (code == D_GIF_ERR_EOF_TOO_SOON || code == D_GIF_ERR_READ_FAILED)
+        return {Reason::truncated, "the GIF ends too early"};
+    if (code == D_GIF_ERR_NOT_ENOUGH_MEM)
+        return {Reason::tooLarge, "there is not enough memory for the GIF"};
+    return {Reason::malformed, "the GIF is broken"};
+}
+
+/// The bytes of a GIF up to and into its first picture.
+class Stream {
+public:
+    static Result<std::unique_ptr<Stream>> open(std::shared_ptr<const ByteReader> reader);
+
+    const Layout& layout() const { return layout_; }
+
+    /// Reads the next of the picture's rows, in stored order.
+    Result<void> readIndices(std::span<std::uint8_t> row) {
+        if (DGifGetLine(file_.get(), row.data(), static_cast<int>(row.size())) != GIF_OK)
+            return failureOf(file_->Error);
+        return {};
+    }
+
+private:
+    explicit Stream(std::shared_ptr<const ByteReader> reader) : input_(std::move(reader)) {}
+
+    static int read(GifFileType* file, GifByteType* into, int count) {
+        auto& input = *static_cast<ForwardReader*>(file->UserData);
+        return static_cast<int>(input.read(std::span(into, static_cast<std::size_t>(count))));
+    }
+    Result<void> goToPicture();
+    Result<void> readExtension();
+    Result<void> layOut();
+
+    ForwardReader input_;
+    Handle file_;
+    Layout layout_{};
+};
+
+Result<std::unique_ptr<Stream>> Stream::open(std::shared_ptr<const ByteReader> reader) {
+    std::unique_ptr<Stream> stream(new Stream(std::move(reader)));
+    int error = 0;
+    stream->file_.reset(DGifOpen(&stream->input_, read, &error));
+    if (!stream->file_)
+        return failureOf(error);
+    if (Result<void> done = stream->goToPicture(); !done)
+        return done.failure();
+    if (Result<void> done = stream->layOut(); !done)
+        return done.failure();
+    return stream;
+}
+
+/// Reads the descriptor of the first picture and the extensions before it.
+Result<void> Stream::goToPicture() {
+    GifRecordType record = UNDEFINED_RECORD_TYPE;
+    while (DGifGetRecordType(file_.get(), &record) == GIF_OK) {
+        if (record == TERMINATE_RECORD_TYPE)
+            return Failure{Reason::empty, "the GIF holds no picture"};
+        if (record == IMAGE_DESC_RECORD_TYPE)
+            return DGifGetImageDesc(file_.get()) == GIF_OK ? Result<void>{} : failureOf(file_->Error);
+        if (Result<void> done = readExtension(); !done)
+            return done;
+    }
+    return failureOf(file_->Error);
+}
+
+/// Only the graphic control extension matters: it tells which index shows nothing. The last one holds.
+Result<void> Stream::readExtension() {
+    int code = 0;
+    GifByteType* block = nullptr;
+    int status = DGifGetExtension(file_.get(), &code, &block);
+    GraphicsControlBlock control{};
+    if (status == GIF_OK && block && code == GRAPHICS_EXT_FUNC_CODE
+        && DGifExtensionToGCB(block[0], block + 1, &control) == GIF_OK) {
+        layout_.transparent.reset();
+        if (control.TransparentColor != NO_TRANSPARENT_COLOR)
+            layout_.transparent = static_cast<std::uint8_t>(control.TransparentColor);
+    }
+    while (status == GIF_OK && block)
+        status = DGifGetExtensionNext(file_.get(), &block);
+    return status == GIF_OK ? Result<void>{} : failureOf(file_->Error);
+}
+
+/// A screen too small for the picture grows until it fits, as viewers show it; one of no size is the
+/// picture's.
+Result<void> Stream::layOut() {
+    const GifImageDesc& image = file_->Image;
+    const ColorMapObject* map = image.ColorMap ? image.ColorMap : file_->SColorMap;
+    if (!map)
+        return Failure{Reason::malformed, "the GIF has no colours"};
+    if (image.Width <= 0 || image.Height <= 0)
+        return Failure{Reason::empty, "the GIF's first picture has no pixels"};
+    for (const GifColorType& color : std::span(map->Colors, static_cast<std::size_t>(map->ColorCount)))
+        layout_.colors.insert(layout_.colors.end(), {color.Red, color.Green, color.Blue});
+    layout_.isInterlaced = image.Interlace;
+    layout_.width = static_cast<std::uint32_t>(image.Width);
+    layout_.height = static_cast<std::uint32_t>(image.Height);
+    layout_.left = file_->SWidth == 0 ? 0 : static_cast<std::uint32_t>(image.Left);
+    layout_.top = file_->SHeight == 0 ? 0 : static_cast<std::uint32_t>(image.Top);
+    layout_.screenWidth = std::max(static_cast<std::uint32_t>(file_->SWidth), layout_.left + layout_.width);
+    layout_.screenHeight = std::max(static_cast<std::uint32_t>(file_->SHeight), layout_.top + layout_.height);
+    return {};
+}
+
+RowFormat formatOf(const Layout& layout) {
+    const bool hasAlpha = layout.transparent.has_value() || !layout.coversScreen();
+    return {layout.screenWidth, layout.screenHeight, ColorModel::rgb, hasAlpha, SampleDepth::bits8};
+}
+
+class Rows final : public RowSource {
+public:
+    explicit Rows(std::unique_ptr<Stream> stream);
+
+    Result<void> readRow(std::span<std::uint8_t> row) override;
+
+private:
+    Result<void> readIndices();
+    Result<void> readInterlaced();
+    void paint(std::span<const std::uint8_t> indices, std::span<std::uint8_t> pixels) const;
+
+    const std::unique_ptr<Stream> stream_;
+    const Layout& layout_;
+    std::array<std::array<std::uint8_t, 4>, 256> pixelOfIndex_; ///< red, green, blue, alpha
+    std::uint32_t next_ = 0;
+    Bytes interlaced_; ///< the whole picture when its rows are not stored from top to bottom
+    Bytes indices_;    ///< of the current row
+};
+
+/// An index beyond the colours is black.
+Rows::Rows(std::unique_ptr<Stream> stream)
+    : RowSource(formatOf(stream->layout())), stream_(std::move(stream)), layout_(stream_->layout()),
+      indices_(layout_.width) {
+    pixelOfIndex_.fill({0, 0, 0, 255});
+    for (std::size_t i = 0; 3 * i < layout_.colors.size(); ++i)
+        std::copy_n(layout_.colors.begin() + static_cast<std::ptrdiff_t>(3 * i), 3, pixelOfIndex_[i].begin());
+    if (layout_.transparent)
+        pixelOfIndex_[*layout_.transparent] = {0, 0, 0, 0};
+}
+
+Result<void> Rows::readRow(std::span<std::uint8_t> row) {
+    std::ranges::fill(row, std::uint8_t{0});
+    const std::uint32_t y = next_++;
+    if (y < layout_.top || y - layout_.top >= layout_.height)
+        return {};
+    if (Result<void> done = readIndices(); !done)
+        return done;
+    const std::size_t bytesPerPixel = format().bytesPerPixel();
+    paint(indices_, row.subspan(layout_.left * bytesPerPixel, layout_.width * bytesPerPixel));
+    return {};
+}
+
+/// Gets the indices of the next row from the top.
+Result<void> Rows::readIndices() {
+    if (!layout_.isInterlaced)
+        return stream_->readIndices(indices_);
+    if (interlaced_.empty())
+        if (Result<void> done = readInterlaced(); !done)
+            return done;
+    const std::size_t y = next_ - 1 - layout_.top;
+    std::copy_n(interlaced_.begin() + static_cast<std::ptrdiff_t>(y * layout_.width), layout_.width,
+                indices_.begin());
+    return {};
+}
+
+Result<void> Rows::readInterlaced() {
+    struct Pass {
+        std::uint32_t first, step;
+    };
+    constexpr std::array<Pass, 4> passes = {{{0, 8}, {4, 8}, {2, 4}, {1, 2}}};
+    interlaced_.resize(std::size_t{layout_.width} * layout_.height);
+    for (const Pass& pass : passes)
+        for (std::uint32_t y = pass.first; y < layout_.height; y += pass.step)
+            if (Result<void> done = stream_->readIndices(
+                    std::span(interlaced_).subspan(std::size_t{y} * layout_.width, layout_.width));
+                !done)
+                return done;
+    return {};
+}
+
+void Rows::paint(std::span<const std::uint8_t> indices, std::span<std::uint8_t> pixels) const {
+    const std::size_t channels = format().channels();
+    auto into = pixels.begin();
+    for (const std::uint8_t index : indices)
+        for (std::size_t c = 0; c < channels; ++c)
+            *into++ = pixelOfIndex_[index][c];
+}
+
+class Decoder final : public ImageDecoder {
+public:
+    Decoder(std::shared_ptr<const ByteReader> reader, const Layout& layout)
+        : reader_(std::move(reader)), colors_(layout.colors) {
+        frames_.push_back({formatOf(layout), {}, {}, false});
+    }
+
+    Result<RowSourcePointer> rows(std::size_t, int) const override {
+        Result<std::unique_ptr<Stream>> stream = Stream::open(reader_);
+        if (!stream)
+            return stream.failure();
+        const Layout& layout = (*stream)->layout();
+        if (formatOf(layout) != frames_[0].format)
+            return Failure{Reason::malformed, "the GIF changed while it was read"};
+        if (std::uint64_t{layout.width} * layout.height / maximumPixelsPerByte > reader_->size())
+            return Failure{Reason::truncated, "the GIF is too short for its size"};
+        return RowSourcePointer(std::make_unique<Rows>(std::move(*stream)));
+    }
+
+    Result<Bytes> colorTable() const override { return colors_; }
+
+private:
+    const std::shared_ptr<const ByteReader> reader_;
+    const Bytes colors_;
+};
+
+bool recognisesGIF(ByteView head) {
+    const std::string_view start(reinterpret_cast<const char*>(head.data()),
+                                 std::min<std::size_t>(head.size(), 6));
+    return start == "GIF87a" || start == "GIF89a";
+}
+
+Result<std::unique_ptr<ImageDecoder>> openGIF(std::shared_ptr<const ByteReader> reader) {
+    Result<std::unique_ptr<Stream>> stream = Stream::open(reader);
+    if (!stream)
+        return stream.failure();
+    const Layout& layout = (*stream)->layout();
+    if (!formatOf(layout).isWithinLimits())
+        return Failure{Reason::tooLarge, "the GIF has too many pixels"};
+    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), layout));
+}
+
+} // namespace
+
+const ImageCodec codec = {"GIF", recognisesGIF, openGIF};
+
+} // namespace kestrine::gif

@@ -1,0 +1,161 @@
+#include "platform/imageio/jpeg/LibraryOnlyScope.h"
+
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/FallbackRows.h"
+#include "platform/imageio/jpeg/LibraryReader.h"
+#include "platform/imageio/jpeg/LibraryRows.h"
+#ifdef KESTRINE_OWN_JPEG_DECODER
+#include "platform/imageio/jpeg/own/BaselineRows.h"
+#endif
+
+#include <cstdlib>
+#include <cstring>
+
+namespace kestrine::jpeg {
+
+namespace {
+
+thread_local int libraryOnlyScopes = 0;
+
+/// A progressive picture's coefficients are all held in memory at once.
+constexpr std::uint64_t maximumCoefficientBytes = std::uint64_t{2} << 30;
+/// Beyond this many they must also be plausible: Huffman coding spends at least a bit on a block's first
+/// scan, and a block has 128 bytes of coefficients.
+constexpr std::uint64_t freeCoefficientBytes = std::uint64_t{256} << 20;
+constexpr std::uint64_t coefficientBytesAByte = 128 * 8;
+
+constexpr int exifSegment = 1;
+constexpr int profileSegment = 2;
+constexpr std::string_view exifSignature{"Exif\0\0", 6};
+
+bool isJPEG(ByteView head) {
+    return head.size() >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF;
+}
+
+class Decoder final : public ImageDecoder {
+public:
+    static Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+        LibraryReader header(reader);
+        if (Result<void> read = header.readHeader({exifSegment, profileSegment}); !read)
+            return read.failure();
+        std::unique_ptr<Decoder> decoder(new Decoder(std::move(reader)));
+        if (Result<void> described = decoder->describe(header); !described)
+            return described.failure();
+        return std::unique_ptr<ImageDecoder>(std::move(decoder));
+    }
+
+    Result<RowSourcePointer> rows(std::size_t frame, int eighths) const override {
+        const RowFormat format = frames_[frame].format;
+        if (isCMYK_)
+            return openLibraryRows(reader_, format, eighths, inkConverter());
+        const auto openLibrary = [reader = reader_, format, eighths] {
+            return openLibraryRows(reader, format, eighths);
+        };
+#ifdef KESTRINE_OWN_JPEG_DECODER
+        if (triesOwnDecoder_)
+            if (Result<RowSourcePointer> own = jpeg::openBaselineRows(reader_, eighths); own)
+                return rowsWithFallback(std::move(*own), openLibrary);
+#endif
+        return openLibrary();
+    }
+
+    Result<Bytes> exif() const override { return exif_; }
+
+private:
+    explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
+
+    Result<void> describe(LibraryReader& header) {
+        const jpeg_decompress_struct& info = header.info;
+        if (info.num_components == 2 || info.num_components > 4)
+            return Failure{Reason::unsupported,
+                           "JPEG with " + std::to_string(info.num_components) + " components"};
+        FrameDescription frame;
+        frame.format = {info.image_width, info.image_height,
+                        info.num_components == 1 ? ColorModel::gray : ColorModel::rgb, false,
+                        SampleDepth::bits8};
+        if (!frame.format.isWithinLimits())
+            return Failure{Reason::tooLarge, "the picture is larger than 2^30 pixels"};
+        const std::uint64_t coefficientBytes =
+            frame.format.pixels() * static_cast<unsigned>(info.num_components) * 2;
+        if (jpeg_has_multiple_scans(&header.info) && !isPlausible(coefficientBytes, info.arith_code != 0))
+            return Failure{Reason::tooLarge, "the picture is too large for its way of storing (progressive)"};
+        isCMYK_ = info.num_components == 4;
+        inksAreInverted_ = info.saw_Adobe_marker != 0;
+        readExif(info);
+        const ExifFacts facts = readExifFacts(exif_);
+        frame.resolution = resolutionOf(info, facts);
+        frame.profile = profileOf(header, frame.format.model, facts);
+        frame.canReduce = true;
+        frames_.push_back(frame);
+        return {};
+    }
+
+    bool isPlausible(std::uint64_t coefficientBytes, bool isArithmetic) const {
+        return coefficientBytes <= freeCoefficientBytes
+               || (coefficientBytes <= maximumCoefficientBytes
+                   && (isArithmetic || coefficientBytes <= coefficientBytesAByte * reader_->size()));
+    }
+
+    void readExif(const jpeg_decompress_struct& info) {
+        for (const jpeg_marker_struct* marker = info.marker_list; marker != nullptr; marker = marker->next) {
+            const ByteView data(marker->data, marker->data_length);
+            if (marker->marker != JPEG_APP0 + exifSegment || data.size() <= exifSignature.size()
+                || std::memcmp(data.data(), exifSignature.data(), exifSignature.size()) != 0)
+                continue;
+            exif_.assign(data.begin() + exifSignature.size(), data.end());
+            return;
+        }
+    }
+
+    static Resolution resolutionOf(const jpeg_decompress_struct& info, const ExifFacts& facts) {
+        constexpr double centimetresAnInch = 2.54;
+        if (info.saw_JFIF_marker && info.density_unit == 1)
+            return plausibleResolution(info.X_density, info.Y_density);
+        if (info.saw_JFIF_marker && info.density_unit == 2)
+            return plausibleResolution(info.X_density * centimetresAnInch,
+                                       info.Y_density * centimetresAnInch);
+        return facts.resolution.value_or(Resolution{});
+    }
+
+    std::optional<ColorProfile> profileOf(LibraryReader& header, ColorModel model,
+                                          const ExifFacts& facts) {
+        JOCTET* data = nullptr;
+        unsigned length = 0;
+        const bool found =
+            succeedsInLibrary(header.errors, [&] { jpeg_read_icc_profile(&header.info, &data, &length); });
+        const std::unique_ptr<JOCTET, decltype(&std::free)> owner(data, &std::free);
+        const ByteView icc = found && data != nullptr ? ByteView(data, length) : ByteView();
+        if (isCMYK_) {
+            inkProfile_.assign(icc.begin(), icc.end());
+            return ColorProfile::sRGB();
+        }
+        if (!icc.empty())
+            return ColorProfile::fromICC(icc, model);
+        if (facts.isAdobeRGB && model == ColorModel::rgb)
+            return ColorProfile::adobeRGB();
+        return std::nullopt;
+    }
+
+    std::unique_ptr<ForeignConverter> inkConverter() const {
+        return ForeignConverter::create(inksAreInverted_ ? ForeignModel::cmykInverted : ForeignModel::cmyk,
+                                        SampleDepth::bits8, false, inkProfile_);
+    }
+
+    const std::shared_ptr<const ByteReader> reader_;
+    [[maybe_unused]] const bool triesOwnDecoder_ = libraryOnlyScopes == 0;
+    Bytes exif_;
+    Bytes inkProfile_;
+    bool isCMYK_ = false;
+    bool inksAreInverted_ = false;
+};
+
+} // namespace
+
+const ImageCodec codec = {"JPEG", isJPEG, Decoder::open};
+
+LibraryOnlyScope::LibraryOnlyScope() { ++libraryOnlyScopes; }
+
+LibraryOnlyScope::~LibraryOnlyScope() { --libraryOnlyScopes; }
+
+} // namespace kestrine::jpeg

@@ -1,0 +1,161 @@
+// Writes baseline JPEG through libjpeg, with EXIF right behind the JFIF segment and the profile behind that.
+
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/jpeg/Library.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace kestrine::jpeg {
+
+namespace {
+
+/// Colour is stored at half resolution below this quality, at full resolution from it on.
+constexpr int fullColorQuality = 90;
+/// Optimised Huffman tables need the whole picture's coefficients in memory; larger pictures take the
+/// standard tables.
+constexpr std::uint64_t optimisedTablesLimit = 8'000'000;
+
+struct Output {
+    jpeg_destination_mgr manager; ///< first, so that the library's pointer is one to this
+    Bytes* bytes;
+    std::array<std::uint8_t, 64 * 1024> buffer;
+};
+
+Output& outputOf(j_compress_ptr info) { return *reinterpret_cast<Output*>(info->dest); }
+
+void restart(j_compress_ptr info) {
+    Output& output = outputOf(info);
+    output.manager.next_output_byte = output.buffer.data();
+    output.manager.free_in_buffer = output.buffer.size();
+}
+
+boolean flushWhole(j_compress_ptr info) {
+    Output& output = outputOf(info);
+    output.bytes->insert(output.bytes->end(), output.buffer.begin(), output.buffer.end());
+    restart(info);
+    return TRUE;
+}
+
+void flushRest(j_compress_ptr info) {
+    Output& output = outputOf(info);
+    const std::size_t used = output.buffer.size() - output.manager.free_in_buffer;
+    output.bytes->insert(output.bytes->end(), output.buffer.data(), output.buffer.data() + used);
+}
+
+/// Whole percent from a factor of 0 to 1.
+int percentOf(double quality) {
+    if (std::isnan(quality))
+        return 0;
+    return static_cast<int>(std::lround(std::clamp(quality, 0.0, 1.0) * 100));
+}
+
+/// `dotsPerInch` is 1 to 100000.
+std::uint16_t wholeDensity(double dotsPerInch) {
+    return static_cast<std::uint16_t>(std::min(std::lround(dotsPerInch), 65535L));
+}
+
+class Compressor {
+public:
+    Compressor(const RowFormat& format, const EncodingOptions& options, Bytes& bytes)
+        : format_(format), options_(options) {
+        output_.bytes = &bytes;
+        info_.err = errors_.prepare();
+        created_ = succeedsInLibrary(errors_, [this] { jpeg_create_compress(&info_); });
+    }
+    ~Compressor() {
+        if (created_)
+            jpeg_destroy_compress(&info_);
+    }
+    Compressor(const Compressor&) = delete;
+    Compressor& operator=(const Compressor&) = delete;
+
+    Result<void> begin() {
+        return run(created_ && succeedsInLibrary(errors_, [this] {
+                       configure();
+                       jpeg_start_compress(&info_, TRUE);
+                       writeMetadata();
+                   }));
+    }
+
+    Result<void> writeRow(std::uint8_t* row) {
+        return run(succeedsInLibrary(errors_, [this, &row] { jpeg_write_scanlines(&info_, &row, 1); }));
+    }
+
+    Result<void> finish() {
+        return run(succeedsInLibrary(errors_, [this] { jpeg_finish_compress(&info_); }));
+    }
+
+private:
+    Result<void> run(bool succeeded) const { return succeeded ? Result<void>() : errors_.failure(); }
+
+    void configure() {
+        output_.manager.init_destination = restart;
+        output_.manager.empty_output_buffer = flushWhole;
+        output_.manager.term_destination = flushRest;
+        info_.dest = &output_.manager;
+        info_.image_width = format_.width;
+        info_.image_height = format_.height;
+        info_.input_components = static_cast<int>(format_.channels());
+        info_.in_color_space = format_.model == ColorModel::gray ? JCS_GRAYSCALE : JCS_RGB;
+        jpeg_set_defaults(&info_);
+        const int percent = percentOf(options_.quality);
+        jpeg_set_quality(&info_, percent, TRUE);
+        if (percent >= fullColorQuality)
+            info_.comp_info[0].h_samp_factor = info_.comp_info[0].v_samp_factor = 1;
+        info_.optimize_coding = format_.pixels() <= optimisedTablesLimit ? TRUE : FALSE;
+        info_.density_unit = 1; // dots per inch
+        const Resolution resolution =
+            plausibleResolution(options_.resolution.horizontal, options_.resolution.vertical);
+        info_.X_density = wholeDensity(resolution.horizontal);
+        info_.Y_density = wholeDensity(resolution.vertical);
+    }
+
+    void writeMetadata() {
+        if (!options_.exif.empty()) {
+            constexpr std::array<std::uint8_t, 6> signature = {'E', 'x', 'i', 'f', 0, 0};
+            const auto length = static_cast<unsigned>(signature.size() + options_.exif.size());
+            jpeg_write_m_header(&info_, JPEG_APP0 + 1, length);
+            for (const std::uint8_t byte : signature)
+                jpeg_write_m_byte(&info_, byte);
+            for (const std::uint8_t byte : options_.exif)
+                jpeg_write_m_byte(&info_, byte);
+        }
+        if (options_.profile != nullptr) {
+            const ByteView icc = options_.profile->bytes();
+            jpeg_write_icc_profile(&info_, icc.data(), static_cast<unsigned>(icc.size()));
+        }
+    }
+
+    const RowFormat format_;
+    const EncodingOptions& options_;
+    jpeg_compress_struct info_{};
+    Errors errors_{};
+    Output output_{};
+    bool created_ = false;
+};
+
+} // namespace
+
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+    if (rows.format().width > JPEG_MAX_DIMENSION || rows.format().height > JPEG_MAX_DIMENSION)
+        return Failure{Reason::tooLarge, "JPEG takes at most 65500 pixels a side"};
+    Bytes bytes;
+    Compressor compressor(rows.format(), options, bytes);
+    if (Result<void> begun = compressor.begin(); !begun)
+        return begun.failure();
+    Bytes row(rows.format().bytesPerRow());
+    for (std::uint32_t y = 0; y < rows.format().height; ++y) {
+        if (Result<void> read = rows.readRow(row); !read)
+            return read.failure();
+        if (Result<void> written = compressor.writeRow(row.data()); !written)
+            return written.failure();
+    }
+    if (Result<void> finished = compressor.finish(); !finished)
+        return finished.failure();
+    return bytes;
+}
+
+} // namespace kestrine::jpeg

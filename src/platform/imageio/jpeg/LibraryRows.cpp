@@ -1,0 +1,55 @@
+#include "platform/imageio/jpeg/LibraryRows.h"
+
+#include "platform/imageio/jpeg/LibraryReader.h"
+
+namespace kestrine::jpeg {
+
+namespace {
+
+class LibraryRows final : public RowSource {
+public:
+    LibraryRows(std::unique_ptr<LibraryReader> decompressor, const RowFormat& format,
+                    std::unique_ptr<ForeignConverter> converter)
+        : RowSource(format), decompressor_(std::move(decompressor)), converter_(std::move(converter)),
+          inks_(converter_ == nullptr ? 0 : std::size_t{4} * format.width) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        JSAMPROW target = converter_ == nullptr ? row.data() : inks_.data();
+        LibraryReader& d = *decompressor_;
+        if (!succeedsInLibrary(d.errors, [&d, &target] { jpeg_read_scanlines(&d.info, &target, 1); }))
+            return d.errors.failure();
+        if (converter_ != nullptr)
+            converter_->convert(inks_.data(), row.data(), format().width);
+        return {};
+    }
+
+private:
+    const std::unique_ptr<LibraryReader> decompressor_;
+    const std::unique_ptr<ForeignConverter> converter_;
+    Bytes inks_;
+};
+
+} // namespace
+
+Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
+                                             const RowFormat& fullFormat, int eighths,
+                                             std::unique_ptr<ForeignConverter> inks) {
+    auto decompressor = std::make_unique<LibraryReader>(std::move(reader));
+    if (Result<void> read = decompressor->readHeader(); !read)
+        return read.failure();
+    jpeg_decompress_struct& info = decompressor->info;
+    info.scale_num = static_cast<unsigned>(eighths);
+    info.scale_denom = 8;
+    info.out_color_space = inks != nullptr                        ? JCS_CMYK
+                           : fullFormat.model == ColorModel::gray ? JCS_GRAYSCALE
+                                                                  : JCS_RGB;
+    if (!succeedsInLibrary(decompressor->errors, [&info] { jpeg_start_decompress(&info); }))
+        return decompressor->errors.failure();
+    RowFormat format = fullFormat;
+    format.width = info.output_width;
+    format.height = info.output_height;
+    return RowSourcePointer(
+        std::make_unique<LibraryRows>(std::move(decompressor), format, std::move(inks)));
+}
+
+} // namespace kestrine::jpeg

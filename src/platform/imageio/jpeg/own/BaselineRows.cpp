@@ -1,0 +1,73 @@
+#include "platform/imageio/jpeg/own/BaselineRows.h"
+
+#include "platform/imageio/jpeg/kernels/YCbCrToRGB.h"
+#include "platform/imageio/jpeg/own/ComponentRows.h"
+#include "platform/imageio/jpeg/own/DecodersAtRest.h"
+
+#include <algorithm>
+
+namespace kestrine::jpeg {
+
+namespace {
+
+RowFormat formatOf(const PlaneDecoder& decoder) {
+    return {decoder.width(), decoder.height(),
+            decoder.planes().size() == 1 ? ColorModel::gray : ColorModel::rgb};
+}
+
+class BaselineRows final : public RowSource {
+public:
+    BaselineRows(BorrowedDecoder decoder, bool isSmoothing)
+        : RowSource(formatOf(*decoder)), decoder_(std::move(decoder)) {
+        for (const Plane& plane : decoder_->planes()) {
+            components_.emplace_back(plane.geometry(), isSmoothing);
+            crossesBands_ = crossesBands_ || components_.back().crossesBands();
+        }
+    }
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        if (next_ >= ready_) {
+            if (Result<void> decoded = decoder_->decodeBand(); !decoded)
+                return decoded;
+            ready_ = readyRows();
+        }
+        assemble(row.data());
+        ++next_;
+        return {};
+    }
+
+private:
+    /// How many rows of the picture the bands so far are enough for.
+    std::uint32_t readyRows() const {
+        if (decoder_->decodedBands() == decoder_->bands())
+            return format().height;
+        return decoder_->decodedBands() * decoder_->rowsOfBand() - (crossesBands_ ? 1 : 0);
+    }
+
+    void assemble(std::uint8_t* row) {
+        const std::uint8_t* samples[3] = {};
+        const std::uint32_t band = decoder_->decodedBands() - 1;
+        for (std::size_t c = 0; c < components_.size(); ++c)
+            samples[c] = components_[c].row(decoder_->planes()[c], band, next_);
+        if (components_.size() == 1)
+            std::copy_n(samples[0], format().width, row);
+        else
+            kernels::convertYCbCrToRGB(samples[0], samples[1], samples[2], format().width, row);
+    }
+
+    const BorrowedDecoder decoder_;
+    std::vector<ComponentRows> components_;
+    bool crossesBands_ = false;
+    std::uint32_t next_ = 0, ready_ = 0;
+};
+
+} // namespace
+
+Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, int eighths) {
+    BorrowedDecoder decoder = borrowDecoder();
+    if (Result<void> started = decoder->start(std::move(reader), eighths); !started)
+        return started.failure();
+    return RowSourcePointer(std::make_unique<BaselineRows>(std::move(decoder), eighths > 1));
+}
+
+} // namespace kestrine::jpeg

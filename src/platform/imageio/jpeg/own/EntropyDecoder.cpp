@@ -1,0 +1,146 @@
+#include "platform/imageio/jpeg/own/EntropyDecoder.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+
+namespace kestrine::jpeg {
+
+namespace {
+
+/// How many places behind the first it takes, row by row, to hold the coefficients up to a position along the
+/// zigzag.
+constexpr std::array<std::uint8_t, 64> placesUpTo = [] {
+    std::array<std::uint8_t, 64> places = naturalOrder;
+    std::partial_sum(places.begin(), places.end(), places.begin(),
+                     [](std::uint8_t a, std::uint8_t b) { return std::max(a, b); });
+    return places;
+}();
+
+} // namespace
+
+bool EntropyDecoder::start(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
+                           const std::array<bool, 3>& wantsAC) {
+    if (!planBlocks(header, wantsAC))
+        return false;
+    bytes_.start(std::move(reader), header.scanOffset);
+    reservoir_ = bytes_.firstBits();
+    reservoir_.refill();
+    predictors_ = {};
+    restartInterval_ = untilRestart_ = header.restartInterval;
+    nextRestart_ = 0;
+    return true;
+}
+
+bool EntropyDecoder::planBlocks(const FrameHeader& header, const std::array<bool, 3>& wantsAC) {
+    groups_.assign(static_cast<std::size_t>(header.blocksOfAnMCU()), LaneGroup{});
+    lastNonZero_ = {};
+    blocks_.clear();
+    for (std::size_t c = 0; c < header.componentCount; ++c) {
+        const Component& component = header.components[c];
+        const DCTable* const dcTable = dcTables_.assign(component.dcCode, *header.dcCodes[component.dcCode]);
+        const ACTable* const acTable = acTables_.assign(component.acCode, *header.acCodes[component.acCode]);
+        if (dcTable == nullptr || acTable == nullptr)
+            return false;
+        for (int i = 0; i < component.blocks(); ++i)
+            blocks_.push_back({dcTable, acTable, groups_[blocks_.size()].coefficients[0], c, wantsAC[c]});
+    }
+    return true;
+}
+
+bool EntropyDecoder::decodeGroup(int lanes) {
+    clearGroups();
+    for (int lane = 0; lane < lanes;) {
+        if (restartInterval_ != 0 && untilRestart_ == 0 && !passRestart())
+            return false;
+        int run = lanes - lane;
+        if (restartInterval_ != 0) {
+            run = static_cast<int>(std::min<std::uint32_t>(static_cast<std::uint32_t>(run), untilRestart_));
+            untilRestart_ -= static_cast<std::uint32_t>(run);
+        }
+        if (!decodeRun(lane, run))
+            return false;
+        lane += run;
+    }
+    return bytes_.hasCovered(reservoir_);
+}
+
+/// Takes away the AC coefficients of the last group, as far as there were some.
+void EntropyDecoder::clearGroups() {
+    for (const Block& block : blocks_) {
+        const auto last = static_cast<std::size_t>(lastNonZero_[block.component]);
+        if (block.wantsAC)
+            std::memset(block.coefficients + lanesOfGroup, 0,
+                        placesUpTo[last] * sizeof LaneGroup::coefficients[0]);
+    }
+    lastNonZero_ = {};
+}
+
+bool EntropyDecoder::passRestart() {
+    if (!bytes_.passRestart(reservoir_, nextRestart_))
+        return false;
+    reservoir_.refill();
+    nextRestart_ = (nextRestart_ + 1) % 8;
+    untilRestart_ = restartInterval_;
+    predictors_ = {};
+    return true;
+}
+
+/// The usual numbers of blocks have code of their own, in which each block has a place of its own: so the
+/// processor learns to predict each by itself.
+bool EntropyDecoder::decodeRun(int firstLane, int lanes) {
+    switch (blocks_.size()) {
+    case 1:
+        return decodeMCUs(std::make_index_sequence<1>(), firstLane, lanes);
+    case 3:
+        return decodeMCUs(std::make_index_sequence<3>(), firstLane, lanes);
+    case 4:
+        return decodeMCUs(std::make_index_sequence<4>(), firstLane, lanes);
+    case 6:
+        return decodeMCUs(std::make_index_sequence<6>(), firstLane, lanes);
+    default:
+        return decodeMCUs(std::index_sequence<>(), firstLane, lanes);
+    }
+}
+
+/// Without block numbers: all blocks in a loop.
+template <std::size_t... numbers>
+bool EntropyDecoder::decodeMCUs(std::index_sequence<numbers...>, int firstLane, int lanes) {
+    // What changes all the time is kept in local variables, so that it can stay in registers.
+    Reservoir reservoir = reservoir_;
+    std::array<int, 3> predictors = predictors_, lastNonZero = lastNonZero_;
+    const std::uint8_t* limit = bytes_.mayStartBefore();
+    int lane = firstLane;
+    const auto decodes = [&](const Block& block) __attribute__((always_inline)) {
+        const std::size_t c = block.component;
+        const int last = block.wantsAC ? decodeBlock<true>(reservoir, *block.dcTable, *block.acTable,
+                                                           block.coefficients + lane, predictors[c])
+                                       : decodeBlock<false>(reservoir, *block.dcTable, *block.acTable,
+                                                            block.coefficients + lane, predictors[c]);
+        lastNonZero[c] = std::max(lastNonZero[c], last);
+        return last >= 0;
+    };
+    for (; lane < firstLane + lanes; ++lane) {
+        if (reservoir.next > limit) [[unlikely]] {
+            Reservoir moved = reservoir;
+            if (!bytes_.provide(moved))
+                return false;
+            reservoir = moved;
+            limit = bytes_.mayStartBefore();
+        }
+        const bool isSound = sizeof...(numbers) != 0 ? (decodes(blocks_[numbers]) && ...)
+                                                     : std::all_of(blocks_.begin(), blocks_.end(), decodes);
+        if (!isSound)
+            return false;
+    }
+    reservoir_ = reservoir;
+    predictors_ = predictors;
+    lastNonZero_ = lastNonZero;
+    // No picture has such sums; refusing them keeps the sums small.
+    return std::all_of(predictors.begin(), predictors.end(), [](int predictor) {
+        return predictor >= std::numeric_limits<std::int16_t>::min()
+               && predictor <= std::numeric_limits<std::int16_t>::max();
+    });
+}
+
+} // namespace kestrine::jpeg

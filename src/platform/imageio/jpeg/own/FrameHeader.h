@@ -1,0 +1,62 @@
+// FrameHeader: what stands before the scan of a JPEG, as far as our own decoder takes it.
+// The reader is narrow on purpose: it accepts what nearly every camera writes and refuses the rest, because a
+// refused file is decoded all the same, by the general library.
+#pragma once
+
+#include "platform/host/files/ByteReader.h"
+
+#include <array>
+#include <optional>
+
+namespace kestrine::jpeg {
+
+/// Position in a block by its place in the file: number along the diagonals to row * 8 + column.
+inline constexpr std::array<std::uint8_t, 64> naturalOrder = {
+    0,  1,  8,  16, 9,  2,  3,  10, 17, 24, 32, 25, 18, 11, 4,  5,  12, 19, 26, 33, 40, 48,
+    41, 34, 27, 20, 13, 6,  7,  14, 21, 28, 35, 42, 49, 56, 57, 50, 43, 36, 29, 22, 15, 23,
+    30, 37, 44, 51, 58, 59, 52, 45, 38, 31, 39, 46, 53, 60, 61, 54, 47, 55, 62, 63};
+
+/// 64 divisors in natural order.
+using QuantisationTable = std::array<std::uint16_t, 64>;
+
+/// A Huffman code as a file describes it: how many codes each length has, and the symbols in code order.
+struct HuffmanCode {
+    std::array<std::uint8_t, 17> counts{}; ///< by length 1 to 16; [0] is not used
+    std::array<std::uint8_t, 256> symbols{};
+
+    bool operator==(const HuffmanCode&) const = default;
+};
+
+struct Component {
+    std::uint8_t identifier = 0;
+    std::uint8_t horizontal = 1, vertical = 1; ///< sampling factors: 1, 2 or 4; blocks of an MCU
+    std::uint8_t quantisation = 0;             ///< number of its table, which is there
+    std::uint8_t dcCode = 0, acCode = 0;       ///< numbers of its codes, which are there
+
+    int blocks() const { return horizontal * vertical; }
+};
+
+/// Either one component of grey (its factors are 1) or Y, Cb and Cr, all in one scan.
+struct FrameHeader {
+    static constexpr std::size_t tables = 4;
+    static constexpr int maximumBlocks = 10; ///< of an MCU, by the format
+
+    std::uint32_t width = 0, height = 0;
+    std::size_t componentCount = 0;
+    std::array<Component, 3> components;
+    std::array<std::optional<QuantisationTable>, tables> quantisation;
+    std::array<std::optional<HuffmanCode>, tables> dcCodes, acCodes;
+    std::uint32_t restartInterval = 0; ///< in MCUs; 0 when there are no restart markers
+    std::uint64_t scanOffset = 0;      ///< where in the file the entropy-coded bytes begin
+
+    std::span<const Component> usedComponents() const { return std::span(components).first(componentCount); }
+    int horizontalFactor() const; ///< the largest of all components
+    int verticalFactor() const;
+    int blocksOfAnMCU() const;
+};
+
+/// Reads from the first byte up to the scan. A failure (reason "refused") says only that this reader does not
+/// take the file.
+Result<FrameHeader> readFrameHeader(std::shared_ptr<const ByteReader> reader);
+
+} // namespace kestrine::jpeg

@@ -1,0 +1,89 @@
+#include "platform/imageio/jpeg/own/PlaneDecoder.h"
+
+#include "platform/imageio/jpeg/kernels/InverseDCT.h"
+
+#include <algorithm>
+
+namespace kestrine::jpeg {
+
+static_assert(lanesOfGroup == kernels::dctLanes);
+
+namespace {
+
+std::uint32_t quotientRoundedUp(std::uint32_t dividend, int divisor) {
+    const auto by = static_cast<std::uint32_t>(divisor);
+    return (dividend + by - 1) / by;
+}
+
+} // namespace
+
+void Plane::prepare(const PlaneGeometry& geometry, const Component& component, std::uint32_t mcusAcross) {
+    geometry_ = geometry;
+    rowsOfBand_ = static_cast<std::uint32_t>(component.vertical * geometry.blockSize);
+    const std::size_t lanes = (std::size_t{mcusAcross} + lanesOfGroup - 1) / lanesOfGroup * lanesOfGroup;
+    stride_ = lanes * static_cast<std::size_t>(component.horizontal * geometry.blockSize) + padding;
+    samples_.resize(stride_ * (rowsOfBand_ + 1));
+}
+
+Result<void> PlaneDecoder::start(std::shared_ptr<const ByteReader> reader, int eighths) {
+    Result<FrameHeader> header = readFrameHeader(reader);
+    if (!header)
+        return header.failure();
+    header_ = *header;
+    eighths_ = eighths;
+    mcusAcross_ = quotientRoundedUp(header_.width, header_.horizontalFactor() * 8);
+    bands_ = quotientRoundedUp(header_.height, header_.verticalFactor() * 8);
+    decodedBands_ = 0;
+    std::array<bool, 3> wantsAC{};
+    for (std::size_t c = 0; c < header_.componentCount; ++c) {
+        planes_[c].prepare(planeGeometry(header_, c, eighths), header_.components[c], mcusAcross_);
+        wantsAC[c] = planes_[c].geometry().blockSize > 1;
+    }
+    if (!entropy_.start(std::move(reader), header_, wantsAC))
+        return Failure{Reason::refused, "own JPEG decoder: unusual Huffman codes"};
+    return {};
+}
+
+std::uint32_t PlaneDecoder::rowsOfBand() const {
+    return static_cast<std::uint32_t>(header_.verticalFactor() * eighths_);
+}
+
+Result<void> PlaneDecoder::decodeBand() {
+    keepLastRows();
+    for (std::uint32_t first = 0; first < mcusAcross_; first += lanesOfGroup) {
+        const int lanes = static_cast<int>(std::min<std::uint32_t>(lanesOfGroup, mcusAcross_ - first));
+        if (!entropy_.decodeGroup(lanes))
+            return Failure{Reason::refused, "own JPEG decoder: an oddity in the scan"};
+        transformGroup(first);
+    }
+    ++decodedBands_;
+    return {};
+}
+
+void PlaneDecoder::keepLastRows() {
+    for (std::size_t c = 0; c < header_.componentCount; ++c) {
+        Plane& plane = planes_[c];
+        std::copy_n(plane.row(plane.rowsOfBand_ - 1), plane.stride_, plane.samples_.data());
+    }
+}
+
+void PlaneDecoder::transformGroup(std::uint32_t firstMCU) {
+    std::size_t block = 0;
+    for (std::size_t c = 0; c < header_.componentCount; ++c) {
+        Plane& plane = planes_[c];
+        const Component& component = header_.components[c];
+        const auto size = static_cast<std::size_t>(plane.geometry_.blockSize);
+        const std::size_t laneStride = component.horizontal * size;
+        std::uint8_t* const origin = plane.samples_.data() + plane.stride_ + firstMCU * laneStride;
+        for (std::size_t y = 0; y < component.vertical; ++y) {
+            for (std::size_t x = 0; x < component.horizontal; ++x, ++block)
+                kernels::inverseDCT(static_cast<int>(size), entropy_.group(block).coefficients[0],
+                                    header_.quantisation[component.quantisation]->data(),
+                                    entropy_.lastNonZero(c), origin + y * size * plane.stride_ + x * size,
+                                    static_cast<std::ptrdiff_t>(laneStride),
+                                    static_cast<std::ptrdiff_t>(plane.stride_));
+        }
+    }
+}
+
+} // namespace kestrine::jpeg

@@ -1,0 +1,111 @@
+#include "platform/imageio/jpeg/own/ScanBytes.h"
+
+#include <algorithm>
+
+namespace kestrine::jpeg {
+
+namespace {
+
+constexpr int firstRestart = 0xD0;
+
+/// Copies bytes up to the first FF or `count` and returns how many.
+std::size_t copyPlainBytes(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
+    const void* const found = std::memchr(from, 0xFF, count);
+    const auto* const end = found == nullptr ? from + count : static_cast<const std::uint8_t*>(found);
+    std::copy(from, end, to);
+    return static_cast<std::size_t>(end - from);
+}
+
+} // namespace
+
+ScanBytes::ScanBytes() : raw_(capacity), window_(lead + capacity + padding) {}
+
+void ScanBytes::start(std::shared_ptr<const ByteReader> reader, std::uint64_t offset) {
+    reader_ = std::move(reader);
+    offset_ = offset;
+    rawPosition_ = rawCount_ = 0;
+    beginSegment();
+}
+
+void ScanBytes::beginSegment() {
+    end_ = window_.data() + lead;
+    isComplete_ = false;
+    fillWindow();
+}
+
+/// Appends to the window until it is full or the segment ends.
+void ScanBytes::fillWindow() {
+    const std::uint8_t* const full = window_.data() + lead + capacity;
+    while (!isComplete_ && end_ != full) {
+        if (!hasRaw())
+            endSegment(endOfFile);
+        else if (copyUpToFF())
+            passFF();
+    }
+    limit_ = isComplete_ ? end_ : end_ - longestMCU - 16;
+}
+
+/// Reads the next piece of the file when the last one is used up. False at the end.
+bool ScanBytes::hasRaw() {
+    if (rawPosition_ == rawCount_) {
+        rawCount_ = reader_->readAt(offset_, raw_);
+        offset_ += rawCount_;
+        rawPosition_ = 0;
+    }
+    return rawPosition_ != rawCount_;
+}
+
+/// Appends plain bytes. True when an FF stops them; else the window is full or another piece of the file is
+/// due.
+bool ScanBytes::copyUpToFF() {
+    const auto room = static_cast<std::size_t>(window_.data() + lead + capacity - end_);
+    const std::size_t most = std::min(room, rawCount_ - rawPosition_);
+    const std::size_t copied = copyPlainBytes(raw_.data() + rawPosition_, most, end_);
+    rawPosition_ += copied;
+    end_ += copied;
+    return copied < most;
+}
+
+/// Takes an FF and what follows: a zero means the FF itself, further FFs fill up before a marker, anything
+/// else is a marker.
+void ScanBytes::passFF() {
+    ++rawPosition_;
+    int code = nextRaw();
+    if (code == 0) {
+        *end_++ = 0xFF;
+        return;
+    }
+    while (code == 0xFF)
+        code = nextRaw();
+    endSegment(code == 0 ? oddity : code);
+}
+
+int ScanBytes::nextRaw() { return hasRaw() ? raw_[rawPosition_++] : endOfFile; }
+
+void ScanBytes::endSegment(int terminator) {
+    terminator_ = terminator;
+    isComplete_ = true;
+}
+
+bool ScanBytes::provide(Reservoir& reservoir) {
+    if (!isComplete_) {
+        const std::uint8_t* const kept = reservoir.next - lead;
+        std::uint8_t* const start = window_.data();
+        std::memmove(start, kept, static_cast<std::size_t>(end_ - kept));
+        end_ -= kept - start;
+        reservoir.next = start + lead;
+        fillWindow();
+    }
+    return hasCovered(reservoir);
+}
+
+bool ScanBytes::passRestart(Reservoir& reservoir, unsigned number) {
+    if (!provide(reservoir) || !isComplete_ || reservoir.bitsBefore(end_) >= 8
+        || terminator_ != firstRestart + static_cast<int>(number))
+        return false;
+    beginSegment();
+    reservoir = firstBits();
+    return true;
+}
+
+} // namespace kestrine::jpeg

@@ -1,0 +1,177 @@
+// PNG: every colour type and depth, what the file says of its pixels, and which way they are read.
+#include "platform/host/BigEndian.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/png/LibraryReader.h"
+#include "platform/imageio/png/LibraryRows.h"
+#include "platform/imageio/png/fast/FastRows.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace kestrine::png {
+
+namespace {
+
+constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+
+/// Deflate cannot shrink data by more than this factor.
+constexpr std::uint64_t maximumDeflateRatio = 1032;
+constexpr std::uint64_t maximumExifBytes = 1 << 20;
+
+/// The eXIf chunk, which may stand before or after the pixels; empty when there is none.
+Bytes exifChunk(const ByteReader& reader, bool behindPixelsToo) {
+    constexpr int maximumChunks = 1 << 20;
+    std::uint64_t position = signature.size();
+    std::array<std::uint8_t, 8> head;
+    for (int i = 0; i < maximumChunks && reader.readAt(position, head) == head.size(); ++i) {
+        const std::uint64_t length = bigEndian(std::span(head).first(4));
+        const std::string_view name(reinterpret_cast<const char*>(head.data()) + 4, 4);
+        if (name == "eXIf" && length <= maximumExifBytes && position + 8 + length <= reader.size()) {
+            Bytes block(length);
+            return reader.readAt(position + 8, block) == length ? block : Bytes{};
+        }
+        if (name == "IEND" || (name == "IDAT" && !behindPixelsToo))
+            break;
+        position += 12 + length;
+    }
+    return {};
+}
+
+/// A whole number of pixels a metre is a rounded value: 2835 means 72 an inch, not 72.009.
+double perInch(std::uint32_t perMeter) {
+    constexpr double metersPerInch = 0.0254;
+    const double exact = perMeter * metersPerInch;
+    const double whole = std::round(exact);
+    return std::llround(whole / metersPerInch) == perMeter ? whole : exact;
+}
+
+std::optional<Resolution> storedResolution(const LibraryReader& file) {
+    png_uint_32 horizontal = 0, vertical = 0;
+    int unit = PNG_RESOLUTION_UNKNOWN;
+    if (!png_get_pHYs(file.png(), file.info(), &horizontal, &vertical, &unit) || unit != PNG_RESOLUTION_METER)
+        return std::nullopt;
+    return plausibleResolution(perInch(horizontal), perInch(vertical));
+}
+
+std::optional<ColorProfile> embeddedProfile(const LibraryReader& file, ColorModel model) {
+    png_charp name = nullptr;
+    png_bytep icc = nullptr;
+    png_uint_32 length = 0;
+    int method = 0;
+    if (!png_get_iCCP(file.png(), file.info(), &name, &method, &icc, &length))
+        return std::nullopt;
+    return ColorProfile::fromICC(ByteView(icc, length), model);
+}
+
+/// The primaries in cHRM, or sRGB's where there are none or they say (within rounding) the same.
+Chromaticities storedPrimaries(const LibraryReader& file) {
+    png_fixed_point v[8];
+    if (!png_get_cHRM_fixed(file.png(), file.info(), &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7]))
+        return sRGBChromaticities;
+    const auto point = [&](int i) {
+        return Chromaticities::Point{v[2 * i] / double{PNG_FP_1}, v[2 * i + 1] / double{PNG_FP_1}};
+    };
+    const auto near = [](Chromaticities::Point a, Chromaticities::Point b) {
+        constexpr double rounding = 0.001;
+        return std::abs(a.x - b.x) <= rounding && std::abs(a.y - b.y) <= rounding;
+    };
+    const Chromaticities stored{.white = point(0), .red = point(1), .green = point(2), .blue = point(3)};
+    const Chromaticities& standard = sRGBChromaticities;
+    return near(stored.white, standard.white) && near(stored.red, standard.red)
+                   && near(stored.green, standard.green) && near(stored.blue, standard.blue)
+               ? standard
+               : stored;
+}
+
+/// The profile that gAMA and cHRM stand for; none when they describe sRGB. Primaries without a gamma leave
+/// the tone curve open and say nothing; for grey only the gamma counts.
+std::optional<ColorProfile> calibratedProfile(const LibraryReader& file, ColorModel model) {
+    constexpr double standardGamma = 0.45455, tolerance = 0.01;
+    png_fixed_point fixed = 0;
+    if (!png_get_gAMA_fixed(file.png(), file.info(), &fixed) || fixed <= 0)
+        return std::nullopt;
+    const double gamma = fixed / double{PNG_FP_1};
+    const Chromaticities primaries = model == ColorModel::gray ? sRGBChromaticities : storedPrimaries(file);
+    if (std::abs(gamma / standardGamma - 1) <= tolerance && primaries == sRGBChromaticities)
+        return std::nullopt;
+    return ColorProfile::fromGamma(1 / gamma, primaries, model);
+}
+
+std::optional<ColorProfile> storedProfile(const LibraryReader& file, ColorModel model, const ExifFacts& exif) {
+    if (std::optional<ColorProfile> profile = embeddedProfile(file, model))
+        return profile;
+    if (png_get_valid(file.png(), file.info(), PNG_INFO_sRGB))
+        return std::nullopt;
+    if (png_get_valid(file.png(), file.info(), PNG_INFO_gAMA))
+        return calibratedProfile(file, model);
+    if (exif.isAdobeRGB && model == ColorModel::rgb)
+        return ColorProfile::adobeRGB();
+    return std::nullopt;
+}
+
+Bytes storedColorTable(const LibraryReader& file) {
+    png_colorp colors = nullptr;
+    int count = 0;
+    Bytes table;
+    if (!file.isIndexed() || !png_get_PLTE(file.png(), file.info(), &colors, &count))
+        return table;
+    for (int i = 0; i < count; ++i)
+        table.insert(table.end(), {colors[i].red, colors[i].green, colors[i].blue});
+    return table;
+}
+
+class Decoder final : public ImageDecoder {
+public:
+    Decoder(std::shared_ptr<const ByteReader> reader, const LibraryReader& file)
+        : reader_(std::move(reader)), colorTable_(storedColorTable(file)) {
+        const RowFormat format = file.format();
+        const ExifFacts exif = readExifFacts(exifChunk(*reader_, false));
+        const Resolution resolution =
+            exif.resolution ? *exif.resolution : storedResolution(file).value_or(Resolution{});
+        frames_.push_back({format, resolution, storedProfile(file, format.model, exif)});
+    }
+
+    Result<RowSourcePointer> rows(std::size_t, int) const override {
+        auto file = std::make_unique<LibraryReader>(reader_);
+        if (Result<void> header = file->readHeader(); !header)
+            return header.failure();
+        if (!(file->format() == frames_.front().format))
+            return Failure{Reason::malformed, "the PNG picture changed while it was read"};
+        if (RowSourcePointer fast = openFastRows(*file, reader_))
+            return fast;
+        return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file)));
+    }
+
+    Result<Bytes> exif() const override { return exifChunk(*reader_, true); }
+
+    Result<Bytes> colorTable() const override { return colorTable_; }
+
+private:
+    const std::shared_ptr<const ByteReader> reader_;
+    const Bytes colorTable_;
+};
+
+bool recognises(ByteView head) {
+    return head.size() >= signature.size() && std::equal(signature.begin(), signature.end(), head.begin());
+}
+
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    LibraryReader file(reader);
+    if (Result<void> header = file.readHeader(); !header)
+        return header.failure();
+    if (!file.format().isWithinLimits())
+        return Failure{Reason::tooLarge, "the PNG picture has too many pixels"};
+    if (file.storedBytes() > maximumDeflateRatio * reader->size())
+        return Failure{Reason::truncated, "the PNG file is too short for its pixels"};
+    if (file.isInterlaced() && !file.format().canBeBuffered())
+        return Failure{Reason::tooLarge, "the PNG picture is interlaced and too large to be held in memory"};
+    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), file));
+}
+
+} // namespace
+
+const ImageCodec codec{"PNG", recognises, open};
+
+} // namespace kestrine::png

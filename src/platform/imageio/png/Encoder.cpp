@@ -1,0 +1,142 @@
+// PNG: 8 or 16 bits, grey or RGB, with or without alpha, never interlaced. libpng writes all that stands
+// before the pixels; these are filtered and compressed by our own stages (png/RowFilter.h,
+// png/ImageDataWriter.h).
+#include "platform/coregraphics/RowsAhead.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/png/Library.h"
+#include "platform/imageio/png/fast/Chunk.h"
+#include "platform/imageio/png/fast/ImageDataWriter.h"
+#include "platform/imageio/png/fast/RowFilter.h"
+
+#include <cmath>
+#include <new>
+
+namespace kestrine::png {
+
+namespace {
+
+/// The finished bytes. libpng is C and must see no exception, so a lack of memory is kept for later.
+struct Output {
+    Bytes bytes;
+    bool outOfMemory = false;
+
+    bool append(ByteView more) noexcept {
+        try {
+            bytes.insert(bytes.end(), more.begin(), more.end());
+        } catch (const std::bad_alloc&) {
+            outOfMemory = true;
+        }
+        return !outOfMemory;
+    }
+};
+
+png_uint_32 perMeter(double perInch) {
+    constexpr double metersPerInch = 0.0254;
+    return static_cast<png_uint_32>(std::lround(perInch / metersPerInch));
+}
+
+int colorType(const RowFormat& format) {
+    return (format.model == ColorModel::rgb ? PNG_COLOR_MASK_COLOR : 0)
+           | (format.hasAlpha ? PNG_COLOR_MASK_ALPHA : 0);
+}
+
+/// The profile as libpng takes it: one of version 4 must have a length that is a multiple of four, in its
+/// header too.
+Bytes paddedProfile(const ColorProfile* profile) {
+    if (profile == nullptr)
+        return {};
+    Bytes icc(profile->bytes().begin(), profile->bytes().end());
+    if (icc.size() % 4 == 0)
+        return icc;
+    icc.resize((icc.size() + 3) / 4 * 4);
+    for (std::size_t i = 0; i < 4; ++i)
+        icc[i] = static_cast<std::uint8_t>(icc.size() >> (24 - 8 * i));
+    return icc;
+}
+
+/// What stands before the pixels.
+class PNGHeader {
+public:
+    PNGHeader(const RowFormat& format, const EncodingOptions& options)
+        : format_(format), profile_(paddedProfile(options.profile)),
+          resolution_(plausibleResolution(options.resolution.horizontal, options.resolution.vertical)) {
+        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, ignoreWarning);
+        info_ = png_ ? png_create_info_struct(png_) : nullptr;
+    }
+    ~PNGHeader() { png_destroy_write_struct(&png_, &info_); }
+    PNGHeader(const PNGHeader&) = delete;
+    PNGHeader& operator=(const PNGHeader&) = delete;
+
+    Result<Bytes> make() {
+        if (!info_)
+            return Failure{Reason::unsupported, "the PNG library cannot be used"};
+        png_set_benign_errors(png_, 1); // a profile that libpng does not like costs the profile only
+        const bool isMade = succeedsInPNGLibrary(png_, [this] {
+            png_set_write_fn(png_, &output_, writeOutput, nullptr);
+            setInformation();
+            png_write_info(png_, info_);
+        });
+        if (isMade)
+            return std::move(output_.bytes);
+        if (output_.outOfMemory)
+            throw std::bad_alloc();
+        return Failure{Reason::unsupported,
+                       std::string("the PNG picture cannot be written: ") + message_.text};
+    }
+
+private:
+    static void writeOutput(png_structp png, png_bytep bytes, std::size_t count) {
+        if (!static_cast<Output*>(png_get_io_ptr(png))->append(ByteView(bytes, count)))
+            png_error(png, "not enough memory");
+    }
+
+    void setInformation() {
+        png_set_IHDR(png_, info_, format_.width, format_.height,
+                     static_cast<int>(8 * format_.bytesPerSample()), colorType(format_), PNG_INTERLACE_NONE,
+                     PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+        png_set_pHYs(png_, info_, perMeter(resolution_.horizontal), perMeter(resolution_.vertical),
+                     PNG_RESOLUTION_METER);
+        if (!profile_.empty())
+            png_set_iCCP(png_, info_, "ICC Profile", PNG_COMPRESSION_TYPE_BASE, profile_.data(),
+                         static_cast<png_uint_32>(profile_.size()));
+    }
+
+    const RowFormat format_;
+    const Bytes profile_; ///< empty for none
+    const Resolution resolution_;
+    Message message_;
+    Output output_;
+    png_structp png_ = nullptr;
+    png_infop info_ = nullptr;
+};
+
+Result<void> writePixels(RowSource& rows, Bytes& file) {
+    const std::size_t threads = usefulThreads(rows.format());
+    ImageDataWriter writer(file, threads > 1 ? threads : 0);
+    RowFilter filter(rows.format());
+    Bytes row(rows.format().bytesPerRow());
+    for (std::uint32_t y = 0; y < rows.format().height; ++y) {
+        if (Result<void> read = rows.readRow(row); !read)
+            return read;
+        filter.filter(row, writer.extend(filter.filteredBytes()));
+    }
+    writer.finish();
+    return {};
+}
+
+} // namespace
+
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+    if (!rows.format().isWithinLimits())
+        return Failure{rows.format().pixels() == 0 ? Reason::empty : Reason::tooLarge,
+                       "a picture of this size cannot become a PNG"};
+    Result<Bytes> file = PNGHeader(rows.format(), options).make();
+    if (!file)
+        return file;
+    if (Result<void> written = writePixels(rows, *file); !written)
+        return written.failure();
+    appendChunk("IEND", {}, *file);
+    return file;
+}
+
+} // namespace kestrine::png

@@ -1,0 +1,15 @@
+#include "platform/imageio/png/Library.h"
+
+#include <cstring>
+
+namespace kestrine::png {
+
+void jumpOnPNGError(png_structp png, png_const_charp text) {
+    auto& message = *static_cast<Message*>(png_get_error_ptr(png));
+    std::strncpy(message.text, text, sizeof message.text - 1);
+    png_longjmp(png, 1);
+}
+
+void ignoreWarning(png_structp, png_const_charp) {}
+
+} // namespace kestrine::png

@@ -1,0 +1,95 @@
+#include "platform/imageio/png/LibraryReader.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace kestrine::png {
+
+namespace {
+
+constexpr png_alloc_size_t maximumChunkBytes = 16 << 20;
+constexpr png_uint_32 maximumKeptChunks = 1000;
+constexpr std::uint64_t chunkHeadBytes =
+    8; // length and type, which libpng has read when it says that pixels follow
+
+void readInput(png_structp png, png_bytep into, std::size_t count) {
+    if (static_cast<ForwardReader*>(png_get_io_ptr(png))->read({into, count}) < count)
+        png_error(png, "it ends too early");
+}
+
+} // namespace
+
+LibraryReader::LibraryReader(std::shared_ptr<const ByteReader> reader)
+    : input_(std::move(reader), 0, pngBufferBytes) {
+    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, ignoreWarning);
+    info_ = png_ ? png_create_info_struct(png_) : nullptr;
+}
+
+LibraryReader::~LibraryReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
+
+Result<void> LibraryReader::readHeader() {
+    if (!info_)
+        return Failure{Reason::unsupported, "the PNG library cannot be used"};
+    return run([this] {
+        png_set_read_fn(png_, &input_, readInput);
+        png_set_user_limits(png_, maximumSide, maximumSide);
+        png_set_chunk_malloc_max(png_, maximumChunkBytes);
+        png_set_chunk_cache_max(png_, maximumKeptChunks);
+        png_read_info(png_, info_);
+        storedColorType_ = png_get_color_type(png_, info_);
+        storedRowBytes_ = png_get_rowbytes(png_, info_);
+        storedBitsPerPixel_ = std::size_t{png_get_channels(png_, info_)} * png_get_bit_depth(png_, info_);
+        readAlphaOfIndices();
+        offsetOfPixels_ = input_.offset() - chunkHeadBytes;
+        png_set_expand(png_);
+        if constexpr (std::endian::native == std::endian::little)
+            png_set_swap(png_);
+        png_set_interlace_handling(png_);
+        png_read_update_info(png_, info_);
+    });
+}
+
+void LibraryReader::readAlphaOfIndices() {
+    alphaOfIndices_.fill(255);
+    png_bytep alpha = nullptr;
+    int count = 0;
+    if (isIndexed() && png_get_tRNS(png_, info_, &alpha, &count, nullptr) && alpha)
+        std::copy_n(alpha, count, alphaOfIndices_.begin());
+}
+
+RowFormat LibraryReader::format() const {
+    const std::uint8_t type = png_get_color_type(png_, info_);
+    return {.width = png_get_image_width(png_, info_),
+            .height = png_get_image_height(png_, info_),
+            .model = type & PNG_COLOR_MASK_COLOR ? ColorModel::rgb : ColorModel::gray,
+            .hasAlpha = (type & PNG_COLOR_MASK_ALPHA) != 0,
+            .depth = png_get_bit_depth(png_, info_) == 16 ? SampleDepth::bits16 : SampleDepth::bits8};
+}
+
+bool LibraryReader::isInterlaced() const { return png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE; }
+
+bool LibraryReader::deliversAsStored() const {
+    return !isIndexed() && storedBitsPerPixel_ == 8 * format().bytesPerPixel();
+}
+
+std::uint64_t LibraryReader::storedBytes() const {
+    return (storedRowBytes_ + 1) * png_get_image_height(png_, info_);
+}
+
+Result<void> LibraryReader::readRow(std::span<std::uint8_t> row) {
+    return run([&] { png_read_row(png_, row.data(), nullptr); });
+}
+
+Result<void> LibraryReader::finish() {
+    return run([this] { png_read_end(png_, nullptr); });
+}
+
+template <class Step>
+Result<void> LibraryReader::run(const Step& step) {
+    if (succeedsInPNGLibrary(png_, step))
+        return {};
+    return Failure{input_.endedEarly() ? Reason::truncated : Reason::malformed,
+                   std::string("the PNG picture cannot be read: ") + message_.text};
+}
+
+} // namespace kestrine::png

@@ -1,0 +1,85 @@
+#include "platform/imageio/png/fast/DeflatedPiece.h"
+
+#include <libdeflate.h>
+#include <memory>
+#include <new>
+#include <zlib.h>
+
+namespace kestrine::png {
+
+namespace {
+
+/// How hard libdeflate tries, 1 to 12. For photographs 6 takes nearly twice as long and saves 3 % of the
+/// bytes; zlib's level 5 takes four times as long and saves 1 %.
+constexpr int compression = 4;
+
+struct CompressorDeleter {
+    void operator()(libdeflate_compressor* compressor) const { libdeflate_free_compressor(compressor); }
+};
+struct InflateDeleter {
+    void operator()(z_stream* stream) const {
+        inflateEnd(stream);
+        delete stream;
+    }
+};
+
+/// Positions in bits.
+struct LastBlock {
+    std::size_t begin = 0, end = 0;
+};
+
+/// Where the last of the deflate blocks lies. libdeflate does not tell, so zlib inflates them and stops at
+/// each.
+LastBlock findLastBlock(Bytes& deflated) {
+    constexpr int noHeader = -MAX_WBITS, unusedBits = 7, inLastBlock = 64, atBoundary = 128;
+    const std::unique_ptr<z_stream, InflateDeleter> stream(new z_stream{});
+    if (inflateInit2(stream.get(), noHeader) != Z_OK)
+        throw std::bad_alloc();
+    Bytes inflated(1 << 16); // of no further use
+    stream->next_in = deflated.data();
+    stream->avail_in = static_cast<uInt>(deflated.size());
+    LastBlock last;
+    while (last.end == 0) {
+        stream->next_out = inflated.data();
+        stream->avail_out = static_cast<uInt>(inflated.size());
+        if (inflate(stream.get(), Z_BLOCK) != Z_OK)
+            throw std::bad_alloc(); // nothing else can go wrong with what was compressed just now
+        if ((stream->data_type & atBoundary) == 0)
+            continue;
+        const std::size_t position = 8 * std::size_t{stream->total_in} - (stream->data_type & unusedBits);
+        (stream->data_type & inLastBlock ? last.end : last.begin) = position;
+    }
+    return last;
+}
+
+/// Takes the mark of the last block away, and fills the last byte with an empty stored block.
+void letMoreFollow(Bytes& deflated) {
+    constexpr std::size_t blockHeadBits = 3;
+    const LastBlock last = findLastBlock(deflated);
+    deflated[last.begin / 8] &= static_cast<std::uint8_t>(~(1U << last.begin % 8));
+    if (8 * deflated.size() - last.end < blockHeadBits)
+        deflated.push_back(0);
+    deflated.insert(deflated.end(), {0x00, 0x00, 0xFF, 0xFF}); // its length, and the complement of that
+}
+
+} // namespace
+
+DeflatedPiece deflatePiece(ByteView bytes, bool isLast) {
+    const std::unique_ptr<libdeflate_compressor, CompressorDeleter> compressor(
+        libdeflate_alloc_compressor(compression));
+    if (!compressor)
+        throw std::bad_alloc();
+    DeflatedPiece piece{.adler = libdeflate_adler32(1, bytes.data(), bytes.size()), .length = bytes.size()};
+    piece.deflated.resize(libdeflate_deflate_compress_bound(compressor.get(), bytes.size()));
+    piece.deflated.resize(libdeflate_deflate_compress(compressor.get(), bytes.data(), bytes.size(),
+                                                      piece.deflated.data(), piece.deflated.size()));
+    if (!isLast)
+        letMoreFollow(piece.deflated);
+    return piece;
+}
+
+std::uint32_t joinedAdler(std::uint32_t first, std::uint32_t second, std::size_t length) {
+    return static_cast<std::uint32_t>(adler32_combine(first, second, static_cast<z_off_t>(length)));
+}
+
+} // namespace kestrine::png

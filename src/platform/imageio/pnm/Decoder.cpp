@@ -1,0 +1,139 @@
+// Reads the portable bitmaps, greymaps, pixmaps and arbitrary maps row by row, scaled to the full range of
+// their depth.
+
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/pnm/Header.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kestrine::pnm {
+
+namespace {
+
+Failure endedInSamples() { return {Reason::truncated, "the portable map ends before its last sample"}; }
+
+/// What every sample of 0 to the largest becomes: 0 to 255 or to 65535, rounded.
+std::vector<std::uint16_t> scaledSamples(const Header& header) {
+    const std::uint64_t full = header.format.depth == SampleDepth::bits16 ? 65535 : 255;
+    std::vector<std::uint16_t> scaled(header.largest + 1);
+    for (std::uint32_t sample = 0; sample <= header.largest; ++sample)
+        scaled[sample] = static_cast<std::uint16_t>((sample * full + header.largest / 2) / header.largest);
+    return scaled;
+}
+
+class Rows final : public RowSource {
+public:
+    Rows(std::unique_ptr<ForwardReader> input, const Header& header)
+        : RowSource(header.format), input_(std::move(input)), header_(header), scaled_(scaledSamples(header)),
+          bits_((header.format.width + 7) / 8) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        switch (header_.samples) {
+        case Samples::textBits:
+            return readTextBits(row);
+        case Samples::text:
+            return readText(row);
+        case Samples::bits:
+            return readBits(row);
+        case Samples::bytes:
+            return readBytes(row);
+        }
+        return endedInSamples();
+    }
+
+private:
+    bool isWide() const { return format().depth == SampleDepth::bits16; }
+
+    void store(std::uint32_t sample, std::uint8_t* into) const {
+        const std::uint16_t scaled = scaled_[std::min(sample, header_.largest)];
+        if (isWide())
+            std::memcpy(into, &scaled, sizeof scaled);
+        else
+            *into = static_cast<std::uint8_t>(scaled);
+    }
+
+    Result<void> readTextBits(std::span<std::uint8_t> row) {
+        for (std::uint8_t& sample : row) {
+            const int digit = nextCharacter(*input_);
+            if (digit < 0)
+                return endedInSamples();
+            if (digit != '0' && digit != '1')
+                return Failure{Reason::malformed, "the portable bitmap has something else than 0 and 1"};
+            sample = digit == '0' ? 255 : 0;
+        }
+        return {};
+    }
+
+    Result<void> readText(std::span<std::uint8_t> row) {
+        for (std::size_t i = 0; i < row.size(); i += format().bytesPerSample()) {
+            const Result<std::uint32_t> number = readNumber(*input_);
+            if (!number)
+                return number.failure();
+            store(*number, &row[i]);
+        }
+        return {};
+    }
+
+    Result<void> readBits(std::span<std::uint8_t> row) {
+        if (input_->read(bits_) != bits_.size())
+            return endedInSamples();
+        for (std::size_t x = 0; x < row.size(); ++x)
+            row[x] = bits_[x / 8] >> (7 - x % 8) & 1 ? 0 : 255;
+        return {};
+    }
+
+    Result<void> readBytes(std::span<std::uint8_t> row) {
+        if (input_->read(row) != row.size())
+            return endedInSamples();
+        if (isWide())
+            for (std::size_t i = 0; i < row.size(); i += 2)
+                store(std::uint32_t{row[i]} << 8 | row[i + 1], &row[i]);
+        else if (header_.largest != 255)
+            for (std::uint8_t& sample : row)
+                store(sample, &sample);
+        return {};
+    }
+
+    const std::unique_ptr<ForwardReader> input_;
+    const Header header_;
+    const std::vector<std::uint16_t> scaled_; ///< a sample above the largest counts as that
+    Bytes bits_;
+};
+
+class Decoder final : public ImageDecoder {
+public:
+    Decoder(std::shared_ptr<const ByteReader> reader, const Header& header, std::uint64_t sampleOffset)
+        : reader_(std::move(reader)), header_(header), sampleOffset_(sampleOffset) {
+        frames_.push_back({.format = header.format, .isUncompressed = header.samples == Samples::bytes});
+    }
+
+    Result<RowSourcePointer> rows(std::size_t, int) const override {
+        return RowSourcePointer(
+            std::make_unique<Rows>(std::make_unique<ForwardReader>(reader_, sampleOffset_), header_));
+    }
+
+private:
+    const std::shared_ptr<const ByteReader> reader_;
+    const Header header_;
+    const std::uint64_t sampleOffset_;
+};
+
+Result<std::unique_ptr<ImageDecoder>> openPNM(std::shared_ptr<const ByteReader> reader) {
+    ForwardReader input(reader);
+    const Result<Header> header = readHeader(input);
+    if (!header)
+        return header.failure();
+    if (header->format.pixels() == 0)
+        return Failure{Reason::empty, "the portable map has no pixels"};
+    if (!header->format.isWithinLimits())
+        return Failure{Reason::tooLarge, "the portable map has too many pixels"};
+    return std::unique_ptr<ImageDecoder>(
+        std::make_unique<Decoder>(std::move(reader), *header, input.offset()));
+}
+
+} // namespace
+
+const ImageCodec codec = {"PNM", isPNM, openPNM};
+
+} // namespace kestrine::pnm

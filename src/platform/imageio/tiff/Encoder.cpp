@@ -1,0 +1,238 @@
+// TIFF: classic, little-endian, uncompressed, in strips of about 64 KiB.
+// Every size is known beforehand, so the file is laid out first and then written once from front to back:
+// header, directory, values that are too long for their entry, strips.
+#include "platform/imageio/Codecs.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <limits>
+
+namespace kestrine::tiff {
+
+namespace {
+
+enum Tag : std::uint16_t {
+    imageWidth = 256,
+    imageLength = 257,
+    bitsPerSample = 258,
+    compression = 259,
+    photometricInterpretation = 262,
+    stripOffsets = 273,
+    samplesPerPixel = 277,
+    rowsPerStrip = 278,
+    stripByteCounts = 279,
+    xResolution = 282,
+    yResolution = 283,
+    planarConfiguration = 284,
+    resolutionUnit = 296,
+    extraSamples = 338,
+    iccProfile = 34675,
+};
+
+enum class FieldType : std::uint16_t { shortNumber = 3, longNumber = 4, rational = 5, undefined = 7 };
+
+constexpr std::uint32_t headerBytes = 8;
+constexpr std::uint32_t entryBytes = 12;
+constexpr std::size_t stripBytes = 65536;
+
+void appendLittleEndian(Bytes& to, std::uint32_t number, int bytes) {
+    for (int i = 0; i < bytes; ++i)
+        to.push_back(static_cast<std::uint8_t>(number >> 8 * i));
+}
+
+/// One entry of the directory with its values as they stand in the file.
+struct Field {
+    Tag tag;
+    FieldType type;
+    std::uint32_t count;
+    Bytes values;
+
+    bool fitsEntry() const { return values.size() <= 4; }
+};
+
+Field shorts(Tag tag, std::span<const std::uint16_t> numbers) {
+    Field field{tag, FieldType::shortNumber, static_cast<std::uint32_t>(numbers.size()), {}};
+    for (const std::uint16_t number : numbers)
+        appendLittleEndian(field.values, number, 2);
+    return field;
+}
+
+Field shortNumber(Tag tag, std::uint16_t number) { return shorts(tag, {&number, 1}); }
+
+Field longs(Tag tag, std::span<const std::uint32_t> numbers) {
+    Field field{tag, FieldType::longNumber, static_cast<std::uint32_t>(numbers.size()), {}};
+    field.values.reserve(4 * numbers.size());
+    for (const std::uint32_t number : numbers)
+        appendLittleEndian(field.values, number, 4);
+    return field;
+}
+
+Field longNumber(Tag tag, std::uint32_t number) { return longs(tag, {&number, 1}); }
+
+/// `number` (1 to 100000) by continued fractions: exact for all simple ratios, such as 72 x 1201 / 1200. It comes from
+/// sizes in single precision, which are good to 1e-7.
+Field rational(Tag tag, double number) {
+    constexpr double closeEnough = 1e-7, largestTerm = 1e9;
+    std::uint64_t numerator = 1, denominator = 0, numeratorBefore = 0, denominatorBefore = 1;
+    for (double rest = number; rest < largestTerm;) {
+        const auto whole = static_cast<std::uint64_t>(rest);
+        const std::uint64_t n = whole * numerator + numeratorBefore,
+                            d = whole * denominator + denominatorBefore;
+        if (std::max(n, d) > std::numeric_limits<std::uint32_t>::max())
+            break;
+        numeratorBefore = std::exchange(numerator, n);
+        denominatorBefore = std::exchange(denominator, d);
+        if (std::abs(static_cast<double>(n) / static_cast<double>(d) - number) <= closeEnough * number)
+            break;
+        rest = 1 / (rest - static_cast<double>(whole));
+    }
+    Field field{tag, FieldType::rational, 1, {}};
+    appendLittleEndian(field.values, static_cast<std::uint32_t>(numerator), 4);
+    appendLittleEndian(field.values, static_cast<std::uint32_t>(denominator), 4);
+    return field;
+}
+
+/// Where everything lies in the file. Offsets are 64 bits wide until it is known that they fit.
+struct Layout {
+    std::vector<Field> fields; ///< by rising tag
+    std::uint64_t fileBytes;
+};
+
+struct Strips {
+    std::uint32_t rowsEach, count;
+    std::uint64_t bytesEach, bytesInAll;
+
+    explicit Strips(const RowFormat& format)
+        : rowsEach(static_cast<std::uint32_t>(
+            std::clamp<std::size_t>(stripBytes / format.bytesPerRow(), 1, format.height))),
+          count((format.height + rowsEach - 1) / rowsEach),
+          bytesEach(std::uint64_t{rowsEach} * format.bytesPerRow()),
+          bytesInAll(std::uint64_t{format.height} * format.bytesPerRow()) {}
+
+    std::vector<std::uint32_t> offsets(std::uint64_t first) const {
+        std::vector<std::uint32_t> all(count);
+        for (std::uint32_t i = 0; i < count; ++i)
+            all[i] = static_cast<std::uint32_t>(first + i * bytesEach);
+        return all;
+    }
+    std::vector<std::uint32_t> sizes() const {
+        std::vector<std::uint32_t> all(count, static_cast<std::uint32_t>(bytesEach));
+        all.back() = static_cast<std::uint32_t>(bytesInAll - (count - 1) * bytesEach);
+        return all;
+    }
+};
+
+/// The picture's tags, with the strips beginning at `firstStrip`.
+std::vector<Field> fieldsOf(const RowFormat& format, const EncodingOptions& options, const Strips& strips,
+                            std::uint64_t firstStrip) {
+    constexpr std::uint16_t uncompressed = 1, blackIsZero = 1, rgb = 2, inch = 2, interleaved = 1,
+                            straightAlpha = 2;
+    const auto channels = static_cast<std::uint16_t>(format.channels());
+    const std::vector<std::uint16_t> bits(channels, static_cast<std::uint16_t>(8 * format.bytesPerSample()));
+    const Resolution resolution =
+        plausibleResolution(options.resolution.horizontal, options.resolution.vertical);
+    std::vector<Field> fields = {
+        longNumber(imageWidth, format.width),
+        longNumber(imageLength, format.height),
+        shorts(bitsPerSample, bits),
+        shortNumber(compression, uncompressed),
+        shortNumber(photometricInterpretation, format.model == ColorModel::rgb ? rgb : blackIsZero),
+        longs(stripOffsets, strips.offsets(firstStrip)),
+        shortNumber(samplesPerPixel, channels),
+        longNumber(rowsPerStrip, strips.rowsEach),
+        longs(stripByteCounts, strips.sizes()),
+        rational(xResolution, resolution.horizontal),
+        rational(yResolution, resolution.vertical),
+        shortNumber(planarConfiguration, interleaved),
+        shortNumber(resolutionUnit, inch),
+    };
+    if (format.hasAlpha)
+        fields.push_back(shortNumber(extraSamples, straightAlpha));
+    if (options.profile) {
+        const ByteView icc = options.profile->bytes();
+        fields.push_back({iccProfile,
+                          FieldType::undefined,
+                          static_cast<std::uint32_t>(icc.size()),
+                          {icc.begin(), icc.end()}});
+    }
+    return fields;
+}
+
+std::uint64_t evenly(std::uint64_t size) { return size + size % 2; }
+
+std::uint64_t directoryBytes(const std::vector<Field>& fields) { return 2 + entryBytes * fields.size() + 4; }
+
+/// What stands before the strips takes the same room wherever they begin, so a first guess measures it.
+Layout layoutOf(const RowFormat& format, const EncodingOptions& options) {
+    const Strips strips(format);
+    std::uint64_t position = headerBytes;
+    const std::vector<Field> measured = fieldsOf(format, options, strips, 0);
+    position += directoryBytes(measured);
+    for (const Field& field : measured)
+        position += field.fitsEntry() ? 0 : evenly(field.values.size());
+    return {fieldsOf(format, options, strips, position), position + strips.bytesInAll};
+}
+
+void appendHead(Bytes& file, const std::vector<Field>& fields) {
+    file.insert(file.end(), {'I', 'I', 42, 0});
+    appendLittleEndian(file, headerBytes, 4);
+    appendLittleEndian(file, static_cast<std::uint32_t>(fields.size()), 2);
+    std::uint64_t valuesAt = headerBytes + directoryBytes(fields);
+    for (const Field& field : fields) {
+        appendLittleEndian(file, field.tag, 2);
+        appendLittleEndian(file, static_cast<std::uint16_t>(field.type), 2);
+        appendLittleEndian(file, field.count, 4);
+        if (field.fitsEntry()) {
+            file.insert(file.end(), field.values.begin(), field.values.end());
+            file.insert(file.end(), 4 - field.values.size(), 0);
+        } else {
+            appendLittleEndian(file, static_cast<std::uint32_t>(valuesAt), 4);
+            valuesAt += evenly(field.values.size());
+        }
+    }
+    appendLittleEndian(file, 0, 4); // no further directory
+}
+
+void appendLongValues(Bytes& file, const std::vector<Field>& fields) {
+    for (const Field& field : fields)
+        if (!field.fitsEntry()) {
+            file.insert(file.end(), field.values.begin(), field.values.end());
+            file.insert(file.end(), field.values.size() % 2, 0);
+        }
+}
+
+/// 16-bit samples of a big-endian machine into the file's order.
+void makeLittleEndian(std::span<std::uint8_t> row, SampleDepth depth) {
+    if (std::endian::native == std::endian::little || depth == SampleDepth::bits8)
+        return;
+    for (std::size_t i = 0; i + 1 < row.size(); i += 2)
+        std::swap(row[i], row[i + 1]);
+}
+
+} // namespace
+
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+    const RowFormat& format = rows.format();
+    if (!format.isWithinLimits())
+        return Failure{format.pixels() == 0 ? Reason::empty : Reason::tooLarge,
+                       "a picture of this size cannot become a TIFF"};
+    const Layout layout = layoutOf(format, options);
+    if (layout.fileBytes > std::numeric_limits<std::uint32_t>::max())
+        return Failure{Reason::tooLarge, "a TIFF file cannot have more than 4 GiB"};
+    Bytes file;
+    file.reserve(layout.fileBytes);
+    appendHead(file, layout.fields);
+    appendLongValues(file, layout.fields);
+    while (file.size() < layout.fileBytes) {
+        file.resize(file.size() + format.bytesPerRow());
+        const std::span<std::uint8_t> row = std::span(file).last(format.bytesPerRow());
+        if (Result<void> read = rows.readRow(row); !read)
+            return read.failure();
+        makeLittleEndian(row, format.depth);
+    }
+    return file;
+}
+
+} // namespace kestrine::tiff

@@ -1,0 +1,148 @@
+#include "platform/imageio/tiff/Exif.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kestrine::tiff {
+
+namespace {
+
+constexpr std::uint16_t exifPointer = 34665, interoperabilityPointer = 40965, makerNote = 37500;
+
+/// Entries of the page that speak of the picture and not of how its pixels are stored.
+constexpr std::array<std::uint16_t, 12> pageTags = {
+    270,   // ImageDescription
+    271,   // Make
+    272,   // Model
+    274,   // Orientation
+    282,   // XResolution
+    283,   // YResolution
+    296,   // ResolutionUnit
+    305,   // Software
+    306,   // DateTime
+    315,   // Artist
+    316,   // HostComputer
+    33432, // Copyright
+};
+
+/// Types that classic EXIF knows.
+constexpr std::uint16_t firstType = 1, lastType = 12;
+constexpr std::uint16_t longType = 4;
+
+constexpr std::size_t maximumValueBytes = 65536;
+constexpr std::size_t maximumExifBytes = 262144;
+
+/// The block while it grows: a header, then directories, those that are pointed to first.
+class ExifBlockBuilder {
+public:
+    explicit ExifBlockBuilder(bool isBigEndian) : isBigEndian_(isBigEndian) {
+        block_.assign(2, isBigEndian ? 'M' : 'I');
+        append(42, 2);
+        append(0, 4);
+    }
+
+    struct Field {
+        std::uint16_t tag, type;
+        std::uint32_t count;
+        Bytes values;
+    };
+
+    /// A pointer to the directory that begins at `offset` of the block.
+    Field pointer(std::uint16_t tag, std::uint32_t offset) const {
+        Field field{tag, longType, 1, Bytes(4)};
+        put(field.values.data(), offset, 4);
+        return field;
+    }
+
+    /// Adds a directory with its values and returns where it begins.
+    std::uint32_t add(std::vector<Field> fields) {
+        std::ranges::stable_sort(fields, {}, &Field::tag);
+        const auto begin = static_cast<std::uint32_t>(block_.size());
+        std::size_t valuesAt = begin + 2 + 12 * fields.size() + 4;
+        append(fields.size(), 2);
+        for (const Field& field : fields)
+            appendEntry(field, valuesAt);
+        append(0, 4);
+        for (const Field& field : fields)
+            if (field.values.size() > 4)
+                block_.insert(block_.end(), field.values.begin(), field.values.end());
+        return begin;
+    }
+
+    Bytes finish(std::uint32_t main) {
+        put(block_.data() + 4, main, 4);
+        return std::move(block_);
+    }
+
+private:
+    void appendEntry(const Field& field, std::size_t& valuesAt) {
+        append(field.tag, 2);
+        append(field.type, 2);
+        append(field.count, 4);
+        if (field.values.size() <= 4) {
+            block_.insert(block_.end(), field.values.begin(), field.values.end());
+            block_.insert(block_.end(), 4 - field.values.size(), 0);
+        } else {
+            append(valuesAt, 4);
+            valuesAt += field.values.size();
+        }
+    }
+
+    void append(std::uint64_t number, std::size_t bytes) {
+        block_.resize(block_.size() + bytes);
+        put(block_.data() + block_.size() - bytes, number, bytes);
+    }
+
+    void put(std::uint8_t* to, std::uint64_t number, std::size_t bytes) const {
+        for (std::size_t i = 0; i < bytes; ++i)
+            to[isBigEndian_ ? bytes - 1 - i : i] = static_cast<std::uint8_t>(number >> 8 * i);
+    }
+
+    const bool isBigEndian_;
+    Bytes block_;
+};
+
+using Fields = std::vector<ExifBlockBuilder::Field>;
+
+/// The entries of `directory` that `isWanted` and whose values are there, as far as `room` bytes go.
+template <class Wanted>
+Fields copied(const Structure& file, const Structure::Directory& directory, std::size_t& room,
+              const Wanted& isWanted) {
+    constexpr std::size_t entryBytes = 12;
+    Fields fields;
+    for (const Structure::Entry& entry : directory) {
+        if (entry.type < firstType || entry.type > lastType || !isWanted(entry.tag) || room < entryBytes)
+            continue;
+        room -= entryBytes;
+        Bytes values = file.values(entry, std::min(maximumValueBytes, room));
+        room -= values.size();
+        if (!values.empty())
+            fields.push_back(
+                {entry.tag, entry.type, static_cast<std::uint32_t>(entry.count), std::move(values)});
+    }
+    return fields;
+}
+
+} // namespace
+
+Bytes exifOfTIFF(const Structure& file, std::uint64_t directory) {
+    const Structure::Directory page = file.directoryAt(directory);
+    const Structure::Directory exif = file.child(page, exifPointer);
+    if (exif.empty())
+        return {};
+    ExifBlockBuilder builder(file.isBigEndian());
+    std::size_t room = maximumExifBytes;
+    const auto isPageTag = [](std::uint16_t tag) { return std::ranges::count(pageTags, tag) > 0; };
+    const auto isMovable = [](std::uint16_t tag) {
+        return tag != interoperabilityPointer && tag != makerNote;
+    };
+    Fields pageFields = copied(file, page, room, isPageTag);
+    Fields exifFields = copied(file, exif, room, isMovable);
+    const Fields interoperability = copied(file, file.child(exif, interoperabilityPointer), room, isMovable);
+    if (!interoperability.empty())
+        exifFields.push_back(builder.pointer(interoperabilityPointer, builder.add(interoperability)));
+    pageFields.push_back(builder.pointer(exifPointer, builder.add(std::move(exifFields))));
+    return builder.finish(builder.add(std::move(pageFields)));
+}
+
+} // namespace kestrine::tiff

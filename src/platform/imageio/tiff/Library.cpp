@@ -1,0 +1,140 @@
+#include "platform/imageio/tiff/Library.h"
+#include "platform/host/process/DynamicLibrary.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+
+namespace kestrine::tiff {
+
+namespace {
+
+/// Bound on one allocation of libtiff's: the compressed bytes of a strip or tile, the samples of a tile.
+constexpr tmsize_t maximumAllocation = tmsize_t{1} << 30;
+
+constexpr const char* missing = "TIFF pictures need libtiff 4.5 or later (package libtiff6)";
+
+int ignoreWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+
+} // namespace
+
+Result<Functions> loadFunctions(std::initializer_list<const char*> libraries) {
+    const Result<DynamicLibrary> library = DynamicLibrary::open(libraries);
+    if (!library)
+        return Failure{Reason::unsupported, missing};
+    Functions functions{};
+    const auto find = [&]<class F>(F*& function, const char* name) {
+        function = library->symbol<F>(name);
+        return function != nullptr;
+    };
+    const bool complete =
+        find(functions.allocateOptions, "TIFFOpenOptionsAlloc")
+        && find(functions.freeOptions, "TIFFOpenOptionsFree")
+        && find(functions.setMaximumAllocation, "TIFFOpenOptionsSetMaxSingleMemAlloc")
+        && find(functions.setErrorHandler, "TIFFOpenOptionsSetErrorHandlerExtR")
+        && find(functions.setWarningHandler, "TIFFOpenOptionsSetWarningHandlerExtR")
+        && find(functions.clientOpen, "TIFFClientOpenExt") && find(functions.close, "TIFFClose")
+        && find(functions.setDirectory, "TIFFSetSubDirectory") && find(functions.getField, "TIFFGetField")
+        && find(functions.getFieldDefaulted, "TIFFGetFieldDefaulted")
+        && find(functions.setField, "TIFFSetField")
+        && find(functions.isCodecConfigured, "TIFFIsCODECConfigured")
+        && find(functions.isTiled, "TIFFIsTiled") && find(functions.scanlineSize, "TIFFScanlineSize64")
+        && find(functions.stripSize, "TIFFStripSize64") && find(functions.tileSize, "TIFFTileSize64")
+        && find(functions.tileRowSize, "TIFFTileRowSize64")
+        && find(functions.computeStrip, "TIFFComputeStrip") && find(functions.computeTile, "TIFFComputeTile")
+        && find(functions.readScanline, "TIFFReadScanline")
+        && find(functions.readEncodedStrip, "TIFFReadEncodedStrip")
+        && find(functions.readEncodedTile, "TIFFReadEncodedTile")
+        && find(functions.canRender, "TIFFRGBAImageOK") && find(functions.renderStrip, "TIFFReadRGBAStripExt")
+        && find(functions.renderTile, "TIFFReadRGBATileExt");
+    if (!complete)
+        return Failure{Reason::unsupported, missing};
+    return functions;
+}
+
+const Result<Functions>& tiffFunctions() {
+    static const Result<Functions> functions = loadFunctions({"libtiff.so.6"});
+    return functions;
+}
+
+Result<std::unique_ptr<File>> File::open(std::shared_ptr<const ByteReader> reader,
+                                                 std::uint64_t directory) {
+    const Result<Functions>& functions = tiffFunctions();
+    if (!functions)
+        return functions.failure();
+    std::unique_ptr<File> file(new File(std::move(reader), *functions));
+    file->openInput();
+    if (!file->handle_ || !file->library_.setDirectory(file->handle_, directory))
+        return file->failure();
+    return file;
+}
+
+File::File(std::shared_ptr<const ByteReader> reader, const Functions& library)
+    : library_(library), reader_(std::move(reader)) {}
+
+File::~File() {
+    if (handle_)
+        library_.close(handle_);
+}
+
+void File::openInput() {
+    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(library_.allocateOptions(),
+                                                                                   library_.freeOptions);
+    if (!options)
+        return;
+    library_.setMaximumAllocation(options.get(), maximumAllocation);
+    library_.setErrorHandler(options.get(), keepMessage, this);
+    library_.setWarningHandler(options.get(), ignoreWarning, nullptr);
+    const auto write = [](thandle_t, void*, tmsize_t) -> tmsize_t { return -1; };
+    const auto close = [](thandle_t) { return 0; };
+    const auto sizeOf = [](thandle_t file) { return toff_t{static_cast<File*>(file)->size()}; };
+    constexpr const char* readHeaderOnlyWithoutMapping = "rhm";
+    handle_ = library_.clientOpen("picture", readHeaderOnlyWithoutMapping, this, read, write, seek, close,
+                                  sizeOf, nullptr, nullptr, options.get());
+}
+
+tmsize_t File::read(thandle_t file, void* into, tmsize_t count) {
+    auto& self = *static_cast<File*>(file);
+    if (count < 0)
+        return -1;
+    const std::span<std::uint8_t> bytes(static_cast<std::uint8_t*>(into), static_cast<std::size_t>(count));
+    const std::size_t got = self.reader_->readAt(self.position_, bytes);
+    self.position_ += got;
+    self.endedEarly_ = self.endedEarly_ || got < bytes.size();
+    return static_cast<tmsize_t>(got);
+}
+
+toff_t File::seek(thandle_t file, toff_t offset, int whence) {
+    auto& self = *static_cast<File*>(file);
+    const std::uint64_t base = whence == SEEK_CUR ? self.position_ : whence == SEEK_END ? self.size() : 0;
+    return self.position_ = base + offset;
+}
+
+int File::keepMessage(TIFF*, void* file, const char*, const char* format, va_list arguments) {
+    auto& self = *static_cast<File*>(file);
+    std::vsnprintf(self.message_, sizeof self.message_, format, arguments);
+    constexpr int noOtherHandler = 1;
+    return noOtherHandler;
+}
+
+template <class Number>
+Number File::number(std::uint32_t tag, Number absent) const {
+    Number value{};
+    return library_.getFieldDefaulted(handle_, tag, &value) ? value : absent;
+}
+
+std::uint16_t File::shortNumber(std::uint32_t tag, std::uint16_t absent) const {
+    return number(tag, absent);
+}
+std::uint32_t File::longNumber(std::uint32_t tag, std::uint32_t absent) const {
+    return number(tag, absent);
+}
+float File::realNumber(std::uint32_t tag, float absent) const { return number(tag, absent); }
+
+Failure File::failure() const {
+    std::string text = std::string("the TIFF picture cannot be read: ") + message_;
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return {endedEarly_ ? Reason::truncated : Reason::malformed, std::move(text)};
+}
+
+} // namespace kestrine::tiff

@@ -1,0 +1,89 @@
+// libtiff, opened when the first TIFF file asks for it: its functions as a table, and one open input.
+// Its header serves for types only; nothing here links to it.
+#pragma once
+
+#include "platform/host/files/ByteReader.h"
+
+#include <initializer_list>
+#include <tiffio.h>
+
+namespace kestrine::tiff {
+
+/// The functions that are called, under libtiff's names without "TIFF".
+struct Functions {
+    decltype(&TIFFOpenOptionsAlloc) allocateOptions;
+    decltype(&TIFFOpenOptionsFree) freeOptions;
+    decltype(&TIFFOpenOptionsSetMaxSingleMemAlloc) setMaximumAllocation;
+    decltype(&TIFFOpenOptionsSetErrorHandlerExtR) setErrorHandler;
+    decltype(&TIFFOpenOptionsSetWarningHandlerExtR) setWarningHandler;
+    decltype(&TIFFClientOpenExt) clientOpen;
+    decltype(&TIFFClose) close;
+    decltype(&TIFFSetSubDirectory) setDirectory;
+    decltype(&TIFFGetField) getField;
+    decltype(&TIFFGetFieldDefaulted) getFieldDefaulted;
+    decltype(&TIFFSetField) setField;
+    decltype(&TIFFIsCODECConfigured) isCodecConfigured;
+    decltype(&TIFFIsTiled) isTiled;
+    decltype(&TIFFScanlineSize64) scanlineSize;
+    decltype(&TIFFStripSize64) stripSize;
+    decltype(&TIFFTileSize64) tileSize;
+    decltype(&TIFFTileRowSize64) tileRowSize;
+    decltype(&TIFFComputeStrip) computeStrip;
+    decltype(&TIFFComputeTile) computeTile;
+    decltype(&TIFFReadScanline) readScanline;
+    decltype(&TIFFReadEncodedStrip) readEncodedStrip;
+    decltype(&TIFFReadEncodedTile) readEncodedTile;
+    decltype(&TIFFRGBAImageOK) canRender;
+    decltype(&TIFFReadRGBAStripExt) renderStrip;
+    decltype(&TIFFReadRGBATileExt) renderTile;
+};
+
+/// The functions in the first of `libraries` that is there; unsupported, naming the package, without one.
+Result<Functions> loadFunctions(std::initializer_list<const char*> libraries);
+
+/// The functions of the system's libtiff, looked up once.
+const Result<Functions>& tiffFunctions();
+
+/// libtiff at one directory of an input. It prints nothing; used by one thread at a time.
+class File {
+public:
+    /// Fails as tiffFunctions() does, or when the input or the directory is not sound.
+    static Result<std::unique_ptr<File>> open(std::shared_ptr<const ByteReader> reader,
+                                                  std::uint64_t directory);
+    ~File();
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    const Functions& library() const { return library_; }
+    TIFF* handle() const { return handle_; }
+    /// Size of the whole input in bytes.
+    std::uint64_t size() const { return reader_->size(); }
+
+    /// The value of a tag that holds one number, or libtiff's default for it, or `absent`.
+    std::uint16_t shortNumber(std::uint32_t tag, std::uint16_t absent) const;
+    std::uint32_t longNumber(std::uint32_t tag, std::uint32_t absent) const;
+    float realNumber(std::uint32_t tag, float absent) const;
+
+    /// What went wrong in the last call, in libtiff's words.
+    Failure failure() const;
+
+private:
+    File(std::shared_ptr<const ByteReader> reader, const Functions& library);
+
+    template <class Number>
+    Number number(std::uint32_t tag, Number absent) const;
+    void openInput();
+
+    static tmsize_t read(thandle_t file, void* into, tmsize_t count);
+    static toff_t seek(thandle_t file, toff_t offset, int whence);
+    static int keepMessage(TIFF*, void* file, const char* module, const char* format, va_list arguments);
+
+    const Functions& library_;
+    const std::shared_ptr<const ByteReader> reader_;
+    std::uint64_t position_ = 0;
+    bool endedEarly_ = false; ///< whether more was wanted than there is
+    char message_[200] = "";
+    TIFF* handle_ = nullptr;
+};
+
+} // namespace kestrine::tiff

@@ -1,0 +1,59 @@
+// Page: what the tags of one page say, judged: how its pixels are stored and what becomes of them.
+#pragma once
+
+#include "platform/imageio/ImageCodec.h"
+#include "platform/imageio/tiff/Library.h"
+
+namespace kestrine::tiff {
+
+/// What the stored samples mean.
+enum class Color : std::uint8_t {
+    whiteIsZero, ///< grey, 0 is white
+    gray,
+    rgb,
+    palette,  ///< indices into the page's colours
+    cmyk,     ///< 0 is no ink
+    cieLab,   ///< a and b are signed
+    iccLab,   ///< a and b are shifted by half their range
+    rendered, ///< rare: libtiff makes 8-bit RGB of it
+};
+
+struct Page {
+    std::uint64_t directory = 0; ///< where it begins in the file
+    RowFormat format;            ///< as delivered
+    Resolution resolution;
+    Bytes icc; ///< as stored
+
+    Color color = Color::rendered;
+    unsigned bits = 8;    ///< of a stored sample: 1 to 16, or 32 for floats
+    unsigned samples = 3; ///< stored for each pixel, the ignored ones included
+    int alpha = -1;       ///< which of them is alpha
+    bool isPremultiplied = false;
+    bool isPlanar = false; ///< each sample has its own strips or tiles
+    bool isCompressed = false;
+    bool isYCbCrJPEG = false;    ///< libtiff's JPEG decoder turns it into RGB
+    std::uint32_t tileWidth = 0; ///< 0 when it is stored in strips
+    std::uint32_t blockRows = 0; ///< rows of a strip or tile
+    Bytes colors;                ///< of a palette: red, green, blue for every index
+
+    /// Samples that make up a colour as it is stored; at least so many when it is rendered.
+    unsigned colorSamples() const;
+    unsigned planes() const { return isPlanar ? samples : 1; }
+    bool isFloat() const { return bits == 32; }
+    /// Whether the stored bytes are the delivered ones.
+    bool isDeliveredAsStored() const;
+    /// Whether nothing is to be done with them but reading.
+    bool isUncompressed() const { return !isCompressed && isDeliveredAsStored(); }
+
+    bool operator==(const Page&) const = default;
+};
+
+/// Judges the page that `file` is at and makes the file ready to deliver what it describes: samples, or
+/// rendered rows. unsupported for what cannot be shown; every size is checked.
+Result<Page> readPage(const File& file, std::uint64_t directory);
+
+/// The file opened once more at `page`; malformed when it says something else by now.
+Result<std::unique_ptr<File>> reopenPage(std::shared_ptr<const ByteReader> reader,
+                                                 const Page& page);
+
+} // namespace kestrine::tiff

@@ -1,0 +1,12 @@
+// Rare kinds of TIFF pages (YCbCr without JPEG, logarithmic, ...): libtiff itself makes 8-bit RGB of them.
+#pragma once
+
+#include "platform/imageio/tiff/Page.h"
+
+namespace kestrine::tiff {
+
+/// The rows of a page whose color is Color::rendered.
+Result<RowSourcePointer> renderedRowsOfTIFF(const std::shared_ptr<const ByteReader>& reader,
+                                            std::shared_ptr<const Page> page);
+
+} // namespace kestrine::tiff

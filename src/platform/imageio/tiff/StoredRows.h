@@ -1,0 +1,47 @@
+// StoredRows: the rows of one plane as the file stores them, decompressed, whatever blocks they come in.
+#pragma once
+
+#include "platform/imageio/tiff/Page.h"
+
+namespace kestrine::tiff {
+
+/// Used by one thread at a time. Holds a strip, a row of tiles, or one row of a large strip.
+class StoredRows {
+public:
+    /// A plane is a sample when the page is planar, else there is plane 0 only.
+    static Result<std::unique_ptr<StoredRows>> open(std::shared_ptr<const ByteReader> reader,
+                                                        const Page& page, unsigned plane);
+    virtual ~StoredRows() = default;
+
+    /// Row `y`, packed, in the machine's byte order; valid until the next call. Rows are asked for from top
+    /// to bottom.
+    Result<ByteView> row(std::uint32_t y);
+
+    /// How many rows from a multiple of this number on can be had without any work on those before them; so
+    /// many as no page has when the rows depend on each other.
+    virtual std::uint32_t independentRows() const { return blockRows_; }
+
+    /// Length of a row; what lies behind the last pixel is padding.
+    std::size_t rowBytes() const { return rowBytes_; }
+
+protected:
+    StoredRows(std::unique_ptr<File> file, std::size_t rowBytes, std::uint32_t blockRows)
+        : file_(std::move(file)), rowBytes_(rowBytes), blockRows_(blockRows) {}
+
+    /// Decodes the block that begins at row `y` into `block`, blockRows() rows of rowBytes() each; the last
+    /// one may be shorter. False when libtiff cannot.
+    virtual bool readBlock(std::uint32_t y, Bytes& block) = 0;
+
+    const Functions& library() const { return file_->library(); }
+    TIFF* handle() const { return file_->handle(); }
+    std::uint32_t blockRows() const { return blockRows_; }
+
+private:
+    const std::unique_ptr<File> file_;
+    const std::size_t rowBytes_;
+    const std::uint32_t blockRows_;
+    std::uint32_t blockEnd_ = 0; ///< the row behind the block that is held
+    Bytes block_;
+};
+
+} // namespace kestrine::tiff

@@ -1,0 +1,169 @@
+// WebP through libwebp: lossy and lossless, with or without alpha; of an animation the first frame on its
+// canvas. File and picture are held whole: the library has no cheaper way.
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/webp/Library.h"
+
+#include <algorithm>
+
+namespace kestrine::webp {
+
+namespace {
+
+constexpr std::uint64_t maximumFileBytes = std::uint64_t{1} << 30;
+
+/// The chunks of a file, which must outlive it.
+class File {
+public:
+    File(const Functions& library, ByteView file)
+        : library_(library), data_{file.data(), file.size()},
+          demuxer_(library.openFile(&data_, onlyWhole, nullptr, WEBP_DEMUX_ABI_VERSION), library.closeFile) {
+        if (demuxer_)
+            hasFrame_ = library.frame(demuxer_.get(), 1, &frame_) != 0;
+    }
+    ~File() {
+        if (hasFrame_)
+            library_.releaseFrame(&frame_);
+    }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    /// Whether the file is whole and has a frame; nothing else may be asked otherwise.
+    bool isSound() const { return hasFrame_ && frameLiesOnCanvas(); }
+
+    /// The canvas, with alpha where the first frame has it or leaves a part of the canvas free.
+    RowFormat format() const {
+        const std::uint32_t width = number(WEBP_FF_CANVAS_WIDTH), height = number(WEBP_FF_CANVAS_HEIGHT);
+        const bool isCovered = static_cast<std::uint32_t>(frame_.width) == width
+                               && static_cast<std::uint32_t>(frame_.height) == height;
+        return {.width = width, .height = height, .hasAlpha = frame_.has_alpha != 0 || !isCovered};
+    }
+
+    /// Decodes the first frame to its place; what it leaves free stays as it is.
+    Result<void> decodeFirstFrame(PixelBuffer& canvas) const {
+        const std::size_t stride = canvas.format.bytesPerRow();
+        const std::size_t begin = static_cast<std::size_t>(frame_.y_offset) * stride
+                                  + static_cast<std::size_t>(frame_.x_offset) * canvas.format.bytesPerPixel();
+        const auto decode = canvas.format.hasAlpha ? library_.decodeRGBA : library_.decodeRGB;
+        if (!decode(frame_.fragment.bytes, frame_.fragment.size, canvas.bytes.data() + begin,
+                    canvas.bytes.size() - begin, static_cast<int>(stride)))
+            return Failure{Reason::malformed, "the WebP picture cannot be decoded"};
+        return {};
+    }
+
+    /// The content of the first chunk of that name; empty when there is none.
+    Bytes chunk(const char (&name)[5]) const {
+        WebPChunkIterator found{};
+        if (!library_.chunk(demuxer_.get(), name, 1, &found))
+            return {};
+        Bytes content(found.chunk.bytes, found.chunk.bytes + found.chunk.size);
+        library_.releaseChunk(&found);
+        return content;
+    }
+
+private:
+    static constexpr int onlyWhole = 0;
+
+    std::uint32_t number(WebPFormatFeature feature) const { return library_.number(demuxer_.get(), feature); }
+
+    bool frameLiesOnCanvas() const {
+        return frame_.x_offset >= 0 && frame_.y_offset >= 0 && frame_.width > 0 && frame_.height > 0
+               && std::int64_t{frame_.x_offset} + frame_.width <= number(WEBP_FF_CANVAS_WIDTH)
+               && std::int64_t{frame_.y_offset} + frame_.height <= number(WEBP_FF_CANVAS_HEIGHT);
+    }
+
+    const Functions& library_;
+    const WebPData data_;
+    const std::unique_ptr<WebPDemuxer, decltype(&WebPDemuxDelete)> demuxer_;
+    WebPIterator frame_{};
+    bool hasFrame_ = false;
+};
+
+class Rows final : public RowSource {
+public:
+    Rows(const Functions& library, std::shared_ptr<const Bytes> file, const RowFormat& format)
+        : RowSource(format), library_(library), file_(std::move(file)) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        if (y_ == 0) {
+            canvas_ = PixelBuffer(format());
+            if (Result<void> decoded = File(library_, *file_).decodeFirstFrame(canvas_); !decoded)
+                return decoded;
+        }
+        std::ranges::copy(canvas_.row(y_++), row.begin());
+        return {};
+    }
+
+private:
+    const Functions& library_;
+    const std::shared_ptr<const Bytes> file_;
+    PixelBuffer canvas_;
+    std::uint32_t y_ = 0;
+};
+
+/// The EXIF chunk from the TIFF header on: some writers put a JPEG segment's mark before it.
+Bytes exifBlock(const File& file) {
+    constexpr std::string_view segmentMark("Exif\0\0", 6);
+    Bytes block = file.chunk("EXIF");
+    if (block.size() >= segmentMark.size()
+        && std::equal(segmentMark.begin(), segmentMark.end(), block.begin()))
+        block.erase(block.begin(), block.begin() + segmentMark.size());
+    return block;
+}
+
+std::optional<ColorProfile> storedProfile(const File& file, const ExifFacts& exif) {
+    const Bytes icc = file.chunk("ICCP");
+    if (std::optional<ColorProfile> profile = ColorProfile::fromICC(icc, ColorModel::rgb))
+        return profile;
+    return exif.isAdobeRGB ? std::optional(ColorProfile::adobeRGB()) : std::nullopt;
+}
+
+class Decoder final : public ImageDecoder {
+public:
+    Decoder(const Functions& library, std::shared_ptr<const Bytes> bytes, const File& file)
+        : library_(library), bytes_(std::move(bytes)), exif_(exifBlock(file)) {
+        const ExifFacts facts = readExifFacts(exif_);
+        frames_.push_back(
+            {file.format(), facts.resolution.value_or(Resolution{}), storedProfile(file, facts)});
+    }
+
+    Result<RowSourcePointer> rows(std::size_t, int) const override {
+        return RowSourcePointer(std::make_unique<Rows>(library_, bytes_, frames_.front().format));
+    }
+
+    Result<Bytes> exif() const override { return exif_; }
+
+private:
+    const Functions& library_;
+    const std::shared_ptr<const Bytes> bytes_;
+    const Bytes exif_;
+};
+
+bool recognises(ByteView head) {
+    constexpr std::string_view riff = "RIFF", webp = "WEBP";
+    return head.size() >= 12 && std::equal(riff.begin(), riff.end(), head.begin())
+           && std::equal(webp.begin(), webp.end(), head.begin() + 8);
+}
+
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    const Result<Functions>& library = webpFunctions();
+    if (!library)
+        return library.failure();
+    Result<Bytes> bytes = reader->readAll(maximumFileBytes);
+    if (!bytes)
+        return bytes.failure();
+    const auto shared = std::make_shared<const Bytes>(std::move(*bytes));
+    const File file(*library, *shared);
+    if (!file.isSound())
+        return Failure{Reason::malformed, "the WebP file is damaged or not whole"};
+    if (!file.format().isWithinLimits())
+        return Failure{Reason::tooLarge, "the WebP picture has too many pixels"};
+    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(*library, shared, file));
+}
+
+} // namespace
+
+const ImageCodec codec{"WebP", recognises, open};
+
+} // namespace kestrine::webp

@@ -1,0 +1,39 @@
+#include "platform/imageio/webp/Library.h"
+#include "platform/host/process/DynamicLibrary.h"
+
+namespace kestrine::webp {
+
+Result<Functions> loadFunctions(std::initializer_list<const char*> decoders,
+                                        std::initializer_list<const char*> demuxers) {
+    const Failure missing{
+        Reason::unsupported,
+        "WebP pictures need libwebp and libwebpdemux (packages libwebp7 and libwebpdemux2)"};
+    const Result<DynamicLibrary> decoder = DynamicLibrary::open(decoders);
+    const Result<DynamicLibrary> demuxer = DynamicLibrary::open(demuxers);
+    if (!decoder || !demuxer)
+        return missing;
+    Functions functions{};
+    const auto find = []<class F>(const DynamicLibrary& library, F*& function, const char* name) {
+        function = library.symbol<F>(name);
+        return function != nullptr;
+    };
+    const bool complete = find(*decoder, functions.decodeRGB, "WebPDecodeRGBInto")
+                          && find(*decoder, functions.decodeRGBA, "WebPDecodeRGBAInto")
+                          && find(*demuxer, functions.openFile, "WebPDemuxInternal")
+                          && find(*demuxer, functions.closeFile, "WebPDemuxDelete")
+                          && find(*demuxer, functions.number, "WebPDemuxGetI")
+                          && find(*demuxer, functions.frame, "WebPDemuxGetFrame")
+                          && find(*demuxer, functions.releaseFrame, "WebPDemuxReleaseIterator")
+                          && find(*demuxer, functions.chunk, "WebPDemuxGetChunk")
+                          && find(*demuxer, functions.releaseChunk, "WebPDemuxReleaseChunkIterator");
+    if (!complete)
+        return missing;
+    return functions;
+}
+
+const Result<Functions>& webpFunctions() {
+    static const Result<Functions> functions = loadFunctions({"libwebp.so.7"}, {"libwebpdemux.so.2"});
+    return functions;
+}
+
+} // namespace kestrine::webp

@@ -1,0 +1,98 @@
+#include "platform/host/files/ExclusiveRename.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/files/Folders.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+namespace kestrine {
+namespace {
+
+using testing::readFile;
+using testing::TemporaryFolder;
+
+/// Every test here holds for each mechanism: the best one, and the later ones when those before are missing.
+class ExclusiveRename : public ::testing::TestWithParam<RenameMechanisms> {
+protected:
+    int rename(const std::string& from, const std::string& to) {
+        RenameMechanisms mechanisms = GetParam();
+        return renameWithoutReplacing({AT_FDCWD, folder_ / from}, {AT_FDCWD, folder_ / to}, mechanisms);
+    }
+
+    const TemporaryFolder folder_;
+};
+
+TEST_P(ExclusiveRename, aFileGetsItsNewName) {
+    folder_.write("a", "content");
+    EXPECT_EQ(rename("a", "b"), 0);
+    EXPECT_EQ(readFile(folder_ / "b"), "content");
+    EXPECT_FALSE(isTaken(folder_ / "a"));
+}
+
+TEST_P(ExclusiveRename, aTakenNameStaysWithItsOwner) {
+    folder_.write("a", "new");
+    folder_.write("b", "old");
+    EXPECT_EQ(rename("a", "b"), EEXIST);
+    EXPECT_EQ(readFile(folder_ / "a") + readFile(folder_ / "b"), "newold");
+}
+
+TEST_P(ExclusiveRename, aDanglingLinkCountsAsTaken) {
+    folder_.write("a", "new");
+    std::filesystem::create_symlink("nowhere", folder_ / "b");
+    EXPECT_EQ(rename("a", "b"), EEXIST);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder_ / "b"));
+    EXPECT_FALSE(isTaken(folder_ / "nowhere"));
+}
+
+TEST_P(ExclusiveRename, foldersAndLinksMoveThemselves) {
+    folder_.write("folder/inside", "x");
+    std::filesystem::create_symlink("nowhere", folder_ / "link");
+    EXPECT_EQ(rename("folder", "folder2"), 0);
+    EXPECT_EQ(rename("link", "link2"), 0);
+    EXPECT_EQ(readFile(folder_ / "folder2/inside"), "x");
+    EXPECT_EQ(std::filesystem::read_symlink(folder_ / "link2"), "nowhere");
+    EXPECT_FALSE(isTaken(folder_ / "folder") || isTaken(folder_ / "link"));
+}
+
+TEST_P(ExclusiveRename, anEmptyFolderIsNotReplacedByAFolder) {
+    folder_.write("folder/inside", "x");
+    ASSERT_TRUE(makeFolder(folder_ / "empty"));
+    EXPECT_EQ(rename("folder", "empty"), EEXIST);
+    EXPECT_EQ(readFile(folder_ / "folder/inside"), "x");
+}
+
+TEST_P(ExclusiveRename, afterAnErrorNothingIsReservedAnyMore) {
+    EXPECT_EQ(rename("none", "b"), ENOENT);
+    folder_.write("folder/inside", "x");
+    EXPECT_NE(rename("folder", "folder/below"), 0);
+    EXPECT_FALSE(isTaken(folder_ / "b") || isTaken(folder_ / "folder/below"));
+}
+
+TEST_P(ExclusiveRename, anotherFileSystemIsToldApart) {
+    const TemporaryFolder elsewhere("/dev/shm");
+    Result<struct stat> here = statusOf({AT_FDCWD, folder_ / ""}),
+                        there = statusOf({AT_FDCWD, elsewhere / ""});
+    if (here->st_dev == there->st_dev)
+        GTEST_SKIP() << "/dev/shm is on the file system of the temporary folder";
+    RenameMechanisms mechanisms = GetParam();
+    EXPECT_EQ(
+        renameWithoutReplacing({AT_FDCWD, folder_.write("a", "x")}, {AT_FDCWD, elsewhere / "a"}, mechanisms),
+        EXDEV);
+    EXPECT_EQ(readFile(folder_ / "a"), "x");
+    EXPECT_FALSE(isTaken(elsewhere / "a"));
+}
+
+std::string mechanismName(const ::testing::TestParamInfo<RenameMechanisms>& test) {
+    constexpr const char* names[] = {"exclusiveRename", "hardLink", "reservation"};
+    return names[test.index];
+}
+
+INSTANTIATE_TEST_SUITE_P(Mechanisms, ExclusiveRename,
+                         ::testing::Values(RenameMechanisms{true, true}, RenameMechanisms{false, true},
+                                           RenameMechanisms{false, false}),
+                         mechanismName);
+
+} // namespace
+} // namespace kestrine

@@ -1,0 +1,42 @@
+#include "platform/host/files/FileStatus.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace kestrine {
+namespace {
+
+using testing::TemporaryFolder;
+
+TEST(FileStatus, filesAndFoldersExist) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("a\nb \xFF%n.jpg", "x");
+    EXPECT_TRUE(itemExists(file) && isTaken(file));
+    EXPECT_TRUE(itemExists(folder / "") && isTaken(folder / ""));
+    EXPECT_FALSE(itemExists(folder / "b.jpg") || isTaken(folder / "b.jpg"));
+}
+
+TEST(FileStatus, aDanglingLinkDoesNotExistButTakesItsName) {
+    const TemporaryFolder folder;
+    std::filesystem::create_symlink("nowhere", folder / "link");
+    EXPECT_FALSE(itemExists(folder / "link"));
+    EXPECT_TRUE(isTaken(folder / "link"));
+}
+
+TEST(FileStatus, aLinkToAFileExists) {
+    const TemporaryFolder folder;
+    folder.write("a", "x");
+    std::filesystem::create_symlink("a", folder / "link");
+    EXPECT_TRUE(itemExists(folder / "link") && isTaken(folder / "link"));
+}
+
+TEST(FileStatus, namesThatCannotBeAreFree) {
+    const TemporaryFolder folder;
+    folder.write("a", "x");
+    for (const std::string& path : {std::string(), folder / std::string(256, 'n'), folder / "a/b",
+                                    folder / "a" + std::string("\0.jpg", 5), folder / std::string(5000, 'p')})
+        EXPECT_FALSE(itemExists(path) || isTaken(path)) << path;
+}
+
+} // namespace
+} // namespace kestrine

@@ -1,0 +1,45 @@
+#include "platform/host/files/PathParts.h"
+
+#include <gtest/gtest.h>
+
+namespace kestrine {
+namespace {
+
+TEST(PathParts, aPathIsSplitAtItsLastSlash) {
+    struct Row {
+        const char *path, *folder, *name;
+    };
+    for (const Row& row :
+         {Row{"/a/b.jpg", "/a", "b.jpg"}, Row{"/b.jpg", "/", "b.jpg"}, Row{"b.jpg", ".", "b.jpg"},
+          Row{"a//b.jpg", "a", "b.jpg"}, Row{"//b", "/", "b"}, Row{"/a/", "/a", ""}, Row{"/", "/", ""},
+          Row{"../x", "..", "x"}, Row{"", ".", ""}}) {
+        EXPECT_EQ(folderOf(row.path), row.folder) << row.path;
+        EXPECT_EQ(nameOf(row.path), row.name) << row.path;
+    }
+}
+
+TEST(PathParts, joiningPutsExactlyOneSlash) {
+    EXPECT_EQ(joinedPath("/a", "b"), "/a/b");
+    EXPECT_EQ(joinedPath("/", "b"), "/b");
+    EXPECT_EQ(joinedPath(".", "b"), "./b");
+}
+
+TEST(PathParts, anAdditionStandsBeforeTheExtension) {
+    struct Row {
+        const char *name, *addition, *result;
+    };
+    for (const Row& row :
+         {Row{"a.jpg", " copy", "a copy.jpg"}, Row{"a", ".2", "a.2"}, Row{".hidden", " copy", ".hidden copy"},
+          Row{"a.tar.gz", " 1", "a.tar 1.gz"}, Row{"0123456789.jpg", " copy", "0123456 copy.jpg"},
+          Row{"012345\xC3\xA9.jpg", " copy", "012345 copy.jpg"}})
+        EXPECT_EQ(nameWithAddition(row.name, row.addition, 16), row.result) << row.name;
+}
+
+TEST(PathParts, emptyPathsAndZeroBytesAreMalformed) {
+    EXPECT_EQ(checkPath("").failure().reason, Reason::malformed);
+    EXPECT_EQ(checkPath(std::string("a\0b", 3)).failure().reason, Reason::malformed);
+    EXPECT_TRUE(checkPath("a\nb\xFF%s"));
+}
+
+} // namespace
+} // namespace kestrine

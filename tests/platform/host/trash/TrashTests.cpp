@@ -1,0 +1,301 @@
+// The trash in the home folder, for items on its own file system, and what is refused everywhere.
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/files/Folders.h"
+#include "tests/platform/host/trash/TrashTesting.h"
+#include "tests/support/IsolatedProcess.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace kestrine {
+namespace {
+
+using testing::isEmptyTrash;
+using testing::namesInFolder;
+using testing::readFile;
+using testing::recordedPath;
+using testing::runAsOrdinaryUser;
+using testing::runIsolated;
+using testing::runWithOwnMounts;
+using ::testing::UnorderedElementsAre;
+using Trash = testing::TrashTest;
+
+mode_t rightsOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 07777;
+}
+
+TEST_F(Trash, aFileOnTheSameDeviceGoesToTheHomeTrash) {
+    const std::string file = folder_.write("work/a.jpg", "content");
+    Result<TrashedItem> item = trash(file);
+    ASSERT_TRUE(item);
+    EXPECT_EQ(item->path, trash_ + "/files/a.jpg");
+    EXPECT_EQ(item->infoPath, trash_ + "/info/a.jpg.trashinfo");
+    EXPECT_EQ(readFile(item->path), "content");
+    EXPECT_EQ(recordedPath(*item), file);
+    EXPECT_FALSE(isTaken(file));
+}
+
+TEST_F(Trash, theFoldersOfTheTrashAreForTheUserAlone) {
+    Result<TrashedItem> item = trash(folder_.write("work/a.jpg", "content"));
+    ASSERT_TRUE(item);
+    for (const std::string& made : {home_ + "/.local", home_ + "/.local/share", trash_, trash_ + "/files"})
+        EXPECT_EQ(rightsOf(made), 0700u) << made;
+    EXPECT_EQ(rightsOf(item->infoPath), 0600u);
+}
+
+TEST_F(Trash, theDataFolderOfTheEnvironmentHoldsTheTrash) {
+    const std::string file = folder_.write("work/a.jpg", "content");
+    const Environment environment{{"HOME", home_}, {"XDG_DATA_HOME", folder_ / "data"}};
+    EXPECT_EQ(moveToTrash(file, environment)->path, folder_ / "data/Trash/files/a.jpg");
+}
+
+TEST_F(Trash, itemsOfOneNameAreNumbered) {
+    for (const char* expected : {"a.jpg", "a.2.jpg", "a.3.jpg"}) {
+        Result<TrashedItem> item = trash(folder_.write("work/a.jpg", expected));
+        ASSERT_TRUE(item);
+        EXPECT_EQ(item->path, trash_ + "/files/" + expected);
+        EXPECT_EQ(readFile(item->path), expected);
+        EXPECT_EQ(recordedPath(*item), work_ + "/a.jpg");
+    }
+}
+
+TEST_F(Trash, whatOtherProgramsLeftHalfDoneIsNotReplaced) {
+    folder_.write("home/.local/share/Trash/info/a.jpg.trashinfo", "record without an item");
+    folder_.write("home/.local/share/Trash/files/a.2.jpg", "item without a record");
+    EXPECT_EQ(trash(folder_.write("work/a.jpg", "content"))->path, trash_ + "/files/a.3.jpg");
+    EXPECT_EQ(readFile(trash_ + "/info/a.jpg.trashinfo"), "record without an item");
+    EXPECT_EQ(readFile(trash_ + "/files/a.2.jpg"), "item without a record");
+    EXPECT_THAT(namesInFolder(trash_ + "/info"),
+                UnorderedElementsAre("a.jpg.trashinfo", "a.3.jpg.trashinfo"));
+}
+
+TEST_F(Trash, anyBytesAreGoodInAName) {
+    for (const char* name :
+         {"n\nl", "100% fun %n.jpg", "\xFF\xFE.jpg", "caf\xC3\xA9", "a+b", "[x]=;#", "-r", " "}) {
+        const std::string file = work_ + "/" + name;
+        Result<TrashedItem> item = trash(folder_.write("work/" + std::string(name), name));
+        ASSERT_TRUE(item) << name;
+        EXPECT_EQ(item->path, trash_ + "/files/" + name);
+        EXPECT_EQ(recordedPath(*item), file);
+        EXPECT_FALSE(isTaken(file)) << name;
+    }
+}
+
+TEST_F(Trash, aNameOf255BytesIsShortenedInTheTrashAndKeptInTheRecord) {
+    const std::string name = std::string(251, 'n') + ".jpg";
+    for (const char* end : {"nnn.jpg", "n.2.jpg"}) {
+        Result<TrashedItem> item = trash(folder_.write("work/" + name, "content"));
+        ASSERT_TRUE(item);
+        EXPECT_TRUE(item->path.ends_with(end)) << item->path;
+        EXPECT_EQ(recordedPath(*item), work_ + "/" + name);
+    }
+}
+
+TEST_F(Trash, linksGoThemselvesDanglingOnesToo) {
+    folder_.write("work/real", "content");
+    std::filesystem::create_symlink("real", work_ + "/link");
+    std::filesystem::create_symlink("nowhere", work_ + "/dangling");
+    std::filesystem::create_directory_symlink(home_, work_ + "/toHome");
+    for (const char* name : {"link", "dangling", "toHome"}) {
+        Result<TrashedItem> item = trash(work_ + "/" + name);
+        ASSERT_TRUE(item) << name;
+        EXPECT_TRUE(std::filesystem::is_symlink(item->path)) << name;
+    }
+    EXPECT_EQ(readFile(work_ + "/real"), "content");
+}
+
+TEST_F(Trash, aFolderGoesWhole) {
+    folder_.write("work/album/sub/a.jpg", "content");
+    Result<TrashedItem> item = trash(work_ + "/album/");
+    ASSERT_TRUE(item);
+    EXPECT_EQ(readFile(item->path + "/sub/a.jpg"), "content");
+    EXPECT_EQ(recordedPath(*item), work_ + "/album");
+    EXPECT_FALSE(isTaken(work_ + "/album"));
+}
+
+TEST_F(Trash, theSizeOfAFolderIsNotedForProgramsThatShowIt) {
+    folder_.write("work/my album/a.jpg", std::string(100'000, 'x'));
+    folder_.write("home/.local/share/Trash/directorysizes", "4096 1 other\n4096 1 my%20album\n");
+    Result<TrashedItem> item = trash(work_ + "/my album");
+    ASSERT_TRUE(item);
+    std::uint64_t room = 0;
+    for (const char* part : {"", "/a.jpg"}) {
+        struct stat status {};
+        ASSERT_EQ(::stat((item->path + part).c_str(), &status), 0);
+        room += static_cast<std::uint64_t>(status.st_blocks) * 512;
+    }
+    struct stat record {};
+    ASSERT_EQ(::stat(item->infoPath.c_str(), &record), 0);
+    EXPECT_EQ(readFile(trash_ + "/directorysizes"), "4096 1 other\n" + std::to_string(room) + " "
+                                                        + std::to_string(record.st_mtime) + " my%20album\n");
+}
+
+TEST_F(Trash, aFileIsNotNotedAmongTheSizes) {
+    ASSERT_TRUE(trash(folder_.write("work/a.jpg", "content")));
+    EXPECT_FALSE(isTaken(trash_ + "/directorysizes"));
+}
+
+TEST_F(Trash, aRelativePathAndLinksOnTheWayAreRecordedAsTheRealPath) {
+    const std::string file = folder_.write("work/sub/a.jpg", "content");
+    std::filesystem::create_directory_symlink("sub", work_ + "/link");
+    runIsolated([&] {
+        std::filesystem::current_path(work_ + "/sub");
+        Result<TrashedItem> item = trash("../link/../sub/a.jpg");
+        ASSERT_TRUE(item);
+        EXPECT_EQ(recordedPath(*item), file);
+    });
+}
+
+TEST_F(Trash, specialFilesGoWhenTheyNeedOnlyBeMoved) {
+    ASSERT_EQ(::mkfifo((work_ + "/pipe").c_str(), 0600), 0);
+    EXPECT_TRUE(trash(work_ + "/pipe"));
+}
+
+TEST_F(Trash, namesOfFoldersThatMustStayAreRefused) {
+    folder_.write("work/album/a.jpg", "content");
+    const std::string album = work_ + "/album";
+    for (const std::string& path :
+         {std::string(), std::string("."), std::string(".."), std::string("/"), std::string("//"),
+          album + "/.", album + "/..", album + "/../", "a" + std::string(1, '\0')})
+        EXPECT_EQ(trash(path).failure().reason, Reason::refused) << path;
+    EXPECT_EQ(readFile(album + "/a.jpg"), "content");
+    EXPECT_FALSE(isTaken(home_ + "/.local")) << "not even a trash is made";
+}
+
+TEST_F(Trash, theHomeFolderAndWhatHoldsItAreRefused) {
+    const std::string users = makeFolderOpenToAll("users");
+    const std::string me = makeFolderOpenToAll("users/me");
+    const Environment elsewhere{{"HOME", me}, {"XDG_DATA_HOME", folder_ / "data"}};
+    for (const std::string& path : {me, me + "/", users})
+        EXPECT_EQ(moveToTrash(path, elsewhere).failure().reason, Reason::refused) << path;
+}
+
+TEST_F(Trash, theCurrentFolderAndWhatHoldsItAreRefused) {
+    folder_.write("work/album/day/a.jpg", "content");
+    runIsolated([&] {
+        ASSERT_EQ(::chdir((work_ + "/album/day").c_str()), 0);
+        for (const std::string& path : {work_ + "/album/day", work_ + "/album", std::string("../day")})
+            EXPECT_EQ(trash(path).failure().reason, Reason::refused) << path;
+    });
+    EXPECT_TRUE(trash(work_ + "/album"));
+}
+
+TEST_F(Trash, theTrashAndWhatIsInItAndWhatHoldsItAreRefused) {
+    Result<TrashedItem> item = trash(folder_.write("work/a.jpg", "content"));
+    ASSERT_TRUE(item);
+    for (const std::string& path :
+         {item->path, item->infoPath, trash_, trash_ + "/files", home_ + "/.local/share", home_ + "/.local"})
+        EXPECT_EQ(trash(path).failure().reason, Reason::refused) << path;
+    EXPECT_EQ(readFile(item->path), "content");
+}
+
+TEST_F(Trash, whatWouldHoldTheTrashIsRefusedBeforeThereIsOne) {
+    ASSERT_TRUE(makeFolder(home_ + "/.local"));
+    EXPECT_EQ(trash(home_ + "/.local").failure().reason, Reason::refused);
+    EXPECT_THAT(namesInFolder(home_ + "/.local"), ::testing::IsEmpty());
+}
+
+TEST_F(Trash, aLinkedTrashIsKnownByItsRealPlace) {
+    const std::string real = makeFolderOpenToAll("real");
+    ASSERT_TRUE(makePrivateFolders(home_ + "/.local/share"));
+    std::filesystem::create_directory_symlink(real, trash_);
+    Result<TrashedItem> item = trash(folder_.write("work/a.jpg", "content"));
+    ASSERT_TRUE(item);
+    EXPECT_EQ(trash(real + "/files/a.jpg").failure().reason, Reason::refused);
+    EXPECT_EQ(trash(real).failure().reason, Reason::refused);
+}
+
+TEST_F(Trash, mountPointsAreRefused) {
+    for (const char* path : {"/proc", "/proc/"})
+        EXPECT_EQ(trash(path).failure().reason, Reason::refused) << path;
+    runWithOwnMounts([&] {
+        testing::mountFileSystem(work_ + "/disk", 64);
+        EXPECT_EQ(trash(work_ + "/disk").failure().reason, Reason::refused);
+        EXPECT_EQ(trash(work_).failure().reason, Reason::refused) << "a disk is mounted in it";
+        EXPECT_TRUE(isTaken(work_ + "/disk"));
+    });
+}
+
+TEST_F(Trash, whatIsNotThereIsNotFound) {
+    EXPECT_EQ(trash(work_ + "/none").failure().reason, Reason::notFound);
+    EXPECT_EQ(trash(work_ + "/none/a").failure().reason, Reason::notFound);
+    EXPECT_EQ(trash(work_ + "/" + std::string(300, 'n')).failure().reason, Reason::tooLarge);
+}
+
+TEST_F(Trash, withoutRightsInTheFolderTheFileStays) {
+    const std::string file = folder_.write("work/locked/a.jpg", "content");
+    ::chmod((work_ + "/locked").c_str(), 0555);
+    runAsOrdinaryUser([&] { EXPECT_EQ(trash(file).failure().reason, Reason::notPermitted); });
+    ::chmod((work_ + "/locked").c_str(), 0700);
+    EXPECT_EQ(readFile(file), "content");
+    EXPECT_TRUE(isEmptyTrash(trash_));
+}
+
+TEST_F(Trash, othersFilesInASharedFolderStay) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can prepare files of another user";
+    const std::string file = folder_.write("work/a.jpg", "content");
+    ::chmod(work_.c_str(), 01777);
+    runAsOrdinaryUser([&] { EXPECT_EQ(trash(file).failure().reason, Reason::notPermitted); });
+    EXPECT_EQ(readFile(file), "content");
+    EXPECT_TRUE(isEmptyTrash(trash_));
+}
+
+TEST_F(Trash, aFileThatNobodyMayWriteGoesAllTheSame) {
+    const std::string file = folder_.write("work/a.jpg", "content");
+    ::chmod(file.c_str(), 0444);
+    runAsOrdinaryUser([&] { EXPECT_TRUE(trash(file)); });
+    EXPECT_EQ(readFile(trash_ + "/files/a.jpg"), "content");
+    EXPECT_EQ(rightsOf(trash_ + "/files/a.jpg"), 0444u);
+}
+
+TEST_F(Trash, whereNoTrashCanBeMadeTheFileStays) {
+    const std::string file = folder_.write("work/a.jpg", "content");
+    folder_.write("home/.local", "a file in the way");
+    if (::access("/", W_OK) == 0)
+        runAsOrdinaryUser([&] { EXPECT_FALSE(trash(file)); });
+    else
+        EXPECT_FALSE(trash(file));
+    EXPECT_EQ(readFile(file), "content");
+}
+
+TEST_F(Trash, aTrashWithoutRoomForTheRecordLeavesTheFileAndNoTrace) {
+    runWithOwnMounts([&] {
+        testing::mountFileSystem(home_ + "/disk", 64);
+        const std::string trash = home_ + "/disk/Trash";
+        const Environment environment{{"HOME", home_}, {"XDG_DATA_HOME", home_ + "/disk"}};
+        ASSERT_TRUE(makePrivateFolders(trash + "/files") && makePrivateFolders(trash + "/info"));
+        const std::string file = folder_.write("home/disk/a.jpg", std::string(65'536, 'x'));
+        EXPECT_EQ(moveToTrash(file, environment).failure().reason, Reason::noSpace);
+        EXPECT_TRUE(isTaken(file));
+        EXPECT_TRUE(isEmptyTrash(trash));
+    });
+}
+
+TEST_F(Trash, itemsThrownAwayAtTheSameTimeAllArrive) {
+    constexpr unsigned threads = 6, itemsEach = 15;
+    const auto throwAway = [&](unsigned thread) {
+        for (unsigned i = 0; i < itemsEach; ++i) {
+            const std::string content = std::to_string(thread) + "/" + std::to_string(i);
+            Result<TrashedItem> item =
+                trash(folder_.write("work/" + std::to_string(thread) + "/a.jpg", content));
+            ASSERT_TRUE(item);
+            EXPECT_EQ(readFile(item->path), content);
+            EXPECT_EQ(recordedPath(*item), work_ + "/" + std::to_string(thread) + "/a.jpg");
+        }
+    };
+    std::vector<std::thread> running;
+    for (unsigned thread = 0; thread < threads; ++thread)
+        running.emplace_back(throwAway, thread);
+    for (std::thread& thread : running)
+        thread.join();
+    EXPECT_EQ(namesInFolder(trash_ + "/files").size(), threads * itemsEach);
+    EXPECT_EQ(namesInFolder(trash_ + "/info").size(), threads * itemsEach);
+}
+
+} // namespace
+} // namespace kestrine

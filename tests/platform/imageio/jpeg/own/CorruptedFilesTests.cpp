@@ -1,0 +1,99 @@
+// Corrupted files by the thousand: through the codec they give what the general library alone gives.
+// More of them, always others: --gtest_repeat=100 --gtest_shuffle.
+
+#include "tests/platform/imageio/jpeg/own/BothDecoders.h"
+#include "tests/platform/imageio/jpeg/JPEGRecipe.h"
+#include "tests/platform/imageio/jpeg/JPEGSurgery.h"
+
+#include <array>
+#include <map>
+#include <random>
+
+namespace kestrine::jpeg {
+
+using testing::Codes;
+using testing::Content;
+using testing::Outcome;
+
+namespace {
+
+constexpr int corruptions = 4000;
+
+std::vector<Bytes> soundFiles() {
+    std::vector<Bytes> files;
+    for (const auto& sampling : {testing::sampling444, testing::sampling422, testing::sampling420,
+                                 testing::sampling440, testing::sampling411, testing::sampling410})
+        for (const unsigned interval : {0, 3})
+            files.push_back(testing::makeJPEG(
+                {.width = 75, .height = 61, .sampling = sampling, .restartInterval = interval}));
+    for (const Codes codes : {Codes::optimised, Codes::longest})
+        files.push_back(testing::makeJPEG(
+            {.width = 60, .height = 60, .quality = 40, .content = Content::noise, .codes = codes}));
+    files.push_back(testing::makeJPEG({.width = 90, .height = 40, .isGrey = true, .restartInterval = 5}));
+    files.push_back(testing::makeJPEG({.quality = 5, .hasWideQuantisers = true}));
+    return files;
+}
+
+/// Bytes as damaged files have them: any, or those that mean something to a decoder.
+std::uint8_t damagedByte(std::mt19937& random) {
+    constexpr std::array<std::uint8_t, 8> special = {0xFF, 0x00, 0xD0, 0xD3, 0xD9, 0xDA, 0x7F, 0xFE};
+    return random() % 2 == 0 ? special[random() % special.size()] : static_cast<std::uint8_t>(random());
+}
+
+/// `scan` is where the scan begins. A third of the damage hits the headers before it, where it is soon
+/// refused.
+Bytes damage(Bytes file, std::size_t scan, std::mt19937& random) {
+    const bool isInHeader = random() % 3 == 0 || scan >= file.size();
+    const std::size_t at =
+        isInHeader ? random() % std::min(scan, file.size()) : scan + random() % (file.size() - scan);
+    const auto place = file.begin() + static_cast<std::ptrdiff_t>(at);
+    const auto run = static_cast<std::ptrdiff_t>(std::min<std::size_t>(1 + random() % 40, file.size() - at));
+    switch (random() % 7) {
+    case 0:
+        *place = static_cast<std::uint8_t>(*place ^ 1U << random() % 8);
+        break;
+    case 1:
+        *place = damagedByte(random);
+        break;
+    case 2:
+        file.resize(at);
+        break;
+    case 3:
+        file.insert(place, damagedByte(random));
+        break;
+    case 4:
+        file.erase(place, place + run);
+        break;
+    case 5:
+        std::generate_n(place, run, [&random] { return damagedByte(random); });
+        break;
+    default:
+        file = testing::withInserted(file, at, {0xFF, damagedByte(random)});
+    }
+    return file;
+}
+
+} // namespace
+
+TEST(CorruptedJPEG, givesTheLibrarysRowsWhateverTheDamage) {
+    const std::vector<Bytes> files = soundFiles();
+    std::mt19937 random(20 + static_cast<unsigned>(::testing::UnitTest::GetInstance()->random_seed()));
+    std::map<Outcome, int> outcomes;
+    for (int i = 0; i < corruptions; ++i) {
+        const Bytes& sound = files[random() % files.size()];
+        const std::size_t scan = testing::scanPosition(sound);
+        Bytes file = damage(sound, scan, random);
+        if (random() % 4 == 0 && !file.empty())
+            file = damage(std::move(file), scan, random);
+        const int eighths = 1 << random() % 4;
+        ASSERT_TRUE(testing::sameThroughBoth(file, eighths)) << "corruption " << i << ", " << eighths << "/8";
+        ++outcomes[testing::outcomeOf(file)];
+    }
+    // Had ours refused all of them, nothing would have been shown.
+    EXPECT_GT(outcomes[Outcome::taken], corruptions / 10);
+    EXPECT_GT(outcomes[Outcome::givenUp], corruptions / 10);
+    RecordProperty("taken", outcomes[Outcome::taken]);
+    RecordProperty("givenUp", outcomes[Outcome::givenUp]);
+}
+
+} // namespace kestrine::jpeg

@@ -1,0 +1,62 @@
+#include "platform/imageio/jpeg/own/PlaneDecoder.h"
+
+#include "tests/platform/imageio/jpeg/JPEGRecipe.h"
+#include "tests/platform/imageio/jpeg/own/LibraryPlanes.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace kestrine::jpeg {
+
+using jpeg::PlaneDecoder;
+using testing::JPEGRecipe;
+
+namespace {
+
+using testing::LibraryPlane;
+
+constexpr int scales[] = {8, 4, 2, 1};
+
+/// Whether the decoder gives these planes, band after band.
+::testing::AssertionResult givesPlanes(PlaneDecoder& decoder, const std::vector<LibraryPlane>& expected) {
+    if (decoder.planes().size() != expected.size())
+        return ::testing::AssertionFailure() << decoder.planes().size() << " planes";
+    for (std::uint32_t band = 0; band < decoder.bands(); ++band) {
+        if (const Result<void> decoded = decoder.decodeBand(); !decoded)
+            return ::testing::AssertionFailure() << "band " << band << ": " << decoded.failure().text;
+        for (std::size_t c = 0; c < expected.size(); ++c) {
+            const jpeg::Plane& plane = decoder.planes()[c];
+            if (plane.geometry().width != expected[c].width || plane.geometry().height != expected[c].height)
+                return ::testing::AssertionFailure() << "plane " << c << " has another size";
+            for (std::uint32_t i = 0; i < plane.rowsOfBand(); ++i) {
+                const std::uint32_t y = band * plane.rowsOfBand() + i;
+                if (y < expected[c].height
+                    && std::memcmp(plane.row(i), expected[c].rows[y].data(), expected[c].width) != 0)
+                    return ::testing::AssertionFailure() << "plane " << c << " differs in row " << y;
+            }
+        }
+    }
+    return ::testing::AssertionSuccess();
+}
+
+/// Whether our planes are the library's at every scale, from the same decoder started again and again.
+::testing::AssertionResult equalsLibrary(const JPEGRecipe& recipe) {
+    const Bytes file = makeJPEG(recipe);
+    PlaneDecoder decoder;
+    for (const int eighths : scales) {
+        if (const Result<void> started = decoder.start(readerOfBytes(file), eighths); !started)
+            return ::testing::AssertionFailure() << recipe.description() << ": " << started.failure().text;
+        if (auto result = givesPlanes(decoder, testing::libraryPlanes(file, eighths)); !result)
+            return result << " at " << eighths << "/8: " << recipe.description();
+    }
+    return ::testing::AssertionSuccess();
+}
+
+} // namespace
+
+TEST(JPEGPlanes, areTheLibrarysSamplesForEveryKindOfFileThatIsTaken) {
+    for (const JPEGRecipe& recipe : testing::recipesForOurDecoder())
+        EXPECT_TRUE(equalsLibrary(recipe));
+}
+
+} // namespace kestrine::jpeg
