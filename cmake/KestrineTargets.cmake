@@ -24,7 +24,8 @@ add_library(kestrine_settings INTERFACE)
 target_include_directories(kestrine_settings INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(kestrine_settings INTERFACE -ffp-contract=off -Wall -Wextra -Wshadow=local -Wconversion
                        -Wno-sign-conversion -Wno-missing-field-initializers -fno-math-errno
-                       $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>) # GCC 12 warns of std::string's own copies
+                       $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>  # GCC 12 warns of std::string's own copies
+                       $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>) # lets ccache keep what uses precompiled headers
 target_compile_definitions(kestrine_settings INTERFACE _FILE_OFFSET_BITS=64)
 if(KESTRINE_DEVELOPER)
   target_compile_options(kestrine_settings INTERFACE -Werror)
