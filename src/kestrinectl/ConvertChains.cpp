@@ -15,13 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The same text for the same place, whatever links lead there.
-fs::path canonicalFolder(const fs::path& folder) {
-    std::error_code error;
-    const fs::path canonical = fs::weakly_canonical(folder, error);
-    return error ? folder : canonical;
-}
-
 /// The name that an output takes when it is free; "" when there will be no output.
 fs::path firstChoice(const ConvertInput& input, const ResizeSet& set, bool replaces) {
     const NSString path = NSString::fromUTF8(input.path);
@@ -31,7 +24,7 @@ fs::path firstChoice(const ConvertInput& input, const ResizeSet& set, bool repla
     const OptionalString folder = replaces ? own : set.resizeFolderForPath(own, root);
     if (!folder)
         return {};
-    return canonicalFolder(folder->utf8()) / set.fileNameForPath(path).utf8();
+    return canonicalPath(folder->utf8()) / set.fileNameForPath(path).utf8();
 }
 
 /// "a_1.jpg" is a later choice of who wanted "a.jpg". Nothing for a name that is nobody's later choice.
@@ -85,7 +78,7 @@ Names firstChoices(const std::vector<ConvertInput>& inputs, const ResizeSets& se
     Names names;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         const fs::path own =
-            canonicalFolder(fs::path(inputs[i].path).parent_path()) / fs::path(inputs[i].path).filename();
+            canonicalPath(fs::path(inputs[i].path).parent_path()) / fs::path(inputs[i].path).filename();
         for (const auto& set : sets) {
             const fs::path choice = firstChoice(inputs[i], *set, replaces);
             if (choice.empty())

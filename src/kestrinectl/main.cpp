@@ -1,9 +1,10 @@
 // kestrinectl: what people and scripts want beyond the quiet tool.
-// Exit status: 0 all well, 1 something failed, 2 the arguments are wrong.
+// Exit status: 0 success, 1 something failed, 2 wrong arguments, 128 + N stopped by signal N.
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ConvertCommand.h"
 #include "kestrinectl/ExifCommand.h"
+#include "kestrinectl/Lines.h"
 #include "kestrinectl/SetsCommand.h"
 #include "kestrinectl/Words.h"
 #include "platform/host/process/StandardStreams.h"
@@ -27,7 +28,7 @@ int run(int count, char** values) {
     } catch (const CLI::Success& help) {
         return program.exit(help);
     } catch (const CLI::ParseError& error) {
-        std::cerr << "kestrinectl: " << error.what() << "; --help tells what there is\n";
+        kestrine::printMessage(std::string(error.what()) + "; --help lists the commands and options");
         return wrongArguments;
     }
     if (!std::cout.flush())
@@ -41,8 +42,11 @@ int main(int count, char** values) {
     kestrine::prepareStandardStreams();
     try {
         return run(count, values);
+    } catch (const kestrine::CommandError& error) {
+        kestrine::printMessage(error.what());
+        return error.status();
     } catch (const std::exception& error) {
-        std::cerr << "kestrinectl: " << error.what() << "\n";
+        kestrine::printMessage(error.what());
         return failed;
     }
 }

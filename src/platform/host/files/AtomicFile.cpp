@@ -2,7 +2,6 @@
 
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
-#include "platform/host/files/TemporaryFile.h"
 
 #include <algorithm>
 #include <array>
@@ -78,19 +77,31 @@ std::optional<Result<std::string>> publishNameless(int folder, const CandidatePa
     return pathOf(naming);
 }
 
-Result<std::string> publishNamed(int folder, const CandidatePaths& candidates, ByteView content,
-                                 Durability durability, RenameMechanisms mechanisms) {
+Result<TemporaryFile> writeNamed(int folder, ByteView content, Durability durability) {
     Result<TemporaryFile> file = TemporaryFile::create(folder, 0666);
     if (!file)
-        return file.failure();
+        return file;
     if (Result<void> written = writeContent(file->descriptor(), content, durability); !written)
         return written.failure();
+    return file;
+}
+
+Result<std::string> giveFinalName(TemporaryFile& file, const CandidatePaths& candidates,
+                                  RenameMechanisms mechanisms) {
     const Naming naming = takeFirstFree(candidates, [&](const std::string& name) {
-        return renameWithoutReplacing(file->entry(), {folder, name}, mechanisms);
+        return renameWithoutReplacing(file.entry(), {file.entry().folder, name}, mechanisms);
     });
     if (naming.error == 0)
-        file->wasRenamed();
+        file.wasRenamed();
     return pathOf(naming);
+}
+
+Result<std::string> publishNamed(int folder, const CandidatePaths& candidates, ByteView content,
+                                 Durability durability, RenameMechanisms mechanisms) {
+    Result<TemporaryFile> file = writeNamed(folder, content, durability);
+    if (!file)
+        return file.failure();
+    return giveFinalName(*file, candidates, mechanisms);
 }
 
 /// The path behind a chain of symbolic links; its last name may be free.
@@ -169,6 +180,25 @@ Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView co
     if (Result<void> synced = syncFolder(folder->number()); !synced)
         return synced.failure();
     return *std::move(published);
+}
+
+Result<StagedFile> StagedFile::write(const std::string& folder, ByteView content) {
+    Result<FileDescriptor> opened = openFolder(folder);
+    if (!opened)
+        return opened.failure();
+    Result<TemporaryFile> file = writeNamed(opened->number(), content, Durability::synced);
+    if (!file)
+        return file.failure();
+    return StagedFile(*std::move(opened), *std::move(file));
+}
+
+Result<std::string> StagedFile::publish(const CandidatePaths& candidates) {
+    Result<std::string> published = giveFinalName(file_, candidates, {});
+    if (!published)
+        return published;
+    if (Result<void> synced = syncFolder(folder_.number()); !synced)
+        return synced.failure();
+    return published;
 }
 
 Result<void> replaceFile(const std::string& path, ByteView content) {

@@ -5,6 +5,8 @@
 #include "platform/host/Bytes.h"
 #include "platform/host/files/ExclusiveRename.h"
 #include "platform/host/files/FileContent.h"
+#include "platform/host/files/FileDescriptor.h"
+#include "platform/host/files/TemporaryFile.h"
 #include "platform/host/Result.h"
 
 #include <functional>
@@ -29,6 +31,25 @@ struct PublishMechanisms {
 /// stay in spite of the failure.
 Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
                                    PublishMechanisms mechanisms = {});
+
+/// A new file that is complete and on the disk under a hidden name until it is published; without that it goes
+/// away again. For what may begin only when nothing but a name is missing. Move-only.
+class StagedFile {
+public:
+    /// In `folder`, with the rights 0666 less the umask. Fails as publishNewFile does.
+    static Result<StagedFile> write(const std::string& folder, ByteView content);
+
+    /// Once: gives it the first candidate whose name is free, and syncs the folder. The candidates lie in the
+    /// folder it was written to. Answers the path it got, and fails as publishNewFile does.
+    Result<std::string> publish(const CandidatePaths& candidates);
+
+private:
+    StagedFile(FileDescriptor folder, TemporaryFile file)
+        : folder_(std::move(folder)), file_(std::move(file)) {}
+
+    FileDescriptor folder_;
+    TemporaryFile file_;
+};
 
 /// Replaces the content of `path` in one step, synced. An existing file keeps its rights, and its owner
 /// where that is possible; a symbolic link stays and its target is replaced; a new file is for the user

@@ -28,4 +28,6 @@ void prepareStandardStreams() {
     (void)std::signal(SIGXFSZ, SIG_IGN);
 }
 
+bool isTerminal(int descriptor) { return ::isatty(descriptor) == 1; }
+
 } // namespace kestrine

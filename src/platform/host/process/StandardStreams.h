@@ -8,4 +8,11 @@ namespace kestrine {
 /// pipe or beyond a size limit becomes an error of that write instead of the end of the process.
 void prepareStandardStreams();
 
+/// The descriptors of the streams that people read.
+inline constexpr int standardOutput = 1;
+inline constexpr int standardError = 2;
+
+/// Whether what is written to the descriptor appears on a terminal.
+bool isTerminal(int descriptor);
+
 } // namespace kestrine
