@@ -6,16 +6,11 @@
 
 namespace kestrine {
 
-/// Prints one line on standard output. On a terminal, control characters in it are escaped; elsewhere the
-/// bytes are printed as they are.
+/// Prints one line on standard output, as shownText() has it.
 void printLine(std::string_view line);
 
 /// The same on standard error, after "kestrinectl: ".
 void printMessage(std::string_view line);
-
-/// The text with "\n", "\t", "\x1b" and the like in place of control characters and of bytes that are not
-/// UTF-8. Pure.
-std::string escapedText(std::string_view text);
 
 /// The path in its shortest form that surely means the same: without "." and repeated or final slashes, as in
 /// "a/b" for "./a//b/". ".." stays, since it need not lead back where a link was followed, and so does "./"

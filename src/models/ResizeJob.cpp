@@ -40,14 +40,6 @@ Result<std::string> publish(const NSData& data, StagedFile* staged, const Candid
                              : publishNewFile(candidates, data.bytes(), durability);
 }
 
-template <class Image>
-std::optional<Failure> damageOf(const Image& image) {
-    if constexpr (requires { image.damage(); })
-        return image.damage();
-    else
-        return std::nullopt;
-}
-
 /// One run of a job.
 class JobRun {
 public:
@@ -77,7 +69,7 @@ private:
         const std::shared_ptr<NSImage> image = imageFor(set);
         auto data = set.resizedImageDataWithFile(job_.path, image);
         if (image != nullptr)
-            outcome.damage = damageOf(*image);
+            outcome.damage = image->damage();
         if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
             outcome.failure = outcome.damage;
             outcome.isRefused = true;
