@@ -1,8 +1,8 @@
 #include "platform/imageio/jpeg/LibraryOnlyScope.h"
 
 #include "platform/imageio/Codecs.h"
-#include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/FallbackRows.h"
+#include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/jpeg/LibraryReader.h"
 #include "platform/imageio/jpeg/LibraryRows.h"
 #ifdef KESTRINE_OWN_JPEG_DECODER
@@ -48,9 +48,9 @@ public:
     Result<RowSourcePointer> rows(std::size_t frame, int eighths) const override {
         const RowFormat format = frames_[frame].format;
         if (isCMYK_)
-            return openLibraryRows(reader_, format, eighths, inkConverter());
-        const auto openLibrary = [reader = reader_, format, eighths] {
-            return openLibraryRows(reader, format, eighths);
+            return openLibraryRows(reader_, format, eighths, damage_, inkConverter());
+        const auto openLibrary = [reader = reader_, format, eighths, damage = damage_] {
+            return openLibraryRows(reader, format, eighths, damage);
         };
 #ifdef KESTRINE_OWN_JPEG_DECODER
         if (triesOwnDecoder_)
@@ -118,8 +118,7 @@ private:
         return facts.resolution.value_or(Resolution{});
     }
 
-    std::optional<ColorProfile> profileOf(LibraryReader& header, ColorModel model,
-                                          const ExifFacts& facts) {
+    std::optional<ColorProfile> profileOf(LibraryReader& header, ColorModel model, const ExifFacts& facts) {
         JOCTET* data = nullptr;
         unsigned length = 0;
         const bool found =
