@@ -8,7 +8,9 @@
 
 namespace kestrine {
 
-void printLine(std::string_view line) { std::cout << shownText(line, isTerminal(standardOutput)) << "\n" << std::flush; }
+void printLine(std::string_view line) {
+    std::cout << shownText(line, isTerminal(standardOutput)) << "\n" << std::flush;
+}
 
 void printMessage(std::string_view line) {
     std::cerr << "kestrinectl: " << shownText(line, isTerminal(standardError)) << "\n";

@@ -24,7 +24,7 @@ Bytes smallPicture(Result<Bytes> (*encode)(RowSource&, const EncodingOptions&)) 
 }
 
 /// A folder with pictures and a home with a trash of its own; a job runs in it.
-class ResizeJob : public ::testing::Test {
+class JobOnOneFile : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_EQ(setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1), 0);
@@ -71,7 +71,7 @@ protected:
 
 } // namespace
 
-TEST_F(ResizeJob, replacingAJPEGByAJPEGTrashesItAndTakesItsPlaceWithoutASuffix) {
+TEST_F(JobOnOneFile, replacingAJPEGByAJPEGTrashesItAndTakesItsPlaceWithoutASuffix) {
     const std::string original = testing::readFile(folder / "p/a.jpg");
     run(jpeg.object(),
         {makeSet(u"Web",
@@ -82,13 +82,13 @@ TEST_F(ResizeJob, replacingAJPEGByAJPEGTrashesItAndTakesItsPlaceWithoutASuffix) 
     EXPECT_FALSE(exists("p/a_1.jpg"));
 }
 
-TEST_F(ResizeJob, replacingByAPNGTrashesTheJPEGAndWritesThePNGBesideWhereItWas) {
+TEST_F(JobOnOneFile, replacingByAPNGTrashesTheJPEGAndWritesThePNGBesideWhereItWas) {
     run(jpeg.object(), {makeSet(u"Web", {{u"replaceFile", true}})});
     EXPECT_FALSE(exists("p/a.jpg"));
     EXPECT_TRUE(exists("p/a.png"));
 }
 
-TEST_F(ResizeJob, replacingByAPNGThatExistsAlreadyGivesTheNextName) {
+TEST_F(JobOnOneFile, replacingByAPNGThatExistsAlreadyGivesTheNextName) {
     folder.write("p/a.png", "mine");
     run(jpeg.object(), {makeSet(u"Web", {{u"replaceFile", true}})});
     EXPECT_EQ(testing::readFile(folder / "p/a.png"), "mine");
@@ -96,7 +96,7 @@ TEST_F(ResizeJob, replacingByAPNGThatExistsAlreadyGivesTheNextName) {
     EXPECT_FALSE(exists("p/a.jpg"));
 }
 
-TEST_F(ResizeJob, twoReplacingSetsReplaceNothingAndUseTheirFolders) {
+TEST_F(JobOnOneFile, twoReplacingSetsReplaceNothingAndUseTheirFolders) {
     run(jpeg.object(),
         {makeSet(u"One", {{u"replaceFile", true}}), makeSet(u"Two", {{u"replaceFile", true}})});
     EXPECT_TRUE(exists("p/a.jpg"));
@@ -104,13 +104,13 @@ TEST_F(ResizeJob, twoReplacingSetsReplaceNothingAndUseTheirFolders) {
     EXPECT_TRUE(exists("p/One/a.png") && exists("p/Two/a.png"));
 }
 
-TEST_F(ResizeJob, twoSetsWithTheSameNameAndFormatShareAFolder) {
+TEST_F(JobOnOneFile, twoSetsWithTheSameNameAndFormatShareAFolder) {
     run(jpeg.object(), {makeSet(u"Web"), makeSet(u"Web")});
     EXPECT_EQ(resultPaths, (std::vector<std::string>{"p/Web/a.png", "p/Web/a_1.png"}));
     EXPECT_TRUE(exists("p/Web/a.png") && exists("p/Web/a_1.png"));
 }
 
-TEST_F(ResizeJob, setsThatAllConvertResolutionDecodeTheFileOnceAndAMixTwice) {
+TEST_F(JobOnOneFile, setsThatAllConvertResolutionDecodeTheFileOnceAndAMixTwice) {
     const auto decodes = [this](const std::vector<Object>& sets) {
         const std::uint64_t before = Source::decodesStarted();
         run(jpeg.object(), sets);
@@ -123,14 +123,14 @@ TEST_F(ResizeJob, setsThatAllConvertResolutionDecodeTheFileOnceAndAMixTwice) {
     EXPECT_EQ(decodes({makeSet(u"One")}), 1U);
 }
 
-TEST_F(ResizeJob, theNotificationListsOnePathASetEvenWhereNothingCouldBeMade) {
+TEST_F(JobOnOneFile, theNotificationListsOnePathASetEvenWhereNothingCouldBeMade) {
     run(jpeg.object(), {makeSet(u"One", {{u"formatType", 77}}), makeSet(u"Two")});
     EXPECT_EQ(notifications, 1);
     EXPECT_EQ(resultPaths, (std::vector<std::string>{"p/One/a.jpg", "p/Two/a.png"}));
     EXPECT_TRUE(exists("p/One") && !exists("p/One/a.jpg"));
 }
 
-TEST_F(ResizeJob, aFileThatIsNoPictureIsTrashedAllTheSameWhenItIsToBeReplaced) {
+TEST_F(JobOnOneFile, aFileThatIsNoPictureIsTrashedAllTheSameWhenItIsToBeReplaced) {
     const NSString text = NSString::fromUTF8(folder.write("p/b.jpg", "no picture"));
     run(text.object(), {makeSet(u"Web", {{u"replaceFile", true}})});
     EXPECT_EQ(trashed("b.jpg"), "no picture");
@@ -138,7 +138,7 @@ TEST_F(ResizeJob, aFileThatIsNoPictureIsTrashedAllTheSameWhenItIsToBeReplaced) {
     EXPECT_EQ(resultPaths, std::vector<std::string>{"p/b.png"});
 }
 
-TEST_F(ResizeJob, whenTheTrashRefusesTheOriginalStaysAndTheResultGetsTheNextName) {
+TEST_F(JobOnOneFile, whenTheTrashRefusesTheOriginalStaysAndTheResultGetsTheNextName) {
     // What lies in the trash already is not trashed again.
     const NSString old = NSString::fromUTF8(folder.write("data/Trash/files/b.jpg", smallPicture(jpeg::encode)));
     const std::string original = trashed("b.jpg");
@@ -147,7 +147,7 @@ TEST_F(ResizeJob, whenTheTrashRefusesTheOriginalStaysAndTheResultGetsTheNextName
     EXPECT_EQ(resultPaths, std::vector<std::string>{"data/Trash/files/b_1.jpg"});
 }
 
-TEST_F(ResizeJob, aDictionaryGivesThePathAndTheRootBelowWhichItsPlaceIsKept) {
+TEST_F(JobOnOneFile, aDictionaryGivesThePathAndTheRootBelowWhichItsPlaceIsKept) {
     const NSString path = NSString::fromUTF8(folder.write("p/day/one/c.jpg", smallPicture(jpeg::encode)));
     const auto job = std::make_shared<ResizeUnit>();
     job->setValueForKey(
@@ -160,14 +160,14 @@ TEST_F(ResizeJob, aDictionaryGivesThePathAndTheRootBelowWhichItsPlaceIsKept) {
     EXPECT_TRUE(exists("p/Web/day/one/c.png"));
 }
 
-TEST_F(ResizeJob, anythingElseAsFilepathIsAnEmptyPathAndTouchesNoFile) {
+TEST_F(JobOnOneFile, anythingElseAsFilepathIsAnEmptyPathAndTouchesNoFile) {
     run(std::make_shared<NSNumber>(3), {makeSet(u"Web", {{u"replaceFile", true}})});
     run(nullptr, {makeSet(u"Web")});
     EXPECT_EQ(notifications, 2);
     EXPECT_TRUE(exists("p/a.jpg"));
 }
 
-TEST_F(ResizeJob, aSecondRunStartsAgainWithEmptySlots) {
+TEST_F(JobOnOneFile, aSecondRunStartsAgainWithEmptySlots) {
     const auto job = std::make_shared<ResizeUnit>();
     job->setValueForKey(jpeg.object(), u"filepath");
     job->setValueForKey(NSString::fromUTF8(folder / "p").object(), u"saveFolderPath");
@@ -177,7 +177,7 @@ TEST_F(ResizeJob, aSecondRunStartsAgainWithEmptySlots) {
     EXPECT_EQ(resultPaths, std::vector<std::string>{"p/Web/a_1.png"});
 }
 
-TEST_F(ResizeJob, keyValueCodingRefusesOtherKeysAndOtherThings) {
+TEST_F(JobOnOneFile, keyValueCodingRefusesOtherKeysAndOtherThings) {
     ResizeUnit job;
     EXPECT_THROW(job.setValueForKey(nullptr, u"sets"), NSException);
     EXPECT_THROW(job.setValueForKey(nullptr, u"resizeSets"), NSException);
@@ -186,7 +186,7 @@ TEST_F(ResizeJob, keyValueCodingRefusesOtherKeysAndOtherThings) {
         NSException);
 }
 
-TEST_F(ResizeJob, namesCountUpUntilOneIsFree) {
+TEST_F(JobOnOneFile, namesCountUpUntilOneIsFree) {
     const NSString path = NSString::fromUTF8(folder / "p/x.png");
     EXPECT_EQ(ResizeUnit::uniqueFileName(path), path);
     folder.write("p/x.png", "");
@@ -197,7 +197,7 @@ TEST_F(ResizeJob, namesCountUpUntilOneIsFree) {
               NSString::fromUTF8(folder / "p/bare_1."));
 }
 
-TEST_F(ResizeJob, aDanglingLinkTakesItsName) {
+TEST_F(JobOnOneFile, aDanglingLinkTakesItsName) {
     std::filesystem::create_symlink("nowhere", folder.path() / "p/link.png");
     EXPECT_EQ(ResizeUnit::uniqueFileName(NSString::fromUTF8(folder / "p/link.png")),
               NSString::fromUTF8(folder / "p/link_1.png"));

@@ -70,6 +70,13 @@ void NSImage::keepPixels() const {
         rep->picture().source->keepPixels();
 }
 
+std::optional<Failure> NSImage::damage() const {
+    for (const auto& rep : representations_)
+        if (std::optional<Failure> damage = rep->picture().source->damage())
+            return damage;
+    return std::nullopt;
+}
+
 std::shared_ptr<NSImage> drawnImage(NSSize canvas, const NSImage& image, const Drawing& drawing) {
     auto result = std::make_shared<NSImage>(canvas);
     const std::uint32_t width = canvasPixels(canvas.width), height = canvasPixels(canvas.height);

@@ -38,6 +38,12 @@ public:
     /// `setCacheMode:` with "always": the source's pixels are decoded once and kept for every further use.
     void keepPixels() const;
 
+    /// Why pixels of the image had to be made up: its file is cut off (reason truncated) or damaged
+    /// (malformed), and what was missing became grey, black or clear. Only rows that were decoded already are
+    /// considered, for this image or for any other image of the same file. Nothing while all pixels came from
+    /// the file. Any thread.
+    std::optional<Failure> damage() const;
+
 private:
     NSSize size_;
     std::vector<std::shared_ptr<NSImageRep>> representations_;

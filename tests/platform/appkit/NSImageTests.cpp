@@ -63,6 +63,19 @@ Bytes tiffOfPages(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& si
     return file;
 }
 
+/// A photo as a JPEG file that lacks its last tenth.
+Bytes cutOffJPEG(std::uint32_t width, std::uint32_t height) {
+    const PixelBuffer photo = makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
+    Bytes file = *jpeg::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(photo)), {.quality = 0.9});
+    file.resize(file.size() * 9 / 10);
+    return file;
+}
+
+std::shared_ptr<NSImage> imageOfFile(const Bytes& file) {
+    const testing::TemporaryFolder folder;
+    return NSImage::initWithContentsOfFile(NSString::fromUTF8(folder.write("picture", file)));
+}
+
 PixelBuffer pixelsOf(const NSImage& image) { return *readPixels(image.representations().front()->picture()); }
 
 } // namespace
@@ -203,6 +216,40 @@ TEST(Drawing, onWhiteThereIsNoAlphaLeft) {
     EXPECT_NEAR(sampleAt(flat, 5, 5, 0), sampleAt(pixelsOf(image), 5, 5, 0) * 0.5 + 127.5, 1);
     const PixelBuffer atOnce = pixelsOf(*drawnImage({20, 10}, image, {.onWhite = true, .fraction = 0.5F}));
     EXPECT_TRUE(samePicture(atOnce, flat));
+}
+
+TEST(NSImageDamage, isKnownOnceTheDamagedRowsWereDecoded) {
+    const auto image = imageOfFile(cutOffJPEG(60, 80));
+    EXPECT_FALSE(image->damage());
+    pixelsOf(*image);
+    ASSERT_TRUE(image->damage());
+    EXPECT_EQ(image->damage()->reason, Reason::truncated);
+}
+
+TEST(NSImageDamage, isThatOfEveryImageMadeFromTheFile) {
+    const auto image = imageOfFile(cutOffJPEG(60, 80));
+    const auto small = drawnImage({6, 8}, *image, {.turn = QuarterTurn::clockwise});
+    pixelsOf(*small);
+    EXPECT_TRUE(small->damage());
+    EXPECT_TRUE(image->damage());
+}
+
+TEST(NSImageDamage, isSeenWhenAnotherThreadDecodesAndWhenPixelsAreKept) {
+    for (const bool keeps : {false, true}) {
+        const auto image = imageOfFile(cutOffJPEG(640, 400));
+        if (keeps)
+            image->keepPixels();
+        for (int result = 0; result < 2; ++result)
+            pixelsOf(*drawnImage({50, 40}, *image));
+        EXPECT_TRUE(image->damage()) << keeps;
+    }
+}
+
+TEST(NSImageDamage, aWholeFileAndAnEmptyImageHaveNone) {
+    const auto image = imageOfFile(tiffOfPages({{3, 3}}));
+    pixelsOf(*image);
+    EXPECT_FALSE(image->damage());
+    EXPECT_FALSE(NSImage({10, 10}).damage());
 }
 
 } // namespace kestrine
