@@ -1,15 +1,20 @@
 #include "models/ResizeUnit.h"
 
+#include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "platform/foundation/NSCollections.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/imageio/Codecs.h"
+#include "tests/support/ExifBuilder.h"
+#include "tests/support/InterposedCalls.h"
 #include "tests/support/Pictures.h"
 #include "tests/support/PresetBuilder.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace kestrine {
 
@@ -17,10 +22,25 @@ using testing::makeSet;
 
 namespace {
 
-Bytes smallPicture(Result<Bytes> (*encode)(RowSource&, const EncodingOptions&)) {
+Bytes smallPicture(Result<Bytes> (*encode)(RowSource&, const EncodingOptions&), ByteView exif = {}) {
     const auto pixels = testing::makePhoto({30, 20, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *encode(*rows, {.quality = 0.8});
+    return *encode(*rows, {.quality = 0.8, .exif = exif});
+}
+
+RowFormat formatOf(const std::string& path) {
+    return (*openImage(*readerOfPath(path)))->frames().front().format;
+}
+
+/// Whether a SIGTERM arrived, and what it found.
+volatile std::sig_atomic_t arrivals = 0;
+volatile std::sig_atomic_t resultWasThere = 0;
+std::string awaitedResult;
+
+void noteArrival(int) {
+    struct stat status;
+    arrivals = arrivals + 1;
+    resultWasThere = ::stat(awaitedResult.c_str(), &status) == 0;
 }
 
 /// A folder with pictures and a home with a trash of its own; a job runs in it.
@@ -32,6 +52,7 @@ protected:
         token = NSNotificationCenter::defaultCenter().addObserver(
             RUResizeHasDone, nullptr, [this](const NSNotification& n) {
                 ++notifications;
+                notifier = n.object;
                 resultPaths.clear();
                 const auto paths =
                     std::dynamic_pointer_cast<const NSArray>(n.userInfo->objectForKey(resultPathsKey));
@@ -66,6 +87,7 @@ protected:
     NSString jpeg;
     NSNotificationCenter::Token token{};
     int notifications = 0;
+    Object notifier; ///< of the last notification
     std::vector<std::string> resultPaths;
 };
 
@@ -138,9 +160,65 @@ TEST_F(JobOnOneFile, aFileThatIsNoPictureIsTrashedAllTheSameWhenItIsToBeReplaced
     EXPECT_EQ(resultPaths, std::vector<std::string>{"p/b.png"});
 }
 
+TEST_F(JobOnOneFile, withoutAResultThePathIsStillAFreeOne) {
+    const NSString text = NSString::fromUTF8(folder.write("p/b.jpg", "no picture"));
+    folder.write("p/Web/b.png", "mine");
+    run(text.object(), {makeSet(u"Web")});
+    EXPECT_EQ(resultPaths, std::vector<std::string>{"p/Web/b_1.png"});
+}
+
+TEST_F(JobOnOneFile, aReplacedPhotographKeepsItsExifAndIsTurnedByIt) {
+    const Bytes exif =
+        testing::exifBlock({.ifd0 = {testing::exifText(0x010f, "Maker"), testing::exifShorts(0x0112, {6})}});
+    folder.write("p/a.jpg", smallPicture(jpeg::encode, exif));
+    run(jpeg.object(), {makeSet(u"Web", {{u"replaceFile", true},
+                                         {u"formatType", 0},
+                                         {u"resizeType", 3},
+                                         {u"attachExifData", true},
+                                         {u"autoRotate", true}})});
+    EXPECT_EQ(formatOf(folder / "p/a.jpg").width, 20U) << "30 x 20 lies on its side";
+    const auto reader = ExifTagReader::initWithPath(jpeg);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_EQ(reader->imageDirectionNumber()->intValue(), 1);
+}
+
+TEST_F(JobOnOneFile, aReplacingResultIsOnTheDiskBeforeItAppearsAndOthersNeedNotBe) {
+    std::vector<std::uintmax_t> synced;
+    testing::InterposedCalls calls;
+    calls.onSync = [&](int file) {
+        struct stat status;
+        if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode) && !exists("p/a.jpg"))
+            synced.push_back(static_cast<std::uintmax_t>(status.st_size));
+        return 0;
+    };
+    run(jpeg.object(), {makeSet(u"Web", {{u"formatType", 0}})});
+    EXPECT_TRUE(synced.empty());
+    run(jpeg.object(), {makeSet(u"Web", {{u"replaceFile", true}, {u"formatType", 0}})});
+    EXPECT_EQ(synced, std::vector{std::filesystem::file_size(folder / "p/a.jpg")});
+}
+
+TEST_F(JobOnOneFile, aSignalThatComesWhileAnOriginalIsReplacedWaitsForTheResult) {
+    awaitedResult = folder / "p/a.jpg";
+    arrivals = 0;
+    const auto before = std::signal(SIGTERM, noteArrival);
+    testing::InterposedCalls calls;
+    calls.onSync = [&](int) {
+        if (!exists("p/a.jpg") && arrivals == 0)
+            std::raise(SIGTERM);
+        return 0;
+    };
+    run(jpeg.object(), {makeSet(u"Web", {{u"replaceFile", true}, {u"formatType", 0}})});
+    EXPECT_EQ(arrivals, 1);
+    EXPECT_TRUE(resultWasThere);
+    std::raise(SIGTERM);
+    EXPECT_EQ(arrivals, 2) << "afterwards signals arrive as before";
+    (void)std::signal(SIGTERM, before);
+}
+
 TEST_F(JobOnOneFile, whenTheTrashRefusesTheOriginalStaysAndTheResultGetsTheNextName) {
     // What lies in the trash already is not trashed again.
-    const NSString old = NSString::fromUTF8(folder.write("data/Trash/files/b.jpg", smallPicture(jpeg::encode)));
+    const NSString old =
+        NSString::fromUTF8(folder.write("data/Trash/files/b.jpg", smallPicture(jpeg::encode)));
     const std::string original = trashed("b.jpg");
     run(old.object(), {makeSet(u"Web", {{u"replaceFile", true}, {u"formatType", 0}})});
     EXPECT_TRUE(trashed("b.jpg") == original);
@@ -175,6 +253,26 @@ TEST_F(JobOnOneFile, aSecondRunStartsAgainWithEmptySlots) {
     job->resize();
     job->resize();
     EXPECT_EQ(resultPaths, std::vector<std::string>{"p/Web/a_1.png"});
+}
+
+TEST_F(JobOnOneFile, theNotificationComesFromTheJob) {
+    const auto job = std::make_shared<ResizeUnit>();
+    job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>{}), u"resizeSets");
+    job->resize();
+    EXPECT_EQ(notifier, job);
+}
+
+TEST_F(JobOnOneFile, aFolderThatIsNoTextIsRefusedAndTheOneBeforeStays) {
+    const auto job = std::make_shared<ResizeUnit>();
+    job->setValueForKey(jpeg.object(), u"filepath");
+    job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>{makeSet(u"Web")}), u"resizeSets");
+    job->setValueForKey(NSString::fromUTF8(folder / "p").object(), u"saveFolderPath");
+    EXPECT_THROW(job->setValueForKey(std::make_shared<NSNumber>(3), u"saveFolderPath"), NSException);
+    job->resize();
+    EXPECT_EQ(resultPaths, std::vector<std::string>{"p/Web/a.png"});
+    job->setValueForKey(nullptr, u"saveFolderPath");
+    job->resize();
+    EXPECT_EQ(resultPaths, std::vector<std::string>{""}) << "nil clears it";
 }
 
 TEST_F(JobOnOneFile, keyValueCodingRefusesOtherKeysAndOtherThings) {
