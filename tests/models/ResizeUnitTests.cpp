@@ -179,7 +179,9 @@ TEST_F(JobOnOneFile, aReplacedPhotographKeepsItsExifAndIsTurnedByIt) {
     EXPECT_EQ(formatOf(folder / "p/a.jpg").width, 20U) << "30 x 20 lies on its side";
     const auto reader = ExifTagReader::initWithPath(jpeg);
     ASSERT_NE(reader, nullptr);
-    EXPECT_EQ(reader->imageDirectionNumber()->intValue(), 1);
+    const auto orientation = reader->imageDirectionNumber();
+    ASSERT_TRUE(orientation);
+    EXPECT_EQ(orientation->intValue(), 1);
 }
 
 TEST_F(JobOnOneFile, aReplacingResultIsOnTheDiskBeforeItAppearsAndOthersNeedNotBe) {
