@@ -160,7 +160,7 @@ void throwWhenFailed(const ConvertInputs& inputs, std::size_t failures, bool all
 
 void run(ConvertRequest request) {
     const PresetStore store = PresetStore::load();
-    request.search.sets = chosenSets(store, request.setNames);
+    const ResizeSets sets = chosenSets(store, request.setNames);
     request.search.storedSets = store.sets();
     for (std::string& file : request.files)
         file = typedWord(file);
@@ -171,7 +171,7 @@ void run(ConvertRequest request) {
     {
         ConvertReport report(inputs.pictures.size());
         const JobPolicy policy{.onlyWithResult = true, .refusesDamaged = !request.acceptsDamaged};
-        Conversion(inputs.pictures, request.search.sets, policy, report).run(request.jobs);
+        Conversion(inputs.pictures, sets, policy, report).run(request.jobs);
         done = report.done();
         failures = report.failures();
     }

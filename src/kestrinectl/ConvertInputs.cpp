@@ -48,34 +48,31 @@ fs::path withoutTrailingSeparator(const fs::path& path) {
 /// The folders that hold results, and are therefore not searched unless they were typed.
 class OutputFolders {
 public:
-    OutputFolders(const ConvertSearch& search, const std::vector<std::string>& arguments) : search_(search) {
+    OutputFolders(const ResizeSets& storedSets, const std::vector<std::string>& arguments) {
+        for (const auto& set : storedSets)
+            endings_.push_back(NSString(u"/").appendingPathComponent(set->name().value_or(u"")).utf8());
         for (const std::string& argument : arguments)
             typed_.insert(canonicalPath(argument));
-        for (const auto& set : search.sets)
-            if (set->chooseFolder() != 0 && set->chosenFolderPath())
-                chosen_.insert(canonicalPath(set->chosenFolderPath()->utf8()));
     }
 
     bool contain(const fs::path& folder) const {
-        const NSString name = NSString::fromUTF8(folder.filename().native());
-        return chosen_.contains(canonicalPath(folder))
-               || std::ranges::any_of(search_.storedSets,
-                                      [&](const auto& set) { return set->name() == name; });
+        const std::string path = absolutePath(folder).native();
+        return std::ranges::any_of(endings_,
+                                   [&](const std::string& ending) { return path.ends_with(ending); });
     }
 
     /// Whether it was not typed and not asked about before.
     bool isNews(const fs::path& folder) { return typed_.insert(canonicalPath(folder)).second; }
 
 private:
-    const ConvertSearch& search_;
-    std::set<fs::path> typed_; ///< and those that were told
-    std::set<fs::path> chosen_;
+    std::vector<std::string> endings_; ///< of their paths: "/Web"
+    std::set<fs::path> typed_;         ///< and those that were asked about
 };
 
 class Finder {
 public:
     Finder(const std::vector<std::string>& arguments, const ConvertSearch& search)
-        : search_(search), outputFolders_(search, arguments) {}
+        : search_(search), outputFolders_(search.storedSets, arguments) {}
 
     void addArgument(const std::string& argument) {
         std::error_code ignored;

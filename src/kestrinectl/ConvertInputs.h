@@ -19,19 +19,18 @@ struct ConvertInput {
 
 /// How folders are searched.
 struct ConvertSearch {
-    bool recursive = false;  ///< sub-folders too, except those that are output folders
+    bool recursive = false;  ///< sub-folders too, except those named like a stored set, at any depth
     bool allFolders = false; ///< every sub-folder, whatever its name
-    ResizeSets sets;         ///< that will be applied: a folder chosen for one is an output folder
-    ResizeSets storedSets;   ///< a sub-folder with the name of one, at any depth, is an output folder
+    ResizeSets storedSets;
 };
 
 /// What was found.
 struct ConvertInputs {
     std::vector<ConvertInput> pictures;
-    std::vector<std::string> complaints;   ///< one per file or folder that cannot be read: a failure
-    std::size_t unreadableFiles = 0;       ///< among the complaints
-    std::size_t unreadableFolders = 0;     ///< among the complaints
-    std::vector<std::string> leftOut;      ///< one sentence per output folder that was not searched
+    std::vector<std::string> complaints; ///< one per file or folder that cannot be read: a failure
+    std::size_t unreadableFiles = 0;     ///< among the complaints
+    std::size_t unreadableFolders = 0;   ///< among the complaints
+    std::vector<std::string> leftOut;    ///< one sentence per folder named like a set, which was not searched
     std::vector<std::string> emptyFolders; ///< one sentence per argument that is a folder without pictures
     std::size_t otherFiles = 0;            ///< in folders; neither pictures nor hidden
 };
