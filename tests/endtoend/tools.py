@@ -139,5 +139,6 @@ def exiftool(path):
 
 
 def main():
-    # Pillow keeps files open until its objects go, which is soon enough here.
-    unittest.main(verbosity=1, warnings="ignore")
+    # Every test is named, so that scripts/test can report the skips. Pillow keeps files open until its objects go,
+    # which is soon enough here.
+    unittest.main(verbosity=2, warnings="ignore")
