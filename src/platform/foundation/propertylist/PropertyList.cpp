@@ -43,8 +43,7 @@ void PropertyList::Release::operator()(void* node) const { plist_free(node); }
 PropertyList PropertyList::empty() { return PropertyList(Node(plist_new_dict()), Form::binary); }
 
 Result<PropertyList> PropertyList::fromBytes(ByteView content) {
-    if (Result<void> bounds = checkPropertyListBounds(content); !bounds)
-        return bounds.failure();
+    TRY(checkPropertyListBounds(content));
     const Form form = isBinaryPropertyList(content) ? Form::binary : Form::xml;
     const ByteView parsed = withoutByteOrderMark(content);
     const auto* text = reinterpret_cast<const char*>(parsed.data());

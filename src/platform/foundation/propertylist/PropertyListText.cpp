@@ -1,7 +1,7 @@
 #include "platform/foundation/propertylist/PropertyListText.h"
 
-#include "platform/foundation/text/UTF8.h"
 #include "platform/foundation/propertylist/PropertyListBounds.h"
+#include "platform/foundation/text/UTF8.h"
 
 #include <cstdlib>
 #include <memory>
@@ -37,8 +37,7 @@ std::u16string withoutUnstorable(const std::u16string& text) {
 Result<NSString> textOfPropertyList(ByteView content) {
     if (!isBinaryPropertyList(content))
         return Failure{Reason::unsupported, "the property list is not in the binary form"};
-    if (Result<void> bounds = checkPropertyListBounds(content); !bounds)
-        return bounds.failure();
+    TRY(checkPropertyListBounds(content));
     plist_t root = nullptr;
     plist_from_bin(reinterpret_cast<const char*>(content.data()), static_cast<std::uint32_t>(content.size()),
                    &root);

@@ -74,27 +74,21 @@ private:
 
     /// "<?>" is complete to libplist, so one character is skipped.
     Result<void> passInstruction() {
-        const Result<std::string_view> inside = take(1, "?>");
-        if (!inside)
-            return inside.failure();
-        return hasOpenQuote(*inside) ? ambiguous() : Result<void>();
+        const std::string_view inside = TRY(take(1, "?>"));
+        return hasOpenQuote(inside) ? ambiguous() : Result<void>();
     }
 
     Result<void> passDocumentType() {
-        const Result<std::string_view> inside = take(1, ">");
-        if (!inside)
-            return inside.failure();
-        if (inside->find('[') != std::string_view::npos)
+        const std::string_view inside = TRY(take(1, ">"));
+        if (inside.find('[') != std::string_view::npos)
             return Failure{Reason::refused, "the property list declares a document type of its own"};
-        return hasOpenQuote(*inside) ? ambiguous() : Result<void>();
+        return hasOpenQuote(inside) ? ambiguous() : Result<void>();
     }
 
     Result<void> passTag() {
-        const Result<std::string_view> inside = take(1, ">");
-        if (!inside)
-            return inside.failure();
-        const bool isEmpty = inside->ends_with('/');
-        const std::string_view content = inside->substr(0, inside->size() - isEmpty);
+        const std::string_view inside = TRY(take(1, ">"));
+        const bool isEmpty = inside.ends_with('/');
+        const std::string_view content = inside.substr(0, inside.size() - isEmpty);
         if (content.find('<') != std::string_view::npos || hasOpenQuote(content) || content.starts_with('!'))
             return ambiguous();
         const std::string_view name = content.substr(0, content.find_first_of(" \t\r\n"));

@@ -54,8 +54,7 @@ public:
                 return unfinished();
             if (rest_.empty())
                 return table;
-            if (Result<void> entry = readEntry(table); !entry)
-                return entry.failure();
+            TRY(readEntry(table));
         }
     }
 
@@ -93,9 +92,7 @@ private:
     }
 
     Result<void> readEntry(StringsTable& table) {
-        const Result<std::u16string> key = readText();
-        if (!key)
-            return key.failure();
+        const std::u16string key = TRY(readText());
         Result<std::u16string> value = key;
         if (skipSpace() && take(u"=")) {
             skipSpace();
@@ -105,7 +102,7 @@ private:
             return value.failure();
         if (!skipSpace() || !take(u";"))
             return unexpected();
-        table.insert_or_assign(*key, *value);
+        table.insert_or_assign(key, *value);
         return {};
     }
 

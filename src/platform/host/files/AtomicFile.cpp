@@ -67,8 +67,7 @@ std::optional<Result<std::string>> publishNameless(int folder, const CandidatePa
         return std::nullopt;
     if (!file.isOpen())
         return systemFailure("cannot make a file");
-    if (Result<void> written = writeContent(file.number(), content, durability); !written)
-        return written.failure();
+    TRY(writeContent(file.number(), content, durability));
     const std::string source = "/proc/self/fd/" + std::to_string(file.number());
     const Naming naming = takeFirstFree(candidates, [&](const std::string& name) {
         return ::linkat(AT_FDCWD, source.c_str(), folder, name.c_str(), AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
@@ -80,16 +79,13 @@ std::optional<Result<std::string>> publishNameless(int folder, const CandidatePa
 
 Result<std::string> publishNamed(int folder, const CandidatePaths& candidates, ByteView content,
                                  Durability durability, RenameMechanisms mechanisms) {
-    Result<TemporaryFile> file = TemporaryFile::create(folder, 0666);
-    if (!file)
-        return file.failure();
-    if (Result<void> written = writeContent(file->descriptor(), content, durability); !written)
-        return written.failure();
+    TemporaryFile file = TRY(TemporaryFile::create(folder, 0666));
+    TRY(writeContent(file.descriptor(), content, durability));
     const Naming naming = takeFirstFree(candidates, [&](const std::string& name) {
-        return renameWithoutReplacing(file->entry(), {folder, name}, mechanisms);
+        return renameWithoutReplacing(file.entry(), {folder, name}, mechanisms);
     });
     if (naming.error == 0)
-        file->wasRenamed();
+        file.wasRenamed();
     return pathOf(naming);
 }
 
@@ -132,20 +128,15 @@ Result<void> takeOverRights(int file, const struct stat& replaced) {
 }
 
 Result<void> replaceEntry(const FolderEntry& entry, ByteView content) {
-    Result<std::optional<struct stat>> replaced = examineReplaced(entry);
-    if (!replaced)
-        return replaced.failure();
-    Result<TemporaryFile> file = TemporaryFile::create(entry.folder, 0600);
-    if (!file)
-        return file.failure();
-    if (Result<void> kept = *replaced ? takeOverRights(file->descriptor(), **replaced) : Result<void>();
-        !kept)
+    std::optional<struct stat> replaced = TRY(examineReplaced(entry));
+    TemporaryFile file = TRY(TemporaryFile::create(entry.folder, 0600));
+    if (Result<void> kept = replaced ? takeOverRights(file.descriptor(), *replaced) : Result<void>(); !kept)
         return kept;
-    if (Result<void> written = writeContent(file->descriptor(), content, Durability::synced); !written)
+    if (Result<void> written = writeContent(file.descriptor(), content, Durability::synced); !written)
         return written;
-    if (::renameat(entry.folder, file->entry().name.c_str(), entry.folder, entry.name.c_str()) != 0)
+    if (::renameat(entry.folder, file.entry().name.c_str(), entry.folder, entry.name.c_str()) != 0)
         return systemFailure("cannot replace " + entry.name);
-    file->wasRenamed();
+    file.wasRenamed();
     return syncFolder(entry.folder);
 }
 
@@ -154,35 +145,27 @@ Result<void> replaceEntry(const FolderEntry& entry, ByteView content) {
 Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
                                    PublishMechanisms mechanisms) {
     const std::string first = candidates(0);
-    if (Result<void> usable = checkPath(first); !usable)
-        return usable.failure();
-    Result<FileDescriptor> folder = openFolder(folderOf(first));
-    if (!folder)
-        return folder.failure();
+    TRY(checkPath(first));
+    FileDescriptor folder = TRY(openFolder(folderOf(first)));
     std::optional<Result<std::string>> published;
     if (mechanisms.namelessFile)
-        published = publishNameless(folder->number(), candidates, content, durability);
+        published = publishNameless(folder.number(), candidates, content, durability);
     if (!published)
-        published = publishNamed(folder->number(), candidates, content, durability, mechanisms.rename);
+        published = publishNamed(folder.number(), candidates, content, durability, mechanisms.rename);
     if (!published->ok() || durability == Durability::cached)
         return *std::move(published);
-    if (Result<void> synced = syncFolder(folder->number()); !synced)
-        return synced.failure();
+    TRY(syncFolder(folder.number()));
     return *std::move(published);
 }
 
 Result<void> replaceFile(const std::string& path, ByteView content) {
     if (Result<void> usable = checkPath(path); !usable)
         return usable;
-    Result<std::string> target = followLinks(path);
-    if (!target)
-        return target.failure();
-    if (Result<void> made = makePrivateFolders(folderOf(*target)); !made)
+    std::string target = TRY(followLinks(path));
+    if (Result<void> made = makePrivateFolders(folderOf(target)); !made)
         return made;
-    Result<FileDescriptor> folder = openFolder(folderOf(*target));
-    if (!folder)
-        return folder.failure();
-    return replaceEntry({folder->number(), nameOf(*target)}, content);
+    FileDescriptor folder = TRY(openFolder(folderOf(target)));
+    return replaceEntry({folder.number(), nameOf(target)}, content);
 }
 
 } // namespace kestrine

@@ -51,12 +51,11 @@ Result<Bytes> filledBy(std::size_t largest, const std::string& what, const Call&
 }
 
 Result<void> copyOne(int from, int to, const std::string& name) {
-    Result<Bytes> value =
-        filledBy(XATTR_SIZE_MAX, "cannot read the attribute " + name,
-                 [&](void* into, std::size_t room) { return ::fgetxattr(from, name.c_str(), into, room); });
-    if (!value)
-        return value.failure();
-    if (::fsetxattr(to, name.c_str(), value->data(), value->size(), 0) != 0)
+    Bytes value =
+        TRY(filledBy(XATTR_SIZE_MAX, "cannot read the attribute " + name, [&](void* into, std::size_t room) {
+            return ::fgetxattr(from, name.c_str(), into, room);
+        }));
+    if (::fsetxattr(to, name.c_str(), value.data(), value.size(), 0) != 0)
         return attributeFailure("cannot write the attribute " + name);
     return {};
 }
@@ -64,8 +63,7 @@ Result<void> copyOne(int from, int to, const std::string& name) {
 } // namespace
 
 Result<Bytes> getExtendedAttribute(const std::string& path, const std::string& name) {
-    if (Result<void> usable = checkNames(path, name); !usable)
-        return usable.failure();
+    TRY(checkNames(path, name));
     return filledBy(XATTR_SIZE_MAX, "cannot read the attribute " + name, [&](void* into, std::size_t room) {
         return ::getxattr(path.c_str(), name.c_str(), into, room);
     });
@@ -80,15 +78,12 @@ Result<void> setExtendedAttribute(const std::string& path, const std::string& na
 }
 
 Result<std::vector<std::string>> listExtendedAttributes(const std::string& path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable.failure();
-    Result<Bytes> list =
-        filledBy(XATTR_LIST_MAX, "cannot list the attributes", [&](void* into, std::size_t room) {
+    TRY(checkPath(path));
+    Bytes list =
+        TRY(filledBy(XATTR_LIST_MAX, "cannot list the attributes", [&](void* into, std::size_t room) {
             return ::listxattr(path.c_str(), static_cast<char*>(into), room);
-        });
-    if (!list)
-        return list.failure();
-    return namesInList(*list);
+        }));
+    return namesInList(list);
 }
 
 Result<void> removeExtendedAttribute(const std::string& path, const std::string& name) {

@@ -20,8 +20,7 @@ void setAttributes(int folder, const struct stat& attributes) {
 } // namespace
 
 Result<struct stat> attributesOf(const std::string& path, FollowLinks follow) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable.failure();
+    TRY(checkPath(path));
     struct stat status {};
     const int flags = follow == FollowLinks::yes ? 0 : AT_SYMLINK_NOFOLLOW;
     if (::fstatat(AT_FDCWD, path.c_str(), &status, flags) != 0)

@@ -38,13 +38,11 @@ Failure changedMeanwhile() { return {Reason::truncated, "the file changed while 
 Result<void> copyBytes(int from, int to, off_t size) {
     Bytes block(blockSize);
     for (off_t offset = 0;;) {
-        Result<ByteView> bytes = readBlock(from, offset, block);
-        if (!bytes)
-            return bytes.failure();
-        if (Result<void> written = writeAll(to, *bytes); !written)
+        ByteView bytes = TRY(readBlock(from, offset, block));
+        if (Result<void> written = writeAll(to, bytes); !written)
             return written;
-        offset += static_cast<off_t>(bytes->size());
-        if (bytes->size() == block.size())
+        offset += static_cast<off_t>(bytes.size());
+        if (bytes.size() == block.size())
             continue;
         return offset == size ? Result<void>() : changedMeanwhile();
     }

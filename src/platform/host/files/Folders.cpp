@@ -53,8 +53,7 @@ Result<void> makePrivateFolders(const std::string& path) {
 }
 
 Result<FileDescriptor> openFolder(const std::string& path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable.failure();
+    TRY(checkPath(path));
     return openFolderAt({AT_FDCWD, path}, 0);
 }
 
