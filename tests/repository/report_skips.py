@@ -46,7 +46,8 @@ def main(files):
         print("NOT ALLOWED to skip" if skip in refused else "skipped", "--", *skip)
     if refused:
         print(f"add what this system lacks, or the test and its reason to {ALLOWED_SKIPS.name}")
-    print(f"{len(cases)} tests, {len(skips)} skipped, {len(refused)} of them not allowed")
+    failed = sum(case.find("failure") is not None for case in cases)
+    print(f"{len(cases)} tests, {failed} failed, {len(skips)} skipped")
     return 1 if refused or not cases else 0
 
 
