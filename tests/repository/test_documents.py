@@ -56,16 +56,16 @@ class ShownCommands(unittest.TestCase):
         for pattern in known:
             self.assertTrue(fnmatch.filter([command for _, command in shown], pattern), f"shown nowhere: {pattern}")
 
+    def help_of(self, words):
+        return subprocess.run([f"{BIN}/kestrinectl", *words, "--help"], capture_output=True, text=True, check=True).stdout
+
     def test_commands_within_sentences_exist_with_their_options(self):
         for document in MARKDOWN:
-            for command in re.findall(r"`(kestrinectl [^`\n]*)`", document.read_text(encoding="utf-8")):
-                words = command.split()[1:]
-                subcommands = words[:2] if words[:1] == ["sets"] else words[:1]
-                if subcommands and not all(re.fullmatch("[a-z]+", word) for word in subcommands):
-                    continue
+            for _, command in re.findall(r"([`'])(kestrinectl [^`'\n]*)\1", document.read_text(encoding="utf-8")):
+                words = re.match(r"kestrinectl ((?:sets )?[a-z]+)?", command).group(1)
                 with self.subTest(document=document.name, command=command):
-                    told = subprocess.run([f"{BIN}/kestrinectl", *subcommands, "--help"], capture_output=True, text=True,
-                                          check=True).stdout
+                    told = self.help_of(words.split() if words else [])
+                    self.assertRegex(told, rf"Usage: \S*kestrinectl {words or ''}")
                     for option in re.findall(r"(?<=\s)--?[a-z][\w-]*", command):
                         self.assertRegex(told, rf"(?<![\w-]){option}(?![\w-])")
 
