@@ -93,7 +93,7 @@ TEST_F(FileManagerUtilityMetadata, from10_6OnNoLabelIsReadWhereAReferenceIsMade)
 TEST_F(FileManagerUtilityMetadata, from10_6OnAPathThatCannotBeEncodedIsLoggedAndHasNoLabel) {
     const SystemVersion version(0x1060);
     EXPECT_EQ(finderLabelForPath(halfACharacter), 0);
-    EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not encode path for /tmp/\xd800")));
+    EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not encode path for /tmp/\xfffd")));
 }
 
 TEST_F(FileManagerUtilityMetadata, aReferenceIsMadeOfAPath) {
@@ -118,7 +118,7 @@ TEST_F(FileManagerUtilityMetadata, aPathThatCannotBeEncodedGivesMinusOneAndALine
     EXPECT_EQ(getFSRefFromPath(file("a"), &reference), 0);
     EXPECT_EQ(getFSRefFromPath(halfACharacter, &reference), -1);
     EXPECT_EQ(reference.node, nullptr);
-    EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not encode path for /tmp/\xd800")));
+    EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not encode path for /tmp/\xfffd")));
 }
 
 TEST_F(FileManagerUtilityMetadata, bytesThatAreNoTextNameTheirFile) {
