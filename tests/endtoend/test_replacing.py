@@ -91,7 +91,8 @@ class FullDisk(ToolTest):
         script = (f'mount -t tmpfs -o size=1m tmpfs "{self.folder}/R" && '
                   f'"{BIN}/kestrine" -set R a.jpg && ls -A "{self.folder}/R"')
         (self.folder / "R").mkdir()
-        done = subprocess.run(["unshare", "-m", "sh", "-c", script], env=self.environment, capture_output=True)
+        done = subprocess.run(["unshare", "-m", "sh", "-c", script], cwd=self.folder, env=self.environment,
+                              capture_output=True)
         if b"mount:" in done.stderr or b"unshare:" in done.stderr:
             self.skipTest("no file system can be mounted here: " + done.stderr.decode())
         self.assertEqual((done.returncode, done.stderr), (0, b""))
