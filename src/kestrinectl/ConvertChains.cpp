@@ -27,7 +27,7 @@ fs::path firstChoice(const ConvertInput& input, const ResizeSet& set, bool repla
     return canonicalPath(folder->utf8()) / set.fileNameForPath(path).utf8();
 }
 
-/// "a_1.jpg" is a later choice of who wanted "a.jpg". Nothing for a name that is nobody's later choice.
+/// The name that is tried before this one: "a.jpg" for "a_1.jpg". Empty for a name without a number.
 fs::path wantedBefore(const fs::path& path) {
     const std::string stem = path.stem().native();
     const std::size_t digits = stem.find_last_not_of("0123456789") + 1;
@@ -66,7 +66,7 @@ private:
     std::vector<std::size_t> leaders_; ///< each points to an earlier one of its chain, the first to itself
 };
 
-/// Who wants a name first, and whether somebody will have to take a later choice instead.
+/// The inputs whose first choice a name is, and whether one of them has to take a later choice instead.
 struct Name {
     std::vector<std::size_t> wantedBy;
     bool isContested = false;
