@@ -99,7 +99,8 @@ std::optional<ColorProfile> calibratedProfile(const LibraryReader& file, ColorMo
     return ColorProfile::fromGamma(1 / gamma, primaries, model);
 }
 
-std::optional<ColorProfile> storedProfile(const LibraryReader& file, ColorModel model, const ExifFacts& exif) {
+std::optional<ColorProfile> storedProfile(const LibraryReader& file, ColorModel model,
+                                          const ExifFacts& exif) {
     if (std::optional<ColorProfile> profile = embeddedProfile(file, model))
         return profile;
     if (png_get_valid(file.png(), file.info(), PNG_INFO_sRGB))
@@ -139,6 +140,8 @@ public:
             return header.failure();
         if (!(file->format() == frames_.front().format))
             return Failure{Reason::malformed, "the PNG picture changed while it was read"};
+        if (file->lacksTransparency())
+            damage_->note({Reason::malformed, "the PNG picture is damaged: its transparency is lost"});
         if (RowSourcePointer fast = openFastRows(*file, reader_))
             return fast;
         return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file)));

@@ -39,7 +39,7 @@ public:
     }
 
     Result<RowSourcePointer> rows(std::size_t frame, int) const override {
-        return rowsOfTIFF(reader_, pages_[frame]);
+        return rowsOfTIFF(input(), pages_[frame]);
     }
 
     Result<Bytes> exif() const override { return exifOfTIFF(structure_, pages_.front()->directory); }
@@ -47,8 +47,10 @@ public:
     Result<Bytes> colorTable() const override { return pages_.front()->colors; }
 
 private:
+    Input input() const { return {reader_, damage_}; }
+
     Result<Page> readPage(std::uint64_t directory) const {
-        const Result<std::unique_ptr<File>> file = File::open(reader_, directory);
+        const Result<std::unique_ptr<File>> file = File::open(input(), directory);
         if (!file)
             return file.failure();
         return tiff::readPage(**file, directory);

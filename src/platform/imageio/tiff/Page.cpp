@@ -267,9 +267,8 @@ Result<Page> readPage(const File& file, std::uint64_t directory) {
     return page;
 }
 
-Result<std::unique_ptr<File>> reopenPage(std::shared_ptr<const ByteReader> reader,
-                                                 const Page& page) {
-    Result<std::unique_ptr<File>> file = File::open(std::move(reader), page.directory);
+Result<std::unique_ptr<File>> reopenPage(const Input& input, const Page& page) {
+    Result<std::unique_ptr<File>> file = File::open(input, page.directory);
     if (!file)
         return file;
     const Result<Page> again = readPage(**file, page.directory);

@@ -166,7 +166,7 @@ private:
 };
 
 /// One opened plane for each that matters.
-Result<Planes> openPlanes(const std::shared_ptr<const ByteReader>& reader, const Page& page) {
+Result<Planes> openPlanes(const Input& input, const Page& page) {
     Planes planes(page.planes());
     const std::uint64_t bits =
         std::uint64_t{page.format.width} * page.bits * (page.isPlanar ? 1 : page.samples);
@@ -174,7 +174,7 @@ Result<Planes> openPlanes(const std::shared_ptr<const ByteReader>& reader, const
         const bool isIgnored = plane >= page.colorSamples() && static_cast<int>(plane) != page.alpha;
         if (page.isPlanar && isIgnored)
             continue;
-        Result<std::unique_ptr<StoredRows>> rows = StoredRows::open(reader, page, plane);
+        Result<std::unique_ptr<StoredRows>> rows = StoredRows::open(input, page, plane);
         if (!rows)
             return rows.failure();
         if ((*rows)->rowBytes() < (bits + 7) / 8)
@@ -206,14 +206,13 @@ Share sharesOf(const Page& page, const StoredRows& rows) {
 
 } // namespace
 
-Result<RowSourcePointer> rowsOfTIFF(const std::shared_ptr<const ByteReader>& reader,
-                                    const std::shared_ptr<const Page>& page) {
+Result<RowSourcePointer> rowsOfTIFF(const Input& input, const std::shared_ptr<const Page>& page) {
     if (page->color == Color::rendered)
-        return renderedRowsOfTIFF(reader, page);
+        return renderedRowsOfTIFF(input, page);
     std::vector<RowSourcePointer> parts;
     Share share;
     do {
-        Result<Planes> planes = openPlanes(reader, *page);
+        Result<Planes> planes = openPlanes(input, *page);
         if (!planes)
             return planes.failure();
         if (parts.empty())
