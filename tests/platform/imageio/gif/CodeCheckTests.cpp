@@ -10,11 +10,12 @@ namespace kestrine::gif {
 
 namespace {
 
-/// Of codes of 2 bits at first: 4 clears, 5 ends.
-bool areSound(std::initializer_list<int> codes, std::uint64_t pixels) {
+/// The place of the first code that is not accepted, or their number. Codes have 2 bits at first: 4 clears, 5
+/// ends.
+std::size_t soundCodes(const std::vector<int>& codes, std::uint64_t pixels = 100) {
     CodeCheck check(2, pixels);
-    return std::ranges::all_of(codes, [&check](int code) { return check.accepts(code); })
-           && check.isComplete();
+    const auto refused = std::ranges::find_if(codes, [&check](int code) { return !check.accepts(code); });
+    return static_cast<std::size_t>(refused - codes.begin());
 }
 
 std::optional<Failure> damageOf(const Bytes& file) {
@@ -37,21 +38,29 @@ Bytes fileOfCodes(const Bytes& codes) {
 } // namespace
 
 TEST(GIFCodeCheck, colorsAndStringsSeenBeforeAreSound) {
-    EXPECT_TRUE(areSound({4, 1, 2, 6, 8}, 7));
-    EXPECT_TRUE(areSound({4, 1, 6, 7}, 6)); // each the string that is just made
+    EXPECT_EQ(soundCodes({4, 1, 2, 6, 8}), 5u);
+    EXPECT_EQ(soundCodes({4, 1, 6, 7}), 4u); // each the string that is just made
 }
 
 TEST(GIFCodeCheck, aCodeBeyondTheOneThatIsJustMadeHasNoMeaning) {
-    EXPECT_FALSE(areSound({4, 1, 7}, 3));
-    EXPECT_FALSE(areSound({4, 6}, 1));
+    EXPECT_EQ(soundCodes({4, 1, 7}), 2u);
+    EXPECT_EQ(soundCodes({4, 6}), 1u);
 }
 
 TEST(GIFCodeCheck, clearingForgetsAllStrings) {
-    EXPECT_TRUE(areSound({4, 1, 2, 4, 3, 6}, 5));
-    EXPECT_FALSE(areSound({4, 1, 2, 3, 4, 6}, 4));
+    EXPECT_EQ(soundCodes({4, 1, 2, 4, 3, 6}), 6u);
+    EXPECT_EQ(soundCodes({4, 1, 2, 3, 4, 6}), 5u);
 }
 
-TEST(GIFCodeCheck, theEndBeforeAllPixelsIsNotSound) { EXPECT_FALSE(areSound({4, 1, 5}, 2)); }
+TEST(GIFCodeCheck, isCompleteWithAllPixelsAndTheEndComesNotBefore) {
+    for (const std::uint64_t pixels : {6u, 7u}) {
+        CodeCheck check(2, pixels);
+        for (const int code : {4, 1, 6, 7}) // 1, 2 and 3 pixels
+            EXPECT_FALSE(check.isComplete() || !check.accepts(code));
+        EXPECT_EQ(check.isComplete(), pixels == 6);
+        EXPECT_FALSE(check.accepts(5));
+    }
+}
 
 TEST(GIFDamage, soundFilesHaveNone) {
     for (const bool isInterlaced : {false, true})
