@@ -80,10 +80,8 @@ Result<std::unique_ptr<Stream>> Stream::open(std::shared_ptr<const ByteReader> r
     stream->file_.reset(DGifOpen(&stream->input_, read, &error));
     if (!stream->file_)
         return failureOf(error);
-    if (Result<void> done = stream->goToPicture(); !done)
-        return done.failure();
-    if (Result<void> done = stream->layOut(); !done)
-        return done.failure();
+    TRY(stream->goToPicture());
+    TRY(stream->layOut());
     return stream;
 }
 
@@ -247,18 +245,14 @@ public:
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        Result<std::unique_ptr<Stream>> stream = Stream::open(reader_);
-        if (!stream)
-            return stream.failure();
-        const Layout& layout = (*stream)->layout();
+        std::unique_ptr<Stream> stream = TRY(Stream::open(reader_));
+        const Layout& layout = stream->layout();
         if (formatOf(layout) != frames_[0].format)
             return Failure{Reason::malformed, "the GIF changed while it was read"};
         if (std::uint64_t{layout.width} * layout.height / maximumPixelsPerByte > reader_->size())
             return Failure{Reason::truncated, "the GIF is too short for its size"};
-        Result<std::unique_ptr<Stream>> check = Stream::open(reader_);
-        if (!check)
-            return check.failure();
-        return RowSourcePointer(std::make_unique<Rows>(std::move(*stream), std::move(*check), damage_));
+        std::unique_ptr<Stream> check = TRY(Stream::open(reader_));
+        return RowSourcePointer(std::make_unique<Rows>(std::move(stream), std::move(check), damage_));
     }
 
     Result<Bytes> colorTable() const override { return colors_; }
@@ -275,10 +269,8 @@ bool recognisesGIF(ByteView head) {
 }
 
 Result<std::unique_ptr<ImageDecoder>> openGIF(std::shared_ptr<const ByteReader> reader) {
-    Result<std::unique_ptr<Stream>> stream = Stream::open(reader);
-    if (!stream)
-        return stream.failure();
-    const Layout& layout = (*stream)->layout();
+    std::unique_ptr<Stream> stream = TRY(Stream::open(reader));
+    const Layout& layout = stream->layout();
     if (!formatOf(layout).isWithinLimits())
         return Failure{Reason::tooLarge, "the GIF has too many pixels"};
     return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), layout));

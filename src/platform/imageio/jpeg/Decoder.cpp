@@ -37,11 +37,9 @@ class Decoder final : public ImageDecoder {
 public:
     static Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
         LibraryReader header(reader);
-        if (Result<void> read = header.readHeader({exifSegment, profileSegment}); !read)
-            return read.failure();
+        TRY(header.readHeader({exifSegment, profileSegment}));
         std::unique_ptr<Decoder> decoder(new Decoder(std::move(reader)));
-        if (Result<void> described = decoder->describe(header); !described)
-            return described.failure();
+        TRY(decoder->describe(header));
         return std::unique_ptr<ImageDecoder>(std::move(decoder));
     }
 

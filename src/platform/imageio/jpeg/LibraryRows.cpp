@@ -46,8 +46,7 @@ Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reade
                                          std::shared_ptr<DamageRecord> damage,
                                          std::unique_ptr<ForeignConverter> inks) {
     auto decompressor = std::make_unique<LibraryReader>(std::move(reader));
-    if (Result<void> read = decompressor->readHeader(); !read)
-        return read.failure();
+    TRY(decompressor->readHeader());
     jpeg_decompress_struct& info = decompressor->info;
     info.scale_num = static_cast<unsigned>(eighths);
     info.scale_denom = 8;

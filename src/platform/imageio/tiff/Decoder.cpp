@@ -52,10 +52,8 @@ private:
     Input input() const { return {reader_, damage_}; }
 
     Result<Page> readPage(std::uint64_t directory) const {
-        const Result<std::unique_ptr<File>> file = File::open(input(), directory);
-        if (!file)
-            return file.failure();
-        return tiff::readPage(**file, directory);
+        const std::unique_ptr<File> file = TRY(File::open(input(), directory));
+        return tiff::readPage(*file, directory);
     }
 
     /// Of a sub-page that has none, that of its page.
@@ -83,12 +81,9 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
     if (const Result<Functions>& library = tiffFunctions(); !library)
         return library.failure();
     Structure structure(reader);
-    const Result<std::vector<ListedPage>> listed = listPages(structure);
-    if (!listed)
-        return listed.failure();
+    const std::vector<ListedPage> listed = TRY(listPages(structure));
     auto decoder = std::make_unique<Decoder>(std::move(reader), std::move(structure));
-    if (Result<void> pages = decoder->readPages(*listed); !pages)
-        return pages.failure();
+    TRY(decoder->readPages(listed));
     return std::unique_ptr<ImageDecoder>(std::move(decoder));
 }
 

@@ -228,8 +228,7 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     while (file.size() < layout.fileBytes) {
         file.resize(file.size() + format.bytesPerRow());
         const std::span<std::uint8_t> row = std::span(file).last(format.bytesPerRow());
-        if (Result<void> read = rows.readRow(row); !read)
-            return read.failure();
+        TRY(rows.readRow(row));
         makeLittleEndian(row, format.depth);
     }
     return file;

@@ -256,11 +256,9 @@ Result<Page> readPage(const File& file, std::uint64_t directory) {
     page.isYCbCrJPEG = compression == COMPRESSION_JPEG && !page.isPlanar && page.bits == 8
                        && file.shortNumber(TIFFTAG_PHOTOMETRIC, 0) == PHOTOMETRIC_YCBCR;
     readBlocks(file, page);
-    if (Result<void> samples = readSamples(file, page); !samples)
-        return samples.failure();
+    TRY(readSamples(file, page));
     prepare(file, page);
-    if (Result<void> blocks = checkBlocks(file, page); !blocks)
-        return blocks.failure();
+    TRY(checkBlocks(file, page));
     page.format = deliveredFormat(page);
     page.resolution = storedResolution(file);
     page.icc = storedICC(file);
@@ -268,10 +266,8 @@ Result<Page> readPage(const File& file, std::uint64_t directory) {
 }
 
 Result<std::unique_ptr<File>> reopenPage(const Input& input, const Page& page) {
-    Result<std::unique_ptr<File>> file = File::open(input, page.directory);
-    if (!file)
-        return file;
-    const Result<Page> again = readPage(**file, page.directory);
+    std::unique_ptr<File> file = TRY(File::open(input, page.directory));
+    const Result<Page> again = readPage(*file, page.directory);
     if (!again || !(*again == page))
         return Failure{Reason::malformed, "the TIFF picture changed while it was read"};
     return file;

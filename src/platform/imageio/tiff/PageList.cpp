@@ -150,10 +150,7 @@ private:
 } // namespace
 
 Result<std::vector<ListedPage>> listPages(const Structure& file) {
-    const Result<std::vector<std::uint64_t>> pages = file.pages();
-    if (!pages)
-        return pages.failure();
-    const Candidates candidates(file, *pages);
+    const Candidates candidates(file, TRY(file.pages()));
     if (candidates.have(Role::sensorData) && !candidates.have(Role::picture))
         return Failure{Reason::unsupported,
                        "the TIFF file holds raw data of a camera's sensor, which is not supported"};

@@ -78,10 +78,8 @@ private:
 } // namespace
 
 Result<RowSourcePointer> renderedRowsOfTIFF(const Input& input, std::shared_ptr<const Page> page) {
-    Result<std::unique_ptr<File>> file = reopenPage(input, *page);
-    if (!file)
-        return file.failure();
-    return RowSourcePointer(std::make_unique<RenderedRows>(std::move(*file), std::move(page)));
+    std::unique_ptr<File> file = TRY(reopenPage(input, *page));
+    return RowSourcePointer(std::make_unique<RenderedRows>(std::move(file), std::move(page)));
 }
 
 } // namespace kestrine::tiff

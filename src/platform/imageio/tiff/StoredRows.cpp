@@ -73,10 +73,7 @@ private:
 } // namespace
 
 Result<std::unique_ptr<StoredRows>> StoredRows::open(const Input& input, const Page& page, unsigned plane) {
-    Result<std::unique_ptr<File>> opened = reopenPage(input, page);
-    if (!opened)
-        return opened.failure();
-    std::unique_ptr<File> file = std::move(*opened);
+    std::unique_ptr<File> file = TRY(reopenPage(input, page));
     const Functions& library = file->library();
     if (page.tileWidth) {
         const std::size_t across = (page.format.width + page.tileWidth - 1) / page.tileWidth;
