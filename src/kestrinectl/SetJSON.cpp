@@ -108,8 +108,8 @@ Object fromJSON(const json& value, const ResizeSet::Field& field) {
 }
 
 const ResizeSet::Field* fieldNamed(const std::string& key) {
-    for (const ResizeSet::Field& field : ResizeSet::archivedFields())
-        if (field.key == key)
+    for (const ResizeSet::Field& field : ResizeSet::fields())
+        if (field.isArchived() && field.key == key)
             return &field;
     return nullptr;
 }
@@ -130,8 +130,9 @@ ordered_json valueToJSON(const ResizeSet& set, const ResizeSet::Field& field) {
 
 ordered_json toJSON(const ResizeSet& set) {
     ordered_json result = ordered_json::object();
-    for (const ResizeSet::Field& field : ResizeSet::archivedFields())
-        result[std::string(field.key)] = valueToJSON(set, field);
+    for (const ResizeSet::Field& field : ResizeSet::fields())
+        if (field.isArchived())
+            result[std::string(field.key)] = valueToJSON(set, field);
     return result;
 }
 
