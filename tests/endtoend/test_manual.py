@@ -30,15 +30,6 @@ class Manual(ToolTest):
             done = subprocess.run(["groff", "-man", "-ww", "-z", page], capture_output=True, check=False)
             self.assertEqual((done.returncode, done.stderr), (0, b""), page.name)
 
-    def test_installed_pages_tell_the_version_of_the_program(self):
-        prefix = self.home / "usr"
-        subprocess.run(["cmake", "--install", BIN.parent, "--prefix", prefix], capture_output=True, check=True)
-        version = self.kestrinectl("--version").stdout.decode().removeprefix("kestrinectl ").strip()
-        self.assertRegex(version, r"\A\d+\.\d+\.\d+\Z")
-        for page in ("kestrine.1", "kestrinectl.1"):
-            title = (prefix / "share/man/man1" / page).read_text().splitlines()[0]
-            self.assertIn(f'"kestrine {version}"', title)
-
     def test_the_page_of_the_companion_tells_every_option_and_no_other(self):
         told = long_options(MANUAL.read_text().replace("\\-", "-"))
         self.assertEqual(told, set().union(*self.offered().values()))

@@ -56,21 +56,15 @@ private:
 };
 
 Result<DialogAnswer> PortalConversation::ask(const DialogQuestion& question) {
-    if (Result<void> connected = connect(); !connected)
-        return connected.failure();
-    if (Result<void> suitable = checkVersion(question.forFolder); !suitable)
-        return suitable.failure();
-    if (Result<void> listening = listen(); !listening)
-        return listening.failure();
-    if (Result<void> shown = showDialog(question); !shown)
-        return shown.failure();
+    TRY(connect());
+    TRY(checkVersion(question.forFolder));
+    TRY(listen());
+    TRY(showDialog(question));
     for (;;) {
-        const Result<BusMessage> message = nextMessage();
-        if (!message)
-            return message.failure();
-        if (isAnswer(message->get()))
-            return answerIn(message->get());
-        if (tellsPortalIsGone(message->get()))
+        const BusMessage message = TRY(nextMessage());
+        if (isAnswer(message.get()))
+            return answerIn(message.get());
+        if (tellsPortalIsGone(message.get()))
             return withoutAnswer();
     }
 }
@@ -175,10 +169,8 @@ Result<DialogAnswer> PortalConversation::chosenPath(sd_bus_message* message) con
     const char* uri = firstURI(message);
     if (uri == nullptr)
         return withoutAnswer();
-    Result<std::string> path = pathOfFileURI(uri);
-    if (!path)
-        return path.failure();
-    return DialogAnswer(*std::move(path));
+    std::string path = TRY(pathOfFileURI(uri));
+    return DialogAnswer(std::move(path));
 }
 
 /// The first element of "uris" among the named results; null without one.

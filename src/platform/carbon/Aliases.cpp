@@ -71,16 +71,12 @@ OSErr FSNewAlias(const FSRef*, const FSRef* target, AliasHandle* alias) {
 }
 
 Result<std::string> pathOfAlias(ByteView bytes) {
-    Result<Alias> alias = parsedAlias(bytes);
-    if (!alias)
-        return alias.failure();
-    if (isTaken(alias->path))
-        return std::move(alias->path);
-    const std::string folder = folderOf(alias->path);
-    const Result<std::string> name = nameOfItem(folder, alias->identity);
-    if (!name)
-        return name.failure();
-    return joinedPath(folder, *name);
+    Alias alias = TRY(parsedAlias(bytes));
+    if (isTaken(alias.path))
+        return std::move(alias.path);
+    const std::string folder = folderOf(alias.path);
+    const std::string name = TRY(nameOfItem(folder, alias.identity));
+    return joinedPath(folder, name);
 }
 
 } // namespace kestrine

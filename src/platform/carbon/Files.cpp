@@ -27,35 +27,27 @@ struct Located {
 Result<Located> locate(const CatalogNode& node) {
     if (node.isTopLevel())
         return Located{{topLevelName(), ""}, {}};
-    Result<CatalogEntry> entry = catalogEntry(node.path());
-    if (!entry)
-        return entry.failure();
-    FSRef parent = referenceTo(entry->parent);
-    return Located{*std::move(entry), std::move(parent)};
+    CatalogEntry entry = TRY(catalogEntry(node.path()));
+    FSRef parent = referenceTo(entry.parent);
+    return Located{std::move(entry), std::move(parent)};
 }
 
 Result<std::string> mountPointAbove(std::string path) {
     while (true) {
-        Result<CatalogEntry> entry = catalogEntry(path);
-        if (!entry)
-            return entry.failure();
-        if (entry->parent.empty())
+        CatalogEntry entry = TRY(catalogEntry(path));
+        if (entry.parent.empty())
             return path;
-        path = std::move(entry->parent);
+        path = std::move(entry.parent);
     }
 }
 
 Result<std::int16_t> volumeNumberOf(const std::string& path) {
-    const Result<std::string> mountPoint = mountPointAbove(path);
-    if (!mountPoint)
-        return mountPoint.failure();
-    const Result<std::vector<Volume>> volumes = mountedVolumes();
-    if (!volumes)
-        return volumes.failure();
-    const auto volume = std::ranges::find(*volumes, *mountPoint, &Volume::mountPoint);
-    if (volume == volumes->end())
+    const std::string mountPoint = TRY(mountPointAbove(path));
+    const std::vector<Volume> volumes = TRY(mountedVolumes());
+    const auto volume = std::ranges::find(volumes, mountPoint, &Volume::mountPoint);
+    if (volume == volumes.end())
         return Failure{Reason::notFound, "the volume is gone"};
-    return static_cast<std::int16_t>(startupVolumeNumber - (volume - volumes->begin()));
+    return static_cast<std::int16_t>(startupVolumeNumber - (volume - volumes.begin()));
 }
 
 FileInfo fileInfoOf(const FinderInfo& kept) {
@@ -73,10 +65,8 @@ Result<FSCatalogInfo> informationOf(const CatalogNode& node, FSCatalogInfoBitmap
         information.volume = *volume;
     }
     if (which & kFSCatInfoFinderInfo) {
-        const Result<FinderInfo> kept = finderInformation(node.path());
-        if (!kept)
-            return kept.failure();
-        information.finderInfo = fileInfoOf(*kept);
+        const FinderInfo kept = TRY(finderInformation(node.path()));
+        information.finderInfo = fileInfoOf(kept);
     }
     return information;
 }
@@ -84,15 +74,11 @@ Result<FSCatalogInfo> informationOf(const CatalogNode& node, FSCatalogInfoBitmap
 Result<FSSpec> specificationOf(const CatalogNode& node, const CatalogEntry& entry) {
     if (node.isTopLevel())
         return Failure{Reason::unsupported, "the level above the volumes is no item"};
-    const Result<std::int16_t> volume = volumeNumberOf(node.path());
-    if (!volume)
-        return volume.failure();
+    const std::int16_t volume = TRY(volumeNumberOf(node.path()));
     if (entry.parent.empty())
-        return FSSpec{*volume, volumesParentNumber, entry.name};
-    const Result<ItemIdentity> parent = identityOf(entry.parent);
-    if (!parent)
-        return parent.failure();
-    return FSSpec{*volume, parent->number, entry.name};
+        return FSSpec{volume, volumesParentNumber, entry.name};
+    const ItemIdentity parent = TRY(identityOf(entry.parent));
+    return FSSpec{volume, parent.number, entry.name};
 }
 
 void storeName(const NSString& name, HFSUniStr255& into) {

@@ -19,14 +19,10 @@ Result<ItemIdentity> identityOf(const std::string& path) {
 }
 
 Result<std::string> nameOfItem(const std::string& folder, const ItemIdentity& identity) {
-    const Result<FileDescriptor> opened = openFolder(folder);
-    if (!opened)
-        return opened.failure();
-    const Result<std::vector<std::string>> names = namesIn(opened->number());
-    if (!names)
-        return names.failure();
-    for (const std::string& name : *names) {
-        const Result<ItemIdentity> found = identityIn(statusOf({opened->number(), name}));
+    const FileDescriptor opened = TRY(openFolder(folder));
+    const std::vector<std::string> names = TRY(namesIn(opened.number()));
+    for (const std::string& name : names) {
+        const Result<ItemIdentity> found = identityIn(statusOf({opened.number(), name}));
         if (found && *found == identity)
             return name;
     }

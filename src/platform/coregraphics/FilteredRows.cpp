@@ -60,8 +60,7 @@ public:
     explicit FilteredHere(std::unique_ptr<Filtering> filtering) : filtering_(std::move(filtering)) {}
 
     Result<std::span<const FloatRow>> next() override {
-        if (Result<void> filled = filtering_->fill(batch_); !filled)
-            return filled.failure();
+        TRY(filtering_->fill(batch_));
         return std::span<const FloatRow>(batch_);
     }
 

@@ -28,8 +28,7 @@ Result<PixelBuffer> readAllRows(RowSource& rows) {
         return Failure{Reason::tooLarge, "the picture is too large to be held in memory"};
     PixelBuffer pixels(rows.format());
     for (std::uint32_t y = 0; y < pixels.format.height; ++y)
-        if (Result<void> done = rows.readRow(pixels.row(y)); !done)
-            return done.failure();
+        TRY(rows.readRow(pixels.row(y)));
     return pixels;
 }
 

@@ -41,14 +41,12 @@ public:
 
 private:
     Result<void> makeResults() {
-        const Result<std::span<const FloatRow>> filtered = filtered_->next();
-        if (!filtered)
-            return filtered.failure();
-        resultCount_ = filtered->size();
+        const std::span<const FloatRow> filtered = TRY(filtered_->next());
+        resultCount_ = filtered.size();
         std::array<const float*, kernels::mostRowsWeighed> from{};
         std::array<float*, kernels::mostRowsWeighed> to{};
         for (std::size_t r = 0; r < resultCount_; ++r) {
-            from[r] = (*filtered)[r].data();
+            from[r] = filtered[r].data();
             to[r] = results_[r].data();
         }
         kernels::weighRows(std::span(from).first(resultCount_), format().channels(), weights_.kernelWeights(),

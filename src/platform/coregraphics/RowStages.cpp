@@ -148,10 +148,8 @@ public:
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (input_ != nullptr) {
-            Result<PixelBuffer> whole = readAllRows(*input_);
-            if (!whole)
-                return whole.failure();
-            source_ = std::move(*whole);
+            PixelBuffer whole = TRY(readAllRows(*input_));
+            source_ = std::move(whole);
             input_.reset();
         }
         if (next_ % turnedRowsAtOnce == 0)

@@ -2,8 +2,8 @@
 
 #include "platform/finder/FinderErrors.h"
 #include "platform/finder/FinderTransfer.h"
-#include "platform/host/process/Environment.h"
 #include "platform/host/files/PathParts.h"
+#include "platform/host/process/Environment.h"
 #include "platform/host/trash/Trash.h"
 
 #include <functional>
@@ -20,11 +20,9 @@ Result<std::vector<std::string>> lookUpAll(const std::vector<std::string>& items
     std::vector<std::string> paths;
     std::set<std::string> seen;
     for (const std::string& path : items) {
-        Result<FinderItem> item = lookUpItem(path);
-        if (!item)
-            return item.failure();
-        if (seen.insert(item->path()).second)
-            paths.push_back(item->path());
+        FinderItem item = TRY(lookUpItem(path));
+        if (seen.insert(item.path()).second)
+            paths.push_back(item.path());
     }
     return paths;
 }
@@ -39,11 +37,9 @@ Result<void> checkNamesDiffer(const std::vector<std::string>& paths) {
 }
 
 Result<void> removeToTrash(const std::vector<std::string>& items) {
-    Result<std::vector<std::string>> paths = lookUpAll(items);
-    if (!paths)
-        return paths.failure();
+    std::vector<std::string> paths = TRY(lookUpAll(items));
     const Environment environment = Environment::ofProcess();
-    for (const std::string& path : *paths)
+    for (const std::string& path : paths)
         if (Result<TrashedItem> trashed = moveToTrash(path, environment); !trashed)
             return trashed.failure();
     return {};
@@ -54,19 +50,13 @@ using Transfer = std::function<Result<void>(const FinderFolder& folder, const Fi
 /// Brings all items into the folder, one after the other.
 Result<void> bring(const std::vector<std::string>& items, const std::string& folderPath,
                    const Transfer& transfer) {
-    Result<std::vector<std::string>> paths = lookUpAll(items);
-    if (!paths)
-        return paths.failure();
-    if (Result<void> differ = checkNamesDiffer(*paths); !differ)
+    std::vector<std::string> paths = TRY(lookUpAll(items));
+    if (Result<void> differ = checkNamesDiffer(paths); !differ)
         return differ;
-    Result<FinderFolder> folder = lookUpFolder(folderPath);
-    if (!folder)
-        return folder.failure();
-    for (const std::string& path : *paths) {
-        Result<FinderItem> item = lookUpItem(path);
-        if (!item)
-            return item.failure();
-        if (Result<void> brought = transfer(*folder, *item); !brought)
+    FinderFolder folder = TRY(lookUpFolder(folderPath));
+    for (const std::string& path : paths) {
+        FinderItem item = TRY(lookUpItem(path));
+        if (Result<void> brought = transfer(folder, item); !brought)
             return brought;
     }
     return {};

@@ -72,8 +72,7 @@ Result<void> save(const char* attribute, const std::string& path, ByteView bytes
 /// answer.
 template <class Value>
 Result<std::optional<Value>> firstValue(std::span<const Place<Value>> places, const std::string& path) {
-    if (Result<void> exists = checkExists(path); !exists)
-        return exists.failure();
+    TRY(checkExists(path));
     std::optional<Failure> unsupported;
     for (const Place<Value>& place : places) {
         const Result<Bytes> stored = load(place.attribute, path);
@@ -112,8 +111,7 @@ Result<bool> update(const Place<Value>& place, const std::string& path, const Va
     const bool isAsWanted = stored ? *stored == *changed && !changed->empty() : changed->empty();
     if (isAsWanted || (!isWhole && role == Role::substitute))
         return isWhole;
-    if (Result<void> saved = save(place.attribute, path, *changed); !saved)
-        return saved.failure();
+    TRY(save(place.attribute, path, *changed));
     return isWhole;
 }
 
@@ -155,10 +153,8 @@ Result<void> setFinderComment(const std::string& path, const NSString& comment) 
 }
 
 Result<FinderInfo> finderInformation(const std::string& path) {
-    const Result<std::optional<FinderInfo>> information = firstValue<FinderInfo>(informationPlaces, path);
-    if (!information)
-        return information.failure();
-    return information->value_or(FinderInfo());
+    const std::optional<FinderInfo> information = TRY(firstValue<FinderInfo>(informationPlaces, path));
+    return information.value_or(FinderInfo());
 }
 
 Result<void> setFinderInformation(const std::string& path, const FinderInfo& information) {

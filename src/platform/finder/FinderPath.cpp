@@ -31,10 +31,8 @@ bool isItemName(const std::string& name) {
 }
 
 Result<std::string> mountPointOf(const NSString& volumeName, const NSString& finderPath) {
-    Result<std::vector<Volume>> volumes = mountedVolumes();
-    if (!volumes)
-        return volumes.failure();
-    for (const Volume& volume : *volumes)
+    std::vector<Volume> volumes = TRY(mountedVolumes());
+    for (const Volume& volume : volumes)
         if (volume.name == volumeName)
             return volume.mountPoint;
     return nothingThere(finderPath);
@@ -56,13 +54,11 @@ Result<NSString> finderPathOf(const std::string& path) {
 }
 
 Result<std::string> pathOfFinderPath(const NSString& finderPath) {
-    Result<std::vector<NSString>> names = namesOf(finderPath);
-    if (!names)
-        return names.failure();
-    Result<std::string> path = mountPointOf(names->front(), finderPath);
+    std::vector<NSString> names = TRY(namesOf(finderPath));
+    Result<std::string> path = mountPointOf(names.front(), finderPath);
     if (!path)
         return path;
-    for (auto shown = names->begin() + 1; shown != names->end(); ++shown) {
+    for (auto shown = names.begin() + 1; shown != names.end(); ++shown) {
         const std::string name = withColonsAndSlashesSwapped(*shown).utf8();
         if (!isItemName(name))
             return nothingThere(finderPath);

@@ -17,23 +17,17 @@ namespace {
 
 /// Whether the user may remove the entry and everything in it. Nothing is changed.
 Result<void> checkTreeRemovable(const FolderEntry& entry) {
-    Result<struct stat> status = statusOf(entry);
-    if (!status)
-        return status.failure();
+    struct stat status = TRY(statusOf(entry));
     if (isMountPoint(entry))
         return Failure{Reason::refused, "a file system is mounted on " + entry.name};
-    if (Result<void> removable = checkRemovable(entry.folder, *status); !removable)
+    if (Result<void> removable = checkRemovable(entry.folder, status); !removable)
         return removable;
-    if (!S_ISDIR(status->st_mode))
+    if (!S_ISDIR(status.st_mode))
         return {};
-    Result<FileDescriptor> folder = openSubfolder(entry);
-    if (!folder)
-        return folder.failure();
-    Result<std::vector<std::string>> names = namesIn(folder->number());
-    if (!names)
-        return names.failure();
-    for (const std::string& name : *names)
-        if (Result<void> removable = checkTreeRemovable({folder->number(), name}); !removable)
+    FileDescriptor folder = TRY(openSubfolder(entry));
+    std::vector<std::string> names = TRY(namesIn(folder.number()));
+    for (const std::string& name : names)
+        if (Result<void> removable = checkTreeRemovable({folder.number(), name}); !removable)
             return removable;
     return {};
 }
@@ -110,15 +104,12 @@ Result<Placement> putInPlace(const std::string& staged, const FolderEntry& place
     if (!now)
         return now.failure();
     if (replacing == Replacing::no || !old) {
-        if (Result<void> placed = takeFreeName(arriving, place); !placed)
-            return placed.failure();
+        TRY(takeFreeName(arriving, place));
         return Placement{};
     }
     if (S_ISDIR(old->st_mode) || S_ISDIR(now->st_mode)) {
-        Result<std::string> hidden = swap(arriving, place);
-        if (!hidden)
-            return hidden.failure();
-        return Placement{true, *hidden};
+        std::string hidden = TRY(swap(arriving, place));
+        return Placement{true, hidden};
     }
     if (const int error = renameTo(arriving, place.name); error != 0)
         return systemFailure("cannot replace " + place.name, error);
@@ -132,11 +123,9 @@ Result<void> removeReplaced(const Placement& placement, const FolderEntry& place
     removeTree(old);
     if (!statusOf(old))
         return {};
-    Result<std::string> name = takeNameWith("replaced", old, place.name);
-    if (!name)
-        return name.failure();
+    std::string name = TRY(takeNameWith("replaced", old, place.name));
     return Failure{Reason::inputOutput,
-                   "what " + place.name + " replaced cannot be removed and is called " + *name};
+                   "what " + place.name + " replaced cannot be removed and is called " + name};
 }
 
 Result<std::string> putBeside(const std::string& staged, const FolderEntry& original) {

@@ -69,18 +69,14 @@ Result<void> removeCopied(const FinderItem& item, const CopiedItem& copied, cons
 
 Result<void> moveByCopy(const FinderFolder& folder, const FinderItem& item, Replacing replacing) {
     const FolderEntry staged = folder.entry(temporaryName()), place = folder.entry(item.name);
-    Result<CopiedItem> copied = copyTree(item.entry(), staged, Original::goes);
-    if (!copied)
-        return copied.failure();
-    if (Result<void> same = checkUnchanged(item.folder.descriptor.number(), *copied); !same) {
+    CopiedItem copied = TRY(copyTree(item.entry(), staged, Original::goes));
+    if (Result<void> same = checkUnchanged(item.folder.descriptor.number(), copied); !same) {
         removeTree(staged);
         return same;
     }
-    Result<Placement> placed = placeCopy(staged, place, replacing);
-    if (!placed)
-        return placed.failure();
-    Result<void> moved = removeCopied(item, *copied, place, placed->hasReplaced);
-    Result<void> cleared = removeReplaced(*placed, place);
+    Placement placed = TRY(placeCopy(staged, place, replacing));
+    Result<void> moved = removeCopied(item, copied, place, placed.hasReplaced);
+    Result<void> cleared = removeReplaced(placed, place);
     return moved ? cleared : moved;
 }
 
@@ -123,11 +119,9 @@ Result<void> copyInto(const FinderFolder& folder, const FinderItem& item, Replac
     const FolderEntry staged = folder.entry(temporaryName()), place = folder.entry(item.name);
     if (Result<CopiedItem> copied = copyTree(item.entry(), staged, Original::stays); !copied)
         return copied.failure();
-    Result<Placement> placed = placeCopy(staged, place, replacing);
-    if (!placed)
-        return placed.failure();
+    Placement placed = TRY(placeCopy(staged, place, replacing));
     Result<void> synced = syncFolder(place.folder);
-    Result<void> cleared = removeReplaced(*placed, place);
+    Result<void> cleared = removeReplaced(placed, place);
     return synced ? cleared : synced;
 }
 

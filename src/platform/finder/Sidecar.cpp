@@ -1,5 +1,6 @@
 #include "platform/finder/Sidecar.h"
 
+#include "platform/host/FreeDeleter.h"
 #include "platform/host/files/ByteReader.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/FileCopy.h"
@@ -9,7 +10,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <memory>
@@ -21,10 +21,6 @@ namespace {
 /// A resource fork has at most 16 MiB, since its offsets have 24 bits; the rest is small.
 constexpr std::uint64_t largestSidecar = 17 * 1024 * 1024;
 
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
-};
-
 /// A name in a folder that is held open.
 struct SidecarPlace {
     FileDescriptor folder;
@@ -32,18 +28,15 @@ struct SidecarPlace {
 };
 
 Result<SidecarPlace> placeBeside(const std::string& path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable.failure();
-    const std::unique_ptr<char, FreeText> resolved(::realpath(path.c_str(), nullptr));
+    TRY(checkPath(path));
+    const std::unique_ptr<char, FreeDeleter> resolved(::realpath(path.c_str(), nullptr));
     if (!resolved)
         return systemFailure("cannot find " + path);
     const std::string item = resolved.get();
     if (nameOf(item).empty())
         return Failure{Reason::notFound, "nothing lies beside the root folder"};
-    Result<FileDescriptor> folder = openFolder(folderOf(item));
-    if (!folder)
-        return folder.failure();
-    return SidecarPlace{std::move(*folder), "._" + nameOf(item)};
+    FileDescriptor folder = TRY(openFolder(folderOf(item)));
+    return SidecarPlace{std::move(folder), "._" + nameOf(item)};
 }
 
 /// `access` is O_RDONLY or O_RDWR.
@@ -72,42 +65,28 @@ Result<struct stat> statusForNewContent(int file, const std::string& name) {
 } // namespace
 
 Result<Bytes> readSidecar(const std::string& path) {
-    Result<SidecarPlace> place = placeBeside(path);
-    if (!place)
-        return place.failure();
-    Result<FileDescriptor> file = openSidecar(*place, O_RDONLY);
-    if (!file)
-        return file.failure();
-    Result<std::shared_ptr<const ByteReader>> reader = readerOfFile(std::move(*file));
-    if (!reader)
-        return reader.failure();
-    return (*reader)->readAll(largestSidecar);
+    SidecarPlace place = TRY(placeBeside(path));
+    FileDescriptor file = TRY(openSidecar(place, O_RDONLY));
+    std::shared_ptr<const ByteReader> reader = TRY(readerOfFile(std::move(file)));
+    return reader->readAll(largestSidecar);
 }
 
 Result<void> replaceSidecar(const std::string& path, ByteView content) {
-    Result<SidecarPlace> place = placeBeside(path);
-    if (!place)
-        return place.failure();
-    Result<FileDescriptor> old = openSidecar(*place, O_RDWR);
-    if (!old)
-        return old.failure();
-    Result<struct stat> status = statusForNewContent(old->number(), place->name);
-    if (!status)
-        return status.failure();
+    SidecarPlace place = TRY(placeBeside(path));
+    FileDescriptor old = TRY(openSidecar(place, O_RDWR));
+    struct stat status = TRY(statusForNewContent(old.number(), place.name));
 
-    const int folder = place->folder.number();
-    Result<TemporaryFile> file = TemporaryFile::create(folder, 0600);
-    if (!file)
-        return file.failure();
-    if (Result<void> written = writeAll(file->descriptor(), content); !written)
+    const int folder = place.folder.number();
+    TemporaryFile file = TRY(TemporaryFile::create(folder, 0600));
+    if (Result<void> written = writeAll(file.descriptor(), content); !written)
         return written;
-    if (Result<void> kept = copyAttributes(old->number(), file->descriptor(), *status); !kept)
+    if (Result<void> kept = copyAttributes(old.number(), file.descriptor(), status); !kept)
         return kept;
-    if (Result<void> finished = finishWriting(file->descriptor(), Durability::synced); !finished)
+    if (Result<void> finished = finishWriting(file.descriptor(), Durability::synced); !finished)
         return finished;
-    if (::renameat(folder, file->entry().name.c_str(), folder, place->name.c_str()) != 0)
-        return systemFailure("cannot replace " + place->name);
-    file->wasRenamed();
+    if (::renameat(folder, file.entry().name.c_str(), folder, place.name.c_str()) != 0)
+        return systemFailure("cannot replace " + place.name);
+    file.wasRenamed();
     return syncFolder(folder);
 }
 

@@ -58,16 +58,13 @@ Result<std::string> withoutLinks(const std::string& path) {
 
 /// The path of an existing item; only its last name may be a link.
 Result<std::string> locate(std::string path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable.failure();
+    TRY(checkPath(path));
     path.erase(path.find_last_not_of('/') + 1);
     const std::string name = nameOf(path);
     if (name.empty() || name == "." || name == "..")
         return withoutLinks(path + "/");
-    Result<std::string> folder = withoutLinks(folderOf(path));
-    if (!folder)
-        return folder;
-    std::string located = joinedPath(*folder, name);
+    std::string folder = TRY(withoutLinks(folderOf(path)));
+    std::string located = joinedPath(folder, name);
     if (const Result<struct stat> found = attributesOf(located, FollowLinks::no); !found)
         return found.failure();
     return located;
@@ -108,18 +105,14 @@ NSString topLevelName() { return nameAboveTheVolumes; }
 Result<CatalogEntry> catalogEntry(const std::string& path) {
     if (path.empty())
         return refusal();
-    Result<std::string> located = locate(path);
-    if (!located)
-        return located.failure();
-    const CatalogEntry item{withColonsAndSlashesSwapped(NSString::fromUTF8(nameOf(*located))),
-                            folderOf(*located)};
-    if (!canBeVolume(*located))
+    std::string located = TRY(locate(path));
+    const CatalogEntry item{withColonsAndSlashesSwapped(NSString::fromUTF8(nameOf(located))),
+                            folderOf(located)};
+    if (!canBeVolume(located))
         return item;
-    Result<std::vector<Volume>> volumes = mountedVolumes();
-    if (!volumes)
-        return volumes.failure();
-    for (const Volume& volume : *volumes)
-        if (volume.mountPoint == *located)
+    std::vector<Volume> volumes = TRY(mountedVolumes());
+    for (const Volume& volume : volumes)
+        if (volume.mountPoint == located)
             return CatalogEntry{volume.name, ""};
     return item;
 }

@@ -52,6 +52,9 @@ public:
 
     const Failure& failure() const { return assert(!ok()), *std::get_if<1>(&content_); }
 
+    /// The value itself, moved out.
+    T take() && { return std::move(*this).value(); }
+
 private:
     std::variant<T, Failure> content_;
 };
@@ -67,9 +70,21 @@ public:
     explicit operator bool() const { return ok_; }
     const Failure& failure() const { return assert(!ok_), failure_; }
 
+    void take() && { assert(ok_); }
+
 private:
     Failure failure_{};
     bool ok_ = true;
 };
 
 } // namespace kestrine
+
+/// The value of a Result, or nothing for Result<void>; on failure the enclosing function returns the failure.
+/// `const Bytes bytes = TRY(readSmallFile(path, limit));` A statement expression, as GCC and clang have them.
+#define TRY(...)                                                                                             \
+    ({                                                                                                       \
+        auto tried = (__VA_ARGS__);                                                                          \
+        if (!tried)                                                                                          \
+            return tried.failure();                                                                          \
+        std::move(tried).take();                                                                             \
+    })

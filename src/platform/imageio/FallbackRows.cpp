@@ -25,10 +25,8 @@ public:
 private:
     /// Goes to the row that is due, with `row` for those before it.
     Result<void> openSecond(std::span<std::uint8_t> row) {
-        Result<RowSourcePointer> opened = openSecond_();
-        if (!opened)
-            return opened.failure();
-        second_ = std::move(*opened);
+        RowSourcePointer opened = TRY(openSecond_());
+        second_ = std::move(opened);
         if (second_->format() != format())
             return Failure{Reason::malformed, "the decoders disagree about the size"};
         for (std::uint32_t i = 0; i < delivered_; ++i) {

@@ -49,10 +49,8 @@ public:
 } // namespace
 
 Result<std::shared_ptr<Source>> Source::open(std::shared_ptr<const ByteReader> reader) {
-    Result<std::unique_ptr<ImageDecoder>> decoder = openImage(std::move(reader));
-    if (!decoder)
-        return decoder.failure();
-    return std::shared_ptr<Source>(new Source(std::move(*decoder)));
+    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(std::move(reader)));
+    return std::shared_ptr<Source>(new Source(std::move(decoder)));
 }
 
 std::shared_ptr<Source> Source::clear(std::uint32_t width, std::uint32_t height) {
@@ -72,13 +70,9 @@ Result<RowSourcePointer> Source::rows(std::size_t frame, int eighths) {
     const std::lock_guard lock(mutex_);
     std::shared_ptr<const PixelBuffer>& kept = kept_[frame];
     if (kept == nullptr) {
-        Result<RowSourcePointer> decoded = decode(frame, 8);
-        if (!decoded)
-            return decoded;
-        Result<PixelBuffer> pixels = readAllRows(**decoded);
-        if (!pixels)
-            return pixels.failure();
-        kept = std::make_shared<const PixelBuffer>(std::move(*pixels));
+        RowSourcePointer decoded = TRY(decode(frame, 8));
+        PixelBuffer pixels = TRY(readAllRows(*decoded));
+        kept = std::make_shared<const PixelBuffer>(std::move(pixels));
     }
     return rowsOfPixels(kept);
 }

@@ -60,12 +60,10 @@ public:
     Result<RowSourcePointer> build() {
         RowPlan plan = planRows(picture_);
         const int eighths = chooseEighths(plan);
-        Result<RowSourcePointer> rows = picture_.source->rows(picture_.frame, eighths);
-        if (!rows)
-            return rows;
+        RowSourcePointer rows = TRY(picture_.source->rows(picture_.frame, eighths));
         const bool isCostly =
             !picture_.description().isUncompressed && !picture_.source->keepsPixels(picture_.frame);
-        RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(*rows)) : std::move(*rows);
+        RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(rows)) : std::move(rows);
         for (std::size_t i = 0; i < plan.steps.size(); ++i)
             pipeline = addStep(std::move(pipeline), plan.steps[i], i + 1 == plan.steps.size());
         if (!keeps16Bits_)
@@ -145,13 +143,10 @@ int decodingEighths(const Resampling& resampling) {
 }
 
 Result<Bytes> render(const Picture& picture, const Output& output) {
-    if (Result<void> size = checkSize(picture); !size)
-        return size.failure();
+    TRY(checkSize(picture));
     const FileTraits& traits = fileTraits[static_cast<std::size_t>(output.type)];
-    Result<RowSourcePointer> built = Pipeline(picture, traits.holds16Bits).build();
-    if (!built)
-        return built.failure();
-    RowSourcePointer rows = std::move(*built);
+    RowSourcePointer built = TRY(Pipeline(picture, traits.holds16Bits).build());
+    RowSourcePointer rows = std::move(built);
     if (!traits.holdsAlpha)
         rows = rowsOnWhite(std::move(rows));
     const std::optional<ColorProfile> profile = picture.profile();
@@ -167,12 +162,9 @@ Result<Bytes> render(const Picture& picture, const Output& output) {
 }
 
 Result<PixelBuffer> readPixels(const Picture& picture) {
-    if (Result<void> size = checkSize(picture); !size)
-        return size.failure();
-    Result<RowSourcePointer> rows = Pipeline(picture, true).build();
-    if (!rows)
-        return rows.failure();
-    return readAllRows(**rows);
+    TRY(checkSize(picture));
+    RowSourcePointer rows = TRY(Pipeline(picture, true).build());
+    return readAllRows(*rows);
 }
 
 } // namespace kestrine

@@ -1,10 +1,10 @@
 #include "platform/foundation/propertylist/PropertyList.h"
 
 #include "platform/foundation/propertylist/PropertyListBounds.h"
+#include "platform/host/FreeDeleter.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <new>
 #include <plist/plist.h>
 
@@ -22,15 +22,11 @@ ByteView withoutByteOrderMark(ByteView content) {
 
 using Writer = decltype(plist_to_bin);
 
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
-};
-
 Bytes written(plist_t root, Writer* write) {
     char* text = nullptr;
     std::uint32_t length = 0;
     write(root, &text, &length);
-    const std::unique_ptr<char, FreeText> owner(text);
+    const std::unique_ptr<char, FreeDeleter> owner(text);
     if (!text)
         throw std::bad_alloc();
     return Bytes(text, text + length);
@@ -43,8 +39,7 @@ void PropertyList::Release::operator()(void* node) const { plist_free(node); }
 PropertyList PropertyList::empty() { return PropertyList(Node(plist_new_dict()), Form::binary); }
 
 Result<PropertyList> PropertyList::fromBytes(ByteView content) {
-    if (Result<void> bounds = checkPropertyListBounds(content); !bounds)
-        return bounds.failure();
+    TRY(checkPropertyListBounds(content));
     const Form form = isBinaryPropertyList(content) ? Form::binary : Form::xml;
     const ByteView parsed = withoutByteOrderMark(content);
     const auto* text = reinterpret_cast<const char*>(parsed.data());

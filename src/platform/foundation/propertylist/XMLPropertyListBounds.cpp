@@ -38,8 +38,8 @@ public:
             if (movedBytes_ > mostMovedBytes)
                 return Failure{Reason::tooLarge, "the property list has too many character references"};
             rest_.remove_prefix(text.size());
-            if (Result<void> passed = rest_.empty() ? Result<void>() : passMarkup(); !passed)
-                return passed;
+            if (!rest_.empty())
+                TRY(passMarkup());
         }
         return {};
     }
@@ -68,33 +68,27 @@ private:
     }
 
     Result<void> passUnread(std::size_t skip, std::string_view closing) {
-        const Result<std::string_view> inside = take(skip, closing);
-        return inside ? Result<void>() : inside.failure();
+        TRY(take(skip, closing));
+        return {};
     }
 
     /// "<?>" is complete to libplist, so one character is skipped.
     Result<void> passInstruction() {
-        const Result<std::string_view> inside = take(1, "?>");
-        if (!inside)
-            return inside.failure();
-        return hasOpenQuote(*inside) ? ambiguous() : Result<void>();
+        const std::string_view inside = TRY(take(1, "?>"));
+        return hasOpenQuote(inside) ? ambiguous() : Result<void>();
     }
 
     Result<void> passDocumentType() {
-        const Result<std::string_view> inside = take(1, ">");
-        if (!inside)
-            return inside.failure();
-        if (inside->find('[') != std::string_view::npos)
+        const std::string_view inside = TRY(take(1, ">"));
+        if (inside.find('[') != std::string_view::npos)
             return Failure{Reason::refused, "the property list declares a document type of its own"};
-        return hasOpenQuote(*inside) ? ambiguous() : Result<void>();
+        return hasOpenQuote(inside) ? ambiguous() : Result<void>();
     }
 
     Result<void> passTag() {
-        const Result<std::string_view> inside = take(1, ">");
-        if (!inside)
-            return inside.failure();
-        const bool isEmpty = inside->ends_with('/');
-        const std::string_view content = inside->substr(0, inside->size() - isEmpty);
+        const std::string_view inside = TRY(take(1, ">"));
+        const bool isEmpty = inside.ends_with('/');
+        const std::string_view content = inside.substr(0, inside.size() - isEmpty);
         if (content.find('<') != std::string_view::npos || hasOpenQuote(content) || content.starts_with('!'))
             return ambiguous();
         const std::string_view name = content.substr(0, content.find_first_of(" \t\r\n"));

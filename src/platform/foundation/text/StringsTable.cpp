@@ -54,8 +54,7 @@ public:
                 return unfinished();
             if (rest_.empty())
                 return table;
-            if (Result<void> entry = readEntry(table); !entry)
-                return entry.failure();
+            TRY(readEntry(table));
         }
     }
 
@@ -93,19 +92,15 @@ private:
     }
 
     Result<void> readEntry(StringsTable& table) {
-        const Result<std::u16string> key = readText();
-        if (!key)
-            return key.failure();
-        Result<std::u16string> value = key;
+        const std::u16string key = TRY(readText());
+        std::u16string value = key;
         if (skipSpace() && take(u"=")) {
             skipSpace();
-            value = readText();
+            value = TRY(readText());
         }
-        if (!value)
-            return value.failure();
         if (!skipSpace() || !take(u";"))
             return unexpected();
-        table.insert_or_assign(*key, *value);
+        table.insert_or_assign(key, value);
         return {};
     }
 
@@ -192,8 +187,8 @@ Result<std::u16string> decoded(ByteView content) {
 Result<StringsTable> parseStringsTable(ByteView content) {
     if (content.size() > largestStringsTable)
         return Failure{Reason::tooLarge, "the strings table is longer than 4 MiB"};
-    const Result<std::u16string> text = decoded(content);
-    return text ? TableReader(*text).read() : text.failure();
+    const std::u16string text = TRY(decoded(content));
+    return TableReader(text).read();
 }
 
 } // namespace kestrine

@@ -78,10 +78,8 @@ Result<std::shared_ptr<const ByteReader>> readerOfFile(FileDescriptor file) {
 }
 
 Result<std::shared_ptr<const ByteReader>> readerOfPath(const std::string& path) {
-    Result<FileDescriptor> file = openForReading(path);
-    if (!file)
-        return file.failure();
-    return readerOfFile(std::move(*file));
+    FileDescriptor file = TRY(openForReading(path));
+    return readerOfFile(std::move(file));
 }
 
 } // namespace kestrine

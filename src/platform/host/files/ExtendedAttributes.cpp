@@ -34,8 +34,7 @@ std::vector<std::string> namesInList(ByteView list) {
 }
 
 Result<void> checkNames(const std::string& path, const std::string& name) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     return checkPath(name);
 }
 
@@ -51,12 +50,11 @@ Result<Bytes> filledBy(std::size_t largest, const std::string& what, const Call&
 }
 
 Result<void> copyOne(int from, int to, const std::string& name) {
-    Result<Bytes> value =
-        filledBy(XATTR_SIZE_MAX, "cannot read the attribute " + name,
-                 [&](void* into, std::size_t room) { return ::fgetxattr(from, name.c_str(), into, room); });
-    if (!value)
-        return value.failure();
-    if (::fsetxattr(to, name.c_str(), value->data(), value->size(), 0) != 0)
+    Bytes value =
+        TRY(filledBy(XATTR_SIZE_MAX, "cannot read the attribute " + name, [&](void* into, std::size_t room) {
+            return ::fgetxattr(from, name.c_str(), into, room);
+        }));
+    if (::fsetxattr(to, name.c_str(), value.data(), value.size(), 0) != 0)
         return attributeFailure("cannot write the attribute " + name);
     return {};
 }
@@ -64,36 +62,30 @@ Result<void> copyOne(int from, int to, const std::string& name) {
 } // namespace
 
 Result<Bytes> getExtendedAttribute(const std::string& path, const std::string& name) {
-    if (Result<void> usable = checkNames(path, name); !usable)
-        return usable.failure();
+    TRY(checkNames(path, name));
     return filledBy(XATTR_SIZE_MAX, "cannot read the attribute " + name, [&](void* into, std::size_t room) {
         return ::getxattr(path.c_str(), name.c_str(), into, room);
     });
 }
 
 Result<void> setExtendedAttribute(const std::string& path, const std::string& name, ByteView value) {
-    if (Result<void> usable = checkNames(path, name); !usable)
-        return usable;
+    TRY(checkNames(path, name));
     if (::setxattr(path.c_str(), name.c_str(), value.data(), value.size(), 0) != 0)
         return attributeFailure("cannot write the attribute " + name);
     return {};
 }
 
 Result<std::vector<std::string>> listExtendedAttributes(const std::string& path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable.failure();
-    Result<Bytes> list =
-        filledBy(XATTR_LIST_MAX, "cannot list the attributes", [&](void* into, std::size_t room) {
+    TRY(checkPath(path));
+    Bytes list =
+        TRY(filledBy(XATTR_LIST_MAX, "cannot list the attributes", [&](void* into, std::size_t room) {
             return ::listxattr(path.c_str(), static_cast<char*>(into), room);
-        });
-    if (!list)
-        return list.failure();
-    return namesInList(*list);
+        }));
+    return namesInList(list);
 }
 
 Result<void> removeExtendedAttribute(const std::string& path, const std::string& name) {
-    if (Result<void> usable = checkNames(path, name); !usable)
-        return usable;
+    TRY(checkNames(path, name));
     if (::removexattr(path.c_str(), name.c_str()) != 0)
         return attributeFailure("cannot remove the attribute " + name);
     return {};

@@ -20,8 +20,7 @@ void setAttributes(int folder, const struct stat& attributes) {
 } // namespace
 
 Result<struct stat> attributesOf(const std::string& path, FollowLinks follow) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable.failure();
+    TRY(checkPath(path));
     struct stat status {};
     const int flags = follow == FollowLinks::yes ? 0 : AT_SYMLINK_NOFOLLOW;
     if (::fstatat(AT_FDCWD, path.c_str(), &status, flags) != 0)
@@ -30,8 +29,7 @@ Result<struct stat> attributesOf(const std::string& path, FollowLinks follow) {
 }
 
 Result<void> makeFolderWithAttributes(const std::string& path, const struct stat& attributes) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     // Nobody else may look in before the folder has the rights that it shall have.
     if (::mkdir(path.c_str(), 0700) != 0)
         return systemFailure("cannot make the folder " + path);
@@ -42,8 +40,7 @@ Result<void> makeFolderWithAttributes(const std::string& path, const struct stat
 }
 
 Result<void> changeCurrentFolder(const std::string& folder) {
-    if (Result<void> usable = checkPath(folder); !usable)
-        return usable;
+    TRY(checkPath(folder));
     if (::chdir(folder.c_str()) != 0)
         return systemFailure("cannot go to the folder " + folder);
     return {};

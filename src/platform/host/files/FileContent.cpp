@@ -11,12 +11,9 @@
 namespace kestrine {
 
 Result<Bytes> readSmallFile(const std::string& path, std::uint64_t limit) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable.failure();
-    Result<std::shared_ptr<const ByteReader>> reader = readerOfPath(path);
-    if (!reader)
-        return reader.failure();
-    return (*reader)->readAll(limit);
+    TRY(checkPath(path));
+    std::shared_ptr<const ByteReader> reader = TRY(readerOfPath(path));
+    return reader->readAll(limit);
 }
 
 Result<void> writeAll(int file, ByteView content) {
@@ -50,8 +47,7 @@ Result<void> syncFolder(int folder) {
 }
 
 Result<void> removeFile(const std::string& path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     if (::unlink(path.c_str()) != 0)
         return systemFailure("cannot remove " + path);
     return {};

@@ -13,9 +13,6 @@ namespace kestrine {
 
 namespace {
 
-/// Each level holds two descriptors, of which a process has about a thousand.
-constexpr unsigned deepestFolder = 200;
-
 /// An original that stays keeps what a copy has to do without.
 AttributeLoss lossFor(Original original) {
     return original == Original::stays ? AttributeLoss::accepted : AttributeLoss::refused;
@@ -25,60 +22,43 @@ Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Orig
                             unsigned depth);
 
 Result<void> copyChildren(int source, int target, CopiedItem& folder, Original original, unsigned depth) {
-    Result<std::vector<std::string>> names = namesIn(source);
-    if (!names)
-        return names.failure();
-    for (const std::string& name : *names) {
-        Result<CopiedItem> child = copyItem({source, name}, {target, name}, original, depth + 1);
-        if (!child)
-            return child.failure();
-        folder.children.push_back(*std::move(child));
+    std::vector<std::string> names = TRY(namesIn(source));
+    for (const std::string& name : names) {
+        CopiedItem child = TRY(copyItem({source, name}, {target, name}, original, depth + 1));
+        folder.children.push_back(std::move(child));
     }
     return {};
 }
 
 Result<void> copyFolder(const FolderEntry& from, const FolderEntry& to, CopiedItem& folder, Original original,
                         unsigned depth) {
-    if (depth > deepestFolder)
+    if (depth > maxFolderDepth)
         return Failure{Reason::tooLarge, "the folders are nested too deeply"};
     if (isMountPoint(from))
         return Failure{Reason::refused, "another file system is mounted on " + from.name};
-    Result<FileDescriptor> source = openSubfolder(from);
-    if (!source)
-        return source.failure();
+    FileDescriptor source = TRY(openSubfolder(from));
     if (::mkdirat(to.folder, to.name.c_str(), 0700) != 0)
         return systemFailure("cannot make a copy of the folder " + from.name);
-    Result<FileDescriptor> target = openSubfolder(to);
-    if (!target)
-        return target.failure();
-    if (Result<void> copied = copyChildren(source->number(), target->number(), folder, original, depth);
-        !copied)
-        return copied;
-    if (Result<void> copied =
-            copyAttributes(source->number(), target->number(), folder.original, lossFor(original));
-        !copied)
-        return copied;
-    return syncFolder(target->number());
+    FileDescriptor target = TRY(openSubfolder(to));
+    TRY(copyChildren(source.number(), target.number(), folder, original, depth));
+    TRY(copyAttributes(source.number(), target.number(), folder.original, lossFor(original)));
+    return syncFolder(target.number());
 }
 
 Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Original original,
                             unsigned depth) {
-    Result<struct stat> status = statusOf(from);
-    if (!status)
-        return status.failure();
+    struct stat status = TRY(statusOf(from));
     if (original == Original::goes)
-        if (Result<void> allowed = checkRemovable(from.folder, *status); !allowed)
-            return allowed.failure();
-    CopiedItem item{from.name, *status, {}};
+        TRY(checkRemovable(from.folder, status));
+    CopiedItem item{from.name, status, {}};
     Result<void> copied = Failure{Reason::unsupported, from.name + " is no file, link or folder"};
-    if (S_ISREG(status->st_mode))
-        copied = copyRegularFile(from, to, *status, lossFor(original));
-    else if (S_ISLNK(status->st_mode))
-        copied = copySymbolicLink(from, to, *status);
-    else if (S_ISDIR(status->st_mode))
+    if (S_ISREG(status.st_mode))
+        copied = copyRegularFile(from, to, status, lossFor(original));
+    else if (S_ISLNK(status.st_mode))
+        copied = copySymbolicLink(from, to, status);
+    else if (S_ISDIR(status.st_mode))
         copied = copyFolder(from, to, item, original, depth);
-    if (!copied)
-        return copied.failure();
+    TRY(copied);
     return item;
 }
 
@@ -92,14 +72,12 @@ Failure changedSinceCopied(const std::string& name) {
 
 /// Whether the entry is still the very item, with the content that was copied.
 Result<void> checkSameContent(int folder, const CopiedItem& item) {
-    Result<struct stat> now = statusOf({folder, item.name});
-    if (!now)
-        return now.failure();
+    struct stat now = TRY(statusOf({folder, item.name}));
     const struct stat& then = item.original;
-    if (now->st_dev != then.st_dev || now->st_ino != then.st_ino || now->st_mode != then.st_mode)
+    if (now.st_dev != then.st_dev || now.st_ino != then.st_ino || now.st_mode != then.st_mode)
         return changedSinceCopied(item.name);
     // Removing the children of a folder changes its time and size.
-    if (!S_ISDIR(then.st_mode) && (now->st_size != then.st_size || !sameTime(now->st_mtim, then.st_mtim)))
+    if (!S_ISDIR(then.st_mode) && (now.st_size != then.st_size || !sameTime(now.st_mtim, then.st_mtim)))
         return changedSinceCopied(item.name);
     return {};
 }
@@ -116,8 +94,7 @@ Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to, Orig
 }
 
 Result<void> checkUnchanged(int folder, const CopiedItem& item) {
-    if (Result<void> same = checkSameContent(folder, item); !same)
-        return same;
+    TRY(checkSameContent(folder, item));
     if (!S_ISDIR(item.original.st_mode))
         return {};
     Result<FileDescriptor> opened = openSubfolder({folder, item.name});
@@ -125,22 +102,17 @@ Result<void> checkUnchanged(int folder, const CopiedItem& item) {
     if (!opened || ::fstat(opened->number(), &now) != 0 || !sameTime(now.st_mtim, item.original.st_mtim))
         return changedSinceCopied(item.name);
     for (const CopiedItem& child : item.children)
-        if (Result<void> same = checkUnchanged(opened->number(), child); !same)
-            return same;
+        TRY(checkUnchanged(opened->number(), child));
     return {};
 }
 
 Result<void> removeOriginal(int folder, const CopiedItem& item, bool& anythingRemoved) {
-    if (Result<void> same = checkSameContent(folder, item); !same)
-        return same;
+    TRY(checkSameContent(folder, item));
     const bool isFolder = S_ISDIR(item.original.st_mode);
     if (isFolder) {
-        Result<FileDescriptor> opened = openSubfolder({folder, item.name});
-        if (!opened)
-            return opened.failure();
+        FileDescriptor opened = TRY(openSubfolder({folder, item.name}));
         for (const CopiedItem& child : item.children)
-            if (Result<void> removed = removeOriginal(opened->number(), child, anythingRemoved); !removed)
-                return removed;
+            TRY(removeOriginal(opened.number(), child, anythingRemoved));
     }
     if (::unlinkat(folder, item.name.c_str(), isFolder ? AT_REMOVEDIR : 0) != 0)
         return systemFailure("cannot remove " + item.name);

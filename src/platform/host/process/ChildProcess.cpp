@@ -60,8 +60,7 @@ private:
 
 Result<pid_t> spawn(const std::string& program, const std::vector<std::string>& arguments,
                     const StreamActions& streams) {
-    if (Result<void> usable = checkPath(program); !usable)
-        return usable.failure();
+    TRY(checkPath(program));
     std::vector<char*> vector{const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments) {
         if (argument.find('\0') != std::string::npos)
@@ -110,10 +109,8 @@ Result<std::string> readPipe(int pipe, std::size_t limit) {
 
 Result<ChildProcess> ChildProcess::start(const std::string& program,
                                          const std::vector<std::string>& arguments) {
-    Result<pid_t> process = spawn(program, arguments, StreamActions());
-    if (!process)
-        return process.failure();
-    return ChildProcess(*process);
+    pid_t process = TRY(spawn(program, arguments, StreamActions()));
+    return ChildProcess(process);
 }
 
 Result<ChildEnd> ChildProcess::wait() { return waitFor(process_); }
@@ -127,14 +124,12 @@ Result<CapturedRun> runCapturingOutput(const std::string& program, const std::ve
     FileDescriptor writing(ends[1]);
     StreamActions streams;
     streams.sendOutputTo(writing.number());
-    Result<pid_t> process = spawn(program, arguments, streams);
-    if (!process)
-        return process.failure();
+    pid_t process = TRY(spawn(program, arguments, streams));
     (void)writing.close();
     Result<std::string> output = readPipe(reading.number(), limit);
     if (!output)
-        ::kill(*process, SIGKILL);
-    Result<ChildEnd> end = waitFor(*process);
+        ::kill(process, SIGKILL);
+    Result<ChildEnd> end = waitFor(process);
     if (!output || !end)
         return output ? end.failure() : output.failure();
     return CapturedRun{*std::move(output), *end};

@@ -1,10 +1,11 @@
 #include "platform/host/trash/Trash.h"
 
+#include "platform/host/FreeDeleter.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/MountPoints.h"
 #include "platform/host/files/PathParts.h"
-#include "platform/host/trash/TrashInfo.h"
 #include "platform/host/files/TreeCopy.h"
+#include "platform/host/trash/TrashInfo.h"
 
 #include <cstdlib>
 #include <ctime>
@@ -47,17 +48,12 @@ Result<Candidate> examine(std::string path) {
     const std::string name = nameOf(path);
     if (name.empty() || name == "." || name == "..")
         return refusal("this name stands for a folder that must stay");
-    Result<FileDescriptor> folder = openFolder(folderOf(path));
-    if (!folder)
-        return folder.failure();
-    Result<struct stat> status = statusOf({folder->number(), name});
-    if (!status)
-        return status.failure();
-    const std::unique_ptr<char, void (*)(void*)> folderPath(::realpath(folderOf(path).c_str(), nullptr),
-                                                            std::free);
+    FileDescriptor folder = TRY(openFolder(folderOf(path)));
+    struct stat status = TRY(statusOf({folder.number(), name}));
+    const std::unique_ptr<char, FreeDeleter> folderPath(::realpath(folderOf(path).c_str(), nullptr));
     if (!folderPath)
         return systemFailure("cannot find " + folderOf(path));
-    return Candidate{*std::move(folder), folderPath.get(), name, *status};
+    return Candidate{std::move(folder), folderPath.get(), name, status};
 }
 
 /// Whether a path below a top folder begins with ".Trash" or ".Trash-1000".
@@ -102,10 +98,8 @@ Result<TrashedItem> moveInto(const TrashFolder& trash, const Candidate& item,
 
 Result<TrashedItem> moveIntoVolumeTrash(const Candidate& item) {
     const std::string top = topFolderOf(item.folderPath);
-    Result<TrashFolder> trash = TrashFolder::openOnVolume(top);
-    if (!trash)
-        return trash.failure();
-    return moveInto(*trash, item, pathBelow(item.path(), top));
+    TrashFolder trash = TRY(TrashFolder::openOnVolume(top));
+    return moveInto(trash, item, pathBelow(item.path(), top));
 }
 
 /// Gives a finished copy its name in the trash, on the disk for good.
@@ -124,53 +118,42 @@ Result<TrashedItem> admitCopy(const TrashFolder& trash, const FolderEntry& copy,
 
 Result<TrashedItem> copyIntoTrash(const TrashFolder& trash, const Candidate& item) {
     const FolderEntry copy{trash.files(), temporaryName()};
-    Result<CopiedItem> copied = copyTree(item.entry(), copy);
-    if (!copied)
-        return copied.failure();
-    Result<TrashedItem> admitted = admitCopy(trash, copy, item);
-    if (!admitted)
-        return admitted;
+    CopiedItem copied = TRY(copyTree(item.entry(), copy));
+    TrashedItem admitted = TRY(admitCopy(trash, copy, item));
     bool anythingRemoved = false;
-    Result<void> removed = checkUnchanged(item.folder.number(), *copied);
+    Result<void> removed = checkUnchanged(item.folder.number(), copied);
     if (removed)
-        removed = removeOriginal(item.folder.number(), *copied, anythingRemoved);
+        removed = removeOriginal(item.folder.number(), copied, anythingRemoved);
     if (!removed && !anythingRemoved) {
-        trash.remove(*admitted);
+        trash.remove(admitted);
         return removed.failure();
     }
     if (item.isFolder())
-        trash.recordFolderSize(*admitted);
-    if (!removed)
-        return removed.failure();
+        trash.recordFolderSize(admitted);
+    TRY(removed);
     return admitted;
 }
 
 } // namespace
 
 Result<TrashedItem> moveToTrash(const std::string& path, const Environment& environment) {
-    Result<Candidate> item = examine(path);
-    if (!item)
-        return item.failure();
+    Candidate item = TRY(examine(path));
     const std::string dataHome = environment.xdgDataHome();
     const std::string homeTrash = dataHome.empty() ? "" : joinedPath(dataHome, "Trash");
-    if (Result<void> allowed = checkAllowed(*item, resolved(environment.homeFolder()), resolved(homeTrash));
-        !allowed)
-        return allowed.failure();
+    TRY(checkAllowed(item, resolved(environment.homeFolder()), resolved(homeTrash)));
     Result<TrashFolder> home = TrashFolder::openHome(homeTrash);
     struct stat folder {};
     const bool isNearHome =
-        home && ::fstat(item->folder.number(), &folder) == 0 && folder.st_dev == home->device();
+        home && ::fstat(item.folder.number(), &folder) == 0 && folder.st_dev == home->device();
     if (isNearHome) {
-        Result<TrashedItem> moved = moveInto(*home, *item, item->path());
+        Result<TrashedItem> moved = moveInto(*home, item, item.path());
         // Unsupported: the home's device mounted in a second place, where nothing can be moved from.
         if (moved || moved.failure().reason != Reason::unsupported)
             return moved;
     }
-    if (Result<TrashedItem> moved = moveIntoVolumeTrash(*item))
+    if (Result<TrashedItem> moved = moveIntoVolumeTrash(item))
         return moved;
-    if (!home)
-        return home.failure();
-    return copyIntoTrash(*home, *item);
+    return copyIntoTrash(TRY(std::move(home)), item);
 }
 
 } // namespace kestrine

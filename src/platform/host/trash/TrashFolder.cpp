@@ -4,9 +4,9 @@
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
+#include "platform/host/files/TreeCopy.h"
 #include "platform/host/trash/TrashInfo.h"
 #include "platform/host/trash/TrashSizes.h"
-#include "platform/host/files/TreeCopy.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -38,21 +38,16 @@ ByteView bytesIn(const std::string& text) {
 } // namespace
 
 Result<TrashFolder> TrashFolder::openHome(const std::string& path) {
-    if (Result<void> made = makePrivateFolders(path); !made)
-        return made.failure();
-    Result<FileDescriptor> root = openFolder(path);
-    if (!root)
-        return root.failure();
-    return openParts(path, *std::move(root));
+    TRY(makePrivateFolders(path));
+    FileDescriptor root = TRY(openFolder(path));
+    return openParts(path, std::move(root));
 }
 
 Result<TrashFolder> TrashFolder::openOnVolume(const std::string& topFolder) {
-    Result<FileDescriptor> top = openFolder(topFolder);
-    if (!top)
-        return top.failure();
+    FileDescriptor top = TRY(openFolder(topFolder));
     const std::string user = std::to_string(::geteuid());
     struct stat status {};
-    Result<FileDescriptor> shared = openSubfolder({top->number(), ".Trash"});
+    Result<FileDescriptor> shared = openSubfolder({top.number(), ".Trash"});
     if (shared && ::fstat(shared->number(), &status) == 0 && (status.st_mode & S_ISVTX) != 0) {
         Result<TrashFolder> trash =
             openOwn({shared->number(), user}, joinedPath(joinedPath(topFolder, ".Trash"), user));
@@ -60,20 +55,18 @@ Result<TrashFolder> TrashFolder::openOnVolume(const std::string& topFolder) {
             return trash;
     }
     const std::string name = ".Trash-" + user;
-    return openOwn({top->number(), name}, joinedPath(topFolder, name));
+    return openOwn({top.number(), name}, joinedPath(topFolder, name));
 }
 
 /// The owner is looked at after making it, too: some file systems give every file to the same user.
 Result<TrashFolder> TrashFolder::openOwn(const FolderEntry& entry, const std::string& path) {
     const bool isNew = ::mkdirat(entry.folder, entry.name.c_str(), 0700) == 0;
-    Result<FileDescriptor> root = openSubfolder(entry);
-    if (!root)
-        return root.failure();
+    FileDescriptor root = TRY(openSubfolder(entry));
     struct stat status {};
-    if (::fstat(root->number(), &status) != 0)
+    if (::fstat(root.number(), &status) != 0)
         return systemFailure("cannot examine " + path);
     if (status.st_uid == ::geteuid())
-        return openParts(path, *std::move(root));
+        return openParts(path, std::move(root));
     if (isNew)
         ::unlinkat(entry.folder, entry.name.c_str(), AT_REMOVEDIR);
     return Failure{Reason::refused, path + " belongs to another user"};
@@ -81,17 +74,13 @@ Result<TrashFolder> TrashFolder::openOwn(const FolderEntry& entry, const std::st
 
 Result<TrashFolder> TrashFolder::openParts(std::string path, FileDescriptor root) {
     TrashFolder trash(std::move(path), std::move(root));
-    Result<FileDescriptor> files = openOrMake({trash.root_.number(), "files"});
-    if (!files)
-        return files.failure();
-    Result<FileDescriptor> info = openOrMake({trash.root_.number(), "info"});
-    if (!info)
-        return info.failure();
+    FileDescriptor files = TRY(openOrMake({trash.root_.number(), "files"}));
+    FileDescriptor info = TRY(openOrMake({trash.root_.number(), "info"}));
     struct stat status {};
-    if (::fstat(files->number(), &status) != 0)
+    if (::fstat(files.number(), &status) != 0)
         return systemFailure("cannot examine the trash");
-    trash.files_ = *std::move(files);
-    trash.info_ = *std::move(info);
+    trash.files_ = std::move(files);
+    trash.info_ = std::move(info);
     trash.device_ = status.st_dev;
     return trash;
 }
@@ -140,8 +129,7 @@ void TrashFolder::recordFolderSize(const TrashedItem& item) const {
 }
 
 Result<void> TrashFolder::sync() const {
-    if (Result<void> synced = syncFolder(info_.number()); !synced)
-        return synced;
+    TRY(syncFolder(info_.number()));
     return syncFolder(files_.number());
 }
 

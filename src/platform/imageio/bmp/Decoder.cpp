@@ -1,9 +1,9 @@
 // Reads BMP files row by row: indices become colours, masked bits become samples, and what is stored from the
 // bottom is read from the end.
 
+#include "platform/imageio/Codecs.h"
 #include "platform/imageio/bmp/Header.h"
 #include "platform/imageio/bmp/RunLength.h"
-#include "platform/imageio/Codecs.h"
 
 #include <algorithm>
 #include <bit>
@@ -61,13 +61,11 @@ public:
           bits_(header.bitsPerPixel) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        const Result<ByteView> bytes = stored_.read(next_++);
-        if (!bytes)
-            return bytes.failure();
+        const ByteView bytes = TRY(stored_.read(next_++));
         const std::size_t perByte = 8 / bits_, mask = (std::size_t{1} << bits_) - 1;
         for (std::size_t x = 0; x < format().width; ++x) {
             const std::size_t shift = 8 - bits_ * (x % perByte + 1);
-            palette_.write((*bytes)[x / perByte] >> shift & mask, &row[3 * x]);
+            palette_.write(bytes[x / perByte] >> shift & mask, &row[3 * x]);
         }
         return {};
     }
@@ -107,13 +105,11 @@ public:
         : RowSource(formatOf(header)), stored_(std::move(reader), header) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        const Result<ByteView> bytes = stored_.read(next_++);
-        if (!bytes)
-            return bytes.failure();
+        const ByteView bytes = TRY(stored_.read(next_++));
         for (std::size_t i = 0; i < row.size(); i += 3) {
-            row[i] = (*bytes)[i + 2];
-            row[i + 1] = (*bytes)[i + 1];
-            row[i + 2] = (*bytes)[i];
+            row[i] = bytes[i + 2];
+            row[i + 1] = bytes[i + 1];
+            row[i + 2] = bytes[i];
         }
         return {};
     }
@@ -154,12 +150,10 @@ public:
     }
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        const Result<ByteView> bytes = stored_.read(next_++);
-        if (!bytes)
-            return bytes.failure();
+        const ByteView bytes = TRY(stored_.read(next_++));
         auto sample = row.begin();
-        for (std::size_t i = 0; i < bytes->size(); i += bytesPerPixel_) {
-            const std::uint32_t pixel = pixelAt(bytes->data() + i);
+        for (std::size_t i = 0; i < bytes.size(); i += bytesPerPixel_) {
+            const std::uint32_t pixel = pixelAt(bytes.data() + i);
             for (const MaskedChannel& channel : channels_)
                 *sample++ = channel.sample(pixel);
         }
@@ -190,10 +184,8 @@ public:
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
         if (header_.isRunLength) {
-            Result<RunLength> codes = RunLength::open(reader_, header_);
-            if (!codes)
-                return codes.failure();
-            return RowSourcePointer(std::make_unique<RunLengthRows>(std::move(*codes), header_));
+            RunLength codes = TRY(RunLength::open(reader_, header_));
+            return RowSourcePointer(std::make_unique<RunLengthRows>(std::move(codes), header_));
         }
         if (header_.isIndexed())
             return RowSourcePointer(std::make_unique<IndexedRows>(reader_, header_));
@@ -210,14 +202,12 @@ private:
 };
 
 Result<std::unique_ptr<ImageDecoder>> openBMP(std::shared_ptr<const ByteReader> reader) {
-    Result<Header> header = readHeader(*reader);
-    if (!header)
-        return header.failure();
-    if (formatOf(*header).pixels() == 0)
+    Header header = TRY(readHeader(*reader));
+    if (formatOf(header).pixels() == 0)
         return Failure{Reason::empty, "the BMP has no pixels"};
-    if (!formatOf(*header).isWithinLimits())
+    if (!formatOf(header).isWithinLimits())
         return Failure{Reason::tooLarge, "the BMP has too many pixels"};
-    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), std::move(*header)));
+    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), std::move(header)));
 }
 
 } // namespace

@@ -183,15 +183,11 @@ bool isBMP(ByteView head) {
 }
 
 Result<Header> readHeader(const ByteReader& reader) {
-    Result<Fields> fields = readFields(reader);
-    if (!fields)
-        return fields.failure();
-    Header header{.profile = readProfile(*fields, reader)};
-    if (Result<void> done = readSides(*fields, header); !done)
-        return done.failure();
-    if (Result<void> done = readPixelKind(*fields, header); !done)
-        return done.failure();
-    readPalette(*fields, reader, header);
+    Fields fields = TRY(readFields(reader));
+    Header header{.profile = readProfile(fields, reader)};
+    TRY(readSides(fields, header));
+    TRY(readPixelKind(fields, header));
+    readPalette(fields, reader, header);
     return header;
 }
 

@@ -22,8 +22,7 @@ RunLength::RunLength(std::shared_ptr<const ByteReader> reader, const Header& hea
 
 Result<RunLength> RunLength::open(std::shared_ptr<const ByteReader> reader, const Header& header) {
     RunLength codes(std::move(reader), header);
-    if (Result<void> done = codes.findRows(header.width); !done)
-        return done.failure();
+    TRY(codes.findRows(header.width));
     return codes;
 }
 

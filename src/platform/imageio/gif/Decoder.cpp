@@ -75,10 +75,8 @@ Result<std::unique_ptr<Stream>> Stream::open(std::shared_ptr<const ByteReader> r
     stream->file_.reset(DGifOpen(&stream->input_, read, &error));
     if (!stream->file_)
         return failureOf(error);
-    if (Result<void> done = stream->goToPicture(); !done)
-        return done.failure();
-    if (Result<void> done = stream->layOut(); !done)
-        return done.failure();
+    TRY(stream->goToPicture());
+    TRY(stream->layOut());
     return stream;
 }
 
@@ -225,15 +223,13 @@ public:
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        Result<std::unique_ptr<Stream>> stream = Stream::open(reader_);
-        if (!stream)
-            return stream.failure();
-        const Layout& layout = (*stream)->layout();
+        std::unique_ptr<Stream> stream = TRY(Stream::open(reader_));
+        const Layout& layout = stream->layout();
         if (formatOf(layout) != frames_[0].format)
             return Failure{Reason::malformed, "the GIF changed while it was read"};
         if (std::uint64_t{layout.width} * layout.height / maximumPixelsPerByte > reader_->size())
             return Failure{Reason::truncated, "the GIF is too short for its size"};
-        return RowSourcePointer(std::make_unique<Rows>(std::move(*stream)));
+        return RowSourcePointer(std::make_unique<Rows>(std::move(stream)));
     }
 
     Result<Bytes> colorTable() const override { return colors_; }
@@ -250,10 +246,8 @@ bool recognisesGIF(ByteView head) {
 }
 
 Result<std::unique_ptr<ImageDecoder>> openGIF(std::shared_ptr<const ByteReader> reader) {
-    Result<std::unique_ptr<Stream>> stream = Stream::open(reader);
-    if (!stream)
-        return stream.failure();
-    const Layout& layout = (*stream)->layout();
+    std::unique_ptr<Stream> stream = TRY(Stream::open(reader));
+    const Layout& layout = stream->layout();
     if (!formatOf(layout).isWithinLimits())
         return Failure{Reason::tooLarge, "the GIF has too many pixels"};
     return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), layout));

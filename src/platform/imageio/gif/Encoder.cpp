@@ -52,8 +52,7 @@ Result<LoadedPicture> load(RowSource& rows, bool dithersTransparency) {
     Bytes samples(format.bytesPerRow()), alpha(format.width);
     TransparencyDither transparency(format.width);
     for (std::uint32_t y = 0; y < format.height; ++y) {
-        if (Result<void> done = rows.readRow(samples); !done)
-            return done.failure();
+        TRY(rows.readRow(samples));
         Pixel* row = loaded.picture.row(y);
         unpackRow(samples, format.channels(), row, alpha);
         if (format.hasAlpha && dithersTransparency)
@@ -103,9 +102,8 @@ void placeExactly(const LoadedPicture& loaded, const Pixel* row,
                   const std::vector<std::uint8_t>& indexOfEntry, std::optional<std::uint8_t> transparent,
                   std::span<std::uint8_t> indices) {
     for (std::size_t x = 0; x < indices.size(); ++x)
-        indices[x] = row[x].cover == Cover::opaque
-                         ? indexOfEntry[loaded.shownColors.positionOf(row[x].color)]
-                         : *transparent;
+        indices[x] = row[x].cover == Cover::opaque ? indexOfEntry[loaded.shownColors.positionOf(row[x].color)]
+                                                   : *transparent;
 }
 
 void appendPixels(Bytes& file, const LoadedPicture& loaded, const Palette& palette) {
@@ -132,17 +130,15 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
         return Failure{Reason::tooLarge, "a GIF has at most 65535 pixels a side"};
     if (format.depth != SampleDepth::bits8)
         return Failure{Reason::unsupported, "a GIF takes 8-bit samples"};
-    Result<LoadedPicture> loaded = load(rows, options.ditherTransparency);
-    if (!loaded)
-        return loaded.failure();
+    LoadedPicture loaded = TRY(load(rows, options.ditherTransparency));
 
-    const Palette palette = paletteFor(*loaded, options.colorTable);
+    const Palette palette = paletteFor(loaded, options.colorTable);
     Bytes file;
-    appendScreen(file, loaded->picture, palette);
+    appendScreen(file, loaded.picture, palette);
     if (palette.transparent)
         appendTransparency(file, *palette.transparent);
-    appendDescriptor(file, loaded->picture);
-    appendPixels(file, *loaded, palette);
+    appendDescriptor(file, loaded.picture);
+    appendPixels(file, loaded, palette);
     append(file, {0x3B});
     return file;
 }

@@ -1,8 +1,8 @@
 #include "platform/imageio/jpeg/LibraryOnlyScope.h"
 
 #include "platform/imageio/Codecs.h"
-#include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/FallbackRows.h"
+#include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/jpeg/LibraryReader.h"
 #include "platform/imageio/jpeg/LibraryRows.h"
 #ifdef KESTRINE_OWN_JPEG_DECODER
@@ -37,11 +37,9 @@ class Decoder final : public ImageDecoder {
 public:
     static Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
         LibraryReader header(reader);
-        if (Result<void> read = header.readHeader({exifSegment, profileSegment}); !read)
-            return read.failure();
+        TRY(header.readHeader({exifSegment, profileSegment}));
         std::unique_ptr<Decoder> decoder(new Decoder(std::move(reader)));
-        if (Result<void> described = decoder->describe(header); !described)
-            return described.failure();
+        TRY(decoder->describe(header));
         return std::unique_ptr<ImageDecoder>(std::move(decoder));
     }
 
@@ -118,8 +116,7 @@ private:
         return facts.resolution.value_or(Resolution{});
     }
 
-    std::optional<ColorProfile> profileOf(LibraryReader& header, ColorModel model,
-                                          const ExifFacts& facts) {
+    std::optional<ColorProfile> profileOf(LibraryReader& header, ColorModel model, const ExifFacts& facts) {
         JOCTET* data = nullptr;
         unsigned length = 0;
         const bool found =

@@ -144,17 +144,13 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
         return Failure{Reason::tooLarge, "JPEG takes at most 65500 pixels a side"};
     Bytes bytes;
     Compressor compressor(rows.format(), options, bytes);
-    if (Result<void> begun = compressor.begin(); !begun)
-        return begun.failure();
+    TRY(compressor.begin());
     Bytes row(rows.format().bytesPerRow());
     for (std::uint32_t y = 0; y < rows.format().height; ++y) {
-        if (Result<void> read = rows.readRow(row); !read)
-            return read.failure();
-        if (Result<void> written = compressor.writeRow(row.data()); !written)
-            return written.failure();
+        TRY(rows.readRow(row));
+        TRY(compressor.writeRow(row.data()));
     }
-    if (Result<void> finished = compressor.finish(); !finished)
-        return finished.failure();
+    TRY(compressor.finish());
     return bytes;
 }
 

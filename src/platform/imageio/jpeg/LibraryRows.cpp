@@ -9,7 +9,7 @@ namespace {
 class LibraryRows final : public RowSource {
 public:
     LibraryRows(std::unique_ptr<LibraryReader> decompressor, const RowFormat& format,
-                    std::unique_ptr<ForeignConverter> converter)
+                std::unique_ptr<ForeignConverter> converter)
         : RowSource(format), decompressor_(std::move(decompressor)), converter_(std::move(converter)),
           inks_(converter_ == nullptr ? 0 : std::size_t{4} * format.width) {}
 
@@ -32,11 +32,10 @@ private:
 } // namespace
 
 Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
-                                             const RowFormat& fullFormat, int eighths,
-                                             std::unique_ptr<ForeignConverter> inks) {
+                                         const RowFormat& fullFormat, int eighths,
+                                         std::unique_ptr<ForeignConverter> inks) {
     auto decompressor = std::make_unique<LibraryReader>(std::move(reader));
-    if (Result<void> read = decompressor->readHeader(); !read)
-        return read.failure();
+    TRY(decompressor->readHeader());
     jpeg_decompress_struct& info = decompressor->info;
     info.scale_num = static_cast<unsigned>(eighths);
     info.scale_denom = 8;
@@ -48,8 +47,7 @@ Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reade
     RowFormat format = fullFormat;
     format.width = info.output_width;
     format.height = info.output_height;
-    return RowSourcePointer(
-        std::make_unique<LibraryRows>(std::move(decompressor), format, std::move(inks)));
+    return RowSourcePointer(std::make_unique<LibraryRows>(std::move(decompressor), format, std::move(inks)));
 }
 
 } // namespace kestrine::jpeg

@@ -99,7 +99,8 @@ std::optional<ColorProfile> calibratedProfile(const LibraryReader& file, ColorMo
     return ColorProfile::fromGamma(1 / gamma, primaries, model);
 }
 
-std::optional<ColorProfile> storedProfile(const LibraryReader& file, ColorModel model, const ExifFacts& exif) {
+std::optional<ColorProfile> storedProfile(const LibraryReader& file, ColorModel model,
+                                          const ExifFacts& exif) {
     if (std::optional<ColorProfile> profile = embeddedProfile(file, model))
         return profile;
     if (png_get_valid(file.png(), file.info(), PNG_INFO_sRGB))
@@ -135,8 +136,7 @@ public:
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
         auto file = std::make_unique<LibraryReader>(reader_);
-        if (Result<void> header = file->readHeader(); !header)
-            return header.failure();
+        TRY(file->readHeader());
         if (!(file->format() == frames_.front().format))
             return Failure{Reason::malformed, "the PNG picture changed while it was read"};
         if (RowSourcePointer fast = openFastRows(*file, reader_))
@@ -159,8 +159,7 @@ bool recognises(ByteView head) {
 
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     LibraryReader file(reader);
-    if (Result<void> header = file.readHeader(); !header)
-        return header.failure();
+    TRY(file.readHeader());
     if (!file.format().isWithinLimits())
         return Failure{Reason::tooLarge, "the PNG picture has too many pixels"};
     if (file.storedBytes() > maximumDeflateRatio * reader->size())

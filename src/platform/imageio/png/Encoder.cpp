@@ -130,12 +130,9 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     if (!rows.format().isWithinLimits())
         return Failure{rows.format().pixels() == 0 ? Reason::empty : Reason::tooLarge,
                        "a picture of this size cannot become a PNG"};
-    Result<Bytes> file = PNGHeader(rows.format(), options).make();
-    if (!file)
-        return file;
-    if (Result<void> written = writePixels(rows, *file); !written)
-        return written.failure();
-    appendChunk("IEND", {}, *file);
+    Bytes file = TRY(PNGHeader(rows.format(), options).make());
+    TRY(writePixels(rows, file));
+    appendChunk("IEND", {}, file);
     return file;
 }
 

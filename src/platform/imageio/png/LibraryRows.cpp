@@ -9,8 +9,7 @@ LibraryRows::LibraryRows(std::unique_ptr<LibraryReader> reader)
 
 Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader) {
     auto file = std::make_unique<LibraryReader>(std::move(reader));
-    if (Result<void> header = file->readHeader(); !header)
-        return header.failure();
+    TRY(file->readHeader());
     return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file)));
 }
 

@@ -67,10 +67,8 @@ private:
 
     Result<void> readText(std::span<std::uint8_t> row) {
         for (std::size_t i = 0; i < row.size(); i += format().bytesPerSample()) {
-            const Result<std::uint32_t> number = readNumber(*input_);
-            if (!number)
-                return number.failure();
-            store(*number, &row[i]);
+            const std::uint32_t number = TRY(readNumber(*input_));
+            store(number, &row[i]);
         }
         return {};
     }

@@ -65,10 +65,8 @@ Result<Header> readNumbers(ForwardReader& input, const Variant& variant) {
     const bool hasLargest = variant.samples == Samples::text || variant.samples == Samples::bytes;
     std::array<std::uint32_t, 3> numbers = {0, 0, 1}; // width, height, largest
     for (std::size_t i = 0; i < (hasLargest ? 3u : 2u); ++i) {
-        const Result<std::uint32_t> number = readNumber(input);
-        if (!number)
-            return number.failure();
-        numbers[i] = *number;
+        const std::uint32_t number = TRY(readNumber(input));
+        numbers[i] = number;
     }
     const auto [width, height, largest] = numbers;
     if (largest < 1 || largest > largestPossible)

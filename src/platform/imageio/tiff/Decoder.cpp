@@ -48,10 +48,8 @@ public:
 
 private:
     Result<Page> readPage(std::uint64_t directory) const {
-        const Result<std::unique_ptr<File>> file = File::open(reader_, directory);
-        if (!file)
-            return file.failure();
-        return tiff::readPage(**file, directory);
+        const std::unique_ptr<File> file = TRY(File::open(reader_, directory));
+        return tiff::readPage(*file, directory);
     }
 
     void add(Page page) {
@@ -72,12 +70,9 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
     if (const Result<Functions>& library = tiffFunctions(); !library)
         return library.failure();
     Structure structure(reader);
-    const Result<std::vector<std::uint64_t>> directories = structure.pages();
-    if (!directories)
-        return directories.failure();
+    const std::vector<std::uint64_t> directories = TRY(structure.pages());
     auto decoder = std::make_unique<Decoder>(std::move(reader), std::move(structure));
-    if (Result<void> pages = decoder->readPages(*directories); !pages)
-        return pages.failure();
+    TRY(decoder->readPages(directories));
     return std::unique_ptr<ImageDecoder>(std::move(decoder));
 }
 

@@ -71,8 +71,8 @@ Field longs(Tag tag, std::span<const std::uint32_t> numbers) {
 
 Field longNumber(Tag tag, std::uint32_t number) { return longs(tag, {&number, 1}); }
 
-/// `number` (1 to 100000) by continued fractions: exact for all simple ratios, such as 72 x 1201 / 1200. It comes from
-/// sizes in single precision, which are good to 1e-7.
+/// `number` (1 to 100000) by continued fractions: exact for all simple ratios, such as 72 x 1201 / 1200. It
+/// comes from sizes in single precision, which are good to 1e-7.
 Field rational(Tag tag, double number) {
     constexpr double closeEnough = 1e-7, largestTerm = 1e9;
     std::uint64_t numerator = 1, denominator = 0, numeratorBefore = 0, denominatorBefore = 1;
@@ -228,8 +228,7 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     while (file.size() < layout.fileBytes) {
         file.resize(file.size() + format.bytesPerRow());
         const std::span<std::uint8_t> row = std::span(file).last(format.bytesPerRow());
-        if (Result<void> read = rows.readRow(row); !read)
-            return read.failure();
+        TRY(rows.readRow(row));
         makeLittleEndian(row, format.depth);
     }
     return file;

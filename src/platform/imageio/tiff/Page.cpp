@@ -256,23 +256,18 @@ Result<Page> readPage(const File& file, std::uint64_t directory) {
     page.isYCbCrJPEG = compression == COMPRESSION_JPEG && !page.isPlanar && page.bits == 8
                        && file.shortNumber(TIFFTAG_PHOTOMETRIC, 0) == PHOTOMETRIC_YCBCR;
     readBlocks(file, page);
-    if (Result<void> samples = readSamples(file, page); !samples)
-        return samples.failure();
+    TRY(readSamples(file, page));
     prepare(file, page);
-    if (Result<void> blocks = checkBlocks(file, page); !blocks)
-        return blocks.failure();
+    TRY(checkBlocks(file, page));
     page.format = deliveredFormat(page);
     page.resolution = storedResolution(file);
     page.icc = storedICC(file);
     return page;
 }
 
-Result<std::unique_ptr<File>> reopenPage(std::shared_ptr<const ByteReader> reader,
-                                                 const Page& page) {
-    Result<std::unique_ptr<File>> file = File::open(std::move(reader), page.directory);
-    if (!file)
-        return file;
-    const Result<Page> again = readPage(**file, page.directory);
+Result<std::unique_ptr<File>> reopenPage(std::shared_ptr<const ByteReader> reader, const Page& page) {
+    std::unique_ptr<File> file = TRY(File::open(std::move(reader), page.directory));
+    const Result<Page> again = readPage(*file, page.directory);
     if (!again || !(*again == page))
         return Failure{Reason::malformed, "the TIFF picture changed while it was read"};
     return file;

@@ -79,10 +79,8 @@ private:
 
 Result<RowSourcePointer> renderedRowsOfTIFF(const std::shared_ptr<const ByteReader>& reader,
                                             std::shared_ptr<const Page> page) {
-    Result<std::unique_ptr<File>> file = reopenPage(reader, *page);
-    if (!file)
-        return file.failure();
-    return RowSourcePointer(std::make_unique<RenderedRows>(std::move(*file), std::move(page)));
+    std::unique_ptr<File> file = TRY(reopenPage(reader, *page));
+    return RowSourcePointer(std::make_unique<RenderedRows>(std::move(file), std::move(page)));
 }
 
 } // namespace kestrine::tiff

@@ -92,10 +92,8 @@ public:
         for (unsigned plane = 0; plane < page_->planes(); ++plane) {
             if (!planes_[plane])
                 continue;
-            const Result<ByteView> packed = planes_[plane]->row(y_);
-            if (!packed)
-                return packed.failure();
-            unpack(*packed);
+            const ByteView packed = TRY(planes_[plane]->row(y_));
+            unpack(packed);
             choose(plane);
         }
         y_ = share_.rowBehind(y_);
@@ -174,12 +172,10 @@ Result<Planes> openPlanes(const std::shared_ptr<const ByteReader>& reader, const
         const bool isIgnored = plane >= page.colorSamples() && static_cast<int>(plane) != page.alpha;
         if (page.isPlanar && isIgnored)
             continue;
-        Result<std::unique_ptr<StoredRows>> rows = StoredRows::open(reader, page, plane);
-        if (!rows)
-            return rows.failure();
-        if ((*rows)->rowBytes() < (bits + 7) / 8)
+        std::unique_ptr<StoredRows> rows = TRY(StoredRows::open(reader, page, plane));
+        if (rows->rowBytes() < (bits + 7) / 8)
             return Failure{Reason::malformed, "the TIFF picture has rows that are too short for its pixels"};
-        planes[plane] = std::move(*rows);
+        planes[plane] = std::move(rows);
     }
     return planes;
 }
@@ -213,13 +209,11 @@ Result<RowSourcePointer> rowsOfTIFF(const std::shared_ptr<const ByteReader>& rea
     std::vector<RowSourcePointer> parts;
     Share share;
     do {
-        Result<Planes> planes = openPlanes(reader, *page);
-        if (!planes)
-            return planes.failure();
+        Planes planes = TRY(openPlanes(reader, *page));
         if (parts.empty())
-            share = sharesOf(*page, *planes->front());
+            share = sharesOf(*page, *planes.front());
         share.part = static_cast<std::uint32_t>(parts.size());
-        parts.push_back(sampleRows(page, std::move(*planes), share));
+        parts.push_back(sampleRows(page, std::move(planes), share));
     } while (parts.size() < share.parts);
     return parts.size() == 1 ? std::move(parts.front()) : rowsInTurns(std::move(parts), share.rowsABand);
 }

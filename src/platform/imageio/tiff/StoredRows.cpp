@@ -12,8 +12,8 @@ constexpr std::uint64_t largestWholeStrip = 4 << 20;
 class WholeStrips final : public StoredRows {
 public:
     WholeStrips(std::unique_ptr<File> file, std::size_t rowBytes, const Page& page, unsigned plane)
-        : StoredRows(std::move(file), rowBytes, page.blockRows),
-          plane_(static_cast<std::uint16_t>(plane)), height_(page.format.height) {}
+        : StoredRows(std::move(file), rowBytes, page.blockRows), plane_(static_cast<std::uint16_t>(plane)),
+          height_(page.format.height) {}
 
 private:
     bool readBlock(std::uint32_t y, Bytes& block) override {
@@ -46,8 +46,8 @@ private:
 class TileRows final : public StoredRows {
 public:
     TileRows(std::unique_ptr<File> file, std::size_t rowBytes, const Page& page, unsigned plane)
-        : StoredRows(std::move(file), rowBytes, page.blockRows),
-          plane_(static_cast<std::uint16_t>(plane)), width_(page.format.width), tileWidth_(page.tileWidth) {}
+        : StoredRows(std::move(file), rowBytes, page.blockRows), plane_(static_cast<std::uint16_t>(plane)),
+          width_(page.format.width), tileWidth_(page.tileWidth) {}
 
 private:
     bool readBlock(std::uint32_t y, Bytes& block) override {
@@ -73,11 +73,9 @@ private:
 } // namespace
 
 Result<std::unique_ptr<StoredRows>> StoredRows::open(std::shared_ptr<const ByteReader> reader,
-                                                             const Page& page, unsigned plane) {
-    Result<std::unique_ptr<File>> opened = reopenPage(std::move(reader), page);
-    if (!opened)
-        return opened.failure();
-    std::unique_ptr<File> file = std::move(*opened);
+                                                     const Page& page, unsigned plane) {
+    std::unique_ptr<File> opened = TRY(reopenPage(std::move(reader), page));
+    std::unique_ptr<File> file = std::move(opened);
     const Functions& library = file->library();
     if (page.tileWidth) {
         const std::size_t across = (page.format.width + page.tileWidth - 1) / page.tileWidth;

@@ -150,10 +150,8 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
     const Result<Functions>& library = webpFunctions();
     if (!library)
         return library.failure();
-    Result<Bytes> bytes = reader->readAll(maximumFileBytes);
-    if (!bytes)
-        return bytes.failure();
-    const auto shared = std::make_shared<const Bytes>(std::move(*bytes));
+    Bytes bytes = TRY(reader->readAll(maximumFileBytes));
+    const auto shared = std::make_shared<const Bytes>(std::move(bytes));
     const File file(*library, *shared);
     if (!file.isSound())
         return Failure{Reason::malformed, "the WebP file is damaged or not whole"};

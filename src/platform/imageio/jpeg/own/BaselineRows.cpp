@@ -65,8 +65,7 @@ private:
 
 Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, int eighths) {
     BorrowedDecoder decoder = borrowDecoder();
-    if (Result<void> started = decoder->start(std::move(reader), eighths); !started)
-        return started.failure();
+    TRY(decoder->start(std::move(reader), eighths));
     return RowSourcePointer(std::make_unique<BaselineRows>(std::move(decoder), eighths > 1));
 }
 

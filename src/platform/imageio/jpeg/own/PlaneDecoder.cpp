@@ -26,10 +26,8 @@ void Plane::prepare(const PlaneGeometry& geometry, const Component& component, s
 }
 
 Result<void> PlaneDecoder::start(std::shared_ptr<const ByteReader> reader, int eighths) {
-    Result<FrameHeader> header = readFrameHeader(reader);
-    if (!header)
-        return header.failure();
-    header_ = *header;
+    FrameHeader header = TRY(readFrameHeader(reader));
+    header_ = header;
     eighths_ = eighths;
     mcusAcross_ = quotientRoundedUp(header_.width, header_.horizontalFactor() * 8);
     bands_ = quotientRoundedUp(header_.height, header_.verticalFactor() * 8);
