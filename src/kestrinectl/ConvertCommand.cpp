@@ -3,8 +3,9 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ConvertChains.h"
 #include "kestrinectl/ConvertReport.h"
-#include "kestrinectl/Lines.h"
+#include "kestrinectl/Messages.h"
 #include "kestrinectl/PresetStore.h"
+#include "kestrinectl/ShownPath.h"
 #include "kestrinectl/Words.h"
 #include "models/ResizeJob.h"
 #include "platform/coregraphics/RowsAhead.h"
@@ -130,9 +131,9 @@ private:
 void printFindings(const ConvertInputs& inputs) {
     for (const auto& sentences : {inputs.complaints, inputs.leftOut, inputs.emptyFolders})
         for (const std::string& sentence : sentences)
-            printMessage(sentence);
+            printError(sentence);
     if (inputs.otherFiles > 0)
-        printMessage(counted(inputs.otherFiles, "other file") + " left out");
+        printError(counted(inputs.otherFiles, "other file") + " left out");
 }
 
 void throwWhenStopped(std::size_t done, std::size_t count) {

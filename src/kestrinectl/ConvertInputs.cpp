@@ -1,7 +1,7 @@
 #include "kestrinectl/ConvertInputs.h"
 
 #include "kestrinectl/ConvertPictureSigns.h"
-#include "kestrinectl/Lines.h"
+#include "kestrinectl/ShownPath.h"
 #include "platform/host/process/StopSignals.h"
 #include "platform/imageio/ImageCodec.h"
 

@@ -1,7 +1,7 @@
 #include "kestrinectl/ConvertReport.h"
 
-#include "kestrinectl/Lines.h"
-#include "platform/host/process/StandardStreams.h"
+#include "kestrinectl/Messages.h"
+#include "platform/host/process/Terminal.h"
 
 #include <iostream>
 
@@ -12,16 +12,17 @@ namespace {
 void printResult(const ConvertResult& result) {
     for (const std::string& line : result.lines)
         printLine(line);
+    std::cout.flush();
     for (const std::string& warning : result.warnings)
-        printMessage("warning: " + warning);
+        printWarning(warning);
     for (const std::string& complaint : result.complaints)
-        printMessage(complaint);
+        printError(complaint);
 }
 
 } // namespace
 
 ConvertReport::ConvertReport(std::size_t count)
-    : count_(count), showsProgress_(count > 1 && isTerminal(standardError)) {
+    : count_(count), showsProgress_(count > 1 && isTerminal(OutputStream::standardError)) {
     showProgress();
 }
 

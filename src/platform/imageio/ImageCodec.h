@@ -37,7 +37,7 @@ class ImageDecoder {
 public:
     virtual ~ImageDecoder() = default;
 
-    /// At least one, in stored order, each within the limits of RowFormat::isWithinLimits().
+    /// At least one, the main picture first, each within the limits of RowFormat::isWithinLimits().
     const std::vector<FrameDescription>& frames() const { return frames_; }
 
     /// Starts decoding `frame` (an index into frames()). `eighths` is 8, or 4, 2, 1 where the frame can

@@ -119,16 +119,20 @@ TEST(NSImage, anImageFromAFileIsAsLargeInPointsAsItsResolutionSays) {
     EXPECT_EQ(image->representations().front()->size(), (NSSize{72, 96}));
 }
 
-TEST(NSImage, thePagesOfAFileAreRepresentationsInStoredOrder) {
-    const testing::TemporaryFolder folder;
-    const std::string path = folder.write("a.tif", tiffOfPages({{4, 3}, {20, 10}, {5, 5}}));
-    const auto image = NSImage::initWithContentsOfFile(NSString::fromUTF8(path));
+TEST(NSImage, thePagesOfAFileAreRepresentationsAndTheFirstIsTheBest) {
+    const auto image = imageOfFile(tiffOfPages({{4, 3}, {20, 10}, {5, 5}}));
     ASSERT_EQ(image->representations().size(), 3U);
     EXPECT_EQ(image->size(), (NSSize{4, 3})) << "the first one's";
     EXPECT_EQ(image->representations()[1]->pixelsWide(), 20);
     EXPECT_EQ(image->representations()[2]->pixelsWide(), 5);
-    EXPECT_EQ(image->bestRepresentation(), image->representations()[1]);
+    EXPECT_EQ(image->bestRepresentation(), image->representations()[0]);
     EXPECT_EQ(image->bitmapOfTIFFRepresentation()->pixelsWide(), 4);
+}
+
+TEST(NSImage, aRepresentationAddedToThoseOfAFileIsTheBestWhenItHasMostPixels) {
+    const auto image = imageOfFile(tiffOfPages({{4, 3}, {20, 10}}));
+    image->addRepresentation(photoRep(2, 2));
+    EXPECT_EQ(image->bestRepresentation(), image->representations()[1]);
 }
 
 TEST(NSImage, theFileMayGoAwayOnceItIsLoaded) {

@@ -1,20 +1,8 @@
-#include "kestrinectl/Lines.h"
-
-#include "kestrinectl/ShownText.h"
-#include "platform/host/process/StandardStreams.h"
+#include "kestrinectl/ShownPath.h"
 
 #include <filesystem>
-#include <iostream>
 
 namespace kestrine {
-
-void printLine(std::string_view line) {
-    std::cout << shownText(line, isTerminal(standardOutput)) << "\n" << std::flush;
-}
-
-void printMessage(std::string_view line) {
-    std::cerr << "kestrinectl: " << shownText(line, isTerminal(standardError)) << "\n";
-}
 
 std::string shownPath(const std::string& path) {
     std::filesystem::path result;

@@ -1,4 +1,4 @@
-#include "kestrinectl/Lines.h"
+#include "kestrinectl/ShownPath.h"
 
 #include <gtest/gtest.h>
 
