@@ -264,6 +264,19 @@ TEST_F(JobOnOneFile, theNotificationComesFromTheJob) {
     EXPECT_EQ(notifier, job);
 }
 
+TEST_F(JobOnOneFile, aFolderThatIsNotAStringIsRefusedAndTheOneBeforeStays) {
+    const auto job = std::make_shared<ResizeUnit>();
+    job->setValueForKey(jpeg.object(), u"filepath");
+    job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>{makeSet(u"Web")}), u"resizeSets");
+    job->setValueForKey(NSString::fromUTF8(folder / "p").object(), u"saveFolderPath");
+    EXPECT_THROW(job->setValueForKey(std::make_shared<NSNumber>(3), u"saveFolderPath"), NSException);
+    job->resize();
+    EXPECT_EQ(resultPaths, std::vector<std::string>{"p/Web/a.png"});
+    job->setValueForKey(nullptr, u"saveFolderPath");
+    job->resize();
+    EXPECT_EQ(resultPaths, std::vector<std::string>{""}) << "nil clears it";
+}
+
 TEST_F(JobOnOneFile, keyValueCodingRefusesOtherKeysAndOtherThings) {
     ResizeUnit job;
     EXPECT_THROW(job.setValueForKey(nullptr, u"sets"), NSException);
