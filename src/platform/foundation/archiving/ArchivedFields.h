@@ -1,5 +1,4 @@
-// ArchivedField: a class's archived members as rows of a table in archive order, so that writing and reading
-// them cannot drift apart.
+// ArchivedField: an archived member of a class. Writing and reading use one table of them, in archive order.
 #pragma once
 
 #include "platform/foundation/archiving/NSArchiver.h"
@@ -9,17 +8,17 @@
 
 namespace kestrine {
 
-/// The member's type is the type code: "@" for a text that may be nil, "c", "i" and "f" for the numbers.
+/// The type of the member determines the type code: "@" for an optional string, "c", "i" and "f" for numbers.
 template <class T>
 struct ArchivedField {
-    /// The name under which key-value coding reaches the member; the archive does not store it.
+    /// The key for key-value coding. The archive does not store it.
     std::string_view key;
     std::variant<OptionalString T::*, std::int8_t T::*, std::int32_t T::*, float T::*> member;
-    /// The first version of the class that stores it.
+    /// The first version of the class that stores the member.
     std::uint32_t since = 0;
 };
 
-/// Writes the members of all rows, each as a group of its own.
+/// Writes the members of all rows, each as a separate group.
 template <class T>
 void encodeFields(NSArchiver& coder, const T& object, std::span<const ArchivedField<T>> fields) {
     for (const ArchivedField<T>& field : fields) {
@@ -35,8 +34,8 @@ void encodeFields(NSArchiver& coder, const T& object, std::span<const ArchivedFi
     }
 }
 
-/// Reads the members of all rows that `version` (versionForClassName()) of the class stores; the others keep
-/// what they have.
+/// Reads the members of all rows that the class stores in `version`, see NSUnarchiver::versionForClassName().
+/// Other members are not changed.
 template <class T>
 void decodeFields(NSUnarchiver& coder, T& object, std::span<const ArchivedField<T>> fields,
                   std::size_t version) {

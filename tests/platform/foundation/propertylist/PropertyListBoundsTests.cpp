@@ -58,8 +58,8 @@ constexpr std::nullopt_t passes = std::nullopt;
 const std::string yes = "\x09";
 
 TEST(PropertyListBounds, contentMayHave16MiB) {
-    EXPECT_EQ(refusal(std::string(largestPropertyList, ' ')), passes);
-    EXPECT_EQ(refusal(std::string(largestPropertyList + 1, ' ')), Reason::tooLarge);
+    EXPECT_EQ(refusal(std::string(maxPropertyListSize, ' ')), passes);
+    EXPECT_EQ(refusal(std::string(maxPropertyListSize + 1, ' ')), Reason::tooLarge);
 }
 
 TEST(BinaryPropertyListBounds, everyKindOfObjectPasses) {
@@ -207,8 +207,8 @@ TEST(XMLPropertyListBounds, tagsThatDoNotEndAreRefused) {
 }
 
 TEST(XMLPropertyListBounds, elementsAreCounted) {
-    EXPECT_EQ(refusal(repeated("<a/>", mostPropertyListObjects)), passes);
-    EXPECT_EQ(refusal(repeated("<a/>", mostPropertyListObjects + 1)), Reason::tooLarge);
+    EXPECT_EQ(refusal(repeated("<a/>", maxPropertyListObjects)), passes);
+    EXPECT_EQ(refusal(repeated("<a/>", maxPropertyListObjects + 1)), Reason::tooLarge);
 }
 
 TEST(XMLPropertyListBounds, theKeysOfADictionaryAreBounded) {

@@ -92,8 +92,8 @@ TEST(StringsTable, entriesOfWrongFormAreRefused) {
 }
 
 TEST(StringsTable, aTableOfMoreThan4MiBIsRefused) {
-    EXPECT_TRUE(parseStringsTable(Bytes(largestStringsTable, ' ')));
-    EXPECT_EQ(parseStringsTable(Bytes(largestStringsTable + 1, ' ')).failure().reason, Reason::tooLarge);
+    EXPECT_TRUE(parseStringsTable(Bytes(maxStringsTable, ' ')));
+    EXPECT_EQ(parseStringsTable(Bytes(maxStringsTable + 1, ' ')).failure().reason, Reason::tooLarge);
 }
 
 } // namespace
