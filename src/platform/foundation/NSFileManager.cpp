@@ -34,7 +34,7 @@ const NSString& fileTypeOf(mode_t mode) {
     return NSFileTypeUnknown;
 }
 
-/// What a new folder takes of the attributes.
+/// The attributes that a new folder gets.
 struct stat statusFor(const NSFileAttributes& attributes) {
     struct stat status {};
     status.st_mode = attributes.filePosixPermissions;
