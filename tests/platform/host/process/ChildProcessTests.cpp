@@ -91,6 +91,8 @@ TEST(ChildProcess, aProgramThatWritesMoreThanTheLimitIsKilled) {
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"1234"}, 4)->output, "1234");
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"12345"}, 4).failure().reason, Reason::tooLarge);
     EXPECT_EQ(runCapturingOutput("/usr/bin/yes", {}, 100'000).failure().reason, Reason::tooLarge);
+    EXPECT_EQ(runCapturingOutput("/bin/sh", {"-c", "printf 1234; sleep 0.1; printf 5"}, 4).failure().reason,
+              Reason::tooLarge);
 }
 
 TEST(ChildProcess, ignoredSignalsHaveTheirDefaultActionInTheChild) {
@@ -100,6 +102,16 @@ TEST(ChildProcess, ignoredSignalsHaveTheirDefaultActionInTheChild) {
             const ChildEnd end = endOf("/bin/sh", {"-c", std::string("kill -") + signal + " $$"});
             EXPECT_TRUE(end.bySignal) << signal;
         }
+    });
+}
+
+TEST(ChildProcess, signalsThatWeBlockAreNotBlockedInTheChild) {
+    runIsolated([] {
+        sigset_t termination;
+        sigemptyset(&termination);
+        sigaddset(&termination, SIGTERM);
+        ASSERT_EQ(::sigprocmask(SIG_BLOCK, &termination, nullptr), 0);
+        EXPECT_TRUE(endOf("/bin/sh", {"-c", "kill -TERM $$; sleep 0.1"}).bySignal);
     });
 }
 
