@@ -1,7 +1,7 @@
-// Takes any bytes through the JPEG decoder.
+// Decodes any bytes as a JPEG file.
 #include "fuzz/DecodeEverything.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    kestrine::fuzzing::decodeEverything(kestrine::jpegCodec, data, size);
+    kestrine::fuzzing::decodeEverything(kestrine::jpeg::codec, data, size);
     return 0;
 }

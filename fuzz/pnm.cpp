@@ -1,7 +1,7 @@
-// Takes any bytes through the PNM decoder.
+// Decodes any bytes as a PNM file.
 #include "fuzz/DecodeEverything.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    kestrine::fuzzing::decodeEverything(kestrine::pnmCodec, data, size);
+    kestrine::fuzzing::decodeEverything(kestrine::pnm::codec, data, size);
     return 0;
 }

@@ -1,7 +1,7 @@
-// Takes any bytes through the WebP decoder.
+// Decodes any bytes as a WebP file.
 #include "fuzz/DecodeEverything.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    kestrine::fuzzing::decodeEverything(kestrine::webpCodec, data, size);
+    kestrine::fuzzing::decodeEverything(kestrine::webp::codec, data, size);
     return 0;
 }
