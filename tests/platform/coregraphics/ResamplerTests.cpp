@@ -95,6 +95,14 @@ TEST(Resampler, linearLightKeepsTheBrightnessOfAFinePattern) {
     EXPECT_NEAR(sampleAt(resampled(source, resampling, SampleDepth::bits8), 4, 4, 0), 128, 1);
 }
 
+TEST(Resampler, pixelsOutsideTheSourceHaveTheColourOfItsEdge) {
+    const PixelBuffer source = makePicture(formatOf(2, 1, ColorModel::gray, false, SampleDepth::bits8),
+                                           [](std::uint32_t x, auto, auto) { return 50 + 100 * x; });
+    const Resampling resampling{{1, -4, 10}, {1, 0, 1}, ResampleFilter::triangle, Light::stored};
+    EXPECT_EQ(resampled(source, resampling, SampleDepth::bits8).bytes,
+              (Bytes{50, 50, 50, 50, 50, 150, 150, 150, 150, 150}));
+}
+
 TEST(Resampler, rowsAboveACropAreSkipped) {
     const PixelBuffer source = makePhoto(formatOf(20, 100, ColorModel::rgb, false, SampleDepth::bits8));
     const Resampling resampling{{1, 0, 20}, {0.5, 60, 20}, ResampleFilter::triangle, Light::stored};

@@ -8,23 +8,33 @@ namespace {
 
 class LibraryRows final : public RowSource {
 public:
-    LibraryRows(std::unique_ptr<LibraryReader> decompressor, const RowFormat& format,
-                std::unique_ptr<ForeignConverter> converter)
-        : RowSource(format), decompressor_(std::move(decompressor)), converter_(std::move(converter)),
-          inks_(converter_ == nullptr ? 0 : std::size_t{4} * format.width) {}
+    LibraryRows(std::unique_ptr<LibraryReader> reader, const RowFormat& format,
+                std::shared_ptr<DamageRecord> damage, std::unique_ptr<ForeignConverter> converter)
+        : RowSource(format), reader_(std::move(reader)), damage_(std::move(damage)),
+          converter_(std::move(converter)), inks_(converter_ == nullptr ? 0 : std::size_t{4} * format.width) {
+        noteDamage();
+    }
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         JSAMPROW target = converter_ == nullptr ? row.data() : inks_.data();
-        LibraryReader& d = *decompressor_;
+        LibraryReader& d = *reader_;
         if (!succeedsInLibrary(d.errors, [&d, &target] { jpeg_read_scanlines(&d.info, &target, 1); }))
             return d.errors.failure();
+        if (d.errors.damage[0] != '\0')
+            noteDamage();
         if (converter_ != nullptr)
             converter_->convert(inks_.data(), row.data(), format().width);
         return {};
     }
 
 private:
-    const std::unique_ptr<LibraryReader> decompressor_;
+    void noteDamage() {
+        if (std::optional<Failure> damage = reader_->damage())
+            damage_->note(std::move(*damage));
+    }
+
+    const std::unique_ptr<LibraryReader> reader_;
+    const std::shared_ptr<DamageRecord> damage_;
     const std::unique_ptr<ForeignConverter> converter_;
     Bytes inks_;
 };
@@ -33,21 +43,23 @@ private:
 
 Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
                                          const RowFormat& fullFormat, int eighths,
+                                         std::shared_ptr<DamageRecord> damage,
                                          std::unique_ptr<ForeignConverter> inks) {
-    auto decompressor = std::make_unique<LibraryReader>(std::move(reader));
-    TRY(decompressor->readHeader());
-    jpeg_decompress_struct& info = decompressor->info;
+    auto reader = std::make_unique<LibraryReader>(std::move(reader));
+    TRY(reader->readHeader());
+    jpeg_decompress_struct& info = reader->info;
     info.scale_num = static_cast<unsigned>(eighths);
     info.scale_denom = 8;
     info.out_color_space = inks != nullptr                        ? JCS_CMYK
                            : fullFormat.model == ColorModel::gray ? JCS_GRAYSCALE
                                                                   : JCS_RGB;
-    if (!succeedsInLibrary(decompressor->errors, [&info] { jpeg_start_decompress(&info); }))
-        return decompressor->errors.failure();
+    if (!succeedsInLibrary(reader->errors, [&info] { jpeg_start_decompress(&info); }))
+        return reader->errors.failure();
     RowFormat format = fullFormat;
     format.width = info.output_width;
     format.height = info.output_height;
-    return RowSourcePointer(std::make_unique<LibraryRows>(std::move(decompressor), format, std::move(inks)));
+    return RowSourcePointer(
+        std::make_unique<LibraryRows>(std::move(reader), format, std::move(damage), std::move(inks)));
 }
 
 } // namespace kestrine::jpeg

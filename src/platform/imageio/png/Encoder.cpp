@@ -61,7 +61,7 @@ public:
     Header(const RowFormat& format, const EncodingOptions& options)
         : format_(format), profile_(paddedProfile(options.profile)),
           resolution_(plausibleResolution(options.resolution.horizontal, options.resolution.vertical)) {
-        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, ignoreWarning);
+        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, keepWarning);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
     }
     ~Header() { png_destroy_write_struct(&png_, &info_); }

@@ -16,11 +16,12 @@ inline constexpr std::size_t bufferBytes = std::size_t{64} << 10;
 /// Receives libpng's error message. Must outlive the png_struct that reports to it.
 struct Message {
     char text[120] = "";
+    bool lacksTransparency = false; ///< whether libpng skipped a damaged tRNS chunk
 };
 
 /// Handlers for png_create_read_struct and png_create_write_struct; their error_ptr is a Message.
 [[noreturn]] void jumpOnError(png_structp png, png_const_charp text);
-void ignoreWarning(png_structp png, png_const_charp text);
+void keepWarning(png_structp png, png_const_charp text);
 
 /// Runs `step` (a lambda that calls libpng and owns nothing) and returns whether it ended without error.
 template <class Step>

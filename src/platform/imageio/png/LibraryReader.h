@@ -38,6 +38,8 @@ public:
     bool isIndexedByBytes() const { return isIndexed() && storedBitsPerPixel_ == 8; }
     /// The alpha of each index, 255 by default.
     const std::array<std::uint8_t, 256>& alphaOfIndices() const { return alphaOfIndices_; }
+    /// Whether a damaged chunk was skipped that defines transparency.
+    bool lacksTransparency() const { return message_.lacksTransparency; }
     /// Offset of the first IDAT chunk in the file.
     std::uint64_t offsetOfPixels() const { return offsetOfPixels_; }
     /// For libpng's functions that read chunks. Owned by this reader.

@@ -57,6 +57,16 @@ TEST(GIFDecoder, theLastTransparentIndexBeforeThePictureCounts) {
         samePicture(decodeSound(gif::codec, recipe.make()).pixels, expectedPicture(recipe, 4, 3, true)));
 }
 
+TEST(GIFDecoder, aLaterExtensionWithoutATransparentIndexMakesThePictureOpaque) {
+    GIFFile recipe;
+    recipe.before = [](GifFileType* file) {
+        addTransparency(file, 3);
+        addTransparency(file, NO_TRANSPARENT_COLOR);
+    };
+    EXPECT_TRUE(
+        samePicture(decodeSound(gif::codec, recipe.make()).pixels, expectedPicture(recipe, 4, 3, false)));
+}
+
 TEST(GIFDecoder, otherExtensionsAreSkipped) {
     GIFFile recipe;
     recipe.before = [](GifFileType* file) {

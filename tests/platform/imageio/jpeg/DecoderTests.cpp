@@ -4,7 +4,13 @@
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
+#include "tests/support/ExifBuilder.h"
 #include "tests/support/Pictures.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <jpeglib.h>
 
 namespace kestrine::testing {
 
@@ -30,7 +36,40 @@ Bytes hugeProgressiveFile() {
     return file;
 }
 
+/// A CMYK file of one colour, with the Adobe segment, which means inverted samples, or without.
+Bytes cmykFile(std::array<std::uint8_t, 4> color, bool hasAdobeSegment) {
+    jpeg_compress_struct info{};
+    jpeg_error_mgr errors{};
+    info.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&info);
+    unsigned char* memory = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&info, &memory, &size);
+    info.image_width = info.image_height = 1;
+    info.input_components = 4;
+    info.in_color_space = JCS_CMYK;
+    jpeg_set_defaults(&info);
+    jpeg_set_quality(&info, 100, TRUE);
+    info.write_Adobe_marker = hasAdobeSegment ? TRUE : FALSE;
+    jpeg_start_compress(&info, TRUE);
+    JSAMPROW row = color.data();
+    jpeg_write_scanlines(&info, &row, 1);
+    jpeg_finish_compress(&info);
+    jpeg_destroy_compress(&info);
+    Bytes file(memory, memory + size);
+    std::free(memory);
+    return file;
+}
+
 } // namespace
+
+TEST(JPEGDecoder, cmykIsInvertedIfThereIsAnAdobeSegment) {
+    const std::array<std::uint8_t, 4> color = {255, 0, 0, 255};
+    const PixelBuffer inverted = decodeSound(jpeg::codec, cmykFile(color, true)).pixels;
+    EXPECT_EQ(inverted.bytes, (Bytes{255, 0, 0}));
+    const PixelBuffer plain = decodeSound(jpeg::codec, cmykFile(color, false)).pixels;
+    EXPECT_EQ(plain.bytes, (Bytes{0, 0, 0}));
+}
 
 TEST(JPEGDecoder, reducedDecodingRoundsSidesUp) {
     const auto decoder = *jpeg::codec.open(readerOfBytes(jpegOf(makePhoto({61, 43}))));
@@ -84,6 +123,16 @@ TEST(JPEGDecoder, theJFIFUnitIsDotsPerInchOrPerCentimetre) {
     EXPECT_EQ(resolutionOf(file), (Resolution{762, 762}));
     file[unit] = aspectRatioOnly;
     EXPECT_EQ(resolutionOf(file), Resolution{});
+}
+
+TEST(JPEGDecoder, exifDefinesTheResolutionIfJFIFHasNoneAndMarksAdobeRGB) {
+    const Bytes exif = exifBlock({.ifd0 = {exifRationals(0x011A, {240, 1}), exifRationals(0x011B, {120, 1})},
+                                  .exifSubIFD = {exifShorts(0xA001, {2})}});
+    Bytes file = smallFile({.quality = 0.7, .resolution = {300, 300}, .exif = exif});
+    EXPECT_EQ(resolutionOf(file), (Resolution{300, 300}));
+    file[13] = 0; // JFIF has only an aspect ratio
+    EXPECT_EQ(resolutionOf(file), (Resolution{240, 120}));
+    EXPECT_EQ(decodeSound(jpeg::codec, file).frame().profile, ColorProfile::adobeRGB());
 }
 
 } // namespace kestrine::testing

@@ -3,6 +3,7 @@
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
 #include "tests/support/Pictures.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kestrine::testing {
@@ -19,6 +20,12 @@ Bytes jpegOf(const PixelBuffer& picture, const EncodingOptions& options = {.qual
 
 /// Horizontal and vertical sampling factor of the first component.
 int firstSampling(const Bytes& file) { return file[markerPosition(file, 0xC0) + 11]; }
+
+/// Whether the file has the AC code for luma of the format's example tables.
+bool hasStandardTables(const Bytes& file) {
+    const Bytes counts = {0, 2, 1, 3, 3, 2, 4, 3, 5, 5, 4, 4, 0, 0, 1, 0x7D};
+    return !std::ranges::search(file, counts).empty();
+}
 
 } // namespace
 
@@ -72,6 +79,17 @@ TEST(JPEGEncoder, anImplausibleResolutionIsWrittenAs72) {
                       .frame()
                       .resolution,
                   (Resolution{72, 300}));
+}
+
+TEST(JPEGEncoder, aResolutionBeyondTheFormatIsWrittenAsTheLargest) {
+    const Bytes file = jpegOf(photo(8, 8), {.quality = 0.5, .resolution = {100'000, 300}});
+    EXPECT_EQ(decodeSound(jpeg::codec, file).frame().resolution, (Resolution{65535, 300}));
+}
+
+TEST(JPEGEncoder, onlyPicturesOver8MegapixelsHaveStandardHuffmanTables) {
+    EXPECT_FALSE(hasStandardTables(jpegOf(photo(64, 64, ColorModel::gray))));
+    const PixelBuffer large = PixelBuffer({4001, 2000, ColorModel::gray});
+    EXPECT_TRUE(hasStandardTables(jpegOf(large)));
 }
 
 TEST(JPEGEncoder, aSideBeyondTheFormatIsRefused) {

@@ -325,12 +325,39 @@ TEST(PNGDecoder, damagedPixelsAreRefused) {
     }
 }
 
+TEST(PNGDecoder, transparencyInADamagedChunkIsLostAndReported) {
+    PNGFile recipe = indexedFile();
+    recipe.before = [](auto png, auto info) {
+        const png_byte alpha = 0;
+        png_set_PLTE(png, info, palette, 4);
+        png_set_tRNS(png, info, &alpha, 1, nullptr);
+    };
+    Bytes file = recipe.make();
+    const std::string_view name = "tRNS";
+    const auto chunk = std::search(file.begin(), file.end(), name.begin(), name.end());
+    for (const bool isDamaged : {false, true}) {
+        *(chunk + 4) ^= isDamaged;
+        const auto decoder = *png::codec.open(readerOfBytes(file));
+        EXPECT_TRUE(decoder->rows(0, 8).ok());
+        EXPECT_EQ(decoder->damage().has_value(), isDamaged);
+    }
+}
+
 TEST(PNGDecoder, aSizeThatTheFileCannotHoldIsRefusedAtOnce) {
     Bytes file = PNGFile{.width = 1, .height = 1}.make();
     claimSize(file, 30'000, 30'000);
     const Result<Decoded> decoded = decode(png::codec, file);
     ASSERT_FALSE(decoded.ok());
     EXPECT_EQ(decoded.failure().reason, Reason::truncated);
+}
+
+TEST(PNGDecoder, anInterlacedPictureThatDoesNotFitMemoryIsRefused) {
+    for (const bool isInterlaced : {false, true}) {
+        Bytes file = PNGFile{.width = 1, .height = 1, .interlaced = isInterlaced}.make();
+        claimSize(file, 30'000, 30'000);
+        file.resize(3'000'000); // long enough for the pixels
+        EXPECT_EQ(png::codec.open(readerOfBytes(file)).ok(), !isInterlaced);
+    }
 }
 
 TEST(PNGDecoder, aPictureBeyondTheLimitsIsRefused) {
