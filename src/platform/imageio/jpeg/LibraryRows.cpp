@@ -45,21 +45,21 @@ Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reade
                                          const RowFormat& fullFormat, int eighths,
                                          std::shared_ptr<DamageRecord> damage,
                                          std::unique_ptr<ForeignConverter> inks) {
-    auto reader = std::make_unique<LibraryReader>(std::move(reader));
-    TRY(reader->readHeader());
-    jpeg_decompress_struct& info = reader->info;
+    auto file = std::make_unique<LibraryReader>(std::move(reader));
+    TRY(file->readHeader());
+    jpeg_decompress_struct& info = file->info;
     info.scale_num = static_cast<unsigned>(eighths);
     info.scale_denom = 8;
     info.out_color_space = inks != nullptr                        ? JCS_CMYK
                            : fullFormat.model == ColorModel::gray ? JCS_GRAYSCALE
                                                                   : JCS_RGB;
-    if (!succeedsInLibrary(reader->errors, [&info] { jpeg_start_decompress(&info); }))
-        return reader->errors.failure();
+    if (!succeedsInLibrary(file->errors, [&info] { jpeg_start_decompress(&info); }))
+        return file->errors.failure();
     RowFormat format = fullFormat;
     format.width = info.output_width;
     format.height = info.output_height;
     return RowSourcePointer(
-        std::make_unique<LibraryRows>(std::move(reader), format, std::move(damage), std::move(inks)));
+        std::make_unique<LibraryRows>(std::move(file), format, std::move(damage), std::move(inks)));
 }
 
 } // namespace kestrine::jpeg
