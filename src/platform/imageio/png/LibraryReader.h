@@ -54,7 +54,7 @@ public:
 private:
     template <class Step>
     Result<void> run(const Step& step);
-    /// Must be called before libpng is told to turn indices into colours.
+    /// Must be called before libpng is set to turn indices into colours.
     void readAlphaOfIndices();
 
     Message message_;
