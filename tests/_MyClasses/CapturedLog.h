@@ -1,4 +1,4 @@
-// The lines that the platform's log gets, caught for as long as this lives.
+// Captures the lines of the platform's log for the lifetime of the object.
 #pragma once
 
 #include "platform/foundation/NSLog.h"
@@ -12,7 +12,7 @@ public:
     CapturedLog(const CapturedLog&) = delete;
     CapturedLog& operator=(const CapturedLog&) = delete;
 
-    /// Since the last call.
+    /// The lines since the last call.
     std::vector<NSString> takeLines() { return std::exchange(lines_, {}); }
 
 private:

@@ -12,7 +12,7 @@ struct TwoPaths {
     bool expected;
 };
 
-TEST(FileManagerUtility, pathsOnOneVolumeAreToldByTheirTexts) {
+TEST(FileManagerUtility, volumesAreComparedByTheirNamesInThePaths) {
     const testing::EnvironmentVariable home("HOME", "/Users/me");
     const TwoPaths rows[] = {
         {"/Volumes/Disk/a", "/volumes/Disk/b", true},
@@ -46,7 +46,7 @@ TEST(FileManagerUtility, pathsOnOneVolumeAreToldByTheirTexts) {
             << row.first << " and " << row.second;
 }
 
-TEST(FileManagerUtility, whatBeginsWithTheFolderIsBelowIt) {
+TEST(FileManagerUtility, aPathThatBeginsWithTheFolderIsASubdirectory) {
     const TwoPaths rows[] = {
         {"/a/b", "/a/b/c", true}, {"/a/b", "/a/bc", true},   {"/a/b", "/a/b/", true},
         {"/a/b", "/a/b", false},  {"/a/b", "/A/b/c", false}, {"/a/b/c", "/a/b", false},

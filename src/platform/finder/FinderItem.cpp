@@ -34,7 +34,7 @@ Result<FinderItem> lookUpItem(std::string path) {
     path.erase(path.find_last_not_of('/') + 1);
     const std::string name = nameOf(path);
     if (name.empty() || name == "." || name == "..")
-        return Failure{Reason::refused, "this name stands for a folder that must stay"};
+        return Failure{Reason::refused, "\"/\", \".\" and \"..\" cannot be moved, copied or deleted"};
     FinderFolder folder = TRY(lookUpFolder(folderOf(path)));
     struct stat status = TRY(statusOf(folder.entry(name)));
     return FinderItem{std::move(folder), name, status};
