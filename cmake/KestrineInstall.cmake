@@ -1,6 +1,12 @@
 include(GNUInstallDirs)
 install(TARGETS kestrine kestrinectl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 # Strings tables, where NSBundle looks for them: beside the programs' folder.
-install(DIRECTORY share/ DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrine FILES_MATCHING PATTERN "*.strings")
-install(DIRECTORY share/man DESTINATION ${CMAKE_INSTALL_DATADIR})
+foreach(language English Japanese)
+  install(DIRECTORY share/${language}.lproj DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrine)
+endforeach()
+# The manual pages get the version when they are installed.
+foreach(page kestrine kestrinectl)
+  configure_file(share/man/man1/${page}.1 ${CMAKE_BINARY_DIR}/man/${page}.1 @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/man/${page}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endforeach()
 install(DIRECTORY share/bash-completion DESTINATION ${CMAKE_INSTALL_DATADIR})

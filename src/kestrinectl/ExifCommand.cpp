@@ -3,6 +3,7 @@
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ExifJSON.h"
+#include "kestrinectl/Messages.h"
 #include "kestrinectl/Words.h"
 #include "platform/foundation/FileCreationDate.h"
 #include "platform/foundation/LocalTime.h"
@@ -15,7 +16,7 @@ namespace kestrine {
 
 namespace {
 
-/// What is printed for one file, with the line's end. Throws CommandError when something failed.
+/// The lines that are printed for one file. Throws CommandError for a failure.
 using Answer = std::string (*)(const NSString& path);
 
 std::string description(const NSString& path) {
@@ -30,7 +31,7 @@ std::string date(const NSString& path) {
     return (date ? isoText(*date) : "no date") + "\n";
 }
 
-/// The operation itself is quiet, so what it did is seen from the date that it should have set.
+/// changeCreationDate() reports nothing, so the date is read back.
 std::string setCreationDate(const NSString& path) {
     const auto reader = ExifTagReader::initWithPath(path);
     const OptionalDate date = reader ? reader->correctedCreationDate() : std::nullopt;
@@ -42,28 +43,30 @@ std::string setCreationDate(const NSString& path) {
     return "creation date set to " + isoText(*date) + "\n";
 }
 
-/// The answer; throws CommandError with the reason why there is none.
+/// Throws CommandError with the reason when there is no answer.
 std::string answerFor(const NSString& path, Answer answer) {
     try {
         return answer(path);
     } catch (const NSException& raised) {
-        throw CommandError("has a damaged tag (" + raised.name() + ": " + raised.reason() + ")");
+        throw CommandError("damaged tag (" + raised.name() + ": " + raised.reason() + ")");
     }
 }
 
-/// Descriptions have several lines, so the file's name stands above them instead of in front.
-void print(const std::string& file, const std::string& text, Answer answer, bool named) {
-    if (named && answer != asJSON)
-        std::cout << file << (answer == description ? ":\n" : ": ");
-    std::cout << text;
+/// With `isNamed`, the file's name stands before a single line and above a description, which has several.
+/// JSON contains the name.
+void print(const std::string& file, const std::string& text, Answer answer, bool isNamed) {
+    if (answer == asJSON)
+        std::cout << text; // JSON has escapes of its own
+    else
+        printLines((isNamed ? file + (answer == description ? ":\n" : ": ") : "") + text);
 }
 
-/// A file that cannot be read has no answer, except in JSON, where every file has its line.
-void answerForOne(const std::string& file, Answer answer, bool named) {
+/// A file that cannot be read has no answer, except in JSON, which has one line per file.
+void answerForOne(const std::string& file, Answer answer, bool isNamed) {
     const NSString path = NSString::fromUTF8(file);
     const bool canBeRead = NSFileHandle::fileHandleForReadingAtPath(path) != nullptr;
     if (canBeRead || answer == asJSON)
-        print(file, answerFor(path, answer), answer, named);
+        print(file, answerFor(path, answer), answer, isNamed);
     if (!canBeRead)
         throw CommandError("cannot be read");
 }
@@ -99,16 +102,18 @@ struct ExifRequest {
 } // namespace
 
 void addExifCommand(CLI::App& program) {
-    CLI::App* command = program.add_subcommand("exif", "Show the EXIF information of JPEG files");
+    CLI::App* command =
+        program.add_subcommand("exif", "Show the EXIF data of JPEG files (default: a description in words)");
     auto request = std::make_shared<ExifRequest>();
-    command->add_option("FILE", request->files, "Pictures named .jpg or .jpeg")->required();
-    CLI::Option* inJSON = command->add_flag("--json", request->json, "Everything, as one JSON object a line");
-    CLI::Option* asDate =
-        command->add_flag("--date", request->date, "Only the date it was taken, in local time");
-    CLI::Option* changes =
-        command->add_flag("--set-creation-date", request->setCreationDate,
-                          "Set the file's creation date to the date it was taken, moved by the "
-                          "camera's time zone, or by -9 hours when it tells none");
+    command->add_option("FILE", request->files, "Files named .jpg or .jpeg")->required();
+    CLI::Option* inJSON =
+        command->add_flag("--json", request->json, "Print everything, as one JSON object per line");
+    CLI::Option* asDate = command->add_flag("--date", request->date,
+                                            "Print only the date when the picture was taken, in local time");
+    CLI::Option* changes = command->add_flag(
+        "--set-creation-date", request->setCreationDate,
+        "Set the creation date of the file to the date when the picture was taken, shifted by the time zone "
+        "that the camera stored, or by -9 hours if it stored none");
     inJSON->excludes(asDate)->excludes(changes);
     asDate->excludes(changes);
     command->callback([request] { answerForAll(request->files, request->answer()); });

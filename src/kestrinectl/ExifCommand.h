@@ -1,12 +1,12 @@
-// kestrinectl exif: what a picture's EXIF says, and its date as the file's creation date.
+// kestrinectl exif: shows EXIF data and sets the creation date of a file from it.
 #pragma once
 
 #include <CLI/CLI.hpp>
 
 namespace kestrine {
 
-/// Adds the command to the program. What it is asked to do happens while the arguments are parsed;
-/// CommandError leaves the parser.
+/// Adds the command to the program. It runs while the arguments are parsed; its CommandError leaves the
+/// parser.
 void addExifCommand(CLI::App& program);
 
 } // namespace kestrine

@@ -25,7 +25,7 @@ std::optional<std::string> bytesOfHex(const std::string& hex) {
 
 ordered_json textToJSON(const std::string& bytes) {
     try {
-        (void)ordered_json(bytes).dump(); // which tells whether it is valid UTF-8
+        (void)ordered_json(bytes).dump(); // throws when it is not valid UTF-8
         return bytes;
     } catch (const ordered_json::type_error&) {
         return bytesToJSON({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});

@@ -1,4 +1,4 @@
-// Texts and bytes in JSON: what is no valid text stands there as {"bytes": "hex"}.
+// Strings and bytes in JSON: what is not valid UTF-8 is written as {"bytes": "hex"}.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -11,7 +11,7 @@ namespace kestrine {
 nlohmann::ordered_json textToJSON(const std::string& bytes);
 nlohmann::ordered_json bytesToJSON(ByteView bytes);
 
-/// The way back from textToJSON(); nothing for anything that it would not give.
+/// The inverse of textToJSON(); nothing for a value that it would not give.
 std::optional<std::string> textFromJSON(const nlohmann::json& value);
 
 } // namespace kestrine

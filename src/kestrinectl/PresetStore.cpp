@@ -1,13 +1,11 @@
 #include "kestrinectl/PresetStore.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/Messages.h"
+#include "kestrinectl/SetNameRules.h"
 #include "kestrinectl/Words.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
-
-#include <algorithm>
-#include <charconv>
-#include <optional>
 
 namespace kestrine {
 
@@ -16,16 +14,6 @@ namespace {
 [[noreturn]] void unreadable(const std::string& path, const Failure& failure) {
     throw CommandError("the presets in " + path + " cannot be read (" + failure.text
                        + "); repair the file or move it away");
-}
-
-/// The number behind "@", from 1 on; nothing for any other text.
-std::optional<std::size_t> positionIn(const std::string& text) {
-    if (text.size() < 2 || text.front() != '@')
-        return std::nullopt;
-    std::size_t number = 0;
-    const auto [end, error] = std::from_chars(text.data() + 1, text.data() + text.size(), number);
-    const bool isNumber = error == std::errc() && end == text.data() + text.size() && number >= 1;
-    return isNumber ? std::optional(number) : std::nullopt;
 }
 
 } // namespace
@@ -83,13 +71,12 @@ std::size_t PresetStore::positionOf(const std::string& word) const {
     if (found.size() == 1)
         return found.front();
     if (!found.empty())
-        throw CommandError(std::to_string(found.size()) + " sets are named " + text
-                           + "; say which one by its position, such as @"
-                           + std::to_string(found.front() + 1));
+        throw CommandError(std::to_string(found.size()) + " sets are named " + quoted(text)
+                           + "; choose one by its position, such as @" + std::to_string(found.front() + 1));
     const std::optional<std::size_t> position = positionIn(text);
     if (position && *position <= sets_.size())
         return *position - 1;
-    throw CommandError("there is no set " + text + "; 'kestrinectl sets list' shows those there are");
+    throw CommandError("no set named " + quoted(text) + "; 'kestrinectl sets list' lists all sets");
 }
 
 void PresetStore::remove(const std::set<std::size_t>& positions) {

@@ -1,4 +1,4 @@
-// PresetStore: the stored sets and the selection, to be looked at, changed and stored again.
+// PresetStore: the stored sets and the selection, for reading, changing and storing them again.
 #pragma once
 
 #include "models/StoredPresets.h"
@@ -9,34 +9,35 @@
 
 namespace kestrine {
 
-/// Positions count from 0 here; people see them from 1.
+/// Positions count from 0 here and from 1 in what people read.
 class PresetStore {
 public:
-    /// Reads the presets of the user. Throws CommandError when there are some that cannot be read: they must
-    /// not be overwritten by mistake.
+    /// Reads the presets of the user. Throws CommandError when there are presets that cannot be read, so that
+    /// they are not overwritten by mistake.
     static PresetStore load();
-    /// The same, and no other process that does so gets its presets before this object is gone: a change is
-    /// lost to none.
+    /// The same, with a lock that other processes which call this wait for, so that no concurrent change is
+    /// lost. The lock is released with the object.
     static PresetStore loadForChange();
 
     const ResizeSets& sets() const { return sets_; }
     const std::set<std::size_t>& selection() const { return selection_; }
-    /// The file that was read, or that will be made.
+    /// The file that the presets are read from, or that will be created.
     static std::string path();
 
-    /// The position of the set that `text` names: a name, or "@3" for the third. Throws CommandError when
-    /// there is none, or when several have the name.
-    std::size_t positionOf(const std::string& text) const;
+    /// The position of the set that `word`, an argument, stands for: a name, or "@3" for the third set.
+    /// Throws CommandError when there is no such set, or when several have the name.
+    std::size_t positionOf(const std::string& word) const;
 
     void append(std::shared_ptr<const ResizeSet> set) { sets_.push_back(std::move(set)); }
     void replace(std::size_t position, std::shared_ptr<const ResizeSet> set) {
         sets_[position] = std::move(set);
     }
-    /// The selection follows the sets that stay.
+    /// The sets that stay keep their selection.
     void remove(const std::set<std::size_t>& positions);
     void select(std::set<std::size_t> positions) { selection_ = std::move(positions); }
 
-    /// Stores everything, atomically; whatever else the preferences hold is kept. Throws CommandError.
+    /// Writes the sets and the selection atomically and keeps everything else in the preferences. Throws
+    /// CommandError.
     void save();
 
 private:

@@ -1,10 +1,10 @@
 #include "kestrinectl/SetDescription.h"
 
+#include "kestrinectl/PlainNumber.h"
 #include "kestrinectl/SetNames.h"
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 
 namespace kestrine {
 
@@ -47,12 +47,12 @@ bool scales(const ResizeSet& set) { return nameOfResizeType(set.resizeType()).ha
 
 std::string scalingSentence(const ResizeSet& set) {
     const std::string how =
-        set.highQuality() != 0 ? ", with the Lanczos filter" : ", with plain interpolation";
+        set.highQuality() != 0 ? ", with the Lanczos filter" : ", with a plain linear filter";
     switch (set.resizeType()) {
     case ResizeTypeSize:
         if (set.width() != 0 && set.height() != 0)
             return "Scales to " + scalingOf(set) + unitOf(set) + how
-                   + ", whatever the picture's proportions.";
+                   + ", without regard to the proportions of the picture.";
         return "Scales to " + scalingOf(set) + unitOf(set) + how + "; the other side follows.";
     case ResizeTypeRatio:
         return "Scales both sides to " + scalingOf(set) + how + ".";
@@ -64,76 +64,71 @@ std::string scalingSentence(const ResizeSet& set) {
 }
 
 std::string turningSentence(const ResizeSet& set) {
-    return set.autoRotate() != 0 ? "Turns pictures upright whose EXIF orientation asks for a quarter turn."
-                                 : "Turns nothing.";
+    return set.autoRotate() != 0 ? "Turns a picture upright if its EXIF orientation asks for a quarter turn."
+                                 : "Does not turn pictures.";
 }
 
 std::string formatSentence(const ResizeSet& set) {
     switch (set.formatType()) {
     case FormatTypeJPEG:
         return "Writes JPEG at quality " + plainNumber(set.compression()) + " %, with the colour profile"
-               + (set.attachExifData() != 0 ? " and the camera's EXIF data." : " and without EXIF data.");
+               + (set.attachExifData() != 0 ? " and the camera's EXIF data." : ", without EXIF data.");
     case FormatTypePNG:
     case FormatTypeTIFF:
     case FormatTypeGIF:
         return "Writes " + formatOf(set)
                + (set.formatType() == FormatTypeGIF ? "." : ", with the colour profile.");
     default:
-        return "Writes nothing: its format is unknown (" + std::to_string(set.formatType()) + ").";
+        return "Writes nothing, since the format " + std::to_string(set.formatType()) + " is unknown.";
     }
 }
 
 std::string placeSentence(const ResizeSet& set) {
     if (set.replaceFile() != 0)
-        return "Puts the result in the original's place and the original into the trash.";
-    return "Puts the result into a folder \"" + set.name().value_or(u"").utf8() + "\" beside the original.";
+        return "Puts the result in the place of the original and moves the original to the trash.";
+    return "Puts the result into the folder \"" + set.name().value_or(u"").utf8() + "\" beside the original.";
 }
 
 void addSizeNotes(const ResizeSet& set, std::vector<std::string>& notes) {
     if (set.resizeType() == ResizeTypeMaxSize && set.highQuality() != 0)
-        notes.push_back("the longer side comes out at "
+        notes.push_back("the longer side of the result is "
                         + plainNumber(set.maxSize() + static_cast<float>(set.highQuality()))
-                        + ": high quality asks for one more.");
+                        + ", since high quality adds one.");
     if (set.resizeType() == ResizeTypeMaxSize || set.resizeType() == ResizeTypeSize)
         notes.emplace_back("smaller pictures are enlarged.");
     if (set.resizeType() == ResizeTypeSize && set.width() == 0 && set.height() == 0)
-        notes.emplace_back("width and height are both 0, so no picture comes out.");
+        notes.emplace_back("width and height are both 0, so nothing is written.");
     if (set.resizeType() == ResizeTypeRatio && set.ratio() / 100.0F == 100.0F)
-        notes.emplace_back("exactly 10000 % means: not scaled at all.");
+        notes.emplace_back("exactly 10000 % does not scale.");
     if (set.convertResolution() == 0 && scales(set))
-        notes.emplace_back("sizes are points: a 300 dpi scan of 3000 pixels counts as 720 points.");
+        notes.emplace_back("sizes are in points: 3000 pixels at 300 dpi are 720 points.");
 }
 
 void addOtherNotes(const ResizeSet& set, std::vector<std::string>& notes) {
     if (set.autoRotate() != 0) {
-        notes.emplace_back(
-            "only JPEG files named .jpg or .jpeg with big-endian EXIF at the start are turned; cameras that "
-            "write little-endian EXIF are not.");
-        notes.emplace_back(
-            "upside-down and mirrored pictures (orientations 2, 3, 4, 5, 7) stay as they are.");
+        notes.emplace_back("only JPEG files named .jpg or .jpeg with big-endian EXIF data at the start are "
+                           "turned; many cameras "
+                           "write little-endian data.");
+        notes.emplace_back("upside-down and mirrored pictures (orientations 2, 3, 4, 5, 7) are not turned.");
     }
     if (set.attachExifData() != 0 && set.formatType() != FormatTypeJPEG)
-        notes.emplace_back("EXIF data goes into JPEG files only.");
+        notes.emplace_back("only JPEG output can carry EXIF data.");
     if (set.formatType() == FormatTypeJPEG)
         notes.emplace_back("transparent parts become white.");
     if (set.replaceFile() != 0) {
-        notes.emplace_back(
-            "together with other sets it does not replace; the result then goes into a folder named after "
-            "the set.");
-        notes.emplace_back("an original that cannot be converted goes into the trash all the same.");
+        notes.emplace_back("when several sets are applied at once, none replaces the original; the results "
+                           "then go into folders "
+                           "named after the sets.");
+        notes.emplace_back("kestrine moves the original to the trash even when it cannot be converted; "
+                           "'kestrinectl convert' "
+                           "leaves it where it is.");
     }
     if (set.chooseFolder() != 0)
-        notes.emplace_back(
-            "the folder chosen in the desktop application is not stored, so it has no effect here.");
+        notes.emplace_back("presets do not store the path of a chosen folder, so results go into the folder "
+                           "named after the set.");
 }
 
 } // namespace
-
-std::string plainNumber(float value) {
-    char text[64];
-    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
-    return {text, end};
-}
 
 std::string summary(const ResizeSet& set) {
     std::string text = scalingOf(set) + ", " + formatOf(set);

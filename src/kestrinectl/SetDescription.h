@@ -1,4 +1,4 @@
-// What a set does, in words.
+// Descriptions of sets in words.
 #pragma once
 
 #include "models/ResizeSet.h"
@@ -8,14 +8,11 @@
 
 namespace kestrine {
 
-/// A number as people write it: 1200, 62.5.
-std::string plainNumber(float value);
-
-/// A few words for a line of a list: "longer side 1200, JPEG 70 %".
+/// A few words, for one line of a list: "longer side 1200, JPEG 70 %".
 std::string summary(const ResizeSet& set);
 
-/// Whole sentences, one an entry: scaling, turning, format, place; and what might surprise, each begun with
-/// "Note:".
+/// Whole sentences, one per entry: scaling, turning, format and place, then what might surprise, each of
+/// these beginning with "Note:".
 std::vector<std::string> description(const ResizeSet& set);
 
 } // namespace kestrine

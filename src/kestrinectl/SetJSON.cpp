@@ -2,7 +2,7 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/JSONText.h"
-#include "kestrinectl/SetDescription.h"
+#include "kestrinectl/PlainNumber.h"
 #include "kestrinectl/SetNames.h"
 #include "platform/foundation/NSNumber.h"
 
@@ -108,8 +108,8 @@ Object fromJSON(const json& value, const ResizeSet::Field& field) {
 }
 
 const ResizeSet::Field* fieldNamed(const std::string& key) {
-    for (const ResizeSet::Field& field : ResizeSet::archivedFields())
-        if (field.key == key)
+    for (const ResizeSet::Field& field : ResizeSet::fields())
+        if (field.isArchived() && field.key == key)
             return &field;
     return nullptr;
 }
@@ -130,24 +130,25 @@ ordered_json valueToJSON(const ResizeSet& set, const ResizeSet::Field& field) {
 
 ordered_json toJSON(const ResizeSet& set) {
     ordered_json result = ordered_json::object();
-    for (const ResizeSet::Field& field : ResizeSet::archivedFields())
-        result[std::string(field.key)] = valueToJSON(set, field);
+    for (const ResizeSet::Field& field : ResizeSet::fields())
+        if (field.isArchived())
+            result[std::string(field.key)] = valueToJSON(set, field);
     return result;
 }
 
-std::shared_ptr<const ResizeSet> setFromJSON(const json& json, const std::string& where) {
+std::shared_ptr<ResizeSet> setFromJSON(const json& json, const std::string& where) {
     if (!json.is_object())
         throw CommandError(where + " is not a JSON object");
     const auto set = std::make_shared<ResizeSet>();
     for (const auto& [key, value] : json.items()) {
         const ResizeSet::Field* field = fieldNamed(key);
         if (field == nullptr)
-            throw CommandError(where + " has a field '" + key + "' that no set has");
+            throw CommandError(where + " has an unknown field \"" + key + "\"");
         const bool isNilText =
             value.is_null() && std::holds_alternative<OptionalString ResizeSet::*>(field->member);
         const Object object = isNilText ? nullptr : fromJSON(value, *field);
         if (object == nullptr && !isNilText)
-            throw CommandError(where + " has a value in '" + key + "' that does not fit: "
+            throw CommandError(where + " has an invalid value for \"" + key + "\": "
                                + value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
         set->setValueForKey(object, NSString::fromUTF8(key));
     }

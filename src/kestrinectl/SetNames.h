@@ -9,11 +9,11 @@
 
 namespace kestrine {
 
-/// A resizeType that means no scaling; the desktop application writes none such itself.
+/// A resizeType that means no scaling.
 inline constexpr std::int32_t unscaledResizeType = 3;
 
 std::vector<std::string> formatNames();
-/// Nothing for an unknown value or word.
+/// The functions below give nothing for an unknown value or word.
 std::optional<std::string> nameOfFormat(std::int32_t formatType);
 std::optional<std::int32_t> formatNamed(const std::string& name);
 std::optional<std::string> nameOfResizeType(std::int32_t resizeType);

@@ -1,13 +1,27 @@
 #include "kestrinectl/SetOptions.h"
 
-#include "kestrinectl/SetDescription.h"
+#include "kestrinectl/PlainNumber.h"
 #include "kestrinectl/SetNames.h"
-#include "kestrinectl/Words.h"
 #include "platform/foundation/NSNumber.h"
 
 namespace kestrine {
 
 namespace {
+
+/// An option --NAME with its opposite --no-NAME.
+struct Switch {
+    const char* name;
+    const char16_t* key;
+    const char* help;
+};
+constexpr std::array<Switch, SetOptions::switchCount> switchTable = {{
+    {"exif", u"attachExifData", "Copy the camera's EXIF data into JPEG output, or not"},
+    {"convert-resolution", u"convertResolution", "Count sizes in pixels, or in points"},
+    {"rotate", u"autoRotate", "Turn pictures upright by their EXIF orientation, or not"},
+    {"high-quality", u"highQuality", "Scale with the Lanczos filter, or with a plain linear filter"},
+    {"replace", u"replaceFile",
+     "Put the result in the place of the original, which goes to the trash, or into a folder beside it"},
+}};
 
 template <class T>
 void put(ResizeSet& set, const char16_t* key, T value) {
@@ -15,61 +29,89 @@ void put(ResizeSet& set, const char16_t* key, T value) {
 }
 
 template <class T>
-void putIfSaid(ResizeSet& set, const char16_t* key, const std::optional<T>& value) {
+void putIfGiven(ResizeSet& set, const char16_t* key, const std::optional<T>& value) {
     if (value)
         put(set, key, *value);
 }
 
-/// A number from `low` to `high`; nothing else, and not NaN.
-CLI::Validator between(double low, double high) {
-    const std::string text =
-        plainNumber(static_cast<float>(low)) + " to " + plainNumber(static_cast<float>(high));
-    const auto complaint = [low, high, text](std::string& word) -> std::string {
-        double number = 0;
-        const bool fits = CLI::detail::lexical_cast(word, number) && number >= low && number <= high;
-        return fits ? "" : word + " is no number from " + text;
-    };
-    return CLI::Validator(complaint, text);
+/// The value of a field in a new set.
+NSNumber defaultOf(const char16_t* key) {
+    return static_cast<const NSNumber&>(*ResizeSet().valueForKey(key));
 }
 
-/// --exif and --no-exif and their like; the last one said counts.
-void addSwitch(CLI::App& command, const std::string& name, std::optional<bool>& value,
-               const std::string& help) {
-    const auto set = [&value](std::int64_t said) { value = said > 0; };
-    command.add_flag("--" + name + ",!--no-" + name, set, help)
+/// Accepts numbers from `low` to `high` and nothing else, not even NaN.
+CLI::Validator between(float low, float high) {
+    const std::string range = plainNumber(low) + " to " + plainNumber(high);
+    const auto complaint = [low, high, range](std::string& word) -> std::string {
+        float number = 0;
+        const bool fits = CLI::detail::lexical_cast(word, number) && number >= low && number <= high;
+        return fits ? "" : "must be a number from " + range;
+    };
+    return CLI::Validator(complaint, range);
+}
+
+CLI::Validator formatName() {
+    const auto complaint = [](std::string& word) -> std::string {
+        return formatNamed(word) ? "" : "must be jpeg, png, tiff or gif";
+    };
+    return CLI::Validator(complaint, "FORMAT");
+}
+
+/// Descriptions of options, with the value in a new set where one is made.
+struct Descriptions {
+    bool isForNewSet;
+
+    std::string withDefault(const std::string& help, const std::string& value) const {
+        return isForNewSet ? help + " (default: " + value + ")" : help;
+    }
+};
+
+void addSwitch(CLI::App& command, const Switch& row, std::optional<bool>& value,
+               const Descriptions& describe) {
+    const std::string name = row.name;
+    const bool isOn = defaultOf(row.key).boolValue();
+    command
+        .add_flag(
+            "--" + name + ",!--no-" + name, [&value](std::int64_t count) { value = count > 0; },
+            describe.withDefault(row.help, isOn ? "--" + name : "--no-" + name))
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
 }
 
 } // namespace
 
-void SetOptions::addTo(CLI::App& command) {
+void SetOptions::addTo(CLI::App& command, bool isForNewSet) {
+    const Descriptions describe{isForNewSet};
     const CLI::Validator length = between(1, 1000000);
-    CLI::Option* w =
-        command.add_option("--width", width, "Scale to this width; the height follows unless given too");
+    const ResizeSet fresh;
+    CLI::Option* w = command.add_option(
+        "--width", width,
+        describe.withDefault("Scale to this width; without --height, the height follows",
+                             plainNumber(fresh.width()) + " x " + plainNumber(fresh.height())));
     CLI::Option* h =
-        command.add_option("--height", height, "Scale to this height; the width follows unless given too");
-    CLI::Option* p = command.add_option("--percent", percent, "Scale both sides by this percentage");
+        command.add_option("--height", height, "Scale to this height; without --width, the width follows");
+    CLI::Option* p = command.add_option("--percent", percent, "Scale both sides to this percentage");
     CLI::Option* l = command.add_option("--longest", longest, "Scale the longer side to this length");
     CLI::Option* k = command.add_flag("--keep-size", keepsSize, "Do not scale");
+    CLI::Option* f = command.add_option(
+        "--format", format,
+        describe.withDefault("Output format: jpeg, png, tiff or gif", *nameOfFormat(fresh.formatType())));
+    CLI::Option* q = command.add_option(
+        "--quality", quality,
+        describe.withDefault("JPEG quality in percent, 0 to 100", plainNumber(fresh.compression())));
     w->check(length), h->check(length), l->check(length);
-    p->check(between(0.001, 100000));
+    p->check(between(0.001F, 100000)), q->check(between(0, 100)), f->check(formatName());
+    for (CLI::Option* number : {w, h, p, l, q})
+        number->option_text("N");
+    f->option_text("FORMAT");
     for (CLI::Option* side : {w, h})
         side->excludes(p)->excludes(l)->excludes(k);
     p->excludes(l)->excludes(k);
     l->excludes(k);
-    command.add_option("--format", format, "jpeg, png, tiff or gif")->check(CLI::IsMember(formatNames()));
-    command.add_option("--quality", quality, "JPEG quality in percent")->check(between(0, 100));
-    addSwitch(command, "exif", exif, "Carry the camera's data into JPEG files");
-    addSwitch(command, "convert-resolution", convertsResolution, "Count sizes in pixels, not in points");
-    addSwitch(command, "rotate", rotates, "Turn pictures upright by their EXIF orientation");
-    addSwitch(command, "high-quality", highQuality, "Scale with the Lanczos filter");
-    addSwitch(command, "replace", replaces,
-              "Put the result in the original's place, and the original into the trash");
+    for (std::size_t i = 0; i < switchCount; ++i)
+        addSwitch(command, switchTable[i], switches[i], describe);
 }
 
 void SetOptions::applyTo(ResizeSet& set) const {
-    if (name)
-        set.setValueForKey(NSString::fromUTF8(typedWord(*name)).object(), u"name");
     if (width || height) {
         put(set, u"resizeType", std::int32_t{ResizeTypeSize});
         put(set, u"width", width.value_or(0.0F));
@@ -81,16 +123,13 @@ void SetOptions::applyTo(ResizeSet& set) const {
         put(set, u"resizeType", std::int32_t{ResizeTypeMaxSize});
     if (keepsSize)
         put(set, u"resizeType", unscaledResizeType);
-    putIfSaid(set, u"ratio", percent);
-    putIfSaid(set, u"maxSize", longest);
+    putIfGiven(set, u"ratio", percent);
+    putIfGiven(set, u"maxSize", longest);
     if (format)
         put(set, u"formatType", *formatNamed(*format));
-    putIfSaid(set, u"compression", quality);
-    putIfSaid(set, u"attachExifData", exif);
-    putIfSaid(set, u"convertResolution", convertsResolution);
-    putIfSaid(set, u"autoRotate", rotates);
-    putIfSaid(set, u"highQuality", highQuality);
-    putIfSaid(set, u"replaceFile", replaces);
+    putIfGiven(set, u"compression", quality);
+    for (std::size_t i = 0; i < switchCount; ++i)
+        putIfGiven(set, switchTable[i].key, switches[i]);
 }
 
 } // namespace kestrine

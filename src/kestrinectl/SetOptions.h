@@ -1,16 +1,19 @@
-// SetOptions: the options with which a person describes a set.
+// SetOptions: the options that describe a set.
 #pragma once
 
 #include "models/ResizeSet.h"
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <optional>
 #include <string>
 
 namespace kestrine {
 
-/// What was said on the command line; what was not said is absent and stays as it is.
+/// The options given on the command line; those not given are absent and change nothing.
 struct SetOptions {
+    static constexpr std::size_t switchCount = 5;
+
     std::optional<float> width;
     std::optional<float> height;
     std::optional<float> percent;
@@ -18,17 +21,14 @@ struct SetOptions {
     bool keepsSize = false;
     std::optional<std::string> format;
     std::optional<float> quality;
-    std::optional<bool> exif;
-    std::optional<bool> convertsResolution;
-    std::optional<bool> rotates;
-    std::optional<bool> highQuality;
-    std::optional<bool> replaces;
-    std::optional<std::string> name;
+    /// In the order of the table in SetOptions.cpp.
+    std::array<std::optional<bool>, switchCount> switches;
 
-    /// Adds the options to a command; it writes into this object, which must outlive the parsing.
-    void addTo(CLI::App& command);
+    /// Adds the options to a command; it writes into this object, which must outlive the parsing. The help
+    /// names the default values where a new set is made.
+    void addTo(CLI::App& command, bool isForNewSet);
 
-    /// Changes `set` as said.
+    /// Stores the options given in `set`.
     void applyTo(ResizeSet& set) const;
 };
 

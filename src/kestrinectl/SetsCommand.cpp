@@ -1,34 +1,24 @@
 #include "kestrinectl/SetsCommand.h"
 
 #include "kestrinectl/CommandError.h"
-#include "kestrinectl/PresetStore.h"
+#include "kestrinectl/Messages.h"
 #include "kestrinectl/SetDescription.h"
+#include "kestrinectl/SetImport.h"
 #include "kestrinectl/SetJSON.h"
+#include "kestrinectl/SetNameRules.h"
 #include "kestrinectl/SetOptions.h"
 #include "kestrinectl/Words.h"
 
-#include <fstream>
+#include <algorithm>
 #include <iostream>
-#include <iterator>
 
 namespace kestrine {
 
 namespace {
 
-using nlohmann::json;
-using nlohmann::ordered_json;
+constexpr const char* nameOrPosition = "The name of a set, or its position such as @2";
 
-std::string nameOf(const ResizeSet& set) { return set.name() ? set.name()->utf8() : "(no name)"; }
-
-/// A file's content, or standard input's for "-".
-std::string contentOf(const std::string& path) {
-    if (path == "-")
-        return {std::istreambuf_iterator<char>(std::cin), {}};
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw CommandError("cannot read " + path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
+std::string nameOf(const ResizeSet& set) { return set.name().value_or(u"").utf8(); }
 
 std::set<std::size_t> positionsOf(const PresetStore& store, const std::vector<std::string>& names) {
     std::set<std::size_t> positions;
@@ -44,66 +34,138 @@ std::set<std::size_t> allPositions(const PresetStore& store) {
     return positions;
 }
 
+void printList(const PresetStore& store) {
+    for (std::size_t i = 0; i < store.sets().size(); ++i) {
+        const ResizeSet& set = *store.sets()[i];
+        printLine((store.selection().contains(i) ? "* @" : "  @") + std::to_string(i + 1) + "  "
+                  + (set.name() ? nameOf(set) : "(no name)") + "  (" + summary(set) + ")");
+    }
+}
+
 void addList(CLI::App& sets) {
-    CLI::App* command = sets.add_subcommand("list", "List the sets; * marks those that are selected");
-    command->callback([] {
+    CLI::App* command = sets.add_subcommand("list", "List the sets; * marks the selected ones");
+    auto namesOnly = std::make_shared<bool>(false), zeroBytes = std::make_shared<bool>(false);
+    CLI::Option* names = command->add_flag("--names", *namesOnly, "Print only the names, one per line");
+    command->add_flag("--null", *zeroBytes, "End each name with a zero byte instead of a newline")
+        ->needs(names);
+    command->callback([namesOnly, zeroBytes] {
         const PresetStore store = PresetStore::load();
-        for (std::size_t i = 0; i < store.sets().size(); ++i)
-            std::cout << (store.selection().contains(i) ? "* " : "  ") << "@" << i + 1 << "  "
-                      << nameOf(*store.sets()[i]) << "  (" << summary(*store.sets()[i]) << ")\n";
+        if (!*namesOnly)
+            return printList(store);
+        for (const auto& set : store.sets())
+            *zeroBytes ? (void)(std::cout << nameOf(*set) << '\0') : printLine(nameOf(*set));
     });
+}
+
+/// What is odd about the name of a stored set.
+std::vector<std::string> nameWarnings(const PresetStore& store, std::size_t position) {
+    const OptionalString& name = store.sets()[position]->name();
+    std::vector<std::string> warnings = oddities(name.value_or(u"").utf8());
+    if (const auto objection = objectionTo(name.value_or(u"").utf8()))
+        warnings.insert(warnings.begin(), *objection);
+    const auto first =
+        std::ranges::find_if(store.sets(), [&](const auto& set) { return set->name() == name; });
+    const auto number = first - store.sets().begin();
+    if (static_cast<std::size_t>(number) != position)
+        warnings.push_back("'kestrine -set' applies @" + std::to_string(number + 1)
+                           + " instead, which has the same name");
+    return warnings;
+}
+
+void printSet(const PresetStore& store, std::size_t position) {
+    const ResizeSet& set = *store.sets()[position];
+    printLine(set.name() ? nameOf(set) : "(no name)");
+    for (const std::string& warning : nameWarnings(store, position))
+        printLine("  Warning: " + warning + ".");
+    for (const std::string& sentence : description(set))
+        printLine("  " + sentence);
 }
 
 void addShow(CLI::App& sets) {
-    CLI::App* command = sets.add_subcommand("show", "Say in words what sets do");
+    CLI::App* command = sets.add_subcommand("show", "Describe in words what sets do");
     auto names = std::make_shared<std::vector<std::string>>();
-    command->add_option("NAME", *names, "A set's name, or its position such as @2")->required();
+    command->add_option("NAME", *names, nameOrPosition)->required();
     command->callback([names] {
         const PresetStore store = PresetStore::load();
-        for (const std::string& name : *names) {
-            const ResizeSet& set = *store.sets()[store.positionOf(name)];
-            std::cout << nameOf(set) << "\n";
-            for (const std::string& sentence : description(set))
-                std::cout << "  " << sentence << "\n";
-        }
+        for (const std::string& name : *names)
+            printSet(store, store.positionOf(name));
     });
 }
 
+/// A new name, checked.
+struct NewName {
+    std::optional<std::string> word;
+    NameConflicts conflicts;
+
+    /// Throws CommandError for a name that would mislead.
+    void check() const {
+        if (const auto objection = word ? objectionTo(typedWord(*word)) : std::nullopt)
+            throw CommandError(*objection + "; choose another name");
+    }
+};
+
+/// After the change was made: stores it and tells what the person should know.
+void saveAndTell(PresetStore& store, const SetPlacement& placement, const ResizeSet& changed, bool isNamed) {
+    store.save();
+    for (const std::string& notice : placement.notices())
+        printLine(notice);
+    if (isNamed)
+        for (const std::string& oddity : oddities(nameOf(changed)))
+            printWarning(oddity);
+}
+
+void setName(ResizeSet& set, const NewName& name) {
+    if (name.word)
+        set.setValueForKey(NSString::fromUTF8(typedWord(*name.word)).object(), u"name");
+}
+
 void addAdd(CLI::App& sets) {
-    CLI::App* command = sets.add_subcommand("add", "Make a new set; what is not said keeps its default");
+    CLI::App* command =
+        sets.add_subcommand("add", "Make a new set; options not given have their default values");
     auto options = std::make_shared<SetOptions>();
-    command->add_option("NAME", options->name, "The new set's name")->required();
-    options->addTo(*command);
-    command->callback([options] {
+    auto name = std::make_shared<NewName>();
+    command->add_option("NAME", name->word, "The name of the new set")->required();
+    name->conflicts.addTo(*command);
+    options->addTo(*command, true);
+    command->callback([options, name] {
+        name->check();
         PresetStore store = PresetStore::loadForChange();
+        SetPlacement placement(store, name->conflicts);
         const auto set = std::make_shared<ResizeSet>();
+        setName(*set, *name);
         options->applyTo(*set);
-        store.append(set);
-        store.save();
+        placement.add(set);
+        saveAndTell(store, placement, *set, true);
     });
 }
 
 void addEdit(CLI::App& sets) {
-    CLI::App* command = sets.add_subcommand("edit", "Change a set; what is not said stays");
+    CLI::App* command =
+        sets.add_subcommand("edit", "Change a set; options not given keep their current values");
     auto options = std::make_shared<SetOptions>();
+    auto newName = std::make_shared<NewName>();
     auto name = std::make_shared<std::string>();
-    command->add_option("NAME", *name, "A set's name, or its position such as @2")->required();
-    command->add_option("--name", options->name, "Its new name");
-    options->addTo(*command);
-    command->callback([options, name] {
+    command->add_option("NAME", *name, nameOrPosition)->required();
+    command->add_option("--name", newName->word, "The new name of the set")->option_text("NAME");
+    newName->conflicts.addTo(*command);
+    options->addTo(*command, false);
+    command->callback([options, newName, name] {
+        newName->check();
         PresetStore store = PresetStore::loadForChange();
+        SetPlacement placement(store, newName->conflicts);
         const std::size_t position = store.positionOf(*name);
         const auto set = std::make_shared<ResizeSet>(*store.sets()[position]);
+        setName(*set, *newName);
         options->applyTo(*set);
-        store.replace(position, set);
-        store.save();
+        placement.change(position, set);
+        saveAndTell(store, placement, *set, newName->word.has_value());
     });
 }
 
 void addRemove(CLI::App& sets) {
     CLI::App* command = sets.add_subcommand("remove", "Remove sets");
     auto names = std::make_shared<std::vector<std::string>>();
-    command->add_option("NAME", *names, "A set's name, or its position such as @2")->required();
+    command->add_option("NAME", *names, nameOrPosition)->required();
     command->callback([names] {
         PresetStore store = PresetStore::loadForChange();
         store.remove(positionsOf(store, *names));
@@ -112,10 +174,11 @@ void addRemove(CLI::App& sets) {
 }
 
 void addSelect(CLI::App& sets) {
-    CLI::App* command = sets.add_subcommand("select", "Choose the sets that apply when none is named");
+    CLI::App* command =
+        sets.add_subcommand("select", "Choose the sets that are applied when no set is named");
     auto names = std::make_shared<std::vector<std::string>>();
     auto all = std::make_shared<bool>(false), none = std::make_shared<bool>(false);
-    CLI::Option* named = command->add_option("NAME", *names, "A set's name, or its position such as @2");
+    CLI::Option* named = command->add_option("NAME", *names, nameOrPosition);
     CLI::Option* every = command->add_flag("--all", *all, "Select every set");
     CLI::Option* no = command->add_flag("--none", *none, "Select no set");
     named->excludes(every)->excludes(no);
@@ -132,9 +195,9 @@ void addSelect(CLI::App& sets) {
 void addExport(CLI::App& sets) {
     CLI::App* command = sets.add_subcommand("export", "Write sets as JSON to standard output");
     auto names = std::make_shared<std::vector<std::string>>();
-    command->add_option("NAME", *names,
-                        "A set's name, or its position such as @2; all sets when none is given");
+    command->add_option("NAME", *names, std::string(nameOrPosition) + " (default: all sets)");
     command->callback([names] {
+        using nlohmann::ordered_json;
         const PresetStore store = PresetStore::load();
         ordered_json list = ordered_json::array();
         for (const std::size_t position : names->empty() ? allPositions(store) : positionsOf(store, *names))
@@ -143,55 +206,22 @@ void addExport(CLI::App& sets) {
     });
 }
 
-/// The sets of an export, or of a bare list of sets.
-std::vector<std::shared_ptr<const ResizeSet>> setsIn(const std::string& text, const std::string& path) {
-    constexpr int deepest = 8; // an export has four levels
-    const auto checkDepth = [&path](int depth, json::parse_event_t, json&) {
-        if (depth > deepest)
-            throw CommandError(path + " is no JSON export of sets: it is nested too deeply");
-        return true;
-    };
-    const json document = json::parse(text, checkDepth, false);
-    const bool isExport = document.is_object() && document.contains("sets");
-    const json& list = isExport ? document["sets"] : document;
-    if (!list.is_array())
-        throw CommandError(path + " is no JSON export of sets");
-    std::vector<std::shared_ptr<const ResizeSet>> sets;
-    for (std::size_t i = 0; i < list.size(); ++i)
-        sets.push_back(setFromJSON(list[i], path + ": set " + std::to_string(i + 1)));
-    return sets;
-}
-
 void addImport(CLI::App& sets) {
     CLI::App* command = sets.add_subcommand("import", "Add sets from a JSON export");
-    auto path = std::make_shared<std::string>();
-    auto replaces = std::make_shared<bool>(false);
-    command->add_option("FILE", *path, "The export; - for standard input")->required();
-    command->add_flag("--replace", *replaces, "Let a set take the place of one that has its name");
-    command->callback([path, replaces] {
-        PresetStore store = PresetStore::loadForChange();
-        const std::string typed = typedWord(*path);
-        for (const auto& set : setsIn(contentOf(typed), typed)) {
-            const auto same = std::ranges::find_if(
-                store.sets(), [&](const auto& other) { return other->name() == set->name(); });
-            if (*replaces && same != store.sets().end())
-                store.replace(static_cast<std::size_t>(same - store.sets().begin()), set);
-            else
-                store.append(set);
-        }
-        store.save();
-    });
+    auto request = std::make_shared<SetImport>();
+    request->addTo(*command);
+    command->callback([request] { request->run(); });
 }
 
 void addWhere(CLI::App& sets) {
     CLI::App* command = sets.add_subcommand("where", "Print the path of the preferences file");
-    command->callback([] { std::cout << PresetStore::path() << "\n"; });
+    command->callback([] { printLine(PresetStore::path()); });
 }
 
 } // namespace
 
 void addSetsCommand(CLI::App& program) {
-    CLI::App* sets = program.add_subcommand("sets", "Look at presets, make and change them");
+    CLI::App* sets = program.add_subcommand("sets", "List, show, make and change presets");
     sets->require_subcommand(1);
     for (const auto add :
          {addList, addShow, addAdd, addEdit, addRemove, addSelect, addExport, addImport, addWhere})

@@ -6,7 +6,7 @@ namespace kestrine {
 
 namespace {
 
-/// No word begins like this by chance: it is no character of any text.
+/// Not valid in UTF-8 or any other encoding in use, so no real word begins with it.
 const std::string mark = "\xff\x01";
 
 } // namespace

@@ -1,6 +1,7 @@
-// Words: the arguments on their way through the option parser, which takes "[a,b]" for a list of two where it
-// expects several words, and "--" for the end of a command that has a file already. Words that begin with a
-// bracket, and behind "--" with a dash, get a mark in front before parsing, and lose it when they are used.
+// Words: the arguments on their way through the option parser, which reads "[a,b]" as a list of two words
+// where it expects several, and "--" as the end of a command that has a file already. Words that begin with a
+// bracket, and words after "--" that begin with a dash, get a mark in front before parsing and lose it before
+// use.
 #pragma once
 
 #include <string>
@@ -8,10 +9,10 @@
 
 namespace kestrine {
 
-/// The arguments behind the program's name, marked, last one first as the parser wants them.
+/// The arguments after the program's name, marked, in reverse order as the parser expects them.
 std::vector<std::string> markedWords(int count, char** values);
 
-/// What was typed.
+/// The word as typed, without a mark.
 std::string typedWord(const std::string& marked);
 
 } // namespace kestrine

@@ -1,10 +1,13 @@
-// kestrinectl: what people and scripts want beyond the quiet tool.
-// Exit status: 0 all well, 1 something failed, 2 the arguments are wrong.
+// kestrinectl: manages presets, converts many pictures, shows EXIF data.
+// Exit status: 0 success, 1 something failed, 2 the arguments are wrong.
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/CommandHelp.h"
 #include "kestrinectl/ConvertCommand.h"
 #include "kestrinectl/ExifCommand.h"
+#include "kestrinectl/Messages.h"
 #include "kestrinectl/SetsCommand.h"
+#include "kestrinectl/Version.h"
 #include "kestrinectl/Words.h"
 #include "platform/host/process/StandardStreams.h"
 
@@ -16,18 +19,22 @@ constexpr int failed = 1;
 constexpr int wrongArguments = 2;
 
 int run(int count, char** values) {
-    CLI::App program("Companion of kestrine: makes and shows the presets that kestrine applies.",
+    CLI::App program("Manages the presets that kestrine applies, converts many pictures, shows EXIF data.",
                      "kestrinectl");
+    kestrine::useHelpLayout(program);
+    program.set_version_flag("-V,--version", std::string("kestrinectl ") + kestrine::programVersion(),
+                             "Print the version and exit");
     program.require_subcommand(1);
     kestrine::addSetsCommand(program);
     kestrine::addConvertCommand(program);
     kestrine::addExifCommand(program);
+    kestrine::addHelpCommand(program);
     try {
         program.parse(kestrine::markedWords(count, values));
-    } catch (const CLI::Success& help) {
-        return program.exit(help);
+    } catch (const CLI::Success& helpOrVersion) {
+        program.exit(helpOrVersion);
     } catch (const CLI::ParseError& error) {
-        std::cerr << "kestrinectl: " << error.what() << "; --help tells what there is\n";
+        kestrine::printError(kestrine::complaintAbout(program, {values + 1, values + count}, error));
         return wrongArguments;
     }
     if (!std::cout.flush())
@@ -42,7 +49,7 @@ int main(int count, char** values) {
     try {
         return run(count, values);
     } catch (const std::exception& error) {
-        std::cerr << "kestrinectl: " << error.what() << "\n";
+        kestrine::printError(error.what());
         return failed;
     }
 }

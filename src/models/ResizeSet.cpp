@@ -59,7 +59,7 @@ std::span<const ResizeSet::Field> ResizeSet::fields() {
         {"autoRotate", &Set::autoRotate_, 2},
         {"chooseFolder", &Set::chooseFolder_, 3},
         {"highQuality", &Set::highQuality_, 4},
-        {"chosenFolderPath", &Set::chosenFolderPath_},
+        {"chosenFolderPath", &Set::chosenFolderPath_, neverArchived},
     }};
     return table;
 }
@@ -89,8 +89,11 @@ void ResizeSet::setValueForKey(const Object& value, const NSString& key) {
     if (key == replaceFileKey && number != nullptr)
         return setReplaceFile(number->charValue());
     const auto setText = [&](OptionalString ResizeSet::*member) {
-        this->*member = NSString::fromObject(value);
-        return value == nullptr || (this->*member).has_value();
+        OptionalString text = NSString::fromObject(value);
+        if (value != nullptr && !text)
+            return false;
+        this->*member = std::move(text);
+        return true;
     };
     const auto setNumber = [&]<class T>(T ResizeSet::*member) {
         if (number == nullptr)
@@ -105,16 +108,16 @@ void ResizeSet::setValueForKey(const Object& value, const NSString& key) {
 
 void ResizeSet::setReplaceFile(std::int8_t value) {
     replaceFile_ = value;
-    observers_.notify(replaceFileKey);
     if (value == 1)
         setValueForKey(std::make_shared<NSNumber>(false), u"chooseFolder");
+    observers_.notify(replaceFileKey);
 }
 
-void ResizeSet::encodeWithCoder(NSArchiver& coder) const { encodeFields(coder, *this, archivedFields()); }
+void ResizeSet::encodeWithCoder(NSArchiver& coder) const { encodeFields(coder, *this, fields()); }
 
 std::shared_ptr<const ResizeSet> ResizeSet::initWithCoder(NSUnarchiver& coder) {
     auto set = std::make_shared<ResizeSet>();
-    decodeFields(coder, *set, archivedFields(), coder.versionForClassName(className));
+    decodeFields(coder, *set, fields(), coder.versionForClassName(className));
     return set;
 }
 
@@ -139,7 +142,8 @@ void ResizeSet::didEndOpenSheet(const NSOpenPanel& panel, int returnCode, const 
 }
 
 ArchivedClasses archivedSetClasses() {
-    static constexpr std::array<ArchivedClass, 1> classes = {archivedClass<ResizeSet>(className, ResizeSet::version)};
+    static const std::array<ArchivedClass, 1> classes = {
+        archivedClass<ResizeSet>(className, currentVersion(ResizeSet::fields()))};
     return classes;
 }
 

@@ -11,14 +11,14 @@
 
 namespace kestrine {
 
-/// How a set sizes a picture; any other value means: not at all.
+/// How a set sizes a picture; any other value means that it is not scaled.
 enum ResizeType : std::int32_t {
-    ResizeTypeSize = 0,    ///< to width x height; a zero leaves that side to the aspect
+    ResizeTypeSize = 0,    ///< to width x height; a side of 0 follows from the other one
     ResizeTypeRatio = 1,   ///< both sides by ratio percent
     ResizeTypeMaxSize = 2, ///< the longer side to maxSize
 };
 
-/// What a set writes; any other value means: nothing.
+/// The format of the output; any other value means that nothing is written.
 enum FormatType : std::int32_t {
     FormatTypeJPEG = 0,
     FormatTypePNG = 1,
@@ -26,13 +26,10 @@ enum FormatType : std::int32_t {
     FormatTypeGIF = 3,
 };
 
-/// Copies share nothing but text; observers stay with the original. Booleans are signed bytes that keep the
-/// value they were stored with; any non-zero is yes.
+/// Copies share only immutable strings; observers stay with the original. Booleans are signed bytes that keep
+/// the value they were stored with; any non-zero value means yes.
 class ResizeSet final : public NSObject {
 public:
-    /// The class version written into archives.
-    static constexpr std::int32_t version = 4;
-
     /// `init`: the defaults, named "Untitled".
     ResizeSet();
     ResizeSet(const ResizeSet& other);
@@ -54,23 +51,26 @@ public:
     std::int8_t highQuality() const { return highQuality_; }
     const OptionalString& chosenFolderPath() const { return chosenFolderPath_; }
 
-    /// `setReplaceFile:`: exactly YES (1) also turns chooseFolder off, seen by its observers.
+    /// `setReplaceFile:`: exactly YES (1) also turns chooseFolder off. The observers of chooseFolder are
+    /// called first, so that those of replaceFile never see both on.
     void setReplaceFile(std::int8_t value);
 
-    /// Key-value coding by field name: texts are NSString (or nil), all others NSNumber. Raises
-    /// NSUnknownKeyException for another key and NSInvalidArgumentException for a value that does not fit.
+    /// Key-value coding by field name: strings are NSString (or nil), all others NSNumber. Raises
+    /// NSUnknownKeyException for another key and NSInvalidArgumentException for a value that does not fit;
+    /// the field then keeps its value.
     Object valueForKey(const NSString& key) const;
     void setValueForKey(const Object& value, const NSString& key);
     KeyValueObservers& observers() { return observers_; }
 
-    /// `encodeWithCoder:` and `initWithCoder:`: archivedFields(). What an older archive lacks keeps
-    /// its default: no turning, no chosen folder, high quality.
+    /// `encodeWithCoder:` and `initWithCoder:`: the archived ones of fields(). Fields that an older archive
+    /// lacks keep their defaults: no turning, no chosen folder, high quality.
     void encodeWithCoder(NSArchiver& coder) const;
     static std::shared_ptr<const ResizeSet> initWithCoder(NSUnarchiver& coder);
 
-    /// `chooseFolder:`: asks for a folder and stores it under chosenFolderPath unless the person cancels.
+    /// `chooseFolder:`: asks for a folder and stores its path as chosenFolderPath unless the person cancels.
+    /// Blocks until the dialogue is closed.
     void chooseFolder(const Object& sender);
-    /// `didEndOpenSheet:returnCode:contextInfo:`: the same ending for a panel run as a sheet.
+    /// `didEndOpenSheet:returnCode:contextInfo:`: the same for a panel that was run as a sheet.
     void didEndOpenSheet(const NSOpenPanel& panel, int returnCode, const void* contextInfo);
 
     // Applying the set to one picture (ResizeSetConversion.cpp). None changes the set or any file.
@@ -80,20 +80,20 @@ public:
     NSString fileNameForPath(const NSString& path) const;
 
     /// `resizeFolderForPath:rootPath:`: where the output goes, for a source in `folder`. With a root path the
-    /// source's place below it is kept below the result. Nothing for no folder.
+    /// source's place below it is kept below the result. Absent when there is no folder.
     OptionalString resizeFolderForPath(const OptionalString& folder,
                                        const OptionalString& rootPath = {}) const;
 
     /// `resizedImageDataWithFile:image:`: the output file's bytes; nil when the picture cannot be made.
-    /// `image` is a picture of `path`, its resolution converted already where the set asks for it; null to
-    /// load it here.
+    /// `image` is the loaded picture of `path`, its resolution already converted if the set asks for that;
+    /// null to load it here.
     std::shared_ptr<const NSData> resizedImageDataWithFile(const NSString& path,
                                                            std::shared_ptr<NSImage> image) const;
 
     using Field = ArchivedField<ResizeSet>;
-    /// All fields: the archived ones in archive order, then `chosenFolderPath`, which never is.
+    /// The table of all fields: the archived ones in archive order, each with the class version that first
+    /// stored it, and `chosenFolderPath`, which is never archived. The largest version is the one written.
     static std::span<const Field> fields();
-    static std::span<const Field> archivedFields() { return fields().first(14); }
 
 private:
     static const Field& fieldNamed(const NSString& key);

@@ -7,8 +7,8 @@
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSNotificationCenter.h"
-#include "platform/host/files/AtomicFile.h"
 #include "platform/host/FailureCollector.h"
+#include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
 
 #include <algorithm>
@@ -19,6 +19,14 @@ namespace {
 
 NSException unfitValue(const NSString& key) {
     return {NSInvalidArgumentException, "the value does not fit " + key.utf8()};
+}
+
+/// nil clears the field.
+OptionalString folderPathFrom(const Object& value) {
+    OptionalString path = NSString::fromObject(value);
+    if (value != nullptr && !path)
+        throw unfitValue(u"saveFolderPath");
+    return path;
 }
 
 ResizeSets setsFrom(const Object& value) {
@@ -65,7 +73,7 @@ void ResizeUnit::setValueForKey(const Object& value, const NSString& key) {
     if (key == u"filepath")
         filepath_ = value;
     else if (key == u"saveFolderPath")
-        saveFolderPath_ = NSString::fromObject(value);
+        saveFolderPath_ = folderPathFrom(value);
     else if (key == u"resizeSets")
         resizeSets_ = setsFrom(value);
     else

@@ -18,7 +18,7 @@ public:
     /// NSInvalidArgumentException for a value that does not fit.
     /// `filepath`: the file's full path, or a dictionary with it under "path" and, under "rootPath", the
     /// folder that was handed in and in which the file was found; any other object stands for an empty path.
-    /// `saveFolderPath`: the folder that holds the file. `resizeSets`: an NSArray of ResizeSet.
+    /// `saveFolderPath`: the folder that holds the file, or nil. `resizeSets`: an NSArray of ResizeSet.
     void setValueForKey(const Object& value, const NSString& key);
 
     /// `resize:`: runs the whole job and posts RUResizeHasDone with the job as object. Failures are quiet:

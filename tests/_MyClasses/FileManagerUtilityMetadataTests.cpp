@@ -3,7 +3,7 @@
 #include "platform/finder/FinderMetadata.h"
 #include "tests/_MyClasses/CapturedLog.h"
 #include "tests/_MyClasses/SystemVersion.h"
-#include "tests/support/SystemFeatures.h"
+#include "tests/support/AttributeSupport.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -94,7 +94,7 @@ TEST_F(FileManagerUtilityMetadata, from10_6OnTheLabelIsZeroForEveryReference) {
 TEST_F(FileManagerUtilityMetadata, from10_6OnAPathThatCannotBeEncodedIsLoggedAndHasNoLabel) {
     const SystemVersion version(0x1060);
     EXPECT_EQ(finderLabelForPath(halfACharacter), 0);
-    EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not encode path for /tmp/\xd800")));
+    EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not encode path for /tmp/\xfffd")));
 }
 
 TEST_F(FileManagerUtilityMetadata, aReferenceIsMadeOfAPath) {
@@ -119,7 +119,7 @@ TEST_F(FileManagerUtilityMetadata, aPathThatCannotBeEncodedGivesMinusOneAndIsLog
     EXPECT_EQ(getFSRefFromPath(file("a"), &reference), 0);
     EXPECT_EQ(getFSRefFromPath(halfACharacter, &reference), -1);
     EXPECT_EQ(reference.node, nullptr);
-    EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not encode path for /tmp/\xd800")));
+    EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not encode path for /tmp/\xfffd")));
 }
 
 TEST_F(FileManagerUtilityMetadata, namesThatAreNotUTF8Work) {

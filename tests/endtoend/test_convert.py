@@ -101,7 +101,7 @@ class Convert(ToolTest):
         self.picture("a.png")
         for arguments in ((), ("-j", "0", "a.png"), ("-j", "x", "a.png"), ("--nonsense", "a.png")):
             self.assertRegex(self.convert(*arguments, status=2).stderr, rb"\Akestrinectl: [^\n]+\n\Z")
-        self.assertIn(b"there is no set Print", self.convert("--set", "Print", "a.png", status=1).stderr)
+        self.assertIn(b'no set named "Print"', self.convert("--set", "Print", "a.png", status=1).stderr)
         self.store({"name": "Web"})
         self.assertIn(b"no set is selected", self.convert("a.png", status=1).stderr)
 

@@ -2,6 +2,7 @@
 import json
 import os
 import plistlib
+import pty
 import subprocess
 import unittest
 
@@ -23,6 +24,30 @@ class Sets(ToolTest):
     def exported(self, *names):
         return json.loads(self.control("export", *names))["sets"]
 
+    def stored_names(self):
+        return [s["name"] for s in self.exported()]
+
+    def warned(self, *arguments):
+        """What a command that succeeds prints to standard error."""
+        done = self.kestrinectl("sets", *arguments)
+        self.assertEqual(done.returncode, 0, done)
+        return done.stderr.decode()
+
+    def on_a_terminal(self, *arguments):
+        """What a command prints to a terminal, both streams together."""
+        master, slave = pty.openpty()
+        self.addCleanup(os.close, master)
+        subprocess.run([BIN / "kestrinectl", *arguments], env=self.environment, cwd=self.folder, stdout=slave,
+                       stderr=slave, stdin=subprocess.DEVNULL, timeout=120)
+        os.close(slave)
+        text = b""
+        try:
+            while piece := os.read(master, 65536):
+                text += piece
+        except OSError:  # the end of a terminal
+            pass
+        return text.decode().replace("\r\n", "\n")
+
     def test_a_set_that_was_added_is_listed_and_applied_by_the_quiet_tool(self):
         self.control("add", "Web", "--longest", "30", "--format", "jpeg", "--quality", "62.5")
         self.assertEqual(self.kestrine("-l"), b"Web\n")
@@ -38,20 +63,19 @@ class Sets(ToolTest):
         self.assertEqual((set_["formatType"], set_["highQuality"], set_["autoRotate"]), ("tiff", False, True))
         self.assertEqual((set_["convertResolution"], set_["replaceFile"], set_["compression"]), (True, False, 70))
 
-    def test_edit_changes_only_what_is_said(self):
+    def test_edit_keeps_what_is_not_given(self):
         self.control("add", "A", "--percent", "33.3", "--format", "gif", "--exif")
         before = self.exported("A")[0]
         self.control("edit", "A", "--name", "B", "--quality", "10")
         self.assertEqual(self.exported("B")[0], {**before, "name": "B", "compression": 10})
 
     def test_sets_are_found_by_name_or_position_and_doubtful_names_are_refused(self):
-        for name in ("A", "B", "A"):
-            self.control("add", name)
-        self.assertIn("2 sets are named A", self.control("show", "A", status=1))
+        self.store({"name": "A"}, {"name": "B"}, {"name": "A"})
+        self.assertIn('2 sets are named "A"', self.control("show", "A", status=1))
         self.control("edit", "@3", "--name", "C")
-        self.assertEqual([s["name"] for s in self.exported()], ["A", "B", "C"])
-        self.assertIn("there is no set D", self.control("remove", "D", status=1))
-        self.assertIn("there is no set @4", self.control("remove", "@4", status=1))
+        self.assertEqual(self.stored_names(), ["A", "B", "C"])
+        self.assertIn('no set named "D"; \'kestrinectl sets list\' lists all', self.control("remove", "D", status=1))
+        self.assertIn('no set named "@4"', self.control("remove", "@4", status=1))
 
     def test_removing_keeps_the_selection_on_the_sets_that_stay(self):
         for name in "ABCD":
@@ -78,22 +102,136 @@ class Sets(ToolTest):
         exported = self.control("export")
         self.preferences.unlink()
         (self.folder / "sets.json").write_text(exported)
-        self.control("import", "sets.json")
+        self.control("import", "--any-name", "sets.json")
         self.assertEqual(self.control("export"), exported)
-        self.control("import", "-", input=exported.encode())
+        self.control("import", "--any-name", "--rename", "-", input=exported.encode())
         self.assertEqual(len(self.exported()), 8)
 
-    def test_import_can_take_the_place_of_sets_with_the_same_name(self):
+    def write_sets(self, *sets):
+        (self.folder / "x.json").write_text(json.dumps(sets))
+
+    def test_a_name_that_exists_is_refused_by_add_edit_and_import(self):
+        self.control("add", "A")
+        self.control("add", "B")
+        before = self.preferences.read_bytes()
+        self.write_sets({"name": "C"}, {"name": "A"})
+        for arguments in (("add", "A"), ("edit", "B", "--name", "A"), ("import", "x.json")):
+            self.assertIn('a set named "A" exists already', self.control(*arguments, status=1))
+        self.assertEqual(self.preferences.read_bytes(), before)
+        self.control("edit", "A", "--name", "A", "--quality", "5")
+        self.assertEqual(self.exported("A")[0]["compression"], 5)
+
+    def test_overwriting_replaces_the_first_set_of_the_name_in_its_place(self):
+        self.store(*({"name": name} for name in "XAAB"), selection=[(1, 1), (3, 1)])
+        self.control("add", "A", "--overwrite", "--percent", "7")
+        self.assertEqual([(s["name"], s["ratio"]) for s in self.exported()],
+                         [("X", 100), ("A", 7), ("A", 100), ("B", 100)])
+        self.assertEqual([line[0] for line in self.control("list").splitlines()], [" ", "*", " ", "*"])
+        self.control("edit", "X", "--name", "A", "--overwrite", "--percent", "9")
+        self.assertEqual([(s["name"], s["ratio"]) for s in self.exported()], [("A", 9), ("A", 100), ("B", 100)])
+        self.assertEqual([line[0] for line in self.control("list").splitlines()], ["*", " ", "*"])
+
+    def test_import_overwrites_and_keeps_the_order_of_the_stored_sets(self):
         self.control("add", "A", "--percent", "10")
         self.control("add", "B")
-        (self.folder / "x.json").write_text(json.dumps([{"name": "A", "resizeType": "ratio", "ratio": 20}, {"name": "C"}]))
-        self.control("import", "--replace", "x.json")
+        self.write_sets({"name": "C"}, {"name": "A", "resizeType": "ratio", "ratio": 20})
+        self.control("import", "--overwrite", "x.json")
         self.assertEqual([(s["name"], s["ratio"]) for s in self.exported()], [("A", 20), ("B", 100), ("C", 100)])
+
+    def test_renaming_finds_the_first_free_name_and_prints_it(self):
+        for name in ("A", "A 2"):
+            self.control("add", name)
+        self.assertEqual(self.control("add", "A", "--rename"), 'added as "A 3"\n')
+        self.assertEqual(self.control("edit", "A 2", "--name", "A", "--rename"), 'renamed to "A 4"\n')
+        self.write_sets({"name": "B"}, {"name": "A"}, {"name": "B"})
+        self.assertEqual(self.control("import", "--rename", "x.json"),
+                         'x.json: set 2: added as "A 2"\nx.json: set 3: added as "B 2"\n')
+        self.assertEqual(self.stored_names(), ["A", "A 4", "A 3", "B", "A 2", "B 2"])
+        self.assertEqual(self.control("add", "Z", "--rename"), "")
+
+    def test_a_name_twice_in_one_import_is_refused_unless_any_name_is_accepted(self):
+        self.write_sets({"name": "A", "ratio": 1}, {"name": "A", "ratio": 2})
+        for options in ((), ("--overwrite",)):
+            self.assertIn("x.json: set 2: an earlier set has the name", self.control("import", *options, "x.json", status=1))
+        self.assertEqual(self.stored_names(), [])
+        self.control("import", "--any-name", "x.json")
+        self.control("import", "--any-name", "--overwrite", "x.json")
+        self.assertEqual([(s["name"], s["ratio"]) for s in self.exported()], [("A", 1), ("A", 2)])
+
+    MISLEADING = (("..", "above"), (".", "folder of the original"), ("/", "separates folders"),
+                  ("a/b", "separates folders"), ("", "empty name"), ("@2", "position"), ("@0", "position"),
+                  ("x" * 256, "255 bytes"))
+
+    def test_misleading_names_are_refused_with_the_reason(self):
+        self.control("add", "A")
+        for name, phrase in self.MISLEADING:
+            self.assertIn(phrase, self.control("add", name, status=1))
+            self.assertIn(phrase, self.control("add", "--overwrite", name, status=1))
+            self.assertIn(phrase, self.control("edit", "A", "--name", name, status=1))
+            self.write_sets({"name": name})
+            self.assertIn(phrase, self.control("import", "x.json", status=1))
+        self.write_sets({"name": "a\0b"})
+        self.assertIn("zero byte", self.control("import", "x.json", status=1))
+        self.assertEqual(self.stored_names(), ["A"])
+        for name in ("@", "@x", "a.b", "x" * 255):
+            self.control("add", name)
+
+    def test_any_name_can_be_imported_and_stored_ones_work_with_a_warning(self):
+        names = [name for name, _ in self.MISLEADING]
+        self.write_sets(*({"name": name, "resizeType": "ratio", "ratio": 50} for name in names))
+        self.control("import", "--any-name", "x.json")
+        self.assertEqual(self.stored_names(), names)
+        for position, (_, phrase) in enumerate(self.MISLEADING, 1):
+            if position != 2:  # a set is named "@2"
+                self.assertRegex(self.control("show", f"@{position}"), f"Warning: .*{phrase}")
+        self.control("edit", "..", "--percent", "40")
+        self.control("select", "a/b")
+        pictures.image(pictures.photo(60, 40)).save(self.folder / "a.png")
+        self.kestrine("-set", "a/b", "a.png")
+        self.assertEqual(self.names("a/b"), [b"a.png"])
+
+    def test_names_that_kestrine_shows_altered_get_a_warning(self):
+        warning = """'kestrine -l' lists "50%" as "50\""""
+        self.assertIn("kestrinectl: warning: " + warning, self.warned("add", "50%"))
+        self.assertIn(warning, self.control("show", "50%"))
+        self.assertEqual(self.kestrine("-l"), b"50\n")
+        self.control("add", "A")
+        self.assertIn("several lines", self.warned("edit", "A", "--name", "two\nlines"))
+        self.assertIn("hidden", self.warned("add", ".web"))
+        self.assertIn("option", self.warned("add", "--", "-l"))
+        self.write_sets({"name": "100%%"}, {"name": "B"})
+        self.assertRegex(self.warned("import", "x.json"), r'\A[^\n]*x.json: set 1: [^\n]*"100%%" as "100%"[^\n]*\n\Z')
+        self.assertEqual(self.warned("edit", "B", "--quality", "3"), "")
+
+    def test_show_warns_about_a_set_that_its_name_does_not_reach(self):
+        self.store({"name": "A"}, {"name": "A"})
+        self.assertNotIn("Warning", self.control("show", "@1"))
+        self.assertIn("Warning: 'kestrine -set' applies @1 instead", self.control("show", "@2"))
+
+    def test_list_prints_the_names_alone(self):
+        self.store({"name": "50%"}, {"name": " a\nb"}, {"name": None})
+        self.assertEqual(self.control("list", "--names"), "50%\n a\nb\n\n")
+        self.assertEqual(self.control("list", "--names", "--null"), "50%\0 a\nb\0\0")
+        self.control("list", "--null", status=2)
+
+    def test_control_characters_are_escaped_on_a_terminal_and_raw_in_pipes(self):
+        self.store({"name": "\x1b[31mred\n", "resizeType": 77})
+        self.assertIn("\x1b[31mred\n", self.control("list"))
+        self.assertIn("\x1b[31mred\n", self.control("show", "@1"))
+        for arguments in (("list",), ("show", "@1"), ("list", "--names"), ("add", "\x1b[31mred\n")):
+            shown = self.on_a_terminal("sets", *arguments)
+            self.assertIn(r"\x1b[31mred\n", shown)
+            self.assertNotIn("\x1b", shown)
+        self.assertIn(r'no set named "\x9b"', self.on_a_terminal("sets", "show", b"\x9b"))
+        (self.folder / "\x1b.jpg").write_bytes(b"\xff\xd8\xff\xd9")
+        for name in (b"\x1b.jpg", b"none\x1b.jpg"):
+            self.assertIn(r"\x1b.jpg", self.on_a_terminal("exif", "--date", name, name))
+        self.assertEqual(self.on_a_terminal("sets", "list", "--names", "--null").replace("^@", "\0")[:5], "\x1b[31m")
 
     def test_a_bad_import_changes_nothing_and_says_where(self):
         self.control("add", "A")
         before = self.preferences.read_bytes()
-        for content, phrase in (("{", "no JSON"), ("[1]", "set 1"), ('[{"colour": 1}]', "colour"),
+        for content, phrase in (("{", "not a JSON export"), ("[1]", "set 1 is not a JSON object"), ('[{"colour": 1}]', 'unknown field "colour"'),
                                 ('[{"name": "B"}, {"width": "x"}]', "set 2"), ('[{"highQuality": 300}]', "highQuality"),
                                 ('[{"formatType": "bmp"}]', "formatType"), ('[{"width": 1e39}]', "width"),
                                 ('[{"resizeType": 18446744073709551615}]', "resizeType"),
@@ -169,15 +307,66 @@ class Sets(ToolTest):
     def test_wrong_arguments_end_with_2_and_one_line(self):
         for arguments in ((), ("add",), ("nonsense",), ("add", "A", "--format", "bmp"), ("add", "A", "--quality", "101"),
                           ("add", "A", "--width", "5", "--percent", "5"), ("select",),
-                          ("add", "A", "--width", "nan"), ("add", "A", "--quality", "nan"), ("add", "A", "--percent", "inf"), ("add", "A", "--width", "wide")):
+                          ("add", "A", "--width", "nan"), ("add", "A", "--quality", "nan"), ("add", "A", "--percent", "inf"),
+                          ("add", "A", "--width", "wide"), ("add", "A", "--overwrite", "--rename")):
             self.control(*arguments, status=2)
         self.assertEqual(self.kestrinectl().returncode, 2)
 
-    def test_help_is_no_error(self):
-        for arguments in (("--help",), ("sets", "--help"), ("sets", "add", "--help")):
-            done = self.kestrinectl(*arguments)
-            self.assertEqual((done.returncode, done.stderr), (0, b""))
-            self.assertIn(b"Usage:", done.stdout)
+    def test_ranges_are_told_in_plain_numbers(self):
+        self.assertIn("--width: must be a number from 1 to 1000000;", self.control("add", "A", "--width", "0", status=2))
+        self.assertIn("--format: must be jpeg, png, tiff or gif;", self.control("add", "A", "--format", "bmp", status=2))
+        self.assertIn("--width needs a value;", self.control("add", "A", "--width", status=2))
+
+
+class Help(ToolTest):
+    def complaint(self, *arguments):
+        done = self.kestrinectl(*arguments)
+        self.assertEqual((done.returncode, done.stdout), (2, b""), done)
+        self.assertRegex(done.stderr, rb"\Akestrinectl: [^\n]+\n\Z")
+        return done.stderr.decode()
+
+    def printed(self, *arguments):
+        done = self.kestrinectl(*arguments)
+        self.assertEqual((done.returncode, done.stderr), (0, b""), done)
+        return done.stdout.decode()
+
+    def test_mistyped_commands_and_options_are_answered_with_what_was_meant(self):
+        for arguments, meant in ((("conver",), "convert"), (("set",), "sets"), (("SETS",), "sets"), (("ecif",), "exif"),
+                                 (("list",), "sets list"), (("sets", "lst"), "list"), (("sets", "improt"), "import"),
+                                 (("help", "conver"), "convert"), (("help", "sets", "ad"), "add"),
+                                 (("--hlep",), "--help"), (("sets", "add", "A", "--lognest", "5"), "--longest"),
+                                 (("sets", "add", "--qualty=5"), "--quality"), (("convert", "-set", "A", "a"), "--set")):
+            self.assertIn(f'did you mean "{meant}"? \'kestrinectl help', self.complaint(*arguments))
+
+    def test_words_that_resemble_nothing_are_only_called_unknown(self):
+        self.assertIn('unknown command "frobnicate"; \'kestrinectl help\' lists all commands', self.complaint("frobnicate"))
+        self.assertIn('unknown option "--colour"; \'kestrinectl help sets add\' lists all options',
+                      self.complaint("sets", "add", "A", "--colour", "red"))
+
+    def test_values_are_not_taken_for_options(self):
+        self.assertIn("--width: must be", self.complaint("sets", "add", "A", "--width", "-5"))
+        self.assertIn("NAME is required", self.complaint("sets", "edit", "--name", "--nonsense"))
+
+    def test_a_missing_command_is_called_missing(self):
+        self.assertIn("a command is missing; 'kestrinectl help'", self.complaint())
+        self.assertIn("a command is missing; 'kestrinectl help sets'", self.complaint("sets"))
+
+    def test_help_prints_what_the_option_prints(self):
+        self.assertEqual(self.printed("help"), self.printed("--help"))
+        for command in (("sets",), ("sets", "add"), ("convert",), ("exif",)):
+            self.assertEqual(self.printed("help", *command), self.printed(*command, "--help"))
+            self.assertIn("Usage: kestrinectl " + " ".join(command), self.printed("help", *command))
+
+    def test_the_help_of_add_names_the_defaults_and_fits_100_columns(self):
+        text = self.printed("help", "sets", "add")
+        for default in ("1200 x 1200", "png", "70", "--no-exif", "--convert-resolution", "--no-rotate"):
+            self.assertRegex(" ".join(text.split()), rf"\(default: {default}\)")
+        self.assertLessEqual(max(map(len, text.splitlines())), 100)
+        self.assertNotIn("default", self.printed("help", "sets", "edit").replace("(default: refuse the name)", ""))
+
+    def test_the_version_is_printed(self):
+        self.assertRegex(self.printed("--version"), r"\Akestrinectl \d+\.\d+\.\d+\n\Z")
+        self.assertEqual(self.printed("-V"), self.printed("--version"))
 
 
 if __name__ == "__main__":

@@ -8,7 +8,7 @@ from tools import BIN, ToolTest, main
 
 SHARE = Path(__file__).resolve().parent.parent.parent / "share"
 MANUAL = SHARE / "man/man1/kestrinectl.1"
-COMMANDS = [("convert",), ("exif",)] + [
+COMMANDS = [("convert",), ("exif",), ("help",)] + [
     ("sets", name)
     for name in ("list", "show", "add", "edit", "remove", "select", "export", "import", "where")
 ]
@@ -23,7 +23,7 @@ class Manual(ToolTest):
         return self.kestrinectl(*command, "--help").stdout.decode()
 
     def offered(self):
-        return {command: long_options(re.sub("Excludes:.*", "", self.help(*command))) for command in COMMANDS}
+        return {command: long_options(self.help(*command)) for command in [(), *COMMANDS]}
 
     def test_the_pages_are_well_formed(self):
         for page in sorted((SHARE / "man/man1").iterdir()):
@@ -58,11 +58,14 @@ class Completion(ToolTest):
 
     def test_the_options_of_every_command_are_completed(self):
         for command in COMMANDS:
-            listed = long_options(re.sub("Excludes:.*", "", self.kestrinectl(*command, "--help").stdout.decode()))
+            listed = long_options(self.kestrinectl(*command, "--help").stdout.decode())
             self.assertEqual(set(self.completed(*command, "--")) - {"--help", ""}, listed, command)
 
     def test_commands_and_formats_are_completed(self):
         self.assertEqual(self.completed("se"), ["sets"])
+        self.assertEqual(self.completed("--v"), ["--version"])
+        self.assertEqual(self.completed("help", "co"), ["convert"])
+        self.assertEqual(self.completed("help", "sets", "ex"), ["export"])
         self.assertEqual(self.completed("sets", "ex"), ["export"])
         self.assertEqual(self.completed("sets", "add", "A", "--format", "j"), ["jpeg"])
 
@@ -72,6 +75,19 @@ class Completion(ToolTest):
         self.assertEqual(self.completed("sets", "show", "W"), ["Web", r"Web\ large"])
         self.assertEqual(self.completed("convert", "--set", "P"), ["Print"])
         self.assertEqual(self.completed("-set", "P", tool="kestrine"), ["Print"])
+
+    def test_completion_offers_names_as_they_are_and_not_as_kestrine_lists_them(self):
+        names = ["50%", "100%d", " a  b ", "two\nlines", "Grün"]
+        self.store(*({"name": name} for name in names))
+        for tool, words in (("kestrinectl", ("sets", "show", "")), ("kestrine", ("-set", ""))):
+            offered = self.completed(*words, tool=tool)
+            unquoted = subprocess.run(["bash", "-c", "printf '%s\\0' " + " ".join(offered)], capture_output=True,
+                                      check=True).stdout.decode()
+            self.assertEqual(unquoted.split("\0")[:-1], names)
+
+    def test_a_name_is_completed_after_quoting_characters_too(self):
+        self.store({"name": "Web large"}, {"name": "Web"})
+        self.assertEqual(self.completed("sets", "show", r"Web\ l"), [r"Web\ large"])
 
     def test_files_are_completed_where_files_are_meant(self):
         (self.folder / "picture.jpg").touch()

@@ -97,9 +97,14 @@ TEST(ResizeSet, archivedAndReadAgainItKeepsAll14FieldsButNoChosenFolder) {
                                              {u"highQuality", std::int8_t{-128}}});
     set->setValueForKey(NSString(u"/somewhere").object(), u"chosenFolderPath");
     const auto read = roundTrip(set);
-    for (const ResizeSet::Field& field : ResizeSet::archivedFields())
-        std::visit([&](auto member) { EXPECT_EQ(set.get()->*member, read.get()->*member) << field.key; },
-                   field.member);
+    int archived = 0;
+    for (const ResizeSet::Field& field : ResizeSet::fields()) {
+        archived += field.isArchived();
+        if (field.isArchived())
+            std::visit([&](auto member) { EXPECT_EQ(set.get()->*member, read.get()->*member) << field.key; },
+                       field.member);
+    }
+    EXPECT_EQ(archived, 14);
     EXPECT_FALSE(read->chosenFolderPath().has_value());
 }
 
@@ -144,6 +149,21 @@ TEST(ResizeSet, turningReplaceFileOnTurnsChooseFolderOffAndItsObserversSeeIt) {
     EXPECT_EQ(changes, 1);
 }
 
+TEST(ResizeSet, observersOfReplaceFileNeverSeeChooseFolderOnAsWell) {
+    const auto set = makeSet(u"Web", {{u"chooseFolder", true}});
+    std::vector<std::string> seen;
+    set->observers().add(u"replaceFile", [&] {
+        seen.push_back("replaceFile");
+        EXPECT_EQ(set->chooseFolder(), 0);
+    });
+    set->observers().add(u"chooseFolder", [&] {
+        seen.push_back("chooseFolder");
+        EXPECT_EQ(set->replaceFile(), 1);
+    });
+    set->setValueForKey(std::make_shared<NSNumber>(true), u"replaceFile");
+    EXPECT_EQ(seen, (std::vector<std::string>{"chooseFolder", "replaceFile"}));
+}
+
 TEST(ResizeSet, turningReplaceFileOffLeavesChooseFolderAsItIs) {
     const auto set = makeSet(u"Web", {{u"chooseFolder", true}});
     set->setReplaceFile(0);
@@ -162,6 +182,17 @@ TEST(ResizeSet, keyValueCodingReachesEveryFieldAndRaisesForAnythingElse) {
     EXPECT_THROW(set.setValueForKey(nullptr, u"width"), NSException);
     EXPECT_THROW(set.setValueForKey(NSString(u"wide").object(), u"width"), NSException);
     EXPECT_THROW(set.setValueForKey(std::make_shared<NSNumber>(3), u"name"), NSException);
+}
+
+TEST(ResizeSet, aRefusedValueLeavesTheFieldAndItsObserversAlone) {
+    const auto set = makeSet(u"Web");
+    int changes = 0;
+    set->observers().add(u"name", [&] { ++changes; });
+    EXPECT_THROW(set->setValueForKey(std::make_shared<NSNumber>(3), u"name"), NSException);
+    EXPECT_EQ(set->name(), NSString(u"Web"));
+    EXPECT_EQ(changes, 0);
+    set->setValueForKey(nullptr, u"name");
+    EXPECT_FALSE(set->name().has_value());
 }
 
 TEST(ResizeSet, aChosenFolderIsStoredWhenThePersonSaysOK) {

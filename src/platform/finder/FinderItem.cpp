@@ -20,7 +20,7 @@ std::string FinderItem::path() const { return joinedPath(folder.path, name); }
 
 Result<FinderFolder> lookUpFolder(const std::string& path) {
     FileDescriptor descriptor = TRY(openFolder(path));
-    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), std::free);
+    const std::unique_ptr<char, FreeDeleter> resolved(::realpath(path.c_str(), nullptr));
     if (!resolved)
         return systemFailure("cannot find " + path);
     FinderFolder folder{std::move(descriptor), resolved.get(), {}};

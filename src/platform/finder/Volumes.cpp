@@ -49,7 +49,7 @@ private:
 Failure refusal() { return {Reason::refused, "the top level has no parent"}; }
 
 Result<std::string> withoutLinks(const std::string& path) {
-    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), std::free);
+    const std::unique_ptr<char, FreeDeleter> resolved(::realpath(path.c_str(), nullptr));
     if (!resolved)
         return systemFailure("cannot find " + path);
     return std::string(resolved.get());

@@ -1,5 +1,5 @@
-// ArchivedField: a class's archived members as rows of a table in archive order, so that writing and reading
-// them cannot drift apart.
+// ArchivedField: a class's members as rows of a table in archive order, so that writing and reading them
+// cannot differ.
 #pragma once
 
 #include "platform/foundation/archiving/NSArchiver.h"
@@ -9,20 +9,38 @@
 
 namespace kestrine {
 
-/// The member's type is the type code: "@" for a text that may be nil, "c", "i" and "f" for the numbers.
+/// In the place of a class version: no version stores the member.
+inline constexpr std::uint32_t neverArchived = 0xffffffff;
+
+/// The member's type is the type code: "@" for a string that may be nil, "c", "i" and "f" for the numbers.
 template <class T>
 struct ArchivedField {
     /// The name under which key-value coding reaches the member; the archive does not store it.
     std::string_view key;
     std::variant<OptionalString T::*, std::int8_t T::*, std::int32_t T::*, float T::*> member;
-    /// The first version of the class that stores it.
+    /// The first version of the class that stores it, or neverArchived.
     std::uint32_t since = 0;
+
+    constexpr bool isArchived() const { return since != neverArchived; }
 };
 
-/// Writes the members of all rows, each as a group of its own.
+/// The version that stores the members of all rows, to be written into archives.
+template <class T>
+constexpr std::int32_t currentVersion(std::span<const ArchivedField<T>> fields) {
+    std::uint32_t version = 0;
+    for (const ArchivedField<T>& field : fields)
+        if (field.isArchived() && field.since > version)
+            version = field.since;
+    return static_cast<std::int32_t>(version);
+}
+
+/// Writes the archived members, each as a group of its own.
 template <class T>
 void encodeFields(NSArchiver& coder, const T& object, std::span<const ArchivedField<T>> fields) {
     for (const ArchivedField<T>& field : fields) {
+        if (!field.isArchived()) {
+            continue;
+        }
         if (const auto* text = std::get_if<OptionalString T::*>(&field.member)) {
             coder.encodeString(object.**text);
         } else if (const auto* flag = std::get_if<std::int8_t T::*>(&field.member)) {
@@ -35,13 +53,13 @@ void encodeFields(NSArchiver& coder, const T& object, std::span<const ArchivedFi
     }
 }
 
-/// Reads the members of all rows that `version` (versionForClassName()) of the class stores; the others keep
-/// what they have.
+/// Reads the members that `version` (versionForClassName()) of the class stores; the others keep their
+/// values.
 template <class T>
 void decodeFields(NSUnarchiver& coder, T& object, std::span<const ArchivedField<T>> fields,
                   std::size_t version) {
     for (const ArchivedField<T>& field : fields) {
-        if (version < field.since) {
+        if (!field.isArchived() || version < field.since) {
             continue;
         }
         if (const auto* text = std::get_if<OptionalString T::*>(&field.member)) {

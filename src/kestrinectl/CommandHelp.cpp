@@ -1,0 +1,223 @@
+#include "kestrinectl/CommandHelp.h"
+
+#include "kestrinectl/Messages.h"
+#include "kestrinectl/Suggestion.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace kestrine {
+
+namespace {
+
+constexpr std::size_t descriptionColumn = 34;
+constexpr std::size_t lineWidth = 100;
+
+/// With line breaks between words.
+std::string wrapped(const std::string& text, std::size_t width) {
+    std::string lines;
+    std::size_t lineStart = 0;
+    for (const std::string& word : CLI::detail::split(text, ' ')) {
+        const bool isFull = lines.size() - lineStart + 1 + word.size() > width;
+        if (!lines.empty())
+            lines += isFull ? '\n' : ' ';
+        if (isFull)
+            lineStart = lines.size();
+        lines += word;
+    }
+    return lines;
+}
+
+class HelpLayout final : public CLI::Formatter {
+public:
+    HelpLayout() {
+        column_width(descriptionColumn);
+        label("Positionals", "Arguments");
+        label("SUBCOMMAND", "COMMAND");
+    }
+
+    /// All names of an option, its opposite included: "--exif, --no-exif".
+    std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
+        if (isPositional)
+            return option->get_name(true, false);
+        std::vector<std::string> names;
+        for (const std::string& name : option->get_snames())
+            names.push_back("-" + name);
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+        return CLI::detail::join(names, ", ");
+    }
+
+    /// The name of the value; what it may be and what excludes it stands in the description.
+    std::string make_option_opts(const CLI::Option* option) const override {
+        if (option->get_positional())
+            return option->get_expected_max() > 1 ? "..." : "";
+        if (option->get_items_expected_min() == 0)
+            return "";
+        return " " + (option->get_option_text().empty() ? "VALUE" : option->get_option_text());
+    }
+
+    std::string make_option_desc(const CLI::Option* option) const override {
+        return wrapped(option->get_description(), lineWidth - descriptionColumn);
+    }
+
+    std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode) const override {
+        std::string lines;
+        for (const CLI::App* command : app->get_subcommands([](const CLI::App*) { return true; }))
+            lines += make_subcommand(command);
+        return lines.empty() ? "" : "\nCommands:\n" + lines;
+    }
+};
+
+/// A wrong word after `help`; the message is complete.
+class UnknownTopic : public CLI::ParseError {
+public:
+    explicit UnknownTopic(const std::string& message)
+        : CLI::ParseError(message, CLI::ExitCodes::ExtrasError) {}
+};
+
+/// A command and how it is typed.
+struct Command {
+    const CLI::App* app;
+    std::string typed;
+    std::size_t wordCount; ///< how many of the words lead to it
+};
+
+std::vector<const CLI::App*> subcommandsOf(const CLI::App& app) {
+    return app.get_subcommands([](const CLI::App*) { return true; });
+}
+
+const CLI::App* subcommandNamed(const CLI::App& app, const std::string& name) {
+    for (const CLI::App* subcommand : subcommandsOf(app))
+        if (subcommand->get_name() == name)
+            return subcommand;
+    return nullptr;
+}
+
+/// The command that the first words name, as far as they do.
+Command commandIn(const CLI::App& program, const std::vector<std::string>& words) {
+    Command command{&program, program.get_name(), 0};
+    while (command.wordCount < words.size()) {
+        const CLI::App* next = subcommandNamed(*command.app, words[command.wordCount]);
+        if (next == nullptr)
+            break;
+        command = {next, command.typed + " " + next->get_name(), command.wordCount + 1};
+    }
+    return command;
+}
+
+std::string question(const std::optional<std::string>& meant) {
+    return meant ? "did you mean " + quoted(*meant) + "? " : "";
+}
+
+/// The commands below `app`, and after them those below these: "list" for "sets list".
+std::optional<std::string> nearestCommand(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : subcommandsOf(app))
+        names.push_back(command->get_name());
+    if (const auto nearest = nearestWord(word, names))
+        return nearest;
+    for (const CLI::App* command : subcommandsOf(app))
+        if (const auto nearest = nearestCommand(*command, word))
+            return command->get_name() + " " + *nearest;
+    return std::nullopt;
+}
+
+/// "'kestrinectl help sets'"
+std::string helpFor(const Command& command) {
+    const std::string words = command.typed.substr(std::min(command.typed.find(' '), command.typed.size()));
+    return "'kestrinectl help" + words + "'";
+}
+
+std::string unknownCommand(const Command& parent, const std::string& word) {
+    return "unknown command " + quoted(word) + "; " + question(nearestCommand(*parent.app, word))
+           + helpFor(parent) + " lists all commands";
+}
+
+std::vector<std::string> optionNames(const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command.get_options())
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    return names;
+}
+
+/// The option that a word names, alone or with its value; null for none.
+const CLI::Option* optionNamed(const CLI::App& command, const std::string& word) {
+    const bool isLong = word.starts_with("--");
+    const std::string name = isLong ? word.substr(2, word.find('=') - 2) : word.substr(1, 1);
+    for (const CLI::Option* option : command.get_options())
+        if (isLong ? option->check_lname(name) : option->check_sname(name))
+            return option;
+    return nullptr;
+}
+
+bool takesNextWord(const CLI::Option& option, const std::string& word) {
+    const bool hasValue = word.starts_with("--") ? word.find('=') != std::string::npos : word.size() > 2;
+    return option.get_items_expected_min() > 0 && !hasValue;
+}
+
+/// The first word that looks like an option and is none of the command's.
+std::optional<std::string> unknownOption(const Command& command, const std::vector<std::string>& words) {
+    for (std::size_t i = command.wordCount; i < words.size() && words[i] != "--"; ++i) {
+        if (!words[i].starts_with('-') || words[i] == "-")
+            continue;
+        const CLI::Option* option = optionNamed(*command.app, words[i]);
+        if (option == nullptr)
+            return words[i].substr(0, words[i].find('='));
+        if (takesNextWord(*option, words[i]))
+            ++i;
+    }
+    return std::nullopt;
+}
+
+/// What the parser says, in plainer words where it has odd ones.
+std::string plainMessage(const CLI::ParseError& error) {
+    const std::string message = error.what();
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
+        return message.substr(0, message.find(':')) + " needs a value";
+    return message;
+}
+
+void printHelp(const CLI::App& program, const std::vector<std::string>& words) {
+    const Command command = commandIn(program, words);
+    if (command.wordCount < words.size())
+        throw UnknownTopic(unknownCommand(command, words[command.wordCount]));
+    std::cout << command.app->get_formatter()->make_help(command.app, command.typed,
+                                                         CLI::AppFormatMode::Normal);
+}
+
+} // namespace
+
+void useHelpLayout(CLI::App& program) {
+    program.formatter(std::make_shared<HelpLayout>());
+    program.set_help_flag("-h,--help", "Print this help and exit");
+}
+
+void addHelpCommand(CLI::App& program) {
+    CLI::App* command = program.add_subcommand("help", "Show the help of the program or of a command");
+    program.footer(
+        "'kestrinectl help COMMAND' shows the options of a command."); // commands copy earlier ones
+    auto words = std::make_shared<std::vector<std::string>>();
+    command->add_option("COMMAND", *words, "A command, such as: sets add");
+    command->callback([&program, words] { printHelp(program, *words); });
+}
+
+std::string complaintAbout(const CLI::App& program, const std::vector<std::string>& words,
+                           const CLI::ParseError& error) {
+    if (dynamic_cast<const UnknownTopic*>(&error) != nullptr)
+        return error.what();
+    const Command command = commandIn(program, words);
+    if (const auto option = unknownOption(command, words))
+        return "unknown option " + quoted(*option) + "; "
+               + question(nearestWord(*option, optionNames(*command.app))) + helpFor(command)
+               + " lists all options";
+    const bool needsCommand = !subcommandsOf(*command.app).empty();
+    if (needsCommand && command.wordCount < words.size())
+        return unknownCommand(command, words[command.wordCount]);
+    if (needsCommand)
+        return "a command is missing; " + helpFor(command) + " lists all commands";
+    return plainMessage(error) + "; " + helpFor(command) + " tells more";
+}
+
+} // namespace kestrine
