@@ -22,7 +22,7 @@ TEST(FileManagerUtility, volumesAreComparedByTheirNamesInThePaths) {
         {"/Volumes/Disk/a", "/Users/a", false},
         {"/Users/a", "/Users/b/c", true},
         {"/Users/a", "/Applications/b", false},
-        {"/Volumes/Disk", "/Volumes/Other", true},   // no slash behind the name: both are in "Volumes"
+        {"/Volumes/Disk", "/Volumes/Other", true},   // no slash after the name: both are in "Volumes"
         {"/Volumes/Disk", "/Volumes/Disk/a", false}, // which is not "Disk"
         {"/Volumes/", "/Volumes/x", true},
         {"/Volumes//a", "/Volumes/b", true},

@@ -45,7 +45,7 @@ TEST(StringUtility, equalDelimitersSpanFromTheFirstToTheSecondOccurrence) {
 TEST(StringUtility, aSpanInARangeIsCompletelyInside) {
     EXPECT_EQ(rangeOfStringFrom(u"[a][b]", u"[", u"]", {1, 5}), (NSRange{3, 3}));
     EXPECT_EQ(rangeOfStringFrom(u"[a][b]", u"[", u"]", {3, 2}), none)
-        << "the closing one lies behind the range";
+        << "the closing delimiter is after the range";
     EXPECT_EQ(rangeOfStringFrom(u"[a][b]", u"[", u"]", {6, 0}), none);
 }
 

@@ -1,5 +1,6 @@
 #include "platform/finder/FinderItem.h"
 
+#include "platform/host/FreeDeleter.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
 

@@ -1,5 +1,6 @@
 #include "platform/finder/Volumes.h"
 
+#include "platform/host/FreeDeleter.h"
 #include "platform/host/files/FileAttributes.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/MountPoints.h"

@@ -154,7 +154,7 @@ TEST_F(FinderFailure, anOriginalThatCannotBeRemovedLeavesNoCopy) {
         EXPECT_THAT(namesIn(to_), IsEmpty());
         write(to_ + "/a.jpg", "old");
         EXPECT_EQ(numberOf(finderMove({file}, to_, Replacing::yes)), noRights);
-        EXPECT_EQ(readFile(to_ + "/a.jpg"), "new") << "the old one gave way: the copy has to stay";
+        EXPECT_EQ(readFile(to_ + "/a.jpg"), "new") << "the old item was replaced, so the copy must stay";
         EXPECT_EQ(readFile(file), "new");
         EXPECT_THAT(namesIn(to_), ElementsAre("a.jpg"));
     });
@@ -283,15 +283,16 @@ protected:
             if (!failSystemCall(GetParam().number, GetParam().error))
                 GTEST_SKIP() << "this system permits no filter of system calls";
             const FinderOutcome failure = operation({from_ + name}, into, replacing);
-            EXPECT_TRUE(failure || contentOf(into + name) == "new") << "what is said to be done is done";
+            EXPECT_TRUE(failure || contentOf(into + name) == "new") << "a reported success is complete";
         });
         const std::string here = contentOf(from_ + name), there = contentOf(into + name);
         for (const std::string& folder : {from_, into})
             EXPECT_THAT(namesIn(folder), ::testing::AnyOf(IsEmpty(), ElementsAre(name.substr(1))));
         const bool mayHaveGone = operation == finderMove;
-        EXPECT_TRUE(here == "new" || (mayHaveGone && there == "new")) << "the item is whole somewhere";
+        EXPECT_TRUE(here == "new" || (mayHaveGone && there == "new"))
+            << "the item is complete in one of the folders";
         EXPECT_TRUE(replacing == Replacing::no || there == "new" || there == "old")
-            << "and so is the old one";
+            << "the name has a complete item, old or new";
         std::filesystem::remove_all(from_ + name);
         std::filesystem::remove_all(into + name);
     }
