@@ -4,7 +4,7 @@
 #include "platform/host/files/ExtendedAttributes.h"
 #include "tests/_MyClasses/ExifReading.h"
 #include "tests/_MyClasses/Raised.h"
-#include "tests/support/AttributeSupport.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/LocalZone.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "platform/host/files/ExtendedAttributes.h"
 #include "tests/_MyClasses/CapturedLog.h"
 #include "tests/_MyClasses/SystemVersion.h"
-#include "tests/support/AttributeSupport.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/FinderPlace.h"
 
 #include <gmock/gmock.h>

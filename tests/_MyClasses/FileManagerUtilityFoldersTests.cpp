@@ -1,6 +1,6 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "platform/finder/FinderMetadata.h"
-#include "tests/support/AttributeSupport.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/CurrentFolder.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"

@@ -7,7 +7,7 @@
 #include "platform/carbon/RecordFields.h"
 #include "platform/finder/FinderMetadata.h"
 #include "platform/finder/FinderPath.h"
-#include "tests/support/AttributeSupport.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <functional>

@@ -197,6 +197,18 @@ TEST(Quality, compression70GivesAQualityOf70Percent) {
     EXPECT_EQ(set->resizedImageDataWithFile(path, nullptr)->bytes(), *jpeg::encode(*again, {.quality = 0.7}));
 }
 
+TEST(Conversion, takesAnImageThatItIsGivenAsItIs) {
+    const testing::TemporaryFolder folder;
+    const auto pixels = testing::makePhoto({300, 200, ColorModel::rgb, false, SampleDepth::bits8});
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
+    const NSString path =
+        NSString::fromUTF8(folder.write("a.tif", *tiff::encode(*rows, {.resolution = {300, 300}})));
+    const auto image = NSImage::initWithContentsOfFile(path); // 72 x 48 points
+    const auto set = makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 36.0F}, {u"convertResolution", true}});
+    EXPECT_EQ(sizeOf(set->resizedImageDataWithFile(path, image)), (Pixels{157, 105}));
+    EXPECT_EQ(image->size(), (NSSize{72, 48}));
+}
+
 TEST(Conversion, whatIsNoPictureOrIsNotThereGivesNothing) {
     const testing::TemporaryFolder folder;
     const NSString text = NSString::fromUTF8(folder.write("a.jpg", "not a picture"));

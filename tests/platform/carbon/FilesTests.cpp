@@ -1,7 +1,7 @@
 #include "platform/carbon/Files.h"
 #include "platform/finder/FinderMetadata.h"
 #include "platform/finder/Volumes.h"
-#include "tests/support/AttributeSupport.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>

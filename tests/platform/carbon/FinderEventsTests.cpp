@@ -6,7 +6,7 @@
 #include "platform/carbon/FinderEvents.h"
 #include "platform/finder/FinderMetadata.h"
 #include "platform/finder/FinderPath.h"
-#include "tests/support/AttributeSupport.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/FinderPlace.h"
 
 #include <gtest/gtest.h>

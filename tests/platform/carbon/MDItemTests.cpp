@@ -1,6 +1,6 @@
 #include "platform/carbon/MDItem.h"
 #include "platform/finder/FinderMetadata.h"
-#include "tests/support/AttributeSupport.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "platform/finder/FilePackage.h"
 #include "platform/finder/FinderMetadata.h"
 #include "tests/platform/finder/FinderTesting.h"
-#include "tests/support/AttributeSupport.h"
+#include "tests/support/SystemFeatures.h"
 
 namespace kestrine {
 namespace {

@@ -3,7 +3,7 @@
 #include "platform/host/files/ExtendedAttributes.h"
 #include "platform/host/files/FileDescriptor.h"
 #include "tests/platform/finder/FinderTesting.h"
-#include "tests/support/AttributeSupport.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/IsolatedProcess.h"
 
 #include <cerrno>

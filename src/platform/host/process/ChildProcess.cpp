@@ -15,7 +15,7 @@ namespace kestrine {
 
 namespace {
 
-/// What the child's standard streams become; without an action they are ours.
+/// The child's standard streams. Without an action the child inherits them.
 class StreamActions {
 public:
     StreamActions() { ::posix_spawn_file_actions_init(&actions_); }
@@ -34,23 +34,24 @@ private:
     posix_spawn_file_actions_t actions_;
 };
 
-/// The signals that we ignore would stay ignored in the child, which expects to die of them.
-class UsualSignals {
+/// The default signal handling for a child. The signals that prepareStandardStreams() ignores would otherwise
+/// stay ignored in the child.
+class DefaultSignals {
 public:
-    UsualSignals() {
-        sigset_t ignoredByUs, none;
-        sigemptyset(&ignoredByUs);
-        sigaddset(&ignoredByUs, SIGPIPE);
-        sigaddset(&ignoredByUs, SIGXFSZ);
+    DefaultSignals() {
+        sigset_t ignored, none;
+        sigemptyset(&ignored);
+        sigaddset(&ignored, SIGPIPE);
+        sigaddset(&ignored, SIGXFSZ);
         sigemptyset(&none);
         ::posix_spawnattr_init(&attributes_);
-        ::posix_spawnattr_setsigdefault(&attributes_, &ignoredByUs);
+        ::posix_spawnattr_setsigdefault(&attributes_, &ignored);
         ::posix_spawnattr_setsigmask(&attributes_, &none);
         ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
     }
-    ~UsualSignals() { ::posix_spawnattr_destroy(&attributes_); }
-    UsualSignals(const UsualSignals&) = delete;
-    UsualSignals& operator=(const UsualSignals&) = delete;
+    ~DefaultSignals() { ::posix_spawnattr_destroy(&attributes_); }
+    DefaultSignals(const DefaultSignals&) = delete;
+    DefaultSignals& operator=(const DefaultSignals&) = delete;
 
     const posix_spawnattr_t* get() const { return &attributes_; }
 
@@ -64,12 +65,12 @@ Result<pid_t> spawn(const std::string& program, const std::vector<std::string>& 
     std::vector<char*> vector{const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments) {
         if (argument.find('\0') != std::string::npos)
-            return Failure{Reason::malformed, "an argument has a zero byte in it"};
+            return Failure{Reason::malformed, "an argument contains a zero byte"};
         vector.push_back(const_cast<char*>(argument.c_str()));
     }
     vector.push_back(nullptr);
     pid_t process = -1;
-    const int error = ::posix_spawnp(&process, program.c_str(), streams.get(), UsualSignals().get(),
+    const int error = ::posix_spawnp(&process, program.c_str(), streams.get(), DefaultSignals().get(),
                                      vector.data(), environ);
     if (error != 0)
         return systemFailure("cannot start " + program, error);
@@ -86,7 +87,7 @@ Result<ChildEnd> waitFor(pid_t process) {
     return ChildEnd{WEXITSTATUS(status), false};
 }
 
-/// Everything up to the end of the pipe; gives up once there is more than `limit`.
+/// Reads to the end of the pipe. Fails with tooLarge after more than `limit` bytes.
 Result<std::string> readPipe(int pipe, std::size_t limit) {
     std::string output;
     std::array<char, 4096> block;
@@ -95,13 +96,14 @@ Result<std::string> readPipe(int pipe, std::size_t limit) {
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return systemFailure("cannot read what a program says");
+            return systemFailure("cannot read the output of a program");
         if (count == 0)
             break;
         output.append(block.data(), static_cast<std::size_t>(count));
     }
     if (output.size() > limit)
-        return Failure{Reason::tooLarge, "a program says more than " + std::to_string(limit) + " bytes"};
+        return Failure{Reason::tooLarge,
+                       "the output of a program has more than " + std::to_string(limit) + " bytes"};
     return output;
 }
 
@@ -119,7 +121,7 @@ Result<CapturedRun> runCapturingOutput(const std::string& program, const std::ve
                                        std::size_t limit) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0)
-        return systemFailure("cannot make a pipe");
+        return systemFailure("cannot create a pipe");
     const FileDescriptor reading(ends[0]);
     FileDescriptor writing(ends[1]);
     StreamActions streams;

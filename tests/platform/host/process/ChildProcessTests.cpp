@@ -34,7 +34,7 @@ TEST(ChildProcess, theProgramItselfIsTheFirstArgument) {
     EXPECT_EQ(run->output, "/bin/sh|-c|tr '\\0' '|' </proc/$$/cmdline|");
 }
 
-TEST(ChildProcess, exitStatusAndSignalAreToldApart) {
+TEST(ChildProcess, exitStatusAndSignalAreDistinguished) {
     const ChildEnd exited = endOf("/bin/sh", {"-c", "exit 7"});
     EXPECT_EQ(exited.code, 7);
     EXPECT_FALSE(exited.bySignal);
@@ -43,20 +43,20 @@ TEST(ChildProcess, exitStatusAndSignalAreToldApart) {
     EXPECT_TRUE(killed.bySignal);
 }
 
-TEST(ChildProcess, aProgramThatIsNotThereCannotBeStarted) {
+TEST(ChildProcess, aMissingProgramCannotBeStarted) {
     EXPECT_EQ(ChildProcess::start("/no/such/program", {}).failure().reason, Reason::notFound);
     EXPECT_EQ(ChildProcess::start("", {}).failure().reason, Reason::malformed);
     EXPECT_EQ(ChildProcess::start("/bin/true", {std::string("a\0b", 3)}).failure().reason, Reason::malformed);
 }
 
-TEST(ChildProcess, aFileThatIsNoProgramIsNotHandedToAShell) {
+TEST(ChildProcess, aFileThatIsNotAProgramIsNotPassedToAShell) {
     const TemporaryFolder folder;
     const std::string script = folder.write("script", "exit 0\n");
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
     EXPECT_FALSE(ChildProcess::start(script, {}));
 }
 
-TEST(ChildProcess, aNameWithoutASlashIsLookedUp) {
+TEST(ChildProcess, aNameWithoutASlashIsLookedUpInPath) {
     runIsolated([] {
         ::setenv("PATH", "/usr/bin:/bin", 1);
         Result<CapturedRun> run = runCapturingOutput("printf", {"found"}, 100);
@@ -66,7 +66,7 @@ TEST(ChildProcess, aNameWithoutASlashIsLookedUp) {
     });
 }
 
-TEST(ChildProcess, theChildHasOurStandardStreams) {
+TEST(ChildProcess, theChildInheritsTheStandardStreams) {
     const TemporaryFolder folder;
     runIsolated([&] {
         ASSERT_NE(std::freopen((folder / "out").c_str(), "w", stdout), nullptr);
@@ -75,7 +75,7 @@ TEST(ChildProcess, theChildHasOurStandardStreams) {
     EXPECT_EQ(testing::readFile(folder / "out"), "hello\n");
 }
 
-TEST(ChildProcess, aCapturedProgramReadsNothingAndItsComplaintsAreDropped) {
+TEST(ChildProcess, aCapturedProgramHasEmptyInputAndItsErrorsAreDiscarded) {
     const TemporaryFolder folder;
     runIsolated([&] {
         ASSERT_NE(std::freopen((folder / "errors").c_str(), "w", stderr), nullptr);
@@ -87,13 +87,15 @@ TEST(ChildProcess, aCapturedProgramReadsNothingAndItsComplaintsAreDropped) {
     EXPECT_EQ(testing::readFile(folder / "errors"), "");
 }
 
-TEST(ChildProcess, outputUpToTheLimitIsKeptAndBeyondItTheProgramIsEnded) {
+TEST(ChildProcess, aProgramThatWritesMoreThanTheLimitIsKilled) {
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"1234"}, 4)->output, "1234");
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"12345"}, 4).failure().reason, Reason::tooLarge);
     EXPECT_EQ(runCapturingOutput("/usr/bin/yes", {}, 100'000).failure().reason, Reason::tooLarge);
+    EXPECT_EQ(runCapturingOutput("/bin/sh", {"-c", "printf 1234; sleep 0.1; printf 5"}, 4).failure().reason,
+              Reason::tooLarge);
 }
 
-TEST(ChildProcess, theChildDiesOfTheSignalsThatWeIgnore) {
+TEST(ChildProcess, ignoredSignalsHaveTheirDefaultActionInTheChild) {
     runIsolated([] {
         prepareStandardStreams();
         for (const char* signal : {"PIPE", "XFSZ"}) {
@@ -103,7 +105,19 @@ TEST(ChildProcess, theChildDiesOfTheSignalsThatWeIgnore) {
     });
 }
 
-TEST(ChildProcess, capturingWorksWithoutStandardStreamsOfOurs) {
+TEST(ChildProcess, signalsThatWeBlockAreNotBlockedInTheChild) {
+    runIsolated([] {
+        sigset_t termination;
+        sigemptyset(&termination);
+        sigaddset(&termination, SIGTERM);
+        ASSERT_EQ(::sigprocmask(SIG_BLOCK, &termination, nullptr), 0);
+        const Result<CapturedRun> run = runCapturingOutput("/bin/grep", {"SigBlk", "/proc/self/status"}, 100);
+        ASSERT_TRUE(run);
+        EXPECT_EQ(run->output, "SigBlk:\t0000000000000000\n");
+    });
+}
+
+TEST(ChildProcess, capturingWorksWithClosedStandardStreams) {
     runIsolated([] {
         for (const int descriptor : {0, 1, 2})
             ::close(descriptor);

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/time.h>
 #include <thread>
 #include <unistd.h>
 
@@ -19,7 +20,7 @@ struct Pipe {
         writing = FileDescriptor(ends[1]);
     }
 
-    /// Everything that comes until the writing end is closed.
+    /// Reads until the writing end is closed.
     std::string readAll() const {
         std::string text;
         char block[1000];
@@ -43,7 +44,7 @@ TEST(StandardOutput, bytesPassUnchanged) {
     EXPECT_FALSE(output.failed());
 }
 
-TEST(StandardOutput, moreThanAPipeHoldsArrivesWhole) {
+TEST(StandardOutput, moreBytesThanAPipeHoldsAreWritten) {
     Pipe pipe;
     const std::string text(1'000'000, 'x');
     std::string arrived;
@@ -55,7 +56,7 @@ TEST(StandardOutput, moreThanAPipeHoldsArrivesWhole) {
     EXPECT_EQ(arrived, text);
 }
 
-TEST(StandardOutput, aNonBlockingPipeIsWaitedFor) {
+TEST(StandardOutput, writingWaitsForANonBlockingPipe) {
     Pipe pipe;
     ASSERT_EQ(::fcntl(pipe.writing.number(), F_SETFL, O_NONBLOCK), 0);
     const std::string text(1'000'000, 'y');
@@ -69,7 +70,37 @@ TEST(StandardOutput, aNonBlockingPipeIsWaitedFor) {
     EXPECT_FALSE(output.failed());
 }
 
-TEST(StandardOutput, aReaderWhoWentAwayIsRememberedQuietly) {
+TEST(StandardOutput, anInterruptedWriteIsRepeated) {
+    testing::runIsolated([] {
+        Pipe pipe(O_NONBLOCK);
+        while (::write(pipe.writing.number(), "filling", 7) > 0) {
+        }
+        ASSERT_EQ(::fcntl(pipe.writing.number(), F_SETFL, 0) + ::fcntl(pipe.reading.number(), F_SETFL, 0), 0);
+        sigset_t alarm;
+        sigemptyset(&alarm);
+        sigaddset(&alarm, SIGALRM);
+        ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &alarm, nullptr), 0);
+        std::string arrived;
+        std::thread reader([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            arrived = pipe.readAll();
+        });
+        ASSERT_EQ(::pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr), 0);
+        struct sigaction action {};
+        action.sa_handler = [](int) {};
+        const itimerval everyFewMilliseconds{{0, 5000}, {0, 5000}};
+        ASSERT_EQ(::sigaction(SIGALRM, &action, nullptr), 0);
+        ASSERT_EQ(::setitimer(ITIMER_REAL, &everyFewMilliseconds, nullptr), 0);
+        StandardOutput output(pipe.writing.number());
+        output.write("end");
+        EXPECT_FALSE(output.failed());
+        EXPECT_TRUE(pipe.writing.close());
+        reader.join();
+        EXPECT_TRUE(arrived.ends_with("end"));
+    });
+}
+
+TEST(StandardOutput, aClosedReaderIsAFailure) {
     testing::runIsolated([] {
         (void)std::signal(SIGPIPE, SIG_IGN);
         Pipe pipe;
@@ -82,7 +113,7 @@ TEST(StandardOutput, aReaderWhoWentAwayIsRememberedQuietly) {
     });
 }
 
-TEST(StandardOutput, afterAFailureNothingFollows) {
+TEST(StandardOutput, afterAFailureNothingIsWritten) {
     testing::runIsolated([] {
         (void)std::signal(SIGPIPE, SIG_IGN);
         Pipe broken, whole;

@@ -1,6 +1,6 @@
-// Which JPEG files are damaged, that is: for which of them pixels had to be made up.
+// JPEG files are damaged if pixels had to be made up.
 #include "platform/imageio/Picture.h"
-#include "platform/imageio/jpeg/LibraryOnlyScope.h"
+#include "platform/imageio/jpeg/Decoder.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
 
@@ -87,16 +87,37 @@ TEST(JPEGDamage, aRestartMarkerOutOfTurnIsMalformed) {
     EXPECT_TRUE(damageOf(withByte(file, markerPosition(file, 0xD2) + 1, 0xD5)));
 }
 
-TEST(JPEGDamage, bytesLeftOverBeforeARestartMarkerAreDamageAndBeforeAHeaderSegmentNot) {
+TEST(JPEGDamage, bytesBeforeARestartMarkerAreDamageButNotBeforeAHeaderSegment) {
     const Bytes file = makeJPEG(restarting);
     EXPECT_TRUE(damageOf(withInserted(file, markerPosition(file, 0xD3), {1, 2, 3})));
     EXPECT_FALSE(damageOf(withInserted(file, markerPosition(file, 0xDB), {1, 2, 3})));
 }
 
+TEST(JPEGScans, fiveHundredAreReadAndMoreAreRefused) {
+    const Bytes file = makeJPEG({.isGrey = true, .isProgressive = true});
+    std::size_t scans = 0, last = 0;
+    for (std::size_t at = markerPosition(file, 0xDA); at < file.size();
+         at = markerPosition(file, 0xDA, at + 2)) {
+        ++scans;
+        last = at;
+    }
+    const Bytes lastScan(file.begin() + static_cast<std::ptrdiff_t>(last), file.end() - 2);
+    for (const std::size_t wanted : {500u, 501u}) {
+        Bytes copies;
+        for (std::size_t i = scans; i < wanted; ++i)
+            copies.insert(copies.end(), lastScan.begin(), lastScan.end());
+        const auto source = *Source::open(readerOfBytes(withInserted(file, last, copies)));
+        EXPECT_EQ(source->rows(0, 8).ok(), wanted == 500) << wanted;
+    }
+}
+
 TEST(JPEGDamage, isTheSameWithoutOurOwnDecoder) {
-    const LibraryOnlyScope scope;
-    EXPECT_FALSE(damageOf(makeJPEG(photo)));
-    EXPECT_TRUE(damageOf(shortened(makeJPEG(photo), 300)));
+    const Bytes whole = makeJPEG(photo), damaged = shortened(whole, 300);
+    for (const Bytes& file : {whole, damaged}) {
+        const auto decoder = *openDecoder(readerOfBytes(file), DecoderChoice::libraryOnly);
+        EXPECT_TRUE(readAllRows(**decoder->rows(0, 8)).ok());
+        EXPECT_EQ(decoder->damage().has_value(), file == damaged);
+    }
 }
 
 TEST(JPEGDamage, isNotSeenBeforeTheDamagedRowsAreDecoded) {
