@@ -8,6 +8,9 @@ namespace kestrine {
 /// Whether something is there, following symbolic links: a dangling link is nothing.
 bool itemExists(const std::string& path);
 
+/// Whether there is a folder, following symbolic links.
+bool folderExists(const std::string& path);
+
 /// Whether it is certain that nothing is there; not when the system would not tell, for lack of rights say.
 bool isAbsent(const std::string& path);
 

@@ -34,15 +34,4 @@ private:
     pid_t process_;
 };
 
-/// What a program wrote and how it ended.
-struct CapturedRun {
-    std::string output;
-    ChildEnd end;
-};
-
-/// Runs a program to its end and keeps what it writes to its standard output. It has nothing to read, and
-/// its complaints are dropped. A program that writes more than `limit` bytes is ended: tooLarge.
-Result<CapturedRun> runCapturingOutput(const std::string& program, const std::vector<std::string>& arguments,
-                                       std::size_t limit);
-
 } // namespace kestrine

@@ -1,6 +1,6 @@
 // What other programs make of our trash: trash-list and trash-restore of trash-cli are the judges, and gio
 // throws away into the same trash.
-#include "platform/host/process/ChildProcess.h"
+#include "platform/host/process/CapturedRun.h"
 #include "platform/host/files/FileStatus.h"
 #include "tests/platform/host/trash/TrashTesting.h"
 #include "tests/support/IsolatedProcess.h"
