@@ -2,13 +2,21 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 namespace kestrine {
 
 /// The message says what is wrong and what to do, without the program's name. Exit status 1.
 class CommandError : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    explicit CommandError(const std::string& text, int status = 1)
+        : std::runtime_error(text), status_(status) {}
+
+    /// The exit status.
+    int status() const { return status_; }
+
+private:
+    int status_;
 };
 
 } // namespace kestrine

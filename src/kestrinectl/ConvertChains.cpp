@@ -15,13 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The same text for the same place, whatever links lead there.
-fs::path canonicalFolder(const fs::path& folder) {
-    std::error_code error;
-    const fs::path canonical = fs::weakly_canonical(folder, error);
-    return error ? folder : canonical;
-}
-
 /// The name that an output takes when it is free; "" when there will be no output.
 fs::path firstChoice(const ConvertInput& input, const ResizeSet& set, bool replaces) {
     const NSString path = NSString::fromUTF8(input.path);
@@ -31,10 +24,10 @@ fs::path firstChoice(const ConvertInput& input, const ResizeSet& set, bool repla
     const OptionalString folder = replaces ? own : set.resizeFolderForPath(own, root);
     if (!folder)
         return {};
-    return canonicalFolder(folder->utf8()) / set.fileNameForPath(path).utf8();
+    return canonicalPath(folder->utf8()) / set.fileNameForPath(path).utf8();
 }
 
-/// "a_1.jpg" is a later choice of who wanted "a.jpg". Nothing for a name that is nobody's later choice.
+/// The name that is tried before this one: "a.jpg" for "a_1.jpg". Empty for a name without a number.
 fs::path wantedBefore(const fs::path& path) {
     const std::string stem = path.stem().native();
     const std::size_t digits = stem.find_last_not_of("0123456789") + 1;
@@ -73,7 +66,7 @@ private:
     std::vector<std::size_t> leaders_; ///< each points to an earlier one of its chain, the first to itself
 };
 
-/// Who wants a name first, and whether somebody will have to take a later choice instead.
+/// The inputs whose first choice a name is, and whether one of them has to take a later choice instead.
 struct Name {
     std::vector<std::size_t> wantedBy;
     bool isContested = false;
@@ -85,7 +78,7 @@ Names firstChoices(const std::vector<ConvertInput>& inputs, const ResizeSets& se
     Names names;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         const fs::path own =
-            canonicalFolder(fs::path(inputs[i].path).parent_path()) / fs::path(inputs[i].path).filename();
+            canonicalPath(fs::path(inputs[i].path).parent_path()) / fs::path(inputs[i].path).filename();
         for (const auto& set : sets) {
             const fs::path choice = firstChoice(inputs[i], *set, replaces);
             if (choice.empty())

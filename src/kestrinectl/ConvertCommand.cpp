@@ -3,11 +3,13 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ConvertChains.h"
 #include "kestrinectl/ConvertReport.h"
+#include "kestrinectl/Messages.h"
+#include "kestrinectl/ShownPath.h"
 #include "kestrinectl/PresetStore.h"
 #include "kestrinectl/Words.h"
-#include "models/ResizeUnit.h"
+#include "models/ResizeJob.h"
 #include "platform/coregraphics/RowsAhead.h"
-#include "platform/foundation/NSCollections.h"
+#include "platform/host/process/StopSignals.h"
 
 #include <atomic>
 #include <thread>
@@ -16,22 +18,22 @@ namespace kestrine {
 
 namespace {
 
-// More would only compete for memory.
-constexpr unsigned mostJobs = 1024;
+constexpr unsigned maxJobs = 1024; // more would only compete for memory
 
 struct ConvertRequest {
     std::vector<std::string> setNames;
     std::vector<std::string> files;
     unsigned jobs = std::max(1U, std::thread::hardware_concurrency());
-    bool recursive = false;
+    ConvertSearch search;
+    bool allowsEmpty = false;
+    bool acceptsDamaged = false;
 };
 
 /// The sets that are named or, when none is, the selected ones.
-ResizeSets chosenSets(const std::vector<std::string>& names) {
-    const PresetStore store = PresetStore::load();
+ResizeSets chosenSets(const PresetStore& store, const std::vector<std::string>& names) {
     ResizeSets sets;
     for (const std::string& name : names)
-        sets.push_back(store.sets()[store.positionOf(typedWord(name))]);
+        sets.push_back(store.sets()[store.positionOf(name)]);
     if (names.empty())
         for (const std::size_t position : store.selection())
             sets.push_back(store.sets()[position]);
@@ -40,78 +42,142 @@ ResizeSets chosenSets(const std::vector<std::string>& names) {
     return sets;
 }
 
-Object filepathOf(const ConvertInput& input) {
-    const Object path = NSString::fromUTF8(input.path).object();
-    if (!input.rootFolder)
-        return path;
-    return std::make_shared<NSDictionary>(std::map<NSString, Object>{
-        {u"path", path}, {u"rootPath", NSString::fromUTF8(*input.rootFolder).object()}});
+std::string counted(std::size_t count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-/// The last failure is the one that ended the work.
-std::string reasonOf(const ResizeUnit::Outcome& outcome) {
-    return outcome.failures.empty() ? "the set gives no output for it" : outcome.failures.back().text;
+std::string complaintOf(const JobOutcome& outcome) {
+    if (outcome.isWritten)
+        return "the original stays, it could not go to the trash (" + outcome.trashFailure->text
+               + "); the result is " + shownPath(outcome.path.utf8());
+    std::string complaint = outcome.failure->text;
+    if (outcome.isRefused)
+        complaint = "the picture is damaged (" + complaint
+                    + "), nothing was written; --accept-damaged converts it all the same";
+    if (!outcome.trashedPath.empty())
+        complaint +=
+            "; the original is in the trash: restore it there, or move it back from " + outcome.trashedPath;
+    return complaint;
 }
 
-ConvertResult convert(const ConvertInput& input, const ResizeSets& sets) {
-    ConvertResult result;
-    try {
-        const auto job = std::make_shared<ResizeUnit>();
-        job->setValueForKey(filepathOf(input), u"filepath");
-        job->setValueForKey(NSString::fromUTF8(input.path).deletingLastPathComponent().object(),
-                            u"saveFolderPath");
-        job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>(sets.begin(), sets.end())),
-                            u"resizeSets");
-        job->resize();
-        for (const ResizeUnit::Outcome& outcome : job->outcomes()) {
-            if (outcome.isWritten)
-                result.lines.push_back(input.shown + " -> " + outcome.path.utf8());
-            if (!outcome.isWritten || !outcome.failures.empty())
-                result.complaints.push_back(input.shown + ": " + reasonOf(outcome));
-        }
-    } catch (const std::bad_alloc&) {
-        result.complaints.push_back(input.shown + ": there is not enough memory for it");
-    } catch (const std::exception& error) {
-        result.complaints.push_back(input.shown + ": " + error.what());
+void addOutcome(ConvertResult& result, const std::string& shown, const JobOutcome& outcome) {
+    if (outcome.isWritten)
+        result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
+    if (outcome.isWritten && outcome.damage)
+        result.warnings.push_back(shown + ": the picture is damaged (" + outcome.damage->text
+                                  + "); the result shows what could be read");
+    if (!outcome.isWritten || outcome.trashFailure)
+        result.complaints.push_back(shown + ": " + complaintOf(outcome));
+}
+
+/// Converts files and reports them; several threads may do so at once.
+class Conversion {
+public:
+    Conversion(const std::vector<ConvertInput>& inputs, const ResizeSets& sets, JobPolicy policy,
+               ConvertReport& report)
+        : inputs_(inputs), sets_(sets), policy_(policy), report_(report) {}
+
+    /// Returns when all are finished or, after a stop signal, those that were begun.
+    void run(unsigned jobs) {
+        const std::vector<ConvertChain> chains = independentChains(inputs_, sets_);
+        const std::size_t workers = std::min<std::size_t>(jobs, chains.size());
+        if (workers <= 1)
+            return work(chains);
+        std::vector<std::jthread> threads;
+        for (std::size_t i = 0; i < workers; ++i)
+            threads.emplace_back([this, &chains] {
+                const OneThreadScope wholeFileToThisCore;
+                work(chains);
+            });
     }
-    return result;
+
+private:
+    void work(const std::vector<ConvertChain>& chains) {
+        for (std::size_t chain = nextChain_++; chain < chains.size(); chain = nextChain_++)
+            for (const std::size_t position : chains[chain]) {
+                if (StopSignalsNoted::noted() != 0)
+                    return;
+                report_.finished(position, convert(inputs_[position]));
+            }
+    }
+
+    ConvertResult convert(const ConvertInput& input) const {
+        ConvertResult result;
+        try {
+            for (const JobOutcome& outcome : runJob(jobFor(input)))
+                addOutcome(result, input.shown, outcome);
+        } catch (const std::bad_alloc&) {
+            result.complaints.push_back(input.shown + ": not enough memory");
+        } catch (const std::exception& error) {
+            result.complaints.push_back(input.shown + ": " + error.what());
+        }
+        return result;
+    }
+
+    ResizeJob jobFor(const ConvertInput& input) const {
+        const NSString path = NSString::fromUTF8(input.path);
+        const OptionalString root =
+            input.rootFolder ? OptionalString(NSString::fromUTF8(*input.rootFolder)) : std::nullopt;
+        return {path, root, path.deletingLastPathComponent(), sets_, policy_};
+    }
+
+    const std::vector<ConvertInput>& inputs_;
+    const ResizeSets& sets_;
+    const JobPolicy policy_;
+    ConvertReport& report_;
+    std::atomic<std::size_t> nextChain_ = 0;
+};
+
+void printFindings(const ConvertInputs& inputs) {
+    for (const auto& sentences : {inputs.complaints, inputs.leftOut, inputs.emptyFolders})
+        for (const std::string& sentence : sentences)
+            printError(sentence);
+    if (inputs.otherFiles > 0)
+        printError(counted(inputs.otherFiles, "other file") + " left out");
 }
 
-void convertAll(const std::vector<ConvertInput>& inputs, const ResizeSets& sets, unsigned jobs,
-                ConvertReport& report) {
-    const std::vector<ConvertChain> chains = independentChains(inputs, sets);
-    std::atomic<std::size_t> nextChain = 0;
-    const auto work = [&] {
-        for (std::size_t chain = nextChain++; chain < chains.size(); chain = nextChain++)
-            for (const std::size_t position : chains[chain])
-                report.finished(position, convert(inputs[position], sets));
-    };
-    const std::size_t workers = std::min<std::size_t>(jobs, chains.size());
-    if (workers <= 1)
-        return work();
-    std::vector<std::jthread> threads;
-    for (std::size_t i = 0; i < workers; ++i)
-        threads.emplace_back([&work] {
-            const OneThreadScope wholeFileToThisCore;
-            work();
-        });
+void throwWhenStopped(std::size_t done, std::size_t count) {
+    if (const int signal = StopSignalsNoted::noted(); signal != 0)
+        throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)) + ": "
+                               + counted(done, "file") + " done, " + std::to_string(count - done) + " left",
+                           128 + signal);
 }
 
-void run(const ConvertRequest& request) {
-    const ResizeSets sets = chosenSets(request.setNames);
-    std::vector<std::string> files;
-    for (const std::string& file : request.files)
-        files.push_back(typedWord(file));
-    const std::vector<ConvertInput> inputs = convertInputs(files, request.recursive, sets);
-    std::size_t failures = 0;
+void throwWhenFailed(const ConvertInputs& inputs, std::size_t failures, bool allowsEmpty) {
+    const std::size_t files = inputs.pictures.size() + inputs.unreadableFiles;
+    failures += inputs.unreadableFiles;
+    std::string summary;
+    if (failures > 0)
+        summary = std::to_string(failures) + " of " + counted(files, "file")
+                  + " could not be converted as requested";
+    if (inputs.unreadableFolders > 0)
+        summary += (summary.empty() ? "" : ", ") + counted(inputs.unreadableFolders, "folder")
+                   + " could not be read";
+    if (summary.empty() && files == 0 && !allowsEmpty)
+        summary = "nothing to convert";
+    if (!summary.empty())
+        throw CommandError(summary);
+}
+
+void run(ConvertRequest request) {
+    const PresetStore store = PresetStore::load();
+    const ResizeSets sets = chosenSets(store, request.setNames);
+    request.search.storedSets = store.sets();
+    for (std::string& file : request.files)
+        file = typedWord(file);
+    const StopSignalsNoted untilTheEnd;
+    const ConvertInputs inputs = findInputs(request.files, request.search);
+    printFindings(inputs);
+    std::size_t done = 0, failures = 0;
     {
-        ConvertReport report(inputs.size());
-        convertAll(inputs, sets, request.jobs, report);
+        ConvertReport report(inputs.pictures.size());
+        const JobPolicy policy{.onlyWithResult = true, .refusesDamaged = !request.acceptsDamaged};
+        Conversion(inputs.pictures, sets, policy, report).run(request.jobs);
+        done = report.done();
         failures = report.failures();
     }
-    if (failures > 0)
-        throw CommandError(std::to_string(failures) + " of " + std::to_string(inputs.size())
-                           + " could not be converted as asked");
+    throwWhenStopped(done, inputs.pictures.size());
+    throwWhenFailed(inputs, failures, request.allowsEmpty);
 }
 
 } // namespace
@@ -120,15 +186,23 @@ void addConvertCommand(CLI::App& program) {
     CLI::App* command = program.add_subcommand("convert", "Apply sets to pictures, on all cores");
     auto request = std::make_shared<ConvertRequest>();
     command
-        ->add_option("--set", request->setNames,
-                     "A set's name, or its position such as @2; the selected sets when none is named")
+        ->add_option(
+            "--set", request->setNames,
+            "Set to apply: a name, or a position such as @2; may be repeated (default: the selected sets)")
         ->allow_extra_args(false);
     command
         ->add_option("-j,--jobs", request->jobs,
-                     "How many files to work on at once; the number of cores when not said")
-        ->check(CLI::Range(1U, mostJobs));
-    command->add_flag("-r,--recursive", request->recursive, "Search folders through all their levels");
-    command->add_option("FILE", request->files, "Pictures, or folders whose pictures are meant")->required();
+                     "How many files to convert at the same time (default: the number of cores)")
+        ->check(CLI::Range(1U, maxJobs));
+    command->add_flag("-r,--recursive", request->search.recursive,
+                      "Search sub-folders too, except those named like a stored set (default: no)");
+    command->add_flag("--all-folders", request->search.allFolders,
+                      "Search all sub-folders, also those named like a stored set (default: no)");
+    command->add_flag("--allow-empty", request->allowsEmpty,
+                      "Exit with status 0 when there are no pictures (default: status 1)");
+    command->add_flag("--accept-damaged", request->acceptsDamaged,
+                      "Convert damaged pictures with a warning (default: an error, nothing is written)");
+    command->add_option("FILE", request->files, "Pictures, or folders to search for pictures")->required();
     command->callback([request] { run(*request); });
 }
 

@@ -1,23 +1,22 @@
 #include "kestrinectl/ConvertInputs.h"
 
-#include "kestrinectl/CommandError.h"
+#include "kestrinectl/ConvertPictureSigns.h"
+#include "kestrinectl/ShownPath.h"
+#include "platform/host/process/StopSignals.h"
 #include "platform/imageio/ImageCodec.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
+#include <set>
 
 namespace kestrine {
 
-namespace {
-
 namespace fs = std::filesystem;
 
-bool isHidden(const fs::path& path) { return path.filename().native().starts_with('.'); }
+namespace {
 
-bool isPicture(const fs::path& path) {
-    const auto reader = readerOfPath(path.native());
-    return reader && codecFor(**reader) != nullptr;
-}
+bool isHidden(const fs::path& path) { return path.filename().native().starts_with('.'); }
 
 /// Below the current folder where it is relative. Steps that lead nowhere (".") are left out; ".." stays,
 /// since it need not lead back where a link was followed.
@@ -29,76 +28,169 @@ fs::path absolutePath(const fs::path& path) {
     return result;
 }
 
-/// The pictures of one folder that was typed.
-class FolderSearch {
-public:
-    FolderSearch(const fs::path& typed, bool recursive, const ResizeSets& sets)
-        : typed_(typed), root_(absolutePath(typed)), recursive_(recursive) {
-        const NSString root = NSString::fromUTF8(root_.native());
-        for (const auto& set : sets)
-            if (const OptionalString folder = set->resizeFolderForPath(root, root))
-                outputFolders_.emplace_back(folder->utf8());
-    }
+enum class Content { picture, unreadablePicture, other };
 
-    std::vector<ConvertInput> pictures() {
-        search(typed_);
-        return std::move(found_);
-    }
+Content contentOf(const ByteReader& reader, const std::string& path) {
+    if (codecFor(reader) != nullptr)
+        return Content::picture;
+    std::array<std::uint8_t, pictureSignLength> head;
+    const std::size_t length = reader.readAt(0, head);
+    const bool isPicture = hasNameOfPicture(path) || isForeignPicture(ByteView(head.data(), length));
+    return isPicture ? Content::unreadablePicture : Content::other;
+}
 
-private:
-    void search(const fs::path& folder) {
-        std::vector<fs::path> entries;
-        for (const fs::directory_entry& entry : fs::directory_iterator(folder))
-            entries.push_back(entry.path());
-        std::ranges::sort(entries);
-        for (const fs::path& entry : entries)
-            if (!isHidden(entry))
-                visit(entry);
-    }
-
-    void visit(const fs::path& entry) {
-        const fs::path absolute = absolutePath(entry);
-        const fs::file_status status = fs::symlink_status(entry);
-        if (fs::is_directory(status)) {
-            if (recursive_ && std::ranges::find(outputFolders_, absolute) == outputFolders_.end())
-                search(entry);
-        } else if (fs::is_regular_file(fs::status(entry)) && isPicture(entry)) {
-            found_.push_back({entry.native(), absolute.native(), root_.native()});
-        }
-    }
-
-    const fs::path typed_;
-    const fs::path root_;
-    const bool recursive_;
-    std::vector<fs::path> outputFolders_;
-    std::vector<ConvertInput> found_;
-};
-
-/// Without the separators at its end, which would make a name behind it look odd; "/" stays.
+/// Without the separators at its end, which would make the root differ from the folders of its files; "/"
+/// stays.
 fs::path withoutTrailingSeparator(const fs::path& path) {
     return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
 }
 
-} // namespace
+/// The folders that hold results, and are therefore not searched unless they were typed.
+class OutputFolders {
+public:
+    OutputFolders(const ResizeSets& storedSets, const std::vector<std::string>& arguments) {
+        for (const auto& set : storedSets)
+            endings_.push_back(NSString(u"/").appendingPathComponent(set->name().value_or(u"")).utf8());
+        for (const std::string& argument : arguments)
+            typed_.insert(canonicalPath(argument));
+    }
 
-std::vector<ConvertInput> convertInputs(const std::vector<std::string>& arguments, bool recursive,
-                                        const ResizeSets& sets) {
-    std::vector<ConvertInput> inputs;
-    for (const std::string& argument : arguments) {
+    bool contain(const fs::path& folder) const {
+        const std::string path = absolutePath(folder).native();
+        return std::ranges::any_of(endings_,
+                                   [&](const std::string& ending) { return path.ends_with(ending); });
+    }
+
+    /// Whether it was not typed and not asked about before.
+    bool isNews(const fs::path& folder) { return typed_.insert(canonicalPath(folder)).second; }
+
+private:
+    std::vector<std::string> endings_; ///< of their paths: "/Web"
+    std::set<fs::path> typed_;         ///< and those that were asked about
+};
+
+class Finder {
+public:
+    Finder(const std::vector<std::string>& arguments, const ConvertSearch& search)
+        : search_(search), outputFolders_(search.storedSets, arguments) {}
+
+    void addArgument(const std::string& argument) {
         std::error_code ignored;
-        if (!fs::is_directory(argument, ignored)) {
-            inputs.push_back({argument, absolutePath(argument).native(), std::nullopt});
-            continue;
-        }
-        try {
-            const fs::path folder = withoutTrailingSeparator(argument);
-            std::ranges::move(FolderSearch(folder, recursive, sets).pictures(), std::back_inserter(inputs));
-        } catch (const fs::filesystem_error& error) {
-            throw CommandError("cannot read the folder " + error.path1().native() + ": "
-                               + error.code().message());
+        if (fs::is_directory(argument, ignored))
+            addFolder(withoutTrailingSeparator(argument));
+        else if (argument.empty())
+            complainOfFile("an empty argument names no file");
+        else
+            found_.pictures.push_back({shownPath(argument), absolutePath(argument).native(), std::nullopt});
+    }
+
+    ConvertInputs found() && { return std::move(found_); }
+
+private:
+    void addFolder(const fs::path& folder) {
+        root_ = absolutePath(folder);
+        hasSubfolders_ = false;
+        const std::size_t picturesBefore = found_.pictures.size();
+        const std::size_t unreadableBefore = found_.unreadableFiles;
+        searchFolder(folder);
+        if (found_.pictures.size() > picturesBefore || StopSignalsNoted::noted() != 0)
+            return;
+        std::string sentence = "no pictures in " + shownPath(folder.native());
+        if (found_.unreadableFiles > unreadableBefore)
+            sentence += " that can be read";
+        else if (hasSubfolders_ && !isRecursive())
+            sentence += "; --recursive searches its sub-folders";
+        found_.emptyFolders.push_back(sentence);
+    }
+
+    void searchFolder(const fs::path& folder) {
+        std::vector<fs::path> entries;
+        std::error_code error;
+        for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error))
+            entries.push_back(it->path());
+        if (error)
+            complainOfFolder(folder, error);
+        std::ranges::sort(entries);
+        for (const fs::path& entry : entries)
+            if (!isHidden(entry) && StopSignalsNoted::noted() == 0)
+                visit(entry);
+    }
+
+    void visit(const fs::path& entry) {
+        std::error_code error;
+        const fs::file_status own = fs::symlink_status(entry, error);
+        if (fs::is_directory(own))
+            return visitFolder(entry);
+        const fs::file_status status = fs::is_symlink(own) ? fs::status(entry, error) : own;
+        if (fs::is_regular_file(status))
+            visitFile(entry);
+        else if (error && (error != std::errc::no_such_file_or_directory || hasNameOfPicture(entry.native())))
+            complainOfFile("cannot open " + shownPath(entry.native()) + ": " + error.message());
+        else if (!fs::is_directory(status))
+            ++found_.otherFiles;
+    }
+
+    void visitFolder(const fs::path& folder) {
+        hasSubfolders_ = true;
+        if (!isRecursive())
+            return;
+        if (search_.allFolders || !outputFolders_.contain(folder))
+            return searchFolder(folder);
+        if (outputFolders_.isNews(folder))
+            found_.leftOut.push_back("left out " + shownPath(folder.native())
+                                     + ", a folder for the results of a set; --all-folders searches it");
+    }
+
+    void visitFile(const fs::path& file) {
+        const std::string shown = shownPath(file.native());
+        const auto reader = readerOfPath(file.native());
+        if (!reader)
+            return complainOfFile(shown + ": " + reader.failure().text);
+        switch (contentOf(**reader, file.native())) {
+        case Content::picture:
+            found_.pictures.push_back({shown, absolutePath(file).native(), root_.native()});
+            break;
+        case Content::unreadablePicture:
+            complainOfFile(shown + ": the file is in no picture format that can be read");
+            break;
+        case Content::other:
+            ++found_.otherFiles;
         }
     }
-    return inputs;
+
+    bool isRecursive() const { return search_.recursive || search_.allFolders; }
+
+    void complainOfFile(const std::string& complaint) {
+        found_.complaints.push_back(complaint);
+        ++found_.unreadableFiles;
+    }
+
+    void complainOfFolder(const fs::path& folder, const std::error_code& error) {
+        found_.complaints.push_back("cannot read the folder " + shownPath(folder.native()) + ": "
+                                    + error.message());
+        ++found_.unreadableFolders;
+    }
+
+    const ConvertSearch& search_;
+    OutputFolders outputFolders_;
+    fs::path root_; ///< the argument that is being searched
+    bool hasSubfolders_ = false;
+    ConvertInputs found_;
+};
+
+} // namespace
+
+fs::path canonicalPath(const fs::path& path) {
+    std::error_code error;
+    const fs::path canonical = fs::weakly_canonical(path, error);
+    return error ? path : canonical;
+}
+
+ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search) {
+    Finder finder(arguments, search);
+    for (const std::string& argument : arguments)
+        finder.addArgument(argument);
+    return std::move(finder).found();
 }
 
 } // namespace kestrine

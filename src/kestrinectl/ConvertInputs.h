@@ -3,6 +3,7 @@
 
 #include "models/ResizeSet.h"
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,15 +12,36 @@ namespace kestrine {
 
 /// One picture to be converted.
 struct ConvertInput {
-    std::string shown;                     ///< as typed, or as typed for its folder with its name behind
+    std::string shown;                     ///< as typed, or as typed for its folder and then its name
     std::string path;                      ///< absolute
     std::optional<std::string> rootFolder; ///< the folder that was typed and in which it was found; absolute
 };
 
-/// A file stands for itself, be it a picture or not. A folder stands for the pictures in it, by their content
-/// and in the order of their names, those in its subfolders too when `recursive`; hidden ones and what lies
-/// in an output folder of `sets` are left out. Throws CommandError for a folder that cannot be read.
-std::vector<ConvertInput> convertInputs(const std::vector<std::string>& arguments, bool recursive,
-                                        const ResizeSets& sets);
+/// How folders are searched.
+struct ConvertSearch {
+    bool recursive = false;  ///< sub-folders too, except those named like a stored set, at any depth
+    bool allFolders = false; ///< every sub-folder, whatever its name
+    ResizeSets storedSets;
+};
+
+/// What was found.
+struct ConvertInputs {
+    std::vector<ConvertInput> pictures;
+    std::vector<std::string> complaints; ///< one per file or folder that cannot be read: a failure
+    std::size_t unreadableFiles = 0;     ///< among the complaints
+    std::size_t unreadableFolders = 0;   ///< among the complaints
+    std::vector<std::string> leftOut;    ///< one sentence per folder named like a set, which was not searched
+    std::vector<std::string> emptyFolders; ///< one sentence per argument that is a folder without pictures
+    std::size_t otherFiles = 0;            ///< in folders; neither pictures nor hidden
+};
+
+/// A file stands for itself, whether it is a picture or not. A folder stands for the pictures in it, by their
+/// content and in the order of their names; hidden files are left out and links to folders are not followed.
+/// A folder that was typed is always searched. Ends early when a stop signal was noted.
+ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search);
+
+/// The same text for the same place, whatever links lead there; the path itself when the system does not
+/// tell.
+std::filesystem::path canonicalPath(const std::filesystem::path& path);
 
 } // namespace kestrine

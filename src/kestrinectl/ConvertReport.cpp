@@ -1,16 +1,35 @@
 #include "kestrinectl/ConvertReport.h"
 
+#include "kestrinectl/Messages.h"
+#include "platform/host/process/Terminal.h"
+
 #include <iostream>
-#include <unistd.h>
 
 namespace kestrine {
 
+namespace {
+
+void printResult(const ConvertResult& result) {
+    for (const std::string& line : result.lines)
+        printLine(line);
+    for (const std::string& warning : result.warnings)
+        printWarning(warning);
+    for (const std::string& complaint : result.complaints)
+        printError(complaint);
+}
+
+} // namespace
+
 ConvertReport::ConvertReport(std::size_t count)
-    : count_(count), showsProgress_(count > 1 && ::isatty(STDERR_FILENO) == 1) {
+    : count_(count), showsProgress_(count > 1 && isTerminal(OutputStream::standardError)) {
     showProgress();
 }
 
-ConvertReport::~ConvertReport() { hideProgress(); }
+ConvertReport::~ConvertReport() {
+    hideProgress();
+    for (const auto& [position, result] : waiting_)
+        printResult(result);
+}
 
 void ConvertReport::finished(std::size_t position, ConvertResult result) {
     const std::lock_guard lock(mutex_);
@@ -19,18 +38,10 @@ void ConvertReport::finished(std::size_t position, ConvertResult result) {
     waiting_.emplace(position, std::move(result));
     hideProgress();
     for (auto first = waiting_.find(next_); first != waiting_.end(); first = waiting_.find(++next_)) {
-        print(first->second);
+        printResult(first->second);
         waiting_.erase(first);
     }
     showProgress();
-}
-
-void ConvertReport::print(const ConvertResult& result) {
-    for (const std::string& line : result.lines)
-        std::cout << line << "\n";
-    std::cout.flush();
-    for (const std::string& complaint : result.complaints)
-        std::cerr << "kestrinectl: " << complaint << "\n";
 }
 
 void ConvertReport::showProgress() const {

@@ -8,7 +8,7 @@
 namespace kestrine {
 
 void printLine(const std::string& line) {
-    std::cout << shownText(line, isTerminal(OutputStream::standardOutput)) << "\n";
+    std::cout << shownText(line, isTerminal(OutputStream::standardOutput)) << "\n" << std::flush;
 }
 
 void printLines(const std::string& lines) {

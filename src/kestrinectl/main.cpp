@@ -1,5 +1,5 @@
 // kestrinectl: manages presets, converts many pictures, shows EXIF data.
-// Exit status: 0 success, 1 something failed, 2 the arguments are wrong.
+// Exit status: 0 success, 1 something failed, 2 the arguments are wrong, 128 + N stopped by signal N.
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/CommandHelp.h"
@@ -48,6 +48,9 @@ int main(int count, char** values) {
     kestrine::prepareStandardStreams();
     try {
         return run(count, values);
+    } catch (const kestrine::CommandError& error) {
+        kestrine::printError(error.what());
+        return error.status();
     } catch (const std::exception& error) {
         kestrine::printError(error.what());
         return failed;

@@ -1,8 +1,13 @@
 """kestrinectl convert: sets applied to many files at once, with the results of the quiet tool."""
+import fcntl
 import os
 import pty
 import shutil
+import signal
+import struct
 import subprocess
+import termios
+import time
 
 import pictures
 from tools import BIN, JPEG, PNG, ToolTest, main
@@ -11,11 +16,13 @@ JOBS = ("1", "2", "5")
 
 
 class Convert(ToolTest):
-    def convert(self, *arguments, status=0):
+    def convert(self, *arguments, status=0, says=None):
+        """Runs the command, which must end with that status and, when it succeeds, say nothing else than these
+        lines."""
         done = self.kestrinectl("convert", *arguments)
         self.assertEqual(done.returncode, status, done)
-        if status == 0:
-            self.assertEqual(done.stderr, b"")
+        if status == 0 or says is not None:
+            self.assertEqual(done.stderr.decode().splitlines(), ["kestrinectl: " + line for line in says or []])
         return done
 
     def picture(self, name, width=60, height=40, seed=1):
@@ -75,7 +82,7 @@ class Convert(ToolTest):
             self.picture(name)
         (self.folder / "in" / "notes.txt").write_text("no picture")
         os.symlink("a.jpg", self.folder / "in" / "link.jpg")
-        done = self.convert("in/")
+        done = self.convert("in/", says=["1 other file left out"])
         self.assertEqual([line.split(b" -> ")[0] for line in done.stdout.splitlines()],
                          [b"in/a.jpg", b"in/b.png", b"in/link.jpg"])
         self.assertEqual(self.names("in/Web"), [b"a.jpg", b"b.jpg", b"link.jpg"])
@@ -84,11 +91,96 @@ class Convert(ToolTest):
         self.web()
         for name in ("in/b.png", "in/deep/c.png", "in/deep/er/d.png"):
             self.picture(name)
-        for _ in range(2):
-            self.assertEqual(len(self.convert("-r", "in").stdout.splitlines()), 3)
+        left_out = ["left out in/Web, a folder for the results of a set; --all-folders searches it"]
+        for says in ([], left_out):
+            self.assertEqual(len(self.convert("-r", "in", says=says).stdout.splitlines()), 3)
         self.assertEqual(self.names("in/Web"), [b"b.jpg", b"b_1.jpg", b"deep"])
         self.assertEqual(self.names("in/Web/deep"), [b"c.jpg", b"c_1.jpg", b"er"])
         self.assertEqual(self.names("in/deep"), [b"c.png", b"er"])
+
+    def test_folders_named_like_any_stored_set_are_left_out_at_any_depth_and_named_once(self):
+        self.store({"name": "Web"}, {"name": "Print"}, selection=[(0, 1)])
+        for name in ("in/a.png", "in/Print/b.png", "in/deep/Web/c.png", "in/print/d.png"):
+            self.picture(name)
+        left_out = [f"left out in/{name}, a folder for the results of a set; --all-folders searches it"
+                    for name in ("Print", "deep/Web")]
+        done = self.convert("-r", "in", "in/deep", "./in", says=[*left_out, "no pictures in in/deep"])
+        self.assertEqual(sorted({line.split(b" -> ")[0] for line in done.stdout.splitlines()}),
+                         [b"in/a.png", b"in/print/d.png"])
+
+    def test_a_folder_that_was_typed_is_searched_whatever_its_name_and_all_folders_when_asked(self):
+        self.store({"name": "Out"}, {"name": "Web"}, {"name": "a/b"}, selection=[(0, 1)])
+        for name in ("Web/a.png", "Web/Web/b.png", "Web/a/b/c.png", "Web/a/d.png"):
+            self.picture(name)
+        left_out = [f"left out Web/{name}, a folder for the results of a set; --all-folders searches it"
+                    for name in ("Web", "a/b")]
+        self.assertEqual(len(self.convert("-r", "Web", says=left_out).stdout.splitlines()), 2)
+        shutil.rmtree(self.folder / "Web" / "Out")
+        done = self.convert("-r", "Web", "Web/Web", says=left_out[1:])
+        self.assertEqual(len(done.stdout.splitlines()), 3)
+        for folder in ("Web/Out", "Web/Web/Out"):
+            shutil.rmtree(self.folder / folder)
+        self.assertEqual(len(self.convert("--all-folders", "Web/").stdout.splitlines()), 4)
+
+    def test_without_pictures_the_status_is_1_unless_that_is_allowed(self):
+        self.web()
+        self.picture("deep/er/a.png")
+        (self.folder / "empty").mkdir()
+        (self.folder / "notes").mkdir()
+        (self.folder / "notes" / "a.txt").write_text("words")
+        says = ["no pictures in empty", "no pictures in notes",
+                "no pictures in deep; --recursive searches its sub-folders", "1 other file left out"]
+        arguments = ("empty", "notes", "deep")
+        self.convert(*arguments, status=1, says=[*says, "nothing to convert"])
+        self.convert("--allow-empty", *arguments, says=says)
+        self.convert("empty", "deep/er", says=says[:1])
+
+    def test_pictures_in_a_folder_that_cannot_be_read_are_named_and_other_files_counted(self):
+        self.web()
+        self.picture("in/a.png")
+        contents = {"b.heic": b"\0\0\0\x18ftypheic", "c": b"\0\0\0\x0cJXL \r\n", "d.JPG": b"", "e.txt": b"words",
+                    "f.xmp": b"<x/>", ".hidden.heic": b""}
+        for name, content in contents.items():
+            (self.folder / "in" / name).write_bytes(content)
+        unreadable = [f"in/{name}: the file is in no picture format that can be read" for name in ("b.heic", "c", "d.JPG")]
+        self.convert("in", status=1, says=[*unreadable, "2 other files left out",
+                                           "3 of 4 files could not be converted as requested"])
+        (self.folder / "in" / "a.png").unlink()
+        shutil.rmtree(self.folder / "in" / "Web")
+        self.convert("--allow-empty", "in", status=1, says=[
+            *unreadable, "no pictures in in that can be read", "2 other files left out",
+            "3 of 3 files could not be converted as requested"])
+
+    def test_without_rights_a_folder_or_file_costs_itself_only_and_the_reason_is_told(self):
+        self.web()
+        for name in ("in/a.png", "in/b.png", "in/closed/c.png", "other/d.png"):
+            self.picture(name)
+        for name, mode in (("in/b.png", 0), ("in/closed", 0), ("other", 0o555)):
+            os.chmod(self.folder / name, mode)
+        done = self.run_without_rights("convert", "-r", "in", "other", program="kestrinectl")
+        for name in ("in/closed", "other"):
+            os.chmod(self.folder / name, 0o755)
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stderr.decode().splitlines(), ["kestrinectl: " + line for line in (
+            "in/b.png: cannot open in/b.png: Permission denied",
+            "cannot read the folder in/closed: Permission denied",
+            f"other/d.png: cannot make the folder {self.folder}/other/Web: Permission denied",
+            "2 of 3 files could not be converted as requested, 1 folder could not be read")])
+        self.assertEqual(self.names("in/Web"), [b"a.jpg"])
+
+    def test_a_damaged_picture_is_an_error_unless_it_is_accepted(self):
+        self.web(replaceFile=1)
+        whole = pictures.jpeg(pictures.photo(200, 100))
+        (self.folder / "a.jpg").write_bytes(whole[:len(whole) // 2])
+        error = self.convert("a.jpg", status=1).stderr.decode()
+        self.assertIn("a.jpg: the picture is damaged (", error)
+        self.assertIn("nothing was written; --accept-damaged converts it all the same\n", error)
+        self.assertEqual((self.folder / "a.jpg").read_bytes(), whole[:len(whole) // 2])
+        done = self.kestrinectl("convert", "--accept-damaged", "a.jpg")
+        self.assertEqual(done.returncode, 0)
+        self.assertRegex(done.stderr.decode(), r"\Akestrinectl: warning: a\.jpg: the picture is damaged \(.*\n\Z")
+        self.assertEqual((self.home / ".local/share/Trash/files/a.jpg").read_bytes(), whole[:len(whole) // 2])
+        self.assertEqual(pictures.pixels(self.folder / "a.jpg").shape[:2], (15, 31))
 
     def test_several_sets_give_several_results_a_file(self):
         self.store({"name": "A", "formatType": JPEG}, {"name": "B", "formatType": PNG}, selection=[(0, 1)])
@@ -110,8 +202,30 @@ class Convert(ToolTest):
         inside = self.home / ".local" / "share" / "Trash" / "files"  # what is in the trash does not go there again
         self.picture(inside / "a.png")
         done = self.convert(inside / "a.png", status=1)
-        self.assertIn(b"trash", done.stderr)
+        self.assertIn(f"the original stays, it could not go to the trash (it lies in the trash or holds it); "
+                      f"the result is {inside}/a.jpg\n".encode(), done.stderr)
         self.assertEqual(self.names(inside), [b"a.jpg", b"a.png"])
+
+    def test_what_gives_no_result_is_not_replaced(self):
+        self.web(replaceFile=1)
+        (self.folder / "a.txt").write_text("words")
+        self.convert("a.txt", status=1)
+        self.assertEqual(self.names(), [b"a.txt"])
+        self.assertFalse((self.home / ".local/share/Trash").exists())
+
+    def test_when_the_result_cannot_take_the_place_the_message_says_where_the_original_is(self):
+        self.web(replaceFile=1)
+        self.picture("a.png")
+        done = self.kestrinectl("convert", "a.png", environment={
+            **self.environment, "LD_PRELOAD": os.environ["KESTRINE_FAILING_RENAME"],
+            "ASAN_OPTIONS": "verify_asan_link_order=0:" + os.environ.get("ASAN_OPTIONS", "")})
+        trashed = self.home / ".local/share/Trash/files/a.png"
+        self.assertEqual((done.returncode, done.stderr.decode().splitlines()), (1, [
+            f"kestrinectl: a.png: cannot create {self.folder}/a.jpg: Input/output error; the original is in the trash: "
+            f"restore it there, or move it back from {trashed}",
+            "kestrinectl: 1 of 1 file could not be converted as requested"]))
+        self.assertTrue(trashed.exists())
+        self.assertEqual(self.names(), [])
 
     def test_names_of_any_bytes_are_converted(self):
         self.web()
@@ -129,18 +243,107 @@ class Convert(ToolTest):
         self.convert("a.png", "--", "-b.png")
         self.assertEqual(self.names("Web"), [b"-b.jpg", b"a.jpg"])
 
+    def shown_on_a_terminal(self, *arguments):
+        terminal, inside = pty.openpty()
+        subprocess.run([BIN / "kestrinectl", "convert", *arguments], cwd=self.folder, env=self.environment,
+                       stderr=inside, stdout=inside, check=False, timeout=60)
+        os.close(inside)
+        shown = os.read(terminal, 4096)
+        os.close(terminal)
+        return shown
+
     def test_a_terminal_shows_how_far_the_work_has_got(self):
         self.web()
         for name in ("a.png", "b.png"):
             self.picture(name)
-        terminal, inside = pty.openpty()
-        subprocess.run([BIN / "kestrinectl", "convert", "a.png", "b.png"], cwd=self.folder, env=self.environment,
-                       stderr=inside, stdout=subprocess.DEVNULL, check=True, timeout=60)
-        os.close(inside)
-        shown = os.read(terminal, 4096)
-        os.close(terminal)
+        shown = self.shown_on_a_terminal("a.png", "b.png")
         self.assertIn(b"1 of 2", shown)
         self.assertTrue(shown.endswith(b"\r\x1b[K"), shown)
+
+    def test_control_characters_are_escaped_on_a_terminal_and_raw_in_a_pipe(self):
+        self.web()
+        name = b"a\x1b[31m\n.png"
+        self.picture(os.fsdecode(name))
+        shown = self.shown_on_a_terminal(name, b"\tabsent.png")
+        self.assertIn(b"a\\x1b[31m\\n.png -> ", shown)
+        self.assertIn(b"kestrinectl: \\tabsent.png: ", shown)
+        self.assertTrue(self.convert(name).stdout.startswith(name + b" -> "))
+
+    def test_shown_paths_are_short_where_that_is_safe(self):
+        self.web()
+        self.picture("in/a.png")
+        self.picture("-b.png")
+        for typed, shown in (("./in//a.png", b"in/a.png"), ("in/./a.png", b"in/a.png"), ("in/../in/a.png", b"in/../in/a.png"),
+                             ("./-b.png", b"./-b.png"), (".//in/./", b"in/a.png")):
+            self.assertEqual(self.convert(typed).stdout.split(b" -> ")[0], shown)
+
+
+class Stopping(ToolTest):
+    """Signals come while the program waits for a reader of its standard output, a pipe that holds a page."""
+
+    COUNT = 150
+
+    def start(self, program, *arguments, **fields):
+        self.store({"name": "Web", "resizeType": 3, "formatType": JPEG, **fields}, selection=[(0, 1)])
+        pictures.image(pictures.photo(8, 8)).save(self.folder / "p0.png")
+        for i in range(1, self.COUNT):
+            shutil.copy(self.folder / "p0.png", self.folder / f"p{i}.png")
+        files = [f"p{i}.png" for i in range(self.COUNT)]
+        process = subprocess.Popen([BIN / program, *arguments, *files], cwd=self.folder, env=self.environment,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.addCleanup(process.kill)
+        fcntl.fcntl(process.stdout, fcntl.F_SETPIPE_SZ, 4096)
+        deadline = time.monotonic() + 60
+        while self.waiting(process.stdout) < 4096 - 150 and time.monotonic() < deadline:
+            time.sleep(0.01)
+        return process
+
+    @staticmethod
+    def waiting(pipe):
+        return struct.unpack("i", fcntl.ioctl(pipe, termios.FIONREAD, b"\0" * 4))[0]
+
+    def test_a_polite_signal_ends_the_files_in_hand_and_says_how_many_are_left(self):
+        for number, jobs in ((signal.SIGINT, "1"), (signal.SIGTERM, "3"), (signal.SIGHUP, "2")):
+            process = self.start("kestrinectl", "convert", "-j", jobs)
+            process.send_signal(number)
+            lines, error = process.communicate(timeout=60)
+            done = lines.count(b"\n")
+            self.assertLess(done, self.COUNT)
+            self.assertEqual(error.decode(), f"kestrinectl: stopped by {number.name}: {done} files done, "
+                                             f"{self.COUNT - done} left\n")
+            self.assertEqual(process.returncode, 128 + number)
+            self.assertEqual(len(self.names("Web")), done)
+            shutil.rmtree(self.folder / "Web")
+
+    def test_a_polite_signal_leaves_every_original_or_its_result_in_place(self):
+        process = self.start("kestrinectl", "convert", "-j", "2", replaceFile=1)
+        process.send_signal(signal.SIGTERM)
+        process.communicate(timeout=60)
+        stems = {name.split(b".")[0] for name in self.names()}
+        self.assertEqual(stems, {f"p{i}".encode() for i in range(self.COUNT)})
+
+    def test_a_second_signal_ends_at_once(self):
+        process = self.start("kestrinectl", "convert")
+        process.send_signal(signal.SIGTERM)
+        time.sleep(0.2)
+        self.assertIsNone(process.poll(), "it still waits for its reader")
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(timeout=60), 128 + signal.SIGINT)
+
+    def test_a_signal_that_is_ignored_changes_nothing(self):
+        before = signal.signal(signal.SIGHUP, signal.SIG_IGN)
+        try:
+            process = self.start("kestrinectl", "convert")
+        finally:
+            signal.signal(signal.SIGHUP, before)
+        process.send_signal(signal.SIGHUP)
+        lines, error = process.communicate(timeout=60)
+        self.assertEqual((process.returncode, lines.count(b"\n"), error), (0, self.COUNT, b""))
+
+    def test_the_quiet_tool_ends_at_once_by_the_signal(self):
+        process = self.start("kestrine")
+        process.send_signal(signal.SIGTERM)
+        self.assertEqual(process.wait(timeout=60), -signal.SIGTERM)
 
 
 if __name__ == "__main__":

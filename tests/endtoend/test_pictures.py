@@ -204,6 +204,49 @@ class Colours(ToolTest):
                 self.assertEqual(Image.open(path).mode, "L")
 
 
+class Pages(ToolTest):
+    RED, BLUE = (255, 0, 0), (0, 0, 255)
+
+    def plain(self, color, width, height):
+        return numpy.full((height, width, 3), color, numpy.uint8)
+
+    def convert_all(self, *files):
+        """What each format, quality and kind of size makes of the files."""
+        for size in ({"resizeType": 2, "maxSize": 50.0}, {"resizeType": 1, "ratio": 50.0},
+                     {"resizeType": 0, "width": 50.0, "height": 50.0}):
+            for format_ in (JPEG, PNG, TIFF, GIF):
+                for high_quality in (0, 1):
+                    subprocess.run(["rm", "-rf", self.folder / "S"], check=True)
+                    fields = {"formatType": format_, "highQuality": high_quality, **size}
+                    yield fields, self.convert(fields, *files)
+
+    def assert_gives_what_its_red_picture_gives(self, name):
+        tifffile.imwrite(self.folder / "red.tif", self.plain(self.RED, 100, 100), photometric="rgb")
+        for fields, paths in self.convert_all("red.tif", name):
+            self.assertEqual(len(paths), 2, fields)
+            self.assertEqual(paths[0].read_bytes(), paths[1].read_bytes(), fields)
+
+    def test_every_set_takes_the_first_page_of_a_scan(self):
+        with tifffile.TiffWriter(self.folder / "scan.tif") as file:
+            file.write(self.plain(self.RED, 100, 100), photometric="rgb")
+            file.write(self.plain(self.BLUE, 101, 100), photometric="rgb")
+        self.assert_gives_what_its_red_picture_gives("scan.tif")
+
+    def test_the_picture_behind_a_preview_is_taken(self):
+        with tifffile.TiffWriter(self.folder / "a.tif") as file:
+            file.write(self.plain(self.BLUE, 25, 25), photometric="rgb", subfiletype=1, subifds=1)
+            file.write(self.plain(self.RED, 100, 100), photometric="rgb")
+        self.assert_gives_what_its_red_picture_gives("a.tif")
+
+    def test_a_preview_of_sensor_data_is_not_converted(self):
+        with tifffile.TiffWriter(self.folder / "a.tif") as file:
+            file.write(self.plain(self.BLUE, 25, 25), photometric="rgb", subfiletype=1, subifds=1)
+            file.write(numpy.zeros((100, 100), numpy.uint16), photometric="cfa",
+                       extratags=[(33421, "H", 2, (2, 2)), (33422, "B", 4, b"\0\1\1\2")])
+        for fields, paths in self.convert_all("a.tif"):
+            self.assertEqual(paths, [], fields)
+
+
 class Alpha(ToolTest):
     def setUp(self):
         super().setUp()

@@ -119,6 +119,17 @@ class ToolTest(unittest.TestCase):
     def kestrinectl(self, *arguments, **options):
         return self.run_tool(*arguments, program="kestrinectl", **options)
 
+    def run_without_rights(self, *arguments, program="kestrine"):
+        """Runs a program for a user who owns the temporary home and has no rights beyond that."""
+        command = [BIN / program]
+        if os.getuid() == 0:
+            command = ["setpriv", "--reuid", "65534", "--clear-groups", *command]
+            subprocess.run(["chown", "-R", "65534", self.home], check=True)
+            if subprocess.run([*command[:-1], "cat", BIN / program], capture_output=True).returncode != 0:
+                self.skipTest("another user cannot run the program from here")
+        return subprocess.run([*command, *arguments], cwd=self.folder, env=self.environment, capture_output=True,
+                              timeout=120)
+
     def convert(self, fields, *files):
         """Applies one set named S to files of the current folder; the paths of the results in order."""
         self.store({"name": "S", **fields})

@@ -1,4 +1,4 @@
-// Makes a folder the current one of the process for as long as it lives; afterwards the one before is again.
+// Changes the current folder of the process during its lifetime, and restores the previous one afterwards.
 #pragma once
 
 #include <filesystem>

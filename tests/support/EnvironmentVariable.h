@@ -1,4 +1,5 @@
-// Sets a variable of the process's environment for as long as it lives; what it was before comes back then.
+// Sets an environment variable of the process during its lifetime, and restores the previous value
+// afterwards.
 #pragma once
 
 #include <cstdlib>

@@ -25,15 +25,15 @@ void appendBytes(Bytes& out, ByteView bytes) { out.insert(out.end(), bytes.begin
 
 template <class Unsigned, class Number>
 ExifField numbersField(std::uint16_t tag, std::uint16_t type, const std::vector<Number>& numbers,
-                       std::size_t numbersAValue = 1) {
+                       std::size_t numbersPerValue = 1) {
     ExifField field{
-        tag, type, static_cast<std::uint32_t>(numbers.size() / numbersAValue), {}, sizeof(Unsigned)};
+        tag, type, static_cast<std::uint32_t>(numbers.size() / numbersPerValue), {}, sizeof(Unsigned)};
     for (const Number number : numbers)
         append(field.value, std::bit_cast<Unsigned>(number));
     return field;
 }
 
-/// Of a directory that gets `pointers` more fields.
+/// The size of a directory with `pointers` additional fields.
 std::size_t sizeOf(const std::vector<ExifField>& fields, int pointers = 0) {
     const std::size_t count = fields.size() + pointers;
     std::size_t size = count == 0 ? 0 : 2 + 12 * count + 4;
@@ -75,7 +75,7 @@ void appendDirectory(Bytes& out, const std::vector<ExifField>& fields, ExifOrder
     appendBytes(out, values);
 }
 
-/// Adds a pointer to a child that stands at `offset`, unless the child is empty.
+/// Adds a pointer to the child directory at `offset`, unless the child is empty.
 void addPointer(std::vector<ExifField>& parent, std::uint16_t tag, const std::vector<ExifField>& child,
                 std::size_t offset) {
     if (!child.empty())
@@ -169,17 +169,17 @@ Bytes jfifSegment() { return jpegSegment(0xe0, Bytes{'J', 'F', 'I', 'F', 0, 1, 1
 Bytes jpegFile(const std::vector<Bytes>& segments) {
     Bytes quantisation(65, 1);
     quantisation[0] = 0;
-    // Each table has a single code of one bit: no difference of the mean, and end of block.
-    Bytes meanCodes(18, 0), detailCodes(18, 0);
-    meanCodes[1] = detailCodes[1] = 1;
-    detailCodes[0] = 0x10;
+    // Each table has one code of one bit: a DC difference of zero, and end of block.
+    Bytes dcCodes(18, 0), acCodes(18, 0);
+    dcCodes[1] = acCodes[1] = 1;
+    acCodes[0] = 0x10;
     Bytes file{0xff, 0xd8};
     for (const Bytes& segment : segments)
         appendBytes(file, segment);
     appendBytes(file, jpegSegment(0xdb, quantisation));
     appendBytes(file, jpegSegment(0xc0, Bytes{8, 0, 8, 0, 8, 1, 1, 0x11, 0}));
-    appendBytes(file, jpegSegment(0xc4, meanCodes));
-    appendBytes(file, jpegSegment(0xc4, detailCodes));
+    appendBytes(file, jpegSegment(0xc4, dcCodes));
+    appendBytes(file, jpegSegment(0xc4, acCodes));
     appendBytes(file, jpegSegment(0xda, Bytes{1, 1, 0, 0, 63, 0}));
     appendBytes(file, Bytes{0x3f, 0xff, 0xd9});
     return file;

@@ -1,5 +1,5 @@
-// EXIF for tests: blocks in either byte order from lists of fields, and small JPEG files around them.
-// Nothing is checked or sorted, so that broken blocks can be made as well.
+// Builds EXIF blocks in either byte order from lists of fields, and small JPEG files with them.
+// Nothing is checked or sorted, so that tests can also build malformed blocks.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -11,13 +11,13 @@ namespace kestrine::testing {
 
 enum class ExifOrder { bigEndian, littleEndian };
 
-/// One directory entry. Up to four value bytes stand in the entry itself, whatever the count says.
+/// One directory entry. A value of up to four bytes is stored in the entry itself, independent of the count.
 struct ExifField {
     std::uint16_t tag;
     std::uint16_t type;
     std::uint32_t count;
     Bytes value;               ///< big-endian
-    std::uint8_t unitSize = 1; ///< bytes that are turned round in a little-endian block
+    std::uint8_t unitSize = 1; ///< size of the units whose bytes are reversed in a little-endian block
 };
 
 /// ASCII, with a zero byte at the end.
@@ -34,8 +34,8 @@ ExifField exifSignedRationals(std::uint16_t tag, const std::vector<std::int32_t>
 ExifField exifFloats(std::uint16_t tag, const std::vector<float>& numbers);
 ExifField exifDoubles(std::uint16_t tag, const std::vector<double>& numbers);
 
-/// The directories of a block. Those without fields are left out; pointers to the others are added behind the
-/// last field of the directory that holds them.
+/// The directories of a block. Those without fields are left out. Pointers to the others are added after the
+/// last field of their parent directory.
 struct ExifContent {
     ExifOrder order = ExifOrder::bigEndian;
     std::vector<ExifField> ifd0{};
@@ -44,11 +44,11 @@ struct ExifContent {
     std::vector<ExifField> gpsIFD{};
     std::vector<ExifField> ifd1{};
     std::vector<ExifField> interoperabilityIFD2{}; ///< below ifd1
-    /// Writes the offset of ifd1 little-endian in any case, which is how ExifTagReader takes it.
+    /// Writes the offset of ifd1 in little-endian order always, as ExifTagReader reads it.
     bool nextOffsetIsLittleEndian = false;
 };
 
-/// From the TIFF header on.
+/// The block from the TIFF header on.
 Bytes exifBlock(const ExifContent& content);
 
 /// A whole segment with marker FF `code`.
@@ -58,9 +58,9 @@ Bytes exifSegment(ByteView block);
 /// The 18 bytes of a JFIF APP0 without resolution.
 Bytes jfifSegment();
 
-/// A grey JPEG picture of 8 x 8 pixels that every decoder reads, with these segments right behind SOI.
+/// A grey JPEG picture of 8 x 8 pixels that every decoder can read, with these segments directly after SOI.
 Bytes jpegFile(const std::vector<Bytes>& segments);
-/// With the EXIF segment alone.
+/// As above, with only the EXIF segment.
 Bytes jpegFile(const ExifContent& content);
 
 } // namespace kestrine::testing

@@ -1,5 +1,4 @@
-// A place for tests that have the Finder work on real files: a fresh folder, with a home folder and a trash
-// of its own for as long as it lives.
+// A temporary folder for tests of the Finder, with its own home folder and trash during its lifetime.
 #pragma once
 
 #include "tests/support/EnvironmentVariable.h"

@@ -28,7 +28,7 @@ void require(bool succeeded, const char* what) {
         throw std::runtime_error(what);
 }
 
-/// Whether this process now has mounts of its own, with the rights of root or in a user namespace.
+/// Gives this process private mounts, as root or in a user namespace. Returns whether that succeeded.
 bool separateMounts() {
     const uid_t user = ::geteuid();
     const gid_t group = ::getegid();
@@ -72,7 +72,7 @@ void runAsOrdinaryUser(const std::function<void()>& steps) {
     runIsolated([&] {
         if (::geteuid() == 0)
             require(::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 && ::setuid(nobody) == 0,
-                    "cannot give up the rights of root");
+                    "cannot drop root privileges");
         steps();
     });
 }
@@ -80,19 +80,19 @@ void runAsOrdinaryUser(const std::function<void()>& steps) {
 void runWithOwnMounts(const std::function<void()>& steps) {
     runIsolated([&] {
         if (!separateMounts())
-            GTEST_SKIP() << "this system permits no mounts of one's own";
+            GTEST_SKIP() << "this system does not permit private mounts";
         steps();
     });
 }
 
 void mountFileSystem(const std::string& folder, unsigned kibibytes) {
     const std::string options = "mode=755,size=" + std::to_string(kibibytes) + "k";
-    require(::mkdir(folder.c_str(), 0755) == 0, "cannot make the folder to mount on");
+    require(::mkdir(folder.c_str(), 0755) == 0, "cannot create the folder to mount on");
     require(::mount("tmpfs", folder.c_str(), "tmpfs", 0, options.c_str()) == 0, "cannot mount a file system");
 }
 
 void mountAgain(const std::string& source, const std::string& folder) {
-    require(::mkdir(folder.c_str(), 0755) == 0, "cannot make the folder to mount on");
+    require(::mkdir(folder.c_str(), 0755) == 0, "cannot create the folder to mount on");
     require(::mount(source.c_str(), folder.c_str(), nullptr, MS_BIND, nullptr) == 0,
             "cannot mount a folder again");
 }

@@ -1,5 +1,5 @@
-// Running a part of a test in a process of its own, which may give up rights, mount file systems and change
-// what belongs to the whole process. Expectations work in it as usual; the parent repeats its verdict.
+// Runs a part of a test in a child process, which may drop privileges, mount file systems and change the
+// state of the process. Expectations work in the child as usual, and the parent reports its result.
 #pragma once
 
 #include <functional>
@@ -7,23 +7,24 @@
 
 namespace kestrine::testing {
 
-/// Fails, or skips, the current test when `steps` did so in the child.
+/// Runs `steps` in a child process. The current test fails or is skipped if that happens in the child.
 void runIsolated(const std::function<void()>& steps);
 
-/// As runIsolated, without the rights of root. Folders that the steps use must be open to everybody.
+/// As runIsolated(), without root privileges. The folders that `steps` use must be accessible to all users.
 void runAsOrdinaryUser(const std::function<void()>& steps);
 
-/// As runIsolated, with mounts of its own; skips the test where the system does not permit that.
+/// As runIsolated(), with private mounts. Skips the test if the system does not permit them.
 void runWithOwnMounts(const std::function<void()>& steps);
 
-/// For use inside runWithOwnMounts: an empty file system of that size (in KiB) on a new folder.
+/// For use in runWithOwnMounts(): mounts an empty file system of the given size in KiB on the new folder
+/// `folder`.
 void mountFileSystem(const std::string& folder, unsigned kibibytes);
 
-/// The same, showing `source` in a second place.
+/// For use in runWithOwnMounts(): mounts the folder `source` also on the new folder `folder`.
 void mountAgain(const std::string& source, const std::string& folder);
 
-/// For use in any of them: from now on the system call `number` (SYS_fsync) fails with that error. Returns
-/// false where the system permits no such filter.
+/// For use in a child process: from now on the system call `number` (such as SYS_fsync) fails with `error`.
+/// Returns false if the system does not permit such a filter.
 bool failSystemCall(long number, int error);
 
 } // namespace kestrine::testing

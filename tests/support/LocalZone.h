@@ -1,4 +1,4 @@
-// A time zone of the system's data for one test; the one before comes back at its end.
+// Sets the time zone of the process during its lifetime, and restores the previous one afterwards.
 #pragma once
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// Small pictures for tests, and comparing pictures with a useful message.
+// Small pictures for tests, and a comparison that reports differences.
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
@@ -8,19 +8,19 @@
 
 namespace kestrine::testing {
 
-/// A picture whose sample (x, y, channel) is what `sample` says (0..255, or 0..65535 for 16 bits).
+/// A picture with the samples sample(x, y, channel), from 0 to 255 or, for 16 bits, to 65535.
 PixelBuffer
 makePicture(const RowFormat& format,
             const std::function<unsigned(std::uint32_t x, std::uint32_t y, std::size_t channel)>& sample);
 
-/// Smooth colour gradients with some texture: compresses like a photograph, differs at every place.
+/// Smooth colour gradients with some texture. Compresses like a photograph, and no two areas are equal.
 PixelBuffer makePhoto(const RowFormat& format);
 
 /// One sample of a picture.
 unsigned sampleAt(const PixelBuffer& picture, std::uint32_t x, std::uint32_t y, std::size_t channel);
 
-/// Succeeds when both have the same format and no sample differs by more than `tolerance`; else names the
-/// first difference and the largest one.
+/// Succeeds if both have the same format and no sample differs by more than `tolerance`. Otherwise the
+/// message has the first and the largest difference.
 ::testing::AssertionResult samePicture(const PixelBuffer& actual, const PixelBuffer& expected,
                                        unsigned tolerance = 0);
 

@@ -1,4 +1,4 @@
-// Sets for tests, field by field.
+// Presets for tests.
 #pragma once
 
 #include "models/ResizeSet.h"
@@ -9,7 +9,7 @@
 
 namespace kestrine::testing {
 
-/// The defaults with some fields changed: makeSet(u"Web", {{u"maxSize", 300.0F}}).
+/// A preset with the default values except for the given fields: makeSet(u"Web", {{u"maxSize", 300.0F}}).
 inline std::shared_ptr<ResizeSet>
 makeSet(const NSString& name, std::initializer_list<std::pair<NSString, NSNumber::Value>> fields = {}) {
     const auto set = std::make_shared<ResizeSet>();

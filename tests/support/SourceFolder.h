@@ -1,11 +1,11 @@
-// Where the sources of this build lie, for tests that read files of the repository.
+// The source folder of this build, for tests that read files of the repository.
 #pragma once
 
 #include <string>
 
 namespace kestrine {
 
-/// The path of `path` in the repository, which is given relative to its top.
+/// The absolute path of `path`, which is relative to the top of the repository.
 std::string inSourceFolder(const std::string& path);
 
 } // namespace kestrine

@@ -11,7 +11,7 @@ TemporaryFolder::TemporaryFolder(const std::filesystem::path& parent) {
     const std::filesystem::path base = parent.empty() ? std::filesystem::temp_directory_path() : parent;
     std::string pattern = (base / "kestrine-test-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr)
-        throw std::runtime_error("cannot make a temporary folder in " + base.string());
+        throw std::runtime_error("cannot create a temporary folder in " + base.string());
     path_ = pattern;
 }
 

@@ -10,7 +10,7 @@ namespace kestrine::testing {
 
 namespace {
 
-/// One picture of doubles, channels side by side.
+/// A picture of doubles with interleaved channels.
 struct Plane {
     std::size_t width, height, channels;
     std::vector<double> values;
@@ -30,7 +30,7 @@ double kernel(ResampleFilter filter, double x) {
     return 3 * std::sin(p) * std::sin(p / 3) / (p * p);
 }
 
-/// The weight of every source pixel for result pixel i.
+/// The weights of all source pixels for result pixel i.
 std::vector<double> weightsOf(ResampleFilter filter, const AxisMap& map, std::size_t sourceSize,
                               std::uint32_t i) {
     const double stretch = std::max(1.0, 1 / map.scale);

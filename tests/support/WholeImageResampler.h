@@ -1,4 +1,5 @@
-// The plain truth of resampling: whole pictures, double precision, no tables. Slow and obvious.
+// The reference implementation of resampling: whole pictures in double precision without tables. Simple and
+// slow.
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
@@ -7,8 +8,8 @@
 
 namespace kestrine::testing {
 
-/// What resampledRows() gives for `source`, whose channels have these tone curves (not looked at for
-/// Light::stored).
+/// The expected result of resampledRows() for `source`. `curve` is the tone curve of its channels;
+/// Light::stored does not use it.
 PixelBuffer resampledWhole(const PixelBuffer& source, const Resampling& resampling, const ToneCurve& curve,
                            SampleDepth outDepth);
 

@@ -36,12 +36,19 @@ std::shared_ptr<NSImage> NSImage::initWithContentsOfFile(const NSString& path) {
     if (reps.empty())
         return nullptr;
     auto image = std::make_shared<NSImage>(reps.front()->size());
-    for (const auto& rep : reps)
-        image->addRepresentation(rep);
+    image->representations_.assign(reps.begin(), reps.end());
+    image->isAsLoaded_ = true;
     return image;
 }
 
+void NSImage::addRepresentation(std::shared_ptr<NSImageRep> rep) {
+    representations_.push_back(std::move(rep));
+    isAsLoaded_ = false;
+}
+
 std::shared_ptr<NSImageRep> NSImage::bestRepresentation() const {
+    if (isAsLoaded_)
+        return representations_.front();
     const auto pixels = [](const std::shared_ptr<NSImageRep>& rep) {
         return std::uint64_t{rep->picture().width()} * rep->picture().height();
     };
@@ -68,6 +75,13 @@ std::shared_ptr<const NSData> NSImage::TIFFRepresentation() const {
 void NSImage::keepPixels() const {
     for (const auto& rep : representations_)
         rep->picture().source->keepPixels();
+}
+
+std::optional<Failure> NSImage::damage() const {
+    for (const auto& rep : representations_)
+        if (std::optional<Failure> damage = rep->picture().source->damage())
+            return damage;
+    return std::nullopt;
 }
 
 std::shared_ptr<NSImage> drawnImage(NSSize canvas, const NSImage& image, const Drawing& drawing) {

@@ -21,9 +21,10 @@ public:
     void setSize(NSSize size) { size_ = size; }
 
     const std::vector<std::shared_ptr<NSImageRep>>& representations() const { return representations_; }
-    void addRepresentation(std::shared_ptr<NSImageRep> rep) { representations_.push_back(std::move(rep)); }
-    /// `bestRepresentationForDevice:` without a device: the one with most pixels, the first of equals; nil
-    /// when empty.
+    void addRepresentation(std::shared_ptr<NSImageRep> rep);
+    /// `bestRepresentationForDevice:` without a device: the main picture of a file, which is the first
+    /// representation. Of an image that representations were added to, the one with most pixels, the first of
+    /// equals. nil when empty.
     std::shared_ptr<NSImageRep> bestRepresentation() const;
 
     /// What decoding the image's `TIFFRepresentation` as one bitmap gives: the pixels of the first
@@ -38,9 +39,16 @@ public:
     /// `setCacheMode:` with "always": the source's pixels are decoded once and kept for every further use.
     void keepPixels() const;
 
+    /// Why pixels of the image had to be made up: its file is cut off (reason truncated) or damaged
+    /// (malformed), and what was missing became grey, black or clear. Only rows that were decoded already are
+    /// considered, for this image or for any other image of the same file. Nothing while all pixels came from
+    /// the file. Any thread.
+    std::optional<Failure> damage() const;
+
 private:
     NSSize size_;
     std::vector<std::shared_ptr<NSImageRep>> representations_;
+    bool isAsLoaded_ = false; ///< whether all representations come from one file
 };
 
 /// How an image is put on a canvas.

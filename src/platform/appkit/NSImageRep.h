@@ -47,8 +47,9 @@ class NSBitmapImageRep final : public NSImageRep {
 public:
     NSBitmapImageRep(Picture picture, NSSize size) : NSImageRep(std::move(picture), size) {}
 
-    /// `imageRepsWithContentsOfFile:`: one for each picture in the file, in stored order; none when the file
-    /// cannot be opened or its header is no picture's. Its size in points follows its resolution.
+    /// `imageRepsWithContentsOfFile:`: one for each picture in the file: the main one, the others in stored
+    /// order, reduced copies last. None when the file cannot be opened or its header is not that of a
+    /// picture. The size in points follows the resolution.
     static std::vector<std::shared_ptr<NSBitmapImageRep>> imageRepsWithContentsOfFile(const NSString& path);
 
     /// `valueForProperty:`: the profile, and for the bitmap of a file as it was loaded also its EXIF block

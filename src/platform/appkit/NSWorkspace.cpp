@@ -17,11 +17,10 @@ std::string pathOf(const NSString& source, const NSString& file) {
     return isName ? source.appendingPathComponent(file).utf8() : "";
 }
 
-bool recycle(const NSString& source, const std::vector<NSString>& files) {
-    const Environment environment = Environment::ofProcess();
+bool recycleAll(const NSString& source, const std::vector<NSString>& files) {
     bool allWent = true;
     for (const NSString& file : files) {
-        const auto trashed = moveToTrash(pathOf(source, file), environment);
+        const Result<TrashedItem> trashed = NSWorkspace::shared().recycle(source, file);
         if (!trashed)
             noteFailure(trashed.failure());
         allWent = allWent && trashed.ok();
@@ -55,7 +54,7 @@ bool bringTo(const NSString& destination, const NSString& source, const std::vec
 bool perform(const NSString& operation, const NSString& source, const NSString& destination,
              const std::vector<NSString>& files) {
     if (operation == NSString(NSWorkspaceRecycleOperation))
-        return recycle(source, files);
+        return recycleAll(source, files);
     for (const Operation& known : operations)
         if (operation == NSString(known.name))
             return bringTo(destination, source, files, known.bring);
@@ -76,6 +75,10 @@ bool NSWorkspace::performFileOperation(const NSString& operation, const NSString
     if (tag != nullptr)
         *tag = done ? 0 : -1;
     return done;
+}
+
+Result<TrashedItem> NSWorkspace::recycle(const NSString& source, const NSString& file) {
+    return moveToTrash(pathOf(source, file), Environment::ofProcess());
 }
 
 bool NSWorkspace::isFilePackageAtPath(const NSString& fullPath) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
+#include "platform/host/trash/TrashFolder.h"
 
 #include <mutex>
 #include <vector>
@@ -28,6 +29,9 @@ public:
     /// done by the time this returns, and negative after a failure.
     bool performFileOperation(const NSString& operation, const NSString& source, const NSString& destination,
                               const std::vector<NSString>& files, int* tag = nullptr);
+
+    /// What the recycle operation does with one of its files: where that lies now, or why it stays in its place.
+    Result<TrashedItem> recycle(const NSString& source, const NSString& file);
 
     /// `isFilePackageAtPath:`: whether the path is a folder that the desktop shows as one file.
     bool isFilePackageAtPath(const NSString& fullPath) const;

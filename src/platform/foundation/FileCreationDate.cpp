@@ -10,12 +10,12 @@ namespace kestrine {
 
 namespace {
 
-/// The server's block: a text that ends in a zero byte, then, aligned to two bytes, the version twice in 16
-/// bits, then, aligned to four, the record of that version. All numbers are little-endian.
+/// The layout of the server's block, in little-endian order: a string that ends with a zero byte; aligned to
+/// two bytes, the version twice as 16-bit numbers; aligned to four bytes, the record of that version.
 struct DosRecord {
     std::uint16_t version;
-    std::size_t creationTime; ///< from the start of the record
-    bool startsWithFlags;     ///< which say what of the record is valid
+    std::size_t creationTime; ///< offset from the start of the record
+    bool startsWithFlags;     ///< whether the record starts with flags that mark its valid parts
 };
 constexpr std::array<DosRecord, 5> dosRecords{{
     {1, 24, false},
@@ -26,9 +26,9 @@ constexpr std::array<DosRecord, 5> dosRecords{{
 }};
 constexpr std::uint8_t creationTimeIsValid = 0x10;
 
-/// Times of these records count units of 100 ns from the year 1601.
+/// The times count units of 100 ns since the start of 1601.
 constexpr std::chrono::seconds from1601To1970{11644473600};
-constexpr std::int64_t unitsASecond = 10000000;
+constexpr std::int64_t unitsPerSecond = 10000000;
 
 std::size_t aligned(std::size_t position, std::size_t to) { return (position + to - 1) / to * to; }
 
@@ -37,7 +37,8 @@ const DosRecord* recordOfVersion(std::uint16_t version) {
     return record == dosRecords.end() ? nullptr : record;
 }
 
-/// Whether `block` is of a known version and has the new time now.
+/// Sets the creation time in `block`. Returns false, without a change, if the version is unknown, the block
+/// is too short, or the date is before 1601.
 bool putCreationTime(Bytes& block, std::chrono::sys_seconds date) {
     const std::chrono::seconds since1601 = date.time_since_epoch() + from1601To1970;
     const auto textEnd = std::ranges::find(block, 0);
@@ -51,7 +52,7 @@ bool putCreationTime(Bytes& block, std::chrono::sys_seconds date) {
         return false;
     if (record->startsWithFlags)
         block[start] |= creationTimeIsValid;
-    const std::int64_t time = since1601.count() * unitsASecond;
+    const std::int64_t time = since1601.count() * unitsPerSecond;
     for (std::size_t i = 0; i < 8; ++i)
         block[start + record->creationTime + i] = static_cast<std::uint8_t>(time >> (8 * i));
     return true;

@@ -1,5 +1,6 @@
-// A file's creation date (`NSFileCreationDate`). No system call sets the one that the file system itself
-// keeps, so ours is an extended attribute; the one that file servers keep for their clients follows it.
+// The creation date of a file (`NSFileCreationDate`). It is kept in an extended attribute, because no system
+// call sets the creation date of the file system itself. The creation time that file servers keep for clients
+// is updated too.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -9,17 +10,19 @@
 
 namespace kestrine {
 
-/// The attribute's content is the date as isoText() gives it.
+/// The attribute with the date in the form of isoText().
 inline constexpr const char* creationDateAttribute = "user.kestrine.creation-date";
 
-/// Where a file server keeps DOS attributes and the creation time. It is brought up to date but never made.
+/// The attribute in which a file server keeps DOS attributes and the creation time. It is updated but never
+/// created.
 inline constexpr const char* dosAttribute = "user.DOSATTRIB";
 
-/// The file's other dates stay. Fails with unsupported where the file system keeps no extended attributes,
-/// with notFound or notPermitted as the system says.
+/// Does not change the other dates of the file. Fails with unsupported if the file system does not support
+/// extended attributes, with notFound if there is no such file, and with notPermitted if the system denies
+/// access.
 Result<void> setFileCreationDate(const std::string& path, std::chrono::sys_seconds date);
 
-/// The date's text as it was set; nothing when there is none.
+/// The date in the form of isoText(), as it was set. Empty if the file has none.
 std::optional<std::string> fileCreationDateText(const std::string& path);
 
 } // namespace kestrine

@@ -1,4 +1,4 @@
-// KeyValueObservers: who wants to know when a value of one object changes through key-value coding.
+// KeyValueObservers: the observers of one object's values.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -9,20 +9,21 @@
 
 namespace kestrine {
 
-/// Belongs to the object it is about and is used on its thread.
+/// A member of the observed object, for use on one thread.
 class KeyValueObservers {
 public:
     using Observer = std::function<void()>;
     using Token = std::uint64_t;
 
-    /// `addObserver:forKeyPath:options:context:` for a plain key. The token removes it again.
+    /// `addObserver:forKeyPath:options:context:` for a plain key. The token is for remove().
     Token add(const NSString& key, Observer observer);
 
-    /// An observer that is removed is not called any more, even when others are just being called.
+    /// `removeObserver:forKeyPath:`. The observer is not called again, even if notify() is running. An
+    /// unknown token has no effect.
     void remove(Token token);
 
-    /// Calls every observer of `key`, in the order in which they came. They may add and remove observers;
-    /// one that is added meanwhile is not called.
+    /// Calls every observer of `key`, in the order in which they were added. Observers may add and remove
+    /// observers. One that is added during the call is not called.
     void notify(const NSString& key);
 
 private:

@@ -15,7 +15,7 @@ using std::chrono::sys_days;
 using std::chrono::sys_seconds;
 using std::chrono::year_month_day;
 
-/// A zero stands for any digit.
+/// A 0 matches any digit.
 constexpr std::array<std::u16string_view, 2> forms{u"0000-00-00 00:00:00", u"0000:00:00 00:00:00"};
 
 bool isDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
@@ -36,7 +36,7 @@ unsigned numberIn(std::u16string_view digits) {
     return number;
 }
 
-/// What is to be added to UTC at that time.
+/// The offset of local time from UTC at `date`.
 seconds localOffset(sys_seconds date) {
     ::tzset();
     const std::time_t time = date.time_since_epoch().count();
@@ -44,8 +44,8 @@ seconds localOffset(sys_seconds date) {
     return seconds(::localtime_r(&time, &local) ? local.tm_gmtoff : 0);
 }
 
-/// `wall` is what local clocks show, counted as if it were UTC. The offset may change once within a day of
-/// it.
+/// `wall` is local time, counted as if it were UTC. The offset changes at most once in the day before and
+/// after.
 sys_seconds fromLocalClocks(sys_seconds wall) {
     const seconds before = localOffset(wall - hours(24));
     const seconds after = localOffset(wall + hours(24));

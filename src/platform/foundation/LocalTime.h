@@ -1,4 +1,4 @@
-// Dates as text in the local time of the system's zone, as TZ or /etc/localtime say.
+// Dates as strings in local time. The time zone comes from TZ or /etc/localtime.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -7,13 +7,13 @@
 
 namespace kestrine {
 
-/// The point in time that a text of the form YYYY-MM-DD HH:MM:SS or YYYY:MM:DD HH:MM:SS means; nothing for
-/// any other text and for a date that no calendar has. Of a time that the clocks show twice the first is
-/// meant; one that they skip is moved on by as much as they skip.
+/// The point in time for a string of the form YYYY-MM-DD HH:MM:SS or YYYY:MM:DD HH:MM:SS. Empty for any other
+/// string and for a date that does not exist. When the clocks are set back, an ambiguous time is the first of
+/// the two. When they are set forward, a skipped time is moved forward by the skipped amount.
 std::optional<std::chrono::sys_seconds> dateFromText(const NSString& text);
 
-/// ISO 8601 in local time with its offset from UTC: 2008-01-02T10:11:12+09:00. An offset of old times that is
-/// no whole minute is cut to one, and the time fits the offset that is shown.
+/// The date in ISO 8601 form with local time and UTC offset: 2008-01-02T10:11:12+09:00. If the offset of an
+/// old date is not a whole number of minutes, it is rounded down, and the time matches the printed offset.
 std::string isoText(std::chrono::sys_seconds date);
 
 } // namespace kestrine

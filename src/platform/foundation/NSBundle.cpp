@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* englishFolder = "English.lproj";
 
-/// The folder name of the language that the user's messages are in.
+/// The name of the language's folder.
 std::string preferredLanguage(const Environment& environment) {
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
         const std::string locale = environment.variable(name).value_or("");
@@ -35,7 +35,7 @@ std::string resourceFolderForProgram(const std::string& programPath) {
     const std::string installed = joinedPath(folder, "share/kestrine");
     if (itemExists(joinedPath(installed, englishFolder)))
         return installed;
-    // A program that was built but not installed lies a few folders below the top of the source tree.
+    // A program that is not installed is a few levels below the top of the source tree.
     for (int levels = 0; levels < 4; levels++, folder = folderOf(folder)) {
         const std::string source = joinedPath(folder, "share");
         if (itemExists(joinedPath(source, englishFolder)))
@@ -74,7 +74,7 @@ StringsTable NSBundle::readTable(const NSString& name) const {
         const std::string path = joinedPath(joinedPath(resourceFolder_, language), fileName);
         if (!itemExists(path))
             continue;
-        const Result<Bytes> content = readSmallFile(path, largestStringsTable);
+        const Result<Bytes> content = readSmallFile(path, maxStringsTable);
         Result<StringsTable> table = content ? parseStringsTable(*content) : content.failure();
         return table ? std::move(*table) : StringsTable();
     }

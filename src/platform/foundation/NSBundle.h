@@ -1,4 +1,4 @@
-// NSBundle: the program's resources, which are its strings tables, in the user's language.
+// NSBundle: the strings tables of the program in the user's language.
 #pragma once
 
 #include "platform/foundation/text/StringsTable.h"
@@ -11,17 +11,17 @@ namespace kestrine {
 /// Safe to use from several threads.
 class NSBundle {
 public:
-    /// Tables are looked for in <resourceFolder>/<language>.lproj, in English where the language has no
-    /// such table. The language is the one of LC_ALL, LC_MESSAGES or LANG, whichever is the first that is
-    /// set: Japanese or, for everything else, English.
+    /// Tables are read from <resourceFolder>/<language>.lproj, and from English.lproj if the language does
+    /// not have the table. The first of LC_ALL, LC_MESSAGES and LANG that is not empty selects the language:
+    /// Japanese, or English for all other values.
     NSBundle(std::string resourceFolder, const Environment& environment);
 
-    /// `mainBundle`: the resources of this program, found beside it (see resourceFolderForProgram).
+    /// `mainBundle`: the resources of this program, see resourceFolderForProgram().
     static NSBundle& mainBundle();
 
-    /// `localizedStringForKey:value:table:`: the text under `key` in the table, the default one
-    /// ("Localizable") when it is not named. Where there is none: `fallback`, or the key itself when that is
-    /// empty. A table that is missing or broken has no texts.
+    /// `localizedStringForKey:value:table:`: the string for `key` in the table, by default "Localizable". If
+    /// there is none: `fallback`, or `key` if `fallback` is empty. A missing or malformed table counts as
+    /// empty.
     NSString localizedString(const NSString& key, const NSString& fallback = {}, const NSString& table = {});
 
 private:
@@ -30,12 +30,13 @@ private:
 
     const std::string resourceFolder_;
     const std::string language_;
-    std::mutex mutex_; // guards the tables; one that is in the map never changes
+    std::mutex mutex_; // guards the map; a table in the map never changes
     std::map<NSString, StringsTable> tables_;
 };
 
-/// Where the resources of the program at `programPath` lie: <prefix>/share/kestrine for one installed in
-/// <prefix>/bin, the source tree's share/ for one in a build folder inside of it; "" when there is neither.
+/// The resource folder of the program at `programPath`: <prefix>/share/kestrine for a program in
+/// <prefix>/bin, or share/ in the source tree for a program in a build folder of that tree; "" if neither
+/// exists.
 std::string resourceFolderForProgram(const std::string& programPath);
 
 } // namespace kestrine

@@ -1,4 +1,4 @@
-// The platform's collections: an ordered list and a dictionary with text keys, both immutable.
+// NSArray and NSDictionary: immutable collections. The keys of a dictionary are strings.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -24,7 +24,7 @@ public:
     explicit NSDictionary(std::map<NSString, Object> entries = {}) : entries_(std::move(entries)) {}
 
     const std::map<NSString, Object>& entries() const { return entries_; }
-    /// `objectForKey:`; nil when there is none.
+    /// `objectForKey:`: nil if there is no entry.
     Object objectForKey(const NSString& key) const {
         const auto entry = entries_.find(key);
         return entry == entries_.end() ? nullptr : entry->second;

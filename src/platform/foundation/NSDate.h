@@ -1,4 +1,4 @@
-// NSDate: a point in time, as exact as file systems keep it.
+// NSDate: a point in time, in nanoseconds.
 #pragma once
 
 #include <compare>
@@ -7,12 +7,12 @@
 namespace kestrine {
 
 struct NSDate {
-    std::int64_t seconds = 0;     ///< since the start of 1970 UTC
-    std::int32_t nanoseconds = 0; ///< 0 to 999999999, on top of them
+    std::int64_t seconds = 0;     ///< since 1970-01-01 00:00:00 UTC
+    std::int32_t nanoseconds = 0; ///< 0 to 999999999, added to the seconds
 
     auto operator<=>(const NSDate&) const = default;
 
-    /// `compare:`: -1 when this date is the earlier one, 1 when it is the later one, else 0.
+    /// `compare:`: -1 if this date is earlier than `other`, 1 if it is later, otherwise 0.
     int compare(const NSDate& other) const { return (*this > other) - (*this < other); }
 };
 

@@ -1,4 +1,4 @@
-// NSException: what the platform raises for a programming error, with the platform's name and reason.
+// NSException: the exception for programming errors. Its name and reason are those of the platform.
 #pragma once
 
 #include <stdexcept>

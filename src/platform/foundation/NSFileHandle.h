@@ -1,4 +1,4 @@
-// NSFileHandle: reading one file from wherever one likes.
+// NSFileHandle: reads a file from any position.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -8,19 +8,20 @@
 
 namespace kestrine {
 
-/// For one thread at a time. The file stays open until closeFile() or the end of the handle.
+/// For one thread at a time. closeFile() and the destructor close the file.
 class NSFileHandle {
 public:
-    /// `fileHandleForReadingAtPath:`: null (nil) when there is no regular file that can be opened.
+    /// `fileHandleForReadingAtPath:`: null (nil) if there is no regular file that can be opened.
     static std::unique_ptr<NSFileHandle> fileHandleForReadingAtPath(const NSString& path);
 
-    /// `seekToFileOffset:`: any offset may be asked for; beyond the end there is nothing to read.
+    /// `seekToFileOffset:`: the offset may be beyond the end of the file, where reading gives no bytes.
     void seekToFileOffset(std::uint64_t offset) { offset_ = offset; }
-    /// `readDataOfLength:`: as many bytes as there are, up to `length`, and moves behind them.
+    /// `readDataOfLength:`: at most `length` bytes, fewer at the end of the file. Moves the offset to the end
+    /// of these bytes.
     Bytes readDataOfLength(std::size_t length);
     /// `offsetInFile`.
     std::uint64_t offsetInFile() const { return offset_; }
-    /// `closeFile`: from then on there is nothing to read.
+    /// `closeFile`: from then on reading gives no bytes.
     void closeFile() { reader_.reset(); }
 
 private:

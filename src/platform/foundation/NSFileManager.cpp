@@ -1,5 +1,6 @@
 #include "platform/foundation/NSFileManager.h"
 
+#include "platform/host/FailureCollector.h"
 #include "platform/host/files/FileAttributes.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/FolderTree.h"
@@ -33,7 +34,7 @@ const NSString& fileTypeOf(mode_t mode) {
     return NSFileTypeUnknown;
 }
 
-/// What a new folder takes of the attributes.
+/// The attributes that a new folder gets.
 struct stat statusFor(const NSFileAttributes& attributes) {
     struct stat status {};
     status.st_mode = attributes.filePosixPermissions;
@@ -83,9 +84,12 @@ std::vector<NSString> NSFileManager::subpathsAtPath(const NSString& path) const 
 
 bool NSFileManager::createDirectoryAtPath(const NSString& path,
                                           const std::optional<NSFileAttributes>& attributes) {
-    if (!attributes || attributes->fileType.isSame(NSFileTypeSymbolicLink))
-        return makeFolder(path.utf8()).ok();
-    return makeFolderWithAttributes(path.utf8(), statusFor(*attributes)).ok();
+    const bool isPlain = !attributes || attributes->fileType.isSame(NSFileTypeSymbolicLink);
+    const Result<void> made =
+        isPlain ? makeFolder(path.utf8()) : makeFolderWithAttributes(path.utf8(), statusFor(*attributes));
+    if (!made)
+        noteFailure(made.failure());
+    return made.ok();
 }
 
 bool NSFileManager::changeCurrentDirectoryPath(const NSString& path) {

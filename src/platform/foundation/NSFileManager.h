@@ -1,4 +1,4 @@
-// NSFileManager: what the program asks of the file system itself.
+// NSFileManager: queries and changes of the file system.
 #pragma once
 
 #include "platform/foundation/NSDate.h"
@@ -9,16 +9,16 @@
 
 namespace kestrine {
 
-// The types that an item can have. They are told apart by identity (isSame).
+// The types of items. Compare them by identity, with isSame().
 extern const NSString NSFileTypeDirectory;
 extern const NSString NSFileTypeRegular;
 extern const NSString NSFileTypeSymbolicLink;
 extern const NSString NSFileTypeSocket;
 extern const NSString NSFileTypeCharacterSpecial;
 extern const NSString NSFileTypeBlockSpecial;
-extern const NSString NSFileTypeUnknown; ///< of a pipe, too
+extern const NSString NSFileTypeUnknown; ///< also the type of a pipe
 
-/// An item's attributes, under the names of the platform's attribute readers.
+/// The attributes of an item, named after the platform's accessors.
 struct NSFileAttributes {
     NSString fileType;          ///< one of the constants above
     std::uint64_t fileSize = 0; ///< bytes
@@ -33,27 +33,27 @@ public:
     /// `defaultManager`.
     static NSFileManager& defaultManager();
 
-    /// `fileExistsAtPath:`: whether there is anything, following links.
+    /// `fileExistsAtPath:`: whether an item exists. Links are followed.
     bool fileExistsAtPath(const NSString& path) const;
-    /// `fileExistsAtPath:isDirectory:`: also tells whether it is a folder, which what does not exist is not.
+    /// `fileExistsAtPath:isDirectory:`: also sets `isDirectory`, to false if the item does not exist.
     bool fileExistsAtPath(const NSString& path, bool& isDirectory) const;
 
-    /// `fileAttributesAtPath:traverseLink:`: nil when there is nothing. Without `traverseLink` a link at the
-    /// end of the path is an item itself.
+    /// `fileAttributesAtPath:traverseLink:`: nil if the item does not exist. Without `traverseLink`, a link
+    /// at the end of the path is not followed.
     std::optional<NSFileAttributes> fileAttributesAtPath(const NSString& path, bool traverseLink) const;
 
-    /// `subpathsAtPath:`: everything below a folder, as paths relative to it, a folder before what is in it;
-    /// links are not followed. Empty when there is no such folder.
+    /// `subpathsAtPath:`: the paths of all items below a folder, relative to it, with each folder before its
+    /// content. Links are not followed. Empty if there is no such folder.
     std::vector<NSString> subpathsAtPath(const NSString& path) const;
 
-    /// `createDirectoryAtPath:attributes:`: makes one folder level and tells whether it did. Of the
-    /// attributes it takes the permissions, the modification date and, where the system permits it, the
-    /// owner; those of a link are passed over, since a link has no permissions of its own.
+    /// `createDirectoryAtPath:attributes:`: creates one folder; its parent must exist. Returns whether it was
+    /// created. The folder gets the permissions, the modification date and, if the system permits it, the
+    /// owner of `attributes`. Attributes of a link are ignored, because a link has no permissions of its own.
     bool createDirectoryAtPath(const NSString& path,
                                const std::optional<NSFileAttributes>& attributes = std::nullopt);
 
-    /// `changeCurrentDirectoryPath:`: changes the folder that relative paths of the whole process start
-    /// from, and tells whether it did.
+    /// `changeCurrentDirectoryPath:`: changes the current folder of the whole process. Returns whether it was
+    /// changed.
     bool changeCurrentDirectoryPath(const NSString& path);
 };
 

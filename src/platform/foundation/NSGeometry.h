@@ -1,4 +1,4 @@
-// Sizes and rectangles in points, in single precision as the platform's are.
+// Sizes in points, in single precision.
 #pragma once
 
 namespace kestrine {

@@ -1,4 +1,3 @@
-// Ranges are cut, sorted and merged once, so every question is a binary search.
 #include "platform/foundation/NSIndexSet.h"
 
 #include <algorithm>
@@ -6,7 +5,7 @@
 namespace kestrine {
 namespace {
 
-/// The part of `range` below NSNotFound; its end cannot overflow.
+/// The part of `range` below NSNotFound, whose end does not overflow.
 NSRange clipped(NSRange range) {
     const std::size_t location = std::min(range.location, NSNotFound);
     return {location, std::min(range.length, NSNotFound - location)};

@@ -1,4 +1,4 @@
-// NSIndexSet: an immutable set of indexes, kept as ranges so that its size does not matter.
+// NSIndexSet: an immutable set of indexes, stored as ranges.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -9,22 +9,22 @@ namespace kestrine {
 
 class NSIndexSet final : public NSObject {
 public:
-    /// The ranges may come in any order, overlap, touch or be empty; what reaches NSNotFound or beyond is
-    /// cut.
+    /// The ranges may be in any order. They may overlap, touch or be empty. Indexes from NSNotFound on are
+    /// left out.
     explicit NSIndexSet(std::vector<NSRange> ranges = {});
 
-    /// Sorted; no two overlap or touch, none is empty.
+    /// Sorted and not empty. They do not overlap or touch.
     const std::vector<NSRange>& ranges() const { return ranges_; }
     /// Number of indexes.
     std::size_t count() const;
     bool containsIndex(std::size_t index) const;
-    /// NSNotFound in an empty set.
+    /// `firstIndex`: NSNotFound if the set is empty.
     std::size_t firstIndex() const { return ranges_.empty() ? NSNotFound : ranges_.front().location; }
-    /// `indexGreaterThanIndex:`: the next index of the set; NSNotFound when there is none.
+    /// `indexGreaterThanIndex:`: the next index of the set; NSNotFound if there is none.
     std::size_t indexGreaterThanIndex(std::size_t index) const;
 
 private:
-    /// The first range that ends behind `index`.
+    /// The first range whose end is greater than `index`.
     std::vector<NSRange>::const_iterator rangeEndingAfter(std::size_t index) const;
 
     std::vector<NSRange> ranges_;

@@ -1,4 +1,4 @@
-// NSNotificationCenter: tells whoever asked that something has happened.
+// NSNotificationCenter: delivers notifications to observers.
 #pragma once
 
 #include "platform/foundation/NSCollections.h"
@@ -11,13 +11,12 @@ namespace kestrine {
 
 struct NSNotification {
     NSString name;
-    Object object;                                ///< who posted it; may be nil
+    Object object;                                ///< the sender; may be nil
     std::shared_ptr<const NSDictionary> userInfo; ///< may be null (nil)
 };
 
-/// Observers are called one after another, in the order in which they came, on the thread that posts. They
-/// may add and remove observers, themselves included, while they are called. Safe to use from several
-/// threads.
+/// Observers are called in the order in which they were added, on the thread that posts. During a call they
+/// may add and remove observers, also themselves. Safe to use from several threads.
 class NSNotificationCenter {
 public:
     using Observer = std::function<void(const NSNotification&)>;
@@ -26,12 +25,12 @@ public:
     /// `defaultCenter`.
     static NSNotificationCenter& defaultCenter();
 
-    /// `addObserver:selector:name:object:`: only notifications of this name and, unless `object` is nil, from
-    /// this very object. The token removes the observer again.
+    /// `addObserver:selector:name:object:`: for notifications with this name and, unless `object` is nil,
+    /// from this object. The token is for removeObserver().
     Token addObserver(const NSString& name, const Object& object, Observer observer);
     void removeObserver(Token token);
 
-    /// `postNotificationName:object:userInfo:`: returns after every observer has been called.
+    /// `postNotificationName:object:userInfo:`: calls all matching observers before it returns.
     void postNotification(const NSString& name, const Object& object,
                           std::shared_ptr<const NSDictionary> userInfo);
 
@@ -41,7 +40,7 @@ private:
         Object object;
         Observer observer;
     };
-    /// Nothing when the observer is gone or does not want this one.
+    /// Empty if the observer was removed or does not match the notification.
     Observer observerFor(Token token, const NSNotification& notification) const;
 
     mutable std::mutex mutex_;

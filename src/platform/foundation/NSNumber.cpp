@@ -10,8 +10,8 @@ namespace kestrine {
 
 namespace {
 
-/// Cut towards zero and held at the limits of Integer; NaN gives 0. The upper limit is compared as the
-/// power of two above it, which a double holds exactly, unlike the limit itself.
+/// Rounds towards zero and limits the result to the range of Integer; NaN gives 0. The upper limit is
+/// compared as the next power of two, because a double cannot always represent the limit itself.
 template <class Integer>
 Integer integerFromDouble(double value) {
     using Limits = std::numeric_limits<Integer>;
@@ -23,7 +23,7 @@ Integer integerFromDouble(double value) {
     return value == value ? static_cast<Integer>(value) : Integer{0};
 }
 
-/// What a formatted print with %0.<digits>g gives, whatever the locale. NaN has no sign.
+/// The result of %0.<digits>g in the C locale. NaN has no sign.
 std::string generalText(double value, int digits) {
     std::array<char, 40> text{};
     const auto end =

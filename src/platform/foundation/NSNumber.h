@@ -1,4 +1,4 @@
-// NSNumber: one number that remembers the width and signedness it was made with.
+// NSNumber: a number that keeps its type.
 #pragma once
 
 #include "platform/foundation/NSObject.h"
@@ -18,8 +18,8 @@ public:
 
     const Value& value() const { return value_; }
 
-    /// The number in another type. Integers wrap; a floating number is cut towards zero and held at the
-    /// limits of the type, NaN gives 0.
+    /// The number converted to another type. Integers wrap around. Floating-point numbers are rounded towards
+    /// zero and limited to the range of the integer type; NaN gives 0.
     std::int8_t charValue() const { return as<std::int8_t>(); }
     std::int16_t shortValue() const { return as<std::int16_t>(); }
     std::int32_t intValue() const { return as<std::int32_t>(); }
@@ -28,8 +28,7 @@ public:
     float floatValue() const { return as<float>(); }
     double doubleValue() const { return as<double>(); }
     bool boolValue() const;
-    /// Decimal text: whole numbers as such, floats with %0.7g, doubles with %0.16g; NaN without
-    /// its sign.
+    /// `stringValue`: integers in decimal, floats as by %0.7g, doubles as by %0.16g. NaN has no sign.
     std::string stringValue() const;
 
     bool operator==(const NSNumber& other) const { return value_ == other.value_; }

@@ -1,4 +1,4 @@
-// NSObject: the root of everything that is shared by reference, and Object, a reference that may be nil.
+// NSObject: the base class of shared objects. Object: a reference to one, which may be nil.
 #pragma once
 
 #include <memory>
@@ -15,8 +15,8 @@ protected:
     NSObject& operator=(const NSObject&) = default;
 };
 
-/// A shared, read-only reference to any object; null is nil. Two references are the same object exactly
-/// when they hold the same address.
+/// A shared, read-only reference to an object; null is nil. Two references with the same address refer to the
+/// same object.
 using Object = std::shared_ptr<const NSObject>;
 
 } // namespace kestrine

@@ -7,7 +7,7 @@ namespace kestrine {
 
 namespace {
 
-/// A bare name is a file in the current folder; the system would search for it in PATH.
+/// A name without a slash is a file in the current folder. Without "./" the system would search PATH.
 std::string programAt(const std::string& launchPath) {
     const bool isBareName = !launchPath.empty() && launchPath.find('/') == std::string::npos;
     return isBareName ? joinedPath(".", launchPath) : launchPath;

@@ -1,4 +1,4 @@
-// NSTask: another program run with exactly the arguments given; no shell is involved.
+// NSTask: runs another program with exactly the given arguments. No shell is involved.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -9,27 +9,27 @@
 
 namespace kestrine {
 
-/// For one run. The child has our standard streams, current folder and environment.
+/// A task runs once. The child inherits the standard streams, the current folder and the environment.
 class NSTask {
 public:
-    /// `setLaunchPath:`: the program's file; it is not searched for.
+    /// `setLaunchPath:`: the file of the program. PATH is not searched.
     void setLaunchPath(const NSString& path) { launchPath_ = path; }
-    /// `setArguments:`: what the program is given behind its own path.
+    /// `setArguments:`: the arguments after the program's own path.
     void setArguments(const std::vector<NSString>& arguments) { arguments_ = arguments; }
 
-    /// `launch`: starts the program. Raises NSInvalidArgumentException when there is no program that could
-    /// be started at the launch path, and when the task was launched before.
+    /// `launch`: starts the program. Raises NSInvalidArgumentException if the program cannot be started, and
+    /// if the task was launched before.
     void launch();
 
-    /// `waitUntilExit`: blocks until the program has ended; returns at once when it has already. Raises
-    /// NSInvalidArgumentException when the task was not launched.
+    /// `waitUntilExit`: waits until the program has ended. Raises NSInvalidArgumentException if the task was
+    /// not launched.
     void waitUntilExit();
 
 private:
     NSString launchPath_;
     std::vector<NSString> arguments_;
     bool isLaunched_ = false;
-    std::optional<ChildProcess> child_; ///< until it was waited for
+    std::optional<ChildProcess> child_; ///< empty after the wait
 };
 
 } // namespace kestrine

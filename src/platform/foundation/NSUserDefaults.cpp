@@ -33,8 +33,8 @@ std::optional<DomainFile> NSUserDefaults::fileOfDomain(const NSString& name) con
 Result<PropertyList> NSUserDefaults::persistentDomainForName(const NSString& name) const {
     const std::optional<DomainFile> file = fileOfDomain(name);
     if (!file)
-        return Failure{Reason::notFound, "there is no preferences file of " + name.utf8()};
-    return PropertyList::fromBytes(TRY(readSmallFile(file->path, largestPropertyList)));
+        return Failure{Reason::notFound, "there is no preferences file for " + name.utf8()};
+    return PropertyList::fromBytes(TRY(readSmallFile(file->path, maxPropertyListSize)));
 }
 
 Result<void> NSUserDefaults::setPersistentDomain(const PropertyList& domain, const NSString& name) const {
@@ -42,7 +42,7 @@ Result<void> NSUserDefaults::setPersistentDomain(const PropertyList& domain, con
     if (!file || !file->isWritablePlace)
         file = placesOfDomain(name).front();
     if (!file->isWritablePlace)
-        return Failure{Reason::notFound, "there is no home folder to keep preferences in"};
+        return Failure{Reason::notFound, "there is no home folder for the preferences"};
     return replaceFile(file->path, domain.toBytes());
 }
 

@@ -1,8 +1,8 @@
-// NSUserDefaults: where a domain of preferences lives on this system, and reading and writing it whole.
+// NSUserDefaults: finds, reads and writes domains of preferences. Each domain is one property list file.
 #pragma once
 
-#include "platform/foundation/text/NSString.h"
 #include "platform/foundation/propertylist/PropertyList.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/process/Environment.h"
 
 #include <optional>
@@ -11,10 +11,10 @@
 
 namespace kestrine {
 
-/// A file that holds a domain or may hold it.
+/// A possible file of a domain.
 struct DomainFile {
     std::string path;
-    bool isWritablePlace = false; ///< a place of the user's own, as against one for all users
+    bool isWritablePlace = false; ///< whether the file belongs to the user, not to all users
 
     bool operator==(const DomainFile&) const = default;
 };
@@ -23,22 +23,24 @@ class NSUserDefaults {
 public:
     explicit NSUserDefaults(Environment environment) : environment_(std::move(environment)) {}
 
-    /// `standardUserDefaults`: those of the user who runs this process.
+    /// `standardUserDefaults`: the preferences of the user who runs this process.
     static NSUserDefaults standardUserDefaults() { return NSUserDefaults(Environment::ofProcess()); }
 
-    /// `persistentDomainForName:`. Only the first file that exists is looked at, even when it is broken:
-    /// notFound when there is none, else why the file cannot be read.
+    /// `persistentDomainForName:`: reads the first file that exists and ignores the others, even if the first
+    /// one is malformed. Fails with notFound if no file exists, otherwise with the reason why the file cannot
+    /// be read.
     Result<PropertyList> persistentDomainForName(const NSString& name) const;
 
-    /// `setPersistentDomain:forName:`: replaces the user's own file, or makes it in the first place when
-    /// there is none, with its folders. A file for all users is never touched: what was read from it and
-    /// changed goes to the first place. notFound without a home folder, else what the system said.
+    /// `setPersistentDomain:forName:`: replaces the user's file. If the domain has no file, or only one for
+    /// all users, the new file is created in the first place of placesOfDomain(), together with its folders.
+    /// A file for all users is never changed. Fails with notFound if there is no home folder, otherwise with
+    /// the system's error.
     Result<void> setPersistentDomain(const PropertyList& domain, const NSString& name) const;
 
-    /// The places of the domain, the most important first.
+    /// All possible files of the domain, in the order in which they are looked up.
     std::vector<DomainFile> placesOfDomain(const NSString& name) const;
 
-    /// The first place that a file exists at, or where the system would not tell; nothing when there is none.
+    /// The first file that exists, or for which the system does not tell. Empty if there is none.
     std::optional<DomainFile> fileOfDomain(const NSString& name) const;
 
 private:

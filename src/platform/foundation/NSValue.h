@@ -1,4 +1,4 @@
-// NSValue: a range as an object, so that collections can hold it.
+// NSValue: a range as an object, for use in collections.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"

@@ -1,4 +1,4 @@
-// The two ways in which bytes are passed: owned and looked at.
+// Byte sequences: Bytes owns its content, ByteView does not.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
-// FailureCollector: the reasons behind operations that only answer nothing when they fail.
-// The quiet operations say theirs to noteFailure(); who wants to know keeps a collector meanwhile.
+// FailureCollector: gets the failures of operations that cannot return them.
+// Such an operation calls noteFailure(). A caller that needs the failures keeps a collector during the
+// operation.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -8,7 +9,8 @@
 
 namespace kestrine {
 
-/// Collects what noteFailure() is told on this thread, from its making to its end. The innermost one gets it.
+/// Collects the failures that this thread notes during the collector's lifetime. If several collectors exist,
+/// the newest one gets the failure.
 class FailureCollector {
 public:
     FailureCollector();
@@ -16,7 +18,7 @@ public:
     FailureCollector(const FailureCollector&) = delete;
     FailureCollector& operator=(const FailureCollector&) = delete;
 
-    /// In the order in which they happened.
+    /// In the order in which they were noted.
     const std::vector<Failure>& failures() const { return failures_; }
 
 private:
@@ -26,7 +28,7 @@ private:
     std::vector<Failure> failures_;
 };
 
-/// Does nothing when nobody collects.
+/// Adds `failure` to the newest collector of this thread. Does nothing if there is none.
 void noteFailure(const Failure& failure);
 
 } // namespace kestrine

@@ -1,4 +1,4 @@
-// Result<T>: a value, or the reason why there is none.
+// Result<T>: a value or a failure.
 #pragma once
 
 #include <cassert>
@@ -9,29 +9,29 @@
 
 namespace kestrine {
 
-/// What kind of failure it was. The numbers are stable: they may cross a process boundary.
+/// The kind of a failure. The numbers are stable because they may cross a process boundary.
 enum class Reason : std::uint8_t {
     notFound = 1,       ///< nothing exists under that name
-    alreadyExists = 2,  ///< something exists under that name and may not be replaced
-    notPermitted = 3,   ///< the system refused for lack of rights
-    notRegularFile = 4, ///< a folder, pipe, device or socket where a file was expected
-    tooLarge = 5,       ///< beyond a bound of ours or of the format
-    malformed = 6,      ///< the bytes break the rules of their format
+    alreadyExists = 2,  ///< something exists under that name and must not be replaced
+    notPermitted = 3,   ///< the system denied access
+    notRegularFile = 4, ///< a folder, pipe, device or socket instead of a file
+    tooLarge = 5,       ///< above a limit of this program or of the format
+    malformed = 6,      ///< the bytes violate their format
     truncated = 7,      ///< the bytes end too early
-    unsupported = 8,    ///< correct, but a kind that is not handled
-    noSpace = 9,        ///< the disk or a quota is full
-    inputOutput = 10,   ///< any other failure of the system
-    refused = 11,       ///< a rule of ours forbids it
-    empty = 12,         ///< a result without any content, such as a picture of zero width
+    unsupported = 8,    ///< valid, but not supported
+    noSpace = 9,        ///< the disk is full or a quota is reached
+    inputOutput = 10,   ///< any other system error
+    refused = 11,       ///< forbidden by a rule of this program
+    empty = 12,         ///< a result without content, such as a picture of width zero
 };
 
-/// A reason for programs and a sentence (no full stop, no newline) for people.
+/// A reason for programs and a message for people, without a full stop or newline at the end.
 struct Failure {
     Reason reason;
     std::string text;
 };
 
-/// Either a T or a Failure. Asking for the one that is not there is a programming error.
+/// Either a T or a Failure. Accessing the one that is absent is a programming error.
 template <class T>
 class [[nodiscard]] Result {
 public:
@@ -52,7 +52,7 @@ public:
 
     const Failure& failure() const { return assert(!ok()), *std::get_if<1>(&content_); }
 
-    /// The value itself, moved out.
+    /// Moves the value out.
     T take() && { return std::move(*this).value(); }
 
 private:
@@ -79,8 +79,9 @@ private:
 
 } // namespace kestrine
 
-/// The value of a Result, or nothing for Result<void>; on failure the enclosing function returns the failure.
-/// `const Bytes bytes = TRY(readSmallFile(path, limit));` A statement expression, as GCC and clang have them.
+/// Evaluates a Result. On success TRY gives its value, if it has one. On failure the enclosing function
+/// returns the failure. Example: `const Bytes bytes = TRY(readSmallFile(path, limit));`. It is a statement
+/// expression, which GCC and clang support.
 #define TRY(...)                                                                                             \
     ({                                                                                                       \
         auto tried = (__VA_ARGS__);                                                                          \

@@ -4,6 +4,7 @@
 #include "platform/coregraphics/ColorProfile.h"
 #include "platform/coregraphics/RowSource.h"
 #include "platform/host/files/ByteReader.h"
+#include "platform/imageio/DamageRecord.h"
 
 #include <optional>
 #include <string_view>
@@ -24,7 +25,7 @@ Resolution plausibleResolution(double horizontal, double vertical);
 
 /// One picture of a file (the page of a TIFF; most files have one), as its decoder delivers it.
 struct FrameDescription {
-    RowFormat format;                    ///< at full size
+    RowFormat format; ///< at full size
     Resolution resolution;
     std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB, untagged
     bool canReduce = false;              ///< whether rows() can deliver 4, 2 or 1 eighths
@@ -36,7 +37,7 @@ class ImageDecoder {
 public:
     virtual ~ImageDecoder() = default;
 
-    /// At least one, in stored order, each within the limits of RowFormat::isWithinLimits().
+    /// At least one, the main picture first, each within the limits of RowFormat::isWithinLimits().
     const std::vector<FrameDescription>& frames() const { return frames_; }
 
     /// Starts decoding `frame` (an index into frames()). `eighths` is 8, or 4, 2, 1 where the frame can
@@ -50,18 +51,24 @@ public:
     /// The colour table of an indexed picture: red, green, blue a colour; empty when there is none.
     virtual Result<Bytes> colorTable() const { return Bytes{}; }
 
+    /// Why pixels that were delivered so far had to be made up: the file is cut off (truncated) or damaged
+    /// (malformed). Nothing while all of them came from the file. Any thread.
+    std::optional<Failure> damage() const { return damage_->first(); }
+
 protected:
+    /// Decoders whose rows can make up pixels let them note it here.
+    const std::shared_ptr<DamageRecord> damage_ = std::make_shared<DamageRecord>();
     std::vector<FrameDescription> frames_;
 };
 
 /// What goes into a file besides its pixels. Pointers may be null and must outlive the call.
 struct EncodingOptions {
-    double quality = 0;                      ///< JPEG: 0 to 1, any float is allowed
-    bool ditherTransparency = false;         ///< GIF: diffuse half-transparency instead of cutting it
-    Resolution resolution;                   ///< recorded where the format can
-    const ColorProfile* profile = nullptr;   ///< embedded where the format can
-    ByteView exif;                           ///< JPEG: a finished EXIF block, from the TIFF header on
-    ByteView colorTable;                     ///< GIF: red, green, blue a colour, at most 256
+    double quality = 0;                    ///< JPEG: 0 to 1, any float is allowed
+    bool ditherTransparency = false;       ///< GIF: diffuse half-transparency instead of cutting it
+    Resolution resolution;                 ///< recorded where the format can
+    const ColorProfile* profile = nullptr; ///< embedded where the format can
+    ByteView exif;                         ///< JPEG: a finished EXIF block, from the TIFF header on
+    ByteView colorTable;                   ///< GIF: red, green, blue a colour, at most 256
 };
 
 struct ImageCodec {

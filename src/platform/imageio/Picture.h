@@ -35,6 +35,9 @@ public:
     /// The rows of a frame, decoded at `eighths` eighths of its size (8 when its pixels are kept).
     Result<RowSourcePointer> rows(std::size_t frame, int eighths);
 
+    /// Why pixels that were decoded so far, of any frame, had to be made up; nothing while none were.
+    std::optional<Failure> damage() const { return decoder_->damage(); }
+
     /// How many decodes have been started in this process.
     static std::uint64_t decodesStarted();
 

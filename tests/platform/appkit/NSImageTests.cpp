@@ -63,6 +63,19 @@ Bytes tiffOfPages(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& si
     return file;
 }
 
+/// A photo as a JPEG file that lacks its last tenth.
+Bytes cutOffJPEG(std::uint32_t width, std::uint32_t height) {
+    const PixelBuffer photo = makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
+    Bytes file = *jpeg::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(photo)), {.quality = 0.9});
+    file.resize(file.size() * 9 / 10);
+    return file;
+}
+
+std::shared_ptr<NSImage> imageOfFile(const Bytes& file) {
+    const testing::TemporaryFolder folder;
+    return NSImage::initWithContentsOfFile(NSString::fromUTF8(folder.write("picture", file)));
+}
+
 PixelBuffer pixelsOf(const NSImage& image) { return *readPixels(image.representations().front()->picture()); }
 
 } // namespace
@@ -106,16 +119,20 @@ TEST(NSImage, anImageFromAFileIsAsLargeInPointsAsItsResolutionSays) {
     EXPECT_EQ(image->representations().front()->size(), (NSSize{72, 96}));
 }
 
-TEST(NSImage, thePagesOfAFileAreRepresentationsInStoredOrder) {
-    const testing::TemporaryFolder folder;
-    const std::string path = folder.write("a.tif", tiffOfPages({{4, 3}, {20, 10}, {5, 5}}));
-    const auto image = NSImage::initWithContentsOfFile(NSString::fromUTF8(path));
+TEST(NSImage, thePagesOfAFileAreRepresentationsAndTheFirstIsTheBest) {
+    const auto image = imageOfFile(tiffOfPages({{4, 3}, {20, 10}, {5, 5}}));
     ASSERT_EQ(image->representations().size(), 3U);
     EXPECT_EQ(image->size(), (NSSize{4, 3})) << "the first one's";
     EXPECT_EQ(image->representations()[1]->pixelsWide(), 20);
     EXPECT_EQ(image->representations()[2]->pixelsWide(), 5);
-    EXPECT_EQ(image->bestRepresentation(), image->representations()[1]);
+    EXPECT_EQ(image->bestRepresentation(), image->representations()[0]);
     EXPECT_EQ(image->bitmapOfTIFFRepresentation()->pixelsWide(), 4);
+}
+
+TEST(NSImage, aRepresentationAddedToThoseOfAFileIsTheBestWhenItHasMostPixels) {
+    const auto image = imageOfFile(tiffOfPages({{4, 3}, {20, 10}}));
+    image->addRepresentation(photoRep(2, 2));
+    EXPECT_EQ(image->bestRepresentation(), image->representations()[1]);
 }
 
 TEST(NSImage, theFileMayGoAwayOnceItIsLoaded) {
@@ -203,6 +220,40 @@ TEST(Drawing, onWhiteThereIsNoAlphaLeft) {
     EXPECT_NEAR(sampleAt(flat, 5, 5, 0), sampleAt(pixelsOf(image), 5, 5, 0) * 0.5 + 127.5, 1);
     const PixelBuffer atOnce = pixelsOf(*drawnImage({20, 10}, image, {.onWhite = true, .fraction = 0.5F}));
     EXPECT_TRUE(samePicture(atOnce, flat));
+}
+
+TEST(NSImageDamage, isKnownOnceTheDamagedRowsWereDecoded) {
+    const auto image = imageOfFile(cutOffJPEG(60, 80));
+    EXPECT_FALSE(image->damage());
+    pixelsOf(*image);
+    ASSERT_TRUE(image->damage());
+    EXPECT_EQ(image->damage()->reason, Reason::truncated);
+}
+
+TEST(NSImageDamage, isThatOfEveryImageMadeFromTheFile) {
+    const auto image = imageOfFile(cutOffJPEG(60, 80));
+    const auto small = drawnImage({6, 8}, *image, {.turn = QuarterTurn::clockwise});
+    pixelsOf(*small);
+    EXPECT_TRUE(small->damage());
+    EXPECT_TRUE(image->damage());
+}
+
+TEST(NSImageDamage, isSeenWhenAnotherThreadDecodesAndWhenPixelsAreKept) {
+    for (const bool keeps : {false, true}) {
+        const auto image = imageOfFile(cutOffJPEG(640, 400));
+        if (keeps)
+            image->keepPixels();
+        for (int result = 0; result < 2; ++result)
+            pixelsOf(*drawnImage({50, 40}, *image));
+        EXPECT_TRUE(image->damage()) << keeps;
+    }
+}
+
+TEST(NSImageDamage, aWholeFileAndAnEmptyImageHaveNone) {
+    const auto image = imageOfFile(tiffOfPages({{3, 3}}));
+    pixelsOf(*image);
+    EXPECT_FALSE(image->damage());
+    EXPECT_FALSE(NSImage({10, 10}).damage());
 }
 
 } // namespace kestrine

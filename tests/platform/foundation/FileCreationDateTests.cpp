@@ -22,7 +22,7 @@ protected:
     const TemporaryFolder folder;
 };
 
-TEST_F(FileCreationDate, isTheTextThatWasSetAndTheOtherDatesStay) {
+TEST_F(FileCreationDate, isReadAsItWasSetAndOtherDatesDoNotChange) {
     const std::string path = folder.write("photo.jpg", "");
     const auto modified = std::filesystem::last_write_time(path);
     EXPECT_EQ(fileCreationDateText(path), std::nullopt);
@@ -31,7 +31,7 @@ TEST_F(FileCreationDate, isTheTextThatWasSetAndTheOtherDatesStay) {
     EXPECT_EQ(std::filesystem::last_write_time(path), modified);
 }
 
-TEST_F(FileCreationDate, ofAFileThatIsNotThereCannotBeSet) {
+TEST_F(FileCreationDate, cannotBeSetForAMissingFile) {
     EXPECT_EQ(setFileCreationDate(folder / "absent", {}).failure().reason, Reason::notFound);
     EXPECT_EQ(fileCreationDateText(folder / "absent"), std::nullopt);
 }
@@ -61,7 +61,7 @@ struct DosCase {
     std::size_t size, timePosition, flagsPosition;
 };
 
-TEST_F(FileCreationDate, theTimeThatServersKeepFollowsInEveryVersionOfTheirBlock) {
+TEST_F(FileCreationDate, updatesTheTimeInEveryVersionOfTheServersBlock) {
     constexpr std::uint64_t expected = (11644473600 + 1199236272ull) * 10000000;
     const DosCase cases[] = {{"", 3, 52, 36, 8},      {"0x20", 3, 56, 40, 12}, {"", 4, 32, 24, 8},
                              {"0x20", 4, 36, 28, 12}, {"", 5, 24, 16, 8},      {"0x20", 5, 28, 20, 12}};
@@ -79,7 +79,7 @@ TEST_F(FileCreationDate, theTimeThatServersKeepFollowsInEveryVersionOfTheirBlock
     }
 }
 
-TEST_F(FileCreationDate, theOldVersionsHaveNoFlagsForIt) {
+TEST_F(FileCreationDate, changesNoFlagsInOldVersionsOfTheBlock) {
     for (const auto& [version, position] : {std::pair{1, 32}, std::pair{2, 36}}) {
         const std::string path = folder.write("photo.jpg", "");
         ASSERT_TRUE(setExtendedAttribute(path, dosAttribute, dosBlock("", std::uint8_t(version), 0x20, 80)));
@@ -90,7 +90,7 @@ TEST_F(FileCreationDate, theOldVersionsHaveNoFlagsForIt) {
     }
 }
 
-TEST_F(FileCreationDate, aBlockThatIsShortOrUnknownStaysAndADateBefore1601IsNotPutThere) {
+TEST_F(FileCreationDate, leavesShortAndUnknownBlocksAndDatesBefore1601Unchanged) {
     const std::string path = folder.write("photo.jpg", "");
     const auto now = std::chrono::sys_seconds(std::chrono::seconds(1199236272));
     const auto early = std::chrono::sys_seconds(std::chrono::seconds(-11644473601));
@@ -106,7 +106,7 @@ TEST_F(FileCreationDate, aBlockThatIsShortOrUnknownStaysAndADateBefore1601IsNotP
     }
 }
 
-TEST_F(FileCreationDate, withoutAServersBlockNoneIsMade) {
+TEST_F(FileCreationDate, doesNotCreateAServersBlock) {
     const std::string path = folder.write("photo.jpg", "");
     ASSERT_TRUE(setFileCreationDate(path, std::chrono::sys_seconds()));
     EXPECT_EQ(getExtendedAttribute(path, dosAttribute).failure().reason, Reason::notFound);

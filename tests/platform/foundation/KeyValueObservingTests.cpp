@@ -5,7 +5,7 @@
 namespace kestrine {
 namespace {
 
-TEST(KeyValueObservers, theObserversOfAKeyAreToldInTheirOrder) {
+TEST(KeyValueObservers, theObserversOfAKeyAreCalledInTheirOrder) {
     KeyValueObservers observers;
     std::string order;
     observers.add(u"chooseFolder", [&] { order += 'a'; });
@@ -15,7 +15,7 @@ TEST(KeyValueObservers, theObserversOfAKeyAreToldInTheirOrder) {
     EXPECT_EQ(order, "ab");
 }
 
-TEST(KeyValueObservers, aRemovedObserverIsToldNothingMore) {
+TEST(KeyValueObservers, aRemovedObserverIsNotCalledAgain) {
     KeyValueObservers observers;
     int calls = 0;
     const auto token = observers.add(u"key", [&] { calls++; });
@@ -26,7 +26,7 @@ TEST(KeyValueObservers, aRemovedObserverIsToldNothingMore) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(KeyValueObservers, anObserverMayRemoveItselfAndOthersWhileItIsTold) {
+TEST(KeyValueObservers, anObserverMayRemoveItselfAndOthersDuringACall) {
     KeyValueObservers observers;
     std::string order;
     KeyValueObservers::Token first{};
@@ -42,7 +42,7 @@ TEST(KeyValueObservers, anObserverMayRemoveItselfAndOthersWhileItIsTold) {
     EXPECT_EQ(order, "a");
 }
 
-TEST(KeyValueObservers, anObserverThatIsAddedMeanwhileIsToldTheNextTime) {
+TEST(KeyValueObservers, anObserverAddedDuringACallIsCalledTheNextTime) {
     KeyValueObservers observers;
     int calls = 0;
     const auto adding = observers.add(u"key", [&] { observers.add(u"key", [&] { calls++; }); });

@@ -1,6 +1,6 @@
 #include "platform/foundation/NSBundle.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/SourceFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -25,19 +25,19 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST_F(BundleTest, theDefaultTableIsUsedUnlessOneIsNamed) {
+TEST_F(BundleTest, theDefaultTableIsLocalizable) {
     EXPECT_EQ(bundle().localizedString(u"hello", u""), NSString(u"Hello"));
     EXPECT_EQ(bundle().localizedString(u"hello", u"", u"Extra"), NSString(u"Extra"));
 }
 
-TEST_F(BundleTest, aMissingKeyGivesTheFallbackOrItself) {
+TEST_F(BundleTest, aMissingKeyGivesTheFallbackOrTheKey) {
     EXPECT_EQ(bundle().localizedString(u"missing", u""), NSString(u"missing"));
     EXPECT_EQ(bundle().localizedString(u"missing"), NSString(u"missing"));
     EXPECT_EQ(bundle().localizedString(u"missing", u"fallback"), NSString(u"fallback"));
     EXPECT_EQ(bundle().localizedString(u"hello", u"fallback", u"NoTable"), NSString(u"fallback"));
 }
 
-TEST_F(BundleTest, theFirstLocaleVariableThatIsSetDecidesTheLanguage) {
+TEST_F(BundleTest, theFirstLocaleVariableThatIsSetSelectsTheLanguage) {
     struct Case {
         Environment environment;
         const char16_t* text;
@@ -56,16 +56,16 @@ TEST_F(BundleTest, theFirstLocaleVariableThatIsSetDecidesTheLanguage) {
         EXPECT_EQ(bundle(environment).localizedString(u"hello"), NSString(text));
 }
 
-TEST_F(BundleTest, aKeyThatTheLanguageLacksIsMissing) {
+TEST_F(BundleTest, aKeyMissingInTheLanguageIsNotTakenFromEnglish) {
     EXPECT_EQ(bundle(Environment{{"LANG", "ja_JP"}}).localizedString(u"only"), NSString(u"only"));
 }
 
-TEST_F(BundleTest, aTableThatTheLanguageLacksIsTakenInEnglish) {
+TEST_F(BundleTest, aTableMissingInTheLanguageIsTakenFromEnglish) {
     EXPECT_EQ(bundle(Environment{{"LANG", "ja_JP"}}).localizedString(u"hello", u"", u"Extra"),
               NSString(u"Extra"));
 }
 
-TEST_F(BundleTest, aBrokenTableHasNoTexts) {
+TEST_F(BundleTest, aMalformedTableCountsAsEmpty) {
     EXPECT_EQ(bundle(Environment{{"LANG", "ja_JP"}}).localizedString(u"hello", u"", u"Broken"),
               NSString(u"hello"));
 }
@@ -84,7 +84,7 @@ TEST(NSBundle, anInstalledProgramHasItsResourcesInShare) {
     EXPECT_EQ(resourceFolderForProgram(folder / "usr/bin/kestrine"), folder / "usr/share/kestrine");
 }
 
-TEST(NSBundle, aProgramInABuildFolderHasThoseOfTheSourceTree) {
+TEST(NSBundle, aProgramInABuildFolderHasItsResourcesInTheSourceTree) {
     const TemporaryFolder folder;
     folder.write("tree/share/English.lproj/x", "");
     EXPECT_EQ(resourceFolderForProgram(folder / "tree/build/dev/bin/kestrine"), folder / "tree/share");
@@ -92,7 +92,7 @@ TEST(NSBundle, aProgramInABuildFolderHasThoseOfTheSourceTree) {
     EXPECT_EQ(resourceFolderForProgram(folder / "other/bin/kestrine"), "");
 }
 
-TEST(NSBundle, withoutResourcesEveryKeyShowsItself) {
+TEST(NSBundle, withoutResourcesEveryKeyIsItsOwnText) {
     NSBundle bundle("", Environment{});
     EXPECT_EQ(bundle.localizedString(u"hello"), NSString(u"hello"));
 }

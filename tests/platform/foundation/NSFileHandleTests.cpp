@@ -25,7 +25,7 @@ TEST(NSFileHandle, readingMovesTheOffset) {
     EXPECT_EQ(handle->offsetInFile(), 5u);
 }
 
-TEST(NSFileHandle, atTheEndThereAreFewerBytesThanAsked) {
+TEST(NSFileHandle, atTheEndFewerBytesAreRead) {
     const TemporaryFolder folder;
     const auto handle = openHandle(folder.write("file", "abcdefgh"));
     handle->seekToFileOffset(6);
@@ -34,7 +34,7 @@ TEST(NSFileHandle, atTheEndThereAreFewerBytesThanAsked) {
     EXPECT_EQ(handle->readDataOfLength(1), Bytes());
 }
 
-TEST(NSFileHandle, theOffsetMayLieBehindTheEnd) {
+TEST(NSFileHandle, theOffsetMayBeBeyondTheEnd) {
     const TemporaryFolder folder;
     const auto handle = openHandle(folder.write("file", "abc"));
     for (const std::uint64_t offset : {std::uint64_t{4}, std::uint64_t{1} << 40, UINT64_MAX}) {
@@ -63,7 +63,7 @@ TEST(NSFileHandle, onlyRegularFilesAreOpened) {
     EXPECT_EQ(openHandle(""), nullptr);
 }
 
-TEST(NSFileHandle, aPathWithAZeroCharacterNamesNothing) {
+TEST(NSFileHandle, aPathWithAZeroCharacterDoesNotExist) {
     const TemporaryFolder folder;
     EXPECT_EQ(openHandle(folder.write("file", "abc") + std::string(1, '\0')), nullptr);
 }

@@ -34,7 +34,7 @@ TEST(NSFileManager, filesAndFoldersExist) {
     EXPECT_FALSE(manager().fileExistsAtPath(u""));
 }
 
-TEST(NSFileManager, aLinkExistsWhenWhatItLeadsToDoes) {
+TEST(NSFileManager, aLinkExistsIfItsTargetExists) {
     const TemporaryFolder folder;
     fs::create_symlink("target", folder / "link");
     EXPECT_FALSE(manager().fileExistsAtPath(text(folder / "link")));
@@ -42,7 +42,7 @@ TEST(NSFileManager, aLinkExistsWhenWhatItLeadsToDoes) {
     EXPECT_TRUE(manager().fileExistsAtPath(text(folder / "link")));
 }
 
-TEST(NSFileManager, whatExistsIsAFolderOrNot) {
+TEST(NSFileManager, foldersAreDistinguishedFromFiles) {
     const TemporaryFolder folder;
     folder.write("folder/file", "");
     fs::create_directory_symlink("folder", folder / "link");
@@ -55,14 +55,14 @@ TEST(NSFileManager, whatExistsIsAFolderOrNot) {
     EXPECT_TRUE(isDirectory) << "links are followed";
 }
 
-TEST(NSFileManager, whatDoesNotExistIsNoFolder) {
+TEST(NSFileManager, aMissingItemIsNotAFolder) {
     const TemporaryFolder folder;
     bool isDirectory = true;
     EXPECT_FALSE(manager().fileExistsAtPath(text(folder / "missing"), isDirectory));
     EXPECT_FALSE(isDirectory);
 }
 
-TEST(NSFileManager, attributesTellTypeSizeAndDate) {
+TEST(NSFileManager, attributesContainTypeSizeAndDate) {
     const TemporaryFolder folder;
     const std::string file = folder.write("file", "12345");
     setModificationDate(file, {1'200'000'000, 123'456'789});
@@ -74,13 +74,13 @@ TEST(NSFileManager, attributesTellTypeSizeAndDate) {
     EXPECT_FALSE(manager().fileAttributesAtPath(text(folder / "missing"), false));
 }
 
-TEST(NSFileManager, attributesAreThoseOfALinkOrOfWhatItLeadsTo) {
+TEST(NSFileManager, attributesBelongToTheLinkOrToItsTarget) {
     const TemporaryFolder folder;
     fs::create_directory(folder / "real");
     fs::create_directory_symlink("real", folder / "link");
     const NSString link = text(folder / "link");
     EXPECT_TRUE(manager().fileAttributesAtPath(link, false)->fileType.isSame(NSFileTypeSymbolicLink));
-    EXPECT_EQ(manager().fileAttributesAtPath(link, false)->fileSize, 4u) << "the length of its text";
+    EXPECT_EQ(manager().fileAttributesAtPath(link, false)->fileSize, 4u) << "the length of its target";
     EXPECT_TRUE(manager().fileAttributesAtPath(link, true)->fileType.isSame(NSFileTypeDirectory));
     fs::remove(folder / "real");
     EXPECT_FALSE(manager().fileAttributesAtPath(link, true));
@@ -105,7 +105,7 @@ TEST(NSFileManager, subpathsAreRelativeAndDoNotFollowLinks) {
     EXPECT_TRUE(manager().subpathsAtPath(text(folder / "missing")).empty());
 }
 
-TEST(NSFileManager, theCurrentFolderIsThatOfTheProcess) {
+TEST(NSFileManager, theCurrentFolderOfTheProcessIsChanged) {
     const TemporaryFolder folder;
     const CurrentFolder before(fs::temp_directory_path());
     folder.write("inside", "");
@@ -115,7 +115,7 @@ TEST(NSFileManager, theCurrentFolderIsThatOfTheProcess) {
     EXPECT_TRUE(manager().fileExistsAtPath(u"inside"));
 }
 
-TEST(NSFileManager, aFolderIsMadeWithTheAttributesOfAnother) {
+TEST(NSFileManager, aFolderIsCreatedWithTheAttributesOfAnother) {
     const TemporaryFolder folder;
     fs::create_directory(folder / "model");
     fs::permissions(folder / "model", fs::perms(0750));
@@ -126,10 +126,10 @@ TEST(NSFileManager, aFolderIsMadeWithTheAttributesOfAnother) {
     const std::optional<NSFileAttributes> made = manager().fileAttributesAtPath(text(folder / "made"), false);
     EXPECT_EQ(made->filePosixPermissions, 0750u);
     EXPECT_EQ(made->fileModificationDate, model->fileModificationDate);
-    EXPECT_FALSE(manager().createDirectoryAtPath(text(folder / "made"), model)) << "it is there already";
+    EXPECT_FALSE(manager().createDirectoryAtPath(text(folder / "made"), model)) << "it exists already";
 }
 
-TEST(NSFileManager, aLinkLendsItsPermissionsToNoFolder) {
+TEST(NSFileManager, theAttributesOfALinkAreIgnoredForAFolder) {
     const TemporaryFolder folder;
     fs::create_symlink("target", folder / "link");
     ASSERT_TRUE(manager().createDirectoryAtPath(
@@ -139,22 +139,22 @@ TEST(NSFileManager, aLinkLendsItsPermissionsToNoFolder) {
               manager().fileAttributesAtPath(text(folder / "plain"), false)->filePosixPermissions);
 }
 
-TEST(NSFileManager, datesCompareToTheNanosecond) {
+TEST(NSFileManager, datesAreComparedInNanoseconds) {
     EXPECT_EQ((NSDate{5, 0}.compare({5, 1})), -1);
     EXPECT_EQ((NSDate{5, 1}.compare({5, 0})), 1);
     EXPECT_EQ((NSDate{4, 999'999'999}.compare({5, 0})), -1);
     EXPECT_EQ((NSDate{-1, 5}.compare({-1, 5})), 0);
 }
 
-TEST(NSFileManager, oneFolderLevelIsMade) {
+TEST(NSFileManager, onlyOneFolderLevelIsCreated) {
     const TemporaryFolder folder;
     EXPECT_TRUE(manager().createDirectoryAtPath(text(folder / "a")));
     EXPECT_TRUE(fs::is_directory(folder / "a"));
-    EXPECT_FALSE(manager().createDirectoryAtPath(text(folder / "a"))) << "it is there already";
+    EXPECT_FALSE(manager().createDirectoryAtPath(text(folder / "a"))) << "it exists already";
     EXPECT_FALSE(manager().createDirectoryAtPath(text(folder / "b/c"))) << "its parent is missing";
 }
 
-TEST(NSFileManager, aPathWithAZeroCharacterNamesNothing) {
+TEST(NSFileManager, aPathWithAZeroCharacterDoesNotExist) {
     const TemporaryFolder folder;
     const NSString path = text(folder / "a") + NSString(std::u16string(1, u'\0')) + u"b";
     EXPECT_FALSE(manager().createDirectoryAtPath(path));

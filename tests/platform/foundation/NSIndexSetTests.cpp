@@ -7,7 +7,7 @@ namespace {
 
 using Ranges = std::vector<NSRange>;
 
-/// All indexes, walked from the first upwards.
+/// All indexes in ascending order.
 std::vector<std::size_t> indexesOf(const NSIndexSet& set) {
     std::vector<std::size_t> indexes;
     for (std::size_t index = set.firstIndex(); index != NSNotFound;
@@ -32,7 +32,7 @@ TEST(NSIndexSet, rangesAreSortedAndMerged) {
     }
 }
 
-TEST(NSIndexSet, whatReachesNotFoundIsCut) {
+TEST(NSIndexSet, indexesFromNotFoundOnAreLeftOut) {
     const std::size_t largest = static_cast<std::size_t>(-1);
     EXPECT_EQ(NSIndexSet({{5, largest}}).ranges(), (Ranges{{5, NSNotFound - 5}}));
     EXPECT_EQ(NSIndexSet({{NSNotFound, 1}, {largest, largest}}).ranges(), Ranges{});
@@ -40,12 +40,12 @@ TEST(NSIndexSet, whatReachesNotFoundIsCut) {
     EXPECT_EQ(NSIndexSet({{0, largest}, {7, largest}}).count(), NSNotFound);
 }
 
-TEST(NSIndexSet, itIsWalkedFromTheFirstIndexUpwards) {
+TEST(NSIndexSet, indexesAreVisitedInAscendingOrder) {
     EXPECT_EQ(indexesOf(NSIndexSet({{2, 3}, {0, 1}, {9, 1}})), (std::vector<std::size_t>{0, 2, 3, 4, 9}));
     EXPECT_EQ(indexesOf(NSIndexSet()), std::vector<std::size_t>{});
 }
 
-TEST(NSIndexSet, theNextIndexNeedNotFollowOneOfTheSet) {
+TEST(NSIndexSet, theNextIndexExistsForAnyIndex) {
     const NSIndexSet set({{5, 2}, {100, 1}});
     EXPECT_EQ(set.firstIndex(), 5u);
     EXPECT_EQ(set.indexGreaterThanIndex(0), 5u);
@@ -56,7 +56,7 @@ TEST(NSIndexSet, theNextIndexNeedNotFollowOneOfTheSet) {
     EXPECT_EQ(set.indexGreaterThanIndex(static_cast<std::size_t>(-1)), NSNotFound);
 }
 
-TEST(NSIndexSet, countAndMembershipNeverExpandARange) {
+TEST(NSIndexSet, countAndMembershipWorkWithHugeRanges) {
     const NSIndexSet set({{4294967295, 4294967295}, {1, 1}});
     EXPECT_EQ(set.count(), 4294967296u);
     EXPECT_TRUE(set.containsIndex(1));

@@ -13,9 +13,9 @@ std::string shownBy(const NSString& line) {
 
 TEST(NSLog, aLineGoesToStandardError) { EXPECT_EQ(shownBy(u"Label:2"), "Label:2\n"); }
 
-TEST(NSLog, nothingInALineIsAFormat) { EXPECT_EQ(shownBy(u"100% %s %n"), "100% %s %n\n"); }
+TEST(NSLog, aLineIsNotAFormatString) { EXPECT_EQ(shownBy(u"100% %s %n"), "100% %s %n\n"); }
 
-TEST(NSLog, bytesThatAreNoTextComeOutAsTheyWere) {
+TEST(NSLog, invalidBytesAreWrittenUnchanged) {
     EXPECT_EQ(shownBy(NSString::fromUTF8("caf\xe9")), "caf\xe9\n");
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 Object anObject() { return std::make_shared<NSNumber>(std::int32_t{1}); }
 
-TEST(NSNotificationCenter, anObserverIsToldNameObjectAndInfo) {
+TEST(NSNotificationCenter, anObserverGetsNameObjectAndInfo) {
     NSNotificationCenter center;
     const Object object = anObject();
     const auto info = std::make_shared<NSDictionary>(std::map<NSString, Object>{{u"key", object}});
@@ -24,7 +24,7 @@ TEST(NSNotificationCenter, anObserverIsToldNameObjectAndInfo) {
     EXPECT_EQ(seen[0].userInfo->objectForKey(u"key"), object);
 }
 
-TEST(NSNotificationCenter, onlyTheNameAskedForIsTold) {
+TEST(NSNotificationCenter, anObserverIsCalledOnlyForItsName) {
     NSNotificationCenter center;
     int calls = 0;
     center.addObserver(u"done", nullptr, [&](const NSNotification&) { calls++; });
@@ -33,7 +33,7 @@ TEST(NSNotificationCenter, onlyTheNameAskedForIsTold) {
     EXPECT_EQ(calls, 0);
 }
 
-TEST(NSNotificationCenter, anObserverOfOneObjectIsNotToldOfOthers) {
+TEST(NSNotificationCenter, anObserverOfOneObjectIsNotCalledForOthers) {
     NSNotificationCenter center;
     const Object mine = anObject();
     int calls = 0;
@@ -45,7 +45,7 @@ TEST(NSNotificationCenter, anObserverOfOneObjectIsNotToldOfOthers) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(NSNotificationCenter, observersAreToldInTheirOrderBeforePostingReturns) {
+TEST(NSNotificationCenter, observersAreCalledInTheirOrderBeforePostingReturns) {
     NSNotificationCenter center;
     std::string order;
     for (const char letter : {'a', 'b', 'c'})
@@ -54,7 +54,7 @@ TEST(NSNotificationCenter, observersAreToldInTheirOrderBeforePostingReturns) {
     EXPECT_EQ(order, "abc");
 }
 
-TEST(NSNotificationCenter, aRemovedObserverIsToldNothingMore) {
+TEST(NSNotificationCenter, aRemovedObserverIsNotCalledAgain) {
     NSNotificationCenter center;
     int calls = 0;
     const auto token = center.addObserver(u"done", nullptr, [&](const NSNotification&) { calls++; });
@@ -64,7 +64,7 @@ TEST(NSNotificationCenter, aRemovedObserverIsToldNothingMore) {
     EXPECT_EQ(calls, 0);
 }
 
-TEST(NSNotificationCenter, anObserverMayRemoveItselfAndOthersWhileItIsTold) {
+TEST(NSNotificationCenter, anObserverMayRemoveItselfAndOthersDuringACall) {
     NSNotificationCenter center;
     int first = 0;
     int second = 0;
@@ -82,7 +82,7 @@ TEST(NSNotificationCenter, anObserverMayRemoveItselfAndOthersWhileItIsTold) {
     EXPECT_EQ(second, 0);
 }
 
-TEST(NSNotificationCenter, anObserverThatIsAddedMeanwhileIsToldTheNextTime) {
+TEST(NSNotificationCenter, anObserverAddedDuringACallIsCalledTheNextTime) {
     NSNotificationCenter center;
     int calls = 0;
     const auto adding = center.addObserver(u"done", nullptr, [&](const NSNotification&) {

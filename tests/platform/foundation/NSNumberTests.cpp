@@ -7,7 +7,7 @@
 namespace kestrine {
 namespace {
 
-TEST(NSNumber, wholeNumbersWrapIntoNarrowerTypes) {
+TEST(NSNumber, integersWrapAroundInNarrowerTypes) {
     EXPECT_EQ(NSNumber(std::int32_t{300}).charValue(), 44);
     EXPECT_EQ(NSNumber(std::int32_t{-1}).unsignedIntValue(), 0xffffffffu);
     EXPECT_EQ(NSNumber(std::uint64_t{0xffffffff80000000}).intValue(),
@@ -16,14 +16,14 @@ TEST(NSNumber, wholeNumbersWrapIntoNarrowerTypes) {
     EXPECT_EQ(NSNumber(std::int8_t{-1}).longLongValue(), -1);
 }
 
-TEST(NSNumber, floatingNumbersAreCutTowardsZero) {
+TEST(NSNumber, floatingPointNumbersAreRoundedTowardsZero) {
     EXPECT_EQ(NSNumber(2.9).intValue(), 2);
     EXPECT_EQ(NSNumber(-2.9f).intValue(), -2);
     EXPECT_EQ(NSNumber(-0.5).unsignedIntValue(), 0u);
     EXPECT_EQ(NSNumber(127.9).charValue(), 127);
 }
 
-TEST(NSNumber, floatingNumbersAreHeldAtTheLimitsOfTheType) {
+TEST(NSNumber, floatingPointNumbersAreLimitedToTheRangeOfTheType) {
     const NSNumber huge(1e300);
     const NSNumber tiny(-1e300);
     EXPECT_EQ(huge.charValue(), 127);
@@ -39,7 +39,7 @@ TEST(NSNumber, floatingNumbersAreHeldAtTheLimitsOfTheType) {
     EXPECT_EQ(NSNumber(std::nan("")).intValue(), 0);
 }
 
-TEST(NSNumber, anythingButZeroIsTrue) {
+TEST(NSNumber, anyNumberExceptZeroIsTrue) {
     EXPECT_TRUE(NSNumber(true).boolValue());
     EXPECT_TRUE(NSNumber(std::int8_t{-3}).boolValue());
     EXPECT_TRUE(NSNumber(0.25f).boolValue());
@@ -59,13 +59,13 @@ TEST(NSNumber, textIsDecimal) {
     EXPECT_EQ(NSNumber(-2.2250738585072014e-308).stringValue(), "-2.225073858507201e-308");
 }
 
-TEST(NSNumber, aNotANumberHasNoSignInText) {
+TEST(NSNumber, notANumberIsPrintedWithoutSign) {
     EXPECT_EQ(NSNumber(std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0)).stringValue(), "nan");
     EXPECT_EQ(NSNumber(std::copysign(std::numeric_limits<float>::quiet_NaN(), -1.0f)).stringValue(), "nan");
     EXPECT_EQ(NSNumber(-std::numeric_limits<double>::infinity()).stringValue(), "-inf");
 }
 
-TEST(NSNumber, theKindOfANumberIsKept) {
+TEST(NSNumber, theTypeOfANumberIsKept) {
     EXPECT_EQ(NSNumber(std::int32_t{1}), NSNumber(std::int32_t{1}));
     EXPECT_FALSE(NSNumber(std::int32_t{1}) == NSNumber(1.0));
     EXPECT_FLOAT_EQ(NSNumber(std::int32_t{7}).floatValue(), 7.0f);

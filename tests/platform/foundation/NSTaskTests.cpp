@@ -20,7 +20,7 @@ NSTask task(const NSString& program, const std::vector<NSString>& arguments) {
     return made;
 }
 
-/// The name of the exception that the steps raise; "" when none.
+/// The name of the exception that `steps` raise; "" if there is none.
 std::string nameRaisedBy(const std::function<void()>& steps) {
     try {
         steps();
@@ -30,7 +30,7 @@ std::string nameRaisedBy(const std::function<void()>& steps) {
     return "";
 }
 
-TEST(NSTask, theProgramHasEndedWhenTheWaitHas) {
+TEST(NSTask, afterTheWaitTheProgramHasEnded) {
     const TemporaryFolder folder;
     NSTask touch =
         task(u"/bin/sh", {u"-c", u"sleep 0.1; echo done >\"$0\"", NSString::fromUTF8(folder / "made")});
@@ -39,7 +39,7 @@ TEST(NSTask, theProgramHasEndedWhenTheWaitHas) {
     EXPECT_EQ(testing::readFile(folder / "made"), "done\n");
 }
 
-TEST(NSTask, argumentsReachTheProgramUntouchedByAnyShell) {
+TEST(NSTask, argumentsReachTheProgramUnchanged) {
     const TemporaryFolder folder;
     const std::string names[] = {"two words", "$HOME", "`id`;*", "quote'\"\\", "line\nfeed", "caf\xe9", "-x"};
     std::vector<NSString> arguments{u"--"};
@@ -55,7 +55,7 @@ TEST(NSTask, argumentsReachTheProgramUntouchedByAnyShell) {
               static_cast<std::ptrdiff_t>(std::size(names)));
 }
 
-TEST(NSTask, theProgramHasOurStandardOutput) {
+TEST(NSTask, theProgramInheritsStandardOutput) {
     ::testing::internal::CaptureStdout();
     NSTask echo = task(u"/bin/echo", {u"hello"});
     echo.launch();
@@ -72,7 +72,7 @@ TEST(NSTask, aProgramThatCannotBeStartedRaises) {
             << path;
 }
 
-TEST(NSTask, theLaunchPathIsNotSearchedFor) {
+TEST(NSTask, theLaunchPathIsNotLookedUpInPath) {
     const TemporaryFolder folder;
     const CurrentFolder current(folder.path());
     EXPECT_EQ(nameRaisedBy([] { task(u"true", {}).launch(); }), "NSInvalidArgumentException");
@@ -94,7 +94,7 @@ TEST(NSTask, aTaskRunsOnce) {
     EXPECT_EQ(nameRaisedBy([&] { once.waitUntilExit(); }), "") << "it has ended";
 }
 
-TEST(NSTask, anArgumentWithAZeroCharacterIsNotCutShort) {
+TEST(NSTask, anArgumentWithAZeroCharacterRaises) {
     const NSString zero(std::u16string(u"a\0b", 3));
     EXPECT_EQ(nameRaisedBy([&] { task(u"/bin/true", {zero}).launch(); }), "NSInvalidArgumentException");
 }

@@ -19,7 +19,7 @@ std::string listWith(const std::string& base64) {
            + "</data><key>other</key><true/></dict></plist>";
 }
 
-/// A user with a home folder and one folder of settings for all users, all in a temporary folder.
+/// A user with a home folder, and two configuration folders for all users, all in a temporary folder.
 class PreferencesTest : public ::testing::Test {
 protected:
     NSUserDefaults defaults(const std::string& configHome = "") const {
@@ -34,7 +34,7 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST_F(PreferencesTest, placesAreTheConfigHomeThenTheMacFolderThenTheSystemsFolders) {
+TEST_F(PreferencesTest, thePlacesAreTheConfigHomeTheMacFolderAndTheSystemFolders) {
     const std::vector<DomainFile> expected{{folder / inConfigHome(), true},
                                            {folder / inLibrary(), true},
                                            {folder / "xdg1/quov.Kestrine.plist", false},
@@ -42,12 +42,12 @@ TEST_F(PreferencesTest, placesAreTheConfigHomeThenTheMacFolderThenTheSystemsFold
     EXPECT_EQ(defaults().placesOfDomain(domain), expected);
 }
 
-TEST_F(PreferencesTest, theConfigHomeMayBeElsewhereUnlessItIsRelative) {
+TEST_F(PreferencesTest, theConfigHomeMayBeAnyAbsolutePath) {
     EXPECT_EQ(defaults("/c").placesOfDomain(domain).front().path, "/c/quov.Kestrine.plist");
     EXPECT_EQ(defaults("c").placesOfDomain(domain).front().path, folder / inConfigHome());
 }
 
-TEST_F(PreferencesTest, withoutAnyFileThereIsNoDomain) {
+TEST_F(PreferencesTest, withoutAFileThereIsNoDomain) {
     EXPECT_EQ(defaults().fileOfDomain(domain), std::nullopt);
     EXPECT_EQ(defaults().persistentDomainForName(domain).failure().reason, Reason::notFound);
 }
@@ -62,19 +62,19 @@ TEST_F(PreferencesTest, theFirstFileThatExistsIsRead) {
     EXPECT_EQ(defaults().fileOfDomain(domain), (DomainFile{folder / inConfigHome(), true}));
 }
 
-TEST_F(PreferencesTest, aBrokenFileEndsTheSearch) {
+TEST_F(PreferencesTest, aMalformedFileEndsTheSearch) {
     folder.write(inLibrary(), listWith("QUJD"));
     folder.write(inConfigHome(), "broken");
     EXPECT_EQ(defaults().persistentDomainForName(domain).failure().reason, Reason::malformed);
 }
 
-TEST_F(PreferencesTest, aFolderUnderTheNameEndsTheSearch) {
+TEST_F(PreferencesTest, aFolderWithTheNameEndsTheSearch) {
     folder.write(inLibrary(), listWith("QUJD"));
     fs::create_directories(folder / inConfigHome());
     EXPECT_EQ(defaults().persistentDomainForName(domain).failure().reason, Reason::notRegularFile);
 }
 
-TEST_F(PreferencesTest, aLinkIsFollowedAndADanglingOneIsNoFile) {
+TEST_F(PreferencesTest, aLinkIsFollowedAndADanglingOneIsIgnored) {
     folder.write("elsewhere", listWith("QUJD"));
     folder.write(inLibrary(), listWith("REVG"));
     fs::create_directories(folder / "home/.config");
@@ -84,7 +84,7 @@ TEST_F(PreferencesTest, aLinkIsFollowedAndADanglingOneIsNoFile) {
     EXPECT_EQ(defaults().persistentDomainForName(domain)->dataForKey(u"a")->bytes(), bytesOf("DEF"));
 }
 
-TEST_F(PreferencesTest, aFileThatIsTooLongIsRefused) {
+TEST_F(PreferencesTest, aFileThatIsTooLongFails) {
     folder.write(inConfigHome(), std::string(16 * 1024 * 1024 + 1, ' '));
     EXPECT_EQ(defaults().persistentDomainForName(domain).failure().reason, Reason::tooLarge);
 }
@@ -100,7 +100,7 @@ TEST_F(PreferencesTest, aNewDomainIsWrittenToTheConfigHomeWithItsFolders) {
     EXPECT_EQ(status.st_mode & 0777u, 0700u);
 }
 
-TEST_F(PreferencesTest, theUsersOwnFileIsReplacedWhereItWasFound) {
+TEST_F(PreferencesTest, theUsersFileIsReplacedInItsPlace) {
     folder.write(inLibrary(), listWith("QUJD"));
     Result<PropertyList> list = defaults().persistentDomainForName(domain);
     list->setData(u"a", bytesOf("changed"));
@@ -112,7 +112,7 @@ TEST_F(PreferencesTest, theUsersOwnFileIsReplacedWhereItWasFound) {
     EXPECT_EQ(defaults().persistentDomainForName(domain)->dataForKey(u"a")->bytes(), bytesOf("changed"));
 }
 
-TEST_F(PreferencesTest, aFileForAllUsersIsCopiedBeforeItIsChanged) {
+TEST_F(PreferencesTest, aFileForAllUsersIsCopiedToTheUserAndNotChanged) {
     const std::string before = listWith("QUJD");
     folder.write("xdg1/quov.Kestrine.plist", before);
     Result<PropertyList> list = defaults().persistentDomainForName(domain);

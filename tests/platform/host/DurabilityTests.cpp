@@ -1,6 +1,8 @@
 // What survives a power cut: content is on the disk before a name shows it, and names are on the disk before
 // success is reported or an original is removed.
+#include "platform/host/files/Folders.h"
 #include "platform/host/files/PublishMechanisms.h"
+#include "platform/host/files/TreeCopy.h"
 #include "tests/platform/host/SystemCallRecorder.h"
 #include "tests/platform/host/trash/TrashTesting.h"
 #include "tests/support/IsolatedProcess.h"
@@ -43,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(Mechanisms, PublishedFile,
                                            PublishMechanisms{false, {false, true}},
                                            PublishMechanisms{false, {false, false}}));
 
-TEST(ReplacedFile, isSyncedBeforeItTakesThePlaceAndItsFolderIsSyncedAfterwards) {
+TEST(ReplacedFile, isSyncedBeforeItIsRenamedAndItsFolderIsSyncedAfterwards) {
     const TemporaryFolder folder(std::filesystem::canonical(std::filesystem::temp_directory_path()));
     for (const char* content : {"first", "12"}) {
         const SystemCallRecorder recorder;
@@ -52,6 +54,16 @@ TEST(ReplacedFile, isSyncedBeforeItTakesThePlaceAndItsFolderIsSyncedAfterwards) 
                     ElementsAre("sync " + std::to_string(std::string(content).size()) + " bytes",
                                 "name preferences", "sync " + folder.path().string()));
     }
+}
+
+TEST(CopiedFolder, isSyncedAfterItsContent) {
+    const TemporaryFolder folder(std::filesystem::canonical(std::filesystem::temp_directory_path()));
+    folder.write("from/a", "content");
+    const Result<FileDescriptor> opened = openFolder(folder.path());
+    ASSERT_TRUE(opened);
+    const SystemCallRecorder recorder;
+    ASSERT_TRUE(copyTree({opened->number(), "from"}, {opened->number(), "to"}));
+    EXPECT_THAT(recorder.calls(), ElementsAre("sync 7 bytes", "sync 7 bytes", "sync " + (folder / "to")));
 }
 
 using TrashedFile = testing::TrashTest;

@@ -1,11 +1,14 @@
-// What becomes of files when a call to the system fails: nothing is lost, and nothing is left behind.
+// Behaviour after a failed system call: no file is lost, and no temporary file remains.
+#include "platform/host/files/FileAttributes.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
+#include "platform/host/files/MountPoints.h"
 #include "platform/host/files/PublishMechanisms.h"
 #include "tests/platform/host/trash/TrashTesting.h"
 #include "tests/support/IsolatedProcess.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -30,7 +33,7 @@ struct FailingCall {
     int error;
 };
 
-/// Every system call by which an item gets into the trash, except the one that takes things away again.
+/// The system calls that move an item to the trash, except the one that removes files.
 constexpr FailingCall callsOnTheWay[] = {
     {"fsync", SYS_fsync, EIO},
     {"write", SYS_write, ENOSPC},
@@ -53,7 +56,7 @@ constexpr FailingCall callsOnTheWay[] = {
     {"fadvise64", SYS_fadvise64, EIO},
 };
 
-/// Runs the steps in a further process in which one call fails; their results are looked at from outside.
+/// Runs the steps in a child process in which one call fails. The results are checked from outside.
 void runWithFailingCall(const FailingCall& call, const std::function<void()>& steps) {
     runIsolated([&] {
         if (!failSystemCall(call.number, call.error))
@@ -64,7 +67,7 @@ void runWithFailingCall(const FailingCall& call, const std::function<void()>& st
 
 using FailingPublication = ::testing::TestWithParam<FailingCall>;
 
-TEST_P(FailingPublication, theNextMechanismServesOrNothingIsLeft) {
+TEST_P(FailingPublication, theNextMechanismIsUsedOrNothingRemains) {
     const TemporaryFolder folder;
     folder.write("a.jpg", "old");
     const auto candidates = [&](unsigned attempt) { return folder / (attempt == 0 ? "a.jpg" : "b.jpg"); };
@@ -96,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
                       FailingCall{"fcntl", SYS_fcntl, EMFILE}, FailingCall{"fchmod", SYS_fchmod, EPERM}),
     nameOfCall);
 
-TEST(FailingSystem, whereLinksAndExclusiveRenamesAreMissingANameIsReserved) {
+TEST(FailingSystem, withoutLinksAndExclusiveRenamesANameIsReserved) {
     const TemporaryFolder folder;
     folder.write("a.jpg", "old");
     const auto candidates = [&](unsigned attempt) { return folder / (attempt == 0 ? "a.jpg" : "b.jpg"); };
@@ -123,6 +126,79 @@ TEST(FailingSystem, aFileThatCannotBeSyncedIsNotPublished) {
         });
 }
 
+TEST(FailingSystem, missingRenameMechanismsAreNotTriedAgain) {
+    const TemporaryFolder folder;
+    folder.write("a", "content");
+    runIsolated([&] {
+        if (!failSystemCall(SYS_linkat, EPERM) || !failSystemCall(SYS_renameat2, EINVAL))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        RenameMechanisms mechanisms;
+        const FolderEntry from{AT_FDCWD, folder / "a"}, to{AT_FDCWD, folder / "b"};
+        EXPECT_EQ(renameWithoutReplacing(from, to, mechanisms), 0);
+        EXPECT_FALSE(mechanisms.exclusiveRename || mechanisms.hardLink);
+    });
+    EXPECT_EQ(readFile(folder / "b"), "content");
+}
+
+TEST(FailingSystem, aFolderThatTheSystemCannotSyncCountsAsSynced) {
+    const TemporaryFolder folder;
+    const Result<FileDescriptor> opened = openFolder(folder.path());
+    ASSERT_TRUE(opened);
+    for (const int error : {EINVAL, EBADF, EROFS, EOPNOTSUPP, ENOSYS, EIO, ENOSPC})
+        runIsolated([&] {
+            if (!failSystemCall(SYS_fsync, error))
+                GTEST_SKIP() << "this system permits no filter of system calls";
+            EXPECT_EQ(syncFolder(opened->number()).ok(), error != EIO && error != ENOSPC) << error;
+        });
+}
+
+TEST(FailingSystem, anErrorDuringListingIsAFailure) {
+    const TemporaryFolder folder;
+    folder.write("a", "content");
+    const Result<FileDescriptor> opened = openFolder(folder.path());
+    ASSERT_TRUE(opened);
+    runIsolated([&] {
+        if (!failSystemCall(SYS_getdents64, EIO))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        EXPECT_FALSE(namesIn(opened->number()));
+    });
+}
+
+TEST(FailingSystem, anEntryOfUnknownMountCountsAsMountPoint) {
+    const TemporaryFolder folder;
+    folder.write("a", "content");
+    const Result<FileDescriptor> opened = openFolder(folder.path());
+    ASSERT_TRUE(opened);
+    EXPECT_FALSE(isMountPoint({opened->number(), "a"}));
+    runIsolated([&] {
+        if (!failSystemCall(SYS_statx, EIO))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        EXPECT_TRUE(isMountPoint({opened->number(), "a"}));
+    });
+}
+
+TEST(FailingSystem, anErrorOnClosingFailsTheWriting) {
+    const TemporaryFolder folder;
+    const FileDescriptor file(::open(folder.write("a", "content").c_str(), O_RDWR | O_CLOEXEC));
+    runIsolated([&] {
+        if (!failSystemCall(SYS_close, EIO))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        EXPECT_EQ(finishWriting(file.number(), Durability::cached).failure().reason, Reason::inputOutput);
+    });
+}
+
+TEST(FailingSystem, aFolderWhoseModeCannotBeSetIsForTheUserOnly) {
+    const TemporaryFolder folder;
+    runIsolated([&] {
+        if (!failSystemCall(SYS_fchmod, EPERM))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        struct stat attributes {};
+        attributes.st_mode = 0777;
+        ASSERT_TRUE(makeFolderWithAttributes(folder / "new", attributes));
+        EXPECT_EQ(attributesOf(folder / "new", FollowLinks::no)->st_mode & 07777, 0700u);
+    });
+}
+
 class FailingTrash : public testing::TrashTest, public ::testing::WithParamInterface<FailingCall> {
 protected:
     const std::string disk_ = work_ + "/disk";
@@ -139,8 +215,8 @@ protected:
                && std::filesystem::read_symlink(folder + "/sub/link", absent) == "a.jpg";
     }
 
-    /// Throws the album away with the failing call and looks where it is afterwards.
-    void throwAway(const std::string& album) const {
+    /// Moves the album to the trash with a failing call, and checks that it is complete in one place.
+    void moveAlbumToTrash(const std::string& album) const {
         runWithFailingCall(GetParam(), [&] { (void)trash(album); });
         if (isTaken(album)) {
             EXPECT_TRUE(isWholeAlbum(album));
@@ -152,17 +228,17 @@ protected:
     }
 };
 
-TEST_P(FailingTrash, aMovedFolderIsWholeInOnePlace) {
+TEST_P(FailingTrash, aMovedFolderIsCompleteInOnePlace) {
     makeAlbum(work_ + "/album");
-    throwAway(work_ + "/album");
+    moveAlbumToTrash(work_ + "/album");
 }
 
-TEST_P(FailingTrash, aCopiedFolderIsWholeInOnePlace) {
+TEST_P(FailingTrash, aCopiedFolderIsCompleteInOnePlace) {
     runWithOwnMounts([&] {
         testing::mountFileSystem(disk_, 1024);
         folder_.write("work/disk/.Trash-" + std::to_string(::geteuid()), "in the way");
         makeAlbum(disk_ + "/album");
-        throwAway(disk_ + "/album");
+        moveAlbumToTrash(disk_ + "/album");
     });
 }
 

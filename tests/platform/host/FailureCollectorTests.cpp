@@ -7,7 +7,7 @@
 namespace kestrine {
 namespace {
 
-TEST(FailureCollector, keepsWhatIsNotedWhileItLives) {
+TEST(FailureCollector, collectsTheFailuresNotedDuringItsLifetime) {
     noteFailure({Reason::noSpace, "before"});
     FailureCollector collector;
     noteFailure({Reason::notFound, "first"});
@@ -17,7 +17,7 @@ TEST(FailureCollector, keepsWhatIsNotedWhileItLives) {
     EXPECT_EQ(collector.failures()[1].reason, Reason::malformed);
 }
 
-TEST(FailureCollector, leavesToTheInnerOneWhatHappensMeanwhile) {
+TEST(FailureCollector, getsNoFailuresWhileAnInnerCollectorExists) {
     FailureCollector outer;
     {
         const FailureCollector inner;
@@ -29,7 +29,7 @@ TEST(FailureCollector, leavesToTheInnerOneWhatHappensMeanwhile) {
     EXPECT_EQ(outer.failures()[0].text, "outside");
 }
 
-TEST(FailureCollector, hearsNothingOfOtherThreads) {
+TEST(FailureCollector, getsNoFailuresOfOtherThreads) {
     const FailureCollector collector;
     std::thread([] { noteFailure({Reason::notFound, "elsewhere"}); }).join();
     EXPECT_TRUE(collector.failures().empty());

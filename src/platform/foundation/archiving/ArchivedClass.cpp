@@ -1,4 +1,4 @@
-// The table of the platform's own classes: versions, superclasses, and how their values lie in an archive.
+// The table of the platform's own classes, with their versions, superclasses and archived values.
 #include "platform/foundation/archiving/ArchivedClass.h"
 
 #include "platform/foundation/NSCollections.h"
@@ -31,27 +31,28 @@ Object decodeString(NSUnarchiver& coder) {
     return NSString::fromUTF8({reinterpret_cast<const char*>(bytes.data()), bytes.size()}).object();
 }
 
-/// Numbers of elements and bytes are stored as signed 32 bits.
+/// Counts are stored as signed 32-bit numbers.
 void encodeCount(NSArchiver& coder, std::size_t count) {
     if (count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
-        coder.fail(Reason::tooLarge, "a collection is too large to be archived");
+        coder.fail(Reason::tooLarge, "a collection is too large for an archive");
     }
     coder.encodeValue(static_cast<std::int32_t>(count));
 }
 
-/// Takes the stored number of elements, each of `width` values, and checks that they are all that is left.
+/// Reads the stored number of elements, which have `width` values each, and checks that exactly as many
+/// values are left.
 void decodeCount(NSUnarchiver& coder, std::size_t width) {
     const auto count = coder.decodeValue<std::int64_t>();
     const std::size_t values = coder.valuesLeft();
     if (count < 0 || values % width != 0 || static_cast<std::uint64_t>(count) != values / width) {
-        coder.fail(Reason::malformed, "an archived collection has another number of elements than it says");
+        coder.fail(Reason::malformed, "an archived collection has a wrong count");
     }
 }
 
 Object decodeElement(NSUnarchiver& coder) {
     Object element = coder.decodeObject();
     if (element == nullptr) {
-        coder.fail(Reason::malformed, "an archived collection holds nil");
+        coder.fail(Reason::malformed, "an archived collection contains nil");
     }
     return element;
 }
@@ -82,7 +83,7 @@ void encodeDictionary(const Object& object, NSArchiver& coder) {
     }
 }
 
-/// Only texts are keys here; a key that comes twice has its last value.
+/// All keys are strings. If a key occurs twice, the last value counts.
 Object decodeDictionary(NSUnarchiver& coder) {
     std::map<NSString, Object> entries;
     decodeCount(coder, 2);
@@ -111,7 +112,7 @@ Object decodeData(NSUnarchiver& coder) {
     const auto length = coder.decodeValue<std::int64_t>();
     const ByteView bytes = coder.decodeBytes();
     if (length < 0 || static_cast<std::uint64_t>(length) != bytes.size()) {
-        coder.fail(Reason::malformed, "archived data has another length than it says");
+        coder.fail(Reason::malformed, "archived data has a wrong length");
     }
     return std::make_shared<const NSData>(Bytes(bytes.begin(), bytes.end()));
 }
@@ -123,7 +124,7 @@ void encodeNumberAs(NSArchiver& coder, T value) {
     coder.encodeValue(value);
 }
 
-/// Archives know no boolean numbers of their own: one is stored as a signed byte.
+/// A boolean is stored as a signed byte, because the format has no booleans.
 void encodeNumber(const Object& object, NSArchiver& coder) {
     const auto encode = [&coder](auto value) {
         if constexpr (std::is_same_v<decltype(value), bool>) {
@@ -153,13 +154,13 @@ constexpr NumberCode numberCodes[] = {
     {'d', decodeAs<double>},
 };
 
-/// The type code as a C string, then one value of exactly that type.
+/// An archived number is its type code as a C string, followed by one value of that type.
 Object decodeNumber(NSUnarchiver& coder) {
     const std::string_view type = coder.decodeCString();
     const char code = coder.nextTypeCode();
     const auto* row = std::ranges::find(numberCodes, code, &NumberCode::code);
     if (row == std::end(numberCodes) || type != std::string_view(&code, 1)) {
-        coder.fail(Reason::malformed, "an archived number is not of the type it says");
+        coder.fail(Reason::malformed, "an archived number has a wrong type");
         return nullptr;
     }
     return std::make_shared<const NSNumber>(row->decode(coder));
@@ -169,7 +170,7 @@ void encodeNothing(const Object&, NSArchiver&) {}
 
 Object decodeNull(NSUnarchiver&) { return std::make_shared<const NSNull>(); }
 
-/// Classes that are only read give the same objects as those that are written, too.
+/// The mutable classes are only read. They give the same objects as the immutable ones.
 constexpr ArchivedClass platformClasses[] = {
     {"NSObject", 0, "", nullptr, nullptr, nullptr},
     {"NSString", 1, "NSObject", isString, encodeString, decodeString},

@@ -1,5 +1,5 @@
-// ArchivedClass: one row of the table that tells the archiver how objects of a class are written and read.
-// Tables are handed over by whoever archives; nothing registers itself.
+// ArchivedClass: a table row that describes how objects of a class are archived.
+// Callers pass tables to the archiver. There is no global registration.
 #pragma once
 
 #include "platform/foundation/NSObject.h"
@@ -16,20 +16,20 @@ class NSUnarchiver;
 
 struct ArchivedClass {
     std::string_view name;
-    /// What is written beside the name; reading asks for the version that was stored.
+    /// The version to write. A class can read older versions, see NSUnarchiver::versionForClassName().
     std::int32_t version;
-    /// Name of another row; empty for the root class.
+    /// The name of another row; empty for the root class.
     std::string_view superclass;
-    /// Whether `object`, which is not nil, is written under this class; null when none ever is.
+    /// Whether `object`, which is not nil, is written as this class. Null for a class that is only read.
     bool (*isInstance)(const Object& object);
     void (*encode)(const Object& object, NSArchiver& coder);
-    /// Gives nil only after it has let `coder` fail; null when no object can be made of this class.
+    /// Returns nil only after a failure of `coder`. Null for a class without instances.
     Object (*decode)(NSUnarchiver& coder);
 };
 
 using ArchivedClasses = std::span<const ArchivedClass>;
 
-/// The row of a class with the two operations of the platform's coding protocol:
+/// The row for a class with the two operations of the coding protocol:
 ///   void encodeWithCoder(NSArchiver& coder) const                          (`encodeWithCoder:`)
 ///   static std::shared_ptr<const T> initWithCoder(NSUnarchiver& coder)     (`initWithCoder:`)
 template <class T>
@@ -48,11 +48,10 @@ constexpr ArchivedClass archivedClass(std::string_view name, std::int32_t versio
             [](NSUnarchiver& coder) -> Object { return T::initWithCoder(coder); }};
 }
 
-/// The row named `name`, looked for in `classes` first and then among the platform's; null when there is
-/// none.
+/// The row called `name` in `classes`, otherwise in the platform's table; null if there is none.
 const ArchivedClass* findArchivedClass(ArchivedClasses classes, std::string_view name);
 
-/// Likewise the row under which `object` is written.
+/// The row as which `object` is written, from the same tables; null if there is none.
 const ArchivedClass* findArchivedClass(ArchivedClasses classes, const Object& object);
 
 } // namespace kestrine

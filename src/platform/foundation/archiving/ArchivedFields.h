@@ -1,5 +1,4 @@
-// ArchivedField: a class's members as rows of a table in archive order, so that writing and reading them
-// cannot differ.
+// ArchivedField: an archived member of a class. Writing and reading use one table of them, in archive order.
 #pragma once
 
 #include "platform/foundation/archiving/NSArchiver.h"
@@ -12,10 +11,10 @@ namespace kestrine {
 /// In the place of a class version: no version stores the member.
 inline constexpr std::uint32_t neverArchived = 0xffffffff;
 
-/// The member's type is the type code: "@" for a string that may be nil, "c", "i" and "f" for the numbers.
+/// The type of the member determines the type code: "@" for an optional string, "c", "i" and "f" for numbers.
 template <class T>
 struct ArchivedField {
-    /// The name under which key-value coding reaches the member; the archive does not store it.
+    /// The key for key-value coding. The archive does not store it.
     std::string_view key;
     std::variant<OptionalString T::*, std::int8_t T::*, std::int32_t T::*, float T::*> member;
     /// The first version of the class that stores it, or neverArchived.

@@ -1,4 +1,3 @@
-// The two layouts of archived index sets: plain pairs, and pairs packed into a block of bytes.
 #include "platform/foundation/archiving/IndexSetCoding.h"
 
 #include "platform/foundation/NSData.h"
@@ -12,7 +11,7 @@ namespace {
 
 using Numbers = std::vector<std::uint64_t>;
 
-/// What an archived set consists of, whatever its groups were.
+/// The values of an archived set, independent of their grouping.
 struct Parts {
     Numbers integers;
     std::optional<Bytes> block;
@@ -22,7 +21,7 @@ void takeBlock(Parts& parts, ByteView block, NSUnarchiver& coder) {
     if (parts.block) {
         coder.fail(Reason::malformed, "an archived index set has two blocks of bytes");
     }
-    // Two bytes can become a range of sixteen.
+    // Two packed bytes can become a range of sixteen bytes.
     if (coder.spendWork(16 * block.size())) {
         parts.block = Bytes(block.begin(), block.end());
     }
@@ -32,7 +31,7 @@ void takeInteger(Parts& parts, NSUnarchiver& coder) {
     const bool isUnsigned = coder.nextTypeCode() == 'Q';
     const auto integer = coder.decodeValue<std::int64_t>();
     if (integer < 0 && !isUnsigned) {
-        coder.fail(Reason::malformed, "an archived index set holds a negative number");
+        coder.fail(Reason::malformed, "an archived index set contains a negative number");
     }
     parts.integers.push_back(static_cast<std::uint64_t>(integer));
 }
@@ -47,7 +46,7 @@ Parts takeParts(NSUnarchiver& coder) {
             if (const auto* data = dynamic_cast<const NSData*>(object.get())) {
                 takeBlock(parts, data->bytes(), coder);
             } else {
-                coder.fail(Reason::malformed, "an archived index set holds a foreign object");
+                coder.fail(Reason::malformed, "an archived index set contains an object of another class");
             }
         } else {
             takeInteger(parts, coder);
@@ -56,7 +55,7 @@ Parts takeParts(NSUnarchiver& coder) {
     return parts;
 }
 
-/// The numbers packed in `block`; nothing when the last ends early or one exceeds 64 bits.
+/// The numbers packed in `block`. Empty if the last one is incomplete or one has more than 64 bits.
 std::optional<Numbers> unpack(const Bytes& block) {
     Numbers numbers;
     std::uint64_t number = 0;
@@ -77,7 +76,7 @@ std::optional<Numbers> unpack(const Bytes& block) {
     return shift == 0 ? std::optional(std::move(numbers)) : std::nullopt;
 }
 
-/// The locations and lengths, alternating; nothing when the parts do not fit together.
+/// The locations and lengths, alternating. Empty if the parts do not match.
 std::optional<Numbers> pairsOf(Parts parts) {
     std::optional<std::uint64_t> count;
     if (!parts.integers.empty()) {
@@ -99,7 +98,7 @@ std::optional<Numbers> pairsOf(Parts parts) {
 Object decodeIndexSet(NSUnarchiver& coder) {
     const std::optional<Numbers> pairs = pairsOf(takeParts(coder));
     if (!pairs) {
-        coder.fail(Reason::malformed, "an archived index set has no known layout");
+        coder.fail(Reason::malformed, "an archived index set has an unknown layout");
         return nullptr;
     }
     std::vector<NSRange> ranges;
@@ -112,7 +111,7 @@ Object decodeIndexSet(NSUnarchiver& coder) {
 void encodeIndexSet(const Object& object, NSArchiver& coder) {
     const auto encode = [&coder](std::size_t number) {
         if (number > std::numeric_limits<std::uint32_t>::max()) {
-            coder.fail(Reason::tooLarge, "an index set reaches beyond what an archive can hold");
+            coder.fail(Reason::tooLarge, "an index set has an index above 32 bits");
         }
         coder.encodeValue(static_cast<std::uint32_t>(number));
     };

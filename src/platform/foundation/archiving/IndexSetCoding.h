@@ -1,5 +1,5 @@
-// IndexSetCoding: how an NSIndexSet lies in an archive. Writing knows one layout; reading takes all that are
-// plausible, because several generations of the platform wrote them.
+// IndexSetCoding: the layouts of an archived NSIndexSet. Writing uses one layout. Reading accepts all
+// plausible ones, because versions of the platform used different layouts.
 #pragma once
 
 #include "platform/foundation/NSIndexSet.h"
@@ -9,12 +9,12 @@ namespace kestrine {
 class NSArchiver;
 class NSUnarchiver;
 
-/// The number of ranges, then each range's location and length, all as "I". Lets `coder` fail with tooLarge
-/// when one of them needs more than 32 bits.
+/// Writes the number of ranges, then the location and length of each range, all as "I". `coder` fails with
+/// tooLarge if a number needs more than 32 bits.
 void encodeIndexSet(const Object& object, NSArchiver& coder);
 
-/// Reads a count and location, length pairs in any integer codes, or with a block of bytes (or an NSData) in
-/// place of the pairs, which then holds them packed seven bits to the byte, lowest first.
+/// Reads a count and pairs of location and length, with any integer codes. A block of bytes or an NSData may
+/// replace the pairs. It packs them with seven bits per byte, lowest bits first.
 Object decodeIndexSet(NSUnarchiver& coder);
 
 } // namespace kestrine

@@ -1,4 +1,5 @@
-// Which class an object is written as, sharing, and the bound on nesting. The bytes are TypedStreamWriter's.
+// Chooses the class of each object, detects shared objects and limits nesting. TypedStreamWriter writes the
+// bytes.
 #include "platform/foundation/archiving/NSArchiver.h"
 
 #include "platform/foundation/archiving/TypedStreamFormat.h"
@@ -37,7 +38,7 @@ void NSArchiver::encodeObject(const Object& object) {
         return writer_.writeReference(known->second);
     }
     if (depth_ == typedstream::depthLimit) {
-        return fail(Reason::tooLarge, "objects are nested too deep to be archived");
+        return fail(Reason::tooLarge, "objects are nested too deeply for an archive");
     }
     ++depth_;
     writeNewObject(object);
@@ -48,7 +49,7 @@ void NSArchiver::writeNewObject(const Object& object) {
     const ArchivedClass* itsClass = classOf(object);
     std::vector<ClassVersion> chain;
     if (itsClass == nullptr || !collectChain(*itsClass, chain)) {
-        return fail(Reason::unsupported, "an object's class cannot be archived");
+        return fail(Reason::unsupported, "objects of this class cannot be archived");
     }
     written_.emplace(object, writer_.beginObject(chain));
     itsClass->encode(object, *this);

@@ -1,11 +1,12 @@
-// NSArchiver: turns an object and all it holds into a typedstream, and is the coder an object writes itself
-// to. An object that is met again, told by identity, becomes a reference.
+// NSArchiver: writes an object and all objects in it as a typedstream. It is also the coder that the objects'
+// classes write to. An object that occurs again (the same object, not an equal one) is written as a
+// reference.
 #pragma once
 
 #include "platform/foundation/NSData.h"
-#include "platform/foundation/text/NSString.h"
 #include "platform/foundation/archiving/ArchivedClass.h"
 #include "platform/foundation/archiving/TypedStreamWriter.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/Result.h"
 
 #include <unordered_map>
@@ -14,41 +15,40 @@ namespace kestrine {
 
 class NSArchiver {
 public:
-    /// Objects of the platform's classes and of `classes` can be archived; the table must outlive the
-    /// archiver.
+    /// Archives objects of the platform's classes and of `classes`. The table must outlive the archiver.
     explicit NSArchiver(ArchivedClasses classes = {}) : classes_(classes) {}
 
-    /// `archivedDataWithRootObject:`. Fails with unsupported when an object's class is in no table, and with
-    /// tooLarge when objects are nested deeper than could be read again.
+    /// `archivedDataWithRootObject:`. Fails with unsupported if the class of an object is in no table, and
+    /// with tooLarge if objects are nested deeper than NSUnarchiver allows.
     static Result<std::shared_ptr<const NSData>> archivedDataWithRootObject(const Object& root,
                                                                             ArchivedClasses classes = {});
 
-    /// `encodeClassName:intoClassName:`: objects of the class `trueName` are written as `inArchiveName`,
-    /// such as every NSArray as NSMutableArray. Both must be in the tables.
+    /// `encodeClassName:intoClassName:`: writes objects of the class `trueName` as `inArchiveName`, for
+    /// example every NSArray as NSMutableArray. Both must be in the tables.
     void encodeClassName(std::string_view trueName, std::string_view inArchiveName);
 
-    /// As archivedDataWithRootObject(), once per archiver.
+    /// As archivedDataWithRootObject(). To be called once per archiver.
     Result<std::shared_ptr<const NSData>> archivedData(const Object& root);
 
-    // What a class calls from its encodeWithCoder:. Each call writes one group.
+    // For the encodeWithCoder: of a class. Each call writes one group.
 
-    /// `encodeObject:`; nil is legal.
+    /// `encodeObject:`. The object may be nil.
     void encodeObject(const Object& object);
     void encodeString(const OptionalString& string) { encodeObject(string ? string->object() : nullptr); }
-    /// `encodeValueOfObjCType:at:` for a number, under the type code of exactly this type.
+    /// `encodeValueOfObjCType:at:` for a number, with the type code of T.
     template <class T>
     void encodeValue(T value) {
         constexpr char code = typeCode<T>;
         writer_.writeType({&code, 1});
         writer_.writeNumber(value);
     }
-    /// Counted bytes, code '+'.
+    /// Bytes with their count, code '+'.
     void encodeBytes(ByteView bytes);
-    /// `encodeArrayOfObjCType:count:at:` of single bytes, which does not store their number as a value.
+    /// `encodeArrayOfObjCType:count:at:` for single bytes. Only the type string contains their number.
     void encodeArrayOfBytes(ByteView bytes);
     /// A C string, code '*'.
     void encodeCString(std::string_view text);
-    /// Makes the whole archive fail. The first failure stays.
+    /// Makes the whole archive fail. Later failures are ignored.
     void fail(Reason reason, const char* text);
 
 private:

@@ -1,4 +1,4 @@
-// NSNull: an object that stands for nothing where nil cannot, as an element of a list.
+// NSNull: a placeholder object for collections, which cannot contain nil.
 #pragma once
 
 #include "platform/foundation/NSObject.h"

@@ -1,5 +1,6 @@
-// Objects are built in the order in which the archive ends them: whatever an object holds exists before it,
-// so nothing recurses, and what does not exist yet is an object that holds itself.
+// Objects are created in the order in which they end in the archive. An object is therefore created after the
+// objects in it, without recursion. A reference to an object that does not exist yet means that the object
+// contains itself.
 #include "platform/foundation/archiving/NSUnarchiver.h"
 
 #include "platform/foundation/archiving/TypedStreamFormat.h"
@@ -10,7 +11,7 @@ namespace kestrine {
 Result<Object> NSUnarchiver::unarchiveObjectWithData(ByteView data, ArchivedClasses classes) {
     TypedStream stream = TRY(readTypedStream(data));
     if (!stream.root) {
-        return Failure{Reason::empty, "the archive holds nil"};
+        return Failure{Reason::empty, "the archive contains nil"};
     }
     return NSUnarchiver(std::move(stream), classes).unarchive();
 }
@@ -34,11 +35,11 @@ void NSUnarchiver::build(ObjectIndex index) {
     const std::string_view name = stream_.classes[current_->itsClass.position].name;
     const ArchivedClass* row = findArchivedClass(classes_, name);
     if (row == nullptr || row->decode == nullptr) {
-        return fail(Reason::unsupported, "the archive holds an object of an unknown class");
+        return fail(Reason::unsupported, "the archive contains an object of an unknown class");
     }
     Object object = row->decode(*this);
     if (object == nullptr) {
-        fail(Reason::malformed, "a class refused its archived values");
+        fail(Reason::malformed, "the archived values of an object are not valid");
     } else if (valuesLeft() != 0) {
         fail(Reason::malformed, "an archived object has too many values");
     }
@@ -67,14 +68,14 @@ const Content* NSUnarchiver::takeAs(const char* complaint) {
 }
 
 std::int64_t NSUnarchiver::takeInteger() {
-    const auto* integer = takeAs<std::int64_t>("an archived value is no integer");
+    const auto* integer = takeAs<std::int64_t>("an archived value is not an integer");
     return integer == nullptr ? 0 : *integer;
 }
 
 double NSUnarchiver::takeFloat() {
     const char code = nextTypeCode();
     if (code == 'f' || code == 'd') {
-        const auto* number = takeAs<double>("an archived value is no number");
+        const auto* number = takeAs<double>("an archived value is not a number");
         return number == nullptr ? 0 : *number;
     }
     const std::int64_t integer = takeInteger();
@@ -89,13 +90,13 @@ Object NSUnarchiver::decodeObject() {
     }
     const auto* index = std::get_if<ObjectIndex>(&value->content);
     if (index == nullptr && value->code != '@') {
-        fail(Reason::malformed, "an archived value is no object");
+        fail(Reason::malformed, "an archived value is not an object");
     }
     if (index == nullptr) {
         return nullptr;
     }
     if (built_[index->position] == nullptr) {
-        fail(Reason::malformed, "an archived object holds itself");
+        fail(Reason::malformed, "an archived object contains itself");
     }
     return built_[index->position];
 }
@@ -104,19 +105,19 @@ OptionalString NSUnarchiver::decodeString() {
     const Object object = decodeObject();
     const OptionalString string = NSString::fromObject(object);
     if (object != nullptr && !string) {
-        fail(Reason::malformed, "an archived object is no text");
+        fail(Reason::malformed, "an archived object is not a string");
     }
     return string;
 }
 
 ByteView NSUnarchiver::decodeBytes() {
-    const auto* bytes = takeAs<ByteView>("an archived value is no block of bytes");
+    const auto* bytes = takeAs<ByteView>("an archived value is not a byte array");
     return bytes == nullptr ? ByteView{} : *bytes;
 }
 
 std::string_view NSUnarchiver::decodeCString() {
     if (nextTypeCode() != '*') {
-        fail(Reason::malformed, "an archived value is no C string");
+        fail(Reason::malformed, "an archived value is not a C string");
     }
     const auto* text = takeAs<std::string_view>("an archived C string is nil");
     return text == nullptr ? std::string_view{} : *text;

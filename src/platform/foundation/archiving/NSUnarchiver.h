@@ -1,10 +1,10 @@
-// NSUnarchiver: makes objects from a typedstream, and is the coder an object reads itself from.
-// A class sees the values of its object as one flat list and must take them all, no more and no fewer.
+// NSUnarchiver: creates objects from a typedstream. It is also the coder that the objects' classes read from.
+// The values of an object are one flat list. Its class must read all of them.
 #pragma once
 
-#include "platform/foundation/text/NSString.h"
 #include "platform/foundation/archiving/ArchivedClass.h"
 #include "platform/foundation/archiving/TypedStream.h"
+#include "platform/foundation/text/NSString.h"
 #include "platform/host/Result.h"
 
 #include <type_traits>
@@ -13,41 +13,41 @@ namespace kestrine {
 
 class NSUnarchiver {
 public:
-    /// `unarchiveObjectWithData:`. Objects of the platform's classes and of `classes` are understood; one of
-    /// any other class makes the whole archive fail. The result is never nil: a nil root is a failure.
+    /// `unarchiveObjectWithData:`. Supports objects of the platform's classes and of `classes`. An object of
+    /// any other class makes the whole archive fail, and so does a nil root, so the result is never nil.
     static Result<Object> unarchiveObjectWithData(ByteView data, ArchivedClasses classes = {});
 
-    // What a class calls from its initWithCoder:. A failure makes the whole archive fail; from then on every
-    // value is zero and every object nil, so a class need not look for it in between.
+    // For the initWithCoder: of a class. A failure makes the whole archive fail. After it, all values are
+    // zero and all objects nil, so a class need not check each call.
 
-    /// `decodeObject`; may be nil. The same object in the archive gives the same object here.
+    /// `decodeObject`: may be nil. An object that occurs several times in the archive gives one object.
     Object decodeObject();
-    /// An object that is a text, or nil.
+    /// A string or nil. Any other object is a failure.
     OptionalString decodeString();
-    /// `decodeValueOfObjCType:at:` for a number. Any integer code will do for an integral T, which keeps the
-    /// low bits, and any number at all for a floating T, which rounds to its own width.
+    /// `decodeValueOfObjCType:at:` for a number. An integral T accepts all integer codes and keeps the low
+    /// bits. A floating-point T accepts all number codes and rounds.
     template <class T>
     T decodeValue();
-    /// Bytes of a counted or plain array of bytes; they live as long as the archive's data.
+    /// The content of a byte array, with or without a count. Valid as long as the archive's data.
     ByteView decodeBytes();
-    /// A C string; it lives as long as the archive's data.
+    /// A C string. Valid as long as the archive's data.
     std::string_view decodeCString();
 
-    /// Type code of the next value ('[' for an array of single bytes), or '\0' when there is none.
+    /// The type code of the next value ('[' for an array of single bytes), or '\0' if there is none.
     char nextTypeCode() const;
-    /// Number of values not yet taken.
+    /// The number of values that are not yet read.
     std::size_t valuesLeft() const { return current_->values.size() - taken_; }
 
-    /// `versionForClassName:`: the version stored beside this name, as unsigned 32 bits; NSNotFound when the
-    /// archive names no such class. A name stored twice means the class of the object being read, or else
-    /// the first of them.
+    /// `versionForClassName:`: the version that the archive stores for this class, as an unsigned 32-bit
+    /// number; NSNotFound if the archive has no such class. If the archive has the name twice, the class of
+    /// the current object counts, otherwise the first class with that name.
     std::size_t versionForClassName(std::string_view name) const;
 
-    /// To be called before a class unfolds or compares `bytes` bytes of an object that may be shared: beyond
-    /// the limit (workLimit) the whole archive fails, and false is answered.
+    /// To be called before a class expands or compares `bytes` bytes of an object that may be shared. If the
+    /// sum exceeds typedstream::workLimit, the whole archive fails and the result is false.
     bool spendWork(std::size_t bytes);
 
-    /// Makes the whole archive fail. The first failure stays.
+    /// Makes the whole archive fail. Later failures are ignored.
     void fail(Reason reason, const char* text);
     bool failed() const { return failure_.has_value(); }
 
@@ -63,7 +63,7 @@ private:
 
     TypedStream stream_;
     ArchivedClasses classes_;
-    /// By ObjectIndex; nil for what is not complete yet.
+    /// By ObjectIndex; nil until an object is complete.
     std::vector<Object> built_;
     const TypedObject* current_ = nullptr;
     std::size_t taken_ = 0;

@@ -1,4 +1,3 @@
-// Parsing of type strings, by descent into brackets with a bound on their depth.
 #include "platform/foundation/archiving/TypeEncoding.h"
 
 #include "platform/foundation/archiving/TypedStreamFormat.h"
@@ -16,7 +15,7 @@ public:
 
     Result<TypeEncoding> parse() {
         if (!parseItems() || position_ != text_.size() || items_.empty()) {
-            return Failure{Reason::malformed, "a type string is not well formed"};
+            return Failure{Reason::malformed, "a type string is malformed"};
         }
         return std::move(items_);
     }

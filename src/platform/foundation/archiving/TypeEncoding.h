@@ -1,4 +1,4 @@
-// TypeEncoding: a type string such as "i", "[12c]" or "{?=ff}", checked once and then walked many times.
+// TypeEncoding: a parsed type string such as "i", "[12c]" or "{?=ff}".
 #pragma once
 
 #include "platform/host/Result.h"
@@ -8,22 +8,23 @@
 
 namespace kestrine {
 
-/// One code or bracket of a type string. The items inside a bracket follow it directly.
+/// One code or bracket of a type string. The items inside a bracket follow directly.
 struct TypeItem {
     char code;
-    /// How often the items inside stand in a row: the number of an array, 1 for all others.
+    /// How often the items inside are repeated: the length of an array; 1 for all others.
     std::uint64_t count;
-    /// Position of the item after this one and all that is inside it.
+    /// The position after this item and the items inside it.
     std::size_t end;
 };
 
 /// Never empty.
 using TypeEncoding = std::vector<TypeItem>;
 
-/// Fails on an empty text, an unknown code, and brackets that do not match or nest too deep.
+/// Fails with malformed for an empty string, an unknown code, unbalanced brackets, and brackets nested deeper
+/// than typedstream::depthLimit.
 Result<TypeEncoding> parseTypeEncoding(std::string_view text);
 
-/// The code under which a number of type T is archived.
+/// The type code for numbers of type T.
 template <class T>
 inline constexpr char typeCode = '\0';
 template <>

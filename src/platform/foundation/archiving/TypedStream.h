@@ -1,5 +1,5 @@
-// TypedStream: one archive taken apart, before anything is known about what its classes mean.
-// Values are flat: structures and arrays are replaced by their members, and an object's groups by one list.
+// TypedStream: the parsed content of an archive, independent of the meaning of its classes.
+// The values of an object are one flat list: groups, structures and arrays are replaced by their members.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -10,7 +10,7 @@
 
 namespace kestrine {
 
-/// Positions in TypedStream::objects and TypedStream::classes.
+/// A position in TypedStream::objects or TypedStream::classes.
 struct ObjectIndex {
     std::size_t position;
 };
@@ -19,10 +19,11 @@ struct ClassIndex {
 };
 
 struct TypedValue {
-    /// The type code under which it was stored; '[' for an array of single bytes, which is one value.
+    /// The stored type code; '[' for an array of single bytes, which is one value.
     char code;
-    /// By code: nothing for a nil of any kind; an integer for c C B s S i I l L q Q (Q: its bits); a double
-    /// for f and d; text for * : and %; bytes for + and [; an object for @; a class for #.
+    /// Depends on the code: an integer for c C B s S i I l L q Q (for Q, the same bits); a double for f and
+    /// d; a string for * : and %; bytes for + and [; an object for @; a class for #. Nothing for nil of any
+    /// code.
     std::variant<std::monostate, std::int64_t, double, std::string_view, ByteView, ObjectIndex, ClassIndex>
         content;
 };
@@ -38,14 +39,15 @@ struct TypedObject {
     std::vector<TypedValue> values;
 };
 
-/// Texts and bytes are looked at, not owned: they live in the bytes that were read.
+/// Strings and bytes refer to the bytes of the archive, which must outlive this object.
 struct TypedStream {
     std::vector<TypedClass> classes;
-    /// In the order in which they begin.
+    /// In the order of their starts in the archive.
     std::vector<TypedObject> objects;
-    /// All objects in the order in which they end: one comes after those it holds, unless they hold it, too.
+    /// All objects in the order of their ends in the archive: each object after the objects in it, unless
+    /// they contain each other.
     std::vector<ObjectIndex> finished;
-    /// Nothing when the root is nil.
+    /// Empty if the root is nil.
     std::optional<ObjectIndex> root;
 };
 

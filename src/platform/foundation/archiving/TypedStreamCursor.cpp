@@ -1,4 +1,3 @@
-// The byte level of an archive: header, tagged integers, floats, and the table of shared strings.
 #include "platform/foundation/archiving/TypedStreamCursor.h"
 
 #include <bit>
@@ -29,10 +28,10 @@ void TypedStreamCursor::readHeader() {
         textOf(length == littleEndianSignature.size() ? readBytes(length) : ByteView{});
     bigEndian_ = signature == bigEndianSignature;
     if (!bigEndian_ && signature != littleEndianSignature) {
-        return fail(Reason::malformed, "the data is no typedstream");
+        return fail(Reason::malformed, "the data is not a typedstream");
     }
     if (version != streamerVersion) {
-        return fail(Reason::unsupported, "the typedstream has another streamer version");
+        return fail(Reason::unsupported, "the typedstream has an unknown streamer version");
     }
     readInteger();
 }
@@ -47,7 +46,7 @@ bool TypedStreamCursor::take(Head head) {
 
 ByteView TypedStreamCursor::readBytes(std::uint64_t count) {
     if (count > rest_.size()) {
-        fail(Reason::truncated, "the typedstream ends early");
+        fail(Reason::truncated, "the typedstream is incomplete");
         return {};
     }
     const ByteView bytes = rest_.first(static_cast<std::size_t>(count));
@@ -82,7 +81,7 @@ std::int64_t TypedStreamCursor::readInteger() {
         break;
     }
     if (head > 0x7f && head <= lastReservedHead) {
-        fail(Reason::malformed, "a tag stands where a number is expected");
+        fail(Reason::malformed, "a number is expected and a tag is found");
         return 0;
     }
     return static_cast<std::int8_t>(head);
@@ -130,7 +129,7 @@ std::optional<std::size_t> TypedStreamCursor::readReference(std::size_t entries)
         return std::nullopt;
     }
     if (reference < firstReference || reference >= firstReference + static_cast<std::int64_t>(entries)) {
-        fail(Reason::malformed, "a reference leads nowhere");
+        fail(Reason::malformed, "a reference has no target");
         return std::nullopt;
     }
     return static_cast<std::size_t>(reference - firstReference);

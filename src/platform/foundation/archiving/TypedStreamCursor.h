@@ -1,5 +1,5 @@
-// TypedStreamCursor: a place in the bytes of an archive, and what can be read there without knowing objects.
-// Its failure is sticky: the first one stays, and from then on every read gives zero, nothing or null.
+// TypedStreamCursor: reads the basic elements of an archive one after another.
+// After the first failure every read gives zero, an empty value or null. Later failures are ignored.
 #pragma once
 
 #include "platform/foundation/archiving/TypeEncoding.h"
@@ -11,39 +11,40 @@
 
 namespace kestrine {
 
-/// An entry of the table of shared strings.
+/// An entry in the table of shared strings.
 struct SharedString {
     std::string_view text;
-    /// What the text means as a type string; empty until it is used as one.
+    /// The text parsed as a type string; empty until it is used as one.
     TypeEncoding encoding;
 };
 
 class TypedStreamCursor {
 public:
-    /// The bytes must outlive the cursor and everything read through it.
+    /// The bytes must outlive the cursor and everything that it returns.
     explicit TypedStreamCursor(ByteView bytes) : rest_(bytes) {}
 
     bool failed() const { return failure_.has_value(); }
     const Failure& failure() const { return *failure_; }
     void fail(Reason reason, const char* text);
 
-    /// The streamer version, the signature, which sets the byte order, and the system version.
+    /// Reads the streamer version, the signature, which sets the byte order, and the system version.
     void readHeader();
 
-    /// Steps over the next byte if it is `head`; at the end of the bytes it is not.
+    /// Skips the next byte if it is `head`, and returns whether it was. False at the end of the bytes.
     bool take(typedstream::Head head);
 
     std::uint8_t readByte();
     ByteView readBytes(std::uint64_t count);
-    /// An integer in any of its forms.
+    /// An integer in any form.
     std::int64_t readInteger();
-    /// A whole number in any form of an integer, or `width` (4 or 8) raw bytes.
+    /// A floating-point number: an integer in any form, or a raw number of `width` (4 or 8) bytes.
     double readFloat(std::size_t width);
-    /// A length and as many bytes; nothing for nil.
+    /// A length and as many bytes; empty for nil.
     std::optional<ByteView> readCountedBytes();
-    /// A new or an earlier shared string, null for nil. It stays where it is while more are read.
+    /// A new shared string or a reference to an earlier one; null for nil. The pointer stays valid during
+    /// later reads.
     SharedString* readSharedString();
-    /// A reference into a table that has `entries` entries so far.
+    /// A reference to an entry of a table with `entries` entries, as its index.
     std::optional<std::size_t> readReference(std::size_t entries);
 
 private:

@@ -1,5 +1,5 @@
-// Groups, values, classes and objects of an archive. Nesting is followed by recursion up to a fixed depth;
-// a reference is only noted, never followed, so an object may well hold itself.
+// Nested objects are read by recursion up to a fixed depth. References are recorded and not followed, so an
+// object may contain itself.
 #include "platform/foundation/archiving/TypedStreamReader.h"
 
 #include "platform/foundation/archiving/TypedStreamCursor.h"
@@ -13,7 +13,7 @@ namespace {
 using Content = decltype(TypedValue::content);
 using Values = std::vector<TypedValue>;
 
-/// Whether the array at `index` is one of single bytes, which are stored as they are.
+/// Whether the item at `index` is an array of single bytes, which are stored unchanged.
 bool isBlock(const TypeEncoding& type, std::size_t index) {
     const char element = type[index + 1].code;
     return type[index].end == index + 2 && (element == 'c' || element == 'C');
@@ -27,7 +27,7 @@ public:
         cursor_.readHeader();
         const TypeEncoding* type = readType();
         if (type != nullptr && (type->size() != 1 || type->front().code != '@')) {
-            cursor_.fail(Reason::malformed, "the archive does not begin with an object");
+            cursor_.fail(Reason::malformed, "the archive does not start with an object");
         }
         const Content root = readObject();
         if (cursor_.failed()) {
@@ -56,12 +56,12 @@ private:
     template <class T>
     Content readReferenceTo();
 
-    /// One level of nesting, as long as it lives.
+    /// Counts one level of nesting during its lifetime.
     class Level {
     public:
         explicit Level(TypedStreamReader& reader) : reader_(reader) {
             if (++reader_.depth_ > depthLimit) {
-                reader_.cursor_.fail(Reason::tooLarge, "the archive is nested too deep");
+                reader_.cursor_.fail(Reason::tooLarge, "the archive is nested too deeply");
             }
         }
         ~Level() { --reader_.depth_; }
@@ -89,7 +89,7 @@ const TypeEncoding* TypedStreamReader::readType() {
     if (string->encoding.empty()) {
         Result<TypeEncoding> encoding = parseTypeEncoding(string->text);
         if (!encoding) {
-            cursor_.fail(Reason::malformed, "a type string is not well formed");
+            cursor_.fail(Reason::malformed, "a type string is malformed");
             return nullptr;
         }
         string->encoding = *std::move(encoding);
@@ -112,7 +112,7 @@ void TypedStreamReader::readItems(const TypeEncoding& type, std::size_t begin, s
 
 void TypedStreamReader::readItem(const TypeEncoding& type, std::size_t index, Values& into) {
     if (++itemsRead_ > valueLimit) {
-        return cursor_.fail(Reason::tooLarge, "the archive holds too many values");
+        return cursor_.fail(Reason::tooLarge, "the archive contains too many values");
     }
     const char code = type[index].code;
     if (code == '[' && isBlock(type, index)) {
@@ -179,7 +179,7 @@ Content TypedStreamReader::readSelector() {
     return string != nullptr ? Content(string->text) : Content();
 }
 
-/// An entry of the shared table that must be a T.
+/// A reference to an entry of the shared table, which must be a T.
 template <class T>
 Content TypedStreamReader::readReferenceTo() {
     const auto index = cursor_.readReference(shared_.size());
@@ -189,7 +189,7 @@ Content TypedStreamReader::readReferenceTo() {
     if (const T* entry = std::get_if<T>(&shared_[*index])) {
         return *entry;
     }
-    cursor_.fail(Reason::malformed, "a reference leads to another kind of thing");
+    cursor_.fail(Reason::malformed, "a reference has a target of the wrong kind");
     return {};
 }
 
@@ -202,7 +202,7 @@ Content TypedStreamReader::readCString() {
     }
     const SharedString* string = cursor_.readSharedString();
     if (string == nullptr) {
-        cursor_.fail(Reason::malformed, "a C string has no text");
+        cursor_.fail(Reason::malformed, "a new C string is nil");
         return {};
     }
     shared_.emplace_back(string->text);
@@ -242,8 +242,8 @@ Content TypedStreamReader::readClass() {
     return cursor_.take(fresh) ? readNewClasses() : readReferenceTo<ClassIndex>();
 }
 
-/// A new class, whose mark has been read, and its superclasses, the new ones among them likewise. None of
-/// them may be referred to before the last is known, which rules out that a class descends from itself.
+/// Reads a new class after its mark, together with its new superclasses. References to these classes become
+/// valid only after the last one is read, so no class can be its own superclass.
 Content TypedStreamReader::readNewClasses() {
     const std::size_t first = stream_.classes.size();
     do {

@@ -1,4 +1,4 @@
-// TypedStreamReader: takes the bytes of an archive apart. It knows the container and no class.
+// TypedStreamReader: parses the bytes of an archive. It is independent of the archived classes.
 #pragma once
 
 #include "platform/foundation/archiving/TypedStream.h"
@@ -6,9 +6,9 @@
 
 namespace kestrine {
 
-/// Reads the header and the first group, which must be one object; bytes behind it are not looked at. Both
-/// byte orders are understood. The result looks into `bytes`, which must outlive it. Memory stays within some
-/// forty times their number, and nesting within a fixed depth, whatever the bytes.
+/// Reads the header and the first group, which must be one object. Further bytes are ignored. Both byte
+/// orders are supported. The result refers to `bytes`, which must outlive it. For any input the result takes
+/// at most about forty times the memory of `bytes`, and nesting is limited.
 Result<TypedStream> readTypedStream(ByteView bytes);
 
 } // namespace kestrine

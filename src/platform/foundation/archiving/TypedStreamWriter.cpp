@@ -1,4 +1,3 @@
-// The forms of numbers, strings, classes and objects, each the shortest that the platform would choose.
 #include "platform/foundation/archiving/TypedStreamWriter.h"
 
 #include "platform/foundation/archiving/TypedStreamFormat.h"
@@ -12,7 +11,8 @@ using namespace typedstream;
 
 namespace {
 
-/// Whole numbers from this up to, but not including, its negative are stored as integers.
+/// Floating-point numbers without a fraction are stored as integers if they are in the range from this
+/// number, included, to its negative, excluded.
 constexpr double leastWholeFloat = -2147483646.0;
 
 bool isStoredAsInteger(double value) {

@@ -1,5 +1,5 @@
-// TypedStreamWriter: writes the container byte for byte as the platform does, in little-endian order.
-// It numbers what is shared and knows no class; whoever calls it keeps groups and objects well formed.
+// TypedStreamWriter: writes the container format byte for byte as the platform does, in little-endian order.
+// It is independent of the archived classes. The caller is responsible for complete groups and objects.
 #pragma once
 
 #include "platform/foundation/archiving/TypeEncoding.h"
@@ -13,7 +13,7 @@
 
 namespace kestrine {
 
-/// A class as archived: its name and the version it has now.
+/// The name and version of a class in the archive.
 struct ClassVersion {
     std::string_view name;
     std::int32_t version;
@@ -23,10 +23,10 @@ class TypedStreamWriter {
 public:
     TypedStreamWriter();
 
-    /// Begins a group; the values that `type` lists must follow.
+    /// Starts a group. The values that `type` lists must follow.
     void writeType(std::string_view type) { writeSharedString(type); }
 
-    /// The value of a number, in the form that its own type code asks for.
+    /// A number, in the form for the type code of T.
     template <class T>
     void writeNumber(T value) {
         static_assert(typeCode<T> != '\0', "not an archived type");
@@ -41,22 +41,22 @@ public:
         }
     }
 
-    /// Bytes as they are, for an array of single bytes.
+    /// Bytes without a count, for an array of single bytes.
     void writeBytes(ByteView bytes) { bytes_.insert(bytes_.end(), bytes.begin(), bytes.end()); }
-    /// Bytes behind their number, for the code '+'.
+    /// The number of bytes and the bytes, for the code '+'.
     void writeCountedBytes(ByteView bytes);
     void writeCString(std::string_view text);
-    /// Nil in the place of an object.
+    /// Nil instead of an object.
     void writeNil();
 
-    /// A new object of the first class in `chain`, which goes on with the superclasses up to the root.
-    /// Returns the object's number. Its groups must follow, then endObject().
+    /// Starts a new object of the first class in `chain`. The superclasses up to the root follow in `chain`.
+    /// Returns the object's number. The groups of the object must follow, then endObject().
     std::size_t beginObject(std::span<const ClassVersion> chain);
     void endObject();
-    /// The object that beginObject() gave this number.
+    /// A reference to the object with this number from beginObject().
     void writeReference(std::size_t number);
 
-    /// All that was written; the writer is of no use afterwards.
+    /// All written bytes. The writer must not be used afterwards.
     Bytes takeBytes() { return std::move(bytes_); }
 
 private:

@@ -1,5 +1,6 @@
-// Walks the objects of a binary property list as libplist will meet them: from the root, each object anew
-// whenever something refers to it. The walk keeps its own stack and gives up at the first bound.
+// Visits the objects of a binary property list in the same way as libplist: from the root, and each object
+// again for every reference to it. Uses a stack of its own instead of recursion, and stops at the first
+// limit.
 #include "platform/foundation/propertylist/PropertyListBounds.h"
 
 #include <algorithm>
@@ -11,23 +12,25 @@ namespace {
 
 constexpr std::string_view header = "bplist00";
 constexpr std::size_t trailerSize = 32;
-constexpr std::uint64_t mostDataBytes = 64 * 1024 * 1024;
+constexpr std::uint64_t maxDataBytes = 64 * 1024 * 1024;
 
-Failure outOfRange() { return {Reason::malformed, "the property list refers to something outside of it"}; }
-Failure unknownObject() { return {Reason::malformed, "the property list holds an object of no known kind"}; }
+Failure outOfRange() { return {Reason::malformed, "the property list has a reference out of range"}; }
+Failure unknownObject() {
+    return {Reason::malformed, "the property list contains an object of an unknown kind"};
+}
 
-/// An object whose references are being followed.
+/// A container whose references are being followed.
 struct OpenObject {
     std::uint64_t index;
     std::uint64_t nextReference; // offset of the reference to follow next
-    std::uint64_t references;    // how many are left
+    std::uint64_t references;    // number of references left
 };
 
-/// What the first bytes of an object say.
+/// The parsed first bytes of an object.
 struct ObjectHead {
     unsigned kind;
     std::uint64_t count;
-    std::uint64_t payload; // offset of what follows the head
+    std::uint64_t payload; // offset of the bytes after the head
 };
 
 class BinaryWalk {
@@ -38,7 +41,7 @@ public:
         if (content_.size() < header.size() + trailerSize)
             return Failure{Reason::truncated, "the property list ends before its trailer"};
         if (!std::equal(header.begin(), header.end(), content_.begin()))
-            return Failure{Reason::unsupported, "the property list is of an unknown version"};
+            return Failure{Reason::unsupported, "the property list has an unknown version"};
         const std::uint64_t trailer = content_.size() - trailerSize;
         offsetSize_ = content_[trailer + 6];
         referenceSize_ = content_[trailer + 7];
@@ -46,7 +49,7 @@ public:
         root_ = bigEndian(trailer + 16, 8);
         offsetTable_ = bigEndian(trailer + 24, 8);
         if (offsetSize_ < 1 || offsetSize_ > 8 || referenceSize_ < 1 || referenceSize_ > 8)
-            return Failure{Reason::malformed, "the property list has references of an impossible size"};
+            return Failure{Reason::malformed, "the property list has invalid reference sizes"};
         if (offsetTable_ < header.size() || offsetTable_ >= trailer)
             return outOfRange();
         if (objectCount_ > (trailer - offsetTable_) / offsetSize_)
@@ -107,15 +110,15 @@ private:
             return outOfRange();
         if (isOpen_[index])
             return Failure{Reason::malformed, "an object of the property list contains itself"};
-        if (++visits_ > mostPropertyListObjects)
-            return Failure{Reason::tooLarge, "the property list stands for too many objects"};
+        if (++visits_ > maxPropertyListObjects)
+            return Failure{Reason::tooLarge, "the property list contains too many objects"};
         const std::uint64_t offset = bigEndian(offsetTable_ + index * offsetSize_, offsetSize_);
         if (offset < header.size() || offset >= offsetTable_)
             return outOfRange();
         return enter(index, TRY(readHead(offset)));
     }
 
-    /// Checks the object itself and, when it holds others, opens it.
+    /// Checks the object, and opens it if it is a container.
     Result<void> enter(std::uint64_t index, const ObjectHead& head) {
         switch (head.kind) {
         case 0x0: // null, false, true
@@ -147,15 +150,15 @@ private:
         if (!fits(offset, count, unitSize))
             return outOfRange();
         dataBytes_ += count * unitSize;
-        if (dataBytes_ > mostDataBytes)
-            return Failure{Reason::tooLarge, "the property list stands for too many bytes"};
+        if (dataBytes_ > maxDataBytes)
+            return Failure{Reason::tooLarge, "the property list contains too many bytes"};
         return {};
     }
 
     Result<void> open(std::uint64_t index, const ObjectHead& head, std::uint64_t referencesEach) {
         if (!fits(head.payload, head.count, referencesEach * referenceSize_))
             return outOfRange();
-        if (open_.size() == deepestPropertyList)
+        if (open_.size() == maxPropertyListDepth)
             return Failure{Reason::tooLarge, "the property list is nested too deeply"};
         open_.push_back({index, head.payload, head.count * referencesEach});
         isOpen_[index] = true;

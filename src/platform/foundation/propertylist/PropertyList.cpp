@@ -12,7 +12,7 @@ namespace kestrine {
 
 namespace {
 
-/// The XML parser knows no byte-order mark.
+/// The XML parser does not support a byte-order mark.
 ByteView withoutByteOrderMark(ByteView content) {
     constexpr std::array<std::uint8_t, 3> mark{0xef, 0xbb, 0xbf};
     const bool hasMark =
@@ -51,7 +51,7 @@ Result<PropertyList> PropertyList::fromBytes(ByteView content) {
         plist_from_xml(text, length, &root);
     Node owner(root);
     if (plist_get_node_type(root) != PLIST_DICT)
-        return Failure{Reason::malformed, "the property list is no dictionary"};
+        return Failure{Reason::malformed, "the property list is not a dictionary"};
     return PropertyList(std::move(owner), form);
 }
 

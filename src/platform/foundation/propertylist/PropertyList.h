@@ -1,5 +1,5 @@
-// PropertyList: a property list whose top is a dictionary, in memory. Whatever it holds is kept when it is
-// written again, so that one value can be changed in a file that others care for.
+// PropertyList: a property list in memory whose root is a dictionary. Writing it keeps all values that were
+// read, so that one value can be changed in a file of another program.
 #pragma once
 
 #include "platform/foundation/NSData.h"
@@ -10,28 +10,28 @@
 
 namespace kestrine {
 
-/// Move-only; owns what it holds.
+/// Move-only; owns its content.
 class PropertyList {
 public:
     enum class Form { binary, xml };
 
-    /// An empty dictionary, to be written in the binary form.
+    /// An empty dictionary in the binary form.
     static PropertyList empty();
 
-    /// Reads either form, telling them apart by content. tooLarge, malformed, truncated, refused or
-    /// unsupported when it cannot be had.
+    /// Reads the binary or the XML form, which it detects from the content. Fails with malformed if the root
+    /// is not a dictionary, and for the reasons of checkPropertyListBounds().
     static Result<PropertyList> fromBytes(ByteView content);
 
-    /// The form it was read in.
+    /// The form from which it was read.
     Form form() const { return form_; }
 
-    /// The data under `key`; null when there is nothing or something else.
+    /// The data for `key`; null if there is no value or a value of another type.
     std::shared_ptr<const NSData> dataForKey(const NSString& key) const;
     void setData(const NSString& key, ByteView data);
 
     Bytes toBinary() const;
     Bytes toXML() const;
-    /// In the form it was read in.
+    /// In the form from which it was read.
     Bytes toBytes() const { return form_ == Form::binary ? toBinary() : toXML(); }
 
 private:

@@ -11,7 +11,7 @@ bool isBinaryPropertyList(ByteView content) {
 }
 
 Result<void> checkPropertyListBounds(ByteView content) {
-    if (content.size() > largestPropertyList)
+    if (content.size() > maxPropertyListSize)
         return Failure{Reason::tooLarge, "the property list is longer than 16 MiB"};
     return isBinaryPropertyList(content) ? checkBinaryPropertyListBounds(content)
                                          : checkXMLPropertyListBounds(content);

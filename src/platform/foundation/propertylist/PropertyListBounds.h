@@ -1,6 +1,6 @@
-// The guard before libplist: what a property list of foreign origin may be like at most. libplist copies
-// an object each time it is referred to, frees recursively and has a few quadratic corners; whatever
-// passes here costs it little time, stack and memory.
+// Limits for property lists from untrusted sources, to be checked before libplist parses them. libplist
+// copies an object for each reference to it, frees recursively, and needs quadratic time in a few cases. A
+// property list within these limits takes little time, stack and memory.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -8,18 +8,20 @@
 
 namespace kestrine {
 
-inline constexpr std::size_t largestPropertyList = 16 * 1024 * 1024; ///< bytes
-inline constexpr std::size_t deepestPropertyList = 512;           ///< arrays and dictionaries in one another
-inline constexpr std::size_t mostPropertyListObjects = 1'000'000; ///< each counted as often as it is reached
+inline constexpr std::size_t maxPropertyListSize = 16 * 1024 * 1024; ///< bytes
+inline constexpr std::size_t maxPropertyListDepth = 512;             ///< nested arrays and dictionaries
+inline constexpr std::size_t maxPropertyListObjects =
+    1'000'000; ///< an object counts once for each reference to it
 
-/// Whether `content` looks like the binary form; all else is taken for XML.
+/// Whether `content` is in the binary form. Everything else is treated as XML.
 bool isBinaryPropertyList(ByteView content);
 
-/// Succeeds when the property list may be parsed; it may still turn out to be malformed. tooLarge for one
-/// beyond a bound, malformed for one that cannot be followed, refused for one that declares entities.
+/// Succeeds if the property list can be parsed safely; it may still be malformed. Fails with tooLarge above a
+/// limit, with malformed, truncated or unsupported for content that cannot be checked, and with refused for
+/// XML that declares entities.
 Result<void> checkPropertyListBounds(ByteView content);
 
-/// The two halves of it, for content of either form that is no longer than largestPropertyList.
+/// The checks for each form, for content of at most maxPropertyListSize bytes.
 Result<void> checkBinaryPropertyListBounds(ByteView content);
 Result<void> checkXMLPropertyListBounds(ByteView content);
 

@@ -42,7 +42,7 @@ Result<NSString> textOfPropertyList(ByteView content) {
     const char* text =
         plist_get_node_type(root) == PLIST_STRING ? plist_get_string_ptr(root, &length) : nullptr;
     if (!text)
-        return Failure{Reason::malformed, "the property list is no text"};
+        return Failure{Reason::malformed, "the property list is not a string"};
     return NSString::fromUTF8({text, length});
 }
 

@@ -1,4 +1,4 @@
-// A property list that holds nothing but one text, in the binary form, as attributes of files keep it.
+// Property lists that consist of one string, in the binary form. Extended attributes contain them.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -7,11 +7,11 @@
 
 namespace kestrine {
 
-/// The text. Fails like PropertyList::fromBytes; malformed also for any other content than one text, and
-/// unsupported for XML.
+/// The string. Fails with unsupported for XML, with malformed for any other content than one string, and for
+/// the reasons of checkPropertyListBounds().
 Result<NSString> textOfPropertyList(ByteView content);
 
-/// What has no place in such a text, a zero or half a surrogate pair, becomes U+FFFD.
+/// Zero characters and lone surrogates cannot be stored. They become U+FFFD.
 Bytes propertyListOfText(const NSString& text);
 
 } // namespace kestrine

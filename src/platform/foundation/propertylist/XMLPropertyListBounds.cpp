@@ -1,5 +1,5 @@
-// Scans the tags of an XML property list, as coarsely as libplist does, and refuses whatever the two might
-// see differently. It checks no more of the grammar than the bounds need.
+// Scans the tags of an XML property list with the simple rules of libplist, and fails if libplist might read
+// the content differently. Checks only the parts of the grammar that matter for the limits.
 #include "platform/foundation/propertylist/PropertyListBounds.h"
 
 #include <algorithm>
@@ -9,18 +9,18 @@ namespace kestrine {
 
 namespace {
 
-/// libplist compares a new key with all others of its dictionary, in the worst case. So many comparisons
-/// are one dictionary of 8192 keys.
-constexpr std::uint64_t mostKeyComparisons = 1u << 25;
+/// In the worst case libplist compares a new key with all other keys of its dictionary. One dictionary with
+/// 8192 keys needs this number of comparisons.
+constexpr std::uint64_t maxKeyComparisons = 1u << 25;
 
-/// For each character reference in a text libplist moves the rest of that text: bytes moved in all.
-constexpr std::uint64_t mostMovedBytes = std::uint64_t{1} << 34;
+/// The number of moved bytes in total: for each character reference libplist moves the rest of the string.
+constexpr std::uint64_t maxMovedBytes = std::uint64_t{1} << 34;
 
-Failure ambiguous() { return {Reason::malformed, "the property list has a tag that is no proper XML"}; }
+Failure ambiguous() { return {Reason::malformed, "the property list has a malformed tag"}; }
 
 bool hasOpenQuote(std::string_view text) { return std::count(text.begin(), text.end(), '"') % 2 != 0; }
 
-/// A dictionary or array whose end is still to come.
+/// A dictionary or array whose end tag is not yet read.
 struct OpenContainer {
     std::string_view name;
     std::uint64_t keys = 0;
@@ -35,7 +35,7 @@ public:
             const std::string_view text = rest_.substr(0, rest_.find('<'));
             movedBytes_ +=
                 static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '&')) * text.size();
-            if (movedBytes_ > mostMovedBytes)
+            if (movedBytes_ > maxMovedBytes)
                 return Failure{Reason::tooLarge, "the property list has too many character references"};
             rest_.remove_prefix(text.size());
             if (!rest_.empty())
@@ -47,9 +47,9 @@ public:
 private:
     Result<void> passMarkup() {
         if (rest_.starts_with("<!--"))
-            return passUnread(4, "-->");
+            return skipSection(4, "-->");
         if (rest_.starts_with("<![CDATA["))
-            return passUnread(9, "]]>");
+            return skipSection(9, "]]>");
         if (rest_.starts_with("<?"))
             return passInstruction();
         if (rest_.starts_with("<!DOCTYPE"))
@@ -57,22 +57,22 @@ private:
         return passTag();
     }
 
-    /// Takes what stands between the first `skip` characters and `closing`, and moves behind that.
+    /// Returns the text from after `skip` characters to `closing`, and continues after `closing`.
     Result<std::string_view> take(std::size_t skip, std::string_view closing) {
         const std::size_t end = rest_.find(closing, skip);
         if (end == std::string_view::npos)
-            return Failure{Reason::truncated, "the property list ends inside of a tag"};
+            return Failure{Reason::truncated, "the property list ends inside a tag"};
         const std::string_view inside = rest_.substr(skip, end - skip);
         rest_.remove_prefix(end + closing.size());
         return inside;
     }
 
-    Result<void> passUnread(std::size_t skip, std::string_view closing) {
+    Result<void> skipSection(std::size_t skip, std::string_view closing) {
         TRY(take(skip, closing));
         return {};
     }
 
-    /// "<?>" is complete to libplist, so one character is skipped.
+    /// libplist accepts "<?>" as complete, so only one character is skipped.
     Result<void> passInstruction() {
         const std::string_view inside = TRY(take(1, "?>"));
         return hasOpenQuote(inside) ? ambiguous() : Result<void>();
@@ -81,7 +81,7 @@ private:
     Result<void> passDocumentType() {
         const std::string_view inside = TRY(take(1, ">"));
         if (inside.find('[') != std::string_view::npos)
-            return Failure{Reason::refused, "the property list declares a document type of its own"};
+            return Failure{Reason::refused, "the property list declares its own document type"};
         return hasOpenQuote(inside) ? ambiguous() : Result<void>();
     }
 
@@ -100,15 +100,15 @@ private:
     static bool isContainer(std::string_view name) { return name == "dict" || name == "array"; }
 
     Result<void> open(std::string_view name, bool isEmpty) {
-        if (++elements_ > mostPropertyListObjects)
+        if (++elements_ > maxPropertyListObjects)
             return Failure{Reason::tooLarge, "the property list has too many objects"};
         if (name == "key" && !open_.empty())
             keyComparisons_ += open_.back().keys++;
-        if (keyComparisons_ > mostKeyComparisons)
-            return Failure{Reason::tooLarge, "the property list has a dictionary of too many keys"};
+        if (keyComparisons_ > maxKeyComparisons)
+            return Failure{Reason::tooLarge, "the property list has a dictionary with too many keys"};
         if (isEmpty || !isContainer(name))
             return {};
-        if (open_.size() == deepestPropertyList)
+        if (open_.size() == maxPropertyListDepth)
             return Failure{Reason::tooLarge, "the property list is nested too deeply"};
         open_.push_back({name});
         return {};
@@ -118,7 +118,7 @@ private:
         if (!isContainer(name))
             return {};
         if (open_.empty() || open_.back().name != name)
-            return Failure{Reason::malformed, "the property list closes what it did not open"};
+            return Failure{Reason::malformed, "the property list has an end tag without a start tag"};
         open_.pop_back();
         return {};
     }

@@ -31,7 +31,7 @@ struct ConverterCloser {
 };
 using ConverterHandle = std::unique_ptr<UnicodeConverter, ConverterCloser>;
 
-/// A converter that stops at the first byte it does not know; null when ICU or the table is missing.
+/// A converter that stops at the first invalid byte; null if ICU or the table is missing.
 ConverterHandle openConverter(const char* name) {
     const UnicodeConverterFunctions& library = unicodeConverterFunctions();
     if (!library.open || !library.close || !library.setToUnicodeCallback || !library.toUnicode
@@ -48,8 +48,7 @@ ConverterHandle openConverter(const char* name) {
     return errorCode > 0 ? nullptr : std::move(converter);
 }
 
-/// ICU's tables turn around three control characters of Shift JIS as mainframes do; a file means them as
-/// ASCII does.
+/// ICU's table for Shift JIS permutes three control characters, as on mainframes. Files use them as in ASCII.
 char16_t asciiControl(char16_t unit) {
     switch (unit) {
     case 0x1c:
@@ -63,8 +62,8 @@ char16_t asciiControl(char16_t unit) {
     }
 }
 
-/// What ICU's tables fill bytes with that have no character, beside C1 control characters: in EUC-JP places
-/// beyond the half-width katakana, in Windows-1253 a byte of Latin 1. The encodings have none of these.
+/// Characters to which ICU's tables map unassigned bytes. The encodings do not contain these characters, and
+/// no C1 control characters either.
 struct Filling {
     NSStringEncoding encoding;
     std::u16string_view characters;

@@ -8,11 +8,11 @@ namespace kestrine {
 
 namespace {
 
-constexpr std::size_t largestField = 4096;
-constexpr std::size_t largestGrowth = 1 << 20;
+constexpr std::size_t maxField = 4096;
+constexpr std::size_t maxGrowth = 1 << 20;
 
 constexpr std::string_view flagLetters = "-+ #0'I";
-/// Longer ones first, so that the first that fits is the right one.
+/// Longer modifiers first, so that the first match is the correct one.
 constexpr std::array<std::string_view, 10> lengthModifiers{"hh", "ll", "h", "l", "L",
                                                            "q",  "j",  "z", "Z", "t"};
 
@@ -27,19 +27,19 @@ struct Conversion {
     char letter = 0;
 };
 
-/// A converted field. Zeros of a padding go between the prefix (sign, "0x") and the body.
+/// A converted field. Padding zeros are inserted between the prefix (sign, "0x") and the body.
 struct Field {
     std::string prefix;
     std::string body;
     bool takesZeros = false;
 };
 
-/// Reads the parts of one conversion, one after the other.
+/// Parses one conversion.
 class ConversionReader {
 public:
     explicit ConversionReader(std::string_view rest) : rest_(rest) {}
 
-    /// Reads all of it, from behind the '%' up to its letter; nothing when the text ends before that.
+    /// Reads from after the '%' to the conversion letter. Empty if the text ends before the letter.
     std::optional<Conversion> read() {
         Conversion conversion;
         skipPosition();
@@ -70,11 +70,11 @@ private:
     std::size_t readDigits() {
         std::size_t number = 0;
         for (; isDigit(); position_++)
-            number = std::min(largestField, number * 10 + static_cast<std::size_t>(rest_[position_] - '0'));
+            number = std::min(maxField, number * 10 + static_cast<std::size_t>(rest_[position_] - '0'));
         return number;
     }
 
-    /// "n$", the number of the argument: all arguments are alike here.
+    /// "n$", the number of the argument. It has no effect, because all arguments are zero.
     void skipPosition() {
         const std::size_t start = position_;
         if (readDigits() == 0 || !take('$'))
@@ -92,7 +92,7 @@ private:
         }
     }
 
-    /// A width or a precision: digits, or '*' for an argument, which is zero.
+    /// A width or a precision: digits, or '*' for an argument, which counts as zero.
     std::optional<std::size_t> readCount() {
         if (take('*')) {
             skipPosition();
@@ -150,7 +150,7 @@ std::string signOf(const Conversion& conversion) {
 
 bool isUpperCase(char letter) { return letter >= 'A' && letter <= 'Z'; }
 
-/// Zero with at least `precision` digits: none at all when that is 0.
+/// Zero with `precision` digits. A precision of 0 gives no digit.
 Field unsignedInteger(const Conversion& conversion) {
     return {"", std::string(conversion.precision.value_or(1), '0'), !conversion.precision};
 }
@@ -168,7 +168,7 @@ Field octalInteger(const Conversion& conversion) {
     return field;
 }
 
-/// "0", a point when one is due, and `digits` zeros behind it.
+/// "0" with a fraction of `digits` zeros. `alwaysPoint` adds the point even without a fraction.
 std::string zeroWithFraction(std::size_t digits, bool alwaysPoint) {
     return (digits > 0 || alwaysPoint ? "0." : "0") + std::string(digits, '0');
 }
@@ -184,7 +184,7 @@ Field exponentNumber(const Conversion& conversion) {
     return field;
 }
 
-/// Digits behind the point are dropped here, except in the alternate form, where the precision counts all.
+/// Removes the fraction, except in the alternate form, in which the precision is the number of all digits.
 Field generalNumber(const Conversion& conversion) {
     const std::size_t digits = std::max<std::size_t>(conversion.precision.value_or(6), 1);
     const bool alternate = conversion.alternateForm;
@@ -199,7 +199,7 @@ Field hexadecimalNumber(const Conversion& conversion) {
             true};
 }
 
-/// An absent text is shown whole or not at all.
+/// "(null)" is never shortened: a smaller precision gives an empty string.
 Field absentText(const Conversion& conversion) {
     constexpr std::string_view shown = "(null)";
     return {"", conversion.precision.value_or(shown.size()) < shown.size() ? "" : std::string(shown)};
@@ -215,13 +215,13 @@ std::string padded(const Field& field, const Conversion& conversion) {
     return std::string(missing, ' ') + field.prefix + field.body;
 }
 
-/// What a conversion shows; nothing when its letter is unknown.
+/// The output of a conversion. Empty if the letter is unknown.
 std::optional<std::string> shown(Conversion conversion) {
     if (conversion.letter == '%')
         return "%";
     if (conversion.letter == 'n')
         return "";
-    // The character that "%c" prints is zero: it takes one place of the width and shows nothing.
+    // "%c" prints a zero character, which counts for the width but is not visible.
     if ((conversion.letter == 'c' || conversion.letter == 'C') && conversion.width > 0)
         conversion.width--;
     for (const ConversionRow& row : conversions)
@@ -244,7 +244,7 @@ std::string expandedFormatText(std::string_view bytes) {
         std::optional<Conversion> conversion = reader.read();
         if (!conversion)
             break;
-        if (text.size() > bytes.size() + largestGrowth) {
+        if (text.size() > bytes.size() + maxGrowth) {
             conversion->width = 0;
             conversion->precision.reset();
         }

@@ -1,5 +1,5 @@
-// Text that is printed as the format of a formatted print without arguments, expanded safely: no call
-// into the C library's formatter, no argument read, the same result every time.
+// Text that is used as a printf format without arguments. It is expanded without calling the C library's
+// formatter and without reading any arguments, so the result is always the same.
 #pragma once
 
 #include <string>
@@ -7,15 +7,16 @@
 
 namespace kestrine {
 
-/// What a formatted print of `bytes` shows when every argument is zero:
-///   - `%%`, also with flags, width and so on between the two, gives "%";
-///   - a complete conversion gives zero in its form ("%d" gives "0", "%5.1f" gives "  0.0"), "%s" gives
-///     "(null)", "%p" gives "(nil)"; "%c", "%n" and "%m" give no character; "*" counts as 0;
-///   - an unknown conversion letter leaves the text as written;
-///   - a conversion that the text ends in is dropped;
-///   - the text ends at its first zero byte;
-///   - every other byte passes unchanged.
-/// Width and precision are held at 4096, and no longer apply once the text has grown by a mebibyte.
+/// The output of printf for the format `bytes` if all arguments are zero:
+///   - `%%`, also with flags, width and so on between the percent signs, gives "%";
+///   - a complete conversion gives zero in its form ("%d" gives "0", "%5.1f" gives "  0.0");
+///   - "%s" gives "(null)", "%p" gives "(nil)"; "%c", "%n" and "%m" give no character; "*" counts as 0;
+///   - a conversion with an unknown letter stays as it is;
+///   - an incomplete conversion at the end is removed;
+///   - a zero byte ends the text;
+///   - all other bytes stay unchanged.
+/// Width and precision are limited to 4096. They are ignored when the output is more than 1 MiB longer than
+/// the input.
 std::string expandedFormatText(std::string_view bytes);
 
 } // namespace kestrine

@@ -15,7 +15,7 @@ Object valueIn(const NSAttributedString::Attributes& attributes, const NSString&
 
 NSAttributedString::NSAttributedString(NSString text) : text_(std::move(text)), runs_{{0, {}}} {}
 
-/// Makes a run begin at `index`, with the attributes of the one it lies in.
+/// Starts a run at `index` with the attributes of the run around it.
 void NSAttributedString::splitAt(std::size_t index) {
     const auto next = runs_.upper_bound(index);
     runs_.try_emplace(index, std::prev(next)->second);
@@ -23,7 +23,7 @@ void NSAttributedString::splitAt(std::size_t index) {
 
 void NSAttributedString::addAttribute(const NSString& name, const Object& value, NSRange range) {
     if (range.location > length() || range.length > length() - range.location)
-        throw NSException(NSRangeException, "the range reaches past the end of the text");
+        throw NSException(NSRangeException, "the range exceeds the string");
     if (range.length == 0)
         return;
     splitAt(range.location);
@@ -34,7 +34,7 @@ void NSAttributedString::addAttribute(const NSString& name, const Object& value,
 
 Object NSAttributedString::attribute(const NSString& name, std::size_t index, NSRange* effectiveRange) const {
     if (index >= length())
-        throw NSException(NSRangeException, "the index lies behind the end of the text");
+        throw NSException(NSRangeException, "the index exceeds the string");
     auto next = runs_.upper_bound(index);
     auto run = std::prev(next);
     const Object value = valueIn(run->second, name);

@@ -1,4 +1,4 @@
-// NSAttributedString: text whose stretches carry named attributes.
+// NSAttributedString: a string with attributes for ranges of characters.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -7,27 +7,27 @@
 
 namespace kestrine {
 
-/// The attribute whose value is an NSParagraphStyle.
+/// The name of the attribute for an NSParagraphStyle.
 inline constexpr const char16_t* NSParagraphStyleAttributeName = u"NSParagraphStyle";
 
-/// A value: copies are independent of each other, the attributes' values are shared.
+/// Copies are independent, but share the values of the attributes.
 class NSAttributedString {
 public:
     using Attributes = std::map<NSString, Object>;
 
-    /// `initWithString:`: a text without any attribute.
+    /// `initWithString:`: a string without attributes.
     explicit NSAttributedString(NSString text);
 
     const NSString& string() const { return text_; }
     std::size_t length() const { return text_.length(); }
 
-    /// `addAttribute:value:range:`: replaces the value that the attribute had there. Raises
-    /// NSRangeException when `range` reaches past the end.
+    /// `addAttribute:value:range:`: replaces the previous value of the attribute in the range. Raises
+    /// NSRangeException if `range` exceeds the string.
     void addAttribute(const NSString& name, const Object& value, NSRange range);
 
-    /// `attribute:atIndex:effectiveRange:`: nil when there is none. `effectiveRange`, unless null, is set to
-    /// the longest stretch around `index` in which the value is the same object. Raises NSRangeException
-    /// when `index` lies behind the last code unit.
+    /// `attribute:atIndex:effectiveRange:`: nil if there is none. If `effectiveRange` is not null, it is set
+    /// to the longest range around `index` in which the value is the same object. Raises NSRangeException if
+    /// `index` is not less than the length.
     Object attribute(const NSString& name, std::size_t index, NSRange* effectiveRange = nullptr) const;
 
 private:
@@ -36,7 +36,7 @@ private:
     void splitAt(std::size_t index);
 
     NSString text_;
-    Runs runs_; // by where they start; each reaches to the next one or to the end
+    Runs runs_; // by start; each run ends at the start of the next one or at the end of the string
 };
 
 } // namespace kestrine

@@ -1,4 +1,4 @@
-// NSParagraphStyle: how a paragraph is laid out; here, where its lines break.
+// NSParagraphStyle: the layout of a paragraph. The only property here is the line break mode.
 #pragma once
 
 #include "platform/foundation/NSObject.h"
@@ -16,7 +16,7 @@ enum NSLineBreakMode : int {
 
 class NSParagraphStyle final : public NSObject {
 public:
-    /// `lineBreakMode` is kept as given, also when it is none of the known modes.
+    /// Any number is allowed as `lineBreakMode`, also an unknown one.
     explicit NSParagraphStyle(int lineBreakMode) : lineBreakMode_(lineBreakMode) {}
 
     int lineBreakMode() const { return lineBreakMode_; }

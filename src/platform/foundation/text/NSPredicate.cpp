@@ -11,7 +11,7 @@ namespace {
 constexpr std::u16string_view containsFormat = u"%K CONTAINS %@";
 constexpr std::size_t operatorStart = 3;
 
-// Words of the predicate language; a key of that name is printed with a # before it.
+// Reserved words of the predicate language. A key with such a name is printed with the prefix "#".
 constexpr std::u16string_view reservedWords[] = {
     u"ALL",
     u"AND",
@@ -67,7 +67,7 @@ std::u16string printedKeyPath(const NSString& path) {
     return result;
 }
 
-/// `valueForKeyPath:`; nil as soon as there is no value, or none that has values itself.
+/// `valueForKeyPath:`: nil if a key has no value or the value before another key is not a dictionary.
 Object valueForKeyPath(const NSDictionary& record, const NSString& path) {
     const std::vector<NSString> keys = path.componentsSeparatedBy(u".");
     Object value = record.objectForKey(keys.front());

@@ -1,5 +1,5 @@
-// NSPredicate: a question that a record answers with yes or no. A plain value: "the attribute contains the
-// keyword", or the "and" of others.
+// NSPredicate: a condition on a dictionary: "attribute CONTAINS keyword", or a conjunction of other
+// predicates.
 #pragma once
 
 #include "platform/foundation/NSCollections.h"
@@ -10,21 +10,21 @@ namespace kestrine {
 
 class NSPredicate {
 public:
-    /// `predicateWithFormat:` with an attribute (a key, or keys joined by dots) and a keyword. The one
-    /// format known is "%K contains %@", its operator in any case. Raises NSInvalidArgumentException for
-    /// another.
+    /// `predicateWithFormat:` with an attribute (a key, or keys separated by dots) and a keyword. The only
+    /// supported format is "%K contains %@", with the operator in upper or lower case. Raises
+    /// NSInvalidArgumentException for any other format.
     static NSPredicate predicateWithFormat(const NSString& format, const NSString& attribute,
                                            const NSString& keyword);
-    /// `andPredicateWithSubpredicates:`: true when all are; the "and" of nothing is true.
+    /// `andPredicateWithSubpredicates:`: true if all subpredicates are true. An empty conjunction is true.
     static NSPredicate andPredicateWithSubpredicates(std::vector<NSPredicate> subpredicates);
 
-    /// `predicateFormat`: `name CONTAINS "red" AND name CONTAINS "blue"`; TRUEPREDICATE for the "and" of
-    /// nothing, parentheses around an "and" inside of another.
+    /// `predicateFormat`: `name CONTAINS "red" AND name CONTAINS "blue"`. An empty conjunction is
+    /// TRUEPREDICATE. A conjunction inside another one has parentheses.
     NSString predicateFormat() const;
 
-    /// `evaluateWithObject:`: literally and with regard to case. A text contains the keyword as a part, a
-    /// list as an element; what is missing contains nothing. Raises NSInvalidArgumentException when the
-    /// attribute is neither.
+    /// `evaluateWithObject:`: case-sensitive. A string contains the keyword as a substring, an array as an
+    /// element. A missing attribute gives false. Raises NSInvalidArgumentException if the attribute is
+    /// neither a string nor an array.
     bool evaluateWithObject(const NSDictionary& record) const;
 
     bool operator==(const NSPredicate&) const = default;

@@ -8,7 +8,7 @@ namespace kestrine {
 
 namespace {
 
-/// Every empty text made by default is this one object: no allocation, and nothing to tell apart.
+/// All default-constructed strings share this object, so they need no allocation.
 template <class Storage>
 const std::shared_ptr<const Storage>& sharedEmptyStorage() {
     static const auto empty = std::make_shared<const Storage>(std::u16string());

@@ -6,7 +6,7 @@
 namespace kestrine {
 namespace {
 
-/// Bytes below 0x80 are always valid UTF-8, so no lone surrogate stands for one.
+/// Surrogates below U+DC80 do not stand for bytes, because bytes below 0x80 are always valid UTF-8.
 bool standsForByte(char32_t unit) { return unit >= 0xdc80 && unit <= 0xdcff; }
 
 bool hasUTF8Form(const std::u16string& text) {
@@ -24,14 +24,14 @@ bool hasUTF8Form(const std::u16string& text) {
 
 std::string UTF8String(const NSString& text) {
     if (!hasUTF8Form(text.utf16()))
-        throw NSException(NSCharacterConversionException, "the text holds half a character");
+        throw NSException(NSCharacterConversionException, "the string contains a lone surrogate");
     return text.utf8();
 }
 
 std::string fileSystemRepresentation(const NSString& path) {
     std::string bytes = UTF8String(path);
     if (bytes.find('\0') != std::string::npos)
-        throw NSException(NSCharacterConversionException, "a path cannot hold a zero character");
+        throw NSException(NSCharacterConversionException, "a path cannot contain a zero character");
     return bytes;
 }
 

@@ -21,7 +21,7 @@ bool hasLoneSurrogate(std::u16string_view text) {
     return false;
 }
 
-/// Nil when the text is malformed; else without its byte-order mark.
+/// The text without its byte-order mark; nil if it is malformed.
 OptionalString wellFormed(std::u16string_view text) {
     if (hasLoneSurrogate(text))
         return std::nullopt;
@@ -30,7 +30,7 @@ OptionalString wellFormed(std::u16string_view text) {
     return NSString(std::u16string(text));
 }
 
-/// Bytes that are no UTF-8 come out as lone surrogates.
+/// utf16FromUTF8() gives lone surrogates for invalid bytes.
 OptionalString textFromUTF8(ByteView bytes) {
     return wellFormed(utf16FromUTF8({reinterpret_cast<const char*>(bytes.data()), bytes.size()}));
 }

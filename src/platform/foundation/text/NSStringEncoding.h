@@ -1,4 +1,4 @@
-// String encodings by the platform's numbers, and the strict decoding of bytes into text.
+// String encodings with the platform's numbers, and the strict decoding of bytes.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -22,18 +22,18 @@ inline constexpr NSStringEncoding NSWindowsCP1250StringEncoding = 15;
 inline constexpr NSStringEncoding NSISO2022JPStringEncoding = 21;
 inline constexpr NSStringEncoding NSMacOSRomanStringEncoding = 30;
 
-/// `initWithData:encoding:`: the text, or nil as soon as one byte does not belong to the encoding:
-///   - UTF-8: shortest forms of code points that are no surrogates;
-///   - Unicode: UTF-16 in the order of its byte-order mark, big-endian without one; every surrogate paired;
-///   - non-lossy ASCII: bytes below 128; a backslash begins "\\", "\" and three octal digits up to 377, or
-///     "\u" and four hexadecimal digits;
-///   - Latin 1: any byte;
-///   - Mac OS Roman and the Windows code pages: bytes that have a character;
-///   - Shift JIS (with the vendor characters of Windows) and EUC-JP (with JIS X 0212): whole characters of
-///     their sets; C1 control characters belong to neither;
-///   - ISO-2022-JP: bytes below 128, known escape sequences, whole characters.
-/// A byte-order mark at the start of UTF-8 or UTF-16 is no part of the text. A number that is none of these
-/// decodes nothing, and so do the last three groups where ICU is missing.
+/// `initWithData:encoding:`: the string, or nil if any byte is not valid in the encoding. Valid are:
+///   - UTF-8: shortest forms of code points other than surrogates;
+///   - Unicode: UTF-16 in the order of its byte-order mark, by default big-endian, without lone surrogates;
+///   - non-lossy ASCII: bytes below 128; a backslash starts "\\", three octal digits up to 377, or "u" with
+///     four hexadecimal digits;
+///   - Latin 1: all bytes;
+///   - Mac OS Roman and the Windows code pages: bytes with an assigned character;
+///   - Shift JIS (with the vendor characters of Windows) and EUC-JP (with JIS X 0212): complete characters,
+///     without C1 control characters;
+///   - ISO-2022-JP: bytes below 128, known escape sequences, complete characters.
+/// A byte-order mark at the start of UTF-8 or UTF-16 is removed. The result is nil for any other encoding,
+/// and without ICU also for the last three groups.
 OptionalString decodedText(ByteView bytes, NSStringEncoding encoding);
 
 } // namespace kestrine

@@ -1,5 +1,5 @@
-// The path operations of NSString. Each but the expansion of a tilde begins by putting the path in order: one
-// separator where several stand, none at the end except in "/" itself.
+// The path operations of NSString. All except expandingTildeInPath() normalise the path first: repeated
+// separators become one, and a separator at the end is removed, except in "/".
 #include "platform/foundation/text/NSString.h"
 #include "platform/host/process/Environment.h"
 #include "platform/host/process/UserDatabase.h"
@@ -13,7 +13,7 @@ namespace {
 constexpr char16_t separator = u'/';
 constexpr auto npos = std::u16string::npos;
 
-std::u16string inOrder(const std::u16string& path) {
+std::u16string normalised(const std::u16string& path) {
     std::u16string result;
     result.reserve(path.size());
     for (const char16_t unit : path)
@@ -24,14 +24,14 @@ std::u16string inOrder(const std::u16string& path) {
     return result;
 }
 
-/// Where the last component of an ordered path begins.
+/// The start of the last component of a normalised path.
 std::size_t startOfLastComponent(const std::u16string& path) {
     const std::size_t slash = path.rfind(separator);
     return slash == npos || path.size() == 1 ? 0 : slash + 1;
 }
 
-/// The index of the dot before the extension of an ordered path; npos when there is no extension. A dot
-/// that begins the last component does not count, nor do those of "..".
+/// The index of the dot before the extension of a normalised path; npos if there is no extension. A dot at
+/// the start of the last component does not count, and neither do the dots of "..".
 std::size_t extensionDot(const std::u16string& path) {
     const std::size_t start = startOfLastComponent(path);
     const std::size_t dot = path.rfind(u'.');
@@ -39,7 +39,8 @@ std::size_t extensionDot(const std::u16string& path) {
     return dot == npos || dot <= start || firstOther == npos ? npos : dot;
 }
 
-/// The home folder that a name behind a tilde stands for, without a separator at its end; "" when unknown.
+/// The home folder of a user, without a separator at its end; "" if unknown. An empty name means the current
+/// user.
 std::u16string homeFolderNamed(const NSString& name) {
     std::string home =
         name.isEmpty() ? Environment::ofProcess().homeFolder() : homeFolderOfUser(name.utf8()).value_or("");
@@ -51,12 +52,12 @@ std::u16string homeFolderNamed(const NSString& name) {
 } // namespace
 
 NSString NSString::lastPathComponent() const {
-    const std::u16string path = inOrder(utf16());
+    const std::u16string path = normalised(utf16());
     return path.substr(startOfLastComponent(path));
 }
 
 NSString NSString::deletingLastPathComponent() const {
-    const std::u16string path = inOrder(utf16());
+    const std::u16string path = normalised(utf16());
     const std::size_t slash = path.rfind(separator);
     if (slash == npos)
         return {};
@@ -64,23 +65,23 @@ NSString NSString::deletingLastPathComponent() const {
 }
 
 NSString NSString::appendingPathComponent(const NSString& component) const {
-    return inOrder(isEmpty() ? component.utf16() : utf16() + separator + component.utf16());
+    return normalised(isEmpty() ? component.utf16() : utf16() + separator + component.utf16());
 }
 
 NSString NSString::pathExtension() const {
-    const std::u16string path = inOrder(utf16());
+    const std::u16string path = normalised(utf16());
     const std::size_t dot = extensionDot(path);
     return dot == npos ? std::u16string() : path.substr(dot + 1);
 }
 
 NSString NSString::deletingPathExtension() const {
-    std::u16string path = inOrder(utf16());
+    std::u16string path = normalised(utf16());
     const std::size_t dot = extensionDot(path);
     return dot == npos ? path : path.substr(0, dot);
 }
 
 NSString NSString::appendingPathExtension(const NSString& extension) const {
-    std::u16string path = inOrder(utf16());
+    std::u16string path = normalised(utf16());
     if (path.empty() || path == u"/")
         return path;
     return path + u'.' + extension.utf16();
@@ -98,7 +99,7 @@ NSString NSString::expandingTildeInPath() const {
 }
 
 std::vector<NSString> NSString::pathComponents() const {
-    const std::u16string path = inOrder(utf16());
+    const std::u16string path = normalised(utf16());
     std::vector<NSString> components;
     if (path.starts_with(separator))
         components.emplace_back(u"/");

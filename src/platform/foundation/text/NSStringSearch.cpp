@@ -13,13 +13,13 @@ namespace {
 
 constexpr NSRange notFound{NSNotFound, 0};
 
-/// Whether a cut at `index` takes a surrogate pair apart.
+/// Whether `index` is between the halves of a surrogate pair.
 bool dividesPair(std::u16string_view text, std::size_t index) {
     return index > 0 && index < text.size() && isHighSurrogate(text[index - 1])
            && isLowSurrogate(text[index]);
 }
 
-/// `range` without the half pairs at its ends.
+/// `range` without half surrogate pairs at its ends.
 NSRange wholeCharacters(std::u16string_view text, NSRange range) {
     const std::size_t start = range.location + (dividesPair(text, range.location) ? 1 : 0);
     const std::size_t end = range.end() - (dividesPair(text, range.end()) ? 1 : 0);
@@ -28,7 +28,7 @@ NSRange wholeCharacters(std::u16string_view text, NSRange range) {
 
 struct FoldedText {
     std::u32string codePoints;
-    std::vector<std::size_t> starts; // where each begins in the text, and where the text ends
+    std::vector<std::size_t> starts; // start of each code point in the text, and the end of the text
 };
 
 FoldedText folded(std::u16string_view text) {
@@ -57,7 +57,7 @@ NSRange searchFolded(std::u16string_view text, std::u16string_view part) {
 
 NSRange rangeOfString(const NSString& text, const NSString& part, unsigned options, NSRange range) {
     if (range.location > text.length() || range.length > text.length() - range.location)
-        throw NSException(NSRangeException, "the range reaches past the end of the text");
+        throw NSException(NSRangeException, "the range exceeds the string");
     if (part.isEmpty())
         return notFound;
     const bool isCaseInsensitive = options & NSCaseInsensitiveSearch;

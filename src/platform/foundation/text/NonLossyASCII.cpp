@@ -11,7 +11,7 @@ constexpr std::size_t hexadecimalDigits = 4;
 constexpr unsigned largestOctal = 0377;
 constexpr unsigned largestUnit = 0xffff;
 
-/// The number that exactly `count` digits at the start of `text` spell.
+/// The number in exactly `count` digits at the start of `text`.
 std::optional<unsigned> number(std::string_view text, std::size_t count, int base) {
     unsigned value = 0;
     if (text.size() < count)
@@ -22,10 +22,10 @@ std::optional<unsigned> number(std::string_view text, std::size_t count, int bas
 
 struct CodeEscape {
     std::optional<unsigned> unit;
-    std::size_t length; // in bytes, the backslash included
+    std::size_t length; // in bytes, with the backslash
 };
 
-/// `text` begins with a backslash.
+/// `text` starts with a backslash.
 CodeEscape escapeAt(std::string_view text) {
     if (text.substr(1, 1) == "\\")
         return {u'\\', 2};

@@ -1,4 +1,4 @@
-// Non-lossy ASCII: any UTF-16 text in 7-bit bytes, with backslash escapes for the rest.
+// Non-lossy ASCII: an encoding of UTF-16 text in 7-bit bytes with backslash escapes.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -8,8 +8,8 @@
 
 namespace kestrine {
 
-/// Nothing for a byte above 127 and for an escape that is none of "\\", "\ooo" (octal, up to 377) and
-/// "\uhhhh" (hexadecimal).
+/// Empty if a byte is above 127 or an escape is not one of "\\", "\ooo" (octal, up to 377) and "\uhhhh"
+/// (hexadecimal).
 std::optional<std::u16string> textFromNonLossyASCII(ByteView bytes);
 
 } // namespace kestrine

@@ -14,7 +14,7 @@ struct LetterEscape {
     char16_t letter;
     char16_t meaning;
 };
-/// Any other character after a backslash means itself.
+/// Any other character after a backslash stands for itself.
 constexpr std::array<LetterEscape, 7> escapes{{
     {u'a', u'\a'},
     {u'b', u'\b'},
@@ -64,7 +64,7 @@ private:
     }
     Failure unexpected() const {
         return rest_.empty() ? unfinished()
-                             : Failure{Reason::malformed, "the strings table has an entry of wrong form"};
+                             : Failure{Reason::malformed, "the strings table has a malformed entry"};
     }
 
     bool take(std::u16string_view expected) {
@@ -74,7 +74,7 @@ private:
         return true;
     }
 
-    /// Skips spaces and comments; false when a comment does not end.
+    /// Skips spaces and comments. Returns false if a comment has no end.
     bool skipSpace() {
         while (true) {
             const auto firstOther = std::find_if_not(rest_.begin(), rest_.end(), isSpace);
@@ -117,7 +117,7 @@ private:
         return word;
     }
 
-    /// Reads on behind the opening quote, the closing one included.
+    /// Reads from after the opening quote to the closing one.
     Result<std::u16string> readQuoted(char16_t quote) {
         std::u16string text;
         while (!rest_.empty()) {
@@ -133,7 +133,7 @@ private:
         return unfinished();
     }
 
-    /// What stands behind a backslash: \Uhhhh, \ooo, or one character.
+    /// Reads the part of an escape after the backslash: Uhhhh, ooo or one character.
     char16_t readEscape() {
         if (digitValue(rest_.front(), 8))
             return readNumber(8, 3);
@@ -146,9 +146,9 @@ private:
         return escape == escapes.end() ? letter : escape->meaning;
     }
 
-    char16_t readNumber(unsigned base, int mostDigits) {
+    char16_t readNumber(unsigned base, int maxDigits) {
         unsigned number = 0;
-        for (int i = 0; i < mostDigits && !rest_.empty() && digitValue(rest_.front(), base); i++) {
+        for (int i = 0; i < maxDigits && !rest_.empty() && digitValue(rest_.front(), base); i++) {
             number = number * base + *digitValue(rest_.front(), base);
             rest_.remove_prefix(1);
         }
@@ -185,7 +185,7 @@ Result<std::u16string> decoded(ByteView content) {
 } // namespace
 
 Result<StringsTable> parseStringsTable(ByteView content) {
-    if (content.size() > largestStringsTable)
+    if (content.size() > maxStringsTable)
         return Failure{Reason::tooLarge, "the strings table is longer than 4 MiB"};
     const std::u16string text = TRY(decoded(content));
     return TableReader(text).read();

@@ -1,4 +1,4 @@
-// Strings tables: texts under keys, as `"key" = "value";` with comments, in UTF-8 or UTF-16.
+// Strings tables: files with lines of the form `"key" = "value";` and comments, in UTF-8 or UTF-16.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -11,11 +11,12 @@ namespace kestrine {
 
 using StringsTable = std::map<NSString, NSString>;
 
-inline constexpr std::size_t largestStringsTable = 4 * 1024 * 1024; ///< bytes
+inline constexpr std::size_t maxStringsTable = 4 * 1024 * 1024; ///< bytes
 
-/// Reads a whole table or nothing of it: malformed for bytes that are no table, truncated when it ends too
-/// early, tooLarge beyond largestStringsTable. UTF-16 needs a byte-order mark. Of two values for a key the
-/// later holds; a key alone (`key;`) is its own value. Words of letters, digits and _$./:- need no quotes.
+/// Parses a table. Fails with malformed for an entry of wrong form, with truncated for an incomplete table,
+/// and with tooLarge above maxStringsTable. UTF-16 needs a byte-order mark. If a key occurs twice, the last
+/// value counts. A key without a value (`key;`) is its own value. Words of letters, digits and _$./:- need no
+/// quotes.
 Result<StringsTable> parseStringsTable(ByteView content);
 
 } // namespace kestrine

@@ -18,7 +18,7 @@ struct Setting {
 
 // ICU's numbers for attributes and their values (ucol.h).
 constexpr Setting settings[] = {
-    {1, 21}, // alternate handling: punctuation and blanks are not ignorable
+    {1, 21}, // alternate handling: punctuation and spaces are not ignored
     {4, 17}, // normalisation on
     {5, 1},  // secondary strength: accents count, case and width do not
     {7, 17}, // digits as numbers
@@ -30,7 +30,7 @@ struct Kana {
     char16_t kind;
 };
 
-// The letters and iteration marks of both syllabaries, in the order in which these sort.
+// The letters and iteration marks of both syllabaries. The kinds sort in the order of the syllabaries.
 constexpr Kana kanas[] = {
     {u'ぁ', u'ゖ', u'h'}, {u'ゝ', u'ゞ', u'h'}, {u'ァ', u'ヺ', u'k'},
     {u'ヽ', u'ヾ', u'k'}, {u'ㇰ', u'ㇿ', u'k'},
@@ -38,7 +38,7 @@ constexpr Kana kanas[] = {
 
 std::int32_t lengthOf(std::u16string_view text) { return static_cast<std::int32_t>(text.size()); }
 
-/// Null where ICU is missing. It lives as long as the process and is only read once it is made.
+/// Null without ICU. The collator is never closed or changed, so all threads can share it.
 const UnicodeCollator* openCollator() {
     const UnicodeCollationFunctions& library = unicodeCollationFunctions();
     if (!library.open || !library.setAttribute || !library.compare)
@@ -52,7 +52,8 @@ const UnicodeCollator* openCollator() {
     return errorCode > 0 ? nullptr : collator;
 }
 
-/// The text with half-width, circled and squared kana spelled out; the text itself when that fails.
+/// The compatibility decomposition, which replaces half-width, circled and squared kana by ordinary ones. The
+/// text itself if that fails.
 std::u16string decomposed(std::u16string_view text) {
     const UnicodeCollationFunctions& library = unicodeCollationFunctions();
     if (!library.decomposer || !library.decompose)
@@ -69,7 +70,7 @@ std::u16string decomposed(std::u16string_view text) {
     return errorCode > 0 ? std::u16string(text) : result;
 }
 
-/// One unit for each kana of the text, telling its syllabary.
+/// The kind of each kana in the text.
 std::u16string syllabaries(std::u16string_view text) {
     std::u16string kinds;
     for (const char16_t unit : decomposed(text))

@@ -6,7 +6,7 @@ namespace kestrine {
 
 namespace {
 
-/// The forms of a sequence of several bytes. `smallest` refuses overlong ones.
+/// The forms of multi-byte sequences. Code points below `smallest` would be overlong.
 struct SequenceForm {
     unsigned char leadMask;
     unsigned char lead;
@@ -23,7 +23,7 @@ constexpr char16_t byteEscape = 0xdc00; // plus the byte, which is 0x80 or more
 
 struct Decoded {
     char32_t codePoint = 0;
-    std::size_t length = 0; // 0: the first byte begins nothing valid
+    std::size_t length = 0; // 0 if no valid sequence starts here
 };
 
 Decoded decodeForm(std::string_view bytes, const SequenceForm& form) {

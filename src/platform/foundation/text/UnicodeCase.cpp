@@ -29,7 +29,7 @@ std::u16string mapped(std::u16string_view text, char16_t (*mapUnit)(char16_t)) {
     return result;
 }
 
-/// Through ICU: asked once for the length, once for the text. Nothing when ICU is missing or refuses.
+/// Calls ICU twice, first for the length and then for the text. Empty without ICU or after an error.
 std::u16string mappedByLibrary(std::u16string_view text, UnicodeCaseFunctions::MapText* map) {
     if (!map || text.size() > std::numeric_limits<std::int32_t>::max())
         return {};

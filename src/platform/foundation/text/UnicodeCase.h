@@ -1,5 +1,5 @@
-// Upper, lower and folded case by Unicode's rules, without locale. ICU is opened on the first character
-// beyond ASCII and stays open; where it is missing such characters stay as they are.
+// Upper case, lower case and case folding by the rules of Unicode, independent of the locale. ICU is loaded
+// when the first character outside ASCII occurs. Without ICU such characters stay unchanged.
 #pragma once
 
 #include <string>
@@ -7,12 +7,11 @@
 
 namespace kestrine {
 
-/// Full mapping: the text may become longer ("ß" gives "SS").
+/// Full mapping: the result may be longer than `text` ("ß" gives "SS").
 std::u16string upperCased(std::u16string_view text);
 std::u16string lowerCased(std::u16string_view text);
 
-/// Simple case folding: one code point for one, so that texts can be compared code point by code point.
-/// A lone surrogate folds to itself.
+/// Simple case folding, which maps one code point to one. A lone surrogate stays unchanged.
 char32_t caseFolded(char32_t codePoint);
 
 } // namespace kestrine

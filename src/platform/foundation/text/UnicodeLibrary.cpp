@@ -9,14 +9,14 @@ namespace kestrine {
 
 namespace {
 
-// ICU's files and functions carry the major version in their names; these are the ones that may be met.
+// The names of ICU's files and functions contain the major version. These versions are tried, newest first.
 constexpr int newestVersion = 90;
 constexpr int oldestVersion = 60;
 
-/// One of ICU's libraries; without it every function is null.
+/// One of ICU's libraries. If it is missing, all its functions are null.
 class VersionedLibrary {
 public:
-    /// `name` as in "libicuuc".
+    /// `name` is the name without version, such as "libicuuc".
     explicit VersionedLibrary(const std::string& name) {
         for (int version = newestVersion; version >= oldestVersion && !library_; version--) {
             number_ = std::to_string(version);

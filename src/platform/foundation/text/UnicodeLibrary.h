@@ -1,13 +1,13 @@
-// ICU, opened on demand: nothing of it is loaded before a text needs one of these functions. Each table is
-// opened once and stays open; its functions are null where ICU is missing.
+// ICU, loaded on demand: when one of the functions below is called for the first time. The library stays
+// loaded. Without ICU all function pointers are null.
 #pragma once
 
 #include <cstdint>
 
 namespace kestrine {
 
-// The functions are ICU's own as its C interface declares them. An error code above 0 is a failure; it is
-// an input too and must be 0 before a call. Lengths and capacities count UTF-16 code units.
+// These are functions of ICU's C interface. The error code must be 0 before a call; above 0 it is a failure.
+// Lengths and capacities count UTF-16 code units.
 
 struct UnicodeCaseFunctions {
     using MapText = std::int32_t(char16_t* into, std::int32_t capacity, const char16_t* text,
@@ -41,7 +41,7 @@ struct UnicodeCollationFunctions {
     void (*setAttribute)(UnicodeCollator*, int attribute, int value, int* errorCode) = nullptr;
     int (*compare)(const UnicodeCollator*, const char16_t* text, std::int32_t length, const char16_t* other,
                    std::int32_t otherLength) = nullptr;
-    /// The shared normalizer to compatibility decomposition (NFKD).
+    /// ICU's shared normalizer for compatibility decomposition (NFKD).
     const UnicodeNormalizer* (*decomposer)(int* errorCode) = nullptr;
     std::int32_t (*decompose)(const UnicodeNormalizer*, const char16_t* text, std::int32_t length,
                               char16_t* into, std::int32_t capacity, int* errorCode) = nullptr;

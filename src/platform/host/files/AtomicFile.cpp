@@ -3,7 +3,6 @@
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/host/files/PublishMechanisms.h"
-#include "platform/host/files/TemporaryFile.h"
 
 #include <algorithm>
 #include <array>
@@ -77,16 +76,26 @@ std::optional<Result<std::string>> publishNameless(int folder, const CandidatePa
     return pathOf(naming);
 }
 
-Result<std::string> publishNamed(int folder, const CandidatePaths& candidates, ByteView content,
-                                 Durability durability, RenameMechanisms mechanisms) {
+Result<TemporaryFile> writeNamed(int folder, ByteView content, Durability durability) {
     TemporaryFile file = TRY(TemporaryFile::create(folder, 0666));
     TRY(writeContent(file.descriptor(), content, durability));
+    return file;
+}
+
+Result<std::string> giveFinalName(TemporaryFile& file, const CandidatePaths& candidates,
+                                  RenameMechanisms mechanisms) {
     const Naming naming = takeFirstFree(candidates, [&](const std::string& name) {
-        return renameWithoutReplacing(file.entry(), {folder, name}, mechanisms);
+        return renameWithoutReplacing(file.entry(), {file.entry().folder, name}, mechanisms);
     });
     if (naming.error == 0)
         file.wasRenamed();
     return pathOf(naming);
+}
+
+Result<std::string> publishNamed(int folder, const CandidatePaths& candidates, ByteView content,
+                                 Durability durability, RenameMechanisms mechanisms) {
+    TemporaryFile file = TRY(writeNamed(folder, content, durability));
+    return giveFinalName(file, candidates, mechanisms);
 }
 
 /// Follows a chain of symbolic links to its final path, which need not exist.
@@ -159,6 +168,18 @@ Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView co
 Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content,
                                    Durability durability) {
     return publishNewFile(candidates, content, durability, PublishMechanisms());
+}
+
+Result<StagedFile> StagedFile::write(const std::string& folder, ByteView content) {
+    FileDescriptor opened = TRY(openFolder(folder));
+    TemporaryFile file = TRY(writeNamed(opened.number(), content, Durability::synced));
+    return StagedFile(std::move(opened), std::move(file));
+}
+
+Result<std::string> StagedFile::publish(const CandidatePaths& candidates) {
+    std::string path = TRY(giveFinalName(file_, candidates, {}));
+    TRY(syncFolder(folder_.number()));
+    return path;
 }
 
 Result<void> replaceFile(const std::string& path, ByteView content) {

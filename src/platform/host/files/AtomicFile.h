@@ -5,6 +5,8 @@
 #include "platform/host/Bytes.h"
 #include "platform/host/Result.h"
 #include "platform/host/files/FileContent.h"
+#include "platform/host/files/FileDescriptor.h"
+#include "platform/host/files/TemporaryFile.h"
 
 #include <functional>
 #include <string>
@@ -21,6 +23,25 @@ using CandidatePaths = std::function<std::string(unsigned attempt)>;
 /// failure there is no new file, with one exception: if only the last step fails, syncing the folder, the
 /// complete file stays.
 Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability);
+
+/// A new file that is complete and on the disk under a hidden name until it is published. Without publish() the
+/// destructor removes it. For work that may start only when nothing but the name is missing. Move-only.
+class StagedFile {
+public:
+    /// Writes the file into `folder` (mode 0666 minus the umask). Fails like publishNewFile.
+    static Result<StagedFile> write(const std::string& folder, ByteView content);
+
+    /// Call once. Gives the file the first candidate name that is free, in the folder it was written to, and
+    /// syncs the folder. Returns the chosen path, and fails like publishNewFile.
+    Result<std::string> publish(const CandidatePaths& candidates);
+
+private:
+    StagedFile(FileDescriptor folder, TemporaryFile file)
+        : folder_(std::move(folder)), file_(std::move(file)) {}
+
+    FileDescriptor folder_;
+    TemporaryFile file_;
+};
 
 /// Replaces the content of `path` in one step and syncs it. An existing file keeps its mode, and its owner
 /// where that is possible. A symbolic link stays and its target is replaced. A new file has the mode 0600,

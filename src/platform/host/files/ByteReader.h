@@ -1,38 +1,39 @@
-// ByteReader: random access to the bytes of an input, whose size is known from the start.
+// ByteReader: random access to the bytes of an input of known size.
 #pragma once
 
 #include "platform/host/Bytes.h"
-#include "platform/host/files/FileDescriptor.h"
 #include "platform/host/Result.h"
+#include "platform/host/files/FileDescriptor.h"
 
 #include <memory>
 
 namespace kestrine {
 
-/// Reading never moves a shared position, so one reader may serve several threads at once.
+/// Reading moves no shared position, so several threads may use one reader at the same time.
 class ByteReader {
 public:
     virtual ~ByteReader() = default;
 
-    /// Length in bytes, as it was when the reader was made.
+    /// Length in bytes at the time when the reader was created.
     virtual std::uint64_t size() const = 0;
 
-    /// Fills `into` from `offset` on and returns how many bytes there were: fewer than asked only at the
-    /// end of the input or when the system fails (0 from then on).
+    /// Copies bytes from `offset` on to `into` and returns their number. It is smaller than the size of
+    /// `into` only at the end of the input or after a system error.
     virtual std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const = 0;
 
-    /// All bytes, or tooLarge beyond `limit`, or truncated when the input has shrunk meanwhile.
+    /// All bytes. Fails with tooLarge if there are more than `limit`, and with truncated if the input has
+    /// become shorter since the reader was created.
     Result<Bytes> readAll(std::uint64_t limit) const;
 };
 
-/// Bytes in memory; the reader owns them.
+/// Reads from `bytes`, which the reader owns.
 std::shared_ptr<const ByteReader> readerOfBytes(Bytes bytes);
 
-/// The regular file behind an open descriptor; the reader owns the descriptor, so the file may be moved
-/// or removed without harm. Fails when the descriptor is no regular file.
+/// Reads from an open regular file. The reader owns the descriptor, so it keeps working after the file was
+/// moved or removed. Fails with notRegularFile for anything else.
 Result<std::shared_ptr<const ByteReader>> readerOfFile(FileDescriptor file);
 
-/// Opens the regular file at `path` (bytes as the system has them) for reading.
+/// Opens the regular file at `path` for reading. `path` is passed to the system unchanged.
 Result<std::shared_ptr<const ByteReader>> readerOfPath(const std::string& path);
 
 } // namespace kestrine

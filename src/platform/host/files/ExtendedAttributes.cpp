@@ -22,7 +22,7 @@ Failure attributeFailure(const std::string& what) {
     return failure;
 }
 
-/// The system's list: names that each end in a zero byte.
+/// The system's list has a zero byte after each name.
 std::vector<std::string> namesInList(ByteView list) {
     std::vector<std::string> names;
     for (auto rest = list.begin(); rest != list.end();) {
@@ -38,7 +38,7 @@ Result<void> checkNames(const std::string& path, const std::string& name) {
     return checkPath(name);
 }
 
-/// Calls that fill a buffer, which is as large as the kernel's bound on the answer.
+/// The bytes that `call` writes into a buffer of the largest size that the kernel can return.
 template <class Call>
 Result<Bytes> filledBy(std::size_t largest, const std::string& what, const Call& call) {
     Bytes bytes(largest);

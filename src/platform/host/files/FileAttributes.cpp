@@ -30,9 +30,9 @@ Result<struct stat> attributesOf(const std::string& path, FollowLinks follow) {
 
 Result<void> makeFolderWithAttributes(const std::string& path, const struct stat& attributes) {
     TRY(checkPath(path));
-    // Nobody else may look in before the folder has the rights that it shall have.
+    // Other users have no access until the final mode is set.
     if (::mkdir(path.c_str(), 0700) != 0)
-        return systemFailure("cannot make the folder " + path);
+        return systemFailure("cannot create the folder " + path);
     const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (folder.isOpen())
         setAttributes(folder.number(), attributes);
@@ -42,7 +42,7 @@ Result<void> makeFolderWithAttributes(const std::string& path, const struct stat
 Result<void> changeCurrentFolder(const std::string& folder) {
     TRY(checkPath(folder));
     if (::chdir(folder.c_str()) != 0)
-        return systemFailure("cannot go to the folder " + folder);
+        return systemFailure("cannot change to the folder " + folder);
     return {};
 }
 

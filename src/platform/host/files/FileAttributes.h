@@ -1,4 +1,4 @@
-// What the file system itself knows of an item, and folders that are made with it.
+// The attributes that a file system keeps for each item, and the creation of folders with given attributes.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -8,19 +8,19 @@
 
 namespace kestrine {
 
-/// Whether a path whose last component is a symbolic link means the link or what it leads to.
+/// Whether a path that ends in a symbolic link refers to the target of the link or to the link itself.
 enum class FollowLinks : bool { no, yes };
 
-/// notFound when nothing is there, or when a link leads nowhere.
+/// Fails with notFound if nothing exists at `path`, or if a followed link has no target.
 Result<struct stat> attributesOf(const std::string& path, FollowLinks follow);
 
-/// Makes one folder with the rights (the bits below 010000) and the modification time of `attributes`, and
-/// with its owner and group where that is permitted. Without the owner, the rights that depend on him are
-/// left out. A name in use is alreadyExists. A folder that was made stays, also when its attributes could
-/// not be set, which is no failure.
+/// Creates one folder with the mode bits below 010000 and the modification time of `attributes`, and with its
+/// owner and group if that is permitted. If it is not permitted, the set-user-ID, set-group-ID and sticky
+/// bits are left out. Attributes that cannot be set are no failure. Fails with alreadyExists if the name is
+/// in use.
 Result<void> makeFolderWithAttributes(const std::string& path, const struct stat& attributes);
 
-/// Makes `folder` the current one of the whole process.
+/// Makes `folder` the current folder of the whole process.
 Result<void> changeCurrentFolder(const std::string& folder);
 
 } // namespace kestrine

@@ -30,8 +30,8 @@ Result<void> writeAll(int file, ByteView content) {
 
 Result<void> finishWriting(int file, Durability durability) {
     if (durability == Durability::synced && ::fsync(file) != 0)
-        return systemFailure("cannot bring the content to the disk");
-    // Closing any duplicate flushes; the number itself must stay open for the link that names the file.
+        return systemFailure("cannot write the content to the disk");
+    // Closing a duplicate reports the errors. The original stays open: publishing needs it to name the file.
     FileDescriptor duplicate(::fcntl(file, F_DUPFD_CLOEXEC, 0));
     if (!duplicate.isOpen())
         return systemFailure("cannot finish writing");
@@ -42,7 +42,7 @@ Result<void> syncFolder(int folder) {
     const bool synced = ::fsync(folder) == 0 || errno == EINVAL || errno == EBADF || errno == EROFS
                         || errno == EOPNOTSUPP || errno == ENOSYS;
     if (!synced)
-        return systemFailure("cannot bring the folder to the disk");
+        return systemFailure("cannot write the folder to the disk");
     return {};
 }
 

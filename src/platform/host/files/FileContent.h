@@ -1,4 +1,4 @@
-// The whole content of a file in one go: reading a small one, writing to an open one, taking one away.
+// Reading, writing and removing whole files.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -8,26 +8,26 @@
 
 namespace kestrine {
 
-/// How sure the bytes must be before a name shows them.
+/// Whether written bytes must be on the disk before an operation succeeds.
 enum class Durability {
-    cached, ///< the system writes them when it likes
-    synced, ///< they survive a power cut
+    cached, ///< the system writes them later
+    synced, ///< they are on the disk and survive a power failure
 };
 
-/// All bytes of a regular file; tooLarge beyond `limit`.
+/// All bytes of a regular file. Fails with tooLarge if there are more than `limit`.
 Result<Bytes> readSmallFile(const std::string& path, std::uint64_t limit);
 
-/// Writes everything at the descriptor's position, however many calls the system wants for it.
+/// Writes all of `content` at the current position of the open file.
 Result<void> writeAll(int file, ByteView content);
 
-/// Asks for the errors of writes that are still under way (network file systems tell them on closing),
-/// and brings the content to the disk when `durability` says so. The descriptor stays open.
+/// Reports the errors of earlier writes (network file systems report them on closing), and writes the content
+/// to the disk for Durability::synced. The descriptor stays open.
 Result<void> finishWriting(int file, Durability durability);
 
-/// Brings a folder's names to the disk; a file system that cannot be asked for it counts as done.
+/// Writes the entries of a folder to the disk. Succeeds without effect if the system cannot sync this folder.
 Result<void> syncFolder(int folder);
 
-/// Removes the name of a file or link; folders stay.
+/// Removes a file or link. Fails for a folder.
 Result<void> removeFile(const std::string& path);
 
 } // namespace kestrine

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t blockSize = 256 * 1024;
 
-/// Fills the block as far as the file goes on.
+/// Reads until the block is full or the file ends.
 Result<ByteView> readBlock(int file, off_t offset, Bytes& block) {
     std::size_t filled = 0;
     while (filled < block.size()) {
@@ -33,7 +33,7 @@ Result<ByteView> readBlock(int file, off_t offset, Bytes& block) {
     return ByteView(block).first(filled);
 }
 
-Failure changedMeanwhile() { return {Reason::truncated, "the file changed while it was copied"}; }
+Failure changedDuringCopy() { return {Reason::truncated, "the file changed during the copy"}; }
 
 Result<void> copyBytes(int from, int to, off_t size) {
     Bytes block(blockSize);
@@ -43,19 +43,19 @@ Result<void> copyBytes(int from, int to, off_t size) {
         offset += static_cast<off_t>(bytes.size());
         if (bytes.size() == block.size())
             continue;
-        return offset == size ? Result<void>() : changedMeanwhile();
+        return offset == size ? Result<void>() : changedDuringCopy();
     }
 }
 
 Result<void> copyAndVerify(int from, int to, off_t size) {
     TRY(copyBytes(from, to, size));
     TRY(finishWriting(to, Durability::synced));
-    // What is compared shall come from the disk where the system can be moved to forget its own copy.
+    // Asks the system to drop its cached pages, so that the comparison reads from the disk where possible.
     (void)::posix_fadvise(to, 0, 0, POSIX_FADV_DONTNEED);
     return compareContents(from, to);
 }
 
-/// Without the owner, the rights that depend on who the owner is would mean something else.
+/// The set-user-ID, set-group-ID and sticky bits would have another meaning under another owner.
 mode_t rightsFor(const struct stat& status, bool hasOwner) {
     return status.st_mode & (hasOwner ? 07777 : 0777);
 }
@@ -78,7 +78,7 @@ Result<void> copyAttributes(int from, int to, const struct stat& status, Attribu
     TRY(copyExtendedAttributes(from, to, loss));
     const bool hasOwner = ::fchown(to, status.st_uid, status.st_gid) == 0;
     if (::fchmod(to, rightsFor(status, hasOwner)) != 0)
-        return systemFailure("cannot copy the rights");
+        return systemFailure("cannot copy the permissions");
     const timespec times[2] = {status.st_atim, status.st_mtim};
     if (::futimens(to, times) != 0)
         return systemFailure("cannot copy the times");
@@ -94,11 +94,11 @@ Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, con
     const FileDescriptor target(
         ::openat(to.folder, to.name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!target.isOpen())
-        return systemFailure("cannot make a copy of " + from.name);
+        return systemFailure("cannot create a copy of " + from.name);
     struct stat opened {};
     if (::fstat(source.number(), &opened) != 0 || opened.st_ino != status.st_ino
         || opened.st_dev != status.st_dev)
-        return changedMeanwhile();
+        return changedDuringCopy();
     TRY(copyAndVerify(source.number(), target.number(), status.st_size));
     TRY(copyAttributes(source.number(), target.number(), status, loss));
     return finishWriting(target.number(), Durability::synced);
@@ -109,7 +109,7 @@ Result<void> copySymbolicLink(const FolderEntry& from, const FolderEntry& to, co
     if (::readlinkat(from.folder, from.name.c_str(), text.data(), PATH_MAX) < 0)
         return systemFailure("cannot read the link " + from.name);
     if (::symlinkat(text.data(), to.folder, to.name.c_str()) != 0)
-        return systemFailure("cannot make a copy of the link " + from.name);
+        return systemFailure("cannot create a copy of the link " + from.name);
     (void)(::fchownat(to.folder, to.name.c_str(), status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW) == 0);
     const timespec times[2] = {status.st_atim, status.st_mtim};
     if (::utimensat(to.folder, to.name.c_str(), times, AT_SYMLINK_NOFOLLOW) != 0)

@@ -6,21 +6,21 @@
 
 namespace kestrine {
 
-/// Makes `to`, a new file, a copy of `from` with its bytes, extended attributes, rights and times, and with
-/// its owner where that is possible (for attributes see AttributeLoss). The bytes were on the disk and read
-/// back as equal before this succeeds. `status` is what the file was before; one that changes meanwhile fails
-/// (truncated).
+/// Creates the file `to` as a copy of `from` with its bytes, extended attributes (see AttributeLoss), mode
+/// and times, and with its owner if possible. On success the bytes have been synced, read back and compared.
+/// `status` is the status of `from` before the copy; fails with truncated if the file has changed since.
 Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, const struct stat& status,
                              AttributeLoss loss = AttributeLoss::refused);
 
-/// The same for a symbolic link, which is copied itself.
+/// Creates the symbolic link `to` as a copy of the link `from`, with its target and times, and with its owner
+/// if possible. `status` is the status of `from`.
 Result<void> copySymbolicLink(const FolderEntry& from, const FolderEntry& to, const struct stat& status);
 
-/// Fails (inputOutput) when two open files do not hold the same bytes.
+/// Fails with inputOutput if two open files have different content.
 Result<void> compareContents(int first, int second);
 
-/// Gives an open file or folder the extended attributes, owner, rights and times of another: to be called
-/// when its content is complete.
+/// Copies the extended attributes of the open file or folder `from` to `to`, and sets the owner, mode and
+/// times from `status`. To be called when the content of `to` is complete, because writing changes the times.
 Result<void> copyAttributes(int from, int to, const struct stat& status,
                             AttributeLoss loss = AttributeLoss::refused);
 

@@ -45,7 +45,7 @@ Failure systemFailure(const std::string& what) { return systemFailure(what, errn
 
 Result<void> FileDescriptor::close() {
     const int number = std::exchange(number_, -1);
-    // Linux has released the number even when close() fails, EINTR included: never try again.
+    // Linux releases the number even if close() fails, EINTR included, so a second attempt would be wrong.
     if (number >= 0 && ::close(number) != 0 && errno != EINTR)
         return systemFailure("cannot finish writing");
     return {};

@@ -1,4 +1,4 @@
-// FileDescriptor: owns one open descriptor of the system.
+// FileDescriptor: owns an open file descriptor.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -7,7 +7,7 @@
 
 namespace kestrine {
 
-/// Move-only; closes on destruction. A default one holds nothing.
+/// Move-only. The destructor closes the descriptor. A default-constructed object holds none.
 class FileDescriptor {
 public:
     FileDescriptor() = default;
@@ -22,17 +22,19 @@ public:
     bool isOpen() const { return number_ >= 0; }
     int number() const { return number_; }
 
-    /// Closes now and tells what the system said about writes that were still under way.
+    /// Closes the descriptor. Fails if the system reports an error of earlier writes.
     Result<void> close();
 
 private:
     int number_ = -1;
 };
 
-/// Opens a regular file for reading without ever blocking: pipes, devices and folders are refused.
+/// Opens a regular file for reading. Fails with notRegularFile for pipes, devices and folders, without
+/// blocking.
 Result<FileDescriptor> openForReading(const std::string& path);
 
-/// The failure that the current errno stands for; `what` begins the sentence ("cannot open a.jpg").
+/// The failure for an error number, by default the current errno. `what` starts the message ("cannot open
+/// a.jpg").
 Failure systemFailure(const std::string& what);
 Failure systemFailure(const std::string& what, int errorNumber);
 

@@ -1,21 +1,21 @@
-// The ways to ask whether a path is in use.
+// Whether something exists at a path.
 #pragma once
 
 #include <string>
 
 namespace kestrine {
 
-/// Whether something is there, following symbolic links: a dangling link is nothing.
+/// Whether an item exists. Follows symbolic links, so a dangling link does not count.
 bool itemExists(const std::string& path);
 
-/// Whether there is a folder, following symbolic links.
+/// Whether a folder exists. Follows symbolic links.
 bool folderExists(const std::string& path);
 
-/// Whether it is certain that nothing is there; not when the system would not tell, for lack of rights say.
+/// Whether certainly no item exists. False if the system does not tell, for example because it denies access.
 bool isAbsent(const std::string& path);
 
-/// Whether the name is in use: by anything that exists, and by a dangling link too. A name that cannot be
-/// asked for (no rights, too long) counts as free, so that a search for a free name ends.
+/// Whether the name is in use, also by a dangling link. A name that cannot be looked up (access denied, name
+/// too long) counts as free, so that a search for a free name ends.
 bool isTaken(const std::string& path);
 
 } // namespace kestrine

@@ -1,5 +1,5 @@
-// FolderEntry: one name in a folder that is held open, so that renaming the folder meanwhile, or putting a
-// link in its place, cannot lead an operation elsewhere.
+// FolderEntry: a name in an open folder. Because the folder is open, an operation reaches the right entry
+// even if another process renames the folder or puts a link in its place.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -14,10 +14,10 @@ struct FolderEntry {
     std::string name; ///< without a slash
 };
 
-/// What the entry itself is; links are not followed.
+/// The status of the entry itself; a link is not followed.
 Result<struct stat> statusOf(const FolderEntry& entry);
 
-/// A name that nobody else uses: ".<16 hexadecimal digits>.kestrine-tmp".
+/// A random name for a temporary item: ".<16 hexadecimal digits>.kestrine-tmp".
 std::string temporaryName();
 
 } // namespace kestrine

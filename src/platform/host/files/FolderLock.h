@@ -1,5 +1,5 @@
-// FolderLock: keeps other processes that ask for the same lock out, while one file in a folder is read,
-// changed and replaced. Nothing is left behind.
+// FolderLock: an advisory lock on a folder, held while a file in it is read, changed and replaced.
+// It leaves no lock file.
 #pragma once
 
 #include "platform/host/files/FileDescriptor.h"
@@ -10,7 +10,7 @@ namespace kestrine {
 
 class FolderLock {
 public:
-    /// Waits for the lock on an existing folder. It is given back when the object, or the process, ends.
+    /// Waits for the lock on an existing folder. The lock is released when the object or the process ends.
     static Result<FolderLock> take(const std::string& folder);
 
 private:

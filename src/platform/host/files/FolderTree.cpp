@@ -7,8 +7,7 @@ namespace kestrine {
 Result<std::vector<std::string>> pathsBelow(const std::string& folder) {
     FileDescriptor root = TRY(openFolder(folder));
     std::vector<std::string> paths = TRY(namesIn(root.number()));
-    // The list is its own queue: what is in a folder is put behind everything that is known so far. So only
-    // one folder is open besides the root, however deep the tree.
+    // The list is also the queue of folders to read, so at any depth only two folders are open.
     for (std::size_t i = 0; i < paths.size(); ++i) {
         const std::string path = paths[i];
         const Result<FileDescriptor> below = openSubfolder({root.number(), path});

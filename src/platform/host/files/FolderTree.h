@@ -1,4 +1,4 @@
-// Everything below a folder, as paths.
+// The list of all items below a folder.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -8,10 +8,9 @@
 
 namespace kestrine {
 
-/// The paths, relative to `folder`, of everything below it; a folder stands before what is in it. Links are
-/// listed and not followed, other file systems are walked into. A folder below that cannot be listed, for
-/// lack of rights or because its path is too long for the system, is listed itself. Fails when `folder` is
-/// no folder or cannot be listed.
+/// The paths of all items below `folder`, relative to it. A folder comes before its content. Links are listed
+/// and not followed. Mounted file systems are included. A subfolder that cannot be read (access denied, or
+/// path too long) is listed without its content. Fails if `folder` is not a folder or cannot be read.
 Result<std::vector<std::string>> pathsBelow(const std::string& folder);
 
 } // namespace kestrine

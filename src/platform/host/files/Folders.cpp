@@ -32,7 +32,7 @@ Result<FileDescriptor> openFolderAt(const FolderEntry& entry, int moreFlags) {
 Result<void> makeFolder(const std::string& path) {
     TRY(checkPath(path));
     if (::mkdir(path.c_str(), 0777) != 0)
-        return systemFailure("cannot make the folder " + path);
+        return systemFailure("cannot create the folder " + path);
     return {};
 }
 
@@ -42,10 +42,10 @@ Result<void> makePrivateFolders(const std::string& path) {
         return {};
     const std::string parent = folderOf(path);
     if (errno != ENOENT || parent.size() >= path.size())
-        return systemFailure("cannot make the folder " + path);
+        return systemFailure("cannot create the folder " + path);
     TRY(makePrivateFolders(parent));
     if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-        return systemFailure("cannot make the folder " + path);
+        return systemFailure("cannot create the folder " + path);
     return {};
 }
 
@@ -57,7 +57,7 @@ Result<FileDescriptor> openFolder(const std::string& path) {
 Result<FileDescriptor> openSubfolder(const FolderEntry& entry) { return openFolderAt(entry, O_NOFOLLOW); }
 
 Result<std::vector<std::string>> namesIn(int folder) {
-    // A descriptor of its own: a listing moves the position of the one it reads from.
+    // Opens the folder again, because listing moves the position of a descriptor.
     const int own = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     std::unique_ptr<DIR, CloseListing> listing(own < 0 ? nullptr : ::fdopendir(own));
     if (!listing)

@@ -1,4 +1,4 @@
-// Folders: making them, opening them and listing what is in them.
+// Creating, opening and listing folders.
 #pragma once
 
 #include "platform/host/files/FileDescriptor.h"
@@ -12,22 +12,21 @@ namespace kestrine {
 /// open, and a process usually has 1024.
 inline constexpr unsigned maxFolderDepth = 200;
 
-/// Makes one folder with the rights 0777 less the umask. Its parent must exist; a name in use is
-/// alreadyExists, whatever uses it.
+/// Creates one folder with the mode 0777 minus the umask. Fails with notFound if the parent does not exist,
+/// and with alreadyExists if any item has the name.
 Result<void> makeFolder(const std::string& path);
 
-/// Makes the folder and every missing one above it, for the user alone (0700). Nothing happens to those
-/// that exist.
+/// Creates the folder and all missing folders above it with the mode 0700. Existing folders stay as they are.
 Result<void> makePrivateFolders(const std::string& path);
 
-/// Holds a folder open for the calls that take a folder's descriptor. Without the right to read it can
-/// still be used, but not be listed or synced.
+/// Opens a folder for use in a FolderEntry. A folder without read permission can be opened too, but namesIn()
+/// and syncing do not work on it.
 Result<FileDescriptor> openFolder(const std::string& path);
 
-/// The same for a folder in a folder; a symbolic link is refused.
+/// As openFolder(), for an entry of an open folder. Fails if the entry is a symbolic link.
 Result<FileDescriptor> openSubfolder(const FolderEntry& entry);
 
-/// The names in an open folder, in no order, without "." and "..".
+/// The names in an open folder, in no particular order, without "." and "..".
 Result<std::vector<std::string>> namesIn(int folder);
 
 } // namespace kestrine

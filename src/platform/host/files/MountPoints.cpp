@@ -15,7 +15,7 @@ namespace kestrine {
 
 namespace {
 
-/// Tells mounts apart. Kernels before 5.8 know no mount numbers; there the device has to do.
+/// Identifies a mount. Kernels before 5.8 have no mount numbers; there the device number is used.
 struct MountIdentity {
     std::uint32_t deviceMajor, deviceMinor;
     std::uint64_t mount;
@@ -27,7 +27,7 @@ std::optional<MountIdentity> mountOf(int folder, const char* name) {
     const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_EMPTY_PATH;
     if (::statx(folder, name, flags, STATX_TYPE | STATX_MNT_ID, &status) != 0)
         return std::nullopt;
-    // A union of file systems gives files another device than their folder; the mount number holds for both.
+    // The mount number is preferred: on overlay file systems a file may have another device than its folder.
     if ((status.stx_mask & STATX_MNT_ID) != 0)
         return MountIdentity{0, 0, status.stx_mnt_id};
     return MountIdentity{status.stx_dev_major, status.stx_dev_minor, 0};
@@ -66,7 +66,7 @@ bool isMountPoint(const FolderEntry& entry) {
 Result<std::vector<MountPoint>> mountPoints() {
     std::ifstream table("/proc/self/mountinfo");
     if (!table)
-        return systemFailure("cannot read the table of mounts");
+        return systemFailure("cannot read the mount table");
     std::vector<MountPoint> points;
     for (std::string line; std::getline(table, line);) {
         std::istringstream fields(line);

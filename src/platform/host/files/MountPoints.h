@@ -1,5 +1,5 @@
-// Where one file system ends and another begins.
-// Paths must be absolute and free of symbolic links and dots, as realpath(3) gives them.
+// The boundaries between file systems.
+// Paths must be absolute and canonical, as returned by realpath(3).
 #pragma once
 
 #include "platform/host/files/FolderEntry.h"
@@ -9,26 +9,27 @@
 
 namespace kestrine {
 
-/// The folder on which the file system of `folder` is mounted; the same disk mounted in a second place
-/// counts as another one, since files cannot be renamed across.
+/// The folder where the file system of `folder` is mounted. If one disk is mounted in two places, each place
+/// counts as a file system of its own, because files cannot be renamed from one to the other.
 std::string topFolderOf(const std::string& folder);
 
-/// Whether something is mounted on the entry itself, be it a folder or a file, or the system does not tell.
+/// Whether a file system is mounted on the entry, which may be a folder or a file. Also true if the system
+/// does not tell.
 bool isMountPoint(const FolderEntry& entry);
 
-/// A place where something is mounted.
+/// A place where a file system is mounted.
 struct MountPoint {
     std::string path;
-    /// Whether a file system is shown there from its own top, which makes the place a folder. A part of one
-    /// that is mounted in a second place may be a file.
+    /// Whether the whole file system is mounted, which means that `path` is a folder. Otherwise a part of it
+    /// is mounted, which may be a single file.
     bool showsWhole;
 };
 
-/// What is mounted where, oldest first, hidden places included; a place comes twice when one mount covers
-/// another there. notFound where the system shows no table of mounts.
+/// All mount points, oldest first. If one mount covers another, both are listed, with the same path. Fails
+/// with notFound if /proc is not mounted.
 Result<std::vector<MountPoint>> mountPoints();
 
-/// Whether something is mounted anywhere below `folder`.
+/// Whether a file system is mounted anywhere below `folder`.
 bool hasMountPointBelow(const std::string& folder);
 
 } // namespace kestrine

@@ -10,7 +10,7 @@ Result<TemporaryFile> TemporaryFile::create(int folder, mode_t mode) {
     FileDescriptor file(
         ::openat(folder, entry.name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
     if (!file.isOpen())
-        return systemFailure("cannot make a temporary file");
+        return systemFailure("cannot create a temporary file");
     return TemporaryFile(std::move(entry), std::move(file));
 }
 

@@ -1,4 +1,4 @@
-// TemporaryFile: a file under a hidden name that goes away again unless it gets its final name.
+// TemporaryFile: a file with a hidden name, which is removed unless the file is renamed.
 #pragma once
 
 #include "platform/host/files/FileDescriptor.h"
@@ -8,10 +8,10 @@
 
 namespace kestrine {
 
-/// Move-only. The folder's descriptor must outlive it.
+/// Move-only. The descriptor of the folder must outlive this object.
 class TemporaryFile {
 public:
-    /// Makes an empty file, open for reading and writing, with `mode` less the umask.
+    /// Creates an empty file with `mode` minus the umask, and opens it for reading and writing.
     static Result<TemporaryFile> create(int folder, mode_t mode);
 
     TemporaryFile(TemporaryFile&& other) noexcept
@@ -22,7 +22,7 @@ public:
     int descriptor() const { return file_.number(); }
     const FolderEntry& entry() const { return entry_; }
 
-    /// Call when the hidden name is gone because the file was renamed.
+    /// To be called after the file was renamed: the destructor then removes nothing.
     void wasRenamed() { entry_.name.clear(); }
 
 private:

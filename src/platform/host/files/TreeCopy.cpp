@@ -13,7 +13,7 @@ namespace kestrine {
 
 namespace {
 
-/// An original that stays keeps what a copy has to do without.
+/// The copy may lose attributes only if the original still has them afterwards.
 AttributeLoss lossFor(Original original) {
     return original == Original::stays ? AttributeLoss::accepted : AttributeLoss::refused;
 }
@@ -38,7 +38,7 @@ Result<void> copyFolder(const FolderEntry& from, const FolderEntry& to, CopiedIt
         return Failure{Reason::refused, "another file system is mounted on " + from.name};
     FileDescriptor source = TRY(openSubfolder(from));
     if (::mkdirat(to.folder, to.name.c_str(), 0700) != 0)
-        return systemFailure("cannot make a copy of the folder " + from.name);
+        return systemFailure("cannot create a copy of the folder " + from.name);
     FileDescriptor target = TRY(openSubfolder(to));
     TRY(copyChildren(source.number(), target.number(), folder, original, depth));
     TRY(copyAttributes(source.number(), target.number(), folder.original, lossFor(original)));
@@ -51,7 +51,7 @@ Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Orig
     if (original == Original::goes)
         TRY(checkRemovable(from.folder, status));
     CopiedItem item{from.name, status, {}};
-    Result<void> copied = Failure{Reason::unsupported, from.name + " is no file, link or folder"};
+    Result<void> copied = Failure{Reason::unsupported, from.name + " is not a file, link or folder"};
     if (S_ISREG(status.st_mode))
         copied = copyRegularFile(from, to, status, lossFor(original));
     else if (S_ISLNK(status.st_mode))
@@ -70,13 +70,13 @@ Failure changedSinceCopied(const std::string& name) {
     return {Reason::truncated, name + " changed after it was copied"};
 }
 
-/// Whether the entry is still the very item, with the content that was copied.
+/// Fails unless the entry is still the same item, with the same size and time.
 Result<void> checkSameContent(int folder, const CopiedItem& item) {
     struct stat now = TRY(statusOf({folder, item.name}));
     const struct stat& then = item.original;
     if (now.st_dev != then.st_dev || now.st_ino != then.st_ino || now.st_mode != then.st_mode)
         return changedSinceCopied(item.name);
-    // Removing the children of a folder changes its time and size.
+    // The time and size of a folder are not compared, because removing its children changes them.
     if (!S_ISDIR(then.st_mode) && (now.st_size != then.st_size || !sameTime(now.st_mtim, then.st_mtim)))
         return changedSinceCopied(item.name);
     return {};
@@ -133,7 +133,7 @@ void removeTree(const FolderEntry& entry) {
 
 Result<void> checkRemovable(int folder, const struct stat& item) {
     if (::faccessat(folder, ".", W_OK | X_OK, AT_EACCESS) != 0)
-        return systemFailure("cannot take anything out of the folder");
+        return systemFailure("cannot remove items from the folder");
     struct stat status {};
     if (::fstat(folder, &status) != 0)
         return systemFailure("cannot examine the folder");

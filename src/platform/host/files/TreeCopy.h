@@ -1,5 +1,5 @@
-// A complete, verified copy of a file, link or folder, and the removal of its original.
-// Only what was copied is ever removed: what came or changed meanwhile stays.
+// A complete and verified copy of a file, link or folder, and the removal of the original.
+// Only copied items are removed. Items that were added or changed since the copy stay.
 #pragma once
 
 #include "platform/host/files/FolderEntry.h"
@@ -8,35 +8,36 @@
 
 namespace kestrine {
 
-/// What was copied, as it was when its copying began.
+/// A copied item, with its status from before the copy.
 struct CopiedItem {
     std::string name;
     struct stat original;
-    std::vector<CopiedItem> children; ///< of a folder
+    std::vector<CopiedItem> children; ///< the content of a folder
 };
 
-/// What becomes of the original after the copy.
+/// Whether the original is removed after the copy.
 enum class Original : bool { stays, goes };
 
-/// Copies `from` to `to`, whose name must be free: bytes, links, extended attributes, rights, times. Fails,
-/// without leaving anything at `to`, when any part cannot be copied: pipes, sockets and devices
-/// (unsupported), more than 200 nested folders (tooLarge), other file systems (refused) and, when the
-/// original is to go, what could not be removed afterwards for lack of rights (notPermitted) and attributes
-/// that are not kept at `to` (unsupported); when it stays, its copy does without these.
+/// Copies `from` to `to` with its content, links, extended attributes, mode and times. The name `to` must be
+/// free. If any part cannot be copied, the whole copy fails and nothing remains at `to`. Failures:
+/// unsupported for pipes, sockets and devices, tooLarge for folders nested deeper than maxFolderDepth,
+/// refused for mounted file systems. With Original::goes also notPermitted for items that the user may not
+/// remove, and unsupported for attributes that the file system of `to` does not support. With Original::stays
+/// the copy loses such attributes.
 Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to,
                             Original original = Original::goes);
 
-/// Fails (truncated) when anything in the original is no longer as it was copied.
+/// Fails with truncated if any part of the original has changed since the copy.
 Result<void> checkUnchanged(int folder, const CopiedItem& item);
 
-/// Removes the original. `anythingRemoved` tells after a failure whether it is still whole.
+/// Removes the original. After a failure `anythingRemoved` tells whether part of it is already gone.
 Result<void> removeOriginal(int folder, const CopiedItem& item, bool& anythingRemoved);
 
-/// Removes a tree of our own, write-protected folders included.
+/// Removes a tree that this program created, including folders without write permission. Errors are ignored.
 void removeTree(const FolderEntry& entry);
 
-/// Whether the user may take `item` out of `folder`: needs the right to write there, and in a folder shared
-/// with others (sticky) one of the two must be the user's own.
+/// Fails with notPermitted unless the user may remove `item` from `folder`. This needs write permission in
+/// the folder and, if the folder has the sticky bit, ownership of the folder or of the item.
 Result<void> checkRemovable(int folder, const struct stat& item);
 
 } // namespace kestrine

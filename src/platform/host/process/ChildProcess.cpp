@@ -13,23 +13,24 @@ namespace kestrine {
 
 namespace {
 
-/// The signals that we ignore would stay ignored in the child, which expects to die of them.
-class UsualSignals {
+/// The default signal handling for a child. The signals that prepareStandardStreams() ignores would otherwise
+/// stay ignored in the child.
+class DefaultSignals {
 public:
-    UsualSignals() {
-        sigset_t ignoredByUs, none;
-        sigemptyset(&ignoredByUs);
-        sigaddset(&ignoredByUs, SIGPIPE);
-        sigaddset(&ignoredByUs, SIGXFSZ);
+    DefaultSignals() {
+        sigset_t ignored, none;
+        sigemptyset(&ignored);
+        sigaddset(&ignored, SIGPIPE);
+        sigaddset(&ignored, SIGXFSZ);
         sigemptyset(&none);
         ::posix_spawnattr_init(&attributes_);
-        ::posix_spawnattr_setsigdefault(&attributes_, &ignoredByUs);
+        ::posix_spawnattr_setsigdefault(&attributes_, &ignored);
         ::posix_spawnattr_setsigmask(&attributes_, &none);
         ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
     }
-    ~UsualSignals() { ::posix_spawnattr_destroy(&attributes_); }
-    UsualSignals(const UsualSignals&) = delete;
-    UsualSignals& operator=(const UsualSignals&) = delete;
+    ~DefaultSignals() { ::posix_spawnattr_destroy(&attributes_); }
+    DefaultSignals(const DefaultSignals&) = delete;
+    DefaultSignals& operator=(const DefaultSignals&) = delete;
 
     const posix_spawnattr_t* get() const { return &attributes_; }
 
@@ -44,7 +45,7 @@ Result<ChildProcess> ChildProcess::start(const std::string& program,
     const ArgumentVector vector = TRY(ArgumentVector::make(program, arguments));
     pid_t process = -1;
     const int error =
-        ::posix_spawnp(&process, program.c_str(), nullptr, UsualSignals().get(), vector.get(), environ);
+        ::posix_spawnp(&process, program.c_str(), nullptr, DefaultSignals().get(), vector.get(), environ);
     if (error != 0)
         return systemFailure("cannot start " + program, error);
     return ChildProcess(process);

@@ -1,4 +1,4 @@
-// ChildProcess: another program, started with exactly the arguments given. No shell is involved.
+// ChildProcess: runs another program with exactly the given arguments. No shell is involved.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -11,21 +11,22 @@ namespace kestrine {
 
 /// How a program ended.
 struct ChildEnd {
-    int code;      ///< its exit status, or the number of the signal
-    bool bySignal; ///< whether a signal ended it
+    int code;      ///< the exit status, or the number of the signal
+    bool bySignal; ///< whether a signal ended the program
 };
 
-/// Move-only. A child that nobody waits for runs on; it is not ended with its object.
+/// Move-only. Destroying the object does not end the child.
 class ChildProcess {
 public:
-    /// Starts `program` (a name without a slash is looked up in PATH) with the argument vector `program`,
-    /// `arguments`. The child has our standard streams, folder and environment, and the usual signals.
+    /// Starts `program` with the argument vector `program`, `arguments`. A name without a slash is looked up
+    /// in PATH. The child inherits the standard streams, the current folder and the environment. SIGPIPE and
+    /// SIGXFSZ have their default actions, and no signal is blocked.
     static Result<ChildProcess> start(const std::string& program, const std::vector<std::string>& arguments);
 
     ChildProcess(ChildProcess&&) = default;
     ChildProcess& operator=(ChildProcess&&) = default;
 
-    /// Blocks until the child has ended. To be called once.
+    /// Waits until the child has ended. To be called once.
     Result<ChildEnd> wait();
 
 private:

@@ -1,4 +1,4 @@
-// DynamicLibrary: a shared library that is opened when it is first needed.
+// DynamicLibrary: a shared library that is loaded at run time.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -7,14 +7,15 @@
 
 namespace kestrine {
 
-/// Stays loaded until the process ends, so functions got from it never dangle; copies are free.
+/// The library stays loaded until the process ends, so its functions remain valid. Copies refer to the same
+/// library.
 class DynamicLibrary {
 public:
-    /// Opens the first of `names` ("libtiff.so.6") that the system's loader finds, with all its
-    /// functions bound. unsupported, with the loader's last message, when there is none.
+    /// Opens the first of `names` (such as "libtiff.so.6") that the system's loader finds, and binds all its
+    /// functions. Fails with unsupported and the loader's last message if it finds none.
     static Result<DynamicLibrary> open(std::initializer_list<const char*> names);
 
-    /// The function or variable of that name, or null: symbol<int(const char*)>("puts").
+    /// The function or variable with that name, or null. Example: symbol<int(const char*)>("puts").
     template <class T>
     T* symbol(const char* name) const {
         return reinterpret_cast<T*>(address(name));

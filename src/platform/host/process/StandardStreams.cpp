@@ -11,8 +11,8 @@ namespace {
 
 bool isOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) >= 0; }
 
-/// The system gives a new descriptor the lowest free number, which is `descriptor` when those below it
-/// are open. Where /dev is not there, the root folder holds the number: nothing can be written to it.
+/// A new descriptor gets the lowest free number, which is `descriptor` if all lower ones are open. If there
+/// is no /dev/null, the root folder takes the number; nothing can be written to it.
 void occupy(int descriptor) {
     if (::open("/dev/null", O_RDWR) != descriptor && !isOpen(descriptor))
         (void)::open("/", O_PATH | O_DIRECTORY);

@@ -1,11 +1,11 @@
-// The state that a process must be in before it opens its first file.
+// The preparation of a process before it opens its first file.
 #pragma once
 
 namespace kestrine {
 
-/// To be called first in main. A standard stream that is closed becomes one that reads nothing and
-/// swallows everything (else the next file opened would be the standard output); and writing to a closed
-/// pipe or beyond a size limit becomes an error of that write instead of the end of the process.
+/// To be called first in main. Opens /dev/null for each standard stream that is closed; otherwise the next
+/// opened file could become standard output. Ignores SIGPIPE and SIGXFSZ, so that writing to a closed pipe or
+/// above a size limit is an error of that write and does not end the process.
 void prepareStandardStreams();
 
 } // namespace kestrine

@@ -16,9 +16,9 @@ namespace kestrine {
 
 namespace {
 
-/// What is to be thrown away.
+/// The item to move to the trash.
 struct Candidate {
-    FileDescriptor folder;  ///< that holds it
+    FileDescriptor folder;  ///< the folder of the item
     std::string folderPath; ///< absolute, without links
     std::string name;
     struct stat status;
@@ -30,7 +30,7 @@ struct Candidate {
 
 Failure refusal(const std::string& why) { return {Reason::refused, why}; }
 
-/// Links resolved as far as the path exists; "" for a path that names nothing.
+/// `path` with the links resolved in the part that exists; "" for an empty path.
 std::string resolved(const std::string& path) {
     std::error_code error;
     const std::string text = path.empty() ? "" : std::filesystem::weakly_canonical(path, error).string();
@@ -43,11 +43,11 @@ bool liesIn(const std::string& path, const std::string& inFolder) {
 
 Result<Candidate> examine(std::string path) {
     if (!checkPath(path))
-        return refusal("there is no such name");
+        return refusal("the path is empty or contains a zero byte");
     path.erase(path.find_last_not_of('/') + 1);
     const std::string name = nameOf(path);
     if (name.empty() || name == "." || name == "..")
-        return refusal("this name stands for a folder that must stay");
+        return refusal("this name refers to a folder that must stay");
     FileDescriptor folder = TRY(openFolder(folderOf(path)));
     struct stat status = TRY(statusOf({folder.number(), name}));
     const std::unique_ptr<char, FreeDeleter> folderPath(::realpath(folderOf(path).c_str(), nullptr));
@@ -56,7 +56,8 @@ Result<Candidate> examine(std::string path) {
     return Candidate{std::move(folder), folderPath.get(), name, status};
 }
 
-/// Whether a path below a top folder begins with ".Trash" or ".Trash-1000".
+/// Whether `relativePath`, which is relative to the top folder of a file system, starts with ".Trash" or
+/// ".Trash-" and a user number.
 bool isVolumeTrash(const std::string& relativePath) {
     constexpr std::string_view shared = ".Trash", ofUser = ".Trash-";
     const std::string first = relativePath.substr(0, relativePath.find('/'));
@@ -72,18 +73,18 @@ std::string pathBelow(const std::string& path, const std::string& topFolder) {
 Result<void> checkAllowed(const Candidate& item, const std::string& home, const std::string& homeTrash) {
     const std::string path = item.path();
     if (isMountPoint(item.entry()))
-        return refusal("a file system is mounted there");
+        return refusal("it is a mount point");
     if (item.isFolder() && hasMountPointBelow(path))
-        return refusal("a file system is mounted in it");
+        return refusal("it contains a mount point");
     if (path == home || liesIn(home, path))
-        return refusal("it is the home folder or holds it");
-    // An empty argument of a script would otherwise throw away the folder the script works in.
+        return refusal("it is the home folder or contains it");
+    // Protects the current folder of a script that passes an empty variable as part of a path.
     const std::string currentFolder = resolved(".");
     if (path == currentFolder || liesIn(currentFolder, path))
-        return refusal("it is the current folder or holds it");
+        return refusal("it is the current folder or contains it");
     if (path == homeTrash || liesIn(homeTrash, path) || liesIn(path, homeTrash)
         || isVolumeTrash(pathBelow(path, topFolderOf(item.folderPath))))
-        return refusal("it lies in the trash or holds it");
+        return refusal("it is in the trash or contains the trash");
     return checkRemovable(item.folder.number(), item.status);
 }
 
@@ -102,7 +103,7 @@ Result<TrashedItem> moveIntoVolumeTrash(const Candidate& item) {
     return moveInto(trash, item, pathBelow(item.path(), top));
 }
 
-/// Gives a finished copy its name in the trash, on the disk for good.
+/// Gives a complete copy its name in the trash and syncs the trash.
 Result<TrashedItem> admitCopy(const TrashFolder& trash, const FolderEntry& copy, const Candidate& item) {
     Result<TrashedItem> moved = trash.moveIn(copy, item.name, trashInfoText(item.path(), std::time(nullptr)));
     if (!moved) {
@@ -147,7 +148,7 @@ Result<TrashedItem> moveToTrash(const std::string& path, const Environment& envi
         home && ::fstat(item.folder.number(), &folder) == 0 && folder.st_dev == home->device();
     if (isNearHome) {
         Result<TrashedItem> moved = moveInto(*home, item, item.path());
-        // Unsupported: the home's device mounted in a second place, where nothing can be moved from.
+        // Unsupported: the item is on a second mount of the home device, from which nothing can be moved.
         if (moved || moved.failure().reason != Reason::unsupported)
             return moved;
     }

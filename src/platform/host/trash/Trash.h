@@ -1,22 +1,24 @@
-// The user's trash, after the freedesktop.org Trash specification 1.0.
-// Whatever goes wrong, an item is either still at its place, whole, or in the trash, whole.
+// The user's trash, as defined by the freedesktop.org Trash specification 1.0.
+// After a failure an item is complete either at its original place or in the trash.
 #pragma once
 
-#include "platform/host/process/Environment.h"
 #include "platform/host/Result.h"
+#include "platform/host/process/Environment.h"
 #include "platform/host/trash/TrashFolder.h"
 
 #include <string>
 
 namespace kestrine {
 
-/// Moves a file, folder or link (itself) to the trash: the one in the user's home when that lies on the
-/// same file system, else the one on the item's own file system, else as a verified copy into the home's.
-/// Refused are the names "", ".", "..", "/", mount points and folders that hold some, the home folder, the
-/// process's current folder, what holds one of these, what lies in a trash and what holds one. Other failures
-/// (notFound, notPermitted, noSpace, unsupported, inputOutput) say why the item is still where it was; only
-/// when removing an original folder stops half way does the rest of it stay beside the whole copy in the
-/// trash.
+/// Moves a file, a folder or a link (not its target) to the trash. The trash is, in this order:
+///   1. the home trash, if it is on the same file system as the item;
+///   2. the trash on the item's own file system;
+///   3. the home trash, by a verified copy and the removal of the original.
+/// Fails with refused for the names "", ".", ".." and "/", for mount points, the home folder, the current
+/// folder and the trash, for folders that contain one of these, and for items in a trash. After any other
+/// failure (notFound, notPermitted, noSpace, tooLarge, unsupported, inputOutput, truncated) the item is still
+/// in its place, with one exception: if the removal of a copied folder stops halfway, the complete copy is in
+/// the trash and the rest of the folder stays.
 Result<TrashedItem> moveToTrash(const std::string& path, const Environment& environment);
 
 } // namespace kestrine

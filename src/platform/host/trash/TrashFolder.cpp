@@ -19,16 +19,16 @@ namespace {
 
 constexpr std::string_view infoEnding = ".trashinfo";
 
-/// Opens a folder for the user alone, making it when it is missing.
+/// Opens a folder. Creates it with the mode 0700 if it is missing.
 Result<FileDescriptor> openOrMake(const FolderEntry& entry) {
     if (::mkdirat(entry.folder, entry.name.c_str(), 0700) != 0 && errno != EEXIST)
-        return systemFailure("cannot make the folder " + entry.name);
+        return systemFailure("cannot create the folder " + entry.name);
     return openSubfolder(entry);
 }
 
-std::size_t longestNameIn(int folder) {
-    const long longest = ::fpathconf(folder, _PC_NAME_MAX);
-    return (longest > 0 ? static_cast<std::size_t>(longest) : 255) - infoEnding.size();
+std::size_t maxNameLengthIn(int folder) {
+    const long length = ::fpathconf(folder, _PC_NAME_MAX);
+    return (length > 0 ? static_cast<std::size_t>(length) : 255) - infoEnding.size();
 }
 
 ByteView bytesIn(const std::string& text) {
@@ -58,7 +58,7 @@ Result<TrashFolder> TrashFolder::openOnVolume(const std::string& topFolder) {
     return openOwn({top.number(), name}, joinedPath(topFolder, name));
 }
 
-/// The owner is looked at after making it, too: some file systems give every file to the same user.
+/// Checks the owner of a new folder too, because some file systems give all files to the same user.
 Result<TrashFolder> TrashFolder::openOwn(const FolderEntry& entry, const std::string& path) {
     const bool isNew = ::mkdirat(entry.folder, entry.name.c_str(), 0700) == 0;
     FileDescriptor root = TRY(openSubfolder(entry));
@@ -85,12 +85,12 @@ Result<TrashFolder> TrashFolder::openParts(std::string path, FileDescriptor root
     return trash;
 }
 
-/// Synced: an item whose record is lost in a power cut could not be put back.
+/// The record is synced, because without it the item could not be restored after a power failure.
 Result<void> TrashFolder::writeInfo(const std::string& name, const std::string& text) const {
     const FileDescriptor file(
         ::openat(info_.number(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!file.isOpen())
-        return systemFailure("cannot make a record in the trash");
+        return systemFailure("cannot create a record in the trash");
     Result<void> written = writeAll(file.number(), bytesIn(text));
     if (written)
         written = finishWriting(file.number(), Durability::synced);
@@ -99,13 +99,13 @@ Result<void> TrashFolder::writeInfo(const std::string& name, const std::string& 
     return written;
 }
 
-/// The record is made first: it reserves the name against all other programs that use the trash.
+/// Creates the record first, which reserves the name for all programs that use the trash.
 Result<TrashedItem> TrashFolder::moveIn(const FolderEntry& entry, const std::string& wantedName,
                                         const std::string& info) const {
-    const std::size_t longest = longestNameIn(info_.number());
+    const std::size_t maxLength = maxNameLengthIn(info_.number());
     RenameMechanisms mechanisms;
     for (unsigned attempt = 1;; ++attempt) {
-        const std::string name = trashName(wantedName, attempt, longest);
+        const std::string name = trashName(wantedName, attempt, maxLength);
         const std::string infoName = name + std::string(infoEnding);
         Result<void> reserved = writeInfo(infoName, info);
         if (!reserved && reserved.failure().reason == Reason::alreadyExists)

@@ -1,5 +1,5 @@
-// TrashFolder: one trash on one file system, with its parts "files" (what was thrown away) and "info" (where
-// it was).
+// TrashFolder: one trash folder. Its subfolder "files" has the items, and "info" has a record for each of
+// them.
 #pragma once
 
 #include "platform/host/files/FileDescriptor.h"
@@ -9,42 +9,41 @@
 
 namespace kestrine {
 
-/// Something in a trash. Both names end alike: "files/a.jpg" and "info/a.jpg.trashinfo".
+/// An item in the trash, such as "files/a.jpg" with the record "info/a.jpg.trashinfo".
 struct TrashedItem {
-    std::string path;     ///< where it is now
-    std::string infoPath; ///< the record of where it was
+    std::string path;     ///< the path in the trash
+    std::string infoPath; ///< the path of the record, which holds the original path
 };
 
-/// Move-only; holds the folders open.
+/// Move-only. Keeps the folders open.
 class TrashFolder {
 public:
-    /// The user's own trash at `path`; what is missing is made, for the user alone.
+    /// The trash at `path` in the user's home. Missing folders are created with the mode 0700.
     static Result<TrashFolder> openHome(const std::string& path);
 
-    /// The user's trash on the file system mounted at `topFolder`: in the trash that the administrator
-    /// prepared for all users (".Trash"), or else in one of the user's own (".Trash-1000"), which is made.
-    /// A folder of either name that others could have put there is refused.
+    /// The user's trash on the file system mounted at `topFolder`. It is in the folder ".Trash" if the
+    /// administrator has created one with the sticky bit, otherwise it is the folder ".Trash-1000" with the
+    /// user's number, which is created if needed. Links and folders of other users are not used: refused.
     static Result<TrashFolder> openOnVolume(const std::string& topFolder);
 
     /// The device on which the items lie.
     dev_t device() const { return device_; }
-    /// The open folder of the items.
+    /// The open folder "files".
     int files() const { return files_.number(); }
 
-    /// Moves an entry into the trash under a free name made from `wantedName`, with the record `info`.
-    /// Fails with unsupported when a move into this trash crosses file systems; after any failure the
-    /// entry is where it was and the trash is as it was.
+    /// Moves an entry into the trash under a free name derived from `wantedName`, with `info` as its record.
+    /// Fails with unsupported if the entry is on another file system. After a failure nothing has changed.
     Result<TrashedItem> moveIn(const FolderEntry& entry, const std::string& wantedName,
                                const std::string& info) const;
 
-    /// Notes in the trash how much room an item that is a folder takes. Only a service to programs that
-    /// show it: a failure is of no consequence.
+    /// Records the disk space of an item that is a folder, for programs that show the trash. Errors are
+    /// ignored.
     void recordFolderSize(const TrashedItem& item) const;
 
-    /// Brings the trash's names to the disk.
+    /// Writes the entries of both folders to the disk.
     Result<void> sync() const;
 
-    /// Takes an item out of the trash for good, its record last.
+    /// Deletes an item from the trash, and its record afterwards.
     void remove(const TrashedItem& item) const;
 
 private:

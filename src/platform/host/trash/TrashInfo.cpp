@@ -6,7 +6,7 @@ namespace kestrine {
 
 namespace {
 
-bool staysAsItIs(char byte) {
+bool isUnreserved(char byte) {
     constexpr std::string_view marks = "-_.!~*'()/+";
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9')
            || marks.find(byte) != std::string_view::npos;
@@ -22,15 +22,15 @@ std::string localTime(std::time_t when) {
 
 } // namespace
 
-std::string trashName(const std::string& original, unsigned attempt, std::size_t longest) {
-    return nameWithAddition(original, attempt > 1 ? "." + std::to_string(attempt) : "", longest);
+std::string trashName(const std::string& original, unsigned attempt, std::size_t maxLength) {
+    return nameWithAddition(original, attempt > 1 ? "." + std::to_string(attempt) : "", maxLength);
 }
 
 std::string percentEncoded(std::string_view bytes) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::string text;
     for (const char byte : bytes) {
-        if (staysAsItIs(byte))
+        if (isUnreserved(byte))
             text += byte;
         else
             (text += '%').append({digits[static_cast<unsigned char>(byte) >> 4], digits[byte & 15]});

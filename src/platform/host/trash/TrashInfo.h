@@ -1,5 +1,4 @@
-// The texts of a trash: names of items in it, and the record that says where an item came from.
-// After the freedesktop.org Trash specification 1.0.
+// The names and records of items in the trash, as defined by the freedesktop.org Trash specification 1.0.
 #pragma once
 
 #include <cstddef>
@@ -9,14 +8,14 @@
 
 namespace kestrine {
 
-/// The name that an item tries to get in the trash: the 1st attempt is its own name, then "a.2.jpg",
-/// "a.3.jpg". No name has more than `longest` bytes.
-std::string trashName(const std::string& original, unsigned attempt, std::size_t longest);
+/// The name to try for an item in the trash. Attempt 1 gives the original name, attempt 2 "a.2.jpg", and so
+/// on. The name has at most `maxLength` bytes.
+std::string trashName(const std::string& original, unsigned attempt, std::size_t maxLength);
 
-/// Bytes other than letters, digits, "/" and the marks that RFC 2396 leaves alone, as %XX.
+/// Encodes each byte as %XX, except ASCII letters, digits and -_.!~*'()/+.
 std::string percentEncoded(std::string_view bytes);
 
-/// The record of an item that was at `originalPath` and was deleted at `when`, told in local time.
+/// The record of an item that was at `originalPath` and was deleted at `when`. The record has the local time.
 std::string trashInfoText(const std::string& originalPath, std::time_t when);
 
 } // namespace kestrine

@@ -17,33 +17,33 @@ namespace kestrine {
 namespace {
 
 constexpr const char* sizesName = "directorysizes";
-constexpr std::uint64_t largestSizesFile = 16 * 1024 * 1024;
+constexpr std::uint64_t maxSizesFile = 16 * 1024 * 1024;
 constexpr std::uint64_t blockSize = 512; // the unit of st_blocks
 
 using FileIdentity = std::pair<dev_t, ino_t>;
 
-std::uint64_t roomTaken(const FolderEntry& entry, std::set<FileIdentity>& counted, unsigned depth) {
+std::uint64_t diskSpaceOf(const FolderEntry& entry, std::set<FileIdentity>& counted, unsigned depth) {
     Result<struct stat> status = statusOf(entry);
     if (!status || depth > maxFolderDepth)
         return 0;
     const bool isFolder = S_ISDIR(status->st_mode);
     if (!isFolder && status->st_nlink > 1 && !counted.emplace(status->st_dev, status->st_ino).second)
         return 0;
-    std::uint64_t room = static_cast<std::uint64_t>(status->st_blocks) * blockSize;
+    std::uint64_t space = static_cast<std::uint64_t>(status->st_blocks) * blockSize;
     if (!isFolder)
-        return room;
+        return space;
     if (Result<FileDescriptor> folder = openSubfolder(entry))
         if (Result<std::vector<std::string>> names = namesIn(folder->number()))
             for (const std::string& name : *names)
-                room += roomTaken({folder->number(), name}, counted, depth + 1);
-    return room;
+                space += diskSpaceOf({folder->number(), name}, counted, depth + 1);
+    return space;
 }
 
-/// The lines there are, without any of the name that ends `line`.
+/// The existing lines, except those for `name`.
 std::string otherLines(int trash, const std::string& name) {
     FileDescriptor file(::openat(trash, sizesName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     Result<std::shared_ptr<const ByteReader>> reader = readerOfFile(std::move(file));
-    Result<Bytes> bytes = reader ? (*reader)->readAll(largestSizesFile) : reader.failure();
+    Result<Bytes> bytes = reader ? (*reader)->readAll(maxSizesFile) : reader.failure();
     if (!bytes)
         return "";
     std::istringstream lines(std::string(bytes->begin(), bytes->end()));
@@ -56,15 +56,15 @@ std::string otherLines(int trash, const std::string& name) {
 
 } // namespace
 
-std::uint64_t roomTaken(const FolderEntry& entry) {
+std::uint64_t diskSpaceOf(const FolderEntry& entry) {
     std::set<FileIdentity> counted;
-    return roomTaken(entry, counted, 0);
+    return diskSpaceOf(entry, counted, 0);
 }
 
 void recordTrashedFolderSize(int trash, const FolderEntry& folder, std::time_t recordTime) {
     const std::string name = percentEncoded(folder.name);
     const std::string line =
-        std::to_string(roomTaken(folder)) + " " + std::to_string(recordTime) + " " + name + "\n";
+        std::to_string(diskSpaceOf(folder)) + " " + std::to_string(recordTime) + " " + name + "\n";
     const std::string text = otherLines(trash, name) + line;
     Result<TemporaryFile> file = TemporaryFile::create(trash, 0600);
     if (!file

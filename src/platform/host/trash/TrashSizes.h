@@ -1,5 +1,4 @@
-// The file "directorysizes" of a trash: how much room each folder in it takes, so that programs that show
-// the trash need not walk through them. Losing a line does no harm.
+// The file "directorysizes" of a trash: a cache of the disk space of each folder in the trash.
 #pragma once
 
 #include "platform/host/files/FolderEntry.h"
@@ -9,11 +8,12 @@
 
 namespace kestrine {
 
-/// Bytes on the disk of the entry and everything below it; a file with several names counts once.
-std::uint64_t roomTaken(const FolderEntry& entry);
+/// The disk space of the entry and everything below it, in bytes. A file with several names counts once.
+/// Folders nested deeper than maxFolderDepth are left out.
+std::uint64_t diskSpaceOf(const FolderEntry& entry);
 
-/// Adds the line of `folder`, an entry in the trash's "files", to the file in the open folder `trash`.
-/// `recordTime` is the modification time of the item's record, by which readers tell stale lines.
+/// Adds a line for `folder`, an entry in "files", to the file in the open folder `trash`. `recordTime` is the
+/// modification time of the item's record, which readers use to detect outdated lines. Errors are ignored.
 void recordTrashedFolderSize(int trash, const FolderEntry& folder, std::time_t recordTime);
 
 } // namespace kestrine

@@ -3,6 +3,7 @@
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ForwardReader.h"
+#include "platform/imageio/gif/CodeCheck.h"
 
 #include <algorithm>
 #include <array>
@@ -46,6 +47,9 @@ public:
 
     const Layout& layout() const { return layout_; }
 
+    /// Whether each code of the picture stands for something. Instead of reading its rows.
+    bool hasSoundCodes();
+
     /// Reads the next of the picture's rows, in stored order.
     Result<void> readIndices(std::span<std::uint8_t> row) {
         if (DGifGetLine(file_.get(), row.data(), static_cast<int>(row.size())) != GIF_OK)
@@ -54,7 +58,7 @@ public:
     }
 
 private:
-    explicit Stream(std::shared_ptr<const ByteReader> reader) : input_(std::move(reader)) {}
+    explicit Stream(std::shared_ptr<const ByteReader> reader) : reader_(reader), input_(std::move(reader)) {}
 
     static int read(GifFileType* file, GifByteType* into, int count) {
         auto& input = *static_cast<ForwardReader*>(file->UserData);
@@ -64,6 +68,7 @@ private:
     Result<void> readExtension();
     Result<void> layOut();
 
+    const std::shared_ptr<const ByteReader> reader_;
     ForwardReader input_;
     Handle file_;
     Layout layout_{};
@@ -132,6 +137,18 @@ Result<void> Stream::layOut() {
     return {};
 }
 
+bool Stream::hasSoundCodes() {
+    std::uint8_t bits = 0; // the byte before the codes, which the library has read
+    reader_->readAt(input_.offset() - 1, {&bits, 1});
+    CodeCheck check(bits, std::uint64_t{layout_.width} * layout_.height);
+    while (!check.isComplete()) {
+        int code = 0;
+        if (DGifGetLZCodes(file_.get(), &code) != GIF_OK || !check.accepts(code))
+            return false;
+    }
+    return true;
+}
+
 RowFormat formatOf(const Layout& layout) {
     const bool hasAlpha = layout.transparent.has_value() || !layout.coversScreen();
     return {layout.screenWidth, layout.screenHeight, ColorModel::rgb, hasAlpha, SampleDepth::bits8};
@@ -139,7 +156,8 @@ RowFormat formatOf(const Layout& layout) {
 
 class Rows final : public RowSource {
 public:
-    explicit Rows(std::unique_ptr<Stream> stream);
+    /// `check` is another stream of the same file.
+    Rows(std::unique_ptr<Stream> stream, std::unique_ptr<Stream> check, std::shared_ptr<DamageRecord> damage);
 
     Result<void> readRow(std::span<std::uint8_t> row) override;
 
@@ -148,7 +166,8 @@ private:
     Result<void> readInterlaced();
     void paint(std::span<const std::uint8_t> indices, std::span<std::uint8_t> pixels) const;
 
-    const std::unique_ptr<Stream> stream_;
+    const std::unique_ptr<Stream> stream_, check_;
+    const std::shared_ptr<DamageRecord> damage_;
     const Layout& layout_;
     std::array<std::array<std::uint8_t, 4>, 256> pixelOfIndex_; ///< red, green, blue, alpha
     std::uint32_t next_ = 0;
@@ -157,9 +176,10 @@ private:
 };
 
 /// An index beyond the colours is black.
-Rows::Rows(std::unique_ptr<Stream> stream)
-    : RowSource(formatOf(stream->layout())), stream_(std::move(stream)), layout_(stream_->layout()),
-      indices_(layout_.width) {
+Rows::Rows(std::unique_ptr<Stream> stream, std::unique_ptr<Stream> check,
+           std::shared_ptr<DamageRecord> damage)
+    : RowSource(formatOf(stream->layout())), stream_(std::move(stream)), check_(std::move(check)),
+      damage_(std::move(damage)), layout_(stream_->layout()), indices_(layout_.width) {
     pixelOfIndex_.fill({0, 0, 0, 255});
     for (std::size_t i = 0; 3 * i < layout_.colors.size(); ++i)
         std::copy_n(layout_.colors.begin() + static_cast<std::ptrdiff_t>(3 * i), 3, pixelOfIndex_[i].begin());
@@ -174,6 +194,8 @@ Result<void> Rows::readRow(std::span<std::uint8_t> row) {
         return {};
     if (Result<void> done = readIndices(); !done)
         return done;
+    if (next_ == layout_.top + layout_.height && !check_->hasSoundCodes())
+        damage_->note({Reason::malformed, "the GIF picture is damaged: it has codes without meaning"});
     const std::size_t bytesPerPixel = format().bytesPerPixel();
     paint(indices_, row.subspan(layout_.left * bytesPerPixel, layout_.width * bytesPerPixel));
     return {};
@@ -229,7 +251,8 @@ public:
             return Failure{Reason::malformed, "the GIF changed while it was read"};
         if (std::uint64_t{layout.width} * layout.height / maximumPixelsPerByte > reader_->size())
             return Failure{Reason::truncated, "the GIF is too short for its size"};
-        return RowSourcePointer(std::make_unique<Rows>(std::move(stream)));
+        std::unique_ptr<Stream> check = TRY(Stream::open(reader_));
+        return RowSourcePointer(std::make_unique<Rows>(std::move(stream), std::move(check), damage_));
     }
 
     Result<Bytes> colorTable() const override { return colors_; }

@@ -9,7 +9,7 @@ namespace {
 /// More cells would cost time without making a better choice of 256 colours.
 constexpr std::size_t maximumCells = 4096;
 /// Twice as many slots as cells keep the searches short.
-constexpr unsigned slotBits = 14;
+constexpr unsigned colorSlotBits = 14;
 /// Above every cell's number.
 constexpr std::uint32_t noCell = 0xFFFF'FFFF;
 
@@ -23,7 +23,7 @@ Color Histogram::Entry::mean() const {
     return {roundedMean(sums[0], pixels), roundedMean(sums[1], pixels), roundedMean(sums[2], pixels)};
 }
 
-Histogram::Histogram() : entries_{{noCell, 0, {}}}, slots_(std::size_t{1} << slotBits) {}
+Histogram::Histogram() : entries_{{noCell, 0, {}}}, slots_(std::size_t{1} << colorSlotBits) {}
 
 std::size_t Histogram::indexOf(Color color) {
     std::size_t slot = slotOf(cellOf(color));
@@ -41,7 +41,7 @@ std::size_t Histogram::indexOf(Color color) {
 /// The slot that holds `cell`, or the free one where it belongs.
 std::size_t Histogram::slotOf(std::uint32_t cell) const {
     // The multiplier is 2^32 divided by the golden ratio: it spreads neighbouring cells over the table.
-    std::size_t slot = cell * 0x9E37'79B1u >> (32 - slotBits);
+    std::size_t slot = cell * 0x9E37'79B1u >> (32 - colorSlotBits);
     while (slots_[slot] != 0 && entries_[slots_[slot]].cell != cell)
         slot = (slot + 1) % slots_.size();
     return slot;

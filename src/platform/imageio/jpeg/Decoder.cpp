@@ -46,9 +46,9 @@ public:
     Result<RowSourcePointer> rows(std::size_t frame, int eighths) const override {
         const RowFormat format = frames_[frame].format;
         if (isCMYK_)
-            return openLibraryRows(reader_, format, eighths, inkConverter());
-        const auto openLibrary = [reader = reader_, format, eighths] {
-            return openLibraryRows(reader, format, eighths);
+            return openLibraryRows(reader_, format, eighths, damage_, inkConverter());
+        const auto openLibrary = [reader = reader_, format, eighths, damage = damage_] {
+            return openLibraryRows(reader, format, eighths, damage);
         };
 #ifdef KESTRINE_OWN_JPEG_DECODER
         if (triesOwnDecoder_)

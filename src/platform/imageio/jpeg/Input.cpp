@@ -13,6 +13,7 @@ boolean fill(j_decompress_ptr info) {
     std::size_t count = input.reader->readAt(input.offset, input.buffer);
     input.offset += count;
     if (count == 0) {
+        input.hasEnded = true;
         input.buffer[0] = 0xFF;
         input.buffer[1] = JPEG_EOI;
         count = 2;
@@ -38,6 +39,7 @@ void skip(j_decompress_ptr info, long count) {
 void Input::attach(jpeg_decompress_struct& info, const ByteReader& bytes) {
     reader = &bytes;
     offset = 0;
+    hasEnded = false;
     manager.init_source = nothingToDo;
     manager.fill_input_buffer = fill;
     manager.skip_input_data = skip;

@@ -15,6 +15,7 @@ struct Input {
     jpeg_source_mgr manager; ///< first, so that the library's pointer is one to this
     const ByteReader* reader;
     std::uint64_t offset;
+    bool hasEnded; ///< whether more was asked for than there is
     std::array<std::uint8_t, 64 * 1024> buffer;
 
     void attach(jpeg_decompress_struct& info, const ByteReader& bytes);

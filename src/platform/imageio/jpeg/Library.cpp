@@ -11,16 +11,38 @@ namespace {
 }
 
 void ignoreMessage(j_common_ptr) {}
-void ignoreWarning(j_common_ptr, int) {}
+
+/// Whether pixels were made up: the scan's bits ran out, stand for nothing, or were out of step with the
+/// restart markers.
+bool tellsOfMadeUpPixels(const jpeg_error_mgr& warning) {
+    switch (warning.msg_code) {
+    case JWRN_HIT_MARKER:
+    case JWRN_HUFF_BAD_CODE:
+    case JWRN_ARITH_BAD_CODE:
+    case JWRN_BOGUS_PROGRESSION:
+    case JWRN_MUST_RESYNC:
+        return true;
+    case JWRN_EXTRANEOUS_DATA: // its second number is the marker before which bits were left over
+        return warning.msg_parm.i[1] >= JPEG_RST0 && warning.msg_parm.i[1] < JPEG_RST0 + 8;
+    default:
+        return false;
+    }
+}
+
+void keepDamage(j_common_ptr info, int level) {
+    auto* errors = reinterpret_cast<Errors*>(info->err);
+    if (level < 0 && errors->damage[0] == '\0' && tellsOfMadeUpPixels(errors->manager))
+        (*info->err->format_message)(info, errors->damage);
+}
 
 } // namespace
 
 jpeg_error_mgr* Errors::prepare() {
     jpeg_std_error(&manager);
     manager.error_exit = jumpOut;
-    manager.emit_message = ignoreWarning;
+    manager.emit_message = keepDamage;
     manager.output_message = ignoreMessage;
-    text[0] = '\0';
+    text[0] = damage[0] = '\0';
     return &manager;
 }
 

@@ -9,17 +9,19 @@
 #include <cstdio>
 
 #include <csetjmp>
-#include <jerror.h>
 #include <jpeglib.h>
+
+#include <jerror.h> // some of its codes depend on what jpeglib.h says
 
 namespace kestrine::jpeg {
 
-/// Collects the library's error instead of printing it and ending the process. Warnings are ignored: damaged
+/// Collects the library's error instead of printing it and ending the process. Warnings end nothing: damaged
 /// pictures are decoded as far as they go.
 struct Errors {
     jpeg_error_mgr manager; ///< first, so that the library's pointer is one to this
     std::jmp_buf onError;
     char text[JMSG_LENGTH_MAX];
+    char damage[JMSG_LENGTH_MAX]; ///< the first warning that tells of made-up pixels; empty without one
 
     /// Makes `manager` ready and returns it for the library's `err` field.
     jpeg_error_mgr* prepare();

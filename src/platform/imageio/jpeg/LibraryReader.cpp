@@ -1,5 +1,8 @@
 #include "platform/imageio/jpeg/LibraryReader.h"
 
+#include <algorithm>
+#include <span>
+
 namespace kestrine::jpeg {
 
 namespace {
@@ -25,6 +28,32 @@ LibraryReader::LibraryReader(std::shared_ptr<const ByteReader> reader) : reader_
 LibraryReader::~LibraryReader() {
     if (created_)
         jpeg_destroy_decompress(&info);
+}
+
+/// Whether a picture of several scans, all of which have been read, misses some: a component that no scan
+/// holds, or refinements, where the file ends without an end mark.
+bool LibraryReader::lacksScans() {
+    if (!jpeg_has_multiple_scans(&info))
+        return false;
+    const std::span components(info.comp_info, static_cast<std::size_t>(info.num_components));
+    if (info.coef_bits == nullptr)
+        return std::ranges::any_of(components,
+                                   [](auto& component) { return component.quant_table == nullptr; });
+    return std::ranges::any_of(components, [this](const jpeg_component_info& component) {
+        const std::span bits(info.coef_bits[component.component_index]);
+        constexpr int notSent = -1;
+        return bits.front() == notSent || (input_.hasEnded && std::ranges::count(bits, 0) < DCTSIZE2);
+    });
+}
+
+std::optional<Failure> LibraryReader::damage() {
+    const bool hasWarned = errors.damage[0] != '\0';
+    if (!hasWarned && !lacksScans())
+        return std::nullopt;
+    if (input_.hasEnded)
+        return Failure{Reason::truncated, "the JPEG file is cut off: a part of the picture is missing"};
+    return Failure{Reason::malformed, std::string("the JPEG picture is damaged: ")
+                                          + (hasWarned ? errors.damage : "it lacks a scan")};
 }
 
 Result<void> LibraryReader::readHeader(std::initializer_list<int> keptSegments) {

@@ -4,6 +4,7 @@
 #include "platform/imageio/jpeg/Input.h"
 
 #include <initializer_list>
+#include <optional>
 
 namespace kestrine::jpeg {
 
@@ -20,10 +21,16 @@ public:
     /// Reads up to the first scan; `keptSegments` are the numbers of the APPn segments to keep.
     Result<void> readHeader(std::initializer_list<int> keptSegments = {});
 
+    /// Why the pixels decoded so far had to be made up, if they had. To be asked once decompressing has
+    /// begun.
+    std::optional<Failure> damage();
+
     jpeg_decompress_struct info{};
     Errors errors{};
 
 private:
+    bool lacksScans();
+
     std::shared_ptr<const ByteReader> reader_;
     jpeg_progress_mgr progress_{};
     Input input_{};

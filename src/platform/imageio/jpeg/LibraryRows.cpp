@@ -9,22 +9,32 @@ namespace {
 class LibraryRows final : public RowSource {
 public:
     LibraryRows(std::unique_ptr<LibraryReader> decompressor, const RowFormat& format,
-                std::unique_ptr<ForeignConverter> converter)
-        : RowSource(format), decompressor_(std::move(decompressor)), converter_(std::move(converter)),
-          inks_(converter_ == nullptr ? 0 : std::size_t{4} * format.width) {}
+                std::shared_ptr<DamageRecord> damage, std::unique_ptr<ForeignConverter> converter)
+        : RowSource(format), decompressor_(std::move(decompressor)), damage_(std::move(damage)),
+          converter_(std::move(converter)), inks_(converter_ == nullptr ? 0 : std::size_t{4} * format.width) {
+        noteDamage();
+    }
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         JSAMPROW target = converter_ == nullptr ? row.data() : inks_.data();
         LibraryReader& d = *decompressor_;
         if (!succeedsInLibrary(d.errors, [&d, &target] { jpeg_read_scanlines(&d.info, &target, 1); }))
             return d.errors.failure();
+        if (d.errors.damage[0] != '\0')
+            noteDamage();
         if (converter_ != nullptr)
             converter_->convert(inks_.data(), row.data(), format().width);
         return {};
     }
 
 private:
+    void noteDamage() {
+        if (std::optional<Failure> damage = decompressor_->damage())
+            damage_->note(std::move(*damage));
+    }
+
     const std::unique_ptr<LibraryReader> decompressor_;
+    const std::shared_ptr<DamageRecord> damage_;
     const std::unique_ptr<ForeignConverter> converter_;
     Bytes inks_;
 };
@@ -33,6 +43,7 @@ private:
 
 Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
                                          const RowFormat& fullFormat, int eighths,
+                                         std::shared_ptr<DamageRecord> damage,
                                          std::unique_ptr<ForeignConverter> inks) {
     auto decompressor = std::make_unique<LibraryReader>(std::move(reader));
     TRY(decompressor->readHeader());
@@ -47,7 +58,8 @@ Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reade
     RowFormat format = fullFormat;
     format.width = info.output_width;
     format.height = info.output_height;
-    return RowSourcePointer(std::make_unique<LibraryRows>(std::move(decompressor), format, std::move(inks)));
+    return RowSourcePointer(
+        std::make_unique<LibraryRows>(std::move(decompressor), format, std::move(damage), std::move(inks)));
 }
 
 } // namespace kestrine::jpeg

@@ -139,6 +139,8 @@ public:
         TRY(file->readHeader());
         if (!(file->format() == frames_.front().format))
             return Failure{Reason::malformed, "the PNG picture changed while it was read"};
+        if (file->lacksTransparency())
+            damage_->note({Reason::malformed, "the PNG picture is damaged: its transparency is lost"});
         if (RowSourcePointer fast = openFastRows(*file, reader_))
             return fast;
         return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file)));

@@ -60,7 +60,7 @@ public:
     PNGHeader(const RowFormat& format, const EncodingOptions& options)
         : format_(format), profile_(paddedProfile(options.profile)),
           resolution_(plausibleResolution(options.resolution.horizontal, options.resolution.vertical)) {
-        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, ignoreWarning);
+        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, keepWarning);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
     }
     ~PNGHeader() { png_destroy_write_struct(&png_, &info_); }

@@ -1,6 +1,7 @@
 #include "platform/imageio/png/Library.h"
 
 #include <cstring>
+#include <string_view>
 
 namespace kestrine::png {
 
@@ -10,6 +11,9 @@ void jumpOnPNGError(png_structp png, png_const_charp text) {
     png_longjmp(png, 1);
 }
 
-void ignoreWarning(png_structp, png_const_charp) {}
+void keepWarning(png_structp png, png_const_charp text) {
+    if (std::string_view(text).starts_with("tRNS"))
+        static_cast<Message*>(png_get_error_ptr(png))->lacksTransparency = true;
+}
 
 } // namespace kestrine::png

@@ -16,11 +16,12 @@ inline constexpr std::size_t pngBufferBytes = std::size_t{64} << 10;
 /// Receives what libpng says when it gives up. Made before the png_struct that reports to it.
 struct Message {
     char text[120] = "";
+    bool lacksTransparency = false; ///< whether it skipped a damaged tRNS chunk
 };
 
 /// Handlers for png_create_read_struct and png_create_write_struct; their error_ptr is a Message.
 [[noreturn]] void jumpOnPNGError(png_structp png, png_const_charp text);
-void ignoreWarning(png_structp png, png_const_charp text);
+void keepWarning(png_structp png, png_const_charp text);
 
 /// Runs `step` (a lambda that calls the library and owns nothing) and tells whether it ended without error.
 template <class Step>

@@ -21,7 +21,7 @@ void readInput(png_structp png, png_bytep into, std::size_t count) {
 
 LibraryReader::LibraryReader(std::shared_ptr<const ByteReader> reader)
     : input_(std::move(reader), 0, pngBufferBytes) {
-    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, ignoreWarning);
+    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, keepWarning);
     info_ = png_ ? png_create_info_struct(png_) : nullptr;
 }
 

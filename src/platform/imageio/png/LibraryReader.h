@@ -38,6 +38,8 @@ public:
     bool isIndexedByBytes() const { return isIndexed() && storedBitsPerPixel_ == 8; }
     /// How opaque the colour of each index is.
     const std::array<std::uint8_t, 256>& alphaOfIndices() const { return alphaOfIndices_; }
+    /// Whether the file says in a damaged chunk, which was skipped, what is transparent.
+    bool lacksTransparency() const { return message_.lacksTransparency; }
     /// Where in the file the first chunk of pixels begins.
     std::uint64_t offsetOfPixels() const { return offsetOfPixels_; }
     /// For libpng's questions about chunks. Owned by the reader.

@@ -1,5 +1,5 @@
-// LibraryRows: the pixels of any PNG file through libpng. Rows stream; only an interlaced picture is held whole.
-// A picture that turns out damaged or cut short anywhere up to its last chunk is a failure.
+// LibraryRows: the pixels of any PNG file through libpng. Rows stream; only an interlaced picture is held
+// whole. A picture that turns out damaged or cut short anywhere up to its last chunk is a failure.
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"

@@ -14,7 +14,18 @@ constexpr tmsize_t maximumAllocation = tmsize_t{1} << 30;
 
 constexpr const char* missing = "TIFF pictures need libtiff 4.5 or later (package libtiff6)";
 
-int ignoreWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+/// For libtiff: nobody else needs to handle the message.
+constexpr int isHandled = 1;
+
+/// Whether a message tells of made-up pixels. Most of libtiff's decoders fail where the data is damaged;
+/// those of fax and JPEG mend what they can and go on.
+bool tellsOfMadeUpPixels(std::string_view module, std::string_view text) {
+    if (module.starts_with("Fax3") || module.starts_with("Fax4"))
+        return true;
+    const bool isJPEG = module == "JPEGLib" || module == "LibJpeg";
+    return isJPEG && (text.starts_with("Corrupt JPEG data") || text.starts_with("Premature end"))
+           && text.find("extraneous") == std::string_view::npos;
+}
 
 } // namespace
 
@@ -57,20 +68,18 @@ const Result<Functions>& tiffFunctions() {
     return functions;
 }
 
-Result<std::unique_ptr<File>> File::open(std::shared_ptr<const ByteReader> reader,
-                                                 std::uint64_t directory) {
+Result<std::unique_ptr<File>> File::open(const Input& input, std::uint64_t directory) {
     const Result<Functions>& functions = tiffFunctions();
     if (!functions)
         return functions.failure();
-    std::unique_ptr<File> file(new File(std::move(reader), *functions));
+    std::unique_ptr<File> file(new File(input, *functions));
     file->openInput();
     if (!file->handle_ || !file->library_.setDirectory(file->handle_, directory))
         return file->failure();
     return file;
 }
 
-File::File(std::shared_ptr<const ByteReader> reader, const Functions& library)
-    : library_(library), reader_(std::move(reader)) {}
+File::File(const Input& input, const Functions& library) : library_(library), input_(input) {}
 
 File::~File() {
     if (handle_)
@@ -83,8 +92,8 @@ void File::openInput() {
     if (!options)
         return;
     library_.setMaximumAllocation(options.get(), maximumAllocation);
-    library_.setErrorHandler(options.get(), keepMessage, this);
-    library_.setWarningHandler(options.get(), ignoreWarning, nullptr);
+    library_.setErrorHandler(options.get(), keepError, this);
+    library_.setWarningHandler(options.get(), keepWarning, this);
     const auto write = [](thandle_t, void*, tmsize_t) -> tmsize_t { return -1; };
     const auto close = [](thandle_t) { return 0; };
     const auto sizeOf = [](thandle_t file) { return toff_t{static_cast<File*>(file)->size()}; };
@@ -98,7 +107,7 @@ tmsize_t File::read(thandle_t file, void* into, tmsize_t count) {
     if (count < 0)
         return -1;
     const std::span<std::uint8_t> bytes(static_cast<std::uint8_t*>(into), static_cast<std::size_t>(count));
-    const std::size_t got = self.reader_->readAt(self.position_, bytes);
+    const std::size_t got = self.input_.reader->readAt(self.position_, bytes);
     self.position_ += got;
     self.endedEarly_ = self.endedEarly_ || got < bytes.size();
     return static_cast<tmsize_t>(got);
@@ -110,11 +119,23 @@ toff_t File::seek(thandle_t file, toff_t offset, int whence) {
     return self.position_ = base + offset;
 }
 
-int File::keepMessage(TIFF*, void* file, const char*, const char* format, va_list arguments) {
+int File::keepError(TIFF*, void* file, const char* module, const char* format, va_list arguments) {
     auto& self = *static_cast<File*>(file);
     std::vsnprintf(self.message_, sizeof self.message_, format, arguments);
-    constexpr int noOtherHandler = 1;
-    return noOtherHandler;
+    self.noteDamage(module, self.message_);
+    return isHandled;
+}
+
+int File::keepWarning(TIFF*, void* file, const char* module, const char* format, va_list arguments) {
+    char text[sizeof message_];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    static_cast<File*>(file)->noteDamage(module, text);
+    return isHandled;
+}
+
+void File::noteDamage(const char* module, const char* text) const {
+    if (module != nullptr && tellsOfMadeUpPixels(module, text))
+        input_.damage->note({Reason::malformed, std::string("the TIFF picture is damaged: ") + text});
 }
 
 template <class Number>
@@ -123,12 +144,8 @@ Number File::number(std::uint32_t tag, Number absent) const {
     return library_.getFieldDefaulted(handle_, tag, &value) ? value : absent;
 }
 
-std::uint16_t File::shortNumber(std::uint32_t tag, std::uint16_t absent) const {
-    return number(tag, absent);
-}
-std::uint32_t File::longNumber(std::uint32_t tag, std::uint32_t absent) const {
-    return number(tag, absent);
-}
+std::uint16_t File::shortNumber(std::uint32_t tag, std::uint16_t absent) const { return number(tag, absent); }
+std::uint32_t File::longNumber(std::uint32_t tag, std::uint32_t absent) const { return number(tag, absent); }
 float File::realNumber(std::uint32_t tag, float absent) const { return number(tag, absent); }
 
 Failure File::failure() const {

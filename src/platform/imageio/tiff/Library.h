@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/host/files/ByteReader.h"
+#include "platform/imageio/DamageRecord.h"
 
 #include <initializer_list>
 #include <tiffio.h>
@@ -44,12 +45,17 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> libraries);
 /// The functions of the system's libtiff, looked up once.
 const Result<Functions>& tiffFunctions();
 
+/// What is read, and where it is noted when libtiff makes up pixels.
+struct Input {
+    std::shared_ptr<const ByteReader> reader;
+    std::shared_ptr<DamageRecord> damage;
+};
+
 /// libtiff at one directory of an input. It prints nothing; used by one thread at a time.
 class File {
 public:
     /// Fails as tiffFunctions() does, or when the input or the directory is not sound.
-    static Result<std::unique_ptr<File>> open(std::shared_ptr<const ByteReader> reader,
-                                                  std::uint64_t directory);
+    static Result<std::unique_ptr<File>> open(const Input& input, std::uint64_t directory);
     ~File();
     File(const File&) = delete;
     File& operator=(const File&) = delete;
@@ -57,7 +63,7 @@ public:
     const Functions& library() const { return library_; }
     TIFF* handle() const { return handle_; }
     /// Size of the whole input in bytes.
-    std::uint64_t size() const { return reader_->size(); }
+    std::uint64_t size() const { return input_.reader->size(); }
 
     /// The value of a tag that holds one number, or libtiff's default for it, or `absent`.
     std::uint16_t shortNumber(std::uint32_t tag, std::uint16_t absent) const;
@@ -68,7 +74,7 @@ public:
     Failure failure() const;
 
 private:
-    File(std::shared_ptr<const ByteReader> reader, const Functions& library);
+    File(const Input& input, const Functions& library);
 
     template <class Number>
     Number number(std::uint32_t tag, Number absent) const;
@@ -76,10 +82,12 @@ private:
 
     static tmsize_t read(thandle_t file, void* into, tmsize_t count);
     static toff_t seek(thandle_t file, toff_t offset, int whence);
-    static int keepMessage(TIFF*, void* file, const char* module, const char* format, va_list arguments);
+    static int keepError(TIFF*, void* file, const char* module, const char* format, va_list arguments);
+    static int keepWarning(TIFF*, void* file, const char* module, const char* format, va_list arguments);
+    void noteDamage(const char* module, const char* text) const;
 
     const Functions& library_;
-    const std::shared_ptr<const ByteReader> reader_;
+    const Input input_;
     std::uint64_t position_ = 0;
     bool endedEarly_ = false; ///< whether more was wanted than there is
     char message_[200] = "";

@@ -265,8 +265,8 @@ Result<Page> readPage(const File& file, std::uint64_t directory) {
     return page;
 }
 
-Result<std::unique_ptr<File>> reopenPage(std::shared_ptr<const ByteReader> reader, const Page& page) {
-    std::unique_ptr<File> file = TRY(File::open(std::move(reader), page.directory));
+Result<std::unique_ptr<File>> reopenPage(const Input& input, const Page& page) {
+    std::unique_ptr<File> file = TRY(File::open(input, page.directory));
     const Result<Page> again = readPage(*file, page.directory);
     if (!again || !(*again == page))
         return Failure{Reason::malformed, "the TIFF picture changed while it was read"};

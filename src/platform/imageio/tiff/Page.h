@@ -53,7 +53,6 @@ struct Page {
 Result<Page> readPage(const File& file, std::uint64_t directory);
 
 /// The file opened once more at `page`; malformed when it says something else by now.
-Result<std::unique_ptr<File>> reopenPage(std::shared_ptr<const ByteReader> reader,
-                                                 const Page& page);
+Result<std::unique_ptr<File>> reopenPage(const Input& input, const Page& page);
 
 } // namespace kestrine::tiff

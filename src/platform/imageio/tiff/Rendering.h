@@ -6,7 +6,6 @@
 namespace kestrine::tiff {
 
 /// The rows of a page whose color is Color::rendered.
-Result<RowSourcePointer> renderedRowsOfTIFF(const std::shared_ptr<const ByteReader>& reader,
-                                            std::shared_ptr<const Page> page);
+Result<RowSourcePointer> renderedRowsOfTIFF(const Input& input, std::shared_ptr<const Page> page);
 
 } // namespace kestrine::tiff

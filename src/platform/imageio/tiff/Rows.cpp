@@ -164,7 +164,7 @@ private:
 };
 
 /// One opened plane for each that matters.
-Result<Planes> openPlanes(const std::shared_ptr<const ByteReader>& reader, const Page& page) {
+Result<Planes> openPlanes(const Input& input, const Page& page) {
     Planes planes(page.planes());
     const std::uint64_t bits =
         std::uint64_t{page.format.width} * page.bits * (page.isPlanar ? 1 : page.samples);
@@ -172,7 +172,7 @@ Result<Planes> openPlanes(const std::shared_ptr<const ByteReader>& reader, const
         const bool isIgnored = plane >= page.colorSamples() && static_cast<int>(plane) != page.alpha;
         if (page.isPlanar && isIgnored)
             continue;
-        std::unique_ptr<StoredRows> rows = TRY(StoredRows::open(reader, page, plane));
+        std::unique_ptr<StoredRows> rows = TRY(StoredRows::open(input, page, plane));
         if (rows->rowBytes() < (bits + 7) / 8)
             return Failure{Reason::malformed, "the TIFF picture has rows that are too short for its pixels"};
         planes[plane] = std::move(rows);
@@ -202,14 +202,13 @@ Share sharesOf(const Page& page, const StoredRows& rows) {
 
 } // namespace
 
-Result<RowSourcePointer> rowsOfTIFF(const std::shared_ptr<const ByteReader>& reader,
-                                    const std::shared_ptr<const Page>& page) {
+Result<RowSourcePointer> rowsOfTIFF(const Input& input, const std::shared_ptr<const Page>& page) {
     if (page->color == Color::rendered)
-        return renderedRowsOfTIFF(reader, page);
+        return renderedRowsOfTIFF(input, page);
     std::vector<RowSourcePointer> parts;
     Share share;
     do {
-        Planes planes = TRY(openPlanes(reader, *page));
+        Planes planes = TRY(openPlanes(input, *page));
         if (parts.empty())
             share = sharesOf(*page, *planes.front());
         share.part = static_cast<std::uint32_t>(parts.size());

@@ -6,7 +6,6 @@
 namespace kestrine::tiff {
 
 /// A large page is decoded by several threads, since its strips or tiles do not depend on each other.
-Result<RowSourcePointer> rowsOfTIFF(const std::shared_ptr<const ByteReader>& reader,
-                                    const std::shared_ptr<const Page>& page);
+Result<RowSourcePointer> rowsOfTIFF(const Input& input, const std::shared_ptr<const Page>& page);
 
 } // namespace kestrine::tiff

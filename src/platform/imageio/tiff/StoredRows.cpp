@@ -72,10 +72,8 @@ private:
 
 } // namespace
 
-Result<std::unique_ptr<StoredRows>> StoredRows::open(std::shared_ptr<const ByteReader> reader,
-                                                     const Page& page, unsigned plane) {
-    std::unique_ptr<File> opened = TRY(reopenPage(std::move(reader), page));
-    std::unique_ptr<File> file = std::move(opened);
+Result<std::unique_ptr<StoredRows>> StoredRows::open(const Input& input, const Page& page, unsigned plane) {
+    std::unique_ptr<File> file = TRY(reopenPage(input, page));
     const Functions& library = file->library();
     if (page.tileWidth) {
         const std::size_t across = (page.format.width + page.tileWidth - 1) / page.tileWidth;

@@ -9,8 +9,7 @@ namespace kestrine::tiff {
 class StoredRows {
 public:
     /// A plane is a sample when the page is planar, else there is plane 0 only.
-    static Result<std::unique_ptr<StoredRows>> open(std::shared_ptr<const ByteReader> reader,
-                                                        const Page& page, unsigned plane);
+    static Result<std::unique_ptr<StoredRows>> open(const Input& input, const Page& page, unsigned plane);
     virtual ~StoredRows() = default;
 
     /// Row `y`, packed, in the machine's byte order; valid until the next call. Rows are asked for from top

@@ -19,6 +19,9 @@ constexpr std::array<std::uint8_t, 19> valueBytes = {0, 1, 1, 2, 4, 8, 1, 1, 2, 
 
 std::size_t valueBytesOf(std::uint16_t type) { return type < valueBytes.size() ? valueBytes[type] : 0; }
 
+/// Types of whole numbers without a sign.
+constexpr std::array<std::uint16_t, 6> wholeNumberTypes = {1, 3, 4, 13, 16, 18};
+
 /// Types of numbers that may point to a directory.
 enum PointerType : std::uint16_t {
     longPointer = 4,
@@ -89,6 +92,20 @@ Structure::Directory Structure::child(const Directory& parent, std::uint16_t tag
     else if (entry->type == bigLongPointer || entry->type == bigDirectoryPointer)
         offset = number(entry->valuesAt, 8);
     return offset ? directoryAt(*offset) : Directory{};
+}
+
+std::vector<std::uint64_t> Structure::numbers(const Directory& directory, std::uint16_t tag,
+                                              std::size_t limit) const {
+    const auto entry = std::ranges::find(directory, tag, &Entry::tag);
+    if (entry == directory.end() || entry->count > limit
+        || std::ranges::count(wholeNumberTypes, entry->type) == 0)
+        return {};
+    const std::size_t size = valueBytesOf(entry->type);
+    const Bytes bytes = values(*entry, limit * size);
+    std::vector<std::uint64_t> numbers;
+    for (std::size_t at = 0; at < bytes.size(); at += size)
+        numbers.push_back(numberIn(ByteView(bytes).subspan(at, size)));
+    return numbers;
 }
 
 Bytes Structure::values(const Entry& entry, std::size_t limit) const {

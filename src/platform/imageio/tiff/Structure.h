@@ -35,6 +35,11 @@ public:
     /// The directory that the entry `tag` points to; empty when there is none.
     Directory child(const Directory& parent, std::uint16_t tag) const;
 
+    /// The values of the whole numbers in the entry `tag`, at most `limit` of them; empty when there is no
+    /// such entry or they are not all there.
+    std::vector<std::uint64_t> numbers(const Directory& directory, std::uint16_t tag,
+                                       std::size_t limit) const;
+
     /// The bytes of the values of `entry`, as the file has them; empty when they are not all there, are more
     /// than `limit` bytes or of an unknown type.
     Bytes values(const Entry& entry, std::size_t limit) const;

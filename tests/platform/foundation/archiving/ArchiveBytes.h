@@ -1,4 +1,4 @@
-// Archives for tests, written as hexadecimal text that may contain spaces.
+// Archives for tests in hexadecimal notation, which may contain spaces.
 #pragma once
 
 #include "platform/foundation/archiving/NSUnarchiver.h"
@@ -11,7 +11,7 @@ namespace kestrine::testing {
 
 Bytes fromHex(std::string_view hex);
 std::string toHex(ByteView bytes);
-/// The hexadecimal text of `text`.
+/// `text` in hexadecimal notation.
 std::string hexOf(std::string_view text);
 
 inline constexpr std::string_view littleHeader = "04 0b 73747265616d7479706564 81e803";
@@ -21,11 +21,11 @@ inline constexpr std::string_view bigHeader = "04 0b 747970656473747265616d 8103
 Bytes archiveOf(std::string_view root);
 /// An archive of one object (number 0) of a class A (number 1, shared string 1) without superclass.
 Bytes archiveOfValues(std::string_view groups, std::string_view header = littleHeader);
-/// A class that comes for the first time, up to its version; a superclass must follow.
+/// A new class up to its version. A superclass must follow.
 std::string newClass(std::string_view name, std::string_view version = "00");
-/// The root class with nothing above it.
+/// The root class without superclass.
 std::string newRootClass();
-/// A type string that comes for the first time.
+/// A new type string.
 std::string newType(std::string_view type);
 
 /// A list of two presets, named "Web" and "Thumb 50%", as the desktop application stores it.
@@ -36,7 +36,7 @@ inline constexpr std::string_view twoPresets =
     "007a429a019a019a019a009a018692849792849999095468756d6220353025869a0096019b009b009b833333"
     "05429b81b00496019b469a009a019a009a019a008686";
 
-/// The same, as written on a big-endian machine.
+/// The same list, written on a big-endian machine.
 inline constexpr std::string_view twoPresetsBigEndian =
     "040b747970656473747265616d8103e88401408484840e4e534d757461626c654172726179008484074e5341"
     "72726179008484084e534f626a6563740085840169029284848409526573697a65536574049592848484084e"
@@ -44,12 +44,12 @@ inline constexpr std::string_view twoPresetsBigEndian =
     "7a00009a019a019a019a009a018692849792849999095468756d6220353025869a0096019b009b009b834205"
     "33339b8104b096019b469a009a019a009a019a008686";
 
-/// An index set of the index 2 alone.
+/// An index set with the index 2.
 inline constexpr std::string_view oneIndex =
     "040b73747265616d747970656481e8038401408484840a4e53496e646578536574008484084e534f626a656374"
     "0085840149019502950186";
 
-/// An index set of 0 and 2 to 4, then an empty one.
+/// An index set with 0 and 2 to 4, and an empty one.
 inline constexpr std::string_view twoRanges =
     "040b73747265616d747970656481e8038401408484840a4e53496e646578536574008484084e534f626a656374"
     "008584014902950095019502950386";

@@ -1,4 +1,4 @@
-// The platform's own classes in archives: their bytes, their sharing, and what is refused.
+// Archives of the platform's own classes: bytes, shared objects and failures.
 #include "platform/foundation/NSCollections.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/foundation/archiving/NSArchiver.h"
@@ -22,13 +22,13 @@ std::shared_ptr<const NSArray> array(std::vector<Object> elements) {
     return std::make_shared<const NSArray>(std::move(elements));
 }
 
-/// The hexadecimal archive behind the header and the type of the root; the failure's text without one.
+/// The hexadecimal archive after the header and the type of the root, or the text of the failure.
 std::string archived(const Object& root) {
     const auto data = NSArchiver::archivedDataWithRootObject(root);
     return data ? toHex((*data)->bytes()).substr(toHex(archiveOf("")).size()) : data.failure().text;
 }
 
-/// Nil when `root` is the hexadecimal text of no archived T.
+/// The object in the hexadecimal archive `root`; nil if it is not a T.
 template <class T>
 std::shared_ptr<const T> unarchived(std::string_view root) {
     const Result<Object> object = NSUnarchiver::unarchiveObjectWithData(archiveOf(root));
@@ -67,7 +67,7 @@ TEST(FoundationArchive, eachClassHasThePlatformsBytes) {
     }
 }
 
-TEST(FoundationArchive, mutableClassesAreReadAsTheirImmutableOnes) {
+TEST(FoundationArchive, mutableClassesAreReadAsImmutableOnes) {
     const std::string root = newRootClass();
     EXPECT_EQ(unarchivedString("84" + newClass("NSMutableString", "01") + newClass("NSString", "01") + root
                                + newType("+") + "02 6162 86"),
@@ -86,7 +86,7 @@ TEST(FoundationArchive, mutableClassesAreReadAsTheirImmutableOnes) {
     EXPECT_TRUE(dictionary->entries().empty());
 }
 
-TEST(FoundationArchive, textThatIsNoUTF8KeepsItsBytes) {
+TEST(FoundationArchive, stringsThatAreNotUTF8KeepTheirBytes) {
     const auto string = unarchivedString("84" + newClass("NSString", "01") + newRootClass() + newType("+")
                                          + "04 61 ff c3 62 86");
     ASSERT_TRUE(string.has_value());
@@ -96,7 +96,7 @@ TEST(FoundationArchive, textThatIsNoUTF8KeepsItsBytes) {
               plain("84" + newClass("NSString", "01") + newRootClass() + newType("+") + "04 61 ff c3 62 86"));
 }
 
-TEST(FoundationArchive, numbersComeBackWithTheirType) {
+TEST(FoundationArchive, numbersKeepTheirType) {
     const NSNumber::Value values[] = {std::int8_t{-5},
                                       std::uint8_t{250},
                                       std::int16_t{-30000},
@@ -123,7 +123,7 @@ TEST(FoundationArchive, aBooleanIsStoredAsASignedByte) {
     EXPECT_EQ(read->value(), NSNumber::Value(true));
 }
 
-TEST(FoundationArchive, aNumberThatIsNotOfTheTypeItSaysIsRefused) {
+TEST(FoundationArchive, aNumberOfAnotherTypeThanStatedFails) {
     const std::string start =
         "84" + newClass("NSNumber") + newClass("NSValue") + newRootClass() + newType("*");
     EXPECT_NE(unarchived<NSNumber>(start + "84" + newType("i") + "97 05 86"), nullptr);
@@ -148,7 +148,7 @@ TEST(FoundationArchive, objectsAreSharedByIdentityNotByEquality) {
     EXPECT_EQ(NSString::fromObject(elements[1]), NSString(u"a"));
 }
 
-TEST(FoundationArchive, aDictionaryComesBackWithItsEntries) {
+TEST(FoundationArchive, aDictionaryKeepsItsEntries) {
     const auto dictionary = std::make_shared<NSDictionary>(
         std::map<NSString, Object>{{u"one", number(std::int32_t{1})}, {u"two", stringObject(u"zwei")}});
     const auto read = unarchived<NSDictionary>(archived(dictionary));
@@ -158,7 +158,7 @@ TEST(FoundationArchive, aDictionaryComesBackWithItsEntries) {
     EXPECT_EQ(NSString::fromObject(read->objectForKey(u"two")), NSString(u"zwei"));
 }
 
-TEST(FoundationArchive, aDictionaryNeedsTextsAsKeysAndNoNil) {
+TEST(FoundationArchive, aDictionaryNeedsStringsAsKeysAndNoNilValues) {
     // Objects: 0 the dictionary, 1 its class, 2 the root class.
     const std::string start = "84" + newClass("NSDictionary") + newRootClass() + newType("i") + "01";
     const std::string null = "92 84" + newClass("NSNull") + "94 86";
@@ -170,8 +170,8 @@ TEST(FoundationArchive, aDictionaryNeedsTextsAsKeysAndNoNil) {
     EXPECT_EQ(unarchived<NSDictionary>(start + text + "86"), nullptr);
 }
 
-TEST(FoundationArchive, aKeyThatComesTwiceHasItsLastValue) {
-    // Objects: 3 the text, 5 the null; then the text once more with itself as value.
+TEST(FoundationArchive, ifAKeyOccursTwiceTheLastValueCounts) {
+    // Objects: 3 is the string, 5 is the null. The string occurs again with itself as value.
     const auto dictionary =
         unarchived<NSDictionary>("84" + newClass("NSDictionary") + newRootClass() + newType("i") + "02 92 84"
                                  + newClass("NSString", "01") + "94" + newType("+") + "00 86 92 84"
@@ -181,7 +181,7 @@ TEST(FoundationArchive, aKeyThatComesTwiceHasItsLastValue) {
     EXPECT_EQ(NSString::fromObject(dictionary->objectForKey(u"")), NSString(u""));
 }
 
-TEST(FoundationArchive, dataOfAnotherLengthThanItSaysIsRefused) {
+TEST(FoundationArchive, dataOfAnotherLengthThanStatedFails) {
     for (const std::string& groups :
          {newType("i") + "03" + newType("[2c]") + "0102", newType("i") + "ff" + newType("[2c]") + "0102",
           newType("i") + "00", newType("i") + "02" + newType("[2i]") + "0102", newType("[2c]") + "0102"}) {
@@ -190,7 +190,7 @@ TEST(FoundationArchive, dataOfAnotherLengthThanItSaysIsRefused) {
     }
 }
 
-/// Arrays within arrays, `depth` in all.
+/// `depth` nested arrays.
 Object nestedArrays(std::size_t depth) {
     Object object;
     for (std::size_t i = 0; i < depth; ++i) {
@@ -199,7 +199,7 @@ Object nestedArrays(std::size_t depth) {
     return object;
 }
 
-TEST(FoundationArchive, whatIsNestedTooDeepToBeReadIsNotWritten) {
+TEST(FoundationArchive, objectsNestedTooDeeplyForReadingAreNotWritten) {
     EXPECT_NE(unarchived<NSArray>(archived(nestedArrays(typedstream::depthLimit))), nullptr);
     const auto data = NSArchiver::archivedDataWithRootObject(nestedArrays(typedstream::depthLimit + 1));
     ASSERT_FALSE(data.ok());
@@ -212,7 +212,7 @@ TEST(FoundationArchive, aSubstituteClassMustBeKnown) {
     EXPECT_FALSE(archiver.archivedData(array({})).ok());
 }
 
-TEST(FoundationArchive, aNilRootIsWrittenAndReadAsNothing) {
+TEST(FoundationArchive, aNilRootIsWrittenAndFailsOnReading) {
     EXPECT_EQ(archived(nullptr), "85");
     const Result<Object> object = NSUnarchiver::unarchiveObjectWithData(archiveOf("85"));
     ASSERT_FALSE(object.ok());

@@ -1,4 +1,4 @@
-// Archived index sets: the one layout that is written and all those that are read.
+// Archived index sets: the layout for writing and all layouts for reading.
 #include "platform/foundation/NSIndexSet.h"
 
 #include "platform/foundation/archiving/NSArchiver.h"
@@ -11,7 +11,7 @@ namespace {
 
 using namespace testing;
 
-/// The ranges as text, such as "0+1 2+3"; the failure's text without any.
+/// The ranges as text, such as "0+1 2+3", or the text of the failure.
 std::string rangesOf(const Bytes& archive) {
     const Result<Object> object = NSUnarchiver::unarchiveObjectWithData(archive);
     if (!object) {
@@ -25,7 +25,7 @@ std::string rangesOf(const Bytes& archive) {
     return text;
 }
 
-/// Shared strings: 0 "@", 1 and 2 the class names, then 3 and on; objects: 0 the set, 1 and 2 the classes.
+/// Shared strings: 0 "@", 1 and 2 the class names, then from 3 on; objects: 0 the set, 1 and 2 the classes.
 Bytes setOf(const std::string& groups, std::string_view name = "NSIndexSet") {
     return archiveOf("84" + newClass(name) + newRootClass() + groups + "86");
 }
@@ -53,7 +53,7 @@ TEST(IndexSetArchive, setsAreWrittenByteForByteAsThePlatformDoes) {
     EXPECT_EQ(written({}), noIndexes);
 }
 
-TEST(IndexSetArchive, whatNeedsMoreThan32BitsIsNotWritten) {
+TEST(IndexSetArchive, indexesAbove32BitsAreNotWritten) {
     EXPECT_NE(written({{4294967295, 4294967295}}), "failed");
     EXPECT_EQ(written({{4294967296, 1}}), "failed");
     EXPECT_EQ(written({{0, 4294967296}}), "failed");

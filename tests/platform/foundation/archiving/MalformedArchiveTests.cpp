@@ -1,4 +1,4 @@
-// Damaged and hostile archives: each yields nothing, within bounds of time, memory and stack.
+// Damaged and malicious archives fail with limited time, memory and stack.
 #include "platform/foundation/NSCollections.h"
 #include "tests/platform/foundation/archiving/ArchiveBytes.h"
 #include "tests/platform/foundation/archiving/PresetRecord.h"
@@ -17,7 +17,7 @@ Result<Object> unarchive(ByteView bytes) {
     return NSUnarchiver::unarchiveObjectWithData(bytes, presetClasses);
 }
 
-/// The reason of the failure; nothing when the archive is read.
+/// The reason of the failure; empty if the archive can be read.
 std::optional<Reason> failureOf(const Bytes& bytes) {
     const Result<Object> object = unarchive(bytes);
     return object ? std::nullopt : std::optional(object.failure().reason);
@@ -29,7 +29,7 @@ struct Row {
     Reason reason = Reason::malformed;
 };
 
-TEST(MalformedArchive, aForeignHeaderFails) {
+TEST(MalformedArchive, anUnknownHeaderFails) {
     const std::string body = newType("@") + "84" + newClass("NSNull") + newRootClass() + "86";
     EXPECT_EQ(failureOf(fromHex(std::string(littleHeader) + body)), std::nullopt);
     EXPECT_EQ(failureOf(fromHex(std::string(bigHeader) + body)), std::nullopt);
@@ -50,7 +50,7 @@ TEST(MalformedArchive, aForeignHeaderFails) {
     }
 }
 
-TEST(MalformedArchive, aRootThatIsNoObjectFails) {
+TEST(MalformedArchive, aRootThatIsNotAnObjectFails) {
     const std::string header(littleHeader);
     const Row rows[] = {
         {"no group at all", header, Reason::truncated},
@@ -67,7 +67,7 @@ TEST(MalformedArchive, aRootThatIsNoObjectFails) {
     }
 }
 
-TEST(MalformedArchive, brokenReferencesTagsAndTypesFail) {
+TEST(MalformedArchive, invalidReferencesTagsAndTypesFail) {
     // Objects: 0 the root, 1 its class A; strings: 0 "@", 1 "A". The first type of a row is string 2.
     const Row rows[] = {
         {"object reference not yet given out", "92 94"},
@@ -117,7 +117,7 @@ TEST(MalformedArchive, brokenReferencesTagsAndTypesFail) {
     }
 }
 
-TEST(MalformedArchive, collectionsThatDoNotFitTheirCountFail) {
+TEST(MalformedArchive, collectionsWithAWrongCountFail) {
     const std::string start = "84" + newClass("NSArray") + newRootClass();
     const std::string null = "92 84" + newClass("NSNull") + "94 86";
     const std::string pair = null + "92 95";
@@ -148,7 +148,7 @@ TEST(MalformedArchive, aPresetThatIsItsOwnNameFails) {
               Reason::malformed);
 }
 
-TEST(MalformedArchive, nestingBeyondTheLimitFailsWithoutHarm) {
+TEST(MalformedArchive, nestingAboveTheLimitFailsSafely) {
     // Strings: 0 "@", 1 "NSArray", 2 "NSObject", 3 "i"; every inner array is of the class that is object 1.
     const auto nested = [](std::size_t depth) {
         std::string text = "84" + newClass("NSArray") + newRootClass() + newType("i");
@@ -168,7 +168,7 @@ TEST(MalformedArchive, nestingBeyondTheLimitFailsWithoutHarm) {
 }
 
 TEST(MalformedArchive, bracketsCountAsNesting) {
-    // Each object holds the next within a hundred brackets.
+    // Each object contains the next one inside a hundred brackets.
     std::string type = "@";
     for (int i = 0; i < 100; ++i) {
         type = "[1" + type + "]";
@@ -191,7 +191,7 @@ TEST(MalformedArchive, tooManySuperclassesFail) {
     EXPECT_EQ(failureOf(chain(typedstream::depthLimit + 1)), Reason::tooLarge);
 }
 
-TEST(MalformedArchive, anArchiveCutAnywhereFails) {
+TEST(MalformedArchive, anIncompleteArchiveFails) {
     for (const std::string_view hex : {twoPresets, twoPresetsBigEndian, oneIndex, twoRanges, noIndexes}) {
         const Bytes whole = fromHex(hex);
         EXPECT_TRUE(unarchive(whole).ok());
@@ -201,7 +201,7 @@ TEST(MalformedArchive, anArchiveCutAnywhereFails) {
     }
 }
 
-/// A few random changes of bytes, with a leaning towards those that mean something.
+/// Changes a few random bytes. Values with a special meaning are more likely.
 Bytes damaged(Bytes bytes, std::mt19937& random) {
     const auto below = [&random](std::size_t limit) { return static_cast<std::size_t>(random() % limit); };
     for (std::size_t change = 0, changes = 1 + below(6); change < changes; ++change) {
@@ -221,7 +221,7 @@ Bytes damaged(Bytes bytes, std::mt19937& random) {
     return bytes;
 }
 
-TEST(MalformedArchive, randomDamageIsReadOrRefused) {
+TEST(MalformedArchive, randomDamageIsReadOrFails) {
     std::mt19937 random(20240229);
     const std::string_view archives[] = {twoPresets, twoPresetsBigEndian, oneIndex, twoRanges};
     std::size_t read = 0;

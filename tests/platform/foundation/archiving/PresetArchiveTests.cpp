@@ -1,4 +1,4 @@
-// A class of a layer above takes part in archiving: its table of fields, its versions, its failures.
+// Archiving of a class from a higher layer: its table of fields, versions and failures.
 #include "tests/platform/foundation/archiving/PresetRecord.h"
 
 #include "platform/foundation/NSCollections.h"
@@ -19,7 +19,7 @@ using testing::presetClasses;
 using testing::ResizeSet;
 using testing::toHex;
 
-/// Null when `data` is no archive of one.
+/// Null if `data` is not an archive of a preset.
 template <class T>
 std::shared_ptr<const T> unarchive(const Bytes& data) {
     const Result<Object> object = NSUnarchiver::unarchiveObjectWithData(data, presetClasses);
@@ -66,7 +66,7 @@ Bytes presetOf(const std::string& version, const std::string& groups) {
     return archiveOf("84" + newClass("ResizeSet", version) + newRootClass() + groups + "86");
 }
 
-// Shared strings of presetOf(): 0 "@", 1 "ResizeSet", 2 "NSObject", then as the types come.
+// Shared strings of presetOf(): 0 "@", 1 "ResizeSet", 2 "NSObject", then the types in order.
 const std::string upToConvertResolution = "9285" + newType("c") + "01" + newType("i") + "02" + newType("f")
                                           + "03 97 04 97 05 97 06 96 07 97 08 95 09 95 0a";
 
@@ -91,7 +91,7 @@ TEST(PresetArchive, aListIsWrittenByteForByteAsTheDesktopApplicationDoes) {
     EXPECT_EQ(toHex((*data)->bytes()), testing::twoPresets);
 }
 
-TEST(PresetArchive, aSetWrittenAndReadAgainKeepsAllFields) {
+TEST(PresetArchive, aPresetKeepsAllFieldsInARoundTrip) {
     const auto data =
         NSArchiver::archivedDataWithRootObject(std::make_shared<ResizeSet>(thumbSet()), presetClasses);
     ASSERT_TRUE(data.ok());
@@ -106,7 +106,7 @@ struct VersionRow {
     int autoRotate, chooseFolder, highQuality;
 };
 
-/// The extra values are 5, 6 and 7, so that a field that was not read cannot pass for one that was.
+/// The extra values are 5, 6 and 7, which differ from the defaults of fields that are not read.
 constexpr VersionRow versionRows[] = {
     {"00", 0, 0, 0, 1}, {"01", 0, 0, 0, 1}, {"02", 1, 5, 0, 1},      {"03", 2, 5, 6, 1}, {"04", 3, 5, 6, 7},
     {"05", 3, 5, 6, 7}, {"ff", 3, 5, 6, 7}, {"81 e803", 3, 5, 6, 7}, {"92", 3, 5, 6, 7},
@@ -120,7 +120,7 @@ Bytes presetWithExtraValues(std::string_view version, int count) {
     return presetOf(std::string(version), groups);
 }
 
-TEST(PresetArchive, theStoredVersionDecidesWhichFieldsAreRead) {
+TEST(PresetArchive, theStoredVersionDeterminesTheFieldsThatAreRead) {
     for (const VersionRow& row : versionRows) {
         const auto set = unarchive<ResizeSet>(presetWithExtraValues(row.version, row.extraValues));
         ASSERT_NE(set, nullptr) << row.version;
@@ -141,13 +141,13 @@ TEST(PresetArchive, tooFewOrTooManyValuesFail) {
     EXPECT_EQ(unarchive<ResizeSet>(presetOf("04", "")), nullptr);
 }
 
-TEST(PresetArchive, aNilNameIsNoName) {
+TEST(PresetArchive, aNilNameIsReadAsNil) {
     const auto set = unarchive<ResizeSet>(presetWithExtraValues("04", 3));
     ASSERT_NE(set, nullptr);
     EXPECT_FALSE(set->name.has_value());
 }
 
-TEST(PresetArchive, valuesOfAnotherWidthOrGroupedAreTaken) {
+TEST(PresetArchive, valuesOfAnotherWidthOrGroupingAreAccepted) {
     const std::string grouped = "9285" + newType("Bqddddlf")
                                 + "01 87 0200000001000000 83 0000000000000840 04 05 06" + " 07 83 00000041"
                                 + newType("CI") + "ff 09";
@@ -161,7 +161,7 @@ TEST(PresetArchive, valuesOfAnotherWidthOrGroupedAreTaken) {
     EXPECT_EQ(set->convertResolution, 9);
 }
 
-TEST(PresetArchive, aFloatFieldTakesAnyIntegerCode) {
+TEST(PresetArchive, aFloatFieldAcceptsAnyIntegerCode) {
     const std::string groups = "9285" + newType("ciQIcsCfcc") + "00 00 ff ff ff ff ff 02 03 04";
     const auto set = unarchive<ResizeSet>(presetOf("00", groups));
     ASSERT_NE(set, nullptr);
@@ -172,7 +172,7 @@ TEST(PresetArchive, aFloatFieldTakesAnyIntegerCode) {
     EXPECT_EQ(set->formatType, 255);
 }
 
-TEST(PresetArchive, oddValuesAreKept) {
+TEST(PresetArchive, unusualValuesAreKept) {
     const std::string groups = "9285" + newType("ciffffifcc")
                                + "85 82 ffffff7f 83 0000c07f 83 0000807f 83 000080ff ff 92 83 000000bf 02 ff";
     const auto set = unarchive<ResizeSet>(presetOf("00", groups));
@@ -205,7 +205,7 @@ TEST(PresetArchive, aValueOfTheWrongKindFails) {
     }
 }
 
-TEST(PresetArchive, aNameThatIsNoTextFails) {
+TEST(PresetArchive, aNameThatIsNotAStringFails) {
     const std::string array = "92 84" + newClass("NSArray") + "94" + newType("i") + "00 86";
     const std::string string = "92 84" + newClass("NSString", "01") + "94" + newType("+") + "01 41 86";
     const std::string rest = newType("ciffffifcc") + "00 00 00 00 00 00 00 00 00 00";
@@ -216,7 +216,7 @@ TEST(PresetArchive, aNameThatIsNoTextFails) {
     EXPECT_EQ(set->name, NSString(u"A"));
 }
 
-TEST(PresetArchive, theSameSetTwiceInAListStaysTheSameSet) {
+TEST(PresetArchive, aPresetThatOccursTwiceStaysOneObject) {
     const auto set = std::make_shared<const ResizeSet>(webSet());
     const auto list = std::make_shared<const NSArray>(std::vector<Object>{set, set});
     const auto data = NSArchiver::archivedDataWithRootObject(list, presetClasses);
@@ -227,7 +227,7 @@ TEST(PresetArchive, theSameSetTwiceInAListStaysTheSameSet) {
     expectSameFields(*setAt(*read, 1), webSet());
 }
 
-TEST(PresetArchive, setsMayShareTheirNameObject) {
+TEST(PresetArchive, presetsMayShareTheirNameObject) {
     ResizeSet first = webSet();
     ResizeSet second = thumbSet();
     second.name = first.name;
@@ -240,7 +240,7 @@ TEST(PresetArchive, setsMayShareTheirNameObject) {
     EXPECT_TRUE(setAt(*read, 0)->name->isSame(*setAt(*read, 1)->name));
 }
 
-TEST(PresetArchive, withoutItsRowTheClassIsUnknown) {
+TEST(PresetArchive, withoutATableRowTheClassIsUnknown) {
     const Result<Object> object = NSUnarchiver::unarchiveObjectWithData(fromHex(testing::twoPresets));
     ASSERT_FALSE(object.ok());
     EXPECT_EQ(object.failure().reason, Reason::unsupported);
@@ -249,7 +249,7 @@ TEST(PresetArchive, withoutItsRowTheClassIsUnknown) {
     EXPECT_EQ(data.failure().reason, Reason::unsupported);
 }
 
-/// Asks for versions while it is read.
+/// Records class versions during reading.
 struct Inquirer final : NSObject {
     std::size_t own = 0, root = 0, foreign = 0;
 
@@ -263,7 +263,7 @@ struct Inquirer final : NSObject {
     }
 };
 
-TEST(PresetArchive, theVersionOfEveryStoredClassCanBeAskedFor) {
+TEST(PresetArchive, theVersionOfEveryStoredClassIsKnown) {
     constexpr ArchivedClass classes[] = {archivedClass<Inquirer>("Inquirer", 7)};
     const auto data = NSArchiver::archivedDataWithRootObject(std::make_shared<Inquirer>(), classes);
     ASSERT_TRUE(data.ok());
@@ -276,7 +276,7 @@ TEST(PresetArchive, theVersionOfEveryStoredClassCanBeAskedFor) {
 }
 
 TEST(PresetArchive, aClassStoredTwiceHasTheVersionOfEachObject) {
-    // The second preset repeats its class as new, with version 0 and hence without the last three fields.
+    // The second preset has its class as a new class with version 0, so it lacks the last three fields.
     const std::string first = "84" + newClass("ResizeSet", "04") + "95" + "9285" + newType("ciffffifccccc")
                               + "00 00 00 00 00 00 00 00 00 00 05 06 07 86";
     const std::string second = "84" + newClass("ResizeSet", "00") + "95" + "9285" + newType("ciffffifcc")

@@ -1,4 +1,4 @@
-// A record of a layer above, as that layer would write it: the class ResizeSet with its table of fields.
+// An archived class of a higher layer: ResizeSet with its table of fields.
 #pragma once
 
 #include "platform/foundation/archiving/ArchivedFields.h"

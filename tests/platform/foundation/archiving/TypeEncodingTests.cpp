@@ -7,7 +7,7 @@
 namespace kestrine {
 namespace {
 
-/// The items as text: an array's number, and how many items stand inside a bracket.
+/// The items as text, with the length of arrays and the number of items inside brackets.
 std::string itemsOf(std::string_view text) {
     const Result<TypeEncoding> encoding = parseTypeEncoding(text);
     if (!encoding) {
@@ -27,7 +27,7 @@ std::string itemsOf(std::string_view text) {
     return result;
 }
 
-TEST(TypeEncoding, typeStringsComeApartIntoCodesAndBrackets) {
+TEST(TypeEncoding, typeStringsAreParsedIntoCodesAndBrackets) {
     const std::pair<std::string_view, std::string_view> rows[] = {
         {"i", "i"},
         {"cCBsSiIlLqQfd@#*:%+!", "cCBsSiIlLqQfd@#*:%+!"},
@@ -65,7 +65,7 @@ TEST(TypeEncoding, unknownCodesAndUnbalancedBracketsAreMalformed) {
     EXPECT_EQ(itemsOf(std::string_view("i\0i", 3)), "malformed");
 }
 
-TEST(TypeEncoding, bracketsNestUpToTheDepthLimit) {
+TEST(TypeEncoding, bracketsMayBeNestedUpToTheDepthLimit) {
     const auto nested = [](std::size_t depth) {
         std::string text;
         for (std::size_t i = 0; i < depth; ++i) {

@@ -83,7 +83,7 @@ TEST(TypedStreamReader, everyTypeCodeIsRead) {
     }
 }
 
-TEST(TypedStreamReader, everyFormOfAnIntegerIsTaken) {
+TEST(TypedStreamReader, everyFormOfAnIntegerIsRead) {
     const Row rows[] = {
         {newType("i") + "00", "i:0"},
         {newType("i") + "7f", "i:127"},
@@ -161,8 +161,8 @@ TEST(TypedStreamReader, aReferenceMayHaveAnyFormAndAnyNumber) {
     EXPECT_EQ(values.substr(values.size() - 28), " *:1108 *:1235 *:1236 *:1236") << values;
 }
 
-TEST(TypedStreamReader, typeStringsShareTheTableOfNames) {
-    // The class is named "A"; so is the selector, by reference, and "i" serves as type and as text.
+TEST(TypedStreamReader, typeStringsAndNamesShareOneTable) {
+    // The class and, by reference, the selector are called "A". "i" is used as type and as string.
     EXPECT_EQ(valuesOf(archiveOfValues(newType("i") + "05" + newType(":") + "93 95 94 94 06")),
               "i:5 ::A ::i i:6");
 }
@@ -183,7 +183,7 @@ TEST(TypedStreamReader, theChainOfSuperclassesIsKept) {
     EXPECT_EQ(stream->classes[3].superclass->position, 2u);
 }
 
-TEST(TypedStreamReader, objectsEndAfterThoseTheyHold) {
+TEST(TypedStreamReader, objectsEndAfterTheObjectsInThem) {
     const Bytes bytes = fromHex(twoPresets);
     const Result<TypedStream> stream = readTypedStream(bytes);
     ASSERT_TRUE(stream.ok());
@@ -195,26 +195,26 @@ TEST(TypedStreamReader, objectsEndAfterThoseTheyHold) {
     EXPECT_EQ(stream->root->position, 0u);
 }
 
-TEST(TypedStreamReader, anObjectMayHoldItself) { EXPECT_EQ(valuesOf(archiveOfValues("92 92")), "@:0"); }
+TEST(TypedStreamReader, anObjectMayContainItself) { EXPECT_EQ(valuesOf(archiveOfValues("92 92")), "@:0"); }
 
-TEST(TypedStreamReader, aNilRootIsNoObject) {
+TEST(TypedStreamReader, aNilRootGivesNoObject) {
     const Bytes bytes = archiveOf("85");
     const Result<TypedStream> stream = readTypedStream(bytes);
     ASSERT_TRUE(stream.ok());
     EXPECT_FALSE(stream->root);
 }
 
-TEST(TypedStreamReader, bytesBehindTheRootAreNotLookedAt) {
+TEST(TypedStreamReader, bytesAfterTheRootAreIgnored) {
     Bytes bytes = archiveOfValues(newType("i") + "05");
     bytes.insert(bytes.end(), {0x80, 0x80, 0xff});
     EXPECT_EQ(valuesOf(bytes), "i:5");
 }
 
-TEST(TypedStreamReader, theSystemVersionDoesNotMatter) {
+TEST(TypedStreamReader, anySystemVersionIsAccepted) {
     EXPECT_EQ(valuesOf(archiveOfValues(newType("i") + "05", "04 0b 73747265616d7479706564 07")), "i:5");
 }
 
-TEST(TypedStreamReader, valuesWithoutBytesAreBounded) {
+TEST(TypedStreamReader, theNumberOfValuesWithoutBytesIsLimited) {
     const auto repeated = [](std::size_t count) {
         return archiveOfValues(newType("[" + std::to_string(count) + "!]"));
     };

@@ -10,7 +10,7 @@ namespace {
 
 using namespace testing;
 
-/// What `write` adds behind the header.
+/// The bytes that `write` adds after the header.
 template <class Write>
 std::string written(Write write) {
     TypedStreamWriter writer;
@@ -25,7 +25,7 @@ std::string writtenNumber(T value) {
     return written([value](TypedStreamWriter& writer) { writer.writeNumber(value); });
 }
 
-TEST(TypedStreamWriter, anArchiveBeginsWithVersionSignatureAndSystemVersion) {
+TEST(TypedStreamWriter, anArchiveStartsWithVersionSignatureAndSystemVersion) {
     EXPECT_EQ(toHex(TypedStreamWriter().takeBytes()), toHex(fromHex(littleHeader)));
 }
 
@@ -57,7 +57,7 @@ TEST(TypedStreamWriter, unsignedIntegersAreWrittenAsTheirSignedBits) {
     EXPECT_EQ(writtenNumber(std::numeric_limits<std::uint64_t>::max()), "ff");
 }
 
-TEST(TypedStreamWriter, charactersAreBytesWithoutTag) {
+TEST(TypedStreamWriter, charactersAreWrittenAsBytesWithoutTag) {
     EXPECT_EQ(writtenNumber(std::int8_t{-124}), "84");
     EXPECT_EQ(writtenNumber(std::uint8_t{133}), "85");
 }
@@ -99,7 +99,7 @@ TEST(TypedStreamWriter, equalStringsAreWrittenOnce) {
               "93");
 }
 
-TEST(TypedStreamWriter, objectsAndClassesAreNumberedAsTheyBegin) {
+TEST(TypedStreamWriter, objectsAndClassesAreNumberedInTheOrderOfTheirStarts) {
     constexpr ClassVersion chain[] = {{"B", 3}, {"A", 0}};
     EXPECT_EQ(written([&chain](TypedStreamWriter& writer) {
                   EXPECT_EQ(writer.beginObject(chain), 0u);
@@ -120,7 +120,7 @@ TEST(TypedStreamWriter, objectsAndClassesAreNumberedAsTheyBegin) {
               "85");
 }
 
-TEST(TypedStreamWriter, referencesGrowBeyondOneByte) {
+TEST(TypedStreamWriter, referencesMayNeedMoreThanOneByte) {
     const auto reference = [](std::size_t number) {
         return written([number](TypedStreamWriter& writer) { writer.writeReference(number); });
     };
@@ -131,7 +131,7 @@ TEST(TypedStreamWriter, referencesGrowBeyondOneByte) {
     EXPECT_EQ(reference(238), "818000");
 }
 
-TEST(TypedStreamWriter, countedBytesMayHoldZeros) {
+TEST(TypedStreamWriter, countedBytesMayContainZeros) {
     const Bytes bytes = {0x57, 0x00, 0x62};
     EXPECT_EQ(written([&bytes](TypedStreamWriter& writer) { writer.writeCountedBytes(bytes); }), "03570062");
 }

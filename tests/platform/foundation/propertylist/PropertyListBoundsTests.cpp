@@ -9,7 +9,7 @@ namespace {
 
 using testing::bytesOf;
 
-/// A binary property list from its objects, given as bytes with references of two bytes each.
+/// A binary property list with the given objects. References have two bytes.
 Bytes binaryList(const std::vector<std::string>& objects, std::uint16_t root = 0) {
     std::string content = "bplist00";
     std::string offsets;
@@ -31,7 +31,7 @@ Bytes binaryList(const std::vector<std::string>& objects, std::uint16_t root = 0
 
 std::string reference(unsigned index) { return {static_cast<char>(index >> 8), static_cast<char>(index)}; }
 
-/// An array of the given objects, at most 14.
+/// An array of at most 14 objects.
 std::string arrayOf(const std::vector<unsigned>& indexes) {
     std::string object(1, static_cast<char>(0xa0 | indexes.size()));
     for (const unsigned index : indexes)
@@ -46,7 +46,7 @@ std::string repeated(std::string_view text, std::size_t times) {
     return result;
 }
 
-/// The reason why `content` may not be parsed; nothing when it may.
+/// The reason why `content` must not be parsed; empty if it may be parsed.
 std::optional<Reason> refusal(const Bytes& content) {
     const Result<void> result = checkPropertyListBounds(content);
     return result ? std::nullopt : std::optional(result.failure().reason);
@@ -57,9 +57,9 @@ constexpr std::nullopt_t passes = std::nullopt;
 
 const std::string yes = "\x09";
 
-TEST(PropertyListBounds, contentMayHave16MiB) {
-    EXPECT_EQ(refusal(std::string(largestPropertyList, ' ')), passes);
-    EXPECT_EQ(refusal(std::string(largestPropertyList + 1, ' ')), Reason::tooLarge);
+TEST(PropertyListBounds, contentIsLimitedTo16MiB) {
+    EXPECT_EQ(refusal(std::string(maxPropertyListSize, ' ')), passes);
+    EXPECT_EQ(refusal(std::string(maxPropertyListSize + 1, ' ')), Reason::tooLarge);
 }
 
 TEST(BinaryPropertyListBounds, everyKindOfObjectPasses) {
@@ -89,13 +89,13 @@ TEST(BinaryPropertyListBounds, everyKindOfObjectPasses) {
     EXPECT_EQ(refusal(binaryList({kinds.back(), yes})), passes);
 }
 
-TEST(BinaryPropertyListBounds, objectsOfNoKnownKindAreRefused) {
+TEST(BinaryPropertyListBounds, unknownKindsOfObjectsFail) {
     for (const char* object :
          {"\x15", "\x21x", "\x34", "\x70", "\x88xxxxxxxxx", "\x90", "\xb0", "\xe0", "\xf0", "\x4f\x20"})
         EXPECT_EQ(refusal(binaryList({std::string(object) + std::string(40, 'x')})), Reason::malformed);
 }
 
-TEST(BinaryPropertyListBounds, anObjectThatReachesBeyondTheObjectsIsRefused) {
+TEST(BinaryPropertyListBounds, anObjectThatExceedsTheObjectAreaFails) {
     for (const char* object :
          {"\x44xxx", "\x4f\x10\x7f", "\x4f\x13\x7f\xff\xff\xff\xff\xff\xff\xff", "\x4f\x11", "\x4f", "\x52x",
           "\x62xxx", "\x6f\x13\x80\x01\x01\x01\x01\x01\x01\x01", "\x13xxxxxxx", "\xa1x", "\xd1xxx",
@@ -103,13 +103,13 @@ TEST(BinaryPropertyListBounds, anObjectThatReachesBeyondTheObjectsIsRefused) {
         EXPECT_EQ(refusal(binaryList({object})), Reason::malformed) << object;
 }
 
-TEST(BinaryPropertyListBounds, aReferenceToNoObjectIsRefused) {
+TEST(BinaryPropertyListBounds, aReferenceOutOfRangeFails) {
     EXPECT_EQ(refusal(binaryList({arrayOf({1}), yes})), passes);
     EXPECT_EQ(refusal(binaryList({arrayOf({2}), yes})), Reason::malformed);
     EXPECT_EQ(refusal(binaryList({yes}, 1)), Reason::malformed);
 }
 
-TEST(BinaryPropertyListBounds, aTrailerThatCannotBeIsRefused) {
+TEST(BinaryPropertyListBounds, anInvalidTrailerFails) {
     const Bytes good = binaryList({yes});
     const std::size_t trailer = good.size() - 32;
     struct Change {
@@ -135,17 +135,17 @@ TEST(BinaryPropertyListBounds, aTrailerThatCannotBeIsRefused) {
     EXPECT_EQ(refusal("bplist01" + std::string(40, 'x')), Reason::unsupported);
 }
 
-TEST(BinaryPropertyListBounds, anObjectThatContainsItselfIsRefused) {
+TEST(BinaryPropertyListBounds, anObjectThatContainsItselfFails) {
     EXPECT_EQ(refusal(binaryList({arrayOf({0})})), Reason::malformed);
     EXPECT_EQ(refusal(binaryList({arrayOf({1}), arrayOf({2, 0}), yes})), Reason::malformed);
     EXPECT_EQ(refusal(binaryList({"\xd1" + reference(1) + reference(0), "\x51k"})), Reason::malformed);
 }
 
-TEST(BinaryPropertyListBounds, anObjectMayBeSharedByOthers) {
+TEST(BinaryPropertyListBounds, anObjectMayBeReferredToSeveralTimes) {
     EXPECT_EQ(refusal(binaryList({arrayOf({1, 1, 2}), yes, arrayOf({1, 1})})), passes);
 }
 
-TEST(BinaryPropertyListBounds, nestingEndsAt512Levels) {
+TEST(BinaryPropertyListBounds, nestingIsLimitedTo512Levels) {
     std::vector<std::string> chain;
     for (unsigned i = 1; i < 512; i++)
         chain.push_back(arrayOf({i}));
@@ -156,7 +156,7 @@ TEST(BinaryPropertyListBounds, nestingEndsAt512Levels) {
     EXPECT_EQ(refusal(binaryList(chain)), Reason::tooLarge);
 }
 
-TEST(BinaryPropertyListBounds, sharedObjectsCountEachTimeTheyAreReached) {
+TEST(BinaryPropertyListBounds, sharedObjectsCountOncePerReference) {
     std::vector<std::string> doubling;
     for (unsigned i = 1; i <= 40; i++)
         doubling.push_back(arrayOf({i, i}));
@@ -164,7 +164,7 @@ TEST(BinaryPropertyListBounds, sharedObjectsCountEachTimeTheyAreReached) {
     EXPECT_EQ(refusal(binaryList(doubling)), Reason::tooLarge);
 }
 
-TEST(BinaryPropertyListBounds, sharedBytesCountEachTimeTheyAreReached) {
+TEST(BinaryPropertyListBounds, sharedBytesCountOncePerReference) {
     const std::string mebibyte = "\x4f\x12" + std::string("\x00\x10\x00\x00", 4) + std::string(1 << 20, 'x');
     const auto times = [&](unsigned count) {
         return binaryList(
@@ -175,7 +175,7 @@ TEST(BinaryPropertyListBounds, sharedBytesCountEachTimeTheyAreReached) {
     EXPECT_EQ(refusal(times(65)), Reason::tooLarge);
 }
 
-TEST(XMLPropertyListBounds, nestingEndsAt512Levels) {
+TEST(XMLPropertyListBounds, nestingIsLimitedTo512Levels) {
     for (const char* name : {"array", "dict"}) {
         const std::string opening = std::string("<") + name + ">";
         const std::string closing = std::string("</") + name + " >";
@@ -183,10 +183,10 @@ TEST(XMLPropertyListBounds, nestingEndsAt512Levels) {
         EXPECT_EQ(refusal(repeated(opening, 513) + repeated(closing, 513)), Reason::tooLarge);
     }
     EXPECT_EQ(refusal(repeated("<array><dict/></array>", 600)), passes)
-        << "one after the other is no nesting";
+        << "consecutive containers are not nested";
 }
 
-TEST(XMLPropertyListBounds, closingsThatDoNotCountCannotHideTheNesting) {
+TEST(XMLPropertyListBounds, unmatchedEndTagsCannotHideTheNesting) {
     for (const char* hidden :
          {"<array><!--</array>-->", "<array><![CDATA[</array>]]>", "<array><?x </array>?>"})
         EXPECT_EQ(refusal(repeated(hidden, 600)), Reason::tooLarge) << hidden;
@@ -195,23 +195,23 @@ TEST(XMLPropertyListBounds, closingsThatDoNotCountCannotHideTheNesting) {
         EXPECT_EQ(refusal(repeated(unclear, 2)), Reason::malformed) << unclear;
 }
 
-TEST(XMLPropertyListBounds, aDocumentTypeOfItsOwnIsRefused) {
+TEST(XMLPropertyListBounds, anOwnDocumentTypeIsRefused) {
     EXPECT_EQ(refusal("<!DOCTYPE plist PUBLIC \"-//X//DTD\" \"http://x/y.dtd\"><plist/>"), passes);
     EXPECT_EQ(refusal("<!DOCTYPE plist [<!ENTITY a \"b\">]><plist/>"), Reason::refused);
     EXPECT_EQ(refusal("<!DOCTYPE plist [ ]><plist/>"), Reason::refused);
 }
 
-TEST(XMLPropertyListBounds, tagsThatDoNotEndAreRefused) {
+TEST(XMLPropertyListBounds, incompleteTagsAreRefused) {
     for (const char* content : {"<plist", "<!-- ->", "<![CDATA[ ]]", "<?xml ", "<!DOCTYPE plist"})
         EXPECT_EQ(refusal(content), Reason::truncated) << content;
 }
 
 TEST(XMLPropertyListBounds, elementsAreCounted) {
-    EXPECT_EQ(refusal(repeated("<a/>", mostPropertyListObjects)), passes);
-    EXPECT_EQ(refusal(repeated("<a/>", mostPropertyListObjects + 1)), Reason::tooLarge);
+    EXPECT_EQ(refusal(repeated("<a/>", maxPropertyListObjects)), passes);
+    EXPECT_EQ(refusal(repeated("<a/>", maxPropertyListObjects + 1)), Reason::tooLarge);
 }
 
-TEST(XMLPropertyListBounds, theKeysOfADictionaryAreBounded) {
+TEST(XMLPropertyListBounds, theNumberOfKeysInADictionaryIsLimited) {
     const auto dictionary = [](std::size_t keys) {
         return "<dict>" + repeated("<key>a</key><true/>", keys) + "</dict>";
     };
@@ -221,7 +221,7 @@ TEST(XMLPropertyListBounds, theKeysOfADictionaryAreBounded) {
         << "only keys of the same dictionary are compared";
 }
 
-TEST(XMLPropertyListBounds, characterReferencesInOneTextAreBounded) {
+TEST(XMLPropertyListBounds, theNumberOfCharacterReferencesInAStringIsLimited) {
     const auto text = [](std::size_t references) {
         return "<string>" + repeated("&amp;", references) + "</string>";
     };

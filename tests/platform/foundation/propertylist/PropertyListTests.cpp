@@ -8,7 +8,7 @@ namespace {
 
 using testing::bytesOf;
 
-/// A preferences file as a person might have it: two keys of ours among others.
+/// A typical preferences file with two keys of this program and other keys.
 constexpr const char* preferences = R"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE plist PUBLIC "-//X//DTD PLIST 1.0//EN" "http://example.com/PropertyList-1.0.dtd">
 <plist version="1.0">
@@ -58,7 +58,7 @@ TEST(PropertyList, dataIsReadFromTheBinaryForm) {
     EXPECT_EQ(list.dataForKey(u"resizeSets")->bytes(), bytesOf("ABCDEF"));
 }
 
-TEST(PropertyList, aValueThatIsAbsentOrNoDataIsNull) {
+TEST(PropertyList, aMissingValueOrOneOfAnotherTypeIsNull) {
     const PropertyList list = read(bytesOf(preferences));
     EXPECT_EQ(list.dataForKey(u"selectionIndexes"), nullptr);
     EXPECT_EQ(list.dataForKey(u"numbers"), nullptr);
@@ -66,7 +66,7 @@ TEST(PropertyList, aValueThatIsAbsentOrNoDataIsNull) {
     EXPECT_EQ(PropertyList::empty().dataForKey(u"resizeSets"), nullptr);
 }
 
-TEST(PropertyList, xmlMayBeginWithAByteOrderMarkOrWhiteSpace) {
+TEST(PropertyList, xmlMayStartWithAByteOrderMarkOrWhiteSpace) {
     for (const char* start : {"\xef\xbb\xbf", " \n\t"}) {
         const PropertyList list = read(bytesOf(std::string(start) + preferences));
         EXPECT_EQ(list.form(), PropertyList::Form::xml);
@@ -74,7 +74,7 @@ TEST(PropertyList, xmlMayBeginWithAByteOrderMarkOrWhiteSpace) {
     }
 }
 
-TEST(PropertyList, dataThatIsSetComesBackInBothForms) {
+TEST(PropertyList, dataIsKeptInBothForms) {
     Bytes bytes(1000);
     for (std::size_t i = 0; i < bytes.size(); i++)
         bytes[i] = static_cast<std::uint8_t>(i * 7);
@@ -89,7 +89,7 @@ TEST(PropertyList, dataThatIsSetComesBackInBothForms) {
     }
 }
 
-TEST(PropertyList, everyOtherKeyIsKeptWhenOneIsChanged) {
+TEST(PropertyList, allOtherKeysAreKeptWhenOneIsChanged) {
     PropertyList list = read(bytesOf(preferences));
     list.setData(u"selectionIndexes", bytesOf("new"));
     const std::string written = text(list.toBytes());
@@ -100,18 +100,18 @@ TEST(PropertyList, everyOtherKeyIsKeptWhenOneIsChanged) {
     EXPECT_EQ(written.find("not data"), std::string::npos);
 }
 
-TEST(PropertyList, aListIsWrittenInTheFormItWasFoundIn) {
+TEST(PropertyList, aListIsWrittenInTheFormFromWhichItWasRead) {
     EXPECT_TRUE(text(read(bytesOf(preferences)).toBytes()).starts_with("<?xml"));
     EXPECT_TRUE(text(read(read(bytesOf(preferences)).toBinary()).toBytes()).starts_with("bplist00"));
     EXPECT_TRUE(text(PropertyList::empty().toBytes()).starts_with("bplist00"));
 }
 
-TEST(PropertyList, bothFormsHoldTheSameThings) {
+TEST(PropertyList, bothFormsHaveTheSameContent) {
     const PropertyList list = read(bytesOf(preferences));
     EXPECT_EQ(text(read(list.toBinary()).toXML()), text(list.toXML()));
 }
 
-TEST(PropertyList, whatIsNoDictionaryIsRefused) {
+TEST(PropertyList, aRootThatIsNotADictionaryFails) {
     for (const char* content :
          {"", "x", "bplist00", "<plist", "<plist><array/></plist>", "<plist/>", "<plist></plist>",
           "<plist><string>x</string></plist>", "{ key = <00>; }", "<plist><dict><true/></dict></plist>",
@@ -119,7 +119,7 @@ TEST(PropertyList, whatIsNoDictionaryIsRefused) {
         EXPECT_FALSE(PropertyList::fromBytes(bytesOf(content))) << content;
 }
 
-TEST(PropertyList, everyCutOfABinaryListIsRefused) {
+TEST(PropertyList, anIncompleteBinaryListFails) {
     const Bytes whole = read(bytesOf(preferences)).toBinary();
     for (std::size_t length = 0; length < whole.size(); length++)
         EXPECT_FALSE(PropertyList::fromBytes(ByteView(whole).first(length))) << length;

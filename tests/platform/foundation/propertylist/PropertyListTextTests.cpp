@@ -9,8 +9,8 @@ namespace {
 
 using testing::bytesOf;
 
-/// The layout of a binary property list with one object: the header, the object at 8, a table with the one
-/// offset, and the trailer (sizes of an offset and a reference, number of objects, root, place of the table).
+/// A binary property list with one object: the header, the object at offset 8, the offset table, and the
+/// trailer (sizes of offsets and references, number of objects, root, position of the table).
 Bytes withObject(std::string_view object) {
     const std::string table(1, 8);
     const auto tablePlace = static_cast<char>(8 + object.size());
@@ -19,7 +19,7 @@ Bytes withObject(std::string_view object) {
     return bytesOf("bplist00" + std::string(object) + table + trailer);
 }
 
-TEST(PropertyListText, asciiIsOneByteACharacter) {
+TEST(PropertyListText, asciiTakesOneBytePerCharacter) {
     EXPECT_EQ(*textOfPropertyList(withObject("\x55Hello")), NSString(u"Hello"));
     EXPECT_EQ(propertyListOfText(u"Hello"), withObject("\x55Hello"));
     EXPECT_EQ(*textOfPropertyList(withObject("\x50")), NSString());
@@ -32,7 +32,7 @@ TEST(PropertyListText, otherTextIsUTF16) {
     EXPECT_EQ(propertyListOfText(u"a\U0001F370"), withObject(object));
 }
 
-TEST(PropertyListText, longTextSurvives) {
+TEST(PropertyListText, longStringsAreKept) {
     for (const std::size_t length : {14, 15, 16, 255, 256, 20000})
         for (const char16_t unit : {u'x', u'\u6F22'}) {
             const NSString text(std::u16string(length, unit));
@@ -42,12 +42,12 @@ TEST(PropertyListText, longTextSurvives) {
         }
 }
 
-TEST(PropertyListText, whatHasNoPlaceInItIsReplaced) {
+TEST(PropertyListText, charactersThatCannotBeStoredAreReplaced) {
     const NSString odd = NSString::fromUTF8(std::string_view("a\0b\xFF", 4)) + NSString(u"\xD800");
     EXPECT_EQ(*textOfPropertyList(propertyListOfText(odd)), NSString(u"a\uFFFDb\uFFFD\uFFFD"));
 }
 
-TEST(PropertyListText, anythingElseThanOneTextIsRefused) {
+TEST(PropertyListText, anyOtherContentThanOneStringFails) {
     const Bytes number = withObject("\x10\x05"), data = withObject("\x42xy");
     for (const Bytes& other : {number, data, PropertyList::empty().toBinary(), bytesOf("bplist00"), Bytes()})
         EXPECT_FALSE(textOfPropertyList(other));
@@ -55,7 +55,7 @@ TEST(PropertyListText, anythingElseThanOneTextIsRefused) {
               Reason::unsupported);
 }
 
-TEST(PropertyListText, aListCutOrChangedAnywhereDoesNoHarm) {
+TEST(PropertyListText, incompleteAndDamagedListsFailSafely) {
     const Bytes sound = withObject(std::string_view("\x63\0a\xD8\x3C\xDF\x70", 7));
     for (std::size_t place = 0; place < sound.size(); ++place) {
         EXPECT_FALSE(textOfPropertyList(ByteView(sound).first(place))) << place << " bytes";

@@ -17,7 +17,7 @@ void expectShown(const std::vector<FormatCase>& cases) {
         EXPECT_EQ(expandedFormatText(row.format), row.shown) << row.format;
 }
 
-TEST(FormatText, everyByteButThePercentSignPassesUnchanged) {
+TEST(FormatText, allBytesExceptThePercentSignStayUnchanged) {
     std::string all;
     for (int byte = 1; byte < 256; byte++)
         if (byte != '%')
@@ -26,22 +26,22 @@ TEST(FormatText, everyByteButThePercentSignPassesUnchanged) {
     EXPECT_EQ(expandedFormatText(""), "");
 }
 
-TEST(FormatText, theTextEndsAtItsFirstZeroByte) {
+TEST(FormatText, theFirstZeroByteEndsTheText) {
     using namespace std::string_view_literals;
     EXPECT_EQ(expandedFormatText("ab\0cd"sv), "ab");
     EXPECT_EQ(expandedFormatText("a%\0d"sv), "a");
 }
 
-TEST(FormatText, twoPercentSignsAreOneWhateverStandsBetween) {
+TEST(FormatText, twoPercentSignsGiveOneWithAnythingValidBetween) {
     expectShown(
         {{"a%%b", "a%b"}, {"%%%%", "%%"}, {"%5%", "%"}, {"%-05.3l%|", "%|"}, {"%*%", "%"}, {"%1$%", "%"}});
 }
 
-TEST(FormatText, namesWithAPercentSignAreShownAltered) {
+TEST(FormatText, namesWithAPercentSignArePrintedAltered) {
     expectShown({{"50% off.jpg", "500ff.jpg"}, {"100%.jpg", "100(nil)g"}, {"100% done", "100 0one"}});
 }
 
-TEST(FormatText, aConversionShowsZeroInItsForm) {
+TEST(FormatText, aConversionPrintsZeroInItsForm) {
     expectShown({{"%d|%i|%u|%o|%x|%X", "0|0|0|0|0|0"},
                  {"%e %E", "0.000000e+00 0.000000E+00"},
                  {"%f %F", "0.000000 0.000000"},
@@ -50,7 +50,7 @@ TEST(FormatText, aConversionShowsZeroInItsForm) {
                  {"%a %A", "0x0p+0 0X0P+0"}});
 }
 
-TEST(FormatText, textsAndPointersShowThatTheyAreAbsent) {
+TEST(FormatText, stringsAndPointersArePrintedAsNull) {
     expectShown({{"%s", "(null)"},
                  {"%S", "(null)"},
                  {"%ls", "(null)"},
@@ -65,7 +65,7 @@ TEST(FormatText, textsAndPointersShowThatTheyAreAbsent) {
                  {"%.2p", "(nil)"}});
 }
 
-TEST(FormatText, charactersCountsAndErrorsShowNothing) {
+TEST(FormatText, charactersCountsAndErrorsPrintNothing) {
     expectShown(
         {{"a%cb", "ab"}, {"a%lcb", "ab"}, {"a%nb", "ab"}, {"a%9nb", "ab"}, {"a%hhnb", "ab"}, {"a%mb", "ab"}});
     expectShown({{"a%4cb", "a   b"}, {"a%-4cb", "a   b"}, {"a%1cb", "ab"}, {"a%3mb", "a   b"}});
@@ -80,11 +80,11 @@ TEST(FormatText, anArgumentForWidthOrPrecisionCountsAsZero) {
                  {"%*1$.*2$e", "0e+00"}});
 }
 
-TEST(FormatText, anArgumentNumberPlaysNoPart) {
+TEST(FormatText, argumentNumbersAreIgnored) {
     expectShown({{"%1$d", "0"}, {"%12$5d", "    0"}, {"%3$-4dx", "0   x"}});
 }
 
-TEST(FormatText, anUnknownLetterLeavesTheTextAsWritten) {
+TEST(FormatText, anUnknownConversionStaysUnchanged) {
     expectShown({{"a%yb", "a%yb"},
                  {"%5-d", "%5-d"},
                  {"%hld", "%hld"},
@@ -95,7 +95,7 @@ TEST(FormatText, anUnknownLetterLeavesTheTextAsWritten) {
                  {"a%-05.2yb%%", "a%-05.2yb%"}});
 }
 
-TEST(FormatText, aConversionThatTheTextEndsInIsDropped) {
+TEST(FormatText, anIncompleteConversionAtTheEndIsRemoved) {
     expectShown({{"%", ""},
                  {"a%", "a"},
                  {"a%5", "a"},
@@ -107,13 +107,13 @@ TEST(FormatText, aConversionThatTheTextEndsInIsDropped) {
                  {"a%d%#05.3h", "a0"}});
 }
 
-TEST(FormatText, widthAndPrecisionAreHeldAt4096) {
+TEST(FormatText, widthAndPrecisionAreLimitedTo4096) {
     EXPECT_EQ(expandedFormatText("%99999999999999999999d").size(), 4096u);
     EXPECT_EQ(expandedFormatText("%.5000d"), std::string(4096, '0'));
     EXPECT_EQ(expandedFormatText("%4097s").size(), 4096u);
 }
 
-TEST(FormatText, theOutputStaysBoundedHoweverManyConversionsThereAre) {
+TEST(FormatText, theOutputIsLimitedForAnyNumberOfConversions) {
     std::string format;
     for (int i = 0; i < 100000; i++)
         format += "%4096.4096f";
@@ -122,7 +122,7 @@ TEST(FormatText, theOutputStaysBoundedHoweverManyConversionsThereAre) {
     EXPECT_LT(size, 2 * format.size() + (1u << 20));
 }
 
-/// What the C library prints for `format` when its one argument is a zero of type T.
+/// The output of the C library for `format` with a zero of type T as its only argument.
 template <class T>
 std::string printed(const std::string& format) {
     char text[256];
@@ -165,7 +165,7 @@ TEST(FormatText, floatingNumbersAgreeWithTheCLibrary) {
     expectAsPrinted<long double>("eEfFgGaA", {"L"});
 }
 
-TEST(FormatText, absentTextsAndPointersAgreeWithTheCLibrary) {
+TEST(FormatText, nullStringsAndPointersAgreeWithTheCLibrary) {
     expectAsPrinted<const char*>("s", {""});
     expectAsPrinted<const wchar_t*>("sS", {"l"});
     expectAsPrinted<const void*>("p", {""});

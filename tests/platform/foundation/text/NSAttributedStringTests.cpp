@@ -11,7 +11,7 @@ namespace {
 const Object clipping = std::make_shared<NSParagraphStyle>(NSLineBreakByClipping);
 const Object wrapping = std::make_shared<NSParagraphStyle>(NSLineBreakByWordWrapping);
 
-TEST(AttributedString, beginsWithoutAttributes) {
+TEST(AttributedString, hasNoAttributesAtFirst) {
     const NSAttributedString text(u"abc");
     NSRange range;
     EXPECT_EQ(text.attribute(u"x", 1, &range), nullptr);
@@ -19,7 +19,7 @@ TEST(AttributedString, beginsWithoutAttributes) {
     EXPECT_EQ(text.string(), NSString(u"abc"));
 }
 
-TEST(AttributedString, anAttributeHoldsInItsRangeOnly) {
+TEST(AttributedString, anAttributeAppliesOnlyToItsRange) {
     NSAttributedString text(u"abcdef");
     text.addAttribute(NSParagraphStyleAttributeName, clipping, {2, 2});
     NSRange range;
@@ -40,7 +40,7 @@ TEST(AttributedString, aLaterValueReplacesAnEarlierOne) {
     EXPECT_EQ(text.attribute(u"s", 1, &range), wrapping);
     EXPECT_EQ(range, (NSRange{1, 1}));
     EXPECT_EQ(text.attribute(u"s", 5, &range), clipping);
-    EXPECT_EQ(range, (NSRange{2, 4})) << "neighbouring stretches with the same value are one";
+    EXPECT_EQ(range, (NSRange{2, 4})) << "adjacent ranges with the same value are one";
 }
 
 TEST(AttributedString, aCopyIsIndependent) {
@@ -50,7 +50,7 @@ TEST(AttributedString, aCopyIsIndependent) {
     EXPECT_EQ(copy.attribute(u"s", 0), nullptr);
 }
 
-TEST(AttributedString, whatLiesPastTheEndIsRaised) {
+TEST(AttributedString, aRangeOrIndexBeyondTheEndRaises) {
     NSAttributedString text(u"abc");
     EXPECT_THROW(text.addAttribute(u"s", clipping, {0, 4}), NSException);
     EXPECT_THROW(text.addAttribute(u"s", clipping, {4, 0}), NSException);

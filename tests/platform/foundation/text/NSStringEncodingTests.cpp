@@ -9,7 +9,7 @@ namespace {
 struct Sample {
     NSStringEncoding encoding;
     std::string_view bytes;
-    std::optional<const char16_t*> text; // nothing when the bytes are malformed
+    std::optional<const char16_t*> text; // empty if the bytes are malformed
 };
 
 void expectDecoded(std::initializer_list<Sample> samples) {
@@ -23,7 +23,7 @@ void expectDecoded(std::initializer_list<Sample> samples) {
 
 constexpr std::nullopt_t malformed = std::nullopt;
 
-TEST(StringEncoding, UTF8TakesShortestFormsOfCodePoints) {
+TEST(StringEncoding, UTF8AcceptsOnlyShortestForms) {
     expectDecoded({{4, "", u""},
                    {4, "a\xc3\xa9\xe3\x81\x82\xf0\x9f\x98\x80", u"aéあ\U0001f600"},
                    {4, "\xef\xbb\xbfx", u"x"},
@@ -35,7 +35,7 @@ TEST(StringEncoding, UTF8TakesShortestFormsOfCodePoints) {
                    {4, "a\xff", malformed}});
 }
 
-TEST(StringEncoding, UTF16FollowsItsByteOrderMarkAndIsBigEndianWithoutOne) {
+TEST(StringEncoding, UTF16FollowsItsByteOrderMarkAndIsBigEndianByDefault) {
     using namespace std::string_view_literals;
     expectDecoded({{10, "", u""},
                    {10, "\xfe\xff\x30\x42"sv, u"あ"},
@@ -48,7 +48,7 @@ TEST(StringEncoding, UTF16FollowsItsByteOrderMarkAndIsBigEndianWithoutOne) {
                    {10, "\0a\0"sv, malformed}});
 }
 
-TEST(StringEncoding, nonLossyASCIIKnowsThreeEscapes) {
+TEST(StringEncoding, nonLossyASCIIHasThreeEscapes) {
     expectDecoded({{7, "a\\\\b", u"a\\b"},
                    {7, "\\u3042\\351", u"あé"},
                    {7, "\\uD83D\\ude00", u"\U0001f600"},
@@ -61,7 +61,7 @@ TEST(StringEncoding, nonLossyASCIIKnowsThreeEscapes) {
                    {7, "\x80", malformed}});
 }
 
-TEST(StringEncoding, ShiftJISTakesWholeCharacters) {
+TEST(StringEncoding, ShiftJISAcceptsOnlyCompleteCharacters) {
     expectDecoded({{8, "a\\~\x82\xa0\x93\xfa\xb1", u"a\\~あ日ｱ"},
                    {8, "\x87\x40\xfa\x40\x81\x60", u"①ⅰ～"},
                    {8, "\x1a\x1c\x7f", u"\x1a\x1c\x7f"},
@@ -74,7 +74,7 @@ TEST(StringEncoding, ShiftJISTakesWholeCharacters) {
                    {8, "\x85\x40", malformed}});
 }
 
-TEST(StringEncoding, EUCJPTakesWholeCharacters) {
+TEST(StringEncoding, EUCJPAcceptsOnlyCompleteCharacters) {
     expectDecoded({{3, "a\xa4\xa2\x8e\xb1\x8f\xb0\xa1", u"aあｱ丂"},
                    {3, "\xc6\xfc\xcb\xdc", u"日本"},
                    {3, "\xa4", malformed},
@@ -85,7 +85,7 @@ TEST(StringEncoding, EUCJPTakesWholeCharacters) {
                    {3, "\xa9\xa1", malformed}});
 }
 
-TEST(StringEncoding, ISO2022JPTakesSevenBitBytesAndKnownEscapes) {
+TEST(StringEncoding, ISO2022JPAcceptsSevenBitBytesAndKnownEscapes) {
     expectDecoded({{21, "abc", u"abc"},
                    {21, "\x1b$B$\"F|\x1b(Bz", u"あ日z"},
                    {21, "\x1b$@$\"\x1b(J\\", u"あ¥"},
@@ -96,7 +96,7 @@ TEST(StringEncoding, ISO2022JPTakesSevenBitBytesAndKnownEscapes) {
                    {21, "\xb1", malformed}});
 }
 
-TEST(StringEncoding, singleByteEncodingsTakeBytesThatHaveACharacter) {
+TEST(StringEncoding, singleByteEncodingsAcceptOnlyAssignedBytes) {
     expectDecoded({{30, "caf\x8e \xdb\xf0", u"café €\xf8ff"},
                    {11, "\xcf\xf0\xe8", u"При"},
                    {11, "\x98", malformed},
@@ -112,7 +112,7 @@ TEST(StringEncoding, singleByteEncodingsTakeBytesThatHaveACharacter) {
                    {5, "\xe9\x80", u"é\x80"}});
 }
 
-TEST(StringEncoding, everyEncodingOfBytesKeepsASCII) {
+TEST(StringEncoding, everyByteEncodingKeepsASCII) {
     std::string bytes;
     for (char c = 0; c < 0x7f; c++)
         if (c != 0x1b && c != 0x0e && c != 0x0f && c != '\\')
@@ -124,7 +124,7 @@ TEST(StringEncoding, everyEncodingOfBytesKeepsASCII) {
     }
 }
 
-TEST(StringEncoding, aNumberThatIsNoEncodingDecodesNothing) {
+TEST(StringEncoding, anUnknownEncodingGivesNil) {
     expectDecoded({{2565, "a", malformed}, {2565, "", malformed}, {0, "a", malformed}, {9, "a", malformed}});
 }
 

@@ -7,7 +7,7 @@
 namespace kestrine {
 namespace {
 
-/// A path, an operand where the operation takes one, and the result.
+/// A path, an operand for operations that need one, and the result.
 struct PathCase {
     const char* path;
     const char* operand;
@@ -21,7 +21,7 @@ struct SplitCase {
 
 NSString text(const char* bytes) { return NSString::fromUTF8(bytes); }
 
-TEST(NSStringPaths, aComponentIsAppendedBehindOneSeparator) {
+TEST(NSStringPaths, aComponentIsAppendedAfterOneSeparator) {
     const PathCase cases[] = {
         {"/tmp", "a.tiff", "/tmp/a.tiff"},
         {"/tmp/", "a", "/tmp/a"},
@@ -42,7 +42,7 @@ TEST(NSStringPaths, aComponentIsAppendedBehindOneSeparator) {
             << row.path << " + " << row.operand;
 }
 
-TEST(NSStringPaths, theLastComponentIsWhatFollowsTheLastSeparator) {
+TEST(NSStringPaths, theLastComponentFollowsTheLastSeparator) {
     const SplitCase cases[] = {{"/tmp/a.tiff", "a.tiff"},
                                {"/tmp/", "tmp"},
                                {"a///", "a"},
@@ -90,7 +90,7 @@ TEST(NSStringPaths, theExtensionFollowsTheLastDotOfTheLastComponent) {
         EXPECT_EQ(text(row.path).pathExtension().utf8(), row.expected) << row.path;
 }
 
-TEST(NSStringPaths, deletingTheExtensionDeletesItsDotToo) {
+TEST(NSStringPaths, deletingTheExtensionDeletesTheDotToo) {
     const SplitCase cases[] = {{"/tmp/a.tiff", "/tmp/a"},
                                {"/tmp/", "/tmp"},
                                {"a.b/", "a"},
@@ -106,7 +106,7 @@ TEST(NSStringPaths, deletingTheExtensionDeletesItsDotToo) {
         EXPECT_EQ(text(row.path).deletingPathExtension().utf8(), row.expected) << row.path;
 }
 
-TEST(NSStringPaths, anExtensionIsAppendedBehindADot) {
+TEST(NSStringPaths, anExtensionIsAppendedAfterADot) {
     const PathCase cases[] = {{"/tmp/a.old", "tiff", "/tmp/a.old.tiff"},
                               {"/tmp/", "tiff", "/tmp.tiff"},
                               {"a.", "tiff", "a..tiff"},
@@ -116,12 +116,12 @@ TEST(NSStringPaths, anExtensionIsAppendedBehindADot) {
         EXPECT_EQ(text(row.path).appendingPathExtension(text(row.operand)).utf8(), row.expected) << row.path;
 }
 
-TEST(NSStringPaths, anExtensionNeedsANameToStandBehind) {
+TEST(NSStringPaths, anExtensionIsNotAppendedToAnEmptyPathOrTheRoot) {
     EXPECT_EQ(NSString(u"").appendingPathExtension(u"tiff"), NSString(u""));
     EXPECT_EQ(NSString(u"/").appendingPathExtension(u"tiff"), NSString(u"/"));
 }
 
-TEST(NSStringPaths, componentsNameTheRootAndATrailingSeparator) {
+TEST(NSStringPaths, componentsIncludeTheRootAndATrailingSeparator) {
     using Components = std::vector<NSString>;
     EXPECT_EQ(NSString(u"/tmp//a").pathComponents(), (Components{u"/", u"tmp", u"a"}));
     EXPECT_EQ(NSString(u"tmp/a").pathComponents(), (Components{u"tmp", u"a"}));
@@ -143,20 +143,20 @@ TEST(NSStringPaths, aTildeIsTheHomeFolder) {
         EXPECT_EQ(text(row.path).expandingTildeInPath().utf8(), row.expected) << row.path;
 }
 
-TEST(NSStringPaths, aTildeBeforeANameIsThatUsersHomeFolder) {
+TEST(NSStringPaths, aTildeWithANameIsThatUsersHomeFolder) {
     const passwd* root = ::getpwnam("root");
     ASSERT_NE(root, nullptr);
     EXPECT_EQ(text("~root/a").expandingTildeInPath().utf8(), std::string(root->pw_dir) + "/a");
     EXPECT_EQ(NSString(std::u16string(u"~root\0x/a", 9)).expandingTildeInPath()[0], u'~');
 }
 
-TEST(NSStringPaths, aHomeFolderAtTheTopGivesNoDoubledSeparator) {
+TEST(NSStringPaths, aHomeFolderInTheRootGivesNoDoubleSeparator) {
     const testing::EnvironmentVariable home("HOME", "/");
     EXPECT_EQ(text("~").expandingTildeInPath().utf8(), "/");
     EXPECT_EQ(text("~/a").expandingTildeInPath().utf8(), "/a");
 }
 
-TEST(NSStringPaths, aPathWithoutATildeStaysTheSameObject) {
+TEST(NSStringPaths, aPathWithoutATildeIsReturnedItself) {
     const NSString path(u"/a//b/");
     EXPECT_TRUE(path.expandingTildeInPath().isSame(path));
 }

@@ -25,7 +25,7 @@ TEST(NSString, validUTF8BecomesUTF16) {
     }
 }
 
-TEST(NSString, everyByteThatIsNoValidUTF8BecomesOneLoneSurrogate) {
+TEST(NSString, everyInvalidByteBecomesOneLoneSurrogate) {
     const UTF8Case cases[] = {
         {"a\x80z", u"a\xdc80z"},                           // a continuation without a lead
         {"\xff\xfe", u"\xdcff\xdcfe"},                     // bytes that never occur
@@ -33,11 +33,11 @@ TEST(NSString, everyByteThatIsNoValidUTF8BecomesOneLoneSurrogate) {
         {"\xe0\x9f\xbf", u"\xdce0\xdc9f\xdcbf"},           // overlong, three bytes
         {"\xf0\x8f\xbf\xbf", u"\xdcf0\xdc8f\xdcbf\xdcbf"}, // overlong, four bytes
         {"\xed\xa0\x80", u"\xdced\xdca0\xdc80"},           // a surrogate
-        {"\xf4\x90\x80\x80", u"\xdcf4\xdc90\xdc80\xdc80"}, // beyond U+10FFFF
+        {"\xf4\x90\x80\x80", u"\xdcf4\xdc90\xdc80\xdc80"}, // above U+10FFFF
         {"\xf8\x88\x80\x80\x80", u"\xdcf8\xdc88\xdc80\xdc80\xdc80"},
-        {"\xe2\x82", u"\xdce2\xdc82"},     // cut off at the end
-        {"\xe2\x82z", u"\xdce2\xdc82z"},   // cut off in the middle
-        {"\xc3\xc3\xa9", u"\xdcc3\u00e9"}, // the next lead is seen
+        {"\xe2\x82", u"\xdce2\xdc82"},     // incomplete at the end
+        {"\xe2\x82z", u"\xdce2\xdc82z"},   // incomplete in the middle
+        {"\xc3\xc3\xa9", u"\xdcc3\u00e9"}, // the next lead starts a new sequence
     };
     for (const UTF8Case& row : cases) {
         EXPECT_EQ(NSString::fromUTF8(row.bytes).utf16(), row.text);
@@ -45,7 +45,7 @@ TEST(NSString, everyByteThatIsNoValidUTF8BecomesOneLoneSurrogate) {
     }
 }
 
-TEST(NSString, anyPairOfBytesComesBackUnchanged) {
+TEST(NSString, everyPairOfBytesIsRestored) {
     for (int first = 0; first < 256; first++)
         for (int second = 0; second < 256; second++) {
             const std::string bytes{static_cast<char>(first), static_cast<char>(second)};
@@ -53,14 +53,14 @@ TEST(NSString, anyPairOfBytesComesBackUnchanged) {
         }
 }
 
-TEST(NSString, aLoneSurrogateThatStandsForNoByteIsWrittenAsReplacementCharacter) {
+TEST(NSString, otherLoneSurrogatesBecomeReplacementCharacters) {
     EXPECT_EQ(NSString(u"a\xd800z").utf8(), "a\xef\xbf\xbdz");
     EXPECT_EQ(NSString(u"\xdc7f").utf8(), "\xef\xbf\xbd");
     EXPECT_EQ(NSString(u"\xdd00").utf8(), "\xef\xbf\xbd");
     EXPECT_EQ(NSString(u"\xd83d\xdca9").utf8(), "\xf0\x9f\x92\xa9");
 }
 
-TEST(NSString, copiesAreTheSameObjectAndEqualTextsAreNot) {
+TEST(NSString, copiesAreTheSameObjectAndEqualStringsAreNot) {
     const NSString text(u"text");
     const NSString copy = text;
     EXPECT_TRUE(copy.isSame(text));
@@ -68,14 +68,14 @@ TEST(NSString, copiesAreTheSameObjectAndEqualTextsAreNot) {
     EXPECT_EQ(NSString(u"text"), text);
 }
 
-TEST(NSString, anObjectIsAskedWhetherItIsText) {
+TEST(NSString, anObjectIsConvertedOnlyIfItIsAString) {
     const NSString text(u"text");
     EXPECT_TRUE(NSString::fromObject(text.object())->isSame(text));
     EXPECT_FALSE(NSString::fromObject(nullptr));
     EXPECT_FALSE(NSString::fromObject(std::make_shared<NSNumber>(std::int32_t{1})));
 }
 
-TEST(NSString, piecesAreCutAtEveryOccurrenceOfTheSeparator) {
+TEST(NSString, componentsAreSeparatedAtEveryOccurrence) {
     using Pieces = std::vector<NSString>;
     EXPECT_EQ(NSString(u"a,b,,c").componentsSeparatedBy(u","), (Pieces{u"a", u"b", u"", u"c"}));
     EXPECT_EQ(NSString(u",a,").componentsSeparatedBy(u","), (Pieces{u"", u"a", u""}));
@@ -90,13 +90,13 @@ TEST(NSString, upperAndLowerCaseFollowUnicode) {
     EXPECT_EQ(NSString(u"ÉÅ").lowercased(), NSString(u"éå"));
 }
 
-TEST(NSString, bytesThatAreNoTextKeepTheirValueInAnyCase) {
+TEST(NSString, invalidBytesStayUnchangedByCaseMapping) {
     const NSString text = NSString::fromUTF8("a\xff\xc3\xa9");
     EXPECT_EQ(text.uppercased().utf8().substr(0, 2), "A\xff");
     EXPECT_EQ(text.lowercased().utf8(), "a\xff\xc3\xa9");
 }
 
-TEST(NSString, aRangeBeyondTheEndIsRefused) {
+TEST(NSString, aRangeBeyondTheEndThrows) {
     EXPECT_EQ(NSString(u"abc").substring({1, 2}), NSString(u"bc"));
     EXPECT_THROW(NSString(u"abc").substring({4, 0}), std::out_of_range);
 }

@@ -48,9 +48,9 @@ TEST(StringsTable, aKeyAloneIsItsOwnValue) {
     expectTables({{"\"a b\"; c ;", {{u"a b", u"a b"}, {u"c", u"c"}}}});
 }
 
-TEST(StringsTable, theLaterOfTwoValuesHolds) { expectTables({{"a = b; a = c;", {{u"a", u"c"}}}}); }
+TEST(StringsTable, theLastOfTwoValuesCounts) { expectTables({{"a = b; a = c;", {{u"a", u"c"}}}}); }
 
-TEST(StringsTable, commentsMayStandBetweenAllParts) {
+TEST(StringsTable, commentsMayBeBetweenAllParts) {
     expectTables({{"/* x = y; */ a /**/ = // c\n b /* ; */ ; // end", {{u"a", u"b"}}},
                   {"// \"\r\na=b;//", {{u"a", u"b"}}},
                   {"/* * / // */", {}}});
@@ -80,20 +80,20 @@ TEST(StringsTable, utf8MayHaveAByteOrderMark) {
         {{"\xef\xbb\xbf\"a\" = \"\xc3\xa9\";", {{u"a", u"é"}}}, {"\"a\" = \"\xc3\xa9\";", {{u"a", u"é"}}}});
 }
 
-TEST(StringsTable, aTableThatEndsTooEarlyIsRefusedWhole) {
+TEST(StringsTable, anIncompleteTableFails) {
     expectRefused(Reason::truncated,
                   {"a = b; c", "a = b; c =", "a = b; c = \"d", "a = b; c = d", "a = b; \"c\\", "a = b; /* c",
                    "a = b; c /*", "a = /*", "a = b; c = \"\\U"});
 }
 
-TEST(StringsTable, entriesOfWrongFormAreRefused) {
+TEST(StringsTable, malformedEntriesFail) {
     expectRefused(Reason::malformed, {"=", "a = = b;", ";", "{ a = b; }", "a = (b);", "a = { b = c; };",
                                       "a = <00>;", "\"a\" \"b\";", "*/"});
 }
 
-TEST(StringsTable, aTableOfMoreThan4MiBIsRefused) {
-    EXPECT_TRUE(parseStringsTable(Bytes(largestStringsTable, ' ')));
-    EXPECT_EQ(parseStringsTable(Bytes(largestStringsTable + 1, ' ')).failure().reason, Reason::tooLarge);
+TEST(StringsTable, aTableOfMoreThan4MiBFails) {
+    EXPECT_TRUE(parseStringsTable(Bytes(maxStringsTable, ' ')));
+    EXPECT_EQ(parseStringsTable(Bytes(maxStringsTable + 1, ' ')).failure().reason, Reason::tooLarge);
 }
 
 } // namespace

@@ -19,7 +19,7 @@ std::u16string repeated(std::size_t count, std::u16string_view text) {
 
 } // namespace
 
-TEST(TextSearch, findsWhatTheStandardSearchFinds) {
+TEST(TextSearch, agreesWithTheStandardSearch) {
     std::mt19937 random(1);
     const auto anyText = [&](std::size_t length) {
         std::u16string text = repeated(length / 7 + 1, u"abababb").substr(0, length);
@@ -37,7 +37,7 @@ TEST(TextSearch, findsWhatTheStandardSearchFinds) {
     }
 }
 
-TEST(TextSearch, longPartsAreFoundAtEitherEndAndOnlyWhole) {
+TEST(TextSearch, longPartsAreFoundAtBothEnds) {
     const std::u16string part = repeated(50, u"a") + u"b";
     EXPECT_EQ(findText<char16_t>(part, part), 0U);
     EXPECT_EQ(findText<char16_t>(u"aaaa" + part, part), 4U);
@@ -47,12 +47,12 @@ TEST(TextSearch, longPartsAreFoundAtEitherEndAndOnlyWhole) {
     EXPECT_EQ(findText<char16_t>(part + part, part, 1), part.size());
 }
 
-TEST(TextSearch, anEmptyPartIsWhereTheSearchStarts) {
+TEST(TextSearch, anEmptyPartIsFoundAtTheStart) {
     EXPECT_EQ(findText<char16_t>(u"abc", u"", 2), 2U);
     EXPECT_EQ(findText<char16_t>(u"abc", u"", 4), Text::npos);
 }
 
-TEST(TextSearch, aMegabyteThatNearlyMatchesEverywhereIsSearchedInAMoment) {
+TEST(TextSearch, nearMatchesDoNotSlowDownTheSearch) {
     const std::u16string text = repeated(1'000'000, u"a");
     EXPECT_EQ(findText<char16_t>(text, repeated(500'000, u"a") + u"b"), Text::npos);
     EXPECT_EQ(findText<char16_t>(text + u"b", repeated(500'000, u"a") + u"b"), 500'000U);

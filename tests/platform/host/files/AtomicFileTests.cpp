@@ -51,7 +51,7 @@ CandidatePaths only(const std::string& path) {
     return [path](unsigned) { return path; };
 }
 
-/// Every test here holds for each mechanism: the best one, and the later ones when those before are missing.
+/// Each test runs with each mechanism.
 class PublishNewFile : public ::testing::TestWithParam<PublishMechanisms> {
 protected:
     Result<std::string> publish(const CandidatePaths& candidates, const std::string& content = "new",
@@ -62,7 +62,7 @@ protected:
     const TemporaryFolder folder_;
 };
 
-TEST_P(PublishNewFile, theFirstCandidateIsTakenWhenItIsFree) {
+TEST_P(PublishNewFile, theFirstCandidateIsUsedIfItIsFree) {
     for (const Durability durability : {Durability::cached, Durability::synced}) {
         const std::string path = folder_ / (durability == Durability::synced ? "synced.jpg" : "cached.jpg");
         EXPECT_EQ(*publish(only(path), "content", durability), path);
@@ -71,7 +71,7 @@ TEST_P(PublishNewFile, theFirstCandidateIsTakenWhenItIsFree) {
     EXPECT_THAT(namesIn(folder_.path()), UnorderedElementsAre("synced.jpg", "cached.jpg"));
 }
 
-TEST_P(PublishNewFile, takenNamesAreNeverReplaced) {
+TEST_P(PublishNewFile, namesInUseAreNeverReplaced) {
     folder_.write("a.jpg", "old");
     ASSERT_EQ(::mkdir((folder_ / "a_1.jpg").c_str(), 0700), 0);
     std::filesystem::create_symlink("nowhere", folder_ / "a_2.jpg");
@@ -81,21 +81,30 @@ TEST_P(PublishNewFile, takenNamesAreNeverReplaced) {
     EXPECT_THAT(namesIn(folder_.path()), UnorderedElementsAre("a.jpg", "a_1.jpg", "a_2.jpg", "a_3.jpg"));
 }
 
-TEST_P(PublishNewFile, aGeneratorThatRepeatsItselfHasNoFurtherCandidate) {
+TEST_P(PublishNewFile, aGeneratorThatRepeatsItselfHasNoFurtherCandidates) {
     folder_.write("a.jpg", "old");
     EXPECT_EQ(publish(only(folder_ / "a.jpg")).failure().reason, Reason::alreadyExists);
     EXPECT_EQ(readFile(folder_ / "a.jpg"), "old");
     EXPECT_THAT(namesIn(folder_.path()), ElementsAre("a.jpg"));
 }
 
-TEST_P(PublishNewFile, anyBytesAreGoodInANameAndInTheContent) {
+TEST_P(PublishNewFile, aGeneratorMayRepeatACandidateTwice) {
+    folder_.write("a.jpg", "old");
+    folder_.write("b.jpg", "old");
+    const auto candidates = [&](unsigned attempt) {
+        return folder_ / (std::string(1, "aaabbbc"[attempt]) + ".jpg");
+    };
+    EXPECT_EQ(*publish(candidates), folder_ / "c.jpg");
+}
+
+TEST_P(PublishNewFile, namesAndContentMayHaveAnyBytes) {
     const std::string content("a\0b\xFF", 4);
     for (const char* name : {"n\nl", "100% %n", "\xFF\xFE", "-r", " "})
         EXPECT_EQ(readFile(*publish(only(folder_ / name), content)), content) << name;
     EXPECT_EQ(readFile(*publish(only(folder_ / "empty"), "")), "");
 }
 
-TEST_P(PublishNewFile, aNameMayHave255BytesAndNotOneMore) {
+TEST_P(PublishNewFile, aNameMayHaveAtMost255Bytes) {
     EXPECT_TRUE(publish(only(folder_ / std::string(255, 'n'))));
     EXPECT_EQ(publish(only(folder_ / std::string(256, 'n'))).failure().reason, Reason::tooLarge);
     EXPECT_THAT(namesIn(folder_.path()), ElementsAre(std::string(255, 'n')));
@@ -109,14 +118,14 @@ TEST_P(PublishNewFile, aMissingFolderOrNameIsNotFound) {
     EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
 }
 
-TEST_P(PublishNewFile, theRightsAreThoseThatTheUmaskLeaves) {
+TEST_P(PublishNewFile, theModeIsTheOneThatTheUmaskAllows) {
     runIsolated([&] {
         ::umask(027);
         EXPECT_EQ(rightsOf(*publish(only(folder_ / "a.jpg"))), 0640u);
     });
 }
 
-TEST_P(PublishNewFile, withoutRightsInTheFolderNothingAppears) {
+TEST_P(PublishNewFile, withoutPermissionInTheFolderNothingIsCreated) {
     ::chmod(folder_.path().c_str(), 0555);
     runAsOrdinaryUser(
         [&] { EXPECT_EQ(publish(only(folder_ / "a.jpg")).failure().reason, Reason::notPermitted); });
@@ -124,25 +133,25 @@ TEST_P(PublishNewFile, withoutRightsInTheFolderNothingAppears) {
     EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
 }
 
-TEST_P(PublishNewFile, aFolderThatMayNotBeReadIsNoHindrance) {
+TEST_P(PublishNewFile, theFolderNeedNotBeReadable) {
     ::chmod(folder_.path().c_str(), 0333);
     runAsOrdinaryUser([&] { EXPECT_TRUE(publish(only(folder_ / "a.jpg"), "new", Durability::synced)); });
     ::chmod(folder_.path().c_str(), 0700);
     EXPECT_EQ(readFile(folder_ / "a.jpg"), "new");
 }
 
-TEST_P(PublishNewFile, onAFullDiskNothingIsLeftBehind) {
+TEST_P(PublishNewFile, onAFullDiskNothingRemains) {
     runWithOwnMounts([&] {
         testing::mountFileSystem(folder_ / "disk", 64);
         EXPECT_EQ(publish(only(folder_ / "disk/a.jpg"), std::string(200'000, 'x')).failure().reason,
                   Reason::noSpace);
         EXPECT_THAT(namesIn(folder_ / "disk"), IsEmpty());
         EXPECT_TRUE(publish(only(folder_ / "disk/b.jpg"), std::string(40'000, 'x')))
-            << "the room is free again";
+            << "the disk space is free again";
     });
 }
 
-TEST_P(PublishNewFile, aFileBeyondTheProcessLimitIsTooLargeAndLeavesNothing) {
+TEST_P(PublishNewFile, aFileAboveTheProcessLimitIsTooLargeAndNothingRemains) {
     runIsolated([&] {
         (void)std::signal(SIGXFSZ, SIG_IGN);
         const rlimit limit{1000, 1000};
@@ -153,7 +162,7 @@ TEST_P(PublishNewFile, aFileBeyondTheProcessLimitIsTooLargeAndLeavesNothing) {
     EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
 }
 
-TEST_P(PublishNewFile, writersWhoWantTheSameNameAllGetOneOfTheirOwn) {
+TEST_P(PublishNewFile, concurrentWritersGetDifferentNames) {
     constexpr unsigned writers = 8, filesEach = 20;
     std::mutex mutex;
     std::set<std::string> contents;
@@ -187,7 +196,7 @@ INSTANTIATE_TEST_SUITE_P(Mechanisms, PublishNewFile,
                                            PublishMechanisms{false, {false, false}}),
                          mechanismName);
 
-TEST(AtomicFile, whereTheProcessTableIsNotMountedTheNextMechanismServes) {
+TEST(AtomicFile, withoutProcTheNextMechanismIsUsed) {
     const TemporaryFolder folder;
     runWithOwnMounts([&] {
         ASSERT_EQ(::mount("tmpfs", "/proc", "tmpfs", 0, nullptr), 0);
@@ -197,7 +206,7 @@ TEST(AtomicFile, whereTheProcessTableIsNotMountedTheNextMechanismServes) {
     });
 }
 
-TEST(AtomicFile, aRelativePathIsFine) {
+TEST(AtomicFile, relativePathsWork) {
     const TemporaryFolder folder;
     runIsolated([&] {
         std::filesystem::current_path(folder.path());
@@ -207,10 +216,10 @@ TEST(AtomicFile, aRelativePathIsFine) {
     EXPECT_THAT(namesIn(folder.path()), UnorderedElementsAre("a.jpg", "b.jpg"));
 }
 
-TEST(ReplaceFile, anExistingFileGetsTheNewContentAndKeepsItsRights) {
+TEST(ReplaceFile, anExistingFileGetsTheNewContentAndKeepsItsMode) {
     const TemporaryFolder folder;
     const std::string path = folder.write("preferences", "old");
-    for (const mode_t rights : {0640u, 0600u, 0666u}) {
+    for (const mode_t rights : {0640u, 0600u, 0666u, 01640u}) {
         ::chmod(path.c_str(), rights);
         ASSERT_TRUE(replaceFile(path, bytesOf("new")));
         EXPECT_EQ(readFile(path), "new");
@@ -219,7 +228,7 @@ TEST(ReplaceFile, anExistingFileGetsTheNewContentAndKeepsItsRights) {
     EXPECT_THAT(namesIn(folder.path()), ElementsAre("preferences"));
 }
 
-TEST(ReplaceFile, aNewFileAndTheFoldersMadeForItAreForTheUserAlone) {
+TEST(ReplaceFile, aNewFileAndItsNewFoldersAreForTheUserOnly) {
     const TemporaryFolder folder;
     ASSERT_TRUE(replaceFile(folder / "a/b/preferences", bytesOf("new")));
     EXPECT_EQ(readFile(folder / "a/b/preferences"), "new");
@@ -228,7 +237,7 @@ TEST(ReplaceFile, aNewFileAndTheFoldersMadeForItAreForTheUserAlone) {
     EXPECT_EQ(rightsOf(folder / "a/b"), 0700u);
 }
 
-TEST(ReplaceFile, aLinkStaysALinkAndItsTargetIsReplaced) {
+TEST(ReplaceFile, aLinkStaysAndItsTargetIsReplaced) {
     const TemporaryFolder folder;
     folder.write("dotfiles/preferences", "old");
     std::filesystem::create_symlink("dotfiles/preferences", folder / "relative");
@@ -240,7 +249,7 @@ TEST(ReplaceFile, aLinkStaysALinkAndItsTargetIsReplaced) {
     EXPECT_EQ(readFile(folder / "dotfiles/preferences"), "new");
 }
 
-TEST(ReplaceFile, aDanglingLinkGetsItsTarget) {
+TEST(ReplaceFile, theMissingTargetOfALinkIsCreated) {
     const TemporaryFolder folder;
     std::filesystem::create_symlink("later/preferences", folder / "link");
     ASSERT_TRUE(replaceFile(folder / "link", bytesOf("new")));
@@ -248,14 +257,14 @@ TEST(ReplaceFile, aDanglingLinkGetsItsTarget) {
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
 }
 
-TEST(ReplaceFile, linksThatGoRoundInCirclesAreAFailure) {
+TEST(ReplaceFile, circularLinksFail) {
     const TemporaryFolder folder;
     std::filesystem::create_symlink("two", folder / "one");
     std::filesystem::create_symlink("one", folder / "two");
     EXPECT_FALSE(replaceFile(folder / "one", bytesOf("new")));
 }
 
-TEST(ReplaceFile, aWriteProtectedFileIsLeftAlone) {
+TEST(ReplaceFile, aWriteProtectedFileIsNotChanged) {
     const TemporaryFolder folder;
     ::chmod(folder.path().c_str(), 0777);
     const std::string path = folder.write("preferences", "old");
@@ -281,11 +290,15 @@ TEST(ReplaceFile, theOwnerIsKeptWhenRootReplacesAUsersFile) {
         GTEST_SKIP() << "only root can give files to other users";
     const TemporaryFolder folder;
     const std::string path = folder.write("preferences", "old");
-    ASSERT_EQ(::chown(path.c_str(), 65534, 65534), 0);
-    ASSERT_TRUE(replaceFile(path, bytesOf("new")));
-    struct stat status {};
-    ASSERT_EQ(::stat(path.c_str(), &status), 0);
-    EXPECT_EQ(status.st_uid, 65534u);
+    for (const auto& [user, group] :
+         {std::pair{65534u, 65533u}, std::pair{65534u, 0u}, std::pair{0u, 65534u}}) {
+        ASSERT_EQ(::chown(path.c_str(), user, group), 0);
+        ASSERT_TRUE(replaceFile(path, bytesOf("new")));
+        struct stat status {};
+        ASSERT_EQ(::stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, user);
+        EXPECT_EQ(status.st_gid, group);
+    }
 }
 
 TEST(ReplaceFile, onAFullDiskTheOldContentStays) {

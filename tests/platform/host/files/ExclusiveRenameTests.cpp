@@ -1,11 +1,14 @@
 #include "platform/host/files/ExclusiveRename.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace kestrine {
 namespace {
@@ -13,7 +16,7 @@ namespace {
 using testing::readFile;
 using testing::TemporaryFolder;
 
-/// Every test here holds for each mechanism: the best one, and the later ones when those before are missing.
+/// Each test runs with each mechanism.
 class ExclusiveRename : public ::testing::TestWithParam<RenameMechanisms> {
 protected:
     int rename(const std::string& from, const std::string& to) {
@@ -31,14 +34,14 @@ TEST_P(ExclusiveRename, aFileGetsItsNewName) {
     EXPECT_FALSE(isTaken(folder_ / "a"));
 }
 
-TEST_P(ExclusiveRename, aTakenNameStaysWithItsOwner) {
+TEST_P(ExclusiveRename, aNameInUseIsNotReplaced) {
     folder_.write("a", "new");
     folder_.write("b", "old");
     EXPECT_EQ(rename("a", "b"), EEXIST);
     EXPECT_EQ(readFile(folder_ / "a") + readFile(folder_ / "b"), "newold");
 }
 
-TEST_P(ExclusiveRename, aDanglingLinkCountsAsTaken) {
+TEST_P(ExclusiveRename, aDanglingLinkCountsAsInUse) {
     folder_.write("a", "new");
     std::filesystem::create_symlink("nowhere", folder_ / "b");
     EXPECT_EQ(rename("a", "b"), EEXIST);
@@ -46,7 +49,7 @@ TEST_P(ExclusiveRename, aDanglingLinkCountsAsTaken) {
     EXPECT_FALSE(isTaken(folder_ / "nowhere"));
 }
 
-TEST_P(ExclusiveRename, foldersAndLinksMoveThemselves) {
+TEST_P(ExclusiveRename, foldersAndLinksAreRenamedToo) {
     folder_.write("folder/inside", "x");
     std::filesystem::create_symlink("nowhere", folder_ / "link");
     EXPECT_EQ(rename("folder", "folder2"), 0);
@@ -63,14 +66,35 @@ TEST_P(ExclusiveRename, anEmptyFolderIsNotReplacedByAFolder) {
     EXPECT_EQ(readFile(folder_ / "folder/inside"), "x");
 }
 
-TEST_P(ExclusiveRename, afterAnErrorNothingIsReservedAnyMore) {
+TEST_P(ExclusiveRename, afterAnErrorNoReservationRemains) {
     EXPECT_EQ(rename("none", "b"), ENOENT);
     folder_.write("folder/inside", "x");
     EXPECT_NE(rename("folder", "folder/below"), 0);
     EXPECT_FALSE(isTaken(folder_ / "b") || isTaken(folder_ / "folder/below"));
 }
 
-TEST_P(ExclusiveRename, anotherFileSystemIsToldApart) {
+TEST_P(ExclusiveRename, renamingAFolderSwitchesOffNoMechanismForFiles) {
+    RenameMechanisms mechanisms = GetParam();
+    folder_.write("folder/inside", "x");
+    const FolderEntry from{AT_FDCWD, folder_ / "folder"}, to{AT_FDCWD, folder_ / "folder2"};
+    ASSERT_EQ(renameWithoutReplacing(from, to, mechanisms), 0);
+    EXPECT_EQ(mechanisms.hardLink, GetParam().hardLink);
+}
+
+TEST_P(ExclusiveRename, ifTheOldNameCannotBeRemovedThereIsNoNewName) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can prepare files of another user";
+    folder_.write("sticky/a", "x");
+    folder_.write("open/b", "x");
+    for (const auto& [name, mode] : {std::pair{"", 0755}, std::pair{"sticky", 01777},
+                                     std::pair{"sticky/a", 0666}, std::pair{"open", 0777}})
+        ASSERT_EQ(::chmod((folder_ / name).c_str(), static_cast<mode_t>(mode)), 0);
+    testing::runAsOrdinaryUser([&] { EXPECT_NE(rename("sticky/a", "open/a"), 0); });
+    EXPECT_EQ(readFile(folder_ / "sticky/a"), "x");
+    EXPECT_FALSE(isTaken(folder_ / "open/a"));
+}
+
+TEST_P(ExclusiveRename, anotherFileSystemGivesAnErrorOfItsOwn) {
     const TemporaryFolder elsewhere("/dev/shm");
     struct stat here {
     }, there{};

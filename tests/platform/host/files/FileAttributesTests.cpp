@@ -22,14 +22,14 @@ struct stat attributesWith(mode_t rights, time_t modified) {
     return status;
 }
 
-TEST(FileAttributes, aLinkIsFollowedOnlyWhenAskedFor) {
+TEST(FileAttributes, aLinkIsFollowedOnlyOnRequest) {
     const TemporaryFolder folder;
     fs::create_symlink(folder.write("file", "12345"), folder / "link");
     EXPECT_TRUE(S_ISLNK(attributesOf(folder / "link", FollowLinks::no)->st_mode));
     EXPECT_EQ(attributesOf(folder / "link", FollowLinks::yes)->st_size, 5);
 }
 
-TEST(FileAttributes, whatIsNotThereHasNone) {
+TEST(FileAttributes, aMissingItemIsNotFound) {
     const TemporaryFolder folder;
     fs::create_symlink("nowhere", folder / "link");
     EXPECT_EQ(attributesOf(folder / "missing", FollowLinks::no).failure().reason, Reason::notFound);
@@ -37,7 +37,7 @@ TEST(FileAttributes, whatIsNotThereHasNone) {
     EXPECT_EQ(attributesOf("", FollowLinks::no).failure().reason, Reason::malformed);
 }
 
-TEST(FileAttributes, aFolderIsMadeWithRightsAndTime) {
+TEST(FileAttributes, aFolderIsCreatedWithModeAndTime) {
     const TemporaryFolder folder;
     ASSERT_TRUE(makeFolderWithAttributes(folder / "made", attributesWith(0751, 1000)));
     const Result<struct stat> made = attributesOf(folder / "made", FollowLinks::no);
@@ -46,7 +46,7 @@ TEST(FileAttributes, aFolderIsMadeWithRightsAndTime) {
     EXPECT_EQ(made->st_mtim.tv_nsec, 500);
 }
 
-TEST(FileAttributes, rightsThatNeedTheOwnerAreLeftOutWithoutHim) {
+TEST(FileAttributes, setIDAndStickyBitsAreLeftOutUnderAnotherOwner) {
     const TemporaryFolder folder;
     fs::permissions(folder.path(), fs::perms::all);
     testing::runAsOrdinaryUser([&] {
@@ -59,7 +59,7 @@ TEST(FileAttributes, rightsThatNeedTheOwnerAreLeftOutWithoutHim) {
     });
 }
 
-TEST(FileAttributes, aNameInUseIsNoPlaceForAFolder) {
+TEST(FileAttributes, aNameInUseAlreadyExists) {
     const TemporaryFolder folder;
     const std::string file = folder.write("file", "content");
     EXPECT_EQ(makeFolderWithAttributes(file, attributesWith(0700, 0)).failure().reason,
@@ -68,7 +68,7 @@ TEST(FileAttributes, aNameInUseIsNoPlaceForAFolder) {
     EXPECT_EQ(makeFolderWithAttributes("", attributesWith(0700, 0)).failure().reason, Reason::malformed);
 }
 
-TEST(FileAttributes, theCurrentFolderChangesToAFolderOnly) {
+TEST(FileAttributes, theCurrentFolderChangesOnlyToAnExistingFolder) {
     const TemporaryFolder folder;
     const CurrentFolder before(fs::temp_directory_path());
     EXPECT_FALSE(changeCurrentFolder(folder.write("file", "")));

@@ -18,14 +18,14 @@ using testing::readFile;
 using testing::runIsolated;
 using testing::TemporaryFolder;
 
-TEST(FileContent, aSmallFileIsReadWhole) {
+TEST(FileContent, aSmallFileIsReadCompletely) {
     const TemporaryFolder folder;
     const std::string text("a\0b", 3);
     EXPECT_EQ(*readSmallFile(folder.write("a", text), 3), bytesOf(text));
     EXPECT_TRUE(readSmallFile(folder.write("empty", ""), 0)->empty());
 }
 
-TEST(FileContent, aFileBeyondTheLimitIsNotRead) {
+TEST(FileContent, aFileAboveTheLimitIsNotRead) {
     const TemporaryFolder folder;
     EXPECT_EQ(readSmallFile(folder.write("a", "1234"), 3).failure().reason, Reason::tooLarge);
 }
@@ -39,7 +39,7 @@ TEST(FileContent, onlyRegularFilesAreRead) {
     EXPECT_EQ(readSmallFile(folder / "none", 10).failure().reason, Reason::notFound);
 }
 
-TEST(FileContent, aPathWithAZeroByteDoesNotReadTheFileBeforeIt) {
+TEST(FileContent, aPathWithAZeroByteIsNotCutThere) {
     const TemporaryFolder folder;
     const std::string path = folder.write("a", "x") + std::string("\0b", 2);
     EXPECT_EQ(readSmallFile(path, 10).failure().reason, Reason::malformed);
@@ -47,7 +47,7 @@ TEST(FileContent, aPathWithAZeroByteDoesNotReadTheFileBeforeIt) {
     EXPECT_EQ(readFile(folder / "a"), "x");
 }
 
-TEST(FileContent, writingGoesOnAtTheDescriptorsPosition) {
+TEST(FileContent, writingContinuesAtTheDescriptorsPosition) {
     const TemporaryFolder folder;
     const FileDescriptor file(::open((folder / "a").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     ASSERT_TRUE(writeAll(file.number(), bytesOf("one ")) && writeAll(file.number(), bytesOf("two")));
@@ -63,7 +63,7 @@ TEST(FileContent, aFullDeviceIsNoSpace) {
     EXPECT_EQ(writeAll(file.number(), bytesOf("x")).failure().reason, Reason::noSpace);
 }
 
-TEST(FileContent, aLimitOfTheProcessIsTooLarge) {
+TEST(FileContent, contentAboveTheSizeLimitOfTheProcessIsTooLarge) {
     const TemporaryFolder folder;
     runIsolated([&] {
         (void)std::signal(SIGXFSZ, SIG_IGN);
@@ -74,7 +74,7 @@ TEST(FileContent, aLimitOfTheProcessIsTooLarge) {
     });
 }
 
-TEST(FileContent, finishingAFileThatIsNotOpenFails) {
+TEST(FileContent, finishingAClosedFileFails) {
     EXPECT_FALSE(finishWriting(-1, Durability::cached));
     EXPECT_FALSE(finishWriting(-1, Durability::synced));
 }
@@ -84,7 +84,7 @@ TEST(FileContent, aFolderThatCannotBeSyncedCountsAsSynced) {
     EXPECT_TRUE(syncFolder(folder.number()));
 }
 
-TEST(FileContent, removingTakesFilesAndLinksButNoFolders) {
+TEST(FileContent, filesAndLinksAreRemovedButFoldersAreNot) {
     const TemporaryFolder folder;
     folder.write("target", "x");
     std::filesystem::create_symlink("target", folder / "link");

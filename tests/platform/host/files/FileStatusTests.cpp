@@ -1,4 +1,5 @@
 #include "platform/host/files/FileStatus.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +17,7 @@ TEST(FileStatus, filesAndFoldersExist) {
     EXPECT_FALSE(itemExists(folder / "b.jpg") || isTaken(folder / "b.jpg"));
 }
 
-TEST(FileStatus, aDanglingLinkDoesNotExistButTakesItsName) {
+TEST(FileStatus, aDanglingLinkDoesNotExistButUsesItsName) {
     const TemporaryFolder folder;
     std::filesystem::create_symlink("nowhere", folder / "link");
     EXPECT_FALSE(itemExists(folder / "link"));
@@ -30,7 +31,22 @@ TEST(FileStatus, aLinkToAFileExists) {
     EXPECT_TRUE(itemExists(folder / "link") && isTaken(folder / "link"));
 }
 
-TEST(FileStatus, namesThatCannotBeAreFree) {
+TEST(FileStatus, absenceIsCertainOnlyIfTheSystemTells) {
+    const TemporaryFolder folder;
+    folder.write("locked/a", "x");
+    std::filesystem::create_symlink("nowhere", folder / "dangling");
+    for (const char* absent : {"none", "none/a", "locked/a/b", "dangling"})
+        EXPECT_TRUE(isAbsent(folder / absent)) << absent;
+    EXPECT_TRUE(isAbsent(""));
+    EXPECT_FALSE(isAbsent(folder / "locked/a"));
+    EXPECT_FALSE(isAbsent(folder / std::string(256, 'n')));
+    std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+    std::filesystem::permissions(folder / "locked", std::filesystem::perms::none);
+    testing::runAsOrdinaryUser([&] { EXPECT_FALSE(isAbsent(folder / "locked/none")); });
+    std::filesystem::permissions(folder / "locked", std::filesystem::perms(0700));
+}
+
+TEST(FileStatus, invalidNamesAreFree) {
     const TemporaryFolder folder;
     folder.write("a", "x");
     for (const std::string& path : {std::string(), folder / std::string(256, 'n'), folder / "a/b",

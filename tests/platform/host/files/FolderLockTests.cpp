@@ -9,7 +9,7 @@
 
 namespace kestrine {
 
-TEST(FolderLock, oneAtATimeHoldsTheLockOfAFolder) {
+TEST(FolderLock, onlyOneThreadAtATimeHoldsTheLock) {
     const testing::TemporaryFolder folder;
     std::atomic<int> inside = 0, most = 0;
     const auto work = [&] {
@@ -26,7 +26,7 @@ TEST(FolderLock, oneAtATimeHoldsTheLockOfAFolder) {
     EXPECT_EQ(most, 1);
 }
 
-TEST(FolderLock, aFolderThatIsNotThereCannotBeLocked) {
+TEST(FolderLock, aMissingFolderCannotBeLocked) {
     const testing::TemporaryFolder folder;
     EXPECT_EQ(FolderLock::take(folder / "none").failure().reason, Reason::notFound);
 }

@@ -14,7 +14,7 @@ using testing::TemporaryFolder;
 using ::testing::UnorderedElementsAre;
 namespace fs = std::filesystem;
 
-TEST(FolderTree, everythingBelowAFolderIsListedByRelativePaths) {
+TEST(FolderTree, allItemsBelowAFolderAreListedWithRelativePaths) {
     const TemporaryFolder folder;
     folder.write("a/b/deep", "");
     folder.write("caf\xe9", "");
@@ -22,7 +22,7 @@ TEST(FolderTree, everythingBelowAFolderIsListedByRelativePaths) {
     EXPECT_THAT(*pathsBelow(folder.path()), UnorderedElementsAre("a", "a/b", "a/b/deep", "caf\xe9", "empty"));
 }
 
-TEST(FolderTree, aFolderStandsBeforeWhatIsInIt) {
+TEST(FolderTree, aFolderComesBeforeItsContent) {
     const TemporaryFolder folder;
     folder.write("a/b/c", "");
     EXPECT_THAT(*pathsBelow(folder.path()), ElementsAre("a", "a/b", "a/b/c"));
@@ -48,7 +48,7 @@ TEST(FolderTree, onlyAFolderCanBeListed) {
     EXPECT_EQ(pathsBelow("").failure().reason, Reason::malformed);
 }
 
-TEST(FolderTree, aFolderThatMayNotBeReadIsListedItself) {
+TEST(FolderTree, anUnreadableFolderIsListedWithoutItsContent) {
     const TemporaryFolder folder;
     folder.write("a/hidden", "");
     fs::permissions(folder.path(), fs::perms(0755));
@@ -57,7 +57,7 @@ TEST(FolderTree, aFolderThatMayNotBeReadIsListedItself) {
     fs::permissions(folder / "a", fs::perms(0700));
 }
 
-TEST(FolderTree, aTreeDeeperThanAPathCanSayIsListedAsFarAsThat) {
+TEST(FolderTree, aTreeIsListedUpToTheMaximalPathLength) {
     const TemporaryFolder folder;
     testing::runIsolated([&] {
         const std::string name(200, 'n');
@@ -68,7 +68,7 @@ TEST(FolderTree, aTreeDeeperThanAPathCanSayIsListedAsFarAsThat) {
         }
         const Result<std::vector<std::string>> paths = pathsBelow(folder.path());
         ASSERT_TRUE(paths);
-        EXPECT_EQ(paths->size(), 21u) << "20 levels of 201 bytes can be opened, and one more be named";
+        EXPECT_EQ(paths->size(), 21u) << "20 levels of 201 bytes can be opened, and one more is listed";
     });
 }
 

@@ -19,7 +19,7 @@ mode_t rightsOf(const std::string& path) {
     return status.st_mode & 07777;
 }
 
-TEST(Folders, aFolderIsMadeWithTheRightsThatTheUmaskLeaves) {
+TEST(Folders, aFolderIsCreatedWithTheModeThatTheUmaskAllows) {
     const TemporaryFolder folder;
     runIsolated([&] {
         ::umask(027);
@@ -28,7 +28,7 @@ TEST(Folders, aFolderIsMadeWithTheRightsThatTheUmaskLeaves) {
     });
 }
 
-TEST(Folders, aNameInUseIsToldApartFromAMissingParent) {
+TEST(Folders, aNameInUseIsDistinguishedFromAMissingParent) {
     const TemporaryFolder folder;
     folder.write("file", "x");
     std::filesystem::create_symlink("nowhere", folder / "link");
@@ -39,14 +39,14 @@ TEST(Folders, aNameInUseIsToldApartFromAMissingParent) {
     EXPECT_EQ(makeFolder(folder / std::string(256, 'n')).failure().reason, Reason::tooLarge);
 }
 
-TEST(Folders, withoutRightsNoFolderIsMade) {
+TEST(Folders, withoutPermissionNoFolderIsCreated) {
     const TemporaryFolder folder;
     ::chmod(folder.path().c_str(), 0555);
     runAsOrdinaryUser([&] { EXPECT_EQ(makeFolder(folder / "new").failure().reason, Reason::notPermitted); });
     ::chmod(folder.path().c_str(), 0700);
 }
 
-TEST(Folders, privateFoldersAreMadeOnEveryLevelForTheUserAlone) {
+TEST(Folders, privateFoldersAreCreatedOnEveryLevelForTheUserOnly) {
     const TemporaryFolder folder;
     ::chmod(folder.path().c_str(), 0755);
     ASSERT_TRUE(makePrivateFolders(folder / "a/b/c"));
@@ -57,13 +57,13 @@ TEST(Folders, privateFoldersAreMadeOnEveryLevelForTheUserAlone) {
     EXPECT_TRUE(makePrivateFolders(folder / "a//d/")) << "slashes do no harm";
 }
 
-TEST(Folders, aFileInTheMiddleStopsPrivateFolders) {
+TEST(Folders, privateFoldersCannotBeCreatedInAFile) {
     const TemporaryFolder folder;
     folder.write("file", "x");
     EXPECT_EQ(makePrivateFolders(folder / "file/a").failure().reason, Reason::notFound);
 }
 
-TEST(Folders, listingNamesEverythingOnceAndRepeatably) {
+TEST(Folders, listingReturnsEachNameOnceAndCanBeRepeated) {
     const TemporaryFolder folder;
     for (const char* name : {"a", ".hidden", "n\nl", "\xFF\xFE"})
         folder.write(name, "x");
@@ -85,7 +85,7 @@ TEST(Folders, aLinkToAFolderIsOpenedAsAPathButNotAsASubfolder) {
     EXPECT_TRUE(openSubfolder({opened->number(), "real"}));
 }
 
-TEST(Folders, aFolderThatMayNotBeReadCanBeUsedButNotListed) {
+TEST(Folders, anUnreadableFolderCanBeOpenedButNotListed) {
     const TemporaryFolder folder;
     ASSERT_TRUE(makeFolder(folder / "blind"));
     ::chmod(folder.path().c_str(), 0755);

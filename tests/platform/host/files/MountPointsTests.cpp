@@ -30,7 +30,7 @@ TEST(MountPoints, theTopFolderOfAMountIsFoundFromAnyDepth) {
     });
 }
 
-TEST(MountPoints, theSameDiskInASecondPlaceIsAnotherMount) {
+TEST(MountPoints, aSecondMountOfADiskIsAMountOfItsOwn) {
     const TemporaryFolder folder;
     runWithOwnMounts([&] {
         const std::string here = std::filesystem::canonical(folder.path()).string();
@@ -45,7 +45,7 @@ TEST(MountPoints, theSameDiskInASecondPlaceIsAnotherMount) {
     });
 }
 
-TEST(MountPoints, theTableTellsWhatIsMountedWhole) {
+TEST(MountPoints, theTableTellsWhetherAWholeFileSystemIsMounted) {
     const TemporaryFolder folder;
     folder.write("file", "x");
     runWithOwnMounts([&] {
@@ -62,7 +62,7 @@ TEST(MountPoints, theTableTellsWhatIsMountedWhole) {
     });
 }
 
-TEST(MountPoints, aSystemWithoutATableSaysSo) {
+TEST(MountPoints, withoutProcTheTableIsNotFound) {
     runWithOwnMounts([] {
         ASSERT_EQ(::mount("tmpfs", "/proc", "tmpfs", 0, nullptr), 0);
         EXPECT_EQ(mountPoints().failure().reason, Reason::notFound);
@@ -70,9 +70,9 @@ TEST(MountPoints, aSystemWithoutATableSaysSo) {
     });
 }
 
-TEST(MountPoints, theRootFolderIsItsOwnTop) { EXPECT_EQ(topFolderOf("/"), "/"); }
+TEST(MountPoints, theTopFolderOfTheRootIsTheRoot) { EXPECT_EQ(topFolderOf("/"), "/"); }
 
-TEST(MountPoints, theProcessTableIsMountedAndAnOrdinaryFileIsNot) {
+TEST(MountPoints, procIsAMountPointAndAnOrdinaryFileIsNot) {
     const TemporaryFolder folder;
     folder.write("a", "x");
     std::filesystem::create_symlink("/proc", folder / "link");

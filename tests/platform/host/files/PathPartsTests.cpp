@@ -18,13 +18,13 @@ TEST(PathParts, aPathIsSplitAtItsLastSlash) {
     }
 }
 
-TEST(PathParts, joiningPutsExactlyOneSlash) {
+TEST(PathParts, pathsAreJoinedByExactlyOneSlash) {
     EXPECT_EQ(joinedPath("/a", "b"), "/a/b");
     EXPECT_EQ(joinedPath("/", "b"), "/b");
     EXPECT_EQ(joinedPath(".", "b"), "./b");
 }
 
-TEST(PathParts, anAdditionStandsBeforeTheExtension) {
+TEST(PathParts, anAdditionIsInsertedBeforeTheExtension) {
     struct Row {
         const char *name, *addition, *result;
     };
@@ -33,6 +33,19 @@ TEST(PathParts, anAdditionStandsBeforeTheExtension) {
           Row{"a.tar.gz", " 1", "a.tar 1.gz"}, Row{"0123456789.jpg", " copy", "0123456 copy.jpg"},
           Row{"012345\xC3\xA9.jpg", " copy", "012345 copy.jpg"}})
         EXPECT_EQ(nameWithAddition(row.name, row.addition, 16), row.result) << row.name;
+}
+
+TEST(PathParts, anExtensionHasAtMost31Characters) {
+    const std::string longest(31, 'x');
+    EXPECT_EQ(nameWithAddition("a." + longest, ".2", 255), "a.2." + longest);
+    EXPECT_EQ(nameWithAddition("a.x" + longest, ".2", 255), "a.x" + longest + ".2");
+}
+
+TEST(PathParts, charactersOfFourBytesAreNotCut) {
+    for (const char* name :
+         {"0123\xF0\x9F\x98\x80.jpg", "01234\xF0\x9F\x98\x80.jpg", "012345\xF0\x9F\x98\x80.jpg"})
+        EXPECT_EQ(nameWithAddition(name, " copy", 16),
+                  std::string(name, std::string(name).find('\xF0')) + " copy.jpg");
 }
 
 TEST(PathParts, emptyPathsAndZeroBytesAreMalformed) {

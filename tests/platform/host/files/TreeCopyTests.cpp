@@ -33,20 +33,21 @@ protected:
     const Result<FileDescriptor> opened_ = openFolder(folder_ / "");
 };
 
-TEST_F(TreeCopy, aFileIsCopiedWithItsRightsAndTimes) {
-    const std::string content(700'000, 'z'); // several blocks and a part
+TEST_F(TreeCopy, aFileIsCopiedWithItsModeAndTimes) {
+    const std::string content(700'000, 'z'); // several blocks, the last one incomplete
     folder_.write("from", content);
     ::chmod((folder_ / "from").c_str(), 0640);
     const timespec times[2] = {{1'000'000'000, 123'456'789}, {1'100'000'000, 987'654'321}};
     ASSERT_EQ(::utimensat(AT_FDCWD, (folder_ / "from").c_str(), times, 0), 0);
     ASSERT_TRUE(copy());
+    EXPECT_EQ(statusAt("to").st_atim.tv_sec, 1'000'000'000);
     EXPECT_EQ(readFile(folder_ / "to"), content);
     EXPECT_EQ(statusAt("to").st_mode & 07777, 0640u);
     EXPECT_EQ(statusAt("to").st_mtim.tv_sec, 1'100'000'000);
     EXPECT_EQ(statusAt("to").st_mtim.tv_nsec, 987'654'321);
 }
 
-TEST_F(TreeCopy, emptyFilesAndWholeBlocksAreCopied) {
+TEST_F(TreeCopy, filesOfAnySizeAreCopied) {
     for (const std::size_t size : {0, 1, 262'143, 262'144, 262'145, 524'288}) {
         folder_.write("from", std::string(size, 'b'));
         ASSERT_TRUE(copy()) << size;
@@ -55,7 +56,7 @@ TEST_F(TreeCopy, emptyFilesAndWholeBlocksAreCopied) {
     }
 }
 
-TEST_F(TreeCopy, extendedAttributesComeAlong) {
+TEST_F(TreeCopy, extendedAttributesAreCopied) {
     folder_.write("from/a", "x");
     if (!testing::keepsAttributes(folder_ / "from/a"))
         GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
@@ -66,7 +67,7 @@ TEST_F(TreeCopy, extendedAttributesComeAlong) {
     EXPECT_EQ(*getExtendedAttribute(folder_ / "to", "user.label"), bytesOf("red"));
 }
 
-TEST_F(TreeCopy, linksAreCopiedThemselves) {
+TEST_F(TreeCopy, linksAreCopiedInsteadOfTheirTargets) {
     folder_.write("from/real", "x");
     std::filesystem::create_symlink("real", folder_ / "from/link");
     std::filesystem::create_symlink("no\nwhere", folder_ / "from/dangling");
@@ -77,7 +78,40 @@ TEST_F(TreeCopy, linksAreCopiedThemselves) {
     EXPECT_EQ(std::filesystem::read_symlink(folder_ / "to/up"), "..");
 }
 
-TEST_F(TreeCopy, foldersKeepTheirRightsAndTimesOnEveryLevel) {
+TEST_F(TreeCopy, linksKeepTheirTimes) {
+    std::filesystem::create_symlink("nowhere", folder_ / "from");
+    const timespec times[2] = {{5, 0}, {7, 9}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, (folder_ / "from").c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
+    ASSERT_TRUE(copy());
+    EXPECT_EQ(statusAt("to").st_mtim.tv_sec, 7);
+    EXPECT_EQ(statusAt("to").st_mtim.tv_nsec, 9);
+}
+
+TEST_F(TreeCopy, theOwnerIsKeptByRootTogetherWithSetIDBits) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give files to other users";
+    folder_.write("from", "x");
+    ASSERT_EQ(::chown((folder_ / "from").c_str(), 65534, 65533), 0);
+    ASSERT_EQ(::chmod((folder_ / "from").c_str(), 06755), 0);
+    ASSERT_TRUE(copy());
+    EXPECT_EQ(statusAt("to").st_uid, 65534u);
+    EXPECT_EQ(statusAt("to").st_gid, 65533u);
+    EXPECT_EQ(statusAt("to").st_mode & 07777, 06755u);
+}
+
+TEST_F(TreeCopy, setIDBitsAreLeftOutUnderAnotherOwner) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can prepare files of another user";
+    folder_.write("from", "x");
+    ASSERT_EQ(::chmod((folder_ / "from").c_str(), 06755), 0);
+    ASSERT_EQ(::chmod(folder_.path().c_str(), 0777), 0);
+    runAsOrdinaryUser([&] {
+        ASSERT_TRUE(copyTree({opened_->number(), "from"}, {opened_->number(), "to"}, Original::stays));
+        EXPECT_EQ(statusAt("to").st_mode & 07777, 0755u);
+    });
+}
+
+TEST_F(TreeCopy, foldersKeepTheirModesAndTimesOnEveryLevel) {
     folder_.write("from/a/b/deep \xFF", "x");
     ::chmod((folder_ / "from/a").c_str(), 0750);
     const timespec times[2] = {{5, 0}, {7, 0}};
@@ -88,30 +122,33 @@ TEST_F(TreeCopy, foldersKeepTheirRightsAndTimesOnEveryLevel) {
     EXPECT_EQ(statusAt("to/a").st_mtim.tv_sec, 7);
 }
 
-TEST_F(TreeCopy, aPipeCannotBeCopiedAndNothingOfTheFolderIsLeft) {
+TEST_F(TreeCopy, ifAPipeCannotBeCopiedNothingOfItsFolderRemains) {
     folder_.write("from/a", "x");
     ASSERT_EQ(::mkfifo((folder_ / "from/pipe").c_str(), 0600), 0);
     EXPECT_EQ(copy().failure().reason, Reason::unsupported);
     EXPECT_FALSE(isTaken(folder_ / "to"));
 }
 
-TEST_F(TreeCopy, aTakenNameIsLeftAlone) {
+TEST_F(TreeCopy, anItemWithTheNameIsNotReplaced) {
     folder_.write("from", "new");
     folder_.write("to", "old");
     EXPECT_EQ(copy().failure().reason, Reason::alreadyExists);
     EXPECT_EQ(readFile(folder_ / "to"), "old");
 }
 
-TEST_F(TreeCopy, foldersNestedTooDeeplyAreRefused) {
+TEST_F(TreeCopy, foldersNestedTooDeeplyAreTooLarge) {
     std::string path = "from";
-    for (int level = 0; level < 210; ++level)
+    for (unsigned level = 0; level < maxFolderDepth; ++level)
         path += "/d";
     ASSERT_TRUE(makePrivateFolders(folder_ / path));
+    EXPECT_TRUE(copy());
+    removeTree({opened_->number(), "to"});
+    ASSERT_TRUE(makePrivateFolders(folder_ / (path + "/d")));
     EXPECT_EQ(copy().failure().reason, Reason::tooLarge);
     EXPECT_FALSE(isTaken(folder_ / "to"));
 }
 
-TEST_F(TreeCopy, rightsWhereTheOriginalLiesMatterOnlyWhenItIsToGo) {
+TEST_F(TreeCopy, removalPermissionIsNeededOnlyIfTheOriginalGoes) {
     folder_.write("locked/from", "x");
     std::filesystem::create_directory(folder_.path() / "open");
     ::chmod((folder_ / "").c_str(), 0755);
@@ -133,7 +170,7 @@ TEST_F(TreeCopy, anotherFileSystemInsideIsRefused) {
     runWithOwnMounts([&] {
         folder_.write("from/a", "x");
         testing::mountFileSystem(folder_ / "from/disk", 64);
-        Result<FileDescriptor> here = openFolder(folder_ / ""); // one that sees the new mount
+        Result<FileDescriptor> here = openFolder(folder_ / ""); // opened after the mount
         ASSERT_TRUE(here);
         EXPECT_EQ(copyTree({here->number(), "from"}, {here->number(), "to"}).failure().reason,
                   Reason::refused);
@@ -141,7 +178,7 @@ TEST_F(TreeCopy, anotherFileSystemInsideIsRefused) {
     });
 }
 
-TEST_F(TreeCopy, whatCouldNotBeRemovedAfterwardsIsNotCopied) {
+TEST_F(TreeCopy, itemsThatCouldNotBeRemovedAreNotCopied) {
     folder_.write("from/locked/a", "x");
     for (const char* open : {"", "from"})
         ::chmod((folder_ / open).c_str(), 0777);
@@ -153,7 +190,7 @@ TEST_F(TreeCopy, whatCouldNotBeRemovedAfterwardsIsNotCopied) {
     ::chmod((folder_ / "from/locked").c_str(), 0700);
 }
 
-TEST_F(TreeCopy, theOriginalGoesWithEverythingThatWasCopied) {
+TEST_F(TreeCopy, theOriginalIsRemovedWithItsContent) {
     folder_.write("from/a/b", "x");
     std::filesystem::create_symlink("b", folder_ / "from/a/link");
     Result<CopiedItem> copied = copy();
@@ -164,7 +201,7 @@ TEST_F(TreeCopy, theOriginalGoesWithEverythingThatWasCopied) {
     EXPECT_EQ(readFile(folder_ / "to/a/b"), "x");
 }
 
-TEST_F(TreeCopy, whatChangedAfterItWasCopiedIsNoticedAndNotRemoved) {
+TEST_F(TreeCopy, aFileChangedSinceTheCopyIsNotRemoved) {
     folder_.write("from", "old");
     Result<CopiedItem> copied = copy();
     ASSERT_TRUE(copied);
@@ -176,7 +213,20 @@ TEST_F(TreeCopy, whatChangedAfterItWasCopiedIsNoticedAndNotRemoved) {
     EXPECT_EQ(readFile(folder_ / "from"), "newer");
 }
 
-TEST_F(TreeCopy, aReplacedFileIsNoticedAndNotRemoved) {
+TEST_F(TreeCopy, aDifferenceInSizeOrTimeAloneIsAChange) {
+    for (const auto& [content, seconds] : {std::pair{"older", 0}, std::pair{"new", 1}}) {
+        folder_.write("from", "old");
+        Result<CopiedItem> copied = copy();
+        ASSERT_TRUE(copied);
+        timespec times[2] = {copied->original.st_atim, copied->original.st_mtim};
+        times[1].tv_sec += seconds;
+        ASSERT_EQ(::utimensat(AT_FDCWD, folder_.write("from", content).c_str(), times, 0), 0);
+        EXPECT_EQ(checkUnchanged(opened_->number(), *copied).failure().reason, Reason::truncated) << content;
+        removeTree({opened_->number(), "to"});
+    }
+}
+
+TEST_F(TreeCopy, aFileReplacedSinceTheCopyIsNotRemoved) {
     folder_.write("from", "same");
     Result<CopiedItem> copied = copy();
     ASSERT_TRUE(copied);
@@ -188,7 +238,7 @@ TEST_F(TreeCopy, aReplacedFileIsNoticedAndNotRemoved) {
     EXPECT_EQ(readFile(folder_ / "from"), "same");
 }
 
-TEST_F(TreeCopy, whatCameIntoTheFolderMeanwhileIsNoticedAndStays) {
+TEST_F(TreeCopy, aFileAddedSinceTheCopyIsNotRemoved) {
     folder_.write("from/a", "x");
     Result<CopiedItem> copied = copy();
     ASSERT_TRUE(copied);
@@ -200,7 +250,7 @@ TEST_F(TreeCopy, whatCameIntoTheFolderMeanwhileIsNoticedAndStays) {
     EXPECT_EQ(readFile(folder_ / "from/late"), "keep me");
 }
 
-TEST_F(TreeCopy, writeProtectedFoldersOfOurOwnAreRemovedToo) {
+TEST_F(TreeCopy, foldersWithoutPermissionsAreRemovedToo) {
     ::chmod(folder_.path().c_str(), 0777);
     runAsOrdinaryUser([&] {
         ASSERT_TRUE(makePrivateFolders(folder_ / "ours/sub"));
@@ -212,7 +262,7 @@ TEST_F(TreeCopy, writeProtectedFoldersOfOurOwnAreRemovedToo) {
     });
 }
 
-TEST_F(TreeCopy, aLinkIsRemovedAndNotWhatItLeadsTo) {
+TEST_F(TreeCopy, aLinkIsRemovedInsteadOfItsTarget) {
     folder_.write("real/a", "x");
     std::filesystem::create_directory_symlink("real", folder_ / "link");
     removeTree({opened_->number(), "link"});
@@ -220,7 +270,7 @@ TEST_F(TreeCopy, aLinkIsRemovedAndNotWhatItLeadsTo) {
     EXPECT_EQ(readFile(folder_ / "real/a"), "x");
 }
 
-TEST_F(TreeCopy, inASharedFolderOnlyOwnersMayTakeOut) {
+TEST_F(TreeCopy, inASharedFolderOnlyOwnersMayRemoveItems) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can prepare files of two users";
     folder_.write("theirs", "x");
@@ -231,6 +281,11 @@ TEST_F(TreeCopy, inASharedFolderOnlyOwnersMayTakeOut) {
         EXPECT_EQ(checkRemovable(opened_->number(), statusAt("theirs")).failure().reason,
                   Reason::notPermitted);
         EXPECT_TRUE(checkRemovable(opened_->number(), statusAt("ours")));
+    });
+    EXPECT_TRUE(checkRemovable(opened_->number(), statusAt("ours"))) << "root may remove all items";
+    ASSERT_EQ(::chown(folder_.path().c_str(), 65534, 65534), 0);
+    runAsOrdinaryUser([&] {
+        EXPECT_TRUE(checkRemovable(opened_->number(), statusAt("theirs"))) << "the user owns the folder";
     });
 }
 

@@ -31,7 +31,7 @@ TEST(ChildProcess, aNameWithoutASlashIsLookedUp) {
     });
 }
 
-TEST(ChildProcess, exitStatusAndSignalAreToldApart) {
+TEST(ChildProcess, exitStatusAndSignalAreDistinguished) {
     const ChildEnd exited = endOf("/bin/sh", {"-c", "exit 7"});
     EXPECT_EQ(exited.code, 7);
     EXPECT_FALSE(exited.bySignal);
@@ -40,20 +40,20 @@ TEST(ChildProcess, exitStatusAndSignalAreToldApart) {
     EXPECT_TRUE(killed.bySignal);
 }
 
-TEST(ChildProcess, aProgramThatIsNotThereCannotBeStarted) {
+TEST(ChildProcess, aMissingProgramCannotBeStarted) {
     EXPECT_EQ(ChildProcess::start("/no/such/program", {}).failure().reason, Reason::notFound);
     EXPECT_EQ(ChildProcess::start("", {}).failure().reason, Reason::malformed);
     EXPECT_EQ(ChildProcess::start("/bin/true", {std::string("a\0b", 3)}).failure().reason, Reason::malformed);
 }
 
-TEST(ChildProcess, aFileThatIsNoProgramIsNotHandedToAShell) {
+TEST(ChildProcess, aFileThatIsNotAProgramIsNotPassedToAShell) {
     const TemporaryFolder folder;
     const std::string script = folder.write("script", "exit 0\n");
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
     EXPECT_FALSE(ChildProcess::start(script, {}));
 }
 
-TEST(ChildProcess, theChildHasOurStandardStreams) {
+TEST(ChildProcess, theChildInheritsTheStandardStreams) {
     const TemporaryFolder folder;
     runIsolated([&] {
         ASSERT_NE(std::freopen((folder / "out").c_str(), "w", stdout), nullptr);
@@ -62,7 +62,7 @@ TEST(ChildProcess, theChildHasOurStandardStreams) {
     EXPECT_EQ(testing::readFile(folder / "out"), "hello\n");
 }
 
-TEST(ChildProcess, theChildDiesOfTheSignalsThatWeIgnore) {
+TEST(ChildProcess, ignoredSignalsHaveTheirDefaultActionInTheChild) {
     runIsolated([] {
         prepareStandardStreams();
         for (const char* signal : {"PIPE", "XFSZ"}) {

@@ -5,7 +5,7 @@
 namespace kestrine {
 namespace {
 
-TEST(DynamicLibrary, theFirstNameThatIsThereIsOpened) {
+TEST(DynamicLibrary, theFirstExistingLibraryIsOpened) {
     Result<DynamicLibrary> library = DynamicLibrary::open({"libno-such-thing.so.1", "libm.so.6"});
     ASSERT_TRUE(library);
     const auto cosine = library->symbol<double(double)>("cos");
@@ -19,7 +19,7 @@ TEST(DynamicLibrary, aMissingSymbolIsNull) {
     EXPECT_EQ(library->symbol<void()>("no_such_function_in_there"), nullptr);
 }
 
-TEST(DynamicLibrary, withoutAnyLibraryTheLoadersReasonIsTold) {
+TEST(DynamicLibrary, ifNoLibraryExistsTheLoadersMessageIsReported) {
     Result<DynamicLibrary> library = DynamicLibrary::open({"libno-such-thing.so.1"});
     ASSERT_FALSE(library);
     EXPECT_EQ(library.failure().reason, Reason::unsupported);

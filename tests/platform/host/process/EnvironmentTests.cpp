@@ -11,7 +11,7 @@ namespace {
 
 using ::testing::ElementsAre;
 
-TEST(Environment, baseFoldersLieInTheHomeFolderByDefault) {
+TEST(Environment, baseFoldersAreInTheHomeFolderByDefault) {
     const Environment environment{{"HOME", "/home/me"}};
     EXPECT_EQ(environment.homeFolder(), "/home/me");
     EXPECT_EQ(environment.xdgDataHome(), "/home/me/.local/share");
@@ -19,7 +19,7 @@ TEST(Environment, baseFoldersLieInTheHomeFolderByDefault) {
     EXPECT_THAT(environment.xdgConfigDirs(), ElementsAre("/etc/xdg"));
 }
 
-TEST(Environment, absoluteBaseFoldersAreTakenAsTheyAre) {
+TEST(Environment, absoluteBaseFoldersAreUsedUnchanged) {
     const Environment environment{{"HOME", "/home/me"},
                                   {"XDG_DATA_HOME", "/data"},
                                   {"XDG_CONFIG_HOME", "/config \xFF"},
@@ -37,7 +37,7 @@ TEST(Environment, emptyAndRelativeBaseFoldersAreIgnored) {
     }
 }
 
-TEST(Environment, relativeConfigurationFoldersAreSkipped) {
+TEST(Environment, relativeConfigurationFoldersAreIgnored) {
     const auto folders = [](const char* value) {
         return Environment{{"XDG_CONFIG_DIRS", value}}.xdgConfigDirs();
     };
@@ -46,7 +46,7 @@ TEST(Environment, relativeConfigurationFoldersAreSkipped) {
     EXPECT_THAT(folders(""), ElementsAre("/etc/xdg"));
 }
 
-TEST(Environment, withoutAnAbsoluteHomeTheUserDatabaseIsAsked) {
+TEST(Environment, withoutAnAbsoluteHomeTheUserDatabaseIsUsed) {
     const passwd* user = ::getpwuid(::getuid());
     const std::string expected = user != nullptr ? user->pw_dir : "";
     for (const Environment& environment :
@@ -54,7 +54,7 @@ TEST(Environment, withoutAnAbsoluteHomeTheUserDatabaseIsAsked) {
         EXPECT_EQ(environment.homeFolder(), expected);
 }
 
-TEST(Environment, theProcessEnvironmentIsReadWithEmptyValuesAndEqualsSigns) {
+TEST(Environment, valuesOfTheProcessMayBeEmptyOrContainEqualsSigns) {
     testing::runIsolated([] {
         ::setenv("KESTRINE_TEST_EMPTY", "", 1);
         ::setenv("KESTRINE_TEST_EQUALS", "a=b", 1);
@@ -65,7 +65,7 @@ TEST(Environment, theProcessEnvironmentIsReadWithEmptyValuesAndEqualsSigns) {
     });
 }
 
-TEST(Environment, aProcessWithoutAnyEnvironmentIsFine) {
+TEST(Environment, aProcessMayHaveNoEnvironment) {
     testing::runIsolated([] {
         ::clearenv();
         EXPECT_EQ(Environment::ofProcess().variable("PWD"), std::nullopt);

@@ -19,7 +19,7 @@ struct Pipe {
         writing = FileDescriptor(ends[1]);
     }
 
-    /// Everything that comes until the writing end is closed.
+    /// Reads until the writing end is closed.
     std::string readAll() const {
         std::string text;
         char block[1000];
@@ -43,7 +43,7 @@ TEST(StandardOutput, bytesPassUnchanged) {
     EXPECT_FALSE(output.failed());
 }
 
-TEST(StandardOutput, moreThanAPipeHoldsArrivesWhole) {
+TEST(StandardOutput, moreBytesThanAPipeHoldsAreWritten) {
     Pipe pipe;
     const std::string text(1'000'000, 'x');
     std::string arrived;
@@ -55,7 +55,7 @@ TEST(StandardOutput, moreThanAPipeHoldsArrivesWhole) {
     EXPECT_EQ(arrived, text);
 }
 
-TEST(StandardOutput, aNonBlockingPipeIsWaitedFor) {
+TEST(StandardOutput, writingWaitsForANonBlockingPipe) {
     Pipe pipe;
     ASSERT_EQ(::fcntl(pipe.writing.number(), F_SETFL, O_NONBLOCK), 0);
     const std::string text(1'000'000, 'y');
@@ -69,7 +69,7 @@ TEST(StandardOutput, aNonBlockingPipeIsWaitedFor) {
     EXPECT_FALSE(output.failed());
 }
 
-TEST(StandardOutput, aReaderWhoWentAwayIsRememberedQuietly) {
+TEST(StandardOutput, aClosedReaderIsAFailure) {
     testing::runIsolated([] {
         (void)std::signal(SIGPIPE, SIG_IGN);
         Pipe pipe;
@@ -82,7 +82,7 @@ TEST(StandardOutput, aReaderWhoWentAwayIsRememberedQuietly) {
     });
 }
 
-TEST(StandardOutput, afterAFailureNothingFollows) {
+TEST(StandardOutput, afterAFailureNothingIsWritten) {
     testing::runIsolated([] {
         (void)std::signal(SIGPIPE, SIG_IGN);
         Pipe broken, whole;

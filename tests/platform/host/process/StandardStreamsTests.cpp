@@ -15,7 +15,7 @@ using testing::runIsolated;
 using testing::runWithOwnMounts;
 using testing::TemporaryFolder;
 
-TEST(StandardStreams, closedOnesAreTakenSoThatNoFileBecomesTheOutput) {
+TEST(StandardStreams, closedStreamsAreOpenedSoThatNoFileBecomesTheOutput) {
     const TemporaryFolder folder;
     runIsolated([&] {
         for (const int descriptor : {0, 1, 2})
@@ -30,7 +30,7 @@ TEST(StandardStreams, closedOnesAreTakenSoThatNoFileBecomesTheOutput) {
     EXPECT_EQ(testing::readFile(folder / "a"), "");
 }
 
-TEST(StandardStreams, openOnesStayWhatTheyAre) {
+TEST(StandardStreams, openStreamsStayUnchanged) {
     const TemporaryFolder folder;
     runIsolated([&] {
         const int file = ::open((folder / "a").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
@@ -42,7 +42,7 @@ TEST(StandardStreams, openOnesStayWhatTheyAre) {
     EXPECT_EQ(testing::readFile(folder / "a"), "kept");
 }
 
-TEST(StandardStreams, withoutDevicesTheNumbersAreTakenAllTheSame) {
+TEST(StandardStreams, withoutDevNullTheNumbersAreInUseToo) {
     const TemporaryFolder folder;
     runWithOwnMounts([&] {
         testing::mountFileSystem(folder / "disk", 64);
@@ -55,7 +55,7 @@ TEST(StandardStreams, withoutDevicesTheNumbersAreTakenAllTheSame) {
     });
 }
 
-TEST(StandardStreams, writingToAClosedPipeIsAnErrorAndNotTheEnd) {
+TEST(StandardStreams, writingToAClosedPipeDoesNotEndTheProcess) {
     runIsolated([] {
         prepareStandardStreams();
         int ends[2];
@@ -66,7 +66,7 @@ TEST(StandardStreams, writingToAClosedPipeIsAnErrorAndNotTheEnd) {
     });
 }
 
-TEST(StandardStreams, writingBeyondASizeLimitIsAnErrorAndNotTheEnd) {
+TEST(StandardStreams, writingAboveASizeLimitDoesNotEndTheProcess) {
     const TemporaryFolder folder;
     runIsolated([&] {
         prepareStandardStreams();

@@ -1,4 +1,5 @@
-// Items on other file systems than the home's: their own trashes, and copies into the home trash.
+// Items on other file systems than the home folder: the trash of their own file system, and copies to the
+// home trash.
 #include "platform/host/files/ExtendedAttributes.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
@@ -34,14 +35,14 @@ protected:
     const std::string user_ = std::to_string(::geteuid());
     const std::string ownTrash_ = disk_ + "/.Trash-" + user_;
 
-    /// A file where the disk's trash would be: the disk has no usable one.
+    /// Creates a file with the name of the disk's trash, so that the disk has no usable trash.
     void blockOwnTrash() const { folder_.write("work/disk/.Trash-" + user_, "in the way"); }
     std::string write(const std::string& name, const std::string& content = "content") const {
         return folder_.write("work/disk/" + name, content);
     }
 };
 
-TEST_F(TrashElsewhere, aDiskGetsATrashOfTheUsersOwn) {
+TEST_F(TrashElsewhere, aDiskGetsATrashForTheUser) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         const std::string file = write("sub/a b.jpg");
@@ -49,7 +50,7 @@ TEST_F(TrashElsewhere, aDiskGetsATrashOfTheUsersOwn) {
         ASSERT_TRUE(item);
         EXPECT_EQ(item->path, ownTrash_ + "/files/a b.jpg");
         EXPECT_EQ(readFile(item->path), "content");
-        EXPECT_EQ(recordedPath(*item), "sub/a b.jpg") << "relative, since disks are mounted here and there";
+        EXPECT_EQ(recordedPath(*item), "sub/a b.jpg") << "relative to the top folder of the disk";
         EXPECT_FALSE(isTaken(file));
         struct stat status {};
         ASSERT_EQ(::stat(ownTrash_.c_str(), &status), 0);
@@ -70,7 +71,7 @@ TEST_F(TrashElsewhere, aTrashPreparedForAllUsersIsPreferred) {
     });
 }
 
-TEST_F(TrashElsewhere, aPreparedTrashThatIsNotStickyOrALinkIsPassedOver) {
+TEST_F(TrashElsewhere, aPreparedTrashThatIsNotStickyOrIsALinkIsNotUsed) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         ASSERT_TRUE(makeFolder(disk_ + "/.Trash"));
@@ -84,7 +85,7 @@ TEST_F(TrashElsewhere, aPreparedTrashThatIsNotStickyOrALinkIsPassedOver) {
     });
 }
 
-TEST_F(TrashElsewhere, aFolderOfAnotherUserIsNoTrashOfOurs) {
+TEST_F(TrashElsewhere, aFolderOfAnotherUserIsNotUsedAsTrash) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can prepare folders of another user";
     runWithOwnMounts([&] {
@@ -93,12 +94,12 @@ TEST_F(TrashElsewhere, aFolderOfAnotherUserIsNoTrashOfOurs) {
         ::chmod((disk_ + "/.Trash").c_str(), 01777);
         for (const std::string& folder : {ownTrash_, disk_ + "/.Trash/" + user_})
             ASSERT_EQ(::chown(folder.c_str(), 65534, 65534), 0);
-        EXPECT_EQ(trash(write("a.jpg"))->path, trash_ + "/files/a.jpg") << "a copy into the home trash";
+        EXPECT_EQ(trash(write("a.jpg"))->path, trash_ + "/files/a.jpg") << "a copy in the home trash";
         EXPECT_THAT(namesInFolder(ownTrash_), ::testing::IsEmpty());
     });
 }
 
-TEST_F(TrashElsewhere, aLinkInPlaceOfTheTrashIsNotFollowed) {
+TEST_F(TrashElsewhere, aLinkInsteadOfTheTrashIsNotFollowed) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         ASSERT_TRUE(makeFolder(disk_ + "/trap"));
@@ -108,7 +109,7 @@ TEST_F(TrashElsewhere, aLinkInPlaceOfTheTrashIsNotFollowed) {
     });
 }
 
-TEST_F(TrashElsewhere, whatLiesInTheTrashOfADiskIsRefused) {
+TEST_F(TrashElsewhere, itemsInTheTrashOfADiskAreRefused) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         Result<TrashedItem> item = trash(write("a.jpg"));
@@ -118,11 +119,11 @@ TEST_F(TrashElsewhere, whatLiesInTheTrashOfADiskIsRefused) {
         for (const std::string& path :
              {item->path, item->infoPath, ownTrash_, disk_ + "/.Trash", disk_ + "/.Trash/1000/files/b.jpg"})
             EXPECT_EQ(trash(path).failure().reason, Reason::refused) << path;
-        EXPECT_TRUE(trash(disk_ + "/.Trash-extra/c.jpg")) << "no trash, only named alike";
+        EXPECT_TRUE(trash(disk_ + "/.Trash-extra/c.jpg")) << "not a trash, only a similar name";
     });
 }
 
-TEST_F(TrashElsewhere, withoutATrashOnTheDiskTheHomeTrashGetsACopy) {
+TEST_F(TrashElsewhere, withoutATrashOnTheDiskTheFileIsCopiedToTheHomeTrash) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         blockOwnTrash();
@@ -150,7 +151,7 @@ TEST_F(TrashElsewhere, withoutATrashOnTheDiskTheHomeTrashGetsACopy) {
     });
 }
 
-TEST_F(TrashElsewhere, aFolderIsCopiedWithAllThatIsInIt) {
+TEST_F(TrashElsewhere, aFolderIsCopiedWithItsContent) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         blockOwnTrash();
@@ -167,7 +168,7 @@ TEST_F(TrashElsewhere, aFolderIsCopiedWithAllThatIsInIt) {
     });
 }
 
-TEST_F(TrashElsewhere, copiesOfOneNameAreNumberedToo) {
+TEST_F(TrashElsewhere, copiesWithTheSameNameAreNumberedToo) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         blockOwnTrash();
@@ -177,7 +178,7 @@ TEST_F(TrashElsewhere, copiesOfOneNameAreNumberedToo) {
     });
 }
 
-TEST_F(TrashElsewhere, aLinkIsCopiedItself) {
+TEST_F(TrashElsewhere, aLinkIsCopiedInsteadOfItsTarget) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         blockOwnTrash();
@@ -189,7 +190,7 @@ TEST_F(TrashElsewhere, aLinkIsCopiedItself) {
     });
 }
 
-TEST_F(TrashElsewhere, theHomesDiskMountedInASecondPlaceHasATrashThere) {
+TEST_F(TrashElsewhere, aSecondMountOfTheHomeDiskHasItsOwnTrash) {
     runWithOwnMounts([&] {
         ASSERT_TRUE(makeFolder(work_ + "/real"));
         mountAgain(work_ + "/real", disk_);
@@ -201,7 +202,7 @@ TEST_F(TrashElsewhere, theHomesDiskMountedInASecondPlaceHasATrashThere) {
     });
 }
 
-TEST_F(TrashElsewhere, theHomesDiskMountedInASecondPlaceWithoutATrashIsCopiedFrom) {
+TEST_F(TrashElsewhere, fromASecondMountOfTheHomeDiskWithoutATrashTheFileIsCopied) {
     runWithOwnMounts([&] {
         ASSERT_TRUE(makeFolder(work_ + "/real"));
         mountAgain(work_ + "/real", disk_);
@@ -215,7 +216,7 @@ TEST_F(TrashElsewhere, theHomesDiskMountedInASecondPlaceWithoutATrashIsCopiedFro
     });
 }
 
-TEST_F(TrashElsewhere, aHomeTrashWithoutRoomKeepsTheOriginalAndNoPartOfTheCopy) {
+TEST_F(TrashElsewhere, withoutSpaceInTheHomeTrashTheOriginalStaysAndNoCopyRemains) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         mountFileSystem(home_ + "/small", 64);
@@ -234,7 +235,7 @@ TEST_F(TrashElsewhere, aHomeTrashWithoutRoomKeepsTheOriginalAndNoPartOfTheCopy) 
     });
 }
 
-TEST_F(TrashElsewhere, aFullDiskWithoutRoomForARecordIsCopiedFrom) {
+TEST_F(TrashElsewhere, fromAFullDiskTheFileIsCopied) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 64);
         ASSERT_TRUE(makePrivateFolders(ownTrash_ + "/files") && makePrivateFolders(ownTrash_ + "/info"));
@@ -245,7 +246,7 @@ TEST_F(TrashElsewhere, aFullDiskWithoutRoomForARecordIsCopiedFrom) {
     });
 }
 
-TEST_F(TrashElsewhere, whatCannotBeCopiedStays) {
+TEST_F(TrashElsewhere, itemsThatCannotBeCopiedStay) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         blockOwnTrash();
@@ -258,7 +259,7 @@ TEST_F(TrashElsewhere, whatCannotBeCopiedStays) {
     });
 }
 
-TEST_F(TrashElsewhere, attributesThatTheHomeCannotKeepMakeTheOriginalStay) {
+TEST_F(TrashElsewhere, ifTheHomeCannotKeepTheAttributesTheOriginalStays) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         blockOwnTrash();
@@ -286,13 +287,13 @@ TEST_F(TrashElsewhere, onAReadOnlyDiskTheFileStays) {
     });
 }
 
-/// Sets or clears a flag that not even root may work against; false where there are no such flags.
+/// Sets a flag that protects a file even against root. Returns false if the file system has no such flags.
 bool setFlag(const std::string& path, int flag) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     return file.isOpen() && ::ioctl(file.number(), FS_IOC_SETFLAGS, &flag) == 0;
 }
 
-TEST_F(TrashElsewhere, anOriginalThatCannotBeRemovedStaysAndItsCopyGoes) {
+TEST_F(TrashElsewhere, ifTheOriginalCannotBeRemovedTheCopyIsRemoved) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         blockOwnTrash();
@@ -305,7 +306,7 @@ TEST_F(TrashElsewhere, anOriginalThatCannotBeRemovedStaysAndItsCopyGoes) {
     });
 }
 
-TEST_F(TrashElsewhere, afterAHalfRemovedFolderTheWholeIsInTheTrash) {
+TEST_F(TrashElsewhere, ifAFolderIsRemovedInPartTheCopyIsComplete) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         blockOwnTrash();
@@ -319,7 +320,7 @@ TEST_F(TrashElsewhere, afterAHalfRemovedFolderTheWholeIsInTheTrash) {
     });
 }
 
-TEST_F(TrashElsewhere, aSecondDeviceOfThisSystemIsServed) {
+TEST_F(TrashElsewhere, aSecondDeviceOfThisSystemHasItsOwnTrash) {
     const TemporaryFolder elsewhere("/dev/shm");
     struct stat here {
     }, there{};

@@ -7,7 +7,7 @@
 namespace kestrine {
 namespace {
 
-TEST(TrashInfo, furtherItemsOfANameAreNumberedBeforeTheExtension) {
+TEST(TrashInfo, numbersAreInsertedBeforeTheExtension) {
     struct Row {
         const char* original;
         unsigned attempt;
@@ -27,13 +27,13 @@ TEST(TrashInfo, longNamesAreShortenedBeforeTheExtension) {
     EXPECT_EQ(trashName(std::string(245, 'n'), 1, 245), std::string(245, 'n'));
 }
 
-TEST(TrashInfo, aVeryLongExtensionIsPartOfTheName) {
+TEST(TrashInfo, aVeryLongExtensionIsShortenedAsPartOfTheName) {
     const std::string name = "a." + std::string(253, 'x');
     EXPECT_EQ(trashName(name, 1, 245), name.substr(0, 245));
     EXPECT_EQ(trashName(name, 2, 245), name.substr(0, 243) + ".2");
 }
 
-TEST(TrashInfo, shorteningKeepsCharactersWhole) {
+TEST(TrashInfo, shorteningDoesNotCutCharacters) {
     std::string name;
     while (name.size() < 252)
         name += "\xE3\x81\x82"; // three bytes each
@@ -42,7 +42,7 @@ TEST(TrashInfo, shorteningKeepsCharactersWhole) {
         << "these are no characters";
 }
 
-TEST(TrashInfo, bytesThatMeanSomethingInAnAddressAreEncoded) {
+TEST(TrashInfo, reservedBytesAreEncoded) {
     EXPECT_EQ(percentEncoded("/home/me/100% fun.jpg"), "/home/me/100%25%20fun.jpg");
     EXPECT_EQ(percentEncoded("a\nb=[]#?;&\\\""), "a%0Ab%3D%5B%5D%23%3F%3B%26%5C%22");
     EXPECT_EQ(percentEncoded("\xC3\xA9\xFF"), "%C3%A9%FF");
@@ -50,7 +50,7 @@ TEST(TrashInfo, bytesThatMeanSomethingInAnAddressAreEncoded) {
     EXPECT_EQ(percentEncoded(""), "");
 }
 
-TEST(TrashInfo, theRecordTellsPathAndLocalTime) {
+TEST(TrashInfo, theRecordHasPathAndLocalTime) {
     testing::runIsolated([] {
         ::setenv("TZ", "IST-5:30", 1); // five and a half hours east
         EXPECT_EQ(trashInfoText("/a b", 1'700'000'000),

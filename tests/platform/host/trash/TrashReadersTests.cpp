@@ -1,7 +1,7 @@
-// What other programs make of our trash: trash-list and trash-restore of trash-cli are the judges, and gio
-// throws away into the same trash.
-#include "platform/host/process/CapturedRun.h"
+// Compatibility with other programs: trash-list and trash-restore of trash-cli read our trash, and gio uses
+// the same one.
 #include "platform/host/files/FileStatus.h"
+#include "platform/host/process/CapturedRun.h"
 #include "tests/platform/host/trash/TrashTesting.h"
 #include "tests/support/IsolatedProcess.h"
 
@@ -29,10 +29,10 @@ protected:
                 GTEST_SKIP() << program << " is not installed (package trash-cli)";
     }
 
-    /// Lines "date time path".
+    /// The lines "date time path" of all items.
     std::string list() const { return run({"/usr/bin/trash-list"}); }
 
-    /// Restores the only item that was thrown away in `folder`.
+    /// Restores the only item whose original place was in `folder`.
     void restore(const std::string& folder) const {
         run({"/bin/sh", "-c", "cd \"$1\" && echo 0 | /usr/bin/trash-restore", "sh", folder});
     }
@@ -67,7 +67,7 @@ TEST_F(TrashReaders, everyItemIsListedUnderItsOwnPath) {
     }
 }
 
-TEST_F(TrashReaders, aFileIsRestoredToItsPlace) {
+TEST_F(TrashReaders, aFileIsRestoredToItsOriginalPath) {
     for (const char* name : {"a.jpg", "100% fun %n.jpg", "caf\xC3\xA9", "n\nl", "a+b"}) {
         const std::string file = folder_.write("work/" + std::string(name), name);
         ASSERT_TRUE(trash(file));
@@ -78,7 +78,7 @@ TEST_F(TrashReaders, aFileIsRestoredToItsPlace) {
     }
 }
 
-TEST_F(TrashReaders, aFolderIsRestoredWithAllThatIsInIt) {
+TEST_F(TrashReaders, aFolderIsRestoredWithItsContent) {
     const std::string file = folder_.write("work/album/sub/a.jpg", "content");
     ASSERT_TRUE(trash(work_ + "/album"));
     EXPECT_THAT(list(), HasSubstr(work_ + "/album\n"));
@@ -86,14 +86,14 @@ TEST_F(TrashReaders, aFolderIsRestoredWithAllThatIsInIt) {
     EXPECT_EQ(readFile(file), "content");
 }
 
-TEST_F(TrashReaders, aLongNameIsRestoredInFull) {
+TEST_F(TrashReaders, aLongNameIsRestoredCompletely) {
     const std::string file = folder_.write("work/" + std::string(251, 'n') + ".jpg", "content");
     ASSERT_TRUE(trash(file));
     restore(work_);
     EXPECT_EQ(readFile(file), "content");
 }
 
-TEST_F(TrashReaders, theSecondOfTwoItemsOfANameIsRestored) {
+TEST_F(TrashReaders, theSecondOfTwoItemsWithOneNameIsRestored) {
     const std::string first = folder_.write("work/one/a.jpg", "first");
     const std::string second = folder_.write("work/two/a.jpg", "second");
     ASSERT_TRUE(trash(first) && trash(second));
@@ -103,7 +103,7 @@ TEST_F(TrashReaders, theSecondOfTwoItemsOfANameIsRestored) {
     EXPECT_THAT(list(), Not(HasSubstr(second)));
 }
 
-TEST_F(TrashReaders, whatGioThrewAwayAndOursStandSideBySide) {
+TEST_F(TrashReaders, itemsOfGioAndOurItemsCoexist) {
     const char* const gio = "/usr/bin/gio";
     if (::access(gio, X_OK) != 0)
         GTEST_SKIP() << gio << " is not installed (package libglib2.0-bin)";
@@ -112,7 +112,7 @@ TEST_F(TrashReaders, whatGioThrewAwayAndOursStandSideBySide) {
         const Result<CapturedRun> done = runCapturingOutput(
             "/usr/bin/env", {"HOME=" + home_, "XDG_DATA_HOME=", "GIO_USE_VFS=local", gio, "trash", first}, 0);
         if (!done || done->end.code != 0)
-            GTEST_SKIP() << "gio throws nothing away on this file system";
+            GTEST_SKIP() << "gio does not support the trash on this file system";
         const TrashedItem theirs{trash_ + "/files/" + name, trash_ + "/info/" + name + ".trashinfo"};
         const Result<TrashedItem> ours = trash(folder_.write("work/" + std::string(name), "ours"));
         ASSERT_TRUE(ours);

@@ -1,4 +1,4 @@
-// What the tests of the trash share: a home folder of their own, and looking into a trash.
+// Shared by the tests of the trash: a temporary home folder, and functions that examine a trash.
 #pragma once
 
 #include "platform/host/trash/Trash.h"
@@ -10,18 +10,18 @@
 
 namespace kestrine::testing {
 
-/// The names in a folder, in no order; none when there is no such folder.
+/// The names in a folder, in no particular order; none if there is no such folder.
 std::vector<std::string> namesInFolder(const std::filesystem::path& folder);
 
-/// Succeeds when nothing is in the trash, neither items nor records nor files under way.
+/// Succeeds if the trash contains no items, no records and no temporary files.
 ::testing::AssertionResult isEmptyTrash(const std::string& trash);
 
-/// The path that the record of an item tells, decoded; "" when the record is not of the standard's form.
+/// The decoded path in the record of an item; "" if the record does not have the standard form.
 std::string recordedPath(const TrashedItem& item);
 
 class TrashTest : public ::testing::Test {
 protected:
-    /// Everything lies in folders of the test, by their real paths.
+    // All folders are in the temporary folder. Their paths are canonical.
     const TemporaryFolder folder_{std::filesystem::canonical(std::filesystem::temp_directory_path())};
     const std::string home_ = makeFolderOpenToAll("home");
     const std::string work_ = makeFolderOpenToAll("work");

@@ -1,4 +1,4 @@
-// The trash in the home folder, for items on its own file system, and what is refused everywhere.
+// The home trash for items on the same file system, and items that are refused everywhere.
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
 #include "tests/platform/host/trash/TrashTesting.h"
@@ -39,7 +39,7 @@ TEST_F(Trash, aFileOnTheSameDeviceGoesToTheHomeTrash) {
     EXPECT_FALSE(isTaken(file));
 }
 
-TEST_F(Trash, theFoldersOfTheTrashAreForTheUserAlone) {
+TEST_F(Trash, theFoldersOfTheTrashAreForTheUserOnly) {
     Result<TrashedItem> item = trash(folder_.write("work/a.jpg", "content"));
     ASSERT_TRUE(item);
     for (const std::string& made : {home_ + "/.local", home_ + "/.local/share", trash_, trash_ + "/files"})
@@ -47,13 +47,13 @@ TEST_F(Trash, theFoldersOfTheTrashAreForTheUserAlone) {
     EXPECT_EQ(rightsOf(item->infoPath), 0600u);
 }
 
-TEST_F(Trash, theDataFolderOfTheEnvironmentHoldsTheTrash) {
+TEST_F(Trash, theTrashIsInTheDataFolderOfTheEnvironment) {
     const std::string file = folder_.write("work/a.jpg", "content");
     const Environment environment{{"HOME", home_}, {"XDG_DATA_HOME", folder_ / "data"}};
     EXPECT_EQ(moveToTrash(file, environment)->path, folder_ / "data/Trash/files/a.jpg");
 }
 
-TEST_F(Trash, itemsOfOneNameAreNumbered) {
+TEST_F(Trash, itemsWithTheSameNameAreNumbered) {
     for (const char* expected : {"a.jpg", "a.2.jpg", "a.3.jpg"}) {
         Result<TrashedItem> item = trash(folder_.write("work/a.jpg", expected));
         ASSERT_TRUE(item);
@@ -63,7 +63,7 @@ TEST_F(Trash, itemsOfOneNameAreNumbered) {
     }
 }
 
-TEST_F(Trash, whatOtherProgramsLeftHalfDoneIsNotReplaced) {
+TEST_F(Trash, incompleteItemsOfOtherProgramsAreNotReplaced) {
     folder_.write("home/.local/share/Trash/info/a.jpg.trashinfo", "record without an item");
     folder_.write("home/.local/share/Trash/files/a.2.jpg", "item without a record");
     EXPECT_EQ(trash(folder_.write("work/a.jpg", "content"))->path, trash_ + "/files/a.3.jpg");
@@ -73,7 +73,7 @@ TEST_F(Trash, whatOtherProgramsLeftHalfDoneIsNotReplaced) {
                 UnorderedElementsAre("a.jpg.trashinfo", "a.3.jpg.trashinfo"));
 }
 
-TEST_F(Trash, anyBytesAreGoodInAName) {
+TEST_F(Trash, namesMayHaveAnyBytes) {
     for (const char* name :
          {"n\nl", "100% fun %n.jpg", "\xFF\xFE.jpg", "caf\xC3\xA9", "a+b", "[x]=;#", "-r", " "}) {
         const std::string file = work_ + "/" + name;
@@ -85,7 +85,7 @@ TEST_F(Trash, anyBytesAreGoodInAName) {
     }
 }
 
-TEST_F(Trash, aNameOf255BytesIsShortenedInTheTrashAndKeptInTheRecord) {
+TEST_F(Trash, aNameOf255BytesIsShortenedInTheTrashButNotInTheRecord) {
     const std::string name = std::string(251, 'n') + ".jpg";
     for (const char* end : {"nnn.jpg", "n.2.jpg"}) {
         Result<TrashedItem> item = trash(folder_.write("work/" + name, "content"));
@@ -95,7 +95,7 @@ TEST_F(Trash, aNameOf255BytesIsShortenedInTheTrashAndKeptInTheRecord) {
     }
 }
 
-TEST_F(Trash, linksGoThemselvesDanglingOnesToo) {
+TEST_F(Trash, linksAreMovedInsteadOfTheirTargets) {
     folder_.write("work/real", "content");
     std::filesystem::create_symlink("real", work_ + "/link");
     std::filesystem::create_symlink("nowhere", work_ + "/dangling");
@@ -108,7 +108,7 @@ TEST_F(Trash, linksGoThemselvesDanglingOnesToo) {
     EXPECT_EQ(readFile(work_ + "/real"), "content");
 }
 
-TEST_F(Trash, aFolderGoesWhole) {
+TEST_F(Trash, aFolderIsMovedWithItsContent) {
     folder_.write("work/album/sub/a.jpg", "content");
     Result<TrashedItem> item = trash(work_ + "/album/");
     ASSERT_TRUE(item);
@@ -117,7 +117,7 @@ TEST_F(Trash, aFolderGoesWhole) {
     EXPECT_FALSE(isTaken(work_ + "/album"));
 }
 
-TEST_F(Trash, theSizeOfAFolderIsNotedForProgramsThatShowIt) {
+TEST_F(Trash, theDiskSpaceOfAFolderIsRecorded) {
     folder_.write("work/my album/a.jpg", std::string(100'000, 'x'));
     folder_.write("home/.local/share/Trash/directorysizes", "4096 1 other\n4096 1 my%20album\n");
     Result<TrashedItem> item = trash(work_ + "/my album");
@@ -134,12 +134,12 @@ TEST_F(Trash, theSizeOfAFolderIsNotedForProgramsThatShowIt) {
                                                         + std::to_string(record.st_mtime) + " my%20album\n");
 }
 
-TEST_F(Trash, aFileIsNotNotedAmongTheSizes) {
+TEST_F(Trash, theDiskSpaceOfAFileIsNotRecorded) {
     ASSERT_TRUE(trash(folder_.write("work/a.jpg", "content")));
     EXPECT_FALSE(isTaken(trash_ + "/directorysizes"));
 }
 
-TEST_F(Trash, aRelativePathAndLinksOnTheWayAreRecordedAsTheRealPath) {
+TEST_F(Trash, theRecordHasTheRealPath) {
     const std::string file = folder_.write("work/sub/a.jpg", "content");
     std::filesystem::create_directory_symlink("sub", work_ + "/link");
     runIsolated([&] {
@@ -150,12 +150,12 @@ TEST_F(Trash, aRelativePathAndLinksOnTheWayAreRecordedAsTheRealPath) {
     });
 }
 
-TEST_F(Trash, specialFilesGoWhenTheyNeedOnlyBeMoved) {
+TEST_F(Trash, specialFilesCanBeMoved) {
     ASSERT_EQ(::mkfifo((work_ + "/pipe").c_str(), 0600), 0);
     EXPECT_TRUE(trash(work_ + "/pipe"));
 }
 
-TEST_F(Trash, namesOfFoldersThatMustStayAreRefused) {
+TEST_F(Trash, emptyAndDotNamesAreRefused) {
     folder_.write("work/album/a.jpg", "content");
     const std::string album = work_ + "/album";
     for (const std::string& path :
@@ -163,10 +163,10 @@ TEST_F(Trash, namesOfFoldersThatMustStayAreRefused) {
           album + "/.", album + "/..", album + "/../", "a" + std::string(1, '\0')})
         EXPECT_EQ(trash(path).failure().reason, Reason::refused) << path;
     EXPECT_EQ(readFile(album + "/a.jpg"), "content");
-    EXPECT_FALSE(isTaken(home_ + "/.local")) << "not even a trash is made";
+    EXPECT_FALSE(isTaken(home_ + "/.local")) << "no trash is created";
 }
 
-TEST_F(Trash, theHomeFolderAndWhatHoldsItAreRefused) {
+TEST_F(Trash, theHomeFolderAndFoldersThatContainItAreRefused) {
     const std::string users = makeFolderOpenToAll("users");
     const std::string me = makeFolderOpenToAll("users/me");
     const Environment elsewhere{{"HOME", me}, {"XDG_DATA_HOME", folder_ / "data"}};
@@ -174,7 +174,7 @@ TEST_F(Trash, theHomeFolderAndWhatHoldsItAreRefused) {
         EXPECT_EQ(moveToTrash(path, elsewhere).failure().reason, Reason::refused) << path;
 }
 
-TEST_F(Trash, theCurrentFolderAndWhatHoldsItAreRefused) {
+TEST_F(Trash, theCurrentFolderAndFoldersThatContainItAreRefused) {
     folder_.write("work/album/day/a.jpg", "content");
     runIsolated([&] {
         ASSERT_EQ(::chdir((work_ + "/album/day").c_str()), 0);
@@ -184,7 +184,7 @@ TEST_F(Trash, theCurrentFolderAndWhatHoldsItAreRefused) {
     EXPECT_TRUE(trash(work_ + "/album"));
 }
 
-TEST_F(Trash, theTrashAndWhatIsInItAndWhatHoldsItAreRefused) {
+TEST_F(Trash, theTrashItsContentAndFoldersThatContainItAreRefused) {
     Result<TrashedItem> item = trash(folder_.write("work/a.jpg", "content"));
     ASSERT_TRUE(item);
     for (const std::string& path :
@@ -193,13 +193,13 @@ TEST_F(Trash, theTrashAndWhatIsInItAndWhatHoldsItAreRefused) {
     EXPECT_EQ(readFile(item->path), "content");
 }
 
-TEST_F(Trash, whatWouldHoldTheTrashIsRefusedBeforeThereIsOne) {
+TEST_F(Trash, foldersForTheTrashAreRefusedBeforeTheTrashExists) {
     ASSERT_TRUE(makeFolder(home_ + "/.local"));
     EXPECT_EQ(trash(home_ + "/.local").failure().reason, Reason::refused);
     EXPECT_THAT(namesInFolder(home_ + "/.local"), ::testing::IsEmpty());
 }
 
-TEST_F(Trash, aLinkedTrashIsKnownByItsRealPlace) {
+TEST_F(Trash, aLinkedTrashIsRecognisedByItsRealPath) {
     const std::string real = makeFolderOpenToAll("real");
     ASSERT_TRUE(makePrivateFolders(home_ + "/.local/share"));
     std::filesystem::create_directory_symlink(real, trash_);
@@ -220,13 +220,13 @@ TEST_F(Trash, mountPointsAreRefused) {
     });
 }
 
-TEST_F(Trash, whatIsNotThereIsNotFound) {
+TEST_F(Trash, aMissingFileIsNotFound) {
     EXPECT_EQ(trash(work_ + "/none").failure().reason, Reason::notFound);
     EXPECT_EQ(trash(work_ + "/none/a").failure().reason, Reason::notFound);
     EXPECT_EQ(trash(work_ + "/" + std::string(300, 'n')).failure().reason, Reason::tooLarge);
 }
 
-TEST_F(Trash, withoutRightsInTheFolderTheFileStays) {
+TEST_F(Trash, withoutPermissionInTheFolderTheFileStays) {
     const std::string file = folder_.write("work/locked/a.jpg", "content");
     ::chmod((work_ + "/locked").c_str(), 0555);
     runAsOrdinaryUser([&] { EXPECT_EQ(trash(file).failure().reason, Reason::notPermitted); });
@@ -235,7 +235,7 @@ TEST_F(Trash, withoutRightsInTheFolderTheFileStays) {
     EXPECT_TRUE(isEmptyTrash(trash_));
 }
 
-TEST_F(Trash, othersFilesInASharedFolderStay) {
+TEST_F(Trash, filesOfOthersInASharedFolderStay) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can prepare files of another user";
     const std::string file = folder_.write("work/a.jpg", "content");
@@ -245,7 +245,7 @@ TEST_F(Trash, othersFilesInASharedFolderStay) {
     EXPECT_TRUE(isEmptyTrash(trash_));
 }
 
-TEST_F(Trash, aFileThatNobodyMayWriteGoesAllTheSame) {
+TEST_F(Trash, aWriteProtectedFileCanBeMoved) {
     const std::string file = folder_.write("work/a.jpg", "content");
     ::chmod(file.c_str(), 0444);
     runAsOrdinaryUser([&] { EXPECT_TRUE(trash(file)); });
@@ -253,7 +253,7 @@ TEST_F(Trash, aFileThatNobodyMayWriteGoesAllTheSame) {
     EXPECT_EQ(rightsOf(trash_ + "/files/a.jpg"), 0444u);
 }
 
-TEST_F(Trash, whereNoTrashCanBeMadeTheFileStays) {
+TEST_F(Trash, ifNoTrashCanBeCreatedTheFileStays) {
     const std::string file = folder_.write("work/a.jpg", "content");
     folder_.write("home/.local", "a file in the way");
     if (::access("/", W_OK) == 0)
@@ -263,7 +263,7 @@ TEST_F(Trash, whereNoTrashCanBeMadeTheFileStays) {
     EXPECT_EQ(readFile(file), "content");
 }
 
-TEST_F(Trash, aTrashWithoutRoomForTheRecordLeavesTheFileAndNoTrace) {
+TEST_F(Trash, withoutSpaceForTheRecordTheFileStays) {
     runWithOwnMounts([&] {
         testing::mountFileSystem(home_ + "/disk", 64);
         const std::string trash = home_ + "/disk/Trash";
@@ -276,9 +276,9 @@ TEST_F(Trash, aTrashWithoutRoomForTheRecordLeavesTheFileAndNoTrace) {
     });
 }
 
-TEST_F(Trash, itemsThrownAwayAtTheSameTimeAllArrive) {
+TEST_F(Trash, concurrentMovesAllSucceed) {
     constexpr unsigned threads = 6, itemsEach = 15;
-    const auto throwAway = [&](unsigned thread) {
+    const auto moveAll = [&](unsigned thread) {
         for (unsigned i = 0; i < itemsEach; ++i) {
             const std::string content = std::to_string(thread) + "/" + std::to_string(i);
             Result<TrashedItem> item =
@@ -290,7 +290,7 @@ TEST_F(Trash, itemsThrownAwayAtTheSameTimeAllArrive) {
     };
     std::vector<std::thread> running;
     for (unsigned thread = 0; thread < threads; ++thread)
-        running.emplace_back(throwAway, thread);
+        running.emplace_back(moveAll, thread);
     for (std::thread& thread : running)
         thread.join();
     EXPECT_EQ(namesInFolder(trash_ + "/files").size(), threads * itemsEach);

@@ -278,7 +278,8 @@ TEST(PNGDecoder, aGammaWithinOnePercentOfSRGBsCountsAsSRGB) {
         EXPECT_FALSE(decodeSound(png::codec, calibratedFile(gamma).make()).frame().profile.has_value())
             << gamma;
     for (const double gamma : {0.4495, 0.4595})
-        EXPECT_TRUE(decodeSound(png::codec, calibratedFile(gamma).make()).frame().profile.has_value()) << gamma;
+        EXPECT_TRUE(decodeSound(png::codec, calibratedFile(gamma).make()).frame().profile.has_value())
+            << gamma;
 }
 
 TEST(PNGDecoder, primariesOtherThanSRGBsMakeAProfileEvenWithItsGamma) {
@@ -306,8 +307,8 @@ TEST(PNGDecoder, primariesWithoutAGammaSayNothing) {
 TEST(PNGDecoder, aFileCutShortAnywhereGivesNothing) {
     const Bytes file = indexedFile().make();
     for (std::size_t length = 0; length < file.size(); ++length)
-        EXPECT_TRUE(
-            failsToDecode(png::codec, Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length))))
+        EXPECT_TRUE(failsToDecode(png::codec,
+                                  Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length))))
             << length << " of " << file.size() << " bytes";
 }
 
@@ -321,6 +322,24 @@ TEST(PNGDecoder, damagedPixelsGiveNothing) {
             damaged[position] ^= 0x10;
             EXPECT_TRUE(failsToDecode(png::codec, damaged)) << "byte " << position;
         }
+    }
+}
+
+TEST(PNGDecoder, transparencyInADamagedChunkIsLostAndReported) {
+    PNGFile recipe = indexedFile();
+    recipe.before = [](auto png, auto info) {
+        const png_byte alpha = 0;
+        png_set_PLTE(png, info, palette, 4);
+        png_set_tRNS(png, info, &alpha, 1, nullptr);
+    };
+    Bytes file = recipe.make();
+    const std::string_view name = "tRNS";
+    const auto chunk = std::search(file.begin(), file.end(), name.begin(), name.end());
+    for (const bool isDamaged : {false, true}) {
+        *(chunk + 4) ^= isDamaged;
+        const auto decoder = *png::codec.open(readerOfBytes(file));
+        EXPECT_TRUE(decoder->rows(0, 8).ok());
+        EXPECT_EQ(decoder->damage().has_value(), isDamaged);
     }
 }
 

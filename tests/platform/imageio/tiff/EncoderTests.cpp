@@ -52,7 +52,8 @@ TEST(TIFFEncoder, theResolutionIsRecorded) {
     for (const double perInch : {1.0, 72.0, 72.0 * 1201 / 1200, 299.5, 100'000.0, 123.456789}) {
         EncodingOptions options;
         options.resolution = {perInch, 96};
-        const Decoded decoded = decodeSound(tiff::codec, encodeSound(tiff::encode, makePhoto({2, 2}), options));
+        const Decoded decoded =
+            decodeSound(tiff::codec, encodeSound(tiff::encode, makePhoto({2, 2}), options));
         EXPECT_NEAR(decoded.frame().resolution.horizontal / perInch, 1, 1e-7);
         EXPECT_EQ(decoded.frame().resolution.vertical, 96);
     }
@@ -100,8 +101,8 @@ TEST(TIFFEncoder, aFailureOfTheRowsIsHandedOn) {
 TEST(TIFFEncoder, aFileCutShortAnywhereGivesNothing) {
     const Bytes file = encodeSound(tiff::encode, makePhoto({9, 7}));
     for (std::size_t length = 0; length < file.size(); ++length)
-        EXPECT_TRUE(
-            failsToDecode(tiff::codec, Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length))))
+        EXPECT_TRUE(failsToDecode(tiff::codec,
+                                  Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length))))
             << length;
 }
 

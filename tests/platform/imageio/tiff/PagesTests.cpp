@@ -43,14 +43,14 @@ std::size_t valueAt(const Bytes& file, std::uint16_t tag) {
 }
 
 /// A page whose EXIF directory says "Adobe RGB" and holds a long text.
-Bytes fileWithExif(const char* mode) {
-    Bytes file = makeTIFF(TIFFRecipe{.tags =
-                                         [](TIFF* tiff) {
-                                             TIFFSetField(tiff, TIFFTAG_MAKE, "Maker of cameras");
-                                             TIFFSetField(tiff, TIFFTAG_SOFTWARE, "Test");
-                                             TIFFSetField(tiff, TIFFTAG_EXIFIFD, std::uint64_t{0});
-                                         }},
-                          mode);
+Bytes fileWithExif(const char* mode, TIFFRecipe page = {}) {
+    page.tags = [tags = page.tags](TIFF* tiff) {
+        tags(tiff);
+        TIFFSetField(tiff, TIFFTAG_MAKE, "Maker of cameras");
+        TIFFSetField(tiff, TIFFTAG_SOFTWARE, "Test");
+        TIFFSetField(tiff, TIFFTAG_EXIFIFD, std::uint64_t{0});
+    };
+    Bytes file = makeTIFF(page, mode);
     const bool isBigEndian = file[0] == 'M';
     const auto append = [&](std::uint64_t number, int bytes) {
         for (int i = 0; i < bytes; ++i)
@@ -132,6 +132,15 @@ TEST(TIFFPages, theExifDirectoryIsOfferedAsABlock) {
         EXPECT_NE(text.find("2024:05:06 07:08:09"), std::string::npos);
         EXPECT_EQ(decoded.frame().profile, ColorProfile::adobeRGB());
     }
+}
+
+TEST(TIFFPages, aSubPageThatIsThePictureHasTheExifOfItsPage) {
+    TIFFRecipe preview{.width = 5, .subPages = {pageOfWidth(9)}};
+    preview.tags = [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, FILETYPE_REDUCEDIMAGE); };
+    const Decoded decoded = decodeSound(tiff::codec, fileWithExif("wl", preview));
+    EXPECT_EQ(decoded.pixels.format.width, 9u);
+    EXPECT_FALSE(decoded.exif.empty());
+    EXPECT_EQ(decoded.frame().profile, ColorProfile::adobeRGB());
 }
 
 TEST(TIFFPages, aPageWithoutExifHasNoBlock) {

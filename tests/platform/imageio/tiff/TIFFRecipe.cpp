@@ -104,10 +104,15 @@ void writePage(TIFF* tiff, const TIFFRecipe& page) {
         TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, page.rowsPerStrip);
     }
     page.tags(tiff);
+    const std::vector<std::uint64_t> subPages(page.subPages.size());
+    if (!subPages.empty())
+        TIFFSetField(tiff, TIFFTAG_SUBIFD, static_cast<int>(subPages.size()), subPages.data());
     const bool isPlanar = page.planar == PLANARCONFIG_SEPARATE;
     for (int plane = isPlanar ? 0 : -1; plane < (isPlanar ? page.samples : 0); ++plane)
         (page.tileWidth ? writeTiles : writeStrips)(tiff, page, plane);
     TIFFWriteDirectory(tiff);
+    for (const TIFFRecipe& subPage : page.subPages)
+        writePage(tiff, subPage);
 }
 
 } // namespace

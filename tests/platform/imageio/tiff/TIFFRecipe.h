@@ -22,6 +22,7 @@ struct TIFFRecipe {
     std::function<std::uint32_t(std::uint32_t x, std::uint32_t y, unsigned s)> sample =
         [](auto x, auto y, auto s) { return 13 * x + 29 * y + 71 * s; };
     std::function<void(TIFF*)> tags = [](TIFF*) {};
+    std::vector<TIFFRecipe> subPages = {}; ///< that hang on this page
 
     /// The stored sample, cut to its bits.
     std::uint32_t stored(std::uint32_t x, std::uint32_t y, unsigned s) const {

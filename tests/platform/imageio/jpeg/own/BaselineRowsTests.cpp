@@ -30,7 +30,8 @@ Result<PixelBuffer> all(Result<RowSourcePointer> rows) {
     const RowFormat format{recipe.width, recipe.height, recipe.isGrey ? ColorModel::gray : ColorModel::rgb};
     for (const int eighths : scales) {
         const Result<PixelBuffer> ours = all(jpeg::openBaselineRows(reader, eighths));
-        const Result<PixelBuffer> theirs = all(jpeg::openLibraryRows(reader, format, eighths));
+        const Result<PixelBuffer> theirs =
+            all(jpeg::openLibraryRows(reader, format, eighths, std::make_shared<DamageRecord>()));
         if (!ours || !theirs)
             return ::testing::AssertionFailure() << (ours ? theirs : ours).failure().text;
         if (auto result = testing::samePicture(*ours, *theirs); !result)

@@ -1,0 +1,75 @@
+#include "kestrinectl/ConvertPictureSigns.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <string_view>
+
+namespace kestrine {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr std::string_view extensions[] = {
+    // formats that are read, so that a damaged or empty file does not go unnoticed
+    "jpg", "jpeg", "jpe", "jfif", "png", "tif", "tiff", "gif", "bmp", "dib", "pbm", "pgm", "ppm", "pnm",
+    "webp",
+    // others
+    "heic", "heif", "hif", "avif", "jxl", "jp2", "j2k", "jpf", "jpx", "psd", "psb", "svg", "svgz", "xcf",
+    "exr", "hdr", "ico", "tga", "pcx", "qoi", "dds", "jxr",
+    // camera raw
+    "dng", "3fr", "arw", "cr2", "cr3", "crw", "dcr", "erf", "fff", "iiq", "k25", "kdc", "mef", "mos", "mrw",
+    "nef", "nrw", "orf", "pef", "raf", "rw2", "rwl", "sr2", "srf", "srw", "x3f"};
+
+struct Sign {
+    std::size_t offset;
+    std::string_view bytes;
+};
+constexpr Sign signs[] = {{4, "ftypheic"sv},
+                          {4, "ftypheix"sv},
+                          {4, "ftyphevc"sv},
+                          {4, "ftypheim"sv},
+                          {4, "ftypmif1"sv},
+                          {4, "ftypmsf1"sv},
+                          {4, "ftypavif"sv},
+                          {4, "ftypavis"sv},
+                          {4, "ftypcrx "sv}, // HEIF, AVIF, camera raw
+                          {0, "\xff\x0a"sv},
+                          {4, "JXL \r\n"sv},
+                          {4, "jP  \r\n"sv},
+                          {0, "\xff\x4f\xff\x51"sv}, // JPEG XL, 2000
+                          {0, "8BPS\0"sv},
+                          {0, "gimp xcf"sv},
+                          {0, "qoif"sv},
+                          {0, "\x76\x2f\x31\x01"sv}, // layers, OpenEXR
+                          {0, "FUJIFILMCCD-RAW"sv},
+                          {0, "IIRO"sv},
+                          {0, "IIRS"sv},
+                          {0, "MMOR"sv}, // camera raw
+                          {0, "IIU\0"sv},
+                          {0, "FOVb"sv},
+                          {0, "\0MRM"sv},
+                          {0, "DDS |"sv},
+                          {0, "#?RADIANCE"sv},
+                          {0, "II\xbc\x01"sv}};
+
+bool isAt(const Sign& sign, std::string_view head) {
+    return head.size() >= sign.offset && head.substr(sign.offset).starts_with(sign.bytes);
+}
+
+} // namespace
+
+bool hasNameOfPicture(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().native();
+    extension.erase(0, 1);
+    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return std::tolower(c); });
+    return std::ranges::find(extensions, extension) != std::end(extensions);
+}
+
+bool isForeignPicture(ByteView head) {
+    const std::string_view text(reinterpret_cast<const char*>(head.data()), head.size());
+    return std::ranges::any_of(signs, [&](const Sign& sign) { return isAt(sign, text); });
+}
+
+} // namespace kestrine

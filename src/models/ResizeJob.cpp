@@ -1,0 +1,170 @@
+#include "models/ResizeJob.h"
+
+#include "_MyClasses/Category/FileManagerUtility.h"
+#include "_MyClasses/Category/ImageUtility.h"
+#include "platform/appkit/NSWorkspace.h"
+#include "platform/foundation/NSFileManager.h"
+#include "platform/host/FailureCollector.h"
+#include "platform/host/files/AtomicFile.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/process/StopSignals.h"
+
+namespace kestrine {
+
+namespace {
+
+/// The reason for a nil answer: the last failure is the one that ended the work.
+Failure reasonIn(const FailureCollector& collector) {
+    if (collector.failures().empty())
+        return {Reason::empty, "the set gives no output for it"};
+    return collector.failures().back();
+}
+
+/// Makes what is missing of a folder. Answers the first failure, since those after it follow from it.
+std::optional<Failure> makeFolders(const NSString& path) {
+    const FailureCollector collector;
+    myUtility::makeFoldersToPath(NSFileManager::defaultManager(), path);
+    return collector.failures().empty() ? std::nullopt : std::optional(collector.failures().front());
+}
+
+Result<TrashedItem> moveToTrash(const NSString& path) {
+    NSWorkspace& workspace = NSWorkspace::shared();
+    const std::lock_guard lock(workspace.lock());
+    return workspace.recycle(path.deletingLastPathComponent(), path.lastPathComponent());
+}
+
+/// Answers the path that the result got.
+Result<std::string> publish(const NSData& data, StagedFile* staged, const CandidatePaths& candidates,
+                            Durability durability) {
+    return staged != nullptr ? staged->publish(candidates)
+                             : publishNewFile(candidates, data.bytes(), durability);
+}
+
+/// One run of a job.
+class JobRun {
+public:
+    explicit JobRun(const ResizeJob& job) : job_(job) {}
+
+    JobOutcome apply(const ResizeSet& set) {
+        JobOutcome outcome;
+        const std::shared_ptr<const NSData> data = convert(set, outcome);
+        const bool isWithheld = job_.policy.onlyWithResult && outcome.failure.has_value();
+        const OptionalString folder = outputFolder(set);
+        if (!folder && !outcome.failure)
+            outcome.failure = Failure{Reason::notFound, "there is no folder for the result"};
+        if (isWithheld || !folder)
+            return outcome;
+        outcome.path = folder->appendingPathComponent(set.fileNameForPath(job_.path));
+        if (job_.replacesFile())
+            replace(data.get(), outcome);
+        else
+            write(data.get(), nullptr, Durability::cached, outcome);
+        return outcome;
+    }
+
+private:
+    /// nil, and the outcome says why, when there is to be no result.
+    std::shared_ptr<const NSData> convert(const ResizeSet& set, JobOutcome& outcome) {
+        const FailureCollector collector;
+        const std::shared_ptr<NSImage> image = imageFor(set);
+        auto data = set.resizedImageDataWithFile(job_.path, image);
+        if (image != nullptr)
+            outcome.damage = image->damage();
+        if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
+            outcome.failure = outcome.damage;
+            outcome.isRefused = true;
+            return nullptr;
+        }
+        if (data == nullptr)
+            outcome.failure = reasonIn(collector);
+        return data;
+    }
+
+    OptionalString outputFolder(const ResizeSet& set) const {
+        return job_.replacesFile() ? job_.path.deletingLastPathComponent()
+                                   : set.resizeFolderForPath(job_.saveFolderPath, job_.rootPath);
+    }
+
+    /// The trash comes first, so that the result can take the original's name.
+    void replace(const NSData* data, JobOutcome& outcome) const {
+        std::optional<StagedFile> staged;
+        if (job_.policy.onlyWithResult) {
+            Result<StagedFile> written =
+                StagedFile::write(outcome.path.deletingLastPathComponent().utf8(), data->bytes());
+            if (!written) {
+                outcome.failure = written.failure();
+                return;
+            }
+            staged.emplace(*std::move(written));
+        }
+        const StopSignalsBlocked untilPublished;
+        if (const Result<TrashedItem> trashed = moveToTrash(job_.path))
+            outcome.trashedPath = trashed->path;
+        else
+            outcome.trashFailure = trashed.failure();
+        write(data, staged ? &*staged : nullptr, Durability::synced, outcome);
+    }
+
+    /// To the first free name; the outcome's path becomes the one it got, or would have got.
+    static void write(const NSData* data, StagedFile* staged, Durability durability, JobOutcome& outcome) {
+        const NSString wanted = outcome.path;
+        const std::optional<Failure> folderFailure = makeFolders(wanted.deletingLastPathComponent());
+        outcome.path = uniqueFileName(wanted);
+        if (data == nullptr)
+            return;
+        const NSString first = outcome.path;
+        const auto candidates = [&](unsigned attempt) {
+            return (attempt == 0 ? first : uniqueFileName(wanted)).utf8();
+        };
+        const Result<std::string> written = publish(*data, staged, candidates, durability);
+        outcome.isWritten = written.ok();
+        if (written)
+            outcome.path = NSString::fromUTF8(*written);
+        else
+            outcome.failure = folderFailure.value_or(written.failure());
+    }
+
+    /// A slot whose load failed stays empty and is tried again for the next set that needs it.
+    std::shared_ptr<NSImage> imageFor(const ResizeSet& set) {
+        const bool converts = set.convertResolution() != 0;
+        std::shared_ptr<NSImage>& slot = converts ? converted_ : plain_;
+        if (slot != nullptr)
+            return slot;
+        slot = NSImage::initWithContentsOfFile(job_.path);
+        if (slot == nullptr)
+            return nullptr;
+        if (converts)
+            myUtility::convertResolution(*slot);
+        if (job_.sets.size() > 1)
+            slot->keepPixels();
+        return slot;
+    }
+
+    const ResizeJob& job_;
+    std::shared_ptr<NSImage> plain_;
+    std::shared_ptr<NSImage> converted_;
+};
+
+} // namespace
+
+std::vector<JobOutcome> runJob(const ResizeJob& job) {
+    JobRun run(job);
+    std::vector<JobOutcome> outcomes;
+    for (const auto& set : job.sets)
+        outcomes.push_back(run.apply(*set));
+    return outcomes;
+}
+
+NSString uniqueFileName(const NSString& path) {
+    if (!isTaken(path.utf8()))
+        return path;
+    const NSString stem = path.deletingPathExtension();
+    const NSString extension = path.pathExtension();
+    for (std::uint64_t n = 1;; ++n) {
+        const NSString candidate = stem + u"_" + NSString::fromUTF8(std::to_string(n)) + u"." + extension;
+        if (!isTaken(candidate.utf8()))
+            return candidate;
+    }
+}
+
+} // namespace kestrine

@@ -1,0 +1,68 @@
+#include "platform/host/process/StopSignals.h"
+
+#include <atomic>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+struct StopSignal {
+    int number;
+    const char* name;
+};
+constexpr StopSignal stopSignals[] = {{SIGINT, "SIGINT"}, {SIGTERM, "SIGTERM"}, {SIGHUP, "SIGHUP"}};
+
+std::atomic<int> notedSignal = 0;
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may take no lock");
+
+void noteOrEnd(int number) {
+    int none = 0;
+    if (!notedSignal.compare_exchange_strong(none, number))
+        ::_exit(128 + number);
+}
+
+/// Unless the signal is ignored.
+void setAction(int number, void (*handler)(int)) {
+    struct sigaction before {};
+    if (::sigaction(number, nullptr, &before) != 0 || before.sa_handler == SIG_IGN)
+        return;
+    struct sigaction action {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    ::sigaction(number, &action, nullptr);
+}
+
+} // namespace
+
+StopSignalsBlocked::StopSignalsBlocked() : before_{} {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const StopSignal& signal : stopSignals)
+        ::sigaddset(&signals, signal.number);
+    ::pthread_sigmask(SIG_BLOCK, &signals, &before_);
+}
+
+StopSignalsBlocked::~StopSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+
+StopSignalsNoted::StopSignalsNoted() {
+    notedSignal = 0;
+    for (const StopSignal& signal : stopSignals)
+        setAction(signal.number, noteOrEnd);
+}
+
+StopSignalsNoted::~StopSignalsNoted() {
+    for (const StopSignal& signal : stopSignals)
+        setAction(signal.number, SIG_DFL);
+}
+
+int StopSignalsNoted::noted() { return notedSignal; }
+
+const char* nameOfStopSignal(int number) {
+    for (const StopSignal& signal : stopSignals)
+        if (signal.number == number)
+            return signal.name;
+    return "";
+}
+
+} // namespace kestrine

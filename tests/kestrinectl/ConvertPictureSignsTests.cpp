@@ -1,0 +1,40 @@
+#include "kestrinectl/ConvertPictureSigns.h"
+
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace kestrine {
+
+namespace {
+
+using namespace std::string_view_literals;
+using testing::bytesOf;
+
+} // namespace
+
+TEST(PictureSigns, aNameEndsLikeThatOfAPictureWhateverItsCase) {
+    for (const char* name : {"a.jpg", "p/IMG_1.HEIC", "x.y.NeF", "a.webp"})
+        EXPECT_TRUE(hasNameOfPicture(name)) << name;
+    for (const char* name : {"jpg", "a.jpg.txt", "a.", "", "a.mov", "p.png/a"})
+        EXPECT_FALSE(hasNameOfPicture(name)) << name;
+}
+
+TEST(PictureSigns, formatsThatAreNotReadAreKnownByTheirFirstBytes) {
+    for (const auto head : {"\0\0\0\x18"
+                            "ftypheic"sv,
+                            "\0\0\0\x1c"
+                            "ftypavif...."sv,
+                            "\xff\x0a.."sv, "8BPS\0\1"sv})
+        EXPECT_TRUE(isForeignPicture(bytesOf(head))) << head;
+}
+
+TEST(PictureSigns, otherFilesAreNot) {
+    for (const auto head : {""sv,
+                            "\0\0\0\x18"
+                            "ftypisom"sv,
+                            "words"sv, "8BP"sv, "ftypheic"sv})
+        EXPECT_FALSE(isForeignPicture(bytesOf(head))) << head;
+}
+
+} // namespace kestrine

@@ -1,0 +1,113 @@
+#include "platform/host/process/StopSignals.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+constexpr int numbers[] = {SIGINT, SIGTERM, SIGHUP};
+
+/// How a child process that runs `steps` ends: its exit status, or 1000 plus the signal.
+template <class Steps>
+int endOf(const Steps& steps) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        for (const int number : numbers)
+            (void)std::signal(number, SIG_DFL);
+        steps();
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+}
+
+} // namespace
+
+TEST(StopSignalsBlocked, waitUntilTheEndOfTheScope) {
+    for (const int number : numbers)
+        EXPECT_EQ(endOf([&] {
+                      {
+                          const StopSignalsBlocked scope;
+                          std::raise(number);
+                      }
+                      ::_exit(7);
+                  }),
+                  1000 + number);
+}
+
+TEST(StopSignalsBlocked, doNotEndTheProcessWithinTheScopeAndOthersDo) {
+    EXPECT_EQ(endOf([] {
+                  const StopSignalsBlocked scope;
+                  std::raise(SIGINT);
+                  ::_exit(7);
+              }),
+              7);
+    EXPECT_EQ(endOf([] {
+                  const StopSignalsBlocked scope;
+                  std::raise(SIGUSR1);
+              }),
+              1000 + SIGUSR1);
+}
+
+TEST(StopSignalsBlocked, stayBlockedAfterAnInnerScope) {
+    EXPECT_EQ(endOf([] {
+                  const StopSignalsBlocked outer;
+                  { const StopSignalsBlocked inner; }
+                  std::raise(SIGTERM);
+                  ::_exit(7);
+              }),
+              7);
+}
+
+TEST(StopSignalsNoted, theFirstOfAnyKindIsNotedAndTheSecondEndsTheProcess) {
+    for (const int number : numbers) {
+        EXPECT_EQ(endOf([&] {
+                      const StopSignalsNoted scope;
+                      std::raise(number);
+                      ::_exit(StopSignalsNoted::noted());
+                  }),
+                  number);
+        EXPECT_EQ(endOf([&] {
+                      const StopSignalsNoted scope;
+                      std::raise(SIGTERM);
+                      std::raise(number);
+                  }),
+                  128 + number);
+    }
+}
+
+TEST(StopSignalsNoted, endTheProcessAgainAfterTheScope) {
+    EXPECT_EQ(endOf([] {
+                  { const StopSignalsNoted scope; }
+                  std::raise(SIGINT);
+              }),
+              1000 + SIGINT);
+}
+
+TEST(StopSignalsNoted, anIgnoredSignalStaysIgnored) {
+    EXPECT_EQ(endOf([] {
+                  (void)std::signal(SIGHUP, SIG_IGN);
+                  {
+                      const StopSignalsNoted scope;
+                      std::raise(SIGHUP);
+                      if (StopSignalsNoted::noted() != 0)
+                          ::_exit(1);
+                  }
+                  std::raise(SIGHUP);
+                  ::_exit(7);
+              }),
+              7);
+}
+
+TEST(StopSignals, haveNames) {
+    EXPECT_STREQ(nameOfStopSignal(SIGINT), "SIGINT");
+    EXPECT_STREQ(nameOfStopSignal(SIGHUP), "SIGHUP");
+    EXPECT_STREQ(nameOfStopSignal(SIGUSR1), "");
+}
+
+} // namespace kestrine
