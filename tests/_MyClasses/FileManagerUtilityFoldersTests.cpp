@@ -1,8 +1,8 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "platform/finder/FinderMetadata.h"
-#include "tests/support/SystemFeatures.h"
 #include "tests/support/CurrentFolder.h"
 #include "tests/support/IsolatedProcess.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>

@@ -10,7 +10,8 @@ namespace kestrine {
 inline constexpr int NSCancelButton = 0;
 inline constexpr int NSOKButton = 1;
 
-/// Used on the main thread. Behind an interface, so that programs without a desktop, and tests, bring their own.
+/// Used on the main thread. Behind an interface, so that programs without a desktop, and tests, bring their
+/// own.
 class NSOpenPanel {
 public:
     virtual ~NSOpenPanel() = default;
@@ -21,8 +22,8 @@ public:
     bool canCreateDirectories = false;
     NSString message;
 
-    /// `runModalForDirectory:file:types:` without a start folder, file or types: waits for the person and returns
-    /// NSOKButton or NSCancelButton.
+    /// `runModalForDirectory:file:types:` without a start folder, file or types: waits for the person and
+    /// returns NSOKButton or NSCancelButton.
     virtual int runModal() = 0;
     /// `filename`: the chosen path, after runModal() gave NSOKButton.
     virtual NSString filename() const = 0;

@@ -3,8 +3,8 @@
 #include "platform/host/files/ExtendedAttributes.h"
 #include "platform/host/files/FileDescriptor.h"
 #include "tests/platform/finder/FinderTesting.h"
-#include "tests/support/SystemFeatures.h"
 #include "tests/support/IsolatedProcess.h"
+#include "tests/support/SystemFeatures.h"
 
 #include <cerrno>
 #include <fcntl.h>
