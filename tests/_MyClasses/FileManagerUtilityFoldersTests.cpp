@@ -1,7 +1,7 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "platform/finder/FinderMetadata.h"
-#include "tests/support/SystemFeatures.h"
 #include "tests/support/CurrentFolder.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
