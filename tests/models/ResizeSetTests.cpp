@@ -40,20 +40,20 @@ const std::string_view twoPresets =
 class FakePanel final : public NSOpenPanel {
 public:
     static int answer;
-    static FakePanel* last;
-
-    FakePanel() { last = this; }
     int runModal() override {
         asked = message;
+        allowed = std::string(canChooseFiles ? "files " : "") + (canChooseDirectories ? "folders " : "")
+                  + (canCreateDirectories ? "new " : "") + (allowsMultipleSelection ? "several " : "");
         return answer;
     }
     NSString filename() const override { return u"/chosen/folder"; }
 
     static NSString asked;
+    static std::string allowed;
 };
 int FakePanel::answer = NSOKButton;
-FakePanel* FakePanel::last = nullptr;
 NSString FakePanel::asked;
+std::string FakePanel::allowed;
 
 struct WithFakePanel {
     WithFakePanel() {
@@ -205,6 +205,12 @@ TEST(ResizeSet, aChosenFolderIsStoredWhenThePersonSaysOK) {
     EXPECT_EQ(set->chosenFolderPath(), NSString(u"/chosen/folder"));
     EXPECT_EQ(changes, 1);
     EXPECT_TRUE(FakePanel::asked.contains(u"\"Web\"")) << FakePanel::asked.utf8();
+}
+
+TEST(ResizeSet, thePanelOffersOneFolderWhichMayBeNewAndNoFiles) {
+    const WithFakePanel fake;
+    makeSet(u"Web")->chooseFolder(nullptr);
+    EXPECT_EQ(FakePanel::allowed, "folders new ");
 }
 
 TEST(ResizeSet, aCancelledPanelLeavesTheSetUnchanged) {

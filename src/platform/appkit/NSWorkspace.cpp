@@ -2,8 +2,8 @@
 
 #include "platform/finder/FilePackage.h"
 #include "platform/finder/Finder.h"
-#include "platform/host/process/Environment.h"
 #include "platform/host/FailureCollector.h"
+#include "platform/host/process/Environment.h"
 #include "platform/host/trash/Trash.h"
 
 namespace kestrine {

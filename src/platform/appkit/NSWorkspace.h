@@ -30,7 +30,8 @@ public:
     bool performFileOperation(const NSString& operation, const NSString& source, const NSString& destination,
                               const std::vector<NSString>& files, int* tag = nullptr);
 
-    /// What the recycle operation does with one of its files: where that lies now, or why it stays in its place.
+    /// What the recycle operation does with one of its files: where that lies now, or why it stays in its
+    /// place.
     Result<TrashedItem> recycle(const NSString& source, const NSString& file);
 
     /// `isFilePackageAtPath:`: whether the path is a folder that the desktop shows as one file.
