@@ -16,11 +16,11 @@ using myUtility::ImagePointer;
 /// In the order of FormatType.
 constexpr std::array<const char16_t*, 4> extensions = {u"jpg", u"png", u"tiff", u"gif"};
 
-// The EXIF orientations that are acted on; the half turn and the mirrored ones are not.
+// The EXIF orientations that are handled; the half turn and the mirrored ones are not.
 constexpr int orientationNeedsCounterclockwise = 8;
 constexpr int orientationNeedsClockwise = 6;
 
-/// The EXIF orientation; 0 when there is none, or something else than a number in its place.
+/// The EXIF orientation; 0 when there is none or its value is not a number.
 int orientationOf(const NSString& path) {
     const auto reader = ExifTagReader::initWithPath(path);
     if (reader == nullptr)
@@ -54,7 +54,7 @@ ImagePointer sized(const ImagePointer& image, const ResizeSet& set) {
     return HQ ? myUtility::resizedImageWithSizeHQ(image, size) : myUtility::resizedImageWithSize(image, size);
 }
 
-/// In high quality the longer side is asked one larger.
+/// In high quality the longer side grows by the stored value of highQuality, usually 1.
 ImagePointer sizedByLongerSide(const ImagePointer& image, const ResizeSet& set) {
     if (image == nullptr)
         return nullptr;
