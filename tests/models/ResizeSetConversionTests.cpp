@@ -225,7 +225,7 @@ TEST(Orientation, aWidthIsThatOfTheTurnedPicture) {
 }
 
 TEST(Orientation, anyStoredByteButZeroAsksForTurning) {
-    for (const std::int8_t flag : {1, 2, 127, -1, -128}) {
+    for (const std::int8_t flag : std::initializer_list<std::int8_t>{1, 2, 127, -1, -128}) {
         const auto turns = makeSet(u"S", {{u"resizeType", 3}, {u"autoRotate", flag}});
         EXPECT_EQ(sizeOfTurned(60, 40, turns), (Pixels{40, 60})) << int{flag};
     }
