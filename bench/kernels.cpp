@@ -30,10 +30,12 @@ template <auto add>
 void addWeightedRows(benchmark::State& state) {
     std::vector<std::vector<float>> sums(6, std::vector<float>(sourceWidth * channels));
     std::vector<float*> targets;
+    targets.reserve(sums.size());
     for (auto& sum : sums)
         targets.push_back(sum.data());
     const std::vector<std::vector<float>> rows(4, std::vector<float>(sourceWidth * channels, 0.5F));
     std::vector<const float*> sources;
+    sources.reserve(rows.size());
     for (const auto& row : rows)
         sources.push_back(row.data());
     const std::vector<float> weights(24, 0.1F);

@@ -18,11 +18,11 @@ static_assert(FormatTypeJPEG == static_cast<int>(FileType::jpeg)
               && FormatTypeTIFF == static_cast<int>(FileType::tiff)
               && FormatTypeGIF == static_cast<int>(FileType::gif));
 
-// The EXIF orientations that are acted on; the half turn and the mirrored ones are not.
+// The EXIF orientations that are handled; the half turn and the mirrored ones are not.
 constexpr int orientationNeedsCounterclockwise = 8;
 constexpr int orientationNeedsClockwise = 6;
 
-/// The EXIF orientation; 0 when there is none, or something else than a number in its place.
+/// The EXIF orientation; 0 when there is none or its value is not a number.
 int orientationOf(const NSString& path) {
     const auto reader = ExifTagReader::initWithPath(path);
     if (reader == nullptr)
@@ -56,7 +56,7 @@ ImagePointer sized(const ImagePointer& image, const ResizeSet& set) {
     return HQ ? myUtility::resizedImageWithSizeHQ(image, size) : myUtility::resizedImageWithSize(image, size);
 }
 
-/// In high quality the longer side is asked one larger.
+/// In high quality the longer side grows by the stored value of highQuality, usually 1.
 ImagePointer sizedByLongerSide(const ImagePointer& image, const ResizeSet& set) {
     if (image == nullptr)
         return nullptr;

@@ -4,8 +4,8 @@
 #include "platform/host/files/ExtendedAttributes.h"
 #include "tests/_MyClasses/ExifReading.h"
 #include "tests/_MyClasses/Raised.h"
-#include "tests/support/SystemFeatures.h"
 #include "tests/support/LocalZone.h"
+#include "tests/support/SystemFeatures.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 #include "platform/finder/FinderMetadata.h"
 #include "tests/_MyClasses/CapturedLog.h"
 #include "tests/_MyClasses/SystemVersion.h"
-#include "tests/support/SystemFeatures.h"
 #include "tests/support/FinderPlace.h"
+#include "tests/support/SystemFeatures.h"
 
 #include <gtest/gtest.h>
 

@@ -47,6 +47,15 @@ TEST(WidthForm, aRatioThatComesOutAs100IsTheReceiverToo) {
     EXPECT_EQ(resizedImageWithWidthRatio(loaded.image, 1000.0F, true), loaded.image);
 }
 
+TEST(WidthForm, theLengthIsTheRoundedProductOfTheRatioAndNotTheTarget) {
+    const float side = 21, target = 11;
+    const float ratio = target / side;
+    const float product = ratio * side;
+    ASSERT_NE(product, target);
+    EXPECT_EQ(resizedImageWithWidthRatio(LoadedImage(21, 5).image, target, false)->size().width, product);
+    EXPECT_EQ(resizedImageWithHeightRatio(LoadedImage(5, 21).image, target, false)->size().height, product);
+}
+
 TEST(HighQuality, aSmallAspectCorrectionIsDroppedAndTheCropIsOnePixel) {
     const LoadedImage loaded(1000, 750);
     const ImagePointer result = resizedImageWithSizeHQ(loaded.image, {500, 375});
@@ -122,12 +131,11 @@ TEST(MaximumSize, theLongerSideDecidesAndHighQualityAddsItsFlagToTheLength) {
         signed char HQ;
         NSSize expected;
     } rows[] = {
-        {64, 32, 0, {16, 8}},   // by the width
-        {32, 64, 0, {8, 16}},   // by the height
-        {64, 64, 0, {16, 16}},  // a square by the height
-        {300, 600, 1, {8, 17}}, // 17 high, and 8.5 wide: half a pixel is lost
-        {600, 300, 1, {17, 8}},
-        {300, 600, 2, {9, 18}}, // any flag but 0 is yes and counts as it is
+        {64, 32, 0, {16, 8}},                           // by the width
+        {32, 64, 0, {8, 16}},                           // by the height
+        {64, 64, 0, {16, 16}},                          // a square by the height
+        {300, 600, 1, {8, 17}},                         // 17 high, and 8.5 wide: half a pixel is lost
+        {600, 300, 1, {17, 8}}, {300, 600, 2, {9, 18}}, // any flag but 0 is yes and counts as it is
     };
     for (const auto& row : rows) {
         const LoadedImage loaded(row.width, row.height);

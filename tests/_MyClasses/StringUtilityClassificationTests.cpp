@@ -187,7 +187,8 @@ TEST_F(StringUtilityClassification, anyDoubleCanBeAByteCount) {
     EXPECT_EQ(byteSize(Limits::infinity()), NSString(u"infTB"));
     EXPECT_EQ(byteSize(-Limits::infinity()), NSString(u"-infB"));
     EXPECT_EQ(byteSize(Limits::max()).length(), 299u) << "297 digits and the unit";
-    EXPECT_EQ(byteSize(Limits::lowest()).length(), 313u) << "a minus, 309 digits, one after the decimal point";
+    EXPECT_EQ(byteSize(Limits::lowest()).length(), 313u)
+        << "a minus, 309 digits, one after the decimal point";
 }
 
 TEST_F(StringUtilityClassification, aLineBreakModeAppliesToTheWholeString) {

@@ -6,8 +6,8 @@
 #include "platform/carbon/FinderEvents.h"
 #include "platform/finder/FinderMetadata.h"
 #include "platform/finder/FinderPath.h"
-#include "tests/support/SystemFeatures.h"
 #include "tests/support/FinderPlace.h"
+#include "tests/support/SystemFeatures.h"
 
 #include <gtest/gtest.h>
 

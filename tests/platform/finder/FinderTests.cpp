@@ -1,8 +1,8 @@
 // Copying and moving items, within one file system and between two.
 #include "platform/host/files/ExtendedAttributes.h"
 #include "tests/platform/finder/FinderTesting.h"
-#include "tests/support/SystemFeatures.h"
 #include "tests/support/IsolatedProcess.h"
+#include "tests/support/SystemFeatures.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -19,8 +19,8 @@ constexpr int fullColorQuality = 90;
 constexpr std::uint64_t maxOptimisedPixels = 8'000'000;
 
 struct Output {
-    jpeg_destination_mgr
-        manager; ///< the first member, so that the library's pointer to it is one to the Output
+    /// The first member, so that the library's pointer to it is one to the Output.
+    jpeg_destination_mgr manager;
     Bytes* bytes;
     std::array<std::uint8_t, 64 * 1024> buffer;
 };

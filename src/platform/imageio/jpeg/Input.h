@@ -12,7 +12,8 @@ namespace kestrine::jpeg {
 /// A file that ends too early is continued with an EOI marker, so that the existing part is decoded and the
 /// rest is grey, as in viewers.
 struct Input {
-    jpeg_source_mgr manager; ///< the first member, so that the library's pointer to it is one to the Input
+    /// The first member, so that the library's pointer to it is one to the Input.
+    jpeg_source_mgr manager;
     const ByteReader* reader;
     std::uint64_t offset;
     bool hasEnded; ///< whether the library asked for more bytes than the file has

@@ -17,7 +17,8 @@ namespace kestrine::jpeg {
 
 /// Stores the library's error. Warnings are not errors: damaged pictures are decoded as far as possible.
 struct Errors {
-    jpeg_error_mgr manager; ///< the first member, so that the library's pointer to it is one to the Errors
+    /// The first member, so that the library's pointer to it is one to the Errors.
+    jpeg_error_mgr manager;
     std::jmp_buf onError;
     char text[JMSG_LENGTH_MAX];
     char damage[JMSG_LENGTH_MAX]; ///< the first warning that reports made-up pixels; empty if there is none

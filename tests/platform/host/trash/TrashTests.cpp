@@ -138,11 +138,12 @@ TEST_F(Trash, theDiskSpaceOfAFolderIsRecorded) {
 
 TEST_F(Trash, theDiskSpaceIncludesAllLevelsAndEachFileOnce) {
     folder_.write("work/album/a/b/c.jpg", std::string(100'000, 'x'));
+    folder_.write("work/album/a/b/d.jpg", std::string(50'000, 'x'));
     std::filesystem::create_hard_link(work_ + "/album/a/b/c.jpg", work_ + "/album/again.jpg");
     const Result<TrashedItem> item = trash(work_ + "/album");
     ASSERT_TRUE(item);
     std::uint64_t space = 0;
-    for (const char* part : {"", "/a", "/a/b", "/a/b/c.jpg"}) {
+    for (const char* part : {"", "/a", "/a/b", "/a/b/c.jpg", "/a/b/d.jpg"}) {
         struct stat status {};
         ASSERT_EQ(::stat((item->path + part).c_str(), &status), 0);
         space += static_cast<std::uint64_t>(status.st_blocks) * 512;

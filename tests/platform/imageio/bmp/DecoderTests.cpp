@@ -197,7 +197,7 @@ TEST(BMPDecoder, palettesOfWrongLengthsAreAccepted) {
         samples);
 }
 
-TEST(BMPDecoder, withoutAnOffsetThePixelsFollowThePalette) {
+TEST(BMPDecoder, withoutAValidOffsetThePixelsFollowThePalette) {
     EXPECT_EQ(samplesOf(BMPFile{.height = 1,
                                 .bits = 8,
                                 .colorsUsed = 4,
@@ -206,7 +206,8 @@ TEST(BMPDecoder, withoutAnOffsetThePixelsFollowThePalette) {
                                 .pixelOffset = 0}
                             .make()),
               colored({3, 0, 2}));
-    EXPECT_EQ(samplesOf(BMPFile{.pixels = rows24, .pixelOffset = 0}.make()), samples24);
+    for (const std::uint32_t insideTheHeader : {0u, 20u, 53u})
+        EXPECT_EQ(samplesOf(BMPFile{.pixels = rows24, .pixelOffset = insideTheHeader}.make()), samples24);
     // Pixels of 24 bits do not use the colours, which are for screens with few colours.
     EXPECT_EQ(
         samplesOf(BMPFile{.colorsUsed = 4, .palette = fourColors, .pixels = rows24, .pixelOffset = 0}.make()),

@@ -93,24 +93,6 @@ TEST(JPEGDamage, bytesBeforeARestartMarkerAreDamageButNotBeforeAHeaderSegment) {
     EXPECT_FALSE(damageOf(withInserted(file, markerPosition(file, 0xDB), {1, 2, 3})));
 }
 
-TEST(JPEGScans, fiveHundredAreReadAndMoreAreRefused) {
-    const Bytes file = makeJPEG({.isGrey = true, .isProgressive = true});
-    std::size_t scans = 0, last = 0;
-    for (std::size_t at = markerPosition(file, 0xDA); at < file.size();
-         at = markerPosition(file, 0xDA, at + 2)) {
-        ++scans;
-        last = at;
-    }
-    const Bytes lastScan(file.begin() + static_cast<std::ptrdiff_t>(last), file.end() - 2);
-    for (const std::size_t wanted : {500u, 501u}) {
-        Bytes copies;
-        for (std::size_t i = scans; i < wanted; ++i)
-            copies.insert(copies.end(), lastScan.begin(), lastScan.end());
-        const auto source = *Source::open(readerOfBytes(withInserted(file, last, copies)));
-        EXPECT_EQ(source->rows(0, 8).ok(), wanted == 500) << wanted;
-    }
-}
-
 TEST(JPEGDamage, isTheSameWithoutOurOwnDecoder) {
     const Bytes whole = makeJPEG(photo), damaged = shortened(whole, 300);
     for (const Bytes& file : {whole, damaged}) {
