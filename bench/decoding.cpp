@@ -1,5 +1,5 @@
-// Compares our own JPEG decoder with the general library: rows of pixels from JPEG files at every scale, on
-// one thread, both in turn. Prints the medians in milliseconds of processor time and the median of the
+// Compares the speed of our own JPEG decoder with libjpeg-turbo. Decodes the given files at every scale with
+// both in turn, on one thread. Prints the medians in milliseconds of processor time, and the median of the
 // ratios.
 #include "platform/host/files/ByteReader.h"
 #include "platform/imageio/jpeg/LibraryRows.h"
@@ -20,7 +20,7 @@ namespace {
 
 constexpr int pairs = 11;
 
-/// The whole file, so that reading it is no part of what is measured; ends the program without it.
+/// Reads the whole file, so that reading is not measured. Ends the program on failure.
 Bytes contentsOf(const char* path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
@@ -42,7 +42,7 @@ double median(std::vector<double> values) {
     return *middle;
 }
 
-/// How long it takes from opening a file to its last row.
+/// The time from opening a file to its last row.
 template <class Open>
 double millisecondsFor(const Open& open) {
     const double start = processorMilliseconds();

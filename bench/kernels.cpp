@@ -1,14 +1,15 @@
-// The inner loops of a 24 megapixel JPEG decoded at half size (3000 pixels wide) and scaled to 1200.
+// Measures the inner loops for a JPEG of 24 megapixels, decoded at half size (3000 pixels wide) and scaled to
+// 1200.
 
 #include "platform/coregraphics/ColumnFilter.h"
 #include "platform/coregraphics/Resampler.h"
 #include "platform/coregraphics/SampleConversion.h"
+#include "platform/coregraphics/kernels/ResampleRows.h"
+#include "platform/coregraphics/kernels/ResampleRows_reference.h"
 #include "platform/imageio/jpeg/kernels/ChromaUpsampling.h"
 #include "platform/imageio/jpeg/kernels/ChromaUpsampling_reference.h"
 #include "platform/imageio/jpeg/kernels/InverseDCT.h"
 #include "platform/imageio/jpeg/kernels/InverseDCT_reference.h"
-#include "platform/coregraphics/kernels/ResampleRows.h"
-#include "platform/coregraphics/kernels/ResampleRows_reference.h"
 #include "platform/imageio/jpeg/kernels/YCbCrToRGB.h"
 #include "platform/imageio/jpeg/kernels/YCbCrToRGB_reference.h"
 
@@ -24,15 +25,17 @@ constexpr std::uint32_t sourceWidth = 3000, resultWidth = 1200;
 constexpr std::size_t channels = 3;
 const AxisMap halfTo1200 = {1200.0 / 3000, 0, resultWidth};
 
-/// Six sums, four rows at once.
+/// Adds four rows to six sums.
 template <auto add>
 void addWeightedRows(benchmark::State& state) {
     std::vector<std::vector<float>> sums(6, std::vector<float>(sourceWidth * channels));
     std::vector<float*> targets;
+    targets.reserve(sums.size());
     for (auto& sum : sums)
         targets.push_back(sum.data());
     const std::vector<std::vector<float>> rows(4, std::vector<float>(sourceWidth * channels, 0.5F));
     std::vector<const float*> sources;
+    sources.reserve(rows.size());
     for (const auto& row : rows)
         sources.push_back(row.data());
     const std::vector<float> weights(24, 0.1F);
@@ -43,7 +46,7 @@ void addWeightedRows(benchmark::State& state) {
 BENCHMARK(addWeightedRows<kernels::addWeightedRows>)->Name("addWeightedRows/vector");
 BENCHMARK(addWeightedRows<kernels::reference::addWeightedRows>)->Name("addWeightedRows/plain");
 
-/// Eight rows at once.
+/// Weighs eight rows at once.
 template <auto weigh>
 void weighRows(benchmark::State& state) {
     const FilterWeights weights(ResampleFilter::lanczos, halfTo1200, sourceWidth);
@@ -86,8 +89,8 @@ void fromLight(benchmark::State& state) {
 }
 BENCHMARK(fromLight);
 
-/// Arguments: size of a square, last zigzag index, distance of neighbouring squares in squares.
-/// An item is a pixel of the whole picture, 64 for each of 16 blocks.
+/// Arguments: size of a square, last zigzag index, distance between neighbouring squares in squares. An item
+/// is a pixel of the whole picture, 64 for each of 16 blocks.
 template <auto transform>
 void inverseDCT(benchmark::State& state) {
     const auto size = static_cast<int>(state.range(0)), lastNonZero = static_cast<int>(state.range(1));
@@ -111,7 +114,7 @@ BENCHMARK(inverseDCT<kernels::reference::inverseDCT>)
     ->Name("inverseDCT/plain")
     ->ArgsProduct({{8, 4, 2, 1}, {everything}, {1}});
 
-/// An item of this and the next ones is a pixel that comes out.
+/// Here and below an item is a pixel of the result.
 template <auto upsample>
 void upsampleRow(benchmark::State& state) {
     const Bytes row(sourceWidth, 100);
@@ -145,7 +148,7 @@ void upsampleDown(benchmark::State& state) {
 BENCHMARK(upsampleDown<kernels::upsampleH1V2Fancy>)->Name("upsampleH1V2Fancy/vector");
 BENCHMARK(upsampleDown<kernels::reference::upsampleH1V2Fancy>)->Name("upsampleH1V2Fancy/plain");
 
-/// The argument: how often a sample is repeated.
+/// Argument: how often a sample is repeated.
 void replicate(benchmark::State& state) {
     const auto times = static_cast<int>(state.range(0));
     const Bytes row(sourceWidth, 100);

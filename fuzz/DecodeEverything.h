@@ -1,4 +1,4 @@
-// What the fuzzers of the picture formats share.
+// DecodeEverything: shared by the fuzzers of the picture formats.
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
@@ -8,7 +8,8 @@
 
 namespace kestrine::fuzzing {
 
-/// Asks a codec for everything that an engine would: header, all frames of at most `affordablePixels`, metadata.
+/// Calls all functions of a codec and its decoder: header, metadata, and all frames of at most
+/// `affordablePixels`.
 inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, std::size_t size,
                              std::uint64_t affordablePixels = 1 << 20) {
     if (!codec.recognises(ByteView(data, std::min<std::size_t>(size, 64))))

@@ -1,5 +1,5 @@
-// A parameter text up to the first zero byte, and behind it the bytes of descriptors of every kind: read or
-// refused, and a text that was read gives an event that has its fields. No event is sent.
+// The input is a parameter string up to the first zero byte, then the bytes of descriptors of every kind. All
+// of it is read or refused. A string that was read gives an event with its fields. No event is sent.
 #include "platform/carbon/AEBuild.h"
 #include "platform/carbon/Coercions.h"
 #include "platform/carbon/DescriptorData.h"

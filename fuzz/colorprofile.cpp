@@ -1,4 +1,5 @@
-// Embedded profiles: any bytes must be refused or read, give curves that lead back, and convert pixels.
+// Reads any bytes as an ICC profile. If they are accepted, the curves must be invertible, and pixels can be
+// converted.
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/coregraphics/ToneCurve.h"

@@ -1,4 +1,5 @@
-// Whatever the source block: what is carried fits a segment, and carrying it again changes nothing.
+// Reads any bytes as an EXIF block. The carried block must fit a segment, and carrying it again must not
+// change it.
 #include "platform/imageio/exif/ExifBlock.h"
 
 #include <cstdlib>

@@ -1,6 +1,6 @@
-// Whatever the file: the reader keeps to its limits, every accessor of the table answers or raises one of the
-// two exceptions that are named for it, and a display accessor has a text for people exactly when its value
-// accessor has a value.
+// Reads any bytes as a picture file with EXIF. The reader must keep its limits, every accessor of the table
+// must return or raise one of the two allowed exceptions, and a display accessor must give a string exactly
+// if its value accessor has a value.
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "platform/foundation/NSException.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 using namespace kestrine;
 
-/// Whether `accessor` answers; otherwise it must raise what accessors may.
+/// Whether `accessor` returns. If not, it must raise an allowed exception.
 template <class Accessor>
 bool answers(Accessor accessor) {
     try {
@@ -30,7 +30,7 @@ void require(bool holds) {
         std::abort();
 }
 
-/// Both raise, or both answer: "N/A" for nil, and else some text.
+/// Both must raise, or both must return: `display` "N/A" for nil, otherwise a string that is not empty.
 template <class Value, class Display>
 void requireDisplayOf(Value value, Display display) {
     bool isNil = false;

@@ -1,5 +1,5 @@
-// What desktops, Macs and file servers leave in attributes and sidecars: whatever the bytes, a value that was
-// put into them is read again, and a container keeps its size and its other entries.
+// Reads any bytes as the attributes and sidecar files of desktops, Macs and file servers. A value that is
+// written into them must be read again, and a container must keep its size and its other entries.
 #include "platform/finder/AppleDouble.h"
 #include "platform/finder/StoredForms.h"
 

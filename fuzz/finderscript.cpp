@@ -1,5 +1,5 @@
-// Scripts of any text are read or refused; and whatever the names of files, a script that is formed of them
-// and may be run says exactly these names.
+// Reads any bytes as a script, and makes scripts with any file names. A script that is made and accepted must
+// contain exactly these names.
 #include "_MyClasses/Category/FinderScripts.h"
 #include "platform/appkit/AppleScriptParser.h"
 

@@ -1,5 +1,5 @@
-// Takes any bytes through the GIF decoder, all that an engine would ask of it. An opaque picture that comes
-// out has at most 256 colours, so written as a GIF again it must come back unchanged.
+// Decodes any bytes as a GIF. A decoded opaque picture has at most 256 colours, so encoding and decoding it
+// again must not change it.
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/imageio/Codecs.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 using namespace kestrine;
 
-/// A side of a GIF fits 16 bits.
+/// The sides of a GIF have 16 bits.
 bool isSmall(const RowFormat& format) {
     return !format.hasAlpha && format.width < 65536 && format.height < 65536;
 }

@@ -1,8 +1,8 @@
-// Takes any bytes as the compressed pixels of a PNG picture, with right checksums of the chunks, through the
-// fast way and through libpng: both must give the same.
-#include "platform/imageio/png/LibraryRows.h"
+// Puts the input as compressed pixels into a PNG file with correct checksums of the chunks. The fast decoder
+// and libpng must give the same result.
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/host/BigEndian.h"
+#include "platform/imageio/png/LibraryRows.h"
 #include "platform/imageio/png/fast/Chunk.h"
 #include "platform/imageio/png/fast/FastRows.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t recipeBytes = 4;
 
-/// The first bytes choose kind, size, and how the rest is cut into chunks.
+/// The first bytes choose the kind, the size, and the length of the chunks.
 Bytes makeFile(ByteView data) {
     constexpr std::uint8_t colorTypes[] = {0, 2, 4, 6, 3};
     const std::uint8_t kind = data[0] % 9;
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     RowSourcePointer fastRows = png::openFastRows(*reader, file);
     if (!fastRows)
-        std::abort(); // ISA-L is missing, or a kind was left out
+        std::abort(); // ISA-L is not installed, or a kind is not supported
     const Result<PixelBuffer> fast = pixelsOf(std::move(fastRows));
     const Result<PixelBuffer> expected = pixelsOf(std::make_unique<png::LibraryRows>(std::move(reader)));
     if (fast.ok() != expected.ok() || (fast && fast->bytes != expected->bytes))

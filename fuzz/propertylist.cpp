@@ -1,4 +1,5 @@
-// Property lists in either form: whatever passes the bounds must be read, searched and written without harm.
+// Reads any bytes as a property list in both forms. Those within the bounds must be read, searched and
+// written without errors.
 #include "platform/foundation/propertylist/PropertyList.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {

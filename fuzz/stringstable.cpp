@@ -1,4 +1,4 @@
-// Strings tables in any encoding: read or refused, never more text than there was.
+// Reads any bytes as a strings table. The strings must not be longer than the input.
 #include "platform/foundation/text/StringsTable.h"
 
 #include <cstdlib>

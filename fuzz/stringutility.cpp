@@ -1,5 +1,5 @@
-// Markup, escaping and search words of any text: what is left holds no more of what was to go. Removing all
-// spans at once gives what removing one after the other does.
+// Removes markup, escapes and search words from any string. The result must not contain them, and removing
+// all spans at once must give the same result as removing them one by one.
 #include "_MyClasses/Category/StringUtility.h"
 
 #include <algorithm>
@@ -7,14 +7,15 @@
 
 namespace {
 
-constexpr std::size_t longestStepwise = 1000; // the steps take the square of the length
+constexpr std::size_t longestStepwise = 1000; // removing one by one takes quadratic time
 
 void require(bool condition) {
     if (!condition)
         std::abort();
 }
 
-/// The first code units of `text` are the delimiters: one or two each, by the first unit's last two bits.
+/// The first code units of `text` are the two delimiters. The last two bits of the first unit define their
+/// lengths, 1 or 2.
 void requireStepsOfRemoval(const kestrine::NSString& text) {
     using namespace kestrine;
     if (text.length() < 6)

@@ -1,4 +1,5 @@
-// Text in any encoding: detection always finds one, and never makes more text than there were bytes.
+// Detects the encoding of any bytes. There must always be one, and the string must not be longer than the
+// bytes.
 #include "_MyClasses/Category/StringUtility.h"
 #include "platform/foundation/text/NSStringEncoding.h"
 

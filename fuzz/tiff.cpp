@@ -1,4 +1,4 @@
-// Takes any bytes through the TIFF decoder.
+// Decodes any bytes as a TIFF file.
 #include "fuzz/DecodeEverything.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,4 +1,5 @@
-// Unarchives any bytes; what can be read can be written, and that reads and writes again to the same bytes.
+// Unarchives any bytes. What can be read can be archived, and reading and archiving that again gives the same
+// bytes.
 #include "platform/foundation/archiving/ArchivedFields.h"
 
 #include <cstdlib>
@@ -49,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const auto written = NSArchiver::archivedDataWithRootObject(*first, classes);
     if (!written) {
-        // The one thing that is read and cannot be written: an index set beyond 32 bits.
+        // The only object that can be read but not archived: an index set beyond 32 bits.
         require(written.failure().reason == Reason::tooLarge);
         return 0;
     }

@@ -1,4 +1,4 @@
-// Takes any bytes through the WebP decoder.
+// Decodes any bytes as a WebP file.
 #include "fuzz/DecodeEverything.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

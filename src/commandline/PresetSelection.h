@@ -13,9 +13,9 @@ struct PresetSelection {
 };
 
 /// `arguments` begins with the program's name.
-///   -l anywhere          lists the sets, whatever else is said
-///   -set NAME FILE...    the first set of exactly this name; what stands before -set is ignored
-///   FILE...              the sets of the stored selection; a last -set is a file too
+///   -l anywhere          lists the sets; all other arguments are ignored
+///   -set NAME FILE...    the first set of exactly this name; arguments before -set are ignored
+///   FILE...              the sets of the stored selection; -set as the last argument is a file
 PresetSelection selectPresets(const std::vector<NSString>& arguments, const ResizeSets& stored,
                               const NSIndexSet& selection);
 

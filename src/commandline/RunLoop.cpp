@@ -1,8 +1,8 @@
 #include "commandline/RunLoop.h"
 
 #include "models/ResizeUnit.h"
-#include "platform/foundation/text/FormatText.h"
 #include "platform/foundation/NSCollections.h"
+#include "platform/foundation/text/FormatText.h"
 
 #include <exception>
 

@@ -1,4 +1,4 @@
-// RunLoop: one job and one progress line a file.
+// RunLoop: one job and one progress line per file.
 #pragma once
 
 #include "commandline/PresetSelection.h"
@@ -6,11 +6,11 @@
 
 namespace kestrine {
 
-/// Writes the names of the sets, each used as format text, one a line.
+/// Writes the names of the sets, each used as a format string, one per line.
 void listSets(const ResizeSets& sets, StandardOutput& output);
 
-/// Applies the sets to each file, in order. `PWD` is what file arguments are relative to; without it nothing
-/// is touched. A file that fails, for whatever reason, completes its line like any other.
+/// Applies the sets to each file, in order. File arguments are relative to `PWD`; without it no file
+/// is touched. The line of a file is completed even if the job fails.
 void convertFiles(const PresetSelection& selection, const OptionalString& PWD, StandardOutput& output);
 
 /// The path for a file argument: as typed when it contains "/Volumes" or "~/", else below `PWD`, absolute

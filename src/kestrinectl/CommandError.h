@@ -6,7 +6,7 @@
 
 namespace kestrine {
 
-/// The message says what is wrong and what to do, without the program's name. Exit status 1.
+/// The message says what is wrong and what to do, without the program's name.
 class CommandError : public std::runtime_error {
 public:
     explicit CommandError(const std::string& text, int status = 1)

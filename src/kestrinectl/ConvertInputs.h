@@ -40,8 +40,8 @@ struct ConvertInputs {
 /// A folder that was typed is always searched. Ends early when a stop signal was noted.
 ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search);
 
-/// The same text for the same place, whatever links lead there; the path itself when the system does not
-/// tell.
+/// The same path for the same place, whatever links lead there; the given path if the system cannot resolve
+/// it.
 std::filesystem::path canonicalPath(const std::filesystem::path& path);
 
 } // namespace kestrine

@@ -12,6 +12,7 @@ namespace {
 void printResult(const ConvertResult& result) {
     for (const std::string& line : result.lines)
         printLine(line);
+    std::cout.flush();
     for (const std::string& warning : result.warnings)
         printWarning(warning);
     for (const std::string& complaint : result.complaints)

@@ -1,13 +1,13 @@
-// ShownPath: how messages write the path of a file.
+// ShownPath: paths in what a person reads.
 #pragma once
 
 #include <string>
 
 namespace kestrine {
 
-/// The path in its shortest form that surely means the same: without "." and repeated or final slashes, as in
-/// "a/b" for "./a//b/". ".." stays, since it need not lead back where a link was followed, and so does "./"
-/// before a dash. Pure.
+/// The shortest path that surely means the same: without "." and repeated or final slashes, as in "a/b" for
+/// "./a//b/". ".." stays, since it need not lead back where a link was followed, and so does "./" before a
+/// dash. Looks at no file.
 std::string shownPath(const std::string& path);
 
 } // namespace kestrine

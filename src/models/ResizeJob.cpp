@@ -20,7 +20,7 @@ Failure reasonIn(const FailureCollector& collector) {
     return collector.failures().back();
 }
 
-/// Makes what is missing of a folder. Answers the first failure, since those after it follow from it.
+/// Creates the missing folders of a path. Returns the first failure, because later ones follow from it.
 std::optional<Failure> makeFolders(const NSString& path) {
     const FailureCollector collector;
     myUtility::makeFoldersToPath(NSFileManager::defaultManager(), path);
@@ -33,7 +33,7 @@ Result<TrashedItem> moveToTrash(const NSString& path) {
     return workspace.recycle(path.deletingLastPathComponent(), path.lastPathComponent());
 }
 
-/// Answers the path that the result got.
+/// Returns the path that the result got.
 Result<std::string> publish(const NSData& data, StagedFile* staged, const CandidatePaths& candidates,
                             Durability durability) {
     return staged != nullptr ? staged->publish(candidates)
@@ -63,7 +63,7 @@ public:
     }
 
 private:
-    /// nil, and the outcome says why, when there is to be no result.
+    /// nil if there is to be no result; the outcome then has the reason.
     std::shared_ptr<const NSData> convert(const ResizeSet& set, JobOutcome& outcome) {
         const FailureCollector collector;
         const std::shared_ptr<NSImage> image = imageFor(set);

@@ -26,7 +26,7 @@ struct ResizeJob {
     ResizeSets sets;               ///< to apply, in order; none is null
     JobPolicy policy;
 
-    /// Whether the result takes the original's place: one set only, and it says so.
+    /// Whether the result replaces the original: there is one set only, and it is a replacing one.
     bool replacesFile() const { return sets.size() == 1 && sets.front()->replaceFile() != 0; }
 };
 
@@ -41,7 +41,7 @@ struct JobOutcome {
     std::string trashedPath;             ///< where the original lies in the trash; "" when it does not
 };
 
-/// Runs the job on this thread and answers one outcome per set, in their order. A file is decoded once as it
+/// Runs the job on this thread and returns one outcome per set, in their order. A file is decoded once as it
 /// is and once with its resolution converted, as far as the sets ask for either. What a set's conversion
 /// raises goes to the caller. From just before an original goes to the trash until its result is published
 /// or has failed, the signals that would end the process wait.

@@ -1,4 +1,4 @@
-// The text dump, with empty tables unless a test says so.
+// The description, with empty strings tables unless a test sets one.
 #include "platform/foundation/NSBundle.h"
 #include "tests/_MyClasses/ExifReading.h"
 #include "tests/_MyClasses/Raised.h"
@@ -29,7 +29,7 @@ TEST_F(ExifAccessorDescription, aPictureWithoutListedTagsIsThreeEmptyLines) {
     EXPECT_EQ(description({.ifd0 = {exifShorts(0x0112, {6})}}), "\n\n\n");
 }
 
-TEST_F(ExifAccessorDescription, allEntriesStandInTheirOrder) {
+TEST_F(ExifAccessorDescription, allEntriesAreInOrder) {
     const ExifContent full{.ifd0 = {exifText(0x010f, "Kappa"), exifText(0x0110, "K 1")},
                            .exifSubIFD = {exifRationals(0x829a, {1, 125}),
                                           exifRationals(0x829d, {28, 10}),
@@ -85,13 +85,18 @@ TEST_F(ExifAccessorDescription, aMakerThatIsLiterallyNotAvailableIsLeftOut) {
     EXPECT_EQ(description({.ifd0 = {exifText(0x010f, "")}}), "maker : \n\n\n\n");
 }
 
-TEST_F(ExifAccessorDescription, rawValuesThatAreNoTextAreShownAsThePlatformPrintsThem) {
+TEST_F(ExifAccessorDescription, rawValuesThatAreNotStringsAreShownInThePlatformsFormat) {
     EXPECT_EQ(
         description({.ifd0 = {exifBytes(0x010f, {1, 2, 0xab, 4, 5}), exifSignedShorts(0x0110, {7, -1})}}),
         "maker : <0102ab04 05>\ncameraName : (\n    7,\n    \"-1\"\n)\n\n\n\n");
 }
 
-TEST_F(ExifAccessorDescription, whatAnAccessorRaisesGoesThrough) {
+TEST_F(ExifAccessorDescription, numbersWithAPointOrAnExponentAreQuoted) {
+    EXPECT_EQ(description({.ifd0 = {exifDoubles(0x010f, {1.5, 1e+20, 2})}}),
+              "maker : (\n    \"1.5\",\n    \"1e+20\",\n    2\n)\n\n\n\n");
+}
+
+TEST_F(ExifAccessorDescription, exceptionsOfTheAccessorsReachTheCaller) {
     EXPECT_EQ(raisedName([&] { (void)description({.exifSubIFD = {exifText(0x829d, "2.8")}}); }),
               "NSInvalidArgumentException");
     EXPECT_EQ(raisedName([&] { (void)description({.exifSubIFD = {exifShorts(0x829d, {28})}}); }),
@@ -108,7 +113,7 @@ TEST_F(ExifAccessorDescription, aFileWithoutExifSaysSoInTheUsersLanguage) {
     EXPECT_EQ(ExifTagReader::tagDictionaryWithPath(path), nullptr);
 }
 
-TEST_F(ExifAccessorDescription, aFileNamedPngGetsNoReader) {
+TEST_F(ExifAccessorDescription, aFileNamedPngHasNoReader) {
     const ExifContent content{.ifd0 = {exifText(0x010f, "Kappa")}};
     const NSString path = NSString::fromUTF8(folder.write("photo.png", jpegFile(content)));
     EXPECT_EQ(ExifTagReader::tagDescriptionWithPath(path, &noTexts),
@@ -123,7 +128,7 @@ TEST_F(ExifAccessorDescription, aFileThatCannotBeOpenedIsThreeEmptyLines) {
     EXPECT_EQ(ExifTagReader::tagDescriptionWithPath(path, &noTexts), NSString(u"\n\n\n"));
 }
 
-TEST_F(ExifAccessorDescription, theTagDictionaryOfAFileIsTheReaders) {
+TEST_F(ExifAccessorDescription, theTagDictionaryOfAFileIsThatOfItsReader) {
     const ReadFile file(ExifContent{.ifd0 = {exifText(0x010f, "Kappa")}});
     EXPECT_EQ(shown(ExifTagReader::tagDictionaryWithPath(NSString::fromUTF8(file.path())), "IFD0", 0x010f),
               "text Kappa");

@@ -1,4 +1,4 @@
-// Camera values as numbers and as texts. Tables are empty here: a key with no text shows itself.
+// Camera values as numbers and as strings. The strings tables are empty here, so keys show themselves.
 #include "platform/foundation/NSBundle.h"
 #include "platform/host/process/Environment.h"
 #include "tests/_MyClasses/ExifReading.h"
@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t largest = std::numeric_limits<std::uint32_t>::max();
 
-/// A reader on a file with these fields, without texts in any language.
+/// A reader for a file with these fields, without strings tables.
 class Camera {
 public:
     explicit Camera(std::vector<ExifField> exif, std::vector<ExifField> ifd0 = {},
@@ -65,7 +65,7 @@ TEST(ExifAccessor, aRationalOfOneNumberIsOutOfRange) {
     EXPECT_EQ(raisedName([&] { (void)ExifTagReader::rationalValue(&list, u"%f"); }), "NSRangeException");
 }
 
-TEST(ExifAccessor, aTextForAValueIsLookedUpUnderTheKeyAndTheInteger) {
+TEST(ExifAccessor, theStringOfAValueHasTheKeyFollowedByTheInteger) {
     const TemporaryFolder folder;
     folder.write("English.lproj/ExifTag.strings", "flash16 = Off; flash0 = Nil;");
     NSBundle bundle(folder.path().string(), Environment{});
@@ -108,7 +108,7 @@ TEST(ExifAccessor, exposureTimesAreShownAsPartsOfASecond) {
     EXPECT_EQ(rationalCamera(0x829a, 1, 1)->exposureTime(), NSString(u"1/1 sec"));
 }
 
-TEST(ExifAccessor, anExposureOf2SecondsRoundsToEvenAsA0thOfASecond) {
+TEST(ExifAccessor, anExposureOf2SecondsIsShownAs1By0) {
     EXPECT_EQ(rationalCamera(0x829a, 2, 1)->exposureTime(), NSString(u"1/0 sec"));
     EXPECT_EQ(rationalCamera(0x829a, 2, 3)->exposureTime(), NSString(u"1/1 sec")) << "1.4999999...";
     EXPECT_EQ(rationalCamera(0x829a, 0, 1)->exposureTime(), NSString(u"1/inf sec"));
@@ -126,7 +126,7 @@ TEST(ExifAccessor, brightnessWithoutIsoIsMinusInfinity) {
     EXPECT_EQ(camera->brightness(), NSString(u"-inf EV"));
 }
 
-TEST(ExifAccessor, theIsoSpeedOfBrightnessIsReadWithoutAskingWhatItIs) {
+TEST(ExifAccessor, anIsoSpeedOfTheWrongTypeRaises) {
     const ExifField brightness = exifSignedRationals(0x9203, {5, 1});
     EXPECT_EQ(raisedName([&] {
                   (void)Camera({brightness, exifText(0x8827, "100")})->brightnessNumber();
@@ -168,7 +168,7 @@ TEST(ExifAccessor, aDivisionOfZeroByZeroIsShownWithoutSign) {
 
 // Digital zoom
 
-TEST(ExifAccessor, aDigitalZoomOf0OrOfAWholeIsUnused) {
+TEST(ExifAccessor, aDigitalZoomOf0Or1IsUnused) {
     EXPECT_EQ(rationalCamera(0xa404, 0, 100)->digitalZoomRatio(), NSString(u"Unused"));
     EXPECT_EQ(rationalCamera(0xa404, 100, 100)->digitalZoomRatio(), NSString(u"Unused"));
 }
@@ -180,7 +180,7 @@ TEST(ExifAccessor, aDigitalZoomIsShownAsItIsStored) {
         << "as a signed number the denominator is -1";
 }
 
-TEST(ExifAccessor, aDigitalZoomWithANumberBeyond10000IsNotAvailable) {
+TEST(ExifAccessor, aDigitalZoomWithANumberAbove10000IsNotAvailable) {
     EXPECT_EQ(rationalCamera(0xa404, 20000, 1)->digitalZoomRatio(), NSString(u"N/A"));
     EXPECT_EQ(rationalCamera(0xa404, 1, 10001)->digitalZoomRatio(), NSString(u"N/A"));
     EXPECT_EQ(rationalCamera(0xa404, 0, 10001)->digitalZoomRatio(), NSString(u"N/A"));
@@ -196,7 +196,7 @@ TEST(ExifAccessor, aDigitalZoomOfOneNumberIsOutOfRange) {
 
 // Enumerated values
 
-TEST(ExifAccessor, flash16WithoutATextIsItsKey) {
+TEST(ExifAccessor, flash16WithoutAStringShowsItsKey) {
     EXPECT_EQ(Camera({exifShorts(0x9209, {16})})->flash(), NSString(u"flash16"));
 }
 
@@ -211,7 +211,7 @@ TEST(ExifAccessor, everyEnumeratedValueHasAKeyOfItsAccessorsName) {
     }
 }
 
-// Where values come from
+// Tags and directories
 
 TEST(ExifAccessor, everyValueAccessorReadsItsTagInItsDirectoryOnly) {
     constexpr std::uint16_t unrelatedTag = 0x0001;
@@ -247,7 +247,7 @@ TEST(ExifAccessor, theTimeZoneIsReadFromTheSecondDirectory) {
     EXPECT_FALSE(Camera({exifSignedShorts(0x882a, {1})})->timeZoneOffset());
 }
 
-// Absence and damage
+// Missing and invalid values
 
 template <class Check>
 void forEveryValue(ExifTagReader& reader, const Check& check) {
@@ -263,7 +263,7 @@ void forEveryDisplay(ExifTagReader& reader, const Check& check) {
 #include "_MyClasses/Class/ExifTag/ExifAccessorTable.h"
 }
 
-TEST(ExifAccessor, aFileWithoutExifHasNoValuesAndNoTexts) {
+TEST(ExifAccessor, aFileWithoutExifHasNoValues) {
     const ReadFile withoutExif(jpegFile({jfifSegment()})),
         withOtherTags(ExifContent{.ifd0 = {exifShorts(1, {1})}});
     const ReadFile missing(ExifContent{});
@@ -291,7 +291,7 @@ TEST(ExifAccessor, anEmptyListIsAnAbsentValue) {
     EXPECT_EQ(Camera({exifRationals(0x9202, {})})->lensAperture(), NSString(u"N/A"));
 }
 
-TEST(ExifAccessor, aValueThatIsNoListRaisesInvalidArgumentUnlessItIsAskedForRaw) {
+TEST(ExifAccessor, aValueThatIsNotAListRaisesInvalidArgumentExceptInRawAccessors) {
     struct Row {
         const char* name;
         std::string_view rule;
@@ -316,7 +316,7 @@ TEST(ExifAccessor, aSceneTypeStoredAsUndefinedRaisesInvalidArgument) {
     EXPECT_EQ(raisedName([&] { (void)camera->sceneType(); }), "NSInvalidArgumentException");
 }
 
-TEST(ExifAccessor, rawAccessorsGiveWhateverIsStored) {
+TEST(ExifAccessor, rawAccessorsReturnTheStoredValue) {
     const Camera camera({exifText(0x9003, "2008:01:02 10:11:12"), exifShorts(0x9004, {7})},
                         {exifBytes(0x010f, {1, 2}), exifText(0x0110, "K 1")});
     EXPECT_EQ(shown(camera->dateTimeOriginal()), "text 2008:01:02 10:11:12");

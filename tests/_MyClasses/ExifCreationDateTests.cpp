@@ -44,24 +44,24 @@ TEST_F(ExifCreationDate, theCreationDateIsTheDateTakenInLocalTime) {
     EXPECT_EQ(creationDate(takenInZone(3)), "2008-01-02T10:11:12+09:00") << "without correction";
 }
 
-TEST_F(ExifCreationDate, whatIsNoDateGivesNone) {
+TEST_F(ExifCreationDate, invalidDatesGiveNil) {
     for (const char* text : {"", "2008:01:02", "0000:00:00 00:00:00", "    :  :     :  :  ", "yesterday"})
         EXPECT_EQ(creationDate(takenAt(text)), "nil") << text;
     EXPECT_EQ(creationDate({.ifd0 = {exifText(0x010f, "Kappa")}}), "nil");
 }
 
-TEST_F(ExifCreationDate, withoutAZoneNineHoursAreTakenAway) {
+TEST_F(ExifCreationDate, withoutAZoneNineHoursAreSubtracted) {
     EXPECT_EQ(shownDate(ReadFile(takenAt(taken))->correctedCreationDate()), "2008-01-02T01:11:12+09:00");
 }
 
-TEST_F(ExifCreationDate, aZoneIsAddedAsItIs) {
+TEST_F(ExifCreationDate, aZoneIsAdded) {
     EXPECT_EQ(shownDate(ReadFile(takenInZone(9))->correctedCreationDate()), "2008-01-02T19:11:12+09:00");
     EXPECT_EQ(shownDate(ReadFile(takenInZone(-5))->correctedCreationDate()), "2008-01-02T05:11:12+09:00")
         << "the zone is a signed number of 16 bits";
     EXPECT_EQ(shownDate(ReadFile(takenInZone(0))->correctedCreationDate()), "2008-01-02T10:11:12+09:00");
 }
 
-TEST_F(ExifCreationDate, theCorrectionIsASpanOfTimeNotOfClocks) {
+TEST_F(ExifCreationDate, theCorrectionIsIndependentOfDaylightSaving) {
     const LocalZone berlin("Europe/Berlin");
     EXPECT_EQ(shownDate(ReadFile(takenAt("2024:03:31 10:00:00"))->correctedCreationDate()),
               "2024-03-31T00:00:00+01:00");
@@ -72,7 +72,7 @@ TEST_F(ExifCreationDate, aDateWithoutABlankChangesNothing) {
         EXPECT_FALSE(ReadFile(takenAt(text))->correctedCreationDate()) << text;
 }
 
-TEST_F(ExifCreationDate, aDateThatIsNoTextRaisesInvalidArgument) {
+TEST_F(ExifCreationDate, aDateThatIsNotAStringRaisesInvalidArgument) {
     for (const ExifField& field : {exifShorts(0x9003, {2008}), exifBytes(0x9003, {'2'})}) {
         EXPECT_EQ(raisedName([&] { (void)creationDate(takenAt(field)); }), "NSInvalidArgumentException");
         EXPECT_EQ(raisedName([&] { ReadFile(takenAt(field))->changeCreationDate(); }),
@@ -118,7 +118,7 @@ TEST_F(ChangedCreationDate, aFileNamedPngOrWithoutADateIsNotChanged) {
     EXPECT_EQ(shownDate(ExifTagReader::creationDateWithPath(NSString::fromUTF8(png))), "nil");
 }
 
-TEST_F(ExifCreationDate, aFileThatIsNotThereIsNoFailure) {
+TEST_F(ExifCreationDate, aMissingFileIsNoFailure) {
     ExifTagReader::changeCreationDateWithPath(u"/nowhere/photo.jpg");
     EXPECT_EQ(fileCreationDateText("/nowhere/photo.jpg"), std::nullopt);
 }

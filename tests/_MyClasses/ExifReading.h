@@ -1,4 +1,4 @@
-// Readers on files made for one test, and stored values as text that a test can compare.
+// Readers for files that a test makes, and stored values as strings for comparison.
 #pragma once
 
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
@@ -7,7 +7,7 @@
 
 namespace kestrine::testing {
 
-/// A reader on photo.jpg in a folder of its own.
+/// A reader for photo.jpg in a temporary folder.
 class ReadFile {
 public:
     explicit ReadFile(ByteView file) { write(file); }
@@ -28,10 +28,10 @@ private:
 /// "nil", "bytes 01 ff", "text abc", or the numbers with the width of each: "u16 6, i16 -1, f32 0.5".
 std::string shown(const TagValue* value);
 std::string shown(const std::optional<NSNumber>& number);
-/// The value of `tag` in the directory of that name, shown.
+/// The value of `tag` in the named directory.
 std::string shown(const TagDictionaryPointer& tags, std::string_view directory, std::uint16_t tag);
 
-/// The names of the directories that are there, separated by blanks.
+/// The names of the existing directories, separated by blanks.
 std::string namesIn(const TagDictionaryPointer& tags);
 
 } // namespace kestrine::testing

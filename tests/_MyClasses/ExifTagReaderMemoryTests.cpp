@@ -1,6 +1,5 @@
-// What the reader raises when there is no memory for the identifier's text.
-// The program's allocation is replaced so that one call can be made to fail; otherwise it is the ordinary
-// one.
+// The exception of the reader when there is no memory for the identifier's string.
+// The global operator new is replaced, so that one allocation can fail.
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileHandle.h"
 #include "tests/_MyClasses/ExifReading.h"
@@ -12,7 +11,7 @@
 namespace {
 
 constexpr int never = -1;
-/// How many more allocations of this thread succeed before one fails.
+/// The number of allocations of this thread that succeed before one fails.
 thread_local int successesBeforeFailure = never;
 
 } // namespace
@@ -31,7 +30,7 @@ thread_local int successesBeforeFailure = never;
 namespace kestrine::testing {
 namespace {
 
-/// What getFileHeader raises when the allocation behind `successes` others fails.
+/// The exception of getFileHeader() when the allocation after `successes` others fails.
 std::string raisedAfter(int successes, ExifTagReader& reader) {
     ExifFileHeader header{};
     std::string text = "nothing";

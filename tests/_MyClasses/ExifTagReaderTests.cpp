@@ -1,4 +1,4 @@
-// Which files are read, where EXIF is looked for and how directories are walked.
+// The accepted files, the position of the EXIF segment, and the directories.
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileHandle.h"
 #include "platform/imageio/exif/ExifBlock.h"
@@ -23,7 +23,7 @@ std::vector<ExifField> manyFields(std::size_t count) {
     return fields;
 }
 
-/// The name of the exception that `action` raises, and its reason.
+/// The name and the reason of the exception that `action` raises.
 template <class Action>
 std::string raised(Action action) {
     try {
@@ -36,7 +36,7 @@ std::string raised(Action action) {
 
 // Opening
 
-TEST(ExifTagReader, namesInJpgAndJpegOfAnyCaseGetAReaderAndOthersNone) {
+TEST(ExifTagReader, onlyNamesInJpgAndJpegGetAReader) {
     for (const char16_t* path : {u"photo.jpg", u"photo.JPG", u"/a/photo.Jpeg", u"a.b.jpeg"})
         EXPECT_NE(ExifTagReader::initWithPath(path), nullptr) << NSString(path).utf8();
     for (const char16_t* path :
@@ -44,13 +44,13 @@ TEST(ExifTagReader, namesInJpgAndJpegOfAnyCaseGetAReaderAndOthersNone) {
         EXPECT_EQ(ExifTagReader::initWithPath(path), nullptr) << NSString(path).utf8();
 }
 
-TEST(ExifTagReader, aReaderKeepsItsPathAndHasReadNothing) {
+TEST(ExifTagReader, aNewReaderHasItsPathAndHasReadNothing) {
     const auto reader = ExifTagReader::initWithPath(u"/nowhere/photo.jpg");
     EXPECT_EQ(reader->path(), u"/nowhere/photo.jpg");
     EXPECT_EQ(reader->app1Offset(), 0);
 }
 
-TEST(ExifTagReader, aFileThatCannotBeOpenedHasNoTagsForGood) {
+TEST(ExifTagReader, aFileThatCannotBeOpenedKeepsAnEmptyDictionary) {
     const TemporaryFolder folder;
     const auto reader = ExifTagReader::initWithPath(NSString::fromUTF8(folder / "photo.jpg"));
     const TagDictionaryPointer tags = reader->tagDictionary();
@@ -69,7 +69,7 @@ TEST(ExifTagReader, aJpegWithoutExifHasNilAndIsReadAtEveryCall) {
     EXPECT_EQ(shown(file->tagDictionary(), "IFD0", orientationTag), "u16 6");
 }
 
-TEST(ExifTagReader, aFileIsParsedOnceAndHandsOutTheSameDictionary) {
+TEST(ExifTagReader, aFileIsParsedOnceAndReturnsTheSameDictionary) {
     const ReadFile file(orientationContent(6));
     const TagDictionaryPointer tags = file->tagDictionary();
     file.remove();
@@ -79,19 +79,19 @@ TEST(ExifTagReader, aFileIsParsedOnceAndHandsOutTheSameDictionary) {
 
 // Finding the segment
 
-TEST(ExifTagReader, exifRightBehindTheStartIsAtOffset0) {
+TEST(ExifTagReader, exifDirectlyAfterTheStartIsAtOffset0) {
     const ReadFile file(orientationContent(6));
     EXPECT_EQ(namesIn(file->tagDictionary()), "IFD0");
     EXPECT_EQ(file->app1Offset(), 0);
 }
 
-TEST(ExifTagReader, exifBehindASegmentOf18BytesIsAtOffset18) {
+TEST(ExifTagReader, exifAfterASegmentOf18BytesIsAtOffset18) {
     const ReadFile file(jpegFile({jfifSegment(), exifSegment(exifBlock(orientationContent(6)))}));
     EXPECT_EQ(shown(file->imageDirectionNumber()), "u16 6");
     EXPECT_EQ(file->app1Offset(), 18);
 }
 
-TEST(ExifTagReader, exifBehindALongerOrASecondSegmentIsNotFound) {
+TEST(ExifTagReader, exifAfterALongerOrASecondSegmentIsNotFound) {
     const Bytes exif = exifSegment(exifBlock(orientationContent(6)));
     const std::vector<std::vector<Bytes>> arrangements{
         {jpegSegment(0xe0, Bytes(15)), exif},
@@ -105,7 +105,7 @@ TEST(ExifTagReader, exifBehindALongerOrASecondSegmentIsNotFound) {
     }
 }
 
-TEST(ExifTagReader, anotherMarkerOrIdentifierOrStartIsNoExif) {
+TEST(ExifTagReader, anotherMarkerIdentifierOrStartIsNotExif) {
     const Bytes good = jpegFile(orientationContent(6));
     struct {
         std::size_t position;
@@ -120,7 +120,7 @@ TEST(ExifTagReader, anotherMarkerOrIdentifierOrStartIsNoExif) {
     }
 }
 
-TEST(ExifTagReader, theLengthOfTheSegmentIsNotLookedAt) {
+TEST(ExifTagReader, theLengthOfTheSegmentIsIgnored) {
     Bytes changed = jpegFile(orientationContent(6));
     changed[4] = changed[5] = 0;
     EXPECT_EQ(shown(ReadFile(changed)->imageDirectionNumber()), "u16 6");
@@ -160,7 +160,7 @@ TEST(ExifTagReader, headersCanBeReadOneByOne) {
     EXPECT_EQ(tiffHeader.ifd0Offset, 8u);
 }
 
-TEST(ExifTagReader, aRefusedTiffHeaderHasNoOffset) {
+TEST(ExifTagReader, anInvalidTiffHeaderHasNoOffset) {
     const ReadFile file(orientationContent(6, ExifOrder::littleEndian));
     const auto handle = NSFileHandle::fileHandleForReadingAtPath(NSString::fromUTF8(file.path()));
     file->setFileHandle(handle.get());
@@ -173,6 +173,25 @@ TEST(ExifTagReader, aRefusedTiffHeaderHasNoOffset) {
 TEST(ExifTagReader, withoutAHandleThereIsNothingToRead) {
     const ReadFile file(orientationContent(6));
     EXPECT_FALSE(file->getTags());
+}
+
+TEST(ExifTagReader, afterParsingTheReaderHasNoHandle) {
+    const ReadFile file(orientationContent(6));
+    ASSERT_NE(file->tagDictionary(), nullptr);
+    EXPECT_FALSE(file->getTags());
+}
+
+TEST(ExifTagReader, headersThatCannotBeReadAreCleared) {
+    const ReadFile file(orientationContent(6));
+    ExifFileHeader fileHeader{{1, 2}, 3, {'E', 'x'}};
+    EXPECT_FALSE(file->getFileHeader(&fileHeader));
+    EXPECT_EQ(fileHeader.marker, (std::array<std::uint8_t, 2>{}));
+    EXPECT_EQ(fileHeader.length, 0);
+    EXPECT_EQ(fileHeader.identifier[0], 0);
+    TiffHeader tiffHeader{{'M', 'M'}, 0x2a00, 8};
+    EXPECT_FALSE(file->getTiffHeader(&tiffHeader));
+    EXPECT_EQ(tiffHeader.byteOrder, (std::array<char, 2>{}));
+    EXPECT_EQ(tiffHeader.magic, 0);
 }
 
 TEST(ExifTagReader, aMissingRecordRaisesInvalidParameter) {
@@ -201,7 +220,7 @@ TEST(ExifTagReader, aDirectoryOf299EntriesIsReadAndOneOf300OrNoneIsNot) {
     EXPECT_EQ(namesIn(ReadFile(none)->tagDictionary()), "");
 }
 
-TEST(ExifTagReader, aSubDirectoryOutOfRangeTakesWhatItAloneLeadsToWithIt) {
+TEST(ExifTagReader, directoriesBelowAnInvalidOneAreNotRead) {
     const ReadFile file(ExifContent{
         .ifd0 = manyFields(1), .exifSubIFD = manyFields(299), .interoperabilityIFD = {exifText(1, "R98")}});
     EXPECT_EQ(namesIn(file->tagDictionary()), "IFD0");
@@ -255,7 +274,7 @@ TEST(ExifTagReader, ofTwoEntriesWithOneTagTheLaterWins) {
     EXPECT_EQ(file->IFD0Dict()->size(), 1u);
 }
 
-TEST(ExifTagReader, aPointerWithoutNumbersPointsNowhere) {
+TEST(ExifTagReader, aPointerWithoutNumbersIsIgnored) {
     for (const ExifField& pointer :
          {exifText(0x8769, "ab"), exifBytes(0x8769, {0, 0, 0, 8}), exifRationals(0x8769, {})}) {
         const ReadFile file(ExifContent{.ifd0 = {pointer, exifShorts(orientationTag, {6})}});
@@ -264,14 +283,14 @@ TEST(ExifTagReader, aPointerWithoutNumbersPointsNowhere) {
     }
 }
 
-TEST(ExifTagReader, aPointerIntoItsOwnDirectoryEnds) {
+TEST(ExifTagReader, aPointerToItsOwnDirectoryDoesNotLoop) {
     const ReadFile file(ExifContent{.ifd0 = {exifLongs(0x8769, {8}), exifLongs(0xa005, {8})}});
     EXPECT_EQ(namesIn(file->tagDictionary()), "ExifSubIFD IFD0 InteroperabilityIFD");
 }
 
 // Ends of files and failures
 
-TEST(ExifTagReader, aShortenedFileGivesWhatIsThereAndZerosBehind) {
+TEST(ExifTagReader, aTruncatedFileIsReadAsIfFollowedByZeros) {
     const Bytes whole =
         jpegFile(ExifContent{.ifd0 = {exifText(0x010f, "Kappa"), exifShorts(orientationTag, {6})},
                              .exifSubIFD = {exifRationals(0x829d, {28, 10})}});
@@ -286,7 +305,7 @@ TEST(ExifTagReader, aShortenedFileGivesWhatIsThereAndZerosBehind) {
     }
 }
 
-TEST(ExifTagReader, aValueBehindTheEndOfTheFileIsZeros) {
+TEST(ExifTagReader, aValueAfterTheEndOfTheFileIsZeros) {
     const Bytes farAway{0x7f, 0xff, 0xff, 0xff};
     const ReadFile file(ExifContent{
         .ifd0 = {{1, 3, 3, farAway}, {2, 2, 9, farAway}, {3, 7, 5, farAway}, {4, 12, 1, farAway}}});
@@ -305,7 +324,7 @@ TEST(ExifTagReader, aClosedHandleHasNothingToRead) {
     EXPECT_FALSE(file->getTags());
 }
 
-TEST(ExifTagReader, aFolderOfThatNameIsAFileThatCannotBeOpened) {
+TEST(ExifTagReader, aFolderCannotBeOpened) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder / "photo.jpg");
     const auto reader = ExifTagReader::initWithPath(NSString::fromUTF8(folder / "photo.jpg"));
@@ -315,7 +334,7 @@ TEST(ExifTagReader, aFolderOfThatNameIsAFileThatCannotBeOpened) {
 
 // Accessors of this class
 
-TEST(ExifTagReader, theClassOperationsAnswerNilForWhatIsAbsent) {
+TEST(ExifTagReader, theClassOperationsReturnNilForMissingTags) {
     const ReadFile file(orientationContent(6));
     const TagDictionaryPointer tags = file->tagDictionary();
     EXPECT_EQ(ExifTagReader::getSubDict(tags.get(), "IFD0"), file->IFD0Dict());
@@ -331,7 +350,7 @@ TEST(ExifTagReader, anOrientationWithoutNumbersIsNone) {
     EXPECT_FALSE(ReadFile(ExifContent{.ifd0 = {exifRationals(orientationTag, {})}})->imageDirectionNumber());
 }
 
-TEST(ExifTagReader, anOrientationThatIsNoListRaisesInvalidArgument) {
+TEST(ExifTagReader, anOrientationThatIsNotAListRaisesInvalidArgument) {
     for (const ExifField& field : {exifText(orientationTag, "6"), exifBytes(orientationTag, {6})}) {
         const ReadFile file(ExifContent{.ifd0 = {field}});
         EXPECT_EQ(raised([&] { (void)file->imageDirectionNumber(); }).substr(0, 27),
@@ -354,7 +373,7 @@ TEST(ExifTagReader, whatAnOutputCarriesFromALittleEndianSourceIsRead) {
     EXPECT_EQ(shown(tags, "InteroperabilityIFD", 1), "text R98");
 }
 
-TEST(ExifTagReader, theNamesOfItsExceptionsAreThemselves) {
+TEST(ExifTagReader, theExceptionNamesEqualTheirConstants) {
     EXPECT_STREQ(ETRUnknownException, "ETRUnknownException");
     EXPECT_STREQ(ETRLowMemoryException, "ETRLowMemoryException");
     EXPECT_STREQ(ETRInvalidParameterException, "ETRInvalidParameterException");

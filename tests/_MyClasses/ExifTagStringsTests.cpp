@@ -1,4 +1,4 @@
-// The shipped "ExifTag" tables: every label and every value that EXIF 2.3 knows has a text in both languages.
+// The shipped "ExifTag" tables: every label and every value of EXIF 2.3 has a string in both languages.
 #include "platform/foundation/NSBundle.h"
 #include "tests/_MyClasses/ExifReading.h"
 #include "tests/support/SourceFolder.h"
@@ -13,13 +13,12 @@ namespace {
 constexpr const char* languages[] = {"en_GB.UTF-8", "ja_JP.UTF-8"};
 
 StringsTable shippedTable(std::string_view language) {
-    const std::string path =
-        inSourceFolder("share/") + std::string(language) + ".lproj/ExifTag.strings";
+    const std::string path = inSourceFolder("share/") + std::string(language) + ".lproj/ExifTag.strings";
     const Result<StringsTable> table = parseStringsTable(readFileBytes(path));
     return table ? *table : StringsTable();
 }
 
-/// The values that the standard gives the tag behind each accessor.
+/// The standard values of each accessor's tag, by the accessor's key.
 const std::map<std::string, std::vector<int>> standardValues{
     {"exposureMode", {0, 1, 2, 3, 4, 5, 6, 7, 8}},
     {"meteringMode", {0, 1, 2, 3, 4, 5, 6, 255}},
@@ -90,7 +89,7 @@ TEST(ExifTagStrings, aPictureIsShownInTheUsersLanguage) {
     }
 }
 
-TEST(ExifTagStrings, aValueBeyondTheStandardShowsItsKey) {
+TEST(ExifTagStrings, aValueThatIsNotStandardShowsItsKey) {
     NSBundle bundle(inSourceFolder("share"), Environment{});
     const ReadFile file(ExifContent{.exifSubIFD = {exifShorts(0x9207, {77})}});
     file->setBundle(&bundle);

@@ -1,4 +1,5 @@
-// How one directory entry becomes a value: types, counts, places, text.
+// Converting a directory entry to a value: types, counts, positions, strings.
+#include "platform/foundation/NSFileHandle.h"
 #include "tests/_MyClasses/ExifReading.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,7 @@ namespace {
 
 constexpr std::uint16_t anyTag = 0x4001;
 
-/// What `field` is stored as.
+/// The stored value of `field`.
 std::string stored(const ExifField& field) {
     return shown(ReadFile(ExifContent{.ifd0 = {field}})->tagDictionary(), "IFD0", anyTag);
 }
@@ -25,7 +26,7 @@ void expectStored(const std::vector<ValueCase>& cases) {
         EXPECT_EQ(stored(field), value) << "type " << field.type << ", count " << field.count;
 }
 
-TEST(ExifTagValue, bytesComeFromTheEntryUpToFourAndFromTheOffsetBeyond) {
+TEST(ExifTagValue, upToFourBytesAreInTheEntryAndMoreAtTheOffset) {
     for (const std::uint16_t type : std::initializer_list<std::uint16_t>{1, 6, 7})
         expectStored({{exifBytes(anyTag, {}, type), "bytes"},
                       {exifBytes(anyTag, {1, 2, 3}, type), "bytes 01 02 03"},
@@ -33,13 +34,13 @@ TEST(ExifTagValue, bytesComeFromTheEntryUpToFourAndFromTheOffsetBeyond) {
                       {exifBytes(anyTag, {1, 2, 3, 4, 255}, type), "bytes 01 02 03 04 ff"}});
 }
 
-TEST(ExifTagValue, fiveLettersComeFromTheOffsetAndTwoFromTheEntry) {
+TEST(ExifTagValue, fiveLettersAreAtTheOffsetAndTwoInTheEntry) {
     expectStored({{exifText(anyTag, "Kappa"), "text Kappa"}, {exifText(anyTag, "Ka"), "text Ka"}});
     EXPECT_EQ(exifText(anyTag, "Kappa").count, 6u);
     EXPECT_EQ(exifText(anyTag, "Ka").count, 3u);
 }
 
-TEST(ExifTagValue, textEndsAtTheFirstZeroByteAndNeverPassesItsFourBytes) {
+TEST(ExifTagValue, aStringEndsAtTheFirstZeroByteAndWithinTheEntry) {
     expectStored({{exifBytes(anyTag, {'a', 'b', 'c', 'd'}, 2), "text abcd"},
                   {{anyTag, 2, 2, {'a', 'b', 'c', 'd'}}, "text abcd"},
                   {{anyTag, 2, 0, {'a', 0, 'c', 0}}, "text a"},
@@ -47,7 +48,7 @@ TEST(ExifTagValue, textEndsAtTheFirstZeroByteAndNeverPassesItsFourBytes) {
                   {exifBytes(anyTag, {'a', 'b', 'c', 'd', 'e'}, 2), "text abcde"}});
 }
 
-TEST(ExifTagValue, validUTF8IsTakenAsSuchAndOtherTextAsMacRoman) {
+TEST(ExifTagValue, validUTF8IsDecodedAsUTF8AndOtherBytesAsMacRoman) {
     expectStored({{exifText(anyTag, "caf\xc3\xa9"), "text café"},
                   {exifText(anyTag, "\xf0\x9f\x93\xb7 1"), "text 📷 1"},
                   {exifText(anyTag, "caf\x8e au lait"), "text café au lait"},
@@ -88,7 +89,7 @@ TEST(ExifTagValue, floatsAndDoublesKeepTheirWidth) {
                   {exifDoubles(anyTag, {1e-300, -2}), "f64 1e-300, f64 -2"}});
 }
 
-TEST(ExifTagValue, aCountOfZeroIsNothingSpecial) {
+TEST(ExifTagValue, aCountOfZeroHasNoSpecialMeaning) {
     expectStored({{{anyTag, 3, 0, {0, 9, 0, 8}}, "u16 9"},
                   {{anyTag, 8, 0, {0xff, 0xff, 0, 8}}, "u16 65535"},
                   {{anyTag, 4, 0, {0, 0, 1, 0}}, "u32 256"},
@@ -106,7 +107,7 @@ TEST(ExifTagValue, anEntryOf300ValuesIsStoredAndOneOf301Dropped) {
     EXPECT_EQ(stored(ExifField{anyTag, 3, 0xffffffff, {0, 1, 0, 1}}), "nil");
 }
 
-TEST(ExifTagValue, unknownTypesAddNothingAndTheWalkGoesOn) {
+TEST(ExifTagValue, unknownTypesAreSkipped) {
     for (const std::uint16_t type : std::initializer_list<std::uint16_t>{0, 13, 14, 129, 65535}) {
         const ReadFile file(ExifContent{.ifd0 = {{anyTag, type, 1, {0, 0, 0, 8}}, exifShorts(0x4002, {2})}});
         EXPECT_EQ(shown(file->tagDictionary(), "IFD0", anyTag), "nil") << type;
@@ -128,7 +129,25 @@ TEST(ExifTagValue, withoutSwappingValuesAreInHostOrder) {
     EXPECT_EQ(directory.size(), 1u);
 }
 
-TEST(ExifTagValue, withSwappingOnlyTheValuesAreTurnedRound) {
+TEST(ExifTagValue, withoutAnEntryNothingIsRegistered) {
+    IFDDictionary directory;
+    ExifTagReader::initWithPath(u"photo.jpg")->registTagData(nullptr, directory, true);
+    EXPECT_TRUE(directory.empty());
+}
+
+TEST(ExifTagValue, withoutSwappingAnOffsetIsLittleEndianToo) {
+    Bytes content(100);
+    content[12 + 20] = 7; // offsets count from the TIFF header, at 12 without another segment
+    const ReadFile file{ByteView(content)};
+    const auto handle = NSFileHandle::fileHandleForReadingAtPath(NSString::fromUTF8(file.path()));
+    file->setFileHandle(handle.get());
+    IFDDictionary directory;
+    const IfdEntry entry{0x0112, 4, 2, {20, 0, 0, 0}};
+    file->registTagData(&entry, directory, false);
+    EXPECT_EQ(shown(&directory.at("0112")), "u32 7, u32 0");
+}
+
+TEST(ExifTagValue, swappingAffectsOnlyTheValues) {
     const auto reader = ExifTagReader::initWithPath(u"photo.jpg");
     IFDDictionary directory;
     const IfdEntry entry{0x010f, 3, 2, {0, 6, 1, 0}};

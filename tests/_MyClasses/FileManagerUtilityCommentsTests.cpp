@@ -39,19 +39,19 @@ protected:
     testing::CapturedLog log_;
 };
 
-/// The bytes that other programs see.
+/// The stored bytes, as other programs see them.
 std::string keptComment(const NSString& path) {
     const Result<Bytes> bytes = getExtendedAttribute(path.utf8(), "user.xdg.comment");
     return bytes ? std::string(bytes->begin(), bytes->end()) : "none";
 }
 
-TEST_F(FinderComments, from10_5OnTheyComeFromSpotlightAndAreNotLogged) {
+TEST_F(FinderComments, from10_5OnCommentsComeFromSpotlightAndAreNotLogged) {
     const SystemVersion version(leopard);
     EXPECT_EQ(commentForFile(file("a", u"caf\u00e9")), NSString(u"caf\u00e9"));
     EXPECT_THAT(log_.takeLines(), IsEmpty());
 }
 
-TEST_F(FinderComments, from10_5OnAFileWithoutOneHasNil) {
+TEST_F(FinderComments, from10_5OnAMissingCommentIsNil) {
     const SystemVersion version(leopard);
     EXPECT_EQ(commentForFile(file("a")), std::nullopt);
     for (const OptionalString& path : {OptionalString(missing()), OptionalString(),
@@ -60,21 +60,21 @@ TEST_F(FinderComments, from10_5OnAFileWithoutOneHasNil) {
     EXPECT_THAT(log_.takeLines(), IsEmpty());
 }
 
-TEST_F(FinderComments, before10_5TheyComeFromTheFinderAndAreLogged) {
+TEST_F(FinderComments, before10_5CommentsComeFromTheFinderAndAreLogged) {
     const SystemVersion version(tiger);
     const NSString comment = u"100% caf\u00e9 %@ \U0001F600";
     EXPECT_EQ(commentForFile(file("a", comment)), comment);
     EXPECT_THAT(log_.takeLines(), ElementsAre(comment));
 }
 
-TEST_F(FinderComments, before10_5AFileWithoutOneHasAnEmptyText) {
+TEST_F(FinderComments, before10_5AMissingCommentIsAnEmptyString) {
     const SystemVersion version(tiger);
     EXPECT_EQ(commentForFile(file("a")), NSString());
     EXPECT_EQ(commentForFile(NSString(u"/proc/version")), NSString());
     EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(), NSString()));
 }
 
-TEST_F(FinderComments, before10_5WhatTheFinderCannotBeAskedForIsNotLogged) {
+TEST_F(FinderComments, before10_5MissingItemsAreNotLogged) {
     const SystemVersion version(tiger);
     for (const OptionalString& path :
          {OptionalString(missing()), OptionalString(), OptionalString(u"/\xd800")})
@@ -82,7 +82,7 @@ TEST_F(FinderComments, before10_5WhatTheFinderCannotBeAskedForIsNotLogged) {
     EXPECT_THAT(log_.takeLines(), IsEmpty());
 }
 
-TEST_F(FinderComments, before10_5OnlyWhatFitsComesInWholeCharacters) {
+TEST_F(FinderComments, before10_5LongCommentsAreCutAfterAWholeCharacter) {
     const SystemVersion version(tiger);
     struct Row {
         std::u16string comment;
@@ -96,16 +96,18 @@ TEST_F(FinderComments, before10_5OnlyWhatFitsComesInWholeCharacters) {
           Row{times(253, u'a') + u"\U0001F600b", times(253, u'a')},
           Row{times(252, u'a') + u"\U0001F480b", times(252, u'a') + u"\U0001F480"}})
         EXPECT_EQ(commentForFile(file("a", row.comment)), NSString(row.shown));
+    const NSString whole = times(255, u'a') + u"\xdcff"; // 256 bytes, the last of which is no UTF-8
+    EXPECT_EQ(commentForFile(file("a", whole)), whole);
 }
 
-TEST_F(FinderComments, areSetWhereOtherProgramsSeeThem) {
+TEST_F(FinderComments, areSetForOtherPrograms) {
     const NSString path = file("a:b \"c\"\n");
     setCommentForFile(NSString(u"caf\u00e9"), path);
     EXPECT_EQ(keptComment(path), "caf\xc3\xa9");
     EXPECT_THAT(log_.takeLines(), IsEmpty());
 }
 
-TEST_F(FinderComments, ofFoldersAreSetToo) {
+TEST_F(FinderComments, areSetForFolders) {
     const NSString path = text(place_.makeFolder("folder"));
     setCommentForFile(NSString(u"note"), path);
     EXPECT_EQ(keptComment(path), "note");
@@ -113,7 +115,7 @@ TEST_F(FinderComments, ofFoldersAreSetToo) {
     EXPECT_EQ(commentForFile(path), NSString(u"note"));
 }
 
-TEST_F(FinderComments, aNilOneChangesNothingAndAnEmptyOneRemoves) {
+TEST_F(FinderComments, nilChangesNothingAndAnEmptyCommentRemoves) {
     const NSString path = file("a", u"before");
     setCommentForFile(std::nullopt, path);
     EXPECT_EQ(keptComment(path), "before");
@@ -121,21 +123,21 @@ TEST_F(FinderComments, aNilOneChangesNothingAndAnEmptyOneRemoves) {
     EXPECT_EQ(keptComment(path), "none");
 }
 
-TEST_F(FinderComments, failuresToSetAreQuiet) {
+TEST_F(FinderComments, failuresToSetAreIgnored) {
     for (const OptionalString& path : {OptionalString(missing()), OptionalString(),
                                        OptionalString(u"/\xd800"), OptionalString(u"/proc/version")})
         setCommentForFile(NSString(u"note"), path);
     EXPECT_THAT(log_.takeLines(), IsEmpty());
 }
 
-TEST_F(FinderComments, oneThatCannotBeEncodedIsLoggedAndNothingIsSet) {
+TEST_F(FinderComments, aCommentThatCannotBeEncodedIsLoggedAndNotSet) {
     const NSString path = file("a", u"before");
     setCommentForFile(NSString(u"half \xd83d"), path);
     EXPECT_EQ(keptComment(path), "before");
     EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not set Comment for ") + path));
 }
 
-TEST_F(FinderComments, bytesThatWereNoTextComeBack) {
+TEST_F(FinderComments, invalidUTF8SurvivesARoundTrip) {
     const NSString path = file("caf\xe9");
     const NSString comment = text("raw \xff");
     setCommentForFile(comment, path);
@@ -155,7 +157,7 @@ TEST_F(FinderComments, areCopied) {
     }
 }
 
-TEST_F(FinderComments, noneToCopyRemovesTheOtherOnlyBefore10_5) {
+TEST_F(FinderComments, copyingAMissingCommentRemovesTheOtherOnlyBefore10_5) {
     const NSString source = file("a");
     const NSString destination = file("b", u"other");
     {
@@ -168,14 +170,14 @@ TEST_F(FinderComments, noneToCopyRemovesTheOtherOnlyBefore10_5) {
     EXPECT_EQ(keptComment(destination), "none");
 }
 
-TEST_F(FinderComments, goWithAFileThatTheFinderCopies) {
+TEST_F(FinderComments, areKeptWhenTheFinderCopiesAFile) {
     const NSString source = file("a", u"note");
     const NSString folder = text(place_.makeFolder("into"));
     EXPECT_EQ(AECopyFile(source, folder, false), noErr);
     EXPECT_EQ(keptComment(text(place_ / "into/a")), "note");
 }
 
-TEST_F(FinderComments, aCopyReplacesOnlyWhenAsked) {
+TEST_F(FinderComments, aCopyReplacesOnlyOnRequest) {
     const NSString source = text(place_.write("a", "new"));
     place_.write("into/a", "old");
     const NSString folder = text(place_ / "into");
@@ -193,13 +195,13 @@ TEST_F(FinderComments, aCopyNeedsBothPaths) {
     }
 }
 
-TEST_F(FinderComments, aCopyTellsTheFirstItemThatIsMissing) {
+TEST_F(FinderComments, aCopyOfAMissingItemGivesItsError) {
     const NSString source = file("a");
     EXPECT_EQ(AECopyFile(missing(), text(place_.makeFolder("into")), false), coreFoundationUnknownErr);
     EXPECT_EQ(AECopyFile(source, missing(), false), coreFoundationUnknownErr);
 }
 
-TEST_F(FinderComments, aCopyThatTheFinderRefusesIsSentAllTheSame) {
+TEST_F(FinderComments, aCopyThatTheFinderRefusesIsNotReported) {
     const NSString source = file("a");
     EXPECT_EQ(AECopyFile(source, source, false), noErr);
     EXPECT_EQ(testing::readFile(source.utf8()), "content");

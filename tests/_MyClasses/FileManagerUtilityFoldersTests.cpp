@@ -28,7 +28,7 @@ TEST(FileManagerUtility, everyMissingFolderAlongThePathIsMade) {
         EXPECT_TRUE(fs::is_directory(folder / path)) << path;
 }
 
-TEST(FileManagerUtility, anExistingPathIsLeftAlone) {
+TEST(FileManagerUtility, anExistingPathIsNotChanged) {
     const TemporaryFolder folder;
     folder.write("x/file", "content");
     makeFoldersTo(folder / "x");
@@ -54,14 +54,14 @@ TEST(FileManagerUtility, theFirstComponentOfARelativePathIsNeverMade) {
     EXPECT_TRUE(fs::is_directory(folder / "there/a/b"));
 }
 
-TEST(FileManagerUtility, aFileInTheMiddleOfThePathEndsTheWorkQuietly) {
+TEST(FileManagerUtility, aFileInTheMiddleOfThePathStopsWithoutAnError) {
     const TemporaryFolder folder;
     folder.write("file", "content");
     makeFoldersTo(folder / "file/a/b");
     EXPECT_EQ(testing::readFile(folder / "file"), "content");
 }
 
-TEST(FileManagerUtility, repeatedSeparatorsAndOneAtTheEndDoNoHarm) {
+TEST(FileManagerUtility, repeatedAndTrailingSeparatorsAreIgnored) {
     const TemporaryFolder folder;
     makeFoldersTo(folder / "a//b/");
     EXPECT_TRUE(fs::is_directory(folder / "a/b"));
@@ -75,7 +75,7 @@ TEST(FileManagerUtility, aLinkToAFolderCountsAsThatFolder) {
     EXPECT_TRUE(fs::is_directory(folder / "real/a"));
 }
 
-TEST(FileManagerUtility, bytesThatAreNoTextNameTheFolderTheyName) {
+TEST(FileManagerUtility, folderNamesThatAreNotUTF8Work) {
     const TemporaryFolder folder;
     makeFoldersTo(folder / "caf\xe9/x");
     EXPECT_TRUE(fs::is_directory(folder / "caf\xe9/x"));
@@ -87,7 +87,7 @@ bool isDirectory(const std::string& path) {
     return myUtility::fileIsDirectory(manager(), NSString::fromUTF8(path));
 }
 
-TEST(FileManagerUtility, aFolderThatOpensAsOneIsADirectory) {
+TEST(FileManagerUtility, aPlainFolderIsADirectory) {
     const TemporaryFolder folder;
     fs::create_directory(folder / "plain");
     fs::create_directory_symlink("plain", folder / "link");
@@ -143,7 +143,7 @@ TEST(FileManagerUtility, datesCompareWithTheirFractions) {
     EXPECT_EQ(compare(older, newer), 0);
 }
 
-TEST(FileManagerUtility, aMissingFirstFileIsTheSameAndAMissingSecondIsOlder) {
+TEST(FileManagerUtility, aMissingFirstFileComparesEqualAndAMissingSecondIsOlder) {
     const TemporaryFolder folder;
     const std::string file = folder.write("file", ""), missing = folder / "missing";
     const NSString there = NSString::fromUTF8(file);
@@ -155,13 +155,14 @@ TEST(FileManagerUtility, aMissingFirstFileIsTheSameAndAMissingSecondIsOlder) {
     EXPECT_EQ(myUtility::compareModificationDate(manager(), std::nullopt, std::nullopt), 0);
 }
 
-TEST(FileManagerUtility, theDateOfALinkIsItsOwnButALinkToNothingIsMissing) {
+TEST(FileManagerUtility, theDateOfALinkIsItsOwnButADanglingLinkIsMissing) {
     const TemporaryFolder folder;
     const std::string file = folder.write("file", ""), link = folder / "link";
     fs::create_symlink("file", link);
     setModificationDate(file, {2'000, 0});
     setModificationDate(link, {1'000, 0});
     EXPECT_EQ(compare(link, file), -1);
+    EXPECT_EQ(compare(file, link), 1);
     fs::create_symlink("nowhere", folder / "dangling");
     EXPECT_EQ(compare(folder / "dangling", file), 0);
     EXPECT_EQ(compare(file, folder / "dangling"), 1);
@@ -171,7 +172,7 @@ std::uint64_t sizeOf(const std::string& path) {
     return myUtility::calcSizeOfDirectory(manager(), NSString::fromUTF8(path));
 }
 
-/// What an item counts, folders and links as themselves.
+/// The size of the item itself; links are not followed.
 std::uint64_t ownSize(const std::string& path) {
     struct stat status {};
     EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
@@ -192,7 +193,7 @@ TEST(FileManagerUtility, theSizeOfAnEmptyFolderIsZero) {
     EXPECT_EQ(sizeOf(folder.path()), 0u);
 }
 
-TEST(FileManagerUtility, theSizeOfAFolderIsThatOfEverythingBelowIt) {
+TEST(FileManagerUtility, theSizeOfAFolderIsTheSumOfItsContents) {
     const TemporaryFolder folder;
     const CurrentFolder before(folder.path());
     folder.write("top/a", "12345");
@@ -211,7 +212,7 @@ TEST(FileManagerUtility, theMeasuredFolderStaysTheCurrentOne) {
     EXPECT_EQ(fs::current_path(), fs::canonical(folder / "top"));
 }
 
-TEST(FileManagerUtility, aLinkToAFolderIsMeasuredItself) {
+TEST(FileManagerUtility, aLinkToAFolderIsNotFollowed) {
     const TemporaryFolder folder;
     const CurrentFolder before(folder.path());
     folder.write("top/a", "12345");

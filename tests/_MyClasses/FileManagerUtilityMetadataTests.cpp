@@ -71,7 +71,7 @@ TEST_F(FileManagerUtilityMetadata, theLabelOfAMissingFileIsZeroAndNothingIsLogge
     EXPECT_THAT(log_.takeLines(), IsEmpty());
 }
 
-TEST_F(FileManagerUtilityMetadata, otherFlagsAreNoLabel) {
+TEST_F(FileManagerUtilityMetadata, otherFlagsDoNotChangeTheLabel) {
     FinderInfo information = labelled(0);
     information.flags = 0xFFF1;
     EXPECT_EQ(finderLabelColorOfPath(file("a", information)), 0);
@@ -83,7 +83,7 @@ TEST_F(FileManagerUtilityMetadata, before10_6TheLabelIsRead) {
     EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Label:3")));
 }
 
-TEST_F(FileManagerUtilityMetadata, from10_6OnNoLabelIsReadWhereAReferenceIsMade) {
+TEST_F(FileManagerUtilityMetadata, from10_6OnTheLabelIsZeroForEveryReference) {
     const SystemVersion version(0x1060);
     EXPECT_EQ(finderLabelForPath(file("a", labelled(3))), 0);
     EXPECT_EQ(finderLabelForPath(missing()), 0);
@@ -114,7 +114,7 @@ TEST_F(FileManagerUtilityMetadata, thePlatformsErrorInMakingAReferenceIsIgnored)
     EXPECT_THAT(log_.takeLines(), IsEmpty());
 }
 
-TEST_F(FileManagerUtilityMetadata, aPathThatCannotBeEncodedGivesMinusOneAndALine) {
+TEST_F(FileManagerUtilityMetadata, aPathThatCannotBeEncodedGivesMinusOneAndIsLogged) {
     FSRef reference;
     EXPECT_EQ(getFSRefFromPath(file("a"), &reference), 0);
     EXPECT_EQ(getFSRefFromPath(halfACharacter, &reference), -1);
@@ -122,7 +122,7 @@ TEST_F(FileManagerUtilityMetadata, aPathThatCannotBeEncodedGivesMinusOneAndALine
     EXPECT_THAT(log_.takeLines(), ElementsAre(NSString(u"Can not encode path for /tmp/\xfffd")));
 }
 
-TEST_F(FileManagerUtilityMetadata, bytesThatAreNoTextNameTheirFile) {
+TEST_F(FileManagerUtilityMetadata, namesThatAreNotUTF8Work) {
     EXPECT_EQ(finderLabelColorOfPath(file("caf\xe9", labelled(4))), 4);
 }
 
@@ -180,7 +180,7 @@ TEST_F(FileManagerUtilityMetadata, finderInformationAndCommentAreCopied) {
     EXPECT_THAT(log_.takeLines(), ElementsAre(copied));
 }
 
-TEST_F(FileManagerUtilityMetadata, copyingChecksNoStep) {
+TEST_F(FileManagerUtilityMetadata, copyingIgnoresFailures) {
     const NSString destination = file("b", labelled(5));
     EXPECT_EQ(copyFinderInfo(missing(), destination), noErr);
     EXPECT_EQ(informationAt(destination), FinderInfo());
@@ -211,7 +211,7 @@ TEST_F(FileManagerUtilityMetadata, updatingAnIconChangesNothing) {
     EXPECT_EQ(updateFinderIcon(nullptr), noErr);
 }
 
-TEST_F(FileManagerUtilityMetadata, aFoldersShellIsCopiedWithoutItsContents) {
+TEST_F(FileManagerUtilityMetadata, aFolderIsCopiedWithoutItsContents) {
     folder_.write("source/inside", "content");
     const std::string source = folder_ / "source";
     const std::string destination = folder_ / "destination";
@@ -226,7 +226,7 @@ TEST_F(FileManagerUtilityMetadata, aFoldersShellIsCopiedWithoutItsContents) {
     EXPECT_EQ(*finderComment(destination), NSString(u"a folder"));
 }
 
-TEST_F(FileManagerUtilityMetadata, anExistingFolderGetsTheInformationAllTheSame) {
+TEST_F(FileManagerUtilityMetadata, anExistingFolderGetsTheInformationToo) {
     folder_.write("source/inside", "");
     folder_.write("destination/kept", "kept");
     ASSERT_TRUE(setFinderInformation(folder_ / "source", labelled(6)));

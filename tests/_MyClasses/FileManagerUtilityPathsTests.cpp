@@ -12,7 +12,7 @@ struct TwoPaths {
     bool expected;
 };
 
-TEST(FileManagerUtility, pathsOnOneVolumeAreToldByTheirTexts) {
+TEST(FileManagerUtility, volumesAreComparedByTheirNamesInThePaths) {
     const testing::EnvironmentVariable home("HOME", "/Users/me");
     const TwoPaths rows[] = {
         {"/Volumes/Disk/a", "/volumes/Disk/b", true},
@@ -22,7 +22,7 @@ TEST(FileManagerUtility, pathsOnOneVolumeAreToldByTheirTexts) {
         {"/Volumes/Disk/a", "/Users/a", false},
         {"/Users/a", "/Users/b/c", true},
         {"/Users/a", "/Applications/b", false},
-        {"/Volumes/Disk", "/Volumes/Other", true},   // no slash behind the name: both are in "Volumes"
+        {"/Volumes/Disk", "/Volumes/Other", true},   // no slash after the name: both are in "Volumes"
         {"/Volumes/Disk", "/Volumes/Disk/a", false}, // which is not "Disk"
         {"/Volumes/", "/Volumes/x", true},
         {"/Volumes//a", "/Volumes/b", true},
@@ -46,7 +46,7 @@ TEST(FileManagerUtility, pathsOnOneVolumeAreToldByTheirTexts) {
             << row.first << " and " << row.second;
 }
 
-TEST(FileManagerUtility, whatBeginsWithTheFolderIsBelowIt) {
+TEST(FileManagerUtility, aPathThatBeginsWithTheFolderIsASubdirectory) {
     const TwoPaths rows[] = {
         {"/a/b", "/a/b/c", true}, {"/a/b", "/a/bc", true},   {"/a/b", "/a/b/", true},
         {"/a/b", "/a/b", false},  {"/a/b", "/A/b/c", false}, {"/a/b/c", "/a/b", false},

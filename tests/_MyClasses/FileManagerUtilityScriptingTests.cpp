@@ -22,13 +22,13 @@ protected:
     const std::string folder_ = place_.makeFolder("folder");
 };
 
-TEST_F(FinderScriptingTest, theFinderPathOfWhatIsMissingIsEmpty) {
+TEST_F(FinderScriptingTest, theFinderPathOfAMissingItemIsEmpty) {
     fs::create_symlink("nowhere", place_ / "link");
     for (const std::string& path : {place_ / "missing", place_ / "link", std::string()})
         EXPECT_EQ(convertPathType(text(path)), NSString()) << path;
 }
 
-TEST_F(FinderScriptingTest, theFinderPathOfAFolderEndsInAColonThatOfAFileDoesNot) {
+TEST_F(FinderScriptingTest, onlyTheFinderPathOfAFolderEndsWithAColon) {
     const std::string file = place_.write("folder/a b.txt");
     EXPECT_EQ(convertPathType(text(folder_)), *finderPathOf(folder_) + u":");
     EXPECT_EQ(convertPathType(text(file)), *finderPathOf(file));
@@ -39,7 +39,7 @@ TEST_F(FinderScriptingTest, theFinderPathBeginsWithTheVolume) {
     EXPECT_EQ(convertPathType(u"/"), mountedVolumes()->front().name + u":");
 }
 
-TEST_F(FinderScriptingTest, theFinderPathOfALinkIsThatOfWhatItLeadsTo) {
+TEST_F(FinderScriptingTest, theFinderPathOfALinkIsThatOfItsTarget) {
     const std::string file = place_.write("a.txt");
     fs::create_symlink(file, place_ / "link");
     EXPECT_EQ(convertPathType(text(place_ / "link")), convertPathType(text(file)));
@@ -61,7 +61,7 @@ TEST_F(FinderScriptingTest, theListHasQuotedPathsAndOneComma) {
     EXPECT_EQ(pathListStringForScript({text(place_ / "missing")}), NSString(u"\"\""));
 }
 
-TEST_F(FinderScriptingTest, whatIsEmptyIsNotAskedFor) {
+TEST_F(FinderScriptingTest, emptyArgumentsDoNothing) {
     const NSString file = text(place_.write("a")), folder = text(folder_);
     EXPECT_EQ(ASTrashFiles({}), nullptr);
     EXPECT_EQ(ASTrashFile(u""), nullptr);
@@ -88,7 +88,7 @@ TEST_F(FinderScriptingTest, oneItemGoesToTheTrash) {
     EXPECT_TRUE(fs::exists(place_.trashed("folder")));
 }
 
-TEST_F(FinderScriptingTest, copiesReplaceOnlyWhenAsked) {
+TEST_F(FinderScriptingTest, copiesReplaceOnlyOnRequest) {
     const NSString file = text(place_.write("a", "new"));
     EXPECT_EQ(ASCopyFilesToFolder({file}, text(folder_), false), nullptr);
     EXPECT_EQ(readFile(folder_ + "/a"), "new");
@@ -100,7 +100,7 @@ TEST_F(FinderScriptingTest, copiesReplaceOnlyWhenAsked) {
     EXPECT_EQ(readFile(place_ / "a"), "new");
 }
 
-TEST_F(FinderScriptingTest, movesReplaceOnlyWhenAsked) {
+TEST_F(FinderScriptingTest, movesReplaceOnlyOnRequest) {
     const NSString one = text(place_.write("a", "new")), other = text(place_.write("b", "new"));
     place_.write("folder/a", "old");
     place_.write("folder/b", "old");
@@ -126,7 +126,7 @@ TEST_F(FinderScriptingTest, aMissingItemIsTheFindersErrorAndNothingIsDone) {
     EXPECT_TRUE(fs::is_empty(folder_));
 }
 
-/// Names that would say something else inside a script's quotes, some of them with correct grammar.
+/// Names that would change the meaning of a script.
 const char* const misleadingNames[] = {
     "a\",\"a",         // two items of a list
     "a\",\"System",    // the start-up volume
@@ -154,7 +154,7 @@ TEST_F(FinderScriptingTest, aQuoteOrBackslashInANameRunsNothing) {
     EXPECT_TRUE(fs::is_empty(folder_));
 }
 
-TEST_F(FinderScriptingTest, norDoesOneInTheNameOfAFolderAboveOrOfTheDestination) {
+TEST_F(FinderScriptingTest, aQuoteOrBackslashInAParentOrTheDestinationRunsNothing) {
     for (const char* name : misleadingNames) {
         const std::string inside = place_.write(std::string(name) + "/inside");
         const NSString file = text(place_.write("a"));
@@ -174,7 +174,7 @@ TEST_F(FinderScriptingTest, theErrorsRangeCoversTheMisleadingPath) {
     EXPECT_EQ(testing::errorPlaceIn(error, source), convertPathType(file));
 }
 
-TEST_F(FinderScriptingTest, itemsCrossVolumesByACompleteCopy) {
+TEST_F(FinderScriptingTest, itemsMoveBetweenVolumes) {
     if (!fs::is_directory("/dev/shm"))
         GTEST_SKIP() << "there is no second file system";
     const testing::TemporaryFolder elsewhere("/dev/shm");

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 NSString text(const std::string& path) { return NSString::fromUTF8(path); }
 
-/// Files in a place of the test, and a folder that they are brought to.
+/// Files of the test and a destination folder.
 class WorkspaceFilesTest : public ::testing::Test {
 protected:
     std::string commented(const std::string& name, const NSString& comment) const {
@@ -29,7 +29,7 @@ protected:
     const std::string folder_ = place_.makeFolder("folder");
 };
 
-/// A folder that is on another volume than the place, also by its name.
+/// With a folder on another volume, also by its path.
 class TwoVolumesTest : public WorkspaceFilesTest {
 protected:
     void SetUp() override {
@@ -41,7 +41,7 @@ protected:
     std::unique_ptr<const testing::TemporaryFolder> elsewhere_;
 };
 
-TEST_F(WorkspaceFilesTest, linksLeadToTheFiles) {
+TEST_F(WorkspaceFilesTest, linksPointToTheFiles) {
     const std::string file = place_.write("a \"b\"", "content"), other = place_.write("caf\xe9");
     WSLinkFilesToFolder({text(file), text(other)}, text(folder_));
     EXPECT_TRUE(fs::is_symlink(folder_ + "/a \"b\""));
@@ -49,7 +49,7 @@ TEST_F(WorkspaceFilesTest, linksLeadToTheFiles) {
     EXPECT_TRUE(fs::equivalent(folder_ + "/caf\xe9", other));
 }
 
-TEST_F(WorkspaceFilesTest, aLinkThatCannotBeMadeDoesNotKeepTheNextFromIt) {
+TEST_F(WorkspaceFilesTest, aFailedLinkDoesNotStopTheNext) {
     const std::string taken = place_.write("a"), file = place_.write("b");
     place_.write("folder/a", "old");
     WSLinkFilesToFolder({text(taken), text(place_ / "missing"), text(file)}, text(folder_));
@@ -57,7 +57,7 @@ TEST_F(WorkspaceFilesTest, aLinkThatCannotBeMadeDoesNotKeepTheNextFromIt) {
     EXPECT_TRUE(fs::is_symlink(folder_ + "/b"));
 }
 
-TEST_F(WorkspaceFilesTest, filesMoveOrAreCopied) {
+TEST_F(WorkspaceFilesTest, filesAreMovedOrCopied) {
     const std::string moved = place_.write("a"), copied = place_.write("b");
     WSMoveFilesToFolder({text(moved)}, text(folder_), false);
     WSMoveFilesToFolder({text(copied)}, text(folder_), true);
@@ -66,7 +66,7 @@ TEST_F(WorkspaceFilesTest, filesMoveOrAreCopied) {
     EXPECT_EQ(readFile(folder_ + "/a") + readFile(folder_ + "/b"), "contentcontent");
 }
 
-TEST_F(WorkspaceFilesTest, nothingIsReplacedAndTheNextFilesAreStillBrought) {
+TEST_F(WorkspaceFilesTest, nothingIsReplacedAndTheNextFilesAreStillMoved) {
     const std::string taken = place_.write("a", "new"), file = place_.write("b");
     place_.write("folder/a", "old");
     WSMoveFilesToFolder({text(taken), text(place_ / "missing"), text(file)}, text(folder_), false);
@@ -75,7 +75,7 @@ TEST_F(WorkspaceFilesTest, nothingIsReplacedAndTheNextFilesAreStillBrought) {
     EXPECT_TRUE(fs::exists(folder_ + "/b"));
 }
 
-TEST_F(WorkspaceFilesTest, noFilesAreNothingToDo) {
+TEST_F(WorkspaceFilesTest, anEmptyListDoesNothing) {
     WSLinkFilesToFolder({}, text(folder_));
     WSMoveFilesToFolder({}, text(folder_), false);
     EXPECT_TRUE(fs::is_empty(folder_));
@@ -92,7 +92,7 @@ TEST_F(WorkspaceFilesTest, movedAndCopiedItemsKeepTheirComments) {
     EXPECT_EQ(commentForFile(text(folder_ + "/c")), std::nullopt);
 }
 
-TEST_F(WorkspaceFilesTest, aCommentIsWrittenWhateverBecameOfTheItem) {
+TEST_F(WorkspaceFilesTest, aCommentIsWrittenEvenWhenTheItemIsNotMoved) {
     if (!testing::keepsAttributes())
         GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
     const std::string taken = commented("a", u"new"), older = commented("folder/a", u"old");
@@ -108,7 +108,7 @@ TEST_F(WorkspaceFilesTest, aCommentIsWrittenWhateverBecameOfTheItem) {
     EXPECT_EQ(commentForFile(text(older)), NSString());
 }
 
-TEST_F(TwoVolumesTest, aFileOnAnotherVolumeIsCopiedAndSoAreAllAfterIt) {
+TEST_F(TwoVolumesTest, theFirstFileOnAnotherVolumeAndAllLaterOnesAreCopied) {
     const std::string first = elsewhere_->write("a", "1");
     const std::string second = place_.write("b", "2"), third = place_.write("c", "3");
     WSMoveFilesToFolder({text(first), text(second), text(third)}, text(folder_), false);
@@ -125,7 +125,7 @@ TEST_F(TwoVolumesTest, filesBeforeTheOneOnAnotherVolumeAreMoved) {
     EXPECT_EQ(readFile(folder_ + "/a") + readFile(folder_ + "/b") + readFile(folder_ + "/c"), "123");
 }
 
-TEST_F(TwoVolumesTest, everyCallStartsAnew) {
+TEST_F(TwoVolumesTest, everyCallStartsWithMoving) {
     const std::string other = elsewhere_->write("a", "1"), own = place_.write("b", "2");
     WSMoveFilesToFolder({text(other)}, text(folder_), false);
     WSMoveFilesToFolder({text(own)}, text(folder_), false);

@@ -7,13 +7,13 @@ namespace {
 
 using Paths = std::vector<NSString>;
 
-/// What the range covers; nil when there is none.
+/// The text of the range; nil when there is none.
 OptionalString misleadingPathIn(const FinderScript& script) {
     const std::optional<NSRange> range = rangeOfMisleadingPath(script);
     return range ? OptionalString(script.source.substring(*range)) : std::nullopt;
 }
 
-TEST(FinderScripts, theTextsAreTheseToTheCharacter) {
+TEST(FinderScripts, theScriptsHaveExactlyThisSource) {
     const Paths items{u"D:a", u"D:f:"};
     const struct {
         FinderScript script;
@@ -39,18 +39,18 @@ TEST(FinderScripts, theTextsAreTheseToTheCharacter) {
         EXPECT_EQ(row.script.source.utf8(), row.text);
 }
 
-TEST(FinderScripts, aListHasOneCommaBetweenTwoPaths) {
+TEST(FinderScripts, aListSeparatesPathsByCommas) {
     EXPECT_EQ(quotedList({u"D:a"}), NSString(u"\"D:a\""));
     EXPECT_EQ(quotedList({u"D:a", u"D:b"}), NSString(u"\"D:a\",\"D:b\""));
     EXPECT_EQ(quotedList({}), NSString(u""));
 }
 
-TEST(FinderScripts, whatLooksLikeAPlaceToFillInANameStaysAsItIs) {
+TEST(FinderScripts, aPlaceholderWithinANameIsNotReplaced) {
     EXPECT_EQ(fileMovingScript(u"D:%@ %d%%", u"D:%@:", true).source.utf8(),
               "tell application \"Finder\"\n move file \"D:%@ %d%%\" to \"D:%@:\" with replacing\n end tell");
 }
 
-TEST(FinderScripts, quotesAndBackslashesMisleadWhereverTheyStand) {
+TEST(FinderScripts, quotesAndBackslashesAreMisleadingInEveryPath) {
     for (const char16_t* path : {u"D:a\"b", u"D:a\\b", u"D:\",\"E:", u"D:f\":a", u"D:a\\"}) {
         EXPECT_EQ(misleadingPathIn(deletingScript({u"D:a", path})), NSString(path));
         EXPECT_EQ(misleadingPathIn(fileDeletingScript(path)), NSString(path));
@@ -60,7 +60,7 @@ TEST(FinderScripts, quotesAndBackslashesMisleadWhereverTheyStand) {
     }
 }
 
-TEST(FinderScripts, noOtherCharacterMisleads) {
+TEST(FinderScripts, otherCharactersAreNotMisleading) {
     for (const char16_t* path : {u"", u"D:a'b", u"D:{a}, to \x201c", u"D:line\nfeed", u"D:\xdce9"})
         EXPECT_FALSE(misleadingPathIn(movingScript({path}, path, false)));
 }

@@ -15,7 +15,7 @@ using Arguments = std::vector<NSString>;
 NSFileManager& manager() { return NSFileManager::defaultManager(); }
 NSString text(const std::string& path) { return NSString::fromUTF8(path); }
 
-/// What the programs say while the steps run, on standard output and error.
+/// The output of the programs while the steps run, standard output and error.
 template <class Steps>
 std::string saidDuring(Steps steps) {
     ::testing::internal::CaptureStdout();
@@ -32,13 +32,13 @@ TEST(FolderCommands, renamingMovesToTheNewNameInTheSameFolder) {
     EXPECT_EQ(renamingCommand(u"/a/", u"b").arguments, (Arguments{u"/a/", u"/b"}));
 }
 
-TEST(FolderCommands, copyingKeepsRightsAndTimes) {
+TEST(FolderCommands, copyingKeepsPermissionsAndTimes) {
     const FolderCommand command = copyingCommand(u"/a b", u"/c");
     EXPECT_EQ(command.program, NSString(u"/bin/cp"));
     EXPECT_EQ(command.arguments, (Arguments{u"-Rp", u"/a b", u"/c"}));
 }
 
-TEST(FolderCommands, removingTakesTheWholeTree) {
+TEST(FolderCommands, removingRemovesTheWholeTree) {
     const FolderCommand command = removingCommand(u"/a b");
     EXPECT_EQ(command.program, NSString(u"/bin/rm"));
     EXPECT_EQ(command.arguments, (Arguments{u"-R", u"/a b"}));
@@ -50,7 +50,7 @@ TEST(FolderCommands, unarchivingUnpacksIntoTheFolder) {
     EXPECT_EQ(command.arguments, (Arguments{u"zxvf", u"/a.tgz", u"-C", u"/b c"}));
 }
 
-TEST(FolderCommands, aProgramThatIsNotThereIsPassedOver) {
+TEST(FolderCommands, aMissingProgramIsIgnored) {
     EXPECT_NO_THROW(runQuietly({u"/no/such/program", {u"x"}}));
     EXPECT_NO_THROW(runQuietly({u"/bin/true", {NSString(std::u16string(u"a\0b", 3))}}));
 }
@@ -82,7 +82,7 @@ TEST(FileManagerUtility, aFolderIsRemovedWithItsContents) {
     EXPECT_TRUE(fs::exists(folder / "a"));
 }
 
-TEST(FileManagerUtility, programsThatFailSayItThemselvesAndNothingElseHappens) {
+TEST(FileManagerUtility, failingProgramsPrintTheirOwnErrors) {
     const TemporaryFolder folder;
     const NSString missing = text(folder / "missing");
     const std::string said = saidDuring([&] {
@@ -96,7 +96,7 @@ TEST(FileManagerUtility, programsThatFailSayItThemselvesAndNothingElseHappens) {
     EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
-TEST(FileManagerUtility, anArchiveIsUnpackedAndItsNamesAreTold) {
+TEST(FileManagerUtility, anArchiveIsUnpackedAndItsNamesArePrinted) {
     const TemporaryFolder folder;
     folder.write("content/inside.txt", "content");
     runQuietly({u"/usr/bin/tar",
@@ -109,7 +109,7 @@ TEST(FileManagerUtility, anArchiveIsUnpackedAndItsNamesAreTold) {
     EXPECT_EQ(said, "inside.txt\n");
 }
 
-TEST(FileManagerUtility, whatIsNoArchiveIsUnpackedInVain) {
+TEST(FileManagerUtility, anInvalidArchiveStillReturnsTrue) {
     const TemporaryFolder folder;
     const NSString file = text(folder.write("file", "no archive"));
     fs::create_directory(folder / "out");

@@ -3,6 +3,7 @@
 #include "platform/carbon/AEObjects.h"
 #include "platform/carbon/DescriptorData.h"
 #include "platform/carbon/FinderEvents.h"
+#include "platform/carbon/MemoryRefusal.h"
 #include "platform/carbon/RecordFields.h"
 #include "platform/finder/FinderMetadata.h"
 #include "platform/finder/FinderPath.h"
@@ -43,7 +44,7 @@ AppleEvent finderEvent(AEEventClass eventClass, AEEventID eventID) {
 
 bool goOn() { return false; }
 
-/// Memory is refused for as long as it lives.
+/// Refuses memory for the lifetime of the object.
 struct RefusedMemory {
     explicit RefusedMemory(OSErr error) { refuseMemory(error); }
     ~RefusedMemory() { refuseMemory(std::nullopt); }
@@ -229,7 +230,7 @@ TEST(MoreAEOSpecifiers, missingArgumentsAreParameterErrors) {
     EXPECT_EQ(MoreAEOCreateObjSpecifierFromFSRef(&root, nullptr), paramErr);
 }
 
-TEST(MoreAEDescriptors, oneToBeFilledIsNullAfterAFailure) {
+TEST(MoreAEDescriptors, resultsAreNullDescriptorsAfterAFailure) {
     const FSRef none;
     AEDesc container, desc = unicodeTextDescriptor(u"left from before");
     const std::function<OSStatus()> failing[] = {
@@ -250,7 +251,7 @@ TEST(MoreAEDescriptors, oneToBeFilledIsNullAfterAFailure) {
     }
 }
 
-TEST(MoreAEOSpecifiers, lackOfMemoryIsTold) {
+TEST(MoreAEOSpecifiers, lackOfMemoryIsReported) {
     const RefusedMemory refused(memFullErr);
     AEDesc object;
     EXPECT_EQ(MoreAEOCreateObjSpecifierFromCFString(NSString(u"/"), &object), memFullErr);
@@ -266,7 +267,7 @@ TEST(MoreAEGetHandlerError, isTheNumberInTheReply) {
     EXPECT_EQ(MoreAEGetHandlerError(&reply), -43);
 }
 
-TEST(MoreAEGetHandlerError, noReplyHasNoneAndAnUnreadableOneIsTold) {
+TEST(MoreAEGetHandlerError, aMissingReplyHasNoErrorAndAnUnreadableOneIsReported) {
     const AppleEvent nothing;
     EXPECT_EQ(MoreAEGetHandlerError(nullptr), noErr);
     EXPECT_EQ(MoreAEGetHandlerError(&nothing), noErr);
@@ -276,7 +277,7 @@ TEST(MoreAEGetHandlerError, noReplyHasNoneAndAnUnreadableOneIsTold) {
     EXPECT_EQ(MoreAEGetHandlerError(&reply), errAECoercionFail);
 }
 
-/// Asks for the comment of the item at `path`.
+/// An event that requests the comment of the item at `path`.
 AppleEvent commentRequest(const std::string& path) {
     AEDesc item;
     EXPECT_EQ(MoreAEOCreateObjSpecifierFromCFString(text(path), &item), noErr);
@@ -288,7 +289,7 @@ AppleEvent commentRequest(const std::string& path) {
     return event;
 }
 
-TEST(MoreAESendEventReturnAEDesc, givesTheDirectObjectAsTheTypeAskedFor) {
+TEST(MoreAESendEventReturnAEDesc, givesTheDirectObjectAsTheRequestedType) {
     if (!testing::keepsAttributes())
         GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
     const TemporaryFolder folder;
@@ -320,7 +321,7 @@ TEST(MoreAESendEventReturnAEDesc, givesFailuresToSendAndTheHandlersError) {
     EXPECT_EQ(MoreAESendEventReturnAEDesc(goOn, &silent, typeWildCard, &got), errAEDescNotFound);
 }
 
-TEST(MoreAESendEventNoReturnValue, tellsTheHandlersErrorOnlyWithAnIdleProcedure) {
+TEST(MoreAESendEventNoReturnValue, givesTheHandlersErrorOnlyWithAnIdleProcedure) {
     const AppleEvent unknown = finderEvent(kAECoreSuite, fourCharacterCode("delo"));
     EXPECT_EQ(MoreAESendEventNoReturnValue(goOn, &unknown), errAEEventNotHandled);
     EXPECT_EQ(MoreAESendEventNoReturnValue(nullptr, &unknown), noErr);

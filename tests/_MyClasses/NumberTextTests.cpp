@@ -21,7 +21,7 @@ TEST(NumberText, theFirstFloatingConversionShowsTheNumber) {
         EXPECT_EQ(formattedNumber(format, 2.75), NSString(text)) << NSString(format).utf8();
 }
 
-TEST(NumberText, otherConversionsReadNothing) {
+TEST(NumberText, otherConversionsReadNoArgument) {
     EXPECT_EQ(formattedNumber(u"%d %s %.1f %f", 2.75), NSString(u"0 (null) 2.8 0.000000"));
     EXPECT_EQ(formattedNumber(u"%n%*d", 2.75), NSString(u"0"));
     EXPECT_EQ(formattedNumber(u"plain", 2.75), NSString(u"plain"));
@@ -40,7 +40,13 @@ TEST(NumberText, infinitiesAndNaNAreWordsAndNaNHasNoSign) {
     EXPECT_EQ(formattedNumber(u"%.1f", std::copysign(std::nan(""), -1.0)), NSString(u"nan"));
 }
 
-TEST(NumberText, hugeWidthsAreHeld) {
+TEST(NumberText, theLocaleOfTheThreadStays) {
+    ::uselocale(LC_GLOBAL_LOCALE);
+    EXPECT_EQ(formattedNumber(u"%.1f", 2.5), NSString(u"2.5"));
+    EXPECT_EQ(::uselocale(nullptr), LC_GLOBAL_LOCALE);
+}
+
+TEST(NumberText, widthAndPrecisionAreLimited) {
     EXPECT_EQ(formattedNumber(u"%99999999999f", 1.0).length(), 4096u);
     EXPECT_EQ(formattedNumber(u"%.99999f", 1e308).length(), 309u + 1 + 4096);
 }

@@ -1,4 +1,4 @@
-// What an action raises, as text that a test can compare.
+// The exception of an action, as a string for comparison.
 #pragma once
 
 #include "platform/foundation/NSException.h"

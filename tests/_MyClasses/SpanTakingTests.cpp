@@ -1,5 +1,5 @@
-// Taking all spans out of a text at once, against the steps as they are defined, and on long texts for which
-// the steps would compare 10^11 code units and more.
+// Removing all spans at once, compared with removing them one by one, and on long strings for which that
+// would take too long (10^11 comparisons and more).
 #include "_MyClasses/Category/BracketedSpans.h"
 #include "_MyClasses/Category/QuotedSpans.h"
 #include "_MyClasses/Category/StringUtility.h"
@@ -17,7 +17,7 @@ constexpr std::size_t megabyte = 1'000'000;
 
 std::u16string digits(std::size_t number) { return NSString::fromUTF8(std::to_string(number)).utf16(); }
 
-/// What `piece` gives for 0, 1, 2 and so on, up to a megabyte.
+/// piece(0), piece(1), ... joined, up to a megabyte.
 template <class Piece>
 std::u16string megabyteOf(Piece piece) {
     std::u16string text;
@@ -33,13 +33,13 @@ std::u16string repeated(std::size_t count, std::u16string_view piece) {
     return text;
 }
 
-/// The steps one by one.
+/// Removes the spans one by one.
 QuotedSpans takenStepByStep(NSString text, const NSString& opening, const NSString& closing,
                             EmptySpan emptySpan) {
     QuotedSpans result;
     while (true) {
         const NSRange range = rangeOfStringFrom(text, opening, closing);
-        if (range.length == 0 || (range.length == 2 && emptySpan == EmptySpan::endsTaking))
+        if (range.length == 0 || (range.length == 2 && emptySpan == EmptySpan::stops))
             break;
         const NSString span = text.substring(range);
         result.spans.push_back(span.utf16().substr(1, range.length - 2));
@@ -49,7 +49,7 @@ QuotedSpans takenStepByStep(NSString text, const NSString& opening, const NSStri
     return result;
 }
 
-/// Texts of the pieces, in any order and number, some of them long.
+/// Random strings made of the pieces.
 class AnyText {
 public:
     explicit AnyText(std::vector<std::u16string> pieces) : pieces_(std::move(pieces)) {}
@@ -68,11 +68,11 @@ private:
 
 } // namespace
 
-TEST(QuotedSpans, equalTheStepsOneAfterTheOther) {
+TEST(QuotedSpans, equalTheRemovalOneByOne) {
     AnyText texts({u"\"", u"\"", u"\"a\"", u"\"b\"", u"a", u"b", u" "});
     for (int round = 0; round < 20000; ++round) {
         const std::u16string text = texts.next();
-        for (const EmptySpan emptySpan : {EmptySpan::goes, EmptySpan::endsTaking}) {
+        for (const EmptySpan emptySpan : {EmptySpan::isRemoved, EmptySpan::stops}) {
             const QuotedSpans taken = takeQuotedSpans(text, u'"', emptySpan);
             const QuotedSpans expected = takenStepByStep(text, u"\"", u"\"", emptySpan);
             ASSERT_EQ(taken.rest, expected.rest) << NSString(text).utf8();
@@ -81,35 +81,35 @@ TEST(QuotedSpans, equalTheStepsOneAfterTheOther) {
     }
 }
 
-TEST(QuotedSpans, ofTwoThatShareAQuoteTheFirstGoes) {
-    const QuotedSpans taken = takeQuotedSpans(u"\"x\"x\"y\"", u'"', EmptySpan::goes);
+TEST(QuotedSpans, ifTwoSpansShareAQuoteTheFirstIsRemoved) {
+    const QuotedSpans taken = takeQuotedSpans(u"\"x\"x\"y\"", u'"', EmptySpan::isRemoved);
     EXPECT_THAT(taken.spans, ElementsAre(u"x", u"y"));
     EXPECT_EQ(taken.rest, u"x");
 }
 
-TEST(BracketedSpans, equalTheStepsOneAfterTheOther) {
+TEST(BracketedSpans, equalTheRemovalOneByOne) {
     AnyText texts({u"<", u"<", u">", u">", u"<a>", u"<b>", u"a", u"b"});
     for (int round = 0; round < 20000; ++round) {
         const std::u16string text = texts.next();
-        for (const EmptySpan emptySpan : {EmptySpan::goes, EmptySpan::endsTaking})
+        for (const EmptySpan emptySpan : {EmptySpan::isRemoved, EmptySpan::stops})
             ASSERT_EQ(withoutBracketedSpans(text, u'<', u'>', emptySpan),
                       takenStepByStep(text, u"<", u">", emptySpan).rest)
                 << NSString(text).utf8();
     }
 }
 
-TEST(BracketedSpans, equalTheStepsBehindManyOpeningBracketsToo) {
+TEST(BracketedSpans, equalTheRemovalOneByOneAfterManyOpeningBrackets) {
     const std::u16string openings(40, u'<');
     AnyText texts({u"<a>", u"<b>", u"<c>", u"a>", u"b>", u"c>", openings, openings + u"<a>", u"<<a>", u"x"});
     for (int round = 0; round < 5000; ++round) {
         const std::u16string text = u"<a>" + texts.next();
-        ASSERT_EQ(withoutBracketedSpans(text, u'<', u'>', EmptySpan::goes),
-                  takenStepByStep(text, u"<", u">", EmptySpan::goes).rest)
+        ASSERT_EQ(withoutBracketedSpans(text, u'<', u'>', EmptySpan::isRemoved),
+                  takenStepByStep(text, u"<", u">", EmptySpan::isRemoved).rest)
             << NSString(text).utf8();
     }
 }
 
-TEST(BracketedSpans, aMegabyteOfThemIsDone) {
+TEST(BracketedSpans, aMegabyteIsProcessedInTime) {
     const std::u16string tags = megabyteOf([](std::size_t i) { return u"<" + digits(i) + u">"; });
     const std::u16string half = tags.substr(0, megabyte / 2); // which ends in the middle of a tag
     const std::u16string cut = half.substr(half.rfind(u'<'));
@@ -124,21 +124,21 @@ TEST(BracketedSpans, aMegabyteOfThemIsDone) {
         {repeated(megabyte / 6, u"<<a>a>"), repeated(megabyte / 6, u"a>")},
     };
     for (const auto& [text, expected] : cases) {
-        const std::u16string left = withoutBracketedSpans(text, u'<', u'>', EmptySpan::endsTaking);
+        const std::u16string left = withoutBracketedSpans(text, u'<', u'>', EmptySpan::stops);
         EXPECT_TRUE(left == expected)
             << left.size() << " are left of " << NSString(text.substr(0, 40)).utf8();
     }
 }
 
-TEST(QuotedSpans, aMegabyteOfThemIsDone) {
+TEST(QuotedSpans, aMegabyteIsProcessedInTime) {
     const std::u16string phrases = megabyteOf([](std::size_t i) { return u"\"" + digits(i) + u"\" "; });
-    const QuotedSpans taken = takeQuotedSpans(phrases + phrases, u'"', EmptySpan::endsTaking);
+    const QuotedSpans taken = takeQuotedSpans(phrases + phrases, u'"', EmptySpan::stops);
     EXPECT_EQ(taken.spans.size(), taken.rest.size() / 2);
     EXPECT_EQ(taken.spans.back(), digits(taken.spans.size() - 1));
-    EXPECT_EQ(takeQuotedSpans(std::u16string(megabyte, u'"'), u'"', EmptySpan::goes).rest, u"");
+    EXPECT_EQ(takeQuotedSpans(std::u16string(megabyte, u'"'), u'"', EmptySpan::isRemoved).rest, u"");
 }
 
-TEST(StringUtilityOfLongTexts, noOperationTakesTheProductOfTwoLengths) {
+TEST(StringUtilityOfLongTexts, noOperationIsQuadratic) {
     const NSString same(std::u16string(megabyte, u'a')), key(std::u16string(megabyte / 2, u'a') + u"b");
     EXPECT_TRUE(removeString(same, key) == same);
     EXPECT_FALSE(stringHasAnyKey(same, {key}));

@@ -18,13 +18,13 @@ NSString byteSize(NSNumber::Value value) { return stringWithByteSize(NSNumber(va
 
 // Markup and line ends
 
-TEST_F(StringUtilityClassification, tagsGoAndEntitiesBecomeTheirCharacters) {
+TEST_F(StringUtilityClassification, tagsAreRemovedAndEntitiesReplaced) {
     EXPECT_EQ(removeAllHTMLTag(u"a<b>c</b>d &amp; e"), NSString(u"acd & e"));
     EXPECT_EQ(removeAllHTMLTag(u"<p>x<p>y"), NSString(u"xy"));
     EXPECT_EQ(removeAllHTMLTag(u"<a<b>c"), NSString(u"c"));
 }
 
-TEST_F(StringUtilityClassification, aTextWithoutTagsStaysAsItIs) {
+TEST_F(StringUtilityClassification, aStringWithoutTagsIsUnchanged) {
     const NSString text(u"a &amp; b > c");
     EXPECT_TRUE(removeAllHTMLTag(text).isSame(text));
 }
@@ -34,11 +34,11 @@ TEST_F(StringUtilityClassification, anEmptyTagOrOneWithoutEndStopsTheRemoval) {
     EXPECT_EQ(removeAllHTMLTag(u"a>b<c &quot;"), NSString(u"a>b<c \""));
 }
 
-TEST_F(StringUtilityClassification, aTagThatRemovalMakesIsRemovedToo) {
+TEST_F(StringUtilityClassification, aTagThatARemovalCreatesIsRemovedToo) {
     EXPECT_EQ(removeAllHTMLTag(u"<b><<b>i>x"), NSString(u"x"));
 }
 
-TEST_F(StringUtilityClassification, tagsThatInfluenceEachOtherGoOneAfterTheOther) {
+TEST_F(StringUtilityClassification, tagsThatAffectEachOtherAreRemovedOneByOne) {
     std::uint32_t state = 1;
     for (int round = 0; round < 20000; round++) {
         std::u16string text;
@@ -65,7 +65,7 @@ TEST_F(StringUtilityClassification, lineEndsBecomeLineFeeds) {
 
 // Kinds of text
 
-TEST_F(StringUtilityClassification, aNumberConsistsOfDigitsAndSoDoesAnEmptyText) {
+TEST_F(StringUtilityClassification, aNumberConsistsOfDigitsAndCanBeEmpty) {
     EXPECT_TRUE(isNumberString(u""));
     EXPECT_TRUE(isNumberString(u"0123456789"));
     for (const char16_t* text : {u"12a", u"-1", u"1.5", u"１", u" "})
@@ -80,6 +80,7 @@ TEST_F(StringUtilityClassification, theCharacterSetsComeFromTheTable) {
     EXPECT_TRUE(isHiraganaKatanakaString(u"\U0001b000あ", bundle));
     EXPECT_FALSE(isHiraganaKatanakaString(u"あa", bundle));
     EXPECT_FALSE(isHiraganaKatanakaString(u"\xd82c", bundle)) << "half of a member is no member";
+    EXPECT_FALSE(isHiraganaKatanakaString(u"\xdc00", bundle)) << "nor is the other half";
     EXPECT_TRUE(isHiraganaKatanakaAlphabetString(u"あa", bundle));
     EXPECT_FALSE(isHiraganaKatanakaAlphabetString(u"あaい", bundle));
 }
@@ -105,7 +106,7 @@ TEST_F(StringUtilityClassification, theShippedSetsHoldLettersDigitsAndKana) {
 
 // Escaping
 
-TEST_F(StringUtilityClassification, aTextIsEscapedForAStringsFile) {
+TEST_F(StringUtilityClassification, aStringIsEscapedForAStringsFile) {
     struct Case {
         const char16_t* text;
         const char16_t* escaped;
@@ -124,7 +125,7 @@ TEST_F(StringUtilityClassification, aTextIsEscapedForAStringsFile) {
         EXPECT_EQ(escapeForStringsFile(c.text), NSString(c.escaped)) << NSString(c.text).utf8();
 }
 
-TEST_F(StringUtilityClassification, whatMayNotStandInAURLIsEscapedInUTF8) {
+TEST_F(StringUtilityClassification, charactersThatAURLCannotContainAreEscapedAsUTF8) {
     EXPECT_EQ(escapedStringWithPercent(u"a b"), NSString(u"a%20b"));
     EXPECT_EQ(escapedStringWithPercent(u"é\U0001f600"), NSString(u"%C3%A9%F0%9F%98%80"));
     EXPECT_EQ(escapedStringWithPercent(u"100% \"x\""), NSString(u"100%25%20%22x%22"));
@@ -133,14 +134,14 @@ TEST_F(StringUtilityClassification, whatMayNotStandInAURLIsEscapedInUTF8) {
     EXPECT_EQ(escapedStringWithPercent(NSString::fromUTF8("a\xff z")), NSString(u"a%FF%20z"));
 }
 
-TEST_F(StringUtilityClassification, aTextWithNothingButPercentSignsToEscapeStaysAsItIs) {
-    for (const char16_t* text : {u"", u"a%20b", u"100%", u"http://h/a;b?c=d&e=f+g,$@:-_.!~*'()"}) {
+TEST_F(StringUtilityClassification, aStringWithOnlyPercentSignsToEscapeIsUnchanged) {
+    for (const char16_t* text : {u"", u"a%20b", u"100%", u"http://h/a;b?c=d&e=f+g,$@:-_.!~*'()", u"azAZ09"}) {
         const NSString receiver(text);
         EXPECT_TRUE(escapedStringWithPercent(receiver).isSame(receiver)) << receiver.utf8();
     }
 }
 
-TEST_F(StringUtilityClassification, separatorsAreEscapedBehindTheThirdCharacter) {
+TEST_F(StringUtilityClassification, separatorsAreEscapedAfterTheThirdCharacter) {
     struct Case {
         const char16_t* text;
         const char16_t* escaped;
@@ -172,7 +173,7 @@ TEST_F(StringUtilityClassification, aByteCountBecomesTheLargestUnitItExceeds) {
     EXPECT_EQ(byteSize((std::int64_t{1} << 40) + 1), NSString(u"1.0TB"));
 }
 
-TEST_F(StringUtilityClassification, byteCountsAreRoundedAsPrintingDoes) {
+TEST_F(StringUtilityClassification, byteCountsAreRoundedLikePrintf) {
     EXPECT_EQ(byteSize(9.96), NSString(u"10.0B")) << "one digit, as 9.96 is below 10";
     EXPECT_EQ(byteSize(0.25), NSString(u"0.2B")) << "halves go to the even digit";
     EXPECT_EQ(byteSize(10.5), NSString(u"10B"));
@@ -180,16 +181,17 @@ TEST_F(StringUtilityClassification, byteCountsAreRoundedAsPrintingDoes) {
     EXPECT_EQ(byteSize(0), NSString(u"0.0B"));
 }
 
-TEST_F(StringUtilityClassification, anyDoubleMayBeAByteCount) {
+TEST_F(StringUtilityClassification, anyDoubleCanBeAByteCount) {
     using Limits = std::numeric_limits<double>;
     EXPECT_EQ(byteSize(Limits::quiet_NaN()), NSString(u"nanB"));
     EXPECT_EQ(byteSize(Limits::infinity()), NSString(u"infTB"));
     EXPECT_EQ(byteSize(-Limits::infinity()), NSString(u"-infB"));
     EXPECT_EQ(byteSize(Limits::max()).length(), 299u) << "297 digits and the unit";
-    EXPECT_EQ(byteSize(Limits::lowest()).length(), 313u) << "a minus, 309 digits, one behind the point";
+    EXPECT_EQ(byteSize(Limits::lowest()).length(), 313u)
+        << "a minus, 309 digits, one after the decimal point";
 }
 
-TEST_F(StringUtilityClassification, aLineBreakModeHoldsForTheWholeText) {
+TEST_F(StringUtilityClassification, aLineBreakModeAppliesToTheWholeString) {
     const NSAttributedString text = lineBreakedString(u"abc", NSLineBreakByTruncatingMiddle);
     NSRange range;
     const Object value = text.attribute(NSParagraphStyleAttributeName, 1, &range);
@@ -200,16 +202,16 @@ TEST_F(StringUtilityClassification, aLineBreakModeHoldsForTheWholeText) {
     EXPECT_EQ(text.string(), NSString(u"abc"));
 }
 
-TEST_F(StringUtilityClassification, anEmptyTextHasNoPlaceForAStyle) {
+TEST_F(StringUtilityClassification, anEmptyStringHasNoStyle) {
     EXPECT_EQ(lineBreakedString(u"", NSLineBreakByClipping).length(), 0u);
 }
 
-TEST_F(StringUtilityClassification, aShortTextIsNotDivided) {
+TEST_F(StringUtilityClassification, aShortStringIsNotDivided) {
     EXPECT_EQ(dividePointUpToLength(u"a.b", 3, withoutTable()), 3u);
     EXPECT_EQ(dividePointUpToLength(u"", 0, withoutTable()), 0u);
 }
 
-TEST_F(StringUtilityClassification, aLongTextIsDividedBehindAFullStopWhenTheLineFeedLiesOutside) {
+TEST_F(StringUtilityClassification, aLongStringIsDividedAfterAFullStopWhenTheLineFeedIsTooEarly) {
     std::u16string text(500, u'x');
     text[99] = u'\n';
     text[250] = u'.';
@@ -220,7 +222,7 @@ TEST_F(StringUtilityClassification, aLongTextIsDividedBehindAFullStopWhenTheLine
     EXPECT_EQ(dividePointUpToLength(text, 300, withoutTable()), 151u) << "the last line feed counts";
 }
 
-TEST_F(StringUtilityClassification, theStretchEndsBeforeTheMaximum) {
+TEST_F(StringUtilityClassification, theSearchedRangeEndsBeforeTheMaximum) {
     std::u16string text(500, u'x');
     text[300] = u'\n';
     EXPECT_EQ(dividePointUpToLength(text, 300, withoutTable()), 300u);
@@ -230,14 +232,14 @@ TEST_F(StringUtilityClassification, theStretchEndsBeforeTheMaximum) {
     EXPECT_EQ(dividePointUpToLength(text, 300, withoutTable()), 299u);
 }
 
-TEST_F(StringUtilityClassification, aMaximumBelowTheStretchIsHeldToTheText) {
+TEST_F(StringUtilityClassification, aSmallMaximumSearchesFromTheStart) {
     EXPECT_EQ(dividePointUpToLength(u"a\nbcdef", 4, withoutTable()), 2u);
     EXPECT_EQ(dividePointUpToLength(u"\nabcdef", 1, withoutTable()), 1u);
     EXPECT_EQ(dividePointUpToLength(repeated(50, u'x'), 20, withoutTable()), 20u);
     EXPECT_EQ(dividePointUpToLength(u"abc", 0, withoutTable()), 0u);
 }
 
-TEST_F(StringUtilityClassification, theLocalizedCommaIsTheLastResortWhenItIsOneCharacter) {
+TEST_F(StringUtilityClassification, theLocalizedCommaIsUsedLastIfItIsOneCharacter) {
     EXPECT_EQ(dividePointUpToLength(u"a;bcdef", 5, given("\"Touten Character\" = \";\";")), 2u);
     EXPECT_EQ(dividePointUpToLength(u"a.b;cdef", 5, given("\"Touten Character\" = \";\";")), 2u);
     EXPECT_EQ(dividePointUpToLength(u"a;bcdef", 5, given("\"Touten Character\" = \";b\";")), 5u);

@@ -14,12 +14,12 @@ OptionalString detected(std::string_view bytes) {
     return stringWithContentsOfDataByAutoDetectingEncoding(NSData(bytesOf(bytes)));
 }
 
-TEST(StringUtilityEncodings, UTF8IsTakenEvenWhenShiftJISWouldDoToo) {
+TEST(StringUtilityEncodings, UTF8IsPreferredToShiftJIS) {
     EXPECT_EQ(detected("\xc3\xa9"), NSString(u"é")) << "two half-width katakana in Shift JIS";
     EXPECT_EQ(detected(""), NSString(u""));
 }
 
-TEST(StringUtilityEncodings, anEscapeByteHasISO2022JPTriedFirst) {
+TEST(StringUtilityEncodings, withAnEscapeByteISO2022JPIsTriedFirst) {
     EXPECT_EQ(detected("a\x1b$B$\"\x1b(Bb"), NSString(u"aあb"));
     EXPECT_EQ(detected("\x1b[31mred"), NSString(u"\x1b[31mred")) << "no such escape sequence: UTF-8";
     EXPECT_EQ(detected("\x1b$B$\"\x1b(B\x82\xa0"), NSString(u"\x1b$B$\"\x1b(Bあ")) << "Shift JIS";
@@ -37,7 +37,7 @@ TEST(StringUtilityEncodings, JapaneseEncodingsComeBeforeMacOSRoman) {
     EXPECT_EQ(detected("\xff\xfe\x61"), NSString(u"ˇ˛a")) << "UTF-16 comes last and is never reached";
 }
 
-TEST(StringUtilityEncodings, anyBytesAtAllDecode) {
+TEST(StringUtilityEncodings, anyBytesCanBeDecoded) {
     for (int first = 0; first < 256; first++)
         for (int second = 0; second < 256; second++) {
             const char bytes[] = {static_cast<char>(first), static_cast<char>(second)};
@@ -45,7 +45,7 @@ TEST(StringUtilityEncodings, anyBytesAtAllDecode) {
         }
 }
 
-TEST(StringUtilityEncodings, filesAreReadWhole) {
+TEST(StringUtilityEncodings, filesAreReadCompletely) {
     const TemporaryFolder folder;
     const NSString sjis = NSString::fromUTF8(folder.write("sjis.txt", "\x82\xa0\n"));
     const NSString utf16 =

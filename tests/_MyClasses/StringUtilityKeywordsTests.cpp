@@ -33,14 +33,14 @@ TEST_F(StringUtilityKeywords, hasAnyKeyIgnoresCaseAndStringHasAnyKeyDoesNot) {
     EXPECT_TRUE(stringHasAnyKey(u"xABCx", {u"no", u"ABC"}));
 }
 
-TEST_F(StringUtilityKeywords, emptyKeysAreNoHitAndAnEmptyTextHoldsNone) {
+TEST_F(StringUtilityKeywords, emptyKeysAndAnEmptyReceiverNeverMatch) {
     EXPECT_FALSE(hasAnyKey(u"abc", keys({u"", u"x"})));
     EXPECT_FALSE(stringHasAnyKey(u"abc", {u"", u"x"}));
     EXPECT_FALSE(hasAnyKey(u"", keys({u"a"})));
     EXPECT_FALSE(hasAnyKey(u"abc", {}));
 }
 
-TEST_F(StringUtilityKeywords, aNumberIsAKeyAsItsText) {
+TEST_F(StringUtilityKeywords, aNumberIsAKey) {
     EXPECT_TRUE(hasAnyKey(u"year 2008", {std::make_shared<NSNumber>(2008)}));
     EXPECT_FALSE(hasAnyKey(u"year 2008", {std::make_shared<NSNumber>(2009)}));
 }
@@ -50,9 +50,10 @@ TEST_F(StringUtilityKeywords, theSearchStopsAtTheFirstHitAndRaisesAtAKeyOfAnothe
     EXPECT_TRUE(hasAnyKey(u"abc", {NSString(u"a").object(), list}));
     EXPECT_THROW(hasAnyKey(u"abc", {NSString(u"x").object(), list}), NSException);
     EXPECT_THROW(hasAnyKey(u"abc", {nullptr}), NSException);
+    EXPECT_FALSE(hasAnyKey(u"", {list})) << "the keys of an empty receiver are not examined";
 }
 
-TEST_F(StringUtilityKeywords, searchOptionsDecideAboutCaseAndPlace) {
+TEST_F(StringUtilityKeywords, searchOptionsSelectCaseAndPosition) {
     struct Case {
         const char16_t* key;
         unsigned options;
@@ -67,13 +68,13 @@ TEST_F(StringUtilityKeywords, searchOptionsDecideAboutCaseAndPlace) {
             << NSString(c.key).utf8() << " " << c.options;
 }
 
-TEST_F(StringUtilityKeywords, anAnchoredKeyIsNoHalfOfACharacter) {
+TEST_F(StringUtilityKeywords, anAnchoredKeyDoesNotMatchHalfACharacter) {
     const NSString low = std::u16string{0xde00};
     EXPECT_FALSE(hasAnyKey(u"a\U0001f600", {low.object()}, 13));
     EXPECT_TRUE(hasAnyKey(u"a\U0001f600", {NSString(u"\U0001f600").object()}, 13));
 }
 
-TEST_F(StringUtilityKeywords, stringHasAllKeysOfNoKeyOrEmptyKeysOnlyIsYes) {
+TEST_F(StringUtilityKeywords, stringHasAllKeysIsTrueWithoutNonEmptyKeys) {
     EXPECT_TRUE(stringHasAllKeys(u"abc", {}));
     EXPECT_TRUE(stringHasAllKeys(u"abc", {u"", u""}));
     EXPECT_TRUE(stringHasAllKeys(u"", {u""}));
@@ -90,7 +91,7 @@ TEST_F(StringUtilityKeywords, quotedPhrasesComeFirstAndDoubledBlanksGiveEmptyWor
                 ElementsAre(u"dark blue", u"red", u"", u"green"));
 }
 
-TEST_F(StringUtilityKeywords, aSearchTextIsSeparatedInTheseWays) {
+TEST_F(StringUtilityKeywords, searchStringsAreSeparatedAsListed) {
     NSBundle& bundle = withoutTable();
     EXPECT_THAT(separateStringKeyToArray(u"", bundle), IsEmpty());
     EXPECT_THAT(separateStringKeyToArray(u"\"\"", bundle), IsEmpty());
@@ -101,21 +102,21 @@ TEST_F(StringUtilityKeywords, aSearchTextIsSeparatedInTheseWays) {
     EXPECT_THAT(separateStringKeyToArray(u"\"x\" \"y\"\"x\"", bundle), ElementsAre(u"x", u"y", u"", u""));
 }
 
-TEST_F(StringUtilityKeywords, adjacentQuotesEndTheSearchForPhrases) {
+TEST_F(StringUtilityKeywords, adjacentQuotesStopTheSearchForPhrases) {
     EXPECT_THAT(separateStringKeyToArray(u"\"\"\"a b\"", withoutTable()), ElementsAre(u"a", u"b"));
 }
 
-TEST_F(StringUtilityKeywords, localizedTextsSeparateWords) {
+TEST_F(StringUtilityKeywords, localizedStringsSeparateWords) {
     NSBundle& bundle = given("\"Space Character\" = \"_\"; \"Kuten Character\" = \"||\";");
     EXPECT_THAT(separateStringKeyToArray(u"a_b||c|d", bundle), ElementsAre(u"a", u"b", u"c|d"));
 }
 
-TEST_F(StringUtilityKeywords, anEmptyLocalizedTextSeparatesNothing) {
+TEST_F(StringUtilityKeywords, anEmptyLocalizedStringSeparatesNothing) {
     NSBundle& bundle = given("\"Space Character\" = \"\"; \"Kuten Character\" = \"\";");
     EXPECT_THAT(separateStringKeyToArray(u"ab c", bundle), ElementsAre(u"ab", u"c"));
 }
 
-TEST_F(StringUtilityKeywords, aMissingLocalizedTextIsLookedForByItsKey) {
+TEST_F(StringUtilityKeywords, aMissingLocalizedStringIsReplacedByItsKey) {
     EXPECT_THAT(separateStringKeyToArray(u"aSpace,Characterb", withoutTable()),
                 ElementsAre(u"aSpace", u"Characterb"));
     EXPECT_EQ(days(u"1Minus Character3", withoutTable()), (std::vector<std::int32_t>{1, 0}))
@@ -131,7 +132,7 @@ TEST_F(StringUtilityKeywords, shippedTablesSeparateAtFullWidthCharacters) {
     }
 }
 
-TEST_F(StringUtilityKeywords, aPredicateAsksForEveryWordThatIsNotEmpty) {
+TEST_F(StringUtilityKeywords, aPredicateRequiresEveryNonEmptyWord) {
     const NSPredicate predicate =
         andPredicateForAttribute(u"red \"dark blue\"  green", u"name", withoutTable());
     EXPECT_EQ(predicate.predicateFormat(),
@@ -141,7 +142,7 @@ TEST_F(StringUtilityKeywords, aPredicateAsksForEveryWordThatIsNotEmpty) {
     EXPECT_FALSE(predicate.evaluateWithObject(NSDictionary({{u"name", NSString(u"green red").object()}})));
 }
 
-TEST_F(StringUtilityKeywords, noWordsMakeThePredicateThatIsAlwaysTrue) {
+TEST_F(StringUtilityKeywords, withoutWordsThePredicateIsAlwaysTrue) {
     EXPECT_EQ(andPredicateForAttribute(u" , ", u"name", withoutTable()).predicateFormat(),
               NSString(u"TRUEPREDICATE"));
 }
@@ -166,7 +167,7 @@ TEST_F(StringUtilityKeywords, aDayListBecomesItsNumbers) {
         {u"7,7 7", {7, 7, 7}},
         {u"1,,x", {1, 0, 0}},
         {u" 2", {0, 2}},
-        {u"12th,\t+4", {12, 4}},
+        {u"12th,\t+4,\r5", {12, 4, 5}},
         {u"99999999999", {2147483647}},
         {u"30-99999999999", {30, 31}},
     };

@@ -1,7 +1,8 @@
-// Another version of the system for as long as this lives.
+// Sets another system version for the lifetime of the object.
 #pragma once
 
 #include "platform/carbon/Gestalt.h"
+#include "platform/carbon/SystemVersion.h"
 
 namespace kestrine::testing {
 

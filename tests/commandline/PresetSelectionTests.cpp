@@ -46,7 +46,7 @@ TEST(PresetSelection, minusLAnywhereListsAndConvertsNothing) {
     EXPECT_TRUE(selected({u"-set", u"Web", u"-l", u"b.jpg"}).listsSets);
 }
 
-TEST(PresetSelection, onlyTheFilesBehindTheSetsNameAreTaken) {
+TEST(PresetSelection, onlyTheFilesAfterTheSetsNameAreTaken) {
     const PresetSelection selection = selected({u"x.jpg", u"-set", u"Web", u"y.jpg"});
     EXPECT_FALSE(selection.listsSets);
     EXPECT_EQ(selection.sets, ResizeSets{stored[0]});

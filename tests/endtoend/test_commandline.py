@@ -17,7 +17,7 @@ class Listing(ToolTest):
         self.store({"name": "Web"}, {"name": "Größe"}, {"name": "Web"})
         self.assertEqual(self.kestrine("-l"), "Web\nGröße\nWeb\n".encode())
 
-    def test_minus_l_behind_a_file_lists_and_converts_nothing(self):
+    def test_minus_l_after_a_file_lists_and_converts_nothing(self):
         self.store({"name": "Web"}, selection=[(0, 1)])
         (self.folder / "a.jpg").write_bytes(pictures.jpeg(pictures.photo(20, 10)))
         self.assertEqual(self.kestrine("a.jpg", "-l"), b"Web\n")
@@ -133,7 +133,7 @@ class Selecting(ToolTest):
         (self.folder / "a.jpg").write_bytes(pictures.jpeg(pictures.photo(20, 10)))
         (self.folder / "y.jpg").write_bytes(pictures.jpeg(pictures.photo(20, 10)))
 
-    def test_only_files_behind_the_name_are_converted(self):
+    def test_only_files_after_the_name_are_converted(self):
         self.store({"name": "Web"}, {"name": "Thumb"})
         self.assertEqual(self.kestrine("a.jpg", "-set", "Web", "y.jpg"), b"y.jpg converting... and done!!\n")
         self.assertEqual(self.names("Web"), [b"y.png"])

@@ -61,7 +61,7 @@ class Convert(ToolTest):
         self.assertEqual(self.convert("a.png").stdout, line + b"a.jpg\n")
         self.assertEqual(self.convert("a.png").stdout, line + b"a_1.jpg\n")
 
-    def test_files_that_fail_are_told_in_their_order_and_the_others_are_converted(self):
+    def test_files_that_fail_are_reported_in_their_order_and_the_others_are_converted(self):
         self.web()
         self.picture("a.png")
         self.picture("z.png")
@@ -151,7 +151,7 @@ class Convert(ToolTest):
             *unreadable, "no pictures in in that can be read", "2 other files left out",
             "3 of 3 files could not be converted as requested"])
 
-    def test_without_rights_a_folder_or_file_costs_itself_only_and_the_reason_is_told(self):
+    def test_without_rights_a_folder_or_file_costs_itself_only_and_the_reason_is_reported(self):
         self.web()
         for name in ("in/a.png", "in/b.png", "in/closed/c.png", "other/d.png"):
             self.picture(name)
@@ -164,7 +164,7 @@ class Convert(ToolTest):
         self.assertEqual(done.stderr.decode().splitlines(), ["kestrinectl: " + line for line in (
             "in/b.png: cannot open in/b.png: Permission denied",
             "cannot read the folder in/closed: Permission denied",
-            f"other/d.png: cannot make the folder {self.folder}/other/Web: Permission denied",
+            f"other/d.png: cannot create the folder {self.folder}/other/Web: Permission denied",
             "2 of 3 files could not be converted as requested, 1 folder could not be read")])
         self.assertEqual(self.names("in/Web"), [b"a.jpg"])
 
@@ -197,12 +197,12 @@ class Convert(ToolTest):
         self.store({"name": "Web"})
         self.assertIn(b"no set is selected", self.convert("a.png", status=1).stderr)
 
-    def test_an_original_that_cannot_go_to_the_trash_is_told(self):
+    def test_an_original_that_cannot_go_to_the_trash_is_reported(self):
         self.web(replaceFile=1)
         inside = self.home / ".local" / "share" / "Trash" / "files"  # what is in the trash does not go there again
         self.picture(inside / "a.png")
         done = self.convert(inside / "a.png", status=1)
-        self.assertIn(f"the original stays, it could not go to the trash (it lies in the trash or holds it); "
+        self.assertIn(f"the original stays, it could not go to the trash (it is in the trash or contains the trash); "
                       f"the result is {inside}/a.jpg\n".encode(), done.stderr)
         self.assertEqual(self.names(inside), [b"a.jpg", b"a.png"])
 
@@ -236,7 +236,7 @@ class Convert(ToolTest):
         self.convert("-j", "2", "--", *names)
         self.assertEqual(self.names("Web"), sorted(name.replace(b".png", b".jpg") for name in names))
 
-    def test_files_may_stand_before_and_behind_the_end_of_options(self):
+    def test_files_may_stand_before_and_after_the_end_of_options(self):
         self.web()
         self.picture("a.png")
         self.picture("-b.png")

@@ -39,7 +39,6 @@ SYSTEM_CALLERS = {
     "platform/finder/FinderTransfer.cpp": "removes a name from a folder that it holds open",
     "platform/finder/Sidecar.cpp": "opens and replaces the companion file in a folder that it holds open",
     "platform/finder/Volumes.cpp": "asks whether a mount point is hidden by another one",
-    "kestrinectl/ConvertReport.cpp": "asks whether standard error is a terminal",
 }
 
 # The system's own headers. Everything with a slash or a .h that is not listed here is somebody's library.

@@ -264,7 +264,7 @@ TEST_F(JobOnOneFile, theNotificationComesFromTheJob) {
     EXPECT_EQ(notifier, job);
 }
 
-TEST_F(JobOnOneFile, aFolderThatIsNoTextIsRefusedAndTheOneBeforeStays) {
+TEST_F(JobOnOneFile, aFolderThatIsNotAStringIsRefusedAndTheOneBeforeStays) {
     const auto job = std::make_shared<ResizeUnit>();
     job->setValueForKey(jpeg.object(), u"filepath");
     job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>{makeSet(u"Web")}), u"resizeSets");

@@ -1,4 +1,4 @@
-// A temporary folder for tests of the Finder, with its own home folder and trash during its lifetime.
+// A temporary folder for tests of the Finder, with its own home folder and trash.
 #pragma once
 
 #include "tests/support/EnvironmentVariable.h"

@@ -1,8 +1,7 @@
-// The text is a chain of links, each of which but the last ends with a closing bracket. A span is never more
-// than the end of a link from one of its opening brackets on, so a link is a list of stretches that each
-// begin with an opening bracket, the first excepted. Taking a span drops the last stretches of a link, and
-// what is left of it goes before the next link: the ends of that one stay what they were, and it has some
-// more.
+// The string is split into links; each link but the last ends with a closing bracket. Links are split into
+// stretches; each stretch but the first begins with an opening bracket. A span always consists of the last
+// stretches of a link. Removing a span removes these stretches and prepends the rest of the link to the next
+// one. The next link's own stretches do not change.
 #include "_MyClasses/Category/BracketedSpans.h"
 
 #include "_MyClasses/Category/TextStretch.h"
@@ -17,27 +16,27 @@ namespace {
 
 constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-/// A link that gets more ends at once than this from the one before it is crowded: they are not noted, and
-/// the link is looked at for every span.
-constexpr std::size_t mostNewEnds = 32;
+/// A link that receives more stretches than this at once is crowded: its ends are not indexed, and the link
+/// is compared with every span.
+constexpr std::size_t maxNewEnds = 32;
 
 struct Link {
     TextStretch start; ///< up to the first opening bracket
     std::list<TextStretch> ends;
     TextHash hash;          ///< of all `ends`, unless it is crowded
-    bool isCrowded = false; ///< not all ends are noted
+    bool isCrowded = false; ///< not all ends are indexed
     bool isThere = true;
     std::size_t before = none, after = none;
 };
 
-/// Without its closing bracket.
+/// A span without its closing bracket.
 struct Span {
     std::u16string text;
-    std::size_t brackets; ///< opening ones
+    std::size_t brackets; ///< number of opening brackets
     std::uint64_t key;
 };
 
-/// By what ends of links are found: their hash and number of opening brackets.
+/// The index key of a link's end: its hash and its number of opening brackets.
 std::uint64_t keyOf(const TextHash& hash, std::size_t brackets) {
     return std::uint64_t{brackets} << 32 | hash.value();
 }
@@ -53,7 +52,7 @@ public:
         for (std::size_t i = 0; i + 1 < links_.size(); ++i) {
             links_[i].after = i + 1;
             links_[i + 1].before = i;
-            noteEnds(i, links_[i].ends.size(), links_[i].ends.size());
+            indexEnds(i, links_[i].ends.size(), links_[i].ends.size());
         }
     }
 
@@ -61,7 +60,7 @@ public:
         for (std::size_t first = 0; links_[first].after != none;) {
             const Link& link = links_[first];
             const bool isEmpty = link.ends.size() == 1 && link.ends.front().length() == 1;
-            if (isEmpty && emptySpan == EmptySpan::endsTaking)
+            if (isEmpty && emptySpan == EmptySpan::stops)
                 break;
             if (!link.ends.empty())
                 remove(spanOf(link));
@@ -82,10 +81,11 @@ private:
         }
     }
 
-    /// Notes the ends of a link that begin with its first `count` brackets, but not more than `most` of them.
-    void noteEnds(std::size_t i, std::size_t count, std::size_t most) {
+    /// Indexes the ends of a link that begin with its first `count` brackets; more than `maximum` make it
+    /// crowded.
+    void indexEnds(std::size_t i, std::size_t count, std::size_t maximum) {
         Link& link = links_[i];
-        link.isCrowded |= count > most;
+        link.isCrowded |= count > maximum;
         if (link.isCrowded) {
             crowded_.push_back(i);
             return;
@@ -98,7 +98,7 @@ private:
         }
     }
 
-    /// The link from its first bracket on.
+    /// The link from its first opening bracket on.
     static Span spanOf(const Link& link) {
         Span span{{}, link.ends.size(), 0};
         TextHash hash;
@@ -122,9 +122,9 @@ private:
     /// The links that end with the span, in the order of the text.
     std::vector<std::size_t> placesOf(const Span& span) {
         std::vector<std::size_t> places;
-        for (std::vector<std::size_t>* noted : {&byKey_[span.key], &crowded_}) {
-            std::erase_if(*noted, [&](std::size_t i) { return !links_[i].isThere; });
-            std::ranges::copy_if(*noted, std::back_inserter(places),
+        for (std::vector<std::size_t>* indexed : {&byKey_[span.key], &crowded_}) {
+            std::erase_if(*indexed, [&](std::size_t i) { return !links_[i].isThere; });
+            std::ranges::copy_if(*indexed, std::back_inserter(places),
                                  [&](std::size_t i) { return endsWith(links_[i], span); });
         }
         std::ranges::sort(places);
@@ -132,7 +132,7 @@ private:
         return places;
     }
 
-    /// From the last place to the first: of a link that goes, what is left has come before the next one then.
+    /// From the last place to the first, because the rest of a removed link becomes a part of the next one.
     void remove(const Span& span) {
         const std::vector<std::size_t> places = placesOf(span);
         for (auto place = places.rbegin(); place != places.rend(); ++place)
@@ -154,7 +154,7 @@ private:
             links_[link.before].after = link.after;
         link.isThere = false;
         if (next.after != none)
-            noteEnds(link.after, newEnds, mostNewEnds);
+            indexEnds(link.after, newEnds, maxNewEnds);
     }
 
     std::u16string text() const {
@@ -171,9 +171,9 @@ private:
     }
 
     const char16_t closing_;
-    std::vector<Link> links_;                                           ///< in the order of the text
-    std::unordered_map<std::uint64_t, std::vector<std::size_t>> byKey_; ///< links, some no longer there
-    std::vector<std::size_t> crowded_;                                  ///< likewise
+    std::vector<Link> links_;                                           ///< in the order of the string
+    std::unordered_map<std::uint64_t, std::vector<std::size_t>> byKey_; ///< links, some already removed
+    std::vector<std::size_t> crowded_;                                  ///< links, some already removed
 };
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "_MyClasses/Category/FileManagerUtilityMetadata.h"
 
-#include "_MyClasses/Category/FinderRequests.h"
 #include "_MyClasses/Category/MoreAppleEvents.h"
+#include "platform/carbon/AEBuild.h"
 #include "platform/carbon/FinderEvents.h"
 #include "platform/carbon/Gestalt.h"
 #include "platform/carbon/MDItem.h"
@@ -16,11 +16,11 @@
 namespace kestrine {
 namespace {
 
-/// The first system whose Spotlight knows comments.
+/// The first version with Spotlight comments.
 constexpr std::int32_t version10_5 = 0x1050;
 
-/// The most bytes of a comment that are taken from the Finder's reply.
-constexpr Size commentSize = 256;
+/// In bytes; longer comments in the Finder's reply are cut.
+constexpr Size maxCommentSize = 256;
 
 OptionalString spotlightComment(const OptionalString& path) {
     const MDItemRef item = MDItemCreate(path);
@@ -29,7 +29,7 @@ OptionalString spotlightComment(const OptionalString& path) {
     return NSString::fromObject(MDItemCopyAttribute(item, kMDItemFinderComment));
 }
 
-/// `text` without the bytes of a character that was cut in two at its end.
+/// Removes the bytes of an incomplete character from the end.
 NSString withoutCutCharacter(const NSString& text) {
     std::u16string units = text.utf16();
     const auto endsInLoneByte = [&units] {
@@ -42,24 +42,37 @@ NSString withoutCutCharacter(const NSString& text) {
     return units;
 }
 
-/// The comment in the Finder's reply. Only text is taken; a text that came with a length byte is none.
+/// The comment in the Finder's reply; empty when it is not of type 'TEXT'.
 NSString commentIn(const AppleEvent& reply) {
-    std::array<char, 1 + commentSize + 1> buffer{}; // a length byte, the text, a zero
+    std::array<char, 1 + maxCommentSize + 1> buffer{}; // a length byte, the text, a zero
     char* const text = buffer.data() + 1;
     DescType type = typeNull;
     Size size = 0;
     OSErr status =
-        AEGetParamPtr(&reply, keyDirectObject, typePString, &type, buffer.data(), commentSize, &size);
+        AEGetParamPtr(&reply, keyDirectObject, typePString, &type, buffer.data(), maxCommentSize, &size);
     if (status != noErr)
-        status = AEGetParamPtr(&reply, keyDirectObject, typeText, &type, text, commentSize, &size);
-    if (status != noErr || type != typeText || size <= 0)
+        status = AEGetParamPtr(&reply, keyDirectObject, typeText, &type, text, maxCommentSize, &size);
+    if (status != noErr || type != typeText)
         return u"";
-    text[std::min(size, commentSize)] = '\0';
+    text[std::min(size, maxCommentSize)] = '\0';
     const NSString comment = NSString::fromUTF8(text);
-    return size > commentSize ? withoutCutCharacter(comment) : comment;
+    return size > maxCommentSize ? withoutCutCharacter(comment) : comment;
 }
 
-/// Asks the Finder.
+/// Makes an event of class 'core' for the Finder, with the parameters that `text` describes.
+OSStatus buildFinderRequest(AEEventID eventID, const char* text,
+                            std::initializer_list<const AEDesc*> descriptors, AppleEvent* event) {
+    return AEBuildAppleEvent(kAECoreSuite, eventID, typeApplSignature, &finderSignature,
+                             sizeof finderSignature, kAutoGenerateReturnID, kAnyTransactionID, event, nullptr,
+                             text, descriptors);
+}
+
+/// Sends the event and waits for the reply. The status only reports the delivery.
+OSStatus sendFinderRequest(const AppleEvent& event, AppleEvent& reply) {
+    return AESendMessage(&event, &reply, kAEWaitReply, kNoTimeOut);
+}
+
+/// The comment that the Finder returns for an Apple Event.
 NSString finderCommentOf(const OptionalString& path) {
     AEDesc item;
     AppleEvent event;
@@ -77,7 +90,7 @@ NSString finderCommentOf(const OptionalString& path) {
     return comment;
 }
 
-/// Raises when the comment has no UTF-8 form, in which it is kept, rather than have another one kept.
+/// Raises when the comment cannot be encoded as UTF-8, in which it is stored.
 void sendComment(const NSString& comment, const AEDesc& item) {
     (void)UTF8String(comment);
     AEDesc text;

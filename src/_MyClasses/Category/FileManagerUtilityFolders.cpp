@@ -1,4 +1,4 @@
-// makeFoldersToPath: and what else looks at folders or has programs work on them.
+// Folders: making, comparing, measuring, and commands that work on them.
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "_MyClasses/Category/FolderCommands.h"
 #include "_MyClasses/Category/StringUtility.h"
@@ -14,7 +14,7 @@ bool isMissing(const NSFileManager& manager, const OptionalString& path) {
     return !path || !manager.fileExistsAtPath(*path);
 }
 
-/// 0 when there is nothing.
+/// 0 when nothing is there.
 std::uint64_t ownSize(const NSFileManager& manager, const NSString& path) {
     const std::optional<NSFileAttributes> attributes = manager.fileAttributesAtPath(path, false);
     return attributes ? attributes->fileSize : 0;
@@ -56,7 +56,7 @@ int compareModificationDate(const NSFileManager& manager, const OptionalString& 
     const std::optional<NSFileAttributes> ofFirst = manager.fileAttributesAtPath(*first, false);
     const std::optional<NSFileAttributes> ofSecond = manager.fileAttributesAtPath(*second, false);
     if (!ofFirst || !ofSecond)
-        return ofFirst ? 1 : 0; // gone since the question above
+        return ofFirst ? 1 : 0; // removed since the check above
     return ofFirst->fileModificationDate.compare(ofSecond->fileModificationDate);
 }
 
@@ -85,7 +85,7 @@ std::uint64_t calcSizeOfDirectory(NSFileManager& manager, const NSString& path) 
         return attributes->fileSize;
     const std::vector<NSString> subpaths = manager.subpathsAtPath(path);
     if (!manager.changeCurrentDirectoryPath(path))
-        return 0; // relative paths would measure what is in another folder
+        return 0; // the relative paths would lead to another folder
     std::uint64_t size = 0;
     for (const NSString& subpath : subpaths)
         size += ownSize(manager, subpath);
@@ -96,7 +96,7 @@ std::uint64_t calcSizeOfDirectory(NSFileManager& manager, const NSString& path) 
 
 namespace {
 
-/// The volume's name, or the first folder's where the path names no volume.
+/// The name after "/Volumes/", else the first folder's name.
 OptionalString volumeNameIn(const NSString& path) {
     const NSString expanded = path.expandingTildeInPath();
     const OptionalString name =
@@ -112,7 +112,7 @@ bool isSameVolumePath(const NSString& first, const NSString& second) {
 }
 
 bool isSubdirectory(const NSString& folder, const NSString& candidate) {
-    if (folder.isEmpty() || candidate.isEmpty() || folder == candidate)
+    if (folder.isEmpty() || folder == candidate)
         return false;
     return candidate.utf16().starts_with(folder.utf16());
 }

@@ -10,7 +10,7 @@
 namespace kestrine {
 namespace {
 
-/// The first system on which labels are asked for in another way.
+/// The first version in which finderLabelForPath() works differently.
 constexpr std::int32_t version10_6 = 0x1060;
 
 OSErr readFileInfo(const FSRef& reference, FSCatalogInfoBitmap which, FileInfo& into) {
@@ -70,7 +70,7 @@ int finderLabelForPath(const OptionalString& path) {
         return finderLabelColorOfPath(path);
     if (!path)
         return 0;
-    // Kept on purpose: the label is read only where no reference could be made.
+    // Deliberate: the label is only read when no reference could be made.
     FSRef reference;
     if (getFSRefFromPath(path, &reference) == noErr)
         return 0;
@@ -89,10 +89,9 @@ OSErr myFSRefGetFInfo(const FSRef* reference, FileInfo*) {
 OSErr myFSRefSetFInfo(const FSRef* reference, const FileInfo* information) {
     if (information == nullptr)
         return paramErr;
-    FSCatalogInfo current;
-    (void)FSGetCatalogInfo(reference, kFSCatInfoFinderInfo, &current, nullptr, nullptr, nullptr);
-    current.finderInfo = *information;
-    return FSSetCatalogInfo(reference, kFSCatInfoFinderInfo, &current);
+    FSCatalogInfo wanted;
+    wanted.finderInfo = *information;
+    return FSSetCatalogInfo(reference, kFSCatInfoFinderInfo, &wanted);
 }
 
 OSStatus copyFinderInfo(const OptionalString& source, const OptionalString& destination) {

@@ -14,7 +14,7 @@ namespace kestrine {
 
 namespace {
 
-/// The names from the top of all volumes down to the item; none when no reference to it can be made.
+/// The names from the top level to the item; empty when nothing is there.
 std::vector<NSString> catalogNames(const NSString& path) {
     const std::string bytes = path.utf8();
     FSRef reference;
@@ -46,15 +46,15 @@ std::vector<NSString> finderPathsOf(const std::vector<NSString>& paths) {
 
 ScriptErrorInformation run(const FinderScript& script) {
     if (const std::optional<NSRange> range = rangeOfMisleadingPath(script))
-        return errorInformation({scriptSyntaxError,
-                                 u"A name has a double quote or a backslash in it, which no script can tell.",
-                                 *range});
+        return errorInformation(
+            {scriptSyntaxError,
+             u"A name contains a double quote or a backslash, which a script cannot contain.", *range});
     ScriptErrorInformation errorInfo;
     (void)NSAppleScript::initWithSource(script.source).executeAndReturnError(errorInfo);
     return errorInfo;
 }
 
-/// The outcome is not looked at.
+/// Ignores failures.
 void perform(const NSString& operation, const NSString& path, const NSString& folder) {
     int tag = 0;
     (void)NSWorkspace::shared().performFileOperation(operation, path.deletingLastPathComponent(), folder,
@@ -69,7 +69,7 @@ NSString convertPathType(const NSString& path) {
         return {};
     std::vector<NSString> names = catalogNames(path);
     if (names.size() > 1)
-        names.erase(names.begin()); // what stands above the volumes
+        names.erase(names.begin()); // the top level
     if (isDirectory)
         names.emplace_back();
     return joinedWithColons(names);
@@ -119,7 +119,7 @@ void WSLinkFilesToFolder(const std::vector<NSString>& paths, const NSString& fol
 void WSMoveFilesToFolder(const std::vector<NSString>& paths, const NSString& folder, bool copies) {
     NSString operation = copies ? NSWorkspaceCopyOperation : NSWorkspaceMoveOperation;
     for (const NSString& path : paths) {
-        // Once it is a copy it stays one, also for items on the folder's own volume.
+        // All later items are copied as well, even those on the folder's volume.
         if (operation == NSWorkspaceMoveOperation && !isSameVolumePath(path, folder))
             operation = NSWorkspaceCopyOperation;
         const OptionalString comment = commentForFile(path);

@@ -4,7 +4,7 @@ namespace kestrine {
 
 namespace {
 
-// Each "%@" stands for a text that is filled in, in order.
+// Each "%@" is replaced by an argument, in order.
 constexpr const char16_t* deleting = u"tell application \"Finder\"\n delete {%@}\n end tell";
 constexpr const char16_t* fileDeleting = u"tell application \"Finder\"\n delete file \"%@\"\n end tell";
 constexpr const char16_t* duplicating =
@@ -14,7 +14,7 @@ constexpr const char16_t* moving =
 constexpr const char16_t* fileMoving =
     u"tell application \"Finder\"\n move file \"%@\" to \"%@\" %@ replacing\n end tell";
 
-/// What is filled in is not looked at again: a "%@" in a name stays as it is.
+/// A "%@" within an argument is not replaced.
 NSString filled(std::u16string_view form, std::initializer_list<NSString> texts) {
     std::u16string result;
     for (const NSString& text : texts) {

@@ -1,4 +1,4 @@
-// The texts of the scripts that the Finder is asked with. They only form texts and run nothing.
+// Forms the source of the scripts for the Finder; does not run them.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -8,13 +8,13 @@
 
 namespace kestrine {
 
-/// A script and the Finder paths that were put into it, in order.
+/// A script and the Finder paths in it, in order.
 struct FinderScript {
     NSString source;
     std::vector<NSString> finderPaths;
 };
 
-/// The paths in double quotes with commas between them.
+/// The paths in double quotes, separated by commas.
 NSString quotedList(const std::vector<NSString>& finderPaths);
 
 FinderScript deletingScript(const std::vector<NSString>& items);
@@ -23,8 +23,8 @@ FinderScript duplicatingScript(const std::vector<NSString>& items, const NSStrin
 FinderScript movingScript(const std::vector<NSString>& items, const NSString& folder, bool replaces);
 FinderScript fileMovingScript(const NSString& item, const NSString& folder, bool replaces);
 
-/// Where in the source the first path stands that has a double quote or a backslash in it. Such a script
-/// may say something else than it was formed for and must not be run.
+/// The range of the first path with a double quote or a backslash. Such a script must not be run: the
+/// character could change its meaning.
 std::optional<NSRange> rangeOfMisleadingPath(const FinderScript& script);
 
 } // namespace kestrine

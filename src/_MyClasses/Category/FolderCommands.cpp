@@ -26,7 +26,7 @@ void runQuietly(const FolderCommand& command) {
     try {
         task.launch();
     } catch (const NSException&) {
-        return; // a machine without the program: nothing happens, as when the program fails
+        return; // the program is not installed
     }
     task.waitUntilExit();
 }

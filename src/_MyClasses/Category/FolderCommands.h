@@ -1,4 +1,4 @@
-// The programs that work on whole folders, each with the argument vector that it is started with.
+// The commands that work on whole folders.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -12,13 +12,13 @@ struct FolderCommand {
     std::vector<NSString> arguments;
 };
 
-/// Gives the item another last name.
+/// Renames the item within its folder.
 FolderCommand renamingCommand(const NSString& path, const NSString& newName);
 FolderCommand copyingCommand(const NSString& source, const NSString& destination);
 FolderCommand removingCommand(const NSString& path);
 FolderCommand unarchivingCommand(const NSString& archive, const NSString& folder);
 
-/// Runs the command to its end. A program that cannot be started is passed over, and so is its exit status.
+/// Runs the command and waits for its end. Ignores its exit status, and a program that cannot be started.
 void runQuietly(const FolderCommand& command);
 
 } // namespace kestrine

@@ -8,8 +8,7 @@ namespace kestrine::myUtility {
 
 namespace {
 
-/// Encodes the bitmap decoded from the receiver's TIFF form, with `properties` and what is kept of the
-/// source.
+/// Encodes the bitmap with `properties` and those kept from the source.
 DataPointer encodedBitmap(const NSImage& image, const NSBitmapImageRep* bitmap, FileType type,
                           ImageProperties properties, const OptionalString& source,
                           const std::vector<NSString>& names) {

@@ -2,13 +2,13 @@
 
 #include <cmath>
 
-// Every product and quotient here is one rounding in single precision, in the order written.
+// The calculations are in single precision; their order matters for rounding.
 
 namespace kestrine::myUtility {
 
 namespace {
 
-/// Aspect corrections up to this are dropped; the width then follows the scale.
+/// Smaller aspect corrections are ignored.
 constexpr double aspectTolerance = 0.01;
 
 float snappedAspect(float aspect) {

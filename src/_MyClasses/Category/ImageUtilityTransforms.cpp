@@ -15,7 +15,8 @@ ImagePointer turned(const ImagePointer& image, QuarterTurn turn) {
     return drawnImage({size.height, size.width}, *image, {.turn = turn});
 }
 
-/// The largest size of this aspect with neither side over `thumbnailSide`; multiplied first, then divided.
+/// The largest size of this aspect ratio with no side above `thumbnailSide`. The order of multiplication and
+/// division matters for rounding.
 NSSize thumbnailSize(NSSize size) {
     if (size.width > size.height)
         return {thumbnailSide, size.height * thumbnailSide / size.width};

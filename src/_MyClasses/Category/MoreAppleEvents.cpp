@@ -10,7 +10,7 @@
 namespace kestrine {
 namespace {
 
-/// Ends the process when the assertion does not hold, and says where it stands.
+/// Aborts the process with a message when the assertion does not hold.
 void require(bool holds, const char* assertion, unsigned line = __builtin_LINE()) {
     if (holds)
         return;
@@ -28,7 +28,7 @@ struct AliasDeleter {
 };
 using OwnedAlias = std::unique_ptr<Ptr, AliasDeleter>;
 
-/// What the caller had in it must not pass for a result after a failure.
+/// Clears a result, so that a failure does not leave the caller's old value in it.
 void clear(AEDesc* desc) {
     if (desc != nullptr)
         MoreAENullDesc(desc);
@@ -90,7 +90,7 @@ OSStatus MoreAEOCreateAliasDesc(AliasHandle alias, AEDesc* desc) {
 
 OSStatus MoreAEOCreateAliasDescFromFSRef(const FSRef* reference, AEDesc* desc) {
     AliasHandle made = nullptr;
-    (void)FSNewAlias(nullptr, reference, &made); // what counts is whether there is one
+    (void)FSNewAlias(nullptr, reference, &made); // a null handle is reported below
     const OwnedAlias alias(made);
     return MoreAEOCreateAliasDesc(alias.get(), desc);
 }
@@ -166,7 +166,7 @@ OSStatus MoreAESendEventNoReturnValue(const AEIdleUPP& idle, const AppleEvent* e
     AppleEvent reply;
     const AESendMode mode = idle ? kAEWaitReply : kAENoReply;
     OSStatus status = AESend(event, &reply, mode, kAENormalPriority, kNoTimeOut, idle);
-    if (idle && status == noErr)
+    if (status == noErr)
         status = MoreAEGetHandlerError(&reply);
     MoreAEDisposeDesc(&reply);
     return status;

@@ -1,4 +1,4 @@
-// The text is a chain of stretches with a quote between any two. Taking a span out joins the stretches on its
+// The string is split at its quotes into a chain of stretches. Removing a span joins the stretches on both
 // sides.
 #include "_MyClasses/Category/QuotedSpans.h"
 
@@ -11,17 +11,17 @@ namespace kestrine::StringUtility {
 
 namespace {
 
-constexpr std::size_t none = static_cast<std::size_t>(-1);
+constexpr std::size_t endOfChain = static_cast<std::size_t>(-1);
 
-struct Link {
+struct QuotedLink {
     TextStretch stretch;
-    std::size_t before = none, after = none;
+    std::size_t before = endOfChain, after = endOfChain;
     bool isThere = true;
 };
 
-class Chain {
+class QuoteChain {
 public:
-    Chain(std::u16string_view text, char16_t quote) : quote_(quote) {
+    QuoteChain(std::u16string_view text, char16_t quote) : quote_(quote) {
         for (std::size_t start = 0; start <= text.size();) {
             const std::size_t end = std::min(text.find(quote, start), text.size());
             links_.push_back({TextStretch(text.substr(start, end - start))});
@@ -30,19 +30,19 @@ public:
         for (std::size_t i = 1; i < links_.size(); ++i) {
             links_[i - 1].after = i;
             links_[i].before = i - 1;
-            note(i);
+            index(i);
         }
     }
 
     QuotedSpans take(EmptySpan emptySpan) {
         QuotedSpans result;
         for (std::size_t i = links_[0].after; isQuoted(i); i = links_[0].after) {
-            if (links_[i].stretch.length() == 0 && emptySpan == EmptySpan::endsTaking)
+            if (links_[i].stretch.length() == 0 && emptySpan == EmptySpan::stops)
                 break;
             links_[i].stretch.appendTo(result.spans.emplace_back());
             remove(result.spans.back(), links_[i].stretch.hash().value());
         }
-        for (std::size_t i = 0; i != none; i = links_[i].after) {
+        for (std::size_t i = 0; i != endOfChain; i = links_[i].after) {
             result.rest.append(i == 0 ? 0 : 1, quote_);
             links_[i].stretch.appendTo(result.rest);
         }
@@ -50,49 +50,50 @@ public:
     }
 
 private:
-    bool isQuoted(std::size_t i) const { return i != none && links_[i].after != none; }
-    void note(std::size_t i) { byHash_[links_[i].stretch.hash().value()].push_back(i); }
+    bool isQuoted(std::size_t i) const { return i != endOfChain && links_[i].after != endOfChain; }
+    void index(std::size_t i) { byHash_[links_[i].stretch.hash().value()].push_back(i); }
 
     bool isQuotedText(std::size_t i, std::u16string_view text) const {
         return links_[i].isThere && isQuoted(i) && links_[i].stretch.length() == text.size()
                && links_[i].stretch.isTakenFrom(text);
     }
 
-    /// Of two occurrences that share a quote the first goes and takes the second's stretch along.
+    /// If two occurrences share a quote, only the first is removed; the second one's text is joined to the
+    /// text before.
     void remove(std::u16string_view span, std::uint64_t hash) {
-        const auto noted = byHash_.extract(hash);
-        std::vector<std::size_t> places = noted.mapped();
+        const auto indexed = byHash_.extract(hash);
+        std::vector<std::size_t> places = indexed.mapped();
         std::ranges::sort(places);
         for (const std::size_t i : places) {
             if (isQuotedText(i, span))
                 joinAround(i);
             else if (links_[i].isThere && links_[i].stretch.hash().value() == hash)
-                note(i);
+                index(i);
         }
     }
 
     void joinAround(std::size_t i) {
         const std::size_t before = links_[i].before, after = links_[i].after;
-        Link& joined = links_[before];
+        QuotedLink& joined = links_[before];
         joined.stretch.append(std::move(links_[after].stretch));
         joined.after = links_[after].after;
-        if (joined.after != none)
+        if (joined.after != endOfChain)
             links_[joined.after].before = before;
         links_[i].isThere = links_[after].isThere = false;
         if (before != 0)
-            note(before);
+            index(before);
     }
 
     const char16_t quote_;
-    std::vector<Link> links_; ///< in the order of the text; the first stands before all quotes
-    /// Where stretches of that hash are, the first left out; some have changed since.
+    std::vector<QuotedLink> links_; ///< in the order of the string; the first is before all quotes
+    /// Stretches by their hash, without the first; some entries are out of date.
     std::unordered_map<std::uint64_t, std::vector<std::size_t>> byHash_;
 };
 
 } // namespace
 
 QuotedSpans takeQuotedSpans(std::u16string_view text, char16_t quote, EmptySpan emptySpan) {
-    return Chain(text, quote).take(emptySpan);
+    return QuoteChain(text, quote).take(emptySpan);
 }
 
 } // namespace kestrine::StringUtility

@@ -1,4 +1,4 @@
-// Taking the quoted parts out of a text, where opening and closing delimiter are the same character.
+// Removes quoted parts from a string. The opening and the closing delimiter are the same character.
 #pragma once
 
 #include <string>
@@ -7,17 +7,16 @@
 
 namespace kestrine::StringUtility {
 
-/// What becomes of a span with nothing between its delimiters when its turn comes.
-enum class EmptySpan { goes, endsTaking };
+/// What to do at a span with nothing between its delimiters: remove it like others, or stop.
+enum class EmptySpan { isRemoved, stops };
 
 struct QuotedSpans {
-    std::vector<std::u16string> spans; ///< what stood between the quotes, in the order of taking
-    std::u16string rest;               ///< what is left of the text
+    std::vector<std::u16string> spans; ///< the text between the quotes, in the order of removal
+    std::u16string rest;               ///< the string without the spans
 };
 
-/// Takes span after span: from the first quote to the next, wherever that very text occurs; what stood around
-/// it then touches. Ends when there are no two quotes. The time grows with the text's length, however many
-/// spans there are.
+/// Repeats until fewer than two quotes are left: takes the span from the first quote to the next and removes
+/// all its occurrences. The text around a removed span can form new spans. Linear in the string's length.
 QuotedSpans takeQuotedSpans(std::u16string_view text, char16_t quote, EmptySpan emptySpan);
 
 } // namespace kestrine::StringUtility

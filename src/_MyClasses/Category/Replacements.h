@@ -1,4 +1,4 @@
-// Replacing several texts in a text, one after the other.
+// Replaces several substrings, one after the other.
 #pragma once
 
 #include "_MyClasses/Category/StringUtility.h"
@@ -12,7 +12,7 @@ struct Replacement {
     const char16_t* by;
 };
 
-/// Each replacement works on what the one before it has left.
+/// Each replacement is applied to the result of the previous one.
 inline NSString replacedInOrder(NSString text, std::span<const Replacement> replacements) {
     for (const Replacement& replacement : replacements)
         text = *replaceStringFrom(text, replacement.text, replacement.by);

@@ -1,9 +1,9 @@
-// The sweep takes the spans from left to right as they lie in the text. That is the same as the steps when
-//   - an opening delimiter inside of a span begins nothing that is the text of some span: only then could
-//     a step remove a part of another span;
-//   - no opening delimiter reaches over the end of a span;
-//   - no removal brings two ends together that make a new delimiter: what stands before a removed span,
-//     or may stand there at some step, never ends like the beginning of a delimiter.
+// The pass removes the spans from left to right. The result equals removing them one by one if
+//   1. no text from an inner opening delimiter to the end of a span equals another span (else removing that
+//      span would remove a part of this one);
+//   2. no opening delimiter extends over the end of a span;
+//   3. no removal creates a new delimiter: the text before a removed span, at any step, never ends with the
+//      beginning of a delimiter.
 #include "_MyClasses/Category/SpanRemoval.h"
 
 #include <algorithm>
@@ -16,17 +16,17 @@ namespace {
 
 constexpr auto npos = std::u16string_view::npos;
 
-/// Of longer delimiters there are few in any text, and each of their beginnings would have to be compared.
-constexpr std::size_t longestDelimiter = 256;
+/// In code units. Every beginning of a delimiter is compared, which takes long for longer ones.
+constexpr std::size_t maxDelimiterLength = 256;
 
-/// How much text may be compared for openings inside of spans, for each code unit of the text.
-constexpr std::size_t mostInnerUnits = 16;
+/// Limits the text that is compared for inner opening delimiters, per code unit of the string.
+constexpr std::size_t maxInnerUnits = 16;
 
-/// Calls `test` for each proper beginning of `delimiter` and tells whether it is true for any.
-template <class Test>
-bool anyBeginning(std::u16string_view delimiter, Test test) {
+/// Whether `predicate` is true for any proper beginning of `delimiter`.
+template <class Predicate>
+bool anyBeginning(std::u16string_view delimiter, Predicate predicate) {
     for (std::size_t length = 1; length < delimiter.size(); length++)
-        if (test(delimiter.substr(0, length)))
+        if (predicate(delimiter.substr(0, length)))
             return true;
     return false;
 }
@@ -57,7 +57,7 @@ public:
     }
 
 private:
-    /// Whether `before` ends like the beginning of a delimiter, or a beginning ends like it.
+    /// Whether `before` ends with the beginning of a delimiter, or a beginning ends with `before`.
     bool mayBeginDelimiter(std::u16string_view before) const {
         const auto meets = [before](std::u16string_view beginning) {
             return before.ends_with(beginning) || (!before.empty() && beginning.ends_with(before));
@@ -65,15 +65,15 @@ private:
         return anyBeginning(opening_, meets) || anyBeginning(closing_, meets);
     }
 
-    /// Notes a span and what begins inside of it; false when an opening reaches over its end or there is
-    /// too much to compare.
+    /// Adds a span and its inner opening delimiters. False when an opening delimiter extends over the span's
+    /// end, or when there is too much to compare.
     bool takeSpan(std::size_t start, std::size_t closing) {
         const std::size_t end = closing + closing_.size();
         spans_.insert(text_.substr(start, end - start));
         for (std::size_t inner = text_.find(opening_, start + 1); inner < end;
              inner = text_.find(opening_, inner + 1)) {
             innerUnits_ += end - inner;
-            if (inner + opening_.size() > closing || innerUnits_ / mostInnerUnits > text_.size())
+            if (inner + opening_.size() > closing || innerUnits_ / maxInnerUnits > text_.size())
                 return false;
             innerSpans_.push_back(text_.substr(inner, end - inner));
         }
@@ -93,7 +93,7 @@ private:
 
 std::optional<std::u16string> removedInOneSweep(std::u16string_view text, std::u16string_view opening,
                                                 std::u16string_view closing) {
-    if (std::max(opening.size(), closing.size()) > longestDelimiter)
+    if (std::max(opening.size(), closing.size()) > maxDelimiterLength)
         return std::nullopt;
     return Sweep(text, opening, closing).run();
 }

@@ -1,4 +1,4 @@
-// A shortcut for removing every span between two delimiters from a long text.
+// A fast way to remove all spans between two delimiters of any length.
 #pragma once
 
 #include <optional>
@@ -7,9 +7,9 @@
 
 namespace kestrine::StringUtility {
 
-/// What is left when span after span is taken and its text removed wherever it occurs, found in a single
-/// sweep. Nothing when the removals might influence each other: then the order of the steps decides, and
-/// they must really be taken one by one. Nothing for long delimiters, too. No delimiter is empty.
+/// The string without its spans, found in one pass. Nothing when removals could affect each other, so that
+/// they must be done one by one, and for delimiters of more than 256 code units. Delimiters must not be
+/// empty.
 std::optional<std::u16string> removedInOneSweep(std::u16string_view text, std::u16string_view opening,
                                                 std::u16string_view closing);
 

@@ -1,36 +1,36 @@
-// The extension group `StringUtility` on NSString: cutting and mending text, search words, kinds of text,
-// escaping and encodings. The receiver comes first. Everything here is a pure function of its arguments, but
-// for the texts of the table "StringUtility" and for the files that are read.
+// The extension group `StringUtility` on NSString: substrings, search words, classification, escaping,
+// encodings. The receiver is the first argument. All functions are pure, except that they read the strings
+// table "StringUtility" and the files that are named.
 #pragma once
 
-#include "platform/foundation/text/NSAttributedString.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSNumber.h"
+#include "platform/foundation/text/NSAttributedString.h"
 #include "platform/foundation/text/NSPredicate.h"
 #include "platform/foundation/text/NSString.h"
 
 namespace kestrine::StringUtility {
 
-// Removing and replacing: literal and case-sensitive.
+// Removing and replacing, literal and case-sensitive.
 
-/// `removeString:`: the receiver without any occurrence of `text`; always a new text, never nil.
+/// `removeString:`: the receiver without all occurrences of `text`, as a new string; never nil.
 OptionalString removeString(const NSString& receiver, const NSString& text);
 
-/// `removeStringFrom:to:`: takes the first span from `opening` to `closing`, both included, and removes
-/// that very text wherever it occurs. The receiver itself when there is no span.
+/// `removeStringFrom:to:`: takes the first span from `opening` to `closing`, both included, and removes all
+/// occurrences of its text. The receiver itself when there is no span.
 NSString removeStringFrom(const NSString& receiver, const NSString& opening, const NSString& closing);
 
-/// `removeAllStringStartFrom:endTo:`: removeStringFrom() as long as there is a span. The receiver itself
-/// when there is none at all.
+/// `removeAllStringStartFrom:endTo:`: repeats removeStringFrom() until there is no span. The receiver itself
+/// when there was none.
 NSString removeAllStringStartFrom(const NSString& receiver, const NSString& opening, const NSString& closing);
 
-/// `replaceStringFrom:to:`: every occurrence of `text` becomes `replacement`. The receiver itself when
-/// `text` is empty, else a new text; never nil.
+/// `replaceStringFrom:to:`: replaces every occurrence of `text`. The receiver itself when `text` is empty,
+/// else a new string; never nil.
 OptionalString replaceStringFrom(const NSString& receiver, const NSString& text, const NSString& replacement);
 
-// Spans: from an opening to a closing delimiter, both included; literal and case-sensitive. {0, 0} when
-// there is none: test the length, not the location.
+// Spans: the range from an opening to a closing delimiter, both included, literal and case-sensitive. {0, 0}
+// when there is none.
 
 /// `rangeOfStringFrom:to:inRange:`. Raises NSRangeException when `range` reaches past the end.
 NSRange rangeOfStringFrom(const NSString& receiver, const NSString& opening, const NSString& closing,
@@ -39,133 +39,134 @@ NSRange rangeOfStringFrom(const NSString& receiver, const NSString& opening, con
 /// `rangeOfStringFrom:to:`.
 NSRange rangeOfStringFrom(const NSString& receiver, const NSString& opening, const NSString& closing);
 
-// Substrings: without the delimiters and without regard to case. Nil when a delimiter is missing and also
-// when the substring would be empty.
+// Substrings between delimiters, without the delimiters, case-insensitive. Nil when a delimiter is missing or
+// the substring is empty.
 
-/// `substringFrom:to:inRange:`: the opening delimiter lies in `range`, the closing one may lie behind it.
-/// Nil also when `range` reaches past the end.
+/// `substringFrom:to:inRange:`: the opening delimiter must be in `range`; the closing one can be after it.
+/// Nil as well when `range` reaches past the end.
 OptionalString substringFrom(const NSString& receiver, const NSString& opening, const NSString& closing,
                              NSRange range);
 
-/// `substringFrom:to:`: what lies between the delimiters. Nil also when `opening` is.
+/// `substringFrom:to:`: the text between the delimiters. Nil as well when `opening` is nil.
 OptionalString substringFrom(const NSString& receiver, const OptionalString& opening,
                              const NSString& closing);
 
-/// `substringFrom:`: what follows the first occurrence of `opening`.
+/// `substringFrom:`: the text after the first occurrence of `opening`.
 OptionalString substringFrom(const NSString& receiver, const NSString& opening);
 
-/// `substringTo:`: what precedes the first occurrence of `closing`.
+/// `substringTo:`: the text before the first occurrence of `closing`.
 OptionalString substringTo(const NSString& receiver, const NSString& closing);
 
-// Search words. Localized texts come from the table "StringUtility" of `bundle`; a key that the table does
-// not have is its own text, and an empty text replaces nothing.
+// Search words. Localized strings come from the table "StringUtility" of `bundle`. A key that is missing in
+// the table stands for itself; an empty localized string replaces nothing.
 
-/// `hasAnyKey:options:`: whether any of the keys, which are texts or numbers, occurs in the receiver by the
-/// search options: 1 without regard to case, 8 at the start only, with 4 at the end instead. Empty keys are
-/// passed over; an empty receiver holds none. Raises NSInvalidArgumentException for a key of another kind
-/// that is looked at.
+/// `hasAnyKey:options:`: whether the receiver contains any of the keys, which are strings or numbers.
+/// Options: 1 is case-insensitive; 8 searches only at the start; 8 with 4 searches only at the end. Empty
+/// keys never match, nor does an empty receiver. Raises NSInvalidArgumentException for a key of another kind,
+/// unless an earlier key matches.
 bool hasAnyKey(const NSString& receiver, const std::vector<Object>& keys, unsigned options);
 
-/// `hasAnyKey:`: the same without regard to case.
+/// `hasAnyKey:`: the same, case-insensitive.
 bool hasAnyKey(const NSString& receiver, const std::vector<Object>& keys);
 
-/// `stringHasAnyKey:`: whether any key that is not empty occurs literally.
+/// `stringHasAnyKey:`: whether the receiver contains any key literally; empty keys are ignored.
 bool stringHasAnyKey(const NSString& receiver, const std::vector<NSString>& keys);
 
-/// `stringHasAllKeys:`: whether all of them do; empty ones always do.
+/// `stringHasAllKeys:`: whether the receiver contains all keys literally; empty keys are ignored.
 bool stringHasAllKeys(const NSString& receiver, const std::vector<NSString>& keys);
 
-/// `separateStringKeyToArray`: a search text's words; phrases in double quotes first, then what stands
-/// between blanks, commas and the localized "Space Character" and "Kuten Character". Doubled separators
-/// give empty words.
+/// `separateStringKeyToArray`: the words of a search string. Phrases in double quotes come first, then the
+/// words between blanks, commas and the localized "Space Character" and "Kuten Character". Two adjacent
+/// separators give an empty word.
 std::vector<NSString> separateStringKeyToArray(const NSString& receiver,
                                                NSBundle& bundle = NSBundle::mainBundle());
 
-/// `andPredicateForAttribute:`: that the attribute contains every word of the search text that is not empty.
+/// `andPredicateForAttribute:`: true when the attribute contains every non-empty word of the search string.
 NSPredicate andPredicateForAttribute(const NSString& receiver, const NSString& attribute,
                                      NSBundle& bundle = NSBundle::mainBundle());
 
-/// `separateDateKeyToArray`: the numbers of a day list, "1-3,7" giving 1, 2, 3 and 7, in its order. Ranges
-/// end at 31, single numbers may be any; what is no number is 0. Also separates at the localized "Space
-/// Character" and "Kuten Character"; "Minus Character" and "Tilde Character" make ranges too.
+/// `separateDateKeyToArray`: the numbers of a list of days, in order; "1-3,7" gives 1, 2, 3 and 7. Ranges end
+/// at 31 at the latest; single numbers are not limited; text that is not a number gives 0. The localized
+/// "Space Character" and "Kuten Character" separate as well; "Minus Character" and "Tilde Character" stand
+/// for "-".
 std::vector<NSNumber> separateDateKeyToArray(const NSString& receiver,
                                              NSBundle& bundle = NSBundle::mainBundle());
 
-// Markup and line ends.
+// Markup and line endings.
 
-/// `removeAllHTMLTag`: without its tags, and with arrangeHTMLString() of the rest. Ends at the first "<>" or
-/// "<" without ">". A text without "<" stays as it is, entities included.
+/// `removeAllHTMLTag`: removes the tags, then applies arrangeHTMLString(). Stops at the first "<>" and at a
+/// "<" without ">". A string without "<" is unchanged, including its entities.
 NSString removeAllHTMLTag(const NSString& receiver);
 
-/// `arrangeHTMLString`: &lt; &gt; &amp; &quot; and &nbsp; become their characters, in this order, &nbsp;
-/// a plain blank.
+/// `arrangeHTMLString`: replaces &lt; &gt; &amp; &quot; and &nbsp; in this order; &nbsp; becomes a plain
+/// blank.
 NSString arrangeHTMLString(const NSString& receiver);
 
-/// `replaceReturnCode`: every line end, CR LF or CR, becomes LF.
+/// `replaceReturnCode`: replaces every CR LF and CR by LF.
 NSString replaceReturnCode(const NSString& receiver);
 
-// Kinds of text: whether every character, a surrogate pair being one, belongs to the set; an empty text
-// does.
+// Classification: whether every code point belongs to the set; true for an empty string.
 
-/// `isNumberString`: of the digits 0 to 9.
+/// `isNumberString`: the digits 0 to 9.
 bool isNumberString(const NSString& receiver);
 
-/// `isAlphanumericString`: of the localized "alphabetCharacterSet".
+/// `isAlphanumericString`: the localized "alphabetCharacterSet".
 bool isAlphanumericString(const NSString& receiver, NSBundle& bundle = NSBundle::mainBundle());
 
-/// `isHiraganaKatanakaString`, spelled so on purpose: of the localized "japaneseCharacterset".
+/// `isHiraganaKatanakaString` (this spelling is deliberate): the localized "japaneseCharacterset".
 bool isHiraganaKatanakaString(const NSString& receiver, NSBundle& bundle = NSBundle::mainBundle());
 
-/// `isHiraganaKatanakaAlphabetString`: of both.
+/// `isHiraganaKatanakaAlphabetString`: both sets together.
 bool isHiraganaKatanakaAlphabetString(const NSString& receiver, NSBundle& bundle = NSBundle::mainBundle());
 
 // Escaping.
 
-/// `escapeForStringsFile`: as it may stand in quotes in a strings table; what is escaped already stays so.
+/// `escapeForStringsFile`: escapes the receiver for a quoted string of a strings table. Escaped quotes are
+/// not escaped again.
 NSString escapeForStringsFile(const NSString& receiver);
 
-/// `escapedStringWithPercent`: the UTF-8 bytes of all that may not stand in a URL as %XX, "%" included; the
-/// receiver itself when "%" is all there is to escape. Bytes that were no UTF-8 are escaped as they were.
+/// `escapedStringWithPercent`: escapes the UTF-8 bytes of characters that a URL cannot contain, and "%", as
+/// %XX. The receiver itself when it needs no escape, or only for "%". Bytes that are not valid UTF-8 are
+/// escaped unchanged.
 NSString escapedStringWithPercent(const NSString& receiver);
 
-/// `stringByAppendingBackSlashForCharacter:`: a backslash before each separator that has none, unless fewer
-/// than three characters stand before it.
+/// `stringByAppendingBackSlashForCharacter:`: puts a backslash before each separator that has none, unless
+/// the result so far has fewer than three code units.
 NSString stringByAppendingBackSlashForCharacter(const NSString& receiver, const NSString& separator);
 
-// Reading text. Nil when a file cannot be read or is larger than largestTextFile, and when the bytes do not
-// decode (see decodedText).
+// Reading strings. Nil when a file cannot be read or is larger than maxTextFileSize, and when the bytes
+// cannot be decoded (see decodedText).
 
-inline constexpr std::uint64_t largestTextFile = 1ull << 30; ///< bytes
+inline constexpr std::uint64_t maxTextFileSize = 1ull << 30; ///< bytes
 
-/// `stringWithContentsOfDataByAutoDetectingEncoding:`: in the first encoding that takes all the bytes. In
-/// order: ISO-2022-JP if there is an escape byte, UTF-8, non-lossy ASCII, Shift JIS, EUC-JP, Mac OS Roman,
-/// Windows 1251 to 1254 and 1250, Latin 1, the number 2565, which takes nothing, and UTF-16.
+/// `stringWithContentsOfDataByAutoDetectingEncoding:`: decodes in the first encoding in which all bytes are
+/// valid: ISO-2022-JP if there is an escape byte, UTF-8, non-lossy ASCII, Shift JIS, EUC-JP, Mac OS Roman,
+/// Windows 1251 to 1254 and 1250, Latin 1, 2565 (an unknown encoding, which never matches), UTF-16.
 OptionalString stringWithContentsOfDataByAutoDetectingEncoding(const NSData& data);
 
-/// `stringWithContentsOfFileByAutoDetectingEncoding:`: the same of a file.
+/// `stringWithContentsOfFileByAutoDetectingEncoding:`: the same for a file.
 OptionalString stringWithContentsOfFileByAutoDetectingEncoding(const NSString& path);
 
-/// `stringFromUTF8DataFilePath:`: as UTF-8 only.
+/// `stringFromUTF8DataFilePath:`: decodes only UTF-8.
 OptionalString stringFromUTF8DataFilePath(const NSString& path);
 
-/// `stringFromUTF16DataFilePath:`: as UTF-16 only.
+/// `stringFromUTF16DataFilePath:`: decodes only UTF-16.
 OptionalString stringFromUTF16DataFilePath(const NSString& path);
 
-// Showing text.
+// Display.
 
-/// `stringWithByteSize:`: a number of bytes for people, as "20KB"; below 10 units with one digit behind the
-/// point.
+/// `stringWithByteSize:`: a number of bytes for people, such as "20KB"; below 10 with one decimal digit.
 NSString stringWithByteSize(const NSNumber& byteCount);
 
 /// `naturalCompare:`: -1, 0 or 1 by naturalOrder().
 int naturalCompare(const NSString& receiver, const NSString& other);
 
-/// `lineBreakedString:`: the whole text with a paragraph style of that NSLineBreakMode.
+/// `lineBreakedString:`: the receiver with a paragraph style of this NSLineBreakMode.
 NSAttributedString lineBreakedString(const NSString& receiver, int lineBreakMode);
 
-/// `dividePointUpToLength:`: where to cut a text that may have `maximum` code units: behind the last line
-/// feed, else full stop, else localized "Touten Character" among the 200 before the maximum, else there.
-/// The text's length when it is not longer.
+/// `dividePointUpToLength:`: where to cut the receiver to at most `maximum` code units: after the last line
+/// feed, else the last full stop, else the last localized "Touten Character" of the 200 code units before
+/// `maximum`, else at `maximum`. The receiver's length when it is not longer.
 std::size_t dividePointUpToLength(const NSString& receiver, std::size_t maximum,
                                   NSBundle& bundle = NSBundle::mainBundle());
 

@@ -10,11 +10,11 @@ namespace {
 
 constexpr std::uint8_t escapeByte = 27;
 
-/// A number that is no encoding of the platform's: nothing decodes with it.
+/// Not an encoding of the platform: nothing can be decoded with it.
 constexpr NSStringEncoding unknownEncoding = 2565;
 
-// Most likely first. Mac OS Roman has a character for every byte, so the rest waits for a system without
-// its table.
+// Every byte is valid in Mac OS Roman; the encodings after it are only used when the system does not support
+// it.
 constexpr NSStringEncoding triedEncodings[] = {
     NSUTF8StringEncoding,          NSNonLossyASCIIStringEncoding, NSShiftJISStringEncoding,
     NSJapaneseEUCStringEncoding,   NSMacOSRomanStringEncoding,    NSWindowsCP1251StringEncoding,
@@ -34,7 +34,7 @@ OptionalString detectedText(const Bytes& bytes) {
 }
 
 OptionalString decodedFile(const NSString& path, NSStringEncoding encoding) {
-    const Result<Bytes> content = readSmallFile(path.utf8(), largestTextFile);
+    const Result<Bytes> content = readSmallFile(path.utf8(), maxTextFileSize);
     return content ? decodedText(*content, encoding) : std::nullopt;
 }
 
@@ -45,7 +45,7 @@ OptionalString stringWithContentsOfDataByAutoDetectingEncoding(const NSData& dat
 }
 
 OptionalString stringWithContentsOfFileByAutoDetectingEncoding(const NSString& path) {
-    const Result<Bytes> content = readSmallFile(path.utf8(), largestTextFile);
+    const Result<Bytes> content = readSmallFile(path.utf8(), maxTextFileSize);
     return content ? detectedText(*content) : std::nullopt;
 }
 

@@ -7,16 +7,16 @@ namespace kestrine::StringUtility {
 
 namespace {
 
-/// As long as nothing longer stands before a separator, it is not escaped.
-constexpr std::size_t longestUnescaped = 2;
+/// A separator is not escaped when at most this many code units precede it.
+constexpr std::size_t maxUnescapedPrefix = 2;
 
-// One after the other. The first two undo what is escaped already, so that the third escapes each quote
-// just once; a semicolon needs no escape inside of quotes.
+// Applied in order. The first two undo existing escapes, so that the third escapes each quote once. A
+// semicolon needs no escape within quotes.
 constexpr Replacement stringsFileReplacements[] = {
     {u"\\\\", u"\\"}, {u"\\\"", u"\""}, {u"\"", u"\\\""}, {u"\\;", u";"}, {u";", u";"}, {u"\\\\n", u"\n"},
 };
 
-// RFC 2396: the unreserved and the reserved characters beside letters and digits.
+// RFC 2396: unreserved and reserved characters except letters and digits.
 constexpr std::string_view urlPunctuation = "-_.!~*'();/?:@&=+$,";
 
 bool mayStandInURL(char byte) {
@@ -53,7 +53,7 @@ NSString stringByAppendingBackSlashForCharacter(const NSString& receiver, const 
     std::u16string result;
     for (std::size_t i = 0; i + 1 < pieces.size(); i++) {
         result += pieces[i].utf16();
-        if (result.size() > longestUnescaped && result.back() != u'\\')
+        if (result.size() > maxUnescapedPrefix && result.back() != u'\\')
             result += u'\\';
         result += separator.utf16();
     }

@@ -11,8 +11,7 @@ namespace kestrine::StringUtility {
 
 namespace {
 
-// Further search options of the platform. Searching backwards finds a key just where searching forwards
-// does, unless it is anchored.
+// Search options of the platform. NSBackwardsSearch only has an effect together with NSAnchoredSearch.
 constexpr unsigned NSBackwardsSearch = 4;
 constexpr unsigned NSAnchoredSearch = 8;
 
@@ -23,10 +22,11 @@ NSString textOfKey(const Object& key) {
         return *text;
     if (const auto* const number = dynamic_cast<const NSNumber*>(key.get()))
         return NSString::fromUTF8(number->stringValue());
-    throw NSException(NSInvalidArgumentException, "a key must be a text or a number");
+    throw NSException(NSInvalidArgumentException, "a key must be a string or a number");
 }
 
-/// Whether `key` occurs in `text`; when it is anchored, right at the start, or at the end when backwards.
+/// Whether `text` contains `key`; with NSAnchoredSearch only at the start, or with NSBackwardsSearch at the
+/// end.
 bool occurs(const NSString& text, const NSString& key, unsigned options) {
     if (!(options & NSAnchoredSearch))
         return rangeOfString(text, key, options).length > 0;
@@ -35,7 +35,7 @@ bool occurs(const NSString& text, const NSString& key, unsigned options) {
     return rangeOfString(text, key, options, {start, length}).length > 0;
 }
 
-/// The working text of both lists with all that separates replaced by a comma.
+/// Replaces all separators by commas.
 NSString withCommas(const NSString& text, NSBundle& bundle) {
     NSString result = *replaceStringFrom(text, u" ", u",");
     for (const char16_t* key : {u"Space Character", u"Kuten Character"})
@@ -46,8 +46,7 @@ NSString withCommas(const NSString& text, NSBundle& bundle) {
 bool isBlank(char16_t unit) { return unit == u' ' || (unit >= u'\t' && unit <= u'\r'); }
 bool isDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
 
-/// `intValue` of a text that holds no minus: blanks, a plus sign, digits, whatever follows; held at the
-/// limit of the type.
+/// Parses blanks, an optional plus sign and digits; ignores the rest. Limited to the maximum of the type.
 std::int32_t intValue(const NSString& piece) {
     const std::u16string& text = piece.utf16();
     auto unit = std::find_if_not(text.begin(), text.end(), isBlank);
@@ -59,7 +58,7 @@ std::int32_t intValue(const NSString& piece) {
     return static_cast<std::int32_t>(value);
 }
 
-/// The days of "first-last"; a minus at the end counts for nothing.
+/// Appends the days of "first-last"; ignores a minus at the end.
 void appendRange(std::vector<NSNumber>& numbers, const NSString& piece) {
     const bool isOpen = piece[piece.length() - 1] == u'-';
     const NSString range = piece.substring({0, piece.length() - (isOpen ? 1 : 0)});
@@ -93,7 +92,7 @@ bool stringHasAllKeys(const NSString& receiver, const std::vector<NSString>& key
 }
 
 std::vector<NSString> separateStringKeyToArray(const NSString& receiver, NSBundle& bundle) {
-    QuotedSpans quoted = takeQuotedSpans(receiver.utf16(), u'"', EmptySpan::endsTaking);
+    QuotedSpans quoted = takeQuotedSpans(receiver.utf16(), u'"', EmptySpan::stops);
     std::vector<NSString> words(quoted.spans.begin(), quoted.spans.end());
     const NSString rest = *removeString(std::move(quoted.rest), u"\"");
     if (rest.isEmpty())

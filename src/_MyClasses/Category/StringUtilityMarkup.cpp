@@ -6,7 +6,7 @@ namespace kestrine::StringUtility {
 
 namespace {
 
-// The order counts: "&amp;lt;" ends as "&lt;".
+// The order matters: "&amp;lt;" becomes "&lt;".
 constexpr Replacement entities[] = {
     {u"&lt;", u"<"}, {u"&gt;", u">"}, {u"&amp;", u"&"}, {u"&quot;", u"\""}, {u"&nbsp;", u" "},
 };
@@ -18,7 +18,7 @@ constexpr Replacement lineEnds[] = {{u"\r\n", u"\n"}, {u"\r", u"\n"}};
 NSString removeAllHTMLTag(const NSString& receiver) {
     if (!receiver.contains(u"<"))
         return receiver;
-    return arrangeHTMLString(withoutBracketedSpans(receiver.utf16(), u'<', u'>', EmptySpan::endsTaking));
+    return arrangeHTMLString(withoutBracketedSpans(receiver.utf16(), u'<', u'>', EmptySpan::stops));
 }
 
 NSString arrangeHTMLString(const NSString& receiver) { return replacedInOrder(receiver, entities); }

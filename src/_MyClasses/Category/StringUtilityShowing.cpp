@@ -12,7 +12,7 @@ namespace kestrine::StringUtility {
 
 namespace {
 
-constexpr std::size_t searchedLength = 200; // in code units, before the most that a text may have
+constexpr std::size_t searchedLength = 200; // in code units, before the maximum length
 
 struct Unit {
     double bytes;
@@ -26,7 +26,7 @@ constexpr Unit units[] = {
     {1024.0, "KB"},
 };
 
-/// As the print formats "%.0f" and "%.1f" show it.
+/// The same output as printf with "%.0f" and "%.1f", independent of the locale.
 std::string fixed(double value, int digits) {
     std::array<char, std::numeric_limits<double>::max_exponent10 + 8> text;
     const auto [end, error] =

@@ -16,7 +16,7 @@ NSString joined(const std::vector<NSString>& pieces, const NSString& separator) 
     return text;
 }
 
-/// From `start` on, to the first occurrence of `closing`; nil when that is missing or stands right there.
+/// The text from `start` to the first occurrence of `closing`; nil when that is missing or at `start`.
 OptionalString substringBefore(const NSString& receiver, std::size_t start, const NSString& closing) {
     const NSRange hit =
         rangeOfString(receiver, closing, NSCaseInsensitiveSearch, {start, receiver.length() - start});
@@ -67,8 +67,8 @@ NSString removeAllStringStartFrom(const NSString& receiver, const NSString& open
         return receiver;
     if (opening.length() == 1 && closing.length() == 1)
         return opening == closing
-                   ? takeQuotedSpans(receiver.utf16(), opening[0], EmptySpan::goes).rest
-                   : withoutBracketedSpans(receiver.utf16(), opening[0], closing[0], EmptySpan::goes);
+                   ? takeQuotedSpans(receiver.utf16(), opening[0], EmptySpan::isRemoved).rest
+                   : withoutBracketedSpans(receiver.utf16(), opening[0], closing[0], EmptySpan::isRemoved);
     if (std::optional<std::u16string> swept =
             removedInOneSweep(receiver.utf16(), opening.utf16(), closing.utf16()))
         return std::move(*swept);

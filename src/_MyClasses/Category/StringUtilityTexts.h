@@ -1,11 +1,11 @@
-// The localized texts that StringUtility works with.
+// The localized strings that StringUtility uses.
 #pragma once
 
 #include "platform/foundation/NSBundle.h"
 
 namespace kestrine::StringUtility {
 
-/// The text under `key` in the table "StringUtility"; the key itself when there is none.
+/// The string for `key` in the table "StringUtility"; the key itself when there is none.
 inline NSString localizedText(NSBundle& bundle, const NSString& key) {
     return bundle.localizedString(key, u"", u"StringUtility");
 }

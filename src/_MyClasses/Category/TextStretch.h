@@ -1,5 +1,4 @@
-// TextStretch: a stretch of text in pieces, for texts that are taken apart and joined over and over: joining
-// costs nothing that grows with the length, and equal stretches are found by their hash.
+// TextStretch: a string in pieces that is joined in constant time and compared by its hash.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +8,7 @@
 
 namespace kestrine::StringUtility {
 
-/// The hash of a text, made so that those of two texts give that of both together.
+/// A hash of a string. The hash of two joined strings is computed from their hashes.
 class TextHash {
 public:
     TextHash() = default;
@@ -20,7 +19,7 @@ public:
         }
     }
 
-    /// Of the text with the other behind it.
+    /// The hash of this string followed by the other.
     TextHash followedBy(const TextHash& other) const {
         TextHash both;
         both.value_ = (value_ * other.shift_ + other.value_) % prime;
@@ -31,14 +30,14 @@ public:
     std::uint64_t value() const { return value_; }
 
 private:
-    static constexpr std::uint64_t prime = 4294967291; // the largest of 32 bits
+    static constexpr std::uint64_t prime = 4294967291; // the largest prime of 32 bits
     static constexpr std::uint64_t base = 1000003;
 
     std::uint64_t value_ = 0;
     std::uint64_t shift_ = 1; ///< base to the power of the length
 };
 
-/// The pieces belong to somebody else and must outlive this.
+/// The pieces are not owned and must outlive the stretch.
 class TextStretch {
 public:
     TextStretch() = default;
@@ -50,7 +49,7 @@ public:
     std::size_t length() const { return length_; }
     const TextHash& hash() const { return hash_; }
 
-    /// Takes the other's pieces.
+    /// Leaves the other stretch without pieces.
     void append(TextStretch&& other) {
         pieces_.splice(pieces_.end(), other.pieces_);
         length_ += other.length_;
@@ -62,7 +61,7 @@ public:
             text += piece;
     }
 
-    /// Whether `text` begins with this, which is then taken away from it.
+    /// Whether `text` begins with this stretch, which is then removed from `text`.
     bool isTakenFrom(std::u16string_view& text) const {
         for (const std::u16string_view piece : pieces_) {
             if (!text.starts_with(piece))

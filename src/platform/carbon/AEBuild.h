@@ -1,4 +1,4 @@
-// Apple Events from a text that describes their parameters.
+// Builds Apple Events from a string that describes their parameters.
 #pragma once
 
 #include "platform/carbon/AEEvents.h"
@@ -7,14 +7,14 @@
 
 namespace kestrine {
 
-/// What is wrong with a parameter text. The numbers are the platform's.
+/// Errors in a parameter string. The numbers are the platform's.
 enum AEBuildErrorCode : std::uint32_t {
     aeBuildSyntaxNoErr = 0,
-    aeBuildSyntaxBadToken = 1,     ///< a character that begins nothing
-    aeBuildSyntaxBadEOF = 2,       ///< the text ends too early
-    aeBuildSyntaxNoEOF = 3,        ///< something follows the parameters
-    aeBuildSyntaxMissingQuote = 5, ///< a quoted code without its second quote
-    aeBuildSyntaxBadDesc = 11,     ///< no value where one belongs, or one nested too deeply
+    aeBuildSyntaxBadToken = 1,     ///< an unexpected character
+    aeBuildSyntaxBadEOF = 2,       ///< unexpected end of the string
+    aeBuildSyntaxNoEOF = 3,        ///< text after the last parameter
+    aeBuildSyntaxMissingQuote = 5, ///< a code without its closing quote
+    aeBuildSyntaxBadDesc = 11,     ///< a missing value, or records nested too deeply
     aeBuildSyntaxNoCloseParen = 13,
     aeBuildSyntaxNoCloseBrace = 15,
     aeBuildSyntaxNoKey = 16,
@@ -23,19 +23,19 @@ enum AEBuildErrorCode : std::uint32_t {
 
 struct AEBuildError {
     AEBuildErrorCode fError = aeBuildSyntaxNoErr;
-    std::uint32_t fErrorPos = 0; ///< in bytes from the start of the text
+    std::uint32_t fErrorPos = 0; ///< in bytes from the start of the string
 };
 
-/// Makes an event addressed by `addressType` and its bytes. `text` lists the parameters:
+/// Makes an event for the address of type `addressType`. `text` lists the parameters:
 ///     'key':value, key:value, ...
-/// where a key or code is up to four letters and digits, filled up with blanks, or any four characters in
-/// single quotes, and a value is
+/// A key or code is up to four letters and digits, padded with blanks, or any four characters in single
+/// quotes. A value is
 ///     (@)                  the next of `descriptors`,
-///     code                 an 'enum',
+///     code                 a code of type 'enum',
 ///     type(code)           a code of that type,
-///     type{key:value, ...} a record of that type; 'reco' when the type is left out.
-/// Blanks may stand between all of these. -10206 for a text that is none, and `error`, which may be null,
-/// then tells more; -50 when a descriptor is missing, or left over.
+///     type{key:value, ...} a record of that type; without a type it is a 'reco'.
+/// Blanks are allowed between all of these. -10206 for an invalid string, with details in `error`, which may
+/// be null; -50 when there are too few or too many descriptors.
 OSStatus AEBuildAppleEvent(AEEventClass eventClass, AEEventID eventID, DescType addressType,
                            const void* address, Size addressSize, AEReturnID returnID,
                            AETransactionID transactionID, AppleEvent* result, AEBuildError* error,

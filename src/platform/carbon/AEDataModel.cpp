@@ -29,7 +29,7 @@ OSErr AEDisposeDesc(AEDesc* desc) {
 }
 
 OSErr AECoerceDesc(const AEDesc* desc, DescType type, AEDesc* result) {
-    const AEDesc source = desc == nullptr ? AEDesc() : *desc; // it may be the result as well
+    const AEDesc source = desc == nullptr ? AEDesc() : *desc; // `result` may be the same object
     if (result != nullptr)
         *result = {};
     if (desc == nullptr || result == nullptr)

@@ -1,4 +1,4 @@
-// Apple Event descriptors: a type and the bytes of a value.
+// Apple Event descriptors: a type and a value as bytes.
 #pragma once
 
 #include "platform/carbon/MacTypes.h"
@@ -12,11 +12,11 @@ using DescType = FourCharCode;
 using AEKeyword = FourCharCode;
 
 inline constexpr DescType typeNull = fourCharacterCode("null");
-inline constexpr DescType typeWildCard = fourCharacterCode("****");    ///< asks for whatever type there is
-inline constexpr DescType typeUnicodeText = fourCharacterCode("utxt"); ///< UTF-16 in this machine's order
+inline constexpr DescType typeWildCard = fourCharacterCode("****");    ///< matches every type
+inline constexpr DescType typeUnicodeText = fourCharacterCode("utxt"); ///< UTF-16 in the machine's byte order
 inline constexpr DescType typeText = fourCharacterCode("TEXT");        ///< UTF-8
-inline constexpr DescType typePString = fourCharacterCode("pstr");     ///< a length byte and as many more
-inline constexpr DescType typeBoolean = fourCharacterCode("bool");     ///< one byte, 0 or not
+inline constexpr DescType typePString = fourCharacterCode("pstr");     ///< a length byte, then as many bytes
+inline constexpr DescType typeBoolean = fourCharacterCode("bool");     ///< one byte; 0 is false
 inline constexpr DescType typeTrue = fourCharacterCode("true");        ///< no bytes
 inline constexpr DescType typeFalse = fourCharacterCode("fals");       ///< no bytes
 inline constexpr DescType typeShortInteger = fourCharacterCode("shor");
@@ -29,34 +29,34 @@ inline constexpr DescType typeAERecord = fourCharacterCode("reco");
 inline constexpr DescType typeObjectSpecifier = fourCharacterCode("obj ");
 inline constexpr DescType typeAppleEvent = fourCharacterCode("aevt");
 
-/// Copied by value; copies share the bytes, which never change and go with the last of them. One of type
-/// 'null' has no bytes; of another type it may have none.
+/// Copies share the bytes, which never change. A descriptor of type 'null' (a null descriptor) has no bytes;
+/// other types may have none as well.
 struct AEDesc {
     DescType descriptorType = typeNull;
     std::shared_ptr<const Bytes> dataHandle; ///< null when there are no bytes
 };
 
-/// A descriptor that holds others under keys.
+/// A descriptor that contains other descriptors, each with a key.
 using AERecord = AEDesc;
 
-// A missing argument gives -50, and a result is a null descriptor after a failure.
+// A null pointer as argument gives -50. After a failure the result is a null descriptor.
 
-/// Copies `size` bytes. -50 too when `data` is missing, and for bytes of type 'null'.
+/// Copies `size` bytes. -50 for bytes of type 'null' as well.
 OSErr AECreateDesc(DescType type, const void* data, Size size, AEDesc* result);
 
-/// Makes the descriptor a null one. -1704, and nothing happens, for bytes of type 'null', which no function
-/// here makes.
+/// Makes the descriptor a null descriptor. -1704, without a change, for one of type 'null' that has bytes; no
+/// function here makes such a descriptor.
 OSErr AEDisposeDesc(AEDesc* desc);
 
-/// The same value in another type; -1700 when it has no form of that type. Known are 'utxt' and 'TEXT',
-/// 'true', 'fals' and 'bool', 'type' and 'enum', and every type in itself. A null descriptor stays one,
-/// whatever it is coerced to. Text never becomes a 'pstr': that form could not hold all of it.
+/// Converts the value to another type; -1700 when there is no conversion. Supported are 'utxt' to 'TEXT' and
+/// back, 'true' and 'fals' to 'bool', 'type' to 'enum' and back, and every type to itself. A null descriptor
+/// stays a null descriptor. Text is never converted to 'pstr', which is limited to 255 bytes.
 OSErr AECoerceDesc(const AEDesc* desc, DescType type, AEDesc* result);
 
-/// In bytes; 0 when `desc` is missing.
+/// In bytes; 0 for a null pointer.
 Size AEGetDescDataSize(const AEDesc* desc);
 
-/// Copies the bytes, or the first `maximum` of them.
+/// Copies at most `maximum` bytes.
 OSErr AEGetDescData(const AEDesc* desc, void* data, Size maximum);
 
 } // namespace kestrine

@@ -10,13 +10,13 @@
 namespace kestrine {
 namespace {
 
-// An event is a record of two records.
+// An event is a record that contains two records.
 constexpr AEKeyword attributes = fourCharacterCode("attr");
 constexpr AEKeyword parameters = fourCharacterCode("parm");
 
 AEReturnID nextReturnID() {
     static std::atomic<std::uint16_t> last = 0;
-    return static_cast<AEReturnID>(++last & 0x7FFF); // never negative, since -1 asks for one
+    return static_cast<AEReturnID>(++last & 0x7FFF); // never -1, which requests an automatic ID
 }
 
 template <class Number>

@@ -1,4 +1,4 @@
-// Apple Events: records with attributes (what is asked, and of whom) and parameters.
+// Apple Events: records with attributes (class, ID, address, ...) and parameters.
 #pragma once
 
 #include "platform/carbon/AEDataModel.h"
@@ -16,8 +16,8 @@ inline constexpr AEReturnID kAutoGenerateReturnID = -1;
 inline constexpr AETransactionID kAnyTransactionID = 0;
 
 inline constexpr AEKeyword keyDirectObject = fourCharacterCode("----");
-inline constexpr AEKeyword keyErrorNumber = fourCharacterCode("errn"); ///< of a reply: a 'shor'
-inline constexpr AEKeyword keyErrorString = fourCharacterCode("errs"); ///< of a reply: a text for people
+inline constexpr AEKeyword keyErrorNumber = fourCharacterCode("errn"); ///< in a reply: a 'shor'
+inline constexpr AEKeyword keyErrorString = fourCharacterCode("errs"); ///< in a reply: the message
 
 inline constexpr AEKeyword keyEventClassAttr = fourCharacterCode("evcl");
 inline constexpr AEKeyword keyEventIDAttr = fourCharacterCode("evid");
@@ -25,24 +25,24 @@ inline constexpr AEKeyword keyAddressAttr = fourCharacterCode("addr");
 inline constexpr AEKeyword keyReturnIDAttr = fourCharacterCode("rtid");
 inline constexpr AEKeyword keyTransactionIDAttr = fourCharacterCode("tran");
 
-// A missing argument gives -50, unless it is said that it may be null; what is no event gives -1707; broken
-// bytes give -1702. A result is a null descriptor after a failure.
+// A null pointer as argument gives -50, unless null is allowed; a descriptor that is not an event gives
+// -1707; invalid bytes give -1702. After a failure the result is a null descriptor.
 
-/// An event without parameters. An automatic return ID is one that no other event of this process had lately.
+/// Makes an event without parameters. Automatic return IDs repeat after 32768 events of this process.
 OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAddressDesc* target,
                          AEReturnID returnID, AETransactionID transactionID, AppleEvent* result);
 
 OSErr AEPutParamDesc(AppleEvent* event, AEKeyword key, const AEDesc* value);
 
-/// The parameter coerced to `type`; -1701 when there is none, -1700 when it has no form of that type.
+/// The parameter, coerced to `type`; -1701 when it is missing, -1700 when it cannot be coerced.
 OSErr AEGetParamDesc(const AppleEvent* event, AEKeyword key, DescType type, AEDesc* result);
 
-/// The bytes of the parameter coerced to `type`, or the first `maximum` of them. `actualType` and
-/// `actualSize`, which is the whole size however much was copied, may be null and are not touched on failure.
+/// Copies at most `maximum` bytes of the parameter, coerced to `type`. `actualSize` is the complete size,
+/// even when less was copied. `actualType` and `actualSize` may be null; a failure leaves them unchanged.
 OSErr AEGetParamPtr(const AppleEvent* event, AEKeyword key, DescType type, DescType* actualType, void* data,
                     Size maximum, Size* actualSize);
 
-/// The same for an attribute.
+/// The attribute, coerced to `type`; errors as for AEGetParamDesc().
 OSErr AEGetAttributeDesc(const AppleEvent* event, AEKeyword key, DescType type, AEDesc* result);
 
 } // namespace kestrine

@@ -1,4 +1,4 @@
-// Object specifiers: records that say which object of an application is meant.
+// Object specifiers: records that identify an object of an application.
 #pragma once
 
 #include "platform/carbon/AEDataModel.h"
@@ -11,7 +11,7 @@ inline constexpr AEKeyword keyAEContainer = fourCharacterCode("from");
 inline constexpr AEKeyword keyAEKeyForm = fourCharacterCode("form");
 inline constexpr AEKeyword keyAEKeyData = fourCharacterCode("seld");
 
-// What the key data is.
+// The kinds of key data.
 inline constexpr DescType formName = fourCharacterCode("name");
 inline constexpr DescType formAbsolutePosition = fourCharacterCode("indx");
 inline constexpr DescType formPropertyID = fourCharacterCode("prop");
@@ -21,9 +21,9 @@ inline constexpr DescType cProperty = fourCharacterCode("prop");
 inline constexpr DescType cFile = fourCharacterCode("file");
 inline constexpr DescType cObject = fourCharacterCode("cobj"); ///< an item of any kind, folders too
 
-/// The object of class `desiredClass` that `keyData` names inside `container`, where a null descriptor stands
-/// for the application itself. With `disposeInputs` both become null descriptors. -50 when an argument is
-/// missing.
+/// Makes a specifier for the object of class `desiredClass` that `keyData` identifies in `container`; a null
+/// descriptor as container is the application. With `disposeInputs`, both become null descriptors. -50 for a
+/// null pointer.
 OSErr CreateObjSpecifier(DescType desiredClass, AEDesc* container, DescType keyForm, AEDesc* keyData,
                          bool disposeInputs, AEDesc* result);
 

@@ -3,22 +3,13 @@
 #include "platform/carbon/DescriptorData.h"
 #include "platform/carbon/FinderEvents.h"
 
-#include <limits>
-
 namespace kestrine {
 namespace {
 
 bool addressesFinder(const AppleEvent& event) {
     AEAddressDesc address;
     return AEGetAttributeDesc(&event, keyAddressAttr, typeApplSignature, &address) == noErr
-           && address.descriptorType == typeApplSignature && codeOf(address) == finderSignature;
-}
-
-/// The number as it travels, in 16 bits.
-OSErr errorNumberOf(const FinderError& error) {
-    const bool fits = error.number >= std::numeric_limits<OSErr>::min()
-                      && error.number <= std::numeric_limits<OSErr>::max();
-    return fits ? static_cast<OSErr>(error.number) : static_cast<OSErr>(errAEEventFailed);
+           && codeOf(address) == finderSignature;
 }
 
 AEReturnID returnIDOf(const AppleEvent& event) {
@@ -34,7 +25,7 @@ OSErr putAnswer(AppleEvent& reply, const FinderAnswer& answer) {
         const bool isEmpty = answer.directObject.descriptorType == typeNull;
         return isEmpty ? OSErr{noErr} : AEPutParamDesc(&reply, keyDirectObject, &answer.directObject);
     }
-    const OSErr number = errorNumberOf(*answer.error);
+    const auto number = static_cast<OSErr>(answer.error->number); // FinderErrors.cpp checks the range
     AEDesc numberDesc;
     OSErr status = AECreateDesc(typeShortInteger, &number, sizeof number, &numberDesc);
     if (status == noErr)

@@ -1,4 +1,4 @@
-// Sending Apple Events. The Finder is part of this process, and the only one to send to.
+// Sending Apple Events. The only receiver is the Finder, which is part of this process.
 #pragma once
 
 #include "platform/carbon/AEEvents.h"
@@ -19,19 +19,18 @@ inline constexpr std::int32_t kNoTimeOut = -2;
 inline constexpr AEEventClass kCoreEventClass = fourCharacterCode("aevt");
 inline constexpr AEEventID kAEAnswer = fourCharacterCode("ansr");
 
-/// Called while a reply is awaited; true ends the waiting.
+/// Called while waiting for a reply; true stops waiting.
 using AEIdleUPP = std::function<bool()>;
 
-/// Has the application that the event addresses handle it, on this thread, so that no time-out can pass. With
-/// kAEWaitReply the reply holds what the handler gave, or its error as 'errn' and 'errs'; the status of the
-/// call only says whether the event got there: -600 when it addresses another than the Finder's signature,
-/// -1707 when it is no event, -50 for a missing argument and other modes, -1711 when the idle procedure,
-/// called once after the handler, ended the waiting. With kAENoReply `reply` may be null. Without an answer
-/// it becomes a null descriptor.
+/// Sends the event. It is handled on this thread, so there is no time-out. With kAEWaitReply the reply
+/// contains the handler's result, or its error as 'errn' and 'errs'. The status only reports the delivery:
+/// -600 when the address is not the Finder's signature, -1707 when `event` is not an event, -50 for a null
+/// pointer and for other modes, -1711 when the idle procedure, which is called once after the handler,
+/// stopped waiting. With kAENoReply `reply` may be null. When there is no reply it becomes a null descriptor.
 OSErr AESend(const AppleEvent* event, AppleEvent* reply, AESendMode mode, AESendPriority priority,
              std::int32_t timeOutInTicks, const AEIdleUPP& idle);
 
-/// The same without priority and idle procedure.
+/// AESend() without priority and idle procedure.
 OSStatus AESendMessage(const AppleEvent* event, AppleEvent* reply, AESendMode mode,
                        std::int32_t timeOutInTicks);
 

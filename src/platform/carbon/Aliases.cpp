@@ -8,15 +8,17 @@
 #include "platform/host/files/PathParts.h"
 
 #include <algorithm>
+#include <climits>
 
 namespace kestrine {
 namespace {
 
-// The layout: four bytes for the application that keeps the alias (0), the whole size in two bytes, the
-// version in two, device and number of the item in eight each, the path. Numbers are big-endian.
+// The layout: 4 bytes for the owning application (0), 2 bytes total size, 2 bytes version, 8 bytes device, 8
+// bytes inode, the path. Numbers are big-endian.
 constexpr std::uint64_t aliasVersion = 1;
 constexpr std::size_t headerSize = 24;
-constexpr std::size_t largestAlias = 0xFFFF;
+/// identityOf() fails for longer paths, so every size fits in its two bytes.
+static_assert(headerSize + PATH_MAX <= 0xFFFF);
 
 Bytes aliasBytes(const ItemIdentity& identity, const std::string& path) {
     Bytes bytes;
@@ -38,12 +40,12 @@ Result<Alias> parsedAlias(ByteView bytes) {
     const bool isAlias = bytes.size() > headerSize && bigEndian(bytes.subspan(4, 2)) == bytes.size()
                          && bigEndian(bytes.subspan(6, 2)) == aliasVersion;
     if (!isAlias)
-        return Failure{Reason::malformed, "the bytes are no alias"};
+        return Failure{Reason::malformed, "not an alias"};
     const ByteView path = bytes.subspan(headerSize);
     Alias alias{{bigEndian(bytes.subspan(8, 8)), bigEndian(bytes.subspan(16, 8))},
                 {path.begin(), path.end()}};
     if (alias.path[0] != '/' || !checkPath(alias.path))
-        return Failure{Reason::malformed, "the alias holds no path"};
+        return Failure{Reason::malformed, "the alias contains no absolute path"};
     return alias;
 }
 
@@ -60,8 +62,6 @@ OSErr FSNewAlias(const FSRef*, const FSRef* target, AliasHandle* alias) {
     const Result<ItemIdentity> identity = identityOf(path);
     if (!identity)
         return statusCodeFor(identity.failure());
-    if (path.size() > largestAlias - headerSize)
-        return paramErr;
     const Bytes bytes = aliasBytes(*identity, path);
     *alias = NewHandle(static_cast<Size>(bytes.size()));
     if (*alias == nullptr)

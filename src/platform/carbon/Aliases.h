@@ -1,4 +1,4 @@
-// Aliases: bytes that find an item again, also after it was renamed where it lies.
+// Aliases: bytes that identify an item, even after it was renamed within its folder.
 #pragma once
 
 #include "platform/carbon/Files.h"
@@ -8,15 +8,15 @@
 
 namespace kestrine {
 
-/// The caller disposes it with DisposeHandle().
+/// Owned by the caller; dispose with DisposeHandle().
 using AliasHandle = Handle;
 
-/// Makes an alias of the item `target`. `from`, which would make it relative, may be null and is not needed:
-/// every alias is absolute. -50 when `target` or `alias` is missing; `alias` is null after a failure.
+/// Makes an alias of the item `target`. `from`, the start of a relative alias, is ignored and may be null:
+/// every alias is absolute. -50 when `target` or `alias` is null. After a failure `alias` is null.
 OSErr FSNewAlias(const FSRef* from, const FSRef* target, AliasHandle* alias);
 
-/// The path of the item that an alias leads to: what lies at its old path, else what the folder that held it
-/// now holds under another name. malformed when the bytes are no alias of ours.
+/// The path of the alias's item: the item at its old path, else the same item under a new name in its old
+/// folder. malformed when the bytes are not an alias of this platform; notFound when the item is not there.
 Result<std::string> pathOfAlias(ByteView alias);
 
 } // namespace kestrine

@@ -29,7 +29,7 @@ CFURLRef CFURLCreateWithFileSystemPath(const OptionalString& path, CFURLPathStyl
 }
 
 CFURLRef CFURLCreateFromFSRef(const FSRef* reference) {
-    if (reference == nullptr || reference->node == nullptr || reference->node->isTopLevel())
+    if (reference == nullptr || reference->node == nullptr)
         return nullptr;
     const std::string& path = reference->node->path();
     const Result<struct stat> status = attributesOf(path, FollowLinks::no);

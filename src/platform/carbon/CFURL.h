@@ -1,16 +1,16 @@
-// File URLs, as far as they turn one form of a path into another.
+// File URLs: only what converts one form of a path to another.
 #pragma once
 
 #include "platform/carbon/Files.h"
 
 namespace kestrine {
 
-/// A file URL; whether it names a folder is what its maker said.
+/// A file URL. Whether it is a folder is set by its creator, not checked.
 class CFURL {
 public:
     CFURL(std::string path, bool isDirectory) : path_(std::move(path)), isDirectory_(isDirectory) {}
 
-    /// Bytes; relative to the current folder unless it begins with a slash.
+    /// A byte string; relative to the current folder unless it begins with a slash.
     const std::string& path() const { return path_; }
     bool isDirectory() const { return isDirectory_; }
 
@@ -19,7 +19,7 @@ private:
     const bool isDirectory_;
 };
 
-/// Null is no URL. Released with its last user.
+/// Null is nil.
 using CFURLRef = std::shared_ptr<const CFURL>;
 
 enum CFURLPathStyle {
@@ -27,20 +27,20 @@ enum CFURLPathStyle {
     kCFURLHFSPathStyle = 1, ///< names separated by colons, the volume's first
 };
 
-/// Null when the path is nil, empty or cannot be encoded. Nothing need exist there, except that an HFS path
-/// must lead to an item.
+/// Null when the path is nil, empty or cannot be encoded, or when nothing is at an HFS path. Nothing needs to
+/// exist at a POSIX path.
 CFURLRef CFURLCreateWithFileSystemPath(const OptionalString& path, CFURLPathStyle style, bool isDirectory);
 
-/// Null for a null or empty reference, and when its item is gone.
+/// Null for a null or empty reference, and when the item no longer exists.
 CFURLRef CFURLCreateFromFSRef(const FSRef* reference);
 
-/// Whether there is an item that `reference` now refers to.
+/// Sets `reference` to the item; false when there is none.
 bool CFURLGetFSRef(const CFURLRef& url, FSRef* reference);
 
 /// False for null.
 bool CFURLHasDirectoryPath(const CFURLRef& url);
 
-/// Without the separator that marks a folder; in HFS style nil when nothing is there.
+/// Without the separator at a folder's end; in HFS style nil when nothing is there.
 OptionalString CFURLCopyFileSystemPath(const CFURLRef& url, CFURLPathStyle style);
 
 } // namespace kestrine

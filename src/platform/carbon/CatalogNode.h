@@ -1,11 +1,11 @@
-// What a file-system reference refers to.
+// The target of a file-system reference.
 #pragma once
 
 #include <string>
 
 namespace kestrine {
 
-/// An absolute path free of links and dots; "" is the level above the volumes.
+/// An absolute path without links, "." and ".."; "" is the top level, the parent of all volumes.
 class CatalogNode {
 public:
     explicit CatalogNode(std::string path) : path_(std::move(path)) {}

@@ -1,4 +1,4 @@
-// The forms in which one value can be had.
+// Conversions between descriptor types.
 #pragma once
 
 #include "platform/carbon/AEDataModel.h"
@@ -7,7 +7,7 @@
 
 namespace kestrine {
 
-/// As AECoerceDesc() tells; nothing when there is no such form.
+/// The value converted as AECoerceDesc() describes; nothing when there is no conversion.
 std::optional<AEDesc> coerced(const AEDesc& desc, DescType type);
 
 } // namespace kestrine

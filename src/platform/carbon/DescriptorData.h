@@ -1,4 +1,4 @@
-// What this folder's own sources do with descriptors as values, without the published functions' arguments.
+// Makes and reads descriptors; for internal use instead of the published functions.
 #pragma once
 
 #include "platform/carbon/AEDataModel.h"
@@ -10,11 +10,11 @@ AEDesc descriptorOf(DescType type, Bytes data);
 ByteView dataOf(const AEDesc& desc);
 
 AEDesc unicodeTextDescriptor(const NSString& text);
-/// What a descriptor of type 'utxt' says; an odd byte at its end is dropped.
+/// The text of a descriptor of type 'utxt'; an odd byte at the end is ignored.
 NSString unicodeTextOf(const AEDesc& desc);
 
-/// A descriptor of a four-character code, and the code in one; 0 when there are not four bytes.
 AEDesc codeDescriptor(DescType type, FourCharCode code);
+/// 0 unless there are exactly four bytes.
 FourCharCode codeOf(const AEDesc& desc);
 
 } // namespace kestrine

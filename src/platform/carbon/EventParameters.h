@@ -1,11 +1,11 @@
-// An event's parameters as one record.
+// Sets all parameters of an event at once.
 #pragma once
 
 #include "platform/carbon/AEEvents.h"
 
 namespace kestrine {
 
-/// Puts `parameters` in place of all that the event has; -1707 when it is no event.
+/// Replaces all parameters; -1707 when `event` is not an event.
 OSErr setParameters(AppleEvent& event, const AERecord& parameters);
 
 } // namespace kestrine

@@ -18,7 +18,7 @@ constexpr std::uint64_t volumesParentNumber = 1;
 
 FSRef referenceTo(std::string path) { return {std::make_shared<const CatalogNode>(std::move(path)), {}}; }
 
-/// The top level's entry has no parent: going up from there leads to an empty reference.
+/// The parent of the top level is an empty reference.
 struct Located {
     CatalogEntry entry;
     FSRef parent;
@@ -46,7 +46,7 @@ Result<std::int16_t> volumeNumberOf(const std::string& path) {
     const std::vector<Volume> volumes = TRY(mountedVolumes());
     const auto volume = std::ranges::find(volumes, mountPoint, &Volume::mountPoint);
     if (volume == volumes.end())
-        return Failure{Reason::notFound, "the volume is gone"};
+        return Failure{Reason::notFound, "the volume is no longer mounted"};
     return static_cast<std::int16_t>(startupVolumeNumber - (volume - volumes.begin()));
 }
 
@@ -57,7 +57,7 @@ FileInfo fileInfoOf(const FinderInfo& kept) {
 Result<FSCatalogInfo> informationOf(const CatalogNode& node, FSCatalogInfoBitmap which) {
     FSCatalogInfo information;
     if (which != kFSCatInfoNone && node.isTopLevel())
-        return Failure{Reason::unsupported, "the level above the volumes is no item"};
+        return Failure{Reason::unsupported, "the top level is not an item"};
     if (which & kFSCatInfoVolume) {
         const Result<std::int16_t> volume = volumeNumberOf(node.path());
         if (!volume)
@@ -73,7 +73,7 @@ Result<FSCatalogInfo> informationOf(const CatalogNode& node, FSCatalogInfoBitmap
 
 Result<FSSpec> specificationOf(const CatalogNode& node, const CatalogEntry& entry) {
     if (node.isTopLevel())
-        return Failure{Reason::unsupported, "the level above the volumes is no item"};
+        return Failure{Reason::unsupported, "the top level is not an item"};
     const std::int16_t volume = TRY(volumeNumberOf(node.path()));
     if (entry.parent.empty())
         return FSSpec{volume, volumesParentNumber, entry.name};

@@ -1,4 +1,4 @@
-// The File Manager: references to files and what the catalog knows of them.
+// The File Manager: file references and catalog information.
 #pragma once
 
 #include "platform/carbon/MacTypes.h"
@@ -11,20 +11,20 @@ namespace kestrine {
 
 class CatalogNode;
 
-/// A file-system reference: opaque, 80 bytes, copied whole. An empty one refers to nothing.
+/// A file-system reference: opaque, 80 bytes. An empty one refers to nothing.
 struct FSRef {
     std::shared_ptr<const CatalogNode> node;
     std::array<std::uint8_t, 64> hidden{};
 };
 static_assert(sizeof(FSRef) == 80);
 
-/// A name in UTF-16, as the catalog gives it.
+/// A file name in UTF-16.
 struct HFSUniStr255 {
     std::uint16_t length = 0;
     UniChar unicode[255];
 };
 
-/// What the Finder keeps of a file.
+/// The first half of a file's Finder information.
 struct FileInfo {
     OSType fileType = 0;
     OSType fileCreator = 0;
@@ -47,33 +47,33 @@ enum : FSCatalogInfoBitmap {
     kFSCatInfoFinderInfo = 0x00000800,
 };
 
-/// The fields that this system asks for.
+/// Only the fields that this system uses.
 struct FSCatalogInfo {
-    std::int16_t volume = 0; ///< the volume's reference number: -100 is the start-up volume, -101 the next
+    std::int16_t volume =
+        0; ///< the volume's reference number: -100 for the start-up volume, then -101, -102, ...
     FileInfo finderInfo;
 };
 
-/// An item's older form of reference.
+/// The older form of a file reference.
 struct FSSpec {
     std::int16_t vRefNum = 0; ///< the volume's reference number
-    std::uint64_t parID = 0;  ///< the number of the folder that holds the item; 1 of what holds a volume
+    std::uint64_t parID = 0;  ///< the inode of the item's folder; 1 for a volume's root
     NSString name;
 };
 
-/// Makes a reference of an existing item. `path` ends with a zero byte and follows links, the last one too,
-/// so the reference is to what a link leads to. -43 when nothing is there, -50 when an argument is missing;
-/// the reference is then empty. `isDirectory` may be null.
+/// Makes a reference to an existing item. `path` ends with a zero byte; links are followed, also at its end.
+/// -43 when nothing is there, -50 when `path` or `reference` is null; the reference is then empty.
+/// `isDirectory` may be null.
 OSStatus FSPathMakeRef(const std::uint8_t* path, FSRef* reference, bool* isDirectory);
 
-/// Gives what `which` asks for; each output may be null, and none is touched on failure. The parent of a
-/// volume's root is the level above the volumes, which has a name and no parent: asked for it, the call gives
-/// an empty reference, for which every call fails (-1401). -1426 where the file system keeps no Finder
-/// information and it was asked for.
+/// Gets the information that `which` names. Each output may be null; a failure leaves them unchanged. The
+/// parent of a volume's root is the top level, whose parent is an empty reference; every call fails for that
+/// (-1401). -1426 when Finder information is requested and the file system has none.
 OSErr FSGetCatalogInfo(const FSRef* reference, FSCatalogInfoBitmap which, FSCatalogInfo* information,
                        HFSUniStr255* outName, FSSpec* specification, FSRef* parent);
 
-/// Sets what `which` names, which may be kFSCatInfoFinderInfo (-50 for anything else). What the Finder keeps
-/// beyond FileInfo stays.
+/// Sets the Finder information; `which` must be kFSCatInfoFinderInfo (else -50). The second half of the
+/// Finder information, which FileInfo does not contain, stays.
 OSErr FSSetCatalogInfo(const FSRef* reference, FSCatalogInfoBitmap which, const FSCatalogInfo* information);
 
 } // namespace kestrine

@@ -18,7 +18,7 @@ FinderAnswer missing(OSErr status, const char16_t* parameter) {
     return failed(status, NSString(u"cannot use the parameter ") + parameter);
 }
 
-/// The path of the item whose comment the direct object is.
+/// The item whose comment is the direct object.
 FoundObject itemOfComment(const AppleEvent& event) {
     AEDesc object;
     const OSErr status = AEGetParamDesc(&event, keyDirectObject, typeWildCard, &object);
@@ -26,7 +26,7 @@ FoundObject itemOfComment(const AppleEvent& event) {
         return FinderError{status, u"cannot use the direct object"};
     const std::optional<FinderProperty> property = propertyOf(object);
     if (!property || property->name != pComment)
-        return FinderError{errAENoSuchObject, u"only comments can be asked for"};
+        return FinderError{errAENoSuchObject, u"the Finder supports no property but the comment"};
     return pathOfObject(property->owner);
 }
 
@@ -52,7 +52,6 @@ FinderAnswer setData(const AppleEvent& event) {
     return set ? FinderAnswer() : failed(finderError(set.failure()));
 }
 
-/// The item that a parameter names.
 FoundObject itemIn(const AppleEvent& event, AEKeyword key, const char16_t* name) {
     AEDesc object;
     const OSErr status = AEGetParamDesc(&event, key, typeWildCard, &object);
@@ -75,7 +74,7 @@ FinderAnswer clone(const AppleEvent& event) {
     return {finderDuplicate({item.path}, folder.path, replaces != 0 ? Replacing::yes : Replacing::no), {}};
 }
 
-/// Views follow the files by themselves.
+/// Nothing to do: no view of the files is cached.
 FinderAnswer update(const AppleEvent&) { return {}; }
 
 struct Handler {

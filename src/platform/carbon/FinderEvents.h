@@ -1,5 +1,4 @@
-// The Finder's door for Apple Events: which ones it handles, and what comes of each. The rules of what is
-// done to files are the Finder's own and the same as for scripts.
+// Handles Apple Events for the Finder. The file operations are the same as for scripts (Finder.h).
 #pragma once
 
 #include "platform/carbon/AEEvents.h"
@@ -20,18 +19,17 @@ inline constexpr AEKeyword keyAEData = fourCharacterCode("data");
 inline constexpr AEKeyword keyAEInsertHere = fourCharacterCode("insh");
 inline constexpr AEKeyword keyASReplacing = fourCharacterCode("alrp");
 
-/// The Finder's property that holds an item's comment.
+/// The property with an item's comment.
 inline constexpr FourCharCode pComment = fourCharacterCode("comt");
 
 struct FinderAnswer {
     FinderOutcome error;
-    AEDesc directObject; ///< a null descriptor when there is nothing to tell
+    AEDesc directObject; ///< a null descriptor when there is no result
 };
 
-/// Handles 'core' 'getd' and 'setd' of an item's comment, 'core' 'clon' of an item into a folder, and 'fndr'
-/// 'fupd', for which there is nothing to do. Error numbers: -1708 for other events, -1701 for a missing
-/// parameter, -1700 for one of the wrong type, -1728 for what is no object that the Finder knows, and those
-/// of the Finder.
+/// Handles 'core' 'getd' and 'setd' for an item's comment, 'core' 'clon' of an item into a folder, and 'fndr'
+/// 'fupd', which does nothing. Errors: -1708 for other events, -1701 for a missing parameter, -1700 for a
+/// parameter of the wrong type, -1728 for an unknown object, and the Finder's errors.
 FinderAnswer answerFinderEvent(const AppleEvent& event);
 
 } // namespace kestrine

@@ -61,12 +61,12 @@ FoundObject pathOfObject(const AEDesc& object) {
         return itemOfAlias(object);
     const std::optional<Specifier> specifier = specifierIn(object);
     if (!specifier)
-        return noSuchObject("this is no object of the Finder");
+        return noSuchObject("the descriptor is not an object of the Finder");
     if (isPositionedAlias(*specifier))
         return itemOfAlias(specifier->keyData);
     const std::optional<AEDesc> name = coerced(specifier->keyData, typeUnicodeText);
     if (!isNamedItem(*specifier) || !name)
-        return noSuchObject("the Finder knows no such object");
+        return noSuchObject("the Finder does not know this kind of object");
     return foundObject(pathOfFinderPath(unicodeTextOf(*name)));
 }
 

@@ -1,4 +1,4 @@
-// From object specifiers to the items and properties that the Finder knows by them.
+// Resolves object specifiers to items and properties of the Finder.
 #pragma once
 
 #include "platform/carbon/AEObjects.h"
@@ -6,7 +6,7 @@
 
 namespace kestrine {
 
-/// A path in bytes, or the error.
+/// A path as a byte string, or an error.
 struct FoundObject {
     FoundObject(FinderError why) : error(std::move(why)) {}
     explicit FoundObject(std::string where) : path(std::move(where)) {}
@@ -15,9 +15,9 @@ struct FoundObject {
     std::string path;
 };
 
-/// The item that is meant by an alias, by an object of class 'alis' whose position is an alias (wherever it
-/// is said to be: an alias knows its place), or by an object of class 'file' or 'cobj' whose name is a Finder
-/// path in the null container. Error -1728 for anything else, and when the item does not exist.
+/// The item of an alias, of an object of class 'alis' whose position is an alias (in any container, because
+/// an alias is absolute), or of an object of class 'file' or 'cobj' whose name is a Finder path in the null
+/// container. -1728 for anything else, and when the item does not exist.
 FoundObject pathOfObject(const AEDesc& object);
 
 /// A property and the object that has it.
@@ -26,7 +26,7 @@ struct FinderProperty {
     AEDesc owner;
 };
 
-/// Nothing when `object` does not specify a property.
+/// Nothing when `object` is not a property.
 std::optional<FinderProperty> propertyOf(const AEDesc& object);
 
 } // namespace kestrine

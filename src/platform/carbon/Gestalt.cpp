@@ -1,11 +1,13 @@
 #include "platform/carbon/Gestalt.h"
 
+#include "platform/carbon/SystemVersion.h"
+
 #include <atomic>
 
 namespace kestrine {
 namespace {
 
-// 10.5.8: the newest system on which both labels and Spotlight's comments work as people expect.
+// 10.5.8: the newest version with which both labels (before 10.6) and Spotlight comments (from 10.5 on) work.
 std::atomic<std::int32_t> systemVersion = 0x1058;
 
 } // namespace

@@ -26,7 +26,7 @@ Result<std::string> nameOfItem(const std::string& folder, const ItemIdentity& id
         if (found && *found == identity)
             return name;
     }
-    return Failure{Reason::notFound, "no item of that number is in " + folder};
+    return Failure{Reason::notFound, "the item is not in " + folder};
 }
 
 } // namespace kestrine

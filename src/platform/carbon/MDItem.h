@@ -1,4 +1,4 @@
-// Spotlight's view of an item: the attributes that are kept about it.
+// Spotlight attributes of an item.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -11,24 +11,25 @@ class MDItem {
 public:
     explicit MDItem(std::string path) : path_(std::move(path)) {}
 
-    /// Bytes.
+    /// A byte string.
     const std::string& path() const { return path_; }
 
 private:
     const std::string path_;
 };
 
-/// Null is no item. Released with its last user.
+/// Null is nil.
 using MDItemRef = std::shared_ptr<const MDItem>;
 
-/// The attribute of the Finder's comment, a text.
+/// The Finder comment, an NSString.
 inline constexpr const char16_t* kMDItemFinderComment = u"kMDItemFinderComment";
 
-/// The item at `path`, following links; null for nil, for a path that cannot be encoded and when nothing is
+/// The item at `path`; links are followed. Null when the path is nil or cannot be encoded, or nothing is
 /// there.
 MDItemRef MDItemCreate(const OptionalString& path);
 
-/// Nil for null, when the item does not have the attribute, and for a name other than the one above.
+/// Only kMDItemFinderComment is supported. Nil for other names, for a null item, and when there is no
+/// comment.
 Object MDItemCopyAttribute(const MDItemRef& item, const NSString& name);
 
 } // namespace kestrine

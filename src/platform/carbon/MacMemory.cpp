@@ -1,5 +1,7 @@
 #include "platform/carbon/MacMemory.h"
 
+#include "platform/carbon/MemoryRefusal.h"
+
 #include <cstddef>
 #include <cstdlib>
 
@@ -11,14 +13,14 @@ thread_local std::optional<OSErr> refusal;
 
 constexpr std::int8_t lockedState = static_cast<std::int8_t>(0x80);
 
-/// Stands before the bytes of a fixed block.
+/// Precedes the bytes of a block.
 struct alignas(std::max_align_t) BlockHeader {
     Size size;
 };
 
 BlockHeader* headerOf(Ptr block) { return reinterpret_cast<BlockHeader*>(block) - 1; }
 
-/// What a handle points to; the address of its first member is the handle.
+/// The handle is the address of the first member.
 struct HandleRecord {
     Ptr block;
     std::int8_t state;
@@ -26,7 +28,7 @@ struct HandleRecord {
 
 HandleRecord* recordOf(Handle handle) { return reinterpret_cast<HandleRecord*>(handle); }
 
-/// Whether the handle can be worked on.
+/// Whether the handle is not null; sets MemError().
 bool isHandle(Handle handle) {
     lastError = handle == nullptr ? nilHandleErr : noErr;
     return handle != nullptr;

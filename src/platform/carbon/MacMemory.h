@@ -1,39 +1,34 @@
-// The Memory Manager: blocks of a known size, fixed ones (Ptr) and ones behind a handle.
+// The Memory Manager: memory blocks that know their size, accessed by pointer (Ptr) or by handle.
 #pragma once
 
 #include "platform/carbon/MacTypes.h"
-
-#include <optional>
 
 namespace kestrine {
 
 using Ptr = char*;
 using Handle = Ptr*;
 
-// Every call leaves its outcome where MemError() finds it, one for each thread.
+// Every function sets MemError() of its thread.
 
-/// A block of zeros that the caller disposes; null when it cannot be had or `size` is negative.
+/// A block of zeros, owned by the caller; null when there is no memory or `size` is negative (-108).
 Ptr NewPtr(Size size);
-/// Null is nothing to dispose.
+/// Null is ignored.
 void DisposePtr(Ptr block);
 /// 0 for null.
 Size GetPtrSize(Ptr block);
 
-/// Likewise, behind a handle.
+/// The same functions for handles.
 Handle NewHandle(Size size);
 void DisposeHandle(Handle handle);
 Size GetHandleSize(Handle handle);
 
-/// A handle's properties; bit 7 says that its block is locked. A null handle has none (-109).
+/// A handle's flags; bit 7 means locked. -109 for a null handle.
 std::int8_t HGetState(Handle handle);
 void HSetState(Handle handle, std::int8_t state);
-/// Blocks never move here, so that locking one only changes its state.
+/// Sets bit 7. Blocks never move, so locking has no other effect.
 void HLock(Handle handle);
 
-/// The outcome of this thread's last call above.
+/// The status of this thread's last call of the functions above.
 OSErr MemError();
-
-/// For tests: while `error` is given, this thread gets no new block and MemError() gives that number.
-void refuseMemory(std::optional<OSErr> error);
 
 } // namespace kestrine

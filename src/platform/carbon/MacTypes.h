@@ -1,4 +1,4 @@
-// The platform's basic types and the status codes that this system names.
+// The platform's basic types and the status codes that this system uses.
 #pragma once
 
 #include "platform/finder/FinderInfo.h"
@@ -34,7 +34,6 @@ enum : OSStatus {
     errAENoSuchObject = -1728,
     coreFoundationUnknownErr = -4960,
     afpAccessDenied = -5000,
-    errAEEventFailed = -10000,
     errAEBuildSyntaxError = -10206,
 };
 

@@ -8,15 +8,15 @@
 namespace kestrine {
 namespace {
 
-constexpr int deepestRecord = 16;
+constexpr int maxDepth = 16;
 constexpr std::size_t codeLength = 4;
 
 bool isCodeCharacter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-/// Each function reads one construct from the present place on; nothing or false after the first failure,
-/// which the outcome then tells.
+/// Each function reads one construct at the current position. It returns nothing or false on failure, with
+/// the error in the outcome.
 class Reader {
 public:
     Reader(std::string_view text, std::span<const AEDesc* const> descriptors, ParameterTextOutcome& outcome)
@@ -42,7 +42,7 @@ private:
             place_++;
     }
 
-    /// Takes the character if it comes next.
+    /// Consumes the character if it is next.
     bool take(char c) {
         skipBlanks();
         if (atEnd() || text_[place_] != c)
@@ -79,7 +79,7 @@ private:
         return codeFrom(rest.substr(0, codeLength));
     }
 
-    /// `missing` says what is wrong when no code comes next.
+    /// `missing` is the error when there is no code.
     std::optional<FourCharCode> readCode(AEBuildErrorCode missing) {
         if (take('\''))
             return readQuotedCode();
@@ -92,7 +92,7 @@ private:
         return codeFrom(text_.substr(start, length));
     }
 
-    /// Behind "(@": its closing parenthesis, and the descriptor that it stands for.
+    /// After "(@".
     std::optional<AEDesc> readDescriptor() {
         if (!expect(')', aeBuildSyntaxNoCloseParen))
             return std::nullopt;
@@ -101,7 +101,7 @@ private:
         return *descriptors_[used_++];
     }
 
-    /// Behind "type(".
+    /// After "type(".
     std::optional<AEDesc> readTypedCode(DescType type) {
         const std::optional<FourCharCode> code = readCode(aeBuildSyntaxBadDesc);
         if (!code || !expect(')', aeBuildSyntaxNoCloseParen))
@@ -109,10 +109,10 @@ private:
         return codeDescriptor(type, *code);
     }
 
-    /// Behind the opening brace.
+    /// After the opening brace.
     std::optional<AEDesc> readRecord(DescType type) {
         AERecord record{type, nullptr};
-        if (++depth_ > deepestRecord)
+        if (++depth_ > maxDepth)
             return fail(aeBuildSyntaxBadDesc), std::nullopt;
         if (!take('}') && (!readFields(record) || !expect('}', aeBuildSyntaxNoCloseBrace)))
             return std::nullopt;

@@ -1,5 +1,4 @@
-// The text that describes an event's parameters, read into a record.
-// The reader is narrow on purpose: it knows the forms that AEBuildAppleEvent() lists and nothing else.
+// Parses the string that describes an event's parameters. It accepts only the syntax in AEBuild.h.
 #pragma once
 
 #include "platform/carbon/AEBuild.h"
@@ -10,13 +9,13 @@
 namespace kestrine {
 
 struct ParameterTextOutcome {
-    OSStatus status =
-        noErr; ///< -10206 with `error`, -50 for a wrong number of descriptors, or that of a field
+    /// -10206 for a syntax error, -50 for a wrong number of descriptors, or the status of putField().
+    OSStatus status = noErr;
     AEBuildError error;
-    AERecord parameters{typeAERecord, nullptr}; ///< what was read before a failure stays in it
+    AERecord parameters{typeAERecord, nullptr}; ///< after a failure the parameters before it
 };
 
-/// Records may be nested 16 deep.
+/// Records can be nested up to 16 levels.
 ParameterTextOutcome readParameterText(std::string_view text, std::span<const AEDesc* const> descriptors);
 
 } // namespace kestrine

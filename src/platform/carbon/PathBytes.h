@@ -1,12 +1,12 @@
-// The bytes of a path for those platform functions that answer nothing, rather than raise, for a text that
-// no file can have as its name.
+// Paths as byte strings, for functions that do not raise when a path cannot be encoded.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
 
 namespace kestrine {
 
-/// Absent for nil, for half a character and for a zero character.
+/// Nothing for nil, and for a path with a zero character or with an unpaired surrogate that stands for no
+/// byte.
 std::optional<std::string> pathBytesOf(const OptionalString& path);
 
 } // namespace kestrine

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::array recordTypes{typeAERecord, typeObjectSpecifier, typeAppleEvent};
 constexpr std::size_t headerSize = 12;
-constexpr std::uint64_t largestRecord = UINT32_MAX;
+constexpr std::uint64_t maxRecordSize = UINT32_MAX;
 
 struct Field {
     AEKeyword key;
@@ -20,7 +20,7 @@ struct Field {
     ByteView data;
 };
 
-/// Takes the first field away from `rest`; nothing when the bytes end too early.
+/// Removes the first field from `rest`; nothing when the bytes end too early.
 std::optional<Field> takeField(ByteView& rest) {
     if (rest.size() < headerSize)
         return std::nullopt;
@@ -66,7 +66,7 @@ OSErr putField(AERecord& record, AEKeyword key, const AEDesc& value) {
     if (!isRecordType(record.descriptorType))
         return errAEWrongDataType;
     ByteView rest = dataOf(record);
-    if (rest.size() + headerSize + dataOf(value).size() > largestRecord)
+    if (rest.size() + headerSize + dataOf(value).size() > maxRecordSize)
         return memFullErr;
     Bytes bytes;
     while (!rest.empty()) {

@@ -1,4 +1,4 @@
-// The platform's status codes for failures of the file side of this system; the Finder has the one table.
+// Failures as status codes, by the table in FinderErrors.h.
 #pragma once
 
 #include "platform/carbon/MacTypes.h"

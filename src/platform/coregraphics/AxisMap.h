@@ -1,4 +1,4 @@
-// AxisMap: where the pixels of a result lie on one axis of the picture it is made from.
+// AxisMap: the positions of the pixels of a result along one axis of its source.
 #pragma once
 
 #include <cmath>
@@ -7,8 +7,8 @@
 namespace kestrine {
 
 /// Pixel i of the result covers [offset + i / scale, offset + (i + 1) / scale) of the source, in source
-/// pixels from the left or top edge. Cropping, mirroring and decoding at a reduced size only edit these three
-/// numbers.
+/// pixels from the left or top edge. Cropping, mirroring and decoding at a reduced size only change these
+/// three numbers.
 struct AxisMap {
     double scale = 1;
     double offset = 0;
@@ -21,20 +21,20 @@ struct AxisMap {
         return scale == 1 && offset == 0 && outSize == sourceSize;
     }
 
-    /// The map that fills `outSize` pixels with the whole of `sourceSize` pixels.
+    /// The map from all `sourceSize` pixels to `outSize` pixels.
     static AxisMap filling(std::uint32_t sourceSize, std::uint32_t outSize) {
         return {static_cast<double>(outSize) / sourceSize, 0, outSize};
     }
 
-    /// The same result read from the other end, for a source of `sourceSize` pixels read from the other end.
+    /// The map for a mirrored result of the mirrored source, which has `sourceSize` pixels.
     AxisMap mirrored(std::uint32_t sourceSize) const {
         return {scale, sourceSize - offset - outSize / scale, outSize};
     }
 
-    /// The map from a source that was decoded at `eighths` eighths of its size.
+    /// The map for the same source decoded at `eighths` eighths of its size.
     AxisMap fromEighths(int eighths) const { return {scale * 8 / eighths, offset * eighths / 8, outSize}; }
 
-    /// Source position of the centre of result pixel i.
+    /// Position in the source of the centre of result pixel i.
     double centre(std::uint32_t i) const { return offset + (i + 0.5) / scale; }
 };
 

@@ -1,7 +1,8 @@
-// Grey and RGB rows into another RGB space. Profiles of curves and a matrix, which nearly all are, go by our
-// tables: exact, and ready at once; for the others the colour library computes every pixel without its
-// shortcuts, which would be off by many levels where colours lie outside that space. A null profile means
-// sRGB, as the source's and as the target's.
+// Converts grey and RGB rows to another RGB space. Nearly all profiles have curves and a matrix; for these
+// our own tables are exact and need no preparation. For all other profiles the colour library computes every
+// pixel without its optimisations, which would be wrong by many levels for colours outside the target space.
+// A null profile means sRGB, for the source and for the target.
+
 #include "platform/coregraphics/ColorConversion.h"
 
 #include "platform/coregraphics/ColorManagement.h"
@@ -25,8 +26,7 @@ public:
           row_(input_->format().bytesPerRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (Result<void> done = input_->readRow(row_); !done)
-            return done;
+        TRY(input_->readRow(row_));
         conversion_(row_.data(), row.data(), format().width);
         return {};
     }
@@ -37,7 +37,7 @@ private:
     Bytes row_;
 };
 
-/// From light of a profile's red, green and blue to that of another's: matrix[to][from].
+/// Converts linear light between the primaries of two profiles: matrix[to][from].
 template <class Number>
 using Matrix = std::array<std::array<Number, 3>, 3>;
 
@@ -57,7 +57,7 @@ Matrix<double> inverse(const Matrix<double>& m) {
     return result;
 }
 
-/// The product as floats, for pixels.
+/// The product, in single precision for use with pixels.
 Matrix<float> product(const Matrix<double>& a, const Matrix<double>& b) {
     Matrix<float> result;
     for (std::size_t row = 0; row < 3; ++row)
@@ -67,7 +67,7 @@ Matrix<float> product(const Matrix<double>& a, const Matrix<double>& b) {
     return result;
 }
 
-/// The colours (CIE XYZ under D50) of a profile's primaries, as columns; nothing when it converts by a table.
+/// The primaries of a profile (CIE XYZ under D50) as columns; nothing if it converts by a table.
 std::optional<Matrix<double>> primaries(const ColorProfile& profile) {
     const ContextHandle context = makeContext();
     const ProfileHandle handle = openPictureProfile(context, profile.bytes(), cmsSigRgbData);
@@ -90,9 +90,9 @@ bool isGrayTable(const ColorProfile& profile) {
     return !handle || convertsByTable(handle);
 }
 
-/// What turns light of the profile's colours into that of the target's (an RGB profile that we made), when
-/// the profile is no more than curves (which start from black; else its black would have to be compensated)
-/// and, for RGB, a matrix.
+/// Converts light of the profile's primaries to light of those of `target`, an RGB profile that we made.
+/// Nothing if the profile has more than curves and, for RGB, a matrix, or if a curve does not start at 0,
+/// since black would then need compensation.
 std::optional<Matrix<float>> lightMatrix(const ColorProfile& profile, const ColorProfile& target) {
     const auto curves = plainToneCurves(profile);
     if (!curves || !std::ranges::all_of(*curves, [](const ToneCurve& curve) { return curve.light(0) == 0; }))
@@ -109,7 +109,7 @@ std::optional<Matrix<float>> lightMatrix(const ColorProfile& profile, const Colo
 std::span<const float> lightTable(const ToneTable& table, std::uint8_t) { return table.light8; }
 std::span<const float> lightTable(const ToneTable& table, std::uint16_t) { return table.light16(); }
 
-/// Light (any float) to stored codes by the tables of one curve.
+/// Converts light (any float) to stored codes with the tables of one curve.
 template <class Sample>
 class Encoder;
 
@@ -147,7 +147,7 @@ private:
     std::span<const float> fractions_;
 };
 
-/// Pixels by way of light.
+/// Converts pixels to light, applies the matrix, and encodes the result.
 template <class Sample>
 class LightConversion {
 public:
@@ -199,7 +199,7 @@ Conversion conversionByLight(const RowFormat& format, const ColorProfile* profil
     return LightConversion<std::uint16_t>(format, std::move(from), std::move(to), matrix);
 }
 
-/// Null when the library cannot do it.
+/// Null if the colour library cannot use the profile.
 Conversion conversionByLibrary(const RowFormat& format, const ColorProfile& profile,
                                const ColorProfile& target) {
     const bool isGray = format.model == ColorModel::gray;
@@ -214,9 +214,9 @@ Conversion conversionByLibrary(const RowFormat& format, const ColorProfile& prof
     };
 }
 
-/// Null when the profile cannot be used after all.
+/// Null if the profile cannot be used.
 Conversion conversionInto(const ColorProfile* target, const RowFormat& format, const ColorProfile* profile) {
-    // Grey without a profile has sRGB's curve, and light that every RGB space has.
+    // Grey without a profile has the tone curve of sRGB; neutral light is the same in every RGB space.
     if (!profile && format.model == ColorModel::gray)
         return conversionByLight(format, nullptr, target, unchanged);
     const ColorProfile from = profile ? *profile : ColorProfile::sRGB();

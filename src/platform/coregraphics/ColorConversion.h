@@ -1,4 +1,4 @@
-// Rows of one colour space turned into another.
+// Converts rows between colour spaces.
 #pragma once
 
 #include "platform/coregraphics/ColorProfile.h"
@@ -8,26 +8,27 @@
 
 namespace kestrine {
 
-/// Samples that are neither grey nor RGB, as a few formats store them.
+/// Colour models other than grey and RGB that some formats store.
 enum class ForeignModel : std::uint8_t { cmyk, cmykInverted, lab };
 
-/// Turns `pixels` pixels of a foreign model into sRGB. One converter serves one thread.
+/// Converts pixels of a foreign model to sRGB. One thread at a time.
 class ForeignConverter {
 public:
-    /// `icc` is the picture's own profile, used when it is one for this model; else CMYK is taken as
-    /// the plain complement of RGB. `depth` is that of source and result alike. `extraChannels` samples
-    /// (0 or 1) behind each source pixel are alpha and are copied.
+    /// `icc` is the profile of the picture. If it is not valid for this model, CMYK is taken as the
+    /// complement of RGB, and Lab as CIE L*a*b* under D50. `depth` is that of the source and of the result.
+    /// With `alpha` each pixel has an alpha sample after the others, which is copied.
     static std::unique_ptr<ForeignConverter> create(ForeignModel model, SampleDepth depth, bool alpha,
                                                     ByteView icc);
     virtual ~ForeignConverter() = default;
+    /// Converts `pixels` pixels. The buffers must not overlap.
     virtual void convert(const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) = 0;
 };
 
-/// `rows` (grey or RGB, with the given profile) as sRGB of the same depth; alpha is kept, grey becomes RGB.
-/// nullptr as profile means that the rows are sRGB already.
+/// `rows` (grey or RGB, with the given profile) as sRGB with the same depth and alpha. Grey becomes RGB. If
+/// `profile` is null, the rows are sRGB already, or grey with the tone curve of sRGB.
 RowSourcePointer rowsInSRGB(RowSourcePointer rows, const ColorProfile* profile);
 
-/// The same as generic RGB, with 8 bits and an alpha of their own.
+/// The same as generic RGB with 8 bits and alpha, which is opaque if `rows` have none.
 RowSourcePointer rowsInGenericRGBA(RowSourcePointer rows, const ColorProfile* profile);
 
 } // namespace kestrine

@@ -11,24 +11,24 @@ namespace kestrine {
 
 namespace {
 
-/// Profiles of printers reach a few megabytes; beyond this something is wrong.
+/// Profiles of printers have a few megabytes; larger ones are refused.
 constexpr std::size_t maximumProfileSize = std::size_t{16} << 20;
-/// The header (128 bytes) and the number of tags.
+/// In bytes: the header and the number of tags.
 constexpr std::size_t minimumProfileSize = 128 + 4;
 
 constexpr std::array<std::uint32_t, 4> pictureClasses = {cmsSigInputClass, cmsSigDisplayClass,
                                                          cmsSigOutputClass, cmsSigColorSpaceClass};
 constexpr std::array<std::uint32_t, 2> connectionSpaces = {cmsSigXYZData, cmsSigLabData};
 
-/// The tables from the picture's colours to neutral ones, in the order in which a relative colorimetric
-/// conversion takes the first that is there.
+/// The tags of tables from the picture's colours to the connection space. A relative colorimetric conversion
+/// uses the first one that exists.
 constexpr std::array tableTags = {cmsSigDToB1Tag, cmsSigAToB1Tag, cmsSigAToB0Tag};
 
 constexpr std::array grayCurves = {cmsSigGrayTRCTag};
 constexpr std::array colorCurves = {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
 constexpr std::array primaryTags = {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
 
-/// Read from the bytes, since the library hands out whatever stands there as a value of an enumeration.
+/// Reads the bytes directly because the library returns unknown values as values of an enumeration.
 bool hasFittingHeader(ByteView profile, cmsColorSpaceSignature space) {
     constexpr std::size_t deviceClass = 12;
     constexpr std::size_t colorSpace = 16;

@@ -1,6 +1,5 @@
-// ColorManagement: the colour library's objects as handles, for the sources of this folder only. Every use
-// has its own context, which stays silent, so that nothing is shared between threads and nothing is ever
-// printed.
+// ColorManagement: handles for the objects of Little CMS ("the colour library"), for this folder only. Every
+// use has its own context, so that threads share nothing. Contexts never print messages.
 #pragma once
 
 #include "platform/coregraphics/ColorProfile.h"
@@ -21,41 +20,40 @@ struct ProfileDeleter {
 struct TransformDeleter {
     void operator()(cmsHTRANSFORM transform) const { cmsDeleteTransform(transform); }
 };
-/// Whatever is made in a context must go before it: declare the context first.
+/// Objects made in a context must be destroyed before it, so declare the context first.
 using ContextHandle = std::unique_ptr<std::remove_pointer_t<cmsContext>, ContextDeleter>;
 using ProfileHandle = std::unique_ptr<void, ProfileDeleter>;
 using TransformHandle = std::unique_ptr<void, TransformDeleter>;
 
-/// A silent context. Throws std::bad_alloc when there is no memory for it.
+/// A context that prints nothing. Throws std::bad_alloc if there is not enough memory.
 ContextHandle makeContext();
 
-/// The profile in `icc` when it is one for pictures of colour space `space` and a conversion can be made of
-/// it; else null.
+/// The profile in `icc`; null if it is not a profile for pictures in colour space `space`, or if no
+/// conversion can use it.
 ProfileHandle openPictureProfile(const ContextHandle& context, ByteView icc, cmsColorSpaceSignature space);
 
-/// How many of `icc`'s bytes are the profile: what its header says. 0 when that cannot be.
+/// The size of the profile at the start of `icc`, as its header states it; 0 if that is not plausible.
 std::size_t profileSize(ByteView icc);
 
-/// Whether conversions from this profile go through a table of colours rather than curves and a matrix.
+/// Whether conversions from this profile use a table of colours rather than curves and a matrix.
 bool convertsByTable(const ProfileHandle& profile);
 
-/// A tag's bytes as the file holds them; empty when it is not there. Not for tags that the library has read.
+/// The stored bytes of a tag; empty if it is missing. Not for tags that the library has already parsed.
 Bytes rawTag(const ProfileHandle& profile, cmsTagSignature tag);
 
-/// Turns rows of pixels into an RGB space, relative colorimetric with black point compensation: colours that
-/// the space can show stay what the profile says, and its black becomes black. (The perceptual tables of
-/// profiles differ in what they do to every colour, and a profile of curves and a matrix has none.)
+/// Converts pixels to an RGB space, relative colorimetric with black point compensation: colours inside the
+/// space are exactly those of the profile, and its black becomes black. (Perceptual tables would change all
+/// colours, each profile in its own way, and profiles of curves and a matrix have no such tables.)
 class TransformIntoRGB {
 public:
-    /// `icc` is a profile for pictures of `space`; `from` and `to` are pixel formats of the colour library
-    /// with the same number of extra samples, which are copied; `flags` are further ones of its flags;
-    /// `target` is the RGB space. Null when the profile is not fit.
+    /// `icc` is a profile for pictures in `space`. `from` and `to` are pixel formats of the colour library
+    /// with the same number of extra samples, which are copied. `flags` are additional flags of the library.
+    /// `target` is the RGB space. Null if the profile cannot be used.
     static std::unique_ptr<TransformIntoRGB> ofProfile(ByteView icc, cmsColorSpaceSignature space,
                                                        cmsUInt32Number from, cmsUInt32Number to,
                                                        cmsUInt32Number flags,
                                                        const ColorProfile& target = ColorProfile::sRGB());
-    /// The same for colours in CIE L*a*b* under D50, into sRGB. Throws std::bad_alloc when there is no memory
-    /// for it.
+    /// From CIE L*a*b* under D50 to sRGB. Throws std::bad_alloc if there is not enough memory.
     static std::unique_ptr<TransformIntoRGB> ofLab(cmsUInt32Number from, cmsUInt32Number to,
                                                    cmsUInt32Number flags);
 
@@ -71,8 +69,8 @@ private:
     TransformHandle transform_;
 };
 
-/// The colour library's name for `channels` colour samples of `space` (one of its PT_ numbers), with alpha
-/// behind them when `alpha` says so.
+/// The colour library's pixel format with `channels` colour samples of `space` (one of its PT_ constants),
+/// followed by alpha if `alpha`.
 constexpr cmsUInt32Number pixelFormat(unsigned space, unsigned channels, SampleDepth depth, bool alpha) {
     return COLORSPACE_SH(space) | CHANNELS_SH(channels) | EXTRA_SH(alpha ? 1u : 0u)
            | BYTES_SH(static_cast<unsigned>(depth));

@@ -1,4 +1,6 @@
-// The profiles that this system makes have the same bytes in every run: outputs must not depend on the day.
+// The profiles that this system makes have the same bytes in every run, so that output files do not depend on
+// the date.
+
 #include "platform/coregraphics/ColorProfile.h"
 
 #include "platform/coregraphics/ColorManagement.h"
@@ -21,11 +23,12 @@ struct DescriptionDeleter {
 };
 using DescriptionHandle = std::unique_ptr<cmsMLU, DescriptionDeleter>;
 
-/// Versions of the profile format: one that every reader knows, and one with exact formulas for curves.
+/// Versions of the profile format: one that every reader supports, and one that stores exact formulas of
+/// curves.
 constexpr double oldVersion = 2.1;
 constexpr double newVersion = 4.3;
 
-/// Exponents from which a picture could come; outside, the curve is next to a step.
+/// The range of plausible exponents; outside, the curve is nearly a step.
 constexpr double minimumGamma = 0.1;
 constexpr double maximumGamma = 10;
 
@@ -40,9 +43,9 @@ double turn(Chromaticities::Point a, Chromaticities::Point b, Chromaticities::Po
     return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
 }
 
-/// Whether the white is one that a light source could have (from candle to blue sky, with room), no primary
-/// is further out than imaginary ones are, and the white lies inside their triangle: only then is it a sum of
-/// positive amounts of them. NaN is not plausible.
+/// Whether the white could be that of a light source (from candle to blue sky, with some margin), the
+/// primaries are no farther out than usual imaginary ones, and the white lies inside their triangle, so that
+/// it is a sum of positive amounts of them. NaN is not plausible.
 bool isPlausible(const Chromaticities& c) {
     const auto isNear = [](Chromaticities::Point p) { return std::abs(p.x) <= 2 && std::abs(p.y) <= 2; };
     const bool isLight = c.white.x >= 0.2 && c.white.x <= 0.6 && c.white.y >= 0.2 && c.white.y <= 0.5;
@@ -73,7 +76,7 @@ void describe(const ContextHandle& context, const ProfileHandle& profile, const 
         throw std::bad_alloc();
 }
 
-/// The header says when and for what kind of machine a profile was made: always the same.
+/// Sets the date and the platform in the header to constants.
 void fixHeader(Bytes& profile) {
     constexpr std::size_t creationDate = 24;
     constexpr std::size_t platform = 40;
@@ -82,7 +85,7 @@ void fixHeader(Bytes& profile) {
     std::fill_n(profile.begin() + platform, 4, std::uint8_t{0});
 }
 
-/// The profile as stored in files; empty when its numbers do not fit into one.
+/// The bytes of the profile; null if its numbers cannot be stored.
 std::shared_ptr<const Bytes> save(const ProfileHandle& profile) {
     cmsUInt32Number size = 0;
     if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size))
@@ -94,7 +97,7 @@ std::shared_ptr<const Bytes> save(const ProfileHandle& profile) {
     return std::make_shared<const Bytes>(std::move(bytes));
 }
 
-/// The old version holds exponents in whole 256ths only.
+/// The old version stores exponents only in whole 256ths.
 double versionForGamma(double gamma) {
     return gamma * 256 == std::floor(gamma * 256) ? oldVersion : newVersion;
 }
@@ -114,7 +117,7 @@ std::shared_ptr<const Bytes> gammaProfile(double gamma, const Chromaticities& pr
 }
 
 std::shared_ptr<const Bytes> sRGBProfile() {
-    constexpr int linearThenPower = 4; // y = (a x + b) ^ g from x = d on, c x below
+    constexpr int linearThenPower = 4; // y = (a x + b) ^ g for x >= d, otherwise c x
     constexpr double parameters[] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
     const ContextHandle context = makeContext();
     const CurveHandle curve(cmsBuildParametricToneCurve(context.get(), linearThenPower, parameters));
@@ -128,7 +131,7 @@ std::shared_ptr<const Bytes> sRGBProfile() {
     return save(profile);
 }
 
-/// For the profiles that can only fail for lack of memory.
+/// For profiles that can fail only for lack of memory.
 std::shared_ptr<const Bytes> required(std::shared_ptr<const Bytes> bytes) {
     return bytes ? bytes : throw std::bad_alloc();
 }

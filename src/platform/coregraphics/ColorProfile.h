@@ -1,4 +1,4 @@
-// ColorProfile: an ICC profile that fits the pixels it comes with, and its tone curves.
+// ColorProfile: a valid ICC profile for grey or RGB pixels.
 #pragma once
 
 #include "platform/coregraphics/RowFormat.h"
@@ -23,19 +23,19 @@ struct Chromaticities {
 /// The primaries of sRGB (IEC 61966-2-1).
 extern const Chromaticities sRGBChromaticities;
 
-/// A shared handle on the profile's bytes. Immutable; safe to use from several threads.
+/// A shared handle to the bytes of a profile. Immutable; any thread.
 class ColorProfile {
 public:
-    /// The profile in `icc`, or nothing when it is broken, too large or not made for pixels of `model`.
+    /// The profile in `icc`; nothing if it is invalid, larger than 16 MiB or not made for pixels of `model`.
     static std::optional<ColorProfile> fromICC(ByteView icc, ColorModel model);
-    /// An RGB (or, for grey, a grey) profile with a pure power curve of exponent `gamma`.
+    /// A profile for `model` with a power curve of exponent `gamma`; nothing if the numbers are not
+    /// plausible.
     static std::optional<ColorProfile> fromGamma(double gamma, const Chromaticities& primaries,
                                                  ColorModel model);
     static ColorProfile sRGB();
-    /// The space that cameras mark as "Adobe RGB" in EXIF: its published primaries, gamma 563/256.
+    /// The space that cameras name "Adobe RGB" in EXIF, with the published primaries and gamma 563/256.
     static ColorProfile adobeRGB();
-    /// The platform's colours for no device in particular: the P22 phosphors of European monitors under
-    /// daylight (D65), gamma 1.8.
+    /// The platform's device-independent RGB: the P22 phosphors of European monitors, white D65, gamma 1.8.
     static ColorProfile genericRGB();
 
     ByteView bytes() const { return *bytes_; }

@@ -9,7 +9,7 @@ namespace kestrine {
 
 namespace {
 
-/// Rows that are used over and over, so that nothing is allocated while rows flow.
+/// Reuses rows, so that no memory is allocated for each row.
 class RowPool {
 public:
     explicit RowPool(std::size_t size) : size_(size) {}
@@ -28,8 +28,8 @@ private:
     std::vector<FloatRow> free_;
 };
 
-/// One sum for every result row that has begun and not ended. Source rows are added a few at a time, since
-/// reading and writing the sums is what costs.
+/// Keeps one sum for every result row that has begun and is not complete. Source rows are added several at a
+/// time because reading and writing the sums takes most of the time.
 class ReducingColumns final : public ColumnFilter {
 public:
     ReducingColumns(FilterWeights weights, std::size_t samples, std::size_t padding)
@@ -74,13 +74,13 @@ private:
             for (std::uint32_t source = first; source < nextSource_; ++source)
                 factors_.push_back(weights_.weightOf(source, result));
         }
-        std::array<const float*, kernels::mostRowsAdded> rows{};
+        std::array<const float*, kernels::maxRowsAdded> rows{};
         std::ranges::transform(waiting_, rows.begin(), [](const FloatRow& row) { return row.data(); });
         kernels::addWeightedRows(targets_, factors_.data(), std::span(rows).first(count), samples_);
         waitingCount_ = 0;
     }
 
-    /// Of every result that takes from a source row that has come.
+    /// Begins the sums of all results that use a source row up to nextSource_.
     void beginSums() {
         while (nextResult_ + sums_.size() < weights_.outSize()
                && weights_.first(static_cast<std::uint32_t>(nextResult_ + sums_.size())) < nextSource_) {
@@ -92,16 +92,16 @@ private:
     const FilterWeights weights_;
     const std::size_t samples_;
     RowPool pool_;
-    std::array<FloatRow, kernels::mostRowsAdded> waiting_; ///< source rows up to nextSource_, not yet added
+    std::array<FloatRow, kernels::maxRowsAdded> waiting_; ///< the last source rows, not yet added
     std::size_t waitingCount_ = 0;
-    std::deque<FloatRow> sums_; ///< of the results from nextResult_ on
+    std::deque<FloatRow> sums_; ///< of results from nextResult_ on
     std::vector<float*> targets_;
     std::vector<float> factors_;
     std::uint32_t nextSource_ = 0;
     std::uint32_t nextResult_ = 0;
 };
 
-/// The source rows that the next result still needs.
+/// Keeps the source rows that the next result needs.
 class EnlargingColumns final : public ColumnFilter {
 public:
     EnlargingColumns(FilterWeights weights, std::size_t samples, std::size_t padding)
@@ -127,9 +127,9 @@ public:
         std::ranges::fill(result, 0.0F);
         float* const target = result.data();
         const std::span<const float> factors = weights_.weights(nextResult_);
-        for (std::size_t t = 0; t < factors.size(); t += kernels::mostRowsAdded) {
-            const std::size_t count = std::min(kernels::mostRowsAdded, factors.size() - t);
-            std::array<const float*, kernels::mostRowsAdded> rows{};
+        for (std::size_t t = 0; t < factors.size(); t += kernels::maxRowsAdded) {
+            const std::size_t count = std::min(kernels::maxRowsAdded, factors.size() - t);
+            std::array<const float*, kernels::maxRowsAdded> rows{};
             for (std::size_t r = 0; r < count; ++r)
                 rows[r] = rows_[t + r].data();
             kernels::addWeightedRows({&target, 1}, &factors[t], std::span(rows).first(count), samples_);
@@ -150,7 +150,7 @@ private:
     const std::size_t samples_;
     RowPool pool_;
     FloatRow incoming_;
-    std::deque<FloatRow> rows_; ///< the source rows up to nextSource_
+    std::deque<FloatRow> rows_; ///< source rows up to nextSource_
     std::uint32_t nextSource_ = 0;
     std::uint32_t nextResult_ = 0;
 };

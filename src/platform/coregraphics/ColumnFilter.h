@@ -1,5 +1,5 @@
-// ColumnFilter: the vertical half of resampling. Source rows go in from the top, filtered rows come out, and
-// no more is held than the rows that are still under way.
+// ColumnFilter: the vertical half of resampling. It takes source rows from the top and gives filtered rows,
+// and holds only the rows that it still needs.
 #pragma once
 
 #include "platform/coregraphics/FilterWeights.h"
@@ -14,21 +14,21 @@ using FloatRow = std::vector<float>;
 
 class ColumnFilter {
 public:
-    /// `samples` floats a row; rows carry `padding` further floats, which are zero.
-    /// Reductions add each source row to the few sums it belongs to; enlargements keep the few source rows
-    /// that the next result needs. Either way memory does not grow with the picture's height.
+    /// `samples` is the number of floats per row. Result rows have `padding` additional floats, which are
+    /// zero. A reduction adds each source row to the sums that use it; an enlargement keeps the source rows
+    /// that the next result needs. In both cases memory does not depend on the height of the picture.
     static std::unique_ptr<ColumnFilter> create(FilterWeights weights, std::size_t samples,
                                                 std::size_t padding);
     virtual ~ColumnFilter() = default;
 
-    /// Whether the next result row needs another source row first.
+    /// Whether the next result row needs another source row.
     virtual bool needsRow() const = 0;
-    /// Where to write the next source row (`samples` floats); then call rowAdded().
+    /// Where to write the next source row, `samples` floats. Call rowAdded() afterwards.
     virtual float* rowToFill() = 0;
     virtual void rowAdded() = 0;
-    /// The next result row. Only when !needsRow().
+    /// The next result row. Requires !needsRow().
     virtual FloatRow takeRow() = 0;
-    /// Takes back what takeRow() gave, to be filled again.
+    /// Returns a row of takeRow() for reuse.
     virtual void giveBack(FloatRow row) = 0;
 };
 

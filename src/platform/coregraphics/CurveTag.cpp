@@ -9,14 +9,14 @@ namespace kestrine {
 
 namespace {
 
-constexpr std::size_t contentOffset = 8; // behind the type's signature and four reserved bytes
+constexpr std::size_t contentOffset = 8; // after the type signature and four reserved bytes
 
 bool hasType(ByteView tag, std::string_view type) {
     return tag.size() >= contentOffset + 4 && std::equal(type.begin(), type.end(), tag.begin());
 }
 
-/// A number of samples, and the samples; none at all means no curve, and a single one is an exponent in
-/// 256ths.
+/// Reads the number of samples and the samples. No samples stand for the identity, and a single one is an
+/// exponent in 256ths.
 std::optional<CurveTag> parseSamples(ByteView tag) {
     const std::size_t count = bigEndian32(tag, contentOffset);
     const ByteView content = tag.subspan(contentOffset + 4);
@@ -32,7 +32,7 @@ std::optional<CurveTag> parseSamples(ByteView tag) {
     return samples;
 }
 
-/// A number of the formula, and its parameters as signed 65536ths.
+/// Reads the number of the formula and its parameters, which are signed and in 65536ths.
 std::optional<CurveTag> parseFormula(ByteView tag) {
     constexpr std::array<std::size_t, 5> parameterCounts = {1, 3, 4, 5, 7};
     const std::size_t function = bigEndian16(tag, contentOffset);

@@ -15,8 +15,8 @@ double supportOf(ResampleFilter filter) { return filter == ResampleFilter::lancz
 
 double triangle(double x) { return std::max(0.0, 1 - std::abs(x)); }
 
-/// sinc(x) sinc(x / 3), where `sine` is that of a = pi x / 3: since sin 3a = 3 sin a - 4 sin^3 a, the other
-/// sine is not needed.
+/// sinc(x) sinc(x / 3), where `sine` = sin a and a = pi x / 3. The other sine is sin 3a = 3 sin a - 4 sin^3
+/// a.
 double lanczos(double x, double sine) {
     if (std::abs(x) >= lanczosLobes)
         return 0;
@@ -25,8 +25,8 @@ double lanczos(double x, double sine) {
     return ratio * ratio * (1 - sine * sine * (4.0 / 3));
 }
 
-/// The filter at x, x + step, x + 2 step, .. One sine serves for all: the next is found by turning on. Its
-/// error grows by about 1e-16 a step.
+/// Computes the filter at x, x + step, x + 2 step, ... Each sine follows from the previous one by a rotation,
+/// which adds an error of about 1e-16 per step.
 class FilterValues {
 public:
     FilterValues(ResampleFilter filter, double step)
@@ -68,13 +68,13 @@ FilterWeights::FilterWeights(ResampleFilter filter, const AxisMap& map, std::uin
     start_.push_back(0);
     for (std::uint32_t i = 0; i < map.outSize; ++i) {
         const double centre = map.centre(i);
-        // Source pixels whose centres lie within the support; at its very ends the filter is 0.
+        // Source pixels whose centres lie inside the support. At its ends the filter is 0.
         const double from = std::clamp(std::floor(centre - support - 0.5) + 1, 0.0, last);
         const double to = std::clamp(std::ceil(centre + support - 0.5) - 1, from, last);
         taps.clear();
         values.append((from + 0.5 - centre) / stretch, static_cast<std::size_t>(to - from) + 1, taps);
         const double sum = std::accumulate(taps.begin(), taps.end(), 0.0);
-        if (std::abs(sum) < 1e-6) // centred beyond an edge: that edge's pixel stands for it
+        if (std::abs(sum) < 1e-6) // centred outside the source: use the pixel at the edge
             taps.assign(1, 1.0);
         else
             std::ranges::for_each(taps, [&](double& tap) { tap /= sum; });

@@ -1,4 +1,4 @@
-// FilterWeights: for every pixel of a result axis, which source pixels it takes and how much of each.
+// FilterWeights: the source pixels and their weights for every result pixel along one axis.
 #pragma once
 
 #include "platform/coregraphics/AxisMap.h"
@@ -11,14 +11,14 @@
 namespace kestrine {
 
 enum class ResampleFilter : std::uint8_t {
-    lanczos,  ///< three lobes, widened with the reduction
-    triangle, ///< linear interpolation, widened with the reduction
+    lanczos,  ///< three lobes, widened for reductions
+    triangle, ///< linear interpolation, widened for reductions
 };
 
 class FilterWeights {
 public:
-    /// `sourceSize` >= 1. Weights are worked out in double precision, kept in single, and sum to 1; what
-    /// would lie outside the source is left out.
+    /// `sourceSize` >= 1. Weights are computed in double precision and stored in single precision. Source
+    /// pixels outside the source are left out, and the weights of each result sum to 1.
     FilterWeights(ResampleFilter filter, const AxisMap& map, std::uint32_t sourceSize);
 
     std::uint32_t outSize() const { return static_cast<std::uint32_t>(first_.size()); }
@@ -34,7 +34,7 @@ public:
         return first_[i] + static_cast<std::uint32_t>(weights(i).size());
     }
 
-    /// How much result pixel i takes of that source pixel; 0 beside those it uses.
+    /// The weight of source pixel `source` in result pixel i; 0 if it is not used.
     float weightOf(std::uint32_t source, std::uint32_t i) const {
         return source < first(i) || source >= end(i) ? 0.0F : weights(i)[source - first(i)];
     }

@@ -10,7 +10,7 @@ namespace kestrine {
 
 namespace {
 
-/// What is handed on at a time. Rows that were used stay in their batch until it is filled again.
+/// The rows of one call of next(). They stay here until the batch is filled again.
 using Batch = std::vector<FloatRow>;
 
 class Filtering {
@@ -27,9 +27,8 @@ public:
         for (FloatRow& row : batch)
             columns_->giveBack(std::move(row));
         batch.clear();
-        for (std::size_t wanted = std::min(kernels::mostRowsWeighed, rowsLeft_); wanted > 0; --wanted) {
-            if (Result<void> read = readColumns(); !read)
-                return read;
+        for (std::size_t wanted = std::min(kernels::maxRowsWeighed, rowsLeft_); wanted > 0; --wanted) {
+            TRY(readColumns());
             batch.push_back(columns_->takeRow());
         }
         rowsLeft_ -= batch.size();
@@ -37,11 +36,10 @@ public:
     }
 
 private:
-    /// Reads what the next row of columns_ needs.
+    /// Reads the rows that the next result of columns_ needs.
     Result<void> readColumns() {
         while (columns_->needsRow()) {
-            if (Result<void> read = input_->readRow(samples_); !read)
-                return read;
+            TRY(input_->readRow(samples_));
             conversion_.toFloats(samples_.data(), columns_->rowToFill());
             columns_->rowAdded();
         }
@@ -73,7 +71,8 @@ class FilteredAhead final : public FilteredRows {
 public:
     explicit FilteredAhead(std::unique_ptr<Filtering> filtering) : filtering_(std::move(filtering)) {}
 
-    /// Whether the system had a thread for it; if not, takeFiltering() is all that is left to do.
+    /// Starts the second thread. Returns false if the system cannot start one; then only takeFiltering() may
+    /// be called.
     bool start() {
         return slots_.start([this](Slot& slot) { return fill(slot); });
     }
@@ -97,8 +96,8 @@ private:
         return !slot.interruption && filtering_->rowsLeft() > 0;
     }
 
-    std::unique_ptr<Filtering> filtering_; ///< of the second thread
-    SlotsAhead<Slot, 3> slots_;            ///< one in each thread's hands, one between them
+    std::unique_ptr<Filtering> filtering_; ///< used by the second thread
+    SlotsAhead<Slot, 3> slots_;            ///< one for each thread, and one in between
 };
 
 } // namespace

@@ -1,5 +1,5 @@
-// FilteredRows: the vertical half of resampling with all that comes before it: rows of samples in, rows of
-// floats out, several at a time.
+// FilteredRows: converts rows of samples to floats and filters them vertically; delivers several rows at a
+// time.
 #pragma once
 
 #include "platform/coregraphics/ColumnFilter.h"
@@ -10,15 +10,15 @@ namespace kestrine {
 
 class FilteredRows {
 public:
-    /// On a thread of its own where that pays: where one is to be had (see RowsAhead) and `input` itself is
-    /// not read ahead. `conversion` must outlive the result; only its toFloats() is used.
+    /// Works on a second thread if usefulThreads() allows it and `input` is not read ahead by another thread.
+    /// `conversion` must outlive the result; only its toFloats() is used.
     static std::unique_ptr<FilteredRows> create(RowSourcePointer input, const SampleConversion& conversion,
                                                 FilterWeights weights);
     virtual ~FilteredRows() = default;
 
-    /// The next rows: kernels::mostRowsWeighed, fewer only at the bottom. Each has the samples of an input
-    /// row and kernels::rowPadding floats behind them. Valid until the next call; not to be called behind the
-    /// bottom or after a failure.
+    /// The next kernels::maxRowsWeighed rows, fewer only at the bottom. Each row has the samples of an input
+    /// row and kernels::rowPadding more floats. Valid until the next call. Must not be called after the last
+    /// row or after a failure.
     virtual Result<std::span<const FloatRow>> next() = 0;
 };
 

@@ -1,4 +1,5 @@
-// CMYK and Lab rows into sRGB, row by row as decoders deliver them.
+// Converts rows of CMYK and Lab pixels to sRGB.
+
 #include "platform/coregraphics/ColorConversion.h"
 
 #include "platform/coregraphics/ColorManagement.h"
@@ -11,7 +12,8 @@ namespace kestrine {
 
 namespace {
 
-/// R = (1 - C) (1 - K) and so on, rounded. `isInverted` says that samples are the complements already.
+/// R = (1 - C) (1 - K), and likewise G and B, rounded. If `isInverted`, the samples are the complements
+/// already.
 template <class Sample>
 class ComplementConverter final : public ForeignConverter {
 public:
@@ -32,7 +34,7 @@ public:
 private:
     static constexpr std::uint32_t maximum = std::numeric_limits<Sample>::max();
 
-    /// The product of two samples as shares of the maximum. It fits: 65535 * 65535 + 32767 < 2^32.
+    /// a * b / maximum, rounded. Does not overflow: 65535 * 65535 + 32767 < 2^32.
     static Sample times(std::uint32_t a, std::uint32_t b) {
         return static_cast<Sample>((a * b + maximum / 2) / maximum);
     }
@@ -41,7 +43,7 @@ private:
     const bool alpha_;
 };
 
-/// CMYK through its profile.
+/// Converts CMYK by its profile.
 class InkConverter final : public ForeignConverter {
 public:
     explicit InkConverter(std::unique_ptr<TransformIntoRGB> transform) : transform_(std::move(transform)) {}
@@ -54,8 +56,9 @@ private:
     const std::unique_ptr<TransformIntoRGB> transform_;
 };
 
-/// TIFF stores a* and b* as signed numbers (16 bits: in 256ths), the colour library takes them shifted by 128
-/// (16 bits: in 257ths, so that 127 is the largest). L* is full scale in both.
+/// Converts a* or b*. TIFF stores them as signed numbers (with 16 bits in 256ths); the colour library expects
+/// them with an offset of 128 (with 16 bits in 257ths, so that the maximum is 127). L* has the same range in
+/// both.
 std::uint8_t shifted(std::uint8_t sample) { return sample ^ 0x80; }
 std::uint16_t shifted(std::uint16_t sample) {
     const std::uint32_t in256ths = sample ^ 0x8000u;
@@ -88,8 +91,8 @@ template <class Sample>
 std::unique_ptr<ForeignConverter> inkConverter(bool isInverted, SampleDepth depth, bool alpha, ByteView icc) {
     const auto from = pixelFormat(PT_CMYK, 4, depth, alpha) | FLAVOR_SH(isInverted ? 1u : 0u);
     const auto to = pixelFormat(PT_RGB, 3, depth, alpha);
-    // The library may make itself a table in advance (25 ms, then 42 ns a pixel instead of 250): print
-    // profiles are coarse tables themselves, and their pictures large.
+    // The library may prepare a table (25 ms, then 42 ns instead of 250 ns per pixel): profiles of printers
+    // are coarse tables themselves, and their pictures are large.
     constexpr cmsUInt32Number flags = 0;
     if (auto transform = TransformIntoRGB::ofProfile(icc, cmsSigCmykData, from, to, flags))
         return std::make_unique<InkConverter>(std::move(transform));
@@ -100,7 +103,8 @@ template <class Sample>
 std::unique_ptr<ForeignConverter> labConverter(SampleDepth depth, bool alpha, ByteView icc) {
     const auto from = pixelFormat(PT_Lab, 3, depth, alpha);
     const auto to = pixelFormat(PT_RGB, 3, depth, alpha);
-    constexpr cmsUInt32Number flags = cmsFLAGS_NOOPTIMIZE; // a table would be off by up to 50 levels
+    // A prepared table would be wrong by up to 50 levels.
+    constexpr cmsUInt32Number flags = cmsFLAGS_NOOPTIMIZE;
     auto transform = TransformIntoRGB::ofProfile(icc, cmsSigLabData, from, to, flags);
     if (!transform)
         transform = TransformIntoRGB::ofLab(from, to, flags);

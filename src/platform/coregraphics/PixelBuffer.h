@@ -1,4 +1,4 @@
-// PixelBuffer: a whole picture in memory, for the few places that need one.
+// PixelBuffer: a whole picture in memory.
 #pragma once
 
 #include "platform/coregraphics/RowSource.h"
@@ -21,10 +21,10 @@ struct PixelBuffer {
     }
 };
 
-/// Reads all rows; tooLarge for a picture over maximumBufferedBytes.
+/// Reads all rows. Fails with reason "tooLarge" for pictures over maximumBufferedBytes.
 Result<PixelBuffer> readAllRows(RowSource& rows);
 
-/// The rows of `pixels`, which is shared and stays unchanged.
+/// The rows of `pixels`, which are shared and not changed.
 RowSourcePointer rowsOfPixels(std::shared_ptr<const PixelBuffer> pixels);
 
 } // namespace kestrine

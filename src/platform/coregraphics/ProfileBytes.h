@@ -1,5 +1,5 @@
-// ProfileBytes: the numbers in ICC profiles, which are all big-endian. The caller has checked that they are
-// there.
+// ProfileBytes: reads the numbers in ICC profiles, which are big-endian. The caller must check that they
+// exist.
 #pragma once
 
 #include "platform/host/BigEndian.h"

@@ -16,8 +16,7 @@ RowFormat resampledFormat(RowFormat format, const Resampling& resampling, Sample
     return format;
 }
 
-/// Vertical first, so that the horizontal filter runs only on rows that come out; that one takes several rows
-/// at once.
+/// Filters vertically first, so that the horizontal filter handles only rows of the result, several at once.
 class ResampledRows final : public RowSource {
 public:
     ResampledRows(RowSourcePointer input, const Resampling& resampling, const ColorProfile* profile,
@@ -33,8 +32,7 @@ public:
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (nextResult_ == resultCount_)
-            if (Result<void> made = makeResults(); !made)
-                return made;
+            TRY(makeResults());
         conversion_.toSamples(results_[nextResult_++].data(), format().width, row.data());
         return {};
     }
@@ -43,8 +41,8 @@ private:
     Result<void> makeResults() {
         const std::span<const FloatRow> filtered = TRY(filtered_->next());
         resultCount_ = filtered.size();
-        std::array<const float*, kernels::mostRowsWeighed> from{};
-        std::array<float*, kernels::mostRowsWeighed> to{};
+        std::array<const float*, kernels::maxRowsWeighed> from{};
+        std::array<float*, kernels::maxRowsWeighed> to{};
         for (std::size_t r = 0; r < resultCount_; ++r) {
             from[r] = filtered[r].data();
             to[r] = results_[r].data();
@@ -57,9 +55,9 @@ private:
 
     SampleConversion conversion_;
     const FilterWeights weights_;
-    std::array<FloatRow, kernels::mostRowsWeighed> results_;
-    std::size_t resultCount_ = 0, nextResult_ = 0; ///< of results_, for readRow()
-    std::unique_ptr<FilteredRows> filtered_;       ///< may work ahead with conversion_
+    std::array<FloatRow, kernels::maxRowsWeighed> results_;
+    std::size_t resultCount_ = 0, nextResult_ = 0; ///< rows in results_, and delivered ones
+    std::unique_ptr<FilteredRows> filtered_;       ///< may use conversion_ on another thread
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// The resampling stage: rows in, scaled rows out.
+// Resampler: scales rows.
 #pragma once
 
 #include "platform/coregraphics/FilterWeights.h"
@@ -7,7 +7,7 @@
 
 namespace kestrine {
 
-/// How to resample a picture; plain data.
+/// How to resample a picture.
 struct Resampling {
     AxisMap x;
     AxisMap y;
@@ -17,8 +17,8 @@ struct Resampling {
     bool operator==(const Resampling&) const = default;
 };
 
-/// `input` resampled to resampling.x.outSize x resampling.y.outSize pixels of `outDepth`; `profile` (its own,
-/// null for sRGB) is only read during the call.
+/// `input` resampled to resampling.x.outSize x resampling.y.outSize pixels with `outDepth`. `profile` is that
+/// of `input`, null for sRGB; it is used only during the call.
 RowSourcePointer resampledRows(RowSourcePointer input, const Resampling& resampling,
                                const ColorProfile* profile, SampleDepth outDepth);
 

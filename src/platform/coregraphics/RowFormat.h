@@ -1,4 +1,4 @@
-// RowFormat: what one row of a picture looks like in memory.
+// RowFormat: the size of a picture and the layout of its rows in memory.
 #pragma once
 
 #include <cstddef>
@@ -9,15 +9,14 @@ namespace kestrine {
 enum class ColorModel : std::uint8_t { gray = 1, rgb = 3 };
 enum class SampleDepth : std::uint8_t { bits8 = 1, bits16 = 2 };
 
-/// A picture larger than this, as source or result, gives no output: pixels in all and pixels a side.
+/// The largest sources and results, in pixels and in pixels per side. Larger ones are refused.
 inline constexpr std::uint64_t maximumPixels = std::uint64_t{1} << 30;
 inline constexpr std::uint32_t maximumSide = 1'000'000;
-/// A picture that must be held whole in memory, for a turn or because of how it is stored, may take this
-/// much.
+/// The largest picture that may be held in memory, for a rotation or because its format requires it.
 inline constexpr std::uint64_t maximumBufferedBytes = std::uint64_t{2} << 30;
 
-/// Rows run from top to bottom, pixels from left to right; the samples of a pixel lie side by side: grey or
-/// red, green, blue, then alpha where there is one. Colour is not multiplied by alpha. 16-bit samples are in
+/// Rows run from top to bottom and pixels from left to right. The samples of a pixel are adjacent: grey, or
+/// red, green and blue, then alpha if there is one. Colour is not multiplied by alpha. 16-bit samples have
 /// the machine's byte order.
 struct RowFormat {
     std::uint32_t width = 0;
@@ -36,7 +35,7 @@ struct RowFormat {
     std::uint64_t bytes() const { return pixels() * bytesPerPixel(); }
     bool canBeBuffered() const { return bytes() <= maximumBufferedBytes; }
 
-    /// Whether a picture of this size is one that we handle at all.
+    /// Whether pictures of this size are supported.
     bool isWithinLimits() const {
         return width >= 1 && height >= 1 && width <= maximumSide && height <= maximumSide
                && pixels() <= maximumPixels;

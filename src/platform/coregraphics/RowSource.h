@@ -1,5 +1,5 @@
-// RowSource: a picture that comes row by row, top to bottom. Decoders and the stages behind them are
-// RowSources.
+// RowSource: a picture that is delivered row by row, from top to bottom. Decoders and the stages after them
+// are RowSources.
 #pragma once
 
 #include "platform/coregraphics/RowFormat.h"
@@ -10,18 +10,18 @@
 
 namespace kestrine {
 
-/// Used by one thread at a time, though not always by the thread that made it.
+/// Used by one thread at a time, which may differ from the thread that made it.
 class RowSource {
 public:
     virtual ~RowSource() = default;
 
     const RowFormat& format() const { return format_; }
 
-    /// Writes the next row, exactly format().bytesPerRow() bytes, into `row`. Called at most
-    /// format().height times; after a failure it is not called again.
+    /// Writes the next row into `row`, which has format().bytesPerRow() bytes. Must be called at most
+    /// format().height times, and not after a failure.
     virtual Result<void> readRow(std::span<std::uint8_t> row) = 0;
 
-    /// Whether threads of its own work on its rows already (see RowsAhead).
+    /// Whether other threads already prepare its rows (see RowsAhead.h).
     virtual bool isReadAhead() const { return false; }
 
 protected:

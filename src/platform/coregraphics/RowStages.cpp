@@ -32,7 +32,7 @@ RowFormat turned(RowFormat format, int quarterTurns) {
     return format;
 }
 
-/// colour * alpha + white * (1 - alpha), rounded, in the stored encoding as drawing does it.
+/// colour * alpha + white * (1 - alpha), rounded. As in drawing, this is computed in the stored encoding.
 template <class Sample>
 void flattenRow(const Sample* from, Sample* to, std::size_t pixels, std::size_t colors) {
     constexpr std::uint64_t full = static_cast<Sample>(~Sample{0});
@@ -49,8 +49,7 @@ public:
           row_(input_->format().bytesPerRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (Result<void> read = input_->readRow(row_); !read)
-            return read;
+        TRY(input_->readRow(row_));
         const std::size_t colors = format().channels();
         if (format().depth == SampleDepth::bits8)
             flattenRow(row_.data(), row.data(), format().width, colors);
@@ -65,7 +64,7 @@ private:
     Bytes row_;
 };
 
-/// `from` has alpha behind its `colors` samples a pixel when `hasAlpha` says so; `to` always has.
+/// Pixels of `from` have `colors` samples, then alpha if `hasAlpha`; pixels of `to` always have alpha.
 template <class Sample>
 void fadeRow(const Sample* from, bool hasAlpha, Sample* to, std::size_t pixels, std::size_t colors,
              double fraction) {
@@ -85,8 +84,7 @@ public:
           fraction_(static_cast<double>(fraction)), row_(input_->format().bytesPerRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (Result<void> read = input_->readRow(row_); !read)
-            return read;
+        TRY(input_->readRow(row_));
         const RowFormat& from = input_->format();
         if (from.depth == SampleDepth::bits8)
             fadeRow(row_.data(), from.hasAlpha, row.data(), from.width, from.colorChannels(), fraction_);
@@ -110,8 +108,7 @@ public:
           row_(input_->format().bytesPerRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (Result<void> read = input_->readRow(row_); !read)
-            return read;
+        TRY(input_->readRow(row_));
         const auto* wide = reinterpret_cast<const std::uint16_t*>(row_.data());
         std::transform(wide, wide + format().samplesPerRow(), row.begin(), [](std::uint16_t sample) {
             return static_cast<std::uint8_t>((sample + 128U) / 257U);
@@ -124,19 +121,19 @@ private:
     Bytes row_;
 };
 
-/// Puts `count` pixels of `size` bytes that lie `step` bytes apart side by side.
+/// Copies `count` pixels of `size` bytes from places `step` bytes apart to adjacent places.
 template <std::size_t size>
 void copyPixels(const std::uint8_t* from, std::ptrdiff_t step, std::uint8_t* to, std::uint32_t count) {
     for (std::ptrdiff_t i = 0; i < count; ++i)
         std::memcpy(to + i * static_cast<std::ptrdiff_t>(size), from + i * step, size);
 }
 
-/// By the size of a pixel, from 1 byte on.
+/// By the size of a pixel, beginning with 1 byte.
 constexpr std::array pixelCopies = {copyPixels<1>, copyPixels<2>, copyPixels<3>, copyPixels<4>,
                                     copyPixels<5>, copyPixels<6>, copyPixels<7>, copyPixels<8>};
 
-/// Rows are made so many at a time, in squares: a quarter turn reads columns, and each line of the source
-/// that is in cache then gives a whole side of a square.
+/// Rows are made in squares of this many pixels per side: a quarter turn reads columns, and each source row
+/// in the cache then serves a whole side of a square.
 constexpr std::uint32_t turnedRowsAtOnce = 32;
 
 class TurnedRows final : public RowSource {
@@ -148,8 +145,7 @@ public:
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (input_ != nullptr) {
-            PixelBuffer whole = TRY(readAllRows(*input_));
-            source_ = std::move(whole);
+            source_ = TRY(readAllRows(*input_));
             input_.reset();
         }
         if (next_ % turnedRowsAtOnce == 0)
@@ -164,14 +160,15 @@ private:
     void turnRows() {
         const std::uint32_t count = std::min(turnedRowsAtOnce, format().height - next_);
         const std::uint32_t width = format().width;
-        const std::uint32_t atOnce = quarterTurns_ == 2 ? width : turnedRowsAtOnce; // lines need no squares
+        const std::uint32_t atOnce = quarterTurns_ == 2 ? width : turnedRowsAtOnce; // rows need no squares
         for (std::uint32_t x = 0; x < width; x += atOnce)
             for (std::uint32_t i = 0; i < count; ++i)
                 turnPixels(x, std::min(atOnce, width - x), i);
     }
 
-    /// Fills `count` pixels of rows_ from (x, i) on. A clockwise quarter turn takes the source's left column,
-    /// from the bottom up, as its first row; a counter-clockwise one its right column, from the top down.
+    /// Fills `count` pixels of rows_ from (x, i) on. The first row of a clockwise quarter turn is the left
+    /// column of the source from bottom to top; that of a counter-clockwise one is the right column from top
+    /// to bottom.
     void turnPixels(std::uint32_t x, std::uint32_t count, std::uint32_t i) {
         const std::uint32_t right = source_.format.width - 1, bottom = source_.format.height - 1;
         const std::uint32_t y = next_ + i;
@@ -196,7 +193,7 @@ private:
     const int quarterTurns_;
     decltype(&copyPixels<1>) const copyPixels_;
     PixelBuffer source_;
-    Bytes rows_; ///< those from the last whole multiple of turnedRowsAtOnce on
+    Bytes rows_; ///< rows from the last multiple of turnedRowsAtOnce on
     std::uint32_t next_ = 0;
 };
 

@@ -1,21 +1,21 @@
-// The small stages of the pipeline: each wraps a RowSource and is one.
+// RowStages: small steps between decoder and encoder. Each takes a RowSource and returns one.
 #pragma once
 
 #include "platform/coregraphics/RowSource.h"
 
 namespace kestrine {
 
-/// Lays the picture on white and drops its alpha: what is clear becomes white. Rows without alpha pass
-/// unchanged.
+/// Draws the picture on white and removes alpha. Rows without alpha are returned unchanged.
 RowSourcePointer rowsOnWhite(RowSourcePointer input);
 
-/// Alpha times `fraction`, 0 to 1, rounded; rows without alpha get one. What has no alpha left has no colour.
+/// Multiplies alpha by `fraction`, 0 to 1, and rounds it. Rows without alpha count as opaque. Where alpha
+/// becomes 0, the colour becomes 0.
 RowSourcePointer rowsFaded(RowSourcePointer input, float fraction);
 
-/// 16-bit samples rounded to 8 bits. 8-bit rows pass unchanged.
+/// Rounds 16-bit samples to 8 bits. 8-bit rows are returned unchanged.
 RowSourcePointer rowsOf8Bits(RowSourcePointer input);
 
-/// Turned clockwise by a number of quarter turns, 0 to 3. Holds the whole picture unless that number is 0.
+/// Rotates clockwise by 0 to 3 quarter turns. Holds the whole picture in memory unless the number is 0.
 RowSourcePointer turnedRows(RowSourcePointer input, int quarterTurns);
 
 } // namespace kestrine

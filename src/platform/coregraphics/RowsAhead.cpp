@@ -13,35 +13,37 @@ namespace {
 
 thread_local int forbiddenScopes = 0;
 
-// Starting a thread costs about as much as decoding 20,000 pixels; below this there is nothing to win.
-constexpr std::uint64_t fewestPixels = 250'000;
-constexpr unsigned mostThreads = 4;
-// Some bands let both sides work on while the other's pace varies; together they fit the cache of a core.
+// Starting a thread takes as long as decoding about 20,000 pixels; smaller pictures do not profit.
+constexpr std::uint64_t minPixels = 250'000;
+constexpr unsigned maxThreads = 4;
+// Several bands let both threads continue when the speed of one varies. Together they fit the cache of a
+// core.
 constexpr std::size_t bandCount = 8;
 constexpr std::size_t bandBytes = std::size_t{128} << 10;
 
 bool mayStartThreads(const RowFormat& format) {
     static const bool hasOneCore = std::thread::hardware_concurrency() < 2;
-    return !hasOneCore && forbiddenScopes == 0 && format.pixels() >= fewestPixels;
+    return !hasOneCore && forbiddenScopes == 0 && format.pixels() >= minPixels;
 }
 
-/// What one turn of the second thread made.
+/// The rows that the second thread prepares at a time.
 struct Band {
     Bytes rows;
-    std::size_t count = 0;     ///< complete rows
-    Interruption interruption; ///< in place of the row behind them
+    std::size_t count = 0;     ///< of complete rows
+    Interruption interruption; ///< in place of the row after them
 };
 
 class RowsAhead final : public RowSource {
 public:
     RowsAhead(RowSourcePointer input, std::size_t rows)
         : RowSource(input->format()), input_(std::move(input)), rowsLeft_(rows),
-          rowsABand_(std::max<std::size_t>(1, bandBytes / format().bytesPerRow())) {
+          rowsPerBand_(std::max<std::size_t>(1, bandBytes / format().bytesPerRow())) {
         for (Band& band : bands_.slots())
-            band.rows.resize(rowsABand_ * format().bytesPerRow());
+            band.rows.resize(rowsPerBand_ * format().bytesPerRow());
     }
 
-    /// Whether the system had a thread for it; if not, `takeInput()` is all that is left to do.
+    /// Starts the second thread. Returns false if the system cannot start one; then only takeInput() may be
+    /// called.
     bool start() {
         return bands_.start([this](Band& band) { return fill(band); });
     }
@@ -69,18 +71,17 @@ private:
     }
 
     Result<void> fillRows(Band& band) {
-        const std::size_t size = format().bytesPerRow(), wanted = std::min(rowsLeft_, rowsABand_);
+        const std::size_t size = format().bytesPerRow(), wanted = std::min(rowsLeft_, rowsPerBand_);
         for (band.count = 0; band.count < wanted; ++band.count)
-            if (Result<void> read = input_->readRow({band.rows.data() + band.count * size, size}); !read)
-                return read;
+            TRY(input_->readRow({band.rows.data() + band.count * size, size}));
         return {};
     }
 
-    RowSourcePointer input_; ///< of the second thread
-    std::size_t rowsLeft_;   ///< that will be asked for; of the second thread
-    const std::size_t rowsABand_;
-    const Band* band_ = nullptr; ///< that the first thread reads
-    std::size_t nextRow_ = 0;    ///< of band_
+    RowSourcePointer input_; ///< used by the second thread
+    std::size_t rowsLeft_;   ///< to be read; used by the second thread
+    const std::size_t rowsPerBand_;
+    const Band* band_ = nullptr; ///< read by the first thread
+    std::size_t nextRow_ = 0;    ///< in band_
     SlotsAhead<Band, bandCount> bands_;
 };
 
@@ -91,29 +92,29 @@ RowSourcePointer startedAhead(RowSourcePointer input, std::size_t rows) {
     return ahead;
 }
 
-/// Rows of several parts, a band of each in turn.
+/// The rows of several parts: a band of each in turn.
 class RowsInTurns final : public RowSource {
 public:
-    RowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsABand)
-        : RowSource(parts.front()->format()), parts_(std::move(parts)), rowsABand_(rowsABand) {}
+    RowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsPerBand)
+        : RowSource(parts.front()->format()), parts_(std::move(parts)), rowsPerBand_(rowsPerBand) {}
 
     bool isReadAhead() const override { return true; }
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        return parts_[next_++ / rowsABand_ % parts_.size()]->readRow(row);
+        return parts_[next_++ / rowsPerBand_ % parts_.size()]->readRow(row);
     }
 
 private:
     const std::vector<RowSourcePointer> parts_;
-    const std::size_t rowsABand_;
+    const std::size_t rowsPerBand_;
     std::size_t next_ = 0;
 };
 
-/// How many of `rows` rows lie in the bands part, part + parts, part + 2 * parts, ...
-std::size_t rowsOfPart(std::size_t rows, std::size_t rowsABand, std::size_t part, std::size_t parts) {
-    const std::size_t round = rowsABand * parts;
-    const std::size_t rest = rows % round, before = part * rowsABand;
-    return rows / round * rowsABand + (rest <= before ? 0 : std::min(rowsABand, rest - before));
+/// The number of rows in the bands part, part + parts, part + 2 * parts, ... of a picture with `rows` rows.
+std::size_t rowsOfPart(std::size_t rows, std::size_t rowsPerBand, std::size_t part, std::size_t parts) {
+    const std::size_t round = rowsPerBand * parts;
+    const std::size_t rest = rows % round, before = part * rowsPerBand;
+    return rows / round * rowsPerBand + (rest <= before ? 0 : std::min(rowsPerBand, rest - before));
 }
 
 } // namespace
@@ -126,14 +127,14 @@ RowSourcePointer rowsAhead(RowSourcePointer input) {
 }
 
 std::size_t usefulThreads(const RowFormat& format) {
-    return mayStartThreads(format) ? std::min(std::thread::hardware_concurrency(), mostThreads) : 1;
+    return mayStartThreads(format) ? std::min(std::thread::hardware_concurrency(), maxThreads) : 1;
 }
 
-RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsABand) {
+RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsPerBand) {
     const std::size_t rows = parts.front()->format().height;
     for (std::size_t part = 0; part < parts.size(); ++part)
-        parts[part] = startedAhead(std::move(parts[part]), rowsOfPart(rows, rowsABand, part, parts.size()));
-    return std::make_unique<RowsInTurns>(std::move(parts), rowsABand);
+        parts[part] = startedAhead(std::move(parts[part]), rowsOfPart(rows, rowsPerBand, part, parts.size()));
+    return std::make_unique<RowsInTurns>(std::move(parts), rowsPerBand);
 }
 
 OneThreadScope::OneThreadScope() { ++forbiddenScopes; }

@@ -1,4 +1,4 @@
-// RowsAhead: rows that other threads make while the first still works on those before them.
+// RowsAhead: lets other threads prepare rows while the caller's thread works on the rows before.
 #pragma once
 
 #include "platform/coregraphics/RowSource.h"
@@ -7,22 +7,21 @@
 
 namespace kestrine {
 
-/// The rows of `input`, unchanged, read from it on a thread of its own that stays a few rows ahead (about
-/// a MiB). What `input` fails with, or throws, comes out where its row would have come. Without a second
-/// thread (none to be had, too little to do, or forbidden by a OneThreadScope) this is `input` itself, as it
-/// is when others read ahead for it already.
+/// The rows of `input`, read by a second thread that stays about one MiB ahead. Failures and exceptions of
+/// `input` appear at the row where they happened. Returns `input` itself if it is read ahead already or if no
+/// second thread is used: the system cannot start one, the picture is small, or a OneThreadScope forbids it.
 RowSourcePointer rowsAhead(RowSourcePointer input);
 
-/// How many threads may share the work on a picture of this format: 1 when there is no use in more.
+/// How many threads should share the work on a picture of this format; 1 if more would not help.
 std::size_t usefulThreads(const RowFormat& format);
 
-/// The rows of a picture whose parts are independent: cut into bands of `rowsABand` rows, of which `parts[k]`
-/// delivers the bands k, k + n, k + 2n, ..., n being the number of parts, each on a thread of its own. All
-/// parts have the format of the whole picture.
-RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsABand);
+/// The rows of a picture that several sources decode, each on a thread of its own. The picture consists of
+/// bands of `rowsPerBand` rows, and of n parts `parts[k]` delivers the rows of the bands k, k + n, k + 2n,
+/// ... All parts have the format of the whole picture.
+RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsPerBand);
 
-/// While it lives, rowsAhead() starts no threads for this thread: for callers that keep every core busy with
-/// pictures of their own.
+/// As long as it exists, rowsAhead() starts no thread for the current thread, and usefulThreads() is 1. For
+/// callers that keep all cores busy with one picture each.
 class OneThreadScope {
 public:
     OneThreadScope();

@@ -30,15 +30,15 @@ const float* fractions(SampleDepth depth) {
     return table16.data();
 }
 
-/// NaN compares as smaller and so gives 0.
+/// 0 for NaN.
 float clamped(float value, float top) { return value > 0.0F ? std::min(value, top) : 0.0F; }
 
-/// Each sample through its channel's table. Written four floats at a time: single stores would take longer
-/// than the look-ups.
+/// Looks up each sample in the table of its channel. Stores four floats at a time because single stores would
+/// take longer than the look-ups.
 template <std::size_t channels, class Sample>
 void lookUp(const Sample* samples, std::size_t pixels, const float* const* tables, float* floats) {
     using FourFloats [[gnu::vector_size(4 * sizeof(float))]] = float;
-    std::array<const float*, channels> table; // of its own, so that no store is taken to change it
+    std::array<const float*, channels> table; // a local copy, which stores cannot alias
     std::copy_n(tables, channels, table.begin());
     const auto found = [&](std::size_t i) { return table[i % channels][samples[i]]; };
     for (; pixels >= 4; pixels -= 4, samples += 4 * channels, floats += 4 * channels)

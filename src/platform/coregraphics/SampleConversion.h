@@ -1,4 +1,4 @@
-// SampleConversion: rows of stored samples as rows of floats that a filter may add up, and back.
+// SampleConversion: converts rows of stored samples to floats for filtering, and back.
 #pragma once
 
 #include "platform/coregraphics/ColorProfile.h"
@@ -10,25 +10,26 @@
 
 namespace kestrine {
 
-/// In what the samples are added up.
+/// What the filter adds up.
 enum class Light : std::uint8_t {
-    linear, ///< the light that the picture's tone curves stand for
-    stored, ///< the stored encoding itself
+    linear, ///< linear light, by the tone curves of the picture
+    stored, ///< the stored values
 };
 
-/// Floats run from 0 to 1, colour multiplied by alpha. Used by one thread at a time.
+/// Floats are from 0 to 1, and colour is multiplied by alpha. One thread at a time, except that
+/// toFloats() and toSamples() may run on different threads.
 class SampleConversion {
 public:
-    /// Rows of `in` come; `profile` is the picture's own, null for sRGB. Rows of at most `outWidth` pixels go
-    /// back, with `outDepth`.
+    /// For source rows with format `in` and result rows with `outDepth` and at most `outWidth` pixels.
+    /// `profile` is that of the picture, null for sRGB.
     SampleConversion(const RowFormat& in, std::uint32_t outWidth, SampleDepth outDepth, Light light,
                      const ColorProfile* profile);
 
-    /// A row of `in` into channels() floats a pixel.
+    /// Converts a source row to as many floats as it has samples.
     void toFloats(const std::uint8_t* samples, float* floats) const;
 
-    /// The way back for `pixels` pixels: alpha is held to 0..1, colour to 0..alpha, then divided by alpha;
-    /// what has no alpha left is 0. `floats` is overwritten.
+    /// Converts `pixels` pixels back. Alpha is clamped to 0..1 and colour to 0..alpha, then colour is divided
+    /// by alpha; where alpha is 0, colour is 0. `floats` is overwritten.
     void toSamples(float* floats, std::size_t pixels, std::uint8_t* samples);
 
 private:
@@ -43,7 +44,7 @@ private:
 
     const RowFormat format_;
     const SampleDepth outDepth_;
-    const std::shared_ptr<const ToneTables> tables_; ///< null when the stored encoding is added up
+    const std::shared_ptr<const ToneTables> tables_; ///< null for Light::stored
     std::vector<const float*> decoders_;             ///< by channel: the float for each code
     std::vector<std::uint16_t> indexes_;
 };

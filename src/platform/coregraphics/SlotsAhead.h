@@ -1,4 +1,4 @@
-// SlotsAhead: work that a second thread does ahead of the first, handed over in slots that go round.
+// SlotsAhead: hands over the work of a second thread to the first one in a ring of slots.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -14,13 +14,13 @@
 
 namespace kestrine {
 
-/// Why the work ended early: what it failed with, or what was thrown.
+/// Why work ended early: a failure or an exception.
 struct Interruption {
     std::optional<Failure> failure;
     std::exception_ptr thrown;
 
     explicit operator bool() const { return failure || thrown; }
-    /// Does `work` (a lambda that returns Result<void>) and keeps what ends it early.
+    /// Runs `work` (a lambda that returns Result<void>) and stores what ends it early.
     template <class Work>
     void during(const Work& work) {
         try {
@@ -30,7 +30,7 @@ struct Interruption {
             thrown = std::current_exception();
         }
     }
-    /// To be passed on by the thread that the work was done for; throws what was thrown.
+    /// To be called on the thread that needs the result: returns the failure or rethrows the exception.
     Failure passOn() const {
         if (thrown)
             std::rethrow_exception(thrown);
@@ -38,9 +38,9 @@ struct Interruption {
     }
 };
 
-/// `count` slots: the second thread fills the next one that is free, the first uses them in order. A slot
-/// belongs to one thread at a time. A second thread that has filled them all rests until half of them are
-/// free, since waking it for each would cost more than it does with one.
+/// `count` slots. The second thread fills free slots, and the first thread uses them in order. A slot belongs
+/// to one thread at a time. When the second thread has filled all slots, it waits until half of them are
+/// free, because waking it for each slot would take longer than filling one.
 template <class Slot, std::size_t count>
 class SlotsAhead {
 public:
@@ -57,11 +57,11 @@ public:
     SlotsAhead(const SlotsAhead&) = delete;
     SlotsAhead& operator=(const SlotsAhead&) = delete;
 
-    /// For preparing them, before start().
+    /// For preparing the slots before start().
     std::array<Slot, count>& slots() { return slots_; }
 
-    /// Lets a second thread fill slots until `fill`, which must not throw, returns false for the last one.
-    /// False when the system has no thread to give.
+    /// Starts a second thread that fills slots until `fill` returns false for the last one. `fill` must not
+    /// throw. Returns false if the system cannot start a thread.
     bool start(std::function<bool(Slot&)> fill) {
         try {
             thread_ = std::thread([this, fill = std::move(fill)] { fillSlots(fill); });
@@ -71,8 +71,8 @@ public:
         }
     }
 
-    /// Gives the slot back that the last call returned, and waits for the next. Not to be called behind the
-    /// last one.
+    /// Releases the slot of the previous call, waits for the next one and returns it. Must not be called
+    /// after the last slot.
     Slot& next() {
         std::unique_lock lock(mutex_);
         if (isUsing_) {
@@ -86,9 +86,9 @@ public:
     }
 
 private:
-    static constexpr std::size_t restUntil = count / 2; ///< so many wait to be used
+    static constexpr std::size_t restUntil = count / 2; ///< filled slots at which the second thread continues
 
-    /// Waits for a slot that is free; false when none is wanted any more.
+    /// Waits for a free slot; returns false when no more are needed.
     bool waitForFree() {
         std::unique_lock lock(mutex_);
         if (filled_ - used_ == count)
@@ -110,11 +110,11 @@ private:
     }
 
     std::array<Slot, count> slots_;
-    std::mutex mutex_; ///< guards what follows
+    std::mutex mutex_; ///< guards the four members after changed_
     std::condition_variable changed_;
-    std::size_t filled_ = 0; ///< slots so far
-    std::size_t used_ = 0;   ///< slots given back so far
-    bool isUsing_ = false;   ///< whether the first thread holds one
+    std::size_t filled_ = 0; ///< slots so far, never reset
+    std::size_t used_ = 0;   ///< slots released so far
+    bool isUsing_ = false;   ///< whether the first thread holds a slot
     bool isWanted_ = true;
     std::thread thread_;
 };

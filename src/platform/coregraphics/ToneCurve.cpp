@@ -10,7 +10,7 @@ namespace kestrine {
 
 namespace {
 
-/// Into 0..1; NaN becomes 0.
+/// Clamps to 0..1; 0 for NaN.
 double unit(double value) { return value > 0 ? std::min(value, 1.0) : 0; }
 
 double power(const ToneCurve::Formula& f, double stored) {
@@ -20,7 +20,7 @@ double power(const ToneCurve::Formula& f, double stored) {
 double lightOf(const ToneCurve::Formula& f, double stored) {
     if (stored >= f.start)
         return power(f, stored);
-    // Rounded coefficients can let the line end a little above the power's beginning.
+    // With rounded coefficients the line can end slightly above the start of the power.
     return std::min(f.slope * stored + f.toe, power(f, f.start));
 }
 
@@ -30,8 +30,7 @@ double storedOf(const ToneCurve::Formula& f, double light) {
     return (std::pow(std::max(light - f.lift, 0.0), 1 / f.exponent) - f.offset) / f.scale;
 }
 
-/// CIE 1976 lightness L* / 100 and the share of white's light that it stands for; below 216/24389 they are
-/// proportional.
+/// Up to this light (as a fraction of white) and this lightness (CIE 1976 L* / 100) the two are proportional.
 constexpr double linearLight = 216.0 / 24389;
 constexpr double linearLightness = 0.08;
 
@@ -47,8 +46,8 @@ double lightnessOfLight(double light) {
     return 1.16 * std::cbrt(light) - 0.16;
 }
 
-/// Whether half an 8-bit level is everywhere more than half a step of the tables' index, so that rounding to
-/// an index cannot lead from one code to another.
+/// Whether half an 8-bit level is more than half a step of the table index everywhere, so that rounding to an
+/// index cannot change the code.
 bool keepsCodesApart(const ToneCurve& curve) {
     constexpr int halfLevels = 510;
     constexpr double smallestStep = 0.5001 / (toneTableSize - 1);
@@ -75,7 +74,7 @@ std::optional<std::vector<ToneCurve>> readCurves(const ProfileHandle& profile, C
     constexpr cmsTagSignature gray[] = {cmsSigGrayTRCTag};
     constexpr cmsTagSignature rgb[] = {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
     const bool isGray = model == ColorModel::gray;
-    // A grey profile's curve leads to neutral grey in the space it connects to: light, or lightness.
+    // The curve of a grey profile gives neutral grey in its connection space: light (XYZ) or lightness (Lab).
     const bool isLightness = isGray && cmsGetPCS(profile.get()) == cmsSigLabData;
     std::vector<ToneCurve> curves;
     for (const cmsTagSignature tag : isGray ? std::span<const cmsTagSignature>(gray) : rgb) {
@@ -95,7 +94,7 @@ ToneCurve ToneCurve::sRGB() {
 }
 
 std::optional<ToneCurve> ToneCurve::fromFormula(const Formula& f) {
-    constexpr double roundingOfCoefficients = 1e-4; // profiles hold them in whole 65536ths
+    constexpr double roundingOfCoefficients = 1e-4; // profiles store them in whole 65536ths
     const double numbers[] = {f.exponent, f.scale, f.offset, f.lift, f.start, f.slope, f.toe};
     if (!std::ranges::all_of(numbers, [](double number) { return std::isfinite(number); }))
         return std::nullopt;
@@ -113,7 +112,7 @@ std::optional<ToneCurve> ToneCurve::fromSamples(std::span<const std::uint16_t> s
     for (std::size_t begin = 0; begin < samples.size();) {
         const auto runEnd = std::upper_bound(samples.begin() + begin, samples.end(), samples[begin]);
         const std::size_t end = static_cast<std::size_t>(runEnd - samples.begin());
-        // Equal samples stand for the middle of their run, but at either end of the curve for that end.
+        // A run of equal samples is placed at its middle, but at the ends of the curve at that end.
         const double middle = static_cast<double>(begin + end - 1) / 2;
         const double place = begin == 0 ? 0 : end == samples.size() ? last : middle;
         points.push_back({place / last, samples[begin] / 65535.0});

@@ -1,5 +1,6 @@
-// ToneCurve: how stored samples relate to light, as a function and as tables for whole rows of pixels.
-// The rule: a curve is monotone and keeps all 256 codes apart, so that light always finds its way back.
+// ToneCurve: the relation between stored samples and light, as a function and as tables for rows of pixels.
+// Curves are monotone and keep all 256 codes apart, so that every code survives the conversion to light and
+// back.
 #pragma once
 
 #include "platform/coregraphics/ColorProfile.h"
@@ -13,12 +14,12 @@
 
 namespace kestrine {
 
-/// How the stored samples of one channel (0..1) relate to light (0..1): a monotone function and its inverse.
-/// Arguments outside 0..1 count as the nearer end, NaN as 0.
+/// A monotone function from stored samples of one channel (0..1) to light (0..1), and its inverse. Arguments
+/// are clamped to 0..1; NaN counts as 0.
 class ToneCurve {
 public:
-    /// light = (scale * stored + offset) ^ exponent + lift from stored = start on, slope * stored + toe
-    /// below.
+    /// light = (scale * stored + offset) ^ exponent + lift for stored >= start,
+    /// otherwise slope * stored + toe.
     struct Formula {
         double exponent = 1;
         double scale = 1;
@@ -32,13 +33,15 @@ public:
     };
 
     static ToneCurve sRGB();
-    /// Nothing when the formula falls anywhere or is not made of finite numbers.
+    /// Nothing if the formula decreases anywhere or has numbers that are not finite.
     static std::optional<ToneCurve> fromFormula(const Formula& formula);
-    /// Light at equally spaced stored values from 0 to 1 (65535 is full light), straight lines between. A run
-    /// of equal samples, as rounding leaves near black, becomes a slope to its neighbours. Nothing when there
-    /// are fewer than two samples, or when they fall anywhere or are all equal.
+    /// `samples` are light (65535 is full light) at equally spaced stored values from 0 to 1, joined by
+    /// straight lines. A run of equal samples, which rounding causes near black, becomes a slope to its
+    /// neighbours. Nothing if there are fewer than two samples, or if they decrease anywhere or are all
+    /// equal.
     static std::optional<ToneCurve> fromSamples(std::span<const std::uint16_t> samples);
-    /// The curve of a channel whose stored values lead to lightness (CIE L*, as 0..1) by this one.
+    /// The curve from stored values to light if this curve gives lightness (CIE L*, as 0..1) instead of
+    /// light.
     ToneCurve asLightness() const;
 
     double light(double stored) const;
@@ -52,7 +55,7 @@ private:
 
         bool operator==(const Point&) const = default;
     };
-    using Polyline = std::vector<Point>; ///< from 0 to 1, rising in both
+    using Polyline = std::vector<Point>; ///< from stored 0 to 1; both numbers increase
 
     explicit ToneCurve(std::variant<Formula, Polyline> shape) : shape_(std::move(shape)) {}
 
@@ -60,36 +63,37 @@ private:
     bool isLightness_ = false;
 };
 
-/// The curves of a picture's channels, one for grey and three for RGB; a null profile means sRGB. A profile
-/// without plain curves, or one that does not fit `model`, gives the sRGB curve for every channel.
+/// The curves of the channels of a picture: one for grey, three for RGB. A null profile means sRGB. All
+/// curves are that of sRGB if the profile has no plain curves or is not for `model`.
 std::vector<ToneCurve> toneCurves(const ColorProfile* profile, ColorModel model);
 
-/// The profile's own curves; nothing when it has none, or when one of them is not monotone or so flat that
-/// the tables below could not tell its 256 codes apart.
+/// The curves of the profile. Nothing if it has none, or if one of them is not monotone or so flat that the
+/// tables below could not keep its 256 codes apart.
 std::optional<std::vector<ToneCurve>> plainToneCurves(const ColorProfile& profile);
 
-/// Entries of the tables from light to stored values. They are indexed by the square root of light, which
-/// keeps them fine near black, where power curves are steep: 4096 entries then bring back every 8-bit code,
-/// and decide within 0.1 level of exact rounding for exponents up to 2.2, sRGB and L* (0.15 for 2.4, and 0.5
-/// for every curve that is taken as plain); they bring back every 16-bit code, off by one at most and below
-/// 30 only (exponent 2.2).
+/// Number of entries of the tables from light to stored values. The index is the square root of light, which
+/// gives a fine resolution near black, where power curves are steep. With 4096 entries
+///  - every 8-bit code is converted to light and back without a change;
+///  - 8-bit codes are chosen within 0.1 level of exact rounding for exponents up to 2.2, sRGB and L*, within
+///    0.15 for 2.4, and within 0.5 for every plain curve;
+///  - 16-bit codes change by at most 1, and only codes below 30 change (exponent 2.2).
 inline constexpr std::size_t toneTableSize = 4096;
 
-/// Tables of one curve. Immutable to its users; safe to use from several threads.
+/// Tables of one curve. Any thread.
 class ToneTable {
 public:
     explicit ToneTable(ToneCurve curve);
 
     /// Light of each 8-bit code.
     alignas(64) const std::array<float, 256> light8;
-    /// The 8-bit code for sqrt(light) * (toneTableSize - 1), rounded to the nearest index. The three codes
-    /// more than that let a vector load fetch four bytes at any index.
+    /// The 8-bit code by sqrt(light) * (toneTableSize - 1), rounded to an index. Three more codes allow loads
+    /// of four bytes at any index.
     alignas(64) const std::array<std::uint8_t, toneTableSize + 3> stored8;
 
-    /// Light of each 16-bit code: 65536 values, made on first use.
+    /// Light of each 16-bit code: 65536 values, computed on first use.
     std::span<const float> light16() const;
-    /// The stored value (0..1) at sqrt(light) = index / (toneTableSize - 1), to be interpolated linearly:
-    /// toneTableSize values, made on first use.
+    /// The stored value (0..1) at sqrt(light) = index / (toneTableSize - 1), for linear interpolation:
+    /// toneTableSize values, computed on first use.
     std::span<const float> storedFraction() const;
 
 private:
@@ -100,14 +104,14 @@ private:
     mutable std::vector<float> storedFraction_;
 };
 
-/// The tables of a picture's channels; channels with equal curves share one.
+/// The tables of the channels of a picture. Channels with equal curves share a table.
 struct ToneTables {
     std::vector<std::shared_ptr<const ToneTable>> channels;
 
     const ToneTable& operator[](std::size_t channel) const { return *channels[channel]; }
 };
 
-/// Tables for toneCurves(profile, model). The last few profiles' are kept, so asking again is cheap.
+/// Tables of toneCurves(profile, model). Those of the last few profiles are cached. Any thread.
 std::shared_ptr<const ToneTables> toneTables(const ColorProfile* profile, ColorModel model);
 
 } // namespace kestrine

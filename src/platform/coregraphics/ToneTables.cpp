@@ -1,4 +1,5 @@
-// Tables of tone curves, and the small cache that keeps those of the last pictures.
+// The tables of tone curves, and a small cache of those of the last profiles.
+
 #include "platform/coregraphics/ToneCurve.h"
 
 #include <algorithm>
@@ -15,8 +16,8 @@ std::array<float, 256> makeLight8(const ToneCurve& curve) {
     return light;
 }
 
-/// Code k holds from the light of stored value (k - 1/2) / 255 on, so that 255 values of the curve settle all
-/// entries exactly, and its inverse is not needed.
+/// Code k begins at the light of the stored value (k - 1/2) / 255. So 255 values of the curve define all
+/// entries exactly, without its inverse.
 std::array<std::uint8_t, toneTableSize + 3> makeStored8(const ToneCurve& curve) {
     std::array<std::uint8_t, toneTableSize + 3> codes;
     auto* next = codes.begin();
@@ -73,9 +74,9 @@ std::span<const float> ToneTable::storedFraction() const {
 }
 
 std::shared_ptr<const ToneTables> toneTables(const ColorProfile* profile, ColorModel model) {
-    constexpr std::size_t kept = 4; // pictures of one run seldom come from more sources
+    constexpr std::size_t kept = 4; // the pictures of one run rarely have more profiles
     static std::mutex mutex;
-    static std::vector<CachedTables> cache; // the last used first
+    static std::vector<CachedTables> cache; // most recently used first
     const ByteView key = profile ? profile->bytes() : ByteView();
     const std::scoped_lock lock(mutex);
     const auto found = std::ranges::find_if(cache, [&](const CachedTables& entry) {

@@ -27,7 +27,7 @@ Result<AppleDouble> AppleDouble::parse(ByteView bytes) {
     if (bytes.size() < headerSize)
         return Failure{Reason::truncated, "the AppleDouble header is incomplete"};
     if (bigEndian(bytes.first(4)) != magic || bigEndian(bytes.subspan(4, 4)) != version)
-        return malformed("these bytes are no AppleDouble container of version 2");
+        return malformed("not an AppleDouble container of version 2");
     const std::size_t count = bigEndian(bytes.subspan(countPlace, 2));
     if (count > (bytes.size() - headerSize) / lineSize)
         return Failure{Reason::truncated, "the AppleDouble list of entries is incomplete"};
@@ -41,7 +41,7 @@ Result<AppleDouble> AppleDouble::parse(ByteView bytes) {
                          bigEndian(line.subspan(4, 4)), bigEndian(line.subspan(lengthPlace, 4))});
         const std::size_t offset = lines.back().offset;
         if (offset < listEnd || offset > bytes.size() || lines.back().length > bytes.size() - offset)
-            return malformed("an AppleDouble entry lies outside of its container");
+            return malformed("an AppleDouble entry lies outside its container");
     }
 
     std::ranges::stable_sort(lines, {},

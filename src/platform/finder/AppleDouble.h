@@ -1,6 +1,6 @@
-// AppleDouble: the container, version 2, in which file servers and foreign volumes keep what belongs to a
-// file but is not its content. A header lists entries, each with a number that tells its kind.
-// Entries are found by that number and never by where some program usually puts them.
+// AppleDouble, version 2: a container in which file servers and foreign volumes store a file's metadata.
+// A header lists the entries; a number says what an entry contains. Entries are found by this number, not by
+// their usual position.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -15,22 +15,23 @@ enum class AppleDoubleEntry : std::uint32_t { comment = 4, finderInfo = 9 };
 /// A view of a container in memory; the bytes must outlive it.
 class AppleDouble {
 public:
-    /// Fails with truncated or malformed when the header or any entry breaks the rules: entries lie behind
-    /// the header, inside the container, and share no byte.
+    /// Fails with truncated or malformed when the header or an entry is invalid. Entries must lie after the
+    /// header and inside the container, and must not overlap.
     static Result<AppleDouble> parse(ByteView bytes);
 
-    /// What the entry holds; nothing when there is no such entry.
+    /// The content of the entry; nothing when there is no such entry.
     std::optional<ByteView> content(AppleDoubleEntry entry) const;
 
-    /// How many bytes the entry can hold where it is: all up to the next one. 0 when there is no such entry.
+    /// The maximum size of the entry at its position, in bytes: up to the next entry or the end. 0 when there
+    /// is no such entry.
     std::size_t room(AppleDoubleEntry entry) const;
 
-    /// A copy of the container in which the entry, which exists, holds `content`, which fits its room.
-    /// Nothing else changes; bytes that a longer old content leaves over are cleared.
+    /// A copy of the container with new content for the entry. The entry must exist, and `content` must not
+    /// be larger than room(). Nothing else changes; left-over bytes of a longer old content become 0.
     Bytes withContent(AppleDoubleEntry entry, ByteView content) const;
 
 private:
-    /// A line of the header.
+    /// An entry's line in the header.
     struct Line {
         std::size_t place; // of the line itself
         std::uint32_t id;

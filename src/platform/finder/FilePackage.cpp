@@ -12,10 +12,10 @@ namespace kestrine {
 
 namespace {
 
-/// The Finder flag of a folder that is a package whatever its name.
+/// The Finder flag that makes a folder a package, whatever its name.
 constexpr std::uint16_t bundleFlag = 0x2000;
 
-/// Programs, what extends them, and documents that are kept as folders. In lower case.
+/// In lower case.
 constexpr std::string_view extensions[] = {
     // programs
     "app",

@@ -5,8 +5,8 @@
 
 namespace kestrine {
 
-/// Whether the path, links followed, is a folder with a package's extension, or one whose Finder information
-/// says so. Anything else, what does not exist included, is none.
+/// Whether `path` (links are followed) is a folder that has a package's extension or is marked as a package
+/// by its Finder information. False when nothing is there.
 bool isFilePackage(const std::string& path);
 
 } // namespace kestrine

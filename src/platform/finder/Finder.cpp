@@ -14,8 +14,8 @@ namespace kestrine {
 
 namespace {
 
-/// The items as paths without links above them, each once. They are not held open: there may be more of them
-/// than a process may open.
+/// The items' paths without links in their folders, each path once. The items are not kept open: there may be
+/// more of them than a process can open.
 Result<std::vector<std::string>> lookUpAll(const std::vector<std::string>& items) {
     std::vector<std::string> paths;
     std::set<std::string> seen;
@@ -27,12 +27,12 @@ Result<std::vector<std::string>> lookUpAll(const std::vector<std::string>& items
     return paths;
 }
 
-/// The second of two items of one name would meet, or replace, the first.
+/// Two items of the same name would collide in the folder.
 Result<void> checkNamesDiffer(const std::vector<std::string>& paths) {
     std::set<std::string> names;
     for (const std::string& path : paths)
         if (!names.insert(nameOf(path)).second)
-            return Failure{Reason::alreadyExists, "two of the items are called " + nameOf(path)};
+            return Failure{Reason::alreadyExists, "two of the items have the name " + nameOf(path)};
     return {};
 }
 
@@ -40,24 +40,20 @@ Result<void> removeToTrash(const std::vector<std::string>& items) {
     std::vector<std::string> paths = TRY(lookUpAll(items));
     const Environment environment = Environment::ofProcess();
     for (const std::string& path : paths)
-        if (Result<TrashedItem> trashed = moveToTrash(path, environment); !trashed)
-            return trashed.failure();
+        TRY(moveToTrash(path, environment));
     return {};
 }
 
 using Transfer = std::function<Result<void>(const FinderFolder& folder, const FinderItem& item)>;
 
-/// Brings all items into the folder, one after the other.
 Result<void> bring(const std::vector<std::string>& items, const std::string& folderPath,
                    const Transfer& transfer) {
     std::vector<std::string> paths = TRY(lookUpAll(items));
-    if (Result<void> differ = checkNamesDiffer(paths); !differ)
-        return differ;
+    TRY(checkNamesDiffer(paths));
     FinderFolder folder = TRY(lookUpFolder(folderPath));
     for (const std::string& path : paths) {
         FinderItem item = TRY(lookUpItem(path));
-        if (Result<void> brought = transfer(folder, item); !brought)
-            return brought;
+        TRY(transfer(folder, item));
     }
     return {};
 }

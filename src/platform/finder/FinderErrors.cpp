@@ -1,5 +1,8 @@
 #include "platform/finder/FinderErrors.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace kestrine {
 
 namespace {
@@ -12,19 +15,24 @@ struct Row {
 constexpr std::int32_t inputOutputError = -36;
 
 constexpr Row rows[] = {
-    {Reason::notFound, -43},         // there is no such item
-    {Reason::alreadyExists, -15267}, // an item with that name is there
-    {Reason::notPermitted, -5000},   // no rights
-    {Reason::notRegularFile, -1700}, // the item is of the wrong kind
-    {Reason::tooLarge, -1309},       // beyond a bound of the file system
-    {Reason::malformed, -50},        // a wrong parameter
-    {Reason::truncated, -47},        // the item is in use: it changed while it was at work
-    {Reason::unsupported, -1426},    // the file system cannot do it
-    {Reason::noSpace, -34},          // the disk is full
+    {Reason::notFound, -43},         // file not found
+    {Reason::alreadyExists, -15267}, // duplicate name
+    {Reason::notPermitted, -5000},   // access denied
+    {Reason::notRegularFile, -1700}, // wrong type
+    {Reason::tooLarge, -1309},       // file too large
+    {Reason::malformed, -50},        // invalid parameter
+    {Reason::truncated, -47},        // file busy: it changed during the operation
+    {Reason::unsupported, -1426},    // not supported by the file system
+    {Reason::noSpace, -34},          // disk full
     {Reason::inputOutput, inputOutputError},
-    {Reason::refused, -10006}, // it is forbidden
-    {Reason::empty, -39},      // the content ended too early
+    {Reason::refused, -10006}, // operation forbidden
+    {Reason::empty, -39},      // unexpected end of file
 };
+
+/// Apple Events and the File Manager use 16 bits.
+static_assert(std::ranges::all_of(rows, [](const Row& row) {
+    return row.number < 0 && row.number >= std::numeric_limits<std::int16_t>::min();
+}));
 
 } // namespace
 

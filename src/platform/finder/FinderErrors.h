@@ -1,4 +1,4 @@
-// The one table of what went wrong: the system's reasons as the status numbers of the platform.
+// The status numbers of the platform for the reasons of failures.
 #pragma once
 
 #include "platform/finder/Finder.h"
@@ -6,10 +6,10 @@
 
 namespace kestrine {
 
-/// The platform's number for a reason; it is never 0.
+/// The platform's status number for a reason; never 0.
 std::int32_t finderErrorNumber(Reason reason);
 
-/// The failure as scripts and Apple Events report it.
+/// The failure in the form in which scripts and Apple Events report it.
 FinderError finderError(const Failure& failure);
 
 } // namespace kestrine

@@ -1,4 +1,4 @@
-// FinderInfo: the 32 bytes that the Finder keeps beside a file or folder.
+// FinderInfo: 32 bytes of metadata that the Finder stores for a file or folder.
 #pragma once
 
 #include <array>
@@ -7,7 +7,7 @@
 
 namespace kestrine {
 
-/// Four characters as one number, first character highest: fourCharacterCode("TEXT").
+/// Four characters as a big-endian number: fourCharacterCode("TEXT").
 constexpr std::uint32_t fourCharacterCode(const char (&text)[5]) {
     std::uint32_t code = 0;
     for (int i = 0; i < 4; ++i)
@@ -15,7 +15,7 @@ constexpr std::uint32_t fourCharacterCode(const char (&text)[5]) {
     return code;
 }
 
-/// A place in a folder's window: down and to the right of its corner, in pixels.
+/// A position in a folder's window, in pixels from its upper left corner.
 struct FinderLocation {
     std::int16_t vertical = 0;
     std::int16_t horizontal = 0;
@@ -23,24 +23,19 @@ struct FinderLocation {
     bool operator==(const FinderLocation&) const = default;
 };
 
-/// In the order in which the platform stores the fields, numbers big-endian.
+/// The fields are in the stored order.
 struct FinderInfo {
-    std::uint32_t type = 0;    ///< a four-character code; 0 is none
-    std::uint32_t creator = 0; ///< likewise
+    std::uint32_t type = 0;    ///< a four-character code, 0 for none
+    std::uint32_t creator = 0; ///< a four-character code, 0 for none
     std::uint16_t flags = 0;
     FinderLocation location;
     std::uint16_t reserved = 0;
-    std::array<std::uint8_t, 16> extended{}; ///< kept as found
-
-    /// The colour label, 0 (none) to 7: bits 1 to 3 of the flags.
-    int label() const { return (flags & 0x000E) >> 1; }
-    /// Bit 15 of the flags.
-    bool isAlias() const { return (flags & 0x8000) != 0; }
+    std::array<std::uint8_t, 16> extended{}; ///< stored unchanged
 
     bool operator==(const FinderInfo&) const = default;
 };
 
-/// The stored form.
+/// The stored form; numbers are big-endian.
 std::array<std::uint8_t, 32> bytesOf(const FinderInfo& information);
 FinderInfo finderInfoFromBytes(std::span<const std::uint8_t, 32> bytes);
 

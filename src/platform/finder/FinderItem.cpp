@@ -1,5 +1,6 @@
 #include "platform/finder/FinderItem.h"
 
+#include "platform/host/FreeDeleter.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
 
@@ -20,7 +21,7 @@ std::string FinderItem::path() const { return joinedPath(folder.path, name); }
 
 Result<FinderFolder> lookUpFolder(const std::string& path) {
     FileDescriptor descriptor = TRY(openFolder(path));
-    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), std::free);
+    const std::unique_ptr<char, FreeDeleter> resolved(::realpath(path.c_str(), nullptr));
     if (!resolved)
         return systemFailure("cannot find " + path);
     FinderFolder folder{std::move(descriptor), resolved.get(), {}};
@@ -34,7 +35,7 @@ Result<FinderItem> lookUpItem(std::string path) {
     path.erase(path.find_last_not_of('/') + 1);
     const std::string name = nameOf(path);
     if (name.empty() || name == "." || name == "..")
-        return Failure{Reason::refused, "this name stands for a folder that must stay"};
+        return Failure{Reason::refused, "\"/\", \".\" and \"..\" cannot be moved, copied or deleted"};
     FinderFolder folder = TRY(lookUpFolder(folderOf(path)));
     struct stat status = TRY(statusOf(folder.entry(name)));
     return FinderItem{std::move(folder), name, status};

@@ -1,5 +1,5 @@
-// FinderItem and FinderFolder: what the Finder was asked to handle, looked up and held by open folders, so
-// that renaming a folder meanwhile cannot lead an operation elsewhere.
+// FinderItem and FinderFolder: the items of a Finder operation. Their folders are kept open, so that renaming
+// a folder during the operation cannot redirect it.
 #pragma once
 
 #include "platform/host/files/FileDescriptor.h"
@@ -12,11 +12,11 @@ namespace kestrine {
 /// An existing folder; move-only.
 struct FinderFolder {
     FileDescriptor descriptor;
-    std::string path; ///< absolute, without links
+    std::string path; ///< absolute, links resolved
     struct stat status;
 
     FolderEntry entry(const std::string& name) const { return {descriptor.number(), name}; }
-    /// Whether both are the same folder, be it by another path.
+    /// Whether both are the same folder, even if their paths differ.
     bool isSame(const FinderFolder& other) const;
     bool liesInOrIs(const std::string& otherPath) const;
 };
@@ -32,10 +32,10 @@ struct FinderItem {
     bool isFolder() const { return S_ISDIR(status.st_mode); }
 };
 
-/// Links are followed. notFound when nothing is there or it is no folder.
+/// Follows links. notFound when there is no folder.
 Result<FinderFolder> lookUpFolder(const std::string& path);
 
-/// A link is an item itself. refused for the names that stand for a folder as a whole: "/", "." and "..".
+/// Does not follow a link at the end of the path. refused for "/", "." and "..".
 Result<FinderItem> lookUpItem(std::string path);
 
 } // namespace kestrine

@@ -15,15 +15,15 @@ namespace {
 
 constexpr const char* sidecar = nullptr;
 
-/// Where a value may be stored.
+/// A place where a value can be stored.
 template <class Value>
 struct Place {
     const char* attribute; ///< the name of an extended attribute, or the sidecar
     const StoredForm<Value>* form;
 };
 
-// The first place that holds a value is believed. The first of a table is our own, which desktops share; it
-// is made when it is missing. The others belong to Macs and file servers and are only kept up to date.
+// The first place that has a value is used. The first place in each table is our own, which desktops share;
+// it is created when it is missing. The others belong to Macs and file servers and are only updated.
 
 constexpr Place<NSString> commentPlaces[] = {
     {"user.xdg.comment", &commentAsText},
@@ -40,15 +40,14 @@ constexpr Place<FinderInfo> informationPlaces[] = {
 };
 
 Result<void> checkExists(const std::string& path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0)
         return systemFailure("cannot examine " + path);
     return {};
 }
 
-/// Whether a failed load() means that nothing usable is stored there.
+/// Whether load() failed because nothing usable is stored there.
 bool isAbsence(Reason reason) {
     return reason == Reason::notFound || reason == Reason::notRegularFile || reason == Reason::tooLarge;
 }
@@ -57,7 +56,7 @@ Result<Bytes> load(const char* attribute, const std::string& path) {
     return attribute == sidecar ? readSidecar(path) : getExtendedAttribute(path, attribute);
 }
 
-/// An attribute goes away when nothing is left to be stored.
+/// Removes the attribute when `bytes` is empty.
 Result<void> save(const char* attribute, const std::string& path, ByteView bytes) {
     if (attribute == sidecar)
         return replaceSidecar(path, bytes);
@@ -68,8 +67,8 @@ Result<void> save(const char* attribute, const std::string& path, ByteView bytes
     return isGone ? Result<void>() : removed;
 }
 
-/// A place that the file system cannot have is passed over; only when no other holds a value is that the
-/// answer.
+/// Skips a place that the file system does not support; fails with unsupported only when no other place has a
+/// value.
 template <class Value>
 Result<std::optional<Value>> firstValue(std::span<const Place<Value>> places, const std::string& path) {
     TRY(checkExists(path));
@@ -89,14 +88,13 @@ Result<std::optional<Value>> firstValue(std::span<const Place<Value>> places, co
     return std::optional<Value>();
 }
 
-/// What a place is for.
 enum class Role {
-    own,        ///< it is made when it is missing
-    copy,       ///< our own place holds the value; here it may be cut
-    substitute, ///< for our own place, which the file system cannot have: all of the value or nothing
+    own,        ///< our own place; it is created when it is missing
+    copy,       ///< a copy for other programs; it may be truncated
+    substitute, ///< replaces our own place, which the file system does not support; never truncated
 };
 
-/// Answers whether the place now says `value`, whole.
+/// Returns whether the place now has the complete `value`.
 template <class Value>
 Result<bool> update(const Place<Value>& place, const std::string& path, const Value& value, Role role) {
     const Result<Bytes> stored = load(place.attribute, path);
@@ -115,12 +113,11 @@ Result<bool> update(const Place<Value>& place, const std::string& path, const Va
     return isWhole;
 }
 
-/// Stops at the first failure. A new value is stored in our own place first, and an old one is taken from
-/// there last: so whatever fails, what is believed is either the old value or the new one.
+/// Stops at the first failure. Our own place is set first but cleared last, so that after a failure reading
+/// gives either the old value or the new one.
 template <class Value>
 Result<void> updateAll(std::span<const Place<Value>> places, const std::string& path, const Value& value) {
-    if (Result<void> exists = checkExists(path); !exists)
-        return exists;
+    TRY(checkExists(path));
     const bool isClearing = value == Value();
     std::optional<Failure> unsupported;
     bool isStored = false;

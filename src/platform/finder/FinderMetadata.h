@@ -1,6 +1,6 @@
-// What the Finder keeps beside a file's content: a comment and the Finder information.
-// Both live in extended attributes, under the names that Linux desktops and file servers use; a sidecar
-// ("._name") that is there already is read and kept up to date, but none is ever made.
+// A file's Finder comment and Finder information.
+// Both are stored in extended attributes, under the names that Linux desktops and file servers use. An
+// existing sidecar file ("._name") is read and updated, but never created.
 #pragma once
 
 #include "platform/finder/FinderInfo.h"
@@ -11,22 +11,22 @@
 
 namespace kestrine {
 
-// Paths are bytes and follow symbolic links. Every function fails with notFound when nothing is there, with
-// unsupported where the file system keeps no attributes and no sidecar keeps the value, and with
-// notPermitted for lack of rights. Setting fails also with noSpace or tooLarge; after a failure the old value
-// or the new one is read, and places that others look at may not be up to date.
+// Paths are byte strings; links are followed. Every function fails with notFound when nothing is there, with
+// unsupported when the file system has no attributes and no sidecar stores the value, and with notPermitted
+// when access is denied. Setting can also fail with noSpace or tooLarge; reading then gives the old value or
+// the new one, and the copies for other programs may be out of date.
 
-/// The comment; absent when there is none. A comment that a desktop, a Mac or a file server left is found.
+/// The comment, also one that a desktop, a Mac or a file server stored; nil when there is none.
 Result<OptionalString> finderComment(const std::string& path);
 
-/// Sets the comment so that desktops, and a file server that kept one already, show it. An empty comment
-/// removes it everywhere.
+/// Sets the comment, and updates every copy that other programs have stored. An empty comment removes it
+/// everywhere.
 Result<void> setFinderComment(const std::string& path, const NSString& comment);
 
-/// The Finder information; all zero when none was ever kept.
+/// The Finder information; all fields are 0 when none is stored.
 Result<FinderInfo> finderInformation(const std::string& path);
 
-/// Sets all fields. What holds nothing but zeros is removed rather than kept.
+/// Sets all fields. Information that is all 0 is removed.
 Result<void> setFinderInformation(const std::string& path, const FinderInfo& information);
 
 } // namespace kestrine

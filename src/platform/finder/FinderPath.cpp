@@ -15,17 +15,16 @@ Failure nothingThere(const NSString& finderPath) {
     return {Reason::notFound, "there is no item " + finderPath.utf8()};
 }
 
-/// The names of a Finder path; malformed when one of them is empty.
 Result<std::vector<NSString>> namesOf(const NSString& finderPath) {
     std::vector<NSString> names = finderPath.componentsSeparatedBy(u":");
     if (names.size() > 1 && names.back().isEmpty())
         names.pop_back();
     if (std::any_of(names.begin(), names.end(), [](const NSString& name) { return name.isEmpty(); }))
-        return Failure{Reason::malformed, "there is an empty name in the Finder path " + finderPath.utf8()};
+        return Failure{Reason::malformed, "a name is empty in the Finder path " + finderPath.utf8()};
     return names;
 }
 
-/// Whether an item can have that name; "." and ".." would lead to another place.
+/// Whether an item can have that name.
 bool isItemName(const std::string& name) {
     return name != "." && name != ".." && name.find_first_of(std::string("/\0", 2)) == std::string::npos;
 }

@@ -1,4 +1,4 @@
-// Finder paths: names separated by colons, a volume's name first, a colon last for a folder.
+// Finder paths: names separated by colons. The first is the volume's name; a folder's path ends with a colon.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -8,12 +8,12 @@
 
 namespace kestrine {
 
-/// The Finder path of an existing item, without the colon that marks a folder. A link is an item itself;
-/// links above it are resolved.
+/// The Finder path of an existing item, without the colon at a folder's end. A link at the end of `path` is
+/// not followed; links before it are resolved.
 Result<NSString> finderPathOf(const std::string& path);
 
-/// The path of the item that a Finder path names; a colon at its end is allowed. notFound when no volume
-/// has the first name or nothing is there; malformed for an empty text or an empty name inside it.
+/// The path of an item by its Finder path, which may end with a colon. notFound when there is no such volume
+/// or item; malformed when the string or a name in it is empty.
 Result<std::string> pathOfFinderPath(const NSString& finderPath);
 
 } // namespace kestrine

@@ -15,20 +15,18 @@ namespace kestrine {
 
 namespace {
 
-/// Whether the user may remove the entry and everything in it. Nothing is changed.
+/// Succeeds when the user may remove the entry and everything in it. Changes nothing.
 Result<void> checkTreeRemovable(const FolderEntry& entry) {
     struct stat status = TRY(statusOf(entry));
     if (isMountPoint(entry))
         return Failure{Reason::refused, "a file system is mounted on " + entry.name};
-    if (Result<void> removable = checkRemovable(entry.folder, status); !removable)
-        return removable;
+    TRY(checkRemovable(entry.folder, status));
     if (!S_ISDIR(status.st_mode))
         return {};
     FileDescriptor folder = TRY(openSubfolder(entry));
     std::vector<std::string> names = TRY(namesIn(folder.number()));
     for (const std::string& name : names)
-        if (Result<void> removable = checkTreeRemovable({folder.number(), name}); !removable)
-            return removable;
+        TRY(checkTreeRemovable({folder.number(), name}));
     return {};
 }
 
@@ -38,7 +36,8 @@ int renameTo(const FolderEntry& from, const std::string& name) {
 
 bool exchangeIsMissing(int error) { return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP; }
 
-/// Where the file system cannot exchange names: the old goes aside, and comes back if the new cannot arrive.
+/// For file systems that cannot exchange names: renames the old item first, and renames it back if the new
+/// one cannot get the name.
 Result<std::string> swapStepwise(const FolderEntry& staged, const FolderEntry& place) {
     const FolderEntry aside{place.folder, temporaryName()};
     int error = renameTo(place, aside.name);
@@ -51,7 +50,7 @@ Result<std::string> swapStepwise(const FolderEntry& staged, const FolderEntry& p
     return systemFailure("cannot replace " + place.name, error);
 }
 
-/// Answers the name under which the old one is now.
+/// Returns the old item's new name.
 Result<std::string> swap(const FolderEntry& staged, const FolderEntry& place) {
     if (::renameat2(staged.folder, staged.name.c_str(), place.folder, place.name.c_str(), RENAME_EXCHANGE)
         == 0)
@@ -94,7 +93,7 @@ Result<void> checkPlace(const FolderEntry& place, Replacing replacing) {
     if (!status)
         return status.failure();
     if (replacing == Replacing::no)
-        return Failure{Reason::alreadyExists, "there is a " + place.name + " already"};
+        return Failure{Reason::alreadyExists, place.name + " already exists"};
     return checkTreeRemovable(place);
 }
 
@@ -125,7 +124,7 @@ Result<void> removeReplaced(const Placement& placement, const FolderEntry& place
         return {};
     std::string name = TRY(takeNameWith("replaced", old, place.name));
     return Failure{Reason::inputOutput,
-                   "what " + place.name + " replaced cannot be removed and is called " + name};
+                   "the item that " + place.name + " replaced cannot be removed; its name is now " + name};
 }
 
 Result<std::string> putBeside(const std::string& staged, const FolderEntry& original) {

@@ -1,5 +1,5 @@
-// Giving a complete item, which waits in a folder under a hidden name, the name it is to have.
-// Something of that name gives way only in one step with the arrival of the new, and goes only afterwards.
+// Gives a complete item that has a hidden name its final name in the same folder.
+// An existing item of that name is replaced in one step and removed afterwards.
 #pragma once
 
 #include "platform/finder/Finder.h"
@@ -7,23 +7,24 @@
 
 namespace kestrine {
 
-/// Whether the name is free, or what has it may and can give way: it and all it holds can be removed, and
-/// no file system is mounted there (alreadyExists, notPermitted, refused).
+/// Succeeds when the name is free or its item can be replaced. alreadyExists without Replacing::yes;
+/// notPermitted when the item or something in it cannot be removed; refused when a file system is mounted
+/// there.
 Result<void> checkPlace(const FolderEntry& place, Replacing replacing);
 
-/// What became of the one that had the name.
+/// What happened to the item that had the name.
 struct Placement {
     bool hasReplaced = false;
-    std::string hidden; ///< the name under which a replaced folder, or file under a folder, waits to go
+    std::string hidden; ///< the replaced item's present name; empty when it is already removed
 };
 
-/// Renames `staged`, a name in the same folder, to the place. After a failure all is as it was.
+/// Renames `staged`, a name in the same folder, to the place. A failure changes nothing.
 Result<Placement> putInPlace(const std::string& staged, const FolderEntry& place, Replacing replacing);
 
-/// Removes what was replaced. What cannot be removed gets a name that people see ("a replaced.jpg").
+/// Removes the replaced item. If that fails, the item gets a visible name ("a replaced.jpg").
 Result<void> removeReplaced(const Placement& placement, const FolderEntry& place);
 
-/// Renames `staged` to the first free one of "a copy.jpg", "a copy 2.jpg", ... and answers that name.
+/// Renames `staged` to the first free name of "a copy.jpg", "a copy 2.jpg", ... and returns it.
 Result<std::string> putBeside(const std::string& staged, const FolderEntry& original);
 
 } // namespace kestrine

@@ -18,23 +18,23 @@ bool isSameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-/// By its path, and by what it is: a folder may be mounted in a second place.
+/// Compares device and inode as well as the path, because a folder can be mounted at a second path.
 bool liesInItem(const FinderFolder& folder, const FinderItem& item) {
     return item.isFolder() && (folder.liesInOrIs(item.path()) || isSameFile(folder.status, item.status));
 }
 
-/// What can be known before anything is done.
+/// The checks that are possible before anything is changed.
 Result<void> checkTransfer(const FinderFolder& folder, const FinderItem& item, Replacing replacing) {
     if (isMountPoint(item.entry()) || (item.isFolder() && hasMountPointBelow(item.path())))
-        return Failure{Reason::refused, "a file system is mounted on " + item.name + " or in it"};
+        return Failure{Reason::refused, "a file system is mounted on or in " + item.name};
     if (liesInItem(folder, item))
         return Failure{Reason::refused, item.name + " cannot be put into itself"};
     if (replacing == Replacing::yes && item.folder.liesInOrIs(joinedPath(folder.path, item.name)))
-        return Failure{Reason::refused, item.name + " lies in the folder that it would replace"};
+        return Failure{Reason::refused, item.name + " is in the folder that it would replace"};
     return checkPlace(folder.entry(item.name), replacing);
 }
 
-/// Gives a finished copy the item's name; the copy goes when that fails.
+/// Gives a finished copy the item's name; removes the copy when that fails.
 Result<Placement> placeCopy(const FolderEntry& staged, const FolderEntry& place, Replacing replacing) {
     Result<Placement> placed = putInPlace(staged.name, place, replacing);
     if (!placed)
@@ -44,8 +44,7 @@ Result<Placement> placeCopy(const FolderEntry& staged, const FolderEntry& place,
 
 Result<void> duplicateInPlace(const FinderItem& item) {
     const FolderEntry staged = item.folder.entry(temporaryName());
-    if (Result<CopiedItem> copied = copyTree(item.entry(), staged, Original::stays); !copied)
-        return copied.failure();
+    TRY(copyTree(item.entry(), staged, Original::stays));
     Result<std::string> name = putBeside(staged.name, item.entry());
     if (!name) {
         removeTree(staged);
@@ -54,8 +53,8 @@ Result<void> duplicateInPlace(const FinderItem& item) {
     return syncFolder(item.folder.descriptor.number());
 }
 
-/// Removes the original of a copy that is in place. When nothing of it could be removed, and nothing gave way
-/// for the copy, the copy goes again.
+/// Removes the original after its copy has its name. If nothing of the original could be removed and the copy
+/// replaced nothing, the copy is removed instead.
 Result<void> removeCopied(const FinderItem& item, const CopiedItem& copied, const FolderEntry& copy,
                           bool hasReplaced) {
     bool anythingRemoved = false;
@@ -84,8 +83,7 @@ Failure cannotMove(const FinderItem& item, int error) {
     return systemFailure("cannot move " + item.name, error);
 }
 
-/// Within one file system: the item comes into the folder under a hidden name first, since it may have to
-/// go back.
+/// Within one file system. The item first gets a hidden name in the folder, so that it can be moved back.
 Result<void> moveReplacing(const FinderFolder& folder, const FinderItem& item) {
     const FolderEntry staged = folder.entry(temporaryName()), place = folder.entry(item.name);
     RenameMechanisms mechanisms;
@@ -102,7 +100,7 @@ Result<void> moveReplacing(const FinderFolder& folder, const FinderItem& item) {
     return removeReplaced(*placed, place);
 }
 
-/// Renaming one name of a file to another of its names would do nothing: the first one simply goes.
+/// Both names are hard links to one file, and renaming one to the other would do nothing.
 Result<void> dropSecondName(const FinderItem& item) {
     if (::unlinkat(item.folder.descriptor.number(), item.name.c_str(), 0) != 0)
         return cannotMove(item, errno);
@@ -114,11 +112,9 @@ Result<void> dropSecondName(const FinderItem& item) {
 Result<void> copyInto(const FinderFolder& folder, const FinderItem& item, Replacing replacing) {
     if (item.folder.isSame(folder))
         return replacing == Replacing::no ? duplicateInPlace(item) : Result<void>();
-    if (Result<void> possible = checkTransfer(folder, item, replacing); !possible)
-        return possible;
+    TRY(checkTransfer(folder, item, replacing));
     const FolderEntry staged = folder.entry(temporaryName()), place = folder.entry(item.name);
-    if (Result<CopiedItem> copied = copyTree(item.entry(), staged, Original::stays); !copied)
-        return copied.failure();
+    TRY(copyTree(item.entry(), staged, Original::stays));
     Placement placed = TRY(placeCopy(staged, place, replacing));
     Result<void> synced = syncFolder(place.folder);
     Result<void> cleared = removeReplaced(placed, place);
@@ -128,8 +124,7 @@ Result<void> copyInto(const FinderFolder& folder, const FinderItem& item, Replac
 Result<void> moveInto(const FinderFolder& folder, const FinderItem& item, Replacing replacing) {
     if (item.folder.isSame(folder))
         return {};
-    if (Result<void> possible = checkTransfer(folder, item, replacing); !possible)
-        return possible;
+    TRY(checkTransfer(folder, item, replacing));
     const FolderEntry place = folder.entry(item.name);
     Result<struct stat> old = statusOf(place);
     if (old && isSameFile(*old, item.status) && old->st_nlink > 1 && !item.isFolder())

@@ -1,5 +1,5 @@
-// Bringing one item into a folder, by renaming or by a complete copy.
-// After a failure the folder is as it was, unless the failure came when the original was half removed.
+// Copies or moves one item into a folder.
+// A failure leaves the folder as it was, unless a part of the original was already removed.
 #pragma once
 
 #include "platform/finder/Finder.h"
@@ -7,11 +7,11 @@
 
 namespace kestrine {
 
-/// Copies the item into the folder, under its own name or, where it lies there itself, under a name of a
-/// copy; `replacing` is for the own name.
+/// Copies the item into the folder under its own name. In the item's own folder the copy gets another name
+/// ("a copy.jpg"); with Replacing::yes nothing happens there.
 Result<void> copyInto(const FinderFolder& folder, const FinderItem& item, Replacing replacing);
 
-/// Moves the item into the folder.
+/// Moves the item into the folder: by renaming, or between volumes by a complete copy.
 Result<void> moveInto(const FinderFolder& folder, const FinderItem& item, Replacing replacing);
 
 } // namespace kestrine

@@ -18,10 +18,10 @@ namespace kestrine {
 
 namespace {
 
-/// A resource fork has at most 16 MiB, since its offsets have 24 bits; the rest is small.
-constexpr std::uint64_t largestSidecar = 17 * 1024 * 1024;
+/// Bytes. A resource fork has at most 16 MiB, because its offsets have 24 bits; the other entries are small.
+constexpr std::uint64_t maxSidecarSize = 17 * 1024 * 1024;
 
-/// A name in a folder that is held open.
+/// A name in an open folder.
 struct SidecarPlace {
     FileDescriptor folder;
     std::string name;
@@ -34,7 +34,7 @@ Result<SidecarPlace> placeBeside(const std::string& path) {
         return systemFailure("cannot find " + path);
     const std::string item = resolved.get();
     if (nameOf(item).empty())
-        return Failure{Reason::notFound, "nothing lies beside the root folder"};
+        return Failure{Reason::notFound, "the root folder has no sidecar"};
     FileDescriptor folder = TRY(openFolder(folderOf(item)));
     return SidecarPlace{std::move(folder), "._" + nameOf(item)};
 }
@@ -50,7 +50,7 @@ Result<FileDescriptor> openSidecar(const SidecarPlace& place, int access) {
     return file;
 }
 
-/// Of an open file; its times are set to now, for its content is about to change.
+/// The status of an open file with the current time as access and modification time.
 Result<struct stat> statusForNewContent(int file, const std::string& name) {
     struct stat status {};
     if (::fstat(file, &status) != 0)
@@ -68,7 +68,7 @@ Result<Bytes> readSidecar(const std::string& path) {
     SidecarPlace place = TRY(placeBeside(path));
     FileDescriptor file = TRY(openSidecar(place, O_RDONLY));
     std::shared_ptr<const ByteReader> reader = TRY(readerOfFile(std::move(file)));
-    return reader->readAll(largestSidecar);
+    return reader->readAll(maxSidecarSize);
 }
 
 Result<void> replaceSidecar(const std::string& path, ByteView content) {
@@ -78,12 +78,9 @@ Result<void> replaceSidecar(const std::string& path, ByteView content) {
 
     const int folder = place.folder.number();
     TemporaryFile file = TRY(TemporaryFile::create(folder, 0600));
-    if (Result<void> written = writeAll(file.descriptor(), content); !written)
-        return written;
-    if (Result<void> kept = copyAttributes(old.number(), file.descriptor(), status); !kept)
-        return kept;
-    if (Result<void> finished = finishWriting(file.descriptor(), Durability::synced); !finished)
-        return finished;
+    TRY(writeAll(file.descriptor(), content));
+    TRY(copyAttributes(old.number(), file.descriptor(), status));
+    TRY(finishWriting(file.descriptor(), Durability::synced));
     if (::renameat(folder, file.entry().name.c_str(), folder, place.name.c_str()) != 0)
         return systemFailure("cannot replace " + place.name);
     file.wasRenamed();

@@ -1,5 +1,5 @@
-// The sidecar: "._name" beside "name", an AppleDouble container in which Macs keep what a file system that
-// knows no attributes cannot. We never make one; one that is there is read and kept up to date.
+// The sidecar file: "._name" beside "name", an AppleDouble container in which Macs store metadata on file
+// systems without extended attributes. Existing sidecars are read and updated; none is ever created.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -9,14 +9,13 @@
 
 namespace kestrine {
 
-// Paths are those of the file or folder itself and follow symbolic links, so the sidecar lies beside what a
-// link leads to. The sidecar's own name is not followed: a link in its place (notRegularFile) could lead the
-// writer to somebody else's file.
+// `path` is the path of the file or folder itself; links are followed, so the sidecar is beside the link's
+// target. A sidecar that is itself a link is refused (notRegularFile): it could lead to another user's file.
 
-/// The sidecar's content. notFound when there is none, tooLarge beyond what a resource fork can need.
+/// The sidecar's content. notFound when there is none, tooLarge above 17 MiB.
 Result<Bytes> readSidecar(const std::string& path);
 
-/// Gives an existing sidecar a new content in one step; its attributes, rights and, where possible, its
+/// Replaces the content of an existing sidecar in one step. Its attributes, permissions and, if possible,
 /// owner stay. notPermitted when it is write-protected.
 Result<void> replaceSidecar(const std::string& path, ByteView content);
 

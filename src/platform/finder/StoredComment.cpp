@@ -1,7 +1,7 @@
 #include "platform/finder/AppleDouble.h"
 #include "platform/finder/StoredForms.h"
-#include "platform/foundation/text/NSStringEncoding.h"
 #include "platform/foundation/propertylist/PropertyListText.h"
+#include "platform/foundation/text/NSStringEncoding.h"
 
 #include <algorithm>
 #include <string_view>
@@ -31,14 +31,14 @@ std::optional<Bytes> changedPropertyList(ByteView stored, const NSString& commen
     return comment.isEmpty() ? Bytes() : propertyListOfText(comment);
 }
 
-/// As much of `text` as `room` bytes hold without a part of a character.
+/// The first `room` bytes of `text` at most, cut after a whole character.
 std::string_view cutToRoom(std::string_view text, std::size_t room) {
     if (text.size() <= room)
         return text;
     const auto continuesCharacter = [text](std::size_t i) { return (text[i] & 0xC0) == 0x80; };
-    constexpr std::size_t longestTail = 3; // bytes of a character after its first
+    constexpr std::size_t maxContinuationBytes = 3; // of a UTF-8 character
     std::size_t end = room;
-    while (end > 0 && room - end < longestTail && continuesCharacter(end))
+    while (end > 0 && room - end < maxContinuationBytes && continuesCharacter(end))
         --end;
     return text.substr(0, end);
 }
@@ -55,12 +55,12 @@ OptionalString readCommentInAppleDouble(ByteView stored) {
 }
 
 std::optional<Bytes> appleDoubleWithComment(ByteView stored, const NSString& comment) {
-    constexpr std::size_t longestComment = 200; // bytes; the bound of the format and of its readers
+    constexpr std::size_t maxCommentSize = 200; // bytes; the limit of the format and of its readers
     const Result<AppleDouble> container = AppleDouble::parse(stored);
     if (!container || !container->content(AppleDoubleEntry::comment))
         return std::nullopt;
     const std::string text = comment.utf8();
-    const std::size_t room = std::min(container->room(AppleDoubleEntry::comment), longestComment);
+    const std::size_t room = std::min(container->room(AppleDoubleEntry::comment), maxCommentSize);
     return container->withContent(AppleDoubleEntry::comment, bytesOf(cutToRoom(text, room)));
 }
 

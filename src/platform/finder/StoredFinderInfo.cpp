@@ -30,7 +30,7 @@ Bytes withInformationAt(ByteView whole, std::size_t offset, const FinderInfo& in
     return changed;
 }
 
-/// The entry may go on after the information, with attributes of the file for instance.
+/// The whole entry; other data, such as attributes of the file, can follow the information.
 std::optional<ByteView> informationEntry(const Result<AppleDouble>& container) {
     const auto content = container ? container->content(AppleDoubleEntry::finderInfo) : std::nullopt;
     return content && content->size() >= size ? content : std::nullopt;
@@ -51,8 +51,8 @@ std::optional<Bytes> appleDoubleWithInfo(ByteView stored, const FinderInfo& info
     return container->withContent(AppleDoubleEntry::finderInfo, withInformationAt(*content, 0, information));
 }
 
-// The stream: a signature, a version, 4 reserved bytes, the time of the last backup, the information, what
-// another old system knew of the file.
+// The stream: signature, version, 4 reserved bytes, time of the last backup, Finder information, information
+// of another old system.
 constexpr std::array<std::uint8_t, 4> streamSignature{'A', 'F', 'P', 0};
 constexpr std::size_t streamSize = 60;
 constexpr std::size_t informationPlace = 16;

@@ -1,5 +1,5 @@
-// The forms in which programs store a comment or the Finder information, from bytes and back. Nothing here
-// looks at the disk. Bytes that break their form hold nothing and are never changed.
+// The formats in which programs store a comment or the Finder information. Nothing here reads the disk.
+// Invalid bytes count as no value and are never changed.
 #pragma once
 
 #include "platform/finder/FinderInfo.h"
@@ -12,26 +12,26 @@ namespace kestrine {
 
 template <class Value>
 struct StoredForm {
-    /// The value; nothing when the bytes break the form or keep none.
+    /// The value; nothing when the bytes are invalid or contain none.
     std::optional<Value> (*read)(ByteView stored);
 
-    /// The bytes with `value` in place of theirs and all else as it was; no bytes at all when nothing is
-    /// left to be stored. Nothing when the bytes break the form or have no place for a value.
+    /// The bytes with `value` in place of the old value; empty when nothing needs to be stored. Nothing when
+    /// the bytes are invalid or have no place for a value.
     std::optional<Bytes> (*changed)(ByteView stored, const Value& value);
 };
 
-/// UTF-8 and nothing else.
+/// Plain UTF-8.
 extern const StoredForm<NSString> commentAsText;
-/// A binary property list with one text.
+/// A binary property list that contains one string.
 extern const StoredForm<NSString> commentInPropertyList;
-/// An entry of at most 200 bytes. One that is no UTF-8 is read as Mac OS Roman, as old servers have it; a
-/// comment that is too long is cut between two characters.
+/// An entry of at most 200 bytes of UTF-8, or Mac OS Roman as old servers write it. A longer comment is cut
+/// after a whole character.
 extern const StoredForm<NSString> commentInAppleDouble;
 
-/// The 32 bytes and nothing else; all zero is nothing to be stored.
+/// The plain 32 bytes; information that is all 0 is not stored.
 extern const StoredForm<FinderInfo> plainFinderInfo;
 extern const StoredForm<FinderInfo> finderInfoInAppleDouble;
-/// The stream of 60 bytes that a file server keeps for Macs, with or without the zero that some append.
+/// The stream of 60 bytes that a file server stores for Macs; some servers append a zero byte.
 extern const StoredForm<FinderInfo> finderInfoInAFPInfo;
 
 } // namespace kestrine

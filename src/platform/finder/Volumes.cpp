@@ -1,5 +1,6 @@
 #include "platform/finder/Volumes.h"
 
+#include "platform/host/FreeDeleter.h"
 #include "platform/host/files/FileAttributes.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/MountPoints.h"
@@ -14,28 +15,27 @@ namespace kestrine {
 
 namespace {
 
-/// The names that no folder gives.
 constexpr const char* startUpVolumeName = "System";
-constexpr const char16_t* nameAboveTheVolumes = u"Computer";
+constexpr const char16_t* topLevel = u"Computer";
 
-/// In bytes, which are never fewer than the UTF-16 units of the same text.
-constexpr std::size_t longestVolumeName = 255;
+/// In bytes. UTF-8 never has fewer bytes than UTF-16 has code units, so this also limits the latter.
+constexpr std::size_t maxVolumeNameSize = 255;
 
-/// A part of a file system that is mounted in a second place may be a single file, which is an item like any
-/// other. Only those are looked at: examining a dead network disk would take forever.
+/// A bind mount can be a single file, which is no volume. Only bind mounts are examined, because stat() can
+/// block forever on an unreachable network disk.
 bool isVolume(const MountPoint& point) {
     struct stat status {};
     return point.path != "/"
            && (point.showsWhole || ::stat(point.path.c_str(), &status) != 0 || S_ISDIR(status.st_mode));
 }
 
-/// Finds each volume the name that its folder suggests, or the next one with a number.
+/// Gives each volume the name of its folder, with a number when the name is taken.
 class VolumeNames {
 public:
     NSString next(const std::string& wanted) {
         NSString name = shown(wanted);
         for (unsigned number = 1; !taken_.insert(name).second; ++number)
-            name = shown(nameWithAddition(wanted, " " + std::to_string(number), longestVolumeName));
+            name = shown(nameWithAddition(wanted, " " + std::to_string(number), maxVolumeNameSize));
         return name;
     }
 
@@ -47,16 +47,16 @@ private:
     std::set<NSString> taken_;
 };
 
-Failure refusal() { return {Reason::refused, "nothing holds the level above the volumes"}; }
+Failure refusal() { return {Reason::refused, "the top level has no parent"}; }
 
 Result<std::string> withoutLinks(const std::string& path) {
-    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), std::free);
+    const std::unique_ptr<char, FreeDeleter> resolved(::realpath(path.c_str(), nullptr));
     if (!resolved)
         return systemFailure("cannot find " + path);
     return std::string(resolved.get());
 }
 
-/// The path of an existing item; only its last name may be a link.
+/// The path of an existing item with all links resolved, except one at its end.
 Result<std::string> locate(std::string path) {
     TRY(checkPath(path));
     path.erase(path.find_last_not_of('/') + 1);
@@ -65,12 +65,11 @@ Result<std::string> locate(std::string path) {
         return withoutLinks(path + "/");
     std::string folder = TRY(withoutLinks(folderOf(path)));
     std::string located = joinedPath(folder, name);
-    if (const Result<struct stat> found = attributesOf(located, FollowLinks::no); !found)
-        return found.failure();
+    TRY(attributesOf(located, FollowLinks::no));
     return located;
 }
 
-/// Spares most items the table of mounts, which may be long. True also where the system does not tell.
+/// Avoids reading the table of mounts, which can be long, for most items. True when it cannot be determined.
 bool canBeVolume(const std::string& located) {
     if (located == "/")
         return true;
@@ -100,7 +99,7 @@ Result<std::vector<Volume>> mountedVolumes() {
     return volumes;
 }
 
-NSString topLevelName() { return nameAboveTheVolumes; }
+NSString topLevelName() { return topLevel; }
 
 Result<CatalogEntry> catalogEntry(const std::string& path) {
     if (path.empty())

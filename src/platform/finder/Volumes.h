@@ -1,5 +1,5 @@
-// The Finder's view of the file tree: volumes with names, and items that know their name and their parent.
-// One level stands above the volumes, so that a walk upwards ends one step above a volume's root.
+// The Finder's view of the file tree: volumes with names, and items with a name and a parent. The parent of
+// every volume is the top level.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -12,32 +12,32 @@ namespace kestrine {
 
 /// A mounted file system.
 struct Volume {
-    std::string mountPoint; ///< an absolute path; "/" of the start-up volume
-    NSString name;          ///< never empty, different from every other volume's, colons shown as slashes
+    std::string mountPoint; ///< an absolute path; "/" for the start-up volume
+    NSString name;          ///< not empty, unique; colons appear as slashes
 };
 
-/// The volumes of this moment, the start-up volume first, then the oldest first. Every folder on which
-/// something is mounted is one, pseudo file systems included, so that each path lies on a volume. A volume is
-/// called as its folder; a later one whose name is taken gets a number ("disk 1"). Where the system shows no
-/// table of mounts all is the start-up volume.
+/// The volumes mounted now: the start-up volume first, then the others in the order of mounting. Every folder
+/// on which something is mounted is a volume, pseudo file systems included. A volume has its folder's name;
+/// if that is taken, a number is added ("disk 1"). Without a table of mounts there is only the start-up
+/// volume.
 Result<std::vector<Volume>> mountedVolumes();
 
-/// The name of the level above the volumes.
+/// The name of the top level.
 NSString topLevelName();
 
-/// What the catalog knows of an item: its name as the Finder shows it (a colon in a file's name appears as a
-/// slash, since colons separate names; at most 255 UTF-16 units) and the path of what holds it.
+/// An item's name as the Finder shows it (a colon in a file's name appears as a slash, because colons
+/// separate names; at most 255 UTF-16 units) and its parent.
 struct CatalogEntry {
     NSString name;
-    /// Free of links and dots. "" stands for the level above the volumes.
+    /// A path without links, "." and ".."; "" is the top level.
     std::string parent;
 };
 
-/// `path` is absolute, or "" for the level above the volumes, which has a name but no parent and is
-/// therefore refused. The last component is not followed when it is a link. notFound when nothing is there.
+/// `path` is absolute; a link at its end is not followed. notFound when nothing is there; refused for "", the
+/// top level, because that has no parent.
 Result<CatalogEntry> catalogEntry(const std::string& path);
 
-/// Colons and slashes trade places: a file's name as the Finder shows it, and back.
+/// Converts a file's name to the form that the Finder shows, and back.
 NSString withColonsAndSlashesSwapped(const NSString& name);
 
 } // namespace kestrine

@@ -5,23 +5,13 @@
 #include "platform/coregraphics/RowSource.h"
 #include "platform/host/files/ByteReader.h"
 #include "platform/imageio/DamageRecord.h"
+#include "platform/imageio/Resolution.h"
 
 #include <optional>
 #include <string_view>
 #include <vector>
 
 namespace kestrine {
-
-/// Pixels per inch along the two axes. A file that says nothing, or something outside 1..100000, has 72.
-struct Resolution {
-    double horizontal = 72;
-    double vertical = 72;
-
-    bool operator==(const Resolution&) const = default;
-};
-
-/// The resolution for what a file says; either axis falls back to 72 by itself.
-Resolution plausibleResolution(double horizontal, double vertical);
 
 /// One picture of a file (the page of a TIFF; most files have one), as its decoder delivers it.
 struct FrameDescription {

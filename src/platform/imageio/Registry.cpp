@@ -11,13 +11,7 @@ namespace {
 constexpr std::array<const ImageCodec*, 7> codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec,
                                                      &webp::codec, &bmp::codec, &pnm::codec};
 
-double plausible(double dotsPerInch) { return dotsPerInch >= 1 && dotsPerInch <= 100'000 ? dotsPerInch : 72; }
-
 } // namespace
-
-Resolution plausibleResolution(double horizontal, double vertical) {
-    return {plausible(horizontal), plausible(vertical)};
-}
 
 const ImageCodec* codecFor(const ByteReader& reader) {
     std::array<std::uint8_t, 64> buffer{};

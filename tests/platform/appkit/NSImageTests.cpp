@@ -175,11 +175,12 @@ TEST(Drawing, aCanvasHasTheWholePixelsNearestToItsPoints) {
     const struct {
         float points;
         int pixels;
-    } rows[] = {{0.1F, 1}, {0.5F, 1}, {1.49F, 1}, {1.5F, 2}, {33.3F, 33}, {20, 20}};
+    } rows[] = {{0.1F, 1}, {0.5F, 1}, {1.49F, 1}, {1.5F, 2}, {2.5F, 3}, {6.5F, 7}, {33.3F, 33}, {20, 20}};
     for (const auto& row : rows) {
         const auto drawn = drawnImage({row.points, 20}, image);
         EXPECT_EQ(drawn->size(), (NSSize{row.points, 20}));
         EXPECT_EQ(drawn->representations().front()->pixelsWide(), row.pixels) << row.points;
+        EXPECT_EQ(drawnImage({20, row.points}, image)->representations().front()->pixelsHigh(), row.pixels);
     }
 }
 

@@ -39,7 +39,7 @@ AERecord read(std::string_view text, std::vector<const AEDesc*> descriptors = {}
     return outcome.parameters;
 }
 
-TEST(AEBuildAppleEvent, readsTheTextThatAsksForAComment) {
+TEST(AEBuildAppleEvent, readsTheParametersOfACommentRequest) {
     const AEDesc item = textDescriptor("item");
     AppleEvent event;
     ASSERT_EQ(build(event, "'----':obj {form:prop,want:type(prop),seld:type(comt),from:(@)}", {&item}),
@@ -66,7 +66,7 @@ TEST(AEBuildAppleEvent, takesTheDescriptorsInOrder) {
     EXPECT_EQ(found.descriptorType, typeTrue);
 }
 
-TEST(AEBuildAppleEvent, addressesTheApplicationAskedFor) {
+TEST(AEBuildAppleEvent, setsTheAddress) {
     AppleEvent event;
     ASSERT_EQ(build(event, "", {}), noErr);
     AEDesc address;
@@ -74,7 +74,7 @@ TEST(AEBuildAppleEvent, addressesTheApplicationAskedFor) {
     expectCode(address, typeApplSignature, "MACS");
 }
 
-TEST(AEBuildAppleEvent, aBadTextGivesAStatusAPlaceAndNoEvent) {
+TEST(AEBuildAppleEvent, aSyntaxErrorGivesAStatusAPositionAndNoEvent) {
     AppleEvent event = textDescriptor("before");
     AEBuildError error;
     EXPECT_EQ(build(event, "abcd:type(comt", {}, &error), errAEBuildSyntaxError);
@@ -85,7 +85,10 @@ TEST(AEBuildAppleEvent, aBadTextGivesAStatusAPlaceAndNoEvent) {
 
 TEST(AEBuildAppleEvent, needsItsArguments) {
     AppleEvent event;
-    EXPECT_EQ(build(event, nullptr, {}), paramErr);
+    AEBuildError error{aeBuildSyntaxNoKey, 7};
+    EXPECT_EQ(build(event, nullptr, {}, &error), paramErr);
+    EXPECT_EQ(error.fError, aeBuildSyntaxNoErr);
+    EXPECT_EQ(error.fErrorPos, 0u);
     EXPECT_EQ(AEBuildAppleEvent(1, 2, typeApplSignature, &finder, 4, 0, 0, nullptr, nullptr, "", {}),
               paramErr);
     EXPECT_EQ(AEBuildAppleEvent(1, 2, typeApplSignature, nullptr, 4, 0, 0, &event, nullptr, "", {}),
@@ -93,17 +96,23 @@ TEST(AEBuildAppleEvent, needsItsArguments) {
     EXPECT_EQ(event.descriptorType, typeNull);
 }
 
-TEST(ParameterText, shortCodesAreFilledUpWithBlanks) {
-    const AERecord record = read("a:b,  abc : type ( xy ) ");
+TEST(ParameterText, shortCodesArePaddedWithBlanks) {
+    const AERecord record = read("a:b,\t abc : type ( xy ) ");
     expectCode(fieldOf(record, "a   "), typeEnumerated, "b   ");
     expectCode(fieldOf(record, "abc "), typeType, "xy  ");
 }
 
-TEST(ParameterText, quotesTakeAnyFourCharacters) {
+TEST(ParameterText, codesConsistOfLettersAndDigits) {
+    expectCode(fieldOf(read("azAZ:09z9"), "azAZ"), typeEnumerated, "09z9");
+    for (const std::string_view text : {"a:@", "a:[", "a:`", "a:_", "a:-"})
+        EXPECT_EQ(readParameterText(text, {}).status, errAEBuildSyntaxError) << text;
+}
+
+TEST(ParameterText, quotedCodesCanHaveAnyCharacters) {
     expectCode(fieldOf(read("'{,:}':'(@) '"), "{,:}"), typeEnumerated, "(@) ");
 }
 
-TEST(ParameterText, recordsMayBeEmptyAndWithoutType) {
+TEST(ParameterText, recordsCanBeEmptyAndWithoutType) {
     EXPECT_EQ(fieldOf(read("rec1:{}"), "rec1").descriptorType, typeAERecord);
     const AERecord inner = fieldOf(read("rec1:{rec2:{code:abcd}}"), "rec1");
     expectCode(fieldOf(fieldOf(inner, "rec2"), "code"), typeEnumerated, "abcd");
@@ -119,7 +128,7 @@ TEST(ParameterText, aWrongNumberOfDescriptorsIsRefused) {
     EXPECT_EQ(readParameterText("abcd:(@)", two).status, paramErr);
 }
 
-TEST(ParameterText, everyMistakeHasItsNumberAndPlace) {
+TEST(ParameterText, everyErrorHasItsNumberAndPosition) {
     struct Row {
         std::string_view text;
         AEBuildErrorCode code;
@@ -135,7 +144,8 @@ TEST(ParameterText, everyMistakeHasItsNumberAndPlace) {
           Row{"a:type(b}", aeBuildSyntaxNoCloseParen, 8}, Row{"a:type()", aeBuildSyntaxBadDesc, 7},
           Row{"a:obj{b:c)", aeBuildSyntaxNoCloseBrace, 9}, Row{"a:obj{b:c", aeBuildSyntaxBadEOF, 9},
           Row{"'abc':x", aeBuildSyntaxMissingQuote, 1}, Row{"'abcd", aeBuildSyntaxMissingQuote, 1},
-          Row{"a:b}", aeBuildSyntaxNoEOF, 3}, Row{std::string_view("a:b\0", 4), aeBuildSyntaxNoEOF, 3}}) {
+          Row{"a:'", aeBuildSyntaxMissingQuote, 3}, Row{"a:b}", aeBuildSyntaxNoEOF, 3},
+          Row{std::string_view("a:b\0", 4), aeBuildSyntaxNoEOF, 3}}) {
         const std::vector<const AEDesc*> descriptors{&desc};
         const ParameterTextOutcome outcome = readParameterText(row.text, descriptors);
         EXPECT_EQ(outcome.status, errAEBuildSyntaxError) << row.text;
@@ -144,7 +154,7 @@ TEST(ParameterText, everyMistakeHasItsNumberAndPlace) {
     }
 }
 
-TEST(ParameterText, nestingHasABound) {
+TEST(ParameterText, nestingIsLimited) {
     const auto nested = [](int depth) {
         std::string text = "a:b";
         for (int i = 0; i < depth; i++)
@@ -152,6 +162,10 @@ TEST(ParameterText, nestingHasABound) {
         return readParameterText(text, {}).status;
     };
     EXPECT_EQ(nested(16), noErr);
+    std::string siblings = "a:b";
+    for (int i = 0; i < 20; i++)
+        siblings += ",a:{b:c}";
+    EXPECT_EQ(readParameterText(siblings, {}).status, noErr) << "only the depth counts";
     EXPECT_EQ(nested(17), errAEBuildSyntaxError);
     std::string endless;
     for (int i = 0; i < 100000; i++)

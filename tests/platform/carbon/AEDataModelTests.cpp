@@ -16,7 +16,7 @@ Bytes bytesIn(const AEDesc& desc) {
     return {data.begin(), data.end()};
 }
 
-TEST(AEDesc, beginsAsANullOneWithoutBytes) {
+TEST(AEDesc, isInitiallyANullDescriptorWithoutBytes) {
     const AEDesc desc;
     EXPECT_EQ(desc.descriptorType, typeNull);
     EXPECT_EQ(AEGetDescDataSize(&desc), 0);
@@ -31,14 +31,15 @@ TEST(AECreateDesc, copiesTheBytes) {
     EXPECT_EQ(bytesIn(desc), bytesOf("abc"));
 }
 
-TEST(AECreateDesc, aTypeMayHaveNoBytesAtAll) {
+TEST(AECreateDesc, aTypeCanHaveNoBytes) {
     AEDesc desc;
     EXPECT_EQ(AECreateDesc(typeTrue, nullptr, 0, &desc), noErr);
     EXPECT_EQ(desc.descriptorType, typeTrue);
+    EXPECT_EQ(desc.dataHandle, nullptr);
     EXPECT_EQ(AEGetDescDataSize(&desc), 0);
 }
 
-TEST(AECreateDesc, refusesMissingArgumentsAndBytesOfNothing) {
+TEST(AECreateDesc, refusesMissingArgumentsAndBytesOfTypeNull) {
     AEDesc desc = textDescriptor("before");
     EXPECT_EQ(AECreateDesc(typeText, "a", 1, nullptr), paramErr);
     EXPECT_EQ(AECreateDesc(typeText, nullptr, 1, &desc), paramErr);
@@ -47,7 +48,7 @@ TEST(AECreateDesc, refusesMissingArgumentsAndBytesOfNothing) {
     EXPECT_EQ(AECreateDesc(typeNull, "a", 1, &desc), paramErr);
 }
 
-TEST(AEDisposeDesc, leavesANullDescriptorAndItsCopiesAlone) {
+TEST(AEDisposeDesc, leavesANullDescriptorAndKeepsCopies) {
     AEDesc desc = textDescriptor("abc");
     const AEDesc copy = desc;
     EXPECT_EQ(AEDisposeDesc(&desc), noErr);
@@ -56,13 +57,13 @@ TEST(AEDisposeDesc, leavesANullDescriptorAndItsCopiesAlone) {
     EXPECT_EQ(bytesIn(copy), bytesOf("abc"));
 }
 
-TEST(AEDisposeDesc, refusesWhatIsNoDescriptor) {
+TEST(AEDisposeDesc, refusesAnInvalidDescriptor) {
     AEDesc impossible{typeNull, std::make_shared<const Bytes>(Bytes{1})};
     EXPECT_EQ(AEDisposeDesc(&impossible), errAENotAEDesc);
     EXPECT_EQ(AEDisposeDesc(nullptr), paramErr);
 }
 
-TEST(AECoerceDesc, textsKeepEveryByteBothWays) {
+TEST(AECoerceDesc, textKeepsEveryByteInBothDirections) {
     for (const std::string_view text : {"", "plain", "caf\xc3\xa9 \xf0\x9f\x98\x80", "no text: \xff\xe9"}) {
         const AEDesc desc = textDescriptor(text);
         AEDesc unicode;
@@ -79,7 +80,13 @@ TEST(AECoerceDesc, anOddByteAtTheEndOfUnicodeTextIsDropped) {
     EXPECT_EQ(unicodeTextOf(desc).length(), 1u);
 }
 
-TEST(AECoerceDesc, knowsTheFormsOfBooleansAndCodes) {
+TEST(AEDesc, aCodeHasExactlyFourBytes) {
+    EXPECT_EQ(codeOf(codeDescriptor(typeType, 1234)), 1234u);
+    for (const std::size_t size : {0, 3, 5})
+        EXPECT_EQ(codeOf(descriptorOf(typeType, Bytes(size, 1))), 0u) << size;
+}
+
+TEST(AECoerceDesc, convertsBooleansAndCodes) {
     struct Row {
         AEDesc from;
         DescType type;
@@ -97,7 +104,7 @@ TEST(AECoerceDesc, knowsTheFormsOfBooleansAndCodes) {
     }
 }
 
-TEST(AECoerceDesc, everyTypeIsAFormOfItself) {
+TEST(AECoerceDesc, everyTypeConvertsToItself) {
     const AEDesc desc = descriptorOf(typePString, {1, 'a'});
     for (const DescType type : {typePString, typeWildCard}) {
         AEDesc made;
@@ -107,7 +114,7 @@ TEST(AECoerceDesc, everyTypeIsAFormOfItself) {
     }
 }
 
-TEST(AECoerceDesc, failsWhereThereIsNoForm) {
+TEST(AECoerceDesc, failsWithoutAConversion) {
     const AEDesc desc = textDescriptor("12");
     for (const DescType type : {typePString, typeShortInteger, typeAlias, typeNull}) {
         AEDesc made = desc;
@@ -116,14 +123,14 @@ TEST(AECoerceDesc, failsWhereThereIsNoForm) {
     }
 }
 
-TEST(AECoerceDesc, nothingStaysNothing) {
+TEST(AECoerceDesc, aNullDescriptorStaysANullDescriptor) {
     const AEDesc nothing;
     AEDesc made = textDescriptor("before");
     EXPECT_EQ(AECoerceDesc(&nothing, typeUnicodeText, &made), noErr);
     EXPECT_EQ(made.descriptorType, typeNull);
 }
 
-TEST(AECoerceDesc, theResultMayBeTheSource) {
+TEST(AECoerceDesc, theResultCanBeTheSource) {
     AEDesc desc = textDescriptor("a");
     EXPECT_EQ(AECoerceDesc(&desc, typeUnicodeText, &desc), noErr);
     EXPECT_EQ(unicodeTextOf(desc), NSString(u"a"));
@@ -131,7 +138,7 @@ TEST(AECoerceDesc, theResultMayBeTheSource) {
     EXPECT_EQ(AECoerceDesc(&desc, typeText, nullptr), paramErr);
 }
 
-TEST(AEGetDescData, copiesNoMoreThanThereIsRoomFor) {
+TEST(AEGetDescData, copiesAtMostTheGivenSize) {
     const AEDesc desc = textDescriptor("abc");
     char buffer[5] = "....";
     EXPECT_EQ(AEGetDescData(&desc, buffer, 2), noErr);

@@ -55,6 +55,19 @@ TEST(AppleEvents, automaticReturnIDsDiffer) {
     }
 }
 
+TEST(AppleEvents, automaticReturnIDsAreNeverNegative) {
+    const AEAddressDesc target;
+    for (int i = 0; i < 0x10000; i++) {
+        AppleEvent event;
+        AEReturnID returnID = -1;
+        AEDesc found;
+        (void)AECreateAppleEvent(1, 2, &target, kAutoGenerateReturnID, kAnyTransactionID, &event);
+        (void)AEGetAttributeDesc(&event, keyReturnIDAttr, typeShortInteger, &found);
+        (void)AEGetDescData(&found, &returnID, sizeof returnID);
+        ASSERT_GE(returnID, 0);
+    }
+}
+
 TEST(AppleEvents, aParameterReplacesTheOneWithItsKey) {
     AppleEvent event = madeEvent();
     const AEDesc one = textDescriptor("one");
@@ -66,7 +79,7 @@ TEST(AppleEvents, aParameterReplacesTheOneWithItsKey) {
     EXPECT_EQ(textOf(event, secondKey), "one");
 }
 
-TEST(AppleEvents, aParameterIsNoAttribute) {
+TEST(AppleEvents, aParameterIsNotAnAttribute) {
     AppleEvent event = madeEvent();
     const AEDesc text = textDescriptor("elsewhere");
     EXPECT_EQ(AEPutParamDesc(&event, keyAddressAttr, &text), noErr);
@@ -75,7 +88,7 @@ TEST(AppleEvents, aParameterIsNoAttribute) {
     EXPECT_EQ(found.descriptorType, typeApplSignature);
 }
 
-TEST(AppleEvents, aMissingParameterAndAWrongTypeAreToldApart) {
+TEST(AppleEvents, aMissingParameterAndAWrongTypeHaveDifferentErrors) {
     AppleEvent event = madeEvent();
     const AEDesc text = textDescriptor("one");
     ASSERT_EQ(AEPutParamDesc(&event, firstKey, &text), noErr);
@@ -85,7 +98,7 @@ TEST(AppleEvents, aMissingParameterAndAWrongTypeAreToldApart) {
     EXPECT_EQ(found.descriptorType, typeNull);
 }
 
-TEST(AppleEvents, theBytesOfAParameterComeWithTypeAndWholeSize) {
+TEST(AppleEvents, theBytesOfAParameterHaveTheirTypeAndCompleteSize) {
     AppleEvent event = madeEvent();
     const AEDesc text = textDescriptor("abcdef");
     ASSERT_EQ(AEPutParamDesc(&event, firstKey, &text), noErr);
@@ -99,7 +112,7 @@ TEST(AppleEvents, theBytesOfAParameterComeWithTypeAndWholeSize) {
     EXPECT_EQ(AEGetParamPtr(&event, firstKey, typeText, nullptr, buffer, 3, nullptr), noErr);
 }
 
-TEST(AppleEvents, aFailureLeavesTypeAndSizeAlone) {
+TEST(AppleEvents, aFailureDoesNotChangeTypeAndSize) {
     const AppleEvent event = madeEvent();
     DescType type = typeAlias;
     Size size = 77;
@@ -126,7 +139,7 @@ TEST(AppleEvents, missingArgumentsAndOtherDescriptorsAreRefused) {
     EXPECT_EQ(AEGetParamPtr(nullptr, firstKey, typeText, nullptr, &byte, 1, nullptr), paramErr);
 }
 
-TEST(RecordFields, aRecordMayHoldRecordsAndNothing) {
+TEST(RecordFields, aRecordCanContainRecordsAndNullDescriptors) {
     AERecord inner{typeAERecord, nullptr};
     AERecord outer{typeAERecord, nullptr};
     ASSERT_EQ(putField(inner, firstKey, textDescriptor("deep")), noErr);
@@ -140,7 +153,7 @@ TEST(RecordFields, aRecordMayHoldRecordsAndNothing) {
     EXPECT_EQ(found.descriptorType, typeText);
 }
 
-TEST(RecordFields, brokenBytesAreToldNotFollowed) {
+TEST(RecordFields, invalidBytesAreReported) {
     const Bytes whole = [] {
         AERecord record{typeAERecord, nullptr};
         EXPECT_EQ(putField(record, firstKey, textDescriptor("abc")), noErr);
@@ -161,7 +174,7 @@ TEST(RecordFields, brokenBytesAreToldNotFollowed) {
     EXPECT_EQ(getField(descriptorOf(typeAERecord, bytesOfNothing), firstKey, found), errAECorruptData);
 }
 
-TEST(RecordFields, onlyRecordsHaveFields) {
+TEST(RecordFields, otherDescriptorsHaveNoFields) {
     AEDesc text = textDescriptor("abc");
     AEDesc found;
     EXPECT_EQ(getField(text, firstKey, found), errAEWrongDataType);

@@ -1,4 +1,5 @@
 #include "platform/carbon/Aliases.h"
+#include "platform/carbon/MemoryRefusal.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +27,7 @@ Bytes aliasOf(const std::string& path) {
     return bytes;
 }
 
-/// Where it leads to; "" when nowhere.
+/// The path of the alias; "" on failure.
 std::string followed(const Bytes& alias) {
     const Result<std::string> path = pathOfAlias(alias);
     return path ? *path : "";
@@ -37,28 +38,30 @@ protected:
     const TemporaryFolder folder_{fs::canonical(fs::temp_directory_path())};
 };
 
-TEST_F(Aliases, leadToTheItemWhereItWas) {
+TEST_F(Aliases, findTheItemAtItsOldPath) {
     const std::string path = folder_.write("file", "");
     EXPECT_EQ(followed(aliasOf(path)), path);
     EXPECT_EQ(followed(aliasOf(folder_.path())), folder_.path());
     EXPECT_EQ(followed(aliasOf("/")), "/");
 }
 
-TEST_F(Aliases, leadToTheItemUnderANewName) {
+TEST_F(Aliases, findARenamedItem) {
     const Bytes alias = aliasOf(folder_.write("old", ""));
-    folder_.write("another", "");
+    const Bytes other = aliasOf(folder_.write("another", ""));
     fs::rename(folder_ / "old", folder_ / "new");
+    fs::rename(folder_ / "another", folder_ / "renamed");
     EXPECT_EQ(followed(alias), folder_ / "new");
+    EXPECT_EQ(followed(other), folder_ / "renamed");
 }
 
-TEST_F(Aliases, preferWhatTookTheOldPlace) {
+TEST_F(Aliases, preferTheItemAtTheOldPath) {
     const Bytes alias = aliasOf(folder_.write("file", "old"));
     fs::rename(folder_ / "file", folder_ / "backup");
     folder_.write("file", "new");
     EXPECT_EQ(followed(alias), folder_ / "file");
 }
 
-TEST_F(Aliases, leadNowhereWhenTheItemIsGone) {
+TEST_F(Aliases, findNoRemovedItem) {
     const Bytes alias = aliasOf(folder_.write("inner/file", ""));
     fs::remove(folder_ / "inner/file");
     EXPECT_EQ(pathOfAlias(alias).failure().reason, Reason::notFound);
@@ -66,14 +69,14 @@ TEST_F(Aliases, leadNowhereWhenTheItemIsGone) {
     EXPECT_EQ(pathOfAlias(alias).failure().reason, Reason::notFound);
 }
 
-TEST_F(Aliases, keepAnyName) {
+TEST_F(Aliases, keepUnusualNames) {
     for (const char* name : {"a:b", "\"\n", "caf\xe9"}) {
         const std::string path = folder_.write(name, "");
         EXPECT_EQ(followed(aliasOf(path)), path);
     }
 }
 
-TEST_F(Aliases, brokenBytesAreNoAlias) {
+TEST_F(Aliases, invalidBytesAreMalformed) {
     const Bytes alias = aliasOf(folder_.write("file", ""));
     for (std::size_t length = 0; length < alias.size(); length++)
         EXPECT_EQ(pathOfAlias(ByteView(alias).first(length)).failure().reason, Reason::malformed) << length;
@@ -87,19 +90,23 @@ TEST_F(Aliases, brokenBytesAreNoAlias) {
     EXPECT_EQ(pathOfAlias(cut).failure().reason, Reason::malformed);
 }
 
-TEST_F(Aliases, areNotMadeOfNothing) {
+TEST_F(Aliases, areNotMadeOfMissingItems) {
     AliasHandle alias = nullptr;
     const FSRef empty;
+    const FSRef root = refOf("/");
+    FSRef topLevel;
+    ASSERT_EQ(FSGetCatalogInfo(&root, kFSCatInfoNone, nullptr, nullptr, nullptr, &topLevel), noErr);
     const FSRef gone = refOf(folder_.write("file", ""));
     fs::remove(folder_ / "file");
     EXPECT_EQ(FSNewAlias(nullptr, nullptr, &alias), paramErr);
     EXPECT_EQ(FSNewAlias(nullptr, &gone, nullptr), paramErr);
     EXPECT_EQ(FSNewAlias(nullptr, &empty, &alias), errFSBadFSRef);
+    EXPECT_EQ(FSNewAlias(nullptr, &topLevel, &alias), errFSBadFSRef);
     EXPECT_EQ(FSNewAlias(nullptr, &gone, &alias), fnfErr);
     EXPECT_EQ(alias, nullptr);
 }
 
-TEST_F(Aliases, lackOfMemoryIsTold) {
+TEST_F(Aliases, lackOfMemoryIsReported) {
     const FSRef reference = refOf("/");
     AliasHandle alias = nullptr;
     refuseMemory(memFullErr);

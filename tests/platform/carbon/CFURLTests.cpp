@@ -14,7 +14,7 @@ CFURLRef urlOf(const std::string& path) {
     return CFURLCreateWithFileSystemPath(NSString::fromUTF8(path), kCFURLPOSIXPathStyle, false);
 }
 
-TEST(CFURL, comesBackFromAReferenceWithWhatItIs) {
+TEST(CFURL, aURLOfAReferenceKnowsWhetherItIsAFolder) {
     const TemporaryFolder folder;
     folder.write("file", "");
     FSRef reference;
@@ -25,7 +25,7 @@ TEST(CFURL, comesBackFromAReferenceWithWhatItIs) {
     EXPECT_FALSE(CFURLHasDirectoryPath(urlOf(folder.path())));
 }
 
-TEST(CFURL, givesItsPathInBothStyles) {
+TEST(CFURL, itsPathIsAvailableInBothStyles) {
     const TemporaryFolder folder;
     const std::string path = folder.write("caf\xe9", "");
     EXPECT_EQ(CFURLCopyFileSystemPath(urlOf(path), kCFURLPOSIXPathStyle), NSString::fromUTF8(path));
@@ -37,7 +37,7 @@ TEST(CFURL, givesItsPathInBothStyles) {
     EXPECT_EQ(back->path(), fs::canonical(path));
 }
 
-TEST(CFURL, isNoneForWhatCannotBeAPath) {
+TEST(CFURL, aPathThatCannotBeEncodedGivesNull) {
     const OptionalString zero = std::u16string(u"/tmp\0a", 6);
     for (const OptionalString& path :
          {OptionalString(), OptionalString(u""), OptionalString(u"/\xd800"), zero})
@@ -54,18 +54,22 @@ TEST(CFURL, ofAMissingItemHasNoReferenceAndNoFinderPath) {
     EXPECT_EQ(CFURLCopyFileSystemPath(url, kCFURLHFSPathStyle), std::nullopt);
 }
 
-TEST(CFURL, nothingComesOfNothing) {
+TEST(CFURL, nullAndEmptyReferencesGiveNull) {
     const FSRef empty;
     FSRef reference;
     EXPECT_EQ(CFURLCreateFromFSRef(nullptr), nullptr);
     EXPECT_EQ(CFURLCreateFromFSRef(&empty), nullptr);
+    FSRef topLevel;
+    ASSERT_TRUE(CFURLGetFSRef(urlOf("/"), &reference));
+    ASSERT_EQ(FSGetCatalogInfo(&reference, kFSCatInfoNone, nullptr, nullptr, nullptr, &topLevel), noErr);
+    EXPECT_EQ(CFURLCreateFromFSRef(&topLevel), nullptr);
     EXPECT_FALSE(CFURLGetFSRef(nullptr, &reference));
     EXPECT_FALSE(CFURLGetFSRef(urlOf("/"), nullptr));
     EXPECT_FALSE(CFURLHasDirectoryPath(nullptr));
     EXPECT_EQ(CFURLCopyFileSystemPath(nullptr, kCFURLPOSIXPathStyle), std::nullopt);
 }
 
-TEST(CFURL, isNoneForAReferenceWhoseItemIsGone) {
+TEST(CFURL, aReferenceToARemovedItemGivesNull) {
     const TemporaryFolder folder;
     FSRef reference;
     ASSERT_TRUE(CFURLGetFSRef(urlOf(folder.write("file", "")), &reference));

@@ -40,7 +40,7 @@ NSString nameOf(const std::string& path) {
     return name;
 }
 
-TEST(FSPathMakeRef, tellsFilesFromFolders) {
+TEST(FSPathMakeRef, distinguishesFilesAndFolders) {
     const TemporaryFolder folder;
     bool isDirectory = true;
     FSRef reference;
@@ -50,7 +50,7 @@ TEST(FSPathMakeRef, tellsFilesFromFolders) {
     EXPECT_TRUE(isDirectory);
 }
 
-TEST(FSPathMakeRef, emptiesTheReferenceWhenNothingIsThere) {
+TEST(FSPathMakeRef, aMissingItemGivesAnEmptyReference) {
     const TemporaryFolder folder;
     FSRef reference = refOf(folder.path().string());
     EXPECT_EQ(makeRef(folder / "missing", reference), fnfErr);
@@ -66,7 +66,7 @@ TEST(FSPathMakeRef, needsItsArguments) {
     EXPECT_EQ(FSPathMakeRef(reinterpret_cast<const std::uint8_t*>("/"), nullptr, nullptr), paramErr);
 }
 
-TEST(FSPathMakeRef, followsLinksAlsoTheLastOne) {
+TEST(FSPathMakeRef, followsLinksAlsoAtTheEnd) {
     const TemporaryFolder folder;
     folder.write("real/file", "");
     fs::create_symlink("real/file", folder / "link");
@@ -76,7 +76,7 @@ TEST(FSPathMakeRef, followsLinksAlsoTheLastOne) {
     EXPECT_EQ(makeRef(folder / "dangling", reference), fnfErr);
 }
 
-TEST(FSGetCatalogInfo, walksUpToOneLevelAboveTheVolume) {
+TEST(FSGetCatalogInfo, theParentsEndWithTheTopLevel) {
     const TemporaryFolder folder;
     FSRef reference = refOf(folder.write("inner/file", ""));
     std::vector<NSString> names;
@@ -96,7 +96,7 @@ TEST(FSGetCatalogInfo, walksUpToOneLevelAboveTheVolume) {
     EXPECT_TRUE(std::ranges::any_of(*volumes, [&](const Volume& volume) { return volume.name == names[1]; }));
 }
 
-TEST(FSGetCatalogInfo, aVolumesRootIsFollowedByExactlyOneLevel) {
+TEST(FSGetCatalogInfo, theParentOfAVolumesRootIsTheTopLevel) {
     NSString name;
     FSRef top;
     FSRef beyond;
@@ -106,7 +106,7 @@ TEST(FSGetCatalogInfo, aVolumesRootIsFollowedByExactlyOneLevel) {
     EXPECT_EQ(nameAndParent(beyond, name, top), errFSBadFSRef);
 }
 
-TEST(FSGetCatalogInfo, theLevelAboveTheVolumesHasNothingButAName) {
+TEST(FSGetCatalogInfo, theTopLevelHasOnlyAName) {
     NSString name;
     FSRef top;
     ASSERT_EQ(nameAndParent(refOf("/"), name, top), noErr);
@@ -119,7 +119,7 @@ TEST(FSGetCatalogInfo, theLevelAboveTheVolumesHasNothingButAName) {
     EXPECT_EQ(FSSetCatalogInfo(&top, kFSCatInfoFinderInfo, &information), errFSOperationNotSupported);
 }
 
-TEST(FSGetCatalogInfo, oddNamesComeAsTheFinderShowsThem) {
+TEST(FSGetCatalogInfo, unusualNamesAppearAsTheFinderShowsThem) {
     const TemporaryFolder folder;
     struct Row {
         std::string name;
@@ -132,7 +132,7 @@ TEST(FSGetCatalogInfo, oddNamesComeAsTheFinderShowsThem) {
         EXPECT_EQ(nameOf(folder.write(row.name, "")), row.shown);
 }
 
-TEST(FSGetCatalogInfo, failsForWhatIsGoneAndForNoReference) {
+TEST(FSGetCatalogInfo, failsForRemovedItemsAndEmptyReferences) {
     const TemporaryFolder folder;
     const FSRef reference = refOf(folder.write("file", ""));
     fs::remove(folder / "file");
@@ -165,6 +165,29 @@ TEST(FSGetCatalogInfo, theStartUpVolumeIsNumberedMinusOneHundred) {
     EXPECT_EQ(specification.parID, 1u);
 }
 
+TEST(FSGetCatalogInfo, otherVolumesAreNumberedInTheirOrder) {
+    const std::vector<Volume> volumes = mountedVolumes().value();
+    const auto proc = std::ranges::find(volumes, "/proc", &Volume::mountPoint);
+    ASSERT_NE(proc, volumes.end());
+    const FSRef reference = refOf("/proc/version");
+    FSCatalogInfo information;
+    ASSERT_EQ(FSGetCatalogInfo(&reference, kFSCatInfoVolume, &information, nullptr, nullptr, nullptr), noErr);
+    EXPECT_EQ(information.volume, -100 - (proc - volumes.begin()));
+    EXPECT_NE(information.volume, -100);
+}
+
+TEST(FSGetCatalogInfo, readsNoInformationWithoutAnOutput) {
+    const FSRef reference = refOf("/proc/version"); // without Finder information
+    EXPECT_EQ(FSGetCatalogInfo(&reference, kFSCatInfoFinderInfo, nullptr, nullptr, nullptr, nullptr), noErr);
+}
+
+TEST(FileInfo, theLabelIsBitsOneToThreeOfTheFlags) {
+    for (int label = 0; label <= 7; ++label)
+        for (const int otherFlags : {0x0000, 0xFFF1})
+            EXPECT_EQ(labelOf({.finderFlags = static_cast<std::uint16_t>(otherFlags | label << 1)}), label)
+                << "other flags " << otherFlags;
+}
+
 TEST(FSSetCatalogInfo, setsAllFiveFieldsAndKeepsTheRest) {
     if (!testing::keepsAttributes())
         GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
@@ -195,7 +218,7 @@ TEST(FSSetCatalogInfo, refusesWhatItCannotSet) {
     EXPECT_EQ(FSSetCatalogInfo(&empty, kFSCatInfoFinderInfo, &information), errFSBadFSRef);
 }
 
-TEST(FSSetCatalogInfo, aFileSystemWithoutAttributesSaysSo) {
+TEST(FSSetCatalogInfo, aFileSystemWithoutAttributesIsReported) {
     const FSRef reference = refOf("/proc/version");
     FSCatalogInfo information{5, {}};
     EXPECT_EQ(FSGetCatalogInfo(&reference, kFSCatInfoFinderInfo, &information, nullptr, nullptr, nullptr),

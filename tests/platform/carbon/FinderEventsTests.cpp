@@ -47,7 +47,7 @@ AppleEvent replyTo(const AppleEvent& event) {
     return reply;
 }
 
-/// 0 when the reply tells none.
+/// 0 when the reply has no error.
 int errorIn(const AppleEvent& reply) {
     OSErr number = 0;
     const OSErr status =
@@ -66,7 +66,7 @@ protected:
     const testing::FinderPlace place_;
 };
 
-TEST_F(FinderEvents, aCommentIsSetAndGot) {
+TEST_F(FinderEvents, aCommentIsSetAndRead) {
     const std::string path = place_.write("a:b \"c\".txt");
     const AEDesc item = itemAt(path);
     const AEDesc comment = unicodeTextDescriptor(u"caf\u00e9 \U0001F600");
@@ -79,7 +79,7 @@ TEST_F(FinderEvents, aCommentIsSetAndGot) {
     EXPECT_EQ(unicodeTextOf(got), NSString(u"caf\u00e9 \U0001F600"));
 }
 
-TEST_F(FinderEvents, noCommentIsAnEmptyText) {
+TEST_F(FinderEvents, aMissingCommentIsAnEmptyString) {
     const AEDesc item = itemAt(place_.write("file"));
     const AppleEvent reply = replyTo(eventOf("core", "getd", getComment, {&item}));
     AEDesc got;
@@ -88,7 +88,7 @@ TEST_F(FinderEvents, noCommentIsAnEmptyText) {
     EXPECT_EQ(AEGetDescDataSize(&got), 0);
 }
 
-TEST_F(FinderEvents, aCommentMayAlsoBeGivenAsText) {
+TEST_F(FinderEvents, aCommentCanBeOfTypeText) {
     const std::string path = place_.write("file");
     const AEDesc item = itemAt(path);
     const AEDesc comment = descriptorOf(typeText, testing::bytesOf("caf\xc3\xa9"));
@@ -96,7 +96,7 @@ TEST_F(FinderEvents, aCommentMayAlsoBeGivenAsText) {
     EXPECT_EQ(*finderComment(path), NSString(u"caf\u00e9"));
 }
 
-TEST_F(FinderEvents, aCloneGoesIntoTheFolder) {
+TEST_F(FinderEvents, aCloneIsMadeInTheFolder) {
     const AEDesc item = itemAt(place_.write("file", "new"));
     const AEDesc folder = named(*finderPathOf(place_.makeFolder("into")) + u":", cObject);
     const AEDesc no{typeFalse, nullptr};
@@ -105,7 +105,7 @@ TEST_F(FinderEvents, aCloneGoesIntoTheFolder) {
     EXPECT_EQ(testing::readFile(place_ / "file"), "new");
 }
 
-TEST_F(FinderEvents, aTakenNameGivesWayOnlyWhenAsked) {
+TEST_F(FinderEvents, anExistingItemIsReplacedOnlyOnRequest) {
     const AEDesc item = itemAt(place_.write("file", "new"));
     place_.write("into/file", "old");
     const AEDesc folder = named(*finderPathOf(place_ / "into") + u":", cObject);
@@ -125,7 +125,7 @@ TEST_F(FinderEvents, withoutTheReplacingParameterNothingIsReplaced) {
     EXPECT_EQ(testing::readFile(place_ / "into/file"), "old");
 }
 
-TEST_F(FinderEvents, anErrorComesWithASentence) {
+TEST_F(FinderEvents, anErrorHasAMessage) {
     const AEDesc item = named(u"No Such Volume:file");
     const AppleEvent reply = replyTo(eventOf("core", "getd", getComment, {&item}));
     EXPECT_EQ(errorIn(reply), errAENoSuchObject);
@@ -135,7 +135,7 @@ TEST_F(FinderEvents, anErrorComesWithASentence) {
     EXPECT_EQ(AEGetParamDesc(&reply, keyDirectObject, typeWildCard, &text), errAEDescNotFound);
 }
 
-TEST_F(FinderEvents, anAliasIsAnItemWhereverItIsSaidToBe) {
+TEST_F(FinderEvents, anAliasIsAnItemInAnyContainer) {
     const std::string path = place_.write("file");
     ASSERT_TRUE(setFinderComment(path, u"by alias"));
     FSRef reference;
@@ -155,7 +155,7 @@ TEST_F(FinderEvents, anAliasIsAnItemWhereverItIsSaidToBe) {
     }
 }
 
-TEST_F(FinderEvents, whatIsNoObjectOfTheFinderIsRefused) {
+TEST_F(FinderEvents, otherObjectsAreRefused) {
     AEDesc container = itemAt(place_.path());
     AEDesc name = unicodeTextDescriptor(*finderPathOf(place_.write("file")));
     AEDesc inside;
@@ -171,14 +171,38 @@ TEST_F(FinderEvents, whatIsNoObjectOfTheFinderIsRefused) {
         EXPECT_EQ(errorIn(replyTo(eventOf("core", "getd", getComment, {&item}))), errAENoSuchObject);
 }
 
-TEST_F(FinderEvents, onlyTheCommentCanBeGotAndSet) {
+TEST_F(FinderEvents, anObjectMustHaveTheKeyFormOfItsClass) {
+    const std::string path = place_.write("file");
+    FSRef reference;
+    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const std::uint8_t*>(path.c_str()), &reference, nullptr), noErr);
+    AliasHandle handle = nullptr;
+    ASSERT_EQ(FSNewAlias(nullptr, &reference, &handle), noErr);
+    const Bytes aliasBytes(*handle, *handle + GetHandleSize(handle));
+    DisposeHandle(handle);
+    AEDesc application, byName, byAliasName, byText;
+    AEDesc name = unicodeTextDescriptor(*finderPathOf(path));
+    AEDesc alias = descriptorOf(typeAlias, aliasBytes), text = descriptorOf(typeText, aliasBytes);
+    (void)CreateObjSpecifier(cFile, &application, formAbsolutePosition, &name, false, &byName);
+    (void)CreateObjSpecifier(typeAlias, &application, formName, &alias, false, &byAliasName);
+    (void)CreateObjSpecifier(typeAlias, &application, formAbsolutePosition, &text, false, &byText);
+    for (const AEDesc& item : {byName, byAliasName, byText})
+        EXPECT_EQ(errorIn(replyTo(eventOf("core", "getd", getComment, {&item}))), errAENoSuchObject);
+}
+
+TEST_F(FinderEvents, aPropertyMustHaveTheKeyFormOfProperties) {
+    const AEDesc item = itemAt(place_.write("file"));
+    constexpr const char* byName = "'----':obj {form:name,want:type(prop),seld:type(comt),from:(@)}";
+    EXPECT_EQ(errorIn(replyTo(eventOf("core", "getd", byName, {&item}))), errAENoSuchObject);
+}
+
+TEST_F(FinderEvents, onlyTheCommentIsSupported) {
     const AEDesc item = itemAt(place_.write("file"));
     constexpr const char* name = "'----':obj {form:prop,want:type(prop),seld:type(pnam),from:(@)}";
     EXPECT_EQ(errorIn(replyTo(eventOf("core", "getd", name, {&item}))), errAENoSuchObject);
     EXPECT_EQ(errorIn(replyTo(eventOf("core", "getd", "'----':(@)", {&item}))), errAENoSuchObject);
 }
 
-TEST_F(FinderEvents, missingAndWrongParametersAreTold) {
+TEST_F(FinderEvents, missingAndWrongParametersAreReported) {
     const AEDesc item = itemAt(place_.write("file"));
     const AEDesc folder = itemAt(place_.makeFolder("into"));
     const AEDesc word = codeDescriptor(typeEnumerated, 1);
@@ -191,7 +215,7 @@ TEST_F(FinderEvents, missingAndWrongParametersAreTold) {
     EXPECT_FALSE(fs::exists(place_ / "into/file"));
 }
 
-TEST_F(FinderEvents, anUpdateIsTakenAndOtherEventsAreNot) {
+TEST_F(FinderEvents, anUpdateIsHandledAndOtherEventsAreNot) {
     EXPECT_EQ(errorIn(replyTo(eventOf("fndr", "fupd", "", {}))), 0);
     EXPECT_EQ(errorIn(replyTo(eventOf("core", "delo", "", {}))), errAEEventNotHandled);
     EXPECT_EQ(errorIn(replyTo(eventOf("aevt", "getd", "", {}))), errAEEventNotHandled);
@@ -204,7 +228,7 @@ TEST_F(FinderEvents, aFileSystemWithoutAttributesIsAnError) {
               errFSOperationNotSupported);
 }
 
-TEST(AESend, onlyTheFinderCanBeReached) {
+TEST(AESend, onlyTheFinderReceivesEvents) {
     const AppleEvent event = eventOf("fndr", "fupd", "", {}, "WXYZ");
     AppleEvent reply = event;
     EXPECT_EQ(AESendMessage(&event, &reply, kAEWaitReply, kNoTimeOut), procNotFound);
@@ -221,7 +245,7 @@ TEST(AESend, aReplyHasTheReturnIDOfItsEvent) {
     EXPECT_EQ(*asked.dataHandle, *answered.dataHandle);
 }
 
-TEST(AESend, withoutAReplyNoneIsMade) {
+TEST(AESend, withoutWaitingThereIsNoReply) {
     const AppleEvent event = eventOf("core", "delo", "", {});
     AppleEvent reply = event;
     EXPECT_EQ(AESendMessage(&event, &reply, kAENoReply, kNoTimeOut), noErr);
@@ -229,7 +253,7 @@ TEST(AESend, withoutAReplyNoneIsMade) {
     EXPECT_EQ(AESendMessage(&event, nullptr, kAENoReply, kNoTimeOut), noErr);
 }
 
-TEST(AESend, theIdleProcedureIsCalledAndMayEndTheWaiting) {
+TEST(AESend, theIdleProcedureIsCalledAndCanStopTheWaiting) {
     const AppleEvent event = eventOf("fndr", "fupd", "", {});
     AppleEvent reply;
     int calls = 0;
@@ -255,7 +279,7 @@ TEST(AESend, missingArgumentsAndOtherModesAreRefused) {
     EXPECT_EQ(AESendMessage(&text, &reply, kAEWaitReply, kNoTimeOut), errAENotAppleEvent);
 }
 
-TEST(CreateObjSpecifier, disposesItsInputsOnlyWhenAsked) {
+TEST(CreateObjSpecifier, disposesItsInputsOnlyOnRequest) {
     AEDesc container = unicodeTextDescriptor(u"container");
     AEDesc key = unicodeTextDescriptor(u"key");
     AEDesc object;

@@ -23,7 +23,7 @@ TEST(MDItem, givesTheFindersComment) {
     EXPECT_EQ(MDItemCopyAttribute(item, u"kMDItemKind"), nullptr);
 }
 
-TEST(MDItem, isNoneWhereNothingIs) {
+TEST(MDItem, aMissingItemIsNull) {
     const TemporaryFolder folder;
     for (const OptionalString& path :
          {OptionalString(), OptionalString(u""), OptionalString(NSString::fromUTF8(folder / "missing")),
@@ -32,7 +32,7 @@ TEST(MDItem, isNoneWhereNothingIs) {
     EXPECT_EQ(MDItemCopyAttribute(nullptr, kMDItemFinderComment), nullptr);
 }
 
-TEST(MDItem, aFileSystemWithoutAttributesHasNone) {
+TEST(MDItem, aFileSystemWithoutAttributesHasNoComment) {
     EXPECT_EQ(MDItemCopyAttribute(MDItemCreate(NSString(u"/proc/version")), kMDItemFinderComment), nullptr);
 }
 

@@ -1,4 +1,5 @@
 #include "platform/carbon/MacMemory.h"
+#include "platform/carbon/MemoryRefusal.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -6,7 +7,7 @@
 namespace kestrine {
 namespace {
 
-/// Memory is refused for as long as it lives.
+/// Refuses memory for the lifetime of the object.
 struct RefusedMemory {
     explicit RefusedMemory(OSErr error) { refuseMemory(error); }
     ~RefusedMemory() { refuseMemory(std::nullopt); }
@@ -32,27 +33,38 @@ TEST(MacMemory, impossibleSizesAreRefused) {
     }
 }
 
-TEST(MacMemory, aRefusalLeavesTheNumberAskedFor) {
+TEST(MacMemory, aRefusalReportsTheGivenNumber) {
     const RefusedMemory refused(-117);
     EXPECT_EQ(NewPtr(1), nullptr);
     EXPECT_EQ(MemError(), -117);
     EXPECT_EQ(NewHandle(1), nullptr);
 }
 
-TEST(MacMemory, lockingAHandleShowsInItsStateUntilThatIsRestored) {
+TEST(MacMemory, lockingSetsABitOfTheStateWhichCanBeRestored) {
     const Handle handle = NewHandle(3);
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(GetHandleSize(handle), 3);
-    const std::int8_t before = HGetState(handle);
-    EXPECT_EQ(before & 0x80, 0);
+    EXPECT_EQ(HGetState(handle), 0);
+    HSetState(handle, 1);
     HLock(handle);
-    EXPECT_EQ(HGetState(handle) & 0x80, 0x80);
-    HSetState(handle, before);
-    EXPECT_EQ(HGetState(handle), before);
+    EXPECT_EQ(static_cast<std::uint8_t>(HGetState(handle)), 0x81);
+    HSetState(handle, 1);
+    EXPECT_EQ(HGetState(handle), 1);
     DisposeHandle(handle);
 }
 
-TEST(MacMemory, nothingHappensToNull) {
+TEST(MacMemory, everySuccessfulCallClearsTheError) {
+    const Ptr block = NewPtr(3);
+    const auto fail = [] { (void)NewPtr(-1); };
+    fail();
+    EXPECT_EQ(GetPtrSize(block), 3);
+    EXPECT_EQ(MemError(), noErr);
+    fail();
+    DisposePtr(block);
+    EXPECT_EQ(MemError(), noErr);
+}
+
+TEST(MacMemory, nullIsIgnored) {
     DisposePtr(nullptr);
     EXPECT_EQ(GetPtrSize(nullptr), 0);
     EXPECT_EQ(MemError(), noErr);

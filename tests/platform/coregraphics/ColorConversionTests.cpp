@@ -13,13 +13,13 @@ namespace {
 
 constexpr SampleDepth depths[] = {SampleDepth::bits8, SampleDepth::bits16};
 
-/// What rounding leaves open, in 16-bit codes: profiles hold their primaries in 65536ths of full light,
-/// sRGB's matrix triples that, and near black a 65536th is 13 codes.
+/// Tolerance for the rounding of primaries, in 16-bit codes: profiles store them in 65536ths of full light,
+/// the matrix of sRGB triples the error, and near black a 65536th is 13 codes.
 constexpr double roundingOfPrimaries = 40;
 
 double maximum(SampleDepth depth) { return depth == SampleDepth::bits8 ? 255 : 65535; }
 
-/// Samples all over the range, both ends among them.
+/// Samples from the whole range, including both ends.
 PixelBuffer manyColors(ColorModel model, bool alpha, SampleDepth depth) {
     const RowFormat format{64, 64, model, alpha, depth};
     const auto last = static_cast<unsigned>(maximum(depth));
@@ -45,8 +45,8 @@ PixelBuffer inGenericRGBA(const PixelBuffer& picture, const ColorProfile* profil
     return *readAllRows(*rows);
 }
 
-/// Every colour of `converted` is what `expected` says of the colour (0..1) in `source`, within `tolerance`
-/// codes, and alpha is as it was.
+/// Expects every colour of `converted` to be `expected(color)` of the colour (0..1) in `source`, within
+/// `tolerance` codes, and the same alpha.
 template <class Function>
 void expectColors(const PixelBuffer& source, const PixelBuffer& converted, double tolerance,
                   Function expected) {
@@ -83,13 +83,13 @@ public:
     }
 };
 
-/// Colours that sRGB holds, for the corners of a table: red changes slowest, blue fastest.
+/// Colours inside sRGB, for the corners of a table. Red changes slowest, blue fastest.
 const std::vector<Lab> corners = {{0, 0, 0},    {30, 20, -50}, {60, -40, 40}, {70, -30, -10},
                                   {45, 50, 30}, {50, 50, -30}, {85, 0, 60},   {100, 0, 0}};
 
 } // namespace
 
-TEST(ColorConversion, sRGBRowsPassUntouched) {
+TEST(ColorConversion, sRGBRowsAreNotChanged) {
     const ColorProfile sRGB = ColorProfile::sRGB();
     for (const ColorProfile* profile : {static_cast<const ColorProfile*>(nullptr), &sRGB}) {
         auto rows = rowsOfPixels(
@@ -120,7 +120,7 @@ TEST(ColorConversion, alphaIsKept) {
     }
 }
 
-TEST(ColorConversion, aWiderSpaceIsCutToWhatSRGBHolds) {
+TEST(ColorConversion, coloursOutsideSRGBAreClipped) {
     const ColorProfile adobeRGB = ColorProfile::adobeRGB();
     const PixelBuffer green =
         makePicture({1, 1, ColorModel::rgb, false, SampleDepth::bits8},
@@ -140,7 +140,7 @@ TEST(ColorConversion, greysStayGrey) {
     }
 }
 
-TEST(ColorConversion, greyGoesThroughItsOwnCurve) {
+TEST(ColorConversion, greyIsConvertedByTheCurveOfItsProfile) {
     const auto linear = ColorProfile::fromGamma(1, {}, ColorModel::gray);
     for (const SampleDepth depth : depths) {
         const PixelBuffer gray = manyColors(ColorModel::gray, false, depth);
@@ -149,7 +149,7 @@ TEST(ColorConversion, greyGoesThroughItsOwnCurve) {
     }
 }
 
-TEST(ColorConversion, eachChannelGoesThroughItsOwnCurve) {
+TEST(ColorConversion, eachChannelIsConvertedByItsOwnCurve) {
     const Bytes icc = matrixProfile(curveOfSamples({}), curveOfSamples({512}), curveOfSamples({768}));
     const PixelBuffer picture = manyColors(ColorModel::rgb, false, SampleDepth::bits8);
     expectColors(picture, inSRGB(picture, icc), 1, [](const Triple& color) {
@@ -169,7 +169,7 @@ TEST(ColorConversion, aProfileOfAnotherModelIsIgnored) {
     EXPECT_TRUE(samePicture(inSRGB(picture, &adobeRGB), inSRGB(picture, nullptr)));
 }
 
-TEST(ColorConversion, aTableCountsMoreThanCurves) {
+TEST(ColorConversion, aTableIsPreferredToCurves) {
     const ProfileTag grayTable = {"A2B0", tableOfCorners(1, {{0, 0, 0}, {60, 0, 0}})};
     const Bytes gray = makeICC("GRAY", "mntr", "Lab ", {grayTable, {"kTRC", curveOfSamples({})}});
     const auto white = [](ColorModel model) {
@@ -194,7 +194,7 @@ TEST(ColorConversion, aTableCountsMoreThanCurves) {
     });
 }
 
-TEST(ColorConversion, aProfileOfATableLeadsThroughIt) {
+TEST(ColorConversion, aProfileWithATableIsApplied) {
     const Bytes icc = makeICC("RGB ", "mntr", "Lab ", {{"A2B0", tableOfCorners(3, corners)}});
     for (const SampleDepth depth : depths) {
         const auto last = static_cast<unsigned>(maximum(depth));
@@ -211,7 +211,7 @@ TEST(ColorConversion, aProfileOfATableLeadsThroughIt) {
     }
 }
 
-TEST(ColorConversion, aGreyProfileOfATableLeadsThroughIt) {
+TEST(ColorConversion, aGreyProfileWithATableIsApplied) {
     const Bytes icc = makeICC("GRAY", "mntr", "Lab ", {{"A2B0", tableOfCorners(1, {{0, 0, 0}, {60, 0, 0}})}});
     const PixelBuffer picture =
         makePicture({2, 1, ColorModel::gray, false, SampleDepth::bits8},
@@ -230,7 +230,7 @@ TEST(ColorConversion, theBlackOfAProfileBecomesBlack) {
     EXPECT_EQ(inSRGB(picture, icc).bytes, (Bytes{0, 0, 0, 255, 255, 255}));
 }
 
-TEST(GenericRGBA, sRGBGoesThroughLightAndThePrimariesOfBoth) {
+TEST(GenericRGBA, sRGBIsConvertedByLightAndPrimaries) {
     for (const SampleDepth depth : depths) {
         const PixelBuffer picture = manyColors(ColorModel::rgb, false, depth);
         const PixelBuffer converted = inGenericRGBA(picture, nullptr);
@@ -249,7 +249,7 @@ TEST(GenericRGBA, sRGBGoesThroughLightAndThePrimariesOfBoth) {
     }
 }
 
-TEST(GenericRGBA, itsOwnColoursStay) {
+TEST(GenericRGBA, genericRGBIsNotChanged) {
     const ColorProfile generic = ColorProfile::genericRGB();
     const PixelBuffer picture = manyColors(ColorModel::rgb, false, SampleDepth::bits8);
     const PixelBuffer converted = inGenericRGBA(picture, &generic);
@@ -259,7 +259,7 @@ TEST(GenericRGBA, itsOwnColoursStay) {
     EXPECT_TRUE(samePicture(converted, expected));
 }
 
-TEST(GenericRGBA, greyTakesItsOwnCurveAndStaysGrey) {
+TEST(GenericRGBA, greyIsConvertedByItsCurveAndStaysGrey) {
     const auto linear = ColorProfile::fromGamma(1, {}, ColorModel::gray);
     const PixelBuffer grays = makePicture({256, 1, ColorModel::gray, false, SampleDepth::bits8},
                                           [](std::uint32_t x, auto, auto) { return x; });
@@ -271,7 +271,7 @@ TEST(GenericRGBA, greyTakesItsOwnCurveAndStaysGrey) {
     }
 }
 
-TEST(GenericRGBA, alphaIsKeptAndWhatIsClearHasNoColour) {
+TEST(GenericRGBA, alphaIsKeptAndTransparentPixelsHaveNoColour) {
     const PixelBuffer picture =
         makePicture({6, 1, ColorModel::rgb, true, SampleDepth::bits16},
                     [](auto x, auto, std::size_t c) { return c == 3 ? x * 13107 : 65535; });
@@ -282,7 +282,7 @@ TEST(GenericRGBA, alphaIsKeptAndWhatIsClearHasNoColour) {
     }
 }
 
-TEST(GenericRGBA, aProfileOfATableLeadsThroughIt) {
+TEST(GenericRGBA, aProfileWithATableIsApplied) {
     const Bytes icc = makeICC("RGB ", "mntr", "Lab ", {{"A2B0", tableOfCorners(3, corners)}});
     const auto profile = ColorProfile::fromICC(icc, ColorModel::rgb);
     ASSERT_TRUE(profile);
@@ -299,7 +299,7 @@ TEST(GenericRGBA, aProfileOfATableLeadsThroughIt) {
     }
 }
 
-TEST(ColorConversion, aFailureOfTheRowsIsPassedOn) {
+TEST(ColorConversion, aFailureOfTheRowsIsReturned) {
     const RowFormat format{3, 3, ColorModel::gray, false, SampleDepth::bits8};
     const auto rows = rowsInSRGB(std::make_unique<FailingRows>(format), nullptr);
     const auto pixels = readAllRows(*rows);

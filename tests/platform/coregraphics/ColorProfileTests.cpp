@@ -28,14 +28,14 @@ void expectColor(const std::array<double, 3>& actual, const std::array<double, 3
         EXPECT_NEAR(actual[i], expected[i], 0.0002) << i;
 }
 
-/// Bytes that must not pass for an RGB profile, each a good one with something wrong.
-std::vector<std::pair<std::string, Bytes>> unfitProfiles() {
+/// Invalid RGB profiles, each with one error.
+std::vector<std::pair<std::string, Bytes>> invalidProfiles() {
     const Bytes good = copyOf(ColorProfile::sRGB());
-    std::vector<std::pair<std::string, Bytes>> unfit;
+    std::vector<std::pair<std::string, Bytes>> invalid;
     const auto add = [&](std::string what, auto change) {
         Bytes bytes = good;
         change(bytes);
-        unfit.emplace_back(std::move(what), std::move(bytes));
+        invalid.emplace_back(std::move(what), std::move(bytes));
     };
     const auto addText = [&](std::string what, std::size_t at, std::string_view text) {
         add(std::move(what), [&](Bytes& bytes) { std::ranges::copy(text, bytes.begin() + at); });
@@ -54,41 +54,41 @@ std::vector<std::pair<std::string, Bytes>> unfitProfiles() {
     addText("a device link", 12, "link");
     addText("an abstract profile", 12, "abst");
     addText("a profile of named colours", 12, "nmcl");
-    return unfit;
+    return invalid;
 }
 
 } // namespace
 
-TEST(ColorProfile, aProfileOfItsModelIsTakenAsItIs) {
+TEST(ColorProfile, aProfileIsStoredUnchanged) {
     const auto again = ColorProfile::fromICC(ColorProfile::adobeRGB().bytes(), ColorModel::rgb);
     ASSERT_TRUE(again);
     EXPECT_EQ(*again, ColorProfile::adobeRGB());
     EXPECT_EQ(again->model(), ColorModel::rgb);
 }
 
-TEST(ColorProfile, whatFollowsTheSizeInTheHeaderIsDropped) {
+TEST(ColorProfile, bytesAfterTheProfileAreRemoved) {
     Bytes padded = copyOf(ColorProfile::sRGB());
     padded.resize(padded.size() + 1000);
     EXPECT_EQ(ColorProfile::fromICC(padded, ColorModel::rgb), ColorProfile::sRGB());
 }
 
-TEST(ColorProfile, brokenAndUnfitProfilesAreNoneAndNothingIsPrinted) {
+TEST(ColorProfile, invalidProfilesAreRefusedAndNothingIsPrinted) {
     ::testing::internal::CaptureStderr();
     ::testing::internal::CaptureStdout();
-    for (const auto& [what, bytes] : unfitProfiles())
+    for (const auto& [what, bytes] : invalidProfiles())
         EXPECT_FALSE(ColorProfile::fromICC(bytes, ColorModel::rgb)) << what;
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
 }
 
-TEST(ColorProfile, theModelMustBeThatOfThePixels) {
+TEST(ColorProfile, aProfileForAnotherModelIsRefused) {
     EXPECT_FALSE(ColorProfile::fromICC(ColorProfile::sRGB().bytes(), ColorModel::gray));
     const Bytes gray = grayProfile(linearCurve());
     EXPECT_TRUE(ColorProfile::fromICC(gray, ColorModel::gray));
     EXPECT_FALSE(ColorProfile::fromICC(gray, ColorModel::rgb));
 }
 
-TEST(ColorProfile, aProfileLargerThanSixteenMebibytesIsNone) {
+TEST(ColorProfile, aProfileLargerThan16MiBIsRefused) {
     const auto padded = [](std::size_t size) {
         Bytes bytes = copyOf(ColorProfile::sRGB());
         bytes.resize(size);
@@ -99,7 +99,7 @@ TEST(ColorProfile, aProfileLargerThanSixteenMebibytesIsNone) {
     EXPECT_FALSE(padded((std::size_t{16} << 20) + 1));
 }
 
-TEST(ColorProfile, everyClassThatPicturesHaveIsTaken) {
+TEST(ColorProfile, everyClassOfPictureProfilesIsAccepted) {
     for (const char* deviceClass : {"scnr", "mntr", "prtr", "spac"}) {
         Bytes bytes = copyOf(ColorProfile::sRGB());
         std::ranges::copy(std::string_view(deviceClass), bytes.begin() + 12);
@@ -107,7 +107,7 @@ TEST(ColorProfile, everyClassThatPicturesHaveIsTaken) {
     }
 }
 
-TEST(ColorProfile, aProfileThatNoConversionCanUseIsNone) {
+TEST(ColorProfile, aProfileThatNoConversionCanUseIsRefused) {
     const Bytes curve = linearCurve();
     const ProfileTag color = {"rXYZ", colorTag(0.4, 0.2, 0.1)};
     const std::vector<std::vector<ProfileTag>> incomplete = {
@@ -128,7 +128,7 @@ TEST(ColorProfile, aProfileThatNoConversionCanUseIsNone) {
             << i;
 }
 
-TEST(ColorProfile, curvesWhoseSamplesAreMissingAreNone) {
+TEST(ColorProfile, curvesWithMissingSamplesAreRefused) {
     Bytes curve = curveOfSamples({0, 30000, 65535});
     put32(curve, 8, 4);
     EXPECT_FALSE(ColorProfile::fromICC(grayProfile(curve), ColorModel::gray));
@@ -139,12 +139,12 @@ TEST(ColorProfile, curvesWhoseSamplesAreMissingAreNone) {
         ColorProfile::fromICC(grayProfile(curveOfFormula(5, {1, 1, 0, 0, 0, 0, 0})), ColorModel::gray));
 }
 
-TEST(ColorProfile, aTableOfColoursIsEnough) {
+TEST(ColorProfile, aTableOfColoursIsSufficient) {
     const Bytes icc = makeICC("RGB ", "mntr", "Lab ", {{"A2B0", tableOfCorners(3, eightGrays)}});
     EXPECT_TRUE(ColorProfile::fromICC(icc, ColorModel::rgb));
 }
 
-TEST(ColorProfile, installedProfilesAreTakenByTheirModel) {
+TEST(ColorProfile, installedProfilesAreAcceptedForTheirModel) {
     const std::vector<std::string> paths = installedProfiles();
     if (paths.empty())
         GTEST_SKIP() << "the package icc-profiles-free is not installed";
@@ -156,7 +156,7 @@ TEST(ColorProfile, installedProfilesAreTakenByTheirModel) {
     }
 }
 
-// The colours of the primaries under D50 are those of the profiles that the makers of both spaces publish.
+// The expected primaries (under D50) are those of the published profiles of both spaces.
 TEST(ColorProfile, sRGBHasItsPublishedPrimaries) {
     const ColorProfile profile = ColorProfile::sRGB();
     expectColor(colorOf(profile.bytes(), "rXYZ"), {0.43607, 0.22249, 0.01392});
@@ -175,15 +175,15 @@ TEST(ColorProfile, adobeRGBHasItsPublishedPrimariesAndExponent) {
     EXPECT_EQ(tagOf(profile.bytes(), "rTRC"), curveOfSamples({563}));
 }
 
-TEST(ColorProfile, madeProfilesSayWhatTheyAre) {
-    // Version 4 holds text in UTF-16, version 2 in ASCII.
+TEST(ColorProfile, madeProfilesHaveADescription) {
+    // Version 4 stores text in UTF-16, version 2 in ASCII.
     EXPECT_TRUE(
         contains(tagOf(ColorProfile::sRGB().bytes(), "desc").value(), Bytes{0, 's', 0, 'R', 0, 'G', 0, 'B'}));
     EXPECT_TRUE(contains(tagOf(ColorProfile::adobeRGB().bytes(), "desc").value(),
                          bytesOf("Adobe RGB (1998) compatible")));
 }
 
-TEST(ColorProfile, madeProfilesHaveTheSameBytesWheneverTheyAreMade) {
+TEST(ColorProfile, madeProfilesHaveAConstantDate) {
     const Bytes firstOfJuly2020 = {0x07, 0xE4, 0, 7, 0, 1, 0, 0, 0, 0, 0, 0};
     for (const ColorProfile& profile :
          {ColorProfile::sRGB(), ColorProfile::adobeRGB(),
@@ -196,7 +196,7 @@ TEST(ColorProfile, madeProfilesHaveTheSameBytesWheneverTheyAreMade) {
               ColorProfile::fromGamma(2.2, sRGBChromaticities, ColorModel::rgb));
 }
 
-TEST(ColorProfile, fromGammaHoldsTheExponentInTheOldFormWhereThatIsExact) {
+TEST(ColorProfile, fromGammaUsesTheOldVersionIfItStoresTheExponentExactly) {
     const auto exact = ColorProfile::fromGamma(1.75, sRGBChromaticities, ColorModel::rgb);
     const auto fine = ColorProfile::fromGamma(2.2, sRGBChromaticities, ColorModel::rgb);
     ASSERT_TRUE(exact && fine);
@@ -210,39 +210,39 @@ TEST(ColorProfile, genericRGBHasGamma18AndTheP22PhosphorsOfEuropeanMonitors) {
     const ColorProfile generic = ColorProfile::genericRGB();
     EXPECT_EQ(ColorProfile::fromICC(generic.bytes(), ColorModel::rgb), generic);
     EXPECT_EQ(tagOf(generic.bytes(), "rTRC"), curveOfFormula(0, {1.8}));
-    // The phosphors' x, y under D65, adapted to D50 by Bradford's matrix.
+    // The chromaticities of the phosphors under D65, adapted to D50 by Bradford's matrix.
     expectColor(colorOf(generic.bytes(), "rXYZ"), {0.4543, 0.2419, 0.0149});
     expectColor(colorOf(generic.bytes(), "gXYZ"), {0.3533, 0.6737, 0.0906});
     expectColor(colorOf(generic.bytes(), "bXYZ"), {0.1566, 0.0844, 0.7194});
 }
 
-TEST(ColorProfile, fromGammaTakesThePrimariesAsTheyAreGiven) {
+TEST(ColorProfile, fromGammaStoresThePrimaries) {
     const auto profile = ColorProfile::fromGamma(2.2, sRGBChromaticities, ColorModel::rgb);
     ASSERT_TRUE(profile);
     for (const char* tag : {"rXYZ", "gXYZ", "bXYZ"})
         EXPECT_EQ(colorOf(profile->bytes(), tag), colorOf(ColorProfile::sRGB().bytes(), tag)) << tag;
 }
 
-TEST(ColorProfile, fromGammaTakesImaginaryPrimaries) {
+TEST(ColorProfile, fromGammaAcceptsImaginaryPrimaries) {
     const Chromaticities wholeVision = {{0.32168, 0.33767}, {0.7347, 0.2653}, {0, 1}, {0.0001, -0.077}};
     EXPECT_TRUE(ColorProfile::fromGamma(1, wholeVision, ColorModel::rgb));
 }
 
-TEST(ColorProfile, fromGammaMakesGreyProfilesWhateverThePrimaries) {
+TEST(ColorProfile, fromGammaIgnoresThePrimariesOfGreyProfiles) {
     const auto profile = ColorProfile::fromGamma(1.0, {}, ColorModel::gray);
     ASSERT_TRUE(profile);
     EXPECT_EQ(profile->model(), ColorModel::gray);
     EXPECT_EQ(ColorProfile::fromICC(profile->bytes(), ColorModel::gray), profile);
 }
 
-TEST(ColorProfile, fromGammaRefusesExponentsThatNoPictureHas) {
+TEST(ColorProfile, fromGammaRefusesImplausibleExponents) {
     for (const double gamma : {0.0, -2.2, 0.09, 10.1, 1e300, std::nan(""), HUGE_VAL, -HUGE_VAL}) {
         EXPECT_FALSE(ColorProfile::fromGamma(gamma, sRGBChromaticities, ColorModel::rgb)) << gamma;
         EXPECT_FALSE(ColorProfile::fromGamma(gamma, sRGBChromaticities, ColorModel::gray)) << gamma;
     }
 }
 
-TEST(ColorProfile, fromGammaRefusesPrimariesThatGiveNoWhite) {
+TEST(ColorProfile, fromGammaRefusesImplausiblePrimaries) {
     const Chromaticities good = sRGBChromaticities;
     const double nan = std::nan("");
     const Chromaticities bad[] = {

@@ -1,4 +1,5 @@
-// ColorReference: colours computed from published formulas and matrices in double precision, to judge by.
+// ColorReference: colours computed in double precision from published formulas and matrices, as expected
+// values.
 #pragma once
 
 #include "tests/platform/coregraphics/ProfileBuilder.h"
@@ -11,7 +12,7 @@ namespace kestrine::testing {
 
 using Triple = std::array<double, 3>;
 
-/// Light (any number) as stored in sRGB, 0 to 1.
+/// The stored sRGB value, 0 to 1, of light (any number).
 inline double storedInSRGB(double light) {
     const double inRange = std::clamp(light, 0.0, 1.0);
     return inRange <= 0.0031308 ? 12.92 * inRange : 1.055 * std::pow(inRange, 1 / 2.4) - 0.055;
@@ -24,21 +25,22 @@ inline Triple storedInSRGB(const Triple& m0, const Triple& m1, const Triple& m2,
     return {storedInSRGB(sum(m0)), storedInSRGB(sum(m1)), storedInSRGB(sum(m2))};
 }
 
-/// Light of a value stored in sRGB, 0 to 1.
+/// Light of a stored sRGB value, 0 to 1.
 inline double lightInSRGB(double stored) {
     return stored <= 0.04045 ? stored / 12.92 : std::pow((stored + 0.055) / 1.055, 2.4);
 }
 
-/// From light of the Adobe RGB primaries to that of sRGB's: both have the white D65. Made of the primaries'
-/// x, y.
+/// Converts light of the Adobe RGB primaries to stored sRGB. Both have the white D65; the matrix was computed
+/// from the chromaticities of the primaries.
 inline Triple sRGBOfAdobeLight(const Triple& light) {
     return storedInSRGB({1.3983557, -0.3983557, 0}, {0, 1, 0}, {0, -0.0429290, 1.0429290}, light);
 }
 
-/// Light (any number) as stored in generic RGB, 0 to 1.
+/// The stored generic RGB value, 0 to 1, of light (any number).
 inline double storedInGenericRGB(double light) { return std::pow(std::clamp(light, 0.0, 1.0), 1 / 1.8); }
 
-/// Light of sRGB's primaries as generic RGB: both have the white D65. Made of the primaries' x, y.
+/// Converts light of the sRGB primaries to stored generic RGB. Both have the white D65; the matrix was
+/// computed from the chromaticities of the primaries.
 inline Triple genericRGBOfLight(const Triple& light) {
     constexpr std::array<Triple, 3> matrix = {{{0.9748495, 0.0272954, -0.0021449},
                                                {-0.0200003, 1.0542090, -0.0342088},
@@ -50,7 +52,7 @@ inline Triple genericRGBOfLight(const Triple& light) {
     return result;
 }
 
-/// CIE L*a*b* under D50, adapted to D65 by Bradford's matrix.
+/// Converts CIE L*a*b* under D50 to stored sRGB, with chromatic adaptation by Bradford's matrix.
 inline Triple sRGBOfLab(const Lab& lab) {
     const auto cubed = [](double f) { return f > 6.0 / 29 ? f * f * f : (f - 4.0 / 29) * 108 / 841; };
     const double fy = (lab.lightness + 16) / 116;

@@ -38,7 +38,7 @@ struct FilteredRowsTest : testing::Test {
     }
 };
 
-TEST_F(FilteredRowsTest, areTheSameOnAThreadOfTheirOwn) {
+TEST_F(FilteredRowsTest, areTheSameOnASecondThread) {
     for (const std::uint32_t outHeight : {1U, 7U, 8U, 9U, 333U, 1000U, 2500U}) {
         const std::vector<float> ahead = firstSamples(*filtered(outHeight), outHeight);
         EXPECT_EQ(reader != std::this_thread::get_id(), std::thread::hardware_concurrency() > 1);
@@ -48,7 +48,7 @@ TEST_F(FilteredRowsTest, areTheSameOnAThreadOfTheirOwn) {
     }
 }
 
-TEST_F(FilteredRowsTest, failWithWhatTheirInputFailsWith) {
+TEST_F(FilteredRowsTest, returnTheFailureOfTheirInput) {
     const auto rows = filtered(500, NumberedRows::End::failure, 700);
     Result<std::span<const FloatRow>> next = rows->next();
     for (int i = 0; next && i < 500; ++i)
@@ -57,12 +57,12 @@ TEST_F(FilteredRowsTest, failWithWhatTheirInputFailsWith) {
     EXPECT_EQ(next.failure().text, "row 700");
 }
 
-TEST_F(FilteredRowsTest, throwWhatTheirInputThrows) {
+TEST_F(FilteredRowsTest, rethrowExceptionsOfTheirInput) {
     const auto rows = filtered(500, NumberedRows::End::exception, 3);
     EXPECT_THROW(rows->next(), std::bad_alloc);
 }
 
-TEST_F(FilteredRowsTest, mayBeLeftInTheMiddle) {
+TEST_F(FilteredRowsTest, canBeDestroyedBeforeTheEnd) {
     const auto rows = filtered(500);
     EXPECT_TRUE(rows->next());
 }

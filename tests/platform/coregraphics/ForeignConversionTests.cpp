@@ -34,7 +34,8 @@ void expectColor(const std::vector<Sample>& samples, std::size_t at, const Tripl
         EXPECT_NEAR(samples.at(at + c), color[c] * last, tolerance) << at << " " << c;
 }
 
-/// The sixteen overprints, black fastest: colours that sRGB holds, every one with black being black.
+/// The colours of the sixteen combinations of inks, inside sRGB. Black changes fastest, and all combinations
+/// with black ink are black.
 std::vector<Lab> overprints(double black) {
     const Lab chromatic[] = {{100, 0, 0},    {90, 0, 60},   {50, 50, 0},   {45, 50, 30},
                              {60, -20, -30}, {55, -40, 30}, {35, 15, -40}, {25, 0, 0}};
@@ -82,14 +83,14 @@ TEST(ForeignConversion, theComplementIsTheRoundedProductOfEveryPair) {
     }
 }
 
-TEST(ForeignConversion, invertedCMYKHoldsTheLightThatIsLeft) {
+TEST(ForeignConversion, invertedCMYKIsTheComplementOfCMYK) {
     EXPECT_EQ(converted<std::uint8_t>(ForeignModel::cmykInverted, false, {}, {155, 55, 255, 205}),
               (std::vector<std::uint8_t>{125, 44, 205}));
     EXPECT_EQ(converted<std::uint16_t>(ForeignModel::cmykInverted, false, {}, {65535, 0, 32767, 65535}),
               (std::vector<std::uint16_t>{65535, 0, 32767}));
 }
 
-TEST(ForeignConversion, alphaIsCopiedAsItIs) {
+TEST(ForeignConversion, alphaIsCopied) {
     for (const Bytes& icc : {Bytes{}, inkProfile()})
         for (const ForeignModel model : {ForeignModel::cmyk, ForeignModel::cmykInverted}) {
             const auto narrow = converted<std::uint8_t>(model, true, icc, {9, 8, 7, 6, 77, 0, 0, 0, 0, 255});
@@ -104,7 +105,7 @@ TEST(ForeignConversion, alphaIsCopiedAsItIs) {
     EXPECT_EQ(converted<std::uint16_t>(ForeignModel::lab, true, {}, {0, 0, 0, 7777, 0, 0, 0, 1})[7], 1);
 }
 
-TEST(ForeignConversion, cmykGoesThroughItsProfile) {
+TEST(ForeignConversion, cmykIsConvertedByItsProfile) {
     const std::vector<Lab> colors = overprints(0);
     std::vector<std::uint8_t> row, inverted;
     std::vector<std::uint16_t> wide;
@@ -124,7 +125,7 @@ TEST(ForeignConversion, cmykGoesThroughItsProfile) {
     }
 }
 
-TEST(ForeignConversion, halfAnInkIsHalfWayInTheProfile) {
+TEST(ForeignConversion, theProfileIsInterpolated) {
     const auto result =
         converted<std::uint8_t>(ForeignModel::cmyk, false, inkProfile(), {0, 0, 128, 0, 0, 0, 0, 128});
     const double half = 128 / 255.0;
@@ -138,7 +139,7 @@ TEST(ForeignConversion, theBlackestInkBecomesBlack) {
     EXPECT_EQ(result, (std::vector<std::uint8_t>{0, 0, 0, 255, 255, 255}));
 }
 
-TEST(ForeignConversion, aProfileOfAnotherSpaceOrBrokenIsIgnored) {
+TEST(ForeignConversion, aProfileThatIsInvalidOrForAnotherSpaceIsIgnored) {
     const ColorProfile sRGB = ColorProfile::sRGB();
     const std::vector<std::uint8_t> row = {100, 200, 0, 50};
     Bytes broken = inkProfile();
@@ -154,7 +155,7 @@ TEST(ForeignConversion, aProfileOfAnotherSpaceOrBrokenIsIgnored) {
               converted(ForeignModel::lab, false, {}, lab));
 }
 
-TEST(ForeignConversion, narrowLabIsASignedTriple) {
+TEST(ForeignConversion, lab8HasSignedColourSamples) {
     std::vector<Lab> colors;
     std::vector<std::uint8_t> row;
     for (int lightness = 0; lightness <= 255; lightness += 15)
@@ -169,7 +170,7 @@ TEST(ForeignConversion, narrowLabIsASignedTriple) {
         expectColor(result, 3 * i, sRGBOfLab(colors[i]), 1.1);
 }
 
-TEST(ForeignConversion, wideLabIsInTwoHundredAndFiftySixths) {
+TEST(ForeignConversion, lab16IsIn256ths) {
     const Lab colors[] = {{0, 0, 0},
                           {100, 0, 0},
                           {50, 0, 0},
@@ -184,19 +185,19 @@ TEST(ForeignConversion, wideLabIsInTwoHundredAndFiftySixths) {
                                      {static_cast<std::uint16_t>(std::lround(color.lightness * 655.35)),
                                       static_cast<std::uint16_t>(std::lround(color.a * 256)),
                                       static_cast<std::uint16_t>(std::lround(color.b * 256))});
-        expectColor(result, 0, sRGBOfLab(color), 250); // under one 8-bit level
+        expectColor(result, 0, sRGBOfLab(color), 250); // less than one 8-bit level
     }
 }
 
-TEST(ForeignConversion, theEndsOfWideLabStayEnds) {
+TEST(ForeignConversion, theLimitsOfLab16AreKept) {
     const auto result = converted<std::uint16_t>(ForeignModel::lab, false, {},
                                                  {65535, 0x7FFF, 0x7FFF, 32768, 0x8000, 0x8000});
     expectColor(result, 0, sRGBOfLab({100, 127, 127}), 250);
     expectColor(result, 3, sRGBOfLab({50, -128, -128}), 250);
 }
 
-TEST(ForeignConversion, labGoesThroughItsProfile) {
-    // A table that takes a* and b* away: every colour becomes grey of its lightness.
+TEST(ForeignConversion, labIsConvertedByItsProfile) {
+    // A table that removes a* and b*: every colour becomes grey with its lightness.
     std::vector<Lab> corners(8, {0, 0, 0});
     for (std::size_t i = 4; i < 8; ++i)
         corners[i].lightness = 100;
@@ -205,7 +206,7 @@ TEST(ForeignConversion, labGoesThroughItsProfile) {
     expectColor(result, 0, sRGBOfLab({128 / 2.55, 0, 0}), 1.5);
 }
 
-TEST(ForeignConversion, anInstalledLabProfileThatChangesNothingChangesNothing) {
+TEST(ForeignConversion, theInstalledLabIdentityProfileChangesNothing) {
     const Bytes icc = readFileBytes("/usr/share/color/icc/LCMSLABI.ICM");
     if (icc.empty())
         GTEST_SKIP() << "the package icc-profiles-free is not installed";

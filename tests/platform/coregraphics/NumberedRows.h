@@ -1,4 +1,4 @@
-// Rows for the tests of what works on several threads.
+// NumberedRows: rows for tests with several threads.
 #pragma once
 
 #include "platform/coregraphics/RowSource.h"
@@ -10,7 +10,8 @@
 
 namespace kestrine {
 
-/// Rows whose bytes tell their number, and an end that a test chooses. Remembers who asked for them.
+/// Every byte of a row is its number times 7. Ends as the test chooses. Stores the thread that read the last
+/// row.
 class NumberedRows final : public RowSource {
 public:
     enum class End { none, failure, exception };

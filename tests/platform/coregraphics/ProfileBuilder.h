@@ -1,5 +1,4 @@
-// ProfileBuilder: ICC profiles written byte by byte, so that tests know what is in them without the colour
-// library.
+// ProfileBuilder: writes ICC profiles byte by byte, independently of the colour library.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -17,7 +16,7 @@ struct ProfileTag {
     Bytes content;
 };
 
-/// A version 2 profile. The names are the four characters of the format: "RGB ", "mntr", "XYZ ".
+/// A profile of version 2. The names are signatures of four characters, such as "RGB ", "mntr" and "XYZ ".
 Bytes makeICC(std::string_view space, std::string_view deviceClass, std::string_view connection,
               const std::vector<ProfileTag>& tags);
 
@@ -31,23 +30,23 @@ struct Lab {
     double lightness, a, b;
 };
 
-/// A table of 8-bit numbers from `inputs` channels to L*a*b* with two nodes an axis; the last channel changes
-/// fastest.
+/// A table with 8-bit numbers from `inputs` channels to L*a*b* with two nodes per axis. The last channel
+/// changes fastest.
 Bytes tableOfCorners(unsigned inputs, const std::vector<Lab>& corners);
 
-/// A display profile of sRGB's primaries with one curve (a tag's content) for each channel.
+/// A display profile with the primaries of sRGB and a curve (the content of a tag) for each channel.
 Bytes matrixProfile(const Bytes& red, const Bytes& green, const Bytes& blue);
 Bytes grayProfile(const Bytes& curve, std::string_view connection = "XYZ ");
 
-/// The content of a tag of any profile; nothing when it has none of that name.
+/// The content of a tag; nothing if the profile does not have it.
 std::optional<Bytes> tagOf(ByteView profile, std::string_view signature);
 /// The three numbers of a colour tag.
 std::array<double, 3> colorOf(ByteView profile, std::string_view signature);
 
-/// Puts a big-endian number over four bytes.
+/// Overwrites four bytes with a big-endian number.
 void put32(Bytes& bytes, std::size_t at, std::uint32_t number);
 
-/// Profiles that the package icc-profiles-free puts into the system, by path; none when it is not there.
+/// Paths of the profiles of the package icc-profiles-free; empty if it is not installed.
 std::vector<std::string> installedProfiles();
 
 } // namespace kestrine::testing

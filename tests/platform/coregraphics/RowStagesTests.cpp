@@ -21,7 +21,7 @@ PixelBuffer read(const RowSourcePointer& rows) { return *readAllRows(*rows); }
 
 unsigned maximum(SampleDepth depth) { return depth == SampleDepth::bits8 ? 255 : 65535; }
 
-/// Pixel x has the colour 51 x and the alpha 255 - 51 x, of 255ths.
+/// Pixel x has the colour 51 x and the alpha 255 - 51 x, in 255ths of the range.
 PixelBuffer ramp(ColorModel model, SampleDepth depth) {
     const RowFormat format{6, 1, model, true, depth};
     const unsigned fifth = maximum(depth) / 5;
@@ -40,7 +40,7 @@ public:
 
 } // namespace
 
-TEST(FadedRows, alphaIsMultipliedAndRoundedAndColourStays) {
+TEST(FadedRows, alphaIsMultipliedAndRoundedAndColourIsKept) {
     for (const SampleDepth depth : depths)
         for (const ColorModel model : {ColorModel::gray, ColorModel::rgb}) {
             const PixelBuffer before = ramp(model, depth);
@@ -54,7 +54,7 @@ TEST(FadedRows, alphaIsMultipliedAndRoundedAndColourStays) {
         }
 }
 
-TEST(FadedRows, rowsWithoutAlphaGetOne) {
+TEST(FadedRows, rowsWithoutAlphaCountAsOpaque) {
     for (const SampleDepth depth : depths) {
         const PixelBuffer photo = makePhoto({9, 4, ColorModel::rgb, false, depth});
         const PixelBuffer faded = read(rowsFaded(rowsOf(photo), 0.6F));
@@ -66,17 +66,17 @@ TEST(FadedRows, rowsWithoutAlphaGetOne) {
     }
 }
 
-TEST(FadedRows, whatHasNoAlphaLeftHasNoColour) {
+TEST(FadedRows, transparentPixelsHaveNoColour) {
     for (const SampleDepth depth : depths) {
         const PixelBuffer faded = read(rowsFaded(rowsOf(ramp(ColorModel::rgb, depth)), 1));
         for (std::size_t c = 0; c < 4; ++c)
-            EXPECT_EQ(sampleAt(faded, 5, 0, c), 0U) << "it was clear before";
+            EXPECT_EQ(sampleAt(faded, 5, 0, c), 0U) << "it was transparent before";
         const PixelBuffer gone = read(rowsFaded(rowsOf(makePhoto({4, 3, ColorModel::rgb, false, depth})), 0));
         EXPECT_TRUE(samePicture(gone, makePicture(gone.format, [](auto, auto, auto) { return 0U; })));
     }
 }
 
-TEST(RowsOnWhite, colourIsMixedWithWhiteByItsAlphaWhichGoes) {
+TEST(RowsOnWhite, colourIsMixedWithWhiteByAlpha) {
     for (const SampleDepth depth : depths) {
         const double last = maximum(depth);
         const PixelBuffer before = ramp(ColorModel::rgb, depth);
@@ -90,7 +90,7 @@ TEST(RowsOnWhite, colourIsMixedWithWhiteByItsAlphaWhichGoes) {
     }
 }
 
-TEST(RowsOf8Bits, roundEverySampleToTheNearest) {
+TEST(RowsOf8Bits, everySampleIsRounded) {
     const PixelBuffer wide = makePicture({256, 256, ColorModel::gray, false, SampleDepth::bits16},
                                          [](auto x, auto y, auto) { return y * 256 + x; });
     const PixelBuffer narrow = read(rowsOf8Bits(rowsOf(wide)));
@@ -99,7 +99,7 @@ TEST(RowsOf8Bits, roundEverySampleToTheNearest) {
             ASSERT_NEAR(sampleAt(narrow, x, y, 0), (y * 256 + x) / 257.0, 0.5);
 }
 
-TEST(RowStages, thatHaveNothingToDoAreTheirInput) {
+TEST(RowStages, returnTheirInputIfThereIsNothingToDo) {
     const PixelBuffer photo = makePhoto({5, 4, ColorModel::rgb, false, SampleDepth::bits8});
     const auto passes = [&](auto stage) {
         RowSourcePointer rows = rowsOf(photo);
@@ -111,7 +111,7 @@ TEST(RowStages, thatHaveNothingToDoAreTheirInput) {
     EXPECT_TRUE(passes([](RowSourcePointer rows) { return turnedRows(std::move(rows), 0); }));
 }
 
-TEST(TurnedRows, putEveryPixelOfEverySizeWhereTheTurnDoes) {
+TEST(TurnedRows, movePixelsOfEverySize) {
     constexpr std::pair<std::uint32_t, std::uint32_t> sides[] = {
         {5, 3}, {1, 40}, {40, 1}, {32, 64}, {71, 33}};
     for (const auto& [w, h] : sides)
@@ -132,7 +132,7 @@ TEST(TurnedRows, putEveryPixelOfEverySizeWhereTheTurnDoes) {
                 }
 }
 
-TEST(RowStages, passOnWhatTheirInputFailsWith) {
+TEST(RowStages, returnTheFailureOfTheirInput) {
     const auto failing = [] { return std::make_unique<FailingRows>(); };
     for (const RowSourcePointer& rows : {rowsOnWhite(failing()), rowsFaded(failing(), 0.5F),
                                          rowsOf8Bits(failing()), turnedRows(failing(), 1)})

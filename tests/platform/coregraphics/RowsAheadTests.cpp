@@ -18,7 +18,7 @@ struct RowsAhead : testing::Test {
     bool wasReadElsewhere() const { return reader != std::this_thread::get_id(); }
 };
 
-TEST_F(RowsAhead, areTheRowsOfTheirInput) {
+TEST_F(RowsAhead, equalTheRowsOfTheirInput) {
     for (const auto& [width, height] :
          {std::pair{1000U, 1000U}, {333U, 2111U}, {300'000U, 3U}, {1U, 400'000U}}) {
         const RowSourcePointer rows = numbered(width, height);
@@ -44,7 +44,7 @@ TEST_F(RowsAhead, failWhereTheirInputFails) {
     }
 }
 
-TEST_F(RowsAhead, throwWhatTheirInputThrows) {
+TEST_F(RowsAhead, rethrowExceptionsOfTheirInput) {
     const RowSourcePointer rows = numbered(1000, 1000, NumberedRows::End::exception, 500);
     Bytes row(1000);
     for (std::uint32_t y = 0; y < 500; ++y)
@@ -52,7 +52,7 @@ TEST_F(RowsAhead, throwWhatTheirInputThrows) {
     EXPECT_THROW((void)rows->readRow(row), std::bad_alloc);
 }
 
-TEST_F(RowsAhead, mayBeLeftAtAnyRow) {
+TEST_F(RowsAhead, canBeDestroyedAtAnyRow) {
     for (const std::uint32_t left : {0U, 1U, 200U, 900U}) {
         const RowSourcePointer rows = numbered(1000, 1000);
         Bytes row(1000);
@@ -61,7 +61,7 @@ TEST_F(RowsAhead, mayBeLeftAtAnyRow) {
     }
 }
 
-TEST_F(RowsAhead, needNoThreadForASmallPicture) {
+TEST_F(RowsAhead, startNoThreadForASmallPicture) {
     const RowSourcePointer rows = numbered(100, 100);
     Bytes row(100);
     ASSERT_TRUE(rows->readRow(row));
@@ -76,45 +76,46 @@ TEST_F(RowsAhead, startNoThreadInsideAOneThreadScope) {
     EXPECT_FALSE(wasReadElsewhere());
 }
 
-/// Rows whose bytes tell their number in the whole picture, of one part of it; fails when asked for more.
+/// The rows of one part of a picture. Every byte of a row is its number in the whole picture times 7. Fails
+/// after the last row.
 class PartOfRows final : public RowSource {
 public:
-    PartOfRows(std::uint32_t height, std::uint32_t rowsABand, std::uint32_t part, std::uint32_t parts)
-        : RowSource({600, height, ColorModel::gray, false, SampleDepth::bits8}), rowsABand_(rowsABand),
-          parts_(parts), y_(part * rowsABand) {}
+    PartOfRows(std::uint32_t height, std::uint32_t rowsPerBand, std::uint32_t part, std::uint32_t parts)
+        : RowSource({600, height, ColorModel::gray, false, SampleDepth::bits8}), rowsPerBand_(rowsPerBand),
+          parts_(parts), y_(part * rowsPerBand) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (y_ >= format().height)
-            return Failure{Reason::malformed, "there is no row " + std::to_string(y_)};
+            return Failure{Reason::malformed, "no row " + std::to_string(y_)};
         std::ranges::fill(row, static_cast<std::uint8_t>(y_ * 7));
         ++y_;
-        if (y_ % rowsABand_ == 0)
-            y_ += (parts_ - 1) * rowsABand_;
+        if (y_ % rowsPerBand_ == 0)
+            y_ += (parts_ - 1) * rowsPerBand_;
         return {};
     }
 
 private:
-    const std::uint32_t rowsABand_, parts_;
+    const std::uint32_t rowsPerBand_, parts_;
     std::uint32_t y_;
 };
 
 TEST(RowsInTurns, areTheRowsOfAllPartsInOrder) {
     for (const std::uint32_t parts : {1U, 2U, 3U})
-        for (const std::uint32_t rowsABand : {1U, 16U, 700U})
+        for (const std::uint32_t rowsPerBand : {1U, 16U, 700U})
             for (const std::uint32_t height : {1U, 699U, 700U, 1400U, 2111U}) {
                 std::vector<RowSourcePointer> shares;
                 for (std::uint32_t part = 0; part < parts; ++part)
-                    shares.push_back(std::make_unique<PartOfRows>(height, rowsABand, part, parts));
-                const RowSourcePointer rows = rowsInTurns(std::move(shares), rowsABand);
+                    shares.push_back(std::make_unique<PartOfRows>(height, rowsPerBand, part, parts));
+                const RowSourcePointer rows = rowsInTurns(std::move(shares), rowsPerBand);
                 Bytes row(600);
                 for (std::uint32_t y = 0; y < height; ++y) {
-                    ASSERT_TRUE(rows->readRow(row)) << parts << " " << rowsABand << " " << height;
+                    ASSERT_TRUE(rows->readRow(row)) << parts << " " << rowsPerBand << " " << height;
                     ASSERT_EQ(row.front(), static_cast<std::uint8_t>(y * 7));
                 }
             }
 }
 
-TEST(RowsInTurns, needNobodyElseToReadAhead) {
+TEST(RowsInTurns, areNotReadAheadAgain) {
     std::vector<RowSourcePointer> parts;
     parts.push_back(std::make_unique<PartOfRows>(1000, 10, 0, 1));
     RowSourcePointer rows = rowsInTurns(std::move(parts), 10);

@@ -12,7 +12,7 @@ using namespace testing;
 
 namespace {
 
-constexpr double rounding = 2e-5; // profiles hold numbers in 65536ths
+constexpr double rounding = 2e-5; // profiles store numbers in 65536ths
 
 Bytes powerCurve(double exponent) { return curveOfFormula(0, {exponent}); }
 
@@ -24,7 +24,7 @@ ToneCurve curveOfProfile(const Bytes& icc, ColorModel model) {
 
 ToneCurve grayCurve(const Bytes& curve) { return curveOfProfile(grayProfile(curve), ColorModel::gray); }
 
-/// Over the whole range the curve is what `expected` says, and its inverse leads back.
+/// Expects the curve to equal `expected` over the whole range, and its inverse to be exact.
 template <class Function>
 void expectCurve(const ToneCurve& curve, Function expected) {
     for (int i = 0; i <= 1000; ++i) {
@@ -36,7 +36,7 @@ void expectCurve(const ToneCurve& curve, Function expected) {
 
 double sRGBLight(double x) { return x <= 0.04045 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4); }
 
-/// As calibration tools write them: rounded to 16 bits, so that the darkest samples are equal.
+/// Samples as calibration tools write them: rounded to 16 bits, so that the darkest ones are equal.
 std::vector<std::uint16_t> samplesOfPower(double exponent, std::size_t count) {
     std::vector<std::uint16_t> samples(count);
     for (std::size_t i = 0; i < count; ++i)
@@ -54,7 +54,7 @@ TEST(ToneCurve, sRGBIsItsPublishedFormula) {
     EXPECT_EQ(ToneCurve::sRGB().light(1), 1);
 }
 
-TEST(ToneCurve, argumentsOutsideTheRangeCountAsItsEnds) {
+TEST(ToneCurve, argumentsAreClamped) {
     for (const ToneCurve& curve :
          {ToneCurve::sRGB(), *ToneCurve::fromSamples(std::vector<std::uint16_t>{0, 9, 65535})})
         for (const double low : {-0.0, -1e-9, -1e300, -HUGE_VAL, std::nan("")}) {
@@ -65,12 +65,12 @@ TEST(ToneCurve, argumentsOutsideTheRangeCountAsItsEnds) {
         }
 }
 
-TEST(ToneCurve, aPictureWithoutProfileHasTheSRGBCurve) {
+TEST(ToneCurve, withoutAProfileTheCurveIsThatOfSRGB) {
     EXPECT_EQ(toneCurves(nullptr, ColorModel::gray), std::vector(1, ToneCurve::sRGB()));
     EXPECT_EQ(toneCurves(nullptr, ColorModel::rgb), std::vector(3, ToneCurve::sRGB()));
 }
 
-TEST(ToneCurve, aProfileThatDoesNotFitCountsAsNone) {
+TEST(ToneCurve, aProfileForAnotherModelIsIgnored) {
     const auto gray = ColorProfile::fromGamma(1.0, {}, ColorModel::gray);
     EXPECT_EQ(toneCurves(&*gray, ColorModel::rgb), toneCurves(nullptr, ColorModel::rgb));
 }
@@ -87,7 +87,7 @@ TEST(ToneCurve, everyFormulaOfProfilesIsRead) {
                 [](double x) { return x < 0.5 ? 0.25 * x + 0.125 : std::pow(0.5 * x + 0.25, 2) + 0.375; });
 }
 
-TEST(ToneCurve, aFormulaThatFallsOrIsNoNumberIsNone) {
+TEST(ToneCurve, aFormulaThatDecreasesOrIsNotFiniteIsRefused) {
     const ToneCurve::Formula bad[] = {
         {.exponent = 0},
         {.exponent = -1},
@@ -104,7 +104,7 @@ TEST(ToneCurve, aFormulaThatFallsOrIsNoNumberIsNone) {
         EXPECT_FALSE(ToneCurve::fromFormula(bad[i])) << i;
 }
 
-TEST(ToneCurve, partsThatOverlapByTheRoundingOfCoefficientsMeetWithoutAFall) {
+TEST(ToneCurve, partsThatOverlapByRoundingAreJoinedWithoutADecrease) {
     const auto curve = ToneCurve::fromFormula({.exponent = 2, .start = 0.5, .slope = 0.50005});
     ASSERT_TRUE(curve);
     EXPECT_EQ(curve->light(0.5), 0.25);
@@ -112,7 +112,7 @@ TEST(ToneCurve, partsThatOverlapByTheRoundingOfCoefficientsMeetWithoutAFall) {
     EXPECT_NEAR(curve->light(0.4), 0.20002, 1e-9);
 }
 
-TEST(ToneCurve, samplesWithoutACountAreAStraightLineAndASingleOneIsAnExponent) {
+TEST(ToneCurve, noSamplesAreTheIdentityAndASingleOneIsAnExponent) {
     expectCurve(grayCurve(curveOfSamples({})), [](double x) { return x; });
     expectCurve(grayCurve(curveOfSamples({0x01CD})), [](double x) { return std::pow(x, 0x1CD / 256.0); });
 }
@@ -123,7 +123,7 @@ TEST(ToneCurve, samplesAreJoinedByStraightLines) {
     EXPECT_NEAR(curve.stored(0.6), 0.75, 1e-9);
 }
 
-TEST(ToneCurve, theDarkestCodesOfRoundedSamplesStayApart) {
+TEST(ToneCurve, theDarkestCodesOfRoundedSamplesDiffer) {
     const std::vector<std::uint16_t> samples = samplesOfPower(2.2, 256);
     ASSERT_EQ(samples[0], samples[1]);
     const ToneCurve curve = grayCurve(curveOfSamples(samples));
@@ -134,7 +134,7 @@ TEST(ToneCurve, theDarkestCodesOfRoundedSamplesStayApart) {
     }
 }
 
-TEST(ToneCurve, equalSamplesInTheMiddleStandForTheirMiddle) {
+TEST(ToneCurve, aRunOfEqualSamplesIsPlacedAtItsMiddle) {
     const auto curve = ToneCurve::fromSamples(std::vector<std::uint16_t>{0, 100, 200, 200, 200, 300, 400});
     ASSERT_TRUE(curve);
     EXPECT_NEAR(curve->light(3 / 6.0) * 65535, 200, 1e-9);
@@ -153,7 +153,7 @@ TEST(ToneCurve, eachChannelHasItsOwnCurve) {
     EXPECT_NEAR(curves[2].light(0.5), 0.1, rounding);
 }
 
-TEST(ToneCurve, aGreyProfileThatLeadsToLightnessIsTakenFurtherToLight) {
+TEST(ToneCurve, theLightnessOfAGreyProfileIsConvertedToLight) {
     const ToneCurve curve = curveOfProfile(grayProfile(curveOfSamples({}), "Lab "), ColorModel::gray);
     EXPECT_NEAR(curve.light(0.5), 0.1841865, 1e-6);  // L* 50
     EXPECT_NEAR(curve.light(0.04), 0.0044282, 1e-6); // L* 4
@@ -161,8 +161,8 @@ TEST(ToneCurve, aGreyProfileThatLeadsToLightnessIsTakenFurtherToLight) {
                 [](double x) { return x <= 0.08 ? x * 27 / 24.389 / 10 : std::pow((x + 0.16) / 1.16, 3); });
 }
 
-TEST(ToneCurve, curvesThatAreNotPlainGiveTheSRGBCurve) {
-    std::vector<std::uint16_t> clipped(256, 65535); // as of film scans: the upper half is all white
+TEST(ToneCurve, curvesThatAreNotPlainAreReplacedByThatOfSRGB) {
+    std::vector<std::uint16_t> clipped(256, 65535); // as in film scans: the upper half is white
     for (unsigned i = 0; i < 128; ++i)
         clipped[i] = static_cast<std::uint16_t>(i * 512);
     const Bytes curves[] = {
@@ -179,13 +179,13 @@ TEST(ToneCurve, curvesThatAreNotPlainGiveTheSRGBCurve) {
         curveOfFormula(1, {2, 2, -1}),                              // black up to the middle
         curveOfFormula(3, {1, 1, 0, -1, 0.5}),                      // falls at first
         curveOfFormula(4, {1, 0.5, 0, 1, 0.5, 0, 0.25}),            // falls in the middle
-        curveOfFormula(4, {-30000, 30000, -30000, 1, 0.5, 0.5, 0}), // leaves the numbers there are
+        curveOfFormula(4, {-30000, 30000, -30000, 1, 0.5, 0.5, 0}), // overflows
     };
     for (const Bytes& curve : curves)
         EXPECT_EQ(grayCurve(curve), ToneCurve::sRGB()) << ::testing::PrintToString(curve);
 }
 
-TEST(ToneCurve, oneBadCurveSpoilsTheOthers) {
+TEST(ToneCurve, oneCurveThatIsNotPlainReplacesAllCurves) {
     const auto profile = ColorProfile::fromICC(
         matrixProfile(powerCurve(1), powerCurve(2), curveOfSamples({65535, 0})), ColorModel::rgb);
     ASSERT_TRUE(profile);
@@ -193,7 +193,7 @@ TEST(ToneCurve, oneBadCurveSpoilsTheOthers) {
     EXPECT_EQ(toneCurves(&*profile, ColorModel::rgb), toneCurves(nullptr, ColorModel::rgb));
 }
 
-TEST(ToneCurve, aProfileOfATableGivesTheSRGBCurve) {
+TEST(ToneCurve, theCurveOfAProfileWithATableIsThatOfSRGB) {
     std::vector<Lab> corners(8);
     for (std::size_t i = 0; i < corners.size(); ++i)
         corners[i].lightness = static_cast<double>(i) * 12;
@@ -201,7 +201,7 @@ TEST(ToneCurve, aProfileOfATableGivesTheSRGBCurve) {
     EXPECT_EQ(curveOfProfile(icc, ColorModel::rgb), ToneCurve::sRGB());
 }
 
-TEST(ToneCurve, ourOwnProfilesHaveTheirCurves) {
+TEST(ToneCurve, madeProfilesHaveTheirCurves) {
     const ColorProfile sRGB = ColorProfile::sRGB();
     const ColorProfile adobeRGB = ColorProfile::adobeRGB();
     for (const ToneCurve& curve : toneCurves(&sRGB, ColorModel::rgb))

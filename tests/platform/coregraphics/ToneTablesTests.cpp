@@ -1,4 +1,6 @@
-// The tables must not lose what the curves keep: every code that goes to light comes back.
+// The tables must keep codes apart like the curves: every code is converted to light and back without a
+// change.
+
 #include "platform/coregraphics/ToneCurve.h"
 
 #include "tests/platform/coregraphics/ProfileBuilder.h"
@@ -18,8 +20,8 @@ namespace {
 struct NamedCurve {
     std::string name;
     ToneCurve curve;
-    double decision = 0.1; ///< how far from exact rounding the choice of an 8-bit code may be, in levels
-    int codes = 0;         ///< how far a 16-bit code may be when it comes back
+    double decision = 0.1; ///< tolerance of the choice of an 8-bit code, in levels
+    int codes = 0;         ///< tolerance of a 16-bit code after both conversions
 };
 
 ToneCurve power(double exponent) { return *ToneCurve::fromFormula({.exponent = exponent}); }
@@ -32,7 +34,7 @@ std::vector<NamedCurve> curves() {
         {"2.2", power(2.2), 0.1, 1},
         {"Adobe RGB", power(563 / 256.0), 0.1, 1},
         {"L*", power(1).asLightness()},
-        // Steeper near black than the tables are made for, so a little worse there.
+        // Steeper near black, so slightly less exact there.
         {"2.4", power(2.4), 0.15, 5},
         {"2.6", power(2.6), 0.25, 11},
     };
@@ -48,7 +50,7 @@ std::vector<NamedCurve> installedCurves() {
     return found;
 }
 
-// What a kernel does with the tables, in single precision.
+// The use of the tables by kernels, in single precision.
 float position(float light) { return std::sqrt(light) * static_cast<float>(toneTableSize - 1); }
 
 unsigned code8(const ToneTable& table, float light) {
@@ -77,7 +79,7 @@ int worst16BitCode(const ToneTable& table) {
     return worst;
 }
 
-/// By how much a code chosen from light anywhere on the curve misses exact rounding, in levels.
+/// The largest difference to exact rounding of a code chosen from light, in levels.
 double worstDecision(const NamedCurve& named) {
     constexpr int steps = 200000;
     const ToneTable table(named.curve);
@@ -92,28 +94,28 @@ double worstDecision(const NamedCurve& named) {
 
 } // namespace
 
-TEST(ToneTables, every8BitCodeComesBack) {
+TEST(ToneTables, every8BitCodeIsKept) {
     for (const NamedCurve& named : curves())
         expectEvery8BitCodeBack(named);
 }
 
-TEST(ToneTables, every16BitCodeComesBackOffByOneAtMost) {
+TEST(ToneTables, every16BitCodeIsKeptWithinItsTolerance) {
     for (const NamedCurve& named : curves())
         EXPECT_LE(worst16BitCode(ToneTable(named.curve)), named.codes) << named.name;
 }
 
-TEST(ToneTables, aCodeIsOffByOneOnlyWhereNothingCanBeSeen) {
+TEST(ToneTables, only16BitCodesBelow30Change) {
     const ToneTable table(power(2.2));
     for (int code = 30; code < 65536; ++code)
         EXPECT_EQ(code16(table, table.light16()[code]), static_cast<unsigned>(code));
 }
 
-TEST(ToneTables, theChoiceOfACodeIsWithinATenthOfALevelOfExactRounding) {
+TEST(ToneTables, theChoiceOfACodeIsWithinItsToleranceOfExactRounding) {
     for (const NamedCurve& named : curves())
         EXPECT_LE(worstDecision(named), named.decision) << named.name;
 }
 
-TEST(ToneTables, installedProfilesKeepTheirCodesToo) {
+TEST(ToneTables, installedProfilesKeepTheirCodes) {
     const std::vector<NamedCurve> installed = installedCurves();
     if (installed.empty())
         GTEST_SKIP() << "the package icc-profiles-free is not installed";
@@ -124,7 +126,7 @@ TEST(ToneTables, installedProfilesKeepTheirCodesToo) {
     }
 }
 
-TEST(ToneTables, theSteepestCurvesThatAreTakenKeepEvery8BitCode) {
+TEST(ToneTables, allAcceptedCurvesKeepEvery8BitCode) {
     int taken = 0;
     for (double exponent = 0.1; exponent < 4; exponent += 0.01) {
         const auto profile = ColorProfile::fromGamma(exponent, {}, ColorModel::gray);
@@ -133,11 +135,11 @@ TEST(ToneTables, theSteepestCurvesThatAreTakenKeepEvery8BitCode) {
             ++taken;
         }
     }
-    EXPECT_GT(taken, 200); // exponents that pictures have are among them
-    EXPECT_LT(taken, 350); // and there are such that cannot be
+    EXPECT_GT(taken, 200); // includes the exponents that pictures have
+    EXPECT_LT(taken, 350); // some are refused
 }
 
-TEST(ToneTables, theTablesAreTheCurve) {
+TEST(ToneTables, theTablesHaveTheValuesOfTheCurve) {
     const ToneTable table(power(1.8));
     ASSERT_EQ(table.light16().size(), 65536u);
     ASSERT_EQ(table.storedFraction().size(), toneTableSize);
@@ -171,7 +173,7 @@ TEST(ToneTables, channelsWithEqualCurvesShareATable) {
     EXPECT_FLOAT_EQ((*mixed)[1].light8[51], 0.04f);
 }
 
-TEST(ToneTables, theTablesOfTheLastProfilesAreKept) {
+TEST(ToneTables, theTablesOfTheLastProfilesAreCached) {
     const auto first = toneTables(nullptr, ColorModel::rgb);
     const auto adobeRGB = ColorProfile::fromICC(ColorProfile::adobeRGB().bytes(), ColorModel::rgb);
     const auto second = toneTables(&*adobeRGB, ColorModel::rgb);
@@ -182,7 +184,7 @@ TEST(ToneTables, theTablesOfTheLastProfilesAreKept) {
     EXPECT_EQ(toneTables(nullptr, ColorModel::gray)->channels.size(), 1u);
 }
 
-TEST(ToneTables, theTablesOfManyProfilesAreGivenUpAgain) {
+TEST(ToneTables, theCacheIsLimited) {
     const auto sRGB = toneTables(nullptr, ColorModel::rgb);
     std::vector<std::weak_ptr<const ToneTables>> made;
     for (double exponent = 1; exponent < 2; exponent += 0.1) {
@@ -193,7 +195,7 @@ TEST(ToneTables, theTablesOfManyProfilesAreGivenUpAgain) {
     EXPECT_NE(toneTables(nullptr, ColorModel::rgb), sRGB);
 }
 
-TEST(ToneTables, severalThreadsMayAskAtOnce) {
+TEST(ToneTables, severalThreadsGetTheSameTables) {
     const auto profile = ColorProfile::fromGamma(1.234, sRGBChromaticities, ColorModel::rgb);
     std::array<const float*, 4> light{};
     std::vector<std::thread> threads;

@@ -1,4 +1,4 @@
-// AppleDoubleBuilder: containers as file servers and Macs lay them out.
+// AppleDoubleBuilder: containers in the layout of file servers and Macs.
 #pragma once
 
 #include "platform/host/Bytes.h"

@@ -21,7 +21,7 @@ Bytes contentOf(ByteView container, AppleDoubleEntry entry) {
     return content ? Bytes(content->begin(), content->end()) : bytesOf("(nothing)");
 }
 
-TEST(AppleDouble, entriesAreFoundByTheirNumberWhereverTheyLie) {
+TEST(AppleDouble, entriesAreFoundByTheirNumberAtAnyPosition) {
     const Bytes usual = serverBlob("Hello", Bytes(32, 7));
     ASSERT_EQ(usual.size(), 402u) << "the layout that file servers use";
     const Bytes otherOrder = appleDouble({{2, bytesOf("fork")}, {4, bytesOf("Hello"), 9}, {9, Bytes(32, 7)}});
@@ -31,7 +31,7 @@ TEST(AppleDouble, entriesAreFoundByTheirNumberWhereverTheyLie) {
     }
 }
 
-TEST(AppleDouble, anEntryThatIsNotListedIsNothingAndHasNoRoom) {
+TEST(AppleDouble, aMissingEntryHasNoContentAndNoRoom) {
     const Bytes container = appleDouble({{9, Bytes(32)}});
     EXPECT_EQ(AppleDouble::parse(container)->content(comment), std::nullopt);
     EXPECT_EQ(AppleDouble::parse(container)->room(comment), 0u);
@@ -46,14 +46,14 @@ TEST(AppleDouble, anEntryHasRoomUpToTheNextOneOrTheEnd) {
     EXPECT_EQ(AppleDouble::parse(appleDouble({{4, {}}, {8, Bytes(16)}}))->room(comment), 0u);
 }
 
-TEST(AppleDouble, aNewContentChangesItsOwnEntryOnly) {
+TEST(AppleDouble, newContentChangesOnlyItsOwnEntry) {
     const Bytes before = serverBlob("A long old comment", Bytes(32, 7));
     const Bytes after = AppleDouble::parse(before)->withContent(comment, bytesOf("new"));
     EXPECT_EQ(after, serverBlob("new", Bytes(32, 7))) << "no old byte is left over, and all else is the same";
     EXPECT_EQ(AppleDouble::parse(after)->withContent(comment, bytesOf("A long old comment")), before);
 }
 
-TEST(AppleDouble, aContentMayFillTheRoomAndMayBeEmpty) {
+TEST(AppleDouble, contentCanFillTheRoomAndCanBeEmpty) {
     const Bytes before = serverBlob("old", Bytes(32, 7));
     for (const std::size_t length : {0, 199, 200}) {
         const std::string text(length, 'x');
@@ -62,7 +62,7 @@ TEST(AppleDouble, aContentMayFillTheRoomAndMayBeEmpty) {
     }
 }
 
-TEST(AppleDouble, hostileContainersAreRefused) {
+TEST(AppleDouble, invalidContainersAreRefused) {
     const Bytes sound = appleDouble({{4, bytesOf("abc")}, {9, Bytes(32)}});
     ASSERT_TRUE(AppleDouble::parse(sound));
     struct Case {
@@ -92,7 +92,7 @@ TEST(AppleDouble, hostileContainersAreRefused) {
     }
 }
 
-TEST(AppleDouble, aContainerCutAnywhereIsRefused) {
+TEST(AppleDouble, aTruncatedContainerIsRefused) {
     const Bytes sound = appleDouble({{4, bytesOf("abc")}, {9, Bytes(32)}});
     for (std::size_t size = 0; size < sound.size(); ++size)
         EXPECT_FALSE(AppleDouble::parse(ByteView(sound).first(size))) << size << " bytes";

@@ -11,19 +11,19 @@ protected:
     bool isPackage(const std::string& name) const { return isFilePackage(makeFolder(from_ + "/" + name)); }
 };
 
-TEST_F(FilePackage, aFolderWithThePackageExtensionIsOne) {
+TEST_F(FilePackage, aFolderWithAPackageExtensionIsAPackage) {
     for (const char* name : {"Preview.app", "a.APP", "x.y.Bundle", "Letter.rtfd", "Pictures.photoslibrary",
                              "a.kext", "a.prefPane", "Install.mpkg", "\xFF.pkg", "12:30.plugin"})
         EXPECT_TRUE(isPackage(name)) << name;
 }
 
-TEST_F(FilePackage, otherFoldersAreNone) {
+TEST_F(FilePackage, otherFoldersAreNotPackages) {
     for (const char* name : {"Pictures", "app", ".app", "a.apps", "a.app.old", "a.app ", "iPhoto Library",
                              "a.framework", "a.", "Pictures.jpg"})
         EXPECT_FALSE(isPackage(name)) << name;
 }
 
-TEST_F(FilePackage, aFileOrNothingIsNone) {
+TEST_F(FilePackage, aFileOrAMissingItemIsNotAPackage) {
     EXPECT_FALSE(isFilePackage(write(from_ + "/file.app")));
     EXPECT_FALSE(isFilePackage(from_ + "/missing.app"));
     EXPECT_FALSE(isFilePackage(""));

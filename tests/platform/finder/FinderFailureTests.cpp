@@ -1,8 +1,9 @@
-// What becomes of items when a disk is full, something is mounted in the way or a call to the system fails:
-// an item is whole in one place, what has not given way is whole, and no hidden name is left behind.
+// Copying and moving when a disk is full, something is mounted, or a system call fails: each item is complete
+// in one place, no item is lost, and no hidden name is left.
 #include "platform/host/files/ExtendedAttributes.h"
 #include "platform/host/files/FileDescriptor.h"
 #include "tests/platform/finder/FinderTesting.h"
+#include "tests/support/InterposedCalls.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/SystemFeatures.h"
 
@@ -37,7 +38,7 @@ protected:
     const std::string large_ = std::string(200'000, 'x');
 };
 
-TEST_F(FinderFailure, aFullDiskHoldsNothingHalfMade) {
+TEST_F(FinderFailure, aFullDiskKeepsNoIncompleteItem) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 128);
         write(disk_ + "/album/old.jpg", "old");
@@ -64,7 +65,7 @@ TEST_F(FinderFailure, aFullDiskStopsADuplicateInItsOwnFolder) {
     });
 }
 
-TEST_F(FinderFailure, betweenAPlaceAndItsSecondMountAnItemIsCopied) {
+TEST_F(FinderFailure, betweenAFolderAndItsBindMountAnItemIsCopied) {
     runWithOwnMounts([&] {
         mountAgain(to_, folder_ / "again");
         EXPECT_EQ(finderMove({write(from_ + "/a.jpg")}, folder_ / "again", Replacing::no), std::nullopt);
@@ -75,7 +76,7 @@ TEST_F(FinderFailure, betweenAPlaceAndItsSecondMountAnItemIsCopied) {
     });
 }
 
-TEST_F(FinderFailure, mountPointsAndFoldersThatHoldSomeStay) {
+TEST_F(FinderFailure, mountPointsAndFoldersThatContainSomeStay) {
     runWithOwnMounts([&] {
         mountFileSystem(from_ + "/disk", 64);
         makeFolder(from_ + "/album");
@@ -106,7 +107,7 @@ TEST_F(FinderFailure, fromAReadOnlyDiskItemsAreCopiedButNotMoved) {
     });
 }
 
-TEST_F(FinderFailure, anAttributeThatTheOtherDiskCannotKeepStopsTheMove) {
+TEST_F(FinderFailure, anAttributeThatTheOtherDiskCannotStoreStopsTheMove) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         if (!keepsAttributes(disk_, 60'000) || keepsAttributes(to_, 60'000))
@@ -119,7 +120,7 @@ TEST_F(FinderFailure, anAttributeThatTheOtherDiskCannotKeepStopsTheMove) {
     });
 }
 
-TEST_F(FinderFailure, whereNoAttributesAreKeptACopyDoesWithoutAndAMoveIsRefused) {
+TEST_F(FinderFailure, withoutAttributesACopyLeavesThemOutAndAMoveIsRefused) {
     runWithOwnMounts([&] {
         makeFolder(disk_);
         if (::mount("ramfs", disk_.c_str(), "ramfs", 0, nullptr) != 0)
@@ -137,14 +138,14 @@ TEST_F(FinderFailure, whereNoAttributesAreKeptACopyDoesWithoutAndAMoveIsRefused)
     });
 }
 
-/// Protects a file against removal even by root; false where there are no such flags.
-bool protect(const std::string& path) {
+/// Sets an inode flag: FS_IMMUTABLE_FL prevents the removal of a file, even by root, and FS_APPEND_FL that of
+/// the items in a folder. False where the file system has no such flags.
+bool protect(const std::string& path, int flag = FS_IMMUTABLE_FL) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    const int flag = FS_IMMUTABLE_FL;
     return file.isOpen() && ::ioctl(file.number(), FS_IOC_SETFLAGS, &flag) == 0;
 }
 
-TEST_F(FinderFailure, ofAnOriginalThatCannotBeRemovedNoCopyIsLeft) {
+TEST_F(FinderFailure, anOriginalThatCannotBeRemovedLeavesNoCopy) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         const std::string file = write(disk_ + "/a.jpg", "new");
@@ -154,27 +155,95 @@ TEST_F(FinderFailure, ofAnOriginalThatCannotBeRemovedNoCopyIsLeft) {
         EXPECT_THAT(namesIn(to_), IsEmpty());
         write(to_ + "/a.jpg", "old");
         EXPECT_EQ(numberOf(finderMove({file}, to_, Replacing::yes)), noRights);
-        EXPECT_EQ(readFile(to_ + "/a.jpg"), "new") << "the old one gave way: the copy has to stay";
+        EXPECT_EQ(readFile(to_ + "/a.jpg"), "new") << "the old item was replaced, so the copy must stay";
         EXPECT_EQ(readFile(file), "new");
         EXPECT_THAT(namesIn(to_), ElementsAre("a.jpg"));
     });
 }
 
-TEST_F(FinderFailure, whereNamesCannotBeExchangedTheOldGoesAsideFirst) {
-    runIsolated([&] {
-        if (!failSystemCall(SYS_renameat2, EINVAL))
-            GTEST_SKIP() << "this system permits no filter of system calls";
-        for (const auto operation : {finderDuplicate, finderMove}) {
-            write(from_ + "/album/new.jpg");
-            write(to_ + "/album/old.jpg");
-            EXPECT_EQ(operation({from_ + "/album"}, to_, Replacing::yes), std::nullopt);
-            EXPECT_THAT(namesIn(to_), ElementsAre("album"));
-            EXPECT_THAT(namesIn(to_ + "/album"), ElementsAre("new.jpg"));
-        }
+/// Runs `operation` and returns whether a folder is synced while `condition` is true.
+bool syncsAFolderWhile(const std::function<bool()>& condition,
+                       const std::function<FinderOutcome()>& operation) {
+    bool synced = false;
+    testing::InterposedCalls calls;
+    calls.onSync = [&](int file) {
+        struct stat status {};
+        synced |= ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode) && condition();
+        return 0;
+    };
+    EXPECT_EQ(operation(), std::nullopt);
+    return synced;
+}
+
+TEST_F(FinderFailure, theFolderOfACopyIsSynced) {
+    const std::string file = write(from_ + "/a.jpg");
+    EXPECT_TRUE(syncsAFolderWhile([&] { return std::filesystem::exists(to_ + "/a.jpg"); },
+                                  [&] { return finderDuplicate({file}, to_, Replacing::no); }));
+    EXPECT_TRUE(syncsAFolderWhile([&] { return std::filesystem::exists(from_ + "/a copy.jpg"); },
+                                  [&] { return finderDuplicate({file}, from_, Replacing::no); }));
+}
+
+TEST_F(FinderFailure, aMoveBetweenVolumesSyncsTheFolderBeforeTheOriginalIsRemoved) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 64);
+        const std::string file = write(disk_ + "/a.jpg");
+        const auto areBothThere = [&] {
+            return std::filesystem::exists(file) && std::filesystem::exists(to_ + "/a.jpg");
+        };
+        EXPECT_TRUE(syncsAFolderWhile(areBothThere, [&] { return finderMove({file}, to_, Replacing::no); }));
     });
 }
 
-TEST_F(FinderFailure, whatWasReplacedButCannotBeRemovedIsShown) {
+TEST_F(FinderFailure, whenAPartOfTheOriginalIsRemovedTheCopyStays) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 1024);
+        write(disk_ + "/album/sub/a.jpg", "new");
+        if (!protect(disk_ + "/album", FS_APPEND_FL))
+            GTEST_SKIP() << "folders cannot be protected against removal here";
+        EXPECT_EQ(numberOf(finderMove({disk_ + "/album"}, to_, Replacing::no)), noRights);
+        EXPECT_FALSE(std::filesystem::exists(disk_ + "/album/sub/a.jpg"));
+        EXPECT_EQ(readFile(to_ + "/album/sub/a.jpg"), "new");
+    });
+}
+
+TEST_F(FinderFailure, aMoveBetweenVolumesReportsThatTheOldItemCannotBeRemoved) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 1024);
+        write(from_ + "/album/new.jpg");
+        if (!protect(write(disk_ + "/album/old.jpg")))
+            GTEST_SKIP() << "files cannot be protected against removal here";
+        EXPECT_EQ(numberOf(finderMove({from_ + "/album"}, disk_, Replacing::yes)), -36);
+        EXPECT_THAT(namesIn(disk_), ElementsAre("album", "album replaced"));
+        EXPECT_THAT(namesIn(from_), IsEmpty());
+    });
+}
+
+TEST_F(FinderFailure, whereNamesCannotBeExchangedTheOldItemIsRenamedFirst) {
+    for (const int error : {EINVAL, ENOSYS, EOPNOTSUPP})
+        runIsolated([&] {
+            if (!failSystemCall(SYS_renameat2, error))
+                GTEST_SKIP() << "this system permits no filter of system calls";
+            for (const auto operation : {finderDuplicate, finderMove}) {
+                write(from_ + "/album/new.jpg");
+                write(to_ + "/album/old.jpg");
+                EXPECT_EQ(operation({from_ + "/album"}, to_, Replacing::yes), std::nullopt) << error;
+                EXPECT_THAT(namesIn(to_), ElementsAre("album"));
+                EXPECT_THAT(namesIn(to_ + "/album"), ElementsAre("new.jpg"));
+            }
+        });
+}
+
+TEST_F(FinderFailure, aDuplicateThatGetsNoNameIsRemoved) {
+    const std::string file = write(from_ + "/a.jpg");
+    runIsolated([&] {
+        if (!failSystemCall(SYS_renameat2, EIO))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        EXPECT_NE(finderDuplicate({file}, from_, Replacing::no), std::nullopt);
+        EXPECT_THAT(namesIn(from_), ElementsAre("a.jpg"));
+    });
+}
+
+TEST_F(FinderFailure, aReplacedItemThatCannotBeRemovedGetsAVisibleName) {
     for (const auto operation : {finderDuplicate, finderMove})
         runIsolated([&] {
             write(from_ + "/album/new.jpg", "new");
@@ -197,7 +266,7 @@ struct FailingCall {
     int error;
 };
 
-/// Every system call by which an item comes into a folder, except the one that takes things away again.
+/// Every system call of copying and moving, except the one that removes items.
 constexpr FailingCall callsOnTheWay[] = {
     {"fsync", SYS_fsync, EIO},           {"write", SYS_write, ENOSPC},
     {"pread64", SYS_pread64, EIO},       {"renameat", SYS_renameat, EIO},
@@ -236,7 +305,7 @@ protected:
                    : "";
     }
 
-    /// Brings an item to a folder with the failing call, and looks at both folders afterwards.
+    /// Runs the operation with the failing call, then examines both folders.
     void bring(Operation operation, const std::string& name, const std::string& into,
                Replacing replacing) const {
         std::filesystem::remove_all(from_ + name);
@@ -248,15 +317,16 @@ protected:
             if (!failSystemCall(GetParam().number, GetParam().error))
                 GTEST_SKIP() << "this system permits no filter of system calls";
             const FinderOutcome failure = operation({from_ + name}, into, replacing);
-            EXPECT_TRUE(failure || contentOf(into + name) == "new") << "what is said to be done is done";
+            EXPECT_TRUE(failure || contentOf(into + name) == "new") << "a reported success is complete";
         });
         const std::string here = contentOf(from_ + name), there = contentOf(into + name);
         for (const std::string& folder : {from_, into})
             EXPECT_THAT(namesIn(folder), ::testing::AnyOf(IsEmpty(), ElementsAre(name.substr(1))));
         const bool mayHaveGone = operation == finderMove;
-        EXPECT_TRUE(here == "new" || (mayHaveGone && there == "new")) << "the item is whole somewhere";
+        EXPECT_TRUE(here == "new" || (mayHaveGone && there == "new"))
+            << "the item is complete in one of the folders";
         EXPECT_TRUE(replacing == Replacing::no || there == "new" || there == "old")
-            << "and so is the old one";
+            << "the name has a complete item, old or new";
         std::filesystem::remove_all(from_ + name);
         std::filesystem::remove_all(into + name);
     }

@@ -13,7 +13,7 @@ constexpr StoredBytes stored{'T',  'E',  'X',  'T',  't', 't', 'x', 't', // type
                              0x12, 0x34,                                 // reserved
                              1,    2,    3,    4,    5,   6,   7,   8,   9, 10, 11, 12, 13, 14, 15, 16};
 
-TEST(FinderInfo, aFourCharacterCodeHasItsFirstCharacterHighest) {
+TEST(FinderInfo, aFourCharacterCodeIsBigEndian) {
     EXPECT_EQ(fourCharacterCode("TEXT"), 0x54455854u);
     EXPECT_EQ(fourCharacterCode("\xFF\x80  "), 0xFF802020u);
 }
@@ -29,7 +29,7 @@ TEST(FinderInfo, theFieldsAreReadInTheStoredOrderBigEndian) {
     EXPECT_EQ(information.extended.back(), 16);
 }
 
-TEST(FinderInfo, theStoredFormIsTheSameBytesAgain) {
+TEST(FinderInfo, theStoredBytesSurviveARoundTrip) {
     EXPECT_EQ(bytesOf(finderInfoFromBytes(stored)), stored);
     EXPECT_EQ(bytesOf(FinderInfo{}), StoredBytes{});
 }
@@ -41,23 +41,6 @@ TEST(FinderInfo, everyByteOfTheStoredFormMatters) {
         EXPECT_NE(finderInfoFromBytes(changed), finderInfoFromBytes(stored)) << "byte " << i;
         EXPECT_EQ(bytesOf(finderInfoFromBytes(changed)), changed) << "byte " << i;
     }
-}
-
-TEST(FinderInfo, theLabelIsBitsOneToThreeOfTheFlags) {
-    for (int label = 0; label <= 7; ++label)
-        for (const int otherFlags : {0x0000, 0xFFF1}) {
-            FinderInfo information;
-            information.flags = static_cast<std::uint16_t>(otherFlags | label << 1);
-            EXPECT_EQ(information.label(), label) << "other flags " << otherFlags;
-        }
-}
-
-TEST(FinderInfo, bitFifteenOfTheFlagsMarksAnAlias) {
-    FinderInfo information;
-    information.flags = 0x7FFF;
-    EXPECT_FALSE(information.isAlias());
-    information.flags = 0x8000;
-    EXPECT_TRUE(information.isAlias());
 }
 
 } // namespace

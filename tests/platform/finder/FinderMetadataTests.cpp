@@ -38,12 +38,14 @@ FinderInfo labelled(int label) {
     return {fourCharacterCode("JPEG"), 0, static_cast<std::uint16_t>(label << 1), {1, 2}, 3, {4, 5, 6}};
 }
 
+int labelOf(const FinderInfo& information) { return information.flags >> 1; }
+
 Bytes plain(const FinderInfo& information) {
     const auto bytes = bytesOf(information);
     return {bytes.begin(), bytes.end()};
 }
 
-/// What a file server leaves: 60 bytes and a zero.
+/// The stream of a file server: 60 bytes and a zero byte.
 Bytes stream(const FinderInfo& information) {
     Bytes bytes = bytesOf(std::string_view("AFP\0\0\0\1\0\0\0\0\0\x80\0\0\0", 16));
     const Bytes middle = plain(information);
@@ -82,13 +84,13 @@ protected:
 using FinderComment = Metadata;
 using FinderInformation = Metadata;
 
-TEST_F(FinderComment, aFileWithoutOneHasNone) {
+TEST_F(FinderComment, aFileWithoutACommentHasNone) {
     const Result<OptionalString> comment = finderComment(file_);
     ASSERT_TRUE(comment) << comment.failure().text;
     EXPECT_EQ(*comment, std::nullopt);
 }
 
-TEST_F(FinderComment, whatIsSetIsReadAndDesktopsSeeTheSameBytes) {
+TEST_F(FinderComment, aCommentIsReadAsSetAndStoredForDesktopsAsUTF8) {
     for (const std::string text :
          {"Summer", "caf\xC3\xA9 \xF0\x9F\x8D\xB0\nsecond line", "no UTF-8: \xFF\xC3"}) {
         ASSERT_TRUE(setFinderComment(file_, NSString::fromUTF8(text)));
@@ -110,13 +112,13 @@ TEST_F(FinderComment, gioShowsWhatIsSetAndSetsWhatIsRead) {
     EXPECT_EQ(*finderComment(file_), NSString(u"Winter"));
 }
 
-TEST_F(FinderComment, onlyOurOwnPlaceIsMade) {
+TEST_F(FinderComment, onlyOurOwnAttributeIsCreated) {
     ASSERT_TRUE(setFinderComment(file_, u"Summer"));
     EXPECT_THAT(userAttributes(), UnorderedElementsAre(ownComment));
     EXPECT_FALSE(std::filesystem::exists(folder_ / sidecarName_));
 }
 
-TEST_F(FinderComment, thePlacesAreAskedInTheirOrder) {
+TEST_F(FinderComment, thePlacesAreReadInOrder) {
     storeSidecar(sidecarWithComment("of the sidecar", Bytes(32)));
     EXPECT_EQ(*finderComment(file_), NSString(u"of the sidecar"));
     store(serverAttribute, serverBlob("of the server", Bytes(32)));
@@ -127,7 +129,7 @@ TEST_F(FinderComment, thePlacesAreAskedInTheirOrder) {
     EXPECT_EQ(*finderComment(file_), NSString(u"of the desktop"));
 }
 
-TEST_F(FinderComment, brokenPlacesArePassedOver) {
+TEST_F(FinderComment, invalidPlacesAreSkipped) {
     store(spotlightComment, bytesOf("bplist00 no property list"));
     store(serverAttribute, Bytes(402, 0xFF));
     EXPECT_EQ(*finderComment(file_), std::nullopt);
@@ -135,7 +137,7 @@ TEST_F(FinderComment, brokenPlacesArePassedOver) {
     EXPECT_EQ(*finderComment(file_), NSString(u"Summer"));
 }
 
-TEST_F(FinderComment, sidecarsThatCannotBeSidecarsAreAsAbsent) {
+TEST_F(FinderComment, invalidSidecarsCountAsMissing) {
     const std::string place = folder_ / sidecarName_;
     const std::string other = folder_.write("other", sidecarWithComment("of another file", Bytes(32)));
     std::filesystem::create_symlink(other, place);
@@ -150,19 +152,19 @@ TEST_F(FinderComment, sidecarsThatCannotBeSidecarsAreAsAbsent) {
     EXPECT_TRUE(setFinderComment(file_, u"Summer"));
 }
 
-TEST_F(FinderComment, anEmptyOneOfTheDesktopMeansThatThereIsNone) {
+TEST_F(FinderComment, anEmptyCommentOfTheDesktopMeansNone) {
     store(ownComment, {});
     store(spotlightComment, propertyListOfText(u"old"));
     EXPECT_EQ(*finderComment(file_), std::nullopt);
 }
 
-TEST_F(FinderComment, aServersRoomForOneDoesNotHideALaterComment) {
+TEST_F(FinderComment, anEmptyEntryOfTheServerDoesNotHideALaterComment) {
     store(serverAttribute, serverBlob("", Bytes(32)));
     storeSidecar(sidecarWithComment("Summer", Bytes(32)));
     EXPECT_EQ(*finderComment(file_), NSString(u"Summer"));
 }
 
-TEST_F(FinderComment, placesThatExistAreBroughtUpToDateAndKeepTheRest) {
+TEST_F(FinderComment, existingPlacesAreUpdatedAndKeepTheirOtherData) {
     store(spotlightComment, propertyListOfText(u"old"));
     store(serverAttribute, serverBlob("", plain(labelled(2))));
     storeSidecar(sidecarWithComment("an older one", plain(labelled(3))));
@@ -173,7 +175,7 @@ TEST_F(FinderComment, placesThatExistAreBroughtUpToDateAndKeepTheRest) {
     EXPECT_EQ(sidecar(), sidecarWithComment("caf\xC3\xA9", plain(labelled(3))));
 }
 
-TEST_F(FinderComment, brokenPlacesAndSidecarsWithoutACommentAreLeftAlone) {
+TEST_F(FinderComment, invalidPlacesAndSidecarsWithoutACommentAreNotChanged) {
     const Bytes macs = macSidecar(plain(labelled(3)), "a resource fork");
     store(spotlightComment, bytesOf("no property list"));
     store(serverAttribute, Bytes(402, 0xFF));
@@ -184,7 +186,7 @@ TEST_F(FinderComment, brokenPlacesAndSidecarsWithoutACommentAreLeftAlone) {
     EXPECT_EQ(sidecar(), macs);
 }
 
-TEST_F(FinderComment, aLongOneIsWholeForDesktopsAndCutForServers) {
+TEST_F(FinderComment, aLongCommentIsCompleteForDesktopsAndCutForServers) {
     store(serverAttribute, serverBlob("", Bytes(32)));
     const std::string text = std::string(199, 'x') + "\xC3\xA9";
     ASSERT_TRUE(setFinderComment(file_, NSString::fromUTF8(text)));
@@ -192,7 +194,7 @@ TEST_F(FinderComment, aLongOneIsWholeForDesktopsAndCutForServers) {
     EXPECT_EQ(stored(serverAttribute), serverBlob(std::string(199, 'x'), Bytes(32)));
 }
 
-TEST_F(FinderComment, anEmptyOneRemovesItEverywhereSoThatItDoesNotComeBack) {
+TEST_F(FinderComment, anEmptyCommentIsRemovedFromEveryPlace) {
     store(spotlightComment, propertyListOfText(u"old"));
     store(serverAttribute, serverBlob("old", Bytes(32, 7)));
     storeSidecar(sidecarWithComment("old", Bytes(32, 7)));
@@ -204,7 +206,7 @@ TEST_F(FinderComment, anEmptyOneRemovesItEverywhereSoThatItDoesNotComeBack) {
     EXPECT_EQ(sidecar(), sidecarWithComment("", Bytes(32, 7)));
 }
 
-TEST_F(FinderComment, removingOneThatIsNotThereSucceedsAndAnEmptyAttributeGoesToo) {
+TEST_F(FinderComment, removingAMissingCommentSucceedsAndRemovesAnEmptyAttribute) {
     EXPECT_TRUE(setFinderComment(file_, u""));
     store(ownComment, {});
     EXPECT_TRUE(setFinderComment(file_, u""));
@@ -235,7 +237,7 @@ TEST_F(FinderComment, aChangeThatFailsHalfWayShowsTheNewCommentAndIsReported) {
     EXPECT_EQ(sidecar(), sidecarWithComment("older", Bytes(32)));
 }
 
-TEST_F(FinderComment, oneBeyondTheBoundOfTheFileSystemFailsAndChangesNothing) {
+TEST_F(FinderComment, aCommentAboveTheLimitOfTheFileSystemFailsAndChangesNothing) {
     store(ownComment, bytesOf("old"));
     store(serverAttribute, serverBlob("old", Bytes(32)));
     const Result<void> set = setFinderComment(file_, std::u16string(100'000, u'x'));
@@ -244,7 +246,7 @@ TEST_F(FinderComment, oneBeyondTheBoundOfTheFileSystemFailsAndChangesNothing) {
     EXPECT_EQ(stored(serverAttribute), serverBlob("old", Bytes(32)));
 }
 
-TEST_F(FinderComment, foldersHaveThemAndLinksLeadToTheirTarget) {
+TEST_F(FinderComment, foldersHaveCommentsAndLinksAreFollowed) {
     ASSERT_TRUE(setFinderComment(folder_.path().string(), u"of the folder"));
     EXPECT_EQ(*finderComment(folder_.path().string() + "/"), NSString(u"of the folder"));
     std::filesystem::create_symlink(file_, folder_ / "link");
@@ -252,7 +254,7 @@ TEST_F(FinderComment, foldersHaveThemAndLinksLeadToTheirTarget) {
     EXPECT_EQ(*finderComment(file_), NSString(u"of the target"));
 }
 
-TEST_F(FinderComment, whereNothingIsItIsNotFound) {
+TEST_F(FinderComment, aMissingFileIsNotFound) {
     std::filesystem::create_symlink(folder_ / "none", folder_ / "dangling");
     for (const char* name : {"none", "dangling"}) {
         EXPECT_EQ(finderComment(folder_ / name).failure().reason, Reason::notFound) << name;
@@ -266,7 +268,7 @@ TEST_F(FinderComment, whereNothingIsItIsNotFound) {
     EXPECT_EQ(setFinderInformation(std::string("a\0b", 3), {}).failure().reason, Reason::malformed);
 }
 
-TEST_F(FinderComment, withoutRightsItIsNotPermitted) {
+TEST_F(FinderComment, withoutPermissionItFailsWithNotPermitted) {
     store(ownComment, bytesOf("old"));
     ::chmod(folder_.path().c_str(), 0755);
     ::chmod(file_.c_str(), 0444);
@@ -280,39 +282,39 @@ TEST_F(FinderComment, withoutRightsItIsNotPermitted) {
     runAsOrdinaryUser([&] { EXPECT_EQ(finderComment(file_).failure().reason, Reason::notPermitted); });
 }
 
-TEST_F(FinderComment, aPipeHasNoneAndTakesNone) {
+TEST_F(FinderComment, aPipeHasNoCommentAndCannotGetOne) {
     const std::string pipe = folder_ / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_EQ(*finderComment(pipe), std::nullopt);
     EXPECT_EQ(setFinderComment(pipe, u"x").failure().reason, Reason::notPermitted);
 }
 
-TEST_F(FinderInformation, aFileWithoutOneHasZeros) {
+TEST_F(FinderInformation, aFileWithoutInformationHasZeros) {
     const Result<FinderInfo> information = finderInformation(file_);
     ASSERT_TRUE(information) << information.failure().text;
     EXPECT_EQ(*information, FinderInfo{});
 }
 
-TEST_F(FinderInformation, whatIsSetIsReadWithItsExtendedPart) {
+TEST_F(FinderInformation, informationIsReadAsSetWithItsExtendedPart) {
     ASSERT_TRUE(setFinderInformation(file_, labelled(5)));
     EXPECT_EQ(*finderInformation(file_), labelled(5));
-    EXPECT_EQ(finderInformation(file_)->label(), 5);
+    EXPECT_EQ(labelOf(*finderInformation(file_)), 5);
     EXPECT_THAT(userAttributes(), UnorderedElementsAre(ownInformation));
     EXPECT_EQ(stored(ownInformation), plain(labelled(5)));
 }
 
-TEST_F(FinderInformation, thePlacesAreAskedInTheirOrder) {
+TEST_F(FinderInformation, thePlacesAreReadInOrder) {
     storeSidecar(macSidecar(plain(labelled(4)), "fork"));
-    EXPECT_EQ(finderInformation(file_)->label(), 4);
+    EXPECT_EQ(labelOf(*finderInformation(file_)), 4);
     store(streamAttribute, stream(labelled(3)));
-    EXPECT_EQ(finderInformation(file_)->label(), 3);
+    EXPECT_EQ(labelOf(*finderInformation(file_)), 3);
     store(serverAttribute, serverBlob("", plain(labelled(2))));
-    EXPECT_EQ(finderInformation(file_)->label(), 2);
+    EXPECT_EQ(labelOf(*finderInformation(file_)), 2);
     store(ownInformation, plain(labelled(1)));
-    EXPECT_EQ(finderInformation(file_)->label(), 1);
+    EXPECT_EQ(labelOf(*finderInformation(file_)), 1);
 }
 
-TEST_F(FinderInformation, brokenPlacesArePassedOver) {
+TEST_F(FinderInformation, invalidPlacesAreSkipped) {
     store(ownInformation, Bytes(31, 0xFF));
     store(serverAttribute, bytesOf("no AppleDouble"));
     store(streamAttribute, bytesOf("AFP"));
@@ -322,7 +324,7 @@ TEST_F(FinderInformation, brokenPlacesArePassedOver) {
     EXPECT_EQ(*finderInformation(file_), labelled(6));
 }
 
-TEST_F(FinderInformation, placesThatExistAreBroughtUpToDateAndKeepTheRest) {
+TEST_F(FinderInformation, existingPlacesAreUpdatedAndKeepTheirOtherData) {
     store(serverAttribute, serverBlob("a comment", Bytes(32)));
     store(streamAttribute, stream(FinderInfo{}));
     storeSidecar(macSidecar(Bytes(32), "a resource fork"));
@@ -332,7 +334,7 @@ TEST_F(FinderInformation, placesThatExistAreBroughtUpToDateAndKeepTheRest) {
     EXPECT_EQ(sidecar(), macSidecar(plain(labelled(7)), "a resource fork"));
 }
 
-TEST_F(FinderInformation, zerosRemoveItEverywhere) {
+TEST_F(FinderInformation, informationOfZerosIsRemovedFromEveryPlace) {
     store(ownInformation, plain(labelled(1)));
     store(serverAttribute, serverBlob("a comment", plain(labelled(2))));
     store(streamAttribute, stream(labelled(3)));
@@ -344,7 +346,7 @@ TEST_F(FinderInformation, zerosRemoveItEverywhere) {
     EXPECT_EQ(sidecar(), macSidecar(Bytes(32), "fork"));
 }
 
-TEST_F(FinderInformation, aSidecarThatIsUpToDateAlreadyIsNotWritten) {
+TEST_F(FinderInformation, anUpToDateSidecarIsNotWritten) {
     storeSidecar(macSidecar(plain(labelled(4)), "fork"));
     struct stat before {
     }, after{};
@@ -354,13 +356,13 @@ TEST_F(FinderInformation, aSidecarThatIsUpToDateAlreadyIsNotWritten) {
     EXPECT_EQ(after.st_ino, before.st_ino);
 }
 
-/// Lets the process see a file system without attributes.
+/// Makes every file system appear to have no attributes.
 bool hideAttributes() {
     return failSystemCall(SYS_getxattr, EOPNOTSUPP) && failSystemCall(SYS_setxattr, EOPNOTSUPP)
            && failSystemCall(SYS_flistxattr, EOPNOTSUPP);
 }
 
-TEST(MetadataWithoutAttributes, withoutASidecarAllIsUnsupported) {
+TEST(MetadataWithoutAttributes, withoutASidecarEverythingIsUnsupported) {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.jpg", "");
     runIsolated([&] {
@@ -374,7 +376,7 @@ TEST(MetadataWithoutAttributes, withoutASidecarAllIsUnsupported) {
     });
 }
 
-TEST(MetadataWithoutAttributes, aSidecarIsReadAndKeepsWhatIsSet) {
+TEST(MetadataWithoutAttributes, aSidecarIsReadAndUpdated) {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.jpg", "");
     folder.write("._a.jpg", sidecarWithComment("old", plain(labelled(1))));
@@ -393,7 +395,7 @@ TEST(MetadataWithoutAttributes, aSidecarIsReadAndKeepsWhatIsSet) {
     EXPECT_EQ(readFileBytes(folder / "._a.jpg"), sidecarWithComment("", Bytes(32)));
 }
 
-TEST(MetadataWithoutAttributes, aCommentThatTheSidecarCannotHoldWholeIsUnsupportedAndChangesNothing) {
+TEST(MetadataWithoutAttributes, aCommentTooLongForTheSidecarIsUnsupportedAndChangesNothing) {
     const TemporaryFolder folder;
     const std::string file = folder.write("a.jpg", "");
     folder.write("._a.jpg", sidecarWithComment("old", Bytes(32)));

@@ -1,4 +1,4 @@
-// Items that are brought where they are, below themselves or over what holds them; links; the trash.
+// Operations on an item in its own folder, below itself, and over its own parent; links; the trash.
 #include "platform/finder/FinderErrors.h"
 #include "tests/platform/finder/FinderTesting.h"
 #include "tests/support/CurrentFolder.h"
@@ -35,7 +35,7 @@ TEST_F(Finder, anItemMovedToWhereItIsStays) {
     EXPECT_EQ(readFile(file), "content");
 }
 
-TEST_F(Finder, anItemDuplicatedInItsFolderIsCalledACopy) {
+TEST_F(Finder, anItemDuplicatedInItsFolderGetsTheNameOfACopy) {
     const std::string file = write(from_ + "/a.tar.gz"), hidden = write(from_ + "/.b");
     write(from_ + "/album/c.jpg");
     for (int time = 0; time < 3; ++time)
@@ -74,14 +74,14 @@ TEST_F(Finder, anAliasedFolderIsNotPutIntoItself) {
     });
 }
 
-TEST_F(Finder, aFolderWhoseNameBeginsAlikeIsAnother) {
+TEST_F(Finder, aFolderWhoseNameBeginsTheSameIsAnotherFolder) {
     write(from_ + "/album/a.jpg");
     const std::string into = makeFolder(from_ + "/album 2");
     EXPECT_EQ(finderMove({from_ + "/album"}, into, Replacing::no), std::nullopt);
     EXPECT_EQ(readFile(into + "/album/a.jpg"), "content");
 }
 
-TEST_F(Finder, anItemDoesNotReplaceTheFolderThatHoldsIt) {
+TEST_F(Finder, anItemDoesNotReplaceItsOwnFolder) {
     write(from_ + "/x/x", "inner");
     write(from_ + "/x/other", "other");
     for (const auto operation : {finderDuplicate, finderMove}) {
@@ -91,7 +91,7 @@ TEST_F(Finder, anItemDoesNotReplaceTheFolderThatHoldsIt) {
     EXPECT_EQ(readFile(from_ + "/x/x") + readFile(from_ + "/x/other"), "innerother");
 }
 
-TEST_F(Finder, twoNamesOfOneFileBecomeOne) {
+TEST_F(Finder, movingAHardLinkOverAnotherLeavesOneName) {
     const std::string file = write(from_ + "/a.jpg");
     std::filesystem::create_hard_link(file, to_ + "/a.jpg");
     EXPECT_EQ(finderMove({file}, to_, Replacing::yes), std::nullopt);
@@ -100,7 +100,7 @@ TEST_F(Finder, twoNamesOfOneFileBecomeOne) {
     EXPECT_EQ(readFile(to_ + "/a.jpg"), "content");
 }
 
-TEST_F(Finder, aCopyReplacesTheOtherNameOfItsFile) {
+TEST_F(Finder, aCopyReplacesAHardLinkToItsFile) {
     const std::string file = write(from_ + "/a.jpg");
     std::filesystem::create_hard_link(file, to_ + "/a.jpg");
     EXPECT_EQ(finderDuplicate({file}, to_, Replacing::yes), std::nullopt);
@@ -120,7 +120,7 @@ TEST_F(Finder, moreItemsThanAProcessMayOpenAreMoved) {
     });
 }
 
-TEST_F(Finder, aLinkLeadsToTheItem) {
+TEST_F(Finder, aLinkPointsToTheItem) {
     const std::string file = write(from_ + "/a \xFF.jpg");
     std::filesystem::create_symlink("nowhere", from_ + "/dangling");
     EXPECT_EQ(finderLink({from_ + "/../from/a \xFF.jpg", from_ + "/dangling", from_ + "/"}, to_),
@@ -130,7 +130,7 @@ TEST_F(Finder, aLinkLeadsToTheItem) {
     EXPECT_EQ(std::filesystem::read_symlink(to_ + "/from"), from_);
 }
 
-TEST_F(Finder, aLinkTakesNoNameThatIsTaken) {
+TEST_F(Finder, aLinkDoesNotReplaceAnItem) {
     const std::string file = write(from_ + "/a.jpg");
     write(to_ + "/a.jpg", "old");
     EXPECT_EQ(numberOf(finderLink({file}, to_)), nameIsTaken);
@@ -154,7 +154,7 @@ TEST_F(Finder, deletedItemsAreInTheTrash) {
     EXPECT_EQ(namesIn(home_ + "/data/Trash/info").size(), 2u) << "each can be put back";
 }
 
-TEST_F(Finder, whatTheTrashRefusesStays) {
+TEST_F(Finder, anItemThatTheTrashRefusesStays) {
     const EnvironmentVariable data("XDG_DATA_HOME", home_ + "/data");
     const testing::CurrentFolder current(from_);
     for (const std::string& path : {std::string("/"), std::string("/proc"), from_, folder_.path().string()})
@@ -162,7 +162,7 @@ TEST_F(Finder, whatTheTrashRefusesStays) {
     EXPECT_TRUE(std::filesystem::exists(from_));
 }
 
-TEST_F(Finder, nothingToDoIsDone) {
+TEST_F(Finder, anEmptyListOfItemsSucceeds) {
     EXPECT_EQ(finderDelete({}), std::nullopt);
     EXPECT_EQ(finderMove({}, to_, Replacing::no), std::nullopt);
     EXPECT_EQ(numberOf(finderMove({}, to_ + "/missing", Replacing::no)), notFound);

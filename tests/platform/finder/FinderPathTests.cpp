@@ -13,7 +13,7 @@ using testing::mountAgain;
 using testing::mountFileSystem;
 using testing::runWithOwnMounts;
 
-/// Whether both paths lead to the very same item; links are not followed.
+/// Whether both paths lead to the same item; links are not followed.
 bool isSameItem(const std::string& one, const std::string& other) {
     struct stat first {
     }, second{};
@@ -53,7 +53,7 @@ TEST_F(FinderPath, theRootFolderIsTheStartUpVolume) {
     EXPECT_EQ(pathOfFinderPath(u"System:").value(), "/");
 }
 
-TEST_F(FinderPath, theTextOfEveryNameLeadsBackToTheFile) {
+TEST_F(FinderPath, theFinderPathOfEveryNameLeadsBackToTheFile) {
     const std::string names[] = {"plain",
                                  "two words",
                                  "12:30",
@@ -82,7 +82,7 @@ TEST_F(FinderPath, theTextOfEveryNameLeadsBackToTheFile) {
     }
 }
 
-TEST_F(FinderPath, theTextLeadsBackFromEverywhereInTheSystem) {
+TEST_F(FinderPath, finderPathsLeadBackFromEverywhereInTheSystem) {
     for (const char* path : {"/", "/usr", "/usr/bin/env", "/proc", "/proc/self/status", "/dev/null", "/etc",
                              "/etc/passwd", "/sys/kernel"})
         if (std::filesystem::exists(path))
@@ -93,7 +93,7 @@ TEST_F(FinderPath, theTextLeadsBackFromEverywhereInTheSystem) {
             expectRoundTrip(volume.mountPoint);
 }
 
-TEST_F(FinderPath, linksAreNamedThemselves) {
+TEST_F(FinderPath, linksAreNotFollowed) {
     write(from_ + "/real");
     std::filesystem::create_symlink("real", from_ + "/link");
     std::filesystem::create_symlink("nowhere", from_ + "/dangling");
@@ -119,7 +119,7 @@ TEST_F(FinderPath, mountsOverMountsAndInThemLeadBack) {
     });
 }
 
-TEST_F(FinderPath, aTextThatIsNoFinderPathIsMalformed) {
+TEST_F(FinderPath, anInvalidFinderPathIsMalformed) {
     for (const char16_t* text : {u"", u":", u"::", u":System", u"System::", u"System::tmp", u"System:tmp::"})
         EXPECT_EQ(pathOfFinderPath(text).failure().reason, Reason::malformed) << NSString(text).utf8();
 }
@@ -133,7 +133,7 @@ TEST_F(FinderPath, whatIsNotThereIsNotFound) {
     EXPECT_EQ(finderPathOf("").failure().reason, Reason::refused);
 }
 
-TEST_F(FinderPath, dotsAndZeroBytesAreNoNames) {
+TEST_F(FinderPath, dotsAndZeroBytesAreInvalidNames) {
     const NSString here = finderPathOf(from_).value();
     for (const NSString& end : {NSString(u":.."), NSString(u":."), NSString(u":..:to"),
                                 NSString(std::u16string(u":\0", 2)), NSString(u":..:from:")})

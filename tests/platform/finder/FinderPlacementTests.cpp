@@ -1,4 +1,4 @@
-// The last step of every copy and move, when somebody else was faster.
+// The last step of every copy and move, also when another process changed the folder meanwhile.
 #include "platform/finder/FinderPlacement.h"
 #include "platform/host/files/Folders.h"
 #include "tests/platform/finder/FinderTesting.h"
@@ -23,14 +23,14 @@ protected:
     FolderEntry at(const std::string& name) const { return {opened_.number(), name}; }
 };
 
-TEST_F(FinderPlacement, aNameTakenMeanwhileIsLeftAlone) {
+TEST_F(FinderPlacement, aNameThatWasTakenMeanwhileIsNotReplaced) {
     write(to_ + "/staged", "new");
     write(to_ + "/a.jpg", "old");
     EXPECT_EQ(putInPlace("staged", at("a.jpg"), Replacing::no).failure().reason, Reason::alreadyExists);
     EXPECT_EQ(readFile(to_ + "/staged") + readFile(to_ + "/a.jpg"), "newold");
 }
 
-TEST_F(FinderPlacement, aNameFreedMeanwhileIsTaken) {
+TEST_F(FinderPlacement, aNameThatWasFreedMeanwhileIsUsed) {
     write(to_ + "/staged/new.jpg");
     Result<Placement> placed = putInPlace("staged", at("album"), Replacing::yes);
     ASSERT_TRUE(placed);
@@ -39,7 +39,7 @@ TEST_F(FinderPlacement, aNameFreedMeanwhileIsTaken) {
     EXPECT_THAT(namesIn(to_), ElementsAre("album"));
 }
 
-TEST_F(FinderPlacement, aReplacedFolderWaitsUntilItIsToGo) {
+TEST_F(FinderPlacement, aReplacedFolderIsKeptUntilItIsRemovedExplicitly) {
     write(to_ + "/staged", "new");
     write(to_ + "/album/old.jpg", "old");
     Result<Placement> placed = putInPlace("staged", at("album"), Replacing::yes);
@@ -51,13 +51,13 @@ TEST_F(FinderPlacement, aReplacedFolderWaitsUntilItIsToGo) {
     EXPECT_EQ(readFile(to_ + "/album"), "new");
 }
 
-TEST_F(FinderPlacement, theOldComesBackFromAsideWhenTheNewCannotArrive) {
+TEST_F(FinderPlacement, theOldItemGetsItsNameBackWhenTheNewOneCannotBeRenamed) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can prepare folders of another user";
     write(to_ + "/staged/new.jpg", "new");
     write(to_ + "/album/old.jpg", "old");
     openToAll();
-    // In a folder for owners only, an ordinary user may rename what is theirs and nothing else.
+    // In a sticky folder an ordinary user can rename only their own items.
     ASSERT_EQ(::chmod(to_.c_str(), 01777), 0);
     ASSERT_EQ(::chown((to_ + "/album").c_str(), 65534, 65534), 0);
     testing::runAsOrdinaryUser([&] {

@@ -1,4 +1,4 @@
-// What the Finder promises of items brought to a folder, on one file system and between two.
+// Copying and moving items, within one file system and between two.
 #include "platform/host/files/ExtendedAttributes.h"
 #include "tests/platform/finder/FinderTesting.h"
 #include "tests/support/IsolatedProcess.h"
@@ -23,7 +23,7 @@ using testing::TemporaryFolder;
 constexpr std::int32_t notFound = -43, nameIsTaken = -15267, noRights = -5000, forbidden = -10006,
                        cannot = -1426;
 
-/// The folder to bring items to lies beside the other, or on the file system of /dev/shm.
+/// The destination is beside the source folder or on the file system of /dev/shm.
 class Transfer : public testing::FinderTest, public ::testing::WithParamInterface<const char*> {
 protected:
     void SetUp() override {
@@ -64,7 +64,7 @@ TEST_P(Transfer, duplicatedItemsAreInBothFolders) {
     }
 }
 
-TEST_P(Transfer, commentsLabelsRightsAndTimesComeAlong) {
+TEST_P(Transfer, commentsLabelsPermissionsAndTimesAreKept) {
     if (!testing::keepsAttributes() || !testing::keepsAttributes(to_))
         GTEST_SKIP() << "one of the file systems keeps no extended attributes";
     const Bytes label(32, 4);
@@ -86,7 +86,7 @@ TEST_P(Transfer, commentsLabelsRightsAndTimesComeAlong) {
     }
 }
 
-TEST_P(Transfer, oddNamesAreNamesLikeOthers) {
+TEST_P(Transfer, unusualNamesWork) {
     for (const std::string name :
          {"\"quoted\"", "12:30", "line\nfeed", "\xFF\xFE", "-rf", "%s%n", " ", "back\\slash", "..."}) {
         const std::string file = write(from_ + "/" + name, name);
@@ -108,7 +108,7 @@ TEST_P(Transfer, aTakenNameIsAnErrorAndBothItemsStay) {
     }
 }
 
-TEST_P(Transfer, aDanglingLinkHasItsNameAndIsNoWayOut) {
+TEST_P(Transfer, aDanglingLinkCountsAsTakenAndIsNotFollowed) {
     const std::string file = write(from_ + "/a.jpg", "new");
     std::filesystem::create_symlink(from_ + "/elsewhere", to_ + "/a.jpg");
     EXPECT_EQ(numberOf(finderMove({file}, to_, Replacing::no)), nameIsTaken);
@@ -117,7 +117,7 @@ TEST_P(Transfer, aDanglingLinkHasItsNameAndIsNoWayOut) {
     EXPECT_THAT(namesIn(from_), IsEmpty()) << "the link was replaced, not followed";
 }
 
-TEST_P(Transfer, replacingPutsFilesAndFoldersInPlaceOfEachOther) {
+TEST_P(Transfer, filesAndFoldersReplaceEachOther) {
     for (const auto operation : {finderDuplicate, finderMove})
         for (const std::string newOne : {"/x", "/x/new"})
             for (const std::string oldOne : {"/x", "/x/old"}) {
@@ -163,7 +163,7 @@ TEST_P(Transfer, allItemsAndTheFolderAreLookedUpBeforeAnythingIsDone) {
     EXPECT_THAT(namesIn(to_), IsEmpty());
 }
 
-TEST_P(Transfer, theFirstFailureEndsTheWorkAndWhatWasDoneStaysDone) {
+TEST_P(Transfer, theFirstFailureStopsTheOperationAndKeepsWhatIsDone) {
     const std::string one = write(from_ + "/1"), two = write(from_ + "/2"), three = write(from_ + "/3");
     write(to_ + "/2", "old");
     EXPECT_EQ(numberOf(finderMove({one, two, three}, to_, Replacing::no)), nameIsTaken);
@@ -187,7 +187,7 @@ TEST_P(Transfer, aPipeInAFolderIsMovedByNameButNeverCopied) {
     EXPECT_THAT(namesIn(to_ + "/album"), ElementsAre(isBetweenVolumes() ? "old.jpg" : "pipe"));
 }
 
-TEST_P(Transfer, withoutRightsNothingHappens) {
+TEST_P(Transfer, withoutPermissionNothingChanges) {
     const std::string file = write(from_ + "/a.jpg", "new");
     write(to_ + "/a.jpg", "old");
     openToAll();
@@ -204,7 +204,7 @@ TEST_P(Transfer, withoutRightsNothingHappens) {
     EXPECT_EQ(namesIn(from_).size() + namesIn(to_).size(), 2u);
 }
 
-TEST_P(Transfer, outOfAFolderWithoutRightsItemsAreCopiedButNotMoved) {
+TEST_P(Transfer, itemsOfAReadOnlyFolderAreCopiedButNotMoved) {
     const std::string file = write(from_ + "/a.jpg", "content");
     openToAll();
     for (const std::string& folder : {to_, to_ + "/.."})
@@ -219,7 +219,7 @@ TEST_P(Transfer, outOfAFolderWithoutRightsItemsAreCopiedButNotMoved) {
     EXPECT_EQ(readFile(to_ + "/a.jpg") + readFile(file), "contentcontent");
 }
 
-TEST_P(Transfer, anOldFolderThatCannotGoStaysWhole) {
+TEST_P(Transfer, anOldFolderThatCannotBeRemovedStaysComplete) {
     write(from_ + "/album/new.jpg");
     write(to_ + "/album/sub/old.jpg");
     openToAll();

@@ -43,7 +43,7 @@ TEST_F(Sidecar, itIsReadAndReplaced) {
     EXPECT_EQ(namesInFolder(), 2u) << "no temporary file is left";
 }
 
-TEST_F(Sidecar, aMissingOneIsNotFoundAndNeverMade) {
+TEST_F(Sidecar, aMissingSidecarIsNotFoundAndNotCreated) {
     EXPECT_EQ(reasonOfReading(file_), Reason::notFound);
     EXPECT_EQ(replaceSidecar(file_, bytesOf("x")).failure().reason, Reason::notFound);
     EXPECT_EQ(reasonOfReading("/"), Reason::notFound);
@@ -52,7 +52,7 @@ TEST_F(Sidecar, aMissingOneIsNotFoundAndNeverMade) {
     EXPECT_EQ(namesInFolder(), 1u);
 }
 
-TEST_F(Sidecar, aFolderHasItsOwnBesideItself) {
+TEST_F(Sidecar, aFolderHasASidecarBesideIt) {
     std::filesystem::create_directory(folder_ / "sub");
     folder_.write("._sub", "of the folder");
     EXPECT_EQ(*readSidecar(folder_ / "sub"), bytesOf("of the folder"));
@@ -60,7 +60,7 @@ TEST_F(Sidecar, aFolderHasItsOwnBesideItself) {
     EXPECT_EQ(*readSidecar(folder_ / "sub/."), bytesOf("of the folder"));
 }
 
-TEST_F(Sidecar, aLinkHasTheOneOfItsTarget) {
+TEST_F(Sidecar, aLinkHasTheSidecarOfItsTarget) {
     folder_.write("sub/file", "");
     folder_.write("sub/._file", "of the target");
     folder_.write("._link", "of the link");
@@ -68,7 +68,7 @@ TEST_F(Sidecar, aLinkHasTheOneOfItsTarget) {
     EXPECT_EQ(*readSidecar(folder_ / "link"), bytesOf("of the target"));
 }
 
-TEST_F(Sidecar, aLinkOrAnythingElseInItsPlaceIsRefused) {
+TEST_F(Sidecar, aSidecarThatIsNotARegularFileIsRefused) {
     const std::string victim = folder_.write("victim", "precious");
     folder_.write("linked", "");
     folder_.write("folder", "");
@@ -83,7 +83,7 @@ TEST_F(Sidecar, aLinkOrAnythingElseInItsPlaceIsRefused) {
     EXPECT_EQ(readFile(victim), "precious");
 }
 
-TEST_F(Sidecar, oneBeyondTheBoundIsTooLarge) {
+TEST_F(Sidecar, aSidecarAboveTheSizeLimitIsTooLarge) {
     const std::string sidecar = folder_.write("._big", "");
     folder_.write("big", "");
     std::filesystem::resize_file(sidecar, 17 * 1024 * 1024);
@@ -92,11 +92,11 @@ TEST_F(Sidecar, oneBeyondTheBoundIsTooLarge) {
     EXPECT_EQ(reasonOfReading(folder_ / "big"), Reason::tooLarge);
 }
 
-TEST_F(Sidecar, aNameTooLongToHaveOneIsTooLarge) {
+TEST_F(Sidecar, aNameTooLongForASidecarIsTooLarge) {
     EXPECT_EQ(reasonOfReading(folder_.write(std::string(254, 'x'), "")), Reason::tooLarge);
 }
 
-TEST_F(Sidecar, replacingKeepsRightsAndAttributes) {
+TEST_F(Sidecar, replacingKeepsPermissionsAndAttributes) {
     folder_.write("kept", "");
     const std::string sidecar = folder_.write("._kept", "old");
     ASSERT_EQ(::chmod(sidecar.c_str(), 0640), 0);
@@ -110,7 +110,7 @@ TEST_F(Sidecar, replacingKeepsRightsAndAttributes) {
     }
 }
 
-TEST_F(Sidecar, replacingShowsInTheModificationTime) {
+TEST_F(Sidecar, replacingUpdatesTheModificationTime) {
     folder_.write("dated", "");
     const std::string sidecar = folder_.write("._dated", "old");
     const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24);
@@ -119,7 +119,7 @@ TEST_F(Sidecar, replacingShowsInTheModificationTime) {
     EXPECT_GT(std::filesystem::last_write_time(sidecar), longAgo + std::chrono::hours(23));
 }
 
-TEST_F(Sidecar, aFailureLeavesTheOldOneAndNothingElse) {
+TEST_F(Sidecar, aFailureLeavesTheOldSidecarAndNothingElse) {
     folder_.write("safe", "");
     folder_.write("._safe", "old");
     const std::size_t before = namesInFolder();
@@ -132,7 +132,7 @@ TEST_F(Sidecar, aFailureLeavesTheOldOneAndNothingElse) {
     EXPECT_EQ(namesInFolder(), before);
 }
 
-TEST_F(Sidecar, aWriteProtectedOneIsNotReplaced) {
+TEST_F(Sidecar, aWriteProtectedSidecarIsNotReplaced) {
     ::chmod(folder_.path().c_str(), 0777);
     folder_.write("readonly", "");
     ::chmod(folder_.write("._readonly", "old").c_str(), 0444);
@@ -143,7 +143,7 @@ TEST_F(Sidecar, aWriteProtectedOneIsNotReplaced) {
     });
 }
 
-TEST_F(Sidecar, aFolderThatMayOnlyBeSearchedIsNoObstacle) {
+TEST_F(Sidecar, aFolderThatCanOnlyBeSearchedIsEnough) {
     const std::string inside = folder_.write("secret/file", "");
     folder_.write("secret/._file", "content");
     const std::string alone = folder_.write("secret/alone", "");

@@ -19,7 +19,7 @@ Bytes plain(const FinderInfo& information) {
     return {bytes.begin(), bytes.end()};
 }
 
-/// The stream with every other byte set, so that a stray change shows.
+/// The stream with all other bytes set, so that unwanted changes are found.
 Bytes stream(const FinderInfo& information) {
     Bytes bytes = bytesOf(std::string_view("AFP\0", 4));
     bytes.resize(16, 0xA5);
@@ -29,7 +29,7 @@ Bytes stream(const FinderInfo& information) {
     return bytes;
 }
 
-TEST(StoredComment, textIsReadAndWrittenAsItIs) {
+TEST(StoredComment, plainTextIsReadAndWrittenUnchanged) {
     for (const std::string text : {"", "a", "caf\xC3\xA9 \xF0\x9F\x8D\xB0", "no \xFF UTF-8 \xC3"}) {
         const NSString comment = NSString::fromUTF8(text);
         EXPECT_EQ(commentAsText.read(bytesOf(text)), comment);
@@ -37,7 +37,7 @@ TEST(StoredComment, textIsReadAndWrittenAsItIs) {
     }
 }
 
-TEST(StoredComment, aPropertyListIsRewrittenOrGoesAwayAndAnythingElseStays) {
+TEST(StoredComment, aPropertyListIsRewrittenOrRemovedAndInvalidDataStays) {
     const Bytes stored = propertyListOfText(u"old");
     EXPECT_EQ(commentInPropertyList.read(stored), NSString(u"old"));
     EXPECT_EQ(commentInPropertyList.changed(stored, u"new"), propertyListOfText(u"new"));
@@ -48,18 +48,18 @@ TEST(StoredComment, aPropertyListIsRewrittenOrGoesAwayAndAnythingElseStays) {
     }
 }
 
-TEST(StoredComment, anAppleDoubleCommentIsUTF8OrElseMacRoman) {
+TEST(StoredComment, anAppleDoubleCommentIsUTF8ElseMacRoman) {
     EXPECT_EQ(commentInAppleDouble.read(serverBlob("caf\xC3\xA9", Bytes(32))), NSString(u"caf\u00E9"));
     EXPECT_EQ(commentInAppleDouble.read(serverBlob("caf\x8E", Bytes(32))), NSString(u"caf\u00E9"));
 }
 
-TEST(StoredComment, roomForACommentAloneIsNoComment) {
+TEST(StoredComment, anEmptyCommentEntryIsNoComment) {
     EXPECT_EQ(commentInAppleDouble.read(serverBlob("", Bytes(32))), std::nullopt);
     EXPECT_EQ(commentInAppleDouble.changed(serverBlob("", Bytes(32)), u"new"), serverBlob("new", Bytes(32)));
     EXPECT_EQ(commentInAppleDouble.changed(appleDouble({{9, Bytes(32)}}), u"new"), std::nullopt);
 }
 
-TEST(StoredComment, aCommentThatIsTooLongForAppleDoubleIsCutBetweenCharacters) {
+TEST(StoredComment, aCommentTooLongForAppleDoubleIsCutAfterAWholeCharacter) {
     struct Case {
         std::string text, kept;
     };
@@ -74,13 +74,13 @@ TEST(StoredComment, aCommentThatIsTooLongForAppleDoubleIsCutBetweenCharacters) {
             << one.text;
 }
 
-TEST(StoredComment, bytesThatAreNoCharactersAreCutSomewhereNearTheEnd) {
+TEST(StoredComment, invalidUTF8IsCutNearTheLimit) {
     const NSString noCharacters = NSString::fromUTF8(std::string(300, '\x80'));
     const auto changed = commentInAppleDouble.changed(serverBlob("", Bytes(32)), noCharacters);
     EXPECT_EQ(changed, serverBlob(std::string(197, '\x80'), Bytes(32)));
 }
 
-TEST(StoredComment, aSmallRoomInAppleDoubleIsNotExceeded) {
+TEST(StoredComment, aSmallAppleDoubleEntryIsNotExceeded) {
     const Bytes tight = appleDouble({{4, bytesOf("12345")}, {9, Bytes(32)}});
     EXPECT_EQ(commentInAppleDouble.changed(tight, u"abc\u20AC"),
               appleDouble({{4, bytesOf("abc"), 5}, {9, Bytes(32)}}));
@@ -97,7 +97,7 @@ TEST(StoredFinderInfo, thirtyTwoBytesAreTheInformation) {
         EXPECT_EQ(plainFinderInfo.read(Bytes(size)), std::nullopt) << size << " bytes";
 }
 
-TEST(StoredFinderInfo, inAppleDoubleAllElseStays) {
+TEST(StoredFinderInfo, inAppleDoubleOtherEntriesStay) {
     EXPECT_EQ(finderInfoInAppleDouble.read(serverBlob("c", plain(green))), green);
     EXPECT_EQ(finderInfoInAppleDouble.changed(serverBlob("c", Bytes(32)), green),
               serverBlob("c", plain(green)));
@@ -105,7 +105,7 @@ TEST(StoredFinderInfo, inAppleDoubleAllElseStays) {
               serverBlob("c", Bytes(32)));
 }
 
-TEST(StoredFinderInfo, anAppleDoubleEntryMayGoOnBehindTheInformationButNotEndBeforeIt) {
+TEST(StoredFinderInfo, anAppleDoubleEntryCanBeLongerThanTheInformationButNotShorter) {
     Bytes before(100, 0xEE), after(100, 0xEE);
     const Bytes information = plain(green);
     std::copy(information.begin(), information.end(), after.begin());
@@ -115,7 +115,7 @@ TEST(StoredFinderInfo, anAppleDoubleEntryMayGoOnBehindTheInformationButNotEndBef
     EXPECT_EQ(finderInfoInAppleDouble.changed(tooShort, green), std::nullopt);
 }
 
-TEST(StoredFinderInfo, theStreamKeepsItsOtherBytesAndTheZeroOfTheServer) {
+TEST(StoredFinderInfo, theStreamKeepsItsOtherBytesAndTheServersZeroByte) {
     Bytes before = stream(FinderInfo{}), after = stream(green);
     EXPECT_EQ(finderInfoInAFPInfo.read(after), green);
     EXPECT_EQ(finderInfoInAFPInfo.changed(before, green), after);
@@ -125,7 +125,7 @@ TEST(StoredFinderInfo, theStreamKeepsItsOtherBytesAndTheZeroOfTheServer) {
     EXPECT_EQ(finderInfoInAFPInfo.changed(before, green), after);
 }
 
-TEST(StoredFinderInfo, aBrokenStreamHoldsNothingAndStays) {
+TEST(StoredFinderInfo, anInvalidStreamHasNoValueAndIsNotChanged) {
     Bytes otherSignature = stream(green), tooShort = stream(green), tooLong = stream(green);
     otherSignature[3] = ' ';
     tooShort.pop_back();

@@ -34,6 +34,14 @@ TEST_F(Volumes, theStartUpVolumeComesFirst) {
     EXPECT_EQ(volumes.front().name, u"System");
 }
 
+TEST_F(Volumes, theCatalogResolvesDotsAtTheEndOfAPath) {
+    const CatalogEntry folder = catalogEntry(here_).value();
+    for (const char* path : {"/from/..", "/.", "/from/../"}) {
+        EXPECT_EQ(catalogEntry(here_ + path).value().name, folder.name) << path;
+        EXPECT_EQ(catalogEntry(here_ + path).value().parent, folder.parent) << path;
+    }
+}
+
 TEST_F(Volumes, allHaveNamesAndPlacesOfTheirOwn) {
     std::set<std::string> places;
     std::set<NSString> names;
@@ -47,7 +55,7 @@ TEST_F(Volumes, allHaveNamesAndPlacesOfTheirOwn) {
     EXPECT_GT(places.size(), 1u) << "every Linux has at least its process table mounted somewhere";
 }
 
-TEST_F(Volumes, aVolumeIsCalledAsItsFolder) {
+TEST_F(Volumes, aVolumeHasTheNameOfItsFolder) {
     runWithOwnMounts([&] {
         mountFileSystem(here_ + "/my disk", 64);
         mountFileSystem(here_ + "/a:b \xFF\n", 64);
@@ -56,7 +64,7 @@ TEST_F(Volumes, aVolumeIsCalledAsItsFolder) {
     });
 }
 
-TEST_F(Volumes, aLaterOneOfTheSameNameGetsANumber) {
+TEST_F(Volumes, aLaterVolumeOfTheSameNameGetsANumber) {
     runWithOwnMounts([&] {
         for (const char* place : {"/from/kestrine disk", "/to/kestrine disk", "/kestrine disk 1", "/System"})
             mountFileSystem(here_ + place, 64);
@@ -67,7 +75,7 @@ TEST_F(Volumes, aLaterOneOfTheSameNameGetsANumber) {
     });
 }
 
-TEST_F(Volumes, theLongestNamesStayWithinTheBoundWhenNumbered) {
+TEST_F(Volumes, numberedNamesStayWithinTheLengthLimit) {
     runWithOwnMounts([&] {
         const std::string longest(255, 'x');
         mountFileSystem(from_ + "/" + longest, 64);
@@ -88,7 +96,7 @@ TEST_F(Volumes, oneMountOverAnotherIsOneVolume) {
     });
 }
 
-TEST_F(Volumes, aFolderMountedAgainIsAVolumeAndAFileIsNone) {
+TEST_F(Volumes, aBindMountedFolderIsAVolumeAndAFileIsNot) {
     runWithOwnMounts([&] {
         mountAgain(from_, here_ + "/again");
         const std::string file = write(here_ + "/file"), target = write(to_ + "/target");
@@ -99,7 +107,7 @@ TEST_F(Volumes, aFolderMountedAgainIsAVolumeAndAFileIsNone) {
     });
 }
 
-TEST_F(Volumes, withoutATableOfMountsAllIsTheStartUpVolume) {
+TEST_F(Volumes, withoutATableOfMountsThereIsOnlyTheStartUpVolume) {
     runWithOwnMounts([&] {
         ASSERT_EQ(::mount("tmpfs", "/proc", "tmpfs", 0, nullptr), 0);
         EXPECT_EQ(mountedVolumes().value().size(), 1u);
@@ -107,7 +115,7 @@ TEST_F(Volumes, withoutATableOfMountsAllIsTheStartUpVolume) {
     });
 }
 
-TEST_F(Volumes, theWalkFromAnItemEndsOneStepAboveItsVolume) {
+TEST_F(Volumes, theParentsOfAnItemEndWithTheTopLevel) {
     const std::string file = write(from_ + "/a.jpg");
     CatalogEntry entry = catalogEntry(file).value();
     EXPECT_EQ(entry.name, u"a.jpg");
@@ -120,7 +128,7 @@ TEST_F(Volumes, theWalkFromAnItemEndsOneStepAboveItsVolume) {
     EXPECT_FALSE(topLevelName().isEmpty());
 }
 
-TEST_F(Volumes, onAMountedDiskTheWalkEndsThere) {
+TEST_F(Volumes, theParentsOnAMountedDiskEndAboveTheDisk) {
     runWithOwnMounts([&] {
         mountFileSystem(here_ + "/disk", 64);
         const std::string file = write(here_ + "/disk/a.jpg");
@@ -130,13 +138,13 @@ TEST_F(Volumes, onAMountedDiskTheWalkEndsThere) {
     });
 }
 
-TEST_F(Volumes, namesShowSlashesForColonsAndKeepForeignBytes) {
+TEST_F(Volumes, namesShowSlashesForColonsAndKeepInvalidBytes) {
     for (const auto& [name, shown] : {std::pair("12:30", u"12/30"), std::pair("\xFFx", u"\xDCFFx"),
                                       std::pair("a\nb", u"a\nb"), std::pair("\xC3\xA9", u"\u00E9")})
         EXPECT_EQ(catalogEntry(write(from_ + "/" + name))->name, shown);
 }
 
-TEST_F(Volumes, aLinkIsAnItemItselfAndLinksAboveItAreResolved) {
+TEST_F(Volumes, aLinkIsNotFollowedAndLinksAboveItAreResolved) {
     std::filesystem::create_symlink("nowhere", from_ + "/dangling");
     std::filesystem::create_symlink(from_, to_ + "/link");
     EXPECT_EQ(catalogEntry(to_ + "/link/dangling")->name, u"dangling");
@@ -145,7 +153,7 @@ TEST_F(Volumes, aLinkIsAnItemItselfAndLinksAboveItAreResolved) {
     EXPECT_EQ(catalogEntry(to_ + "/../from/.")->parent, here_);
 }
 
-TEST_F(Volumes, whatIsNotThereHasNoEntry) {
+TEST_F(Volumes, aMissingItemHasNoEntry) {
     const std::string file = write(from_ + "/a.jpg");
     for (const std::string& path : {from_ + "/b.jpg", from_ + "/no/b.jpg", file + "/..", file + "/x"})
         EXPECT_EQ(catalogEntry(path).failure().reason, Reason::notFound) << path;

@@ -2,8 +2,8 @@
 
 #include "platform/foundation/LocalTime.h"
 #include "platform/host/files/ExtendedAttributes.h"
-#include "tests/support/AttributeSupport.h"
 #include "tests/support/LocalZone.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ namespace {
 class FileCreationDate : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!keepsAttributes(folder.write("probe", "")))
+        if (!keepsAttributes())
             GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
     }
 
@@ -104,6 +104,13 @@ TEST_F(FileCreationDate, leavesShortAndUnknownBlocksAndDatesBefore1601Unchanged)
         ASSERT_TRUE(setFileCreationDate(path, date));
         EXPECT_EQ(*getExtendedAttribute(path, dosAttribute), block) << block.size();
     }
+}
+
+TEST_F(FileCreationDate, theStartOf1601IsTheEarliestTimeInTheBlock) {
+    const std::string path = folder.write("photo.jpg", "");
+    ASSERT_TRUE(setExtendedAttribute(path, dosAttribute, dosBlock("", 5, 1, 24)));
+    ASSERT_TRUE(setFileCreationDate(path, std::chrono::sys_seconds(std::chrono::seconds(-11644473600))));
+    EXPECT_EQ(numberAt(*getExtendedAttribute(path, dosAttribute), 16), 0u);
 }
 
 TEST_F(FileCreationDate, doesNotCreateAServersBlock) {

@@ -118,13 +118,13 @@ TEST(NSFileManager, theCurrentFolderOfTheProcessIsChanged) {
 TEST(NSFileManager, aFolderIsCreatedWithTheAttributesOfAnother) {
     const TemporaryFolder folder;
     fs::create_directory(folder / "model");
-    fs::permissions(folder / "model", fs::perms(0750));
+    fs::permissions(folder / "model", fs::perms(01750));
     setModificationDate(folder / "model", {1'200'000'000, 5});
     const std::optional<NSFileAttributes> model =
         manager().fileAttributesAtPath(text(folder / "model"), false);
     ASSERT_TRUE(manager().createDirectoryAtPath(text(folder / "made"), model));
     const std::optional<NSFileAttributes> made = manager().fileAttributesAtPath(text(folder / "made"), false);
-    EXPECT_EQ(made->filePosixPermissions, 0750u);
+    EXPECT_EQ(made->filePosixPermissions, 01750u);
     EXPECT_EQ(made->fileModificationDate, model->fileModificationDate);
     EXPECT_FALSE(manager().createDirectoryAtPath(text(folder / "made"), model)) << "it exists already";
 }

@@ -1,4 +1,5 @@
 #include "platform/foundation/NSUserDefaults.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -66,6 +67,17 @@ TEST_F(PreferencesTest, aMalformedFileEndsTheSearch) {
     folder.write(inLibrary(), listWith("QUJD"));
     folder.write(inConfigHome(), "broken");
     EXPECT_EQ(defaults().persistentDomainForName(domain).failure().reason, Reason::malformed);
+}
+
+TEST_F(PreferencesTest, aFileThatCannotBeLookedUpEndsTheSearch) {
+    folder.write(inConfigHome(), listWith("QUJD"));
+    folder.write(inLibrary(), listWith("REVG"));
+    fs::permissions(folder.path(), fs::perms(0755));
+    fs::permissions(folder / "home/.config", fs::perms::none);
+    testing::runAsOrdinaryUser([&] {
+        EXPECT_EQ(defaults().persistentDomainForName(domain).failure().reason, Reason::notPermitted);
+    });
+    fs::permissions(folder / "home/.config", fs::perms(0700));
 }
 
 TEST_F(PreferencesTest, aFolderWithTheNameEndsTheSearch) {

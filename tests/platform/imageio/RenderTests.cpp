@@ -28,6 +28,39 @@ PixelBuffer turnedClockwise(const PixelBuffer& source) {
     });
 }
 
+/// A JPEG of a photo, whose decoder can reduce.
+std::shared_ptr<Source> jpegSource(std::uint32_t width, std::uint32_t height) {
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto(photoFormat(width, height))));
+    return *Source::open(readerOfBytes(*jpeg::encode(*rows, {.quality = 1})));
+}
+
+PixelBuffer decodedAt(const std::shared_ptr<Source>& source, int eighths) {
+    return *readAllRows(**source->rows(0, eighths));
+}
+
+/// Cuts 11 and 23 pixels off and reduces what is left of 403 x 301.
+Resampling reductionOfAPart(double factor) {
+    const auto map = [factor](double side, double cut) {
+        return AxisMap{1 / factor, cut, static_cast<std::uint32_t>((side - cut) / factor)};
+    };
+    return {map(403, 11), map(301, 23), ResampleFilter::lanczos, Light::linear};
+}
+
+/// The same for a source that was decoded at so many eighths.
+Resampling ofReduced(Resampling resampling, int eighths) {
+    for (AxisMap* map : {&resampling.x, &resampling.y}) {
+        map->scale /= eighths / 8.0;
+        map->offset *= eighths / 8.0;
+    }
+    return resampling;
+}
+
+struct ReductionCase {
+    double factor;
+    int eighths;
+};
+constexpr ReductionCase reductions[] = {{3, 8}, {5, 4}, {10, 2}, {20, 1}};
+
 const Resampling half = {{0.5, 0, 10}, {0.5, 1, 14}, ResampleFilter::lanczos, Light::linear};
 
 } // namespace
@@ -142,6 +175,36 @@ TEST(Render, theDecoderReducesOnlyAsFarAsTheFilterCanAfford) {
     EXPECT_EQ(eighthsFor(0.5, ResampleFilter::triangle), 8);
     EXPECT_EQ(decodingEighths({{0.1, 0, 1}, {0.9, 0, 1}, ResampleFilter::lanczos, Light::linear}), 8)
         << "the axis reduced least decides";
+}
+
+TEST(Render, aReductionStartsFromTheReducedDecodeThatItsFactorAllows) {
+    const auto source = jpegSource(403, 301);
+    for (const auto& [factor, eighths] : reductions) {
+        const Resampling reduction = reductionOfAPart(factor);
+        const Picture fromReduced{sourceOf(decodedAt(source, eighths)), 0, {ofReduced(reduction, eighths)}};
+        EXPECT_TRUE(samePicture(*readPixels({source, 0, {reduction}}), *readPixels(fromReduced))) << factor;
+    }
+}
+
+TEST(Render, aReducedDecodeGivesThePictureOfTheFullOne) {
+    const auto source = jpegSource(403, 301);
+    const auto full = sourceOf(decodedAt(source, 8));
+    for (const auto& [factor, eighths] : reductions)
+        for (const QuarterTurn turn : {QuarterTurn::clockwise, QuarterTurn::counterclockwise}) {
+            const std::vector<PictureStep> steps = {reductionOfAPart(factor), turn};
+            EXPECT_TRUE(samePicture(*readPixels({source, 0, steps}), *readPixels({full, 0, steps}), 5))
+                << factor;
+        }
+}
+
+TEST(Render, theDecodeIsFullWhenAnotherStepComesFirstOrPixelsAreKept) {
+    const auto source = jpegSource(403, 301);
+    const auto full = sourceOf(decodedAt(source, 8));
+    const std::vector<PictureStep> steps = {Fade{1}, reductionOfAPart(20)};
+    EXPECT_TRUE(samePicture(*readPixels({source, 0, steps}), *readPixels({full, 0, steps})));
+    source->keepPixels();
+    const std::vector<PictureStep> reduction = {reductionOfAPart(20)};
+    EXPECT_TRUE(samePicture(*readPixels({source, 0, reduction}), *readPixels({full, 0, reduction})));
 }
 
 TEST(Render, aClearPictureBecomesWhiteInAFormatWithoutAlpha) {

@@ -1,4 +1,4 @@
-// Byte order and keys of EXIF tags. The host is little-endian, as every machine this system is built for.
+// Byte order and keys of EXIF tags. Only little-endian hosts are supported.
 #pragma once
 
 #include <cstdint>
@@ -9,11 +9,11 @@ namespace kestrine {
 /// The key of `tag` in a directory's dictionary: four upper-case hexadecimal digits, such as "0112".
 std::string keyForTag(std::uint16_t tag);
 
-/// Reverses the two bytes in place and returns the number they then are.
+/// Reverses two bytes in place and returns the resulting number.
 std::uint16_t invertByteOrder16(void* bytes);
-/// Reverses the four bytes in place and returns the number they then are.
+/// Reverses four bytes in place and returns the resulting number.
 std::uint32_t invertByteOrder32(void* bytes);
-/// Reverses the eight bytes in place and returns the number they then are.
+/// Reverses eight bytes in place and returns the resulting number.
 std::uint64_t invertByteOrder64(void* bytes);
 
 } // namespace kestrine

@@ -18,10 +18,10 @@ constexpr std::uint16_t digitalZoomRatioTag = 0xa404;
 constexpr double squareRootOf2 = 1.4142135623730951;
 /// The ISO speed at which the APEX speed value is 0.
 constexpr double isoOfSpeedValue0 = 3.125;
-/// A larger number in a zoom ratio is a camera's way to say that there is none.
-constexpr std::int32_t largestZoomNumber = 10000;
+/// Cameras store a larger number when they do not know the zoom ratio.
+constexpr std::int32_t maxZoomNumber = 10000;
 
-/// Lends a handle to a reader while it parses, and closes it whatever happens.
+/// Gives a reader a handle while it parses; always closes the handle.
 class OpenHandle {
 public:
     OpenHandle(ExifTagReader& reader, NSFileHandle& handle) : reader_(reader), handle_(handle) {
@@ -46,9 +46,7 @@ const TagValue* valueIn(const IFDDictionaryPointer& directory, std::uint16_t tag
     return value == directory->end() ? nullptr : &value->second;
 }
 
-// Stored values are asked for numbers as if they were lists, so that a value of another kind raises.
-
-/// The list that `value` is; null (nil) stays null.
+/// Null for null (nil); raises when the value is not a list.
 const NumberList* numberListOf(const TagValue* value) {
     if (!value)
         return nullptr;
@@ -65,7 +63,7 @@ const NSNumber& elementOf(const NumberList& list, std::size_t index) {
 
 // Rules of the value accessors.
 
-/// The list of a value that has numbers; null for an absent value and an empty list.
+/// Null for a missing value and for an empty list.
 const NumberList* numbersOf(const TagValue* value) {
     const NumberList* list = numberListOf(value);
     return list && !list->empty() ? list : nullptr;
@@ -94,7 +92,7 @@ OptionalNumber apexAperture(ExifTagReader&, const TagValue* value) { return apex
 
 OptionalNumber apexShutterSpeed(ExifTagReader&, const TagValue* value) { return apexPower(2.0, value); }
 
-/// The brightness value plus the speed value of the ISO speed, which counts as 0 when it is absent.
+/// Brightness value plus speed value. A missing ISO speed counts as 0.
 OptionalNumber apexBrightness(ExifTagReader& reader, const TagValue* value) {
     const NumberList* list = numbersOf(value);
     if (!list)
@@ -105,7 +103,7 @@ OptionalNumber apexBrightness(ExifTagReader& reader, const TagValue* value) {
     return NSNumber(static_cast<float>(brightness + std::log2(double{iso} / isoOfSpeedValue0)));
 }
 
-// What the formatted display accessors show of a number.
+// How the formatted display accessors convert a number.
 
 NSString asIs(const NSNumber& number, const NSString& format) {
     return formattedNumber(format, double{number.floatValue()});
@@ -115,7 +113,7 @@ NSString reciprocal(const NSNumber& number, const NSString& format) {
     return formattedNumber(format, 1.0 / double{number.floatValue()});
 }
 
-/// An integer part of zero has no sign, which adding zero takes away.
+/// Adding zero turns -0 into 0.
 NSString integerPart(const NSNumber& number, const NSString& format) {
     return formattedNumber(format, std::trunc(double{number.floatValue()}) + 0.0);
 }
@@ -182,14 +180,14 @@ NSString ExifTagReader::stringValueForKey(const NSString& key, const OptionalNum
     }
 #include "_MyClasses/Class/ExifTag/ExifAccessorTable.h"
 
-/// `digitalZoomRatio`: the ratio as two numbers, not reduced; a text of its own when no zoom was used.
+/// `digitalZoomRatio`: the ratio as two numbers, not reduced; the localized "Unused" without zoom.
 NSString ExifTagReader::digitalZoomRatio() {
     const NumberList* list = numberListOf(valueIn(subIFDDict(), digitalZoomRatioTag));
     if (!list)
         return notAvailable;
     const NSNumber& zoomed = elementOf(*list, 0);
     const NSNumber& whole = elementOf(*list, 1);
-    if (zoomed.intValue() > largestZoomNumber || whole.intValue() > largestZoomNumber)
+    if (zoomed.intValue() > maxZoomNumber || whole.intValue() > maxZoomNumber)
         return notAvailable;
     if (zoomed.intValue() == 0 || zoomed.doubleValue() == whole.doubleValue())
         return localizedText(u"Unused");

@@ -1,10 +1,9 @@
-// What the display accessors of ExifTagReader and the description made of them share.
+// Shared by the display accessors and the description of ExifTagReader.
 #pragma once
 
 namespace kestrine {
 
-/// What a display accessor answers for a value that is not there; lines with it are left out of a
-/// description.
+/// The display string of a missing value; descriptions leave such lines out.
 inline constexpr const char16_t* notAvailable = u"N/A";
 
 } // namespace kestrine

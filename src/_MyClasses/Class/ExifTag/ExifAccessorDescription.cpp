@@ -1,4 +1,4 @@
-// tagDescription: the camera values of a file as text, by the names of their accessors.
+// tagDescription: the values of a file as text, by the names of their accessors.
 #include "_MyClasses/Class/ExifTag/ExifAccessor.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "platform/foundation/NSBundle.h"
@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char16_t* noInformation = u"Exif information is not available";
 
-/// The lines in order; an empty name is a break between sections.
+/// The lines in order; an empty name separates two sections.
 constexpr std::array<std::string_view, 30> entries{
     "maker",
     "cameraName",
@@ -46,11 +46,11 @@ constexpr std::array<std::string_view, 30> entries{
     "sharpness",
 };
 
-// Values as the platform prints them, which are texts in any sound file.
+// Values in the format in which the platform prints them. In a valid file these values are strings.
 
 NSString printed(const NSString& text) { return text; }
 
-/// Four bytes a group: <4e2f4100 07>.
+/// In groups of four bytes: <4e2f4100 07>.
 NSString printed(const ByteBlock& bytes) {
     constexpr std::u16string_view digits = u"0123456789abcdef";
     std::u16string text = u"<";
@@ -62,7 +62,7 @@ NSString printed(const ByteBlock& bytes) {
     return text + u">";
 }
 
-/// One a line in parentheses; numbers with a sign or a point are quoted.
+/// One number per line in parentheses; numbers with a sign or a decimal point are quoted.
 NSString printed(const NumberList& list) {
     std::string text = "(";
     for (const NSNumber& number : list) {
@@ -99,8 +99,8 @@ constexpr NamedAccessor accessors[] = {
 #include "_MyClasses/Class/ExifTag/ExifAccessorTable.h"
 };
 
-/// What the accessor of that name, which there is, answers.
-OptionalString answerOf(ExifTagReader& reader, std::string_view name) {
+/// The result of the accessor with that name, which must exist.
+OptionalString resultOf(ExifTagReader& reader, std::string_view name) {
     return std::ranges::find(accessors, name, &NamedAccessor::name)->text(reader);
 }
 
@@ -111,7 +111,7 @@ NSString ExifTagReader::tagDescription() {
         return localizedText(noInformation);
     std::u16string text;
     for (const std::string_view entry : entries) {
-        const NSString value = entry.empty() ? NSString() : answerOf(*this, entry).value_or(notAvailable);
+        const NSString value = entry.empty() ? NSString() : resultOf(*this, entry).value_or(notAvailable);
         if (entry.empty())
             text += u"\n";
         else if (value != notAvailable)

@@ -1,5 +1,6 @@
-// The accessors of ExifTagReader, one a row. To walk them define some of VALUE, FORMATTED, LOCALIZED and
-// COMPUTED and include this file, as often as needed; it undefines them at its end.
+// The accessors of ExifTagReader, one per row. To generate code for them, define some of the macros VALUE,
+// FORMATTED, LOCALIZED and COMPUTED and include this file, which undefines them at its end. CONTRIBUTING.md
+// describes how to add an accessor.
 
 #ifndef VALUE
 #define VALUE(name, directory, tag, rule, Kind)
@@ -76,7 +77,7 @@ LOCALIZED(saturation,           saturationNumber,           "saturation")
 LOCALIZED(sharpness,            sharpnessNumber,            "sharpness")
 LOCALIZED(subjectDistanceRange, subjectDistanceRangeNumber, "subjectDistanceRange")
 
-// Display accessors that no table can say.
+// Display accessors with a function of their own in ExifAccessor.cpp.
 COMPUTED(digitalZoomRatio)
 
 // clang-format on

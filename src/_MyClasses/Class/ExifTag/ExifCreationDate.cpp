@@ -1,4 +1,4 @@
-// From the date a picture was taken to the file's creation date.
+// Sets a file's creation date to the date on which the picture was taken.
 #include "_MyClasses/Category/StringUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "platform/foundation/FileCreationDate.h"
@@ -9,8 +9,8 @@ namespace kestrine {
 
 namespace {
 
-/// What is added when the camera does not tell its zone. That this is subtracted, while a zone that is told
-/// is added, is on purpose.
+/// Added when the camera stores no time zone. The sign is deliberate: 9 hours are subtracted, although a
+/// stored time zone is added.
 constexpr std::chrono::hours correctionWithoutZone{-9};
 
 bool isEmpty(const TagValue& value) {
@@ -19,16 +19,16 @@ bool isEmpty(const TagValue& value) {
     return text ? text->isEmpty() : bytes ? bytes->empty() : std::get<NumberList>(value).empty();
 }
 
-/// Nil for an absent or empty value; one that has content but is no text raises.
+/// Nil for a missing or empty value; raises for any other value that is not a string.
 OptionalString textOf(StoredValue value) {
     if (!value || isEmpty(*value))
         return std::nullopt;
     if (const auto* text = std::get_if<NSString>(value))
         return *text;
-    throw NSException(NSInvalidArgumentException, "the tag's value is not a text");
+    throw NSException(NSInvalidArgumentException, "the tag's value is not a string");
 }
 
-/// The EXIF form with dashes in its date part; nil without a blank between two parts.
+/// The EXIF date with dashes instead of colons; nil unless a blank separates date and time.
 OptionalString withDashes(const NSString& text) {
     const OptionalString day = StringUtility::substringTo(text, u" ");
     const OptionalString time = StringUtility::substringFrom(text, u" ");
@@ -58,8 +58,7 @@ OptionalDate ExifTagReader::correctedCreationDate() {
 }
 
 void ExifTagReader::changeCreationDate() {
-    // A file system without such dates is no reason to fail, and whoever shows the file watches it: nobody
-    // needs to be told.
+    // The interface reports no failure: not every file system stores creation dates.
     if (const OptionalDate date = correctedCreationDate())
         (void)setFileCreationDate(path().utf8(), *date);
 }

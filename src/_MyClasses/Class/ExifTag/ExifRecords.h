@@ -1,4 +1,4 @@
-// The records of a JPEG file's EXIF segment, laid out as they stand in the file.
+// The records of a JPEG file's EXIF segment, in the layout of the file.
 #pragma once
 
 #include <array>
@@ -6,10 +6,10 @@
 
 namespace kestrine {
 
-/// The beginning of the APP1 segment, in the file's order throughout.
+/// The start of the APP1 segment, in the file's byte order.
 struct ExifFileHeader {
     std::array<std::uint8_t, 2> marker;     ///< FF E1
-    std::uint16_t length;                   ///< of the segment; not used
+    std::uint16_t length;                   ///< of the segment in bytes; not used
     std::array<std::uint8_t, 6> identifier; ///< "Exif" and two zero bytes
 };
 static_assert(sizeof(ExifFileHeader) == 10);
@@ -25,7 +25,7 @@ struct IfdEntry {
     std::uint16_t tag;
     std::uint16_t type;
     std::uint32_t count;
-    /// The values when they fit, else their offset; in the file's order.
+    /// The values if they fit, else their offset; in the file's byte order.
     std::array<std::uint8_t, 4> valueOrOffset;
 };
 static_assert(sizeof(IfdEntry) == 12);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::array<std::uint8_t, 2> startOfImage{0xff, 0xd8};
 constexpr std::array<std::uint8_t, 2> app1Marker{0xff, 0xe1};
-/// APP1 stands right behind SOI, or behind one segment of 18 bytes, the size of a plain JFIF APP0.
+/// APP1 follows SOI directly, or after one segment of 18 bytes, the size of a plain JFIF APP0.
 constexpr std::array<std::uint16_t, 2> app1Offsets{0, 18};
 
 constexpr std::array<char, 2> bigEndianMark{'M', 'M'};
@@ -22,9 +22,9 @@ constexpr std::uint16_t exifPointerTag = 0x8769;
 constexpr std::uint16_t makerNoteTag = 0x927c;
 constexpr std::uint16_t interoperabilityPointerTag = 0xa005;
 
-constexpr std::uint16_t largestDirectory = 299;
+constexpr std::uint16_t maxDirectoryEntries = 299;
 
-/// The six bytes as six characters. Any bytes are characters, so only lack of memory stands in the way.
+/// The six bytes as six characters. Only a lack of memory can make this fail.
 NSString identifierText(const ExifFileHeader& header) {
     try {
         return std::u16string(header.identifier.begin(), header.identifier.end());
@@ -107,8 +107,7 @@ std::optional<TagDictionary> ExifTagReader::getTags() {
         return std::nullopt;
     TagDictionary tags;
     readDirectory(tags, IFD0Name, tiffHeader.ifd0Offset);
-    // The offset of the next directory is taken in the host's order on purpose, although the data is
-    // big-endian.
+    // Deliberately not converted: the offset is read in the host's order, although the data is big-endian.
     std::uint32_t nextOffset = 0;
     readRecord(nextOffset);
     readDirectory(tags, IFD1Name, nextOffset);
@@ -118,13 +117,13 @@ std::optional<TagDictionary> ExifTagReader::getTags() {
     return tags;
 }
 
-/// Adds the directory at `offset`, or nothing when its count is out of range. Only "MM" data comes this far.
+/// Adds the directory at `offset` unless its number of entries is out of range. The data is always "MM" here.
 void ExifTagReader::readDirectory(TagDictionary& tags, std::string_view name, std::uint32_t offset) {
     std::uint16_t count = 0;
     seek(positionOf(offset));
     readRecord(count);
     invertByteOrder16(&count);
-    if (count == 0 || count > largestDirectory)
+    if (count == 0 || count > maxDirectoryEntries)
         return;
     const auto directory = std::make_shared<IFDDictionary>();
     tags.insert_or_assign(std::string(name), directory);
@@ -139,8 +138,7 @@ void ExifTagReader::readDirectory(TagDictionary& tags, std::string_view name, st
     }
 }
 
-/// Follows the first number of `pointerTag` in the directory `parent`; a value without numbers points
-/// nowhere.
+/// Reads the directory at the offset in `pointerTag` of `parent`; does nothing when there is no such number.
 void ExifTagReader::readPointedDirectory(TagDictionary& tags, std::string_view parent,
                                          std::uint16_t pointerTag, std::string_view name) {
     const TagValue* pointer = getTagData(&tags, parent, pointerTag);

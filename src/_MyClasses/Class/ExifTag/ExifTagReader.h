@@ -1,6 +1,7 @@
-// ExifTagReader: the EXIF tags of one JPEG file, parsed on first use.
-// The reader is narrow on purpose: names in jpg or jpeg, big-endian data, an APP1 segment at one of two
-// places, directories of up to 299 entries, entries of up to 300 values. It never writes to the file.
+// ExifTagReader: the EXIF tags of a JPEG file, read on first use.
+// The reader is deliberately limited: file names ending in jpg or jpeg, big-endian data, an APP1 segment at
+// one of two positions, directories of up to 299 entries, entries of up to 300 values. It never writes to the
+// file.
 #pragma once
 
 #include "_MyClasses/Class/ExifTag/ExifRecords.h"
@@ -16,48 +17,48 @@ namespace kestrine {
 class NSBundle;
 class NSFileHandle;
 
-/// What an accessor answers: a value as it is stored, which lives as long as the reader, or null (nil); a
-/// number or nil.
+/// A value as it is stored, owned by the reader; null is nil.
 using StoredValue = const TagValue*;
 using OptionalNumber = std::optional<NSNumber>;
 
-/// A point in time, in whole seconds; nothing is nil.
+/// A date in whole seconds; nothing is nil.
 using OptionalDate = std::optional<std::chrono::sys_seconds>;
 
-/// Names of exceptions. The reader raises the first and the third; the others are for callers.
+/// Exception names. The reader raises only the first and the third.
 inline constexpr const char* ETRUnknownException = "ETRUnknownException";
 inline constexpr const char* ETRLowMemoryException = "ETRLowMemoryException";
 inline constexpr const char* ETRInvalidParameterException = "ETRInvalidParameterException";
 inline constexpr const char* ETRFileFormatException = "ETRFileFormatException";
 inline constexpr const char* ETRFileIOException = "ETRFileIOException";
 
-/// For one thread at a time; different readers are independent. What a file handle raises when seeking or
-/// reading fails goes through to the caller, with the file closed.
+/// For one thread at a time; different readers are independent. Exceptions of the file handle, when seeking
+/// or reading fails, reach the caller after the file is closed.
 class ExifTagReader final : public NSObject {
 public:
-    /// `initWithPath:`. The file is not looked at yet. Null (nil) unless the path's extension is jpg or jpeg,
-    /// in any case.
+    /// `initWithPath:`. Does not open the file. Null (nil) unless the extension is jpg or jpeg, in upper or
+    /// lower case.
     static std::unique_ptr<ExifTagReader> initWithPath(const NSString& path);
 
     // Group accessor: the tag dictionary (ExifAccessor.cpp).
 
-    /// `tagDictionary`. Nil when the file has no acceptable EXIF: then it is read again at the next call.
-    /// Empty, and for good, when the file cannot be opened. Otherwise the same dictionary at every call.
+    /// `tagDictionary`: the same dictionary at every call; empty when the file cannot be opened. Nil when the
+    /// file has no EXIF data that this reader accepts; the next call then reads the file again.
     TagDictionaryPointer tagDictionary();
     /// `IFD0Dict`, `IFD1Dict`, `subIFDDict`: one directory of tagDictionary(), or nil.
     IFDDictionaryPointer IFD0Dict();
     IFDDictionaryPointer IFD1Dict();
     IFDDictionaryPointer subIFDDict();
 
-    // Group accessor: values and texts (ExifAccessor.cpp). The accessors are the rows of ExifAccessorTable.h,
-    // each named as its operation and without argument; the first that is called may parse the file.
+    // Group accessor: values and display strings (ExifAccessor.cpp). The rows of ExifAccessorTable.h declare
+    // the accessors; none has an argument. The first call of any accessor reads the file.
     //
-    // Value accessors answer nil for an absent tag. By their rule they take the value as it is stored (raw),
-    // or a number from a list of numbers, nil when that is empty. A value of another kind raises
-    // NSInvalidArgumentException, a list that is too short for a rational NSRangeException. Division by zero
-    // gives infinity or NaN.
+    // Value accessors return nil when the tag is missing. The rule `raw` returns the stored value; the other
+    // rules compute a number from a list of numbers, nil when the list is empty. A value that is not a list
+    // raises NSInvalidArgumentException; a list that is too short for a rational raises NSRangeException.
+    // Division by zero gives infinity or NaN.
     //
-    // Display accessors answer a text for people, "N/A" when their value is nil, and raise what it raises.
+    // Display accessors return a string for people, "N/A" when the value is nil, and raise the same
+    // exceptions.
 
 #define VALUE(name, directory, tag, rule, Kind) Kind name();
 #define FORMATTED(name, valueAccessor, format, valueFormatted) NSString name();
@@ -66,79 +67,80 @@ public:
 #include "_MyClasses/Class/ExifTag/ExifAccessorTable.h"
 
     /// `rationalValue:`: the first number divided by the second, in single precision; 0 for nil. Raises
-    /// NSRangeException when the list has less than two.
+    /// NSRangeException when the list has fewer than two numbers.
     static float rationalValue(const NumberList* list);
     /// `rationalNumber:`: the same as a number; nil for nil.
     static OptionalNumber rationalNumber(const NumberList* list);
-    /// `rationalValue:withFormat:`: the same through a format of one floating number; nil for nil.
+    /// `rationalValue:withFormat:`: the same through a format string such as "%.1f"; nil for nil.
     static OptionalString rationalValue(const NumberList* list, const NSString& format);
-    /// `stringValueForKey:value:`: the localized text for `key` followed by the number in decimal, such as
-    /// flash16; that itself when the table has no such text. A nil number counts as 0.
+    /// `stringValueForKey:value:`: the localized string for `key` followed by the number in decimal, such as
+    /// flash16; the key itself when the table has no such string. Nil counts as 0.
     NSString stringValueForKey(const NSString& key, const OptionalNumber& value) const;
-    /// The bundle whose table "ExifTag" has the texts, which is not owned; null for the program's own.
+    /// The bundle with the strings table "ExifTag", not owned; null (the default) is the main bundle.
     void setBundle(NSBundle* bundle) { bundle_ = bundle; }
 
     // Group accessor: description (ExifAccessorDescription.cpp).
 
-    /// `tagDescription`: a line for each camera value that is there, in four sections; the localized "Exif
-    /// information is not available" without EXIF. Raises what the accessors raise.
+    /// `tagDescription`: one line per available value, in four sections; the localized "Exif information is
+    /// not available" when tagDictionary() is nil. Raises the exceptions of the accessors.
     NSString tagDescription();
-    /// `tagDescriptionWithPath:`: the same for a file; for a name that gets no reader the text about missing
-    /// information. `bundle` as in setBundle().
+    /// `tagDescriptionWithPath:`: the same for a file; the string about missing information when
+    /// initWithPath() returns nil. `bundle` as in setBundle().
     static NSString tagDescriptionWithPath(const NSString& path, NSBundle* bundle = nullptr);
-    /// `tagDictionaryWithPath:`: nil for a file without acceptable EXIF, but empty for a name that gets no
-    /// reader.
+    /// `tagDictionaryWithPath:`: tagDictionary() of the file; empty when initWithPath() returns nil.
     static TagDictionaryPointer tagDictionaryWithPath(const NSString& path);
 
-    // Group accessor: creation date (ExifCreationDate.cpp). Dates are read in local time. A DateTimeOriginal
-    // that is no text raises NSInvalidArgumentException.
+    // Group accessor: creation date (ExifCreationDate.cpp). Dates are in local time. A DateTimeOriginal that
+    // is not a string raises NSInvalidArgumentException.
 
-    /// `creationDateWithPath:`: DateTimeOriginal as it stands. Nil without a reader or a date.
+    /// `creationDateWithPath:`: DateTimeOriginal without correction. Nil when there is no date, or when
+    /// initWithPath() returns nil.
     static OptionalDate creationDateWithPath(const NSString& path);
-    /// DateTimeOriginal corrected by the camera's time zone, which is what changeCreationDate() sets: by
-    /// timeZoneOffset() hours, or by -9 hours when there is none. Nil when there is no date.
+    /// The date that changeCreationDate() sets: DateTimeOriginal plus timeZoneOffset() hours, or minus 9
+    /// hours when there is no time zone. Nil when there is no date.
     OptionalDate correctedCreationDate();
-    /// `changeCreationDate`: sets the file's creation date to correctedCreationDate(), if any, as far as the
-    /// file system keeps such a date (setFileCreationDate).
+    /// `changeCreationDate`: sets the file's creation date to correctedCreationDate(), if it is not nil and
+    /// the file system can store it (setFileCreationDate).
     void changeCreationDate();
-    /// `changeCreationDateWithPath:`: the same for a file; nothing for a name that gets no reader.
+    /// `changeCreationDateWithPath:`: the same for a file; does nothing when initWithPath() returns nil.
     static void changeCreationDateWithPath(const NSString& path);
 
-    // Parsing. These read from the handle that is open; without one there is nothing to read.
+    // Parsing. These functions read from the file handle (setFileHandle); without one they read nothing.
 
-    /// `getTags`: a new dictionary, possibly empty; nothing when the file has no acceptable EXIF header.
+    /// `getTags`: a new dictionary, possibly empty; nothing when getFileHeader() or getTiffHeader() fails.
     std::optional<TagDictionary> getTags();
-    /// `getFileHeader:`: whether `header` could be filled from an APP1 "Exif" segment; app1Offset() is then
-    /// set.
+    /// `getFileHeader:`: finds the APP1 "Exif" segment, fills `header` and sets app1Offset(); false when
+    /// there is none.
     bool getFileHeader(ExifFileHeader* header);
-    /// `getTiffHeader:`: whether `header` (filled, numbers in host order) is "MM" with the number 42.
+    /// `getTiffHeader:`: fills `header`, numbers in host order; false unless it is "MM" with the number 42.
     bool getTiffHeader(TiffHeader* header);
-    /// `registTagData:to:isIntel:`: adds the value of `entry` to `directory`, or nothing when its type is
-    /// unknown or it has more than 300 values. `isIntel` says that values must be swapped for this
-    /// little-endian host, that is, that the data is "MM". The handle ends where it was.
+    /// `registTagData:to:isIntel:`: adds the value of `entry` to `directory`, unless its type is unknown or
+    /// it has more than 300 values. `isIntel` describes the host, not the data: yes swaps the bytes of "MM"
+    /// data. The handle's position stays the same.
     void registTagData(const IfdEntry* entry, IFDDictionary& directory, bool isIntel);
 
     /// `getSubDict:subDictKey:`: the directory of that name, or nil.
     static IFDDictionaryPointer getSubDict(const TagDictionary* tags, std::string_view subDictKey);
-    /// `getTagData:subDictKey:tag:`: the value, which lives as long as its directory, or null (nil).
+    /// `getTagData:subDictKey:tag:`: the value, owned by the directory, or null (nil).
     static const TagValue* getTagData(const TagDictionary* tags, std::string_view subDictKey,
                                       std::uint16_t tag);
 
-    /// From behind the SOI marker to the APP1 segment: 0 or 18, as the last search left it.
+    /// The offset of the APP1 segment from the end of the SOI marker, in bytes: 0 or 18, from the last
+    /// getFileHeader().
     std::uint16_t app1Offset() const { return app1Offset_; }
     const NSString& path() const { return path_; }
-    /// The handle to read from, which is not owned; null for none. tagDictionary() sets its own.
+    /// The handle to read from, not owned; null for none. tagDictionary() sets its own.
     void setFileHandle(NSFileHandle* handle) { fileHandle_ = handle; }
 
 private:
     explicit ExifTagReader(NSString path) : path_(std::move(path)) {}
 
-    /// File position of an offset in the TIFF data.
+    /// The file position of an offset in the TIFF data.
     std::uint64_t positionOf(std::uint32_t offset) const { return std::uint64_t{app1Offset_} + 12 + offset; }
     void seek(std::uint64_t position);
-    /// The localized text for `key`, or `key` itself.
+    /// The localized string for `key`, or `key` itself.
     NSString localizedText(const NSString& key) const;
-    /// Fills `into` as far as the file goes and leaves the rest as it was.
+    /// Reads up to the size of `into`; at the end of the file the rest stays unchanged.
     void read(std::span<std::uint8_t> into);
     template <class Record>
     void readRecord(Record& record);

@@ -1,4 +1,4 @@
-// registTagData: one directory entry becomes one value, by a table of field types.
+// registTagData: converts a directory entry to a value, by a table of field types.
 #include "_MyClasses/Class/ExifTag/ByteOrder.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "_MyClasses/Class/ExifTag/ExifText.h"
@@ -11,7 +11,7 @@ namespace kestrine {
 
 namespace {
 
-constexpr std::uint32_t largestCount = 300;
+constexpr std::uint32_t maxCount = 300;
 constexpr std::size_t inlineSize = sizeof(IfdEntry::valueOrOffset);
 
 enum FieldType : std::uint16_t {
@@ -35,11 +35,11 @@ NSNumber numberAt(const std::uint8_t* bytes, bool swap) {
 
 struct NumericType {
     std::uint16_t type;
-    std::uint8_t numbersAValue;
+    std::uint8_t numbersPerValue;
     std::uint8_t numberSize;
     NSNumber (*number)(const std::uint8_t* bytes, bool swap);
 
-    std::size_t valueSize() const { return std::size_t{numbersAValue} * numberSize; }
+    std::size_t valueSize() const { return std::size_t{numbersPerValue} * numberSize; }
 };
 
 constexpr std::array<NumericType, 8> numericTypes{{
@@ -66,8 +66,8 @@ NumberList numbersIn(ByteView bytes, const NumericType& type, bool swap) {
     return numbers;
 }
 
-/// Values in the entry itself. There is one even when the count is 0, and the first of two signed shorts is
-/// taken as unsigned on purpose.
+/// The values in the entry itself. Deliberately, there is one even when the count is 0, and the first signed
+/// short is read as unsigned.
 NumberList inlineNumbers(const IfdEntry& entry, const NumericType& type, bool swap) {
     NumberList numbers;
     const bool firstIsUnsigned = entry.type == signedShortType;
@@ -80,7 +80,7 @@ NumberList inlineNumbers(const IfdEntry& entry, const NumericType& type, bool sw
 
 } // namespace
 
-/// `size` bytes from where the entry points to; zeros where the file has ended.
+/// `size` bytes at the offset in the entry; zeros after the end of the file.
 Bytes ExifTagReader::bytesAtOffset(const IfdEntry& entry, std::size_t size, bool isIntel) {
     std::uint32_t offset;
     std::memcpy(&offset, entry.valueOrOffset.data(), sizeof offset);
@@ -114,7 +114,7 @@ std::optional<TagValue> ExifTagReader::valueOf(const IfdEntry& entry, bool isInt
 }
 
 void ExifTagReader::registTagData(const IfdEntry* entry, IFDDictionary& directory, bool isIntel) {
-    if (!entry || entry->count > largestCount)
+    if (!entry || entry->count > maxCount)
         return;
     const std::uint64_t position = fileHandle_ ? fileHandle_->offsetInFile() : 0;
     if (std::optional<TagValue> value = valueOf(*entry, isIntel))

@@ -1,4 +1,4 @@
-// Text as cameras write it: up to the first zero byte, in UTF-8 or Mac OS Roman.
+// Decodes EXIF strings, which cameras write in UTF-8 or Mac OS Roman.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -6,8 +6,8 @@
 
 namespace kestrine {
 
-/// The bytes before the first zero byte, or all: as UTF-8 when they are valid UTF-8, else as Mac OS Roman,
-/// in which any bytes are text.
+/// The string up to the first zero byte or the end: UTF-8 if it is valid, else Mac OS Roman, in which all
+/// bytes are valid.
 NSString exifTextFromBytes(ByteView bytes);
 
 } // namespace kestrine

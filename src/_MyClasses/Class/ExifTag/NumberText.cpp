@@ -12,19 +12,19 @@ namespace kestrine {
 
 namespace {
 
-constexpr int largestColumn = 4096;
+constexpr int maxColumns = 4096;
 
-/// One conversion, taken apart: %[flags][width][.precision][length]letter.
+/// The parts of a conversion: %[flags][width][.precision][length]letter.
 struct Conversion {
     std::size_t start = 0; ///< of the percent sign
-    std::size_t end = 0;   ///< behind the letter
+    std::size_t end = 0;   ///< after the letter
     std::string flags{};
     int width = 0;
     int precision = -1; ///< negative for none
     char letter = 0;
 };
 
-/// Takes the characters at `at` that are among `accepted`, and moves behind them.
+/// The characters from `at` on that are in `accepted`; moves `at` after them.
 std::string_view taken(std::string_view format, std::size_t& at, std::string_view accepted) {
     const std::size_t start = at;
     at = std::min(format.find_first_not_of(accepted, at), format.size());
@@ -34,7 +34,7 @@ std::string_view taken(std::string_view format, std::size_t& at, std::string_vie
 int columns(std::string_view digits) {
     int number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    return error == std::errc::result_out_of_range ? largestColumn : std::min(number, largestColumn);
+    return error == std::errc::result_out_of_range ? maxColumns : std::min(number, maxColumns);
 }
 
 Conversion conversionAt(std::string_view format, std::size_t start) {
@@ -50,13 +50,13 @@ Conversion conversionAt(std::string_view format, std::size_t start) {
     return conversion;
 }
 
-/// A conversion by the C library in the C locale. `letter` has been checked against the kind of `value`.
+/// Converts in the C locale. The conversion's letter must fit the type of `value`.
 template <class Number>
 std::string converted(const Conversion& conversion, Number value) {
     static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);
     const std::string format = "%" + conversion.flags + "*.*" + conversion.letter;
     // A double has at most 309 digits before its point.
-    std::string text(static_cast<std::size_t>(2 * largestColumn + 400), '\0');
+    std::string text(static_cast<std::size_t>(2 * maxColumns + 400), '\0');
     const locale_t before = ::uselocale(plain);
     const int length = std::snprintf(text.data(), text.size(), format.c_str(), conversion.width,
                                      conversion.precision, value);

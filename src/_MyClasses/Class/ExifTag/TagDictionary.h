@@ -1,5 +1,5 @@
-// The tag dictionary: what ExifTagReader makes of a file and what the accessors read.
-// Directory name -> tag key ("%04X") -> value. It is never changed once it has been handed out.
+// The tag dictionary: the tags that ExifTagReader reads from a file.
+// Directory name -> tag key ("%04X") -> value. Immutable once tagDictionary() has returned it.
 #pragma once
 
 #include "platform/foundation/NSNumber.h"
@@ -15,14 +15,14 @@
 
 namespace kestrine {
 
-/// Types BYTE, SBYTE, UNDEFINED.
+/// The value of types BYTE, SBYTE and UNDEFINED.
 using ByteBlock = Bytes;
 
-/// All numeric types, a single number too. Each number keeps the width and sign of its type; a rational is
-/// two numbers, numerator and denominator.
+/// The value of all numeric types, also of a single number. Each number has the width and sign of its type; a
+/// rational is two numbers, numerator and denominator.
 using NumberList = std::vector<NSNumber>;
 
-/// NSString for type ASCII.
+/// An NSString is the value of type ASCII.
 using TagValue = std::variant<ByteBlock, NSString, NumberList>;
 
 /// By tag key.
@@ -30,16 +30,17 @@ using IFDDictionary = std::map<std::string, TagValue, std::less<>>;
 /// Null is nil: the directory is absent.
 using IFDDictionaryPointer = std::shared_ptr<const IFDDictionary>;
 
-/// By directory name; a name is there only when its directory was read.
+/// By directory name; contains only directories that were read.
 using TagDictionary = std::map<std::string, IFDDictionaryPointer, std::less<>>;
-/// Null is nil, a file without EXIF, and is told apart from an empty dictionary.
+/// Null is nil: the file has no EXIF data. That differs from an empty dictionary.
 using TagDictionaryPointer = std::shared_ptr<const TagDictionary>;
 
 inline constexpr std::string_view IFD0Name = "IFD0";             ///< the main image
-inline constexpr std::string_view IFD1Name = "IFD1";             ///< what follows IFD0
-inline constexpr std::string_view exifSubIFDName = "ExifSubIFD"; ///< by IFD0's tag 8769
+inline constexpr std::string_view IFD1Name = "IFD1";             ///< the directory after IFD0
+inline constexpr std::string_view exifSubIFDName = "ExifSubIFD"; ///< at the offset in IFD0's tag 8769
 inline constexpr std::string_view interoperabilityIFDName =
-    "InteroperabilityIFD"; ///< by ExifSubIFD's tag A005
-inline constexpr std::string_view interoperabilityIFD2Name = "InteroperabilityIFD2"; ///< by IFD1's tag A005
+    "InteroperabilityIFD"; ///< at the offset in ExifSubIFD's tag A005
+inline constexpr std::string_view interoperabilityIFD2Name =
+    "InteroperabilityIFD2"; ///< at the offset in IFD1's tag A005
 
 } // namespace kestrine

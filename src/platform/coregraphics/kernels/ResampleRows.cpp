@@ -13,7 +13,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace kestrine::kernels::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR // a processor without vectors runs the plain loops
+#if HWY_TARGET == HWY_SCALAR // without vectors
 
 using reference::addWeightedRows;
 using reference::weighRows;
@@ -22,7 +22,7 @@ using reference::weighRows;
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// The vectors of each row at one place, loaded once for all sums.
+/// Adds one vector of each row to all sums. Each row is loaded only once.
 template <std::size_t count, class D>
 HWY_INLINE void addAt(D d, std::span<float* const> sums, const float* weights, const float* const* rows,
                       std::size_t i) {
@@ -68,14 +68,14 @@ void addWeightedRows(std::span<float* const> sums, const float* weights, std::sp
     }
 }
 
-// Eight rows are weighed side by side, one in each lane, so that a pixel's sums need no shuffling and one
-// weight serves them all. Stretches of the rows are interleaved for it, sample by sample, short enough to
-// stay in the nearest cache: 16 KiB.
+// Eight rows are weighed at once, one per lane, so that the sums of a pixel need no shuffling and one weight
+// serves all rows. For this purpose stretches of the rows are interleaved sample by sample. A stretch of 16
+// KiB fits the first-level cache.
 constexpr std::size_t stretchSamples = 512;
-using RowPointers = std::array<const float*, mostRowsWeighed>;
-using ResultPointers = std::array<float*, mostRowsWeighed>;
+using RowPointers = std::array<const float*, maxRowsWeighed>;
+using ResultPointers = std::array<float*, maxRowsWeighed>;
 
-/// Writes the 4 x 4 transpose of the vectors to out, out + stride, ..
+/// Writes the columns of the 4 x 4 matrix with the rows a, b, c and e.
 template <class D, class V>
 HWY_INLINE void storeTransposed(D d, V a, V b, V c, V e, std::array<float*, 4> out) {
     const auto low0 = hn::InterleaveLower(d, a, c);
@@ -88,33 +88,32 @@ HWY_INLINE void storeTransposed(D d, V a, V b, V c, V e, std::array<float*, 4> o
     hn::StoreU(hn::InterleaveUpper(d, high0, high1), d, out[3]);
 }
 
-/// stretch[8 i + r] = rows[r][begin + i]; reads and writes up to 3 samples more than asked.
+/// stretch[8 i + r] = rows[r][begin + i]. Reads and writes up to 3 more samples.
 void interleave(const RowPointers& rows, std::size_t begin, std::size_t samples, float* stretch) {
     const hn::FixedTag<float, 4> d;
     for (std::size_t i = 0; i < samples; i += 4)
-        for (std::size_t r = 0; r < mostRowsWeighed; r += 4) {
-            float* out = stretch + mostRowsWeighed * i + r;
-            storeTransposed(
-                d, hn::LoadU(d, rows[r] + begin + i), hn::LoadU(d, rows[r + 1] + begin + i),
-                hn::LoadU(d, rows[r + 2] + begin + i), hn::LoadU(d, rows[r + 3] + begin + i),
-                {out, out + mostRowsWeighed, out + 2 * mostRowsWeighed, out + 3 * mostRowsWeighed});
+        for (std::size_t r = 0; r < maxRowsWeighed; r += 4) {
+            float* out = stretch + maxRowsWeighed * i + r;
+            storeTransposed(d, hn::LoadU(d, rows[r] + begin + i), hn::LoadU(d, rows[r + 1] + begin + i),
+                            hn::LoadU(d, rows[r + 2] + begin + i), hn::LoadU(d, rows[r + 3] + begin + i),
+                            {out, out + maxRowsWeighed, out + 2 * maxRowsWeighed, out + 3 * maxRowsWeighed});
         }
 }
 
-/// The way back: results[r][begin + i] = stretch[8 i + r]; writes up to 3 samples more than asked.
+/// results[r][begin + i] = stretch[8 i + r]. Writes up to 3 more samples.
 void separate(const float* stretch, std::size_t begin, std::size_t samples, const ResultPointers& results) {
     const hn::FixedTag<float, 4> d;
     for (std::size_t i = 0; i < samples; i += 4)
-        for (std::size_t r = 0; r < mostRowsWeighed; r += 4) {
-            const float* in = stretch + mostRowsWeighed * i + r;
-            storeTransposed(d, hn::LoadU(d, in), hn::LoadU(d, in + mostRowsWeighed),
-                            hn::LoadU(d, in + 2 * mostRowsWeighed), hn::LoadU(d, in + 3 * mostRowsWeighed),
+        for (std::size_t r = 0; r < maxRowsWeighed; r += 4) {
+            const float* in = stretch + maxRowsWeighed * i + r;
+            storeTransposed(d, hn::LoadU(d, in), hn::LoadU(d, in + maxRowsWeighed),
+                            hn::LoadU(d, in + 2 * maxRowsWeighed), hn::LoadU(d, in + 3 * maxRowsWeighed),
                             {results[r] + begin + i, results[r + 1] + begin + i, results[r + 2] + begin + i,
                              results[r + 3] + begin + i});
         }
 }
 
-/// One pixel of as many of the eight rows as a vector has lanes.
+/// Weighs one pixel of as many rows as the vector has lanes.
 template <std::size_t channels, class D>
 HWY_INLINE void weighPixel(D d, const float* samples, std::span<const float> weights, float* result) {
     auto sum0 = hn::Zero(d), sum1 = sum0, sum2 = sum0, sum3 = sum0;
@@ -122,20 +121,20 @@ HWY_INLINE void weighPixel(D d, const float* samples, std::span<const float> wei
         const auto w = hn::Set(d, weight);
         sum0 = hn::Add(sum0, hn::Mul(w, hn::Load(d, samples)));
         if constexpr (channels > 1)
-            sum1 = hn::Add(sum1, hn::Mul(w, hn::Load(d, samples + mostRowsWeighed)));
+            sum1 = hn::Add(sum1, hn::Mul(w, hn::Load(d, samples + maxRowsWeighed)));
         if constexpr (channels > 2)
-            sum2 = hn::Add(sum2, hn::Mul(w, hn::Load(d, samples + 2 * mostRowsWeighed)));
+            sum2 = hn::Add(sum2, hn::Mul(w, hn::Load(d, samples + 2 * maxRowsWeighed)));
         if constexpr (channels > 3)
-            sum3 = hn::Add(sum3, hn::Mul(w, hn::Load(d, samples + 3 * mostRowsWeighed)));
-        samples += channels * mostRowsWeighed;
+            sum3 = hn::Add(sum3, hn::Mul(w, hn::Load(d, samples + 3 * maxRowsWeighed)));
+        samples += channels * maxRowsWeighed;
     }
     hn::Store(sum0, d, result);
     if constexpr (channels > 1)
-        hn::Store(sum1, d, result + mostRowsWeighed);
+        hn::Store(sum1, d, result + maxRowsWeighed);
     if constexpr (channels > 2)
-        hn::Store(sum2, d, result + 2 * mostRowsWeighed);
+        hn::Store(sum2, d, result + 2 * maxRowsWeighed);
     if constexpr (channels > 3)
-        hn::Store(sum3, d, result + 3 * mostRowsWeighed);
+        hn::Store(sum3, d, result + 3 * maxRowsWeighed);
 }
 
 /// One past the last source pixel of result pixel i.
@@ -143,7 +142,7 @@ std::size_t endOf(const PixelWeights& weights, std::size_t i) {
     return weights.firsts[i] + (weights.starts[i + 1] - weights.starts[i]);
 }
 
-/// One past the last result pixel whose sources, from those of pixel i on, and results fit a stretch.
+/// One past the last result pixel j such that the results [i, j] and their sources fit a stretch.
 std::size_t stretchEnd(const PixelWeights& weights, std::size_t i, std::size_t channels) {
     const std::size_t pixels = stretchSamples / channels;
     const std::size_t end = std::min(weights.firsts.size(), i + pixels);
@@ -153,26 +152,26 @@ std::size_t stretchEnd(const PixelWeights& weights, std::size_t i, std::size_t c
     return j;
 }
 
-/// The result pixels [i, j), whose sources fit a stretch.
+/// Weighs the result pixels [i, j), whose sources fit a stretch.
 template <std::size_t channels>
 void weighStretch(const RowPointers& rows, const PixelWeights& weights, std::size_t i, std::size_t j,
                   const ResultPointers& results) {
-    alignas(64) float sources[stretchSamples * mostRowsWeighed];
-    alignas(64) float sums[stretchSamples * mostRowsWeighed];
-    const hn::CappedTag<float, mostRowsWeighed> d;
+    alignas(64) float sources[stretchSamples * maxRowsWeighed];
+    alignas(64) float sums[stretchSamples * maxRowsWeighed];
+    const hn::CappedTag<float, maxRowsWeighed> d;
     const std::size_t base = weights.firsts[i];
     interleave(rows, base * channels, (endOf(weights, j - 1) - base) * channels, sources);
     for (std::size_t k = i; k < j; ++k) {
         const std::span taps(weights.weights + weights.starts[k], weights.starts[k + 1] - weights.starts[k]);
-        const float* from = sources + (weights.firsts[k] - base) * channels * mostRowsWeighed;
-        float* to = sums + (k - i) * channels * mostRowsWeighed;
-        for (std::size_t r = 0; r < mostRowsWeighed; r += hn::Lanes(d))
+        const float* from = sources + (weights.firsts[k] - base) * channels * maxRowsWeighed;
+        float* to = sums + (k - i) * channels * maxRowsWeighed;
+        for (std::size_t r = 0; r < maxRowsWeighed; r += hn::Lanes(d))
             weighPixel<channels>(d, from + r, taps, to + r);
     }
     separate(sums, i * channels, (j - i) * channels, results);
 }
 
-/// A result pixel that takes from more pixels than a stretch has.
+/// Weighs a result pixel that uses more source pixels than fit a stretch.
 void weighLongPixel(const RowPointers& rows, std::size_t channels, const PixelWeights& weights, std::size_t i,
                     const ResultPointers& results) {
     const PixelWeights one = {weights.firsts.subspan(i, 1), weights.starts.subspan(i, 2), weights.weights};
@@ -197,7 +196,8 @@ void weighRows(std::span<const float* const> rows, std::size_t channels, const P
                std::span<float* const> results) {
     RowPointers from;
     ResultPointers to;
-    for (std::size_t r = 0; r < mostRowsWeighed; ++r) { // fewer rows: the last one is made several times
+    for (std::size_t r = 0; r < maxRowsWeighed;
+         ++r) { // with fewer rows the last one is computed several times
         from[r] = rows[std::min(r, rows.size() - 1)];
         to[r] = results[std::min(r, rows.size() - 1)];
     }

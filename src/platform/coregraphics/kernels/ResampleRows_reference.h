@@ -1,4 +1,4 @@
-// The plain truth of ResampleRows.h, as oracle for its vectorised form.
+// Plain loops with the results of ResampleRows.h, as a reference for the vectorised functions.
 #pragma once
 
 #include "platform/coregraphics/kernels/ResampleRows.h"

@@ -10,7 +10,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace kestrine::kernels::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR // a processor without vectors runs the plain loops
+#if HWY_TARGET == HWY_SCALAR // without vectors
 
 using reference::linearIndexes;
 using reference::squareRootIndexes;

@@ -7,7 +7,7 @@ namespace kestrine::kernels::reference {
 
 namespace {
 
-/// NaN compares as smaller and so gives 0.
+/// 0 for NaN.
 float clamped(float value) { return value > 0.0F ? std::min(value, 1.0F) : 0.0F; }
 
 std::uint16_t rounded(float value) { return static_cast<std::uint16_t>(value + 0.5F); }

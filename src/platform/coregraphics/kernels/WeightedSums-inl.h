@@ -1,5 +1,5 @@
-// Sums of products of 16-bit numbers in 32 bits, for the kernels that work in whole numbers. Included once
-// for every vector target.
+// Sums of products of 16-bit integers in 32 bits, for kernels with integer arithmetic. Included once per
+// vector target.
 
 #if defined(KESTRINE_WEIGHTED_SUMS) == defined(HWY_TARGET_TOGGLE)
 #ifdef KESTRINE_WEIGHTED_SUMS
@@ -23,10 +23,10 @@ using Int32 = hn::Vec<Tag32>;
 constexpr Tag16 d16;
 constexpr Tag32 d32;
 
-/// Values of a vector.
+/// 16-bit values per vector.
 constexpr int vectorWidth = static_cast<int>(hn::MaxLanes(Tag16()));
 
-/// Sums of products, in an order that `narrowed` undoes.
+/// Sums of products. Their order is internal; narrowed() restores the original one.
 struct Sums {
     Int32 low, high;
 };
@@ -38,7 +38,7 @@ HWY_INLINE Sums operator-(const Sums& a, const Sums& b) {
     return {hn::Sub(a.low, b.low), hn::Sub(a.high, b.high)};
 }
 
-/// The same number in every place.
+/// The same number in every lane.
 HWY_INLINE Sums sumsOf(std::int32_t value) { return {hn::Set(d32, value), hn::Set(d32, value)}; }
 
 template <int shift>
@@ -46,11 +46,11 @@ HWY_INLINE Sums shiftedRight(const Sums& sums) {
     return {hn::ShiftRight<shift>(sums.low), hn::ShiftRight<shift>(sums.high)};
 }
 
-/// Saturates.
+/// Saturates to 16 bits.
 HWY_INLINE Int16 narrowed(const Sums& sums) { return hn::ReorderDemote2To(d16, sums.low, sums.high); }
 
-/// Two vectors of which weighted sums are wanted. x86 adds the products of neighbouring values, others those
-/// of separate vectors.
+/// Two vectors for weighted sums: weighed<a, b>() is a * first + b * second. x86 adds the products of
+/// neighbouring values, so the two vectors are interleaved there.
 struct Pairs {
     Int16 first, second;
 

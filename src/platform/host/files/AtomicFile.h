@@ -24,8 +24,8 @@ using CandidatePaths = std::function<std::string(unsigned attempt)>;
 /// complete file stays.
 Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability);
 
-/// A new file that is complete and on the disk under a hidden name until it is published. Without publish() the
-/// destructor removes it. For work that may start only when nothing but the name is missing. Move-only.
+/// A new file that is complete and on the disk under a hidden name until it is published. Without publish()
+/// the destructor removes it. For work that may start only when nothing but the name is missing. Move-only.
 class StagedFile {
 public:
     /// Writes the file into `folder` (mode 0666 minus the umask). Fails like publishNewFile.

@@ -1,5 +1,5 @@
-// Reads BMP files row by row: indices become colours, masked bits become samples, and what is stored from the
-// bottom is read from the end.
+// Reads BMP files row by row: with indices, masks or 24 bits per pixel, uncompressed or run-length coded,
+// stored from the top or from the bottom.
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/bmp/Header.h"
@@ -16,7 +16,7 @@ RowFormat formatOf(const Header& header) {
     return {header.width, header.height, ColorModel::rgb, header.masks[3] != 0, SampleDepth::bits8};
 }
 
-/// Where in the file's order the row y from the top stands.
+/// The position in the file of row y from the top.
 std::size_t storedRow(const Header& header, std::uint32_t y) {
     return header.isTopDown ? y : header.height - 1 - y;
 }
@@ -27,7 +27,7 @@ public:
     StoredRows(std::shared_ptr<const ByteReader> reader, const Header& header)
         : reader_(std::move(reader)), header_(header), bytes_(header.bytesPerStoredRow()) {}
 
-    /// The bytes of row y from the top, valid until the next call.
+    /// The stored bytes of row y from the top, valid until the next call.
     Result<ByteView> read(std::uint32_t y) {
         const std::uint64_t offset = header_.pixelOffset + storedRow(header_, y) * header_.stride();
         if (reader_->readAt(offset, bytes_) != bytes_.size())
@@ -41,7 +41,7 @@ private:
     Bytes bytes_;
 };
 
-/// Turns indices into colours. An index beyond the palette is black.
+/// Turns indices into colours. Indices outside the palette are black.
 class PaletteLookup {
 public:
     explicit PaletteLookup(Bytes palette) : palette_(std::move(palette)) { palette_.resize(256 * 3); }
@@ -84,8 +84,7 @@ public:
           indices_(header.width) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (Result<void> done = codes_.readRow(storedRow(header_, next_++), indices_); !done)
-            return done;
+        TRY(codes_.readRow(storedRow(header_, next_++), indices_));
         for (std::size_t x = 0; x < indices_.size(); ++x)
             palette_.write(indices_[x], &row[3 * x]);
         return {};
@@ -119,8 +118,7 @@ private:
     std::uint32_t next_ = 0;
 };
 
-/// Some neighbouring bits of a pixel, scaled to the full range of 8. Of more than 16 bits only the upper ones
-/// count.
+/// The bits of a pixel that a mask selects, scaled to 0..255. Only the upper 16 bits of wider masks count.
 class MaskedChannel {
 public:
     explicit MaskedChannel(std::uint32_t mask) {
@@ -201,7 +199,7 @@ private:
     const Header header_;
 };
 
-Result<std::unique_ptr<ImageDecoder>> openBMP(std::shared_ptr<const ByteReader> reader) {
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     Header header = TRY(readHeader(*reader));
     if (formatOf(header).pixels() == 0)
         return Failure{Reason::empty, "the BMP has no pixels"};
@@ -212,6 +210,6 @@ Result<std::unique_ptr<ImageDecoder>> openBMP(std::shared_ptr<const ByteReader> 
 
 } // namespace
 
-const ImageCodec codec = {"BMP", isBMP, openBMP};
+const ImageCodec codec = {"BMP", isBMP, open};
 
 } // namespace kestrine::bmp

@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::size_t fileHeaderLength = 14;
 
-/// Lengths of the headers, each an extension of the one before; those of OS/2 lie between or beside them.
+/// Lengths of the headers. Each one extends the one before; headers of OS/2 have other lengths up to
+/// longestOS2Header.
 enum HeaderLength : std::uint32_t {
     coreHeader = 12,
     shortestInfoHeader = 16,
@@ -29,13 +30,14 @@ enum Compression : std::uint32_t {
     alphaBitFields = 6
 };
 
-/// A profile longer than this is not one for pictures.
+/// Longer profiles are ignored.
 constexpr std::uint32_t maximumProfileLength = std::uint32_t{16} << 20;
 
-/// The headers, zero where the file's are shorter. Offsets count from the beginning of the file.
+/// The headers, filled up with zeros if those of the file are shorter. Offsets count from the start of the
+/// file.
 struct Fields {
     std::array<std::uint8_t, fileHeaderLength + infoHeader5> bytes{};
-    std::uint32_t headerLength = 0; ///< masks behind the header included
+    std::uint32_t headerLength = 0; ///< including masks that follow the header
 
     std::uint32_t u16(std::size_t offset) const {
         return bytes[offset] | std::uint32_t{bytes[offset + 1]} << 8;
@@ -51,7 +53,7 @@ bool isHeaderLength(std::uint32_t length) {
            || length == infoHeader4 || length == infoHeader5;
 }
 
-/// The oldest of the long headers keeps its masks behind itself, just where the later ones have theirs.
+/// In files with infoHeader the masks follow the header, at the offset where longer headers contain them.
 std::uint32_t lengthWithMasks(std::uint32_t length, std::uint32_t compression) {
     if (length == infoHeader && compression == bitFields)
         return infoHeader2;
@@ -65,10 +67,10 @@ Result<Fields> readFields(const ByteReader& reader) {
     const std::size_t got = reader.readAt(0, fields.bytes);
     const std::uint32_t length = fields.u32(14);
     if (!isHeaderLength(length))
-        return Failure{Reason::unsupported, "the BMP has an unknown kind of header"};
+        return Failure{Reason::unsupported, "the BMP has a header of unknown length"};
     fields.headerLength = lengthWithMasks(length, length >= infoHeader ? fields.u32(30) : uncompressed);
     if (got < fields.end())
-        return Failure{Reason::truncated, "the BMP ends in its header"};
+        return Failure{Reason::truncated, "the BMP file ends in its header"};
     std::fill(fields.bytes.begin() + static_cast<std::ptrdiff_t>(fields.end()), fields.bytes.end(),
               std::uint8_t{0});
     return fields;
@@ -117,34 +119,34 @@ Result<void> readPixelKind(const Fields& fields, Header& header) {
     const bool isPlain = compression == uncompressed
                          && (bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32);
     if (!header.isRunLength && !hasMasks && !isPlain)
-        return Failure{Reason::unsupported, "the BMP has an unknown kind of pixels"};
+        return Failure{Reason::unsupported, "the BMP has an unknown pixel format"};
     return readMasks(fields, hasMasks, header);
 }
 
-/// Finds the palette and the pixels behind it, and reads the colours that indices can name and the file
-/// holds.
+/// Sets the offset of the pixels, which follow the palette, and reads those colours of the palette that
+/// indices can address.
 void readPalette(const Fields& fields, const ByteReader& reader, Header& header) {
     const std::size_t entryLength = fields.isCore() ? 3 : 4;
-    const std::uint64_t nameable = header.isIndexed() ? std::uint64_t{1} << header.bitsPerPixel : 0;
-    const std::uint64_t told = fields.isCore() ? 0 : fields.u32(46);
-    const std::uint64_t stored = told == 0 ? nameable : told;
+    const std::uint64_t addressable = header.isIndexed() ? std::uint64_t{1} << header.bitsPerPixel : 0;
+    const std::uint64_t declared = fields.isCore() ? 0 : fields.u32(46);
+    const std::uint64_t stored = declared == 0 ? addressable : declared;
     header.pixelOffset = fields.u32(10);
     if (header.pixelOffset < fields.end())
         header.pixelOffset = fields.end() + stored * entryLength;
     const std::uint64_t room = (header.pixelOffset - fields.end()) / entryLength;
-    Bytes entries(static_cast<std::size_t>(std::min({stored, nameable, room})) * entryLength);
+    Bytes entries(static_cast<std::size_t>(std::min({stored, addressable, room})) * entryLength);
     entries.resize(reader.readAt(fields.end(), entries));
     for (std::size_t i = 0; i + entryLength <= entries.size(); i += entryLength)
         header.palette.insert(header.palette.end(), {entries[i + 2], entries[i + 1], entries[i]});
 }
 
-/// The header tells where the primaries lie but not the white; viewers take that of sRGB.
+/// The header has no white point; viewers use that of sRGB.
 std::optional<ColorProfile> calibratedProfile(const Fields& fields) {
     const auto chromaticity = [&](std::size_t offset) {
         const double x = fields.u32(offset), y = fields.u32(offset + 4), z = fields.u32(offset + 8);
         return Chromaticities::Point{x / (x + y + z), y / (x + y + z)};
     };
-    const std::uint32_t gamma = fields.u32(110); // 16 bits behind the point
+    const std::uint32_t gamma = fields.u32(110); // with 16 fraction bits
     if (fields.u32(114) != gamma || fields.u32(118) != gamma)
         return std::nullopt;
     return ColorProfile::fromGamma(

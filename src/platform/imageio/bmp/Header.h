@@ -1,4 +1,4 @@
-// Header: what stands before the pixels of a BMP, whichever of its many headers it has.
+// Header: the fields before the pixels of a BMP file, for all versions of its header.
 #pragma once
 
 #include "platform/coregraphics/ColorProfile.h"
@@ -10,24 +10,25 @@ namespace kestrine::bmp {
 
 struct Header {
     std::uint32_t width = 0, height = 0;
-    bool isTopDown = false; ///< else the lowest row is stored first
+    bool isTopDown = false; ///< otherwise the lowest row is stored first
     bool isRunLength = false;
     unsigned bitsPerPixel = 0;     ///< 1, 4, 8: indices; 16, 24, 32: colours
-    std::uint64_t pixelOffset = 0; ///< where in the file the pixels begin
-    Bytes palette{};               ///< of indices: red, green, blue a colour; may be shorter than they reach
-    std::array<std::uint32_t, 4> masks{}; ///< red, green, blue and alpha in 16 and 32 bits; no alpha: 0
+    std::uint64_t pixelOffset = 0; ///< offset of the pixels in the file
+    Bytes palette{}; ///< red, green, blue per colour; may have fewer colours than indices can address
+    std::array<std::uint32_t, 4> masks{}; ///< red, green, blue, alpha, for 16 and 32 bits; 0 without alpha
     std::optional<ColorProfile> profile{};
 
     bool isIndexed() const { return bitsPerPixel <= 8; }
-    /// Bytes from one row to the next where they are not run-length coded: whole groups of 32 bits.
+    /// Bytes from one uncompressed row to the next: a multiple of 4.
     std::uint64_t stride() const { return (std::uint64_t{width} * bitsPerPixel + 31) / 32 * 4; }
-    /// Bytes of a row without what fills up the last group.
+    /// Bytes of an uncompressed row without padding.
     std::size_t bytesPerStoredRow() const { return (std::size_t{width} * bitsPerPixel + 7) / 8; }
 };
 
-/// Whether a file that begins with `head` is a BMP: its mark, and a header length that exists.
+/// Whether a file that begins with `head` is a BMP: it has the signature and a known header length.
 bool isBMP(ByteView head);
 
+/// Reads all fields. The sides may be 0 or larger than pictures may be, but each is at most maximumSide.
 Result<Header> readHeader(const ByteReader& reader);
 
 } // namespace kestrine::bmp

@@ -11,7 +11,7 @@ void put(std::span<std::uint8_t> indices, std::uint64_t x, int index) {
         indices[static_cast<std::size_t>(x)] = static_cast<std::uint8_t>(index);
 }
 
-/// The index at an even or odd place of a byte that holds two.
+/// The upper or lower half of a byte that holds two indices.
 int halfAt(int byte, unsigned place) { return place % 2 == 0 ? byte >> 4 : byte & 15; }
 
 } // namespace
@@ -26,7 +26,7 @@ Result<RunLength> RunLength::open(std::shared_ptr<const ByteReader> reader, cons
     return codes;
 }
 
-/// A missing mark at the very end does no harm.
+/// Notes where each row begins. The marks at the very end may be missing.
 Result<void> RunLength::findRows(std::uint32_t width) {
     std::uint64_t x = 0;
     for (std::uint64_t row = 0; row < starts_.size();) {
@@ -55,7 +55,7 @@ Result<void> RunLength::readRow(std::size_t storedRow, std::span<std::uint8_t> i
     return {};
 }
 
-/// Follows the codes from x on to the row's end; nothing when the input ends there.
+/// Decodes from x to the end of the row and stores the indices; nothing when the input ends before.
 std::optional<RunLength::End> RunLength::decodeRow(std::uint64_t& x, std::span<std::uint8_t> indices) {
     for (;;) {
         const int count = input_.next(), value = input_.next();
@@ -83,7 +83,7 @@ std::optional<RunLength::End> RunLength::decodeRow(std::uint64_t& x, std::span<s
     }
 }
 
-/// So many indices as they are, filled up to whole pairs of bytes.
+/// Reads `count` uncompressed indices, which are padded to an even number of bytes.
 bool RunLength::decodeLiteral(unsigned count, std::uint64_t x, std::span<std::uint8_t> indices) {
     const unsigned bytes = isHalfByte_ ? (count + 1) / 2 : count;
     int byte = 0;

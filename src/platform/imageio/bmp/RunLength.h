@@ -1,9 +1,9 @@
-// RunLength: rows of run-length coded indices in any order, without holding the picture: one pass over the
-// codes notes where each row begins.
+// RunLength: decodes rows of run-length coded indices in any order. The picture is not held in memory: one
+// pass over the codes notes where each row begins.
 #pragma once
 
-#include "platform/imageio/bmp/Header.h"
 #include "platform/imageio/ForwardReader.h"
+#include "platform/imageio/bmp/Header.h"
 
 #include <vector>
 
@@ -11,19 +11,19 @@ namespace kestrine::bmp {
 
 class RunLength {
 public:
-    /// Fails when the codes end before the picture does.
+    /// Finds the rows. Fails when the codes end before the last row.
     static Result<RunLength> open(std::shared_ptr<const ByteReader> reader, const Header& header);
 
-    /// Writes a row, counted as they are stored, as one index a byte. Pixels that the codes pass over are 0;
-    /// those beyond the row's end are dropped.
+    /// Writes a row as one index per byte; `storedRow` counts in stored order. Pixels that the codes skip are
+    /// 0; pixels past the end of the row are dropped.
     Result<void> readRow(std::size_t storedRow, std::span<std::uint8_t> indices);
 
 private:
-    /// Where the codes of a row begin; an offset of 0 means that it has none.
+    /// Where the codes of a row begin. An offset of 0 means that the row has no codes.
     struct Start {
         std::uint64_t offset = 0, x = 0;
     };
-    /// What ended a row's codes: so many rows up, the next begins at x.
+    /// What ended the codes of a row: the next codes belong to a row `rowsUp` rows higher and begin at x.
     struct End {
         std::uint64_t rowsUp, x;
         bool isEndOfPicture;
@@ -35,7 +35,7 @@ private:
     bool decodeLiteral(unsigned count, std::uint64_t x, std::span<std::uint8_t> indices);
 
     ForwardReader input_;
-    const bool isHalfByte_; ///< 4 bits an index, else 8
+    const bool isHalfByte_; ///< 4 bits per index, otherwise 8
     std::vector<Start> starts_;
 };
 

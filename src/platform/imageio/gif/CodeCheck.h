@@ -1,5 +1,5 @@
-// CodeCheck: whether the codes of a GIF picture are those of a sound file. The library takes codes that stand
-// for nothing, and makes up pixels for them.
+// CodeCheck: checks that all codes of a GIF picture are valid. giflib accepts invalid codes and makes up
+// pixels for them.
 #pragma once
 
 #include <array>
@@ -9,13 +9,13 @@ namespace kestrine::gif {
 
 class CodeCheck {
 public:
-    /// Of a picture of that many pixels. `bits` is the code size that its data begins with, at most 11.
+    /// For a picture of `pixels` pixels. `bits` is the code size at the start of its data, at most 11.
     CodeCheck(unsigned bits, std::uint64_t pixels);
 
-    /// Takes the next code. False when it stands for nothing at this place.
+    /// Takes the next code. Returns false when it is invalid at this place.
     bool accepts(int code);
 
-    /// Whether there are codes for all pixels. What follows them does not matter.
+    /// Whether the codes so far cover all pixels. Later codes are not checked.
     bool isComplete() const { return pixelsLeft_ == 0; }
 
 private:

@@ -9,8 +9,8 @@ namespace kestrine::gif {
 
 namespace {
 
-/// How far the outer colours move outwards, in standard deviations of the colours they stand for. Found by
-/// trying: more gives a coarser grain, less leaves saturated areas pale.
+/// How far the outer colours move outwards, in standard deviations of the colours that they represent. Found
+/// by experiment: more gives a coarser grain, less makes saturated areas pale.
 constexpr double outwardDeviations = 2.5;
 
 struct Point {
@@ -20,7 +20,7 @@ struct Point {
 
 using Vector = std::array<double, 3>;
 
-/// Sums over some points.
+/// Sums over a set of points.
 struct Tally {
     std::uint64_t pixels = 0;
     std::array<std::uint64_t, 3> levels{};
@@ -37,11 +37,11 @@ struct Tally {
     }
 };
 
-/// Some points, and how best to divide them: those up to level `cut` of `channel` from the others.
+/// A set of points and its best division: points up to level `cut` of `channel`, and the others.
 struct Box {
     std::span<Point> points;
     Tally tally{};
-    double gain = 0; ///< how much the division is worth; 0 when there is none
+    double gain = 0; ///< of the division, see gainOf(); 0 when the points cannot be divided
     std::size_t channel = 0;
     unsigned cut = 0;
 
@@ -53,7 +53,7 @@ struct Box {
     }
 };
 
-/// The standard deviation of the points' distance from their mean.
+/// The root mean square distance of the points from their mean.
 double deviationOf(const Box& box) {
     const Vector mean = box.mean();
     double sum = 0;
@@ -63,8 +63,8 @@ double deviationOf(const Box& box) {
     return std::sqrt(sum / static_cast<double>(box.tally.pixels));
 }
 
-/// By how much dividing points of the sums `all` into those of the sums `low` and the others lessens their
-/// weighted squared distance from their mean.
+/// By how much a division reduces the sum of the weighted squared distances from the means. `all` are the
+/// sums over all points, `low` those over one of the two parts.
 double gainOf(const Tally& low, const Tally& all) {
     const double pixels = static_cast<double>(all.pixels), lowPixels = static_cast<double>(low.pixels);
     double gain = 0;
@@ -76,8 +76,8 @@ double gainOf(const Tally& low, const Tally& all) {
     return gain / (pixels * lowPixels * (pixels - lowPixels));
 }
 
-/// Tries every cut of the box along one channel. `levels` are the sums over the points of each level from
-/// `lowest` on.
+/// Tries every cut of the box along one channel. `levels` has the sums over the points of each level, from
+/// level `lowest` on.
 void considerCuts(Box& box, std::size_t channel, unsigned lowest, std::span<const Tally> levels) {
     Tally low;
     for (unsigned i = 0; i + 1 < levels.size(); ++i) {
@@ -124,8 +124,8 @@ std::vector<Box> divide(std::span<Point> points, std::size_t count) {
     return boxes;
 }
 
-/// Where `color` lies among the others: a direction away from the near ones, whose length is 0 inside the
-/// cloud and nearly 1 at its edge.
+/// A direction from `color` away from its neighbours. Its length is about 0 inside the cloud of colours and
+/// nearly 1 at its edge.
 Vector outwards(const Vector& color, std::span<const Vector> all) {
     Vector sum{};
     double weights = 0, weightedSquares = 0;
@@ -138,7 +138,7 @@ Vector outwards(const Vector& color, std::span<const Vector> all) {
         weights += weight;
         weightedSquares += square * weight;
     }
-    // No sum can be longer than this.
+    // An upper bound for the length of the sum.
     const double longest = std::sqrt(weights * weightedSquares);
     for (double& component : sum)
         component = longest > 0 ? component / longest : 0;
@@ -149,9 +149,9 @@ std::uint8_t level(double value) { return static_cast<std::uint8_t>(std::clamp(v
 
 } // namespace
 
-/// The means of clusters alone would not do: dithering mixes colours, so what lies outside all of them is
-/// lost. Those at the edge of the cloud therefore move outwards as far as their cluster is wide; that of a
-/// flat area stays.
+/// Dithering cannot show colours outside the range of the palette, so the means of the clusters are not
+/// sufficient. Means at the edge of the cloud move outwards in proportion to the width of their cluster. The
+/// colour of a flat area does not move.
 std::vector<Color> representativeColors(std::span<const Histogram::Entry> entries, std::size_t count) {
     std::vector<Point> points;
     for (const Histogram::Entry& entry : entries) {

@@ -1,12 +1,12 @@
-// ColorClusters: few colours that stand for many.
+// ColorClusters: chooses a few colours that represent many.
 #pragma once
 
 #include "platform/imageio/gif/Histogram.h"
 
 namespace kestrine::gif {
 
-/// At most `count` colours from which those of `entries` differ as little as possible, squared and weighted
-/// by their pixels. Depends on nothing but the arguments.
+/// At most `count` colours with small squared differences to the colours of `entries`, weighted by their
+/// numbers of pixels. Deterministic.
 std::vector<Color> representativeColors(std::span<const Histogram::Entry> entries, std::size_t count);
 
 } // namespace kestrine::gif

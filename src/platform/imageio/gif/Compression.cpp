@@ -8,11 +8,11 @@ namespace {
 
 constexpr unsigned maximumCodeBits = 12;
 constexpr unsigned maximumCodes = 1u << maximumCodeBits;
-/// Twice as many slots as strings keep the searches short; they still fit the first cache.
+/// Twice as many slots as strings keep the searches short; the table still fits the first-level cache.
 constexpr unsigned slotBits = maximumCodeBits + 1;
-/// Equal to no string with its code: a table is dropped as soon as the last code is given away.
+/// Differs from every string with its code, because the table is cleared as soon as the last code is used.
 constexpr std::uint32_t freeSlot = 0xFFFF'FFFF;
-/// Equal to no code.
+/// Differs from every code.
 constexpr std::uint32_t noPrefix = maximumCodes;
 
 } // namespace
@@ -60,9 +60,9 @@ void Compression::finish() {
     into_.push_back(0);
 }
 
-/// The slot that holds `string`, or the free one where it belongs.
+/// The slot that holds `string`, or the free slot for it.
 std::uint32_t& Compression::slotOf(std::uint32_t string) {
-    // The multiplier is 2^32 divided by the golden ratio: it spreads similar strings over the table.
+    // The multiplier, 2^32 divided by the golden ratio, spreads similar strings over the table.
     std::uint32_t slot = string * 0x9E37'79B1u >> (32 - slotBits);
     while (strings_[slot] != freeSlot && strings_[slot] >> maximumCodeBits != string)
         slot = (slot + 1) % (1u << slotBits);
@@ -77,7 +77,7 @@ void Compression::startTable() {
         ++codeBits_;
 }
 
-/// Gives the next code away. The reader gets to know of it one code later, and widens its codes then.
+/// Uses the next code. A reader learns of it one code later and widens its codes then.
 void Compression::takeCode() {
     if (nextCode_ == 1u << codeBits_ && codeBits_ < maximumCodeBits)
         ++codeBits_;

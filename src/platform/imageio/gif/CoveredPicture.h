@@ -1,5 +1,5 @@
-// CoveredPicture: a picture as the GIF encoder holds it, since it needs the pixels twice: for choosing colours,
-// then for placing them.
+// CoveredPicture: a whole picture in memory, because the GIF encoder needs the pixels twice: first to choose
+// colours, then to assign them.
 #pragma once
 
 #include <cstdint>
@@ -13,11 +13,11 @@ struct Color {
     bool operator==(const Color&) const = default;
 };
 
-/// What becomes of a pixel. A GIF knows no half-transparent pixels.
+/// How a pixel is written. GIF has no half-transparent pixels.
 enum class Cover : std::uint8_t {
-    absent, ///< transparent in the source
-    hole,   ///< half-transparent in the source, and shown as transparent
-    opaque, ///< shown
+    absent, ///< transparent, and not shown
+    hole,   ///< half-transparent in the source and dithered away: not shown
+    opaque, ///< shown with its colour
 };
 
 struct Pixel {
@@ -27,7 +27,7 @@ struct Pixel {
 
 struct CoveredPicture {
     std::uint32_t width, height;
-    std::vector<Pixel> pixels; ///< row by row from the top
+    std::vector<Pixel> pixels; ///< row by row, from the top
 
     const Pixel* row(std::size_t y) const { return pixels.data() + y * width; }
     Pixel* row(std::size_t y) { return pixels.data() + y * width; }

@@ -1,5 +1,5 @@
-// Reads the first picture of a GIF, laid on its logical screen; transparent where it does not reach.
-// Animation, texts and later pictures are left alone.
+// Reads the first picture of a GIF file. The parts of the logical screen that it does not cover are
+// transparent. Later pictures, and so animations, and texts are ignored.
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ForwardReader.h"
@@ -13,7 +13,7 @@ namespace kestrine::gif {
 
 namespace {
 
-/// A code of 12 bits, the longest, stands for fewer than 4096 pixels, so a byte cannot hold more than this.
+/// Codes have at most 12 bits and stand for fewer than 4096 pixels each.
 constexpr std::uint64_t maximumPixelsPerByte = 4096 * 8 / 12;
 
 struct CloseGIF {
@@ -21,36 +21,36 @@ struct CloseGIF {
 };
 using Handle = std::unique_ptr<GifFileType, CloseGIF>;
 
-/// The first picture on the screen. All sides are in pixels.
+/// The first picture and its position on the logical screen, in pixels.
 struct Layout {
     std::uint32_t screenWidth, screenHeight;
     std::uint32_t left, top, width, height;
     bool isInterlaced;
     std::optional<std::uint8_t> transparent;
-    Bytes colors; ///< red, green, blue a colour
+    Bytes colors; ///< red, green, blue per colour
 
     bool coversScreen() const { return width == screenWidth && height == screenHeight; }
 };
 
 Failure failureOf(int code) {
     if (code == D_GIF_ERR_EOF_TOO_SOON || code == D_GIF_ERR_READ_FAILED)
-        return {Reason::truncated, "the GIF ends too early"};
+        return {Reason::truncated, "the GIF file ends too early"};
     if (code == D_GIF_ERR_NOT_ENOUGH_MEM)
-        return {Reason::tooLarge, "there is not enough memory for the GIF"};
-    return {Reason::malformed, "the GIF is broken"};
+        return {Reason::tooLarge, "there is not enough memory for the GIF picture"};
+    return {Reason::malformed, "the GIF file is damaged"};
 }
 
-/// The bytes of a GIF up to and into its first picture.
+/// Reads a GIF file up to the end of its first picture.
 class Stream {
 public:
     static Result<std::unique_ptr<Stream>> open(std::shared_ptr<const ByteReader> reader);
 
     const Layout& layout() const { return layout_; }
 
-    /// Whether each code of the picture stands for something. Instead of reading its rows.
+    /// Whether every code of the picture has a meaning. Must be called instead of reading the rows.
     bool hasSoundCodes();
 
-    /// Reads the next of the picture's rows, in stored order.
+    /// Reads the indices of the next row, in stored order.
     Result<void> readIndices(std::span<std::uint8_t> row) {
         if (DGifGetLine(file_.get(), row.data(), static_cast<int>(row.size())) != GIF_OK)
             return failureOf(file_->Error);
@@ -90,16 +90,15 @@ Result<void> Stream::goToPicture() {
     GifRecordType record = UNDEFINED_RECORD_TYPE;
     while (DGifGetRecordType(file_.get(), &record) == GIF_OK) {
         if (record == TERMINATE_RECORD_TYPE)
-            return Failure{Reason::empty, "the GIF holds no picture"};
+            return Failure{Reason::empty, "the GIF file holds no picture"};
         if (record == IMAGE_DESC_RECORD_TYPE)
             return DGifGetImageDesc(file_.get()) == GIF_OK ? Result<void>{} : failureOf(file_->Error);
-        if (Result<void> done = readExtension(); !done)
-            return done;
+        TRY(readExtension());
     }
     return failureOf(file_->Error);
 }
 
-/// Only the graphic control extension matters: it tells which index shows nothing. The last one holds.
+/// Only the graphic control extension matters: it defines the transparent index. The last one counts.
 Result<void> Stream::readExtension() {
     int code = 0;
     GifByteType* block = nullptr;
@@ -116,15 +115,15 @@ Result<void> Stream::readExtension() {
     return status == GIF_OK ? Result<void>{} : failureOf(file_->Error);
 }
 
-/// A screen too small for the picture grows until it fits, as viewers show it; one of no size is the
-/// picture's.
+/// As in viewers, a screen that is too small is enlarged to hold the picture, and a screen without a size
+/// gets that of the picture.
 Result<void> Stream::layOut() {
     const GifImageDesc& image = file_->Image;
     const ColorMapObject* map = image.ColorMap ? image.ColorMap : file_->SColorMap;
     if (!map)
-        return Failure{Reason::malformed, "the GIF has no colours"};
+        return Failure{Reason::malformed, "the GIF file has no colour table"};
     if (image.Width <= 0 || image.Height <= 0)
-        return Failure{Reason::empty, "the GIF's first picture has no pixels"};
+        return Failure{Reason::empty, "the first picture of the GIF file has no pixels"};
     for (const GifColorType& color : std::span(map->Colors, static_cast<std::size_t>(map->ColorCount)))
         layout_.colors.insert(layout_.colors.end(), {color.Red, color.Green, color.Blue});
     layout_.isInterlaced = image.Interlace;
@@ -171,11 +170,11 @@ private:
     const Layout& layout_;
     std::array<std::array<std::uint8_t, 4>, 256> pixelOfIndex_; ///< red, green, blue, alpha
     std::uint32_t next_ = 0;
-    Bytes interlaced_; ///< the whole picture when its rows are not stored from top to bottom
+    Bytes interlaced_; ///< indices of the whole picture, if it is interlaced
     Bytes indices_;    ///< of the current row
 };
 
-/// An index beyond the colours is black.
+/// Indices outside the colour table are black.
 Rows::Rows(std::unique_ptr<Stream> stream, std::unique_ptr<Stream> check,
            std::shared_ptr<DamageRecord> damage)
     : RowSource(formatOf(stream->layout())), stream_(std::move(stream)), check_(std::move(check)),
@@ -192,22 +191,20 @@ Result<void> Rows::readRow(std::span<std::uint8_t> row) {
     const std::uint32_t y = next_++;
     if (y < layout_.top || y - layout_.top >= layout_.height)
         return {};
-    if (Result<void> done = readIndices(); !done)
-        return done;
+    TRY(readIndices());
     if (next_ == layout_.top + layout_.height && !check_->hasSoundCodes())
-        damage_->note({Reason::malformed, "the GIF picture is damaged: it has codes without meaning"});
+        damage_->note({Reason::malformed, "the GIF picture is damaged: it has codes without a meaning"});
     const std::size_t bytesPerPixel = format().bytesPerPixel();
     paint(indices_, row.subspan(layout_.left * bytesPerPixel, layout_.width * bytesPerPixel));
     return {};
 }
 
-/// Gets the indices of the next row from the top.
+/// Fills indices_ with the next row from the top.
 Result<void> Rows::readIndices() {
     if (!layout_.isInterlaced)
         return stream_->readIndices(indices_);
     if (interlaced_.empty())
-        if (Result<void> done = readInterlaced(); !done)
-            return done;
+        TRY(readInterlaced());
     const std::size_t y = next_ - 1 - layout_.top;
     std::copy_n(interlaced_.begin() + static_cast<std::ptrdiff_t>(y * layout_.width), layout_.width,
                 indices_.begin());
@@ -222,10 +219,8 @@ Result<void> Rows::readInterlaced() {
     interlaced_.resize(std::size_t{layout_.width} * layout_.height);
     for (const Pass& pass : passes)
         for (std::uint32_t y = pass.first; y < layout_.height; y += pass.step)
-            if (Result<void> done = stream_->readIndices(
-                    std::span(interlaced_).subspan(std::size_t{y} * layout_.width, layout_.width));
-                !done)
-                return done;
+            TRY(stream_->readIndices(
+                std::span(interlaced_).subspan(std::size_t{y} * layout_.width, layout_.width)));
     return {};
 }
 
@@ -248,9 +243,9 @@ public:
         std::unique_ptr<Stream> stream = TRY(Stream::open(reader_));
         const Layout& layout = stream->layout();
         if (formatOf(layout) != frames_[0].format)
-            return Failure{Reason::malformed, "the GIF changed while it was read"};
+            return Failure{Reason::malformed, "the GIF file changed while it was read"};
         if (std::uint64_t{layout.width} * layout.height / maximumPixelsPerByte > reader_->size())
-            return Failure{Reason::truncated, "the GIF is too short for its size"};
+            return Failure{Reason::truncated, "the GIF file is too short for its pixels"};
         std::unique_ptr<Stream> check = TRY(Stream::open(reader_));
         return RowSourcePointer(std::make_unique<Rows>(std::move(stream), std::move(check), damage_));
     }
@@ -262,22 +257,22 @@ private:
     const Bytes colors_;
 };
 
-bool recognisesGIF(ByteView head) {
+bool recognises(ByteView head) {
     const std::string_view start(reinterpret_cast<const char*>(head.data()),
                                  std::min<std::size_t>(head.size(), 6));
     return start == "GIF87a" || start == "GIF89a";
 }
 
-Result<std::unique_ptr<ImageDecoder>> openGIF(std::shared_ptr<const ByteReader> reader) {
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     std::unique_ptr<Stream> stream = TRY(Stream::open(reader));
     const Layout& layout = stream->layout();
     if (!formatOf(layout).isWithinLimits())
-        return Failure{Reason::tooLarge, "the GIF has too many pixels"};
+        return Failure{Reason::tooLarge, "the GIF picture has too many pixels"};
     return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), layout));
 }
 
 } // namespace
 
-const ImageCodec codec = {"GIF", recognisesGIF, openGIF};
+const ImageCodec codec = {"GIF", recognises, open};
 
 } // namespace kestrine::gif

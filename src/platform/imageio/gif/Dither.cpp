@@ -6,14 +6,13 @@ namespace kestrine::gif {
 
 namespace {
 
-/// Where the palette has nothing like the picture's colour, errors would pile up and spoil what lies beside.
-constexpr int largestError = 32;
+/// Limits the error that is passed on. Otherwise errors would add up where the palette has no similar colour,
+/// and spoil the pixels next to it.
+constexpr int maxError = 32;
 
 constexpr int levelsOf(int sixteenths) { return (sixteenths + 8) >> 4; }
 
-constexpr int carriedLevels(int sixteenths) {
-    return std::clamp(levelsOf(sixteenths), -largestError, largestError);
-}
+constexpr int carriedLevels(int sixteenths) { return std::clamp(levelsOf(sixteenths), -maxError, maxError); }
 
 constexpr std::uint8_t clampedLevel(int level) {
     return static_cast<std::uint8_t>(std::clamp(level, 0, 255));
@@ -36,7 +35,7 @@ void TransparencyDither::decide(std::span<const std::uint8_t> alpha, Pixel* row)
 ColorDither::ColorDither(const Palette& palette, std::uint32_t width)
     : palette_(palette), nearest_(palette.colors, palette.transparent), diffusion_(width) {}
 
-/// A hole passes on what it received, so that dithered areas with holes keep their colour, too.
+/// A hole passes on the error that it received, so that areas with holes keep their colour.
 void ColorDither::place(const Pixel* row, std::span<std::uint8_t> indices) {
     const Color* const colors = palette_.colors.data();
     diffusion_.visitRow([&](std::size_t x, const Error& received) -> Error {
@@ -48,8 +47,8 @@ void ColorDither::place(const Pixel* row, std::span<std::uint8_t> indices) {
             return pixel.cover == Cover::hole ? carried : Error{};
         }
         const Color wanted{clampedLevel(pixel.color.red + carried.red),
-                              clampedLevel(pixel.color.green + carried.green),
-                              clampedLevel(pixel.color.blue + carried.blue)};
+                           clampedLevel(pixel.color.green + carried.green),
+                           clampedLevel(pixel.color.blue + carried.blue)};
         const std::uint8_t index = nearest_.indexOf(wanted);
         indices[x] = index;
         const Color given = colors[index];

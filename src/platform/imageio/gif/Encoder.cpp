@@ -1,5 +1,5 @@
-// Writes GIF files: one picture, one colour map, at most one transparent entry. No library is needed for it:
-// the container is a few dozen bytes, and our own compression is faster.
+// Writes GIF files with one picture, one colour table and at most one transparent entry. It uses no library:
+// the container has a few dozen bytes, and our own compression is faster.
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/gif/Compression.h"
@@ -20,7 +20,7 @@ struct LoadedPicture {
     bool hasTransparency = false;
 };
 
-/// Copies colours and alpha out of a row of `channels` 8-bit samples a pixel; grey becomes a colour, too.
+/// Copies colours and alpha from a row with `channels` 8-bit samples per pixel. Grey becomes RGB.
 void unpackRow(ByteView samples, std::size_t channels, Pixel* row, std::span<std::uint8_t> alpha) {
     const std::uint8_t* sample = samples.data();
     const bool isGray = channels < 3, hasAlpha = channels % 2 == 0;
@@ -69,7 +69,7 @@ Palette paletteFor(const LoadedPicture& loaded, ByteView table) {
                                : paletteOfPicture(loaded.shownColors, loaded.hasTransparency);
 }
 
-/// The bits that every index of a palette fits into: 1 to 8.
+/// The number of bits of an index of the palette: 1 to 8.
 unsigned indexBitsOf(const Palette& palette) {
     return std::max(1u, static_cast<unsigned>(std::bit_width(palette.colors.size() - 1)));
 }
@@ -81,7 +81,7 @@ void append(Bytes& file, std::initializer_list<unsigned> bytes) {
 
 void appendScreen(Bytes& file, const CoveredPicture& picture, const Palette& palette) {
     const unsigned bits = indexBitsOf(palette);
-    // A global map of 2^bits colours, 8 bits a channel; background 0; the pixels' proportions are not told.
+    // A global table of 2^bits colours with 8 bits per channel; background 0; no pixel aspect ratio.
     append(file, {'G', 'I', 'F', '8', '9', 'a', picture.width & 255, picture.width >> 8, picture.height & 255,
                   picture.height >> 8, 0x80 | 7 << 4 | (bits - 1), 0, 0});
     for (const Color& color : palette.colors)
@@ -89,10 +89,10 @@ void appendScreen(Bytes& file, const CoveredPicture& picture, const Palette& pal
     file.resize(file.size() + 3 * ((std::size_t{1} << bits) - palette.colors.size()));
 }
 
-/// A graphic control extension: no animation, and one index that shows nothing.
+/// A graphic control extension: no animation, one transparent index.
 void appendTransparency(Bytes& file, std::uint8_t index) { append(file, {0x21, 0xF9, 4, 1, 0, 0, index, 0}); }
 
-/// The image descriptor: the whole screen, no map of its own, not interlaced.
+/// The image descriptor: the whole screen, no local colour table, not interlaced.
 void appendDescriptor(Bytes& file, const CoveredPicture& picture) {
     append(file, {0x2C, 0, 0, 0, 0, picture.width & 255, picture.width >> 8, picture.height & 255,
                   picture.height >> 8, 0});
@@ -127,9 +127,9 @@ void appendPixels(Bytes& file, const LoadedPicture& loaded, const Palette& palet
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     const RowFormat& format = rows.format();
     if (format.width > maximumSide || format.height > maximumSide)
-        return Failure{Reason::tooLarge, "a GIF has at most 65535 pixels a side"};
+        return Failure{Reason::tooLarge, "a GIF has at most 65535 pixels per side"};
     if (format.depth != SampleDepth::bits8)
-        return Failure{Reason::unsupported, "a GIF takes 8-bit samples"};
+        return Failure{Reason::unsupported, "a GIF cannot hold 16-bit samples"};
     LoadedPicture loaded = TRY(load(rows, options.ditherTransparency));
 
     const Palette palette = paletteFor(loaded, options.colorTable);

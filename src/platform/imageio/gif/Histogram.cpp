@@ -6,11 +6,11 @@ namespace kestrine::gif {
 
 namespace {
 
-/// More cells would cost time without making a better choice of 256 colours.
+/// More cells take time and do not improve the choice of 256 colours.
 constexpr std::size_t maximumCells = 4096;
 /// Twice as many slots as cells keep the searches short.
 constexpr unsigned colorSlotBits = 14;
-/// Above every cell's number.
+/// Larger than the number of every cell.
 constexpr std::uint32_t noCell = 0xFFFF'FFFF;
 
 std::uint8_t roundedMean(std::uint64_t sum, std::uint32_t pixels) {
@@ -38,16 +38,16 @@ std::size_t Histogram::indexOf(Color color) {
     return slots_[slot];
 }
 
-/// The slot that holds `cell`, or the free one where it belongs.
+/// The slot that holds `cell`, or the free slot for it.
 std::size_t Histogram::slotOf(std::uint32_t cell) const {
-    // The multiplier is 2^32 divided by the golden ratio: it spreads neighbouring cells over the table.
+    // The multiplier, 2^32 divided by the golden ratio, spreads neighbouring cells over the table.
     std::size_t slot = cell * 0x9E37'79B1u >> (32 - colorSlotBits);
     while (slots_[slot] != 0 && entries_[slots_[slot]].cell != cell)
         slot = (slot + 1) % slots_.size();
     return slot;
 }
 
-/// Doubles the width of the cells, which joins each with its neighbours.
+/// Doubles the width of the cells and joins those that become equal.
 void Histogram::coarsen() {
     ++shift_;
     latest_ = 0;

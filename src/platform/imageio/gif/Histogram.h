@@ -1,5 +1,5 @@
-// Histogram: which colours a picture has, and how often. It begins with exact colours and halves its
-// resolution whenever they become too many, so that it is exact for drawings and small for photographs.
+// Histogram: counts the colours of a picture. It starts with exact colours and halves its resolution whenever
+// there are too many, so that it is exact for drawings and small for photographs.
 #pragma once
 
 #include "platform/imageio/gif/CoveredPicture.h"
@@ -12,7 +12,7 @@ namespace kestrine::gif {
 
 class Histogram {
 public:
-    /// The pixels of one cell of the colour cube. A cell of an exact histogram is a single colour.
+    /// The pixels in one cell of the colour cube. In an exact histogram a cell is a single colour.
     struct Entry {
         std::uint32_t cell;
         std::uint32_t pixels;
@@ -33,13 +33,13 @@ public:
         entry.sums[2] += color.blue;
     }
 
-    /// In the order of their first appearance.
+    /// In the order of first appearance.
     std::span<const Entry> entries() const { return std::span(entries_).subspan(1); }
 
-    /// Where in entries() a colour went that was added.
+    /// The index in entries() of a colour that was added.
     std::size_t positionOf(Color color) const { return slots_[slotOf(cellOf(color))] - std::size_t{1}; }
 
-    /// Whether every entry stands for one colour.
+    /// Whether every entry has a single colour.
     bool isExact() const { return shift_ == 0; }
 
 private:
@@ -52,7 +52,7 @@ private:
     void coarsen();
     void join(const Entry& entry);
 
-    std::vector<Entry> entries_;       ///< the first one is no cell's
+    std::vector<Entry> entries_;       ///< the first one belongs to no cell
     std::vector<std::uint16_t> slots_; ///< a hash table of indices into entries_; 0 is a free slot
     std::size_t latest_ = 0;           ///< the entry that the last pixel went to
     unsigned shift_ = 0;               ///< a cell is 2^shift_ levels wide

@@ -7,7 +7,8 @@ namespace kestrine::gif {
 
 namespace {
 
-/// Twice the middle of the cells along one axis that hold `level`; a whole number.
+/// Twice the middle, along one axis, of the cells of `width` that contain `level`; twice because that is a
+/// whole number.
 int twiceMiddle(int level, int width) { return 2 * (level - level % width) + width - 1; }
 
 } // namespace
@@ -59,8 +60,9 @@ NearestColor::List NearestColor::listFor(Color color, unsigned level) {
     return list;
 }
 
-/// The colours of `from` that can be nearest in the cell of `color`. How much farther one is than the nearest
-/// to the middle of the cell is a linear function of the place, so it is least in a corner.
+/// The colours of `from` that can be nearest to some point of the cell of `color`. Compared with the colour
+/// nearest to the middle of the cell, the difference of the distances is a linear function of the point, so a
+/// corner has its minimum.
 NearestColor::List NearestColor::narrowed(List from, Color color, unsigned level) {
     const int width = 1 << (8 - level);
     const int red = twiceMiddle(color.red, width), green = twiceMiddle(color.green, width),

@@ -1,6 +1,6 @@
-// NearestColor: finds the colour of a palette that looks most like a given one, fast: each cell of the
-// colour cube remembers the four colours nearest to its middle, and only these are compared. Where more crowd
-// into a cell, the answer may be one that is hardly farther.
+// NearestColor: finds the colour of a palette that is most similar to a given one. To be fast, each cell of
+// the colour cube stores the four colours nearest to its middle, and only these are compared. If more than
+// four are close, the result may be slightly farther than the nearest colour.
 #pragma once
 
 #include "platform/imageio/gif/CoveredPicture.h"
@@ -13,15 +13,16 @@
 
 namespace kestrine::gif {
 
-/// How much a squared difference in red, green and blue counts.
+/// Weights of the squared differences in red, green and blue.
 inline constexpr std::array<int, 3> colorWeights = {3, 4, 2};
 
 class NearestColor {
 public:
-    /// At most 256 colours, and at least one besides the one at index `skipped`, which is never an answer.
+    /// Takes at most 256 colours, and at least one besides the one at index `skipped`, which is never a
+    /// result.
     explicit NearestColor(std::span<const Color> colors, std::optional<std::uint8_t> skipped = {});
 
-    /// The index of the nearest colour; of equally near ones the first.
+    /// The index of the nearest colour; the first one of several equally near colours.
     std::uint8_t indexOf(Color color) {
         Four& four = fours_[cellOf(color, finestLevel)];
         if (four == unknown)
@@ -38,17 +39,18 @@ private:
     /// A cell of level n is 2^(8-n) wide along every axis.
     static constexpr unsigned coarsestLevel = 3, listedLevels = 2, finestLevel = coarsestLevel + listedLevels;
 
-    /// The distance of a colour from another is, but for a term that depends on the other alone, a linear
-    /// function: `constant` less the scalar product of `slope` and the other. Both are multiplied by 256 to
-    /// make room for the index, so that the least such number tells the nearest colour.
+    /// Without a term that depends on `other` alone, the distance of this colour to `other` is a linear
+    /// function: `constant` minus the scalar product of `slope` and `other`. Both are multiplied by 256, and
+    /// `constant` has the index of the colour in its low byte, so the minimum also gives the index of the
+    /// nearest colour.
     struct Choice {
         int constant;
         std::array<int, 3> slope;
     };
-    using Four = std::array<std::uint8_t, 4>; ///< indices into choices_; fewer are filled up with 0
+    using Four = std::array<std::uint8_t, 4>; ///< indices into choices_; filled up with 0
     static constexpr Four unknown = {255, 255, 255, 255};
     struct List {
-        std::uint32_t begin = 0, count = 0; ///< in listed_; empty while unknown
+        std::uint32_t begin = 0, count = 0; ///< a range of listed_; empty while unknown
     };
 
     static std::size_t cellOf(Color color, unsigned level) {
@@ -66,7 +68,7 @@ private:
 
     std::vector<Choice> choices_;
     std::vector<Four> fours_;
-    std::vector<std::uint8_t> listed_; ///< indices into choices_: all of them, then the lists that were made
+    std::vector<std::uint8_t> listed_; ///< indices into choices_: first all of them, then the lists of cells
     List all_;
     std::array<std::vector<List>, listedLevels> lists_;
 };

@@ -13,11 +13,10 @@ constexpr std::size_t maximumColors = 256;
 
 int distance(Color a, Color b) {
     const int red = a.red - b.red, green = a.green - b.green, blue = a.blue - b.blue;
-    return colorWeights[0] * red * red + colorWeights[1] * green * green
-           + colorWeights[2] * blue * blue;
+    return colorWeights[0] * red * red + colorWeights[1] * green * green + colorWeights[2] * blue * blue;
 }
 
-/// The last of the entries that are nearest to the fewest pixels.
+/// The entry that is nearest to the fewest pixels; the last one of several.
 std::uint8_t leastUsed(const std::vector<Color>& colors, const Histogram& histogram) {
     std::vector<std::uint64_t> uses(colors.size());
     for (const Histogram::Entry& entry : histogram.entries()) {

@@ -1,4 +1,4 @@
-// Palette: the at most 256 colours of a GIF, chosen from the picture or taken from a given table.
+// Palette: up to 256 colours of a GIF, chosen from the picture or taken from a given table.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -10,22 +10,22 @@
 namespace kestrine::gif {
 
 struct Palette {
-    std::vector<Color> colors;            ///< 1 to 256, the transparent entry included
-    std::optional<std::uint8_t> transparent; ///< the index that shows nothing
+    std::vector<Color> colors;               ///< 1 to 256, including the transparent entry
+    std::optional<std::uint8_t> transparent; ///< the index of transparent pixels
 };
 
-/// The picture's own colours when they fit, else those that represent it best.
+/// The colours of the picture if they fit, otherwise colours that represent them.
 Palette paletteOfPicture(const Histogram& histogram, bool needsTransparency);
 
-/// Exactly the colours of `table` (red, green, blue a colour). Where transparency is needed, an entry is
-/// added or, when there are 256 already, takes the place of the one that the picture needs least.
+/// Exactly the colours of `table` (red, green, blue per colour). If transparency is needed, it gets an
+/// additional entry or, if there are 256 already, replaces the entry that is used least.
 Palette paletteOfTable(ByteView table, const Histogram& histogram, bool needsTransparency);
 
-/// For each of the histogram's entries, in their order, the index of its colour; empty when the picture has a
-/// colour that the palette has not.
+/// For each entry of the histogram, in order, the index of its colour in the palette; empty if the palette
+/// lacks a colour.
 std::vector<std::uint8_t> exactIndices(const Palette& palette, const Histogram& histogram);
 
-/// Whether `table` is one: 1 to 256 whole colours.
+/// Whether `table` is a valid colour table: 1 to 256 complete colours.
 bool isColorTable(ByteView table);
 
 } // namespace kestrine::gif

@@ -1,4 +1,4 @@
-#include "platform/imageio/jpeg/LibraryOnlyScope.h"
+#include "platform/imageio/jpeg/Decoder.h"
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/FallbackRows.h"
@@ -16,29 +16,28 @@ namespace kestrine::jpeg {
 
 namespace {
 
-thread_local int libraryOnlyScopes = 0;
-
-/// A progressive picture's coefficients are all held in memory at once.
+/// libjpeg-turbo holds all coefficients of a progressive picture in memory.
 constexpr std::uint64_t maximumCoefficientBytes = std::uint64_t{2} << 30;
-/// Beyond this many they must also be plausible: Huffman coding spends at least a bit on a block's first
-/// scan, and a block has 128 bytes of coefficients.
-constexpr std::uint64_t freeCoefficientBytes = std::uint64_t{256} << 20;
-constexpr std::uint64_t coefficientBytesAByte = 128 * 8;
+/// Above this size the file must also be long enough: the first scan of a Huffman coded file has at least one
+/// bit per block, and a block has 128 bytes of coefficients.
+constexpr std::uint64_t uncheckedCoefficientBytes = std::uint64_t{256} << 20;
+constexpr std::uint64_t maxCoefficientBytesPerByte = 128 * 8;
 
 constexpr int exifSegment = 1;
 constexpr int profileSegment = 2;
 constexpr std::string_view exifSignature{"Exif\0\0", 6};
 
-bool isJPEG(ByteView head) {
+bool recognises(ByteView head) {
     return head.size() >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF;
 }
 
 class Decoder final : public ImageDecoder {
 public:
-    static Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    static Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader,
+                                                      DecoderChoice choice) {
         LibraryReader header(reader);
         TRY(header.readHeader({exifSegment, profileSegment}));
-        std::unique_ptr<Decoder> decoder(new Decoder(std::move(reader)));
+        std::unique_ptr<Decoder> decoder(new Decoder(std::move(reader), choice));
         TRY(decoder->describe(header));
         return std::unique_ptr<ImageDecoder>(std::move(decoder));
     }
@@ -51,7 +50,7 @@ public:
             return openLibraryRows(reader, format, eighths, damage);
         };
 #ifdef KESTRINE_OWN_JPEG_DECODER
-        if (triesOwnDecoder_)
+        if (choice_ == DecoderChoice::ownFirst)
             if (Result<RowSourcePointer> own = jpeg::openBaselineRows(reader_, eighths); own)
                 return rowsWithFallback(std::move(*own), openLibrary);
 #endif
@@ -61,13 +60,14 @@ public:
     Result<Bytes> exif() const override { return exif_; }
 
 private:
-    explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
+    Decoder(std::shared_ptr<const ByteReader> reader, DecoderChoice choice)
+        : reader_(std::move(reader)), choice_(choice) {}
 
     Result<void> describe(LibraryReader& header) {
         const jpeg_decompress_struct& info = header.info;
         if (info.num_components == 2 || info.num_components > 4)
-            return Failure{Reason::unsupported,
-                           "JPEG with " + std::to_string(info.num_components) + " components"};
+            return Failure{Reason::unsupported, "a JPEG with " + std::to_string(info.num_components)
+                                                    + " components is not supported"};
         FrameDescription frame;
         frame.format = {info.image_width, info.image_height,
                         info.num_components == 1 ? ColorModel::gray : ColorModel::rgb, false,
@@ -77,7 +77,8 @@ private:
         const std::uint64_t coefficientBytes =
             frame.format.pixels() * static_cast<unsigned>(info.num_components) * 2;
         if (jpeg_has_multiple_scans(&header.info) && !isPlausible(coefficientBytes, info.arith_code != 0))
-            return Failure{Reason::tooLarge, "the picture is too large for its way of storing (progressive)"};
+            return Failure{Reason::tooLarge,
+                           "the picture is too large for a progressive JPEG of this length"};
         isCMYK_ = info.num_components == 4;
         inksAreInverted_ = info.saw_Adobe_marker != 0;
         readExif(info);
@@ -90,9 +91,9 @@ private:
     }
 
     bool isPlausible(std::uint64_t coefficientBytes, bool isArithmetic) const {
-        return coefficientBytes <= freeCoefficientBytes
+        return coefficientBytes <= uncheckedCoefficientBytes
                || (coefficientBytes <= maximumCoefficientBytes
-                   && (isArithmetic || coefficientBytes <= coefficientBytesAByte * reader_->size()));
+                   && (isArithmetic || coefficientBytes <= maxCoefficientBytesPerByte * reader_->size()));
     }
 
     void readExif(const jpeg_decompress_struct& info) {
@@ -107,12 +108,12 @@ private:
     }
 
     static Resolution resolutionOf(const jpeg_decompress_struct& info, const ExifFacts& facts) {
-        constexpr double centimetresAnInch = 2.54;
+        constexpr double centimetresPerInch = 2.54;
         if (info.saw_JFIF_marker && info.density_unit == 1)
             return plausibleResolution(info.X_density, info.Y_density);
         if (info.saw_JFIF_marker && info.density_unit == 2)
-            return plausibleResolution(info.X_density * centimetresAnInch,
-                                       info.Y_density * centimetresAnInch);
+            return plausibleResolution(info.X_density * centimetresPerInch,
+                                       info.Y_density * centimetresPerInch);
         return facts.resolution.value_or(Resolution{});
     }
 
@@ -140,7 +141,7 @@ private:
     }
 
     const std::shared_ptr<const ByteReader> reader_;
-    [[maybe_unused]] const bool triesOwnDecoder_ = libraryOnlyScopes == 0;
+    [[maybe_unused]] const DecoderChoice choice_;
     Bytes exif_;
     Bytes inkProfile_;
     bool isCMYK_ = false;
@@ -149,10 +150,13 @@ private:
 
 } // namespace
 
-const ImageCodec codec = {"JPEG", isJPEG, Decoder::open};
+Result<std::unique_ptr<ImageDecoder>> openDecoder(std::shared_ptr<const ByteReader> reader,
+                                                  DecoderChoice choice) {
+    return Decoder::open(std::move(reader), choice);
+}
 
-LibraryOnlyScope::LibraryOnlyScope() { ++libraryOnlyScopes; }
-
-LibraryOnlyScope::~LibraryOnlyScope() { --libraryOnlyScopes; }
+const ImageCodec codec = {"JPEG", recognises, [](std::shared_ptr<const ByteReader> reader) {
+                              return openDecoder(std::move(reader), DecoderChoice::ownFirst);
+                          }};
 
 } // namespace kestrine::jpeg

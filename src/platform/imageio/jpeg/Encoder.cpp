@@ -1,4 +1,4 @@
-// Writes baseline JPEG through libjpeg, with EXIF right behind the JFIF segment and the profile behind that.
+// Writes baseline JPEG with libjpeg-turbo: the JFIF segment, then EXIF, then the profile, then the picture.
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/jpeg/Library.h"
@@ -12,14 +12,15 @@ namespace kestrine::jpeg {
 
 namespace {
 
-/// Colour is stored at half resolution below this quality, at full resolution from it on.
+/// In percent. Below this quality chroma is stored at half the resolution, otherwise at full resolution.
 constexpr int fullColorQuality = 90;
-/// Optimised Huffman tables need the whole picture's coefficients in memory; larger pictures take the
-/// standard tables.
-constexpr std::uint64_t optimisedTablesLimit = 8'000'000;
+/// In pixels. Optimised Huffman tables need all coefficients in memory; larger pictures get the standard
+/// tables.
+constexpr std::uint64_t maxOptimisedPixels = 8'000'000;
 
 struct Output {
-    jpeg_destination_mgr manager; ///< first, so that the library's pointer is one to this
+    /// The first member, so that the library's pointer to it is one to the Output.
+    jpeg_destination_mgr manager;
     Bytes* bytes;
     std::array<std::uint8_t, 64 * 1024> buffer;
 };
@@ -45,7 +46,7 @@ void flushRest(j_compress_ptr info) {
     output.bytes->insert(output.bytes->end(), output.buffer.data(), output.buffer.data() + used);
 }
 
-/// Whole percent from a factor of 0 to 1.
+/// `quality` (0 to 1) in whole percent; 0 for NaN.
 int percentOf(double quality) {
     if (std::isnan(quality))
         return 0;
@@ -105,7 +106,7 @@ private:
         jpeg_set_quality(&info_, percent, TRUE);
         if (percent >= fullColorQuality)
             info_.comp_info[0].h_samp_factor = info_.comp_info[0].v_samp_factor = 1;
-        info_.optimize_coding = format_.pixels() <= optimisedTablesLimit ? TRUE : FALSE;
+        info_.optimize_coding = format_.pixels() <= maxOptimisedPixels ? TRUE : FALSE;
         info_.density_unit = 1; // dots per inch
         const Resolution resolution =
             plausibleResolution(options_.resolution.horizontal, options_.resolution.vertical);
@@ -141,7 +142,7 @@ private:
 
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     if (rows.format().width > JPEG_MAX_DIMENSION || rows.format().height > JPEG_MAX_DIMENSION)
-        return Failure{Reason::tooLarge, "JPEG takes at most 65500 pixels a side"};
+        return Failure{Reason::tooLarge, "a JPEG has at most 65500 pixels per side"};
     Bytes bytes;
     Compressor compressor(rows.format(), options, bytes);
     TRY(compressor.begin());

@@ -12,9 +12,9 @@ namespace {
 
 void ignoreMessage(j_common_ptr) {}
 
-/// Whether pixels were made up: the scan's bits ran out, stand for nothing, or were out of step with the
+/// Whether the library made up pixels: the bits of the scan ended early, had no meaning, or did not fit the
 /// restart markers.
-bool tellsOfMadeUpPixels(const jpeg_error_mgr& warning) {
+bool reportsMadeUpPixels(const jpeg_error_mgr& warning) {
     switch (warning.msg_code) {
     case JWRN_HIT_MARKER:
     case JWRN_HUFF_BAD_CODE:
@@ -22,7 +22,7 @@ bool tellsOfMadeUpPixels(const jpeg_error_mgr& warning) {
     case JWRN_BOGUS_PROGRESSION:
     case JWRN_MUST_RESYNC:
         return true;
-    case JWRN_EXTRANEOUS_DATA: // its second number is the marker before which bits were left over
+    case JWRN_EXTRANEOUS_DATA: // the second number is the marker before which bits were left
         return warning.msg_parm.i[1] >= JPEG_RST0 && warning.msg_parm.i[1] < JPEG_RST0 + 8;
     default:
         return false;
@@ -31,7 +31,7 @@ bool tellsOfMadeUpPixels(const jpeg_error_mgr& warning) {
 
 void keepDamage(j_common_ptr info, int level) {
     auto* errors = reinterpret_cast<Errors*>(info->err);
-    if (level < 0 && errors->damage[0] == '\0' && tellsOfMadeUpPixels(errors->manager))
+    if (level < 0 && errors->damage[0] == '\0' && reportsMadeUpPixels(errors->manager))
         (*info->err->format_message)(info, errors->damage);
 }
 

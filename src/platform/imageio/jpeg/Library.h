@@ -1,6 +1,6 @@
-// What decoder and encoder share of the JPEG library: its headers in the order they need, and its errors.
-// The library reports errors by a long jump. Every function here that may be jumped out of is small and holds
-// only trivially destructible locals; what must be destroyed lives in the object that calls it.
+// Calls libjpeg-turbo so that its errors become results: nothing is printed and the process never ends.
+// Includes its headers in the required order. The library reports errors by a long jump. Functions that it
+// may jump out of must have only trivially destructible local variables; other objects belong to the caller.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -11,24 +11,24 @@
 #include <csetjmp>
 #include <jpeglib.h>
 
-#include <jerror.h> // some of its codes depend on what jpeglib.h says
+#include <jerror.h> // depends on macros of jpeglib.h
 
 namespace kestrine::jpeg {
 
-/// Collects the library's error instead of printing it and ending the process. Warnings end nothing: damaged
-/// pictures are decoded as far as they go.
+/// Stores the library's error. Warnings are not errors: damaged pictures are decoded as far as possible.
 struct Errors {
-    jpeg_error_mgr manager; ///< first, so that the library's pointer is one to this
+    /// The first member, so that the library's pointer to it is one to the Errors.
+    jpeg_error_mgr manager;
     std::jmp_buf onError;
     char text[JMSG_LENGTH_MAX];
-    char damage[JMSG_LENGTH_MAX]; ///< the first warning that tells of made-up pixels; empty without one
+    char damage[JMSG_LENGTH_MAX]; ///< the first warning that reports made-up pixels; empty if there is none
 
-    /// Makes `manager` ready and returns it for the library's `err` field.
+    /// Initialises `manager` and returns it for the library's `err` field.
     jpeg_error_mgr* prepare();
     Failure failure() const;
 };
 
-/// Runs `step` (a lambda that calls the library and owns nothing) and tells whether it ended without error.
+/// Runs `step` (a lambda that calls the library and owns nothing) and returns whether it ended without error.
 template <class Step>
 bool succeedsInLibrary(Errors& errors, const Step& step) {
     if (setjmp(errors.onError) != 0)

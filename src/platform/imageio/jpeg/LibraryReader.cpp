@@ -7,6 +7,9 @@ namespace kestrine::jpeg {
 
 namespace {
 
+/// Pictures can have many scans; a file with more than this only takes processor time.
+constexpr int maximumScans = 500;
+
 void limitScans(j_common_ptr info) {
     auto* decompress = reinterpret_cast<j_decompress_ptr>(info);
     if (decompress->input_scan_number > maximumScans)
@@ -30,8 +33,8 @@ LibraryReader::~LibraryReader() {
         jpeg_destroy_decompress(&info);
 }
 
-/// Whether a picture of several scans, all of which have been read, misses some: a component that no scan
-/// holds, or refinements, where the file ends without an end mark.
+/// Whether a picture with several scans, which have all been read, lacks a scan: a component has no scan, or
+/// the file ends without an EOI marker before all refinements.
 bool LibraryReader::lacksScans() {
     if (!jpeg_has_multiple_scans(&info))
         return false;

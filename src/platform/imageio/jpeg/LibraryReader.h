@@ -1,4 +1,4 @@
-// LibraryReader: one run of the general JPEG library over one input.
+// LibraryReader: reads a JPEG file once with libjpeg-turbo.
 #pragma once
 
 #include "platform/imageio/jpeg/Input.h"
@@ -8,9 +8,6 @@
 
 namespace kestrine::jpeg {
 
-/// A picture may be stored in many passes; more than this is an attempt to keep us busy.
-inline constexpr int maximumScans = 500;
-
 class LibraryReader {
 public:
     explicit LibraryReader(std::shared_ptr<const ByteReader> reader);
@@ -18,10 +15,10 @@ public:
     LibraryReader(const LibraryReader&) = delete;
     LibraryReader& operator=(const LibraryReader&) = delete;
 
-    /// Reads up to the first scan; `keptSegments` are the numbers of the APPn segments to keep.
+    /// Reads up to the first scan. `keptSegments` are the numbers n of the APPn segments to keep.
     Result<void> readHeader(std::initializer_list<int> keptSegments = {});
 
-    /// Why the pixels decoded so far had to be made up, if they had. To be asked once decompressing has
+    /// Why some of the pixels decoded so far had to be made up; nothing if none had. Decompression must have
     /// begun.
     std::optional<Failure> damage();
 

@@ -8,16 +8,16 @@ namespace {
 
 class LibraryRows final : public RowSource {
 public:
-    LibraryRows(std::unique_ptr<LibraryReader> decompressor, const RowFormat& format,
+    LibraryRows(std::unique_ptr<LibraryReader> reader, const RowFormat& format,
                 std::shared_ptr<DamageRecord> damage, std::unique_ptr<ForeignConverter> converter)
-        : RowSource(format), decompressor_(std::move(decompressor)), damage_(std::move(damage)),
+        : RowSource(format), reader_(std::move(reader)), damage_(std::move(damage)),
           converter_(std::move(converter)), inks_(converter_ == nullptr ? 0 : std::size_t{4} * format.width) {
         noteDamage();
     }
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         JSAMPROW target = converter_ == nullptr ? row.data() : inks_.data();
-        LibraryReader& d = *decompressor_;
+        LibraryReader& d = *reader_;
         if (!succeedsInLibrary(d.errors, [&d, &target] { jpeg_read_scanlines(&d.info, &target, 1); }))
             return d.errors.failure();
         if (d.errors.damage[0] != '\0')
@@ -29,11 +29,11 @@ public:
 
 private:
     void noteDamage() {
-        if (std::optional<Failure> damage = decompressor_->damage())
+        if (std::optional<Failure> damage = reader_->damage())
             damage_->note(std::move(*damage));
     }
 
-    const std::unique_ptr<LibraryReader> decompressor_;
+    const std::unique_ptr<LibraryReader> reader_;
     const std::shared_ptr<DamageRecord> damage_;
     const std::unique_ptr<ForeignConverter> converter_;
     Bytes inks_;
@@ -45,21 +45,21 @@ Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reade
                                          const RowFormat& fullFormat, int eighths,
                                          std::shared_ptr<DamageRecord> damage,
                                          std::unique_ptr<ForeignConverter> inks) {
-    auto decompressor = std::make_unique<LibraryReader>(std::move(reader));
-    TRY(decompressor->readHeader());
-    jpeg_decompress_struct& info = decompressor->info;
+    auto file = std::make_unique<LibraryReader>(std::move(reader));
+    TRY(file->readHeader());
+    jpeg_decompress_struct& info = file->info;
     info.scale_num = static_cast<unsigned>(eighths);
     info.scale_denom = 8;
     info.out_color_space = inks != nullptr                        ? JCS_CMYK
                            : fullFormat.model == ColorModel::gray ? JCS_GRAYSCALE
                                                                   : JCS_RGB;
-    if (!succeedsInLibrary(decompressor->errors, [&info] { jpeg_start_decompress(&info); }))
-        return decompressor->errors.failure();
+    if (!succeedsInLibrary(file->errors, [&info] { jpeg_start_decompress(&info); }))
+        return file->errors.failure();
     RowFormat format = fullFormat;
     format.width = info.output_width;
     format.height = info.output_height;
     return RowSourcePointer(
-        std::make_unique<LibraryRows>(std::move(decompressor), format, std::move(damage), std::move(inks)));
+        std::make_unique<LibraryRows>(std::move(file), format, std::move(damage), std::move(inks)));
 }
 
 } // namespace kestrine::jpeg

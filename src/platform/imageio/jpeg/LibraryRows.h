@@ -1,5 +1,5 @@
-// Rows from the general JPEG library, which reads whatever there is: any way of storing, damaged files as far
-// as they go.
+// LibraryRows: the rows of any JPEG file, decoded by libjpeg-turbo. Damaged files are decoded as far as
+// possible.
 #pragma once
 
 #include "platform/coregraphics/ColorConversion.h"
@@ -9,9 +9,9 @@
 
 namespace kestrine::jpeg {
 
-/// Starts decoding to `eighths` (8, 4, 2 or 1). `fullFormat` is that of the whole picture. `damage` learns
-/// when pixels are made up. A picture of four inks needs `inks`, which turns them into RGB; for all others it
-/// is null.
+/// Starts decoding at `eighths` (8, 4, 2 or 1) of the full size. `fullFormat` is the format at full size.
+/// Made-up pixels are noted in `damage`. `inks` converts the four channels of CMYK pictures to RGB, and is
+/// null for all others.
 Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
                                          const RowFormat& fullFormat, int eighths,
                                          std::shared_ptr<DamageRecord> damage,

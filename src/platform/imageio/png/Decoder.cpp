@@ -1,4 +1,5 @@
-// PNG: every colour type and depth, what the file says of its pixels, and which way they are read.
+// Reads PNG files of every colour type and depth, and their metadata; chooses between the fast decoder
+// (fast/) and libpng.
 #include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/exif/ExifBlock.h"
@@ -20,8 +21,9 @@ constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', '\r', '\
 constexpr std::uint64_t maximumDeflateRatio = 1032;
 constexpr std::uint64_t maximumExifBytes = 1 << 20;
 
-/// The eXIf chunk, which may stand before or after the pixels; empty when there is none.
-Bytes exifChunk(const ByteReader& reader, bool behindPixelsToo) {
+/// The content of the eXIf chunk; empty when there is none. Searches only the chunks before the pixels, or
+/// also those after them if `afterPixelsToo`.
+Bytes exifChunk(const ByteReader& reader, bool afterPixelsToo) {
     constexpr int maximumChunks = 1 << 20;
     std::uint64_t position = signature.size();
     std::array<std::uint8_t, 8> head;
@@ -32,14 +34,14 @@ Bytes exifChunk(const ByteReader& reader, bool behindPixelsToo) {
             Bytes block(length);
             return reader.readAt(position + 8, block) == length ? block : Bytes{};
         }
-        if (name == "IEND" || (name == "IDAT" && !behindPixelsToo))
+        if (name == "IEND" || (name == "IDAT" && !afterPixelsToo))
             break;
         position += 12 + length;
     }
     return {};
 }
 
-/// A whole number of pixels a metre is a rounded value: 2835 means 72 an inch, not 72.009.
+/// Pixels per metre are stored as a rounded whole number: 2835 stands for 72 pixels per inch, not for 72.009.
 double perInch(std::uint32_t perMeter) {
     constexpr double metersPerInch = 0.0254;
     const double exact = perMeter * metersPerInch;
@@ -65,7 +67,7 @@ std::optional<ColorProfile> embeddedProfile(const LibraryReader& file, ColorMode
     return ColorProfile::fromICC(ByteView(icc, length), model);
 }
 
-/// The primaries in cHRM, or sRGB's where there are none or they say (within rounding) the same.
+/// The primaries in cHRM, or those of sRGB if there is no cHRM or it equals them within rounding.
 Chromaticities storedPrimaries(const LibraryReader& file) {
     png_fixed_point v[8];
     if (!png_get_cHRM_fixed(file.png(), file.info(), &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7]))
@@ -85,8 +87,8 @@ Chromaticities storedPrimaries(const LibraryReader& file) {
                : stored;
 }
 
-/// The profile that gAMA and cHRM stand for; none when they describe sRGB. Primaries without a gamma leave
-/// the tone curve open and say nothing; for grey only the gamma counts.
+/// The profile that gAMA and cHRM describe; none when they describe sRGB. Primaries without a gamma are
+/// ignored because the tone curve is unknown; for grey pictures only the gamma counts.
 std::optional<ColorProfile> calibratedProfile(const LibraryReader& file, ColorModel model) {
     constexpr double standardGamma = 0.45455, tolerance = 0.01;
     png_fixed_point fixed = 0;

@@ -1,6 +1,7 @@
-// PNG: 8 or 16 bits, grey or RGB, with or without alpha, never interlaced. libpng writes all that stands
-// before the pixels; these are filtered and compressed by our own stages (png/RowFilter.h,
-// png/ImageDataWriter.h).
+// Writes PNG: 8 or 16 bits, grey or RGB, with or without alpha, never interlaced. libpng writes everything
+// before the pixels; our own code filters and compresses the pixels (fast/RowFilter.h,
+// fast/ImageDataWriter.h).
+
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/png/Library.h"
@@ -15,7 +16,7 @@ namespace kestrine::png {
 
 namespace {
 
-/// The finished bytes. libpng is C and must see no exception, so a lack of memory is kept for later.
+/// The finished bytes. No exception may pass through libpng, so a lack of memory is remembered instead.
 struct Output {
     Bytes bytes;
     bool outOfMemory = false;
@@ -40,8 +41,8 @@ int colorType(const RowFormat& format) {
            | (format.hasAlpha ? PNG_COLOR_MASK_ALPHA : 0);
 }
 
-/// The profile as libpng takes it: one of version 4 must have a length that is a multiple of four, in its
-/// header too.
+/// The profile, padded to a multiple of four bytes; the length in its header is updated. libpng requires this
+/// of profiles of version 4.
 Bytes paddedProfile(const ColorProfile* profile) {
     if (profile == nullptr)
         return {};
@@ -54,24 +55,24 @@ Bytes paddedProfile(const ColorProfile* profile) {
     return icc;
 }
 
-/// What stands before the pixels.
-class PNGHeader {
+/// Makes the chunks before the pixels.
+class Header {
 public:
-    PNGHeader(const RowFormat& format, const EncodingOptions& options)
+    Header(const RowFormat& format, const EncodingOptions& options)
         : format_(format), profile_(paddedProfile(options.profile)),
           resolution_(plausibleResolution(options.resolution.horizontal, options.resolution.vertical)) {
-        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, keepWarning);
+        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, keepWarning);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
     }
-    ~PNGHeader() { png_destroy_write_struct(&png_, &info_); }
-    PNGHeader(const PNGHeader&) = delete;
-    PNGHeader& operator=(const PNGHeader&) = delete;
+    ~Header() { png_destroy_write_struct(&png_, &info_); }
+    Header(const Header&) = delete;
+    Header& operator=(const Header&) = delete;
 
     Result<Bytes> make() {
         if (!info_)
-            return Failure{Reason::unsupported, "the PNG library cannot be used"};
-        png_set_benign_errors(png_, 1); // a profile that libpng does not like costs the profile only
-        const bool isMade = succeedsInPNGLibrary(png_, [this] {
+            return Failure{Reason::unsupported, "libpng cannot be used"};
+        png_set_benign_errors(png_, 1); // a profile that libpng rejects is left out
+        const bool isMade = succeedsInLibrary(png_, [this] {
             png_set_write_fn(png_, &output_, writeOutput, nullptr);
             setInformation();
             png_write_info(png_, info_);
@@ -116,8 +117,7 @@ Result<void> writePixels(RowSource& rows, Bytes& file) {
     RowFilter filter(rows.format());
     Bytes row(rows.format().bytesPerRow());
     for (std::uint32_t y = 0; y < rows.format().height; ++y) {
-        if (Result<void> read = rows.readRow(row); !read)
-            return read;
+        TRY(rows.readRow(row));
         filter.filter(row, writer.extend(filter.filteredBytes()));
     }
     writer.finish();
@@ -130,7 +130,7 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     if (!rows.format().isWithinLimits())
         return Failure{rows.format().pixels() == 0 ? Reason::empty : Reason::tooLarge,
                        "a picture of this size cannot become a PNG"};
-    Bytes file = TRY(PNGHeader(rows.format(), options).make());
+    Bytes file = TRY(Header(rows.format(), options).make());
     TRY(writePixels(rows, file));
     appendChunk("IEND", {}, file);
     return file;

@@ -5,7 +5,7 @@
 
 namespace kestrine::png {
 
-void jumpOnPNGError(png_structp png, png_const_charp text) {
+void jumpOnError(png_structp png, png_const_charp text) {
     auto& message = *static_cast<Message*>(png_get_error_ptr(png));
     std::strncpy(message.text, text, sizeof message.text - 1);
     png_longjmp(png, 1);

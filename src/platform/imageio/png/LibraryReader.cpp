@@ -9,19 +9,19 @@ namespace {
 
 constexpr png_alloc_size_t maximumChunkBytes = 16 << 20;
 constexpr png_uint_32 maximumKeptChunks = 1000;
-constexpr std::uint64_t chunkHeadBytes =
-    8; // length and type, which libpng has read when it says that pixels follow
+/// Length and type of the first IDAT chunk, which png_read_info() has already read.
+constexpr std::uint64_t chunkHeadBytes = 8;
 
 void readInput(png_structp png, png_bytep into, std::size_t count) {
     if (static_cast<ForwardReader*>(png_get_io_ptr(png))->read({into, count}) < count)
-        png_error(png, "it ends too early");
+        png_error(png, "the file ends too early");
 }
 
 } // namespace
 
 LibraryReader::LibraryReader(std::shared_ptr<const ByteReader> reader)
-    : input_(std::move(reader), 0, pngBufferBytes) {
-    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnPNGError, keepWarning);
+    : input_(std::move(reader), 0, bufferBytes) {
+    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, keepWarning);
     info_ = png_ ? png_create_info_struct(png_) : nullptr;
 }
 
@@ -29,7 +29,7 @@ LibraryReader::~LibraryReader() { png_destroy_read_struct(&png_, &info_, nullptr
 
 Result<void> LibraryReader::readHeader() {
     if (!info_)
-        return Failure{Reason::unsupported, "the PNG library cannot be used"};
+        return Failure{Reason::unsupported, "libpng cannot be used"};
     return run([this] {
         png_set_read_fn(png_, &input_, readInput);
         png_set_user_limits(png_, maximumSide, maximumSide);
@@ -86,7 +86,7 @@ Result<void> LibraryReader::finish() {
 
 template <class Step>
 Result<void> LibraryReader::run(const Step& step) {
-    if (succeedsInPNGLibrary(png_, step))
+    if (succeedsInLibrary(png_, step))
         return {};
     return Failure{input_.endedEarly() ? Reason::truncated : Reason::malformed,
                    std::string("the PNG picture cannot be read: ") + message_.text};

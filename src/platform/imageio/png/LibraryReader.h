@@ -1,4 +1,4 @@
-// LibraryReader: one pass of libpng over a file, first the header, then the rows as they are delivered.
+// LibraryReader: reads a PNG file once with libpng: first the header, then the rows.
 #pragma once
 
 #include "platform/coregraphics/RowFormat.h"
@@ -16,45 +16,45 @@ public:
     LibraryReader(const LibraryReader&) = delete;
     LibraryReader& operator=(const LibraryReader&) = delete;
 
-    /// Reads up to the pixels and chooses how they are delivered: indices as colours, transparent colours as
-    /// alpha, grey below 8 bits as 8 bits, 16 bits in the machine's order.
+    /// Reads up to the pixels. They will be delivered with indices as colours, a transparent colour as alpha,
+    /// grey below 8 bits as 8 bits, and 16-bit samples in the machine's byte order.
     Result<void> readHeader();
 
-    // All of these are valid once the header has been read.
+    // The following functions need the header to be read.
 
-    /// As delivered.
+    /// The format of the delivered rows.
     RowFormat format() const;
     /// Whether the stored colours are indices into a table.
     bool isIndexed() const { return storedColorType_ == PNG_COLOR_TYPE_PALETTE; }
-    /// Whether the rows come in seven passes, each over all of them.
+    /// Whether the rows come in seven passes, each over the whole picture.
     bool isInterlaced() const;
     /// Uncompressed size of the stored rows, each with its filter byte.
     std::uint64_t storedBytes() const;
-    /// How the pixels are filtered: bytes a pixel as it is stored, at least 1.
+    /// Bytes per stored pixel, at least 1, as the row filters count them.
     std::size_t storedBytesPerPixel() const { return (storedBitsPerPixel_ + 7) / 8; }
-    /// Whether the pixels are delivered as they are stored, but for the byte order of 16-bit samples.
+    /// Whether pixels are delivered as they are stored, except for the byte order of 16-bit samples.
     bool deliversAsStored() const;
-    /// Whether they are whole bytes that are indices.
+    /// Whether each stored pixel is an index of 8 bits.
     bool isIndexedByBytes() const { return isIndexed() && storedBitsPerPixel_ == 8; }
-    /// How opaque the colour of each index is.
+    /// The alpha of each index, 255 by default.
     const std::array<std::uint8_t, 256>& alphaOfIndices() const { return alphaOfIndices_; }
-    /// Whether the file says in a damaged chunk, which was skipped, what is transparent.
+    /// Whether a damaged chunk was skipped that defines transparency.
     bool lacksTransparency() const { return message_.lacksTransparency; }
-    /// Where in the file the first chunk of pixels begins.
+    /// Offset of the first IDAT chunk in the file.
     std::uint64_t offsetOfPixels() const { return offsetOfPixels_; }
-    /// For libpng's questions about chunks. Owned by the reader.
+    /// For libpng's functions that read chunks. Owned by this reader.
     png_structp png() const { return png_; }
     png_infop info() const { return info_; }
 
-    /// The next row. In a later pass, `row` must hold what the earlier ones have left there.
+    /// Reads the next row. If the picture is interlaced, `row` must hold the result of the earlier passes.
     Result<void> readRow(std::span<std::uint8_t> row);
-    /// Reads all that follows the last row, so that damage up to the end shows.
+    /// Reads everything after the last row, in order to find damage.
     Result<void> finish();
 
 private:
     template <class Step>
     Result<void> run(const Step& step);
-    /// To be called before libpng turns indices into colours.
+    /// Must be called before libpng is set to turn indices into colours.
     void readAlphaOfIndices();
 
     Message message_;

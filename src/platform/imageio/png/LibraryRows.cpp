@@ -14,15 +14,13 @@ Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reade
 }
 
 Result<void> LibraryRows::readRow(std::span<std::uint8_t> row) {
-    if (Result<void> read = reader_->isInterlaced() ? readInterlacedRow(row) : reader_->readRow(row); !read)
-        return read;
+    TRY(reader_->isInterlaced() ? readInterlacedRow(row) : reader_->readRow(row));
     return --left_ == 0 ? reader_->finish() : Result<void>{};
 }
 
 Result<void> LibraryRows::readInterlacedRow(std::span<std::uint8_t> row) {
     if (left_ == format().height) {
-        if (Result<void> read = readPasses(); !read)
-            return read;
+        TRY(readPasses());
     }
     const auto from = whole_.row(format().height - left_);
     std::copy(from.begin(), from.end(), row.begin());
@@ -33,8 +31,7 @@ Result<void> LibraryRows::readPasses() {
     whole_ = PixelBuffer(format());
     for (int pass = 0; pass < PNG_INTERLACE_ADAM7_PASSES; ++pass)
         for (std::uint32_t y = 0; y < format().height; ++y)
-            if (Result<void> read = reader_->readRow(whole_.row(y)); !read)
-                return read;
+            TRY(reader_->readRow(whole_.row(y)));
     return {};
 }
 

@@ -1,5 +1,5 @@
-// LibraryRows: the pixels of any PNG file through libpng. Rows stream; only an interlaced picture is held
-// whole. A picture that turns out damaged or cut short anywhere up to its last chunk is a failure.
+// LibraryRows: the rows of any PNG file, decoded by libpng. Only interlaced pictures are held in memory.
+// Damage or missing data anywhere up to the last chunk is a failure.
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
@@ -9,7 +9,7 @@ namespace kestrine::png {
 
 class LibraryRows final : public RowSource {
 public:
-    /// Of a reader whose header has been read.
+    /// The header of `reader` must have been read.
     explicit LibraryRows(std::unique_ptr<LibraryReader> reader);
 
     Result<void> readRow(std::span<std::uint8_t> row) override;
@@ -19,11 +19,11 @@ private:
     Result<void> readPasses();
 
     const std::unique_ptr<LibraryReader> reader_;
-    std::uint32_t left_;
-    PixelBuffer whole_; ///< of an interlaced picture
+    std::uint32_t left_; ///< rows
+    PixelBuffer whole_;  ///< only for interlaced pictures
 };
 
-/// Reads the header of a PNG file, then its rows.
+/// Reads the header of a PNG file and starts decoding.
 Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader);
 
 } // namespace kestrine::png

@@ -1,5 +1,5 @@
-// Reads the portable bitmaps, greymaps, pixmaps and arbitrary maps row by row, scaled to the full range of
-// their depth.
+// Reads portable bitmaps, greymaps, pixmaps and arbitrary maps row by row. Samples are scaled to the full
+// range of 8 or 16 bits.
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/pnm/Header.h"
@@ -13,7 +13,7 @@ namespace {
 
 Failure endedInSamples() { return {Reason::truncated, "the portable map ends before its last sample"}; }
 
-/// What every sample of 0 to the largest becomes: 0 to 255 or to 65535, rounded.
+/// The scaled value of every sample from 0 to the largest one: 0 to 255 or to 65535, rounded.
 std::vector<std::uint16_t> scaledSamples(const Header& header) {
     const std::uint64_t full = header.format.depth == SampleDepth::bits16 ? 65535 : 255;
     std::vector<std::uint16_t> scaled(header.largest + 1);
@@ -59,17 +59,16 @@ private:
             if (digit < 0)
                 return endedInSamples();
             if (digit != '0' && digit != '1')
-                return Failure{Reason::malformed, "the portable bitmap has something else than 0 and 1"};
+                return Failure{Reason::malformed,
+                               "the portable bitmap contains something other than 0 and 1"};
             sample = digit == '0' ? 255 : 0;
         }
         return {};
     }
 
     Result<void> readText(std::span<std::uint8_t> row) {
-        for (std::size_t i = 0; i < row.size(); i += format().bytesPerSample()) {
-            const std::uint32_t number = TRY(readNumber(*input_));
-            store(number, &row[i]);
-        }
+        for (std::size_t i = 0; i < row.size(); i += format().bytesPerSample())
+            store(TRY(readNumber(*input_)), &row[i]);
         return {};
     }
 
@@ -95,7 +94,7 @@ private:
 
     const std::unique_ptr<ForwardReader> input_;
     const Header header_;
-    const std::vector<std::uint16_t> scaled_; ///< a sample above the largest counts as that
+    const std::vector<std::uint16_t> scaled_; ///< by sample
     Bytes bits_;
 };
 
@@ -117,21 +116,19 @@ private:
     const std::uint64_t sampleOffset_;
 };
 
-Result<std::unique_ptr<ImageDecoder>> openPNM(std::shared_ptr<const ByteReader> reader) {
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     ForwardReader input(reader);
-    const Result<Header> header = readHeader(input);
-    if (!header)
-        return header.failure();
-    if (header->format.pixels() == 0)
+    const Header header = TRY(readHeader(input));
+    if (header.format.pixels() == 0)
         return Failure{Reason::empty, "the portable map has no pixels"};
-    if (!header->format.isWithinLimits())
+    if (!header.format.isWithinLimits())
         return Failure{Reason::tooLarge, "the portable map has too many pixels"};
     return std::unique_ptr<ImageDecoder>(
-        std::make_unique<Decoder>(std::move(reader), *header, input.offset()));
+        std::make_unique<Decoder>(std::move(reader), header, input.offset()));
 }
 
 } // namespace
 
-const ImageCodec codec = {"PNM", isPNM, openPNM};
+const ImageCodec codec = {"PNM", isPNM, open};
 
 } // namespace kestrine::pnm

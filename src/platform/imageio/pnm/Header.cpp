@@ -31,7 +31,7 @@ struct TupleType {
     bool hasAlpha;
 };
 
-/// A map that does not tell its type has the first one of its depth.
+/// A map without a type has the first type of its depth.
 constexpr std::array<TupleType, 6> tupleTypes = {{
     {"GRAYSCALE", 1, ColorModel::gray, false},
     {"GRAYSCALE_ALPHA", 2, ColorModel::gray, true},
@@ -43,13 +43,13 @@ constexpr std::array<TupleType, 6> tupleTypes = {{
 
 constexpr std::uint32_t largestPossible = 65535;
 
-/// No line of a header is longer, comments excepted.
+/// The longest line of a header, except for comments.
 constexpr std::size_t maximumLine = 255;
 
 bool isSpace(int character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
 bool isDigit(int character) { return character >= '0' && character <= '9'; }
 
-Failure brokenHeader() { return {Reason::malformed, "the header of the portable map is broken"}; }
+Failure brokenHeader() { return {Reason::malformed, "the header of the portable map is invalid"}; }
 Failure endedInHeader() { return {Reason::truncated, "the portable map ends too early"}; }
 
 void skipComment(ForwardReader& input) {
@@ -64,17 +64,15 @@ SampleDepth depthFor(std::uint32_t largest) {
 Result<Header> readNumbers(ForwardReader& input, const Variant& variant) {
     const bool hasLargest = variant.samples == Samples::text || variant.samples == Samples::bytes;
     std::array<std::uint32_t, 3> numbers = {0, 0, 1}; // width, height, largest
-    for (std::size_t i = 0; i < (hasLargest ? 3u : 2u); ++i) {
-        const std::uint32_t number = TRY(readNumber(input));
-        numbers[i] = number;
-    }
+    for (std::size_t i = 0; i < (hasLargest ? 3u : 2u); ++i)
+        numbers[i] = TRY(readNumber(input));
     const auto [width, height, largest] = numbers;
     if (largest < 1 || largest > largestPossible)
         return brokenHeader();
     return Header{variant.samples, {width, height, variant.model, false, depthFor(largest)}, largest};
 }
 
-/// A line without its end; nothing when it is too long or the input ends. A comment is an empty line.
+/// The next line; nothing when it is too long or the input ends. A comment counts as an empty line.
 std::optional<std::string> readLine(ForwardReader& input) {
     std::string line;
     for (int character = input.next(); character != '\n'; character = input.next()) {
@@ -97,12 +95,12 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-/// The lines of an arbitrary map's header; a number that is not there or no number is 0.
+/// The fields in the header of an arbitrary map. Missing and invalid numbers are 0.
 struct MapLines {
     std::uint32_t width = 0, height = 0, depth = 0, largest = 0;
     std::string tupleType;
 
-    /// Takes a line in; false when it is of no known kind.
+    /// Stores the field of a line; returns false when it is unknown.
     bool take(std::string_view line) {
         const std::size_t end = std::min(line.find_first_of(" \t"), line.size());
         const std::string_view key = line.substr(0, end), value = trimmed(line.substr(end));
@@ -170,12 +168,12 @@ Result<std::uint32_t> readNumber(ForwardReader& input) {
     if (character < 0)
         return endedInHeader();
     if (!isDigit(character))
-        return Failure{Reason::malformed, "the portable map has something else where a number belongs"};
+        return Failure{Reason::malformed, "the portable map contains something other than a number"};
     std::uint64_t number = 0;
     for (; isDigit(character); character = input.next()) {
         number = 10 * number + static_cast<std::uint64_t>(character - '0');
         if (number > 0xFFFF'FFFF)
-            return Failure{Reason::tooLarge, "the portable map has too large a number"};
+            return Failure{Reason::tooLarge, "a number in the portable map is too large"};
     }
     if (character == '#')
         skipComment(input);

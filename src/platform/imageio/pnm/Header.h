@@ -1,5 +1,4 @@
-// Header: what stands before the samples of the portable bitmaps, greymaps, pixmaps (P1 to P6) and
-// arbitrary maps (P7).
+// Header: the header of portable bitmaps, greymaps and pixmaps (P1 to P6) and of arbitrary maps (P7).
 #pragma once
 
 #include "platform/coregraphics/RowFormat.h"
@@ -11,26 +10,26 @@ namespace kestrine::pnm {
 enum class Samples : std::uint8_t {
     textBits, ///< digits 0 (white) and 1
     text,     ///< decimal numbers
-    bits,     ///< 8 a byte, each row in whole bytes, 0 is white
-    bytes,    ///< one or, with the largest above 255, two a sample, high byte first
+    bits,     ///< 8 per byte, each row in whole bytes, 0 is white
+    bytes,    ///< one per sample, or two with the high byte first if `largest` is above 255
 };
 
 struct Header {
     Samples samples;
-    RowFormat format;      ///< 8 bits where the largest sample fits them
-    std::uint32_t largest; ///< the sample that means full intensity, 1 to 65535
+    RowFormat format;      ///< 8 bits if `largest` is at most 255
+    std::uint32_t largest; ///< the sample of full intensity, 1 to 65535; larger samples count as this one
 };
 
-/// Whether a file that begins with `head` is one of these.
+/// Whether a file that begins with `head` is one of these formats.
 bool isPNM(ByteView head);
 
-/// Reads from the beginning of `input` up to where the samples begin. The sides are not checked.
+/// Reads from the start of `input` up to the samples. The sides are not checked.
 Result<Header> readHeader(ForwardReader& input);
 
-/// A number behind white space and comments, together with the one character that ends it.
+/// Skips white space and comments, then reads a number and the one character after it.
 Result<std::uint32_t> readNumber(ForwardReader& input);
 
-/// The next character that is neither white space nor in a comment; -1 at the end.
+/// The next character outside white space and comments; -1 at the end.
 int nextCharacter(ForwardReader& input);
 
 } // namespace kestrine::pnm

@@ -1,5 +1,6 @@
-// WebP through libwebp: lossy and lossless, with or without alpha; of an animation the first frame on its
-// canvas. File and picture are held whole: the library has no cheaper way.
+// Reads WebP files with libwebp: lossy and lossless, with or without alpha, and the first frame of animations
+// on its canvas. The file and the picture are held in memory because the library cannot stream them.
+
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/exif/ExifBlock.h"
@@ -13,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t maximumFileBytes = std::uint64_t{1} << 30;
 
-/// The chunks of a file, which must outlive it.
+/// The chunks of `file`, whose bytes must outlive this.
 class File {
 public:
     File(const Functions& library, ByteView file)
@@ -29,10 +30,10 @@ public:
     File(const File&) = delete;
     File& operator=(const File&) = delete;
 
-    /// Whether the file is whole and has a frame; nothing else may be asked otherwise.
+    /// Whether the file is complete and has a frame. If not, no other function may be called.
     bool isSound() const { return hasFrame_ && frameLiesOnCanvas(); }
 
-    /// The canvas, with alpha where the first frame has it or leaves a part of the canvas free.
+    /// The format of the canvas. It has alpha if the first frame has alpha or does not cover the canvas.
     RowFormat format() const {
         const std::uint32_t width = number(WEBP_FF_CANVAS_WIDTH), height = number(WEBP_FF_CANVAS_HEIGHT);
         const bool isCovered = static_cast<std::uint32_t>(frame_.width) == width
@@ -40,7 +41,7 @@ public:
         return {.width = width, .height = height, .hasAlpha = frame_.has_alpha != 0 || !isCovered};
     }
 
-    /// Decodes the first frame to its place; what it leaves free stays as it is.
+    /// Decodes the first frame onto `canvas`; does not change the pixels around it.
     Result<void> decodeFirstFrame(PixelBuffer& canvas) const {
         const std::size_t stride = canvas.format.bytesPerRow();
         const std::size_t begin = static_cast<std::size_t>(frame_.y_offset) * stride
@@ -52,7 +53,7 @@ public:
         return {};
     }
 
-    /// The content of the first chunk of that name; empty when there is none.
+    /// The content of the first chunk called `name`; empty when there is none.
     Bytes chunk(const char (&name)[5]) const {
         WebPChunkIterator found{};
         if (!library_.chunk(demuxer_.get(), name, 1, &found))
@@ -88,8 +89,7 @@ public:
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (y_ == 0) {
             canvas_ = PixelBuffer(format());
-            if (Result<void> decoded = File(library_, *file_).decodeFirstFrame(canvas_); !decoded)
-                return decoded;
+            TRY(File(library_, *file_).decodeFirstFrame(canvas_));
         }
         std::ranges::copy(canvas_.row(y_++), row.begin());
         return {};
@@ -102,7 +102,7 @@ private:
     std::uint32_t y_ = 0;
 };
 
-/// The EXIF chunk from the TIFF header on: some writers put a JPEG segment's mark before it.
+/// The EXIF chunk from the TIFF header on. Some writers put the signature of a JPEG segment before it.
 Bytes exifBlock(const File& file) {
     constexpr std::string_view segmentMark("Exif\0\0", 6);
     Bytes block = file.chunk("EXIF");
@@ -147,14 +147,14 @@ bool recognises(ByteView head) {
 }
 
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
-    const Result<Functions>& library = webpFunctions();
+    const Result<Functions>& library = installedFunctions();
     if (!library)
         return library.failure();
     Bytes bytes = TRY(reader->readAll(maximumFileBytes));
     const auto shared = std::make_shared<const Bytes>(std::move(bytes));
     const File file(*library, *shared);
     if (!file.isSound())
-        return Failure{Reason::malformed, "the WebP file is damaged or not whole"};
+        return Failure{Reason::malformed, "the WebP file is damaged or incomplete"};
     if (!file.format().isWithinLimits())
         return Failure{Reason::tooLarge, "the WebP picture has too many pixels"};
     return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(*library, shared, file));

@@ -4,7 +4,7 @@
 namespace kestrine::webp {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> decoders,
-                                        std::initializer_list<const char*> demuxers) {
+                                std::initializer_list<const char*> demuxers) {
     const Failure missing{
         Reason::unsupported,
         "WebP pictures need libwebp and libwebpdemux (packages libwebp7 and libwebpdemux2)"};
@@ -31,7 +31,7 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> decoders,
     return functions;
 }
 
-const Result<Functions>& webpFunctions() {
+const Result<Functions>& installedFunctions() {
     static const Result<Functions> functions = loadFunctions({"libwebp.so.7"}, {"libwebpdemux.so.2"});
     return functions;
 }

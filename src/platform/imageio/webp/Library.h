@@ -1,5 +1,5 @@
-// libwebp and libwebpdemux, opened when the first WebP file asks for them: their functions as a table.
-// Their headers serve for types only; nothing here links to them.
+// The functions of libwebp and libwebpdemux, which are opened when the first WebP file is read.
+// Their headers are used for types only; the program does not link to the libraries.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -10,7 +10,7 @@
 
 namespace kestrine::webp {
 
-/// The functions that are called, under the libraries' names without "WebP".
+/// The functions that are used.
 struct Functions {
     decltype(&WebPDecodeRGBInto) decodeRGB;
     decltype(&WebPDecodeRGBAInto) decodeRGBA;
@@ -23,11 +23,12 @@ struct Functions {
     decltype(&WebPDemuxReleaseChunkIterator) releaseChunk;
 };
 
-/// The functions in the first of each list that is there; unsupported, naming the packages, without them.
+/// The functions of the first library of each list that exists. Fails with reason "unsupported" and names the
+/// packages if one is missing.
 Result<Functions> loadFunctions(std::initializer_list<const char*> decoders,
-                                        std::initializer_list<const char*> demuxers);
+                                std::initializer_list<const char*> demuxers);
 
-/// The functions of the system's libraries, looked up once.
-const Result<Functions>& webpFunctions();
+/// The functions of the installed libraries; opened once. Any thread.
+const Result<Functions>& installedFunctions();
 
 } // namespace kestrine::webp

@@ -1,4 +1,4 @@
-// Runs a test once for every vector target of this machine, and for the plain loops.
+// EveryTarget: runs a test once for every vector target of this machine.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -21,7 +21,7 @@ std::vector<float> randomFloats(std::size_t count, unsigned seed) {
 
 constexpr std::size_t oddLengths[] = {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 33, 63, 64, 65, 1000};
 
-/// `pixels` results of `taps` weights each, every one a pixel further.
+/// `pixels` results with `taps` weights each; the first source pixel of result i is i.
 struct WeightFixture {
     std::vector<std::uint32_t> firsts;
     std::vector<std::size_t> starts = {0};
@@ -36,7 +36,7 @@ struct WeightFixture {
     PixelWeights view() const { return {firsts, starts, weights.data()}; }
 };
 
-/// Random rows and the pointers that the kernels take.
+/// Random rows, and pointers to them for the kernels.
 struct Rows {
     std::vector<std::vector<float>> rows;
 
@@ -74,11 +74,11 @@ void expectSameResults(std::size_t rows, std::size_t channels, std::size_t pixel
 
 } // namespace
 
-TEST(ResampleRows, addingWeightedRowsGivesTheBitsOfThePlainLoopAtEveryLength) {
+TEST(ResampleRows, addWeightedRowsGivesTheBitsOfThePlainLoopsAtEveryLength) {
     testing::onEveryTarget([] {
         for (const std::size_t length : oddLengths)
             for (const std::size_t sumCount : {0, 1, 2, 7})
-                for (std::size_t rowCount = 1; rowCount <= mostRowsAdded; ++rowCount) {
+                for (std::size_t rowCount = 1; rowCount <= maxRowsAdded; ++rowCount) {
                     Rows sums(sumCount, length + 1, 0), expected = sums, rows(rowCount, length, 90);
                     const std::vector<float> weights = randomFloats(sumCount * rowCount, 5);
                     addWeightedRows(sums.pointers(), weights.data(), rows.sources(), length);
@@ -89,27 +89,27 @@ TEST(ResampleRows, addingWeightedRowsGivesTheBitsOfThePlainLoopAtEveryLength) {
     });
 }
 
-TEST(ResampleRows, weighingRowsGivesTheBitsOfThePlainLoopForEveryChannelCount) {
+TEST(ResampleRows, weighRowsGivesTheBitsOfThePlainLoopsForEveryChannelCount) {
     testing::onEveryTarget([] {
         for (std::size_t channels = 1; channels <= 4; ++channels)
             for (const std::size_t taps : {1, 2, 3, 4, 5, 8, 13, 16, 31})
                 for (const std::size_t pixels : {1, 2, 3, 16, 17, 65, 700})
-                    expectSameResults(mostRowsWeighed, channels, pixels, taps);
+                    expectSameResults(maxRowsWeighed, channels, pixels, taps);
     });
 }
 
-TEST(ResampleRows, weighingTakesAnyNumberOfRows) {
+TEST(ResampleRows, weighRowsAcceptsAnyNumberOfRows) {
     testing::onEveryTarget([] {
-        for (std::size_t rows = 1; rows < mostRowsWeighed; ++rows)
+        for (std::size_t rows = 1; rows < maxRowsWeighed; ++rows)
             expectSameResults(rows, 3, 17, 5);
     });
 }
 
-TEST(ResampleRows, aPixelMayTakeFromMorePixelsThanAreInterleavedAtOnce) {
+TEST(ResampleRows, aPixelCanUseMoreSourcePixelsThanFitAStretch) {
     testing::onEveryTarget([] {
         for (std::size_t channels = 1; channels <= 4; ++channels)
             for (const std::size_t taps : {127, 128, 129, 170, 171, 256, 257, 512, 513, 2000})
-                expectSameResults(mostRowsWeighed, channels, 3, taps);
+                expectSameResults(maxRowsWeighed, channels, 3, taps);
     });
 }
 

@@ -11,8 +11,8 @@ namespace kestrine::kernels {
 
 namespace {
 
-/// Values below, inside and above 0..1 in fine steps, and what is no number.
-std::vector<float> tellingValues() {
+/// Values below, inside and above 0..1 in fine steps, and special numbers.
+std::vector<float> variousValues() {
     std::vector<float> values = {std::nanf(""), -std::numeric_limits<float>::infinity(),
                                  std::numeric_limits<float>::infinity(), -0.0F, 1e-40F};
     for (int i = -300; i < 5000; ++i)
@@ -23,7 +23,7 @@ std::vector<float> tellingValues() {
 } // namespace
 
 TEST(StoredIndexes, everyTargetGivesTheIndexesOfThePlainLoops) {
-    const std::vector<float> values = tellingValues();
+    const std::vector<float> values = variousValues();
     testing::onEveryTarget([&] {
         for (const float top : {255.0F, 4095.0F, 65535.0F}) {
             std::vector<std::uint16_t> indexes(values.size()), expected(values.size());
@@ -37,7 +37,7 @@ TEST(StoredIndexes, everyTargetGivesTheIndexesOfThePlainLoops) {
     });
 }
 
-TEST(StoredIndexes, whatIsOutsideZeroToOneIsHeldAtTheEndsAndNaNIsZero) {
+TEST(StoredIndexes, valuesAreClampedAndNaNIsZero) {
     const float values[] = {std::nanf(""), -1.0F, 0.0F, 0.25F, 1.0F, 7.0F};
     std::uint16_t indexes[6];
     linearIndexes(values, 6, 255.0F, indexes);

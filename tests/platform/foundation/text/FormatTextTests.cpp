@@ -113,6 +113,11 @@ TEST(FormatText, widthAndPrecisionAreLimitedTo4096) {
     EXPECT_EQ(expandedFormatText("%4097s").size(), 4096u);
 }
 
+TEST(FormatText, severalWideFieldsAreAllPrinted) {
+    EXPECT_EQ(expandedFormatText("%100d%100d%100d"),
+              std::string(99, ' ') + "0" + std::string(99, ' ') + "0" + std::string(99, ' ') + "0");
+}
+
 TEST(FormatText, theOutputIsLimitedForAnyNumberOfConversions) {
     std::string format;
     for (int i = 0; i < 100000; i++)

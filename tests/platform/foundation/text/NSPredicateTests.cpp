@@ -32,6 +32,7 @@ TEST(Predicate, printsConjunctionsOfAnyLength) {
     EXPECT_EQ(all({}).predicateFormat(), NSString(u"TRUEPREDICATE"));
     EXPECT_EQ(all({a}).predicateFormat(), a.predicateFormat());
     EXPECT_EQ(all({a, b}).predicateFormat(), NSString(u"n CONTAINS \"a\" AND n CONTAINS \"b\""));
+    EXPECT_EQ(all({all({a}), b}).predicateFormat(), all({a, b}).predicateFormat());
     EXPECT_EQ(all({all({a, b}), b}).predicateFormat(),
               NSString(u"(n CONTAINS \"a\" AND n CONTAINS \"b\") AND n CONTAINS \"b\""));
 }

@@ -80,6 +80,7 @@ TEST(StringEncoding, EUCJPAcceptsOnlyCompleteCharacters) {
                    {3, "\xa4", malformed},
                    {3, "\xa4\x22", malformed},
                    {3, "\x80", malformed},
+                   {3, "\x9f", malformed},
                    {3, "\x8e\xe0", malformed},
                    {3, "\x8f\xb0", malformed},
                    {3, "\xa9\xa1", malformed}});

@@ -1,12 +1,13 @@
 #include "platform/host/files/ExtendedAttributes.h"
 #include "platform/host/files/FileDescriptor.h"
-#include "tests/support/AttributeSupport.h"
 #include "tests/support/IsolatedProcess.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 
 namespace kestrine {
 namespace {
@@ -21,7 +22,7 @@ using testing::TemporaryFolder;
 class ExtendedAttributes : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!testing::keepsAttributes(file_))
+        if (!testing::keepsAttributes())
             GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
     }
 

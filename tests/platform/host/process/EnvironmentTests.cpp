@@ -54,6 +54,18 @@ TEST(Environment, withoutAnAbsoluteHomeTheUserDatabaseIsUsed) {
         EXPECT_EQ(environment.homeFolder(), expected);
 }
 
+TEST(Environment, withoutAHomeFolderThereAreNoBaseFolders) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can become another user";
+    testing::runIsolated([] {
+        ASSERT_EQ(::setuid(54321), 0); // the user database does not list this user
+        const Environment environment{};
+        EXPECT_EQ(environment.homeFolder(), "");
+        EXPECT_EQ(environment.xdgDataHome(), "");
+        EXPECT_EQ(environment.xdgConfigHome(), "");
+    });
+}
+
 TEST(Environment, valuesOfTheProcessMayBeEmptyOrContainEqualsSigns) {
     testing::runIsolated([] {
         ::setenv("KESTRINE_TEST_EMPTY", "", 1);

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/time.h>
 #include <thread>
 #include <unistd.h>
 
@@ -67,6 +68,36 @@ TEST(StandardOutput, writingWaitsForANonBlockingPipe) {
     reader.join();
     EXPECT_EQ(arrived, text);
     EXPECT_FALSE(output.failed());
+}
+
+TEST(StandardOutput, anInterruptedWriteIsRepeated) {
+    testing::runIsolated([] {
+        Pipe pipe(O_NONBLOCK);
+        while (::write(pipe.writing.number(), "filling", 7) > 0) {
+        }
+        ASSERT_EQ(::fcntl(pipe.writing.number(), F_SETFL, 0) + ::fcntl(pipe.reading.number(), F_SETFL, 0), 0);
+        sigset_t alarm;
+        sigemptyset(&alarm);
+        sigaddset(&alarm, SIGALRM);
+        ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &alarm, nullptr), 0);
+        std::string arrived;
+        std::thread reader([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            arrived = pipe.readAll();
+        });
+        ASSERT_EQ(::pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr), 0);
+        struct sigaction action {};
+        action.sa_handler = [](int) {};
+        const itimerval everyFewMilliseconds{{0, 5000}, {0, 5000}};
+        ASSERT_EQ(::sigaction(SIGALRM, &action, nullptr), 0);
+        ASSERT_EQ(::setitimer(ITIMER_REAL, &everyFewMilliseconds, nullptr), 0);
+        StandardOutput output(pipe.writing.number());
+        output.write("end");
+        EXPECT_FALSE(output.failed());
+        EXPECT_TRUE(pipe.writing.close());
+        reader.join();
+        EXPECT_TRUE(arrived.ends_with("end"));
+    });
 }
 
 TEST(StandardOutput, aClosedReaderIsAFailure) {

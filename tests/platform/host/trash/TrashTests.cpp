@@ -119,7 +119,8 @@ TEST_F(Trash, aFolderIsMovedWithItsContent) {
 
 TEST_F(Trash, theDiskSpaceOfAFolderIsRecorded) {
     folder_.write("work/my album/a.jpg", std::string(100'000, 'x'));
-    folder_.write("home/.local/share/Trash/directorysizes", "4096 1 other\n4096 1 my%20album\n");
+    folder_.write("home/.local/share/Trash/directorysizes",
+                  "4096 1 other\n4096 1 my%20album\n4096 1 not-my%20album\n");
     Result<TrashedItem> item = trash(work_ + "/my album");
     ASSERT_TRUE(item);
     std::uint64_t room = 0;
@@ -130,8 +131,24 @@ TEST_F(Trash, theDiskSpaceOfAFolderIsRecorded) {
     }
     struct stat record {};
     ASSERT_EQ(::stat(item->infoPath.c_str(), &record), 0);
-    EXPECT_EQ(readFile(trash_ + "/directorysizes"), "4096 1 other\n" + std::to_string(room) + " "
+    EXPECT_EQ(readFile(trash_ + "/directorysizes"), "4096 1 other\n4096 1 not-my%20album\n"
+                                                        + std::to_string(room) + " "
                                                         + std::to_string(record.st_mtime) + " my%20album\n");
+}
+
+TEST_F(Trash, theDiskSpaceIncludesAllLevelsAndEachFileOnce) {
+    folder_.write("work/album/a/b/c.jpg", std::string(100'000, 'x'));
+    folder_.write("work/album/a/b/d.jpg", std::string(50'000, 'x'));
+    std::filesystem::create_hard_link(work_ + "/album/a/b/c.jpg", work_ + "/album/again.jpg");
+    const Result<TrashedItem> item = trash(work_ + "/album");
+    ASSERT_TRUE(item);
+    std::uint64_t space = 0;
+    for (const char* part : {"", "/a", "/a/b", "/a/b/c.jpg", "/a/b/d.jpg"}) {
+        struct stat status {};
+        ASSERT_EQ(::stat((item->path + part).c_str(), &status), 0);
+        space += static_cast<std::uint64_t>(status.st_blocks) * 512;
+    }
+    EXPECT_TRUE(readFile(trash_ + "/directorysizes").starts_with(std::to_string(space) + " "));
 }
 
 TEST_F(Trash, theDiskSpaceOfAFileIsNotRecorded) {

@@ -16,17 +16,17 @@ void append32(Bytes& bytes, std::uint32_t value) {
     append16(bytes, value >> 16);
 }
 
-/// A file, part by part; what is not told is as it should be.
+/// Makes BMP files. Fields that a test does not set are valid.
 struct BMPFile {
     std::uint32_t headerLength = 40;
     std::int32_t width = 3, height = 2;
     std::uint32_t bits = 24, compression = 0, colorsUsed = 0;
-    std::vector<std::uint32_t> masks = {};       ///< in the header or, when that is too short, behind it
+    std::vector<std::uint32_t> masks = {};       ///< in the header or, if that is too short, after it
     Bytes palette = {};                          ///< as stored
     Bytes pixels = {};                           ///< as stored
     std::uint32_t colorSpace = 0x73524742;       ///< sRGB
     std::vector<std::uint32_t> calibration = {}; ///< nine coordinates and three gammas
-    Bytes profile = {};                          ///< behind the pixels
+    Bytes profile = {};                          ///< after the pixels
     std::optional<std::uint32_t> pixelOffset = {};
 
     Bytes make() const {
@@ -72,7 +72,7 @@ private:
     }
 };
 
-/// Every sample of the picture, row by row from the top.
+/// All samples of the picture, row by row from the top.
 std::vector<unsigned> samplesOf(const Bytes& file) {
     const Decoded decoded = decodeSound(bmp::codec, file);
     EXPECT_EQ(decoded.frame().format, decoded.pixels.format);
@@ -83,7 +83,7 @@ Reason reasonOf(const BMPFile& file) { return decode(bmp::codec, file.make()).fa
 
 using Samples = std::vector<unsigned>;
 
-/// 3 x 2 pixels of 24 bits, the lower row first, each row with three bytes that count for nothing.
+/// 3 x 2 pixels of 24 bits, the lower row first, each row with three bytes of padding.
 const Bytes rows24 = {7, 8, 9, 10, 11, 12, 13, 14, 15, 99, 99, 99, 1, 2, 3, 4, 5, 6, 16, 17, 18, 99, 99, 99};
 const Samples samples24 = {3, 2, 1, 6, 5, 4, 18, 17, 16, 9, 8, 7, 12, 11, 10, 15, 14, 13};
 
@@ -134,12 +134,12 @@ TEST(BMPDecoder, everyHeaderIsRead) {
     }
 }
 
-TEST(BMPDecoder, aNegativeHeightMeansThatTheUpperRowComesFirst) {
+TEST(BMPDecoder, withANegativeHeightTheUpperRowIsFirst) {
     EXPECT_EQ(samplesOf(BMPFile{.height = -2, .pixels = rows24}.make()),
               (Samples{9, 8, 7, 12, 11, 10, 15, 14, 13, 3, 2, 1, 6, 5, 4, 18, 17, 16}));
 }
 
-TEST(BMPDecoder, indicesOf1And4And8BitsAreColored) {
+TEST(BMPDecoder, indicesOf1And4And8BitsBecomeColors) {
     EXPECT_EQ(samplesOf(BMPFile{.width = 9,
                                 .height = 1,
                                 .bits = 1,
@@ -169,7 +169,7 @@ TEST(BMPDecoder, coreHeadersHaveColorsOfThreeBytes) {
               colored({0, 1}));
 }
 
-TEST(BMPDecoder, theColorTableIsTold) {
+TEST(BMPDecoder, theColorTableIsReported) {
     const Decoded decoded = decodeSound(
         bmp::codec,
         BMPFile{.height = 1, .bits = 8, .colorsUsed = 4, .palette = fourColors, .pixels = {3, 0, 2, 0}}
@@ -178,10 +178,11 @@ TEST(BMPDecoder, theColorTableIsTold) {
     EXPECT_TRUE(decodeSound(bmp::codec, BMPFile{.pixels = rows24}.make()).colorTable.empty());
 }
 
-TEST(BMPDecoder, oddPalettesAreTolerated) {
+TEST(BMPDecoder, palettesOfWrongLengthsAreAccepted) {
     const Bytes row = {1, 200, 2, 0};
     const Samples samples = {40, 50, 60, 0, 0, 0, 70, 80, 90};
-    // More colours told than there is room before the pixels, none told, and more stored than indices reach.
+    // More colours than fit before the pixels, no number of colours, and more colours than indices can
+    // address.
     EXPECT_EQ(
         samplesOf(
             BMPFile{.height = 1, .bits = 8, .colorsUsed = 4000, .palette = fourColors, .pixels = row}.make()),
@@ -196,7 +197,7 @@ TEST(BMPDecoder, oddPalettesAreTolerated) {
         samples);
 }
 
-TEST(BMPDecoder, withoutAnOffsetThePixelsFollowThePalette) {
+TEST(BMPDecoder, withoutAValidOffsetThePixelsFollowThePalette) {
     EXPECT_EQ(samplesOf(BMPFile{.height = 1,
                                 .bits = 8,
                                 .colorsUsed = 4,
@@ -205,14 +206,15 @@ TEST(BMPDecoder, withoutAnOffsetThePixelsFollowThePalette) {
                                 .pixelOffset = 0}
                             .make()),
               colored({3, 0, 2}));
-    EXPECT_EQ(samplesOf(BMPFile{.pixels = rows24, .pixelOffset = 0}.make()), samples24);
-    // Colours for poorer screens, which pixels of 24 bits do not need.
+    for (const std::uint32_t insideTheHeader : {0u, 20u, 53u})
+        EXPECT_EQ(samplesOf(BMPFile{.pixels = rows24, .pixelOffset = insideTheHeader}.make()), samples24);
+    // Pixels of 24 bits do not use the colours, which are for screens with few colours.
     EXPECT_EQ(
         samplesOf(BMPFile{.colorsUsed = 4, .palette = fourColors, .pixels = rows24, .pixelOffset = 0}.make()),
         samples24);
 }
 
-TEST(BMPDecoder, a16BitPixelHas5BitsAChannel) {
+TEST(BMPDecoder, a16BitPixelHas5BitsPerChannel) {
     EXPECT_EQ(
         samplesOf(
             BMPFile{.height = 1, .bits = 16, .pixels = {0x00, 0x7C, 0xE0, 0x83, 0x01, 0x40, 0, 0}}.make()),
@@ -233,7 +235,7 @@ TEST(BMPDecoder, a32BitPixelWithoutMasksHasNoAlpha) {
               (Samples{1, 2, 3}));
 }
 
-TEST(BMPDecoder, masksTellWhereTheChannelsAre) {
+TEST(BMPDecoder, masksDefineTheChannels) {
     const BMPFile green6{.width = 2,
                          .height = 1,
                          .bits = 16,
@@ -264,7 +266,7 @@ TEST(BMPDecoder, masksTellWhereTheChannelsAre) {
     EXPECT_EQ(samplesOf(wide.make()), (Samples{128, 0, 255}));
 }
 
-TEST(BMPDecoder, anAlphaMaskMakesAlpha) {
+TEST(BMPDecoder, anAlphaMaskGivesAlpha) {
     const std::vector<std::uint32_t> masks = {0xFF0000, 0xFF00, 0xFF, 0xFF000000};
     for (const std::uint32_t length : {56u, 108u, 124u})
         EXPECT_EQ(samplesOf(BMPFile{.headerLength = length,
@@ -292,7 +294,7 @@ TEST(BMPDecoder, anAlphaMaskMakesAlpha) {
               (Samples{255, 0, 0, 255, 0, 0, 255, 0}));
 }
 
-TEST(BMPDecoder, brokenMasksAreRefused) {
+TEST(BMPDecoder, invalidMasksAreRefused) {
     const std::vector<std::uint32_t> withGap = {0xF0F00000, 0xFF00, 0xFF}, none = {0, 0, 0};
     for (const auto& masks : {withGap, none})
         EXPECT_EQ(reasonOf({.bits = 32, .compression = 3, .masks = masks, .pixels = Bytes(24)}),
@@ -301,23 +303,23 @@ TEST(BMPDecoder, brokenMasksAreRefused) {
 
 TEST(BMPDecoder, runsAndLiteralsOf8BitsAreRead) {
     const Bytes codes = {3, 1, 2, 2, 0, 0,              // lower row: a run of three, a run of two
-                         0, 3, 3, 2, 1, 0, 2, 3, 0, 0,  // middle: three as they are and a byte to fill up
-                         1, 1, 0, 4, 0, 1, 2, 3, 0, 1}; // upper: four as they are
+                         0, 3, 3, 2, 1, 0, 2, 3, 0, 0,  // middle: three literals and a byte of padding
+                         1, 1, 0, 4, 0, 1, 2, 3, 0, 1}; // upper: four literals
     EXPECT_EQ(samplesOf(runLengthFile(8, codes).make()),
               colored({1, 0, 1, 2, 3, 3, 2, 1, 3, 3, 1, 1, 1, 2, 2}));
 }
 
 TEST(BMPDecoder, runsAndLiteralsOf4BitsAreRead) {
     const Bytes codes = {
-        5, 0x12, 0,    0,              // lower: two indices in turn
-        0, 5,    0x01, 0x23, 0x30, 0,  // middle: five as they are, a half and a whole byte to fill up
+        5, 0x12, 0,    0,              // lower: two alternating indices
+        0, 5,    0x01, 0x23, 0x30, 0,  // middle: five literals, half a byte and a byte of padding
         0, 0,                          //
         4, 0x33, 1,    0x10, 0,    1}; // upper
     EXPECT_EQ(samplesOf(runLengthFile(4, codes).make()),
               colored({3, 3, 3, 3, 1, 0, 1, 2, 3, 3, 1, 2, 1, 2, 1}));
 }
 
-TEST(BMPDecoder, whatRunLengthCodesPassOverHasTheFirstColor) {
+TEST(BMPDecoder, pixelsThatRunLengthCodesSkipHaveTheFirstColor) {
     const Bytes jump = {1, 1, 0, 2, 2,
                         1, 1, 2, 0, 1}; // one pixel, two to the right and one up, one pixel, the end
     EXPECT_EQ(samplesOf(runLengthFile(8, jump).make()),
@@ -330,13 +332,13 @@ TEST(BMPDecoder, whatRunLengthCodesPassOverHasTheFirstColor) {
               colored({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
-TEST(BMPDecoder, runsBeyondTheRowAndThePictureAreCut) {
+TEST(BMPDecoder, runsPastTheRowAndThePictureAreClipped) {
     const Bytes codes = {200, 1, 0, 0, 5, 2, 9, 3, 0, 0, 5, 3, 0, 0, 5, 1, 0, 2, 255, 255, 5, 1, 0, 1};
     EXPECT_EQ(samplesOf(runLengthFile(8, codes).make()),
               colored({3, 3, 3, 3, 3, 2, 2, 2, 2, 2, 1, 1, 1, 1, 1}));
 }
 
-TEST(BMPDecoder, runLengthRowsMayLieFarApart) {
+TEST(BMPDecoder, runLengthRowsCanBeFarApart) {
     Bytes codes;
     constexpr int side = 300;
     for (int row = 0; row < side; ++row) {
@@ -353,13 +355,13 @@ TEST(BMPDecoder, runLengthRowsMayLieFarApart) {
                       colored({static_cast<int>(x * (side - 1 - y) + x) % 4})[0]);
 }
 
-TEST(BMPDecoder, missingMarksAtTheEndDoNoHarm) {
+TEST(BMPDecoder, missingMarksAtTheEndAreAccepted) {
     const Bytes codes = {5, 1, 0, 0, 5, 2, 0, 0, 5, 3};
     EXPECT_EQ(samplesOf(runLengthFile(8, codes).make()),
               colored({3, 3, 3, 3, 3, 2, 2, 2, 2, 2, 1, 1, 1, 1, 1}));
 }
 
-TEST(BMPDecoder, aFileThatEndsTooEarlyGivesNothing) {
+TEST(BMPDecoder, aFileThatEndsTooEarlyIsRefused) {
     const Bytes codes = {5, 1, 0, 0, 0, 3, 1, 2, 3, 0, 0, 0, 0, 2, 1, 0, 1, 3, 0, 1};
     const BMPFile files[] = {
         {.pixels = Bytes(rows24.begin(), rows24.end() - 3)},
@@ -389,7 +391,7 @@ TEST(BMPDecoder, impossibleSizesAreRefused) {
 
 TEST(BMPDecoder, unknownKindsAreRefused) {
     EXPECT_EQ(reasonOf({.bits = 2}), Reason::unsupported);
-    EXPECT_EQ(reasonOf({.bits = 0, .compression = 4}), Reason::unsupported) << "JPEG inside";
+    EXPECT_EQ(reasonOf({.bits = 0, .compression = 4}), Reason::unsupported) << "embedded JPEG";
     EXPECT_EQ(reasonOf({.bits = 8, .compression = 2}), Reason::unsupported) << "4-bit runs of 8 bits";
     EXPECT_EQ(reasonOf({.bits = 24, .compression = 3, .pixels = Bytes(24)}), Reason::unsupported);
     EXPECT_EQ(reasonOf({.headerLength = 64, .bits = 16, .compression = 3}), Reason::unsupported) << "Huffman";
@@ -409,7 +411,7 @@ TEST(BMPDecoder, aCalibratedColorSpaceBecomesTheProfile) {
     }
 }
 
-TEST(BMPDecoder, aCalibrationThatCannotBeIsIgnored) {
+TEST(BMPDecoder, anInvalidCalibrationIsIgnored) {
     std::vector<std::uint32_t> unequal = calibration(1.8);
     unequal[10] *= 2;
     for (const auto& fields : {unequal, calibration(0), std::vector<std::uint32_t>(12)}) {
@@ -430,7 +432,7 @@ TEST(BMPDecoder, anEmbeddedProfileIsRead) {
     EXPECT_FALSE(decodeSound(bmp::codec, file.make()).frame().profile.has_value());
 }
 
-TEST(BMPDecoder, onlyItsOwnFilesAreRecognised) {
+TEST(BMPDecoder, onlyBMPFilesAreRecognised) {
     const auto recognises = [](Bytes head) { return bmp::codec.recognises(head); };
     EXPECT_TRUE(recognises(BMPFile{}.make()));
     EXPECT_FALSE(recognises({'B', 'M'}));

@@ -38,7 +38,7 @@ Bytes fileOf(ByteView indices, unsigned bits) {
 
 } // namespace
 
-TEST(GIFCompression, whatIsCompressedComesBack) {
+TEST(GIFCompression, compressedIndicesAreDecodedUnchanged) {
     std::mt19937 random(1);
     for (unsigned bits = 2; bits <= 8; ++bits)
         for (const std::size_t count : {1u, 2u, 3u, 4u, 5u, 255u, 4095u, 4096u, 60000u}) {
@@ -49,14 +49,14 @@ TEST(GIFCompression, whatIsCompressedComesBack) {
         }
 }
 
-TEST(GIFCompression, everyLengthOfARunComesBack) {
+TEST(GIFCompression, runsOfEveryLengthAreDecodedUnchanged) {
     for (std::size_t count = 1; count < 3000; ++count) {
         const Bytes indices(count, 3);
         ASSERT_EQ(readStoredGIF(fileOf(indices, 2)).indices, indices) << count;
     }
 }
 
-TEST(GIFCompression, aRepeatingPatternBecomesShort) {
+TEST(GIFCompression, aRepeatingPatternIsCompressed) {
     Bytes indices(65000);
     for (std::size_t i = 0; i < indices.size(); ++i)
         indices[i] = static_cast<std::uint8_t>(i % 7);

@@ -6,7 +6,7 @@ namespace kestrine::testing {
 
 namespace {
 
-/// What a file of `recipe` must look like: its colours where the picture lies, else transparent.
+/// The expected pixels of a file made by `recipe`: transparent outside the picture.
 PixelBuffer expectedPicture(const GIFFile& recipe, std::uint32_t width, std::uint32_t height, bool hasAlpha) {
     const auto& colors = recipe.pictureColors.empty() ? recipe.screenColors : recipe.pictureColors;
     const RowFormat format = {width, height, ColorModel::rgb, hasAlpha};
@@ -22,7 +22,7 @@ PixelBuffer expectedPicture(const GIFFile& recipe, std::uint32_t width, std::uin
     });
 }
 
-/// Where the first picture's descriptor stands when nothing but four colours comes before.
+/// Offset of the first image descriptor if only four colours precede it.
 constexpr std::size_t descriptor = 13 + 4 * 3;
 
 Bytes bytesOfColors(const std::vector<GifColorType>& colors) {
@@ -44,17 +44,27 @@ TEST(GIFDecoder, aPictureThatFillsItsScreenIsRGB) {
     EXPECT_FALSE(decoded.frame().profile.has_value());
 }
 
-TEST(GIFDecoder, aTransparentIndexMakesAlpha) {
+TEST(GIFDecoder, aTransparentIndexBecomesAlpha) {
     const GIFFile recipe{.transparent = 2};
     EXPECT_TRUE(
         samePicture(decodeSound(gif::codec, recipe.make()).pixels, expectedPicture(recipe, 4, 3, true)));
 }
 
-TEST(GIFDecoder, theLastTransparentIndexBeforeThePictureHolds) {
+TEST(GIFDecoder, theLastTransparentIndexBeforeThePictureCounts) {
     GIFFile recipe{.transparent = 1};
     recipe.before = [](GifFileType* file) { addTransparency(file, 3); };
     EXPECT_TRUE(
         samePicture(decodeSound(gif::codec, recipe.make()).pixels, expectedPicture(recipe, 4, 3, true)));
+}
+
+TEST(GIFDecoder, aLaterExtensionWithoutATransparentIndexMakesThePictureOpaque) {
+    GIFFile recipe;
+    recipe.before = [](GifFileType* file) {
+        addTransparency(file, 3);
+        addTransparency(file, NO_TRANSPARENT_COLOR);
+    };
+    EXPECT_TRUE(
+        samePicture(decodeSound(gif::codec, recipe.make()).pixels, expectedPicture(recipe, 4, 3, false)));
 }
 
 TEST(GIFDecoder, otherExtensionsAreSkipped) {
@@ -67,13 +77,13 @@ TEST(GIFDecoder, otherExtensionsAreSkipped) {
         samePicture(decodeSound(gif::codec, recipe.make()).pixels, expectedPicture(recipe, 4, 3, false)));
 }
 
-TEST(GIFDecoder, theScreenIsTransparentWhereThePictureDoesNotReach) {
+TEST(GIFDecoder, theScreenIsTransparentOutsideThePicture) {
     const GIFFile recipe{.screenWidth = 9, .screenHeight = 7, .left = 2, .top = 1};
     EXPECT_TRUE(
         samePicture(decodeSound(gif::codec, recipe.make()).pixels, expectedPicture(recipe, 9, 7, true)));
 }
 
-TEST(GIFDecoder, aScreenTooSmallForItsPictureGrows) {
+TEST(GIFDecoder, aScreenTooSmallForItsPictureIsEnlarged) {
     const GIFFile larger{.screenWidth = 2, .screenHeight = 1};
     EXPECT_TRUE(
         samePicture(decodeSound(gif::codec, larger.make()).pixels, expectedPicture(larger, 4, 3, false)));
@@ -89,7 +99,7 @@ TEST(GIFDecoder, aScreenWithoutSizeIsAsLargeAsThePicture) {
     EXPECT_TRUE(samePicture(decodeSound(gif::codec, file).pixels, expectedPicture(recipe, 4, 3, false)));
 }
 
-TEST(GIFDecoder, interlacedRowsComeFromTheTop) {
+TEST(GIFDecoder, interlacedRowsAreDeliveredFromTheTop) {
     for (int height = 1; height <= 18; ++height) {
         GIFFile recipe{
             .screenWidth = 3, .screenHeight = height, .width = 3, .height = height, .interlaced = true};
@@ -106,7 +116,7 @@ TEST(GIFDecoder, thePicturesOwnColorsReplaceTheScreens) {
     EXPECT_EQ(decoded.colorTable, bytesOfColors(recipe.pictureColors));
 }
 
-TEST(GIFDecoder, theColorTableIsTheOneThatIsUsed) {
+TEST(GIFDecoder, theColorTableIsThatOfTheScreenByDefault) {
     const GIFFile recipe;
     EXPECT_EQ(decodeSound(gif::codec, recipe.make()).colorTable, bytesOfColors(recipe.screenColors));
 }
@@ -119,8 +129,8 @@ TEST(GIFDecoder, everyNumberOfColorsIsRead) {
             recipe.screenColors.push_back(
                 {static_cast<GifByteType>(i), static_cast<GifByteType>(255 - i), 7});
         recipe.index = [count](int x, int y) { return (x * y + 3 * x) % count; };
-        EXPECT_TRUE(
-            samePicture(decodeSound(gif::codec, recipe.make()).pixels, expectedPicture(recipe, 64, 48, false)));
+        EXPECT_TRUE(samePicture(decodeSound(gif::codec, recipe.make()).pixels,
+                                expectedPicture(recipe, 64, 48, false)));
     }
 }
 
@@ -136,9 +146,9 @@ TEST(GIFDecoder, anIndexBeyondTheColorsIsBlack) {
         EXPECT_EQ(sampleAt(decoded.pixels, 2, 0, channel), 0u);
 }
 
-TEST(GIFDecoder, onlyTheFirstPictureIsShown) {
+TEST(GIFDecoder, onlyTheFirstPictureIsDecoded) {
     GIFFile recipe;
-    recipe.behind = [](GifFileType* file) {
+    recipe.after = [](GifFileType* file) {
         GifPixelType row[4] = {3, 3, 3, 3};
         EGifPutImageDesc(file, 0, 0, 4, 1, false, nullptr);
         EGifPutLine(file, row, 4);
@@ -148,7 +158,7 @@ TEST(GIFDecoder, onlyTheFirstPictureIsShown) {
     EXPECT_EQ(decoded.frames.size(), 1u);
 }
 
-TEST(GIFDecoder, rowsMayBeAskedForAgainAndOutliveTheDecoder) {
+TEST(GIFDecoder, rowsCanBeReadAgainAndOutliveTheDecoder) {
     const GIFFile recipe{.interlaced = true, .transparent = 0};
     Result<std::unique_ptr<ImageDecoder>> decoder = gif::codec.open(readerOfBytes(recipe.make()));
     ASSERT_TRUE(decoder.ok());
@@ -160,7 +170,7 @@ TEST(GIFDecoder, rowsMayBeAskedForAgainAndOutliveTheDecoder) {
     EXPECT_TRUE(samePicture(*readAllRows(**second), picture));
 }
 
-TEST(GIFDecoder, aFileThatEndsBeforeItsPictureDoesGivesNothing) {
+TEST(GIFDecoder, aFileCutOffInItsPictureIsRefused) {
     for (const bool interlaced : {false, true}) {
         const GIFFile recipe{.screenWidth = 40,
                              .screenHeight = 30,
@@ -176,7 +186,7 @@ TEST(GIFDecoder, aFileThatEndsBeforeItsPictureDoesGivesNothing) {
     }
 }
 
-TEST(GIFDecoder, aMissingTrailerDoesNotMatter) {
+TEST(GIFDecoder, aMissingTrailerIsAccepted) {
     Bytes file = GIFFile{}.make();
     file.pop_back();
     EXPECT_FALSE(failsToDecode(gif::codec, file));
@@ -204,7 +214,7 @@ TEST(GIFDecoder, tooManyPixelsAreRefused) {
     EXPECT_EQ(decode(gif::codec, recipe.make()).failure().reason, Reason::tooLarge);
 }
 
-TEST(GIFDecoder, noMemoryIsSpentOnAPictureThatTheFileCannotHold) {
+TEST(GIFDecoder, aPictureThatTheFileCannotHoldIsRefusedAtOnce) {
     GIFFile recipe{.screenWidth = 30000, .screenHeight = 30000, .interlaced = true};
     Bytes file = recipe.make();
     const std::uint8_t size[4] = {30000 & 255, 30000 >> 8, 30000 & 255, 30000 >> 8};
@@ -214,15 +224,16 @@ TEST(GIFDecoder, noMemoryIsSpentOnAPictureThatTheFileCannotHold) {
     EXPECT_EQ((*decoder)->rows(0, 8).failure().reason, Reason::truncated);
 }
 
-TEST(GIFDecoder, brokenCodesAreRefused) {
+TEST(GIFDecoder, anInvalidCodeSizeIsRefused) {
     Bytes file = GIFFile{.screenWidth = 40, .screenHeight = 30, .width = 40, .height = 30}.make();
-    file[descriptor + 10] = 13; // bits an index
+    file[descriptor + 10] = 13; // bits per index
     EXPECT_TRUE(failsToDecode(gif::codec, file));
 }
 
-TEST(GIFDecoder, onlyBothVersionsAreRecognised) {
+TEST(GIFDecoder, onlyTheTwoVersionsOfGIFAreRecognised) {
     const auto recognises = [](std::string_view head) {
-        return gif::codec.recognises(ByteView(reinterpret_cast<const std::uint8_t*>(head.data()), head.size()));
+        return gif::codec.recognises(
+            ByteView(reinterpret_cast<const std::uint8_t*>(head.data()), head.size()));
     };
     EXPECT_TRUE(recognises("GIF87a"));
     EXPECT_TRUE(recognises("GIF89a and more"));

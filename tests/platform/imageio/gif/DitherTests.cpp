@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::uint32_t width = 64;
 
-/// How many of width x width pixels of that alpha are shown.
+/// How many of width x width pixels with that alpha are shown.
 int shownOf(std::uint8_t alpha) {
     gif::TransparencyDither dither(width);
     const Bytes row(width, alpha);
@@ -21,7 +21,7 @@ int shownOf(std::uint8_t alpha) {
     return static_cast<int>(shown);
 }
 
-/// Mean red level of an area of one colour after dithering, holes left out.
+/// Mean red level of an area of one colour after dithering, without holes.
 double meanRed(const gif::Palette& palette, gif::Color color, bool withHoles) {
     gif::ColorDither dither(palette, width);
     std::vector<gif::Pixel> row(width);
@@ -49,7 +49,7 @@ TEST(GIFTransparencyDither, anAreaKeepsItsTransparency) {
         EXPECT_NEAR(shownOf(alpha), alpha / 255.0 * width * width, 0.01 * width * width) << int{alpha};
 }
 
-TEST(GIFTransparencyDither, absentAndOpaquePixelsStaySoBesideHalfTransparentOnes) {
+TEST(GIFTransparencyDither, transparentAndOpaquePixelsDoNotChange) {
     gif::TransparencyDither dither(width);
     std::vector<gif::Pixel> pixels(width);
     Bytes alpha(width);
@@ -64,24 +64,24 @@ TEST(GIFTransparencyDither, absentAndOpaquePixelsStaySoBesideHalfTransparentOnes
     }
 }
 
-TEST(GIFColorDither, anAreaKeepsItsColorBetweenThoseOfThePalette) {
+TEST(GIFColorDither, anAreaKeepsItsMeanColor) {
     for (const std::uint8_t gray : std::initializer_list<std::uint8_t>{0, 1, 13, 20, 40, 47, 66, 80})
         EXPECT_NEAR(meanRed(threeGrays, {gray, gray, gray}, false), gray, 0.7) << int{gray};
 }
 
-TEST(GIFColorDither, anAreaWithHolesKeepsItsColorToo) {
+TEST(GIFColorDither, anAreaWithHolesKeepsItsMeanColor) {
     for (const std::uint8_t gray : std::initializer_list<std::uint8_t>{13, 20, 47, 66})
         EXPECT_NEAR(meanRed(threeGrays, {gray, gray, gray}, true), gray, 1.5) << int{gray};
 }
 
-TEST(GIFColorDither, aColorOfThePaletteIsNotMixed) {
+TEST(GIFColorDither, aColorOfThePaletteIsNotDithered) {
     gif::ColorDither dither(threeGrays, width);
     Bytes indices(width);
     dither.place(std::vector<gif::Pixel>(width, {{40, 40, 40}, gif::Cover::opaque}).data(), indices);
     EXPECT_EQ(indices, Bytes(width, 1));
 }
 
-TEST(GIFColorDither, aColorThatThePaletteCannotMixLeavesItsNeighboursAlone) {
+TEST(GIFColorDither, aColorOutsideThePaletteDoesNotChangeItsNeighbours) {
     gif::ColorDither dither(threeGrays, width);
     std::vector<gif::Pixel> row(width, {{255, 255, 255}, gif::Cover::opaque});
     std::fill(row.begin() + width / 2, row.end(), gif::Pixel{{0, 0, 0}, gif::Cover::opaque});

@@ -25,7 +25,7 @@ PixelBuffer pictureOfColors(unsigned count) {
     });
 }
 
-/// One row: a pixel of every alpha from 0 to 255, over one colour.
+/// One row of one colour with every alpha from 0 to 255.
 PixelBuffer alphaRamp() {
     return makePicture({256, 1, ColorModel::gray, true},
                        [](std::uint32_t x, std::uint32_t, std::size_t c) { return c == 0 ? 90 : x; });
@@ -50,7 +50,7 @@ EncodingOptions withDitheredTransparency() {
     return options;
 }
 
-/// Peak signal to noise in decibels.
+/// Peak signal-to-noise ratio in decibels.
 double likeness(const PixelBuffer& a, const PixelBuffer& b) {
     double sum = 0;
     for (std::size_t i = 0; i < a.bytes.size(); ++i)
@@ -58,7 +58,7 @@ double likeness(const PixelBuffer& a, const PixelBuffer& b) {
     return 10 * std::log10(255 * 255 * static_cast<double>(a.bytes.size()) / sum);
 }
 
-/// The means of square tiles, where dithering must not show.
+/// The means of square tiles, which dithering must not change.
 PixelBuffer tiles(const PixelBuffer& picture, std::uint32_t side) {
     return makePicture({picture.format.width / side, picture.format.height / side},
                        [&](std::uint32_t tileX, std::uint32_t tileY, std::size_t c) {
@@ -71,7 +71,7 @@ PixelBuffer tiles(const PixelBuffer& picture, std::uint32_t side) {
 
 } // namespace
 
-TEST(GIFEncoder, aPictureOfFewColorsComesBackExactly) {
+TEST(GIFEncoder, aPictureOfFewColorsIsDecodedUnchanged) {
     for (const unsigned count : {1u, 2u, 3u, 4u, 5u, 17u, 128u, 129u, 255u, 256u}) {
         const PixelBuffer picture = pictureOfColors(count);
         const Bytes file = encodeSound(gif::encode, picture);
@@ -81,13 +81,13 @@ TEST(GIFEncoder, aPictureOfFewColorsComesBackExactly) {
     }
 }
 
-TEST(GIFEncoder, aGrayRampComesBackExactlyAsColors) {
+TEST(GIFEncoder, aGrayRampIsDecodedUnchangedAsRGB) {
     const auto gray = [](std::uint32_t x, std::uint32_t, std::size_t) { return x; };
     const Bytes file = encodeSound(gif::encode, makePicture({256, 2, ColorModel::gray}, gray));
     EXPECT_TRUE(samePicture(decodeSound(gif::codec, file).pixels, makePicture({256, 2}, gray)));
 }
 
-TEST(GIFEncoder, everySizeIsWritten) {
+TEST(GIFEncoder, everySizeIsEncoded) {
     for (const auto& [width, height] :
          {std::pair{1u, 1u}, {1u, 300u}, {300u, 1u}, {257u, 3u}, {65535u, 1u}, {1u, 65535u}}) {
         const StoredGIF stored = encoded(makePhoto({width, height}));
@@ -104,7 +104,7 @@ TEST(GIFEncoder, anOpaquePictureHasNoTransparentIndex) {
     EXPECT_FALSE(encoded(makePicture({8, 8, ColorModel::rgb, true}, opaque)).transparent.has_value());
 }
 
-TEST(GIFEncoder, halfTransparencyIsCutAtHalf) {
+TEST(GIFEncoder, pixelsBelowHalfAlphaAreTransparent) {
     const StoredGIF stored = encoded(alphaRamp());
     ASSERT_TRUE(stored.transparent.has_value());
     for (std::size_t alpha = 0; alpha < 256; ++alpha)
@@ -112,7 +112,7 @@ TEST(GIFEncoder, halfTransparencyIsCutAtHalf) {
     EXPECT_EQ(stored.colorAt(255).Red, 90);
 }
 
-TEST(GIFEncoder, ditheredTransparencyShowsAsManyPixelsAsTheAlphaAsks) {
+TEST(GIFEncoder, ditheredTransparencyShowsPixelsInProportionToAlpha) {
     const PixelBuffer quarter = makePicture({64, 64, ColorModel::rgb, true},
                                             [](auto, auto, std::size_t c) { return c == 3 ? 64 : 200; });
     const StoredGIF stored = encoded(quarter, withDitheredTransparency());
@@ -122,7 +122,7 @@ TEST(GIFEncoder, ditheredTransparencyShowsAsManyPixelsAsTheAlphaAsks) {
     EXPECT_NEAR(static_cast<double>(shown), 64 * 64 / 4, 64);
 }
 
-TEST(GIFEncoder, ditheredTransparencyLeavesFullAndNoAlphaAlone) {
+TEST(GIFEncoder, ditheringKeepsFullyTransparentAndOpaquePixels) {
     const StoredGIF stored = encoded(alphaRamp(), withDitheredTransparency());
     EXPECT_FALSE(stored.isShown(0));
     EXPECT_TRUE(stored.isShown(255));
@@ -133,13 +133,13 @@ TEST(GIFEncoder, ditheredTransparencyLeavesFullAndNoAlphaAlone) {
     EXPECT_LT(shownOfQuarter[2], 64) << "above half";
 }
 
-TEST(GIFEncoder, aWhollyTransparentPictureIsWritten) {
+TEST(GIFEncoder, aFullyTransparentPictureIsEncoded) {
     const StoredGIF stored = encoded(PixelBuffer({5, 4, ColorModel::rgb, true}));
     for (std::size_t i = 0; i < stored.indices.size(); ++i)
         EXPECT_FALSE(stored.isShown(i));
 }
 
-TEST(GIFEncoder, hiddenColorsTakeNoPlaceInTheColorMap) {
+TEST(GIFEncoder, colorsOfTransparentPixelsAreNotInTheColorTable) {
     const auto sample = [](std::uint32_t x, std::uint32_t y, std::size_t c) {
         const bool isHidden = y > 0;
         return c == 3     ? (isHidden ? 0u : 255u)
@@ -162,9 +162,9 @@ TEST(GIFEncoder, aGivenColorTableIsWrittenExactly) {
     EXPECT_LT(*std::ranges::max_element(stored.indices), 6);
 }
 
-TEST(GIFEncoder, aPictureOfTheGivenColorsComesBackExactly) {
+TEST(GIFEncoder, aPictureOfTheGivenColorsIsDecodedUnchanged) {
     Bytes table;
-    for (unsigned color = 0; color < 256; ++color) // many in one cell of the colour cube
+    for (unsigned color = 0; color < 256; ++color) // many colours in one cell of the colour cube
         table.insert(table.end(),
                      {static_cast<std::uint8_t>(color & 7), static_cast<std::uint8_t>(color >> 3 & 7),
                       static_cast<std::uint8_t>(color >> 6)});
@@ -185,13 +185,13 @@ TEST(GIFEncoder, transparencyIsAddedToAGivenTable) {
     EXPECT_TRUE(stored.isShown(255));
 }
 
-TEST(GIFEncoder, aTableOfPartialColorsIsIgnored) {
+TEST(GIFEncoder, anIncompleteColorTableIsIgnored) {
     const PixelBuffer picture = pictureOfColors(20);
     const Bytes table(7);
     EXPECT_EQ(encodeSound(gif::encode, picture, withTable(table)), encodeSound(gif::encode, picture));
 }
 
-TEST(GIFEncoder, aPhotoLooksLikeItself) {
+TEST(GIFEncoder, aPhotoIsSimilarToItsSource) {
     const PixelBuffer photo = makePhoto({480, 320});
     const PixelBuffer decoded = decodeSound(gif::codec, encodeSound(gif::encode, photo)).pixels;
     EXPECT_GT(likeness(decoded, photo), 30);
@@ -217,7 +217,7 @@ TEST(GIFEncoder, samplesOf16BitsAreRefused) {
     EXPECT_EQ(gif::encode(*rows, {}).failure().reason, Reason::unsupported);
 }
 
-TEST(GIFEncoder, aBrokenSourceGivesItsOwnFailure) {
+TEST(GIFEncoder, aFailureOfTheRowsIsReturned) {
     struct BrokenRows final : RowSource {
         BrokenRows() : RowSource({4, 4}) {}
         Result<void> readRow(std::span<std::uint8_t>) override {

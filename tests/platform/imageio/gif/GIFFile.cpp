@@ -56,7 +56,7 @@ Bytes GIFFile::make() const {
         addTransparency(gif, *transparent);
     EGifPutImageDesc(gif, left, top, width, height, interlaced, pictureMap);
     putRows(gif, *this);
-    behind(gif);
+    after(gif);
     EGifCloseFile(gif, &error);
     GifFreeMapObject(screenMap);
     GifFreeMapObject(pictureMap);

@@ -1,4 +1,4 @@
-// GIFFile: GIF files of every kind for tests, made by giflib itself; and what giflib finds in one.
+// GIFFile: makes GIF files of every kind with giflib, and reads the content of a file with giflib.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -17,10 +17,10 @@ struct GIFFile {
     std::vector<GifColorType> screenColors = {{10, 20, 30}, {40, 50, 60}, {70, 80, 90}, {250, 240, 230}};
     std::vector<GifColorType> pictureColors = {};
     std::optional<int> transparent = {};
-    /// Index at (x, y) of the picture.
+    /// The index at (x, y).
     std::function<int(int x, int y)> index = [](int x, int y) { return (x + y) % 4; };
-    /// Adds blocks before and behind the picture.
-    std::function<void(GifFileType*)> before = [](auto) {}, behind = [](auto) {};
+    /// Add blocks before and after the picture.
+    std::function<void(GifFileType*)> before = [](auto) {}, after = [](auto) {};
 
     Bytes make() const;
 };
@@ -39,7 +39,7 @@ struct StoredGIF {
     bool isShown(std::size_t pixel) const { return indices[pixel] != transparent; }
 };
 
-/// Everything that giflib finds; no pictures at all when it finds the file broken.
+/// What giflib reads; without pictures if it fails.
 StoredGIF readStoredGIF(const Bytes& file);
 
 } // namespace kestrine::testing

@@ -31,7 +31,7 @@ std::size_t firstNearest(const std::vector<gif::Color>& colors, gif::Color color
 
 } // namespace
 
-TEST(GIFNearestColor, ofUpToFourColorsTheFirstNearestIsFound) {
+TEST(GIFNearestColor, amongUpToFourColorsTheFirstNearestIsFound) {
     for (std::size_t count = 1; count <= 4; ++count) {
         const std::vector<gif::Color> colors = randomColors(count, 256);
         gif::NearestColor nearest(colors);
@@ -40,7 +40,7 @@ TEST(GIFNearestColor, ofUpToFourColorsTheFirstNearestIsFound) {
     }
 }
 
-TEST(GIFNearestColor, ofManyScatteredColorsNoneIsMuchNearer) {
+TEST(GIFNearestColor, amongManyColorsTheResultIsNearlyTheNearest) {
     const std::vector<gif::Color> colors = randomColors(256, 256);
     gif::NearestColor nearest(colors);
     int exact = 0;
@@ -53,7 +53,7 @@ TEST(GIFNearestColor, ofManyScatteredColorsNoneIsMuchNearer) {
     EXPECT_GT(exact, 19900);
 }
 
-TEST(GIFNearestColor, inACrowdTheAnswerIsFartherByLessThanACell) {
+TEST(GIFNearestColor, amongCrowdedColorsTheResultIsFartherByLessThanACell) {
     const std::vector<gif::Color> colors = randomColors(256, 24);
     gif::NearestColor nearest(colors);
     for (const gif::Color color : randomColors(20000, 24))
@@ -61,13 +61,13 @@ TEST(GIFNearestColor, inACrowdTheAnswerIsFartherByLessThanACell) {
                   std::sqrt(distance(colors[firstNearest(colors, color)], color)) + 24);
 }
 
-TEST(GIFNearestColor, ofEqualColorsTheFirstIsTheAnswer) {
+TEST(GIFNearestColor, amongEqualColorsTheFirstIsFound) {
     gif::NearestColor nearest(std::vector<gif::Color>{{9, 9, 9}, {200, 0, 0}, {200, 0, 0}, {9, 9, 9}});
     EXPECT_EQ(nearest.indexOf({199, 1, 0}), 1);
     EXPECT_EQ(nearest.indexOf({10, 8, 9}), 0);
 }
 
-TEST(GIFNearestColor, theSkippedColorIsNeverTheAnswer) {
+TEST(GIFNearestColor, theSkippedColorIsNeverFound) {
     for (const std::uint8_t skipped : std::initializer_list<std::uint8_t>{0, 7, 255}) {
         std::vector<gif::Color> colors = randomColors(256, 256);
         gif::NearestColor nearest(colors, skipped);

@@ -43,13 +43,13 @@ TEST(GIFHistogram, fewColorsAreCountedExactly) {
     EXPECT_EQ(histogram.positionOf({255, 255, 255}), 2u);
 }
 
-TEST(GIFHistogram, manyColorsAreJoinedWithoutLosingAPixel) {
+TEST(GIFHistogram, manyColorsAreMergedWithoutLosingPixels) {
     gif::Histogram histogram;
     std::mt19937 random(1);
     std::array<std::uint64_t, 3> sums{};
     for (int i = 0; i < 100000; ++i) {
         const gif::Color color = {static_cast<std::uint8_t>(random()), static_cast<std::uint8_t>(random()),
-                                static_cast<std::uint8_t>(random())};
+                                  static_cast<std::uint8_t>(random())};
         histogram.add(color);
         sums = {sums[0] + color.red, sums[1] + color.green, sums[2] + color.blue};
     }
@@ -65,7 +65,7 @@ TEST(GIFHistogram, manyColorsAreJoinedWithoutLosingAPixel) {
     EXPECT_EQ(sums, (std::array<std::uint64_t, 3>{}));
 }
 
-TEST(GIFPalette, aPictureOfFewColorsKeepsThem) {
+TEST(GIFPalette, aPictureOfFewColorsKeepsAllOfThem) {
     for (const unsigned count : {1u, 2u, 3u, 255u, 256u}) {
         const gif::Histogram histogram = histogramOf(count);
         const gif::Palette palette = paletteOfPicture(histogram, false);
@@ -82,7 +82,7 @@ TEST(GIFPalette, transparencyTakesOneMoreEntry) {
     EXPECT_EQ(exactIndices(palette, histogramOf(255)).size(), 255u);
 }
 
-TEST(GIFPalette, moreColorsThanFitAreRepresentedByAsManyAsFit) {
+TEST(GIFPalette, manyColorsFillTheWholePalette) {
     for (const unsigned count : {257u, 1000u, 4000u, 40000u})
         for (const bool needsTransparency : {false, true}) {
             const gif::Histogram histogram = histogramOf(count);
@@ -93,7 +93,7 @@ TEST(GIFPalette, moreColorsThanFitAreRepresentedByAsManyAsFit) {
         }
 }
 
-TEST(GIFPalette, aPictureWithoutShownPixelsHasOnlyTheTransparentEntry) {
+TEST(GIFPalette, aFullyTransparentPictureHasOnlyTheTransparentEntry) {
     const gif::Palette palette = paletteOfPicture(gif::Histogram{}, true);
     EXPECT_EQ(palette.colors.size(), 1u);
     EXPECT_EQ(palette.transparent, 0);
@@ -109,7 +109,7 @@ TEST(GIFPalette, theColorOfALargeFlatAreaIsKeptExactly) {
     EXPECT_TRUE(holds(paletteOfPicture(histogram, false), {201, 187, 93}));
 }
 
-TEST(GIFPalette, aGivenTableIsTakenAsItIs) {
+TEST(GIFPalette, aGivenTableIsNotChanged) {
     const gif::Palette palette = paletteOfTable(grayTable(5), histogramOf(300), false);
     ASSERT_EQ(palette.colors.size(), 5u);
     for (std::uint8_t i = 0; i < 5; ++i)
@@ -117,12 +117,12 @@ TEST(GIFPalette, aGivenTableIsTakenAsItIs) {
     EXPECT_FALSE(palette.transparent.has_value());
 }
 
-TEST(GIFPalette, transparencyIsAddedToAGivenTableThatHasRoom) {
+TEST(GIFPalette, transparencyIsAddedToATableWithFewerThan256Colors) {
     EXPECT_EQ(paletteOfTable(grayTable(5), histogramOf(9), true).transparent, 5);
     EXPECT_EQ(paletteOfTable(grayTable(255), histogramOf(9), true).transparent, 255);
 }
 
-TEST(GIFPalette, inAFullTableTransparencyReplacesTheLeastUsedColor) {
+TEST(GIFPalette, transparencyReplacesTheLeastUsedColorOfAFullTable) {
     gif::Histogram histogram;
     for (unsigned i = 0; i < 256; ++i)
         for (unsigned n = 0; n < (i == 77 ? 1 : 2); ++n)
@@ -134,7 +134,7 @@ TEST(GIFPalette, inAFullTableTransparencyReplacesTheLeastUsedColor) {
     EXPECT_EQ(palette.colors[77], (gif::Color{77, 77, 77}));
 }
 
-TEST(GIFPalette, aTableHasWholeColorsAndAtMost256) {
+TEST(GIFPalette, aColorTableHasCompleteColorsAndAtMost256) {
     for (const std::size_t length : {3u, 6u, 765u, 768u})
         EXPECT_TRUE(gif::isColorTable(Bytes(length))) << length;
     for (const std::size_t length : {0u, 1u, 4u, 767u, 769u, 771u})

@@ -1,6 +1,6 @@
-// Which JPEG files are damaged, that is: for which of them pixels had to be made up.
+// JPEG files are damaged if pixels had to be made up.
 #include "platform/imageio/Picture.h"
-#include "platform/imageio/jpeg/LibraryOnlyScope.h"
+#include "platform/imageio/jpeg/Decoder.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
 
@@ -87,16 +87,19 @@ TEST(JPEGDamage, aRestartMarkerOutOfTurnIsMalformed) {
     EXPECT_TRUE(damageOf(withByte(file, markerPosition(file, 0xD2) + 1, 0xD5)));
 }
 
-TEST(JPEGDamage, bytesLeftOverBeforeARestartMarkerAreDamageAndBeforeAHeaderSegmentNot) {
+TEST(JPEGDamage, bytesBeforeARestartMarkerAreDamageButNotBeforeAHeaderSegment) {
     const Bytes file = makeJPEG(restarting);
     EXPECT_TRUE(damageOf(withInserted(file, markerPosition(file, 0xD3), {1, 2, 3})));
     EXPECT_FALSE(damageOf(withInserted(file, markerPosition(file, 0xDB), {1, 2, 3})));
 }
 
 TEST(JPEGDamage, isTheSameWithoutOurOwnDecoder) {
-    const LibraryOnlyScope scope;
-    EXPECT_FALSE(damageOf(makeJPEG(photo)));
-    EXPECT_TRUE(damageOf(shortened(makeJPEG(photo), 300)));
+    const Bytes whole = makeJPEG(photo), damaged = shortened(whole, 300);
+    for (const Bytes& file : {whole, damaged}) {
+        const auto decoder = *openDecoder(readerOfBytes(file), DecoderChoice::libraryOnly);
+        EXPECT_TRUE(readAllRows(**decoder->rows(0, 8)).ok());
+        EXPECT_EQ(decoder->damage().has_value(), file == damaged);
+    }
 }
 
 TEST(JPEGDamage, isNotSeenBeforeTheDamagedRowsAreDecoded) {

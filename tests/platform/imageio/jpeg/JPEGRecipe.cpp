@@ -23,8 +23,8 @@ PixelBuffer pixelsOf(const JPEGRecipe& recipe) {
     });
 }
 
-/// The most usual symbols, which stand first, get the longest codes.
-void turnRound(JHUFF_TBL& code) {
+/// Gives the longest codes to the most frequent symbols, which come first.
+void reverseSymbols(JHUFF_TBL& code) {
     const int symbols = [&] {
         int sum = 0;
         for (int length = 1; length <= 16; ++length)
@@ -34,10 +34,21 @@ void turnRound(JHUFF_TBL& code) {
     std::reverse(code.huffval, code.huffval + symbols);
 }
 
-/// One code of each length from 5 to 16, for the twelve symbols of DC.
+/// Gives the twelve DC symbols codes of the lengths 5 to 16.
 void lengthen(JHUFF_TBL& code) {
     for (int length = 1; length <= 16; ++length)
         code.bits[length] = length >= 5;
+}
+
+/// The DC coefficients, then bit by bit each AC coefficient in a scan of its own.
+std::vector<jpeg_scan_info> manyScans(int count) {
+    constexpr int highestBit = 7;
+    std::vector<jpeg_scan_info> scans = {{1, {0}, 0, 0, 0, 0}};
+    for (int bit = highestBit; bit >= 0; --bit)
+        for (int coefficient = 1; coefficient < DCTSIZE2; ++coefficient)
+            scans.push_back({1, {0}, coefficient, coefficient, bit == highestBit ? 0 : bit + 1, bit});
+    scans.resize(static_cast<std::size_t>(count));
+    return scans;
 }
 
 void setUp(jpeg_compress_struct& info, const JPEGRecipe& recipe) {
@@ -52,7 +63,7 @@ void setUp(jpeg_compress_struct& info, const JPEGRecipe& recipe) {
         info.comp_info[c].v_samp_factor = recipe.sampling.factors[static_cast<std::size_t>(c)][1];
     }
     for (int i = 0; i < 2 && recipe.codes == Codes::longest; ++i) {
-        turnRound(*info.ac_huff_tbl_ptrs[i]);
+        reverseSymbols(*info.ac_huff_tbl_ptrs[i]);
         lengthen(*info.dc_huff_tbl_ptrs[i]);
     }
     if (recipe.isProgressive)
@@ -86,6 +97,12 @@ Bytes makeJPEG(const JPEGRecipe& recipe) {
     info.input_components = recipe.isGrey ? 1 : 3;
     info.in_color_space = recipe.isGrey ? JCS_GRAYSCALE : JCS_RGB;
     setUp(info, recipe);
+    const std::vector<jpeg_scan_info> scans =
+        recipe.scans > 0 ? manyScans(recipe.scans) : std::vector<jpeg_scan_info>();
+    if (!scans.empty()) {
+        info.scan_info = scans.data();
+        info.num_scans = recipe.scans;
+    }
     jpeg_start_compress(&info, TRUE);
     for (std::uint32_t y = 0; y < recipe.height; ++y) {
         JSAMPROW row = pixels.row(y).data();
@@ -100,14 +117,14 @@ Bytes makeJPEG(const JPEGRecipe& recipe) {
 
 namespace {
 
-int blocksOfAnMCU(const SamplingFactors& sampling) {
+int blocksPerMCU(const SamplingFactors& sampling) {
     int blocks = 0;
     for (const auto& [horizontal, vertical] : sampling.factors)
         blocks += horizontal * vertical;
     return blocks;
 }
 
-/// All with factors 1, 2 and 4, however odd.
+/// All samplings with the factors 1, 2 and 4.
 std::vector<SamplingFactors> allSamplings() {
     std::vector<std::array<int, 2>> pairs;
     for (const int horizontal : {1, 2, 4})
@@ -117,7 +134,7 @@ std::vector<SamplingFactors> allSamplings() {
     for (const auto& y : pairs)
         for (const auto& cb : pairs)
             for (const auto& cr : pairs)
-                if (constexpr int most = 10; blocksOfAnMCU({{y, cb, cr}}) <= most)
+                if (constexpr int maxBlocks = 10; blocksPerMCU({{y, cb, cr}}) <= maxBlocks)
                     samplings.push_back({{y, cb, cr}});
     return samplings;
 }

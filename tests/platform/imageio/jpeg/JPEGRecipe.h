@@ -1,4 +1,4 @@
-// JPEGRecipe: files for the tests of our own JPEG decoder, made by the general library as the test says.
+// JPEGRecipe: makes JPEG files with libjpeg-turbo, for tests of the decoders.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -28,22 +28,23 @@ struct JPEGRecipe {
     unsigned width = 48, height = 32;
     bool isGrey = false;
     SamplingFactors sampling = sampling420;
-    int quality = 85; ///< 1 to 100; below 25 or so some quantisers have 16 bits if `hasWideQuantisers`
+    int quality = 85; ///< 1 to 100; below about 25 some quantisers have 16 bits if `hasWideQuantisers`
     bool hasWideQuantisers = false;
     Content content = Content::photo;
-    Codes codes = Codes::standard; ///< longest: nearly all symbols have codes of 10 to 16 bits
+    Codes codes = Codes::standard; ///< with `longest`, nearly all symbols have codes of 10 to 16 bits
     unsigned restartInterval = 0;  ///< in MCUs
     bool isProgressive = false;
+    int scans = 0; ///< if not 0, a progressive file with this many scans, 1 to 505; requires isGrey
     bool isStoredAsRGB = false;
 
-    /// Says what is special about it, for messages.
+    /// For messages.
     std::string description() const;
 };
 
 Bytes makeJPEG(const JPEGRecipe& recipe);
 
-/// Every sampling once, the usual ones in every size from 1 to 40 and a larger one, every quality, and what
-/// else our own decoder takes.
+/// Files that our own decoder supports: every sampling once, the usual samplings with every size from 1 to 40
+/// and a larger one, every quality, restart markers and all kinds of codes.
 std::vector<JPEGRecipe> recipesForOurDecoder();
 
 } // namespace kestrine::testing

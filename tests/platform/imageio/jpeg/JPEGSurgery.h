@@ -1,4 +1,4 @@
-// Changing the bytes of a JPEG, for files that no library writes.
+// JPEGSurgery: changes the bytes of JPEG files, for files that no library writes.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -8,7 +8,7 @@
 
 namespace kestrine::testing {
 
-/// Position of the first marker FF `code` from `from` on, or the end.
+/// Offset of the first marker FF `code` at or after `from`; the size of the file if there is none.
 inline std::size_t markerPosition(const Bytes& file, std::uint8_t code, std::size_t from = 0) {
     const std::uint8_t wanted[] = {0xFF, code};
     return static_cast<std::size_t>(
@@ -30,7 +30,7 @@ inline Bytes cutAt(const Bytes& file, std::size_t length) {
     return {file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length)};
 }
 
-/// A marker segment of that content.
+/// A marker segment with `content`.
 inline Bytes segmentOf(std::uint8_t code, const Bytes& content) {
     const std::size_t length = content.size() + 2;
     const Bytes head = {0xFF, code, static_cast<std::uint8_t>(length >> 8),
@@ -38,7 +38,7 @@ inline Bytes segmentOf(std::uint8_t code, const Bytes& content) {
     return withInserted(content, 0, head);
 }
 
-/// Where the entropy-coded bytes begin.
+/// Offset of the entropy-coded bytes.
 inline std::size_t scanPosition(const Bytes& file) {
     const std::size_t scan = markerPosition(file, 0xDA);
     return scan + 2 + static_cast<std::size_t>(file[scan + 2] << 8 | file[scan + 3]);

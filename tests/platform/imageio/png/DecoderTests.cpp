@@ -8,7 +8,7 @@ namespace {
 
 const auto pattern = [](std::uint32_t x, std::uint32_t y, int c) { return 37 * x + 91 * y + 53u * c + 1; };
 
-/// A file whose samples are `pattern`, cut to `bits` bits.
+/// A file with `pattern` as samples, reduced to `bits` bits.
 PNGFile patternFile(int colorType, int bits) {
     PNGFile file{.width = 19, .height = 11, .bitDepth = bits, .colorType = colorType};
     file.sample = [bits](auto x, auto y, int c) {
@@ -52,14 +52,14 @@ void addExif(png_structp png, png_infop info) {
                    const_cast<png_bytep>(exifBlock.data()));
 }
 
-/// A profile chunk past all checks of libpng's.
+/// Adds a profile chunk without libpng's checks.
 void addProfileChunk(png_structp png, png_infop info, Bytes content) {
     png_unknown_chunk chunk{"iCCP", content.data(), content.size(), PNG_HAVE_IHDR};
     png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, nullptr, 0);
     png_set_unknown_chunks(png, info, &chunk, 1);
 }
 
-/// What such a chunk holds: a name, and the profile as one stored block of deflate with its checksum.
+/// The content of a profile chunk: a name, and the profile as one stored deflate block with its checksum.
 Bytes profileContent(ByteView icc) {
     Bytes content = {'x', 0, 0, 0x78, 0x01, 0x01};
     for (const std::size_t number : {icc.size(), ~icc.size()})
@@ -76,7 +76,7 @@ Bytes profileContent(ByteView icc) {
     return content;
 }
 
-/// Rewrites the header chunk, checksum and all.
+/// Changes the size in the header chunk, and its checksum.
 void claimSize(Bytes& file, std::uint32_t width, std::uint32_t height) {
     std::uint32_t checksum = 0xFFFFFFFF;
     const auto put = [&](std::size_t at, std::uint32_t number) {
@@ -95,7 +95,7 @@ void claimSize(Bytes& file, std::uint32_t width, std::uint32_t height) {
 
 } // namespace
 
-TEST(PNGDecoder, everyColourTypeAndDepthIsDelivered) {
+TEST(PNGDecoder, everyColourTypeAndDepthIsDecoded) {
     struct Case {
         int colorType, bits;
         ColorModel model;
@@ -136,12 +136,12 @@ TEST(PNGDecoder, indicesBecomeColours) {
     EXPECT_TRUE(samePicture(decoded.pixels, expected));
 }
 
-TEST(PNGDecoder, theColourTableOfAnIndexedPictureIsOffered) {
+TEST(PNGDecoder, anIndexedPictureHasAColourTable) {
     const Bytes expected = {10, 20, 30, 40, 50, 60, 70, 80, 90, 250, 240, 230};
     EXPECT_EQ(decodeSound(png::codec, indexedFile().make()).colorTable, expected);
 }
 
-TEST(PNGDecoder, aSuggestedPaletteIsNoColourTable) {
+TEST(PNGDecoder, aSuggestedPaletteIsNotAColourTable) {
     PNGFile file;
     file.before = [](auto png, auto info) { png_set_PLTE(png, info, palette, 4); };
     EXPECT_TRUE(decodeSound(png::codec, file.make()).colorTable.empty());
@@ -178,7 +178,7 @@ TEST(PNGDecoder, aTransparentColourBecomesAlpha) {
         }
 }
 
-TEST(PNGDecoder, pixelsAMetreAreTakenAsThePixelsAnInchTheyWereRoundedFrom) {
+TEST(PNGDecoder, roundedPixelsPerMetreBecomeWholePixelsPerInch) {
     struct Case {
         png_uint_32 perMeter;
         double perInch;
@@ -193,24 +193,24 @@ TEST(PNGDecoder, pixelsAMetreAreTakenAsThePixelsAnInchTheyWereRoundedFrom) {
     }
 }
 
-TEST(PNGDecoder, anAspectRatioIsNoResolution) {
+TEST(PNGDecoder, anAspectRatioIsNotAResolution) {
     PNGFile file;
     file.before = [](auto png, auto info) { png_set_pHYs(png, info, 11811, 11811, PNG_RESOLUTION_UNKNOWN); };
     EXPECT_EQ(decodeSound(png::codec, file.make()).frame().resolution, Resolution{});
 }
 
-TEST(PNGDecoder, theExifBlockIsOfferedFromBeforeAndFromBehindThePixels) {
-    PNGFile before, behind;
+TEST(PNGDecoder, exifBeforeOrAfterThePixelsIsFound) {
+    PNGFile before, after;
     before.before = addExif;
-    behind.behind = [](auto png) {
+    after.after = [](auto png) {
         png_write_chunk(png, reinterpret_cast<png_const_bytep>("eXIf"), exifBlock.data(), exifBlock.size());
     };
     EXPECT_EQ(decodeSound(png::codec, before.make()).exif, exifBlock);
-    EXPECT_EQ(decodeSound(png::codec, behind.make()).exif, exifBlock);
+    EXPECT_EQ(decodeSound(png::codec, after.make()).exif, exifBlock);
     EXPECT_TRUE(decodeSound(png::codec, PNGFile{}.make()).exif.empty());
 }
 
-TEST(PNGDecoder, exifGivesTheResolutionBeforePixelsAMetre) {
+TEST(PNGDecoder, theResolutionOfExifOverridesPixelsPerMetre) {
     PNGFile file;
     file.before = addExif;
     EXPECT_EQ(decodeSound(png::codec, file.make()).frame().resolution, (Resolution{300, 300}));
@@ -221,7 +221,7 @@ TEST(PNGDecoder, exifGivesTheResolutionBeforePixelsAMetre) {
     EXPECT_EQ(decodeSound(png::codec, file.make()).frame().resolution, (Resolution{300, 300}));
 }
 
-TEST(PNGDecoder, theAdobeRGBMarkOfExifBecomesAProfileUnlessTheFileSaysOtherwise) {
+TEST(PNGDecoder, adobeRGBInExifBecomesTheProfileUnlessTheFileIsMarkedAsSRGB) {
     PNGFile file;
     file.before = addExif;
     EXPECT_EQ(decodeSound(png::codec, file.make()).frame().profile, ColorProfile::adobeRGB());
@@ -239,7 +239,7 @@ TEST(PNGDecoder, anUntaggedPictureAndOneMarkedAsSRGBHaveNoProfile) {
     EXPECT_FALSE(decodeSound(png::codec, file.make()).frame().profile.has_value());
 }
 
-TEST(PNGDecoder, anEmbeddedProfileComesWithThePixels) {
+TEST(PNGDecoder, anEmbeddedProfileIsRead) {
     const ColorProfile profile = ColorProfile::adobeRGB();
     EncodingOptions options;
     options.profile = &profile;
@@ -250,7 +250,7 @@ TEST(PNGDecoder, anEmbeddedProfileComesWithThePixels) {
 TEST(PNGDecoder, aBrokenProfileIsIgnored) {
     PNGFile file;
     file.before = [](auto png, auto info) {
-        addProfileChunk(png, info, {'x', 0, 0, 0x78, 0x9C, 0x03, 0, 0, 0, 0, 1}); // nothing compressed
+        addProfileChunk(png, info, {'x', 0, 0, 0x78, 0x9C, 0x03, 0, 0, 0, 0, 1}); // an empty stream
     };
     const Bytes bytes = file.make();
     ASSERT_NE(std::string(bytes.begin(), bytes.end()).find("iCCP"), std::string::npos);
@@ -263,7 +263,7 @@ TEST(PNGDecoder, aProfileOfAnotherColourModelIsIgnored) {
     file.before = [&](auto png, auto info) { addProfileChunk(png, info, profileContent(gray->bytes())); };
     EXPECT_FALSE(decodeSound(png::codec, file.make()).frame().profile.has_value());
     file.colorType = PNG_COLOR_TYPE_GRAY;
-    EXPECT_EQ(decodeSound(png::codec, file.make()).frame().profile, gray) << "the chunk itself is sound";
+    EXPECT_EQ(decodeSound(png::codec, file.make()).frame().profile, gray) << "the chunk itself is valid";
 }
 
 TEST(PNGDecoder, aGammaBecomesAProfile) {
@@ -298,13 +298,13 @@ TEST(PNGDecoder, primariesOtherThanSRGBsMakeAProfileEvenWithItsGamma) {
               ColorProfile::fromGamma(1 / 0.45455, wide, ColorModel::rgb));
 }
 
-TEST(PNGDecoder, primariesWithoutAGammaSayNothing) {
+TEST(PNGDecoder, primariesWithoutAGammaAreIgnored) {
     PNGFile file;
     file.before = addWidePrimaries;
     EXPECT_FALSE(decodeSound(png::codec, file.make()).frame().profile.has_value());
 }
 
-TEST(PNGDecoder, aFileCutShortAnywhereGivesNothing) {
+TEST(PNGDecoder, aFileCutOffAnywhereIsRefused) {
     const Bytes file = indexedFile().make();
     for (std::size_t length = 0; length < file.size(); ++length)
         EXPECT_TRUE(failsToDecode(png::codec,
@@ -312,7 +312,7 @@ TEST(PNGDecoder, aFileCutShortAnywhereGivesNothing) {
             << length << " of " << file.size() << " bytes";
 }
 
-TEST(PNGDecoder, damagedPixelsGiveNothing) {
+TEST(PNGDecoder, damagedPixelsAreRefused) {
     for (const bool interlaced : {false, true}) {
         PNGFile recipe = patternFile(PNG_COLOR_TYPE_RGB, 8);
         recipe.interlaced = interlaced;
@@ -343,7 +343,7 @@ TEST(PNGDecoder, transparencyInADamagedChunkIsLostAndReported) {
     }
 }
 
-TEST(PNGDecoder, aSizeThatTheFileCannotHoldFailsBeforeAnythingIsAllocated) {
+TEST(PNGDecoder, aSizeThatTheFileCannotHoldIsRefusedAtOnce) {
     Bytes file = PNGFile{.width = 1, .height = 1}.make();
     claimSize(file, 30'000, 30'000);
     const Result<Decoded> decoded = decode(png::codec, file);
@@ -351,7 +351,16 @@ TEST(PNGDecoder, aSizeThatTheFileCannotHoldFailsBeforeAnythingIsAllocated) {
     EXPECT_EQ(decoded.failure().reason, Reason::truncated);
 }
 
-TEST(PNGDecoder, aPictureBeyondTheLimitsGivesNothing) {
+TEST(PNGDecoder, anInterlacedPictureThatDoesNotFitMemoryIsRefused) {
+    for (const bool isInterlaced : {false, true}) {
+        Bytes file = PNGFile{.width = 1, .height = 1, .interlaced = isInterlaced}.make();
+        claimSize(file, 30'000, 30'000);
+        file.resize(3'000'000); // long enough for the pixels
+        EXPECT_EQ(png::codec.open(readerOfBytes(file)).ok(), !isInterlaced);
+    }
+}
+
+TEST(PNGDecoder, aPictureBeyondTheLimitsIsRefused) {
     Bytes file = PNGFile{.width = 1, .height = 1}.make();
     claimSize(file, 40'000, 40'000);
     const Result<Decoded> decoded = decode(png::codec, file);
@@ -359,7 +368,7 @@ TEST(PNGDecoder, aPictureBeyondTheLimitsGivesNothing) {
     EXPECT_EQ(decoded.failure().reason, Reason::tooLarge);
 }
 
-TEST(PNGDecoder, rowsMayBeReadAgainAndOutliveTheDecoder) {
+TEST(PNGDecoder, rowsCanBeReadAgainAndOutliveTheDecoder) {
     auto decoder = png::codec.open(readerOfBytes(indexedFile().make()));
     ASSERT_TRUE(decoder.ok());
     auto first = (*decoder)->rows(0, 8), second = (*decoder)->rows(0, 8);

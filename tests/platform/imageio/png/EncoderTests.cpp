@@ -21,11 +21,12 @@ private:
 
 } // namespace
 
-TEST(PNGEncoder, everyLayoutComesBackAsItWas) {
+TEST(PNGEncoder, everyLayoutIsDecodedUnchanged) {
     for (const auto& [width, height] : {std::pair{1u, 1u}, {37u, 23u}, {1u, 64u}, {300u, 1u}})
         for (const RowFormat& layout : allLayouts(width, height)) {
             const PixelBuffer picture = makePhoto(layout);
-            EXPECT_TRUE(samePicture(decodeSound(png::codec, encodeSound(png::encode, picture)).pixels, picture));
+            EXPECT_TRUE(
+                samePicture(decodeSound(png::codec, encodeSound(png::encode, picture)).pixels, picture));
         }
 }
 
@@ -59,8 +60,8 @@ TEST(PNGEncoder, theProfileIsEmbedded) {
     }
 }
 
-TEST(PNGEncoder, aProfileOfAnOddLengthIsEmbeddedToo) {
-    const ByteView plain = ColorProfile::sRGB().bytes(); // version 4, where the format wants whole words
+TEST(PNGEncoder, aProfileWhoseLengthIsNoMultipleOfFourIsPadded) {
+    const ByteView plain = ColorProfile::sRGB().bytes(); // version 4, which requires a multiple of four bytes
     Bytes icc(plain.begin(), plain.end());
     icc.resize(icc.size() + 2);
     icc[3] = static_cast<std::uint8_t>(icc.size());
@@ -76,20 +77,20 @@ TEST(PNGEncoder, aProfileOfAnOddLengthIsEmbeddedToo) {
     EXPECT_EQ(embedded->bytes().size(), icc.size() + 2);
 }
 
-TEST(PNGEncoder, aFailureOfTheRowsIsHandedOn) {
+TEST(PNGEncoder, aFailureOfTheRowsIsReturned) {
     BreakingRows rows;
     const Result<Bytes> file = png::encode(rows, {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().text, "broken on purpose");
 }
 
-TEST(PNGEncoder, aPictureWithoutPixelsGivesNothing) {
+TEST(PNGEncoder, aPictureWithoutPixelsIsRefused) {
     const Result<Bytes> file = png::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{0, 5})), {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().reason, Reason::empty);
 }
 
-TEST(PNGEncoder, theFilePaysForNoMoreThanThePictureHolds) {
+TEST(PNGEncoder, aPhotoIsCompressed) {
     const RowFormat format{640, 480};
     const Bytes photo = encodeSound(png::encode, makePhoto(format));
     EXPECT_LT(photo.size(), format.bytesPerRow() * format.height / 2);

@@ -40,7 +40,7 @@ Bytes PNGFile::make() const {
                             bitDepth, sample(x, y, c));
             png_write_row(png, row.data());
         }
-    behind(png);
+    after(png);
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
     return file;

@@ -1,4 +1,4 @@
-// PNGFile: PNG files of every kind for tests, made by libpng itself.
+// PNGFile: makes PNG files of every kind with libpng.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -13,14 +13,14 @@ struct PNGFile {
     int bitDepth = 8;
     int colorType = PNG_COLOR_TYPE_RGB;
     bool interlaced = false;
-    /// Stored sample (x, y, channel).
+    /// The stored sample at (x, y, channel).
     std::function<unsigned(std::uint32_t x, std::uint32_t y, int channel)> sample = [](auto, auto, auto) {
         return 0u;
     };
     /// Adds chunks before the pixels.
     std::function<void(png_structp, png_infop)> before = [](auto, auto) {};
-    /// Adds chunks behind the pixels.
-    std::function<void(png_structp)> behind = [](auto) {};
+    /// Adds chunks after the pixels.
+    std::function<void(png_structp)> after = [](auto) {};
 
     Bytes make() const;
 };

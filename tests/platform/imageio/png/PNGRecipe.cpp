@@ -69,7 +69,7 @@ Bytes PNGRecipe::make() const {
     file.insert(file.end(), before.begin(), before.end());
     for (std::size_t at = 0; at < stream.size(); at += chunkBytes)
         addChunk(file, "IDAT", ByteView(stream).subspan(at, std::min(chunkBytes, stream.size() - at)));
-    file.insert(file.end(), behind.begin(), behind.end());
+    file.insert(file.end(), after.begin(), after.end());
     addChunk(file, "IEND", {});
     return file;
 }

@@ -76,7 +76,7 @@ Bytes animation(int width, int height, const std::vector<AnimationFrame>& frames
     return takeOver(const_cast<std::uint8_t*>(out.bytes), out.size);
 }
 
-/// IFD0 with XResolution and YResolution 300 and an EXIF directory that says "Adobe RGB".
+/// IFD0 with XResolution and YResolution 300, and an EXIF directory that marks Adobe RGB.
 const Bytes exifBlock = {'M',  'M',  0,    42, 0, 0, 0, 8,  0, 3,        //
                          0x01, 0x1A, 0,    5,  0, 0, 0, 1,  0, 0, 0, 50, //
                          0x01, 0x1B, 0,    5,  0, 0, 0, 1,  0, 0, 0, 50, //
@@ -88,14 +88,14 @@ const RowFormat rgb{33, 21}, rgba{33, 21, ColorModel::rgb, true};
 
 } // namespace
 
-TEST(WebPDecoder, losslessPicturesComeBackAsTheyWere) {
+TEST(WebPDecoder, losslessPicturesAreDecodedExactly) {
     for (const RowFormat& format : {rgb, rgba, RowFormat{1, 1}, RowFormat{1, 300}}) {
         const PixelBuffer picture = makePhoto(format);
         EXPECT_TRUE(samePicture(decodeSound(webp::codec, lossless(picture)).pixels, picture));
     }
 }
 
-TEST(WebPDecoder, lossyPicturesComeBackNearly) {
+TEST(WebPDecoder, lossyPicturesAreDecodedApproximately) {
     for (const bool hasAlpha : {false, true}) {
         const PixelBuffer picture =
             makePicture({64, 48, ColorModel::rgb, hasAlpha}, [](auto x, auto y, std::size_t c) {
@@ -105,7 +105,7 @@ TEST(WebPDecoder, lossyPicturesComeBackNearly) {
     }
 }
 
-TEST(WebPDecoder, theProfileComesWithThePixels) {
+TEST(WebPDecoder, anEmbeddedProfileIsRead) {
     const ColorProfile profile = ColorProfile::adobeRGB();
     const Bytes file = lossless(makePhoto(rgb));
     const Bytes icc(profile.bytes().begin(), profile.bytes().end());
@@ -115,7 +115,7 @@ TEST(WebPDecoder, theProfileComesWithThePixels) {
     EXPECT_FALSE(decodeSound(webp::codec, file).frame().profile.has_value());
 }
 
-TEST(WebPDecoder, exifIsOfferedAndGivesResolutionAndColour) {
+TEST(WebPDecoder, exifIsReadAndDefinesResolutionAndProfile) {
     const Decoded decoded =
         decodeSound(webp::codec, withChunks(lossless(makePhoto(rgb)), {{"EXIF", exifBlock}}));
     EXPECT_EQ(decoded.exif, exifBlock);
@@ -124,14 +124,14 @@ TEST(WebPDecoder, exifIsOfferedAndGivesResolutionAndColour) {
     EXPECT_EQ(decodeSound(webp::codec, lossless(makePhoto(rgb))).frame().resolution, Resolution{});
 }
 
-TEST(WebPDecoder, theMarkOfAJPEGSegmentBeforeExifIsDropped) {
+TEST(WebPDecoder, theSignatureOfAJPEGSegmentBeforeExifIsRemoved) {
     Bytes marked = {'E', 'x', 'i', 'f', 0, 0};
     marked.insert(marked.end(), exifBlock.begin(), exifBlock.end());
     EXPECT_EQ(decodeSound(webp::codec, withChunks(lossless(makePhoto(rgb)), {{"EXIF", marked}})).exif,
               exifBlock);
 }
 
-TEST(WebPDecoder, ofAnAnimationTheFirstFrameIsTaken) {
+TEST(WebPDecoder, theFirstFrameOfAnAnimationIsDecoded) {
     const PixelBuffer first = makePhoto(rgb);
     const PixelBuffer second = makePicture(rgb, [](auto, auto, std::size_t) { return 9u; });
     const Decoded decoded =
@@ -140,7 +140,7 @@ TEST(WebPDecoder, ofAnAnimationTheFirstFrameIsTaken) {
     EXPECT_TRUE(samePicture(decoded.pixels, first));
 }
 
-TEST(WebPDecoder, aSmallFirstFrameLiesOnATransparentCanvas) {
+TEST(WebPDecoder, aSmallFirstFrameIsPlacedOnATransparentCanvas) {
     const PixelBuffer small =
         makePicture({4, 3}, [](auto x, auto y, std::size_t c) { return 50 + x + 10 * y + 60 * c; });
     const Decoded decoded =
@@ -153,7 +153,7 @@ TEST(WebPDecoder, aSmallFirstFrameLiesOnATransparentCanvas) {
     EXPECT_TRUE(samePicture(decoded.pixels, expected));
 }
 
-TEST(WebPDecoder, aFileCutShortAnywhereGivesNothing) {
+TEST(WebPDecoder, aFileCutOffAnywhereIsRefused) {
     for (const Bytes& file :
          {lossless(makePhoto(rgb)), lossy(makePhoto(rgba)),
           animation(33, 21, {{lossless(makePhoto(rgb)), 0, 0}, {lossy(makePhoto(rgb)), 0, 0}})})
@@ -163,7 +163,7 @@ TEST(WebPDecoder, aFileCutShortAnywhereGivesNothing) {
                 << length << " of " << file.size() << " bytes";
 }
 
-TEST(WebPDecoder, damagedPixelsGiveNothing) {
+TEST(WebPDecoder, damagedPixelsAreRefused) {
     Bytes file = lossless(makePhoto(rgb));
     std::fill(file.begin() + 30, file.begin() + 60, std::uint8_t{0xFF});
     EXPECT_TRUE(failsToDecode(webp::codec, file));
@@ -177,7 +177,7 @@ TEST(WebPDecoder, onlyWebPHeadersAreRecognised) {
     EXPECT_FALSE(webp::codec.recognises(sound));
 }
 
-TEST(WebPDecoder, rowsMayBeReadAgainAndOutliveTheDecoder) {
+TEST(WebPDecoder, rowsCanBeReadAgainAndOutliveTheDecoder) {
     auto decoder = webp::codec.open(readerOfBytes(lossless(makePhoto(rgba))));
     ASSERT_TRUE(decoder.ok());
     auto first = (*decoder)->rows(0, 8), second = (*decoder)->rows(0, 8);
@@ -186,9 +186,10 @@ TEST(WebPDecoder, rowsMayBeReadAgainAndOutliveTheDecoder) {
     EXPECT_TRUE(samePicture(*readAllRows(**first), *readAllRows(**second)));
 }
 
-TEST(WebPDecoder, aMissingLibraryIsNamed) {
-    for (const Result<webp::Functions>& functions : {webp::loadFunctions({"libwebp.so.0"}, {"libwebpdemux.so.2"}),
-                                                   webp::loadFunctions({"libwebp.so.7"}, {"libm.so.6"})}) {
+TEST(WebPDecoder, aMissingLibraryIsReportedWithItsPackage) {
+    for (const Result<webp::Functions>& functions :
+         {webp::loadFunctions({"libwebp.so.0"}, {"libwebpdemux.so.2"}),
+          webp::loadFunctions({"libwebp.so.7"}, {"libm.so.6"})}) {
         ASSERT_FALSE(functions.ok());
         EXPECT_EQ(functions.failure().reason, Reason::unsupported);
         EXPECT_NE(functions.failure().text.find("libwebp7"), std::string::npos);

@@ -13,7 +13,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace kestrine::kernels::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128 // a processor without vectors runs the plain loops
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128 // without vectors
 
 using reference::upsampleH1V2Fancy;
 using reference::upsampleH2V1Fancy;
@@ -37,26 +37,26 @@ HWY_INLINE Numbers rounded(Numbers value, std::uint16_t rounding) {
     return hn::Add(value, hn::Set(Tag(), rounding));
 }
 
-/// Stores two bytes for each number: even, then oddTimes256 / 256.
+/// Stores two bytes per lane: `even`, then the upper byte of `oddTimes256`.
 HWY_INLINE void storeTwins(Numbers even, Numbers oddTimes256, std::uint8_t* result) {
     const Numbers odd = hn::And(oddTimes256, hn::Set(Tag(), 0xFF00));
     const hn::Repartition<std::uint8_t, Tag> bytes;
     hn::StoreU(hn::BitCast(bytes, hn::Or(even, odd)), bytes, result);
 }
 
-/// A row of numbers that are samples.
+/// Samples of one row.
 struct OneRow {
     const std::uint8_t* row;
 
     HWY_INLINE Numbers at(std::size_t i) const { return load(row + i); }
     HWY_INLINE static void store(Numbers previous, Numbers sample, Numbers next, std::uint8_t* result) {
-        const Numbers most = threefold(sample);
-        storeTwins(hn::ShiftRight<2>(rounded(hn::Add(most, previous), 1)),
-                   hn::ShiftLeft<6>(rounded(hn::Add(most, next), 2)), result);
+        const Numbers tripled = threefold(sample);
+        storeTwins(hn::ShiftRight<2>(rounded(hn::Add(tripled, previous), 1)),
+                   hn::ShiftLeft<6>(rounded(hn::Add(tripled, next), 2)), result);
     }
 };
 
-/// A row of numbers that are four times samples.
+/// Weighted sums of two rows: four times a sample.
 struct TwoRows {
     const std::uint8_t *nearRow, *farRow;
 
@@ -64,14 +64,14 @@ struct TwoRows {
         return hn::Add(threefold(load(nearRow + i)), load(farRow + i));
     }
     HWY_INLINE static void store(Numbers previous, Numbers sum, Numbers next, std::uint8_t* result) {
-        const Numbers most = threefold(sum);
-        storeTwins(hn::ShiftRight<4>(rounded(hn::Add(most, previous), 8)),
-                   hn::ShiftLeft<4>(rounded(hn::Add(most, next), 7)), result);
+        const Numbers tripled = threefold(sum);
+        storeTwins(hn::ShiftRight<4>(rounded(hn::Add(tripled, previous), 8)),
+                   hn::ShiftLeft<4>(rounded(hn::Add(tripled, next), 7)), result);
     }
 };
 
-/// Two pixels for every sample but the first and the last; false when that is less than a vector. The last
-/// vector may overlap the one before.
+/// Stores two pixels for every sample except the first and the last one. Returns false, and stores nothing,
+/// when these samples do not fill a vector. The last vector may overlap the one before.
 template <class Rows>
 HWY_INLINE bool storeInterior(const Rows& rows, std::size_t width, std::uint8_t* result) {
     const std::size_t lanes = hn::Lanes(Tag());
@@ -149,7 +149,7 @@ void upsampleH1V2Fancy(const std::uint8_t* nearRow, const std::uint8_t* farRow, 
 
 namespace {
 
-/// Each sample as often as a word has bytes.
+/// Repeats each sample as often as a Word has bytes.
 template <class Word>
 void replicateAs(const std::uint8_t* row, std::size_t width, std::uint8_t* result) {
     constexpr Word everyByte = static_cast<Word>(-1) / 0xFF;

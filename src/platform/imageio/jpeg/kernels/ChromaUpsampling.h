@@ -1,10 +1,11 @@
-// Rows of colour samples as wide as the picture. Vectorised, chosen at run time; the samples are
-// libjpeg-turbo's to the bit. The smoothing kinds give a pixel three parts of the nearest sample and one of
-// the next in every direction that is doubled, with the rounding that varies from pixel to pixel; beyond the
-// first and the last sample of a row the same sample is thought to go on. libjpeg-turbo smooths (its "fancy
-// upsampling", which is on by default) unless the picture is reduced to an eighth: across alone or in both
-// directions where the row has at least 3 samples, down alone always. Every other whole-numbered proportion
-// repeats samples; rows that repeat are the same row again.
+// Expands rows of chroma samples to the width of the picture. Vectorised, chosen at run time; the samples
+// equal those of libjpeg-turbo bit by bit.
+//
+// The "fancy" functions smooth: in each direction that is doubled, a pixel gets three parts of the nearest
+// sample and one part of the next one. The rounding alternates between pixels. Outside a row the first or
+// last sample is repeated. libjpeg-turbo smooths by default, unless the picture is reduced to an eighth:
+// horizontally or in both directions if the row has at least 3 samples, vertically alone always. In all other
+// cases it repeats samples and rows.
 #pragma once
 
 #include <cstddef>
@@ -15,17 +16,17 @@ namespace kestrine::kernels {
 /// Two pixels for each of the `width` samples.
 void upsampleH2V1Fancy(const std::uint8_t* row, std::size_t width, std::uint8_t* result);
 
-/// One of the two rows of pixels of `nearRow`, the one at the side of `farRow`: the row of samples above for
-/// the upper one, below for the lower one, and at the edges of the picture (the last row that counts, not
-/// what pads a block) nearRow itself. Two pixels for each sample.
+/// One of the two rows of pixels made from `nearRow`, with two pixels for each sample. `farRow` is the row of
+/// samples above for the upper row of pixels, and the row below for the lower one. At the upper and lower
+/// edge of the picture it is nearRow itself; rows that only pad a block do not count.
 void upsampleH2V2Fancy(const std::uint8_t* nearRow, const std::uint8_t* farRow, std::size_t width,
                        std::uint8_t* result);
 
-/// As upsampleH2V2Fancy with one pixel for each sample. The rounding depends on which of the two rows it is.
+/// The same with one pixel for each sample. `isUpper` selects the rounding of the upper or lower row.
 void upsampleH1V2Fancy(const std::uint8_t* nearRow, const std::uint8_t* farRow, bool isUpper,
                        std::size_t width, std::uint8_t* result);
 
-/// Every sample `times` times.
+/// Repeats every sample `times` times.
 void replicate(const std::uint8_t* row, std::size_t width, int times, std::uint8_t* result);
 
 } // namespace kestrine::kernels

@@ -6,7 +6,7 @@ namespace kestrine::kernels::reference {
 
 namespace {
 
-/// Calls `store(i, previous, sample, next)` for each sample of a row with its neighbours.
+/// Calls `store(i, previous, sample, next)` for each sample of a row.
 template <class Row, class Store>
 void withNeighbours(const Row& at, std::size_t width, const Store& store) {
     for (std::size_t i = 0; i < width; ++i)

@@ -1,4 +1,4 @@
-// The plain truth of ChromaUpsampling.h, as oracle for its vectorised form.
+// Plain loops with the results of ChromaUpsampling.h, as a reference for the vectorised functions.
 #pragma once
 
 #include <cstddef>

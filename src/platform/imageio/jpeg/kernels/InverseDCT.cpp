@@ -1,6 +1,6 @@
-// The passes of the inverse transform for every size of square. The order of operations is that of the
-// reference, so that sums wrap and saturate alike; a first row with numbers so large that an empty column's
-// short cut would show is left to the reference itself.
+// The two passes of the inverse transform, for every size of the result. Operations have the order of the
+// reference, so that sums wrap and saturate in the same places. The reference itself transforms blocks whose
+// first row has values so large that its shortcut for flat columns gives a different result.
 
 #include "platform/imageio/jpeg/kernels/InverseDCT.h"
 
@@ -23,7 +23,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace kestrine::kernels::HWY_NAMESPACE {
 
-#if KESTRINE_PLAIN_LOOPS // a processor without vectors, or with vectors of a width not known here
+#if KESTRINE_PLAIN_LOOPS // without vectors, or with vectors whose width is unknown at compile time
 
 using reference::inverseDCT;
 
@@ -39,14 +39,15 @@ constexpr int f0298 = fixed(0.298631336), f0390 = fixed(0.390180644), f0541 = fi
               f1501 = fixed(1.501321110), f1847 = fixed(1.847759065), f1961 = fixed(1.961570560),
               f2053 = fixed(2.053119869), f2562 = fixed(2.562915447), f3072 = fixed(3.072711026);
 
-/// Half of what a shift drops, as a weight beside a vector of roundingUnit.
+/// Rounding before a shift adds half of the dropped unit: roundingUnit times this weight.
 constexpr int roundingUnit = 16;
 template <int shift>
 constexpr int roundingWeight = (1 << (shift - 1)) / roundingUnit;
 
 HWY_INLINE Int16 unit() { return hn::Set(d16, roundingUnit); }
 
-/// Of eight vectors the even ones' share in the first four results; the last `8 - inputs` vectors are zero.
+/// The contribution of the even-numbered vectors to the first four results. Only the first `inputs` of the
+/// eight vectors are not zero.
 template <int inputs, int shift>
 HWY_INLINE void evenOfEight(const Int16* in, Sums* even) {
     constexpr int one = 1 << constantBits;
@@ -69,7 +70,7 @@ HWY_INLINE void evenOfEight(const Int16* in, Sums* even) {
     even[3] = low - bend3;
 }
 
-/// The odd ones' share, which the last four results have with the other sign.
+/// The contribution of the odd-numbered vectors, which the last four results have with the opposite sign.
 template <int inputs>
 HWY_INLINE void oddOfEight(const Int16* in, Sums* odd) {
     if constexpr (inputs == 8) {
@@ -101,7 +102,7 @@ HWY_INLINE void passOfEight(const Int16* in, Int16* out) {
     }
 }
 
-/// The means of neighbouring pairs of the eight; in[4] has no part in them.
+/// The means of neighbouring pairs of the eight results; they do not depend on in[4].
 template <int inputs, int shift>
 HWY_INLINE void passOfFour(const Int16* in, Int16* out) {
     const Pairs sides(in[1], in[3]);
@@ -132,8 +133,8 @@ HWY_INLINE void pass(const Int16* in, Int16* out) {
         passOfFour<inputs, constantBits + extraBits + 1>(in, out);
 }
 
-/// Whether every value of a first row is within -8192 and 8191. Beyond that, scaling a column that is empty
-/// below (which wraps) and transforming it (which saturates) give different values.
+/// Checks that every value of the first row is from -8192 to 8191. Outside this range, scaling a column whose
+/// other rows are 0 (which wraps) and transforming it (which saturates) give different values.
 class RangeCheck {
 public:
     HWY_INLINE RangeCheck() : bits_(hn::Zero(d16)) {}
@@ -146,7 +147,7 @@ private:
     Int16 bits_;
 };
 
-/// False when the numbers are too large for it.
+/// Returns false when the values of the first row are too large, see RangeCheck.
 template <int size, int inputs>
 HWY_INLINE bool transformColumns(const std::int16_t* group, const std::uint16_t* quantisation,
                                  Columns<size>& columns) {
@@ -193,13 +194,13 @@ bool transform(const std::int16_t* group, const std::uint16_t* quantisation, con
     return true;
 }
 
-/// Half the difference of the means of the first and the last four of eight.
+/// Half the difference between the means of the first four and the last four of eight results.
 HWY_INLINE Sums slope(const Int16* in) {
     return Pairs(in[1], in[3]).weighed<fixed(3.624509785), -fixed(1.272758580)>()
            + Pairs(in[5], in[7]).weighed<fixed(0.850430095), -fixed(0.720959822)>();
 }
 
-/// Two samples a side: the means (column 0) keep 32 bits between the passes.
+/// Two samples per side: the means (column 0) keep 32 bits between the passes.
 class TransformToTwo {
 public:
     void run(const std::int16_t* group, const std::uint16_t* quantisation, const Squares& squares) {
@@ -219,7 +220,7 @@ private:
         constexpr int shift = meanBits - passBits;
         const Int16 in[8] = {column[0], column[1], column[0], column[3],
                              column[0], column[5], column[0], column[7]};
-        // The weight of the mean fits 16 bits only in two parts.
+        // The weight of the mean does not fit 16 bits, so it is added in two halves.
         const Sums mean = Pairs(in[0], in[0]).weighed<1 << (meanBits - 1), 1 << (meanBits - 1)>()
                           + sumsOf(1 << (shift - 1));
         const Sums side = slope(in), upper = shiftedRight<shift>(mean + side),
@@ -256,8 +257,8 @@ private:
     Sums means_[2];
 };
 
-/// The sample of a block that is nothing but its mean, less 128; `product` is the coefficient times its
-/// quantiser. Each size drops other bits of large products.
+/// The sample, minus 128, of a block that has only its DC coefficient; `product` is that coefficient times
+/// its quantiser. Each size drops different bits of large products.
 template <int size>
 HWY_INLINE Int16 sampleOfMean(Int16 product) {
     const Int16 rounded = hn::Add(product, hn::Set(d16, 4));
@@ -283,7 +284,7 @@ void fillWithMeans(const std::int16_t* group, std::uint16_t quantiser, const Squ
     }
 }
 
-/// The coefficients up to this zigzag index are in the first four columns and rows.
+/// The coefficients up to this zigzag index lie in the first four columns and rows.
 constexpr int lastOfFourByFour = 9;
 
 template <int size>
@@ -300,7 +301,7 @@ bool transformGroup(const std::int16_t* group, const std::uint16_t* quantisation
     return true;
 }
 
-/// False when the numbers are too large for it.
+/// Returns false when the reference must transform the group, see RangeCheck.
 bool transformGroup(int size, const std::int16_t* group, const std::uint16_t* quantisation, int lastNonZero,
                     const Squares& squares) {
     switch (size) {

@@ -1,7 +1,7 @@
-// From the coefficients of JPEG blocks to samples, sixteen blocks at a time. Vectorised, chosen at run time.
-// The samples are those of libjpeg-turbo's accurate integer transform as its x86 vector code computes it,
-// to the bit and for every coefficient and quantiser of 16 bits: sums and products that do not fit wrap
-// around or saturate where they do there. No file needs to be refused for its numbers.
+// Transforms the coefficients of JPEG blocks into samples, sixteen blocks at a time. Vectorised, chosen at
+// run time. The samples equal bit by bit those of libjpeg-turbo's accurate integer transform as its x86
+// vector code computes it, for all 16-bit coefficients and quantisers: sums and products that do not fit wrap
+// or saturate in the same places.
 #pragma once
 
 #include <cstddef>
@@ -12,18 +12,17 @@ namespace kestrine::kernels {
 /// Blocks of a group.
 inline constexpr int dctLanes = 16;
 
-/// Coefficients of a block, and so int16 values of a group, lanes apart.
+/// Coefficients per block. A group has this many times dctLanes values.
 inline constexpr int dctCoefficients = 64;
 
 /// Turns a group of blocks into samples. The coefficient at position z (row-major, row 0 the lowest vertical
 /// frequency) of lane l is group[z * dctLanes + l], not yet multiplied by quantisation[z] (64 values,
-/// row-major); the group may lie anywhere, but is read fastest at a multiple of 64 bytes.
-/// `size` is the side of the square each block becomes: 8, 4, 2 or 1.
-/// The square of lane l begins at output + l * laneStride, and its rows are rowStride bytes apart;
-/// nothing outside of the squares is written. Squares that touch (laneStride == size) are the fastest.
-/// `lastNonZero` is the largest zigzag index at which any
-/// lane holds something but 0 (0 when no lane has more than its DC coefficient); a larger value gives the
-/// same samples, later.
+/// row-major). The group needs no alignment, but an address that is a multiple of 64 bytes is fastest.
+/// `size` is the side of the square that each block becomes: 8, 4, 2 or 1.
+/// The square of lane l begins at output + l * laneStride, and its rows are rowStride bytes apart. Nothing
+/// outside the squares is written. Adjacent squares (laneStride == size) are fastest.
+/// `lastNonZero` is the largest zigzag index at which any lane has a coefficient other than 0; it is 0 when
+/// all lanes have only DC coefficients. A larger value gives the same samples, but takes longer.
 void inverseDCT(int size, const std::int16_t* group, const std::uint16_t* quantisation, int lastNonZero,
                 std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride);
 

@@ -1,7 +1,6 @@
-// What the inverse transforms of every size share: vectors of coefficients, weighted sums of them, and the
-// ways from a group into vectors and from vectors to squares of samples. Included once for every vector
-// target. A vector holds the values of one position of a block for eight or sixteen lanes, or for the sixteen
-// lanes of two neighbouring positions.
+// Shared by the inverse transforms of every size: loads the coefficients of a group into vectors and stores
+// vectors as squares of samples. Included once per vector target. A vector holds the values of one position
+// of a block for eight or sixteen lanes, or those of two neighbouring positions for sixteen lanes.
 
 #if defined(KESTRINE_INVERSE_DCT_VECTORS) == defined(HWY_TARGET_TOGGLE)
 #ifdef KESTRINE_INVERSE_DCT_VECTORS
@@ -10,8 +9,8 @@
 #define KESTRINE_INVERSE_DCT_VECTORS
 #endif
 
-#include "platform/imageio/jpeg/kernels/InverseDCT.h"
 #include "platform/coregraphics/kernels/WeightedSums-inl.h"
+#include "platform/imageio/jpeg/kernels/InverseDCT.h"
 
 #include <algorithm>
 #include <array>
@@ -25,11 +24,12 @@ using Tag8 = hn::Repartition<std::int8_t, Tag16>;
 using Int8 = hn::Vec<Tag8>;
 constexpr Tag8 d8;
 
-/// Positions that a vector holds, and lanes of a position.
+/// Positions per vector, and lanes per position.
 constexpr int positionsAtOnce = std::max(1, vectorWidth / dctLanes);
 constexpr int lanesAtOnce = std::min(vectorWidth, dctLanes);
 
-/// The coefficients of column x (and of the next, where a vector holds two) times their quantisers.
+/// The coefficients of column x (and of the next column, if a vector holds two positions) times their
+/// quantisers.
 class DequantisedColumn {
 public:
     HWY_INLINE DequantisedColumn(const std::int16_t* group, const std::uint16_t* quantisation, int x,
@@ -45,7 +45,8 @@ public:
     }
 
 private:
-    /// The numbers of the two bytes of a column's quantiser in a row of eight, and what leads on to the next.
+    /// Indexes of the two bytes of the quantiser of column 0 in a row of eight, and the step to the next
+    /// column.
     static constexpr int firstColumn = 0x0100, nextColumn = 0x0202;
     alignas(64) static constexpr std::array<std::int16_t, 2 * dctLanes> columnSteps = [] {
         std::array<std::int16_t, 2 * dctLanes> steps{};
@@ -58,8 +59,8 @@ private:
     Int16 bytes_;
 };
 
-/// Holds what the first pass makes, rows of eight columns: the lanes of row y in column x are at (x * rows +
-/// y) * dctLanes, because the second pass takes two rows where a vector has the room.
+/// The result of the first pass, rows of eight columns. The lanes of row y in column x are at (x * rows + y)
+/// * dctLanes, because the second pass loads two rows at once if a vector has room for them.
 template <int rows>
 struct Columns {
     alignas(64) std::int16_t values[8 * rows * dctLanes];
@@ -67,7 +68,7 @@ struct Columns {
     HWY_INLINE std::int16_t* at(int x, int y) { return values + (x * rows + y) * dctLanes; }
     HWY_INLINE const std::int16_t* at(int x, int y) const { return values + (x * rows + y) * dctLanes; }
 
-    /// `column` has a vector for each row.
+    /// `column` has one vector per row.
     HWY_INLINE void store(int x, int lane, const Int16* column) {
         if constexpr (positionsAtOnce == 1) {
 #pragma GCC unroll 8
@@ -83,13 +84,13 @@ struct Columns {
     }
 };
 
-/// Where the samples go.
+/// The destination of the samples.
 struct Squares {
     std::uint8_t* output;
     std::ptrdiff_t laneStride, rowStride;
 };
 
-/// In each block of 16 bytes eight lanes of a, then those of b, held between -128 and 127.
+/// Each block of 16 bytes holds eight lanes of a, then the same lanes of b, saturated to -128..127.
 HWY_INLINE Int8 packed(Int16 a, Int16 b) {
 #if HWY_TARGET == HWY_AVX3
     return Int8{_mm512_packs_epi16(a.raw, b.raw)};
@@ -103,7 +104,8 @@ HWY_INLINE Int8 packed(Int16 a, Int16 b) {
 #endif
 }
 
-/// Takes turns between the values of a and b (of type T), for the first half of every block and the second.
+/// Interleaves the values (of type T) of a and b: `first` gets the first half of every block, `second` the
+/// second half.
 template <class T>
 HWY_INLINE void interleave(Int8 a, Int8 b, Int8& first, Int8& second) {
     const hn::Repartition<T, Tag8> d;
@@ -111,8 +113,8 @@ HWY_INLINE void interleave(Int8 a, Int8 b, Int8& first, Int8& second) {
     second = hn::BitCast(d8, hn::InterleaveUpper(d, hn::BitCast(d, a), hn::BitCast(d, b)));
 }
 
-/// Brings a lane's values side by side: `row` has a vector for each of `size` positions; the result as many
-/// as that makes, 16 / size lanes in each block of one.
+/// Places the values of each lane side by side. `row` has one vector for each of `size` positions; each block
+/// of 16 bytes of the result holds 16 / size lanes.
 template <int size>
 HWY_INLINE void gatherLanes(const Int16* row, Int8* result) {
     if constexpr (size == 1) {
@@ -134,8 +136,8 @@ HWY_INLINE void gatherLanes(const Int16* row, Int8* result) {
     }
 }
 
-/// Writes row y of the squares from `lane` on (and the next, where a vector holds two); the samples are those
-/// of `row` plus 128. Squares that touch are written 16 bytes at a time.
+/// Writes row y of the squares from `lane` on (and the next row, if a vector holds two positions). The
+/// samples are the values of `row` plus 128. Adjacent squares are written 16 bytes at a time.
 template <int size, bool touching>
 HWY_INLINE void storeRow(const Int16* row, const Squares& squares, int lane, int y) {
     constexpr int vectors = std::max(1, size / 2), blocks = vectorWidth / 8;

@@ -1,5 +1,5 @@
-// Loeffler, Ligtenberg and Moschytz's transform with 13 fraction bits, first down the columns, then along the
-// rows; for smaller squares what is left of it when only means of neighbouring samples are wanted.
+// The transform of Loeffler, Ligtenberg and Moschytz with 13 fraction bits: first the columns, then the rows.
+// For smaller squares it is simplified to the means of neighbouring samples.
 
 #include "platform/imageio/jpeg/kernels/InverseDCT_reference.h"
 
@@ -9,7 +9,7 @@ namespace kestrine::kernels::reference {
 
 namespace {
 
-/// Constants have this many fraction bits; values between the passes have passBits.
+/// Fraction bits of the constants, and of the values between the passes.
 constexpr int constantBits = 13;
 constexpr int passBits = 2;
 
@@ -23,7 +23,7 @@ std::int16_t saturated(std::int32_t value) {
     return static_cast<std::int16_t>(std::clamp<std::int32_t>(value, INT16_MIN, INT16_MAX));
 }
 
-/// Sums of products may pass 31 bits and then wrap.
+/// Sums of products that do not fit 32 bits wrap.
 std::int32_t rounded(std::int64_t sum, int shift) {
     return static_cast<std::int32_t>(sum + (std::int64_t{1} << (shift - 1))) >> shift;
 }
@@ -34,7 +34,7 @@ std::uint8_t sample(std::int16_t value) {
     return static_cast<std::uint8_t>(std::clamp<int>(value, -128, 127) + 128);
 }
 
-/// One pass over eight values, which makes 8 or 4 of them.
+/// One pass over eight values, which gives 8 or 4 results.
 using Pass = void (*)(const std::int16_t* in, std::int16_t* out, int extraBits);
 
 void eight(const std::int16_t* in, std::int16_t* out, int extraBits) {
@@ -73,7 +73,7 @@ void four(const std::int16_t* in, std::int16_t* out, int extraBits) {
     out[3] = narrowed(mean + bend - outer, shift);
 }
 
-/// Half the difference of the means of the first and the last four samples.
+/// Half the difference between the means of the first four and the last four samples.
 std::int64_t slope(const std::int16_t* in) {
     return in[7] * -fixed(0.720959822) + in[5] * fixed(0.850430095) + in[3] * -fixed(1.272758580)
            + in[1] * fixed(3.624509785);
@@ -87,9 +87,8 @@ std::int16_t product(const Block& coefficients, const std::uint16_t* quantisatio
     return wrapped(coefficients.values[position] * quantisation[position]);
 }
 
-/// Whether a block holds nothing below its first row, as far as `size` looks (four samples make no use of row
-/// 4). Its columns are then not transformed but only scaled, which wraps around where the transform would
-/// saturate.
+/// Whether all coefficients below the first row are 0, except those that `size` does not use (row 4 for four
+/// samples). The columns of such a block are only scaled, which wraps where the transform would saturate.
 bool isFlatInColumns(const Block& coefficients, int size) {
     for (int z = 8; z < dctCoefficients; ++z)
         if (coefficients.values[z] != 0 && !(size == 4 && z / 8 == 4))
@@ -97,7 +96,7 @@ bool isFlatInColumns(const Block& coefficients, int size) {
     return true;
 }
 
-/// Columns into eight rows of `size`, then each row; `pass` makes `size` values of eight.
+/// Applies `pass`, which makes `size` values of eight, to all columns and then to all rows.
 void transform(Pass pass, int size, const Block& coefficients, const std::uint16_t* quantisation,
                Block& samples) {
     const bool isFlat = isFlatInColumns(coefficients, size);
@@ -114,7 +113,7 @@ void transform(Pass pass, int size, const Block& coefficients, const std::uint16
         pass(columns.values + y * 8, samples.values + y * 8, passBits + 3);
 }
 
-/// Two samples a side: means and slopes only. The means keep all their bits between the passes.
+/// Two samples per side: means and slopes only. The means keep all their bits between the passes.
 void transformToTwo(const Block& coefficients, const std::uint16_t* quantisation, Block& samples) {
     constexpr int meanBits = constantBits + 2;
     std::int32_t means[2];
@@ -138,7 +137,7 @@ void transformToTwo(const Block& coefficients, const std::uint16_t* quantisation
     }
 }
 
-/// A single sample is the mean, held modulo 1024.
+/// A single sample is the mean, wrapped to 10 bits.
 void mean(const Block& coefficients, const std::uint16_t* quantisation, Block& samples) {
     const std::int32_t sum = coefficients.values[0] * static_cast<std::int16_t>(quantisation[0]);
     const int eighth = (sum + 4) >> 3;

@@ -1,5 +1,5 @@
-// All but the weighted sum of green is done in 16 bits, where a product's upper half is what the rounding
-// needs.
+// Everything except the weighted sum for green is computed in 16 bits; the upper half of a product is
+// sufficient for exact rounding.
 
 #include "platform/imageio/jpeg/kernels/YCbCrToRGB.h"
 
@@ -38,14 +38,14 @@ consteval int fixed(double value) { return static_cast<int>(value * (1 << fracti
 
 HWY_INLINE Int16 load(const std::uint8_t* samples) { return hn::PromoteTo(d16, hn::LoadU(dBytes, samples)); }
 
-/// value * weight / 2^16, rounded half up.
+/// value * weight / 2^16, with halves rounded up.
 template <int weight>
 HWY_INLINE Int16 part(Int16 value) {
     const Int16 doubled = hn::MulHigh(hn::Add(value, value), hn::Set(d16, weight));
     return hn::ShiftRight<1>(hn::Add(doubled, hn::Set(d16, 1)));
 }
 
-/// The weights of red, green and blue less whole numbers, so that they fit 16 bits.
+/// The weights minus whole numbers, so that they fit 16 bits.
 constexpr int redOfCr = fixed(1.40200) - fixed(1), greenOfCb = -fixed(0.34414),
               greenOfCr = fixed(1) - fixed(0.71414), blueOfCb = fixed(1.77200) - fixed(2);
 
@@ -69,7 +69,7 @@ void convertYCbCrToRGB(const std::uint8_t* y, const std::uint8_t* cb, const std:
     if (width < step)
         return reference::convertYCbCrToRGB(y, cb, cr, width, rgb);
     const hn::Twice<TagBytes> whole;
-    const std::size_t last = width - step; // may overlap the one before
+    const std::size_t last = width - step; // the last vector may overlap the one before
     for (std::size_t i = 0;; i = std::min(i + step, last)) {
         const Pixels left = pixelsOf(y + i, cb + i, cr + i),
                      right = pixelsOf(y + i + half, cb + i + half, cr + i + half);

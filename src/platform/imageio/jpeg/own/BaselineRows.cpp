@@ -2,13 +2,46 @@
 
 #include "platform/imageio/jpeg/kernels/YCbCrToRGB.h"
 #include "platform/imageio/jpeg/own/ComponentRows.h"
-#include "platform/imageio/jpeg/own/DecodersAtRest.h"
 
 #include <algorithm>
+#include <array>
+#include <mutex>
 
 namespace kestrine::jpeg {
 
 namespace {
+
+// Idle decoders keep their tables and buffers, and the next file on any thread reuses them. So a small file
+// costs no more than its bytes, and a thread that converts many files works on memory that is in its cache.
+
+/// The number of cores of most machines; each decoder holds a quarter of a MiB and a band.
+constexpr std::size_t maxIdleDecoders = 16;
+
+std::mutex idleMutex;
+std::array<std::unique_ptr<PlaneDecoder>, maxIdleDecoders> idleDecoders; // guarded by idleMutex
+std::size_t idleCount = 0;                                               // guarded by idleMutex
+
+struct MakeIdle {
+    void operator()(PlaneDecoder* decoder) const noexcept {
+        std::unique_ptr<PlaneDecoder> owner(decoder);
+        owner->finish();
+        const std::lock_guard lock(idleMutex);
+        if (idleCount < maxIdleDecoders)
+            idleDecoders[idleCount++] = std::move(owner);
+    }
+};
+/// A decoder for one file; becomes idle when it is destroyed. May move between threads.
+using BorrowedDecoder = std::unique_ptr<PlaneDecoder, MakeIdle>;
+
+/// The decoder that became idle last, or a new one.
+BorrowedDecoder borrowDecoder() {
+    {
+        const std::lock_guard lock(idleMutex);
+        if (idleCount > 0)
+            return BorrowedDecoder(idleDecoders[--idleCount].release());
+    }
+    return BorrowedDecoder(new PlaneDecoder);
+}
 
 RowFormat formatOf(const PlaneDecoder& decoder) {
     return {decoder.width(), decoder.height(),
@@ -27,8 +60,7 @@ public:
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (next_ >= ready_) {
-            if (Result<void> decoded = decoder_->decodeBand(); !decoded)
-                return decoded;
+            TRY(decoder_->decodeBand());
             ready_ = readyRows();
         }
         assemble(row.data());
@@ -37,11 +69,11 @@ public:
     }
 
 private:
-    /// How many rows of the picture the bands so far are enough for.
+    /// How many rows of the picture the decoded bands suffice for.
     std::uint32_t readyRows() const {
         if (decoder_->decodedBands() == decoder_->bands())
             return format().height;
-        return decoder_->decodedBands() * decoder_->rowsOfBand() - (crossesBands_ ? 1 : 0);
+        return decoder_->decodedBands() * decoder_->rowsPerBand() - (crossesBands_ ? 1 : 0);
     }
 
     void assemble(std::uint8_t* row) {

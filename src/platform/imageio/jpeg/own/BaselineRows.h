@@ -1,5 +1,5 @@
-// BaselineRows: the rows of a baseline JPEG by our own decoder, grey or RGB, sample by sample those of the
-// general library with its usual smoothing of colour.
+// BaselineRows: the rows of a baseline JPEG from our own decoder, grey or RGB. Every sample equals that of
+// libjpeg-turbo with its default smoothing of chroma.
 #pragma once
 
 #include "platform/coregraphics/RowSource.h"
@@ -7,20 +7,23 @@
 
 namespace kestrine::jpeg {
 
-/// Starts decoding to `eighths` (8, 4, 2 or 1). Fails with reason "refused", here or at any row, where the
-/// file is not of the kind that it takes.
+/// Starts decoding at `eighths` (8, 4, 2 or 1) of the full size. Fails with reason "refused", here or at any
+/// row, when this decoder does not support the file.
 ///
-/// The rows up to a failure are the general library's, so that it may go on behind them. Ours fails at an MCU
-/// whose codes are unknown or overrun a block, whose bits are not all there, or which something else than the
-/// restart marker that is due follows. For every MCU before it:
-///  - its bits lie before the first marker of its segment, and the library takes the same bits with the same
-///    codes. What it looks at beyond an MCU's last bit (it, too, fills up ahead, and starts an MCU again more
-///    slowly when that meets a marker) changes no coefficient: it refills with what it can get, and zeros
-///    take the place of bits only when codes ask for more than there are;
-///  - the segments before it ended where ours did, with their own markers behind less than a byte of filling,
-///    so the library was neither out of step nor out of data, its two lasting states.
-/// And a row is delivered only when a whole band is there, checked to its last bit, and the one below, too,
-/// where colour is smoothed across the border. What follows has no part in it.
+/// The rows delivered before a failure equal those of libjpeg-turbo ("the library"), so the library can
+/// deliver the remaining rows. Proof:
+///  1. Our decoder fails at the first MCU that contains an unknown code, whose symbols overrun a block, whose
+///     bits are not all present, or which is not followed by the expected restart marker.
+///  2. For each MCU before that one, all bits lie before the first marker of its segment, and the library
+///     takes the same bits with the same codes.
+///  3. What the library reads after the last bit of an MCU changes no coefficient of that MCU. It also reads
+///     ahead, and when it meets a marker it decodes the MCU again more slowly; but zeros replace bits only
+///     when codes ask for more bits than there are.
+///  4. All earlier segments ended at the same byte for both, with the expected marker after less than a byte
+///     of padding. So the library was neither out of step nor out of data; it keeps no other state that
+///     damage can change.
+///  5. A row is delivered only after all MCUs of its band were decoded completely, and also those of the next
+///     band if chroma is smoothed across the border. No later MCU contributes to the row.
 Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, int eighths);
 
 } // namespace kestrine::jpeg

@@ -4,8 +4,8 @@ namespace kestrine::jpeg {
 
 namespace {
 
-/// Takes a symbol whose code is too long for the table (or that is odd, which damages the block).
-/// At most 16 + 10 of the 56 bits go, and the refill brings them back.
+/// Takes a symbol whose code is longer than the table's index. A symbol that no 8-bit picture has damages the
+/// block. The code takes at most 16 of the 56 bits after the refill, the extra bits at most 10.
 SettledBlock takeSlowSymbol(Reservoir reservoir, const ACTable& table, int position, std::int16_t* block) {
     reservoir.refill();
     const CanonicalCode::Symbol symbol = table.code.symbolOf(static_cast<unsigned>(reservoir.bits >> 48));

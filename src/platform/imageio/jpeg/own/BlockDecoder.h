@@ -1,5 +1,5 @@
-// Decodes one block from a reservoir: the innermost loop of all. Two things make it fast: most look-ups give
-// two symbols, and nothing in it branches but the end of the block.
+// Decodes one block from a reservoir. This is the innermost loop. It is fast because most look-ups give two
+// symbols and because only the end of a block causes a branch.
 #pragma once
 
 #include "platform/imageio/jpeg/own/HuffmanTables.h"
@@ -7,17 +7,19 @@
 
 namespace kestrine::jpeg {
 
-/// Blocks lie in groups side by side, so that a vector holds the same coefficient of all of them: the
-/// coefficient at row * 8 + column of the block in lane l is coefficients[row * 8 + column][l]. The place
-/// behind the 64 takes what is stored beyond the end of a block.
+/// Sixteen blocks whose coefficients are interleaved, so that one vector holds the same coefficient of all
+/// blocks: coefficients[row * 8 + column][l] belongs to the block in lane l. The place after the 64
+/// coefficients receives what is stored past the end of a block.
 inline constexpr std::size_t lanesOfGroup = 16;
 struct alignas(64) LaneGroup {
     std::int16_t coefficients[64 + 1][lanesOfGroup];
 };
 
-/// Where in a group (lane 0) the coefficient stands that the steps along the zigzag have come to. They may
-/// lead beyond 63: a look-up starts at 62 at most and ends at 62 + 16 + ACEntry::endOfBlock or 62 +
-/// ACEntry::slow at most.
+/// The offset in a group (lane 0) of each position along the zigzag. Every position is below 256, and those
+/// past 63 share the spare place:
+///  1. A look-up starts at position 62 or before.
+///  2. With two symbols it ends at 62 + 16 + ACEntry::endOfBlock = 206 or before.
+///  3. With a slow entry it ends at 62 + ACEntry::slow = 254 or before.
 inline constexpr std::array<std::uint16_t, 256> offsetAlongZigzag = [] {
     std::array<std::uint16_t, 256> offsets{};
     for (std::size_t k = 0; k < offsets.size(); ++k)
@@ -25,30 +27,29 @@ inline constexpr std::array<std::uint16_t, 256> offsetAlongZigzag = [] {
     return offsets;
 }();
 
-/// The rare end of a look-up, see settleBlock.
+/// The result of settleBlock().
 struct SettledBlock {
     Reservoir reservoir;
     int position; ///< along the zigzag; -1 when the block is damaged
     bool goesOn;  ///< whether the block has further symbols
 };
 
-/// Sorts out a look-up that led to `position`, which is neither 63 nor that of an end of block (128 + the
-/// last position, 0 to 62). Either the entry was slow, or the first symbol was the block's last and the
-/// second belongs to the next block, or the symbols overrun the block. At least 56 bits are in the reservoir
-/// afterwards.
+/// Handles the rare look-ups that led to a `position` other than 63 or an end of block (128 + the last
+/// position, 0 to 62). There are three cases: the entry was slow; the first symbol was the block's last one
+/// and the second belongs to the next block; the symbols overrun the block. Afterwards the reservoir holds at
+/// least 56 bits, unless the block is damaged.
 SettledBlock settleBlock(Reservoir reservoir, const ACTable& table, ACEntry entry, int position,
                          std::int16_t* block);
 
-/// The DC difference behind a code longer than the table's index; none when it is damaged. At least 56 bits
-/// are in the reservoir afterwards.
+/// The DC difference after a code that is longer than the table's index; none when no code begins like this.
+/// Afterwards the reservoir holds at least 56 bits, unless there is no difference.
 struct SlowDC {
     Reservoir reservoir;
     std::optional<int> difference;
 };
 SlowDC slowDC(Reservoir reservoir, const DCTable& table);
 
-/// One look-up's symbols: stores them and returns the new position. `stores` says whether coefficients are
-/// wanted.
+/// Takes the symbols of one look-up and returns the new position. Stores the coefficients if `stores`.
 template <bool stores>
 [[gnu::always_inline]] inline int takeSymbols(Reservoir& reservoir, ACEntry entry, int position,
                                               std::int16_t* block) {
@@ -56,7 +57,7 @@ template <bool stores>
     reservoir.drop(entry.total());
     const int first = position + entry.step1(), second = first + entry.step2();
     if constexpr (stores) {
-        // Without a second symbol both go to the same place, so this order matters.
+        // Without a second symbol both have the same place, so the first symbol must be stored last.
         block[offsetAlongZigzag[static_cast<std::size_t>(second)]] = entry.value2();
         block[offsetAlongZigzag[static_cast<std::size_t>(first)]] =
             static_cast<std::int16_t>(extraValue(bits, entry.extraShift()));
@@ -64,18 +65,21 @@ template <bool stores>
     return second;
 }
 
-/// Decodes one block into its lane (`block` is the group's first coefficient, plus the lane), whose AC
-/// coefficients are 0 before, and adds the DC difference to `predictor`. Returns the position of the last
+/// Decodes one block into its lane and adds the DC difference to `predictor`. `block` points to the group's
+/// first coefficient plus the lane; the lane's AC coefficients must be 0. Returns the position of the last
 /// symbol along the zigzag, or -1 when the stream is damaged.
 ///
-/// How many bits are in the reservoir, and that they suffice. A refill makes it 56. It happens in the shadow
-/// of a look-up: the index is taken before it, the symbols after it. DC takes at most 9 + 11 = 20 bits, a
-/// look-up of AC at most 11 + 10 = 21.
-///   begin of a block    >= 14 >= the DC index of 9   (first block of a segment: filled)
-///   refill, DC          >= 36
-///   first look-up       >= 36 - 21 = 15 >= the AC index of 11
-///   refill, look-up     >= 56 - 21 = 35, then without refill >= 35 - 21 = 14 >= 11, and so on
-///   after settleBlock and slowDC  >= 56
+/// The reservoir always holds as many bits as are used. With n for the number of bits that it holds at least:
+///  1. A refill makes n = 56. It happens while a table is read: the index is taken before the refill, the
+///     symbols after it.
+///  2. A DC code with its extra bits takes at most 9 + 11 = 20 bits, an AC look-up at most 11 + 10 = 21.
+///  3. At the beginning of a block n = 14, which is enough for the DC index of 9 bits: see 6. For the first
+///     block of a segment, start() and passRestart() of EntropyDecoder refill.
+///  4. After the refill and the DC symbol n = 56 - 20 = 36, or 56 after slowDC().
+///  5. The first AC look-up has n = 36 and leaves n = 36 - 21 = 15, enough for the next index of 11 bits.
+///  6. From then on look-ups alternate: one with a refill leaves n = 56 - 21 = 35, the next one without a
+///     refill leaves n = 35 - 21 = 14, enough for the next index. The block may end after either.
+///  7. settleBlock() leaves n = 56.
 template <bool stores>
 [[gnu::always_inline]] inline int decodeBlock(Reservoir& reservoir, const DCTable& dcTable,
                                               const ACTable& acTable, std::int16_t* block, int& predictor) {

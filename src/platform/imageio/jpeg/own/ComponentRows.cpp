@@ -7,7 +7,7 @@
 namespace kestrine::jpeg {
 
 Expansion expansionOf(const PlaneGeometry& geometry, bool isSmoothing) {
-    constexpr std::uint32_t narrowest = 3; // that is smoothed across
+    constexpr std::uint32_t minSmoothedWidth = 3; // in samples; the library repeats narrower rows
     const int across = geometry.horizontalExpansion, down = geometry.verticalExpansion;
     if (across == 1 && down == 1)
         return Expansion::none;
@@ -15,7 +15,7 @@ Expansion expansionOf(const PlaneGeometry& geometry, bool isSmoothing) {
         return Expansion::repeated;
     if (across == 1 && down == 2)
         return Expansion::smoothDown;
-    if (across != 2 || down > 2 || geometry.width < narrowest)
+    if (across != 2 || down > 2 || geometry.width < minSmoothedWidth)
         return Expansion::repeated;
     return down == 1 ? Expansion::smoothAcross : Expansion::smoothBoth;
 }
@@ -28,10 +28,11 @@ const std::uint8_t* ComponentRows::row(const Plane& plane, std::uint32_t band, s
     const PlaneGeometry& geometry = plane.geometry();
     const auto sampleRow = [&](std::int64_t number) {
         const std::int64_t last = std::int64_t{geometry.height} - 1;
-        return plane.row(std::clamp<std::int64_t>(number, 0, last) - std::int64_t{band} * plane.rowsOfBand());
+        return plane.row(std::clamp<std::int64_t>(number, 0, last)
+                         - std::int64_t{band} * plane.rowsPerBand());
     };
     const std::int64_t nearest = y / static_cast<std::uint32_t>(geometry.verticalExpansion);
-    const bool isUpper = y % 2 == 0; // of the two rows, where rows are doubled
+    const bool isUpper = y % 2 == 0; // of the two rows made of each one, where rows are doubled
     const std::int64_t next = isUpper ? nearest - 1 : nearest + 1;
     switch (expansion_) {
     case Expansion::none:

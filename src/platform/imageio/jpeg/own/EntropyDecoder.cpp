@@ -8,8 +8,7 @@ namespace kestrine::jpeg {
 
 namespace {
 
-/// How many places behind the first it takes, row by row, to hold the coefficients up to a position along the
-/// zigzag.
+/// By position along the zigzag: the largest row-major index of the coefficients up to that position.
 constexpr std::array<std::uint8_t, 64> placesUpTo = [] {
     std::array<std::uint8_t, 64> places = naturalOrder;
     std::partial_sum(places.begin(), places.end(), places.begin(),
@@ -33,7 +32,7 @@ bool EntropyDecoder::start(std::shared_ptr<const ByteReader> reader, const Frame
 }
 
 bool EntropyDecoder::planBlocks(const FrameHeader& header, const std::array<bool, 3>& wantsAC) {
-    groups_.assign(static_cast<std::size_t>(header.blocksOfAnMCU()), LaneGroup{});
+    groups_.assign(static_cast<std::size_t>(header.blocksPerMCU()), LaneGroup{});
     lastNonZero_ = {};
     blocks_.clear();
     for (std::size_t c = 0; c < header.componentCount; ++c) {
@@ -65,7 +64,7 @@ bool EntropyDecoder::decodeGroup(int lanes) {
     return bytes_.hasCovered(reservoir_);
 }
 
-/// Takes away the AC coefficients of the last group, as far as there were some.
+/// Sets the AC coefficients of the last group to 0, up to the last one that was not 0.
 void EntropyDecoder::clearGroups() {
     for (const Block& block : blocks_) {
         const auto last = static_cast<std::size_t>(lastNonZero_[block.component]);
@@ -86,8 +85,8 @@ bool EntropyDecoder::passRestart() {
     return true;
 }
 
-/// The usual numbers of blocks have code of their own, in which each block has a place of its own: so the
-/// processor learns to predict each by itself.
+/// The usual numbers of blocks per MCU have unrolled code, so that the processor predicts the branches of
+/// each block separately.
 bool EntropyDecoder::decodeRun(int firstLane, int lanes) {
     switch (blocks_.size()) {
     case 1:
@@ -103,10 +102,10 @@ bool EntropyDecoder::decodeRun(int firstLane, int lanes) {
     }
 }
 
-/// Without block numbers: all blocks in a loop.
+/// Without block numbers, the blocks are decoded in a loop.
 template <std::size_t... numbers>
 bool EntropyDecoder::decodeMCUs(std::index_sequence<numbers...>, int firstLane, int lanes) {
-    // What changes all the time is kept in local variables, so that it can stay in registers.
+    // Local copies can stay in registers.
     Reservoir reservoir = reservoir_;
     std::array<int, 3> predictors = predictors_, lastNonZero = lastNonZero_;
     const std::uint8_t* limit = bytes_.mayStartBefore();
@@ -136,7 +135,7 @@ bool EntropyDecoder::decodeMCUs(std::index_sequence<numbers...>, int firstLane, 
     reservoir_ = reservoir;
     predictors_ = predictors;
     lastNonZero_ = lastNonZero;
-    // No picture has such sums; refusing them keeps the sums small.
+    // No picture has DC coefficients outside 16 bits. Refusing them keeps the sums from overflowing.
     return std::all_of(predictors.begin(), predictors.end(), [](int predictor) {
         return predictor >= std::numeric_limits<std::int16_t>::min()
                && predictor <= std::numeric_limits<std::int16_t>::max();

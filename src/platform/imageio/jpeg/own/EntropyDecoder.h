@@ -1,4 +1,4 @@
-// EntropyDecoder: the scan of a JPEG, from bytes to the coefficients of sixteen MCUs at a time.
+// EntropyDecoder: decodes the scan of a JPEG into the coefficients of up to sixteen MCUs at a time.
 #pragma once
 
 #include "platform/imageio/jpeg/own/BlockDecoder.h"
@@ -9,7 +9,7 @@
 
 namespace kestrine::jpeg {
 
-/// The tables of a file's codes by number. A code that was the last file's, too, costs nothing.
+/// The tables of a file's Huffman codes, by number. A code that equals that of the previous file is reused.
 template <class Table>
 class CodeTables {
 public:
@@ -25,25 +25,26 @@ private:
     std::array<Table, FrameHeader::tables> tables_;
 };
 
-/// May be started again and again, for any files; its memory serves them all.
+/// Can be started any number of times, for different files, and keeps its memory between them.
 class EntropyDecoder {
 public:
-    /// Goes to the start of a file's scan. `wantsAC` says for each component whether more than the DC
-    /// coefficients will be used. False when a code cannot be used.
+    /// Goes to the start of a file's scan. `wantsAC` tells for each component whether its AC coefficients
+    /// will be used. Returns false when a Huffman code cannot be used.
     bool start(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
                const std::array<bool, 3>& wantsAC);
 
-    /// Lets go of the file.
+    /// Releases the file.
     void finish() { bytes_.finish(); }
 
-    /// Decodes the next `lanes` (1 to 16) MCUs. False when anything is odd; then the decoder is at its end.
+    /// Decodes the next `lanes` (1 to 16) MCUs. Returns false when the stream is damaged or unusual; the
+    /// decoder cannot continue then.
     bool decodeGroup(int lanes);
 
-    /// Coefficients of the block of that number in each of the MCUs, by lane; those of other lanes mean
-    /// nothing, though past lastNonZero() of the component theirs are 0, too.
+    /// The coefficients of block number `block` of each MCU, by lane. Lanes that were not decoded are
+    /// undefined up to lastNonZero() of the component, and 0 after it.
     const LaneGroup& group(std::size_t block) const { return groups_[block]; }
 
-    /// The position along the zigzag behind which all coefficients of a component's blocks are 0.
+    /// The position along the zigzag after which all coefficients of the component are 0.
     int lastNonZero(std::size_t component) const { return lastNonZero_[component]; }
 
 private:
@@ -66,7 +67,7 @@ private:
     Reservoir reservoir_{nullptr};
     CodeTables<DCTable> dcTables_;
     CodeTables<ACTable> acTables_;
-    std::vector<LaneGroup> groups_; ///< by block of the MCU
+    std::vector<LaneGroup> groups_; ///< by number of the block in the MCU
     std::vector<Block> blocks_;     ///< of an MCU
     std::array<int, 3> predictors_{};
     std::array<int, 3> lastNonZero_{};

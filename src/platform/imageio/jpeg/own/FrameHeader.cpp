@@ -31,7 +31,7 @@ Failure refused(const char* why) { return {Reason::refused, std::string("own JPE
 
 bool isSamplingFactor(int factor) { return factor == 1 || factor == 2 || factor == 4; }
 
-/// The content of one marker segment, read from its start. Reading past its end gives -1 for ever.
+/// The content of one marker segment, read from its start. Reading past the end gives -1.
 class Segment {
 public:
     explicit Segment(Bytes content) : content_(std::move(content)) {}
@@ -53,7 +53,7 @@ private:
     std::size_t position_ = 0;
 };
 
-/// Each read... takes one segment and tells whether all in it was as expected.
+/// Each read...() function reads one segment and returns whether its content is supported.
 class HeaderReader {
 public:
     explicit HeaderReader(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
@@ -81,23 +81,24 @@ private:
 
 Result<FrameHeader> HeaderReader::read() {
     if (reader_.next() != 0xFF || reader_.next() != startOfImage)
-        return refused("it does not start as a JPEG");
+        return refused("the file does not start with an SOI marker");
     for (;;) {
         const int marker = nextMarker();
         const bool isKept = !isSkipped(marker) || marker == application0 || marker == application14;
         std::optional<Segment> content = marker < baselineFrame ? std::nullopt : segment(isKept);
         if (!content || !readSegment(marker, *content))
-            return refused("an unusual header");
+            return refused("the header is unusual");
         if (marker == startOfScan)
             break;
     }
     if (!isGreyOrYCbCr())
-        return refused("unusual colours");
+        return refused("the components are neither grey nor YCbCr");
     header_.scanOffset = reader_.offset();
     return std::move(header_);
 }
 
-/// The code of the marker that stands here, perhaps after further FF; -1 when something else does.
+/// Reads the next marker, which any number of FF bytes may precede, and returns its code; -1 if there is
+/// none.
 int HeaderReader::nextMarker() {
     if (reader_.next() != 0xFF)
         return -1;
@@ -107,7 +108,8 @@ int HeaderReader::nextMarker() {
     return code;
 }
 
-/// The content of the segment that begins here; left empty when it `isWanted` not. None when the file ends.
+/// Reads the segment that begins here; skips its content and returns it empty unless it `isWanted`. None when
+/// the file ends.
 std::optional<Segment> HeaderReader::segment(bool isWanted) {
     const int high = reader_.next(), low = reader_.next();
     const int length = (high << 8 | low) - 2;
@@ -201,10 +203,10 @@ bool HeaderReader::readFrame(Segment& segment) {
         if (!readComponent(segment, header_.components[i]))
             return false;
     }
-    // A scan of a single component goes block by block, whatever the factors of its frame.
+    // The scan of a single component is not interleaved: its MCU is one block, whatever its factors are.
     if (header_.componentCount == 1)
         header_.components[0].horizontal = header_.components[0].vertical = 1;
-    return segment.isAtEnd() && header_.blocksOfAnMCU() <= FrameHeader::maximumBlocks;
+    return segment.isAtEnd() && header_.blocksPerMCU() <= FrameHeader::maximumBlocks;
 }
 
 bool HeaderReader::readComponent(Segment& segment, Component& component) {
@@ -225,7 +227,7 @@ bool HeaderReader::readRestartInterval(Segment& segment) {
     return interval >= 0 && segment.isAtEnd();
 }
 
-/// Notes the two marks that say what the components mean.
+/// Remembers the JFIF and Adobe segments, which define the meaning of the components.
 void HeaderReader::readApplication(int marker, const Segment& segment) {
     constexpr std::size_t shortestJFIF = 14, shortestAdobe = 12, transformOfAdobe = 11;
     if (marker == application0 && segment.size() >= shortestJFIF
@@ -235,7 +237,7 @@ void HeaderReader::readApplication(int marker, const Segment& segment) {
         adobeTransform_ = segment.at(transformOfAdobe);
 }
 
-/// All components in the order of the frame, all coefficients, at once.
+/// Accepts only a scan with all components in the order of the frame and with all coefficients.
 bool HeaderReader::readScan(Segment& segment) {
     if (header_.componentCount == 0 || segment.byte() != static_cast<int>(header_.componentCount))
         return false;
@@ -255,8 +257,8 @@ bool HeaderReader::readScan(Segment& segment) {
     return first == 0 && last == 63 && approximation == 0 && segment.isAtEnd();
 }
 
-/// Three components are Y, Cb, Cr unless the file says otherwise: JFIF means them, the Adobe mark names its
-/// transform, and without both the identifiers R, G, B mean just these.
+/// Three components are Y, Cb and Cr, with two exceptions: the Adobe segment names another transform, or
+/// there is neither an Adobe nor a JFIF segment and the identifiers are R, G and B.
 bool HeaderReader::isGreyOrYCbCr() const {
     constexpr int transformToYCbCr = 1;
     const auto& [a, b, c] = header_.components;
@@ -285,7 +287,7 @@ int FrameHeader::verticalFactor() const {
     return largest;
 }
 
-int FrameHeader::blocksOfAnMCU() const {
+int FrameHeader::blocksPerMCU() const {
     int blocks = 0;
     for (const Component& component : usedComponents())
         blocks += component.blocks();

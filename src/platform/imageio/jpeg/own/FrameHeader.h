@@ -1,6 +1,5 @@
-// FrameHeader: what stands before the scan of a JPEG, as far as our own decoder takes it.
-// The reader is narrow on purpose: it accepts what nearly every camera writes and refuses the rest, because a
-// refused file is decoded all the same, by the general library.
+// FrameHeader: the content of a JPEG file before its scan, as far as our own decoder supports it.
+// The reader accepts only what nearly all cameras write. Refused files are decoded by libjpeg-turbo.
 #pragma once
 
 #include "platform/host/files/ByteReader.h"
@@ -10,13 +9,13 @@
 
 namespace kestrine::jpeg {
 
-/// Position in a block by its place in the file: number along the diagonals to row * 8 + column.
+/// By position along the zigzag: row * 8 + column of the coefficient.
 inline constexpr std::array<std::uint8_t, 64> naturalOrder = {
     0,  1,  8,  16, 9,  2,  3,  10, 17, 24, 32, 25, 18, 11, 4,  5,  12, 19, 26, 33, 40, 48,
     41, 34, 27, 20, 13, 6,  7,  14, 21, 28, 35, 42, 49, 56, 57, 50, 43, 36, 29, 22, 15, 23,
     30, 37, 44, 51, 58, 59, 52, 45, 38, 31, 39, 46, 53, 60, 61, 54, 47, 55, 62, 63};
 
-/// 64 divisors in natural order.
+/// 64 quantisers, row by row.
 using QuantisationTable = std::array<std::uint16_t, 64>;
 
 /// A Huffman code as a file describes it: how many codes each length has, and the symbols in code order.
@@ -29,17 +28,17 @@ struct HuffmanCode {
 
 struct Component {
     std::uint8_t identifier = 0;
-    std::uint8_t horizontal = 1, vertical = 1; ///< sampling factors: 1, 2 or 4; blocks of an MCU
-    std::uint8_t quantisation = 0;             ///< number of its table, which is there
-    std::uint8_t dcCode = 0, acCode = 0;       ///< numbers of its codes, which are there
+    std::uint8_t horizontal = 1, vertical = 1; ///< sampling factors: 1, 2 or 4; blocks per MCU
+    std::uint8_t quantisation = 0;             ///< number of its table, which exists
+    std::uint8_t dcCode = 0, acCode = 0;       ///< numbers of its codes, which exist
 
     int blocks() const { return horizontal * vertical; }
 };
 
-/// Either one component of grey (its factors are 1) or Y, Cb and Cr, all in one scan.
+/// Either one grey component (with factors 1) or Y, Cb and Cr, all in one scan.
 struct FrameHeader {
     static constexpr std::size_t tables = 4;
-    static constexpr int maximumBlocks = 10; ///< of an MCU, by the format
+    static constexpr int maximumBlocks = 10; ///< per MCU, a limit of the format
 
     std::uint32_t width = 0, height = 0;
     std::size_t componentCount = 0;
@@ -50,13 +49,13 @@ struct FrameHeader {
     std::uint64_t scanOffset = 0;      ///< where in the file the entropy-coded bytes begin
 
     std::span<const Component> usedComponents() const { return std::span(components).first(componentCount); }
-    int horizontalFactor() const; ///< the largest of all components
+    int horizontalFactor() const; ///< the largest one of all components
     int verticalFactor() const;
-    int blocksOfAnMCU() const;
+    int blocksPerMCU() const;
 };
 
-/// Reads from the first byte up to the scan. A failure (reason "refused") says only that this reader does not
-/// take the file.
+/// Reads from the first byte up to the scan. Fails with reason "refused" when our own decoder does not
+/// support the file; the file may still be valid.
 Result<FrameHeader> readFrameHeader(std::shared_ptr<const ByteReader> reader);
 
 } // namespace kestrine::jpeg

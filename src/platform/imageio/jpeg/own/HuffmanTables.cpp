@@ -6,13 +6,12 @@ namespace kestrine::jpeg {
 
 namespace {
 
-/// What one AC symbol does.
 struct Step {
     int size;  ///< number of extra bits
-    int width; ///< along the zigzag
+    int width; ///< in positions along the zigzag
 };
 
-/// None for a symbol that no 8-bit picture has.
+/// What an AC symbol does; none for a symbol that no 8-bit picture has.
 std::optional<Step> stepOf(int symbol) {
     const int run = symbol >> 4, size = symbol & 15;
     if (size == 0 && run == 0)
@@ -29,8 +28,8 @@ ACEntry entryOf(int codeLength, int symbol) {
     return {codeLength + step->size, codeLength, noExtraBits - step->size, step->width, 0, 0};
 }
 
-/// Gives every code of at most `indexBits` bits its entries: those whose index begins with it. The rest keep
-/// the value of an Entry without arguments.
+/// Sets the entries of every code of at most `indexBits` bits, which are those whose index begins with the
+/// code. All other entries become Entry().
 template <class Entry, std::size_t size, class Make>
 void fillByCode(std::array<Entry, size>& entries, int indexBits, const HuffmanCode& code, const Make& make) {
     entries.fill(Entry());
@@ -43,9 +42,9 @@ void fillByCode(std::array<Entry, size>& entries, int indexBits, const HuffmanCo
     }
 }
 
-/// Adds to `first`, the entry for `index`, the symbol behind it if all of that lies in the index. `rest` is
-/// the one-symbol entry for the index bits behind the first symbol, filled up with zeros, so it counts only
-/// if it is made of known bits.
+/// `first`, the entry for `index`, with the second symbol added if all its bits lie in the index. `rest` is
+/// the one-symbol entry for the index bits after the first symbol; zeros stand in for the unknown bits, so
+/// `rest` is valid only if it takes no more than the known ones.
 ACEntry withSecondSymbol(const ACEntry& first, unsigned index, const ACEntry& rest) {
     const int known = ACTable::indexBits - first.total();
     if (rest.isSlow() || rest.total() > known)

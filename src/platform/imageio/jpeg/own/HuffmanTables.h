@@ -1,43 +1,42 @@
-// The tables that turn the next bits of a scan into coefficients, made from the codes of a header.
-// One look-up in the table of an AC code gives one symbol or two, with everything there is to know about
-// them.
+// Tables that turn the next bits of a scan into coefficients, made from the Huffman codes of the header.
+// One look-up in an AC table gives one or two complete symbols.
 #pragma once
 
 #include "platform/imageio/jpeg/own/FrameHeader.h"
 
 namespace kestrine::jpeg {
 
-/// A Huffman code put in order, for looking up symbols by their length: the way for whatever the tables below
-/// leave out.
+/// Finds symbols length by length. Used for the codes that are too long for the tables below.
 class CanonicalCode {
 public:
     struct Symbol {
-        int length = 0; ///< of the code, in bits; 0 when no code begins like this
+        int length = 0; ///< of the code, in bits; 0 when the bits begin with no code
         int value = 0;
     };
 
-    /// False when the code is none: too many codes of a length, or one that consists of ones only, which the
-    /// format keeps free.
+    /// Returns false when the code is invalid: too many codes of a length, or a code of ones only, which the
+    /// format reserves.
     bool assign(const HuffmanCode& code);
 
-    /// The symbol that `bits` (16 of them, the first in the highest place) begin with.
+    /// The symbol with which `bits` begins: 16 bits, the first one highest.
     Symbol symbolOf(unsigned bits) const;
 
 private:
-    /// For each length: codes of it, written in 16 places, are below `ends_`; a code's symbol stands at its
-    /// number plus `offsets_`. The ends never fall from one length to the next.
+    /// By length: codes of this length, shifted to 16 bits, are below `ends_`; the index of a code's symbol
+    /// is the code plus `offsets_`. The ends never decrease with the length.
     std::array<std::uint32_t, 17> ends_{};
     std::array<int, 17> offsets_{};
     std::array<std::uint8_t, 256> symbols_{};
 };
 
-/// A symbol is followed by extra bits that say its number. Instead of how many, tables hold this minus how
-/// many: a value is cut out by shifting right by one and then by that, which is well defined for none, too.
+/// The tables hold the number of a symbol's extra bits as noExtraBits minus that number. Shifting right by
+/// one and then by the difference extracts the value; both shifts are defined even for 0 extra bits.
 inline constexpr int noExtraBits = 63;
 
-/// DC: index by the next 9 bits. The code and its extra bits (a DC symbol is their number, 0 to 11) are at
-/// most 20 bits. A code longer than the index has `total` 0.
-/// One number, so that one load brings it: bits 0-7 total, 8-15 length of the code, 16-23 noExtraBits - size.
+/// An entry of a DC table, which is indexed by the next 9 bits. A DC symbol is the number of its extra bits,
+/// 0 to 11, so code and extra bits take at most 20 bits. For a code longer than the index, `total` is 0. All
+/// fields are packed into one number so that one load reads them: bits 0-7 total, 8-15 length of the code,
+/// 16-23 noExtraBits - size.
 class DCEntry {
 public:
     constexpr DCEntry() = default;
@@ -57,27 +56,28 @@ struct DCTable {
     static constexpr int indexBits = 9;
     static constexpr int largestSize = 11;
 
-    /// False when the code cannot be used: unsound, or with a symbol that no 8-bit picture has.
+    /// Returns false when the code cannot be used: it is invalid or has a symbol that no 8-bit picture has.
     bool assign(const HuffmanCode& code);
 
     CanonicalCode code;
     std::array<DCEntry, 1 << indexBits> entries;
 };
 
-/// AC: index by the next 11 bits. An entry is one number of 64 bits, so that one load brings it:
+/// An entry of an AC table, which is indexed by the next 11 bits. All fields are packed into 64 bits so that
+/// one load reads them:
 ///  - bits 0-7: how many bits both symbols take, codes and extra bits together; at most 21 for one symbol (11
 ///    of code, 10 extra), at most 11 for two
 ///  - bits 8-15: length of the first symbol's code
 ///  - bits 16-23: noExtraBits - number of the first symbol's extra bits
-///  - bits 24-31: step 1, how far the first symbol moves on along the zigzag
-///  - bits 32-39: step 2, likewise; 0 when there is no second symbol
+///  - bits 24-31: step 1, by how many positions the first symbol advances along the zigzag
+///  - bits 32-39: step 2, the same for the second symbol; 0 when there is none
 ///  - bits 48-63: value of the second symbol's coefficient; 0 when there is none
 ///
-/// A step is run + 1; 16 for the symbol of sixteen zeros; endOfBlock for that symbol, whose value is 0
-/// because it has no extra bits. The first symbol may have all its extra bits outside of the index, since its
-/// value is cut from the stream. The second is there only if its code and its extra bits lie in the index,
-/// for its value lies in the entry. A symbol whose code is longer than the index, or that is odd, has total 0
-/// and step `slow`.
+/// A step is run + 1, 16 for the symbol of sixteen zeros, and `endOfBlock` for the end of the block, whose
+/// value is 0 because it has no extra bits. The extra bits of the first symbol may lie outside the index,
+/// since its value is read from the stream. A second symbol is present only if its code and its extra bits
+/// lie in the index, since its value is stored in the entry. If the code is longer than the index, or no
+/// 8-bit picture has the symbol, total is 0 and step 1 is `slow`.
 class ACEntry {
 public:
     static constexpr int endOfBlock = 128;
@@ -96,7 +96,7 @@ public:
     int step2() const { return static_cast<std::uint8_t>(bits_ >> 32); }
     std::int16_t value2() const { return static_cast<std::int16_t>(bits_ >> 48); }
     bool isSlow() const { return step1() == slow; }
-    /// Bits of the second symbol.
+    /// Bits of the second symbol: code and extra bits.
     int total2() const { return total() - codeLength() - (noExtraBits - extraShift()); }
 
 private:
@@ -108,15 +108,15 @@ struct ACTable {
     static constexpr int largestSize = 10;
     static constexpr int zeroRun = 0xF0; ///< the symbol of sixteen zeros
 
-    /// False when the code is unsound. Symbols that no 8-bit picture has may be in it; they are slow.
+    /// Returns false when the code is invalid. Symbols that no 8-bit picture has get slow entries.
     bool assign(const HuffmanCode& code);
 
     CanonicalCode code;
     std::array<ACEntry, 1 << indexBits> entries;
 };
 
-/// The number that `size` extra bits mean: 2^(size-1) and up as they are, below that counted down from -1's
-/// side.
+/// The number that `size` extra bits stand for: from 2^(size-1) on the bits themselves, below that the bits
+/// minus (2^size - 1).
 constexpr int extended(unsigned extraBits, int size) {
     const int value = static_cast<int>(extraBits);
     return size == 0 || (extraBits >> (size - 1)) != 0 ? value : value - (1 << size) + 1;

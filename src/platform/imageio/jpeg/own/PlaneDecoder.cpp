@@ -19,15 +19,14 @@ std::uint32_t quotientRoundedUp(std::uint32_t dividend, int divisor) {
 
 void Plane::prepare(const PlaneGeometry& geometry, const Component& component, std::uint32_t mcusAcross) {
     geometry_ = geometry;
-    rowsOfBand_ = static_cast<std::uint32_t>(component.vertical * geometry.blockSize);
+    rowsPerBand_ = static_cast<std::uint32_t>(component.vertical * geometry.blockSize);
     const std::size_t lanes = (std::size_t{mcusAcross} + lanesOfGroup - 1) / lanesOfGroup * lanesOfGroup;
     stride_ = lanes * static_cast<std::size_t>(component.horizontal * geometry.blockSize) + padding;
-    samples_.resize(stride_ * (rowsOfBand_ + 1));
+    samples_.resize(stride_ * (rowsPerBand_ + 1));
 }
 
 Result<void> PlaneDecoder::start(std::shared_ptr<const ByteReader> reader, int eighths) {
-    FrameHeader header = TRY(readFrameHeader(reader));
-    header_ = header;
+    header_ = TRY(readFrameHeader(reader));
     eighths_ = eighths;
     mcusAcross_ = quotientRoundedUp(header_.width, header_.horizontalFactor() * 8);
     bands_ = quotientRoundedUp(header_.height, header_.verticalFactor() * 8);
@@ -38,11 +37,11 @@ Result<void> PlaneDecoder::start(std::shared_ptr<const ByteReader> reader, int e
         wantsAC[c] = planes_[c].geometry().blockSize > 1;
     }
     if (!entropy_.start(std::move(reader), header_, wantsAC))
-        return Failure{Reason::refused, "own JPEG decoder: unusual Huffman codes"};
+        return Failure{Reason::refused, "own JPEG decoder: the Huffman codes are unusual"};
     return {};
 }
 
-std::uint32_t PlaneDecoder::rowsOfBand() const {
+std::uint32_t PlaneDecoder::rowsPerBand() const {
     return static_cast<std::uint32_t>(header_.verticalFactor() * eighths_);
 }
 
@@ -51,7 +50,7 @@ Result<void> PlaneDecoder::decodeBand() {
     for (std::uint32_t first = 0; first < mcusAcross_; first += lanesOfGroup) {
         const int lanes = static_cast<int>(std::min<std::uint32_t>(lanesOfGroup, mcusAcross_ - first));
         if (!entropy_.decodeGroup(lanes))
-            return Failure{Reason::refused, "own JPEG decoder: an oddity in the scan"};
+            return Failure{Reason::refused, "own JPEG decoder: the scan is damaged or unusual"};
         transformGroup(first);
     }
     ++decodedBands_;
@@ -61,7 +60,7 @@ Result<void> PlaneDecoder::decodeBand() {
 void PlaneDecoder::keepLastRows() {
     for (std::size_t c = 0; c < header_.componentCount; ++c) {
         Plane& plane = planes_[c];
-        std::copy_n(plane.row(plane.rowsOfBand_ - 1), plane.stride_, plane.samples_.data());
+        std::copy_n(plane.row(plane.rowsPerBand_ - 1), plane.stride_, plane.samples_.data());
     }
 }
 

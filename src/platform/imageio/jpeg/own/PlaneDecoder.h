@@ -1,5 +1,5 @@
-// PlaneDecoder: a baseline JPEG as planes of samples as they are stored (grey, or Y, Cb and Cr), a band at a
-// time. A band is a row of MCUs, so that what was decoded last is still in cache when it is used.
+// PlaneDecoder: decodes a baseline JPEG into planes of samples as they are stored (grey, or Y, Cb and Cr),
+// one band at a time. A band is a row of MCUs, so that its samples are still in the cache when they are used.
 #pragma once
 
 #include "platform/imageio/jpeg/own/EntropyDecoder.h"
@@ -7,15 +7,15 @@
 
 namespace kestrine::jpeg {
 
-/// The samples of one component in the band decoded last, and one row before it. Rows have room for whole
+/// The samples of one component in the last decoded band, and the row before it. Rows have room for whole
 /// groups of MCUs.
 class Plane {
 public:
-    /// Readable bytes behind a row's samples, whose values mean nothing.
+    /// Readable bytes after the samples of a row; their values are undefined.
     static constexpr std::size_t padding = 64;
 
     const PlaneGeometry& geometry() const { return geometry_; }
-    std::uint32_t rowsOfBand() const { return rowsOfBand_; }
+    std::uint32_t rowsPerBand() const { return rowsPerBand_; }
 
     /// Row 0 is the band's first; -1 is the last one of the band before.
     const std::uint8_t* row(std::ptrdiff_t number) const {
@@ -28,33 +28,32 @@ private:
     void prepare(const PlaneGeometry& geometry, const Component& component, std::uint32_t mcusAcross);
 
     PlaneGeometry geometry_;
-    std::uint32_t rowsOfBand_ = 0;
+    std::uint32_t rowsPerBand_ = 0;
     std::size_t stride_ = 0;
     Bytes samples_;
 };
 
-/// Decodes what readFrameHeader() takes; anything odd that shows later ends the work with reason "refused".
-/// What was decoded before is exactly what the general library gives, for both read the same bits up to the
-/// odd place, and nothing beyond an MCU has a part in its samples. May be started again and again, for any
-/// files.
+/// Decodes the files that readFrameHeader() accepts. Fails with reason "refused" where the scan is damaged or
+/// unusual; the bands decoded before equal those of libjpeg-turbo (BaselineRows.h explains why). Can be
+/// started any number of times, for different files.
 class PlaneDecoder {
 public:
-    /// Reads the header and goes to the first band. `eighths` is 8, 4, 2 or 1.
+    /// Reads the header and prepares for the first band. `eighths` is 8, 4, 2 or 1.
     Result<void> start(std::shared_ptr<const ByteReader> reader, int eighths);
 
-    /// Size of the picture that the planes, expanded by their geometry and cut, make up.
+    /// Size of the picture in pixels.
     std::uint32_t width() const { return reducedSide(header_.width, eighths_); }
     std::uint32_t height() const { return reducedSide(header_.height, eighths_); }
-    /// Rows of that picture in a band; the last band may have more than the picture.
-    std::uint32_t rowsOfBand() const;
+    /// Rows of the picture per band; the last band may extend past the bottom of the picture.
+    std::uint32_t rowsPerBand() const;
     std::uint32_t bands() const { return bands_; }
     std::uint32_t decodedBands() const { return decodedBands_; }
     std::span<const Plane> planes() const { return std::span(planes_).first(header_.componentCount); }
 
-    /// Decodes the next band, of which there must be one.
+    /// Decodes the next band. decodedBands() must be less than bands().
     Result<void> decodeBand();
 
-    /// Lets go of the file; the memory stays for the next one.
+    /// Releases the file; keeps the memory for the next one.
     void finish() { entropy_.finish(); }
 
 private:

@@ -18,7 +18,7 @@ PlaneGeometry planeGeometry(const FrameHeader& header, std::size_t component, in
     const int horizontal = header.horizontalFactor() * eighths, vertical = header.verticalFactor() * eighths;
     PlaneGeometry plane;
     plane.blockSize = eighths;
-    // A component whose samples would be spread in both directions is reduced less instead.
+    // If the samples would be expanded in both directions, the component is reduced less instead.
     while (plane.blockSize < 8 && horizontal % (factors.horizontal * plane.blockSize * 2) == 0
            && vertical % (factors.vertical * plane.blockSize * 2) == 0)
         plane.blockSize *= 2;

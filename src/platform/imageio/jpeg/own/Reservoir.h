@@ -1,5 +1,5 @@
-// Reservoir: the next bits of a scan, in one 64-bit word. It reads ahead without asking where the scan ends
-// and without looking for markers: whoever owns the bytes has taken these out and left readable bytes behind
+// Reservoir: the next bits of a scan, in one 64-bit word. It reads ahead without checking for markers or for
+// the end of the scan: the owner of the bytes (ScanBytes) has removed the markers, and readable bytes follow
 // the end.
 #pragma once
 
@@ -15,8 +15,8 @@ inline std::uint64_t loadBigEndian(const std::uint8_t* bytes) {
     return std::endian::native == std::endian::big ? word : __builtin_bswap64(word);
 }
 
-/// The first of the next bits is the highest one of `bits`. The `count` (0 to 63) highest are there for sure
-/// and end just before `next`; below them stand further bits of the stream or zeros.
+/// The next bit is the highest one of `bits`. The `count` (0 to 63) highest bits are valid and end just
+/// before `next`; below them are further bits of the stream, or zeros.
 struct Reservoir {
     std::uint64_t bits = 0;
     int count = 0;
@@ -24,21 +24,21 @@ struct Reservoir {
 
     explicit Reservoir(const std::uint8_t* start) : next(start) {}
 
-    /// Makes it 56 bits at least. Reads 8 bytes from `next`.
+    /// Makes at least 56 bits valid. Reads 8 bytes from `next`.
     void refill() {
         bits |= loadBigEndian(next) >> count;
         next += (63 - count) >> 3;
         count |= 56;
     }
 
-    /// Takes `number` (less than 64) bits away, which must be there.
+    /// Removes the next `number` bits, which must be valid; less than 64.
     void drop(int number) {
         bits <<= number & 63;
         count -= number;
     }
 
-    /// Puts back the last `number` bits taken; then at least 56 are there. Reads from the byte before `next`,
-    /// which lies behind the start because something has been taken.
+    /// Puts back the last `number` removed bits; then at least 56 bits are valid. Reads from the byte before
+    /// `next`, which exists because bits have been removed.
     void putBack(int number) {
         count += number;
         next -= count >> 3;
@@ -47,15 +47,15 @@ struct Reservoir {
         refill();
     }
 
-    /// Bits from the next one up to `end`; less than 0 when more were taken than there were.
+    /// Number of bits from the next one up to `end`; negative when more bits were removed than there were.
     std::ptrdiff_t bitsBefore(const std::uint8_t* end) const { return (end - next) * 8 + count; }
 };
 
-/// The number that extra bits mean which stand at the top of `bits`; `extraShift` is noExtraBits - how many.
-/// Numbers from 2^(size-1) on are stored as they are; negative ones as the complement of their magnitude,
-/// which thus begins with a 0.
+/// The number that the extra bits at the top of `bits` stand for; `extraShift` is noExtraBits minus their
+/// number. A positive number is stored as it is and begins with a 1; a negative one is stored as the
+/// complement of its magnitude and begins with a 0.
 inline int extraValue(std::uint64_t bits, int extraShift) {
-    const auto sign = static_cast<std::int64_t>(~bits) >> 63; // -1 when the number is negative
+    const auto sign = static_cast<std::int64_t>(~bits) >> 63; // -1 for a negative number, else 0
     const auto magnitude =
         static_cast<std::int64_t>((bits ^ static_cast<std::uint64_t>(sign)) >> 1 >> extraShift);
     return static_cast<int>((magnitude ^ sign) - sign);

@@ -45,7 +45,7 @@ void ScanBytes::fillWindow() {
     limit_ = isComplete_ ? end_ : end_ - longestMCU - 16;
 }
 
-/// Reads the next piece of the file when the last one is used up. False at the end.
+/// Reads the next piece of the file if the last one is used up. Returns false at the end of the file.
 bool ScanBytes::hasRaw() {
     if (rawPosition_ == rawCount_) {
         rawCount_ = reader_->readAt(offset_, raw_);
@@ -55,19 +55,19 @@ bool ScanBytes::hasRaw() {
     return rawPosition_ != rawCount_;
 }
 
-/// Appends plain bytes. True when an FF stops them; else the window is full or another piece of the file is
-/// due.
+/// Appends bytes up to the next FF. Returns true if there is one; otherwise the window is full or the next
+/// piece of the file is needed.
 bool ScanBytes::copyUpToFF() {
     const auto room = static_cast<std::size_t>(window_.data() + lead + capacity - end_);
-    const std::size_t most = std::min(room, rawCount_ - rawPosition_);
-    const std::size_t copied = copyPlainBytes(raw_.data() + rawPosition_, most, end_);
+    const std::size_t limit = std::min(room, rawCount_ - rawPosition_);
+    const std::size_t copied = copyPlainBytes(raw_.data() + rawPosition_, limit, end_);
     rawPosition_ += copied;
     end_ += copied;
-    return copied < most;
+    return copied < limit;
 }
 
-/// Takes an FF and what follows: a zero means the FF itself, further FFs fill up before a marker, anything
-/// else is a marker.
+/// Reads an FF and what follows it: a zero stands for the FF itself, further FFs are padding before a marker,
+/// and any other byte is the code of a marker.
 void ScanBytes::passFF() {
     ++rawPosition_;
     int code = nextRaw();
@@ -77,7 +77,7 @@ void ScanBytes::passFF() {
     }
     while (code == 0xFF)
         code = nextRaw();
-    endSegment(code == 0 ? oddity : code);
+    endSegment(code == 0 ? zeroAfterPadding : code);
 }
 
 int ScanBytes::nextRaw() { return hasRaw() ? raw_[rawPosition_++] : endOfFile; }

@@ -1,6 +1,5 @@
-// ScanBytes: the entropy-coded bytes of a scan without what the format puts between them: the zero behind
-// each FF, and the markers. They come segment by segment (what lies between two restart markers) through a
-// small window.
+// ScanBytes: the entropy-coded bytes of a scan, without markers and without the zero that follows each FF. A
+// small window moves over one segment (the bytes between two restart markers) after the other.
 #pragma once
 
 #include "platform/host/files/ByteReader.h"
@@ -11,10 +10,9 @@
 
 namespace kestrine::jpeg {
 
-/// Bytes below mayStartBefore() may be decoded from without a further question, an MCU at a time.
 class ScanBytes {
 public:
-    /// What an MCU can take: 10 blocks of 64 symbols of 16 + 15 bits.
+    /// The largest MCU in bytes: 10 blocks of 64 symbols with 16 + 15 bits each.
     static constexpr std::size_t longestMCU = 10 * 64 * 31 / 8;
 
     ScanBytes();
@@ -22,33 +20,40 @@ public:
     /// Goes to the first segment of the scan that begins at `offset`.
     void start(std::shared_ptr<const ByteReader> reader, std::uint64_t offset);
 
-    /// Lets go of the file.
+    /// Releases the file.
     void finish() { reader_.reset(); }
 
-    /// The first bit of the segment.
+    /// A reservoir before the first bit of the segment.
     Reservoir firstBits() const { return Reservoir(window_.data() + lead); }
 
-    /// An MCU may be decoded from a reservoir whose `next` is not behind this: every byte it can touch is
-    /// there to read, and if bytes are missing that the file still has, it cannot touch those. Else `provide`
-    /// comes first.
+    /// An MCU may be decoded without further checks if the reservoir's `next` is at or before this position.
+    /// Otherwise provide() must be called first. Then no MCU reads outside the window or past bytes that the
+    /// file still has:
+    ///  1. An MCU moves `next` by at most longestMCU + 8 bytes, and a refill reads 8 bytes from there.
+    ///  2. While the segment continues in the file, this position is longestMCU + 16 bytes before the end of
+    ///     the valid bytes, so the MCU reads only those.
+    ///  3. When the window holds the end of the segment, this position is that end. An MCU of a damaged file
+    ///     may read past it, but stays within `padding`.
+    ///  4. An MCU that took bits from past the end is detected afterwards, by hasCovered() or provide().
     const std::uint8_t* mayStartBefore() const { return limit_; }
 
-    /// Brings more of the segment, which may move it in memory: `reservoir` goes with it. False when the
+    /// Moves the window forward to `reservoir`, which is updated, and fills it. Returns false when the
     /// reservoir has taken more bits than the segment has.
     bool provide(Reservoir& reservoir);
 
-    /// Whether all bits taken were there. To be asked behind the last MCU of a run.
+    /// Whether the segment has all bits that were taken. To be called after the last MCU of a run.
     bool hasCovered(const Reservoir& reservoir) const {
         return !isComplete_ || reservoir.bitsBefore(end_) >= 0;
     }
 
-    /// Goes behind the restart marker of `number` (0 to 7). False unless the segment ends here, but for the
-    /// bits that fill up its last byte, and just this marker follows.
+    /// Goes to the segment after restart marker `number` (0 to 7). Returns false unless the current segment
+    /// ends here, except for less than a byte of padding, and exactly this marker follows it.
     bool passRestart(Reservoir& reservoir, unsigned number);
 
 private:
-    static constexpr std::size_t lead = 16;      ///< what a reservoir may look back
-    static constexpr std::size_t padding = 4096; ///< what an MCU may read beyond the end of a damaged segment
+    static constexpr std::size_t lead = 16; ///< bytes that a reservoir may look back
+    /// Bytes that an MCU may read past the end of a damaged segment.
+    static constexpr std::size_t padding = 4096;
     static_assert(padding > longestMCU + 16);
     static constexpr std::size_t capacity = 64 * 1024;
 
@@ -62,14 +67,14 @@ private:
 
     std::shared_ptr<const ByteReader> reader_;
     std::uint64_t offset_ = 0;
-    Bytes raw_; ///< as in the file
+    Bytes raw_; ///< a piece of the file
     std::size_t rawPosition_ = 0, rawCount_ = 0;
-    Bytes window_; ///< lead, then bytes of the segment
+    Bytes window_; ///< `lead` bytes, then bytes of the segment, then padding
     std::uint8_t* end_ = nullptr;
     const std::uint8_t* limit_ = nullptr;
     bool isComplete_ = false; ///< whether the window reaches the segment's end
-    int terminator_ = 0;      ///< then: the marker behind it, or one of these
-    static constexpr int endOfFile = -1, oddity = -2;
+    int terminator_ = 0;      ///< if isComplete_: the code of the marker after it, or one of these:
+    static constexpr int endOfFile = -1, zeroAfterPadding = -2;
 };
 
 } // namespace kestrine::jpeg

@@ -1,4 +1,4 @@
-// 16-bit samples as PNG stores them.
+// 16-bit samples in big-endian order, as PNG stores them.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -8,7 +8,7 @@
 
 namespace kestrine::png {
 
-/// Copies 16-bit samples from the machine's order into PNG's, or back.
+/// Copies 16-bit samples from the machine's byte order to big-endian order, or back.
 inline void copyBigEndianWords(ByteView from, std::uint8_t* to) {
     if constexpr (std::endian::native == std::endian::big) {
         std::copy(from.begin(), from.end(), to);

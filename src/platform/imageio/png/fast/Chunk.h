@@ -1,4 +1,4 @@
-// One chunk of a PNG file.
+// Writes chunks of PNG files.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -8,7 +8,7 @@
 
 namespace kestrine::png {
 
-/// Appends a chunk of that type (four letters) to `file`; its content may come in parts.
+/// Appends a chunk of `type` (four letters) to `file`. The parts of `content` are joined.
 void appendChunk(std::string_view type, std::initializer_list<ByteView> content, Bytes& file);
 
 } // namespace kestrine::png

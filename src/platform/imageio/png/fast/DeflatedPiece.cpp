@@ -9,8 +9,8 @@ namespace kestrine::png {
 
 namespace {
 
-/// How hard libdeflate tries, 1 to 12. For photographs 6 takes nearly twice as long and saves 3 % of the
-/// bytes; zlib's level 5 takes four times as long and saves 1 %.
+/// libdeflate's compression level, 1 to 12. For photographs level 6 takes nearly twice as long and saves 3 %
+/// of the bytes; zlib's level 5 takes four times as long and saves 1 %.
 constexpr int compression = 4;
 
 struct CompressorDeleter {
@@ -23,19 +23,18 @@ struct InflateDeleter {
     }
 };
 
-/// Positions in bits.
 struct LastBlock {
-    std::size_t begin = 0, end = 0;
+    std::size_t begin = 0, end = 0; ///< in bits
 };
 
-/// Where the last of the deflate blocks lies. libdeflate does not tell, so zlib inflates them and stops at
-/// each.
+/// The position of the last deflate block. libdeflate does not report it, so zlib inflates the data and stops
+/// at every block.
 LastBlock findLastBlock(Bytes& deflated) {
     constexpr int noHeader = -MAX_WBITS, unusedBits = 7, inLastBlock = 64, atBoundary = 128;
     const std::unique_ptr<z_stream, InflateDeleter> stream(new z_stream{});
     if (inflateInit2(stream.get(), noHeader) != Z_OK)
         throw std::bad_alloc();
-    Bytes inflated(1 << 16); // of no further use
+    Bytes inflated(1 << 16); // not used
     stream->next_in = deflated.data();
     stream->avail_in = static_cast<uInt>(deflated.size());
     LastBlock last;
@@ -43,7 +42,7 @@ LastBlock findLastBlock(Bytes& deflated) {
         stream->next_out = inflated.data();
         stream->avail_out = static_cast<uInt>(inflated.size());
         if (inflate(stream.get(), Z_BLOCK) != Z_OK)
-            throw std::bad_alloc(); // nothing else can go wrong with what was compressed just now
+            throw std::bad_alloc(); // no other error is possible in data that was just compressed
         if ((stream->data_type & atBoundary) == 0)
             continue;
         const std::size_t position = 8 * std::size_t{stream->total_in} - (stream->data_type & unusedBits);
@@ -52,14 +51,15 @@ LastBlock findLastBlock(Bytes& deflated) {
     return last;
 }
 
-/// Takes the mark of the last block away, and fills the last byte with an empty stored block.
-void letMoreFollow(Bytes& deflated) {
+/// Clears the final flag of the last block, and ends the data at a whole byte with an empty stored block, so
+/// that more blocks can follow.
+void openEnd(Bytes& deflated) {
     constexpr std::size_t blockHeadBits = 3;
     const LastBlock last = findLastBlock(deflated);
     deflated[last.begin / 8] &= static_cast<std::uint8_t>(~(1U << last.begin % 8));
     if (8 * deflated.size() - last.end < blockHeadBits)
         deflated.push_back(0);
-    deflated.insert(deflated.end(), {0x00, 0x00, 0xFF, 0xFF}); // its length, and the complement of that
+    deflated.insert(deflated.end(), {0x00, 0x00, 0xFF, 0xFF}); // the length 0 and its complement
 }
 
 } // namespace
@@ -74,7 +74,7 @@ DeflatedPiece deflatePiece(ByteView bytes, bool isLast) {
     piece.deflated.resize(libdeflate_deflate_compress(compressor.get(), bytes.data(), bytes.size(),
                                                       piece.deflated.data(), piece.deflated.size()));
     if (!isLast)
-        letMoreFollow(piece.deflated);
+        openEnd(piece.deflated);
     return piece;
 }
 

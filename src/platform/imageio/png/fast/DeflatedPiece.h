@@ -1,21 +1,20 @@
-// One piece of a zlib stream, compressed by itself so that several can be at work at once.
+// One piece of a zlib stream, compressed separately so that several threads can compress pieces at once.
 #pragma once
 
 #include "platform/host/Bytes.h"
 
 namespace kestrine::png {
 
-/// What is compressed in how many bytes.
 struct DeflatedPiece {
     Bytes deflated;
-    std::uint32_t adler = 0; ///< of the bytes before compression, as of a stream of its own
-    std::size_t length = 0;  ///< before compression
+    std::uint32_t adler = 0; ///< checksum of the bytes before compression, as for a separate stream
+    std::size_t length = 0;  ///< in bytes, before compression
 };
 
-/// `bytes` as deflate blocks that fill whole bytes. Unless it `isLast`, more blocks may follow.
+/// `bytes` as deflate blocks that end at a whole byte. More blocks can follow unless it `isLast`.
 DeflatedPiece deflatePiece(ByteView bytes, bool isLast);
 
-/// The checksum of a stream from those of its two parts, the second being `length` long.
+/// The checksum of two joined parts from the checksums of each; the second part has `length` bytes.
 std::uint32_t joinedAdler(std::uint32_t first, std::uint32_t second, std::size_t length);
 
 } // namespace kestrine::png

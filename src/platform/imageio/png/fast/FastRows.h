@@ -1,6 +1,7 @@
-// The pixels of the usual PNG files, read the fast way: ISA-L inflates, vectors take the filters off.
-// libpng stays the judge: it has read the header, it looks at what follows the pixels, and where anything
-// between is odd, it reads the picture from the start, so that a file gives here what it gives there.
+// Fast decoding of the usual kinds of PNG files: ISA-L inflates, vectorised kernels unfilter. libpng alone
+// decides whether a file is valid: it reads the header and the chunks after the pixels, and if anything in
+// the pixels is unexpected, libpng decodes the file again from the start. So the result is always that of
+// libpng.
 #pragma once
 
 #include "platform/coregraphics/RowSource.h"
@@ -8,8 +9,8 @@
 
 namespace kestrine::png {
 
-/// The rows of `file`, whose header has been read from `reader`; null for a kind that only libpng reads, or
-/// where ISA-L is missing.
+/// The rows of `file`, whose header has been read from `reader`. Null for kinds of files that are left to
+/// libpng, or if ISA-L is not installed.
 RowSourcePointer openFastRows(const LibraryReader& file, std::shared_ptr<const ByteReader> reader);
 
 } // namespace kestrine::png

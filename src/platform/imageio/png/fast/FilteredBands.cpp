@@ -7,14 +7,14 @@ namespace kestrine::png {
 
 namespace {
 
-// Inflating keeps 32 KiB of what went before at every call, so a call should give much more than that; but
-// the band should stay in a core's cache.
+// Every call of inflate copies the last 32 KiB of output, so a call should deliver much more than that; but a
+// band should fit the cache of a core.
 constexpr std::size_t bandBytes = std::size_t{256} << 10;
-constexpr std::size_t readableBehind = 8; // what the kernels want
+constexpr std::size_t readableAfter = 8; // required by the kernels
 
-/// As many rows as fit, but no fewer than the kernels take at once, and a multiple of that; one if they are
-/// huge.
-std::size_t rowsOfABand(std::size_t filteredBytes, std::size_t height) {
+/// As many rows as fit a band, rounded up to a multiple of the rows that the kernels take at once; a single
+/// row if rows are huge.
+std::size_t rowsPerBandFor(std::size_t filteredBytes, std::size_t height) {
     constexpr std::size_t hugeRow = 4 * bandBytes, step = kernels::paethRowsAtOnce;
     if (filteredBytes > hugeRow)
         return 1;
@@ -27,9 +27,9 @@ std::size_t rowsOfABand(std::size_t filteredBytes, std::size_t height) {
 FilteredBands::FilteredBands(InflatedPixels& pixels, std::size_t rowBytes, std::size_t bytesPerPixel,
                              std::uint32_t height)
     : pixels_(pixels), rowBytes_(rowBytes), bytesPerPixel_(bytesPerPixel),
-      rowsABand_(rowsOfABand(rowBytes + 1, height)), left_(height),
-      filtered_(rowsABand_ * (rowBytes + 1) + readableBehind),
-      rows_((rowsABand_ + 1) * (rowBytes + 2 * kernels::pngRowMargin)) {}
+      rowsPerBand_(rowsPerBandFor(rowBytes + 1, height)), left_(height),
+      filtered_(rowsPerBand_ * (rowBytes + 1) + readableAfter),
+      rows_((rowsPerBand_ + 1) * (rowBytes + 2 * kernels::pngRowMargin)) {}
 
 const std::uint8_t* FilteredBands::next() {
     if (position_ == count_ && !readBand())
@@ -39,7 +39,7 @@ const std::uint8_t* FilteredBands::next() {
 
 bool FilteredBands::readBand() {
     std::memcpy(row(0), row(count_), rowBytes_);
-    count_ = std::min<std::size_t>(left_, rowsABand_);
+    count_ = std::min<std::size_t>(left_, rowsPerBand_);
     left_ -= static_cast<std::uint32_t>(count_);
     position_ = 0;
     return pixels_.read(std::span(filtered_).first(count_ * (rowBytes_ + 1))) && unfilterBand();

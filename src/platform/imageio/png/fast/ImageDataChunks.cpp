@@ -17,7 +17,7 @@ constexpr std::uint32_t longestChunk = 0x7FFF'FFFF;
 } // namespace
 
 ImageDataChunks::ImageDataChunks(std::shared_ptr<const ByteReader> reader, std::uint64_t offset)
-    : input_(std::move(reader), offset, pngBufferBytes), nextChunk_(offset) {
+    : input_(std::move(reader), offset, bufferBytes), nextChunk_(offset) {
     beginChunk();
 }
 

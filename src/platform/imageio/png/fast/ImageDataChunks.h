@@ -1,5 +1,5 @@
-// ImageDataChunks: the compressed pixels of a PNG file, gathered from its IDAT chunks, whose checksums are
-// verified.
+// ImageDataChunks: the compressed pixels of a PNG file, joined from its IDAT chunks. Verifies the checksums
+// of the chunks.
 #pragma once
 
 #include "platform/imageio/ForwardReader.h"
@@ -8,21 +8,21 @@ namespace kestrine::png {
 
 class ImageDataChunks {
 public:
-    /// `offset` is where the first IDAT chunk begins, with its length.
+    /// `offset` is that of the first IDAT chunk, including its length field.
     ImageDataChunks(std::shared_ptr<const ByteReader> reader, std::uint64_t offset);
 
-    /// Fills `into` and returns how many bytes there were: fewer than asked only when no IDAT chunk follows
-    /// or something is wrong.
+    /// Fills `into` and returns the number of bytes, which is smaller than its size only after the last IDAT
+    /// chunk or when a chunk is invalid.
     std::size_t read(std::span<std::uint8_t> into);
 
-    /// Whether all of it was read, and all was well. Then `end()` is where the next chunk begins.
+    /// Whether all chunks were read and are valid. Then end() is the offset of the next chunk.
     bool haveEnded() const { return state_ == State::ended; }
     std::uint64_t end() const { return nextChunk_; }
 
 private:
     enum class State { inside, ended, broken };
 
-    /// Goes to the next chunk that has content.
+    /// Goes to the next IDAT chunk that has content.
     void beginChunk();
     bool closeChunk();
 

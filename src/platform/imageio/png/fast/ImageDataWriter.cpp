@@ -11,11 +11,12 @@ namespace kestrine::png {
 
 namespace {
 
-/// Each piece but the last costs a quarter more time, for its join, and hardly a byte more. A picture of a
-/// megapixel should give two threads something to do.
+/// Joining takes a quarter more time for each piece except the last one, and costs hardly any bytes. A
+/// picture of one megapixel should still have work for two threads.
 constexpr std::size_t pieceBytes = std::size_t{2} << 20;
 
-constexpr std::array<std::uint8_t, 2> streamHeader = {0x78, 0x5E}; // deflate, a window of 32 KiB, done fast
+constexpr std::array<std::uint8_t, 2> streamHeader = {
+    0x78, 0x5E}; // deflate with a window of 32 KiB, fast compression
 
 } // namespace
 
@@ -45,7 +46,7 @@ void ImageDataWriter::endPiece() {
                 std::async(std::launch::async, [bytes] { return deflatePiece(*bytes, false); }));
             return;
         } catch (const std::system_error&) {
-            while (!atWork_.empty()) // the system has no thread to give
+            while (!atWork_.empty()) // no thread could be started
                 writeOldest();
         }
     }

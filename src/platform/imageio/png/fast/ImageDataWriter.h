@@ -1,5 +1,6 @@
-// ImageDataWriter: the filtered rows of a PNG picture become IDAT chunks. They are cut into pieces of a fixed
-// size, which several threads may compress at once; the bytes are the same with any number of threads.
+// ImageDataWriter: writes the filtered rows of a PNG picture as IDAT chunks. The rows are split into pieces
+// of a fixed size, which several threads can compress at once. The bytes do not depend on the number of
+// threads.
 #pragma once
 
 #include "platform/imageio/png/fast/DeflatedPiece.h"
@@ -11,17 +12,18 @@ namespace kestrine::png {
 
 class ImageDataWriter {
 public:
-    /// Appends chunks to `file`, with up to `threads` threads besides the caller's; 0 for none.
+    /// Appends chunks to `file`, which must outlive this. Up to `threads` further threads compress; with 0
+    /// only the caller's.
     ImageDataWriter(Bytes& file, std::size_t threads) : file_(file), threads_(threads) {}
 
-    /// Where the next `count` bytes are to be written. Valid until the next call.
+    /// Returns where to write the next `count` bytes. Valid until the next call.
     std::uint8_t* extend(std::size_t count);
 
-    /// To be called once, behind the last byte.
+    /// Must be called once, after the last byte.
     void finish();
 
 private:
-    /// Compresses what there is, here or on another thread, and begins a new piece.
+    /// Compresses the current piece, on this or another thread, and begins a new one.
     void endPiece();
     void writeOldest();
     void write(const DeflatedPiece& piece, bool isLast);

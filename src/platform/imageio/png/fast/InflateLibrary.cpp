@@ -13,7 +13,7 @@ Result<InflateFunctions> loadInflateFunctions(std::initializer_list<const char*>
         if (functions.initialise && functions.inflate)
             return functions;
     }
-    return Failure{Reason::unsupported, "the fast way of reading PNG needs ISA-L (package libisal2)"};
+    return Failure{Reason::unsupported, "fast PNG decoding needs ISA-L (package libisal2)"};
 }
 
 const Result<InflateFunctions>& inflateFunctions() {

@@ -1,5 +1,5 @@
-// ISA-L's inflate, opened when the first PNG file asks for it: its functions as a table.
-// Its header serves for types only; nothing here links to it.
+// The inflate functions of ISA-L, which is opened when the first PNG file is read.
+// Its header is used for types only; the program does not link to the library.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -9,16 +9,17 @@
 
 namespace kestrine::png {
 
-/// The functions that are called, under ISA-L's names without "isal_".
+/// The functions that are used, without the prefix "isal_".
 struct InflateFunctions {
     decltype(&isal_inflate_init) initialise;
     decltype(&isal_inflate) inflate;
 };
 
-/// The functions in the first of `libraries` that is there; unsupported, naming the package, without one.
+/// The functions of the first of `libraries` that exists. Fails with reason "unsupported" and names the
+/// package if there is none.
 Result<InflateFunctions> loadInflateFunctions(std::initializer_list<const char*> libraries);
 
-/// The functions of the system's ISA-L, looked up once.
+/// The functions of the installed ISA-L; opened once. Any thread.
 const Result<InflateFunctions>& inflateFunctions();
 
 } // namespace kestrine::png

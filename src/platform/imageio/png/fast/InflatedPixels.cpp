@@ -15,9 +15,9 @@ InflatedPixels::InflatedPixels(const InflateFunctions& library, std::shared_ptr<
 }
 
 bool InflatedPixels::read(std::span<std::uint8_t> into) {
-    constexpr std::size_t mostAtOnce = std::size_t{1} << 30; // its counts have 32 bits
+    constexpr std::size_t maxAtOnce = std::size_t{1} << 30; // ISA-L has 32-bit counters
     while (!into.empty()) {
-        const std::size_t part = std::min(into.size(), mostAtOnce);
+        const std::size_t part = std::min(into.size(), maxAtOnce);
         state_->next_out = into.data();
         state_->avail_out = static_cast<std::uint32_t>(part);
         while (state_->avail_out > 0)

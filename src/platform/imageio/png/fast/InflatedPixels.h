@@ -1,5 +1,5 @@
-// InflatedPixels: the filtered rows of a PNG file as one stream of bytes, through ISA-L.
-// It is content with nothing but a sound stream; whatever is odd is for libpng to judge.
+// InflatedPixels: the filtered rows of a PNG file as one stream of bytes, inflated by ISA-L.
+// Accepts only streams without any error or peculiarity; libpng decides about all others.
 #pragma once
 
 #include "platform/imageio/png/fast/ImageDataChunks.h"
@@ -9,29 +9,29 @@ namespace kestrine::png {
 
 class InflatedPixels {
 public:
-    /// `offset` as for ImageDataChunks.
+    /// `offset` is that of the first IDAT chunk. `library` must outlive this.
     InflatedPixels(const InflateFunctions& library, std::shared_ptr<const ByteReader> reader,
                    std::uint64_t offset);
 
-    /// Fills all of `into`, or tells that the stream does not.
+    /// Fills `into` completely; returns false when the stream ends before or is invalid.
     bool read(std::span<std::uint8_t> into);
 
-    /// Whether the stream ends here, its checksum is right, and nothing follows it in the chunks.
+    /// Whether the stream ends here, its checksum is correct, and no bytes follow it in the chunks.
     bool endsHere();
-    /// Where the chunk behind the pixels begins, once endsHere() was true.
+    /// Offset of the chunk after the pixels. Valid once endsHere() has returned true.
     std::uint64_t endOfChunks() const { return chunks_.end(); }
 
 private:
-    /// Whether the pixels may need no more than what every inflate has: a window of 32 KiB.
+    /// Whether the header names a window of 32 KiB. Streams with smaller windows are left to libpng.
     bool hasUsualHeader() const { return (compressed_[0] & 0xF0) == 0x70; }
-    /// Inflates some more into the state's output; false when that cannot be.
+    /// Inflates more bytes into the output of the state; returns false when that is not possible.
     bool advance();
 
     const InflateFunctions& library_;
     ImageDataChunks chunks_;
     Bytes compressed_ = Bytes(1 << 16);
     const std::unique_ptr<inflate_state> state_ = std::make_unique<inflate_state>();
-    std::uint8_t surplus_ = 0; ///< where a byte too many would go
+    std::uint8_t surplus_ = 0; ///< receives a byte after the expected end
     bool isSound_;
 };
 

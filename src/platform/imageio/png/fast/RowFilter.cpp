@@ -1,7 +1,7 @@
 #include "platform/imageio/png/fast/RowFilter.h"
 
-#include "platform/imageio/png/kernels/PNGFilters.h"
 #include "platform/imageio/png/fast/BigEndianWords.h"
+#include "platform/imageio/png/kernels/PNGFilters.h"
 
 #include <algorithm>
 #include <cstring>

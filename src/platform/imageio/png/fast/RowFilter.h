@@ -1,4 +1,4 @@
-// RowFilter: gives each row of a PNG picture the filter that leaves the least of it.
+// RowFilter: filters the rows of a PNG picture, each with the filter that gives the smallest differences.
 #pragma once
 
 #include "platform/coregraphics/RowFormat.h"
@@ -10,16 +10,16 @@ class RowFilter {
 public:
     explicit RowFilter(const RowFormat& format);
 
-    /// The filter's number and what the filter leaves of the row.
+    /// Size of a filtered row: the number of the filter, then the row.
     std::size_t filteredBytes() const { return rowBytes_ + 1; }
 
-    /// Writes filteredBytes() to `filtered`. Rows come from top to bottom.
+    /// Writes filteredBytes() bytes to `filtered`. Rows must come from top to bottom.
     void filter(ByteView row, std::uint8_t* filtered);
 
 private:
     const std::size_t bytesPerPixel_, rowBytes_;
     const bool hasWords_;
-    Bytes row_, above_; ///< as stored, between margins
+    Bytes row_, above_; ///< in stored byte order, with margins
 };
 
 } // namespace kestrine::png

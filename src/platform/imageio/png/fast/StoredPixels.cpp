@@ -25,8 +25,8 @@ StoredPixels::StoredPixels(const LibraryReader& file) : format_(file.format()), 
 void StoredPixels::readColors(const LibraryReader& file) {
     png_colorp table = nullptr;
     int count = 0;
-    if (png_get_PLTE(file.png(), file.info(), &table,
-                     &count)) // an index beyond it is black, as libpng has it
+    // Indices outside the table are black, as in libpng.
+    if (png_get_PLTE(file.png(), file.info(), &table, &count))
         for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
             colors_[i] = {table[i].red, table[i].green, table[i].blue, 0};
     for (std::size_t i = 0; i < colors_.size(); ++i)

@@ -1,4 +1,4 @@
-// StoredPixels: from the bytes of a PNG row to the pixels that are delivered.
+// StoredPixels: converts the bytes of an unfiltered PNG row to the delivered pixels.
 #pragma once
 
 #include "platform/imageio/png/LibraryReader.h"
@@ -9,10 +9,10 @@ namespace kestrine::png {
 
 class StoredPixels {
 public:
-    /// Of a file whose header has been read, with whole bytes a pixel.
+    /// The header of `file` must have been read; its pixels must be whole bytes.
     explicit StoredPixels(const LibraryReader& file);
 
-    /// `row` is a whole delivered row.
+    /// Fills `row`, a whole delivered row.
     void convert(const std::uint8_t* stored, std::span<std::uint8_t> row) const;
 
 private:
@@ -20,7 +20,7 @@ private:
 
     const RowFormat format_;
     const bool isIndexed_;
-    std::array<std::array<std::uint8_t, 4>, 256> colors_{}; ///< red, green, blue, alpha of an index
+    std::array<std::array<std::uint8_t, 4>, 256> colors_{}; ///< red, green, blue, alpha by index
 };
 
 } // namespace kestrine::png

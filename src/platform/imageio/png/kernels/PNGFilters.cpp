@@ -12,7 +12,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace kestrine::kernels::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR // a processor without vectors runs the plain loops
+#if HWY_TARGET == HWY_SCALAR // without vectors
 
 using reference::filterPNGRow;
 using reference::pngFilterSums;
@@ -23,8 +23,8 @@ using reference::unfilterPNGRow;
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Unfiltering goes pixel by pixel: one is eight bytes wide here, whatever is behind its own being overwritten
-// by the pixels that follow.
+// Unfiltering handles one pixel at a time as a vector of eight bytes. The bytes after the pixel itself are
+// overwritten by the following pixels.
 using PixelTag = hn::FixedTag<std::uint8_t, 8>;
 using WidePixelTag = hn::FixedTag<std::int16_t, 8>;
 using Pixel = hn::Vec<PixelTag>;
@@ -46,8 +46,8 @@ void unfilterSub(const std::uint8_t* filtered, std::uint8_t* row, std::size_t co
     }
 }
 
-/// Keeps the complement of the pixel to the left: the complement of (left + above) / 2, rounded down, is the
-/// mean of the complements, rounded up, which is one operation.
+/// Works on the complement of the left pixel: the complement of (left + above) / 2, rounded down, is the mean
+/// of the complements, rounded up, which is a single operation.
 template <std::size_t bytesPerPixel>
 void unfilterAverage(const std::uint8_t* filtered, const std::uint8_t* above, std::uint8_t* row,
                      std::size_t count) {
@@ -71,15 +71,14 @@ void unfilterUp(const std::uint8_t* filtered, const std::uint8_t* above, std::ui
         row[i] = static_cast<std::uint8_t>(filtered[i] + above[i]);
 }
 
-/// One row on its way through paeth filters: what the next pixel needs of the last ones.
+/// What the next pixel of a row with the paeth filter needs of the previous pixels.
 struct PaethState {
     WidePixel left, aboveLeft;
 };
 
-/// Takes the filter off the next pixel. With t = 3 * aboveLeft - left - above, the estimate is nearest to the
-/// smaller of left and above where t is at least the larger one, to the larger one where t is at most the
-/// smaller one, and to aboveLeft between them: so the pixel to the left, which has only just become known, is
-/// waited for least.
+/// Unfilters the next pixel. With t = 3 * aboveLeft - left - above, the prediction is the smaller of left and
+/// above if t is at least the larger one, the larger one if t is at most the smaller one, and otherwise
+/// aboveLeft. This form has the shortest chain of operations that depend on the left pixel.
 HWY_INLINE WidePixel paethStep(PaethState& state, WidePixel above, const std::uint8_t* filtered) {
     const WidePixelTag d;
     const auto aboveLeft = state.aboveLeft, left = state.left;
@@ -102,7 +101,7 @@ HWY_INLINE void storePixel(WidePixel pixel, std::uint8_t* to) {
     hn::StoreU(hn::DemoteTo(PixelTag(), pixel), PixelTag(), to);
 }
 
-/// Each row is a pixel behind the one above it, whose last pixel it finds in that row's state.
+/// Each row is one pixel behind the row above it, so that row's state holds the pixel above.
 template <std::size_t bytesPerPixel, std::size_t rowCount>
 void unfilterPaethTogether(const PaethRows& job, std::size_t count) {
     const WidePixelTag d;
@@ -123,7 +122,7 @@ void unfilterPaethTogether(const PaethRows& job, std::size_t count) {
     }
 }
 
-/// Calls `run` with the number of bytes a pixel as a constant.
+/// Calls `run` with the bytes per pixel as a compile-time constant.
 template <class Run>
 void withPixelSize(std::size_t bytesPerPixel, const Run& run) {
     switch (bytesPerPixel) {
@@ -176,9 +175,9 @@ void unfilterPaethRows(std::size_t bytesPerPixel, const PaethRows& job, std::siz
     });
 }
 
-/// The paeth prediction for many bytes at once, all neighbours being known. Distances stay within a byte:
-/// where left and above lie on the same side of aboveLeft, the third distance is the sum of the two others,
-/// so never the least; else it is their difference.
+/// The paeth prediction for a vector of bytes whose neighbours are all known. All distances fit a byte: if
+/// left and above lie on the same side of aboveLeft, the distance to aboveLeft is the sum of the other two,
+/// which may saturate because it is never the smallest; otherwise it is their difference.
 template <class V>
 HWY_INLINE V paethPrediction(V left, V above, V aboveLeft) {
     const auto distance = [](V a, V b) { return hn::Sub(hn::Max(a, b), hn::Min(a, b)); };
@@ -193,7 +192,7 @@ HWY_INLINE V paethPrediction(V left, V above, V aboveLeft) {
     return hn::IfThenElse(isAtLeast(hn::Min(toAbove, toAboveLeft), toLeft), left, otherThanLeft);
 }
 
-/// What a filter leaves of a vector of bytes.
+/// A vector of bytes minus the prediction of the filter.
 template <class V>
 HWY_INLINE V remainder(PNGFilter filter, V byte, V left, V above, V aboveLeft) {
     switch (filter) {

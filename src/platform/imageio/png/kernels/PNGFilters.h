@@ -1,7 +1,7 @@
-// The row filters of PNG, both ways. A filtered byte is the difference to a prediction from the pixel to the
-// left, the one above and the one above that to the left. Vectorised, chosen at run time; every target gives
-// the bytes of the plain loops of PNGFilters_reference.h. Rows here have pngRowMargin bytes before and behind
-// them, those before being zero. What lies in the margin behind a row that is written may change.
+// Filters and unfilters rows of PNG. A filtered byte is the difference to a prediction from the left pixel,
+// the pixel above and the pixel above left. Vectorised, chosen at run time; every target gives the bytes of
+// the plain loops in PNGFilters_reference.h. All rows must have pngRowMargin bytes before and after them;
+// those before must be zero. The margin after a row that is written may change.
 #pragma once
 
 #include <array>
@@ -11,18 +11,18 @@
 
 namespace kestrine::kernels {
 
-/// As stored before each row.
+/// The value is the byte stored before each row.
 enum class PNGFilter : std::uint8_t { none, sub, up, average, paeth };
 inline constexpr std::size_t pngFilters = 5;
 
 inline constexpr std::size_t pngRowMargin = 64;
 
-/// Takes the filter off a row of `count` bytes with 1, 2, 3, 4, 6 or 8 of them a pixel. `filtered` needs no
-/// margin before it and 8 readable bytes behind it.
+/// Unfilters a row of `count` bytes; `bytesPerPixel` is 1, 2, 3, 4, 6 or 8. `filtered` needs no margin before
+/// it and 8 readable bytes after it.
 void unfilterPNGRow(PNGFilter filter, std::size_t bytesPerPixel, const std::uint8_t* filtered,
                     const std::uint8_t* above, std::uint8_t* row, std::size_t count);
 
-/// Up to four rows with the paeth filter that follow each other.
+/// Consecutive rows with the paeth filter.
 inline constexpr std::size_t paethRowsAtOnce = 4;
 struct PaethRows {
     std::size_t rowCount = 0; ///< 1 to paethRowsAtOnce
@@ -31,11 +31,11 @@ struct PaethRows {
     std::array<std::uint8_t*, paethRowsAtOnce> rows{};
 };
 
-/// Takes their filters off, which is faster than one by one, as each pixel has to wait for its neighbours.
+/// Unfilters all rows at once. This is faster than one by one because each pixel depends on the previous one.
 void unfilterPaethRows(std::size_t bytesPerPixel, const PaethRows& job, std::size_t count);
 
-/// For each filter, the sum of what it leaves of the row: each byte as a number from -128 to 127, without its
-/// sign. The less, the better the row compresses, as a rule.
+/// For each filter, the sum of the absolute values of the filtered bytes, taken as numbers from -128 to 127.
+/// A row with a smaller sum usually compresses better.
 std::array<std::uint64_t, pngFilters> pngFilterSums(std::size_t bytesPerPixel, const std::uint8_t* row,
                                                     const std::uint8_t* above, std::size_t count);
 

@@ -1,12 +1,11 @@
-// The plain truth of PNGFilters.h, as oracle for its vectorised form.
+// Plain loops with the results of PNGFilters.h, as a reference for the vectorised functions.
 #pragma once
 
 #include "platform/imageio/png/kernels/PNGFilters.h"
 
 namespace kestrine::kernels::reference {
 
-/// What the filter expects of a byte from the one a pixel to the left, the one above, and the one above that
-/// to the left.
+/// The filter's prediction from the bytes of the left pixel, the pixel above and the pixel above left.
 std::uint8_t predictedByte(PNGFilter filter, int left, int above, int aboveLeft);
 
 void unfilterPNGRow(PNGFilter filter, std::size_t bytesPerPixel, const std::uint8_t* filtered,

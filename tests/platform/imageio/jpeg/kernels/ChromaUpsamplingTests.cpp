@@ -14,7 +14,7 @@ using Row = std::vector<std::uint8_t>;
 
 constexpr std::size_t longest = 150;
 
-/// Any samples, or with `extreme` only black and white ones.
+/// Random samples; if `extreme`, only 0 and 255.
 Row randomRow(std::size_t width, bool extreme, std::mt19937& random) {
     Row row(width);
     for (auto& sample : row)
@@ -22,7 +22,7 @@ Row randomRow(std::size_t width, bool extreme, std::mt19937& random) {
     return row;
 }
 
-/// Two rows of every length, for `test(nearRow, farRow, width)`.
+/// Calls `test(nearRow, farRow, width)` with two rows of every length.
 template <class Test>
 void withRows(const Test& test) {
     std::mt19937 random(1);
@@ -70,18 +70,18 @@ TEST(ChromaUpsampling, everyTargetSmoothsDownwardsLikeThePlainLoops) {
     });
 }
 
-TEST(ChromaUpsampling, aStepIsSmoothedWithThreePartsToOneAndTheEdgesStay) {
+TEST(ChromaUpsampling, aStepIsSmoothedThreeToOneAndTheEdgesDoNotChange) {
     const Row row = {0, 0, 100, 100};
     Row result(8);
     upsampleH2V1Fancy(row.data(), row.size(), result.data());
     EXPECT_EQ(result, (Row{0, 0, 0, 25, 75, 100, 100, 100}));
 }
 
-TEST(ChromaUpsampling, roundingVariesFromPixelToPixelAndFromRowToRow) {
+TEST(ChromaUpsampling, roundingAlternatesBetweenPixelsAndBetweenRows) {
     const Row row = {0, 2, 0}, above = {2, 2, 2};
     Row result(6);
     upsampleH2V1Fancy(row.data(), row.size(), result.data());
-    EXPECT_EQ(result, (Row{0, 1, 1, 2, 0, 0})); // 2/4 goes up at the right of a sample and down at its left
+    EXPECT_EQ(result, (Row{0, 1, 1, 2, 0, 0})); // 2/4 is rounded up right of a sample and down left of it
     Row upper(3), lower(3);
     upsampleH1V2Fancy(row.data(), above.data(), true, row.size(), upper.data());
     upsampleH1V2Fancy(row.data(), above.data(), false, row.size(), lower.data());
@@ -89,7 +89,7 @@ TEST(ChromaUpsampling, roundingVariesFromPixelToPixelAndFromRowToRow) {
     EXPECT_EQ(lower, (Row{1, 2, 1}));
 }
 
-TEST(ChromaUpsampling, repeatingGivesEverySampleAsOftenAsAsked) {
+TEST(ChromaUpsampling, replicateRepeatsEverySample) {
     std::mt19937 random(2);
     for (const int times : {1, 2, 3, 4})
         for (std::size_t width = 1; width <= longest; ++width) {

@@ -20,8 +20,8 @@ constexpr std::uint8_t zigzag[dctCoefficients] = {
     41, 34, 27, 20, 13, 6,  7,  14, 21, 28, 35, 42, 49, 56, 57, 50, 43, 36, 29, 22, 15, 23,
     30, 37, 44, 51, 58, 59, 52, 45, 38, 31, 39, 46, 53, 60, 61, 54, 47, 55, 62, 63};
 
-/// What a group is made of: how large its numbers are, which of a hundred are not 0, and up to which zigzag
-/// index.
+/// How to make a group: the largest numbers, the percentage of coefficients that are not 0, and the last
+/// zigzag index.
 struct GroupKind {
     const char* name;
     int largestCoefficient, largestQuantiser, percent, lastNonZero;
@@ -41,7 +41,7 @@ constexpr GroupKind kinds[] = {
     {"the largest numbers", 32767, 65535, 100, 63},
 };
 
-/// Of a hundred coefficients this many have the largest value.
+/// Percentage of coefficients with the largest value.
 constexpr int percentAtTheLimit = 20;
 
 struct Group {
@@ -66,7 +66,7 @@ struct Group {
     }
 };
 
-/// The samples, with room around the squares that nobody may touch.
+/// The samples, with space around the squares that must not change.
 struct Samples {
     std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(12000, 77);
 
@@ -108,7 +108,7 @@ TEST(InverseDCT, everyTargetGivesTheSamplesOfThePlainLoops) {
     });
 }
 
-TEST(InverseDCT, aLargerLastIndexThanNeededGivesTheSameSamples) {
+TEST(InverseDCT, aLargerLastIndexGivesTheSameSamples) {
     testing::onEveryTarget([] {
         std::mt19937 random(3);
         for (const GroupKind& kind : kinds) {
@@ -125,7 +125,7 @@ TEST(InverseDCT, aLargerLastIndexThanNeededGivesTheSameSamples) {
     });
 }
 
-TEST(InverseDCT, aGroupMayLieAtAnyAddress) {
+TEST(InverseDCT, aGroupNeedsNoAlignment) {
     std::mt19937 random(4);
     const Group group(kinds[0], random);
     std::vector<std::int16_t> shifted(group.coefficients.size() + 1);
@@ -141,7 +141,7 @@ TEST(InverseDCT, aGroupMayLieAtAnyAddress) {
     });
 }
 
-TEST(InverseDCT, aMeanAloneFillsTheSquareAndIsHeldBetweenBlackAndWhite) {
+TEST(InverseDCT, aDCCoefficientAloneFillsTheSquareAndIsClamped) {
     struct Case {
         std::int16_t mean;
         std::uint8_t sample;

@@ -1,11 +1,11 @@
-// The kernels of our JPEG decoder against libjpeg-turbo itself, through real files: what the reference loops
-// are a reference for. The kernels' own tests show that every target equals those loops.
+// Compares the kernels of our JPEG decoder with libjpeg-turbo itself, by real files. The tests of each kernel
+// compare all vector targets with the plain loops.
 
+#include "platform/host/Bytes.h"
+#include "platform/imageio/jpeg/Library.h"
 #include "platform/imageio/jpeg/kernels/ChromaUpsampling.h"
 #include "platform/imageio/jpeg/kernels/InverseDCT.h"
 #include "platform/imageio/jpeg/kernels/YCbCrToRGB.h"
-#include "platform/host/Bytes.h"
-#include "platform/imageio/jpeg/Library.h"
 
 #include <gtest/gtest.h>
 
@@ -53,7 +53,7 @@ struct Compression {
     Bytes result() const { return Bytes(bytes, bytes + size); }
 };
 
-/// Owns one decompression out of memory, up to the start of the output.
+/// Owns one decompression from memory, up to the start of the output.
 struct Decompression {
     jpeg_decompress_struct info{};
     jpeg::Errors errors{};
@@ -78,8 +78,8 @@ struct Decompression {
     bool isStarted = false;
 };
 
-/// The blocks, `across` of them a row, as the whole contents of a grey picture. Arithmetic coding, because it
-/// takes every 16-bit coefficient.
+/// A grey picture of `blocks`, with `across` blocks per row. It is arithmetically coded, which allows all
+/// 16-bit coefficients.
 Bytes jpegOfBlocks(const std::vector<Block>& blocks, const Quantisation& quantisation, int across) {
     const int down = static_cast<int>(blocks.size()) / across;
     Compression compression(across * 8, down * 8, 1);
@@ -105,7 +105,7 @@ Bytes jpegOfBlocks(const std::vector<Block>& blocks, const Quantisation& quantis
     return compression.result();
 }
 
-/// All rows of a picture, `channels` bytes a pixel.
+/// All rows of a picture.
 Bytes decodedByLibrary(const Bytes& jpeg, int eighths, J_COLOR_SPACE space) {
     Decompression decompression(jpeg, eighths, space, false);
     jpeg_decompress_struct& info = decompression.info;
@@ -140,7 +140,7 @@ Bytes decodedByKernel(const std::vector<Block>& blocks, const Quantisation& quan
     return samples;
 }
 
-/// Which coefficients of a block may be other than 0, by column and row.
+/// Whether the coefficient at a column and row may differ from 0.
 using Place = bool (*)(int x, int y);
 
 struct BlockKind {
@@ -196,11 +196,11 @@ Quantisation randomQuantisation(int largest, std::mt19937& random) {
     return quantisation;
 }
 
-/// A component's samples as the library leaves them before upsampling, rows of a block's padding included.
+/// The samples of a component before upsampling, including the padding of blocks.
 struct LibraryPlane {
     Bytes samples;
-    std::size_t stride = 0, width = 0, height = 0; ///< width and height: samples that count
-    int across = 1, down = 1;                      ///< pixels for a sample
+    std::size_t stride = 0, width = 0, height = 0; ///< width and height without padding
+    int across = 1, down = 1;                      ///< pixels per sample
 
     const std::uint8_t* row(std::size_t y) const { return samples.data() + y * stride; }
 };
@@ -227,7 +227,7 @@ std::array<LibraryPlane, components> planesOfLibrary(const Bytes& jpeg, int eigh
                      / (component.v_samp_factor * static_cast<int>(size));
         rows[c].resize(static_cast<std::size_t>(component.v_samp_factor) * size);
     }
-    const unsigned rowsOfBand = static_cast<unsigned>(info.max_v_samp_factor * info.min_DCT_scaled_size);
+    const unsigned rowsPerBand = static_cast<unsigned>(info.max_v_samp_factor * info.min_DCT_scaled_size);
     for (std::size_t band = 0; info.output_scanline < info.output_height; ++band) {
         JSAMPARRAY pointers[components];
         for (std::size_t c = 0; c < components; ++c) {
@@ -236,7 +236,7 @@ std::array<LibraryPlane, components> planesOfLibrary(const Bytes& jpeg, int eigh
             pointers[c] = rows[c].data();
         }
         if (!succeedsInLibrary(decompression.errors,
-                               [&] { jpeg_read_raw_data(&info, pointers, rowsOfBand); })) {
+                               [&] { jpeg_read_raw_data(&info, pointers, rowsPerBand); })) {
             ADD_FAILURE() << decompression.errors.text;
             break;
         }
@@ -244,7 +244,7 @@ std::array<LibraryPlane, components> planesOfLibrary(const Bytes& jpeg, int eigh
     return planes;
 }
 
-/// Row `y` of the picture by the kernels, in the cases in which the library uses each.
+/// Row `y` of the picture, made by the kernel that the library uses in this case.
 Bytes upsampledRow(const LibraryPlane& plane, std::size_t y, bool isReducedToAnEighth) {
     const std::size_t place = y / static_cast<std::size_t>(plane.down), last = plane.height - 1;
     const bool isUpper = y % 2 == 0;
@@ -301,7 +301,7 @@ std::string nameOf(const Sampling& s) {
 
 } // namespace
 
-TEST(JPEGKernels, blocksBecomeTheLibrarysSamplesAtEverySizeWhateverTheyHold) {
+TEST(JPEGKernels, blocksBecomeTheSamplesOfTheLibraryAtEverySize) {
     constexpr int across = 64;
     std::mt19937 random(1);
     for (const BlockKind& kind : kinds)
@@ -316,7 +316,7 @@ TEST(JPEGKernels, blocksBecomeTheLibrarysSamplesAtEverySizeWhateverTheyHold) {
         }
 }
 
-TEST(JPEGKernels, colourRowsAreTheLibrarysForEverySamplingWidthAndSize) {
+TEST(JPEGKernels, expandedRowsEqualTheLibrarysForEverySamplingWidthAndSize) {
     std::mt19937 random(2);
     for (const Sampling& sampling : samplings)
         for (const int width : {1, 2, 3, 4, 5, 6, 7, 8, 9, 15, 16, 17, 31, 33, 40, 77, 150})
@@ -338,7 +338,7 @@ TEST(JPEGKernels, colourRowsAreTheLibrarysForEverySamplingWidthAndSize) {
             }
 }
 
-TEST(JPEGKernels, coloursAreTheLibrarys) {
+TEST(JPEGKernels, coloursEqualTheLibrarys) {
     std::mt19937 random(3);
     const int width = 301, height = 200;
     const Bytes jpeg = randomJPEG(width, height, {1, 1, 1, 1}, random);

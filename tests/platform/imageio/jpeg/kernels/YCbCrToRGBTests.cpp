@@ -28,7 +28,7 @@ TEST(YCbCrToRGB, everyTargetConvertsEveryColourLikeThePlainLoops) {
     });
 }
 
-TEST(YCbCrToRGB, everyTargetConvertsRowsOfEveryLengthAndWritesNothingBehindThem) {
+TEST(YCbCrToRGB, everyTargetConvertsRowsOfEveryLengthAndWritesNothingAfterThem) {
     std::mt19937 random(1);
     std::array<Row, 3> planes;
     for (Row& plane : planes)
@@ -45,7 +45,7 @@ TEST(YCbCrToRGB, everyTargetConvertsRowsOfEveryLengthAndWritesNothingBehindThem)
     });
 }
 
-TEST(YCbCrToRGB, greysStayAndPureColoursComeOut) {
+TEST(YCbCrToRGB, greysAndPureColoursAreConvertedCorrectly) {
     const Row y = {0, 128, 255, 76, 150, 29}, cb = {128, 128, 128, 85, 44, 255},
               cr = {128, 128, 128, 255, 21, 107};
     Row rgb(18);

@@ -1,8 +1,7 @@
 #include "platform/imageio/jpeg/own/BaselineRows.h"
 
 #include "platform/coregraphics/PixelBuffer.h"
-#include "platform/imageio/Codecs.h"
-#include "platform/imageio/jpeg/LibraryOnlyScope.h"
+#include "platform/imageio/jpeg/Decoder.h"
 #include "platform/imageio/jpeg/LibraryRows.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
@@ -24,7 +23,7 @@ Result<PixelBuffer> all(Result<RowSourcePointer> rows) {
     return rows ? readAllRows(**rows) : Result<PixelBuffer>(rows.failure());
 }
 
-/// Whether our rows are the library's at every scale.
+/// Whether our rows equal those of the library at every scale.
 ::testing::AssertionResult equalsLibrary(const JPEGRecipe& recipe) {
     const auto reader = readerOfBytes(makeJPEG(recipe));
     const RowFormat format{recipe.width, recipe.height, recipe.isGrey ? ColorModel::gray : ColorModel::rgb};
@@ -40,10 +39,10 @@ Result<PixelBuffer> all(Result<RowSourcePointer> rows) {
     return ::testing::AssertionSuccess();
 }
 
-/// Notes from where it is read.
-class WatchedReader final : public ByteReader {
+/// Records the offsets at which it is read.
+class RecordingReader final : public ByteReader {
 public:
-    explicit WatchedReader(Bytes bytes) : bytes_(readerOfBytes(std::move(bytes))) {}
+    explicit RecordingReader(Bytes bytes) : bytes_(readerOfBytes(std::move(bytes))) {}
 
     std::uint64_t size() const override { return bytes_->size(); }
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const override {
@@ -57,38 +56,34 @@ private:
     std::shared_ptr<const ByteReader> bytes_;
 };
 
-/// Whether the codec takes the scan by itself, which our decoder alone does.
-bool readsWithOurDecoder(const Bytes& file) {
-    const auto reader = std::make_shared<WatchedReader>(file);
-    const auto decoder = *jpeg::codec.open(reader);
+/// Only our own decoder begins to read at the start of the scan.
+bool readsWithOurDecoder(const Bytes& file, DecoderChoice choice) {
+    const auto reader = std::make_shared<RecordingReader>(file);
+    const auto decoder = *openDecoder(reader, choice);
     EXPECT_TRUE(all(decoder->rows(0, 8)).ok());
     return reader->offsets.contains(testing::scanPosition(file));
 }
 
 } // namespace
 
-TEST(JPEGRows, comeFromOurDecoderUnlessAScopeForbidsIt) {
-    const Bytes file = makeJPEG({}), progressive = makeJPEG({.isProgressive = true});
-    EXPECT_TRUE(readsWithOurDecoder(file));
-    EXPECT_FALSE(readsWithOurDecoder(progressive));
-    {
-        const jpeg::LibraryOnlyScope scope;
-        EXPECT_FALSE(readsWithOurDecoder(file));
-    }
-    EXPECT_TRUE(readsWithOurDecoder(file));
+TEST(BaselineRows, areReadFirstUnlessOnlyTheLibraryMayDecode) {
+    const Bytes baseline = makeJPEG({}), progressive = makeJPEG({.isProgressive = true});
+    EXPECT_TRUE(readsWithOurDecoder(baseline, DecoderChoice::ownFirst));
+    EXPECT_FALSE(readsWithOurDecoder(progressive, DecoderChoice::ownFirst));
+    EXPECT_FALSE(readsWithOurDecoder(baseline, DecoderChoice::libraryOnly));
 }
 
-TEST(JPEGRows, letGoOfTheFileWithTheirEnd) {
+TEST(BaselineRows, releaseTheFileWhenTheyAreDestroyed) {
     const auto reader = readerOfBytes(makeJPEG({}));
     EXPECT_TRUE(all(jpeg::openBaselineRows(reader, 8)).ok());
     EXPECT_EQ(reader.use_count(), 1);
 }
 
-TEST(JPEGRows, areTheSameFromManyThreadsAtOnce) {
+TEST(BaselineRows, areTheSameOnManyThreadsAtOnce) {
     const Bytes file = makeJPEG({.width = 300, .height = 200});
     const PixelBuffer expected = *all(jpeg::openBaselineRows(readerOfBytes(file), 8));
     std::vector<std::future<bool>> threads;
-    for (int i = 0; i < 24; ++i) // more than decoders that rest
+    for (int i = 0; i < 24; ++i) // more than the number of idle decoders that are kept
         threads.push_back(std::async(std::launch::async, [&file, &expected] {
             for (int repetition = 0; repetition < 5; ++repetition) {
                 const auto rows = all(jpeg::openBaselineRows(readerOfBytes(file), 8));
@@ -101,7 +96,7 @@ TEST(JPEGRows, areTheSameFromManyThreadsAtOnce) {
         EXPECT_TRUE(thread.get());
 }
 
-TEST(JPEGRows, areTheLibrarysPixelsForEveryKindOfFileThatIsTaken) {
+TEST(BaselineRows, equalTheLibrarysForEveryKindOfSupportedFile) {
     for (const JPEGRecipe& recipe : testing::recipesForOurDecoder())
         EXPECT_TRUE(equalsLibrary(recipe));
 }

@@ -1,21 +1,22 @@
-// Files through our own JPEG decoder and through the general library alone.
+// BothDecoders: decodes files with our own JPEG decoder and with libjpeg-turbo alone.
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
+#include "platform/imageio/jpeg/Decoder.h"
 
 #include <gtest/gtest.h>
 
 namespace kestrine::testing {
 
-/// What the codec gives, with our own decoder where that takes the file, and what it gives without.
-Result<PixelBuffer> decodedByCodec(const Bytes& file, int eighths);
-Result<PixelBuffer> decodedByLibrary(const Bytes& file, int eighths);
+/// The picture, at `eighths` eighths of its size.
+Result<PixelBuffer> decoded(const Bytes& file, jpeg::DecoderChoice choice, int eighths);
 
-/// Whether both are the same picture, or both fail.
-::testing::AssertionResult sameThroughBoth(const Bytes& file, int eighths = 8);
+/// Whether both choices give the same picture, or both fail.
+::testing::AssertionResult sameWithBoth(const Bytes& file, int eighths = 8);
 
-/// What becomes of a file in our own decoder alone: it starts or not, and comes to the last row or not.
-enum class Outcome { refused, givenUp, taken };
+/// The result of our own decoder alone: it refuses the header, fails at some row, or decodes the whole
+/// picture.
+enum class Outcome { refused, failed, decoded };
 Outcome outcomeOf(const Bytes& file);
 
 } // namespace kestrine::testing

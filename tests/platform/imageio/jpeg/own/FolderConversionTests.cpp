@@ -1,11 +1,13 @@
-// Whole conversions of a folder of pictures, sound ones and broken ones, with our own decoder and without.
+// Converts a folder of valid and damaged pictures with our own decoder and with libjpeg-turbo alone.
 
-#include "platform/imageio/jpeg/LibraryOnlyScope.h"
-#include "platform/imageio/Render.h"
+#include "platform/coregraphics/Resampler.h"
+#include "platform/coregraphics/RowsAhead.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/jpeg/Decoder.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/SourceFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -15,13 +17,14 @@ namespace kestrine::jpeg {
 
 namespace {
 
-/// Files of all kinds that our decoder takes, one large enough for a thread that reads ahead, some cut; and
-/// the pictures with which the fuzzers begin: progressive ones, CMYK, broken ones, some with EXIF.
+/// Files of all kinds that our decoder supports, one of them large enough for a second thread, some of them
+/// cut off; and the corpora of the fuzzers, which have progressive, CMYK and damaged files and some with
+/// EXIF.
 void fill(const testing::TemporaryFolder& folder) {
     std::vector<testing::JPEGRecipe> recipes = testing::recipesForOurDecoder();
     recipes.push_back({.width = 900, .height = 700});
     std::reverse(recipes.begin(), recipes.end());
-    constexpr std::size_t step = 7; // has no factor in common with how the recipes vary
+    constexpr std::size_t step = 7; // has no common factor with the pattern of the recipes
     for (std::size_t i = 0; i < recipes.size(); i += step) {
         const Bytes file = testing::makeJPEG(recipes[i]);
         folder.write(std::to_string(i) + ".jpg", file);
@@ -34,37 +37,38 @@ void fill(const testing::TemporaryFolder& folder) {
             folder.write(corpus + file.path().filename().string(), testing::readFileBytes(file.path()));
 }
 
-/// A JPEG of the picture scaled to a `divisor`-th, or why there is none.
-Result<Bytes> converted(const std::filesystem::path& path, std::uint32_t divisor) {
-    const auto source = Source::open(readerOfBytes(testing::readFileBytes(path)));
-    if (!source)
-        return source.failure();
-    const RowFormat format = (*source)->frames().front().format;
-    const Resampling scaling = {AxisMap::filling(format.width, std::max(1U, format.width / divisor)),
-                                AxisMap::filling(format.height, std::max(1U, format.height / divisor)),
-                                ResampleFilter::lanczos, Light::linear};
-    return render({*source, 0, {scaling}}, {FileType::jpeg, {.quality = 0.7}});
-}
+struct Scale {
+    std::uint32_t divisor;
+    int eighths; ///< at which the picture is decoded
+};
 
-Result<Bytes> convertedByLibrary(const std::filesystem::path& path, std::uint32_t divisor) {
-    const jpeg::LibraryOnlyScope scope;
-    return converted(path, divisor);
+/// The picture at 1 / `scale.divisor` of its size, as a JPEG.
+Result<Bytes> converted(const std::filesystem::path& path, DecoderChoice choice, const Scale& scale) {
+    const auto decoder = TRY(openDecoder(readerOfBytes(testing::readFileBytes(path)), choice));
+    RowSourcePointer rows = rowsAhead(TRY(decoder->rows(0, scale.eighths)));
+    const auto scaled = [&scale](std::uint32_t side, std::uint32_t decodedSide) {
+        return AxisMap::filling(decodedSide, std::max(1U, side / scale.divisor));
+    };
+    const RowFormat full = decoder->frames().front().format, decoded = rows->format();
+    const Resampling scaling = {scaled(full.width, decoded.width), scaled(full.height, decoded.height),
+                                ResampleFilter::lanczos, Light::linear};
+    return encode(*resampledRows(std::move(rows), scaling, nullptr, SampleDepth::bits8), {.quality = 0.7});
 }
 
 } // namespace
 
-TEST(JPEGConversion, ofAFolderGivesTheSameBytesWithOurOwnDecoderAndWithout) {
+TEST(FolderConversion, givesTheSameBytesWithOurOwnDecoderAndWithTheLibraryAlone) {
     const testing::TemporaryFolder folder;
     fill(folder);
     int equal = 0;
     for (const auto& file : std::filesystem::directory_iterator(folder.path()))
-        for (const std::uint32_t divisor : {1, 5, 19}) {
-            const Result<Bytes> ours = converted(file.path(), divisor),
-                                theirs = convertedByLibrary(file.path(), divisor);
-            ASSERT_EQ(ours.ok(), theirs.ok()) << file.path() << " to 1/" << divisor;
+        for (const Scale& scale : {Scale{1, 8}, {5, 4}, {19, 1}}) {
+            const Result<Bytes> ours = converted(file.path(), DecoderChoice::ownFirst, scale),
+                                theirs = converted(file.path(), DecoderChoice::libraryOnly, scale);
+            ASSERT_EQ(ours.ok(), theirs.ok()) << file.path() << " to 1/" << scale.divisor;
             if (!ours)
                 continue;
-            ASSERT_EQ(*ours, *theirs) << file.path() << " to 1/" << divisor;
+            ASSERT_EQ(*ours, *theirs) << file.path() << " to 1/" << scale.divisor;
             ++equal;
         }
     EXPECT_GT(equal, 300);

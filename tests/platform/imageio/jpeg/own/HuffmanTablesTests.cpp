@@ -1,4 +1,4 @@
-// The tables and the reservoir against reading bit by bit.
+// Compares the tables and the reservoir with reading bit by bit.
 
 #include "platform/imageio/jpeg/own/HuffmanTables.h"
 
@@ -17,7 +17,7 @@ using jpeg::HuffmanCode;
 
 namespace {
 
-/// A code with as many symbols a length as `random` likes, all ones kept free, and symbols in any order.
+/// A valid code with random numbers of codes per length and symbols in random order.
 HuffmanCode randomCode(std::mt19937& random) {
     HuffmanCode code;
     std::iota(code.symbols.begin(), code.symbols.end(), std::uint8_t{0});
@@ -25,8 +25,8 @@ HuffmanCode randomCode(std::mt19937& random) {
     unsigned free = 1, used = 0;
     for (std::size_t length = 1; length <= 16; ++length) {
         free *= 2;
-        const unsigned most = std::min({free - 1, 256 - used, 3 * static_cast<unsigned>(length)});
-        const auto count = static_cast<unsigned>(random() % (most + 1));
+        const unsigned limit = std::min({free - 1, 256 - used, 3 * static_cast<unsigned>(length)});
+        const auto count = static_cast<unsigned>(random() % (limit + 1));
         code.counts[length] = static_cast<std::uint8_t>(count);
         free -= count;
         used += count;
@@ -47,7 +47,7 @@ public:
         return value;
     }
 
-    /// The symbol of a code; none when nothing begins like this.
+    /// The next symbol; none when no code matches.
     std::optional<int> symbol(const HuffmanCode& code) {
         unsigned first = 0, value = 0;
         std::size_t before = 0;
@@ -66,7 +66,7 @@ private:
     int taken_ = 0;
 };
 
-/// One AC symbol read bit by bit, in the words of an entry.
+/// One AC symbol, read bit by bit.
 struct PlainSymbol {
     int step, value, codeLength;
 };
@@ -83,7 +83,7 @@ std::optional<PlainSymbol> plainSymbol(BitByBit& bits, const HuffmanCode& code) 
     return PlainSymbol{run + 1, jpeg::extended(bits.take(size), size), codeLength};
 }
 
-/// Whether an entry says of `bits` what reading them says.
+/// Whether an entry has the symbols that reading `bits` gives.
 ::testing::AssertionResult isRight(const ACEntry& entry, std::uint64_t bits, const HuffmanCode& code) {
     BitByBit reader(bits);
     const std::optional<PlainSymbol> first = plainSymbol(reader, code);
@@ -109,7 +109,7 @@ std::optional<PlainSymbol> plainSymbol(BitByBit& bits, const HuffmanCode& code) 
 
 } // namespace
 
-TEST(JPEGTables, everyEntryOfAnyCodeSaysWhatReadingBitByBitSays) {
+TEST(HuffmanTables, everyEntryHasTheSymbolsThatReadingBitByBitGives) {
     std::mt19937_64 random(1);
     std::mt19937 randomCodes(2);
     auto table = std::make_unique<ACTable>();
@@ -126,7 +126,7 @@ TEST(JPEGTables, everyEntryOfAnyCodeSaysWhatReadingBitByBitSays) {
     EXPECT_GT(pairs, 1000);
 }
 
-TEST(JPEGTables, aCodeOfAnyLengthIsFoundAndAllOnesAreNone) {
+TEST(HuffmanTables, codesOfEveryLengthAreFoundAndACodeOfOnesIsNot) {
     std::mt19937_64 random(3);
     std::mt19937 randomCodes(4);
     for (int i = 0; i < 100; ++i) {
@@ -145,7 +145,7 @@ TEST(JPEGTables, aCodeOfAnyLengthIsFoundAndAllOnesAreNone) {
     }
 }
 
-TEST(JPEGTables, aCodeOfOnesOnlyOrWithTooManyOfALengthIsRefused) {
+TEST(HuffmanTables, codesWithOnesOnlyOrTooManyOfALengthAreRefused) {
     HuffmanCode code;
     code.counts[1] = 2;
     EXPECT_FALSE(jpeg::CanonicalCode().assign(code));
@@ -159,7 +159,7 @@ TEST(JPEGTables, aCodeOfOnesOnlyOrWithTooManyOfALengthIsRefused) {
     EXPECT_TRUE(jpeg::CanonicalCode().assign(code));
 }
 
-TEST(JPEGReservoir, givesTheBitsInOrderHoweverTheyAreTakenAndPutBack) {
+TEST(Reservoir, givesTheBitsInOrderWhenBitsAreTakenAndPutBack) {
     std::mt19937 random(5);
     Bytes bytes(6000);
     for (std::uint8_t& byte : bytes)

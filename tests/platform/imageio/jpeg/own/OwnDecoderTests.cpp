@@ -1,10 +1,9 @@
-// Whatever a file is like, the codec gives what the general library alone gives: the same rows, or a failure
-// where it fails.
+// For every file, our own decoder with libjpeg-turbo as fallback gives the result of libjpeg-turbo alone: the
+// same rows, or a failure.
 
-#include "platform/imageio/Codecs.h"
-#include "tests/platform/imageio/jpeg/own/BothDecoders.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
+#include "tests/platform/imageio/jpeg/own/BothDecoders.h"
 #include "tests/support/Pictures.h"
 
 namespace kestrine::jpeg {
@@ -14,7 +13,7 @@ using testing::makeJPEG;
 using testing::markerPosition;
 using testing::Outcome;
 using testing::outcomeOf;
-using testing::sameThroughBoth;
+using testing::sameWithBoth;
 using testing::scanPosition;
 using testing::segmentOf;
 using testing::withByte;
@@ -22,14 +21,14 @@ using testing::withInserted;
 
 namespace {
 
-bool isTaken(const Bytes& file) { return outcomeOf(file) == Outcome::taken; }
-bool isGivenUp(const Bytes& file) { return outcomeOf(file) == Outcome::givenUp; }
-bool isRefusedAtOnce(const Bytes& file) { return outcomeOf(file) == Outcome::refused; }
+bool isDecoded(const Bytes& file) { return outcomeOf(file) == Outcome::decoded; }
+bool failsInTheScan(const Bytes& file) { return outcomeOf(file) == Outcome::failed; }
+bool isRefused(const Bytes& file) { return outcomeOf(file) == Outcome::refused; }
 
-/// Small, but with several bands, restart markers and colour that crosses the bands.
+/// A small file with several bands, restart markers and chroma that is smoothed across the bands.
 Bytes smallFile() { return makeJPEG({.width = 40, .height = 52, .quality = 60, .restartInterval = 4}); }
 
-/// A component identifier of the frame: 0, 1 or 2.
+/// Offset of the identifier of component 0, 1 or 2.
 std::size_t identifierInFrame(const Bytes& file, std::size_t component) {
     return markerPosition(file, 0xC0) + 10 + 3 * component;
 }
@@ -59,72 +58,72 @@ Bytes adobeSegment(std::uint8_t transform) {
 
 } // namespace
 
-TEST(OwnJPEGDecoder, aFileCutAtAnyByteIsDecodedAsByTheLibraryAlone) {
+TEST(OwnDecoder, aFileCutAtAnyByteIsDecodedAsByTheLibrary) {
     const Bytes whole = smallFile();
     for (std::size_t length = 0; length <= whole.size(); ++length) {
         for (const int eighths : {8, 4})
-            EXPECT_TRUE(sameThroughBoth(cutAt(whole, length), eighths))
+            EXPECT_TRUE(sameWithBoth(cutAt(whole, length), eighths))
                 << length << " bytes, " << eighths << "/8";
     }
 }
 
-TEST(OwnJPEGDecoder, aFileWithAnyByteDamagedIsDecodedAsByTheLibraryAlone) {
+TEST(OwnDecoder, aFileWithAnyByteChangedIsDecodedAsByTheLibrary) {
     const Bytes whole = smallFile();
     for (std::size_t at = 0; at < whole.size(); ++at) {
         for (const int flip : {0x01, 0x10, 0x80, 0xFF}) {
             const Bytes file = withByte(whole, at, whole[at] ^ flip);
-            EXPECT_TRUE(sameThroughBoth(file, flip == 0x10 ? 4 : 8)) << "byte " << at << " xor " << flip;
+            EXPECT_TRUE(sameWithBoth(file, flip == 0x10 ? 4 : 8)) << "byte " << at << " xor " << flip;
         }
-        EXPECT_TRUE(sameThroughBoth(withByte(whole, at, 0xFF))) << "byte " << at << " is FF";
+        EXPECT_TRUE(sameWithBoth(withByte(whole, at, 0xFF))) << "byte " << at << " is FF";
     }
 }
 
-TEST(OwnJPEGDecoder, rowsGivenBeforeItGivesUpStayAndTheRestComesFromTheLibrary) {
+TEST(OwnDecoder, theLibraryDeliversTheRowsAfterAFailure) {
     const Bytes whole = makeJPEG({.width = 200, .height = 200});
     const std::size_t scan = scanPosition(whole);
     for (const std::size_t part : {2, 4, 6, 8, 9}) {
         const Bytes file = cutAt(whole, scan + (whole.size() - scan) * part / 10);
-        EXPECT_TRUE(isGivenUp(file));
+        EXPECT_TRUE(failsInTheScan(file));
         for (const int eighths : {8, 4, 2, 1})
-            EXPECT_TRUE(sameThroughBoth(file, eighths)) << part << " tenths";
+            EXPECT_TRUE(sameWithBoth(file, eighths)) << part << " tenths";
     }
 }
 
-TEST(OwnJPEGDecoder, bytesThatFillUpBeforeMarkersAreNothingOdd) {
+TEST(OwnDecoder, paddingBeforeMarkersIsAccepted) {
     Bytes file = smallFile();
     constexpr std::uint8_t codes[] = {0xC4, 0xDB, 0xC0, 0xDD, 0xDA, 0xD0, 0xD1, 0xD9};
     for (const std::uint8_t code : codes)
         file = withInserted(file, markerPosition(file, code), {0xFF, 0xFF});
-    EXPECT_TRUE(isTaken(file));
-    EXPECT_TRUE(sameThroughBoth(file));
+    EXPECT_TRUE(isDecoded(file));
+    EXPECT_TRUE(sameWithBoth(file));
 }
 
-TEST(OwnJPEGDecoder, whatFollowsTheLastMCUDoesNotMatter) {
+TEST(OwnDecoder, bytesAfterTheLastMCUAreIgnored) {
     const Bytes whole = smallFile();
     const Bytes withGarbage = withInserted(whole, whole.size(), {0xFF, 0xD0, 1, 2, 3, 0xFF});
     const Bytes withoutEnd = cutAt(whole, whole.size() - 2);
     for (const Bytes& file : {withGarbage, withoutEnd}) {
-        EXPECT_TRUE(isTaken(file));
-        EXPECT_TRUE(sameThroughBoth(file));
+        EXPECT_TRUE(isDecoded(file));
+        EXPECT_TRUE(sameWithBoth(file));
     }
 }
 
-TEST(OwnJPEGDecoder, otherSegmentsAndTheirLengthsDoNotMatter) {
+TEST(OwnDecoder, commentsOfEveryLengthAreSkipped) {
     const Bytes whole =
         makeJPEG({.width = 400, .height = 300, .quality = 97, .content = testing::Content::noise});
-    ASSERT_GT(whole.size(), 3U << 16); // several times what is read and kept at a time
+    ASSERT_GT(whole.size(), 3U << 16); // several times the window
     for (const std::size_t length : {0, 1, 2, 3, 7, 8, 9, 65533}) {
         const Bytes file = withInserted(whole, 2, segmentOf(0xFE, Bytes(length, 0xFF)));
-        EXPECT_TRUE(isTaken(file));
-        EXPECT_TRUE(sameThroughBoth(file)) << length;
+        EXPECT_TRUE(isDecoded(file));
+        EXPECT_TRUE(sameWithBoth(file)) << length;
     }
 }
 
-TEST(OwnJPEGDecoder, whatTheColoursMeanIsReadFromTheMarksAndIdentifiers) {
+TEST(OwnDecoder, theColourModelFollowsFromJFIFAdobeAndTheIdentifiers) {
     const Bytes jfif = smallFile(), bare = withoutSegment(jfif, 0xE0);
     const struct {
         Bytes file;
-        bool isTaken;
+        bool isDecoded;
     } cases[] = {
         {bare, true},
         {withIdentifiers(jfif, "RGB"), true},
@@ -136,13 +135,13 @@ TEST(OwnJPEGDecoder, whatTheColoursMeanIsReadFromTheMarksAndIdentifiers) {
         {withInserted(jfif, 2, adobeSegment(0)), false},
         {makeJPEG({.isStoredAsRGB = true}), false},
     };
-    for (const auto& [file, isTakenAsExpected] : cases) {
-        EXPECT_EQ(isTaken(file), isTakenAsExpected) << &file - &cases[0].file;
-        EXPECT_TRUE(sameThroughBoth(file));
+    for (const auto& [file, isExpected] : cases) {
+        EXPECT_EQ(isDecoded(file), isExpected) << &file - &cases[0].file;
+        EXPECT_TRUE(sameWithBoth(file));
     }
 }
 
-TEST(OwnJPEGDecoder, unusualHeadersAreLeftToTheLibrary) {
+TEST(OwnDecoder, unusualHeadersAreLeftToTheLibrary) {
     const Bytes file = smallFile();
     const std::size_t frame = markerPosition(file, 0xC0), scan = markerPosition(file, 0xDA);
     const std::size_t quantisers = markerPosition(file, 0xDB), codes = markerPosition(file, 0xC4);
@@ -150,12 +149,12 @@ TEST(OwnJPEGDecoder, unusualHeadersAreLeftToTheLibrary) {
         makeJPEG({.isProgressive = true}),
         makeJPEG({.sampling = {{{{3, 1}, {1, 1}, {1, 1}}}}}),
         withByte(file, frame + 1, 0xC9),      // arithmetic coding
-        withByte(file, frame + 4, 12),        // bits a sample
+        withByte(file, frame + 4, 12),        // bits per sample
         withByte(file, frame + 6, 0),         // no height (and 0 in the byte before)
         withByte(file, frame + 9, 2),         // components
-        withByte(file, frame + 10, 2),        // two components of one name
-        withByte(file, scan + 5, 7),          // a name that is none
-        withByte(file, scan + 6, 0x04),       // a table that is none
+        withByte(file, frame + 10, 2),        // two components with one identifier
+        withByte(file, scan + 5, 7),          // an unknown identifier
+        withByte(file, scan + 6, 0x04),       // an unknown table
         withByte(file, scan + 12, 5),         // last coefficient
         withByte(file, scan + 13, 0x01),      // approximation
         withByte(file, quantisers + 4, 0x20), // precision
@@ -164,19 +163,19 @@ TEST(OwnJPEGDecoder, unusualHeadersAreLeftToTheLibrary) {
         withByte(file, codes + 21, 12),       // a DC difference of 12 bits
         withoutSegment(file, 0xC4),
         withoutSegment(file, 0xDB),
-        withInserted(file, frame, {0x00}),            // garbage between segments
+        withInserted(file, frame, {0x00}),            // a byte between segments
         withInserted(file, frame, {0xFF, 0xD0}),      // a restart marker there
-        withInserted(file, scan, {0xFF, 0x01}),       // a marker without a meaning
+        withInserted(file, scan, {0xFF, 0x01}),       // a reserved marker
         withInserted(file, scan, {0xFF, 0xE5, 0, 1}), // a segment shorter than its length
         Bytes(cutAt(file, scan)),
     };
     for (const Bytes& unusual : cases) {
-        EXPECT_TRUE(isRefusedAtOnce(unusual)) << "case " << &unusual - cases;
-        EXPECT_TRUE(sameThroughBoth(unusual)) << "case " << &unusual - cases;
+        EXPECT_TRUE(isRefused(unusual)) << "case " << &unusual - cases;
+        EXPECT_TRUE(sameWithBoth(unusual)) << "case " << &unusual - cases;
     }
 }
 
-TEST(OwnJPEGDecoder, unusualScansAreGivenUpAndLeftToTheLibrary) {
+TEST(OwnDecoder, unusualScansAreLeftToTheLibrary) {
     const Bytes file = smallFile();
     const std::size_t scan = scanPosition(file);
     const std::size_t first = markerPosition(file, 0xD0, scan), second = markerPosition(file, 0xD1, scan);
@@ -186,24 +185,25 @@ TEST(OwnJPEGDecoder, unusualScansAreGivenUpAndLeftToTheLibrary) {
     const Bytes cases[] = {
         withByte(file, second + 1, 0xD2),                 // another number
         withoutFirst,                                     // a marker is missing
-        withInserted(file, first, {0x00}),                // a byte more before it
-        withInserted(file, scan + 3, {0xFF, 0xD0}),       // one too many
+        withInserted(file, first, {0x00}),                // an additional byte before it
+        withInserted(file, scan + 3, {0xFF, 0xD0}),       // an additional marker
         withInserted(file, scan + 3, {0xFF, 0xE0, 0, 2}), // a segment in the scan
-        withInserted(file, first, {0xFF, 0xFF, 0x00}),    // filling up before a byte of the scan
+        withInserted(file, first, {0xFF, 0xFF, 0x00}),    // padding before a byte of the scan
         cutAt(file, second),
     };
     for (const Bytes& unusual : cases) {
-        EXPECT_TRUE(isGivenUp(unusual)) << "case " << &unusual - cases;
-        EXPECT_TRUE(sameThroughBoth(unusual)) << "case " << &unusual - cases;
+        EXPECT_TRUE(failsInTheScan(unusual)) << "case " << &unusual - cases;
+        EXPECT_TRUE(sameWithBoth(unusual)) << "case " << &unusual - cases;
     }
 }
 
-TEST(OwnJPEGDecoder, rowsMayBeReadAfterTheDecoderIsGone) {
-    const Bytes file = cutAt(smallFile(), 700); // so that the library is needed, too
-    auto decoder = *jpeg::codec.open(readerOfBytes(file));
+TEST(OwnDecoder, rowsCanBeReadAfterTheDecoderIsDestroyed) {
+    const Bytes file = cutAt(smallFile(), 700); // so that the library is also needed
+    auto decoder = *openDecoder(readerOfBytes(file), DecoderChoice::ownFirst);
     const RowSourcePointer rows = *decoder->rows(0, 8);
     decoder.reset();
-    EXPECT_TRUE(testing::samePicture(*readAllRows(*rows), *testing::decodedByLibrary(file, 8)));
+    EXPECT_TRUE(
+        testing::samePicture(*readAllRows(*rows), *testing::decoded(file, DecoderChoice::libraryOnly, 8)));
 }
 
 } // namespace kestrine::jpeg

@@ -17,7 +17,7 @@ using testing::LibraryPlane;
 
 constexpr int scales[] = {8, 4, 2, 1};
 
-/// Whether the decoder gives these planes, band after band.
+/// Whether the decoder gives the planes, band after band.
 ::testing::AssertionResult givesPlanes(PlaneDecoder& decoder, const std::vector<LibraryPlane>& expected) {
     if (decoder.planes().size() != expected.size())
         return ::testing::AssertionFailure() << decoder.planes().size() << " planes";
@@ -28,8 +28,8 @@ constexpr int scales[] = {8, 4, 2, 1};
             const jpeg::Plane& plane = decoder.planes()[c];
             if (plane.geometry().width != expected[c].width || plane.geometry().height != expected[c].height)
                 return ::testing::AssertionFailure() << "plane " << c << " has another size";
-            for (std::uint32_t i = 0; i < plane.rowsOfBand(); ++i) {
-                const std::uint32_t y = band * plane.rowsOfBand() + i;
+            for (std::uint32_t i = 0; i < plane.rowsPerBand(); ++i) {
+                const std::uint32_t y = band * plane.rowsPerBand() + i;
                 if (y < expected[c].height
                     && std::memcmp(plane.row(i), expected[c].rows[y].data(), expected[c].width) != 0)
                     return ::testing::AssertionFailure() << "plane " << c << " differs in row " << y;
@@ -39,7 +39,8 @@ constexpr int scales[] = {8, 4, 2, 1};
     return ::testing::AssertionSuccess();
 }
 
-/// Whether our planes are the library's at every scale, from the same decoder started again and again.
+/// Whether our planes equal those of the library at every scale, with one decoder that is started several
+/// times.
 ::testing::AssertionResult equalsLibrary(const JPEGRecipe& recipe) {
     const Bytes file = makeJPEG(recipe);
     PlaneDecoder decoder;
@@ -54,7 +55,7 @@ constexpr int scales[] = {8, 4, 2, 1};
 
 } // namespace
 
-TEST(JPEGPlanes, areTheLibrarysSamplesForEveryKindOfFileThatIsTaken) {
+TEST(PlaneDecoder, givesTheSamplesOfTheLibraryForEveryKindOfSupportedFile) {
     for (const JPEGRecipe& recipe : testing::recipesForOurDecoder())
         EXPECT_TRUE(equalsLibrary(recipe));
 }

@@ -11,7 +11,8 @@ namespace kestrine::testing {
 
 namespace {
 
-/// Contents that deflate treats in different ways: nothing, stored, fixed codes, one block, many blocks.
+/// Contents that deflate stores in different ways: empty, uncompressed, with fixed codes, in one block, in
+/// many blocks.
 std::vector<Bytes> contents() {
     std::mt19937 random(11);
     std::vector<Bytes> all = {{}, {1}, Bytes(3, 7), Bytes(100'000, 0)};
@@ -35,7 +36,7 @@ Bytes inflated(const Bytes& stream, std::size_t expectedLength) {
 
 } // namespace
 
-TEST(DeflatedPieces, followEachOtherInOneStream) {
+TEST(DeflatedPiece, canBeJoinedToOneStream) {
     Bytes stream = {0x78, 0x9C}, expected;
     std::uint32_t adler = 1;
     const auto add = [&](const Bytes& bytes, bool isLast) {
@@ -52,10 +53,11 @@ TEST(DeflatedPieces, followEachOtherInOneStream) {
     EXPECT_EQ(inflated(stream, expected.size()), expected);
 }
 
-TEST(DeflatedPieces, eachMayBeTheFirstOfTwo) {
+TEST(DeflatedPiece, everyPieceCanBeFollowedByAnother) {
     const Bytes second = {5, 6, 7};
     for (const Bytes& first : contents()) {
-        const png::DeflatedPiece pieces[] = {png::deflatePiece(first, false), png::deflatePiece(second, true)};
+        const png::DeflatedPiece pieces[] = {png::deflatePiece(first, false),
+                                             png::deflatePiece(second, true)};
         Bytes stream = {0x78, 0x9C};
         for (const png::DeflatedPiece& piece : pieces)
             stream.insert(stream.end(), piece.deflated.begin(), piece.deflated.end());
@@ -68,7 +70,7 @@ TEST(DeflatedPieces, eachMayBeTheFirstOfTwo) {
     }
 }
 
-TEST(PNGEncoder, aPictureOfSeveralPiecesComesBackAsItWas) {
+TEST(ImageDataWriter, aPictureOfSeveralPiecesIsDecodedUnchanged) {
     for (RowFormat layout : allLayouts(1531, 1)) {
         layout.height = static_cast<std::uint32_t>(2'500'000 / layout.bytesPerRow());
         const PixelBuffer picture = makePhoto(layout);
@@ -76,14 +78,14 @@ TEST(PNGEncoder, aPictureOfSeveralPiecesComesBackAsItWas) {
     }
 }
 
-TEST(PNGEncoder, theBytesDoNotDependOnThreads) {
+TEST(ImageDataWriter, theBytesDoNotDependOnThreads) {
     const PixelBuffer picture = makePhoto({1100, 1000});
     const Bytes withThreads = encodeSound(png::encode, picture);
     const OneThreadScope alone;
     EXPECT_EQ(encodeSound(png::encode, picture), withThreads);
 }
 
-TEST(PNGEncoder, aRowLongerThanAPieceIsWritten) {
+TEST(ImageDataWriter, aRowLongerThanAPieceIsEncoded) {
     const PixelBuffer picture = makePhoto({300'000, 2, ColorModel::rgb, true, SampleDepth::bits16});
     EXPECT_TRUE(samePicture(decodeSound(png::codec, encodeSound(png::encode, picture)).pixels, picture));
 }

@@ -14,7 +14,7 @@ constexpr std::array<std::size_t, 6> pixelSizes = {1, 2, 3, 4, 6, 8};
 constexpr std::array<PNGFilter, pngFilters> allFilters = {PNGFilter::none, PNGFilter::sub, PNGFilter::up,
                                                           PNGFilter::average, PNGFilter::paeth};
 
-/// A row between its margins.
+/// A row with its margins.
 class Row {
 public:
     explicit Row(std::size_t count) : bytes_(count + 2 * pngRowMargin), count_(count) {}
@@ -22,7 +22,7 @@ public:
     std::uint8_t* data() { return bytes_.data() + pngRowMargin; }
     std::vector<std::uint8_t> content() { return {data(), data() + count_}; }
 
-    /// Any bytes, or such as lie near each other, where the predictions are close calls.
+    /// Random bytes; with a small `spread` they are similar, so that predictions differ only slightly.
     Row& fill(std::mt19937& random, unsigned spread) {
         for (std::size_t i = 0; i < count_; ++i)
             data()[i] = static_cast<std::uint8_t>(random() % spread + (256 - spread) * (i / 16 % 2));
@@ -34,7 +34,7 @@ private:
     std::size_t count_;
 };
 
-/// Runs `check(bytesPerPixel, count, row, above)` with rows of all kinds and widths.
+/// Calls `check(bytesPerPixel, count, row, above)` for all pixel sizes and many widths.
 template <class Check>
 void onRows(const Check& check) {
     std::mt19937 random(7);
@@ -51,7 +51,7 @@ void onRows(const Check& check) {
 
 } // namespace
 
-TEST(PNGFilters, everyTargetUnfiltersAsThePlainLoopsDo) {
+TEST(PNGFilters, everyTargetUnfiltersLikeThePlainLoops) {
     testing::onEveryTarget([] {
         onRows([](std::size_t bytesPerPixel, std::size_t count, Row& filtered, Row& above) {
             for (const PNGFilter filter : allFilters) {
@@ -66,7 +66,7 @@ TEST(PNGFilters, everyTargetUnfiltersAsThePlainLoopsDo) {
     });
 }
 
-TEST(PNGFilters, everyTargetUnfiltersSeveralRowsAsThePlainLoopsDo) {
+TEST(PNGFilters, everyTargetUnfiltersSeveralRowsLikeThePlainLoops) {
     testing::onEveryTarget([] {
         std::mt19937 random(3);
         onRows([&](std::size_t bytesPerPixel, std::size_t count, Row&, Row& above) {
@@ -90,7 +90,7 @@ TEST(PNGFilters, everyTargetUnfiltersSeveralRowsAsThePlainLoopsDo) {
     });
 }
 
-TEST(PNGFilters, everyTargetSumsAndFiltersAsThePlainLoopsDo) {
+TEST(PNGFilters, everyTargetSumsAndFiltersLikeThePlainLoops) {
     testing::onEveryTarget([] {
         onRows([](std::size_t bytesPerPixel, std::size_t count, Row& row, Row& above) {
             ASSERT_EQ(pngFilterSums(bytesPerPixel, row.data(), above.data(), count),
@@ -117,7 +117,7 @@ TEST(PNGFilters, unfilteringUndoesFiltering) {
     });
 }
 
-TEST(PNGFilters, thePaethPredictionIsTheNeighbourNearestToItsEstimateLeftFirst) {
+TEST(PNGFilters, thePaethPredictionIsTheNeighbourNearestToTheEstimate) {
     struct Case {
         int left, above, aboveLeft, expected;
     };

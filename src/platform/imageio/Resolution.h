@@ -1,0 +1,18 @@
+// Resolution: how many pixels of a picture lie on an inch.
+#pragma once
+
+namespace kestrine {
+
+/// In pixels per inch along the two axes. Without a usable value in the file it is 72.
+struct Resolution {
+    double horizontal = 72;
+    double vertical = 72;
+
+    bool operator==(const Resolution&) const = default;
+};
+
+/// The resolution for the values in a file, in pixels per inch. A value outside 1 to 100000 becomes 72; the
+/// other axis keeps its value.
+Resolution plausibleResolution(double horizontal, double vertical);
+
+} // namespace kestrine
