@@ -72,7 +72,6 @@ ImageProperties imagePropertiesForFile(const NSImage& image, const OptionalStrin
         const NSBitmapImageRep* file = reps.empty() ? nullptr : reps.front().get();
         for (const char16_t* name : {NSImageEXIFData, NSImageRGBColorTable})
             if (isNamed(name))
-                if (isNamed(name))
                 keep(name, file);
     }
     return properties;
