@@ -29,7 +29,7 @@ Bytes bytesOfHex(std::string_view hex) {
     return bytes;
 }
 
-/// "Web" and "Thumb 50%", as the desktop application stores them.
+/// The archive of "Web" and "Thumb 50%".
 const std::string_view twoPresets =
     "040b73747265616d747970656481e8038401408484840e4e534d757461626c654172726179008484074e53417272617900848408"
     "4e534f626a6563740085840169029284848409526573697a65536574049592848484084e53537472696e67019584012b03576562"
@@ -108,7 +108,7 @@ TEST(ResizeSet, archivedAndReadAgainItKeepsAll14FieldsButNoChosenFolder) {
     EXPECT_FALSE(read->chosenFolderPath().has_value());
 }
 
-TEST(ResizeSet, setsAreArchivedByteForByteAsTheDesktopApplicationDoes) {
+TEST(ResizeSet, theArchiveOfSetsIsTheKnownOneByteForByte) {
     const auto web = makeSet(u"Web", {{u"resizeType", 2},
                                       {u"maxSize", 800.0F},
                                       {u"formatType", 0},

@@ -23,6 +23,11 @@ Result<ResizeSets> setsIn(std::vector<Object> elements) {
     return storedSets(domainWith(resizeSetsKey, std::make_shared<NSArray>(std::move(elements))));
 }
 
+template <class T>
+std::optional<Reason> reasonOf(const Result<T>& result) {
+    return result ? std::nullopt : std::optional(result.failure().reason);
+}
+
 } // namespace
 
 TEST(StoredPresets, setsComeBackInTheirOrder) {
@@ -34,14 +39,14 @@ TEST(StoredPresets, setsComeBackInTheirOrder) {
 }
 
 TEST(StoredPresets, aListThatHoldsAnythingButSetsIsRefusedAsAWhole) {
-    EXPECT_EQ(setsIn({makeSet(u"A"), NSString(u"B").object()}).failure().reason, Reason::malformed);
-    EXPECT_EQ(setsIn({NSString(u"A").object(), makeSet(u"B")}).failure().reason, Reason::malformed);
-    EXPECT_EQ(setsIn({makeSet(u"A"), std::make_shared<NSArray>(std::vector<Object>{})}).failure().reason,
+    EXPECT_EQ(reasonOf(setsIn({makeSet(u"A"), NSString(u"B").object()})), Reason::malformed);
+    EXPECT_EQ(reasonOf(setsIn({NSString(u"A").object(), makeSet(u"B")})), Reason::malformed);
+    EXPECT_EQ(reasonOf(setsIn({makeSet(u"A"), std::make_shared<NSArray>(std::vector<Object>{})})),
               Reason::malformed);
 }
 
 TEST(StoredPresets, whatIsNoListIsRefused) {
-    EXPECT_EQ(storedSets(domainWith(resizeSetsKey, makeSet(u"A"))).failure().reason, Reason::malformed);
+    EXPECT_EQ(reasonOf(storedSets(domainWith(resizeSetsKey, makeSet(u"A")))), Reason::malformed);
     PropertyList domain = PropertyList::empty();
     domain.setData(resizeSetsKey, Bytes{1, 2, 3});
     EXPECT_FALSE(storedSets(domain));
@@ -61,7 +66,7 @@ TEST(StoredPresets, theSelectionComesBackAndAnythingElseInItsPlaceIsRefused) {
     ASSERT_TRUE(selection);
     EXPECT_EQ((*selection)->firstIndex(), 2U);
     EXPECT_EQ((*selection)->indexGreaterThanIndex(2), 5U);
-    EXPECT_EQ(storedSelection(domainWith(selectionIndexesKey, NSString(u"2").object())).failure().reason,
+    EXPECT_EQ(reasonOf(storedSelection(domainWith(selectionIndexesKey, NSString(u"2").object()))),
               Reason::malformed);
 }
 

@@ -145,4 +145,17 @@ TEST(CapturedRun, theProgramEndsWithThisProcess) {
 }
 
 } // namespace
+
+TEST(CapturedRun, noSignalIsBlockedInTheProgram) {
+    runIsolated([] {
+        sigset_t signals;
+        ::sigemptyset(&signals);
+        ::sigaddset(&signals, SIGTERM);
+        ASSERT_EQ(::sigprocmask(SIG_BLOCK, &signals, nullptr), 0);
+        const Result<CapturedRun> run = runCapturingOutput("/bin/grep", {"SigBlk", "/proc/self/status"}, 100);
+        ASSERT_TRUE(run);
+        EXPECT_EQ(run->output, "SigBlk:\t0000000000000000\n");
+    });
+}
+
 } // namespace kestrine
