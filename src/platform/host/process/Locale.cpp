@@ -2,7 +2,6 @@
 
 #include "platform/host/process/Environment.h"
 
-#include <clocale>
 #include <langinfo.h>
 #include <locale.h>
 #include <string_view>
