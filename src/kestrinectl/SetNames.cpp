@@ -1,5 +1,7 @@
 #include "kestrinectl/SetNames.h"
 
+#include "platform/imageio/OutputFormats.h"
+
 #include <algorithm>
 #include <array>
 
@@ -7,8 +9,7 @@ namespace kestrine {
 
 namespace {
 
-/// In the order of FormatType and ResizeType.
-constexpr std::array<const char*, 4> formats = {"jpeg", "png", "tiff", "gif"};
+/// In the order of ResizeType.
 constexpr std::array<const char*, 3> resizeTypes = {"size", "ratio", "maxSize"};
 
 template <std::size_t count>
@@ -26,10 +27,23 @@ std::optional<std::int32_t> positionOf(const std::array<const char*, count>& nam
 
 } // namespace
 
-std::vector<std::string> formatNames() { return {formats.begin(), formats.end()}; }
+std::vector<std::string> formatNames() {
+    std::vector<std::string> names;
+    for (const OutputFormat& format : outputFormats())
+        names.emplace_back(format.name);
+    return names;
+}
 
-std::optional<std::string> nameOfFormat(std::int32_t formatType) { return nameAt(formats, formatType); }
-std::optional<std::int32_t> formatNamed(const std::string& name) { return positionOf(formats, name); }
+std::optional<std::string> nameOfFormat(std::int32_t formatType) {
+    const OutputFormat* format = outputFormatNumbered(formatType);
+    return format == nullptr ? std::nullopt : std::optional(std::string(format->name));
+}
+
+std::optional<std::int32_t> formatNamed(const std::string& name) {
+    const auto found = std::ranges::find(outputFormats(), name, &OutputFormat::name);
+    return found == outputFormats().end() ? std::nullopt
+                                          : std::optional(static_cast<std::int32_t>(found->type));
+}
 std::optional<std::string> nameOfResizeType(std::int32_t resizeType) {
     return nameAt(resizeTypes, resizeType);
 }

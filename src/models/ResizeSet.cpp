@@ -22,7 +22,7 @@ struct Overloaded : Functions... {
 template <class... Functions>
 Overloaded(Functions...) -> Overloaded<Functions...>;
 
-/// `value` as the number type of a field.
+/// `value`, converted to the type of a field.
 template <class T>
 T numberFrom(const NSNumber& value) {
     if constexpr (std::is_same_v<T, float>)

@@ -4,8 +4,7 @@
 #include "_MyClasses/Category/StringUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "platform/foundation/NSException.h"
-
-#include <array>
+#include "platform/imageio/OutputFormats.h"
 
 namespace kestrine {
 
@@ -13,14 +12,17 @@ namespace {
 
 using myUtility::ImagePointer;
 
-/// In the order of FormatType.
-constexpr std::array<const char16_t*, 4> extensions = {u"jpg", u"png", u"tiff", u"gif"};
+// A set stores the number of its format in the table.
+static_assert(FormatTypeJPEG == static_cast<int>(FileType::jpeg)
+              && FormatTypePNG == static_cast<int>(FileType::png)
+              && FormatTypeTIFF == static_cast<int>(FileType::tiff)
+              && FormatTypeGIF == static_cast<int>(FileType::gif));
 
-// The EXIF orientations that are acted on; the half turn and the mirrored ones are not.
+// The EXIF orientations that are handled; the half turn and the mirrored ones are not.
 constexpr int orientationNeedsCounterclockwise = 8;
 constexpr int orientationNeedsClockwise = 6;
 
-/// The EXIF orientation; 0 when there is none, or something else than a number in its place.
+/// The EXIF orientation; 0 when there is none or its value is not a number.
 int orientationOf(const NSString& path) {
     const auto reader = ExifTagReader::initWithPath(path);
     if (reader == nullptr)
@@ -54,7 +56,7 @@ ImagePointer sized(const ImagePointer& image, const ResizeSet& set) {
     return HQ ? myUtility::resizedImageWithSizeHQ(image, size) : myUtility::resizedImageWithSize(image, size);
 }
 
-/// In high quality the longer side is asked one larger.
+/// In high quality the longer side grows by the stored value of highQuality, usually 1.
 ImagePointer sizedByLongerSide(const ImagePointer& image, const ResizeSet& set) {
     if (image == nullptr)
         return nullptr;
@@ -102,8 +104,8 @@ NSString ResizeSet::fileNameForPath(const NSString& path) const {
     const NSString stem = path.lastPathComponent().deletingPathExtension();
     const NSString extension = path.pathExtension();
     const bool isUpperCase = extension == extension.uppercased();
-    const bool isKnown = formatType_ >= 0 && formatType_ < static_cast<std::int32_t>(extensions.size());
-    const NSString chosen = isKnown ? NSString(extensions[static_cast<std::size_t>(formatType_)]) : extension;
+    const OutputFormat* format = outputFormatNumbered(formatType_);
+    const NSString chosen = format == nullptr ? extension : NSString::fromUTF8(format->extension);
     return stem.appendingPathExtension(isUpperCase ? chosen.uppercased() : chosen);
 }
 

@@ -20,7 +20,7 @@ Result<ResizeSets> storedSets(const PropertyList& domain) {
     for (const Object& element : array->elements()) {
         auto set = std::dynamic_pointer_cast<const ResizeSet>(element);
         if (set == nullptr)
-            return Failure{Reason::malformed, "the stored list holds something else than a set"};
+            return Failure{Reason::malformed, "the stored list contains something that is not a set"};
         sets.push_back(std::move(set));
     }
     return sets;
@@ -41,7 +41,7 @@ Result<std::shared_ptr<const NSIndexSet>> storedSelection(const PropertyList& do
 
 Result<std::shared_ptr<const NSData>> archivedSets(const ResizeSets& sets) {
     NSArchiver archiver(archivedSetClasses());
-    archiver.encodeClassName("NSArray", "NSMutableArray"); // as the desktop application stores them
+    archiver.encodeClassName("NSArray", "NSMutableArray"); // the class that the presets file names
     return archiver.archivedData(std::make_shared<NSArray>(std::vector<Object>(sets.begin(), sets.end())));
 }
 

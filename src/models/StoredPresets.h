@@ -1,4 +1,4 @@
-// StoredPresets: the sets and the selection that the preferences hold.
+// StoredPresets: reads and writes the sets and the selection in the preferences.
 #pragma once
 
 #include "models/ResizeSet.h"
@@ -13,14 +13,15 @@ inline constexpr const char16_t* presetsDomain = u"quov.Kestrine";
 inline constexpr const char16_t* resizeSetsKey = u"resizeSets";
 inline constexpr const char16_t* selectionIndexesKey = u"selectionIndexes";
 
-/// The sets stored in a domain, in order. Fails when there is a value that cannot be read; none stored is an
-/// empty list.
+/// The sets stored in a domain, in order; an empty list when none are stored. Fails when the value cannot be
+/// read or contains anything that is not a set.
 Result<ResizeSets> storedSets(const PropertyList& domain);
 
-/// The positions of the selected sets. Fails likewise; none stored is the empty set.
+/// The positions of the selected sets, from 0; empty when none are stored. Fails when the value cannot be
+/// read.
 Result<std::shared_ptr<const NSIndexSet>> storedSelection(const PropertyList& domain);
 
-/// The archives of the two values, to be stored again.
+/// The archives of the two values, for storing them.
 Result<std::shared_ptr<const NSData>> archivedSets(const ResizeSets& sets);
 Result<std::shared_ptr<const NSData>> archivedSelection(const NSIndexSet& selection);
 

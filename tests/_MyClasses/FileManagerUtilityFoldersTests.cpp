@@ -1,7 +1,6 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "platform/finder/FinderMetadata.h"
 #include "tests/support/CurrentFolder.h"
-#include "tests/support/IsolatedProcess.h"
 #include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -178,17 +177,6 @@ std::uint64_t ownSize(const std::string& path) {
     struct stat status {};
     EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
     return static_cast<std::uint64_t>(status.st_size);
-}
-
-TEST(FileManagerUtility, aFolderThatCannotBecomeTheCurrentOneHasNoSize) {
-    const TemporaryFolder folder;
-    const CurrentFolder before(folder.path());
-    folder.write("a", "not in the measured folder");
-    folder.write("measured/a", "");
-    fs::permissions(folder.path(), fs::perms(0755));
-    fs::permissions(folder / "measured", fs::perms(0444));
-    testing::runAsOrdinaryUser([&] { EXPECT_EQ(sizeOf(folder / "measured"), 0u); });
-    fs::permissions(folder / "measured", fs::perms(0755));
 }
 
 TEST(FileManagerUtility, theSizeOfAFileIsItsOwn) {

@@ -106,6 +106,23 @@ TEST(Encoding, aPaletteIsKeptFromTheSourceFile) {
     EXPECT_EQ(dynamic_cast<const NSData&>(*kept.at(NSImageRGBColorTable)).length() % 3, 0U);
 }
 
+TEST(Encoding, eachPropertyOfTheSourceIsKeptOnlyWhenItIsNamed) {
+    const testing::TemporaryFolder folder;
+    const PixelBuffer photo = makePhoto({16, 12, ColorModel::rgb});
+    const auto rowsForGIF = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
+    const NSString gif = NSString::fromUTF8(folder.write("a.gif", *gif::encode(*rowsForGIF, {})));
+    EXPECT_TRUE(imagePropertiesForFile(*NSImage::initWithContentsOfFile(gif), gif, nullptr, {NSImageEXIFData})
+                    .empty());
+    const auto rowsForJPEG = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
+    const Bytes exif = {'M', 'M', 0, 42, 0, 0,   0,   8,   0, 1, 0x01, 0x0F, 0,
+                        2,   0,   0, 0,  4, 'C', 'a', 'm', 0, 0, 0,    0,    0};
+    const NSString jpeg =
+        NSString::fromUTF8(folder.write("a.jpg", *jpeg::encode(*rowsForJPEG, {.exif = exif})));
+    const auto image = NSImage::initWithContentsOfFile(jpeg);
+    EXPECT_TRUE(imagePropertiesForFile(*image, jpeg, nullptr, {NSImageRGBColorTable}).empty());
+    EXPECT_EQ(imagePropertiesForFile(*image, jpeg, nullptr, {NSImageEXIFData}).size(), 1U);
+}
+
 TEST(Encoding, aGIFAlwaysDithersHalfTransparencyAlsoWithoutMetadata) {
     RowFormat format{32, 32, ColorModel::rgb, true, SampleDepth::bits8};
     const LoadedImage loaded(

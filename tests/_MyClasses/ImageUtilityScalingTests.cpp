@@ -47,6 +47,15 @@ TEST(WidthForm, aRatioThatComesOutAs100IsTheReceiverToo) {
     EXPECT_EQ(resizedImageWithWidthRatio(loaded.image, 1000.0F, true), loaded.image);
 }
 
+TEST(WidthForm, theLengthIsTheRoundedProductOfTheRatioAndNotTheTarget) {
+    const float side = 21, target = 11;
+    const float ratio = target / side;
+    const float product = ratio * side;
+    ASSERT_NE(product, target);
+    EXPECT_EQ(resizedImageWithWidthRatio(LoadedImage(21, 5).image, target, false)->size().width, product);
+    EXPECT_EQ(resizedImageWithHeightRatio(LoadedImage(5, 21).image, target, false)->size().height, product);
+}
+
 TEST(HighQuality, aSmallAspectCorrectionIsDroppedAndTheCropIsOnePixel) {
     const LoadedImage loaded(1000, 750);
     const ImagePointer result = resizedImageWithSizeHQ(loaded.image, {500, 375});

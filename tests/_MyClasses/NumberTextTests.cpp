@@ -41,9 +41,9 @@ TEST(NumberText, infinitiesAndNaNAreWordsAndNaNHasNoSign) {
 }
 
 TEST(NumberText, theLocaleOfTheThreadStays) {
-    const locale_t before = ::uselocale(nullptr);
+    ::uselocale(LC_GLOBAL_LOCALE);
     EXPECT_EQ(formattedNumber(u"%.1f", 2.5), NSString(u"2.5"));
-    EXPECT_EQ(::uselocale(nullptr), before);
+    EXPECT_EQ(::uselocale(nullptr), LC_GLOBAL_LOCALE);
 }
 
 TEST(NumberText, widthAndPrecisionAreLimited) {

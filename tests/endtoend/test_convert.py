@@ -164,7 +164,7 @@ class Convert(ToolTest):
         self.assertEqual(done.stderr.decode().splitlines(), ["kestrinectl: " + line for line in (
             "in/b.png: cannot open in/b.png: Permission denied",
             "cannot read the folder in/closed: Permission denied",
-            f"other/d.png: cannot make the folder {self.folder}/other/Web: Permission denied",
+            f"other/d.png: cannot create the folder {self.folder}/other/Web: Permission denied",
             "2 of 3 files could not be converted as requested, 1 folder could not be read")])
         self.assertEqual(self.names("in/Web"), [b"a.jpg"])
 
@@ -202,7 +202,7 @@ class Convert(ToolTest):
         inside = self.home / ".local" / "share" / "Trash" / "files"  # what is in the trash does not go there again
         self.picture(inside / "a.png")
         done = self.convert(inside / "a.png", status=1)
-        self.assertIn(f"the original stays, it could not go to the trash (it lies in the trash or holds it); "
+        self.assertIn(f"the original stays, it could not go to the trash (it is in the trash or contains the trash); "
                       f"the result is {inside}/a.jpg\n".encode(), done.stderr)
         self.assertEqual(self.names(inside), [b"a.jpg", b"a.png"])
 

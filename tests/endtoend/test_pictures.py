@@ -384,17 +384,6 @@ class Formats(ToolTest):
         a, b = self.convert({"formatType": PNG, "width": 40.0, "height": 30.0}, "a.jpg", "b.jpg")
         self.assertTrue((pictures.pixels(a) == pictures.pixels(b)).all())
 
-    def test_the_first_page_is_encoded_and_the_largest_is_drawn(self):
-        small, large = pictures.photo(30, 20), pictures.photo(60, 40, seed=2)
-        with tifffile.TiffWriter(self.folder / "a.tif") as writer:
-            writer.write(small, photometric="rgb", metadata=None)
-            writer.write(large, photometric="rgb", metadata=None)
-        path = self.only(self.convert({"formatType": PNG, "resizeType": 9}, "a.tif"))
-        self.assertTrue((pictures.pixels(path) == small).all())
-        subprocess.run(["rm", "-r", self.folder / "S"], check=True)
-        path = self.only(self.convert({"formatType": PNG, "width": 60.0, "height": 40.0, "highQuality": 0}, "a.tif"))
-        self.assertTrue((pictures.pixels(path) == large).all())
-
 
 if __name__ == "__main__":
     main()

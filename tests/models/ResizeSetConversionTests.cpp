@@ -34,8 +34,9 @@ public:
         path_ = folder_.write("a.tif", *tiff::encode(*rows, {.resolution = {dotsPerInch, dotsPerInch}}));
     }
 
-    Pixels sizeWith(const std::shared_ptr<ResizeSet>& set) const {
-        return sizeOf(set->resizedImageDataWithFile(NSString::fromUTF8(path_), nullptr));
+    Pixels sizeWith(const std::shared_ptr<ResizeSet>& set) const { return sizeOf(dataWith(set)); }
+    std::shared_ptr<const NSData> dataWith(const std::shared_ptr<ResizeSet>& set) const {
+        return set->resizedImageDataWithFile(NSString::fromUTF8(path_), nullptr);
     }
 
 private:
@@ -94,6 +95,13 @@ TEST(ResizeFolder, aChosenFolderIsTakenWhenTheSetAsksForOneAndItIsThere) {
     EXPECT_EQ(set->resizeFolderForPath(NSString(u"/P/a/b"), NSString(u"/P")), NSString(u"/out/a/b"));
 }
 
+TEST(ResizeFolder, aChosenFolderHasNoPartWhileTheSetDoesNotAskForOne) {
+    const auto set = makeSet(u"Web");
+    set->setValueForKey(NSString(u"/out").object(), u"chosenFolderPath");
+    EXPECT_EQ(set->resizeFolderForPath(NSString(u"/P")), NSString(u"/P/Web"));
+    EXPECT_EQ(set->resizeFolderForPath(NSString(u"/P/a"), NSString(u"/P")), NSString(u"/P/Web/a"));
+}
+
 TEST(ResizeFolder, withoutAFolderThereIsNone) {
     EXPECT_FALSE(makeSet(u"Web")->resizeFolderForPath({}).has_value());
 }
@@ -112,6 +120,28 @@ TEST(Sizing, theLongerSideIsAskedOneLargerInHighQualityOnly) {
               (Pixels{120, 80}));
     EXPECT_EQ(Conversion(400, 600).sizeWith(makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 120.0F}})),
               (Pixels{80, 121}));
+}
+
+TEST(Sizing, theLongerSideGrowsByTheStoredByteOfHighQuality) {
+    const Conversion landscape(600, 400);
+    const auto withByte = [](std::int8_t highQuality) {
+        return makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 120.0F}, {u"highQuality", highQuality}});
+    };
+    EXPECT_EQ(landscape.sizeWith(withByte(3)), (Pixels{123, 82}));
+    EXPECT_EQ(landscape.sizeWith(withByte(-1)), (Pixels{119, 79}));
+}
+
+TEST(Sizing, aRatioUsesTheFilterThatHighQualityAsksFor) {
+    const Conversion landscape(600, 400);
+    const auto half = [](bool HQ) {
+        return makeSet(u"S", {{u"resizeType", 1}, {u"ratio", 50.0F}, {u"highQuality", HQ}});
+    };
+    const auto width300 = [](bool HQ) {
+        return makeSet(u"S", {{u"width", 300.0F}, {u"height", 0.0F}, {u"highQuality", HQ}});
+    };
+    for (const bool HQ : {true, false})
+        EXPECT_EQ(landscape.dataWith(half(HQ))->bytes(), landscape.dataWith(width300(HQ))->bytes());
+    EXPECT_NE(landscape.dataWith(half(true))->bytes(), landscape.dataWith(half(false))->bytes());
 }
 
 TEST(Sizing, aZeroHeightScalesByWidthAloneAndAZeroWidthByHeight) {
@@ -167,8 +197,9 @@ TEST(Sizing, withoutConvertedResolutionSizesArePoints) {
     EXPECT_EQ(scan.sizeWith(unscaled), (Pixels{72, 48})) << "flattening draws at the size in points";
 }
 
-/// The size of a JPEG with Orientation 6 whose longer side is scaled to 30, as a person sees it.
-Pixels sizeOfTurned(std::uint32_t storedWidth, std::uint32_t storedHeight) {
+/// The size of the result for a JPEG with Orientation 6, as a person sees it.
+Pixels sizeOfTurned(std::uint32_t storedWidth, std::uint32_t storedHeight,
+                    const std::shared_ptr<ResizeSet>& set) {
     const testing::TemporaryFolder folder;
     const auto pixels =
         testing::makePhoto({storedWidth, storedHeight, ColorModel::rgb, false, SampleDepth::bits8});
@@ -178,13 +209,27 @@ Pixels sizeOfTurned(std::uint32_t storedWidth, std::uint32_t storedHeight) {
                         3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0,    0,    0};
     const NSString path =
         NSString::fromUTF8(folder.write("a.jpg", *jpeg::encode(*rows, {.quality = 0.9, .exif = exif})));
-    const auto turns = makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 30.0F}, {u"autoRotate", true}});
-    return sizeOf(turns->resizedImageDataWithFile(path, nullptr));
+    return sizeOf(set->resizedImageDataWithFile(path, nullptr));
 }
 
 TEST(Orientation, sixIsTurnedBeforeScalingSoThatAPortraitCountsAsALandscape) {
-    EXPECT_EQ(sizeOfTurned(40, 60), (Pixels{31, 20}));
-    EXPECT_EQ(sizeOfTurned(60, 40), (Pixels{20, 31}));
+    const auto turns = makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 30.0F}, {u"autoRotate", true}});
+    EXPECT_EQ(sizeOfTurned(40, 60, turns), (Pixels{31, 20}));
+    EXPECT_EQ(sizeOfTurned(60, 40, turns), (Pixels{20, 31}));
+}
+
+TEST(Orientation, aWidthIsThatOfTheTurnedPicture) {
+    const auto turns =
+        makeSet(u"S", {{u"width", 30.0F}, {u"height", 0.0F}, {u"autoRotate", true}, {u"highQuality", false}});
+    EXPECT_EQ(sizeOfTurned(60, 40, turns), (Pixels{30, 45}));
+}
+
+TEST(Orientation, anyStoredByteButZeroAsksForTurning) {
+    for (const std::int8_t flag : std::initializer_list<std::int8_t>{1, 2, 127, -1, -128}) {
+        const auto turns = makeSet(u"S", {{u"resizeType", 3}, {u"autoRotate", flag}});
+        EXPECT_EQ(sizeOfTurned(60, 40, turns), (Pixels{40, 60})) << int{flag};
+    }
+    EXPECT_EQ(sizeOfTurned(60, 40, makeSet(u"S", {{u"resizeType", 3}})), (Pixels{60, 40}));
 }
 
 TEST(Quality, compression70GivesAQualityOf70Percent) {
@@ -195,6 +240,20 @@ TEST(Quality, compression70GivesAQualityOf70Percent) {
     const auto set = makeSet(u"S", {{u"resizeType", 3}, {u"formatType", 0}, {u"compression", 70.0F}});
     const auto again = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
     EXPECT_EQ(set->resizedImageDataWithFile(path, nullptr)->bytes(), *jpeg::encode(*again, {.quality = 0.7}));
+}
+
+TEST(Quality, everyCompressionIsTakenAsItIsAlso0) {
+    const testing::TemporaryFolder folder;
+    const auto pixels = testing::makePhoto({64, 64, ColorModel::rgb, false, SampleDepth::bits8});
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
+    const NSString path = NSString::fromUTF8(folder.write("a.tif", *tiff::encode(*rows, {})));
+    for (const float percent : {0.0F, 1.0F, 69.0F, 100.0F}) {
+        const auto set = makeSet(u"S", {{u"resizeType", 3}, {u"formatType", 0}, {u"compression", percent}});
+        const auto again = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
+        EXPECT_EQ(set->resizedImageDataWithFile(path, nullptr)->bytes(),
+                  *jpeg::encode(*again, {.quality = static_cast<double>(percent) / 100}))
+            << percent;
+    }
 }
 
 TEST(Conversion, takesAnImageThatItIsGivenAsItIs) {

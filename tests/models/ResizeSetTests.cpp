@@ -29,7 +29,7 @@ Bytes bytesOfHex(std::string_view hex) {
     return bytes;
 }
 
-/// "Web" and "Thumb 50%", as the desktop application stores them.
+/// The archive of "Web" and "Thumb 50%".
 const std::string_view twoPresets =
     "040b73747265616d747970656481e8038401408484840e4e534d757461626c654172726179008484074e53417272617900848408"
     "4e534f626a6563740085840169029284848409526573697a65536574049592848484084e53537472696e67019584012b03576562"
@@ -40,20 +40,20 @@ const std::string_view twoPresets =
 class FakePanel final : public NSOpenPanel {
 public:
     static int answer;
-    static FakePanel* last;
-
-    FakePanel() { last = this; }
     int runModal() override {
         asked = message;
+        allowed = std::string(canChooseFiles ? "files " : "") + (canChooseDirectories ? "folders " : "")
+                  + (canCreateDirectories ? "new " : "") + (allowsMultipleSelection ? "several " : "");
         return answer;
     }
     NSString filename() const override { return u"/chosen/folder"; }
 
     static NSString asked;
+    static std::string allowed;
 };
 int FakePanel::answer = NSOKButton;
-FakePanel* FakePanel::last = nullptr;
 NSString FakePanel::asked;
+std::string FakePanel::allowed;
 
 struct WithFakePanel {
     WithFakePanel() {
@@ -108,7 +108,7 @@ TEST(ResizeSet, archivedAndReadAgainItKeepsAll14FieldsButNoChosenFolder) {
     EXPECT_FALSE(read->chosenFolderPath().has_value());
 }
 
-TEST(ResizeSet, setsAreArchivedByteForByteAsTheDesktopApplicationDoes) {
+TEST(ResizeSet, theArchiveOfSetsIsTheKnownOneByteForByte) {
     const auto web = makeSet(u"Web", {{u"resizeType", 2},
                                       {u"maxSize", 800.0F},
                                       {u"formatType", 0},
@@ -205,6 +205,12 @@ TEST(ResizeSet, aChosenFolderIsStoredWhenThePersonSaysOK) {
     EXPECT_EQ(set->chosenFolderPath(), NSString(u"/chosen/folder"));
     EXPECT_EQ(changes, 1);
     EXPECT_TRUE(FakePanel::asked.contains(u"\"Web\"")) << FakePanel::asked.utf8();
+}
+
+TEST(ResizeSet, thePanelOffersOneFolderWhichMayBeNewAndNoFiles) {
+    const WithFakePanel fake;
+    makeSet(u"Web")->chooseFolder(nullptr);
+    EXPECT_EQ(FakePanel::allowed, "folders new ");
 }
 
 TEST(ResizeSet, aCancelledPanelLeavesTheSetUnchanged) {

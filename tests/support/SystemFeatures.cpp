@@ -2,7 +2,6 @@
 
 #include "tests/support/TemporaryFolder.h"
 
-#include <dlfcn.h>
 #include <sys/xattr.h>
 
 namespace kestrine::testing {
@@ -15,13 +14,5 @@ bool keepsAttributes(const std::filesystem::path& folder, std::size_t size) {
 }
 
 bool keepsAttributes() { return keepsAttributes(std::filesystem::temp_directory_path()); }
-
-bool isICUInstalled() {
-    constexpr int oldestVersion = 60, newestVersion = 99;
-    for (int version = newestVersion; version >= oldestVersion; --version)
-        if (::dlopen(("libicuuc.so." + std::to_string(version)).c_str(), RTLD_LAZY) != nullptr)
-            return true;
-    return false;
-}
 
 } // namespace kestrine::testing

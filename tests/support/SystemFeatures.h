@@ -13,7 +13,4 @@ bool keepsAttributes(const std::filesystem::path& folder, std::size_t size = 1);
 /// Whether files in the system's temporary folder can have them.
 bool keepsAttributes();
 
-/// Whether the ICU libraries are installed.
-bool isICUInstalled();
-
 } // namespace kestrine::testing

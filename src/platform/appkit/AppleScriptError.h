@@ -1,4 +1,4 @@
-// Why a script was not run or what stopped it, as a plain value and as the platform's dictionary.
+// AppleScriptError: why a script was not run or failed, as a plain value and as the platform's dictionary.
 #pragma once
 
 #include "platform/foundation/NSCollections.h"
@@ -10,28 +10,29 @@ namespace kestrine {
 
 // The keys of the dictionary.
 inline constexpr const char16_t* NSAppleScriptErrorNumber = u"NSAppleScriptErrorNumber";   ///< NSNumber
-inline constexpr const char16_t* NSAppleScriptErrorMessage = u"NSAppleScriptErrorMessage"; ///< text
-inline constexpr const char16_t* NSAppleScriptErrorBriefMessage = u"NSAppleScriptErrorBriefMessage"; ///< text
-inline constexpr const char16_t* NSAppleScriptErrorAppName = u"NSAppleScriptErrorAppName";           ///< text
-inline constexpr const char16_t* NSAppleScriptErrorRange = u"NSAppleScriptErrorRange"; ///< NSValue
+inline constexpr const char16_t* NSAppleScriptErrorMessage = u"NSAppleScriptErrorMessage"; ///< string
+inline constexpr const char16_t* NSAppleScriptErrorBriefMessage =
+    u"NSAppleScriptErrorBriefMessage";                                                     ///< string
+inline constexpr const char16_t* NSAppleScriptErrorAppName = u"NSAppleScriptErrorAppName"; ///< string
+inline constexpr const char16_t* NSAppleScriptErrorRange = u"NSAppleScriptErrorRange";     ///< NSValue
 
-// The platform's numbers for what goes wrong before the Finder is asked to do anything.
+// The platform's numbers for errors that are found before the Finder is asked to do anything.
 inline constexpr std::int32_t scriptSyntaxError = -2741;
 inline constexpr std::int32_t scriptTooLarge = -2707; ///< "internal table overflow"
 inline constexpr std::int32_t cannotGetObject = -1728;
 
 struct AppleScriptError {
     std::int32_t number;
-    NSString message;       ///< a sentence for people, with its full stop
-    NSRange range;          ///< the part of the script's text that it is about
-    bool isFinders = false; ///< the Finder said so, not the reader of scripts
+    NSString message;       ///< a sentence for people, with a full stop
+    NSRange range;          ///< the part of the script that it concerns
+    bool isFinders = false; ///< reported by the Finder, not by the parser
 };
 
 /// The dictionary that stands for an error; null (nil) is success.
 using ScriptErrorInformation = std::shared_ptr<const NSDictionary>;
 
-/// All keys are there, but the application's name only for an error that the Finder reported. The brief
-/// message does without the words that say who reported it.
+/// Has all keys, but the application's name only for an error that the Finder reported. The brief message
+/// does not say who reported it.
 ScriptErrorInformation errorInformation(const AppleScriptError& error);
 
 } // namespace kestrine

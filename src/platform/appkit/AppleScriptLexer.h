@@ -1,4 +1,4 @@
-// The words, texts and signs of a script, one after the other.
+// AppleScriptLexer: divides a script into words, strings and signs.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -8,25 +8,25 @@ namespace kestrine {
 struct AppleScriptToken {
     enum class Kind {
         word,         ///< letters A to Z and a to z
-        text,         ///< what stands between two double quotes, as it is: any character but a backslash
+        text,         ///< a string between double quotes, of any characters but backslashes
         sign,         ///< "{", "}" or ","
         lineEnd,      ///< a line feed outside quotes
         end,          ///< of the script
-        openText,     ///< a text whose closing quote is missing
-        escapingText, ///< a text up to its first backslash: what that would mean is not read
+        openText,     ///< a string without its closing quote
+        escapingText, ///< a string up to its first backslash; escapes are not supported
         unknown,      ///< any other character
     };
 
     Kind kind;
     NSRange range;    ///< in the script, quotes included
-    NSString content; ///< without the quotes; empty for a text that cannot be read
+    NSString content; ///< without the quotes; empty for a string that cannot be read
 };
 
 class AppleScriptLexer {
 public:
     explicit AppleScriptLexer(const NSString& source) : source_(source) {}
 
-    /// The next token; from the end on always `end`. Blanks and tabs only separate.
+    /// The next token; `end` again and again at the end. Blanks and tabs separate tokens.
     AppleScriptToken next();
 
 private:

@@ -49,8 +49,8 @@ NSString description(const Token& token) {
     return u"an unknown character";
 }
 
-/// Every take...() steps behind what it names; false means that the token does not fit, and that error_ says
-/// so. Nothing is taken after that.
+/// Every take...() reads what it names and stops after it. It returns false and sets error_ when a token does
+/// not fit; then nothing more is read.
 class Parser {
 public:
     explicit Parser(const NSString& source) : lexer_(source), token_(lexer_.next()) {}
@@ -86,7 +86,7 @@ private:
 
     AppleScriptLexer lexer_;
     Token token_;
-    std::size_t end_ = 0; ///< of the token before
+    std::size_t end_ = 0; ///< of the previous token
     FinderCommand command_;
     AppleScriptError error_{};
 };

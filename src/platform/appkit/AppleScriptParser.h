@@ -1,4 +1,5 @@
-// The one kind of script that is understood: the Finder being told to delete, duplicate or move items.
+// AppleScriptParser: reads the one supported kind of script, which tells the Finder to delete, duplicate or
+// move items.
 //
 //     tell application "Finder"
 //      delete {"Disk:a", "Disk:folder:"}                                also: delete file "Disk:a"
@@ -6,8 +7,8 @@
 //      move {"Disk:a"} to "Disk:folder:" without replacing              also: move file "Disk:a" to ...
 //     end tell
 //
-// (one of these lines in a script). The reader is narrow on purpose: whatever is not exactly of this form is
-// an error and does nothing.
+// A script has one of the inner lines. The parser is narrow on purpose: anything not exactly of this form is
+// an error, and the script does nothing.
 #pragma once
 
 #include "platform/appkit/AppleScriptError.h"
@@ -22,7 +23,7 @@ inline constexpr std::size_t mostScriptItems = 100'000;
 
 enum class FinderVerb { deleteItems, duplicateItems, moveItems };
 
-/// A Finder path and where it stands in the script, quotes included.
+/// A Finder path and its range in the script, quotes included.
 struct ScriptedPath {
     NSString finderPath;
     NSRange range;

@@ -1,8 +1,10 @@
 #include "platform/appkit/DesktopDialog.h"
 
 #include "platform/appkit/PortalFileChooser.h"
-#include "platform/host/process/ChildProcess.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/process/CapturedRun.h"
 #include "platform/host/process/Environment.h"
+#include "platform/host/process/Locale.h"
 
 #include <array>
 
@@ -10,10 +12,10 @@ namespace kestrine {
 
 namespace {
 
-/// Bound on what a dialogue program may write: room for any path of the system.
-constexpr std::size_t longestOutput = 64 * 1024;
+/// Limit of what a dialogue program may write, more than any path of the system needs.
+constexpr std::size_t maxOutput = 64 * 1024;
 
-// Exit statuses that zenity and kdialog share; others stand for a dialogue that could not be shown.
+// Exit statuses that zenity and kdialog share; all others mean that no dialogue could be shown.
 constexpr int exitChosen = 0;
 constexpr int exitCancelled = 1;
 
@@ -25,29 +27,28 @@ bool isDisplayKnown() {
     return isNamed("DISPLAY") || isNamed("WAYLAND_DISPLAY");
 }
 
-/// The path in what a program wrote: all of it but the newline at its end. A name that the program could not
-/// express in its own encoding comes out as something else than a path, and is none.
+/// The path that a program wrote: its output without the newline at the end.
 Result<DialogAnswer> pathWritten(const std::string& program, std::string output) {
     if (output.ends_with('\n'))
         output.pop_back();
     if (!output.starts_with('/') || output.find('\0') != std::string::npos)
-        return Failure{Reason::malformed, program + " does not say what was chosen"};
+        return Failure{Reason::malformed, program + " did not print a path"};
     return DialogAnswer(std::move(output));
 }
 
 Result<DialogAnswer> askProgram(const std::string& program, const std::vector<std::string>& arguments) {
-    Result<CapturedRun> run = runCapturingOutput(program, arguments, longestOutput);
-    if (!run)
-        return run.failure();
-    if (!run->end.bySignal && run->end.code == exitCancelled)
+    // The title and the answer may hold any characters, which a program in another encoding could not take or
+    // print.
+    CapturedRun run = TRY(runCapturingOutput(program, arguments, maxOutput, changesForUTF8()));
+    if (!run.end.bySignal && run.end.code == exitCancelled)
         return DialogAnswer();
-    if (run->end.bySignal || run->end.code != exitChosen)
+    if (run.end.bySignal || run.end.code != exitChosen)
         return Failure{Reason::unsupported, program + " shows no dialogue"};
-    return pathWritten(program, std::move(run->output));
+    return pathWritten(program, std::move(run.output));
 }
 
-// The title is joined to its option, so that one that begins with "-" stays a title. These programs write
-// several paths in forms that cannot be told from one path, so they are asked for one only.
+// The title and its option are one argument, so that a title that begins with "-" is no option. These
+// programs print several paths in a form that may also be one path, so they are asked for one only.
 
 Result<DialogAnswer> askZenity(const DialogQuestion& question) {
     std::vector<std::string> arguments{"--file-selection"};
@@ -65,6 +66,21 @@ Result<DialogAnswer> askKdialog(const DialogQuestion& question) {
 /// The portal first: it shows the dialogue of the desktop that is running.
 constexpr std::array means = {askPortal, askZenity, askKdialog};
 
+/// Refuses a path that leads nowhere: what a dialogue answers for a name that it cannot express.
+Result<void> checkAnswer(const DialogQuestion& question, const DialogAnswer& answer) {
+    const bool isFound = !answer || (question.forFolder ? folderExists(*answer) : itemExists(*answer));
+    if (!isFound)
+        return Failure{Reason::notFound, "the dialogue names something that does not exist"};
+    return {};
+}
+
+Result<DialogAnswer> askBy(Result<DialogAnswer> (*ask)(const DialogQuestion&),
+                           const DialogQuestion& question) {
+    DialogAnswer answer = TRY(ask(question));
+    TRY(checkAnswer(question, answer));
+    return answer;
+}
+
 } // namespace
 
 Result<DialogAnswer> askAtDesktop(const DialogQuestion& question) {
@@ -72,7 +88,7 @@ Result<DialogAnswer> askAtDesktop(const DialogQuestion& question) {
         return Failure{Reason::unsupported, "no display is known"};
     Result<DialogAnswer> answer = Failure{Reason::unsupported, "no means to ask"};
     for (const auto ask : means)
-        if (answer = ask(question); answer)
+        if (answer = askBy(ask, question); answer)
             break;
     return answer;
 }

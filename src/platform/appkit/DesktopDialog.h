@@ -1,5 +1,5 @@
-// DesktopDialog: asks the person at the desktop for a file or folder, through the first means the desktop
-// has. A means that cannot ask gives way to the next; a person's cancel is an answer.
+// DesktopDialog: asks the person at the desktop for a file or folder, by the first of several means that
+// works: the desktop's portal, zenity, kdialog. A cancel by the person is an answer, too.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -15,11 +15,12 @@ struct DialogQuestion {
     bool several;      ///< whether more than one may be picked, where the dialogue allows that
 };
 
-/// The absolute path that was chosen (the first of several), as the file system's bytes; nothing when the
-/// person cancelled.
+/// The absolute path of the existing file or folder that was chosen (the first of several), as bytes of the
+/// file system; nothing when the person cancelled.
 using DialogAnswer = std::optional<std::string>;
 
-/// Waits for the person. Fails when nobody could be asked: unsupported where no display is known.
+/// Blocks until the person has answered; the dialogue is closed when this process ends. Fails when no means
+/// could ask or gave a usable answer: unsupported where no display is known.
 Result<DialogAnswer> askAtDesktop(const DialogQuestion& question);
 
 } // namespace kestrine

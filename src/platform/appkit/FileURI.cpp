@@ -7,10 +7,10 @@ namespace kestrine {
 
 namespace {
 
-/// The forms that mean this machine.
+/// The prefixes that mean this machine.
 constexpr std::array<std::string_view, 2> localPrefixes = {"file://", "file://localhost"};
 
-/// What follows the scheme and the machine; empty when that is not a path on this machine.
+/// The part after the scheme and the machine; empty when it is not a path on this machine.
 std::string_view escapedPath(std::string_view uri) {
     for (const std::string_view prefix : localPrefixes)
         if (uri.starts_with(prefix) && uri.substr(prefix.size()).starts_with('/'))
@@ -18,7 +18,7 @@ std::string_view escapedPath(std::string_view uri) {
     return {};
 }
 
-/// The byte that the two digits at the beginning of `text` stand for; 0 when they are none.
+/// The byte that the two hexadecimal digits at the beginning of `text` mean; 0 when they are not digits.
 unsigned char escapedByte(std::string_view text) {
     unsigned char byte = 0;
     const std::string_view digits = text.substr(0, 2);

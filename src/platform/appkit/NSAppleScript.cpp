@@ -9,7 +9,7 @@ namespace {
 
 using Error = std::optional<AppleScriptError>;
 
-/// Puts the item's place on the disk into `path`.
+/// Stores the POSIX path of the item in `path`.
 Error findItem(const ScriptedPath& item, std::string& path) {
     Result<std::string> found = pathOfFinderPath(item.finderPath);
     if (!found)

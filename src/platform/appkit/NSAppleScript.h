@@ -1,4 +1,4 @@
-// NSAppleScript: a script, of the one kind that AppleScriptParser.h shows, and its run.
+// NSAppleScript: runs a script of the kind that AppleScriptParser.h shows.
 #pragma once
 
 #include "platform/appkit/AppleScriptError.h"
@@ -7,12 +7,12 @@ namespace kestrine {
 
 class NSAppleScript {
 public:
-    /// `initWithSource:`. Any text is taken; what is wrong with it shows when it is run.
+    /// `initWithSource:`. Accepts any string; errors in it are reported when it is run.
     static NSAppleScript initWithSource(const NSString& source) { return NSAppleScript(source); }
 
-    /// `executeAndReturnError:`: blocks until the Finder has done what the script says and tells whether it
-    /// did. `errorInfo` is set only when it did not. A script with any error in it does nothing; what the
-    /// Finder did before it failed stays done.
+    /// `executeAndReturnError:`: blocks until the Finder has run the script and returns whether it succeeded.
+    /// `errorInfo` is set only on failure. A script with a syntax error does nothing; what the Finder did
+    /// before a failure is not undone.
     bool executeAndReturnError(ScriptErrorInformation& errorInfo) const;
 
 private:

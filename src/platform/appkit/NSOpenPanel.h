@@ -10,8 +10,8 @@ namespace kestrine {
 inline constexpr int NSCancelButton = 0;
 inline constexpr int NSOKButton = 1;
 
-/// Used on the main thread. Behind an interface, so that programs without a desktop, and tests, bring their
-/// own.
+/// Used on the main thread. An interface, so that programs without a desktop, and tests, can bring their own
+/// panel.
 class NSOpenPanel {
 public:
     virtual ~NSOpenPanel() = default;
@@ -30,7 +30,7 @@ public:
 
     /// `openPanel`: the desktop's own dialogue, or one that always cancels where there is no desktop.
     static std::unique_ptr<NSOpenPanel> openPanel();
-    /// What openPanel() gives from now on; null for the desktop's own again.
+    /// Replaces what openPanel() gives from now on; null restores the desktop's own dialogue.
     using Factory = std::unique_ptr<NSOpenPanel> (*)();
     static void setFactory(Factory factory);
 };

@@ -10,8 +10,8 @@ namespace kestrine {
 
 namespace {
 
-/// A name of nothing but slashes would stand for the source folder as a whole: it gets the empty path, which
-/// is refused everywhere.
+/// A name of only slashes would mean the whole source folder, so it gives the empty path, which every
+/// operation refuses.
 std::string pathOf(const NSString& source, const NSString& file) {
     const bool isName = file.utf16().find_first_not_of(u'/') != std::u16string::npos;
     return isName ? source.appendingPathComponent(file).utf8() : "";

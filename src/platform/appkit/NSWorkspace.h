@@ -1,4 +1,4 @@
-// NSWorkspace: what the desktop does with files on a program's behalf.
+// NSWorkspace: file operations of the desktop.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -23,10 +23,10 @@ public:
     std::recursive_mutex& lock() { return lock_; }
 
     /// `performFileOperation:source:destination:files:tag:`: moves, copies or links `files` (names in the
-    /// folder `source`) into the folder `destination`, where nothing is ever replaced, or moves them to the
-    /// trash. Tells whether all of it was done; a move, copy or link stops at the first failure, the trash
-    /// takes what it can. Other operations are refused. `tag` (may be null) becomes 0 when everything was
-    /// done by the time this returns, and negative after a failure.
+    /// folder `source`) into the folder `destination`, without replacing anything there, or moves them to the
+    /// trash. Returns whether everything was done; a move, copy or link stops at the first failure, the
+    /// recycle operation goes on with the next file. Other operations are refused. `tag` (may be null)
+    /// becomes 0 on success and negative after a failure. Blocks until the operation has ended.
     bool performFileOperation(const NSString& operation, const NSString& source, const NSString& destination,
                               const std::vector<NSString>& files, int* tag = nullptr);
 

@@ -17,7 +17,7 @@ constexpr const char* portalName = "org.freedesktop.portal.Desktop";
 constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
 constexpr const char* chooserInterface = "org.freedesktop.portal.FileChooser";
 constexpr const char* requestInterface = "org.freedesktop.portal.Request";
-/// What the names of all programs that show dialogues for the portal begin with.
+/// The bus names of all programs that show dialogues for the portal begin with this.
 constexpr std::string_view backendPrefix = "org.freedesktop.impl.portal.desktop.";
 
 /// Portals of an earlier version would silently offer files instead.
@@ -25,9 +25,13 @@ constexpr std::uint32_t firstVersionWithFolders = 3;
 /// Last part of the request's path; unique because each conversation has a connection of its own.
 constexpr const char* requestToken = "kestrine_open_panel";
 
+/// For each reply of the portal and the bus, in microseconds; the person's answer comes as a signal and may
+/// take any time. Long enough to start a portal, short enough for a person who waits for a dialogue.
+constexpr std::uint64_t replyTimeout = 5'000'000;
+
 enum Response : std::uint32_t { responseChosen = 0, responseCancelled = 1 };
 
-Failure withoutAnswer() { return {Reason::inputOutput, "the desktop's portal ends without an answer"}; }
+Failure withoutAnswer() { return {Reason::inputOutput, "the desktop's portal ended without an answer"}; }
 
 /// One question to the portal, over a connection of its own.
 class PortalConversation {
@@ -74,6 +78,8 @@ Result<void> PortalConversation::connect() {
     if (const int status = sd_.openUser(&bus); status < 0)
         return systemFailure("cannot reach the desktop's message bus", -status);
     bus_.reset(bus);
+    if (const int status = sd_.setMethodCallTimeout(bus, replyTimeout); status < 0)
+        return systemFailure("cannot limit the time of the desktop's portal", -status);
     return {};
 }
 
@@ -89,8 +95,7 @@ Result<void> PortalConversation::checkVersion(bool forFolder) const {
     return {};
 }
 
-/// Before the question is asked, so that no answer can be missed. Without a callback the signals come out of
-/// nextMessage().
+/// Called before the question is asked, so that no answer can be missed. nextMessage() gives the signals.
 Result<void> PortalConversation::listen() const {
     int status = sd_.matchSignal(bus_.get(), nullptr, portalName, nullptr, requestInterface, "Response",
                                  nullptr, nullptr);
@@ -151,9 +156,8 @@ bool PortalConversation::tellsPortalIsGone(sd_bus_message* message) const {
            && std::string_view(name) == portalName && oldOwner == portal_;
 }
 
-/// An end that is neither a choice nor a cancel comes from a dialogue whose window was closed (some desktops
-/// tell that apart from the cancel button) and from one that could not be shown: then nothing runs that could
-/// show it.
+/// An end that is neither a choice nor a cancel has two causes: the window of the dialogue was closed (some
+/// desktops do not call that a cancel), or no dialogue could be shown, since no program that shows them runs.
 Result<DialogAnswer> PortalConversation::answerIn(sd_bus_message* message) const {
     std::uint32_t response = 0;
     if (sd_.messageRead(message, "u", &response) <= 0)

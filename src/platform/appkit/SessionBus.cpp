@@ -21,6 +21,7 @@ Result<BusFunctions> loadBusFunctions() {
                           && find(functions.process, "sd_bus_process") && find(functions.wait, "sd_bus_wait")
                           && find(functions.listNames, "sd_bus_list_names")
                           && find(functions.matchSignal, "sd_bus_match_signal")
+                          && find(functions.setMethodCallTimeout, "sd_bus_set_method_call_timeout")
                           && find(functions.getPropertyTrivial, "sd_bus_get_property_trivial")
                           && find(functions.callMethod, "sd_bus_call_method")
                           && find(functions.messageUnref, "sd_bus_message_unref")

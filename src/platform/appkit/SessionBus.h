@@ -9,8 +9,8 @@
 
 namespace kestrine {
 
-/// The functions that are called, under libsystemd's names without "sd_bus_". A negative result is an error
-/// number.
+/// The functions that we call, under libsystemd's names without "sd_bus_". A negative result is a negated
+/// error number.
 struct BusFunctions {
     decltype(&sd_bus_open_user) openUser;
     decltype(&sd_bus_flush_close_unref) flushCloseUnref;
@@ -18,6 +18,7 @@ struct BusFunctions {
     decltype(&sd_bus_wait) wait;
     decltype(&sd_bus_list_names) listNames;
     decltype(&sd_bus_match_signal) matchSignal;
+    decltype(&sd_bus_set_method_call_timeout) setMethodCallTimeout;
     decltype(&sd_bus_get_property_trivial) getPropertyTrivial;
     decltype(&sd_bus_call_method) callMethod;
     decltype(&sd_bus_message_unref) messageUnref;

@@ -27,7 +27,7 @@ extern const ImageCodec codec;
 }
 
 // An encoder consumes all rows and returns the bytes of the file. Each is defined in the Encoder.cpp of its
-// format's folder. The rows must suit the format: see outputFormats in Render.cpp.
+// format's folder. The rows must suit the format: see OutputFormats.cpp.
 namespace kestrine::jpeg {
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
 }

@@ -3,30 +3,14 @@
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
-#include "platform/imageio/Codecs.h"
 #include "platform/imageio/exif/ExifBlock.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace kestrine {
 
 namespace {
-
-/// What each file type can hold, in the order of FileType.
-struct FileTraits {
-    bool holdsAlpha;
-    bool holds16Bits;
-    bool isSRGBOnly; ///< viewers take it as sRGB whatever it says
-    Result<Bytes> (*encode)(RowSource&, const EncodingOptions&);
-};
-constexpr std::array<FileTraits, 4> fileTraits = {{
-    {true, true, false, tiff::encode},
-    {true, false, true, gif::encode},
-    {false, false, false, jpeg::encode},
-    {true, true, false, png::encode},
-}};
 
 /// `resampling` of a picture that was turned before, as one of the picture before the turn (its size given).
 Resampling beforeTurn(const Resampling& resampling, int quarterTurns, std::uint32_t width,
@@ -144,13 +128,13 @@ int decodingEighths(const Resampling& resampling) {
 
 Result<Bytes> render(const Picture& picture, const Output& output) {
     TRY(checkSize(picture));
-    const FileTraits& traits = fileTraits[static_cast<std::size_t>(output.type)];
-    RowSourcePointer built = TRY(Pipeline(picture, traits.holds16Bits).build());
+    const OutputFormat& file = outputFormat(output.type);
+    RowSourcePointer built = TRY(Pipeline(picture, file.holds16Bits).build());
     RowSourcePointer rows = std::move(built);
-    if (!traits.holdsAlpha)
+    if (!file.holdsAlpha)
         rows = rowsOnWhite(std::move(rows));
     const std::optional<ColorProfile> profile = picture.profile();
-    if (traits.isSRGBOnly)
+    if (file.isSRGBOnly)
         rows = rowsInSRGB(std::move(rows), profile ? &*profile : nullptr);
     EncodingOptions options = output.options;
     Bytes exif;
@@ -158,7 +142,7 @@ Result<Bytes> render(const Picture& picture, const Output& output) {
         exif = carriedExif(options.exif, rows->format().width, rows->format().height, picture.wasTurned());
         options.exif = exif;
     }
-    return traits.encode(*rows, options);
+    return file.encode(*rows, options);
 }
 
 Result<PixelBuffer> readPixels(const Picture& picture) {

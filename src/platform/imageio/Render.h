@@ -1,11 +1,10 @@
 // Render: the one way from a Picture to bytes or pixels.
 #pragma once
 
+#include "platform/imageio/OutputFormats.h"
 #include "platform/imageio/Picture.h"
 
 namespace kestrine {
-
-enum class FileType : std::uint8_t { tiff, gif, jpeg, png };
 
 /// What to make of a picture. `options.exif` is the source's whole EXIF block here: what is carried, and
 /// brought up to date, is decided while rendering.

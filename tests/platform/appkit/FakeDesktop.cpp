@@ -74,7 +74,14 @@ ScopedVariable::~ScopedVariable() { setVariable(name_, before_); }
 FakeDesktop::FakeDesktop()
     : path_("PATH", folder_.path().string()), display_("DISPLAY", ":99"),
       wayland_("WAYLAND_DISPLAY", std::nullopt),
-      bus_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder_ / "bus")) {}
+      bus_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder_ / "bus")), locale_("LC_CTYPE", "C.UTF-8"),
+      allCategories_("LC_ALL", std::nullopt) {}
+
+std::string FakeDesktop::addFolder(const std::string& name) const {
+    const std::string path = folder_ / ("chosen/" + name);
+    std::filesystem::create_directories(path);
+    return path;
+}
 
 void FakeDesktop::addProgram(const std::string& name, const std::string& output,
                              const std::string& end) const {

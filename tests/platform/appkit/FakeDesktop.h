@@ -1,5 +1,5 @@
-// A desktop for tests: a display that is only named, dialogue programs that only note their arguments, and a
-// message bus of its own with a portal that answers as it is told.
+// A desktop for tests: a display that does not exist, dialogue programs that only record their arguments, and
+// a message bus of its own with a portal that answers as a test wants.
 #pragma once
 
 #include "tests/support/TemporaryFolder.h"
@@ -25,14 +25,19 @@ private:
     std::optional<std::string> before_;
 };
 
-/// While it lives, the programs in its folder are the only ones found, and there is no message bus.
+/// While it lives, only the programs in its folder are found, there is no message bus, and the locale is
+/// UTF-8.
 class FakeDesktop {
 public:
     FakeDesktop();
 
-    /// Makes a program that notes its arguments, says `output` and ends as the shell text `end` says.
+    /// Makes a program that records its arguments, prints `output` and then runs the shell commands `end`, in
+    /// which $folder is folder().
     void addProgram(const std::string& name, const std::string& output,
                     const std::string& end = "exit 0") const;
+
+    /// Makes a folder of that name that a person could choose; its path.
+    std::string addFolder(const std::string& name = "Pictures") const;
 
     /// The arguments of each run so far, one run after the other: name, arguments.
     using Runs = std::vector<std::vector<std::string>>;
@@ -42,7 +47,7 @@ public:
 
 private:
     const TemporaryFolder folder_;
-    const ScopedVariable path_, display_, wayland_, bus_;
+    const ScopedVariable path_, display_, wayland_, bus_, locale_, allCategories_;
 };
 
 /// A message bus with FakePortal.py as the desktop's portal, which is started by the first call to it.

@@ -21,11 +21,15 @@ behaviour, record, *uris = sys.argv[1:]
 
 
 class Portal(dbus.service.Object):
-    @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v")
-    def Get(self, interface, name):
+    @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v",
+                         async_callbacks=("reply", "fail"))
+    def Get(self, interface, name, reply, fail):
         if (interface, name) != (CHOOSER, "version") or behaviour == "no chooser":
-            raise dbus.exceptions.DBusException(name="org.freedesktop.DBus.Error.UnknownInterface")
-        return dbus.UInt32(2 if behaviour == "old" else 3)
+            fail(dbus.exceptions.DBusException(name="org.freedesktop.DBus.Error.UnknownInterface"))
+        elif behaviour == "slow":
+            GLib.timeout_add_seconds(15, lambda: reply(dbus.UInt32(3)))
+        else:
+            reply(dbus.UInt32(2 if behaviour == "old" else 3))
 
     @dbus.service.method(CHOOSER, in_signature="ssa{sv}", out_signature="o", sender_keyword="sender")
     def OpenFile(self, parent, title, options, sender):
@@ -108,6 +112,7 @@ def ends_bus(client, handle):
 behaviours = {
     "chooses": answering(CHOSEN),
     "old": answering(CHOSEN),
+    "slow": answering(CHOSEN),
     "cancels": answering(CANCELLED),
     "shows nothing": answering(OTHER),
     "closed window": closed_window,

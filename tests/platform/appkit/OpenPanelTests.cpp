@@ -2,6 +2,7 @@
 #include "platform/appkit/NSOpenPanel.h"
 #include "tests/platform/appkit/FakeDesktop.h"
 
+#include <csignal>
 #include <gtest/gtest.h>
 
 namespace kestrine {
@@ -12,7 +13,7 @@ using testing::FakePortal;
 using testing::ScopedVariable;
 using Runs = FakeDesktop::Runs;
 
-constexpr const char* folderURI = "file:///home/anna/Pictures";
+std::string uriOf(const std::string& path) { return "file://" + path; }
 
 /// A panel as the presets use it: one folder.
 std::unique_ptr<NSOpenPanel> folderPanel(const NSString& message = u"Choose") {
@@ -55,7 +56,7 @@ TEST(OpenPanel, beginsAsAPanelForOneFile) {
 
 TEST(OpenPanel, cancelsAtOnceWhereThereIsNoDisplay) {
     const FakeDesktop desktop;
-    desktop.addProgram("zenity", "/chosen\n");
+    desktop.addProgram("zenity", desktop.addFolder() + "\n");
     for (const std::optional<std::string>& display :
          {std::optional<std::string>(), std::optional<std::string>("")}) {
         const ScopedVariable x11("DISPLAY", display), wayland("WAYLAND_DISPLAY", display);
@@ -67,10 +68,10 @@ TEST(OpenPanel, cancelsAtOnceWhereThereIsNoDisplay) {
 
 TEST(OpenPanel, eitherKindOfDisplayIsEnough) {
     const FakeDesktop desktop;
-    desktop.addProgram("zenity", "/chosen\n");
-    EXPECT_EQ(chosenFolder(), "/chosen");
+    desktop.addProgram("zenity", desktop.addFolder() + "\n");
+    EXPECT_EQ(chosenFolder(), desktop.addFolder());
     const ScopedVariable x11("DISPLAY", std::nullopt), wayland("WAYLAND_DISPLAY", "wayland-0");
-    EXPECT_EQ(chosenFolder(), "/chosen");
+    EXPECT_EQ(chosenFolder(), desktop.addFolder());
 }
 
 TEST(OpenPanel, cancelsWhereNothingCanShowADialogue) {
@@ -80,7 +81,7 @@ TEST(OpenPanel, cancelsWhereNothingCanShowADialogue) {
 
 TEST(OpenPanel, cancelsWhereNothingMayBeChosen) {
     const FakeDesktop desktop;
-    desktop.addProgram("zenity", "/chosen\n");
+    desktop.addProgram("zenity", desktop.addFolder() + "\n");
     const auto panel = folderPanel();
     panel->canChooseDirectories = false;
     EXPECT_EQ(panel->runModal(), NSCancelButton);
@@ -89,16 +90,16 @@ TEST(OpenPanel, cancelsWhereNothingMayBeChosen) {
 
 TEST(OpenPanel, zenityIsAskedForAFolder) {
     const FakeDesktop desktop;
-    desktop.addProgram("zenity", "/home/anna/Pictures\n");
-    EXPECT_EQ(chosenFolder(u"Please choose directory for \"Web \u00e9\""), "/home/anna/Pictures");
+    desktop.addProgram("zenity", desktop.addFolder() + "\n");
+    EXPECT_EQ(chosenFolder(u"Please choose directory for \"Web \u00e9\""), desktop.addFolder());
     EXPECT_EQ(desktop.runs(), (Runs{{"zenity", "--file-selection", "--directory",
                                      "--title=Please choose directory for \"Web \u00e9\""}}));
 }
 
 TEST(OpenPanel, kdialogIsAskedWhereThereIsNoZenity) {
     const FakeDesktop desktop;
-    desktop.addProgram("kdialog", "/home/anna/Pictures\n");
-    EXPECT_EQ(chosenFolder(), "/home/anna/Pictures");
+    desktop.addProgram("kdialog", desktop.addFolder() + "\n");
+    EXPECT_EQ(chosenFolder(), desktop.addFolder());
     EXPECT_EQ(desktop.runs(), (Runs{{"kdialog", "--title=Choose", "--getexistingdirectory"}}));
 }
 
@@ -118,7 +119,7 @@ TEST(OpenPanel, whatMayBeChosenDecidesTheKindOfDialogue) {
     for (const auto& [files, folders, runs] : cases) {
         const FakeDesktop desktop;
         desktop.addProgram("zenity", "", "exit 255");
-        desktop.addProgram("kdialog", "/chosen\n");
+        desktop.addProgram("kdialog", desktop.addFolder() + "\n");
         const auto panel = NSOpenPanel::openPanel();
         panel->canChooseFiles = files;
         panel->canChooseDirectories = folders;
@@ -130,7 +131,7 @@ TEST(OpenPanel, whatMayBeChosenDecidesTheKindOfDialogue) {
 TEST(OpenPanel, aCancelledDialogueIsNotFollowedByAnother) {
     const FakeDesktop desktop;
     desktop.addProgram("zenity", "", "exit 1");
-    desktop.addProgram("kdialog", "/chosen\n");
+    desktop.addProgram("kdialog", desktop.addFolder() + "\n");
     EXPECT_EQ(chosenFolder(), "cancel");
     ASSERT_EQ(desktop.runs().size(), 1u);
     EXPECT_EQ(desktop.runs()[0][0], "zenity");
@@ -159,18 +160,18 @@ TEST(OpenPanel, aProgramThatShowsNothingGivesWayToTheNext) {
     for (const auto& [output, end] : cases) {
         const FakeDesktop desktop;
         desktop.addProgram("zenity", output, end);
-        desktop.addProgram("kdialog", "/chosen\n");
-        EXPECT_EQ(chosenFolder(), "/chosen") << end;
+        desktop.addProgram("kdialog", desktop.addFolder() + "\n");
+        EXPECT_EQ(chosenFolder(), desktop.addFolder()) << end;
         EXPECT_EQ(desktop.runs().size(), 2u) << end;
     }
 }
 
 TEST(OpenPanel, aMessageIsNeverAnOption) {
     const FakeDesktop desktop;
-    desktop.addProgram("zenity", "/chosen\n");
+    desktop.addProgram("zenity", desktop.addFolder() + "\n");
     for (const char16_t* message :
          {u"--version", u"-h", u"", u"a b;$(id) `id` \"'\\", u"two\nlines", u"100%s"}) {
-        EXPECT_EQ(chosenFolder(message), "/chosen");
+        EXPECT_EQ(chosenFolder(message), desktop.addFolder());
         EXPECT_EQ(desktop.runs().back().back(), "--title=" + NSString(message).utf8());
         EXPECT_EQ(desktop.runs().back().size(), 4u);
     }
@@ -178,35 +179,87 @@ TEST(OpenPanel, aMessageIsNeverAnOption) {
 
 TEST(OpenPanel, aMessageThatNoDialogueCouldTakeIsStillShown) {
     const FakeDesktop desktop;
-    desktop.addProgram("zenity", "/chosen\n");
+    desktop.addProgram("zenity", desktop.addFolder() + "\n");
     const NSString fromBytes = NSString::fromUTF8("\xff\u00e9");
     EXPECT_EQ(chosenFolder(fromBytes + std::u16string(1, u'\0') + u"\U0001F600" + std::u16string(1, 0xD83D)),
-              "/chosen");
+              desktop.addFolder());
     EXPECT_EQ(desktop.runs().back().back(), "--title=\uFFFD\u00e9\uFFFD\U0001F600\uFFFD");
 }
 
 TEST(OpenPanel, namesOfAnyBytesSurviveAProgram) {
-    const std::string names[] = {"/",   "/a b", "/\xff\xfe\x80", "/tab\there", "/\u3042\U0001F600",
-                                 "/-n", "/a\nb"};
-    for (const std::string& name : names) {
+    for (const char* name : {"a b", "\xff\xfe\x80", "tab\there", "\u3042\U0001F600", "-n", "a\nb", "a\n"}) {
         const FakeDesktop desktop;
-        desktop.addProgram("zenity", name + "\n");
-        EXPECT_EQ(chosenFolder(), name);
+        desktop.addProgram("zenity", desktop.addFolder(name) + "\n");
+        EXPECT_EQ(chosenFolder(), desktop.addFolder(name));
     }
 }
 
-TEST(OpenPanel, oneNewlineIsRemovedFromWhatAProgramSays) {
-    const std::pair<std::string, std::string> cases[] = {{"/a", "/a"}, {"/a\n", "/a"}, {"/a\n\n", "/a\n"}};
-    for (const auto& [output, name] : cases) {
-        const FakeDesktop desktop;
-        desktop.addProgram("zenity", output);
-        EXPECT_EQ(chosenFolder(), name);
+TEST(OpenPanel, aProgramNeedNotEndItsOutputWithANewline) {
+    const FakeDesktop desktop;
+    desktop.addProgram("zenity", "/");
+    EXPECT_EQ(chosenFolder(), "/");
+}
+
+TEST(OpenPanel, anAnswerThatIsNoExistingFolderGivesWayToTheNext) {
+    const FakeDesktop desktop;
+    const std::string file = desktop.folder().write("file", "");
+    for (const std::string& answer : {desktop.addFolder() + "/???", desktop.folder() / "missing", file}) {
+        desktop.addProgram("zenity", answer + "\n");
+        EXPECT_EQ(chosenFolder(), "cancel") << answer;
     }
+    desktop.addProgram("kdialog", desktop.addFolder() + "\n");
+    EXPECT_EQ(chosenFolder(), desktop.addFolder());
+}
+
+TEST(OpenPanel, aFileThatIsChosenMustExistToo) {
+    const FakeDesktop desktop;
+    const auto panel = NSOpenPanel::openPanel();
+    desktop.addProgram("zenity", desktop.folder() / "missing\n");
+    EXPECT_EQ(panel->runModal(), NSCancelButton);
+    desktop.addProgram("zenity", desktop.folder().write("file", "") + "\n");
+    EXPECT_EQ(panel->runModal(), NSOKButton);
+    EXPECT_EQ(panel->filename().utf8(), desktop.folder() / "file");
+}
+
+TEST(OpenPanel, programsRunInAUTF8LocaleWhateverOursIs) {
+    struct {
+        const char *all, *ctype, *language;
+    } const locales[] = {{"", "", "C"},           {"C", "C.UTF-8", "C.UTF-8"}, {"", "POSIX", "C.UTF-8"},
+                         {"", "", "xx_XX.UTF-8"}, {"", "C.UTF-8", "C"},        {"xx_XX", "", ""}};
+    for (const auto& [all, ctype, language] : locales) {
+        const FakeDesktop desktop;
+        const ScopedVariable lcAll("LC_ALL", all), lcCtype("LC_CTYPE", ctype), lang("LANG", language);
+        desktop.addProgram("zenity", desktop.addFolder() + "\n",
+                           "/usr/bin/locale charmap >$folder/charmap 2>&1");
+        EXPECT_EQ(chosenFolder(u"\u00e9"), desktop.addFolder());
+        EXPECT_EQ(testing::readFile(desktop.folder() / "charmap"), "UTF-8\n") << all << ctype << language;
+    }
+}
+
+TEST(OpenPanel, aUTF8LocaleIsLeftAsItIs) {
+    const FakeDesktop desktop;
+    const ScopedVariable lcAll("LC_ALL", ""), lcCtype("LC_CTYPE", "C.UTF-8"), lang("LANG", "C");
+    desktop.addProgram("zenity", desktop.addFolder() + "\n", "echo $LC_ALL,$LC_CTYPE,$LANG >$folder/locale");
+    EXPECT_EQ(chosenFolder(), desktop.addFolder());
+    EXPECT_EQ(testing::readFile(desktop.folder() / "locale"), ",C.UTF-8,C\n");
+}
+
+TEST(OpenPanel, aHostThatIgnoresTheEndsOfChildrenGetsTheAnswerOfOneQuestion) {
+    const FakeDesktop desktop;
+    desktop.addProgram("zenity", desktop.addFolder() + "\n");
+    desktop.addProgram("kdialog", "/\n");
+    const auto before = std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(chosenFolder(), desktop.addFolder());
+    EXPECT_EQ(desktop.runs().size(), 1u);
+    desktop.addProgram("zenity", "", "exit 1");
+    EXPECT_EQ(chosenFolder(), "cancel");
+    EXPECT_EQ(desktop.runs().size(), 2u);
+    std::signal(SIGCHLD, before);
 }
 
 TEST(OpenPanel, forgetsAnEarlierChoiceWhenItIsCancelled) {
     const FakeDesktop desktop;
-    desktop.addProgram("zenity", "/first\n");
+    desktop.addProgram("zenity", desktop.addFolder() + "\n");
     const auto panel = folderPanel();
     EXPECT_EQ(panel->runModal(), NSOKButton);
     desktop.addProgram("zenity", "", "exit 1");
@@ -220,16 +273,19 @@ protected:
     void SetUp() override {
         if (const std::string reason = FakePortal::whyMissing(); !reason.empty())
             GTEST_SKIP() << reason;
-        desktop_.addProgram("zenity", "/from/zenity\n");
-        desktop_.addProgram("kdialog", "/from/kdialog\n");
+        desktop_.addProgram("zenity", zenitysFolder_ + "\n");
+        desktop_.addProgram("kdialog", kdialogsFolder_ + "\n");
     }
 
     const FakeDesktop desktop_;
+    const std::string portalsFolder_ = desktop_.addFolder("portal"), folderURI_ = uriOf(portalsFolder_);
+    const std::string zenitysFolder_ = desktop_.addFolder("zenity"),
+                      kdialogsFolder_ = desktop_.addFolder("kdialog");
 };
 
 TEST_F(PortalPanel, isAskedBeforeAnyProgram) {
-    const FakePortal portal(desktop_, "chooses", {folderURI});
-    EXPECT_EQ(chosenFolder(u"Please choose directory for \"Web\""), "/home/anna/Pictures");
+    const FakePortal portal(desktop_, "chooses", {folderURI_});
+    EXPECT_EQ(chosenFolder(u"Please choose directory for \"Web\""), portalsFolder_);
     EXPECT_EQ(desktop_.runs(), Runs{});
     EXPECT_EQ(portal.questions(), R"(["", "Please choose directory for \"Web\"", {"directory": 1, )"
                                   R"("handle_token": "kestrine_open_panel", "multiple": 0}])"
@@ -237,11 +293,11 @@ TEST_F(PortalPanel, isAskedBeforeAnyProgram) {
 }
 
 TEST_F(PortalPanel, offersFilesAndSeveralWhenThePanelDoes) {
-    const FakePortal portal(desktop_, "chooses", {"file:///first", "file:///second"});
+    const FakePortal portal(desktop_, "chooses", {uriOf(portalsFolder_), uriOf(zenitysFolder_)});
     const auto panel = NSOpenPanel::openPanel();
     panel->allowsMultipleSelection = true;
     ASSERT_EQ(panel->runModal(), NSOKButton);
-    EXPECT_EQ(panel->filename().utf8(), "/first");
+    EXPECT_EQ(panel->filename().utf8(), portalsFolder_);
     EXPECT_EQ(
         portal.questions(),
         "[\"\", \"\", {\"directory\": 0, \"handle_token\": \"kestrine_open_panel\", \"multiple\": 1}]\n");
@@ -250,16 +306,18 @@ TEST_F(PortalPanel, offersFilesAndSeveralWhenThePanelDoes) {
 TEST_F(PortalPanel, anAnswerIsFoundHoweverItComes) {
     for (const char* behaviour :
          {"answers early", "other handle", "others first", "forged first", "more results"}) {
-        const FakePortal portal(desktop_, behaviour, {folderURI});
-        EXPECT_EQ(chosenFolder(), "/home/anna/Pictures") << behaviour;
+        const FakePortal portal(desktop_, behaviour, {folderURI_});
+        EXPECT_EQ(chosenFolder(), portalsFolder_) << behaviour;
     }
     EXPECT_EQ(desktop_.runs(), Runs{});
 }
 
 TEST_F(PortalPanel, namesOfAnyBytesSurvive) {
-    const FakePortal portal(desktop_, "chooses", {"file:///%FF%FEa%20b%0A%E3%81%82%25"});
-    EXPECT_EQ(chosenFolder(), "/\xff\xfe"
-                              "a b\n\u3042%");
+    const std::string folder = desktop_.addFolder("\xff\xfe"
+                                                  "a b\n\u3042%");
+    const FakePortal portal(desktop_, "chooses",
+                            {uriOf(desktop_.folder() / "chosen/%FF%FEa%20b%0A%E3%81%82%25")});
+    EXPECT_EQ(chosenFolder(), folder);
 }
 
 TEST_F(PortalPanel, aCancelOpensNoOtherDialogue) {
@@ -280,39 +338,51 @@ TEST_F(PortalPanel, whatCannotAnswerGivesWayToTheNext) {
         std::vector<std::string> uris;
         bool wasAsked;
     } cases[] = {
-        {"no chooser", {}, false}, {"old", {folderURI}, false},
-        {"refuses", {}, true},     {"shows nothing", {}, true},
-        {"vanishes", {}, true},    {"ends bus", {}, true},
-        {"no results", {}, true},  {"text for a list", {}, true},
-        {"chooses", {}, true},     {"chooses", {"http://example.org/"}, true},
+        {"no chooser", {}, false},
+        {"old", {folderURI_}, false},
+        {"refuses", {}, true},
+        {"shows nothing", {}, true},
+        {"vanishes", {}, true},
+        {"ends bus", {}, true},
+        {"no results", {}, true},
+        {"text for a list", {}, true},
+        {"chooses", {}, true},
+        {"chooses", {"http://example.org/"}, true},
+        {"chooses", {folderURI_ + "/missing"}, true},
     };
     for (const auto& [behaviour, uris, wasAsked] : cases) {
         const std::size_t runsBefore = desktop_.runs().size();
         std::filesystem::remove(desktop_.folder() / "questions");
         const FakePortal portal(desktop_, behaviour, uris);
-        EXPECT_EQ(chosenFolder(), "/from/zenity") << behaviour;
+        EXPECT_EQ(chosenFolder(), zenitysFolder_) << behaviour;
         EXPECT_EQ(desktop_.runs().size(), runsBefore + 1) << behaviour;
         EXPECT_EQ(!portal.questions().empty(), wasAsked) << behaviour;
     }
 }
 
+TEST_F(PortalPanel, thatDoesNotReplyInTimeGivesWayToTheNext) {
+    const FakePortal portal(desktop_, "slow", {folderURI_});
+    EXPECT_EQ(chosenFolder(), zenitysFolder_);
+    EXPECT_EQ(portal.questions(), "");
+}
+
 TEST_F(PortalPanel, anOldPortalStillOffersFiles) {
-    const FakePortal portal(desktop_, "old", {"file:///a.jpg"});
+    const FakePortal portal(desktop_, "old", {uriOf(desktop_.folder().write("a.jpg", ""))});
     const auto panel = NSOpenPanel::openPanel();
     ASSERT_EQ(panel->runModal(), NSOKButton);
-    EXPECT_EQ(panel->filename().utf8(), "/a.jpg");
+    EXPECT_EQ(panel->filename().utf8(), desktop_.folder() / "a.jpg");
 }
 
 TEST_F(PortalPanel, aBusWithoutPortalGivesWayToTheNext) {
-    const FakePortal portal(desktop_, "chooses", {folderURI});
+    const FakePortal portal(desktop_, "chooses", {folderURI_});
     std::filesystem::remove(desktop_.folder() / "services/portal.service");
-    EXPECT_EQ(chosenFolder(), "/from/zenity");
+    EXPECT_EQ(chosenFolder(), zenitysFolder_);
 }
 
 TEST_F(PortalPanel, allMeansAreTriedInTheirOrder) {
     desktop_.addProgram("zenity", "", "exit 255");
     const FakePortal portal(desktop_, "refuses");
-    EXPECT_EQ(chosenFolder(), "/from/kdialog");
+    EXPECT_EQ(chosenFolder(), kdialogsFolder_);
     EXPECT_FALSE(portal.questions().empty());
     const Runs runs = desktop_.runs();
     ASSERT_EQ(runs.size(), 2u);

@@ -55,6 +55,19 @@ TEST(AppleEvents, automaticReturnIDsDiffer) {
     }
 }
 
+TEST(AppleEvents, automaticReturnIDsAreNeverNegative) {
+    const AEAddressDesc target;
+    for (int i = 0; i < 0x10000; i++) {
+        AppleEvent event;
+        AEReturnID returnID = -1;
+        AEDesc found;
+        (void)AECreateAppleEvent(1, 2, &target, kAutoGenerateReturnID, kAnyTransactionID, &event);
+        (void)AEGetAttributeDesc(&event, keyReturnIDAttr, typeShortInteger, &found);
+        (void)AEGetDescData(&found, &returnID, sizeof returnID);
+        ASSERT_GE(returnID, 0);
+    }
+}
+
 TEST(AppleEvents, aParameterReplacesTheOneWithItsKey) {
     AppleEvent event = madeEvent();
     const AEDesc one = textDescriptor("one");

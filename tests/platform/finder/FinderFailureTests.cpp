@@ -3,6 +3,7 @@
 #include "platform/host/files/ExtendedAttributes.h"
 #include "platform/host/files/FileDescriptor.h"
 #include "tests/platform/finder/FinderTesting.h"
+#include "tests/support/InterposedCalls.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/SystemFeatures.h"
 
@@ -157,6 +158,39 @@ TEST_F(FinderFailure, anOriginalThatCannotBeRemovedLeavesNoCopy) {
         EXPECT_EQ(readFile(to_ + "/a.jpg"), "new") << "the old item was replaced, so the copy must stay";
         EXPECT_EQ(readFile(file), "new");
         EXPECT_THAT(namesIn(to_), ElementsAre("a.jpg"));
+    });
+}
+
+/// Runs `operation` and returns whether a folder is synced while `condition` is true.
+bool syncsAFolderWhile(const std::function<bool()>& condition,
+                       const std::function<FinderOutcome()>& operation) {
+    bool synced = false;
+    testing::InterposedCalls calls;
+    calls.onSync = [&](int file) {
+        struct stat status {};
+        synced |= ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode) && condition();
+        return 0;
+    };
+    EXPECT_EQ(operation(), std::nullopt);
+    return synced;
+}
+
+TEST_F(FinderFailure, theFolderOfACopyIsSynced) {
+    const std::string file = write(from_ + "/a.jpg");
+    EXPECT_TRUE(syncsAFolderWhile([&] { return std::filesystem::exists(to_ + "/a.jpg"); },
+                                  [&] { return finderDuplicate({file}, to_, Replacing::no); }));
+    EXPECT_TRUE(syncsAFolderWhile([&] { return std::filesystem::exists(from_ + "/a copy.jpg"); },
+                                  [&] { return finderDuplicate({file}, from_, Replacing::no); }));
+}
+
+TEST_F(FinderFailure, aMoveBetweenVolumesSyncsTheFolderBeforeTheOriginalIsRemoved) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 64);
+        const std::string file = write(disk_ + "/a.jpg");
+        const auto areBothThere = [&] {
+            return std::filesystem::exists(file) && std::filesystem::exists(to_ + "/a.jpg");
+        };
+        EXPECT_TRUE(syncsAFolderWhile(areBothThere, [&] { return finderMove({file}, to_, Replacing::no); }));
     });
 }
 

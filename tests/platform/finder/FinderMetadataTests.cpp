@@ -1,7 +1,7 @@
 #include "platform/finder/FinderMetadata.h"
 #include "platform/foundation/propertylist/PropertyListText.h"
 #include "platform/host/files/ExtendedAttributes.h"
-#include "platform/host/process/ChildProcess.h"
+#include "platform/host/process/CapturedRun.h"
 #include "tests/platform/finder/AppleDoubleBuilder.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/SystemFeatures.h"

@@ -8,6 +8,9 @@ namespace kestrine {
 /// Whether an item exists. Follows symbolic links, so a dangling link does not count.
 bool itemExists(const std::string& path);
 
+/// Whether a folder exists. Follows symbolic links.
+bool folderExists(const std::string& path);
+
 /// Whether certainly no item exists. False if the system does not tell, for example because it denies access.
 bool isAbsent(const std::string& path);
 

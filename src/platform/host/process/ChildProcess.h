@@ -35,16 +35,4 @@ private:
     pid_t process_;
 };
 
-/// The output of a program and how it ended.
-struct CapturedRun {
-    std::string output;
-    ChildEnd end;
-};
-
-/// Runs a program until it ends and returns its standard output. Its standard input is empty, and its
-/// standard error is discarded. A program that writes more than `limit` bytes is killed, and the call fails
-/// with tooLarge.
-Result<CapturedRun> runCapturingOutput(const std::string& program, const std::vector<std::string>& arguments,
-                                       std::size_t limit);
-
 } // namespace kestrine

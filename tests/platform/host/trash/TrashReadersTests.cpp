@@ -1,7 +1,7 @@
 // Compatibility with other programs: trash-list and trash-restore of trash-cli read our trash, and gio uses
 // the same one.
 #include "platform/host/files/FileStatus.h"
-#include "platform/host/process/ChildProcess.h"
+#include "platform/host/process/CapturedRun.h"
 #include "tests/platform/host/trash/TrashTesting.h"
 #include "tests/support/IsolatedProcess.h"
 

@@ -1,0 +1,161 @@
+#include "platform/host/process/CapturedRun.h"
+#include "platform/host/process/StandardStreams.h"
+#include "tests/support/IsolatedProcess.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <thread>
+#include <unistd.h>
+
+namespace kestrine {
+namespace {
+
+using testing::runIsolated;
+using testing::TemporaryFolder;
+
+/// What a shell script writes and how it ends; the failure's text when it could not be run.
+std::string outputOf(const std::string& script, const EnvironmentChanges& changes = {}) {
+    const Result<CapturedRun> run = runCapturingOutput("/bin/sh", {"-c", script}, 10'000, changes);
+    return run ? run->output : run.failure().text;
+}
+
+/// Waits until a file has content; "" after half a minute without.
+std::string contentOnceWritten(const std::string& path) {
+    std::string content;
+    for (int i = 0; i < 3000 && content.empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        content = testing::readFile(path);
+    }
+    return content;
+}
+
+TEST(CapturedRun, argumentsArriveExactlyAsGiven) {
+    Result<CapturedRun> run = runCapturingOutput(
+        "/usr/bin/printf", {"%s|", "two words", "", "$HOME `id` ;", "a\nb", "'\"\\", "*", "\xFF", "-n"},
+        1000);
+    ASSERT_TRUE(run);
+    EXPECT_EQ(run->output, "two words||$HOME `id` ;|a\nb|'\"\\|*|\xFF|-n|");
+    EXPECT_EQ(run->end.code, 0);
+}
+
+TEST(CapturedRun, theProgramItselfIsTheFirstArgument) {
+    Result<CapturedRun> run = runCapturingOutput("/bin/sh", {"-c", "tr '\\0' '|' </proc/$$/cmdline"}, 1000);
+    ASSERT_TRUE(run);
+    EXPECT_EQ(run->output, "/bin/sh|-c|tr '\\0' '|' </proc/$$/cmdline|");
+}
+
+TEST(CapturedRun, aNameWithoutASlashIsLookedUp) {
+    runIsolated([] {
+        ::setenv("PATH", "/usr/bin:/bin", 1);
+        Result<CapturedRun> run = runCapturingOutput("printf", {"found"}, 100);
+        ASSERT_TRUE(run);
+        EXPECT_EQ(run->output, "found");
+        EXPECT_EQ(runCapturingOutput("no-such-program", {}, 10).failure().reason, Reason::notFound);
+    });
+}
+
+TEST(CapturedRun, aCapturedProgramReadsNothingAndItsComplaintsAreDropped) {
+    const TemporaryFolder folder;
+    runIsolated([&] {
+        ASSERT_NE(std::freopen((folder / "errors").c_str(), "w", stderr), nullptr);
+        Result<CapturedRun> run =
+            runCapturingOutput("/bin/sh", {"-c", "cat; echo complaint >&2; echo done"}, 100);
+        ASSERT_TRUE(run);
+        EXPECT_EQ(run->output, "done\n");
+    });
+    EXPECT_EQ(testing::readFile(folder / "errors"), "");
+}
+
+TEST(CapturedRun, outputUpToTheLimitIsKeptAndBeyondItTheProgramIsEnded) {
+    EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"1234"}, 4)->output, "1234");
+    EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"12345"}, 4).failure().reason, Reason::tooLarge);
+    EXPECT_EQ(runCapturingOutput("/usr/bin/yes", {}, 100'000).failure().reason, Reason::tooLarge);
+}
+
+TEST(CapturedRun, capturingWorksWithoutStandardStreamsOfOurs) {
+    runIsolated([] {
+        for (const int descriptor : {0, 1, 2})
+            ::close(descriptor);
+        Result<CapturedRun> run = runCapturingOutput("/usr/bin/printf", {"found"}, 100);
+        EXPECT_TRUE(run && run->output == "found");
+    });
+}
+
+TEST(CapturedRun, tellsExitStatusesSignalsAndProgramsThatCannotBeStartedApart) {
+    const Result<CapturedRun> exited = runCapturingOutput("/bin/sh", {"-c", "echo last; exit 7"}, 100);
+    EXPECT_TRUE(exited && exited->output == "last\n" && exited->end.code == 7 && !exited->end.bySignal);
+    const Result<CapturedRun> killed = runCapturingOutput("/bin/sh", {"-c", "kill -TERM $$"}, 100);
+    EXPECT_TRUE(killed && killed->end.code == SIGTERM && killed->end.bySignal);
+    EXPECT_EQ(runCapturingOutput("/no/such/program", {}, 10).failure().reason, Reason::notFound);
+    EXPECT_EQ(runCapturingOutput("/etc/passwd", {}, 10).failure().reason, Reason::notPermitted);
+    EXPECT_EQ(runCapturingOutput("", {}, 10).failure().reason, Reason::malformed);
+}
+
+TEST(CapturedRun, aFileThatIsNoProgramIsNotHandedToAShell) {
+    const TemporaryFolder folder;
+    const std::string script = folder.write("script", "exit 0\n");
+    std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+    EXPECT_FALSE(runCapturingOutput(script, {}, 10));
+}
+
+TEST(CapturedRun, theProgramHasOurVariablesAndTheChangesToThem) {
+    runIsolated([] {
+        ::setenv("KEPT", "kept", 1);
+        ::setenv("CHANGED", "before", 1);
+        EXPECT_EQ(outputOf("echo $KEPT $CHANGED $ADDED", {{"CHANGED", "after"}, {"ADDED", "new"}}),
+                  "kept after new\n");
+        EXPECT_EQ(outputOf("echo $CHANGED"), "before\n");
+    });
+}
+
+TEST(CapturedRun, theProgramGetsNoOtherDescriptorOfOurs) {
+    runIsolated([] {
+        const int inherited = ::open("/dev/null", O_RDONLY);
+        ::dup2(inherited, 40);
+        EXPECT_EQ(outputOf("exec ls /proc/self/fd"), "0\n1\n2\n3\n"); // the last one is the listed folder
+    });
+}
+
+TEST(CapturedRun, theEndIsKnownAlsoWhereChildrenAreNotWaitedFor) {
+    runIsolated([] {
+        for (const auto handling : {SIG_IGN, SIG_DFL}) {
+            std::signal(SIGCHLD, handling);
+            const Result<CapturedRun> run = runCapturingOutput("/bin/sh", {"-c", "echo answer; exit 3"}, 100);
+            ASSERT_TRUE(run) << run.failure().text;
+            EXPECT_EQ(run->output, "answer\n");
+            EXPECT_EQ(run->end.code, 3);
+        }
+    });
+}
+
+TEST(CapturedRun, theProgramEndsWithThisProcess) {
+    const TemporaryFolder folder;
+    const pid_t asking = ::fork();
+    if (asking == 0) {
+        outputOf("trap 'echo ended >" + (folder / "ended") + "; exit' TERM; echo >" + (folder / "started")
+                 + "; sleep 60 & wait");
+        ::_exit(0);
+    }
+    EXPECT_EQ(contentOnceWritten(folder / "started"), "\n");
+    ::kill(asking, SIGKILL);
+    EXPECT_EQ(contentOnceWritten(folder / "ended"), "ended\n");
+}
+
+} // namespace
+
+TEST(CapturedRun, noSignalIsBlockedInTheProgram) {
+    runIsolated([] {
+        sigset_t signals;
+        ::sigemptyset(&signals);
+        ::sigaddset(&signals, SIGTERM);
+        ASSERT_EQ(::sigprocmask(SIG_BLOCK, &signals, nullptr), 0);
+        const Result<CapturedRun> run = runCapturingOutput("/bin/grep", {"SigBlk", "/proc/self/status"}, 100);
+        ASSERT_TRUE(run);
+        EXPECT_EQ(run->output, "SigBlk:\t0000000000000000\n");
+    });
+}
+
+} // namespace kestrine

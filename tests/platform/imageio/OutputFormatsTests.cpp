@@ -1,0 +1,33 @@
+#include "platform/imageio/OutputFormats.h"
+
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/imageio/Codecs.h"
+
+#include <gtest/gtest.h>
+
+namespace kestrine {
+
+TEST(OutputFormats, areNumberedAsPresetsStoreThem) {
+    const std::string_view names[] = {"jpeg", "png", "tiff", "gif"};
+    const std::string_view extensions[] = {"jpg", "png", "tiff", "gif"};
+    ASSERT_EQ(outputFormats().size(), 4u);
+    for (std::int32_t number = 0; number < 4; ++number) {
+        EXPECT_EQ(outputFormatNumbered(number)->name, names[number]);
+        EXPECT_EQ(outputFormatNumbered(number)->extension, extensions[number]);
+        EXPECT_EQ(&outputFormat(static_cast<FileType>(number)), outputFormatNumbered(number));
+    }
+    EXPECT_EQ(outputFormatNumbered(-1), nullptr);
+    EXPECT_EQ(outputFormatNumbered(4), nullptr);
+}
+
+TEST(OutputFormats, eachEncoderWritesItsFormat) {
+    const ImageCodec* codecs[] = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec};
+    for (const OutputFormat& format : outputFormats()) {
+        const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{3, 2, ColorModel::rgb}));
+        const Result<Bytes> file = format.encode(*rows, {});
+        ASSERT_TRUE(file.ok()) << format.name;
+        EXPECT_EQ(codecFor(*readerOfBytes(*file)), codecs[static_cast<std::size_t>(format.type)]);
+    }
+}
+
+} // namespace kestrine
