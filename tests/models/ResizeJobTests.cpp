@@ -147,7 +147,8 @@ TEST_F(StrictJob, theReasonForAMissingFolderIsTheFirstOne) {
     folder.write("Web", "a file where the folder should be");
     const JobOutcome outcome = run("a.jpg", {makeSet(u"Web/deep/er")}).front();
     ASSERT_TRUE(outcome.failure);
-    EXPECT_EQ(outcome.failure->text, "cannot create the folder " + (folder / "Web/deep") + ": Not a directory");
+    EXPECT_EQ(outcome.failure->text,
+              "cannot create the folder " + (folder / "Web/deep") + ": Not a directory");
 }
 
 TEST_F(StrictJob, theOtherSetsOfAJobAreAppliedWhenOneGivesNothing) {
