@@ -23,7 +23,7 @@ def allowed_skips(text):
 
 def skips_of(case):
     """Name and reason of what was skipped in one of ctest's tests."""
-    name, output = case.get("name"), case.findtext("system-out") or ""
+    name, output = re.sub(r"^(\w+): *", r"\1: ", case.get("name")), case.findtext("system-out") or ""
     whole = case.find("skipped") is not None or case.get("status") in ("notrun", "disabled")
     if whole:
         reason = GOOGLETEST.search(output)

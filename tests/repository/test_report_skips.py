@@ -9,7 +9,7 @@ from report_skips import is_allowed, skips_of
 def case(output, skipped=False, status="run"):
     inner = '<skipped message="SKIP_REGULAR_EXPRESSION_MATCHED"/>' if skipped else ""
     return xml.etree.ElementTree.fromstring(
-        f'<testcase name="host: Trash.x" status="{status}">{inner}<system-out>{output}</system-out></testcase>')
+        f'<testcase name="host:Trash.x" status="{status}">{inner}<system-out>{output}</system-out></testcase>')
 
 
 class Skips(unittest.TestCase):
