@@ -22,7 +22,8 @@ find_package(Threads REQUIRED)
 # the compiler may not fuse a multiplication and an addition.
 add_library(kestrine_settings INTERFACE)
 target_include_directories(kestrine_settings INTERFACE ${PROJECT_SOURCE_DIR}/src)
-target_compile_options(kestrine_settings INTERFACE -ffp-contract=off -Wall -Wextra -Wshadow=local -Wconversion
+target_compile_options(kestrine_settings INTERFACE -ffp-contract=off -Wall -Wextra
+                       $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wconversion
                        -Wno-sign-conversion -Wno-missing-field-initializers -fno-math-errno
                        $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>  # GCC 12 warns of std::string's own copies
                        $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>) # lets ccache keep what uses precompiled headers

@@ -2,6 +2,6 @@
 #include "fuzz/DecodeEverything.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    kestrine::fuzzing::decodeEverything(kestrine::bmpCodec, data, size, 1 << 16);
+    kestrine::fuzzing::decodeEverything(kestrine::bmp::codec, data, size, 1 << 16);
     return 0;
 }

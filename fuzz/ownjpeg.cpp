@@ -29,7 +29,7 @@ Bytes decodedByLibrary(const Bytes& file, int eighths) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Bytes file(data, data + size);
-    if (!kestrine::jpegCodec.recognises(kestrine::ByteView(file).first(std::min<std::size_t>(size, 64))))
+    if (!kestrine::jpeg::codec.recognises(kestrine::ByteView(file).first(std::min<std::size_t>(size, 64))))
         return 0;
     for (const int eighths : {8, 4, 2, 1}) {
         if (decoded(file, eighths) != decodedByLibrary(file, eighths))

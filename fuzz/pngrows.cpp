@@ -23,16 +23,16 @@ Bytes makeFile(ByteView data) {
     appendBigEndian(header, data[2] + 1u, 4);
     header.insert(header.end(),
                   {static_cast<std::uint8_t>(kind < 8 && kind % 2 ? 16 : 8), colorTypes[kind / 2], 0, 0, 0});
-    appendChunk("IHDR", {header}, file);
+    png::appendChunk("IHDR", {header}, file);
     if (kind == 8)
-        appendChunk("PLTE", {data.first(3)}, file);
+        png::appendChunk("PLTE", {data.first(3)}, file);
     const std::size_t chunkBytes = data[3] * 8u + 1;
     for (ByteView rest = data.subspan(recipeBytes); !rest.empty();) {
         const ByteView part = rest.first(std::min(chunkBytes, rest.size()));
-        appendChunk("IDAT", {part}, file);
+        png::appendChunk("IDAT", {part}, file);
         rest = rest.subspan(part.size());
     }
-    appendChunk("IEND", {}, file);
+    png::appendChunk("IEND", {}, file);
     return file;
 }
 

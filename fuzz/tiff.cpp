@@ -2,6 +2,6 @@
 #include "fuzz/DecodeEverything.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    kestrine::fuzzing::decodeEverything(kestrine::tiffCodec, data, size);
+    kestrine::fuzzing::decodeEverything(kestrine::tiff::codec, data, size);
     return 0;
 }

@@ -2,6 +2,6 @@
 #include "fuzz/DecodeEverything.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    kestrine::fuzzing::decodeEverything(kestrine::webpCodec, data, size);
+    kestrine::fuzzing::decodeEverything(kestrine::webp::codec, data, size);
     return 0;
 }

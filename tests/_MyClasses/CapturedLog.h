@@ -1,23 +1,30 @@
-// The lines that the platform's log gets, caught for as long as this lives.
+// Captures the lines that NSLog() writes, which is everything on standard error, during its lifetime.
 #pragma once
 
 #include "platform/foundation/NSLog.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+#include <vector>
 
 namespace kestrine::testing {
 
 class CapturedLog {
 public:
-    CapturedLog() : before_(setLogSink([this](const NSString& line) { lines_.push_back(line); })) {}
-    ~CapturedLog() { setLogSink(before_); }
+    CapturedLog() { ::testing::internal::CaptureStderr(); }
+    ~CapturedLog() { (void)::testing::internal::GetCapturedStderr(); }
     CapturedLog(const CapturedLog&) = delete;
     CapturedLog& operator=(const CapturedLog&) = delete;
 
-    /// Since the last call.
-    std::vector<NSString> takeLines() { return std::exchange(lines_, {}); }
-
-private:
-    std::vector<NSString> lines_;
-    const LogSink before_;
+    /// The lines since the last call.
+    std::vector<NSString> takeLines() {
+        std::istringstream text(::testing::internal::GetCapturedStderr());
+        ::testing::internal::CaptureStderr();
+        std::vector<NSString> lines;
+        for (std::string line; std::getline(text, line);)
+            lines.push_back(NSString::fromUTF8(line));
+        return lines;
+    }
 };
 
 } // namespace kestrine::testing

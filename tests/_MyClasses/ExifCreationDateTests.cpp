@@ -5,6 +5,7 @@
 #include "tests/_MyClasses/ExifReading.h"
 #include "tests/_MyClasses/Raised.h"
 #include "tests/support/LocalZone.h"
+#include "tests/support/SystemFeatures.h"
 
 #include <gtest/gtest.h>
 
@@ -82,13 +83,10 @@ TEST_F(ExifCreationDate, aDateThatIsNoTextRaisesInvalidArgument) {
     EXPECT_EQ(raisedName([&] { textZone->changeCreationDate(); }), "NSInvalidArgumentException");
 }
 
-/// Skipped where the temporary folder keeps no attributes.
 class ChangedCreationDate : public ExifCreationDate {
 protected:
     void SetUp() override {
-        const std::string probe = folder.write("probe", "");
-        const Result<void> set = setExtendedAttribute(probe, "user.kestrine.probe", bytesOf("x"));
-        if (!set && set.failure().reason == Reason::unsupported)
+        if (!testing::keepsAttributes())
             GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
     }
 

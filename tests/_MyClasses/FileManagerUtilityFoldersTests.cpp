@@ -1,6 +1,7 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "platform/finder/FinderMetadata.h"
 #include "tests/support/CurrentFolder.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
@@ -108,12 +109,13 @@ TEST(FileManagerUtility, aPackageCountsAsAFile) {
 }
 
 TEST(FileManagerUtility, thePackageOfThePictureLibraryIsADirectory) {
+    if (!testing::keepsAttributes())
+        GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
     const TemporaryFolder folder;
-    const FinderInfo package{.flags = 0x2000}; // says that a folder is one
+    const FinderInfo package{.flags = 0x2000};
     for (const char* name : {"iPhoto Library", "iphoto library"}) {
         fs::create_directory(folder / name);
-        if (!setFinderInformation(folder / name, package))
-            GTEST_SKIP() << "this file system keeps no Finder information";
+        ASSERT_TRUE(setFinderInformation(folder / name, package));
     }
     EXPECT_TRUE(isDirectory(folder / "iPhoto Library"));
     EXPECT_FALSE(isDirectory(folder / "iphoto library")) << "the name is taken exactly";

@@ -6,6 +6,7 @@
 #include "platform/carbon/RecordFields.h"
 #include "platform/finder/FinderMetadata.h"
 #include "platform/finder/FinderPath.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <functional>
@@ -288,10 +289,11 @@ AppleEvent commentRequest(const std::string& path) {
 }
 
 TEST(MoreAESendEventReturnAEDesc, givesTheDirectObjectAsTheTypeAskedFor) {
+    if (!testing::keepsAttributes())
+        GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
     const TemporaryFolder folder;
     const std::string path = folder.write("file", "");
-    if (!setFinderComment(path, u"note"))
-        GTEST_SKIP() << "no extended attributes here";
+    ASSERT_TRUE(setFinderComment(path, u"note"));
     const AppleEvent event = commentRequest(path);
     AEDesc got;
     EXPECT_EQ(MoreAESendEventReturnAEDesc(goOn, &event, typeText, &got), noErr);

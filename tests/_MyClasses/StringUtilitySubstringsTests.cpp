@@ -1,5 +1,6 @@
 #include "_MyClasses/Category/StringUtility.h"
 #include "platform/foundation/NSException.h"
+#include "tests/support/SystemFeatures.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +10,6 @@ namespace {
 using namespace StringUtility;
 
 constexpr NSRange none{0, 0};
-
-bool hasUnicodeCase() { return NSString(u"é").uppercased() == NSString(u"É"); }
 
 // Span ranges
 
@@ -221,7 +220,7 @@ TEST(StringUtility, volumeNamesAreFoundInAnyCase) {
 // Case
 
 TEST(StringUtility, caseIsFoldedCodePointByCodePoint) {
-    if (!hasUnicodeCase())
+    if (!testing::isICUInstalled())
         GTEST_SKIP() << "ICU is not installed";
     EXPECT_EQ(substringFrom(u"aÉb", u"é"), NSString(u"b"));
     EXPECT_EQ(substringFrom(u"aΣb", u"ς"), NSString(u"b")) << "both small sigmas fold alike";

@@ -4,11 +4,12 @@ import plistlib
 import random
 import struct
 import subprocess
+import unittest
 
 from PIL import Image
 
 import pictures
-from tools import BIN, GIF, JPEG, PNG, TIFF, ToolTest, Typedstream, main
+from tools import BIN, GIF, JPEG, PNG, TIFF, ToolTest, Typedstream, is_sanitized, main
 
 
 class Listing(ToolTest):
@@ -87,6 +88,7 @@ class BrokenPreferences(ToolTest):
             self.kestrine("-l")
             self.kestrine("none.jpg")
 
+    @unittest.skipIf(is_sanitized(), "sanitizers need more address space than the limit")
     def test_a_list_that_unfolds_without_end_takes_little_memory(self):
         # 40 levels, each holding the next one twice: 2^40 objects if they were copied.
         objects = [b"\xd1\x01\x02", b"\x5aresizeSets"] + [bytes([0xa2, n, n]) for n in range(3, 43)] + [b"\x08"]
@@ -102,6 +104,7 @@ class BrokenPreferences(ToolTest):
         done = subprocess.run(["sh", "-c", limit, BIN / "kestrine"], env=self.environment, capture_output=True, timeout=20)
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
 
+    @unittest.skipIf(is_sanitized(), "sanitizers need more address space than the limit")
     def test_archives_that_repeat_large_objects_take_little_memory(self):
         # A selection of many index sets that share one block of packed ranges; sets that share one long name.
         stream = Typedstream()

@@ -76,6 +76,12 @@ class Typedstream:
         return self.bytes
 
 
+def is_sanitized():
+    """Whether the programs were built with a sanitizer, which reserves more address space than a limit leaves."""
+    program = (BIN / "kestrine").read_bytes()
+    return b"__asan_init" in program or b"__tsan_init" in program
+
+
 class ToolTest(unittest.TestCase):
     """A temporary home with a folder `pictures` as the current folder, and runs of the programs in it."""
 
@@ -139,5 +145,6 @@ def exiftool(path):
 
 
 def main():
-    # Pillow keeps files open until its objects go, which is soon enough here.
-    unittest.main(verbosity=1, warnings="ignore")
+    # Every test is named, so that scripts/test can report the skips. Pillow keeps files open until its objects go,
+    # which is soon enough here.
+    unittest.main(verbosity=2, warnings="ignore")

@@ -1,5 +1,6 @@
 #include "platform/finder/Sidecar.h"
 
+#include "platform/host/FreeDeleter.h"
 #include "platform/host/files/ByteReader.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/FileCopy.h"
@@ -9,7 +10,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <memory>
@@ -21,10 +21,6 @@ namespace {
 /// A resource fork has at most 16 MiB, since its offsets have 24 bits; the rest is small.
 constexpr std::uint64_t largestSidecar = 17 * 1024 * 1024;
 
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
-};
-
 /// A name in a folder that is held open.
 struct SidecarPlace {
     FileDescriptor folder;
@@ -33,7 +29,7 @@ struct SidecarPlace {
 
 Result<SidecarPlace> placeBeside(const std::string& path) {
     TRY(checkPath(path));
-    const std::unique_ptr<char, FreeText> resolved(::realpath(path.c_str(), nullptr));
+    const std::unique_ptr<char, FreeDeleter> resolved(::realpath(path.c_str(), nullptr));
     if (!resolved)
         return systemFailure("cannot find " + path);
     const std::string item = resolved.get();

@@ -62,8 +62,7 @@ bool putCreationTime(Bytes& block, std::chrono::sys_seconds date) {
 Result<void> setFileCreationDate(const std::string& path, std::chrono::sys_seconds date) {
     const std::string text = isoText(date);
     const Bytes content(text.begin(), text.end());
-    if (Result<void> set = setExtendedAttribute(path, creationDateAttribute, content); !set)
-        return set;
+    TRY(setExtendedAttribute(path, creationDateAttribute, content));
     Result<Bytes> block = getExtendedAttribute(path, dosAttribute);
     if (!block || !putCreationTime(*block, date))
         return {};

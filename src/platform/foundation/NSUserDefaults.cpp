@@ -34,8 +34,7 @@ Result<PropertyList> NSUserDefaults::persistentDomainForName(const NSString& nam
     const std::optional<DomainFile> file = fileOfDomain(name);
     if (!file)
         return Failure{Reason::notFound, "there is no preferences file of " + name.utf8()};
-    const Result<Bytes> content = readSmallFile(file->path, largestPropertyList);
-    return content ? PropertyList::fromBytes(*content) : content.failure();
+    return PropertyList::fromBytes(TRY(readSmallFile(file->path, largestPropertyList)));
 }
 
 Result<void> NSUserDefaults::setPersistentDomain(const PropertyList& domain, const NSString& name) const {

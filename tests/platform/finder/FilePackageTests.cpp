@@ -1,6 +1,7 @@
 #include "platform/finder/FilePackage.h"
 #include "platform/finder/FinderMetadata.h"
 #include "tests/platform/finder/FinderTesting.h"
+#include "tests/support/SystemFeatures.h"
 
 namespace kestrine {
 namespace {
@@ -36,11 +37,12 @@ TEST_F(FilePackage, aSlashAtTheEndAndALinkMakeNoDifference) {
 }
 
 TEST_F(FilePackage, theFinderInformationMakesAFolderAPackage) {
+    if (!testing::keepsAttributes())
+        GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
     const std::string folder = makeFolder(from_ + "/iPhoto Library");
     FinderInfo information;
     information.flags = 0x2000;
-    if (!setFinderInformation(folder, information))
-        GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
+    ASSERT_TRUE(setFinderInformation(folder, information));
     EXPECT_TRUE(isFilePackage(folder));
     information.flags = 0xDFFF;
     ASSERT_TRUE(setFinderInformation(folder, information));

@@ -1,9 +1,10 @@
 #include "platform/finder/FinderMetadata.h"
 #include "platform/foundation/propertylist/PropertyListText.h"
-#include "platform/host/process/ChildProcess.h"
 #include "platform/host/files/ExtendedAttributes.h"
+#include "platform/host/process/ChildProcess.h"
 #include "tests/platform/finder/AppleDoubleBuilder.h"
 #include "tests/support/IsolatedProcess.h"
+#include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -54,11 +55,8 @@ Bytes stream(const FinderInfo& information) {
 class Metadata : public ::testing::Test {
 protected:
     void SetUp() override {
-        Result<void> probed = setExtendedAttribute(file_, "user.kestrine.probe", bytesOf("x"));
-        if (!probed && probed.failure().reason == Reason::unsupported)
+        if (!testing::keepsAttributes())
             GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
-        ASSERT_TRUE(probed);
-        ASSERT_TRUE(removeExtendedAttribute(file_, "user.kestrine.probe"));
     }
 
     void store(const char* attribute, ByteView value) const {

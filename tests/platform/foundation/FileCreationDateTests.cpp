@@ -2,6 +2,7 @@
 
 #include "platform/foundation/LocalTime.h"
 #include "platform/host/files/ExtendedAttributes.h"
+#include "tests/support/AttributeSupport.h"
 #include "tests/support/LocalZone.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -10,13 +11,10 @@
 namespace kestrine::testing {
 namespace {
 
-/// Skipped where the temporary folder keeps no attributes.
 class FileCreationDate : public ::testing::Test {
 protected:
     void SetUp() override {
-        const std::string probe = folder.write("probe", "");
-        const Result<void> set = setExtendedAttribute(probe, "user.kestrine.probe", bytesOf("x"));
-        if (!set && set.failure().reason == Reason::unsupported)
+        if (!keepsAttributes(folder.write("probe", "")))
             GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
     }
 

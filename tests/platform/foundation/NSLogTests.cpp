@@ -19,14 +19,5 @@ TEST(NSLog, bytesThatAreNoTextComeOutAsTheyWere) {
     EXPECT_EQ(shownBy(NSString::fromUTF8("caf\xe9")), "caf\xe9\n");
 }
 
-TEST(NSLog, aSinkReceivesTheLinesInsteadUntilItIsTakenAway) {
-    std::vector<NSString> lines;
-    setLogSink([&](const NSString& line) { lines.push_back(line); });
-    EXPECT_EQ(shownBy(u"one"), "");
-    EXPECT_TRUE(setLogSink(nullptr));
-    EXPECT_EQ(shownBy(u"two"), "two\n");
-    EXPECT_EQ(lines, std::vector<NSString>{u"one"});
-}
-
 } // namespace
 } // namespace kestrine

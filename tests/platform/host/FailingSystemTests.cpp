@@ -1,7 +1,7 @@
 // What becomes of files when a call to the system fails: nothing is lost, and nothing is left behind.
-#include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
+#include "platform/host/files/PublishMechanisms.h"
 #include "tests/platform/host/trash/TrashTesting.h"
 #include "tests/support/IsolatedProcess.h"
 

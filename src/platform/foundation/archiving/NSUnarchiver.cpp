@@ -3,20 +3,16 @@
 #include "platform/foundation/archiving/NSUnarchiver.h"
 
 #include "platform/foundation/archiving/TypedStreamFormat.h"
-
 #include "platform/foundation/archiving/TypedStreamReader.h"
 
 namespace kestrine {
 
 Result<Object> NSUnarchiver::unarchiveObjectWithData(ByteView data, ArchivedClasses classes) {
-    Result<TypedStream> stream = readTypedStream(data);
-    if (!stream) {
-        return stream.failure();
-    }
-    if (!stream->root) {
+    TypedStream stream = TRY(readTypedStream(data));
+    if (!stream.root) {
         return Failure{Reason::empty, "the archive holds nil"};
     }
-    return NSUnarchiver(*std::move(stream), classes).unarchive();
+    return NSUnarchiver(std::move(stream), classes).unarchive();
 }
 
 NSUnarchiver::NSUnarchiver(TypedStream stream, ArchivedClasses classes)

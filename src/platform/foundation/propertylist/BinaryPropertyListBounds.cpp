@@ -56,8 +56,7 @@ public:
     }
 
     Result<void> walk() {
-        if (Result<void> visited = visit(root_); !visited)
-            return visited;
+        TRY(visit(root_));
         while (!open_.empty()) {
             OpenObject& object = open_.back();
             if (object.references == 0) {
@@ -68,8 +67,7 @@ public:
             const std::uint64_t reference = bigEndian(object.nextReference, referenceSize_);
             object.nextReference += referenceSize_;
             object.references--;
-            if (Result<void> visited = visit(reference); !visited)
-                return visited;
+            TRY(visit(reference));
         }
         return {};
     }
@@ -114,8 +112,7 @@ private:
         const std::uint64_t offset = bigEndian(offsetTable_ + index * offsetSize_, offsetSize_);
         if (offset < header.size() || offset >= offsetTable_)
             return outOfRange();
-        const Result<ObjectHead> head = readHead(offset);
-        return head ? enter(index, *head) : head.failure();
+        return enter(index, TRY(readHead(offset)));
     }
 
     /// Checks the object itself and, when it holds others, opens it.
@@ -181,8 +178,7 @@ private:
 
 Result<void> checkBinaryPropertyListBounds(ByteView content) {
     BinaryWalk walk(content);
-    if (Result<void> trailer = walk.readTrailer(); !trailer)
-        return trailer;
+    TRY(walk.readTrailer());
     return walk.walk();
 }
 

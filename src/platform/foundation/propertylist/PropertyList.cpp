@@ -1,10 +1,10 @@
 #include "platform/foundation/propertylist/PropertyList.h"
 
 #include "platform/foundation/propertylist/PropertyListBounds.h"
+#include "platform/host/FreeDeleter.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <new>
 #include <plist/plist.h>
 
@@ -22,15 +22,11 @@ ByteView withoutByteOrderMark(ByteView content) {
 
 using Writer = decltype(plist_to_bin);
 
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
-};
-
 Bytes written(plist_t root, Writer* write) {
     char* text = nullptr;
     std::uint32_t length = 0;
     write(root, &text, &length);
-    const std::unique_ptr<char, FreeText> owner(text);
+    const std::unique_ptr<char, FreeDeleter> owner(text);
     if (!text)
         throw std::bad_alloc();
     return Bytes(text, text + length);

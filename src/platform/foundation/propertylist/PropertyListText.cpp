@@ -2,8 +2,8 @@
 
 #include "platform/foundation/propertylist/PropertyListBounds.h"
 #include "platform/foundation/text/UTF8.h"
+#include "platform/host/FreeDeleter.h"
 
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <plist/plist.h>
@@ -17,10 +17,6 @@ struct FreeNode {
     void operator()(plist_t node) const { plist_free(node); }
 };
 using Node = std::unique_ptr<std::remove_pointer_t<plist_t>, FreeNode>;
-
-struct FreeLibraryText {
-    void operator()(char* text) const { std::free(text); }
-};
 
 std::u16string withoutUnstorable(const std::u16string& text) {
     std::u16string storable = text;
@@ -55,7 +51,7 @@ Bytes propertyListOfText(const NSString& text) {
     char* bytes = nullptr;
     std::uint32_t length = 0;
     plist_to_bin(node.get(), &bytes, &length);
-    const std::unique_ptr<char, FreeLibraryText> owner(bytes);
+    const std::unique_ptr<char, FreeDeleter> owner(bytes);
     if (!bytes)
         throw std::bad_alloc();
     return Bytes(bytes, bytes + length);

@@ -38,8 +38,8 @@ public:
             if (movedBytes_ > mostMovedBytes)
                 return Failure{Reason::tooLarge, "the property list has too many character references"};
             rest_.remove_prefix(text.size());
-            if (Result<void> passed = rest_.empty() ? Result<void>() : passMarkup(); !passed)
-                return passed;
+            if (!rest_.empty())
+                TRY(passMarkup());
         }
         return {};
     }
@@ -68,8 +68,8 @@ private:
     }
 
     Result<void> passUnread(std::size_t skip, std::string_view closing) {
-        const Result<std::string_view> inside = take(skip, closing);
-        return inside ? Result<void>() : inside.failure();
+        TRY(take(skip, closing));
+        return {};
     }
 
     /// "<?>" is complete to libplist, so one character is skipped.

@@ -93,16 +93,14 @@ private:
 
     Result<void> readEntry(StringsTable& table) {
         const std::u16string key = TRY(readText());
-        Result<std::u16string> value = key;
+        std::u16string value = key;
         if (skipSpace() && take(u"=")) {
             skipSpace();
-            value = readText();
+            value = TRY(readText());
         }
-        if (!value)
-            return value.failure();
         if (!skipSpace() || !take(u";"))
             return unexpected();
-        table.insert_or_assign(key, *value);
+        table.insert_or_assign(key, value);
         return {};
     }
 
@@ -189,8 +187,8 @@ Result<std::u16string> decoded(ByteView content) {
 Result<StringsTable> parseStringsTable(ByteView content) {
     if (content.size() > largestStringsTable)
         return Failure{Reason::tooLarge, "the strings table is longer than 4 MiB"};
-    const Result<std::u16string> text = decoded(content);
-    return text ? TableReader(*text).read() : text.failure();
+    const std::u16string text = TRY(decoded(content));
+    return TableReader(text).read();
 }
 
 } // namespace kestrine

@@ -2,6 +2,7 @@
 
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
+#include "platform/host/files/PublishMechanisms.h"
 #include "platform/host/files/TemporaryFile.h"
 
 #include <algorithm>
@@ -16,29 +17,29 @@ namespace kestrine {
 
 namespace {
 
-/// What file systems, kernels and sandboxes answer that lack nameless files or cannot link them
-/// (ENOENT: /proc is not mounted).
+/// The errors of file systems, kernels and sandboxes that lack nameless files or cannot link them. ENOENT
+/// means that /proc is not mounted.
 bool namelessFileIsMissing(int error) {
-    constexpr std::array answers{EOPNOTSUPP, EISDIR, EINVAL, ENOSYS, ENOENT, EPERM, EACCES, EXDEV};
-    return std::find(answers.begin(), answers.end(), error) != answers.end();
+    constexpr std::array errors{EOPNOTSUPP, EISDIR, EINVAL, ENOSYS, ENOENT, EPERM, EACCES, EXDEV};
+    return std::find(errors.begin(), errors.end(), error) != errors.end();
 }
 
-/// The path that was taken, or the error number that ended the search.
+/// The outcome of the search for a free name: the path, and the error number if the search failed.
 struct Naming {
     int error = 0;
     std::string path;
 };
 
-/// Offers the candidates' names to `giveName` until one is not taken.
+/// Calls `giveName` with one candidate name after another until one is free.
 Naming takeFirstFree(const CandidatePaths& candidates,
                      const std::function<int(const std::string& name)>& giveName) {
-    constexpr int mostRepetitions = 3; // a name may have been given back meanwhile
+    constexpr int maxRepetitions = 3; // another process may have released the name in the meantime
     Naming naming;
     int repetitions = 0;
     for (unsigned attempt = 0;; ++attempt) {
         std::string path = candidates(attempt);
         repetitions = attempt > 0 && path == naming.path ? repetitions + 1 : 0;
-        if (repetitions == mostRepetitions)
+        if (repetitions == maxRepetitions)
             return {EEXIST, std::move(path)};
         naming.path = std::move(path);
         naming.error = checkPath(naming.path) ? giveName(nameOf(naming.path)) : ENOENT;
@@ -54,19 +55,18 @@ Result<std::string> pathOf(const Naming& naming) {
 }
 
 Result<void> writeContent(int file, ByteView content, Durability durability) {
-    if (Result<void> written = writeAll(file, content); !written)
-        return written;
+    TRY(writeAll(file, content));
     return finishWriting(file, durability);
 }
 
-/// Nothing when the mechanism is missing here.
+/// Empty if nameless files are not supported here.
 std::optional<Result<std::string>> publishNameless(int folder, const CandidatePaths& candidates,
                                                    ByteView content, Durability durability) {
     const FileDescriptor file(::openat(folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
     if (!file.isOpen() && namelessFileIsMissing(errno))
         return std::nullopt;
     if (!file.isOpen())
-        return systemFailure("cannot make a file");
+        return systemFailure("cannot create a file");
     TRY(writeContent(file.number(), content, durability));
     const std::string source = "/proc/self/fd/" + std::to_string(file.number());
     const Naming naming = takeFirstFree(candidates, [&](const std::string& name) {
@@ -89,11 +89,11 @@ Result<std::string> publishNamed(int folder, const CandidatePaths& candidates, B
     return pathOf(naming);
 }
 
-/// The path behind a chain of symbolic links; its last name may be free.
+/// Follows a chain of symbolic links to its final path, which need not exist.
 Result<std::string> followLinks(std::string path) {
-    constexpr int mostLinks = 40; // the kernel's own bound
-    for (int links = 0; links < mostLinks; ++links) {
-        std::array<char, 4096> target; // PATH_MAX: no link is longer
+    constexpr int maxLinks = 40; // the kernel has the same limit
+    for (int links = 0; links < maxLinks; ++links) {
+        std::array<char, 4096> target; // PATH_MAX: no target is longer
         const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
         if (length < 0)
             return path;
@@ -103,37 +103,35 @@ Result<std::string> followLinks(std::string path) {
     return systemFailure("cannot follow " + path, ELOOP);
 }
 
-/// What stands at the place of the new content, or nothing when the name is free.
+/// The status of the file to replace, or nothing if the name is free.
 Result<std::optional<struct stat>> examineReplaced(const FolderEntry& entry) {
     Result<struct stat> status = statusOf(entry);
     if (!status && status.failure().reason == Reason::notFound)
         return std::optional<struct stat>();
-    if (!status)
-        return status.failure();
-    if (!S_ISREG(status->st_mode))
+    const struct stat replaced = TRY(std::move(status));
+    if (!S_ISREG(replaced.st_mode))
         return Failure{Reason::notRegularFile, entry.name + " is not a regular file"};
     if (::faccessat(entry.folder, entry.name.c_str(), W_OK, AT_EACCESS) != 0)
         return systemFailure("cannot write " + entry.name);
-    return std::optional(*status);
+    return std::optional(replaced);
 }
 
-/// Rights come after the owner: changing the owner may clear some.
+/// Sets the mode after the owner, because changing the owner may clear mode bits.
 Result<void> takeOverRights(int file, const struct stat& replaced) {
     struct stat own {};
     if (::fstat(file, &own) == 0 && (own.st_uid != replaced.st_uid || own.st_gid != replaced.st_gid))
         (void)(::fchown(file, replaced.st_uid, replaced.st_gid) == 0);
     if (::fchmod(file, replaced.st_mode & 07777) != 0)
-        return systemFailure("cannot keep the file's rights");
+        return systemFailure("cannot keep the permissions of the file");
     return {};
 }
 
 Result<void> replaceEntry(const FolderEntry& entry, ByteView content) {
     std::optional<struct stat> replaced = TRY(examineReplaced(entry));
     TemporaryFile file = TRY(TemporaryFile::create(entry.folder, 0600));
-    if (Result<void> kept = replaced ? takeOverRights(file.descriptor(), *replaced) : Result<void>(); !kept)
-        return kept;
-    if (Result<void> written = writeContent(file.descriptor(), content, Durability::synced); !written)
-        return written;
+    if (replaced)
+        TRY(takeOverRights(file.descriptor(), *replaced));
+    TRY(writeContent(file.descriptor(), content, Durability::synced));
     if (::renameat(entry.folder, file.entry().name.c_str(), entry.folder, entry.name.c_str()) != 0)
         return systemFailure("cannot replace " + entry.name);
     file.wasRenamed();
@@ -158,12 +156,15 @@ Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView co
     return *std::move(published);
 }
 
+Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content,
+                                   Durability durability) {
+    return publishNewFile(candidates, content, durability, PublishMechanisms());
+}
+
 Result<void> replaceFile(const std::string& path, ByteView content) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     std::string target = TRY(followLinks(path));
-    if (Result<void> made = makePrivateFolders(folderOf(target)); !made)
-        return made;
+    TRY(makePrivateFolders(folderOf(target)));
     FileDescriptor folder = TRY(openFolder(folderOf(target)));
     return replaceEntry({folder.number(), nameOf(target)}, content);
 }

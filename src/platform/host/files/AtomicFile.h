@@ -1,39 +1,31 @@
-// Files that appear whole or not at all.
-// publishNewFile never replaces anything; replaceFile is for the one file that is meant to be replaced.
+// Files that appear complete or not at all.
+// publishNewFile() never replaces a file; replaceFile() replaces one.
 #pragma once
 
 #include "platform/host/Bytes.h"
-#include "platform/host/files/ExclusiveRename.h"
-#include "platform/host/files/FileContent.h"
 #include "platform/host/Result.h"
+#include "platform/host/files/FileContent.h"
 
 #include <functional>
 #include <string>
 
 namespace kestrine {
 
-/// The path to try as attempt 0, 1, 2, ... All of them lie in the folder of the first. A generator that
-/// says the same path four times running has no further one.
+/// The path to try as attempt 0, 1, 2 and so on, all in the same folder. A generator that returns the same
+/// path four times in a row has no further candidates.
 using CandidatePaths = std::function<std::string(unsigned attempt)>;
 
-/// How a finished file may get its name, best first; tests switch mechanisms off to reach the later ones.
-struct PublishMechanisms {
-    bool namelessFile = true; ///< a file without a name, linked when complete: nothing is ever left behind
-    RenameMechanisms rename;  ///< else a hidden temporary file is renamed
-};
+/// Writes a new file (mode 0666 minus the umask) and gives it the first candidate name that is free. Returns
+/// the chosen path. Failures: noSpace, notPermitted, notFound (no such folder), malformed (empty path or zero
+/// byte), tooLarge (name or file too long), alreadyExists (no further candidate), inputOutput. After a
+/// failure there is no new file, with one exception: if only the last step fails, syncing the folder, the
+/// complete file stays.
+Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability);
 
-/// Writes a new file (rights 0666 less the umask) and gives it the first candidate whose name is free.
-/// Answers the path it got, or why there is no file: noSpace, notPermitted, notFound (no such folder),
-/// malformed (empty path or zero byte), tooLarge (name or file too long), alreadyExists (no further
-/// candidate), inputOutput. Only when the last step, syncing the folder, fails does the complete file
-/// stay in spite of the failure.
-Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
-                                   PublishMechanisms mechanisms = {});
-
-/// Replaces the content of `path` in one step, synced. An existing file keeps its rights, and its owner
-/// where that is possible; a symbolic link stays and its target is replaced; a new file is for the user
-/// alone (0600), as are the folders that had to be made for it (0700). Fails with notPermitted for a
-/// write-protected file and notRegularFile for anything that is no file.
+/// Replaces the content of `path` in one step and syncs it. An existing file keeps its mode, and its owner
+/// where that is possible. A symbolic link stays and its target is replaced. A new file has the mode 0600,
+/// and folders that had to be created for it have 0700. Fails with notPermitted for a write-protected file
+/// and with notRegularFile for anything that is not a regular file.
 Result<void> replaceFile(const std::string& path, ByteView content);
 
 } // namespace kestrine

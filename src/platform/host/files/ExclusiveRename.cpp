@@ -13,7 +13,7 @@ namespace {
 
 bool exclusiveRenameIsMissing(int error) { return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP; }
 
-/// File systems without links say EPERM; so does the kernel for links to files of other users.
+/// EPERM comes from file systems without hard links, and from the kernel for links to files of other users.
 bool hardLinkIsMissing(int error) {
     return error == EPERM || error == ENOSYS || error == EOPNOTSUPP || error == EMLINK;
 }

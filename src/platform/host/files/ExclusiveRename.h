@@ -1,20 +1,20 @@
-// Giving something a new name without ever replacing what has that name already.
+// Renaming without ever replacing an existing item.
 #pragma once
 
 #include "platform/host/files/FolderEntry.h"
 
 namespace kestrine {
 
-/// What the file system may offer, best first. A mechanism that proves missing is switched off, so that
-/// the next call does not try it again; tests switch them off to reach the later ones.
+/// The mechanisms to try, in this order. renameWithoutReplacing() switches off each one that the file system
+/// lacks, so that the next call does not try it again.
 struct RenameMechanisms {
-    bool exclusiveRename = true; ///< a rename that refuses to replace
-    bool hardLink = true;        ///< a second name, then the first one goes; not for folders
-    // Without either, the new name is reserved by an empty file or folder, which the rename then replaces.
+    bool exclusiveRename = true; ///< a rename that never replaces
+    bool hardLink = true;        ///< a link under the new name, then removal of the old name; not for folders
+    // Without either, an empty file or folder reserves the new name, and a plain rename replaces it.
 };
 
-/// Renames a file, link or folder. Answers 0, or the system's error number: EEXIST when the new name is
-/// taken, EXDEV when it lies on another file system. After an error everything is as before.
+/// Renames a file, link or folder. Returns 0 or the system's error number: EEXIST if the new name is in use,
+/// EXDEV if it is on another file system. After an error nothing has changed.
 int renameWithoutReplacing(const FolderEntry& from, const FolderEntry& to, RenameMechanisms& mechanisms);
 
 } // namespace kestrine

@@ -34,8 +34,7 @@ std::vector<std::string> namesInList(ByteView list) {
 }
 
 Result<void> checkNames(const std::string& path, const std::string& name) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     return checkPath(name);
 }
 
@@ -70,8 +69,7 @@ Result<Bytes> getExtendedAttribute(const std::string& path, const std::string& n
 }
 
 Result<void> setExtendedAttribute(const std::string& path, const std::string& name, ByteView value) {
-    if (Result<void> usable = checkNames(path, name); !usable)
-        return usable;
+    TRY(checkNames(path, name));
     if (::setxattr(path.c_str(), name.c_str(), value.data(), value.size(), 0) != 0)
         return attributeFailure("cannot write the attribute " + name);
     return {};
@@ -87,8 +85,7 @@ Result<std::vector<std::string>> listExtendedAttributes(const std::string& path)
 }
 
 Result<void> removeExtendedAttribute(const std::string& path, const std::string& name) {
-    if (Result<void> usable = checkNames(path, name); !usable)
-        return usable;
+    TRY(checkNames(path, name));
     if (::removexattr(path.c_str(), name.c_str()) != 0)
         return attributeFailure("cannot remove the attribute " + name);
     return {};

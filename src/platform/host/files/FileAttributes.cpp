@@ -29,8 +29,7 @@ Result<struct stat> attributesOf(const std::string& path, FollowLinks follow) {
 }
 
 Result<void> makeFolderWithAttributes(const std::string& path, const struct stat& attributes) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     // Nobody else may look in before the folder has the rights that it shall have.
     if (::mkdir(path.c_str(), 0700) != 0)
         return systemFailure("cannot make the folder " + path);
@@ -41,8 +40,7 @@ Result<void> makeFolderWithAttributes(const std::string& path, const struct stat
 }
 
 Result<void> changeCurrentFolder(const std::string& folder) {
-    if (Result<void> usable = checkPath(folder); !usable)
-        return usable;
+    TRY(checkPath(folder));
     if (::chdir(folder.c_str()) != 0)
         return systemFailure("cannot go to the folder " + folder);
     return {};

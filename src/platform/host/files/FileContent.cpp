@@ -47,8 +47,7 @@ Result<void> syncFolder(int folder) {
 }
 
 Result<void> removeFile(const std::string& path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     if (::unlink(path.c_str()) != 0)
         return systemFailure("cannot remove " + path);
     return {};

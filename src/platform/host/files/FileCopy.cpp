@@ -39,8 +39,7 @@ Result<void> copyBytes(int from, int to, off_t size) {
     Bytes block(blockSize);
     for (off_t offset = 0;;) {
         ByteView bytes = TRY(readBlock(from, offset, block));
-        if (Result<void> written = writeAll(to, bytes); !written)
-            return written;
+        TRY(writeAll(to, bytes));
         offset += static_cast<off_t>(bytes.size());
         if (bytes.size() == block.size())
             continue;
@@ -49,10 +48,8 @@ Result<void> copyBytes(int from, int to, off_t size) {
 }
 
 Result<void> copyAndVerify(int from, int to, off_t size) {
-    if (Result<void> copied = copyBytes(from, to, size); !copied)
-        return copied;
-    if (Result<void> written = finishWriting(to, Durability::synced); !written)
-        return written;
+    TRY(copyBytes(from, to, size));
+    TRY(finishWriting(to, Durability::synced));
     // What is compared shall come from the disk where the system can be moved to forget its own copy.
     (void)::posix_fadvise(to, 0, 0, POSIX_FADV_DONTNEED);
     return compareContents(from, to);
@@ -68,20 +65,17 @@ mode_t rightsFor(const struct stat& status, bool hasOwner) {
 Result<void> compareContents(int first, int second) {
     Bytes firstBlock(blockSize), secondBlock(blockSize);
     for (off_t offset = 0;; offset += static_cast<off_t>(blockSize)) {
-        Result<ByteView> one = readBlock(first, offset, firstBlock);
-        Result<ByteView> two = readBlock(second, offset, secondBlock);
-        if (!one || !two)
-            return one ? two.failure() : one.failure();
-        if (!std::equal(one->begin(), one->end(), two->begin(), two->end()))
+        const ByteView one = TRY(readBlock(first, offset, firstBlock));
+        const ByteView two = TRY(readBlock(second, offset, secondBlock));
+        if (!std::equal(one.begin(), one.end(), two.begin(), two.end()))
             return Failure{Reason::inputOutput, "the copy differs from the file"};
-        if (one->size() < blockSize)
+        if (one.size() < blockSize)
             return {};
     }
 }
 
 Result<void> copyAttributes(int from, int to, const struct stat& status, AttributeLoss loss) {
-    if (Result<void> copied = copyExtendedAttributes(from, to, loss); !copied)
-        return copied;
+    TRY(copyExtendedAttributes(from, to, loss));
     const bool hasOwner = ::fchown(to, status.st_uid, status.st_gid) == 0;
     if (::fchmod(to, rightsFor(status, hasOwner)) != 0)
         return systemFailure("cannot copy the rights");
@@ -105,10 +99,8 @@ Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, con
     if (::fstat(source.number(), &opened) != 0 || opened.st_ino != status.st_ino
         || opened.st_dev != status.st_dev)
         return changedMeanwhile();
-    if (Result<void> copied = copyAndVerify(source.number(), target.number(), status.st_size); !copied)
-        return copied;
-    if (Result<void> copied = copyAttributes(source.number(), target.number(), status, loss); !copied)
-        return copied;
+    TRY(copyAndVerify(source.number(), target.number(), status.st_size));
+    TRY(copyAttributes(source.number(), target.number(), status, loss));
     return finishWriting(target.number(), Durability::synced);
 }
 

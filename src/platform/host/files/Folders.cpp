@@ -30,23 +30,20 @@ Result<FileDescriptor> openFolderAt(const FolderEntry& entry, int moreFlags) {
 } // namespace
 
 Result<void> makeFolder(const std::string& path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     if (::mkdir(path.c_str(), 0777) != 0)
         return systemFailure("cannot make the folder " + path);
     return {};
 }
 
 Result<void> makePrivateFolders(const std::string& path) {
-    if (Result<void> usable = checkPath(path); !usable)
-        return usable;
+    TRY(checkPath(path));
     if (::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST)
         return {};
     const std::string parent = folderOf(path);
     if (errno != ENOENT || parent.size() >= path.size())
         return systemFailure("cannot make the folder " + path);
-    if (Result<void> made = makePrivateFolders(parent); !made)
-        return made;
+    TRY(makePrivateFolders(parent));
     if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
         return systemFailure("cannot make the folder " + path);
     return {};

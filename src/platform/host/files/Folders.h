@@ -8,6 +8,10 @@
 
 namespace kestrine {
 
+/// Functions that walk through nested folders go no deeper than this. Each level keeps up to two descriptors
+/// open, and a process usually has 1024.
+inline constexpr unsigned maxFolderDepth = 200;
+
 /// Makes one folder with the rights 0777 less the umask. Its parent must exist; a name in use is
 /// alreadyExists, whatever uses it.
 Result<void> makeFolder(const std::string& path);

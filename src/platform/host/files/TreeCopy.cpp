@@ -13,9 +13,6 @@ namespace kestrine {
 
 namespace {
 
-/// Each level holds two descriptors, of which a process has about a thousand.
-constexpr unsigned deepestFolder = 200;
-
 /// An original that stays keeps what a copy has to do without.
 AttributeLoss lossFor(Original original) {
     return original == Original::stays ? AttributeLoss::accepted : AttributeLoss::refused;
@@ -35,7 +32,7 @@ Result<void> copyChildren(int source, int target, CopiedItem& folder, Original o
 
 Result<void> copyFolder(const FolderEntry& from, const FolderEntry& to, CopiedItem& folder, Original original,
                         unsigned depth) {
-    if (depth > deepestFolder)
+    if (depth > maxFolderDepth)
         return Failure{Reason::tooLarge, "the folders are nested too deeply"};
     if (isMountPoint(from))
         return Failure{Reason::refused, "another file system is mounted on " + from.name};
@@ -43,13 +40,8 @@ Result<void> copyFolder(const FolderEntry& from, const FolderEntry& to, CopiedIt
     if (::mkdirat(to.folder, to.name.c_str(), 0700) != 0)
         return systemFailure("cannot make a copy of the folder " + from.name);
     FileDescriptor target = TRY(openSubfolder(to));
-    if (Result<void> copied = copyChildren(source.number(), target.number(), folder, original, depth);
-        !copied)
-        return copied;
-    if (Result<void> copied =
-            copyAttributes(source.number(), target.number(), folder.original, lossFor(original));
-        !copied)
-        return copied;
+    TRY(copyChildren(source.number(), target.number(), folder, original, depth));
+    TRY(copyAttributes(source.number(), target.number(), folder.original, lossFor(original)));
     return syncFolder(target.number());
 }
 
@@ -66,8 +58,7 @@ Result<CopiedItem> copyItem(const FolderEntry& from, const FolderEntry& to, Orig
         copied = copySymbolicLink(from, to, status);
     else if (S_ISDIR(status.st_mode))
         copied = copyFolder(from, to, item, original, depth);
-    if (!copied)
-        return copied.failure();
+    TRY(copied);
     return item;
 }
 
@@ -103,8 +94,7 @@ Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to, Orig
 }
 
 Result<void> checkUnchanged(int folder, const CopiedItem& item) {
-    if (Result<void> same = checkSameContent(folder, item); !same)
-        return same;
+    TRY(checkSameContent(folder, item));
     if (!S_ISDIR(item.original.st_mode))
         return {};
     Result<FileDescriptor> opened = openSubfolder({folder, item.name});
@@ -112,20 +102,17 @@ Result<void> checkUnchanged(int folder, const CopiedItem& item) {
     if (!opened || ::fstat(opened->number(), &now) != 0 || !sameTime(now.st_mtim, item.original.st_mtim))
         return changedSinceCopied(item.name);
     for (const CopiedItem& child : item.children)
-        if (Result<void> same = checkUnchanged(opened->number(), child); !same)
-            return same;
+        TRY(checkUnchanged(opened->number(), child));
     return {};
 }
 
 Result<void> removeOriginal(int folder, const CopiedItem& item, bool& anythingRemoved) {
-    if (Result<void> same = checkSameContent(folder, item); !same)
-        return same;
+    TRY(checkSameContent(folder, item));
     const bool isFolder = S_ISDIR(item.original.st_mode);
     if (isFolder) {
         FileDescriptor opened = TRY(openSubfolder({folder, item.name}));
         for (const CopiedItem& child : item.children)
-            if (Result<void> removed = removeOriginal(opened.number(), child, anythingRemoved); !removed)
-                return removed;
+            TRY(removeOriginal(opened.number(), child, anythingRemoved));
     }
     if (::unlinkat(folder, item.name.c_str(), isFolder ? AT_REMOVEDIR : 0) != 0)
         return systemFailure("cannot remove " + item.name);

@@ -1,30 +1,12 @@
 #include "platform/host/process/Environment.h"
 
 #include "platform/host/files/PathParts.h"
+#include "platform/host/process/UserDatabase.h"
 
-#include <cerrno>
-#include <pwd.h>
 #include <string_view>
 #include <unistd.h>
 
 namespace kestrine {
-
-namespace {
-
-std::string homeInUserDatabase() {
-    constexpr std::size_t largest = 1024 * 1024;
-    for (std::vector<char> texts(1024); texts.size() <= largest; texts.resize(2 * texts.size())) {
-        passwd user{};
-        passwd* found = nullptr;
-        const int error = ::getpwuid_r(::getuid(), &user, texts.data(), texts.size(), &found);
-        if (error == ERANGE)
-            continue;
-        return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "";
-    }
-    return "";
-}
-
-} // namespace
 
 Environment Environment::ofProcess() {
     Environment environment{};
@@ -44,7 +26,7 @@ std::optional<std::string> Environment::variable(const std::string& name) const 
 
 std::string Environment::homeFolder() const {
     std::string home = variable("HOME").value_or("");
-    return home.starts_with('/') ? home : homeInUserDatabase();
+    return home.starts_with('/') ? home : homeFolderOfCurrentUser().value_or("");
 }
 
 std::string Environment::xdgDataHome() const { return baseFolder("XDG_DATA_HOME", ".local/share"); }

@@ -1,5 +1,5 @@
-// Environment: the variables that the process was given, and the user's folders that follow from them.
-// The one place that knows where a desktop keeps data and configuration (XDG base directories 0.8).
+// Environment: the environment variables, and the user's folders that follow from them.
+// The folders for data and configuration follow the XDG Base Directory Specification 0.8.
 #pragma once
 
 #include <initializer_list>
@@ -14,23 +14,26 @@ class Environment {
 public:
     using Variables = std::map<std::string, std::string>;
 
-    /// For tests: Environment{{"HOME", "/home/me"}, {"PWD", "/"}}.
+    /// These variables and no others: Environment{{"HOME", "/home/me"}, {"PWD", "/"}}.
     Environment(std::initializer_list<Variables::value_type> variables) : variables_(variables) {}
 
-    /// A copy of what this process was started with (and has set since).
+    /// A copy of the current environment of this process.
     static Environment ofProcess();
 
-    /// Absent when not set; an empty value is a value.
+    /// Empty if the variable is not set; a variable that is set to "" gives "".
     std::optional<std::string> variable(const std::string& name) const;
 
-    /// HOME when it is an absolute path, else what the user database says; "" when neither knows.
+    /// HOME if it is an absolute path, otherwise the home folder from the user database; "" if there is none.
     std::string homeFolder() const;
 
-    /// Values that are unset, empty or relative give way to the default. "" without a home folder.
+    /// XDG_DATA_HOME if it is an absolute path, otherwise .local/share in the home folder; "" without a home
+    /// folder.
     std::string xdgDataHome() const;
+    /// XDG_CONFIG_HOME if it is an absolute path, otherwise .config in the home folder; "" without a home
+    /// folder.
     std::string xdgConfigHome() const;
 
-    /// The absolute ones of XDG_CONFIG_DIRS, most important first; /etc/xdg when there is none.
+    /// The absolute paths in XDG_CONFIG_DIRS, most important first; /etc/xdg if there is none.
     std::vector<std::string> xdgConfigDirs() const;
 
 private:

@@ -8,8 +8,8 @@ namespace kestrine {
 
 namespace {
 
-/// Whether to try again after a write that failed: interrupted, or a pipe without room that was handed
-/// over in the non-blocking state.
+/// Whether to repeat a failed write: it was interrupted, or the descriptor is a full non-blocking pipe, which
+/// has room again when this returns.
 bool mayTryAgain(int descriptor) {
     if (errno == EINTR)
         return true;

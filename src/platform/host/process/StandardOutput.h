@@ -1,21 +1,22 @@
-// StandardOutput: the bytes that a program says. A reader who went away is no reason to stop working.
+// StandardOutput: writes to standard output. A reader that has gone away does not stop the program.
 #pragma once
 
 #include <string_view>
+#include <unistd.h>
 
 namespace kestrine {
 
-/// Unbuffered: what was written has left the process. After the first failure everything further is
-/// dropped, so that a text never goes on behind a gap.
+/// Unbuffered: each write reaches the system at once. After the first failure all further output is dropped,
+/// so that the output never has a gap in the middle. For one thread at a time.
 class StandardOutput {
 public:
-    /// The descriptor (standard output unless a test says otherwise) is not owned.
-    explicit StandardOutput(int descriptor = 1) : descriptor_(descriptor) {}
+    /// `descriptor` must stay open while this object is in use; it is not closed.
+    explicit StandardOutput(int descriptor = STDOUT_FILENO) : descriptor_(descriptor) {}
 
-    /// Writes all bytes, zero bytes included; waits for a reader that is slow.
+    /// Writes all bytes, zero bytes included. Waits for a slow reader.
     void write(std::string_view text);
 
-    /// Whether something could not be written.
+    /// Whether a write has failed.
     bool failed() const { return failed_; }
 
 private:

@@ -4,25 +4,44 @@
 
 #include <cerrno>
 #include <pwd.h>
+#include <unistd.h>
 #include <vector>
 
 namespace kestrine {
 
-std::optional<std::string> homeFolderOfUser(const std::string& name) {
-    if (!checkPath(name))
-        return std::nullopt; // the system would read another name
-    constexpr std::size_t largest = 1024 * 1024;
-    for (std::vector<char> texts(1024); texts.size() <= largest; texts.resize(2 * texts.size())) {
+namespace {
+
+/// `lookUp` is one of the getpw..._r functions with its key bound. It gets a larger buffer until its answer
+/// fits.
+template <class LookUp>
+std::optional<std::string> homeFolderFrom(const LookUp& lookUp) {
+    constexpr std::size_t maxBuffer = 1024 * 1024;
+    for (std::vector<char> buffer(1024); buffer.size() <= maxBuffer; buffer.resize(2 * buffer.size())) {
         passwd user{};
         passwd* found = nullptr;
-        const int error = ::getpwnam_r(name.c_str(), &user, texts.data(), texts.size(), &found);
-        if (error == ERANGE)
+        if (lookUp(&user, buffer.data(), buffer.size(), &found) == ERANGE)
             continue;
         if (found == nullptr || found->pw_dir == nullptr)
             return std::nullopt;
         return found->pw_dir;
     }
     return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> homeFolderOfUser(const std::string& name) {
+    if (!checkPath(name))
+        return std::nullopt; // the system would look up the part before the zero byte
+    return homeFolderFrom([&](passwd* user, char* buffer, std::size_t size, passwd** found) {
+        return ::getpwnam_r(name.c_str(), user, buffer, size, found);
+    });
+}
+
+std::optional<std::string> homeFolderOfCurrentUser() {
+    return homeFolderFrom([](passwd* user, char* buffer, std::size_t size, passwd** found) {
+        return ::getpwuid_r(::getuid(), user, buffer, size, found);
+    });
 }
 
 } // namespace kestrine

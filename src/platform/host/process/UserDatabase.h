@@ -1,4 +1,4 @@
-// The system's list of users.
+// Home folders from the system's user database.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,10 @@
 
 namespace kestrine {
 
-/// The home folder of the user with that name; absent when there is no such user.
+/// The home folder of the user called `name`; empty if there is no such user.
 std::optional<std::string> homeFolderOfUser(const std::string& name);
+
+/// The home folder of the user who runs this process; empty if the database does not list that user.
+std::optional<std::string> homeFolderOfCurrentUser();
 
 } // namespace kestrine

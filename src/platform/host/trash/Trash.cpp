@@ -1,5 +1,6 @@
 #include "platform/host/trash/Trash.h"
 
+#include "platform/host/FreeDeleter.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/MountPoints.h"
 #include "platform/host/files/PathParts.h"
@@ -49,8 +50,7 @@ Result<Candidate> examine(std::string path) {
         return refusal("this name stands for a folder that must stay");
     FileDescriptor folder = TRY(openFolder(folderOf(path)));
     struct stat status = TRY(statusOf({folder.number(), name}));
-    const std::unique_ptr<char, void (*)(void*)> folderPath(::realpath(folderOf(path).c_str(), nullptr),
-                                                            std::free);
+    const std::unique_ptr<char, FreeDeleter> folderPath(::realpath(folderOf(path).c_str(), nullptr));
     if (!folderPath)
         return systemFailure("cannot find " + folderOf(path));
     return Candidate{std::move(folder), folderPath.get(), name, status};
@@ -130,8 +130,7 @@ Result<TrashedItem> copyIntoTrash(const TrashFolder& trash, const Candidate& ite
     }
     if (item.isFolder())
         trash.recordFolderSize(admitted);
-    if (!removed)
-        return removed.failure();
+    TRY(removed);
     return admitted;
 }
 
@@ -141,9 +140,7 @@ Result<TrashedItem> moveToTrash(const std::string& path, const Environment& envi
     Candidate item = TRY(examine(path));
     const std::string dataHome = environment.xdgDataHome();
     const std::string homeTrash = dataHome.empty() ? "" : joinedPath(dataHome, "Trash");
-    if (Result<void> allowed = checkAllowed(item, resolved(environment.homeFolder()), resolved(homeTrash));
-        !allowed)
-        return allowed.failure();
+    TRY(checkAllowed(item, resolved(environment.homeFolder()), resolved(homeTrash)));
     Result<TrashFolder> home = TrashFolder::openHome(homeTrash);
     struct stat folder {};
     const bool isNearHome =
@@ -156,9 +153,7 @@ Result<TrashedItem> moveToTrash(const std::string& path, const Environment& envi
     }
     if (Result<TrashedItem> moved = moveIntoVolumeTrash(item))
         return moved;
-    if (!home)
-        return home.failure();
-    return copyIntoTrash(*home, item);
+    return copyIntoTrash(TRY(std::move(home)), item);
 }
 
 } // namespace kestrine

@@ -129,8 +129,7 @@ void TrashFolder::recordFolderSize(const TrashedItem& item) const {
 }
 
 Result<void> TrashFolder::sync() const {
-    if (Result<void> synced = syncFolder(info_.number()); !synced)
-        return synced;
+    TRY(syncFolder(info_.number()));
     return syncFolder(files_.number());
 }
 

@@ -18,14 +18,13 @@ namespace {
 
 constexpr const char* sizesName = "directorysizes";
 constexpr std::uint64_t largestSizesFile = 16 * 1024 * 1024;
-constexpr unsigned deepestCountedFolder = 200;
 constexpr std::uint64_t blockSize = 512; // the unit of st_blocks
 
 using FileIdentity = std::pair<dev_t, ino_t>;
 
 std::uint64_t roomTaken(const FolderEntry& entry, std::set<FileIdentity>& counted, unsigned depth) {
     Result<struct stat> status = statusOf(entry);
-    if (!status || depth > deepestCountedFolder)
+    if (!status || depth > maxFolderDepth)
         return 0;
     const bool isFolder = S_ISDIR(status->st_mode);
     if (!isFolder && status->st_nlink > 1 && !counted.emplace(status->st_dev, status->st_ino).second)

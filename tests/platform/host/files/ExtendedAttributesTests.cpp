@@ -1,5 +1,6 @@
 #include "platform/host/files/ExtendedAttributes.h"
 #include "platform/host/files/FileDescriptor.h"
+#include "tests/support/AttributeSupport.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -20,11 +21,8 @@ using testing::TemporaryFolder;
 class ExtendedAttributes : public ::testing::Test {
 protected:
     void SetUp() override {
-        Result<void> set = setExtendedAttribute(file_, "user.kestrine.probe", bytesOf("x"));
-        if (!set && set.failure().reason == Reason::unsupported)
+        if (!testing::keepsAttributes(file_))
             GTEST_SKIP() << "the temporary folder's file system keeps no extended attributes";
-        ASSERT_TRUE(set);
-        ASSERT_TRUE(removeExtendedAttribute(file_, "user.kestrine.probe"));
     }
 
     const TemporaryFolder folder_;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace kestrine {
 namespace {
@@ -57,7 +58,7 @@ TEST(FileContent, writingGoesOnAtTheDescriptorsPosition) {
 
 TEST(FileContent, aFullDeviceIsNoSpace) {
     const FileDescriptor file(::open("/dev/full", O_WRONLY | O_CLOEXEC));
-    if (!file.isOpen())
+    if (::access("/dev/full", W_OK) != 0)
         GTEST_SKIP() << "this system has no /dev/full";
     EXPECT_EQ(writeAll(file.number(), bytesOf("x")).failure().reason, Reason::noSpace);
 }

@@ -98,7 +98,7 @@ TEST(StandardOutput, afterAFailureNothingFollows) {
 
 TEST(StandardOutput, aFullDeviceIsAFailure) {
     const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
-    if (!full.isOpen())
+    if (::access("/dev/full", W_OK) != 0)
         GTEST_SKIP() << "this system has no /dev/full";
     StandardOutput output(full.number());
     output.write("x");

@@ -1,0 +1,85 @@
+// What survives a power cut: content is on the disk before a name shows it, and names are on the disk before
+// success is reported or an original is removed.
+#include "platform/host/files/PublishMechanisms.h"
+#include "tests/platform/host/SystemCallRecorder.h"
+#include "tests/platform/host/trash/TrashTesting.h"
+#include "tests/support/IsolatedProcess.h"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+namespace kestrine {
+namespace {
+
+using testing::bytesOf;
+using ::testing::ElementsAre;
+using testing::runWithOwnMounts;
+using testing::SystemCallRecorder;
+using testing::TemporaryFolder;
+
+class PublishedFile : public ::testing::TestWithParam<PublishMechanisms> {
+protected:
+    std::vector<std::string> callsFor(Durability durability) const {
+        const SystemCallRecorder recorder;
+        const auto candidate = [&](unsigned) { return folder_ / "a.jpg"; };
+        EXPECT_TRUE(publishNewFile(candidate, bytesOf("new"), durability, GetParam()));
+        return recorder.calls();
+    }
+
+    const TemporaryFolder folder_{std::filesystem::canonical(std::filesystem::temp_directory_path())};
+};
+
+TEST_P(PublishedFile, isSyncedBeforeItHasANameAndItsFolderIsSyncedAfterwards) {
+    EXPECT_THAT(callsFor(Durability::synced),
+                ElementsAre("sync 3 bytes", "name a.jpg", "sync " + folder_.path().string()));
+}
+
+TEST_P(PublishedFile, isNotSyncedIfItMayStayInTheCache) {
+    EXPECT_THAT(callsFor(Durability::cached), ElementsAre("name a.jpg"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Mechanisms, PublishedFile,
+                         ::testing::Values(PublishMechanisms{}, PublishMechanisms{false, {}},
+                                           PublishMechanisms{false, {false, true}},
+                                           PublishMechanisms{false, {false, false}}));
+
+TEST(ReplacedFile, isSyncedBeforeItTakesThePlaceAndItsFolderIsSyncedAfterwards) {
+    const TemporaryFolder folder(std::filesystem::canonical(std::filesystem::temp_directory_path()));
+    for (const char* content : {"first", "12"}) {
+        const SystemCallRecorder recorder;
+        ASSERT_TRUE(replaceFile(folder / "preferences", bytesOf(content)));
+        EXPECT_THAT(recorder.calls(),
+                    ElementsAre("sync " + std::to_string(std::string(content).size()) + " bytes",
+                                "name preferences", "sync " + folder.path().string()));
+    }
+}
+
+using TrashedFile = testing::TrashTest;
+
+TEST_F(TrashedFile, hasASyncedRecordBeforeItMoves) {
+    const std::string file = folder_.write("work/a.jpg", "content");
+    const SystemCallRecorder recorder;
+    Result<TrashedItem> item = trash(file);
+    ASSERT_TRUE(item);
+    const std::size_t recordSize = testing::readFile(item->infoPath).size();
+    EXPECT_THAT(recorder.calls(), ElementsAre("sync " + std::to_string(recordSize) + " bytes", "name a.jpg"));
+}
+
+TEST_F(TrashedFile, isRemovedOnlyAfterItsCopyAndTheTrashAreSynced) {
+    runWithOwnMounts([&] {
+        testing::mountFileSystem(work_ + "/disk", 1024);
+        folder_.write("work/disk/.Trash-" + std::to_string(::geteuid()), "in the way");
+        const std::string file = folder_.write("work/disk/a.jpg", "content");
+        const SystemCallRecorder recorder;
+        Result<TrashedItem> item = trash(file);
+        ASSERT_TRUE(item);
+        const std::size_t recordSize = testing::readFile(item->infoPath).size();
+        EXPECT_THAT(recorder.calls(),
+                    ElementsAre("sync 7 bytes", "sync 7 bytes",
+                                "sync " + std::to_string(recordSize) + " bytes", "name a.jpg",
+                                "sync " + trash_ + "/info", "sync " + trash_ + "/files", "remove a.jpg"));
+    });
+}
+
+} // namespace
+} // namespace kestrine
