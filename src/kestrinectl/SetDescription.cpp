@@ -2,19 +2,11 @@
 
 #include "kestrinectl/PlainNumber.h"
 #include "kestrinectl/SetNames.h"
-
-#include <algorithm>
-#include <cctype>
+#include "platform/imageio/OutputFormats.h"
 
 namespace kestrine {
 
 namespace {
-
-std::string upperCased(std::string text) {
-    std::ranges::transform(text, text.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
-}
 
 std::string unitOf(const ResizeSet& set) { return set.convertResolution() != 0 ? " pixels" : " points"; }
 
@@ -35,12 +27,14 @@ std::string scalingOf(const ResizeSet& set) {
     }
 }
 
+const OutputFormat* outputFormatOf(const ResizeSet& set) { return outputFormatNumbered(set.formatType()); }
+
 std::string formatOf(const ResizeSet& set) {
-    const std::optional<std::string> name = nameOfFormat(set.formatType());
-    if (!name)
+    const OutputFormat* format = outputFormatOf(set);
+    if (format == nullptr)
         return "no output";
-    const bool isJPEG = set.formatType() == FormatTypeJPEG;
-    return upperCased(*name) + (isJPEG ? " " + plainNumber(set.compression()) + " %" : "");
+    return std::string(format->title)
+           + (format->hasQuality ? " " + plainNumber(set.compression()) + " %" : "");
 }
 
 bool scales(const ResizeSet& set) { return nameOfResizeType(set.resizeType()).has_value(); }
@@ -69,18 +63,17 @@ std::string turningSentence(const ResizeSet& set) {
 }
 
 std::string formatSentence(const ResizeSet& set) {
-    switch (set.formatType()) {
-    case FormatTypeJPEG:
-        return "Writes JPEG at quality " + plainNumber(set.compression()) + " %, with the colour profile"
-               + (set.attachExifData() != 0 ? " and the camera's EXIF data." : ", without EXIF data.");
-    case FormatTypePNG:
-    case FormatTypeTIFF:
-    case FormatTypeGIF:
-        return "Writes " + formatOf(set)
-               + (set.formatType() == FormatTypeGIF ? "." : ", with the colour profile.");
-    default:
+    const OutputFormat* format = outputFormatOf(set);
+    if (format == nullptr)
         return "Writes nothing, since the format " + std::to_string(set.formatType()) + " is unknown.";
-    }
+    std::string sentence = "Writes " + std::string(format->title);
+    if (format->hasQuality)
+        sentence += " at quality " + plainNumber(set.compression()) + " %";
+    if (!format->isSRGBOnly)
+        sentence += ", with the colour profile";
+    if (format->holdsExif)
+        sentence += set.attachExifData() != 0 ? " and the camera's EXIF data" : ", without EXIF data";
+    return sentence + ".";
 }
 
 std::string placeSentence(const ResizeSet& set) {
@@ -111,9 +104,10 @@ void addOtherNotes(const ResizeSet& set, std::vector<std::string>& notes) {
                            "write little-endian data.");
         notes.emplace_back("upside-down and mirrored pictures (orientations 2, 3, 4, 5, 7) are not turned.");
     }
-    if (set.attachExifData() != 0 && set.formatType() != FormatTypeJPEG)
+    const OutputFormat* format = outputFormatOf(set);
+    if (set.attachExifData() != 0 && (format == nullptr || !format->holdsExif))
         notes.emplace_back("only JPEG output can carry EXIF data.");
-    if (set.formatType() == FormatTypeJPEG)
+    if (format != nullptr && !format->holdsAlpha)
         notes.emplace_back("transparent parts become white.");
     if (set.replaceFile() != 0) {
         notes.emplace_back("when several sets are applied at once, none replaces the original; the results "

@@ -27,10 +27,13 @@ std::optional<std::int32_t> positionOf(const std::array<const char*, count>& nam
 
 } // namespace
 
-std::vector<std::string> formatNames() {
-    std::vector<std::string> names;
-    for (const OutputFormat& format : outputFormats())
-        names.emplace_back(format.name);
+std::string formatNames() {
+    const std::span<const OutputFormat> formats = outputFormats();
+    std::string names(formats.front().name);
+    for (const OutputFormat& format : formats.subspan(1)) {
+        names += &format == &formats.back() ? " or " : ", ";
+        names += format.name;
+    }
     return names;
 }
 
@@ -44,6 +47,7 @@ std::optional<std::int32_t> formatNamed(const std::string& name) {
     return found == outputFormats().end() ? std::nullopt
                                           : std::optional(static_cast<std::int32_t>(found->type));
 }
+
 std::optional<std::string> nameOfResizeType(std::int32_t resizeType) {
     return nameAt(resizeTypes, resizeType);
 }

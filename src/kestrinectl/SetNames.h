@@ -5,15 +5,15 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace kestrine {
 
 /// A resizeType that means no scaling.
 inline constexpr std::int32_t unscaledResizeType = 3;
 
-std::vector<std::string> formatNames();
-/// The functions below give nothing for an unknown value or word.
+/// All formats in a sentence: "jpeg, png, tiff or gif".
+std::string formatNames();
+/// The functions below return nullopt for an unknown value or word.
 std::optional<std::string> nameOfFormat(std::int32_t formatType);
 std::optional<std::int32_t> formatNamed(const std::string& name);
 std::optional<std::string> nameOfResizeType(std::int32_t resizeType);

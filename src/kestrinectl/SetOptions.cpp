@@ -52,7 +52,7 @@ CLI::Validator between(float low, float high) {
 
 CLI::Validator formatName() {
     const auto complaint = [](std::string& word) -> std::string {
-        return formatNamed(word) ? "" : "must be jpeg, png, tiff or gif";
+        return formatNamed(word) ? "" : "must be " + formatNames();
     };
     return CLI::Validator(complaint, "FORMAT");
 }
@@ -94,7 +94,7 @@ void SetOptions::addTo(CLI::App& command, bool isForNewSet) {
     CLI::Option* k = command.add_flag("--keep-size", keepsSize, "Do not scale");
     CLI::Option* f = command.add_option(
         "--format", format,
-        describe.withDefault("Output format: jpeg, png, tiff or gif", *nameOfFormat(fresh.formatType())));
+        describe.withDefault("Output format: " + formatNames(), *nameOfFormat(fresh.formatType())));
     CLI::Option* q = command.add_option(
         "--quality", quality,
         describe.withDefault("JPEG quality in percent, 0 to 100", plainNumber(fresh.compression())));

@@ -5,6 +5,7 @@
 #include "platform/appkit/NSOpenPanel.h"
 #include "platform/foundation/KeyValueObserving.h"
 #include "platform/foundation/archiving/ArchivedFields.h"
+#include "platform/imageio/OutputFormats.h"
 
 #include <span>
 #include <vector>
@@ -18,12 +19,13 @@ enum ResizeType : std::int32_t {
     ResizeTypeMaxSize = 2, ///< the longer side to maxSize
 };
 
-/// The format of the output; any other value means that nothing is written.
+/// The format of the output, by its number in the table of output formats; any other value means that nothing
+/// is written.
 enum FormatType : std::int32_t {
-    FormatTypeJPEG = 0,
-    FormatTypePNG = 1,
-    FormatTypeTIFF = 2,
-    FormatTypeGIF = 3,
+    FormatTypeJPEG = static_cast<std::int32_t>(FileType::jpeg),
+    FormatTypePNG = static_cast<std::int32_t>(FileType::png),
+    FormatTypeTIFF = static_cast<std::int32_t>(FileType::tiff),
+    FormatTypeGIF = static_cast<std::int32_t>(FileType::gif),
 };
 
 /// Copies share only immutable strings; observers stay with the original. Booleans are signed bytes that keep

@@ -12,12 +12,6 @@ namespace {
 
 using myUtility::ImagePointer;
 
-// A set stores the number of its format in the table.
-static_assert(FormatTypeJPEG == static_cast<int>(FileType::jpeg)
-              && FormatTypePNG == static_cast<int>(FileType::png)
-              && FormatTypeTIFF == static_cast<int>(FileType::tiff)
-              && FormatTypeGIF == static_cast<int>(FileType::gif));
-
 // The EXIF orientations that are handled; the half turn and the mirrored ones are not.
 constexpr int orientationNeedsCounterclockwise = 8;
 constexpr int orientationNeedsClockwise = 6;

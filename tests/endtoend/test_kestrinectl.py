@@ -95,6 +95,21 @@ class Sets(ToolTest):
         for phrase in ("1201", "little-endian", "points", "enlarged", "trash", "white"):
             self.assertIn(phrase, text)
 
+    def test_show_tells_what_each_format_holds(self):
+        for format_, sentence in (
+            ("jpeg", "Writes JPEG at quality 80 %, with the colour profile and the camera's EXIF data."),
+            ("png", "Writes PNG, with the colour profile."),
+            ("tiff", "Writes TIFF, with the colour profile."),
+            ("gif", "Writes GIF."),
+        ):
+            self.control("add", format_, "--format", format_, "--quality", "80", "--exif")
+            lines = self.control("show", format_).splitlines()
+            self.assertIn(sentence, [line.strip() for line in lines])
+            self.assertEqual(any("only JPEG output can carry EXIF data" in line for line in lines), format_ != "jpeg")
+            self.assertEqual(any("transparent parts become white" in line for line in lines), format_ == "jpeg")
+        self.control("edit", "jpeg", "--no-exif")
+        self.assertIn("with the colour profile, without EXIF data.", self.control("show", "jpeg"))
+
     def test_export_and_import_are_inverse_for_every_stored_value(self):
         odd = [{"name": "Odd", "resizeType": 77, "formatType": -5, "highQuality": 3, "height": 0.1, "width": 1e30},
                {"name": b"\xff\x80"}, {"name": None}, {"name": "Inf", "ratio": float("inf"), "maxSize": float("nan")}]

@@ -69,6 +69,13 @@ class Completion(ToolTest):
         self.assertEqual(self.completed("sets", "ex"), ["export"])
         self.assertEqual(self.completed("sets", "add", "A", "--format", "j"), ["jpeg"])
 
+    def test_the_page_and_the_completion_have_all_formats(self):
+        help_ = self.kestrinectl("sets", "add", "--help").stdout.decode()
+        formats = re.split(", | or ", re.search(r"Output format: ([^(]+) \(", " ".join(help_.split()))[1])
+        self.assertEqual(self.completed("sets", "add", "A", "--format", ""), formats)
+        self.assertIn('\\-\\-format " ' + '" | '.join(formats[:1]) + '" | ' + " | ".join(formats[1:]) + "\n",
+                      MANUAL.read_text())
+
     def test_names_of_sets_are_completed_with_their_spaces_quoted(self):
         for name in ("Web", "Web large", "Print"):
             self.kestrinectl("sets", "add", name)

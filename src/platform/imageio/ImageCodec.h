@@ -1,4 +1,5 @@
-// ImageCodec: what the engine knows of a file format. One file a format; CodecRegistry.cpp lists them.
+// ImageCodec: what the engine knows of a file format. One folder per format; Registry.cpp lists
+// the codecs.
 #pragma once
 
 #include "platform/coregraphics/ColorProfile.h"
@@ -38,7 +39,7 @@ public:
     /// The file's EXIF block, from the TIFF header on ("MM" or "II"); empty when there is none.
     virtual Result<Bytes> exif() const { return Bytes{}; }
 
-    /// The colour table of an indexed picture: red, green, blue a colour; empty when there is none.
+    /// The colour table of an indexed picture: red, green and blue per colour; empty when there is none.
     virtual Result<Bytes> colorTable() const { return Bytes{}; }
 
     /// Why pixels that were delivered so far had to be made up: the file is cut off (truncated) or damaged
@@ -53,12 +54,12 @@ protected:
 
 /// What goes into a file besides its pixels. Pointers may be null and must outlive the call.
 struct EncodingOptions {
-    double quality = 0;                    ///< JPEG: 0 to 1, any float is allowed
+    double quality = 0;                    ///< formats with a quality: 0 to 1, any float is allowed
     bool ditherTransparency = false;       ///< GIF: diffuse half-transparency instead of cutting it
     Resolution resolution;                 ///< recorded where the format can
     const ColorProfile* profile = nullptr; ///< embedded where the format can
-    ByteView exif;                         ///< JPEG: a finished EXIF block, from the TIFF header on
-    ByteView colorTable;                   ///< GIF: red, green, blue a colour, at most 256
+    ByteView exif;       ///< formats that hold EXIF: a finished block, from the TIFF header on
+    ByteView colorTable; ///< GIF: red, green and blue per colour, at most 256
 };
 
 struct ImageCodec {

@@ -2,21 +2,45 @@
 
 #include "platform/imageio/Codecs.h"
 
-#include <array>
+#include <iterator>
 
 namespace kestrine {
 
 namespace {
 
-constexpr std::array<OutputFormat, 4> outputFormatTable = {{
-    {FileType::jpeg, "jpeg", "jpg", false, false, false, jpeg::encode},
-    {FileType::png, "png", "png", true, true, false, png::encode},
-    {FileType::tiff, "tiff", "tiff", true, true, false, tiff::encode},
-    {FileType::gif, "gif", "gif", true, false, true, gif::encode},
-}};
+constexpr OutputFormat outputFormatTable[] = {
+    {.type = FileType::jpeg,
+     .name = "jpeg",
+     .title = "JPEG",
+     .extension = "jpg",
+     .hasQuality = true,
+     .holdsExif = true,
+     .encode = jpeg::encode},
+    {.type = FileType::png,
+     .name = "png",
+     .title = "PNG",
+     .extension = "png",
+     .holdsAlpha = true,
+     .holds16Bits = true,
+     .encode = png::encode},
+    {.type = FileType::tiff,
+     .name = "tiff",
+     .title = "TIFF",
+     .extension = "tiff",
+     .holdsAlpha = true,
+     .holds16Bits = true,
+     .encode = tiff::encode},
+    {.type = FileType::gif,
+     .name = "gif",
+     .title = "GIF",
+     .extension = "gif",
+     .holdsAlpha = true,
+     .isSRGBOnly = true,
+     .encode = gif::encode},
+};
 
 constexpr bool isInOrder() {
-    for (std::size_t i = 0; i < outputFormatTable.size(); ++i)
+    for (std::size_t i = 0; i < std::size(outputFormatTable); ++i)
         if (outputFormatTable[i].type != static_cast<FileType>(i))
             return false;
     return true;
@@ -30,7 +54,7 @@ std::span<const OutputFormat> outputFormats() { return outputFormatTable; }
 const OutputFormat& outputFormat(FileType type) { return outputFormatTable[static_cast<std::size_t>(type)]; }
 
 const OutputFormat* outputFormatNumbered(std::int32_t number) {
-    const bool isKnown = number >= 0 && number < static_cast<std::int32_t>(outputFormatTable.size());
+    const bool isKnown = number >= 0 && number < std::ssize(outputFormatTable);
     return isKnown ? &outputFormatTable[static_cast<std::size_t>(number)] : nullptr;
 }
 
