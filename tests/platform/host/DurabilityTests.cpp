@@ -3,8 +3,8 @@
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PublishMechanisms.h"
 #include "platform/host/files/TreeCopy.h"
-#include "tests/platform/host/SystemCallRecorder.h"
 #include "tests/platform/host/trash/TrashTesting.h"
+#include "tests/support/InterposedCalls.h"
 #include "tests/support/IsolatedProcess.h"
 
 #include <gmock/gmock.h>
@@ -15,17 +15,17 @@ namespace {
 
 using testing::bytesOf;
 using ::testing::ElementsAre;
+using testing::InterposedCalls;
 using testing::runWithOwnMounts;
-using testing::SystemCallRecorder;
 using testing::TemporaryFolder;
 
 class PublishedFile : public ::testing::TestWithParam<PublishMechanisms> {
 protected:
     std::vector<std::string> callsFor(Durability durability) const {
-        const SystemCallRecorder recorder;
+        const InterposedCalls calls;
         const auto candidate = [&](unsigned) { return folder_ / "a.jpg"; };
         EXPECT_TRUE(publishNewFile(candidate, bytesOf("new"), durability, GetParam()));
-        return recorder.calls();
+        return calls.made();
     }
 
     const TemporaryFolder folder_{std::filesystem::canonical(std::filesystem::temp_directory_path())};
@@ -48,9 +48,9 @@ INSTANTIATE_TEST_SUITE_P(Mechanisms, PublishedFile,
 TEST(ReplacedFile, isSyncedBeforeItIsRenamedAndItsFolderIsSyncedAfterwards) {
     const TemporaryFolder folder(std::filesystem::canonical(std::filesystem::temp_directory_path()));
     for (const char* content : {"first", "12"}) {
-        const SystemCallRecorder recorder;
+        const InterposedCalls calls;
         ASSERT_TRUE(replaceFile(folder / "preferences", bytesOf(content)));
-        EXPECT_THAT(recorder.calls(),
+        EXPECT_THAT(calls.made(),
                     ElementsAre("sync " + std::to_string(std::string(content).size()) + " bytes",
                                 "name preferences", "sync " + folder.path().string()));
     }
@@ -61,20 +61,20 @@ TEST(CopiedFolder, isSyncedAfterItsContent) {
     folder.write("from/a", "content");
     const Result<FileDescriptor> opened = openFolder(folder.path());
     ASSERT_TRUE(opened);
-    const SystemCallRecorder recorder;
+    const InterposedCalls calls;
     ASSERT_TRUE(copyTree({opened->number(), "from"}, {opened->number(), "to"}));
-    EXPECT_THAT(recorder.calls(), ElementsAre("sync 7 bytes", "sync 7 bytes", "sync " + (folder / "to")));
+    EXPECT_THAT(calls.made(), ElementsAre("sync 7 bytes", "sync 7 bytes", "sync " + (folder / "to")));
 }
 
 using TrashedFile = testing::TrashTest;
 
 TEST_F(TrashedFile, hasASyncedRecordBeforeItMoves) {
     const std::string file = folder_.write("work/a.jpg", "content");
-    const SystemCallRecorder recorder;
+    const InterposedCalls calls;
     Result<TrashedItem> item = trash(file);
     ASSERT_TRUE(item);
     const std::size_t recordSize = testing::readFile(item->infoPath).size();
-    EXPECT_THAT(recorder.calls(), ElementsAre("sync " + std::to_string(recordSize) + " bytes", "name a.jpg"));
+    EXPECT_THAT(calls.made(), ElementsAre("sync " + std::to_string(recordSize) + " bytes", "name a.jpg"));
 }
 
 TEST_F(TrashedFile, isRemovedOnlyAfterItsCopyAndTheTrashAreSynced) {
@@ -82,11 +82,11 @@ TEST_F(TrashedFile, isRemovedOnlyAfterItsCopyAndTheTrashAreSynced) {
         testing::mountFileSystem(work_ + "/disk", 1024);
         folder_.write("work/disk/.Trash-" + std::to_string(::geteuid()), "in the way");
         const std::string file = folder_.write("work/disk/a.jpg", "content");
-        const SystemCallRecorder recorder;
+        const InterposedCalls calls;
         Result<TrashedItem> item = trash(file);
         ASSERT_TRUE(item);
         const std::size_t recordSize = testing::readFile(item->infoPath).size();
-        EXPECT_THAT(recorder.calls(),
+        EXPECT_THAT(calls.made(),
                     ElementsAre("sync 7 bytes", "sync 7 bytes",
                                 "sync " + std::to_string(recordSize) + " bytes", "name a.jpg",
                                 "sync " + trash_ + "/info", "sync " + trash_ + "/files", "remove a.jpg"));

@@ -1,5 +1,5 @@
 #include "platform/host/files/AtomicFile.h"
-#include "tests/platform/host/SystemCallRecorder.h"
+#include "tests/support/InterposedCalls.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -8,8 +8,8 @@ namespace kestrine {
 namespace {
 
 using testing::bytesOf;
+using testing::InterposedCalls;
 using testing::readFile;
-using testing::SystemCallRecorder;
 using testing::TemporaryFolder;
 
 std::vector<std::string> namesIn(const std::filesystem::path& folder) {
@@ -22,12 +22,12 @@ std::vector<std::string> namesIn(const std::filesystem::path& folder) {
 
 TEST(StagedFile, isOnTheDiskBeforeItHasItsName) {
     const TemporaryFolder folder;
-    const SystemCallRecorder recorder;
+    const InterposedCalls calls;
     Result<StagedFile> file = StagedFile::write(folder.path(), bytesOf("new"));
     ASSERT_TRUE(file);
-    EXPECT_EQ(recorder.calls(), std::vector<std::string>{"sync 3 bytes"});
+    EXPECT_EQ(calls.made(), std::vector<std::string>{"sync 3 bytes"});
     EXPECT_EQ(*file->publish([&](unsigned) { return folder / "a.jpg"; }), folder / "a.jpg");
-    EXPECT_EQ(recorder.calls(),
+    EXPECT_EQ(calls.made(),
               (std::vector<std::string>{"sync 3 bytes", "name a.jpg", "sync " + folder.path().string()}));
     EXPECT_EQ(readFile(folder / "a.jpg"), "new");
 }
