@@ -44,7 +44,7 @@ ResizeSet::ResizeSet(const ResizeSet& other) : NSObject(other) {
 
 std::span<const ResizeSet::Field> ResizeSet::fields() {
     using Set = ResizeSet;
-    static constexpr std::array<Field, 15> table = {{
+    static constexpr Field table[] = {
         {"name", &Set::name_},
         {"replaceFile", &Set::replaceFile_},
         {"resizeType", &Set::resizeType_},
@@ -60,7 +60,7 @@ std::span<const ResizeSet::Field> ResizeSet::fields() {
         {"chooseFolder", &Set::chooseFolder_, 3},
         {"highQuality", &Set::highQuality_, 4},
         {"chosenFolderPath", &Set::chosenFolderPath_, neverArchived},
-    }};
+    };
     return table;
 }
 
