@@ -21,12 +21,13 @@ TEST(OutputFormats, areNumberedAsPresetsStoreThem) {
 }
 
 TEST(OutputFormats, eachEncoderWritesItsFormat) {
-    const ImageCodec* codecs[] = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec};
     for (const OutputFormat& format : outputFormats()) {
         const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{3, 2, ColorModel::rgb}));
         const Result<Bytes> file = format.encode(*rows, {});
         ASSERT_TRUE(file.ok()) << format.name;
-        EXPECT_EQ(codecFor(*readerOfBytes(*file)), codecs[static_cast<std::size_t>(format.type)]);
+        const ImageCodec* codec = codecFor(*readerOfBytes(*file));
+        ASSERT_NE(codec, nullptr) << format.name;
+        EXPECT_EQ(codec->name, format.title);
     }
 }
 
