@@ -51,9 +51,10 @@ public:
 #ifdef KESTRINE_OWN_JPEG_DECODER
         if (ownHeader_)
             if (Result<RowSourcePointer> own = openBaselineRows(reader_, *ownHeader_, eighths); own)
-                return rowsWithFallback(std::move(*own), [reader = reader_, format, eighths, damage = damage_] {
-                    return openLibraryRows(reader, format, eighths, damage);
-                });
+                return rowsWithFallback(std::move(*own),
+                                        [reader = reader_, format, eighths, damage = damage_] {
+                                            return openLibraryRows(reader, format, eighths, damage);
+                                        });
 #endif
         return openLibraryRows(reader_, format, eighths, damage_, std::move(inks));
     }

@@ -95,8 +95,8 @@ private:
 
 } // namespace
 
-Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader,
-                                          const FrameHeader& header, int eighths) {
+Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
+                                          int eighths) {
     BorrowedDecoder decoder = borrowDecoder();
     TRY(decoder->start(std::move(reader), header, eighths));
     return RowSourcePointer(std::make_unique<BaselineRows>(std::move(decoder), eighths > 1));

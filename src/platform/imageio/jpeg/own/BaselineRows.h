@@ -25,7 +25,7 @@ namespace kestrine::jpeg {
 ///     damage can change.
 ///  5. A row is delivered only after all MCUs of its band were decoded completely, and also those of the next
 ///     band if chroma is smoothed across the border. No later MCU contributes to the row.
-Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader,
-                                          const FrameHeader& header, int eighths);
+Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
+                                          int eighths);
 
 } // namespace kestrine::jpeg
