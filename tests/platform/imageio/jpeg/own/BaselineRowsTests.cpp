@@ -75,6 +75,16 @@ TEST(BaselineRows, areReadFirstUnlessOnlyTheLibraryMayDecode) {
     EXPECT_FALSE(readsWithOurDecoder(baseline, DecoderChoice::libraryOnly));
 }
 
+TEST(BaselineRows, areReadWithoutTheHeaderEachTime) {
+    const Bytes file = makeJPEG({});
+    const auto reader = std::make_shared<RecordingReader>(file);
+    const auto decoder = *openDecoder(reader, DecoderChoice::ownFirst);
+    reader->offsets.clear();
+    for (int reading = 0; reading < 2; ++reading)
+        EXPECT_TRUE(all(decoder->rows(0, 8)).ok());
+    EXPECT_EQ(*reader->offsets.begin(), testing::scanPosition(file));
+}
+
 TEST(BaselineRows, releaseTheFileWhenTheyAreDestroyed) {
     const auto reader = readerOfBytes(makeJPEG({}));
     EXPECT_TRUE(all(ownRows(reader, 8)).ok());
