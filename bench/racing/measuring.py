@@ -98,7 +98,7 @@ class Results:
 
 
 def warm(paths):
-    """Reads the files once, so that nobody pays for the disk."""
+    """Reads the files once, so that no contestant waits for the disk."""
     for path in paths:
         with open(path, "rb") as file:
             while file.read(1 << 20):

@@ -45,7 +45,7 @@ def exif(orientation=None, order=">", extra=()):
 
 
 def jpeg(samples, block=None, jfif=True, before=b"", quality=95, **options):
-    """JPEG bytes with an EXIF block right behind SOI or behind the 18 bytes of JFIF, `before` put in front of it."""
+    """JPEG bytes with an EXIF block directly after SOI or after the 18 bytes of JFIF, with `before` in front of it."""
     buffer = io.BytesIO()
     image(samples).save(buffer, "JPEG", quality=quality, **options)
     data = buffer.getvalue()

@@ -13,7 +13,7 @@ ATTRIBUTE = "user.kestrine.creation-date"
 
 
 def directory(fields, position, next_offset=b"\0\0\0\0"):
-    """A big-endian directory that lies at `position`, its values behind it. Fields: (tag, type, count, value)."""
+    """A big-endian directory that lies at `position`, with its values after it. Fields: (tag, type, count, value)."""
     data_at = position + 2 + 12 * len(fields) + 4
     entries, data = b"", b""
     for tag, kind, count, value in fields:

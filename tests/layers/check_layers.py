@@ -41,7 +41,7 @@ SYSTEM_CALLERS = {
     "platform/finder/Volumes.cpp": "asks whether a mount point is hidden by another one",
 }
 
-# The system's own headers. Everything with a slash or a .h that is not listed here is somebody's library.
+# The system's own headers. Everything with a slash or a .h that is not listed here is a third-party library.
 SYSTEM = re.compile(r"^[a-z_]+$|^(sys|linux)/[a-z_]+\.h$|^(cxxabi|dirent|dlfcn|fcntl|grp|langinfo|limits|locale|poll|pwd|"
                     r"signal|spawn|stdio|stdlib|string|syscall|time|unistd|wchar)\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
@@ -77,7 +77,7 @@ def complaints(root):
             if bracket == '"':
                 target = layer_of(header)
                 if target is None or not (root / header).exists():
-                    yield f'{name}: includes "{header}", which is no file of ours'
+                    yield f'{name}: includes "{header}", which is not a file of this project'
                 elif target != layer and target not in ALLOWED[layer]:
                     yield f'{name}: {layer} may not include "{header}"'
                 continue
@@ -87,7 +87,7 @@ def complaints(root):
             elif SYSTEM_CALLS.match(header) and layer != "platform/host" and name not in SYSTEM_CALLERS:
                 yield f"{name}: <{header}> is for system calls, which only platform/host makes"
             elif owner is None and not SYSTEM.match(header):
-                yield f"{name}: <{header}> belongs to nobody; add it to check_layers.py and docs/dependencies.md"
+                yield f"{name}: <{header}> is not listed; add it to check_layers.py and docs/dependencies.md"
 
 
 if __name__ == "__main__":

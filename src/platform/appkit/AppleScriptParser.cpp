@@ -121,7 +121,7 @@ bool Parser::takeItems(const VerbRow& row) {
 }
 
 bool Parser::takeListedPath() {
-    if (command_.items.size() == mostScriptItems) {
+    if (command_.items.size() == maxScriptItems) {
         error_ = {scriptTooLarge, u"The script names too many items.", token_.range};
         return false;
     }

@@ -19,7 +19,7 @@
 namespace kestrine {
 
 inline constexpr std::size_t longestScript = 1u << 24; ///< UTF-16 code units
-inline constexpr std::size_t mostScriptItems = 100'000;
+inline constexpr std::size_t maxScriptItems = 100'000;
 
 enum class FinderVerb { deleteItems, duplicateItems, moveItems };
 

@@ -10,7 +10,7 @@ namespace kestrine {
 /// before.
 class NSImage final : public NSObject {
 public:
-    /// `initWithContentsOfFile:`: nil when the file cannot be opened or is no picture. As large, in points,
+    /// `initWithContentsOfFile:`: nil when the file cannot be opened or is not a picture. As large, in points,
     /// as its first representation. Pixels are not decoded yet.
     static std::shared_ptr<NSImage> initWithContentsOfFile(const NSString& path);
     /// `initWithSize:`: without representations.

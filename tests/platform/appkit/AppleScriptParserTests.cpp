@@ -184,8 +184,8 @@ std::u16string listOf(std::size_t count) {
 }
 
 TEST(AppleScriptParser, theNumberOfItemsIsBounded) {
-    EXPECT_EQ(commandIn(telling(u"delete " + listOf(mostScriptItems))).items.size(), mostScriptItems);
-    EXPECT_EQ(errorIn(telling(u"delete " + listOf(mostScriptItems + 1))).number, scriptTooLarge);
+    EXPECT_EQ(commandIn(telling(u"delete " + listOf(maxScriptItems))).items.size(), maxScriptItems);
+    EXPECT_EQ(errorIn(telling(u"delete " + listOf(maxScriptItems + 1))).number, scriptTooLarge);
 }
 
 TEST(AppleScriptParser, theLengthOfAScriptIsBounded) {

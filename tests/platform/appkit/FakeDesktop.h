@@ -63,7 +63,7 @@ public:
     FakePortal(const FakePortal&) = delete;
     FakePortal& operator=(const FakePortal&) = delete;
 
-    /// The questions it was asked, one a line: [parent window, title, {options}].
+    /// The questions it was asked, one per line: [parent window, title, {options}].
     std::string questions() const { return readFile(record_); }
 
 private:

@@ -39,7 +39,7 @@ void put(Bytes& file, std::uint32_t number, int bytes) {
         file.push_back(static_cast<std::uint8_t>(number >> (8 * i)));
 }
 
-/// A little-endian TIFF with a page of black for each of the sizes. Pixels of all pages are those behind it.
+/// A little-endian TIFF with a page of black pixels for each of the sizes. All pages share the pixels at the end.
 Bytes tiffOfPages(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& sizes) {
     constexpr std::uint32_t header = 8, directory = 2 + 8 * 12 + 4, shortType = 3, longType = 4;
     const auto pixels = static_cast<std::uint32_t>(header + directory * sizes.size());
