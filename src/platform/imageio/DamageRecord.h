@@ -1,4 +1,4 @@
-// DamageRecord: what decoders had to make up because a file is cut off or damaged.
+// DamageRecord: why decoders had to make up pixels of a file that is cut off or damaged.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -17,7 +17,7 @@ public:
             first_ = std::move(damage);
     }
 
-    /// Nothing while no damage was noted.
+    /// Nothing if no damage has been noted.
     std::optional<Failure> first() const {
         const std::lock_guard lock(mutex_);
         return first_;

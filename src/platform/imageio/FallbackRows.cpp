@@ -23,7 +23,7 @@ public:
     }
 
 private:
-    /// Goes to the row that is due, with `row` for those before it.
+    /// Starts the second decoder and skips the delivered rows. `row` is overwritten.
     Result<void> openSecond(std::span<std::uint8_t> row) {
         RowSourcePointer opened = TRY(openSecond_());
         second_ = std::move(opened);

@@ -1,5 +1,4 @@
-// FallbackRows: the rows of a decoder that may give up in the middle, with another one ready to take its
-// place.
+// FallbackRows: the rows of a decoder that may give up in the middle; a second decoder then replaces it.
 #pragma once
 
 #include "platform/coregraphics/RowSource.h"
@@ -10,9 +9,8 @@ namespace kestrine {
 
 using RowOpener = std::function<Result<RowSourcePointer>()>;
 
-/// The rows of `first` as long as it has some. When it fails, `openSecond` starts the other decoder at the
-/// top, the rows that were delivered already are skipped, and it goes on; whoever reads notices nothing, as
-/// long as both give the same rows up to there.
+/// The rows of `first` until it fails. Then `openSecond` starts the second decoder at the top, which skips
+/// the rows that were already delivered and continues. Both must give the same rows up to the failure.
 RowSourcePointer rowsWithFallback(RowSourcePointer first, RowOpener openSecond);
 
 } // namespace kestrine

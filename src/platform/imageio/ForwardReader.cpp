@@ -27,7 +27,7 @@ std::size_t ForwardReader::readBuffered(std::span<std::uint8_t> into) {
 
 void ForwardReader::moveTo(std::uint64_t offset) {
     if (offset < bufferStart() || offset > bufferEnd_) {
-        // Half of the buffer goes to what lies before, since the next move may go there.
+        // Half of the buffer is for the bytes before `offset`, since the next move may go back.
         bufferEnd_ = offset - std::min<std::uint64_t>(offset, buffer_.size() / 2);
         refill();
     }

@@ -1,4 +1,4 @@
-// ForwardReader: reads an input from one place on, byte after byte, for formats that come in no larger units.
+// ForwardReader: reads an input sequentially, byte by byte or in pieces, through a buffer.
 #pragma once
 
 #include "platform/host/files/ByteReader.h"
@@ -9,7 +9,8 @@ namespace kestrine {
 
 class ForwardReader {
 public:
-    /// Reads ahead by up to `bufferBytes`: few for headers, more where all of a large file is read.
+    /// Starts at `offset`. The buffer has `bufferBytes` bytes: a small one suits headers, a larger one suits
+    /// readers of whole files.
     explicit ForwardReader(std::shared_ptr<const ByteReader> reader, std::uint64_t offset = 0,
                            std::size_t bufferBytes = 8192)
         : reader_(std::move(reader)), bufferEnd_(offset), buffer_(bufferBytes) {}
@@ -17,16 +18,17 @@ public:
     /// The next byte, or -1 at the end of the input.
     int next() { return position_ < count_ || refill() ? buffer_[position_++] : -1; }
 
-    /// Fills `into` and returns how many bytes there were: fewer than asked only at the end.
+    /// Fills `into` and returns the number of bytes, which is smaller than its size only at the end of the
+    /// input.
     std::size_t read(std::span<std::uint8_t> into);
 
-    /// Whether read() was asked for more than there is.
+    /// Whether read() was asked for bytes after the end of the input.
     bool endedEarly() const { return endedEarly_; }
 
-    /// Where in the input the next byte stands.
+    /// Offset of the next byte in the input.
     std::uint64_t offset() const { return bufferEnd_ - (count_ - position_); }
 
-    /// Goes on at `offset`; cheap for a place nearby, ahead or behind.
+    /// Continues at `offset`. Cheap if it is near the current offset, before or after it.
     void moveTo(std::uint64_t offset);
 
 private:
@@ -35,7 +37,7 @@ private:
     bool refill();
 
     std::shared_ptr<const ByteReader> reader_;
-    std::uint64_t bufferEnd_; ///< where in the input the byte behind the buffered ones stands
+    std::uint64_t bufferEnd_; ///< offset in the input of the byte after the buffered ones
     std::size_t position_ = 0, count_ = 0;
     bool endedEarly_ = false;
     Bytes buffer_;

@@ -1,5 +1,5 @@
-// ImageCodec: what the engine knows of a file format. One folder per format; Registry.cpp lists
-// the codecs.
+// ImageCodec: what the engine knows about a file format. One folder per format; Registry.cpp lists the
+// codecs.
 #pragma once
 
 #include "platform/coregraphics/ColorProfile.h"
@@ -14,13 +14,13 @@
 
 namespace kestrine {
 
-/// One picture of a file (the page of a TIFF; most files have one), as its decoder delivers it.
+/// One picture of a file, as its decoder delivers it. A TIFF file has one per page; most files have one.
 struct FrameDescription {
     RowFormat format; ///< at full size
     Resolution resolution;
-    std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB, untagged
+    std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB without a profile
     bool canReduce = false;              ///< whether rows() can deliver 4, 2 or 1 eighths
-    bool isUncompressed = false;         ///< whether rows cost little more than reading their bytes
+    bool isUncompressed = false;         ///< whether decoding costs little more than reading the bytes
 };
 
 /// An opened file whose header has been read. It holds no pixels.
@@ -28,52 +28,53 @@ class ImageDecoder {
 public:
     virtual ~ImageDecoder() = default;
 
-    /// At least one, the main picture first, each within the limits of RowFormat::isWithinLimits().
+    /// At least one; the main picture is the first. Each satisfies RowFormat::isWithinLimits().
     const std::vector<FrameDescription>& frames() const { return frames_; }
 
-    /// Starts decoding `frame` (an index into frames()). `eighths` is 8, or 4, 2, 1 where the frame can
-    /// reduce: each side then has ceil(side * eighths / 8) pixels, pixel i covering [8i, 8(i+1)) / eighths of
-    /// the full picture. The rows stay valid without the decoder. May be called again.
+    /// Starts decoding `frame` (an index into frames()). `eighths` is 8, or also 4, 2 or 1 if the frame can
+    /// be reduced. Each side of the result has ceil(side * eighths / 8) pixels, and pixel i covers the
+    /// interval [8i, 8(i+1)) / eighths of the full picture. The rows stay valid after the decoder is
+    /// destroyed. May be called several times, by any thread.
     virtual Result<RowSourcePointer> rows(std::size_t frame, int eighths) const = 0;
 
-    /// The file's EXIF block, from the TIFF header on ("MM" or "II"); empty when there is none.
+    /// The EXIF block of the file, which begins with the TIFF header ("MM" or "II"); empty if there is none.
     virtual Result<Bytes> exif() const { return Bytes{}; }
 
-    /// The colour table of an indexed picture: red, green and blue per colour; empty when there is none.
+    /// The colour table of an indexed picture: red, green and blue of each colour; empty if there is none.
     virtual Result<Bytes> colorTable() const { return Bytes{}; }
 
-    /// Why pixels that were delivered so far had to be made up: the file is cut off (truncated) or damaged
-    /// (malformed). Nothing while all of them came from the file. Any thread.
+    /// Why some of the pixels delivered so far had to be made up: the file is cut off (truncated) or damaged
+    /// (malformed). Nothing if all of them came from the file. Any thread.
     std::optional<Failure> damage() const { return damage_->first(); }
 
 protected:
-    /// Decoders whose rows can make up pixels let them note it here.
+    /// Decoders that make up pixels note it here.
     const std::shared_ptr<DamageRecord> damage_ = std::make_shared<DamageRecord>();
     std::vector<FrameDescription> frames_;
 };
 
-/// What goes into a file besides its pixels. Pointers may be null and must outlive the call.
+/// What an encoder writes besides the pixels. Pointers may be null; what they point to must outlive the call.
 struct EncodingOptions {
-    double quality = 0;                    ///< formats with a quality: 0 to 1, any float is allowed
-    bool ditherTransparency = false;       ///< GIF: diffuse half-transparency instead of cutting it
-    Resolution resolution;                 ///< recorded where the format can
-    const ColorProfile* profile = nullptr; ///< embedded where the format can
-    ByteView exif;       ///< formats that hold EXIF: a finished block, from the TIFF header on
-    ByteView colorTable; ///< GIF: red, green and blue per colour, at most 256
+    double quality = 0;                    ///< JPEG: 0 to 1; any other number is accepted
+    bool ditherTransparency = false;       ///< GIF: dither partial transparency instead of using a threshold
+    Resolution resolution;                 ///< stored if the format can hold it
+    const ColorProfile* profile = nullptr; ///< embedded if the format can hold it
+    ByteView exif;                         ///< JPEG: a complete EXIF block, which begins with the TIFF header
+    ByteView colorTable;                   ///< GIF: red, green and blue of each colour, at most 256 colours
 };
 
 struct ImageCodec {
     std::string_view name;
-    /// Looks at the first bytes (up to 64) of a file. Pure and cheap.
+    /// Whether a file that begins with these bytes (up to 64) has this format. Reads nothing else.
     bool (*recognises)(ByteView head);
     /// Reads the header of a recognised file.
     Result<std::unique_ptr<ImageDecoder>> (*open)(std::shared_ptr<const ByteReader> reader);
 };
 
-/// The codec that recognises a file by its first bytes; null when none does.
+/// The codec that recognises the first bytes of the file; null if none does.
 const ImageCodec* codecFor(const ByteReader& reader);
 
-/// The codec that recognises the input, opened.
+/// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does.
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader);
 
 } // namespace kestrine

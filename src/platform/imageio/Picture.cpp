@@ -9,7 +9,7 @@ namespace {
 
 std::atomic<std::uint64_t> startedDecodes = 0;
 
-/// Follows the format from step to step.
+/// Applies steps to a format.
 struct FormatAfter {
     void operator()(const QuarterTurn&) { std::swap(result.width, result.height); }
     void operator()(const Resampling& resampling) {

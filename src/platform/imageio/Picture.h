@@ -1,4 +1,4 @@
-// Picture: a source and what is to be done with it, as plain data. Nothing is decoded before render().
+// Picture: a source and a list of steps, as plain data. Nothing is decoded before render().
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
@@ -13,32 +13,31 @@
 
 namespace kestrine {
 
-/// An input whose header has been read. It owns the bytes or the open file, never a path, so the file may be
-/// moved meanwhile. Safe to use from several threads.
+/// An input whose header has been read. It owns the bytes or the open file, not a path, so the file may be
+/// moved in the meantime. Any thread.
 class Source {
 public:
     static Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> reader);
-    /// A canvas on which nothing has been drawn: one frame of clear 8-bit RGB. Its sides are within the
-    /// limits.
+    /// An empty canvas: one frame of transparent 8-bit RGB. Its sides must be within the limits.
     static std::shared_ptr<Source> clear(std::uint32_t width, std::uint32_t height);
 
     const std::vector<FrameDescription>& frames() const { return decoder_->frames(); }
     const ImageDecoder& decoder() const { return *decoder_; }
 
-    /// From now on a frame is decoded once, at full size, and its pixels are kept for further results, unless
-    /// it is too large for that; then each result decodes it again.
+    /// From now on each frame is decoded only once, at full size, and its pixels are kept for further
+    /// results. A frame that is too large to be kept is decoded again for each result.
     void keepPixels() { keepsPixels_ = true; }
     bool keepsPixels(std::size_t frame) const {
         return keepsPixels_ && frames()[frame].format.canBeBuffered();
     }
 
-    /// The rows of a frame, decoded at `eighths` eighths of its size (8 when its pixels are kept).
+    /// The rows of a frame, decoded at `eighths` eighths of its size; must be 8 if its pixels are kept.
     Result<RowSourcePointer> rows(std::size_t frame, int eighths);
 
-    /// Why pixels that were decoded so far, of any frame, had to be made up; nothing while none were.
+    /// Why some of the pixels decoded so far, of any frame, had to be made up; nothing if none were.
     std::optional<Failure> damage() const { return decoder_->damage(); }
 
-    /// How many decodes have been started in this process.
+    /// How often decoding has been started in this process.
     static std::uint64_t decodesStarted();
 
 private:
@@ -54,17 +53,17 @@ private:
 };
 
 enum class QuarterTurn : std::uint8_t { clockwise, counterclockwise };
-/// Lays the picture on white.
+/// Puts the picture on a white background.
 struct Flatten {
     bool operator==(const Flatten&) const = default;
 };
-/// Multiplies alpha by `fraction`, 0 to 1; what has no alpha left has no colour.
+/// Multiplies alpha by `fraction`, 0 to 1. Pixels whose alpha becomes 0 lose their colour.
 struct Fade {
     float fraction = 1;
 
     bool operator==(const Fade&) const = default;
 };
-/// Makes 8-bit RGB with alpha of it, in generic RGB: the one step that changes what colours the codes mean.
+/// Converts to 8-bit RGB with alpha in the generic RGB profile. No other step changes the profile.
 struct IntoGenericRGBA {
     bool operator==(const IntoGenericRGBA&) const = default;
 };
@@ -73,25 +72,25 @@ using PictureStep = std::variant<QuarterTurn, Resampling, Flatten, Fade, IntoGen
 struct Picture {
     std::shared_ptr<Source> source;
     std::size_t frame = 0;
-    std::vector<PictureStep> steps; ///< in order, each on the result of the one before
+    std::vector<PictureStep> steps; ///< each is applied to the result of the previous one
 
-    /// Of the source.
+    /// Describes the frame of the source.
     const FrameDescription& description() const { return source->frames()[frame]; }
 
-    /// Of the result's rows, before a file type takes away what it cannot hold.
+    /// The format of the resulting rows, before conversion to what a file type can hold.
     RowFormat format() const;
     std::uint32_t width() const { return format().width; }
     std::uint32_t height() const { return format().height; }
-    /// The profile of the result's pixels; none means sRGB, untagged.
+    /// The profile of the resulting pixels; none means sRGB without a profile.
     std::optional<ColorProfile> profile() const;
-    /// Whether neither the source nor the result of any step is beyond the limits of a picture.
+    /// Whether the source and the result of every step are within the limits of a picture.
     bool isWithinLimits() const;
-    /// Whether it lies another way than its source: turns that undo each other are none.
+    /// Whether the result is turned against its source. Turns that cancel each other do not count.
     bool wasTurned() const;
     Picture with(PictureStep step) const;
 };
 
-/// The profile of pixels that had `profile` before `step`.
+/// The profile after `step` of pixels that had `profile` before it.
 std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<ColorProfile> profile);
 
 } // namespace kestrine

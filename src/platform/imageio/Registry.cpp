@@ -7,7 +7,7 @@ namespace kestrine {
 
 namespace {
 
-/// Every signature is exact, so the order matters only for speed: what people convert most comes first.
+/// The order matters only for speed, since no file has two signatures: the most frequent formats come first.
 constexpr std::array<const ImageCodec*, 7> codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec,
                                                      &webp::codec, &bmp::codec, &pnm::codec};
 

@@ -12,7 +12,8 @@ namespace kestrine {
 
 namespace {
 
-/// `resampling` of a picture that was turned before, as one of the picture before the turn (its size given).
+/// `resampling` applies to a picture after `quarterTurns`. Returns the same resampling for the picture before
+/// the turns, which has the given size.
 Resampling beforeTurn(const Resampling& resampling, int quarterTurns, std::uint32_t width,
                       std::uint32_t height) {
     Resampling result = resampling;
@@ -35,7 +36,7 @@ Resampling beforeTurn(const Resampling& resampling, int quarterTurns, std::uint3
     return result;
 }
 
-/// The rows of a picture, with what the file type cannot hold taken away.
+/// Builds the rows of a picture. Samples are rounded to 8 bits unless the file type `keeps16Bits`.
 class Pipeline {
 public:
     Pipeline(const Picture& picture, bool keeps16Bits)
@@ -56,7 +57,7 @@ public:
     }
 
 private:
-    /// Lets the decoder reduce when the first thing done is a reduction, and edits that step accordingly.
+    /// If the first step is a reduction, lets the decoder do a part of it and adapts the step.
     int chooseEighths(RowPlan& plan) const {
         if (plan.steps.empty() || !picture_.description().canReduce
             || picture_.source->keepsPixels(picture_.frame))
@@ -85,7 +86,7 @@ private:
 
     const Picture& picture_;
     const bool keeps16Bits_;
-    std::optional<ColorProfile> profile_; ///< of the rows behind the steps added so far
+    std::optional<ColorProfile> profile_; ///< of the rows after the steps added so far
 };
 
 Result<void> checkSize(const Picture& picture) {

@@ -1,4 +1,4 @@
-// Render: the one way from a Picture to bytes or pixels.
+// Render: makes bytes or pixels of a Picture. There is no other way.
 #pragma once
 
 #include "platform/imageio/OutputFormats.h"
@@ -6,32 +6,33 @@
 
 namespace kestrine {
 
-/// What to make of a picture. `options.exif` is the source's whole EXIF block here: what is carried, and
-/// brought up to date, is decided while rendering.
+/// The kind of file to make. `options.exif` is the whole EXIF block of the source; render() selects and
+/// updates what goes into the file.
 struct Output {
     FileType type;
     EncodingOptions options;
 };
 
-/// The finished file. Any thread; several at once if their pictures have different sources or keep pixels.
+/// The finished file. Any thread; several threads at once if their pictures have different sources, or
+/// sources that keep their pixels.
 Result<Bytes> render(const Picture& picture, const Output& output);
 
 /// The picture's pixels, in its format().
 Result<PixelBuffer> readPixels(const Picture& picture);
 
-/// A picture's steps put into the order in which rows can flow: all resampling and flattening in the source's
-/// own orientation, and one turn at the end.
+/// The steps of a picture in an order that suits rows: first all other steps, in the orientation of the
+/// source, then one turn.
 struct RowPlan {
-    std::vector<PictureStep> steps; ///< no QuarterTurn among them
+    std::vector<PictureStep> steps; ///< without any QuarterTurn
     int quarterTurns = 0;           ///< clockwise, 0 to 3
 
     bool operator==(const RowPlan&) const = default;
 };
 RowPlan planRows(const Picture& picture);
 
-/// The smallest of 1, 2, 4, 8 eighths at which `resampling` may take its source: what is left to the filter
-/// must be a reduction by at least 2.35 (lanczos: 52 dB to a full decode) or 2 (triangle) along the axis that
-/// is reduced least.
+/// The smallest of 1, 2, 4 and 8 eighths at which the source may be decoded for `resampling`. Along the axis
+/// that is reduced least, the filter must still reduce by at least 2.35 (lanczos; the result then differs
+/// from that of a full decode by 52 dB) or 2 (triangle).
 int decodingEighths(const Resampling& resampling);
 
 } // namespace kestrine

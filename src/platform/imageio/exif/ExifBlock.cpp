@@ -28,7 +28,7 @@ constexpr double centimetresAnInch = 2.54;
 constexpr double adobeRGB = 2;
 constexpr double uncalibrated = 0xffff;
 
-/// What goes over from the main directory; the resolution stands in the file's JFIF segment.
+/// What is copied from the main directory. The JFIF segment of the file holds the resolution.
 constexpr std::array<std::uint16_t, 8> carriedMainTags{
     0x010e, // ImageDescription
     0x010f, // Make
@@ -40,8 +40,8 @@ constexpr std::array<std::uint16_t, 8> carriedMainTags{
     0x8298, // Copyright
 };
 
-/// What never goes over from another directory: offsets into the source, what only makes sense with them, and
-/// what is written anew.
+/// What is never copied from the other directories: offsets into the source, entries that depend on such
+/// offsets, and entries that are written anew.
 constexpr std::array<std::uint16_t, 15> droppedTags{
     0x0111, // StripOffsets
     0x0117, // StripByteCounts
@@ -52,7 +52,7 @@ constexpr std::array<std::uint16_t, 15> droppedTags{
     0x0202, // JPEGInterchangeFormatLength
     exifDirectoryPointer,
     0x8825, // GPS pointer
-    0x927c, // MakerNote, whose inner offsets break when it moves
+    0x927c, // MakerNote; its inner offsets become wrong when it moves
     pixelXDimension,
     pixelYDimension,
     interoperabilityPointer,
@@ -60,7 +60,7 @@ constexpr std::array<std::uint16_t, 15> droppedTags{
     0xea1d, // OffsetSchema, a correction for the MakerNote
 };
 
-/// A JPEG segment of 65535 bytes less its length field and "Exif\0\0".
+/// A JPEG segment has 65535 bytes, including its length field and "Exif\0\0".
 constexpr std::size_t largestBlock = 65533 - 6;
 constexpr std::uint32_t blockHeaderSize = 8;
 
@@ -107,7 +107,7 @@ bool lists(const List& list, std::uint16_t tag) {
     return std::find(list.begin(), list.end(), tag) != list.end();
 }
 
-/// The entries whose tag `isCarried`, lowest tags first, as many as may stand in a directory.
+/// The entries whose tag `isCarried`, lowest tags first, up to the largest number for a directory.
 template <class Predicate>
 Fields select(const ExifDirectory& directory, bool isBigEndian, Predicate isCarried) {
     Fields fields;
@@ -122,7 +122,7 @@ Fields select(const ExifDirectory& directory, bool isBigEndian, Predicate isCarr
 
 bool isOutOfLine(const Field& field) { return field.value.size() > 4; }
 
-/// Values begin at even offsets.
+/// Size in bytes outside the directory. Values begin at even offsets.
 std::size_t sizeOutOfLine(const Field& field) {
     return isOutOfLine(field) ? (field.value.size() + 1) / 2 * 2 : 0;
 }
@@ -146,8 +146,8 @@ void dropLargest(CarriedFields& carried) {
     owner->erase(largest);
 }
 
-/// Directories of at most 299 entries without values out of line are far smaller than a segment, so only such
-/// values go and this ends. The main directory holds its pointer already.
+/// Drops the largest values until the block fits. Directories of at most 299 entries fit by themselves, so
+/// only values out of line are dropped, and the loop ends. The main directory must already hold its pointer.
 void dropUntilFitting(CarriedFields& carried) {
     while (blockHeaderSize + sizeOf(carried.main) + sizeOf(carried.exif) + sizeOf(carried.interoperability)
            > largestBlock)
@@ -194,8 +194,7 @@ Bytes written(CarriedFields& carried) {
     return out;
 }
 
-/// What the source has to offer; nothing when it has neither an Exif sub-directory nor anything else to
-/// carry.
+/// What is copied from the source; nothing if it has no Exif sub-directory and no main entry to copy.
 std::optional<CarriedFields> selectFields(const ExifDirectories& source) {
     const auto isCarriedFromMain = [](std::uint16_t tag) { return lists(carriedMainTags, tag); };
     const auto isCarried = [](std::uint16_t tag) { return !lists(droppedTags, tag); };

@@ -1,5 +1,5 @@
-// ExifBlock: the EXIF of a source as far as the encoder needs it, in either byte order.
-// (ExifTagReader is another, deliberately narrow reader, and alone decides turning.)
+// ExifBlock: reads the EXIF block of a source, in either byte order, and makes that of a JPEG file.
+// ExifTagReader is a separate, simpler reader; it alone decides whether a picture is turned.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -9,20 +9,22 @@
 
 namespace kestrine {
 
-/// What decoders want to know of a block; absent or broken entries are empty.
+/// What decoders use of a block. Missing and damaged entries are empty.
 struct ExifFacts {
     std::optional<Resolution> resolution; ///< from XResolution, YResolution, ResolutionUnit of IFD0
-    bool isAdobeRGB = false;              ///< ColorSpace 2, or uncalibrated with interoperability index "R03"
+    bool isAdobeRGB = false; ///< ColorSpace is 2, or uncalibrated with interoperability index "R03"
 };
 
-/// `block` begins with the TIFF header. Never fails: what cannot be read is absent.
+/// `block` begins with the TIFF header. Never fails; what cannot be read is empty.
 ExifFacts readExifFacts(ByteView block);
 
-/// The block to put into an output JPEG of width x height pixels: big-endian; the Exif sub-IFD without
-/// MakerNote, interoperability, and from IFD0 description, make, model, software, dates, artist, copyright;
-/// no GPS, no thumbnail; PixelXDimension and PixelYDimension set to the output's; Orientation 1 when
-/// `turned`, else as in the source. What would not fit a segment goes, largest value first. Empty when the
-/// source block holds nothing to carry.
+/// The block for a JPEG file of width x height pixels, in big-endian order. It has
+///  - from IFD0: description, make, model, orientation, software, date, artist and copyright;
+///  - the Exif sub-IFD without MakerNote, and the interoperability IFD;
+///  - PixelXDimension and PixelYDimension of the result, and Orientation 1 if it was `turned`;
+///  - no GPS data and no thumbnail.
+/// If the block is too large for a segment, the largest values are left out. Empty if the source has nothing
+/// to copy.
 Bytes carriedExif(ByteView block, std::uint32_t width, std::uint32_t height, bool turned);
 
 } // namespace kestrine

@@ -1,5 +1,5 @@
 // ExifDirectory: the entries of one directory of an EXIF block, in either byte order.
-// Entries are views into the block, each checked to lie inside it; nothing is copied.
+// Entries are views into the block and always lie inside it; nothing is copied.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -9,7 +9,7 @@
 
 namespace kestrine {
 
-/// Field types of TIFF that have a meaning of their own here.
+/// Field types of TIFF that are used by name.
 enum ExifType : std::uint16_t {
     exifText = 2,
     exifShort = 3,
@@ -18,36 +18,36 @@ enum ExifType : std::uint16_t {
     exifPointer = 13, ///< a long that is the offset of a directory
 };
 
-/// Size in bytes of one value, and the size of the units whose bytes are in the block's order.
+/// Size in bytes of one value, and of the units in it that have the byte order of the block.
 struct ExifTypeSize {
     std::uint8_t value;
     std::uint8_t unit;
 };
 
-/// The sizes of types 1 to 13; nothing for any other.
+/// The sizes for types 1 to 13; nothing for other types.
 std::optional<ExifTypeSize> exifTypeSize(std::uint16_t type);
 
 struct ExifEntry {
     std::uint16_t type;
     std::uint32_t count;
-    ByteView value; ///< count values as the block has them
+    ByteView value; ///< `count` values, in the byte order of the block
 };
 
-/// By tag. Of two entries with one tag the later counts, as it does for ExifTagReader.
+/// The entries by tag. If a tag occurs twice, the last entry counts, as in ExifTagReader.
 using ExifDirectory = std::map<std::uint16_t, ExifEntry>;
 
-/// A block with a sound header. The bytes must outlive it.
+/// The directories of a block with a valid header. The block must outlive this.
 class ExifDirectories {
 public:
-    /// Nothing unless `block` begins with "MM" or "II" and the number 42 in that order.
+    /// Nothing unless `block` begins with "MM" or "II" and the number 42 in that byte order.
     static std::optional<ExifDirectories> of(ByteView block);
 
     bool isBigEndian() const { return isBigEndian_; }
 
-    /// The main directory; empty when it lies outside.
+    /// The main directory; empty if it lies outside the block.
     ExifDirectory main() const { return directoryAt(mainOffset_); }
 
-    /// The directory that the entry `tag` of `parent` points to; empty when there is no such pointer.
+    /// The directory that the entry `tag` of `parent` points to; empty if there is no such pointer.
     ExifDirectory child(const ExifDirectory& parent, std::uint16_t tag) const;
 
     /// The first value of `tag` as a number: a short, a long, or a rational with a denominator other than 0.
@@ -58,7 +58,7 @@ private:
 
     ExifDirectory directoryAt(std::uint64_t offset) const;
     std::optional<ExifEntry> entryAt(std::size_t position) const;
-    /// `bytes`, at most four of them, as an unsigned number in the block's order.
+    /// `bytes`, at most four, as an unsigned number in the byte order of the block.
     std::uint32_t unsignedOf(ByteView bytes) const;
 
     ByteView block_;

@@ -3,6 +3,7 @@
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/ForwardReader.h"
+#include "platform/imageio/HeldReader.h"
 #include "platform/imageio/gif/CodeCheck.h"
 
 #include <algorithm>
@@ -155,8 +156,9 @@ RowFormat formatOf(const Layout& layout) {
 
 class Rows final : public RowSource {
 public:
-    /// `check` is another stream of the same file.
-    Rows(std::unique_ptr<Stream> stream, std::unique_ptr<Stream> check, std::shared_ptr<DamageRecord> damage);
+    /// `stream` is one of the file that `reader` reads.
+    Rows(std::unique_ptr<Stream> stream, std::shared_ptr<const ByteReader> reader,
+         std::shared_ptr<DamageRecord> damage);
 
     Result<void> readRow(std::span<std::uint8_t> row) override;
 
@@ -165,7 +167,10 @@ private:
     Result<void> readInterlaced();
     void paint(std::span<const std::uint8_t> indices, std::span<std::uint8_t> pixels) const;
 
-    const std::unique_ptr<Stream> stream_, check_;
+    void checkCodes() const;
+
+    const std::unique_ptr<Stream> stream_;
+    const std::shared_ptr<const ByteReader> reader_;
     const std::shared_ptr<DamageRecord> damage_;
     const Layout& layout_;
     std::array<std::array<std::uint8_t, 4>, 256> pixelOfIndex_; ///< red, green, blue, alpha
@@ -175,9 +180,9 @@ private:
 };
 
 /// Indices outside the colour table are black.
-Rows::Rows(std::unique_ptr<Stream> stream, std::unique_ptr<Stream> check,
+Rows::Rows(std::unique_ptr<Stream> stream, std::shared_ptr<const ByteReader> reader,
            std::shared_ptr<DamageRecord> damage)
-    : RowSource(formatOf(stream->layout())), stream_(std::move(stream)), check_(std::move(check)),
+    : RowSource(formatOf(stream->layout())), stream_(std::move(stream)), reader_(std::move(reader)),
       damage_(std::move(damage)), layout_(stream_->layout()), indices_(layout_.width) {
     pixelOfIndex_.fill({0, 0, 0, 255});
     for (std::size_t i = 0; 3 * i < layout_.colors.size(); ++i)
@@ -192,11 +197,18 @@ Result<void> Rows::readRow(std::span<std::uint8_t> row) {
     if (y < layout_.top || y - layout_.top >= layout_.height)
         return {};
     TRY(readIndices());
-    if (next_ == layout_.top + layout_.height && !check_->hasSoundCodes())
-        damage_->note({Reason::malformed, "the GIF picture is damaged: it has codes without a meaning"});
+    if (next_ == layout_.top + layout_.height)
+        checkCodes();
     const std::size_t bytesPerPixel = format().bytesPerPixel();
     paint(indices_, row.subspan(layout_.left * bytesPerPixel, layout_.width * bytesPerPixel));
     return {};
+}
+
+/// Reads the codes once more, since giflib delivers either codes or indices.
+void Rows::checkCodes() const {
+    const Result<std::unique_ptr<Stream>> stream = Stream::open(reader_);
+    if (!stream || !(*stream)->hasSoundCodes())
+        damage_->note({Reason::malformed, "the GIF picture is damaged: it has codes without a meaning"});
 }
 
 /// Fills indices_ with the next row from the top.
@@ -234,27 +246,36 @@ void Rows::paint(std::span<const std::uint8_t> indices, std::span<std::uint8_t> 
 
 class Decoder final : public ImageDecoder {
 public:
-    Decoder(std::shared_ptr<const ByteReader> reader, const Layout& layout)
-        : reader_(std::move(reader)), colors_(layout.colors) {
-        frames_.push_back({formatOf(layout), {}, {}, false});
+    Decoder(std::shared_ptr<const ByteReader> reader, std::unique_ptr<Stream> stream)
+        : reader_(std::move(reader)), colors_(stream->layout().colors) {
+        frames_.push_back({formatOf(stream->layout()), {}, {}, false});
+        stream_.hold(std::move(stream));
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        std::unique_ptr<Stream> stream = TRY(Stream::open(reader_));
+        std::unique_ptr<Stream> stream = TRY(streamAtPixels());
         const Layout& layout = stream->layout();
-        if (formatOf(layout) != frames_[0].format)
-            return Failure{Reason::malformed, "the GIF file changed while it was read"};
         if (std::uint64_t{layout.width} * layout.height / maximumPixelsPerByte > reader_->size())
             return Failure{Reason::truncated, "the GIF file is too short for its pixels"};
-        std::unique_ptr<Stream> check = TRY(Stream::open(reader_));
-        return RowSourcePointer(std::make_unique<Rows>(std::move(stream), std::move(check), damage_));
+        return RowSourcePointer(std::make_unique<Rows>(std::move(stream), reader_, damage_));
     }
 
     Result<Bytes> colorTable() const override { return colors_; }
 
 private:
+    Result<std::unique_ptr<Stream>> streamAtPixels() const {
+        std::unique_ptr<Stream> stream = stream_.take();
+        if (stream != nullptr)
+            return stream;
+        stream = TRY(Stream::open(reader_));
+        if (formatOf(stream->layout()) != frames_[0].format)
+            return Failure{Reason::malformed, "the GIF file changed while it was read"};
+        return stream;
+    }
+
     const std::shared_ptr<const ByteReader> reader_;
     const Bytes colors_;
+    mutable HeldReader<Stream> stream_;
 };
 
 bool recognises(ByteView head) {
@@ -268,7 +289,7 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
     const Layout& layout = stream->layout();
     if (!formatOf(layout).isWithinLimits())
         return Failure{Reason::tooLarge, "the GIF picture has too many pixels"};
-    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), layout));
+    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), std::move(stream)));
 }
 
 } // namespace

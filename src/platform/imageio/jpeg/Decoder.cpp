@@ -2,8 +2,8 @@
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/FallbackRows.h"
+#include "platform/imageio/HeldReader.h"
 #include "platform/imageio/exif/ExifBlock.h"
-#include "platform/imageio/jpeg/LibraryReader.h"
 #include "platform/imageio/jpeg/LibraryRows.h"
 #ifdef KESTRINE_OWN_JPEG_DECODER
 #include "platform/imageio/jpeg/own/BaselineRows.h"
@@ -35,33 +35,45 @@ class Decoder final : public ImageDecoder {
 public:
     static Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader,
                                                       DecoderChoice choice) {
-        LibraryReader header(reader);
-        TRY(header.readHeader({exifSegment, profileSegment}));
-        std::unique_ptr<Decoder> decoder(new Decoder(std::move(reader), choice));
-        TRY(decoder->describe(header));
+        auto file = std::make_unique<LibraryReader>(reader);
+        TRY(file->readHeader({exifSegment, profileSegment}));
+        std::unique_ptr<Decoder> decoder(new Decoder(std::move(reader)));
+        TRY(decoder->describe(*file));
+        decoder->keepHeader(std::move(file), choice);
         return std::unique_ptr<ImageDecoder>(std::move(decoder));
     }
 
     Result<RowSourcePointer> rows(std::size_t frame, int eighths) const override {
         const RowFormat format = frames_[frame].format;
-        if (isCMYK_)
-            return openLibraryRows(reader_, format, eighths, damage_, inkConverter());
-        const auto openLibrary = [reader = reader_, format, eighths, damage = damage_] {
-            return openLibraryRows(reader, format, eighths, damage);
-        };
+        std::unique_ptr<ForeignConverter> inks = isCMYK_ ? inkConverter() : nullptr;
+        if (std::unique_ptr<LibraryReader> file = file_.take())
+            return openLibraryRows(std::move(file), format, eighths, damage_, std::move(inks));
 #ifdef KESTRINE_OWN_JPEG_DECODER
-        if (choice_ == DecoderChoice::ownFirst)
-            if (Result<RowSourcePointer> own = jpeg::openBaselineRows(reader_, eighths); own)
-                return rowsWithFallback(std::move(*own), openLibrary);
+        if (ownHeader_)
+            if (Result<RowSourcePointer> own = openBaselineRows(reader_, *ownHeader_, eighths); own)
+                return rowsWithFallback(std::move(*own),
+                                        [reader = reader_, format, eighths, damage = damage_] {
+                                            return openLibraryRows(reader, format, eighths, damage);
+                                        });
 #endif
-        return openLibrary();
+        return openLibraryRows(reader_, format, eighths, damage_, std::move(inks));
     }
 
     Result<Bytes> exif() const override { return exif_; }
 
 private:
-    Decoder(std::shared_ptr<const ByteReader> reader, DecoderChoice choice)
-        : reader_(std::move(reader)), choice_(choice) {}
+    explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
+
+    /// Keeps of `file`, whose header has been read, what the decoder of the pixels needs.
+    void keepHeader(std::unique_ptr<LibraryReader> file, [[maybe_unused]] DecoderChoice choice) {
+#ifdef KESTRINE_OWN_JPEG_DECODER
+        if (choice == DecoderChoice::ownFirst)
+            ownHeader_ = frameHeaderOf(*file);
+        if (ownHeader_)
+            return;
+#endif
+        file_.hold(std::move(file));
+    }
 
     Result<void> describe(LibraryReader& header) {
         const jpeg_decompress_struct& info = header.info;
@@ -141,7 +153,10 @@ private:
     }
 
     const std::shared_ptr<const ByteReader> reader_;
-    [[maybe_unused]] const DecoderChoice choice_;
+#ifdef KESTRINE_OWN_JPEG_DECODER
+    std::optional<FrameHeader> ownHeader_; ///< of the files that our own decoder supports
+#endif
+    mutable HeldReader<LibraryReader> file_; ///< of all other files
     Bytes exif_;
     Bytes inkProfile_;
     bool isCMYK_ = false;

@@ -18,6 +18,9 @@ public:
     /// Reads up to the first scan. `keptSegments` are the numbers n of the APPn segments to keep.
     Result<void> readHeader(std::initializer_list<int> keptSegments = {});
 
+    /// Offset in the file of the next byte that the library will use.
+    std::uint64_t position() const { return input_.offset - input_.manager.bytes_in_buffer; }
+
     /// Why some of the pixels decoded so far had to be made up; nothing if none had. Decompression must have
     /// begun.
     std::optional<Failure> damage();

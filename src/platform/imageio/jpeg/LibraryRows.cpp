@@ -1,7 +1,5 @@
 #include "platform/imageio/jpeg/LibraryRows.h"
 
-#include "platform/imageio/jpeg/LibraryReader.h"
-
 namespace kestrine::jpeg {
 
 namespace {
@@ -41,12 +39,9 @@ private:
 
 } // namespace
 
-Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
-                                         const RowFormat& fullFormat, int eighths,
-                                         std::shared_ptr<DamageRecord> damage,
+Result<RowSourcePointer> openLibraryRows(std::unique_ptr<LibraryReader> file, const RowFormat& fullFormat,
+                                         int eighths, std::shared_ptr<DamageRecord> damage,
                                          std::unique_ptr<ForeignConverter> inks) {
-    auto file = std::make_unique<LibraryReader>(std::move(reader));
-    TRY(file->readHeader());
     jpeg_decompress_struct& info = file->info;
     info.scale_num = static_cast<unsigned>(eighths);
     info.scale_denom = 8;
@@ -60,6 +55,15 @@ Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reade
     format.height = info.output_height;
     return RowSourcePointer(
         std::make_unique<LibraryRows>(std::move(file), format, std::move(damage), std::move(inks)));
+}
+
+Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
+                                         const RowFormat& fullFormat, int eighths,
+                                         std::shared_ptr<DamageRecord> damage,
+                                         std::unique_ptr<ForeignConverter> inks) {
+    auto file = std::make_unique<LibraryReader>(std::move(reader));
+    TRY(file->readHeader());
+    return openLibraryRows(std::move(file), fullFormat, eighths, std::move(damage), std::move(inks));
 }
 
 } // namespace kestrine::jpeg

@@ -4,14 +4,19 @@
 
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/RowSource.h"
-#include "platform/host/files/ByteReader.h"
 #include "platform/imageio/DamageRecord.h"
+#include "platform/imageio/jpeg/LibraryReader.h"
 
 namespace kestrine::jpeg {
 
-/// Starts decoding at `eighths` (8, 4, 2 or 1) of the full size. `fullFormat` is the format at full size.
-/// Made-up pixels are noted in `damage`. `inks` converts the four channels of CMYK pictures to RGB, and is
-/// null for all others.
+/// Starts decoding `file`, whose header has been read, at `eighths` (8, 4, 2 or 1) of the full size.
+/// `fullFormat` is the format at full size. Made-up pixels are noted in `damage`. `inks` converts the four
+/// channels of CMYK pictures to RGB, and is null for all others.
+Result<RowSourcePointer> openLibraryRows(std::unique_ptr<LibraryReader> file, const RowFormat& fullFormat,
+                                         int eighths, std::shared_ptr<DamageRecord> damage,
+                                         std::unique_ptr<ForeignConverter> inks = nullptr);
+
+/// Reads the header first.
 Result<RowSourcePointer> openLibraryRows(std::shared_ptr<const ByteReader> reader,
                                          const RowFormat& fullFormat, int eighths,
                                          std::shared_ptr<DamageRecord> damage,

@@ -2,6 +2,7 @@
 // (fast/) and libpng.
 #include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/HeldReader.h"
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/png/LibraryReader.h"
 #include "platform/imageio/png/LibraryRows.h"
@@ -21,11 +22,10 @@ constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', '\r', '\
 constexpr std::uint64_t maximumDeflateRatio = 1032;
 constexpr std::uint64_t maximumExifBytes = 1 << 20;
 
-/// The content of the eXIf chunk; empty when there is none. Searches only the chunks before the pixels, or
-/// also those after them if `afterPixelsToo`.
-Bytes exifChunk(const ByteReader& reader, bool afterPixelsToo) {
+/// The content of the eXIf chunk; empty when there is none. Searches the chunks from `position` on, up to the
+/// pixels or, if `passesPixels`, up to the last chunk.
+Bytes exifChunk(const ByteReader& reader, std::uint64_t position, bool passesPixels) {
     constexpr int maximumChunks = 1 << 20;
-    std::uint64_t position = signature.size();
     std::array<std::uint8_t, 8> head;
     for (int i = 0; i < maximumChunks && reader.readAt(position, head) == head.size(); ++i) {
         const std::uint64_t length = bigEndian(std::span(head).first(4));
@@ -34,7 +34,7 @@ Bytes exifChunk(const ByteReader& reader, bool afterPixelsToo) {
             Bytes block(length);
             return reader.readAt(position + 8, block) == length ? block : Bytes{};
         }
-        if (name == "IEND" || (name == "IDAT" && !afterPixelsToo))
+        if (name == "IEND" || (name == "IDAT" && !passesPixels))
             break;
         position += 12 + length;
     }
@@ -127,20 +127,20 @@ Bytes storedColorTable(const LibraryReader& file) {
 
 class Decoder final : public ImageDecoder {
 public:
-    Decoder(std::shared_ptr<const ByteReader> reader, const LibraryReader& file)
-        : reader_(std::move(reader)), colorTable_(storedColorTable(file)) {
-        const RowFormat format = file.format();
-        const ExifFacts exif = readExifFacts(exifChunk(*reader_, false));
+    /// The header of `file` must have been read.
+    Decoder(std::shared_ptr<const ByteReader> reader, std::unique_ptr<LibraryReader> file)
+        : reader_(std::move(reader)), exifBeforePixels_(exifChunk(*reader_, signature.size(), false)),
+          offsetOfPixels_(file->offsetOfPixels()), colorTable_(storedColorTable(*file)) {
+        const RowFormat format = file->format();
+        const ExifFacts exif = readExifFacts(exifBeforePixels_);
         const Resolution resolution =
-            exif.resolution ? *exif.resolution : storedResolution(file).value_or(Resolution{});
-        frames_.push_back({format, resolution, storedProfile(file, format.model, exif)});
+            exif.resolution ? *exif.resolution : storedResolution(*file).value_or(Resolution{});
+        frames_.push_back({format, resolution, storedProfile(*file, format.model, exif)});
+        file_.hold(std::move(file));
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        auto file = std::make_unique<LibraryReader>(reader_);
-        TRY(file->readHeader());
-        if (!(file->format() == frames_.front().format))
-            return Failure{Reason::malformed, "the PNG picture changed while it was read"};
+        std::unique_ptr<LibraryReader> file = TRY(fileAtPixels());
         if (file->lacksTransparency())
             damage_->note({Reason::malformed, "the PNG picture is damaged: its transparency is lost"});
         if (RowSourcePointer fast = openFastRows(*file, reader_))
@@ -148,13 +148,29 @@ public:
         return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file)));
     }
 
-    Result<Bytes> exif() const override { return exifChunk(*reader_, true); }
+    Result<Bytes> exif() const override {
+        return exifBeforePixels_.empty() ? exifChunk(*reader_, offsetOfPixels_, true) : exifBeforePixels_;
+    }
 
     Result<Bytes> colorTable() const override { return colorTable_; }
 
 private:
+    Result<std::unique_ptr<LibraryReader>> fileAtPixels() const {
+        std::unique_ptr<LibraryReader> file = file_.take();
+        if (file != nullptr)
+            return file;
+        file = std::make_unique<LibraryReader>(reader_);
+        TRY(file->readHeader());
+        if (!(file->format() == frames_.front().format))
+            return Failure{Reason::malformed, "the PNG picture changed while it was read"};
+        return file;
+    }
+
     const std::shared_ptr<const ByteReader> reader_;
+    const Bytes exifBeforePixels_;
+    const std::uint64_t offsetOfPixels_; ///< in the file
     const Bytes colorTable_;
+    mutable HeldReader<LibraryReader> file_;
 };
 
 bool recognises(ByteView head) {
@@ -162,15 +178,15 @@ bool recognises(ByteView head) {
 }
 
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
-    LibraryReader file(reader);
-    TRY(file.readHeader());
-    if (!file.format().isWithinLimits())
+    auto file = std::make_unique<LibraryReader>(reader);
+    TRY(file->readHeader());
+    if (!file->format().isWithinLimits())
         return Failure{Reason::tooLarge, "the PNG picture has too many pixels"};
-    if (file.storedBytes() > maximumDeflateRatio * reader->size())
+    if (file->storedBytes() > maximumDeflateRatio * reader->size())
         return Failure{Reason::truncated, "the PNG file is too short for its pixels"};
-    if (file.isInterlaced() && !file.format().canBeBuffered())
+    if (file->isInterlaced() && !file->format().canBeBuffered())
         return Failure{Reason::tooLarge, "the PNG picture is interlaced and too large to be held in memory"};
-    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), file));
+    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), std::move(file)));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // TIFF through libtiff: every page a frame, the main picture first. Orientation is not applied.
 // Rows stream, and a page that turns out damaged or cut short is a failure.
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/HeldReader.h"
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/tiff/Exif.h"
 #include "platform/imageio/tiff/PageList.h"
@@ -24,46 +25,54 @@ std::optional<ColorProfile> deliveredProfile(const Page& page, bool isAdobeRGB) 
 
 class Decoder final : public ImageDecoder {
 public:
-    Decoder(std::shared_ptr<const ByteReader> reader, Structure structure)
-        : reader_(std::move(reader)), structure_(std::move(structure)) {}
+    explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
 
     /// Pages that cannot be shown are left out, but for the main picture: without it the file gives nothing.
-    Result<void> readPages(const std::vector<ListedPage>& listed) {
+    Result<void> readPages(const Structure& structure, const std::vector<ListedPage>& listed) {
         for (const ListedPage& place : listed) {
-            Result<Page> page = readPage(place.directory);
-            if (!page && pages_.empty())
-                return page.failure();
-            if (page)
-                add(std::move(*page), place);
+            if (Result<void> read = readPage(structure, place); !read && pages_.empty())
+                return read;
         }
-        mainPage_ = listed.front();
         return {};
     }
 
     Result<RowSourcePointer> rows(std::size_t frame, int) const override {
-        return rowsOfTIFF(input(), pages_[frame]);
+        const FileOpener openFile = [this, frame]() -> Result<std::unique_ptr<File>> {
+            if (frame == 0)
+                if (std::unique_ptr<File> file = mainFile_.take())
+                    return file;
+            return reopenPage(input(), *pages_[frame]);
+        };
+        return rowsOfTIFF(openFile, pages_[frame]);
     }
 
-    Result<Bytes> exif() const override { return exifOf(mainPage_); }
+    Result<Bytes> exif() const override { return exif_; }
 
     Result<Bytes> colorTable() const override { return pages_.front()->colors; }
 
 private:
     Input input() const { return {reader_, damage_}; }
 
-    Result<Page> readPage(std::uint64_t directory) const {
-        const std::unique_ptr<File> file = TRY(File::open(input(), directory));
-        return tiff::readPage(*file, directory);
+    Result<void> readPage(const Structure& structure, const ListedPage& place) {
+        std::unique_ptr<File> file = TRY(File::open(input(), place.directory));
+        Page page = TRY(tiff::readPage(*file, place.directory));
+        Bytes exif = exifOf(structure, place);
+        const bool isMain = pages_.empty();
+        add(std::move(page), readExifFacts(exif).isAdobeRGB);
+        if (isMain) {
+            exif_ = std::move(exif);
+            mainFile_.hold(std::move(file));
+        }
+        return {};
     }
 
     /// Of a sub-page that has none, that of its page.
-    Bytes exifOf(const ListedPage& page) const {
-        Bytes exif = exifOfTIFF(structure_, page.directory);
-        return exif.empty() && page.parent != 0 ? exifOfTIFF(structure_, page.parent) : exif;
+    static Bytes exifOf(const Structure& structure, const ListedPage& page) {
+        Bytes exif = exifOfTIFF(structure, page.directory);
+        return exif.empty() && page.parent != 0 ? exifOfTIFF(structure, page.parent) : exif;
     }
 
-    void add(Page page, const ListedPage& place) {
-        const bool isAdobeRGB = readExifFacts(exifOf(place)).isAdobeRGB;
+    void add(Page page, bool isAdobeRGB) {
         frames_.push_back({.format = page.format,
                            .resolution = page.resolution,
                            .profile = deliveredProfile(page, isAdobeRGB),
@@ -72,18 +81,18 @@ private:
     }
 
     const std::shared_ptr<const ByteReader> reader_;
-    const Structure structure_;
-    ListedPage mainPage_;
+    Bytes exif_;                                     ///< of frame 0
+    mutable HeldReader<File> mainFile_;              ///< at the page of frame 0
     std::vector<std::shared_ptr<const Page>> pages_; ///< by frame
 };
 
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     if (const Result<Functions>& library = tiffFunctions(); !library)
         return library.failure();
-    Structure structure(reader);
+    const Structure structure(reader);
     const std::vector<ListedPage> listed = TRY(listPages(structure));
-    auto decoder = std::make_unique<Decoder>(std::move(reader), std::move(structure));
-    TRY(decoder->readPages(listed));
+    auto decoder = std::make_unique<Decoder>(std::move(reader));
+    TRY(decoder->readPages(structure, listed));
     return std::unique_ptr<ImageDecoder>(std::move(decoder));
 }
 

@@ -52,7 +52,7 @@ struct Page {
 /// rendered rows. unsupported for what cannot be shown; every size is checked.
 Result<Page> readPage(const File& file, std::uint64_t directory);
 
-/// The file opened once more at `page`; malformed when it says something else by now.
+/// Opens the file again at `page`. Fails with reason "malformed" when the page has changed.
 Result<std::unique_ptr<File>> reopenPage(const Input& input, const Page& page);
 
 } // namespace kestrine::tiff

@@ -77,9 +77,8 @@ private:
 
 } // namespace
 
-Result<RowSourcePointer> renderedRowsOfTIFF(const Input& input, std::shared_ptr<const Page> page) {
-    std::unique_ptr<File> file = TRY(reopenPage(input, *page));
-    return RowSourcePointer(std::make_unique<RenderedRows>(std::move(file), std::move(page)));
+RowSourcePointer renderedRowsOfTIFF(std::unique_ptr<File> file, std::shared_ptr<const Page> page) {
+    return std::make_unique<RenderedRows>(std::move(file), std::move(page));
 }
 
 } // namespace kestrine::tiff

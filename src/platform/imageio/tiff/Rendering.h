@@ -5,7 +5,7 @@
 
 namespace kestrine::tiff {
 
-/// The rows of a page whose color is Color::rendered.
-Result<RowSourcePointer> renderedRowsOfTIFF(const Input& input, std::shared_ptr<const Page> page);
+/// The rows of a page whose color is Color::rendered. `file` is at `page`.
+RowSourcePointer renderedRowsOfTIFF(std::unique_ptr<File> file, std::shared_ptr<const Page> page);
 
 } // namespace kestrine::tiff

@@ -164,7 +164,7 @@ private:
 };
 
 /// One opened plane for each that matters.
-Result<Planes> openPlanes(const Input& input, const Page& page) {
+Result<Planes> openPlanes(const FileOpener& openFile, const Page& page) {
     Planes planes(page.planes());
     const std::uint64_t bits =
         std::uint64_t{page.format.width} * page.bits * (page.isPlanar ? 1 : page.samples);
@@ -172,7 +172,8 @@ Result<Planes> openPlanes(const Input& input, const Page& page) {
         const bool isIgnored = plane >= page.colorSamples() && static_cast<int>(plane) != page.alpha;
         if (page.isPlanar && isIgnored)
             continue;
-        std::unique_ptr<StoredRows> rows = TRY(StoredRows::open(input, page, plane));
+        std::unique_ptr<File> file = TRY(openFile());
+        std::unique_ptr<StoredRows> rows = StoredRows::create(std::move(file), page, plane);
         if (rows->rowBytes() < (bits + 7) / 8)
             return Failure{Reason::malformed, "the TIFF picture has rows that are too short for its pixels"};
         planes[plane] = std::move(rows);
@@ -202,13 +203,15 @@ Share sharesOf(const Page& page, const StoredRows& rows) {
 
 } // namespace
 
-Result<RowSourcePointer> rowsOfTIFF(const Input& input, const std::shared_ptr<const Page>& page) {
-    if (page->color == Color::rendered)
-        return renderedRowsOfTIFF(input, page);
+Result<RowSourcePointer> rowsOfTIFF(const FileOpener& openFile, const std::shared_ptr<const Page>& page) {
+    if (page->color == Color::rendered) {
+        std::unique_ptr<File> file = TRY(openFile());
+        return renderedRowsOfTIFF(std::move(file), page);
+    }
     std::vector<RowSourcePointer> parts;
     Share share;
     do {
-        Planes planes = TRY(openPlanes(input, *page));
+        Planes planes = TRY(openPlanes(openFile, *page));
         if (parts.empty())
             share = sharesOf(*page, *planes.front());
         share.part = static_cast<std::uint32_t>(parts.size());

@@ -72,8 +72,7 @@ private:
 
 } // namespace
 
-Result<std::unique_ptr<StoredRows>> StoredRows::open(const Input& input, const Page& page, unsigned plane) {
-    std::unique_ptr<File> file = TRY(reopenPage(input, page));
+std::unique_ptr<StoredRows> StoredRows::create(std::unique_ptr<File> file, const Page& page, unsigned plane) {
     const Functions& library = file->library();
     if (page.tileWidth) {
         const std::size_t across = (page.format.width + page.tileWidth - 1) / page.tileWidth;

@@ -8,8 +8,8 @@ namespace kestrine::tiff {
 /// Used by one thread at a time. Holds a strip, a row of tiles, or one row of a large strip.
 class StoredRows {
 public:
-    /// A plane is a sample when the page is planar, else there is plane 0 only.
-    static Result<std::unique_ptr<StoredRows>> open(const Input& input, const Page& page, unsigned plane);
+    /// `file` is at `page`. A plane is a sample when the page is planar, else there is plane 0 only.
+    static std::unique_ptr<StoredRows> create(std::unique_ptr<File> file, const Page& page, unsigned plane);
     virtual ~StoredRows() = default;
 
     /// Row `y`, packed, in the machine's byte order; valid until the next call. Rows are asked for from top

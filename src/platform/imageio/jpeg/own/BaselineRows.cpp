@@ -95,9 +95,10 @@ private:
 
 } // namespace
 
-Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, int eighths) {
+Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
+                                          int eighths) {
     BorrowedDecoder decoder = borrowDecoder();
-    TRY(decoder->start(std::move(reader), eighths));
+    TRY(decoder->start(std::move(reader), header, eighths));
     return RowSourcePointer(std::make_unique<BaselineRows>(std::move(decoder), eighths > 1));
 }
 

@@ -4,11 +4,12 @@
 
 #include "platform/coregraphics/RowSource.h"
 #include "platform/host/files/ByteReader.h"
+#include "platform/imageio/jpeg/own/FrameHeader.h"
 
 namespace kestrine::jpeg {
 
-/// Starts decoding at `eighths` (8, 4, 2 or 1) of the full size. Fails with reason "refused", here or at any
-/// row, when this decoder does not support the file.
+/// Starts decoding at `eighths` (8, 4, 2 or 1) of the full size. `header` is that of the file. Fails with
+/// reason "refused", here or at any row, when this decoder does not support the file.
 ///
 /// The rows delivered before a failure equal those of libjpeg-turbo ("the library"), so the library can
 /// deliver the remaining rows. Proof:
@@ -24,6 +25,7 @@ namespace kestrine::jpeg {
 ///     damage can change.
 ///  5. A row is delivered only after all MCUs of its band were decoded completely, and also those of the next
 ///     band if chroma is smoothed across the border. No later MCU contributes to the row.
-Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, int eighths);
+Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
+                                          int eighths);
 
 } // namespace kestrine::jpeg

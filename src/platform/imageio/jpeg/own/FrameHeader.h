@@ -1,11 +1,12 @@
 // FrameHeader: the content of a JPEG file before its scan, as far as our own decoder supports it.
-// The reader accepts only what nearly all cameras write. Refused files are decoded by libjpeg-turbo.
+// Only what nearly all cameras write is accepted. libjpeg-turbo decodes all other files.
 #pragma once
 
-#include "platform/host/files/ByteReader.h"
+#include "platform/imageio/jpeg/LibraryReader.h"
 
 #include <array>
 #include <optional>
+#include <span>
 
 namespace kestrine::jpeg {
 
@@ -27,7 +28,6 @@ struct HuffmanCode {
 };
 
 struct Component {
-    std::uint8_t identifier = 0;
     std::uint8_t horizontal = 1, vertical = 1; ///< sampling factors: 1, 2 or 4; blocks per MCU
     std::uint8_t quantisation = 0;             ///< number of its table, which exists
     std::uint8_t dcCode = 0, acCode = 0;       ///< numbers of its codes, which exist
@@ -54,8 +54,8 @@ struct FrameHeader {
     int blocksPerMCU() const;
 };
 
-/// Reads from the first byte up to the scan. Fails with reason "refused" when our own decoder does not
-/// support the file; the file may still be valid.
-Result<FrameHeader> readFrameHeader(std::shared_ptr<const ByteReader> reader);
+/// The header of `file`, which must have been read. None when our own decoder does not support the file; the
+/// file may still be valid.
+std::optional<FrameHeader> frameHeaderOf(const LibraryReader& file);
 
 } // namespace kestrine::jpeg

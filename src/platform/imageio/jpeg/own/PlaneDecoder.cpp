@@ -25,8 +25,9 @@ void Plane::prepare(const PlaneGeometry& geometry, const Component& component, s
     samples_.resize(stride_ * (rowsPerBand_ + 1));
 }
 
-Result<void> PlaneDecoder::start(std::shared_ptr<const ByteReader> reader, int eighths) {
-    header_ = TRY(readFrameHeader(reader));
+Result<void> PlaneDecoder::start(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
+                                 int eighths) {
+    header_ = header;
     eighths_ = eighths;
     mcusAcross_ = quotientRoundedUp(header_.width, header_.horizontalFactor() * 8);
     bands_ = quotientRoundedUp(header_.height, header_.verticalFactor() * 8);

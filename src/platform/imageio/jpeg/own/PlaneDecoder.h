@@ -33,13 +33,13 @@ private:
     Bytes samples_;
 };
 
-/// Decodes the files that readFrameHeader() accepts. Fails with reason "refused" where the scan is damaged or
+/// Decodes the files that frameHeaderOf() accepts. Fails with reason "refused" where the scan is damaged or
 /// unusual; the bands decoded before equal those of libjpeg-turbo (BaselineRows.h explains why). Can be
 /// started any number of times, for different files.
 class PlaneDecoder {
 public:
-    /// Reads the header and prepares for the first band. `eighths` is 8, 4, 2 or 1.
-    Result<void> start(std::shared_ptr<const ByteReader> reader, int eighths);
+    /// Prepares for the first band of the file that has this header. `eighths` is 8, 4, 2 or 1.
+    Result<void> start(std::shared_ptr<const ByteReader> reader, const FrameHeader& header, int eighths);
 
     /// Size of the picture in pixels.
     std::uint32_t width() const { return reducedSide(header_.width, eighths_); }

@@ -5,6 +5,7 @@
 #include "platform/imageio/jpeg/LibraryRows.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
+#include "tests/platform/imageio/jpeg/own/BothDecoders.h"
 #include "tests/support/Pictures.h"
 
 #include <future>
@@ -14,6 +15,7 @@ namespace kestrine::jpeg {
 
 using testing::JPEGRecipe;
 using testing::makeJPEG;
+using testing::ownRows;
 
 namespace {
 
@@ -28,7 +30,7 @@ Result<PixelBuffer> all(Result<RowSourcePointer> rows) {
     const auto reader = readerOfBytes(makeJPEG(recipe));
     const RowFormat format{recipe.width, recipe.height, recipe.isGrey ? ColorModel::gray : ColorModel::rgb};
     for (const int eighths : scales) {
-        const Result<PixelBuffer> ours = all(jpeg::openBaselineRows(reader, eighths));
+        const Result<PixelBuffer> ours = all(ownRows(reader, eighths));
         const Result<PixelBuffer> theirs =
             all(jpeg::openLibraryRows(reader, format, eighths, std::make_shared<DamageRecord>()));
         if (!ours || !theirs)
@@ -73,20 +75,30 @@ TEST(BaselineRows, areReadFirstUnlessOnlyTheLibraryMayDecode) {
     EXPECT_FALSE(readsWithOurDecoder(baseline, DecoderChoice::libraryOnly));
 }
 
+TEST(BaselineRows, areReadWithoutTheHeaderEachTime) {
+    const Bytes file = makeJPEG({});
+    const auto reader = std::make_shared<RecordingReader>(file);
+    const auto decoder = *openDecoder(reader, DecoderChoice::ownFirst);
+    reader->offsets.clear();
+    for (int reading = 0; reading < 2; ++reading)
+        EXPECT_TRUE(all(decoder->rows(0, 8)).ok());
+    EXPECT_EQ(*reader->offsets.begin(), testing::scanPosition(file));
+}
+
 TEST(BaselineRows, releaseTheFileWhenTheyAreDestroyed) {
     const auto reader = readerOfBytes(makeJPEG({}));
-    EXPECT_TRUE(all(jpeg::openBaselineRows(reader, 8)).ok());
+    EXPECT_TRUE(all(ownRows(reader, 8)).ok());
     EXPECT_EQ(reader.use_count(), 1);
 }
 
 TEST(BaselineRows, areTheSameOnManyThreadsAtOnce) {
     const Bytes file = makeJPEG({.width = 300, .height = 200});
-    const PixelBuffer expected = *all(jpeg::openBaselineRows(readerOfBytes(file), 8));
+    const PixelBuffer expected = *all(ownRows(readerOfBytes(file), 8));
     std::vector<std::future<bool>> threads;
     for (int i = 0; i < 24; ++i) // more than the number of idle decoders that are kept
         threads.push_back(std::async(std::launch::async, [&file, &expected] {
             for (int repetition = 0; repetition < 5; ++repetition) {
-                const auto rows = all(jpeg::openBaselineRows(readerOfBytes(file), 8));
+                const auto rows = all(ownRows(readerOfBytes(file), 8));
                 if (!rows || rows->bytes != expected.bytes)
                     return false;
             }

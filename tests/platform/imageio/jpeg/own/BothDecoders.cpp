@@ -13,6 +13,20 @@ Result<PixelBuffer> decoded(const Bytes& file, DecoderChoice choice, int eighths
     return readAllRows(*rows);
 }
 
+Result<jpeg::FrameHeader> ownHeader(std::shared_ptr<const ByteReader> reader) {
+    jpeg::LibraryReader file(std::move(reader));
+    TRY(file.readHeader());
+    const std::optional<jpeg::FrameHeader> header = jpeg::frameHeaderOf(file);
+    if (!header)
+        return Failure{Reason::refused, "our own decoder does not support the header"};
+    return *header;
+}
+
+Result<RowSourcePointer> ownRows(std::shared_ptr<const ByteReader> reader, int eighths) {
+    const jpeg::FrameHeader header = TRY(ownHeader(reader));
+    return jpeg::openBaselineRows(std::move(reader), header, eighths);
+}
+
 ::testing::AssertionResult sameWithBoth(const Bytes& file, int eighths) {
     const Result<PixelBuffer> ours = decoded(file, DecoderChoice::ownFirst, eighths);
     const Result<PixelBuffer> theirs = decoded(file, DecoderChoice::libraryOnly, eighths);
@@ -24,7 +38,7 @@ Result<PixelBuffer> decoded(const Bytes& file, DecoderChoice choice, int eighths
 }
 
 Outcome outcomeOf(const Bytes& file) {
-    const Result<RowSourcePointer> rows = jpeg::openBaselineRows(readerOfBytes(file), 8);
+    const Result<RowSourcePointer> rows = ownRows(readerOfBytes(file), 8);
     if (!rows)
         return Outcome::refused;
     return readAllRows(**rows).ok() ? Outcome::decoded : Outcome::failed;

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
+#include "platform/coregraphics/RowSource.h"
 #include "platform/imageio/jpeg/Decoder.h"
+#include "platform/imageio/jpeg/own/FrameHeader.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +12,12 @@ namespace kestrine::testing {
 
 /// The picture, at `eighths` eighths of its size.
 Result<PixelBuffer> decoded(const Bytes& file, jpeg::DecoderChoice choice, int eighths);
+
+/// The header, if our own decoder supports it.
+Result<jpeg::FrameHeader> ownHeader(std::shared_ptr<const ByteReader> reader);
+
+/// The rows of our own decoder alone.
+Result<RowSourcePointer> ownRows(std::shared_ptr<const ByteReader> reader, int eighths);
 
 /// Whether both choices give the same picture, or both fail.
 ::testing::AssertionResult sameWithBoth(const Bytes& file, int eighths = 8);

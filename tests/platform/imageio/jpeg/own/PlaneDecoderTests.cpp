@@ -1,6 +1,7 @@
 #include "platform/imageio/jpeg/own/PlaneDecoder.h"
 
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
+#include "tests/platform/imageio/jpeg/own/BothDecoders.h"
 #include "tests/platform/imageio/jpeg/own/LibraryPlanes.h"
 
 #include <cstring>
@@ -43,9 +44,13 @@ constexpr int scales[] = {8, 4, 2, 1};
 /// times.
 ::testing::AssertionResult equalsLibrary(const JPEGRecipe& recipe) {
     const Bytes file = makeJPEG(recipe);
+    const auto reader = readerOfBytes(file);
+    const Result<FrameHeader> header = testing::ownHeader(reader);
+    if (!header)
+        return ::testing::AssertionFailure() << recipe.description() << ": " << header.failure().text;
     PlaneDecoder decoder;
     for (const int eighths : scales) {
-        if (const Result<void> started = decoder.start(readerOfBytes(file), eighths); !started)
+        if (const Result<void> started = decoder.start(reader, *header, eighths); !started)
             return ::testing::AssertionFailure() << recipe.description() << ": " << started.failure().text;
         if (auto result = givesPlanes(decoder, testing::libraryPlanes(file, eighths)); !result)
             return result << " at " << eighths << "/8: " << recipe.description();
