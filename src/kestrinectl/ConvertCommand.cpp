@@ -11,6 +11,7 @@
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/host/process/StopSignals.h"
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -60,6 +61,12 @@ std::string complaintOf(const JobOutcome& outcome) {
     return complaint;
 }
 
+/// Sets often fail for the same reason, so one line reports it.
+void addOnce(std::vector<std::string>& lines, const std::string& line) {
+    if (std::ranges::find(lines, line) == lines.end())
+        lines.push_back(line);
+}
+
 void addOutcome(ConvertResult& result, const std::string& shown, const JobOutcome& outcome) {
     if (outcome.isWritten)
         result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
@@ -67,7 +74,7 @@ void addOutcome(ConvertResult& result, const std::string& shown, const JobOutcom
         result.warnings.push_back(shown + ": the picture is damaged (" + outcome.damage->text
                                   + "); the result shows what could be read");
     if (!outcome.isWritten || outcome.trashFailure)
-        result.complaints.push_back(shown + ": " + complaintOf(outcome));
+        addOnce(result.complaints, shown + ": " + complaintOf(outcome));
 }
 
 /// Converts files and reports them; several threads may do so at once.
@@ -201,7 +208,8 @@ void addConvertCommand(CLI::App& program) {
     command->add_flag("--allow-empty", request->allowsEmpty,
                       "Exit with status 0 when there are no pictures (default: status 1)");
     command->add_flag("--accept-damaged", request->acceptsDamaged,
-                      "Convert damaged pictures with a warning (default: an error, nothing is written)");
+                      "Convert damaged pictures of which a part can be shown, with a warning "
+                      "(default: an error, nothing is written)");
     command->add_option("FILE", request->files, "Pictures, or folders to search for pictures")->required();
     command->callback([request] { run(*request); });
 }

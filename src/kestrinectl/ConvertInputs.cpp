@@ -92,8 +92,10 @@ private:
         hasSubfolders_ = false;
         const std::size_t picturesBefore = found_.pictures.size();
         const std::size_t unreadableBefore = found_.unreadableFiles;
+        const std::size_t foldersBefore = found_.unreadableFolders;
         searchFolder(folder);
-        if (found_.pictures.size() > picturesBefore || StopSignalsNoted::noted() != 0)
+        if (found_.pictures.size() > picturesBefore || found_.unreadableFolders > foldersBefore
+            || StopSignalsNoted::noted() != 0)
             return;
         std::string sentence = "no pictures in " + shownPath(folder.native());
         if (found_.unreadableFiles > unreadableBefore)

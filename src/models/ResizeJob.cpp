@@ -89,6 +89,11 @@ private:
     void replace(const NSData* data, JobOutcome& outcome) const {
         std::optional<StagedFile> staged;
         if (job_.policy.onlyWithResult) {
+            if (const Result<void> possible = checkNameIsPossible(nameBesideOriginal(outcome.path).utf8());
+                !possible) {
+                outcome.failure = possible.failure();
+                return;
+            }
             Result<StagedFile> written =
                 StagedFile::write(outcome.path.deletingLastPathComponent().utf8(), data->bytes());
             if (!written) {
@@ -103,6 +108,11 @@ private:
         else
             outcome.trashFailure = trashed.failure();
         write(data, staged ? &*staged : nullptr, Durability::synced, outcome);
+    }
+
+    /// The name that a result gets once the original has left its name.
+    NSString nameBesideOriginal(const NSString& wanted) const {
+        return wanted == job_.path ? wanted : uniqueFileName(wanted);
     }
 
     /// To the first free name; the outcome's path becomes the one it got, or would have got.

@@ -10,7 +10,7 @@ import termios
 import time
 
 import pictures
-from tools import BIN, JPEG, PNG, ToolTest, main
+from tools import BIN, JPEG, PNG, TIFF, ToolTest, main
 
 JOBS = ("1", "2", "5")
 
@@ -181,6 +181,27 @@ class Convert(ToolTest):
         self.assertRegex(done.stderr.decode(), r"\Akestrinectl: warning: a\.jpg: the picture is damaged \(.*\n\Z")
         self.assertEqual((self.home / ".local/share/Trash/files/a.jpg").read_bytes(), whole[:len(whole) // 2])
         self.assertEqual(pictures.pixels(self.folder / "a.jpg").shape[:2], (15, 31))
+
+    def test_codes_without_a_meaning_in_the_middle_of_a_picture_are_damage(self):
+        self.web(replaceFile=1)
+        damaged = bytearray(pictures.jpeg(pictures.photo(400, 300)))
+        middle = len(damaged) // 2
+        damaged[middle:middle + 400] = b"\xff\x00" * 200
+        (self.folder / "a.jpg").write_bytes(damaged)
+        self.assertIn(b"a.jpg: the picture is damaged (", self.convert("a.jpg", status=1).stderr)
+        self.assertEqual((self.folder / "a.jpg").read_bytes(), damaged)
+
+    def test_an_original_stays_when_its_result_would_have_too_long_a_name(self):
+        self.store({"name": "Web", "formatType": TIFF, "replaceFile": 1}, selection=[(0, 1)])
+        name = "a" * 251 + ".png"
+        self.picture(name)
+        self.assertIn(b"File name too long", self.convert(name, status=1).stderr)
+        self.assertEqual(self.names(), [name.encode()])
+
+    def test_a_failure_that_sets_share_is_reported_once(self):
+        self.store({"name": "A", "formatType": JPEG}, {"name": "B", "formatType": PNG}, selection=[(0, 2)])
+        (self.folder / "a.txt").write_text("words")
+        self.assertEqual(len(self.convert("a.txt", status=1).stderr.splitlines()), 2)
 
     def test_several_sets_give_several_results_a_file(self):
         self.store({"name": "A", "formatType": JPEG}, {"name": "B", "formatType": PNG}, selection=[(0, 1)])

@@ -1,5 +1,6 @@
 #include "platform/host/files/FileStatus.h"
 
+#include "platform/host/files/FileDescriptor.h"
 #include "platform/host/files/PathParts.h"
 
 #include <cerrno>
@@ -25,6 +26,14 @@ bool isAbsent(const std::string& path) {
 bool isTaken(const std::string& path) {
     struct stat status {};
     return checkPath(path) && ::lstat(path.c_str(), &status) == 0;
+}
+
+Result<void> checkNameIsPossible(const std::string& path) {
+    TRY(checkPath(path));
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0 && errno == ENAMETOOLONG)
+        return systemFailure("cannot create " + path);
+    return {};
 }
 
 } // namespace kestrine

@@ -1,6 +1,8 @@
 // Whether something exists at a path.
 #pragma once
 
+#include "platform/host/Result.h"
+
 #include <string>
 
 namespace kestrine {
@@ -17,5 +19,8 @@ bool isAbsent(const std::string& path);
 /// Whether the name is in use, also by a dangling link. A name that cannot be looked up (access denied, name
 /// too long) counts as free, so that a search for a free name ends.
 bool isTaken(const std::string& path);
+
+/// Fails if no item can have this name there, because a file system's limit is exceeded.
+Result<void> checkNameIsPossible(const std::string& path);
 
 } // namespace kestrine

@@ -14,11 +14,17 @@ struct StopSignal {
 constexpr StopSignal stopSignals[] = {{SIGINT, "SIGINT"}, {SIGTERM, "SIGTERM"}, {SIGHUP, "SIGHUP"}};
 
 std::atomic<int> notedSignal = 0;
+std::atomic<int> secondSignal = 0; ///< one that came while a step was protected
+std::atomic<int> protectedSteps = 0;
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may take no lock");
 
+/// A second signal ends the process; while a step is protected on any thread, after that step.
 void noteOrEnd(int number) {
     int none = 0;
-    if (!notedSignal.compare_exchange_strong(none, number))
+    if (notedSignal.compare_exchange_strong(none, number))
+        return;
+    secondSignal = number;
+    if (protectedSteps == 0)
         ::_exit(128 + number);
 }
 
@@ -41,12 +47,18 @@ StopSignalsBlocked::StopSignalsBlocked() : before_{} {
     for (const StopSignal& signal : stopSignals)
         ::sigaddset(&signals, signal.number);
     ::pthread_sigmask(SIG_BLOCK, &signals, &before_);
+    ++protectedSteps;
 }
 
-StopSignalsBlocked::~StopSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+StopSignalsBlocked::~StopSignalsBlocked() {
+    if (--protectedSteps == 0 && secondSignal != 0)
+        ::_exit(128 + secondSignal);
+    ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
 
 StopSignalsNoted::StopSignalsNoted() {
     notedSignal = 0;
+    secondSignal = 0;
     for (const StopSignal& signal : stopSignals)
         setAction(signal.number, noteOrEnd);
 }

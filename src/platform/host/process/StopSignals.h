@@ -6,7 +6,8 @@
 namespace kestrine {
 
 /// Holds the stop signals back from this thread while it exists; those that came meanwhile arrive at its end.
-/// For a step that must not be cut in two. Signals that were held back before stay so.
+/// For a step that must not be cut in two. Signals that were held back before stay so. Where StopSignalsNoted
+/// is in force, a second signal to any thread ends the process only when no such object exists.
 class StopSignalsBlocked {
 public:
     StopSignalsBlocked();
@@ -18,9 +19,9 @@ private:
     sigset_t before_;
 };
 
-/// While it exists, the first stop signal to the process is only noted; a second one ends the process at
-/// once, with the status 128 plus its number. A signal that was ignored before (as under nohup) stays
-/// ignored. At most one at a time.
+/// While it exists, the first stop signal to the process is only noted; a second one ends the process, at
+/// once or after the steps that StopSignalsBlocked protects, with the status 128 plus its number. A signal
+/// that was ignored before (as under nohup) stays ignored. At most one at a time.
 class StopSignalsNoted {
 public:
     StopSignalsNoted();

@@ -50,7 +50,7 @@ public:
             return openLibraryRows(std::move(file), format, eighths, damage_, std::move(inks));
 #ifdef KESTRINE_OWN_JPEG_DECODER
         if (ownHeader_)
-            if (Result<RowSourcePointer> own = openBaselineRows(reader_, *ownHeader_, eighths); own)
+            if (Result<RowSourcePointer> own = openBaselineRows(reader_, *ownHeader_, eighths, damage_); own)
                 return rowsWithFallback(std::move(*own),
                                         [reader = reader_, format, eighths, damage = damage_] {
                                             return openLibraryRows(reader, format, eighths, damage);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace kestrine {
@@ -79,6 +80,35 @@ TEST(StopSignalsNoted, theFirstOfAnyKindIsNotedAndTheSecondEndsTheProcess) {
                   }),
                   128 + number);
     }
+}
+
+TEST(StopSignalsNoted, aSecondSignalToAnotherThreadWaitsForTheStepsThatAreProtected) {
+    EXPECT_EQ(endOf([] {
+                  const StopSignalsNoted scope;
+                  {
+                      const StopSignalsBlocked step;
+                      std::thread([] {
+                          const sigset_t none{};
+                          ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
+                          std::raise(SIGTERM);
+                          std::raise(SIGHUP);
+                      }).join();
+                  }
+                  ::_exit(7);
+              }),
+              128 + SIGHUP);
+    EXPECT_EQ(endOf([] {
+                  const StopSignalsNoted scope;
+                  const StopSignalsBlocked step;
+                  std::thread([] {
+                      const sigset_t none{};
+                      ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
+                      std::raise(SIGTERM);
+                      std::raise(SIGHUP);
+                  }).join();
+                  ::_exit(7); // reached within the step
+              }),
+              7);
 }
 
 TEST(StopSignalsNoted, endTheProcessAgainAfterTheScope) {

@@ -50,8 +50,8 @@ RowFormat formatOf(const PlaneDecoder& decoder) {
 
 class BaselineRows final : public RowSource {
 public:
-    BaselineRows(BorrowedDecoder decoder, bool isSmoothing)
-        : RowSource(formatOf(*decoder)), decoder_(std::move(decoder)) {
+    BaselineRows(BorrowedDecoder decoder, bool isSmoothing, std::shared_ptr<DamageRecord> damage)
+        : RowSource(formatOf(*decoder)), decoder_(std::move(decoder)), damage_(std::move(damage)) {
         for (const Plane& plane : decoder_->planes()) {
             components_.emplace_back(plane.geometry(), isSmoothing);
             crossesBands_ = crossesBands_ || components_.back().crossesBands();
@@ -60,7 +60,7 @@ public:
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (next_ >= ready_) {
-            TRY(decoder_->decodeBand());
+            TRY(decodeBand());
             ready_ = readyRows();
         }
         assemble(row.data());
@@ -69,6 +69,13 @@ public:
     }
 
 private:
+    Result<void> decodeBand() {
+        Result<void> decoded = decoder_->decodeBand();
+        if (!decoded && decoded.failure().reason == Reason::malformed && damage_ != nullptr)
+            damage_->note(decoded.failure());
+        return decoded;
+    }
+
     /// How many rows of the picture the decoded bands suffice for.
     std::uint32_t readyRows() const {
         if (decoder_->decodedBands() == decoder_->bands())
@@ -88,6 +95,7 @@ private:
     }
 
     const BorrowedDecoder decoder_;
+    const std::shared_ptr<DamageRecord> damage_;
     std::vector<ComponentRows> components_;
     bool crossesBands_ = false;
     std::uint32_t next_ = 0, ready_ = 0;
@@ -96,10 +104,11 @@ private:
 } // namespace
 
 Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
-                                          int eighths) {
+                                          int eighths, std::shared_ptr<DamageRecord> damage) {
     BorrowedDecoder decoder = borrowDecoder();
     TRY(decoder->start(std::move(reader), header, eighths));
-    return RowSourcePointer(std::make_unique<BaselineRows>(std::move(decoder), eighths > 1));
+    return RowSourcePointer(
+        std::make_unique<BaselineRows>(std::move(decoder), eighths > 1, std::move(damage)));
 }
 
 } // namespace kestrine::jpeg

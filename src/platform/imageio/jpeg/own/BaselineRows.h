@@ -4,12 +4,15 @@
 
 #include "platform/coregraphics/RowSource.h"
 #include "platform/host/files/ByteReader.h"
+#include "platform/imageio/DamageRecord.h"
 #include "platform/imageio/jpeg/own/FrameHeader.h"
 
 namespace kestrine::jpeg {
 
 /// Starts decoding at `eighths` (8, 4, 2 or 1) of the full size. `header` is that of the file. Fails with
-/// reason "refused", here or at any row, when this decoder does not support the file.
+/// reason "refused", here or at any row, when this decoder does not support the file, and with "malformed" at
+/// a row whose bits have no meaning. `damage`, which may be null, gets the latter, because the library may
+/// make up such pixels without a message.
 ///
 /// The rows delivered before a failure equal those of libjpeg-turbo ("the library"), so the library can
 /// deliver the remaining rows. Proof:
@@ -26,6 +29,6 @@ namespace kestrine::jpeg {
 ///  5. A row is delivered only after all MCUs of its band were decoded completely, and also those of the next
 ///     band if chroma is smoothed across the border. No later MCU contributes to the row.
 Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
-                                          int eighths);
+                                          int eighths, std::shared_ptr<DamageRecord> damage = nullptr);
 
 } // namespace kestrine::jpeg

@@ -28,6 +28,7 @@ bool EntropyDecoder::start(std::shared_ptr<const ByteReader> reader, const Frame
     predictors_ = {};
     restartInterval_ = untilRestart_ = header.restartInterval;
     nextRestart_ = 0;
+    foundMeaninglessBits_ = false;
     return true;
 }
 
@@ -129,8 +130,10 @@ bool EntropyDecoder::decodeMCUs(std::index_sequence<numbers...>, int firstLane, 
         }
         const bool isSound = sizeof...(numbers) != 0 ? (decodes(blocks_[numbers]) && ...)
                                                      : std::all_of(blocks_.begin(), blocks_.end(), decodes);
-        if (!isSound)
+        if (!isSound) {
+            foundMeaninglessBits_ = true;
             return false;
+        }
     }
     reservoir_ = reservoir;
     predictors_ = predictors;

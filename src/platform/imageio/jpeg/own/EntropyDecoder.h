@@ -40,6 +40,10 @@ public:
     /// decoder cannot continue then.
     bool decodeGroup(int lanes);
 
+    /// Whether decodeGroup() failed because of bits without a meaning; otherwise the stream is unusual or
+    /// ends too early.
+    bool foundMeaninglessBits() const { return foundMeaninglessBits_; }
+
     /// The coefficients of block number `block` of each MCU, by lane. Lanes that were not decoded are
     /// undefined up to lastNonZero() of the component, and 0 after it.
     const LaneGroup& group(std::size_t block) const { return groups_[block]; }
@@ -74,6 +78,7 @@ private:
     std::uint32_t restartInterval_ = 0; ///< in MCUs, 0 for none
     std::uint32_t untilRestart_ = 0;    ///< in MCUs
     unsigned nextRestart_ = 0;
+    bool foundMeaninglessBits_ = false;
 };
 
 } // namespace kestrine::jpeg

@@ -51,7 +51,9 @@ Result<void> PlaneDecoder::decodeBand() {
     for (std::uint32_t first = 0; first < mcusAcross_; first += lanesOfGroup) {
         const int lanes = static_cast<int>(std::min<std::uint32_t>(lanesOfGroup, mcusAcross_ - first));
         if (!entropy_.decodeGroup(lanes))
-            return Failure{Reason::refused, "own JPEG decoder: the scan is damaged or unusual"};
+            return entropy_.foundMeaninglessBits()
+                       ? Failure{Reason::malformed, "JPEG: the scan holds bits without a meaning"}
+                       : Failure{Reason::refused, "own JPEG decoder: the scan is cut off or unusual"};
         transformGroup(first);
     }
     ++decodedBands_;
