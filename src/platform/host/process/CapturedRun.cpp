@@ -33,7 +33,7 @@ struct Pipe {
     FileDescriptor reading, writing;
 };
 
-/// Whatever becomes of the standard streams in the child, it closes no end of the pipe.
+/// Even if the child replaces its standard streams, it closes no end of the pipe.
 Result<FileDescriptor> awayFromStandardStreams(FileDescriptor descriptor) {
     if (descriptor.number() > STDERR_FILENO)
         return descriptor;

@@ -101,7 +101,7 @@ HWY_INLINE void storePixel(WidePixel pixel, std::uint8_t* to) {
     hn::StoreU(hn::DemoteTo(PixelTag(), pixel), PixelTag(), to);
 }
 
-/// Each row is one pixel behind the row above it, so that row's state holds the pixel above.
+/// Each row is processed one pixel later than the row above it, whose state therefore holds the pixel above.
 template <std::size_t bytesPerPixel, std::size_t rowCount>
 void unfilterPaethTogether(const PaethRows& job, std::size_t count) {
     const WidePixelTag d;
