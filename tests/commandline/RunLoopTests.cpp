@@ -84,4 +84,12 @@ TEST(RunLoop, setsAreListedOneALineWithTheirNamesAsFormatText) {
               "Web\nThumb 50\n100% Größe\n");
 }
 
+TEST(RunLoop, aListOfAnyLengthIsComplete) {
+    const ResizeSets sets(5000, makeSet(u"A set with a name of some length"));
+    std::string expected;
+    for (std::size_t i = 0; i < sets.size(); ++i)
+        expected += "A set with a name of some length\n";
+    EXPECT_EQ(written([&](StandardOutput& output) { listSets(sets, output); }), expected);
+}
+
 } // namespace kestrine

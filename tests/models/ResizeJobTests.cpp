@@ -66,6 +66,14 @@ TEST_F(StrictJob, replacesAnOriginalAndTellsWhereItWent) {
     EXPECT_FALSE(testing::readFileBytes(folder / "a.jpg") == original);
 }
 
+TEST_F(StrictJob, withoutAFolderForTheResultTheReasonSaysSo) {
+    folder.write("a.jpg", photo());
+    const JobOutcome outcome =
+        runJob({NSString::fromUTF8(folder / "a.jpg"), {}, {}, {makeSet(u"Web")}, strict}).front();
+    EXPECT_FALSE(outcome.isWritten);
+    EXPECT_EQ(outcome.failure->text, "there is no folder for the result");
+}
+
 TEST_F(StrictJob, whatIsNoPictureStaysInItsPlaceAndNoFolderIsMade) {
     folder.write("a.jpg", "words");
     const JobOutcome outcome = replace("a.jpg");
