@@ -28,6 +28,12 @@ void noteOrEnd(int number) {
         ::_exit(128 + number);
 }
 
+/// The end of a protected step. The last one ends the process when a second signal came meanwhile.
+void leaveStep() {
+    if (--protectedSteps == 0 && secondSignal != 0)
+        ::_exit(128 + secondSignal);
+}
+
 /// Unless the signal is ignored.
 void setAction(int number, void (*handler)(int)) {
     struct sigaction before {};
@@ -48,11 +54,17 @@ StopSignalsBlocked::StopSignalsBlocked() : before_{} {
         ::sigaddset(&signals, signal.number);
     ::pthread_sigmask(SIG_BLOCK, &signals, &before_);
     ++protectedSteps;
+    // After a second signal no step begins. Either the handler saw this step, or this thread sees the signal.
+    const bool isInner = ::sigismember(&before_, SIGTERM) == 1;
+    if (secondSignal != 0 && !isInner) {
+        leaveStep();
+        for (;;) // until another thread ends the process
+            ::pause();
+    }
 }
 
 StopSignalsBlocked::~StopSignalsBlocked() {
-    if (--protectedSteps == 0 && secondSignal != 0)
-        ::_exit(128 + secondSignal);
+    leaveStep();
     ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -25,6 +26,15 @@ int endOf(const Steps& steps) {
     int status = 0;
     ::waitpid(child, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+}
+
+void takeTwoSignalsOnAnotherThread() {
+    std::thread([] {
+        const sigset_t none{};
+        ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
+        std::raise(SIGTERM);
+        std::raise(SIGHUP);
+    }).join();
 }
 
 } // namespace
@@ -87,12 +97,7 @@ TEST(StopSignalsNoted, aSecondSignalToAnotherThreadWaitsForTheStepsThatAreProtec
                   const StopSignalsNoted scope;
                   {
                       const StopSignalsBlocked step;
-                      std::thread([] {
-                          const sigset_t none{};
-                          ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
-                          std::raise(SIGTERM);
-                          std::raise(SIGHUP);
-                      }).join();
+                      takeTwoSignalsOnAnotherThread();
                   }
                   ::_exit(7);
               }),
@@ -100,15 +105,27 @@ TEST(StopSignalsNoted, aSecondSignalToAnotherThreadWaitsForTheStepsThatAreProtec
     EXPECT_EQ(endOf([] {
                   const StopSignalsNoted scope;
                   const StopSignalsBlocked step;
-                  std::thread([] {
-                      const sigset_t none{};
-                      ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
-                      std::raise(SIGTERM);
-                      std::raise(SIGHUP);
-                  }).join();
+                  takeTwoSignalsOnAnotherThread();
                   ::_exit(7); // reached within the step
               }),
               7);
+}
+
+TEST(StopSignalsNoted, afterASecondSignalNoOtherStepBegins) {
+    EXPECT_EQ(endOf([] {
+                  const StopSignalsNoted scope;
+                  std::optional<StopSignalsBlocked> step(std::in_place);
+                  takeTwoSignalsOnAnotherThread();
+                  std::thread([] {
+                      sigset_t none{};
+                      ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
+                      const StopSignalsBlocked other;
+                      ::_exit(7);
+                  }).detach();
+                  ::usleep(100'000);
+                  step.reset();
+              }),
+              128 + SIGHUP);
 }
 
 TEST(StopSignalsNoted, endTheProcessAgainAfterTheScope) {
