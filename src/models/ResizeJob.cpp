@@ -2,12 +2,15 @@
 
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "_MyClasses/Category/ImageUtility.h"
+#include "_MyClasses/Class/ExifTag/ExifOrientation.h"
 #include "platform/appkit/NSWorkspace.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/host/FailureCollector.h"
 #include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/process/StopSignals.h"
+
+#include <algorithm>
 
 namespace kestrine {
 
@@ -65,9 +68,15 @@ public:
 private:
     /// nil if there is to be no result; the outcome then has the reason.
     std::shared_ptr<const NSData> convert(const ResizeSet& set, JobOutcome& outcome) {
+        if (hostility_) {
+            outcome.failure = hostility_;
+            return nullptr;
+        }
         const FailureCollector collector;
         const std::shared_ptr<NSImage> image = imageFor(set);
-        auto data = set.resizedImageDataWithFile(job_.path, image);
+        noteHostility(collector);
+        auto data = hostility_ ? nullptr : set.resizedImageDataWithFile(file_, image);
+        noteHostility(collector);
         if (image != nullptr)
             outcome.damage = image->damage();
         if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
@@ -78,6 +87,13 @@ private:
         if (data == nullptr)
             outcome.failure = reasonIn(collector);
         return data;
+    }
+
+    /// A file that broke the decoder, or took all it may take, is not tried again.
+    void noteHostility(const FailureCollector& collector) {
+        for (const Failure& failure : collector.failures())
+            if (failure.reason == Reason::crashed || failure.reason == Reason::timeLimit)
+                hostility_ = failure;
     }
 
     OptionalString outputFolder(const ResizeSet& set) const {
@@ -138,11 +154,9 @@ private:
     std::shared_ptr<NSImage> imageFor(const ResizeSet& set) {
         const bool converts = set.convertResolution() != 0;
         std::shared_ptr<NSImage>& slot = converts ? converted_ : plain_;
-        if (slot != nullptr)
+        if (slot != nullptr || !open())
             return slot;
-        slot = NSImage::initWithContentsOfFile(job_.path);
-        if (slot == nullptr)
-            return nullptr;
+        slot = NSImage::initWithSource(file_.opened);
         if (converts)
             myUtility::convertResolution(*slot);
         if (job_.sets.size() > 1)
@@ -150,7 +164,24 @@ private:
         return slot;
     }
 
+    /// Both slots, the orientation and the properties come from one opening of the file.
+    bool open() {
+        if (file_.opened != nullptr)
+            return true;
+        const bool turns =
+            std::ranges::any_of(job_.sets, [](const auto& set) { return set->autoRotate() != 0; });
+        Result<std::shared_ptr<Source>> source =
+            openPicture(job_.path.utf8(), turns ? orientationQuestion(job_.path) : nullptr);
+        if (source)
+            file_.opened = *std::move(source);
+        else
+            noteFailure(source.failure());
+        return source.ok();
+    }
+
     const ResizeJob& job_;
+    PictureFile file_{job_.path};
+    std::optional<Failure> hostility_; ///< why the file must not be tried again
     std::shared_ptr<NSImage> plain_;
     std::shared_ptr<NSImage> converted_;
 };

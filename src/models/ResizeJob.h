@@ -41,10 +41,10 @@ struct JobOutcome {
     std::string trashedPath;             ///< where the original lies in the trash; "" when it does not
 };
 
-/// Runs the job on this thread and returns one outcome per set, in their order. A file is decoded once as it
-/// is and once with its resolution converted, as far as the sets ask for either. What a set's conversion
-/// raises goes to the caller. From just before an original goes to the trash until its result is published
-/// or has failed, the signals that would end the process wait.
+/// Runs the job on this thread and returns one outcome per set, in their order. The file is opened
+/// and decoded once, whatever the number of sets. One that the worker could not survive is not tried again.
+/// What a set's conversion raises goes to the caller. From just before an original goes to the trash until
+/// its result is published or has failed, the signals that would end the process wait.
 std::vector<JobOutcome> runJob(const ResizeJob& job);
 
 /// The path itself when its name is free, else the first free one of stem_1.ext, stem_2.ext, ... A dangling

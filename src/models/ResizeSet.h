@@ -1,6 +1,7 @@
 // ResizeSet: one named preset, and how it names and converts one picture.
 #pragma once
 
+#include "_MyClasses/Category/PictureFile.h"
 #include "platform/appkit/NSImage.h"
 #include "platform/appkit/NSOpenPanel.h"
 #include "platform/foundation/KeyValueObserving.h"
@@ -87,9 +88,9 @@ public:
                                        const OptionalString& rootPath = {}) const;
 
     /// `resizedImageDataWithFile:image:`: the output file's bytes; nil when the picture cannot be made.
-    /// `image` is the loaded picture of `path`, its resolution already converted if the set asks for that;
+    /// `image` is the loaded picture of `file`, its resolution already converted if the set asks for that;
     /// null to load it here.
-    std::shared_ptr<const NSData> resizedImageDataWithFile(const NSString& path,
+    std::shared_ptr<const NSData> resizedImageDataWithFile(const PictureFile& file,
                                                            std::shared_ptr<NSImage> image) const;
 
     using Field = ArchivedField<ResizeSet>;

@@ -2,8 +2,7 @@
 
 #include "_MyClasses/Category/ImageUtility.h"
 #include "_MyClasses/Category/StringUtility.h"
-#include "_MyClasses/Class/ExifTag/ExifTagReader.h"
-#include "platform/foundation/NSException.h"
+#include "_MyClasses/Class/ExifTag/ExifOrientation.h"
 #include "platform/imageio/OutputFormats.h"
 
 namespace kestrine {
@@ -16,21 +15,8 @@ using myUtility::ImagePointer;
 constexpr int orientationNeedsCounterclockwise = 8;
 constexpr int orientationNeedsClockwise = 6;
 
-/// The EXIF orientation; 0 when there is none or its value is not a number.
-int orientationOf(const NSString& path) {
-    const auto reader = ExifTagReader::initWithPath(path);
-    if (reader == nullptr)
-        return 0;
-    try {
-        const auto orientation = reader->imageDirectionNumber();
-        return orientation ? orientation->intValue() : 0;
-    } catch (const NSException&) {
-        return 0;
-    }
-}
-
-ImagePointer turnedUpright(const ImagePointer& image, const NSString& path) {
-    switch (orientationOf(path)) {
+ImagePointer turnedUpright(const ImagePointer& image, const PictureFile& file) {
+    switch (exifOrientation(file)) {
     case orientationNeedsCounterclockwise:
         return myUtility::clockwiseRotate(image);
     case orientationNeedsClockwise:
@@ -74,19 +60,19 @@ ImagePointer scaled(const ImagePointer& image, const ResizeSet& set) {
     }
 }
 
-std::shared_ptr<const NSData> encoded(const NSImage& image, const ResizeSet& set, const NSString& path) {
+std::shared_ptr<const NSData> encoded(const NSImage& image, const ResizeSet& set, const PictureFile& file) {
     std::vector<NSString> names = {NSImageColorSyncProfileData};
     switch (set.formatType()) {
     case FormatTypeJPEG:
         if (set.attachExifData() != 0)
             names.push_back(NSImageEXIFData);
-        return myUtility::JPEGRepresentationWithCompression(image, set.compression() / 100.0F, path, names);
+        return myUtility::JPEGRepresentationWithCompression(image, set.compression() / 100.0F, file, names);
     case FormatTypePNG:
-        return myUtility::PNGRepresentationWithSource(image, path, names);
+        return myUtility::PNGRepresentationWithSource(image, file, names);
     case FormatTypeTIFF:
-        return myUtility::TIFFRepresentationWithSource(image, path, names);
+        return myUtility::TIFFRepresentationWithSource(image, file, names);
     case FormatTypeGIF:
-        return myUtility::GIFRepresentationWithSource(image, path, names);
+        return myUtility::GIFRepresentationWithSource(image, file, names);
     default:
         return nullptr;
     }
@@ -117,17 +103,17 @@ OptionalString ResizeSet::resizeFolderForPath(const OptionalString& folder,
     return relative.isEmpty() ? result : result.appendingPathComponent(relative);
 }
 
-std::shared_ptr<const NSData> ResizeSet::resizedImageDataWithFile(const NSString& path,
+std::shared_ptr<const NSData> ResizeSet::resizedImageDataWithFile(const PictureFile& file,
                                                                   std::shared_ptr<NSImage> image) const {
     if (image == nullptr) {
-        image = NSImage::initWithContentsOfFile(path);
+        image = NSImage::initWithContentsOfFile(file.path.value_or(u""));
         if (image != nullptr && convertResolution_ != 0)
             myUtility::convertResolution(*image);
     }
     if (image != nullptr && autoRotate_ != 0)
-        image = turnedUpright(image, path);
+        image = turnedUpright(image, file);
     image = scaled(image, *this);
-    return image == nullptr ? nullptr : encoded(*image, *this, path);
+    return image == nullptr ? nullptr : encoded(*image, *this, file);
 }
 
 } // namespace kestrine

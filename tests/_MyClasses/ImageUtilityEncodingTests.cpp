@@ -1,4 +1,5 @@
 #include "platform/foundation/NSNumber.h"
+#include "platform/imageio/LocalSource.h"
 #include "tests/_MyClasses/LoadedImage.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@ TEST(Encoding, clearPartsOfAJPEGAreWhite) {
     const LoadedImage loaded(
         testing::makePicture(format, [](auto, auto, std::size_t c) { return c == 3 ? 0U : 60U; }));
     const auto jpeg = JPEGRepresentationWithCompression(*loaded.image, 1.0F, {}, {});
-    const PixelBuffer decoded = *readPixels({*Source::open(readerOfBytes(jpeg->bytes())), 0, {}});
+    const PixelBuffer decoded = *readPixels({*LocalSource::open(readerOfBytes(jpeg->bytes())), 0, {}});
     EXPECT_EQ(sampleAt(decoded, 8, 8, 1), 255U);
 }
 
@@ -76,7 +77,7 @@ TEST(Encoding, aMissingSourceCostsItsEXIFButNotTheBitmapsProfile) {
 
 TEST(Encoding, theProfileIsThatOfTheGivenBitmapAndOnlyWithoutOneThatOfTheImage) {
     const LoadedImage loaded(16, 12); // it has a profile
-    const auto untagged = *Source::open(readerOfBytes(PNGRepresentation(*loaded.image)->bytes()));
+    const auto untagged = *LocalSource::open(readerOfBytes(PNGRepresentation(*loaded.image)->bytes()));
     const NSBitmapImageRep bitmap({untagged, 0, {}}, {16, 12});
     const std::vector<NSString> names = {NSImageColorSyncProfileData};
     EXPECT_TRUE(imagePropertiesForFile(*loaded.image, loaded.path, &bitmap, names).empty());
@@ -128,7 +129,7 @@ TEST(Encoding, aGIFAlwaysDithersHalfTransparencyAlsoWithoutMetadata) {
     const LoadedImage loaded(
         testing::makePicture(format, [](auto, auto, std::size_t c) { return c == 3 ? 128U : 60U; }));
     const auto gif = GIFRepresentationWithSource(*loaded.image, {}, {});
-    const PixelBuffer decoded = *readPixels({*Source::open(readerOfBytes(gif->bytes())), 0, {}});
+    const PixelBuffer decoded = *readPixels({*LocalSource::open(readerOfBytes(gif->bytes())), 0, {}});
     unsigned shown = 0;
     for (std::uint32_t y = 0; y < 32; ++y)
         for (std::uint32_t x = 0; x < 32; ++x)
@@ -152,7 +153,7 @@ TEST(Encoding, nothingIsMadeOfAnImageWithoutRepresentations) {
 
 TEST(Encoding, aJPEGOfAnImageWithoutRepresentationsIsItsWhiteCanvas) {
     const auto jpeg = JPEGRepresentationWithCompression(NSImage({10, 6}), 1.0F);
-    const PixelBuffer decoded = *readPixels({*Source::open(readerOfBytes(jpeg->bytes())), 0, {}});
+    const PixelBuffer decoded = *readPixels({*LocalSource::open(readerOfBytes(jpeg->bytes())), 0, {}});
     EXPECT_TRUE(samePicture(decoded, testing::makePicture({10, 6, ColorModel::rgb, false, SampleDepth::bits8},
                                                           [](auto, auto, auto) { return 255U; })));
 }
@@ -180,7 +181,7 @@ TEST(SharedPixels, whatWouldGoThroughTIFFBytesIsTheSameAsIfItDid) {
     const ImagePointer small = resizedImageWithSizeHQ(loaded.image, {7, 5});
     const auto shared = small->bitmapOfTIFFRepresentation();
     const auto bytes = shared->representationUsingType(FileType::tiff, {});
-    const auto reread = *Source::open(readerOfBytes(bytes->bytes()));
+    const auto reread = *LocalSource::open(readerOfBytes(bytes->bytes()));
     EXPECT_TRUE(samePicture(*readPixels({reread, 0, {}}), *readPixels(shared->picture())));
     EXPECT_EQ(reread->frames().front().resolution, Resolution{});
 }
@@ -220,9 +221,9 @@ TEST(Encoding, aGIFTakesTheColourTableOfItsSource) {
 
 TEST(Encoding, keepingThePropertiesOfAFileDecodesNoPixels) {
     const LoadedImage loaded(16, 12);
-    const std::uint64_t before = Source::decodesStarted();
+    const std::uint64_t before = LocalSource::decodesStarted();
     imagePropertiesForFile(*loaded.image, loaded.path, nullptr, {NSImageEXIFData, NSImageRGBColorTable});
-    EXPECT_EQ(Source::decodesStarted(), before) << "its header is enough";
+    EXPECT_EQ(LocalSource::decodesStarted(), before) << "its header is enough";
 }
 
 } // namespace kestrine::myUtility

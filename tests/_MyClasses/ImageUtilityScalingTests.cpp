@@ -1,4 +1,5 @@
 #include "platform/foundation/NSData.h"
+#include "platform/imageio/LocalSource.h"
 #include "tests/_MyClasses/LoadedImage.h"
 
 #include <algorithm>
@@ -213,13 +214,13 @@ TEST(CoreImageResults, becomeABitmapOfRedGreenBlueAndAlphaInGenericRGB) {
 
 TEST(CoreImageResults, areRenderedOnlyWhenTheBitmapsPixelsAreAskedFor) {
     const LoadedImage loaded(30, 20);
-    const std::uint64_t before = Source::decodesStarted();
+    const std::uint64_t before = LocalSource::decodesStarted();
     const auto scaled =
         lanczosScaleTransform(CIImage(loaded.image->representations().front()->picture()), 0.5F, 1);
     const auto bitmap = RGBABitmapImageRepWithCImage(*scaled);
-    EXPECT_EQ(Source::decodesStarted(), before);
+    EXPECT_EQ(LocalSource::decodesStarted(), before);
     EXPECT_EQ(bitmap->bitmapData()->length(), 4U * 15 * 10);
-    EXPECT_EQ(Source::decodesStarted(), before + 1);
+    EXPECT_EQ(LocalSource::decodesStarted(), before + 1);
 }
 
 } // namespace kestrine::myUtility

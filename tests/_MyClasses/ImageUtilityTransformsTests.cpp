@@ -1,4 +1,5 @@
 #include "platform/foundation/NSException.h"
+#include "platform/imageio/LocalSource.h"
 #include "tests/_MyClasses/LoadedImage.h"
 
 #include <cmath>
@@ -157,7 +158,7 @@ TEST(Translucent, onAJPEGItIsMixedWithWhite) {
     const LoadedImage loaded(testing::makePicture({16, 16, ColorModel::rgb, false, SampleDepth::bits8},
                                                   [](auto, auto, auto) { return 55U; }));
     const auto jpeg = JPEGRepresentationWithCompression(*translucentImageWithAlpha(loaded.image, 0.5F), 1.0F);
-    const PixelBuffer decoded = *readPixels({*Source::open(readerOfBytes(jpeg->bytes())), 0, {}});
+    const PixelBuffer decoded = *readPixels({*LocalSource::open(readerOfBytes(jpeg->bytes())), 0, {}});
     EXPECT_NEAR(sampleAt(decoded, 8, 8, 0), 55 * 128 / 255 + 127, 2);
 }
 

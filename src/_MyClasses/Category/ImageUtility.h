@@ -3,6 +3,7 @@
 // receiver as a pointer, because some return the receiver itself.
 #pragma once
 
+#include "_MyClasses/Category/PictureFile.h"
 #include "platform/appkit/NSImage.h"
 
 #include <vector>
@@ -88,36 +89,38 @@ ImagePointer thumbnailImage(const ImagePointer& image);
 ImagePointer translucentImageWithAlpha(const ImagePointer& image, float alpha);
 
 // Encoding. `names` are the properties to keep: NSImageColorSyncProfileData, NSImageEXIFData,
-// NSImageRGBColorTable; others are ignored. `source` is the path of the file with the EXIF block and the
-// colour table (nil or "" for none). The forms without these arguments keep nothing. Properties that the
-// format cannot store are left out. Nil when the image has no representation or cannot be encoded.
+// NSImageRGBColorTable; others are ignored. `source` is the file with the EXIF block and the colour
+// table: its path (nil or "" for none), or the file itself. The forms without these arguments keep nothing.
+// Properties that the format cannot store are left out. Nil when the image has no representation or cannot be
+// encoded.
 
 /// `JPEGRepresentationWithCompression:`, `JPEGRepresentationWithCompression:source:properties:`: draws the
 /// image on white at its size in points. `compression` is the quality, 0 to 1. Nil for an image of 0 x 0
 /// points; an image without representations gives a white picture.
 DataPointer JPEGRepresentationWithCompression(const NSImage& image, float compression,
-                                              const OptionalString& source = {},
+                                              const PictureFile& source = {},
                                               const std::vector<NSString>& names = {});
 /// `PNGRepresentation`.
 DataPointer PNGRepresentation(const NSImage& image);
 /// `PNGRepresentationWithSource:properties:`: the pixels with their alpha.
-DataPointer PNGRepresentationWithSource(const NSImage& image, const OptionalString& source,
+DataPointer PNGRepresentationWithSource(const NSImage& image, const PictureFile& source,
                                         const std::vector<NSString>& names);
 /// `GIFRepresentation`.
 DataPointer GIFRepresentation(const NSImage& image);
 /// `GIFRepresentationWithSource:properties:`: partial transparency is dithered. With NSImageRGBColorTable the
 /// colour table is that of the source, if the source has one.
-DataPointer GIFRepresentationWithSource(const NSImage& image, const OptionalString& source,
+DataPointer GIFRepresentationWithSource(const NSImage& image, const PictureFile& source,
                                         const std::vector<NSString>& names);
 /// `TIFFRepresentationWithSource:properties:`: the pixels with their alpha. (The form without arguments is
 /// NSImage::TIFFRepresentation.)
-DataPointer TIFFRepresentationWithSource(const NSImage& image, const OptionalString& source,
+DataPointer TIFFRepresentationWithSource(const NSImage& image, const PictureFile& source,
                                          const std::vector<NSString>& names);
 
 /// `imagePropertiesForFile:bitmap:properties:`: the available properties of those named. The profile comes
 /// from `bitmap`, or from the receiver when that is null; the others come from the file, which may be
-/// missing. Empty without names or without a source.
-ImageProperties imagePropertiesForFile(const NSImage& image, const OptionalString& source,
+/// missing. Empty without names or without a source. For a file that is open already the profile and the EXIF
+/// block stand for their bytes (PropertyOfSource).
+ImageProperties imagePropertiesForFile(const NSImage& image, const PictureFile& source,
                                        const NSBitmapImageRep* bitmap, const std::vector<NSString>& names);
 
 } // namespace kestrine::myUtility

@@ -10,7 +10,7 @@ namespace {
 
 /// Encodes the bitmap with `properties` and those kept from the source.
 DataPointer encodedBitmap(const NSImage& image, const NSBitmapImageRep* bitmap, FileType type,
-                          ImageProperties properties, const OptionalString& source,
+                          ImageProperties properties, const PictureFile& source,
                           const std::vector<NSString>& names) {
     if (bitmap == nullptr)
         return nullptr;
@@ -18,11 +18,48 @@ DataPointer encodedBitmap(const NSImage& image, const NSBitmapImageRep* bitmap, 
     return bitmap->representationUsingType(type, properties);
 }
 
+bool contains(const std::vector<NSString>& names, const NSString& name) {
+    return std::ranges::find(names, name) != names.end();
+}
+
+void keepProperty(ImageProperties& properties, const NSString& name, const NSBitmapImageRep* from) {
+    if (const Object value = from == nullptr ? nullptr : from->valueForProperty(name); value != nullptr)
+        properties.emplace(name, value);
+}
+
+ImageProperties propertiesOfPath(const NSImage& image, const NSString& path, const NSBitmapImageRep* bitmap,
+                                 const std::vector<NSString>& names) {
+    ImageProperties properties;
+    if (contains(names, NSImageColorSyncProfileData)) {
+        const auto own = bitmap == nullptr ? image.bitmapOfTIFFRepresentation() : nullptr;
+        keepProperty(properties, NSImageColorSyncProfileData, bitmap == nullptr ? own.get() : bitmap);
+    }
+    if (contains(names, NSImageEXIFData) || contains(names, NSImageRGBColorTable)) {
+        const auto reps = NSBitmapImageRep::imageRepsWithContentsOfFile(path);
+        const NSBitmapImageRep* file = reps.empty() ? nullptr : reps.front().get();
+        for (const char16_t* name : {NSImageEXIFData, NSImageRGBColorTable})
+            if (contains(names, name))
+                keepProperty(properties, name, file);
+    }
+    return properties;
+}
+
+ImageProperties propertiesOfOpened(const std::shared_ptr<Source>& file, const std::vector<NSString>& names) {
+    ImageProperties properties;
+    for (const char16_t* name : {NSImageColorSyncProfileData, NSImageEXIFData})
+        if (contains(names, name))
+            properties.emplace(name, std::make_shared<PropertyOfSource>(file));
+    if (contains(names, NSImageRGBColorTable)) {
+        const NSBitmapImageRep bitmap({file, 0, {}}, {});
+        keepProperty(properties, NSImageRGBColorTable, &bitmap);
+    }
+    return properties;
+}
+
 } // namespace
 
 DataPointer JPEGRepresentationWithCompression(const NSImage& image, float compression,
-                                              const OptionalString& source,
-                                              const std::vector<NSString>& names) {
+                                              const PictureFile& source, const std::vector<NSString>& names) {
     if (image.size() == NSSize{0, 0})
         return nullptr;
     const ImagePointer flattened = drawnImage(image.size(), image, {.onWhite = true});
@@ -33,48 +70,30 @@ DataPointer JPEGRepresentationWithCompression(const NSImage& image, float compre
 
 DataPointer PNGRepresentation(const NSImage& image) { return PNGRepresentationWithSource(image, {}, {}); }
 
-DataPointer PNGRepresentationWithSource(const NSImage& image, const OptionalString& source,
+DataPointer PNGRepresentationWithSource(const NSImage& image, const PictureFile& source,
                                         const std::vector<NSString>& names) {
     return encodedBitmap(image, image.bitmapOfTIFFRepresentation().get(), FileType::png, {}, source, names);
 }
 
 DataPointer GIFRepresentation(const NSImage& image) { return GIFRepresentationWithSource(image, {}, {}); }
 
-DataPointer GIFRepresentationWithSource(const NSImage& image, const OptionalString& source,
+DataPointer GIFRepresentationWithSource(const NSImage& image, const PictureFile& source,
                                         const std::vector<NSString>& names) {
     return encodedBitmap(image, image.bitmapOfTIFFRepresentation().get(), FileType::gif,
                          {{NSImageDitherTransparency, std::make_shared<NSNumber>(true)}}, source, names);
 }
 
-DataPointer TIFFRepresentationWithSource(const NSImage& image, const OptionalString& source,
+DataPointer TIFFRepresentationWithSource(const NSImage& image, const PictureFile& source,
                                          const std::vector<NSString>& names) {
     return encodedBitmap(image, image.bitmapOfTIFFRepresentation().get(), FileType::tiff, {}, source, names);
 }
 
-ImageProperties imagePropertiesForFile(const NSImage& image, const OptionalString& source,
+ImageProperties imagePropertiesForFile(const NSImage& image, const PictureFile& source,
                                        const NSBitmapImageRep* bitmap, const std::vector<NSString>& names) {
-    if (names.empty() || !source || source->isEmpty())
+    if (names.empty() || source.isNone())
         return {};
-    const auto isNamed = [&names](const NSString& name) {
-        return std::ranges::find(names, name) != names.end();
-    };
-    ImageProperties properties;
-    const auto keep = [&](const NSString& name, const NSBitmapImageRep* from) {
-        if (const Object value = from == nullptr ? nullptr : from->valueForProperty(name); value != nullptr)
-            properties.emplace(name, value);
-    };
-    if (isNamed(NSImageColorSyncProfileData)) {
-        const auto own = bitmap == nullptr ? image.bitmapOfTIFFRepresentation() : nullptr;
-        keep(NSImageColorSyncProfileData, bitmap == nullptr ? own.get() : bitmap);
-    }
-    if (isNamed(NSImageEXIFData) || isNamed(NSImageRGBColorTable)) {
-        const auto reps = NSBitmapImageRep::imageRepsWithContentsOfFile(*source);
-        const NSBitmapImageRep* file = reps.empty() ? nullptr : reps.front().get();
-        for (const char16_t* name : {NSImageEXIFData, NSImageRGBColorTable})
-            if (isNamed(name))
-                keep(name, file);
-    }
-    return properties;
+    return source.opened != nullptr ? propertiesOfOpened(source.opened, names)
+                                    : propertiesOfPath(image, *source.path, bitmap, names);
 }
 
 } // namespace kestrine::myUtility

@@ -1,5 +1,8 @@
 #include "platform/appkit/NSImage.h"
 
+#include "platform/host/FailureCollector.h"
+#include "platform/imageio/PictureEngine.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -32,9 +35,15 @@ std::optional<Fade> fadeFor(float fraction) {
 } // namespace
 
 std::shared_ptr<NSImage> NSImage::initWithContentsOfFile(const NSString& path) {
-    const auto reps = NSBitmapImageRep::imageRepsWithContentsOfFile(path);
-    if (reps.empty())
-        return nullptr;
+    const Result<std::shared_ptr<Source>> source = openPicture(path.utf8());
+    if (source)
+        return initWithSource(*source);
+    noteFailure(source.failure());
+    return nullptr;
+}
+
+std::shared_ptr<NSImage> NSImage::initWithSource(const std::shared_ptr<Source>& source) {
+    const auto reps = NSBitmapImageRep::imageRepsWithSource(source);
     auto image = std::make_shared<NSImage>(reps.front()->size());
     image->representations_.assign(reps.begin(), reps.end());
     image->isAsLoaded_ = true;

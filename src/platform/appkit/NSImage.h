@@ -13,6 +13,8 @@ public:
     /// `initWithContentsOfFile:`: nil when the file cannot be opened or is not a picture. As large, in
     /// points, as its first representation. Pixels are not decoded yet.
     static std::shared_ptr<NSImage> initWithContentsOfFile(const NSString& path);
+    /// The same for a file that is open already.
+    static std::shared_ptr<NSImage> initWithSource(const std::shared_ptr<Source>& source);
     /// `initWithSize:`: without representations.
     explicit NSImage(NSSize size) : size_(size) {}
 

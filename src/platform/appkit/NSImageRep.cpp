@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSNumber.h"
 #include "platform/host/FailureCollector.h"
+#include "platform/imageio/PictureEngine.h"
 
 namespace kestrine {
 
@@ -47,33 +48,31 @@ void multiplyByAlpha(PixelBuffer& pixels) {
 
 std::vector<std::shared_ptr<NSBitmapImageRep>>
 NSBitmapImageRep::imageRepsWithContentsOfFile(const NSString& path) {
+    const Result<std::shared_ptr<Source>> source = openPicture(path.utf8());
+    if (source)
+        return imageRepsWithSource(*source);
+    noteFailure(source.failure());
+    return {};
+}
+
+std::vector<std::shared_ptr<NSBitmapImageRep>>
+NSBitmapImageRep::imageRepsWithSource(const std::shared_ptr<Source>& source) {
     std::vector<std::shared_ptr<NSBitmapImageRep>> reps;
-    Result<std::shared_ptr<const ByteReader>> reader = readerOfPath(path.utf8());
-    if (!reader) {
-        noteFailure(reader.failure());
-        return reps;
-    }
-    Result<std::shared_ptr<Source>> source = Source::open(std::move(*reader));
-    if (!source) {
-        noteFailure(source.failure());
-        return reps;
-    }
-    for (std::size_t frame = 0; frame < (*source)->frames().size(); ++frame)
-        reps.push_back(std::make_shared<NSBitmapImageRep>(Picture{*source, frame, {}},
-                                                          pointsOf((*source)->frames()[frame])));
+    for (std::size_t frame = 0; frame < source->frames().size(); ++frame)
+        reps.push_back(std::make_shared<NSBitmapImageRep>(Picture{source, frame, {}},
+                                                          pointsOf(source->frames()[frame])));
     return reps;
 }
 
 Object NSBitmapImageRep::valueForProperty(const NSString& name) const {
-    const std::optional<ColorProfile> profile = picture().profile();
-    if (name == NSImageColorSyncProfileData && profile)
-        return std::make_shared<NSData>(Bytes(profile->bytes().begin(), profile->bytes().end()));
+    if (name == NSImageColorSyncProfileData)
+        return dataOrNil(picture().source->property(picture(), PictureProperty::profile));
     if (!picture().steps.empty())
         return nullptr; // the others are of a file, not of what was drawn from it
     if (name == NSImageEXIFData)
-        return dataOrNil(picture().source->decoder().exif());
+        return dataOrNil(picture().source->property(picture(), PictureProperty::exif));
     if (name == NSImageRGBColorTable)
-        return dataOrNil(picture().source->decoder().colorTable());
+        return dataOrNil(picture().source->property(picture(), PictureProperty::colorTable));
     return nullptr;
 }
 
@@ -96,6 +95,9 @@ NSBitmapImageRep::representationUsingType(FileType type, const ImageProperties& 
     output.options.profile = profile ? &*profile : nullptr;
     output.options.exif = bytesOf(exif);
     output.options.colorTable = bytesOf(colorTable);
+    output.kept.profile = valueOf<PropertyOfSource>(properties, NSImageColorSyncProfileData) != nullptr;
+    if (const auto ofSource = valueOf<PropertyOfSource>(properties, NSImageEXIFData))
+        output.kept.exif = ofSource->source;
     Result<Bytes> file = render(picture(), output);
     if (!file) {
         noteFailure(file.failure());

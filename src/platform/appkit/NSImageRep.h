@@ -43,6 +43,16 @@ inline constexpr const char16_t* NSImageRGBColorTable =
 
 using ImageProperties = std::map<NSString, Object>;
 
+/// A property that stands for its bytes: the encoder takes them from the file where it is decoded, so that
+/// this process need not read them. As NSImageColorSyncProfileData it means the profile of the bitmap that is
+/// encoded, as NSImageEXIFData the EXIF block of `source`.
+class PropertyOfSource final : public NSObject {
+public:
+    explicit PropertyOfSource(std::shared_ptr<Source> file) : source(std::move(file)) {}
+
+    const std::shared_ptr<Source> source;
+};
+
 class NSBitmapImageRep final : public NSImageRep {
 public:
     NSBitmapImageRep(Picture picture, NSSize size) : NSImageRep(std::move(picture), size) {}
@@ -51,6 +61,9 @@ public:
     /// order, reduced copies last. None when the file cannot be opened or its header is not that of a
     /// picture. The size in points follows the resolution.
     static std::vector<std::shared_ptr<NSBitmapImageRep>> imageRepsWithContentsOfFile(const NSString& path);
+    /// The same for a file that is open already.
+    static std::vector<std::shared_ptr<NSBitmapImageRep>>
+    imageRepsWithSource(const std::shared_ptr<Source>& source);
 
     /// `valueForProperty:`: the profile, and for the bitmap of a file as it was loaded also its EXIF block
     /// and colour table; nil when there is none.

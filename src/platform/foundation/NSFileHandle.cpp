@@ -19,7 +19,7 @@ Result<std::shared_ptr<const ByteReader>> readerOfCheckedPath(const std::string&
 std::unique_ptr<NSFileHandle> NSFileHandle::fileHandleForReadingAtPath(const NSString& path) {
     Result<std::shared_ptr<const ByteReader>> reader = readerOfCheckedPath(path.utf8());
     if (reader)
-        return std::unique_ptr<NSFileHandle>(new NSFileHandle(std::move(*reader)));
+        return fileHandleWithReader(std::move(*reader));
     noteFailure(reader.failure());
     return nullptr;
 }

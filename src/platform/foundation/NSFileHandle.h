@@ -14,6 +14,11 @@ public:
     /// `fileHandleForReadingAtPath:`: null (nil) if there is no regular file that can be opened.
     static std::unique_ptr<NSFileHandle> fileHandleForReadingAtPath(const NSString& path);
 
+    /// A handle of a file that is open already.
+    static std::unique_ptr<NSFileHandle> fileHandleWithReader(std::shared_ptr<const ByteReader> reader) {
+        return std::unique_ptr<NSFileHandle>(new NSFileHandle(std::move(reader)));
+    }
+
     /// `seekToFileOffset:`: the offset may be beyond the end of the file, where reading gives no bytes.
     void seekToFileOffset(std::uint64_t offset) { offset_ = offset; }
     /// `readDataOfLength:`: at most `length` bytes, fewer at the end of the file. Moves the offset to the end

@@ -7,8 +7,6 @@ namespace kestrine {
 
 namespace {
 
-std::atomic<std::uint64_t> startedDecodes = 0;
-
 /// Applies steps to a format.
 struct FormatAfter {
     void operator()(const QuarterTurn&) { std::swap(result.width, result.height); }
@@ -25,57 +23,7 @@ struct FormatAfter {
     RowFormat result;
 };
 
-class ClearRows final : public RowSource {
-public:
-    explicit ClearRows(const RowFormat& format) : RowSource(format) {}
-
-    Result<void> readRow(std::span<std::uint8_t> row) override {
-        std::ranges::fill(row, std::uint8_t{0});
-        return {};
-    }
-};
-
-class ClearCanvas final : public ImageDecoder {
-public:
-    ClearCanvas(std::uint32_t width, std::uint32_t height) {
-        frames_.push_back({.format = {width, height, ColorModel::rgb, true, SampleDepth::bits8}});
-    }
-
-    Result<RowSourcePointer> rows(std::size_t frame, int) const override {
-        return RowSourcePointer(std::make_unique<ClearRows>(frames_[frame].format));
-    }
-};
-
 } // namespace
-
-Result<std::shared_ptr<Source>> Source::open(std::shared_ptr<const ByteReader> reader) {
-    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(std::move(reader)));
-    return std::shared_ptr<Source>(new Source(std::move(decoder)));
-}
-
-std::shared_ptr<Source> Source::clear(std::uint32_t width, std::uint32_t height) {
-    return std::shared_ptr<Source>(new Source(std::make_unique<ClearCanvas>(width, height)));
-}
-
-std::uint64_t Source::decodesStarted() { return startedDecodes; }
-
-Result<RowSourcePointer> Source::decode(std::size_t frame, int eighths) const {
-    ++startedDecodes;
-    return decoder_->rows(frame, eighths);
-}
-
-Result<RowSourcePointer> Source::rows(std::size_t frame, int eighths) {
-    if (!keepsPixels(frame))
-        return decode(frame, eighths);
-    const std::lock_guard lock(mutex_);
-    std::shared_ptr<const PixelBuffer>& kept = kept_[frame];
-    if (kept == nullptr) {
-        RowSourcePointer decoded = TRY(decode(frame, 8));
-        PixelBuffer pixels = TRY(readAllRows(*decoded));
-        kept = std::make_shared<const PixelBuffer>(std::move(pixels));
-    }
-    return rowsOfPixels(kept);
-}
 
 RowFormat Picture::format() const {
     FormatAfter format{description().format};

@@ -5,51 +5,54 @@
 #include "platform/coregraphics/Resampler.h"
 #include "platform/imageio/ImageCodec.h"
 
-#include <atomic>
-#include <mutex>
 #include <optional>
 #include <variant>
 #include <vector>
 
 namespace kestrine {
 
+struct Output;
+struct Picture;
+
+/// A property that a file has beside its pixels.
+enum class PictureProperty : std::uint8_t { profile, exif, colorTable };
+
+/// A question about a file that is not answered by its header, such as the orientation that one reader finds.
+/// It reads only `file`, and does so in the process that decodes it.
+using FileQuestion = Result<Bytes> (*)(const std::shared_ptr<const ByteReader>& file);
+
 /// An input whose header has been read. It owns the bytes or the open file, not a path, so the file may be
-/// moved in the meantime. Any thread.
+/// moved in the meantime. PictureEngine opens it, and decides in which process it is decoded. Any thread.
 class Source {
 public:
-    static Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> reader);
+    virtual ~Source() = default;
+
     /// An empty canvas: one frame of transparent 8-bit RGB. Its sides must be within the limits.
     static std::shared_ptr<Source> clear(std::uint32_t width, std::uint32_t height);
 
-    const std::vector<FrameDescription>& frames() const { return decoder_->frames(); }
-    const ImageDecoder& decoder() const { return *decoder_; }
+    /// At least one; the main picture is the first. `profile` is set only in the process that decodes.
+    const std::vector<FrameDescription>& frames() const { return frames_; }
+    /// Whether it is an empty canvas and no file.
+    virtual bool isCanvas() const { return false; }
 
     /// From now on each frame is decoded only once, at full size, and its pixels are kept for further
     /// results. A frame that is too large to be kept is decoded again for each result.
-    void keepPixels() { keepsPixels_ = true; }
-    bool keepsPixels(std::size_t frame) const {
-        return keepsPixels_ && frames()[frame].format.canBeBuffered();
-    }
-
-    /// The rows of a frame, decoded at `eighths` eighths of its size; must be 8 if its pixels are kept.
-    Result<RowSourcePointer> rows(std::size_t frame, int eighths);
+    virtual void keepPixels() = 0;
 
     /// Why some of the pixels decoded so far, of any frame, had to be made up; nothing if none were.
-    std::optional<Failure> damage() const { return decoder_->damage(); }
+    virtual std::optional<Failure> damage() const = 0;
 
-    /// How often decoding has been started in this process.
-    static std::uint64_t decodesStarted();
+    /// A property of `picture`, which is of this source: the ICC profile of the result of its steps, or the
+    /// EXIF block or colour table of the file. Empty if there is none.
+    virtual Result<Bytes> property(const Picture& picture, PictureProperty property) const = 0;
+    virtual Result<Bytes> answer(FileQuestion question) const = 0;
 
-private:
-    explicit Source(std::unique_ptr<ImageDecoder> decoder)
-        : decoder_(std::move(decoder)), kept_(decoder_->frames().size()) {}
+    /// For render() and readPixels(). `picture` is of this source, or of an empty canvas.
+    virtual Result<Bytes> rendered(const Picture& picture, const Output& output) = 0;
+    virtual Result<PixelBuffer> pixels(const Picture& picture) = 0;
 
-    Result<RowSourcePointer> decode(std::size_t frame, int eighths) const;
-
-    const std::unique_ptr<ImageDecoder> decoder_;
-    std::atomic<bool> keepsPixels_ = false;
-    std::mutex mutex_;
-    std::vector<std::shared_ptr<const PixelBuffer>> kept_; ///< by frame; guarded by mutex_
+protected:
+    std::vector<FrameDescription> frames_;
 };
 
 enum class QuarterTurn : std::uint8_t { clockwise, counterclockwise };
@@ -81,7 +84,8 @@ struct Picture {
     RowFormat format() const;
     std::uint32_t width() const { return format().width; }
     std::uint32_t height() const { return format().height; }
-    /// The profile of the resulting pixels; none means sRGB without a profile.
+    /// The profile of the resulting pixels; none means sRGB without a profile. Only in the process that
+    /// decodes the source.
     std::optional<ColorProfile> profile() const;
     /// Whether the source and the result of every step are within the limits of a picture.
     bool isWithinLimits() const;

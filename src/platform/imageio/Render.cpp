@@ -3,6 +3,7 @@
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
+#include "platform/imageio/LocalSource.h"
 #include "platform/imageio/exif/ExifBlock.h"
 
 #include <algorithm>
@@ -40,14 +41,14 @@ Resampling beforeTurn(const Resampling& resampling, int quarterTurns, std::uint3
 class Pipeline {
 public:
     Pipeline(const Picture& picture, bool keeps16Bits)
-        : picture_(picture), keeps16Bits_(keeps16Bits), profile_(picture.description().profile) {}
+        : picture_(picture), source_(static_cast<LocalSource&>(*picture.source)), keeps16Bits_(keeps16Bits),
+          profile_(picture.description().profile) {}
 
     Result<RowSourcePointer> build() {
         RowPlan plan = planRows(picture_);
         const int eighths = chooseEighths(plan);
-        RowSourcePointer rows = TRY(picture_.source->rows(picture_.frame, eighths));
-        const bool isCostly =
-            !picture_.description().isUncompressed && !picture_.source->keepsPixels(picture_.frame);
+        RowSourcePointer rows = TRY(source_.rows(picture_.frame, eighths));
+        const bool isCostly = !picture_.description().isUncompressed && !source_.keepsPixels(picture_.frame);
         RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(rows)) : std::move(rows);
         for (std::size_t i = 0; i < plan.steps.size(); ++i)
             pipeline = addStep(std::move(pipeline), plan.steps[i], i + 1 == plan.steps.size());
@@ -59,8 +60,7 @@ public:
 private:
     /// If the first step is a reduction, lets the decoder do a part of it and adapts the step.
     int chooseEighths(RowPlan& plan) const {
-        if (plan.steps.empty() || !picture_.description().canReduce
-            || picture_.source->keepsPixels(picture_.frame))
+        if (plan.steps.empty() || !picture_.description().canReduce || source_.keepsPixels(picture_.frame))
             return 8;
         auto* first = std::get_if<Resampling>(&plan.steps.front());
         if (first == nullptr)
@@ -85,6 +85,7 @@ private:
     }
 
     const Picture& picture_;
+    LocalSource& source_;
     const bool keeps16Bits_;
     std::optional<ColorProfile> profile_; ///< of the rows after the steps added so far
 };
@@ -95,6 +96,18 @@ Result<void> checkSize(const Picture& picture) {
     if (!picture.isWithinLimits())
         return Failure{Reason::tooLarge, "the result is larger than 2^30 pixels"};
     return {};
+}
+
+/// The EXIF block of the file to be made; empty if there is to be none.
+Bytes exifFor(const Output& output, const RowFormat& result, bool wasTurned) {
+    Bytes own;
+    ByteView block = output.options.exif;
+    if (output.kept.exif != nullptr) {
+        if (Result<Bytes> read = output.kept.exif->property({}, PictureProperty::exif))
+            own = std::move(*read);
+        block = own;
+    }
+    return block.empty() ? Bytes() : carriedExif(block, result.width, result.height, wasTurned);
 }
 
 } // namespace
@@ -128,6 +141,13 @@ int decodingEighths(const Resampling& resampling) {
 }
 
 Result<Bytes> render(const Picture& picture, const Output& output) {
+    const bool isElsewhere = picture.source->isCanvas() && output.kept.exif != nullptr;
+    return (isElsewhere ? output.kept.exif : picture.source)->rendered(picture, output);
+}
+
+Result<PixelBuffer> readPixels(const Picture& picture) { return picture.source->pixels(picture); }
+
+Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output) {
     TRY(checkSize(picture));
     const OutputFormat& file = outputFormat(output.type);
     RowSourcePointer built = TRY(Pipeline(picture, file.holds16Bits).build());
@@ -138,15 +158,14 @@ Result<Bytes> render(const Picture& picture, const Output& output) {
     if (file.isSRGBOnly)
         rows = rowsInSRGB(std::move(rows), profile ? &*profile : nullptr);
     EncodingOptions options = output.options;
-    Bytes exif;
-    if (!options.exif.empty()) {
-        exif = carriedExif(options.exif, rows->format().width, rows->format().height, picture.wasTurned());
-        options.exif = exif;
-    }
+    if (output.kept.profile)
+        options.profile = profile ? &*profile : nullptr;
+    const Bytes exif = exifFor(output, rows->format(), picture.wasTurned());
+    options.exif = exif;
     return file.encode(*rows, options);
 }
 
-Result<PixelBuffer> readPixels(const Picture& picture) {
+Result<PixelBuffer> LocalSource::pixels(const Picture& picture) {
     TRY(checkSize(picture));
     RowSourcePointer rows = TRY(Pipeline(picture, true).build());
     return readAllRows(*rows);

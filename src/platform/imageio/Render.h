@@ -6,11 +6,20 @@
 
 namespace kestrine {
 
+/// What a file keeps of the one that it is made from, so that the bytes need not leave the process that
+/// decodes. It takes precedence over the options of the same name.
+struct KeptProperties {
+    bool profile = false; ///< the profile of the picture
+    std::shared_ptr<Source>
+        exif; ///< null for none; the source of the picture, unless that is an empty canvas
+};
+
 /// The kind of file to make. `options.exif` is the whole EXIF block of the source; render() selects and
 /// updates what goes into the file.
 struct Output {
     FileType type;
     EncodingOptions options;
+    KeptProperties kept = {};
 };
 
 /// The finished file. Any thread; several threads at once if their pictures have different sources, or

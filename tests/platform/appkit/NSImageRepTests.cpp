@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSNumber.h"
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/LocalSource.h"
 #include "tests/support/Pictures.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -34,7 +35,7 @@ Bytes encoded(const PixelBuffer& pixels, Result<Bytes> (*encode)(RowSource&, con
 PixelBuffer photo() { return makePhoto({20, 10, ColorModel::rgb, false, SampleDepth::bits8}); }
 
 NSBitmapImageRep bitmapOf(const PixelBuffer& pixels, NSSize size) {
-    return {Picture{*Source::open(readerOfBytes(encoded(pixels, tiff::encode))), 0, {}}, size};
+    return {Picture{*LocalSource::open(readerOfBytes(encoded(pixels, tiff::encode))), 0, {}}, size};
 }
 
 std::unique_ptr<ImageDecoder> decoderOf(const std::shared_ptr<const NSData>& file) {

@@ -1,6 +1,7 @@
 #include "platform/appkit/NSImage.h"
 
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/LocalSource.h"
 #include "tests/support/Pictures.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -17,7 +18,7 @@ namespace {
 
 std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *Source::open(readerOfBytes(*tiff::encode(*rows, {})));
+    return *LocalSource::open(readerOfBytes(*tiff::encode(*rows, {})));
 }
 
 std::shared_ptr<NSBitmapImageRep> photoRep(std::uint32_t width, std::uint32_t height) {
@@ -149,11 +150,11 @@ TEST(NSImage, theFileMayGoAwayOnceItIsLoaded) {
 TEST(NSImage, keptPixelsOfSeveralRepresentationsAreDecodedOnceEach) {
     const NSImage image = imageOf({{4, 4}, {9, 9}});
     image.keepPixels();
-    const std::uint64_t before = Source::decodesStarted();
+    const std::uint64_t before = LocalSource::decodesStarted();
     for (int use = 0; use < 3; ++use)
         for (const auto& rep : image.representations())
             ASSERT_TRUE(readPixels(rep->picture()).ok());
-    EXPECT_EQ(Source::decodesStarted() - before, 2U);
+    EXPECT_EQ(LocalSource::decodesStarted() - before, 2U);
 }
 
 TEST(NSImage, theTIFFRepresentationIsAFileOfTheFirstRepresentationWithItsProfile) {
@@ -162,9 +163,9 @@ TEST(NSImage, theTIFFRepresentationIsAFileOfTheFirstRepresentationWithItsProfile
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
     NSImage image({6, 8});
     image.addRepresentation(std::make_shared<NSBitmapImageRep>(
-        Picture{*Source::open(readerOfBytes(*tiff::encode(*rows, {.profile = &profile}))), 0, {}},
+        Picture{*LocalSource::open(readerOfBytes(*tiff::encode(*rows, {.profile = &profile}))), 0, {}},
         NSSize{1, 1}));
-    const auto source = *Source::open(readerOfBytes(image.TIFFRepresentation()->bytes()));
+    const auto source = *LocalSource::open(readerOfBytes(image.TIFFRepresentation()->bytes()));
     EXPECT_TRUE(samePicture(*readPixels({source, 0, {}}), photo));
     EXPECT_EQ(source->frames().front().profile, profile);
     EXPECT_EQ(source->frames().front().resolution, (Resolution{144, 72})) << "by the image's size";

@@ -1,6 +1,7 @@
 #include "platform/coreimage/CIImage.h"
 
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/LocalSource.h"
 #include "platform/imageio/Render.h"
 #include "tests/support/Pictures.h"
 
@@ -13,7 +14,7 @@ namespace {
 CIImage imageOf(std::uint32_t width, std::uint32_t height) {
     const auto pixels = testing::makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return CIImage({*Source::open(readerOfBytes(*tiff::encode(*rows, {}))), 0, {}});
+    return CIImage({*LocalSource::open(readerOfBytes(*tiff::encode(*rows, {}))), 0, {}});
 }
 
 const Resampling& lastStep(const CIImage& image) {

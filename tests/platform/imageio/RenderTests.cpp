@@ -1,6 +1,7 @@
 #include "platform/imageio/Render.h"
 
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/LocalSource.h"
 #include "tests/support/Pictures.h"
 
 namespace kestrine {
@@ -17,7 +18,7 @@ RowFormat photoFormat(std::uint32_t width, std::uint32_t height) {
 /// A TIFF of the pixels: the one format that keeps every layout exactly.
 std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *Source::open(readerOfBytes(*tiff::encode(*rows, {})));
+    return *LocalSource::open(readerOfBytes(*tiff::encode(*rows, {})));
 }
 
 PixelBuffer turnedClockwise(const PixelBuffer& source) {
@@ -29,12 +30,12 @@ PixelBuffer turnedClockwise(const PixelBuffer& source) {
 }
 
 /// A JPEG of a photo, whose decoder can reduce.
-std::shared_ptr<Source> jpegSource(std::uint32_t width, std::uint32_t height) {
+std::shared_ptr<LocalSource> jpegSource(std::uint32_t width, std::uint32_t height) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto(photoFormat(width, height))));
-    return *Source::open(readerOfBytes(*jpeg::encode(*rows, {.quality = 1})));
+    return *LocalSource::open(readerOfBytes(*jpeg::encode(*rows, {.quality = 1})));
 }
 
-PixelBuffer decodedAt(const std::shared_ptr<Source>& source, int eighths) {
+PixelBuffer decodedAt(const std::shared_ptr<LocalSource>& source, int eighths) {
     return *readAllRows(**source->rows(0, eighths));
 }
 
@@ -132,11 +133,11 @@ TEST(Render, keptPixelsAreDecodedOnceForAnyNumberOfResults) {
     const auto source = sourceOf(makePhoto(photoFormat(20, 30)));
     source->keepPixels();
     const Picture picture{source, 0, {}};
-    const std::uint64_t before = Source::decodesStarted();
+    const std::uint64_t before = LocalSource::decodesStarted();
     ASSERT_TRUE(readPixels(picture).ok());
     ASSERT_TRUE(render(picture.with(half), {FileType::png, {}}).ok());
     ASSERT_TRUE(render(picture, {FileType::gif, {}}).ok());
-    EXPECT_EQ(Source::decodesStarted() - before, 1U);
+    EXPECT_EQ(LocalSource::decodesStarted() - before, 1U);
 }
 
 TEST(Render, whatIsTooLargeToBeHeldIsNotKept) {
@@ -151,7 +152,7 @@ TEST(Render, whatIsTooLargeToBeHeldIsNotKept) {
 
 TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeAnythingIsDecoded) {
     const Picture picture{sourceOf(makePhoto(photoFormat(20, 30))), 0, {}};
-    const std::uint64_t before = Source::decodesStarted();
+    const std::uint64_t before = LocalSource::decodesStarted();
     const AxisMap none{1, 0, 0}, huge{3000, 0, 60000};
     EXPECT_EQ(render(picture.with(Resampling{none, none, {}, {}}), {FileType::png, {}}).failure().reason,
               Reason::empty);
@@ -159,7 +160,7 @@ TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeAnythingIsDecoded) 
               Reason::tooLarge);
     const Picture smallAgain = picture.with(Resampling{huge, huge, {}, {}}).with(half);
     EXPECT_EQ(readPixels(smallAgain).failure().reason, Reason::tooLarge) << "on the way to the result";
-    EXPECT_EQ(Source::decodesStarted(), before);
+    EXPECT_EQ(LocalSource::decodesStarted(), before);
 }
 
 TEST(Render, theDecoderReducesOnlyAsFarAsTheFilterCanAfford) {
@@ -214,7 +215,7 @@ TEST(Render, aClearPictureBecomesWhiteInAFormatWithoutAlpha) {
         testing::makePicture(format, [](auto, auto, std::size_t c) { return c == 3 ? 0U : 90U; });
     const auto jpeg = render({sourceOf(clear), 0, {}}, {FileType::jpeg, {.quality = 1}});
     ASSERT_TRUE(jpeg.ok());
-    const PixelBuffer decoded = *readPixels({*Source::open(readerOfBytes(*jpeg)), 0, {}});
+    const PixelBuffer decoded = *readPixels({*LocalSource::open(readerOfBytes(*jpeg)), 0, {}});
     EXPECT_TRUE(samePicture(
         decoded, testing::makePicture(photoFormat(16, 16), [](auto, auto, auto) { return 255U; })));
 }

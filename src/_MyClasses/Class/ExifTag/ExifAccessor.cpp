@@ -132,7 +132,8 @@ NSString decimalText(const NSNumber& number, const NSString&) {
 TagDictionaryPointer ExifTagReader::tagDictionary() {
     if (tagDictionary_)
         return tagDictionary_;
-    const auto handle = NSFileHandle::fileHandleForReadingAtPath(path_);
+    const auto handle =
+        file_ ? NSFileHandle::fileHandleWithReader(file_) : NSFileHandle::fileHandleForReadingAtPath(path_);
     if (!handle)
         return tagDictionary_ = std::make_shared<const TagDictionary>();
     const OpenHandle open(*this, *handle);

@@ -37,10 +37,18 @@ NSString identifierText(const ExifFileHeader& header) {
 } // namespace
 
 std::unique_ptr<ExifTagReader> ExifTagReader::initWithPath(const NSString& path) {
+    return acceptsName(path) ? std::unique_ptr<ExifTagReader>(new ExifTagReader(path)) : nullptr;
+}
+
+std::unique_ptr<ExifTagReader> ExifTagReader::initWithFile(std::shared_ptr<const ByteReader> file) {
+    std::unique_ptr<ExifTagReader> reader(new ExifTagReader(NSString()));
+    reader->file_ = std::move(file);
+    return reader;
+}
+
+bool ExifTagReader::acceptsName(const NSString& path) {
     const NSString extension = path.pathExtension().lowercased();
-    if (extension != u"jpg" && extension != u"jpeg")
-        return nullptr;
-    return std::unique_ptr<ExifTagReader>(new ExifTagReader(path));
+    return extension == u"jpg" || extension == u"jpeg";
 }
 
 void ExifTagReader::seek(std::uint64_t position) {

@@ -7,6 +7,7 @@
 #include "_MyClasses/Class/ExifTag/ExifRecords.h"
 #include "_MyClasses/Class/ExifTag/TagDictionary.h"
 #include "platform/foundation/NSObject.h"
+#include "platform/host/files/ByteReader.h"
 
 #include <chrono>
 #include <optional>
@@ -38,6 +39,10 @@ public:
     /// `initWithPath:`. Does not open the file. Null (nil) unless the extension is jpg or jpeg, in upper or
     /// lower case.
     static std::unique_ptr<ExifTagReader> initWithPath(const NSString& path);
+    /// A reader of a file that is open already, whatever its name is.
+    static std::unique_ptr<ExifTagReader> initWithFile(std::shared_ptr<const ByteReader> file);
+    /// Whether initWithPath() accepts the path.
+    static bool acceptsName(const NSString& path);
 
     // Group accessor: the tag dictionary (ExifAccessor.cpp).
 
@@ -153,6 +158,7 @@ private:
 
     std::uint16_t app1Offset_ = 0;
     const NSString path_;
+    std::shared_ptr<const ByteReader> file_; ///< null: the file at the path is opened
     TagDictionaryPointer tagDictionary_;
     NSFileHandle* fileHandle_ = nullptr;
     NSBundle* bundle_ = nullptr;

@@ -1,6 +1,6 @@
 #include "platform/imageio/gif/CodeCheck.h"
 
-#include "platform/imageio/Picture.h"
+#include "platform/imageio/LocalSource.h"
 #include "tests/platform/imageio/gif/GIFFile.h"
 
 #include <algorithm>
@@ -19,7 +19,7 @@ std::size_t soundCodes(const std::vector<int>& codes, std::uint64_t pixels = 100
 }
 
 std::optional<Failure> damageOf(const Bytes& file) {
-    const std::shared_ptr<Source> source = *Source::open(readerOfBytes(file));
+    const auto source = *LocalSource::open(readerOfBytes(file));
     EXPECT_TRUE(readAllRows(**source->rows(0, 8)).ok());
     return source->damage();
 }

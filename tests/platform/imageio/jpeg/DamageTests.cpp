@@ -1,5 +1,5 @@
 // JPEG files are damaged if pixels had to be made up.
-#include "platform/imageio/Picture.h"
+#include "platform/imageio/LocalSource.h"
 #include "platform/imageio/jpeg/Decoder.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
@@ -23,7 +23,7 @@ constexpr JPEGRecipe progressive{.width = 64, .height = 320, .isProgressive = tr
 constexpr JPEGRecipe restarting{.width = 64, .height = 320, .restartInterval = 4};
 
 std::optional<Failure> damageOf(const Bytes& file, int eighths = 8) {
-    const std::shared_ptr<Source> source = *Source::open(readerOfBytes(file));
+    const auto source = *LocalSource::open(readerOfBytes(file));
     EXPECT_TRUE(readAllRows(**source->rows(0, eighths)).ok());
     return source->damage();
 }
@@ -103,7 +103,7 @@ TEST(JPEGDamage, isTheSameWithoutOurOwnDecoder) {
 }
 
 TEST(JPEGDamage, isNotSeenBeforeTheDamagedRowsAreDecoded) {
-    const std::shared_ptr<Source> source = *Source::open(readerOfBytes(shortened(makeJPEG(photo), 300)));
+    const auto source = *LocalSource::open(readerOfBytes(shortened(makeJPEG(photo), 300)));
     const RowSourcePointer rows = *source->rows(0, 8);
     Bytes row(rows->format().bytesPerRow());
     ASSERT_TRUE(rows->readRow(row).ok());

@@ -1,5 +1,5 @@
 // Which TIFF files are damaged, though libtiff makes pixels of them.
-#include "platform/imageio/Picture.h"
+#include "platform/imageio/LocalSource.h"
 #include "tests/platform/imageio/tiff/TIFFRecipe.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ TIFFRecipe jpegPage() {
 }
 
 std::shared_ptr<Source> decodedSource(const Bytes& file) {
-    const std::shared_ptr<Source> source = *Source::open(readerOfBytes(file));
+    const auto source = *LocalSource::open(readerOfBytes(file));
     EXPECT_TRUE(readAllRows(**source->rows(0, 8)).ok());
     return source;
 }

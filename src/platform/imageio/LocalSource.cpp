@@ -1,0 +1,82 @@
+#include "platform/imageio/LocalSource.h"
+
+#include <algorithm>
+
+namespace kestrine {
+
+namespace {
+
+std::atomic<std::uint64_t> startedDecodes = 0;
+
+class ClearRows final : public RowSource {
+public:
+    explicit ClearRows(const RowFormat& format) : RowSource(format) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        std::ranges::fill(row, std::uint8_t{0});
+        return {};
+    }
+};
+
+class ClearCanvas final : public ImageDecoder {
+public:
+    ClearCanvas(std::uint32_t width, std::uint32_t height) {
+        frames_.push_back({.format = {width, height, ColorModel::rgb, true, SampleDepth::bits8}});
+    }
+
+    Result<RowSourcePointer> rows(std::size_t frame, int) const override {
+        return RowSourcePointer(std::make_unique<ClearRows>(frames_[frame].format));
+    }
+};
+
+Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
+
+} // namespace
+
+LocalSource::LocalSource(std::unique_ptr<ImageDecoder> decoder, std::shared_ptr<const ByteReader> file)
+    : decoder_(std::move(decoder)), file_(std::move(file)), kept_(decoder_->frames().size()) {
+    frames_ = decoder_->frames();
+}
+
+Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const ByteReader> file) {
+    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(file));
+    return std::make_shared<LocalSource>(std::move(decoder), std::move(file));
+}
+
+std::shared_ptr<Source> Source::clear(std::uint32_t width, std::uint32_t height) {
+    return std::make_shared<LocalSource>(std::make_unique<ClearCanvas>(width, height), nullptr);
+}
+
+std::uint64_t LocalSource::decodesStarted() { return startedDecodes; }
+
+Result<RowSourcePointer> LocalSource::decode(std::size_t frame, int eighths) const {
+    ++startedDecodes;
+    return decoder_->rows(frame, eighths);
+}
+
+Result<RowSourcePointer> LocalSource::rows(std::size_t frame, int eighths) {
+    if (!keepsPixels(frame))
+        return decode(frame, eighths);
+    const std::lock_guard lock(mutex_);
+    std::shared_ptr<const PixelBuffer>& kept = kept_[frame];
+    if (kept == nullptr) {
+        RowSourcePointer decoded = TRY(decode(frame, 8));
+        PixelBuffer pixels = TRY(readAllRows(*decoded));
+        kept = std::make_shared<const PixelBuffer>(std::move(pixels));
+    }
+    return rowsOfPixels(kept);
+}
+
+Result<Bytes> LocalSource::property(const Picture& picture, PictureProperty property) const {
+    switch (property) {
+    case PictureProperty::exif:
+        return decoder_->exif();
+    case PictureProperty::colorTable:
+        return decoder_->colorTable();
+    default:
+        const std::optional<ColorProfile> profile = picture.profile();
+        return profile ? copied(profile->bytes()) : Bytes();
+    }
+}
+
+} // namespace kestrine

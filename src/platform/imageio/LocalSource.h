@@ -1,0 +1,46 @@
+// LocalSource: a source that is decoded in this process.
+#pragma once
+
+#include "platform/imageio/Picture.h"
+
+#include <atomic>
+#include <mutex>
+
+namespace kestrine {
+
+class LocalSource final : public Source {
+public:
+    static Result<std::shared_ptr<LocalSource>> open(std::shared_ptr<const ByteReader> file);
+
+    /// `file` is null for an empty canvas.
+    LocalSource(std::unique_ptr<ImageDecoder> decoder, std::shared_ptr<const ByteReader> file);
+
+    bool isCanvas() const override { return file_ == nullptr; }
+    void keepPixels() override { keepsPixels_ = true; }
+    bool keepsPixels(std::size_t frame) const {
+        return keepsPixels_ && frames()[frame].format.canBeBuffered();
+    }
+
+    /// The rows of a frame, decoded at `eighths` eighths of its size; must be 8 if its pixels are kept.
+    Result<RowSourcePointer> rows(std::size_t frame, int eighths);
+
+    std::optional<Failure> damage() const override { return decoder_->damage(); }
+    Result<Bytes> property(const Picture& picture, PictureProperty property) const override;
+    Result<Bytes> answer(FileQuestion question) const override { return question(file_); }
+    Result<Bytes> rendered(const Picture& picture, const Output& output) override;
+    Result<PixelBuffer> pixels(const Picture& picture) override;
+
+    /// How often decoding has been started in this process.
+    static std::uint64_t decodesStarted();
+
+private:
+    Result<RowSourcePointer> decode(std::size_t frame, int eighths) const;
+
+    const std::unique_ptr<ImageDecoder> decoder_;
+    const std::shared_ptr<const ByteReader> file_;
+    std::atomic<bool> keepsPixels_ = false;
+    std::mutex mutex_;
+    std::vector<std::shared_ptr<const PixelBuffer>> kept_; ///< by frame; guarded by mutex_
+};
+
+} // namespace kestrine

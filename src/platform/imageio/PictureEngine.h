@@ -1,0 +1,29 @@
+// PictureEngine: opens files as pictures, to be decoded in this process or elsewhere.
+#pragma once
+
+#include "platform/imageio/Picture.h"
+
+namespace kestrine {
+
+/// Any thread.
+class PictureEngine {
+public:
+    virtual ~PictureEngine() = default;
+
+    /// Reads the header of `file`. If `asked` is not null, it will be asked of the source next, so its answer
+    /// may be prepared.
+    virtual Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file,
+                                                 FileQuestion asked = nullptr) = 0;
+
+    /// The engine that opens all files of this process: until setCurrent() is called, one that decodes in
+    /// this process.
+    static PictureEngine& current();
+    /// `engine` must outlive its use; null for the one that decodes in this process. Not while files are
+    /// being opened.
+    static void setCurrent(PictureEngine* engine);
+};
+
+/// Opens the file at `path` with the current engine.
+Result<std::shared_ptr<Source>> openPicture(const std::string& path, FileQuestion asked = nullptr);
+
+} // namespace kestrine
