@@ -126,6 +126,20 @@ TEST_F(StrictJob, aResultThatCannotGetItsNameTellsWhereTheOriginalWent) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1) << "only the trash";
 }
 
+TEST_F(StrictJob, aNameThatIsTakenAtTheLastMomentIsNotOverwritten) {
+    folder.write("a.jpg", photo());
+    testing::InterposedCalls calls;
+    calls.onRename = [&](const std::string&, const std::string& newName) {
+        if (newName == "a.jpg" && !exists("a.jpg"))
+            folder.write("a.jpg", "somebody else's");
+        return 0;
+    };
+    const JobOutcome outcome = replace("a.jpg");
+    EXPECT_TRUE(outcome.isWritten);
+    EXPECT_EQ(outcome.path, NSString::fromUTF8(folder / "a_1.jpg"));
+    EXPECT_EQ(testing::readFile(folder / "a.jpg"), "somebody else's");
+}
+
 TEST_F(StrictJob, whenTheTrashRefusesTheResultGetsTheNextNameAndTheReasonIsKept) {
     folder.write("data/Trash/files/b.jpg", photo());
     const JobOutcome outcome = replace("data/Trash/files/b.jpg");

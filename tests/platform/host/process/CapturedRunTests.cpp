@@ -3,10 +3,12 @@
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/time.h>
 #include <thread>
 #include <unistd.h>
 
@@ -73,6 +75,36 @@ TEST(CapturedRun, outputUpToTheLimitIsKeptAndBeyondItTheProgramIsEnded) {
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"1234"}, 4)->output, "1234");
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"12345"}, 4).failure().reason, Reason::tooLarge);
     EXPECT_EQ(runCapturingOutput("/usr/bin/yes", {}, 100'000).failure().reason, Reason::tooLarge);
+}
+
+TEST(CapturedRun, aProgramThatWritesTooMuchIsEndedEvenIfItDoesNotNotice) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(outputOf("trap 'kill $!; echo ended >" + (folder / "ended")
+                       + "; exit' TERM; head -c 20000 /dev/zero; sleep 60 & wait"),
+              "a program writes more than 10000 bytes");
+    EXPECT_EQ(contentOnceWritten(folder / "ended"), "ended\n");
+}
+
+TEST(CapturedRun, isNotDisturbedBySignalsThatThisProcessHandles) {
+    runIsolated([] {
+        struct sigaction action {};
+        action.sa_handler = [](int) {
+            static std::atomic<int> signals = 0;
+            if (++signals == 4000)
+                ::_exit(1);
+        };
+        ASSERT_EQ(::sigaction(SIGALRM, &action, nullptr), 0);
+        const itimerval every5ms{{0, 5000}, {0, 5000}};
+        ASSERT_EQ(::setitimer(ITIMER_REAL, &every5ms, nullptr), 0);
+        EXPECT_EQ(outputOf("sleep 0.1; echo one; sleep 0.1; echo two"), "one\ntwo\n");
+    });
+}
+
+TEST(CapturedRun, failsIfTheSupervisorIsKilled) {
+    runIsolated([] {
+        ::alarm(30);
+        EXPECT_EQ(outputOf("kill -KILL $PPID; sleep 0.1"), "nothing is known about the end of /bin/sh");
+    });
 }
 
 TEST(CapturedRun, capturingWorksWithoutStandardStreamsOfOurs) {
