@@ -13,6 +13,7 @@ namespace kestrine {
 namespace {
 
 using testing::isEmptyTrash;
+using testing::mountFileSystem;
 using testing::namesInFolder;
 using testing::readFile;
 using testing::recordedPath;
@@ -271,13 +272,14 @@ TEST_F(Trash, aWriteProtectedFileCanBeMoved) {
 }
 
 TEST_F(Trash, ifNoTrashCanBeCreatedTheFileStays) {
-    const std::string file = folder_.write("work/a.jpg", "content");
     folder_.write("home/.local", "a file in the way");
-    if (::access("/", W_OK) == 0)
-        runAsOrdinaryUser([&] { EXPECT_FALSE(trash(file)); });
-    else
+    runWithOwnMounts([&] {
+        mountFileSystem(folder_ / "disk", 64);
+        folder_.write("disk/.Trash-" + std::to_string(::geteuid()), "another one");
+        const std::string file = folder_.write("disk/a.jpg", "content");
         EXPECT_FALSE(trash(file));
-    EXPECT_EQ(readFile(file), "content");
+        EXPECT_EQ(readFile(file), "content");
+    });
 }
 
 TEST_F(Trash, withoutSpaceForTheRecordTheFileStays) {
