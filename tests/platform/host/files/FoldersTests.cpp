@@ -57,6 +57,11 @@ TEST(Folders, privateFoldersAreCreatedOnEveryLevelForTheUserOnly) {
     EXPECT_TRUE(makePrivateFolders(folder / "a//d/")) << "slashes do no harm";
 }
 
+TEST(Folders, aPrivateFolderThatCannotHaveItsNameFailsAlsoBelowANewFolder) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(makePrivateFolders(folder / "new/" + std::string(256, 'n')).failure().reason, Reason::tooLarge);
+}
+
 TEST(Folders, privateFoldersCannotBeCreatedInAFile) {
     const TemporaryFolder folder;
     folder.write("file", "x");
