@@ -113,6 +113,17 @@ TEST_F(StrictJob, aResultThatCannotBeWrittenLeavesTheOriginalInItsPlace) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1) << "nothing is left";
 }
 
+TEST_F(StrictJob, anOriginalWithTheLongestNameIsReplacedUnlessTheResultNeedsALongerOne) {
+    const std::string name(251, 'n');
+    folder.write(name + ".jpg", photo());
+    EXPECT_TRUE(replace(name + ".jpg").isWritten);
+    folder.write(name + ".png", "somebody else's");
+    const auto toPNG = makeSet(u"Web", {{u"replaceFile", true}, {u"formatType", 1}});
+    const JobOutcome outcome = run(name + ".jpg", {toPNG}).front();
+    EXPECT_TRUE(outcome.failure && !outcome.isWritten && outcome.trashedPath.empty());
+    EXPECT_TRUE(exists(name + ".jpg"));
+}
+
 TEST_F(StrictJob, aResultThatCannotGetItsNameTellsWhereTheOriginalWent) {
     folder.write("a.jpg", photo());
     testing::InterposedCalls calls;
