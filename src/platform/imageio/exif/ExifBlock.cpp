@@ -194,7 +194,7 @@ Bytes written(CarriedFields& carried) {
     return out;
 }
 
-/// What is copied from the source; nothing if it has no Exif sub-directory and no main entry to copy.
+/// What is copied from the source; nullopt if it has no Exif sub-directory and no main entry to copy.
 std::optional<CarriedFields> selectFields(const ExifDirectories& source) {
     const auto isCarriedFromMain = [](std::uint16_t tag) { return lists(carriedMainTags, tag); };
     const auto isCarried = [](std::uint16_t tag) { return !lists(droppedTags, tag); };
