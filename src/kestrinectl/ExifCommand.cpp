@@ -56,7 +56,7 @@ std::string answerFor(const NSString& path, Answer answer) {
 /// several. JSON contains the name.
 void print(const std::string& file, const std::string& text, Answer answer, bool isNamed) {
     if (answer == asJSON)
-        std::cout << text; // JSON has escapes of its own
+        std::cout << text; // JSON has its own escapes
     else
         printLines((isNamed ? file + (answer == description ? ":\n" : ": ") : "") + text);
 }

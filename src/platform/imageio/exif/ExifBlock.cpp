@@ -41,7 +41,7 @@ constexpr std::array<std::uint16_t, 8> carriedMainTags{
 };
 
 /// What is never copied from the other directories: offsets into the source, entries that depend on such
-/// offsets, and entries that are written anew.
+/// offsets, and entries that are written again.
 constexpr std::array<std::uint16_t, 15> droppedTags{
     0x0111, // StripOffsets
     0x0117, // StripByteCounts
