@@ -1,5 +1,5 @@
-// Preloaded into one of our programs: renaming a finished temporary file fails, as on a disk that fails at that
-// moment. Other files are renamed as usual.
+// Preloaded into one of our programs: renaming a finished temporary file fails, as on a disk that fails at
+// that moment. Other files are renamed as usual.
 #include <cerrno>
 #include <string_view>
 #include <sys/syscall.h>
