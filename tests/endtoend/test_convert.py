@@ -269,7 +269,12 @@ class Convert(ToolTest):
         subprocess.run([BIN / "kestrinectl", "convert", *arguments], cwd=self.folder, env=self.environment,
                        stderr=inside, stdout=inside, check=False, timeout=60)
         os.close(inside)
-        shown = os.read(terminal, 4096)
+        shown = b""
+        try:
+            while piece := os.read(terminal, 4096):  # may return only a part of the output
+                shown += piece
+        except OSError:  # the end of a terminal
+            pass
         os.close(terminal)
         return shown
 
