@@ -31,7 +31,7 @@ struct ConvertRequest {
     bool acceptsDamaged = false;
 };
 
-/// The sets that are named or, when none is, the selected ones.
+/// The named sets or, if none is named, the selected ones.
 ResizeSets chosenSets(const PresetStore& store, const std::vector<std::string>& names) {
     ResizeSets sets;
     for (const std::string& name : names)

@@ -69,7 +69,7 @@ Object NSBitmapImageRep::valueForProperty(const NSString& name) const {
     if (name == NSImageColorSyncProfileData && profile)
         return std::make_shared<NSData>(Bytes(profile->bytes().begin(), profile->bytes().end()));
     if (!picture().steps.empty())
-        return nullptr; // the others are of a file, not of what was drawn from it
+        return nullptr; // the others belong to the file, not to pictures drawn from it
     if (name == NSImageEXIFData)
         return dataOrNil(picture().source->decoder().exif());
     if (name == NSImageRGBColorTable)

@@ -1,4 +1,4 @@
-// ImageCodec: what the engine knows about a file format. One folder per format; Registry.cpp lists the
+// ImageCodec: the interface of a file format. One folder per format; Registry.cpp lists the
 // codecs.
 #pragma once
 
@@ -43,12 +43,12 @@ public:
     /// The colour table of an indexed picture: red, green and blue of each colour; empty if there is none.
     virtual Result<Bytes> colorTable() const { return Bytes{}; }
 
-    /// Why some of the pixels delivered so far had to be made up: the file is cut off (truncated) or damaged
-    /// (malformed). Nothing if all of them came from the file. Any thread.
+    /// Why some of the pixels delivered so far had to be invented: the file is cut off (truncated) or damaged
+    /// (malformed). nullopt if all of them came from the file. Any thread.
     std::optional<Failure> damage() const { return damage_->first(); }
 
 protected:
-    /// Decoders that make up pixels note it here.
+    /// Decoders that invent pixels record it here.
     const std::shared_ptr<DamageRecord> damage_ = std::make_shared<DamageRecord>();
     std::vector<FrameDescription> frames_;
 };

@@ -34,7 +34,7 @@ public:
     /// The rows of a frame, decoded at `eighths` eighths of its size; must be 8 if its pixels are kept.
     Result<RowSourcePointer> rows(std::size_t frame, int eighths);
 
-    /// Why some of the pixels decoded so far, of any frame, had to be made up; nothing if none were.
+    /// Why some of the pixels decoded so far, of any frame, had to be invented; nullopt if none were.
     std::optional<Failure> damage() const { return decoder_->damage(); }
 
     /// How often decoding has been started in this process.

@@ -14,7 +14,7 @@ RowFormat photoFormat(std::uint32_t width, std::uint32_t height) {
     return {width, height, ColorModel::rgb, false, SampleDepth::bits8};
 }
 
-/// A TIFF of the pixels: the one format that keeps every layout exactly.
+/// A TIFF with the pixels: the only format that keeps every layout exactly.
 std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
     return *Source::open(readerOfBytes(*tiff::encode(*rows, {})));
@@ -28,7 +28,7 @@ PixelBuffer turnedClockwise(const PixelBuffer& source) {
     });
 }
 
-/// A JPEG of a photo, whose decoder can reduce.
+/// A JPEG of a photo, which can be decoded at a reduced size.
 std::shared_ptr<Source> jpegSource(std::uint32_t width, std::uint32_t height) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto(photoFormat(width, height))));
     return *Source::open(readerOfBytes(*jpeg::encode(*rows, {.quality = 1})));
@@ -38,7 +38,7 @@ PixelBuffer decodedAt(const std::shared_ptr<Source>& source, int eighths) {
     return *readAllRows(**source->rows(0, eighths));
 }
 
-/// Cuts 11 and 23 pixels off and reduces what is left of 403 x 301.
+/// Cuts 11 and 23 pixels off 403 x 301 and reduces the rest.
 Resampling reductionOfAPart(double factor) {
     const auto map = [factor](double side, double cut) {
         return AxisMap{1 / factor, cut, static_cast<std::uint32_t>((side - cut) / factor)};
@@ -46,7 +46,7 @@ Resampling reductionOfAPart(double factor) {
     return {map(403, 11), map(301, 23), ResampleFilter::lanczos, Light::linear};
 }
 
-/// The same for a source that was decoded at so many eighths.
+/// The same for a source decoded at `eighths` eighths of its size.
 Resampling ofReduced(Resampling resampling, int eighths) {
     for (AxisMap* map : {&resampling.x, &resampling.y}) {
         map->scale /= eighths / 8.0;
@@ -72,7 +72,7 @@ TEST(Render, aPictureWithoutStepsIsItsSource) {
     EXPECT_FALSE(picture.wasTurned());
 }
 
-TEST(Render, fourQuarterTurnsGiveThePictureBackAndOneTurnsIt) {
+TEST(Render, oneQuarterTurnTurnsThePictureAndFourRestoreIt) {
     const PixelBuffer photo = makePhoto(photoFormat(7, 5));
     Picture picture{sourceOf(photo), 0, {QuarterTurn::clockwise}};
     EXPECT_EQ(picture.width(), 5U);
@@ -85,7 +85,7 @@ TEST(Render, fourQuarterTurnsGiveThePictureBackAndOneTurnsIt) {
     EXPECT_TRUE(samePicture(turnedClockwise(*readPixels(picture)), photo));
 }
 
-TEST(Render, turnsThatUndoEachOtherAreNone) {
+TEST(Render, oppositeTurnsCancelEachOther) {
     constexpr QuarterTurn right = QuarterTurn::clockwise, left = QuarterTurn::counterclockwise;
     const std::pair<std::vector<PictureStep>, bool> rows[] = {
         {{right, left}, false},
@@ -115,7 +115,7 @@ TEST(Render, scalingATurnedPictureEqualsTurningFirstForEveryTurn) {
     }
 }
 
-TEST(Render, turnsArePutBehindAllScaling) {
+TEST(Render, turnsAreDoneAfterAllScaling) {
     const Picture picture{
         sourceOf(makePhoto(photoFormat(20, 30))), 0, {QuarterTurn::clockwise, half, Flatten{}}};
     const RowPlan plan = planRows(picture);
@@ -139,7 +139,7 @@ TEST(Render, keptPixelsAreDecodedOnceForAnyNumberOfResults) {
     EXPECT_EQ(Source::decodesStarted() - before, 1U);
 }
 
-TEST(Render, whatIsTooLargeToBeHeldIsNotKept) {
+TEST(Render, picturesTooLargeForMemoryAreNotKept) {
     RowFormat format{40000, 20000, ColorModel::rgb, true, SampleDepth::bits16};
     EXPECT_FALSE(format.canBeBuffered());
     format.depth = SampleDepth::bits8;
@@ -149,7 +149,7 @@ TEST(Render, whatIsTooLargeToBeHeldIsNotKept) {
     EXPECT_TRUE(format.canBeBuffered());
 }
 
-TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeAnythingIsDecoded) {
+TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeDecoding) {
     const Picture picture{sourceOf(makePhoto(photoFormat(20, 30))), 0, {}};
     const std::uint64_t before = Source::decodesStarted();
     const AxisMap none{1, 0, 0}, huge{3000, 0, 60000};
@@ -158,11 +158,12 @@ TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeAnythingIsDecoded) 
     EXPECT_EQ(render(picture.with(Resampling{huge, huge, {}, {}}), {FileType::png, {}}).failure().reason,
               Reason::tooLarge);
     const Picture smallAgain = picture.with(Resampling{huge, huge, {}, {}}).with(half);
-    EXPECT_EQ(readPixels(smallAgain).failure().reason, Reason::tooLarge) << "on the way to the result";
+    EXPECT_EQ(readPixels(smallAgain).failure().reason, Reason::tooLarge)
+        << "an intermediate picture is too large";
     EXPECT_EQ(Source::decodesStarted(), before);
 }
 
-TEST(Render, theDecoderReducesOnlyAsFarAsTheFilterCanAfford) {
+TEST(Render, theReducedDecodeLeavesEnoughPixelsForTheFilter) {
     const auto eighthsFor = [](double reduction, ResampleFilter filter) {
         return decodingEighths({{1 / reduction, 0, 1}, {1 / reduction, 0, 1}, filter, Light::linear});
     };
@@ -174,10 +175,10 @@ TEST(Render, theDecoderReducesOnlyAsFarAsTheFilterCanAfford) {
     EXPECT_EQ(eighthsFor(4.01, ResampleFilter::triangle), 4);
     EXPECT_EQ(eighthsFor(0.5, ResampleFilter::triangle), 8);
     EXPECT_EQ(decodingEighths({{0.1, 0, 1}, {0.9, 0, 1}, ResampleFilter::lanczos, Light::linear}), 8)
-        << "the axis reduced least decides";
+        << "the axis that is reduced least decides";
 }
 
-TEST(Render, aReductionStartsFromTheReducedDecodeThatItsFactorAllows) {
+TEST(Render, aReductionUsesTheReducedDecodeThatItsFactorAllows) {
     const auto source = jpegSource(403, 301);
     for (const auto& [factor, eighths] : reductions) {
         const Resampling reduction = reductionOfAPart(factor);
@@ -186,7 +187,7 @@ TEST(Render, aReductionStartsFromTheReducedDecodeThatItsFactorAllows) {
     }
 }
 
-TEST(Render, aReducedDecodeGivesThePictureOfTheFullOne) {
+TEST(Render, aReducedDecodeGivesNearlyTheSamePictureAsAFullOne) {
     const auto source = jpegSource(403, 301);
     const auto full = sourceOf(decodedAt(source, 8));
     for (const auto& [factor, eighths] : reductions)
@@ -207,7 +208,7 @@ TEST(Render, theDecodeIsFullWhenAnotherStepComesFirstOrPixelsAreKept) {
     EXPECT_TRUE(samePicture(*readPixels({source, 0, reduction}), *readPixels({full, 0, reduction})));
 }
 
-TEST(Render, aClearPictureBecomesWhiteInAFormatWithoutAlpha) {
+TEST(Render, aTransparentPictureBecomesWhiteInAFormatWithoutAlpha) {
     RowFormat format = photoFormat(16, 16);
     format.hasAlpha = true;
     const PixelBuffer clear =

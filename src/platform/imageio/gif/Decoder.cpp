@@ -48,7 +48,7 @@ public:
 
     const Layout& layout() const { return layout_; }
 
-    /// Whether every code of the picture has a meaning. Must be called instead of reading the rows.
+    /// Whether every code of the picture is valid. Must be called instead of reading the rows.
     bool hasSoundCodes();
 
     /// Reads the indices of the next row, in stored order.

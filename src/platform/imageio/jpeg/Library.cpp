@@ -12,7 +12,7 @@ namespace {
 
 void ignoreMessage(j_common_ptr) {}
 
-/// Whether the library made up pixels: the bits of the scan ended early, had no meaning, or did not fit the
+/// Whether the library invented pixels: the bits of the scan ended early, were invalid, or did not match the
 /// restart markers.
 bool reportsMadeUpPixels(const jpeg_error_mgr& warning) {
     switch (warning.msg_code) {

@@ -21,7 +21,7 @@ struct Errors {
     jpeg_error_mgr manager;
     std::jmp_buf onError;
     char text[JMSG_LENGTH_MAX];
-    char damage[JMSG_LENGTH_MAX]; ///< the first warning that reports made-up pixels; empty if there is none
+    char damage[JMSG_LENGTH_MAX]; ///< the first warning about invented pixels; empty if there is none
 
     /// Initialises `manager` and returns it for the library's `err` field.
     jpeg_error_mgr* prepare();

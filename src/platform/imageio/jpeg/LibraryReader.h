@@ -21,7 +21,7 @@ public:
     /// Offset in the file of the next byte that the library will use.
     std::uint64_t position() const { return input_.offset - input_.manager.bytes_in_buffer; }
 
-    /// Why some of the pixels decoded so far had to be made up; nothing if none had. Decompression must have
+    /// Why some of the pixels decoded so far had to be invented; nullopt if none had. Decompression must have
     /// begun.
     std::optional<Failure> damage();
 

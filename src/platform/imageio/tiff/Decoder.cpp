@@ -11,7 +11,7 @@ namespace kestrine::tiff {
 
 namespace {
 
-/// CMYK and Lab have become sRGB and say so; other pages keep their own profile.
+/// CMYK and Lab are converted to sRGB and get its profile; other pages keep their own.
 std::optional<ColorProfile> deliveredProfile(const Page& page, bool isAdobeRGB) {
     if (page.color == Color::cmyk || page.color == Color::cieLab || page.color == Color::iccLab)
         return ColorProfile::sRGB();
@@ -27,7 +27,8 @@ class Decoder final : public ImageDecoder {
 public:
     explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
 
-    /// Pages that cannot be shown are left out, but for the main picture: without it the file gives nothing.
+    /// Pages that cannot be decoded are left out. If the main picture cannot be decoded, the whole file
+    /// fails.
     Result<void> readPages(const Structure& structure, const std::vector<ListedPage>& listed) {
         for (const ListedPage& place : listed) {
             if (Result<void> read = readPage(structure, place); !read && pages_.empty())
@@ -66,7 +67,7 @@ private:
         return {};
     }
 
-    /// Of a sub-page that has none, that of its page.
+    /// A sub-page without EXIF gets that of its parent page.
     static Bytes exifOf(const Structure& structure, const ListedPage& page) {
         Bytes exif = exifOfTIFF(structure, page.directory);
         return exif.empty() && page.parent != 0 ? exifOfTIFF(structure, page.parent) : exif;

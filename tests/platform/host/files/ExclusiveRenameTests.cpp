@@ -95,7 +95,7 @@ TEST_P(ExclusiveRename, ifTheOldNameCannotBeRemovedThereIsNoNewName) {
     EXPECT_FALSE(isTaken(folder_ / "open/a"));
 }
 
-TEST_P(ExclusiveRename, anotherFileSystemGivesAnErrorOfItsOwn) {
+TEST_P(ExclusiveRename, anotherFileSystemGivesItsOwnError) {
     const TemporaryFolder elsewhere("/dev/shm");
     struct stat here {
     }, there{};

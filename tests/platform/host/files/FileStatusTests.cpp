@@ -39,7 +39,7 @@ TEST(FileStatus, aLinkToAFileExists) {
     EXPECT_TRUE(itemExists(folder / "link") && isTaken(folder / "link"));
 }
 
-TEST(FileStatus, absenceIsCertainOnlyIfTheSystemTells) {
+TEST(FileStatus, absenceIsCertainOnlyIfTheSystemReportsIt) {
     const TemporaryFolder folder;
     folder.write("locked/a", "x");
     std::filesystem::create_symlink("nowhere", folder / "dangling");

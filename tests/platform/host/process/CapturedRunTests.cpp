@@ -18,7 +18,7 @@ namespace {
 using testing::runIsolated;
 using testing::TemporaryFolder;
 
-/// What a shell script writes and how it ends; the failure's text when it could not be run.
+/// The output of a shell script and how it ended, or the message of the failure to run it.
 std::string outputOf(const std::string& script, const EnvironmentChanges& changes = {}) {
     const Result<CapturedRun> run = runCapturingOutput("/bin/sh", {"-c", script}, 10'000, changes);
     return run ? run->output : run.failure().text;
@@ -59,7 +59,7 @@ TEST(CapturedRun, aNameWithoutASlashIsLookedUp) {
     });
 }
 
-TEST(CapturedRun, aCapturedProgramReadsNothingAndItsComplaintsAreDropped) {
+TEST(CapturedRun, aCapturedProgramHasEmptyInputAndItsErrorOutputIsDiscarded) {
     const TemporaryFolder folder;
     runIsolated([&] {
         ASSERT_NE(std::freopen((folder / "errors").c_str(), "w", stderr), nullptr);
@@ -71,7 +71,7 @@ TEST(CapturedRun, aCapturedProgramReadsNothingAndItsComplaintsAreDropped) {
     EXPECT_EQ(testing::readFile(folder / "errors"), "");
 }
 
-TEST(CapturedRun, outputUpToTheLimitIsKeptAndBeyondItTheProgramIsEnded) {
+TEST(CapturedRun, outputUpToTheLimitIsKeptAndMoreEndsTheProgram) {
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"1234"}, 4)->output, "1234");
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"12345"}, 4).failure().reason, Reason::tooLarge);
     EXPECT_EQ(runCapturingOutput("/usr/bin/yes", {}, 100'000).failure().reason, Reason::tooLarge);
@@ -107,7 +107,7 @@ TEST(CapturedRun, failsIfTheSupervisorIsKilled) {
     });
 }
 
-TEST(CapturedRun, capturingWorksWithoutStandardStreamsOfOurs) {
+TEST(CapturedRun, capturingWorksIfOurStandardStreamsAreClosed) {
     runIsolated([] {
         for (const int descriptor : {0, 1, 2})
             ::close(descriptor);
@@ -116,7 +116,7 @@ TEST(CapturedRun, capturingWorksWithoutStandardStreamsOfOurs) {
     });
 }
 
-TEST(CapturedRun, tellsExitStatusesSignalsAndProgramsThatCannotBeStartedApart) {
+TEST(CapturedRun, exitStatusesSignalsAndFailuresToStartAreDistinguished) {
     const Result<CapturedRun> exited = runCapturingOutput("/bin/sh", {"-c", "echo last; exit 7"}, 100);
     EXPECT_TRUE(exited && exited->output == "last\n" && exited->end.code == 7 && !exited->end.bySignal);
     const Result<CapturedRun> killed = runCapturingOutput("/bin/sh", {"-c", "kill -TERM $$"}, 100);
@@ -126,14 +126,14 @@ TEST(CapturedRun, tellsExitStatusesSignalsAndProgramsThatCannotBeStartedApart) {
     EXPECT_EQ(runCapturingOutput("", {}, 10).failure().reason, Reason::malformed);
 }
 
-TEST(CapturedRun, aFileThatIsNoProgramIsNotHandedToAShell) {
+TEST(CapturedRun, aFileThatIsNotAProgramIsNotPassedToAShell) {
     const TemporaryFolder folder;
     const std::string script = folder.write("script", "exit 0\n");
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
     EXPECT_FALSE(runCapturingOutput(script, {}, 10));
 }
 
-TEST(CapturedRun, theProgramHasOurVariablesAndTheChangesToThem) {
+TEST(CapturedRun, theProgramHasOurVariablesWithTheGivenChanges) {
     runIsolated([] {
         ::setenv("KEPT", "kept", 1);
         ::setenv("CHANGED", "before", 1);
@@ -143,7 +143,7 @@ TEST(CapturedRun, theProgramHasOurVariablesAndTheChangesToThem) {
     });
 }
 
-TEST(CapturedRun, theProgramGetsNoOtherDescriptorOfOurs) {
+TEST(CapturedRun, theProgramInheritsNoOtherDescriptor) {
     runIsolated([] {
         const int inherited = ::open("/dev/null", O_RDONLY);
         ::dup2(inherited, 40);
@@ -151,7 +151,7 @@ TEST(CapturedRun, theProgramGetsNoOtherDescriptorOfOurs) {
     });
 }
 
-TEST(CapturedRun, theEndIsKnownAlsoWhereChildrenAreNotWaitedFor) {
+TEST(CapturedRun, theExitStatusIsKnownEvenIfSIGCHLDIsIgnored) {
     runIsolated([] {
         for (const auto handling : {SIG_IGN, SIG_DFL}) {
             std::signal(SIGCHLD, handling);
