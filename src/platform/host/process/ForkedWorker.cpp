@@ -95,7 +95,7 @@ Result<ForkedWorker> forkWorker(const WorkerProgram& program, std::uint32_t modu
 
 void endChild(pid_t process) {
     // Only a child that has not ended is signalled: the number of another process is never used.
-    if (::waitpid(process, nullptr, WNOHANG) != 0)
+    if (process <= 0 || ::waitpid(process, nullptr, WNOHANG) != 0)
         return;
     ::kill(process, SIGKILL);
     while (::waitpid(process, nullptr, 0) < 0 && errno == EINTR) {

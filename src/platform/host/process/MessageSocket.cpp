@@ -100,7 +100,8 @@ Result<std::optional<Message>> MessageSocket::receive(bool acceptsFiles) const {
     if (acceptsFiles)
         files = attachedFiles(message);
     if ((message.msg_flags & (acceptsFiles ? MSG_TRUNC | MSG_CTRUNC : MSG_TRUNC)) != 0)
-        return Failure{Reason::tooLarge, "a message from another process is too long"};
+        return Failure{Reason::tooLarge,
+                       "a message from another process is too long, or too many files are open"};
     if (count == 0)
         return std::optional<Message>();
     return std::optional(Message{Bytes(buffer.begin(), buffer.begin() + count), std::move(files)});

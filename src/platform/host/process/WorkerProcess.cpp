@@ -1,6 +1,7 @@
 #include "platform/host/process/WorkerProcess.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kestrine {
 
@@ -20,12 +21,15 @@ Failure crashFailure() { return {Reason::crashed, "the decoder crashed"}; }
 
 Result<std::unique_ptr<WorkerProcess>> WorkerProcess::start(const WorkerProgram& program,
                                                             std::uint32_t modules) {
-    ForkedWorker worker = TRY(forkWorker(program, modules));
-    return std::unique_ptr<WorkerProcess>(new WorkerProcess(std::move(worker), modules));
+    std::shared_ptr<NurseryConnection> nursery = WorkerNursery::connection();
+    ForkedWorker worker = TRY(nursery ? nursery->startWorker(modules) : forkWorker(program, modules));
+    return std::unique_ptr<WorkerProcess>(new WorkerProcess(std::move(worker), std::move(nursery), modules));
 }
 
-WorkerProcess::WorkerProcess(ForkedWorker worker, std::uint32_t modules)
-    : socket_(std::move(worker.socket)), process_(worker.process), modules_(modules) {
+WorkerProcess::WorkerProcess(ForkedWorker worker, std::shared_ptr<NurseryConnection> nursery,
+                             std::uint32_t modules)
+    : socket_(std::move(worker.socket)), process_(worker.process), nursery_(std::move(nursery)),
+      modules_(modules) {
     clockid_t clock{};
     if (::clock_getcpuclockid(process_, &clock) == 0)
         clock_ = clock;
@@ -34,9 +38,12 @@ WorkerProcess::WorkerProcess(ForkedWorker worker, std::uint32_t modules)
 WorkerProcess::~WorkerProcess() { end(); }
 
 void WorkerProcess::end() {
-    if (!hasEnded_)
+    if (std::exchange(hasEnded_, true))
+        return;
+    if (nursery_)
+        nursery_->endWorker(process_);
+    else
         endChild(process_);
-    hasEnded_ = true;
 }
 
 bool WorkerProcess::isAlive() const { return !hasEnded_ && socket_.isConnected(); }

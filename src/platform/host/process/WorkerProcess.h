@@ -1,8 +1,7 @@
 // WorkerProcess: a process that handles bytes from strangers for this one, and may crash.
 #pragma once
 
-#include "platform/host/process/ForkedWorker.h"
-#include "platform/host/process/WorkerProgram.h"
+#include "platform/host/process/WorkerNursery.h"
 
 #include <chrono>
 #include <memory>
@@ -21,8 +20,8 @@ struct AnswerLimits {
 class WorkerProcess {
 public:
     /// Starts a worker. It inherits nothing but the connection to this object, and ends at the latest when
-    /// the thread ends that started it. In a process with several threads, a WorkerNursery must exist;
-    /// it starts the worker then.
+    /// the thread ends that started it. In a process with several threads, a WorkerNursery must exist,
+    /// with the same program; it starts the worker then.
     static Result<std::unique_ptr<WorkerProcess>> start(const WorkerProgram& program, std::uint32_t modules);
 
     ~WorkerProcess();
@@ -44,7 +43,7 @@ public:
     std::uint32_t modules() const { return modules_; }
 
 private:
-    WorkerProcess(ForkedWorker worker, std::uint32_t modules);
+    WorkerProcess(ForkedWorker worker, std::shared_ptr<NurseryConnection> nursery, std::uint32_t modules);
 
     Result<Bytes> answerTo(ByteView request, std::span<const int> files, const AnswerLimits& limits);
     Result<void> waitForMessage(const AnswerLimits& limits) const;
@@ -54,7 +53,8 @@ private:
 
     MessageSocket socket_;
     pid_t process_;
-    std::optional<clockid_t> clock_; ///< of the processor time that the worker used
+    std::shared_ptr<NurseryConnection> nursery_; ///< whose child the worker is; null: it is our own
+    std::optional<clockid_t> clock_;             ///< of the processor time that the worker used
     std::uint32_t modules_;
     std::optional<SandboxLayers> layers_; ///< once the first message was received
     bool hasEnded_ = false;

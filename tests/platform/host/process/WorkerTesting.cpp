@@ -1,5 +1,7 @@
 #include "tests/platform/host/process/WorkerTesting.h"
 
+#include "platform/host/process/ProcessorCount.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -113,6 +115,22 @@ int sortMuch() {
     return 0;
 }
 
+int damageMemory() {
+    void* const memory = ::mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    constexpr int softOffline = 101; // moves the content first
+    return errorOf(::madvise(memory, 4096, softOffline));
+}
+
+#ifdef __x86_64__
+int callX32Interface() { return errorOf(::syscall(0x40000000 | SYS_getpid)); }
+
+int call32BitInterface() {
+    int result = 20; // getpid there
+    asm volatile("int $0x80" : "+a"(result) : : "memory", "r8", "r9", "r10", "r11");
+    return 0;
+}
+#endif
+
 int attempt(Order order) {
     struct stat status {};
     switch (order) {
@@ -146,6 +164,18 @@ int attempt(Order order) {
         return throwAndCatch();
     case Order::sortMuch:
         return sortMuch();
+    case Order::askForProcessors:
+        return processorCount() > 0 ? 0 : EINVAL;
+    case Order::signalParentThread:
+        return errorOf(::syscall(SYS_tgkill, testProcess, testProcess, 0));
+    case Order::damageMemory:
+        return damageMemory();
+#ifdef __x86_64__
+    case Order::callX32Interface:
+        return callX32Interface();
+    case Order::call32BitInterface:
+        return call32BitInterface();
+#endif
     default:
         return EINVAL;
     }

@@ -22,6 +22,7 @@ enum class Order : std::uint8_t {
     startProgram,
     forkProcess,
     signalParent,
+    signalParentThread,
     traceParent,
     mapExecutable,
     makeExecutable,
@@ -31,6 +32,10 @@ enum class Order : std::uint8_t {
     readClock,
     throwAndCatch,
     sortMuch,
+    askForProcessors,
+    damageMemory,
+    callX32Interface,   ///< only on x86-64
+    call32BitInterface, ///< only on x86-64
     // Not answered.
     writeToNull,
     abort,
