@@ -1,5 +1,7 @@
 #include "platform/host/process/SystemCallFilter.h"
 
+#include "platform/host/process/Sanitizers.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -49,6 +51,8 @@ struct ListedCall {
 };
 
 constexpr auto fail = Rule::fail;
+/// The undefined-behaviour sanitizer writes to pipes, to find out which memory can be read.
+constexpr auto allowInSanitizers = builtWithSanitizers ? Rule::allow : Rule::fail;
 
 constexpr ListedCall unorderedCalls[] = {
     // Descriptors that the process was given.
@@ -77,9 +81,8 @@ constexpr ListedCall unorderedCalls[] = {
     {SYS_mmap, Rule::bitsClear, EACCES, 2, PROT_EXEC},
     {SYS_mprotect, Rule::bitsClear, EACCES, 2, PROT_EXEC},
     {SYS_madvise, Rule::atMost, EPERM, 2, 99}, // from 100 on, administrators damage memory
-    // Threads and signals. What clone3 would do lies in memory, where a filter cannot look; the C library
-    // then
-    // uses clone. abort() signals its own process.
+    // Threads and signals. What clone3 would do lies in memory, where a filter cannot look; without it the C
+    // library uses clone. abort() signals its own process.
     {SYS_clone, Rule::bitsSet, 0, 0, CLONE_THREAD},
     {SYS_clone3, fail, ENOSYS},
     {SYS_tgkill, Rule::equalProcess, 0, 0, 0},
@@ -109,6 +112,7 @@ constexpr ListedCall unorderedCalls[] = {
 #ifdef SYS_time
     {SYS_time},
 #endif
+    {SYS_pipe2, allowInSanitizers},
     // Libraries try these and do without.
     {SYS_openat, fail, EACCES},
     {SYS_newfstatat, fail, EACCES},

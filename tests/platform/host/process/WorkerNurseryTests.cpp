@@ -83,11 +83,11 @@ TEST(WorkerNursery, endsWithItsParentAndAllWorkers) {
         const auto worker = startWorker();
         (void)processOf(*worker);
         (void)!::write(pipe[1], "x", 1);
-        for (;;)
-            ::pause();
+        (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
     }
     char ready = 0;
     ASSERT_EQ(::read(pipe[0], &ready, 1), 1);
+    std::this_thread::sleep_for(std::chrono::milliseconds{20}); // so that the worker sleeps
     ::kill(parent, SIGKILL);
     for (int ended = 0; ended < 3; ++ended) // the parent, the nursery and the worker
         EXPECT_GT(::wait(nullptr), 0);

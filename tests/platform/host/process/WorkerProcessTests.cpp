@@ -102,14 +102,14 @@ TEST(WorkerProcess, thatSleepsIsEndedAfterATimeWithoutProgress) {
 
 TEST(WorkerProcess, thatWorksForLongerThanTheTimeWithoutProgressIsNotEnded) {
     const auto worker = startWorker();
-    const Result<Bytes> answer = worker->exchange(Bytes{order(Order::workForAWhile)}, {}, {60s, 100ms});
+    const Result<Bytes> answer = worker->exchange(Bytes{order(Order::workForAWhile)}, {}, {60s, 250ms});
     EXPECT_TRUE(answer) << answer.failure().text;
 }
 
 TEST(WorkerProcess, thatSpentMuchTimeBeforeGetsTheWholeLimitForEachAnswer) {
     const auto worker = startWorker();
-    for (int i = 0; i < 4; ++i)
-        ASSERT_TRUE(worker->exchange(Bytes{order(Order::workForAWhile)}, {}, {900ms, 60s}));
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(worker->exchange(Bytes{order(Order::workForAWhile)}, {}, {800ms, 60s}));
 }
 
 TEST(WorkerProcess, thatEndedBetweenRequestsIsNoticed) {
@@ -146,7 +146,7 @@ TEST(WorkerProcess, survivesTheSignalsThatATerminalSendsToParentAndChild) {
     EXPECT_EQ(*worker->exchange(Bytes{order(Order::echo), 1}, {}, amplyLimited), Bytes{1});
 }
 
-TEST(WorkerProcess, endsWithItsParent) {
+TEST(WorkerProcess, endsWithItsParentEvenWhenItDoesNotListen) {
     // Orphans are given to this process, so that their end can be waited for.
     ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
     int pipe[2];
@@ -156,16 +156,16 @@ TEST(WorkerProcess, endsWithItsParent) {
         const auto worker = startWorker();
         const pid_t process = processOf(*worker);
         (void)!::write(pipe[1], &process, sizeof process);
-        for (;;)
-            ::pause();
+        (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
     }
     pid_t worker = 0;
     ASSERT_EQ(::read(pipe[0], &worker, sizeof worker), ssize_t{sizeof worker});
+    std::this_thread::sleep_for(20ms); // so that it sleeps
     ::kill(parent, SIGKILL);
     EXPECT_EQ(::waitpid(parent, nullptr, 0), parent);
-    int status = 0;
-    EXPECT_EQ(::waitpid(worker, &status, 0), worker);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+    EXPECT_EQ(::waitpid(worker, nullptr, 0), worker);
+    ::close(pipe[0]);
+    ::close(pipe[1]);
     ::prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 

@@ -188,7 +188,7 @@ long usedMilliseconds() {
 }
 
 void workForAWhile() {
-    const long end = usedMilliseconds() + 300;
+    const long end = usedMilliseconds() + 400;
     while (usedMilliseconds() < end) {
     }
 }

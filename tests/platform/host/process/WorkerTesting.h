@@ -13,7 +13,7 @@ enum class Order : std::uint8_t {
     countDescriptors,
     countFiles,    ///< the regular files among the descriptors
     copyFile,      ///< from the first descriptor sent to the second
-    workForAWhile, ///< uses 300 ms of processor time
+    workForAWhile, ///< uses 400 ms of processor time
     endAfterAnswer,
     // Attempts, answered with the error number, or 0 when they succeed.
     openFile,
