@@ -62,9 +62,6 @@ Result<void> serveOneRequest(const WorkerProgram& program, const MessageSocket& 
     ::_exit(0);
 }
 
-/// A connection whose other end is closed.
-MessageSocket deadSocket() { return MessageSocket(FileDescriptor()); }
-
 } // namespace
 
 Result<ForkedWorker> NurseryConnection::startWorker(std::uint32_t modules) {
@@ -93,8 +90,9 @@ WorkerNursery::WorkerNursery(const WorkerProgram& program) {
     const pid_t process = ends ? ::fork() : -1;
     if (process == 0)
         runNursery(program, ends->second.number(), parent);
-    currentConnection =
-        std::make_shared<NurseryConnection>(ends ? std::move(ends->first) : deadSocket(), process);
+    // Without a process, the connection has no other end.
+    MessageSocket ours = ends ? std::move(ends->first) : MessageSocket(FileDescriptor());
+    currentConnection = std::make_shared<NurseryConnection>(std::move(ours), process);
 }
 
 WorkerNursery::~WorkerNursery() {
