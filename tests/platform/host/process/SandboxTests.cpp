@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/syscall.h>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -91,6 +92,15 @@ TEST(Sandbox, theMemoryLimitCountsFromWhatIsInUse) {
     EXPECT_EQ(answerTo(*small, Order::allocate100MB), ENOMEM);
     const auto large = WorkerProcess::start(workerProgram(UnlistedCalls::refused, 150 << 20), 0).take();
     EXPECT_EQ(answerTo(*large, Order::allocate100MB), 0);
+}
+
+TEST(Sandbox, theMemoryOfTheParentDoesNotCount) {
+    SKIP_UNDER_SANITIZERS();
+    runIsolated([] {
+        ASSERT_NE(::mmap(nullptr, 300 << 20, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0), MAP_FAILED);
+        const auto worker = WorkerProcess::start(workerProgram(UnlistedCalls::refused, 150 << 20), 0).take();
+        EXPECT_EQ(answerTo(*worker, Order::allocate100MB), 0);
+    });
 }
 
 TEST(Sandbox, withoutAMemoryLimitTheLayerIsInForceToo) {
