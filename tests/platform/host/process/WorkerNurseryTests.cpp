@@ -58,43 +58,45 @@ TEST_F(WorkerNurseryTest, endsWorkersThatTakeTooLong) {
 }
 
 TEST(WorkerNursery, endsWithItsWorkers) {
-    // Orphans are given to this process, so that their end can be waited for.
-    ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
-    std::unique_ptr<WorkerProcess> worker;
-    pid_t process = 0;
-    {
-        const WorkerNursery nursery(workerProgram());
-        worker = startWorker();
-        process = processOf(*worker);
-    }
-    EXPECT_EQ(::waitpid(process, nullptr, 0), process);
-    EXPECT_EQ(answerTo(*worker, Order::echo), 255);
-    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1); // the nursery's process is reaped
-    ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+    runIsolated([] {
+        // Orphans are given to this process, so that their end can be waited for.
+        ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        std::unique_ptr<WorkerProcess> worker;
+        pid_t process = 0;
+        {
+            const WorkerNursery nursery(workerProgram());
+            worker = startWorker();
+            process = processOf(*worker);
+        }
+        EXPECT_EQ(::waitpid(process, nullptr, 0), process);
+        EXPECT_EQ(answerTo(*worker, Order::echo), 255);
+        EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1); // the nursery's process is reaped
+    });
 }
 
 TEST(WorkerNursery, endsWithItsParentAndAllWorkers) {
-    ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
-    int pipe[2];
-    ASSERT_EQ(::pipe(pipe), 0);
-    const pid_t parent = ::fork();
-    if (parent == 0) {
-        const WorkerNursery nursery(workerProgram());
-        const auto worker = startWorker();
-        (void)processOf(*worker);
-        (void)!::write(pipe[1], "x", 1);
-        (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
-    }
-    char ready = 0;
-    ASSERT_EQ(::read(pipe[0], &ready, 1), 1);
-    std::this_thread::sleep_for(std::chrono::milliseconds{20}); // so that the worker sleeps
-    ::kill(parent, SIGKILL);
-    for (int ended = 0; ended < 3; ++ended) // the parent, the nursery and the worker
-        EXPECT_GT(::wait(nullptr), 0);
-    EXPECT_EQ(::wait(nullptr), -1);
-    ::close(pipe[0]);
-    ::close(pipe[1]);
-    ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+    runIsolated([] {
+        ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        int pipe[2];
+        ASSERT_EQ(::pipe(pipe), 0);
+        const pid_t parent = ::fork();
+        if (parent == 0) {
+            const WorkerNursery nursery(workerProgram());
+            const auto worker = startWorker();
+            (void)processOf(*worker);
+            (void)!::write(pipe[1], "x", 1);
+            (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
+        }
+        char ready = 0;
+        ASSERT_EQ(::read(pipe[0], &ready, 1), 1);
+        std::this_thread::sleep_for(std::chrono::milliseconds{20}); // so that the worker sleeps
+        ::kill(parent, SIGKILL);
+        for (int ended = 0; ended < 3; ++ended) // the parent, the nursery and the worker
+            EXPECT_GT(::wait(nullptr), 0);
+        EXPECT_EQ(::wait(nullptr), -1);
+        ::close(pipe[0]);
+        ::close(pipe[1]);
+    });
 }
 
 TEST(WorkerNursery, thatHasNoProcessStartsNothingAndHarmsNobody) {

@@ -132,9 +132,11 @@ TEST(WorkerProcess, thatEndedBetweenRequestsIsNoticed) {
 }
 
 TEST(WorkerProcess, isReapedWithItsHandle) {
-    startWorker().reset();
-    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
-    EXPECT_EQ(errno, ECHILD);
+    runIsolated([] {
+        startWorker().reset();
+        EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+        EXPECT_EQ(errno, ECHILD);
+    });
 }
 
 TEST(WorkerProcess, answersWhereTheParentIgnoresTheEndOfChildren) {
@@ -156,26 +158,27 @@ TEST(WorkerProcess, survivesTheSignalsThatATerminalSendsToParentAndChild) {
 }
 
 TEST(WorkerProcess, endsWithItsParentEvenWhenItDoesNotListen) {
-    // Orphans are given to this process, so that their end can be waited for.
-    ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
-    int pipe[2];
-    ASSERT_EQ(::pipe(pipe), 0);
-    const pid_t parent = ::fork();
-    if (parent == 0) {
-        const auto worker = startWorker();
-        const pid_t process = processOf(*worker);
-        (void)!::write(pipe[1], &process, sizeof process);
-        (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
-    }
-    pid_t worker = 0;
-    ASSERT_EQ(::read(pipe[0], &worker, sizeof worker), ssize_t{sizeof worker});
-    std::this_thread::sleep_for(20ms); // so that it sleeps
-    ::kill(parent, SIGKILL);
-    EXPECT_EQ(::waitpid(parent, nullptr, 0), parent);
-    EXPECT_EQ(::waitpid(worker, nullptr, 0), worker);
-    ::close(pipe[0]);
-    ::close(pipe[1]);
-    ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+    runIsolated([] {
+        // Orphans are given to this process, so that their end can be waited for.
+        ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        int pipe[2];
+        ASSERT_EQ(::pipe(pipe), 0);
+        const pid_t parent = ::fork();
+        if (parent == 0) {
+            const auto worker = startWorker();
+            const pid_t process = processOf(*worker);
+            (void)!::write(pipe[1], &process, sizeof process);
+            (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
+        }
+        pid_t worker = 0;
+        ASSERT_EQ(::read(pipe[0], &worker, sizeof worker), ssize_t{sizeof worker});
+        std::this_thread::sleep_for(20ms); // so that it sleeps
+        ::kill(parent, SIGKILL);
+        EXPECT_EQ(::waitpid(parent, nullptr, 0), parent);
+        EXPECT_EQ(::waitpid(worker, nullptr, 0), worker);
+        ::close(pipe[0]);
+        ::close(pipe[1]);
+    });
 }
 
 } // namespace
