@@ -95,6 +95,7 @@ Result<ForkedWorker> forkWorker(const WorkerProgram& program, std::uint32_t modu
 
 void endChild(pid_t process) {
     // Only a child that has not ended is signalled: the number of another process is never used.
+    // Numbers that mean several processes (0, -1) are never signalled.
     if (process <= 0 || ::waitpid(process, nullptr, WNOHANG) != 0)
         return;
     ::kill(process, SIGKILL);

@@ -92,7 +92,8 @@ WorkerNursery::WorkerNursery(const WorkerProgram& program) {
         runNursery(program, ends->second.number(), parent);
     // Without a process, the connection has no other end.
     MessageSocket ours = ends ? std::move(ends->first) : MessageSocket(FileDescriptor());
-    currentConnection = std::make_shared<NurseryConnection>(std::move(ours), process);
+    currentConnection = std::make_shared<NurseryConnection>(
+        std::move(ours), process > 0 ? std::optional(process) : std::nullopt);
 }
 
 WorkerNursery::~WorkerNursery() {

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace kestrine {
 
@@ -12,7 +13,8 @@ namespace kestrine {
 /// thread; one request at a time. It stays valid without the WorkerNursery, but can start nothing then.
 class NurseryConnection {
 public:
-    NurseryConnection(MessageSocket socket, pid_t process) : socket_(std::move(socket)), process_(process) {}
+    NurseryConnection(MessageSocket socket, std::optional<pid_t> process)
+        : socket_(std::move(socket)), process_(process) {}
 
     /// As forkWorker(), but the worker is a child of the nursery's process.
     Result<ForkedWorker> startWorker(std::uint32_t modules);
@@ -20,12 +22,15 @@ public:
     /// As endChild(), for a worker that startWorker() returned.
     void endWorker(pid_t worker);
 
-    void endNursery() const { endChild(process_); }
+    void endNursery() const {
+        if (process_)
+            endChild(*process_);
+    }
 
 private:
     std::mutex mutex_; ///< held from a request to its answer
     MessageSocket socket_;
-    const pid_t process_;
+    const std::optional<pid_t> process_; ///< of the nursery; empty if it could not be started
 };
 
 /// While it exists, WorkerProcess::start() takes the workers of this process from it, on all threads. At most
