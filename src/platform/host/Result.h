@@ -23,6 +23,7 @@ enum class Reason : std::uint8_t {
     inputOutput = 10,   ///< any other system error
     refused = 11,       ///< forbidden by a rule of this program
     empty = 12,         ///< a result without content, such as a picture of width zero
+    implausible = 13,   ///< a file that is too short for what it claims to hold
 };
 
 /// A reason for programs and a message for people, without a full stop or newline at the end.

@@ -154,6 +154,17 @@ RowFormat formatOf(const Layout& layout) {
     return {layout.screenWidth, layout.screenHeight, ColorModel::rgb, hasAlpha, SampleDepth::bits8};
 }
 
+/// Which rows of an interlaced picture are stored together.
+struct Pass {
+    std::uint32_t first, step;
+
+    bool contains(std::uint32_t y) const { return y % step == first; }
+    std::uint32_t rows(std::uint32_t height) const {
+        return height <= first ? 0 : (height - first + step - 1) / step;
+    }
+};
+constexpr std::array<Pass, 4> passes = {{{0, 8}, {4, 8}, {2, 4}, {1, 2}}};
+
 class Rows final : public RowSource {
 public:
     /// `stream` is one of the file that `reader` reads.
@@ -164,26 +175,27 @@ public:
 
 private:
     Result<void> readIndices();
-    Result<void> readInterlaced();
+    Result<void> startPass(std::size_t pass);
     void paint(std::span<const std::uint8_t> indices, std::span<std::uint8_t> pixels) const;
 
     void checkCodes() const;
 
-    const std::unique_ptr<Stream> stream_;
     const std::shared_ptr<const ByteReader> reader_;
     const std::shared_ptr<DamageRecord> damage_;
-    const Layout& layout_;
+    const Layout layout_;
+    /// By pass, if the picture is interlaced, so that it is never held in memory; else only the first.
+    std::array<std::unique_ptr<Stream>, passes.size()> streams_;
     std::array<std::array<std::uint8_t, 4>, 256> pixelOfIndex_; ///< red, green, blue, alpha
     std::uint32_t next_ = 0;
-    Bytes interlaced_; ///< indices of the whole picture, if it is interlaced
-    Bytes indices_;    ///< of the current row
+    Bytes indices_; ///< of the current row
 };
 
 /// Indices outside the colour table are black.
 Rows::Rows(std::unique_ptr<Stream> stream, std::shared_ptr<const ByteReader> reader,
            std::shared_ptr<DamageRecord> damage)
-    : RowSource(formatOf(stream->layout())), stream_(std::move(stream)), reader_(std::move(reader)),
-      damage_(std::move(damage)), layout_(stream_->layout()), indices_(layout_.width) {
+    : RowSource(formatOf(stream->layout())), reader_(std::move(reader)), damage_(std::move(damage)),
+      layout_(stream->layout()), indices_(layout_.width) {
+    streams_.front() = std::move(stream);
     pixelOfIndex_.fill({0, 0, 0, 255});
     for (std::size_t i = 0; 3 * i < layout_.colors.size(); ++i)
         std::copy_n(layout_.colors.begin() + static_cast<std::ptrdiff_t>(3 * i), 3, pixelOfIndex_[i].begin());
@@ -213,26 +225,25 @@ void Rows::checkCodes() const {
 
 /// Fills indices_ with the next row from the top.
 Result<void> Rows::readIndices() {
-    if (!layout_.isInterlaced)
-        return stream_->readIndices(indices_);
-    if (interlaced_.empty())
-        TRY(readInterlaced());
-    const std::size_t y = next_ - 1 - layout_.top;
-    std::copy_n(interlaced_.begin() + static_cast<std::ptrdiff_t>(y * layout_.width), layout_.width,
-                indices_.begin());
-    return {};
+    std::size_t pass = 0;
+    const std::uint32_t y = next_ - 1 - layout_.top;
+    while (layout_.isInterlaced && !passes[pass].contains(y))
+        ++pass;
+    if (streams_[pass] == nullptr)
+        TRY(startPass(pass));
+    return streams_[pass]->readIndices(indices_);
 }
 
-Result<void> Rows::readInterlaced() {
-    struct Pass {
-        std::uint32_t first, step;
-    };
-    constexpr std::array<Pass, 4> passes = {{{0, 8}, {4, 8}, {2, 4}, {1, 2}}};
-    interlaced_.resize(std::size_t{layout_.width} * layout_.height);
-    for (const Pass& pass : passes)
-        for (std::uint32_t y = pass.first; y < layout_.height; y += pass.step)
-            TRY(stream_->readIndices(
-                std::span(interlaced_).subspan(std::size_t{y} * layout_.width, layout_.width)));
+/// Opens the file once more and skips the earlier passes. They are short: all streams together decode twice
+/// as many codes as one.
+Result<void> Rows::startPass(std::size_t pass) {
+    std::unique_ptr<Stream> stream = TRY(Stream::open(reader_));
+    if (stream->layout().width != layout_.width)
+        return Failure{Reason::malformed, "the GIF file changed while it was read"};
+    for (std::size_t earlier = 0; earlier < pass; ++earlier)
+        for (std::uint32_t row = passes[earlier].rows(layout_.height); row > 0; --row)
+            TRY(stream->readIndices(indices_));
+    streams_[pass] = std::move(stream);
     return {};
 }
 
@@ -248,7 +259,7 @@ class Decoder final : public ImageDecoder {
 public:
     Decoder(std::shared_ptr<const ByteReader> reader, std::unique_ptr<Stream> stream)
         : reader_(std::move(reader)), colors_(stream->layout().colors) {
-        frames_.push_back({formatOf(stream->layout()), {}, {}, false});
+        frames_.push_back({.format = formatOf(stream->layout()), .storedBitsPerPixel = 8});
         stream_.hold(std::move(stream));
     }
 

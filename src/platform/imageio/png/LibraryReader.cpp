@@ -54,7 +54,6 @@ Result<void> LibraryReader::readHeader() {
         png_set_expand(png_);
         if constexpr (std::endian::native == std::endian::little)
             png_set_swap(png_);
-        png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
     });
 }

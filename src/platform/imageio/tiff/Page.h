@@ -34,6 +34,7 @@ struct Page {
     bool isYCbCrJPEG = false;    ///< libtiff's JPEG decoder turns it into RGB
     std::uint32_t tileWidth = 0; ///< 0 when it is stored in strips
     std::uint32_t blockRows = 0; ///< rows of a strip or tile
+    std::uint64_t heldBytes = 0; ///< of memory for blocks, if they are large
     Bytes colors;                ///< of a palette: red, green, blue for every index
 
     /// Samples that make up a colour as it is stored; at least so many when it is rendered.
