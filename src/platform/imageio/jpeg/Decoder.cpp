@@ -95,9 +95,8 @@ private:
                         SampleDepth::bits8};
         if (!frame.format.isWithinLimits())
             return Failure{Reason::tooLarge, "the JPEG picture has too many pixels"};
-        const std::uint64_t coefficientBytes =
-            frame.format.pixels() * static_cast<unsigned>(info.num_components) * 2;
-        if (jpeg_has_multiple_scans(&header.info) && !isPlausible(coefficientBytes, info.arith_code != 0))
+        frame.heldBytes = jpeg_has_multiple_scans(&header.info) ? bytesOfCoefficients(info) : 0;
+        if (!isPlausible(frame.heldBytes, info.arith_code != 0))
             return Failure{Reason::tooLarge,
                            "the picture is too large for a progressive JPEG of this length"};
         isCMYK_ = info.num_components == 4;
@@ -107,7 +106,6 @@ private:
         frame.resolution = resolutionOf(info, facts);
         frame.profile = profileOf(header, frame.format.model, facts);
         frame.canReduce = true;
-        frame.heldBytes = jpeg_has_multiple_scans(&header.info) ? bytesOfCoefficients(info) : 0;
         frames_.push_back(frame);
         return {};
     }
