@@ -129,17 +129,26 @@ std::string helpFor(const Command& command) {
     return "'kestrinectl help" + words + "'";
 }
 
-std::string unknownCommand(const Command& parent, const std::string& word) {
-    return "unknown command " + quoted(word) + "; " + question(nearestCommand(*parent.app, word))
-           + helpFor(parent) + " lists all commands";
-}
-
 std::vector<std::string> optionNames(const CLI::App& command) {
     std::vector<std::string> names;
-    for (const CLI::Option* option : command.get_options())
+    for (const CLI::Option* option : command.get_options()) {
         for (const std::string& name : option->get_lnames())
             names.push_back("--" + name);
+        for (const std::string& name : option->get_snames())
+            names.push_back("-" + name);
+    }
     return names;
+}
+
+/// A command, or an option for someone who typed it as a command ("version").
+std::optional<std::string> nearestCommandOrOption(const CLI::App& app, const std::string& word) {
+    const auto command = nearestCommand(app, word);
+    return command ? command : nearestWord(word, optionNames(app));
+}
+
+std::string unknownCommand(const Command& parent, const std::string& word) {
+    return "unknown command " + quoted(word) + "; " + question(nearestCommandOrOption(*parent.app, word))
+           + helpFor(parent) + " lists all commands";
 }
 
 /// The option that a word names, alone or with its value; null for none.

@@ -4,6 +4,7 @@
 #include "kestrinectl/ConvertChains.h"
 #include "kestrinectl/ConvertReport.h"
 #include "kestrinectl/Messages.h"
+#include "kestrinectl/NumberBetween.h"
 #include "kestrinectl/PresetStore.h"
 #include "kestrinectl/ShownPath.h"
 #include "kestrinectl/Words.h"
@@ -49,11 +50,11 @@ std::string counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-std::string complaintOf(const JobOutcome& outcome) {
+std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
     if (outcome.isWritten)
         return "the original stays, it could not go to the trash (" + outcome.trashFailure->text
                + "); the result is " + shownPath(outcome.path.utf8());
-    std::string complaint = outcome.failure->text;
+    std::string complaint = withoutPath(outcome.failure->text, path);
     if (outcome.isRefused)
         complaint = "the picture is damaged (" + complaint
                     + "), nothing was written; --accept-damaged converts it all the same";
@@ -69,14 +70,15 @@ void addOnce(std::vector<std::string>& lines, const std::string& line) {
         lines.push_back(line);
 }
 
-void addOutcome(ConvertResult& result, const std::string& shown, const JobOutcome& outcome) {
+void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutcome& outcome) {
+    const std::string& shown = input.shown;
     if (outcome.isWritten)
         result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
     if (outcome.isWritten && outcome.damage)
         result.warnings.push_back(shown + ": the picture is damaged (" + outcome.damage->text
                                   + "); the result shows what could be read");
     if (!outcome.isWritten || outcome.trashFailure)
-        addOnce(result.complaints, shown + ": " + complaintOf(outcome));
+        addOnce(result.complaints, shown + ": " + complaintOf(outcome, input.path));
 }
 
 /// Converts files and reports them; several threads may do so at once.
@@ -114,7 +116,7 @@ private:
         ConvertResult result;
         try {
             for (const JobOutcome& outcome : runJob(jobFor(input)))
-                addOutcome(result, input.shown, outcome);
+                addOutcome(result, input, outcome);
         } catch (const std::bad_alloc&) {
             result.complaints.push_back(input.shown + ": not enough memory");
         } catch (const std::exception& error) {
@@ -203,7 +205,8 @@ void addConvertCommand(CLI::App& program) {
     command
         ->add_option("-j,--jobs", request->jobs,
                      "How many files to convert at the same time (default: the number of cores)")
-        ->check(CLI::Range(1U, maxJobs));
+        ->check(numberBetween(1U, maxJobs))
+        ->option_text("N");
     command->add_flag("-r,--recursive", request->search.recursive,
                       "Search sub-folders too, except those named like a stored set (default: no)");
     command->add_flag("--all-folders", request->search.allFolders,

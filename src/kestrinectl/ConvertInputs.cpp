@@ -127,7 +127,7 @@ private:
         if (fs::is_regular_file(status))
             visitFile(entry);
         else if (error && (error != std::errc::no_such_file_or_directory || hasNameOfPicture(entry.native())))
-            complainOfFile("cannot open " + shownPath(entry.native()) + ": " + error.message());
+            complainOfFile(shownPath(entry.native()) + ": cannot open: " + error.message());
         else if (!fs::is_directory(status))
             ++found_.otherFiles;
     }
@@ -147,7 +147,7 @@ private:
         const std::string shown = shownPath(file.native());
         const auto reader = readerOfPath(file.native());
         if (!reader)
-            return complainOfFile(shown + ": " + reader.failure().text);
+            return complainOfFile(shown + ": " + withoutPath(reader.failure().text, file.native()));
         switch (contentOf(**reader, file.native())) {
         case Content::picture:
             found_.pictures.push_back({shown, absolutePath(file).native(), root_.native()});

@@ -4,11 +4,13 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ExifJSON.h"
 #include "kestrinectl/Messages.h"
+#include "kestrinectl/ShownPath.h"
 #include "kestrinectl/Words.h"
 #include "platform/foundation/FileCreationDate.h"
 #include "platform/foundation/LocalTime.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileHandle.h"
+#include "platform/host/FailureCollector.h"
 
 #include <iostream>
 
@@ -64,11 +66,12 @@ void print(const std::string& file, const std::string& text, Answer answer, bool
 /// A file that cannot be read has no answer, except in JSON, which has one line per file.
 void answerForOne(const std::string& file, Answer answer, bool isNamed) {
     const NSString path = NSString::fromUTF8(file);
+    const FailureCollector collector;
     const bool canBeRead = NSFileHandle::fileHandleForReadingAtPath(path) != nullptr;
     if (canBeRead || answer == asJSON)
         print(file, answerFor(path, answer), answer, isNamed);
     if (!canBeRead)
-        throw CommandError("cannot be read");
+        throw CommandError(withoutPath(collector.failures().front().text, file));
 }
 
 void answerForAll(const std::vector<std::string>& words, Answer answer) {

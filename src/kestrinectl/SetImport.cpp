@@ -4,8 +4,11 @@
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/SetJSON.h"
 #include "kestrinectl/SetNameRules.h"
+#include "kestrinectl/ShownPath.h"
 #include "kestrinectl/Words.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -16,12 +19,15 @@ namespace {
 
 using nlohmann::json;
 
+/// How messages name the export.
+std::string shownSource(const std::string& path) { return path == "-" ? "standard input" : shownPath(path); }
+
 std::string contentOf(const std::string& path) {
     if (path == "-")
         return {std::istreambuf_iterator<char>(std::cin), {}};
     std::ifstream file(path, std::ios::binary);
     if (!file)
-        throw CommandError("cannot read " + path);
+        throw CommandError("cannot read " + shownPath(path) + ": " + std::strerror(errno));
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -30,13 +36,13 @@ json listIn(const std::string& text, const std::string& path) {
     constexpr int maxDepth = 8; // an export has four levels
     const auto checkDepth = [&path](int depth, json::parse_event_t, json&) {
         if (depth > maxDepth)
-            throw CommandError(path + " is not a JSON export of sets: it is nested too deeply");
+            throw CommandError(shownSource(path) + " is not a JSON export of sets: it is nested too deeply");
         return true;
     };
     json document = json::parse(text, checkDepth, false);
     json list = document.is_object() && document.contains("sets") ? document["sets"] : document;
     if (!list.is_array())
-        throw CommandError(path + " is not a JSON export of sets");
+        throw CommandError(shownSource(path) + " is not a JSON export of sets");
     return list;
 }
 
@@ -61,7 +67,7 @@ void SetImport::run() const {
     std::vector<std::string> warnings;
     std::size_t number = 0;
     for (const json& element : listIn(contentOf(file), file)) {
-        const std::string where = file + ": set " + std::to_string(++number);
+        const std::string where = shownSource(file) + ": set " + std::to_string(++number);
         const std::shared_ptr<ResizeSet> set = setFromJSON(element, where);
         if (!acceptsAnyName)
             checkName(*set, where + ": ");

@@ -1,5 +1,6 @@
 #include "kestrinectl/SetOptions.h"
 
+#include "kestrinectl/NumberBetween.h"
 #include "kestrinectl/PlainNumber.h"
 #include "kestrinectl/SetNames.h"
 #include "platform/foundation/NSNumber.h"
@@ -39,17 +40,6 @@ NSNumber defaultOf(const char16_t* key) {
     return static_cast<const NSNumber&>(*ResizeSet().valueForKey(key));
 }
 
-/// Accepts numbers from `low` to `high` and nothing else, not even NaN.
-CLI::Validator between(float low, float high) {
-    const std::string range = plainNumber(low) + " to " + plainNumber(high);
-    const auto complaint = [low, high, range](std::string& word) -> std::string {
-        float number = 0;
-        const bool fits = CLI::detail::lexical_cast(word, number) && number >= low && number <= high;
-        return fits ? "" : "must be a number from " + range;
-    };
-    return CLI::Validator(complaint, range);
-}
-
 CLI::Validator formatName() {
     const auto complaint = [](std::string& word) -> std::string {
         return formatNamed(word) ? "" : "must be " + formatNames();
@@ -81,7 +71,7 @@ void addSwitch(CLI::App& command, const Switch& row, std::optional<bool>& value,
 
 void SetOptions::addTo(CLI::App& command, bool isForNewSet) {
     const Descriptions describe{isForNewSet};
-    const CLI::Validator length = between(1, 1000000);
+    const CLI::Validator length = numberBetween(1.0F, 1000000.0F);
     const ResizeSet fresh;
     CLI::Option* w = command.add_option(
         "--width", width,
@@ -99,7 +89,7 @@ void SetOptions::addTo(CLI::App& command, bool isForNewSet) {
         "--quality", quality,
         describe.withDefault("JPEG quality in percent, 0 to 100", plainNumber(fresh.compression())));
     w->check(length), h->check(length), l->check(length);
-    p->check(between(0.001F, 100000)), q->check(between(0, 100)), f->check(formatName());
+    p->check(numberBetween(0.001F, 100000.0F)), q->check(numberBetween(0.0F, 100.0F)), f->check(formatName());
     for (CLI::Option* number : {w, h, p, l, q})
         number->option_text("N");
     f->option_text("FORMAT");

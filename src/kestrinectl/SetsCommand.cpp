@@ -35,6 +35,8 @@ std::set<std::size_t> allPositions(const PresetStore& store) {
 }
 
 void printList(const PresetStore& store) {
+    if (store.sets().empty())
+        printError("no sets are stored; 'kestrinectl sets add NAME' adds one");
     for (std::size_t i = 0; i < store.sets().size(); ++i) {
         const ResizeSet& set = *store.sets()[i];
         printLine((store.selection().contains(i) ? "* @" : "  @") + std::to_string(i + 1) + "  "

@@ -15,4 +15,12 @@ std::string shownPath(const std::string& path) {
     return needsDot ? "./" + result.native() : result.native();
 }
 
+std::string withoutPath(std::string reason, const std::string& path) {
+    if (reason.starts_with(path + " "))
+        reason.erase(0, path.size() + 1);
+    else if (const std::size_t found = reason.find(" " + path + ":"); found != std::string::npos)
+        reason.erase(found, 1 + path.size());
+    return reason;
+}
+
 } // namespace kestrine

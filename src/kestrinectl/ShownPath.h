@@ -10,4 +10,8 @@ namespace kestrine {
 /// dash. Looks at no file.
 std::string shownPath(const std::string& path);
 
+/// `reason` without `path`, for a line that starts with the path already: "cannot open: Permission denied"
+/// for "cannot open a.jpg: Permission denied", and "is not a regular file" for "a.jpg is not a regular file".
+std::string withoutPath(std::string reason, const std::string& path);
+
 } // namespace kestrine

@@ -34,7 +34,8 @@ std::size_t editDistance(const std::string& a, const std::string& b) {
 
 bool isNear(const std::string& typed, const std::string& candidate, std::size_t distance) {
     const bool isBeginning = typed.size() >= 2 && candidate.starts_with(typed);
-    return isBeginning || distance <= std::max<std::size_t>(1, candidate.size() / 3);
+    return isBeginning
+           || (distance < typed.size() && distance <= std::max<std::size_t>(1, candidate.size() / 3));
 }
 
 } // namespace

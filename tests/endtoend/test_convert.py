@@ -70,7 +70,7 @@ class Convert(ToolTest):
         for jobs in JOBS:
             done = self.convert("-j", jobs, "a.png", "text.jpg", "absent.jpg", "cut.png", "z.png", status=1)
             lines = done.stderr.decode().splitlines()
-            for line, start in zip(lines, ("text.jpg: the file is in no picture format", "absent.jpg: cannot open",
+            for line, start in zip(lines, ("text.jpg: the file is in no picture format", "absent.jpg: cannot open: No such file",
                                            "cut.png: ", "3 of 5")):
                 self.assertTrue(line.startswith("kestrinectl: " + start), lines)
             self.assertEqual(len(lines), 4)
@@ -162,7 +162,7 @@ class Convert(ToolTest):
             os.chmod(self.folder / name, 0o755)
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stderr.decode().splitlines(), ["kestrinectl: " + line for line in (
-            "in/b.png: cannot open in/b.png: Permission denied",
+            "in/b.png: cannot open: Permission denied",
             "cannot read the folder in/closed: Permission denied",
             f"other/d.png: cannot create the folder {self.folder}/other/Web: Permission denied",
             "2 of 3 files could not be converted as requested, 1 folder could not be read")])

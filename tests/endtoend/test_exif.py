@@ -170,7 +170,9 @@ class Exif(ToolTest):
         self.assertEqual((missing["reader"], missing["tags"], missing["description"]), (True, {}, "\n\n\n"))
         self.assertEqual(photo["values"]["maker"], "Kappa")
         self.assertEqual(self.exif("missing.jpg", "a.jpg", status=1)[:7], "a.jpg:\n")
-        self.assertIn("missing.jpg: cannot be read", self.errors)
+        self.assertIn("missing.jpg: cannot open: No such file or directory", self.errors)
+        self.exif(".", status=1)
+        self.assertIn(".: is not a regular file", self.errors)
 
     def test_the_date_is_in_local_time(self):
         self.write("a.jpg", PHOTO)

@@ -122,6 +122,15 @@ class Sets(ToolTest):
         self.control("import", "--any-name", "--rename", "-", input=exported.encode())
         self.assertEqual(len(self.exported()), 8)
 
+    def test_a_list_without_sets_says_so_on_standard_error(self):
+        self.assertEqual(self.warned("list"),
+                         "kestrinectl: no sets are stored; 'kestrinectl sets add NAME' adds one\n")
+
+    def test_what_cannot_be_imported_is_named_with_the_reason(self):
+        self.assertIn("standard input is not a JSON export of sets", self.control("import", "-", input=b"{}", status=1))
+        self.assertIn("cannot read absent.json: No such file or directory",
+                      self.control("import", "absent.json", status=1))
+
     def write_sets(self, *sets):
         (self.folder / "x.json").write_text(json.dumps(sets))
 
@@ -349,12 +358,20 @@ class Help(ToolTest):
         for arguments, meant in ((("conver",), "convert"), (("set",), "sets"), (("SETS",), "sets"), (("ecif",), "exif"),
                                  (("list",), "sets list"), (("sets", "lst"), "list"), (("sets", "improt"), "import"),
                                  (("help", "conver"), "convert"), (("help", "sets", "ad"), "add"),
-                                 (("--hlep",), "--help"), (("sets", "add", "A", "--lognest", "5"), "--longest"),
+                                 (("--hlep",), "--help"), (("version",), "--version"), (("-v",), "-V"), (("sets", "add", "A", "--lognest", "5"), "--longest"),
                                  (("sets", "add", "--qualty=5"), "--quality"), (("convert", "-set", "A", "a"), "--set")):
             self.assertIn(f'did you mean "{meant}"? \'kestrinectl help', self.complaint(*arguments))
 
+    def test_a_number_out_of_range_is_answered_with_the_range(self):
+        for option, command, range_ in (("--jobs", ("convert", "a"), "1 to 1024"),
+                                        ("--quality", ("sets", "add", "A"), "0 to 100")):
+            for wrong in ("-1", "5000", "x", "1x"):
+                self.assertIn(f"{option}: must be a number from {range_}; 'kestrinectl help",
+                              self.complaint(*command, f"{option}={wrong}"))
+
     def test_words_that_resemble_nothing_are_only_called_unknown(self):
         self.assertIn('unknown command "frobnicate"; \'kestrinectl help\' lists all commands', self.complaint("frobnicate"))
+        self.assertIn("unknown option \"-x\"; 'kestrinectl help' lists all options", self.complaint("-x"))
         self.assertIn('unknown option "--colour"; \'kestrinectl help sets add\' lists all options',
                       self.complaint("sets", "add", "A", "--colour", "red"))
 

@@ -25,4 +25,10 @@ TEST(ShownPath, neverBecomesNothingOrAnOption) {
     EXPECT_EQ(shownPath("-a"), "-a") << "as typed";
 }
 
+TEST(ShownPath, isLeftOutOfAReasonWhoseLineStartsWithIt) {
+    EXPECT_EQ(withoutPath("cannot open a b: refused", "a b"), "cannot open: refused");
+    EXPECT_EQ(withoutPath("a b is not a regular file", "a b"), "is not a regular file");
+    EXPECT_EQ(withoutPath("cannot create a b/Web: refused", "a b"), "cannot create a b/Web: refused");
+}
+
 } // namespace kestrine

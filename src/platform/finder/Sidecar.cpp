@@ -77,7 +77,7 @@ Result<void> replaceSidecar(const std::string& path, ByteView content) {
     struct stat status = TRY(statusForNewContent(old.number(), place.name));
 
     const int folder = place.folder.number();
-    TemporaryFile file = TRY(TemporaryFile::create(folder, 0600));
+    TemporaryFile file = TRY(TemporaryFile::create(folder, 0600, folderOf(path)));
     TRY(writeAll(file.descriptor(), content));
     TRY(copyAttributes(old.number(), file.descriptor(), status));
     TRY(finishWriting(file.descriptor(), Durability::synced));

@@ -1,17 +1,27 @@
 #include "platform/foundation/NSFileHandle.h"
 
+#include "platform/host/FailureCollector.h"
 #include "platform/host/files/PathParts.h"
 
 #include <algorithm>
 
 namespace kestrine {
 
+namespace {
+
+Result<std::shared_ptr<const ByteReader>> readerOfCheckedPath(const std::string& path) {
+    TRY(checkPath(path));
+    return readerOfPath(path);
+}
+
+} // namespace
+
 std::unique_ptr<NSFileHandle> NSFileHandle::fileHandleForReadingAtPath(const NSString& path) {
-    const std::string bytes = path.utf8();
-    if (!checkPath(bytes))
-        return nullptr;
-    Result<std::shared_ptr<const ByteReader>> reader = readerOfPath(bytes);
-    return reader ? std::unique_ptr<NSFileHandle>(new NSFileHandle(std::move(*reader))) : nullptr;
+    Result<std::shared_ptr<const ByteReader>> reader = readerOfCheckedPath(path.utf8());
+    if (reader)
+        return std::unique_ptr<NSFileHandle>(new NSFileHandle(std::move(*reader)));
+    noteFailure(reader.failure());
+    return nullptr;
 }
 
 Bytes NSFileHandle::readDataOfLength(std::size_t length) {

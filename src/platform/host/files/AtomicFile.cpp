@@ -59,13 +59,14 @@ Result<void> writeContent(int file, ByteView content, Durability durability) {
 }
 
 /// Empty if nameless files are not supported here.
-std::optional<Result<std::string>> publishNameless(int folder, const CandidatePaths& candidates,
-                                                   ByteView content, Durability durability) {
+std::optional<Result<std::string>> publishNameless(int folder, const std::string& folderPath,
+                                                   const CandidatePaths& candidates, ByteView content,
+                                                   Durability durability) {
     const FileDescriptor file(::openat(folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
     if (!file.isOpen() && namelessFileIsMissing(errno))
         return std::nullopt;
     if (!file.isOpen())
-        return systemFailure("cannot create a file");
+        return systemFailure("cannot create a file in " + folderPath);
     TRY(writeContent(file.number(), content, durability));
     const std::string source = "/proc/self/fd/" + std::to_string(file.number());
     const Naming naming = takeFirstFree(candidates, [&](const std::string& name) {
@@ -76,8 +77,9 @@ std::optional<Result<std::string>> publishNameless(int folder, const CandidatePa
     return pathOf(naming);
 }
 
-Result<TemporaryFile> writeNamed(int folder, ByteView content, Durability durability) {
-    TemporaryFile file = TRY(TemporaryFile::create(folder, 0666));
+Result<TemporaryFile> writeNamed(int folder, const std::string& folderPath, ByteView content,
+                                 Durability durability) {
+    TemporaryFile file = TRY(TemporaryFile::create(folder, 0666, folderPath));
     TRY(writeContent(file.descriptor(), content, durability));
     return file;
 }
@@ -92,9 +94,9 @@ Result<std::string> giveFinalName(TemporaryFile& file, const CandidatePaths& can
     return pathOf(naming);
 }
 
-Result<std::string> publishNamed(int folder, const CandidatePaths& candidates, ByteView content,
-                                 Durability durability, RenameMechanisms mechanisms) {
-    TemporaryFile file = TRY(writeNamed(folder, content, durability));
+Result<std::string> publishNamed(int folder, const std::string& folderPath, const CandidatePaths& candidates,
+                                 ByteView content, Durability durability, RenameMechanisms mechanisms) {
+    TemporaryFile file = TRY(writeNamed(folder, folderPath, content, durability));
     return giveFinalName(file, candidates, mechanisms);
 }
 
@@ -135,9 +137,9 @@ Result<void> takeOverRights(int file, const struct stat& replaced) {
     return {};
 }
 
-Result<void> replaceEntry(const FolderEntry& entry, ByteView content) {
+Result<void> replaceEntry(const FolderEntry& entry, const std::string& folderPath, ByteView content) {
     std::optional<struct stat> replaced = TRY(examineReplaced(entry));
-    TemporaryFile file = TRY(TemporaryFile::create(entry.folder, 0600));
+    TemporaryFile file = TRY(TemporaryFile::create(entry.folder, 0600, folderPath));
     if (replaced)
         TRY(takeOverRights(file.descriptor(), *replaced));
     TRY(writeContent(file.descriptor(), content, Durability::synced));
@@ -153,12 +155,14 @@ Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView co
                                    PublishMechanisms mechanisms) {
     const std::string first = candidates(0);
     TRY(checkPath(first));
-    FileDescriptor folder = TRY(openFolder(folderOf(first)));
+    const std::string folderPath = folderOf(first);
+    FileDescriptor folder = TRY(openFolder(folderPath));
     std::optional<Result<std::string>> published;
     if (mechanisms.namelessFile)
-        published = publishNameless(folder.number(), candidates, content, durability);
+        published = publishNameless(folder.number(), folderPath, candidates, content, durability);
     if (!published)
-        published = publishNamed(folder.number(), candidates, content, durability, mechanisms.rename);
+        published =
+            publishNamed(folder.number(), folderPath, candidates, content, durability, mechanisms.rename);
     if (!published->ok() || durability == Durability::cached)
         return *std::move(published);
     TRY(syncFolder(folder.number()));
@@ -172,7 +176,7 @@ Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView co
 
 Result<StagedFile> StagedFile::write(const std::string& folder, ByteView content) {
     FileDescriptor opened = TRY(openFolder(folder));
-    TemporaryFile file = TRY(writeNamed(opened.number(), content, Durability::synced));
+    TemporaryFile file = TRY(writeNamed(opened.number(), folder, content, Durability::synced));
     return StagedFile(std::move(opened), std::move(file));
 }
 
@@ -185,9 +189,10 @@ Result<std::string> StagedFile::publish(const CandidatePaths& candidates) {
 Result<void> replaceFile(const std::string& path, ByteView content) {
     TRY(checkPath(path));
     std::string target = TRY(followLinks(path));
-    TRY(makePrivateFolders(folderOf(target)));
-    FileDescriptor folder = TRY(openFolder(folderOf(target)));
-    return replaceEntry({folder.number(), nameOf(target)}, content);
+    const std::string folderPath = folderOf(target);
+    TRY(makePrivateFolders(folderPath));
+    FileDescriptor folder = TRY(openFolder(folderPath));
+    return replaceEntry({folder.number(), nameOf(target)}, folderPath, content);
 }
 
 } // namespace kestrine

@@ -5,12 +5,12 @@
 
 namespace kestrine {
 
-Result<TemporaryFile> TemporaryFile::create(int folder, mode_t mode) {
+Result<TemporaryFile> TemporaryFile::create(int folder, mode_t mode, const std::string& folderPath) {
     FolderEntry entry{folder, temporaryName()};
     FileDescriptor file(
         ::openat(folder, entry.name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
     if (!file.isOpen())
-        return systemFailure("cannot create a temporary file");
+        return systemFailure("cannot create a file in " + folderPath);
     return TemporaryFile(std::move(entry), std::move(file));
 }
 

@@ -11,8 +11,9 @@ namespace kestrine {
 /// Move-only. The descriptor of the folder must outlive this object.
 class TemporaryFile {
 public:
-    /// Creates an empty file with `mode` minus the umask, and opens it for reading and writing.
-    static Result<TemporaryFile> create(int folder, mode_t mode);
+    /// Creates an empty file with `mode` minus the umask, and opens it for reading and writing. `folderPath`
+    /// is for the message of a failure.
+    static Result<TemporaryFile> create(int folder, mode_t mode, const std::string& folderPath);
 
     TemporaryFile(TemporaryFile&& other) noexcept
         : entry_{other.entry_.folder, std::exchange(other.entry_.name, {})}, file_(std::move(other.file_)) {}

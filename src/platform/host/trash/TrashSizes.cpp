@@ -66,7 +66,7 @@ void recordTrashedFolderSize(int trash, const FolderEntry& folder, std::time_t r
     const std::string line =
         std::to_string(diskSpaceOf(folder)) + " " + std::to_string(recordTime) + " " + name + "\n";
     const std::string text = otherLines(trash, name) + line;
-    Result<TemporaryFile> file = TemporaryFile::create(trash, 0600);
+    Result<TemporaryFile> file = TemporaryFile::create(trash, 0600, "the trash");
     if (!file
         || !writeAll(file->descriptor(), {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}))
         return;

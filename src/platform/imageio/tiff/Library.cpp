@@ -149,9 +149,11 @@ std::uint32_t File::longNumber(std::uint32_t tag, std::uint32_t absent) const { 
 float File::realNumber(std::uint32_t tag, float absent) const { return number(tag, absent); }
 
 Failure File::failure() const {
+    if (endedEarly_)
+        return {Reason::truncated, "the TIFF file ends too early"};
     std::string text = std::string("the TIFF picture cannot be read: ") + message_;
     std::replace(text.begin(), text.end(), '\n', ' ');
-    return {endedEarly_ ? Reason::truncated : Reason::malformed, std::move(text)};
+    return {Reason::malformed, std::move(text)};
 }
 
 } // namespace kestrine::tiff

@@ -1,0 +1,24 @@
+// numberBetween: the range of an option that takes a number.
+#pragma once
+
+#include "kestrinectl/PlainNumber.h"
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace kestrine {
+
+/// Accepts numbers of this type from `low` to `high` and nothing else, not even NaN.
+template <class Number>
+CLI::Validator numberBetween(Number low, Number high) {
+    const std::string range =
+        plainNumber(static_cast<float>(low)) + " to " + plainNumber(static_cast<float>(high));
+    const auto complaint = [low, high, range](std::string& word) -> std::string {
+        Number number{};
+        const bool fits = CLI::detail::lexical_cast(word, number) && number >= low && number <= high;
+        return fits ? "" : "must be a number from " + range;
+    };
+    return CLI::Validator(complaint, range);
+}
+
+} // namespace kestrine
