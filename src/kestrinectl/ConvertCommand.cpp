@@ -219,8 +219,8 @@ void addConvertCommand(CLI::App& program) {
     command
         ->add_option("--max-pixels", request->maxPixels,
                      "Refuse pictures and results with more than N pixels (default: 1073741824)")
-        ->type_name("N")
-        ->check(CLI::Range(std::uint64_t{1}, highestPixelLimit));
+        ->check(numberBetween(std::uint64_t{1}, highestPixelLimit))
+        ->option_text("N");
     command->add_option("FILE", request->files, "Pictures, or folders to search for pictures")->required();
     command->callback([request] { run(*request); });
 }
