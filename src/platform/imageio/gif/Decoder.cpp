@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <gif_lib.h>
+#include <span>
 
 namespace kestrine::gif {
 
@@ -175,6 +176,8 @@ public:
 
 private:
     Result<void> readIndices();
+    Result<void> readInterlacedIndices(std::uint32_t y);
+    Result<void> holdEvenRows();
     Result<void> startPass(std::size_t pass);
     void paint(std::span<const std::uint8_t> indices, std::span<std::uint8_t> pixels) const;
 
@@ -183,8 +186,9 @@ private:
     const std::shared_ptr<const ByteReader> reader_;
     const std::shared_ptr<DamageRecord> damage_;
     const Layout layout_;
-    /// By pass, if the picture is interlaced, so that it is never held in memory; else only the first.
+    /// By pass, if the picture is interlaced and too large to be held in memory; else only the first.
     std::array<std::unique_ptr<Stream>, passes.size()> streams_;
+    Bytes evenRows_; ///< indices of the rows before the last pass, if an interlaced picture is small
     std::array<std::array<std::uint8_t, 4>, 256> pixelOfIndex_; ///< red, green, blue, alpha
     std::uint32_t next_ = 0;
     Bytes indices_; ///< of the current row
@@ -225,13 +229,36 @@ void Rows::checkCodes() const {
 
 /// Fills indices_ with the next row from the top.
 Result<void> Rows::readIndices() {
+    return layout_.isInterlaced ? readInterlacedIndices(next_ - 1 - layout_.top)
+                                : streams_.front()->readIndices(indices_);
+}
+
+Result<void> Rows::readInterlacedIndices(std::uint32_t y) {
+    constexpr std::uint64_t maxHeldPixels = std::uint64_t{1} << 22;
+    const bool isHeld = std::uint64_t{layout_.width} * layout_.height <= maxHeldPixels;
+    if (isHeld && y == 0)
+        TRY(holdEvenRows());
+    if (isHeld && y % 2 == 0) {
+        std::copy_n(evenRows_.begin() + static_cast<std::ptrdiff_t>(y / 2 * layout_.width), layout_.width,
+                    indices_.begin());
+        return {};
+    }
     std::size_t pass = 0;
-    const std::uint32_t y = next_ - 1 - layout_.top;
-    while (layout_.isInterlaced && !passes[pass].contains(y))
+    while (!isHeld && !passes[pass].contains(y))
         ++pass;
     if (streams_[pass] == nullptr)
         TRY(startPass(pass));
     return streams_[pass]->readIndices(indices_);
+}
+
+/// Reads all passes but the last, which has the odd rows.
+Result<void> Rows::holdEvenRows() {
+    evenRows_.resize(std::size_t{layout_.width} * ((layout_.height + 1) / 2));
+    for (const Pass& pass : std::span(passes).first(passes.size() - 1))
+        for (std::uint32_t y = pass.first; y < layout_.height; y += pass.step)
+            TRY(streams_.front()->readIndices(
+                std::span(evenRows_).subspan(std::size_t{y} / 2 * layout_.width, layout_.width)));
+    return {};
 }
 
 /// Opens the file once more and skips the earlier passes. They are short: all streams together decode twice
