@@ -113,8 +113,9 @@ TEST(GIFDecoder, interlacedRowsOfALargePictureAreDeliveredFromTheTop) {
     GIFFile recipe{
         .screenWidth = 1000, .screenHeight = 4300, .width = 1000, .height = 4300, .interlaced = true};
     recipe.index = [](int x, int y) { return (x / 100 + y * y) % 4; };
-    EXPECT_TRUE(samePicture(decodeSound(gif::codec, recipe.make()).pixels,
-                            expectedPicture(recipe, 1000, 4300, false)));
+    const Bytes interlaced = decodeSound(gif::codec, recipe.make()).pixels.bytes;
+    recipe.interlaced = false;
+    EXPECT_TRUE(decodeSound(gif::codec, recipe.make()).pixels.bytes == interlaced);
 }
 
 TEST(GIFDecoder, thePicturesOwnColorsReplaceTheScreens) {
