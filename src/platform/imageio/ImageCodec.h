@@ -21,6 +21,8 @@ struct FrameDescription {
     std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB without a profile
     bool canReduce = false;              ///< whether rows() can deliver 4, 2 or 1 eighths
     bool isUncompressed = false;         ///< whether decoding costs little more than reading the bytes
+    unsigned storedBitsPerPixel = 0;     ///< before compression; 0 if the same as in `format`
+    std::uint64_t heldBytes = 0; ///< of memory for a whole picture that rows() needs; 0 if they stream
 };
 
 /// An opened file whose header has been read. It holds no pixels.
@@ -74,7 +76,8 @@ struct ImageCodec {
 /// The codec that recognises the first bytes of the file; null if none does.
 const ImageCodec* codecFor(const ByteReader& reader);
 
-/// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does.
+/// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does, and with
+/// "implausible" if the file is too short for a picture that it claims to hold (see Plausibility.h).
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader);
 
 } // namespace kestrine

@@ -1,5 +1,8 @@
 #include "platform/imageio/Picture.h"
 
+#include "platform/host/process/MemoryBudget.h"
+#include "platform/imageio/Plausibility.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -46,15 +49,20 @@ public:
     }
 };
 
+struct KeptPixels {
+    MemoryReservation memory;
+    PixelBuffer pixels;
+};
+
 } // namespace
 
 Result<std::shared_ptr<Source>> Source::open(std::shared_ptr<const ByteReader> reader) {
-    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(std::move(reader)));
-    return std::shared_ptr<Source>(new Source(std::move(decoder)));
+    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(reader));
+    return std::shared_ptr<Source>(new Source(std::move(decoder), reader->size()));
 }
 
 std::shared_ptr<Source> Source::clear(std::uint32_t width, std::uint32_t height) {
-    return std::shared_ptr<Source>(new Source(std::make_unique<ClearCanvas>(width, height)));
+    return std::shared_ptr<Source>(new Source(std::make_unique<ClearCanvas>(width, height), 0));
 }
 
 std::uint64_t Source::decodesStarted() { return startedDecodes; }
@@ -68,13 +76,27 @@ Result<RowSourcePointer> Source::rows(std::size_t frame, int eighths) {
     if (!keepsPixels(frame))
         return decode(frame, eighths);
     const std::lock_guard lock(mutex_);
-    std::shared_ptr<const PixelBuffer>& kept = kept_[frame];
-    if (kept == nullptr) {
-        RowSourcePointer decoded = TRY(decode(frame, 8));
-        PixelBuffer pixels = TRY(readAllRows(*decoded));
-        kept = std::make_shared<const PixelBuffer>(std::move(pixels));
-    }
-    return rowsOfPixels(kept);
+    if (kept_[frame] == nullptr)
+        kept_[frame] = TRY(decodeToKeep(frame));
+    return kept_[frame] ? rowsOfPixels(kept_[frame]) : decode(frame, 8);
+}
+
+Result<std::shared_ptr<const PixelBuffer>> Source::decodeToKeep(std::size_t frame) const {
+    const RowFormat& format = frames()[frame].format;
+    if (!isWorthKeeping(format, fileBytes_))
+        return std::shared_ptr<const PixelBuffer>();
+    std::optional<MemoryReservation> memory = budgetForKeptPictures().tryReserve(format.bytes());
+    if (!memory)
+        return std::shared_ptr<const PixelBuffer>();
+    RowSourcePointer decoded = TRY(decode(frame, 8));
+    PixelBuffer pixels = TRY(readAllRows(*decoded));
+    const auto kept = std::make_shared<const KeptPixels>(*std::move(memory), std::move(pixels));
+    return std::shared_ptr<const PixelBuffer>(kept, &kept->pixels);
+}
+
+bool Source::holdsPixels(std::size_t frame) {
+    const std::lock_guard lock(mutex_);
+    return kept_[frame] != nullptr;
 }
 
 RowFormat Picture::format() const {

@@ -24,14 +24,17 @@ public:
     const std::vector<FrameDescription>& frames() const { return decoder_->frames(); }
     const ImageDecoder& decoder() const { return *decoder_; }
 
-    /// From now on each frame is decoded only once, at full size, and its pixels are kept for further
-    /// results. A frame that is too large to be kept is decoded again for each result.
+    /// From now on each frame is decoded only at full size, and if there is memory for its pixels only once:
+    /// they are kept for further results.
     void keepPixels() { keepsPixels_ = true; }
     bool keepsPixels(std::size_t frame) const {
         return keepsPixels_ && frames()[frame].format.canBeBuffered();
     }
+    /// Whether the pixels of a frame are in memory.
+    bool holdsPixels(std::size_t frame);
 
-    /// The rows of a frame, decoded at `eighths` eighths of its size; must be 8 if its pixels are kept.
+    /// The rows of a frame, decoded at `eighths` eighths of its size; must be 8 if keepsPixels(frame). The
+    /// caller must have reserved the memory that decoding needs (see FrameDescription::heldBytes).
     Result<RowSourcePointer> rows(std::size_t frame, int eighths);
 
     /// Why some of the pixels decoded so far, of any frame, had to be invented; nullopt if none were.
@@ -41,12 +44,15 @@ public:
     static std::uint64_t decodesStarted();
 
 private:
-    explicit Source(std::unique_ptr<ImageDecoder> decoder)
-        : decoder_(std::move(decoder)), kept_(decoder_->frames().size()) {}
+    Source(std::unique_ptr<ImageDecoder> decoder, std::uint64_t fileBytes)
+        : decoder_(std::move(decoder)), fileBytes_(fileBytes), kept_(decoder_->frames().size()) {}
 
     Result<RowSourcePointer> decode(std::size_t frame, int eighths) const;
+    /// Decodes the frame and keeps its pixels if there is memory for them; else gives null.
+    Result<std::shared_ptr<const PixelBuffer>> decodeToKeep(std::size_t frame) const;
 
     const std::unique_ptr<ImageDecoder> decoder_;
+    const std::uint64_t fileBytes_;
     std::atomic<bool> keepsPixels_ = false;
     std::mutex mutex_;
     std::vector<std::shared_ptr<const PixelBuffer>> kept_; ///< by frame; guarded by mutex_

@@ -1,6 +1,8 @@
 #include "platform/imageio/Render.h"
 
+#include "platform/host/process/MemoryBudget.h"
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/Plausibility.h"
 #include "tests/support/Pictures.h"
 
 namespace kestrine {
@@ -139,7 +141,60 @@ TEST(Render, keptPixelsAreDecodedOnceForAnyNumberOfResults) {
     EXPECT_EQ(Source::decodesStarted() - before, 1U);
 }
 
-TEST(Render, picturesTooLargeForMemoryAreNotKept) {
+TEST(Render, pixelsWithoutMemoryToKeepThemAreDecodedForEachResult) {
+    const auto file = makePhoto(photoFormat(20, 30));
+    const auto keeping = sourceOf(file), decoding = sourceOf(file);
+    keeping->keepPixels();
+    decoding->keepPixels();
+    const Bytes expected = *render({keeping, 0, {half}}, {FileType::png, {}});
+    budgetForKeptPictures().setLimit(20 * 30 * 3 - 1);
+    const std::uint64_t before = Source::decodesStarted();
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(*render({decoding, 0, {half}}, {FileType::png, {}}), expected);
+    EXPECT_EQ(Source::decodesStarted() - before, 2U);
+    EXPECT_FALSE(decoding->holdsPixels(0));
+    budgetForKeptPictures().setLimit(std::nullopt);
+}
+
+TEST(Render, memoryOfKeptPixelsIsGivenBackWithTheSource) {
+    budgetForKeptPictures().setLimit(20 * 30 * 3);
+    for (int i = 0; i < 2; ++i) {
+        const auto source = sourceOf(makePhoto(photoFormat(20, 30)));
+        source->keepPixels();
+        EXPECT_TRUE(readPixels({source, 0, {}}).ok());
+        EXPECT_TRUE(source->holdsPixels(0));
+    }
+    budgetForKeptPictures().setLimit(std::nullopt);
+}
+
+TEST(Render, anUnscaledTurnNeedsMemoryForThePicture) {
+    const auto source = sourceOf(makePhoto(photoFormat(20, 30)));
+    const Picture turned = Picture{source, 0, {}}.with(QuarterTurn::clockwise);
+    budgetForHeldPictures().setLimit(20 * 30 * 3 - 1);
+    EXPECT_EQ(render(turned, {FileType::png, {}}).failure().reason, Reason::tooLarge);
+    EXPECT_TRUE(render(turned.with(QuarterTurn::counterclockwise), {FileType::png, {}}).ok());
+    budgetForHeldPictures().setLimit(20 * 30 * 3);
+    EXPECT_TRUE(render(turned, {FileType::png, {}}).ok());
+    EXPECT_TRUE(render(turned, {FileType::png, {}}).ok()) << "the memory is given back";
+    budgetForHeldPictures().setLimit(std::nullopt);
+}
+
+TEST(Render, theLargePictureOfASmallFileIsNotWorthKeeping) {
+    const RowFormat large{20'000, 10'000, ColorModel::gray};
+    EXPECT_FALSE(isWorthKeeping(large, large.bytes() / 128 - 1));
+    EXPECT_TRUE(isWorthKeeping(large, large.bytes() / 128));
+    EXPECT_TRUE(isWorthKeeping({10'000, 10'000, ColorModel::gray}, 1));
+}
+
+TEST(Render, resultsBeyondTheSetLimitAreRefused) {
+    const auto source = sourceOf(makePhoto(photoFormat(20, 30)));
+    setMaximumPixels(20 * 30 - 1);
+    EXPECT_EQ(render({source, 0, {}}, {FileType::png, {}}).failure().text,
+              "the result has more than 599 pixels");
+    setMaximumPixels(defaultMaximumPixels);
+}
+
+TEST(Render, whatIsTooLargeToBeHeldIsNotKept) {
     RowFormat format{40000, 20000, ColorModel::rgb, true, SampleDepth::bits16};
     EXPECT_FALSE(format.canBeBuffered());
     format.depth = SampleDepth::bits8;

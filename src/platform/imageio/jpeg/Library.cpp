@@ -1,5 +1,7 @@
 #include "platform/imageio/jpeg/Library.h"
 
+#include <cstring>
+
 namespace kestrine::jpeg {
 
 namespace {
@@ -36,6 +38,12 @@ void keepDamage(j_common_ptr info, int level) {
 }
 
 } // namespace
+
+void failInLibrary(j_common_ptr info, const char* text) {
+    auto* errors = reinterpret_cast<Errors*>(info->err);
+    std::strncpy(errors->text, text, sizeof errors->text - 1);
+    std::longjmp(errors->onError, 1);
+}
 
 jpeg_error_mgr* Errors::prepare() {
     jpeg_std_error(&manager);

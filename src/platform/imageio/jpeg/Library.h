@@ -28,6 +28,9 @@ struct Errors {
     Failure failure() const;
 };
 
+/// For callbacks of the library: ends the call of the library with this error.
+[[noreturn]] void failInLibrary(j_common_ptr info, const char* text);
+
 /// Runs `step` (a lambda that calls the library and owns nothing) and returns whether it ended without error.
 template <class Step>
 bool succeedsInLibrary(Errors& errors, const Step& step) {

@@ -29,10 +29,18 @@ public:
     Errors errors{};
 
 private:
+    struct Progress {
+        jpeg_progress_mgr manager; ///< the first member, so that the library's pointer to it is one to this
+        int lastScan;
+        std::uint64_t blockVisits; ///< in all scans after the first
+        std::uint64_t maxBlockVisits;
+    };
+
+    static void limitScans(j_common_ptr info);
     bool lacksScans();
 
     std::shared_ptr<const ByteReader> reader_;
-    jpeg_progress_mgr progress_{};
+    Progress progress_{};
     Input input_{};
     bool created_ = false;
 };

@@ -2,6 +2,7 @@
 // Rows stream, and a page that turns out damaged or cut short is a failure.
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
+#include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/tiff/Exif.h"
 #include "platform/imageio/tiff/PageList.h"
@@ -22,6 +23,9 @@ std::optional<ColorProfile> deliveredProfile(const Page& page, bool isAdobeRGB) 
         return ColorProfile::adobeRGB();
     return std::nullopt;
 }
+
+/// Of all pages together, since many pages can share the bytes of one profile.
+constexpr std::uint64_t maxProfileBytes = std::uint64_t{16} << 20;
 
 class Decoder final : public ImageDecoder {
 public:
@@ -59,7 +63,7 @@ private:
         Page page = TRY(tiff::readPage(*file, place.directory));
         Bytes exif = exifOf(structure, place);
         const bool isMain = pages_.empty();
-        add(std::move(page), readExifFacts(exif).isAdobeRGB);
+        TRY(add(std::move(page), readExifFacts(exif).isAdobeRGB));
         if (isMain) {
             exif_ = std::move(exif);
             mainFile_.hold(std::move(file));
@@ -73,15 +77,23 @@ private:
         return exif.empty() && page.parent != 0 ? exifOfTIFF(structure, page.parent) : exif;
     }
 
-    void add(Page page, bool isAdobeRGB) {
-        frames_.push_back({.format = page.format,
-                           .resolution = page.resolution,
-                           .profile = deliveredProfile(page, isAdobeRGB),
-                           .isUncompressed = page.isUncompressed()});
+    Result<void> add(Page page, bool isAdobeRGB) {
+        if (profileBytes_ += page.icc.size(); profileBytes_ > maxProfileBytes)
+            return Failure{Reason::tooLarge, "the TIFF pages have too large profiles"};
+        FrameDescription frame{.format = page.format,
+                               .resolution = page.resolution,
+                               .profile = deliveredProfile(page, isAdobeRGB),
+                               .isUncompressed = page.isUncompressed(),
+                               .storedBitsPerPixel = page.bits * page.samples,
+                               .heldBytes = page.heldBytes};
+        TRY(checkPlausible(frame, reader_->size()));
+        frames_.push_back(std::move(frame));
         pages_.push_back(std::make_shared<const Page>(std::move(page)));
+        return {};
     }
 
     const std::shared_ptr<const ByteReader> reader_;
+    std::uint64_t profileBytes_ = 0;                 ///< of all pages that were read
     Bytes exif_;                                     ///< of frame 0
     mutable HeldReader<File> mainFile_;              ///< at the page of frame 0
     std::vector<std::shared_ptr<const Page>> pages_; ///< by frame

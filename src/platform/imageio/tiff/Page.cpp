@@ -10,6 +10,9 @@ namespace {
 /// Largest accepted strip, tile, row or row of tiles, in bytes.
 constexpr std::uint64_t maximumBlockBytes = std::uint64_t{1} << 30;
 
+/// Smaller blocks do not count as memory that is held.
+constexpr std::uint64_t uncountedBlockBytes = std::uint64_t{1} << 24;
+
 /// Files with hundreds of samples per pixel are measurements, not pictures, and all of them would be decoded.
 constexpr unsigned maximumSamples = 64;
 
@@ -151,14 +154,29 @@ bool canHoldBlock(const File& file, const Page& page) {
     return expansion == expansions.end() || unit / expansion->bound <= file.size();
 }
 
-Result<void> checkBlocks(const File& file, const Page& page) {
+/// Tiles can be larger than the picture, but a large tile must contain something of it.
+bool isMostlyPadding(const File& file, const Page& page) {
+    constexpr std::uint64_t uncheckedBytes = std::uint64_t{1} << 26, maxTimes = 4;
+    if (page.tileWidth == 0)
+        return false;
+    const std::uint64_t tilePixels = std::uint64_t{page.tileWidth} * page.blockRows;
+    return file.library().tileSize(file.handle()) > uncheckedBytes
+           && tilePixels / maxTimes > page.format.pixels();
+}
+
+Result<void> checkBlocks(const File& file, Page& page) {
     const std::uint64_t bytes = blockBytes(file, page);
     if (bytes == 0 || page.blockRows == 0)
         return Failure{Reason::malformed, "the TIFF picture has strips or tiles without any size"};
     if (bytes > maximumBlockBytes)
         return Failure{Reason::tooLarge, "the TIFF picture has too large strips or tiles"};
+    if (isMostlyPadding(file, page))
+        return Failure{Reason::implausible, "the TIFF picture has tiles that are much larger than itself"};
     if (!canHoldBlock(file, page))
         return Failure{Reason::truncated, "the TIFF file is too short for its pixels"};
+    const bool isHeld = page.tileWidth != 0 || page.color == Color::rendered;
+    if (isHeld && bytes > uncountedBlockBytes)
+        page.heldBytes = 2 * bytes * page.planes(); // libtiff or a row of tiles needs as much again
     return {};
 }
 

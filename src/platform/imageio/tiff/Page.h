@@ -34,6 +34,7 @@ struct Page {
     bool isYCbCrJPEG = false;    ///< libtiff's JPEG decoder converts it to RGB
     std::uint32_t tileWidth = 0; ///< 0 when it is stored in strips
     std::uint32_t blockRows = 0; ///< rows of a strip or tile
+    std::uint64_t heldBytes = 0; ///< of memory for blocks, if they are large
     Bytes colors;                ///< of a palette: red, green, blue per index
 
     /// Samples per colour as stored; a minimum when the page is rendered.

@@ -195,7 +195,7 @@ Share sharesOf(const Page& page, const StoredRows& rows) {
     const std::uint32_t blockRows = rows.independentRows();
     const auto blocks = static_cast<std::uint32_t>(enough / (rows.rowBytes() * blockRows) + 1);
     const std::uint32_t rowsPerBand = blockRows * blocks;
-    const bool isCutIntoBands = rowsPerBand < page.format.height;
+    const bool isCutIntoBands = rowsPerBand < page.format.height && page.heldBytes == 0;
     return {rowsPerBand, 0,
             isCutIntoBands && !page.isUncompressed() ? static_cast<std::uint32_t>(usefulThreads(page.format))
                                                      : 1};
