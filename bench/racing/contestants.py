@@ -1,7 +1,7 @@
-"""Who races: Kestrine and its peers, and how each is asked for the same work in its own best mode.
+"""The contestants: Kestrine and its peers, and the command for the same work in each one's best mode.
 
-A contestant gives the words of a command to which the files are appended. With several files, tools that work on one at
-a time run as one process a core, each with an equal share of the files.
+A contestant returns the arguments of a command; the files are appended. With several files, tools that process one file
+at a time run as one process per core, each with an equal share of the files.
 """
 import os
 import shutil
@@ -18,7 +18,7 @@ SHARP_IN_FLIGHT = 4
 
 @dataclass(frozen=True)
 class Job:
-    """What is to be done in a run folder: inputs in "in", a box to fit the picture into, JPEG quality."""
+    """The work in a run folder: inputs in "in", the box to fit the picture into, the JPEG quality."""
     folder: Path
     files: tuple
     width: int
@@ -38,7 +38,7 @@ class Job:
 
 
 def output_of(command):
-    """What a program says of itself; empty when it is not there or fails."""
+    """The output of a command; empty when the program is missing or fails."""
     try:
         done = subprocess.run(command, capture_output=True, text=True, timeout=60)
     except OSError:
@@ -47,7 +47,7 @@ def output_of(command):
 
 
 def setting_of(build, name):
-    """What a build folder was configured with; empty when it knows no such setting."""
+    """The value of a setting in a build folder's configuration; empty when there is none."""
     cache = build / "CMakeCache.txt"
     for line in cache.read_text().splitlines() if cache.exists() else ():
         if line.startswith(name + ":"):
@@ -56,7 +56,7 @@ def setting_of(build, name):
 
 
 class Contestant:
-    """`ours` is not a peer; `light` races only where a task asks for it; `formats` are those it can write."""
+    """`ours` is not a peer; `light` races only in tasks that request it; `formats` are those it can write."""
     ours = False
     light = False
     formats = ("jpeg", "png", "tiff", "gif")
@@ -70,7 +70,7 @@ class Contestant:
         return sorted(job.out.iterdir())
 
     def argv(self, job):
-        """All words of the command; it runs in the folder of the inputs."""
+        """The complete command line. It runs in the folder of the inputs."""
         if job.many and self.one_at_a_time:
             return self._shared_out(job)
         return [*self.command(job), *job.files]
@@ -81,7 +81,7 @@ class Contestant:
         return spawner.run(argv, {**environment, **self.environment(job)}, job.folder / "in")
 
     def _shared_out(self, job):
-        """The list is a file of the run folder; a share is rounded up, so no process gets a second one."""
+        """Reads the files from a list in the run folder. The share is rounded up, so each process gets only one."""
         names = job.folder / "files"
         names.write_text("".join(f"{name}\n" for name in job.files))
         share = -(-len(job.files) // CORES)
@@ -142,7 +142,7 @@ class Vips(Contestant):
 
 
 def magick_options(job):
-    """How both of the Magick tools are told what to write."""
+    """The output options of both Magick tools."""
     return {"jpeg": ["-quality", job.quality], "tiff": ["-compress", "None"]}.get(job.to, [])
 
 
@@ -153,13 +153,13 @@ class ImageMagick(Contestant):
     about = "`mogrify -path`, JPEG decoded at twice the size or more (`jpeg:size`), Lanczos; memory limits raised"
 
     def __init__(self, settings):
-        """Debian's limits would send 100 megapixels through files; `settings` is a folder for others."""
+        """With Debian's limits, 100 megapixels would be swapped to files; `settings` is a folder for other limits."""
         self.settings = settings
         names = {"memory": "16GiB", "map": "32GiB", "area": "1GP", "disk": "64GiB"}
         lines = [f'<policy domain="resource" name="{name}" value="{value}"/>' for name, value in names.items()]
         settings.mkdir(parents=True, exist_ok=True)
         (settings / "policy.xml").write_text("<policymap>" + "".join(lines) + "</policymap>")
-        # Debian's own name first: other programs are called mogrify too.
+        # Debian's name first, since other programs are also named mogrify.
         self.program = next(filter(shutil.which, ("mogrify-im6.q16", "mogrify")), "")
 
     def version(self):
@@ -214,7 +214,7 @@ class NodePeer(Contestant):
         self.folder = Path(folder)
 
     def version(self):
-        """Empty too when the module is there but does not load with this node."""
+        """Also empty when the module is installed but cannot be loaded by this version of node."""
         where = (self.folder / "node_modules" / self.module).resolve()
         package = f"JSON.parse(require('fs').readFileSync('{where}/package.json'))"
         version = output_of(["node", "-e", f"require('{where}'); console.log({package}.version)"])

@@ -1,4 +1,4 @@
-"""What came out of a run: is it the work that was asked for, how large is it, what does it still carry."""
+"""Checks the outputs of a run: whether they are as requested, their size, and the metadata they keep."""
 from dataclasses import dataclass, field
 
 from PIL import Image
@@ -10,7 +10,7 @@ CAMERA_DIRECTORY, MAKER, EXPOSURE = 0x8769, 0x010F, 0x829A
 
 @dataclass
 class Outcome:
-    """`bytes` of all files; `kept` of profile and EXIF; quality of the scaling alone and of the file, where judged."""
+    """`bytes` of all files; `kept`: profile, EXIF; the quality of the scaled pixels and of the file, where measured."""
     bytes: int
     kept: str
     size: tuple
@@ -27,7 +27,7 @@ def kept_in(path):
 
 
 def check(outputs, task):
-    """The first output is of the size asked for, within the pixel that rounding may take."""
+    """Fails unless the first output has the requested size, within one pixel for rounding."""
     with Image.open(outputs[0]) as picture:
         size = picture.size
     wanted_width = task.box[0]

@@ -1,14 +1,14 @@
-"""Installs the peers that are missing: Debian's by apt-get, those of npm into a folder of our own."""
+"""Installs missing peers: Debian packages with apt-get, npm modules into a separate folder."""
 import os
 import shutil
 import subprocess
 
-# sharp from 0.35 on needs node 20; Debian 12 has 18.
+# sharp 0.35 and later need node 20; Debian 12 has node 18.
 OLD_NODE, SHARP_FOR_OLD_NODE = 20, "sharp@0.34"
 
 
 def attempt(command, what):
-    """Runs a command quietly; says in one sentence when it fails."""
+    """Runs a command without output; prints one line if it fails."""
     try:
         done = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
                               env={**os.environ, "DEBIAN_FRONTEND": "noninteractive"})
@@ -16,8 +16,8 @@ def attempt(command, what):
         print(f"peers: cannot install {what}: {error}")
         return False
     if done.returncode != 0:
-        said = done.stderr.strip().splitlines()
-        print(f"peers: cannot install {what}: {said[-1] if said else 'no message'}")
+        lines = done.stderr.strip().splitlines()
+        print(f"peers: cannot install {what}: {lines[-1] if lines else 'no message'}")
     return done.returncode == 0
 
 
@@ -26,7 +26,7 @@ def install_packages(packages):
         return
     root = [] if os.geteuid() == 0 else ["sudo", "-n"]
     if not shutil.which("apt-get") or (root and not shutil.which("sudo")):
-        print(f"peers: install as root, with apt-get, to race them too: {' '.join(packages)}")
+        print(f"peers: to race these too, install them with apt-get as root: {' '.join(packages)}")
         return
     print("installing " + " ".join(packages), flush=True)
     if attempt([*root, "apt-get", "update"], "packages (apt-get update)"):
@@ -35,8 +35,8 @@ def install_packages(packages):
 
 def node_version():
     try:
-        said = subprocess.run(["node", "--version"], capture_output=True, text=True).stdout
-        return int(said.strip("v\n").split(".")[0])
+        version = subprocess.run(["node", "--version"], capture_output=True, text=True).stdout
+        return int(version.strip("v\n").split(".")[0])
     except (OSError, ValueError):
         return 0
 
@@ -45,7 +45,7 @@ def install_modules(modules, folder):
     if not modules:
         return
     if not shutil.which("npm"):
-        print(f"peers: npm is not here, so these do not race: {' '.join(modules)}")
+        print(f"peers: npm is not installed, so these do not race: {' '.join(modules)}")
         return
     wanted = [SHARP_FOR_OLD_NODE if module == "sharp" and node_version() < OLD_NODE else module for module in modules]
     print("installing " + " ".join(wanted), flush=True)

@@ -1,7 +1,7 @@
-"""Measures one run at a time, every run in a fresh folder; turns the runs of a task into medians and ratios.
+"""Measures one run at a time, every run in a new folder; computes medians and ratios of the runs of a task.
 
-A ratio is the median over the rounds of the ratio within a round, so that what disturbs the machine for a while
-disturbs both sides of it.
+A ratio is the median over the rounds of the ratio within a round, so that a temporary disturbance of the machine affects
+both sides.
 """
 import marshal
 import os
@@ -16,18 +16,18 @@ from pathlib import Path
 
 @dataclass(frozen=True)
 class Run:
-    """What one run cost: seconds, seconds, MiB."""
+    """The cost of one run: seconds, seconds, MiB."""
     wall: float
     cpu: float
     peak: float
 
 
 class RunFailed(Exception):
-    """The program ended with an error or did not write what it was asked for."""
+    """The program failed or did not write the requested output."""
 
 
 class Spawner:
-    """A small process that starts the programs to measure; start it before anything large is in memory."""
+    """A small process that starts the programs to measure. It must be started before this process uses much memory."""
 
     def __init__(self, messages):
         self.messages = messages
@@ -40,8 +40,8 @@ class Spawner:
         self.process.stdin.flush()
         status, wall, cpu, peak = marshal.load(self.process.stdout)
         if status != 0:
-            said = Path(self.messages).read_text(errors="replace").strip().splitlines()
-            raise RunFailed(f"status {status}: {said[-1] if said else 'no message'}")
+            lines = Path(self.messages).read_text(errors="replace").strip().splitlines()
+            raise RunFailed(f"status {status}: {lines[-1] if lines else 'no message'}")
         return Run(wall, cpu, peak / 1024)
 
     def close(self):
@@ -51,8 +51,8 @@ class Spawner:
 
 class RunFolders:
     """A new folder for every run, with the inputs (hard links, so that all share the page cache) and an empty one for
-    the outputs. They stay until the end: file systems are slow to give away what was deleted in the last minutes, and
-    one run must not pay for the outputs of those before it."""
+    the outputs. The folders stay until the end: some file systems free deleted data slowly, and one run must not pay
+    for the outputs of earlier ones."""
 
     def __init__(self, parent):
         self.parent, self.made = Path(parent), 0
@@ -74,7 +74,7 @@ class RunFolders:
 
 @dataclass
 class Results:
-    """The rounds of one task, for each contestant by name, and what was found out about its outputs."""
+    """The rounds of one task for each contestant, by name, and the results of checking its outputs."""
     rounds: int
     runs: dict = field(default_factory=dict)
     failures: dict = field(default_factory=dict)
@@ -92,7 +92,7 @@ class Results:
         return statistics.median(self.ratios(name, other, quantity))
 
     def fastest(self, names):
-        """The name with the smallest median wall time; None when none of them ran."""
+        """The name with the smallest median wall time; None if none of them ran."""
         running = [name for name in names if name in self.runs]
         return min(running, key=lambda name: self.median(name, "wall"), default=None)
 
@@ -106,8 +106,8 @@ def warm(paths):
 
 
 def race(contestants, rounds, run_once, order):
-    """Every round runs every contestant once, in a new random order. `run_once(contestant)` gives a Run or raises
-    RunFailed; who fails is out and its reason kept."""
+    """Every round runs every contestant once, in a new random order. `run_once(contestant)` returns a Run or
+    raises RunFailed; a contestant that fails takes no further part, and the reason is kept."""
     results = Results(rounds)
     racing = list(contestants)
     for number in range(rounds):

@@ -1,4 +1,4 @@
-// What a user of sharp or @napi-rs/image would write: Lanczos, metadata kept where the library can, several in flight.
+// A typical program that uses sharp or @napi-rs/image: Lanczos, metadata kept where possible, several files at once.
 // Usage: node node_peer.mjs sharp|napi MODULES WIDTH HEIGHT jpeg|png|tiff|gif QUALITY OUT IN_FLIGHT FILE...
 import { readFile, writeFile } from 'node:fs/promises';
 import { createRequire } from 'node:module';

@@ -1,7 +1,7 @@
-"""The pictures the races run on: photo-like ones of our own making, or the user's; made once and kept in a folder.
+"""The pictures for the races: generated ones that resemble photographs, or the user's; made once and kept in a folder.
 
-Large ones repeat a picture of 6 megapixels in mirror tiling, so that detail, noise and bits a pixel are the same at
-every size; small ones are scaled down from parts of it.
+Large ones repeat a picture of 6 megapixels in mirror tiling, so that detail, noise and bits per pixel are the same
+at every size; small ones are scaled down from parts of it.
 """
 import hashlib
 import importlib.machinery
@@ -18,7 +18,7 @@ from PIL import Image, ImageCms, JpegImagePlugin
 
 BITS_A_PIXEL = 2.0
 ORIENTATION, UPRIGHT = 0x0112, 1
-EDITION = 1  # to be raised when the pictures change, so that kept ones are made anew
+EDITION = 1  # increase it when the pictures change, so that kept ones are made again
 SUFFIXES = {"jpeg": "jpg", "png": "png", "rgba": "png", "lzw": "tif", "tiff": "tif"}
 
 Image.MAX_IMAGE_PIXELS = None
@@ -26,8 +26,8 @@ Image.MAX_IMAGE_PIXELS = None
 
 @dataclass(frozen=True)
 class Original:
-    """A picture to make others from: its samples, and how its JPEG files are to be saved. A user's file has a path, and
-    is `ready` to race as it is at its size unless some tools would turn or convert it."""
+    """A picture to make others from: its samples, and how to save its JPEG files. A user's file has a path, and can race
+    unchanged at its own size (`ready`) unless some tools would turn or convert it."""
     samples: numpy.ndarray
     saving: dict
     path: Path = None
@@ -44,7 +44,7 @@ def load_make_pictures():
 
 
 def mirrored(samples, width, height, shift):
-    """`samples` in mirror tiling from an offset that `shift` decides."""
+    """`samples` in mirror tiling, with an offset computed from `shift`."""
     def positions(count, side, offset):
         position = (numpy.arange(count) + offset) % (2 * side)
         return numpy.where(position < side, position, 2 * side - 1 - position)
@@ -65,7 +65,7 @@ def sized(samples, width, height, shift):
 
 
 def with_soft_alpha(samples):
-    """Opaque, clear and every degree between: a vignette with wavy edges around holes."""
+    """Alpha from transparent to opaque: a vignette with wavy edges around holes."""
     height, width = samples.shape[:2]
     y, x = numpy.mgrid[0:height, 0:width].astype(numpy.float32) / max(width, height)
     wave = numpy.sin(37 * x + 3 * numpy.sin(11 * y)) * numpy.sin(29 * y + 2 * numpy.sin(13 * x))
@@ -75,7 +75,7 @@ def with_soft_alpha(samples):
 
 
 def quality_for(picture, bits):
-    """The JPEG quality that comes nearest to so many bits a pixel."""
+    """The JPEG quality that comes nearest to this number of bits per pixel."""
     def bits_at(quality):
         buffer = io.BytesIO()
         picture.save(buffer, "JPEG", quality=quality)
@@ -89,19 +89,19 @@ def quality_for(picture, bits):
 
 
 def undated(profile):
-    """A profile without the moment it was made at, which is in bytes 24 to 35 of its header."""
+    """A profile without its creation time, which is in bytes 24 to 35 of the header."""
     return profile[:24] + bytes(12) + profile[36:]
 
 
 def marker_of(paths):
-    """Another one when a file is added, taken away or changed."""
+    """A digest that changes when a file is added, removed or changed."""
     known = "".join(f"{path}\0{path.stat().st_size} {path.stat().st_mtime_ns}\0" for path in paths)
     return hashlib.sha256(known.encode(errors="surrogateescape")).hexdigest()[:12]
 
 
 class Pictures:
-    """Makes what is missing in `folder`. With `own` a folder of JPEG files, these are the originals, and race as they
-    are where a task has their size."""
+    """Makes missing pictures in `folder`. If `own` is a folder of JPEG files, these are the originals, and race unchanged
+    in tasks of their size."""
 
     def __init__(self, folder, own=None):
         self.own = sorted(path for path in (Path(own).resolve().iterdir() if own else ())
@@ -120,13 +120,13 @@ class Pictures:
         paths = [self.folder / f"{kind}-{width}x{height}-{number}.{SUFFIXES[kind]}" for number in range(count)]
         missing = [number for number, path in enumerate(paths) if not path.exists()]
         if missing:
-            print(f"making {len(missing)} of {kind}, {width} x {height}", flush=True)
+            print(f"making {len(missing)} pictures ({kind}), {width} x {height}", flush=True)
         for number in missing:
             self._write(paths[number], kind, width, height, number)
         return paths
 
     def forget(self):
-        """Gives the originals' memory back."""
+        """Frees the memory of the originals."""
         self.originals.clear()
 
     def _original(self, number):
@@ -138,13 +138,13 @@ class Pictures:
     def _hills(self):
         kept = self.folder / "original.png"
         if not kept.exists():
-            print("making the picture all others are made of", flush=True)
+            print("making the base picture for all others", flush=True)
             self._save(kept, self.make.eight_bit(self.make.hills(3000, 2000, 7)), "PNG", compress_level=1)
         return Original(numpy.asarray(Image.open(kept)), {})
 
     @staticmethod
     def _read(path):
-        """Saved again with the tables and the sampling of the file, so that the bits a pixel stay near its own."""
+        """Saves again with the file's tables and subsampling, so that the bits per pixel stay nearly the same."""
         try:
             with Image.open(path) as picture:
                 sampling = max(0, JpegImagePlugin.get_sampling(picture))
@@ -175,7 +175,7 @@ class Pictures:
             self._save(path, picture, "TIFF", icc_profile=self.profile, **compression)
 
     def _quality(self, picture, width, height):
-        """Found on the first picture of a size, and on no more than 6 megapixels of it."""
+        """Measured on the first picture of a size, and on at most 6 megapixels of it."""
         size = (width, height)
         if size not in self.qualities:
             self.qualities[size] = quality_for(picture.crop((0, 0, min(width, 3000), min(height, 2000))), BITS_A_PIXEL)
@@ -186,7 +186,7 @@ class Pictures:
 
     @staticmethod
     def _replace(path, write):
-        """A file that an interrupted run left half made must not pass for a whole one."""
+        """Renames only complete files, so that an interrupted run leaves no partial one under the final name."""
         unfinished = path.with_name("unfinished")
         write(unfinished)
         os.replace(unfinished, path)

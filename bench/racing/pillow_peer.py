@@ -1,4 +1,4 @@
-"""What a Pillow user would write: draft decoding, Lanczos, profile and EXIF kept.
+"""A typical program that uses Pillow: draft decoding, Lanczos, profile and EXIF kept.
 
 Usage: pillow_peer.py WIDTH HEIGHT jpeg|png|tiff|gif QUALITY OUT FILE...
 """

@@ -1,8 +1,8 @@
-"""How good a result is: against a full decode scaled by Lanczos in double precision, in linear light and in the stored
-encoding, at the positions the contestant itself means.
+"""The quality of a result, compared with a full decode scaled by Lanczos in double precision, in linear light and in the
+stored encoding, at the contestant's own pixel positions.
 
-The curve is sRGB's: pictures with another one are compared as if they had it. Few rows are worked on at once, so a
-picture of 100 megapixels needs little more than its own samples.
+The curve is always that of sRGB, also for pictures with another profile. Few rows are processed at once, so a picture of
+100 megapixels needs little more memory than its samples.
 """
 from functools import lru_cache
 
@@ -35,13 +35,13 @@ def taps(centres, stretch, side):
 
 
 def peer_centres(side, result):
-    """The whole picture onto the whole result."""
+    """Maps the whole picture to the whole result."""
     return (numpy.arange(result) + 0.5) * side / result, side / result
 
 
 def our_scales(task, width, height):
-    """Results to sources for both axes; every operation but the last rounds to single precision. Each side is asked one
-    larger than the box, and the row and the column too many are cut off."""
+    """Maps result to source positions for both axes; all operations but the last use single precision. Each side is
+    requested one larger than the box, and the extra row and column are cut off."""
     width, height, one, percent = map(numpy.float32, (width, height, 1, 100))
     if task.percent:
         ratio = numpy.float32(task.percent) / percent
@@ -56,7 +56,7 @@ def our_scales(task, width, height):
 
 
 def our_centres(result_size, task, size):
-    """Columns count from the left edge and rows from the bottom one; what is cut off lies at the top and right."""
+    """Columns count from the left edge and rows from the bottom one; the top row and the right column are cut off."""
     scale_x, scale_y = our_scales(task, *size)
     columns = (numpy.arange(result_size[0]) + 0.5) / scale_x
     rows = size[1] - (result_size[1] - numpy.arange(result_size[1]) - 0.5) / scale_y
@@ -64,7 +64,7 @@ def our_centres(result_size, task, size):
 
 
 def scaled(samples, columns, rows, encoding):
-    """Samples of 0 to 255 as doubles, scaled. Colour is weighed with its alpha, and stays so in the result."""
+    """Samples of 0 to 255 as doubles, scaled. Colour is multiplied by alpha, also in the result."""
     row_positions, row_weights = taps(*rows, samples.shape[0])
     column_positions, column_weights = taps(*columns, samples.shape[1])
     result = numpy.empty((len(row_positions), len(column_positions), samples.shape[2]))
@@ -95,7 +95,7 @@ def as_numbers(samples, encoding):
 
 
 def as_stored(result, encoding):
-    """Linear light back to the stored encoding; with alpha, through the colour that alpha was multiplied into."""
+    """Converts linear light to the stored encoding; with alpha, divides the colour by it and multiplies again."""
     if encoding == STORED:
         return result
     if result.shape[2] == 3:
@@ -120,7 +120,7 @@ def psnr(a, b):
 
 
 def blurred(plane):
-    """A Gaussian window of 11 x 11 with a deviation of 1.5, where it lies inside the picture."""
+    """A Gaussian window of 11 x 11 with a deviation of 1.5, where it fits inside the picture."""
     window = numpy.exp(-(numpy.arange(11) - 5) ** 2 / (2 * 1.5 ** 2))
     window /= window.sum()
     plane = sum(weight * plane[i:plane.shape[0] - 10 + i] for i, weight in enumerate(window))
@@ -163,7 +163,7 @@ class Quality:
         decibels = {encoding: psnr(result, reference) for encoding, reference in references.items()}
         nearer = max(decibels, key=decibels.get)
         return {LIGHT: decibels[LIGHT], STORED: decibels[STORED], "ssim": ssim(result, references[nearer]),
-                "seen from afar": max(psnr(blurred_all(result), blurred_all(reference))
+                "blurred": max(psnr(blurred_all(result), blurred_all(reference))
                                       for reference in references.values())}
 
 

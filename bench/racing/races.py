@@ -1,4 +1,4 @@
-"""One run of all the races: every contestant in turn, its outputs looked at, what was measured kept for the page."""
+"""Runs all races: runs every contestant in turn, checks its outputs, and keeps the measurements for the page."""
 import hashlib
 import os
 import shlex
@@ -14,7 +14,7 @@ JOBS_COMPARED = (1, 2, 3, 8)
 
 @dataclass
 class Entry:
-    """One task raced; `largest_input` in bytes."""
+    """A completed task; `largest_input` in bytes."""
     task: tasks.Task
     results: measuring.Results
     fastest: str
@@ -24,7 +24,7 @@ class Entry:
 
 @dataclass(frozen=True)
 class SameBytes:
-    """Whether `kestrinectl convert` wrote what `kestrine` writes, however many files it worked on at once."""
+    """Whether `kestrinectl convert` writes the same files as `kestrine`, for any number of jobs."""
     key: str
     count: int
     jobs: tuple
@@ -33,13 +33,13 @@ class SameBytes:
 
 @dataclass(frozen=True)
 class Starter:
-    """A command that does nothing but start."""
+    """A command that starts and does nothing."""
     name: str
     argv: tuple
 
 
 class Races:
-    """Everything a run needs but the contestants that race; `ours` are our own builds, the first the main one."""
+    """Everything that a run needs except the racing contestants; `ours` are our own builds, the main one first."""
 
     def __init__(self, work, npm, spawner, pictures, ours, judging):
         self.npm, self.spawner, self.pictures = npm, spawner, pictures
@@ -72,7 +72,7 @@ class Races:
         return Entry(task, results, fastest, *described(task, inputs, fastest))
 
     def same_bytes(self, task):
-        """To be asked after the task was raced: the preset is made there."""
+        """Call it after racing the task, which creates the preset."""
         inputs, written = self._inputs(task), []
         quiet, many = self.ours[0].command_of_the_quiet_tool, self.ours[0].command_for_many
         commands = [quiet, *(lambda job, count=count: [*many(job), "-j", count] for count in JOBS_COMPARED)]
@@ -92,16 +92,16 @@ class Races:
         words = [self.ours[0].companion, "sets", "add", *map(str, task.preset_options(to))]
         done = subprocess.run(words, env=self.environment, capture_output=True, text=True)
         if done.returncode != 0:
-            raise SystemExit(f"peers: kestrinectl made no preset: {done.stderr.strip()}")
+            raise SystemExit(f"peers: kestrinectl could not create a preset: {done.stderr.strip()}")
 
     def _inputs(self, task):
-        """Names in the run folder, and the files that they are to be; some files may have many names."""
+        """Names in the run folder and the files for them; one file may have several names."""
         made = self.pictures.paths(task.kind, task.width, task.height, task.different)
         self.pictures.forget()
         return {f"p{number:05}{made[0].suffix}": made[number % task.different] for number in range(task.count)}
 
     def _run(self, contestant, task, inputs, to, look=lambda job, outputs: None):
-        """One run in a fresh folder, and a look at what it wrote."""
+        """One run in a new folder. Checks its outputs."""
         job = task.job(self.folders.make(inputs), inputs, to)
         cost = contestant.run(self.spawner, job, self.environment)
         outputs = contestant.outputs(job)
@@ -111,9 +111,9 @@ class Races:
         return cost
 
     def _inspect(self, contestant, task, inputs, results):
-        """The run that warms up: checks the outputs and judges them; for JPEG once more without JPEG's loss."""
+        """The warm-up run: checks the outputs and their quality; for JPEG once more without the loss of JPEG."""
         if task.to not in contestant.formats:
-            raise measuring.RunFailed(f"writes no {task.to.upper()}")
+            raise measuring.RunFailed(f"cannot write {task.to.upper()}")
         judging = self.judging and task.judged
         name, source = next(iter(inputs.items()))
 
@@ -132,7 +132,7 @@ class Races:
             self._run(contestant, task, {name: source}, "png", look_without_loss)
 
     def _quality_of(self, task, source):
-        """The judge of the task before, when it is the same picture scaled the same way."""
+        """The judge of the previous task if the picture and its scaling are the same."""
         from racing.quality import Quality
         key = (source, task.box)
         if self.judge[0] != key:
@@ -141,7 +141,7 @@ class Races:
         return self.judge[1]
 
     def _shown(self, contestant, job):
-        """The command without this machine's folders and with one file for all."""
+        """The command without this machine's paths, with one file in place of all."""
         words = shlex.join(str(word) for word in contestant.argv(job))
         named = [(job.folder, "RUN"), (self.npm, "NPM"), (contestants.HERE, "bench/racing"),
                  *((ours.build, "BUILD") for ours in self.ours)]
@@ -159,11 +159,11 @@ def described(task, inputs, fastest):
     first = next(iter(inputs.values())).stat().st_size
     largest = max(path.stat().st_size for path in set(inputs.values()))
     peer = f"; the fastest peer is {fastest}" if fastest else ""
-    return f"{task.width} x {task.height}, {8 * first / (task.width * task.height):.1f} bits a pixel{peer}", largest
+    return f"{task.width} x {task.height}, {8 * first / (task.width * task.height):.1f} bits per pixel{peer}", largest
 
 
 def starters(ours, racing, npm):
-    """Node and Python load the library, as every run of theirs must."""
+    """The commands that measure starting. Node and Python also load their library, as in every run."""
     commands = {"an empty process": ("/bin/true",)}
     commands.update({f"{one.name} -l": (one.quiet_tool, "-l") for one in ours})
     known = {"vipsthumbnail": ("vipsthumbnail", "--vips-version"), "ImageMagick": ("mogrify-im6.q16", "-version"),

@@ -1,6 +1,6 @@
-"""Writes what was measured as a page: the machine, the goals, a table for every task.
+"""Writes the measurements as a page: the machine, the goals, a table per task.
 
-Times never stand without ratios.
+Times are always shown with ratios.
 """
 import datetime
 import os
@@ -12,25 +12,25 @@ from racing.quality import LIGHT, STORED
 
 HEAD = """# Benchmarks
 
-Written by `bench/peers`; all but the notes at the end is written anew each time. Every task was run by everybody in
-turn, in random order, within one run, on warm inputs and into new folders. A ratio is the median over the rounds of
-the ratio within a round, to the fastest peer; less than 1 is faster. The process's start is part of every time. CPU
-counts the whole process tree, the peak is that of its largest process; peaks below {floor:.0f} MiB cannot be told
-apart. Quality is judged against a full decode scaled by Lanczos in double precision, in linear light ("light") and in
-the stored encoding ("stored"), at each tool's own size and pixel positions. "dB" and "SSIM" are of the scaled pixels:
-for JPEG the same command is run once more with PNG as its output; "file dB" and "file SSIM" are of the JPEG or GIF
-itself, against the nearer reference, as all SSIM is. Dithered palettes are compared after a blur of 1.5 pixels on
-both sides. Of several files the first is judged. Who keeps less than the profile, and in JPEG EXIF, did less work; it
-counts as a peer all the same. Times depend on the machine; compare ratios.
+Written by `bench/peers`, which replaces everything but the notes at the end. In every task all contestants ran in turn,
+in random order, within one run, with cached inputs and new output folders. A ratio is the median over the rounds of the
+ratio within a round to the fastest peer; less than 1 is faster. Every time includes the start of the process. CPU is
+that of the whole process tree, the peak that of its largest process; peaks below {floor:.0f} MiB cannot be
+distinguished. Quality is measured against a full decode scaled by Lanczos in double precision, in linear light ("light")
+and in the stored encoding ("stored"), at each tool's own size and pixel positions. "dB" and "SSIM" are of the scaled
+pixels: for JPEG the same command runs once more with PNG output. "file dB" and "file SSIM" are of the JPEG or GIF file.
+SSIM and "file dB" use the nearer reference. Dithered palettes are compared after a blur of 1.5 pixels on both sides. Of
+several files the first is measured. A tool that does not keep the profile, or EXIF in JPEG, does less work; it still
+counts as a peer. Times depend on the machine; compare ratios.
 """
 
-BUSY = "**The machine was not idle when this began: the figures are rough.**\n\n"
+BUSY = "**The machine was not idle at the start: the figures are approximate.**\n\n"
 NOTES = "\n## Notes\n"
 IDLE_LOAD = 0.5
 LISTING_MILLISECONDS = 2.0
-# In work, beyond the compressed bytes, at any size.
+# Working memory beyond the compressed bytes, at any size.
 WORKING_MIB = 40
-# What one pixel or one file may cost more in the largest run than in the one named.
+# How much more one pixel or file may cost in the largest run than in the run of the given size.
 LINEAR, LINEAR_FROM_MEGAPIXELS, LINEAR_FROM_FILES = 1.15, 24, 100
 
 
@@ -50,13 +50,13 @@ def verdict(met):
 
 
 def notes_of(page):
-    """What people wrote at the end of a page."""
+    """The notes at the end of a page, which people wrote."""
     _, heading, text = page.partition(NOTES)
     return heading.lstrip("\n") + text
 
 
 def series_of(entry):
-    """growth-png-24 is one of growth-png."""
+    """growth-png-24 belongs to the series growth-png."""
     return entry.task.key.rpartition("-")[0]
 
 
@@ -68,7 +68,7 @@ def first_match(path, start):
 
 
 def machine():
-    """Nothing that names the machine itself."""
+    """A description that does not identify the machine."""
     memory = int(first_match("/proc/meminfo", "MemTotal").split()[0]) / 2 ** 20
     processor, system = first_match("/proc/cpuinfo", "model name"), first_match("/etc/os-release", "PRETTY_NAME")
     return (f"{processor}, {len(os.sched_getaffinity(0))} cores, {memory:.0f} GiB of memory, {system}, "
@@ -80,7 +80,7 @@ def load():
 
 
 class Goals:
-    """The demands on one build of ours in one task, each with what was measured and whether it is met."""
+    """The goals of one of our builds in one task, each with the measured value and whether it is met."""
 
     def __init__(self, entry, build):
         self.entry, self.name, self.rows = entry, build.name, []
@@ -120,12 +120,12 @@ class Goals:
             self._add(what, form.format(value), ">= " + form.format(limit), value >= limit)
 
     def _no_worse_than_the_peer(self, mine, theirs):
-        """The better of the two references for each; for palettes, which dither, as seen from afar."""
+        """Uses the nearer of the two references for each; dithered palettes are compared after a blur."""
         def best(outcome):
             quality = outcome.scaling or outcome.file
             if not quality:
                 return None
-            return quality["seen from afar"] if self.entry.task.to == "gif" else max(quality[LIGHT], quality[STORED])
+            return quality["blurred"] if self.entry.task.to == "gif" else max(quality[LIGHT], quality[STORED])
 
         if best(mine) is not None and best(theirs) is not None:
             self._add("dB, nearer reference", f"{best(mine):.1f}", f">= {best(theirs):.1f} (the peer's)",
@@ -148,7 +148,7 @@ class Report:
         self.begun, self.load_before = datetime.date.today(), load()
 
     def text(self, command, rounds, versions, missing, picture_words, before=""):
-        """The page; `before` is the one that it replaces."""
+        """The new page; `before` is the one that it replaces."""
         parts = [HEAD.format(floor=self.floor), self._setting(command, rounds, versions, missing, picture_words),
                  self._goals(), self._start(), *map(self._task, self.entries), self._same_bytes(), self._growth(),
                  self._files(), notes_of(before)]
@@ -158,7 +158,7 @@ class Report:
         rows = [["machine", machine()], ["load before, after", f"{self.load_before}, {load()}"], ["date", self.begun],
                 ["command", f"`{shlex.join(command)}`"], ["rounds", rounds], ["pictures", picture_words]]
         peers = table(["contestant", "version", "how"], versions)
-        absent = f"Not here, so not raced: {', '.join(missing)}.\n\n" if missing else ""
+        absent = f"Not installed, so not raced: {', '.join(missing)}.\n\n" if missing else ""
         busy = BUSY if float(self.load_before) > IDLE_LOAD else ""
         return "## Setting\n\n" + busy + table(["", ""], rows) + peers + absent
 
@@ -179,8 +179,8 @@ class Report:
         rows = [[name, f"{self.start.ratio(name, empty, 'wall'):.1f}", f"{1000 * self.start.median(name, 'wall'):.1f}",
                  f"{1000 * (self.start.median(name, 'wall') - self.start.median(empty, 'wall')):.1f}"]
                 for name in sorted(self.start.runs, key=lambda name: self.start.median(name, "wall"))]
-        return ("## What starting costs\n\nPart of every single-file time below; peers that live in a long-running "
-                f"process pay it once. Medians of {self.start.rounds}.\n\n"
+        return ("## Cost of starting\n\nIt is part of every single-file time below; peers inside a long-running process "
+                f"pay it once. Medians of {self.start.rounds} rounds.\n\n"
                 + table(["", "÷ an empty process", "wall ms", "ms above it"], rows))
 
     def _task(self, entry):
@@ -190,12 +190,12 @@ class Report:
         header = ["", "wall ÷ (range)", "CPU ÷", "wall ms", "CPU ms", "peak MiB", "KB out", "keeps", "dB light",
                   "dB stored", "SSIM", "file dB", "file SSIM"]
         if task.to == "gif":
-            header[-2] = "file dB from afar"
+            header[-2] = "file dB blurred"
         text = f"## {task.key}: {task.title}\n\nRounds: {results.rounds}; {entry.input_words}.\n\n"
         text += table(header, rows)
         if results.failures:
             failures = "; ".join(f"{name} ({why})" for name, why in sorted(results.failures.items()))
-            text += f"Could not: {failures}.\n\n"
+            text += f"Failed: {failures}.\n\n"
         commands = "\n".join(results.commands[name] for name in names if name in results.commands)
         return text + f"<details><summary>Commands</summary>\n\n```\n{commands}\n```\n\n</details>\n"
 
@@ -209,7 +209,7 @@ class Report:
             cpu = f"{results.ratio(name, peer, 'cpu'):.2f}"
         file_decibels = None
         if outcome.file:
-            file_decibels = (outcome.file["seen from afar"] if entry.task.to == "gif"
+            file_decibels = (outcome.file["blurred"] if entry.task.to == "gif"
                              else max(outcome.file[LIGHT], outcome.file[STORED]))
         wall_ms, cpu_ms = (f"{1000 * results.median(name, quantity):.1f}" for quantity in ("wall", "cpu"))
         return [name, wall, cpu, wall_ms, cpu_ms, f"{results.median(name, 'peak'):.0f}", f"{outcome.bytes / 1000:.1f}",
@@ -221,7 +221,7 @@ class Report:
     def _same_bytes(self):
         rows = [[each.key, each.count, ", ".join(map(str, each.jobs)), verdict(each.same)] for each in self.same_bytes]
         return ("## The same bytes for any number of cores\n\n"
-                + table(["task", "files", "`kestrinectl convert -j`", "names and bytes as `kestrine` gives them"], rows)
+                + table(["task", "files", "`kestrinectl convert -j`", "same names and bytes as `kestrine`"], rows)
                 if rows else "")
 
     def _growth(self):
@@ -231,14 +231,15 @@ class Report:
             rows += self._growth_of([entry for entry in entries if series_of(entry) == series])
         if not rows:
             return ""
-        header = ["", "CPU ms a megapixel", f"÷ that of {LINEAR_FROM_MEGAPIXELS} MP", "wall ms", "peak MiB",
+        header = ["", "CPU ms per megapixel", f"÷ that of {LINEAR_FROM_MEGAPIXELS} MP", "wall ms", "peak MiB",
                   "file MiB", "met"]
         return ("## Growth with pixels\n\n"
-                f"A pixel of the largest may cost {LINEAR} times one of {LINEAR_FROM_MEGAPIXELS} MP; the peak may be "
-                f"{WORKING_MIB} MiB above the size of the source's file.\n\n" + table(header, rows))
+                f"A pixel of the largest picture may cost {LINEAR} times as much as one of "
+                f"{LINEAR_FROM_MEGAPIXELS} MP; the peak may be {WORKING_MIB} MiB above the size of the source file.\n\n"
+                + table(header, rows))
 
     def _growth_of(self, entries):
-        """The rows of one series; the cost of a pixel is compared with that at LINEAR_FROM_MEGAPIXELS."""
+        """The rows of one series; the cost per pixel is compared with that at LINEAR_FROM_MEGAPIXELS."""
         def cost(entry):
             return self._cpu_each(entry, entry.task.width * entry.task.height / 1e6)
 
@@ -267,9 +268,10 @@ class Report:
             rows.append([entry.task.title, f"{1000 * costs[entry.task.key]:.2f}", number(times, ".2f"),
                          f"{1000 * entry.results.median(self.own_name, 'wall') / entry.task.count:.2f}", f"{peak:.0f}",
                          verdict(linear and peak <= WORKING_MIB)])
-        header = ["", "CPU ms a file", f"÷ that of {LINEAR_FROM_FILES}", "wall ms a file", "peak MiB", "met"]
-        return ("## Growth with files\n\nJPEG of 320 x 240 to 160, `kestrinectl convert`, all cores. A file of the "
-                f"most may cost {LINEAR} times one of {LINEAR_FROM_FILES}.\n\n" + table(header, rows))
+        header = ["", "CPU ms per file", f"÷ that of {LINEAR_FROM_FILES}", "wall ms per file", "peak MiB", "met"]
+        return ("## Growth with files\n\nJPEG of 320 x 240 to 160, `kestrinectl convert`, all cores. In the "
+                f"largest run a file may cost {LINEAR} times as much as in the run of {LINEAR_FROM_FILES}.\n\n"
+                + table(header, rows))
 
     def _cpu_each(self, entry, units):
         return entry.results.median(self.own_name, "cpu") / units

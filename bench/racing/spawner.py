@@ -1,8 +1,8 @@
-"""Starts programs and says what each one cost; small on purpose.
+"""Starts programs and reports the cost of each; deliberately small.
 
-What the starting process holds counts to the peak memory of the process it starts, so the starter must be smaller than
-whatever is measured: a process of its own that imports next to nothing. Takes marshalled requests on its standard
-input, gives marshalled answers on its standard output.
+The memory of the starting process counts toward the peak of the process it starts, so the starter must be smaller than
+any measured program: a separate process with few imports. It reads marshalled requests from standard input and writes
+marshalled replies to standard output.
 """
 import marshal
 import os
@@ -11,7 +11,7 @@ import time
 
 
 def run(argv, environment, folder, messages):
-    """Status, wall seconds, CPU seconds of the process and all it waited for, peak KiB of the largest of them."""
+    """Status, wall seconds, CPU seconds of the process and its descendants, peak KiB of the largest of them."""
     os.chdir(folder)
     writing = os.O_WRONLY | os.O_CREAT | os.O_TRUNC
     redirections = [(os.POSIX_SPAWN_OPEN, 0, "/dev/null", os.O_RDONLY, 0),

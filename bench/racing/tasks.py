@@ -1,4 +1,4 @@
-"""What is raced: the tasks as a table, with what each has to reach."""
+"""The table of tasks with their goals."""
 from dataclasses import dataclass, replace
 
 from racing.contestants import Job
@@ -6,9 +6,9 @@ from racing.contestants import Job
 
 @dataclass(frozen=True)
 class Goal:
-    """Ratios to the fastest peer and limits that have to be kept; None is no demand. `own_*` are the wall ratios with
-    our own baseline JPEG decoder. `decibels` count to the full-decode reference in linear light, `peak` is in MiB,
-    `bytes` the file's size against the fastest peer's."""
+    """Upper limits for ratios to the fastest peer, and other limits; None means no limit. `own_*` are the ratios with our
+    own baseline JPEG decoder. `decibels` compare with the full-decode reference in linear light, `peak` is in MiB,
+    `bytes` is the ratio of file sizes to the fastest peer."""
     wall: float = None
     wall_aim: float = None
     cpu: float = None
@@ -43,7 +43,7 @@ class Task:
 
     @property
     def box(self):
-        """The width and height asked of the peers."""
+        """The width and height requested from the peers."""
         if self.percent:
             return self.width * self.percent // 100, self.height * self.percent // 100
         return self.longest, self.longest
@@ -55,7 +55,7 @@ class Task:
         return f"{self.key}-{to}"
 
     def preset_options(self, to):
-        """The words for `kestrinectl sets add`. In high quality the longer side comes out one larger than asked."""
+        """The arguments for `kestrinectl sets add`. In high quality the longer side is one larger than requested."""
         size = ["--percent", self.percent] if self.percent else ["--longest", self.longest - 1]
         exif = ["--exif", "--quality", self.quality] if to == "jpeg" else []
         return [self.preset(to), *size, "--format", to, "--high-quality", "--convert-resolution", *exif]
@@ -68,18 +68,18 @@ class Task:
         return max(1, round(asked * self.share_of_rounds))
 
     def shrunk(self, factor):
-        """The same task with every side divided, for trying the program out."""
+        """The same task with all sides and counts divided, for a test run."""
         return replace(self, width=self.width // factor, height=self.height // factor, longest=self.longest // factor,
                        count=max(2, self.count // factor) if self.many else 1)
 
 
 def is_named(key, name):
-    """T5 names T5-lzw and T5-plain."""
+    """The name T5 selects T5-lzw and T5-plain."""
     return key == name or key.startswith(name + "-")
 
 
 def names():
-    """What can be asked for."""
+    """The names that --tasks accepts."""
     return [task.key for task in TASKS] + ["start", "growth", "files"]
 
 
@@ -120,7 +120,7 @@ GROWTH_SIZES = {1: (1224, 816), 6: (3000, 2000), 12: (4248, 2832), 24: (6000, 40
 
 @dataclass(frozen=True)
 class Growing:
-    """A kind of source, the format and the percentage it goes to, the megapixels it is raced at."""
+    """A kind of source, the output format and percentage, and the sizes in megapixels."""
     key: str
     title: str
     kind: str
@@ -133,7 +133,7 @@ class Growing:
                      Goal(), percent=self.percent, share_of_rounds=0.4, judged=False) for size in self.megapixels]
 
 
-# To a quarter, where reading is most of the work, and to nearly the whole, where writing is.
+# To 25 %, where most of the work is reading, and to 90 %, where most of it is writing.
 LARGE_OUTPUTS = (6, 24, 100)
 GROWING = [
     Growing("jpeg", "JPEG to 25 %", "jpeg", "jpeg", 25),
@@ -146,7 +146,7 @@ GROWING = [
 ]
 GROWTH = [task for growing in GROWING for task in growing.tasks()]
 
-# The files of the largest count are this many different ones under many names.
+# Large counts use this number of different files, each under several names.
 FILES_DIFFERENT = 40
 FILES = [Task(f"files-{count}", f"{count} files", "jpeg", 320, 240, "jpeg", Goal(), longest=160, count=count,
               share_of_rounds=0.4, judged=False, different=FILES_DIFFERENT)

@@ -1,4 +1,4 @@
-// PresetSelection: what the arguments ask for. A pure function of the arguments and the stored presets.
+// PresetSelection: the request in the arguments. A pure function of the arguments and the stored presets.
 #pragma once
 
 #include "models/ResizeSet.h"
@@ -7,7 +7,7 @@
 namespace kestrine {
 
 struct PresetSelection {
-    bool listsSets = false;      ///< only the names of the stored sets are wanted
+    bool listsSets = false;      ///< only list the names of the stored sets
     ResizeSets sets;             ///< to apply; empty when nothing is selected
     std::vector<NSString> files; ///< as typed
 };

@@ -10,7 +10,7 @@ namespace kestrine {
 
 namespace {
 
-/// The one place that catches what leaves a job, lack of memory included: the run goes on with the next file.
+/// The only place that catches the exceptions of a job, including lack of memory: the next file follows.
 void runJob(const OptionalString& path, const ResizeSets& sets) {
     try {
         const auto job = std::make_shared<ResizeUnit>();
@@ -49,7 +49,7 @@ void convertFiles(const PresetSelection& selection, const OptionalString& PWD, S
     if (selection.sets.empty())
         return;
     for (const NSString& argument : selection.files) {
-        // Written before the job begins, so that a person sees which file is at work.
+        // Written before the job begins, so that the user sees which file is being converted.
         output.write(expandedFormatText(argument.utf8()) + " converting...");
         runJob(pathForArgument(argument, PWD), selection.sets);
         output.write(" and done!!\n");

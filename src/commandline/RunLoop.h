@@ -10,11 +10,11 @@ namespace kestrine {
 void listSets(const ResizeSets& sets, StandardOutput& output);
 
 /// Applies the sets to each file, in order. File arguments are relative to `PWD`; without it no file
-/// is touched. The line of a file is completed even if the job fails.
+/// is changed. The line of a file is completed even if the job fails.
 void convertFiles(const PresetSelection& selection, const OptionalString& PWD, StandardOutput& output);
 
-/// The path for a file argument: as typed when it contains "/Volumes" or "~/", else below `PWD`, absolute
-/// ones too.
+/// The path for a file argument: unchanged if it contains "/Volumes" or "~/", else below `PWD`, even if it is
+/// absolute.
 OptionalString pathForArgument(const NSString& argument, const OptionalString& PWD);
 
 } // namespace kestrine

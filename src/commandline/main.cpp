@@ -14,7 +14,7 @@ namespace {
 
 void run(const std::vector<NSString>& arguments, const Environment& environment) {
     const auto domain = NSUserDefaults(environment).persistentDomainForName(presetsDomain);
-    // What cannot be read counts as absent; the two values do not depend on each other.
+    // A value that cannot be read counts as absent; the two values do not depend on each other.
     const Result<ResizeSets> sets = domain ? storedSets(*domain) : domain.failure();
     const auto selection = domain ? storedSelection(*domain) : domain.failure();
     const PresetSelection chosen =

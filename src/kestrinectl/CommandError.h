@@ -1,4 +1,4 @@
-// CommandError: ends a command with one line for the person who typed it.
+// CommandError: ends a command with a one-line message for the user.
 #pragma once
 
 #include <stdexcept>
@@ -6,7 +6,7 @@
 
 namespace kestrine {
 
-/// The message says what is wrong and what to do, without the program's name.
+/// The message states what is wrong and what to do, without the program's name.
 class CommandError : public std::runtime_error {
 public:
     explicit CommandError(const std::string& text, int status = 1)

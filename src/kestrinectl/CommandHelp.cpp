@@ -48,7 +48,7 @@ public:
         return CLI::detail::join(names, ", ");
     }
 
-    /// The name of the value; what it may be and what excludes it stands in the description.
+    /// The name of the value; the description has its valid values and the options that exclude it.
     std::string make_option_opts(const CLI::Option* option) const override {
         if (option->get_positional())
             return option->get_expected_max() > 1 ? "..." : "";
@@ -69,7 +69,7 @@ public:
     }
 };
 
-/// A wrong word after `help`; the message is complete.
+/// An unknown word after `help`; the message is complete.
 class UnknownTopic : public CLI::ParseError {
 public:
     explicit UnknownTopic(const std::string& message)
@@ -80,7 +80,7 @@ public:
 struct Command {
     const CLI::App* app;
     std::string typed;
-    std::size_t wordCount; ///< how many of the words lead to it
+    std::size_t wordCount; ///< how many of the words name it
 };
 
 std::vector<const CLI::App*> subcommandsOf(const CLI::App& app) {
@@ -94,7 +94,7 @@ const CLI::App* subcommandNamed(const CLI::App& app, const std::string& name) {
     return nullptr;
 }
 
-/// The command that the first words name, as far as they do.
+/// The command that the first words name; further words are ignored.
 Command commandIn(const CLI::App& program, const std::vector<std::string>& words) {
     Command command{&program, program.get_name(), 0};
     while (command.wordCount < words.size()) {
@@ -110,7 +110,7 @@ std::string question(const std::optional<std::string>& meant) {
     return meant ? "did you mean " + quoted(*meant) + "? " : "";
 }
 
-/// The commands below `app`, and after them those below these: "list" for "sets list".
+/// The commands of `app`, then the commands of these, such as "list" for "sets list".
 std::optional<std::string> nearestCommand(const CLI::App& app, const std::string& word) {
     std::vector<std::string> names;
     for (const CLI::App* command : subcommandsOf(app))
@@ -151,7 +151,7 @@ std::string unknownCommand(const Command& parent, const std::string& word) {
            + helpFor(parent) + " lists all commands";
 }
 
-/// The option that a word names, alone or with its value; null for none.
+/// The option that a word names, alone or with its value; null if there is none.
 const CLI::Option* optionNamed(const CLI::App& command, const std::string& word) {
     const bool isLong = word.starts_with("--");
     const std::string name = isLong ? word.substr(2, word.find('=') - 2) : word.substr(1, 1);
@@ -166,7 +166,7 @@ bool takesNextWord(const CLI::Option& option, const std::string& word) {
     return option.get_items_expected_min() > 0 && !hasValue;
 }
 
-/// The first word that looks like an option and is none of the command's.
+/// The first word that looks like an option but is not one of the command.
 std::optional<std::string> unknownOption(const Command& command, const std::vector<std::string>& words) {
     for (std::size_t i = command.wordCount; i < words.size() && words[i] != "--"; ++i) {
         if (!words[i].starts_with('-') || words[i] == "-")
@@ -180,7 +180,7 @@ std::optional<std::string> unknownOption(const Command& command, const std::vect
     return std::nullopt;
 }
 
-/// What the parser says, in plainer words where it has odd ones.
+/// The parser's message, in simpler words where its own are unclear.
 std::string plainMessage(const CLI::ParseError& error) {
     const std::string message = error.what();
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)

@@ -1,4 +1,4 @@
-// CommandHelp: the layout of help texts, the command `help`, and the answer to arguments that are wrong.
+// CommandHelp: the layout of help texts, the command `help`, and the message for invalid arguments.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -11,8 +11,7 @@ void useHelpLayout(CLI::App& program);
 /// Adds `help [COMMAND]`.
 void addHelpCommand(CLI::App& program);
 
-/// One line: what is wrong with the arguments after the program's name, what was probably meant, and where
-/// help is.
+/// One line: what is wrong with the arguments after the program's name, a suggestion, and where to find help.
 std::string complaintAbout(const CLI::App& program, const std::vector<std::string>& words,
                            const CLI::ParseError& error);
 

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The name that an output takes when it is free; "" when there will be no output.
+/// The name of an output if it is free; "" when there will be no output.
 fs::path firstChoice(const ConvertInput& input, const ResizeSet& set, bool replaces) {
     const NSString path = NSString::fromUTF8(input.path);
     const OptionalString root =
@@ -36,7 +36,7 @@ fs::path wantedBefore(const fs::path& path) {
                       : fs::path();
 }
 
-/// Sets of positions that grow together.
+/// Disjoint sets of positions, which can be joined.
 class Chains {
 public:
     explicit Chains(std::size_t count) : leaders_(count) { std::iota(leaders_.begin(), leaders_.end(), 0U); }
@@ -66,7 +66,7 @@ private:
     std::vector<std::size_t> leaders_; ///< each points to an earlier one of its chain, the first to itself
 };
 
-/// The inputs whose first choice a name is, and whether one of them has to take a later choice instead.
+/// The inputs whose first choice is this name, and whether one of them must use a later choice.
 struct Name {
     std::vector<std::size_t> wantedBy;
     bool isContested = false;

@@ -1,4 +1,4 @@
-// ConvertChains: which conversions may run at the same time without anybody seeing it in the results.
+// ConvertChains: which conversions may run at the same time without an effect on the results.
 #pragma once
 
 #include "kestrinectl/ConvertInputs.h"

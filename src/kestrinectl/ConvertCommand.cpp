@@ -21,6 +21,7 @@ namespace kestrine {
 namespace {
 
 constexpr unsigned maxJobs = 1024; // more would only compete for memory
+constexpr std::uint64_t highestPixelLimit = std::uint64_t{maximumSide} * maximumSide;
 
 struct ConvertRequest {
     std::vector<std::string> setNames;
@@ -29,9 +30,10 @@ struct ConvertRequest {
     ConvertSearch search;
     bool allowsEmpty = false;
     bool acceptsDamaged = false;
+    std::uint64_t maxPixels = defaultMaximumPixels;
 };
 
-/// The sets that are named or, when none is, the selected ones.
+/// The named sets or, if none is named, the selected ones.
 ResizeSets chosenSets(const PresetStore& store, const std::vector<std::string>& names) {
     ResizeSets sets;
     for (const std::string& name : names)
@@ -181,6 +183,7 @@ void run(ConvertRequest request) {
     {
         ConvertReport report(inputs.pictures.size());
         const JobPolicy policy{.onlyWithResult = true, .refusesDamaged = !request.acceptsDamaged};
+        setMaximumPixels(request.maxPixels);
         Conversion(inputs.pictures, sets, policy, report).run(request.jobs);
         done = report.done();
         failures = report.failures();
@@ -213,6 +216,11 @@ void addConvertCommand(CLI::App& program) {
     command->add_flag("--accept-damaged", request->acceptsDamaged,
                       "Convert damaged pictures of which a part can be shown, with a warning "
                       "(default: an error, nothing is written)");
+    command
+        ->add_option("--max-pixels", request->maxPixels,
+                     "Refuse pictures and results with more than N pixels (default: 1073741824)")
+        ->check(numberBetween(std::uint64_t{1}, highestPixelLimit))
+        ->option_text("N");
     command->add_option("FILE", request->files, "Pictures, or folders to search for pictures")->required();
     command->callback([request] { run(*request); });
 }

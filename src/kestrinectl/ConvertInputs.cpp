@@ -18,8 +18,8 @@ namespace {
 
 bool isHidden(const fs::path& path) { return path.filename().native().starts_with('.'); }
 
-/// Below the current folder where it is relative. Steps that lead nowhere (".") are left out; ".." stays,
-/// since it need not lead back where a link was followed.
+/// A relative path is below the current folder. "." is removed; ".." stays, since after a link it may not
+/// lead to the previous folder.
 fs::path absolutePath(const fs::path& path) {
     fs::path result;
     for (const fs::path& step : fs::absolute(path))
@@ -39,13 +39,12 @@ Content contentOf(const ByteReader& reader, const std::string& path) {
     return isPicture ? Content::unreadablePicture : Content::other;
 }
 
-/// Without the separators at its end, which would make the root differ from the folders of its files; "/"
-/// stays.
+/// Removes separators at the end, with which the root would differ from the folders of its files; "/" stays.
 fs::path withoutTrailingSeparator(const fs::path& path) {
     return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
 }
 
-/// The folders that hold results, and are therefore not searched unless they were typed.
+/// The folders of results, which are not searched unless they are arguments.
 class OutputFolders {
 public:
     OutputFolders(const ResizeSets& storedSets, const std::vector<std::string>& arguments) {
@@ -61,12 +60,12 @@ public:
                                    [&](const std::string& ending) { return path.ends_with(ending); });
     }
 
-    /// Whether it was not typed and not asked about before.
+    /// Whether it is no argument and was not checked before.
     bool isNews(const fs::path& folder) { return typed_.insert(canonicalPath(folder)).second; }
 
 private:
     std::vector<std::string> endings_; ///< of their paths: "/Web"
-    std::set<fs::path> typed_;         ///< and those that were asked about
+    std::set<fs::path> typed_;         ///< and those that were checked
 };
 
 class Finder {

@@ -1,4 +1,4 @@
-// ConvertInputs: the pictures that the arguments of `convert` stand for.
+// ConvertInputs: the pictures that the arguments of `convert` name.
 #pragma once
 
 #include "models/ResizeSet.h"
@@ -12,15 +12,15 @@ namespace kestrine {
 
 /// One picture to be converted.
 struct ConvertInput {
-    std::string shown;                     ///< as typed, or as typed for its folder and then its name
+    std::string shown;                     ///< as typed; in a folder, the folder as typed and then the name
     std::string path;                      ///< absolute
-    std::optional<std::string> rootFolder; ///< the folder that was typed and in which it was found; absolute
+    std::optional<std::string> rootFolder; ///< the folder argument in which it was found; absolute
 };
 
 /// How folders are searched.
 struct ConvertSearch {
     bool recursive = false;  ///< sub-folders too, except those named like a stored set, at any depth
-    bool allFolders = false; ///< every sub-folder, whatever its name
+    bool allFolders = false; ///< every sub-folder with any name
     ResizeSets storedSets;
 };
 
@@ -35,13 +35,13 @@ struct ConvertInputs {
     std::size_t otherFiles = 0;            ///< in folders; neither pictures nor hidden
 };
 
-/// A file stands for itself, whether it is a picture or not. A folder stands for the pictures in it, by their
-/// content and in the order of their names; hidden files are left out and links to folders are not followed.
-/// A folder that was typed is always searched. Ends early when a stop signal was noted.
+/// A file argument is always listed, even if it is no picture. A folder gives the pictures in it, recognised
+/// by their content and sorted by name; hidden files are left out and links to folders are not followed. A
+/// folder argument is always searched. Ends early after a stop signal.
 ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search);
 
-/// The same path for the same place, whatever links lead there; the given path if the system cannot resolve
-/// it.
+/// The path with all links resolved, so that each place has only one; the given path if the system cannot
+/// resolve it.
 std::filesystem::path canonicalPath(const std::filesystem::path& path);
 
 } // namespace kestrine

@@ -1,5 +1,5 @@
 // ConvertPictureSigns: recognises files that look like pictures although no decoder of ours reads them. They
-// must be reported, or a person would believe that they were converted.
+// must be reported, otherwise users would believe that they were converted.
 #pragma once
 
 #include "platform/host/Bytes.h"

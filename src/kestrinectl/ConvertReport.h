@@ -1,4 +1,4 @@
-// ConvertReport: what people read while and after their pictures are converted.
+// ConvertReport: the output during and after a conversion.
 #pragma once
 
 #include <cstddef>
@@ -9,20 +9,20 @@
 
 namespace kestrine {
 
-/// What became of one input.
+/// The messages for one input.
 struct ConvertResult {
     std::vector<std::string> lines;      ///< one per result, for standard output
     std::vector<std::string> warnings;   ///< for standard error; no failure
     std::vector<std::string> complaints; ///< for standard error; none when everything succeeded
 };
 
-/// Prints results in the order of the inputs, whatever the order in which they come, and on a terminal how
-/// far the work has got. Safe to use from several threads.
+/// Prints results in the order of the inputs, even if they arrive in another order, and the progress on a
+/// terminal. Any thread.
 class ConvertReport {
 public:
-    /// `count` inputs are expected.
+    /// `count` is the number of inputs.
     explicit ConvertReport(std::size_t count);
-    /// Prints what still waits for inputs that were never finished.
+    /// Prints the results that still wait for inputs that were not finished.
     ~ConvertReport();
 
     void finished(std::size_t position, ConvertResult result);
@@ -37,11 +37,11 @@ private:
 
     const std::size_t count_;
     const bool showsProgress_;
-    std::mutex mutex_; // guards what follows
+    std::mutex mutex_; // guards the members after it
     std::size_t next_ = 0;
     std::size_t done_ = 0;
     std::size_t failures_ = 0;
-    std::map<std::size_t, ConvertResult> waiting_; ///< for an earlier one that is not finished yet
+    std::map<std::size_t, ConvertResult> waiting_; ///< for an earlier result
 };
 
 } // namespace kestrine

@@ -45,7 +45,7 @@ std::string setCreationDate(const NSString& path) {
     return "creation date set to " + isoText(*date) + "\n";
 }
 
-/// Throws CommandError with the reason when there is no answer.
+/// Throws CommandError with the reason when there is no result.
 std::string answerFor(const NSString& path, Answer answer) {
     try {
         return answer(path);
@@ -54,16 +54,16 @@ std::string answerFor(const NSString& path, Answer answer) {
     }
 }
 
-/// With `isNamed`, the file's name stands before a single line and above a description, which has several.
-/// JSON contains the name.
+/// With `isNamed`, the file's name is printed before a single line and above a description, which has
+/// several. JSON contains the name.
 void print(const std::string& file, const std::string& text, Answer answer, bool isNamed) {
     if (answer == asJSON)
-        std::cout << text; // JSON has escapes of its own
+        std::cout << text; // JSON has its own escapes
     else
         printLines((isNamed ? file + (answer == description ? ":\n" : ": ") : "") + text);
 }
 
-/// A file that cannot be read has no answer, except in JSON, which has one line per file.
+/// A file that cannot be read gives no output, except in JSON, which has one line per file.
 void answerForOne(const std::string& file, Answer answer, bool isNamed) {
     const NSString path = NSString::fromUTF8(file);
     const FailureCollector collector;

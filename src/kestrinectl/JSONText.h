@@ -11,7 +11,7 @@ namespace kestrine {
 nlohmann::ordered_json textToJSON(const std::string& bytes);
 nlohmann::ordered_json bytesToJSON(ByteView bytes);
 
-/// The inverse of textToJSON(); nothing for a value that it would not give.
+/// The inverse of textToJSON(); nullopt for a value that it would not return.
 std::optional<std::string> textFromJSON(const nlohmann::json& value);
 
 } // namespace kestrine

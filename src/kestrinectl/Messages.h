@@ -1,5 +1,5 @@
-// Messages: what the commands print for people. Names and other foreign text in it are escaped on a terminal
-// and stay as they are in pipes.
+// Messages: the output of the commands for people. Names and other text from outside are escaped on a
+// terminal and unchanged in pipes.
 #pragma once
 
 #include <string>
@@ -18,7 +18,7 @@ void printError(const std::string& message);
 /// "kestrinectl: warning: MESSAGE" to standard error; the exit status stays 0.
 void printWarning(const std::string& message);
 
-/// A name as it stands in messages: "Web", in quotation marks.
+/// A name as messages show it: "Web", in quotation marks.
 std::string quoted(const std::string& name);
 
 } // namespace kestrine

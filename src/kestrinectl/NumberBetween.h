@@ -5,14 +5,20 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <type_traits>
 
 namespace kestrine {
 
 /// Accepts numbers of this type from `low` to `high` and nothing else, not even NaN.
 template <class Number>
 CLI::Validator numberBetween(Number low, Number high) {
-    const std::string range =
-        plainNumber(static_cast<float>(low)) + " to " + plainNumber(static_cast<float>(high));
+    const auto text = [](Number number) {
+        if constexpr (std::is_integral_v<Number>)
+            return std::to_string(number);
+        else
+            return plainNumber(number);
+    };
+    const std::string range = text(low) + " to " + text(high);
     const auto complaint = [low, high, range](std::string& word) -> std::string {
         Number number{};
         const bool fits = CLI::detail::lexical_cast(word, number) && number >= low && number <= high;

@@ -9,7 +9,7 @@
 
 namespace kestrine {
 
-/// Positions count from 0 here and from 1 in what people read.
+/// Positions count from 0 here and from 1 in messages and options.
 class PresetStore {
 public:
     /// Reads the presets of the user. Throws CommandError when there are presets that cannot be read, so that
@@ -24,7 +24,7 @@ public:
     /// The file that the presets are read from, or that will be created.
     static std::string path();
 
-    /// The position of the set that `word`, an argument, stands for: a name, or "@3" for the third set.
+    /// The position of the set that `word`, an argument, names: a name, or "@3" for the third set.
     /// Throws CommandError when there is no such set, or when several have the name.
     std::size_t positionOf(const std::string& word) const;
 
@@ -32,7 +32,7 @@ public:
     void replace(std::size_t position, std::shared_ptr<const ResizeSet> set) {
         sets_[position] = std::move(set);
     }
-    /// The sets that stay keep their selection.
+    /// The remaining sets keep their selection.
     void remove(const std::set<std::size_t>& positions);
     void select(std::set<std::size_t> positions) { selection_ = std::move(positions); }
 

@@ -11,8 +11,8 @@ namespace kestrine {
 /// A few words, for one line of a list: "longer side 1200, JPEG 70 %".
 std::string summary(const ResizeSet& set);
 
-/// Whole sentences, one per entry: scaling, turning, format and place, then what might surprise, each of
-/// these beginning with "Note:".
+/// Whole sentences, one per entry: scaling, turning, format and place, then surprising effects, each
+/// of these beginning with "Note:".
 std::vector<std::string> description(const ResizeSet& set);
 
 } // namespace kestrine

@@ -1,4 +1,4 @@
-// SetImport: sets out of a JSON export into the stored ones.
+// SetImport: adds the sets of a JSON export to the stored ones.
 #pragma once
 
 #include "kestrinectl/SetPlacement.h"
@@ -14,8 +14,8 @@ struct SetImport {
     /// the parsing.
     void addTo(CLI::App& command);
 
-    /// Reads the export, changes the user's presets and prints notices and warnings. Throws CommandError, and
-    /// then nothing was changed.
+    /// Reads the export, changes the user's presets and prints notices and warnings. If it throws a
+    /// CommandError, nothing was changed.
     void run() const;
 };
 

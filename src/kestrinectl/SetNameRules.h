@@ -1,4 +1,4 @@
-// SetNameRules: which names of sets lead to surprises.
+// SetNameRules: which names of sets have surprising effects.
 #pragma once
 
 #include <optional>
@@ -7,14 +7,14 @@
 
 namespace kestrine {
 
-/// The position, from 1 on, that a word such as "@3" stands for; nothing for any other word.
+/// The position, from 1 on, that a word such as "@3" means; nullopt for any other word.
 std::optional<std::size_t> positionIn(const std::string& word);
 
 /// Why a set should not get this name: it would lead to another folder than one named after the set, no
-/// folder can have it, or it looks like a position. A clause without full stop; nothing for a good name.
+/// folder can have it, or it looks like a position. A clause without full stop; nullopt for a good name.
 std::optional<std::string> objectionTo(const std::string& name);
 
-/// What a person should know about a name that works. Clauses without full stop.
+/// Warnings about a name that works. Clauses without full stop.
 std::vector<std::string> oddities(const std::string& name);
 
 } // namespace kestrine

@@ -1,4 +1,4 @@
-// SetPlacement: where a set goes whose name may exist already.
+// SetPlacement: adds or changes sets whose names may already exist.
 #pragma once
 
 #include "kestrinectl/PresetStore.h"
@@ -17,9 +17,9 @@ struct NameConflicts {
     void addTo(CLI::App& command);
 };
 
-/// Puts sets into a store. Throws CommandError for a name that exists, unless the conflict is to be solved:
-/// by taking the place of the first set of that name (the one that kestrine applies), with its position and
-/// selection, or by a free name such as "Web 2".
+/// Puts sets into a store. Throws CommandError for a name that exists, unless the options solve the conflict:
+/// `overwrite` replaces the first set of that name (the one that kestrine applies) and keeps its position and
+/// selection; `rename` chooses a free name such as "Web 2".
 class SetPlacement {
 public:
     /// `acceptsEqualNames`: several sets that are added may have one name; none overwrites another.
@@ -29,11 +29,11 @@ public:
     /// Adds a set at the end, or as described above. `where` begins all messages.
     void add(const std::shared_ptr<ResizeSet>& set, const std::string& where = "");
 
-    /// Puts a changed set in the place of the one at `position`, whose name is no conflict. Where it
-    /// overwrites another set it takes that one's place, and its own is removed.
+    /// Replaces the set at `position`, whose name is no conflict, by a changed one. If the changed set
+    /// overwrites another one, it gets that position, and the set at `position` is removed.
     void change(std::size_t position, const std::shared_ptr<ResizeSet>& set);
 
-    /// The names that were chosen, as lines for the person.
+    /// The chosen names, as lines for the user.
     const std::vector<std::string>& notices() const { return notices_; }
 
 private:

@@ -59,7 +59,7 @@ void addList(CLI::App& sets) {
     });
 }
 
-/// What is odd about the name of a stored set.
+/// What is unusual about the name of a stored set.
 std::vector<std::string> nameWarnings(const PresetStore& store, std::size_t position) {
     const OptionalString& name = store.sets()[position]->name();
     std::vector<std::string> warnings = oddities(name.value_or(u"").utf8());
@@ -99,14 +99,14 @@ struct NewName {
     std::optional<std::string> word;
     NameConflicts conflicts;
 
-    /// Throws CommandError for a name that would mislead.
+    /// Throws CommandError for a misleading name.
     void check() const {
         if (const auto objection = word ? objectionTo(typedWord(*word)) : std::nullopt)
             throw CommandError(*objection + "; choose another name");
     }
 };
 
-/// After the change was made: stores it and tells what the person should know.
+/// After a change: stores it and prints notices and warnings.
 void saveAndTell(PresetStore& store, const SetPlacement& placement, const ResizeSet& changed, bool isNamed) {
     store.save();
     for (const std::string& notice : placement.notices())

@@ -1,4 +1,4 @@
-// ShownPath: paths in what a person reads.
+// ShownPath: paths in output for people.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 namespace kestrine {
 
 /// The shortest path that surely means the same: without "." and repeated or final slashes, as in "a/b" for
-/// "./a//b/". ".." stays, since it need not lead back where a link was followed, and so does "./" before a
-/// dash. Looks at no file.
+/// "./a//b/". ".." stays, since after a link it may not lead to the previous folder, and so does "./" before
+/// a dash. Does not access files.
 std::string shownPath(const std::string& path);
 
 /// `reason` without `path`, for a line that starts with the path already: "cannot open: Permission denied"

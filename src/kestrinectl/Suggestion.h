@@ -1,4 +1,4 @@
-// Suggestion: what a person who mistyped a word probably meant.
+// Suggestion: the word that was probably meant by a mistyped one.
 #pragma once
 
 #include <optional>
@@ -7,9 +7,9 @@
 
 namespace kestrine {
 
-/// The candidate that differs least from `word`, leading dashes and case aside: an extension of it, or one
-/// that a third of its letters, wrong, missing, surplus or swapped, keep apart. Nothing when no candidate is
-/// so near.
+/// The candidate that differs least from `word`, without leading dashes and case: one that begins with
+/// `word`, or one in which at most a third of the letters are wrong, missing, added or swapped. nullopt when
+/// there is no such candidate.
 std::optional<std::string> nearestWord(const std::string& word, const std::vector<std::string>& candidates);
 
 } // namespace kestrine

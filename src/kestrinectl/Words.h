@@ -1,7 +1,6 @@
-// Words: the arguments on their way through the option parser, which reads "[a,b]" as a list of two words
-// where it expects several, and "--" as the end of a command that has a file already. Words that begin with a
-// bracket, and words after "--" that begin with a dash, get a mark in front before parsing and lose it before
-// use.
+// Words: marks arguments that the option parser would misread. It reads "[a,b]" as a list of two words where
+// it accepts several, and "--" as the end of a command that already has a file. Words that begin with a
+// bracket, and words after "--" that begin with a dash, get a mark in front, which is removed after parsing.
 #pragma once
 
 #include <string>

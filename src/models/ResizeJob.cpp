@@ -16,7 +16,7 @@ namespace kestrine {
 
 namespace {
 
-/// The reason for a nil answer: the last failure is the one that ended the work.
+/// The reason for a nil result: the last failure is the one that ended the work.
 Failure reasonIn(const FailureCollector& collector) {
     if (collector.failures().empty())
         return {Reason::empty, "the set gives no output for it"};
@@ -36,7 +36,7 @@ Result<TrashedItem> moveToTrash(const NSString& path) {
     return workspace.recycle(path.deletingLastPathComponent(), path.lastPathComponent());
 }
 
-/// Returns the path that the result got.
+/// Returns the path of the published result.
 Result<std::string> publish(const NSData& data, StagedFile* staged, const CandidatePaths& candidates,
                             Durability durability) {
     return staged != nullptr ? staged->publish(candidates)
@@ -66,7 +66,7 @@ public:
     }
 
 private:
-    /// nil if there is to be no result; the outcome then has the reason.
+    /// nil if there is no result; the outcome then has the reason.
     std::shared_ptr<const NSData> convert(const ResizeSet& set, JobOutcome& outcome) {
         if (hostility_) {
             outcome.failure = hostility_;
@@ -101,7 +101,7 @@ private:
                                    : set.resizeFolderForPath(job_.saveFolderPath, job_.rootPath);
     }
 
-    /// The trash comes first, so that the result can take the original's name.
+    /// Moves the original to the trash first, so that the result can get its name.
     void replace(const NSData* data, JobOutcome& outcome) const {
         std::optional<StagedFile> staged;
         if (job_.policy.onlyWithResult) {
@@ -126,12 +126,12 @@ private:
         write(data, staged ? &*staged : nullptr, Durability::synced, outcome);
     }
 
-    /// The name that a result gets once the original has left its name.
+    /// The name that a result gets when the original's name is free.
     NSString nameBesideOriginal(const NSString& wanted) const {
         return wanted == job_.path ? wanted : uniqueFileName(wanted);
     }
 
-    /// To the first free name; the outcome's path becomes the one it got, or would have got.
+    /// Writes to the first free name. Sets the outcome's path, even if nothing is written.
     static void write(const NSData* data, StagedFile* staged, Durability durability, JobOutcome& outcome) {
         const NSString wanted = outcome.path;
         const std::optional<Failure> folderFailure = makeFolders(wanted.deletingLastPathComponent());

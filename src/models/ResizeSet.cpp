@@ -142,7 +142,7 @@ void ResizeSet::didEndOpenSheet(const NSOpenPanel& panel, int returnCode, const 
 }
 
 ArchivedClasses archivedSetClasses() {
-    static const std::array<ArchivedClass, 1> classes = {
+    static const std::array classes = {
         archivedClass<ResizeSet>(className, currentVersion(ResizeSet::fields()))};
     return classes;
 }

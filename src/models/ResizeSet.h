@@ -1,4 +1,4 @@
-// ResizeSet: one named preset, and how it names and converts one picture.
+// ResizeSet: a preset with a name. It names and converts one picture.
 #pragma once
 
 #include "_MyClasses/Category/PictureFile.h"
@@ -13,7 +13,7 @@
 
 namespace kestrine {
 
-/// How a set sizes a picture; any other value means that it is not scaled.
+/// How a set scales a picture; any other value means no scaling.
 enum ResizeType : std::int32_t {
     ResizeTypeSize = 0,    ///< to width x height; a side of 0 follows from the other one
     ResizeTypeRatio = 1,   ///< both sides by ratio percent
@@ -70,13 +70,14 @@ public:
     void encodeWithCoder(NSArchiver& coder) const;
     static std::shared_ptr<const ResizeSet> initWithCoder(NSUnarchiver& coder);
 
-    /// `chooseFolder:`: asks for a folder and stores its path as chosenFolderPath unless the person cancels.
+    /// `chooseFolder:`: asks for a folder and stores its path as chosenFolderPath unless the user cancels.
     /// Blocks until the dialogue is closed.
     void chooseFolder(const Object& sender);
     /// `didEndOpenSheet:returnCode:contextInfo:`: the same for a panel that was run as a sheet.
     void didEndOpenSheet(const NSOpenPanel& panel, int returnCode, const void* contextInfo);
 
-    // Applying the set to one picture (ResizeSetConversion.cpp). None changes the set or any file.
+    // Applying the set to one picture (ResizeSetConversion.cpp). These functions change neither the set nor
+    // files.
 
     /// `fileNameForPath:`: the output's name: the source's stem with the format's extension, in upper case
     /// when the source's extension is.
@@ -88,7 +89,7 @@ public:
                                        const OptionalString& rootPath = {}) const;
 
     /// `resizedImageDataWithFile:image:`: the output file's bytes; nil when the picture cannot be made.
-    /// `image` is the loaded picture of `file`, its resolution already converted if the set asks for that;
+    /// `image` is the loaded picture of `file`, its resolution already converted if the set requires it;
     /// null to load it here.
     std::shared_ptr<const NSData> resizedImageDataWithFile(const PictureFile& file,
                                                            std::shared_ptr<NSImage> image) const;

@@ -1,4 +1,4 @@
-// ResizeUnit: one job, a list of sets applied to one file, filled through key-value coding.
+// ResizeUnit: one job, which applies a list of sets to one file. Its fields are set by key-value coding.
 #pragma once
 
 #include "models/ResizeJob.h"
@@ -10,19 +10,19 @@ namespace kestrine {
 inline constexpr const char16_t* RUResizeHasDone = u"RUResizeHasDone";
 inline constexpr const char16_t* resultPathsKey = u"resultPaths";
 
-/// Made, filled, run once or more, dropped; all on one thread.
+/// For use on one thread. A job may be run several times.
 class ResizeUnit final : public NSObject, public std::enable_shared_from_this<ResizeUnit> {
 public:
     /// Key-value coding of the three fields. Raises NSUnknownKeyException for another key and
     /// NSInvalidArgumentException for a value that does not fit.
     /// `filepath`: the file's full path, or a dictionary with it under "path" and, under "rootPath", the
-    /// folder that was handed in and in which the file was found; any other object stands for an empty path.
+    /// given folder in which the file was found; any other object counts as an empty path.
     /// `saveFolderPath`: the folder that holds the file, or nil. `resizeSets`: an NSArray of ResizeSet.
     void setValueForKey(const Object& value, const NSString& key);
 
-    /// `resize:`: runs the whole job and posts RUResizeHasDone with the job as object. Failures are quiet:
-    /// what cannot be made is not written. What a set's conversion raises goes to the caller; then nothing is
-    /// posted.
+    /// `resize:`: runs the whole job and posts RUResizeHasDone with the job as object. Failures are not
+    /// reported: the file is then not written. Exceptions raised by a conversion reach the caller; then no
+    /// notification is posted.
     void resize(const Object& sender = nullptr);
 
     /// `uniqueFileName:`: kestrine::uniqueFileName.

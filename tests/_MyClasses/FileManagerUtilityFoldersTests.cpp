@@ -5,6 +5,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -191,6 +192,23 @@ TEST(FileManagerUtility, theSizeOfAnEmptyFolderIsZero) {
     const TemporaryFolder folder;
     const CurrentFolder before(folder.path());
     EXPECT_EQ(sizeOf(folder.path()), 0u);
+}
+
+TEST(FileManagerUtility, aFileWhosePathIsTooLongCountsAsNothing) {
+    const TemporaryFolder folder;
+    const CurrentFolder before(folder.path());
+    std::string path = folder.path().string();
+    for (int level = 0; level < 16; ++level) {
+        const std::string name(245, 'n');
+        fs::create_directory(name);
+        fs::current_path(name);
+        path += "/" + name;
+    }
+    std::ofstream(std::string(200, 'f')) << "12345";
+    std::uint64_t folders = 0;
+    for (; path != folder.path(); path = fs::path(path).parent_path())
+        folders += ownSize(path);
+    EXPECT_EQ(sizeOf(folder.path()), folders);
 }
 
 TEST(FileManagerUtility, theSizeOfAFolderIsTheSumOfItsContents) {

@@ -226,6 +226,17 @@ TEST_F(FileManagerUtilityMetadata, aFolderIsCopiedWithoutItsContents) {
     EXPECT_EQ(*finderComment(destination), NSString(u"a folder"));
 }
 
+TEST_F(FileManagerUtilityMetadata, theRightsOfAFolderThatALinkLeadsToAreNotCopied) {
+    fs::create_directory(folder_ / "real");
+    fs::permissions(folder_ / "real", fs::perms::owner_all);
+    fs::create_directory_symlink(folder_ / "real", folder_ / "link");
+    fs::create_directory(folder_ / "ordinary");
+    myUtility::copyFolderFrom(NSFileManager::defaultManager(), text(folder_ / "link"),
+                              text(folder_ / "destination"));
+    EXPECT_EQ(fs::status(folder_ / "destination").permissions(),
+              fs::status(folder_ / "ordinary").permissions());
+}
+
 TEST_F(FileManagerUtilityMetadata, anExistingFolderGetsTheInformationToo) {
     folder_.write("source/inside", "");
     folder_.write("destination/kept", "kept");

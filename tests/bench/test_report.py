@@ -32,7 +32,7 @@ def task_of(goal=Goal(), **fields):
 
 
 def outcome(decibels, size=1000):
-    quality = {LIGHT: decibels, STORED: decibels - 5, "ssim": 0.99, "seen from afar": decibels}
+    quality = {LIGHT: decibels, STORED: decibels - 5, "ssim": 0.99, "blurred": decibels}
     return Outcome(size, "profile, EXIF", (120, 80), quality, dict(quality))
 
 
@@ -108,7 +108,7 @@ class PageTest(unittest.TestCase):
 
     def test_the_page_names_the_machine_the_command_and_who_is_absent(self):
         page = self.page()
-        for words in (report.machine(), "`bench/peers --rounds 3`", "Not here, so not raced: sharp."):
+        for words in (report.machine(), "`bench/peers --rounds 3`", "Not installed, so not raced: sharp."):
             self.assertIn(words, page)
 
     def test_the_notes_of_the_page_before_stay_and_nothing_else(self):

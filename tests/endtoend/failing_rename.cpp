@@ -1,5 +1,5 @@
-// Loaded before a program of ours: a finished temporary file never gets its name, as on a disk that breaks
-// just then. Everything else is renamed as ever.
+// Preloaded into one of our programs: renaming a finished temporary file fails, as on a disk that fails at
+// that moment. Other files are renamed as usual.
 #include <cerrno>
 #include <string_view>
 #include <sys/syscall.h>

@@ -33,7 +33,7 @@ def corners(width, height):
 
 
 def exif(orientation=None, order=">", extra=()):
-    """An EXIF block from the TIFF header on, with an orientation and further (tag, type, count, four bytes)."""
+    """An EXIF block from the TIFF header on, with an orientation and other fields (tag, type, count, four bytes)."""
     entries = list(extra)
     if orientation is not None:
         entries.append((0x0112, 3, 1, struct.pack(order + "HH", orientation, 0)))
@@ -45,7 +45,7 @@ def exif(orientation=None, order=">", extra=()):
 
 
 def jpeg(samples, block=None, jfif=True, before=b"", quality=95, **options):
-    """JPEG bytes with an EXIF block directly after SOI or after the 18 bytes of JFIF, with `before` in front of it."""
+    """JPEG bytes with an EXIF block directly after SOI or after the 18 bytes of JFIF, and `before` before the block."""
     buffer = io.BytesIO()
     image(samples).save(buffer, "JPEG", quality=quality, **options)
     data = buffer.getvalue()
@@ -83,8 +83,8 @@ def psnr(a, b):
 
 
 def lanczos(samples, scale_x, scale_y, width, height):
-    """The high-quality filter in double precision and linear light, for opaque sRGB samples: positions from the left and
-    the bottom edge, the full extent; the caller trims."""
+    """The high-quality filter in double precision and linear light, for opaque sRGB samples. Positions count from the left
+    and bottom edges. The result is untrimmed; the caller trims it."""
     def weights(scale, source, result, from_the_end):
         matrix = numpy.zeros((result, source))
         stretch = max(1, 1 / scale)

@@ -1,4 +1,4 @@
-"""The quiet tool's arguments, lines, names and folders."""
+"""The arguments, output, names and folders of `kestrine`."""
 import os
 import plistlib
 import random
@@ -23,7 +23,7 @@ class Listing(ToolTest):
         self.assertEqual(self.kestrine("a.jpg", "-l"), b"Web\n")
         self.assertEqual(self.names(), [b"a.jpg"])
 
-    def test_names_are_format_text(self):
+    def test_names_are_used_as_format_strings(self):
         self.store({"name": "50%% off"}, {"name": "%d%s%n%5d"}, {"name": "Thumb 50%"}, {"name": "%y %"})
         self.assertEqual(self.kestrine("-l"), b"50% off\n0(null)    0\nThumb 50\n%y \n")
 
@@ -38,15 +38,15 @@ class Listing(ToolTest):
         self.store({"name": b"ab\0cd"})
         self.assertEqual(self.kestrine("-l"), b"ab\n")
 
-    def test_names_with_any_bytes_are_listed_as_they_are(self):
+    def test_names_with_any_bytes_are_listed_unchanged(self):
         self.store({"name": b"a\xff\xfeb\x80"})
         self.assertEqual(self.kestrine("-l"), b"a\xff\xfeb\x80\n")
 
-    def test_no_preferences_lists_nothing(self):
+    def test_without_preferences_no_set_is_listed(self):
         self.assertEqual(self.kestrine("-l"), b"")
         self.assertEqual(self.kestrine("a.jpg"), b"")
 
-    def test_a_copied_mac_home_is_found_and_the_config_home_goes_first(self):
+    def test_a_copied_mac_home_is_found_and_the_config_home_has_priority(self):
         mac = self.home / "Library/Preferences/quov.Kestrine.plist"
         self.store({"name": "Mac"})
         mac.parent.mkdir(parents=True)
@@ -65,12 +65,12 @@ class BrokenPreferences(ToolTest):
         self.assertEqual(self.kestrine("-l"), b"Web\n")
         self.assertEqual(self.kestrine("a.jpg"), b"")
 
-    def test_values_of_other_kinds_are_none(self):
+    def test_values_of_the_wrong_type_are_ignored(self):
         for value in ("text", 3, [1], {"a": b"b"}, True):
             self.write_preferences(plistlib.dumps({"resizeSets": value, "selectionIndexes": value}))
             self.assertEqual(self.kestrine("-l", "x"), b"")
 
-    def test_randomly_damaged_files_are_quiet(self):
+    def test_randomly_damaged_files_cause_no_messages(self):
         generator = random.Random(2)
         self.store({"name": "Web"}, {"name": "Two"}, selection=[(0, 2)], other=[1, "x", {"y": 2.5}])
         good = self.preferences.read_bytes()
@@ -89,8 +89,8 @@ class BrokenPreferences(ToolTest):
             self.kestrine("none.jpg")
 
     @unittest.skipIf(is_sanitized(), "sanitizers need more address space than the limit")
-    def test_a_list_that_unfolds_without_end_takes_little_memory(self):
-        # 40 levels, each holding the next one twice: 2^40 objects if they were copied.
+    def test_a_list_that_expands_exponentially_takes_little_memory(self):
+        # 40 levels, each with two references to the next one: 2^40 objects if they were copied.
         objects = [b"\xd1\x01\x02", b"\x5aresizeSets"] + [bytes([0xa2, n, n]) for n in range(3, 43)] + [b"\x08"]
         offsets, body = [], b"bplist00"
         for content in objects:
@@ -106,7 +106,7 @@ class BrokenPreferences(ToolTest):
 
     @unittest.skipIf(is_sanitized(), "sanitizers need more address space than the limit")
     def test_archives_that_repeat_large_objects_take_little_memory(self):
-        # A selection of many index sets that share one block of packed ranges; sets that share one long name.
+        # A selection of many index sets that share one block of packed ranges, and sets that share one long name.
         stream = Typedstream()
         block = bytes(range(1, 100)) * 4000
         shared = stream.shared("@") + b"\x84" + stream.class_("NSData", 0, "NSObject", 0) + stream.shared("i")
@@ -121,7 +121,7 @@ class BrokenPreferences(ToolTest):
         done = subprocess.run(["sh", "-c", limit, BIN / "kestrine"], env=self.environment, capture_output=True, timeout=20)
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
 
-    def test_a_deeply_nested_xml_is_quiet(self):
+    def test_deeply_nested_xml_causes_no_message(self):
         self.write_preferences(b"<plist version='1.0'><dict><key>a</key>" + b"<array>" * 300000 + b"</array>" * 300000
                                + b"</dict></plist>")
         self.assertEqual(self.kestrine("-l"), b"")
@@ -154,7 +154,7 @@ class Selecting(ToolTest):
         self.kestrine("a.jpg")
         self.assertEqual(self.names(), [b"B", b"D", b"a.jpg", b"y.jpg"])
 
-    def test_a_last_minus_set_is_a_file(self):
+    def test_minus_set_as_the_last_argument_is_a_file(self):
         self.store({"name": "Web", "formatType": PNG}, selection=[(0, 1)])
         (self.folder / "-set").write_bytes(pictures.jpeg(pictures.photo(20, 10)))
         self.assertEqual(self.kestrine("a.jpg", "-set"),
@@ -189,18 +189,18 @@ class Paths(ToolTest):
         (self.folder / "~/a.jpg").write_bytes(self.picture)
         (self.folder / "x~").mkdir()
         (self.folder / "x~/b.jpg").write_bytes(self.picture)
-        # As typed means relative to the process's own folder, whatever PWD says.
+        # "As typed" means relative to the process's current folder, even if PWD differs.
         self.kestrine("~/a.jpg", "x~/b.jpg", environment={**self.environment, "PWD": "/nowhere"})
         self.assertEqual(self.names("~/Web"), [b"a.png"])
         self.assertEqual(self.names("x~/Web"), [b"b.png"])
 
-    def test_without_pwd_the_lines_are_printed_and_nothing_is_touched(self):
+    def test_without_pwd_the_lines_are_printed_and_nothing_is_changed(self):
         (self.folder / "a.jpg").write_bytes(self.picture)
         environment = {key: value for key, value in self.environment.items() if key != "PWD"}
         self.assertEqual(self.kestrine("a.jpg", environment=environment), b"a.jpg converting... and done!!\n")
         self.assertEqual(self.names(), [b"a.jpg"])
 
-    def test_odd_names_are_converted_and_printed_byte_for_byte(self):
+    def test_unusual_names_are_converted_and_printed_byte_for_byte(self):
         odd = [b"100%.jpg", b"a b\nc.jpg", b"\xff\xfe\x80.jpg", "日本 ü.jpg".encode(), b"-x.jpg", b"'\";$(ls).jpg",
                b"%s%n.jpg", b"a.b.c.JPG"]
         for name in odd:
@@ -212,7 +212,7 @@ class Paths(ToolTest):
         expected = sorted(name[:-3] + (b"PNG" if name.endswith(b"JPG") else b"png") for name in odd)
         self.assertEqual(self.names("Web"), expected)
 
-    def test_missing_files_folders_pipes_and_texts_are_quiet(self):
+    def test_missing_files_folders_pipes_and_text_files_cause_no_messages(self):
         os.mkfifo(self.folder / "pipe.jpg")
         (self.folder / "text.jpg").write_text("no picture")
         (self.folder / "folder.jpg").mkdir()
@@ -228,7 +228,7 @@ class Paths(ToolTest):
         self.assertEqual((done.returncode, done.stderr), (0, b""))
         Image.open(self.folder / "Web/a.png").load()
 
-    def test_a_reader_that_went_away_does_not_end_the_run(self):
+    def test_a_closed_pipe_does_not_end_the_run(self):
         for n in range(3):
             (self.folder / f"{n}.jpg").write_bytes(self.picture)
         command = f'set -o pipefail; "{BIN}/kestrine" 0.jpg 1.jpg 2.jpg | true'
@@ -242,7 +242,7 @@ class Results(ToolTest):
         super().setUp()
         (self.folder / "a.jpg").write_bytes(pictures.jpeg(pictures.photo(60, 40)))
 
-    def test_names_that_are_taken_count_up(self):
+    def test_existing_names_get_a_number(self):
         self.store({"name": "Web"})
         for _ in range(3):
             self.kestrine("-set", "Web", "a.jpg")
@@ -258,18 +258,18 @@ class Results(ToolTest):
         self.assertEqual(self.names("Web"), [b"a.png"])
         self.assertEqual(self.names("Nothing"), [])
 
-    def test_a_file_in_the_place_of_the_folder_is_left_alone(self):
+    def test_a_file_with_the_name_of_the_folder_is_not_changed(self):
         self.store({"name": "Web"})
         (self.folder / "Web").write_text("mine")
         self.kestrine("-set", "Web", "a.jpg")
         self.assertEqual((self.folder / "Web").read_text(), "mine")
 
-    def test_a_set_named_like_a_path_makes_its_folders(self):
+    def test_a_set_named_like_a_path_creates_its_folders(self):
         self.store({"name": "out/deep/er"})
         self.kestrine("-set", "out/deep/er", "a.jpg")
         self.assertEqual(self.names("out/deep/er"), [b"a.png"])
 
-    def test_several_sets_give_the_same_sizes_as_each_alone(self):
+    def test_several_sets_give_the_same_sizes_as_each_set_alone(self):
         small = {"name": "Small", "resizeType": 2, "maxSize": 20.0, "formatType": PNG}
         large = {"name": "Large", "resizeType": 1, "ratio": 150.0, "formatType": JPEG}
         self.store(small, large, selection=[(0, 2)])

@@ -1,4 +1,4 @@
-"""kestrinectl convert: sets applied to many files at once, with the results of the quiet tool."""
+"""kestrinectl convert: applies sets to many files at once, with the same results as `kestrine`."""
 import fcntl
 import os
 import pty
@@ -16,13 +16,13 @@ JOBS = ("1", "2", "5")
 
 
 class Convert(ToolTest):
-    def convert(self, *arguments, status=0, says=None):
-        """Runs the command, which must end with that status and, when it succeeds, say nothing else than these
-        lines."""
+    def convert(self, *arguments, status=0, messages=None):
+        """Runs the command. It must return `status` and, if it succeeds or `messages` is given, print exactly these
+        messages to standard error."""
         done = self.kestrinectl("convert", *arguments)
         self.assertEqual(done.returncode, status, done)
-        if status == 0 or says is not None:
-            self.assertEqual(done.stderr.decode().splitlines(), ["kestrinectl: " + line for line in says or []])
+        if status == 0 or messages is not None:
+            self.assertEqual(done.stderr.decode().splitlines(), ["kestrinectl: " + line for line in messages or []])
         return done
 
     def picture(self, name, width=60, height=40, seed=1):
@@ -36,7 +36,7 @@ class Convert(ToolTest):
     def web(self, **fields):
         self.store({"name": "Web", "resizeType": 2, "maxSize": 30.0, "formatType": JPEG, **fields}, selection=[(0, 1)])
 
-    def test_any_number_of_jobs_writes_what_the_quiet_tool_writes(self):
+    def test_any_number_of_jobs_gives_the_same_results_as_kestrine(self):
         self.web()
         files = []
         for i in range(9):
@@ -54,14 +54,14 @@ class Convert(ToolTest):
             self.assertEqual(self.contents("Web"), expected, jobs)
             self.assertEqual([line.split(b" -> ")[0].decode() for line in done.stdout.splitlines()], files)
 
-    def test_a_line_tells_where_each_result_went(self):
+    def test_a_line_shows_the_path_of_each_result(self):
         self.web()
         self.picture("a.png")
         line = b"a.png -> " + os.fsencode(self.folder) + b"/Web/"
         self.assertEqual(self.convert("a.png").stdout, line + b"a.jpg\n")
         self.assertEqual(self.convert("a.png").stdout, line + b"a_1.jpg\n")
 
-    def test_files_that_fail_are_reported_in_their_order_and_the_others_are_converted(self):
+    def test_failures_are_reported_in_file_order_and_other_files_are_converted(self):
         self.web()
         self.picture("a.png")
         self.picture("z.png")
@@ -82,18 +82,18 @@ class Convert(ToolTest):
             self.picture(name)
         (self.folder / "in" / "notes.txt").write_text("no picture")
         os.symlink("a.jpg", self.folder / "in" / "link.jpg")
-        done = self.convert("in/", says=["1 other file left out"])
+        done = self.convert("in/", messages=["1 other file left out"])
         self.assertEqual([line.split(b" -> ")[0] for line in done.stdout.splitlines()],
                          [b"in/a.jpg", b"in/b.png", b"in/link.jpg"])
         self.assertEqual(self.names("in/Web"), [b"a.jpg", b"b.jpg", b"link.jpg"])
 
-    def test_a_recursive_search_keeps_the_folders_and_leaves_outputs_alone(self):
+    def test_a_recursive_search_keeps_the_folders_and_leaves_out_results(self):
         self.web()
         for name in ("in/b.png", "in/deep/c.png", "in/deep/er/d.png"):
             self.picture(name)
         left_out = ["left out in/Web, a folder for the results of a set; --all-folders searches it"]
-        for says in ([], left_out):
-            self.assertEqual(len(self.convert("-r", "in", says=says).stdout.splitlines()), 3)
+        for messages in ([], left_out):
+            self.assertEqual(len(self.convert("-r", "in", messages=messages).stdout.splitlines()), 3)
         self.assertEqual(self.names("in/Web"), [b"b.jpg", b"b_1.jpg", b"deep"])
         self.assertEqual(self.names("in/Web/deep"), [b"c.jpg", b"c_1.jpg", b"er"])
         self.assertEqual(self.names("in/deep"), [b"c.png", b"er"])
@@ -104,36 +104,36 @@ class Convert(ToolTest):
             self.picture(name)
         left_out = [f"left out in/{name}, a folder for the results of a set; --all-folders searches it"
                     for name in ("Print", "deep/Web")]
-        done = self.convert("-r", "in", "in/deep", "./in", says=[*left_out, "no pictures in in/deep"])
+        done = self.convert("-r", "in", "in/deep", "./in", messages=[*left_out, "no pictures in in/deep"])
         self.assertEqual(sorted({line.split(b" -> ")[0] for line in done.stdout.splitlines()}),
                          [b"in/a.png", b"in/print/d.png"])
 
-    def test_a_folder_that_was_typed_is_searched_whatever_its_name_and_all_folders_when_asked(self):
+    def test_a_folder_argument_is_always_searched_and_an_option_searches_all_folders(self):
         self.store({"name": "Out"}, {"name": "Web"}, {"name": "a/b"}, selection=[(0, 1)])
         for name in ("Web/a.png", "Web/Web/b.png", "Web/a/b/c.png", "Web/a/d.png"):
             self.picture(name)
         left_out = [f"left out Web/{name}, a folder for the results of a set; --all-folders searches it"
                     for name in ("Web", "a/b")]
-        self.assertEqual(len(self.convert("-r", "Web", says=left_out).stdout.splitlines()), 2)
+        self.assertEqual(len(self.convert("-r", "Web", messages=left_out).stdout.splitlines()), 2)
         shutil.rmtree(self.folder / "Web" / "Out")
-        done = self.convert("-r", "Web", "Web/Web", says=left_out[1:])
+        done = self.convert("-r", "Web", "Web/Web", messages=left_out[1:])
         self.assertEqual(len(done.stdout.splitlines()), 3)
         for folder in ("Web/Out", "Web/Web/Out"):
             shutil.rmtree(self.folder / folder)
         self.assertEqual(len(self.convert("--all-folders", "Web/").stdout.splitlines()), 4)
 
-    def test_without_pictures_the_status_is_1_unless_that_is_allowed(self):
+    def test_without_pictures_the_status_is_1_unless_allow_empty_is_given(self):
         self.web()
         self.picture("deep/er/a.png")
         (self.folder / "empty").mkdir()
         (self.folder / "notes").mkdir()
         (self.folder / "notes" / "a.txt").write_text("words")
-        says = ["no pictures in empty", "no pictures in notes",
-                "no pictures in deep; --recursive searches its sub-folders", "1 other file left out"]
+        messages = ["no pictures in empty", "no pictures in notes",
+                    "no pictures in deep; --recursive searches its sub-folders", "1 other file left out"]
         arguments = ("empty", "notes", "deep")
-        self.convert(*arguments, status=1, says=[*says, "nothing to convert"])
-        self.convert("--allow-empty", *arguments, says=says)
-        self.convert("empty", "deep/er", says=says[:1])
+        self.convert(*arguments, status=1, messages=[*messages, "nothing to convert"])
+        self.convert("--allow-empty", *arguments, messages=messages)
+        self.convert("empty", "deep/er", messages=messages[:1])
 
     def test_pictures_in_a_folder_that_cannot_be_read_are_named_and_other_files_counted(self):
         self.web()
@@ -143,15 +143,15 @@ class Convert(ToolTest):
         for name, content in contents.items():
             (self.folder / "in" / name).write_bytes(content)
         unreadable = [f"in/{name}: the file is in no picture format that can be read" for name in ("b.heic", "c", "d.JPG")]
-        self.convert("in", status=1, says=[*unreadable, "2 other files left out",
-                                           "3 of 4 files could not be converted as requested"])
+        self.convert("in", status=1, messages=[*unreadable, "2 other files left out",
+                                               "3 of 4 files could not be converted as requested"])
         (self.folder / "in" / "a.png").unlink()
         shutil.rmtree(self.folder / "in" / "Web")
-        self.convert("--allow-empty", "in", status=1, says=[
+        self.convert("--allow-empty", "in", status=1, messages=[
             *unreadable, "no pictures in in that can be read", "2 other files left out",
             "3 of 3 files could not be converted as requested"])
 
-    def test_without_rights_a_folder_or_file_costs_itself_only_and_the_reason_is_reported(self):
+    def test_an_inaccessible_folder_or_file_is_reported_and_the_others_are_converted(self):
         self.web()
         for name in ("in/a.png", "in/b.png", "in/closed/c.png", "other/d.png"):
             self.picture(name)
@@ -182,7 +182,7 @@ class Convert(ToolTest):
         self.assertEqual((self.home / ".local/share/Trash/files/a.jpg").read_bytes(), whole[:len(whole) // 2])
         self.assertEqual(pictures.pixels(self.folder / "a.jpg").shape[:2], (15, 31))
 
-    def test_codes_without_a_meaning_in_the_middle_of_a_picture_are_damage(self):
+    def test_undefined_codes_in_the_middle_of_a_picture_are_damage(self):
         self.web(replaceFile=1)
         damaged = bytearray(pictures.jpeg(pictures.photo(400, 300)))
         middle = len(damaged) // 2
@@ -191,25 +191,25 @@ class Convert(ToolTest):
         self.assertIn(b"a.jpg: the picture is damaged (", self.convert("a.jpg", status=1).stderr)
         self.assertEqual((self.folder / "a.jpg").read_bytes(), damaged)
 
-    def test_an_original_stays_when_its_result_would_have_too_long_a_name(self):
+    def test_an_original_stays_when_the_name_of_its_result_is_too_long(self):
         self.store({"name": "Web", "formatType": TIFF, "replaceFile": 1}, selection=[(0, 1)])
         name = "a" * 251 + ".png"
         self.picture(name)
         self.assertIn(b"File name too long", self.convert(name, status=1).stderr)
         self.assertEqual(self.names(), [name.encode()])
 
-    def test_a_failure_that_sets_share_is_reported_once(self):
+    def test_a_failure_common_to_all_sets_is_reported_once(self):
         self.store({"name": "A", "formatType": JPEG}, {"name": "B", "formatType": PNG}, selection=[(0, 2)])
         (self.folder / "a.txt").write_text("words")
         self.assertEqual(len(self.convert("a.txt", status=1).stderr.splitlines()), 2)
 
-    def test_several_sets_give_several_results_a_file(self):
+    def test_several_sets_give_several_results_per_file(self):
         self.store({"name": "A", "formatType": JPEG}, {"name": "B", "formatType": PNG}, selection=[(0, 1)])
         self.picture("a.png")
         done = self.convert("--set", "B", "--set", "@1", "a.png")
         self.assertEqual([line.split(b"/")[-2] for line in done.stdout.splitlines()], [b"B", b"A"])
 
-    def test_wrong_arguments_are_status_2_and_an_unknown_set_status_1(self):
+    def test_wrong_arguments_give_status_2_and_an_unknown_set_status_1(self):
         self.web()
         self.picture("a.png")
         for arguments in ((), ("-j", "0", "a.png"), ("-j", "x", "a.png"), ("--nonsense", "a.png")):
@@ -220,21 +220,21 @@ class Convert(ToolTest):
 
     def test_an_original_that_cannot_go_to_the_trash_is_reported(self):
         self.web(replaceFile=1)
-        inside = self.home / ".local" / "share" / "Trash" / "files"  # what is in the trash does not go there again
+        inside = self.home / ".local" / "share" / "Trash" / "files"  # files in the trash are not moved there again
         self.picture(inside / "a.png")
         done = self.convert(inside / "a.png", status=1)
         self.assertIn(f"the original stays, it could not go to the trash (it is in the trash or contains the trash); "
                       f"the result is {inside}/a.jpg\n".encode(), done.stderr)
         self.assertEqual(self.names(inside), [b"a.jpg", b"a.png"])
 
-    def test_what_gives_no_result_is_not_replaced(self):
+    def test_a_file_without_a_result_is_not_replaced(self):
         self.web(replaceFile=1)
         (self.folder / "a.txt").write_text("words")
         self.convert("a.txt", status=1)
         self.assertEqual(self.names(), [b"a.txt"])
         self.assertFalse((self.home / ".local/share/Trash").exists())
 
-    def test_when_the_result_cannot_take_the_place_the_message_says_where_the_original_is(self):
+    def test_when_the_result_cannot_be_published_the_message_names_the_place_of_the_original(self):
         self.web(replaceFile=1)
         self.picture("a.png")
         done = self.kestrinectl("convert", "a.png", environment={
@@ -269,11 +269,16 @@ class Convert(ToolTest):
         subprocess.run([BIN / "kestrinectl", "convert", *arguments], cwd=self.folder, env=self.environment,
                        stderr=inside, stdout=inside, check=False, timeout=60)
         os.close(inside)
-        shown = os.read(terminal, 4096)
+        shown = b""
+        try:
+            while piece := os.read(terminal, 4096):  # may return only a part of the output
+                shown += piece
+        except OSError:  # the end of a terminal
+            pass
         os.close(terminal)
         return shown
 
-    def test_a_terminal_shows_how_far_the_work_has_got(self):
+    def test_a_terminal_shows_the_progress(self):
         self.web()
         for name in ("a.png", "b.png"):
             self.picture(name)
@@ -300,7 +305,7 @@ class Convert(ToolTest):
 
 
 class Stopping(ToolTest):
-    """Signals come while the program waits for a reader of its standard output, a pipe that holds a page."""
+    """Signals arrive while the program waits to write to its standard output, a full pipe of one page."""
 
     COUNT = 150
 
@@ -323,7 +328,7 @@ class Stopping(ToolTest):
     def waiting(pipe):
         return struct.unpack("i", fcntl.ioctl(pipe, termios.FIONREAD, b"\0" * 4))[0]
 
-    def test_a_polite_signal_ends_the_files_in_hand_and_says_how_many_are_left(self):
+    def test_after_a_signal_the_current_files_are_finished_and_the_rest_is_counted(self):
         for number, jobs in ((signal.SIGINT, "1"), (signal.SIGTERM, "3"), (signal.SIGHUP, "2")):
             process = self.start("kestrinectl", "convert", "-j", jobs)
             process.send_signal(number)
@@ -336,22 +341,22 @@ class Stopping(ToolTest):
             self.assertEqual(len(self.names("Web")), done)
             shutil.rmtree(self.folder / "Web")
 
-    def test_a_polite_signal_leaves_every_original_or_its_result_in_place(self):
+    def test_after_a_signal_every_original_or_its_result_is_in_place(self):
         process = self.start("kestrinectl", "convert", "-j", "2", replaceFile=1)
         process.send_signal(signal.SIGTERM)
         process.communicate(timeout=60)
         stems = {name.split(b".")[0] for name in self.names()}
         self.assertEqual(stems, {f"p{i}".encode() for i in range(self.COUNT)})
 
-    def test_a_second_signal_ends_at_once(self):
+    def test_a_second_signal_ends_the_program_at_once(self):
         process = self.start("kestrinectl", "convert")
         process.send_signal(signal.SIGTERM)
         time.sleep(0.2)
-        self.assertIsNone(process.poll(), "it still waits for its reader")
+        self.assertIsNone(process.poll(), "it must still be waiting to write")
         process.send_signal(signal.SIGINT)
         self.assertEqual(process.wait(timeout=60), 128 + signal.SIGINT)
 
-    def test_a_signal_that_is_ignored_changes_nothing(self):
+    def test_an_ignored_signal_has_no_effect(self):
         before = signal.signal(signal.SIGHUP, signal.SIG_IGN)
         try:
             process = self.start("kestrinectl", "convert")
@@ -361,7 +366,7 @@ class Stopping(ToolTest):
         lines, error = process.communicate(timeout=60)
         self.assertEqual((process.returncode, lines.count(b"\n"), error), (0, self.COUNT, b""))
 
-    def test_the_quiet_tool_ends_at_once_by_the_signal(self):
+    def test_a_signal_ends_kestrine_at_once(self):
         process = self.start("kestrine")
         process.send_signal(signal.SIGTERM)
         self.assertEqual(process.wait(timeout=60), -signal.SIGTERM)

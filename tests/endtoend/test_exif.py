@@ -1,4 +1,4 @@
-"""kestrinectl exif: descriptions, JSON, dates; the tool installed in a home of its own, with and without its tables."""
+"""kestrinectl exif: descriptions, JSON, dates. The tool is installed in a separate home, with and without its tables."""
 import json
 import os
 import shutil
@@ -13,7 +13,7 @@ ATTRIBUTE = "user.kestrine.creation-date"
 
 
 def directory(fields, position, next_offset=b"\0\0\0\0"):
-    """A big-endian directory that lies at `position`, with its values after it. Fields: (tag, type, count, value)."""
+    """A big-endian directory for the offset `position`, followed by its values. Fields: (tag, type, count, value)."""
     data_at = position + 2 + 12 * len(fields) + 4
     entries, data = b"", b""
     for tag, kind, count, value in fields:
@@ -42,7 +42,7 @@ def undefined(tag, value):
 
 
 def jpeg(ifd0=(), exif=(), ifd1=()):
-    """Markers and EXIF alone, since the reader looks at no pixels. IFD1's offset is little-endian, as it is read."""
+    """Markers and EXIF only, since the reader needs no pixels. IFD1's offset is little-endian, as the reader expects."""
     tiff = b"MM\0*" + struct.pack(">I", 8)
     size = len(directory([*ifd0, (0x8769, 4, 1, b"\0" * 4)], 8))
     second = 8 + size
@@ -99,13 +99,13 @@ class Exif(ToolTest):
         self.assertIn("メーカー : Kappa\n", self.exif("a.jpg", LANG="ja_JP.UTF-8"))
         self.assertIn("フラッシュ : 非発光、発光禁止\n", self.exif("a.jpg", LANG="ja_JP.UTF-8"))
 
-    def test_without_tables_the_keys_show_themselves(self):
+    def test_without_tables_the_keys_are_shown(self):
         shutil.rmtree(self.home / "usr/share")
         self.write("a.jpg", PHOTO)
         self.assertIn("fNumber : f/2.8\n", self.exif("a.jpg"))
         self.assertIn("flash : flash16\n", self.exif("a.jpg"))
 
-    def test_several_files_are_named(self):
+    def test_output_for_several_files_names_each_file(self):
         self.write("a.jpg", jpeg([text(0x10f, "A")]))
         self.write("b.png", PHOTO)
         self.assertEqual(self.exif("a.jpg", "b.png"), f"a.jpg:\nMaker : A\n\n\n\nb.png:\n{NOT_AVAILABLE}\n")
@@ -115,7 +115,7 @@ class Exif(ToolTest):
             self.write(name, jpeg([text(0x10f, name)]))
             self.assertEqual(self.exif("--", name), f"Maker : {name}\n\n\n\n")
 
-    def test_json_has_tags_values_and_texts(self):
+    def test_json_has_tags_values_and_display_strings(self):
         [photo] = self.json(self.write("a.jpg", PHOTO))
         self.assertEqual(list(photo), ["path", "reader", "tags", "values", "display", "description"])
         self.assertEqual((photo["path"], photo["reader"]), ("a.jpg", True))
@@ -134,13 +134,13 @@ class Exif(ToolTest):
         self.assertEqual((display["fNumber"], display["lensAperture"]), ("f/2.8", "N/A"))
         self.assertTrue(photo["description"].startswith("Maker : Kappa\n"))
 
-    def test_numbers_that_json_cannot_hold_are_words(self):
+    def test_numbers_that_json_cannot_store_are_strings(self):
         signed = (0x9204, 10, 1, struct.pack(">ii", -1, 0))
         [photo] = self.json(self.write("a.jpg", jpeg([], [rational(0x829d, 1, 0), signed])))
         self.assertEqual((photo["values"]["fNumberNumber"], photo["values"]["exposureBiasNumber"]), ("inf", "-inf"))
         self.assertEqual((photo["display"]["fNumber"], photo["display"]["exposureBias"]), ("f/inf", "-inf EV"))
 
-    def test_what_raises_is_named(self):
+    def test_accessors_that_raise_are_named(self):
         [photo] = self.json(self.write("a.jpg", jpeg([undefined(0x10f, b"\0\xff")], [short(0x829d, 28)])))
         self.assertEqual(photo["values"]["fNumberNumber"], {"raises": "NSRangeException"})
         self.assertEqual(photo["values"]["maker"], {"bytes": "00ff"})
@@ -157,14 +157,14 @@ class Exif(ToolTest):
             self.assertEqual(set(photo["display"].values()), {"N/A"})
             self.assertEqual(photo["description"], NOT_AVAILABLE)
 
-    def test_a_path_that_is_no_text_is_given_as_bytes(self):
+    def test_a_path_that_is_not_utf_8_is_given_as_bytes(self):
         name = b"\xff.jpg"
         (Path(os.fsdecode(bytes(self.folder) + b"/" + name))).write_bytes(PHOTO)
         [photo] = self.json(name)
         self.assertEqual(photo["path"], {"bytes": name.hex()})
         self.assertEqual(photo["values"]["maker"], "Kappa")
 
-    def test_a_missing_file_fails_but_has_its_line_in_json(self):
+    def test_a_missing_file_fails_but_has_an_entry_in_json(self):
         self.write("a.jpg", PHOTO)
         missing, photo = self.json("missing.jpg", "a.jpg", status=1)
         self.assertEqual((missing["reader"], missing["tags"], missing["description"]), (True, {}, "\n\n\n"))
@@ -182,7 +182,7 @@ class Exif(ToolTest):
         self.assertEqual(self.exif("--date", "b.jpg", TZ="Europe/Berlin"), "2024-10-27T02:30:00+02:00\n")
         self.assertEqual(self.exif("--date", "a.jpg", "c.png"), "a.jpg: 2008-01-02T10:11:12+09:00\nc.png: no date\n")
 
-    def test_the_creation_date_is_set_and_said(self):
+    def test_the_creation_date_is_set_and_printed(self):
         if not self.keeps_attributes():
             self.skipTest("the temporary folder's file system keeps no extended attributes")
         self.write("a.jpg", PHOTO)
@@ -201,7 +201,7 @@ class Exif(ToolTest):
         for name in ("a.jpg", "b.png"):
             self.assertNotIn(ATTRIBUTE, os.listxattr(self.folder / name))
 
-    def test_options_that_exclude_each_other_are_wrong_arguments(self):
+    def test_options_that_exclude_each_other_are_refused(self):
         self.exif("--json", "--date", "a.jpg", status=2)
         self.exif(status=2)
 

@@ -1,4 +1,4 @@
-"""The companion: presets are made, shown, changed; everything else in the preferences stays."""
+"""kestrinectl sets: creates, shows and changes presets, and keeps all other preferences."""
 import json
 import os
 import plistlib
@@ -48,7 +48,7 @@ class Sets(ToolTest):
             pass
         return text.decode().replace("\r\n", "\n")
 
-    def test_a_set_that_was_added_is_listed_and_applied_by_the_quiet_tool(self):
+    def test_kestrine_lists_and_applies_an_added_set(self):
         self.control("add", "Web", "--longest", "30", "--format", "jpeg", "--quality", "62.5")
         self.assertEqual(self.kestrine("-l"), b"Web\n")
         (self.folder / "a.png").write_bytes(b"")
@@ -56,20 +56,20 @@ class Sets(ToolTest):
         self.kestrine("-set", "Web", "a.png")
         self.assertEqual(self.names("Web"), [b"a.jpg"])
 
-    def test_options_set_their_fields_and_leave_the_others_at_their_defaults(self):
+    def test_options_set_their_fields_and_other_fields_have_defaults(self):
         self.control("add", "A", "--width", "80", "--format", "tiff", "--no-high-quality", "--rotate")
         set_ = self.exported("A")[0]
         self.assertEqual((set_["resizeType"], set_["width"], set_["height"]), ("size", 80, 0))
         self.assertEqual((set_["formatType"], set_["highQuality"], set_["autoRotate"]), ("tiff", False, True))
         self.assertEqual((set_["convertResolution"], set_["replaceFile"], set_["compression"]), (True, False, 70))
 
-    def test_edit_keeps_what_is_not_given(self):
+    def test_edit_keeps_fields_without_an_option(self):
         self.control("add", "A", "--percent", "33.3", "--format", "gif", "--exif")
         before = self.exported("A")[0]
         self.control("edit", "A", "--name", "B", "--quality", "10")
         self.assertEqual(self.exported("B")[0], {**before, "name": "B", "compression": 10})
 
-    def test_sets_are_found_by_name_or_position_and_doubtful_names_are_refused(self):
+    def test_sets_are_found_by_name_or_position_and_ambiguous_names_are_refused(self):
         self.store({"name": "A"}, {"name": "B"}, {"name": "A"})
         self.assertIn('2 sets are named "A"', self.control("show", "A", status=1))
         self.control("edit", "@3", "--name", "C")
@@ -77,7 +77,7 @@ class Sets(ToolTest):
         self.assertIn('no set named "D"; \'kestrinectl sets list\' lists all', self.control("remove", "D", status=1))
         self.assertIn('no set named "@4"', self.control("remove", "@4", status=1))
 
-    def test_removing_keeps_the_selection_on_the_sets_that_stay(self):
+    def test_removing_keeps_the_selection_of_the_remaining_sets(self):
         for name in "ABCD":
             self.control("add", name)
         self.control("select", "B", "D")
@@ -88,14 +88,14 @@ class Sets(ToolTest):
         self.control("select", "--none")
         self.assertEqual([line[0] for line in self.control("list").splitlines()], [" ", " "])
 
-    def test_show_names_the_surprises(self):
+    def test_show_names_surprising_effects(self):
         self.control("add", "Web", "--longest", "1200", "--format", "jpeg", "--rotate", "--no-convert-resolution",
                      "--replace", "--exif")
         text = self.control("show", "Web")
         for phrase in ("1201", "little-endian", "points", "enlarged", "trash", "white"):
             self.assertIn(phrase, text)
 
-    def test_show_tells_what_each_format_holds(self):
+    def test_show_describes_what_each_format_can_store(self):
         for format_, sentence in (
             ("jpeg", "Writes JPEG at quality 80 %, with the colour profile and the camera's EXIF data."),
             ("png", "Writes PNG, with the colour profile."),
@@ -145,7 +145,7 @@ class Sets(ToolTest):
         self.control("edit", "A", "--name", "A", "--quality", "5")
         self.assertEqual(self.exported("A")[0]["compression"], 5)
 
-    def test_overwriting_replaces_the_first_set_of_the_name_in_its_place(self):
+    def test_overwriting_replaces_the_first_set_of_the_name_and_keeps_its_position(self):
         self.store(*({"name": name} for name in "XAAB"), selection=[(1, 1), (3, 1)])
         self.control("add", "A", "--overwrite", "--percent", "7")
         self.assertEqual([(s["name"], s["ratio"]) for s in self.exported()],
@@ -214,7 +214,7 @@ class Sets(ToolTest):
         self.kestrine("-set", "a/b", "a.png")
         self.assertEqual(self.names("a/b"), [b"a.png"])
 
-    def test_names_that_kestrine_shows_altered_get_a_warning(self):
+    def test_names_that_kestrine_lists_altered_get_a_warning(self):
         warning = """'kestrine -l' lists "50%" as "50\""""
         self.assertIn("kestrinectl: warning: " + warning, self.warned("add", "50%"))
         self.assertIn(warning, self.control("show", "50%"))
@@ -227,12 +227,12 @@ class Sets(ToolTest):
         self.assertRegex(self.warned("import", "x.json"), r'\A[^\n]*x.json: set 1: [^\n]*"100%%" as "100%"[^\n]*\n\Z')
         self.assertEqual(self.warned("edit", "B", "--quality", "3"), "")
 
-    def test_show_warns_about_a_set_that_its_name_does_not_reach(self):
+    def test_show_warns_about_a_set_that_cannot_be_reached_by_its_name(self):
         self.store({"name": "A"}, {"name": "A"})
         self.assertNotIn("Warning", self.control("show", "@1"))
         self.assertIn("Warning: 'kestrine -set' applies @1 instead", self.control("show", "@2"))
 
-    def test_list_prints_the_names_alone(self):
+    def test_list_can_print_only_the_names(self):
         self.store({"name": "50%"}, {"name": " a\nb"}, {"name": None})
         self.assertEqual(self.control("list", "--names"), "50%\n a\nb\n\n")
         self.assertEqual(self.control("list", "--names", "--null"), "50%\0 a\nb\0\0")
@@ -252,7 +252,7 @@ class Sets(ToolTest):
             self.assertIn(r"\x1b.jpg", self.on_a_terminal("exif", "--date", name, name))
         self.assertEqual(self.on_a_terminal("sets", "list", "--names", "--null").replace("^@", "\0")[:5], "\x1b[31m")
 
-    def test_a_bad_import_changes_nothing_and_says_where(self):
+    def test_an_invalid_import_changes_nothing_and_the_message_names_the_place(self):
         self.control("add", "A")
         before = self.preferences.read_bytes()
         for content, phrase in (("{", "not a JSON export"), ("[1]", "set 1 is not a JSON object"), ('[{"colour": 1}]', 'unknown field "colour"'),
@@ -266,7 +266,7 @@ class Sets(ToolTest):
         self.assertIn("cannot read", self.control("import", "none.json", status=1))
         self.assertEqual(self.preferences.read_bytes(), before)
 
-    def test_other_keys_and_the_form_of_the_file_are_kept(self):
+    def test_other_keys_and_the_file_format_are_kept(self):
         other = {"Window Frame": "0 0 10 10", "Recent": ["/a", "/b"], "Count": 7, "Ratio": 0.5, "On": True,
                  "Blob": b"\0\1", "Deep": {"x": {"y": [1, 2]}}}
         for form, head in ((plistlib.FMT_XML, b"<?xml"), (plistlib.FMT_BINARY, b"bplist00")):
@@ -296,7 +296,7 @@ class Sets(ToolTest):
         self.assertEqual((system / "quov.Kestrine.plist").read_bytes(), before)
         self.assertEqual(self.kestrine("-l"), b"System\nMine\n")
 
-    def test_names_in_brackets_are_names(self):
+    def test_names_in_brackets_are_not_special(self):
         for name in ("a", "b", "[a,b]", "[]", "[x]"):
             self.control("add", name)
         self.control("remove", "[a,b]", "[]")
@@ -312,7 +312,7 @@ class Sets(ToolTest):
         self.assertEqual(sorted(s["name"] for s in self.exported()), sorted(f"s{n}" for n in range(12)))
         self.assertEqual(sorted(path.name for path in self.preferences.parent.iterdir()), [self.preferences.name])
 
-    def test_of_a_switch_and_its_opposite_the_last_counts(self):
+    def test_of_opposite_switches_the_last_one_applies(self):
         self.control("add", "A", "--no-exif", "--exif", "--high-quality", "--no-high-quality")
         self.assertEqual((self.exported("A")[0]["attachExifData"], self.exported("A")[0]["highQuality"]), (True, False))
 
@@ -322,13 +322,13 @@ class Sets(ToolTest):
         self.assertEqual(self.control("where"), str(self.preferences) + "\n")
 
     @unittest.skipIf(os.getuid() == 0, "root may look into every folder")
-    def test_a_folder_that_may_not_be_searched_is_no_empty_list(self):
+    def test_an_inaccessible_folder_is_an_error_and_not_an_empty_list(self):
         self.store({"name": "A"})
         self.preferences.parent.chmod(0)
         self.addCleanup(self.preferences.parent.chmod, 0o700)
         self.assertIn("cannot be read", self.control("list", status=1))
 
-    def test_wrong_arguments_end_with_2_and_one_line(self):
+    def test_wrong_arguments_give_status_2_and_one_line(self):
         for arguments in ((), ("add",), ("nonsense",), ("add", "A", "--format", "bmp"), ("add", "A", "--quality", "101"),
                           ("add", "A", "--width", "5", "--percent", "5"), ("select",),
                           ("add", "A", "--width", "nan"), ("add", "A", "--quality", "nan"), ("add", "A", "--percent", "inf"),
@@ -336,7 +336,7 @@ class Sets(ToolTest):
             self.control(*arguments, status=2)
         self.assertEqual(self.kestrinectl().returncode, 2)
 
-    def test_ranges_are_told_in_plain_numbers(self):
+    def test_messages_show_ranges_as_plain_numbers(self):
         self.assertIn("--width: must be a number from 1 to 1000000;", self.control("add", "A", "--width", "0", status=2))
         self.assertIn("--format: must be jpeg, png, tiff or gif;", self.control("add", "A", "--format", "bmp", status=2))
         self.assertIn("--width needs a value;", self.control("add", "A", "--width", status=2))
@@ -354,7 +354,7 @@ class Help(ToolTest):
         self.assertEqual((done.returncode, done.stderr), (0, b""), done)
         return done.stdout.decode()
 
-    def test_mistyped_commands_and_options_are_answered_with_what_was_meant(self):
+    def test_mistyped_commands_and_options_get_a_suggestion(self):
         for arguments, meant in ((("conver",), "convert"), (("set",), "sets"), (("SETS",), "sets"), (("ecif",), "exif"),
                                  (("list",), "sets list"), (("sets", "lst"), "list"), (("sets", "improt"), "import"),
                                  (("help", "conver"), "convert"), (("help", "sets", "ad"), "add"),
@@ -362,28 +362,28 @@ class Help(ToolTest):
                                  (("sets", "add", "--qualty=5"), "--quality"), (("convert", "-set", "A", "a"), "--set")):
             self.assertIn(f'did you mean "{meant}"? \'kestrinectl help', self.complaint(*arguments))
 
-    def test_a_number_out_of_range_is_answered_with_the_range(self):
+    def test_the_message_for_an_invalid_number_has_the_range(self):
         for option, command, range_ in (("--jobs", ("convert", "a"), "1 to 1024"),
                                         ("--quality", ("sets", "add", "A"), "0 to 100")):
             for wrong in ("-1", "5000", "x", "1x"):
                 self.assertIn(f"{option}: must be a number from {range_}; 'kestrinectl help",
                               self.complaint(*command, f"{option}={wrong}"))
 
-    def test_words_that_resemble_nothing_are_only_called_unknown(self):
+    def test_words_without_a_similar_command_are_only_reported_as_unknown(self):
         self.assertIn('unknown command "frobnicate"; \'kestrinectl help\' lists all commands', self.complaint("frobnicate"))
         self.assertIn("unknown option \"-x\"; 'kestrinectl help' lists all options", self.complaint("-x"))
         self.assertIn('unknown option "--colour"; \'kestrinectl help sets add\' lists all options',
                       self.complaint("sets", "add", "A", "--colour", "red"))
 
-    def test_values_are_not_taken_for_options(self):
+    def test_values_are_not_parsed_as_options(self):
         self.assertIn("--width: must be", self.complaint("sets", "add", "A", "--width", "-5"))
         self.assertIn("NAME is required", self.complaint("sets", "edit", "--name", "--nonsense"))
 
-    def test_a_missing_command_is_called_missing(self):
+    def test_a_missing_command_is_reported_as_missing(self):
         self.assertIn("a command is missing; 'kestrinectl help'", self.complaint())
         self.assertIn("a command is missing; 'kestrinectl help sets'", self.complaint("sets"))
 
-    def test_help_prints_what_the_option_prints(self):
+    def test_the_help_command_prints_the_same_as_the_help_option(self):
         self.assertEqual(self.printed("help"), self.printed("--help"))
         for command in (("sets",), ("sets", "add"), ("convert",), ("exif",)):
             self.assertEqual(self.printed("help", *command), self.printed(*command, "--help"))

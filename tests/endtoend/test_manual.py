@@ -1,4 +1,4 @@
-"""The manual pages and the completion tell what the tools take, no more and no less."""
+"""The manual pages and the completion list exactly the options and commands of the tools."""
 import re
 import subprocess
 import unittest
@@ -30,11 +30,11 @@ class Manual(ToolTest):
             done = subprocess.run(["groff", "-man", "-ww", "-z", page], capture_output=True, check=False)
             self.assertEqual((done.returncode, done.stderr), (0, b""), page.name)
 
-    def test_the_page_of_the_companion_tells_every_option_and_no_other(self):
+    def test_the_page_of_kestrinectl_lists_every_option_and_no_other(self):
         told = long_options(MANUAL.read_text().replace("\\-", "-"))
         self.assertEqual(told, set().union(*self.offered().values()))
 
-    def test_the_page_of_the_companion_tells_every_command(self):
+    def test_the_page_of_kestrinectl_lists_every_command(self):
         told = MANUAL.read_text()
         for command in COMMANDS:
             self.assertIn(" ".join(command) if command[0] == "sets" else f".SS {command[0]}", told)
@@ -42,7 +42,7 @@ class Manual(ToolTest):
 
 class Completion(ToolTest):
     def completed(self, *words, tool="kestrinectl"):
-        """What the last of the words may become."""
+        """What the last word can be completed to."""
         script = (
             f'source "{SHARE}/bash-completion/completions/{tool}"\n'
             "compopt() { :; }\n" # works only while bash itself completes
@@ -76,14 +76,14 @@ class Completion(ToolTest):
         self.assertIn('\\-\\-format " ' + '" | '.join(formats[:1]) + '" | ' + " | ".join(formats[1:]) + "\n",
                       MANUAL.read_text())
 
-    def test_names_of_sets_are_completed_with_their_spaces_quoted(self):
+    def test_set_names_are_completed_with_quoted_spaces(self):
         for name in ("Web", "Web large", "Print"):
             self.kestrinectl("sets", "add", name)
         self.assertEqual(self.completed("sets", "show", "W"), ["Web", r"Web\ large"])
         self.assertEqual(self.completed("convert", "--set", "P"), ["Print"])
         self.assertEqual(self.completed("-set", "P", tool="kestrine"), ["Print"])
 
-    def test_completion_offers_names_as_they_are_and_not_as_kestrine_lists_them(self):
+    def test_completion_offers_stored_names_and_not_those_that_kestrine_lists(self):
         names = ["50%", "100%d", " a  b ", "two\nlines", "Grün"]
         self.store(*({"name": name} for name in names))
         for tool, words in (("kestrinectl", ("sets", "show", "")), ("kestrine", ("-set", ""))):
@@ -96,7 +96,7 @@ class Completion(ToolTest):
         self.store({"name": "Web large"}, {"name": "Web"})
         self.assertEqual(self.completed("sets", "show", r"Web\ l"), [r"Web\ large"])
 
-    def test_files_are_completed_where_files_are_meant(self):
+    def test_files_are_completed_where_files_are_expected(self):
         (self.folder / "picture.jpg").touch()
         self.assertEqual(self.completed("convert", "pic"), ["picture.jpg"])
         self.assertEqual(self.completed("exif", "pic"), ["picture.jpg"])

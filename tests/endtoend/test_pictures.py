@@ -1,4 +1,4 @@
-"""Sizes, orientation, colours, alpha, metadata: what is in the output files, judged by other programs."""
+"""Sizes, orientation, colours, alpha and metadata of the output files, checked with other programs."""
 import io
 import struct
 import subprocess
@@ -15,13 +15,13 @@ F = numpy.float32
 
 
 def high_quality_side(pixels, factor):
-    """Whole pixels of a side that the filter scales by `factor`, after the trim."""
+    """The length in whole pixels of a side that the filter scales by `factor`, after trimming."""
     scaled = float(pixels) * float(factor)
     return int(numpy.floor(scaled + max(0.01, scaled / 2 ** 21))) - 1
 
 
 def high_quality_size(width, height, target_width, target_height):
-    """The rules in single precision, for a picture with as many points as pixels."""
+    """The size rules in single precision, for a picture of 72 dpi, where one point is one pixel."""
     w1, h1 = F(target_width) + F(1), F(target_height) + F(1)
     scale = h1 / F(height)
     aspect = (w1 / h1) / (F(width) / F(height))
@@ -49,7 +49,7 @@ class Sizes(ToolTest):
                     subprocess.run(["rm", "-r", child], check=True)
             yield size
 
-    def test_longer_side_in_high_quality_asks_one_more(self):
+    def test_longer_side_in_high_quality_is_one_larger(self):
         for width, height in self.each():
             for length in (50, 333, 700):
                 subprocess.run(["rm", "-rf", self.folder / "S"], check=True)
@@ -59,7 +59,7 @@ class Sizes(ToolTest):
                     continue
                 self.assertEqual(self.size_of((width, height), resizeType=2, maxSize=float(length)), expected)
 
-    def test_longer_side_plainly(self):
+    def test_longer_side_without_high_quality(self):
         for width, height in self.each():
             ratio = F(250) / F(height if height >= width else width)
             expected = plain_side(ratio * F(width)), plain_side(ratio * F(height))
@@ -119,7 +119,7 @@ class Orientation(ToolTest):
                     self.assertEqual(seen, expected, (value, order, jfif))
                     self.assertEqual(size, (32, 41) if acted_on else (41, 32))
 
-    def test_exif_behind_another_segment_is_not_found(self):
+    def test_exif_after_another_segment_is_not_found(self):
         comment = b"\xff\xfe\0\x06abcd"
         data = pictures.jpeg(pictures.corners(60, 48), pictures.exif(6), True, before=comment)
         self.assertEqual(self.quarters(data)[0], "rgbw")
@@ -128,17 +128,17 @@ class Orientation(ToolTest):
         data = pictures.jpeg(pictures.corners(60, 48), pictures.exif(6))
         self.assertEqual(self.quarters(data, autoRotate=0)[0], "rgbw")
 
-    def test_only_names_in_jpg_and_jpeg_are_looked_at(self):
+    def test_only_files_named_jpg_or_jpeg_are_turned(self):
         data = pictures.jpeg(pictures.corners(60, 48), pictures.exif(6))
         for name, expected in (("a.JPG", "wrgb"), ("b.Jpeg", "wrgb"), ("c.jpe", "rgbw"), ("d", "rgbw")):
             self.assertEqual(self.quarters(data, name)[0], expected)
 
-    def test_the_plain_path_and_no_scaling_turn_too(self):
+    def test_pictures_are_turned_without_high_quality_and_without_scaling_too(self):
         data = pictures.jpeg(pictures.corners(60, 48), pictures.exif(8))
         self.assertEqual(self.quarters(data, highQuality=0), ("gbwr", (32, 40)))
         self.assertEqual(self.quarters(data, resizeType=5), ("gbwr", (48, 60)))
 
-    def test_an_orientation_that_is_no_number_list_turns_nothing(self):
+    def test_an_orientation_that_is_a_string_turns_nothing(self):
         block = pictures.exif(None, ">", [(0x0112, 2, 4, b"six\0")])
         self.assertEqual(self.quarters(pictures.jpeg(pictures.corners(60, 48), block))[0], "rgbw")
 
@@ -166,7 +166,7 @@ class Colours(ToolTest):
         self.assertEqual(actual.shape, expected.shape)
         self.assertGreater(pictures.psnr(actual, expected), 45)
 
-    def test_the_profile_goes_into_every_format_that_holds_one(self):
+    def test_every_format_that_can_store_a_profile_keeps_it(self):
         profile = pictures.icc("sRGB")
         pictures.image(pictures.photo(60, 40)).save(self.folder / "a.png", icc_profile=profile)
         for format_, extension in ((JPEG, "jpg"), (PNG, "png"), (TIFF, "tiff")):
@@ -195,7 +195,7 @@ class Colours(ToolTest):
         paths = self.convert({"formatType": TIFF, "resizeType": 1, "ratio": 50.0}, "a.tif")
         result = tifffile.imread(self.only(paths))
         self.assertEqual((result.dtype, result.shape), (numpy.uint16, (32, 32, 3)))
-        self.assertGreater(len(numpy.unique(result[..., 0] & 255)), 100, "the low byte carries something")
+        self.assertGreater(len(numpy.unique(result[..., 0] & 255)), 100, "the low bytes must vary")
 
     def test_grey_stays_grey(self):
         pictures.image(pictures.photo(60, 40, 1)).save(self.folder / "a.png")
@@ -211,7 +211,7 @@ class Pages(ToolTest):
         return numpy.full((height, width, 3), color, numpy.uint8)
 
     def convert_all(self, *files):
-        """What each format, quality and kind of size makes of the files."""
+        """The results of every format, quality and kind of size."""
         for size in ({"resizeType": 2, "maxSize": 50.0}, {"resizeType": 1, "ratio": 50.0},
                      {"resizeType": 0, "width": 50.0, "height": 50.0}):
             for format_ in (JPEG, PNG, TIFF, GIF):
@@ -226,13 +226,13 @@ class Pages(ToolTest):
             self.assertEqual(len(paths), 2, fields)
             self.assertEqual(paths[0].read_bytes(), paths[1].read_bytes(), fields)
 
-    def test_every_set_takes_the_first_page_of_a_scan(self):
+    def test_every_set_uses_the_first_page_of_a_scan(self):
         with tifffile.TiffWriter(self.folder / "scan.tif") as file:
             file.write(self.plain(self.RED, 100, 100), photometric="rgb")
             file.write(self.plain(self.BLUE, 101, 100), photometric="rgb")
         self.assert_gives_what_its_red_picture_gives("scan.tif")
 
-    def test_the_picture_behind_a_preview_is_taken(self):
+    def test_the_picture_after_a_preview_is_used(self):
         with tifffile.TiffWriter(self.folder / "a.tif") as file:
             file.write(self.plain(self.BLUE, 25, 25), photometric="rgb", subfiletype=1, subifds=1)
             file.write(self.plain(self.RED, 100, 100), photometric="rgb")
@@ -250,7 +250,7 @@ class Pages(ToolTest):
 class Alpha(ToolTest):
     def setUp(self):
         super().setUp()
-        # Opaque red in the middle; around it clear pixels that hide green.
+        # Opaque red in the middle, surrounded by transparent pixels whose hidden colour is green.
         samples = numpy.zeros((80, 80, 4), numpy.uint8)
         samples[..., 1] = 255
         samples[20:60, 20:60] = (255, 0, 0, 255)
@@ -266,7 +266,7 @@ class Alpha(ToolTest):
                 visible = result[result[..., 3] > 0]
                 self.assertEqual((visible[:, 0].min(), visible[:, 1].max(), visible[:, 2].max()), (255, 0, 0))
 
-    def test_jpeg_lays_it_on_white(self):
+    def test_jpeg_has_a_white_background(self):
         fields = {"formatType": JPEG, "width": 40.0, "height": 40.0, "compression": 95.0}
         result = pictures.pixels(self.only(self.convert(fields, "a.png"))).astype(int)
         self.assertLess(abs(result[2, 2] - (255, 255, 255)).max(), 4)
@@ -288,7 +288,7 @@ class Metadata(ToolTest):
         data = pictures.jpeg(pictures.photo(64, 48), pictures.exif(6, order, camera))
         (self.folder / "a.jpg").write_bytes(data)
 
-    def test_exif_is_carried_from_both_orders_and_orientation_follows_the_pixels(self):
+    def test_exif_of_both_byte_orders_is_kept_and_orientation_matches_the_pixels(self):
         for order in "><":
             for rotate in (0, 1):
                 subprocess.run(["rm", "-rf", self.folder / "S"], check=True)
@@ -304,7 +304,7 @@ class Metadata(ToolTest):
                 self.assertEqual((int(tags["ExifIFD:ExifImageWidth"]), int(tags["ExifIFD:ExifImageHeight"])), size)
                 self.assertNotIn("ExifTool:Warning", tags)
 
-    def test_without_being_asked_no_exif_is_carried_and_never_into_png(self):
+    def test_exif_is_kept_only_on_request_and_never_in_png(self):
         self.source(">")
         tags = exiftool(self.only(self.convert({"formatType": JPEG, "resizeType": 2, "maxSize": 32.0}, "a.jpg")))
         self.assertNotIn("IFD0:Make", tags)
@@ -312,13 +312,13 @@ class Metadata(ToolTest):
         tags = exiftool(self.only(self.convert({"formatType": PNG, "attachExifData": 1}, "a.jpg")))
         self.assertNotIn("IFD0:Make", tags)
 
-    def test_our_output_can_be_turned_by_us_again(self):
+    def test_our_output_can_be_turned_again(self):
         (self.folder / "a.jpg").write_bytes(pictures.jpeg(pictures.corners(60, 48), pictures.exif(6, "<")))
         path = self.only(self.convert({"formatType": JPEG, "attachExifData": 1, "resizeType": 4}, "a.jpg"))
         path.rename(self.folder / "b.jpg")
         subprocess.run(["rm", "-rf", self.folder / "S"], check=True)
         path = self.only(self.convert({"formatType": JPEG, "autoRotate": 1, "resizeType": 4}, "b.jpg"))
-        self.assertEqual(pictures.quarters(path), "wrgb", "big-endian now, and where the reader looks")
+        self.assertEqual(pictures.quarters(path), "wrgb", "the EXIF is now big-endian, at the place that is read")
 
     def test_quality_sets_the_subsampling(self):
         pictures.image(pictures.photo(64, 48)).save(self.folder / "a.png")
@@ -327,7 +327,7 @@ class Metadata(ToolTest):
             path = self.only(self.convert({"formatType": JPEG, "compression": quality}, "a.png"))
             self.assertEqual(exiftool(path)["File:YCbCrSubSampling"], expected)
 
-    def test_resolution_is_72_times_pixels_a_point(self):
+    def test_resolution_is_72_times_pixels_per_point(self):
         pictures.image(pictures.photo(300, 200)).save(self.folder / "a.png", dpi=(300, 300))
         def dots(format_, **fields):
             subprocess.run(["rm", "-rf", self.folder / "S"], check=True)
@@ -340,7 +340,7 @@ class Metadata(ToolTest):
 
 
 class Formats(ToolTest):
-    def test_everything_that_can_be_read_can_be_written_as_everything(self):
+    def test_every_readable_format_can_be_written_as_every_format(self):
         samples = pictures.photo(50, 40)
         for extension in ("jpg", "png", "tif", "gif", "bmp", "ppm", "pgm", "webp"):
             source = pictures.image(samples).convert("L") if extension == "pgm" else pictures.image(samples)
@@ -368,7 +368,7 @@ class Formats(ToolTest):
         names = sorted(path.name for path in self.folder.iterdir())
         self.assertEqual(self.convert({"formatType": PNG}, *names), [])
 
-    def test_a_truncated_jpeg_gives_what_there_is(self):
+    def test_a_truncated_jpeg_gives_its_decodable_part(self):
         data = pictures.jpeg(pictures.photo(160, 400))
         (self.folder / "a.jpg").write_bytes(data[:len(data) // 2])
         path = self.only(self.convert({"formatType": PNG, "resizeType": 9}, "a.jpg"))

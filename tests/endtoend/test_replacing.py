@@ -1,4 +1,4 @@
-"""Replacing in place: the original is in the trash, whole and restorable, whatever happens."""
+"""Replacing in place: the original is in the trash, complete and restorable, even after failures."""
 import os
 import subprocess
 from pathlib import Path
@@ -22,7 +22,7 @@ class Replacing(ToolTest):
         done = subprocess.run(["trash-list"], env=self.environment, capture_output=True, check=True)
         return done.stdout
 
-    def test_the_original_is_listed_by_trash_cli_and_comes_back_by_it(self):
+    def test_trash_cli_lists_and_restores_the_original(self):
         (self.folder / "a.jpg").write_bytes(self.original)
         self.replace("a.jpg")
         self.assertEqual(Image.open(self.folder / "a.jpg").size, (31, 20))
@@ -32,13 +32,13 @@ class Replacing(ToolTest):
                        capture_output=True, check=True)
         self.assertEqual((self.folder / "a.jpg").read_bytes(), self.original)
 
-    def test_odd_names_are_restorable(self):
+    def test_unusual_names_are_restorable(self):
         for name in (b"100% fun.jpg", b"a\nb.jpg", "ü 日.jpg".encode(), b"\xff\x80.jpg"):
             (self.folder / os.fsdecode(name)).write_bytes(self.original)
             self.replace(name)
             self.assertEqual((self.home / ".local/share/Trash/files" / os.fsdecode(name)).read_bytes(), self.original)
 
-    def test_the_same_name_twice_is_kept_twice(self):
+    def test_two_originals_with_one_name_are_both_kept(self):
         for _ in range(2):
             (self.folder / "a.jpg").write_bytes(self.original)
             self.replace("a.jpg")
@@ -46,19 +46,19 @@ class Replacing(ToolTest):
         self.assertEqual([path.name for path in trashed], ["a.2.jpg", "a.jpg"])
         self.assertEqual({path.read_bytes() for path in trashed}, {self.original})
 
-    def test_what_is_no_picture_goes_to_the_trash_all_the_same(self):
+    def test_a_file_that_is_no_picture_also_goes_to_the_trash(self):
         (self.folder / "a.jpg").write_text("words")
         self.replace("a.jpg")
         self.assertEqual(self.names(), [])
         self.assertEqual((self.home / ".local/share/Trash/files/a.jpg").read_text(), "words")
 
-    def test_dots_slashes_the_current_folder_and_what_holds_it_are_never_trashed(self):
+    def test_dots_slashes_the_current_folder_and_its_parents_are_never_trashed(self):
         (self.folder / "a.jpg").write_bytes(self.original)
         self.replace("", ".", "..", "/", "a/..", "../pictures", "../../" + self.home.name)
         self.assertEqual((self.folder / "a.jpg").read_bytes(), self.original)
         self.assertFalse((self.home / ".local/share/Trash").exists())
 
-    def test_another_file_system_keeps_the_original_whole_in_a_trash(self):
+    def test_on_another_file_system_the_complete_original_is_in_a_trash(self):
         memory = Path("/dev/shm")
         if not os.access(memory, os.W_OK) or memory.stat().st_dev == self.home.stat().st_dev:
             self.skipTest("/dev/shm is no other file system here")
@@ -85,7 +85,7 @@ class Replacing(ToolTest):
 
 
 class FullDisk(ToolTest):
-    def test_on_a_full_disk_nothing_partial_appears_and_the_run_goes_on(self):
+    def test_on_a_full_disk_no_partial_file_appears_and_the_run_continues(self):
         (self.folder / "a.jpg").write_bytes(pictures.jpeg(pictures.photo(1200, 900)))
         self.store({"name": "R", "formatType": 2, "resizeType": 9}, {"name": "T", "resizeType": 2, "maxSize": 40.0})
         script = (f'mount -t tmpfs -o size=1m tmpfs "{self.folder}/R" && '

@@ -1,4 +1,4 @@
-"""What the end-to-end tests share: a private home, the built programs, presets written without our own code."""
+"""Shared by the end-to-end tests: a temporary home, the built programs, presets written without our own code."""
 import os
 import plistlib
 import shutil
@@ -21,7 +21,7 @@ JPEG, PNG, TIFF, GIF = 0, 1, 2, 3
 
 
 class Typedstream:
-    """A plain writer of typedstreams, sharing nothing: every type string and class is written anew."""
+    """A simple writer of typedstreams without shared references: every type string and class is written again."""
 
     def __init__(self, order="<"):
         self.order = order
@@ -77,7 +77,7 @@ class Typedstream:
 
 
 def is_sanitized():
-    """Whether the programs were built with a sanitizer, which reserves more address space than a limit leaves."""
+    """Whether the programs were built with a sanitizer, which reserves more address space than the limit permits."""
     program = (BIN / "kestrine").read_bytes()
     return b"__asan_init" in program or b"__tsan_init" in program
 
@@ -110,7 +110,7 @@ class ToolTest(unittest.TestCase):
                               timeout=120, **options)
 
     def kestrine(self, *arguments, **options):
-        """Runs the quiet tool, which must be quiet and content; gives what it printed."""
+        """Runs `kestrine`, which must succeed without messages. Returns its output."""
         done = self.run_tool(*arguments, **options)
         self.assertEqual(done.returncode, 0, done)
         self.assertEqual(done.stderr, b"")
@@ -120,7 +120,7 @@ class ToolTest(unittest.TestCase):
         return self.run_tool(*arguments, program="kestrinectl", **options)
 
     def run_without_rights(self, *arguments, program="kestrine"):
-        """Runs a program for a user who owns the temporary home and has no rights beyond that."""
+        """Runs a program as a user who owns the temporary home and has no other rights."""
         command = [BIN / program]
         if os.getuid() == 0:
             command = ["setpriv", "--reuid", "65534", "--clear-groups", *command]
@@ -131,7 +131,7 @@ class ToolTest(unittest.TestCase):
                               timeout=120)
 
     def convert(self, fields, *files):
-        """Applies one set named S to files of the current folder; the paths of the results in order."""
+        """Applies one set named S to files of the current folder. Returns the sorted paths of the results."""
         self.store({"name": "S", **fields})
         self.kestrine("-set", "S", *files)
         return sorted((self.folder / "S").iterdir()) if (self.folder / "S").exists() else []
@@ -145,7 +145,7 @@ class ToolTest(unittest.TestCase):
 
 
 def exiftool(path):
-    """Tag: value, with numbers as numbers are stored; warnings are tags too."""
+    """A dictionary of tags and values. Values are unformatted; warnings are also tags."""
     done = subprocess.run(["exiftool", "-a", "-n", "-s", "-G1", str(path)], capture_output=True, text=True)
     tags = {}
     for line in done.stdout.splitlines():
@@ -156,6 +156,6 @@ def exiftool(path):
 
 
 def main():
-    # Every test is named, so that scripts/test can report the skips. Pillow keeps files open until its objects go,
-    # which is soon enough here.
+    # Every test is named, so that scripts/test can report skips. Pillow keeps files open until its objects are
+    # destroyed, which is acceptable here.
     unittest.main(verbosity=2, warnings="ignore")

@@ -113,6 +113,17 @@ TEST_F(StrictJob, aResultThatCannotBeWrittenLeavesTheOriginalInItsPlace) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1) << "nothing is left";
 }
 
+TEST_F(StrictJob, anOriginalWithTheLongestNameIsReplacedUnlessTheResultNeedsALongerOne) {
+    const std::string name(251, 'n');
+    folder.write(name + ".jpg", photo());
+    EXPECT_TRUE(replace(name + ".jpg").isWritten);
+    folder.write(name + ".png", "somebody else's");
+    const auto toPNG = makeSet(u"Web", {{u"replaceFile", true}, {u"formatType", 1}});
+    const JobOutcome outcome = run(name + ".jpg", {toPNG}).front();
+    EXPECT_TRUE(outcome.failure && !outcome.isWritten && outcome.trashedPath.empty());
+    EXPECT_TRUE(exists(name + ".jpg"));
+}
+
 TEST_F(StrictJob, aResultThatCannotGetItsNameTellsWhereTheOriginalWent) {
     folder.write("a.jpg", photo());
     testing::InterposedCalls calls;
@@ -124,6 +135,20 @@ TEST_F(StrictJob, aResultThatCannotGetItsNameTellsWhereTheOriginalWent) {
     EXPECT_TRUE(outcome.failure);
     EXPECT_EQ(testing::readFileBytes(outcome.trashedPath), photo()) << "the message can say where it lies";
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1) << "only the trash";
+}
+
+TEST_F(StrictJob, aNameThatIsTakenAtTheLastMomentIsNotOverwritten) {
+    folder.write("a.jpg", photo());
+    testing::InterposedCalls calls;
+    calls.onRename = [&](const std::string&, const std::string& newName) {
+        if (newName == "a.jpg" && !exists("a.jpg"))
+            folder.write("a.jpg", "somebody else's");
+        return 0;
+    };
+    const JobOutcome outcome = replace("a.jpg");
+    EXPECT_TRUE(outcome.isWritten);
+    EXPECT_EQ(outcome.path, NSString::fromUTF8(folder / "a_1.jpg"));
+    EXPECT_EQ(testing::readFile(folder / "a.jpg"), "somebody else's");
 }
 
 TEST_F(StrictJob, whenTheTrashRefusesTheResultGetsTheNextNameAndTheReasonIsKept) {

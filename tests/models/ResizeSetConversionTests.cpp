@@ -195,6 +195,8 @@ TEST(Sizing, withoutConvertedResolutionSizesArePoints) {
     const auto unscaled =
         makeSet(u"S", {{u"resizeType", 3}, {u"convertResolution", false}, {u"formatType", 0}});
     EXPECT_EQ(scan.sizeWith(unscaled), (Pixels{72, 48})) << "flattening draws at the size in points";
+    const auto converted = makeSet(u"S", {{u"resizeType", 3}, {u"formatType", 0}});
+    EXPECT_EQ(scan.sizeWith(converted), (Pixels{300, 200})) << "converted, a point is a pixel";
 }
 
 /// The size of the result for a JPEG with Orientation 6, as a person sees it.

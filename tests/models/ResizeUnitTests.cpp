@@ -146,6 +146,18 @@ TEST_F(JobOnOneFile, theFileIsDecodedOnceWhateverTheSetsAre) {
     EXPECT_EQ(decodes({makeSet(u"One")}), 1U);
 }
 
+TEST_F(JobOnOneFile, eachSetMeasuresInPixelsOrInPointsAsItAsks) {
+    const auto pixels = testing::makePhoto({300, 200, ColorModel::rgb, false, SampleDepth::bits8});
+    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
+    const std::string scan = folder.write("p/scan.tif", *tiff::encode(*rows, {.resolution = {300, 300}}));
+    const auto unscaled = [](const char16_t* name, bool converts) {
+        return makeSet(name, {{u"resizeType", 3}, {u"formatType", 0}, {u"convertResolution", converts}});
+    };
+    run(NSString::fromUTF8(scan).object(), {unscaled(u"Pixels", true), unscaled(u"Points", false)});
+    EXPECT_EQ(formatOf(folder / "p/Pixels/scan.jpg").width, 300U);
+    EXPECT_EQ(formatOf(folder / "p/Points/scan.jpg").width, 72U);
+}
+
 TEST_F(JobOnOneFile, theNotificationListsOnePathASetEvenWhereNothingCouldBeMade) {
     run(jpeg.object(), {makeSet(u"One", {{u"formatType", 77}}), makeSet(u"Two")});
     EXPECT_EQ(notifications, 1);

@@ -13,4 +13,10 @@ bool keepsAttributes(const std::filesystem::path& folder, std::size_t size = 1);
 /// Whether files in the system's temporary folder can have them.
 bool keepsAttributes();
 
+/// Whether the system has Landlock and lets this process use it.
+bool hasLandlock();
+
+/// Whether a process may install a filter of its system calls here.
+bool permitsSystemCallFilters();
+
 } // namespace kestrine::testing

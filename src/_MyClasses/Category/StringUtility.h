@@ -58,7 +58,7 @@ OptionalString substringFrom(const NSString& receiver, const NSString& opening);
 OptionalString substringTo(const NSString& receiver, const NSString& closing);
 
 // Search words. Localized strings come from the table "StringUtility" of `bundle`. A key that is missing in
-// the table stands for itself; an empty localized string replaces nothing.
+// the table is its own string; an empty localized string replaces nothing.
 
 /// `hasAnyKey:options:`: whether the receiver contains any of the keys, which are strings or numbers.
 /// Options: 1 is case-insensitive; 8 searches only at the start; 8 with 4 searches only at the end. Empty

@@ -16,7 +16,7 @@ inline constexpr const char16_t* NSAppleScriptErrorBriefMessage =
 inline constexpr const char16_t* NSAppleScriptErrorAppName = u"NSAppleScriptErrorAppName"; ///< string
 inline constexpr const char16_t* NSAppleScriptErrorRange = u"NSAppleScriptErrorRange";     ///< NSValue
 
-// The platform's numbers for errors that are found before the Finder is asked to do anything.
+// The platform's numbers for errors that are found before the Finder is called.
 inline constexpr std::int32_t scriptSyntaxError = -2741;
 inline constexpr std::int32_t scriptTooLarge = -2707; ///< "internal table overflow"
 inline constexpr std::int32_t cannotGetObject = -1728;
@@ -28,11 +28,11 @@ struct AppleScriptError {
     bool isFinders = false; ///< reported by the Finder, not by the parser
 };
 
-/// The dictionary that stands for an error; null (nil) is success.
+/// The dictionary of an error; null (nil) means success.
 using ScriptErrorInformation = std::shared_ptr<const NSDictionary>;
 
 /// Has all keys, but the application's name only for an error that the Finder reported. The brief message
-/// does not say who reported it.
+/// does not name the application.
 ScriptErrorInformation errorInformation(const AppleScriptError& error);
 
 } // namespace kestrine

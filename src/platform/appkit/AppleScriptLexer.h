@@ -26,7 +26,7 @@ class AppleScriptLexer {
 public:
     explicit AppleScriptLexer(const NSString& source) : source_(source) {}
 
-    /// The next token; `end` again and again at the end. Blanks and tabs separate tokens.
+    /// The next token; at the end of the script always `end`. Blanks and tabs separate tokens.
     AppleScriptToken next();
 
 private:

@@ -13,7 +13,7 @@ using Token = AppleScriptToken;
 struct VerbRow {
     const char16_t* word;
     FinderVerb verb;
-    bool takesFile; ///< `file "..."` may stand in place of the list
+    bool takesFile; ///< `file "..."` may replace the list
     bool hasDestination;
 };
 constexpr VerbRow verbRows[] = {
@@ -49,8 +49,8 @@ NSString description(const Token& token) {
     return u"an unknown character";
 }
 
-/// Every take...() reads what it names and stops after it. It returns false and sets error_ when a token does
-/// not fit; then nothing more is read.
+/// Every take...() reads the construct in its name. For an invalid token it returns false and sets error_;
+/// then nothing more is read.
 class Parser {
 public:
     explicit Parser(const NSString& source) : lexer_(source), token_(lexer_.next()) {}

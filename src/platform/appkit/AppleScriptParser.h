@@ -7,8 +7,8 @@
 //      move {"Disk:a"} to "Disk:folder:" without replacing              also: move file "Disk:a" to ...
 //     end tell
 //
-// A script has one of the inner lines. The parser is narrow on purpose: anything not exactly of this form is
-// an error, and the script does nothing.
+// A script has one of the inner lines. The parser is deliberately strict: anything not exactly of this form
+// is an error, and the script does nothing.
 #pragma once
 
 #include "platform/appkit/AppleScriptError.h"
@@ -29,7 +29,7 @@ struct ScriptedPath {
     NSRange range;
 };
 
-/// What a script tells the Finder to do.
+/// The operation in a script.
 struct FinderCommand {
     FinderVerb verb = FinderVerb::deleteItems;
     std::vector<ScriptedPath> items;
@@ -38,8 +38,8 @@ struct FinderCommand {
     NSRange range; ///< of the whole command
 };
 
-/// The command in a script. Errors are scriptSyntaxError, at the first token that does not fit, and
-/// scriptTooLarge beyond the bounds above.
+/// The command in a script. Errors are scriptSyntaxError, at the first invalid token, and
+/// scriptTooLarge beyond the limits above.
 std::variant<FinderCommand, AppleScriptError> parseAppleScript(const NSString& source);
 
 } // namespace kestrine

@@ -12,7 +12,7 @@ namespace kestrine {
 
 namespace {
 
-/// Limit of what a dialogue program may write, more than any path of the system needs.
+/// Limit for the output of a dialogue program: more than any path of the system needs.
 constexpr std::size_t maxOutput = 64 * 1024;
 
 // Exit statuses that zenity and kdialog share; all others mean that no dialogue could be shown.
@@ -37,8 +37,8 @@ Result<DialogAnswer> pathWritten(const std::string& program, std::string output)
 }
 
 Result<DialogAnswer> askProgram(const std::string& program, const std::vector<std::string>& arguments) {
-    // The title and the answer may hold any characters, which a program in another encoding could not take or
-    // print.
+    // The title and the answer may contain any characters, which a program in another encoding could not read
+    // or print.
     CapturedRun run = TRY(runCapturingOutput(program, arguments, maxOutput, changesForUTF8()));
     if (!run.end.bySignal && run.end.code == exitCancelled)
         return DialogAnswer();
@@ -47,8 +47,8 @@ Result<DialogAnswer> askProgram(const std::string& program, const std::vector<st
     return pathWritten(program, std::move(run.output));
 }
 
-// The title and its option are one argument, so that a title that begins with "-" is no option. These
-// programs print several paths in a form that may also be one path, so they are asked for one only.
+// The title and its option are one argument, so that a title that begins with "-" is not read as an option.
+// The output of these programs for several paths could also be one path, so they are asked for only one.
 
 Result<DialogAnswer> askZenity(const DialogQuestion& question) {
     std::vector<std::string> arguments{"--file-selection"};
@@ -63,10 +63,10 @@ Result<DialogAnswer> askKdialog(const DialogQuestion& question) {
                                   question.forFolder ? "--getexistingdirectory" : "--getopenfilename"});
 }
 
-/// The portal first: it shows the dialogue of the desktop that is running.
+/// The portal is first because it shows the dialogue of the running desktop.
 constexpr std::array means = {askPortal, askZenity, askKdialog};
 
-/// Refuses a path that leads nowhere: what a dialogue answers for a name that it cannot express.
+/// Refuses a path at which nothing exists: a dialogue may return one for a name that it cannot encode.
 Result<void> checkAnswer(const DialogQuestion& question, const DialogAnswer& answer) {
     const bool isFound = !answer || (question.forFolder ? folderExists(*answer) : itemExists(*answer));
     if (!isFound)

@@ -8,8 +8,8 @@
 
 namespace kestrine {
 
-/// The absolute path as bytes, with percent escapes decoded. malformed for any other scheme, another machine,
-/// a query or fragment, an invalid escape and an escaped zero byte.
+/// The absolute path as bytes, with percent escapes decoded. Fails with malformed for another scheme or
+/// machine, a query or fragment, an invalid escape and an escaped zero byte.
 Result<std::string> pathOfFileURI(std::string_view uri);
 
 } // namespace kestrine

@@ -25,7 +25,7 @@ Picture scaledPlainly(const Picture& picture, std::uint32_t width, std::uint32_t
     return picture.with(Resampling{x, y, ResampleFilter::triangle, Light::stored});
 }
 
-/// Nothing where all of the picture shows.
+/// nullopt if the fade would change nothing.
 std::optional<Fade> fadeFor(float fraction) {
     if (fraction >= 1)
         return std::nullopt;

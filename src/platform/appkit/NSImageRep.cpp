@@ -68,7 +68,7 @@ Object NSBitmapImageRep::valueForProperty(const NSString& name) const {
     if (name == NSImageColorSyncProfileData)
         return dataOrNil(picture().source->property(picture(), PictureProperty::profile));
     if (!picture().steps.empty())
-        return nullptr; // the others are of a file, not of what was drawn from it
+        return nullptr; // the others belong to the file, not to pictures drawn from it
     if (name == NSImageEXIFData)
         return dataOrNil(picture().source->property(picture(), PictureProperty::exif));
     if (name == NSImageRGBColorTable)

@@ -29,7 +29,7 @@ private:
     NSSize size_;
 };
 
-/// Names under which an encoder takes properties and a bitmap gives them.
+/// Names of the properties of encoders and bitmaps.
 inline constexpr const char16_t* NSImageCompressionFactor =
     u"NSImageCompressionFactor"; ///< NSNumber, 0 to 1 (JPEG)
 inline constexpr const char16_t* NSImageDitherTransparency =
@@ -39,7 +39,7 @@ inline constexpr const char16_t* NSImageColorSyncProfileData =
 inline constexpr const char16_t* NSImageEXIFData =
     u"NSImageEXIFData"; ///< NSData, the source's EXIF block from its TIFF header on
 inline constexpr const char16_t* NSImageRGBColorTable =
-    u"NSImageRGBColorTable"; ///< NSData, red, green, blue a colour
+    u"NSImageRGBColorTable"; ///< NSData, red, green, blue per colour
 
 using ImageProperties = std::map<NSString, Object>;
 
@@ -65,8 +65,8 @@ public:
     static std::vector<std::shared_ptr<NSBitmapImageRep>>
     imageRepsWithSource(const std::shared_ptr<Source>& source);
 
-    /// `valueForProperty:`: the profile, and for the bitmap of a file as it was loaded also its EXIF block
-    /// and colour table; nil when there is none.
+    /// `valueForProperty:`: the profile and, for the unchanged bitmap of a file, its EXIF block and colour
+    /// table; nil when there is none.
     Object valueForProperty(const NSString& name) const;
 
     /// `representationUsingType:properties:`: the file's bytes; nil when it cannot be made.
@@ -74,13 +74,13 @@ public:
                                                           const ImageProperties& properties) const;
 
     /// `bitmapData`: a copy of the pixels, row by row from the top without padding, in the picture's depth;
-    /// colour is multiplied by alpha, which stands last. nil when they cannot be read.
+    /// colour is multiplied by alpha, which is last. nil when they cannot be read.
     std::shared_ptr<const NSData> bitmapData() const;
 };
 
 class NSCIImageRep final : public NSImageRep {
 public:
-    /// `imageRepWithCIImage:`: as many points as pixels.
+    /// `imageRepWithCIImage:`: one point per pixel.
     explicit NSCIImageRep(const CIImage& image)
         : NSImageRep(image.picture(),
                      {static_cast<float>(image.extent().width), static_cast<float>(image.extent().height)}) {}

@@ -7,7 +7,7 @@ namespace kestrine {
 
 namespace {
 
-/// For people: lone surrogates and zero characters, which no dialogue takes, become U+FFFD.
+/// Replaces lone surrogates and zero characters, which dialogues do not accept, by U+FFFD.
 std::string displayText(const NSString& text) {
     std::u16string shown = text.utf16();
     for (std::size_t i = 0; i < shown.size();) {
@@ -19,14 +19,14 @@ std::string displayText(const NSString& text) {
     return utf8FromUTF16(shown);
 }
 
-/// The desktop's own dialogue. It always lets the person make folders; canCreateDirectories has no effect.
+/// The desktop's own dialogue. It always lets the user create folders; canCreateDirectories has no effect.
 class DesktopPanel final : public NSOpenPanel {
 public:
     int runModal() override {
         path_.clear();
         if (!canChooseFiles && !canChooseDirectories)
             return NSCancelButton;
-        // No dialogue offers files and folders at once; folders win when both are allowed.
+        // No dialogue offers both files and folders; when both are allowed, it offers folders.
         const Result<DialogAnswer> answer =
             askAtDesktop({displayText(message), canChooseDirectories, allowsMultipleSelection});
         if (!answer || !*answer)

@@ -25,13 +25,12 @@ public:
     /// `performFileOperation:source:destination:files:tag:`: moves, copies or links `files` (names in the
     /// folder `source`) into the folder `destination`, without replacing anything there, or moves them to the
     /// trash. Returns whether everything was done; a move, copy or link stops at the first failure, the
-    /// recycle operation goes on with the next file. Other operations are refused. `tag` (may be null)
+    /// recycle operation continues with the next file. Other operations are refused. `tag` (may be null)
     /// becomes 0 on success and negative after a failure. Blocks until the operation has ended.
     bool performFileOperation(const NSString& operation, const NSString& source, const NSString& destination,
                               const std::vector<NSString>& files, int* tag = nullptr);
 
-    /// What the recycle operation does with one of its files: where that lies now, or why it stays in its
-    /// place.
+    /// The recycle operation for one file. Returns its place in the trash, or why it was not moved.
     Result<TrashedItem> recycle(const NSString& source, const NSString& file);
 
     /// `isFilePackageAtPath:`: whether the path is a folder that the desktop shows as one file.

@@ -20,20 +20,20 @@ constexpr const char* requestInterface = "org.freedesktop.portal.Request";
 /// The bus names of all programs that show dialogues for the portal begin with this.
 constexpr std::string_view backendPrefix = "org.freedesktop.impl.portal.desktop.";
 
-/// Portals of an earlier version would silently offer files instead.
+/// Earlier versions of the portal would offer files instead, without an error.
 constexpr std::uint32_t firstVersionWithFolders = 3;
-/// Last part of the request's path; unique because each conversation has a connection of its own.
+/// Last part of the request's path; unique because each conversation has its own connection.
 constexpr const char* requestToken = "kestrine_open_panel";
 
-/// For each reply of the portal and the bus, in microseconds; the person's answer comes as a signal and may
-/// take any time. Long enough to start a portal, short enough for a person who waits for a dialogue.
+/// For each reply of the portal and the bus, in microseconds. Long enough to start a portal, short enough for
+/// a user who waits for a dialogue. The user's answer arrives later as a signal, without a time limit.
 constexpr std::uint64_t replyTimeout = 5'000'000;
 
 enum Response : std::uint32_t { responseChosen = 0, responseCancelled = 1 };
 
 Failure withoutAnswer() { return {Reason::inputOutput, "the desktop's portal ended without an answer"}; }
 
-/// One question to the portal, over a connection of its own.
+/// One question to the portal, over its own connection.
 class PortalConversation {
 public:
     explicit PortalConversation(const BusFunctions& functions) : sd_(functions) {}
@@ -47,7 +47,7 @@ private:
     Result<void> showDialog(const DialogQuestion& question);
     Result<BusMessage> nextMessage() const;
     bool isAnswer(sd_bus_message* message) const;
-    bool tellsPortalIsGone(sd_bus_message* message) const;
+    bool reportsPortalIsGone(sd_bus_message* message) const;
     Result<DialogAnswer> answerIn(sd_bus_message* message) const;
     Result<DialogAnswer> chosenPath(sd_bus_message* message) const;
     const char* firstURI(sd_bus_message* message) const;
@@ -55,7 +55,7 @@ private:
 
     const BusFunctions& sd_;
     Bus bus_;
-    std::string portal_;  ///< the connection that took the question
+    std::string portal_;  ///< the connection that received the question
     std::string request_; ///< path of the object that will answer
 };
 
@@ -68,7 +68,7 @@ Result<DialogAnswer> PortalConversation::ask(const DialogQuestion& question) {
         const BusMessage message = TRY(nextMessage());
         if (isAnswer(message.get()))
             return answerIn(message.get());
-        if (tellsPortalIsGone(message.get()))
+        if (reportsPortalIsGone(message.get()))
             return withoutAnswer();
     }
 }
@@ -95,7 +95,7 @@ Result<void> PortalConversation::checkVersion(bool forFolder) const {
     return {};
 }
 
-/// Called before the question is asked, so that no answer can be missed. nextMessage() gives the signals.
+/// Called before the question is sent, so that no answer can be missed. nextMessage() returns the signals.
 Result<void> PortalConversation::listen() const {
     int status = sd_.matchSignal(bus_.get(), nullptr, portalName, nullptr, requestInterface, "Response",
                                  nullptr, nullptr);
@@ -149,15 +149,16 @@ bool PortalConversation::isAnswer(sd_bus_message* message) const {
            && path == request_ && sender != nullptr && sender == portal_;
 }
 
-bool PortalConversation::tellsPortalIsGone(sd_bus_message* message) const {
+bool PortalConversation::reportsPortalIsGone(sd_bus_message* message) const {
     const char *name = nullptr, *oldOwner = nullptr, *newOwner = nullptr;
     return sd_.messageIsSignal(message, busName, "NameOwnerChanged") > 0
            && sd_.messageRead(message, "sss", &name, &oldOwner, &newOwner) > 0
            && std::string_view(name) == portalName && oldOwner == portal_;
 }
 
-/// An end that is neither a choice nor a cancel has two causes: the window of the dialogue was closed (some
-/// desktops do not call that a cancel), or no dialogue could be shown, since no program that shows them runs.
+/// A result that is neither a choice nor a cancel has two causes: the window of the dialogue was closed (some
+/// desktops do not report that as a cancel), or none could be shown, since no program that shows dialogues is
+/// running.
 Result<DialogAnswer> PortalConversation::answerIn(sd_bus_message* message) const {
     std::uint32_t response = 0;
     if (sd_.messageRead(message, "u", &response) <= 0)
@@ -177,7 +178,7 @@ Result<DialogAnswer> PortalConversation::chosenPath(sd_bus_message* message) con
     return DialogAnswer(std::move(path));
 }
 
-/// The first element of "uris" among the named results; null without one.
+/// The first element of "uris" in the named results; null if there is none.
 const char* PortalConversation::firstURI(sd_bus_message* message) const {
     if (sd_.messageEnterContainer(message, SD_BUS_TYPE_ARRAY, "{sv}") <= 0)
         return nullptr;

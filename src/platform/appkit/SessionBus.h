@@ -1,5 +1,5 @@
-// The desktop's message bus (D-Bus), through libsystemd, opened when it is first needed.
-// Its header serves for types only; nothing here links to it.
+// The desktop's message bus (D-Bus), through libsystemd, which is loaded when first needed.
+// Its header is used for types only; nothing here links to it.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -9,8 +9,7 @@
 
 namespace kestrine {
 
-/// The functions that we call, under libsystemd's names without "sd_bus_". A negative result is a negated
-/// error number.
+/// The functions used, named as in libsystemd without "sd_bus_". A negative result is a negated error number.
 struct BusFunctions {
     decltype(&sd_bus_open_user) openUser;
     decltype(&sd_bus_flush_close_unref) flushCloseUnref;
@@ -31,14 +30,15 @@ struct BusFunctions {
     decltype(&sd_bus_message_exit_container) messageExitContainer;
 };
 
-/// The functions of the system's libsystemd, looked up once; unsupported, naming the package, without it.
+/// The functions of the system's libsystemd, looked up once. Fails as "unsupported" and names the package if
+/// it is missing.
 const Result<BusFunctions>& busFunctions();
 
 struct BusRelease {
     void operator()(sd_bus* bus) const { busFunctions()->flushCloseUnref(bus); }
     void operator()(sd_bus_message* message) const { busFunctions()->messageUnref(message); }
 };
-/// A connection; closing it ends whatever was asked for through it.
+/// A connection; closing it cancels all requests sent through it.
 using Bus = std::unique_ptr<sd_bus, BusRelease>;
 using BusMessage = std::unique_ptr<sd_bus_message, BusRelease>;
 

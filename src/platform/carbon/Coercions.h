@@ -7,7 +7,7 @@
 
 namespace kestrine {
 
-/// The value converted as AECoerceDesc() describes; nothing when there is no conversion.
+/// The value converted as AECoerceDesc() describes; nullopt when there is no conversion.
 std::optional<AEDesc> coerced(const AEDesc& desc, DescType type);
 
 } // namespace kestrine

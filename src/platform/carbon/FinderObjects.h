@@ -26,7 +26,7 @@ struct FinderProperty {
     AEDesc owner;
 };
 
-/// Nothing when `object` is not a property.
+/// nullopt when `object` is not a property.
 std::optional<FinderProperty> propertyOf(const AEDesc& object);
 
 } // namespace kestrine

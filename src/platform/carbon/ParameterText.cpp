@@ -15,7 +15,7 @@ bool isCodeCharacter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-/// Each function reads one construct at the current position. It returns nothing or false on failure, with
+/// Each function reads one construct at the current position. It returns nullopt or false on failure, with
 /// the error in the outcome.
 class Reader {
 public:

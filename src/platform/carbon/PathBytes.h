@@ -5,8 +5,8 @@
 
 namespace kestrine {
 
-/// Nothing for nil, and for a path with a zero character or with an unpaired surrogate that stands for no
-/// byte.
+/// nullopt for nil, and for a path with a zero character or with an unpaired surrogate that does not
+/// represent a byte.
 std::optional<std::string> pathBytesOf(const OptionalString& path);
 
 } // namespace kestrine

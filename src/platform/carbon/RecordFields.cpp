@@ -20,7 +20,7 @@ struct Field {
     ByteView data;
 };
 
-/// Removes the first field from `rest`; nothing when the bytes end too early.
+/// Removes the first field from `rest`; nullopt when the bytes end too early.
 std::optional<Field> takeField(ByteView& rest) {
     if (rest.size() < headerSize)
         return std::nullopt;

@@ -67,7 +67,7 @@ Matrix<float> product(const Matrix<double>& a, const Matrix<double>& b) {
     return result;
 }
 
-/// The primaries of a profile (CIE XYZ under D50) as columns; nothing if it converts by a table.
+/// The primaries of a profile (CIE XYZ under D50) as columns; nullopt if it converts by a table.
 std::optional<Matrix<double>> primaries(const ColorProfile& profile) {
     const ContextHandle context = makeContext();
     const ProfileHandle handle = openPictureProfile(context, profile.bytes(), cmsSigRgbData);
@@ -91,7 +91,7 @@ bool isGrayTable(const ColorProfile& profile) {
 }
 
 /// Converts light of the profile's primaries to light of those of `target`, an RGB profile that we made.
-/// Nothing if the profile has more than curves and, for RGB, a matrix, or if a curve does not start at 0,
+/// nullopt if the profile has more than curves and, for RGB, a matrix, or if a curve does not start at 0,
 /// since black would then need compensation.
 std::optional<Matrix<float>> lightMatrix(const ColorProfile& profile, const ColorProfile& target) {
     const auto curves = plainToneCurves(profile);

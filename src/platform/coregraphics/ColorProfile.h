@@ -26,9 +26,9 @@ extern const Chromaticities sRGBChromaticities;
 /// A shared handle to the bytes of a profile. Immutable; any thread.
 class ColorProfile {
 public:
-    /// The profile in `icc`; nothing if it is invalid, larger than 16 MiB or not made for pixels of `model`.
+    /// The profile in `icc`; nullopt if it is invalid, larger than 16 MiB or not made for pixels of `model`.
     static std::optional<ColorProfile> fromICC(ByteView icc, ColorModel model);
-    /// A profile for `model` with a power curve of exponent `gamma`; nothing if the numbers are not
+    /// A profile for `model` with a power curve of exponent `gamma`; nullopt if the numbers are not
     /// plausible.
     static std::optional<ColorProfile> fromGamma(double gamma, const Chromaticities& primaries,
                                                  ColorModel model);

@@ -9,7 +9,7 @@ namespace kestrine {
 /// A formula, or samples at equally spaced stored values (at least two; 65535 is full light).
 using CurveTag = std::variant<ToneCurve::Formula, std::vector<std::uint16_t>>;
 
-/// The curve in the bytes of a tag of type "curv" or "para"; nothing if they are invalid.
+/// The curve in the bytes of a tag of type "curv" or "para"; nullopt if they are invalid.
 std::optional<CurveTag> parseCurveTag(ByteView tag);
 
 } // namespace kestrine

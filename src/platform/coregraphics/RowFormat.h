@@ -9,9 +9,13 @@ namespace kestrine {
 enum class ColorModel : std::uint8_t { gray = 1, rgb = 3 };
 enum class SampleDepth : std::uint8_t { bits8 = 1, bits16 = 2 };
 
-/// The largest sources and results, in pixels and in pixels per side. Larger ones are refused.
-inline constexpr std::uint64_t maximumPixels = std::uint64_t{1} << 30;
+/// The largest side of a source or result, in pixels.
 inline constexpr std::uint32_t maximumSide = 1'000'000;
+inline constexpr std::uint64_t defaultMaximumPixels = std::uint64_t{1} << 30;
+/// How many pixels a source or result may have. Larger ones are refused. Any thread.
+std::uint64_t maximumPixels();
+/// Changes the limit for the whole process. Pictures that are already open are not checked again. Any thread.
+void setMaximumPixels(std::uint64_t pixels);
 /// The largest picture that may be held in memory, for a rotation or because its format requires it.
 inline constexpr std::uint64_t maximumBufferedBytes = std::uint64_t{2} << 30;
 
@@ -38,7 +42,7 @@ struct RowFormat {
     /// Whether pictures of this size are supported.
     bool isWithinLimits() const {
         return width >= 1 && height >= 1 && width <= maximumSide && height <= maximumSide
-               && pixels() <= maximumPixels;
+               && pixels() <= maximumPixels();
     }
 
     bool operator==(const RowFormat&) const = default;

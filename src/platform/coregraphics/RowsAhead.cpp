@@ -2,10 +2,10 @@
 
 #include "platform/coregraphics/SlotsAhead.h"
 #include "platform/host/Bytes.h"
+#include "platform/host/process/ProcessorCount.h"
 
 #include <algorithm>
 #include <cstring>
-#include <thread>
 
 namespace kestrine {
 
@@ -22,7 +22,7 @@ constexpr std::size_t bandCount = 8;
 constexpr std::size_t bandBytes = std::size_t{128} << 10;
 
 bool mayStartThreads(const RowFormat& format) {
-    static const bool hasOneCore = std::thread::hardware_concurrency() < 2;
+    static const bool hasOneCore = processorCount() < 2;
     return !hasOneCore && forbiddenScopes == 0 && format.pixels() >= minPixels;
 }
 
@@ -127,7 +127,7 @@ RowSourcePointer rowsAhead(RowSourcePointer input) {
 }
 
 std::size_t usefulThreads(const RowFormat& format) {
-    return mayStartThreads(format) ? std::min(std::thread::hardware_concurrency(), maxThreads) : 1;
+    return mayStartThreads(format) ? std::min(processorCount(), maxThreads) : 1;
 }
 
 RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsPerBand) {

@@ -15,7 +15,7 @@ RowSourcePointer rowsAhead(RowSourcePointer input);
 /// How many threads should share the work on a picture of this format; 1 if more would not help.
 std::size_t usefulThreads(const RowFormat& format);
 
-/// The rows of a picture that several sources decode, each on a thread of its own. The picture consists of
+/// The rows of a picture that several sources decode, each on its own thread. The picture consists of
 /// bands of `rowsPerBand` rows, and of n parts `parts[k]` delivers the rows of the bands k, k + n, k + 2n,
 /// ... All parts have the format of the whole picture.
 RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsPerBand);

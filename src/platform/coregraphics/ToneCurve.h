@@ -33,11 +33,11 @@ public:
     };
 
     static ToneCurve sRGB();
-    /// Nothing if the formula decreases anywhere or has numbers that are not finite.
+    /// nullopt if the formula decreases anywhere or has numbers that are not finite.
     static std::optional<ToneCurve> fromFormula(const Formula& formula);
     /// `samples` are light (65535 is full light) at equally spaced stored values from 0 to 1, joined by
     /// straight lines. A run of equal samples, which rounding causes near black, becomes a slope to its
-    /// neighbours. Nothing if there are fewer than two samples, or if they decrease anywhere or are all
+    /// neighbours. nullopt if there are fewer than two samples, or if they decrease anywhere or are all
     /// equal.
     static std::optional<ToneCurve> fromSamples(std::span<const std::uint16_t> samples);
     /// The curve from stored values to light if this curve gives lightness (CIE L*, as 0..1) instead of
@@ -67,7 +67,7 @@ private:
 /// curves are that of sRGB if the profile has no plain curves or is not for `model`.
 std::vector<ToneCurve> toneCurves(const ColorProfile* profile, ColorModel model);
 
-/// The curves of the profile. Nothing if it has none, or if one of them is not monotone or so flat that the
+/// The curves of the profile. nullopt if it has none, or if one of them is not monotone or so flat that the
 /// tables below could not keep its 256 codes apart.
 std::optional<std::vector<ToneCurve>> plainToneCurves(const ColorProfile& profile);
 

@@ -8,8 +8,8 @@ namespace kestrine {
 
 namespace {
 
-/// Nothing for a side that no image can have. One more than the largest side is let through for the crop that
-/// follows.
+/// nullopt for a side that no image can have. One pixel more than the largest side is accepted, because a
+/// crop follows.
 std::optional<std::uint32_t> wholePixels(double side) {
     const double whole = std::floor(side + std::max(0.01, side / 2097152.0));
     if (!(whole >= 1 && whole <= maximumSide + 1.0))

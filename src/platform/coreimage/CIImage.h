@@ -1,4 +1,5 @@
-// CIImage: a picture whose filters are recorded, not run. The y axis points up; extents begin at (0, 0).
+// CIImage: a picture with filters that are recorded and run later. The y axis points up; extents begin at (0,
+// 0).
 #pragma once
 
 #include "platform/imageio/Picture.h"
@@ -28,13 +29,14 @@ private:
 
 /// Filter "CILanczosScaleTransform": scaled by scale * aspectRatio horizontally and by scale vertically, in
 /// linear light where either axis is reduced and in the stored encoding where both are enlarged (linear light
-/// would ring darkly). A side of x scaled pixels has floor(x + max(0.01, x / 2^21)) whole pixels: the small
-/// addition keeps a side that was asked to be whole from losing a pixel to the rounding of the
-/// single-precision factors. No image when a side comes out at 0, negative, not finite or over 1,000,001.
+/// would give dark ringing). A side of x scaled pixels has floor(x + max(0.01, x / 2^21)) whole pixels:
+/// without the small addition, the rounding of the single-precision factors could cost a requested whole side
+/// one pixel. nullopt when a side is 0, negative, not finite or over 1,000,001.
 std::optional<CIImage> lanczosScaleTransform(const CIImage& image, float scale, float aspectRatio);
 
-/// Filter "CICrop" with a rectangle from (0, 0), that is from the bottom left corner: rows go at the top,
-/// columns at the right. `image` is the output of lanczosScaleTransform. No image when nothing is left.
+/// Filter "CICrop" with a rectangle from (0, 0), that is from the bottom left corner: removes rows at the
+/// top and columns at the right. `image` is the output of lanczosScaleTransform. nullopt when no pixel is
+/// left.
 std::optional<CIImage> crop(const CIImage& image, CIExtent rectangle);
 
 } // namespace kestrine

@@ -1,6 +1,6 @@
 // AppleDouble, version 2: a container in which file servers and foreign volumes store a file's metadata.
-// A header lists the entries; a number says what an entry contains. Entries are found by this number, not by
-// their usual position.
+// A header lists the entries; a number defines what an entry contains. Entries are found by this number, not
+// by their usual position.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -19,7 +19,7 @@ public:
     /// header and inside the container, and must not overlap.
     static Result<AppleDouble> parse(ByteView bytes);
 
-    /// The content of the entry; nothing when there is no such entry.
+    /// The content of the entry; nullopt when there is no such entry.
     std::optional<ByteView> content(AppleDoubleEntry entry) const;
 
     /// The maximum size of the entry at its position, in bytes: up to the next entry or the end. 0 when there

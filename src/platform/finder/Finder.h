@@ -1,7 +1,6 @@
 // The Finder: the file operations that scripts, Apple Events and the workspace ask for.
-// All three use these functions; only the workspace's recycling has a rule of its own: it continues after a
-// failure. No data is lost: an existing item is replaced only on request, and only when its replacement is
-// complete.
+// All three use these functions; only the workspace's recycling differs: it continues after a failure. No
+// data is lost: an existing item is replaced only on request, and only when its replacement is complete.
 #pragma once
 
 #include "platform/foundation/text/NSString.h"
@@ -20,7 +19,7 @@ struct FinderError {
     NSString message;
 };
 
-/// Nothing means success.
+/// nullopt means success.
 using FinderOutcome = std::optional<FinderError>;
 
 /// Whether an existing item of the same name is replaced.

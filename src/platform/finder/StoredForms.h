@@ -12,10 +12,10 @@ namespace kestrine {
 
 template <class Value>
 struct StoredForm {
-    /// The value; nothing when the bytes are invalid or contain none.
+    /// The value; nullopt when the bytes are invalid or contain none.
     std::optional<Value> (*read)(ByteView stored);
 
-    /// The bytes with `value` in place of the old value; empty when nothing needs to be stored. Nothing when
+    /// The bytes with `value` in place of the old value; empty when nothing needs to be stored. nullopt when
     /// the bytes are invalid or have no place for a value.
     std::optional<Bytes> (*changed)(ByteView stored, const Value& value);
 };

@@ -23,9 +23,10 @@ enum class Reason : std::uint8_t {
     inputOutput = 10,   ///< any other system error
     refused = 11,       ///< forbidden by a rule of this program
     empty = 12,         ///< a result without content, such as a picture of width zero
-    crashed = 13,       ///< the process that did the work ended before it answered
-    timeLimit = 14,     ///< the work took too long
-    outOfMemory = 15,   ///< there is not enough memory for the work
+    crashed = 13,       ///< the process that did the work ended before it gave a result
+    timeLimit = 14,     ///< the work took more time than it may, and was ended
+    outOfMemory = 15,   ///< there is not enough memory
+    implausible = 16,   ///< a file that is too short for what it claims to hold
 };
 
 /// A reason for programs and a message for people, without a full stop or newline at the end.

@@ -1,4 +1,4 @@
-// DamageRecord: why decoders had to make up pixels of a file that is cut off or damaged.
+// DamageRecord: why decoders had to invent pixels of a file that is cut off or damaged.
 #pragma once
 
 #include "platform/host/Result.h"
@@ -17,7 +17,7 @@ public:
             first_ = std::move(damage);
     }
 
-    /// Nothing if no damage has been noted.
+    /// nullopt if no damage has been noted.
     std::optional<Failure> first() const {
         const std::lock_guard lock(mutex_);
         return first_;

@@ -1,4 +1,4 @@
-// ImageCodec: what the engine knows about a file format. One folder per format; Registry.cpp lists the
+// ImageCodec: the interface of a file format. One folder per format; Registry.cpp lists the
 // codecs.
 #pragma once
 
@@ -21,6 +21,8 @@ struct FrameDescription {
     std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB without a profile
     bool canReduce = false;              ///< whether rows() can deliver 4, 2 or 1 eighths
     bool isUncompressed = false;         ///< whether decoding costs little more than reading the bytes
+    unsigned storedBitsPerPixel = 0;     ///< before compression; 0 if the same as in `format`
+    std::uint64_t heldBytes = 0; ///< of memory for a whole picture that rows() needs; 0 if they stream
 };
 
 /// An opened file whose header has been read. It holds no pixels.
@@ -43,12 +45,12 @@ public:
     /// The colour table of an indexed picture: red, green and blue of each colour; empty if there is none.
     virtual Result<Bytes> colorTable() const { return Bytes{}; }
 
-    /// Why some of the pixels delivered so far had to be made up: the file is cut off (truncated) or damaged
-    /// (malformed). Nothing if all of them came from the file. Any thread.
+    /// Why some of the pixels delivered so far had to be invented: the file is cut off (truncated) or damaged
+    /// (malformed). nullopt if all of them came from the file. Any thread.
     std::optional<Failure> damage() const { return damage_->first(); }
 
 protected:
-    /// Decoders that make up pixels note it here.
+    /// Decoders that invent pixels record it here.
     const std::shared_ptr<DamageRecord> damage_ = std::make_shared<DamageRecord>();
     std::vector<FrameDescription> frames_;
 };
@@ -74,7 +76,8 @@ struct ImageCodec {
 /// The codec that recognises the first bytes of the file; null if none does.
 const ImageCodec* codecFor(const ByteReader& reader);
 
-/// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does.
+/// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does, and with
+/// "implausible" if the file is too short for a picture that it claims to hold (see Plausibility.h).
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader);
 
 } // namespace kestrine

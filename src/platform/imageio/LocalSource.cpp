@@ -1,5 +1,8 @@
 #include "platform/imageio/LocalSource.h"
 
+#include "platform/host/process/MemoryBudget.h"
+#include "platform/imageio/Plausibility.h"
+
 #include <algorithm>
 
 namespace kestrine {
@@ -27,6 +30,11 @@ public:
     Result<RowSourcePointer> rows(std::size_t frame, int) const override {
         return RowSourcePointer(std::make_unique<ClearRows>(frames_[frame].format));
     }
+};
+
+struct KeptPixels {
+    MemoryReservation memory;
+    PixelBuffer pixels;
 };
 
 Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
@@ -58,13 +66,27 @@ Result<RowSourcePointer> LocalSource::rows(std::size_t frame, int eighths) {
     if (!keepsPixels(frame))
         return decode(frame, eighths);
     const std::lock_guard lock(mutex_);
-    std::shared_ptr<const PixelBuffer>& kept = kept_[frame];
-    if (kept == nullptr) {
-        RowSourcePointer decoded = TRY(decode(frame, 8));
-        PixelBuffer pixels = TRY(readAllRows(*decoded));
-        kept = std::make_shared<const PixelBuffer>(std::move(pixels));
-    }
-    return rowsOfPixels(kept);
+    if (kept_[frame] == nullptr)
+        kept_[frame] = TRY(decodeToKeep(frame));
+    return kept_[frame] ? rowsOfPixels(kept_[frame]) : decode(frame, 8);
+}
+
+Result<std::shared_ptr<const PixelBuffer>> LocalSource::decodeToKeep(std::size_t frame) const {
+    const RowFormat& format = frames()[frame].format;
+    if (!isWorthKeeping(format, isCanvas() ? 0 : file_->size()))
+        return std::shared_ptr<const PixelBuffer>();
+    std::optional<MemoryReservation> memory = budgetForKeptPictures().tryReserve(format.bytes());
+    if (!memory)
+        return std::shared_ptr<const PixelBuffer>();
+    RowSourcePointer decoded = TRY(decode(frame, 8));
+    PixelBuffer pixels = TRY(readAllRows(*decoded));
+    const auto kept = std::make_shared<const KeptPixels>(*std::move(memory), std::move(pixels));
+    return std::shared_ptr<const PixelBuffer>(kept, &kept->pixels);
+}
+
+bool LocalSource::holdsPixels(std::size_t frame) {
+    const std::lock_guard lock(mutex_);
+    return kept_[frame] != nullptr;
 }
 
 Result<Bytes> LocalSource::property(const Picture& picture, PictureProperty property) const {

@@ -21,7 +21,11 @@ public:
         return keepsPixels_ && frames()[frame].format.canBeBuffered();
     }
 
-    /// The rows of a frame, decoded at `eighths` eighths of its size; must be 8 if its pixels are kept.
+    /// Whether the pixels of a frame are in memory.
+    bool holdsPixels(std::size_t frame);
+
+    /// The rows of a frame, decoded at `eighths` eighths of its size; must be 8 if keepsPixels(frame). The
+    /// caller must have reserved the memory that decoding needs (see FrameDescription::heldBytes).
     Result<RowSourcePointer> rows(std::size_t frame, int eighths);
 
     std::optional<Failure> damage() const override { return decoder_->damage(); }
@@ -35,6 +39,8 @@ public:
 
 private:
     Result<RowSourcePointer> decode(std::size_t frame, int eighths) const;
+    /// Decodes the frame and keeps its pixels if there is memory for them; else gives null.
+    Result<std::shared_ptr<const PixelBuffer>> decodeToKeep(std::size_t frame) const;
 
     const std::unique_ptr<ImageDecoder> decoder_;
     const std::shared_ptr<const ByteReader> file_;

@@ -35,11 +35,11 @@ public:
     /// Whether it is an empty canvas and no file.
     virtual bool isCanvas() const { return false; }
 
-    /// From now on each frame is decoded only once, at full size, and its pixels are kept for further
-    /// results. A frame that is too large to be kept is decoded again for each result.
+    /// From now on each frame is decoded only at full size, and if there is memory for its pixels only once:
+    /// they are kept for further results.
     virtual void keepPixels() = 0;
 
-    /// Why some of the pixels decoded so far, of any frame, had to be made up; nothing if none were.
+    /// Why some of the pixels decoded so far, of any frame, had to be invented; nullopt if none were.
     virtual std::optional<Failure> damage() const = 0;
 
     /// A property of `picture`, which is of this source: the ICC profile of the result of its steps, or the

@@ -1,4 +1,5 @@
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/Plausibility.h"
 
 #include <algorithm>
 #include <array>
@@ -24,7 +25,10 @@ Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader
     const ImageCodec* codec = codecFor(*reader);
     if (codec == nullptr)
         return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
-    return codec->open(std::move(reader));
+    std::unique_ptr<ImageDecoder> decoder = TRY(codec->open(reader));
+    for (const FrameDescription& frame : decoder->frames())
+        TRY(checkPlausible(frame, reader->size()));
+    return decoder;
 }
 
 } // namespace kestrine

@@ -3,6 +3,7 @@
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
+#include "platform/host/process/MemoryBudget.h"
 #include "platform/imageio/LocalSource.h"
 #include "platform/imageio/exif/ExifBlock.h"
 
@@ -37,7 +38,8 @@ Resampling beforeTurn(const Resampling& resampling, int quarterTurns, std::uint3
     return result;
 }
 
-/// Builds the rows of a picture. Samples are rounded to 8 bits unless the file type `keeps16Bits`.
+/// Builds the rows of a picture. Samples are rounded to 8 bits unless the file type `keeps16Bits`. Must
+/// outlive the rows, since it holds the memory that is reserved for them.
 class Pipeline {
 public:
     Pipeline(const Picture& picture, bool keeps16Bits)
@@ -47,8 +49,9 @@ public:
     Result<RowSourcePointer> build() {
         RowPlan plan = planRows(picture_);
         const int eighths = chooseEighths(plan);
+        memory_ = TRY(budgetForHeldPictures().reserve(bytesToHold(plan)));
         RowSourcePointer rows = TRY(source_.rows(picture_.frame, eighths));
-        const bool isCostly = !picture_.description().isUncompressed && !source_.keepsPixels(picture_.frame);
+        const bool isCostly = !picture_.description().isUncompressed && !source_.holdsPixels(picture_.frame);
         RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(rows)) : std::move(rows);
         for (std::size_t i = 0; i < plan.steps.size(); ++i)
             pipeline = addStep(std::move(pipeline), plan.steps[i], i + 1 == plan.steps.size());
@@ -58,6 +61,16 @@ public:
     }
 
 private:
+    /// What decoding and turning need together. All of it is reserved in one step, because a job must not
+    /// wait for memory while it holds some.
+    std::uint64_t bytesToHold(const RowPlan& plan) const {
+        RowFormat turned = picture_.format();
+        if (!keeps16Bits_)
+            turned.depth = SampleDepth::bits8;
+        return (plan.quarterTurns == 0 ? 0 : turned.bytes())
+               + (source_.holdsPixels(picture_.frame) ? 0 : picture_.description().heldBytes);
+    }
+
     /// If the first step is a reduction, lets the decoder do a part of it and adapts the step.
     int chooseEighths(RowPlan& plan) const {
         if (plan.steps.empty() || !picture_.description().canReduce || source_.keepsPixels(picture_.frame))
@@ -88,13 +101,15 @@ private:
     LocalSource& source_;
     const bool keeps16Bits_;
     std::optional<ColorProfile> profile_; ///< of the rows after the steps added so far
+    MemoryReservation memory_;
 };
 
 Result<void> checkSize(const Picture& picture) {
     if (picture.width() == 0 || picture.height() == 0)
         return Failure{Reason::empty, "the result has no pixels"};
     if (!picture.isWithinLimits())
-        return Failure{Reason::tooLarge, "the result is larger than 2^30 pixels"};
+        return Failure{Reason::tooLarge,
+                       "the result has more than " + std::to_string(maximumPixels()) + " pixels"};
     return {};
 }
 
@@ -150,8 +165,8 @@ Result<PixelBuffer> readPixels(const Picture& picture) { return picture.source->
 Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output) {
     TRY(checkSize(picture));
     const OutputFormat& file = outputFormat(output.type);
-    RowSourcePointer built = TRY(Pipeline(picture, file.holds16Bits).build());
-    RowSourcePointer rows = std::move(built);
+    Pipeline pipeline(picture, file.holds16Bits);
+    RowSourcePointer rows = TRY(pipeline.build());
     if (!file.holdsAlpha)
         rows = rowsOnWhite(std::move(rows));
     const std::optional<ColorProfile> profile = picture.profile();
@@ -167,7 +182,8 @@ Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output
 
 Result<PixelBuffer> LocalSource::pixels(const Picture& picture) {
     TRY(checkSize(picture));
-    RowSourcePointer rows = TRY(Pipeline(picture, true).build());
+    Pipeline pipeline(picture, true);
+    RowSourcePointer rows = TRY(pipeline.build());
     return readAllRows(*rows);
 }
 

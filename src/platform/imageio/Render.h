@@ -1,4 +1,4 @@
-// Render: makes bytes or pixels of a Picture. There is no other way.
+// Render: makes the file or the pixels of a Picture. There is no other way.
 #pragma once
 
 #include "platform/imageio/OutputFormats.h"

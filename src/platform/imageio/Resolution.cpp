@@ -6,7 +6,7 @@ namespace {
 
 constexpr double lowestResolution = 1, highestResolution = 100'000;
 
-/// Not a number is outside, too.
+/// Not-a-number also counts as outside.
 double plausible(double pixelsPerInch) {
     return pixelsPerInch >= lowestResolution && pixelsPerInch <= highestResolution ? pixelsPerInch
                                                                                    : Resolution{}.horizontal;

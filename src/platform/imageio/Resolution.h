@@ -1,4 +1,4 @@
-// Resolution: how many pixels of a picture lie on an inch.
+// Resolution: the number of pixels per inch of a picture.
 #pragma once
 
 namespace kestrine {

@@ -5,7 +5,7 @@
 namespace kestrine {
 namespace {
 
-/// The script with that one command.
+/// A script with this command.
 NSString telling(const std::u16string& command) {
     return u"tell application \"Finder\"\n " + command + u"\n end tell";
 }
@@ -48,7 +48,7 @@ TEST(AppleScriptParser, deletingTakesAFile) {
     EXPECT_EQ(pathsOf(command), Paths{u"D:a"});
 }
 
-TEST(AppleScriptParser, duplicatingNamesItsFolderAndWhatGivesWay) {
+TEST(AppleScriptParser, duplicatingNamesItsFolderAndWhetherToReplace) {
     const FinderCommand command = commandIn(telling(u"duplicate {\"D:a\"} to \"D:f:\" with replacing"));
     EXPECT_EQ(command.verb, FinderVerb::duplicateItems);
     EXPECT_EQ(pathsOf(command), Paths{u"D:a"});
@@ -67,7 +67,7 @@ TEST(AppleScriptParser, movingTakesAListOrAFile) {
     }
 }
 
-TEST(AppleScriptParser, rangesTellWhereThingsStand) {
+TEST(AppleScriptParser, rangesAreThoseOfTheParts) {
     const NSString script = telling(u"move {\"D:a\",\"D:b\"} to \"D:f:\" with replacing");
     const FinderCommand command = commandIn(script);
     EXPECT_EQ(script.substring(command.range),
@@ -76,26 +76,26 @@ TEST(AppleScriptParser, rangesTellWhereThingsStand) {
     EXPECT_EQ(script.substring(command.destination->range), NSString(u"\"D:f:\""));
 }
 
-TEST(AppleScriptParser, quotesHoldAnyCharacterButQuotesAndBackslashes) {
+TEST(AppleScriptParser, quotesMayContainAnyCharacterExceptQuotesAndBackslashes) {
     const char16_t* names[] = {u"",
                                u"D:two words",
                                u"D:line\nend tell\ndelete file",
                                u"D:tab\t\r",
                                u"D:{a}, to 'b' -- (* & ; $(c) `d`",
-                               u"D:\xdce9\xdcff", // bytes that are no UTF-8
+                               u"D:\xdce9\xdcff", // bytes that are not UTF-8
                                u"D:\x65e5\x672c \xd83d\xde00"};
     for (const char16_t* name : names)
         EXPECT_EQ(pathsOf(commandIn(telling(std::u16string(u"delete {\"") + name + u"\"}"))), Paths{name})
             << NSString(name).utf8();
 }
 
-/// A command that does not fit, and the part of it that the error is about.
+/// An invalid command, and the part of it that the error reports.
 struct Misfit {
     const char16_t* command;
-    const char16_t* culprit;
+    const char16_t* reported;
 };
 
-TEST(AppleScriptParser, theErrorIsAboutTheFirstTokenThatDoesNotFit) {
+TEST(AppleScriptParser, theErrorReportsTheFirstInvalidToken) {
     const Misfit misfits[] = {
         {u"", u"\n"},
         {u"erase {\"a\"}", u"erase"},
@@ -127,11 +127,11 @@ TEST(AppleScriptParser, theErrorIsAboutTheFirstTokenThatDoesNotFit) {
         const NSString script = telling(row.command);
         const AppleScriptError error = errorIn(script);
         EXPECT_EQ(error.number, scriptSyntaxError);
-        EXPECT_EQ(script.substring(error.range), NSString(row.culprit)) << script.utf8();
+        EXPECT_EQ(script.substring(error.range), NSString(row.reported)) << script.utf8();
     }
 }
 
-TEST(AppleScriptParser, aScriptHasItsThreeLinesAndNothingElse) {
+TEST(AppleScriptParser, aScriptHasExactlyThreeLines) {
     const char16_t* scripts[] = {
         u"",
         u"tell",
@@ -150,7 +150,7 @@ TEST(AppleScriptParser, aScriptHasItsThreeLinesAndNothingElse) {
         EXPECT_EQ(errorIn(script).number, scriptSyntaxError) << NSString(script).utf8();
 }
 
-TEST(AppleScriptParser, aBackslashInATextIsNeverRead) {
+TEST(AppleScriptParser, aBackslashInAStringIsRefused) {
     for (const char16_t* text : {u"a\\\"b", u"a\\\\", u"\\n", u"a\\"}) {
         const NSString script = telling(std::u16string(u"delete {\"") + text + u"\"}");
         const AppleScriptError error = errorIn(script);
@@ -159,7 +159,7 @@ TEST(AppleScriptParser, aBackslashInATextIsNeverRead) {
     }
 }
 
-TEST(AppleScriptParser, aTextWithoutItsClosingQuoteReachesToTheEnd) {
+TEST(AppleScriptParser, aStringWithoutClosingQuoteExtendsToTheEnd) {
     const NSString script = u"tell application \"Finder\"\n delete {\"a}\n end tell";
     const AppleScriptError error = errorIn(script);
     EXPECT_EQ(error.range.end(), script.length());
@@ -167,13 +167,13 @@ TEST(AppleScriptParser, aTextWithoutItsClosingQuoteReachesToTheEnd) {
               "Expected a text in double quotes but found a text without its closing quote.");
 }
 
-TEST(AppleScriptParser, anErrorSaysWhatWasExpectedAndWhatWasFound) {
+TEST(AppleScriptParser, anErrorNamesTheExpectedAndTheFoundToken) {
     EXPECT_EQ(errorIn(telling(u"delete {\"a\"")).message.utf8(),
               "Expected “}” but found the end of the line.");
     EXPECT_EQ(errorIn(telling(u"move {\"a\"} into")).message.utf8(), "Expected “to” but found “into”.");
     EXPECT_EQ(errorIn(u"tell").message.utf8(), "Expected “application” but found the end of the script.");
     const std::u16string word(1000, u'x');
-    EXPECT_LT(errorIn(word).message.length(), 100u) << "a long word is shown in part";
+    EXPECT_LT(errorIn(word).message.length(), 100u) << "a long word is shortened";
 }
 
 std::u16string listOf(std::size_t count) {
@@ -183,12 +183,12 @@ std::u16string listOf(std::size_t count) {
     return u"{" + list + u"}";
 }
 
-TEST(AppleScriptParser, theNumberOfItemsIsBounded) {
+TEST(AppleScriptParser, theNumberOfItemsIsLimited) {
     EXPECT_EQ(commandIn(telling(u"delete " + listOf(maxScriptItems))).items.size(), maxScriptItems);
     EXPECT_EQ(errorIn(telling(u"delete " + listOf(maxScriptItems + 1))).number, scriptTooLarge);
 }
 
-TEST(AppleScriptParser, theLengthOfAScriptIsBounded) {
+TEST(AppleScriptParser, theLengthOfAScriptIsLimited) {
     const NSString empty = telling(u"delete {\"\"}");
     const std::u16string name(longestScript - empty.length(), u'n');
     EXPECT_EQ(pathsOf(commandIn(telling(u"delete {\"" + name + u"\"}"))), Paths{name});

@@ -13,7 +13,7 @@ namespace {
 constexpr const char* python = "/usr/bin/python3";
 constexpr const char* busDaemon = "/usr/bin/dbus-daemon";
 
-/// Ends a field of the note; no argument of a test has it.
+/// Separates the recorded fields; no argument of a test contains it.
 constexpr char fieldEnd = '\x1e', runEnd = '\x1f';
 
 void setVariable(const std::string& name, const std::optional<std::string>& value) {
@@ -31,7 +31,7 @@ std::vector<std::string> split(const std::string& text, char end) {
     return pieces;
 }
 
-/// Of its own, so that no service of the machine's desktop is ever started by a test.
+/// The bus has its own configuration, so that a test never starts services of the machine's desktop.
 std::string busConfiguration(const FakeDesktop& desktop) {
     const std::string folder = desktop.folder().path().string();
     return "<busconfig><type>session</type><listen>unix:path=" + folder + "/bus</listen><servicedir>" + folder
@@ -51,7 +51,7 @@ std::string serviceText(const std::string& record, const std::string& behaviour,
     return "[D-BUS Service]\nName=org.freedesktop.portal.Desktop\nExec=" + command + "\n";
 }
 
-/// The daemon says its process when it is ready to be called.
+/// The daemon prints its process number when it is ready.
 std::FILE* startDaemon(const FakeDesktop& desktop) {
     const std::string configuration = desktop.folder().write("bus.conf", busConfiguration(desktop));
     const std::string command = std::string("exec ") + busDaemon
@@ -116,7 +116,7 @@ FakePortal::FakePortal(const FakeDesktop& desktop, const std::string& behaviour,
     std::array<char, 32> line{};
     if (daemon_ && std::fgets(line.data(), line.size(), daemon_))
         process_ = std::atoi(line.data());
-    EXPECT_GT(process_, 0) << "the message bus does not start";
+    EXPECT_GT(process_, 0) << "the message bus did not start";
 }
 
 FakePortal::~FakePortal() {

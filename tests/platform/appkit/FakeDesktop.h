@@ -1,5 +1,5 @@
 // A desktop for tests: a display that does not exist, dialogue programs that only record their arguments, and
-// a message bus of its own with a portal that answers as a test wants.
+// a separate message bus with a portal whose replies the test chooses.
 #pragma once
 
 #include "tests/support/TemporaryFolder.h"
@@ -12,7 +12,7 @@
 
 namespace kestrine::testing {
 
-/// A variable of this process's environment, set (or removed) while the object lives.
+/// Sets or removes an environment variable of this process during its lifetime.
 class ScopedVariable {
 public:
     ScopedVariable(std::string name, const std::optional<std::string>& value);
@@ -25,21 +25,21 @@ private:
     std::optional<std::string> before_;
 };
 
-/// While it lives, only the programs in its folder are found, there is no message bus, and the locale is
+/// During its lifetime only the programs in its folder are found, there is no message bus, and the locale is
 /// UTF-8.
 class FakeDesktop {
 public:
     FakeDesktop();
 
-    /// Makes a program that records its arguments, prints `output` and then runs the shell commands `end`, in
-    /// which $folder is folder().
+    /// Creates a program that records its arguments, prints `output` and then runs the shell commands `end`,
+    /// in which $folder is folder().
     void addProgram(const std::string& name, const std::string& output,
                     const std::string& end = "exit 0") const;
 
-    /// Makes a folder of that name that a person could choose; its path.
+    /// Creates a folder that can be chosen. Returns its path.
     std::string addFolder(const std::string& name = "Pictures") const;
 
-    /// The arguments of each run so far, one run after the other: name, arguments.
+    /// All runs so far in order; each has the program's name and its arguments.
     using Runs = std::vector<std::vector<std::string>>;
     Runs runs() const;
 
@@ -50,25 +50,25 @@ private:
     const ScopedVariable path_, display_, wayland_, bus_, locale_, allCategories_;
 };
 
-/// A message bus with FakePortal.py as the desktop's portal, which is started by the first call to it.
+/// A message bus with FakePortal.py as the desktop's portal, which the bus starts at the first call.
 class FakePortal {
 public:
-    /// Why tests cannot have one here; empty when they can.
+    /// Why this system cannot run one; empty if it can.
     static std::string whyMissing();
 
-    /// `behaviour` as in FakePortal.py; `uris` are what it gives as chosen. For use inside a FakeDesktop.
+    /// `behaviour` as in FakePortal.py; `uris` are the chosen items that it returns. Needs a FakeDesktop.
     FakePortal(const FakeDesktop& desktop, const std::string& behaviour,
                const std::vector<std::string>& uris = {});
     ~FakePortal();
     FakePortal(const FakePortal&) = delete;
     FakePortal& operator=(const FakePortal&) = delete;
 
-    /// The questions it was asked, one per line: [parent window, title, {options}].
+    /// The requests received, one per line: [parent window, title, {options}].
     std::string questions() const { return readFile(record_); }
 
 private:
     const std::string record_;
-    std::FILE* daemon_; ///< what the bus daemon says
+    std::FILE* daemon_; ///< the output of the bus daemon
     pid_t process_ = 0;
     const ScopedVariable bus_;
 };

@@ -1,6 +1,6 @@
-# A stand-in for the desktop's portal, started by the bus that a test brought up.
+# A substitute for the desktop's portal, started by the message bus of a test.
 #   FakePortal.py BEHAVIOUR RECORD [URI...]
-# Notes each question in the file RECORD and answers as BEHAVIOUR (a key of `behaviours`) says.
+# Appends each request to the file RECORD and replies according to BEHAVIOUR (a key of `behaviours`).
 import json
 import os
 import signal

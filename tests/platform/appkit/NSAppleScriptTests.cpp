@@ -53,7 +53,7 @@ TEST_F(NSAppleScriptTest, aFileIsDeleted) {
     EXPECT_TRUE(fs::exists(place_.trashed("a.txt")));
 }
 
-TEST_F(NSAppleScriptTest, theWordFileTakesAFolderToo) {
+TEST_F(NSAppleScriptTest, theWordFileAlsoAcceptsAFolder) {
     const std::string folder = place_.makeFolder("folder");
     EXPECT_FALSE(run(telling(NSString(u"delete file ") + quoted(folder))));
     EXPECT_TRUE(fs::is_directory(place_.trashed("folder")));
@@ -79,7 +79,7 @@ TEST_F(NSAppleScriptTest, movingTakesAListOrAFile) {
     EXPECT_TRUE(fs::exists(folder + "/a") && fs::exists(folder + "/b"));
 }
 
-TEST_F(NSAppleScriptTest, whatIsThereGivesWayOnlyWithReplacing) {
+TEST_F(NSAppleScriptTest, anExistingItemIsReplacedOnlyWithReplacing) {
     const std::string file = place_.write("a.txt", "new");
     const std::string folder = place_.makeFolder("folder");
     place_.write("folder/a.txt", "old");
@@ -91,7 +91,7 @@ TEST_F(NSAppleScriptTest, whatIsThereGivesWayOnlyWithReplacing) {
     EXPECT_EQ(readFile(folder + "/a.txt"), "new");
 }
 
-TEST_F(NSAppleScriptTest, whatTheFinderCannotFindIsToldByItsRange) {
+TEST_F(NSAppleScriptTest, anItemThatTheFinderCannotFindIsReportedByItsRange) {
     const std::string file = place_.write("a.txt");
     const NSString source = telling(NSString(u"delete {") + quoted(file) + u",\"No such disk:x\"}");
     const ScriptErrorInformation error = run(source);
@@ -101,10 +101,10 @@ TEST_F(NSAppleScriptTest, whatTheFinderCannotFindIsToldByItsRange) {
     EXPECT_EQ(errorTextIn(error, NSAppleScriptErrorBriefMessage), NSString(u"Can’t get “No such disk:x”."));
     EXPECT_EQ(errorTextIn(error, NSAppleScriptErrorMessage),
               NSString(u"Finder got an error: Can’t get “No such disk:x”."));
-    EXPECT_TRUE(fs::exists(file)) << "all items are looked up before anything is done";
+    EXPECT_TRUE(fs::exists(file)) << "all items are looked up first";
 }
 
-TEST_F(NSAppleScriptTest, theEmptyPathCannotBeGot) {
+TEST_F(NSAppleScriptTest, theEmptyPathIsNotFound) {
     const std::string file = place_.write("a.txt");
     for (const NSString& command :
          {NSString(u"delete {\"\"}"), NSString(u"delete file \"\""),
@@ -118,7 +118,7 @@ TEST_F(NSAppleScriptTest, theEmptyPathCannotBeGot) {
     EXPECT_TRUE(fs::exists(file));
 }
 
-TEST_F(NSAppleScriptTest, whatTheFinderCannotDoIsToldByTheWholeCommand) {
+TEST_F(NSAppleScriptTest, aFailedCommandIsReportedByItsWholeRange) {
     const NSString file = quoted(place_.write("a.txt")), notAFolder = quoted(place_.write("b.txt", "old"));
     const NSString command = NSString(u"move {") + file + u"} to " + notAFolder + u" with replacing";
     const ScriptErrorInformation error = run(telling(command));
@@ -128,7 +128,7 @@ TEST_F(NSAppleScriptTest, whatTheFinderCannotDoIsToldByTheWholeCommand) {
     EXPECT_EQ(readFile(place_ / "b.txt"), "old");
 }
 
-TEST_F(NSAppleScriptTest, aScriptThatIsNotUnderstoodDoesNothing) {
+TEST_F(NSAppleScriptTest, anInvalidScriptDoesNothing) {
     const std::string file = place_.write("a.txt");
     const NSString source = telling(NSString(u"delete {") + quoted(file) + u"} now");
     const ScriptErrorInformation error = run(source);
@@ -136,11 +136,11 @@ TEST_F(NSAppleScriptTest, aScriptThatIsNotUnderstoodDoesNothing) {
     EXPECT_EQ(errorPlaceIn(error, source), NSString(u"now"));
     EXPECT_EQ(errorTextIn(error, NSAppleScriptErrorMessage),
               errorTextIn(error, NSAppleScriptErrorBriefMessage));
-    EXPECT_FALSE(errorTextIn(error, NSAppleScriptErrorAppName)) << "the Finder was not asked";
+    EXPECT_FALSE(errorTextIn(error, NSAppleScriptErrorAppName)) << "the Finder was not called";
     EXPECT_TRUE(fs::exists(file));
 }
 
-TEST_F(NSAppleScriptTest, successLeavesTheErrorInformationAlone) {
+TEST_F(NSAppleScriptTest, successDoesNotChangeTheErrorInformation) {
     const ScriptErrorInformation before = errorInformation({-1, u"before", {}});
     ScriptErrorInformation error = before;
     const NSString source = telling(NSString(u"delete file ") + quoted(place_.write("a.txt")));

@@ -20,7 +20,7 @@ namespace {
 
 using Reps = std::vector<std::shared_ptr<NSBitmapImageRep>>;
 
-/// What is loaded from a file of these bytes.
+/// The representations of a file with these bytes.
 Reps repsOf(const Bytes& file) {
     const testing::TemporaryFolder folder;
     return NSBitmapImageRep::imageRepsWithContentsOfFile(NSString::fromUTF8(folder.write("a", file)));
@@ -44,13 +44,13 @@ std::unique_ptr<ImageDecoder> decoderOf(const std::shared_ptr<const NSData>& fil
 
 } // namespace
 
-TEST(NSBitmapImageRep, aFileWithoutAPictureHasNone) {
+TEST(NSBitmapImageRep, aFileThatIsNoPictureHasNoRepresentations) {
     EXPECT_TRUE(repsOf({}).empty());
     EXPECT_TRUE(repsOf(testing::bytesOf("no picture at all")).empty());
     EXPECT_TRUE(NSBitmapImageRep::imageRepsWithContentsOfFile(u"/nowhere/a.jpg").empty());
 }
 
-TEST(NSBitmapImageRep, itsProfileEXIFAndColourTableAreItsPropertiesAndOthersAreNone) {
+TEST(NSBitmapImageRep, itsOnlyPropertiesAreProfileEXIFAndColourTable) {
     const ColorProfile profile = ColorProfile::adobeRGB();
     const Bytes exif = {'M', 'M', 0, 42, 0, 0,   0,   8,   0, 1, 0x01, 0x0F, 0,
                         2,   0,   0, 0,  4, 'C', 'a', 'm', 0, 0, 0,    0,    0};
@@ -66,7 +66,7 @@ TEST(NSBitmapImageRep, itsProfileEXIFAndColourTableAreItsPropertiesAndOthersAreN
     EXPECT_EQ(gif->valueForProperty(NSImageColorSyncProfileData), nullptr);
 }
 
-TEST(NSBitmapImageRep, whatWasDrawnFromAFileHasItsProfileButNeitherItsEXIFNorItsColourTable) {
+TEST(NSBitmapImageRep, aDrawnPictureKeepsTheProfileButNotEXIFOrColourTable) {
     const auto gif = repsOf(encoded(photo(), gif::encode)).front();
     const NSBitmapImageRep drawn(gif->picture().with(QuarterTurn::clockwise), {10, 20});
     EXPECT_EQ(drawn.valueForProperty(NSImageRGBColorTable), nullptr);
@@ -79,19 +79,19 @@ TEST(NSBitmapImageRep, whatWasDrawnFromAFileHasItsProfileButNeitherItsEXIFNorIts
     EXPECT_NE(faded.valueForProperty(NSImageColorSyncProfileData), nullptr);
 }
 
-TEST(NSBitmapImageRep, everyFileTypeTakesThePixelsAndTheResolutionOfThePoints) {
+TEST(NSBitmapImageRep, everyFileTypeStoresThePixelsAndTheResolution) {
     const NSBitmapImageRep bitmap = bitmapOf(photo(), {10, 10});
     for (const FileType type : {FileType::tiff, FileType::png, FileType::jpeg, FileType::gif}) {
         const auto file = bitmap.representationUsingType(type, {});
         ASSERT_NE(file, nullptr);
         const FrameDescription frame = decoderOf(file)->frames().front();
         EXPECT_EQ(frame.format.width, 20U);
-        // A GIF has no place for it.
+        // A GIF cannot store it.
         EXPECT_EQ(frame.resolution, type == FileType::gif ? Resolution{} : (Resolution{144, 72}));
     }
 }
 
-TEST(NSBitmapImageRep, aProfileThatIsNoneOrDoesNotFitIsLeftOut) {
+TEST(NSBitmapImageRep, anInvalidOrUnsuitableProfileIsLeftOut) {
     const NSBitmapImageRep bitmap = bitmapOf(photo(), {20, 10});
     const auto gray = ColorProfile::fromGamma(2, {}, ColorModel::gray);
     const Object values[] = {std::make_shared<NSData>(testing::bytesOf("none")),
@@ -105,7 +105,7 @@ TEST(NSBitmapImageRep, aProfileThatIsNoneOrDoesNotFitIsLeftOut) {
     }
 }
 
-TEST(NSBitmapImageRep, itsSizeInPointsMayChangeAndItsPixelsMayNot) {
+TEST(NSBitmapImageRep, itsSizeInPointsCanChangeButNotItsPixels) {
     NSBitmapImageRep bitmap = bitmapOf(photo(), {20, 10});
     bitmap.setSize({5, 5});
     EXPECT_EQ(bitmap.size(), (NSSize{5, 5}));
@@ -113,7 +113,7 @@ TEST(NSBitmapImageRep, itsSizeInPointsMayChangeAndItsPixelsMayNot) {
     EXPECT_EQ(bitmap.pixelsHigh(), 10);
 }
 
-TEST(NSBitmapImageRep, itsDataIsMultipliedByAlphaInEitherDepth) {
+TEST(NSBitmapImageRep, itsDataIsMultipliedByAlphaInBothDepths) {
     const auto half = [](SampleDepth depth, unsigned alpha, unsigned color) {
         return makePicture({3, 2, ColorModel::gray, true, depth},
                            [=](auto x, auto, std::size_t c) { return c == 1 ? alpha : x * color; });
@@ -127,7 +127,7 @@ TEST(NSBitmapImageRep, itsDataIsMultipliedByAlphaInEitherDepth) {
     EXPECT_THAT(samples, ::testing::ElementsAre(0, 0x8000, 0x2000, 0x8000, 0x4000, 0x8000));
 }
 
-TEST(NSBitmapImageRep, withoutAlphaItsDataIsTheSamples) {
+TEST(NSBitmapImageRep, withoutAlphaItsDataHasTheSamplesUnchanged) {
     EXPECT_EQ(bitmapOf(photo(), {20, 10}).bitmapData()->bytes(), photo().bytes);
 }
 
@@ -135,7 +135,7 @@ TEST(NSBitmapImageRep, pixelsThatCannotBeReadGiveNoDataAndNoFile) {
     Bytes file = encoded(photo(), png::encode);
     file.resize(file.size() / 2);
     const Reps reps = repsOf(file);
-    ASSERT_EQ(reps.size(), 1U) << "its header is whole";
+    ASSERT_EQ(reps.size(), 1U) << "its header is complete";
     EXPECT_EQ(reps.front()->bitmapData(), nullptr);
     EXPECT_EQ(reps.front()->representationUsingType(FileType::png, {}), nullptr);
 }

@@ -82,35 +82,35 @@ PixelBuffer pixelsOf(const NSImage& image) { return *readPixels(image.representa
 
 } // namespace
 
-TEST(NSImage, theBestRepresentationHasMostPixelsAndIsTheFirstOfEquals) {
+TEST(NSImage, theBestRepresentationIsTheFirstWithTheMostPixels) {
     const NSImage image = imageOf({{4, 4}, {9, 2}, {3, 6}, {2, 9}, {17, 1}});
     EXPECT_EQ(image.bestRepresentation(), image.representations()[1]);
     EXPECT_EQ(NSImage({10, 10}).bestRepresentation(), nullptr);
 }
 
-TEST(NSImage, theBestRepresentationStaysTheBestWhateverItsSizeInPoints) {
+TEST(NSImage, theBestRepresentationDoesNotDependOnSizesInPoints) {
     const NSImage image = imageOf({{4, 4}, {9, 9}});
     image.representations()[1]->setSize({1, 1});
     EXPECT_EQ(image.bestRepresentation(), image.representations()[1]);
 }
 
-TEST(NSImage, encodingTakesTheFirstRepresentationAndDrawingTheBest) {
+TEST(NSImage, encodingUsesTheFirstRepresentationAndDrawingTheBest) {
     const NSImage image = imageOf({{4, 4}, {10, 10}});
     EXPECT_EQ(image.bitmapOfTIFFRepresentation()->pixelsWide(), 4);
-    EXPECT_EQ(image.bitmapOfTIFFRepresentation()->size(), (NSSize{10, 10})) << "the image's own";
+    EXPECT_EQ(image.bitmapOfTIFFRepresentation()->size(), (NSSize{10, 10})) << "the size of the image";
     EXPECT_TRUE(samePicture(pixelsOf(*drawnImage({10, 10}, image)),
                             *readPixels(image.representations()[1]->picture())));
     EXPECT_EQ(NSImage({10, 10}).bitmapOfTIFFRepresentation(), nullptr);
 }
 
-TEST(NSImage, aFileThatIsNoPictureOrIsNotThereGivesNone) {
+TEST(NSImage, aMissingFileOrOneThatIsNoPictureGivesNoImage) {
     const testing::TemporaryFolder folder;
     for (const std::string& path : {folder.write("text.jpg", "no picture"), folder.write("empty.png", ""),
                                     folder / "absent.gif", folder.path().string()})
         EXPECT_EQ(NSImage::initWithContentsOfFile(NSString::fromUTF8(path)), nullptr) << path;
 }
 
-TEST(NSImage, anImageFromAFileIsAsLargeInPointsAsItsResolutionSays) {
+TEST(NSImage, theSizeInPointsOfALoadedImageFollowsFromItsResolution) {
     const testing::TemporaryFolder folder;
     const auto rows = rowsOfPixels(
         std::make_shared<PixelBuffer>(makePhoto({300, 200, ColorModel::gray, false, SampleDepth::bits8})));
@@ -124,20 +124,20 @@ TEST(NSImage, anImageFromAFileIsAsLargeInPointsAsItsResolutionSays) {
 TEST(NSImage, thePagesOfAFileAreRepresentationsAndTheFirstIsTheBest) {
     const auto image = imageOfFile(tiffOfPages({{4, 3}, {20, 10}, {5, 5}}));
     ASSERT_EQ(image->representations().size(), 3U);
-    EXPECT_EQ(image->size(), (NSSize{4, 3})) << "the first one's";
+    EXPECT_EQ(image->size(), (NSSize{4, 3})) << "the size of the first page";
     EXPECT_EQ(image->representations()[1]->pixelsWide(), 20);
     EXPECT_EQ(image->representations()[2]->pixelsWide(), 5);
     EXPECT_EQ(image->bestRepresentation(), image->representations()[0]);
     EXPECT_EQ(image->bitmapOfTIFFRepresentation()->pixelsWide(), 4);
 }
 
-TEST(NSImage, aRepresentationAddedToThoseOfAFileIsTheBestWhenItHasMostPixels) {
+TEST(NSImage, afterAddingARepresentationTheBestIsTheOneWithTheMostPixels) {
     const auto image = imageOfFile(tiffOfPages({{4, 3}, {20, 10}}));
     image->addRepresentation(photoRep(2, 2));
     EXPECT_EQ(image->bestRepresentation(), image->representations()[1]);
 }
 
-TEST(NSImage, theFileMayGoAwayOnceItIsLoaded) {
+TEST(NSImage, theFileMayBeRemovedAfterLoading) {
     const testing::TemporaryFolder folder;
     const PixelBuffer photo = makePhoto({12, 8, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
@@ -157,7 +157,7 @@ TEST(NSImage, keptPixelsOfSeveralRepresentationsAreDecodedOnceEach) {
     EXPECT_EQ(LocalSource::decodesStarted() - before, 2U);
 }
 
-TEST(NSImage, theTIFFRepresentationIsAFileOfTheFirstRepresentationWithItsProfile) {
+TEST(NSImage, theTIFFRepresentationHasTheFirstRepresentationAndItsProfile) {
     const PixelBuffer photo = makePhoto({12, 8, ColorModel::rgb, true, SampleDepth::bits16});
     const ColorProfile profile = ColorProfile::adobeRGB();
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
@@ -168,11 +168,11 @@ TEST(NSImage, theTIFFRepresentationIsAFileOfTheFirstRepresentationWithItsProfile
     const auto source = *LocalSource::open(readerOfBytes(image.TIFFRepresentation()->bytes()));
     EXPECT_TRUE(samePicture(*readPixels({source, 0, {}}), photo));
     EXPECT_EQ(source->frames().front().profile, profile);
-    EXPECT_EQ(source->frames().front().resolution, (Resolution{144, 72})) << "by the image's size";
+    EXPECT_EQ(source->frames().front().resolution, (Resolution{144, 72})) << "from the size of the image";
     EXPECT_EQ(NSImage({6, 8}).TIFFRepresentation(), nullptr);
 }
 
-TEST(Drawing, aCanvasHasTheWholePixelsNearestToItsPoints) {
+TEST(Drawing, theSidesOfACanvasAreRoundedToWholePixels) {
     const NSImage image = imageOf({{20, 20}});
     const struct {
         float points;
@@ -186,14 +186,14 @@ TEST(Drawing, aCanvasHasTheWholePixelsNearestToItsPoints) {
     }
 }
 
-TEST(Drawing, aCanvasWithoutAreaOrOfImpossibleSizeStaysEmpty) {
+TEST(Drawing, aCanvasOfZeroOrInvalidSizeStaysEmpty) {
     const NSImage image = imageOf({{20, 20}});
     const float infinite = std::numeric_limits<float>::infinity();
     for (const NSSize size : {NSSize{0, 5}, {5, 0}, {-3, 5}, {std::nanf(""), 5}, {5, infinite}, {5, 1.1e6F}})
         EXPECT_TRUE(drawnImage(size, image)->representations().empty()) << size.width << " x " << size.height;
 }
 
-TEST(Drawing, anImageWithoutRepresentationsLeavesTheCanvasClear) {
+TEST(Drawing, anImageWithoutRepresentationsLeavesTheCanvasTransparent) {
     const auto drawn = drawnImage({5.4F, 3}, NSImage({10, 10}));
     EXPECT_TRUE(
         samePicture(pixelsOf(*drawn), testing::makePicture({5, 3, ColorModel::rgb, true, SampleDepth::bits8},
@@ -207,14 +207,14 @@ TEST(Drawing, aSecondDrawingOfTheSameFractionalSizeIsAPixelCopy) {
     EXPECT_TRUE(samePicture(pixelsOf(*twice), pixelsOf(*once)));
 }
 
-TEST(Drawing, aTurnFillsTheCanvasWithTheTurnedPicture) {
+TEST(Drawing, aTurnedPictureFillsTheCanvas) {
     const NSImage image = imageOf({{20, 10}});
     const auto drawn = drawnImage({10, 20}, image, {.turn = QuarterTurn::clockwise});
     EXPECT_EQ(sampleAt(pixelsOf(*drawn), 9, 0, 1), sampleAt(pixelsOf(image), 0, 0, 1));
     EXPECT_EQ(sampleAt(pixelsOf(*drawn), 0, 19, 1), sampleAt(pixelsOf(image), 19, 9, 1));
 }
 
-TEST(Drawing, onWhiteThereIsNoAlphaLeft) {
+TEST(Drawing, drawingOnWhiteRemovesAlpha) {
     const NSImage image = imageOf({{20, 10}});
     const auto faded = drawnImage({20, 10}, image, {.fraction = 0.5F});
     EXPECT_TRUE(pixelsOf(*faded).format.hasAlpha);
@@ -225,7 +225,7 @@ TEST(Drawing, onWhiteThereIsNoAlphaLeft) {
     EXPECT_TRUE(samePicture(atOnce, flat));
 }
 
-TEST(NSImageDamage, isKnownOnceTheDamagedRowsWereDecoded) {
+TEST(NSImageDamage, isKnownAfterDecodingTheDamagedRows) {
     const auto image = imageOfFile(cutOffJPEG(60, 80));
     EXPECT_FALSE(image->damage());
     pixelsOf(*image);
@@ -233,7 +233,7 @@ TEST(NSImageDamage, isKnownOnceTheDamagedRowsWereDecoded) {
     EXPECT_EQ(image->damage()->reason, Reason::truncated);
 }
 
-TEST(NSImageDamage, isThatOfEveryImageMadeFromTheFile) {
+TEST(NSImageDamage, isSharedByAllImagesMadeFromTheFile) {
     const auto image = imageOfFile(cutOffJPEG(60, 80));
     const auto small = drawnImage({6, 8}, *image, {.turn = QuarterTurn::clockwise});
     pixelsOf(*small);
@@ -241,7 +241,7 @@ TEST(NSImageDamage, isThatOfEveryImageMadeFromTheFile) {
     EXPECT_TRUE(image->damage());
 }
 
-TEST(NSImageDamage, isSeenWhenAnotherThreadDecodesAndWhenPixelsAreKept) {
+TEST(NSImageDamage, isFoundWhenAnotherThreadDecodesAndWhenPixelsAreKept) {
     for (const bool keeps : {false, true}) {
         const auto image = imageOfFile(cutOffJPEG(640, 400));
         if (keeps)
@@ -252,7 +252,7 @@ TEST(NSImageDamage, isSeenWhenAnotherThreadDecodesAndWhenPixelsAreKept) {
     }
 }
 
-TEST(NSImageDamage, aWholeFileAndAnEmptyImageHaveNone) {
+TEST(NSImageDamage, aCompleteFileAndAnEmptyImageHaveNone) {
     const auto image = imageOfFile(tiffOfPages({{3, 3}}));
     pixelsOf(*image);
     EXPECT_FALSE(image->damage());

@@ -36,7 +36,7 @@ TEST_F(Workspace, theOperationsHaveTheirPublishedNames) {
     EXPECT_EQ(NSString(NSWorkspaceRecycleOperation), u"recycle");
 }
 
-TEST_F(Workspace, theMoveBringsTheFilesToTheDestination) {
+TEST_F(Workspace, moveMovesTheFilesToTheDestination) {
     folder_.write("from/a \xFF.jpg", "a");
     folder_.write("from/album/b.jpg", "b");
     int tag = 7;
@@ -46,13 +46,13 @@ TEST_F(Workspace, theMoveBringsTheFilesToTheDestination) {
     EXPECT_FALSE(exists("from/a \xFF.jpg") || exists("from/album"));
 }
 
-TEST_F(Workspace, theCopyLeavesTheFilesAtTheSource) {
+TEST_F(Workspace, copyKeepsTheFilesAtTheSource) {
     folder_.write("from/a.jpg", "a");
     EXPECT_TRUE(perform(NSWorkspaceCopyOperation, {"a.jpg"}));
     EXPECT_EQ(readFile(folder_ / "to/a.jpg") + readFile(folder_ / "from/a.jpg"), "aa");
 }
 
-TEST_F(Workspace, theLinkLeadsToTheSource) {
+TEST_F(Workspace, linkPointsToTheSource) {
     folder_.write("from/a.jpg", "a");
     int tag = 7;
     EXPECT_TRUE(perform(NSWorkspaceLinkOperation, {"a.jpg"}, &tag));
@@ -72,7 +72,7 @@ TEST_F(Workspace, nothingIsReplaced) {
     }
 }
 
-TEST_F(Workspace, aFailureIsToldByTheTag) {
+TEST_F(Workspace, aFailureIsReportedByTheTag) {
     folder_.write("from/a.jpg", "a");
     int tag = 0;
     EXPECT_FALSE(perform(NSWorkspaceMoveOperation, {"missing.jpg"}, &tag));
@@ -86,7 +86,7 @@ TEST_F(Workspace, aFailureIsToldByTheTag) {
     EXPECT_TRUE(exists("from/a.jpg"));
 }
 
-TEST_F(Workspace, anEmptyNameDoesNotStandForTheSource) {
+TEST_F(Workspace, anEmptyNameDoesNotMeanTheSource) {
     for (const char16_t* operation : {NSWorkspaceRecycleOperation, NSWorkspaceMoveOperation,
                                       NSWorkspaceCopyOperation, NSWorkspaceLinkOperation}) {
         for (const char* name : {"", "/", "//", ".", ".."})
@@ -96,7 +96,7 @@ TEST_F(Workspace, anEmptyNameDoesNotStandForTheSource) {
     }
 }
 
-TEST_F(Workspace, packagesAreToldFromFolders) {
+TEST_F(Workspace, packagesAreDistinguishedFromFolders) {
     std::filesystem::create_directory(folder_.path() / "Preview.app");
     const NSWorkspace& workspace = NSWorkspace::shared();
     EXPECT_TRUE(workspace.isFilePackageAtPath(NSString::fromUTF8(folder_ / "Preview.app")));

@@ -15,7 +15,7 @@ using Runs = FakeDesktop::Runs;
 
 std::string uriOf(const std::string& path) { return "file://" + path; }
 
-/// A panel as the presets use it: one folder.
+/// A panel for one folder, as presets use it.
 std::unique_ptr<NSOpenPanel> folderPanel(const NSString& message = u"Choose") {
     std::unique_ptr<NSOpenPanel> panel = NSOpenPanel::openPanel();
     panel->canChooseFiles = false;
@@ -25,7 +25,7 @@ std::unique_ptr<NSOpenPanel> folderPanel(const NSString& message = u"Choose") {
     return panel;
 }
 
-/// What a folder panel ends with: the path after OK, "cancel" otherwise.
+/// The result of a folder panel: the path after OK, otherwise "cancel".
 std::string chosenFolder(const NSString& message = u"Choose") {
     const std::unique_ptr<NSOpenPanel> panel = folderPanel(message);
     return panel->runModal() == NSOKButton ? panel->filename().utf8() : "cancel";
@@ -37,7 +37,7 @@ public:
     NSString filename() const override { return u"/injected"; }
 };
 
-TEST(OpenPanel, isTheFactorysWhileOneIsSet) {
+TEST(OpenPanel, comesFromTheFactoryIfThereIsOne) {
     NSOpenPanel::setFactory(
         []() -> std::unique_ptr<NSOpenPanel> { return std::make_unique<InjectedPanel>(); });
     const auto injected = NSOpenPanel::openPanel();
@@ -46,7 +46,7 @@ TEST(OpenPanel, isTheFactorysWhileOneIsSet) {
     EXPECT_EQ(dynamic_cast<InjectedPanel*>(NSOpenPanel::openPanel().get()), nullptr);
 }
 
-TEST(OpenPanel, beginsAsAPanelForOneFile) {
+TEST(OpenPanel, isAPanelForOneFileByDefault) {
     const auto panel = NSOpenPanel::openPanel();
     EXPECT_TRUE(panel->canChooseFiles);
     EXPECT_FALSE(panel->canChooseDirectories);
@@ -54,7 +54,7 @@ TEST(OpenPanel, beginsAsAPanelForOneFile) {
     EXPECT_TRUE(panel->filename().isEmpty());
 }
 
-TEST(OpenPanel, cancelsAtOnceWhereThereIsNoDisplay) {
+TEST(OpenPanel, cancelsAtOnceWithoutADisplay) {
     const FakeDesktop desktop;
     desktop.addProgram("zenity", desktop.addFolder() + "\n");
     for (const std::optional<std::string>& display :
@@ -66,7 +66,7 @@ TEST(OpenPanel, cancelsAtOnceWhereThereIsNoDisplay) {
     EXPECT_EQ(desktop.runs(), Runs{});
 }
 
-TEST(OpenPanel, eitherKindOfDisplayIsEnough) {
+TEST(OpenPanel, oneKindOfDisplayIsEnough) {
     const FakeDesktop desktop;
     desktop.addProgram("zenity", desktop.addFolder() + "\n");
     EXPECT_EQ(chosenFolder(), desktop.addFolder());
@@ -74,12 +74,12 @@ TEST(OpenPanel, eitherKindOfDisplayIsEnough) {
     EXPECT_EQ(chosenFolder(), desktop.addFolder());
 }
 
-TEST(OpenPanel, cancelsWhereNothingCanShowADialogue) {
+TEST(OpenPanel, cancelsIfNoProgramCanShowADialogue) {
     const FakeDesktop desktop;
     EXPECT_EQ(chosenFolder(), "cancel");
 }
 
-TEST(OpenPanel, cancelsWhereNothingMayBeChosen) {
+TEST(OpenPanel, cancelsIfNeitherFilesNorFoldersMayBeChosen) {
     const FakeDesktop desktop;
     desktop.addProgram("zenity", desktop.addFolder() + "\n");
     const auto panel = folderPanel();
@@ -88,7 +88,7 @@ TEST(OpenPanel, cancelsWhereNothingMayBeChosen) {
     EXPECT_EQ(desktop.runs(), Runs{});
 }
 
-TEST(OpenPanel, zenityIsAskedForAFolder) {
+TEST(OpenPanel, zenityIsRunForAFolder) {
     const FakeDesktop desktop;
     desktop.addProgram("zenity", desktop.addFolder() + "\n");
     EXPECT_EQ(chosenFolder(u"Please choose directory for \"Web \u00e9\""), desktop.addFolder());
@@ -96,14 +96,14 @@ TEST(OpenPanel, zenityIsAskedForAFolder) {
                                      "--title=Please choose directory for \"Web \u00e9\""}}));
 }
 
-TEST(OpenPanel, kdialogIsAskedWhereThereIsNoZenity) {
+TEST(OpenPanel, kdialogIsRunWithoutZenity) {
     const FakeDesktop desktop;
     desktop.addProgram("kdialog", desktop.addFolder() + "\n");
     EXPECT_EQ(chosenFolder(), desktop.addFolder());
     EXPECT_EQ(desktop.runs(), (Runs{{"kdialog", "--title=Choose", "--getexistingdirectory"}}));
 }
 
-TEST(OpenPanel, whatMayBeChosenDecidesTheKindOfDialogue) {
+TEST(OpenPanel, theKindOfDialogueDependsOnWhatMayBeChosen) {
     const struct {
         bool files, folders;
         Runs runs;
@@ -137,13 +137,13 @@ TEST(OpenPanel, aCancelledDialogueIsNotFollowedByAnother) {
     EXPECT_EQ(desktop.runs()[0][0], "zenity");
 }
 
-TEST(OpenPanel, kdialogCanBeCancelledToo) {
+TEST(OpenPanel, kdialogCanAlsoBeCancelled) {
     const FakeDesktop desktop;
     desktop.addProgram("kdialog", "", "exit 1");
     EXPECT_EQ(chosenFolder(), "cancel");
 }
 
-TEST(OpenPanel, aProgramThatShowsNothingGivesWayToTheNext) {
+TEST(OpenPanel, afterAProgramThatFailsTheNextIsRun) {
     const struct {
         std::string output, end;
     } cases[] = {
@@ -177,7 +177,7 @@ TEST(OpenPanel, aMessageIsNeverAnOption) {
     }
 }
 
-TEST(OpenPanel, aMessageThatNoDialogueCouldTakeIsStillShown) {
+TEST(OpenPanel, charactersThatADialogueCannotShowAreReplaced) {
     const FakeDesktop desktop;
     desktop.addProgram("zenity", desktop.addFolder() + "\n");
     const NSString fromBytes = NSString::fromUTF8("\xff\u00e9");
@@ -186,7 +186,7 @@ TEST(OpenPanel, aMessageThatNoDialogueCouldTakeIsStillShown) {
     EXPECT_EQ(desktop.runs().back().back(), "--title=\uFFFD\u00e9\uFFFD\U0001F600\uFFFD");
 }
 
-TEST(OpenPanel, namesOfAnyBytesSurviveAProgram) {
+TEST(OpenPanel, namesOfAnyBytesAreReadFromAProgram) {
     for (const char* name : {"a b", "\xff\xfe\x80", "tab\there", "\u3042\U0001F600", "-n", "a\nb", "a\n"}) {
         const FakeDesktop desktop;
         desktop.addProgram("zenity", desktop.addFolder(name) + "\n");
@@ -194,13 +194,13 @@ TEST(OpenPanel, namesOfAnyBytesSurviveAProgram) {
     }
 }
 
-TEST(OpenPanel, aProgramNeedNotEndItsOutputWithANewline) {
+TEST(OpenPanel, outputWithoutANewlineIsAccepted) {
     const FakeDesktop desktop;
     desktop.addProgram("zenity", "/");
     EXPECT_EQ(chosenFolder(), "/");
 }
 
-TEST(OpenPanel, anAnswerThatIsNoExistingFolderGivesWayToTheNext) {
+TEST(OpenPanel, afterAnAnswerThatIsNoExistingFolderTheNextProgramIsRun) {
     const FakeDesktop desktop;
     const std::string file = desktop.folder().write("file", "");
     for (const std::string& answer : {desktop.addFolder() + "/???", desktop.folder() / "missing", file}) {
@@ -211,7 +211,7 @@ TEST(OpenPanel, anAnswerThatIsNoExistingFolderGivesWayToTheNext) {
     EXPECT_EQ(chosenFolder(), desktop.addFolder());
 }
 
-TEST(OpenPanel, aFileThatIsChosenMustExistToo) {
+TEST(OpenPanel, aChosenFileMustAlsoExist) {
     const FakeDesktop desktop;
     const auto panel = NSOpenPanel::openPanel();
     desktop.addProgram("zenity", desktop.folder() / "missing\n");
@@ -221,7 +221,7 @@ TEST(OpenPanel, aFileThatIsChosenMustExistToo) {
     EXPECT_EQ(panel->filename().utf8(), desktop.folder() / "file");
 }
 
-TEST(OpenPanel, programsRunInAUTF8LocaleWhateverOursIs) {
+TEST(OpenPanel, programsRunInAUTF8LocaleEvenIfOursIsAnother) {
     struct {
         const char *all, *ctype, *language;
     } const locales[] = {{"", "", "C"},           {"C", "C.UTF-8", "C.UTF-8"}, {"", "POSIX", "C.UTF-8"},
@@ -236,7 +236,7 @@ TEST(OpenPanel, programsRunInAUTF8LocaleWhateverOursIs) {
     }
 }
 
-TEST(OpenPanel, aUTF8LocaleIsLeftAsItIs) {
+TEST(OpenPanel, aUTF8LocaleIsNotChanged) {
     const FakeDesktop desktop;
     const ScopedVariable lcAll("LC_ALL", ""), lcCtype("LC_CTYPE", "C.UTF-8"), lang("LANG", "C");
     desktop.addProgram("zenity", desktop.addFolder() + "\n", "echo $LC_ALL,$LC_CTYPE,$LANG >$folder/locale");
@@ -244,7 +244,7 @@ TEST(OpenPanel, aUTF8LocaleIsLeftAsItIs) {
     EXPECT_EQ(testing::readFile(desktop.folder() / "locale"), ",C.UTF-8,C\n");
 }
 
-TEST(OpenPanel, aHostThatIgnoresTheEndsOfChildrenGetsTheAnswerOfOneQuestion) {
+TEST(OpenPanel, oneDialogueIsEnoughInAHostThatIgnoresSIGCHLD) {
     const FakeDesktop desktop;
     desktop.addProgram("zenity", desktop.addFolder() + "\n");
     desktop.addProgram("kdialog", "/\n");
@@ -257,7 +257,7 @@ TEST(OpenPanel, aHostThatIgnoresTheEndsOfChildrenGetsTheAnswerOfOneQuestion) {
     std::signal(SIGCHLD, before);
 }
 
-TEST(OpenPanel, forgetsAnEarlierChoiceWhenItIsCancelled) {
+TEST(OpenPanel, hasNoFilenameAfterACancel) {
     const FakeDesktop desktop;
     desktop.addProgram("zenity", desktop.addFolder() + "\n");
     const auto panel = folderPanel();
@@ -267,7 +267,7 @@ TEST(OpenPanel, forgetsAnEarlierChoiceWhenItIsCancelled) {
     EXPECT_TRUE(panel->filename().isEmpty());
 }
 
-/// A desktop on which all three means are there, so that the tests can tell which ones were asked.
+/// A desktop with a portal, zenity and kdialog, so that tests can check which of them were used.
 class PortalPanel : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -283,7 +283,7 @@ protected:
                       kdialogsFolder_ = desktop_.addFolder("kdialog");
 };
 
-TEST_F(PortalPanel, isAskedBeforeAnyProgram) {
+TEST_F(PortalPanel, isUsedBeforeAnyProgram) {
     const FakePortal portal(desktop_, "chooses", {folderURI_});
     EXPECT_EQ(chosenFolder(u"Please choose directory for \"Web\""), portalsFolder_);
     EXPECT_EQ(desktop_.runs(), Runs{});
@@ -292,7 +292,7 @@ TEST_F(PortalPanel, isAskedBeforeAnyProgram) {
                                   "\n");
 }
 
-TEST_F(PortalPanel, offersFilesAndSeveralWhenThePanelDoes) {
+TEST_F(PortalPanel, offersFilesAndSeveralItemsIfThePanelDoes) {
     const FakePortal portal(desktop_, "chooses", {uriOf(portalsFolder_), uriOf(zenitysFolder_)});
     const auto panel = NSOpenPanel::openPanel();
     panel->allowsMultipleSelection = true;
@@ -303,7 +303,7 @@ TEST_F(PortalPanel, offersFilesAndSeveralWhenThePanelDoes) {
         "[\"\", \"\", {\"directory\": 0, \"handle_token\": \"kestrine_open_panel\", \"multiple\": 1}]\n");
 }
 
-TEST_F(PortalPanel, anAnswerIsFoundHoweverItComes) {
+TEST_F(PortalPanel, anAnswerIsReceivedInEveryOrderOfMessages) {
     for (const char* behaviour :
          {"answers early", "other handle", "others first", "forged first", "more results"}) {
         const FakePortal portal(desktop_, behaviour, {folderURI_});
@@ -312,7 +312,7 @@ TEST_F(PortalPanel, anAnswerIsFoundHoweverItComes) {
     EXPECT_EQ(desktop_.runs(), Runs{});
 }
 
-TEST_F(PortalPanel, namesOfAnyBytesSurvive) {
+TEST_F(PortalPanel, namesOfAnyBytesAreKept) {
     const std::string folder = desktop_.addFolder("\xff\xfe"
                                                   "a b\n\u3042%");
     const FakePortal portal(desktop_, "chooses",
@@ -320,7 +320,7 @@ TEST_F(PortalPanel, namesOfAnyBytesSurvive) {
     EXPECT_EQ(chosenFolder(), folder);
 }
 
-TEST_F(PortalPanel, aCancelOpensNoOtherDialogue) {
+TEST_F(PortalPanel, afterACancelNoOtherDialogueOpens) {
     const FakePortal portal(desktop_, "cancels");
     EXPECT_EQ(chosenFolder(), "cancel");
     EXPECT_EQ(desktop_.runs(), Runs{});
@@ -332,7 +332,7 @@ TEST_F(PortalPanel, aClosedWindowIsACancel) {
     EXPECT_EQ(desktop_.runs(), Runs{});
 }
 
-TEST_F(PortalPanel, whatCannotAnswerGivesWayToTheNext) {
+TEST_F(PortalPanel, afterAPortalThatCannotAnswerZenityIsUsed) {
     const struct {
         const char* behaviour;
         std::vector<std::string> uris;
@@ -360,26 +360,26 @@ TEST_F(PortalPanel, whatCannotAnswerGivesWayToTheNext) {
     }
 }
 
-TEST_F(PortalPanel, thatDoesNotReplyInTimeGivesWayToTheNext) {
+TEST_F(PortalPanel, afterATimeoutZenityIsUsed) {
     const FakePortal portal(desktop_, "slow", {folderURI_});
     EXPECT_EQ(chosenFolder(), zenitysFolder_);
     EXPECT_EQ(portal.questions(), "");
 }
 
-TEST_F(PortalPanel, anOldPortalStillOffersFiles) {
+TEST_F(PortalPanel, anOldPortalIsUsedForFiles) {
     const FakePortal portal(desktop_, "old", {uriOf(desktop_.folder().write("a.jpg", ""))});
     const auto panel = NSOpenPanel::openPanel();
     ASSERT_EQ(panel->runModal(), NSOKButton);
     EXPECT_EQ(panel->filename().utf8(), desktop_.folder() / "a.jpg");
 }
 
-TEST_F(PortalPanel, aBusWithoutPortalGivesWayToTheNext) {
+TEST_F(PortalPanel, withoutAPortalOnTheBusZenityIsUsed) {
     const FakePortal portal(desktop_, "chooses", {folderURI_});
     std::filesystem::remove(desktop_.folder() / "services/portal.service");
     EXPECT_EQ(chosenFolder(), zenitysFolder_);
 }
 
-TEST_F(PortalPanel, allMeansAreTriedInTheirOrder) {
+TEST_F(PortalPanel, zenityAndThenKdialogAreTriedAfterThePortal) {
     desktop_.addProgram("zenity", "", "exit 255");
     const FakePortal portal(desktop_, "refuses");
     EXPECT_EQ(chosenFolder(), kdialogsFolder_);

@@ -24,6 +24,14 @@ TEST(RowFormat, picturesHaveUpTo2To30PixelsAndAMillionPixelsPerSide) {
     EXPECT_FALSE((RowFormat{0, 1}).isWithinLimits());
 }
 
+TEST(RowFormat, theLimitOfPixelsCanBeSet) {
+    setMaximumPixels(99);
+    EXPECT_FALSE((RowFormat{10, 10}).isWithinLimits());
+    setMaximumPixels(std::uint64_t{1} << 31);
+    EXPECT_TRUE((RowFormat{65'536, 32'768}).isWithinLimits());
+    setMaximumPixels(defaultMaximumPixels);
+}
+
 TEST(PixelBuffer, aPictureOver2GiBIsNotReadIntoMemory) {
     ZeroRows rows({32'768, 16'385, ColorModel::rgb, true});
     const Result<PixelBuffer> pixels = readAllRows(rows);

@@ -39,7 +39,7 @@ TEST(LanczosScaleTransform,
     EXPECT_EQ(lastStep(*lanczosScaleTransform(image, 3, 1)).light, Light::stored);
 }
 
-TEST(LanczosScaleTransform, scalesThatLeaveNoPixelOrAreNoNumberGiveNoImage) {
+TEST(LanczosScaleTransform, scalesThatLeaveNoPixelOrAreNotANumberGiveNoImage) {
     const CIImage image = imageOf(10, 10);
     const float nan = std::numeric_limits<float>::quiet_NaN(),
                 infinite = std::numeric_limits<float>::infinity();
@@ -49,14 +49,14 @@ TEST(LanczosScaleTransform, scalesThatLeaveNoPixelOrAreNoNumberGiveNoImage) {
         EXPECT_FALSE(lanczosScaleTransform(image, 1, aspect).has_value()) << aspect;
 }
 
-TEST(LanczosScaleTransform, positionsCountFromTheLeftAndFromTheBottomEdge) {
+TEST(LanczosScaleTransform, positionsCountFromTheLeftAndBottomEdges) {
     const Resampling scaled = lastStep(*lanczosScaleTransform(imageOf(100, 100), 0.333F, 1));
     ASSERT_EQ(scaled.y.outSize, 33U);
     EXPECT_DOUBLE_EQ(scaled.x.centre(0), 0.5 / static_cast<double>(0.333F));
     EXPECT_DOUBLE_EQ(scaled.y.centre(32), 100 - 0.5 / static_cast<double>(0.333F));
 }
 
-TEST(Crop, cutsTheTopRowAndTheRightColumnAndMovesNothing) {
+TEST(Crop, removesTheTopRowAndTheRightColumnAndMovesNoOtherPixel) {
     const auto scaled = lanczosScaleTransform(imageOf(100, 100), 0.333F, 1);
     const auto trimmed = crop(*scaled, {32, 32});
     ASSERT_TRUE(trimmed.has_value());
@@ -65,7 +65,7 @@ TEST(Crop, cutsTheTopRowAndTheRightColumnAndMovesNothing) {
     EXPECT_DOUBLE_EQ(lastStep(*trimmed).y.centre(5), lastStep(*scaled).y.centre(6));
 }
 
-TEST(Crop, theTrimmedPictureIsThePixelsOfTheWholeOne) {
+TEST(Crop, theTrimmedPictureHasThePixelsOfTheWholeOne) {
     const auto scaled = lanczosScaleTransform(imageOf(60, 40), 0.37F, 1);
     const PixelBuffer whole = *readPixels(scaled->picture());
     const PixelBuffer trimmed =
@@ -77,7 +77,7 @@ TEST(Crop, theTrimmedPictureIsThePixelsOfTheWholeOne) {
     EXPECT_TRUE(testing::samePicture(trimmed, expected));
 }
 
-TEST(Crop, nothingLeftIsNoImage) {
+TEST(Crop, withoutPixelsThereIsNoImage) {
     const auto scaled = lanczosScaleTransform(imageOf(10, 10), 0.1F, 1);
     ASSERT_EQ(scaled->extent(), (CIExtent{1, 1}));
     EXPECT_FALSE(crop(*scaled, {0, 0}).has_value());

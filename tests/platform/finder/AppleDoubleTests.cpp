@@ -35,7 +35,7 @@ TEST(AppleDouble, aMissingEntryHasNoContentAndNoRoom) {
     const Bytes container = appleDouble({{9, Bytes(32)}});
     EXPECT_EQ(AppleDouble::parse(container)->content(comment), std::nullopt);
     EXPECT_EQ(AppleDouble::parse(container)->room(comment), 0u);
-    EXPECT_TRUE(AppleDouble::parse(appleDouble({}))) << "a container may list nothing";
+    EXPECT_TRUE(AppleDouble::parse(appleDouble({}))) << "a container may have no entries";
 }
 
 TEST(AppleDouble, anEntryHasRoomUpToTheNextOneOrTheEnd) {
@@ -49,7 +49,8 @@ TEST(AppleDouble, anEntryHasRoomUpToTheNextOneOrTheEnd) {
 TEST(AppleDouble, newContentChangesOnlyItsOwnEntry) {
     const Bytes before = serverBlob("A long old comment", Bytes(32, 7));
     const Bytes after = AppleDouble::parse(before)->withContent(comment, bytesOf("new"));
-    EXPECT_EQ(after, serverBlob("new", Bytes(32, 7))) << "no old byte is left over, and all else is the same";
+    EXPECT_EQ(after, serverBlob("new", Bytes(32, 7)))
+        << "no old byte remains, and everything else is unchanged";
     EXPECT_EQ(AppleDouble::parse(after)->withContent(comment, bytesOf("A long old comment")), before);
 }
 

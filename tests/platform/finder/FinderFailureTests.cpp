@@ -71,7 +71,7 @@ TEST_F(FinderFailure, betweenAFolderAndItsBindMountAnItemIsCopied) {
         EXPECT_EQ(finderMove({write(from_ + "/a.jpg")}, folder_ / "again", Replacing::no), std::nullopt);
         EXPECT_EQ(readFile(to_ + "/a.jpg"), "content");
         EXPECT_EQ(finderMove({to_ + "/a.jpg"}, folder_ / "again", Replacing::yes), std::nullopt)
-            << "it lies there already";
+            << "it is already there";
         EXPECT_EQ(readFile(to_ + "/a.jpg"), "content");
     });
 }
@@ -87,7 +87,7 @@ TEST_F(FinderFailure, mountPointsAndFoldersThatContainSomeStay) {
             for (const char* name : {"/disk", "/album"}) {
                 EXPECT_EQ(numberOf(operation({from_ + name}, folder_.path(), Replacing::no)), forbidden);
                 EXPECT_EQ(numberOf(operation({to_ + name}, from_, Replacing::yes)), forbidden)
-                    << "nor are they replaced";
+                    << "they are not replaced either";
             }
         EXPECT_THAT(namesIn(from_), ElementsAre("album", "disk"));
         EXPECT_THAT(namesIn(to_), ElementsAre("album", "disk"));

@@ -30,7 +30,8 @@ TEST_F(Finder, anItemMovedToWhereItIsStays) {
     const std::string file = write(from_ + "/a.jpg");
     for (const Replacing replacing : {Replacing::no, Replacing::yes})
         EXPECT_EQ(finderMove({file}, from_, replacing), std::nullopt);
-    EXPECT_EQ(finderDuplicate({file}, from_, Replacing::yes), std::nullopt) << "it is its own copy";
+    EXPECT_EQ(finderDuplicate({file}, from_, Replacing::yes), std::nullopt)
+        << "the copy would replace itself";
     EXPECT_THAT(namesIn(from_), ElementsAre("a.jpg"));
     EXPECT_EQ(readFile(file), "content");
 }
@@ -134,7 +135,7 @@ TEST_F(Finder, aLinkDoesNotReplaceAnItem) {
     const std::string file = write(from_ + "/a.jpg");
     write(to_ + "/a.jpg", "old");
     EXPECT_EQ(numberOf(finderLink({file}, to_)), nameIsTaken);
-    EXPECT_EQ(numberOf(finderLink({file}, from_)), nameIsTaken) << "by the item itself";
+    EXPECT_EQ(numberOf(finderLink({file}, from_)), nameIsTaken) << "the item itself has the name";
     EXPECT_EQ(numberOf(finderLink({file, from_ + "/missing"}, home_)), notFound);
     EXPECT_EQ(readFile(to_ + "/a.jpg"), "old");
     EXPECT_THAT(namesIn(home_), IsEmpty());
@@ -146,12 +147,12 @@ TEST_F(Finder, deletedItemsAreInTheTrash) {
     const std::string file = write(from_ + "/12:30 \"\xFF\n.jpg");
     write(from_ + "/album/b.jpg", "b");
     EXPECT_EQ(numberOf(finderDelete({file, from_ + "/missing"})), notFound);
-    EXPECT_EQ(readFile(file), "content") << "nothing goes unless all are found";
+    EXPECT_EQ(readFile(file), "content") << "no item is moved unless all are found";
     EXPECT_EQ(finderDelete({file, from_ + "/album/", file}), std::nullopt);
     EXPECT_THAT(namesIn(from_), IsEmpty());
     EXPECT_THAT(namesIn(trash), ElementsAre("12:30 \"\xFF\n.jpg", "album"));
     EXPECT_EQ(readFile(trash + "/album/b.jpg"), "b");
-    EXPECT_EQ(namesIn(home_ + "/data/Trash/info").size(), 2u) << "each can be put back";
+    EXPECT_EQ(namesIn(home_ + "/data/Trash/info").size(), 2u) << "each item has a record";
 }
 
 TEST_F(Finder, anItemThatTheTrashRefusesStays) {
@@ -168,7 +169,7 @@ TEST_F(Finder, anEmptyListOfItemsSucceeds) {
     EXPECT_EQ(numberOf(finderMove({}, to_ + "/missing", Replacing::no)), notFound);
 }
 
-TEST(FinderErrors, everyReasonHasANumberOfItsOwn) {
+TEST(FinderErrors, everyReasonHasItsOwnNumber) {
     std::set<std::int32_t> numbers;
     for (int reason = 1; reason <= static_cast<int>(Reason::empty); ++reason) {
         const std::int32_t number = finderErrorNumber(static_cast<Reason>(reason));

@@ -42,7 +42,7 @@ TEST_F(Volumes, theCatalogResolvesDotsAtTheEndOfAPath) {
     }
 }
 
-TEST_F(Volumes, allHaveNamesAndPlacesOfTheirOwn) {
+TEST_F(Volumes, allHaveDifferentNamesAndPlaces) {
     std::set<std::string> places;
     std::set<NSString> names;
     const std::vector<Volume> volumes = mountedVolumes().value();
@@ -52,7 +52,7 @@ TEST_F(Volumes, allHaveNamesAndPlacesOfTheirOwn) {
         EXPECT_TRUE(names.insert(volume.name).second) << volume.name.utf8();
         EXPECT_TRUE(places.insert(volume.mountPoint).second) << volume.mountPoint;
     }
-    EXPECT_GT(places.size(), 1u) << "every Linux has at least its process table mounted somewhere";
+    EXPECT_GT(places.size(), 1u) << "every Linux system has at least /proc mounted";
 }
 
 TEST_F(Volumes, aVolumeHasTheNameOfItsFolder) {

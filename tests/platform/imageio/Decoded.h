@@ -1,4 +1,4 @@
-// Decoded: a file's bytes taken through one codec, for tests that look at what comes out.
+// Decoded: the result of decoding a file with one codec.
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
@@ -10,13 +10,13 @@ namespace kestrine::testing {
 
 struct Decoded {
     std::vector<FrameDescription> frames;
-    PixelBuffer pixels; ///< of the frame asked for
+    PixelBuffer pixels; ///< of the requested frame
     Bytes exif, colorTable;
 
     const FrameDescription& frame() const { return frames.front(); }
 };
 
-/// Everything that `codec` says of `file`, and the pixels of one frame; or the first failure.
+/// All metadata that `codec` finds in `file`, and the pixels of one frame; or the first failure.
 inline Result<Decoded> decode(const ImageCodec& codec, const Bytes& file, std::size_t frame = 0) {
     if (!codec.recognises(ByteView(file).first(std::min<std::size_t>(64, file.size()))))
         return Failure{Reason::unsupported, "not recognised"};
@@ -42,10 +42,10 @@ inline Decoded decodeSound(const ImageCodec& codec, const Bytes& file, std::size
     return std::move(*decoded);
 }
 
-/// Whether nothing comes out, at whatever point of the work that shows.
+/// Whether decoding fails at any step.
 inline bool failsToDecode(const ImageCodec& codec, const Bytes& file) { return !decode(codec, file).ok(); }
 
-/// What an encoder makes of a picture; empty (and a test failure) when it fails.
+/// The file that an encoder makes of a picture. If that fails, the test fails and the result is empty.
 inline Bytes encodeSound(Result<Bytes> (*encode)(RowSource&, const EncodingOptions&),
                          const PixelBuffer& picture, const EncodingOptions& options = {}) {
     Result<Bytes> file = encode(*rowsOfPixels(std::make_shared<PixelBuffer>(picture)), options);
@@ -56,7 +56,7 @@ inline Bytes encodeSound(Result<Bytes> (*encode)(RowSource&, const EncodingOptio
     return std::move(*file);
 }
 
-/// All layouts that the encoders for every layout take.
+/// All layouts of pixels.
 inline std::vector<RowFormat> allLayouts(std::uint32_t width, std::uint32_t height) {
     std::vector<RowFormat> layouts;
     for (const ColorModel model : {ColorModel::gray, ColorModel::rgb})

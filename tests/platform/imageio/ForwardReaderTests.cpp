@@ -20,7 +20,7 @@ std::shared_ptr<const ByteReader> input() {
 
 } // namespace
 
-TEST(ForwardReader, everyByteComesOnceAndInOrder) {
+TEST(ForwardReader, everyByteIsReadOnceAndInOrder) {
     ForwardReader reader(input());
     for (std::size_t i = 0; i < length; ++i) {
         ASSERT_EQ(reader.offset(), i);
@@ -31,7 +31,7 @@ TEST(ForwardReader, everyByteComesOnceAndInOrder) {
     EXPECT_EQ(reader.offset(), length);
 }
 
-TEST(ForwardReader, reachesFromAnyPlaceToAnyOther) {
+TEST(ForwardReader, movesFromAnyPositionToAnyOther) {
     std::mt19937 random(1);
     ForwardReader reader(input(), 123);
     for (int i = 0; i < 3000; ++i) {
@@ -47,7 +47,7 @@ TEST(ForwardReader, reachesFromAnyPlaceToAnyOther) {
     }
 }
 
-TEST(ForwardReader, beyondTheEndIsNothing) {
+TEST(ForwardReader, beyondTheEndNothingIsRead) {
     ForwardReader reader(input());
     Bytes bytes(5);
     for (const std::uint64_t offset :

@@ -1,4 +1,4 @@
-// A file's header is read once on its way to the first row.
+// The header of a file is read once before the first row.
 #include "platform/imageio/Codecs.h"
 #include "tests/platform/imageio/gif/GIFFile.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
@@ -33,8 +33,8 @@ private:
     const std::uint64_t counted_;
 };
 
-/// How often the byte at `position` is read from opening the file to its first row, and on to the first row
-/// of a second reading.
+/// How often the byte at `position` is read between opening the file and its first row, and then until the
+/// first row of a second reading.
 struct Reads {
     int first = 0, second = 0;
 };
@@ -53,7 +53,7 @@ Reads readsOfByte(const ImageCodec& codec, const Bytes& file, std::uint64_t posi
     return reads;
 }
 
-/// A byte of the quantisers.
+/// Reads of a byte of the quantisers.
 Reads readsOfJPEGHeader(const JPEGRecipe& recipe) {
     const Bytes file = makeJPEG(recipe);
     return readsOfByte(jpeg::codec, file, markerPosition(file, 0xDB) + 8);

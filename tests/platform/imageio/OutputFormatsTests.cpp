@@ -7,7 +7,7 @@
 
 namespace kestrine {
 
-TEST(OutputFormats, areNumberedAsPresetsStoreThem) {
+TEST(OutputFormats, haveTheNumbersThatPresetsStore) {
     const std::string_view names[] = {"jpeg", "png", "tiff", "gif"};
     const std::string_view extensions[] = {"jpg", "png", "tiff", "gif"};
     ASSERT_EQ(outputFormats().size(), 4u);

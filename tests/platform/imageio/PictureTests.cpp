@@ -22,7 +22,7 @@ const RowFormat grayFormat = {20, 30, ColorModel::gray, false, SampleDepth::bits
 const RowFormat photoFormat = {20, 30, ColorModel::rgb, false, SampleDepth::bits8};
 const Resampling half = {{0.5, 0, 10}, {0.5, 0, 15}, ResampleFilter::lanczos, Light::linear};
 
-/// The same pixels as a picture of their own.
+/// The same pixels as a separate picture.
 Picture stored(const Picture& picture) {
     const auto profile = picture.profile();
     return {sourceOf(*readPixels(picture), profile ? &*profile : nullptr), 0, {}};
@@ -30,7 +30,7 @@ Picture stored(const Picture& picture) {
 
 } // namespace
 
-TEST(Picture, itsFormatIsThatOfTheRowsThatComeOut) {
+TEST(Picture, itsFormatIsThatOfItsRows) {
     const Picture gray{sourceOf(makePhoto(grayFormat)), 0, {}};
     const std::vector<std::vector<PictureStep>> lists = {
         {},
@@ -47,7 +47,7 @@ TEST(Picture, itsFormatIsThatOfTheRowsThatComeOut) {
     }
 }
 
-TEST(Picture, itsProfileIsTheSourcesUntilItIsConverted) {
+TEST(Picture, itHasTheProfileOfTheSourceUntilItIsConverted) {
     const ColorProfile adobe = ColorProfile::adobeRGB();
     const Picture picture{sourceOf(makePhoto(photoFormat), &adobe), 0, {half, Flatten{}, Fade{0.5F}}};
     EXPECT_EQ(picture.profile(), adobe);
@@ -57,7 +57,7 @@ TEST(Picture, itsProfileIsTheSourcesUntilItIsConverted) {
     EXPECT_EQ(Picture({sourceOf(makePhoto(photoFormat)), 0, {half}}).profile(), std::nullopt);
 }
 
-TEST(Picture, aFadeBeforeScalingAndOneAfterwardsAreTheSame) {
+TEST(Picture, aFadeBeforeScalingEqualsOneAfterwards) {
     const Picture picture{sourceOf(makePhoto(photoFormat)), 0, {}};
     const PixelBuffer before = *readPixels(picture.with(Fade{0.4F}).with(half));
     EXPECT_TRUE(samePicture(before, *readPixels(picture.with(half).with(Fade{0.4F})), 1));
@@ -70,13 +70,13 @@ TEST(Picture, aFadeIsTurnedWithThePicture) {
                             *readPixels(picture.with(QuarterTurn::clockwise).with(Fade{0.4F}))));
 }
 
-TEST(Picture, whatIsDoneAfterTheConversionGoesByTheNewProfile) {
+TEST(Picture, stepsAfterTheConversionUseTheNewProfile) {
     const ColorProfile adobe = ColorProfile::adobeRGB();
     const Picture converted =
         Picture{sourceOf(makePhoto(photoFormat), &adobe), 0, {}}.with(IntoGenericRGBA{});
     EXPECT_TRUE(samePicture(*readPixels(converted.with(half)), *readPixels(stored(converted).with(half))));
     const Bytes gif = *render(converted, {FileType::gif, {}});
-    EXPECT_EQ(gif, *render(stored(converted), {FileType::gif, {}})) << "which goes on into sRGB";
+    EXPECT_EQ(gif, *render(stored(converted), {FileType::gif, {}})) << "a GIF is converted to sRGB";
 }
 
 TEST(Picture, aSecondConversionChangesNothing) {

@@ -1,7 +1,9 @@
 #include "platform/imageio/Render.h"
 
+#include "platform/host/process/MemoryBudget.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/LocalSource.h"
+#include "platform/imageio/Plausibility.h"
 #include "tests/support/Pictures.h"
 
 namespace kestrine {
@@ -15,8 +17,8 @@ RowFormat photoFormat(std::uint32_t width, std::uint32_t height) {
     return {width, height, ColorModel::rgb, false, SampleDepth::bits8};
 }
 
-/// A TIFF of the pixels: the one format that keeps every layout exactly.
-std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels) {
+/// A TIFF with the pixels: the only format that keeps every layout exactly.
+std::shared_ptr<LocalSource> sourceOf(const PixelBuffer& pixels) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
     return *LocalSource::open(readerOfBytes(*tiff::encode(*rows, {})));
 }
@@ -29,7 +31,7 @@ PixelBuffer turnedClockwise(const PixelBuffer& source) {
     });
 }
 
-/// A JPEG of a photo, whose decoder can reduce.
+/// A JPEG of a photo, which can be decoded at a reduced size.
 std::shared_ptr<LocalSource> jpegSource(std::uint32_t width, std::uint32_t height) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto(photoFormat(width, height))));
     return *LocalSource::open(readerOfBytes(*jpeg::encode(*rows, {.quality = 1})));
@@ -39,7 +41,7 @@ PixelBuffer decodedAt(const std::shared_ptr<LocalSource>& source, int eighths) {
     return *readAllRows(**source->rows(0, eighths));
 }
 
-/// Cuts 11 and 23 pixels off and reduces what is left of 403 x 301.
+/// Cuts 11 and 23 pixels off 403 x 301 and reduces the rest.
 Resampling reductionOfAPart(double factor) {
     const auto map = [factor](double side, double cut) {
         return AxisMap{1 / factor, cut, static_cast<std::uint32_t>((side - cut) / factor)};
@@ -47,7 +49,7 @@ Resampling reductionOfAPart(double factor) {
     return {map(403, 11), map(301, 23), ResampleFilter::lanczos, Light::linear};
 }
 
-/// The same for a source that was decoded at so many eighths.
+/// The same for a source decoded at `eighths` eighths of its size.
 Resampling ofReduced(Resampling resampling, int eighths) {
     for (AxisMap* map : {&resampling.x, &resampling.y}) {
         map->scale /= eighths / 8.0;
@@ -73,7 +75,7 @@ TEST(Render, aPictureWithoutStepsIsItsSource) {
     EXPECT_FALSE(picture.wasTurned());
 }
 
-TEST(Render, fourQuarterTurnsGiveThePictureBackAndOneTurnsIt) {
+TEST(Render, oneQuarterTurnTurnsThePictureAndFourRestoreIt) {
     const PixelBuffer photo = makePhoto(photoFormat(7, 5));
     Picture picture{sourceOf(photo), 0, {QuarterTurn::clockwise}};
     EXPECT_EQ(picture.width(), 5U);
@@ -86,7 +88,7 @@ TEST(Render, fourQuarterTurnsGiveThePictureBackAndOneTurnsIt) {
     EXPECT_TRUE(samePicture(turnedClockwise(*readPixels(picture)), photo));
 }
 
-TEST(Render, turnsThatUndoEachOtherAreNone) {
+TEST(Render, oppositeTurnsCancelEachOther) {
     constexpr QuarterTurn right = QuarterTurn::clockwise, left = QuarterTurn::counterclockwise;
     const std::pair<std::vector<PictureStep>, bool> rows[] = {
         {{right, left}, false},
@@ -116,7 +118,7 @@ TEST(Render, scalingATurnedPictureEqualsTurningFirstForEveryTurn) {
     }
 }
 
-TEST(Render, turnsArePutBehindAllScaling) {
+TEST(Render, turnsAreDoneAfterAllScaling) {
     const Picture picture{
         sourceOf(makePhoto(photoFormat(20, 30))), 0, {QuarterTurn::clockwise, half, Flatten{}}};
     const RowPlan plan = planRows(picture);
@@ -140,6 +142,59 @@ TEST(Render, keptPixelsAreDecodedOnceForAnyNumberOfResults) {
     EXPECT_EQ(LocalSource::decodesStarted() - before, 1U);
 }
 
+TEST(Render, pixelsWithoutMemoryToKeepThemAreDecodedForEachResult) {
+    const auto file = makePhoto(photoFormat(20, 30));
+    const auto keeping = sourceOf(file), decoding = sourceOf(file);
+    keeping->keepPixels();
+    decoding->keepPixels();
+    const Bytes expected = *render({keeping, 0, {half}}, {FileType::png, {}});
+    budgetForKeptPictures().setLimit(20 * 30 * 3 - 1);
+    const std::uint64_t before = LocalSource::decodesStarted();
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(*render({decoding, 0, {half}}, {FileType::png, {}}), expected);
+    EXPECT_EQ(LocalSource::decodesStarted() - before, 2U);
+    EXPECT_FALSE(decoding->holdsPixels(0));
+    budgetForKeptPictures().setLimit(std::nullopt);
+}
+
+TEST(Render, memoryOfKeptPixelsIsGivenBackWithTheSource) {
+    budgetForKeptPictures().setLimit(20 * 30 * 3);
+    for (int i = 0; i < 2; ++i) {
+        const auto source = sourceOf(makePhoto(photoFormat(20, 30)));
+        source->keepPixels();
+        EXPECT_TRUE(readPixels({source, 0, {}}).ok());
+        EXPECT_TRUE(source->holdsPixels(0));
+    }
+    budgetForKeptPictures().setLimit(std::nullopt);
+}
+
+TEST(Render, anUnscaledTurnNeedsMemoryForThePicture) {
+    const auto source = sourceOf(makePhoto(photoFormat(20, 30)));
+    const Picture turned = Picture{source, 0, {}}.with(QuarterTurn::clockwise);
+    budgetForHeldPictures().setLimit(20 * 30 * 3 - 1);
+    EXPECT_EQ(render(turned, {FileType::png, {}}).failure().reason, Reason::tooLarge);
+    EXPECT_TRUE(render(turned.with(QuarterTurn::counterclockwise), {FileType::png, {}}).ok());
+    budgetForHeldPictures().setLimit(20 * 30 * 3);
+    EXPECT_TRUE(render(turned, {FileType::png, {}}).ok());
+    EXPECT_TRUE(render(turned, {FileType::png, {}}).ok()) << "the memory is given back";
+    budgetForHeldPictures().setLimit(std::nullopt);
+}
+
+TEST(Render, theLargePictureOfASmallFileIsNotWorthKeeping) {
+    const RowFormat large{20'000, 10'000, ColorModel::gray};
+    EXPECT_FALSE(isWorthKeeping(large, large.bytes() / 128 - 1));
+    EXPECT_TRUE(isWorthKeeping(large, large.bytes() / 128));
+    EXPECT_TRUE(isWorthKeeping({10'000, 10'000, ColorModel::gray}, 1));
+}
+
+TEST(Render, resultsBeyondTheSetLimitAreRefused) {
+    const auto source = sourceOf(makePhoto(photoFormat(20, 30)));
+    setMaximumPixels(20 * 30 - 1);
+    EXPECT_EQ(render({source, 0, {}}, {FileType::png, {}}).failure().text,
+              "the result has more than 599 pixels");
+    setMaximumPixels(defaultMaximumPixels);
+}
+
 TEST(Render, whatIsTooLargeToBeHeldIsNotKept) {
     RowFormat format{40000, 20000, ColorModel::rgb, true, SampleDepth::bits16};
     EXPECT_FALSE(format.canBeBuffered());
@@ -150,7 +205,7 @@ TEST(Render, whatIsTooLargeToBeHeldIsNotKept) {
     EXPECT_TRUE(format.canBeBuffered());
 }
 
-TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeAnythingIsDecoded) {
+TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeDecoding) {
     const Picture picture{sourceOf(makePhoto(photoFormat(20, 30))), 0, {}};
     const std::uint64_t before = LocalSource::decodesStarted();
     const AxisMap none{1, 0, 0}, huge{3000, 0, 60000};
@@ -159,11 +214,12 @@ TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeAnythingIsDecoded) 
     EXPECT_EQ(render(picture.with(Resampling{huge, huge, {}, {}}), {FileType::png, {}}).failure().reason,
               Reason::tooLarge);
     const Picture smallAgain = picture.with(Resampling{huge, huge, {}, {}}).with(half);
-    EXPECT_EQ(readPixels(smallAgain).failure().reason, Reason::tooLarge) << "on the way to the result";
+    EXPECT_EQ(readPixels(smallAgain).failure().reason, Reason::tooLarge)
+        << "an intermediate picture is too large";
     EXPECT_EQ(LocalSource::decodesStarted(), before);
 }
 
-TEST(Render, theDecoderReducesOnlyAsFarAsTheFilterCanAfford) {
+TEST(Render, theReducedDecodeLeavesEnoughPixelsForTheFilter) {
     const auto eighthsFor = [](double reduction, ResampleFilter filter) {
         return decodingEighths({{1 / reduction, 0, 1}, {1 / reduction, 0, 1}, filter, Light::linear});
     };
@@ -175,10 +231,10 @@ TEST(Render, theDecoderReducesOnlyAsFarAsTheFilterCanAfford) {
     EXPECT_EQ(eighthsFor(4.01, ResampleFilter::triangle), 4);
     EXPECT_EQ(eighthsFor(0.5, ResampleFilter::triangle), 8);
     EXPECT_EQ(decodingEighths({{0.1, 0, 1}, {0.9, 0, 1}, ResampleFilter::lanczos, Light::linear}), 8)
-        << "the axis reduced least decides";
+        << "the axis that is reduced least decides";
 }
 
-TEST(Render, aReductionStartsFromTheReducedDecodeThatItsFactorAllows) {
+TEST(Render, aReductionUsesTheReducedDecodeThatItsFactorAllows) {
     const auto source = jpegSource(403, 301);
     for (const auto& [factor, eighths] : reductions) {
         const Resampling reduction = reductionOfAPart(factor);
@@ -187,7 +243,7 @@ TEST(Render, aReductionStartsFromTheReducedDecodeThatItsFactorAllows) {
     }
 }
 
-TEST(Render, aReducedDecodeGivesThePictureOfTheFullOne) {
+TEST(Render, aReducedDecodeGivesNearlyTheSamePictureAsAFullOne) {
     const auto source = jpegSource(403, 301);
     const auto full = sourceOf(decodedAt(source, 8));
     for (const auto& [factor, eighths] : reductions)
@@ -208,7 +264,7 @@ TEST(Render, theDecodeIsFullWhenAnotherStepComesFirstOrPixelsAreKept) {
     EXPECT_TRUE(samePicture(*readPixels({source, 0, reduction}), *readPixels({full, 0, reduction})));
 }
 
-TEST(Render, aClearPictureBecomesWhiteInAFormatWithoutAlpha) {
+TEST(Render, aTransparentPictureBecomesWhiteInAFormatWithoutAlpha) {
     RowFormat format = photoFormat(16, 16);
     format.hasAlpha = true;
     const PixelBuffer clear =

@@ -77,7 +77,7 @@ LOCALIZED(saturation,           saturationNumber,           "saturation")
 LOCALIZED(sharpness,            sharpnessNumber,            "sharpness")
 LOCALIZED(subjectDistanceRange, subjectDistanceRangeNumber, "subjectDistanceRange")
 
-// Display accessors with a function of their own in ExifAccessor.cpp.
+// Display accessors with a separate function in ExifAccessor.cpp.
 COMPUTED(digitalZoomRatio)
 
 // clang-format on

@@ -22,7 +22,7 @@ class NSFileHandle;
 using StoredValue = const TagValue*;
 using OptionalNumber = std::optional<NSNumber>;
 
-/// A date in whole seconds; nothing is nil.
+/// A date in whole seconds; nullopt is nil.
 using OptionalDate = std::optional<std::chrono::sys_seconds>;
 
 /// Exception names. The reader raises only the first and the third.
@@ -112,7 +112,7 @@ public:
 
     // Parsing. These functions read from the file handle (setFileHandle); without one they read nothing.
 
-    /// `getTags`: a new dictionary, possibly empty; nothing when getFileHeader() or getTiffHeader() fails.
+    /// `getTags`: a new dictionary, possibly empty; nil when getFileHeader() or getTiffHeader() fails.
     std::optional<TagDictionary> getTags();
     /// `getFileHeader:`: finds the APP1 "Exif" segment, fills `header` and sets app1Offset(); false when
     /// there is none.

@@ -33,7 +33,7 @@ constexpr std::int32_t currentVersion(std::span<const ArchivedField<T>> fields) 
     return static_cast<std::int32_t>(version);
 }
 
-/// Writes the archived members, each as a group of its own.
+/// Writes the archived members, each as a separate group.
 template <class T>
 void encodeFields(NSArchiver& coder, const T& object, std::span<const ArchivedField<T>> fields) {
     for (const ArchivedField<T>& field : fields) {

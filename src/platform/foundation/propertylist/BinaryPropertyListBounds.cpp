@@ -1,5 +1,5 @@
 // Visits the objects of a binary property list in the same way as libplist: from the root, and each object
-// again for every reference to it. Uses a stack of its own instead of recursion, and stops at the first
+// again for every reference to it. Uses its own stack instead of recursion, and stops at the first
 // limit.
 #include "platform/foundation/propertylist/PropertyListBounds.h"
 

@@ -114,7 +114,7 @@ Result<std::string> followLinks(std::string path) {
     return systemFailure("cannot follow " + path, ELOOP);
 }
 
-/// The status of the file to replace, or nothing if the name is free.
+/// The status of the file to replace; nullopt if the name is free.
 Result<std::optional<struct stat>> examineReplaced(const FolderEntry& entry) {
     Result<struct stat> status = statusOf(entry);
     if (!status && status.failure().reason == Reason::notFound)

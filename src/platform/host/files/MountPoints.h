@@ -14,7 +14,7 @@ namespace kestrine {
 std::string topFolderOf(const std::string& folder);
 
 /// Whether a file system is mounted on the entry, which may be a folder or a file. Also true if the system
-/// does not tell.
+/// does not report it.
 bool isMountPoint(const FolderEntry& entry);
 
 /// A place where a file system is mounted.

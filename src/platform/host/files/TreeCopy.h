@@ -30,7 +30,7 @@ Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to,
 /// Fails with truncated if any part of the original has changed since the copy.
 Result<void> checkUnchanged(int folder, const CopiedItem& item);
 
-/// Removes the original. After a failure `anythingRemoved` tells whether part of it is already gone.
+/// Removes the original. After a failure `anythingRemoved` states whether part of it is already removed.
 Result<void> removeOriginal(int folder, const CopiedItem& item, bool& anythingRemoved);
 
 /// Removes a tree that this program created, including folders without write permission. Errors are ignored.

@@ -15,25 +15,25 @@
 #include <unistd.h>
 
 // The program is a child of a supervisor, which is a fork of ours. The supervisor waits for the program with
-// signal handling of its own and reports its end through a pipe; so nothing that this process does with
-// SIGCHLD can lose it. The system signals the supervisor when the thread that forked it ends; that thread
+// its own signal handling and reports its end through a pipe, so the handling of SIGCHLD in this process has
+// no effect. The system signals the supervisor when the thread that forked it ends; that thread
 // waits here, so it ends only with the process. The program is signalled when the supervisor ends.
 
 namespace kestrine {
 
 namespace {
 
-/// What the supervisor reports.
+/// The report of the supervisor.
 struct Report {
     int startError; ///< the error number when the program could not be started, else 0
-    int waitStatus; ///< as waitpid() gives it
+    int waitStatus; ///< as waitpid() returns it
 };
 
 struct Pipe {
     FileDescriptor reading, writing;
 };
 
-/// Even if the child replaces its standard streams, it closes no end of the pipe.
+/// The ends have numbers above those of the standard streams, so that replacing these does not close an end.
 Result<FileDescriptor> awayFromStandardStreams(FileDescriptor descriptor) {
     if (descriptor.number() > STDERR_FILENO)
         return descriptor;
@@ -86,7 +86,7 @@ struct Plan {
     ArgumentVector arguments;
     ArgumentVector environment;
     int output; ///< the program's standard output
-    int report; ///< where the supervisor reports to
+    int report; ///< the pipe for the supervisor's report
 };
 
 /// Closes every descriptor from 3 on, except two.
@@ -100,7 +100,7 @@ void closeOthers(int one, int other) {
     ::close_range(high + 1, ~0U, 0);
 }
 
-/// The signals that matter here as a new program expects them.
+/// Gives the signals used here the handling that a new program expects.
 void restoreSignals() {
     for (const int signal : {SIGCHLD, SIGPIPE, SIGTERM, SIGXFSZ})
         ::signal(signal, SIG_DFL);
@@ -179,7 +179,7 @@ Result<std::string> readPipe(int pipe, std::size_t limit) {
     return output;
 }
 
-/// The first report is the one that counts: a program that cannot be started is reported by itself.
+/// Uses the first report: a program that cannot be started sends its own report before the supervisor's.
 Result<ChildEnd> endReported(int pipe, const std::string& program) {
     Report report{};
     ssize_t count = 0;

@@ -1,4 +1,4 @@
-// CapturedRun: a program run to its end for what it writes, such as a dialogue that prints the answer.
+// CapturedRun: runs a program to its end and returns its output, such as the answer of a dialogue.
 #pragma once
 
 #include "platform/host/process/ChildProcess.h"
@@ -7,20 +7,20 @@
 
 namespace kestrine {
 
-/// What a program wrote and how it ended.
+/// The output of a program and how it ended.
 struct CapturedRun {
     std::string output;
     ChildEnd end;
 };
 
-/// Variables that a program gets in addition to our environment, or instead of its values.
+/// Variables that are added to our environment for a program, or replace its values.
 using EnvironmentChanges = std::map<std::string, std::string>;
 
 /// Runs a program (a name without a slash is looked up in PATH) and blocks until it has ended and its
-/// standard output is closed. The program has nothing to read, its standard error is dropped, and it gets no
-/// other descriptor of ours. It is ended (SIGTERM) when it writes more than `limit` bytes, which is the
-/// failure tooLarge, and when this process ends in whatever way. How this process treats SIGCHLD does not
-/// matter. Any thread.
+/// standard output is closed. Its standard input is empty, its standard error is discarded, and it
+/// inherits no other descriptor. The program is ended (SIGTERM) when it writes more than `limit` bytes, which
+/// is the failure tooLarge, and when this process ends in any way. Works with any handling of SIGCHLD in this
+/// process. Any thread.
 Result<CapturedRun> runCapturingOutput(const std::string& program, const std::vector<std::string>& arguments,
                                        std::size_t limit, const EnvironmentChanges& changes = {});
 

@@ -10,7 +10,7 @@ namespace kestrine {
 
 namespace {
 
-/// Part of the C library itself, so always there.
+/// Part of the C library itself, so always available.
 constexpr const char* utf8Locale = "C.UTF-8";
 
 } // namespace

@@ -5,9 +5,10 @@
 
 namespace kestrine {
 
-/// What to change in the environment of a program so that its character encoding is UTF-8; nothing when it is
-/// already. The language of its messages stays, unless LC_ALL names a locale of another encoding or a locale
-/// of the environment is not installed: then the C library would not use that language or not read UTF-8.
+/// The changes to the environment of a program after which its character encoding is UTF-8; empty when it
+/// already is. The language of its messages stays, unless LC_ALL names a locale of another encoding or a
+/// locale of the environment is not installed: then the C library would not use that language or not read
+/// UTF-8.
 EnvironmentChanges changesForUTF8();
 
 } // namespace kestrine

@@ -1,4 +1,4 @@
-// StandardOutput: writes to standard output. A reader that has gone away does not stop the program.
+// StandardOutput: writes to standard output. If the reader has closed it, the program continues.
 #pragma once
 
 #include <string_view>

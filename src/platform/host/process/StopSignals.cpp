@@ -14,7 +14,7 @@ struct StopSignal {
 constexpr StopSignal stopSignals[] = {{SIGINT, "SIGINT"}, {SIGTERM, "SIGTERM"}, {SIGHUP, "SIGHUP"}};
 
 std::atomic<int> notedSignal = 0;
-std::atomic<int> secondSignal = 0; ///< one that came while a step was protected
+std::atomic<int> secondSignal = 0; ///< one that arrived while a step was protected
 std::atomic<int> protectedSteps = 0;
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may take no lock");
 
@@ -28,7 +28,7 @@ void noteOrEnd(int number) {
         ::_exit(128 + number);
 }
 
-/// The end of a protected step. The last one ends the process when a second signal came meanwhile.
+/// The end of a protected step. The last one ends the process if a second signal arrived meanwhile.
 void leaveStep() {
     if (--protectedSteps == 0 && secondSignal != 0)
         ::_exit(128 + secondSignal);

@@ -5,9 +5,9 @@
 
 namespace kestrine {
 
-/// Holds the stop signals back from this thread while it exists; those that came meanwhile arrive at its end.
-/// For a step that must not be cut in two. Signals that were held back before stay so. Where StopSignalsNoted
-/// is in force, a second signal to any thread ends the process only when no such object exists.
+/// Blocks the stop signals for this thread during its lifetime; signals that arrive meanwhile take effect at
+/// its end. For a step that must not be interrupted. Signals that were blocked before stay blocked. While a
+/// StopSignalsNoted exists, a second signal to any thread ends the process only when no such object exists.
 class StopSignalsBlocked {
 public:
     StopSignalsBlocked();
@@ -19,9 +19,9 @@ private:
     sigset_t before_;
 };
 
-/// While it exists, the first stop signal to the process is only noted; a second one ends the process, at
-/// once or after the steps that StopSignalsBlocked protects, with the status 128 plus its number. A signal
-/// that was ignored before (as under nohup) stays ignored. At most one at a time.
+/// During its lifetime, the first stop signal to the process is only recorded. A second one ends the process,
+/// at once or after the steps that StopSignalsBlocked protects, with the status 128 plus its number. A signal
+/// that was ignored before (as under nohup) stays ignored. Only one object may exist at a time.
 class StopSignalsNoted {
 public:
     StopSignalsNoted();
@@ -29,11 +29,11 @@ public:
     StopSignalsNoted(const StopSignalsNoted&) = delete;
     StopSignalsNoted& operator=(const StopSignalsNoted&) = delete;
 
-    /// The number of the signal that was noted; 0 when none was. Safe to call from any thread.
+    /// The number of the recorded signal; 0 if there is none. Any thread.
     static int noted();
 };
 
-/// "SIGINT" for SIGINT, and so on; "" for a number that is no stop signal.
+/// "SIGINT" for SIGINT, and so on; "" for other numbers.
 const char* nameOfStopSignal(int number);
 
 } // namespace kestrine

@@ -1,11 +1,11 @@
-// Whether a person is watching an output stream.
+// Whether an output stream is a terminal.
 #pragma once
 
 namespace kestrine {
 
 enum class OutputStream { standardOutput = 1, standardError = 2 };
 
-/// Whether what is written to the stream appears on a terminal.
+/// Whether output to the stream appears on a terminal.
 bool isTerminal(OutputStream stream);
 
 } // namespace kestrine

@@ -177,7 +177,8 @@ public:
         : reader_(std::move(reader)), header_(std::move(header)) {
         frames_.push_back({.format = formatOf(header_),
                            .profile = header_.profile,
-                           .isUncompressed = !header_.isRunLength});
+                           .isUncompressed = !header_.isRunLength,
+                           .storedBitsPerPixel = header_.bitsPerPixel});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {

@@ -55,7 +55,7 @@ Result<void> RunLength::readRow(std::size_t storedRow, std::span<std::uint8_t> i
     return {};
 }
 
-/// Decodes from x to the end of the row and stores the indices; nothing when the input ends before.
+/// Decodes from x to the end of the row and stores the indices; nullopt if the input ends before.
 std::optional<RunLength::End> RunLength::decodeRow(std::uint64_t& x, std::span<std::uint8_t> indices) {
     for (;;) {
         const int count = input_.next(), value = input_.next();

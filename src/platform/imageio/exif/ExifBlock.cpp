@@ -41,7 +41,7 @@ constexpr std::array<std::uint16_t, 8> carriedMainTags{
 };
 
 /// What is never copied from the other directories: offsets into the source, entries that depend on such
-/// offsets, and entries that are written anew.
+/// offsets, and entries that are written again.
 constexpr std::array<std::uint16_t, 15> droppedTags{
     0x0111, // StripOffsets
     0x0117, // StripByteCounts
@@ -194,7 +194,7 @@ Bytes written(CarriedFields& carried) {
     return out;
 }
 
-/// What is copied from the source; nothing if it has no Exif sub-directory and no main entry to copy.
+/// What is copied from the source; nullopt if it has no Exif sub-directory and no main entry to copy.
 std::optional<CarriedFields> selectFields(const ExifDirectories& source) {
     const auto isCarriedFromMain = [](std::uint16_t tag) { return lists(carriedMainTags, tag); };
     const auto isCarried = [](std::uint16_t tag) { return !lists(droppedTags, tag); };

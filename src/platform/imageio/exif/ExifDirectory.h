@@ -24,7 +24,7 @@ struct ExifTypeSize {
     std::uint8_t unit;
 };
 
-/// The sizes for types 1 to 13; nothing for other types.
+/// The sizes for types 1 to 13; nullopt for other types.
 std::optional<ExifTypeSize> exifTypeSize(std::uint16_t type);
 
 struct ExifEntry {
@@ -39,7 +39,7 @@ using ExifDirectory = std::map<std::uint16_t, ExifEntry>;
 /// The directories of a block with a valid header. The block must outlive this.
 class ExifDirectories {
 public:
-    /// Nothing unless `block` begins with "MM" or "II" and the number 42 in that byte order.
+    /// nullopt unless `block` begins with "MM" or "II" and the number 42 in that byte order.
     static std::optional<ExifDirectories> of(ByteView block);
 
     bool isBigEndian() const { return isBigEndian_; }

@@ -1,5 +1,5 @@
-// CodeCheck: checks that all codes of a GIF picture are valid. giflib accepts invalid codes and makes up
-// pixels for them.
+// CodeCheck: checks that all codes of a GIF picture are valid. giflib accepts invalid codes and
+// invents pixels for them.
 #pragma once
 
 #include <array>

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <gif_lib.h>
+#include <span>
 
 namespace kestrine::gif {
 
@@ -48,7 +49,7 @@ public:
 
     const Layout& layout() const { return layout_; }
 
-    /// Whether every code of the picture has a meaning. Must be called instead of reading the rows.
+    /// Whether every code of the picture is valid. Must be called instead of reading the rows.
     bool hasSoundCodes();
 
     /// Reads the indices of the next row, in stored order.
@@ -154,6 +155,17 @@ RowFormat formatOf(const Layout& layout) {
     return {layout.screenWidth, layout.screenHeight, ColorModel::rgb, hasAlpha, SampleDepth::bits8};
 }
 
+/// Which rows of an interlaced picture are stored together.
+struct Pass {
+    std::uint32_t first, step;
+
+    bool contains(std::uint32_t y) const { return y % step == first; }
+    std::uint32_t rows(std::uint32_t height) const {
+        return height <= first ? 0 : (height - first + step - 1) / step;
+    }
+};
+constexpr std::array<Pass, 4> passes = {{{0, 8}, {4, 8}, {2, 4}, {1, 2}}};
+
 class Rows final : public RowSource {
 public:
     /// `stream` is one of the file that `reader` reads.
@@ -164,26 +176,30 @@ public:
 
 private:
     Result<void> readIndices();
-    Result<void> readInterlaced();
+    Result<void> readInterlacedIndices(std::uint32_t y);
+    Result<void> holdEvenRows();
+    Result<void> startPass(std::size_t pass);
     void paint(std::span<const std::uint8_t> indices, std::span<std::uint8_t> pixels) const;
 
     void checkCodes() const;
 
-    const std::unique_ptr<Stream> stream_;
     const std::shared_ptr<const ByteReader> reader_;
     const std::shared_ptr<DamageRecord> damage_;
-    const Layout& layout_;
+    const Layout layout_;
+    /// By pass, if the picture is interlaced and too large to be held in memory; else only the first.
+    std::array<std::unique_ptr<Stream>, passes.size()> streams_;
+    Bytes evenRows_; ///< indices of the rows before the last pass, if an interlaced picture is small
     std::array<std::array<std::uint8_t, 4>, 256> pixelOfIndex_; ///< red, green, blue, alpha
     std::uint32_t next_ = 0;
-    Bytes interlaced_; ///< indices of the whole picture, if it is interlaced
-    Bytes indices_;    ///< of the current row
+    Bytes indices_; ///< of the current row
 };
 
 /// Indices outside the colour table are black.
 Rows::Rows(std::unique_ptr<Stream> stream, std::shared_ptr<const ByteReader> reader,
            std::shared_ptr<DamageRecord> damage)
-    : RowSource(formatOf(stream->layout())), stream_(std::move(stream)), reader_(std::move(reader)),
-      damage_(std::move(damage)), layout_(stream_->layout()), indices_(layout_.width) {
+    : RowSource(formatOf(stream->layout())), reader_(std::move(reader)), damage_(std::move(damage)),
+      layout_(stream->layout()), indices_(layout_.width) {
+    streams_.front() = std::move(stream);
     pixelOfIndex_.fill({0, 0, 0, 255});
     for (std::size_t i = 0; 3 * i < layout_.colors.size(); ++i)
         std::copy_n(layout_.colors.begin() + static_cast<std::ptrdiff_t>(3 * i), 3, pixelOfIndex_[i].begin());
@@ -213,26 +229,48 @@ void Rows::checkCodes() const {
 
 /// Fills indices_ with the next row from the top.
 Result<void> Rows::readIndices() {
-    if (!layout_.isInterlaced)
-        return stream_->readIndices(indices_);
-    if (interlaced_.empty())
-        TRY(readInterlaced());
-    const std::size_t y = next_ - 1 - layout_.top;
-    std::copy_n(interlaced_.begin() + static_cast<std::ptrdiff_t>(y * layout_.width), layout_.width,
-                indices_.begin());
+    return layout_.isInterlaced ? readInterlacedIndices(next_ - 1 - layout_.top)
+                                : streams_.front()->readIndices(indices_);
+}
+
+Result<void> Rows::readInterlacedIndices(std::uint32_t y) {
+    constexpr std::uint64_t maxHeldPixels = std::uint64_t{1} << 22;
+    const bool isHeld = std::uint64_t{layout_.width} * layout_.height <= maxHeldPixels;
+    if (isHeld && y == 0)
+        TRY(holdEvenRows());
+    if (isHeld && y % 2 == 0) {
+        std::copy_n(evenRows_.begin() + static_cast<std::ptrdiff_t>(y / 2 * layout_.width), layout_.width,
+                    indices_.begin());
+        return {};
+    }
+    std::size_t pass = 0;
+    while (!isHeld && !passes[pass].contains(y))
+        ++pass;
+    if (streams_[pass] == nullptr)
+        TRY(startPass(pass));
+    return streams_[pass]->readIndices(indices_);
+}
+
+/// Reads all passes but the last, which has the odd rows.
+Result<void> Rows::holdEvenRows() {
+    evenRows_.resize(std::size_t{layout_.width} * ((layout_.height + 1) / 2));
+    for (const Pass& pass : std::span(passes).first(passes.size() - 1))
+        for (std::uint32_t y = pass.first; y < layout_.height; y += pass.step)
+            TRY(streams_.front()->readIndices(
+                std::span(evenRows_).subspan(std::size_t{y} / 2 * layout_.width, layout_.width)));
     return {};
 }
 
-Result<void> Rows::readInterlaced() {
-    struct Pass {
-        std::uint32_t first, step;
-    };
-    constexpr std::array<Pass, 4> passes = {{{0, 8}, {4, 8}, {2, 4}, {1, 2}}};
-    interlaced_.resize(std::size_t{layout_.width} * layout_.height);
-    for (const Pass& pass : passes)
-        for (std::uint32_t y = pass.first; y < layout_.height; y += pass.step)
-            TRY(stream_->readIndices(
-                std::span(interlaced_).subspan(std::size_t{y} * layout_.width, layout_.width)));
+/// Opens the file once more and skips the earlier passes. They are short: all streams together decode twice
+/// as many codes as one.
+Result<void> Rows::startPass(std::size_t pass) {
+    std::unique_ptr<Stream> stream = TRY(Stream::open(reader_));
+    if (stream->layout().width != layout_.width)
+        return Failure{Reason::malformed, "the GIF file changed while it was read"};
+    for (std::size_t earlier = 0; earlier < pass; ++earlier)
+        for (std::uint32_t row = passes[earlier].rows(layout_.height); row > 0; --row)
+            TRY(stream->readIndices(indices_));
+    streams_[pass] = std::move(stream);
     return {};
 }
 
@@ -248,7 +286,7 @@ class Decoder final : public ImageDecoder {
 public:
     Decoder(std::shared_ptr<const ByteReader> reader, std::unique_ptr<Stream> stream)
         : reader_(std::move(reader)), colors_(stream->layout().colors) {
-        frames_.push_back({formatOf(stream->layout()), {}, {}, false});
+        frames_.push_back({.format = formatOf(stream->layout()), .storedBitsPerPixel = 8});
         stream_.hold(std::move(stream));
     }
 

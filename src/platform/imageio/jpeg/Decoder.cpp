@@ -11,6 +11,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <span>
 
 namespace kestrine::jpeg {
 
@@ -29,6 +30,14 @@ constexpr std::string_view exifSignature{"Exif\0\0", 6};
 
 bool recognises(ByteView head) {
     return head.size() >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF;
+}
+
+std::uint64_t bytesOfCoefficients(const jpeg_decompress_struct& info) {
+    std::uint64_t blocks = 0;
+    for (const jpeg_component_info& component :
+         std::span(info.comp_info, static_cast<std::size_t>(info.num_components)))
+        blocks += std::uint64_t{component.width_in_blocks} * component.height_in_blocks;
+    return blocks * sizeof(JBLOCK);
 }
 
 class Decoder final : public ImageDecoder {
@@ -85,10 +94,9 @@ private:
                         info.num_components == 1 ? ColorModel::gray : ColorModel::rgb, false,
                         SampleDepth::bits8};
         if (!frame.format.isWithinLimits())
-            return Failure{Reason::tooLarge, "the picture is larger than 2^30 pixels"};
-        const std::uint64_t coefficientBytes =
-            frame.format.pixels() * static_cast<unsigned>(info.num_components) * 2;
-        if (jpeg_has_multiple_scans(&header.info) && !isPlausible(coefficientBytes, info.arith_code != 0))
+            return Failure{Reason::tooLarge, "the JPEG picture has too many pixels"};
+        frame.heldBytes = jpeg_has_multiple_scans(&header.info) ? bytesOfCoefficients(info) : 0;
+        if (!isPlausible(frame.heldBytes, info.arith_code != 0))
             return Failure{Reason::tooLarge,
                            "the picture is too large for a progressive JPEG of this length"};
         isCMYK_ = info.num_components == 4;

@@ -6,9 +6,9 @@
 
 namespace kestrine::jpeg {
 
-/// What decodes the pixels. The pixels are the same with both.
+/// Which decoder decodes the pixels. The pixels are the same with both.
 enum class DecoderChoice {
-    ownFirst, ///< our own decoder (own/), which is about twice as fast, then libjpeg-turbo where that refuses
+    ownFirst,    ///< our own decoder (own/), which is about twice as fast; libjpeg-turbo for what it refuses
     libraryOnly, ///< libjpeg-turbo alone; tests, fuzzers and benchmarks compare with it
 };
 

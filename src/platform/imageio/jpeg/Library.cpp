@@ -1,5 +1,7 @@
 #include "platform/imageio/jpeg/Library.h"
 
+#include <cstring>
+
 namespace kestrine::jpeg {
 
 namespace {
@@ -12,7 +14,7 @@ namespace {
 
 void ignoreMessage(j_common_ptr) {}
 
-/// Whether the library made up pixels: the bits of the scan ended early, had no meaning, or did not fit the
+/// Whether the library invented pixels: the bits of the scan ended early, were invalid, or did not match the
 /// restart markers.
 bool reportsMadeUpPixels(const jpeg_error_mgr& warning) {
     switch (warning.msg_code) {
@@ -36,6 +38,12 @@ void keepDamage(j_common_ptr info, int level) {
 }
 
 } // namespace
+
+void failInLibrary(j_common_ptr info, const char* text) {
+    auto* errors = reinterpret_cast<Errors*>(info->err);
+    std::strncpy(errors->text, text, sizeof errors->text - 1);
+    std::longjmp(errors->onError, 1);
+}
 
 jpeg_error_mgr* Errors::prepare() {
     jpeg_std_error(&manager);

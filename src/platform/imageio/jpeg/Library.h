@@ -21,12 +21,15 @@ struct Errors {
     jpeg_error_mgr manager;
     std::jmp_buf onError;
     char text[JMSG_LENGTH_MAX];
-    char damage[JMSG_LENGTH_MAX]; ///< the first warning that reports made-up pixels; empty if there is none
+    char damage[JMSG_LENGTH_MAX]; ///< the first warning about invented pixels; empty if there is none
 
     /// Initialises `manager` and returns it for the library's `err` field.
     jpeg_error_mgr* prepare();
     Failure failure() const;
 };
+
+/// For callbacks of the library: ends the call of the library with this error.
+[[noreturn]] void failInLibrary(j_common_ptr info, const char* text);
 
 /// Runs `step` (a lambda that calls the library and owns nothing) and returns whether it ended without error.
 template <class Step>

@@ -10,21 +10,45 @@ namespace {
 /// Pictures can have many scans; a file with more than this only takes processor time.
 constexpr int maximumScans = 500;
 
-void limitScans(j_common_ptr info) {
-    auto* decompress = reinterpret_cast<j_decompress_ptr>(info);
-    if (decompress->input_scan_number > maximumScans)
-        ERREXIT(info, JERR_EOI_EXPECTED);
+/// A scan that changes nothing needs one bit for 2000 blocks, but takes up to 70 ns for each block. So the
+/// scans after the first may visit this many blocks in total, and 64 more for each byte of the file. Encoders
+/// write 6 to 20 scans. Since the first scan of a component has at least one bit per block, the length of a
+/// file always allows 8 visits to every block; 2^24 blocks are 30 scans of 36 megapixels.
+constexpr std::uint64_t uncheckedVisits = std::uint64_t{1} << 24;
+constexpr std::uint64_t maxVisitsPerByte = 64;
+
+/// Of the current scan.
+std::uint64_t blocksInScan(const jpeg_decompress_struct& info) {
+    std::uint64_t blocks = 0;
+    for (const jpeg_component_info* component :
+         std::span(info.cur_comp_info).first(static_cast<std::size_t>(info.comps_in_scan)))
+        blocks += std::uint64_t{component->width_in_blocks} * component->height_in_blocks;
+    return blocks;
 }
 
 } // namespace
+
+/// libjpeg-turbo calls this several times in each scan.
+void LibraryReader::limitScans(j_common_ptr info) {
+    const auto& decompress = *reinterpret_cast<j_decompress_ptr>(info);
+    auto& progress = *reinterpret_cast<Progress*>(info->progress);
+    if (decompress.input_scan_number == progress.lastScan)
+        return;
+    progress.lastScan = decompress.input_scan_number;
+    if (progress.lastScan > 1)
+        progress.blockVisits += blocksInScan(decompress);
+    if (progress.lastScan > maximumScans || progress.blockVisits > progress.maxBlockVisits)
+        failInLibrary(info, "the file has too many scans for its length");
+}
 
 LibraryReader::LibraryReader(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {
     info.err = errors.prepare();
     created_ = succeedsInLibrary(errors, [this] { jpeg_create_decompress(&info); });
     if (!created_)
         return;
-    progress_.progress_monitor = limitScans;
-    info.progress = &progress_;
+    progress_.manager.progress_monitor = limitScans;
+    progress_.maxBlockVisits = uncheckedVisits + maxVisitsPerByte * reader_->size();
+    info.progress = &progress_.manager;
     input_.attach(info, *reader_);
 }
 

@@ -21,7 +21,7 @@ public:
     /// Offset in the file of the next byte that the library will use.
     std::uint64_t position() const { return input_.offset - input_.manager.bytes_in_buffer; }
 
-    /// Why some of the pixels decoded so far had to be made up; nothing if none had. Decompression must have
+    /// Why some of the pixels decoded so far had to be invented; nullopt if none had. Decompression must have
     /// begun.
     std::optional<Failure> damage();
 
@@ -29,10 +29,18 @@ public:
     Errors errors{};
 
 private:
+    struct Progress {
+        jpeg_progress_mgr manager; ///< the first member, so that the library's pointer to it is one to this
+        int lastScan;
+        std::uint64_t blockVisits; ///< in all scans after the first
+        std::uint64_t maxBlockVisits;
+    };
+
+    static void limitScans(j_common_ptr info);
     bool lacksScans();
 
     std::shared_ptr<const ByteReader> reader_;
-    jpeg_progress_mgr progress_{};
+    Progress progress_{};
     Input input_{};
     bool created_ = false;
 };

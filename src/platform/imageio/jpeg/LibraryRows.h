@@ -10,8 +10,8 @@
 namespace kestrine::jpeg {
 
 /// Starts decoding `file`, whose header has been read, at `eighths` (8, 4, 2 or 1) of the full size.
-/// `fullFormat` is the format at full size. Made-up pixels are noted in `damage`. `inks` converts the four
-/// channels of CMYK pictures to RGB, and is null for all others.
+/// `fullFormat` is the format at full size. Invented pixels are recorded in `damage`. `inks` converts the
+/// four channels of CMYK pictures to RGB, and is null for all others.
 Result<RowSourcePointer> openLibraryRows(std::unique_ptr<LibraryReader> file, const RowFormat& fullFormat,
                                          int eighths, std::shared_ptr<DamageRecord> damage,
                                          std::unique_ptr<ForeignConverter> inks = nullptr);

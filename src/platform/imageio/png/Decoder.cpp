@@ -4,6 +4,7 @@
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
 #include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/png/InterlacedRows.h"
 #include "platform/imageio/png/LibraryReader.h"
 #include "platform/imageio/png/LibraryRows.h"
 #include "platform/imageio/png/fast/FastRows.h"
@@ -135,7 +136,10 @@ public:
         const ExifFacts exif = readExifFacts(exifBeforePixels_);
         const Resolution resolution =
             exif.resolution ? *exif.resolution : storedResolution(*file).value_or(Resolution{});
-        frames_.push_back({format, resolution, storedProfile(*file, format.model, exif)});
+        frames_.push_back({.format = format,
+                           .resolution = resolution,
+                           .profile = storedProfile(*file, format.model, exif),
+                           .storedBitsPerPixel = static_cast<unsigned>(file->storedBitsPerPixel())});
         file_.hold(std::move(file));
     }
 
@@ -145,6 +149,8 @@ public:
             damage_->note({Reason::malformed, "the PNG picture is damaged: its transparency is lost"});
         if (RowSourcePointer fast = openFastRows(*file, reader_))
             return fast;
+        if (file->isInterlaced())
+            return RowSourcePointer(std::make_unique<InterlacedRows>(std::move(file), reader_));
         return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file)));
     }
 
@@ -184,8 +190,6 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
         return Failure{Reason::tooLarge, "the PNG picture has too many pixels"};
     if (file->storedBytes() > maximumDeflateRatio * reader->size())
         return Failure{Reason::truncated, "the PNG file is too short for its pixels"};
-    if (file->isInterlaced() && !file->format().canBeBuffered())
-        return Failure{Reason::tooLarge, "the PNG picture is interlaced and too large to be held in memory"};
     return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), std::move(file)));
 }
 

@@ -2,13 +2,21 @@
 
 #include <algorithm>
 #include <bit>
+#include <string_view>
 
 namespace kestrine::png {
 
 namespace {
 
 constexpr png_alloc_size_t maximumChunkBytes = 16 << 20;
-constexpr png_uint_32 maximumKeptChunks = 1000;
+
+constexpr std::size_t chunkNameBytes = 5;
+/// The chunks that libpng would interpret but that are not used here, in the form that libpng expects: each
+/// name with a zero after it. libpng then skips them; otherwise it would inflate every text of a file.
+constexpr std::string_view skippedChunks{"bKGD\0eXIf\0hIST\0iTXt\0oFFs\0pCAL\0sBIT\0sCAL\0sPLT\0"
+                                         "tEXt\0tIME\0zTXt\0",
+                                         12 * chunkNameBytes};
+
 /// Length and type of the first IDAT chunk, which png_read_info() has already read.
 constexpr std::uint64_t chunkHeadBytes = 8;
 
@@ -34,7 +42,9 @@ Result<void> LibraryReader::readHeader() {
         png_set_read_fn(png_, &input_, readInput);
         png_set_user_limits(png_, maximumSide, maximumSide);
         png_set_chunk_malloc_max(png_, maximumChunkBytes);
-        png_set_chunk_cache_max(png_, maximumKeptChunks);
+        png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER,
+                                    reinterpret_cast<png_const_bytep>(skippedChunks.data()),
+                                    static_cast<int>(skippedChunks.size() / chunkNameBytes));
         png_read_info(png_, info_);
         storedColorType_ = png_get_color_type(png_, info_);
         storedRowBytes_ = png_get_rowbytes(png_, info_);
@@ -44,7 +54,6 @@ Result<void> LibraryReader::readHeader() {
         png_set_expand(png_);
         if constexpr (std::endian::native == std::endian::little)
             png_set_swap(png_);
-        png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
     });
 }

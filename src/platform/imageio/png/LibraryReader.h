@@ -26,10 +26,11 @@ public:
     RowFormat format() const;
     /// Whether the stored colours are indices into a table.
     bool isIndexed() const { return storedColorType_ == PNG_COLOR_TYPE_PALETTE; }
-    /// Whether the rows come in seven passes, each over the whole picture.
+    /// Whether the rows come in seven passes, each with a part of the pixels.
     bool isInterlaced() const;
     /// Uncompressed size of the stored rows, each with its filter byte.
     std::uint64_t storedBytes() const;
+    std::size_t storedBitsPerPixel() const { return storedBitsPerPixel_; }
     /// Bytes per stored pixel, at least 1, as the row filters count them.
     std::size_t storedBytesPerPixel() const { return (storedBitsPerPixel_ + 7) / 8; }
     /// Whether pixels are delivered as they are stored, except for the byte order of 16-bit samples.
@@ -46,7 +47,7 @@ public:
     png_structp png() const { return png_; }
     png_infop info() const { return info_; }
 
-    /// Reads the next row. If the picture is interlaced, `row` must hold the result of the earlier passes.
+    /// Reads the next row; if the picture is interlaced, the next one that is not empty of its seven passes.
     Result<void> readRow(std::span<std::uint8_t> row);
     /// Reads everything after the last row, in order to find damage.
     Result<void> finish();

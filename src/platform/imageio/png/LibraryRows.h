@@ -1,8 +1,8 @@
-// LibraryRows: the rows of any PNG file, decoded by libpng. Only interlaced pictures are held in memory.
-// Damage or missing data anywhere up to the last chunk is a failure.
+// LibraryRows: the rows of a PNG file that is not interlaced, decoded by libpng. Damage or missing data
+// anywhere up to the last chunk is a failure.
 #pragma once
 
-#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/coregraphics/RowSource.h"
 #include "platform/imageio/png/LibraryReader.h"
 
 namespace kestrine::png {
@@ -15,12 +15,8 @@ public:
     Result<void> readRow(std::span<std::uint8_t> row) override;
 
 private:
-    Result<void> readInterlacedRow(std::span<std::uint8_t> row);
-    Result<void> readPasses();
-
     const std::unique_ptr<LibraryReader> reader_;
     std::uint32_t left_; ///< rows
-    PixelBuffer whole_;  ///< only for interlaced pictures
 };
 
 /// Reads the header of a PNG file and starts decoding.

@@ -102,7 +102,9 @@ class Decoder final : public ImageDecoder {
 public:
     Decoder(std::shared_ptr<const ByteReader> reader, const Header& header, std::uint64_t sampleOffset)
         : reader_(std::move(reader)), header_(header), sampleOffset_(sampleOffset) {
-        frames_.push_back({.format = header.format, .isUncompressed = header.samples == Samples::bytes});
+        frames_.push_back({.format = header.format,
+                           .isUncompressed = header.samples == Samples::bytes,
+                           .storedBitsPerPixel = header.samples == Samples::bits ? 1u : 0u});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {

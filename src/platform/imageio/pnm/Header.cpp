@@ -72,7 +72,7 @@ Result<Header> readNumbers(ForwardReader& input, const Variant& variant) {
     return Header{variant.samples, {width, height, variant.model, false, depthFor(largest)}, largest};
 }
 
-/// The next line; nothing when it is too long or the input ends. A comment counts as an empty line.
+/// The next line; nullopt if it is too long or the input ends. A comment counts as an empty line.
 std::optional<std::string> readLine(ForwardReader& input) {
     std::string line;
     for (int character = input.next(); character != '\n'; character = input.next()) {

@@ -2,6 +2,7 @@
 // Rows stream, and a page that turns out damaged or cut short is a failure.
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
+#include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/tiff/Exif.h"
 #include "platform/imageio/tiff/PageList.h"
@@ -11,7 +12,7 @@ namespace kestrine::tiff {
 
 namespace {
 
-/// CMYK and Lab have become sRGB and say so; other pages keep their own profile.
+/// CMYK and Lab are converted to sRGB and get its profile; other pages keep their own.
 std::optional<ColorProfile> deliveredProfile(const Page& page, bool isAdobeRGB) {
     if (page.color == Color::cmyk || page.color == Color::cieLab || page.color == Color::iccLab)
         return ColorProfile::sRGB();
@@ -23,11 +24,15 @@ std::optional<ColorProfile> deliveredProfile(const Page& page, bool isAdobeRGB) 
     return std::nullopt;
 }
 
+/// Of all pages together, since many pages can share the bytes of one profile.
+constexpr std::uint64_t maxProfileBytes = std::uint64_t{16} << 20;
+
 class Decoder final : public ImageDecoder {
 public:
     explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
 
-    /// Pages that cannot be shown are left out, but for the main picture: without it the file gives nothing.
+    /// Pages that cannot be decoded are left out. If the main picture cannot be decoded, the whole file
+    /// fails.
     Result<void> readPages(const Structure& structure, const std::vector<ListedPage>& listed) {
         for (const ListedPage& place : listed) {
             if (Result<void> read = readPage(structure, place); !read && pages_.empty())
@@ -58,7 +63,7 @@ private:
         Page page = TRY(tiff::readPage(*file, place.directory));
         Bytes exif = exifOf(structure, place);
         const bool isMain = pages_.empty();
-        add(std::move(page), readExifFacts(exif).isAdobeRGB);
+        TRY(add(std::move(page), readExifFacts(exif).isAdobeRGB));
         if (isMain) {
             exif_ = std::move(exif);
             mainFile_.hold(std::move(file));
@@ -66,21 +71,29 @@ private:
         return {};
     }
 
-    /// Of a sub-page that has none, that of its page.
+    /// A sub-page without EXIF gets that of its parent page.
     static Bytes exifOf(const Structure& structure, const ListedPage& page) {
         Bytes exif = exifOfTIFF(structure, page.directory);
         return exif.empty() && page.parent != 0 ? exifOfTIFF(structure, page.parent) : exif;
     }
 
-    void add(Page page, bool isAdobeRGB) {
-        frames_.push_back({.format = page.format,
-                           .resolution = page.resolution,
-                           .profile = deliveredProfile(page, isAdobeRGB),
-                           .isUncompressed = page.isUncompressed()});
+    Result<void> add(Page page, bool isAdobeRGB) {
+        if (profileBytes_ += page.icc.size(); profileBytes_ > maxProfileBytes)
+            return Failure{Reason::tooLarge, "the TIFF pages have too large profiles"};
+        FrameDescription frame{.format = page.format,
+                               .resolution = page.resolution,
+                               .profile = deliveredProfile(page, isAdobeRGB),
+                               .isUncompressed = page.isUncompressed(),
+                               .storedBitsPerPixel = page.bits * page.samples,
+                               .heldBytes = page.heldBytes};
+        TRY(checkPlausible(frame, reader_->size()));
+        frames_.push_back(std::move(frame));
         pages_.push_back(std::make_shared<const Page>(std::move(page)));
+        return {};
     }
 
     const std::shared_ptr<const ByteReader> reader_;
+    std::uint64_t profileBytes_ = 0;                 ///< of all pages that were read
     Bytes exif_;                                     ///< of frame 0
     mutable HeldReader<File> mainFile_;              ///< at the page of frame 0
     std::vector<std::shared_ptr<const Page>> pages_; ///< by frame

@@ -1,5 +1,5 @@
 // TIFF: classic, little-endian, uncompressed, in strips of about 64 KiB.
-// Every size is known beforehand, so the file is laid out first and then written once from front to back:
+// Every size is known beforehand, so the layout is computed first and the file is then written in one pass:
 // header, directory, values that are too long for their entry, strips.
 #include "platform/imageio/Codecs.h"
 
@@ -42,7 +42,7 @@ void appendLittleEndian(Bytes& to, std::uint32_t number, int bytes) {
         to.push_back(static_cast<std::uint8_t>(number >> 8 * i));
 }
 
-/// One entry of the directory with its values as they stand in the file.
+/// One entry of the directory with its values as they are stored in the file.
 struct Field {
     Tag tag;
     FieldType type;
@@ -72,7 +72,7 @@ Field longs(Tag tag, std::span<const std::uint32_t> numbers) {
 Field longNumber(Tag tag, std::uint32_t number) { return longs(tag, {&number, 1}); }
 
 /// `number` (1 to 100000) by continued fractions: exact for all simple ratios, such as 72 x 1201 / 1200. It
-/// comes from sizes in single precision, which are good to 1e-7.
+/// is computed from sizes in single precision, which are accurate to 1e-7.
 Field rational(Tag tag, double number) {
     constexpr double closeEnough = 1e-7, largestTerm = 1e9;
     std::uint64_t numerator = 1, denominator = 0, numeratorBefore = 0, denominatorBefore = 1;
@@ -94,9 +94,9 @@ Field rational(Tag tag, double number) {
     return field;
 }
 
-/// Where everything lies in the file. Offsets are 64 bits wide until it is known that they fit.
+/// What the file contains and its size. Sizes are 64 bits wide until it is known that they fit 32 bits.
 struct Layout {
-    std::vector<Field> fields; ///< by rising tag
+    std::vector<Field> fields; ///< sorted by tag
     std::uint64_t fileBytes;
 };
 
@@ -164,7 +164,7 @@ std::uint64_t evenly(std::uint64_t size) { return size + size % 2; }
 
 std::uint64_t directoryBytes(const std::vector<Field>& fields) { return 2 + entryBytes * fields.size() + 4; }
 
-/// What stands before the strips takes the same room wherever they begin, so a first guess measures it.
+/// The part before the strips has the same size wherever they begin, so it is measured with offset 0.
 Layout layoutOf(const RowFormat& format, const EncodingOptions& options) {
     const Strips strips(format);
     std::uint64_t position = headerBytes;
@@ -192,7 +192,7 @@ void appendHead(Bytes& file, const std::vector<Field>& fields) {
             valuesAt += evenly(field.values.size());
         }
     }
-    appendLittleEndian(file, 0, 4); // no further directory
+    appendLittleEndian(file, 0, 4); // no next directory
 }
 
 void appendLongValues(Bytes& file, const std::vector<Field>& fields) {
@@ -203,7 +203,7 @@ void appendLongValues(Bytes& file, const std::vector<Field>& fields) {
         }
 }
 
-/// 16-bit samples of a big-endian machine into the file's order.
+/// Converts 16-bit samples from the byte order of a big-endian machine to the file's.
 void makeLittleEndian(std::span<std::uint8_t> row, SampleDepth depth) {
     if (std::endian::native == std::endian::little || depth == SampleDepth::bits8)
         return;

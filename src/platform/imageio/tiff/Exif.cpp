@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint16_t exifPointer = 34665, interoperabilityPointer = 40965, makerNote = 37500;
 
-/// Entries of the page that speak of the picture and not of how its pixels are stored.
+/// Entries of the page that describe the picture and not how its pixels are stored.
 constexpr std::array<std::uint16_t, 12> pageTags = {
     270,   // ImageDescription
     271,   // Make
@@ -25,14 +25,15 @@ constexpr std::array<std::uint16_t, 12> pageTags = {
     33432, // Copyright
 };
 
-/// Types that classic EXIF knows.
+/// Types that classic EXIF defines.
 constexpr std::uint16_t firstType = 1, lastType = 12;
 constexpr std::uint16_t longType = 4;
 
 constexpr std::size_t maximumValueBytes = 65536;
 constexpr std::size_t maximumExifBytes = 262144;
 
-/// The block while it grows: a header, then directories, those that are pointed to first.
+/// The block under construction: a header, then directories; a directory comes before the one that points to
+/// it.
 class ExifBlockBuilder {
 public:
     explicit ExifBlockBuilder(bool isBigEndian) : isBigEndian_(isBigEndian) {
@@ -47,7 +48,7 @@ public:
         Bytes values;
     };
 
-    /// A pointer to the directory that begins at `offset` of the block.
+    /// A pointer to the directory at `offset` of the block.
     Field pointer(std::uint16_t tag, std::uint32_t offset) const {
         Field field{tag, longType, 1, Bytes(4)};
         put(field.values.data(), offset, 4);
@@ -104,7 +105,7 @@ private:
 
 using Fields = std::vector<ExifBlockBuilder::Field>;
 
-/// The entries of `directory` that `isWanted` and whose values are there, as far as `room` bytes go.
+/// The entries of `directory` that `isWanted` accepts and whose values are complete, up to `room` bytes.
 template <class Wanted>
 Fields copied(const Structure& file, const Structure::Directory& directory, std::size_t& room,
               const Wanted& isWanted) {

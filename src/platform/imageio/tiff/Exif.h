@@ -1,12 +1,14 @@
-// The EXIF of a TIFF file. It has no block of its own there: its directories hang on the picture's own.
+// The EXIF of a TIFF file. It is not a separate block there: the picture's directory points to its
+// directories.
 #pragma once
 
 #include "platform/imageio/tiff/Structure.h"
 
 namespace kestrine::tiff {
 
-/// A block, in the file's byte order, with the EXIF directory that the page at `directory` points to and what
-/// the page itself says of the picture's origin and place on paper. Empty when it points to none.
+/// A block, in the file's byte order, with the EXIF directory that the page at `directory` points to, and
+/// with the page's own entries about origin, orientation and resolution. Empty when the page points to no
+/// EXIF.
 Bytes exifOfTIFF(const Structure& file, std::uint64_t directory);
 
 } // namespace kestrine::tiff

@@ -9,16 +9,16 @@ namespace kestrine::tiff {
 
 namespace {
 
-/// Bound on one allocation of libtiff's: the compressed bytes of a strip or tile, the samples of a tile.
+/// Limit for one allocation by libtiff: the compressed bytes of a strip or tile, or the samples of a tile.
 constexpr tmsize_t maximumAllocation = tmsize_t{1} << 30;
 
 constexpr const char* missing = "TIFF pictures need libtiff 4.5 or later (package libtiff6)";
 
-/// For libtiff: nobody else needs to handle the message.
+/// Returned to libtiff: the message needs no other handler.
 constexpr int isHandled = 1;
 
-/// Whether a message tells of made-up pixels. Most of libtiff's decoders fail where the data is damaged;
-/// those of fax and JPEG mend what they can and go on.
+/// Whether a message means that libtiff invented pixels. Most of its decoders fail at damaged data; those of
+/// fax and JPEG repair what they can and continue.
 bool tellsOfMadeUpPixels(std::string_view module, std::string_view text) {
     if (module.starts_with("Fax3") || module.starts_with("Fax4"))
         return true;

@@ -1,5 +1,5 @@
-// libtiff, opened when the first TIFF file asks for it: its functions as a table, and one open input.
-// Its header serves for types only; nothing here links to it.
+// libtiff, loaded when the first TIFF file needs it: its functions as a table, and one open input.
+// Its header is used for types only; nothing here links to it.
 #pragma once
 
 #include "platform/host/files/ByteReader.h"
@@ -10,7 +10,7 @@
 
 namespace kestrine::tiff {
 
-/// The functions that are called, under libtiff's names without "TIFF".
+/// The functions used, named as in libtiff without "TIFF".
 struct Functions {
     decltype(&TIFFOpenOptionsAlloc) allocateOptions;
     decltype(&TIFFOpenOptionsFree) freeOptions;
@@ -39,22 +39,23 @@ struct Functions {
     decltype(&TIFFReadRGBATileExt) renderTile;
 };
 
-/// The functions in the first of `libraries` that is there; unsupported, naming the package, without one.
+/// The functions of the first of `libraries` that can be loaded. Without one, fails as "unsupported" and
+/// names the package.
 Result<Functions> loadFunctions(std::initializer_list<const char*> libraries);
 
 /// The functions of the system's libtiff, looked up once.
 const Result<Functions>& tiffFunctions();
 
-/// What is read, and where it is noted when libtiff makes up pixels.
+/// What is read, and where invented pixels are recorded.
 struct Input {
     std::shared_ptr<const ByteReader> reader;
     std::shared_ptr<DamageRecord> damage;
 };
 
-/// libtiff at one directory of an input. It prints nothing; used by one thread at a time.
+/// libtiff at one directory of an input. Prints no messages. Only one thread may use it at a time.
 class File {
 public:
-    /// Fails as tiffFunctions() does, or when the input or the directory is not sound.
+    /// Fails as tiffFunctions() does, or when the input or the directory is invalid.
     static Result<std::unique_ptr<File>> open(const Input& input, std::uint64_t directory);
     ~File();
     File(const File&) = delete;
@@ -70,7 +71,7 @@ public:
     std::uint32_t longNumber(std::uint32_t tag, std::uint32_t absent) const;
     float realNumber(std::uint32_t tag, float absent) const;
 
-    /// What went wrong in the last call, in libtiff's words.
+    /// The failure of the last call, with libtiff's message.
     Failure failure() const;
 
 private:
@@ -89,7 +90,7 @@ private:
     const Functions& library_;
     const Input input_;
     std::uint64_t position_ = 0;
-    bool endedEarly_ = false; ///< whether more was wanted than there is
+    bool endedEarly_ = false; ///< whether a read went beyond the end of the input
     char message_[200] = "";
     TIFF* handle_ = nullptr;
 };

@@ -7,13 +7,16 @@ namespace kestrine::tiff {
 
 namespace {
 
-/// Strips, tiles and rows of more bytes than this are refused, and so are the buffers for a row of tiles.
+/// Largest accepted strip, tile, row or row of tiles, in bytes.
 constexpr std::uint64_t maximumBlockBytes = std::uint64_t{1} << 30;
 
-/// Files with hundreds of samples a pixel are measurements, not pictures, and all would have to be decoded.
+/// Smaller blocks do not count as memory that is held.
+constexpr std::uint64_t uncountedBlockBytes = std::uint64_t{1} << 24;
+
+/// Files with hundreds of samples per pixel are measurements, not pictures, and all of them would be decoded.
 constexpr unsigned maximumSamples = 64;
 
-/// How many bytes one byte of the file can stand for. The other methods have no useful bound.
+/// How many bytes one byte of the file can decode to. The other methods have no useful bound.
 struct Expansion {
     std::uint16_t compression;
     std::uint64_t bound;
@@ -44,7 +47,7 @@ Failure unsupported(const char* what) {
     return {Reason::unsupported, std::string("TIFF pictures with ") + what + " are not supported"};
 }
 
-/// Grey or RGB by the number of samples, where a file does not say what they mean.
+/// Grey or RGB by the number of samples, where a file does not state what they mean.
 std::uint16_t likelyPhotometric(unsigned samples) {
     return samples >= 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK;
 }
@@ -57,7 +60,7 @@ Color storedColor(const File& file, const Page& page) {
     return meaning == colorMeanings.end() ? Color::rendered : meaning->color;
 }
 
-/// Whether our own steps can make rows of samples in this form.
+/// Whether SampleRows can convert samples of this form.
 bool hasUsualSamples(const File& file, const Page& page) {
     const std::uint16_t sampleFormat = file.shortNumber(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
     const bool isUnsigned = sampleFormat == SAMPLEFORMAT_UINT || sampleFormat == SAMPLEFORMAT_VOID;
@@ -95,7 +98,7 @@ void findAlpha(const File& file, Page& page) {
         }
 }
 
-/// The colours of a palette. Old files hold 8-bit values where 16-bit ones belong.
+/// The colours of a palette. Old files store 8-bit values instead of 16-bit ones.
 Bytes storedColors(const File& file, unsigned bits) {
     std::array<const std::uint16_t*, 3> maps{};
     if (!file.library().getField(file.handle(), TIFFTAG_COLORMAP, &maps[0], &maps[1], &maps[2]))
@@ -151,14 +154,29 @@ bool canHoldBlock(const File& file, const Page& page) {
     return expansion == expansions.end() || unit / expansion->bound <= file.size();
 }
 
-Result<void> checkBlocks(const File& file, const Page& page) {
+/// Tiles can be larger than the picture, but a large tile must contain something of it.
+bool isMostlyPadding(const File& file, const Page& page) {
+    constexpr std::uint64_t uncheckedBytes = std::uint64_t{1} << 26, maxTimes = 4;
+    if (page.tileWidth == 0)
+        return false;
+    const std::uint64_t tilePixels = std::uint64_t{page.tileWidth} * page.blockRows;
+    return file.library().tileSize(file.handle()) > uncheckedBytes
+           && tilePixels / maxTimes > page.format.pixels();
+}
+
+Result<void> checkBlocks(const File& file, Page& page) {
     const std::uint64_t bytes = blockBytes(file, page);
     if (bytes == 0 || page.blockRows == 0)
         return Failure{Reason::malformed, "the TIFF picture has strips or tiles without any size"};
     if (bytes > maximumBlockBytes)
         return Failure{Reason::tooLarge, "the TIFF picture has too large strips or tiles"};
+    if (isMostlyPadding(file, page))
+        return Failure{Reason::implausible, "the TIFF picture has tiles that are much larger than itself"};
     if (!canHoldBlock(file, page))
         return Failure{Reason::truncated, "the TIFF file is too short for its pixels"};
+    const bool isHeld = page.tileWidth != 0 || page.color == Color::rendered;
+    if (isHeld && bytes > uncountedBlockBytes)
+        page.heldBytes = 2 * bytes * page.planes(); // libtiff or a row of tiles needs as much again
     return {};
 }
 
@@ -172,7 +190,7 @@ void readBlocks(const File& file, Page& page) {
     }
 }
 
-/// Rows of several tiles are laid side by side, so each must end at a whole byte.
+/// The rows of neighbouring tiles are joined, so the row of a tile must be whole bytes.
 bool hasWholeBytesInTiles(const Page& page) {
     const std::uint64_t bits = std::uint64_t{page.tileWidth} * page.bits * (page.isPlanar ? 1 : page.samples);
     return bits % 8 == 0;
@@ -202,7 +220,7 @@ Result<void> readSamples(const File& file, Page& page) {
 void prepare(const File& file, const Page& page) {
     if (page.isYCbCrJPEG)
         file.library().setField(file.handle(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-    // libtiff would mirror what it renders; turning pictures is decided elsewhere.
+    // libtiff would otherwise mirror what it renders; orientation is applied elsewhere.
     if (page.color == Color::rendered)
         file.library().setField(file.handle(), TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
 }

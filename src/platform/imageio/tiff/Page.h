@@ -1,4 +1,4 @@
-// Page: what the tags of one page say, judged: how its pixels are stored and what becomes of them.
+// Page: the tags of one page, checked: how its pixels are stored and in which form they are delivered.
 #pragma once
 
 #include "platform/imageio/ImageCodec.h"
@@ -15,7 +15,7 @@ enum class Color : std::uint8_t {
     cmyk,     ///< 0 is no ink
     cieLab,   ///< a and b are signed
     iccLab,   ///< a and b are shifted by half their range
-    rendered, ///< rare: libtiff makes 8-bit RGB of it
+    rendered, ///< rare: libtiff converts it to 8-bit RGB
 };
 
 struct Page {
@@ -26,30 +26,31 @@ struct Page {
 
     Color color = Color::rendered;
     unsigned bits = 8;    ///< of a stored sample: 1 to 16, or 32 for floats
-    unsigned samples = 3; ///< stored for each pixel, the ignored ones included
+    unsigned samples = 3; ///< stored per pixel, ignored ones included
     int alpha = -1;       ///< which of them is alpha
     bool isPremultiplied = false;
     bool isPlanar = false; ///< each sample has its own strips or tiles
     bool isCompressed = false;
-    bool isYCbCrJPEG = false;    ///< libtiff's JPEG decoder turns it into RGB
+    bool isYCbCrJPEG = false;    ///< libtiff's JPEG decoder converts it to RGB
     std::uint32_t tileWidth = 0; ///< 0 when it is stored in strips
     std::uint32_t blockRows = 0; ///< rows of a strip or tile
-    Bytes colors;                ///< of a palette: red, green, blue for every index
+    std::uint64_t heldBytes = 0; ///< of memory for blocks, if they are large
+    Bytes colors;                ///< of a palette: red, green, blue per index
 
-    /// Samples that make up a colour as it is stored; at least so many when it is rendered.
+    /// Samples per colour as stored; a minimum when the page is rendered.
     unsigned colorSamples() const;
     unsigned planes() const { return isPlanar ? samples : 1; }
     bool isFloat() const { return bits == 32; }
     /// Whether the stored bytes are the delivered ones.
     bool isDeliveredAsStored() const;
-    /// Whether nothing is to be done with them but reading.
+    /// Whether the pixels only need to be read.
     bool isUncompressed() const { return !isCompressed && isDeliveredAsStored(); }
 
     bool operator==(const Page&) const = default;
 };
 
-/// Judges the page that `file` is at and makes the file ready to deliver what it describes: samples, or
-/// rendered rows. unsupported for what cannot be shown; every size is checked.
+/// Reads and checks the tags of the current page of `file` and prepares the file to deliver samples or
+/// rendered rows. Every size is checked. Fails as "unsupported" for pages that cannot be decoded.
 Result<Page> readPage(const File& file, std::uint64_t directory);
 
 /// Opens the file again at `page`. Fails with reason "malformed" when the page has changed.

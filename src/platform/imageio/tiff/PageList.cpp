@@ -9,7 +9,7 @@ namespace kestrine::tiff {
 
 namespace {
 
-/// Of sub-pages in one file.
+/// Limit for the sub-pages of one file.
 constexpr std::size_t maximumSubPages = 1000;
 
 /// Tags that only sensor data has: the pattern of its colour filters in two forms, and its slices.
@@ -17,7 +17,7 @@ constexpr std::array<std::uint16_t, 3> sensorTags = {33422, 50656, 50752};
 /// Colour filter array and linear raw.
 constexpr std::array<std::uint64_t, 2> sensorPhotometrics = {32803, 34892};
 
-/// The mark of a depth map, which libtiff's header lacks.
+/// The flag of a depth map, which libtiff's header lacks.
 constexpr std::uint64_t depthMap = 8;
 
 enum class Role { picture, copy, sensorData };
@@ -25,7 +25,7 @@ enum class Role { picture, copy, sensorData };
 struct Candidate {
     ListedPage page;
     Role role = Role::picture;
-    std::uint64_t width = 0, height = 0; ///< 0 when the directory cannot be read or does not say
+    std::uint64_t width = 0, height = 0; ///< 0 when unknown
 
     std::uint64_t pixels() const { return width * height; }
     bool isSubPage() const { return page.parent != 0; }
@@ -37,7 +37,7 @@ std::uint64_t firstNumber(const Structure& file, const Structure::Directory& dir
     return numbers.empty() ? 0 : numbers.front();
 }
 
-/// The largest side that is multiplied with another.
+/// A side of the page, limited so that the product of two sides fits 64 bits.
 std::uint64_t side(const Structure& file, const Structure::Directory& directory, std::uint16_t tag) {
     return std::min<std::uint64_t>(firstNumber(file, directory, tag), 0xFFFF'FFFF);
 }
@@ -94,7 +94,7 @@ private:
             }
     }
 
-    /// Marks what is a preview by its size.
+    /// Finds the previews by their size.
     void findPreviews() {
         for (Candidate& candidate : all_)
             if (candidate.role == Role::picture
@@ -122,8 +122,8 @@ private:
         });
     }
 
-    /// The sensor has a margin, which pictures made of it lack, and may lie turned. Its data may not say how
-    /// large it is.
+    /// The sensor's data has a margin, which developed pictures lack, and may be rotated. Its size may be
+    /// unknown.
     bool isSmallerThanSensor(const Candidate& page) const {
         return std::ranges::any_of(all_, [&page](const Candidate& candidate) {
             if (candidate.role != Role::sensorData)

@@ -1,14 +1,14 @@
-// PageList: which of the directories of a TIFF file are its pictures, and in which order.
+// PageList: which directories of a TIFF file are its pictures, and in which order.
 #pragma once
 
 #include "platform/imageio/tiff/Structure.h"
 
 namespace kestrine::tiff {
 
-/// A page, or a sub-page that hangs on one.
+/// A page, or a sub-page of one.
 struct ListedPage {
     std::uint64_t directory = 0; ///< where it begins in the file
-    std::uint64_t parent = 0;    ///< the directory of the page that a sub-page hangs on; 0 for a page
+    std::uint64_t parent = 0;    ///< the directory of a sub-page's page; 0 for a page
 
     bool operator==(const ListedPage&) const = default;
 };
@@ -16,11 +16,11 @@ struct ListedPage {
 /// The main picture first, then the other pages in stored order, then those that are reduced copies; at least
 /// one. The main picture is the first page that is not marked as a reduced copy. A preview is never taken for
 /// the picture:
-///  - sub-pages count where their page is a copy or smaller than they are, since the picture is among them;
+///  - sub-pages are listed if their page is a copy or is smaller than they are: one of them is the picture;
 ///  - a picture smaller than the sensor's data in the same file is a preview, marked or not;
-///  - only if a file holds nothing but copies, the largest of them is the picture.
-/// unsupported when all that is left is the sensor's data, which would need to be developed; truncated and
-/// malformed as Structure::pages().
+///  - only if a file contains nothing but copies, the largest of them is the picture.
+/// Fails as "unsupported" when only the sensor's data remains, which would have to be developed, and as
+/// Structure::pages().
 Result<std::vector<ListedPage>> listPages(const Structure& file);
 
 } // namespace kestrine::tiff

@@ -49,7 +49,7 @@ private:
 
     std::uint32_t* rowOfBlock(std::uint32_t row) { return block_.data() + std::size_t{row} * format().width; }
 
-    /// Alpha is multiplied into what libtiff renders.
+    /// libtiff renders premultiplied colours.
     void unpack(const std::uint32_t* pixels, std::span<std::uint8_t> row) {
         samples_.clear();
         for (std::uint32_t x = 0; x < format().width; ++x) {

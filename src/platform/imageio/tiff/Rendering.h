@@ -1,4 +1,4 @@
-// Rare kinds of TIFF pages (YCbCr without JPEG, logarithmic, ...): libtiff itself makes 8-bit RGB of them.
+// Rare kinds of TIFF pages (YCbCr without JPEG, logarithmic, ...): libtiff itself converts them to 8-bit RGB.
 #pragma once
 
 #include "platform/imageio/tiff/Page.h"

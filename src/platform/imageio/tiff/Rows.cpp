@@ -16,16 +16,16 @@ namespace {
 
 using Planes = std::vector<std::unique_ptr<StoredRows>>;
 
-/// Which rows of a page to deliver: of its bands of `rowsABand` rows, one in `parts`, beginning with number
-/// `part`.
+/// Which rows of a page to deliver: the page has bands of `rowsPerBand` rows; every `parts`-th band, starting
+/// with band `part`, belongs to the share.
 struct Share {
-    std::uint32_t rowsABand = 1;
+    std::uint32_t rowsPerBand = 1;
     std::uint32_t part = 0;
     std::uint32_t parts = 1;
 
-    std::uint32_t firstRow() const { return part * rowsABand; }
-    std::uint32_t rowBehind(std::uint32_t y) const {
-        return (y + 1) % rowsABand == 0 ? y + 1 + (parts - 1) * rowsABand : y + 1;
+    std::uint32_t firstRow() const { return part * rowsPerBand; }
+    std::uint32_t rowAfter(std::uint32_t y) const {
+        return (y + 1) % rowsPerBand == 0 ? y + 1 + (parts - 1) * rowsPerBand : y + 1;
     }
 };
 
@@ -37,7 +37,7 @@ public:
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         const Result<ByteView> stored = planes_.front()->row(y_);
-        y_ = share_.rowBehind(y_);
+        y_ = share_.rowAfter(y_);
         if (!stored)
             return stored.failure();
         std::memcpy(row.data(), stored->data(), row.size());
@@ -50,7 +50,7 @@ private:
     std::uint32_t y_;
 };
 
-/// The colour models that need a converter, in the form it takes.
+/// The converter for page colours that need one, else null.
 std::unique_ptr<ForeignConverter> converterFor(const Page& page) {
     switch (page.color) {
     case Color::cmyk:
@@ -76,7 +76,7 @@ void makeCIELab(std::vector<Sample>& pixels, std::size_t channels) {
     }
 }
 
-/// Rows of samples that go through a few steps each: unpacked, chosen, freed of alpha, turned into grey or
+/// Rows of samples, converted in steps: unpack, select the samples used, divide by alpha, convert to grey or
 /// RGB.
 template <class Sample>
 class SampleRows final : public RowSource {
@@ -94,9 +94,9 @@ public:
                 continue;
             const ByteView packed = TRY(planes_[plane]->row(y_));
             unpack(packed);
-            choose(plane);
+            select(plane);
         }
-        y_ = share_.rowBehind(y_);
+        y_ = share_.rowAfter(y_);
         if (page_->isPremultiplied)
             divideByAlpha(pixels_, storedChannels());
         colorize();
@@ -105,7 +105,7 @@ public:
     }
 
 private:
-    /// Stored samples that matter: a colour's, then alpha.
+    /// Stored samples that are used: those of the colour, then alpha.
     std::size_t storedChannels() const { return page_->colorSamples() + (page_->alpha >= 0 ? 1 : 0); }
 
     void unpack(ByteView packed) {
@@ -115,8 +115,8 @@ private:
         unpackIntegers(packed, page_->bits, page_->color == Color::palette, stored_);
     }
 
-    /// Puts the samples of a plane to their places in the pixels.
-    void choose(unsigned plane) {
+    /// Copies the samples of a plane to their places in the pixels.
+    void select(unsigned plane) {
         const std::size_t channels = storedChannels(), colors = page_->colorSamples();
         for (std::size_t channel = 0; channel < channels; ++channel) {
             const std::size_t sample = channel < colors ? channel : static_cast<std::size_t>(page_->alpha);
@@ -159,11 +159,11 @@ private:
     std::uint32_t y_;
     const std::unique_ptr<ForeignConverter> converter_;
     std::vector<Sample> stored_;    ///< a row of one plane
-    std::vector<Sample> pixels_;    ///< a row of what matters of all planes
-    std::vector<Sample> delivered_; ///< a row as it leaves
+    std::vector<Sample> pixels_;    ///< a row of the samples used of all planes
+    std::vector<Sample> delivered_; ///< a row as delivered
 };
 
-/// One opened plane for each that matters.
+/// Opens each plane that is used.
 Result<Planes> openPlanes(const FileOpener& openFile, const Page& page) {
     Planes planes(page.planes());
     const std::uint64_t bits =
@@ -189,14 +189,14 @@ RowSourcePointer sampleRows(std::shared_ptr<const Page> page, Planes planes, con
     return std::make_unique<SampleRows<std::uint16_t>>(std::move(page), std::move(planes), share);
 }
 
-/// How the page is shared out among threads: whole blocks to a band, at least 128 KiB where there are enough.
+/// How the page is divided among threads: whole blocks per band, at least 128 KiB where there are enough.
 Share sharesOf(const Page& page, const StoredRows& rows) {
     constexpr std::size_t enough = std::size_t{128} << 10;
     const std::uint32_t blockRows = rows.independentRows();
     const auto blocks = static_cast<std::uint32_t>(enough / (rows.rowBytes() * blockRows) + 1);
-    const std::uint32_t rowsABand = blockRows * blocks;
-    const bool isCutIntoBands = rowsABand < page.format.height;
-    return {rowsABand, 0,
+    const std::uint32_t rowsPerBand = blockRows * blocks;
+    const bool isCutIntoBands = rowsPerBand < page.format.height && page.heldBytes == 0;
+    return {rowsPerBand, 0,
             isCutIntoBands && !page.isUncompressed() ? static_cast<std::uint32_t>(usefulThreads(page.format))
                                                      : 1};
 }
@@ -217,7 +217,7 @@ Result<RowSourcePointer> rowsOfTIFF(const FileOpener& openFile, const std::share
         share.part = static_cast<std::uint32_t>(parts.size());
         parts.push_back(sampleRows(page, std::move(planes), share));
     } while (parts.size() < share.parts);
-    return parts.size() == 1 ? std::move(parts.front()) : rowsInTurns(std::move(parts), share.rowsABand);
+    return parts.size() == 1 ? std::move(parts.front()) : rowsInTurns(std::move(parts), share.rowsPerBand);
 }
 
 } // namespace kestrine::tiff

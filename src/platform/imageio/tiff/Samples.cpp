@@ -12,7 +12,7 @@ namespace {
 template <class Sample>
 constexpr std::uint32_t maximum = std::numeric_limits<Sample>::max();
 
-/// Packed samples that do not fill whole bytes, one after the other.
+/// Reads packed samples that do not fill whole bytes.
 class BitReader {
 public:
     explicit BitReader(ByteView packed) : packed_(packed) {}

@@ -1,4 +1,4 @@
-// Stored TIFF samples as samples of 8 or 16 bits.
+// Converts stored TIFF samples to samples of 8 or 16 bits.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -7,16 +7,16 @@
 
 namespace kestrine::tiff {
 
-/// Fills `samples` from packed integers of `bits` (1 to 16) bits each, most significant bit first, those of
-/// 16 bits in the machine's order. Their range is stretched to that of a Sample, unless they are indices.
+/// Fills `samples` from packed integers of `bits` (1 to 16) bits each, most significant bit first; 16-bit
+/// ones have the machine's byte order. Their range is stretched to that of a Sample, unless they are indices.
 template <class Sample>
 void unpackIntegers(ByteView packed, unsigned bits, bool areIndices, std::vector<Sample>& samples);
 
-/// The same from floats, 0 to 1; what lies outside is clamped, and what is no number becomes 0.
+/// The same from floats from 0 to 1; values outside are clamped, and not-a-number becomes 0.
 void unpackFloats(ByteView packed, std::vector<std::uint16_t>& samples);
 
-/// Divides the colour of pixels of `channels` samples, the last one alpha, by their alpha: rounded, at most
-/// full. Where alpha is 0 the colour is 0.
+/// Divides the colour of pixels of `channels` samples, the last one alpha, by their alpha: rounded, limited
+/// to the maximum. Where alpha is 0 the colour is 0.
 template <class Sample>
 void divideByAlpha(std::vector<Sample>& pixels, std::size_t channels);
 

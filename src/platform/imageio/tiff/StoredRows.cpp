@@ -7,7 +7,7 @@ namespace kestrine::tiff {
 namespace {
 
 /// Strips up to this size are decoded at once, which is faster; larger ones row by row.
-constexpr std::uint64_t largestWholeStrip = 4 << 20;
+constexpr std::uint64_t maxWholeStripBytes = 4 << 20;
 
 class WholeStrips final : public StoredRows {
 public:
@@ -80,7 +80,7 @@ std::unique_ptr<StoredRows> StoredRows::create(std::unique_ptr<File> file, const
         return std::unique_ptr<StoredRows>(new TileRows(std::move(file), rowBytes, page, plane));
     }
     const std::size_t rowBytes = library.scanlineSize(file->handle());
-    if (rowBytes <= largestWholeStrip / page.blockRows)
+    if (rowBytes <= maxWholeStripBytes / page.blockRows)
         return std::unique_ptr<StoredRows>(new WholeStrips(std::move(file), rowBytes, page, plane));
     return std::unique_ptr<StoredRows>(new SingleRows(std::move(file), rowBytes, plane));
 }

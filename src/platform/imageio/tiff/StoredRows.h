@@ -1,26 +1,27 @@
-// StoredRows: the rows of one plane as the file stores them, decompressed, whatever blocks they come in.
+// StoredRows: the decompressed rows of one plane, stored in strips or tiles.
 #pragma once
 
 #include "platform/imageio/tiff/Page.h"
 
 namespace kestrine::tiff {
 
-/// Used by one thread at a time. Holds a strip, a row of tiles, or one row of a large strip.
+/// Only one thread may use it at a time. Holds a strip, a row of tiles, or one row of a large strip.
 class StoredRows {
 public:
-    /// `file` is at `page`. A plane is a sample when the page is planar, else there is plane 0 only.
+    /// `file` is at `page`. When the page is planar, each sample has a plane; otherwise there is only plane
+    /// 0.
     static std::unique_ptr<StoredRows> create(std::unique_ptr<File> file, const Page& page, unsigned plane);
     virtual ~StoredRows() = default;
 
-    /// Row `y`, packed, in the machine's byte order; valid until the next call. Rows are asked for from top
-    /// to bottom.
+    /// Row `y`, packed, in the machine's byte order; valid until the next call. Rows must be requested from
+    /// top to bottom.
     Result<ByteView> row(std::uint32_t y);
 
-    /// How many rows from a multiple of this number on can be had without any work on those before them; so
-    /// many as no page has when the rows depend on each other.
+    /// The decoder can start at every multiple of this number without decoding earlier rows. Greater than the
+    /// height of any page when the rows depend on each other.
     virtual std::uint32_t independentRows() const { return blockRows_; }
 
-    /// Length of a row; what lies behind the last pixel is padding.
+    /// Length of a row; bytes after the last pixel are padding.
     std::size_t rowBytes() const { return rowBytes_; }
 
 protected:
@@ -28,7 +29,7 @@ protected:
         : file_(std::move(file)), rowBytes_(rowBytes), blockRows_(blockRows) {}
 
     /// Decodes the block that begins at row `y` into `block`, blockRows() rows of rowBytes() each; the last
-    /// one may be shorter. False when libtiff cannot.
+    /// one may be shorter. False when libtiff fails.
     virtual bool readBlock(std::uint32_t y, Bytes& block) = 0;
 
     const Functions& library() const { return file_->library(); }
@@ -39,7 +40,7 @@ private:
     const std::unique_ptr<File> file_;
     const std::size_t rowBytes_;
     const std::uint32_t blockRows_;
-    std::uint32_t blockEnd_ = 0; ///< the row behind the block that is held
+    std::uint32_t blockEnd_ = 0; ///< the row after the block that is held
     Bytes block_;
 };
 

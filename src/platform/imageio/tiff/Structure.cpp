@@ -9,17 +9,17 @@ namespace kestrine::tiff {
 namespace {
 
 constexpr std::size_t maximumPages = 1000;
-/// What a classic file can say.
+/// The most that a classic file can state.
 constexpr std::uint64_t maximumEntries = 65535;
 
 constexpr std::uint8_t classicVersion = 42, bigVersion = 43;
 
-/// Size in bytes of one value, by type; 0 for types that are unknown.
+/// Size in bytes of one value, by type; 0 for unknown types.
 constexpr std::array<std::uint8_t, 19> valueBytes = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
 
 std::size_t valueBytesOf(std::uint16_t type) { return type < valueBytes.size() ? valueBytes[type] : 0; }
 
-/// Types of whole numbers without a sign.
+/// Types of unsigned integers.
 constexpr std::array<std::uint16_t, 6> wholeNumberTypes = {1, 3, 4, 13, 16, 18};
 
 /// Types of numbers that may point to a directory.

@@ -1,4 +1,4 @@
-// Structure: the bare structure of a TIFF file, without any picture: its directories and their chain.
+// Structure: the structure of a TIFF file without the pictures: its directories and their chain.
 #pragma once
 
 #include "platform/host/files/ByteReader.h"
@@ -7,7 +7,7 @@
 
 namespace kestrine::tiff {
 
-/// A file with a sound header, classic or big, in either byte order.
+/// A file with a valid header, classic or big, in either byte order.
 class Structure {
 public:
     struct Entry {
@@ -17,7 +17,7 @@ public:
     };
     using Directory = std::vector<Entry>;
 
-    /// Whether a file that begins with `head` is one.
+    /// Whether a file that begins with `head` is a TIFF file.
     static bool recognises(ByteView head);
 
     /// Reads the header of a recognised file.
@@ -25,30 +25,30 @@ public:
 
     bool isBigEndian() const { return isBigEndian_; }
 
-    /// Where the pages' directories begin, in stored order: at least one, at most 1000; a loop ends the
-    /// chain. truncated when a directory lies beyond the end of the file.
+    /// The offsets of the pages' directories, in stored order: 1 to 1000; a loop ends the chain. Fails as
+    /// "truncated" when a directory is beyond the end of the file, and as "malformed" when there is no page.
     Result<std::vector<std::uint64_t>> pages() const;
 
-    /// The entries of the directory at `offset`; empty when it is not whole.
+    /// The entries of the directory at `offset`; empty when it is incomplete.
     Directory directoryAt(std::uint64_t offset) const;
 
     /// The directory that the entry `tag` points to; empty when there is none.
     Directory child(const Directory& parent, std::uint16_t tag) const;
 
-    /// The values of the whole numbers in the entry `tag`, at most `limit` of them; empty when there is no
-    /// such entry or they are not all there.
+    /// The unsigned integers in the entry `tag`; empty when there is no such entry, it has more than `limit`
+    /// values, or they are incomplete.
     std::vector<std::uint64_t> numbers(const Directory& directory, std::uint16_t tag,
                                        std::size_t limit) const;
 
-    /// The bytes of the values of `entry`, as the file has them; empty when they are not all there, are more
-    /// than `limit` bytes or of an unknown type.
+    /// The bytes of the values of `entry` as stored; empty when they are incomplete, longer than `limit`
+    /// bytes, or of an unknown type.
     Bytes values(const Entry& entry, std::size_t limit) const;
 
 private:
     std::uint64_t numberIn(ByteView bytes) const;
-    /// The number of `bytes` bytes at `offset`; nothing beyond the end of the file.
+    /// The number of `bytes` bytes at `offset`; nullopt beyond the end of the file.
     std::optional<std::uint64_t> number(std::uint64_t offset, std::size_t bytes) const;
-    /// How many entries the directory at `offset` has, if it can be one.
+    /// How many entries the directory at `offset` has; nullopt if there cannot be a directory.
     std::optional<std::size_t> entryCount(std::uint64_t offset) const;
     std::optional<std::uint64_t> next(std::uint64_t directory) const;
 

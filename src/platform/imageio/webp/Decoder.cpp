@@ -13,6 +13,8 @@ namespace kestrine::webp {
 namespace {
 
 constexpr std::uint64_t maximumFileBytes = std::uint64_t{1} << 30;
+/// What the library holds of a lossless picture while it decodes.
+constexpr std::uint64_t bytesPerLosslessPixel = 4;
 
 /// The chunks of `file`, whose bytes must outlive this.
 class File {
@@ -124,8 +126,11 @@ public:
     Decoder(const Functions& library, std::shared_ptr<const Bytes> bytes, const File& file)
         : library_(library), bytes_(std::move(bytes)), exif_(exifBlock(file)) {
         const ExifFacts facts = readExifFacts(exif_);
-        frames_.push_back(
-            {file.format(), facts.resolution.value_or(Resolution{}), storedProfile(file, facts)});
+        const RowFormat format = file.format();
+        frames_.push_back({.format = format,
+                           .resolution = facts.resolution.value_or(Resolution{}),
+                           .profile = storedProfile(file, facts),
+                           .heldBytes = format.bytes() + bytesPerLosslessPixel * format.pixels()});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {

@@ -123,7 +123,7 @@ TEST(IndexSetArchive, everyOtherLayoutFails) {
         newType("+") + "0c 00 80808080808080808080 00",
         newType("I") + "01 92 85",
         newType("I") + "01 92 92",
-        newType("I") + "01 92 84" + newClass("NSNull") + "94 86",
+        newType("I") + "00 92 84" + newClass("NSNull") + "94 86",
         newType("I") + "01" + newType("#") + "93",
         newType("*") + "84" + newType("I"),
         newType(":") + "93",

@@ -37,11 +37,15 @@ TEST(NSStringSearch, aCaseInsensitiveMatchNeverContainsHalfASurrogatePair) {
         EXPECT_EQ(rangeOfString(text, low, NSCaseInsensitiveSearch, range), notFound) << range.location;
     }
     EXPECT_EQ(rangeOfString(text, u"B", NSCaseInsensitiveSearch, {2, 2}), (NSRange{3, 1}));
+    EXPECT_EQ(rangeOfString(text, u"A", NSCaseInsensitiveSearch, {0, 2}), (NSRange{0, 1}));
+    EXPECT_EQ(rangeOfString(u"\U0001f600b", low, NSCaseInsensitiveSearch, {1, 2}), notFound)
+        << "nor at the start of the string";
     EXPECT_EQ(rangeOfString(text, low, 0), (NSRange{2, 1})) << "a literal match does";
 }
 
 TEST(NSStringSearch, aRangeBeyondTheEndRaises) {
     EXPECT_THROW(rangeOfString(u"abc", u"a", 0, {0, 4}), NSException);
+    EXPECT_THROW(rangeOfString(u"abc", u"a", 0, {1, 3}), NSException);
     EXPECT_THROW(rangeOfString(u"abc", u"", NSCaseInsensitiveSearch, {4, 0}), NSException);
     EXPECT_EQ(rangeOfString(u"abc", u"a", 0, {3, 0}), notFound);
 }

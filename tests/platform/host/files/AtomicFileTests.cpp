@@ -122,6 +122,8 @@ TEST_P(PublishNewFile, theModeIsTheOneThatTheUmaskAllows) {
     runIsolated([&] {
         ::umask(027);
         EXPECT_EQ(rightsOf(*publish(only(folder_ / "a.jpg"))), 0640u);
+        ::umask(0);
+        EXPECT_EQ(rightsOf(*publish(only(folder_ / "b.jpg"))), 0666u);
     });
 }
 

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace kestrine {
@@ -94,7 +95,7 @@ TEST_P(ExclusiveRename, ifTheOldNameCannotBeRemovedThereIsNoNewName) {
     EXPECT_FALSE(isTaken(folder_ / "open/a"));
 }
 
-TEST_P(ExclusiveRename, anotherFileSystemGivesAnErrorOfItsOwn) {
+TEST_P(ExclusiveRename, anotherFileSystemGivesItsOwnError) {
     const TemporaryFolder elsewhere("/dev/shm");
     struct stat here {
     }, there{};
@@ -118,6 +119,31 @@ INSTANTIATE_TEST_SUITE_P(Mechanisms, ExclusiveRename,
                          ::testing::Values(RenameMechanisms{true, true}, RenameMechanisms{false, true},
                                            RenameMechanisms{false, false}),
                          mechanismName);
+
+/// Renames while the system call fails. Returns the error, and in `mechanisms` what is left of both.
+int renameWhileFailing(long call, int error, RenameMechanisms& mechanisms) {
+    const TemporaryFolder folder;
+    folder.write("a", "content");
+    if (!testing::failSystemCall(call, error))
+        return -1;
+    return renameWithoutReplacing({AT_FDCWD, folder / "a"}, {AT_FDCWD, folder / "b"}, mechanisms);
+}
+
+TEST(RenameMechanisms, whatAFileSystemLacksIsReplacedByTheNextMechanismAndNotTriedAgain) {
+    for (const auto& [call, error] :
+         {std::pair{SYS_renameat2, EINVAL}, std::pair{SYS_renameat2, ENOSYS},
+          std::pair{SYS_renameat2, EOPNOTSUPP}, std::pair{SYS_linkat, EPERM}, std::pair{SYS_linkat, ENOSYS},
+          std::pair{SYS_linkat, EOPNOTSUPP}, std::pair{SYS_linkat, EMLINK}})
+        testing::runIsolated([call = call, error = error] {
+            RenameMechanisms mechanisms{call == SYS_renameat2, true};
+            const int result = renameWhileFailing(call, error, mechanisms);
+            if (result < 0)
+                GTEST_SKIP() << "this system permits no filter of system calls";
+            EXPECT_EQ(result, 0) << call << " fails with " << error;
+            EXPECT_FALSE(mechanisms.exclusiveRename);
+            EXPECT_EQ(mechanisms.hardLink, call == SYS_renameat2);
+        });
+}
 
 } // namespace
 } // namespace kestrine

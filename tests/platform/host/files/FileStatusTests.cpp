@@ -17,6 +17,14 @@ TEST(FileStatus, filesAndFoldersExist) {
     EXPECT_FALSE(itemExists(folder / "b.jpg") || isTaken(folder / "b.jpg"));
 }
 
+TEST(FileStatus, onlyFoldersAndLinksToThemAreFolders) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("sub/a", "x");
+    std::filesystem::create_symlink("sub", folder / "link");
+    EXPECT_TRUE(folderExists(folder / "sub") && folderExists(folder / "link"));
+    EXPECT_FALSE(folderExists(file) || folderExists(folder / "none") || folderExists(""));
+}
+
 TEST(FileStatus, aDanglingLinkDoesNotExistButUsesItsName) {
     const TemporaryFolder folder;
     std::filesystem::create_symlink("nowhere", folder / "link");
@@ -31,7 +39,7 @@ TEST(FileStatus, aLinkToAFileExists) {
     EXPECT_TRUE(itemExists(folder / "link") && isTaken(folder / "link"));
 }
 
-TEST(FileStatus, absenceIsCertainOnlyIfTheSystemTells) {
+TEST(FileStatus, absenceIsCertainOnlyIfTheSystemReportsIt) {
     const TemporaryFolder folder;
     folder.write("locked/a", "x");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
@@ -52,6 +60,15 @@ TEST(FileStatus, invalidNamesAreFree) {
     for (const std::string& path : {std::string(), folder / std::string(256, 'n'), folder / "a/b",
                                     folder / "a" + std::string("\0.jpg", 5), folder / std::string(5000, 'p')})
         EXPECT_FALSE(itemExists(path) || isTaken(path)) << path;
+}
+
+TEST(FileStatus, aNameIsPossibleUnlessItIsTooLong) {
+    const TemporaryFolder folder;
+    folder.write("a", "x");
+    for (const std::string& name : {std::string("a"), std::string("b"), std::string(255, 'n')})
+        EXPECT_TRUE(checkNameIsPossible(folder / name)) << name;
+    EXPECT_EQ(checkNameIsPossible(folder / std::string(256, 'n')).failure().reason, Reason::tooLarge);
+    EXPECT_EQ(checkNameIsPossible("").failure().reason, Reason::malformed);
 }
 
 } // namespace

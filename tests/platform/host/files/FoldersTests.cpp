@@ -54,7 +54,12 @@ TEST(Folders, privateFoldersAreCreatedOnEveryLevelForTheUserOnly) {
         EXPECT_EQ(rightsOf(folder / made), 0700u) << made;
     EXPECT_EQ(rightsOf(folder / ""), 0755u);
     EXPECT_TRUE(makePrivateFolders(folder / "a/b/c")) << "they exist already";
-    EXPECT_TRUE(makePrivateFolders(folder / "a//d/")) << "slashes do no harm";
+    EXPECT_TRUE(makePrivateFolders(folder / "a//d/")) << "additional slashes are ignored";
+}
+
+TEST(Folders, aPrivateFolderThatCannotHaveItsNameFailsAlsoBelowANewFolder) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(makePrivateFolders(folder / "new/" + std::string(256, 'n')).failure().reason, Reason::tooLarge);
 }
 
 TEST(Folders, privateFoldersCannotBeCreatedInAFile) {

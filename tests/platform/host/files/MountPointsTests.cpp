@@ -30,7 +30,7 @@ TEST(MountPoints, theTopFolderOfAMountIsFoundFromAnyDepth) {
     });
 }
 
-TEST(MountPoints, aSecondMountOfADiskIsAMountOfItsOwn) {
+TEST(MountPoints, aSecondMountOfADiskIsASeparateMount) {
     const TemporaryFolder folder;
     runWithOwnMounts([&] {
         const std::string here = std::filesystem::canonical(folder.path()).string();
@@ -45,7 +45,7 @@ TEST(MountPoints, aSecondMountOfADiskIsAMountOfItsOwn) {
     });
 }
 
-TEST(MountPoints, theTableTellsWhetherAWholeFileSystemIsMounted) {
+TEST(MountPoints, theTableShowsWhetherAWholeFileSystemIsMounted) {
     const TemporaryFolder folder;
     folder.write("file", "x");
     runWithOwnMounts([&] {

@@ -48,6 +48,11 @@ TEST(PathParts, charactersOfFourBytesAreNotCut) {
                   std::string(name, std::string(name).find('\xF0')) + " copy.jpg");
 }
 
+TEST(PathParts, bytesThatAreNoCharactersAreCutAnywhere) {
+    EXPECT_EQ(nameWithAddition("\x80\x80\x80.jpg", " copy", 11), "\x80\x80 copy.jpg");
+    EXPECT_EQ(nameWithAddition("a\x80\x80\x80\x80\x80.jpg", " copy", 13), "a\x80\x80\x80 copy.jpg");
+}
+
 TEST(PathParts, emptyPathsAndZeroBytesAreMalformed) {
     EXPECT_EQ(checkPath("").failure().reason, Reason::malformed);
     EXPECT_EQ(checkPath(std::string("a\0b", 3)).failure().reason, Reason::malformed);

@@ -44,7 +44,7 @@ TEST(StagedFile, takesTheFirstFreeNameAndLeavesNothingElse) {
     EXPECT_EQ(readFile(folder / "a.jpg"), "mine");
 }
 
-TEST(StagedFile, goesAwayWhenItIsNotPublished) {
+TEST(StagedFile, isRemovedIfItIsNotPublished) {
     const TemporaryFolder folder;
     { EXPECT_TRUE(StagedFile::write(folder.path(), bytesOf("new"))); }
     {

@@ -3,10 +3,12 @@
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/time.h>
 #include <thread>
 #include <unistd.h>
 
@@ -16,7 +18,7 @@ namespace {
 using testing::runIsolated;
 using testing::TemporaryFolder;
 
-/// What a shell script writes and how it ends; the failure's text when it could not be run.
+/// The output of a shell script and how it ended, or the message of the failure to run it.
 std::string outputOf(const std::string& script, const EnvironmentChanges& changes = {}) {
     const Result<CapturedRun> run = runCapturingOutput("/bin/sh", {"-c", script}, 10'000, changes);
     return run ? run->output : run.failure().text;
@@ -57,7 +59,7 @@ TEST(CapturedRun, aNameWithoutASlashIsLookedUp) {
     });
 }
 
-TEST(CapturedRun, aCapturedProgramReadsNothingAndItsComplaintsAreDropped) {
+TEST(CapturedRun, aCapturedProgramHasEmptyInputAndItsErrorOutputIsDiscarded) {
     const TemporaryFolder folder;
     runIsolated([&] {
         ASSERT_NE(std::freopen((folder / "errors").c_str(), "w", stderr), nullptr);
@@ -69,13 +71,43 @@ TEST(CapturedRun, aCapturedProgramReadsNothingAndItsComplaintsAreDropped) {
     EXPECT_EQ(testing::readFile(folder / "errors"), "");
 }
 
-TEST(CapturedRun, outputUpToTheLimitIsKeptAndBeyondItTheProgramIsEnded) {
+TEST(CapturedRun, outputUpToTheLimitIsKeptAndMoreEndsTheProgram) {
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"1234"}, 4)->output, "1234");
     EXPECT_EQ(runCapturingOutput("/usr/bin/printf", {"12345"}, 4).failure().reason, Reason::tooLarge);
     EXPECT_EQ(runCapturingOutput("/usr/bin/yes", {}, 100'000).failure().reason, Reason::tooLarge);
 }
 
-TEST(CapturedRun, capturingWorksWithoutStandardStreamsOfOurs) {
+TEST(CapturedRun, aProgramThatWritesTooMuchIsEndedEvenIfItDoesNotNotice) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(outputOf("trap 'kill $!; echo ended >" + (folder / "ended")
+                       + "; exit' TERM; head -c 20000 /dev/zero; sleep 60 & wait"),
+              "a program writes more than 10000 bytes");
+    EXPECT_EQ(contentOnceWritten(folder / "ended"), "ended\n");
+}
+
+TEST(CapturedRun, isNotDisturbedBySignalsThatThisProcessHandles) {
+    runIsolated([] {
+        struct sigaction action {};
+        action.sa_handler = [](int) {
+            static std::atomic<int> signals = 0;
+            if (++signals == 4000)
+                ::_exit(1);
+        };
+        ASSERT_EQ(::sigaction(SIGALRM, &action, nullptr), 0);
+        const itimerval every5ms{{0, 5000}, {0, 5000}};
+        ASSERT_EQ(::setitimer(ITIMER_REAL, &every5ms, nullptr), 0);
+        EXPECT_EQ(outputOf("sleep 0.1; echo one; sleep 0.1; echo two"), "one\ntwo\n");
+    });
+}
+
+TEST(CapturedRun, failsIfTheSupervisorIsKilled) {
+    runIsolated([] {
+        ::alarm(30);
+        EXPECT_EQ(outputOf("kill -KILL $PPID; sleep 0.1"), "nothing is known about the end of /bin/sh");
+    });
+}
+
+TEST(CapturedRun, capturingWorksIfOurStandardStreamsAreClosed) {
     runIsolated([] {
         for (const int descriptor : {0, 1, 2})
             ::close(descriptor);
@@ -84,7 +116,7 @@ TEST(CapturedRun, capturingWorksWithoutStandardStreamsOfOurs) {
     });
 }
 
-TEST(CapturedRun, tellsExitStatusesSignalsAndProgramsThatCannotBeStartedApart) {
+TEST(CapturedRun, exitStatusesSignalsAndFailuresToStartAreDistinguished) {
     const Result<CapturedRun> exited = runCapturingOutput("/bin/sh", {"-c", "echo last; exit 7"}, 100);
     EXPECT_TRUE(exited && exited->output == "last\n" && exited->end.code == 7 && !exited->end.bySignal);
     const Result<CapturedRun> killed = runCapturingOutput("/bin/sh", {"-c", "kill -TERM $$"}, 100);
@@ -94,14 +126,14 @@ TEST(CapturedRun, tellsExitStatusesSignalsAndProgramsThatCannotBeStartedApart) {
     EXPECT_EQ(runCapturingOutput("", {}, 10).failure().reason, Reason::malformed);
 }
 
-TEST(CapturedRun, aFileThatIsNoProgramIsNotHandedToAShell) {
+TEST(CapturedRun, aFileThatIsNotAProgramIsNotPassedToAShell) {
     const TemporaryFolder folder;
     const std::string script = folder.write("script", "exit 0\n");
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
     EXPECT_FALSE(runCapturingOutput(script, {}, 10));
 }
 
-TEST(CapturedRun, theProgramHasOurVariablesAndTheChangesToThem) {
+TEST(CapturedRun, theProgramHasOurVariablesWithTheGivenChanges) {
     runIsolated([] {
         ::setenv("KEPT", "kept", 1);
         ::setenv("CHANGED", "before", 1);
@@ -111,7 +143,7 @@ TEST(CapturedRun, theProgramHasOurVariablesAndTheChangesToThem) {
     });
 }
 
-TEST(CapturedRun, theProgramGetsNoOtherDescriptorOfOurs) {
+TEST(CapturedRun, theProgramInheritsNoOtherDescriptor) {
     runIsolated([] {
         const int inherited = ::open("/dev/null", O_RDONLY);
         ::dup2(inherited, 40);
@@ -119,7 +151,7 @@ TEST(CapturedRun, theProgramGetsNoOtherDescriptorOfOurs) {
     });
 }
 
-TEST(CapturedRun, theEndIsKnownAlsoWhereChildrenAreNotWaitedFor) {
+TEST(CapturedRun, theExitStatusIsKnownEvenIfSIGCHLDIsIgnored) {
     runIsolated([] {
         for (const auto handling : {SIG_IGN, SIG_DFL}) {
             std::signal(SIGCHLD, handling);

@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace kestrine {
 namespace {
@@ -69,6 +70,16 @@ TEST(ChildProcess, ignoredSignalsHaveTheirDefaultActionInTheChild) {
             const ChildEnd end = endOf("/bin/sh", {"-c", std::string("kill -") + signal + " $$"});
             EXPECT_TRUE(end.bySignal) << signal;
         }
+    });
+}
+
+TEST(ChildProcess, waitingFailsWhereChildrenAreNotWaitedFor) {
+    runIsolated([] {
+        ::alarm(30);
+        std::signal(SIGCHLD, SIG_IGN);
+        Result<ChildProcess> child = ChildProcess::start("/bin/true", {});
+        ASSERT_TRUE(child);
+        EXPECT_EQ(child->wait().failure().reason, Reason::inputOutput);
     });
 }
 

@@ -39,7 +39,7 @@ void takeTwoSignalsOnAnotherThread() {
 
 } // namespace
 
-TEST(StopSignalsBlocked, waitUntilTheEndOfTheScope) {
+TEST(StopSignalsBlocked, takeEffectAtTheEndOfTheScope) {
     for (const int number : numbers)
         EXPECT_EQ(endOf([&] {
                       {
@@ -51,7 +51,7 @@ TEST(StopSignalsBlocked, waitUntilTheEndOfTheScope) {
                   1000 + number);
 }
 
-TEST(StopSignalsBlocked, doNotEndTheProcessWithinTheScopeAndOthersDo) {
+TEST(StopSignalsBlocked, doNotEndTheProcessWithinTheScopeButOthersDo) {
     EXPECT_EQ(endOf([] {
                   const StopSignalsBlocked scope;
                   std::raise(SIGINT);
@@ -75,7 +75,7 @@ TEST(StopSignalsBlocked, stayBlockedAfterAnInnerScope) {
               7);
 }
 
-TEST(StopSignalsNoted, theFirstOfAnyKindIsNotedAndTheSecondEndsTheProcess) {
+TEST(StopSignalsNoted, theFirstIsRecordedAndTheSecondEndsTheProcess) {
     for (const int number : numbers) {
         EXPECT_EQ(endOf([&] {
                       const StopSignalsNoted scope;
@@ -92,7 +92,7 @@ TEST(StopSignalsNoted, theFirstOfAnyKindIsNotedAndTheSecondEndsTheProcess) {
     }
 }
 
-TEST(StopSignalsNoted, aSecondSignalToAnotherThreadWaitsForTheStepsThatAreProtected) {
+TEST(StopSignalsNoted, aSecondSignalToAnotherThreadWaitsForProtectedSteps) {
     EXPECT_EQ(endOf([] {
                   const StopSignalsNoted scope;
                   {

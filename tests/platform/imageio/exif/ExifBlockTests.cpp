@@ -1,4 +1,4 @@
-// What goes over from a source's EXIF into an output, compared with blocks that the builder makes.
+// The EXIF that is carried from a source into an output, compared with blocks that the builder makes.
 #include "platform/imageio/exif/ExifBlock.h"
 #include "tests/support/ExifBuilder.h"
 
@@ -48,7 +48,7 @@ TEST(CarriedExif, valuesOfEveryTypeBecomeBigEndian) {
                   exifBlock({.ifd0 = main, .exifSubIFD = exifWith(exif)}));
 }
 
-TEST(CarriedExif, eightTagsOfTheMainDirectoryGoOver) {
+TEST(CarriedExif, eightTagsOfTheMainDirectoryAreCarried) {
     const std::vector<ExifField> kept{
         exifText(0x010e, "description"), exifText(make, "Kappa"),
         exifText(0x0110, "model"),       exifShorts(orientation, {1}),
@@ -63,7 +63,7 @@ TEST(CarriedExif, eightTagsOfTheMainDirectoryGoOver) {
     EXPECT_EQ(carried(source), exifBlock({.ifd0 = kept, .exifSubIFD = exifWith({})}));
 }
 
-TEST(CarriedExif, makerNotesAndOffsetsIntoTheSourceStay) {
+TEST(CarriedExif, makerNotesAndOffsetsIntoTheSourceAreLeftOut) {
     ExifContent source{.ifd0 = {exifText(make, "Kappa")}, .exifSubIFD = {exifShorts(0x8827, {100})}};
     for (const std::uint16_t tag :
          std::initializer_list<std::uint16_t>{0x0111, 0x014a, 0x0201, 0x8769, 0x8825, 0xea1d})
@@ -74,7 +74,7 @@ TEST(CarriedExif, makerNotesAndOffsetsIntoTheSourceStay) {
                                           .exifSubIFD = exifWith({exifShorts(0x8827, {100})})}));
 }
 
-TEST(CarriedExif, interoperabilityGoesOver) {
+TEST(CarriedExif, interoperabilityIsCarried) {
     const std::vector<ExifField> interoperability{exifText(1, "R98"), exifBytes(2, {'0', '1', '0', '0'})};
     for (const ExifOrder order : bothOrders)
         EXPECT_EQ(carried({.order = order,
@@ -84,12 +84,12 @@ TEST(CarriedExif, interoperabilityGoesOver) {
                              .interoperabilityIFD = interoperability}));
 }
 
-TEST(CarriedExif, theSizeIsTheOutputsWhateverTheSourceSays) {
+TEST(CarriedExif, theSizeIsThatOfTheOutput) {
     const ExifContent source{.exifSubIFD = {exifShorts(pixelX, {4000}), exifShorts(pixelY, {3000})}};
     EXPECT_EQ(carried(source), exifBlock({.exifSubIFD = exifWith({})}));
 }
 
-TEST(CarriedExif, orientationIs1WhenTurnedAndTheSourcesOtherwise) {
+TEST(CarriedExif, orientationIs1AfterTurningAndOtherwiseUnchanged) {
     const ExifContent source{.ifd0 = {exifShorts(orientation, {6})}};
     EXPECT_EQ(carried(source, true),
               exifBlock({.ifd0 = {exifShorts(orientation, {1})}, .exifSubIFD = exifWith({})}));
@@ -106,7 +106,7 @@ TEST(CarriedExif, anAbsentOrientationStaysAbsentUnlessTurned) {
                          .exifSubIFD = exifWith({})}));
 }
 
-TEST(CarriedExif, entriesAreSortedAndTheLaterOfTwoCounts) {
+TEST(CarriedExif, entriesAreSortedAndOfDuplicatesTheLastIsCarried) {
     const ExifContent source{
         .ifd0 = {exifText(software, "b"), exifText(make, "old"), exifText(make, "new")},
         .exifSubIFD = {exifText(lensModel, "lens"), exifRationals(exposureTime, {1, 2})}};
@@ -116,17 +116,17 @@ TEST(CarriedExif, entriesAreSortedAndTheLaterOfTwoCounts) {
               exifBlock({.ifd0 = {exifText(make, "new"), exifText(software, "b")}, .exifSubIFD = exif}));
 }
 
-TEST(CarriedExif, entriesThatCannotBeReadStay) {
+TEST(CarriedExif, unreadableEntriesAreLeftOut) {
     const Bytes farAway{0x7f, 0xff, 0xff, 0xff};
-    const ExifContent source{.ifd0 = {{0x010e, 2, 9, farAway}, // behind the end
+    const ExifContent source{.ifd0 = {{0x010e, 2, 9, farAway}, // beyond the end
                                       exifText(make, "Kappa"),
                                       {0x0110, 5, 0xffffffff, {0, 0, 0, 8}}, // a size beyond 32 bits
-                                      {software, 99, 1, {0, 0, 0, 8}},       // no type of this number
+                                      {software, 99, 1, {0, 0, 0, 8}},       // an unknown type
                                       {0x013b, 2, 0, {}}}};                  // no values
     EXPECT_EQ(carried(source), exifBlock({.ifd0 = {exifText(make, "Kappa")}, .exifSubIFD = exifWith({})}));
 }
 
-TEST(CarriedExif, theLargestValuesGoUntilTheRestFitsASegment) {
+TEST(CarriedExif, theLargestValuesAreLeftOutUntilTheRestFitsASegment) {
     const ExifContent source{
         .ifd0 = {exifText(0x010e, std::string(30'000, 'd')), exifText(make, "Kappa")},
         .exifSubIFD = {exifBytes(userComment, Bytes(34'000, 1)), exifBytes(0xa302, Bytes(20'000, 2))}};
@@ -136,7 +136,7 @@ TEST(CarriedExif, theLargestValuesGoUntilTheRestFitsASegment) {
 }
 
 TEST(CarriedExif, aBlockMayFillTheSegmentToItsLastByte) {
-    // Header, two directories of one entry and of three, and the value itself.
+    // Header, a directory of one entry and one of three, and the value.
     constexpr std::size_t frame = 8 + (2 + 12 + 4) + (2 + 3 * 12 + 4);
     const auto sizeWith = [](std::size_t valueSize) {
         return carried({.exifSubIFD = {exifBytes(userComment, Bytes(valueSize, 1))}}).size();
@@ -146,7 +146,7 @@ TEST(CarriedExif, aBlockMayFillTheSegmentToItsLastByte) {
     EXPECT_EQ(sizeWith(100'000), frame - 12);
 }
 
-TEST(CarriedExif, noDirectoryHasMoreEntriesThanOurReaderTakes) {
+TEST(CarriedExif, noDirectoryHasMoreEntriesThanOurReaderAccepts) {
     ExifContent source;
     for (std::uint16_t i = 0; i < 1000; ++i)
         source.exifSubIFD.push_back(exifShorts(static_cast<std::uint16_t>(0x9300 + i), {i}));
@@ -155,7 +155,7 @@ TEST(CarriedExif, noDirectoryHasMoreEntriesThanOurReaderTakes) {
     EXPECT_EQ(block[exifAt] << 8 | block[exifAt + 1], 296 + 2);
 }
 
-TEST(CarriedExif, aSourceWithNothingToCarryGivesNothing) {
+TEST(CarriedExif, aSourceWithNothingToCarryGivesNoBlock) {
     EXPECT_EQ(carried({}), Bytes{});
     EXPECT_EQ(carried({.ifd0 = {exifRationals(xResolution, {72, 1})}, .gpsIFD = {exifText(1, "N")}}, true),
               Bytes{});
@@ -169,7 +169,7 @@ TEST(CarriedExif, aSourceWithNothingToCarryGivesNothing) {
     }
 }
 
-TEST(CarriedExif, aDirectoryThatPointsToItselfEnds) {
+TEST(CarriedExif, aDirectoryThatPointsToItselfCausesNoLoop) {
     const ExifContent source{
         .ifd0 = {exifText(make, "Kappa"), exifLongs(0x8769, {8}), exifLongs(0xa005, {8})}};
     const std::vector<ExifField> again{exifText(make, "Kappa")};
@@ -177,7 +177,7 @@ TEST(CarriedExif, aDirectoryThatPointsToItselfEnds) {
               exifBlock({.ifd0 = again, .exifSubIFD = exifWith(again), .interoperabilityIFD = again}));
 }
 
-TEST(CarriedExif, carryingWhatWasCarriedChangesNothing) {
+TEST(CarriedExif, carryingACarriedBlockChangesNothing) {
     const Bytes once =
         carried({.order = ExifOrder::littleEndian,
                  .ifd0 = {exifText(make, "Kappa"), exifShorts(orientation, {6})},

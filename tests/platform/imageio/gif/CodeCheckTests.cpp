@@ -10,9 +10,9 @@ namespace kestrine::gif {
 
 namespace {
 
-/// The place of the first code that is not accepted, or their number. Codes have 2 bits at first: 4 clears, 5
-/// ends.
-std::size_t soundCodes(const std::vector<int>& codes, std::uint64_t pixels = 100) {
+/// The number of codes accepted before the first refused one. The minimum code size is 2 bits: 4 is the clear
+/// code, 5 the end code.
+std::size_t acceptedCodes(const std::vector<int>& codes, std::uint64_t pixels = 100) {
     CodeCheck check(2, pixels);
     const auto refused = std::ranges::find_if(codes, [&check](int code) { return !check.accepts(code); });
     return static_cast<std::size_t>(refused - codes.begin());
@@ -37,22 +37,22 @@ Bytes fileOfCodes(const Bytes& codes) {
 
 } // namespace
 
-TEST(GIFCodeCheck, colorsAndStringsSeenBeforeAreSound) {
-    EXPECT_EQ(soundCodes({4, 1, 2, 6, 8}), 5u);
-    EXPECT_EQ(soundCodes({4, 1, 6, 7}), 4u); // each the string that is just made
+TEST(GIFCodeCheck, colorsAndKnownStringsAreAccepted) {
+    EXPECT_EQ(acceptedCodes({4, 1, 2, 6, 8}), 5u);
+    EXPECT_EQ(acceptedCodes({4, 1, 6, 7}), 4u); // each is the string that it defines
 }
 
-TEST(GIFCodeCheck, aCodeBeyondTheOneThatIsJustMadeHasNoMeaning) {
-    EXPECT_EQ(soundCodes({4, 1, 7}), 2u);
-    EXPECT_EQ(soundCodes({4, 6}), 1u);
+TEST(GIFCodeCheck, aCodeBeyondTheNextNewOneIsUndefined) {
+    EXPECT_EQ(acceptedCodes({4, 1, 7}), 2u);
+    EXPECT_EQ(acceptedCodes({4, 6}), 1u);
 }
 
-TEST(GIFCodeCheck, clearingForgetsAllStrings) {
-    EXPECT_EQ(soundCodes({4, 1, 2, 4, 3, 6}), 6u);
-    EXPECT_EQ(soundCodes({4, 1, 2, 3, 4, 6}), 5u);
+TEST(GIFCodeCheck, theClearCodeRemovesAllStrings) {
+    EXPECT_EQ(acceptedCodes({4, 1, 2, 4, 3, 6}), 6u);
+    EXPECT_EQ(acceptedCodes({4, 1, 2, 3, 4, 6}), 5u);
 }
 
-TEST(GIFCodeCheck, isCompleteWithAllPixelsAndTheEndComesNotBefore) {
+TEST(GIFCodeCheck, theEndCodeIsAcceptedOnlyAfterAllPixels) {
     for (const std::uint64_t pixels : {6u, 7u}) {
         CodeCheck check(2, pixels);
         for (const int code : {4, 1, 6, 7}) // 1, 2 and 3 pixels
@@ -62,14 +62,14 @@ TEST(GIFCodeCheck, isCompleteWithAllPixelsAndTheEndComesNotBefore) {
     }
 }
 
-TEST(GIFDamage, soundFilesHaveNone) {
+TEST(GIFDamage, validFilesHaveNone) {
     for (const bool isInterlaced : {false, true})
         EXPECT_FALSE(damageOf(testing::GIFFile{
             .screenWidth = 90, .screenHeight = 70, .width = 90, .height = 70, .interlaced = isInterlaced}
                                   .make()));
 }
 
-TEST(GIFDamage, codesWithoutMeaningAre) {
+TEST(GIFDamage, undefinedCodesAreReported) {
     EXPECT_FALSE(damageOf(fileOfCodes({0b10'001'100, 0b0101'001'1})));       // 4, 1, 6, 1, 5
     const auto damage = damageOf(fileOfCodes({0b11'001'100, 0b0101'001'1})); // 4, 1, 7, 1, 5
     ASSERT_TRUE(damage);

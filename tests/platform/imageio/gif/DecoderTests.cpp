@@ -109,6 +109,15 @@ TEST(GIFDecoder, interlacedRowsAreDeliveredFromTheTop) {
     }
 }
 
+TEST(GIFDecoder, interlacedRowsOfALargePictureAreDeliveredFromTheTop) {
+    GIFFile recipe{
+        .screenWidth = 1000, .screenHeight = 4300, .width = 1000, .height = 4300, .interlaced = true};
+    recipe.index = [](int x, int y) { return (x / 100 + y * y) % 4; };
+    const Bytes interlaced = decodeSound(gif::codec, recipe.make()).pixels.bytes;
+    recipe.interlaced = false;
+    EXPECT_TRUE(decodeSound(gif::codec, recipe.make()).pixels.bytes == interlaced);
+}
+
 TEST(GIFDecoder, thePicturesOwnColorsReplaceTheScreens) {
     const GIFFile recipe{.pictureColors = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}}};
     const Decoded decoded = decodeSound(gif::codec, recipe.make());

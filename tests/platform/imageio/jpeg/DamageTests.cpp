@@ -1,4 +1,4 @@
-// JPEG files are damaged if pixels had to be made up.
+// A JPEG file is damaged if the decoder had to invent pixels.
 #include "platform/imageio/LocalSource.h"
 #include "platform/imageio/jpeg/Decoder.h"
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
@@ -28,12 +28,12 @@ std::optional<Failure> damageOf(const Bytes& file, int eighths = 8) {
     return source->damage();
 }
 
-/// The part of a file that lies before its last `bytes` bytes.
+/// The file without its last `bytes` bytes.
 Bytes shortened(const Bytes& file, std::size_t bytes) { return cutAt(file, file.size() - bytes); }
 
 } // namespace
 
-TEST(JPEGDamage, wholeFilesOfEveryKindHaveNone) {
+TEST(JPEGDamage, completeFilesOfEveryKindHaveNone) {
     for (const JPEGRecipe& recipe : {photo, progressive, restarting, JPEGRecipe{.isGrey = true}})
         for (const int eighths : {8, 4, 2, 1})
             EXPECT_FALSE(damageOf(makeJPEG(recipe), eighths)) << recipe.description();
@@ -61,12 +61,12 @@ TEST(JPEGDamage, aProgressiveFileCutBetweenItsScansIsTruncated) {
         EXPECT_TRUE(damageOf(cutAt(file, scan))) << scan;
 }
 
-TEST(JPEGDamage, onlyTheMissingEndMarkOfAFileWithAllItsPixelsIsNone) {
+TEST(JPEGDamage, aMissingEndMarkerAfterAllPixelsIsNoDamage) {
     for (const JPEGRecipe& recipe : {photo, progressive, restarting})
         EXPECT_FALSE(damageOf(shortened(makeJPEG(recipe), 2))) << recipe.description();
 }
 
-TEST(JPEGDamage, bytesAfterTheEndAreNone) {
+TEST(JPEGDamage, bytesAfterTheEndAreNoDamage) {
     for (const JPEGRecipe& recipe : {photo, progressive}) {
         const Bytes file = makeJPEG(recipe);
         EXPECT_FALSE(damageOf(withInserted(file, file.size(), Bytes(5000, 0x5A)))) << recipe.description();
@@ -82,7 +82,7 @@ TEST(JPEGDamage, aMarkerInTheMiddleOfTheScanIsMalformed) {
     EXPECT_EQ(damage->text, "the JPEG picture is damaged: Corrupt JPEG data: premature end of data segment");
 }
 
-TEST(JPEGDamage, aRestartMarkerOutOfTurnIsMalformed) {
+TEST(JPEGDamage, aRestartMarkerOutOfOrderIsMalformed) {
     const Bytes file = makeJPEG(restarting);
     EXPECT_TRUE(damageOf(withByte(file, markerPosition(file, 0xD2) + 1, 0xD5)));
 }
@@ -102,7 +102,7 @@ TEST(JPEGDamage, isTheSameWithoutOurOwnDecoder) {
     }
 }
 
-TEST(JPEGDamage, isNotSeenBeforeTheDamagedRowsAreDecoded) {
+TEST(JPEGDamage, isNotKnownBeforeTheDamagedRowsAreDecoded) {
     const auto source = *LocalSource::open(readerOfBytes(shortened(makeJPEG(photo), 300)));
     const RowSourcePointer rows = *source->rows(0, 8);
     Bytes row(rows->format().bytesPerRow());

@@ -115,6 +115,26 @@ TEST(JPEGDecoder, aFileMayHaveUpTo500Scans) {
     EXPECT_TRUE(failsToDecode(jpeg::codec, excessive));
 }
 
+TEST(JPEGDecoder, aLargePictureMayHaveOnlyAsManyScansAsItsFileIsLongEnoughFor) {
+    JPEGRecipe recipe{.width = 2400, .height = 1200, .isGrey = true, .content = Content::flat, .scans = 100};
+    EXPECT_FALSE(failsToDecode(jpeg::codec, makeJPEG(recipe)));
+    recipe.scans = 500;
+    Bytes file = makeJPEG(recipe);
+    const Result<Decoded> decoded = decode(jpeg::codec, file);
+    ASSERT_FALSE(decoded.ok());
+    EXPECT_EQ(decoded.failure().text, "JPEG: the file has too many scans for its length");
+    file.resize(file.size() + 200'000);
+    EXPECT_FALSE(failsToDecode(jpeg::codec, file));
+}
+
+TEST(JPEGDecoder, onlyTheCoefficientsOfProgressiveFilesAreHeld) {
+    const auto heldBytes = [](const JPEGRecipe& recipe) {
+        return decodeSound(jpeg::codec, makeJPEG(recipe)).frame().heldBytes;
+    };
+    EXPECT_EQ(heldBytes({.width = 32, .height = 24}), 0U);
+    EXPECT_EQ(heldBytes({.width = 32, .height = 24, .isGrey = true, .isProgressive = true}), 4U * 3 * 64 * 2);
+}
+
 TEST(JPEGDecoder, theJFIFUnitIsDotsPerInchOrPerCentimetre) {
     Bytes file = smallFile({.quality = 0.7, .resolution = {300, 300}});
     EXPECT_EQ(resolutionOf(file), (Resolution{300, 300}));

@@ -40,7 +40,7 @@ void lengthen(JHUFF_TBL& code) {
         code.bits[length] = length >= 5;
 }
 
-/// The DC coefficients, then bit by bit each AC coefficient in a scan of its own.
+/// The DC coefficients, then each bit of each AC coefficient in a separate scan.
 std::vector<jpeg_scan_info> manyScans(int count) {
     constexpr int highestBit = 7;
     std::vector<jpeg_scan_info> scans = {{1, {0}, 0, 0, 0, 0}};

@@ -1,4 +1,4 @@
-// Which TIFF files are damaged, though libtiff makes pixels of them.
+// TIFF files that libtiff decodes although they are damaged.
 #include "platform/imageio/LocalSource.h"
 #include "tests/platform/imageio/tiff/TIFFRecipe.h"
 
@@ -34,7 +34,7 @@ std::shared_ptr<Source> decodedSource(const Bytes& file) {
     return source;
 }
 
-/// `file` with `bytes` in the middle of its pixels, which stand before everything else.
+/// `file` with `bytes` in the middle of its pixels, which are stored first.
 Bytes damaged(Bytes file, const Bytes& bytes) {
     std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<std::ptrdiff_t>(file.size() / 3));
     return file;
@@ -42,12 +42,12 @@ Bytes damaged(Bytes file, const Bytes& bytes) {
 
 } // namespace
 
-TEST(TIFFDamage, soundPagesHaveNone) {
+TEST(TIFFDamage, validPagesHaveNone) {
     for (const TIFFRecipe& page : {faxPage(COMPRESSION_CCITTRLE), faxPage(COMPRESSION_CCITTFAX4), jpegPage()})
         EXPECT_FALSE(decodedSource(makeTIFF(page))->damage()) << page.compression;
 }
 
-TEST(TIFFDamage, faxLinesThatLibtiffHadToMend) {
+TEST(TIFFDamage, faxLinesThatLibtiffRepairsAreReported) {
     for (const std::uint16_t compression :
          std::vector<std::uint16_t>{COMPRESSION_CCITTRLE, COMPRESSION_CCITTFAX4}) {
         const auto damage = decodedSource(damaged(makeTIFF(faxPage(compression)), {0, 0x18, 0x18}))->damage();
@@ -57,7 +57,7 @@ TEST(TIFFDamage, faxLinesThatLibtiffHadToMend) {
     }
 }
 
-TEST(TIFFDamage, aJPEGStripWhosePixelsEndEarly) {
+TEST(TIFFDamage, aJPEGStripThatEndsEarlyIsReported) {
     EXPECT_TRUE(decodedSource(damaged(makeTIFF(jpegPage()), {0xFF, 0xD9}))->damage());
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 using Numbers = std::vector<std::uint16_t>;
 
-/// What a page of grey or RGB samples of full range should be delivered as.
+/// The expected pixels of a page with grey or RGB samples of full range.
 PixelBuffer expectedOf(const TIFFRecipe& page, bool hasAlpha = false) {
     const bool isGray = page.photometric == PHOTOMETRIC_MINISBLACK;
     const RowFormat format{page.width, page.height, isGray ? ColorModel::gray : ColorModel::rgb, hasAlpha,
@@ -50,7 +50,7 @@ using Pixel = std::vector<unsigned>;
 
 } // namespace
 
-TEST(TIFFDecoder, aLargePageIsTheSameFromOneThreadAndFromSeveral) {
+TEST(TIFFDecoder, aLargePageIsTheSameWithOneThreadAndWithSeveral) {
     for (const std::uint16_t planar : Numbers{PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE})
         for (const std::uint32_t tile : {0, 64})
             for (const std::uint32_t rowsPerStrip : {1, 7, 300, 901}) {
@@ -71,7 +71,7 @@ TEST(TIFFDecoder, aLargePageIsTheSameFromOneThreadAndFromSeveral) {
             }
 }
 
-TEST(TIFFDecoder, aLargePageThatIsDamagedFailsFromSeveralThreadsToo) {
+TEST(TIFFDecoder, aDamagedLargePageAlsoFailsWithSeveralThreads) {
     const TIFFRecipe page{.width = 611, .height = 901, .compression = COMPRESSION_LZW};
     Bytes file = makeTIFF(page);
     std::fill(file.begin() + 5000, file.begin() + 9000, std::uint8_t{0xFF});
@@ -106,7 +106,7 @@ TEST(TIFFDecoder, predictorsAreUndone) {
     }
 }
 
-TEST(TIFFDecoder, greyOfEveryDepthIsStretchedToFullRange) {
+TEST(TIFFDecoder, greyOfEveryDepthIsScaledToTheFullRange) {
     for (std::uint16_t bits = 1; bits <= 16; ++bits)
         for (const std::uint32_t tile : {0, 16}) {
             TIFFRecipe page = grayPage(bits);
@@ -121,7 +121,7 @@ TEST(TIFFDecoder, greyOfEveryDepthIsStretchedToFullRange) {
         }
 }
 
-TEST(TIFFDecoder, whereZeroIsWhiteGreyIsInverted) {
+TEST(TIFFDecoder, greyIsInvertedIfZeroIsWhite) {
     EXPECT_EQ(deliveredPixel(pixelPage(PHOTOMETRIC_MINISWHITE, 1, {0})), Pixel{255});
     EXPECT_EQ(deliveredPixel(pixelPage(PHOTOMETRIC_MINISWHITE, 8, {1})), Pixel{254});
     EXPECT_EQ(deliveredPixel(pixelPage(PHOTOMETRIC_MINISWHITE, 16, {0x1234})), Pixel{0xEDCB});
@@ -143,7 +143,7 @@ TEST(TIFFDecoder, faxPagesAreRead) {
     }
 }
 
-TEST(TIFFDecoder, palettesBecomeRGBAndAreOfferedAsColourTable) {
+TEST(TIFFDecoder, palettesBecomeRGBAndAreReturnedAsColourTable) {
     for (const std::uint16_t bits : Numbers{1, 2, 4, 8})
         for (const unsigned scale : {1u, 256u}) {
             TIFFRecipe page{.bits = bits, .samples = 1, .photometric = PHOTOMETRIC_PALETTE};
@@ -164,7 +164,7 @@ TEST(TIFFDecoder, palettesBecomeRGBAndAreOfferedAsColourTable) {
         }
 }
 
-TEST(TIFFDecoder, floatsBecomeSixteenBitsClamped) {
+TEST(TIFFDecoder, floatsAreClampedAndBecome16Bits) {
     struct Case {
         float stored;
         unsigned delivered;
@@ -178,7 +178,7 @@ TEST(TIFFDecoder, floatsBecomeSixteenBitsClamped) {
     }
 }
 
-TEST(TIFFDecoder, associatedAlphaIsDividedOutWithRounding) {
+TEST(TIFFDecoder, associatedAlphaIsDividedOutAndRounded) {
     const auto pixel = [](std::uint16_t bits, std::vector<std::uint32_t> samples) {
         return deliveredPixel(pixelPage(PHOTOMETRIC_RGB, bits, samples, {EXTRASAMPLE_ASSOCALPHA}));
     };
@@ -189,7 +189,7 @@ TEST(TIFFDecoder, associatedAlphaIsDividedOutWithRounding) {
     EXPECT_EQ(pixel(16, {1000, 30000, 0, 40000}), (Pixel{1638, 49151, 0, 40000}));
 }
 
-TEST(TIFFDecoder, otherAlphaIsTakenAsItIs) {
+TEST(TIFFDecoder, otherAlphaIsNotChanged) {
     for (const std::uint16_t bits : Numbers{8, 16})
         for (const std::uint16_t planar : Numbers{PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE}) {
             const TIFFRecipe page{
@@ -211,7 +211,7 @@ TEST(TIFFDecoder, samplesThatAreNotAlphaAreIgnored) {
               secondIsAlpha);
 }
 
-TEST(TIFFDecoder, inkBecomesSRGBAndSaysSo) {
+TEST(TIFFDecoder, cmykBecomesSRGBWithItsProfile) {
     for (const std::uint16_t bits : Numbers{8, 16}) {
         const std::uint32_t full = (1u << bits) - 1;
         EXPECT_EQ(deliveredPixel(pixelPage(PHOTOMETRIC_SEPARATED, bits, {0, 0, 0, 0})),
@@ -225,12 +225,12 @@ TEST(TIFFDecoder, inkBecomesSRGBAndSaysSo) {
     EXPECT_EQ(decodeSound(tiff::codec, file).frame().profile, ColorProfile::sRGB());
 }
 
-TEST(TIFFDecoder, alphaBehindInkIsKept) {
+TEST(TIFFDecoder, alphaAfterCMYKIsKept) {
     const TIFFRecipe page = pixelPage(PHOTOMETRIC_SEPARATED, 8, {255, 0, 0, 0, 66}, {EXTRASAMPLE_UNASSALPHA});
     EXPECT_EQ(deliveredPixel(page), (Pixel{0, 255, 255, 66}));
 }
 
-TEST(TIFFDecoder, labBecomesSRGBAndSaysSo) {
+TEST(TIFFDecoder, labBecomesSRGBWithItsProfile) {
     struct Case {
         std::uint16_t photometric, bits;
         std::vector<std::uint32_t> lab; // L* 53.39, a* 0, b* 0: grey 128
@@ -247,7 +247,7 @@ TEST(TIFFDecoder, labBecomesSRGBAndSaysSo) {
     }
 }
 
-TEST(TIFFDecoder, aAndBOfLabHaveASign) {
+TEST(TIFFDecoder, aAndBOfLabAreSigned) {
     const Pixel red = deliveredPixel(pixelPage(PHOTOMETRIC_CIELAB, 8, {128, 60, 40}));
     const Pixel green = deliveredPixel(pixelPage(PHOTOMETRIC_ICCLAB, 8, {128, 128 - 50, 128 + 40}));
     EXPECT_GT(red[0], red[1] + 80);
@@ -275,7 +275,7 @@ TEST(TIFFDecoder, jpegCompressedPagesAreRead) {
         }
 }
 
-TEST(TIFFDecoder, otherYCbCrIsRendered) {
+TEST(TIFFDecoder, ycbcrWithoutJPEGIsRendered) {
     for (const std::uint32_t tile : {0, 16}) {
         TIFFRecipe page{.photometric = PHOTOMETRIC_YCBCR,
                         .compression = COMPRESSION_LZW,
@@ -329,7 +329,7 @@ TEST(TIFFDecoder, theResolutionIsPerInch) {
     EXPECT_EQ(decodeSound(tiff::codec, makeTIFF(TIFFRecipe{})).frame().resolution, Resolution{});
 }
 
-TEST(TIFFDecoder, theProfileComesWithThePixels) {
+TEST(TIFFDecoder, theProfileIsRead) {
     const ColorProfile profile = ColorProfile::adobeRGB();
     TIFFRecipe page;
     page.tags = [&](TIFF* tiff) {

@@ -7,7 +7,7 @@ namespace kestrine::testing {
 
 namespace {
 
-/// Claims a size, and must not be asked for rows.
+/// Has a size but fails the test when rows are read.
 class UntouchedRows final : public RowSource {
 public:
     explicit UntouchedRows(const RowFormat& format) : RowSource(format) {}
@@ -32,7 +32,7 @@ private:
 
 } // namespace
 
-TEST(TIFFEncoder, everyLayoutComesBackAsItWas) {
+TEST(TIFFEncoder, everyLayoutIsDecodedUnchanged) {
     for (const auto& [width, height] :
          {std::pair{1u, 1u}, {37u, 23u}, {1u, 64u}, {30'000u, 3u}, {500u, 400u}})
         for (const RowFormat& layout : allLayouts(width, height)) {
@@ -42,7 +42,7 @@ TEST(TIFFEncoder, everyLayoutComesBackAsItWas) {
         }
 }
 
-TEST(TIFFEncoder, theFileIsLittleEndianAndHoldsNothingButHeadAndPixels) {
+TEST(TIFFEncoder, theFileIsLittleEndianAndHasOnlyHeaderAndPixels) {
     const Bytes file = encodeSound(tiff::encode, makePhoto({100, 100}));
     EXPECT_EQ(Bytes(file.begin(), file.begin() + 8), (Bytes{'I', 'I', 42, 0, 8, 0, 0, 0}));
     EXPECT_LT(file.size(), 100u * 100 * 3 + 400);
@@ -77,28 +77,28 @@ TEST(TIFFEncoder, theProfileIsEmbeddedOrAbsent) {
         decodeSound(tiff::codec, encodeSound(tiff::encode, makePhoto({2, 2}))).frame().profile.has_value());
 }
 
-TEST(TIFFEncoder, aFileOfMoreThanFourGiBIsRefusedBeforeAnyRowIsRead) {
+TEST(TIFFEncoder, aFileOfMoreThan4GiBIsRefusedBeforeReadingRows) {
     UntouchedRows rows({40'000, 26'000, ColorModel::rgb, true, SampleDepth::bits16});
     const Result<Bytes> file = tiff::encode(rows, {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().reason, Reason::tooLarge);
 }
 
-TEST(TIFFEncoder, aPictureWithoutPixelsGivesNothing) {
+TEST(TIFFEncoder, aPictureWithoutPixelsIsRefused) {
     UntouchedRows rows({0, 5});
     const Result<Bytes> file = tiff::encode(rows, {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().reason, Reason::empty);
 }
 
-TEST(TIFFEncoder, aFailureOfTheRowsIsHandedOn) {
+TEST(TIFFEncoder, aFailureOfTheRowsIsReturned) {
     BreakingRows rows;
     const Result<Bytes> file = tiff::encode(rows, {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().text, "broken on purpose");
 }
 
-TEST(TIFFEncoder, aFileCutShortAnywhereGivesNothing) {
+TEST(TIFFEncoder, aFileCutOffAnywhereIsRefused) {
     const Bytes file = encodeSound(tiff::encode, makePhoto({9, 7}));
     for (std::size_t length = 0; length < file.size(); ++length)
         EXPECT_TRUE(failsToDecode(tiff::codec,

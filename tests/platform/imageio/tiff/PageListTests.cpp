@@ -1,4 +1,5 @@
-// Which pages of a TIFF file are pictures, and which of them is the main one. Pages are told apart by width.
+// Which pages of a TIFF file are pictures, and which of them is the main one. The tests distinguish pages by
+// width.
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/tiff/TIFFRecipe.h"
 
@@ -39,7 +40,7 @@ TIFFRecipe with(TIFFRecipe page, std::vector<TIFFRecipe> subPages) {
     return page;
 }
 
-/// `file` (little-endian) with the last entry of the tag `from` made one of another tag.
+/// `file` (little-endian) with the last entry of the tag `from` changed to the tag `to`.
 Bytes retagged(Bytes file, std::uint16_t from, std::uint16_t to) {
     const auto bytes = [](std::uint16_t tag) {
         return Bytes{static_cast<std::uint8_t>(tag), static_cast<std::uint8_t>(tag >> 8)};
@@ -65,7 +66,7 @@ Widths widthsOf(const Bytes& file) {
 
 Widths widthsOf(const std::vector<TIFFRecipe>& pages) { return widthsOf(makeTIFF(pages)); }
 
-/// Whether the file is refused since it would need to be developed.
+/// Whether the file is refused because it has only sensor data.
 bool isRaw(const Bytes& file) {
     const Result<Decoded> decoded = decode(tiff::codec, file);
     return !decoded && decoded.failure().reason == Reason::unsupported
@@ -76,13 +77,13 @@ bool isRaw(const std::vector<TIFFRecipe>& pages) { return isRaw(makeTIFF(pages))
 
 } // namespace
 
-TEST(TIFFPageList, theFirstPageThatIsNoCopyIsThePictureAndCopiesComeLast) {
+TEST(TIFFPageList, theFirstPageThatIsNoCopyIsThePictureAndCopiesAreLast) {
     EXPECT_EQ(widthsOf({marked(3), picture(9), marked(5), picture(20)}), (Widths{9, 20, 3, 5}));
     EXPECT_EQ(widthsOf({picture(4), picture(9)}), (Widths{4, 9}));
 }
 
-TEST(TIFFPageList, theOldMarkCountsAsWell) {
-    const Bytes file = makeTIFF({picture(9), marked(3, 2)}); // 2 in the new tag is a page of several
+TEST(TIFFPageList, theOldTagAlsoMarksCopies) {
+    const Bytes file = makeTIFF({picture(9), marked(3, 2)}); // 2 in the new tag means one page of several
     EXPECT_EQ(widthsOf(file), (Widths{9, 3}));
     EXPECT_EQ(widthsOf({marked(3, 2), picture(9)}), (Widths{3, 9}));
     EXPECT_EQ(widthsOf(retagged(makeTIFF({marked(3, 2), picture(9)}), TIFFTAG_SUBFILETYPE, 255)),
@@ -96,7 +97,7 @@ TEST(TIFFPageList, masksAndDepthMapsAreNotThePicture) {
     EXPECT_EQ(widthsOf({marked(8, 8), picture(9)}), (Widths{9, 8}));
 }
 
-TEST(TIFFPageList, ofCopiesAloneTheLargestIsThePicture) {
+TEST(TIFFPageList, ifThereAreOnlyCopiesTheLargestIsThePicture) {
     EXPECT_EQ(widthsOf({marked(3)}), (Widths{3}));
     EXPECT_EQ(widthsOf({marked(3), marked(9), marked(5)}), (Widths{9, 3, 5}));
     EXPECT_EQ(widthsOf({with(marked(3), {marked(9)})}), (Widths{9, 3}));
@@ -109,15 +110,15 @@ TEST(TIFFPageList, theSubPageOfAPreviewIsThePicture) {
         EXPECT_EQ(widthsOf(makeTIFF(with(marked(3), {picture(9)}), mode)), (Widths{9, 3})) << mode;
 }
 
-TEST(TIFFPageList, aPageSmallerThanItsSubPageIsAPreviewWithoutAnyMark) {
+TEST(TIFFPageList, anUnmarkedPageSmallerThanItsSubPageIsAPreview) {
     EXPECT_EQ(widthsOf({with(picture(3), {picture(9)})}), (Widths{9, 3}));
 }
 
-TEST(TIFFPageList, theReducedSubPagesOfAPictureAreNoPagesOfTheirOwn) {
+TEST(TIFFPageList, reducedSubPagesOfAPictureAreNotListed) {
     EXPECT_EQ(widthsOf({with(picture(9), {marked(5), marked(3)}), picture(4)}), (Widths{9, 4}));
 }
 
-TEST(TIFFPageList, sensorDataBehindAPreviewMakesTheFileRaw) {
+TEST(TIFFPageList, aFileOfPreviewsAndSensorDataIsRefused) {
     for (const std::uint16_t photometric : {colorFilterArray, linearRaw}) {
         EXPECT_TRUE(isRaw({with(marked(3), {sensor(40, photometric)})}));
         EXPECT_TRUE(isRaw({with(marked(3), {marked(20), sensor(40, photometric)})}));
@@ -127,14 +128,14 @@ TEST(TIFFPageList, sensorDataBehindAPreviewMakesTheFileRaw) {
     }
 }
 
-TEST(TIFFPageList, aPreviewIsKnownByBeingSmallerThanTheSensorDataToo) {
+TEST(TIFFPageList, aPictureSmallerThanTheSensorDataIsAPreview) {
     EXPECT_TRUE(isRaw({picture(20), marked(3), sensor(40)}));
     EXPECT_TRUE(isRaw({with(marked(3), {picture(20), sensor(40)})}));
     EXPECT_EQ(widthsOf({with(picture(38), {sensor(40)})}), (Widths{38}));
     EXPECT_EQ(widthsOf({with(marked(3), {picture(38), sensor(40)})}), (Widths{38, 3}));
 }
 
-TEST(TIFFPageList, sensorDataIsKnownByTheTagsThatOnlyItHas) {
+TEST(TIFFPageList, sensorDataIsRecognisedByItsTags) {
     TIFFRecipe slices = picture(40);
     slices.tags = [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_THRESHHOLDING, THRESHHOLD_BILEVEL); };
     const Bytes plain = makeTIFF({picture(20), slices});
@@ -146,13 +147,13 @@ TEST(TIFFPageList, sensorDataIsKnownByTheTagsThatOnlyItHas) {
     }
 }
 
-TEST(TIFFPageList, aPictureThatCarriesAVersionOfTheRawFormatStaysAPicture) {
+TEST(TIFFPageList, anRGBPageWithATagOfTheRawFormatIsAPicture) {
     TIFFRecipe page = picture(9);
     page.tags = [](TIFF* tiff) { TIFFSetField(tiff, 50706, "\1\4\0\0"); };
     EXPECT_EQ(widthsOf({page}), (Widths{9}));
 }
 
-TEST(TIFFPageList, noPreviewStepsInForAPictureThatCannotBeRead) {
+TEST(TIFFPageList, anUnreadablePictureIsNotReplacedByItsPreview) {
     EXPECT_TRUE(failsToDecode(tiff::codec, makeTIFF({marked(3), signedSamples(9)})));
     EXPECT_TRUE(failsToDecode(tiff::codec, makeTIFF({with(marked(3), {signedSamples(9)})})));
     const Bytes file = makeTIFF({with(marked(3), {picture(9)})});
@@ -164,7 +165,7 @@ TEST(TIFFPageList, noPreviewStepsInForAPictureThatCannotBeRead) {
     EXPECT_TRUE(failsToDecode(tiff::codec, broken));
 }
 
-TEST(TIFFPageList, subPagesThatLeadBackAreCountedOnce) {
+TEST(TIFFPageList, aSubPageThatIsAlsoAPageIsListedOnce) {
     Bytes file = makeTIFF({with(marked(3), {picture(9)}), picture(5)});
     const Bytes entry = {0x4A, 0x01, 13, 0, 1, 0, 0, 0};
     const auto found = std::ranges::search(file, entry);

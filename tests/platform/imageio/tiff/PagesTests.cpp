@@ -1,4 +1,4 @@
-// The TIFF decoder on files with several pages, with EXIF, and on files that are damaged or beyond us.
+// The TIFF decoder with files that have several pages or EXIF, and with damaged and unsupported files.
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/tiff/TIFFRecipe.h"
 #include "tests/support/Pictures.h"
@@ -23,7 +23,7 @@ std::uint32_t little32(const Bytes& file, std::size_t at) {
     return number;
 }
 
-/// Where the offset to the directory behind the one at `directory` stands, in a little-endian file.
+/// The position of the pointer to the directory after the one at `directory`, in a little-endian file.
 std::size_t nextPointerAt(const Bytes& file, std::size_t directory) {
     return directory + 2 + 12 * static_cast<std::size_t>(file[directory] | file[directory + 1] << 8);
 }
@@ -32,7 +32,7 @@ void putLittle32(Bytes& file, std::size_t at, std::uint32_t number) {
     std::memcpy(file.data() + at, &number, 4);
 }
 
-/// Where the value of a tag stands in the first directory of a little-endian file.
+/// The position of a tag's value in the first directory of a little-endian file.
 std::size_t valueAt(const Bytes& file, std::uint16_t tag) {
     const std::size_t directory = little32(file, 4);
     for (std::size_t entry = directory + 2; entry < nextPointerAt(file, directory); entry += 12)
@@ -42,7 +42,7 @@ std::size_t valueAt(const Bytes& file, std::uint16_t tag) {
     return 0;
 }
 
-/// A page whose EXIF directory says "Adobe RGB" and holds a long text.
+/// A page whose EXIF directory states Adobe RGB and has a long string.
 Bytes fileWithExif(const char* mode, TIFFRecipe page = {}) {
     page.tags = [tags = page.tags](TIFF* tiff) {
         tags(tiff);
@@ -96,12 +96,12 @@ TEST(TIFFPages, aLoopEndsTheChain) {
     EXPECT_EQ(decodeSound(tiff::codec, file).frames.size(), 2u);
 }
 
-TEST(TIFFPages, noMoreThanAThousandAreTaken) {
+TEST(TIFFPages, atMost1000PagesAreRead) {
     const TIFFRecipe small{.width = 1, .height = 1, .samples = 1, .photometric = PHOTOMETRIC_MINISBLACK};
     EXPECT_EQ(decodeSound(tiff::codec, makeTIFF(std::vector(1002, small))).frames.size(), 1000u);
 }
 
-TEST(TIFFPages, aChainThatLeadsBeyondTheFileIsATruncatedFile) {
+TEST(TIFFPages, aPointerBeyondTheEndMeansATruncatedFile) {
     Bytes file = makeTIFF(pageOfWidth(5));
     putLittle32(file, nextPointerAt(file, little32(file, 4)), 1'000'000);
     const Result<Decoded> decoded = decode(tiff::codec, file);
@@ -109,7 +109,7 @@ TEST(TIFFPages, aChainThatLeadsBeyondTheFileIsATruncatedFile) {
     EXPECT_EQ(decoded.failure().reason, Reason::truncated);
 }
 
-TEST(TIFFPages, aLaterPageThatCannotBeShownIsLeftOut) {
+TEST(TIFFPages, aLaterPageThatCannotBeDecodedIsLeftOut) {
     TIFFRecipe odd{.width = 7};
     odd.tags = [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_INT); };
     const Decoded decoded = decodeSound(tiff::codec, makeTIFF({pageOfWidth(5), odd, pageOfWidth(9)}));
@@ -120,7 +120,7 @@ TEST(TIFFPages, aLaterPageThatCannotBeShownIsLeftOut) {
     EXPECT_EQ(oddFirst.failure().reason, Reason::unsupported);
 }
 
-TEST(TIFFPages, theExifDirectoryIsOfferedAsABlock) {
+TEST(TIFFPages, theExifDirectoryIsReturnedAsABlock) {
     for (const char* mode : {"wl", "wb"}) {
         const Decoded decoded = decodeSound(tiff::codec, fileWithExif(mode));
         ASSERT_FALSE(decoded.exif.empty()) << mode;
@@ -134,7 +134,7 @@ TEST(TIFFPages, theExifDirectoryIsOfferedAsABlock) {
     }
 }
 
-TEST(TIFFPages, aSubPageThatIsThePictureHasTheExifOfItsPage) {
+TEST(TIFFPages, aSubPageThatIsThePictureHasTheExifOfItsParentPage) {
     TIFFRecipe preview{.width = 5, .subPages = {pageOfWidth(9)}};
     preview.tags = [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, FILETYPE_REDUCEDIMAGE); };
     const Decoded decoded = decodeSound(tiff::codec, fileWithExif("wl", preview));
@@ -147,13 +147,13 @@ TEST(TIFFPages, aPageWithoutExifHasNoBlock) {
     EXPECT_TRUE(decodeSound(tiff::codec, makeTIFF(TIFFRecipe{})).exif.empty());
 }
 
-TEST(TIFFPages, anExifPointerBackToThePageDoesNoHarm) {
+TEST(TIFFPages, anExifPointerBackToThePageIsHarmless) {
     Bytes file = fileWithExif("wl");
     putLittle32(file, valueAt(file, 34665), little32(file, 4));
     EXPECT_LT(decodeSound(tiff::codec, file).exif.size(), 1000u);
 }
 
-TEST(TIFFPages, aFileCutShortAnywhereGivesNothing) {
+TEST(TIFFPages, aFileCutOffAnywhereIsRefused) {
     for (const std::uint16_t compression : Numbers{COMPRESSION_NONE, COMPRESSION_LZW}) {
         const Bytes file = makeTIFF(TIFFRecipe{.compression = compression});
         for (std::size_t length = 0; length < file.size(); ++length)
@@ -163,7 +163,7 @@ TEST(TIFFPages, aFileCutShortAnywhereGivesNothing) {
     }
 }
 
-TEST(TIFFPages, stripsThatLieBeyondTheFileGiveNothing) {
+TEST(TIFFPages, stripsBeyondTheEndOfTheFileAreRefused) {
     Bytes file = makeTIFF(TIFFRecipe{.rowsPerStrip = 11});
     putLittle32(file, valueAt(file, TIFFTAG_STRIPOFFSETS), static_cast<std::uint32_t>(file.size()) - 20);
     const Result<Decoded> decoded = decode(tiff::codec, file);
@@ -171,14 +171,14 @@ TEST(TIFFPages, stripsThatLieBeyondTheFileGiveNothing) {
     EXPECT_EQ(decoded.failure().reason, Reason::truncated);
 }
 
-TEST(TIFFPages, damagedCompressedPixelsGiveNothing) {
+TEST(TIFFPages, damagedCompressedPixelsAreRefused) {
     Bytes file = makeTIFF(TIFFRecipe{.compression = COMPRESSION_ADOBE_DEFLATE, .rowsPerStrip = 11});
     const std::uint32_t strip = little32(file, valueAt(file, TIFFTAG_STRIPOFFSETS));
     std::fill_n(file.begin() + strip + 2, 20, std::uint8_t{0xFF});
     EXPECT_TRUE(failsToDecode(tiff::codec, file));
 }
 
-TEST(TIFFPages, sizesBeyondTheLimitsAreRefusedBeforeAnythingIsAllocated) {
+TEST(TIFFPages, sizesBeyondTheLimitsAreRefusedBeforeAllocation) {
     struct Case {
         std::uint32_t width, height;
         Reason reason;
@@ -209,7 +209,7 @@ TEST(TIFFPages, tilesThatTheFileCannotHoldAreRefused) {
     }
 }
 
-TEST(TIFFPages, hundredsOfSamplesAPixelAreNotSupported) {
+TEST(TIFFPages, hundredsOfSamplesPerPixelAreUnsupported) {
     const Result<Decoded> decoded =
         decode(tiff::codec, makeTIFF(TIFFRecipe{.width = 2, .height = 2, .samples = 65}));
     ASSERT_FALSE(decoded.ok());
@@ -233,7 +233,7 @@ TEST(TIFFPages, onlyTIFFHeadersAreRecognised) {
         EXPECT_EQ(tiff::codec.recognises(c.head), c.isTIFF);
 }
 
-TEST(TIFFPages, rowsMayBeReadAgainAndOutliveTheDecoder) {
+TEST(TIFFPages, rowsCanBeReadAgainAndOutliveTheDecoder) {
     auto decoder = tiff::codec.open(readerOfBytes(makeTIFF({pageOfWidth(5), pageOfWidth(9)})));
     ASSERT_TRUE(decoder.ok());
     auto first = (*decoder)->rows(1, 8), second = (*decoder)->rows(1, 8);
@@ -260,14 +260,14 @@ TEST(TIFFPages, aFileThatHasChangedIsNotReadAgain) {
     EXPECT_FALSE((*decoder)->rows(0, 8).ok());
 }
 
-TEST(TIFFPages, aMissingLibraryIsNamed) {
+TEST(TIFFPages, aMissingLibraryIsReportedWithItsPackage) {
     const Result<tiff::Functions> functions = tiff::loadFunctions({"libtiff.so.0"});
     ASSERT_FALSE(functions.ok());
     EXPECT_EQ(functions.failure().reason, Reason::unsupported);
     EXPECT_NE(functions.failure().text.find("libtiff6"), std::string::npos);
 }
 
-TEST(TIFFPages, aLibraryWithoutTheFunctionsCountsAsMissing) {
+TEST(TIFFPages, aLibraryWithoutAFunctionCountsAsMissing) {
     EXPECT_FALSE(tiff::loadFunctions({"libm.so.6"}).ok());
 }
 

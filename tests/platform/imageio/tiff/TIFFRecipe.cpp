@@ -56,7 +56,7 @@ void setSample(std::uint8_t* row, std::size_t index, unsigned bits, std::uint32_
     }
 }
 
-/// Samples of `width` pixels from (x, y) on, of one plane or (plane < 0) of all.
+/// The samples of `width` pixels starting at (x, y), of one plane or, if `plane` < 0, of all planes.
 void fillRow(std::uint8_t* row, const TIFFRecipe& page, std::uint32_t x, std::uint32_t y, std::uint32_t width,
              int plane) {
     std::size_t index = 0;

@@ -1,4 +1,4 @@
-// TIFFRecipe: TIFF files of every kind for tests, made by libtiff itself.
+// TIFFRecipe: makes TIFF files of every kind with libtiff.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -18,11 +18,11 @@ struct TIFFRecipe {
     std::uint32_t rowsPerStrip = 4;
     std::uint32_t tileWidth = 0, tileHeight = 0; ///< 0: strips
     std::vector<std::uint16_t> extraSamples = {};
-    /// Stored sample (x, y, s), as a number of `bits` bits (those of a float, too).
+    /// The stored sample (x, y, s) as a number of `bits` bits, also for floats.
     std::function<std::uint32_t(std::uint32_t x, std::uint32_t y, unsigned s)> sample =
         [](auto x, auto y, auto s) { return 13 * x + 29 * y + 71 * s; };
     std::function<void(TIFF*)> tags = [](TIFF*) {};
-    std::vector<TIFFRecipe> subPages = {}; ///< that hang on this page
+    std::vector<TIFFRecipe> subPages = {}; ///< of this page
 
     /// The stored sample, cut to its bits.
     std::uint32_t stored(std::uint32_t x, std::uint32_t y, unsigned s) const {

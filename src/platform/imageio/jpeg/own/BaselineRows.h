@@ -11,8 +11,8 @@ namespace kestrine::jpeg {
 
 /// Starts decoding at `eighths` (8, 4, 2 or 1) of the full size. `header` is that of the file. Fails with
 /// reason "refused", here or at any row, when this decoder does not support the file, and with "malformed" at
-/// a row whose bits have no meaning. `damage`, which may be null, gets the latter, because the library may
-/// make up such pixels without a message.
+/// a row whose bits are invalid. The latter is also recorded in `damage`, which may be null, because the
+/// library may invent such pixels without a message.
 ///
 /// The rows delivered before a failure equal those of libjpeg-turbo ("the library"), so the library can
 /// deliver the remaining rows. Proof:

@@ -28,7 +28,7 @@ private:
 /// Can be started any number of times, for different files, and keeps its memory between them.
 class EntropyDecoder {
 public:
-    /// Goes to the start of a file's scan. `wantsAC` tells for each component whether its AC coefficients
+    /// Goes to the start of a file's scan. `wantsAC` states for each component whether its AC coefficients
     /// will be used. Returns false when a Huffman code cannot be used.
     bool start(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
                const std::array<bool, 3>& wantsAC);
@@ -40,7 +40,7 @@ public:
     /// decoder cannot continue then.
     bool decodeGroup(int lanes);
 
-    /// Whether decodeGroup() failed because of bits without a meaning; otherwise the stream is unusual or
+    /// Whether decodeGroup() failed because of invalid bits; otherwise the stream is unusual or
     /// ends too early.
     bool foundMeaninglessBits() const { return foundMeaninglessBits_; }
 

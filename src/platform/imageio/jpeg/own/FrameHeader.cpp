@@ -77,7 +77,7 @@ bool copyComponents(const jpeg_decompress_struct& info, FrameHeader& header) {
             return false;
         header.components[i] = *component;
     }
-    // The scan of a single component is not interleaved: its MCU is one block, whatever its factors are.
+    // The scan of a single component is not interleaved: its MCU is one block, with any factors.
     if (header.componentCount == 1)
         header.components[0].horizontal = header.components[0].vertical = 1;
     return header.blocksPerMCU() <= FrameHeader::maximumBlocks;

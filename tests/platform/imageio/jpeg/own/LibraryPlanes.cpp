@@ -7,7 +7,7 @@ namespace kestrine::testing {
 
 namespace {
 
-/// Reads the next row of MCUs into the planes, whose rows are made as they come.
+/// Reads the next row of MCUs and appends it to the planes.
 void readBand(jpeg_decompress_struct& info, std::vector<LibraryPlane>& planes) {
     std::vector<std::vector<JSAMPROW>> rows(planes.size());
     std::vector<JSAMPARRAY> arrays;

@@ -1,0 +1,106 @@
+#include "platform/host/process/WorkerNursery.h"
+
+#include <cstring>
+#include <type_traits>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+/// What is asked of the nursery's process. Both are one program, so the structures themselves are sent.
+struct NurseryRequest {
+    pid_t workerToEnd; ///< 0: start one
+    std::uint32_t modules;
+};
+
+/// The answer, with our end of the connection with a new worker.
+struct NurseryAnswer {
+    pid_t worker;
+    Reason failure; ///< if no worker could be started
+};
+
+constinit std::shared_ptr<NurseryConnection> currentConnection;
+
+template <class T>
+ByteView bytesIn(const T& structure) {
+    static_assert(std::is_trivially_copyable_v<T>);
+    return {reinterpret_cast<const std::uint8_t*>(&structure), sizeof structure};
+}
+
+Failure failureToReach() { return {Reason::inputOutput, "the process that starts workers has ended"}; }
+
+template <class T>
+Result<T> structureIn(const Result<std::optional<Message>>& message) {
+    T structure{};
+    if (!message || !*message || (*message)->bytes.size() != sizeof structure)
+        return failureToReach();
+    std::memcpy(&structure, (*message)->bytes.data(), sizeof structure);
+    return structure;
+}
+
+Result<void> startAndSend(const WorkerProgram& program, std::uint32_t modules, const MessageSocket& socket) {
+    const Result<ForkedWorker> worker = forkWorker(program, modules);
+    if (!worker)
+        return socket.send(bytesIn(NurseryAnswer{0, worker.failure().reason}));
+    const int files[] = {worker->socket.number()};
+    return socket.send(bytesIn(NurseryAnswer{worker->process, {}}), files);
+}
+
+Result<void> serveOneRequest(const WorkerProgram& program, const MessageSocket& socket) {
+    const NurseryRequest request = TRY(structureIn<NurseryRequest>(socket.receive(false)));
+    if (request.workerToEnd == 0)
+        return startAndSend(program, request.modules, socket);
+    endChild(request.workerToEnd);
+    return socket.send(bytesIn(NurseryAnswer{}));
+}
+
+[[noreturn]] void runNursery(const WorkerProgram& program, int socketNumber, pid_t parent) noexcept {
+    const MessageSocket socket(FileDescriptor(becomeSubordinate(socketNumber, parent)));
+    while (serveOneRequest(program, socket)) {
+    }
+    ::_exit(0);
+}
+
+} // namespace
+
+Result<ForkedWorker> NurseryConnection::startWorker(std::uint32_t modules) {
+    const std::lock_guard lock(mutex_);
+    if (!socket_.send(bytesIn(NurseryRequest{0, modules})))
+        return failureToReach();
+    Result<std::optional<Message>> message = socket_.receive(true);
+    if (!message) // no descriptor is free
+        return message.failure();
+    const NurseryAnswer answer = TRY(structureIn<NurseryAnswer>(message));
+    if ((*message)->files.size() != 1)
+        return Failure{answer.failure, "cannot start a process"};
+    return ForkedWorker{MessageSocket(std::move((*message)->files.front())), answer.worker};
+}
+
+void NurseryConnection::endWorker(pid_t worker) {
+    const std::lock_guard lock(mutex_);
+    // When the nursery's process has ended, so has the worker.
+    if (socket_.send(bytesIn(NurseryRequest{worker, 0})))
+        (void)socket_.receive(false);
+}
+
+WorkerNursery::WorkerNursery(const WorkerProgram& program) {
+    Result<std::pair<MessageSocket, MessageSocket>> ends = MessageSocket::pair();
+    const pid_t parent = ::getpid();
+    const pid_t process = ends ? ::fork() : -1;
+    if (process == 0)
+        runNursery(program, ends->second.number(), parent);
+    // Without a process, the connection has no other end.
+    MessageSocket ours = ends ? std::move(ends->first) : MessageSocket(FileDescriptor());
+    currentConnection = std::make_shared<NurseryConnection>(
+        std::move(ours), process > 0 ? std::optional(process) : std::nullopt);
+}
+
+WorkerNursery::~WorkerNursery() {
+    currentConnection->endNursery();
+    currentConnection.reset();
+}
+
+std::shared_ptr<NurseryConnection> WorkerNursery::connection() { return currentConnection; }
+
+} // namespace kestrine

@@ -1,0 +1,63 @@
+// WorkerProcess: a process that handles bytes from strangers for this one, and may crash.
+#pragma once
+
+#include "platform/host/process/WorkerNursery.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <time.h>
+
+namespace kestrine {
+
+/// How long an answer may take. Slow disks and busy machines use up neither limit of a process that works.
+struct AnswerLimits {
+    std::chrono::milliseconds processorTime;   ///< of all threads of the worker
+    std::chrono::milliseconds withoutProgress; ///< while the worker uses no processor time at all
+};
+
+/// The parent's handle of a worker. The destructor ends the worker. Used by one thread at a time.
+class WorkerProcess {
+public:
+    /// Starts a worker. It inherits nothing but the connection to this object, and ends at the latest when
+    /// the thread ends that started it. In a process with several threads, a WorkerNursery must exist,
+    /// with the same program; it starts the worker then.
+    static Result<std::unique_ptr<WorkerProcess>> start(const WorkerProgram& program, std::uint32_t modules);
+
+    ~WorkerProcess();
+    WorkerProcess(const WorkerProcess&) = delete;
+    WorkerProcess& operator=(const WorkerProcess&) = delete;
+
+    /// Sends a request and waits for the answer. Fails with crashed if the worker ends before it answers, and
+    /// with timeLimit if it takes too long. After any failure the worker has ended, and all memory it used is
+    /// free again.
+    Result<Bytes> exchange(ByteView request, std::span<const int> files, const AnswerLimits& limits);
+
+    /// Whether the worker still runs.
+    bool isAlive() const;
+
+    /// Waits until the worker is in its sandbox. No layers if it ended before.
+    SandboxLayers layers();
+
+    /// What start() was given.
+    std::uint32_t modules() const { return modules_; }
+
+private:
+    WorkerProcess(ForkedWorker worker, std::shared_ptr<NurseryConnection> nursery, std::uint32_t modules);
+
+    Result<Bytes> answerTo(ByteView request, std::span<const int> files, const AnswerLimits& limits);
+    Result<void> waitForMessage(const AnswerLimits& limits) const;
+    Result<Bytes> received() const;
+    std::chrono::nanoseconds processorTime() const;
+    void end();
+
+    MessageSocket socket_;
+    pid_t process_;
+    std::shared_ptr<NurseryConnection> nursery_; ///< whose child the worker is; null: it is our own
+    std::optional<clockid_t> clock_;             ///< of the processor time that the worker used
+    std::uint32_t modules_;
+    std::optional<SandboxLayers> layers_; ///< once the first message was received
+    bool hasEnded_ = false;
+};
+
+} // namespace kestrine

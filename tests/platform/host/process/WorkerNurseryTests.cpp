@@ -1,0 +1,123 @@
+#include "platform/host/process/WorkerNursery.h"
+#include "tests/platform/host/process/WorkerTesting.h"
+#include "tests/support/IsolatedProcess.h"
+
+#include <cerrno>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace kestrine {
+namespace {
+
+using namespace testing;
+
+struct WorkerNurseryTest : ::testing::Test {
+    const WorkerNursery nursery{workerProgram()};
+};
+
+/// Whether a child of this process has that number.
+bool isChild(pid_t process) { return ::waitid(P_PID, process, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0; }
+
+TEST_F(WorkerNurseryTest, startsWorkersThatAreNotOurChildren) {
+    const auto worker = startWorker();
+    EXPECT_FALSE(isChild(processOf(*worker)));
+    EXPECT_EQ(answerTo(*worker, Order::preparedModules), 5);
+    EXPECT_EQ(answerTo(*worker, Order::countDescriptors), 4);
+}
+
+TEST_F(WorkerNurseryTest, servesSeveralThreadsAndReplacesCrashedWorkers) {
+    std::vector<std::thread> threads;
+    for (std::uint8_t number = 0; number < 6; ++number)
+        threads.emplace_back([number] {
+            for (int round = 0; round < 5; ++round) {
+                auto worker = startWorker();
+                EXPECT_EQ(answerTo(*worker, Order::abort), 255);
+                EXPECT_FALSE(worker->isAlive());
+                worker = startWorker();
+                EXPECT_EQ(*worker->exchange(Bytes{order(Order::echo), number}, {}, amplyLimited),
+                          Bytes{number});
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+TEST_F(WorkerNurseryTest, endsWorkersThatTakeTooLong) {
+    const auto worker = startWorker();
+    const pid_t process = processOf(*worker);
+    const AnswerLimits limits{std::chrono::milliseconds{50}, std::chrono::minutes{5}};
+    EXPECT_EQ(worker->exchange(Bytes{order(Order::loopForEver)}, {}, limits).failure().reason,
+              Reason::timeLimit);
+    EXPECT_EQ(::kill(process, 0), -1); // not even a zombie is left
+    EXPECT_EQ(errno, ESRCH);
+}
+
+TEST(WorkerNursery, endsWithItsWorkers) {
+    runIsolated([] {
+        // Orphans are given to this process, so that their end can be waited for.
+        ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        std::unique_ptr<WorkerProcess> worker;
+        pid_t process = 0;
+        {
+            const WorkerNursery nursery(workerProgram());
+            worker = startWorker();
+            process = processOf(*worker);
+        }
+        EXPECT_EQ(::waitpid(process, nullptr, 0), process);
+        EXPECT_EQ(answerTo(*worker, Order::echo), 255);
+        EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1); // the nursery's process is reaped
+    });
+}
+
+TEST(WorkerNursery, endsWithItsParentAndAllWorkers) {
+    runIsolated([] {
+        ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        int pipe[2];
+        ASSERT_EQ(::pipe(pipe), 0);
+        const pid_t parent = ::fork();
+        if (parent == 0) {
+            const WorkerNursery nursery(workerProgram());
+            const auto worker = startWorker();
+            (void)processOf(*worker);
+            (void)!::write(pipe[1], "x", 1);
+            (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
+        }
+        char ready = 0;
+        ASSERT_EQ(::read(pipe[0], &ready, 1), 1);
+        std::this_thread::sleep_for(std::chrono::milliseconds{20}); // so that the worker sleeps
+        ::kill(parent, SIGKILL);
+        for (int ended = 0; ended < 3; ++ended) // the parent, the nursery and the worker
+            EXPECT_GT(::wait(nullptr), 0);
+        EXPECT_EQ(::wait(nullptr), -1);
+        ::close(pipe[0]);
+        ::close(pipe[1]);
+    });
+}
+
+TEST(WorkerNursery, thatHasNoProcessStartsNothingAndHarmsNobody) {
+    runIsolated([] {
+        const pid_t bystander = ::fork();
+        if (bystander == 0)
+            for (;;)
+                ::pause();
+        {
+            rlimit none{3, 3}; // no descriptor is left for a connection
+            ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+            const WorkerNursery nursery(workerProgram());
+            const auto worker = WorkerProcess::start(workerProgram(), 0);
+            ASSERT_FALSE(worker);
+            EXPECT_EQ(worker.failure().text, "the process that starts workers has ended");
+        }
+        EXPECT_EQ(::waitpid(bystander, nullptr, WNOHANG), 0); // it still runs
+        ::kill(bystander, SIGKILL);
+        ::waitpid(bystander, nullptr, 0);
+    });
+}
+
+} // namespace
+} // namespace kestrine

@@ -1,0 +1,66 @@
+// A worker for tests: it does what the first byte of a request orders.
+#pragma once
+
+#include "platform/host/process/WorkerProcess.h"
+
+namespace kestrine::testing {
+
+enum class Order : std::uint8_t {
+    // Answered with what follows or was asked for.
+    echo,
+    preparedModules,
+    ownProcess, ///< four bytes
+    countDescriptors,
+    countFiles,    ///< the regular files among the descriptors
+    copyFile,      ///< from the first descriptor sent to the second
+    workForAWhile, ///< uses 400 ms of processor time
+    endAfterAnswer,
+    // Attempts, answered with the error number, or 0 when they succeed.
+    openFile,
+    examineFile,
+    openSocket,
+    startProgram,
+    forkProcess,
+    signalParent,
+    signalParentThread,
+    traceParent,
+    mapExecutable,
+    makeExecutable,
+    startThread,
+    allocate100MB,
+    allocate100GB,
+    readClock,
+    throwAndCatch,
+    sortMuch,
+    askForProcessors,
+    damageMemory,
+    callX32Interface,   ///< only on x86-64
+    call32BitInterface, ///< only on x86-64
+    // Not answered.
+    writeToNull,
+    abort,
+    overflowTheStack,
+    throwOutOfServe,
+    endQuietly,
+    loopForEver,
+    sleepForEver,
+};
+
+constexpr std::uint8_t order(Order order) { return static_cast<std::uint8_t>(order); }
+
+/// Limits that no test reaches.
+inline constexpr AnswerLimits amplyLimited{std::chrono::minutes{5}, std::chrono::minutes{5}};
+
+WorkerProgram workerProgram(UnlistedCalls unlisted = UnlistedCalls::refused,
+                            std::uint64_t addressSpace = std::uint64_t{2} << 30);
+
+/// A worker with modules 5, as workerProgram() says.
+std::unique_ptr<WorkerProcess> startWorker(UnlistedCalls unlisted = UnlistedCalls::refused);
+
+/// The first byte of the answer, or 255 if the worker ended without one.
+int answerTo(WorkerProcess& worker, Order order);
+
+/// The number of the worker's process.
+pid_t processOf(WorkerProcess& worker);
+
+} // namespace kestrine::testing
