@@ -175,7 +175,7 @@ Result<std::string> readPipe(int pipe, std::size_t limit) {
         output.append(block.data(), static_cast<std::size_t>(count));
     }
     if (output.size() > limit)
-        return Failure{Reason::tooLarge, "a program writes more than " + std::to_string(limit) + " bytes"};
+        return Failure{Reason::tooLarge, "the program wrote more than " + std::to_string(limit) + " bytes"};
     return output;
 }
 
@@ -187,7 +187,7 @@ Result<ChildEnd> endReported(int pipe, const std::string& program) {
         count = ::read(pipe, &report, sizeof report);
     while (count < 0 && errno == EINTR);
     if (count != sizeof report)
-        return Failure{Reason::inputOutput, "nothing is known about the end of " + program};
+        return Failure{Reason::inputOutput, "cannot find out how " + program + " ended"};
     if (report.startError != 0)
         return systemFailure("cannot start " + program, report.startError);
     if (WIFSIGNALED(report.waitStatus))

@@ -167,7 +167,7 @@ bool isMostlyPadding(const File& file, const Page& page) {
 Result<void> checkBlocks(const File& file, Page& page) {
     const std::uint64_t bytes = blockBytes(file, page);
     if (bytes == 0 || page.blockRows == 0)
-        return Failure{Reason::malformed, "the TIFF picture has strips or tiles without any size"};
+        return Failure{Reason::malformed, "the TIFF picture has strips or tiles of size zero"};
     if (bytes > maximumBlockBytes)
         return Failure{Reason::tooLarge, "the TIFF picture has too large strips or tiles"};
     if (isMostlyPadding(file, page))
@@ -198,7 +198,7 @@ bool hasWholeBytesInTiles(const Page& page) {
 
 Result<void> readSamples(const File& file, Page& page) {
     if (page.samples > maximumSamples)
-        return unsupported("so many samples a pixel");
+        return unsupported("so many samples per pixel");
     page.color = storedColor(file, page);
     if (!hasUsualSamples(file, page) || !hasWholeBytesInTiles(page)) {
         char why[1024];
@@ -209,7 +209,7 @@ Result<void> readSamples(const File& file, Page& page) {
     }
     findAlpha(file, page);
     if (page.samples < page.colorSamples())
-        return Failure{Reason::malformed, "the TIFF picture has too few samples a pixel for its colours"};
+        return Failure{Reason::malformed, "the TIFF picture has too few samples per pixel for its colours"};
     if (page.color == Color::palette)
         page.colors = storedColors(file, page.bits);
     if (page.color == Color::palette && page.colors.empty())

@@ -81,7 +81,7 @@ TEST(CapturedRun, aProgramThatWritesTooMuchIsEndedEvenIfItDoesNotNotice) {
     const TemporaryFolder folder;
     EXPECT_EQ(outputOf("trap 'kill $!; echo ended >" + (folder / "ended")
                        + "; exit' TERM; head -c 20000 /dev/zero; sleep 60 & wait"),
-              "a program writes more than 10000 bytes");
+              "the program wrote more than 10000 bytes");
     EXPECT_EQ(contentOnceWritten(folder / "ended"), "ended\n");
 }
 
@@ -103,7 +103,7 @@ TEST(CapturedRun, isNotDisturbedBySignalsThatThisProcessHandles) {
 TEST(CapturedRun, failsIfTheSupervisorIsKilled) {
     runIsolated([] {
         ::alarm(30);
-        EXPECT_EQ(outputOf("kill -KILL $PPID; sleep 0.1"), "nothing is known about the end of /bin/sh");
+        EXPECT_EQ(outputOf("kill -KILL $PPID; sleep 0.1"), "cannot find out how /bin/sh ended");
     });
 }
 
