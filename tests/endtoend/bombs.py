@@ -221,33 +221,32 @@ def packbits(count):
     return b"\x81\0" * (count // 128) + b"\x00\0" * (count % 128)
 
 
-def tiff_with_shared_profile(pages, size):
-    """Every page has the same profile."""
-    profile = struct.pack(">I4sI4s4s4s", size, b"none", 0x02400000, b"mntr", b"GRAY", b"XYZ ") + bytes(12) + b"acsp"
-    data = bytearray(b"II*\0" + struct.pack("<I", 8 + size) + profile.ljust(size, b"\0"))
+def with_equal_pages(data, pages, entries):
+    """The beginning of a TIFF file, completed with pages that have the same entries."""
     for page in range(pages):
-        entries = [(256, 4, 1, 1), (257, 4, 1, 1), (258, 3, 1, 8), (259, 3, 1, 1), (262, 3, 1, 1), (273, 4, 1, 8),
-                   (277, 3, 1, 1), (278, 4, 1, 1), (279, 4, 1, 1), (34675, 7, size, 8)]
         following = len(data) + 2 + 12 * len(entries) + 4 if page + 1 < pages else 0
         data += struct.pack("<H", len(entries))
         for entry in entries:
             data += struct.pack("<HHII", *entry)
         data += struct.pack("<I", following)
     return bytes(data)
+
+
+def tiff_with_shared_profile(pages, size):
+    """Every page has the same profile."""
+    profile = struct.pack(">I4sI4s4s4s", size, b"none", 0x02400000, b"mntr", b"GRAY", b"XYZ ") + bytes(12) + b"acsp"
+    data = bytearray(b"II*\0" + struct.pack("<I", 8 + size) + profile.ljust(size, b"\0"))
+    entries = [(256, 4, 1, 1), (257, 4, 1, 1), (258, 3, 1, 8), (259, 3, 1, 1), (262, 3, 1, 1), (273, 4, 1, 8),
+               (277, 3, 1, 1), (278, 4, 1, 1), (279, 4, 1, 1), (34675, 7, size, 8)]
+    return with_equal_pages(data, pages, entries)
 
 
 def tiff_with_many_strips(pages, strips):
     """Every page has the same table of strips."""
     data = bytearray(b"II*\0" + struct.pack("<I", 8 + 4 * strips) + struct.pack("<I", 8) * strips)
-    for page in range(pages):
-        entries = [(256, 4, 1, 1), (257, 4, 1, strips), (258, 3, 1, 8), (259, 3, 1, 1), (262, 3, 1, 1),
-                   (273, 4, strips, 8), (277, 3, 1, 1), (278, 4, 1, 1), (279, 4, strips, 8)]
-        following = len(data) + 2 + 12 * len(entries) + 4 if page + 1 < pages else 0
-        data += struct.pack("<H", len(entries))
-        for entry in entries:
-            data += struct.pack("<HHII", *entry)
-        data += struct.pack("<I", following)
-    return bytes(data)
+    entries = [(256, 4, 1, 1), (257, 4, 1, strips), (258, 3, 1, 8), (259, 3, 1, 1), (262, 3, 1, 1),
+               (273, 4, strips, 8), (277, 3, 1, 1), (278, 4, 1, 1), (279, 4, strips, 8)]
+    return with_equal_pages(data, pages, entries)
 
 
 def exif_with_shared_values(entries, size):

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <csignal>
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
@@ -59,8 +58,7 @@ TEST_F(WorkerNurseryTest, endsWorkersThatTakeTooLong) {
 
 TEST(WorkerNursery, endsWithItsWorkers) {
     runIsolated([] {
-        // Orphans are given to this process, so that their end can be waited for.
-        ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        ASSERT_TRUE(adoptsOrphans());
         std::unique_ptr<WorkerProcess> worker;
         pid_t process = 0;
         {
@@ -76,7 +74,7 @@ TEST(WorkerNursery, endsWithItsWorkers) {
 
 TEST(WorkerNursery, endsWithItsParentAndAllWorkers) {
     runIsolated([] {
-        ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        ASSERT_TRUE(adoptsOrphans());
         int pipe[2];
         ASSERT_EQ(::pipe(pipe), 0);
         const pid_t parent = ::fork();

@@ -6,7 +6,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -159,8 +158,7 @@ TEST(WorkerProcess, survivesTheSignalsThatATerminalSendsToParentAndChild) {
 
 TEST(WorkerProcess, endsWithItsParentEvenWhenItDoesNotListen) {
     runIsolated([] {
-        // Orphans are given to this process, so that their end can be waited for.
-        ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        ASSERT_TRUE(adoptsOrphans());
         int pipe[2];
         ASSERT_EQ(::pipe(pipe), 0);
         const pid_t parent = ::fork();

@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -292,5 +293,7 @@ pid_t processOf(WorkerProcess& worker) {
     std::memcpy(&process, answer.data(), sizeof process);
     return process;
 }
+
+bool adoptsOrphans() { return ::prctl(PR_SET_CHILD_SUBREAPER, 1) == 0; }
 
 } // namespace kestrine::testing

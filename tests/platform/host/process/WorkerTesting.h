@@ -60,6 +60,10 @@ std::unique_ptr<WorkerProcess> startWorker(UnlistedCalls unlisted = UnlistedCall
 /// The first byte of the answer, or 255 if the worker ended without one.
 int answerTo(WorkerProcess& worker, Order order);
 
+/// From now on orphans are given to this process, so that it can wait for their end. Whether the system
+/// allows it.
+bool adoptsOrphans();
+
 /// The number of the worker's process.
 pid_t processOf(WorkerProcess& worker);
 
