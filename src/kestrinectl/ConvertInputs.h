@@ -35,9 +35,9 @@ struct ConvertInputs {
     std::size_t otherFiles = 0;            ///< in folders; neither pictures nor hidden
 };
 
-/// A file argument is always listed, even if it is no picture. A folder gives the pictures in it, recognised
-/// by their content and sorted by name; hidden files are left out and links to folders are not followed. A
-/// folder argument is always searched. Ends early after a stop signal.
+/// Lists every file argument, even if it is not a picture. Searches every folder argument and lists its
+/// pictures, recognised by content and sorted by name. Ignores hidden files and does not follow links to
+/// folders. Ends early after a stop signal.
 ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search);
 
 /// The path with all links resolved, so that each place has only one; the given path if the system cannot

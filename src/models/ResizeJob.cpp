@@ -2,15 +2,12 @@
 
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "_MyClasses/Category/ImageUtility.h"
-#include "_MyClasses/Class/ExifTag/ExifOrientation.h"
 #include "platform/appkit/NSWorkspace.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/host/FailureCollector.h"
 #include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/process/StopSignals.h"
-
-#include <algorithm>
 
 namespace kestrine {
 
@@ -168,10 +165,7 @@ private:
     bool open() {
         if (file_.opened != nullptr)
             return true;
-        const bool turns =
-            std::ranges::any_of(job_.sets, [](const auto& set) { return set->autoRotate() != 0; });
-        Result<std::shared_ptr<Source>> source =
-            openPicture(job_.path.utf8(), turns ? orientationQuestion(job_.path) : nullptr);
+        Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8());
         if (source)
             file_.opened = *std::move(source);
         else

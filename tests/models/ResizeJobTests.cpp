@@ -2,6 +2,8 @@
 #include "models/ResizeJob.h"
 
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/LocalSource.h"
+#include "platform/imageio/PictureEngine.h"
 #include "tests/support/InterposedCalls.h"
 #include "tests/support/Pictures.h"
 #include "tests/support/PresetBuilder.h"
@@ -36,6 +38,25 @@ std::int64_t sizeOfFile(int file) {
     return ::fstat(file, &status) == 0 ? status.st_size : -1;
 }
 
+/// Counts the openings of files while it lives. They fail with `failure`, or succeed in this process.
+class CountingEngine final : public PictureEngine {
+public:
+    explicit CountingEngine(std::optional<Reason> failure) : failure_(failure) { setCurrent(this); }
+    ~CountingEngine() override { setCurrent(nullptr); }
+
+    Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file) override {
+        ++openings;
+        if (failure_)
+            return Failure{*failure_, "on purpose"};
+        return std::shared_ptr<Source>(*LocalSource::open(std::move(file)));
+    }
+
+    int openings = 0;
+
+private:
+    const std::optional<Reason> failure_;
+};
+
 /// A folder with pictures and a home with a trash of its own.
 class StrictJob : public ::testing::Test {
 protected:
@@ -55,6 +76,33 @@ protected:
 };
 
 } // namespace
+
+TEST_F(StrictJob, theFileIsOpenedOnceForPixelsTurnAndExif) {
+    folder.write("a.jpg", photo());
+    const auto set = makeSet(u"Web", {{u"formatType", 0}, {u"autoRotate", true}, {u"attachExifData", true}});
+    const auto converting = makeSet(u"Print", {{u"convertResolution", false}, {u"attachExifData", true}});
+    const CountingEngine engine(std::nullopt);
+    for (const JobOutcome& outcome : run("a.jpg", {set, converting}))
+        EXPECT_TRUE(outcome.isWritten);
+    EXPECT_EQ(engine.openings, 1);
+}
+
+TEST_F(StrictJob, aFileThatEndedItsDecoderIsNotTriedAgain) {
+    folder.write("a.jpg", photo());
+    for (const Reason reason : {Reason::crashed, Reason::timeLimit}) {
+        const CountingEngine engine(reason);
+        for (const JobOutcome& outcome : run("a.jpg", {makeSet(u"One"), makeSet(u"Two")}))
+            EXPECT_EQ(outcome.failure->text, "on purpose");
+        EXPECT_EQ(engine.openings, 1);
+    }
+}
+
+TEST_F(StrictJob, aFileThatCouldNotBeLoadedIsTriedAgainForEachSet) {
+    folder.write("a.jpg", photo());
+    const CountingEngine engine(Reason::inputOutput);
+    (void)run("a.jpg", {makeSet(u"One"), makeSet(u"Two")});
+    EXPECT_EQ(engine.openings, 4) << "by the job and by each set's conversion";
+}
 
 TEST_F(StrictJob, replacesAnOriginalAndTellsWhereItWent) {
     const Bytes original = photo();

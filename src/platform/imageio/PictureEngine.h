@@ -10,10 +10,8 @@ class PictureEngine {
 public:
     virtual ~PictureEngine() = default;
 
-    /// Reads the header of `file`. If `asked` is not null, it will be asked of the source next, so its answer
-    /// may be prepared.
-    virtual Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file,
-                                                 FileQuestion asked = nullptr) = 0;
+    /// Reads the header of `file`.
+    virtual Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file) = 0;
 
     /// The engine that opens all files of this process: until setCurrent() is called, one that decodes in
     /// this process.
@@ -24,6 +22,6 @@ public:
 };
 
 /// Opens the file at `path` with the current engine.
-Result<std::shared_ptr<Source>> openPicture(const std::string& path, FileQuestion asked = nullptr);
+Result<std::shared_ptr<Source>> openPicture(const std::string& path);
 
 } // namespace kestrine

@@ -20,23 +20,19 @@ int orientationIn(ExifTagReader& reader) {
     }
 }
 
+/// One byte: the orientation.
 Result<Bytes> orientationOf(const std::shared_ptr<const ByteReader>& file) {
     return Bytes{static_cast<std::uint8_t>(orientationIn(*ExifTagReader::initWithFile(file)))};
 }
 
 } // namespace
 
-FileQuestion orientationQuestion(const NSString& path) {
-    return ExifTagReader::acceptsName(path) ? orientationOf : nullptr;
-}
-
 int exifOrientation(const PictureFile& file) {
-    const FileQuestion question = file.path ? orientationQuestion(*file.path) : nullptr;
-    if (question == nullptr)
+    if (!file.path || !ExifTagReader::acceptsName(*file.path))
         return 0;
     if (file.opened == nullptr)
         return orientationIn(*ExifTagReader::initWithPath(*file.path));
-    const Result<Bytes> answer = file.opened->answer(question);
+    const Result<Bytes> answer = file.opened->answer(orientationOf);
     return answer && answer->size() == 1 ? answer->front() : 0;
 }
 

@@ -75,8 +75,7 @@ Result<void> WorkerProcess::waitForMessage(const AnswerLimits& limits) const {
         std::clamp(std::min(limits.processorTime, limits.withoutProgress), milliseconds{1}, longestPause);
     const nanoseconds before = processorTime();
     nanoseconds last = before;
-    milliseconds idle{
-        0}; // in pauses, so that a time in which this process was stopped as well does not count
+    milliseconds idle{0}; // counts pauses: time in which this process was stopped too does not count
     while (!socket_.waitForMessage(static_cast<int>(pause.count()))) {
         const nanoseconds now = processorTime();
         idle = now == last ? idle + pause : milliseconds{0};
