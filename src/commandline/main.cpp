@@ -1,10 +1,12 @@
 // kestrine: applies stored presets to the files on its command line. Quiet, and its exit status is always 0.
 
+#include "_MyClasses/Class/ExifTag/ExifQuestions.h"
 #include "commandline/PresetSelection.h"
 #include "commandline/RunLoop.h"
 #include "models/StoredPresets.h"
 #include "platform/foundation/NSUserDefaults.h"
 #include "platform/host/process/StandardStreams.h"
+#include "platform/imageio/worker/WorkerEngine.h"
 
 #include <exception>
 
@@ -22,6 +24,8 @@ void run(const std::vector<NSString>& arguments, const Environment& environment)
     StandardOutput output;
     if (chosen.listsSets)
         return listSets(sets ? *sets : ResizeSets(), output);
+    WorkerEngine decodersElsewhere(exifQuestions, Isolation::automatic, 1);
+    PictureEngine::setCurrent(&decodersElsewhere);
     const auto PWD = environment.variable("PWD");
     convertFiles(chosen, PWD ? OptionalString(NSString::fromUTF8(*PWD)) : std::nullopt, output);
 }

@@ -1,5 +1,6 @@
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
 
+#include "_MyClasses/Class/ExifTag/ExifQuestions.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "platform/foundation/NSException.h"
 
@@ -20,19 +21,23 @@ int orientationIn(ExifTagReader& reader) {
     }
 }
 
-/// One byte: the orientation.
+} // namespace
+
 Result<Bytes> orientationOf(const std::shared_ptr<const ByteReader>& file) {
     return Bytes{static_cast<std::uint8_t>(orientationIn(*ExifTagReader::initWithFile(file)))};
 }
 
-} // namespace
+FileQuestion orientationQuestionFor(const NSString& path) {
+    return ExifTagReader::acceptsName(path) ? orientationOf : nullptr;
+}
 
 int exifOrientation(const PictureFile& file) {
-    if (!file.path || !ExifTagReader::acceptsName(*file.path))
+    const FileQuestion question = file.path ? orientationQuestionFor(*file.path) : nullptr;
+    if (question == nullptr)
         return 0;
     if (file.opened == nullptr)
         return orientationIn(*ExifTagReader::initWithPath(*file.path));
-    const Result<Bytes> answer = file.opened->answer(orientationOf);
+    const Result<Bytes> answer = file.opened->answer(question);
     return answer && answer->size() == 1 ? answer->front() : 0;
 }
 
