@@ -168,7 +168,8 @@ private:
     bool open() {
         if (file_.opened != nullptr)
             return true;
-        const bool turns = std::ranges::any_of(job_.sets, [](const auto& set) { return set->autoRotate() != 0; });
+        const bool turns =
+            std::ranges::any_of(job_.sets, [](const auto& set) { return set->autoRotate() != 0; });
         const FileQuestion question = turns ? orientationQuestionFor(job_.path) : nullptr;
         Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8(), question);
         if (source)

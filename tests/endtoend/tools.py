@@ -104,6 +104,9 @@ class ToolTest(unittest.TestCase):
         self.preferences.parent.mkdir(parents=True, exist_ok=True)
         self.preferences.write_bytes(content)
 
+    def program(self, name):
+        return BIN / name
+
     def run_tool(self, *arguments, program="kestrine", **options):
         environment = options.pop("environment", self.environment)
         return subprocess.run([BIN / program, *arguments], cwd=self.folder, env=environment, capture_output=True,

@@ -51,6 +51,10 @@ public:
         return std::shared_ptr<Source>(*LocalSource::open(std::move(file)));
     }
 
+    Result<Bytes> answer(std::shared_ptr<const ByteReader> file, FileQuestion question) override {
+        return question(file);
+    }
+
     int openings = 0;
 
 private:

@@ -14,6 +14,9 @@ public:
     virtual Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file,
                                                  FileQuestion question) = 0;
 
+    /// The answer to a question about a file that need not be a picture.
+    virtual Result<Bytes> answer(std::shared_ptr<const ByteReader> file, FileQuestion question) = 0;
+
     /// The engine that opens all files of this process: until setCurrent() is called, one that decodes in
     /// this process.
     static PictureEngine& current();

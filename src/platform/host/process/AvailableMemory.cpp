@@ -105,7 +105,8 @@ std::optional<std::uint64_t> leftInAddressSpace(const std::string& root) {
 
 std::uint64_t installedMemory() {
     struct sysinfo information {};
-    return ::sysinfo(&information) == 0 ? std::uint64_t{information.totalram} * information.mem_unit : unknown;
+    return ::sysinfo(&information) == 0 ? std::uint64_t{information.totalram} * information.mem_unit
+                                        : unknown;
 }
 
 std::uint64_t availableMemory(const std::string& root) {

@@ -1,6 +1,6 @@
 #include "platform/imageio/worker/Messages.h"
 
-#include "platform/imageio/worker/MessageBytes.h"
+#include "platform/host/process/MessageBytes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -146,7 +146,8 @@ void write(MessageWriter& writer, const OutputOrder& output) {
     writer.add(output.profileModel.has_value());
     if (output.profileModel)
         writer.add(*output.profileModel);
-    for (const Bytes& bytes : {std::cref(output.profile), std::cref(output.exif), std::cref(output.colorTable)})
+    for (const Bytes& bytes :
+         {std::cref(output.profile), std::cref(output.exif), std::cref(output.colorTable)})
         writer.add(ByteView(bytes));
     writer.add(output.keepsProfile);
     writer.add(output.keepsExif);
@@ -186,6 +187,7 @@ struct OrderWriter {
     }
     void operator()(const ReadPixels& order) const { write(writer, order.picture); }
     void operator()(const ForgetSource&) const {}
+    void operator()(const AskFile& order) const { writer.add(order.question); }
 
     MessageWriter& writer;
 };
@@ -221,6 +223,8 @@ Order orderIn(MessageReader& reader) {
         return ReadPixels{recipeIn(reader)};
     case 5:
         return ForgetSource{};
+    case 6:
+        return AskFile{reader.number<std::uint32_t>()};
     default:
         reader.refuseUnless(false);
         return ForgetSource{};
@@ -238,7 +242,8 @@ Failure failureIn(MessageReader& reader) {
     const auto reason = reader.enumerator(Reason::implausible);
     reader.refuseUnless(reason != Reason{});
     std::string text = reader.text(maxFailureText);
-    std::ranges::replace_if(text, [](unsigned char c) { return c < ' ' || c == 0x7f; }, '?');
+    std::ranges::replace_if(
+        text, [](unsigned char c) { return c < ' ' || c == 0x7f; }, '?');
     return {reason, std::move(text)};
 }
 

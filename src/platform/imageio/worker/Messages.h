@@ -59,11 +59,17 @@ struct ReadPixels {
 struct ForgetSource {
     bool operator==(const ForgetSource&) const = default;
 };
-using Order = std::variant<OpenFile, AnswerQuestion, ReadProperty, RenderFile, ReadPixels, ForgetSource>;
+/// The question is answered although the file need not be a picture. The source is 0.
+struct AskFile {
+    std::uint32_t question = 0;
+    bool operator==(const AskFile&) const = default;
+};
+using Order =
+    std::variant<OpenFile, AnswerQuestion, ReadProperty, RenderFile, ReadPixels, ForgetSource, AskFile>;
 
 /// Everything that the answer depends on, beside the file itself, which comes with every request.
 struct Request {
-    std::uint64_t source = 0; ///< a number that the engine gives to each source, not 0
+    std::uint64_t source = 0; ///< a number that the engine gives to each source; 0 for AskFile
     std::uint64_t fileBytes = 0;
     std::uint64_t maximumPixels = defaultMaximumPixels;
     bool usesOneThread = false;

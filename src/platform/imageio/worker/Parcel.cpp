@@ -1,6 +1,6 @@
 #include "platform/imageio/worker/Parcel.h"
 
-#include "platform/imageio/worker/MessageBytes.h"
+#include "platform/host/process/MessageBytes.h"
 
 namespace kestrine::worker {
 

@@ -51,15 +51,15 @@ OutputOrder orderOf(const Output& output) {
     return order;
 }
 
-/// The bytes of a file that has no descriptor, as a file that has one.
-Result<std::optional<MemoryFile>> copyToSend(const ByteReader& file) {
-    if (file.descriptor() >= 0)
-        return std::optional<MemoryFile>();
-    const Bytes bytes = TRY(file.readAll(std::uint64_t{1} << 40));
-    MemoryFile copy = TRY(MemoryFile::create());
-    TRY(copy.write(bytes, 0));
-    return std::optional(std::move(copy));
+/// The position of a question in the engine's table.
+std::optional<std::uint32_t> numberOf(FileQuestion question, const EngineParts& engine) {
+    const auto found = std::ranges::find(engine.questions, question);
+    return found == engine.questions.end()
+               ? std::nullopt
+               : std::optional(static_cast<std::uint32_t>(found - engine.questions.begin()));
 }
+
+Failure unknownQuestion() { return {Reason::refused, "the question is not known to the worker"}; }
 
 /// The picture, decoded by another source of the same file.
 Picture withSource(const Picture& picture, const std::shared_ptr<Source>& source) {
@@ -71,20 +71,45 @@ Picture withSource(const Picture& picture, const std::shared_ptr<Source>& source
 
 } // namespace
 
-RemoteSource::RemoteSource(std::shared_ptr<EngineParts> engine, std::shared_ptr<const ByteReader> file,
-                           std::optional<MemoryFile> copy, std::uint32_t libraries)
-    : engine_(std::move(engine)), number_(nextNumber()), file_(std::move(file)), copy_(std::move(copy)),
-      libraries_(libraries) {}
+Result<SentFile> SentFile::of(std::shared_ptr<const ByteReader> file) {
+    SentFile sent(std::move(file));
+    if (sent.reader_->descriptor() >= 0)
+        return sent;
+    const Bytes bytes = TRY(sent.reader_->readAll(sent.size()));
+    MemoryFile copy = TRY(MemoryFile::create());
+    TRY(copy.write(bytes, 0));
+    sent.copy_ = std::move(copy);
+    return sent;
+}
+
+Result<Bytes> answerOfWorker(EngineParts& engine, std::shared_ptr<const ByteReader> file,
+                             FileQuestion question) {
+    const std::optional<std::uint32_t> number = numberOf(question, engine);
+    if (!number)
+        return unknownQuestion();
+    const SentFile sent = TRY(SentFile::of(std::move(file)));
+    const Request request{.fileBytes = sent.size(), .order = AskFile{*number}};
+    Delivery delivery =
+        engine.pool.exchange({request, 0, sent.descriptor(), maxPropertyBytes, limitsFor(0, sent.size())});
+    if (!delivery.isDelivered && engine.mayDecodeHere)
+        return question(sent.reader());
+    Response response = TRY(std::move(delivery.response));
+    return std::move(response.content);
+}
+
+RemoteSource::RemoteSource(std::shared_ptr<EngineParts> engine, SentFile file, std::uint32_t libraries)
+    : engine_(std::move(engine)), number_(nextNumber()), file_(std::move(file)), libraries_(libraries) {}
 
 RemoteSource::~RemoteSource() { engine_->pool.forget(number_, keptBytes_ > 0); }
 
 Result<std::shared_ptr<Source>> RemoteSource::open(std::shared_ptr<EngineParts> engine,
                                                    std::shared_ptr<const ByteReader> file,
                                                    const ImageCodec& codec, FileQuestion question) {
-    std::optional<MemoryFile> copy = TRY(copyToSend(*file));
-    const std::shared_ptr<RemoteSource> source(new RemoteSource(std::move(engine), std::move(file),
-                                                                std::move(copy), librariesOf(codec)));
-    Delivery opened = source->deliver(OpenFile{source->numberOf(question)}, {0, maxPropertyBytes});
+    SentFile sent = TRY(SentFile::of(std::move(file)));
+    const OpenFile order{numberOf(question, *engine)};
+    const std::shared_ptr<RemoteSource> source(
+        new RemoteSource(std::move(engine), std::move(sent), librariesOf(codec)));
+    Delivery opened = source->deliver(order, {0, maxPropertyBytes});
     if (!opened.isDelivered && source->engine_->mayDecodeHere)
         return source->openHere();
     Response response = TRY(std::move(opened.response));
@@ -101,17 +126,10 @@ Result<std::shared_ptr<Source>> RemoteSource::open(std::shared_ptr<EngineParts> 
 Result<std::shared_ptr<Source>> RemoteSource::openHere() const {
     const std::lock_guard lock(mutex_);
     if (here_ == nullptr)
-        here_ = TRY(LocalSource::open(file_));
+        here_ = TRY(LocalSource::open(file_.reader()));
     if (keepsPixels_)
         here_->keepPixels();
     return here_;
-}
-
-std::optional<std::uint32_t> RemoteSource::numberOf(FileQuestion question) const {
-    const auto found = std::ranges::find(engine_->questions, question);
-    return found == engine_->questions.end()
-               ? std::nullopt
-               : std::optional(static_cast<std::uint32_t>(found - engine_->questions.begin()));
 }
 
 RemoteSource::Price RemoteSource::priceOf(const Picture& picture) const {
@@ -122,7 +140,7 @@ RemoteSource::Price RemoteSource::priceOf(const Picture& picture) const {
 
 Delivery RemoteSource::deliver(Order order, const Price& price) const {
     Request request{.source = number_,
-                    .fileBytes = file_->size(),
+                    .fileBytes = file_.size(),
                     .maximumPixels = maximumPixels(),
                     .usesOneThread = OneThreadScope::exists(),
                     .keepsPixels = keepsPixels_,
@@ -131,9 +149,8 @@ Delivery RemoteSource::deliver(Order order, const Price& price) const {
         const std::lock_guard lock(mutex_);
         request.keptBytes = keptBytes_;
     }
-    const int file = copy_ ? copy_->number() : file_->descriptor();
     Delivery delivery = engine_->pool.exchange(
-        {request, libraries_, file, price.maxContent, limitsFor(price.pixels, file_->size())});
+        {request, libraries_, file_.descriptor(), price.maxContent, limitsFor(price.pixels, file_.size())});
     if (delivery.response && delivery.response->damage)
         damage_.note(*delivery.response->damage);
     return delivery;
@@ -163,9 +180,9 @@ Result<Bytes> RemoteSource::property(const Picture& picture, PictureProperty pro
 Result<Bytes> RemoteSource::answer(FileQuestion question) const {
     if (knownAnswer_ && knownAnswer_->first == question)
         return knownAnswer_->second;
-    const std::optional<std::uint32_t> number = numberOf(question);
+    const std::optional<std::uint32_t> number = numberOf(question, *engine_);
     if (!number)
-        return Failure{Reason::refused, "the question is not known to the worker"};
+        return unknownQuestion();
     return carriedOut(AnswerQuestion{*number}, {0, maxPropertyBytes},
                       [&](const std::shared_ptr<Source>& source) { return source->answer(question); });
 }
@@ -173,7 +190,7 @@ Result<Bytes> RemoteSource::answer(FileQuestion question) const {
 void RemoteSource::reserveToKeep(std::size_t frame) {
     const RowFormat& format = frames()[frame].format;
     const std::lock_guard lock(mutex_);
-    if (!keepsPixels_ || kept_[frame] || !format.canBeBuffered() || !isWorthKeeping(format, file_->size()))
+    if (!keepsPixels_ || kept_[frame] || !format.canBeBuffered() || !isWorthKeeping(format, file_.size()))
         return;
     kept_[frame] = budgetForKeptPictures().tryReserve(format.bytes());
     if (kept_[frame])

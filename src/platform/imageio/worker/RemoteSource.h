@@ -18,11 +18,31 @@ struct EngineParts {
     const bool mayDecodeHere;
 };
 
+/// A file as it is sent to a worker: by its descriptor, or by that of a copy if its bytes are in memory.
+class SentFile {
+public:
+    static Result<SentFile> of(std::shared_ptr<const ByteReader> file);
+
+    const std::shared_ptr<const ByteReader>& reader() const { return reader_; }
+    std::uint64_t size() const { return reader_->size(); }
+    int descriptor() const { return copy_ ? copy_->number() : reader_->descriptor(); }
+
+private:
+    explicit SentFile(std::shared_ptr<const ByteReader> file) : reader_(std::move(file)) {}
+
+    std::shared_ptr<const ByteReader> reader_;
+    std::optional<MemoryFile> copy_;
+};
+
+/// The answer to a question about a file that need not be a picture.
+Result<Bytes> answerOfWorker(EngineParts& engine, std::shared_ptr<const ByteReader> file,
+                             FileQuestion question);
+
 /// It sees the file only as a descriptor to pass on, and the results as bytes to pass on.
 class RemoteSource final : public Source {
 public:
-    /// Reads the header of a file, which `codec` recognised, in a worker; and answers a question beside, if it
-    /// is not null.
+    /// Reads the header of a file, which `codec` recognised, in a worker; and answers a question beside, if
+    /// it is not null.
     static Result<std::shared_ptr<Source>> open(std::shared_ptr<EngineParts> engine,
                                                 std::shared_ptr<const ByteReader> file,
                                                 const ImageCodec& codec, FileQuestion question);
@@ -36,8 +56,7 @@ public:
     Result<PixelBuffer> pixels(const Picture& picture) override;
 
 private:
-    RemoteSource(std::shared_ptr<EngineParts> engine, std::shared_ptr<const ByteReader> file,
-                 std::optional<MemoryFile> copy, std::uint32_t libraries);
+    RemoteSource(std::shared_ptr<EngineParts> engine, SentFile file, std::uint32_t libraries);
 
     /// What the answer to an order may cost.
     struct Price {
@@ -51,13 +70,11 @@ private:
     Result<Bytes> carriedOut(Order order, const Price& price, const Here& here) const;
     Result<std::shared_ptr<Source>> openHere() const;
     Price priceOf(const Picture& picture) const;
-    std::optional<std::uint32_t> numberOf(FileQuestion question) const;
     void reserveToKeep(std::size_t frame);
 
     const std::shared_ptr<EngineParts> engine_;
     const std::uint64_t number_;
-    const std::shared_ptr<const ByteReader> file_;
-    const std::optional<MemoryFile> copy_; ///< of a file whose bytes are in memory
+    const SentFile file_;
     const std::uint32_t libraries_;
     std::optional<std::pair<FileQuestion, Bytes>> knownAnswer_;
     mutable DamageRecord damage_;

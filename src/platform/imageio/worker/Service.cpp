@@ -48,30 +48,36 @@ Response Service::responseTo(const Request& request, FileDescriptor file) {
         oneThread.emplace();
     setMaximumPixels(request.maximumPixels);
     Response response;
+    Call call{request, std::move(file), response};
     try {
-        const Result<void> opened = open(request, std::move(file));
-        response.content = opened ? std::visit([&](const auto& order) { return carryOut(order, response); },
-                                               request.order)
-                                  : opened.failure();
-        if (source_ != nullptr)
-            response.damage = source_->damage();
+        response.content =
+            std::visit([&](const auto& order) { return carryOut(order, call); }, request.order);
     } catch (const std::bad_alloc&) {
         response.content = Failure{Reason::outOfMemory, "not enough memory"};
     }
+    if (source_ != nullptr && sourceNumber_ == request.source)
+        response.damage = source_->damage();
     return response;
 }
 
-Result<void> Service::open(const Request& request, FileDescriptor file) {
+Result<void> Service::open(Call& call) {
+    const Request& request = call.request;
     if (sourceNumber_ != request.source) {
         sourceNumber_ = 0;
         source_.reset();
-        source_ = TRY(LocalSource::open(readerOfFile(std::move(file), request.fileBytes)));
+        source_ = TRY(LocalSource::open(readerOfFile(std::move(call.file), request.fileBytes)));
         sourceNumber_ = request.source;
     }
     budgetForKeptPictures().setLimit(request.keptBytes);
     if (request.keepsPixels)
         source_->keepPixels();
     return {};
+}
+
+Result<FileQuestion> Service::questionNumbered(std::uint32_t number) const {
+    if (number >= questions_.size())
+        return Failure{Reason::refused, "the question is not known"};
+    return questions_[number];
 }
 
 Result<Picture> Service::pictureOf(const Recipe& recipe) const {
@@ -83,23 +89,26 @@ Result<Picture> Service::pictureOf(const Recipe& recipe) const {
     return picture;
 }
 
-Result<Bytes> Service::carryOut(const OpenFile& order, Response& response) const {
-    response.frames = source_->frames();
-    return order.question ? carryOut(AnswerQuestion{*order.question}, response) : Bytes();
+Result<Bytes> Service::carryOut(const OpenFile& order, Call& call) {
+    TRY(open(call));
+    call.response.frames = source_->frames();
+    return order.question ? carryOut(AnswerQuestion{*order.question}, call) : Bytes();
 }
 
-Result<Bytes> Service::carryOut(const AnswerQuestion& order, Response&) const {
-    if (order.question >= questions_.size())
-        return Failure{Reason::refused, "the question is not known"};
-    return source_->answer(questions_[order.question]);
+Result<Bytes> Service::carryOut(const AnswerQuestion& order, Call& call) {
+    TRY(open(call));
+    const FileQuestion question = TRY(questionNumbered(order.question));
+    return source_->answer(question);
 }
 
-Result<Bytes> Service::carryOut(const ReadProperty& order, Response&) const {
+Result<Bytes> Service::carryOut(const ReadProperty& order, Call& call) {
+    TRY(open(call));
     const Picture picture = TRY(pictureOf(order.picture));
     return source_->property(picture, order.property);
 }
 
-Result<Bytes> Service::carryOut(const RenderFile& order, Response&) const {
+Result<Bytes> Service::carryOut(const RenderFile& order, Call& call) {
+    TRY(open(call));
     const Picture picture = TRY(pictureOf(order.picture));
     const OutputOrder& ordered = order.output;
     const std::optional<ColorProfile> profile =
@@ -114,16 +123,24 @@ Result<Bytes> Service::carryOut(const RenderFile& order, Response&) const {
     return source_->rendered(picture, {ordered.type, options, kept});
 }
 
-Result<Bytes> Service::carryOut(const ReadPixels& order, Response&) const {
+Result<Bytes> Service::carryOut(const ReadPixels& order, Call& call) {
+    TRY(open(call));
     const Picture picture = TRY(pictureOf(order.picture));
     PixelBuffer pixels = TRY(source_->pixels(picture));
     return std::move(pixels.bytes);
 }
 
-Result<Bytes> Service::carryOut(const ForgetSource&, Response&) {
-    sourceNumber_ = 0;
-    source_.reset();
+Result<Bytes> Service::carryOut(const ForgetSource&, Call& call) {
+    if (sourceNumber_ == call.request.source) {
+        sourceNumber_ = 0;
+        source_.reset();
+    }
     return Bytes();
+}
+
+Result<Bytes> Service::carryOut(const AskFile& order, Call& call) {
+    const FileQuestion question = TRY(questionNumbered(order.question));
+    return question(readerOfFile(std::move(call.file), call.request.fileBytes));
 }
 
 } // namespace kestrine::worker

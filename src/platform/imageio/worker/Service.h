@@ -22,16 +22,25 @@ public:
     Response responseTo(const Request& request, FileDescriptor file);
 
 private:
-    Result<void> open(const Request& request, FileDescriptor file);
+    /// A request that is being carried out.
+    struct Call {
+        const Request& request;
+        FileDescriptor file;
+        Response& response;
+    };
+
+    Result<void> open(Call& call);
+    Result<FileQuestion> questionNumbered(std::uint32_t number) const;
     Result<Picture> pictureOf(const Recipe& recipe) const;
 
-    // Each carries out one order for source_.
-    Result<Bytes> carryOut(const OpenFile& order, Response& response) const;
-    Result<Bytes> carryOut(const AnswerQuestion& order, Response& response) const;
-    Result<Bytes> carryOut(const ReadProperty& order, Response& response) const;
-    Result<Bytes> carryOut(const RenderFile& order, Response& response) const;
-    Result<Bytes> carryOut(const ReadPixels& order, Response& response) const;
-    Result<Bytes> carryOut(const ForgetSource& order, Response& response);
+    // Each carries out one order. All but AskFile are for a source, which they open unless it is open.
+    Result<Bytes> carryOut(const OpenFile& order, Call& call);
+    Result<Bytes> carryOut(const AnswerQuestion& order, Call& call);
+    Result<Bytes> carryOut(const ReadProperty& order, Call& call);
+    Result<Bytes> carryOut(const RenderFile& order, Call& call);
+    Result<Bytes> carryOut(const ReadPixels& order, Call& call);
+    Result<Bytes> carryOut(const ForgetSource& order, Call& call);
+    Result<Bytes> carryOut(const AskFile& order, Call& call);
 
     const std::span<const FileQuestion> questions_;
     std::uint64_t sourceNumber_ = 0; ///< 0 if source_ is null

@@ -29,16 +29,20 @@ WorkerProgram pictureWorker(std::span<const FileQuestion> questions) {
 WorkerEngine::WorkerEngine(std::span<const FileQuestion> questions, Isolation isolation,
                            unsigned usualWorkers)
     : parts_(std::make_shared<worker::EngineParts>(
-          [program = pictureWorker(questions), isolation](std::uint32_t libraries) {
-              return isolation == Isolation::strict ? startWithAllLayers(program, libraries)
-                                                    : WorkerProcess::start(program, libraries);
-          },
-          usualWorkers, questions, isolation == Isolation::automatic)) {}
+        [program = pictureWorker(questions), isolation](std::uint32_t libraries) {
+            return isolation == Isolation::strict ? startWithAllLayers(program, libraries)
+                                                  : WorkerProcess::start(program, libraries);
+        },
+        usualWorkers, questions, isolation == Isolation::automatic)) {}
 
 Result<std::shared_ptr<Source>> WorkerEngine::open(std::shared_ptr<const ByteReader> file,
                                                    FileQuestion question) {
     const ImageCodec* codec = TRY(knownCodecFor(*file));
     return worker::RemoteSource::open(parts_, std::move(file), *codec, question);
+}
+
+Result<Bytes> WorkerEngine::answer(std::shared_ptr<const ByteReader> file, FileQuestion question) {
+    return worker::answerOfWorker(*parts_, std::move(file), question);
 }
 
 } // namespace kestrine

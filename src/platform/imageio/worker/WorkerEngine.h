@@ -26,6 +26,7 @@ public:
 
     Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file,
                                          FileQuestion question) override;
+    Result<Bytes> answer(std::shared_ptr<const ByteReader> file, FileQuestion question) override;
 
 private:
     const std::shared_ptr<worker::EngineParts> parts_;

@@ -85,8 +85,7 @@ WorkerPool::Workers::iterator WorkerPool::suitable(std::uint64_t source, std::ui
     if (idle_.size() + busy_ <= usualWorkers_) // the caller counts as busy
         return idle_.end();
     // The source that was not used for the longest time has to give way.
-    return std::ranges::find_if(idle_,
-                                [&](const Worker& worker) { return has(*worker.process, libraries); });
+    return std::ranges::find_if(idle_, [&](const Worker& worker) { return has(*worker.process, libraries); });
 }
 
 Result<WorkerPool::Worker> WorkerPool::take(std::uint64_t source, std::uint32_t libraries) {

@@ -62,8 +62,8 @@ private:
     const WorkerStart start_;
     const unsigned usualWorkers_;
     std::mutex mutex_;
-    Workers idle_; ///< guarded by mutex_, as the following; the one used last is at the end
-    std::uint32_t libraries_ = 0; ///< that were ever needed
+    Workers idle_;                   ///< guarded by mutex_, as the following; the one used last is at the end
+    std::uint32_t libraries_ = 0;    ///< that were ever needed
     std::atomic<unsigned> busy_ = 0; ///< exchanges that have a worker, or are about to get one
 };
 

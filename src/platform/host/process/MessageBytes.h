@@ -1,4 +1,4 @@
-// MessageWriter and MessageReader: numbers and byte strings in the messages between an engine and its worker.
+// MessageWriter and MessageReader: numbers and byte strings in messages between processes of this program.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -7,7 +7,7 @@
 #include <string>
 #include <type_traits>
 
-namespace kestrine::worker {
+namespace kestrine {
 
 template <class T>
 concept MessageNumber = (std::is_arithmetic_v<T> && !std::is_same_v<T, bool>) || std::is_enum_v<T>;
@@ -42,8 +42,7 @@ public:
     explicit MessageReader(ByteView message) : rest_(message) {}
 
     template <MessageNumber T>
-        requires(!std::is_enum_v<T>)
-    T number() {
+    requires(!std::is_enum_v<T>) T number() {
         T number{};
         const ByteView bytes = take(sizeof number);
         if (!bytes.empty())
@@ -92,4 +91,4 @@ private:
     bool ok_ = true;
 };
 
-} // namespace kestrine::worker
+} // namespace kestrine
