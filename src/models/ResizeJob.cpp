@@ -166,11 +166,12 @@ private:
         if (file_.opened != nullptr)
             return true;
         Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8());
-        if (source)
-            file_.opened = *std::move(source);
-        else
+        if (!source) {
             noteFailure(source.failure());
-        return source.ok();
+            return false;
+        }
+        file_.opened = *std::move(source);
+        return true;
     }
 
     const ResizeJob& job_;
