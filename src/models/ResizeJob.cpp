@@ -172,11 +172,12 @@ private:
             std::ranges::any_of(job_.sets, [](const auto& set) { return set->autoRotate() != 0; });
         const FileQuestion question = turns ? orientationQuestionFor(job_.path) : nullptr;
         Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8(), question);
-        if (source)
-            file_.opened = *std::move(source);
-        else
+        if (!source) {
             noteFailure(source.failure());
-        return source.ok();
+            return false;
+        }
+        file_.opened = *std::move(source);
+        return true;
     }
 
     const ResizeJob& job_;

@@ -76,10 +76,15 @@ class Typedstream:
         return self.bytes
 
 
+def is_built_with(*sanitizers):
+    """Whether the programs were built with one of these sanitizers, such as "asan"."""
+    program = (BIN / "kestrine").read_bytes()
+    return any(f"__{sanitizer}_init".encode() in program for sanitizer in sanitizers)
+
+
 def is_sanitized():
     """Whether the programs were built with a sanitizer, which reserves more address space than the limit permits."""
-    program = (BIN / "kestrine").read_bytes()
-    return b"__asan_init" in program or b"__tsan_init" in program
+    return is_built_with("asan", "tsan")
 
 
 class ToolTest(unittest.TestCase):
