@@ -61,8 +61,8 @@ public:
     }
 
 private:
-    /// What decoding and turning need together. All of it is reserved in one step, because a job must not
-    /// wait for memory while it holds some.
+    /// The memory that decoding and turning need together. All of it is reserved in one step, because a job
+    /// must not wait for memory while it holds some.
     std::uint64_t bytesToHold(const RowPlan& plan) const {
         RowFormat turned = picture_.format();
         if (!keeps16Bits_)
@@ -113,7 +113,7 @@ Result<void> checkSize(const Picture& picture) {
     return {};
 }
 
-/// The EXIF block of the file to be made; empty if there is to be none.
+/// The EXIF block for the result; empty if the result gets none.
 Bytes exifFor(const Output& output, const RowFormat& result, bool wasTurned) {
     Bytes own;
     ByteView block = output.options.exif;
