@@ -31,6 +31,10 @@ target_compile_definitions(kestrine_settings INTERFACE _FILE_OFFSET_BITS=64)
 if(KESTRINE_DEVELOPER)
   target_compile_options(kestrine_settings INTERFACE -Werror)
 endif()
+if(KESTRINE_HARDENED)
+  include(KestrineHardening)
+  target_link_libraries(kestrine_settings INTERFACE kestrine_hardening)
+endif()
 
 # kestrine_library(NAME [DEPENDS libraries of ours] [PACKAGES pkg-config names]): a static library of all
 # sources in the current folder and its subfolders. Third-party packages stay private to the folder.

@@ -47,7 +47,7 @@ def output_of(command):
 
 
 def setting_of(build, name):
-    """The value of a setting in a build folder's configuration; empty when there is none."""
+    """The value of a setting in a build folder's configuration; empty if it is not set."""
     cache = build / "CMakeCache.txt"
     for line in cache.read_text().splitlines() if cache.exists() else ():
         if line.startswith(name + ":"):

@@ -153,7 +153,7 @@ class Pictures:
                 samples = numpy.asarray(picture.convert("RGB"))
                 return Original(samples, saving, path, picture.size if plain else None)
         except (OSError, AttributeError) as error:
-            raise SystemExit(f"peers: {path} is no JPEG file that can be used: {error}") from error
+            raise SystemExit(f"peers: cannot use the JPEG file {path}: {error}") from error
 
     def _write(self, path, kind, width, height, number):
         original = self._original(number)

@@ -140,7 +140,7 @@ class Goals:
 
 
 class Report:
-    """`ours` are the builds of our own that raced, the main one first."""
+    """`ours` are our own builds that took part, the main one first."""
 
     def __init__(self, floor, ours):
         self.floor, self.ours, self.own_name = floor, ours, ours[0].name

@@ -226,7 +226,7 @@ std::string complaintAbout(const CLI::App& program, const std::vector<std::strin
         return unknownCommand(command, words[command.wordCount]);
     if (needsCommand)
         return "a command is missing; " + helpFor(command) + " lists all commands";
-    return plainMessage(error) + "; " + helpFor(command) + " tells more";
+    return plainMessage(error) + "; " + helpFor(command) + " explains its use";
 }
 
 } // namespace kestrine

@@ -60,7 +60,7 @@ std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
     std::string complaint = withoutPath(outcome.failure->text, path);
     if (outcome.isRefused)
         complaint = "the picture is damaged (" + complaint
-                    + "), nothing was written; --accept-damaged converts it all the same";
+                    + "), nothing was written; --accept-damaged converts it anyway";
     if (!outcome.trashedPath.empty())
         complaint +=
             "; the original is in the trash: restore it there, or move it back from " + outcome.trashedPath;

@@ -60,7 +60,7 @@ public:
                                    [&](const std::string& ending) { return path.ends_with(ending); });
     }
 
-    /// Whether it is no argument and was not checked before.
+    /// True if the folder is not an argument and was not checked before.
     bool isNews(const fs::path& folder) { return typed_.insert(canonicalPath(folder)).second; }
 
 private:

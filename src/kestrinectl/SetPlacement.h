@@ -29,8 +29,8 @@ public:
     /// Adds a set at the end, or as described above. `where` begins all messages.
     void add(const std::shared_ptr<ResizeSet>& set, const std::string& where = "");
 
-    /// Replaces the set at `position`, whose name is no conflict, by a changed one. If the changed set
-    /// overwrites another one, it gets that position, and the set at `position` is removed.
+    /// Replaces the set at `position` by a changed one. Its old name does not count as a conflict. If the
+    /// changed set overwrites another one, it gets that position, and the set at `position` is removed.
     void change(std::size_t position, const std::shared_ptr<ResizeSet>& set);
 
     /// The chosen names, as lines for the user.

@@ -1,4 +1,4 @@
-// Suggestion: the word that was probably meant by a mistyped one.
+// Suggestion: finds the word that a mistyped one probably means.
 #pragma once
 
 #include <optional>

@@ -13,7 +13,7 @@ TEST(ByteOrder, aTagKeyIsFourUpperCaseHexadecimalDigits) {
     EXPECT_EQ(keyForTag(0xffff), "FFFF");
 }
 
-TEST(ByteOrder, invertingReversesInPlaceAndReturnsTheNumber) {
+TEST(ByteOrder, invertingReversesTheBytesInPlaceAndReturnsTheNumber) {
     std::uint16_t two = 0x0102;
     EXPECT_EQ(invertByteOrder16(&two), 0x0201);
     EXPECT_EQ(two, 0x0201);

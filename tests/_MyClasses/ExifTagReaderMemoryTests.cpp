@@ -46,7 +46,7 @@ std::string raisedAfter(int successes, ExifTagReader& reader) {
     return text;
 }
 
-TEST(ExifTagReader, anIdentifierThatCannotBecomeTextRaisesUnknown) {
+TEST(ExifTagReader, anIdentifierThatCannotBecomeAStringRaisesUnknown) {
     const ReadFile file(ExifContent{.ifd0 = {exifShorts(0x0112, {6})}});
     const auto handle = NSFileHandle::fileHandleForReadingAtPath(NSString::fromUTF8(file.path()));
     file->setFileHandle(handle.get());

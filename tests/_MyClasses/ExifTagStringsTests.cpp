@@ -60,7 +60,7 @@ TEST(ExifTagStrings, bothLanguagesHaveEveryKeyAndNoOther) {
     }
 }
 
-TEST(ExifTagStrings, noTwoValuesOfATagHaveTheSameText) {
+TEST(ExifTagStrings, noTwoValuesOfATagHaveTheSameString) {
     for (const char* language : {"English", "Japanese"}) {
         const StringsTable table = shippedTable(language);
         for (const auto& [name, values] : standardValues) {

@@ -103,7 +103,7 @@ TEST_F(FileManagerUtilityMetadata, aReferenceIsMadeOfAPath) {
     EXPECT_NE(reference.node, nullptr);
 }
 
-TEST_F(FileManagerUtilityMetadata, thePlatformsErrorInMakingAReferenceIsIgnored) {
+TEST_F(FileManagerUtilityMetadata, anErrorWhileMakingAReferenceIsIgnored) {
     FSRef reference;
     for (const OptionalString& path : {OptionalString(missing()), OptionalString(), OptionalString(u"")}) {
         EXPECT_EQ(getFSRefFromPath(file("a"), &reference), 0);
@@ -145,7 +145,7 @@ TEST_F(FileManagerUtilityMetadata, onlyTheFlagMakesAnAlias) {
     EXPECT_FALSE(isAliasPath(text(folder_ / "link")));
 }
 
-TEST_F(FileManagerUtilityMetadata, gettingFinderInformationGivesTheStatusAlone) {
+TEST_F(FileManagerUtilityMetadata, gettingFinderInformationReturnsOnlyTheStatus) {
     FSRef reference;
     (void)getFSRefFromPath(file("a", labelled(2)), &reference);
     FileInfo information{1, 2, 3, {4, 5}, 6};

@@ -27,12 +27,12 @@ TEST(Encoding, clearPartsOfAJPEGAreWhite) {
     EXPECT_EQ(sampleAt(decoded, 8, 8, 1), 255U);
 }
 
-TEST(Encoding, anImageOf0By0PointsGivesNoJPEGAndOneOf0By10GoesOnAndGivesNoneEither) {
+TEST(Encoding, anImageOf0By0PointsOr0By10PointsGivesNoJPEG) {
     EXPECT_EQ(JPEGRepresentationWithCompression(NSImage({0, 0}), 0.7F, {}, {}), nullptr);
     EXPECT_EQ(JPEGRepresentationWithCompression(NSImage({0, 10}), 0.7F, {}, {}), nullptr);
 }
 
-TEST(Encoding, aJPEGSourceHandsOnItsProfileAndEXIF) {
+TEST(Encoding, theProfileAndEXIFOfAJPEGSourceAreKept) {
     const testing::TemporaryFolder folder;
     const ColorProfile profile = ColorProfile::adobeRGB();
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({16, 12, ColorModel::rgb})));
@@ -49,7 +49,7 @@ TEST(Encoding, aJPEGSourceHandsOnItsProfileAndEXIF) {
     EXPECT_FALSE(decoder->exif()->empty());
 }
 
-TEST(Encoding, withoutASourceOnlyTheFixedPropertiesAreLeft) {
+TEST(Encoding, withoutASourceOnlyTheFixedPropertiesRemain) {
     const LoadedImage loaded(16, 12);
     for (const OptionalString& source : {OptionalString(), OptionalString(u"")}) {
         EXPECT_TRUE(imagePropertiesForFile(*loaded.image, source, nullptr, profileAndExif).empty());
@@ -67,7 +67,7 @@ TEST(Encoding, withoutNamesNothingIsKeptAndUnknownNamesAreIgnored) {
               1U);
 }
 
-TEST(Encoding, aMissingSourceCostsItsEXIFButNotTheBitmapsProfile) {
+TEST(Encoding, aMissingSourceLosesTheEXIFButNotTheBitmapsProfile) {
     const LoadedImage loaded(16, 12);
     const ImageProperties kept =
         imagePropertiesForFile(*loaded.image, NSString(u"/nowhere.jpg"), nullptr, profileAndExif);
@@ -75,7 +75,7 @@ TEST(Encoding, aMissingSourceCostsItsEXIFButNotTheBitmapsProfile) {
     EXPECT_TRUE(kept.contains(NSImageColorSyncProfileData));
 }
 
-TEST(Encoding, theProfileIsThatOfTheGivenBitmapAndOnlyWithoutOneThatOfTheImage) {
+TEST(Encoding, theProfileOfTheGivenBitmapIsPreferredToThatOfTheImage) {
     const LoadedImage loaded(16, 12); // it has a profile
     const auto untagged = *LocalSource::open(readerOfBytes(PNGRepresentation(*loaded.image)->bytes()));
     const NSBitmapImageRep bitmap({untagged, 0, {}}, {16, 12});
@@ -85,7 +85,7 @@ TEST(Encoding, theProfileIsThatOfTheGivenBitmapAndOnlyWithoutOneThatOfTheImage) 
     EXPECT_TRUE(imagePropertiesForFile(NSImage({5, 5}), loaded.path, nullptr, names).empty());
 }
 
-TEST(Encoding, theCompressionIsTheQualityAndBeyondItsRangeCountsAsItsEnds) {
+TEST(Encoding, theCompressionIsTheQualityLimitedToItsRange) {
     const LoadedImage loaded(64, 48);
     const auto jpeg = [&](float compression) {
         return JPEGRepresentationWithCompression(*loaded.image, compression)->bytes();
@@ -124,7 +124,7 @@ TEST(Encoding, eachPropertyOfTheSourceIsKeptOnlyWhenItIsNamed) {
     EXPECT_EQ(imagePropertiesForFile(*image, jpeg, nullptr, {NSImageEXIFData}).size(), 1U);
 }
 
-TEST(Encoding, aGIFAlwaysDithersHalfTransparencyAlsoWithoutMetadata) {
+TEST(Encoding, aGIFAlwaysDithersHalfTransparencyEvenWithoutMetadata) {
     RowFormat format{32, 32, ColorModel::rgb, true, SampleDepth::bits8};
     const LoadedImage loaded(
         testing::makePicture(format, [](auto, auto, std::size_t c) { return c == 3 ? 128U : 60U; }));
@@ -144,7 +144,7 @@ TEST(Encoding, pngAndTIFFWithoutNamesCarryNoProfile) {
         EXPECT_FALSE((*openImage(readerOfBytes(data->bytes())))->frames().front().profile.has_value());
 }
 
-TEST(Encoding, nothingIsMadeOfAnImageWithoutRepresentations) {
+TEST(Encoding, anImageWithoutRepresentationsGivesNoOutput) {
     const NSImage empty({10, 10});
     EXPECT_EQ(PNGRepresentationWithSource(empty, {}, {}), nullptr);
     EXPECT_EQ(TIFFRepresentationWithSource(empty, {}, {}), nullptr);
@@ -158,7 +158,7 @@ TEST(Encoding, aJPEGOfAnImageWithoutRepresentationsIsItsWhiteCanvas) {
                                                           [](auto, auto, auto) { return 255U; })));
 }
 
-TEST(Encoding, aTurnAndItsOppositeLeaveTheOrientationOfTheSource) {
+TEST(Encoding, aTurnAndItsOppositeKeepTheOrientationOfTheSource) {
     const testing::TemporaryFolder folder;
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({16, 12, ColorModel::rgb})));
     const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x01, 0x12, 0,
@@ -176,7 +176,7 @@ TEST(Encoding, aTurnAndItsOppositeLeaveTheOrientationOfTheSource) {
     EXPECT_EQ(orientationIn(clockwiseRotate(rotate(image))), 6);
 }
 
-TEST(SharedPixels, whatWouldGoThroughTIFFBytesIsTheSameAsIfItDid) {
+TEST(SharedPixels, picturesEqualThoseThatWentThroughTIFFBytes) {
     const LoadedImage loaded(30, 20, 144);
     const ImagePointer small = resizedImageWithSizeHQ(loaded.image, {7, 5});
     const auto shared = small->bitmapOfTIFFRepresentation();
@@ -186,7 +186,7 @@ TEST(SharedPixels, whatWouldGoThroughTIFFBytesIsTheSameAsIfItDid) {
     EXPECT_EQ(reread->frames().front().resolution, Resolution{});
 }
 
-TEST(Encoding, theShortFormsAreTheLongOnesWithoutSourceAndNames) {
+TEST(Encoding, theShortFormsEqualTheLongOnesWithoutSourceAndNames) {
     const LoadedImage loaded(16, 12);
     const NSImage& image = *loaded.image;
     const std::pair<DataPointer, DataPointer> forms[] = {
@@ -202,7 +202,7 @@ TEST(Encoding, theShortFormsAreTheLongOnesWithoutSourceAndNames) {
     }
 }
 
-TEST(Encoding, aGIFTakesTheColourTableOfItsSource) {
+TEST(Encoding, aGIFUsesTheColourTableOfItsSource) {
     const testing::TemporaryFolder folder;
     const auto twoColors =
         testing::makePicture({16, 12, ColorModel::rgb, false, SampleDepth::bits8},

@@ -21,7 +21,7 @@ const Resampling& scalingOf(const ImagePointer& image) {
 
 } // namespace
 
-TEST(RatioForm, a100IsTheReceiverItselfAnd1ANewImageOfTheSameSize) {
+TEST(RatioForm, ratio100ReturnsTheReceiverAndRatio1ANewImageOfTheSameSize) {
     const LoadedImage loaded(1000, 750);
     EXPECT_EQ(resizedImageWithRatio(loaded.image, 100.0F, true), loaded.image);
     const ImagePointer same = resizedImageWithRatio(loaded.image, 1.0F, false);
@@ -29,13 +29,13 @@ TEST(RatioForm, a100IsTheReceiverItselfAnd1ANewImageOfTheSameSize) {
     EXPECT_EQ(same->size(), loaded.image->size());
 }
 
-TEST(RatioForm, aHalfOf1000By750AsksFor500By375) {
+TEST(RatioForm, halfOf1000By750Is500By375) {
     const LoadedImage loaded(1000, 750);
     EXPECT_EQ(resizedImageWithRatio(loaded.image, 0.5F, false)->size(), (NSSize{500, 375}));
     EXPECT_EQ(resizedImageWithRatio(loaded.image, 0.5F, true)->size(), (NSSize{500, 375}));
 }
 
-TEST(WidthForm, theCurrentWidthIsTheReceiverAnd500Of1000GoesThroughTheRatioOfAHalf) {
+TEST(WidthForm, theCurrentWidthReturnsTheReceiverAndOtherWidthsUseTheRatio) {
     const LoadedImage loaded(1000, 750);
     EXPECT_EQ(resizedImageWithWidthRatio(loaded.image, 1000.0F, true), loaded.image);
     EXPECT_EQ(resizedImageWithWidthRatio(loaded.image, 500.0F, false)->size(), (NSSize{500, 375}));
@@ -43,12 +43,12 @@ TEST(WidthForm, theCurrentWidthIsTheReceiverAnd500Of1000GoesThroughTheRatioOfAHa
     EXPECT_EQ(resizedImageWithHeightRatio(loaded.image, 375.0F, false)->size(), (NSSize{500, 375}));
 }
 
-TEST(WidthForm, aRatioThatComesOutAs100IsTheReceiverToo) {
+TEST(WidthForm, aRatioThatIsRoundedTo100ReturnsTheReceiverToo) {
     const LoadedImage loaded(10, 7);
     EXPECT_EQ(resizedImageWithWidthRatio(loaded.image, 1000.0F, true), loaded.image);
 }
 
-TEST(WidthForm, theLengthIsTheRoundedProductOfTheRatioAndNotTheTarget) {
+TEST(WidthForm, theLengthIsTheRoundedProductOfTheRatioNotTheTarget) {
     const float side = 21, target = 11;
     const float ratio = target / side;
     const float product = ratio * side;
@@ -78,7 +78,7 @@ TEST(HighQuality, aLargeAspectCorrectionIsUsedAsComputed) {
     EXPECT_EQ(scaling.y.outSize, 500U);
 }
 
-TEST(HighQuality, theResultHasOneFilterRepresentationAndAsManyPointsAsPixels) {
+TEST(HighQuality, theResultHasOneFilterRepresentationAndOnePointPerPixel) {
     const ImagePointer result = resizedImageWithSizeHQ(LoadedImage(100, 80, 300).image, {20.5F, 16.4F});
     ASSERT_EQ(result->representations().size(), 1U);
     const auto rep = std::dynamic_pointer_cast<NSCIImageRep>(result->representations().front());
@@ -87,7 +87,7 @@ TEST(HighQuality, theResultHasOneFilterRepresentationAndAsManyPointsAsPixels) {
               (NSSize{static_cast<float>(rep->pixelsWide()), static_cast<float>(rep->pixelsHigh())}));
 }
 
-TEST(HighQuality, sizesThatLeaveNothingOrAreNoNumbersGiveNil) {
+TEST(HighQuality, emptySizesAndSizesThatAreNotNumbersGiveNil) {
     const LoadedImage loaded(100, 80);
     const float nan = std::numeric_limits<float>::quiet_NaN(),
                 infinite = std::numeric_limits<float>::infinity();
@@ -96,7 +96,7 @@ TEST(HighQuality, sizesThatLeaveNothingOrAreNoNumbersGiveNil) {
         EXPECT_EQ(resizedImageWithSizeHQ(loaded.image, size), nullptr) << size.width << " x " << size.height;
 }
 
-TEST(HighQuality, aWidthThatIsNoNumberFollowsTheHeight) {
+TEST(HighQuality, aWidthThatIsNotANumberFollowsTheHeight) {
     const ImagePointer result = resizedImageWithSizeHQ(LoadedImage(100, 80).image, {std::nanf(""), 8});
     EXPECT_EQ(result->size(), (NSSize{10, 8})); // 100 * 9 / 80, less the trimmed column
 }
@@ -109,14 +109,14 @@ TEST(HighQuality, theReceiverIsNotChanged) {
     EXPECT_EQ(loaded.image->size(), (NSSize{100, 80}));
 }
 
-TEST(PlainPath, theResultHasExactlyTheSizeAskedForFractionsIncluded) {
+TEST(PlainPath, theResultHasExactlyTheRequestedSizeIncludingFractions) {
     const ImagePointer result = resizedImageWithSize(LoadedImage(100, 80).image, {33.3F, 7.5F});
     EXPECT_EQ(result->size(), (NSSize{33.3F, 7.5F}));
     EXPECT_EQ(result->representations().front()->pixelsWide(), 33);
     EXPECT_EQ(result->representations().front()->pixelsHigh(), 8);
 }
 
-TEST(PlainPath, anySizeGivesANewImageThoughItMayHoldNothing) {
+TEST(PlainPath, anySizeGivesANewImageThatMayBeEmpty) {
     const LoadedImage loaded(100, 80);
     for (const NSSize size : {NSSize{0, 0}, {-5, 5}, {std::nanf(""), 10}, {1e30F, 10}}) {
         const ImagePointer result = resizedImageWithSize(loaded.image, size);
@@ -126,7 +126,7 @@ TEST(PlainPath, anySizeGivesANewImageThoughItMayHoldNothing) {
     EXPECT_EQ(resizedImageWithSize(loaded.image, {0.2F, 0.2F})->representations().front()->pixelsWide(), 1);
 }
 
-TEST(MaximumSize, theLongerSideDecidesAndHighQualityAddsItsFlagToTheLength) {
+TEST(MaximumSize, theLongerSideDecidesAndTheHighQualityFlagIsAddedToTheLength) {
     const struct {
         std::uint32_t width, height;
         signed char HQ;
@@ -147,20 +147,20 @@ TEST(MaximumSize, theLongerSideDecidesAndHighQualityAddsItsFlagToTheLength) {
     }
 }
 
-TEST(MaximumSize, thatIsTheCurrentLengthIsTheReceiverAlsoWithThePointOfHighQuality) {
+TEST(MaximumSize, equalToTheCurrentLengthReturnsTheReceiverEvenInHighQuality) {
     const LoadedImage square(64, 64);
     EXPECT_EQ(resizedImageWithMaxSize(square.image, 64.0F, 0), square.image);
     EXPECT_EQ(resizedImageWithMaxSize(square.image, 63.0F, 1), square.image);
     EXPECT_NE(resizedImageWithMaxSize(square.image, 64.0F, 1), square.image);
 }
 
-TEST(MaximumSize, aHeightThatCannotBeComparedGoesByTheWidth) {
+TEST(MaximumSize, aHeightThatIsNotANumberFollowsTheWidth) {
     const LoadedImage loaded(40, 20);
     loaded.image->setSize({40, std::nanf("")});
     EXPECT_EQ(resizedImageWithMaxSize(loaded.image, 40.0F, 0), loaded.image) << "the width is 40 already";
 }
 
-TEST(FormsWithOneArgument, takeTheHighQuality) {
+TEST(FormsWithOneArgument, useHighQuality) {
     const LoadedImage loaded(60, 40);
     const std::pair<ImagePointer, ImagePointer> forms[] = {
         {resizedImageWithRatio(loaded.image, 0.4F), resizedImageWithRatio(loaded.image, 0.4F, true)},
@@ -177,7 +177,7 @@ TEST(FormsWithOneArgument, takeTheHighQuality) {
     }
 }
 
-TEST(Scaling, ofNothingIsNothing) {
+TEST(Scaling, ofNilIsNil) {
     EXPECT_EQ(resizedImageWithRatio(nullptr, 0.5F), nullptr);
     EXPECT_EQ(resizedImageWithWidthRatio(nullptr, 5.0F), nullptr);
     EXPECT_EQ(resizedImageWithHeightRatio(nullptr, 5.0F), nullptr);
@@ -203,7 +203,7 @@ TEST(CoreImageResults, becomeABitmapOfRedGreenBlueAndAlphaInGenericRGB) {
         RGBABitmapImageRepWithCImage(CIImage(loaded.image->representations().front()->picture()));
     EXPECT_EQ(bitmap->size(), (NSSize{6, 4}));
     const auto data = bitmap->bitmapData();
-    ASSERT_EQ(data->length(), 4U * 6 * 4) << "four bytes a pixel and nothing between the rows";
+    ASSERT_EQ(data->length(), 4U * 6 * 4) << "four bytes per pixel and nothing between the rows";
     for (std::size_t x = 0; x < 6; ++x)
         EXPECT_EQ(Bytes(data->bytes().begin() + 4 * x, data->bytes().begin() + 4 * x + 4),
                   (Bytes{0, 0, 0, static_cast<std::uint8_t>(x * 51)}));
@@ -212,7 +212,7 @@ TEST(CoreImageResults, becomeABitmapOfRedGreenBlueAndAlphaInGenericRGB) {
     EXPECT_TRUE(std::ranges::equal(dynamic_cast<const NSData&>(*profile).bytes(), generic.bytes()));
 }
 
-TEST(CoreImageResults, areRenderedOnlyWhenTheBitmapsPixelsAreAskedFor) {
+TEST(CoreImageResults, areRenderedOnlyWhenTheBitmapsPixelsAreRequested) {
     const LoadedImage loaded(30, 20);
     const std::uint64_t before = LocalSource::decodesStarted();
     const auto scaled =

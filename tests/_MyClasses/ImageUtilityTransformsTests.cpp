@@ -29,7 +29,7 @@ TEST(Resolution, anImageWithoutRepresentationsConvertsToNothingAndHasNoResolutio
     EXPECT_EQ(empty.size(), (NSSize{0, 0}));
 }
 
-TEST(Resolution, convertingItChangesNoImageThatWasMadeBefore) {
+TEST(Resolution, convertingItChangesNoEarlierImage) {
     const LoadedImage loaded(300, 200, 300);
     const ImagePointer turned = rotate(loaded.image);
     const PixelBuffer before = pixelsOf(turned);
@@ -38,14 +38,14 @@ TEST(Resolution, convertingItChangesNoImageThatWasMadeBefore) {
     EXPECT_TRUE(samePicture(pixelsOf(turned), before));
 }
 
-TEST(Resolution, ofASideWithoutLengthIsInfinite) {
+TEST(Resolution, isInfiniteForASideWithoutLength) {
     const LoadedImage loaded(30, 20);
     loaded.image->setSize({0, -0.0F});
     EXPECT_EQ(imageResolution(*loaded.image).width, std::numeric_limits<float>::infinity());
     EXPECT_EQ(imageResolution(*loaded.image).height, -std::numeric_limits<float>::infinity());
 }
 
-TEST(Turns, eachPutsTheCornersWhereItShould) {
+TEST(Turns, eachMovesTheCornersToTheExpectedPlaces) {
     const LoadedImage loaded(40, 30);
     const PixelBuffer before = pixelsOf(loaded.image);
     const ImagePointer left = clockwiseRotate(loaded.image), right = rotate(loaded.image);
@@ -59,7 +59,7 @@ TEST(Turns, eachPutsTheCornersWhereItShould) {
     }
 }
 
-TEST(Turns, oneAndTheOtherGiveThePictureAndItsSizeBack) {
+TEST(Turns, aTurnAndItsOppositeRestoreThePictureAndItsSize) {
     const LoadedImage loaded(40, 30);
     const ImagePointer back = clockwiseRotate(rotate(loaded.image));
     EXPECT_EQ(back->size(), loaded.image->size());
@@ -72,7 +72,7 @@ TEST(Turns, anUnconvertedPictureIsTurnedAtItsSizeInPoints) {
     EXPECT_EQ(turned->representations().front()->pixelsWide(), 48);
 }
 
-TEST(Thumbnail, fitsInto128PointsAndLeavesItsSizeWithTheBestRepresentation) {
+TEST(Thumbnail, fitsInto128PointsAndSetsTheSizeOfTheBestRepresentation) {
     const struct {
         std::uint32_t width, height;
         NSSize expected;
@@ -89,7 +89,7 @@ TEST(Thumbnail, fitsInto128PointsAndLeavesItsSizeWithTheBestRepresentation) {
     }
 }
 
-TEST(Thumbnail, hasTheAspectThatTheRepresentationHasInPointsUnrounded) {
+TEST(Thumbnail, hasTheUnroundedAspectOfTheRepresentationInPoints) {
     const LoadedImage loaded(300, 200);
     loaded.image->bestRepresentation()->setSize({300, 70});
     EXPECT_EQ(thumbnailImage(loaded.image)->size(), (NSSize{128, 70.0F * 128.0F / 300.0F}));
@@ -103,7 +103,7 @@ TEST(Thumbnail, showsTheWholePictureAndASecondOneShowsTheSame) {
     EXPECT_TRUE(samePicture(pixelsOf(thumbnailImage(loaded.image)), pixelsOf(drawn)));
 }
 
-TEST(Thumbnail, changesNoImageThatWasMadeBefore) {
+TEST(Thumbnail, changesNoEarlierImage) {
     const LoadedImage loaded(400, 300);
     const ImagePointer turned = rotate(loaded.image);
     const PixelBuffer before = pixelsOf(turned);
@@ -121,7 +121,7 @@ TEST(Thumbnail, ofAnImageWithoutRepresentationsShowsNothing) {
     EXPECT_EQ(thumbnailImage(nullptr), nullptr);
 }
 
-TEST(Translucent, wholeIsAnEqualOpaquePictureAndNothingIsClear) {
+TEST(Translucent, withAlpha1EqualsThePictureAndWithAlpha0IsClear) {
     const LoadedImage loaded(40, 30);
     const ImagePointer opaque = translucentImageWithAlpha(loaded.image, 1.0F);
     EXPECT_NE(opaque, loaded.image);
@@ -143,7 +143,7 @@ TEST(Translucent, alphaIsMultipliedAndColourStays) {
     }
 }
 
-TEST(Translucent, alphasOutsideOfTheRangeCountAsItsEnds) {
+TEST(Translucent, alphaIsLimitedToItsRange) {
     const LoadedImage loaded(4, 3);
     for (const float alpha : {-1.0F, std::nanf(""), -std::numeric_limits<float>::infinity()})
         EXPECT_EQ(sampleAt(pixelsOf(translucentImageWithAlpha(loaded.image, alpha)), 0, 0, 3), 0U) << alpha;
@@ -154,7 +154,7 @@ TEST(Translucent, alphasOutsideOfTheRangeCountAsItsEnds) {
     EXPECT_EQ(translucentImageWithAlpha(nullptr, 0.5F), nullptr);
 }
 
-TEST(Translucent, onAJPEGItIsMixedWithWhite) {
+TEST(Translucent, isMixedWithWhiteInAJPEG) {
     const LoadedImage loaded(testing::makePicture({16, 16, ColorModel::rgb, false, SampleDepth::bits8},
                                                   [](auto, auto, auto) { return 55U; }));
     const auto jpeg = JPEGRepresentationWithCompression(*translucentImageWithAlpha(loaded.image, 0.5F), 1.0F);

@@ -80,7 +80,7 @@ TEST(MoreAEDisposeDescDeathTest, aDisposalThatFailsEndsTheProcess) {
                 "^MoreAppleEvents\\.cpp:[0-9]+: failed assertion `junk == noErr'\n");
 }
 
-TEST(MoreAEDescriptors, aTextBecomesADescriptorAndComesBack) {
+TEST(MoreAEDescriptors, aStringBecomesADescriptorAndCanBeReadBack) {
     for (const NSString& string : {NSString(), NSString(u"caf\u00e9 \U0001F600"), NSString(u"half \xd800"),
                                    NSString(std::u16string(u"a\0b", 3)), text("raw \xff")}) {
         AEDesc desc;
@@ -93,7 +93,7 @@ TEST(MoreAEDescriptors, aTextBecomesADescriptorAndComesBack) {
     }
 }
 
-TEST(MoreAEDescriptors, aMissingTextOrTargetIsAParameterError) {
+TEST(MoreAEDescriptors, aMissingStringOrTargetIsAParameterError) {
     AEDesc desc = unicodeTextDescriptor(u"before");
     OptionalString string = u"before";
     EXPECT_EQ(MoreAECreateAEDescFromCFString(std::nullopt, &desc), paramErr);
@@ -122,7 +122,7 @@ TEST(MoreAEDescriptors, textOfAnotherTypeIsCoerced) {
     EXPECT_EQ(string, NSString(u"caf\u00e9"));
 }
 
-TEST(MoreAEDescriptors, whatIsNoTextGivesTheFailureAndNothingGivesNothing) {
+TEST(MoreAEDescriptors, aDescriptorWithoutTextGivesTheFailureAndNullGivesNull) {
     const AEDesc truth{typeTrue, nullptr};
     const AEDesc nothing;
     OptionalString string = u"before";
@@ -147,7 +147,7 @@ TEST(MoreAEOAliases, anAliasBecomesADescriptorAndKeepsItsState) {
     DisposeHandle(alias);
 }
 
-TEST(MoreAEOAliases, aReferenceBecomesAnAliasThatLeadsBack) {
+TEST(MoreAEOAliases, aReferenceBecomesAnAliasThatResolvesToIt) {
     const TemporaryFolder folder;
     const std::string path = folder.write("file", "");
     const FSRef reference = refOf(path);
@@ -156,7 +156,7 @@ TEST(MoreAEOAliases, aReferenceBecomesAnAliasThatLeadsBack) {
     EXPECT_EQ(*pathOfAlias(dataOf(desc)), fs::canonical(path));
 }
 
-TEST(MoreAEOAliases, whatNoAliasCanBeMadeOfIsAParameterError) {
+TEST(MoreAEOAliases, anEmptyReferenceOrAMissingResultIsAParameterError) {
     const FSRef empty;
     const FSRef root = refOf("/");
     AEDesc desc;
@@ -202,14 +202,14 @@ TEST(MoreAEOSpecifiers, aFileAndAFolderAreNamedByTheirFinderPaths) {
     }
 }
 
-TEST(MoreAEOSpecifiers, aFoldersURLThatSaysItIsNoneIsTakenAtItsWord) {
+TEST(MoreAEOSpecifiers, aFoldersURLMarkedAsAFileIsTreatedAsAFile) {
     const CFURLRef url = CFURLCreateWithFileSystemPath(NSString(u"/"), kCFURLPOSIXPathStyle, false);
     AEDesc object;
     ASSERT_EQ(MoreAEOCreateObjSpecifierFromCFURLRef(url, &object), noErr);
     EXPECT_EQ(codeOf(fieldOf(object, keyAEDesiredClass)), cFile);
 }
 
-TEST(MoreAEOSpecifiers, whatHasNoPathIsAnUnknownError) {
+TEST(MoreAEOSpecifiers, aURLWithoutAPathIsAnUnknownError) {
     const TemporaryFolder folder;
     const FSRef empty;
     AEDesc object;

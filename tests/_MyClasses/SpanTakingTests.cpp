@@ -68,7 +68,7 @@ private:
 
 } // namespace
 
-TEST(QuotedSpans, equalTheRemovalOneByOne) {
+TEST(QuotedSpans, areRemovedAsIfOneByOne) {
     AnyText texts({u"\"", u"\"", u"\"a\"", u"\"b\"", u"a", u"b", u" "});
     for (int round = 0; round < 20000; ++round) {
         const std::u16string text = texts.next();
@@ -87,7 +87,7 @@ TEST(QuotedSpans, ifTwoSpansShareAQuoteTheFirstIsRemoved) {
     EXPECT_EQ(taken.rest, u"x");
 }
 
-TEST(BracketedSpans, equalTheRemovalOneByOne) {
+TEST(BracketedSpans, areRemovedAsIfOneByOne) {
     AnyText texts({u"<", u"<", u">", u">", u"<a>", u"<b>", u"a", u"b"});
     for (int round = 0; round < 20000; ++round) {
         const std::u16string text = texts.next();
@@ -98,7 +98,7 @@ TEST(BracketedSpans, equalTheRemovalOneByOne) {
     }
 }
 
-TEST(BracketedSpans, equalTheRemovalOneByOneAfterManyOpeningBrackets) {
+TEST(BracketedSpans, areRemovedAsIfOneByOneAfterManyOpeningBrackets) {
     const std::u16string openings(40, u'<');
     AnyText texts({u"<a>", u"<b>", u"<c>", u"a>", u"b>", u"c>", openings, openings + u"<a>", u"<<a>", u"x"});
     for (int round = 0; round < 5000; ++round) {
@@ -138,7 +138,7 @@ TEST(QuotedSpans, aMegabyteIsProcessedInTime) {
     EXPECT_EQ(takeQuotedSpans(std::u16string(megabyte, u'"'), u'"', EmptySpan::isRemoved).rest, u"");
 }
 
-TEST(StringUtilityOfLongTexts, noOperationIsQuadratic) {
+TEST(StringUtilityOfLongStrings, noOperationIsQuadratic) {
     const NSString same(std::u16string(megabyte, u'a')), key(std::u16string(megabyte / 2, u'a') + u"b");
     EXPECT_TRUE(removeString(same, key) == same);
     EXPECT_FALSE(stringHasAnyKey(same, {key}));

@@ -79,7 +79,7 @@ TEST_F(StringUtilityClassification, theCharacterSetsComeFromTheTable) {
     EXPECT_FALSE(isAlphanumericString(u"cabd", bundle));
     EXPECT_TRUE(isHiraganaKatanakaString(u"\U0001b000あ", bundle));
     EXPECT_FALSE(isHiraganaKatanakaString(u"あa", bundle));
-    EXPECT_FALSE(isHiraganaKatanakaString(u"\xd82c", bundle)) << "half of a member is no member";
+    EXPECT_FALSE(isHiraganaKatanakaString(u"\xd82c", bundle)) << "half of a member is not a member";
     EXPECT_FALSE(isHiraganaKatanakaString(u"\xdc00", bundle)) << "nor is the other half";
     EXPECT_TRUE(isHiraganaKatanakaAlphabetString(u"あa", bundle));
     EXPECT_FALSE(isHiraganaKatanakaAlphabetString(u"あaい", bundle));

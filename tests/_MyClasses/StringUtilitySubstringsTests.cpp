@@ -57,7 +57,7 @@ TEST(StringUtility, aRangePastTheEndRaises) {
 
 // Removing and replacing
 
-TEST(StringUtility, removingASpanRemovesItsTextEverywhere) {
+TEST(StringUtility, removingASpanRemovesEveryOccurrenceOfIt) {
     EXPECT_EQ(removeStringFrom(u"a<b>c<b>d<e>", u"<", u">"), NSString(u"acd<e>"));
 }
 
@@ -196,7 +196,7 @@ TEST(StringUtility, aSubstringInARangePastTheEndIsNil) {
     EXPECT_EQ(substringFrom(u"a[b]c", u"[", u"]", {0, 5}), NSString(u"b"));
 }
 
-TEST(StringUtility, aDateAndATimeAreCutAtTheBlank) {
+TEST(StringUtility, dateAndTimeAreSplitAtTheBlank) {
     const NSString date(u"2008:01:02 10:11:12");
     EXPECT_EQ(substringTo(date, u" "), NSString(u"2008:01:02"));
     EXPECT_EQ(substringFrom(date, u" "), NSString(u"10:11:12"));

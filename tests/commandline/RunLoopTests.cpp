@@ -13,7 +13,7 @@ using testing::makeSet;
 
 namespace {
 
-/// What `write` says to an output.
+/// What `write` prints to an output.
 template <class Write>
 std::string written(const Write& write) {
     const testing::TemporaryFolder folder;

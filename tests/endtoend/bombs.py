@@ -62,8 +62,8 @@ def gif(width, height, left=0, top=0, inner=(1, 1), interlaced=False):
 
 
 def full_gif(width, height, interlaced=False):
-    """Filled with one colour: each code stands for one pixel more than the one before, and once the table is full
-    the longest string repeats."""
+    """Filled with one colour: each code stands for one pixel more than the previous code. After the table is full, the
+    code of the longest string repeats."""
     bits = []
 
     def put(code, size):
@@ -107,7 +107,7 @@ def run_length_bmp(width, height, bits=8, codes=b"\0\x01"):
 
 
 def lossless_webp(width, height):
-    """One colour, without any pixel data: every code has a single symbol."""
+    """One colour without any pixel data, because every code has a single symbol."""
     bits = [(0x2F, 8), (width - 1, 14), (height - 1, 14), (0, 1), (0, 3),
             (0, 1), (0, 1), (0, 1)]  # no transform, no cache, no meta codes
     bits += [(1, 1), (0, 1), (0, 1), (0, 1)] * 5  # simple code, one symbol of one bit: 0
@@ -139,13 +139,13 @@ def scan(components, first=0, last=63, bits=0, data=b""):
 
 
 def baseline_jpeg(width, height, data=b"\0" * 300, components=3):
-    """Hardly any data: the rest is made up."""
+    """Hardly any data; the decoder makes up the rest."""
     return jpeg_header(0xC0, width, height, components) + scan(range(1, components + 1), data=data) + b"\xff\xd9"
 
 
 def progressive_jpeg(width, height, scans, components=1):
-    """The first scan has a bit per block. In each further one, codes of 14 bits more for 32767 blocks each say that
-    no coefficient changes; the decoder looks at all of them."""
+    """The first scan has one bit per block. Each later scan has codes of 15 bits for up to 32767 blocks each, in which
+    no coefficient changes, but the decoder has to visit all coefficients."""
     blocks = -(-width // 8) * -(-height // 8)
     runs = segment(0xC4, bytes([0x10, 1]) + bytes(15) + b"\xe0")
     codes = -(-blocks // 32767)

@@ -1,4 +1,4 @@
-"""Small hostile files. Each may cost 256 MiB and 5 s of processor time, and the others of its run are converted.
+"""Small hostile files. Each may cost 256 MiB and 5 s of processor time, and the other files of its run are converted.
 
 With the argument Bombs.every_file, all of them are tried; this takes minutes, prints what each costs, and fails if one
 costs more memory. Times are only printed, since they depend on the machine."""
@@ -15,7 +15,7 @@ MEBIBYTE = 1 << 20
 LARGEST = 256 * MEBIBYTE
 SECONDS_UNTIL_KILLED = 900 if is_sanitized() else 60  # of processor time
 
-# Refused at once, with these words.
+# Refused at once, with these messages.
 REFUSED = {
     "canvas.gif": (lambda: bombs.gif(32767, 32767), "too short for a picture of 32767 x 32767"),
     "full.gif": (lambda: bombs.full_gif(32767, 32767), "too short for a picture of 32767 x 32767"),
@@ -29,7 +29,7 @@ REFUSED = {
     "long row.tif": (lambda: bombs.deflated_tiff(32768, 65536, 64, samples=3, photometric=2), "too many pixels"),
 }
 
-# Lawful in form and converted, at little cost.
+# Valid files, which are converted at little cost.
 CONVERTED = {
     "texts.png": lambda: bombs.png_with_texts(100, 8 << 20),
     "profile.png": lambda: bombs.png_with_profile(15 << 20),
@@ -45,7 +45,7 @@ CONVERTED = {
     "profile parts.jpg": bombs.jpeg_with_profile_parts,
 }
 
-# The largest that small files can make; too slow for every run of the tests.
+# The largest pictures that small files can claim; too slow for every run of the tests.
 LARGE = {
     "texts 7 GB.png": lambda: bombs.png_with_texts(900, 8 << 20),
     "1 bit.png": lambda: png(32768, 32768, 1, 0),
@@ -101,8 +101,8 @@ class Bombs(ToolTest):
         self.store({"name": "Small", "resizeType": 2, "maxSize": 100.0, "formatType": JPEG})
 
     def cost(self, *arguments, address_space=None):
-        """Runs kestrinectl convert: its status, its output, its peak of memory in bytes and its seconds of processor
-        time. The peak is at least that of this process."""
+        """Runs kestrinectl convert. Returns its status, its output, its peak of memory in bytes (which is at least that of
+        this process) and its processor time in seconds."""
         def limit():
             resource.setrlimit(resource.RLIMIT_CPU, (SECONDS_UNTIL_KILLED, SECONDS_UNTIL_KILLED))
             if address_space is not None:
@@ -178,7 +178,7 @@ class Bombs(ToolTest):
         self.assertEqual(status, 0, output)
         self.assertEqual(len(self.names("Small")), 6)
         status, output, _, _ = self.cost(names[0], address_space=300 * MEBIBYTE)
-        self.assertIn("0.webp: the picture needs more memory than there is", output)
+        self.assertIn("0.webp: the picture needs more memory than is available", output)
 
     def test_the_limit_of_pixels_can_be_set(self):
         Image.new("RGB", (200, 100), "red").save(self.folder / "a.png")

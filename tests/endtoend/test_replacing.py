@@ -61,7 +61,7 @@ class Replacing(ToolTest):
     def test_on_another_file_system_the_complete_original_is_in_a_trash(self):
         memory = Path("/dev/shm")
         if not os.access(memory, os.W_OK) or memory.stat().st_dev == self.home.stat().st_dev:
-            self.skipTest("/dev/shm is no other file system here")
+            self.skipTest("/dev/shm is not another file system here")
         other = Path(subprocess.run(["mktemp", "-d", "-p", memory, "kestrine-XXXXXX"], capture_output=True, text=True,
                                     check=True).stdout.strip())
         self.addCleanup(subprocess.run, ["rm", "-rf", other, memory / f".Trash-{os.getuid()}"])

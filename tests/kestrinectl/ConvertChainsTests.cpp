@@ -27,27 +27,27 @@ struct ConvertChains : ::testing::Test {
 
 using Chains = std::vector<ConvertChain>;
 
-TEST_F(ConvertChains, ofPicturesWithNamesOfTheirOwnAreSingle) {
+TEST_F(ConvertChains, ofPicturesWithDifferentNamesHaveOnePicture) {
     EXPECT_EQ(independentChains(inputs({"b.jpg", "a.jpg", "a_1.jpg", "sub/a.jpg"}), web),
               (Chains{{0}, {1}, {2}, {3}}));
 }
 
-TEST_F(ConvertChains, keepTogetherWhatWantsTheSameName) {
+TEST_F(ConvertChains, keepPicturesWithTheSameResultNameTogether) {
     EXPECT_EQ(independentChains(inputs({"a.jpg", "b.jpg", "a.png", "a.jpg"}), web), (Chains{{0, 2, 3}, {1}}));
 }
 
-TEST_F(ConvertChains, keepTogetherANameAndWhoMayHaveToTakeIt) {
+TEST_F(ConvertChains, keepANameAndThePicturesThatMayNeedItTogether) {
     EXPECT_EQ(independentChains(inputs({"a_1.png", "a.jpg", "a.png", "a_1_1.jpg", "a_2b.jpg"}), web),
               (Chains{{0, 1, 2, 3}, {4}}));
 }
 
-TEST_F(ConvertChains, seeThatANameIsTakenOnTheDisk) {
+TEST_F(ConvertChains, noticeNamesThatExistOnTheDisk) {
     folder.write("Web/a.jpg", "");
     EXPECT_EQ(independentChains(inputs({"a_1.jpg", "a.jpg", "b_1.jpg", "b.jpg"}), web),
               (Chains{{0, 1}, {2}, {3}}));
 }
 
-TEST_F(ConvertChains, seeThatAnOriginalMakesRoomForItsResult) {
+TEST_F(ConvertChains, noticeThatAReplacedOriginalFreesItsName) {
     folder.write("a.jpg", "");
     folder.write("b.jpg", "");
     EXPECT_EQ(independentChains(inputs({"a.jpg", "a_1.jpg"}), inPlace), (Chains{{0}, {1}}));
@@ -60,7 +60,7 @@ TEST_F(ConvertChains, followLinksToTheSameFolder) {
     EXPECT_EQ(independentChains(inputs({"real/a.jpg", "link/a.jpg"}), web), (Chains{{0, 1}}));
 }
 
-TEST_F(ConvertChains, lookAtTheOutputsOfEverySet) {
+TEST_F(ConvertChains, considerTheOutputsOfEverySet) {
     const ResizeSets sets = {testing::makeSet(u"Web", {{u"formatType", std::int32_t{FormatTypePNG}}}),
                              testing::makeSet(u"Web", {{u"formatType", std::int32_t{FormatTypeGIF}}})};
     EXPECT_EQ(independentChains(inputs({"a.jpg", "b.jpg"}), sets), (Chains{{0}, {1}}));

@@ -13,14 +13,14 @@ using testing::bytesOf;
 
 } // namespace
 
-TEST(PictureSigns, aNameEndsLikeThatOfAPictureWhateverItsCase) {
+TEST(PictureSigns, extensionsOfPicturesAreRecognisedInAnyCase) {
     for (const char* name : {"a.jpg", "p/IMG_1.HEIC", "x.y.NeF", "a.webp"})
         EXPECT_TRUE(hasNameOfPicture(name)) << name;
     for (const char* name : {"jpg", "a.jpg.txt", "a.", "", "a.mov", "p.png/a"})
         EXPECT_FALSE(hasNameOfPicture(name)) << name;
 }
 
-TEST(PictureSigns, formatsThatAreNotReadAreKnownByTheirFirstBytes) {
+TEST(PictureSigns, unsupportedFormatsAreRecognisedByTheirFirstBytes) {
     for (const auto head : {"\0\0\0\x18"
                             "ftypheic"sv,
                             "\0\0\0\x1c"
@@ -29,7 +29,7 @@ TEST(PictureSigns, formatsThatAreNotReadAreKnownByTheirFirstBytes) {
         EXPECT_TRUE(isForeignPicture(bytesOf(head))) << head;
 }
 
-TEST(PictureSigns, otherFilesAreNot) {
+TEST(PictureSigns, otherFilesAreNotRecognised) {
     for (const auto head : {""sv,
                             "\0\0\0\x18"
                             "ftypisom"sv,

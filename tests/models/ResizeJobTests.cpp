@@ -61,7 +61,7 @@ private:
     const std::optional<Reason> failure_;
 };
 
-/// A folder with pictures and a home with a trash of its own.
+/// A folder with pictures, and a private home folder with a trash.
 class StrictJob : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_EQ(setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1), 0); }
@@ -108,7 +108,7 @@ TEST_F(StrictJob, aFileThatCouldNotBeLoadedIsTriedAgainForEachSet) {
     EXPECT_EQ(engine.openings, 4) << "by the job and by each set's conversion";
 }
 
-TEST_F(StrictJob, replacesAnOriginalAndTellsWhereItWent) {
+TEST_F(StrictJob, replacesAnOriginalAndReportsWhereItWent) {
     const Bytes original = photo();
     folder.write("a.jpg", original);
     const JobOutcome outcome = replace("a.jpg");
@@ -118,7 +118,7 @@ TEST_F(StrictJob, replacesAnOriginalAndTellsWhereItWent) {
     EXPECT_FALSE(testing::readFileBytes(folder / "a.jpg") == original);
 }
 
-TEST_F(StrictJob, withoutAFolderForTheResultTheReasonSaysSo) {
+TEST_F(StrictJob, aMissingFolderForTheResultIsTheReportedReason) {
     folder.write("a.jpg", photo());
     const JobOutcome outcome =
         runJob({NSString::fromUTF8(folder / "a.jpg"), {}, {}, {makeSet(u"Web")}, strict}).front();
@@ -126,7 +126,7 @@ TEST_F(StrictJob, withoutAFolderForTheResultTheReasonSaysSo) {
     EXPECT_EQ(outcome.failure->text, "there is no folder for the result");
 }
 
-TEST_F(StrictJob, whatIsNoPictureStaysInItsPlaceAndNoFolderIsMade) {
+TEST_F(StrictJob, aFileThatIsNotAPictureStaysInItsPlaceAndNoFolderIsMade) {
     folder.write("a.jpg", "words");
     const JobOutcome outcome = replace("a.jpg");
     EXPECT_FALSE(outcome.isWritten);
@@ -176,7 +176,7 @@ TEST_F(StrictJob, anOriginalWithTheLongestNameIsReplacedUnlessTheResultNeedsALon
     EXPECT_TRUE(exists(name + ".jpg"));
 }
 
-TEST_F(StrictJob, aResultThatCannotGetItsNameTellsWhereTheOriginalWent) {
+TEST_F(StrictJob, aResultThatCannotGetItsNameReportsWhereTheOriginalWent) {
     folder.write("a.jpg", photo());
     testing::InterposedCalls calls;
     calls.onRename = [](const std::string& oldName, const std::string&) {
@@ -185,7 +185,7 @@ TEST_F(StrictJob, aResultThatCannotGetItsNameTellsWhereTheOriginalWent) {
     const JobOutcome outcome = replace("a.jpg");
     EXPECT_FALSE(outcome.isWritten);
     EXPECT_TRUE(outcome.failure);
-    EXPECT_EQ(testing::readFileBytes(outcome.trashedPath), photo()) << "the message can say where it lies";
+    EXPECT_EQ(testing::readFileBytes(outcome.trashedPath), photo()) << "the message can name its place";
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1) << "only the trash";
 }
 
@@ -220,7 +220,7 @@ TEST_F(StrictJob, aDamagedPictureGivesNoResultAndIsNotReplaced) {
     EXPECT_FALSE(exists("One") || exists("Two") || exists("data"));
 }
 
-TEST_F(StrictJob, aDamagedPictureThatIsAcceptedIsReplacedAndTheDamageTold) {
+TEST_F(StrictJob, anAcceptedDamagedPictureIsReplacedAndItsDamageIsReported) {
     folder.write("a.jpg", cutOffPhoto());
     const JobOutcome outcome = replace("a.jpg", acceptsDamage);
     EXPECT_TRUE(outcome.isWritten && outcome.damage && !outcome.failure && !outcome.isRefused);

@@ -46,7 +46,7 @@ private:
 
 } // namespace
 
-TEST(FileName, theStemStaysTheExtensionFollowsTheFormatAndItsCaseTheSource) {
+TEST(FileName, theExtensionFollowsTheFormatInTheCaseOfTheSource) {
     const struct {
         const char16_t *source, *jpeg, *png, *other;
     } rows[] = {
@@ -87,7 +87,7 @@ TEST(ResizeFolder, aFolderOutsideTheRootKeepsItsWholePath) {
               NSString(u"/Pictures/Trip/Web/Elsewhere"));
 }
 
-TEST(ResizeFolder, aChosenFolderIsTakenWhenTheSetAsksForOneAndItIsThere) {
+TEST(ResizeFolder, aChosenFolderIsUsedIfTheSetAsksForOneAndItExists) {
     const auto set = makeSet(u"Web", {{u"chooseFolder", true}});
     EXPECT_EQ(set->resizeFolderForPath(NSString(u"/P")), NSString(u"/P/Web"));
     set->setValueForKey(NSString(u"/out").object(), u"chosenFolderPath");
@@ -95,14 +95,14 @@ TEST(ResizeFolder, aChosenFolderIsTakenWhenTheSetAsksForOneAndItIsThere) {
     EXPECT_EQ(set->resizeFolderForPath(NSString(u"/P/a/b"), NSString(u"/P")), NSString(u"/out/a/b"));
 }
 
-TEST(ResizeFolder, aChosenFolderHasNoPartWhileTheSetDoesNotAskForOne) {
+TEST(ResizeFolder, aChosenFolderIsIgnoredIfTheSetDoesNotAskForOne) {
     const auto set = makeSet(u"Web");
     set->setValueForKey(NSString(u"/out").object(), u"chosenFolderPath");
     EXPECT_EQ(set->resizeFolderForPath(NSString(u"/P")), NSString(u"/P/Web"));
     EXPECT_EQ(set->resizeFolderForPath(NSString(u"/P/a"), NSString(u"/P")), NSString(u"/P/Web/a"));
 }
 
-TEST(ResizeFolder, withoutAFolderThereIsNone) {
+TEST(ResizeFolder, isMissingWhenTheFolderIsMissing) {
     EXPECT_FALSE(makeSet(u"Web")->resizeFolderForPath({}).has_value());
 }
 
@@ -111,7 +111,7 @@ TEST(Sizing, aSquarePictureIsScaledByHeight) {
               (Pixels{31, 31}));
 }
 
-TEST(Sizing, theLongerSideIsAskedOneLargerInHighQualityOnly) {
+TEST(Sizing, onlyHighQualityMakesTheLongerSideOnePixelLarger) {
     const Conversion landscape(600, 400);
     EXPECT_EQ(landscape.sizeWith(makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 120.0F}})),
               (Pixels{121, 80}));
@@ -155,7 +155,7 @@ TEST(Sizing, aZeroHeightScalesByWidthAloneAndAZeroWidthByHeight) {
     EXPECT_EQ(landscape.sizeWith(makeSet(u"S", {{u"width", 0.0F}, {u"height", 0.0F}})), (Pixels{0, 0}));
 }
 
-TEST(Sizing, bothSidesGivenAreTakenAsTheyAre) {
+TEST(Sizing, twoGivenSidesAreUsedAsTheyAre) {
     const Conversion landscape(600, 400);
     EXPECT_EQ(landscape.sizeWith(makeSet(u"S", {{u"width", 50.0F}, {u"height", 50.0F}})), (Pixels{50, 50}));
     EXPECT_EQ(
@@ -226,7 +226,7 @@ TEST(Orientation, aWidthIsThatOfTheTurnedPicture) {
     EXPECT_EQ(sizeOfTurned(60, 40, turns), (Pixels{30, 45}));
 }
 
-TEST(Orientation, anyStoredByteButZeroAsksForTurning) {
+TEST(Orientation, anyNonZeroStoredByteAsksForTurning) {
     for (const std::int8_t flag : std::initializer_list<std::int8_t>{1, 2, 127, -1, -128}) {
         const auto turns = makeSet(u"S", {{u"resizeType", 3}, {u"autoRotate", flag}});
         EXPECT_EQ(sizeOfTurned(60, 40, turns), (Pixels{40, 60})) << int{flag};
@@ -244,7 +244,7 @@ TEST(Quality, compression70GivesAQualityOf70Percent) {
     EXPECT_EQ(set->resizedImageDataWithFile(path, nullptr)->bytes(), *jpeg::encode(*again, {.quality = 0.7}));
 }
 
-TEST(Quality, everyCompressionIsTakenAsItIsAlso0) {
+TEST(Quality, everyCompressionIsUsedAsItIsEven0) {
     const testing::TemporaryFolder folder;
     const auto pixels = testing::makePhoto({64, 64, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
@@ -258,7 +258,7 @@ TEST(Quality, everyCompressionIsTakenAsItIsAlso0) {
     }
 }
 
-TEST(Conversion, takesAnImageThatItIsGivenAsItIs) {
+TEST(Conversion, usesAGivenImageAsItIs) {
     const testing::TemporaryFolder folder;
     const auto pixels = testing::makePhoto({300, 200, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
@@ -270,7 +270,7 @@ TEST(Conversion, takesAnImageThatItIsGivenAsItIs) {
     EXPECT_EQ(image->size(), (NSSize{72, 48}));
 }
 
-TEST(Conversion, whatIsNoPictureOrIsNotThereGivesNothing) {
+TEST(Conversion, aMissingFileOrOneThatIsNotAPictureGivesNothing) {
     const testing::TemporaryFolder folder;
     const NSString text = NSString::fromUTF8(folder.write("a.jpg", "not a picture"));
     EXPECT_EQ(makeSet(u"S")->resizedImageDataWithFile(text, nullptr), nullptr);

@@ -81,7 +81,7 @@ TEST(ResizeSet, aFreshSetWritesPNGScalesTo1200By1200InHighQualityAndConvertsReso
     EXPECT_FALSE(set.chosenFolderPath().has_value());
 }
 
-TEST(ResizeSet, archivedAndReadAgainItKeepsAll14FieldsButNoChosenFolder) {
+TEST(ResizeSet, archivingKeepsAll14FieldsButNotTheChosenFolder) {
     const auto set = makeSet(u"Größe 日本", {{u"replaceFile", std::int8_t{2}},
                                              {u"chooseFolder", std::int8_t{1}},
                                              {u"resizeType", std::int32_t{-7}},

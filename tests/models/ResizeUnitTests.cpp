@@ -44,7 +44,7 @@ void noteArrival(int) {
     resultWasThere = ::stat(awaitedResult.c_str(), &status) == 0;
 }
 
-/// A folder with pictures and a home with a trash of its own; a job runs in it.
+/// A folder with pictures, in which a job runs, and a private home folder with a trash.
 class JobOnOneFile : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -146,7 +146,7 @@ TEST_F(JobOnOneFile, theFileIsDecodedOnceWhateverTheSetsAre) {
     EXPECT_EQ(decodes({makeSet(u"One")}), 1U);
 }
 
-TEST_F(JobOnOneFile, eachSetMeasuresInPixelsOrInPointsAsItAsks) {
+TEST_F(JobOnOneFile, eachSetMeasuresInPixelsOrPointsAsConfigured) {
     const auto pixels = testing::makePhoto({300, 200, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
     const std::string scan = folder.write("p/scan.tif", *tiff::encode(*rows, {.resolution = {300, 300}}));
@@ -158,14 +158,14 @@ TEST_F(JobOnOneFile, eachSetMeasuresInPixelsOrInPointsAsItAsks) {
     EXPECT_EQ(formatOf(folder / "p/Points/scan.jpg").width, 72U);
 }
 
-TEST_F(JobOnOneFile, theNotificationListsOnePathASetEvenWhereNothingCouldBeMade) {
+TEST_F(JobOnOneFile, theNotificationListsOnePathPerSetEvenWithoutAResult) {
     run(jpeg.object(), {makeSet(u"One", {{u"formatType", 77}}), makeSet(u"Two")});
     EXPECT_EQ(notifications, 1);
     EXPECT_EQ(resultPaths, (std::vector<std::string>{"p/One/a.jpg", "p/Two/a.png"}));
     EXPECT_TRUE(exists("p/One") && !exists("p/One/a.jpg"));
 }
 
-TEST_F(JobOnOneFile, aFileThatIsNoPictureIsTrashedAllTheSameWhenItIsToBeReplaced) {
+TEST_F(JobOnOneFile, aReplacingSetTrashesEvenAFileThatIsNotAPicture) {
     const NSString text = NSString::fromUTF8(folder.write("p/b.jpg", "no picture"));
     run(text.object(), {makeSet(u"Web", {{u"replaceFile", true}})});
     EXPECT_EQ(trashed("b.jpg"), "no picture");
@@ -173,7 +173,7 @@ TEST_F(JobOnOneFile, aFileThatIsNoPictureIsTrashedAllTheSameWhenItIsToBeReplaced
     EXPECT_EQ(resultPaths, std::vector<std::string>{"p/b.png"});
 }
 
-TEST_F(JobOnOneFile, withoutAResultThePathIsStillAFreeOne) {
+TEST_F(JobOnOneFile, withoutAResultThePathIsStillUnused) {
     const NSString text = NSString::fromUTF8(folder.write("p/b.jpg", "no picture"));
     folder.write("p/Web/b.png", "mine");
     run(text.object(), {makeSet(u"Web")});
@@ -197,7 +197,7 @@ TEST_F(JobOnOneFile, aReplacedPhotographKeepsItsExifAndIsTurnedByIt) {
     EXPECT_EQ(orientation->intValue(), 1);
 }
 
-TEST_F(JobOnOneFile, aReplacingResultIsOnTheDiskBeforeItAppearsAndOthersNeedNotBe) {
+TEST_F(JobOnOneFile, onlyAReplacingResultIsOnTheDiskBeforeItAppears) {
     std::vector<std::uintmax_t> synced;
     testing::InterposedCalls calls;
     calls.onSync = [&](int file) {
@@ -231,7 +231,7 @@ TEST_F(JobOnOneFile, aSignalThatComesWhileAnOriginalIsReplacedWaitsForTheResult)
 }
 
 TEST_F(JobOnOneFile, whenTheTrashRefusesTheOriginalStaysAndTheResultGetsTheNextName) {
-    // What lies in the trash already is not trashed again.
+    // An item that is already in the trash is not moved to the trash again.
     const NSString old =
         NSString::fromUTF8(folder.write("data/Trash/files/b.jpg", smallPicture(jpeg::encode)));
     const std::string original = trashed("b.jpg");
@@ -240,7 +240,7 @@ TEST_F(JobOnOneFile, whenTheTrashRefusesTheOriginalStaysAndTheResultGetsTheNextN
     EXPECT_EQ(resultPaths, std::vector<std::string>{"data/Trash/files/b_1.jpg"});
 }
 
-TEST_F(JobOnOneFile, aDictionaryGivesThePathAndTheRootBelowWhichItsPlaceIsKept) {
+TEST_F(JobOnOneFile, aDictionaryGivesThePathAndTheRootFolder) {
     const NSString path = NSString::fromUTF8(folder.write("p/day/one/c.jpg", smallPicture(jpeg::encode)));
     const auto job = std::make_shared<ResizeUnit>();
     job->setValueForKey(
@@ -277,7 +277,7 @@ TEST_F(JobOnOneFile, theNotificationComesFromTheJob) {
     EXPECT_EQ(notifier, job);
 }
 
-TEST_F(JobOnOneFile, aFolderThatIsNotAStringIsRefusedAndTheOneBeforeStays) {
+TEST_F(JobOnOneFile, aFolderThatIsNotAStringIsRefusedAndThePreviousOneStays) {
     const auto job = std::make_shared<ResizeUnit>();
     job->setValueForKey(jpeg.object(), u"filepath");
     job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>{makeSet(u"Web")}), u"resizeSets");
@@ -290,7 +290,7 @@ TEST_F(JobOnOneFile, aFolderThatIsNotAStringIsRefusedAndTheOneBeforeStays) {
     EXPECT_EQ(resultPaths, std::vector<std::string>{""}) << "nil clears it";
 }
 
-TEST_F(JobOnOneFile, keyValueCodingRefusesOtherKeysAndOtherThings) {
+TEST_F(JobOnOneFile, keyValueCodingRefusesUnknownKeysAndOtherTypes) {
     ResizeUnit job;
     EXPECT_THROW(job.setValueForKey(nullptr, u"sets"), NSException);
     EXPECT_THROW(job.setValueForKey(nullptr, u"resizeSets"), NSException);
@@ -299,7 +299,7 @@ TEST_F(JobOnOneFile, keyValueCodingRefusesOtherKeysAndOtherThings) {
         NSException);
 }
 
-TEST_F(JobOnOneFile, namesCountUpUntilOneIsFree) {
+TEST_F(JobOnOneFile, theNumberInANameGrowsUntilTheNameIsFree) {
     const NSString path = NSString::fromUTF8(folder / "p/x.png");
     EXPECT_EQ(ResizeUnit::uniqueFileName(path), path);
     folder.write("p/x.png", "");
@@ -310,7 +310,7 @@ TEST_F(JobOnOneFile, namesCountUpUntilOneIsFree) {
               NSString::fromUTF8(folder / "p/bare_1."));
 }
 
-TEST_F(JobOnOneFile, aDanglingLinkTakesItsName) {
+TEST_F(JobOnOneFile, aDanglingLinkCountsAsATakenName) {
     std::filesystem::create_symlink("nowhere", folder.path() / "p/link.png");
     EXPECT_EQ(ResizeUnit::uniqueFileName(NSString::fromUTF8(folder / "p/link.png")),
               NSString::fromUTF8(folder / "p/link_1.png"));

@@ -30,7 +30,7 @@ std::optional<Reason> reasonOf(const Result<T>& result) {
 
 } // namespace
 
-TEST(StoredPresets, setsComeBackInTheirOrder) {
+TEST(StoredPresets, setsAreReadInTheirOrder) {
     const Result<ResizeSets> sets = setsIn({makeSet(u"A"), makeSet(u"B")});
     ASSERT_TRUE(sets);
     ASSERT_EQ(sets->size(), 2U);
@@ -38,28 +38,28 @@ TEST(StoredPresets, setsComeBackInTheirOrder) {
     EXPECT_EQ((*sets)[1]->name(), NSString(u"B"));
 }
 
-TEST(StoredPresets, aListThatHoldsAnythingButSetsIsRefusedAsAWhole) {
+TEST(StoredPresets, aListWithAnythingOtherThanSetsIsRefusedAsAWhole) {
     EXPECT_EQ(reasonOf(setsIn({makeSet(u"A"), NSString(u"B").object()})), Reason::malformed);
     EXPECT_EQ(reasonOf(setsIn({NSString(u"A").object(), makeSet(u"B")})), Reason::malformed);
     EXPECT_EQ(reasonOf(setsIn({makeSet(u"A"), std::make_shared<NSArray>(std::vector<Object>{})})),
               Reason::malformed);
 }
 
-TEST(StoredPresets, whatIsNoListIsRefused) {
+TEST(StoredPresets, aValueThatIsNotAListIsRefused) {
     EXPECT_EQ(reasonOf(storedSets(domainWith(resizeSetsKey, makeSet(u"A")))), Reason::malformed);
     PropertyList domain = PropertyList::empty();
     domain.setData(resizeSetsKey, Bytes{1, 2, 3});
     EXPECT_FALSE(storedSets(domain));
 }
 
-TEST(StoredPresets, noneStoredIsAnEmptyListAndNoSelection) {
+TEST(StoredPresets, withoutStoredSetsTheListIsEmptyAndNothingIsSelected) {
     const Result<ResizeSets> sets = storedSets(PropertyList::empty());
     EXPECT_TRUE(sets && sets->empty());
     const auto selection = storedSelection(PropertyList::empty());
     EXPECT_TRUE(selection && (*selection)->firstIndex() == NSIndexSet().firstIndex());
 }
 
-TEST(StoredPresets, theSelectionComesBackAndAnythingElseInItsPlaceIsRefused) {
+TEST(StoredPresets, theSelectionIsReadAndAnythingElseInItsPlaceIsRefused) {
     const NSIndexSet stored(std::vector<NSRange>{{2, 1}, {5, 2}});
     const auto selection =
         storedSelection(domainWith(selectionIndexesKey, std::make_shared<NSIndexSet>(stored)));

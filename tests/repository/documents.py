@@ -21,13 +21,13 @@ def blocks_of(document):
 
 
 def transcript_of(block):
-    """Pairs of a command and the output shown after it; none where the block is no transcript."""
+    """Pairs of a command and the output shown after it; empty if the block is not a transcript."""
     steps = re.split(r"^\$ ", block, flags=re.MULTILINE)[1:]
     return [tuple(step.partition("\n")[::2]) for step in steps]
 
 
 def other_commands_of(block):
-    """Commands of a block that is no transcript, without the comments after them."""
+    """Commands of a block that is not a transcript, without the comments after them."""
     if transcript_of(block):
         return []
     return [re.sub(r"\s+#.*", "", line.strip()) for line in block.splitlines() if COMMAND.match(line.strip())]

@@ -20,7 +20,7 @@ PICTURES = ROOT / "examples/pictures"
 
 class ShownCommands(unittest.TestCase):
     def run_in(self, home, command):
-        """What a command prints in the folder ~/pictures, as somebody would see it on a terminal."""
+        """What a command prints in the folder ~/pictures, as a user would see it on a terminal."""
         environment = {"HOME": str(home), "PATH": f"{BIN}:/usr/bin:/bin", "LANG": "C.UTF-8", "TZ": "UTC"}
         script = 'cd ~/pictures; ls() { command ls -C "$@"; }\n' + command
         done = subprocess.run(["bash", "-c", script], env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,

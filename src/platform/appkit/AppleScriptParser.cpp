@@ -34,15 +34,15 @@ NSString description(const Token& token) {
     case Token::Kind::sign:
         return quoted(token.content);
     case Token::Kind::text:
-        return u"a text";
+        return u"a string";
     case Token::Kind::lineEnd:
         return u"the end of the line";
     case Token::Kind::end:
         return u"the end of the script";
     case Token::Kind::openText:
-        return u"a text without its closing quote";
+        return u"a string without its closing quote";
     case Token::Kind::escapingText:
-        return u"a text with a backslash in it";
+        return u"a string with a backslash in it";
     case Token::Kind::unknown:
         break;
     }
@@ -143,7 +143,7 @@ bool Parser::takeReplacing() {
 
 bool Parser::takePath(ScriptedPath& path) {
     if (token_.kind != Token::Kind::text)
-        return expected(u"a text in double quotes");
+        return expected(u"a string in double quotes");
     path = {token_.content, token_.range};
     step();
     return true;

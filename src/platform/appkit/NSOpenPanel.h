@@ -28,7 +28,7 @@ public:
     /// `filename`: the chosen path, after runModal() has returned NSOKButton.
     virtual NSString filename() const = 0;
 
-    /// `openPanel`: the desktop's own dialogue, or one that always cancels where there is no desktop.
+    /// `openPanel`: the desktop's own dialogue, or one that always cancels if there is no desktop.
     static std::unique_ptr<NSOpenPanel> openPanel();
     /// Sets what openPanel() returns from now on; null restores the desktop's own dialogue.
     using Factory = std::unique_ptr<NSOpenPanel> (*)();

@@ -17,8 +17,8 @@ struct Picture;
 /// A property that a file has beside its pixels.
 enum class PictureProperty : std::uint8_t { profile, exif, colorTable };
 
-/// A question about a file that is not answered by its header, such as the orientation that one reader finds.
-/// It reads only `file`, and does so in the process that decodes it.
+/// A question that the header of a file does not answer, such as the orientation that one reader finds. It
+/// reads only `file`, in the process that decodes that file.
 using FileQuestion = Result<Bytes> (*)(const std::shared_ptr<const ByteReader>& file);
 
 /// An input whose header has been read. It owns the bytes or the open file, not a path, so the file may be
@@ -32,11 +32,11 @@ public:
 
     /// At least one; the main picture is the first. `profile` is set only in the process that decodes.
     const std::vector<FrameDescription>& frames() const { return frames_; }
-    /// Whether it is an empty canvas and no file.
+    /// Whether it is an empty canvas, not a file.
     virtual bool isCanvas() const { return false; }
 
-    /// From now on each frame is decoded only at full size, and if there is memory for its pixels only once:
-    /// they are kept for further results.
+    /// Makes each frame be decoded only at full size, and only once if there is memory to keep its pixels for
+    /// further results.
     virtual void keepPixels() = 0;
 
     /// Why some of the pixels decoded so far, of any frame, had to be invented; nullopt if none were.
@@ -89,7 +89,7 @@ struct Picture {
     std::optional<ColorProfile> profile() const;
     /// Whether the source and the result of every step are within the limits of a picture.
     bool isWithinLimits() const;
-    /// Whether the result is turned against its source. Turns that cancel each other do not count.
+    /// Whether the result is turned relative to its source. Turns that cancel each other do not count.
     bool wasTurned() const;
     Picture with(PictureStep step) const;
 };

@@ -20,8 +20,8 @@ public:
     /// The engine that opens all files of this process: until setCurrent() is called, one that decodes in
     /// this process.
     static PictureEngine& current();
-    /// `engine` must outlive its use; null for the one that decodes in this process. Not while files are
-    /// being opened.
+    /// `engine` must outlive its use; null selects the engine that decodes in this process. Must not be
+    /// called while files are being opened.
     static void setCurrent(PictureEngine* engine);
 };
 

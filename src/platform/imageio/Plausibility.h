@@ -5,10 +5,10 @@
 
 namespace kestrine {
 
-/// A header costs nothing to forge, but decoding takes time and memory for every claimed pixel. So a picture
-/// whose packed rows have more than 2^28 bytes needs a file with one byte for every 2048 of them. This is
-/// less than what LZW makes of a single colour; deflate cannot shrink data by more than 1032. Fails with
-/// reason "implausible".
+/// A header is easy to forge, but decoding takes time and memory for every claimed pixel. So a picture whose
+/// packed rows have more than 2^28 bytes needs a file with one byte for every 2048 of them. This is less than
+/// what LZW makes of a single colour; deflate cannot shrink data by more than 1032. Fails with reason
+/// "implausible".
 Result<void> checkPlausible(const FrameDescription& frame, std::uint64_t fileBytes);
 
 /// Whether decoded pixels should be kept to save decoding them again: those of a small file that claims to be

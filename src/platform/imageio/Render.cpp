@@ -104,7 +104,7 @@ Result<void> checkSize(const Picture& picture) {
     return {};
 }
 
-/// The EXIF block of the file to be made; empty if there is to be none.
+/// The EXIF block for the result; empty if the result gets none.
 Bytes exifFor(const Output& output, const RowFormat& result, bool wasTurned) {
     Bytes own;
     ByteView block = output.options.exif;

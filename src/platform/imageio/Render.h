@@ -1,4 +1,4 @@
-// Render: makes the file or the pixels of a Picture. There is no other way.
+// Render: makes the file or the pixels of a Picture. Nothing else decodes pictures.
 #pragma once
 
 #include "platform/imageio/OutputFormats.h"
@@ -6,12 +6,11 @@
 
 namespace kestrine {
 
-/// What a file keeps of the one that it is made from, so that the bytes need not leave the process that
-/// decodes. It takes precedence over the options of the same name.
+/// Properties that the result keeps from the source file, so that their bytes need not leave the process that
+/// decodes. They take precedence over the options of the same name.
 struct KeptProperties {
-    bool profile = false; ///< the profile of the picture
-    std::shared_ptr<Source>
-        exif; ///< null for none; the source of the picture, unless that is an empty canvas
+    bool profile = false;         ///< the profile of the picture
+    std::shared_ptr<Source> exif; ///< the picture's source, or any source for an empty canvas; null: no EXIF
 };
 
 /// The kind of file to make. `options.exif` is the whole EXIF block of the source; render() selects and

@@ -164,7 +164,7 @@ TEST(AppleScriptParser, aStringWithoutClosingQuoteExtendsToTheEnd) {
     const AppleScriptError error = errorIn(script);
     EXPECT_EQ(error.range.end(), script.length());
     EXPECT_EQ(error.message.utf8(),
-              "Expected a text in double quotes but found a text without its closing quote.");
+              "Expected a string in double quotes but found a string without its closing quote.");
 }
 
 TEST(AppleScriptParser, anErrorNamesTheExpectedAndTheFoundToken) {

@@ -75,7 +75,7 @@ TEST(AppleDouble, invalidContainersAreRefused) {
         {"a wrong magic number", 3, {0x00}},
         {"AppleDouble version 1", 4, {0x00, 0x01, 0x00, 0x00}},
         {"more entries than fit", 24, {0x00, 0x05}},
-        {"as many entries as the count can say", 24, {0xFF, 0xFF}},
+        {"the highest possible count of entries", 24, {0xFF, 0xFF}},
         {"an entry inside the header", 30, {0x00, 0x00, 0x00, 0x00}},
         {"an entry inside the list", 30, {0x00, 0x00, 0x00, 0x31}},
         {"an offset beyond the end", 42, {0x00, 0x00, 0x01, 0x00}},

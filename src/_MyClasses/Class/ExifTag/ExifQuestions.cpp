@@ -10,7 +10,7 @@ namespace kestrine {
 
 namespace {
 
-/// A number beyond one byte is no orientation.
+/// A number that does not fit in one byte is not an orientation.
 int orientationIn(ExifTagReader& reader) {
     try {
         const auto orientation = reader.imageDirectionNumber();

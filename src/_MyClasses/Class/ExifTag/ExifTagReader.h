@@ -39,7 +39,7 @@ public:
     /// `initWithPath:`. Does not open the file. Null (nil) unless the extension is jpg or jpeg, in upper or
     /// lower case.
     static std::unique_ptr<ExifTagReader> initWithPath(const NSString& path);
-    /// A reader of a file that is open already, whatever its name is.
+    /// A reader of a file that is already open. Its name may have any extension.
     static std::unique_ptr<ExifTagReader> initWithFile(std::shared_ptr<const ByteReader> file);
     /// Whether initWithPath() accepts the path.
     static bool acceptsName(const NSString& path);

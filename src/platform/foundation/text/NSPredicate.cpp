@@ -130,7 +130,7 @@ bool NSPredicate::isTrue(const Comparison& comparison, const NSDictionary& recor
                            [&](const Object& element) { return isText(element, comparison.keyword); });
     throw NSException(NSInvalidArgumentException, "Can't look for \"" + comparison.keyword.utf8() + "\" in "
                                                       + comparison.attribute.utf8()
-                                                      + ", which is neither a text nor a list");
+                                                      + ", which is neither a string nor a list");
 }
 
 bool NSPredicate::evaluateWithObject(const NSDictionary& record) const {

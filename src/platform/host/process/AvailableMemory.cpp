@@ -35,7 +35,7 @@ std::optional<std::uint64_t> leadingNumber(std::string_view text) {
     return parsed.ec == std::errc() ? std::optional(number) : std::nullopt;
 }
 
-/// What follows `key` at the beginning of a line.
+/// The rest of the line that begins with `key`.
 std::optional<std::string_view> valueOf(std::string_view text, std::string_view key) {
     for (std::size_t line = 0; line < text.size(); line = text.find('\n', line) + 1) {
         if (text.substr(line).starts_with(key))

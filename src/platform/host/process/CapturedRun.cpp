@@ -121,7 +121,7 @@ void send(int pipe, const Report& report) {
     }
 }
 
-/// Becomes the program; returns the error number when that is not possible.
+/// Replaces this process by the program; returns the error number if that is not possible.
 int execute(const Plan& plan) {
     ::dup2(plan.output, STDOUT_FILENO);
     for (const int stream : {STDIN_FILENO, STDERR_FILENO}) {

@@ -26,7 +26,7 @@ void endWithParent(pid_t parent) {
 
 /// Systems before Linux 5.9, and some filters of system calls, lack close_range().
 void closeOneByOne(int first) {
-    constexpr rlim_t usualMaximum = 1 << 20; // of the kernel, for any process
+    constexpr rlim_t usualMaximum = 1 << 20; // the kernel's limit for any process
     rlimit limit{usualMaximum, usualMaximum};
     (void)::getrlimit(RLIMIT_NOFILE, &limit);
     const int end = static_cast<int>(std::min(limit.rlim_cur, usualMaximum));
@@ -41,11 +41,11 @@ void keepOnly(int socket) {
         closeOneByOne(socketNumber + 1);
 }
 
-/// The standard streams become /dev/null, so that what is written there by mistake goes nowhere.
+/// The standard streams become /dev/null, so that accidental output is discarded.
 void dropStandardStreams() {
     ::close(STDIN_FILENO);
     ::close(STDOUT_FILENO);
-    if (!builtWithSanitizers) // whose reports must be seen
+    if (!builtWithSanitizers) // its reports must be visible
         ::close(STDERR_FILENO);
     prepareStandardStreams();
 }
@@ -69,7 +69,7 @@ void resetSignals() {
     const std::uint8_t layers = byteOf(enterSandbox(program.limits));
     if (requests.send({&layers, 1}))
         program.serve(requests);
-    ::_exit(0); // without flushing the parent's output once more
+    ::_exit(0); // does not flush the parent's output a second time
 }
 
 } // namespace

@@ -17,7 +17,7 @@ struct ForkedWorker {
 /// the calling thread ends. Only for a process with one thread.
 Result<ForkedWorker> forkWorker(const WorkerProgram& program, std::uint32_t modules);
 
-/// Kills a child process unless it has ended, and waits for its end. Does nothing if it is no child any more.
+/// Kills a child process unless it has ended, and waits for its end. Does nothing if it is no longer a child.
 void endChild(pid_t process);
 
 /// For a process that was just forked. Ends it when the process `parent` ends. Keeps only the descriptor

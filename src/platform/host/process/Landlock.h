@@ -3,10 +3,10 @@
 
 namespace kestrine {
 
-/// From now on the calling thread, and threads that it starts, can open, make and remove nothing by name,
-/// connect to no network, and signal no other process, as far as the running system knows these rights.
-/// Descriptors that are open stay usable. Needs no_new_privs. Returns false if the system has no Landlock or
-/// refuses it.
+/// Takes rights from the calling thread and from threads that it starts later: they can no longer open,
+/// create or remove files by name, connect to a network, or signal other processes, as far as the running
+/// system supports these restrictions. Open descriptors stay usable. Needs no_new_privs. Returns false if the
+/// system has no Landlock or refuses it.
 bool denyAccessByName();
 
 } // namespace kestrine

@@ -20,7 +20,7 @@ Result<MemoryReservation> MemoryBudget::reserve(std::uint64_t bytes) {
     ++ticketBeingServed_;
     changed_.notify_all();
     if (!fitsAlone(bytes))
-        return Failure{Reason::tooLarge, "the picture needs more memory than there is"};
+        return Failure{Reason::tooLarge, "the picture needs more memory than is available"};
     reserved_ += bytes;
     return MemoryReservation(*this, bytes);
 }
@@ -52,7 +52,7 @@ bool MemoryBudget::fits(std::uint64_t bytes) {
     return bytes <= limit && reserved_ <= limit - bytes;
 }
 
-/// Asks the system only if `bytes` are more than every budget grants.
+/// Asks the system only if `bytes` exceed the limit that every budget has at least.
 std::uint64_t MemoryBudget::limitFor(std::uint64_t bytes) {
     if (!limit_ && bytes <= smallestLimit)
         return smallestLimit;

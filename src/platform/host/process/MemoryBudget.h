@@ -41,15 +41,15 @@ private:
 /// Any thread. Counts what is reserved; it does not allocate memory.
 class MemoryBudget {
 public:
-    /// What every budget grants at least, without asking the system, in bytes.
+    /// The limit in bytes that every budget has at least, for which the system is not asked.
     static constexpr std::uint64_t smallestLimit = std::uint64_t{64} << 20;
 
     /// Grants `percent` of the memory that is available when more than `smallestLimit` is needed for the
     /// first time.
     explicit MemoryBudget(unsigned percent) : percent_(percent) {}
 
-    /// Waits, in the order of the calls, until `bytes` fit beside the other reservations. Fails at once, with
-    /// reason "tooLarge", if they would not even fit alone.
+    /// Waits, in the order of the calls, until `bytes` fit in addition to the other reservations. Fails at
+    /// once, with reason "tooLarge", if they would not even fit alone.
     Result<MemoryReservation> reserve(std::uint64_t bytes);
 
     /// Like reserve(), but gives nullopt instead of waiting or failing.
@@ -62,7 +62,7 @@ public:
 private:
     friend class MemoryReservation;
     void release(std::uint64_t bytes);
-    /// These need the mutex to be held.
+    /// The caller of these must hold the mutex.
     bool fitsAlone(std::uint64_t bytes);
     bool fits(std::uint64_t bytes);
     std::uint64_t limitFor(std::uint64_t bytes);
@@ -70,15 +70,15 @@ private:
     const unsigned percent_;
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::optional<std::uint64_t> limit_;                   ///< guarded by mutex_, as the following
+    std::optional<std::uint64_t> limit_;                   ///< guarded by mutex_, like the members below
     std::uint64_t reserved_ = 0;                           ///< in bytes
     std::uint64_t lastTicket_ = 0, ticketBeingServed_ = 1; ///< of waiting calls
 };
 
-/// For what a conversion cannot do without: pictures that must be held whole. 70 % of the available memory.
+/// For memory that conversions need: pictures that must be held whole. 70 % of the available memory.
 MemoryBudget& budgetForHeldPictures();
-/// For what saves time: pictures that are kept for further results. 20 % of the available memory. No job
-/// waits for it, so that jobs may hold a part of it while they wait for the other budget.
+/// For memory that only saves time: pictures that are kept for further results. 20 % of the available memory.
+/// No job waits for it, so that jobs may hold a part of it while they wait for the other budget.
 MemoryBudget& budgetForKeptPictures();
 
 } // namespace kestrine

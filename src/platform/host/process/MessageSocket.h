@@ -27,8 +27,8 @@ public:
 
     explicit MessageSocket(FileDescriptor end) : end_(std::move(end)) {}
 
-    /// Sends 1 to maxBytes bytes and copies of at most maxFiles descriptors. Blocks while the other end has
-    /// received nothing for long. Fails if the other end is closed, without SIGPIPE.
+    /// Sends 1 to maxBytes bytes and copies of at most maxFiles descriptors. Blocks while the queue of the
+    /// other end is full. Fails if the other end is closed, without SIGPIPE.
     Result<void> send(ByteView bytes, std::span<const int> files = {}) const;
 
     /// Waits for a message. Empty when the other end is closed. Without `acceptsFiles`, no descriptor is ever

@@ -8,7 +8,7 @@ namespace kestrine {
 
 unsigned processorCount() {
     // The call fails unless there is room for all processors that the kernel can handle; 8192 is the highest
-    // number that it can be built for.
+    // number that it supports.
     std::array<cpu_set_t, 8192 / CPU_SETSIZE> sets{};
     if (::sched_getaffinity(0, sizeof sets, sets.data()) != 0)
         return 1;

@@ -4,7 +4,7 @@
 namespace kestrine {
 
 /// The number of processors that this process may run on, at least 1. Reads no file, so that it also works in
-/// a process that may open none.
+/// a process that may not open files.
 unsigned processorCount();
 
 } // namespace kestrine

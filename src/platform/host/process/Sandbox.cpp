@@ -18,10 +18,10 @@ namespace kestrine {
 namespace {
 
 constexpr rlim_t maxDescriptors = 32;
-/// Above every file that is written: 2^30 pixels of 8 bytes.
+/// Larger than any result: 2^30 pixels of 8 bytes.
 constexpr rlim_t maxFileSize = rlim_t{64} << 30;
 
-/// The address space of this process in bytes. Empty if the system does not say.
+/// The address space of this process in bytes. Empty if the system does not report it.
 std::optional<rlim_t> addressSpaceInUse() {
     const FileDescriptor file(::open("/proc/self/statm", O_RDONLY | O_CLOEXEC));
     std::array<char, 32> pages{}; // the first number in the file; it ends with a zero here
@@ -30,7 +30,7 @@ std::optional<rlim_t> addressSpaceInUse() {
     return std::strtoull(pages.data(), nullptr, 10) * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE));
 }
 
-/// Lowers a limit. A lower one stays.
+/// Lowers a limit. A limit that is already lower does not change.
 bool lowerLimit(__rlimit_resource resource, rlim_t value) {
     rlimit limit{};
     if (::getrlimit(resource, &limit) != 0)
@@ -59,7 +59,7 @@ bool lowerLimits(const SandboxLimits& limits) {
 SandboxLayers enterSandbox(const SandboxLimits& limits) {
     SandboxLayers layers;
     layers.limits = lowerLimits(limits);
-    // What the next two layers need. It also keeps privileged programs from being started.
+    // The next two layers need this. It also prevents the start of privileged programs.
     (void)::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     layers.landlock = denyAccessByName();
     layers.systemCalls = allowListedCallsOnly(limits.unlistedCalls);

@@ -1,4 +1,4 @@
-// The sandbox: a process gives up what it does not need before it reads bytes from strangers.
+// The sandbox: a process gives up the rights that it does not need before it reads untrusted bytes.
 #pragma once
 
 #include "platform/host/process/SystemCallFilter.h"
@@ -7,13 +7,13 @@
 
 namespace kestrine {
 
-/// What a process may still use.
+/// The resources that a process may still use.
 struct SandboxLimits {
     std::uint64_t addressSpace = 0; ///< bytes beyond what the process uses now; 0: no limit
     UnlistedCalls unlistedCalls = UnlistedCalls::asBuilt;
 };
 
-/// Which layers are in force. Each one holds without the others.
+/// The layers that are in force. Each one works without the others.
 struct SandboxLayers {
     bool limits = false;      ///< the resource limits
     bool landlock = false;    ///< the system denies access by name to files, and to networks
@@ -23,8 +23,8 @@ struct SandboxLayers {
     bool all() const { return limits && landlock && systemCalls; }
 };
 
-/// Gives up, for ever, opening files, starting programs and networking. What is open stays open. For a
-/// process with one thread; threads that it starts later are bound as well. Each layer is tried even if
+/// Permanently gives up opening files, starting programs and networking. Open descriptors stay open. For a
+/// process with one thread; threads that it starts later have no more rights. Each layer is tried even if
 /// another one fails.
 SandboxLayers enterSandbox(const SandboxLimits& limits);
 

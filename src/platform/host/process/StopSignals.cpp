@@ -14,11 +14,11 @@ struct StopSignal {
 constexpr StopSignal stopSignals[] = {{SIGINT, "SIGINT"}, {SIGTERM, "SIGTERM"}, {SIGHUP, "SIGHUP"}};
 
 std::atomic<int> notedSignal = 0;
-std::atomic<int> secondSignal = 0; ///< one that arrived while a step was protected
+std::atomic<int> secondSignal = 0; ///< a signal that arrived while a step was protected
 std::atomic<int> protectedSteps = 0;
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may take no lock");
 
-/// A second signal ends the process; while a step is protected on any thread, after that step.
+/// A second signal ends the process; if a step is protected on any thread, the process ends after that step.
 void noteOrEnd(int number) {
     int none = 0;
     if (notedSignal.compare_exchange_strong(none, number))
@@ -34,7 +34,7 @@ void leaveStep() {
         ::_exit(128 + secondSignal);
 }
 
-/// Unless the signal is ignored.
+/// Does nothing if the signal is ignored.
 void setAction(int number, void (*handler)(int)) {
     struct sigaction before {};
     if (::sigaction(number, nullptr, &before) != 0 || before.sa_handler == SIG_IGN)

@@ -1,4 +1,4 @@
-// The signals by which people and the system ask a program to end: SIGINT, SIGTERM and SIGHUP.
+// The signals with which users and the system ask a program to end: SIGINT, SIGTERM and SIGHUP.
 #pragma once
 
 #include <csignal>

@@ -23,7 +23,7 @@ namespace kestrine {
 namespace {
 
 #if defined(__x86_64__)
-// Calls of the x32 interface have other numbers, so they are not listed.
+// The numbers of the x32 interface differ, so its calls are not listed.
 constexpr std::uint32_t ownArchitecture = AUDIT_ARCH_X86_64;
 #elif defined(__aarch64__)
 constexpr std::uint32_t ownArchitecture = AUDIT_ARCH_AARCH64;
@@ -31,7 +31,7 @@ constexpr std::uint32_t ownArchitecture = AUDIT_ARCH_AARCH64;
 constexpr std::uint32_t ownArchitecture = 0; // no filter
 #endif
 
-/// What decides about a call.
+/// The condition that decides about a call.
 enum class Rule {
     allow,
     fail,         ///< always with the error
@@ -56,7 +56,7 @@ constexpr auto fail = Rule::fail;
 constexpr auto allowInSanitizers = builtWithSanitizers ? Rule::allow : Rule::fail;
 
 constexpr ListedCall unorderedCalls[] = {
-    // Descriptors that the process was given.
+    // Descriptors that the process inherited or received.
     {SYS_read},
     {SYS_write},
     {SYS_pread64},
@@ -81,8 +81,8 @@ constexpr ListedCall unorderedCalls[] = {
     {SYS_memfd_create},
     {SYS_mmap, Rule::bitsClear, EACCES, 2, PROT_EXEC},
     {SYS_mprotect, Rule::bitsClear, EACCES, 2, PROT_EXEC},
-    {SYS_madvise, Rule::atMost, EPERM, 2, 99}, // from 100 on, administrators damage memory
-    // Threads and signals. What clone3 would do lies in memory, where a filter cannot look; without it the C
+    {SYS_madvise, Rule::atMost, EPERM, 2, 99}, // higher advice lets root damage memory on purpose
+    // Threads and signals. A filter cannot check clone3, whose arguments are in memory; without clone3 the C
     // library uses clone. abort() signals its own process.
     {SYS_clone, Rule::bitsSet, 0, 0, CLONE_THREAD},
     {SYS_clone3, fail, ENOSYS},
@@ -102,7 +102,7 @@ constexpr ListedCall unorderedCalls[] = {
     {SYS_gettid},
     {SYS_exit},
     {SYS_exit_group},
-    // Time, random numbers, and how much memory there is (which qsort asks for).
+    // Time, random numbers, and the amount of memory (which qsort asks for).
     {SYS_clock_gettime},
     {SYS_clock_getres},
     {SYS_clock_nanosleep},
@@ -115,7 +115,7 @@ constexpr ListedCall unorderedCalls[] = {
 #endif
     {SYS_pipe2, allowInSanitizers},
     {SYS_nanosleep, allowInSanitizers},
-    // Libraries try these and do without.
+    // Libraries try these calls, and continue if they fail.
     {SYS_openat, fail, EACCES},
     {SYS_newfstatat, fail, EACCES},
     {SYS_statx, fail, EACCES},
@@ -160,8 +160,8 @@ std::uint32_t actionOf(UnlistedCalls unlisted) {
     return fatal ? SECCOMP_RET_KILL_PROCESS : SECCOMP_RET_ERRNO | ENOSYS;
 }
 
-/// The filter's program: a search in the ordered calls by halves, because the kernel walks it once for each
-/// existing call when it is installed.
+/// The program of the filter: a binary search in the ordered calls. It must be fast, because the kernel runs
+/// it once for each existing call when the filter is installed.
 class FilterProgram {
 public:
     explicit FilterProgram(std::uint32_t actionOfUnlisted) : unlisted_(actionOfUnlisted) {
@@ -203,7 +203,7 @@ private:
             return answer(SECCOMP_RET_ALLOW);
         if (call.rule == Rule::fail)
             return answer(denied);
-        // The processors that we build for store the lower half of an argument first.
+        // On all supported processors, the lower half of an argument is stored first.
         load(offsetof(seccomp_data, args) + call.argument * sizeof(std::uint64_t));
         compare(call);
         answer(SECCOMP_RET_ALLOW);

@@ -1,4 +1,4 @@
-// The filter of system calls of a process that only computes, and reads and writes descriptors it was given.
+// The filter of system calls for a process that only computes, and reads and writes its open descriptors.
 #pragma once
 
 namespace kestrine {
@@ -10,7 +10,7 @@ enum class UnlistedCalls {
     fatal,   ///< the process is killed
 };
 
-/// Installs the filter for the calling thread and the threads that it starts, for ever. Needs no_new_privs.
+/// Permanently installs the filter for the calling thread and the threads that it starts. Needs no_new_privs.
 /// Returns false if the system has no such filters or refuses this one.
 bool allowListedCallsOnly(UnlistedCalls unlisted);
 

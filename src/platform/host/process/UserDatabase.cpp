@@ -11,8 +11,8 @@ namespace kestrine {
 
 namespace {
 
-/// `lookUp` is one of the getpw..._r functions with its key bound. It gets a larger buffer until its answer
-/// fits.
+/// `lookUp` is one of the getpw..._r functions with its key bound. It is called with larger buffers until its
+/// answer fits.
 template <class LookUp>
 std::optional<std::string> homeFolderFrom(const LookUp& lookUp) {
     constexpr std::size_t maxBuffer = 1024 * 1024;

@@ -8,7 +8,8 @@ namespace kestrine {
 
 namespace {
 
-/// What is asked of the nursery's process. Both are one program, so the structures themselves are sent.
+/// A request to the nursery's process. Both processes run the same program, so the structures are sent as
+/// they are in memory.
 struct NurseryRequest {
     pid_t workerToEnd; ///< 0: start one
     std::uint32_t modules;
@@ -79,7 +80,7 @@ Result<ForkedWorker> NurseryConnection::startWorker(std::uint32_t modules) {
 
 void NurseryConnection::endWorker(pid_t worker) {
     const std::lock_guard lock(mutex_);
-    // When the nursery's process has ended, so has the worker.
+    // If the nursery's process has ended, the worker has ended too.
     if (socket_.send(bytesIn(NurseryRequest{worker, 0})))
         (void)socket_.receive(false);
 }
@@ -90,7 +91,7 @@ WorkerNursery::WorkerNursery(const WorkerProgram& program) {
     const pid_t process = ends ? ::fork() : -1;
     if (process == 0)
         runNursery(program, ends->second.number(), parent);
-    // Without a process, the connection has no other end.
+    // If there is no process, the other end of the connection is closed.
     MessageSocket ours = ends ? std::move(ends->first) : MessageSocket(FileDescriptor());
     currentConnection = std::make_shared<NurseryConnection>(
         std::move(ours), process > 0 ? std::optional(process) : std::nullopt);

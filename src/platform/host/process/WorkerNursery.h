@@ -10,7 +10,8 @@
 namespace kestrine {
 
 /// The connection with the nursery's process: a child with one thread that starts and ends workers. Any
-/// thread; one request at a time. It stays valid without the WorkerNursery, but can start nothing then.
+/// thread; one request at a time. It stays valid after the WorkerNursery is destroyed, but then it cannot
+/// start workers.
 class NurseryConnection {
 public:
     NurseryConnection(MessageSocket socket, std::optional<pid_t> process)
@@ -33,19 +34,19 @@ private:
     const std::optional<pid_t> process_; ///< of the nursery; empty if it could not be started
 };
 
-/// While it exists, WorkerProcess::start() takes the workers of this process from it, on all threads. At most
-/// one at a time; made and destroyed while no other thread uses workers. Its process and all workers end at
-/// the latest when the thread ends that made it.
+/// While it exists, WorkerProcess::start() starts all workers of this process through it, on all threads. At
+/// most one may exist at a time. It must be constructed and destroyed while no other thread uses workers. Its
+/// process and all workers end at the latest when the thread that constructed it ends.
 class WorkerNursery {
 public:
-    /// To be made while this process has one thread. If no process can be started, WorkerProcess::start()
+    /// To be called while this process has one thread. If no process can be started, WorkerProcess::start()
     /// fails while this object exists.
     explicit WorkerNursery(const WorkerProgram& program);
     ~WorkerNursery();
     WorkerNursery(const WorkerNursery&) = delete;
     WorkerNursery& operator=(const WorkerNursery&) = delete;
 
-    /// The connection of the one that exists. Null if none exists.
+    /// The connection of the existing nursery; null if none exists.
     static std::shared_ptr<NurseryConnection> connection();
 };
 

@@ -10,7 +10,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
-/// How often the times of a working process are compared with their limits.
+/// The interval at which the times of a working process are compared with their limits.
 constexpr milliseconds longestPause{100};
 
 Failure timeFailure() { return {Reason::timeLimit, "the decoder took too long"}; }
@@ -75,7 +75,7 @@ Result<void> WorkerProcess::waitForMessage(const AnswerLimits& limits) const {
         std::clamp(std::min(limits.processorTime, limits.withoutProgress), milliseconds{1}, longestPause);
     const nanoseconds before = processorTime();
     nanoseconds last = before;
-    milliseconds idle{0}; // counts pauses: time in which this process was stopped too does not count
+    milliseconds idle{0}; // counts pauses, but not the time in which this process was stopped as well
     while (!socket_.waitForMessage(static_cast<int>(pause.count()))) {
         const nanoseconds now = processorTime();
         idle = now == last ? idle + pause : milliseconds{0};

@@ -1,4 +1,4 @@
-// WorkerProcess: a process that handles bytes from strangers for this one, and may crash.
+// WorkerProcess: a process that handles untrusted bytes for this process, and may crash.
 #pragma once
 
 #include "platform/host/process/WorkerNursery.h"
@@ -10,7 +10,8 @@
 
 namespace kestrine {
 
-/// How long an answer may take. Slow disks and busy machines use up neither limit of a process that works.
+/// The time limits of an answer. Slow disks and busy machines do not count towards them as long as the worker
+/// makes progress.
 struct AnswerLimits {
     std::chrono::milliseconds processorTime;   ///< of all threads of the worker
     std::chrono::milliseconds withoutProgress; ///< while the worker uses no processor time at all
@@ -19,9 +20,9 @@ struct AnswerLimits {
 /// The parent's handle of a worker. The destructor ends the worker. Used by one thread at a time.
 class WorkerProcess {
 public:
-    /// Starts a worker. It inherits nothing but the connection to this object, and ends at the latest when
-    /// the thread ends that started it. In a process with several threads, a WorkerNursery must exist,
-    /// with the same program; it starts the worker then.
+    /// Starts a worker. It inherits only the connection to this object, and ends at the latest when the
+    /// thread that started it ends. In a process with several threads, a WorkerNursery with the same program
+    /// must exist, which then starts the worker.
     static Result<std::unique_ptr<WorkerProcess>> start(const WorkerProgram& program, std::uint32_t modules);
 
     ~WorkerProcess();
@@ -36,10 +37,10 @@ public:
     /// Whether the worker still runs.
     bool isAlive() const;
 
-    /// Waits until the worker is in its sandbox. No layers if it ended before.
+    /// Waits until the worker is in its sandbox. Returns no layers if it ended before.
     SandboxLayers layers();
 
-    /// What start() was given.
+    /// The argument of start().
     std::uint32_t modules() const { return modules_; }
 
 private:
@@ -53,7 +54,7 @@ private:
 
     MessageSocket socket_;
     pid_t process_;
-    std::shared_ptr<NurseryConnection> nursery_; ///< whose child the worker is; null: it is our own
+    std::shared_ptr<NurseryConnection> nursery_; ///< the worker's parent; null if it is this process
     std::optional<clockid_t> clock_;             ///< of the processor time that the worker used
     std::uint32_t modules_;
     std::optional<SandboxLayers> layers_; ///< once the first message was received

@@ -148,7 +148,8 @@ void dropLargest(CarriedFields& carried) {
 }
 
 /// Drops the largest values until the block fits. Directories of at most 299 entries fit by themselves, so
-/// only values out of line are dropped, and the loop ends. The main directory must already hold its pointer.
+/// only values outside the entries are dropped, and the loop ends. The main directory must already hold its
+/// pointer.
 void dropUntilFitting(CarriedFields& carried) {
     while (blockHeaderSize + sizeOf(carried.main) + sizeOf(carried.exif) + sizeOf(carried.interoperability)
            > largestBlock)

@@ -168,7 +168,7 @@ constexpr std::array<Pass, 4> passes = {{{0, 8}, {4, 8}, {2, 4}, {1, 2}}};
 
 class Rows final : public RowSource {
 public:
-    /// `stream` is one of the file that `reader` reads.
+    /// `stream` belongs to the file that `reader` reads.
     Rows(std::unique_ptr<Stream> stream, std::shared_ptr<const ByteReader> reader,
          std::shared_ptr<DamageRecord> damage);
 

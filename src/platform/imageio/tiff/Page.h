@@ -12,7 +12,7 @@ enum class Color : std::uint8_t {
     gray,
     rgb,
     palette,  ///< indices into the page's colours
-    cmyk,     ///< 0 is no ink
+    cmyk,     ///< 0 means no ink
     cieLab,   ///< a and b are signed
     iccLab,   ///< a and b are shifted by half their range
     rendered, ///< rare: libtiff converts it to 8-bit RGB

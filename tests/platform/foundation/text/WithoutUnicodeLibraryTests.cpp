@@ -15,24 +15,25 @@ protected:
     void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 
     /// Ends this process, which from now on can open no file, with 0 if `holds` returns true.
-    [[noreturn]] static void tell(bool (*holds)()) {
+    [[noreturn]] static void endWithResultOf(bool (*holds)()) {
         constexpr rlimit none{0, 0};
         ::_exit(::setrlimit(RLIMIT_NOFILE, &none) == 0 && holds() ? 0 : 1);
     }
 };
 
 TEST_F(WithoutUnicodeLibrary, theNaturalOrderIsThatOfTheCodeUnits) {
-    EXPECT_EXIT(tell([] { return naturalOrder(u"a10", u"a9") == -1 && naturalOrder(u"a", u"A") == 1; }),
-                ::testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        endWithResultOf([] { return naturalOrder(u"a10", u"a9") == -1 && naturalOrder(u"a", u"A") == 1; }),
+        ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(WithoutUnicodeLibrary, onlyASCIILettersChangeTheirCase) {
-    EXPECT_EXIT(tell([] { return upperCased(u"aé") == u"Aé" && lowerCased(u"AÉ") == u"aÉ"; }),
+    EXPECT_EXIT(endWithResultOf([] { return upperCased(u"aé") == u"Aé" && lowerCased(u"AÉ") == u"aÉ"; }),
                 ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(WithoutUnicodeLibrary, onlyEncodingsWithoutTablesAreDecoded) {
-    EXPECT_EXIT(tell([] {
+    EXPECT_EXIT(endWithResultOf([] {
                     const Bytes a{'a'};
                     return decodedText(a, NSISOLatin1StringEncoding) == NSString(u"a")
                            && decodedText(a, NSMacOSRomanStringEncoding) == std::nullopt;

@@ -120,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(Mechanisms, ExclusiveRename,
                                            RenameMechanisms{false, false}),
                          mechanismName);
 
-/// Renames while the system call fails. Returns the error, and in `mechanisms` what is left of both.
+/// Renames while the system call fails. Returns the error, and in `mechanisms` the remaining mechanisms.
 int renameWhileFailing(long call, int error, RenameMechanisms& mechanisms) {
     const TemporaryFolder folder;
     folder.write("a", "content");

@@ -14,7 +14,7 @@ bool copiesAreDamaged = false;
 } // namespace
 
 /// Replaces the function of the C library in the test program: while `copiesAreDamaged` is set, reading from
-/// a file that is open for writing too, as copies are, gives a wrong byte.
+/// a file that is also open for writing (a copy) gives a wrong byte.
 extern "C" ssize_t pread(int file, void* into, size_t size, off_t offset) {
     const auto count = static_cast<ssize_t>(::syscall(SYS_pread64, file, into, size, offset));
     if (copiesAreDamaged && count > 0 && (::fcntl(file, F_GETFL) & O_ACCMODE) == O_RDWR)

@@ -24,7 +24,7 @@ std::string outputOf(const std::string& script, const EnvironmentChanges& change
     return run ? run->output : run.failure().text;
 }
 
-/// Waits until a file has content; "" after half a minute without.
+/// Waits until a file has content, and returns it; "" after half a minute.
 std::string contentOnceWritten(const std::string& path) {
     std::string content;
     for (int i = 0; i < 3000 && content.empty(); ++i) {

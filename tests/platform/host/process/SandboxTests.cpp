@@ -21,7 +21,7 @@ using namespace testing;
 
 constexpr int ended = 255; ///< the worker, in place of an answer
 
-/// What a worker may not do: the error that it gets, or `ended`.
+/// Something that a worker must not do, and the result: the error of the call, or `ended`.
 struct Attempt {
     const char* name;
     Order order;

@@ -52,7 +52,7 @@ TEST_F(WorkerNurseryTest, endsWorkersThatTakeTooLong) {
     const AnswerLimits limits{std::chrono::milliseconds{50}, std::chrono::minutes{5}};
     EXPECT_EQ(worker->exchange(Bytes{order(Order::loopForEver)}, {}, limits).failure().reason,
               Reason::timeLimit);
-    EXPECT_EQ(::kill(process, 0), -1); // not even a zombie is left
+    EXPECT_EQ(::kill(process, 0), -1); // not even a zombie remains
     EXPECT_EQ(errno, ESRCH);
 }
 

@@ -28,7 +28,7 @@ namespace {
 std::uint32_t preparedModules = 0;
 const pid_t testProcess = ::getpid();
 
-/// The compiler may not know what becomes of the value.
+/// The compiler must not know how the value is used.
 template <class T>
 T hidden(T value) {
     asm volatile("" : "+r"(value) : : "memory");
@@ -38,7 +38,8 @@ T hidden(T value) {
 int errorOf(long result) { return result < 0 ? errno : 0; }
 
 int fileStatus(int number, struct stat& status) {
-    return static_cast<int>(::syscall(SYS_fstat, number, &status)); // the C library uses a call with names
+    return static_cast<int>(
+        ::syscall(SYS_fstat, number, &status)); // the C library uses a system call that takes paths
 }
 
 template <class Condition>
@@ -109,7 +110,7 @@ int startProgram() {
 
 int compareBytes(const void* one, const void* other) { return std::memcmp(one, other, 1); }
 
-/// qsort() asks how much memory there is.
+/// qsort() asks for the amount of memory.
 int sortMuch() {
     Bytes bytes(1 << 20, 1);
     std::qsort(bytes.data(), bytes.size(), 1, compareBytes);

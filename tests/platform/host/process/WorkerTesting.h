@@ -6,7 +6,7 @@
 namespace kestrine::testing {
 
 enum class Order : std::uint8_t {
-    // Answered with what follows or was asked for.
+    // The answer is the rest of the message, or what was asked for.
     echo,
     preparedModules,
     ownProcess, ///< four bytes
@@ -54,14 +54,14 @@ inline constexpr AnswerLimits amplyLimited{std::chrono::minutes{5}, std::chrono:
 WorkerProgram workerProgram(UnlistedCalls unlisted = UnlistedCalls::refused,
                             std::uint64_t addressSpace = std::uint64_t{2} << 30);
 
-/// A worker with modules 5, as workerProgram() says.
+/// A worker with the modules 5; see workerProgram().
 std::unique_ptr<WorkerProcess> startWorker(UnlistedCalls unlisted = UnlistedCalls::refused);
 
 /// The first byte of the answer, or 255 if the worker ended without one.
 int answerTo(WorkerProcess& worker, Order order);
 
-/// From now on orphans are given to this process, so that it can wait for their end. Whether the system
-/// allows it.
+/// Makes this process the parent of orphans, so that it can wait for their end. Returns false if the system
+/// does not allow that.
 bool adoptsOrphans();
 
 /// The number of the worker's process.

@@ -39,7 +39,7 @@ TEST(TrashInfo, shorteningDoesNotCutCharacters) {
         name += "\xE3\x81\x82"; // three bytes each
     EXPECT_EQ(trashName(name, 1, 245), name.substr(0, 243));
     EXPECT_EQ(trashName(std::string(255, '\x80'), 1, 245), std::string(245, '\x80'))
-        << "these are no characters";
+        << "these are not characters";
 }
 
 TEST(TrashInfo, reservedBytesAreEncoded) {

@@ -39,7 +39,7 @@ struct StoredGIF {
     bool isShown(std::size_t pixel) const { return indices[pixel] != transparent; }
 };
 
-/// What giflib reads; without pictures if it fails.
+/// A file as giflib reads it; without pictures if it fails.
 StoredGIF readStoredGIF(const Bytes& file);
 
 } // namespace kestrine::testing

@@ -7,7 +7,7 @@ namespace kestrine::testing {
 
 namespace {
 
-/// Adds a chunk of each kind that says nothing about the pixels, in which the name tells what it holds.
+/// Adds a chunk of each kind that does not concern the pixels.
 void addDescriptions(png_structp png, png_infop info) {
     char key[] = "Title", text[] = "a text";
     for (const int compression : {PNG_TEXT_COMPRESSION_NONE, PNG_TEXT_COMPRESSION_zTXt,

@@ -76,7 +76,7 @@ private:
         return decoded;
     }
 
-    /// How many rows of the picture the decoded bands suffice for.
+    /// The number of complete rows of the picture that the decoded bands give.
     std::uint32_t readyRows() const {
         if (decoder_->decodedBands() == decoder_->bands())
             return format().height;

@@ -100,7 +100,7 @@ std::optional<PlainSymbol> plainSymbol(BitByBit& bits, const HuffmanCode& code) 
         if (!second || entry.step2() != second->step || entry.value2() != second->value)
             return ::testing::AssertionFailure() << "another second symbol";
         if (reader.taken() > ACTable::indexBits)
-            return ::testing::AssertionFailure() << "the second symbol is not all in the index";
+            return ::testing::AssertionFailure() << "the index does not contain the whole second symbol";
     }
     if (entry.total() != reader.taken())
         return ::testing::AssertionFailure() << entry.total() << " bits instead of " << reader.taken();

@@ -33,7 +33,7 @@ std::map<std::string, std::string> filesBelow(const fs::path& folder) {
     return files;
 }
 
-TEST(FinderDoors, aScriptAndAnEventCopyTheSame) {
+TEST(FinderInterfaces, aScriptAndAnEventMakeTheSameCopy) {
     const testing::FinderPlace place;
     place.write("tree/inner/file", "deep");
     const std::string file = place.write("a:b", "new");
