@@ -8,13 +8,19 @@
 #include "platform/host/process/StandardStreams.h"
 #include "platform/imageio/worker/WorkerEngine.h"
 
+#include <cstdlib>
 #include <exception>
 
 namespace kestrine {
 
 namespace {
 
-void run(const std::vector<NSString>& arguments, const Environment& environment) {
+/// Throws only before the first output.
+void run(int count, char** values) {
+    std::vector<NSString> arguments;
+    for (int i = 0; i < count; ++i)
+        arguments.push_back(NSString::fromUTF8(values[i]));
+    const Environment environment = Environment::ofProcess();
     const auto domain = NSUserDefaults(environment).persistentDomainForName(presetsDomain);
     // A value that cannot be read counts as absent; the two values do not depend on each other.
     const Result<ResizeSets> sets = domain ? storedSets(*domain) : domain.failure();
@@ -30,19 +36,24 @@ void run(const std::vector<NSString>& arguments, const Environment& environment)
     convertFiles(chosen, PWD ? OptionalString(NSString::fromUTF8(*PWD)) : std::nullopt, output);
 }
 
+/// Returns whether there was enough memory to begin.
+bool couldRun(int count, char** values) {
+    try {
+        run(count, values);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
 } // namespace
 
 } // namespace kestrine
 
 int main(int count, char** values) {
     kestrine::prepareStandardStreams();
-    try {
-        std::vector<kestrine::NSString> arguments;
-        for (int i = 0; i < count; ++i)
-            arguments.push_back(kestrine::NSString::fromUTF8(values[i]));
-        kestrine::run(arguments, kestrine::Environment::ofProcess());
-    } catch (const std::exception&) {
-        return 0; // memory ran out before the first file
-    }
+    std::set_terminate([] { std::_Exit(0); }); // without memory for an exception: as quiet as any other end
+    if (!kestrine::couldRun(count, values))
+        (void)kestrine::couldRun(count, values); // other programs may have returned memory meanwhile
     return 0;
 }
