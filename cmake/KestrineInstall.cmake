@@ -1,5 +1,7 @@
 include(GNUInstallDirs)
 install(TARGETS kestrine kestrinectl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# Started by programs that use the library, never by people.
+install(TARGETS kestrine-worker RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/kestrine)
 # Strings tables, where NSBundle looks for them: beside the programs' folder.
 foreach(language English Japanese)
   install(DIRECTORY share/${language}.lproj DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrine)

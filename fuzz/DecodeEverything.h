@@ -2,14 +2,41 @@
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
+#include "platform/coregraphics/RowStages.h"
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/OutputFormats.h"
 
 #include <algorithm>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace kestrine::fuzzing {
 
+/// Passes bytes to the system, so that a memory checker reports those that were never written.
+inline void useBytes(ByteView bytes) {
+    static const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    [[maybe_unused]] const auto written = ::write(nowhere, bytes.data(), bytes.size());
+}
+
+/// Encodes small pictures in every format.
+inline void encodeEverything(PixelBuffer pixels) {
+    constexpr std::uint64_t smallPicture = 4096;
+    if (pixels.format.pixels() > smallPicture)
+        return;
+    const auto shared = std::make_shared<const PixelBuffer>(std::move(pixels));
+    for (const OutputFormat& format : outputFormats()) {
+        RowSourcePointer rows = rowsOfPixels(shared);
+        if (!format.holds16Bits)
+            rows = rowsOf8Bits(std::move(rows));
+        if (!format.holdsAlpha)
+            rows = rowsOnWhite(std::move(rows));
+        if (const Result<Bytes> file = format.encode(*rows, {.quality = 0.7}))
+            useBytes(*file);
+    }
+}
+
 /// Calls all functions of a codec and its decoder: header, metadata, and all frames of at most
-/// `affordablePixels`.
+/// `affordablePixels`. What comes out is used.
 inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, std::size_t size,
                              std::uint64_t affordablePixels = 1 << 20) {
     if (!codec.recognises(ByteView(data, std::min<std::size_t>(size, 64))))
@@ -20,11 +47,16 @@ inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, 
     for (std::size_t frame = 0; frame < (*decoder)->frames().size(); ++frame) {
         if ((*decoder)->frames()[frame].format.pixels() > affordablePixels)
             continue;
-        if (auto rows = (*decoder)->rows(frame, 8))
-            (void)readAllRows(**rows);
+        Result<RowSourcePointer> rows = (*decoder)->rows(frame, 8);
+        Result<PixelBuffer> pixels = rows ? readAllRows(**rows) : rows.failure();
+        if (!pixels)
+            continue;
+        useBytes(pixels->bytes);
+        encodeEverything(*std::move(pixels));
     }
-    (void)(*decoder)->exif();
-    (void)(*decoder)->colorTable();
+    for (const Result<Bytes>& property : {(*decoder)->exif(), (*decoder)->colorTable()})
+        if (property)
+            useBytes(*property);
 }
 
 } // namespace kestrine::fuzzing

@@ -1,6 +1,5 @@
 #include "kestrinectl/DecoderIsolation.h"
 
-#include "_MyClasses/Class/ExifTag/ExifQuestions.h"
 #include "kestrinectl/CommandError.h"
 
 namespace kestrine {
@@ -32,20 +31,15 @@ DecoderIsolation::DecoderIsolation(IsolationChoice choice, unsigned jobs) {
     if (choice == IsolationChoice::off)
         return;
     const bool isStrict = choice == IsolationChoice::strict;
-    nursery_.emplace(pictureWorker(exifQuestions));
+    isolated_.emplace(isStrict ? Isolation::strict : Isolation::automatic, jobs);
     if (isStrict)
         throwUnlessAllLayersAreInForce();
-    engine_.emplace(exifQuestions, isStrict ? Isolation::strict : Isolation::automatic, jobs);
-    PictureEngine::setCurrent(&*engine_);
 }
 
-DecoderIsolation::~DecoderIsolation() { PictureEngine::setCurrent(nullptr); }
-
 std::vector<IsolationLayer> isolationLayers() {
-    const Result<std::unique_ptr<WorkerProcess>> worker =
-        WorkerProcess::start(pictureWorker(exifQuestions), 0);
-    const SandboxLayers layers = worker ? (*worker)->layers() : SandboxLayers{};
-    return {{"worker process", "a decoder that crashes or hangs costs one file", worker.ok()},
+    const Result<SandboxLayers> found = IsolatedDecoding::layers();
+    const SandboxLayers layers = found ? *found : SandboxLayers{};
+    return {{"worker process", "a decoder that crashes or hangs costs one file", found.ok()},
             {"resource limits", "a decoder cannot use up the memory", layers.limits},
             {"Landlock", "a decoder cannot open files or networks by name", layers.landlock},
             {"system call filter", "a decoder can only compute, and read and write open files",

@@ -1,8 +1,7 @@
 // DecoderIsolation: where a command decodes pictures.
 #pragma once
 
-#include "platform/host/process/WorkerNursery.h"
-#include "platform/imageio/worker/WorkerEngine.h"
+#include "_MyClasses/Category/IsolatedDecoding.h"
 
 #include <optional>
 #include <string>
@@ -25,13 +24,9 @@ class DecoderIsolation {
 public:
     /// `jobs`: how many threads convert files. Throws CommandError if layers are missing that `choice` needs.
     DecoderIsolation(IsolationChoice choice, unsigned jobs);
-    ~DecoderIsolation();
-    DecoderIsolation(const DecoderIsolation&) = delete;
-    DecoderIsolation& operator=(const DecoderIsolation&) = delete;
 
 private:
-    std::optional<WorkerNursery> nursery_; ///< outlives the engine
-    std::optional<WorkerEngine> engine_;
+    std::optional<IsolatedDecoding> isolated_;
 };
 
 /// A row of the table of layers.

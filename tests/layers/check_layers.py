@@ -13,6 +13,7 @@ ALLOWED = {folder: PLATFORM[:i] for i, folder in enumerate(PLATFORM)}
 ALLOWED |= {folder: FILES[:i] for i, folder in enumerate(FILES)}
 ALLOWED["platform/appkit"] = ALLOWED["platform/appkit"] + ["platform/finder"]
 ALLOWED["_MyClasses"] = PLATFORM + FILES
+ALLOWED["worker"] = PLATFORM + ["_MyClasses"]
 ALLOWED["models"] = PLATFORM + ["_MyClasses"]
 ALLOWED["commandline"] = PLATFORM + ["_MyClasses", "models"]
 ALLOWED["kestrinectl"] = PLATFORM + ["_MyClasses", "models"]

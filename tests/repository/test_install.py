@@ -38,7 +38,8 @@ class Installed(unittest.TestCase):
             self.assertIn(f'"kestrine {done.stdout.split()[1]}"', title)
 
     def test_nothing_else_is_installed(self):
-        self.assertEqual(sorted(os.listdir(self.prefix)), ["bin", "share"])
+        self.assertEqual(sorted(os.listdir(self.prefix)), ["bin", "libexec", "share"])
+        self.assertEqual(os.listdir(self.prefix / "libexec/kestrine"), ["kestrine-worker"])
         self.assertEqual(sorted(os.listdir(self.prefix / "bin")), ["kestrine", "kestrinectl"])
 
 

@@ -18,12 +18,6 @@ namespace {
 
 constexpr int socketNumber = STDERR_FILENO + 1;
 
-void endWithParent(pid_t parent) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (::getppid() != parent) // it ended before
-        ::_exit(1);
-}
-
 /// Systems before Linux 5.9, and some filters of system calls, lack close_range().
 void closeOneByOne(int first) {
     constexpr rlim_t usualMaximum = 1 << 20; // the kernel's limit for any process
@@ -63,7 +57,8 @@ void resetSignals() {
 /// An exception that leaves it ends the process.
 [[noreturn]] void runWorker(const WorkerProgram& program, std::uint32_t modules, int socket,
                             pid_t parent) noexcept {
-    MessageSocket requests(FileDescriptor(becomeSubordinate(socket, parent)));
+    endWithParent(parent);
+    MessageSocket requests(FileDescriptor(becomeSubordinate(socket)));
     if (program.prepare)
         program.prepare(modules);
     const std::uint8_t layers = byteOf(enterSandbox(program.limits));
@@ -74,8 +69,13 @@ void resetSignals() {
 
 } // namespace
 
-int becomeSubordinate(int socket, pid_t parent) {
-    endWithParent(parent);
+void endWithParent(pid_t parent) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != parent) // it ended before
+        ::_exit(1);
+}
+
+int becomeSubordinate(int socket) {
     keepOnly(socket);
     resetSignals();
     dropStandardStreams();

@@ -1,6 +1,7 @@
 #include "platform/host/process/WorkerNursery.h"
 
 #include <cstring>
+#include <spawn.h>
 #include <type_traits>
 #include <unistd.h>
 
@@ -56,11 +57,33 @@ Result<void> serveOneRequest(const WorkerProgram& program, const MessageSocket& 
     return socket.send(bytesIn(NurseryAnswer{}));
 }
 
-[[noreturn]] void runNursery(const WorkerProgram& program, int socketNumber, pid_t parent) noexcept {
-    const MessageSocket socket(FileDescriptor(becomeSubordinate(socketNumber, parent)));
+/// Where a helper program finds the connection.
+constexpr int helperSocket = STDERR_FILENO + 1;
+
+/// Serves until the other end is closed.
+void serveNursery(const WorkerProgram& program, int socketNumber) {
+    const MessageSocket socket(FileDescriptor(becomeSubordinate(socketNumber)));
     while (serveOneRequest(program, socket)) {
     }
+}
+
+[[noreturn]] void runForkedNursery(const WorkerProgram& program, int socketNumber, pid_t parent) noexcept {
+    endWithParent(parent);
+    serveNursery(program, socketNumber);
     ::_exit(0);
+}
+
+/// Starts the helper with `socket` as its helperSocket. Returns -1 if that is not possible.
+pid_t spawnHelper(const std::string& helper, int socket) {
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_adddup2(&actions, socket, helperSocket);
+    std::string name = helper;
+    char* const arguments[] = {name.data(), nullptr};
+    pid_t process = -1;
+    const int error = ::posix_spawn(&process, helper.c_str(), &actions, nullptr, arguments, environ);
+    ::posix_spawn_file_actions_destroy(&actions);
+    return error == 0 ? process : -1;
 }
 
 } // namespace
@@ -85,16 +108,25 @@ void NurseryConnection::endWorker(pid_t worker) {
         (void)socket_.receive(false);
 }
 
+void WorkerNursery::connect(MessageSocket socket, pid_t process) {
+    // Without a process, the connection has no other end.
+    currentConnection = std::make_shared<NurseryConnection>(
+        std::move(socket), process > 0 ? std::optional(process) : std::nullopt);
+}
+
 WorkerNursery::WorkerNursery(const WorkerProgram& program) {
     Result<std::pair<MessageSocket, MessageSocket>> ends = MessageSocket::pair();
     const pid_t parent = ::getpid();
     const pid_t process = ends ? ::fork() : -1;
     if (process == 0)
-        runNursery(program, ends->second.number(), parent);
-    // If there is no process, the other end of the connection is closed.
-    MessageSocket ours = ends ? std::move(ends->first) : MessageSocket(FileDescriptor());
-    currentConnection = std::make_shared<NurseryConnection>(
-        std::move(ours), process > 0 ? std::optional(process) : std::nullopt);
+        runForkedNursery(program, ends->second.number(), parent);
+    connect(ends ? std::move(ends->first) : MessageSocket(FileDescriptor()), process);
+}
+
+WorkerNursery::WorkerNursery(const std::string& helper) {
+    Result<std::pair<MessageSocket, MessageSocket>> ends = MessageSocket::pair();
+    const pid_t process = ends ? spawnHelper(helper, ends->second.number()) : -1;
+    connect(ends ? std::move(ends->first) : MessageSocket(FileDescriptor()), process);
 }
 
 WorkerNursery::~WorkerNursery() {
@@ -103,5 +135,7 @@ WorkerNursery::~WorkerNursery() {
 }
 
 std::shared_ptr<NurseryConnection> WorkerNursery::connection() { return currentConnection; }
+
+void runAsNursery(const WorkerProgram& program) { serveNursery(program, helperSocket); }
 
 } // namespace kestrine

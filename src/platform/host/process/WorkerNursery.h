@@ -35,19 +35,29 @@ private:
 };
 
 /// While it exists, WorkerProcess::start() starts all workers of this process through it, on all threads. At
-/// most one may exist at a time. It must be constructed and destroyed while no other thread uses workers. Its
-/// process and all workers end at the latest when the thread that constructed it ends.
+/// most one may exist at a time. It must be constructed and destroyed while no other thread uses workers. If
+/// its process cannot be started, WorkerProcess::start() fails while this object exists.
 class WorkerNursery {
 public:
-    /// To be called while this process has one thread. If no process can be started, WorkerProcess::start()
-    /// fails while this object exists.
+    /// The nursery is a copy of this process, which must have one thread. It and all workers end at the
+    /// latest when this thread ends.
     explicit WorkerNursery(const WorkerProgram& program);
+    /// The nursery is the program at the path `helper`, which calls runAsNursery(). For processes with any
+    /// number of threads. It and all workers end at the latest when this process ends.
+    explicit WorkerNursery(const std::string& helper);
     ~WorkerNursery();
     WorkerNursery(const WorkerNursery&) = delete;
     WorkerNursery& operator=(const WorkerNursery&) = delete;
 
     /// The connection of the existing nursery; null if none exists.
     static std::shared_ptr<NurseryConnection> connection();
+
+private:
+    static void connect(MessageSocket socket, pid_t process);
 };
+
+/// What a helper program does: serves the process that started it, until that has no WorkerNursery any more.
+/// The workers run `program`.
+void runAsNursery(const WorkerProgram& program);
 
 } // namespace kestrine

@@ -1,0 +1,34 @@
+// IsolatedDecoding: decodes all pictures of this process in worker processes.
+#pragma once
+
+#include "platform/host/process/WorkerNursery.h"
+#include "platform/imageio/worker/WorkerEngine.h"
+
+#include <string>
+
+namespace kestrine {
+
+/// From its construction to its destruction, all files are decoded in workers. At most one at a time; made
+/// and destroyed while no other thread uses pictures. Pictures that were opened before are not affected.
+class IsolatedDecoding {
+public:
+    /// Workers are copies of this process, which has one thread now and stays in this thread. `usualWorkers`:
+    /// how many files are converted at the same time.
+    IsolatedDecoding(Isolation isolation, unsigned usualWorkers);
+    /// Workers come from the program `kestrine-worker` at the path `helper`. For processes with any number of
+    /// threads. If it cannot be started, pictures are decoded in this process, or fail if `isolation` is
+    /// strict.
+    IsolatedDecoding(Isolation isolation, unsigned usualWorkers, const std::string& helper);
+    ~IsolatedDecoding();
+    IsolatedDecoding(const IsolatedDecoding&) = delete;
+    IsolatedDecoding& operator=(const IsolatedDecoding&) = delete;
+
+    /// Starts a worker to find out which layers are in force. Fails if none can be started.
+    static Result<SandboxLayers> layers();
+
+private:
+    const WorkerNursery nursery_;
+    WorkerEngine engine_;
+};
+
+} // namespace kestrine
