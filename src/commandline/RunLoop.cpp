@@ -10,33 +10,39 @@ namespace kestrine {
 
 namespace {
 
+void run(const OptionalString& path, const ResizeSets& sets) {
+    const auto job = std::make_shared<ResizeUnit>();
+    job->setValueForKey(path ? path->object() : nullptr, u"filepath");
+    job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>(sets.begin(), sets.end())),
+                        u"resizeSets");
+    job->setValueForKey(path ? path->deletingLastPathComponent().object() : nullptr, u"saveFolderPath");
+    job->resize();
+}
+
 /// The only place that catches the exceptions of a job, including lack of memory: the next file follows.
-void runJob(const OptionalString& path, const ResizeSets& sets) {
+void runJob(const NSString& argument, const OptionalString& PWD, const ResizeSets& sets) {
     try {
-        const auto job = std::make_shared<ResizeUnit>();
-        job->setValueForKey(path ? path->object() : nullptr, u"filepath");
-        job->setValueForKey(std::make_shared<NSArray>(std::vector<Object>(sets.begin(), sets.end())),
-                            u"resizeSets");
-        job->setValueForKey(path ? path->deletingLastPathComponent().object() : nullptr, u"saveFolderPath");
-        job->resize();
+        run(pathForArgument(argument, PWD), sets);
     } catch (const std::exception&) {
         return; // no output for this file
     }
 }
 
+void addExpanded(const std::string& format, CollectedOutput& output) {
+    expandFormatText(format, [&output](std::string_view piece) { output.add(piece); });
+}
+
 } // namespace
 
 void listSets(const ResizeSets& sets, StandardOutput& output) {
-    constexpr std::size_t pieceSize = 64 * 1024;
-    std::string text;
-    for (const auto& set : sets) {
-        text += expandedFormatText(set->name().value_or(u"").utf8()) + "\n";
-        if (text.size() < pieceSize)
-            continue;
-        output.write(text);
-        text.clear();
+    std::vector<std::string> names;
+    for (const auto& set : sets)
+        names.push_back(set->name().value_or(u"").utf8());
+    CollectedOutput lines(output);
+    for (const std::string& name : names) {
+        addExpanded(name, lines);
+        lines.add("\n");
     }
-    output.write(text);
 }
 
 OptionalString pathForArgument(const NSString& argument, const OptionalString& PWD) {
@@ -48,11 +54,17 @@ OptionalString pathForArgument(const NSString& argument, const OptionalString& P
 void convertFiles(const PresetSelection& selection, const OptionalString& PWD, StandardOutput& output) {
     if (selection.sets.empty())
         return;
-    for (const NSString& argument : selection.files) {
-        // Written before the job begins, so that the user sees which file is being converted.
-        output.write(expandedFormatText(argument.utf8()) + " converting...");
-        runJob(pathForArgument(argument, PWD), selection.sets);
-        output.write(" and done!!\n");
+    std::vector<std::string> shown;
+    for (const NSString& argument : selection.files)
+        shown.push_back(argument.utf8());
+    CollectedOutput line(output);
+    for (std::size_t i = 0; i < selection.files.size(); ++i) {
+        addExpanded(shown[i], line);
+        line.add(" converting...");
+        line.flush(); // before the job begins, so that the user sees which file is being converted
+        runJob(selection.files[i], PWD, selection.sets);
+        line.add(" and done!!\n");
+        line.flush();
     }
 }
 

@@ -6,6 +6,9 @@
 
 namespace kestrine {
 
+// When memory runs out before the first output, these functions throw std::bad_alloc. After that they write
+// every line, because the lines themselves need no memory.
+
 /// Writes the names of the sets, each used as a format string, one per line.
 void listSets(const ResizeSets& sets, StandardOutput& output);
 

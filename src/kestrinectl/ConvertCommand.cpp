@@ -3,6 +3,7 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ConvertChains.h"
 #include "kestrinectl/ConvertReport.h"
+#include "kestrinectl/DecoderIsolation.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/NumberBetween.h"
 #include "kestrinectl/PresetStore.h"
@@ -10,6 +11,7 @@
 #include "kestrinectl/Words.h"
 #include "models/ResizeJob.h"
 #include "platform/coregraphics/RowsAhead.h"
+#include "platform/host/process/ProcessorCount.h"
 #include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
@@ -26,11 +28,12 @@ constexpr std::uint64_t highestPixelLimit = std::uint64_t{maximumSide} * maximum
 struct ConvertRequest {
     std::vector<std::string> setNames;
     std::vector<std::string> files;
-    unsigned jobs = std::max(1U, std::thread::hardware_concurrency());
+    unsigned jobs = processorCount();
     ConvertSearch search;
     bool allowsEmpty = false;
     bool acceptsDamaged = false;
     std::uint64_t maxPixels = defaultMaximumPixels;
+    std::string isolation = "auto";
 };
 
 /// The named sets or, if none is named, the selected ones.
@@ -184,6 +187,7 @@ void run(ConvertRequest request) {
         ConvertReport report(inputs.pictures.size());
         const JobPolicy policy{.onlyWithResult = true, .refusesDamaged = !request.acceptsDamaged};
         setMaximumPixels(request.maxPixels);
+        const DecoderIsolation isolation(*isolationNamed(request.isolation), request.jobs);
         Conversion(inputs.pictures, sets, policy, report).run(request.jobs);
         done = report.done();
         failures = report.failures();
@@ -221,6 +225,16 @@ void addConvertCommand(CLI::App& program) {
                      "Refuse pictures and results with more than N pixels (default: 1073741824)")
         ->check(numberBetween(std::uint64_t{1}, highestPixelLimit))
         ->option_text("N");
+    command
+        ->add_option("--isolation", request->isolation,
+                     "Decode in worker processes with the protection that the system offers (auto), only "
+                     "with all of it (strict), or in this process (off) (default: auto)")
+        ->check(CLI::Validator(
+            [](const std::string& word) -> std::string {
+                return isolationNamed(word) ? "" : "must be auto, strict or off";
+            },
+            ""))
+        ->option_text("auto|strict|off");
     command->add_option("FILE", request->files, "Pictures, or folders to search for pictures")->required();
     command->callback([request] { run(*request); });
 }

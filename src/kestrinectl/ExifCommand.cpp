@@ -2,6 +2,7 @@
 
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/DecoderIsolation.h"
 #include "kestrinectl/ExifJSON.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/ShownPath.h"
@@ -70,11 +71,12 @@ void answerForOne(const std::string& file, Answer answer, bool isNamed) {
     const bool canBeRead = NSFileHandle::fileHandleForReadingAtPath(path) != nullptr;
     if (canBeRead || answer == asJSON)
         print(file, answerFor(path, answer), answer, isNamed);
-    if (!canBeRead)
+    if (!collector.failures().empty())
         throw CommandError(withoutPath(collector.failures().front().text, file));
 }
 
 void answerForAll(const std::vector<std::string>& words, Answer answer) {
+    const DecoderIsolation isolation(IsolationChoice::automatic, 1);
     std::string failures;
     for (const std::string& word : words) {
         const std::string file = typedWord(word);

@@ -4,6 +4,7 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/CommandHelp.h"
 #include "kestrinectl/ConvertCommand.h"
+#include "kestrinectl/DoctorCommand.h"
 #include "kestrinectl/ExifCommand.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/SetsCommand.h"
@@ -28,6 +29,7 @@ int run(int count, char** values) {
     kestrine::addSetsCommand(program);
     kestrine::addConvertCommand(program);
     kestrine::addExifCommand(program);
+    kestrine::addDoctorCommand(program);
     kestrine::addHelpCommand(program);
     try {
         program.parse(kestrine::markedWords(count, values));

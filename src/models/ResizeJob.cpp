@@ -2,12 +2,15 @@
 
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "_MyClasses/Category/ImageUtility.h"
+#include "_MyClasses/Class/ExifTag/ExifOrientation.h"
 #include "platform/appkit/NSWorkspace.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/host/FailureCollector.h"
 #include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/process/StopSignals.h"
+
+#include <algorithm>
 
 namespace kestrine {
 
@@ -165,12 +168,16 @@ private:
     bool open() {
         if (file_.opened != nullptr)
             return true;
-        Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8());
-        if (source)
-            file_.opened = *std::move(source);
-        else
+        const bool turns =
+            std::ranges::any_of(job_.sets, [](const auto& set) { return set->autoRotate() != 0; });
+        const FileQuestion question = turns ? orientationQuestionFor(job_.path) : nullptr;
+        Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8(), question);
+        if (!source) {
             noteFailure(source.failure());
-        return source.ok();
+            return false;
+        }
+        file_.opened = *std::move(source);
+        return true;
     }
 
     const ResizeJob& job_;

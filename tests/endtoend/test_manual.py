@@ -8,7 +8,7 @@ from tools import BIN, ToolTest, main
 
 SHARE = Path(__file__).resolve().parent.parent.parent / "share"
 MANUAL = SHARE / "man/man1/kestrinectl.1"
-COMMANDS = [("convert",), ("exif",), ("help",)] + [
+COMMANDS = [("convert",), ("exif",), ("doctor",), ("help",)] + [
     ("sets", name)
     for name in ("list", "show", "add", "edit", "remove", "select", "export", "import", "where")
 ]

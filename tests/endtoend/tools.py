@@ -76,10 +76,15 @@ class Typedstream:
         return self.bytes
 
 
+def is_built_with(*sanitizers):
+    """Whether the programs were built with one of these sanitizers, such as "asan"."""
+    program = (BIN / "kestrine").read_bytes()
+    return any(f"__{sanitizer}_init".encode() in program for sanitizer in sanitizers)
+
+
 def is_sanitized():
     """Whether the programs were built with a sanitizer, which reserves more address space than the limit permits."""
-    program = (BIN / "kestrine").read_bytes()
-    return b"__asan_init" in program or b"__tsan_init" in program
+    return is_built_with("asan", "tsan")
 
 
 class ToolTest(unittest.TestCase):
@@ -103,6 +108,9 @@ class ToolTest(unittest.TestCase):
     def write_preferences(self, content):
         self.preferences.parent.mkdir(parents=True, exist_ok=True)
         self.preferences.write_bytes(content)
+
+    def program(self, name):
+        return BIN / name
 
     def run_tool(self, *arguments, program="kestrine", **options):
         environment = options.pop("environment", self.environment)

@@ -44,11 +44,15 @@ public:
     explicit CountingEngine(std::optional<Reason> failure) : failure_(failure) { setCurrent(this); }
     ~CountingEngine() override { setCurrent(nullptr); }
 
-    Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file) override {
+    Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file, FileQuestion) override {
         ++openings;
         if (failure_)
             return Failure{*failure_, "on purpose"};
         return std::shared_ptr<Source>(*LocalSource::open(std::move(file)));
+    }
+
+    Result<Bytes> answer(std::shared_ptr<const ByteReader> file, FileQuestion question) override {
+        return question(file);
     }
 
     int openings = 0;

@@ -44,9 +44,20 @@ std::string synced(int file) {
 
 int recordedSync(int result, int file) { return result == 0 ? recorded(result, synced(file)) : result; }
 
+bool isTemporary(std::string_view name) { return name.ends_with(".kestrine-tmp"); }
+
 int recordedName(int result, const char* newName) { return recorded(result, std::string("name ") + newName); }
 
-bool isTemporary(std::string_view name) { return name.ends_with(".kestrine-tmp"); }
+/// Returns the error number with which the rename fails; 0 if it is made.
+int errorOfRename(const char* oldName, const char* newName) {
+    return current != nullptr && current->onRename ? current->onRename(oldName, newName) : 0;
+}
+
+int recordedRename(int result, const char* oldName, const char* newName) {
+    if (isTemporary(newName))
+        return isTemporary(oldName) ? result : recorded(result, std::string("hide ") + oldName);
+    return recordedName(result, newName);
+}
 
 } // namespace
 
@@ -87,14 +98,16 @@ int linkat(int oldFolder, const char* oldName, int newFolder, const char* newNam
 
 int renameat2(int oldFolder, const char* oldName, int newFolder, const char* newName,
               unsigned flags) noexcept {
-    if (current != nullptr && current->onRename)
-        if (const int error = current->onRename(oldName, newName); error != 0)
-            return failedWith(error);
-    return recordedName(call(SYS_renameat2, oldFolder, oldName, newFolder, newName, flags), newName);
+    if (const int error = errorOfRename(oldName, newName); error != 0)
+        return failedWith(error);
+    return recordedRename(call(SYS_renameat2, oldFolder, oldName, newFolder, newName, flags), oldName,
+                          newName);
 }
 
 int renameat(int oldFolder, const char* oldName, int newFolder, const char* newName) noexcept {
-    return recordedName(call(SYS_renameat, oldFolder, oldName, newFolder, newName), newName);
+    if (const int error = errorOfRename(oldName, newName); error != 0)
+        return failedWith(error);
+    return recordedRename(call(SYS_renameat, oldFolder, oldName, newFolder, newName), oldName, newName);
 }
 
 int unlinkat(int folder, const char* name, int flags) noexcept {

@@ -17,7 +17,7 @@ public:
     InterposedCalls(const InterposedCalls&) = delete;
     InterposedCalls& operator=(const InterposedCalls&) = delete;
 
-    /// Called before each fsync and renameat2, on the thread that makes the call. The call fails with the
+    /// Called before each fsync and rename, on the thread that makes the call. The call fails with the
     /// error number returned; 0 lets it be made. Null functions let all be made.
     std::function<int(int file)> onSync;
     std::function<int(const std::string& oldName, const std::string& newName)> onRename;
@@ -26,6 +26,7 @@ public:
     ///   "sync 3 bytes"     a file with that much content was synced
     ///   "sync /a"          a folder was synced
     ///   "name b.jpg"       a link or rename made the name
+    ///   "hide b.jpg"       it got a hidden temporary name
     ///   "remove b.jpg"     the name was removed
     /// Hidden temporary names are left out of "remove".
     std::vector<std::string> made() const;

@@ -81,7 +81,7 @@ std::uint64_t calcSizeOfDirectory(NSFileManager& manager, const NSString& path) 
     const std::optional<NSFileAttributes> attributes = manager.fileAttributesAtPath(path, false);
     if (!attributes)
         return 0;
-    if (!attributes->fileType.isSame(NSFileTypeDirectory))
+    if (!attributes->fileType.isSame(NSFileTypeDirectory()))
         return attributes->fileSize;
     const std::vector<NSString> subpaths = manager.subpathsAtPath(path);
     if (!manager.changeCurrentDirectoryPath(path))

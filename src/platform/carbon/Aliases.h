@@ -17,6 +17,6 @@ OSErr FSNewAlias(const FSRef* from, const FSRef* target, AliasHandle* alias);
 
 /// The path of the alias's item: the item at its old path, else the same item under a new name in its old
 /// folder. malformed when the bytes are not an alias of this platform; notFound when the item is not there.
-Result<std::string> pathOfAlias(ByteView alias);
+Result<std::string> pathOfAlias(ByteView bytes);
 
 } // namespace kestrine

@@ -5,7 +5,7 @@
 
 namespace kestrine {
 
-/// Replaces all parameters; -1707 when `event` is not an event.
-OSErr setParameters(AppleEvent& event, const AERecord& parameters);
+/// Replaces all parameters with `fields`; -1707 when `event` is not an event.
+OSErr setParameters(AppleEvent& event, const AERecord& fields);
 
 } // namespace kestrine

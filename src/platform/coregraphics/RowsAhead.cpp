@@ -141,4 +141,6 @@ OneThreadScope::OneThreadScope() { ++forbiddenScopes; }
 
 OneThreadScope::~OneThreadScope() { --forbiddenScopes; }
 
+bool OneThreadScope::exists() { return forbiddenScopes > 0; }
+
 } // namespace kestrine

@@ -28,6 +28,9 @@ public:
     ~OneThreadScope();
     OneThreadScope(const OneThreadScope&) = delete;
     OneThreadScope& operator=(const OneThreadScope&) = delete;
+
+    /// Whether one exists for the current thread.
+    static bool exists();
 };
 
 } // namespace kestrine

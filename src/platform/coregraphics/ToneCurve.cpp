@@ -110,7 +110,7 @@ std::optional<ToneCurve> ToneCurve::fromSamples(std::span<const std::uint16_t> s
     const double last = static_cast<double>(samples.size() - 1);
     Polyline points;
     for (std::size_t begin = 0; begin < samples.size();) {
-        const auto runEnd = std::upper_bound(samples.begin() + begin, samples.end(), samples[begin]);
+        const auto runEnd = std::ranges::upper_bound(samples, samples[begin]);
         const std::size_t end = static_cast<std::size_t>(runEnd - samples.begin());
         // A run of equal samples is placed at its middle, but at the ends of the curve at that end.
         const double middle = static_cast<double>(begin + end - 1) / 2;

@@ -9,9 +9,7 @@
 
 namespace kestrine {
 
-bool FinderFolder::isSame(const FinderFolder& other) const {
-    return status.st_dev == other.status.st_dev && status.st_ino == other.status.st_ino;
-}
+bool FinderFolder::isSame(const FinderFolder& other) const { return isSameItem(status, other.status); }
 
 bool FinderFolder::liesInOrIs(const std::string& otherPath) const {
     return joinedPath(path, "").starts_with(joinedPath(otherPath, ""));

@@ -71,8 +71,7 @@ Result<void> takeFreeName(const FolderEntry& staged, const FolderEntry& place) {
 /// Tries "a WORD.jpg", "a WORD 2.jpg", ... until one is free.
 Result<std::string> takeNameWith(const std::string& word, const FolderEntry& staged,
                                  const std::string& name) {
-    const long bound = ::fpathconf(staged.folder, _PC_NAME_MAX);
-    const std::size_t longest = bound > 0 ? static_cast<std::size_t>(bound) : 255;
+    const std::size_t longest = maxNameLengthIn(staged.folder);
     for (unsigned attempt = 1;; ++attempt) {
         const std::string number = attempt > 1 ? " " + std::to_string(attempt) : "";
         std::string candidate = nameWithAddition(name, " " + word + number, longest);

@@ -14,13 +14,9 @@ namespace kestrine {
 
 namespace {
 
-bool isSameFile(const struct stat& one, const struct stat& other) {
-    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
-}
-
 /// Compares device and inode as well as the path, because a folder can be mounted at a second path.
 bool liesInItem(const FinderFolder& folder, const FinderItem& item) {
-    return item.isFolder() && (folder.liesInOrIs(item.path()) || isSameFile(folder.status, item.status));
+    return item.isFolder() && (folder.liesInOrIs(item.path()) || isSameItem(folder.status, item.status));
 }
 
 /// The checks that are possible before anything is changed.
@@ -127,7 +123,7 @@ Result<void> moveInto(const FinderFolder& folder, const FinderItem& item, Replac
     TRY(checkTransfer(folder, item, replacing));
     const FolderEntry place = folder.entry(item.name);
     Result<struct stat> old = statusOf(place);
-    if (old && isSameFile(*old, item.status) && old->st_nlink > 1 && !item.isFolder())
+    if (old && isSameItem(*old, item.status) && old->st_nlink > 1 && !item.isFolder())
         return dropSecondName(item);
     if (old)
         return moveReplacing(folder, item);

@@ -29,6 +29,9 @@ public:
     /// `closeFile`: from then on reading gives no bytes.
     void closeFile() { reader_.reset(); }
 
+    /// What is read; null when closed.
+    const std::shared_ptr<const ByteReader>& reader() const { return reader_; }
+
 private:
     explicit NSFileHandle(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
 

@@ -8,21 +8,48 @@
 
 namespace kestrine {
 
-const NSString NSFileTypeDirectory(u"NSFileTypeDirectory");
-const NSString NSFileTypeRegular(u"NSFileTypeRegular");
-const NSString NSFileTypeSymbolicLink(u"NSFileTypeSymbolicLink");
-const NSString NSFileTypeSocket(u"NSFileTypeSocket");
-const NSString NSFileTypeCharacterSpecial(u"NSFileTypeCharacterSpecial");
-const NSString NSFileTypeBlockSpecial(u"NSFileTypeBlockSpecial");
-const NSString NSFileTypeUnknown(u"NSFileTypeUnknown");
+const NSString& NSFileTypeDirectory() {
+    static const NSString type(u"NSFileTypeDirectory");
+    return type;
+}
+
+const NSString& NSFileTypeRegular() {
+    static const NSString type(u"NSFileTypeRegular");
+    return type;
+}
+
+const NSString& NSFileTypeSymbolicLink() {
+    static const NSString type(u"NSFileTypeSymbolicLink");
+    return type;
+}
+
+const NSString& NSFileTypeSocket() {
+    static const NSString type(u"NSFileTypeSocket");
+    return type;
+}
+
+const NSString& NSFileTypeCharacterSpecial() {
+    static const NSString type(u"NSFileTypeCharacterSpecial");
+    return type;
+}
+
+const NSString& NSFileTypeBlockSpecial() {
+    static const NSString type(u"NSFileTypeBlockSpecial");
+    return type;
+}
+
+const NSString& NSFileTypeUnknown() {
+    static const NSString type(u"NSFileTypeUnknown");
+    return type;
+}
 
 namespace {
 
 struct TypeOfMode {
     mode_t mode;
-    const NSString& type;
+    const NSString& (*type)();
 };
-const TypeOfMode typesOfModes[] = {
+constexpr TypeOfMode typesOfModes[] = {
     {S_IFDIR, NSFileTypeDirectory}, {S_IFREG, NSFileTypeRegular},          {S_IFLNK, NSFileTypeSymbolicLink},
     {S_IFSOCK, NSFileTypeSocket},   {S_IFCHR, NSFileTypeCharacterSpecial}, {S_IFBLK, NSFileTypeBlockSpecial},
 };
@@ -30,8 +57,8 @@ const TypeOfMode typesOfModes[] = {
 const NSString& fileTypeOf(mode_t mode) {
     for (const TypeOfMode& row : typesOfModes)
         if (row.mode == (mode & S_IFMT))
-            return row.type;
-    return NSFileTypeUnknown;
+            return row.type();
+    return NSFileTypeUnknown();
 }
 
 /// The attributes that a new folder gets.
@@ -84,7 +111,7 @@ std::vector<NSString> NSFileManager::subpathsAtPath(const NSString& path) const 
 
 bool NSFileManager::createDirectoryAtPath(const NSString& path,
                                           const std::optional<NSFileAttributes>& attributes) {
-    const bool isPlain = !attributes || attributes->fileType.isSame(NSFileTypeSymbolicLink);
+    const bool isPlain = !attributes || attributes->fileType.isSame(NSFileTypeSymbolicLink());
     const Result<void> made =
         isPlain ? makeFolder(path.utf8()) : makeFolderWithAttributes(path.utf8(), statusFor(*attributes));
     if (!made)

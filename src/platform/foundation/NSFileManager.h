@@ -9,14 +9,15 @@
 
 namespace kestrine {
 
-// The types of items. Compare them by identity, with isSame().
-extern const NSString NSFileTypeDirectory;
-extern const NSString NSFileTypeRegular;
-extern const NSString NSFileTypeSymbolicLink;
-extern const NSString NSFileTypeSocket;
-extern const NSString NSFileTypeCharacterSpecial;
-extern const NSString NSFileTypeBlockSpecial;
-extern const NSString NSFileTypeUnknown; ///< also the type of a pipe
+// The types of items. Compare them by identity, with isSame(). Functions, so that nothing is allocated before
+// main begins.
+const NSString& NSFileTypeDirectory();
+const NSString& NSFileTypeRegular();
+const NSString& NSFileTypeSymbolicLink();
+const NSString& NSFileTypeSocket();
+const NSString& NSFileTypeCharacterSpecial();
+const NSString& NSFileTypeBlockSpecial();
+const NSString& NSFileTypeUnknown(); ///< also the type of a pipe
 
 /// The attributes of an item, named after the platform's accessors.
 struct NSFileAttributes {

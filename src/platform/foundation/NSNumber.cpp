@@ -15,7 +15,8 @@ namespace {
 template <class Integer>
 Integer integerFromDouble(double value) {
     using Limits = std::numeric_limits<Integer>;
-    constexpr double aboveLargest = 2.0 * static_cast<double>(Limits::max() / 2 + 1);
+    constexpr Integer half = Limits::max() / 2 + 1;
+    constexpr double aboveLargest = 2.0 * static_cast<double>(half);
     if (value >= aboveLargest)
         return Limits::max();
     if (value <= static_cast<double>(Limits::min()))

@@ -71,10 +71,20 @@ struct ImageCodec {
     bool (*recognises)(ByteView head);
     /// Reads the header of a recognised file.
     Result<std::unique_ptr<ImageDecoder>> (*open)(std::shared_ptr<const ByteReader> reader);
+    /// Opens the libraries that open() needs and that are not linked, for a process that can open none later.
+    /// Null if there are none.
+    void (*openLibraries)() = nullptr;
 };
 
 /// The codec that recognises the first bytes of the file; null if none does.
 const ImageCodec* codecFor(const ByteReader& reader);
+/// The same. Fails with reason "unsupported" if there is none.
+Result<const ImageCodec*> knownCodecFor(const ByteReader& reader);
+
+/// One bit if the codec has libraries to open, else 0.
+std::uint32_t librariesOf(const ImageCodec& codec);
+/// Opens the libraries of all codecs whose bits are set.
+void openLibraries(std::uint32_t codecs);
 
 /// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does, and with
 /// "implausible" if the file is too short for a picture that it claims to hold (see Plausibility.h).

@@ -80,7 +80,7 @@ Result<std::shared_ptr<const PixelBuffer>> LocalSource::decodeToKeep(std::size_t
         return std::shared_ptr<const PixelBuffer>();
     RowSourcePointer decoded = TRY(decode(frame, 8));
     PixelBuffer pixels = TRY(readAllRows(*decoded));
-    const auto kept = std::make_shared<const KeptPixels>(*std::move(memory), std::move(pixels));
+    const auto kept = std::make_shared<const KeptPixels>(KeptPixels{*std::move(memory), std::move(pixels)});
     return std::shared_ptr<const PixelBuffer>(kept, &kept->pixels);
 }
 

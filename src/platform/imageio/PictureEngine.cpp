@@ -8,8 +8,12 @@ namespace {
 
 class LocalEngine final : public PictureEngine {
 public:
-    Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file) override {
+    Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file, FileQuestion) override {
         return std::shared_ptr<Source>(TRY(LocalSource::open(std::move(file))));
+    }
+
+    Result<Bytes> answer(std::shared_ptr<const ByteReader> file, FileQuestion question) override {
+        return question(file);
     }
 };
 
@@ -22,9 +26,9 @@ PictureEngine& PictureEngine::current() { return chosen == nullptr ? inThisProce
 
 void PictureEngine::setCurrent(PictureEngine* engine) { chosen = engine; }
 
-Result<std::shared_ptr<Source>> openPicture(const std::string& path) {
+Result<std::shared_ptr<Source>> openPicture(const std::string& path, FileQuestion question) {
     std::shared_ptr<const ByteReader> file = TRY(readerOfPath(path));
-    return PictureEngine::current().open(std::move(file));
+    return PictureEngine::current().open(std::move(file), question);
 }
 
 } // namespace kestrine

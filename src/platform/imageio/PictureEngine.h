@@ -10,8 +10,12 @@ class PictureEngine {
 public:
     virtual ~PictureEngine() = default;
 
-    /// Reads the header of `file`.
-    virtual Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file) = 0;
+    /// Reads the header of `file`. `question`, unless it is null, will be asked of the source.
+    virtual Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file,
+                                                 FileQuestion question) = 0;
+
+    /// The answer to a question about a file that need not be a picture.
+    virtual Result<Bytes> answer(std::shared_ptr<const ByteReader> file, FileQuestion question) = 0;
 
     /// The engine that opens all files of this process: until setCurrent() is called, one that decodes in
     /// this process.
@@ -22,6 +26,6 @@ public:
 };
 
 /// Opens the file at `path` with the current engine.
-Result<std::shared_ptr<Source>> openPicture(const std::string& path);
+Result<std::shared_ptr<Source>> openPicture(const std::string& path, FileQuestion question = nullptr);
 
 } // namespace kestrine

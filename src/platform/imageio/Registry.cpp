@@ -21,10 +21,25 @@ const ImageCodec* codecFor(const ByteReader& reader) {
     return found == codecs.end() ? nullptr : *found;
 }
 
+Result<const ImageCodec*> knownCodecFor(const ByteReader& reader) {
+    if (const ImageCodec* codec = codecFor(reader))
+        return codec;
+    return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
+}
+
+std::uint32_t librariesOf(const ImageCodec& codec) {
+    const auto position = std::ranges::find(codecs, &codec) - codecs.begin();
+    return codec.openLibraries == nullptr ? 0 : std::uint32_t{1} << position;
+}
+
+void openLibraries(std::uint32_t chosen) {
+    for (const ImageCodec* codec : codecs)
+        if ((chosen & librariesOf(*codec)) != 0)
+            codec->openLibraries();
+}
+
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader) {
-    const ImageCodec* codec = codecFor(*reader);
-    if (codec == nullptr)
-        return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
+    const ImageCodec* codec = TRY(knownCodecFor(*reader));
     std::unique_ptr<ImageDecoder> decoder = TRY(codec->open(reader));
     for (const FrameDescription& frame : decoder->frames())
         TRY(checkPlausible(frame, reader->size()));

@@ -49,7 +49,8 @@ public:
     Result<RowSourcePointer> build() {
         RowPlan plan = planRows(picture_);
         const int eighths = chooseEighths(plan);
-        memory_ = TRY(budgetForHeldPictures().reserve(bytesToHold(plan)));
+        const bool isDecoded = source_.holdsPixels(picture_.frame);
+        memory_ = TRY(budgetForHeldPictures().reserve(bytesToHold(picture_, keeps16Bits_, isDecoded)));
         RowSourcePointer rows = TRY(source_.rows(picture_.frame, eighths));
         const bool isCostly = !picture_.description().isUncompressed && !source_.holdsPixels(picture_.frame);
         RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(rows)) : std::move(rows);
@@ -61,16 +62,6 @@ public:
     }
 
 private:
-    /// The memory that decoding and turning need together. All of it is reserved in one step, because a job
-    /// must not wait for memory while it holds some.
-    std::uint64_t bytesToHold(const RowPlan& plan) const {
-        RowFormat turned = picture_.format();
-        if (!keeps16Bits_)
-            turned.depth = SampleDepth::bits8;
-        return (plan.quarterTurns == 0 ? 0 : turned.bytes())
-               + (source_.holdsPixels(picture_.frame) ? 0 : picture_.description().heldBytes);
-    }
-
     /// If the first step is a reduction, lets the decoder do a part of it and adapts the step.
     int chooseEighths(RowPlan& plan) const {
         if (plan.steps.empty() || !picture_.description().canReduce || source_.keepsPixels(picture_.frame))
@@ -144,6 +135,14 @@ RowPlan planRows(const Picture& picture) {
         }
     }
     return plan;
+}
+
+std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecoded) {
+    RowFormat turned = picture.format();
+    if (!keeps16Bits)
+        turned.depth = SampleDepth::bits8;
+    return (planRows(picture).quarterTurns == 0 ? 0 : turned.bytes())
+           + (isDecoded ? 0 : picture.description().heldBytes);
 }
 
 int decodingEighths(const Resampling& resampling) {

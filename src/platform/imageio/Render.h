@@ -28,6 +28,11 @@ Result<Bytes> render(const Picture& picture, const Output& output);
 /// The picture's pixels, in its format().
 Result<PixelBuffer> readPixels(const Picture& picture);
 
+/// The memory for whole pictures that decoding and turning need, in bytes. All of it must be reserved in one
+/// step, because a job must not wait for memory while it holds some. `isDecoded`: the pixels of the source
+/// are in memory already.
+std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecoded);
+
 /// The steps of a picture in an order that suits rows: first all other steps, in the orientation of the
 /// source, then one turn.
 struct RowPlan {

@@ -68,7 +68,7 @@ TEST(NSFileManager, attributesContainTypeSizeAndDate) {
     setModificationDate(file, {1'200'000'000, 123'456'789});
     const std::optional<NSFileAttributes> attributes = manager().fileAttributesAtPath(text(file), false);
     ASSERT_TRUE(attributes);
-    EXPECT_TRUE(attributes->fileType.isSame(NSFileTypeRegular));
+    EXPECT_TRUE(attributes->fileType.isSame(NSFileTypeRegular()));
     EXPECT_EQ(attributes->fileSize, 5u);
     EXPECT_EQ(attributes->fileModificationDate, (NSDate{1'200'000'000, 123'456'789}));
     EXPECT_FALSE(manager().fileAttributesAtPath(text(folder / "missing"), false));
@@ -79,9 +79,9 @@ TEST(NSFileManager, attributesBelongToTheLinkOrToItsTarget) {
     fs::create_directory(folder / "real");
     fs::create_directory_symlink("real", folder / "link");
     const NSString link = text(folder / "link");
-    EXPECT_TRUE(manager().fileAttributesAtPath(link, false)->fileType.isSame(NSFileTypeSymbolicLink));
+    EXPECT_TRUE(manager().fileAttributesAtPath(link, false)->fileType.isSame(NSFileTypeSymbolicLink()));
     EXPECT_EQ(manager().fileAttributesAtPath(link, false)->fileSize, 4u) << "the length of its target";
-    EXPECT_TRUE(manager().fileAttributesAtPath(link, true)->fileType.isSame(NSFileTypeDirectory));
+    EXPECT_TRUE(manager().fileAttributesAtPath(link, true)->fileType.isSame(NSFileTypeDirectory()));
     fs::remove(folder / "real");
     EXPECT_FALSE(manager().fileAttributesAtPath(link, true));
 }
@@ -90,9 +90,9 @@ TEST(NSFileManager, otherKindsOfItemsHaveTheirTypes) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_TRUE(
-        manager().fileAttributesAtPath(text(folder / "pipe"), false)->fileType.isSame(NSFileTypeUnknown));
+        manager().fileAttributesAtPath(text(folder / "pipe"), false)->fileType.isSame(NSFileTypeUnknown()));
     EXPECT_TRUE(
-        manager().fileAttributesAtPath(u"/dev/null", false)->fileType.isSame(NSFileTypeCharacterSpecial));
+        manager().fileAttributesAtPath(u"/dev/null", false)->fileType.isSame(NSFileTypeCharacterSpecial()));
 }
 
 TEST(NSFileManager, subpathsAreRelativeAndDoNotFollowLinks) {

@@ -89,7 +89,7 @@ TEST_F(TrashedFile, isRemovedOnlyAfterItsCopyAndTheTrashAreSynced) {
         EXPECT_THAT(calls.made(),
                     ElementsAre("sync 7 bytes", "sync 7 bytes",
                                 "sync " + std::to_string(recordSize) + " bytes", "name a.jpg",
-                                "sync " + trash_ + "/info", "sync " + trash_ + "/files", "remove a.jpg"));
+                                "sync " + trash_ + "/info", "sync " + trash_ + "/files", "hide a.jpg"));
     });
 }
 

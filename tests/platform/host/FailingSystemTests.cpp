@@ -177,6 +177,15 @@ TEST(FailingSystem, anEntryOfUnknownMountCountsAsMountPoint) {
     });
 }
 
+TEST(FailingSystem, theTopFolderOfAnUnknownMountIsAFailure) {
+    const TemporaryFolder folder;
+    runIsolated([&] {
+        if (!failSystemCall(SYS_statx, EIO))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        EXPECT_EQ(topFolderOf(folder.path().string()).failure().reason, Reason::inputOutput);
+    });
+}
+
 TEST(FailingSystem, anErrorOnClosingFailsTheWriting) {
     const TemporaryFolder folder;
     const FileDescriptor file(::open(folder.write("a", "content").c_str(), O_RDWR | O_CLOEXEC));

@@ -1,10 +1,14 @@
 #include "_MyClasses/Class/ExifTag/ExifAccessor.h"
 #include "_MyClasses/Class/ExifTag/ByteOrder.h"
+#include "_MyClasses/Class/ExifTag/ExifQuestions.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "_MyClasses/Class/ExifTag/NumberText.h"
+#include "_MyClasses/Class/ExifTag/TagMessage.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileHandle.h"
+#include "platform/host/FailureCollector.h"
+#include "platform/imageio/PictureEngine.h"
 
 #include <cmath>
 
@@ -130,16 +134,30 @@ NSString decimalText(const NSNumber& number, const NSString&) {
 } // namespace
 
 TagDictionaryPointer ExifTagReader::tagDictionary() {
-    if (tagDictionary_)
-        return tagDictionary_;
-    const auto handle =
-        file_ ? NSFileHandle::fileHandleWithReader(file_) : NSFileHandle::fileHandleForReadingAtPath(path_);
-    if (!handle)
-        return tagDictionary_ = std::make_shared<const TagDictionary>();
-    const OpenHandle open(*this, *handle);
-    if (std::optional<TagDictionary> tags = getTags())
-        tagDictionary_ = std::make_shared<const TagDictionary>(std::move(*tags));
+    if (tagDictionary_ == nullptr)
+        tagDictionary_ = file_ != nullptr ? tagsHere() : tagsFromEngine();
     return tagDictionary_;
+}
+
+TagDictionaryPointer ExifTagReader::tagsHere() {
+    const auto handle = NSFileHandle::fileHandleWithReader(file_);
+    const OpenHandle open(*this, *handle);
+    std::optional<TagDictionary> tags = getTags();
+    return tags ? std::make_shared<const TagDictionary>(std::move(*tags)) : nullptr;
+}
+
+TagDictionaryPointer ExifTagReader::tagsFromEngine() {
+    const auto handle = NSFileHandle::fileHandleForReadingAtPath(path_);
+    if (!handle)
+        return std::make_shared<const TagDictionary>();
+    const Result<Bytes> answer = PictureEngine::current().answer(handle->reader(), tagsOf);
+    const std::optional<ReadTags> read = answer ? readTagsIn(*answer) : std::nullopt;
+    if (!read) {
+        noteFailure(answer ? Failure{Reason::crashed, "the decoder crashed"} : answer.failure());
+        return nullptr;
+    }
+    app1Offset_ = read->app1Offset;
+    return read->tags;
 }
 
 IFDDictionaryPointer ExifTagReader::IFD0Dict() { return getSubDict(tagDictionary().get(), IFD0Name); }

@@ -16,6 +16,7 @@
 #endif
 
 // clang-format off
+// NOLINTBEGIN(misc-definitions-in-headers): the rows define functions only in ExifAccessor.cpp
 
 //    accessor                     directory tag     rule              result
 VALUE(maker,                       IFD0,   0x010F, raw,              StoredValue)
@@ -80,6 +81,7 @@ LOCALIZED(subjectDistanceRange, subjectDistanceRangeNumber, "subjectDistanceRang
 // Display accessors with a separate function in ExifAccessor.cpp.
 COMPUTED(digitalZoomRatio)
 
+// NOLINTEND(misc-definitions-in-headers)
 // clang-format on
 
 #undef VALUE

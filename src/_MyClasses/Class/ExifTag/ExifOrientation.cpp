@@ -1,38 +1,34 @@
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
 
+#include "_MyClasses/Class/ExifTag/ExifQuestions.h"
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
-#include "platform/foundation/NSException.h"
-
-#include <algorithm>
+#include "platform/foundation/NSFileHandle.h"
+#include "platform/host/FailureCollector.h"
 
 namespace kestrine {
 
 namespace {
 
-/// A number that does not fit in one byte is not an orientation.
-int orientationIn(ExifTagReader& reader) {
-    try {
-        const auto orientation = reader.imageDirectionNumber();
-        const int number = orientation ? orientation->intValue() : 0;
-        return number == std::clamp(number, 0, 255) ? number : 0;
-    } catch (const NSException&) {
-        return 0;
-    }
-}
-
-/// One byte: the orientation.
-Result<Bytes> orientationOf(const std::shared_ptr<const ByteReader>& file) {
-    return Bytes{static_cast<std::uint8_t>(orientationIn(*ExifTagReader::initWithFile(file)))};
+Result<Bytes> answerFor(const PictureFile& file, FileQuestion question) {
+    if (file.opened != nullptr)
+        return file.opened->answer(question);
+    const auto handle = NSFileHandle::fileHandleForReadingAtPath(*file.path);
+    return handle ? PictureEngine::current().answer(handle->reader(), question) : Bytes();
 }
 
 } // namespace
 
+FileQuestion orientationQuestionFor(const NSString& path) {
+    return ExifTagReader::acceptsName(path) ? orientationOf : nullptr;
+}
+
 int exifOrientation(const PictureFile& file) {
-    if (!file.path || !ExifTagReader::acceptsName(*file.path))
+    const FileQuestion question = file.path ? orientationQuestionFor(*file.path) : nullptr;
+    if (question == nullptr)
         return 0;
-    if (file.opened == nullptr)
-        return orientationIn(*ExifTagReader::initWithPath(*file.path));
-    const Result<Bytes> answer = file.opened->answer(orientationOf);
+    const Result<Bytes> answer = answerFor(file, question);
+    if (!answer)
+        noteFailure(answer.failure());
     return answer && answer->size() == 1 ? answer->front() : 0;
 }
 

@@ -9,4 +9,7 @@ namespace kestrine {
 /// name ExifTagReader does not accept.
 int exifOrientation(const PictureFile& file);
 
+/// The question that exifOrientation() asks of a file with this path; null if it asks none.
+FileQuestion orientationQuestionFor(const NSString& path);
+
 } // namespace kestrine

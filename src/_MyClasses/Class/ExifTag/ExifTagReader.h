@@ -47,7 +47,8 @@ public:
     // Group accessor: the tag dictionary (ExifAccessor.cpp).
 
     /// `tagDictionary`: the same dictionary at every call; empty when the file cannot be opened. Nil when the
-    /// file has no EXIF data that this reader accepts; the next call then reads the file again.
+    /// file has no EXIF data that this reader accepts; the next call then reads the file again. A file at a
+    /// path is read by the current PictureEngine, whose failures are noted and count as no EXIF data.
     TagDictionaryPointer tagDictionary();
     /// `IFD0Dict`, `IFD1Dict`, `subIFDDict`: one directory of tagDictionary(), or nil.
     IFDDictionaryPointer IFD0Dict();
@@ -139,6 +140,11 @@ public:
 
 private:
     explicit ExifTagReader(NSString path) : path_(std::move(path)) {}
+
+    /// The tags of file_, read in this process.
+    TagDictionaryPointer tagsHere();
+    /// The tags of the file at path_, read where the current engine decodes files.
+    TagDictionaryPointer tagsFromEngine();
 
     /// The file position of an offset in the TIFF data.
     std::uint64_t positionOf(std::uint32_t offset) const { return std::uint64_t{app1Offset_} + 12 + offset; }

@@ -20,6 +20,12 @@ ByteView withoutByteOrderMark(ByteView content) {
     return hasMark ? content.subspan(mark.size()) : content;
 }
 
+/// libplist does not check its own allocations. So a lack of memory is noticed before it reads anything.
+void checkMemoryFor(ByteView content) {
+    constexpr std::size_t bytesPerByte = 16, leastBytes = 256 * 1024;
+    ::operator delete(::operator new(content.size() * bytesPerByte + leastBytes));
+}
+
 using Writer = decltype(plist_to_bin);
 
 Bytes written(plist_t root, Writer* write) {
@@ -42,6 +48,7 @@ Result<PropertyList> PropertyList::fromBytes(ByteView content) {
     TRY(checkPropertyListBounds(content));
     const Form form = isBinaryPropertyList(content) ? Form::binary : Form::xml;
     const ByteView parsed = withoutByteOrderMark(content);
+    checkMemoryFor(parsed);
     const auto* text = reinterpret_cast<const char*>(parsed.data());
     const auto length = static_cast<std::uint32_t>(parsed.size());
     plist_t root = nullptr;

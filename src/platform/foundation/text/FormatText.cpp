@@ -27,11 +27,16 @@ struct Conversion {
     char letter = 0;
 };
 
-/// A converted field. Padding zeros are inserted between the prefix (sign, "0x") and the body.
+/// A converted field. Padding zeros are inserted between the prefix and the digits.
 struct Field {
-    std::string prefix;
-    std::string body;
+    std::string_view sign;   ///< or any other text that has no digits after it
+    std::string_view base;   ///< "0x"
+    std::string_view start;  ///< "0." or "0"
+    std::size_t zeros = 0;   ///< after the start
+    std::string_view ending; ///< "e+00"
     bool takesZeros = false;
+
+    std::size_t length() const { return sign.size() + base.size() + start.size() + zeros + ending.size(); }
 };
 
 /// Parses one conversion.
@@ -123,7 +128,7 @@ Field fixedNumber(const Conversion& conversion);
 Field generalNumber(const Conversion& conversion);
 Field hexadecimalNumber(const Conversion& conversion);
 Field absentText(const Conversion& conversion);
-Field absentPointer(const Conversion&) { return {"", "(nil)"}; }
+Field absentPointer(const Conversion&) { return {.sign = "(nil)"}; }
 Field noText(const Conversion&) { return {}; }
 
 struct ConversionRow {
@@ -144,7 +149,7 @@ constexpr std::array<ConversionRow, 11> conversions{{
     {"cC", noText},
 }};
 
-std::string signOf(const Conversion& conversion) {
+std::string_view signOf(const Conversion& conversion) {
     return conversion.signAlways ? "+" : conversion.signOrSpace ? " " : "";
 }
 
@@ -152,35 +157,37 @@ bool isUpperCase(char letter) { return letter >= 'A' && letter <= 'Z'; }
 
 /// Zero with `precision` digits. A precision of 0 gives no digit.
 Field unsignedInteger(const Conversion& conversion) {
-    return {"", std::string(conversion.precision.value_or(1), '0'), !conversion.precision};
+    return {.zeros = conversion.precision.value_or(1), .takesZeros = !conversion.precision};
 }
 
 Field signedInteger(const Conversion& conversion) {
     Field field = unsignedInteger(conversion);
-    field.prefix = signOf(conversion);
+    field.sign = signOf(conversion);
     return field;
 }
 
 Field octalInteger(const Conversion& conversion) {
     Field field = unsignedInteger(conversion);
-    if (conversion.alternateForm && field.body.empty())
-        field.body = "0";
+    if (conversion.alternateForm && field.zeros == 0)
+        field.zeros = 1;
     return field;
 }
 
 /// "0" with a fraction of `digits` zeros. `alwaysPoint` adds the point even without a fraction.
-std::string zeroWithFraction(std::size_t digits, bool alwaysPoint) {
-    return (digits > 0 || alwaysPoint ? "0." : "0") + std::string(digits, '0');
+Field zeroWithFraction(const Conversion& conversion, std::size_t digits, bool alwaysPoint) {
+    return {.sign = signOf(conversion),
+            .start = digits > 0 || alwaysPoint ? "0." : "0",
+            .zeros = digits,
+            .takesZeros = true};
 }
 
 Field fixedNumber(const Conversion& conversion) {
-    return {signOf(conversion), zeroWithFraction(conversion.precision.value_or(6), conversion.alternateForm),
-            true};
+    return zeroWithFraction(conversion, conversion.precision.value_or(6), conversion.alternateForm);
 }
 
 Field exponentNumber(const Conversion& conversion) {
     Field field = fixedNumber(conversion);
-    field.body += isUpperCase(conversion.letter) ? "E+00" : "e+00";
+    field.ending = isUpperCase(conversion.letter) ? "E+00" : "e+00";
     return field;
 }
 
@@ -188,69 +195,109 @@ Field exponentNumber(const Conversion& conversion) {
 Field generalNumber(const Conversion& conversion) {
     const std::size_t digits = std::max<std::size_t>(conversion.precision.value_or(6), 1);
     const bool alternate = conversion.alternateForm;
-    return {signOf(conversion), zeroWithFraction(alternate ? digits - 1 : 0, alternate), true};
+    return zeroWithFraction(conversion, alternate ? digits - 1 : 0, alternate);
 }
 
 Field hexadecimalNumber(const Conversion& conversion) {
     const bool upper = isUpperCase(conversion.letter);
-    return {signOf(conversion) + (upper ? "0X" : "0x"),
-            zeroWithFraction(conversion.precision.value_or(0), conversion.alternateForm)
-                + (upper ? "P+0" : "p+0"),
-            true};
+    Field field = zeroWithFraction(conversion, conversion.precision.value_or(0), conversion.alternateForm);
+    field.base = upper ? "0X" : "0x";
+    field.ending = upper ? "P+0" : "p+0";
+    return field;
 }
 
 /// "(null)" is never shortened: a smaller precision gives an empty string.
 Field absentText(const Conversion& conversion) {
     constexpr std::string_view shown = "(null)";
-    return {"", conversion.precision.value_or(shown.size()) < shown.size() ? "" : std::string(shown)};
+    return {.sign = conversion.precision.value_or(shown.size()) < shown.size() ? "" : shown};
 }
 
-std::string padded(const Field& field, const Conversion& conversion) {
-    const std::size_t length = field.prefix.size() + field.body.size();
+/// Passes the output on and counts it.
+class CountedOutput {
+public:
+    explicit CountedOutput(const FormatTextOutput& output) : output_(output) {}
+
+    std::size_t count() const { return count_; }
+
+    void add(std::string_view bytes) {
+        if (!bytes.empty())
+            output_(bytes);
+        count_ += bytes.size();
+    }
+
+    void repeat(std::string_view block, std::size_t count) {
+        for (; count > block.size(); count -= block.size())
+            add(block);
+        add(block.substr(0, count));
+    }
+
+private:
+    const FormatTextOutput& output_;
+    std::size_t count_ = 0;
+};
+
+constexpr std::string_view zeros = "00000000000000000000000000000000";
+constexpr std::string_view spaces = "                                ";
+
+void addPadded(const Field& field, const Conversion& conversion, CountedOutput& output) {
+    const std::size_t length = field.length();
     const std::size_t missing = conversion.width > length ? conversion.width - length : 0;
+    const bool padsWithZeros = conversion.zeroPadded && field.takesZeros;
+    if (!conversion.leftAligned && !padsWithZeros)
+        output.repeat(spaces, missing);
+    output.add(field.sign);
+    output.add(field.base);
+    if (!conversion.leftAligned && padsWithZeros)
+        output.repeat(zeros, missing);
+    output.add(field.start);
+    output.repeat(zeros, field.zeros);
+    output.add(field.ending);
     if (conversion.leftAligned)
-        return field.prefix + field.body + std::string(missing, ' ');
-    if (conversion.zeroPadded && field.takesZeros)
-        return field.prefix + std::string(missing, '0') + field.body;
-    return std::string(missing, ' ') + field.prefix + field.body;
+        output.repeat(spaces, missing);
 }
 
-/// The output of a conversion. Empty if the letter is unknown.
-std::optional<std::string> shown(Conversion conversion) {
+/// Returns whether the letter is known.
+bool addConverted(Conversion conversion, CountedOutput& output) {
     if (conversion.letter == '%')
-        return "%";
+        return output.add("%"), true;
     if (conversion.letter == 'n')
-        return "";
+        return true;
     // "%c" prints a zero character, which counts for the width but is not visible.
     if ((conversion.letter == 'c' || conversion.letter == 'C') && conversion.width > 0)
         conversion.width--;
     for (const ConversionRow& row : conversions)
         if (row.letters.find(conversion.letter) != std::string_view::npos)
-            return padded(row.convert(conversion), conversion);
-    return std::nullopt;
+            return addPadded(row.convert(conversion), conversion, output), true;
+    return false;
 }
 
 } // namespace
 
-std::string expandedFormatText(std::string_view bytes) {
+void expandFormatText(std::string_view bytes, const FormatTextOutput& text) {
     bytes = bytes.substr(0, bytes.find('\0'));
-    std::string text;
+    CountedOutput output(text);
     for (std::size_t i = 0; i < bytes.size();) {
         const std::size_t percent = std::min(bytes.find('%', i), bytes.size());
-        text += bytes.substr(i, percent - i);
+        output.add(bytes.substr(i, percent - i));
         if (percent == bytes.size())
-            break;
+            return;
         ConversionReader reader(bytes.substr(percent + 1));
         std::optional<Conversion> conversion = reader.read();
         if (!conversion)
-            break;
-        if (text.size() > bytes.size() + maxGrowth) {
+            return;
+        if (output.count() > bytes.size() + maxGrowth) {
             conversion->width = 0;
             conversion->precision.reset();
         }
         i = percent + 1 + reader.bytesRead();
-        text += shown(*conversion).value_or(std::string(bytes.substr(percent, i - percent)));
+        if (!addConverted(*conversion, output))
+            output.add(bytes.substr(percent, i - percent));
     }
+}
+
+std::string expandedFormatText(std::string_view bytes) {
+    std::string text;
+    expandFormatText(bytes, [&text](std::string_view piece) { text += piece; });
     return text;
 }
 

@@ -2,6 +2,7 @@
 // formatter and without reading any arguments, so the result is always the same.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -18,5 +19,9 @@ namespace kestrine {
 /// Width and precision are limited to 4096. They are ignored when the output is more than 1 MiB longer than
 /// the input.
 std::string expandedFormatText(std::string_view bytes);
+
+/// Passes the same output on in pieces. Allocates no memory.
+using FormatTextOutput = std::function<void(std::string_view piece)>;
+void expandFormatText(std::string_view bytes, const FormatTextOutput& text);
 
 } // namespace kestrine

@@ -1,10 +1,10 @@
 #include "platform/host/files/AtomicFile.h"
 
 #include "platform/host/files/Folders.h"
+#include "platform/host/files/NamelessFile.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/host/files/PublishMechanisms.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
@@ -15,13 +15,6 @@
 namespace kestrine {
 
 namespace {
-
-/// The errors of file systems, kernels and sandboxes that lack nameless files or cannot link them. ENOENT
-/// means that /proc is not mounted.
-bool namelessFileIsMissing(int error) {
-    constexpr std::array errors{EOPNOTSUPP, EISDIR, EINVAL, ENOSYS, ENOENT, EPERM, EACCES, EXDEV};
-    return std::find(errors.begin(), errors.end(), error) != errors.end();
-}
 
 /// The outcome of the search for a free name: the path, and the error number if the search failed.
 struct Naming {
@@ -62,17 +55,16 @@ Result<void> writeContent(int file, ByteView content, Durability durability) {
 std::optional<Result<std::string>> publishNameless(int folder, const std::string& folderPath,
                                                    const CandidatePaths& candidates, ByteView content,
                                                    Durability durability) {
-    const FileDescriptor file(::openat(folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
-    if (!file.isOpen() && namelessFileIsMissing(errno))
+    Result<NamelessFile> file = NamelessFile::create(folder, O_WRONLY, 0666, folderPath);
+    if (!file && file.failure().reason == Reason::unsupported)
         return std::nullopt;
-    if (!file.isOpen())
-        return systemFailure("cannot create a file in " + folderPath);
-    TRY(writeContent(file.number(), content, durability));
-    const std::string source = "/proc/self/fd/" + std::to_string(file.number());
+    if (!file)
+        return file.failure();
+    TRY(writeContent(file->descriptor(), content, durability));
     const Naming naming = takeFirstFree(candidates, [&](const std::string& name) {
-        return ::linkat(AT_FDCWD, source.c_str(), folder, name.c_str(), AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
+        return file->giveName({folder, name});
     });
-    if (namelessFileIsMissing(naming.error))
+    if (NamelessFile::isMissing(naming.error))
         return std::nullopt;
     return pathOf(naming);
 }

@@ -32,6 +32,7 @@ public:
     FileReader(FileDescriptor file, std::uint64_t size) : file_(std::move(file)), size_(size) {}
 
     std::uint64_t size() const override { return size_; }
+    int descriptor() const override { return file_.number(); }
 
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const override {
         std::size_t done = 0;
@@ -73,8 +74,11 @@ Result<std::shared_ptr<const ByteReader>> readerOfFile(FileDescriptor file) {
         return systemFailure("cannot examine the input");
     if (!S_ISREG(status.st_mode))
         return Failure{Reason::notRegularFile, "the input is not a regular file"};
-    const auto size = static_cast<std::uint64_t>(status.st_size);
-    return std::shared_ptr<const ByteReader>(std::make_shared<FileReader>(std::move(file), size));
+    return readerOfFile(std::move(file), static_cast<std::uint64_t>(status.st_size));
+}
+
+std::shared_ptr<const ByteReader> readerOfFile(FileDescriptor file, std::uint64_t size) {
+    return std::make_shared<FileReader>(std::move(file), size);
 }
 
 Result<std::shared_ptr<const ByteReader>> readerOfPath(const std::string& path) {

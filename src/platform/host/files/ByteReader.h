@@ -21,6 +21,9 @@ public:
     /// `into` only at the end of the input or after a system error.
     virtual std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const = 0;
 
+    /// The descriptor of the open file that is read, which the reader keeps; -1 if the bytes are in memory.
+    virtual int descriptor() const { return -1; }
+
     /// All bytes. Fails with tooLarge if there are more than `limit`, and with truncated if the input has
     /// become shorter since the reader was created.
     Result<Bytes> readAll(std::uint64_t limit) const;
@@ -32,6 +35,9 @@ std::shared_ptr<const ByteReader> readerOfBytes(Bytes bytes);
 /// Reads from an open regular file. The reader owns the descriptor, so it keeps working after the file was
 /// moved or removed. Fails with notRegularFile for anything else.
 Result<std::shared_ptr<const ByteReader>> readerOfFile(FileDescriptor file);
+
+/// Reads from an open file of which `size` bytes are used. For processes that may not ask for the size.
+std::shared_ptr<const ByteReader> readerOfFile(FileDescriptor file, std::uint64_t size);
 
 /// Opens the regular file at `path` for reading. `path` is passed to the system unchanged.
 Result<std::shared_ptr<const ByteReader>> readerOfPath(const std::string& path);

@@ -1,6 +1,8 @@
 #include "platform/host/files/ExclusiveRename.h"
 
 #include "platform/host/files/FileDescriptor.h"
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -24,13 +26,27 @@ int renameExclusively(const FolderEntry& from, const FolderEntry& to) {
                : errno;
 }
 
+bool isSameEntry(const FolderEntry& one, const FolderEntry& other) {
+    const Result<struct stat> first = statusOf(one), second = statusOf(other);
+    return first && second && isSameItem(*first, *second);
+}
+
+/// Another process may have put a new file under the old name since the link was made. That one stays.
 int linkThenUnlink(const FolderEntry& from, const FolderEntry& to) {
     if (::linkat(from.folder, from.name.c_str(), to.folder, to.name.c_str(), 0) != 0)
         return errno;
-    if (::unlinkat(from.folder, from.name.c_str(), 0) == 0)
+    const FolderEntry aside{from.folder, temporaryName()};
+    int error = setAside(from, aside);
+    if (error == 0 && !isSameEntry(aside, to)) {
+        putBack(aside, from);
         return 0;
-    const int error = errno;
-    ::unlinkat(to.folder, to.name.c_str(), 0);
+    }
+    if (error == 0 && ::unlinkat(aside.folder, aside.name.c_str(), 0) != 0) {
+        error = errno;
+        putBack(aside, from);
+    }
+    if (error != 0)
+        ::unlinkat(to.folder, to.name.c_str(), 0);
     return error;
 }
 
@@ -72,6 +88,18 @@ int renameWithoutReplacing(const FolderEntry& from, const FolderEntry& to, Renam
         mechanisms.hardLink = false;
     }
     return renameOverReservation(from, to, isFolder);
+}
+
+int setAside(const FolderEntry& place, const FolderEntry& aside) {
+    return ::renameat(place.folder, place.name.c_str(), aside.folder, aside.name.c_str()) == 0 ? 0 : errno;
+}
+
+void putBack(const FolderEntry& aside, const FolderEntry& place) {
+    const std::size_t maxLength = maxNameLengthIn(place.folder);
+    RenameMechanisms mechanisms;
+    FolderEntry back = place;
+    for (unsigned attempt = 2; renameWithoutReplacing(aside, back, mechanisms) == EEXIST; ++attempt)
+        back.name = nameWithAddition(place.name, "." + std::to_string(attempt), maxLength);
 }
 
 } // namespace kestrine

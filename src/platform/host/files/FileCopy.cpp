@@ -85,23 +85,26 @@ Result<void> copyAttributes(int from, int to, const struct stat& status, Attribu
     return {};
 }
 
-Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, const struct stat& status,
-                             AttributeLoss loss) {
+Result<void> fillCopy(const FolderEntry& from, int copy, const struct stat& status, AttributeLoss loss) {
     const FileDescriptor source(
         ::openat(from.folder, from.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!source.isOpen())
         return systemFailure("cannot open " + from.name);
+    struct stat opened {};
+    if (::fstat(source.number(), &opened) != 0 || !isSameItem(opened, status))
+        return changedDuringCopy();
+    TRY(copyAndVerify(source.number(), copy, status.st_size));
+    TRY(copyAttributes(source.number(), copy, status, loss));
+    return finishWriting(copy, Durability::synced);
+}
+
+Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, const struct stat& status,
+                             AttributeLoss loss) {
     const FileDescriptor target(
         ::openat(to.folder, to.name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!target.isOpen())
         return systemFailure("cannot create a copy of " + from.name);
-    struct stat opened {};
-    if (::fstat(source.number(), &opened) != 0 || opened.st_ino != status.st_ino
-        || opened.st_dev != status.st_dev)
-        return changedDuringCopy();
-    TRY(copyAndVerify(source.number(), target.number(), status.st_size));
-    TRY(copyAttributes(source.number(), target.number(), status, loss));
-    return finishWriting(target.number(), Durability::synced);
+    return fillCopy(from, target.number(), status, loss);
 }
 
 Result<void> copySymbolicLink(const FolderEntry& from, const FolderEntry& to, const struct stat& status) {

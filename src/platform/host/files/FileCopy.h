@@ -6,9 +6,14 @@
 
 namespace kestrine {
 
-/// Creates the file `to` as a copy of `from` with its bytes, extended attributes (see AttributeLoss), mode
-/// and times, and with its owner if possible. On success the bytes have been synced, read back and compared.
-/// `status` is the status of `from` before the copy; fails with truncated if the file has changed since.
+/// Makes the empty file that is open for reading and writing as `copy` a copy of `from` with its bytes,
+/// extended attributes (see AttributeLoss), mode and times, and with its owner if possible. On success the
+/// bytes have been synced, read back and compared. `status` is the status of `from` before the copy; fails
+/// with truncated if the file has changed since.
+Result<void> fillCopy(const FolderEntry& from, int copy, const struct stat& status,
+                      AttributeLoss loss = AttributeLoss::refused);
+
+/// fillCopy() into the new file `to`.
 Result<void> copyRegularFile(const FolderEntry& from, const FolderEntry& to, const struct stat& status,
                              AttributeLoss loss = AttributeLoss::refused);
 

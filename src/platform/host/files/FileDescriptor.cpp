@@ -29,6 +29,7 @@ Reason reasonOfErrorNumber(int errorNumber) {
         return Reason::tooLarge;
     case EOPNOTSUPP:
     case ENOSYS:
+    case EXDEV:
         return Reason::unsupported;
     default:
         return Reason::inputOutput;

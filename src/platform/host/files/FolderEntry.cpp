@@ -17,6 +17,10 @@ Result<struct stat> statusOf(const FolderEntry& entry) {
     return status;
 }
 
+bool isSameItem(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
 std::string temporaryName() {
     std::uint64_t number = 0;
     if (::getentropy(&number, sizeof number) != 0)

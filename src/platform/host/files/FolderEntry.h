@@ -17,6 +17,9 @@ struct FolderEntry {
 /// The status of the entry itself; a link is not followed.
 Result<struct stat> statusOf(const FolderEntry& entry);
 
+/// Whether both are the status of the same file, folder or link, whatever its name and content are.
+bool isSameItem(const struct stat& one, const struct stat& other);
+
 /// A random name for a temporary item: ".<16 hexadecimal digits>.kestrine-tmp".
 std::string temporaryName();
 

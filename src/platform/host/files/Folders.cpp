@@ -8,6 +8,7 @@
 #include <memory>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace kestrine {
 
@@ -71,6 +72,11 @@ Result<std::vector<std::string>> namesIn(int folder) {
     if (errno != 0)
         return systemFailure("cannot list a folder");
     return names;
+}
+
+std::size_t maxNameLengthIn(int folder) {
+    const long length = ::fpathconf(folder, _PC_NAME_MAX);
+    return length > 0 ? static_cast<std::size_t>(length) : 255;
 }
 
 } // namespace kestrine

@@ -29,4 +29,7 @@ Result<FileDescriptor> openSubfolder(const FolderEntry& entry);
 /// The names in an open folder, in no particular order, without "." and "..".
 Result<std::vector<std::string>> namesIn(int folder);
 
+/// The largest number of bytes in a name in an open folder.
+std::size_t maxNameLengthIn(int folder);
+
 } // namespace kestrine

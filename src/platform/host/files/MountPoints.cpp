@@ -50,11 +50,16 @@ std::string withoutOctalEscapes(const std::string& text) {
 
 } // namespace
 
-std::string topFolderOf(const std::string& folder) {
+Result<std::string> topFolderOf(const std::string& folder) {
     std::string top = folder;
     const std::optional<MountIdentity> mount = mountOf(AT_FDCWD, folder.c_str());
-    while (mount && top != "/" && mountOf(AT_FDCWD, folderOf(top).c_str()) == mount)
-        top = folderOf(top);
+    for (std::optional<MountIdentity> above = mount; top != "/"; top = folderOf(top)) {
+        above = mountOf(AT_FDCWD, folderOf(top).c_str());
+        if (!mount || !above)
+            return Failure{Reason::inputOutput, "the system does not report where " + folder + " is mounted"};
+        if (above != mount)
+            break;
+    }
     return top;
 }
 

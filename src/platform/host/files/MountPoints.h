@@ -10,8 +10,9 @@
 namespace kestrine {
 
 /// The folder where the file system of `folder` is mounted. If one disk is mounted in two places, each place
-/// counts as a file system of its own, because files cannot be renamed from one to the other.
-std::string topFolderOf(const std::string& folder);
+/// counts as a file system of its own, because files cannot be renamed from one to the other. Fails if the
+/// system does not report it.
+Result<std::string> topFolderOf(const std::string& folder);
 
 /// Whether a file system is mounted on the entry, which may be a folder or a file. Also true if the system
 /// does not report it.

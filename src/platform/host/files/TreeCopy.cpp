@@ -1,5 +1,6 @@
 #include "platform/host/files/TreeCopy.h"
 
+#include "platform/host/files/ExclusiveRename.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/FileCopy.h"
 #include "platform/host/files/Folders.h"
@@ -70,15 +71,30 @@ Failure changedSinceCopied(const std::string& name) {
     return {Reason::truncated, name + " changed after it was copied"};
 }
 
-/// Fails unless the entry is still the same item, with the same size and time.
-Result<void> checkSameContent(int folder, const CopiedItem& item) {
-    struct stat now = TRY(statusOf({folder, item.name}));
+/// Fails unless `entry` is still the copied item, with the same size and time.
+Result<void> checkSameContent(const FolderEntry& entry, const CopiedItem& item) {
+    struct stat now = TRY(statusOf(entry));
     const struct stat& then = item.original;
-    if (now.st_dev != then.st_dev || now.st_ino != then.st_ino || now.st_mode != then.st_mode)
+    if (!isSameItem(now, then) || now.st_mode != then.st_mode)
         return changedSinceCopied(item.name);
     // The time and size of a folder are not compared, because removing its children changes them.
     if (!S_ISDIR(then.st_mode) && (now.st_size != then.st_size || !sameTime(now.st_mtim, then.st_mtim)))
         return changedSinceCopied(item.name);
+    return {};
+}
+
+/// Removes an item under the private name `aside`.
+Result<void> removeAside(const FolderEntry& aside, const CopiedItem& item, bool& anythingRemoved) {
+    TRY(checkSameContent(aside, item));
+    const bool isFolder = S_ISDIR(item.original.st_mode);
+    if (isFolder) {
+        FileDescriptor opened = TRY(openSubfolder(aside));
+        for (const CopiedItem& child : item.children)
+            TRY(removeOriginal(opened.number(), child, anythingRemoved));
+    }
+    if (::unlinkat(aside.folder, aside.name.c_str(), isFolder ? AT_REMOVEDIR : 0) != 0)
+        return systemFailure("cannot remove " + item.name);
+    anythingRemoved = true;
     return {};
 }
 
@@ -94,7 +110,7 @@ Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to, Orig
 }
 
 Result<void> checkUnchanged(int folder, const CopiedItem& item) {
-    TRY(checkSameContent(folder, item));
+    TRY(checkSameContent({folder, item.name}, item));
     if (!S_ISDIR(item.original.st_mode))
         return {};
     Result<FileDescriptor> opened = openSubfolder({folder, item.name});
@@ -106,18 +122,17 @@ Result<void> checkUnchanged(int folder, const CopiedItem& item) {
     return {};
 }
 
+/// The item is examined under a private name, since another process may put a new file under the original
+/// name at any time.
 Result<void> removeOriginal(int folder, const CopiedItem& item, bool& anythingRemoved) {
-    TRY(checkSameContent(folder, item));
-    const bool isFolder = S_ISDIR(item.original.st_mode);
-    if (isFolder) {
-        FileDescriptor opened = TRY(openSubfolder({folder, item.name}));
-        for (const CopiedItem& child : item.children)
-            TRY(removeOriginal(opened.number(), child, anythingRemoved));
-    }
-    if (::unlinkat(folder, item.name.c_str(), isFolder ? AT_REMOVEDIR : 0) != 0)
-        return systemFailure("cannot remove " + item.name);
-    anythingRemoved = true;
-    return {};
+    const FolderEntry place{folder, item.name}, aside{folder, temporaryName()};
+    TRY(checkSameContent(place, item));
+    if (const int error = setAside(place, aside); error != 0)
+        return systemFailure("cannot remove " + item.name, error);
+    Result<void> removed = removeAside(aside, item, anythingRemoved);
+    if (!removed)
+        putBack(aside, place);
+    return removed;
 }
 
 void removeTree(const FolderEntry& entry) {

@@ -30,7 +30,9 @@ Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to,
 /// Fails with truncated if any part of the original has changed since the copy.
 Result<void> checkUnchanged(int folder, const CopiedItem& item);
 
-/// Removes the original. After a failure `anythingRemoved` states whether part of it is already removed.
+/// Removes the original. After a failure `anythingRemoved` states whether part of it is already removed. Each
+/// item gets a hidden name before it is examined and removed, so that a file which another process puts under
+/// the original name meanwhile stays. A crash may leave the hidden name.
 Result<void> removeOriginal(int folder, const CopiedItem& item, bool& anythingRemoved);
 
 /// Removes a tree that this program created, including folders without write permission. Errors are ignored.

@@ -8,11 +8,14 @@
 #include <optional>
 #include <string_view>
 #include <sys/resource.h>
+#include <sys/sysinfo.h>
 #include <unistd.h>
 
 namespace kestrine {
 
 namespace {
+
+constexpr std::uint64_t unknown = std::uint64_t{1} << 30;
 
 /// The beginning of a system file, whose size the system does not report; empty if it cannot be read.
 std::string systemFile(const std::string& path) {
@@ -100,8 +103,13 @@ std::optional<std::uint64_t> leftInAddressSpace(const std::string& root) {
 
 } // namespace
 
+std::uint64_t installedMemory() {
+    struct sysinfo information {};
+    return ::sysinfo(&information) == 0 ? std::uint64_t{information.totalram} * information.mem_unit
+                                        : unknown;
+}
+
 std::uint64_t availableMemory(const std::string& root) {
-    constexpr std::uint64_t unknown = std::uint64_t{1} << 30;
     Smallest smallest;
     smallest.add(leftInSystem(root));
     addLeftInGroups(root, smallest);

@@ -11,4 +11,7 @@ namespace kestrine {
 /// the paths of the system's files; only tests change it.
 std::uint64_t availableMemory(const std::string& root = "");
 
+/// The memory that the machine has, in bytes. Reads no file. 1 GiB if the system does not say.
+std::uint64_t installedMemory();
+
 } // namespace kestrine

@@ -64,7 +64,7 @@ void resetSignals() {
 [[noreturn]] void runWorker(const WorkerProgram& program, std::uint32_t modules, int socket,
                             pid_t parent) noexcept {
     MessageSocket requests(FileDescriptor(becomeSubordinate(socket, parent)));
-    if (program.prepare != nullptr)
+    if (program.prepare)
         program.prepare(modules);
     const std::uint8_t layers = byteOf(enterSandbox(program.limits));
     if (requests.send({&layers, 1}))

@@ -1,5 +1,6 @@
 #include "platform/host/process/StandardOutput.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <poll.h>
 #include <unistd.h>
@@ -29,6 +30,22 @@ void StandardOutput::write(std::string_view text) {
         else
             failed_ = !mayTryAgain(descriptor_);
     }
+}
+
+void CollectedOutput::add(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const std::size_t count = std::min(bytes.size(), pieces_.size() - size_);
+        std::copy_n(bytes.begin(), count, pieces_.begin() + size_);
+        bytes.remove_prefix(count);
+        size_ += count;
+        if (size_ == pieces_.size())
+            flush();
+    }
+}
+
+void CollectedOutput::flush() {
+    output_.write({pieces_.data(), size_});
+    size_ = 0;
 }
 
 } // namespace kestrine

@@ -1,6 +1,8 @@
 // StandardOutput: writes to standard output. If the reader has closed it, the program continues.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string_view>
 #include <unistd.h>
 
@@ -22,6 +24,25 @@ public:
 private:
     int descriptor_;
     bool failed_ = false;
+};
+
+/// Collects short pieces, so that a line reaches the system in one write unless it is long. Allocates no
+/// memory.
+class CollectedOutput {
+public:
+    explicit CollectedOutput(StandardOutput& output) : output_(output) {}
+    ~CollectedOutput() { flush(); }
+    CollectedOutput(const CollectedOutput&) = delete;
+    CollectedOutput& operator=(const CollectedOutput&) = delete;
+
+    void add(std::string_view bytes);
+    /// Writes what was collected.
+    void flush();
+
+private:
+    StandardOutput& output_;
+    std::array<char, 16 * 1024> pieces_;
+    std::size_t size_ = 0;
 };
 
 } // namespace kestrine

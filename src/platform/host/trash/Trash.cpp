@@ -5,6 +5,7 @@
 #include "platform/host/files/MountPoints.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/host/files/TreeCopy.h"
+#include "platform/host/trash/TrashCopy.h"
 #include "platform/host/trash/TrashInfo.h"
 
 #include <cstdlib>
@@ -70,7 +71,8 @@ std::string pathBelow(const std::string& path, const std::string& topFolder) {
     return path.substr(joinedPath(topFolder, "").size());
 }
 
-Result<void> checkAllowed(const Candidate& item, const std::string& home, const std::string& homeTrash) {
+Result<void> checkAllowed(const Candidate& item, const std::string& top, const std::string& home,
+                          const std::string& homeTrash) {
     const std::string path = item.path();
     if (isMountPoint(item.entry()))
         return refusal("it is a mount point");
@@ -83,7 +85,7 @@ Result<void> checkAllowed(const Candidate& item, const std::string& home, const 
     if (path == currentFolder || liesIn(currentFolder, path))
         return refusal("it is the current folder or contains it");
     if (path == homeTrash || liesIn(homeTrash, path) || liesIn(path, homeTrash)
-        || isVolumeTrash(pathBelow(path, topFolderOf(item.folderPath))))
+        || isVolumeTrash(pathBelow(path, top)))
         return refusal("it is in the trash or contains the trash");
     return checkRemovable(item.folder.number(), item.status);
 }
@@ -97,42 +99,26 @@ Result<TrashedItem> moveInto(const TrashFolder& trash, const Candidate& item,
     return moved;
 }
 
-Result<TrashedItem> moveIntoVolumeTrash(const Candidate& item) {
-    const std::string top = topFolderOf(item.folderPath);
+Result<TrashedItem> moveIntoVolumeTrash(const Candidate& item, const std::string& top) {
     TrashFolder trash = TRY(TrashFolder::openOnVolume(top));
     return moveInto(trash, item, pathBelow(item.path(), top));
 }
 
-/// Gives a complete copy its name in the trash and syncs the trash.
-Result<TrashedItem> admitCopy(const TrashFolder& trash, const FolderEntry& copy, const Candidate& item) {
-    Result<TrashedItem> moved = trash.moveIn(copy, item.name, trashInfoText(item.path(), std::time(nullptr)));
-    if (!moved) {
-        removeTree(copy);
-        return moved;
-    }
-    if (Result<void> synced = trash.sync(); !synced) {
-        trash.remove(*moved);
-        return synced.failure();
-    }
-    return moved;
-}
-
 Result<TrashedItem> copyIntoTrash(const TrashFolder& trash, const Candidate& item) {
-    const FolderEntry copy{trash.files(), temporaryName()};
-    CopiedItem copied = TRY(copyTree(item.entry(), copy));
-    TrashedItem admitted = TRY(admitCopy(trash, copy, item));
+    AdmittedCopy copy = TRY(copyIn(trash, item.entry(), item.path()));
+    const int folder = item.folder.number();
     bool anythingRemoved = false;
-    Result<void> removed = checkUnchanged(item.folder.number(), copied);
+    Result<void> removed = checkUnchanged(folder, copy.original);
     if (removed)
-        removed = removeOriginal(item.folder.number(), copied, anythingRemoved);
+        removed = removeOriginal(folder, copy.original, anythingRemoved);
     if (!removed && !anythingRemoved) {
-        trash.remove(admitted);
+        trash.remove(copy.item);
         return removed.failure();
     }
     if (item.isFolder())
-        trash.recordFolderSize(admitted);
+        trash.recordFolderSize(copy.item);
     TRY(removed);
-    return admitted;
+    return copy.item;
 }
 
 } // namespace
@@ -141,7 +127,8 @@ Result<TrashedItem> moveToTrash(const std::string& path, const Environment& envi
     Candidate item = TRY(examine(path));
     const std::string dataHome = environment.xdgDataHome();
     const std::string homeTrash = dataHome.empty() ? "" : joinedPath(dataHome, "Trash");
-    TRY(checkAllowed(item, resolved(environment.homeFolder()), resolved(homeTrash)));
+    const std::string top = TRY(topFolderOf(item.folderPath));
+    TRY(checkAllowed(item, top, resolved(environment.homeFolder()), resolved(homeTrash)));
     Result<TrashFolder> home = TrashFolder::openHome(homeTrash);
     struct stat folder {};
     const bool isNearHome =
@@ -152,7 +139,7 @@ Result<TrashedItem> moveToTrash(const std::string& path, const Environment& envi
         if (moved || moved.failure().reason != Reason::unsupported)
             return moved;
     }
-    if (Result<TrashedItem> moved = moveIntoVolumeTrash(item))
+    if (Result<TrashedItem> moved = moveIntoVolumeTrash(item, top))
         return moved;
     return copyIntoTrash(TRY(std::move(home)), item);
 }

@@ -26,11 +26,6 @@ Result<FileDescriptor> openOrMake(const FolderEntry& entry) {
     return openSubfolder(entry);
 }
 
-std::size_t maxNameLengthIn(int folder) {
-    const long length = ::fpathconf(folder, _PC_NAME_MAX);
-    return (length > 0 ? static_cast<std::size_t>(length) : 255) - infoEnding.size();
-}
-
 ByteView bytesIn(const std::string& text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
@@ -99,28 +94,51 @@ Result<void> TrashFolder::writeInfo(const std::string& name, const std::string& 
     return written;
 }
 
-/// Creates the record first, which reserves the name for all programs that use the trash.
-Result<TrashedItem> TrashFolder::moveIn(const FolderEntry& entry, const std::string& wantedName,
-                                        const std::string& info) const {
-    const std::size_t maxLength = maxNameLengthIn(info_.number());
-    RenameMechanisms mechanisms;
+Result<TrashedItem> TrashFolder::announce(const std::string& name, const std::string& info) const {
+    const std::string infoName = name + std::string(infoEnding);
+    TRY(writeInfo(infoName, info));
+    return TrashedItem{path_ + "/files/" + name, path_ + "/info/" + infoName};
+}
+
+/// Creates the record first, which reserves the name for all programs that use the trash. `giveName` gives
+/// the item its name, and returns 0 or the error number.
+Result<TrashedItem> TrashFolder::admit(const std::string& wantedName, const std::string& info,
+                                       const GiveName& giveName) const {
+    const std::size_t maxLength = maxNameLengthIn(info_.number()) - infoEnding.size();
     for (unsigned attempt = 1;; ++attempt) {
         const std::string name = trashName(wantedName, attempt, maxLength);
-        const std::string infoName = name + std::string(infoEnding);
-        Result<void> reserved = writeInfo(infoName, info);
-        if (!reserved && reserved.failure().reason == Reason::alreadyExists)
+        Result<TrashedItem> announced = announce(name, info);
+        if (!announced && announced.failure().reason == Reason::alreadyExists)
             continue;
-        if (!reserved)
-            return reserved.failure();
-        const int error = renameWithoutReplacing(entry, {files_.number(), name}, mechanisms);
+        if (!announced)
+            return announced;
+        const int error = giveName({files_.number(), name});
         if (error == 0)
-            return TrashedItem{path_ + "/files/" + name, path_ + "/info/" + infoName};
-        ::unlinkat(info_.number(), infoName.c_str(), 0);
-        if (error == EXDEV)
-            return Failure{Reason::unsupported, entry.name + " is on another file system than the trash"};
+            return announced;
+        ::unlinkat(info_.number(), nameOf(announced->infoPath).c_str(), 0);
         if (error != EEXIST)
-            return systemFailure("cannot move " + entry.name + " to the trash", error);
+            return systemFailure("cannot move " + wantedName + " to the trash", error);
     }
+}
+
+Result<TrashedItem> TrashFolder::moveIn(const FolderEntry& entry, const std::string& wantedName,
+                                        const std::string& info) const {
+    RenameMechanisms mechanisms;
+    return admit(wantedName, info,
+                 [&](const FolderEntry& place) { return renameWithoutReplacing(entry, place, mechanisms); });
+}
+
+Result<TrashedItem> TrashFolder::linkIn(const NamelessFile& file, const std::string& wantedName,
+                                        const std::string& info) const {
+    bool isMissing = false;
+    Result<TrashedItem> linked = admit(wantedName, info, [&](const FolderEntry& place) {
+        const int error = file.giveName(place);
+        isMissing = NamelessFile::isMissing(error);
+        return error;
+    });
+    if (isMissing)
+        return Failure{Reason::unsupported, "a nameless file cannot get a name in the trash"};
+    return linked;
 }
 
 void TrashFolder::recordFolderSize(const TrashedItem& item) const {

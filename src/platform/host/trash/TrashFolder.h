@@ -4,7 +4,9 @@
 
 #include "platform/host/files/FileDescriptor.h"
 #include "platform/host/files/FolderEntry.h"
+#include "platform/host/files/NamelessFile.h"
 
+#include <functional>
 #include <string>
 
 namespace kestrine {
@@ -36,6 +38,15 @@ public:
     Result<TrashedItem> moveIn(const FolderEntry& entry, const std::string& wantedName,
                                const std::string& info) const;
 
+    /// Gives a complete file that lies in files() and has no name yet a free name derived from `wantedName`,
+    /// with `info` as its record. Fails with unsupported if this system cannot name such files.
+    Result<TrashedItem> linkIn(const NamelessFile& file, const std::string& wantedName,
+                               const std::string& info) const;
+
+    /// Creates the record of an item that the caller then creates as `name` in files(). Fails with
+    /// alreadyExists if the name is in use.
+    Result<TrashedItem> announce(const std::string& name, const std::string& info) const;
+
     /// Records the disk space of an item that is a folder, for programs that show the trash. Errors are
     /// ignored.
     void recordFolderSize(const TrashedItem& item) const;
@@ -43,13 +54,16 @@ public:
     /// Writes the entries of both folders to the disk.
     Result<void> sync() const;
 
-    /// Deletes an item from the trash, and its record afterwards.
+    /// Deletes an item from the trash, if it is there, and its record afterwards.
     void remove(const TrashedItem& item) const;
 
 private:
     TrashFolder(std::string path, FileDescriptor root) : path_(std::move(path)), root_(std::move(root)) {}
     static Result<TrashFolder> openParts(std::string path, FileDescriptor root);
     static Result<TrashFolder> openOwn(const FolderEntry& entry, const std::string& path);
+    using GiveName = std::function<int(const FolderEntry& entry)>;
+    Result<TrashedItem> admit(const std::string& wantedName, const std::string& info,
+                              const GiveName& giveName) const;
     Result<void> writeInfo(const std::string& name, const std::string& text) const;
 
     std::string path_;

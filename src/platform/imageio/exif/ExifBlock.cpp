@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 
 namespace kestrine {
@@ -98,7 +99,7 @@ Field fieldFrom(const ExifEntry& entry, bool isBigEndian) {
     Field field{entry.type, entry.count, Bytes(entry.value.begin(), entry.value.end())};
     const std::size_t unit = exifTypeSize(entry.type)->unit;
     for (std::size_t i = 0; !isBigEndian && i + unit <= field.value.size(); i += unit)
-        std::reverse(field.value.begin() + i, field.value.begin() + i + unit);
+        std::ranges::reverse(std::span(field.value).subspan(i, unit));
     return field;
 }
 

@@ -239,7 +239,7 @@ Result<void> Rows::readInterlacedIndices(std::uint32_t y) {
     if (isHeld && y == 0)
         TRY(holdEvenRows());
     if (isHeld && y % 2 == 0) {
-        std::copy_n(evenRows_.begin() + static_cast<std::ptrdiff_t>(y / 2 * layout_.width), layout_.width,
+        std::copy_n(evenRows_.begin() + std::ptrdiff_t{y / 2} * layout_.width, layout_.width,
                     indices_.begin());
         return {};
     }

@@ -16,7 +16,8 @@ int twiceMiddle(int level, int width) { return 2 * (level - level % width) + wid
 NearestColor::NearestColor(std::span<const Color> colors, std::optional<std::uint8_t> skipped)
     : fours_(std::size_t{1} << 3 * finestLevel, unknown) {
     for (std::size_t i = 0; i < colors.size(); ++i) {
-        if (i == skipped || std::ranges::find(colors.first(i), colors[i]) != colors.begin() + i)
+        const std::span<const Color> before = colors.first(i);
+        if (i == skipped || std::ranges::find(before, colors[i]) != before.end())
             continue;
         const std::array<int, 3> levels = {colors[i].red, colors[i].green, colors[i].blue};
         Choice choice{static_cast<int>(i), {}};

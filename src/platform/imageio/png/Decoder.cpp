@@ -8,6 +8,7 @@
 #include "platform/imageio/png/LibraryReader.h"
 #include "platform/imageio/png/LibraryRows.h"
 #include "platform/imageio/png/fast/FastRows.h"
+#include "platform/imageio/png/fast/InflateLibrary.h"
 
 #include <algorithm>
 #include <array>
@@ -195,6 +196,6 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec{"PNG", recognises, open};
+const ImageCodec codec{"PNG", recognises, open, [] { (void)inflateFunctions(); }};
 
 } // namespace kestrine::png

@@ -5,6 +5,7 @@
 #include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/tiff/Exif.h"
+#include "platform/imageio/tiff/Library.h"
 #include "platform/imageio/tiff/PageList.h"
 #include "platform/imageio/tiff/Rows.h"
 
@@ -111,6 +112,6 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec{"TIFF", Structure::recognises, open};
+const ImageCodec codec{"TIFF", Structure::recognises, open, [] { (void)tiffFunctions(); }};
 
 } // namespace kestrine::tiff

@@ -167,6 +167,6 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec{"WebP", recognises, open};
+const ImageCodec codec{"WebP", recognises, open, [] { (void)installedFunctions(); }};
 
 } // namespace kestrine::webp

@@ -1,6 +1,8 @@
 #include "platform/host/files/ExclusiveRename.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
+#include "tests/support/InterposedCalls.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -14,15 +16,29 @@
 namespace kestrine {
 namespace {
 
+using testing::InterposedCalls;
 using testing::readFile;
 using testing::TemporaryFolder;
+
+/// An entry of a folder that is open as long as this object exists.
+class OpenedEntry {
+public:
+    explicit OpenedEntry(const std::string& path)
+        : folder_(openFolder(folderOf(path)).value()), name_(nameOf(path)) {}
+    FolderEntry entry() const { return {folder_.number(), name_}; }
+
+private:
+    const FileDescriptor folder_;
+    const std::string name_;
+};
 
 /// Each test runs with each mechanism.
 class ExclusiveRename : public ::testing::TestWithParam<RenameMechanisms> {
 protected:
     int rename(const std::string& from, const std::string& to) {
         RenameMechanisms mechanisms = GetParam();
-        return renameWithoutReplacing({AT_FDCWD, folder_ / from}, {AT_FDCWD, folder_ / to}, mechanisms);
+        const OpenedEntry old(folder_ / from), renamed(folder_ / to);
+        return renameWithoutReplacing(old.entry(), renamed.entry(), mechanisms);
     }
 
     const TemporaryFolder folder_;
@@ -77,8 +93,8 @@ TEST_P(ExclusiveRename, afterAnErrorNoReservationRemains) {
 TEST_P(ExclusiveRename, renamingAFolderSwitchesOffNoMechanismForFiles) {
     RenameMechanisms mechanisms = GetParam();
     folder_.write("folder/inside", "x");
-    const FolderEntry from{AT_FDCWD, folder_ / "folder"}, to{AT_FDCWD, folder_ / "folder2"};
-    ASSERT_EQ(renameWithoutReplacing(from, to, mechanisms), 0);
+    const OpenedEntry from(folder_ / "folder"), to(folder_ / "folder2");
+    ASSERT_EQ(renameWithoutReplacing(from.entry(), to.entry(), mechanisms), 0);
     EXPECT_EQ(mechanisms.hardLink, GetParam().hardLink);
 }
 
@@ -103,9 +119,8 @@ TEST_P(ExclusiveRename, anotherFileSystemGivesItsOwnError) {
     if (here.st_dev == there.st_dev)
         GTEST_SKIP() << "/dev/shm is on the file system of the temporary folder";
     RenameMechanisms mechanisms = GetParam();
-    EXPECT_EQ(
-        renameWithoutReplacing({AT_FDCWD, folder_.write("a", "x")}, {AT_FDCWD, elsewhere / "a"}, mechanisms),
-        EXDEV);
+    const OpenedEntry from(folder_.write("a", "x")), to(elsewhere / "a");
+    EXPECT_EQ(renameWithoutReplacing(from.entry(), to.entry(), mechanisms), EXDEV);
     EXPECT_EQ(readFile(folder_ / "a"), "x");
     EXPECT_FALSE(isTaken(elsewhere / "a"));
 }
@@ -120,13 +135,41 @@ INSTANTIATE_TEST_SUITE_P(Mechanisms, ExclusiveRename,
                                            RenameMechanisms{false, false}),
                          mechanismName);
 
+TEST(RenameMechanisms, aFileThatIsPutUnderTheOldNameAfterTheLinkStays) {
+    const TemporaryFolder folder;
+    folder.write("a", "old");
+    folder.write("other", "new");
+    const OpenedEntry from(folder / "a"), to(folder / "b");
+    InterposedCalls calls;
+    calls.onRename = [&](const std::string& oldName, const std::string&) {
+        if (oldName == "a")
+            std::filesystem::rename(folder / "other", folder / "a");
+        return 0;
+    };
+    RenameMechanisms mechanisms{false, true};
+    EXPECT_EQ(renameWithoutReplacing(from.entry(), to.entry(), mechanisms), 0);
+    EXPECT_EQ(readFile(folder / "b"), "old");
+    EXPECT_EQ(readFile(folder / "a"), "new");
+}
+
+TEST(PutBack, anItemThatCannotHaveItsNameBackGetsTheNextOne) {
+    const TemporaryFolder folder;
+    for (const char* name : {"aside", "a.jpg", "a.2.jpg"})
+        folder.write(name, name);
+    const OpenedEntry aside(folder / "aside"), place(folder / "a.jpg");
+    putBack(aside.entry(), place.entry());
+    EXPECT_EQ(readFile(folder / "a.3.jpg"), "aside");
+    EXPECT_EQ(readFile(folder / "a.jpg") + readFile(folder / "a.2.jpg"), "a.jpga.2.jpg");
+}
+
 /// Renames while the system call fails. Returns the error, and in `mechanisms` the remaining mechanisms.
 int renameWhileFailing(long call, int error, RenameMechanisms& mechanisms) {
     const TemporaryFolder folder;
     folder.write("a", "content");
+    const OpenedEntry from(folder / "a"), to(folder / "b");
     if (!testing::failSystemCall(call, error))
         return -1;
-    return renameWithoutReplacing({AT_FDCWD, folder / "a"}, {AT_FDCWD, folder / "b"}, mechanisms);
+    return renameWithoutReplacing(from.entry(), to.entry(), mechanisms);
 }
 
 TEST(RenameMechanisms, whatAFileSystemLacksIsReplacedByTheNextMechanismAndNotTriedAgain) {

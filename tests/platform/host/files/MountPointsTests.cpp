@@ -20,9 +20,9 @@ TEST(MountPoints, theTopFolderOfAMountIsFoundFromAnyDepth) {
         const std::string disk = std::filesystem::canonical(folder.path()).string() + "/di sk\n";
         mountFileSystem(disk, 64);
         ASSERT_TRUE(makePrivateFolders(disk + "/a/b"));
-        EXPECT_EQ(topFolderOf(disk), disk);
-        EXPECT_EQ(topFolderOf(disk + "/a/b"), disk);
-        EXPECT_NE(topFolderOf(std::filesystem::canonical(folder.path()).string()), disk);
+        EXPECT_EQ(*topFolderOf(disk), disk);
+        EXPECT_EQ(*topFolderOf(disk + "/a/b"), disk);
+        EXPECT_NE(*topFolderOf(std::filesystem::canonical(folder.path()).string()), disk);
         EXPECT_TRUE(hasMountPointBelow(folder.path().string()));
         EXPECT_FALSE(hasMountPointBelow(disk)) << "the mount itself is not below itself";
         mountFileSystem(disk + "/inner", 64);
@@ -36,8 +36,8 @@ TEST(MountPoints, aSecondMountOfADiskIsASeparateMount) {
         const std::string here = std::filesystem::canonical(folder.path()).string();
         ASSERT_TRUE(makePrivateFolders(here + "/real/sub"));
         mountAgain(here + "/real", here + "/again");
-        EXPECT_EQ(topFolderOf(here + "/again/sub"), here + "/again");
-        EXPECT_NE(topFolderOf(here + "/real/sub"), here + "/again");
+        EXPECT_EQ(*topFolderOf(here + "/again/sub"), here + "/again");
+        EXPECT_NE(*topFolderOf(here + "/real/sub"), here + "/again");
         Result<FileDescriptor> opened = openFolder(here);
         ASSERT_TRUE(opened);
         EXPECT_TRUE(isMountPoint({opened->number(), "again"}));
@@ -70,7 +70,7 @@ TEST(MountPoints, withoutProcTheTableIsNotFound) {
     });
 }
 
-TEST(MountPoints, theTopFolderOfTheRootIsTheRoot) { EXPECT_EQ(topFolderOf("/"), "/"); }
+TEST(MountPoints, theTopFolderOfTheRootIsTheRoot) { EXPECT_EQ(*topFolderOf("/"), "/"); }
 
 TEST(MountPoints, procIsAMountPointAndAnOrdinaryFileIsNot) {
     const TemporaryFolder folder;

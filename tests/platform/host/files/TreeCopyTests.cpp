@@ -2,6 +2,7 @@
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/TreeCopy.h"
+#include "tests/support/InterposedCalls.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
@@ -236,6 +237,25 @@ TEST_F(TreeCopy, aFileReplacedSinceTheCopyIsNotRemoved) {
     bool anythingRemoved = false;
     EXPECT_FALSE(removeOriginal(opened_->number(), *copied, anythingRemoved));
     EXPECT_EQ(readFile(folder_ / "from"), "same");
+}
+
+TEST_F(TreeCopy, aFileThatReplacesTheOriginalWhileItIsRemovedStays) {
+    folder_.write("from", "old");
+    folder_.write("other", "new");
+    Result<CopiedItem> copied = copy();
+    ASSERT_TRUE(copied);
+    testing::InterposedCalls calls;
+    calls.onRename = [&](const std::string& oldName, const std::string&) {
+        if (oldName == "from") // after the last look at the original
+            std::filesystem::rename(folder_ / "other", folder_ / "from");
+        return 0;
+    };
+    bool anythingRemoved = false;
+    EXPECT_EQ(removeOriginal(opened_->number(), *copied, anythingRemoved).failure().reason,
+              Reason::truncated);
+    EXPECT_FALSE(anythingRemoved);
+    EXPECT_EQ(readFile(folder_ / "from"), "new");
+    EXPECT_EQ(readFile(folder_ / "to"), "old");
 }
 
 TEST_F(TreeCopy, aFileAddedSinceTheCopyIsNotRemoved) {

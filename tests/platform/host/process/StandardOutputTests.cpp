@@ -136,5 +136,32 @@ TEST(StandardOutput, aFullDeviceIsAFailure) {
     EXPECT_TRUE(output.failed());
 }
 
+TEST(CollectedOutput, piecesAreWrittenTogetherWhenTheyAreFlushed) {
+    Pipe pipe(O_NONBLOCK);
+    StandardOutput output(pipe.writing.number());
+    CollectedOutput pieces(output);
+    pieces.add("one");
+    pieces.add(" two");
+    char block[100];
+    EXPECT_LT(::read(pipe.reading.number(), block, sizeof block), 0) << "nothing is there yet";
+    pieces.flush();
+    EXPECT_EQ(::read(pipe.reading.number(), block, sizeof block), 7);
+}
+
+TEST(CollectedOutput, textOfAnyLengthPassesUnchanged) {
+    Pipe pipe;
+    std::string text;
+    for (unsigned i = 0; i < 10'000; ++i)
+        text += std::to_string(i);
+    {
+        StandardOutput output(pipe.writing.number());
+        CollectedOutput pieces(output);
+        pieces.add(text);
+        pieces.add("end");
+    }
+    ASSERT_TRUE(pipe.writing.close());
+    EXPECT_EQ(pipe.readAll(), text + "end");
+}
+
 } // namespace
 } // namespace kestrine

@@ -3,16 +3,22 @@
 #include "platform/host/files/ExtendedAttributes.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
 #include "tests/platform/host/trash/TrashTesting.h"
+#include "tests/support/InterposedCalls.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/SystemFeatures.h"
 
+#include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace kestrine {
@@ -39,6 +45,23 @@ protected:
     void blockOwnTrash() const { folder_.write("work/disk/.Trash-" + user_, "in the way"); }
     std::string write(const std::string& name, const std::string& content = "content") const {
         return folder_.write("work/disk/" + name, content);
+    }
+
+    /// Moves an item to the trash in a process that is killed when it syncs a file of 7 bytes.
+    void trashUntilKilled(const std::string& path) const {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            testing::InterposedCalls calls;
+            calls.onSync = [](int file) {
+                struct stat status {};
+                return ::fstat(file, &status) == 0 && status.st_size == 7 ? ::raise(SIGKILL) : 0;
+            };
+            (void)trash(path);
+            ::_exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status)) << "it was not killed";
     }
 };
 
@@ -248,6 +271,47 @@ TEST_F(TrashElsewhere, fromAFullDiskTheFileIsCopied) {
     });
 }
 
+TEST_F(TrashElsewhere, aProcessKilledWhileItCopiesAFileLeavesNothingInTheTrash) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 1024);
+        blockOwnTrash();
+        const std::string file = write("a.jpg");
+        trashUntilKilled(file);
+        EXPECT_EQ(readFile(file), "content");
+        EXPECT_TRUE(isEmptyTrash(trash_));
+    });
+}
+
+TEST_F(TrashElsewhere, aProcessKilledWhileItCopiesAFolderLeavesARecordedItemWithANameOfItsOwn) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 1024);
+        blockOwnTrash();
+        trashUntilKilled(folderOf(write("album/a.jpg")));
+        EXPECT_EQ(readFile(disk_ + "/album/a.jpg"), "content");
+        const std::vector<std::string> left = namesInFolder(trash_ + "/files");
+        ASSERT_EQ(left.size(), 1u);
+        EXPECT_TRUE(left.front().ends_with(".kestrine-tmp"));
+        EXPECT_EQ(recordedPath({"", trash_ + "/info/" + left.front() + ".trashinfo"}),
+                  disk_ + "/" + left.front());
+    });
+}
+
+TEST_F(TrashElsewhere, aFileIsCopiedUnderAHiddenNameWhereNamelessFilesCannotBeNamed) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 1024);
+        blockOwnTrash();
+        const std::string file = write("a.jpg");
+        if (!testing::failSystemCall(SYS_linkat, ENOENT))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        Result<TrashedItem> item = trash(file);
+        ASSERT_TRUE(item);
+        EXPECT_EQ(readFile(item->path), "content");
+        EXPECT_FALSE(isTaken(file));
+        EXPECT_THAT(namesInFolder(trash_ + "/files"), ::testing::ElementsAre("a.jpg"));
+        EXPECT_THAT(namesInFolder(trash_ + "/info"), ::testing::ElementsAre("a.jpg.trashinfo"));
+    });
+}
+
 TEST_F(TrashElsewhere, itemsThatCannotBeCopiedStay) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
@@ -308,7 +372,7 @@ TEST_F(TrashElsewhere, ifTheOriginalCannotBeRemovedTheCopyIsRemoved) {
     });
 }
 
-TEST_F(TrashElsewhere, ifAFolderIsRemovedInPartTheCopyIsComplete) {
+TEST_F(TrashElsewhere, aFolderThatMayNotBeRemovedStays) {
     runWithOwnMounts([&] {
         mountFileSystem(disk_, 1024);
         blockOwnTrash();
@@ -316,8 +380,24 @@ TEST_F(TrashElsewhere, ifAFolderIsRemovedInPartTheCopyIsComplete) {
         if (!setFlag(disk_ + "/album", FS_APPEND_FL))
             GTEST_SKIP() << "folders cannot be protected against removal here";
         EXPECT_EQ(trash(disk_ + "/album").failure().reason, Reason::notPermitted);
-        EXPECT_TRUE(isTaken(disk_ + "/album/sub")) << "it could not be removed from the protected folder";
-        EXPECT_EQ(readFile(trash_ + "/files/album/sub/a.jpg"), "content");
+        EXPECT_EQ(readFile(disk_ + "/album/sub/a.jpg"), "content");
+        EXPECT_TRUE(isEmptyTrash(trash_));
+    });
+}
+
+TEST_F(TrashElsewhere, ifAFolderIsRemovedInPartTheCopyIsCompleteAndTheRestKeepsItsName) {
+    runWithOwnMounts([&] {
+        mountFileSystem(disk_, 1024);
+        blockOwnTrash();
+        for (const char* name : {"album/1.jpg", "album/sub/a.jpg", "album/2.jpg"})
+            write(name); // in any order of listing, one file comes before the folder
+        if (!setFlag(disk_ + "/album/sub", FS_APPEND_FL))
+            GTEST_SKIP() << "folders cannot be protected against removal here";
+        EXPECT_EQ(trash(disk_ + "/album").failure().reason, Reason::notPermitted);
+        EXPECT_EQ(readFile(disk_ + "/album/sub/a.jpg"), "content");
+        EXPECT_LT(namesInFolder(disk_ + "/album").size(), 3u) << "one file was removed";
+        for (const char* name : {"1.jpg", "sub/a.jpg", "2.jpg"})
+            EXPECT_EQ(readFile(trash_ + "/files/album/" + name), "content") << name;
         EXPECT_EQ(recordedPath({"", trash_ + "/info/album.trashinfo"}), disk_ + "/album");
     });
 }

@@ -57,7 +57,7 @@ struct DCTable {
     static constexpr int largestSize = 11;
 
     /// Returns false when the code cannot be used: it is invalid or has a symbol that no 8-bit picture has.
-    bool assign(const HuffmanCode& code);
+    bool assign(const HuffmanCode& described);
 
     CanonicalCode code;
     std::array<DCEntry, 1 << indexBits> entries;
@@ -109,7 +109,7 @@ struct ACTable {
     static constexpr int zeroRun = 0xF0; ///< the symbol of sixteen zeros
 
     /// Returns false when the code is invalid. Symbols that no 8-bit picture has get slow entries.
-    bool assign(const HuffmanCode& code);
+    bool assign(const HuffmanCode& described);
 
     CanonicalCode code;
     std::array<ACEntry, 1 << indexBits> entries;

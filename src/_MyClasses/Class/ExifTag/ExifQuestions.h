@@ -1,0 +1,19 @@
+// The questions about the EXIF data of an opened file, which the process that decodes it answers.
+#pragma once
+
+#include "platform/imageio/Picture.h"
+
+#include <array>
+
+namespace kestrine {
+
+/// One byte: the orientation by which pictures are turned upright, 0 if there is none.
+Result<Bytes> orientationOf(const std::shared_ptr<const ByteReader>& file);
+
+/// The byte form of the tags (TagMessage.h).
+Result<Bytes> tagsOf(const std::shared_ptr<const ByteReader>& file);
+
+/// All of them: the table that a WorkerEngine needs.
+inline constexpr std::array<FileQuestion, 2> exifQuestions = {orientationOf, tagsOf};
+
+} // namespace kestrine

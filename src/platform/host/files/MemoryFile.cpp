@@ -1,0 +1,45 @@
+#include "platform/host/files/MemoryFile.h"
+
+#include <cerrno>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace kestrine {
+
+Result<MemoryFile> MemoryFile::create() {
+    FileDescriptor file(::memfd_create("kestrine", MFD_CLOEXEC));
+    if (!file.isOpen())
+        return systemFailure("cannot make a file in memory");
+    return MemoryFile(std::move(file));
+}
+
+Result<void> MemoryFile::write(ByteView bytes, std::uint64_t offset) const {
+    while (!bytes.empty()) {
+        const ssize_t written = ::pwrite(number(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written < 0)
+            return systemFailure("cannot write to a file in memory");
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+        offset += static_cast<std::uint64_t>(written);
+    }
+    return {};
+}
+
+Result<Bytes> MemoryFile::read(std::uint64_t offset, std::uint64_t size) const {
+    Bytes bytes(static_cast<std::size_t>(size));
+    for (std::size_t done = 0; done < bytes.size();) {
+        const ssize_t got =
+            ::pread(number(), bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            return Failure{Reason::truncated, "a file in memory ends too early"};
+        done += static_cast<std::size_t>(got);
+    }
+    return bytes;
+}
+
+void MemoryFile::clear() const { (void)!::ftruncate(number(), 0); }
+
+} // namespace kestrine

@@ -1,0 +1,146 @@
+#include "platform/imageio/worker/WorkerPool.h"
+
+#include "platform/imageio/worker/Parcel.h"
+
+#include <algorithm>
+
+namespace kestrine::worker {
+
+namespace {
+
+/// The shared file keeps its memory for the next answer unless it has more bytes.
+constexpr std::size_t maxKeptSharedBytes = std::size_t{1} << 20;
+
+Failure crashFailure() { return {Reason::crashed, "the decoder crashed"}; }
+
+Failure namedFailure(const Failure& failure) {
+    switch (failure.reason) {
+    case Reason::crashed:
+        return crashFailure();
+    case Reason::timeLimit:
+        return {Reason::timeLimit, "the decoder took too long"};
+    default:
+        return failure;
+    }
+}
+
+/// Counts an exchange as long as it lasts.
+class Busy {
+public:
+    explicit Busy(std::atomic<unsigned>& count) : count_(count) { ++count_; }
+    ~Busy() { --count_; }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+private:
+    std::atomic<unsigned>& count_;
+};
+
+bool has(const WorkerProcess& worker, std::uint32_t libraries) {
+    return (libraries & ~worker.modules()) == 0;
+}
+
+/// What the worker says must make sense: one that was taken over by a hostile file may say anything.
+Result<Response> responseFrom(WorkerProcess& worker, const MemoryFile& shared, const Errand& errand) {
+    const Bytes message = TRY(packed({bytesOf(errand.request), {}}, shared));
+    const int files[] = {errand.file, shared.number()};
+    const Bytes answer = TRY(worker.exchange(message, files, errand.limits));
+    Result<Parcel> parcel = unpacked(answer, shared, errand.maxContent);
+    if (!parcel)
+        return crashFailure();
+    if (parcel->content.size() > maxKeptSharedBytes)
+        shared.clear();
+    std::optional<Response> response = responseIn(parcel->head, std::move(parcel->content));
+    if (!response)
+        return crashFailure();
+    return *std::move(response);
+}
+
+} // namespace
+
+Delivery WorkerPool::exchange(const Errand& errand) {
+    const Busy busy(busy_);
+    Result<Worker> worker = take(errand.request.source, errand.libraries);
+    if (!worker)
+        return {false, worker.failure()};
+    Result<Response> response = responseFrom(*worker->process, worker->shared, errand);
+    if (!response) // then the worker is of no more use
+        return {true, namedFailure(response.failure())};
+    worker->source = errand.request.source;
+    giveBack(*std::move(worker));
+    return {true, std::move(response)};
+}
+
+WorkerPool::Workers::iterator WorkerPool::suitable(std::uint64_t source, std::uint32_t libraries) {
+    const auto latest = [&](const auto& suits) {
+        const auto found = std::find_if(idle_.rbegin(), idle_.rend(), [&](const Worker& worker) {
+            return has(*worker.process, libraries) && suits(worker);
+        });
+        return found == idle_.rend() ? idle_.end() : std::prev(found.base());
+    };
+    for (const std::uint64_t wanted : {source, std::uint64_t{0}})
+        if (const auto found = latest([&](const Worker& worker) { return worker.source == wanted; });
+            found != idle_.end())
+            return found;
+    if (idle_.size() + busy_ <= usualWorkers_) // the caller counts as busy
+        return idle_.end();
+    // The source that was not used for the longest time has to give way.
+    return std::ranges::find_if(idle_, [&](const Worker& worker) { return has(*worker.process, libraries); });
+}
+
+Result<WorkerPool::Worker> WorkerPool::take(std::uint64_t source, std::uint32_t libraries) {
+    std::unique_lock lock(mutex_);
+    if (const auto found = suitable(source, libraries); found != idle_.end()) {
+        Worker worker = std::move(*found);
+        idle_.erase(found);
+        return worker;
+    }
+    libraries_ |= libraries;
+    std::optional<Worker> lacksLibraries; // ended after the lock was given up
+    if (!idle_.empty() && idle_.size() + busy_ > usualWorkers_) {
+        lacksLibraries = std::move(idle_.front());
+        idle_.erase(idle_.begin());
+    }
+    const std::uint32_t all = libraries_;
+    lock.unlock();
+    return started(all);
+}
+
+Result<WorkerPool::Worker> WorkerPool::started(std::uint32_t libraries) const {
+    MemoryFile shared = TRY(MemoryFile::create());
+    Result<std::unique_ptr<WorkerProcess>> process = start_(libraries);
+    if (!process) // the system may be short of processes for a moment
+        process = start_(libraries);
+    if (!process)
+        return process.failure();
+    return Worker{*std::move(process), std::move(shared)};
+}
+
+void WorkerPool::giveBack(Worker worker) {
+    const std::lock_guard lock(mutex_);
+    idle_.push_back(std::move(worker));
+}
+
+void WorkerPool::forget(std::uint64_t source, bool frees) {
+    const Busy busy(busy_);
+    std::optional<Worker> worker;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found =
+            std::ranges::find_if(idle_, [&](const Worker& idle) { return idle.source == source; });
+        if (found == idle_.end())
+            return;
+        found->source = 0;
+        if (!frees)
+            return;
+        worker = std::move(*found);
+        idle_.erase(found);
+    }
+    const Request request{.source = source, .order = ForgetSource{}};
+    constexpr AnswerLimits limits{std::chrono::minutes{1}, std::chrono::minutes{5}};
+    const int noFile = worker->shared.number(); // a request has two descriptors
+    if (responseFrom(*worker->process, worker->shared, {request, 0, noFile, 0, limits}))
+        giveBack(*std::move(worker));
+}
+
+} // namespace kestrine::worker

@@ -1,0 +1,70 @@
+// WorkerPool: the workers of an engine, and which source each of them has open.
+#pragma once
+
+#include "platform/host/files/MemoryFile.h"
+#include "platform/host/process/WorkerProcess.h"
+#include "platform/imageio/worker/Messages.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace kestrine::worker {
+
+/// Starts a worker with the libraries of some codecs.
+using WorkerStart = std::function<Result<std::unique_ptr<WorkerProcess>>(std::uint32_t libraries)>;
+
+/// A request on its way, and what its answer may cost.
+struct Errand {
+    const Request& request;
+    std::uint32_t libraries;  ///< that the source needs
+    int file;                 ///< the descriptor of the source
+    std::uint64_t maxContent; ///< the most bytes that can be the answer
+    AnswerLimits limits;
+};
+
+/// Whether a request reached a worker. If not, it can be carried out elsewhere.
+struct Delivery {
+    bool isDelivered;
+    Result<Response> response; ///< the failure of starting a worker if nothing was delivered
+};
+
+/// Any thread. Each exchange has a worker for itself, so there are as many workers as threads need at the
+/// same time, and up to `usualWorkers` stay when they need fewer. A source stays open in the worker that had
+/// it last, as long as no other source needs that worker; it is opened anew in another one.
+class WorkerPool {
+public:
+    WorkerPool(WorkerStart start, unsigned usualWorkers)
+        : start_(std::move(start)), usualWorkers_(usualWorkers) {}
+
+    /// Fails with crashed or timeLimit if the worker had to be given up, also when it answered nonsense.
+    Delivery exchange(const Errand& errand);
+
+    /// No further request for the source will follow. `frees`: the worker has memory for it, to be freed now.
+    void forget(std::uint64_t source, bool frees);
+
+private:
+    struct Worker {
+        std::unique_ptr<WorkerProcess> process;
+        MemoryFile shared;
+        std::uint64_t source = 0; ///< that it has open; 0 if none that is still needed
+    };
+    using Workers = std::vector<Worker>;
+
+    /// An idle worker, or a new one.
+    Result<Worker> take(std::uint64_t source, std::uint32_t libraries);
+    Result<Worker> started(std::uint32_t libraries) const;
+    void giveBack(Worker worker);
+    /// The idle worker that suits best; end() if a new one should be started. Needs the mutex.
+    Workers::iterator suitable(std::uint64_t source, std::uint32_t libraries);
+
+    const WorkerStart start_;
+    const unsigned usualWorkers_;
+    std::mutex mutex_;
+    Workers idle_;                   ///< guarded by mutex_, as the following; the one used last is at the end
+    std::uint32_t libraries_ = 0;    ///< that were ever needed
+    std::atomic<unsigned> busy_ = 0; ///< exchanges that have a worker, or are about to get one
+};
+
+} // namespace kestrine::worker
