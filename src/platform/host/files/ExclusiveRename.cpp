@@ -38,12 +38,12 @@ int linkThenUnlink(const FolderEntry& from, const FolderEntry& to) {
     const FolderEntry aside{from.folder, temporaryName()};
     int error = setAside(from, aside);
     if (error == 0 && !isSameEntry(aside, to)) {
-        putBack(aside, from);
+        (void)putBack(aside, from);
         return 0;
     }
     if (error == 0 && ::unlinkat(aside.folder, aside.name.c_str(), 0) != 0) {
         error = errno;
-        putBack(aside, from);
+        (void)putBack(aside, from);
     }
     if (error != 0)
         ::unlinkat(to.folder, to.name.c_str(), 0);
@@ -94,12 +94,16 @@ int setAside(const FolderEntry& place, const FolderEntry& aside) {
     return ::renameat(place.folder, place.name.c_str(), aside.folder, aside.name.c_str()) == 0 ? 0 : errno;
 }
 
-void putBack(const FolderEntry& aside, const FolderEntry& place) {
+int putBack(const FolderEntry& aside, const FolderEntry& place) {
     const std::size_t maxLength = maxNameLengthIn(place.folder);
     RenameMechanisms mechanisms;
     FolderEntry back = place;
-    for (unsigned attempt = 2; renameWithoutReplacing(aside, back, mechanisms) == EEXIST; ++attempt)
+    int error = renameWithoutReplacing(aside, back, mechanisms);
+    for (unsigned attempt = 2; error == EEXIST; ++attempt) {
         back.name = nameWithAddition(place.name, "." + std::to_string(attempt), maxLength);
+        error = renameWithoutReplacing(aside, back, mechanisms);
+    }
+    return error;
 }
 
 } // namespace kestrine

@@ -152,8 +152,8 @@ Result<void> TrashFolder::sync() const {
 }
 
 void TrashFolder::remove(const TrashedItem& item) const {
-    removeTree({files_.number(), nameOf(item.path)});
-    ::unlinkat(info_.number(), nameOf(item.infoPath).c_str(), 0);
+    if (removeTree({files_.number(), nameOf(item.path)}))
+        ::unlinkat(info_.number(), nameOf(item.infoPath).c_str(), 0);
 }
 
 } // namespace kestrine

@@ -54,7 +54,8 @@ public:
     /// Writes the entries of both folders to the disk.
     Result<void> sync() const;
 
-    /// Deletes an item from the trash, if it is there, and its record afterwards.
+    /// Deletes an item from the trash, if it is there, and its record afterwards. If it cannot be deleted,
+    /// the record stays, so that the item can be seen and restored.
     void remove(const TrashedItem& item) const;
 
 private:
