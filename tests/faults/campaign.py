@@ -155,6 +155,8 @@ def has_own_mounts():
 class Worker:
     """A process with a world of its own, in which it runs what the campaign asks for."""
 
+    world = None
+
     @classmethod
     def set_up(cls, place):
         prctl_death_signal = 1
