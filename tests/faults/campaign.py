@@ -75,11 +75,9 @@ class Runner:
             if fault.endswith("+") or number in plans.REMOVING:
                 found.add("cleaning")
             call = self.calls_by_place.get((process, index))
-            if process != 0 or call is None:
-                continue
-            if number == plans.NUMBERS["write"] and (fault.endswith("+") or call.arguments[0] in (1, 2)):
+            if number == plans.NUMBERS["write"] and (fault.endswith("+") or call is None or call.arguments[0] in (1, 2)):
                 found |= {"stdout", "stderr"}
-            if index < self.first_line():
+            if process == 0 and index < self.first_line():
                 found.add("preferences")
         return found
 
