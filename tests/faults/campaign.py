@@ -10,6 +10,7 @@ import multiprocessing.util
 import os
 import random
 import resource
+import signal
 import subprocess
 import sys
 import tempfile
@@ -18,7 +19,7 @@ from pathlib import Path
 
 import invariants
 import plans
-from worlds import BIN, World, scenarios
+from worlds import ACTIONS, BIN, NEWCOMER, World, scenarios
 
 INJECTOR = os.environ["KESTRINE_FAULT_INJECTOR"]
 FAILING_ALLOCATION = os.environ["KESTRINE_FAILING_ALLOCATION"]
@@ -74,11 +75,9 @@ class Runner:
             if fault.endswith("+") or number in plans.REMOVING:
                 found.add("cleaning")
             call = self.calls_by_place.get((process, index))
-            if process != 0 or call is None:
-                continue
-            if number == plans.NUMBERS["write"] and (fault.endswith("+") or call.arguments[0] in (1, 2)):
+            if number == plans.NUMBERS["write"] and (fault.endswith("+") or call is None or call.arguments[0] in (1, 2)):
                 found |= {"stdout", "stderr"}
-            if index < self.first_line():
+            if process == 0 and index < self.first_line():
                 found.add("preferences")
         return found
 
@@ -124,6 +123,19 @@ class Runner:
         return self.check(outcome, "cleaning", "preferences", "stderr")
 
 
+    def picture_or_folder(self, action, fault):
+        """Another program acts before a call of the tool."""
+        self.world.build(self.scenario)
+        folder = self.world.base / self.scenario.folder
+        (folder / "elsewhere").mkdir()
+        (folder / "newcomer.jpg").write_bytes(NEWCOMER)
+        outcome = self.run([INJECTOR, "--at", ":".join(map(str, fault)), "--", *self.scenario.command],
+                           {"KESTRINE_FAULT_ACTION": ACTIONS[action]})
+        if outcome.status == NOT_INJECTED:
+            return None
+        return list(invariants.violations_despite(self.scenario, self.world, NEWCOMER, self.world.snapshot(), outcome))
+
+
 def has_own_mounts():
     """Gives this process mounts of its own, as root or in a user namespace. Returns whether the system permits it."""
     new_mounts, new_user = 0x20000, 0x10000000
@@ -141,8 +153,13 @@ def has_own_mounts():
 class Worker:
     """A process with a world of its own, in which it runs what the campaign asks for."""
 
+    world = None
+
     @classmethod
     def set_up(cls, place):
+        prctl_death_signal = 1
+        ctypes.CDLL(None).prctl(prctl_death_signal, signal.SIGTERM)
+        signal.signal(signal.SIGTERM, lambda number, frame: sys.exit(1))
         cls.world = World(tempfile.mkdtemp(prefix="kestrine-faults-", dir=place))
         cls.runners = {}
         cls.has_mounts = has_own_mounts() and cls.world.mount()
@@ -168,6 +185,9 @@ def possible_jobs(name):
     jobs += [["limit", "NOFILE", value] for value in range(3, 24)]
     jobs += [["limit", "FSIZE", value] for value in (0, 1, 50, 100, 400, 1000, 4096)]
     jobs += [["limit", "AS", value << 20] for value in range(2, 96, 2)]
+    if not scenario.changes_presets:
+        jobs += [["picture_or_folder", action, [call.process, call.index, call.number, "act"]]
+                 for action in ACTIONS for call in runner.calls if call.process == 0]
     return [[name, *job] for job in jobs]
 
 
@@ -193,7 +213,7 @@ class Place:
         return self.pool.map(run_job, numbered_jobs, chunksize=4)
 
     def close(self):
-        self.pool.shutdown()
+        self.pool.shutdown(cancel_futures=True)
 
 
 def shown(job):
@@ -306,14 +326,13 @@ class LongCampaign:
         left = [(number, job) for number, job in enumerate(jobs) if str(number) not in finished]
         print(f"{name}: {len(jobs)} runs, {len(finished)} of them done before, {len(left)} left", flush=True)
         tally = Tally()
-        with open(done, "a") as log:
+        with open(done, "a", buffering=1) as log:
             for number, sentences in place.run(left):
                 tally.add(jobs[number], sentences)
                 verdict = "none" if sentences is None else "bad" if sentences else "good"
                 finished[str(number)] = verdict
                 log.write(f"{number} {verdict}\n")
                 if len(finished) % 5000 == 0:
-                    log.flush()
                     print(f"  {len(finished)} done", flush=True)
         place.close()
         verdicts = collections.Counter(finished.values())
@@ -329,7 +348,10 @@ def file_systems(state):
     found = [("default", here)]
     if os.access("/dev/shm", os.W_OK):
         found.append(("memory", Path("/dev/shm")))
+    own = subprocess.run(["stat", "-f", "-c", "%T", here], capture_output=True, text=True).stdout
     for kind in ("ext4", "btrfs", "vfat"):
+        if kind in own:
+            continue # the default one is of this kind
         folder, image = here.parent / kind, here.parent / f"{kind}.image"
         folder.mkdir(exist_ok=True)
         image.write_bytes(b"")

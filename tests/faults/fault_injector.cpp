@@ -10,6 +10,7 @@
 //   short      the call gets only 1 byte to read or write
 //   kill       the process is killed before the call
 //   killed     the process is killed after the call
+//   act        the shell runs the command in KESTRINE_FAULT_ACTION before the call, as another program might
 // Ends with the status of the program; with 200 if it was killed, 201 if it ended by another signal, and 202
 // if nothing was injected although it should have been.
 #include <algorithm>
@@ -39,7 +40,7 @@ constexpr int endedByKill = 200, endedBySignal = 201, nothingInjected = 202, can
 }
 
 struct Fault {
-    enum class Kind { error, shortened, killBefore, killAfter } kind;
+    enum class Kind { error, shortened, killBefore, killAfter, action } kind;
     unsigned long long call = 0;
     int error = 0;
     bool lastsFromThenOn = false;
@@ -178,6 +179,9 @@ private:
         case Fault::Kind::killAfter:
             tracee.diesAfter = true;
             return;
+        case Fault::Kind::action:
+            (void)!std::system(std::getenv("KESTRINE_FAULT_ACTION"));
+            return;
         }
     }
 
@@ -295,6 +299,8 @@ Fault faultFrom(unsigned long long call, const std::string& text) {
         return {Fault::Kind::shortened, call};
     if (text == "kill")
         return {Fault::Kind::killBefore, call};
+    if (text == "act")
+        return {Fault::Kind::action, call};
     if (text == "killed")
         return {Fault::Kind::killAfter, call};
     if (text.starts_with("errno="))

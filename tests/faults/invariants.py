@@ -143,6 +143,36 @@ def truthful_results(scenario, world, expected, trash, after, outcome):
             yield f"it reports {line}, which is not there"
 
 
+def is_whole_picture(content):
+    return ((content.startswith(b"\xff\xd8") and content.endswith(b"\xff\xd9"))
+            or (content.startswith(b"\x89PNG") and content.endswith(b"IEND\xaeB`\x82")))
+
+
+def violations_despite(scenario, world, newcomer, after, outcome):
+    """What does not hold when another program has changed a.jpg or the folder W in the middle of a run."""
+    trash = Trash(world, after)
+    changed = scenario.folder + "/a.jpg"
+    for path, content in scenario.files.items():
+        moved = path.replace("/W/", "/W.before/")
+        if path != changed and content not in (after.get(path), after.get(moved)) and not (
+                scenario.replaces and trash.has(path, content, after)):
+            yield f"{path} is lost or changed"
+    named = [content for path, content in after.items() if not TEMPORARY.search(path)]
+    if newcomer not in named:
+        yield "the file that was put in place of a.jpg is lost"
+    for path, content in after.items():
+        if TEMPORARY.search(path):
+            yield f"{path} is litter"
+        elif path not in scenario.files and path not in trash.paths and content not in scenario.files.values():
+            if not is_whole_picture(content) and path not in (changed, scenario.folder + "/W"):
+                yield f"{path} is not a whole picture"
+    yield from trash_entries(scenario, trash, outcome)
+    if outcome.status != 0 and (scenario.is_quiet or outcome.status != 1 or not outcome.stderr):
+        yield f"the status is {outcome.status}, with the message {outcome.stderr[:200]!r}"
+    if scenario.is_quiet and outcome.stderr:
+        yield f"there is a message: {outcome.stderr[:200]!r}"
+
+
 def violations(scenario, world, expected, expected_stdout, after, outcome):
     """All sentences about what does not hold."""
     trash = Trash(world, after)

@@ -32,6 +32,17 @@ PREFERENCES = plistlib.dumps({"resizeSets": Typedstream().sets(SETS),
 PREFERENCES_PATH = "home/.config/quov.Kestrine.plist"
 
 
+# What another program does to the first picture or the folder of the results while a tool is at work.
+NEWCOMER = pictures.jpeg(pictures.photo(40, 40, seed=3))
+ACTIONS = {
+    "shrinks": "[ -e a.jpg ] && truncate -s 300 a.jpg",
+    "grows": "[ -e a.jpg ] && echo more >>a.jpg",
+    "vanishes": "rm -f a.jpg",
+    "is replaced": "[ -e newcomer.jpg ] && mv -f newcomer.jpg a.jpg",
+    "folder becomes a link": "[ ! -e W ] || mv W W.before; ln -s elsewhere W",
+}
+
+
 class Scenario:
     """A command in a world. `folder` holds the pictures and is the current folder."""
 

@@ -51,7 +51,7 @@ public:
     /// ignored.
     void recordFolderSize(const TrashedItem& item) const;
 
-    /// Writes the entries of both folders to the disk.
+    /// Writes the names of the items to the disk. Records are there as soon as they exist.
     Result<void> sync() const;
 
     /// Deletes an item from the trash, if it is there, and its record afterwards. If it cannot be deleted,
