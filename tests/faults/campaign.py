@@ -10,6 +10,7 @@ import multiprocessing.util
 import os
 import random
 import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -161,11 +162,17 @@ class Worker:
     def set_up(cls, place):
         prctl_death_signal = 1
         ctypes.CDLL(None).prctl(prctl_death_signal, signal.SIGTERM)
-        signal.signal(signal.SIGTERM, lambda number, frame: sys.exit(1))
+        signal.signal(signal.SIGTERM, cls.end)
         cls.world = World(tempfile.mkdtemp(prefix="kestrine-faults-", dir=place))
         cls.runners = {}
         cls.has_mounts = has_own_mounts() and cls.world.mount()
         multiprocessing.util.Finalize(None, cls.world.remove, exitpriority=1)
+
+    @classmethod
+    def end(cls, number, frame):
+        """When the campaign was ended."""
+        cls.world.remove()
+        os._exit(1)
 
     @classmethod
     def runner(cls, name):
@@ -343,17 +350,23 @@ class LongCampaign:
         return verdicts["bad"]
 
 
+def emptied(folder):
+    """A campaign that was ended may have left worlds there."""
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    return folder
+
+
 def file_systems(state):
     """The names and folders of the file systems to run on. Says which ones the system lacks."""
-    here = Path(state).resolve() / "world"
-    here.mkdir(parents=True, exist_ok=True)
+    here = emptied(Path(state).resolve() / "world")
     found = [("default", here)]
     if os.access("/dev/shm", os.W_OK):
-        found.append(("memory", Path("/dev/shm")))
-    own = subprocess.run(["stat", "-f", "-c", "%T", here], capture_output=True, text=True).stdout
+        found.append(("memory", emptied(Path("/dev/shm/kestrine-faults-long"))))
+    own = subprocess.run(["findmnt", "-n", "-o", "FSTYPE", "-T", here], capture_output=True, text=True).stdout.strip()
     for kind in ("ext4", "btrfs", "vfat"):
-        if kind in own:
-            continue # the default one is of this kind
+        if kind == own:
+            continue  # the default one is of this kind
         folder, image = here.parent / kind, here.parent / f"{kind}.image"
         folder.mkdir(exist_ok=True)
         image.write_bytes(b"")
@@ -364,6 +377,8 @@ def file_systems(state):
             found.append((kind, folder))
         except (OSError, subprocess.CalledProcessError) as error:
             print(f"{kind}: left out: {getattr(error, 'stderr', b'').decode().strip() or error}", flush=True)
+            image.unlink()
+            folder.rmdir()
     return found
 
 
