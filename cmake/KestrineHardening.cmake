@@ -13,3 +13,5 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64|i[3-6]86)$")
   target_compile_options(kestrine_hardening INTERFACE -fcf-protection=full)
 endif()
 target_link_options(kestrine_hardening INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+# The loader looks up every symbol at the start. Most are in the C library, so it is searched first.
+target_link_options(kestrine_hardening INTERFACE LINKER:-l:libc.so.6)

@@ -54,6 +54,8 @@ function(kestrine_library name)
 endfunction()
 
 # Of Highway only the headers are used (see coregraphics/kernels/TargetSelection.cpp). Kernels are built for SSE4,
-# AVX2 and AVX-512 (NEON on ARM) besides the plain loops; the steps between gain nothing.
+# AVX2 and AVX-512 (NEON on ARM) besides the plain loops; the steps between gain nothing. SVE's vectors cannot be
+# members of structures.
 add_library(kestrine_kernel_settings INTERFACE)
-target_compile_definitions(kestrine_kernel_settings INTERFACE "HWY_DISABLED_TARGETS=(HWY_SSSE3|HWY_AVX3_DL)")
+set(disabled_targets "HWY_SSSE3|HWY_AVX3_DL|HWY_SVE|HWY_SVE2|HWY_SVE_256|HWY_SVE2_128")
+target_compile_definitions(kestrine_kernel_settings INTERFACE "HWY_DISABLED_TARGETS=(${disabled_targets})")

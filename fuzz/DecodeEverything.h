@@ -35,8 +35,19 @@ inline void encodeEverything(PixelBuffer pixels) {
     }
 }
 
+/// Decodes a frame at one size, and uses what comes out.
+inline void decodeFrame(const ImageDecoder& decoder, std::size_t frame, int eighths) {
+    Result<RowSourcePointer> rows = decoder.rows(frame, eighths);
+    Result<PixelBuffer> pixels = rows ? readAllRows(**rows) : rows.failure();
+    if (!pixels)
+        return;
+    useBytes(pixels->bytes);
+    if (eighths == 8)
+        encodeEverything(*std::move(pixels));
+}
+
 /// Calls all functions of a codec and its decoder: header, metadata, and all frames of at most
-/// `affordablePixels`. What comes out is used.
+/// `affordablePixels` at all sizes.
 inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, std::size_t size,
                              std::uint64_t affordablePixels = 1 << 20) {
     if (!codec.recognises(ByteView(data, std::min<std::size_t>(size, 64))))
@@ -45,14 +56,10 @@ inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, 
     if (!decoder)
         return;
     for (std::size_t frame = 0; frame < (*decoder)->frames().size(); ++frame) {
-        if ((*decoder)->frames()[frame].format.pixels() > affordablePixels)
-            continue;
-        Result<RowSourcePointer> rows = (*decoder)->rows(frame, 8);
-        Result<PixelBuffer> pixels = rows ? readAllRows(**rows) : rows.failure();
-        if (!pixels)
-            continue;
-        useBytes(pixels->bytes);
-        encodeEverything(*std::move(pixels));
+        const FrameDescription& description = (*decoder)->frames()[frame];
+        for (const int eighths : {8, 4, 2, 1})
+            if (description.format.pixels() <= affordablePixels && (eighths == 8 || description.canReduce))
+                decodeFrame(**decoder, frame, eighths);
     }
     for (const Result<Bytes>& property : {(*decoder)->exif(), (*decoder)->colorTable()})
         if (property)

@@ -16,6 +16,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
+#include <mutex>
 #include <thread>
 
 namespace kestrine {
@@ -97,15 +99,34 @@ public:
         const std::size_t workers = std::min<std::size_t>(jobs, chains.size());
         if (workers <= 1)
             return work(chains);
-        std::vector<std::jthread> threads;
-        for (std::size_t i = 0; i < workers; ++i)
-            threads.emplace_back([this, &chains] {
-                const OneThreadScope wholeFileToThisCore;
-                work(chains);
-            });
+        workOnThreads(chains, workers);
+        if (exception_ != nullptr)
+            std::rethrow_exception(exception_);
     }
 
 private:
+    /// This thread is one of them. If the system permits fewer threads, they do the work of all.
+    void workOnThreads(const std::vector<ConvertChain>& chains, std::size_t count) {
+        std::vector<std::jthread> others;
+        try {
+            while (others.size() + 1 < count)
+                others.emplace_back([this, &chains] { workOnThread(chains); });
+        } catch (const std::exception& tooManyThreads) {
+            (void)tooManyThreads;
+        }
+        workOnThread(chains);
+    }
+
+    void workOnThread(const std::vector<ConvertChain>& chains) {
+        const OneThreadScope wholeFileToThisCore;
+        try {
+            work(chains);
+        } catch (const std::exception&) {
+            const std::lock_guard lock(exceptionMutex_);
+            exception_ = std::current_exception();
+        }
+    }
+
     void work(const std::vector<ConvertChain>& chains) {
         for (std::size_t chain = nextChain_++; chain < chains.size(); chain = nextChain_++)
             for (const std::size_t position : chains[chain]) {
@@ -140,6 +161,8 @@ private:
     const JobPolicy policy_;
     ConvertReport& report_;
     std::atomic<std::size_t> nextChain_ = 0;
+    std::mutex exceptionMutex_;
+    std::exception_ptr exception_; ///< what ended a thread's work; guarded by exceptionMutex_
 };
 
 void printFindings(const ConvertInputs& inputs) {

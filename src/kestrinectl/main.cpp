@@ -10,9 +10,13 @@
 #include "kestrinectl/SetsCommand.h"
 #include "kestrinectl/Version.h"
 #include "kestrinectl/Words.h"
+#include "platform/host/process/StandardOutput.h"
 #include "platform/host/process/StandardStreams.h"
 
+#include <cstdlib>
+#include <exception>
 #include <iostream>
+#include <new>
 
 namespace {
 
@@ -44,10 +48,7 @@ int run(int count, char** values) {
     return 0;
 }
 
-} // namespace
-
-int main(int count, char** values) {
-    kestrine::prepareStandardStreams();
+int runWithMessages(int count, char** values) {
     try {
         return run(count, values);
     } catch (const kestrine::CommandError& error) {
@@ -56,5 +57,23 @@ int main(int count, char** values) {
     } catch (const std::exception& error) {
         kestrine::printError(error.what());
         return failed;
+    }
+}
+
+/// Without memory for anything else, exceptions and messages included.
+[[noreturn]] void endWithoutMemory() {
+    kestrine::StandardOutput(STDERR_FILENO).write("kestrinectl: not enough memory\n");
+    std::_Exit(failed);
+}
+
+} // namespace
+
+int main(int count, char** values) {
+    kestrine::prepareStandardStreams();
+    std::set_terminate(endWithoutMemory);
+    try {
+        return runWithMessages(count, values);
+    } catch (const std::bad_alloc&) {
+        endWithoutMemory();
     }
 }

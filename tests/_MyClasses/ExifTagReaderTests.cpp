@@ -239,7 +239,7 @@ TEST(ExifTagReader, theNextDirectoryIsNotFoundThroughABigEndianOffset) {
     EXPECT_EQ(file->IFD1Dict(), nullptr);
 }
 
-TEST(ExifTagReader, theNextDirectoryIsFoundThroughAnOffsetInHostOrder) {
+TEST(ExifTagReader, theNextDirectoryIsFoundThroughALittleEndianOffset) {
     const ReadFile file(ExifContent{.ifd0 = manyFields(1),
                                     .ifd1 = {exifShorts(0x882a, {9})},
                                     .interoperabilityIFD2 = {exifText(1, "THM")},

@@ -115,7 +115,7 @@ TEST(ExifTagValue, unknownTypesAreSkipped) {
     }
 }
 
-TEST(ExifTagValue, withoutSwappingValuesAreInHostOrder) {
+TEST(ExifTagValue, littleEndianValuesAreRead) {
     const auto reader = ExifTagReader::initWithPath(u"photo.jpg");
     IFDDictionary directory;
     const auto registered = [&](const IfdEntry& entry) {
@@ -135,7 +135,7 @@ TEST(ExifTagValue, withoutAnEntryNothingIsRegistered) {
     EXPECT_TRUE(directory.empty());
 }
 
-TEST(ExifTagValue, withoutSwappingAnOffsetIsLittleEndianToo) {
+TEST(ExifTagValue, anOffsetToLittleEndianValuesIsLittleEndian) {
     Bytes content(100);
     content[12 + 20] = 7; // offsets count from the TIFF header, at 12 without another segment
     const ReadFile file{ByteView(content)};
@@ -147,7 +147,7 @@ TEST(ExifTagValue, withoutSwappingAnOffsetIsLittleEndianToo) {
     EXPECT_EQ(shown(&directory.at("0112")), "u32 7, u32 0");
 }
 
-TEST(ExifTagValue, swappingAffectsOnlyTheValues) {
+TEST(ExifTagValue, onlyTheValuesAreConverted) {
     const auto reader = ExifTagReader::initWithPath(u"photo.jpg");
     IFDDictionary directory;
     const IfdEntry entry{0x010f, 3, 2, {0, 6, 1, 0}};

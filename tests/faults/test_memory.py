@@ -66,6 +66,22 @@ class FailingAllocations(ToolTest):
         self.assertEqual(self.run_with("before 1")[0], LINES)
         self.assertEqual(self.run_with("before 1-")[0], b"")
 
+    def test_kestrinectl_without_memory_says_so_and_ends_with_status_1(self):
+        counts = self.home / "counts"
+        environment = {**self.environment, "LD_PRELOAD": os.environ["KESTRINE_FAILING_ALLOCATION"],
+                       "KESTRINE_FAILING_ALLOCATIONS": "count", "KESTRINE_ALLOCATIONS": str(counts)}
+        arguments = ("convert", "--set", "S", "-j1", "a.jpg", "b.jpg")
+        self.assertEqual(self.kestrinectl(*arguments, environment=environment).returncode, 0)
+        whole = self.results()
+        count = int(counts.read_text().split()[1])
+        for number in range(1, count, max(1, count // 80)):
+            environment["KESTRINE_FAILING_ALLOCATIONS"] = f"{number}-"
+            done = self.kestrinectl(*arguments, environment=environment)
+            self.assertIn(done.returncode, (0, 1), number)
+            self.assertEqual(done.returncode == 1, b"kestrinectl: " in done.stderr, done)
+            for name, content in self.results().items():
+                self.assertEqual(content, whole[name], number)
+
 
 if __name__ == "__main__":
     main()

@@ -120,6 +120,17 @@ class Checking(SmallProject):
         self.assertIn("--- a\nabout a\n", done.stdout)
         self.assertTrue((self.root / "build/check/mixed/items/b.done").exists())
 
+    def test_a_suite_can_be_limited_to_folders_and_leave_out_tests(self):
+        self.write("tests/allowed-skips.txt", "")
+        self.write("tests/repository/report_skips.py", (SCRIPTS.parent / "tests/repository/report_skips.py").read_text())
+        (self.root / "tests/repository/report_skips.py").chmod(0o755)
+        self.project("enable_testing()\n" + "".join(f'add_test(NAME "{name}" COMMAND ${{CMAKE_COMMAND}} -E {result})\n' for
+                     name, result in (("one: good", "true"), ("one: bad", "false"), ("two: bad", "false"))))
+        self.part("all", "scripts/build dev; suite dev")
+        self.part("some", "scripts/build dev; left_out='one: bad' suite dev one")
+        self.assertRegex(self.script("check", "all").stdout, r"all +FAILED .* 3 tests, 2 failed, 0 skipped")
+        self.assertRegex(self.script("check", "some").stdout, r"some +passed .* 1 tests, 0 failed, 0 skipped")
+
     def test_an_unknown_part_is_refused_before_any_runs(self):
         self.part("one", "touch ran")
         self.assertEqual(self.script("check", "one", "none").returncode, 2)
@@ -136,6 +147,11 @@ class Dependencies(unittest.TestCase):
         done = subprocess.run([SCRIPTS / "install-dependencies", "--check", "none"], capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode, 1)
         self.assertIn("no part of scripts/check is called 'none'", done.stderr)
+
+    def test_libraries_of_another_processor_need_a_folder(self):
+        done = subprocess.run([SCRIPTS / "install-dependencies", "--foreign", "arm64"], capture_output=True, text=True, check=False)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("--foreign takes an architecture and a folder", done.stderr)
 
 
 if __name__ == "__main__":

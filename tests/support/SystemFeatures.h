@@ -19,4 +19,12 @@ bool hasLandlock();
 /// Whether a process may install a filter of its system calls here.
 bool permitsSystemCallFilters();
 
+/// Whether sums and products that do not fit wrap or saturate in libjpeg-turbo as in its code for x86. They
+/// occur with coefficients that no encoder writes. Our decoder follows the code for x86 on every processor.
+#if defined(__x86_64__)
+constexpr bool libraryOverflowsAsOnX86 = true;
+#else
+constexpr bool libraryOverflowsAsOnX86 = false;
+#endif
+
 } // namespace kestrine::testing

@@ -9,7 +9,8 @@
 namespace kestrine {
 
 /// From its construction to its destruction, all files are decoded in workers. At most one at a time; made
-/// and destroyed while no other thread uses pictures. Pictures that were opened before are not affected.
+/// and destroyed while no other thread uses pictures. Pictures that were opened before are not affected;
+/// those opened meanwhile are decoded in this process afterwards, or fail if `isolation` is strict.
 class IsolatedDecoding {
 public:
     /// Workers are copies of this process, which has one thread now and stays in this thread. `usualWorkers`:

@@ -69,18 +69,21 @@ TEST(CopiedFolder, isSyncedAfterItsContent) {
 using TrashedFile = testing::TrashTest;
 
 TEST_F(TrashedFile, hasASyncedRecordBeforeItMoves) {
+    (void)trash(folder_.write("work/first.jpg", "so that the trash exists"));
     const std::string file = folder_.write("work/a.jpg", "content");
     const InterposedCalls calls;
     Result<TrashedItem> item = trash(file);
     ASSERT_TRUE(item);
     const std::size_t recordSize = testing::readFile(item->infoPath).size();
-    EXPECT_THAT(calls.made(), ElementsAre("sync " + std::to_string(recordSize) + " bytes", "name a.jpg"));
+    EXPECT_THAT(calls.made(), ElementsAre("sync " + std::to_string(recordSize) + " bytes",
+                                          "sync " + trash_ + "/info", "name a.jpg"));
 }
 
 TEST_F(TrashedFile, isRemovedOnlyAfterItsCopyAndTheTrashAreSynced) {
     runWithOwnMounts([&] {
         testing::mountFileSystem(work_ + "/disk", 1024);
         folder_.write("work/disk/.Trash-" + std::to_string(::geteuid()), "in the way");
+        (void)trash(folder_.write("work/first.jpg", "so that the trash exists"));
         const std::string file = folder_.write("work/disk/a.jpg", "content");
         const InterposedCalls calls;
         Result<TrashedItem> item = trash(file);
@@ -88,9 +91,19 @@ TEST_F(TrashedFile, isRemovedOnlyAfterItsCopyAndTheTrashAreSynced) {
         const std::size_t recordSize = testing::readFile(item->infoPath).size();
         EXPECT_THAT(calls.made(),
                     ElementsAre("sync 7 bytes", "sync 7 bytes",
-                                "sync " + std::to_string(recordSize) + " bytes", "name a.jpg",
-                                "sync " + trash_ + "/info", "sync " + trash_ + "/files", "hide a.jpg"));
+                                "sync " + std::to_string(recordSize) + " bytes", "sync " + trash_ + "/info",
+                                "name a.jpg", "sync " + trash_ + "/files", "hide a.jpg"));
     });
+}
+
+TEST_F(TrashedFile, hasATrashWhoseFoldersWereSyncedWhenTheyWereMade) {
+    const InterposedCalls calls;
+    ASSERT_TRUE(trash(folder_.write("work/a.jpg", "content")));
+    const std::vector<std::string> made = calls.made();
+    const std::vector<std::string> firstCalls(made.begin(), made.begin() + 5);
+    EXPECT_THAT(firstCalls,
+                ElementsAre("sync " + home_, "sync " + home_ + "/.local", "sync " + home_ + "/.local/share",
+                            "sync " + trash_, "sync " + trash_));
 }
 
 } // namespace

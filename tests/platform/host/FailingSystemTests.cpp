@@ -186,6 +186,23 @@ TEST(FailingSystem, theTopFolderOfAnUnknownMountIsAFailure) {
     });
 }
 
+TEST(FailingSystem, anItemThatCannotBeDeletedFromTheTrashKeepsItsRecord) {
+    const TemporaryFolder folder;
+    folder.write("album/a.jpg", "content");
+    const Result<FileDescriptor> opened = openFolder(folder.path());
+    const Result<TrashFolder> trash = TrashFolder::openHome(folder / "Trash");
+    ASSERT_TRUE(opened && trash);
+    const Result<TrashedItem> item = trash->moveIn({opened->number(), "album"}, "album", "record");
+    ASSERT_TRUE(item);
+    runIsolated([&] {
+        if (!failSystemCall(SYS_getdents64, EIO))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        trash->remove(*item);
+    });
+    EXPECT_EQ(readFile(item->path + "/a.jpg"), "content");
+    EXPECT_EQ(readFile(item->infoPath), "record");
+}
+
 TEST(FailingSystem, anErrorOnClosingFailsTheWriting) {
     const TemporaryFolder folder;
     const FileDescriptor file(::open(folder.write("a", "content").c_str(), O_RDWR | O_CLOEXEC));

@@ -99,8 +99,8 @@ bool ExifTagReader::getTiffHeader(TiffHeader* header) {
     seek(positionOf(0));
     readRecord(*header);
     if (header->byteOrder == bigEndianMark) {
-        invertByteOrder16(&header->magic);
-        invertByteOrder32(&header->ifd0Offset);
+        convertFromBigEndian(header->magic);
+        convertFromBigEndian(header->ifd0Offset);
         if (header->magic == tiffMagic)
             return true;
     }
@@ -115,10 +115,11 @@ std::optional<TagDictionary> ExifTagReader::getTags() {
         return std::nullopt;
     TagDictionary tags;
     readDirectory(tags, IFD0Name, tiffHeader.ifd0Offset);
-    // Deliberately not converted: the offset is read in the host's order, although the data is big-endian.
+    // Deliberately read as little-endian, although the data is big-endian.
     std::uint32_t nextOffset = 0;
     readRecord(nextOffset);
-    readDirectory(tags, IFD1Name, nextOffset);
+    convertFromBigEndian(nextOffset);
+    readDirectory(tags, IFD1Name, invertByteOrder32(&nextOffset));
     readPointedDirectory(tags, IFD0Name, exifPointerTag, exifSubIFDName);
     readPointedDirectory(tags, exifSubIFDName, interoperabilityPointerTag, interoperabilityIFDName);
     readPointedDirectory(tags, IFD1Name, interoperabilityPointerTag, interoperabilityIFD2Name);
@@ -130,7 +131,7 @@ void ExifTagReader::readDirectory(TagDictionary& tags, std::string_view name, st
     std::uint16_t count = 0;
     seek(positionOf(offset));
     readRecord(count);
-    invertByteOrder16(&count);
+    convertFromBigEndian(count);
     if (count == 0 || count > maxDirectoryEntries)
         return;
     const auto directory = std::make_shared<IFDDictionary>();
@@ -138,9 +139,9 @@ void ExifTagReader::readDirectory(TagDictionary& tags, std::string_view name, st
     for (std::uint16_t i = 0; i < count; ++i) {
         IfdEntry entry{};
         readRecord(entry);
-        invertByteOrder16(&entry.tag);
-        invertByteOrder16(&entry.type);
-        invertByteOrder32(&entry.count);
+        convertFromBigEndian(entry.tag);
+        convertFromBigEndian(entry.type);
+        convertFromBigEndian(entry.count);
         if (name != exifSubIFDName || entry.tag != makerNoteTag)
             registTagData(&entry, *directory, true);
     }

@@ -121,8 +121,8 @@ public:
     /// `getTiffHeader:`: fills `header`, numbers in host order; false unless it is "MM" with the number 42.
     bool getTiffHeader(TiffHeader* header);
     /// `registTagData:to:isIntel:`: adds the value of `entry` to `directory`, unless its type is unknown or
-    /// it has more than 300 values. `isIntel` describes the host, not the data: yes swaps the bytes of "MM"
-    /// data. The handle's position stays the same.
+    /// it has more than 300 values. Despite its name, `isIntel` is yes for big-endian data ("MM"), no for
+    /// little-endian data. The handle's position stays the same.
     void registTagData(const IfdEntry* entry, IFDDictionary& directory, bool isIntel);
 
     /// `getSubDict:subDictKey:`: the directory of that name, or nil.

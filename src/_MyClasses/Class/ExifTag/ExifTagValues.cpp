@@ -3,8 +3,10 @@
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "_MyClasses/Class/ExifTag/ExifText.h"
 #include "platform/foundation/NSFileHandle.h"
+#include "platform/host/BigEndian.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace kestrine {
@@ -23,10 +25,10 @@ enum FieldType : std::uint16_t {
 };
 
 template <class T>
-NSNumber numberAt(const std::uint8_t* bytes, bool swap) {
+NSNumber numberAt(const std::uint8_t* bytes, bool isBigEndian) {
     std::array<std::uint8_t, sizeof(T)> ordered;
     std::copy_n(bytes, sizeof(T), ordered.begin());
-    if (swap)
+    if (isBigEndian != (std::endian::native == std::endian::big))
         std::reverse(ordered.begin(), ordered.end());
     T number;
     std::memcpy(&number, ordered.data(), sizeof(T));
@@ -37,7 +39,7 @@ struct NumericType {
     std::uint16_t type;
     std::uint8_t numbersPerValue;
     std::uint8_t numberSize;
-    NSNumber (*number)(const std::uint8_t* bytes, bool swap);
+    NSNumber (*number)(const std::uint8_t* bytes, bool isBigEndian);
 
     std::size_t valueSize() const { return std::size_t{numbersPerValue} * numberSize; }
 };
@@ -59,22 +61,22 @@ const NumericType* numericType(std::uint16_t type) {
     return row == numericTypes.end() ? nullptr : &*row;
 }
 
-NumberList numbersIn(ByteView bytes, const NumericType& type, bool swap) {
+NumberList numbersIn(ByteView bytes, const NumericType& type, bool isBigEndian) {
     NumberList numbers;
     for (std::size_t at = 0; at < bytes.size(); at += type.numberSize)
-        numbers.push_back(type.number(bytes.data() + at, swap));
+        numbers.push_back(type.number(bytes.data() + at, isBigEndian));
     return numbers;
 }
 
 /// The values in the entry itself. Deliberately, there is one even when the count is 0, and the first signed
 /// short is read as unsigned.
-NumberList inlineNumbers(const IfdEntry& entry, const NumericType& type, bool swap) {
+NumberList inlineNumbers(const IfdEntry& entry, const NumericType& type, bool isBigEndian) {
     NumberList numbers;
     const bool firstIsUnsigned = entry.type == signedShortType;
     numbers.push_back(
-        (firstIsUnsigned ? numberAt<std::uint16_t> : type.number)(entry.valueOrOffset.data(), swap));
+        (firstIsUnsigned ? numberAt<std::uint16_t> : type.number)(entry.valueOrOffset.data(), isBigEndian));
     if (entry.count > 1)
-        numbers.push_back(type.number(entry.valueOrOffset.data() + type.numberSize, swap));
+        numbers.push_back(type.number(entry.valueOrOffset.data() + type.numberSize, isBigEndian));
     return numbers;
 }
 
@@ -82,9 +84,8 @@ NumberList inlineNumbers(const IfdEntry& entry, const NumericType& type, bool sw
 
 /// `size` bytes at the offset in the entry; zeros after the end of the file.
 Bytes ExifTagReader::bytesAtOffset(const IfdEntry& entry, std::size_t size, bool isIntel) {
-    std::uint32_t offset;
-    std::memcpy(&offset, entry.valueOrOffset.data(), sizeof offset);
-    if (isIntel)
+    auto offset = static_cast<std::uint32_t>(bigEndian(entry.valueOrOffset));
+    if (!isIntel)
         invertByteOrder32(&offset);
     Bytes bytes(size);
     seek(positionOf(offset));

@@ -29,6 +29,11 @@ constexpr int vectorWidth = static_cast<int>(hn::MaxLanes(Tag16()));
 /// Sums of products. Their order is internal; narrowed() restores the original one.
 struct Sums {
     Int32 low, high;
+
+    /// Not initialised. GCC would compile an implicit constructor without the instructions of the vector
+    /// target.
+    HWY_INLINE Sums() {}
+    HWY_INLINE Sums(Int32 lowLanes, Int32 highLanes) : low(lowLanes), high(highLanes) {}
 };
 
 HWY_INLINE Sums operator+(const Sums& a, const Sums& b) {

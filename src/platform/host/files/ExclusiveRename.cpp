@@ -26,24 +26,26 @@ int renameExclusively(const FolderEntry& from, const FolderEntry& to) {
                : errno;
 }
 
-bool isSameEntry(const FolderEntry& one, const FolderEntry& other) {
-    const Result<struct stat> first = statusOf(one), second = statusOf(other);
-    return first && second && isSameItem(*first, *second);
+/// Whether `aside` is what was linked: the item seen before, or what `to` shows if that was replaced before
+/// the link. Other processes may have renamed `to` again, so it does not have to show the item.
+bool isLinkedItem(const FolderEntry& aside, const struct stat& before, const FolderEntry& to) {
+    const Result<struct stat> found = statusOf(aside), linked = statusOf(to);
+    return found && (isSameItem(*found, before) || (linked && isSameItem(*found, *linked)));
 }
 
 /// Another process may have put a new file under the old name since the link was made. That one stays.
-int linkThenUnlink(const FolderEntry& from, const FolderEntry& to) {
+int linkThenUnlink(const FolderEntry& from, const FolderEntry& to, const struct stat& before) {
     if (::linkat(from.folder, from.name.c_str(), to.folder, to.name.c_str(), 0) != 0)
         return errno;
     const FolderEntry aside{from.folder, temporaryName()};
     int error = setAside(from, aside);
-    if (error == 0 && !isSameEntry(aside, to)) {
-        putBack(aside, from);
+    if (error == 0 && !isLinkedItem(aside, before, to)) {
+        (void)putBack(aside, from);
         return 0;
     }
     if (error == 0 && ::unlinkat(aside.folder, aside.name.c_str(), 0) != 0) {
         error = errno;
-        putBack(aside, from);
+        (void)putBack(aside, from);
     }
     if (error != 0)
         ::unlinkat(to.folder, to.name.c_str(), 0);
@@ -82,7 +84,7 @@ int renameWithoutReplacing(const FolderEntry& from, const FolderEntry& to, Renam
         return errno;
     const bool isFolder = S_ISDIR(status.st_mode);
     if (mechanisms.hardLink && !isFolder) {
-        const int error = linkThenUnlink(from, to);
+        const int error = linkThenUnlink(from, to, status);
         if (!hardLinkIsMissing(error))
             return error;
         mechanisms.hardLink = false;
@@ -94,12 +96,16 @@ int setAside(const FolderEntry& place, const FolderEntry& aside) {
     return ::renameat(place.folder, place.name.c_str(), aside.folder, aside.name.c_str()) == 0 ? 0 : errno;
 }
 
-void putBack(const FolderEntry& aside, const FolderEntry& place) {
+int putBack(const FolderEntry& aside, const FolderEntry& place) {
     const std::size_t maxLength = maxNameLengthIn(place.folder);
     RenameMechanisms mechanisms;
     FolderEntry back = place;
-    for (unsigned attempt = 2; renameWithoutReplacing(aside, back, mechanisms) == EEXIST; ++attempt)
+    int error = renameWithoutReplacing(aside, back, mechanisms);
+    for (unsigned attempt = 2; error == EEXIST; ++attempt) {
         back.name = nameWithAddition(place.name, "." + std::to_string(attempt), maxLength);
+        error = renameWithoutReplacing(aside, back, mechanisms);
+    }
+    return error;
 }
 
 } // namespace kestrine

@@ -21,8 +21,8 @@ int renameWithoutReplacing(const FolderEntry& from, const FolderEntry& to, Renam
 /// nobody else knows the name, so what is examined is what is removed. Returns 0 or the error number.
 int setAside(const FolderEntry& place, const FolderEntry& aside);
 
-/// The reverse. Takes the next free name ("a.2.jpg" for "a.jpg") if another item is at `place` by now. After
-/// an error the item stays at `aside`.
-void putBack(const FolderEntry& aside, const FolderEntry& place);
+/// The reverse. Takes the next free name ("a.2.jpg" for "a.jpg") if another item is at `place` by now.
+/// Returns 0 or the error number; after an error the item stays at `aside`.
+int putBack(const FolderEntry& aside, const FolderEntry& place);
 
 } // namespace kestrine

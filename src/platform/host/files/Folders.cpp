@@ -1,5 +1,6 @@
 #include "platform/host/files/Folders.h"
 
+#include "platform/host/files/FileContent.h"
 #include "platform/host/files/PathParts.h"
 
 #include <cerrno>
@@ -28,6 +29,18 @@ Result<FileDescriptor> openFolderAt(const FolderEntry& entry, int moreFlags) {
     return folder;
 }
 
+/// Returns false if the folder above is missing. A new folder is synced.
+Result<bool> makePrivateFolder(const std::string& path) {
+    if (::mkdir(path.c_str(), 0700) == 0) {
+        FileDescriptor parent = TRY(openFolder(folderOf(path)));
+        TRY(syncFolder(parent.number()));
+        return true;
+    }
+    if (errno != EEXIST && errno != ENOENT)
+        return systemFailure("cannot create the folder " + path);
+    return errno == EEXIST;
+}
+
 } // namespace
 
 Result<void> makeFolder(const std::string& path) {
@@ -39,15 +52,15 @@ Result<void> makeFolder(const std::string& path) {
 
 Result<void> makePrivateFolders(const std::string& path) {
     TRY(checkPath(path));
-    if (::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST)
+    if (TRY(makePrivateFolder(path)))
         return {};
     const std::string parent = folderOf(path);
-    if (errno != ENOENT || parent.size() >= path.size())
-        return systemFailure("cannot create the folder " + path);
-    TRY(makePrivateFolders(parent));
-    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-        return systemFailure("cannot create the folder " + path);
-    return {};
+    if (parent.size() < path.size()) {
+        TRY(makePrivateFolders(parent));
+        if (TRY(makePrivateFolder(path)))
+            return {};
+    }
+    return systemFailure("cannot create the folder " + path, ENOENT);
 }
 
 Result<FileDescriptor> openFolder(const std::string& path) {

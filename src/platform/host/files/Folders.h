@@ -16,7 +16,8 @@ inline constexpr unsigned maxFolderDepth = 200;
 /// and with alreadyExists if any item has the name.
 Result<void> makeFolder(const std::string& path);
 
-/// Creates the folder and all missing folders above it with the mode 0700. Existing folders stay as they are.
+/// Creates the folder and all missing folders above it with the mode 0700, and syncs them. Existing folders
+/// stay as they are.
 Result<void> makePrivateFolders(const std::string& path);
 
 /// Opens a folder for use in a FolderEntry. A folder without read permission can be opened too, but namesIn()

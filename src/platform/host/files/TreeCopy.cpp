@@ -130,20 +130,22 @@ Result<void> removeOriginal(int folder, const CopiedItem& item, bool& anythingRe
     if (const int error = setAside(place, aside); error != 0)
         return systemFailure("cannot remove " + item.name, error);
     Result<void> removed = removeAside(aside, item, anythingRemoved);
-    if (!removed)
-        putBack(aside, place);
+    if (!removed && putBack(aside, place) != 0)
+        anythingRemoved = true; // from its place
     return removed;
 }
 
-void removeTree(const FolderEntry& entry) {
-    if (::unlinkat(entry.folder, entry.name.c_str(), 0) == 0 || errno != EISDIR)
-        return;
+bool removeTree(const FolderEntry& entry) {
+    if (::unlinkat(entry.folder, entry.name.c_str(), 0) == 0 || errno == ENOENT)
+        return true;
+    if (errno != EISDIR)
+        return false;
     (void)(::fchmodat(entry.folder, entry.name.c_str(), 0700, 0) == 0);
     if (Result<FileDescriptor> folder = openSubfolder(entry))
         if (Result<std::vector<std::string>> names = namesIn(folder->number()))
             for (const std::string& name : *names)
                 removeTree({folder->number(), name});
-    ::unlinkat(entry.folder, entry.name.c_str(), AT_REMOVEDIR);
+    return ::unlinkat(entry.folder, entry.name.c_str(), AT_REMOVEDIR) == 0;
 }
 
 Result<void> checkRemovable(int folder, const struct stat& item) {

@@ -30,13 +30,14 @@ Result<CopiedItem> copyTree(const FolderEntry& from, const FolderEntry& to,
 /// Fails with truncated if any part of the original has changed since the copy.
 Result<void> checkUnchanged(int folder, const CopiedItem& item);
 
-/// Removes the original. After a failure `anythingRemoved` states whether part of it is already removed. Each
+/// Removes the original. After a failure `anythingRemoved` states whether part of it is no longer there. Each
 /// item gets a hidden name before it is examined and removed, so that a file which another process puts under
 /// the original name meanwhile stays. A crash may leave the hidden name.
 Result<void> removeOriginal(int folder, const CopiedItem& item, bool& anythingRemoved);
 
-/// Removes a tree that this program created, including folders without write permission. Errors are ignored.
-void removeTree(const FolderEntry& entry);
+/// Removes a tree that this program created, including folders without write permission. Returns whether
+/// nothing of it is left.
+bool removeTree(const FolderEntry& entry);
 
 /// Fails with notPermitted unless the user may remove `item` from `folder`. This needs write permission in
 /// the folder and, if the folder has the sticky bit, ownership of the folder or of the item.

@@ -19,9 +19,11 @@ namespace {
 
 constexpr std::string_view infoEnding = ".trashinfo";
 
-/// Opens a folder. Creates it with the mode 0700 if it is missing.
+/// Opens a folder. Creates it with the mode 0700 if it is missing, and syncs that.
 Result<FileDescriptor> openOrMake(const FolderEntry& entry) {
-    if (::mkdirat(entry.folder, entry.name.c_str(), 0700) != 0 && errno != EEXIST)
+    if (::mkdirat(entry.folder, entry.name.c_str(), 0700) == 0)
+        TRY(syncFolder(entry.folder));
+    else if (errno != EEXIST)
         return systemFailure("cannot create the folder " + entry.name);
     return openSubfolder(entry);
 }
@@ -60,8 +62,11 @@ Result<TrashFolder> TrashFolder::openOwn(const FolderEntry& entry, const std::st
     struct stat status {};
     if (::fstat(root.number(), &status) != 0)
         return systemFailure("cannot examine " + path);
-    if (status.st_uid == ::geteuid())
+    if (status.st_uid == ::geteuid()) {
+        if (isNew)
+            TRY(syncFolder(entry.folder));
         return openParts(path, std::move(root));
+    }
     if (isNew)
         ::unlinkat(entry.folder, entry.name.c_str(), AT_REMOVEDIR);
     return Failure{Reason::refused, path + " belongs to another user"};
@@ -80,7 +85,8 @@ Result<TrashFolder> TrashFolder::openParts(std::string path, FileDescriptor root
     return trash;
 }
 
-/// The record is synced, because without it the item could not be restored after a power failure.
+/// The record and its name are synced, because without them the item could not be restored after a power
+/// failure.
 Result<void> TrashFolder::writeInfo(const std::string& name, const std::string& text) const {
     const FileDescriptor file(
         ::openat(info_.number(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
@@ -89,6 +95,8 @@ Result<void> TrashFolder::writeInfo(const std::string& name, const std::string& 
     Result<void> written = writeAll(file.number(), bytesIn(text));
     if (written)
         written = finishWriting(file.number(), Durability::synced);
+    if (written)
+        written = syncFolder(info_.number());
     if (!written)
         ::unlinkat(info_.number(), name.c_str(), 0);
     return written;
@@ -146,14 +154,11 @@ void TrashFolder::recordFolderSize(const TrashedItem& item) const {
         recordTrashedFolderSize(root_.number(), {files_.number(), nameOf(item.path)}, record->st_mtime);
 }
 
-Result<void> TrashFolder::sync() const {
-    TRY(syncFolder(info_.number()));
-    return syncFolder(files_.number());
-}
+Result<void> TrashFolder::sync() const { return syncFolder(files_.number()); }
 
 void TrashFolder::remove(const TrashedItem& item) const {
-    removeTree({files_.number(), nameOf(item.path)});
-    ::unlinkat(info_.number(), nameOf(item.infoPath).c_str(), 0);
+    if (removeTree({files_.number(), nameOf(item.path)}))
+        ::unlinkat(info_.number(), nameOf(item.infoPath).c_str(), 0);
 }
 
 } // namespace kestrine

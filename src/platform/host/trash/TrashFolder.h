@@ -51,10 +51,11 @@ public:
     /// ignored.
     void recordFolderSize(const TrashedItem& item) const;
 
-    /// Writes the entries of both folders to the disk.
+    /// Writes the names of the items to the disk. Records are there as soon as they exist.
     Result<void> sync() const;
 
-    /// Deletes an item from the trash, if it is there, and its record afterwards.
+    /// Deletes an item from the trash, if it is there, and its record afterwards. If it cannot be deleted,
+    /// the record stays, so that the item can be seen and restored.
     void remove(const TrashedItem& item) const;
 
 private:

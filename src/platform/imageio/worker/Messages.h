@@ -88,8 +88,8 @@ struct Response {
 
 /// The longest text of a failure; longer ones are cut off.
 inline constexpr std::size_t maxFailureText = 500;
-/// How many steps a picture may have. Programs use five at most.
-inline constexpr std::size_t maxSteps = 256;
+/// How many steps a picture may have. The tools use five at most.
+inline constexpr std::size_t maxSteps = 10'000;
 
 Bytes bytesOf(const Request& request);
 /// nullopt if `bytes` are no request. What they say is plausible, so that it can be carried out.

@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint64_t maxRequestContent = 0;
 
 /// Receives a request, carries it out and answers. False at the end of the connection, and for a message that
-/// is no request.
+/// is not a parcel.
 bool serveOneRequest(Service& service, const MessageSocket& socket) {
     Result<std::optional<Message>> message = socket.receive(true);
     if (!message || !*message || (*message)->files.size() != 2)
@@ -23,10 +23,14 @@ bool serveOneRequest(Service& service, const MessageSocket& socket) {
     FileDescriptor file = std::move((*message)->files[0]);
     const MemoryFile shared(std::move((*message)->files[1]));
     const Result<Parcel> parcel = unpacked((*message)->bytes, shared, maxRequestContent);
-    const std::optional<Request> request = parcel ? requestIn(parcel->head) : std::nullopt;
-    if (!request)
+    if (!parcel)
         return false;
-    Response response = service.responseTo(*request, std::move(file));
+    Response response;
+    if (const std::optional<Request> request = requestIn(parcel->head))
+        response = service.responseTo(*request, std::move(file));
+    else
+        response.content =
+            Failure{Reason::refused, "the picture has too many steps, or they are not possible"};
     Bytes head = bytesOf(response);
     Bytes content = response.content ? *std::move(response.content) : Bytes();
     const Result<Bytes> answer = packed({std::move(head), std::move(content)}, shared);

@@ -15,7 +15,7 @@ public:
     /// `questions` is the table by which questions are known; it must outlive this object.
     explicit Service(std::span<const FileQuestion> questions) : questions_(questions) {}
 
-    /// Answers until the other end is closed, or sends something else than a request.
+    /// Answers until the other end is closed, or sends something that is not a parcel.
     void serve(const MessageSocket& requests);
 
     /// Carries out one request; `file` is the source's. A lack of memory becomes a failure.

@@ -35,6 +35,8 @@ WorkerEngine::WorkerEngine(std::span<const FileQuestion> questions, Isolation is
         },
         usualWorkers, questions, isolation == Isolation::automatic)) {}
 
+WorkerEngine::~WorkerEngine() { parts_->pool.close(); }
+
 Result<std::shared_ptr<Source>> WorkerEngine::open(std::shared_ptr<const ByteReader> file,
                                                    FileQuestion question) {
     const ImageCodec* codec = TRY(knownCodecFor(*file));

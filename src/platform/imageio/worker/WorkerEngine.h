@@ -17,12 +17,17 @@ enum class Isolation {
 /// answer; it must outlive the program.
 WorkerProgram pictureWorker(std::span<const FileQuestion> questions);
 
-/// Starts no process before the first picture. Sources may outlive the engine.
+/// Starts no process before the first picture. Its workers end with it. Sources may outlive it: they are then
+/// decoded in this process, or fail if the engine was strict.
 class WorkerEngine final : public PictureEngine {
 public:
     /// `usualWorkers`: how many files are converted at the same time. More than one thread may use the engine
     /// only while a WorkerNursery with pictureWorker() exists.
     WorkerEngine(std::span<const FileQuestion> questions, Isolation isolation, unsigned usualWorkers);
+
+    ~WorkerEngine() override;
+    WorkerEngine(const WorkerEngine&) = delete;
+    WorkerEngine& operator=(const WorkerEngine&) = delete;
 
     Result<std::shared_ptr<Source>> open(std::shared_ptr<const ByteReader> file,
                                          FileQuestion question) override;

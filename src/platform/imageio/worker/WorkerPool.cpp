@@ -3,6 +3,7 @@
 #include "platform/imageio/worker/Parcel.h"
 
 #include <algorithm>
+#include <new>
 
 namespace kestrine::worker {
 
@@ -90,6 +91,8 @@ WorkerPool::Workers::iterator WorkerPool::suitable(std::uint64_t source, std::ui
 
 Result<WorkerPool::Worker> WorkerPool::take(std::uint64_t source, std::uint32_t libraries) {
     std::unique_lock lock(mutex_);
+    if (isClosed_)
+        return Failure{Reason::refused, "the worker processes have ended"};
     if (const auto found = suitable(source, libraries); found != idle_.end()) {
         Worker worker = std::move(*found);
         idle_.erase(found);
@@ -118,29 +121,45 @@ Result<WorkerPool::Worker> WorkerPool::started(std::uint32_t libraries) const {
 
 void WorkerPool::giveBack(Worker worker) {
     const std::lock_guard lock(mutex_);
-    idle_.push_back(std::move(worker));
+    if (!isClosed_)
+        idle_.push_back(std::move(worker));
 }
 
-void WorkerPool::forget(std::uint64_t source, bool frees) {
+std::optional<WorkerPool::Worker> WorkerPool::workerToFree(std::uint64_t source, bool frees) {
+    const std::lock_guard lock(mutex_);
+    const auto found =
+        std::ranges::find_if(idle_, [&](const Worker& worker) { return worker.source == source; });
+    if (found == idle_.end())
+        return std::nullopt;
+    found->source = 0;
+    if (!frees)
+        return std::nullopt;
+    Worker worker = std::move(*found);
+    idle_.erase(found);
+    return worker;
+}
+
+void WorkerPool::forget(std::uint64_t source, bool frees) noexcept {
     const Busy busy(busy_);
-    std::optional<Worker> worker;
-    {
-        const std::lock_guard lock(mutex_);
-        const auto found =
-            std::ranges::find_if(idle_, [&](const Worker& idle) { return idle.source == source; });
-        if (found == idle_.end())
-            return;
-        found->source = 0;
-        if (!frees)
-            return;
-        worker = std::move(*found);
-        idle_.erase(found);
+    std::optional<Worker> worker = workerToFree(source, frees);
+    if (!worker)
+        return;
+    try {
+        const Request request{.source = source, .order = ForgetSource{}};
+        constexpr AnswerLimits limits{std::chrono::minutes{1}, std::chrono::minutes{5}};
+        const int noFile = worker->shared.number(); // a request has two descriptors
+        if (responseFrom(*worker->process, worker->shared, {request, 0, noFile, 0, limits}))
+            giveBack(*std::move(worker));
+    } catch (const std::bad_alloc&) {
+        return; // the worker ends, which frees its memory too
     }
-    const Request request{.source = source, .order = ForgetSource{}};
-    constexpr AnswerLimits limits{std::chrono::minutes{1}, std::chrono::minutes{5}};
-    const int noFile = worker->shared.number(); // a request has two descriptors
-    if (responseFrom(*worker->process, worker->shared, {request, 0, noFile, 0, limits}))
-        giveBack(*std::move(worker));
+}
+
+void WorkerPool::close() {
+    Workers ended; // after the lock was given up
+    const std::lock_guard lock(mutex_);
+    isClosed_ = true;
+    ended.swap(idle_);
 }
 
 } // namespace kestrine::worker

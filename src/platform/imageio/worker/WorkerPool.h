@@ -42,7 +42,10 @@ public:
     Delivery exchange(const Errand& errand);
 
     /// No further request for the source will follow. `frees`: the worker has memory for it, to be freed now.
-    void forget(std::uint64_t source, bool frees);
+    void forget(std::uint64_t source, bool frees) noexcept;
+
+    /// Ends all workers. From now on nothing is delivered.
+    void close();
 
 private:
     struct Worker {
@@ -55,6 +58,8 @@ private:
     /// An idle worker, or a new one.
     Result<Worker> take(std::uint64_t source, std::uint32_t libraries);
     Result<Worker> started(std::uint32_t libraries) const;
+    /// The idle worker that has the source open, if its memory is to be freed.
+    std::optional<Worker> workerToFree(std::uint64_t source, bool frees);
     void giveBack(Worker worker);
     /// The idle worker that suits best; end() if a new one should be started. Needs the mutex.
     Workers::iterator suitable(std::uint64_t source, std::uint32_t libraries);
@@ -62,8 +67,9 @@ private:
     const WorkerStart start_;
     const unsigned usualWorkers_;
     std::mutex mutex_;
-    Workers idle_;                   ///< guarded by mutex_, as the following; the one used last is at the end
-    std::uint32_t libraries_ = 0;    ///< that were ever needed
+    Workers idle_;                ///< guarded by mutex_, as the following; the one used last is at the end
+    std::uint32_t libraries_ = 0; ///< that were ever needed
+    bool isClosed_ = false;
     std::atomic<unsigned> busy_ = 0; ///< exchanges that have a worker, or are about to get one
 };
 

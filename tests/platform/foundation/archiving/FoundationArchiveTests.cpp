@@ -107,7 +107,7 @@ TEST(FoundationArchive, numbersKeepTheirType) {
                                       ~std::uint64_t{0},
                                       62.5F,
                                       0.1,
-                                      std::int8_t{'\x86'}};
+                                      std::int8_t{-122}};
     for (const NSNumber::Value& value : values) {
         const auto read = unarchived<NSNumber>(archived(std::make_shared<NSNumber>(value)));
         ASSERT_NE(read, nullptr) << value.index();

@@ -152,6 +152,22 @@ TEST(RenameMechanisms, aFileThatIsPutUnderTheOldNameAfterTheLinkStays) {
     EXPECT_EQ(readFile(folder / "a"), "new");
 }
 
+TEST(RenameMechanisms, anItemThatIsRenamedAgainAtOnceKeepsNoSecondName) {
+    const TemporaryFolder folder;
+    folder.write("a", "content");
+    const OpenedEntry from(folder / "a"), to(folder / "b");
+    InterposedCalls calls;
+    calls.onRename = [&](const std::string& oldName, const std::string&) {
+        if (oldName == "a") // after the link
+            std::filesystem::rename(folder / "b", folder / "c");
+        return 0;
+    };
+    RenameMechanisms mechanisms{false, true};
+    EXPECT_EQ(renameWithoutReplacing(from.entry(), to.entry(), mechanisms), 0);
+    EXPECT_EQ(readFile(folder / "c"), "content");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
 TEST(PutBack, anItemThatCannotHaveItsNameBackGetsTheNextOne) {
     const TemporaryFolder folder;
     for (const char* name : {"aside", "a.jpg", "a.2.jpg"})

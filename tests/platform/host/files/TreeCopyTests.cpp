@@ -7,6 +7,7 @@
 #include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -256,6 +257,21 @@ TEST_F(TreeCopy, aFileThatReplacesTheOriginalWhileItIsRemovedStays) {
     EXPECT_FALSE(anythingRemoved);
     EXPECT_EQ(readFile(folder_ / "from"), "new");
     EXPECT_EQ(readFile(folder_ / "to"), "old");
+}
+
+TEST_F(TreeCopy, anItemThatCannotGetItsNameBackCountsAsRemovedFromItsPlace) {
+    folder_.write("from", "old");
+    Result<CopiedItem> copied = copy();
+    ASSERT_TRUE(copied);
+    testing::InterposedCalls calls;
+    calls.onRename = [&](const std::string& oldName, const std::string& newName) {
+        if (oldName == "from")
+            folder_.write("from", "changed");
+        return newName == "from" ? EIO : 0;
+    };
+    bool anythingRemoved = false;
+    EXPECT_FALSE(removeOriginal(opened_->number(), *copied, anythingRemoved));
+    EXPECT_TRUE(anythingRemoved) << "so that the copy stays";
 }
 
 TEST_F(TreeCopy, aFileAddedSinceTheCopyIsNotRemoved) {

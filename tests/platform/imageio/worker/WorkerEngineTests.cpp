@@ -209,6 +209,29 @@ TEST(WorkerEngine, givesLargePixelsAndFiles) {
     EXPECT_EQ(*render({source, 0, {}}, uncompressed), *render({local, 0, {}}, uncompressed));
 }
 
+TEST(WorkerEngine, leavesItsSourcesToThisProcessWhenItEnds) {
+    const Bytes file = jpegOf(30, 20);
+    std::shared_ptr<Source> lenient, strict;
+    {
+        Engine engine(Isolation::automatic), strictEngine(Isolation::strict);
+        if (!testing::hasLandlock() || !testing::permitsSystemCallFilters())
+            GTEST_SKIP() << "the system lacks a layer";
+        lenient = *engine.open(file);
+        strict = *strictEngine.open(file);
+    }
+    EXPECT_EQ(*asPNG(lenient), *asPNG(*LocalSource::open(readerOfBytes(file))));
+    EXPECT_EQ(*lenient->answer(processNumber), *processNumber(nullptr));
+    EXPECT_EQ(asPNG(strict).failure().reason, Reason::refused);
+}
+
+TEST(WorkerEngine, refusesMoreStepsThanTheLimitAndGoesOn) {
+    Engine engine;
+    const std::shared_ptr<Source> source = *engine.open(jpegOf(20, 20));
+    const std::vector<PictureStep> tooMany(worker::maxSteps + 1, Flatten{});
+    EXPECT_EQ(asPNG(source, tooMany).failure().reason, Reason::refused);
+    EXPECT_TRUE(asPNG(source));
+}
+
 // What a hostile file could do.
 
 TEST(WorkerEngine, losesOneFileWhenADecoderCrashes) {

@@ -203,6 +203,8 @@ HWY_INLINE Sums slope(const Int16* in) {
 /// Two samples per side: the means (column 0) keep 32 bits between the passes.
 class TransformToTwo {
 public:
+    HWY_INLINE TransformToTwo() {} // not initialised, like Sums
+
     void run(const std::int16_t* group, const std::uint16_t* quantisation, const Squares& squares) {
         for (int lane = 0; lane < dctLanes; lane += lanesAtOnce) {
             for (int x = 0; x < 8; x += positionsAtOnce)

@@ -6,6 +6,7 @@
 #include "platform/imageio/jpeg/kernels/ChromaUpsampling.h"
 #include "platform/imageio/jpeg/kernels/InverseDCT.h"
 #include "platform/imageio/jpeg/kernels/YCbCrToRGB.h"
+#include "tests/support/SystemFeatures.h"
 
 #include <gtest/gtest.h>
 
@@ -302,6 +303,8 @@ std::string nameOf(const Sampling& s) {
 } // namespace
 
 TEST(JPEGKernels, blocksBecomeTheSamplesOfTheLibraryAtEverySize) {
+    if (!testing::libraryOverflowsAsOnX86)
+        GTEST_SKIP() << "sums that do not fit give other samples in this processor's libjpeg-turbo";
     constexpr int across = 64;
     std::mt19937 random(1);
     for (const BlockKind& kind : kinds)

@@ -4,6 +4,7 @@
 #include "tests/platform/imageio/jpeg/JPEGRecipe.h"
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
 #include "tests/platform/imageio/jpeg/own/BothDecoders.h"
+#include "tests/support/SystemFeatures.h"
 
 #include <array>
 #include <map>
@@ -76,6 +77,8 @@ Bytes damage(Bytes file, std::size_t scan, std::mt19937& random) {
 } // namespace
 
 TEST(CorruptedJPEG, givesTheRowsOfTheLibrary) {
+    if (!testing::libraryOverflowsAsOnX86)
+        GTEST_SKIP() << "sums that do not fit give other samples in this processor's libjpeg-turbo";
     const std::vector<Bytes> files = validFiles();
     std::mt19937 random(20 + static_cast<unsigned>(::testing::UnitTest::GetInstance()->random_seed()));
     std::map<Outcome, int> outcomes;
