@@ -83,8 +83,8 @@ Result<const ImageCodec*> knownCodecFor(const ByteReader& reader);
 
 /// One bit if the codec has libraries to open, else 0.
 std::uint32_t librariesOf(const ImageCodec& codec);
-/// Opens the libraries of all codecs whose bits are set.
-void openLibraries(std::uint32_t codecs);
+/// Opens the libraries of all codecs whose bits are set in `chosen`.
+void openLibraries(std::uint32_t chosen);
 
 /// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does, and with
 /// "implausible" if the file is too short for a picture that it claims to hold (see Plausibility.h).
