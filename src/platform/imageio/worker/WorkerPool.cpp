@@ -93,6 +93,7 @@ Result<WorkerPool::Worker> WorkerPool::take(std::uint64_t source, std::uint32_t 
     std::unique_lock lock(mutex_);
     if (isClosed_)
         return Failure{Reason::refused, "the worker processes have ended"};
+    std::erase_if(idle_, [](const Worker& worker) { return !worker.process->isAlive(); });
     if (const auto found = suitable(source, libraries); found != idle_.end()) {
         Worker worker = std::move(*found);
         idle_.erase(found);

@@ -13,9 +13,11 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -222,6 +224,18 @@ TEST(WorkerEngine, leavesItsSourcesToThisProcessWhenItEnds) {
     EXPECT_EQ(*asPNG(lenient), *asPNG(*LocalSource::open(readerOfBytes(file))));
     EXPECT_EQ(*lenient->answer(processNumber), *processNumber(nullptr));
     EXPECT_EQ(asPNG(strict).failure().reason, Reason::refused);
+}
+
+TEST(WorkerEngine, replacesAWorkerThatEndedBetweenTwoRequests) {
+    Engine engine;
+    const std::shared_ptr<Source> source = *engine.open(jpegOf(20, 20));
+    pid_t worker = 0;
+    const Bytes number = *source->answer(processNumber);
+    std::memcpy(&worker, number.data(), sizeof worker);
+    ::kill(worker, SIGKILL);
+    siginfo_t ended{};
+    ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(worker), &ended, WEXITED | WNOWAIT), 0);
+    EXPECT_TRUE(asPNG(source));
 }
 
 TEST(WorkerEngine, refusesMoreStepsThanTheLimitAndGoesOn) {
