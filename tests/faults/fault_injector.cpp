@@ -3,8 +3,8 @@
 //   --trace FILE     writes one line per call: PROCESS CALL NUMBER RESULT ARGUMENT(6) PATH...
 //   --at PROCESS:CALL:NUMBER:FAULT   may be given several times; only if that call has this number
 // PROCESS is 0 for the program itself, and 1, 2, ... for its threads and children in the order of their
-// start. CALL counts the calls of that process from 0; those of the program count from the begin of main.
-// FAULT is
+// start. CALL counts the calls of that process from 0; those of the program count from the begin of main. A
+// poll that does not wait is not counted. FAULT is
 //   errno=N    the call is not made and fails with this error
 //   errno=N+   so do all later calls of the same number, in every process
 //   short      the call gets only 1 byte to read or write
@@ -151,8 +151,10 @@ private:
         const bool isFirstOfMain =
             info.entry.nr == SYS_fcntl && info.entry.args[0] == 0 && info.entry.args[1] == F_GETFD;
         tracee.hasBegun = tracee.hasBegun || isFirstOfMain;
-        tracee.isInCall = tracee.hasBegun;
-        if (!tracee.hasBegun)
+        // How often a process looks for a message without waiting for it depends on the other process.
+        const bool isOneLook = info.entry.nr == SYS_poll && info.entry.args[2] == 0;
+        tracee.isInCall = tracee.hasBegun && !isOneLook;
+        if (!tracee.isInCall)
             return;
         tracee.entry = info;
         const auto planned = plan_.faults.find({tracee.ordinal, tracee.calls});

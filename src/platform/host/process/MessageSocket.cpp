@@ -1,8 +1,11 @@
 #include "platform/host/process/MessageSocket.h"
 
+#include "platform/host/process/ProcessorCount.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <poll.h>
 #include <sys/socket.h>
@@ -109,6 +112,17 @@ Result<std::optional<Message>> MessageSocket::receive(bool acceptsFiles) const {
 
 bool MessageSocket::waitForMessage(int milliseconds) const {
     return eventsOf(number(), POLLIN, milliseconds) != 0;
+}
+
+bool MessageSocket::isMessageSoon() const {
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::microseconds soon{100};
+    static const bool canWait = processorCount() > 1;
+    const Clock::time_point end = Clock::now() + soon;
+    while (!waitForMessage(0))
+        if (!canWait || Clock::now() > end)
+            return false;
+    return true;
 }
 
 bool MessageSocket::isConnected() const { return (eventsOf(number(), 0, 0) & (POLLHUP | POLLERR)) == 0; }

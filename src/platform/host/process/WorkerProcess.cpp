@@ -71,6 +71,8 @@ SandboxLayers WorkerProcess::layers() {
 }
 
 Result<void> WorkerProcess::waitForMessage(const AnswerLimits& limits) const {
+    if (limits.isQuick && socket_.isMessageSoon())
+        return {};
     const milliseconds pause =
         std::clamp(std::min(limits.processorTime, limits.withoutProgress), milliseconds{1}, longestPause);
     const nanoseconds before = processorTime();

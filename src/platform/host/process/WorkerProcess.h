@@ -15,6 +15,7 @@ namespace kestrine {
 struct AnswerLimits {
     std::chrono::milliseconds processorTime;   ///< of all threads of the worker
     std::chrono::milliseconds withoutProgress; ///< while the worker uses no processor time at all
+    bool isQuick = false;                      ///< whether the answer is expected within microseconds
 };
 
 /// The parent's handle of a worker. The destructor ends the worker. Used by one thread at a time.

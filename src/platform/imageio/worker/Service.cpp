@@ -26,7 +26,9 @@ bool serveOneRequest(Service& service, const MessageSocket& socket) {
     if (!parcel)
         return false;
     Response response;
-    if (const std::optional<Request> request = requestIn(parcel->head))
+    const std::optional<Request> request = requestIn(parcel->head);
+    const bool isOneOfMany = request && request->usesOneThread;
+    if (request)
         response = service.responseTo(*request, std::move(file));
     else
         response.content =
@@ -34,7 +36,11 @@ bool serveOneRequest(Service& service, const MessageSocket& socket) {
     Bytes head = bytesOf(response);
     Bytes content = response.content ? *std::move(response.content) : Bytes();
     const Result<Bytes> answer = packed({std::move(head), std::move(content)}, shared);
-    return answer && socket.send(*answer);
+    if (!answer || !socket.send(*answer))
+        return false;
+    if (!response.frames.empty() && !isOneOfMany) // an opened file is usually rendered at once
+        (void)socket.isMessageSoon();
+    return true;
 }
 
 } // namespace
