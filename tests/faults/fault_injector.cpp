@@ -151,9 +151,8 @@ private:
         const bool isFirstOfMain =
             info.entry.nr == SYS_fcntl && info.entry.args[0] == 0 && info.entry.args[1] == F_GETFD;
         tracee.hasBegun = tracee.hasBegun || isFirstOfMain;
-        // How often a process looks for a message without waiting for it depends on the other process.
-        const bool isOneLook = info.entry.nr == SYS_poll && info.entry.args[2] == 0;
-        tracee.isInCall = tracee.hasBegun && !isOneLook;
+        // How often a process looks for a message depends on how fast the other one is.
+        tracee.isInCall = tracee.hasBegun && info.entry.nr != SYS_poll;
         if (!tracee.isInCall)
             return;
         tracee.entry = info;

@@ -27,7 +27,7 @@ WITH_MEMORY = numbers("mmap", "mremap")
 ERRORS = ["EIO", "ENOSPC", "EDQUOT", "EINTR", "EACCES", "EMFILE", "ENOMEM"]
 LASTING = ["EIO", "ENOSPC", "EACCES", "EMFILE"]
 SPECIAL = {NUMBERS["clone"]: ["EAGAIN", "ENOMEM"], NUMBERS["clone3"]: ["EAGAIN", "ENOMEM"], NUMBERS["wait4"]: ["EINTR"],
-           NUMBERS["socketpair"]: ["EMFILE", "ENOMEM", "EACCES"], NUMBERS["poll"]: ["EINTR", "ENOMEM"],
+           NUMBERS["socketpair"]: ["EMFILE", "ENOMEM", "EACCES"],
            NUMBERS["memfd_create"]: ["EMFILE", "ENOMEM", "ENOSYS"]}
 REMOVING = numbers("unlink", "unlinkat", "rmdir")
 CAN_BE_SHORT = numbers("read", "write", "pread64", "pwrite64")
