@@ -2,6 +2,7 @@
 // must return or raise one of the two allowed exceptions, and a display accessor must give a string exactly
 // if its value accessor has a value.
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
+#include "fuzz/Require.h"
 #include "platform/foundation/NSException.h"
 
 #include <cstdlib>
@@ -11,6 +12,7 @@
 namespace {
 
 using namespace kestrine;
+using fuzzing::require;
 
 /// Whether `accessor` returns. If not, it must raise an allowed exception.
 template <class Accessor>
@@ -23,11 +25,6 @@ bool answers(Accessor accessor) {
             std::abort();
         return false;
     }
-}
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
 }
 
 /// Both must raise, or both must return: `display` "N/A" for nil, otherwise a string that is not empty.

@@ -1,19 +1,15 @@
 // Reads any bytes as the attributes and sidecar files of desktops, Macs and file servers. A value that is
 // written into them must be read again, and a container must keep its size and its other entries.
+#include "fuzz/Require.h"
 #include "platform/finder/AppleDouble.h"
 #include "platform/finder/StoredForms.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace {
 
 using namespace kestrine;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
+using fuzzing::require;
 
 template <class Value>
 void checkForm(const StoredForm<Value>& form, ByteView stored, const Value& value) {

@@ -1,18 +1,13 @@
 // Reads any bytes as a script, and makes scripts with any file names. A script that is made and accepted must
 // contain exactly these names.
 #include "_MyClasses/Category/FinderScripts.h"
+#include "fuzz/Require.h"
 #include "platform/appkit/AppleScriptParser.h"
-
-#include <cstdlib>
 
 namespace {
 
 using namespace kestrine;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
+using fuzzing::require;
 
 void readAsScript(const NSString& text) {
     const auto parsed = parseAppleScript(text);

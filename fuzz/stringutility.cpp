@@ -1,23 +1,19 @@
 // Removes markup, escapes and search words from any string. The result must not contain them, and removing
 // all spans at once must give the same result as removing them one by one.
 #include "_MyClasses/Category/StringUtility.h"
+#include "fuzz/Require.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace {
 
 constexpr std::size_t longestStepwise = 1000; // removing one by one takes quadratic time
 
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
-
 /// The first code units of `text` are the two delimiters. The last two bits of the first unit define their
 /// lengths, 1 or 2.
 void requireStepsOfRemoval(const kestrine::NSString& text) {
     using namespace kestrine;
+    using fuzzing::require;
     if (text.length() < 6)
         return;
     const std::size_t first = 1 + (text[0] & 1u), second = 1 + (text[0] >> 1 & 1u);
@@ -34,6 +30,7 @@ void requireStepsOfRemoval(const kestrine::NSString& text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     using namespace kestrine;
     using namespace StringUtility;
+    using fuzzing::require;
     static NSBundle bundle("", Environment{});
     const NSString text = NSString::fromUTF8({reinterpret_cast<const char*>(bytes), size});
     require(removeAllHTMLTag(text).length() <= text.length());

@@ -1,12 +1,12 @@
 // Unarchives any bytes. What can be read can be archived, and reading and archiving that again gives the same
 // bytes.
+#include "fuzz/Require.h"
 #include "platform/foundation/archiving/ArchivedFields.h"
-
-#include <cstdlib>
 
 namespace {
 
 using namespace kestrine;
+using fuzzing::require;
 
 struct ResizeSet final : NSObject {
     OptionalString name;
@@ -34,12 +34,6 @@ constexpr ArchivedField<ResizeSet> ResizeSet::fields[5] = {
 };
 
 constexpr ArchivedClass classes[] = {archivedClass<ResizeSet>("ResizeSet", 4)};
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 } // namespace
 

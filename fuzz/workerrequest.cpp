@@ -1,21 +1,17 @@
 // Reads any bytes as a request to a worker, and carries out what is accepted for a small picture. Requests
 // for large results are only read.
+#include "fuzz/Require.h"
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/worker/Service.h"
 
-#include <cstdlib>
 #include <unistd.h>
 
 namespace {
 
 using namespace kestrine;
+using fuzzing::require;
 using namespace kestrine::worker;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 Bytes pictureFile() {
     auto pixels =

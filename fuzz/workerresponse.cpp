@@ -1,20 +1,16 @@
 // Reads any bytes as the response of a worker. What is accepted is within the limits, and writing and reading
 // it again gives the same.
+#include "fuzz/Require.h"
 #include "platform/imageio/worker/Messages.h"
 #include "platform/imageio/worker/Parcel.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace {
 
 using namespace kestrine;
+using fuzzing::require;
 using namespace kestrine::worker;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 bool isPrintable(const Failure& failure) {
     return failure.text.size() <= maxFailureText

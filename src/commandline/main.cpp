@@ -30,9 +30,8 @@ void run(int count, char** values) {
     StandardOutput output;
     if (chosen.listsSets)
         return listSets(sets ? *sets : ResizeSets(), output);
-    // Never destroyed: the system ends its worker with this process, and nobody waits for that.
-    auto* const decodersElsewhere = new WorkerEngine(exifQuestions, Isolation::automatic, 1);
-    PictureEngine::setCurrent(decodersElsewhere);
+    WorkerEngine decodersElsewhere(exifQuestions, Isolation::automatic, 1);
+    PictureEngine::setCurrent(&decodersElsewhere);
     const auto PWD = environment.variable("PWD");
     convertFiles(chosen, PWD ? OptionalString(NSString::fromUTF8(*PWD)) : std::nullopt, output);
 }

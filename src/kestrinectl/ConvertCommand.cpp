@@ -210,8 +210,10 @@ void run(ConvertRequest request) {
         ConvertReport report(inputs.pictures.size());
         const JobPolicy policy{.onlyWithResult = true, .refusesDamaged = !request.acceptsDamaged};
         setMaximumPixels(request.maxPixels);
-        const DecoderIsolation isolation(*isolationNamed(request.isolation), request.jobs);
-        Conversion(inputs.pictures, sets, policy, report).run(request.jobs);
+        const auto jobs =
+            static_cast<unsigned>(std::clamp<std::size_t>(inputs.pictures.size(), 1, request.jobs));
+        const DecoderIsolation isolation(*isolationNamed(request.isolation), jobs);
+        Conversion(inputs.pictures, sets, policy, report).run(jobs);
         done = report.done();
         failures = report.failures();
     }

@@ -1,7 +1,7 @@
 """A file system with one file, which keeps its readers waiting: stalling_disk.py FILE FOLDER SECONDS
 
-Mounts itself on FOLDER until it is unmounted. FOLDER/NAME has the content of FILE. Every read behind the first
-sixteenth of it takes SECONDS."""
+Stays mounted on FOLDER until somebody unmounts it. FOLDER contains one file, with the name and the content of FILE.
+Each read after the first sixteenth of the file takes SECONDS."""
 import errno
 import stat
 import sys

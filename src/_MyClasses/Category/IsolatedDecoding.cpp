@@ -5,12 +5,14 @@
 namespace kestrine {
 
 IsolatedDecoding::IsolatedDecoding(Isolation isolation, unsigned usualWorkers)
-    : nursery_(pictureWorker(exifQuestions)), engine_(exifQuestions, isolation, usualWorkers) {
+    : nursery_(usualWorkers > 1 ? std::optional<WorkerNursery>(std::in_place, pictureWorker(exifQuestions))
+                                : std::nullopt),
+      engine_(exifQuestions, isolation, usualWorkers) {
     PictureEngine::setCurrent(&engine_);
 }
 
 IsolatedDecoding::IsolatedDecoding(Isolation isolation, unsigned usualWorkers, const std::string& helper)
-    : nursery_(helper), engine_(exifQuestions, isolation, usualWorkers) {
+    : nursery_(std::in_place, helper), engine_(exifQuestions, isolation, usualWorkers) {
     PictureEngine::setCurrent(&engine_);
 }
 

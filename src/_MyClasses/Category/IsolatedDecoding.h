@@ -4,6 +4,7 @@
 #include "platform/host/process/WorkerNursery.h"
 #include "platform/imageio/worker/WorkerEngine.h"
 
+#include <optional>
 #include <string>
 
 namespace kestrine {
@@ -14,7 +15,7 @@ namespace kestrine {
 class IsolatedDecoding {
 public:
     /// Workers are copies of this process, which has one thread now and stays in this thread. `usualWorkers`:
-    /// how many files are converted at the same time.
+    /// how many files are converted at the same time; with 1, only this thread may use pictures.
     IsolatedDecoding(Isolation isolation, unsigned usualWorkers);
     /// Workers come from the program `kestrine-worker` at the path `helper`. For processes with any number of
     /// threads. If it cannot be started, pictures are decoded in this process, or fail if `isolation` is
@@ -28,7 +29,8 @@ public:
     static Result<SandboxLayers> layers();
 
 private:
-    const WorkerNursery nursery_;
+    const std::optional<WorkerNursery>
+        nursery_; ///< outlives the engine; a program with one thread needs none
     WorkerEngine engine_;
 };
 

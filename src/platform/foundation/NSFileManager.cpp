@@ -8,40 +8,19 @@
 
 namespace kestrine {
 
-const NSString& NSFileTypeDirectory() {
-    static const NSString type(u"NSFileTypeDirectory");
-    return type;
-}
-
-const NSString& NSFileTypeRegular() {
-    static const NSString type(u"NSFileTypeRegular");
-    return type;
-}
-
-const NSString& NSFileTypeSymbolicLink() {
-    static const NSString type(u"NSFileTypeSymbolicLink");
-    return type;
-}
-
-const NSString& NSFileTypeSocket() {
-    static const NSString type(u"NSFileTypeSocket");
-    return type;
-}
-
-const NSString& NSFileTypeCharacterSpecial() {
-    static const NSString type(u"NSFileTypeCharacterSpecial");
-    return type;
-}
-
-const NSString& NSFileTypeBlockSpecial() {
-    static const NSString type(u"NSFileTypeBlockSpecial");
-    return type;
-}
-
-const NSString& NSFileTypeUnknown() {
-    static const NSString type(u"NSFileTypeUnknown");
-    return type;
-}
+#define FILE_TYPE(name)                                                                                      \
+    const NSString& name() {                                                                                 \
+        static const NSString type(u"" #name);                                                               \
+        return type;                                                                                         \
+    }
+FILE_TYPE(NSFileTypeDirectory)
+FILE_TYPE(NSFileTypeRegular)
+FILE_TYPE(NSFileTypeSymbolicLink)
+FILE_TYPE(NSFileTypeSocket)
+FILE_TYPE(NSFileTypeCharacterSpecial)
+FILE_TYPE(NSFileTypeBlockSpecial)
+FILE_TYPE(NSFileTypeUnknown)
+#undef FILE_TYPE
 
 namespace {
 

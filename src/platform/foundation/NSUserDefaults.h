@@ -40,7 +40,7 @@ public:
     /// All possible files of the domain, in the order in which they are looked up.
     std::vector<DomainFile> placesOfDomain(const NSString& name) const;
 
-    /// The first file that exists, or for which the system does not report it. Empty if there is none.
+    /// The first file that exists, or whose existence the system does not report. Empty if there is none.
     std::optional<DomainFile> fileOfDomain(const NSString& name) const;
 
 private:

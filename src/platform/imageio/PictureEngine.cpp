@@ -26,6 +26,8 @@ PictureEngine& PictureEngine::current() { return chosen == nullptr ? inThisProce
 
 void PictureEngine::setCurrent(PictureEngine* engine) { chosen = engine; }
 
+Failure decoderCrash() { return {Reason::crashed, "the decoder crashed"}; }
+
 Result<std::shared_ptr<Source>> openPicture(const std::string& path, FileQuestion question) {
     std::shared_ptr<const ByteReader> file = TRY(readerOfPath(path));
     return PictureEngine::current().open(std::move(file), question);

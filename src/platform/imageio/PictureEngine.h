@@ -25,6 +25,9 @@ public:
     static void setCurrent(PictureEngine* engine);
 };
 
+/// The failure of a process that crashed while it decoded, or that answered nonsense afterwards.
+Failure decoderCrash();
+
 /// Opens the file at `path` with the current engine.
 Result<std::shared_ptr<Source>> openPicture(const std::string& path, FileQuestion question = nullptr);
 

@@ -153,7 +153,7 @@ TagDictionaryPointer ExifTagReader::tagsFromEngine() {
     const Result<Bytes> answer = PictureEngine::current().answer(handle->reader(), tagsOf);
     const std::optional<ReadTags> read = answer ? readTagsIn(*answer) : std::nullopt;
     if (!read) {
-        noteFailure(answer ? Failure{Reason::crashed, "the decoder crashed"} : answer.failure());
+        noteFailure(answer ? decoderCrash() : answer.failure());
         return nullptr;
     }
     app1Offset_ = read->app1Offset;

@@ -86,26 +86,21 @@ TagValue valueIn(MessageReader& reader) {
     }
 }
 
-IFDDictionary directoryIn(MessageReader& reader) {
-    IFDDictionary directory;
+/// A map with at most `maxCount` keys, whose values `valueFrom` reads.
+template <class Map, class ValueFrom>
+Map mapIn(MessageReader& reader, std::uint64_t maxCount, const ValueFrom& valueFrom) {
+    Map map;
     const std::uint64_t count = reader.count(1);
-    reader.refuseUnless(count <= maxEntries);
+    reader.refuseUnless(count <= maxCount);
     for (std::uint64_t i = 0; i < count && reader.ok(); ++i) {
         std::string key = reader.text(maxNameBytes);
-        directory.insert_or_assign(std::move(key), valueIn(reader));
+        map.insert_or_assign(std::move(key), valueFrom(reader));
     }
-    return directory;
+    return map;
 }
 
-TagDictionary dictionaryIn(MessageReader& reader) {
-    TagDictionary tags;
-    const std::uint64_t count = reader.count(1);
-    reader.refuseUnless(count <= maxDirectories);
-    for (std::uint64_t i = 0; i < count && reader.ok(); ++i) {
-        std::string name = reader.text(maxNameBytes);
-        tags.insert_or_assign(std::move(name), std::make_shared<const IFDDictionary>(directoryIn(reader)));
-    }
-    return tags;
+IFDDictionaryPointer directoryIn(MessageReader& reader) {
+    return std::make_shared<const IFDDictionary>(mapIn<IFDDictionary>(reader, maxEntries, valueIn));
 }
 
 } // namespace
@@ -134,7 +129,8 @@ std::optional<ReadTags> readTagsIn(ByteView bytes) {
     ReadTags read;
     read.app1Offset = reader.number<std::uint16_t>();
     if (reader.flag())
-        read.tags = std::make_shared<const TagDictionary>(dictionaryIn(reader));
+        read.tags =
+            std::make_shared<const TagDictionary>(mapIn<TagDictionary>(reader, maxDirectories, directoryIn));
     return reader.isComplete() ? std::optional(std::move(read)) : std::nullopt;
 }
 

@@ -13,8 +13,8 @@ bool itemExists(const std::string& path);
 /// Whether a folder exists. Follows symbolic links.
 bool folderExists(const std::string& path);
 
-/// Whether certainly no item exists. False if the system does not report it, for example because it denies
-/// access.
+/// Whether it is certain that no item exists. False if the system does not report it, for example because it
+/// denies access.
 bool isAbsent(const std::string& path);
 
 /// Whether the name is in use, also by a dangling link. A name that cannot be looked up (access denied, name

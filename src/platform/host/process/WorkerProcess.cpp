@@ -13,9 +13,9 @@ using std::chrono::nanoseconds;
 /// The interval at which the times of a working process are compared with their limits.
 constexpr milliseconds longestPause{100};
 
-Failure timeFailure() { return {Reason::timeLimit, "the decoder took too long"}; }
+Failure timeFailure() { return {Reason::timeLimit, "the worker process took too long"}; }
 
-Failure crashFailure() { return {Reason::crashed, "the decoder crashed"}; }
+Failure crashFailure() { return {Reason::crashed, "the worker process crashed"}; }
 
 } // namespace
 

@@ -2,6 +2,7 @@
 
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/LocalSource.h"
+#include "platform/imageio/PictureEngine.h"
 #include "platform/imageio/Plausibility.h"
 
 #include <algorithm>
@@ -117,8 +118,7 @@ Result<std::shared_ptr<Source>> RemoteSource::open(std::shared_ptr<EngineParts> 
         return source->openHere();
     Response response = TRY(std::move(opened.response));
     if (response.frames.empty())
-        return response.content ? Failure{Reason::crashed, "the decoder crashed"}
-                                : response.content.failure();
+        return response.content ? decoderCrash() : response.content.failure();
     source->frames_ = std::move(response.frames);
     source->kept_.resize(source->frames_.size());
     if (question != nullptr && response.content)
@@ -226,7 +226,7 @@ Result<PixelBuffer> RemoteSource::pixels(const Picture& picture) {
     buffer.format = picture.format();
     buffer.bytes = TRY(carriedOut(ReadPixels{recipeOf(picture)}, priceOf(picture), readHere));
     if (buffer.bytes.size() != buffer.format.bytes())
-        return Failure{Reason::crashed, "the decoder crashed"};
+        return decoderCrash();
     return buffer;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/imageio/worker/WorkerPool.h"
 
+#include "platform/imageio/PictureEngine.h"
 #include "platform/imageio/worker/Parcel.h"
 
 #include <algorithm>
@@ -12,12 +13,11 @@ namespace {
 /// The shared file keeps its memory for the next answer unless it has more bytes.
 constexpr std::size_t maxKeptSharedBytes = std::size_t{1} << 20;
 
-Failure crashFailure() { return {Reason::crashed, "the decoder crashed"}; }
-
-Failure namedFailure(const Failure& failure) {
+/// What the end of a worker means for a picture.
+Failure decoderFailure(const Failure& failure) {
     switch (failure.reason) {
     case Reason::crashed:
-        return crashFailure();
+        return decoderCrash();
     case Reason::timeLimit:
         return {Reason::timeLimit, "the decoder took too long"};
     default:
@@ -48,12 +48,12 @@ Result<Response> responseFrom(WorkerProcess& worker, const MemoryFile& shared, c
     const Bytes answer = TRY(worker.exchange(message, files, errand.limits));
     Result<Parcel> parcel = unpacked(answer, shared, errand.maxContent);
     if (!parcel)
-        return crashFailure();
+        return decoderCrash();
     if (parcel->content.size() > maxKeptSharedBytes)
         shared.clear();
     std::optional<Response> response = responseIn(parcel->head, std::move(parcel->content));
     if (!response)
-        return crashFailure();
+        return decoderCrash();
     return *std::move(response);
 }
 
@@ -66,7 +66,7 @@ Delivery WorkerPool::exchange(const Errand& errand) {
         return {false, worker.failure()};
     Result<Response> response = responseFrom(*worker->process, worker->shared, errand);
     if (!response) // then the worker is of no more use
-        return {true, namedFailure(response.failure())};
+        return {true, decoderFailure(response.failure())};
     worker->source = errand.request.source;
     giveBack(*std::move(worker));
     return {true, std::move(response)};

@@ -75,25 +75,10 @@ TEST(WorkerNursery, endsWithItsWorkers) {
 TEST(WorkerNursery, endsWithItsParentAndAllWorkers) {
     runIsolated([] {
         ASSERT_TRUE(adoptsOrphans());
-        int pipe[2];
-        ASSERT_EQ(::pipe(pipe), 0);
-        const pid_t parent = ::fork();
-        if (parent == 0) {
-            const WorkerNursery nursery(workerProgram());
-            const auto worker = startWorker();
-            (void)processOf(*worker);
-            (void)!::write(pipe[1], "x", 1);
-            (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
-        }
-        char ready = 0;
-        ASSERT_EQ(::read(pipe[0], &ready, 1), 1);
-        std::this_thread::sleep_for(std::chrono::milliseconds{20}); // so that the worker sleeps
-        ::kill(parent, SIGKILL);
+        ::kill(startParentOfASleepingWorker(true).parent, SIGKILL);
         for (int ended = 0; ended < 3; ++ended) // the parent, the nursery and the worker
             EXPECT_GT(::wait(nullptr), 0);
         EXPECT_EQ(::wait(nullptr), -1);
-        ::close(pipe[0]);
-        ::close(pipe[1]);
     });
 }
 

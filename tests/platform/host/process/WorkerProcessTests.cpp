@@ -74,7 +74,7 @@ TEST_P(Crash, isReportedAtOnceAndTheNextWorkerAnswers) {
     EXPECT_LT(Clock::now() - begin, 2s); // a benchmark measures the exact time; test machines are busy
     ASSERT_FALSE(answer);
     EXPECT_EQ(answer.failure().reason, Reason::crashed);
-    EXPECT_EQ(answer.failure().text, "the decoder crashed");
+    EXPECT_EQ(answer.failure().text, "the worker process crashed");
     EXPECT_FALSE(worker->isAlive());
     EXPECT_EQ(worker->exchange(Bytes{order(Order::echo), 1}, {}, amplyLimited).failure().reason,
               Reason::crashed);
@@ -91,7 +91,7 @@ TEST(WorkerProcess, thatLoopsIsEndedAtTheLimitOfItsProcessorTime) {
     const Result<Bytes> answer = worker->exchange(Bytes{order(Order::loopForEver)}, {}, {60ms, 60s});
     ASSERT_FALSE(answer);
     EXPECT_EQ(answer.failure().reason, Reason::timeLimit);
-    EXPECT_EQ(answer.failure().text, "the decoder took too long");
+    EXPECT_EQ(answer.failure().text, "the worker process took too long");
     EXPECT_FALSE(worker->isAlive());
 }
 
@@ -159,23 +159,10 @@ TEST(WorkerProcess, survivesTheSignalsThatATerminalSendsToParentAndChild) {
 TEST(WorkerProcess, endsWithItsParentEvenWhenItDoesNotListen) {
     runIsolated([] {
         ASSERT_TRUE(adoptsOrphans());
-        int pipe[2];
-        ASSERT_EQ(::pipe(pipe), 0);
-        const pid_t parent = ::fork();
-        if (parent == 0) {
-            const auto worker = startWorker();
-            const pid_t process = processOf(*worker);
-            (void)!::write(pipe[1], &process, sizeof process);
-            (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
-        }
-        pid_t worker = 0;
-        ASSERT_EQ(::read(pipe[0], &worker, sizeof worker), ssize_t{sizeof worker});
-        std::this_thread::sleep_for(20ms); // so that it sleeps
+        const auto [parent, worker] = startParentOfASleepingWorker(false);
         ::kill(parent, SIGKILL);
         EXPECT_EQ(::waitpid(parent, nullptr, 0), parent);
         EXPECT_EQ(::waitpid(worker, nullptr, 0), worker);
-        ::close(pipe[0]);
-        ::close(pipe[1]);
     });
 }
 

@@ -1,6 +1,7 @@
 #include "tests/platform/host/process/WorkerTesting.h"
 
 #include "platform/host/process/ProcessorCount.h"
+#include "platform/host/process/WorkerNursery.h"
 
 #include <algorithm>
 #include <array>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <stdexcept>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -296,5 +298,30 @@ pid_t processOf(WorkerProcess& worker) {
 }
 
 bool adoptsOrphans() { return ::prctl(PR_SET_CHILD_SUBREAPER, 1) == 0; }
+
+ParentAndWorker startParentOfASleepingWorker(bool hasNursery) {
+    int pipe[2];
+    if (::pipe(pipe) != 0)
+        std::abort();
+    const pid_t parent = ::fork();
+    if (parent == 0) {
+        std::optional<WorkerNursery> nursery;
+        if (hasNursery)
+            nursery.emplace(workerProgram());
+        const auto worker = startWorker();
+        const pid_t process = processOf(*worker);
+        if (::write(pipe[1], &process, sizeof process) != ssize_t{sizeof process})
+            std::abort();
+        (void)worker->exchange(Bytes{order(Order::sleepForEver)}, {}, amplyLimited);
+        std::abort(); // it never answers
+    }
+    pid_t worker = -1;
+    if (::read(pipe[0], &worker, sizeof worker) != ssize_t{sizeof worker})
+        worker = -1;
+    ::close(pipe[0]);
+    ::close(pipe[1]);
+    std::this_thread::sleep_for(std::chrono::milliseconds{20}); // so that the worker sleeps
+    return {parent, worker};
+}
 
 } // namespace kestrine::testing

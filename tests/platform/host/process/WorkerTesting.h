@@ -3,6 +3,8 @@
 
 #include "platform/host/process/WorkerProcess.h"
 
+#include <sys/types.h>
+
 namespace kestrine::testing {
 
 enum class Order : std::uint8_t {
@@ -66,5 +68,12 @@ bool adoptsOrphans();
 
 /// The number of the worker's process.
 pid_t processOf(WorkerProcess& worker);
+
+struct ParentAndWorker {
+    pid_t parent, worker;
+};
+
+/// Starts a process that waits for a worker that sleeps for ever; it also has a nursery if that is wanted.
+ParentAndWorker startParentOfASleepingWorker(bool hasNursery);
 
 } // namespace kestrine::testing
