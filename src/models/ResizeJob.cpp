@@ -3,6 +3,7 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "_MyClasses/Category/ImageUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
+#include "models/RecipeConversion.h"
 #include "platform/appkit/NSWorkspace.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/host/FailureCollector.h"
@@ -48,16 +49,17 @@ class JobRun {
 public:
     explicit JobRun(const ResizeJob& job) : job_(job) {}
 
-    JobOutcome apply(const ResizeSet& set) {
+    JobOutcome apply(const ConversionRecipe& recipe) {
         JobOutcome outcome;
-        const std::shared_ptr<const NSData> data = convert(set, outcome);
+        PlannedResult plan{.format = namedFormat(recipe.format)};
+        const std::shared_ptr<const NSData> data = convert(recipe, plan, outcome);
         const bool isWithheld = job_.policy.onlyWithResult && outcome.failure.has_value();
-        const OptionalString folder = outputFolder(set);
+        const OptionalString folder = outputFolder(recipe);
         if (!folder && !outcome.failure)
             outcome.failure = Failure{Reason::notFound, "there is no folder for the result"};
         if (isWithheld || !folder)
             return outcome;
-        outcome.path = folder->appendingPathComponent(set.fileNameForPath(job_.path));
+        outcome.path = folder->appendingPathComponent(nameFor(recipe, plan));
         if (job_.replacesFile())
             replace(data.get(), outcome);
         else
@@ -65,18 +67,42 @@ public:
         return outcome;
     }
 
+    /// Where the result of a recipe goes if the name is free; "" if it goes nowhere.
+    NSString wantedPath(const ConversionRecipe& recipe) {
+        const OptionalString folder = outputFolder(recipe);
+        PlannedResult plan{.format = namedFormat(recipe.format)};
+        if (namesDependOnPicture(recipe)) {
+            const FailureCollector ignored; // converting it will report the reason
+            plan = plannedResult(recipe, file_, imageFor(recipe));
+            if (plan.image == nullptr)
+                return u"";
+        }
+        return folder ? folder->appendingPathComponent(nameFor(recipe, plan)) : NSString();
+    }
+
 private:
+    static bool namesDependOnPicture(const ConversionRecipe& recipe) {
+        return recipe.format.choice == FormatRule::Choice::ofSource
+               || (recipe.place.name && recipe.place.name->dependsOnPicture());
+    }
+
     /// nil if there is no result; the outcome then has the reason.
-    std::shared_ptr<const NSData> convert(const ResizeSet& set, JobOutcome& outcome) {
+    std::shared_ptr<const NSData> convert(const ConversionRecipe& recipe, PlannedResult& plan,
+                                          JobOutcome& outcome) {
         if (hostility_) {
             outcome.failure = hostility_;
             return nullptr;
         }
         const FailureCollector collector;
-        const std::shared_ptr<NSImage> image = imageFor(set);
+        const std::shared_ptr<NSImage> image = imageFor(recipe);
         noteHostility(collector);
-        auto data = hostility_ ? nullptr : set.resizedImageDataWithFile(file_, image);
+        if (!hostility_)
+            plan = plannedResult(recipe, file_, image);
+        auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
         noteHostility(collector);
+        outcome.format = plan.format;
+        outcome.width = plan.width;
+        outcome.height = plan.height;
         if (image != nullptr)
             outcome.damage = image->damage();
         if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
@@ -89,6 +115,21 @@ private:
         return data;
     }
 
+    NSString nameFor(const ConversionRecipe& recipe, const PlannedResult& plan) const {
+        const ResultPlace& place = recipe.place;
+        const NSString usual = resultName(job_.path, plan.format, place.keepsExtension);
+        if (!place.name)
+            return usual;
+        return NSString::fromUTF8(
+            place.name->nameFor({.stem = job_.path.lastPathComponent().deletingPathExtension().utf8(),
+                                 .extension = usual.pathExtension().utf8(),
+                                 .set = place.setName.value_or(u"").utf8(),
+                                 .width = plan.width,
+                                 .height = plan.height,
+                                 .number = job_.number,
+                                 .count = job_.count}));
+    }
+
     /// A file that broke the decoder, or took all it may take, is not tried again.
     void noteHostility(const FailureCollector& collector) {
         for (const Failure& failure : collector.failures())
@@ -96,9 +137,9 @@ private:
                 hostility_ = failure;
     }
 
-    OptionalString outputFolder(const ResizeSet& set) const {
+    OptionalString outputFolder(const ConversionRecipe& recipe) const {
         return job_.replacesFile() ? job_.path.deletingLastPathComponent()
-                                   : set.resizeFolderForPath(job_.saveFolderPath, job_.rootPath);
+                                   : folderFor(recipe.place, job_.saveFolderPath, job_.rootPath);
     }
 
     /// Moves the original to the trash first, so that the result can get its name.
@@ -150,16 +191,16 @@ private:
             outcome.failure = folderFailure.value_or(written.failure());
     }
 
-    /// A slot whose load failed stays empty and is tried again for the next set that needs it.
-    std::shared_ptr<NSImage> imageFor(const ResizeSet& set) {
-        const bool converts = set.convertResolution() != 0;
+    /// A slot whose load failed stays empty and is tried again for the next recipe that needs it.
+    std::shared_ptr<NSImage> imageFor(const ConversionRecipe& recipe) {
+        const bool converts = recipe.convertsResolution;
         std::shared_ptr<NSImage>& slot = converts ? converted_ : plain_;
         if (slot != nullptr || !open())
             return slot;
         slot = NSImage::initWithSource(file_.opened);
         if (converts)
             myUtility::convertResolution(*slot);
-        if (job_.sets.size() > 1)
+        if (job_.recipes.size() > 1)
             slot->keepPixels();
         return slot;
     }
@@ -168,8 +209,7 @@ private:
     bool open() {
         if (file_.opened != nullptr)
             return true;
-        const bool turns =
-            std::ranges::any_of(job_.sets, [](const auto& set) { return set->autoRotate() != 0; });
+        const bool turns = std::ranges::any_of(job_.recipes, &ConversionRecipe::turnsByNarrowRule);
         const FileQuestion question = turns ? orientationQuestionFor(job_.path) : nullptr;
         Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8(), question);
         if (!source) {
@@ -192,9 +232,17 @@ private:
 std::vector<JobOutcome> runJob(const ResizeJob& job) {
     JobRun run(job);
     std::vector<JobOutcome> outcomes;
-    for (const auto& set : job.sets)
-        outcomes.push_back(run.apply(*set));
+    for (const ConversionRecipe& recipe : job.recipes)
+        outcomes.push_back(run.apply(recipe));
     return outcomes;
+}
+
+std::vector<NSString> wantedPaths(const ResizeJob& job) {
+    JobRun run(job);
+    std::vector<NSString> paths;
+    for (const ConversionRecipe& recipe : job.recipes)
+        paths.push_back(run.wantedPath(recipe));
+    return paths;
 }
 
 NSString uniqueFileName(const NSString& path) {

@@ -89,5 +89,8 @@ void openLibraries(std::uint32_t chosen);
 /// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does, and with
 /// "implausible" if the file is too short for a picture that it claims to hold (see Plausibility.h).
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader);
+/// The same with the codec that recognises it.
+Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader,
+                                                const ImageCodec& codec);
 
 } // namespace kestrine

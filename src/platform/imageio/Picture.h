@@ -32,6 +32,8 @@ public:
 
     /// At least one; the main picture is the first. `profile` is set only in the process that decodes.
     const std::vector<FrameDescription>& frames() const { return frames_; }
+    /// The codec of the file; null for an empty canvas.
+    const ImageCodec* codec() const { return codec_; }
     /// Whether it is an empty canvas, not a file.
     virtual bool isCanvas() const { return false; }
 
@@ -53,6 +55,7 @@ public:
 
 protected:
     std::vector<FrameDescription> frames_;
+    const ImageCodec* codec_ = nullptr;
 };
 
 enum class QuarterTurn : std::uint8_t { clockwise, counterclockwise };

@@ -119,6 +119,7 @@ Result<std::shared_ptr<Source>> RemoteSource::open(std::shared_ptr<EngineParts> 
     Response response = TRY(std::move(opened.response));
     if (response.frames.empty())
         return response.content ? decoderCrash() : response.content.failure();
+    source->codec_ = &codec;
     source->frames_ = std::move(response.frames);
     source->kept_.resize(source->frames_.size());
     if (question != nullptr && response.content)
