@@ -78,6 +78,7 @@ void addOnce(std::vector<std::string>& lines, const std::string& line) {
 }
 
 void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutcome& outcome) {
+    result.isLeftLying = result.isLeftLying || (outcome.isWritten && outcome.isLeftLying);
     const std::string& shown = input.shown;
     if (outcome.isWritten)
         result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
@@ -139,6 +140,13 @@ void printFindings(const ConvertInputs& inputs) {
         printError(counted(inputs.otherFiles, "other file") + " left out");
 }
 
+/// Only for options that do not say what to do about the orientation.
+void printHintOfLyingPictures(std::size_t count, const ConvertOptions& options) {
+    if (count > 0 && !options.upright)
+        printHint(counted(count, "picture")
+                  + " should be turned, which the set does not do; --upright does it");
+}
+
 void throwWhenStopped(std::size_t done, std::size_t count) {
     if (const int signal = StopSignalsNoted::noted(); signal != 0)
         throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)) + ": "
@@ -173,7 +181,7 @@ void run(ConvertRequest request) {
     const StopSignalsNoted untilTheEnd;
     const ConvertInputs inputs = findInputs(request.files, request.search);
     printFindings(inputs);
-    std::size_t done = 0, failures = 0;
+    std::size_t done = 0, failures = 0, leftLying = 0;
     {
         ConvertReport report(inputs.pictures.size());
         const JobPolicy policy{.onlyWithResult = true, .refusesDamaged = !request.acceptsDamaged};
@@ -184,7 +192,9 @@ void run(ConvertRequest request) {
         convert(inputs.pictures, jobsFor(inputs.pictures, recipes, policy), threads, report);
         done = report.done();
         failures = report.failures();
+        leftLying = report.leftLying();
     }
+    printHintOfLyingPictures(leftLying, request.options);
     throwWhenStopped(done, inputs.pictures.size());
     throwWhenFailed(inputs, failures, request.allowsEmpty);
 }

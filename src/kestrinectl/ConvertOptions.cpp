@@ -56,10 +56,28 @@ void ConvertOptions::addTo(CLI::App& command) {
         {"--cover", cover, understoodBy(boxIn), "WxH",
          "Scale to exactly this size and cut off what hangs over"},
         {"--gravity", gravity, understoodBy(gravityNamed), "PLACE",
-         "The part that --cover keeps: " + gravityNames() + " (default: center)"},
+         "The part that --cover keeps, and the place of the picture within --pad: " + gravityNames()
+             + " (default: center)"},
+        {"--pad", pad, understoodBy(colorIn), "COLOR",
+         "Fill the box of --fit with this colour, such as white or #ffcc00 (default: no margins)"},
+        {"--background", background, understoodBy(colorIn), "COLOR",
+         "Colour for transparent parts (default: transparent, or white where the format has no "
+         "transparency)"},
         {"--format", format, formatOfResult(), "FORMAT",
          "Output format: " + formatNames()
              + " (default without a set: that of the file, or else jpeg, and png with transparency)"},
+        {"--max-bytes", maxBytes, understoodBy(bytesIn), "SIZE",
+         "Use the highest quality with which a result has at most this size, such as 200k; an error if there "
+         "is none"},
+        {"--metadata", metadata, understoodBy(metadataNamed), "none|rights|exif|all",
+         "What to keep of the EXIF data: nothing, artist and copyright, what describes the picture, or also "
+         "the "
+         "place (default without a set: exif without serial numbers and the name of the owner)"},
+        {"--times", times, understoodBy(timesNamed), "keep|taken|now",
+         "Modification time of the results: that of the original, when the picture was taken, or now "
+         "(default: now)"},
+        {"--profile", profile, understoodBy(profileNamed), "keep|srgb",
+         "Keep the colour profile, or convert to sRGB (default: keep)"},
         {"--out", out, nonEmpty(), "FOLDER",
          "Folder for the results, with the sub-folders in which the files were found"},
         {"--name", name, understoodBy(NameTemplate::parse), "TEMPLATE",
@@ -74,6 +92,12 @@ void ConvertOptions::addTo(CLI::App& command) {
                     "Quality in percent, 0 to 100, for formats that have one (default without a set: 80)")
         ->check(numberBetween(0.0F, 100.0F))
         ->option_text("N");
+    command
+        .add_flag(
+            "--upright,!--no-upright", [this](std::int64_t count) { upright = count > 0; },
+            "Turn all pictures upright, or none (default without a set: --upright)")
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    command.add_flag("--exif", exif, "Short for --metadata exif");
     command.add_flag("--replace", replaces,
                      "Put each result in the place of its original, which goes to the trash (default: as the "
                      "set says)");

@@ -10,10 +10,14 @@ namespace kestrine {
 /// The options as typed and checked (ConvertWords.h); those not given are absent.
 struct ConvertOptions {
     std::optional<std::string> longest, width, height, percent, fit, cover;
-    std::optional<std::string> gravity;
+    std::optional<std::string> gravity, pad, background;
     bool keepsSmall = false;
     std::optional<std::string> format;
     std::optional<float> quality; ///< in percent
+    std::optional<std::string> maxBytes;
+    std::optional<bool> upright;
+    std::optional<std::string> metadata, times, profile;
+    bool exif = false; ///< short for `metadata` "exif"
     bool replaces = false;
     std::optional<std::string> out;
     std::optional<std::string> name;

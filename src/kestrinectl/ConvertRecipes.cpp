@@ -91,15 +91,19 @@ std::vector<PixelSize> sizesOf(const ConvertOptions& options) {
                            + " contradict each other: both give a size");
     if (given.empty())
         return {};
-    for (PixelSize& size : given.front().sizes)
+    for (PixelSize& size : given.front().sizes) {
         size.gravity = options.gravity ? *gravityNamed(*options.gravity) : Gravity{};
+        if (options.pad)
+            size.padding = *colorIn(*options.pad);
+    }
     return given.front().sizes;
 }
 
 ConversionRecipe recipeWithoutSet() {
-    return {.format = {FormatRule::Choice::ofSource},
+    return {.upright = UprightRule::always,
+            .format = {FormatRule::Choice::ofSource},
             .quality = usualQuality,
-            .keepsExif = true,
+            .exif = ExifSelection::withoutOwner,
             .place = {.keepsExtension = true}};
 }
 
@@ -126,12 +130,35 @@ void changePlace(ResultPlace& place, const ConvertOptions& options) {
     }
 }
 
+/// What results carry beside the pixels.
+void changeProperties(ConversionRecipe& recipe, const ConvertOptions& options) {
+    const bool hasSet = recipe.place.setName.has_value();
+    const std::optional<std::string> metadata = options.exif ? "exif" : options.metadata;
+    if (metadata)
+        recipe.exif = *metadataNamed(*metadata);
+    if (recipe.exif == ExifSelection::camera && !hasSet)
+        recipe.exif = ExifSelection::withoutOwner;
+    if (options.times)
+        recipe.times = *timesNamed(*options.times);
+    if (options.profile)
+        recipe.intoSRGB = *profileNamed(*options.profile);
+}
+
 void changeRecipe(ConversionRecipe& recipe, const ConvertOptions& options) {
     if (options.format)
         recipe.format = {FormatRule::Choice::fixed, static_cast<FileType>(*formatNamed(*options.format))};
     if (options.quality)
         recipe.quality = *options.quality / 100.0F;
+    if (options.maxBytes) {
+        recipe.maxBytes = *bytesIn(*options.maxBytes);
+        recipe.quality = options.quality ? recipe.quality : 1;
+    }
+    if (options.upright)
+        recipe.upright = *options.upright ? UprightRule::always : UprightRule::never;
+    if (options.background)
+        recipe.background = *colorIn(*options.background);
     recipe.enlarges = !options.keepsSmall;
+    changeProperties(recipe, options);
     changePlace(recipe.place, options);
 }
 
@@ -144,8 +171,12 @@ void checkPlaces(const ConvertOptions& options, bool hasSets) {
 }
 
 void checkSizes(const ConvertOptions& options, bool hasSets) {
-    if (options.gravity && !options.cover)
-        throw WrongOptions("--gravity needs --cover");
+    if (options.pad && !options.fit)
+        throw WrongOptions("--pad needs --fit");
+    if (options.gravity && !options.cover && !options.pad)
+        throw WrongOptions("--gravity needs --cover or --pad");
+    if (options.exif && options.metadata && options.metadata != "exif")
+        throw WrongOptions("--exif and --metadata " + *options.metadata + " contradict each other");
     if (options.keepsSmall && !hasSets && !givesSize(options))
         throw WrongOptions("--no-enlarge needs a size, such as --longest 1200");
 }
@@ -158,12 +189,16 @@ void checkQuality(const ConvertOptions& options, const ConversionRecipes& recipe
     if (options.quality && std::ranges::all_of(recipes, ignoresQuality))
         throw WrongOptions("--quality has no effect on "
                            + std::string(outputFormat(recipes.front().format.type).title));
+    const auto fixed = std::ranges::find_if(recipes, ignoresQuality);
+    if (options.maxBytes && fixed != recipes.end())
+        throw WrongOptions("--max-bytes needs a format with a quality, and "
+                           + std::string(outputFormat(fixed->format.type).title) + " has none");
 }
 
 } // namespace
 
 bool describeResult(const ConvertOptions& options) {
-    return givesSize(options) || options.format || options.quality;
+    return givesSize(options) || options.format || options.quality || options.maxBytes;
 }
 
 ConversionRecipes recipesFor(const ConvertOptions& options, const ResizeSets& sets) {

@@ -2,10 +2,11 @@
 // follows the name of the option: "must be ...".
 #pragma once
 
-#include "models/PixelSize.h"
+#include "models/ConversionRecipe.h"
 #include "platform/host/Result.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,5 +35,19 @@ Result<Gravity> gravityNamed(const std::string& word);
 
 /// All of them in a sentence: "center, north, ... or northwest".
 std::string gravityNames();
+
+/// A colour: "white", "#ffffff" or "#fff".
+Result<RGBColor> colorIn(const std::string& word);
+
+/// A number of bytes: "200000", "200k" or "1.5M"; k is 1000 and M is 1000000.
+Result<std::uint64_t> bytesIn(const std::string& word);
+
+/// What is kept of the EXIF data; nullopt for "none".
+Result<std::optional<ExifSelection>> metadataNamed(const std::string& word);
+
+Result<TimesRule> timesNamed(const std::string& word);
+
+/// Whether the result is to be in sRGB.
+Result<bool> profileNamed(const std::string& word);
 
 } // namespace kestrine

@@ -4,7 +4,9 @@
 
 #include "models/PixelSize.h"
 #include "models/ResultPlace.h"
+#include "platform/coregraphics/RGBColor.h"
 #include "platform/imageio/OutputFormats.h"
+#include "platform/imageio/exif/ExifBlock.h"
 
 #include <variant>
 #include <vector>
@@ -50,15 +52,33 @@ struct FormatRule {
     bool operator==(const FormatRule&) const = default;
 };
 
+/// Which pictures are turned upright.
+enum class UprightRule : std::uint8_t {
+    never,
+    narrow, ///< presets: a quarter turn where ExifTagReader finds orientation 6 or 8
+    always, ///< all orientations, wherever the format stores them
+};
+
+/// The modification time of a result.
+enum class TimesRule : std::uint8_t {
+    now,
+    keep,  ///< that of the original
+    taken, ///< when the picture was taken, in local time; now if the file does not say it
+};
+
 struct ConversionRecipe {
     SizeRule size;
     bool enlarges = true;    ///< else a picture that would get larger keeps its size
     bool usesLanczos = true; ///< for sizes in points; else the plain filter. PixelSize is always Lanczos
     bool convertsResolution = true; ///< one point per pixel before scaling
-    bool turnsByNarrowRule = false; ///< orientations 6 and 8, as ExifTagReader finds them
+    UprightRule upright = UprightRule::never;
+    std::optional<RGBColor> background; ///< for transparent parts; they stay transparent where the format can
+    bool intoSRGB = false;              ///< else the picture keeps its profile
     FormatRule format;
-    float quality = 0; ///< 0 to 1, for formats with a quality
-    bool keepsExif = false;
+    float quality = 0;                 ///< 0 to 1, for formats with a quality
+    std::optional<ExifSelection> exif; ///< how much is kept, where the format can hold it; none by default
+    std::uint64_t maxBytes = 0;        ///< the quality goes down until the file is as small; 0 for any size
+    TimesRule times = TimesRule::now;
     ResultPlace place;
 
     bool operator==(const ConversionRecipe&) const = default;

@@ -56,6 +56,18 @@ AxisMap cropped(double length, double scale, std::uint32_t outSize, double gravi
     return {scale, scale == 1 ? std::round(offset) : offset, outSize};
 }
 
+/// The pixels before a picture with `side` pixels in a box with `whole`.
+std::uint32_t before(std::uint32_t side, double whole, double gravity) {
+    return static_cast<std::uint32_t>(std::floor((whole - side) * gravity));
+}
+
+Margins marginsFor(const PixelSize& size, std::uint32_t width, std::uint32_t height) {
+    const std::uint32_t left = before(width, size.width, size.gravity.x);
+    const std::uint32_t top = before(height, size.height, size.gravity.y);
+    return {left, top, static_cast<std::uint32_t>(size.width) - width - left,
+            static_cast<std::uint32_t>(size.height) - height - top};
+}
+
 } // namespace
 
 PixelGeometry geometryFor(const PixelSize& size, std::uint32_t width, std::uint32_t height, bool enlarges) {
@@ -65,10 +77,12 @@ PixelGeometry geometryFor(const PixelSize& size, std::uint32_t width, std::uint3
         sides = withoutEnlargement(sides, picture);
     const std::uint32_t x = wholeSide(sides.width), y = wholeSide(sides.height);
     if (size.rule != PixelSize::Rule::cover)
-        return {AxisMap::filling(width, x), AxisMap::filling(height, y)};
+        return {AxisMap::filling(width, x), AxisMap::filling(height, y),
+                size.padding ? marginsFor(size, x, y) : Margins{}};
     const double scale = std::max(x / picture.width, y / picture.height);
     return {cropped(picture.width, scale, x, size.gravity.x),
-            cropped(picture.height, scale, y, size.gravity.y)};
+            cropped(picture.height, scale, y, size.gravity.y),
+            {}};
 }
 
 } // namespace kestrine

@@ -2,8 +2,11 @@
 #pragma once
 
 #include "platform/coregraphics/AxisMap.h"
+#include "platform/coregraphics/RGBColor.h"
+#include "platform/coregraphics/RowStages.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace kestrine {
 
@@ -28,14 +31,16 @@ struct PixelSize {
     Rule rule = Rule::percent;
     double width = 100;
     double height = 0;
-    Gravity gravity; ///< for `cover`
+    Gravity gravity;                 ///< for `cover` and `padding`
+    std::optional<RGBColor> padding; ///< fills the rest of width x height; for `inside`
 
     bool operator==(const PixelSize&) const = default;
 };
 
-/// How a picture is scaled and cropped: the result has x.outSize x y.outSize pixels, at least 1 x 1.
+/// How a picture is scaled and cropped, to x.outSize x y.outSize pixels, at least 1 x 1.
 struct PixelGeometry {
     AxisMap x, y;
+    Margins margins; ///< around that
 
     bool operator==(const PixelGeometry&) const = default;
 };

@@ -26,12 +26,45 @@ ImagePointer turnedByNarrowRule(const ImagePointer& image, const PictureFile& fi
     }
 }
 
-/// A new image of one picture, with one point per pixel.
-ImagePointer imageOf(Picture picture) {
-    const NSSize size = {static_cast<float>(picture.width()), static_cast<float>(picture.height())};
-    auto image = std::make_shared<NSImage>(size);
-    image->addRepresentation(std::make_shared<NSBitmapImageRep>(std::move(picture), size));
+/// A new image of one picture.
+ImagePointer imageOf(Picture picture, NSSize points) {
+    auto image = std::make_shared<NSImage>(points);
+    image->addRepresentation(std::make_shared<NSBitmapImageRep>(std::move(picture), points));
     return image;
+}
+
+/// With one point per pixel.
+ImagePointer imageOf(Picture picture) {
+    const NSSize points = {static_cast<float>(picture.width()), static_cast<float>(picture.height())};
+    return imageOf(std::move(picture), points);
+}
+
+/// The steps that show a picture with an EXIF orientation, 1 to 8, upright.
+std::vector<PictureStep> uprightSteps(int orientation) {
+    constexpr auto clockwise = QuarterTurn::clockwise, counterclockwise = QuarterTurn::counterclockwise;
+    const std::vector<PictureStep> steps[] = {{},
+                                              {Mirror{}},
+                                              {clockwise, clockwise},
+                                              {Mirror{}, clockwise, clockwise},
+                                              {Mirror{}, counterclockwise},
+                                              {clockwise},
+                                              {Mirror{}, clockwise},
+                                              {counterclockwise}};
+    return steps[orientation - 1];
+}
+
+ImagePointer turnedUpright(const ImagePointer& image, const PictureFile& file, UprightRule rule) {
+    if (rule == UprightRule::narrow)
+        return turnedByNarrowRule(image, file);
+    const auto bitmap = image->bitmapOfTIFFRepresentation();
+    const int orientation = bitmap == nullptr ? 1 : bitmap->picture().description().orientation;
+    if (rule == UprightRule::never || orientation == 1)
+        return image;
+    Picture picture = bitmap->picture();
+    for (const PictureStep& step : uprightSteps(orientation))
+        picture = picture.with(step);
+    const NSSize size = image->size();
+    return imageOf(std::move(picture), orientation > 4 ? NSSize{size.height, size.width} : size);
 }
 
 /// Applies a size rule to an image.
@@ -62,17 +95,45 @@ struct Sizing {
             return nullptr;
         const Picture& picture = bitmap->picture();
         const PixelGeometry geometry = geometryFor(rule, picture.width(), picture.height(), enlarges);
+        return imageOf(scaled(picture, geometry));
+    }
+
+    static Picture scaled(const Picture& picture, const PixelGeometry& geometry) {
         if (geometry.x.isIdentity(picture.width()) && geometry.y.isIdentity(picture.height()))
-            return imageOf(picture);
+            return picture;
         const bool reduces = geometry.x.isReduction() || geometry.y.isReduction();
-        return imageOf(picture.with(Resampling{geometry.x, geometry.y, ResampleFilter::lanczos,
-                                               reduces ? Light::linear : Light::stored}));
+        return picture.with(Resampling{geometry.x, geometry.y, ResampleFilter::lanczos,
+                                       reduces ? Light::linear : Light::stored});
     }
 
     const ImagePointer& image;
     const bool HQ;
     const bool enlarges;
 };
+
+/// The margins that a recipe adds to a picture of `original`'s size, and their colour; nullopt for none.
+std::optional<Pad> paddingFor(const ConversionRecipe& recipe, const Picture& original) {
+    const auto* size = std::get_if<PixelSize>(&recipe.size);
+    if (size == nullptr || !size->padding)
+        return std::nullopt;
+    const Margins margins = geometryFor(*size, original.width(), original.height(), recipe.enlarges).margins;
+    return Pad{margins.left, margins.top, margins.right, margins.bottom, *size->padding};
+}
+
+/// Applies what follows scaling: colour space, background, margins. `original` is the picture before scaling.
+ImagePointer finished(const ImagePointer& image, const Picture& original, const ConversionRecipe& recipe) {
+    const std::optional<Pad> padding = paddingFor(recipe, original);
+    if (!recipe.intoSRGB && !recipe.background && !padding)
+        return image;
+    Picture picture = image->bitmapOfTIFFRepresentation()->picture();
+    const bool needsColor =
+        (recipe.background && !recipe.background->isGray()) || (padding && !padding->color.isGray());
+    if (recipe.intoSRGB || (needsColor && picture.format().model == ColorModel::gray))
+        picture = picture.with(IntoSRGB{});
+    if (recipe.background)
+        picture = picture.with(Flatten{*recipe.background});
+    return padding ? imageOf(picture.with(*padding)) : imageOf(std::move(picture), image->size());
+}
 
 /// Whether `image` has a longer side than `original`, in pixels.
 bool isEnlarged(const NSImage& image, const NSImage& original) {
@@ -108,6 +169,13 @@ const OutputFormat* formatOf(const FormatRule& rule, const ImagePointer& image) 
     return &outputFormat(picture.format().hasAlpha ? FileType::png : FileType::jpeg);
 }
 
+/// Whether viewers of the result do not see the picture upright although the file says how.
+bool isLeftLying(const NSImage& image, const ConversionRecipe& recipe, const OutputFormat& format) {
+    const Picture& picture = image.representations().front()->picture();
+    const bool saysOrientation = recipe.exif && format.holdsExif;
+    return picture.description().orientation != 1 && !picture.wasTurned() && !saysOrientation;
+}
+
 bool hasExtensionOf(const OutputFormat& format, const NSString& extension) {
     const std::string lower = extension.lowercased().utf8();
     return lower == format.extension
@@ -124,16 +192,19 @@ PlannedResult plannedResult(const ConversionRecipe& recipe, const PictureFile& f
                             std::shared_ptr<NSImage> image) {
     if (image == nullptr)
         image = loadedImage(recipe, file);
-    if (image != nullptr && recipe.turnsByNarrowRule)
-        image = turnedByNarrowRule(image, file);
+    if (image != nullptr)
+        image = turnedUpright(image, file, recipe.upright);
     const OutputFormat* format = formatOf(recipe.format, image);
+    const ImagePointer original = image;
     image = sized(image, recipe);
-    if (image == nullptr || format == nullptr)
+    if (image == nullptr || image->representations().empty() || format == nullptr)
         return {std::move(image), format};
+    image = finished(image, original->bitmapOfTIFFRepresentation()->picture(), recipe);
     const auto bitmap = format->holdsAlpha ? image->bitmapOfTIFFRepresentation()
                                            : drawnImage(image->size(), *image)->bitmapOfTIFFRepresentation();
     const auto pixels = bitmap == nullptr ? RowFormat{} : bitmap->picture().format();
-    return {std::move(image), format, pixels.width, pixels.height};
+    const bool isLying = isLeftLying(*image, recipe, *format);
+    return {std::move(image), format, pixels.width, pixels.height, isLying};
 }
 
 std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const ConversionRecipe& recipe,
@@ -141,9 +212,10 @@ std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const Con
     if (plan.image == nullptr || plan.format == nullptr)
         return nullptr;
     std::vector<NSString> names = {NSImageColorSyncProfileData};
-    if (recipe.keepsExif && plan.format->holdsExif)
+    if (recipe.exif && plan.format->holdsExif)
         names.push_back(NSImageEXIFData);
-    return myUtility::representationInFormat(*plan.image, plan.format->type, recipe.quality, file, names);
+    return myUtility::representationInFormat(*plan.image, plan.format->type, recipe.quality, file, names,
+                                             {recipe.exif.value_or(ExifSelection::camera), recipe.maxBytes});
 }
 
 NSString resultName(const NSString& path, const OutputFormat* format, bool keepsExtension) {

@@ -5,11 +5,14 @@
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
 #include "models/RecipeConversion.h"
 #include "platform/appkit/NSWorkspace.h"
+#include "platform/foundation/LocalTime.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/host/FailureCollector.h"
 #include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
+#include "platform/host/files/FileTimes.h"
 #include "platform/host/process/StopSignals.h"
+#include "platform/imageio/TakenDate.h"
 
 #include <algorithm>
 
@@ -60,10 +63,13 @@ public:
         if (isWithheld || !folder)
             return outcome;
         outcome.path = folder->appendingPathComponent(nameFor(recipe, plan));
+        const std::optional<FileTime> time = timeFor(recipe);
         if (job_.replacesFile())
             replace(data.get(), outcome);
         else
             write(data.get(), nullptr, Durability::cached, outcome);
+        if (outcome.isWritten && time)
+            (void)setModificationTime(outcome.path.utf8(), *time); // not every file system stores it
         return outcome;
     }
 
@@ -103,6 +109,7 @@ private:
         outcome.format = plan.format;
         outcome.width = plan.width;
         outcome.height = plan.height;
+        outcome.isLeftLying = plan.isLeftLying;
         if (image != nullptr)
             outcome.damage = image->damage();
         if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
@@ -127,7 +134,38 @@ private:
                                  .width = plan.width,
                                  .height = plan.height,
                                  .number = job_.number,
-                                 .count = job_.count}));
+                                 .count = job_.count,
+                                 .date = place.name->uses(NameTemplate::Field::date) ? day() : ""}));
+    }
+
+    /// When the picture was taken, as the camera wrote it; empty if the file does not say it.
+    std::string takenDate() const {
+        if (file_.opened == nullptr)
+            return "";
+        const Result<Bytes> date = file_.opened->answer(takenDateOf);
+        return date ? std::string(date->begin(), date->end()) : "";
+    }
+
+    /// The day when the picture was taken, or else when the file was modified: YYYY-MM-DD in local time.
+    std::string day() const {
+        std::string date = takenDate();
+        if (date.empty())
+            if (const Result<FileTime> modified = modificationTime(job_.path.utf8()))
+                date = isoText(std::chrono::floor<std::chrono::seconds>(*modified));
+        date.resize(std::min<std::size_t>(date.size(), 10));
+        std::ranges::replace(date, ':', '-');
+        return date;
+    }
+
+    /// The modification time of the result; nullopt for the usual one.
+    std::optional<FileTime> timeFor(const ConversionRecipe& recipe) const {
+        if (recipe.times == TimesRule::keep) {
+            const Result<FileTime> modified = modificationTime(job_.path.utf8());
+            return modified ? std::optional(*modified) : std::nullopt;
+        }
+        if (recipe.times == TimesRule::taken)
+            return dateFromText(NSString::fromUTF8(takenDate()));
+        return std::nullopt;
     }
 
     /// A file that broke the decoder, or took all it may take, is not tried again.
@@ -209,7 +247,8 @@ private:
     bool open() {
         if (file_.opened != nullptr)
             return true;
-        const bool turns = std::ranges::any_of(job_.recipes, &ConversionRecipe::turnsByNarrowRule);
+        const bool turns = std::ranges::find(job_.recipes, UprightRule::narrow, &ConversionRecipe::upright)
+                           != job_.recipes.end();
         const FileQuestion question = turns ? orientationQuestionFor(job_.path) : nullptr;
         Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8(), question);
         if (!source) {

@@ -37,11 +37,12 @@ struct JobOutcome {
     bool isWritten = false;
     const OutputFormat* format = nullptr; ///< null when there was none
     std::uint32_t width = 0, height = 0;  ///< in pixels; 0 when there was no result
-    std::optional<Failure> failure;       ///< why nothing was written
-    std::optional<Failure> damage;        ///< why the decoder had to invent pixels, written or not
-    bool isRefused = false;               ///< whether nothing was written because of the damage
-    std::optional<Failure> trashFailure;  ///< why the original to be replaced is still in its place
-    std::string trashedPath;              ///< the original's path in the trash; "" when it is not there
+    bool isLeftLying = false; ///< whether it is not upright although the file says how it should be turned
+    std::optional<Failure> failure;      ///< why nothing was written
+    std::optional<Failure> damage;       ///< why the decoder had to invent pixels, written or not
+    bool isRefused = false;              ///< whether nothing was written because of the damage
+    std::optional<Failure> trashFailure; ///< why the original to be replaced is still in its place
+    std::string trashedPath;             ///< the original's path in the trash; "" when it is not there
 };
 
 /// Runs the job on this thread and returns one outcome per recipe, in their order. The file is opened once,

@@ -40,10 +40,10 @@ ConversionRecipe ResizeSet::recipe() const {
     return {.size = sizeRule(*this),
             .usesLanczos = highQuality_ != 0,
             .convertsResolution = convertResolution_ != 0,
-            .turnsByNarrowRule = autoRotate_ != 0,
+            .upright = autoRotate_ != 0 ? UprightRule::narrow : UprightRule::never,
             .format = formatRule(*this),
             .quality = compression_ / 100.0F,
-            .keepsExif = attachExifData_ != 0,
+            .exif = attachExifData_ != 0 ? std::optional(ExifSelection::camera) : std::nullopt,
             .place = placeOf(*this)};
 }
 

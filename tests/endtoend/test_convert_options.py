@@ -1,12 +1,17 @@
 """kestrinectl convert with options that say what is made and where it goes, with and without presets."""
+import io
 import os
 import shutil
+import subprocess
+import time
 
 import numpy
-from PIL import Image
+from PIL import Image, ImageCms
 
 import pictures
 from tools import JPEG, PNG, ToolTest, exiftool, main
+
+WIDE_PROFILE = pictures.wide_icc()
 
 
 class ConvertByOptions(ToolTest):
@@ -188,6 +193,207 @@ class Places(ConvertByOptions):
         self.assertEqual(self.tree("."), {"a.jpg": (30, 20)})
 
 
+class Upright(ConvertByOptions):
+    def laid_down(self, orientation, order, form):
+        """Writes a picture whose quarters are red, green, blue, white once it is turned by its orientation."""
+        samples = pictures.corners(60, 40)
+        stored = {1: samples, 2: samples[:, ::-1], 3: samples[::-1, ::-1], 4: samples[::-1],
+                  5: samples.swapaxes(0, 1), 6: numpy.rot90(samples, 1), 7: numpy.rot90(samples, 2).swapaxes(0, 1),
+                  8: numpy.rot90(samples, -1)}[orientation]
+        block = pictures.exif(orientation, order)
+        name = f"{form}-{orientation}-{'big' if order == '>' else 'little'}.{form}"
+        path = self.folder / "in" / name
+        path.parent.mkdir(exist_ok=True)
+        if form == "jpg":
+            path.write_bytes(pictures.jpeg(numpy.ascontiguousarray(stored), block))
+        elif form == "tif":
+            path.write_bytes(pictures.tiff(stored, orientation, order))
+        else:
+            prefix = b"Exif\0\0" if form == "webp" else b""
+            pictures.image(numpy.ascontiguousarray(stored)).save(path, exif=prefix + block, quality=95)
+
+    def test_all_orientations_are_turned_in_both_byte_orders_wherever_the_format_keeps_them(self):
+        for form in ("jpg", "png", "tif", "webp"):
+            for orientation in range(1, 9):
+                for order in "<>":
+                    self.laid_down(orientation, order, form)
+        self.convert("--percent", "50", "--out", "out", "in")
+        self.assertEqual(len(self.tree("out")), 64)
+        for name, size in self.tree("out").items():
+            self.assertEqual((size, pictures.quarters(self.folder / "out" / name)), ((30, 20), "rgbw"), name)
+            self.assertIn(exiftool(self.folder / "out" / name).get("IFD0:Orientation"), (None, "1"), name)
+
+    def test_pixels_that_are_only_turned_stay_exact(self):
+        samples = pictures.photo(31, 17)
+        for orientation, expected in ((2, samples[:, ::-1]), (4, samples[::-1]), (5, samples.swapaxes(0, 1)),
+                                      (7, numpy.rot90(samples, 2).swapaxes(0, 1))):
+            pictures.image(samples).save(self.folder / "t.png", exif=pictures.exif(orientation))
+            self.convert("--format", "tiff", "--name", f"{orientation}.tiff", "t.png")
+            self.assertTrue(numpy.array_equal(pictures.pixels(self.folder / f"{orientation}.tiff"), expected), orientation)
+
+    def test_a_preset_turns_by_its_own_rule_unless_upright_is_given_and_a_hint_counts_the_others(self):
+        self.store({"name": "Web", "formatType": JPEG, "width": 30.0, "height": 30.0, "autoRotate": 1}, selection=[(0, 1)])
+        for orientation, order in ((6, ">"), (3, ">"), (6, "<"), (1, ">")):
+            self.laid_down(orientation, order, "jpg")
+        self.convert("in", messages=["hint: 2 pictures should be turned, which the set does not do; --upright does it"])
+        self.assertEqual({name: pictures.quarters(self.folder / "in/Web" / name) for name in self.tree("in/Web")},
+                         {"jpg-1-big.jpg": "rgbw", "jpg-6-big.jpg": "rgbw", "jpg-3-big.jpg": "bwrg",
+                          "jpg-6-little.jpg": "gbwr"})
+        self.convert("--upright", "--out", "out", "in")
+        for name in self.tree("out"):
+            self.assertEqual(pictures.quarters(self.folder / "out" / name), "rgbw", name)
+
+    def test_a_result_that_carries_the_orientation_needs_no_hint(self):
+        self.store({"name": "Web", "formatType": JPEG, "width": 30.0, "height": 30.0, "attachExifData": 1}, selection=[(0, 1)])
+        self.laid_down(3, "<", "jpg")
+        self.convert("in")
+        self.assertEqual(exiftool(self.folder / "in/Web/jpg-3-little.jpg")["IFD0:Orientation"], "3")
+
+    def test_no_upright_turns_nothing(self):
+        self.laid_down(3, "<", "jpg")
+        self.convert("--percent", "50", "--no-upright", "--out", "out", "in")
+        self.assertEqual(pictures.quarters(self.folder / "out/jpg-3-little.jpg"), "bwrg")
+
+
+class Canvas(ConvertByOptions):
+    def test_pad_fills_the_box_around_the_picture(self):
+        for gravity, top in ((("center"), 10), ("north", 0), ("southeast", 20)):
+            self.convert("--fit", "60x60", "--pad", "#ff8000", "--gravity", gravity, "--format", "png", "--name",
+                         f"{gravity}.png", "a.png")
+            samples = pictures.pixels(self.folder / f"{gravity}.png")
+            self.assertEqual(samples.shape, (60, 60, 3))
+            inside = samples[top:top + 40]
+            self.assertTrue(numpy.array_equal(inside, pictures.pixels(self.folder / "a.png")), gravity)
+            margin = numpy.delete(samples, range(top, top + 40), axis=0)
+            self.assertTrue((margin == (255, 128, 0)).all(), gravity)
+
+    def test_a_turned_picture_is_padded_as_it_is_seen(self):
+        pictures.image(pictures.corners(60, 40)).save(self.folder / "t.png", exif=pictures.exif(5))
+        self.convert("--fit", "60x60", "--pad", "black", "--gravity", "west", "--out", "out", "t.png")
+        samples = pictures.pixels(self.folder / "out/t.png")
+        self.assertTrue((samples[:, 40:] == 0).all())
+        self.assertTrue((samples[:, :40].max(axis=2) > 0).all())
+
+    def test_a_grey_picture_becomes_coloured_only_for_a_coloured_margin(self):
+        pictures.image(pictures.photo(60, 40, 1)).save(self.folder / "grey.png")
+        for color, mode in (("white", "L"), ("#f00", "RGB")):
+            self.convert("--fit", "60x60", "--pad", color, "--name", f"{mode}.png", "grey.png")
+            self.assertEqual(Image.open(self.folder / f"{mode}.png").mode, mode)
+        self.assertEqual(tuple(pictures.pixels(self.folder / "RGB.png")[0, 0]), (255, 0, 0))
+
+    def test_the_colour_of_a_margin_is_that_of_srgb_in_a_picture_with_another_profile(self):
+        wide = Image.fromarray(pictures.photo(60, 40))
+        wide.save(self.folder / "wide.tif", icc_profile=WIDE_PROFILE)
+        self.convert("--fit", "60x60", "--pad", "#c04040", "--format", "png", "--out", "out", "wide.tif")
+        done = Image.open(self.folder / "out/wide.png")
+        self.assertEqual(done.info["icc_profile"], WIDE_PROFILE)
+        seen = ImageCms.profileToProfile(done, ImageCms.ImageCmsProfile(io.BytesIO(WIDE_PROFILE)),
+                                         ImageCms.createProfile("sRGB")).getpixel((0, 0))
+        self.assertLessEqual(max(abs(a - b) for a, b in zip(seen, (0xc0, 0x40, 0x40))), 2)
+        self.assertNotEqual(done.getpixel((0, 0)), (0xc0, 0x40, 0x40))
+
+    def test_background_is_the_colour_of_transparent_parts(self):
+        Image.new("RGBA", (60, 40), (200, 0, 0, 0)).save(self.folder / "clear.png")
+        for form in ("png", "jpeg"):
+            self.convert("--format", form, "--background", "#336699", "--out", "out", "clear.png")
+        for name in ("clear.png", "clear.jpg"):
+            seen = Image.open(self.folder / "out" / name)
+            self.assertEqual(seen.mode, "RGB")
+            self.assertLessEqual(max(abs(a - b) for a, b in zip(seen.getpixel((9, 9)), (0x33, 0x66, 0x99))), 2)
+
+
+class MaxBytes(ConvertByOptions):
+    def test_the_highest_quality_that_fits_is_chosen(self):
+        self.picture("photo.png", 600, 400)
+        self.convert("--max-bytes", "30k", "--format", "jpeg", "--out", "out", "photo.png")
+        size = (self.folder / "out/photo.jpg").stat().st_size
+        sizes = {}
+        for quality in range(101):
+            self.convert("--quality", str(quality), "--format", "jpeg", "--name", "q.jpg", "--out", "q", "photo.png")
+            sizes[quality] = (self.folder / "q/q.jpg").stat().st_size
+            os.remove(self.folder / "q/q.jpg")
+        self.assertEqual(size, max(each for each in sizes.values() if each <= 30000))
+
+    def test_a_quality_is_the_upper_limit(self):
+        self.convert("--max-bytes", "1M", "--quality", "20", "--format", "jpeg", "--out", "out", "a.png")
+        self.convert("--quality", "20", "--format", "jpeg", "--out", "q", "a.png")
+        self.assertEqual((self.folder / "out/a.jpg").read_bytes(), (self.folder / "q/a.jpg").read_bytes())
+
+    def test_a_size_out_of_reach_is_an_error_without_a_file(self):
+        done = self.convert("--max-bytes", "100", "--format", "jpeg", "--out", "out", "a.png", status=1)
+        self.assertIn(b"a.png: no quality gives a file of at most 100 bytes", done.stderr)
+        self.assertFalse((self.folder / "out").exists())
+        done = self.convert("--max-bytes", "100", "--out", "out", "a.png", status=1)
+        self.assertIn(b"a.png: the format does not give a file of at most 100 bytes", done.stderr)
+
+
+class Properties(ConvertByOptions):
+    def setUp(self):
+        super().setUp()
+        (self.folder / "photo.jpg").write_bytes(pictures.jpeg(pictures.photo(60, 40)))
+        subprocess.run(["exiftool", "-q", "-overwrite_original", "-Artist=Ann", "-Copyright=(c) Ann", "-Model=One",
+                        "-DateTimeOriginal=2019:03:04 05:06:07", "-SerialNumber=123", "-OwnerName=Bob",
+                        "-LensSerialNumber=45", "-GPSLatitude=12.5", "-GPSLatitudeRef=N", "-ISO=100",
+                        self.folder / "photo.jpg"], check=True)
+        os.utime(self.folder / "photo.jpg", ns=(0, 1_500_000_000_123_456_789))
+
+    def kept(self, *arguments):
+        self.convert("--percent", "50", "--out", "out", *arguments, "photo.jpg")
+        tags = exiftool(self.folder / "out/photo.jpg")
+        shutil.rmtree(self.folder / "out")
+        return {name for name in ("Artist", "Copyright", "Model", "DateTimeOriginal", "ISO", "SerialNumber", "OwnerName",
+                                  "LensSerialNumber", "GPSLatitude") for tag in tags if tag.split(":")[1] == name}
+
+    def test_metadata_says_what_is_kept_of_the_exif_data(self):
+        usual = {"Artist", "Copyright", "Model", "DateTimeOriginal", "ISO"}
+        owner = {"SerialNumber", "OwnerName", "LensSerialNumber"}
+        self.assertEqual(self.kept(), usual)
+        for words, expected in ((("none",), set()), (("rights",), {"Artist", "Copyright"}), (("exif",), usual),
+                                (("all",), usual | owner | {"GPSLatitude"})):
+            self.assertEqual(self.kept("--metadata", *words), expected, words)
+        self.assertEqual(self.kept("--exif"), usual)
+
+    def test_with_a_preset_exif_is_what_presets_keep(self):
+        self.store({"name": "Web", "formatType": JPEG})
+        self.convert("--set", "Web", "--exif", "photo.jpg")
+        tags = exiftool(self.folder / "Web/photo.jpg")
+        self.assertEqual((tags["ExifIFD:SerialNumber"], tags["ExifIFD:ISO"]), ("123", "100"))
+        self.assertNotIn("GPS:GPSLatitude", tags)
+
+    def test_times_are_kept_taken_or_now(self):
+        self.environment["TZ"] = "UTC-1"
+        expected = {"keep": 1_500_000_000_123_456_789, "taken": 1_551_672_367_000_000_000}
+        before = time.time_ns() - 10**9
+        for word in ("keep", "taken", "now"):
+            self.convert("--percent", "50", "--times", word, "--name", word + ".jpg", "photo.jpg")
+        self.convert("--percent", "50", "--times", "taken", "--name", "a.jpg", "a.png")
+        modified = {path.stem: path.stat().st_mtime_ns for path in self.folder.glob("*.jpg")}
+        self.assertEqual({word: modified[word] for word in expected}, expected)
+        for word in ("now", "a"):
+            self.assertGreaterEqual(modified[word], before)
+
+    def test_a_replaced_file_can_keep_its_time(self):
+        self.convert("--percent", "50", "--times", "keep", "--replace", "photo.jpg")
+        self.assertEqual((self.folder / "photo.jpg").stat().st_mtime_ns, 1_500_000_000_123_456_789)
+
+    def test_names_can_have_the_day_when_the_picture_was_taken_or_else_when_it_was_modified(self):
+        os.utime(self.folder / "a.png", (0, 1_400_000_000))
+        self.convert("--percent", "50", "--name", "{date}/{stem}.{ext}", "--out", "out", "photo.jpg", "a.png")
+        self.assertEqual(set(self.tree("out")), {"2019-03-04/photo.jpg", "2014-05-13/a.png"})
+
+    def test_a_profile_is_kept_or_converted_to_srgb(self):
+        samples = pictures.photo(60, 40)
+        Image.fromarray(samples).save(self.folder / "wide.png", icc_profile=WIDE_PROFILE)
+        self.convert("--percent", "100", "--out", "kept", "wide.png")
+        self.convert("--percent", "100", "--profile", "srgb", "--out", "srgb", "wide.png")
+        self.assertEqual(Image.open(self.folder / "kept/wide.png").info["icc_profile"], WIDE_PROFILE)
+        done = Image.open(self.folder / "srgb/wide.png")
+        self.assertIn("sRGB".encode("utf-16-be"), done.info["icc_profile"])
+        expected = ImageCms.profileToProfile(Image.fromarray(samples), ImageCms.ImageCmsProfile(io.BytesIO(WIDE_PROFILE)),
+                                             ImageCms.createProfile("sRGB"), renderingIntent=1)
+        self.assertGreater(pictures.psnr(numpy.asarray(done), numpy.asarray(expected)), 40)
+
+
 class WrongOptions(ConvertByOptions):
     def test_contradictions_are_named_in_one_line_and_nothing_is_converted(self):
         self.assertEqual(self.refused("--longest", "30", "--width", "30", "--out", "x"),
@@ -204,7 +410,13 @@ class WrongOptions(ConvertByOptions):
                          "--replace takes one result per file, and these options make 2")
         self.assertEqual(self.refused("--format", "png", "--quality", "80", "--out", "x"),
                          "--quality has no effect on PNG")
-        self.assertEqual(self.refused("--longest", "30", "--gravity", "east", "--out", "x"), "--gravity needs --cover")
+        self.assertEqual(self.refused("--longest", "30", "--gravity", "east", "--out", "x"),
+                         "--gravity needs --cover or --pad")
+        self.assertEqual(self.refused("--longest", "30", "--pad", "white", "--out", "x"), "--pad needs --fit")
+        self.assertEqual(self.refused("--format", "gif", "--max-bytes", "3k", "--out", "x"),
+                         "--max-bytes needs a format with a quality, and GIF has none")
+        self.assertEqual(self.refused("--percent", "3", "--exif", "--metadata", "none", "--out", "x"),
+                         "--exif and --metadata none contradict each other")
         self.assertEqual(self.refused("--quality", "30", "--no-enlarge", "--out", "x"),
                          "--no-enlarge needs a size, such as --longest 1200")
         self.assertEqual(self.refused("--longest", "30"),
@@ -213,7 +425,9 @@ class WrongOptions(ConvertByOptions):
     def test_values_that_make_no_sense_are_refused(self):
         for arguments in (("--longest", "0"), ("--longest", "30,x"), ("--percent", "nan"), ("--fit", "30"),
                           ("--gravity", "up"), ("--format", "bmp"), ("--quality", "101"), ("--name", "../x"),
-                          ("--name", "{nonsense}"), ("--out", "")):
+                          ("--name", "{nonsense}"), ("--out", ""), ("--pad", "#12345"), ("--background", "dark"),
+                          ("--max-bytes", "0"), ("--max-bytes", "3kB"), ("--metadata", "some"), ("--times", "then"),
+                          ("--profile", "p3")):
             self.assertTrue(self.refused(*arguments).startswith(arguments[0]), arguments)
 
     def test_without_a_selected_set_the_message_says_how_to_do_without(self):

@@ -36,5 +36,30 @@ TEST(ConvertWords, gravityIsAPointOfTheCompass) {
                                                  "southwest, west or northwest");
 }
 
+TEST(ConvertWords, aColourIsANameOrHexadecimal) {
+    EXPECT_EQ(*colorIn("white"), white);
+    EXPECT_EQ(*colorIn("#ff8001"), (RGBColor{255, 128, 1}));
+    EXPECT_EQ(*colorIn("#FA0"), (RGBColor{255, 170, 0}));
+    for (const char* word : {"", "#", "ff8001", "#ff80", "#ff80gg", "#-f8001", "Dark"})
+        EXPECT_TRUE(refuses(colorIn(word))) << word;
+}
+
+TEST(ConvertWords, aNumberOfBytesMayHaveADecimalUnit) {
+    EXPECT_EQ(*bytesIn("200000"), 200000U);
+    EXPECT_EQ(*bytesIn("200k"), 200000U);
+    EXPECT_EQ(*bytesIn("1.5M"), 1500000U);
+    for (const char* word : {"", "k", "0", "-1", "200kB", "200 k", "1e99", "nan"})
+        EXPECT_TRUE(refuses(bytesIn(word))) << word;
+}
+
+TEST(ConvertWords, metadataTimesAndProfilesAreWords) {
+    EXPECT_EQ(*metadataNamed("none"), std::nullopt);
+    EXPECT_EQ(*metadataNamed("all"), ExifSelection::all);
+    EXPECT_EQ(*timesNamed("taken"), TimesRule::taken);
+    EXPECT_TRUE(*profileNamed("srgb"));
+    EXPECT_FALSE(*profileNamed("keep"));
+    EXPECT_TRUE(refuses(metadataNamed("")) && refuses(timesNamed("")) && refuses(profileNamed("")));
+}
+
 } // namespace
 } // namespace kestrine

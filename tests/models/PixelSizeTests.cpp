@@ -55,14 +55,23 @@ TEST(PixelSize, coverCutsOffWhatHangsOverOnTheSidesThatGravityGivesUp) {
     const auto geometry = [](const Gravity& gravity) {
         return geometryFor({Rule::cover, 100, 100, gravity}, 400, 200, true);
     };
-    EXPECT_EQ(geometry({}), (PixelGeometry{{0.5, 100, 100}, {0.5, 0, 100}}));
-    EXPECT_EQ(geometry({0, 0.5}), (PixelGeometry{{0.5, 0, 100}, {0.5, 0, 100}}));
-    EXPECT_EQ(geometry({1, 0.5}), (PixelGeometry{{0.5, 200, 100}, {0.5, 0, 100}}));
+    EXPECT_EQ(geometry({}), (PixelGeometry{{0.5, 100, 100}, {0.5, 0, 100}, {}}));
+    EXPECT_EQ(geometry({0, 0.5}), (PixelGeometry{{0.5, 0, 100}, {0.5, 0, 100}, {}}));
+    EXPECT_EQ(geometry({1, 0.5}), (PixelGeometry{{0.5, 200, 100}, {0.5, 0, 100}, {}}));
+}
+
+TEST(PixelSize, paddingFillsTheBoxAroundThePicture) {
+    const auto margins = [](const Gravity& gravity, bool enlarges) {
+        return geometryFor({Rule::inside, 100, 61, gravity, white}, 40, 20, enlarges).margins;
+    };
+    EXPECT_EQ(margins({}, true), (Margins{0, 5, 0, 6}));
+    EXPECT_EQ(margins({1, 1}, true), (Margins{0, 11, 0, 0}));
+    EXPECT_EQ(margins({0, 0.5}, false), (Margins{0, 20, 60, 21}));
 }
 
 TEST(PixelSize, coverAtTheSizeOfThePictureCropsWholePixels) {
     const PixelGeometry geometry = geometryFor({Rule::cover, 101, 200}, 400, 200, true);
-    EXPECT_EQ(geometry, (PixelGeometry{{1, 150, 101}, {1, 0, 200}}));
+    EXPECT_EQ(geometry, (PixelGeometry{{1, 150, 101}, {1, 0, 200}, {}}));
 }
 
 } // namespace

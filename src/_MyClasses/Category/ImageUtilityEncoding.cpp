@@ -12,11 +12,11 @@ namespace {
 /// Encodes the bitmap with `properties` and those kept from the source.
 DataPointer encodedBitmap(const NSImage& image, const NSBitmapImageRep* bitmap, FileType type,
                           ImageProperties properties, const PictureFile& source,
-                          const std::vector<NSString>& names) {
+                          const std::vector<NSString>& names, const EncodingRules& rules) {
     if (bitmap == nullptr)
         return nullptr;
     properties.merge(imagePropertiesForFile(image, source, bitmap, names));
-    return bitmap->representationUsingType(type, properties);
+    return bitmap->representationUsingType(type, properties, rules);
 }
 
 bool contains(const std::vector<NSString>& names, const NSString& name) {
@@ -60,7 +60,8 @@ ImageProperties propertiesOfOpened(const std::shared_ptr<Source>& file, const st
 } // namespace
 
 DataPointer representationInFormat(const NSImage& image, FileType type, float compression,
-                                   const PictureFile& source, const std::vector<NSString>& names) {
+                                   const PictureFile& source, const std::vector<NSString>& names,
+                                   const EncodingRules& rules) {
     const OutputFormat& format = outputFormat(type);
     if (!format.holdsAlpha && image.size() == NSSize{0, 0})
         return nullptr;
@@ -72,7 +73,7 @@ DataPointer representationInFormat(const NSImage& image, FileType type, float co
         properties.emplace(NSImageCompressionFactor, std::make_shared<NSNumber>(compression));
     if (type == FileType::gif)
         properties.emplace(NSImageDitherTransparency, std::make_shared<NSNumber>(true));
-    return encodedBitmap(image, bitmap.get(), type, std::move(properties), source, names);
+    return encodedBitmap(image, bitmap.get(), type, std::move(properties), source, names, rules);
 }
 
 DataPointer JPEGRepresentationWithCompression(const NSImage& image, float compression,

@@ -20,9 +20,10 @@ struct FrameDescription {
     Resolution resolution;
     std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB without a profile
     bool canReduce = false;              ///< whether rows() can deliver 4, 2 or 1 eighths
-    bool isUncompressed = false;         ///< whether decoding costs little more than reading the bytes
-    unsigned storedBitsPerPixel = 0;     ///< before compression; 0 if the same as in `format`
-    std::uint64_t heldBytes = 0; ///< of memory for a whole picture that rows() needs; 0 if they stream
+    int orientation = 1; ///< EXIF orientation, 1 to 8, that is stored beside the pixels and not applied
+    bool isUncompressed = false;     ///< whether decoding costs little more than reading the bytes
+    unsigned storedBitsPerPixel = 0; ///< before compression; 0 if the same as in `format`
+    std::uint64_t heldBytes = 0;     ///< of memory for a whole picture that rows() needs; 0 if they stream
 };
 
 /// An opened file whose header has been read. It holds no pixels.

@@ -104,6 +104,7 @@ private:
         readExif(info);
         const ExifFacts facts = readExifFacts(exif_);
         frame.resolution = resolutionOf(info, facts);
+        frame.orientation = facts.orientation;
         frame.profile = profileOf(header, frame.format.model, facts);
         frame.canReduce = true;
         frames_.push_back(frame);
