@@ -16,8 +16,8 @@ constexpr std::string_view extensions[] = {
     "jpg", "jpeg", "jpe", "jfif", "png", "tif", "tiff", "gif", "bmp", "dib", "pbm", "pgm", "ppm", "pnm",
     "webp", "jxl", "jp2", "j2k", "j2c", "jpc", "jpf", "jpx",
     // others
-    "heic", "heif", "hif", "avif", "psd", "psb", "svg", "svgz", "xcf",
-    "exr", "hdr", "ico", "tga", "pcx", "qoi", "dds", "jxr",
+    "heic", "heif", "hif", "avif", "psd", "psb", "svg", "svgz", "xcf", "exr", "hdr", "ico", "tga", "pcx",
+    "qoi", "dds", "jxr",
     // camera raw
     "dng", "3fr", "arw", "cr2", "cr3", "crw", "dcr", "erf", "fff", "iiq", "k25", "kdc", "mef", "mos", "mrw",
     "nef", "nrw", "orf", "pef", "raf", "rw2", "rwl", "sr2", "srf", "srw", "x3f"};

@@ -41,7 +41,12 @@ void openLibraries(std::uint32_t chosen) {
 
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader) {
     const ImageCodec* codec = TRY(knownCodecFor(*reader));
-    std::unique_ptr<ImageDecoder> decoder = TRY(codec->open(reader));
+    return openImage(std::move(reader), *codec);
+}
+
+Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader,
+                                                const ImageCodec& codec) {
+    std::unique_ptr<ImageDecoder> decoder = TRY(codec.open(reader));
     for (const FrameDescription& frame : decoder->frames())
         TRY(checkPlausible(frame, reader->size()));
     return decoder;
