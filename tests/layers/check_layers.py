@@ -23,6 +23,7 @@ OWNERS = {
     "jpeglib.h": "platform/imageio", "jerror.h": "platform/imageio", "png": "platform/imageio",
     "isa-l/": "platform/imageio/png/fast", "libdeflate.h": "platform/imageio/png/fast", "zlib.h": "platform/imageio/png",
     "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "webp/": "platform/imageio",
+    "libde265/": "platform/imageio/heif", "dav1d/": "platform/imageio/heif",
     "lcms2.h": "platform/coregraphics", "hwy/": "/kernels",
     "plist/": "platform/foundation/propertylist", "systemd/": "platform/appkit",
     "CLI/": "kestrinectl", "nlohmann/": "kestrinectl",

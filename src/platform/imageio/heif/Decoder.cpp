@@ -1,0 +1,169 @@
+// Reads HEIF files with HEVC pictures (HEIC) and with AV1 pictures (AVIF). The boxes are read here; libde265
+// and dav1d decode the compressed pictures in them. A row of tiles, or an untiled picture, is held in memory.
+
+#include "platform/coregraphics/RowStages.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/Plausibility.h"
+#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/heif/NodeRows.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kestrine::heif {
+
+namespace {
+
+constexpr std::uint64_t maxExifBytes = std::uint64_t{4} << 20;
+
+/// The EXIF block of the item that describes `id`, from the TIFF header on; empty if there is none. Its
+/// first four bytes say where the TIFF header is.
+Bytes exifOf(const ItemTable& table, ItemID id, const ByteReader& reader) {
+    for (const ItemID source : table.references.sources(fourCC("cdsc"), id)) {
+        const Item* item = table.item(source);
+        if (item == nullptr || item->type != fourCC("Exif") || item->unreadable)
+            continue;
+        std::uint64_t length = 0;
+        for (const FileRange& range : item->data)
+            length += range.length;
+        Result<Bytes> data = length <= maxExifBytes ? readRanges(reader, item->data) : Bytes();
+        if (!data)
+            continue;
+        Cursor cursor(*data);
+        cursor.skip(cursor.u32());
+        if (cursor.isSound() && !cursor.rest().empty())
+            return {cursor.rest().begin(), cursor.rest().end()};
+    }
+    return {};
+}
+
+/// The node whose colours count: the picture's own description, else that of its first part.
+const PictureNode& describedNode(const PictureNode& root) {
+    const PictureNode* node = &root;
+    while (!node->properties.points && node->properties.icc.empty() && !node->parts.empty())
+        node = node->parts.front().get();
+    return *node;
+}
+
+/// Gives the picture its model and its profile.
+void describeColors(FrameDescription& frame, const PictureNode& root, const ByteReader& reader,
+                    bool isAdobeRGB) {
+    frame.format.model = root.isMonochrome ? ColorModel::gray : ColorModel::rgb;
+    const PictureNode& node = describedNode(root);
+    const PictureProperties& properties = node.properties;
+    if (!properties.icc.empty()) {
+        frame.profile = ColorProfile::fromICC(properties.icc, frame.format.model);
+        if (!frame.profile && root.isMonochrome) {
+            frame.profile = ColorProfile::fromICC(properties.icc, ColorModel::rgb);
+            frame.format.model = frame.profile ? ColorModel::rgb : ColorModel::gray;
+        }
+        if (frame.profile)
+            return;
+    }
+    std::optional<CodingPoints> points = properties.points;
+    if (!points && node.kind == PictureNode::Kind::coded) {
+        constexpr std::uint64_t enough = 1024;
+        const FileRange& data = node.data.front();
+        const Result<Bytes> start = readRanges(reader, {{data.offset, std::min(data.length, enough)}});
+        points = pointsInHeader(properties.coding, start ? ByteView(*start) : ByteView());
+    }
+    if (points)
+        frame.profile = profileOf(*points, frame.format.model);
+    else if (isAdobeRGB && frame.format.model == ColorModel::rgb)
+        frame.profile = ColorProfile::adobeRGB();
+}
+
+Result<void> requireLibraries(const PictureNode& node) {
+    TRY(requireLibrary(node.properties.coding.kind));
+    for (const PictureNodePointer& part : node.parts)
+        TRY(requireLibraries(*part));
+    return {};
+}
+
+class Decoder final : public ImageDecoder {
+public:
+    explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
+
+    Result<void> openItem(const ItemTable& table) {
+        root_ = TRY(readPictureTree(table, table.primary, *reader_));
+        exif_ = exifOf(table, table.primary, *reader_);
+        return describe();
+    }
+
+    Result<RowSourcePointer> rows(std::size_t, int) const override {
+        RowSourcePointer rows = rowsOfPicture(root_, reader_, frames_.front().format);
+        return turnedRows(std::move(rows), root_->placement.quarterTurns());
+    }
+
+    Result<Bytes> exif() const override { return exif_; }
+
+private:
+    Result<void> describe() {
+        TRY(requireLibraries(*root_));
+        const ExifFacts facts = readExifFacts(exif_);
+        const Size size = root_->placement.size();
+        FrameDescription frame{
+            .format = {.width = size.width,
+                       .height = size.height,
+                       .hasAlpha = root_->hasAlpha,
+                       .depth = root_->bits > 8 ? SampleDepth::bits16 : SampleDepth::bits8},
+            .resolution = facts.resolution.value_or(Resolution{})};
+        describeColors(frame, *root_, *reader_, facts.isAdobeRGB);
+        frame.heldBytes = bytesHeldFor(*root_, frame.format);
+        frames_.push_back(std::move(frame));
+        return {};
+    }
+
+    const std::shared_ptr<const ByteReader> reader_;
+    PictureNodePointer root_;
+    Bytes exif_;
+};
+
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    const TopLevelBoxes boxes = TRY(readTopLevelBoxes(*reader));
+    if (!boxes.meta)
+        return damagedFile("it has no pictures");
+    const ItemTable table = TRY(readItemTable(*boxes.meta, reader->size()));
+    auto decoder = std::make_unique<Decoder>(std::move(reader));
+    TRY(decoder->openItem(table));
+    return std::unique_ptr<ImageDecoder>(std::move(decoder));
+}
+
+/// The brands in the first bytes of a file, which begins with the box "ftyp".
+std::vector<FourCC> brandsIn(ByteView head) {
+    Cursor cursor(head);
+    const std::uint32_t size = cursor.u32();
+    if (cursor.u32() != fourCC("ftyp") || size < 16)
+        return {};
+    std::vector<FourCC> brands{cursor.u32()};
+    cursor.skip(4); // the version
+    const std::size_t count = std::min<std::size_t>(cursor.rest().size(), size - 16) / 4;
+    for (std::size_t i = 0; i < count; ++i)
+        brands.push_back(cursor.u32());
+    return brands;
+}
+
+bool hasBrand(ByteView head, std::initializer_list<FourCC> wanted) {
+    const std::vector<FourCC> brands = brandsIn(head);
+    return std::ranges::find_first_of(brands, wanted) != brands.end();
+}
+
+bool isAVIF(ByteView head) { return hasBrand(head, {fourCC("avif"), fourCC("avis")}); }
+
+bool isHEIC(ByteView head) {
+    return !isAVIF(head)
+           && hasBrand(head, {fourCC("heic"), fourCC("heix"), fourCC("heim"), fourCC("heis"), fourCC("hevc"),
+                              fourCC("hevx"), fourCC("hevm"), fourCC("hevs"), fourCC("mif1"), fourCC("mif2"),
+                              fourCC("msf1")});
+}
+
+} // namespace
+
+// A file with another brand than those of AVIF may have pictures of both kinds.
+const ImageCodec heicCodec{"HEIC", isHEIC, open, [] {
+                               (void)requireLibrary(CodingSetup::Kind::hevc);
+                               (void)requireLibrary(CodingSetup::Kind::av1);
+                           }};
+const ImageCodec avifCodec{"AVIF", isAVIF, open, [] { (void)requireLibrary(CodingSetup::Kind::av1); }};
+
+} // namespace kestrine::heif
