@@ -247,6 +247,23 @@ ExifFacts readExifFacts(ByteView block) {
     return facts;
 }
 
+Bytes uprightExif(Bytes block) {
+    const auto source = ExifDirectories::of(block);
+    if (!source)
+        return block;
+    const ExifDirectory main = source->main();
+    const auto entry = main.find(orientation);
+    if (entry == main.end() || entry->second.value.empty())
+        return block;
+    const ByteView value = entry->second.value;
+    const std::size_t unit = exifTypeSize(entry->second.type)->unit;
+    const std::span<std::uint8_t> first =
+        std::span(block).subspan(static_cast<std::size_t>(value.data() - block.data()), unit);
+    std::ranges::fill(first, std::uint8_t{0});
+    (source->isBigEndian() ? first.back() : first.front()) = 1;
+    return block;
+}
+
 Bytes carriedExif(ByteView block, std::uint32_t width, std::uint32_t height, bool turned) {
     const auto source = ExifDirectories::of(block);
     if (!source)

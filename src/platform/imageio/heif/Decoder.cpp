@@ -5,10 +5,12 @@
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/heif/Movie.h"
 #include "platform/imageio/heif/NodeRows.h"
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 namespace kestrine::heif {
 
@@ -80,13 +82,29 @@ Result<void> requireLibraries(const PictureNode& node) {
     return {};
 }
 
+/// All pictures that must be decoded for this one, as checkPlausible() does it for the result.
+Result<void> checkParts(const PictureNode& root, std::uint64_t fileBytes) {
+    constexpr std::uint64_t side = 1024;
+    const std::uint64_t squares = root.codedPixels / (side * side);
+    if (squares > std::numeric_limits<std::uint32_t>::max() / side
+        || !checkPlausible({.format = {.width = side, .height = static_cast<std::uint32_t>(side * squares)}},
+                           fileBytes))
+        return Failure{Reason::implausible, "the file is too short for the pictures that it consists of"};
+    return {};
+}
+
 class Decoder final : public ImageDecoder {
 public:
     explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
 
     Result<void> openItem(const ItemTable& table) {
         root_ = TRY(readPictureTree(table, table.primary, *reader_));
-        exif_ = exifOf(table, table.primary, *reader_);
+        exif_ = uprightExif(exifOf(table, table.primary, *reader_));
+        return describe();
+    }
+
+    Result<void> openMovie(const LoadedBox& moov) {
+        root_ = TRY(readMovie(moov, reader_->size())).firstFrame;
         return describe();
     }
 
@@ -100,6 +118,7 @@ public:
 private:
     Result<void> describe() {
         TRY(requireLibraries(*root_));
+        TRY(checkParts(*root_, reader_->size()));
         const ExifFacts facts = readExifFacts(exif_);
         const Size size = root_->placement.size();
         FrameDescription frame{
@@ -121,11 +140,14 @@ private:
 
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     const TopLevelBoxes boxes = TRY(readTopLevelBoxes(*reader));
-    if (!boxes.meta)
+    auto decoder = std::make_unique<Decoder>(reader);
+    const ItemTable table = boxes.meta ? TRY(readItemTable(*boxes.meta, reader->size())) : ItemTable();
+    if (table.primary != 0)
+        TRY(decoder->openItem(table));
+    else if (boxes.moov)
+        TRY(decoder->openMovie(*boxes.moov));
+    else
         return damagedFile("it has no pictures");
-    const ItemTable table = TRY(readItemTable(*boxes.meta, reader->size()));
-    auto decoder = std::make_unique<Decoder>(std::move(reader));
-    TRY(decoder->openItem(table));
     return std::unique_ptr<ImageDecoder>(std::move(decoder));
 }
 

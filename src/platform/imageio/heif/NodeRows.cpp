@@ -105,6 +105,89 @@ private:
     Bytes tileRow_;
 };
 
+/// Draws pictures on a canvas of one colour.
+class OverlayRows final : public RowSource {
+public:
+    OverlayRows(PictureNodePointer node, const Decoding& decoding)
+        : RowSource(sized(decoding.layout, node->size)), node_(std::move(node)), decoding_(decoding),
+          canvas_(format().channels() * format().width), parts_(node_->parts.size()) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        fill();
+        for (std::size_t i = 0; i < parts_.size(); ++i)
+            TRY(draw(i));
+        const double full = format().depth == SampleDepth::bits8 ? 255 : 65535;
+        for (std::size_t i = 0; i < canvas_.size(); ++i) {
+            const auto sample = static_cast<std::uint16_t>(canvas_[i] * full + 0.5);
+            if (format().depth == SampleDepth::bits8)
+                row[i] = static_cast<std::uint8_t>(sample);
+            else
+                std::memcpy(row.data() + 2 * i, &sample, sizeof sample);
+        }
+        ++y_;
+        return {};
+    }
+
+private:
+    void fill() {
+        for (std::size_t i = 0; i < canvas_.size(); ++i)
+            canvas_[i] = node_->fill[i % format().channels()] / 65535.0;
+    }
+
+    /// Draws the part of picture `i` that lies in this row.
+    Result<void> draw(std::size_t i) {
+        const PictureNodePointer& node = node_->parts[i];
+        const auto [left, top] = node_->offsets[i];
+        const std::int64_t y = std::int64_t{y_} - top;
+        if (y < 0 || y >= node->shownSize().height)
+            return {};
+        if (parts_[i] == nullptr) {
+            Decoding decoding = decoding_;
+            decoding.layout.hasAlpha = node->hasAlpha;
+            parts_[i] = rowsOfNode(node, decoding);
+            part_.resize(parts_[i]->format().bytesPerRow());
+            for (std::int64_t skipped = 0; skipped < y; ++skipped)
+                TRY(parts_[i]->readRow(part_));
+        }
+        const RowFormat& from = parts_[i]->format();
+        part_.resize(from.bytesPerRow());
+        TRY(parts_[i]->readRow(part_));
+        if (from.depth == SampleDepth::bits8)
+            blend(part_.data(), from, left);
+        else
+            blend(reinterpret_cast<const std::uint16_t*>(part_.data()), from, left);
+        if (y + 1 == from.height)
+            parts_[i].reset();
+        return {};
+    }
+
+    template <class Sample>
+    void blend(const Sample* pixel, const RowFormat& from, std::int32_t left) {
+        constexpr double full = std::numeric_limits<Sample>::max();
+        const std::size_t colors = format().colorChannels(), channels = format().channels();
+        for (std::uint32_t i = 0; i < from.width; ++i, pixel += from.channels()) {
+            const std::int64_t x = std::int64_t{left} + i;
+            if (x < 0 || x >= format().width)
+                continue;
+            double* const to = canvas_.data() + static_cast<std::size_t>(x) * channels;
+            const double alpha = from.hasAlpha ? pixel[colors] / full : 1;
+            const double below = (format().hasAlpha ? to[colors] : 1) * (1 - alpha);
+            const double sum = alpha + below;
+            for (std::size_t c = 0; c < colors; ++c)
+                to[c] = sum == 0 ? 0 : std::min((pixel[c] / full * alpha + to[c] * below) / sum, 1.0);
+            if (format().hasAlpha)
+                to[colors] = std::min(sum, 1.0);
+        }
+    }
+
+    const PictureNodePointer node_;
+    const Decoding decoding_;
+    std::vector<double> canvas_;          ///< samples of this row, 0 to 1
+    std::vector<RowSourcePointer> parts_; ///< null before the first and after the last row
+    Bytes part_;
+    std::uint32_t y_ = 0;
+};
+
 /// Puts alpha from a grey picture into the pixels.
 class RowsWithAlpha final : public RowSource {
 public:
@@ -182,6 +265,8 @@ RowSourcePointer rowsOfContent(const PictureNodePointer& node, const Decoding& d
     switch (node->kind) {
     case PictureNode::Kind::grid:
         return std::make_unique<GridRows>(node, decoding, share);
+    case PictureNode::Kind::overlay:
+        return std::make_unique<OverlayRows>(node, decoding);
     case PictureNode::Kind::same:
         return rowsOfNode(node->parts.front(), decoding);
     default:
@@ -224,6 +309,22 @@ std::uint32_t rowsPerShare(const PictureNode& root) {
     return isSameInAlpha && startsAtTop && height < root.size.height ? height : 0;
 }
 
+/// The memory for what is decoded at the same time, in bytes.
+std::uint64_t held(const PictureNode& node, const RowFormat& layout) {
+    const auto withTurn = [&](const PictureNode& part) {
+        const bool isTurned = part.placement.quarterTurns() != 0;
+        return held(part, layout) + (isTurned ? sized(layout, part.shownSize()).bytes() : 0);
+    };
+    std::uint64_t bytes = node.alpha ? held(*node.alpha, layout) : 0;
+    if (node.kind == PictureNode::Kind::coded)
+        return bytes + bytesToDecode(node.properties.coding, node.size);
+    if (node.kind == PictureNode::Kind::grid)
+        return bytes + node.columns * withTurn(*node.parts.front());
+    for (const PictureNodePointer& part : node.parts)
+        bytes += withTurn(*part);
+    return bytes;
+}
+
 } // namespace
 
 RowSourcePointer rowsOfPicture(const PictureNodePointer& root, std::shared_ptr<const ByteReader> reader,
@@ -239,8 +340,9 @@ RowSourcePointer rowsOfPicture(const PictureNodePointer& root, std::shared_ptr<c
     return rowsInTurns(std::move(parts), rowsPerBand);
 }
 
-std::uint64_t bytesHeldFor(const PictureNode& root, const RowFormat&) {
-    return bytesToDecode(root.properties.coding, root.size);
+std::uint64_t bytesHeldFor(const PictureNode& root, const RowFormat& layout) {
+    const bool isShared = rowsPerShare(root) != 0;
+    return held(root, layout) * (isShared ? usefulThreads(sized(layout, root.shownSize())) : 1);
 }
 
 } // namespace kestrine::heif

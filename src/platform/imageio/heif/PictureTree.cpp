@@ -22,6 +22,43 @@ bool isWithinLimits(const Size& size) {
     return RowFormat{.width = size.width, .height = size.height}.isWithinLimits();
 }
 
+/// Applies the transformations.
+Result<void> place(PictureNode& node) {
+    if (!isWithinLimits(node.size))
+        return Failure{node.size.width == 0 || node.size.height == 0 ? Reason::empty : Reason::tooLarge,
+                       "the HEIF or AVIF picture has no or too many pixels"};
+    node.placement = Placement(node.size);
+    for (const Box& step : node.properties.transformations)
+        TRY(addTransformation(node.placement, step));
+    return {};
+}
+
+CodingSetup::Kind codingOf(FourCC itemType) {
+    switch (itemType) {
+    case fourCC("hvc1"):
+    case fourCC("hev1"):
+        return CodingSetup::Kind::hevc;
+    case fourCC("av01"):
+        return CodingSetup::Kind::av1;
+    default:
+        return CodingSetup::Kind::none;
+    }
+}
+
+Result<PictureNode::Kind> derivationOf(FourCC itemType) {
+    switch (itemType) {
+    case fourCC("grid"):
+        return PictureNode::Kind::grid;
+    case fourCC("iovl"):
+        return PictureNode::Kind::overlay;
+    case fourCC("iden"):
+        return PictureNode::Kind::same;
+    default:
+        return Failure{Reason::unsupported,
+                       "HEIF pictures of the kind \"" + nameOf(itemType) + "\" are not supported"};
+    }
+}
+
 class TreeReader {
 public:
     TreeReader(const ItemTable& table, const ByteReader& reader) : table_(table), reader_(reader) {}
@@ -36,43 +73,36 @@ public:
             return damagedFile("a part of the picture is missing");
         if (item->unreadable)
             return *item->unreadable;
-        PictureNode made;
-        made.properties = TRY(readProperties(item->properties));
-        TRY(readContent(made, id, *item, depth));
+        PictureNode made = TRY(content(id, *item, depth));
         TRY(readAlpha(made, id, depth));
-        TRY(place(made));
         const auto shared = std::make_shared<const PictureNode>(std::move(made));
         nodes_.emplace(id, shared);
         return PictureNodePointer(shared);
     }
 
 private:
-    Result<void> readContent(PictureNode& node, ItemID id, const Item& item, int depth) {
-        switch (item.type) {
-        case fourCC("hvc1"):
-        case fourCC("hev1"):
-            return readCoded(node, item, CodingSetup::Kind::hevc);
-        case fourCC("av01"):
-            return readCoded(node, item, CodingSetup::Kind::av1);
-        case fourCC("grid"):
-            node.kind = PictureNode::Kind::grid;
-            break;
-        case fourCC("iovl"):
-            node.kind = PictureNode::Kind::overlay;
-            break;
-        case fourCC("iden"):
-            node.kind = PictureNode::Kind::same;
-            break;
-        default:
-            return Failure{Reason::unsupported,
-                           "HEIF pictures of the kind \"" + nameOf(item.type) + "\" are not supported"};
+    Result<PictureNode> content(ItemID id, const Item& item, int depth) {
+        PictureProperties properties = TRY(readProperties(item.properties));
+        if (const CodingSetup::Kind coding = codingOf(item.type); coding != CodingSetup::Kind::none) {
+            if (properties.coding.kind != coding)
+                return damagedFile("a picture has no decoder configuration");
+            return codedNode(std::move(properties), item.data);
         }
+        PictureNode node;
+        node.properties = std::move(properties);
+        node.kind = TRY(derivationOf(item.type));
         for (const ItemID part : table_.references.targets(fourCC("dimg"), id)) {
             node.parts.push_back(TRY(this->node(part, depth + 1)));
             addPart(node, *node.parts.back());
         }
         if (node.parts.empty())
             return damagedFile("the picture has no parts");
+        TRY(readDerivation(node, item));
+        TRY(place(node));
+        return node;
+    }
+
+    Result<void> readDerivation(PictureNode& node, const Item& item) const {
         if (node.kind == PictureNode::Kind::grid)
             return readGrid(node, item);
         if (node.kind == PictureNode::Kind::overlay)
@@ -88,18 +118,6 @@ private:
         node.codedPixels = saturatedSum(node.codedPixels, part.codedPixels);
     }
 
-    static Result<void> readCoded(PictureNode& node, const Item& item, CodingSetup::Kind kind) {
-        const CodingSetup& coding = node.properties.coding;
-        if (coding.kind != kind || !node.properties.size || item.data.empty())
-            return damagedFile("a picture has no size, no data or no decoder configuration");
-        node.size = *node.properties.size;
-        node.data = item.data;
-        node.isMonochrome = coding.isMonochrome;
-        node.bits = coding.bits;
-        node.codedPixels = std::uint64_t{node.size.width} * node.size.height;
-        return {};
-    }
-
     Result<Bytes> description(const Item& item) const {
         std::uint64_t length = 0;
         for (const FileRange& range : item.data)
@@ -109,7 +127,7 @@ private:
         return readRanges(reader_, item.data);
     }
 
-    Result<void> readGrid(PictureNode& node, const Item& item) {
+    Result<void> readGrid(PictureNode& node, const Item& item) const {
         const Bytes bytes = TRY(description(item));
         Cursor cursor(bytes);
         cursor.skip(1); // version
@@ -133,7 +151,7 @@ private:
         return {};
     }
 
-    Result<void> readOverlay(PictureNode& node, const Item& item) {
+    Result<void> readOverlay(PictureNode& node, const Item& item) const {
         const Bytes bytes = TRY(description(item));
         Cursor cursor(bytes);
         cursor.skip(1); // version
@@ -156,35 +174,18 @@ private:
         return {};
     }
 
-    /// An alpha plane must have the stored size of its picture, and its own transformations are those of the
-    /// picture.
     Result<void> readAlpha(PictureNode& node, ItemID id, int depth) {
         for (const ItemID auxiliary : table_.references.sources(fourCC("auxl"), id)) {
             const Item* item = table_.item(auxiliary);
-            if (item == nullptr || isAlphaType(TRY(readProperties(item->properties)).auxiliaryType) == false)
+            if (item == nullptr)
                 continue;
-            PictureNodePointer alpha = TRY(this->node(auxiliary, depth + 1));
-            if (alpha->size != node.size)
-                return Failure{Reason::unsupported,
-                               "HEIF and AVIF pictures whose alpha plane has another size "
-                               "are not supported"};
-            node.codedPixels = saturatedSum(node.codedPixels, alpha->codedPixels);
-            node.alpha = std::move(alpha);
-            node.hasAlpha = true;
+            const PictureProperties properties = TRY(readProperties(item->properties));
+            if (!isAlphaType(properties.auxiliaryType))
+                continue;
             const std::vector<ItemID>& premultiplied = table_.references.targets(fourCC("prem"), id);
-            node.isPremultiplied = std::ranges::find(premultiplied, auxiliary) != premultiplied.end();
-            return {};
+            return attachAlpha(node, TRY(this->node(auxiliary, depth + 1)),
+                               std::ranges::find(premultiplied, auxiliary) != premultiplied.end());
         }
-        return {};
-    }
-
-    static Result<void> place(PictureNode& node) {
-        if (!isWithinLimits(node.size))
-            return Failure{node.size.width == 0 || node.size.height == 0 ? Reason::empty : Reason::tooLarge,
-                           "the HEIF or AVIF picture has no or too many pixels"};
-        node.placement = Placement(node.size);
-        for (const Box& step : node.properties.transformations)
-            TRY(addTransformation(node.placement, step));
         return {};
     }
 
@@ -194,6 +195,31 @@ private:
 };
 
 } // namespace
+
+Result<PictureNode> codedNode(PictureProperties properties, std::vector<FileRange> data) {
+    if (!properties.size || data.empty())
+        return damagedFile("a picture has no size or no data");
+    PictureNode node;
+    node.size = *properties.size;
+    node.isMonochrome = properties.coding.isMonochrome;
+    node.bits = properties.coding.bits;
+    node.codedPixels = std::uint64_t{node.size.width} * node.size.height;
+    node.properties = std::move(properties);
+    node.data = std::move(data);
+    TRY(place(node));
+    return node;
+}
+
+Result<void> attachAlpha(PictureNode& node, PictureNodePointer alpha, bool isPremultiplied) {
+    if (alpha->size != node.size)
+        return Failure{Reason::unsupported,
+                       "HEIF and AVIF pictures whose alpha plane has another size are not supported"};
+    node.codedPixels = saturatedSum(node.codedPixels, alpha->codedPixels);
+    node.alpha = std::move(alpha);
+    node.hasAlpha = true;
+    node.isPremultiplied = isPremultiplied;
+    return {};
+}
 
 Result<PictureNodePointer> readPictureTree(const ItemTable& table, ItemID id, const ByteReader& reader) {
     return TreeReader(table, reader).node(id, 0);

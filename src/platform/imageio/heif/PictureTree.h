@@ -42,6 +42,13 @@ struct PictureNode {
 
 using PictureNodePointer = std::shared_ptr<const PictureNode>;
 
+/// A coded picture. Fails if its properties are incomplete or impossible.
+Result<PictureNode> codedNode(PictureProperties properties, std::vector<FileRange> data);
+
+/// Makes `alpha` the alpha plane of `node`. Fails unless it has the same stored size. Its transformations are
+/// not used: those of the picture apply to both.
+Result<void> attachAlpha(PictureNode& node, PictureNodePointer alpha, bool isPremultiplied);
+
 /// The tree of the item `id`. Reads the descriptions of derived pictures from `reader`, but no coded picture.
 /// Fails if a part is missing, unsupported or impossible.
 Result<PictureNodePointer> readPictureTree(const ItemTable& table, ItemID id, const ByteReader& reader);
