@@ -1,7 +1,6 @@
 // Reads HEIF files with HEVC pictures (HEIC) and with AV1 pictures (AVIF). The boxes are read here; libde265
 // and dav1d decode the compressed pictures in them. A row of tiles, or an untiled picture, is held in memory.
 
-#include "platform/coregraphics/RowStages.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifBlock.h"
@@ -75,6 +74,20 @@ void describeColors(FrameDescription& frame, const PictureNode& root, const Byte
         frame.profile = ColorProfile::adobeRGB();
 }
 
+/// How many pictures a viewer would show: those that are not parts of others, previews or auxiliary.
+std::uint32_t countPictures(const ItemTable& table) {
+    const ItemReferences& references = table.references;
+    std::uint32_t count = 0;
+    for (const auto& [id, item] : table.items) {
+        const bool isPart = !references.sources(fourCC("dimg"), id).empty();
+        const bool isSecondary = !references.targets(fourCC("thmb"), id).empty()
+                                 || !references.targets(fourCC("auxl"), id).empty();
+        if (isPictureType(item.type) && !item.isHidden && !isPart && !isSecondary)
+            ++count;
+    }
+    return count;
+}
+
 Result<void> requireLibraries(const PictureNode& node) {
     TRY(requireLibrary(node.properties.coding.kind));
     for (const PictureNodePointer& part : node.parts)
@@ -100,20 +113,28 @@ public:
     Result<void> openItem(const ItemTable& table) {
         root_ = TRY(readPictureTree(table, table.primary, *reader_));
         exif_ = uprightExif(exifOf(table, table.primary, *reader_));
+        if (const std::uint32_t pictures = countPictures(table); pictures > 1)
+            contents_ = {FileContents::Kind::pages, pictures};
         return describe();
     }
 
-    Result<void> openMovie(const LoadedBox& moov) {
-        root_ = TRY(readMovie(moov, reader_->size())).firstFrame;
+    Result<void> openMovie(const Movie& movie) {
+        root_ = movie.firstFrame;
         return describe();
+    }
+
+    void noteFrames(const Movie& movie) {
+        if (movie.frames > 1)
+            contents_ = {FileContents::Kind::animation, movie.frames};
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        RowSourcePointer rows = rowsOfPicture(root_, reader_, frames_.front().format);
-        return turnedRows(std::move(rows), root_->placement.quarterTurns());
+        return rowsOfPicture(root_, reader_, frames_.front().format);
     }
 
     Result<Bytes> exif() const override { return exif_; }
+
+    FileContents contents() const override { return contents_; }
 
 private:
     Result<void> describe() {
@@ -136,18 +157,23 @@ private:
     const std::shared_ptr<const ByteReader> reader_;
     PictureNodePointer root_;
     Bytes exif_;
+    FileContents contents_;
 };
 
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     const TopLevelBoxes boxes = TRY(readTopLevelBoxes(*reader));
     auto decoder = std::make_unique<Decoder>(reader);
     const ItemTable table = boxes.meta ? TRY(readItemTable(*boxes.meta, reader->size())) : ItemTable();
+    const Result<Movie> movie =
+        boxes.moov ? readMovie(*boxes.moov, reader->size()) : damagedFile("it has no pictures");
     if (table.primary != 0)
         TRY(decoder->openItem(table));
-    else if (boxes.moov)
-        TRY(decoder->openMovie(*boxes.moov));
+    else if (movie)
+        TRY(decoder->openMovie(*movie));
     else
-        return damagedFile("it has no pictures");
+        return movie.failure();
+    if (movie)
+        decoder->noteFrames(*movie);
     return std::unique_ptr<ImageDecoder>(std::move(decoder));
 }
 

@@ -196,6 +196,10 @@ private:
 
 } // namespace
 
+bool isPictureType(FourCC itemType) {
+    return codingOf(itemType) != CodingSetup::Kind::none || derivationOf(itemType).ok();
+}
+
 Result<PictureNode> codedNode(PictureProperties properties, std::vector<FileRange> data) {
     if (!properties.size || data.empty())
         return damagedFile("a picture has no size or no data");

@@ -42,6 +42,9 @@ struct PictureNode {
 
 using PictureNodePointer = std::shared_ptr<const PictureNode>;
 
+/// Whether items of that type are pictures that can be shown.
+bool isPictureType(FourCC itemType);
+
 /// A coded picture. Fails if its properties are incomplete or impossible.
 Result<PictureNode> codedNode(PictureProperties properties, std::vector<FileRange> data);
 
