@@ -6,6 +6,7 @@
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/heif/Movie.h"
 #include "platform/imageio/heif/NodeRows.h"
+#include "platform/imageio/heif/ToneMapping.h"
 
 #include <algorithm>
 #include <array>
@@ -46,9 +47,25 @@ const PictureNode& describedNode(const PictureNode& root) {
     return *node;
 }
 
-/// Gives the picture its model and its profile.
-void describeColors(FrameDescription& frame, const PictureNode& root, const ByteReader& reader,
-                    bool isAdobeRGB) {
+/// How pictures of high dynamic range are stored.
+struct HighRange {
+    HDRTransfer transfer = HDRTransfer::pq;
+    double peak = usualPeak; ///< cd/m2
+};
+
+std::optional<HighRange> highRangeOf(const CodingPoints& points, const PictureProperties& properties) {
+    constexpr std::uint16_t pq = 16, hlg = 18;
+    if (points.transfer == hlg)
+        return HighRange{HDRTransfer::hlg, usualPeak};
+    if (points.transfer != pq)
+        return std::nullopt;
+    return HighRange{HDRTransfer::pq, properties.brightestLight > 0 ? properties.brightestLight : usualPeak};
+}
+
+/// Gives the picture its model and its profile. Returns how it is stored if it must be mapped to the ordinary
+/// range, after which that profile is right; such pictures get 16 bits.
+std::optional<HighRange> describeColors(FrameDescription& frame, const PictureNode& root,
+                                        const ByteReader& reader, bool isAdobeRGB) {
     frame.format.model = root.isMonochrome ? ColorModel::gray : ColorModel::rgb;
     const PictureNode& node = describedNode(root);
     const PictureProperties& properties = node.properties;
@@ -59,7 +76,7 @@ void describeColors(FrameDescription& frame, const PictureNode& root, const Byte
             frame.format.model = frame.profile ? ColorModel::rgb : ColorModel::gray;
         }
         if (frame.profile)
-            return;
+            return std::nullopt;
     }
     std::optional<CodingPoints> points = properties.points;
     if (!points && node.kind == PictureNode::Kind::coded) {
@@ -68,10 +85,16 @@ void describeColors(FrameDescription& frame, const PictureNode& root, const Byte
         const Result<Bytes> start = readRanges(reader, {{data.offset, std::min(data.length, enough)}});
         points = pointsInHeader(properties.coding, start ? ByteView(*start) : ByteView());
     }
-    if (points)
-        frame.profile = profileOf(*points, frame.format.model);
-    else if (isAdobeRGB && frame.format.model == ColorModel::rgb)
-        frame.profile = ColorProfile::adobeRGB();
+    if (!points) {
+        if (isAdobeRGB && frame.format.model == ColorModel::rgb)
+            frame.profile = ColorProfile::adobeRGB();
+        return std::nullopt;
+    }
+    frame.profile = profileOf(*points, frame.format.model);
+    const std::optional<HighRange> range = highRangeOf(*points, root.properties);
+    if (range)
+        frame.format.depth = SampleDepth::bits16;
+    return range;
 }
 
 /// How many pictures a viewer would show: those that are not parts of others, previews or auxiliary.
@@ -88,11 +111,16 @@ std::uint32_t countPictures(const ItemTable& table) {
     return count;
 }
 
-Result<void> requireLibraries(const PictureNode& node) {
-    TRY(requireLibrary(node.properties.coding.kind));
+/// Fails if the library for any part is missing. A file with a brand of AVIF `isAVIF`, so that the other
+/// library was not opened for it.
+Result<void> requireLibraries(const PictureNode& node, bool isAVIF) {
+    const CodingSetup::Kind kind = node.properties.coding.kind;
+    if (isAVIF && kind == CodingSetup::Kind::hevc)
+        return Failure{Reason::unsupported, "AVIF files with HEVC pictures are not supported"};
+    TRY(requireLibrary(kind));
     for (const PictureNodePointer& part : node.parts)
-        TRY(requireLibraries(*part));
-    return {};
+        TRY(requireLibraries(*part, isAVIF));
+    return node.alpha ? requireLibraries(*node.alpha, isAVIF) : Result<void>();
 }
 
 /// All pictures that must be decoded for this one, as checkPlausible() does it for the result.
@@ -108,7 +136,8 @@ Result<void> checkParts(const PictureNode& root, std::uint64_t fileBytes) {
 
 class Decoder final : public ImageDecoder {
 public:
-    explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
+    Decoder(std::shared_ptr<const ByteReader> reader, bool isAVIF)
+        : reader_(std::move(reader)), isAVIF_(isAVIF) {}
 
     Result<void> openItem(const ItemTable& table) {
         root_ = TRY(readPictureTree(table, table.primary, *reader_));
@@ -129,7 +158,8 @@ public:
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        return rowsOfPicture(root_, reader_, frames_.front().format);
+        RowSourcePointer rows = rowsOfPicture(root_, reader_, frames_.front().format);
+        return hdr_ ? rowsInSDR(std::move(rows), hdr_->transfer, hdr_->peak) : std::move(rows);
     }
 
     Result<Bytes> exif() const override { return exif_; }
@@ -138,7 +168,7 @@ public:
 
 private:
     Result<void> describe() {
-        TRY(requireLibraries(*root_));
+        TRY(requireLibraries(*root_, isAVIF_));
         TRY(checkParts(*root_, reader_->size()));
         const ExifFacts facts = readExifFacts(exif_);
         const Size size = root_->placement.size();
@@ -148,21 +178,24 @@ private:
                        .hasAlpha = root_->hasAlpha,
                        .depth = root_->bits > 8 ? SampleDepth::bits16 : SampleDepth::bits8},
             .resolution = facts.resolution.value_or(Resolution{})};
-        describeColors(frame, *root_, *reader_, facts.isAdobeRGB);
+        frame.quarterTurns = root_->placement.quarterTurns();
+        hdr_ = describeColors(frame, *root_, *reader_, facts.isAdobeRGB);
         frame.heldBytes = bytesHeldFor(*root_, frame.format);
         frames_.push_back(std::move(frame));
         return {};
     }
 
     const std::shared_ptr<const ByteReader> reader_;
+    const bool isAVIF_;
     PictureNodePointer root_;
+    std::optional<HighRange> hdr_; ///< for pictures that are mapped to the ordinary range
     Bytes exif_;
     FileContents contents_;
 };
 
-Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader, bool isAVIF) {
     const TopLevelBoxes boxes = TRY(readTopLevelBoxes(*reader));
-    auto decoder = std::make_unique<Decoder>(reader);
+    auto decoder = std::make_unique<Decoder>(reader, isAVIF);
     const ItemTable table = boxes.meta ? TRY(readItemTable(*boxes.meta, reader->size())) : ItemTable();
     const Result<Movie> movie =
         boxes.moov ? readMovie(*boxes.moov, reader->size()) : damagedFile("it has no pictures");
@@ -196,22 +229,35 @@ bool hasBrand(ByteView head, std::initializer_list<FourCC> wanted) {
     return std::ranges::find_first_of(brands, wanted) != brands.end();
 }
 
-bool isAVIF(ByteView head) { return hasBrand(head, {fourCC("avif"), fourCC("avis")}); }
+bool hasHEVCBrand(ByteView head) {
+    return hasBrand(head, {fourCC("heic"), fourCC("heix"), fourCC("heim"), fourCC("heis"), fourCC("hevc"),
+                           fourCC("hevx"), fourCC("hevm"), fourCC("hevs")});
+}
 
-bool isHEIC(ByteView head) {
-    return !isAVIF(head)
-           && hasBrand(head, {fourCC("heic"), fourCC("heix"), fourCC("heim"), fourCC("heis"), fourCC("hevc"),
-                              fourCC("hevx"), fourCC("hevm"), fourCC("hevs"), fourCC("mif1"), fourCC("mif2"),
-                              fourCC("msf1")});
+bool recognisesAVIF(ByteView head) {
+    return hasBrand(head, {fourCC("avif"), fourCC("avis")}) && !hasHEVCBrand(head);
+}
+
+/// Also files that do not say how their pictures are compressed, or that have pictures of both kinds.
+bool recognisesHEIC(ByteView head) {
+    return !recognisesAVIF(head)
+           && (hasHEVCBrand(head) || hasBrand(head, {fourCC("mif1"), fourCC("mif2"), fourCC("msf1")}));
+}
+
+Result<std::unique_ptr<ImageDecoder>> openHEIC(std::shared_ptr<const ByteReader> reader) {
+    return open(std::move(reader), false);
+}
+Result<std::unique_ptr<ImageDecoder>> openAVIF(std::shared_ptr<const ByteReader> reader) {
+    return open(std::move(reader), true);
 }
 
 } // namespace
 
-// A file with another brand than those of AVIF may have pictures of both kinds.
-const ImageCodec heicCodec{"HEIC", isHEIC, open, [] {
+const ImageCodec heicCodec{"HEIC", recognisesHEIC, openHEIC, [] {
                                (void)requireLibrary(CodingSetup::Kind::hevc);
                                (void)requireLibrary(CodingSetup::Kind::av1);
                            }};
-const ImageCodec avifCodec{"AVIF", isAVIF, open, [] { (void)requireLibrary(CodingSetup::Kind::av1); }};
+const ImageCodec avifCodec{"AVIF", recognisesAVIF, openAVIF,
+                           [] { (void)requireLibrary(CodingSetup::Kind::av1); }};
 
 } // namespace kestrine::heif

@@ -10,8 +10,8 @@ namespace {
 
 /// Properties that may be marked as essential and can be ignored nevertheless.
 constexpr std::array ignoredTypes = {
-    fourCC("pasp"), fourCC("pixi"), fourCC("rloc"), fourCC("a1lx"), fourCC("mdcv"), fourCC("clli"),
-    fourCC("cclv"), fourCC("amve"), fourCC("udes"), fourCC("altt"), fourCC("iscl"), fourCC("ndwt"),
+    fourCC("pasp"), fourCC("pixi"), fourCC("rloc"), fourCC("a1lx"), fourCC("mdcv"), fourCC("cclv"),
+    fourCC("amve"), fourCC("udes"), fourCC("altt"), fourCC("iscl"), fourCC("ndwt"),
 };
 
 class Reader {
@@ -42,6 +42,9 @@ private:
             break;
         case fourCC("colr"):
             readColor(cursor);
+            break;
+        case fourCC("clli"):
+            result_.brightestLight = cursor.u16();
             break;
         case fourCC("auxC"):
         case fourCC("auxi"):

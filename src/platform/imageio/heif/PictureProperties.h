@@ -25,7 +25,8 @@ struct PictureProperties {
     std::vector<Box> transformations; ///< in the order in which they apply
     std::optional<CodingPoints> points;
     Bytes icc;
-    std::string auxiliaryType; ///< what an auxiliary picture is
+    std::uint16_t brightestLight = 0; ///< of HDR pictures, in cd/m2; 0: not known
+    std::string auxiliaryType;        ///< what an auxiliary picture is
     CodingSetup coding;
 };
 

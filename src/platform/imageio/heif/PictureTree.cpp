@@ -30,6 +30,16 @@ Result<void> place(PictureNode& node) {
     node.placement = Placement(node.size);
     for (const Box& step : node.properties.transformations)
         TRY(addTransformation(node.placement, step));
+    node.properties.transformations.clear(); // they are views into the header, which need not last
+    return {};
+}
+
+/// Adds what it costs to decode `part`.
+Result<void> addCost(PictureNode& node, const PictureNode& part) {
+    node.codedPictures += part.codedPictures; // does not overflow, since neither is larger than the maximum
+    node.codedPixels = saturatedSum(node.codedPixels, part.codedPixels);
+    if (node.codedPictures > maxCodedPictures)
+        return Failure{Reason::tooLarge, "the picture consists of too many pictures"};
     return {};
 }
 
@@ -93,7 +103,7 @@ private:
         node.kind = TRY(derivationOf(item.type));
         for (const ItemID part : table_.references.targets(fourCC("dimg"), id)) {
             node.parts.push_back(TRY(this->node(part, depth + 1)));
-            addPart(node, *node.parts.back());
+            TRY(addPart(node, *node.parts.back()));
         }
         if (node.parts.empty())
             return damagedFile("the picture has no parts");
@@ -111,11 +121,12 @@ private:
         return {};
     }
 
-    static void addPart(PictureNode& node, const PictureNode& part) {
+    static Result<void> addPart(PictureNode& node, const PictureNode& part) {
         node.isMonochrome = node.isMonochrome && part.isMonochrome;
         node.hasAlpha = node.hasAlpha || part.hasAlpha;
         node.bits = std::max(node.bits, part.bits);
-        node.codedPixels = saturatedSum(node.codedPixels, part.codedPixels);
+        TRY(addCost(node, part));
+        return {};
     }
 
     Result<Bytes> description(const Item& item) const {
@@ -207,6 +218,7 @@ Result<PictureNode> codedNode(PictureProperties properties, std::vector<FileRang
     node.size = *properties.size;
     node.isMonochrome = properties.coding.isMonochrome;
     node.bits = properties.coding.bits;
+    node.codedPictures = 1;
     node.codedPixels = std::uint64_t{node.size.width} * node.size.height;
     node.properties = std::move(properties);
     node.data = std::move(data);
@@ -218,7 +230,7 @@ Result<void> attachAlpha(PictureNode& node, PictureNodePointer alpha, bool isPre
     if (alpha->size != node.size)
         return Failure{Reason::unsupported,
                        "HEIF and AVIF pictures whose alpha plane has another size are not supported"};
-    node.codedPixels = saturatedSum(node.codedPixels, alpha->codedPixels);
+    TRY(addCost(node, *alpha));
     node.alpha = std::move(alpha);
     node.hasAlpha = true;
     node.isPremultiplied = isPremultiplied;
