@@ -14,10 +14,10 @@ using namespace std::string_view_literals;
 constexpr std::string_view extensions[] = {
     // formats that are read, so that a damaged or empty file does not go unnoticed
     "jpg", "jpeg", "jpe", "jfif", "png", "tif", "tiff", "gif", "bmp", "dib", "pbm", "pgm", "ppm", "pnm",
-    "webp", "heic", "heif", "heics", "heifs", "hif", "avif", "avifs",
+    "webp", "heic", "heif", "heics", "heifs", "hif", "avif", "avifs", "jxl", "jp2", "j2k", "j2c", "jpc",
+    "jpf", "jpx",
     // others
-    "jxl", "jp2", "j2k", "jpf", "jpx", "psd", "psb", "svg", "svgz", "xcf", "exr", "hdr", "ico", "tga", "pcx",
-    "qoi", "dds", "jxr",
+    "psd", "psb", "svg", "svgz", "xcf", "exr", "hdr", "ico", "tga", "pcx", "qoi", "dds", "jxr",
     // camera raw
     "dng", "3fr", "arw", "cr2", "cr3", "crw", "dcr", "erf", "fff", "iiq", "k25", "kdc", "mef", "mos", "mrw",
     "nef", "nrw", "orf", "pef", "raf", "rw2", "rwl", "sr2", "srf", "srw", "x3f"};
@@ -27,10 +27,6 @@ struct Sign {
     std::string_view bytes;
 };
 constexpr Sign signs[] = {{4, "ftypcrx "sv}, // camera raw
-                          {0, "\xff\x0a"sv},
-                          {4, "JXL \r\n"sv},
-                          {4, "jP  \r\n"sv},
-                          {0, "\xff\x4f\xff\x51"sv}, // JPEG XL, 2000
                           {0, "8BPS\0"sv},
                           {0, "gimp xcf"sv},
                           {0, "qoif"sv},

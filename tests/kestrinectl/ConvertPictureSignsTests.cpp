@@ -23,7 +23,7 @@ TEST(PictureSigns, extensionsOfPicturesAreRecognisedInAnyCase) {
 TEST(PictureSigns, unsupportedFormatsAreRecognisedByTheirFirstBytes) {
     for (const auto head : {"\0\0\0\x18"
                             "ftypcrx "sv,
-                            "\xff\x0a.."sv, "8BPS\0\1"sv})
+                            "DDS |.."sv, "8BPS\0\1"sv})
         EXPECT_TRUE(isForeignPicture(bytesOf(head))) << head;
 }
 

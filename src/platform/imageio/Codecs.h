@@ -22,6 +22,12 @@ extern const ImageCodec codec;
 namespace kestrine::heif {
 extern const ImageCodec heicCodec, avifCodec;
 }
+namespace kestrine::jp2 {
+extern const ImageCodec codec;
+}
+namespace kestrine::jxl {
+extern const ImageCodec codec;
+}
 namespace kestrine::bmp {
 extern const ImageCodec codec;
 }

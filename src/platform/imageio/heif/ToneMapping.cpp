@@ -38,7 +38,7 @@ double compressed(double light, double peak) {
     const double source = storedInPQ(peak), target = storedInPQ(white) / source;
     const double knee = 1.5 * target - 0.5;
     const double stored = std::min(storedInPQ(light) / source, 1.0);
-    if (stored < knee)
+    if (stored <= knee)
         return light;
     const double t = (stored - knee) / (1 - knee), t2 = t * t, t3 = t2 * t;
     const double mapped =
