@@ -25,7 +25,7 @@ TEST(PictureSigns, unsupportedFormatsAreRecognisedByTheirFirstBytes) {
                             "ftypheic"sv,
                             "\0\0\0\x1c"
                             "ftypavif...."sv,
-                            "\xff\x0a.."sv, "8BPS\0\1"sv})
+                            "\xff\x0a.."sv, "gimp xcf v011"sv})
         EXPECT_TRUE(isForeignPicture(bytesOf(head))) << head;
 }
 
@@ -33,7 +33,7 @@ TEST(PictureSigns, otherFilesAreNotRecognised) {
     for (const auto head : {""sv,
                             "\0\0\0\x18"
                             "ftypisom"sv,
-                            "words"sv, "8BP"sv, "ftypheic"sv})
+                            "words"sv, "gimp"sv, "ftypheic"sv})
         EXPECT_FALSE(isForeignPicture(bytesOf(head))) << head;
 }
 

@@ -8,9 +8,9 @@ namespace kestrine {
 
 namespace {
 
-/// The order matters only for speed, since no file has two signatures: the most frequent formats come first.
-constexpr std::array<const ImageCodec*, 7> codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec,
-                                                     &webp::codec, &bmp::codec, &pnm::codec};
+/// No file has two signatures, so the most frequent formats come first. TGA, which has none, comes last.
+constexpr std::array codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec, &webp::codec,
+                               &bmp::codec,  &pnm::codec, &psd::codec,  &tga::codec};
 
 } // namespace
 

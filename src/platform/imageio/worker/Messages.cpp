@@ -153,7 +153,7 @@ void write(MessageWriter& writer, const OutputOrder& output) {
     writer.add(output.keepsExif);
 }
 
-Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
+Bytes bytesIn(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
 
 OutputOrder outputIn(MessageReader& reader) {
     OutputOrder output;
@@ -163,9 +163,9 @@ OutputOrder outputIn(MessageReader& reader) {
     output.resolution = resolutionIn(reader);
     if (reader.flag())
         output.profileModel = colorModelIn(reader);
-    output.profile = copied(reader.bytes(maxProfileBytes));
-    output.exif = copied(reader.bytes(maxExifBytes));
-    output.colorTable = copied(reader.bytes(maxColorTableBytes));
+    output.profile = bytesIn(reader.bytes(maxProfileBytes));
+    output.exif = bytesIn(reader.bytes(maxExifBytes));
+    output.colorTable = bytesIn(reader.bytes(maxColorTableBytes));
     output.keepsProfile = reader.flag();
     output.keepsExif = reader.flag();
     return output;

@@ -107,7 +107,8 @@ TEST_P(EnginesAgree, aboutEveryFileOfACorpusAlsoWhenItIsCutOff) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, EnginesAgree,
-                         ::testing::Values("jpeg", "ownjpeg", "png", "gif", "tiff", "webp", "bmp", "pnm"));
+                         ::testing::Values("jpeg", "ownjpeg", "png", "gif", "tiff", "webp", "bmp", "pnm",
+                                           "psd", "tga"));
 
 TEST(EnginesAgree, aboutEveryLayoutOfPixels) {
     for (const RowFormat& layout : testing::allLayouts(70, 50)) {
