@@ -14,10 +14,10 @@ using namespace std::string_view_literals;
 constexpr std::string_view extensions[] = {
     // formats that are read, so that a damaged or empty file does not go unnoticed
     "jpg", "jpeg", "jpe", "jfif", "png", "tif", "tiff", "gif", "bmp", "dib", "pbm", "pgm", "ppm", "pnm",
-    "webp", "psd", "psb", "tga", "icb", "vda",
+    "webp", "psd", "psb", "tga", "icb", "vda", "ico", "cur",
     // others
     "heic", "heif", "hif", "avif", "jxl", "jp2", "j2k", "jpf", "jpx", "svg", "svgz", "xcf", "exr", "hdr",
-    "ico", "pcx", "qoi", "dds", "jxr",
+    "pcx", "qoi", "dds", "jxr",
     // camera raw
     "dng", "3fr", "arw", "cr2", "cr3", "crw", "dcr", "erf", "fff", "iiq", "k25", "kdc", "mef", "mos", "mrw",
     "nef", "nrw", "orf", "pef", "raf", "rw2", "rwl", "sr2", "srf", "srw", "x3f"};

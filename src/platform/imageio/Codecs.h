@@ -25,6 +25,9 @@ extern const ImageCodec codec;
 namespace kestrine::pnm {
 extern const ImageCodec codec;
 }
+namespace kestrine::ico {
+extern const ImageCodec codec;
+}
 namespace kestrine::psd {
 extern const ImageCodec codec;
 }

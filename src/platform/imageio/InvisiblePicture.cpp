@@ -33,23 +33,23 @@ bool hasVisiblePixel(ByteView row, const RowFormat& format) {
     return false;
 }
 
-Result<bool> isInvisible(RowSource& rows) {
-    Bytes row(rows.format().bytesPerRow());
-    for (std::uint32_t y = 0; y < rows.format().height; ++y) {
-        TRY(rows.readRow(row));
-        if (hasVisiblePixel(row, rows.format()))
+} // namespace
+
+Result<bool> isInvisible(const RowOpener& open) {
+    const RowSourcePointer rows = TRY(open());
+    Bytes row(rows->format().bytesPerRow());
+    for (std::uint32_t y = 0; y < rows->format().height; ++y) {
+        TRY(rows->readRow(row));
+        if (hasVisiblePixel(row, rows->format()))
             return false;
     }
     return true;
 }
 
-} // namespace
-
 Result<RowSourcePointer> rowsOpaqueIfInvisible(const RowOpener& open) {
-    const RowSourcePointer trial = TRY(open());
-    const bool isOpaque = TRY(isInvisible(*trial));
+    const bool becomesOpaque = TRY(isInvisible(open));
     RowSourcePointer rows = TRY(open());
-    return isOpaque ? std::make_unique<OpaqueRows>(std::move(rows)) : std::move(rows);
+    return becomesOpaque ? std::make_unique<OpaqueRows>(std::move(rows)) : std::move(rows);
 }
 
 } // namespace kestrine

@@ -5,8 +5,12 @@
 
 namespace kestrine {
 
+/// Whether alpha is 0 in every pixel of the rows that `open` gives. The rows are read up to the first pixel
+/// with another alpha.
+Result<bool> isInvisible(const RowOpener& open);
+
 /// The rows that `open` gives; each call must give the same rows, with alpha. If alpha is 0 in every pixel,
-/// all pixels become opaque. To find out, the rows are read up to the first pixel with another alpha.
+/// all pixels become opaque.
 Result<RowSourcePointer> rowsOpaqueIfInvisible(const RowOpener& open);
 
 } // namespace kestrine

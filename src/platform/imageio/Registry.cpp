@@ -10,7 +10,7 @@ namespace {
 
 /// No file has two signatures, so the most frequent formats come first. TGA, which has none, comes last.
 constexpr std::array codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec, &webp::codec,
-                               &bmp::codec,  &pnm::codec, &psd::codec,  &tga::codec};
+                               &bmp::codec,  &pnm::codec, &psd::codec,  &ico::codec, &tga::codec};
 
 } // namespace
 

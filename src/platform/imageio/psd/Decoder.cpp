@@ -1,6 +1,7 @@
 // Reads the merged picture of PSD and PSB files row by row.
 
 #include "platform/coregraphics/ColorConversion.h"
+#include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/psd/MatteRemoval.h"
 #include "platform/imageio/psd/Planes.h"
