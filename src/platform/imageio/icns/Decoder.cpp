@@ -1,0 +1,87 @@
+// Reads the largest picture of ICNS files.
+
+#include "platform/host/BigEndian.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/PartReader.h"
+#include "platform/imageio/icns/StoredPixels.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kestrine::icns {
+
+namespace {
+
+/// A picture that can be shown.
+struct Candidate {
+    Element element;
+    bool isPNG;
+    std::uint64_t pixels;
+};
+
+/// The same, unless it is a mask or JPEG 2000.
+std::optional<Candidate> candidateFor(const ByteReader& reader, const Element& element) {
+    constexpr std::uint64_t pngSignature = 0x89504E470D0A1A0A, boxSignature = 0x0000000C6A502020,
+                            codestreamSignature = 0xFF4FFF51;
+    if (element.type->kind == Kind::mask)
+        return std::nullopt;
+    Candidate candidate{element, false, std::uint64_t{element.type->width} * element.type->height};
+    std::array<std::uint8_t, 24> head{};
+    if (element.type->kind != Kind::file || reader.readAt(element.offset, head) != head.size())
+        return candidate;
+    const std::uint64_t signature = bigEndian(ByteView(head).first(8));
+    if (signature == boxSignature || signature >> 32 == codestreamSignature)
+        return std::nullopt;
+    if (signature == pngSignature) {
+        candidate.isPNG = true;
+        candidate.pixels = bigEndian(ByteView(head).subspan(16, 4)) * bigEndian(ByteView(head).subspan(20, 4));
+    }
+    return candidate;
+}
+
+/// The one with most pixels; among equals the one whose kind has more colours, then the first.
+std::optional<Candidate> largest(const ByteReader& reader, const std::vector<Element>& elements) {
+    std::optional<Candidate> best;
+    for (const Element& element : elements) {
+        const std::optional<Candidate> candidate = candidateFor(reader, element);
+        if (candidate
+            && (!best || candidate->pixels > best->pixels
+                || (candidate->pixels == best->pixels && element.type->kind > best->element.type->kind)))
+            best = candidate;
+    }
+    return best;
+}
+
+/// A picture that is no PNG file. It is small, so that it is decoded at once.
+class Decoder final : public ImageDecoder {
+public:
+    explicit Decoder(PixelBuffer pixels) : pixels_(std::make_shared<const PixelBuffer>(std::move(pixels))) {
+        frames_.push_back({.format = pixels_->format, .storedBitsPerPixel = 1});
+    }
+
+    Result<RowSourcePointer> rows(std::size_t, int) const override { return rowsOfPixels(pixels_); }
+
+private:
+    const std::shared_ptr<const PixelBuffer> pixels_;
+};
+
+bool recognises(ByteView head) {
+    return head.size() >= 8 && bigEndian(head.first(4)) == elementName("icns");
+}
+
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    const std::vector<Element> elements = readElements(*reader);
+    const std::optional<Candidate> best = largest(*reader, elements);
+    if (!best)
+        return Failure{Reason::unsupported, "the icon holds no picture that is known here"};
+    if (best->isPNG)
+        return png::codec.open(readerOfPart(std::move(reader), best->element.offset, best->element.length));
+    PixelBuffer pixels = TRY(decodeStored(*reader, best->element, elements));
+    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(pixels)));
+}
+
+} // namespace
+
+const ImageCodec codec = {"ICNS", recognises, open};
+
+} // namespace kestrine::icns
