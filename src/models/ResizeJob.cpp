@@ -75,18 +75,35 @@ private:
         const FailureCollector collector;
         const std::shared_ptr<NSImage> image = imageFor(set);
         noteHostility(collector);
+        if (image != nullptr && !mayApply(outcome))
+            return nullptr;
         auto data = hostility_ ? nullptr : set.resizedImageDataWithFile(file_, image);
         noteHostility(collector);
         if (image != nullptr)
             outcome.damage = image->damage();
         if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
             outcome.failure = outcome.damage;
-            outcome.isRefused = true;
+            outcome.refusal = Refusal::damaged;
             return nullptr;
         }
         if (data == nullptr)
             outcome.failure = reasonIn(collector);
         return data;
+    }
+
+    /// Whether the job may replace the file, if it does. Otherwise the outcome has the reason.
+    bool mayApply(JobOutcome& outcome) const {
+        if (!job_.policy.replacesOnlyPictures)
+            return true;
+        if (const Result<FileContents> contents = contentsOf(file_.opened))
+            outcome.contents = *contents;
+        else
+            outcome.failure = contents.failure();
+        if (job_.replacesFile() && !outcome.failure && outcome.contents.kind != FileContents::Kind::picture) {
+            outcome.failure = Failure{Reason::unsupported, "the file holds more than one picture"};
+            outcome.refusal = Refusal::holdsMore;
+        }
+        return !outcome.failure;
     }
 
     /// A file that broke the decoder, or took all it may take, is not tried again.

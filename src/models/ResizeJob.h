@@ -3,6 +3,7 @@
 
 #include "models/ResizeSet.h"
 #include "platform/host/Result.h"
+#include "platform/imageio/FileContents.h"
 
 #include <optional>
 #include <string>
@@ -17,6 +18,9 @@ struct JobPolicy {
     bool onlyWithResult = false;
     /// A damaged picture, for which the decoder had to invent pixels, gives no result.
     bool refusesDamaged = false;
+    /// A file that holds more than one picture (see FileContents) is not replaced, because the rest of it
+    /// would be lost.
+    bool replacesOnlyPictures = false;
 };
 
 struct ResizeJob {
@@ -30,13 +34,17 @@ struct ResizeJob {
     bool replacesFile() const { return sets.size() == 1 && sets.front()->replaceFile() != 0; }
 };
 
+/// Why the policy of a job does not allow a result.
+enum class Refusal : std::uint8_t { none, damaged, holdsMore };
+
 /// The result of one set of a job.
 struct JobOutcome {
     NSString path; ///< of the output, written or not; "" when there was no folder for it
     bool isWritten = false;
     std::optional<Failure> failure;      ///< why nothing was written
     std::optional<Failure> damage;       ///< why the decoder had to invent pixels, written or not
-    bool isRefused = false;              ///< whether nothing was written because of the damage
+    FileContents contents;               ///< of the file, if the policy asks for them
+    Refusal refusal = Refusal::none;     ///< why nothing was written, with `failure`
     std::optional<Failure> trashFailure; ///< why the original to be replaced is still in its place
     std::string trashedPath;             ///< the original's path in the trash; "" when it is not there
 };

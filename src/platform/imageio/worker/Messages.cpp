@@ -153,8 +153,6 @@ void write(MessageWriter& writer, const OutputOrder& output) {
     writer.add(output.keepsExif);
 }
 
-Bytes bytesIn(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
-
 OutputOrder outputIn(MessageReader& reader) {
     OutputOrder output;
     output.type = reader.enumerator(FileType::gif);
@@ -163,9 +161,9 @@ OutputOrder outputIn(MessageReader& reader) {
     output.resolution = resolutionIn(reader);
     if (reader.flag())
         output.profileModel = colorModelIn(reader);
-    output.profile = bytesIn(reader.bytes(maxProfileBytes));
-    output.exif = bytesIn(reader.bytes(maxExifBytes));
-    output.colorTable = bytesIn(reader.bytes(maxColorTableBytes));
+    output.profile = copied(reader.bytes(maxProfileBytes));
+    output.exif = copied(reader.bytes(maxExifBytes));
+    output.colorTable = copied(reader.bytes(maxColorTableBytes));
     output.keepsProfile = reader.flag();
     output.keepsExif = reader.flag();
     return output;
@@ -200,7 +198,7 @@ OpenFile openFileIn(MessageReader& reader) {
 
 ReadProperty readPropertyIn(MessageReader& reader) {
     Recipe picture = recipeIn(reader);
-    return {std::move(picture), reader.enumerator(PictureProperty::colorTable)};
+    return {std::move(picture), reader.enumerator(PictureProperty::contents)};
 }
 
 RenderFile renderFileIn(MessageReader& reader) {
@@ -250,7 +248,8 @@ Failure failureIn(MessageReader& reader) {
 void write(MessageWriter& writer, const FrameDescription& frame) {
     write(writer, frame.format);
     write(writer, frame.resolution);
-    writer.add(frame.canReduce);
+    writer.add(static_cast<std::uint8_t>(frame.quarterTurns));
+    writer.add(static_cast<std::uint8_t>(frame.maxHalvings));
     writer.add(frame.isUncompressed);
     writer.add(std::uint32_t{frame.storedBitsPerPixel});
     writer.add(frame.heldBytes);
@@ -263,7 +262,9 @@ FrameDescription frameIn(MessageReader& reader) {
     // The resolutions that plausibleResolution() gives.
     reader.refuseUnless(isWithin(frame.resolution.horizontal, 1, 100'000)
                         && isWithin(frame.resolution.vertical, 1, 100'000));
-    frame.canReduce = reader.flag();
+    frame.quarterTurns = reader.number<std::uint8_t>();
+    frame.maxHalvings = reader.number<std::uint8_t>();
+    reader.refuseUnless(frame.quarterTurns < 4 && frame.maxHalvings <= 32);
     frame.isUncompressed = reader.flag();
     frame.storedBitsPerPixel = reader.number<std::uint32_t>();
     frame.heldBytes = reader.number<std::uint64_t>();
