@@ -25,10 +25,22 @@ extern const ImageCodec codec;
 namespace kestrine::pnm {
 extern const ImageCodec codec;
 }
+namespace kestrine::icns {
+extern const ImageCodec codec;
+}
 namespace kestrine::ico {
 extern const ImageCodec codec;
 }
+namespace kestrine::pcx {
+extern const ImageCodec codec;
+}
 namespace kestrine::psd {
+extern const ImageCodec codec;
+}
+namespace kestrine::qoi {
+extern const ImageCodec codec;
+}
+namespace kestrine::sgi {
 extern const ImageCodec codec;
 }
 namespace kestrine::tga {

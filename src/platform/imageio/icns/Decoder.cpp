@@ -34,7 +34,8 @@ std::optional<Candidate> candidateFor(const ByteReader& reader, const Element& e
         return std::nullopt;
     if (signature == pngSignature) {
         candidate.isPNG = true;
-        candidate.pixels = bigEndian(ByteView(head).subspan(16, 4)) * bigEndian(ByteView(head).subspan(20, 4));
+        candidate.pixels =
+            bigEndian(ByteView(head).subspan(16, 4)) * bigEndian(ByteView(head).subspan(20, 4));
     }
     return candidate;
 }
@@ -65,15 +66,18 @@ private:
     const std::shared_ptr<const PixelBuffer> pixels_;
 };
 
-bool recognises(ByteView head) {
-    return head.size() >= 8 && bigEndian(head.first(4)) == elementName("icns");
-}
+bool recognises(ByteView head) { return head.size() >= 8 && bigEndian(head.first(4)) == elementName("icns"); }
 
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    std::array<std::uint8_t, 4> length{};
+    reader->readAt(4, length);
+    if (reader->size() < bigEndian(length))
+        return Failure{Reason::truncated, "the icon is shorter than it says"};
     const std::vector<Element> elements = readElements(*reader);
     const std::optional<Candidate> best = largest(*reader, elements);
     if (!best)
-        return Failure{Reason::unsupported, "the icon holds no picture that is known here"};
+        return Failure{Reason::unsupported,
+                       "the icon holds no picture in a supported form; JPEG 2000 in icons is not supported"};
     if (best->isPNG)
         return png::codec.open(readerOfPart(std::move(reader), best->element.offset, best->element.length));
     PixelBuffer pixels = TRY(decodeStored(*reader, best->element, elements));

@@ -13,18 +13,29 @@ Failure endedEarly() { return {Reason::truncated, "the icon ends before its last
 
 using Color = std::array<std::uint8_t, 3>;
 
-constexpr std::array<Color, 16> sixteenColors = {{{0xFF, 0xFF, 0xFF}, {0xFC, 0xF3, 0x05}, {0xFF, 0x64, 0x02},
-                                                  {0xDD, 0x08, 0x06}, {0xF2, 0x08, 0x84}, {0x46, 0x00, 0xA5},
-                                                  {0x00, 0x00, 0xD4}, {0x02, 0xAB, 0xEA}, {0x1F, 0xB7, 0x14},
-                                                  {0x00, 0x64, 0x11}, {0x56, 0x2C, 0x05}, {0x90, 0x71, 0x3A},
-                                                  {0xC0, 0xC0, 0xC0}, {0x80, 0x80, 0x80}, {0x40, 0x40, 0x40},
+constexpr std::array<Color, 16> sixteenColors = {{{0xFF, 0xFF, 0xFF},
+                                                  {0xFC, 0xF3, 0x05},
+                                                  {0xFF, 0x64, 0x02},
+                                                  {0xDD, 0x08, 0x06},
+                                                  {0xF2, 0x08, 0x84},
+                                                  {0x46, 0x00, 0xA5},
+                                                  {0x00, 0x00, 0xD4},
+                                                  {0x02, 0xAB, 0xEA},
+                                                  {0x1F, 0xB7, 0x14},
+                                                  {0x00, 0x64, 0x11},
+                                                  {0x56, 0x2C, 0x05},
+                                                  {0x90, 0x71, 0x3A},
+                                                  {0xC0, 0xC0, 0xC0},
+                                                  {0x80, 0x80, 0x80},
+                                                  {0x40, 0x40, 0x40},
                                                   {0x00, 0x00, 0x00}}};
 
 /// The first 215 colours are a cube of six levels, from white on, without black. Ten levels of red, green,
 /// blue and grey that the cube does not have follow, then black.
 constexpr Color systemColor(std::size_t index) {
     constexpr std::size_t cube = 215, levels = 10, black = 255;
-    constexpr std::array<std::uint8_t, levels> ramp = {0xEE, 0xDD, 0xBB, 0xAA, 0x88, 0x77, 0x55, 0x44, 0x22, 0x11};
+    constexpr std::array<std::uint8_t, levels> ramp = {0xEE, 0xDD, 0xBB, 0xAA, 0x88,
+                                                       0x77, 0x55, 0x44, 0x22, 0x11};
     const auto level = [](std::size_t step) { return static_cast<std::uint8_t>(255 - 51 * step); };
     if (index < cube)
         return {level(index / 36), level(index / 6 % 6), level(index % 6)};
@@ -32,7 +43,9 @@ constexpr Color systemColor(std::size_t index) {
         return {0, 0, 0};
     const std::size_t row = (index - cube) / levels;
     const std::uint8_t value = ramp[(index - cube) % levels];
-    const auto valueIf = [&](std::size_t channel) { return row == channel || row == 3 ? value : std::uint8_t{0}; };
+    const auto valueIf = [&](std::size_t channel) {
+        return row == channel || row == 3 ? value : std::uint8_t{0};
+    };
     return {valueIf(0), valueIf(1), valueIf(2)};
 }
 
@@ -45,7 +58,8 @@ bool decodePlane(ByteView& codes, std::size_t count, std::size_t channel, PixelB
             return false;
         const unsigned code = codes[0];
         const bool isRun = code >= runMark;
-        const std::size_t length = std::min<std::size_t>(isRun ? code - runMark + shortestRun : code + 1, count - done);
+        const std::size_t length =
+            std::min<std::size_t>(isRun ? code - runMark + shortestRun : code + 1, count - done);
         if (codes.size() < 1 + (isRun ? 1 : length))
             return false;
         for (std::size_t i = 0; i < length; ++i)

@@ -47,7 +47,8 @@ private:
         const std::size_t place = x * bits / 8, shift = 8 - bits - x * bits % 8;
         std::size_t index = 0;
         for (std::uint32_t plane = 0; plane < header_->planes; ++plane)
-            index |= (bytes_[plane * header_->planeBytes + place] >> shift & ((1u << bits) - 1)) << plane * bits;
+            index |= (bytes_[plane * header_->planeBytes + place] >> shift & ((1u << bits) - 1))
+                     << plane * bits;
         return index;
     }
 
@@ -58,8 +59,10 @@ private:
 
 class Decoder final : public ImageDecoder {
 public:
-    Decoder(std::shared_ptr<const ByteReader> reader, Header header)
-        : reader_(std::move(reader)), header_(std::make_shared<const Header>(std::move(header))) {
+    /// The file has `pages` of which `reader` shows the first.
+    Decoder(std::shared_ptr<const ByteReader> reader, Header header, std::uint32_t pages)
+        : reader_(std::move(reader)), header_(std::make_shared<const Header>(std::move(header))),
+          pages_(pages) {
         frames_.push_back({.format = header_->format,
                            .isUncompressed = !header_->isRunLength,
                            .storedBitsPerPixel = header_->bits * header_->planes});
@@ -69,6 +72,10 @@ public:
         return RowSourcePointer(std::make_unique<Rows>(reader_, header_));
     }
 
+    FileContents contents() const override {
+        return pages_ == 1 ? FileContents{} : FileContents{FileContents::Kind::pages, pages_};
+    }
+
     Result<Bytes> colorTable() const override {
         return header_->pixels == Pixels::indexed ? header_->palette : Bytes{};
     }
@@ -76,6 +83,7 @@ public:
 private:
     const std::shared_ptr<const ByteReader> reader_;
     const std::shared_ptr<const Header> header_;
+    const std::uint32_t pages_;
 };
 
 /// DCX: a list of offsets of PCX files, ended by 0.
@@ -84,22 +92,30 @@ bool isList(ByteView head) {
     return head.size() >= 4 && littleEndian(head.first(4)) == signature;
 }
 
-/// The first page of a list. It ends where the next one in the file begins.
-std::shared_ptr<const ByteReader> firstPage(std::shared_ptr<const ByteReader> reader) {
+/// The offsets of the pages.
+std::vector<std::uint64_t> pagesIn(const ByteReader& reader) {
     constexpr std::size_t maximumPages = 1024, offsetLength = 4;
     Bytes list(maximumPages * offsetLength);
-    list.resize(reader->readAt(offsetLength, list));
-    std::uint64_t begin = 0, end = reader->size();
+    list.resize(reader.readAt(offsetLength, list));
+    std::vector<std::uint64_t> pages;
     for (std::size_t at = 0; at + offsetLength <= list.size(); at += offsetLength) {
         const std::uint64_t offset = littleEndian(ByteView(list).subspan(at, offsetLength));
         if (offset == 0)
             break;
-        if (at == 0)
-            begin = offset;
-        else if (offset > begin)
-            end = std::min(end, offset);
+        pages.push_back(offset);
     }
-    return readerOfPart(std::move(reader), begin, end - std::min(begin, end));
+    return pages;
+}
+
+/// The first page. It ends where the next one in the file begins.
+std::shared_ptr<const ByteReader> firstPage(std::shared_ptr<const ByteReader> reader,
+                                            const std::vector<std::uint64_t>& pages) {
+    const std::uint64_t begin = pages.front();
+    std::uint64_t length = reader->size();
+    for (const std::uint64_t other : pages)
+        if (other > begin)
+            length = std::min(length, other - begin);
+    return readerOfPart(std::move(reader), begin, length);
 }
 
 bool recognises(ByteView head) { return isPCX(head) || isList(head); }
@@ -107,14 +123,19 @@ bool recognises(ByteView head) { return isPCX(head) || isList(head); }
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     std::array<std::uint8_t, 12> head{};
     reader->readAt(0, head);
+    std::uint32_t pages = 1;
     if (isList(head)) {
-        reader = firstPage(std::move(reader));
-        reader->readAt(0, head);
-        if (!isPCX(head))
+        const std::vector<std::uint64_t> offsets = pagesIn(*reader);
+        if (offsets.empty())
+            return Failure{Reason::empty, "the DCX file has no pages"};
+        pages = static_cast<std::uint32_t>(offsets.size());
+        reader = firstPage(std::move(reader), offsets);
+        if (!isPCX(ByteView(head).first(reader->readAt(0, head))))
             return Failure{Reason::malformed, "the first page of the DCX file is not a PCX file"};
     }
     Header header = TRY(readHeader(reader));
-    return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(reader), std::move(header)));
+    return std::unique_ptr<ImageDecoder>(
+        std::make_unique<Decoder>(std::move(reader), std::move(header), pages));
 }
 
 } // namespace

@@ -58,7 +58,8 @@ std::optional<Bytes> longPalette(const std::shared_ptr<const ByteReader>& reader
 }
 
 /// A file without its 256 colours is grey if it says so, else it is cut off.
-Result<void> readLongPalette(const std::shared_ptr<const ByteReader>& reader, bool mayBeGray, Header& header) {
+Result<void> readLongPalette(const std::shared_ptr<const ByteReader>& reader, bool mayBeGray,
+                             Header& header) {
     std::optional<Bytes> palette = longPalette(reader, header);
     if (!palette && !mayBeGray)
         return Failure{Reason::truncated, "the PCX file ends before its colours"};
@@ -84,7 +85,8 @@ Result<Header> readHeader(const std::shared_ptr<const ByteReader>& reader) {
     if (reader->readAt(0, stored) != stored.size())
         return Failure{Reason::truncated, "the PCX file ends in its header"};
     constexpr std::size_t planes = 65, planeBytes = 66, paletteKind = 68;
-    const std::uint32_t width = u16(stored, 8) - u16(stored, 4) + 1, height = u16(stored, 10) - u16(stored, 6) + 1;
+    const std::uint32_t width = u16(stored, 8) - u16(stored, 4) + 1,
+                        height = u16(stored, 10) - u16(stored, 6) + 1;
     Header header{.format = {width, height},
                   .bits = stored[3],
                   .planes = stored[planes],
@@ -105,7 +107,8 @@ Result<Header> readHeader(const std::shared_ptr<const ByteReader>& reader) {
             return Failure{Reason::unsupported, "the PCX has an unknown pixel format"};
         header.pixels = known->pixels;
         header.format.hasAlpha = header.pixels == Pixels::colors && header.planes == 4;
-        header.palette.assign(stored.begin() + paletteOffset, stored.begin() + paletteOffset + shortPaletteLength);
+        header.palette.assign(stored.begin() + paletteOffset,
+                              stored.begin() + paletteOffset + shortPaletteLength);
     }
     if (header.pixels == Pixels::bits || header.pixels == Pixels::gray)
         header.format.model = ColorModel::gray;

@@ -155,6 +155,11 @@ public:
 
     Result<Bytes> exif() const override { return header_->resources.exif; }
 
+    FileContents contents() const override {
+        const std::uint32_t layers = header_->layers.count;
+        return layers == 0 ? FileContents{} : FileContents{FileContents::Kind::layers, layers};
+    }
+
     Result<Bytes> colorTable() const override {
         return header_->format.hasAlpha ? Bytes{} : header_->palette;
     }

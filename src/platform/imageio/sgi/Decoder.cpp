@@ -55,7 +55,8 @@ private:
             if (codes_.read(sample) != length)
                 return endedEarly();
             const unsigned code = sample.back();
-            const std::span<std::uint8_t> part = row.first(std::min<std::size_t>((code & 0x7F) * length, row.size()));
+            const std::span<std::uint8_t> part =
+                row.first(std::min<std::size_t>((code & 0x7F) * length, row.size()));
             if (part.empty())
                 break;
             if ((code & 0x80) != 0) {
@@ -64,13 +65,20 @@ private:
             } else {
                 if (codes_.read(sample) != length)
                     return endedEarly();
-                for (auto to = part.begin(); to != part.end();)
-                    to = std::ranges::copy(sample, to).out;
+                repeat(sample, part);
             }
             row = row.subspan(part.size());
         }
         std::ranges::fill(row, std::uint8_t{0});
         return {};
+    }
+
+    static void repeat(std::span<const std::uint8_t> sample, std::span<std::uint8_t> into) {
+        if (sample.size() == 1)
+            std::ranges::fill(into, sample[0]);
+        else
+            for (auto to = into.begin(); to != into.end();)
+                to = std::ranges::copy(sample, to).out;
     }
 
     const std::shared_ptr<const ByteReader> reader_;
@@ -88,21 +96,25 @@ public:
         for (std::size_t channel = 0; channel < format().channels(); ++channel) {
             TRY(stored_->read(channel, y_, channel_));
             if (format().depth == SampleDepth::bits16)
-                interleave<std::uint16_t>(channel, row);
+                interleave16(channel, row);
             else
-                interleave<std::uint8_t>(channel, row);
+                interleave8(channel, row);
         }
         ++y_;
         return {};
     }
 
 private:
-    template <class Sample>
-    void interleave(std::size_t channel, std::span<std::uint8_t> row) const {
-        for (std::size_t x = 0; x < format().width; ++x) {
-            const ByteView stored = ByteView(channel_).subspan(x * sizeof(Sample), sizeof(Sample));
-            const auto sample = static_cast<Sample>(bigEndian(stored));
-            std::memcpy(&row[x * format().bytesPerPixel() + channel * sizeof sample], &sample, sizeof sample);
+    void interleave8(std::size_t channel, std::span<std::uint8_t> row) const {
+        for (std::size_t x = 0, to = channel; to < row.size(); ++x, to += format().channels())
+            row[to] = channel_[x];
+    }
+
+    void interleave16(std::size_t channel, std::span<std::uint8_t> row) const {
+        const std::uint8_t* from = channel_.data();
+        for (std::size_t to = 2 * channel; to < row.size(); to += format().bytesPerPixel(), from += 2) {
+            const auto sample = static_cast<std::uint16_t>(from[0] << 8 | from[1]);
+            std::memcpy(&row[to], &sample, sizeof sample);
         }
     }
 

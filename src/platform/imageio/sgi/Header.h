@@ -9,7 +9,8 @@ namespace kestrine::sgi {
 inline constexpr std::size_t headerLength = 512;
 
 struct Header {
-    RowFormat format{}; ///< its channels are stored one after the other, each from the lowest row to the highest
+    RowFormat
+        format{}; ///< its channels are stored one after the other, each from the lowest row to the highest
     bool isRunLength = false;
 };
 

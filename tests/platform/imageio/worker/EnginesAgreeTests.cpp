@@ -108,7 +108,7 @@ TEST_P(EnginesAgree, aboutEveryFileOfACorpusAlsoWhenItIsCutOff) {
 
 INSTANTIATE_TEST_SUITE_P(Formats, EnginesAgree,
                          ::testing::Values("jpeg", "ownjpeg", "png", "gif", "tiff", "webp", "bmp", "pnm",
-                                           "psd", "tga", "ico"));
+                                           "psd", "tga", "ico", "icns", "pcx", "qoi", "sgi"));
 
 TEST(EnginesAgree, aboutEveryLayoutOfPixels) {
     for (const RowFormat& layout : testing::allLayouts(70, 50)) {
