@@ -20,10 +20,14 @@ def samples_of(width, height, channels, seed=7):
     return samples
 
 
+def image_of(samples):
+    mode = {1: "L", 2: "LA", 3: "RGB", 4: "RGBA"}[samples.shape[2]]
+    return Image.fromarray(samples.squeeze(2) if mode == "L" else samples, mode)
+
+
 def rgba(samples):
     """8-bit samples of any layout as RGBA; transparent pixels are black."""
-    mode = {1: "L", 2: "LA", 3: "RGB", 4: "RGBA"}[1 if samples.ndim == 2 else samples.shape[2]]
-    pixels = numpy.array(Image.fromarray(samples.squeeze(), mode).convert("RGBA"))
+    pixels = numpy.array(image_of(samples).convert("RGBA"))
     pixels[pixels[..., 3] == 0] = 0
     return pixels
 
@@ -62,8 +66,7 @@ class Lossless(ToolTest):
         for size in self.SIZES:
             for count in channels:
                 samples = samples_of(*size, count)
-                yield "%dx%d-%d" % (*size, count), samples, Image.fromarray(
-                    samples.squeeze(2) if count == 1 else samples, {1: "L", 2: "LA", 3: "RGB", 4: "RGBA"}[count])
+                yield "%dx%d-%d" % (*size, count), samples, image_of(samples)
 
     def test_tga(self):
         for stem, samples, image in self.each(1, 2, 3, 4):
@@ -142,7 +145,7 @@ class CutOff(ToolTest):
         image = pictures.image(samples)
         for extension in ("tga", "pcx", "sgi"):
             image.save(self.folder / f"cut.{extension}")
-        image.save(self.folder / "cut.ico", sizes=[(80, 60)], bitmap_format="bmp")
+        image.convert("RGBA").save(self.folder / "cut.ico", sizes=[(80, 60)], bitmap_format="bmp")
         for name in ("cut.psd", "cut.psb"):
             image.save(self.folder.parent / "source.png")
             subprocess.run(["convert", self.folder.parent / "source.png", self.folder / name], check=True)
