@@ -25,7 +25,7 @@ TEST(PictureSigns, unsupportedFormatsAreRecognisedByTheirFirstBytes) {
                             "ftypheic"sv,
                             "\0\0\0\x1c"
                             "ftypavif...."sv,
-                            "\xff\x0a.."sv, "gimp xcf v011"sv})
+                            "DDS |.."sv, "gimp xcf v011"sv})
         EXPECT_TRUE(isForeignPicture(bytesOf(head))) << head;
 }
 

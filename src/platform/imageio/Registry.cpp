@@ -9,8 +9,9 @@ namespace kestrine {
 namespace {
 
 /// No file has two signatures, so the most frequent formats come first. TGA, which has none, comes last.
-constexpr std::array codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec, &webp::codec,
-                               &bmp::codec,  &pnm::codec, &psd::codec,  &ico::codec, &icns::codec,
+constexpr std::array codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec,
+                               &webp::codec, &bmp::codec, &pnm::codec,  &jxl::codec,
+                               &jp2::codec,  &psd::codec, &ico::codec,  &icns::codec,
                                &pcx::codec,  &qoi::codec, &sgi::codec,  &tga::codec};
 
 } // namespace

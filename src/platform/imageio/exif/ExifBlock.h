@@ -18,6 +18,10 @@ struct ExifFacts {
 /// `block` begins with the TIFF header. Never fails; what cannot be read is empty.
 ExifFacts readExifFacts(ByteView block);
 
+/// The block with Orientation 1 if it has an orientation: for formats that store the orientation outside of
+/// it.
+Bytes uprightExif(Bytes block);
+
 /// The block for a JPEG file of width x height pixels, in big-endian order. It has
 ///  - from IFD0: description, make, model, orientation, software, date, artist and copyright;
 ///  - the Exif sub-IFD without MakerNote, and the interoperability IFD;

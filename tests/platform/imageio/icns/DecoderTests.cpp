@@ -1,5 +1,6 @@
 #include "platform/host/BigEndian.h"
 #include "tests/platform/imageio/Decoded.h"
+#include "tests/platform/imageio/jp2/JP2Recipe.h"
 #include "tests/support/Pictures.h"
 
 namespace kestrine::testing {
@@ -57,9 +58,6 @@ Bytes planes(std::size_t count, const Bytes& values) {
 Bytes pngOf(std::uint32_t side) {
     return encodeSound(png::encode, makePhoto({side, side, ColorModel::rgb, true, SampleDepth::bits8}));
 }
-
-const Bytes jpeg2000 = {0, 0, 0, 12, 'j', 'P', ' ', ' ', 13, 10, 0x87, 10,
-                        0, 0, 0, 0,  0,   0,   0,   0,   0,  0,  0,    0};
 
 } // namespace
 
@@ -167,12 +165,15 @@ TEST(ICNSDecoder, theLargestPictureIsShown) {
         << "the most colours";
 }
 
-TEST(ICNSDecoder, JPEG2000IsLeftOut) {
-    EXPECT_EQ(pictureOf({{"ic09", jpeg2000}, {"is32", planes(256, {1, 2, 3})}}).format.width, 16u);
-    EXPECT_EQ(reasonOf(iconOf({{"ic09", jpeg2000}})), Reason::unsupported);
-    Bytes codestream(24);
-    std::ranges::copy(Bytes{0xFF, 0x4F, 0xFF, 0x51}, codestream.begin());
-    EXPECT_EQ(reasonOf(iconOf({{"ic09", codestream}})), Reason::unsupported);
+TEST(ICNSDecoder, aPictureMayBeJPEG2000) {
+    const PixelBuffer photo = makePhoto({64, 64, ColorModel::rgb, true, SampleDepth::bits8});
+    const Element small{"is32", planes(256, {1, 2, 3})};
+    for (const bool isBare : {false, true})
+        EXPECT_TRUE(samePicture(
+            pictureOf({small, {"icp6", JP2Recipe{.pixels = photo, .isBare = isBare}.make()}}), photo));
+    Bytes damaged = JP2Recipe{.pixels = photo, .isBare = true}.make();
+    damaged.resize(30);
+    EXPECT_FALSE(decode(icns::codec, iconOf({small, {"icp6", damaged}})).ok());
 }
 
 TEST(ICNSDecoder, unknownElementsAreSkipped) {
