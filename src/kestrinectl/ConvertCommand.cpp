@@ -3,23 +3,22 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ConvertChains.h"
 #include "kestrinectl/ConvertContents.h"
+#include "kestrinectl/ConvertInputs.h"
+#include "kestrinectl/ConvertRecipes.h"
 #include "kestrinectl/ConvertReport.h"
 #include "kestrinectl/DecoderIsolation.h"
+#include "kestrinectl/ForEachPosition.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/NumberBetween.h"
 #include "kestrinectl/PresetStore.h"
 #include "kestrinectl/ShownPath.h"
 #include "kestrinectl/Words.h"
 #include "models/ResizeJob.h"
-#include "platform/coregraphics/RowsAhead.h"
 #include "platform/host/process/ProcessorCount.h"
 #include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
-#include <atomic>
 #include <exception>
-#include <mutex>
-#include <thread>
 
 namespace kestrine {
 
@@ -30,6 +29,7 @@ constexpr std::uint64_t highestPixelLimit = std::uint64_t{maximumSide} * maximum
 
 struct ConvertRequest {
     std::vector<std::string> setNames;
+    ConvertOptions options;
     std::vector<std::string> files;
     unsigned jobs = processorCount();
     ConvertSearch search;
@@ -40,16 +40,18 @@ struct ConvertRequest {
     std::string isolation = "auto";
 };
 
-/// The named sets or, if none is named, the selected ones.
-ResizeSets chosenSets(const PresetStore& store, const std::vector<std::string>& names) {
+/// The named sets or, if none is named, the selected ones; none if the options describe the result.
+ResizeSets chosenSets(const PresetStore& store, const ConvertRequest& request) {
     ResizeSets sets;
-    for (const std::string& name : names)
+    for (const std::string& name : request.setNames)
         sets.push_back(store.sets()[store.positionOf(name)]);
-    if (names.empty())
-        for (const std::size_t position : store.selection())
-            sets.push_back(store.sets()[position]);
+    if (!sets.empty() || describeResult(request.options))
+        return sets;
+    for (const std::size_t position : store.selection())
+        sets.push_back(store.sets()[position]);
     if (sets.empty())
-        throw CommandError("no set is selected; name one with --set");
+        throw CommandError("no set is selected; name one with --set, or describe the result, such as with "
+                           "--longest 1200 --out small");
     return sets;
 }
 
@@ -80,6 +82,7 @@ void addOnce(std::vector<std::string>& lines, const std::string& line) {
 }
 
 void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutcome& outcome) {
+    result.isLeftLying = result.isLeftLying || (outcome.isWritten && outcome.isLeftLying);
     const std::string& shown = input.shown;
     if (outcome.isWritten)
         result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
@@ -92,84 +95,48 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutco
         addOnce(result.complaints, shown + ": " + complaintOf(outcome, input.path));
 }
 
-/// Converts files and reports them; several threads may do so at once.
-class Conversion {
-public:
-    Conversion(const std::vector<ConvertInput>& inputs, const ResizeSets& sets, JobPolicy policy,
-               ConvertReport& report)
-        : inputs_(inputs), sets_(sets), policy_(policy), report_(report) {}
+ResizeJob jobFor(const ConvertInput& input, const ConversionRecipes& recipes, JobPolicy policy) {
+    const NSString path = NSString::fromUTF8(input.path);
+    const OptionalString root =
+        input.rootFolder ? OptionalString(NSString::fromUTF8(*input.rootFolder)) : std::nullopt;
+    return {path, root, path.deletingLastPathComponent(), recipes, policy};
+}
 
-    /// Returns when all are finished or, after a stop signal, those that were begun.
-    void run(unsigned jobs) {
-        const std::vector<ConvertChain> chains = independentChains(inputs_, sets_);
-        const std::size_t workers = std::min<std::size_t>(jobs, chains.size());
-        if (workers <= 1)
-            return work(chains);
-        workOnThreads(chains, workers);
-        if (exception_ != nullptr)
-            std::rethrow_exception(exception_);
+std::vector<ResizeJob> jobsFor(const std::vector<ConvertInput>& inputs, const ConversionRecipes& recipes,
+                               JobPolicy policy) {
+    std::vector<ResizeJob> jobs;
+    for (const ConvertInput& input : inputs) {
+        jobs.push_back(jobFor(input, recipes, policy));
+        jobs.back().number = jobs.size();
+        jobs.back().count = inputs.size();
     }
+    return jobs;
+}
 
-private:
-    /// This thread is one of them. If the system permits fewer threads, they do the work of all.
-    void workOnThreads(const std::vector<ConvertChain>& chains, std::size_t count) {
-        std::vector<std::jthread> others;
-        try {
-            while (others.size() + 1 < count)
-                others.emplace_back([this, &chains] { workOnThread(chains); });
-        } catch (const std::exception& tooManyThreads) {
-            (void)tooManyThreads;
-        }
-        workOnThread(chains);
+ConvertResult resultOf(const ResizeJob& job, const ConvertInput& input) {
+    ConvertResult result;
+    try {
+        for (const JobOutcome& outcome : runJob(job))
+            addOutcome(result, input, outcome);
+    } catch (const std::bad_alloc&) {
+        result.complaints.push_back(input.shown + ": not enough memory");
+    } catch (const std::exception& error) {
+        result.complaints.push_back(input.shown + ": " + error.what());
     }
+    return result;
+}
 
-    void workOnThread(const std::vector<ConvertChain>& chains) {
-        const OneThreadScope wholeFileToThisCore;
-        try {
-            work(chains);
-        } catch (const std::exception&) {
-            const std::lock_guard lock(exceptionMutex_);
-            exception_ = std::current_exception();
-        }
-    }
-
-    void work(const std::vector<ConvertChain>& chains) {
-        for (std::size_t chain = nextChain_++; chain < chains.size(); chain = nextChain_++)
-            for (const std::size_t position : chains[chain]) {
-                if (StopSignalsNoted::noted() != 0)
-                    return;
-                report_.finished(position, convert(inputs_[position]));
-            }
-    }
-
-    ConvertResult convert(const ConvertInput& input) const {
-        ConvertResult result;
-        try {
-            for (const JobOutcome& outcome : runJob(jobFor(input)))
-                addOutcome(result, input, outcome);
-        } catch (const std::bad_alloc&) {
-            result.complaints.push_back(input.shown + ": not enough memory");
-        } catch (const std::exception& error) {
-            result.complaints.push_back(input.shown + ": " + error.what());
-        }
-        return result;
-    }
-
-    ResizeJob jobFor(const ConvertInput& input) const {
-        const NSString path = NSString::fromUTF8(input.path);
-        const OptionalString root =
-            input.rootFolder ? OptionalString(NSString::fromUTF8(*input.rootFolder)) : std::nullopt;
-        return {path, root, path.deletingLastPathComponent(), sets_, policy_};
-    }
-
-    const std::vector<ConvertInput>& inputs_;
-    const ResizeSets& sets_;
-    const JobPolicy policy_;
-    ConvertReport& report_;
-    std::atomic<std::size_t> nextChain_ = 0;
-    std::mutex exceptionMutex_;
-    std::exception_ptr exception_; ///< what ended a thread's work; guarded by exceptionMutex_
-};
+/// Converts files and reports them. Returns when all are finished or, after a stop signal, those that were
+/// begun.
+void convert(const std::vector<ConvertInput>& inputs, const std::vector<ResizeJob>& jobs, unsigned threads,
+             ConvertReport& report) {
+    const std::vector<ConvertChain> chains = independentChains(jobs, threads);
+    forEachPosition(chains.size(), threads, [&](std::size_t chain) {
+        for (const std::size_t position : chains[chain])
+            if (StopSignalsNoted::noted() == 0)
+                report.finished(position, resultOf(jobs[position], inputs[position]));
+    });
+}
 
 void printFindings(const ConvertInputs& inputs) {
     for (const auto& sentences : {inputs.complaints, inputs.leftOut, inputs.emptyFolders})
@@ -177,6 +144,13 @@ void printFindings(const ConvertInputs& inputs) {
             printError(sentence);
     if (inputs.otherFiles > 0)
         printError(counted(inputs.otherFiles, "other file") + " left out");
+}
+
+/// Only for options that do not say what to do about the orientation.
+void printHintOfLyingPictures(std::size_t count, const ConvertOptions& options) {
+    if (count > 0 && !options.upright)
+        printHint(counted(count, "picture")
+                  + " should be turned, which the set does not do; --upright does it");
 }
 
 void throwWhenStopped(std::size_t done, std::size_t count) {
@@ -204,27 +178,31 @@ void throwWhenFailed(const ConvertInputs& inputs, std::size_t failures, bool all
 
 void run(ConvertRequest request) {
     const PresetStore store = PresetStore::load();
-    const ResizeSets sets = chosenSets(store, request.setNames);
+    const ConversionRecipes recipes = recipesFor(request.options, chosenSets(store, request));
     request.search.storedSets = store.sets();
+    if (request.options.out)
+        request.search.outFolder = absolutePath(typedWord(*request.options.out)).native();
     for (std::string& file : request.files)
         file = typedWord(file);
     const StopSignalsNoted untilTheEnd;
     const ConvertInputs inputs = findInputs(request.files, request.search);
     printFindings(inputs);
-    std::size_t done = 0, failures = 0;
+    std::size_t done = 0, failures = 0, leftLying = 0;
     {
         ConvertReport report(inputs.pictures.size());
         const JobPolicy policy{.onlyWithResult = true,
                                .refusesDamaged = !request.acceptsDamaged,
                                .replacesOnlyPictures = !request.firstOnly};
         setMaximumPixels(request.maxPixels);
-        const auto jobs =
+        const auto threads =
             static_cast<unsigned>(std::clamp<std::size_t>(inputs.pictures.size(), 1, request.jobs));
-        const DecoderIsolation isolation(*isolationNamed(request.isolation), jobs);
-        Conversion(inputs.pictures, sets, policy, report).run(jobs);
+        const DecoderIsolation isolation(*isolationNamed(request.isolation), threads);
+        convert(inputs.pictures, jobsFor(inputs.pictures, recipes, policy), threads, report);
         done = report.done();
         failures = report.failures();
+        leftLying = report.leftLying();
     }
+    printHintOfLyingPictures(leftLying, request.options);
     throwWhenStopped(done, inputs.pictures.size());
     throwWhenFailed(inputs, failures, request.allowsEmpty);
 }
@@ -232,13 +210,16 @@ void run(ConvertRequest request) {
 } // namespace
 
 void addConvertCommand(CLI::App& program) {
-    CLI::App* command = program.add_subcommand("convert", "Apply sets to pictures, on all cores");
+    CLI::App* command =
+        program.add_subcommand("convert", "Convert pictures by sets or by options, on all cores");
     auto request = std::make_shared<ConvertRequest>();
     command
         ->add_option(
             "--set", request->setNames,
-            "Set to apply: a name, or a position such as @2; may be repeated (default: the selected sets)")
+            "Set to apply: a name, or a position such as @2; may be repeated (default: the selected sets, or "
+            "none if an option gives a size, a format or a quality)")
         ->allow_extra_args(false);
+    request->options.addTo(*command);
     command
         ->add_option("-j,--jobs", request->jobs,
                      "How many files to convert at the same time (default: the number of cores)")

@@ -15,9 +15,9 @@ constexpr std::string_view extensions[] = {
     // formats that are read, so that a damaged or empty file does not go unnoticed
     "jpg", "jpeg", "jpe", "jfif", "png", "tif", "tiff", "gif", "bmp", "dib", "pbm", "pgm", "ppm", "pnm",
     "webp", "heic", "heif", "heics", "heifs", "hif", "avif", "avifs", "jxl", "jp2", "j2k", "j2c", "jpc",
-    "jpf", "jpx",
+    "jpf", "jpx", "psd", "psb", "tga", "icb", "vda", "ico", "cur", "icns", "pcx", "dcx", "qoi", "sgi",
     // others
-    "psd", "psb", "svg", "svgz", "xcf", "exr", "hdr", "ico", "tga", "pcx", "qoi", "dds", "jxr",
+    "svg", "svgz", "xcf", "exr", "hdr", "dds", "jxr",
     // camera raw
     "dng", "3fr", "arw", "cr2", "cr3", "crw", "dcr", "erf", "fff", "iiq", "k25", "kdc", "mef", "mos", "mrw",
     "nef", "nrw", "orf", "pef", "raf", "rw2", "rwl", "sr2", "srf", "srw", "x3f"};
@@ -27,9 +27,7 @@ struct Sign {
     std::string_view bytes;
 };
 constexpr Sign signs[] = {{4, "ftypcrx "sv}, // camera raw
-                          {0, "8BPS\0"sv},
                           {0, "gimp xcf"sv},
-                          {0, "qoif"sv},
                           {0, "\x76\x2f\x31\x01"sv}, // layers, OpenEXR
                           {0, "FUJIFILMCCD-RAW"sv},
                           {0, "IIRO"sv},

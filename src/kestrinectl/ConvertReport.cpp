@@ -36,6 +36,7 @@ void ConvertReport::finished(std::size_t position, ConvertResult result) {
     const std::lock_guard lock(mutex_);
     ++done_;
     failures_ += result.complaints.empty() ? 0 : 1;
+    leftLying_ += result.isLeftLying ? 1 : 0;
     waiting_.emplace(position, std::move(result));
     hideProgress();
     for (auto first = waiting_.find(next_); first != waiting_.end(); first = waiting_.find(++next_)) {

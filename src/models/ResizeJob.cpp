@@ -3,12 +3,16 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "_MyClasses/Category/ImageUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
+#include "models/RecipeConversion.h"
 #include "platform/appkit/NSWorkspace.h"
+#include "platform/foundation/LocalTime.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/host/FailureCollector.h"
 #include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
+#include "platform/host/files/FileTimes.h"
 #include "platform/host/process/StopSignals.h"
+#include "platform/imageio/TakenDate.h"
 
 #include <algorithm>
 
@@ -48,37 +52,66 @@ class JobRun {
 public:
     explicit JobRun(const ResizeJob& job) : job_(job) {}
 
-    JobOutcome apply(const ResizeSet& set) {
+    JobOutcome apply(const ConversionRecipe& recipe) {
         JobOutcome outcome;
-        const std::shared_ptr<const NSData> data = convert(set, outcome);
+        PlannedResult plan{.format = namedFormat(recipe.format)};
+        const std::shared_ptr<const NSData> data = convert(recipe, plan, outcome);
         const bool isWithheld = job_.policy.onlyWithResult && outcome.failure.has_value();
-        const OptionalString folder = outputFolder(set);
+        const OptionalString folder = outputFolder(recipe);
         if (!folder && !outcome.failure)
             outcome.failure = Failure{Reason::notFound, "there is no folder for the result"};
         if (isWithheld || !folder)
             return outcome;
-        outcome.path = folder->appendingPathComponent(set.fileNameForPath(job_.path));
+        outcome.path = folder->appendingPathComponent(nameFor(recipe, plan));
+        const std::optional<FileTime> time = timeFor(recipe);
         if (job_.replacesFile())
             replace(data.get(), outcome);
         else
             write(data.get(), nullptr, Durability::cached, outcome);
+        if (outcome.isWritten && time)
+            (void)setModificationTime(outcome.path.utf8(), *time); // not every file system stores it
         return outcome;
     }
 
+    /// Where the result of a recipe goes if the name is free; "" if it goes nowhere.
+    NSString wantedPath(const ConversionRecipe& recipe) {
+        const OptionalString folder = outputFolder(recipe);
+        PlannedResult plan{.format = namedFormat(recipe.format)};
+        if (namesDependOnPicture(recipe)) {
+            const FailureCollector ignored; // converting it will report the reason
+            plan = plannedResult(recipe, file_, imageFor(recipe));
+            if (plan.image == nullptr)
+                return u"";
+        }
+        return folder ? folder->appendingPathComponent(nameFor(recipe, plan)) : NSString();
+    }
+
 private:
+    static bool namesDependOnPicture(const ConversionRecipe& recipe) {
+        return recipe.format.choice == FormatRule::Choice::ofSource
+               || (recipe.place.name && recipe.place.name->dependsOnPicture());
+    }
+
     /// nil if there is no result; the outcome then has the reason.
-    std::shared_ptr<const NSData> convert(const ResizeSet& set, JobOutcome& outcome) {
+    std::shared_ptr<const NSData> convert(const ConversionRecipe& recipe, PlannedResult& plan,
+                                          JobOutcome& outcome) {
         if (hostility_) {
             outcome.failure = hostility_;
             return nullptr;
         }
         const FailureCollector collector;
-        const std::shared_ptr<NSImage> image = imageFor(set);
+        const std::shared_ptr<NSImage> image = imageFor(recipe);
         noteHostility(collector);
         if (image != nullptr && !mayApply(outcome))
             return nullptr;
-        auto data = hostility_ ? nullptr : set.resizedImageDataWithFile(file_, image);
+        if (!hostility_)
+            plan = plannedResult(recipe, file_, image);
+        auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
         noteHostility(collector);
+        outcome.format = plan.format;
+        outcome.width = plan.width;
+        outcome.height = plan.height;
+        outcome.isLeftLying = plan.isLeftLying;
         if (image != nullptr)
             outcome.damage = image->damage();
         if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
@@ -106,6 +139,52 @@ private:
         return !outcome.failure;
     }
 
+    NSString nameFor(const ConversionRecipe& recipe, const PlannedResult& plan) const {
+        const ResultPlace& place = recipe.place;
+        const NSString usual = resultName(job_.path, plan.format, place.keepsExtension);
+        if (!place.name)
+            return usual;
+        return NSString::fromUTF8(
+            place.name->nameFor({.stem = job_.path.lastPathComponent().deletingPathExtension().utf8(),
+                                 .extension = usual.pathExtension().utf8(),
+                                 .set = place.setName.value_or(u"").utf8(),
+                                 .width = plan.width,
+                                 .height = plan.height,
+                                 .number = job_.number,
+                                 .count = job_.count,
+                                 .date = place.name->uses(NameTemplate::Field::date) ? day() : ""}));
+    }
+
+    /// When the picture was taken, as the camera wrote it; empty if the file does not say it.
+    std::string takenDate() const {
+        if (file_.opened == nullptr)
+            return "";
+        const Result<Bytes> date = file_.opened->answer(takenDateOf);
+        return date ? std::string(date->begin(), date->end()) : "";
+    }
+
+    /// The day when the picture was taken, or else when the file was modified: YYYY-MM-DD in local time.
+    std::string day() const {
+        std::string date = takenDate();
+        if (date.empty())
+            if (const Result<FileTime> modified = modificationTime(job_.path.utf8()))
+                date = isoText(std::chrono::floor<std::chrono::seconds>(*modified));
+        date.resize(std::min<std::size_t>(date.size(), 10));
+        std::ranges::replace(date, ':', '-');
+        return date;
+    }
+
+    /// The modification time of the result; nullopt for the usual one.
+    std::optional<FileTime> timeFor(const ConversionRecipe& recipe) const {
+        if (recipe.times == TimesRule::keep) {
+            const Result<FileTime> modified = modificationTime(job_.path.utf8());
+            return modified ? std::optional(*modified) : std::nullopt;
+        }
+        if (recipe.times == TimesRule::taken)
+            return dateFromText(NSString::fromUTF8(takenDate()));
+        return std::nullopt;
+    }
+
     /// A file that broke the decoder, or took all it may take, is not tried again.
     void noteHostility(const FailureCollector& collector) {
         for (const Failure& failure : collector.failures())
@@ -113,9 +192,9 @@ private:
                 hostility_ = failure;
     }
 
-    OptionalString outputFolder(const ResizeSet& set) const {
+    OptionalString outputFolder(const ConversionRecipe& recipe) const {
         return job_.replacesFile() ? job_.path.deletingLastPathComponent()
-                                   : set.resizeFolderForPath(job_.saveFolderPath, job_.rootPath);
+                                   : folderFor(recipe.place, job_.saveFolderPath, job_.rootPath);
     }
 
     /// Moves the original to the trash first, so that the result can get its name.
@@ -167,16 +246,16 @@ private:
             outcome.failure = folderFailure.value_or(written.failure());
     }
 
-    /// A slot whose load failed stays empty and is tried again for the next set that needs it.
-    std::shared_ptr<NSImage> imageFor(const ResizeSet& set) {
-        const bool converts = set.convertResolution() != 0;
+    /// A slot whose load failed stays empty and is tried again for the next recipe that needs it.
+    std::shared_ptr<NSImage> imageFor(const ConversionRecipe& recipe) {
+        const bool converts = recipe.convertsResolution;
         std::shared_ptr<NSImage>& slot = converts ? converted_ : plain_;
         if (slot != nullptr || !open())
             return slot;
         slot = NSImage::initWithSource(file_.opened);
         if (converts)
             myUtility::convertResolution(*slot);
-        if (job_.sets.size() > 1)
+        if (job_.recipes.size() > 1)
             slot->keepPixels();
         return slot;
     }
@@ -185,8 +264,8 @@ private:
     bool open() {
         if (file_.opened != nullptr)
             return true;
-        const bool turns =
-            std::ranges::any_of(job_.sets, [](const auto& set) { return set->autoRotate() != 0; });
+        const bool turns = std::ranges::find(job_.recipes, UprightRule::narrow, &ConversionRecipe::upright)
+                           != job_.recipes.end();
         const FileQuestion question = turns ? orientationQuestionFor(job_.path) : nullptr;
         Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8(), question);
         if (!source) {
@@ -209,9 +288,17 @@ private:
 std::vector<JobOutcome> runJob(const ResizeJob& job) {
     JobRun run(job);
     std::vector<JobOutcome> outcomes;
-    for (const auto& set : job.sets)
-        outcomes.push_back(run.apply(*set));
+    for (const ConversionRecipe& recipe : job.recipes)
+        outcomes.push_back(run.apply(recipe));
     return outcomes;
+}
+
+std::vector<NSString> wantedPaths(const ResizeJob& job) {
+    JobRun run(job);
+    std::vector<NSString> paths;
+    for (const ConversionRecipe& recipe : job.recipes)
+        paths.push_back(run.wantedPath(recipe));
+    return paths;
 }
 
 NSString uniqueFileName(const NSString& path) {

@@ -34,6 +34,27 @@ extern const ImageCodec codec;
 namespace kestrine::pnm {
 extern const ImageCodec codec;
 }
+namespace kestrine::icns {
+extern const ImageCodec codec;
+}
+namespace kestrine::ico {
+extern const ImageCodec codec;
+}
+namespace kestrine::pcx {
+extern const ImageCodec codec;
+}
+namespace kestrine::psd {
+extern const ImageCodec codec;
+}
+namespace kestrine::qoi {
+extern const ImageCodec codec;
+}
+namespace kestrine::sgi {
+extern const ImageCodec codec;
+}
+namespace kestrine::tga {
+extern const ImageCodec codec;
+}
 
 // An encoder consumes all rows and returns the bytes of the file. Each is defined in the Encoder.cpp of its
 // format's folder. The rows must suit the format: see OutputFormats.cpp.

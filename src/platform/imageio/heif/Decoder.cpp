@@ -4,6 +4,7 @@
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/heif/CodedPicture.h"
 #include "platform/imageio/heif/Movie.h"
 #include "platform/imageio/heif/NodeRows.h"
 #include "platform/imageio/heif/ToneMapping.h"
