@@ -1,8 +1,8 @@
 #include "platform/imageio/heif/NodeRows.h"
 
-#include "platform/coregraphics/PixelBuffer.h"
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
+#include "platform/imageio/AlphaDivision.h"
 #include "platform/imageio/heif/PlanesToPixels.h"
 
 #include <algorithm>
@@ -209,23 +209,12 @@ public:
 
 private:
     template <class Sample>
-    void add(const Sample* alpha, Sample* pixel) const {
-        const std::size_t colors = format().colorChannels();
-        for (std::uint32_t x = 0; x < format().width; ++x, pixel += colors + 1) {
-            if (isPremultiplied_)
-                divide(pixel, colors, alpha[x]);
-            pixel[colors] = alpha[x];
-        }
-    }
-
-    /// Colour is multiplied by alpha; makes it independent.
-    template <class Sample>
-    static void divide(Sample* pixel, std::size_t colors, std::uint32_t alpha) {
-        constexpr std::uint64_t full = std::numeric_limits<Sample>::max();
-        for (std::size_t i = 0; i < colors; ++i)
-            pixel[i] = alpha == 0
-                           ? Sample{0}
-                           : static_cast<Sample>(std::min((pixel[i] * full + alpha / 2) / alpha, full));
+    void add(const Sample* alpha, Sample* pixels) const {
+        const std::size_t channels = format().channels();
+        for (std::size_t x = 0; x < format().width; ++x)
+            pixels[(x + 1) * channels - 1] = alpha[x];
+        if (isPremultiplied_)
+            divideByAlpha(std::span(pixels, format().samplesPerRow()), channels);
     }
 
     const RowSourcePointer colors_, alpha_;
