@@ -81,6 +81,16 @@ class Samples(HeifTest):
             name = self.put("a.avif", heif.encoded(image, "-s", "9", *options, codec="av1"))
             self.assert_decoded_as_by("avifdec", name, SAME)
 
+    def test_a_smaller_alpha_plane_is_scaled(self):
+        colors = heif.nclx(1, 13, 6)
+        ramp = numpy.repeat(numpy.arange(40, 168, 2, dtype=numpy.uint8)[None], 64, 0)
+        file = heif.File()
+        file.add_coded(heif.tile(Image.fromarray(smooth(128, 128)), "-q", "90"), colors)
+        file.refer("auxl", file.add_coded(heif.tile(Image.fromarray(ramp), "-L"), heif.auxc(), hidden=True), 1)
+        alpha = numpy.asarray(self.converted(self.put("a.heic", file.file())))[..., 3].astype(int)
+        self.assertEqual(alpha.shape, (128, 128))
+        self.assertLessEqual(abs(alpha[:, 2:-2] - (39.5 + numpy.arange(128))[2:-2]).max(), 1.5)
+
     def test_ten_bits_become_sixteen(self):
         image = Image.fromarray(smooth(90, 70))
         name = self.put("a.avif", heif.encoded(image, "-s", "9", "-d", "10", codec="av1"))
