@@ -36,13 +36,13 @@ inline void encodeEverything(PixelBuffer pixels) {
 }
 
 /// Decodes a frame at one size, and uses what comes out.
-inline void decodeFrame(const ImageDecoder& decoder, std::size_t frame, int eighths) {
-    Result<RowSourcePointer> rows = decoder.rows(frame, eighths);
+inline void decodeFrame(const ImageDecoder& decoder, std::size_t frame, int halvings) {
+    Result<RowSourcePointer> rows = decoder.rows(frame, halvings);
     Result<PixelBuffer> pixels = rows ? readAllRows(**rows) : rows.failure();
     if (!pixels)
         return;
     useBytes(pixels->bytes);
-    if (eighths == 8)
+    if (halvings == 0)
         encodeEverything(*std::move(pixels));
 }
 
@@ -57,9 +57,9 @@ inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, 
         return;
     for (std::size_t frame = 0; frame < (*decoder)->frames().size(); ++frame) {
         const FrameDescription& description = (*decoder)->frames()[frame];
-        for (const int eighths : {8, 4, 2, 1})
-            if (description.format.pixels() <= affordablePixels && (eighths == 8 || description.canReduce))
-                decodeFrame(**decoder, frame, eighths);
+        for (int halvings = 0; halvings <= description.maxHalvings; ++halvings)
+            if (description.format.pixels() <= affordablePixels)
+                decodeFrame(**decoder, frame, halvings);
     }
     for (const Result<Bytes>& property : {(*decoder)->exif(), (*decoder)->colorTable()})
         if (property)

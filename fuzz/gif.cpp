@@ -18,7 +18,7 @@ bool isSmall(const RowFormat& format) {
 void tryAgain(const PixelBuffer& picture) {
     auto file = gif::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {});
     auto decoder = gif::codec.open(readerOfBytes(std::move(*file)));
-    auto rows = (*decoder)->rows(0, 8);
+    auto rows = (*decoder)->rows(0, 0);
     if (readAllRows(**rows)->bytes != picture.bytes)
         std::abort();
 }
@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr std::uint64_t affordablePixels = 1 << 16;
     if ((*decoder)->frames()[0].format.pixels() > affordablePixels)
         return 0;
-    if (auto rows = (*decoder)->rows(0, 8))
+    if (auto rows = (*decoder)->rows(0, 0))
         if (auto picture = readAllRows(**rows); picture && isSmall(picture->format))
             tryAgain(*picture);
     (void)(*decoder)->colorTable();

@@ -2,6 +2,7 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ConvertChains.h"
+#include "kestrinectl/ConvertContents.h"
 #include "kestrinectl/ConvertInputs.h"
 #include "kestrinectl/ConvertRecipes.h"
 #include "kestrinectl/ConvertReport.h"
@@ -34,6 +35,7 @@ struct ConvertRequest {
     ConvertSearch search;
     bool allowsEmpty = false;
     bool acceptsDamaged = false;
+    bool firstOnly = false;
     std::uint64_t maxPixels = defaultMaximumPixels;
     std::string isolation = "auto";
 };
@@ -62,7 +64,9 @@ std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
         return "the original stays, it could not go to the trash (" + outcome.trashFailure->text
                + "); the result is " + shownPath(outcome.path.utf8());
     std::string complaint = withoutPath(outcome.failure->text, path);
-    if (outcome.isRefused)
+    if (outcome.refusal == Refusal::holdsMore)
+        complaint = reasonNotToReplace(outcome.contents);
+    if (outcome.refusal == Refusal::damaged)
         complaint = "the picture is damaged (" + complaint
                     + "), nothing was written; --accept-damaged converts it anyway";
     if (!outcome.trashedPath.empty())
@@ -82,6 +86,8 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutco
     const std::string& shown = input.shown;
     if (outcome.isWritten)
         result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
+    if (const auto omission = omissionIn(outcome.contents); omission && outcome.isWritten)
+        addOnce(result.warnings, shown + ": " + *omission);
     if (outcome.isWritten && outcome.damage)
         result.warnings.push_back(shown + ": the picture is damaged (" + outcome.damage->text
                                   + "); the result shows what could be read");
@@ -184,7 +190,9 @@ void run(ConvertRequest request) {
     std::size_t done = 0, failures = 0, leftLying = 0;
     {
         ConvertReport report(inputs.pictures.size());
-        const JobPolicy policy{.onlyWithResult = true, .refusesDamaged = !request.acceptsDamaged};
+        const JobPolicy policy{.onlyWithResult = true,
+                               .refusesDamaged = !request.acceptsDamaged,
+                               .replacesOnlyPictures = !request.firstOnly};
         setMaximumPixels(request.maxPixels);
         const auto threads =
             static_cast<unsigned>(std::clamp<std::size_t>(inputs.pictures.size(), 1, request.jobs));
@@ -226,6 +234,10 @@ void addConvertCommand(CLI::App& program) {
     command->add_flag("--accept-damaged", request->acceptsDamaged,
                       "Convert damaged pictures of which a part can be shown, with a warning "
                       "(default: an error, nothing is written)");
+    command->add_flag(
+        "--first-only", request->firstOnly,
+        "Convert only the first frame or page without a warning, and let replacing sets replace "
+        "animations, documents, and layered, raw and vector files (default: an error)");
     command
         ->add_option("--max-pixels", request->maxPixels,
                      "Refuse pictures and results with more than N pixels (default: 1073741824)")

@@ -2,8 +2,12 @@
 #pragma once
 
 #include "models/ConversionRecipe.h"
+#include "platform/foundation/NSData.h"
 #include "platform/host/Result.h"
+#include "platform/host/files/ByteReader.h"
+#include "platform/imageio/FileContents.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +21,9 @@ struct JobPolicy {
     bool onlyWithResult = false;
     /// A damaged picture, for which the decoder had to invent pixels, gives no result.
     bool refusesDamaged = false;
+    /// A file that holds more than one picture (see FileContents) is not replaced, because the rest of it
+    /// would be lost.
+    bool replacesOnlyPictures = false;
 };
 
 struct ResizeJob {
@@ -25,22 +32,28 @@ struct ResizeJob {
     OptionalString saveFolderPath; ///< the folder that holds the file
     ConversionRecipes recipes;     ///< to apply, in order
     JobPolicy policy;
-    std::size_t number = 1, count = 1; ///< the file is the number-th of so many
+    std::size_t number = 1, count = 1;         ///< the file is the number-th of so many
+    std::shared_ptr<const ByteReader> content; ///< null: that of the file at `path`
 
     /// Whether the result replaces the original: there is one recipe only, and it is a replacing one.
     bool replacesFile() const { return recipes.size() == 1 && recipes.front().place.replaces; }
 };
 
+/// Why the policy of a job does not allow a result.
+enum class Refusal : std::uint8_t { none, damaged, holdsMore };
+
 /// The result of one recipe of a job.
 struct JobOutcome {
     NSString path; ///< of the output, written or not; "" when there was no folder for it
     bool isWritten = false;
+    std::shared_ptr<const NSData> data;   ///< of a result that is returned and not written; else nil
     const OutputFormat* format = nullptr; ///< null when there was none
     std::uint32_t width = 0, height = 0;  ///< in pixels; 0 when there was no result
     bool isLeftLying = false; ///< whether it is not upright although the file says how it should be turned
     std::optional<Failure> failure;      ///< why nothing was written
     std::optional<Failure> damage;       ///< why the decoder had to invent pixels, written or not
-    bool isRefused = false;              ///< whether nothing was written because of the damage
+    FileContents contents;               ///< of the file, if the policy asks for them
+    Refusal refusal = Refusal::none;     ///< why nothing was written, with `failure`
     std::optional<Failure> trashFailure; ///< why the original to be replaced is still in its place
     std::string trashedPath;             ///< the original's path in the trash; "" when it is not there
 };

@@ -11,6 +11,7 @@ import time
 import unittest
 
 import pictures
+from PIL import Image
 from tools import BIN, JPEG, PNG, TIFF, ToolTest, is_built_with, main
 
 JOBS = ("1", "2", "5")
@@ -182,6 +183,31 @@ class Convert(ToolTest):
         self.assertRegex(done.stderr.decode(), r"\Akestrinectl: warning: a\.jpg: the picture is damaged \(.*\n\Z")
         self.assertEqual((self.home / ".local/share/Trash/files/a.jpg").read_bytes(), whole[:len(whole) // 2])
         self.assertEqual(pictures.pixels(self.folder / "a.jpg").shape[:2], (15, 31))
+
+    def animation(self, name, frames):
+        first, *others = [Image.new("L", (60, 40), 40 * number) for number in range(frames)]
+        first.save(self.folder / name, save_all=True, append_images=others)
+
+    def test_only_the_first_frame_or_page_is_converted_with_a_warning(self):
+        self.web()
+        for name in "a.gif", "b.webp", "c.tif", "d.png":
+            self.animation(name, 3)
+        done = self.kestrinectl("convert", "a.gif", "b.webp", "c.tif", "d.png")
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual(done.stderr.decode().splitlines(), [f"kestrinectl: warning: {line}" for line in (
+            "a.gif: only frame 1 of 3 is converted", "b.webp: only frame 1 of 3 is converted",
+            "c.tif: only page 1 of 3 is converted", "d.png: only frame 1 of 3 is converted")])
+
+    def test_an_animation_is_not_replaced_unless_its_first_frame_is_wanted(self):
+        self.web(replaceFile=1)
+        self.animation("a.gif", 4)
+        original = (self.folder / "a.gif").read_bytes()
+        self.convert("a.gif", status=1, messages=[
+            "a.gif: not replaced, because it is an animation of 4 frames; --first-only replaces it with its first frame",
+            "1 of 1 file could not be converted as requested"])
+        self.assertEqual((self.folder / "a.gif").read_bytes(), original)
+        self.assertEqual(self.convert("--first-only", "a.gif").stderr, b"")
+        self.assertEqual((self.home / ".local/share/Trash/files/a.gif").read_bytes(), original)
 
     def test_undefined_codes_in_the_middle_of_a_picture_are_damage(self):
         self.web(replaceFile=1)

@@ -215,17 +215,18 @@ TEST_F(StrictJob, whenTheTrashRefusesTheResultGetsTheNextNameAndTheReasonIsKept)
 TEST_F(StrictJob, aDamagedPictureGivesNoResultAndIsNotReplaced) {
     folder.write("a.jpg", cutOffPhoto());
     const JobOutcome outcome = replace("a.jpg");
-    EXPECT_TRUE(outcome.isRefused && outcome.damage && outcome.failure && !outcome.isWritten);
+    EXPECT_TRUE(outcome.refusal == Refusal::damaged && outcome.damage && outcome.failure
+                && !outcome.isWritten);
     EXPECT_EQ(testing::readFileBytes(folder / "a.jpg"), cutOffPhoto());
     for (const JobOutcome& each : run("a.jpg", {makeSet(u"One"), makeSet(u"Two")}))
-        EXPECT_TRUE(each.isRefused);
+        EXPECT_EQ(each.refusal, Refusal::damaged);
     EXPECT_FALSE(exists("One") || exists("Two") || exists("data"));
 }
 
 TEST_F(StrictJob, anAcceptedDamagedPictureIsReplacedAndItsDamageIsReported) {
     folder.write("a.jpg", cutOffPhoto());
     const JobOutcome outcome = replace("a.jpg", acceptsDamage);
-    EXPECT_TRUE(outcome.isWritten && outcome.damage && !outcome.failure && !outcome.isRefused);
+    EXPECT_TRUE(outcome.isWritten && outcome.damage && !outcome.failure && outcome.refusal == Refusal::none);
     EXPECT_EQ(testing::readFileBytes(outcome.trashedPath), cutOffPhoto());
 }
 

@@ -31,8 +31,10 @@ struct AxisMap {
         return {scale, sourceSize - offset - outSize / scale, outSize};
     }
 
-    /// The map for the same source decoded at `eighths` eighths of its size.
-    AxisMap fromEighths(int eighths) const { return {scale * 8 / eighths, offset * eighths / 8, outSize}; }
+    /// The map for the same source decoded at 1 / 2^`halvings` of its size.
+    AxisMap afterHalvings(int halvings) const {
+        return {std::ldexp(scale, halvings), std::ldexp(offset, -halvings), outSize};
+    }
 
     /// Position in the source of the centre of result pixel i.
     double centre(std::uint32_t i) const { return offset + (i + 0.5) / scale; }

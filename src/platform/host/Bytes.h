@@ -10,4 +10,6 @@ namespace kestrine {
 using Bytes = std::vector<std::uint8_t>;
 using ByteView = std::span<const std::uint8_t>;
 
+inline Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
+
 } // namespace kestrine

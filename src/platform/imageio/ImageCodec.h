@@ -6,6 +6,7 @@
 #include "platform/coregraphics/RowSource.h"
 #include "platform/host/files/ByteReader.h"
 #include "platform/imageio/DamageRecord.h"
+#include "platform/imageio/FileContents.h"
 #include "platform/imageio/Resolution.h"
 
 #include <optional>
@@ -19,11 +20,21 @@ struct FrameDescription {
     RowFormat format; ///< at full size
     Resolution resolution;
     std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB without a profile
-    bool canReduce = false;              ///< whether rows() can deliver 4, 2 or 1 eighths
-    int orientation = 1; ///< EXIF orientation, 1 to 8, that is stored beside the pixels and not applied
+    int quarterTurns = 0; ///< clockwise, 0 to 3, that the file asks for; `format` is the one after them
+    int orientation = 1;  ///< EXIF orientation, 1 to 8, that the file states and nobody has applied
+    int maxHalvings = 0;  ///< how often rows() can halve both sides
     bool isUncompressed = false;     ///< whether decoding costs little more than reading the bytes
     unsigned storedBitsPerPixel = 0; ///< before compression; 0 if the same as in `format`
     std::uint64_t heldBytes = 0;     ///< of memory for a whole picture that rows() needs; 0 if they stream
+
+    struct Sides {
+        std::uint32_t width, height;
+    };
+    /// The sides before the quarter turns.
+    Sides storedSides() const {
+        return quarterTurns % 2 == 0 ? Sides{format.width, format.height}
+                                     : Sides{format.height, format.width};
+    }
 };
 
 /// An opened file whose header has been read. It holds no pixels.
@@ -34,14 +45,18 @@ public:
     /// At least one; the main picture is the first. Each satisfies RowFormat::isWithinLimits().
     const std::vector<FrameDescription>& frames() const { return frames_; }
 
-    /// Starts decoding `frame` (an index into frames()). `eighths` is 8, or also 4, 2 or 1 if the frame can
-    /// be reduced. Each side of the result has ceil(side * eighths / 8) pixels, and pixel i covers the
-    /// interval [8i, 8(i+1)) / eighths of the full picture. The rows stay valid after the decoder is
-    /// destroyed. May be called several times, by any thread.
-    virtual Result<RowSourcePointer> rows(std::size_t frame, int eighths) const = 0;
+    /// Starts decoding `frame` (an index into frames()) as it is stored, before its quarter turns, with both
+    /// sides divided by 2^`halvings`, which is 0 to maxHalvings. Each side of the result has
+    /// ceil(side / 2^halvings) pixels, and pixel i covers the interval [i, i + 1) * 2^halvings of the full
+    /// picture. The rows stay valid after the decoder is destroyed. May be called several times, by any
+    /// thread.
+    virtual Result<RowSourcePointer> rows(std::size_t frame, int halvings) const = 0;
 
     /// The EXIF block of the file, which begins with the TIFF header ("MM" or "II"); empty if there is none.
     virtual Result<Bytes> exif() const { return Bytes{}; }
+
+    /// What the main picture may be only a part of. May read the whole file.
+    virtual FileContents contents() const { return {}; }
 
     /// The colour table of an indexed picture: red, green and blue of each colour; empty if there is none.
     virtual Result<Bytes> colorTable() const { return Bytes{}; }

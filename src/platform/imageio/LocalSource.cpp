@@ -37,8 +37,6 @@ struct KeptPixels {
     PixelBuffer pixels;
 };
 
-Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
-
 } // namespace
 
 LocalSource::LocalSource(std::unique_ptr<ImageDecoder> decoder, std::shared_ptr<const ByteReader> file)
@@ -60,18 +58,18 @@ std::shared_ptr<Source> Source::clear(std::uint32_t width, std::uint32_t height)
 
 std::uint64_t LocalSource::decodesStarted() { return startedDecodes; }
 
-Result<RowSourcePointer> LocalSource::decode(std::size_t frame, int eighths) const {
+Result<RowSourcePointer> LocalSource::decode(std::size_t frame, int halvings) const {
     ++startedDecodes;
-    return decoder_->rows(frame, eighths);
+    return decoder_->rows(frame, halvings);
 }
 
-Result<RowSourcePointer> LocalSource::rows(std::size_t frame, int eighths) {
+Result<RowSourcePointer> LocalSource::rows(std::size_t frame, int halvings) {
     if (!keepsPixels(frame))
-        return decode(frame, eighths);
+        return decode(frame, halvings);
     const std::lock_guard lock(mutex_);
     if (kept_[frame] == nullptr)
         kept_[frame] = TRY(decodeToKeep(frame));
-    return kept_[frame] ? rowsOfPixels(kept_[frame]) : decode(frame, 8);
+    return kept_[frame] ? rowsOfPixels(kept_[frame]) : decode(frame, 0);
 }
 
 Result<std::shared_ptr<const PixelBuffer>> LocalSource::decodeToKeep(std::size_t frame) const {
@@ -81,7 +79,7 @@ Result<std::shared_ptr<const PixelBuffer>> LocalSource::decodeToKeep(std::size_t
     std::optional<MemoryReservation> memory = budgetForKeptPictures().tryReserve(format.bytes());
     if (!memory)
         return std::shared_ptr<const PixelBuffer>();
-    RowSourcePointer decoded = TRY(decode(frame, 8));
+    RowSourcePointer decoded = TRY(decode(frame, 0));
     PixelBuffer pixels = TRY(readAllRows(*decoded));
     const auto kept = std::make_shared<const KeptPixels>(KeptPixels{*std::move(memory), std::move(pixels)});
     return std::shared_ptr<const PixelBuffer>(kept, &kept->pixels);
@@ -98,6 +96,8 @@ Result<Bytes> LocalSource::property(const Picture& picture, PictureProperty prop
         return decoder_->exif();
     case PictureProperty::colorTable:
         return decoder_->colorTable();
+    case PictureProperty::contents:
+        return bytesOf(decoder_->contents());
     default:
         const std::optional<ColorProfile> profile = picture.profile();
         return profile ? copied(profile->bytes()) : Bytes();

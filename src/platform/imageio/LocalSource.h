@@ -24,9 +24,10 @@ public:
     /// Whether the pixels of a frame are in memory.
     bool holdsPixels(std::size_t frame);
 
-    /// The rows of a frame, decoded at `eighths` eighths of its size; must be 8 if keepsPixels(frame). The
-    /// caller must have reserved the memory that decoding needs (see FrameDescription::heldBytes).
-    Result<RowSourcePointer> rows(std::size_t frame, int eighths);
+    /// The rows of a frame, decoded at 1 / 2^`halvings` of its size; `halvings` must be 0 if
+    /// keepsPixels(frame). The caller must have reserved the memory that decoding needs (see
+    /// FrameDescription::heldBytes).
+    Result<RowSourcePointer> rows(std::size_t frame, int halvings);
 
     std::optional<Failure> damage() const override { return decoder_->damage(); }
     Result<Bytes> property(const Picture& picture, PictureProperty property) const override;
@@ -38,7 +39,7 @@ public:
     static std::uint64_t decodesStarted();
 
 private:
-    Result<RowSourcePointer> decode(std::size_t frame, int eighths) const;
+    Result<RowSourcePointer> decode(std::size_t frame, int halvings) const;
     /// Decodes the frame and keeps its pixels if there is memory for them; else gives null.
     Result<std::shared_ptr<const PixelBuffer>> decodeToKeep(std::size_t frame) const;
 

@@ -72,4 +72,11 @@ std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<
     return std::holds_alternative<IntoSRGB>(step) && profile ? ColorProfile::sRGB() : std::move(profile);
 }
 
+Result<FileContents> contentsOf(const std::shared_ptr<Source>& source) {
+    const Bytes bytes = TRY(source->property({source, 0, {}}, PictureProperty::contents));
+    if (const std::optional<FileContents> contents = contentsIn(bytes))
+        return *contents;
+    return Failure{Reason::malformed, "the decoder described the contents wrongly"};
+}
+
 } // namespace kestrine

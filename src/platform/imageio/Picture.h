@@ -16,7 +16,7 @@ struct Output;
 struct Picture;
 
 /// A property that a file has beside its pixels.
-enum class PictureProperty : std::uint8_t { profile, exif, colorTable };
+enum class PictureProperty : std::uint8_t { profile, exif, colorTable, contents };
 
 /// A question that the header of a file does not answer, such as the orientation that one reader finds. It
 /// reads only `file`, in the process that decodes that file.
@@ -46,7 +46,7 @@ public:
     virtual std::optional<Failure> damage() const = 0;
 
     /// A property of `picture`, which is of this source: the ICC profile of the result of its steps, or the
-    /// EXIF block or colour table of the file. Empty if there is none.
+    /// EXIF block, colour table or FileContents (see contentsOf()) of the file. Empty if there is none.
     virtual Result<Bytes> property(const Picture& picture, PictureProperty property) const = 0;
     virtual Result<Bytes> answer(FileQuestion question) const = 0;
 
@@ -116,6 +116,9 @@ struct Picture {
     bool wasTurned() const;
     Picture with(PictureStep step) const;
 };
+
+/// What the main picture of `source` may be only a part of. May read the whole file. Any thread.
+Result<FileContents> contentsOf(const std::shared_ptr<Source>& source);
 
 /// The profile after `step` of pixels that had `profile` before it.
 std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<ColorProfile> profile);

@@ -56,11 +56,11 @@ public:
 
     Result<RowSourcePointer> build() {
         RowPlan plan = planRows(picture_);
-        const int eighths = chooseEighths(plan);
+        const int halvings = halve(plan);
         const bool isDecoded = source_.holdsPixels(picture_.frame);
         memory_ = TRY(
             budgetForHeldPictures().reserve(bytesToHold(picture_, keeps16Bits_, isDecoded, holdsResult_)));
-        RowSourcePointer rows = TRY(source_.rows(picture_.frame, eighths));
+        RowSourcePointer rows = TRY(source_.rows(picture_.frame, halvings));
         const bool isCostly = !picture_.description().isUncompressed && !source_.holdsPixels(picture_.frame);
         RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(rows)) : std::move(rows);
         for (std::size_t i = 0; i < plan.steps.size(); ++i)
@@ -73,17 +73,18 @@ public:
     }
 
 private:
-    /// If the first step is a reduction, lets the decoder do a part of it and adapts the step.
-    int chooseEighths(RowPlan& plan) const {
-        if (plan.steps.empty() || !picture_.description().canReduce || source_.keepsPixels(picture_.frame))
-            return 8;
+    /// If the first step is a reduction, lets the decoder do a part of it and adapts the step. Returns how
+    /// often the decoder halves the sides.
+    int halve(RowPlan& plan) const {
+        if (plan.steps.empty() || source_.keepsPixels(picture_.frame))
+            return 0;
         auto* first = std::get_if<Resampling>(&plan.steps.front());
         if (first == nullptr)
-            return 8;
-        const int eighths = decodingEighths(*first);
-        first->x = first->x.fromEighths(eighths);
-        first->y = first->y.fromEighths(eighths);
-        return eighths;
+            return 0;
+        const int halvings = decodingHalvings(*first, picture_.description().maxHalvings);
+        first->x = first->x.afterHalvings(halvings);
+        first->y = first->y.afterHalvings(halvings);
+        return halvings;
     }
 
     RowSourcePointer addStep(RowSourcePointer rows, const PictureStep& step, bool isLast) {
@@ -169,8 +170,8 @@ Result<Bytes> encodedToFit(RowSource& rows, const OutputFormat& format, Encoding
 
 RowPlan planRows(const Picture& picture) {
     RowPlan plan;
-    std::uint32_t width = picture.description().format.width;
-    std::uint32_t height = picture.description().format.height;
+    plan.quarterTurns = picture.description().quarterTurns;
+    auto [width, height] = picture.description().storedSides();
     for (const PictureStep& step : picture.steps) {
         if (const auto* turn = std::get_if<QuarterTurn>(&step)) {
             plan.quarterTurns = (plan.quarterTurns + (*turn == QuarterTurn::clockwise ? 1 : 3)) % 4;
@@ -207,13 +208,13 @@ std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecod
            + (isDecoded ? 0 : picture.description().heldBytes);
 }
 
-int decodingEighths(const Resampling& resampling) {
+int decodingHalvings(const Resampling& resampling, int maxHalvings) {
     const double needed = resampling.filter == ResampleFilter::lanczos ? 2.35 : 2;
     const double reduction = 1 / std::max(resampling.x.scale, resampling.y.scale);
-    for (const int eighths : {1, 2, 4})
-        if (reduction * eighths / 8 >= needed)
-            return eighths;
-    return 8;
+    int halvings = maxHalvings;
+    while (halvings > 0 && std::ldexp(reduction, -halvings) < needed)
+        --halvings;
+    return halvings;
 }
 
 Result<Bytes> render(const Picture& picture, const Output& output) {

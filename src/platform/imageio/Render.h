@@ -49,9 +49,9 @@ struct RowPlan {
 };
 RowPlan planRows(const Picture& picture);
 
-/// The smallest of 1, 2, 4 and 8 eighths at which the source may be decoded for `resampling`. Along the axis
+/// How often the sides of the source may be halved while it is decoded for `resampling`. Along the axis
 /// that is reduced least, the filter must still reduce by at least 2.35 (lanczos; the result then differs
 /// from that of a full decode by 52 dB) or 2 (triangle).
-int decodingEighths(const Resampling& resampling);
+int decodingHalvings(const Resampling& resampling, int maxHalvings);
 
 } // namespace kestrine

@@ -12,6 +12,7 @@ struct Decoded {
     std::vector<FrameDescription> frames;
     PixelBuffer pixels; ///< of the requested frame
     Bytes exif, colorTable;
+    FileContents contents;
 
     const FrameDescription& frame() const { return frames.front(); }
 };
@@ -23,13 +24,14 @@ inline Result<Decoded> decode(const ImageCodec& codec, const Bytes& file, std::s
     Result<std::unique_ptr<ImageDecoder>> decoder = codec.open(readerOfBytes(file));
     if (!decoder)
         return decoder.failure();
-    Result<RowSourcePointer> rows = (*decoder)->rows(frame, 8);
+    Result<RowSourcePointer> rows = (*decoder)->rows(frame, 0);
     if (!rows)
         return rows.failure();
     Result<PixelBuffer> pixels = readAllRows(**rows);
     if (!pixels)
         return pixels.failure();
-    return Decoded{(*decoder)->frames(), std::move(*pixels), *(*decoder)->exif(), *(*decoder)->colorTable()};
+    return Decoded{(*decoder)->frames(), std::move(*pixels), *(*decoder)->exif(), *(*decoder)->colorTable(),
+                   (*decoder)->contents()};
 }
 
 /// decode() for files that must be readable.
@@ -37,7 +39,7 @@ inline Decoded decodeSound(const ImageCodec& codec, const Bytes& file, std::size
     Result<Decoded> decoded = decode(codec, file, frame);
     if (!decoded) {
         ADD_FAILURE() << "not decoded: " << decoded.failure().text;
-        return {{FrameDescription{}}, {}, {}, {}};
+        return {{FrameDescription{}}, {}, {}, {}, {}};
     }
     return std::move(*decoded);
 }

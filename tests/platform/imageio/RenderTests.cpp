@@ -31,14 +31,36 @@ PixelBuffer turnedClockwise(const PixelBuffer& source) {
     });
 }
 
+/// A file whose rows are to be turned after decoding.
+class TurnedFile final : public ImageDecoder {
+public:
+    TurnedFile(PixelBuffer stored, int quarterTurns)
+        : stored_(std::make_shared<const PixelBuffer>(std::move(stored))) {
+        RowFormat format = stored_->format;
+        if (quarterTurns % 2 != 0)
+            std::swap(format.width, format.height);
+        frames_.push_back({.format = format, .quarterTurns = quarterTurns});
+    }
+
+    Result<RowSourcePointer> rows(std::size_t, int) const override { return rowsOfPixels(stored_); }
+
+private:
+    const std::shared_ptr<const PixelBuffer> stored_;
+};
+
+std::shared_ptr<LocalSource> turnedSource(const PixelBuffer& stored, int quarterTurns) {
+    return std::make_shared<LocalSource>(std::make_unique<TurnedFile>(stored, quarterTurns),
+                                         readerOfBytes({}));
+}
+
 /// A JPEG of a photo, which can be decoded at a reduced size.
 std::shared_ptr<LocalSource> jpegSource(std::uint32_t width, std::uint32_t height) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto(photoFormat(width, height))));
     return *LocalSource::open(readerOfBytes(*jpeg::encode(*rows, {.quality = 1})));
 }
 
-PixelBuffer decodedAt(const std::shared_ptr<LocalSource>& source, int eighths) {
-    return *readAllRows(**source->rows(0, eighths));
+PixelBuffer decodedAt(const std::shared_ptr<LocalSource>& source, int halvings) {
+    return *readAllRows(**source->rows(0, halvings));
 }
 
 /// Cuts 11 and 23 pixels off 403 x 301 and reduces the rest.
@@ -49,20 +71,21 @@ Resampling reductionOfAPart(double factor) {
     return {map(403, 11), map(301, 23), ResampleFilter::lanczos, Light::linear};
 }
 
-/// The same for a source decoded at `eighths` eighths of its size.
-Resampling ofReduced(Resampling resampling, int eighths) {
+/// The same for a source whose sides were halved that often.
+Resampling ofReduced(Resampling resampling, int halvings) {
+    const double part = 1.0 / (1 << halvings);
     for (AxisMap* map : {&resampling.x, &resampling.y}) {
-        map->scale /= eighths / 8.0;
-        map->offset *= eighths / 8.0;
+        map->scale /= part;
+        map->offset *= part;
     }
     return resampling;
 }
 
 struct ReductionCase {
     double factor;
-    int eighths;
+    int halvings;
 };
-constexpr ReductionCase reductions[] = {{3, 8}, {5, 4}, {10, 2}, {20, 1}};
+constexpr ReductionCase reductions[] = {{3, 0}, {5, 1}, {10, 2}, {20, 3}};
 
 const Resampling half = {{0.5, 0, 10}, {0.5, 1, 14}, ResampleFilter::lanczos, Light::linear};
 
@@ -101,6 +124,19 @@ TEST(Render, oppositeTurnsCancelEachOther) {
     const auto source = sourceOf(makePhoto(photoFormat(7, 5)));
     for (const auto& [steps, turned] : rows)
         EXPECT_EQ((Picture{source, 0, steps}.wasTurned()), turned) << steps.size() << " steps";
+}
+
+TEST(Render, turnsThatTheFileAsksForAreDoneWithoutBeingSteps) {
+    const PixelBuffer stored = makePhoto(photoFormat(20, 30));
+    PixelBuffer shown = stored;
+    for (int turns = 0; turns < 4; ++turns, shown = turnedClockwise(shown)) {
+        const Picture asStored{sourceOf(shown), 0, {half, QuarterTurn::clockwise}};
+        const Picture turned{turnedSource(stored, turns), 0, {half, QuarterTurn::clockwise}};
+        EXPECT_EQ(turned.description().format, shown.format);
+        EXPECT_TRUE(samePicture(*readPixels({turned.source, 0, {}}), shown)) << turns << " turns";
+        EXPECT_TRUE(samePicture(*readPixels(turned), *readPixels(asStored), 1)) << turns << " turns";
+        EXPECT_FALSE((Picture{turned.source, 0, {}}.wasTurned()));
+    }
 }
 
 TEST(Render, scalingATurnedPictureEqualsTurningFirstForEveryTurn) {
@@ -272,33 +308,36 @@ TEST(Render, aResultWithoutPixelsOrWithTooManyIsRefusedBeforeDecoding) {
 }
 
 TEST(Render, theReducedDecodeLeavesEnoughPixelsForTheFilter) {
-    const auto eighthsFor = [](double reduction, ResampleFilter filter) {
-        return decodingEighths({{1 / reduction, 0, 1}, {1 / reduction, 0, 1}, filter, Light::linear});
+    const auto halvingsFor = [](double reduction, ResampleFilter filter, int max = 3) {
+        return decodingHalvings({{1 / reduction, 0, 1}, {1 / reduction, 0, 1}, filter, Light::linear}, max);
     };
-    EXPECT_EQ(eighthsFor(4.69, ResampleFilter::lanczos), 8);
-    EXPECT_EQ(eighthsFor(4.71, ResampleFilter::lanczos), 4);
-    EXPECT_EQ(eighthsFor(9.41, ResampleFilter::lanczos), 2);
-    EXPECT_EQ(eighthsFor(18.9, ResampleFilter::lanczos), 1);
-    EXPECT_EQ(eighthsFor(3.99, ResampleFilter::triangle), 8);
-    EXPECT_EQ(eighthsFor(4.01, ResampleFilter::triangle), 4);
-    EXPECT_EQ(eighthsFor(0.5, ResampleFilter::triangle), 8);
-    EXPECT_EQ(decodingEighths({{0.1, 0, 1}, {0.9, 0, 1}, ResampleFilter::lanczos, Light::linear}), 8)
+    EXPECT_EQ(halvingsFor(4.69, ResampleFilter::lanczos), 0);
+    EXPECT_EQ(halvingsFor(4.71, ResampleFilter::lanczos), 1);
+    EXPECT_EQ(halvingsFor(9.41, ResampleFilter::lanczos), 2);
+    EXPECT_EQ(halvingsFor(18.9, ResampleFilter::lanczos), 3);
+    EXPECT_EQ(halvingsFor(100, ResampleFilter::lanczos), 3);
+    EXPECT_EQ(halvingsFor(100, ResampleFilter::lanczos, 0), 0);
+    EXPECT_EQ(halvingsFor(100, ResampleFilter::lanczos, 9), 5);
+    EXPECT_EQ(halvingsFor(3.99, ResampleFilter::triangle), 0);
+    EXPECT_EQ(halvingsFor(4.01, ResampleFilter::triangle), 1);
+    EXPECT_EQ(halvingsFor(0.5, ResampleFilter::triangle), 0);
+    EXPECT_EQ(decodingHalvings({{0.1, 0, 1}, {0.9, 0, 1}, ResampleFilter::lanczos, Light::linear}, 3), 0)
         << "the axis that is reduced least decides";
 }
 
 TEST(Render, aReductionUsesTheReducedDecodeThatItsFactorAllows) {
     const auto source = jpegSource(403, 301);
-    for (const auto& [factor, eighths] : reductions) {
+    for (const auto& [factor, halvings] : reductions) {
         const Resampling reduction = reductionOfAPart(factor);
-        const Picture fromReduced{sourceOf(decodedAt(source, eighths)), 0, {ofReduced(reduction, eighths)}};
+        const Picture fromReduced{sourceOf(decodedAt(source, halvings)), 0, {ofReduced(reduction, halvings)}};
         EXPECT_TRUE(samePicture(*readPixels({source, 0, {reduction}}), *readPixels(fromReduced))) << factor;
     }
 }
 
 TEST(Render, aReducedDecodeGivesNearlyTheSamePictureAsAFullOne) {
     const auto source = jpegSource(403, 301);
-    const auto full = sourceOf(decodedAt(source, 8));
-    for (const auto& [factor, eighths] : reductions)
+    const auto full = sourceOf(decodedAt(source, 0));
+    for (const auto& [factor, halvings] : reductions)
         for (const QuarterTurn turn : {QuarterTurn::clockwise, QuarterTurn::counterclockwise}) {
             const std::vector<PictureStep> steps = {reductionOfAPart(factor), turn};
             EXPECT_TRUE(samePicture(*readPixels({source, 0, steps}), *readPixels({full, 0, steps}), 5))
@@ -308,7 +347,7 @@ TEST(Render, aReducedDecodeGivesNearlyTheSamePictureAsAFullOne) {
 
 TEST(Render, theDecodeIsFullWhenAnotherStepComesFirstOrPixelsAreKept) {
     const auto source = jpegSource(403, 301);
-    const auto full = sourceOf(decodedAt(source, 8));
+    const auto full = sourceOf(decodedAt(source, 0));
     const std::vector<PictureStep> steps = {Fade{1}, reductionOfAPart(20)};
     EXPECT_TRUE(samePicture(*readPixels({source, 0, steps}), *readPixels({full, 0, steps})));
     source->keepPixels();

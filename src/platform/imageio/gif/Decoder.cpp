@@ -5,6 +5,7 @@
 #include "platform/imageio/ForwardReader.h"
 #include "platform/imageio/HeldReader.h"
 #include "platform/imageio/gif/CodeCheck.h"
+#include "platform/imageio/gif/PictureCount.h"
 
 #include <algorithm>
 #include <array>
@@ -299,6 +300,11 @@ public:
     }
 
     Result<Bytes> colorTable() const override { return colors_; }
+
+    FileContents contents() const override {
+        const std::uint32_t count = countPictures(reader_);
+        return count > 1 ? FileContents{FileContents::Kind::animation, count} : FileContents{};
+    }
 
 private:
     Result<std::unique_ptr<Stream>> streamAtPixels() const {

@@ -52,7 +52,8 @@ public:
         return std::unique_ptr<ImageDecoder>(std::move(decoder));
     }
 
-    Result<RowSourcePointer> rows(std::size_t frame, int eighths) const override {
+    Result<RowSourcePointer> rows(std::size_t frame, int halvings) const override {
+        const int eighths = 8 >> halvings;
         const RowFormat format = frames_[frame].format;
         std::unique_ptr<ForeignConverter> inks = isCMYK_ ? inkConverter() : nullptr;
         if (std::unique_ptr<LibraryReader> file = file_.take())
@@ -106,7 +107,7 @@ private:
         frame.resolution = resolutionOf(info, facts);
         frame.orientation = facts.orientation;
         frame.profile = profileOf(header, frame.format.model, facts);
-        frame.canReduce = true;
+        frame.maxHalvings = 3;
         frames_.push_back(frame);
         return {};
     }

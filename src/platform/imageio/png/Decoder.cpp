@@ -23,16 +23,17 @@ constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', '\r', '\
 /// Deflate cannot shrink data by more than this factor.
 constexpr std::uint64_t maximumDeflateRatio = 1032;
 constexpr std::uint64_t maximumExifBytes = 1 << 20;
+constexpr std::string_view exifName = "eXIf", animationName = "acTL";
 
-/// The content of the eXIf chunk; empty when there is none. Searches the chunks from `position` on, up to the
-/// pixels or, if `passesPixels`, up to the last chunk.
-Bytes exifChunk(const ByteReader& reader, std::uint64_t position, bool passesPixels) {
+/// The content of the first chunk called `wanted`; empty when there is none. Searches the chunks from
+/// `position` on, up to the pixels or, if `passesPixels`, up to the last chunk.
+Bytes chunk(const ByteReader& reader, std::string_view wanted, std::uint64_t position, bool passesPixels) {
     constexpr int maximumChunks = 1 << 20;
     std::array<std::uint8_t, 8> head;
     for (int i = 0; i < maximumChunks && reader.readAt(position, head) == head.size(); ++i) {
         const std::uint64_t length = bigEndian(std::span(head).first(4));
         const std::string_view name(reinterpret_cast<const char*>(head.data()) + 4, 4);
-        if (name == "eXIf" && length <= maximumExifBytes && position + 8 + length <= reader.size()) {
+        if (name == wanted && length <= maximumExifBytes && position + 8 + length <= reader.size()) {
             Bytes block(length);
             return reader.readAt(position + 8, block) == length ? block : Bytes{};
         }
@@ -131,7 +132,7 @@ class Decoder final : public ImageDecoder {
 public:
     /// The header of `file` must have been read.
     Decoder(std::shared_ptr<const ByteReader> reader, std::unique_ptr<LibraryReader> file)
-        : reader_(std::move(reader)), exifBeforePixels_(exifChunk(*reader_, signature.size(), false)),
+        : reader_(std::move(reader)), exifBeforePixels_(chunk(*reader_, exifName, signature.size(), false)),
           offsetOfPixels_(file->offsetOfPixels()), colorTable_(storedColorTable(*file)) {
         const RowFormat format = file->format();
         const ExifFacts exif = readExifFacts(exifBeforePixels_);
@@ -157,10 +158,19 @@ public:
     }
 
     Result<Bytes> exif() const override {
-        return exifBeforePixels_.empty() ? exifChunk(*reader_, offsetOfPixels_, true) : exifBeforePixels_;
+        return exifBeforePixels_.empty() ? chunk(*reader_, exifName, offsetOfPixels_, true)
+                                         : exifBeforePixels_;
     }
 
     Result<Bytes> colorTable() const override { return colorTable_; }
+
+    /// An animation announces itself, with the number of its frames, before the pixels.
+    FileContents contents() const override {
+        const Bytes control = chunk(*reader_, animationName, signature.size(), false);
+        const std::uint64_t frames = control.size() == 8 ? bigEndian(ByteView(control).first(4)) : 1;
+        return frames > 1 ? FileContents{FileContents::Kind::animation, static_cast<std::uint32_t>(frames)}
+                          : FileContents{};
+    }
 
 private:
     Result<std::unique_ptr<LibraryReader>> fileAtPixels() const {

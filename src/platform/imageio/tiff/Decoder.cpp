@@ -38,6 +38,7 @@ public:
         for (const ListedPage& place : listed) {
             if (Result<void> read = readPage(structure, place); !read && pages_.empty())
                 return read;
+            pictures_ += place.isCopy ? 0 : 1;
         }
         return {};
     }
@@ -55,6 +56,10 @@ public:
     Result<Bytes> exif() const override { return exif_; }
 
     Result<Bytes> colorTable() const override { return pages_.front()->colors; }
+
+    FileContents contents() const override {
+        return pictures_ > 1 ? FileContents{FileContents::Kind::pages, pictures_} : FileContents{};
+    }
 
 private:
     Input input() const { return {reader_, damage_}; }
@@ -96,6 +101,7 @@ private:
 
     const std::shared_ptr<const ByteReader> reader_;
     std::uint64_t profileBytes_ = 0;                 ///< of all pages that were read
+    std::uint32_t pictures_ = 0;                     ///< pages that are not copies, decodable or not
     Bytes exif_;                                     ///< of frame 0
     mutable HeldReader<File> mainFile_;              ///< at the page of frame 0
     std::vector<std::shared_ptr<const Page>> pages_; ///< by frame

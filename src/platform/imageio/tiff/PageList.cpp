@@ -76,9 +76,9 @@ public:
         const bool holdsOnlyCopies = pages.empty();
         for (const Candidate& candidate : all_)
             if (candidate.role == Role::copy && (!candidate.isSubPage() || holdsOnlyCopies))
-                pages.push_back(candidate.page);
+                pages.push_back({candidate.page.directory, candidate.page.parent, true});
         if (holdsOnlyCopies) {
-            const auto largest = std::ranges::find(pages, largestCopy());
+            const auto largest = std::ranges::find(pages, largestCopy(), &ListedPage::directory);
             std::rotate(pages.begin(), largest, largest + 1);
         }
         return pages;
@@ -134,11 +134,11 @@ private:
         });
     }
 
-    const ListedPage& largestCopy() const {
+    std::uint64_t largestCopy() const {
         const auto sizeOfCopy = [](const Candidate& candidate) {
             return candidate.role == Role::copy ? candidate.pixels() + 1 : 0;
         };
-        return std::ranges::max_element(all_, {}, sizeOfCopy)->page;
+        return std::ranges::max_element(all_, {}, sizeOfCopy)->page.directory;
     }
 
     const Structure& file_;

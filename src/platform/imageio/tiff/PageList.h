@@ -9,6 +9,7 @@ namespace kestrine::tiff {
 struct ListedPage {
     std::uint64_t directory = 0; ///< where it begins in the file
     std::uint64_t parent = 0;    ///< the directory of a sub-page's page; 0 for a page
+    bool isCopy = false;         ///< reduced
 
     bool operator==(const ListedPage&) const = default;
 };

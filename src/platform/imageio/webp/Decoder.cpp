@@ -55,6 +55,8 @@ public:
         return {};
     }
 
+    std::uint32_t frameCount() const { return number(WEBP_FF_FRAME_COUNT); }
+
     /// The content of the first chunk called `name`; empty when there is none.
     Bytes chunk(const char (&name)[5]) const {
         WebPChunkIterator found{};
@@ -124,7 +126,8 @@ std::optional<ColorProfile> storedProfile(const File& file, const ExifFacts& exi
 class Decoder final : public ImageDecoder {
 public:
     Decoder(const Functions& library, std::shared_ptr<const Bytes> bytes, const File& file)
-        : library_(library), bytes_(std::move(bytes)), exif_(exifBlock(file)) {
+        : library_(library), bytes_(std::move(bytes)), exif_(exifBlock(file)),
+          frameCount_(file.frameCount()) {
         const ExifFacts facts = readExifFacts(exif_);
         const RowFormat format = file.format();
         frames_.push_back({.format = format,
@@ -140,10 +143,15 @@ public:
 
     Result<Bytes> exif() const override { return exif_; }
 
+    FileContents contents() const override {
+        return frameCount_ > 1 ? FileContents{FileContents::Kind::animation, frameCount_} : FileContents{};
+    }
+
 private:
     const Functions& library_;
     const std::shared_ptr<const Bytes> bytes_;
     const Bytes exif_;
+    const std::uint32_t frameCount_;
 };
 
 bool recognises(ByteView head) {

@@ -188,8 +188,6 @@ void write(MessageWriter& writer, const OutputOrder& output) {
     writer.add(output.maxBytes);
 }
 
-Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
-
 OutputOrder outputIn(MessageReader& reader) {
     OutputOrder output;
     output.type = reader.enumerator(FileType::gif);
@@ -237,7 +235,7 @@ OpenFile openFileIn(MessageReader& reader) {
 
 ReadProperty readPropertyIn(MessageReader& reader) {
     Recipe picture = recipeIn(reader);
-    return {std::move(picture), reader.enumerator(PictureProperty::colorTable)};
+    return {std::move(picture), reader.enumerator(PictureProperty::contents)};
 }
 
 RenderFile renderFileIn(MessageReader& reader) {
@@ -287,8 +285,9 @@ Failure failureIn(MessageReader& reader) {
 void write(MessageWriter& writer, const FrameDescription& frame) {
     write(writer, frame.format);
     write(writer, frame.resolution);
-    writer.add(frame.canReduce);
+    writer.add(static_cast<std::uint8_t>(frame.quarterTurns));
     writer.add(static_cast<std::uint8_t>(frame.orientation));
+    writer.add(static_cast<std::uint8_t>(frame.maxHalvings));
     writer.add(frame.isUncompressed);
     writer.add(std::uint32_t{frame.storedBitsPerPixel});
     writer.add(frame.heldBytes);
@@ -301,9 +300,11 @@ FrameDescription frameIn(MessageReader& reader) {
     // The resolutions that plausibleResolution() gives.
     reader.refuseUnless(isWithin(frame.resolution.horizontal, 1, 100'000)
                         && isWithin(frame.resolution.vertical, 1, 100'000));
-    frame.canReduce = reader.flag();
+    frame.quarterTurns = reader.number<std::uint8_t>();
     frame.orientation = reader.number<std::uint8_t>();
-    reader.refuseUnless(frame.orientation >= 1 && frame.orientation <= 8);
+    frame.maxHalvings = reader.number<std::uint8_t>();
+    reader.refuseUnless(frame.quarterTurns < 4 && frame.maxHalvings <= 32 && frame.orientation >= 1
+                        && frame.orientation <= 8);
     frame.isUncompressed = reader.flag();
     frame.storedBitsPerPixel = reader.number<std::uint32_t>();
     frame.heldBytes = reader.number<std::uint64_t>();

@@ -37,8 +37,6 @@ Recipe recipeOf(const Picture& picture) {
     return recipe;
 }
 
-Bytes copied(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
-
 OutputOrder orderOf(const Output& output) {
     OutputOrder order{.type = output.type,
                       .quality = output.options.quality,

@@ -171,7 +171,7 @@ TEST(GIFDecoder, rowsCanBeReadAgainAndOutliveTheDecoder) {
     const GIFFile recipe{.interlaced = true, .transparent = 0};
     Result<std::unique_ptr<ImageDecoder>> decoder = gif::codec.open(readerOfBytes(recipe.make()));
     ASSERT_TRUE(decoder.ok());
-    Result<RowSourcePointer> first = (*decoder)->rows(0, 8), second = (*decoder)->rows(0, 8);
+    Result<RowSourcePointer> first = (*decoder)->rows(0, 0), second = (*decoder)->rows(0, 0);
     ASSERT_TRUE(first.ok() && second.ok());
     decoder->reset();
     const PixelBuffer picture = *readAllRows(**first);
@@ -230,7 +230,7 @@ TEST(GIFDecoder, aPictureThatTheFileCannotHoldIsRefusedAtOnce) {
     std::ranges::copy(size, file.begin() + static_cast<std::ptrdiff_t>(descriptor + 5));
     Result<std::unique_ptr<ImageDecoder>> decoder = gif::codec.open(readerOfBytes(file));
     ASSERT_TRUE(decoder.ok());
-    EXPECT_EQ((*decoder)->rows(0, 8).failure().reason, Reason::truncated);
+    EXPECT_EQ((*decoder)->rows(0, 0).failure().reason, Reason::truncated);
 }
 
 TEST(GIFDecoder, anInvalidCodeSizeIsRefused) {
@@ -248,6 +248,23 @@ TEST(GIFDecoder, onlyTheTwoVersionsOfGIFAreRecognised) {
     EXPECT_TRUE(recognises("GIF89a and more"));
     for (const char* other : {"", "GIF89", "GIF88a", "GIF89b", "gif89a", "\x89PNG\r\n"})
         EXPECT_FALSE(recognises(other)) << other;
+}
+
+TEST(GIFDecoder, anAnimationTellsHowManyFramesItHas) {
+    EXPECT_EQ(decodeSound(gif::codec, GIFFile{}.make()).contents, FileContents{});
+    GIFFile recipe;
+    recipe.after = [](GifFileType* file) {
+        for (int frame = 0; frame < 3; ++frame) {
+            addTransparency(file, 1);
+            GifPixelType row[] = {0, 1, 2};
+            EGifPutImageDesc(file, 0, 0, 3, 1, false, nullptr);
+            EGifPutLine(file, row, 3);
+        }
+    };
+    const Bytes file = recipe.make();
+    EXPECT_EQ(decodeSound(gif::codec, file).contents, (FileContents{FileContents::Kind::animation, 4}));
+    const Bytes cutOff(file.begin(), file.end() - 4);
+    EXPECT_EQ(decodeSound(gif::codec, cutOff).contents, (FileContents{FileContents::Kind::animation, 3}));
 }
 
 } // namespace kestrine::testing

@@ -73,8 +73,8 @@ TEST(JPEGDecoder, cmykIsInvertedIfThereIsAnAdobeSegment) {
 
 TEST(JPEGDecoder, reducedDecodingRoundsSidesUp) {
     const auto decoder = *jpeg::codec.open(readerOfBytes(jpegOf(makePhoto({61, 43}))));
-    for (const auto& [eighths, width, height] : {std::tuple{1, 8U, 6U}, {2, 16U, 11U}, {4, 31U, 22U}}) {
-        const RowSourcePointer rows = *decoder->rows(0, eighths);
+    for (const auto& [halvings, width, height] : {std::tuple{3, 8U, 6U}, {2, 16U, 11U}, {1, 31U, 22U}}) {
+        const RowSourcePointer rows = *decoder->rows(0, halvings);
         EXPECT_EQ(rows->format().width, width);
         EXPECT_EQ(rows->format().height, height);
         EXPECT_TRUE(readAllRows(*rows).ok());

@@ -338,7 +338,7 @@ TEST(PNGDecoder, transparencyInADamagedChunkIsLostAndReported) {
     for (const bool isDamaged : {false, true}) {
         *(chunk + 4) ^= isDamaged;
         const auto decoder = *png::codec.open(readerOfBytes(file));
-        EXPECT_TRUE(decoder->rows(0, 8).ok());
+        EXPECT_TRUE(decoder->rows(0, 0).ok());
         EXPECT_EQ(decoder->damage().has_value(), isDamaged);
     }
 }
@@ -358,7 +358,7 @@ TEST(PNGDecoder, aLargeInterlacedPictureIsNotHeldInMemory) {
     const auto decoder = png::codec.open(readerOfBytes(std::move(file)));
     ASSERT_TRUE(decoder.ok());
     EXPECT_EQ((*decoder)->frames().front().heldBytes, 0U);
-    EXPECT_TRUE((*decoder)->rows(0, 8).ok());
+    EXPECT_TRUE((*decoder)->rows(0, 0).ok());
 }
 
 TEST(PNGDecoder, aPictureBeyondTheLimitsIsRefused) {
@@ -372,10 +372,23 @@ TEST(PNGDecoder, aPictureBeyondTheLimitsIsRefused) {
 TEST(PNGDecoder, rowsCanBeReadAgainAndOutliveTheDecoder) {
     auto decoder = png::codec.open(readerOfBytes(indexedFile().make()));
     ASSERT_TRUE(decoder.ok());
-    auto first = (*decoder)->rows(0, 8), second = (*decoder)->rows(0, 8);
+    auto first = (*decoder)->rows(0, 0), second = (*decoder)->rows(0, 0);
     ASSERT_TRUE(first.ok() && second.ok());
     decoder->reset();
     EXPECT_TRUE(samePicture(*readAllRows(**first), *readAllRows(**second)));
+}
+
+TEST(PNGDecoder, anAnimationTellsHowManyFramesItHas) {
+    EXPECT_EQ(decodeSound(png::codec, PNGFile{}.make()).contents, FileContents{});
+    PNGFile recipe;
+    recipe.before = [](png_structp png, png_infop info) {
+        Bytes content{0, 0, 1, 2, 0, 0, 0, 0}; // frames and repetitions
+        png_unknown_chunk chunk{"acTL", content.data(), content.size(), PNG_HAVE_IHDR};
+        png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, nullptr, 0);
+        png_set_unknown_chunks(png, info, &chunk, 1);
+    };
+    EXPECT_EQ(decodeSound(png::codec, recipe.make()).contents,
+              (FileContents{FileContents::Kind::animation, 258}));
 }
 
 } // namespace kestrine::testing

@@ -30,7 +30,7 @@ TIFFRecipe jpegPage() {
 
 std::shared_ptr<Source> decodedSource(const Bytes& file) {
     const auto source = *LocalSource::open(readerOfBytes(file));
-    EXPECT_TRUE(readAllRows(**source->rows(0, 8)).ok());
+    EXPECT_TRUE(readAllRows(**source->rows(0, 0)).ok());
     return source;
 }
 

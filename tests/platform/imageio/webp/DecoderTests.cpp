@@ -136,6 +136,7 @@ TEST(WebPDecoder, theFirstFrameOfAnAnimationIsDecoded) {
     const PixelBuffer second = makePicture(rgb, [](auto, auto, std::size_t) { return 9u; });
     const Decoded decoded =
         decodeSound(webp::codec, animation(33, 21, {{lossless(first), 0, 0}, {lossless(second), 0, 0}}));
+    EXPECT_EQ(decoded.contents, (FileContents{FileContents::Kind::animation, 2}));
     EXPECT_EQ(decoded.frames.size(), 1u);
     EXPECT_TRUE(samePicture(decoded.pixels, first));
 }
@@ -180,7 +181,7 @@ TEST(WebPDecoder, onlyWebPHeadersAreRecognised) {
 TEST(WebPDecoder, rowsCanBeReadAgainAndOutliveTheDecoder) {
     auto decoder = webp::codec.open(readerOfBytes(lossless(makePhoto(rgba))));
     ASSERT_TRUE(decoder.ok());
-    auto first = (*decoder)->rows(0, 8), second = (*decoder)->rows(0, 8);
+    auto first = (*decoder)->rows(0, 0), second = (*decoder)->rows(0, 0);
     ASSERT_TRUE(first.ok() && second.ok());
     decoder->reset();
     EXPECT_TRUE(samePicture(*readAllRows(**first), *readAllRows(**second)));

@@ -53,7 +53,8 @@ FrameDescription frameOf(std::uint32_t width, std::uint32_t height) {
     FrameDescription frame;
     frame.format = {width, height, ColorModel::gray, true, SampleDepth::bits16};
     frame.resolution = {300, 72};
-    frame.canReduce = true;
+    frame.quarterTurns = 3;
+    frame.maxHalvings = 5;
     frame.storedBitsPerPixel = 1;
     frame.heldBytes = 12345;
     return frame;
@@ -131,7 +132,8 @@ TEST(WorkerMessages, carryAResponse) {
     const FrameDescription& frame = received->frames.front();
     EXPECT_EQ(frame.format, response.frames.front().format);
     EXPECT_EQ(frame.resolution, (Resolution{300, 72}));
-    EXPECT_TRUE(frame.canReduce);
+    EXPECT_EQ(frame.quarterTurns, 3);
+    EXPECT_EQ(frame.maxHalvings, 5);
     EXPECT_FALSE(frame.isUncompressed);
     EXPECT_EQ(frame.storedBitsPerPixel, 1u);
     EXPECT_EQ(frame.heldBytes, 12345u);

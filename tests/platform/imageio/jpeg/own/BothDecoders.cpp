@@ -7,9 +7,9 @@ namespace kestrine::testing {
 
 using jpeg::DecoderChoice;
 
-Result<PixelBuffer> decoded(const Bytes& file, DecoderChoice choice, int eighths) {
+Result<PixelBuffer> decoded(const Bytes& file, DecoderChoice choice, int halvings) {
     const std::unique_ptr<ImageDecoder> decoder = TRY(jpeg::openDecoder(readerOfBytes(file), choice));
-    const RowSourcePointer rows = TRY(decoder->rows(0, eighths));
+    const RowSourcePointer rows = TRY(decoder->rows(0, halvings));
     return readAllRows(*rows);
 }
 
@@ -27,9 +27,9 @@ Result<RowSourcePointer> ownRows(std::shared_ptr<const ByteReader> reader, int e
     return jpeg::openBaselineRows(std::move(reader), header, eighths);
 }
 
-::testing::AssertionResult sameWithBoth(const Bytes& file, int eighths) {
-    const Result<PixelBuffer> ours = decoded(file, DecoderChoice::ownFirst, eighths);
-    const Result<PixelBuffer> theirs = decoded(file, DecoderChoice::libraryOnly, eighths);
+::testing::AssertionResult sameWithBoth(const Bytes& file, int halvings) {
+    const Result<PixelBuffer> ours = decoded(file, DecoderChoice::ownFirst, halvings);
+    const Result<PixelBuffer> theirs = decoded(file, DecoderChoice::libraryOnly, halvings);
     if (ours.ok() != theirs.ok())
         return ::testing::AssertionFailure() << "only " << (ours ? "ours" : "the library's") << " succeeds";
     if (!ours)

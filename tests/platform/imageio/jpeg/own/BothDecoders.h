@@ -10,8 +10,8 @@
 
 namespace kestrine::testing {
 
-/// The picture, at `eighths` eighths of its size.
-Result<PixelBuffer> decoded(const Bytes& file, jpeg::DecoderChoice choice, int eighths);
+/// The picture, at 1 / 2^`halvings` of its size.
+Result<PixelBuffer> decoded(const Bytes& file, jpeg::DecoderChoice choice, int halvings);
 
 /// The header, if our own decoder supports it.
 Result<jpeg::FrameHeader> ownHeader(std::shared_ptr<const ByteReader> reader);
@@ -20,7 +20,7 @@ Result<jpeg::FrameHeader> ownHeader(std::shared_ptr<const ByteReader> reader);
 Result<RowSourcePointer> ownRows(std::shared_ptr<const ByteReader> reader, int eighths);
 
 /// Whether both choices give the same picture, or both fail.
-::testing::AssertionResult sameWithBoth(const Bytes& file, int eighths = 8);
+::testing::AssertionResult sameWithBoth(const Bytes& file, int halvings = 0);
 
 /// The result of our own decoder alone: it refuses the header, fails at some row, or decodes the whole
 /// picture.
