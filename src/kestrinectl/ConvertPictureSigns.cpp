@@ -14,10 +14,10 @@ using namespace std::string_view_literals;
 constexpr std::string_view extensions[] = {
     // formats that are read, so that a damaged or empty file does not go unnoticed
     "jpg", "jpeg", "jpe", "jfif", "png", "tif", "tiff", "gif", "bmp", "dib", "pbm", "pgm", "ppm", "pnm",
-    "webp",
+    "webp", "jxl", "jp2", "j2k", "j2c", "jpc", "jpf", "jpx",
     // others
-    "heic", "heif", "hif", "avif", "jxl", "jp2", "j2k", "jpf", "jpx", "psd", "psb", "svg", "svgz", "xcf",
-    "exr", "hdr", "ico", "tga", "pcx", "qoi", "dds", "jxr",
+    "heic", "heif", "hif", "avif", "psd", "psb", "svg", "svgz", "xcf", "exr", "hdr", "ico", "tga", "pcx",
+    "qoi", "dds", "jxr",
     // camera raw
     "dng", "3fr", "arw", "cr2", "cr3", "crw", "dcr", "erf", "fff", "iiq", "k25", "kdc", "mef", "mos", "mrw",
     "nef", "nrw", "orf", "pef", "raf", "rw2", "rwl", "sr2", "srf", "srw", "x3f"};
@@ -35,10 +35,6 @@ constexpr Sign signs[] = {{4, "ftypheic"sv},
                           {4, "ftypavif"sv},
                           {4, "ftypavis"sv},
                           {4, "ftypcrx "sv}, // HEIF, AVIF, camera raw
-                          {0, "\xff\x0a"sv},
-                          {4, "JXL \r\n"sv},
-                          {4, "jP  \r\n"sv},
-                          {0, "\xff\x4f\xff\x51"sv}, // JPEG XL, 2000
                           {0, "8BPS\0"sv},
                           {0, "gimp xcf"sv},
                           {0, "qoif"sv},

@@ -105,7 +105,8 @@ private:
         noteHostility(collector);
         if (image != nullptr && !mayApply(outcome))
             return nullptr;
-        if (!hostility_)
+        const bool mayLoad = image != nullptr || job_.content == nullptr; // a path is tried again
+        if (!hostility_ && mayLoad)
             plan = plannedResult(recipe, file_, image);
         auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
         noteHostility(collector);

@@ -56,6 +56,8 @@ struct JobOutcome {
     Refusal refusal = Refusal::none;     ///< why nothing was written, with `failure`
     std::optional<Failure> trashFailure; ///< why the original to be replaced is still in its place
     std::string trashedPath;             ///< the original's path in the trash; "" when it is not there
+
+    bool hasResult() const { return isWritten || data != nullptr; }
 };
 
 /// Runs the job on this thread and returns one outcome per recipe, in their order. The file is opened once,

@@ -394,6 +394,39 @@ class Properties(ConvertByOptions):
         self.assertGreater(pictures.psnr(numpy.asarray(done), numpy.asarray(expected)), 40)
 
 
+class Streams(ConvertByOptions):
+    def stream(self, *arguments, content=None, status=0):
+        """What the command writes to standard output, and its messages."""
+        content = (self.folder / "a.png").read_bytes() if content is None else content
+        done = self.kestrinectl("convert", *arguments, "-", input=content)
+        self.assertEqual(done.returncode, status, done)
+        return done.stdout, done.stderr.decode()
+
+    def test_a_picture_from_standard_input_becomes_one_on_standard_output(self):
+        for arguments in (("--longest", "30"), ("--format", "jpeg"), ("--longest", "30", "--isolation", "off")):
+            self.convert(*arguments, "--out", "out", "a.png")
+            expected = next((self.folder / "out").iterdir()).read_bytes()
+            shutil.rmtree(self.folder / "out")
+            self.assertEqual(self.stream(*arguments), (expected, ""))
+        self.assertEqual(self.names(), self.before)
+
+    def test_a_preset_is_applied_to_it(self):
+        self.store({"name": "Web", "formatType": JPEG, "resizeType": 2, "maxSize": 30.0, "replaceFile": 1}, selection=[(0, 1)])
+        written, messages = self.stream()
+        self.assertEqual((Image.open(io.BytesIO(written)).size, messages), ((31, 20), ""))
+
+    def test_what_is_no_picture_is_an_error_without_output(self):
+        written, messages = self.stream("--longest", "30", content=b"words", status=1)
+        self.assertEqual((written, messages.splitlines()), (b"", [
+            "kestrinectl: standard input: the file is in no picture format that is known here",
+            "kestrinectl: the picture could not be converted as requested"]))
+
+    def test_it_stands_alone_and_has_one_result(self):
+        for arguments in (("--longest", "30", "a.png"), ("--longest", "30,60"), ("--longest", "30", "--out", "x"),
+                          ("--replace", "--longest", "3"), ("--longest", "30", "--name", "x")):
+            self.assertRegex(self.stream(*arguments, status=2)[1], r"\Akestrinectl: - [^\n]+\n\Z")
+
+
 class WrongOptions(ConvertByOptions):
     def test_contradictions_are_named_in_one_line_and_nothing_is_converted(self):
         self.assertEqual(self.refused("--longest", "30", "--width", "30", "--out", "x"),

@@ -25,7 +25,7 @@ TEST(PictureSigns, unsupportedFormatsAreRecognisedByTheirFirstBytes) {
                             "ftypheic"sv,
                             "\0\0\0\x1c"
                             "ftypavif...."sv,
-                            "\xff\x0a.."sv, "8BPS\0\1"sv})
+                            "DDS |.."sv, "8BPS\0\1"sv})
         EXPECT_TRUE(isForeignPicture(bytesOf(head))) << head;
 }
 

@@ -22,7 +22,8 @@ ALLOWED["kestrinectl"] = PLATFORM + ["_MyClasses", "models"]
 OWNERS = {
     "jpeglib.h": "platform/imageio", "jerror.h": "platform/imageio", "png": "platform/imageio",
     "isa-l/": "platform/imageio/png/fast", "libdeflate.h": "platform/imageio/png/fast", "zlib.h": "platform/imageio/png",
-    "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "webp/": "platform/imageio",
+    "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "webp/": "platform/imageio", "jxl/": "platform/imageio",
+    "openjpeg-2.5/": "platform/imageio",
     "lcms2.h": "platform/coregraphics", "hwy/": "/kernels",
     "plist/": "platform/foundation/propertylist", "systemd/": "platform/appkit",
     "CLI/": "kestrinectl", "nlohmann/": "kestrinectl",

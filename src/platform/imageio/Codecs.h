@@ -19,6 +19,12 @@ extern const ImageCodec codec;
 namespace kestrine::webp {
 extern const ImageCodec codec;
 }
+namespace kestrine::jp2 {
+extern const ImageCodec codec;
+}
+namespace kestrine::jxl {
+extern const ImageCodec codec;
+}
 namespace kestrine::bmp {
 extern const ImageCodec codec;
 }

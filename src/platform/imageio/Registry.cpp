@@ -9,8 +9,9 @@ namespace kestrine {
 namespace {
 
 /// The order matters only for speed, since no file has two signatures: the most frequent formats come first.
-constexpr std::array<const ImageCodec*, 7> codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec,
-                                                     &webp::codec, &bmp::codec, &pnm::codec};
+constexpr std::array<const ImageCodec*, 9> codecs = {&jpeg::codec, &png::codec,  &tiff::codec,
+                                                     &gif::codec,  &webp::codec, &bmp::codec,
+                                                     &pnm::codec,  &jxl::codec,  &jp2::codec};
 
 } // namespace
 

@@ -323,6 +323,20 @@ ExifFacts readExifFacts(ByteView block) {
     return facts;
 }
 
+Bytes uprightExif(Bytes block) {
+    const auto source = ExifDirectories::of(block);
+    if (!source)
+        return block;
+    const ExifDirectory main = source->main();
+    const auto stored = main.find(orientation);
+    if (stored == main.end() || stored->second.type != exifShort || stored->second.count == 0)
+        return block;
+    const auto position = static_cast<std::size_t>(stored->second.value.data() - block.data());
+    block[position] = source->isBigEndian() ? 0 : 1;
+    block[position + 1] = source->isBigEndian() ? 1 : 0;
+    return block;
+}
+
 std::string dateTakenIn(ByteView block) {
     const auto source = ExifDirectories::of(block);
     if (!source)

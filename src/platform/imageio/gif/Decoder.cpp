@@ -302,8 +302,7 @@ public:
     Result<Bytes> colorTable() const override { return colors_; }
 
     FileContents contents() const override {
-        const std::uint32_t count = countPictures(reader_);
-        return count > 1 ? FileContents{FileContents::Kind::animation, count} : FileContents{};
+        return FileContents::several(FileContents::Kind::animation, countPictures(reader_));
     }
 
 private:

@@ -168,8 +168,7 @@ public:
     FileContents contents() const override {
         const Bytes control = chunk(*reader_, animationName, signature.size(), false);
         const std::uint64_t frames = control.size() == 8 ? bigEndian(ByteView(control).first(4)) : 1;
-        return frames > 1 ? FileContents{FileContents::Kind::animation, static_cast<std::uint32_t>(frames)}
-                          : FileContents{};
+        return FileContents::several(FileContents::Kind::animation, static_cast<std::uint32_t>(frames));
     }
 
 private:

@@ -58,7 +58,7 @@ public:
     Result<Bytes> colorTable() const override { return pages_.front()->colors; }
 
     FileContents contents() const override {
-        return pictures_ > 1 ? FileContents{FileContents::Kind::pages, pictures_} : FileContents{};
+        return FileContents::several(FileContents::Kind::pages, pictures_);
     }
 
 private:

@@ -144,7 +144,7 @@ public:
     Result<Bytes> exif() const override { return exif_; }
 
     FileContents contents() const override {
-        return frameCount_ > 1 ? FileContents{FileContents::Kind::animation, frameCount_} : FileContents{};
+        return FileContents::several(FileContents::Kind::animation, frameCount_);
     }
 
 private:
