@@ -270,3 +270,44 @@ def palette_png(width, height):
 def gif_with_extensions(count):
     plain = gif(16, 16)
     return plain[:19] + b"!\xfe\x01x\0" * count + plain[19:]
+
+
+def run_length_tga(width, height):
+    return struct.pack("<BBBHHBHHHHBB", 0, 0, 10, 0, 0, 0, 0, 0, width, height, 24, 0x20) + b"\xff\0\0\0" * 100
+
+
+def packed_psd(width, height, resources=b"", rows=b""):
+    return (b"8BPS" + struct.pack(">H6xHIIHH", 1, 3, height, width, 8, 3) + bytes(4)
+            + struct.pack(">I", len(resources)) + resources + bytes(4) + b"\0\x01" + rows)
+
+
+def psd_with_resources(count):
+    return packed_psd(4, 4, (b"8BIM" + struct.pack(">HHI", 4000, 0, 0)) * count, b"\0\2" * 12 + b"\xfd\x7f" * 12)
+
+
+def qoi(width, height):
+    return b"qoif" + struct.pack(">IIBB", width, height, 3, 0) + b"\xfd" * 100
+
+
+def run_length_pcx(width, height):
+    return (struct.pack("<BBBBHHHHHH", 10, 5, 1, 8, 0, 0, width - 1, height - 1, 72, 72).ljust(65, b"\0")
+            + struct.pack("<BHH", 3, width + width % 2, 1)).ljust(128, b"\0") + b"\xff\0" * 100
+
+
+def sgi_with_shared_rows(width, height):
+    """All rows of all channels are decoded from the same codes."""
+    codes = b"\x7f\x55" * (width // 127 + 1)
+    header = struct.pack(">HBBHHHHII", 474, 1, 1, 3, width, height, 3, 0, 255).ljust(512, b"\0")
+    return header + struct.pack(">I", 512 + 24 * height) * 3 * height + bytes(12 * height) + codes
+
+
+def icon_with_entries(count):
+    """All entries are the same picture."""
+    picture = struct.pack("<IiiHHIIIIII", 40, 16, 32, 1, 24, 0, 0, 0, 0, 0, 0) + bytes(48 * 16 + 4 * 16)
+    entry = struct.pack("<BBBBHHII", 16, 16, 0, 0, 1, 24, len(picture), 6 + 16 * count)
+    return struct.pack("<HHH", 0, 1, count) + entry * count + picture
+
+
+def icon_with_elements(count):
+    elements = b"info\0\0\0\x08" * count + b"ics8" + struct.pack(">I", 264) + bytes(256)
+    return b"icns" + struct.pack(">I", 8 + len(elements)) + elements

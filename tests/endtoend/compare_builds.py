@@ -25,7 +25,8 @@ SETS = {
     "Palette": "--longest 64 --format gif",
 }
 SUFFIXES = {"bmp": "bmp", "exiftagreader": "jpg", "gif": "gif", "jpeg": "jpg", "ownjpeg": "jpg", "png": "png",
-            "pngrows": "png", "pnm": "pnm", "tiff": "tif", "webp": "webp"}
+            "pngrows": "png", "pnm": "pnm", "icns": "icns", "ico": "ico", "pcx": "pcx", "psd": "psd", "qoi": "qoi",
+            "sgi": "sgi", "tga": "tga", "tiff": "tif", "webp": "webp"}
 SLOWEST = 500  # seconds for one command
 
 

@@ -24,6 +24,11 @@ REFUSED = {
     "baseline.jpg": (lambda: bombs.baseline_jpeg(32767, 32767), "too short for a picture of 32767 x 32767"),
     "scans.jpg": (lambda: bombs.progressive_jpeg(6000, 6000, 480), "too many scans for its length"),
     "samples.ppm": (lambda: b"P6 32767 32767 255\n" + bytes(1000), "too short for a picture of 32767 x 32767"),
+    "runs.tga": (lambda: bombs.run_length_tga(32767, 32767), "too short for a picture of 32767 x 32767"),
+    "rows.psd": (lambda: bombs.packed_psd(30000, 30000), "too short for a picture of 30000 x 30000"),
+    "runs.qoi": (lambda: bombs.qoi(32767, 32767), "too short for a picture of 32767 x 32767"),
+    "runs.pcx": (lambda: bombs.run_length_pcx(32766, 32767), "too short for a picture of 32766 x 32767"),
+    "rows.sgi": (lambda: bombs.sgi_with_shared_rows(60000, 17000), "too short for a picture of 60000 x 17000"),
     "tile.tif": (lambda: bombs.tiff(16, 16, bombs.DEFLATE, bombs.zeros(100 << 20), tile=(10240, 10240)),
                  "tiles that are much larger than itself"),
     "long row.tif": (lambda: bombs.deflated_tiff(32768, 65536, 64, samples=3, photometric=2), "too many pixels"),
@@ -43,6 +48,10 @@ CONVERTED = {
     "comments.pgm": lambda: b"P5 " + b"#\n" * 450000 + b"5 5 255\n" + bytes(25),
     "values.jpg": lambda: bombs.exif_with_shared_values(5000, 60000),
     "profile parts.jpg": bombs.jpeg_with_profile_parts,
+    "resources.psd": lambda: bombs.psd_with_resources(60000),
+    "shared rows.sgi": lambda: bombs.sgi_with_shared_rows(9000, 9000),
+    "entries.ico": lambda: bombs.icon_with_entries(65000),
+    "elements.icns": lambda: bombs.icon_with_elements(4000),
 }
 
 # The largest pictures that small files can claim; too slow for every run of the tests.

@@ -19,6 +19,9 @@ extern const ImageCodec codec;
 namespace kestrine::webp {
 extern const ImageCodec codec;
 }
+namespace kestrine::heif {
+extern const ImageCodec heicCodec, avifCodec;
+}
 namespace kestrine::jp2 {
 extern const ImageCodec codec;
 }
@@ -29,6 +32,27 @@ namespace kestrine::bmp {
 extern const ImageCodec codec;
 }
 namespace kestrine::pnm {
+extern const ImageCodec codec;
+}
+namespace kestrine::icns {
+extern const ImageCodec codec;
+}
+namespace kestrine::ico {
+extern const ImageCodec codec;
+}
+namespace kestrine::pcx {
+extern const ImageCodec codec;
+}
+namespace kestrine::psd {
+extern const ImageCodec codec;
+}
+namespace kestrine::qoi {
+extern const ImageCodec codec;
+}
+namespace kestrine::sgi {
+extern const ImageCodec codec;
+}
+namespace kestrine::tga {
 extern const ImageCodec codec;
 }
 

@@ -21,8 +21,8 @@ struct FrameDescription {
     Resolution resolution;
     std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB without a profile
     int quarterTurns = 0; ///< clockwise, 0 to 3, that the file asks for; `format` is the one after them
-    int orientation = 1;  ///< EXIF orientation, 1 to 8, that the file states and nobody has applied
     int maxHalvings = 0;  ///< how often rows() can halve both sides
+    int orientation = 1;  ///< EXIF orientation, 1 to 8, that is stored beside the pixels and not applied
     bool isUncompressed = false;     ///< whether decoding costs little more than reading the bytes
     unsigned storedBitsPerPixel = 0; ///< before compression; 0 if the same as in `format`
     std::uint64_t heldBytes = 0;     ///< of memory for a whole picture that rows() needs; 0 if they stream

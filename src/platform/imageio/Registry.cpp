@@ -8,10 +8,11 @@ namespace kestrine {
 
 namespace {
 
-/// The order matters only for speed, since no file has two signatures: the most frequent formats come first.
-constexpr std::array<const ImageCodec*, 9> codecs = {&jpeg::codec, &png::codec,  &tiff::codec,
-                                                     &gif::codec,  &webp::codec, &bmp::codec,
-                                                     &pnm::codec,  &jxl::codec,  &jp2::codec};
+/// No file has two signatures, so the most frequent formats come first. TGA, which has none, comes last.
+constexpr std::array codecs = {&jpeg::codec, &png::codec,      &tiff::codec,     &gif::codec,  &webp::codec,
+                               &bmp::codec,  &heif::heicCodec, &heif::avifCodec, &pnm::codec,  &jxl::codec,
+                               &jp2::codec,  &psd::codec,      &ico::codec,      &icns::codec, &pcx::codec,
+                               &qoi::codec,  &sgi::codec,      &tga::codec};
 
 } // namespace
 

@@ -7,8 +7,6 @@ namespace kestrine::bmp {
 
 namespace {
 
-constexpr std::size_t fileHeaderLength = 14;
-
 /// Lengths of the headers. Each one extends the one before; headers of OS/2 have other lengths up to
 /// longestOS2Header.
 enum HeaderLength : std::uint32_t {
@@ -62,14 +60,16 @@ std::uint32_t lengthWithMasks(std::uint32_t length, std::uint32_t compression) {
     return length;
 }
 
-Result<Fields> readFields(const ByteReader& reader) {
+Result<Fields> readFields(const ByteReader& reader, bool hasFileHeader) {
     Fields fields;
     const std::size_t got = reader.readAt(0, fields.bytes);
+    if (!hasFileHeader)
+        std::fill_n(fields.bytes.begin(), fileHeaderLength, std::uint8_t{0});
     const std::uint32_t length = fields.u32(14);
-    if (!isHeaderLength(length))
+    if (got >= fileHeaderLength + sizeof length && !isHeaderLength(length))
         return Failure{Reason::unsupported, "the BMP has a header of unknown length"};
     fields.headerLength = lengthWithMasks(length, length >= infoHeader ? fields.u32(30) : uncompressed);
-    if (got < fields.end())
+    if (!isHeaderLength(length) || got < fields.end())
         return Failure{Reason::truncated, "the BMP file ends in its header"};
     std::fill(fields.bytes.begin() + static_cast<std::ptrdiff_t>(fields.end()), fields.bytes.end(),
               std::uint8_t{0});
@@ -175,6 +175,15 @@ std::optional<ColorProfile> readProfile(const Fields& fields, const ByteReader& 
                                                                   : std::nullopt;
 }
 
+Result<Header> readHeader(const ByteReader& reader, bool hasFileHeader) {
+    Fields fields = TRY(readFields(reader, hasFileHeader));
+    Header header{.profile = readProfile(fields, reader)};
+    TRY(readSides(fields, header));
+    TRY(readPixelKind(fields, header));
+    readPalette(fields, reader, header);
+    return header;
+}
+
 } // namespace
 
 bool isBMP(ByteView head) {
@@ -184,13 +193,8 @@ bool isBMP(ByteView head) {
                           | std::uint32_t{head[17]} << 24);
 }
 
-Result<Header> readHeader(const ByteReader& reader) {
-    Fields fields = TRY(readFields(reader));
-    Header header{.profile = readProfile(fields, reader)};
-    TRY(readSides(fields, header));
-    TRY(readPixelKind(fields, header));
-    readPalette(fields, reader, header);
-    return header;
-}
+Result<Header> readHeader(const ByteReader& reader) { return readHeader(reader, true); }
+
+Result<Header> readIconHeader(const ByteReader& reader) { return readHeader(reader, false); }
 
 } // namespace kestrine::bmp

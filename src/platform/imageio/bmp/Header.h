@@ -18,7 +18,10 @@ struct Header {
     std::array<std::uint32_t, 4> masks{}; ///< red, green, blue, alpha, for 16 and 32 bits; 0 without alpha
     std::optional<ColorProfile> profile{};
 
+    RowFormat format() const { return {width, height, ColorModel::rgb, masks[3] != 0, SampleDepth::bits8}; }
     bool isIndexed() const { return bitsPerPixel <= 8; }
+    /// The position of row y from the top in stored order.
+    std::size_t storedRow(std::uint32_t y) const { return isTopDown ? y : height - 1 - y; }
     /// Bytes from one uncompressed row to the next: a multiple of 4.
     std::uint64_t stride() const { return (std::uint64_t{width} * bitsPerPixel + 31) / 32 * 4; }
     /// Bytes of an uncompressed row without padding.
@@ -30,5 +33,12 @@ bool isBMP(ByteView head);
 
 /// Reads all fields. The sides may be 0 or larger than pictures may be, but each is at most maximumSide.
 Result<Header> readHeader(const ByteReader& reader);
+
+/// The bytes of a file before the header proper. Pictures in icons do not have them.
+inline constexpr std::size_t fileHeaderLength = 14;
+
+/// The same for a picture in an icon. `reader` shows fileHeaderLength bytes before it, which are ignored, so
+/// that offsets are as in a file. The height is that of the colours and of the mask together.
+Result<Header> readIconHeader(const ByteReader& reader);
 
 } // namespace kestrine::bmp

@@ -328,12 +328,15 @@ Bytes uprightExif(Bytes block) {
     if (!source)
         return block;
     const ExifDirectory main = source->main();
-    const auto stored = main.find(orientation);
-    if (stored == main.end() || stored->second.type != exifShort || stored->second.count == 0)
+    const auto entry = main.find(orientation);
+    if (entry == main.end() || entry->second.value.empty())
         return block;
-    const auto position = static_cast<std::size_t>(stored->second.value.data() - block.data());
-    block[position] = source->isBigEndian() ? 0 : 1;
-    block[position + 1] = source->isBigEndian() ? 1 : 0;
+    const ByteView value = entry->second.value;
+    const std::size_t unit = exifTypeSize(entry->second.type)->unit;
+    const std::span<std::uint8_t> first =
+        std::span(block).subspan(static_cast<std::size_t>(value.data() - block.data()), unit);
+    std::ranges::fill(first, std::uint8_t{0});
+    (source->isBigEndian() ? first.back() : first.front()) = 1;
     return block;
 }
 

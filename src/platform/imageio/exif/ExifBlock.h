@@ -28,8 +28,7 @@ struct ExifFacts {
 /// `block` begins with the TIFF header. Never fails; what cannot be read is empty.
 ExifFacts readExifFacts(ByteView block);
 
-/// The block with Orientation 1 if it has an orientation: for formats that store the orientation outside of
-/// it.
+/// The block with Orientation 1, for formats that store their own orientation. Everything else stays.
 Bytes uprightExif(Bytes block);
 
 /// When the picture was taken, as the camera wrote it: "2024:06:01 18:30:05". Empty if the block has no such

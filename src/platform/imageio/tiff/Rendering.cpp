@@ -1,5 +1,6 @@
 #include "platform/imageio/tiff/Rendering.h"
-#include "platform/imageio/tiff/Samples.h"
+
+#include "platform/imageio/AlphaDivision.h"
 
 #include <algorithm>
 

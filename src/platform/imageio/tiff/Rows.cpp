@@ -2,6 +2,7 @@
 
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/RowsAhead.h"
+#include "platform/imageio/AlphaDivision.h"
 #include "platform/imageio/tiff/Rendering.h"
 #include "platform/imageio/tiff/Samples.h"
 #include "platform/imageio/tiff/StoredRows.h"

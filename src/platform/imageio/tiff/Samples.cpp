@@ -62,20 +62,4 @@ void unpackFloats(ByteView packed, std::vector<std::uint16_t>& samples) {
     }
 }
 
-template <class Sample>
-void divideByAlpha(std::vector<Sample>& pixels, std::size_t channels) {
-    for (std::size_t at = 0; at < pixels.size(); at += channels) {
-        const std::uint32_t alpha = pixels[at + channels - 1];
-        for (std::size_t i = at; i < at + channels - 1; ++i) {
-            const std::uint64_t color = std::uint64_t{pixels[i]} * maximum<Sample>;
-            pixels[i] = alpha == 0 ? Sample{0}
-                                   : static_cast<Sample>(
-                                       std::min<std::uint64_t>((color + alpha / 2) / alpha, maximum<Sample>));
-        }
-    }
-}
-
-template void divideByAlpha(std::vector<std::uint8_t>&, std::size_t);
-template void divideByAlpha(std::vector<std::uint16_t>&, std::size_t);
-
 } // namespace kestrine::tiff

@@ -15,9 +15,4 @@ void unpackIntegers(ByteView packed, unsigned bits, bool areIndices, std::vector
 /// The same from floats from 0 to 1; values outside are clamped, and not-a-number becomes 0.
 void unpackFloats(ByteView packed, std::vector<std::uint16_t>& samples);
 
-/// Divides the colour of pixels of `channels` samples, the last one alpha, by their alpha: rounded, limited
-/// to the maximum. Where alpha is 0 the colour is 0.
-template <class Sample>
-void divideByAlpha(std::vector<Sample>& pixels, std::size_t channels);
-
 } // namespace kestrine::tiff

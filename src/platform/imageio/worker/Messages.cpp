@@ -286,8 +286,8 @@ void write(MessageWriter& writer, const FrameDescription& frame) {
     write(writer, frame.format);
     write(writer, frame.resolution);
     writer.add(static_cast<std::uint8_t>(frame.quarterTurns));
-    writer.add(static_cast<std::uint8_t>(frame.orientation));
     writer.add(static_cast<std::uint8_t>(frame.maxHalvings));
+    writer.add(static_cast<std::uint8_t>(frame.orientation));
     writer.add(frame.isUncompressed);
     writer.add(std::uint32_t{frame.storedBitsPerPixel});
     writer.add(frame.heldBytes);
@@ -301,10 +301,10 @@ FrameDescription frameIn(MessageReader& reader) {
     reader.refuseUnless(isWithin(frame.resolution.horizontal, 1, 100'000)
                         && isWithin(frame.resolution.vertical, 1, 100'000));
     frame.quarterTurns = reader.number<std::uint8_t>();
-    frame.orientation = reader.number<std::uint8_t>();
     frame.maxHalvings = reader.number<std::uint8_t>();
-    reader.refuseUnless(frame.quarterTurns < 4 && frame.maxHalvings <= 32 && frame.orientation >= 1
-                        && frame.orientation <= 8);
+    reader.refuseUnless(frame.quarterTurns < 4 && frame.maxHalvings <= 32);
+    frame.orientation = reader.number<std::uint8_t>();
+    reader.refuseUnless(frame.orientation >= 1 && frame.orientation <= 8);
     frame.isUncompressed = reader.flag();
     frame.storedBitsPerPixel = reader.number<std::uint32_t>();
     frame.heldBytes = reader.number<std::uint64_t>();

@@ -27,6 +27,29 @@ Bytes carried(const ExifContent& source, bool turned = false) {
 
 constexpr ExifOrder bothOrders[]{ExifOrder::bigEndian, ExifOrder::littleEndian};
 
+TEST(UprightExif, orientationBecomesOneAndEverythingElseStays) {
+    for (const ExifOrder order : bothOrders) {
+        const auto block = [&](std::uint16_t turned) {
+            return exifBlock({.order = order,
+                              .ifd0 = {exifText(make, "Kappa"), exifShorts(orientation, {turned})},
+                              .exifSubIFD = {exifLongs(pixelX, {7})}});
+        };
+        EXPECT_EQ(uprightExif(block(6)), block(1));
+    }
+}
+
+TEST(UprightExif, orientationMayBeLong) {
+    for (const ExifOrder order : bothOrders)
+        EXPECT_EQ(uprightExif(exifBlock({.order = order, .ifd0 = {exifLongs(orientation, {8})}})),
+                  exifBlock({.order = order, .ifd0 = {exifLongs(orientation, {1})}}));
+}
+
+TEST(UprightExif, blocksWithoutOrientationStay) {
+    const Bytes block = exifBlock({.ifd0 = {exifText(make, "Kappa")}});
+    EXPECT_EQ(uprightExif(block), block);
+    EXPECT_EQ(uprightExif(Bytes{1, 2, 3}), (Bytes{1, 2, 3}));
+}
+
 TEST(CarriedExif, valuesOfEveryTypeBecomeBigEndian) {
     const std::vector<ExifField> main{exifText(make, "Kappa"), exifShorts(orientation, {3})};
     const std::vector<ExifField> exif{

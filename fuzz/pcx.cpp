@@ -1,0 +1,7 @@
+// Decodes any bytes as a PCX or DCX file.
+#include "fuzz/DecodeEverything.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    kestrine::fuzzing::decodeEverything(kestrine::pcx::codec, data, size, 1 << 16);
+    return 0;
+}
