@@ -38,6 +38,8 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutco
     const std::string& shown = input.shown;
     if (outcome.isWritten)
         result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
+    else if (outcome.fitsAlready && outcome.data == nullptr)
+        result.lines.push_back(shown + " stays, it fits already");
     if (const auto omission = omissionIn(outcome.contents); omission && outcome.hasResult())
         addOnce(result.warnings, shown + ": " + *omission);
     if (outcome.hasResult() && outcome.damage)

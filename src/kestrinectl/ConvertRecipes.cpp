@@ -158,6 +158,7 @@ void changeRecipe(ConversionRecipe& recipe, const ConvertOptions& options) {
     if (options.background)
         recipe.background = *colorIn(*options.background);
     recipe.enlarges = !options.keepsSmall;
+    recipe.copiesFitting = options.skipsFitting;
     changeProperties(recipe, options);
     changePlace(recipe.place, options);
 }

@@ -3,6 +3,7 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "_MyClasses/Category/ImageUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
+#include "models/FittingFile.h"
 #include "models/ResultNaming.h"
 #include "platform/appkit/NSWorkspace.h"
 #include "platform/foundation/NSFileManager.h"
@@ -65,6 +66,8 @@ public:
             return outcome;
         outcome.path = folder->appendingPathComponent(nameOfResult(job_, recipe, plan, file_));
         const std::optional<FileTime> time = timeOfResult(recipe.times, file_);
+        if (job_.replacesFile() && outcome.fitsAlready)
+            return outcome;
         if (job_.replacesFile())
             replace(data.get(), outcome);
         else
@@ -108,12 +111,16 @@ private:
         const bool mayLoad = image != nullptr || job_.content == nullptr; // a path is tried again
         if (!hostility_ && mayLoad)
             plan = plannedResult(recipe, file_, image);
-        auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
-        noteHostility(collector);
         outcome.format = plan.format;
         outcome.width = plan.width;
         outcome.height = plan.height;
         outcome.isLeftLying = plan.isLeftLying;
+        if (auto own = hostility_ ? nullptr : bytesIfFitting(recipe, plan, image.get())) {
+            outcome.fitsAlready = true;
+            return own;
+        }
+        auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
+        noteHostility(collector);
         if (image != nullptr)
             outcome.damage = image->damage();
         if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
@@ -124,6 +131,18 @@ private:
         if (data == nullptr)
             outcome.failure = reasonIn(collector);
         return data;
+    }
+
+    /// The bytes of the file if the recipe asks to use them and they are as the result should be; else nil.
+    std::shared_ptr<const NSData> bytesIfFitting(const ConversionRecipe& recipe, const PlannedResult& plan,
+                                                 const NSImage* image) const {
+        if (!recipe.copiesFitting || image == nullptr)
+            return nullptr;
+        const auto reader = job_.content != nullptr ? Result(job_.content) : readerOfPath(job_.path.utf8());
+        if (!reader || !fitsAlready(recipe, plan, file_, *image, (*reader)->size()))
+            return nullptr;
+        Result<Bytes> bytes = (*reader)->readAll((*reader)->size());
+        return bytes ? std::make_shared<const NSData>(*std::move(bytes)) : nullptr;
     }
 
     /// Whether the job may replace the file, if it does. Otherwise the outcome has the reason.

@@ -46,6 +46,7 @@ enum class Refusal : std::uint8_t { none, damaged, holdsMore };
 struct JobOutcome {
     NSString path; ///< of the output, written or not; "" when there was no folder for it
     bool isWritten = false;
+    bool fitsAlready = false;             ///< the file was not converted, since it is as the result should be
     std::shared_ptr<const NSData> data;   ///< of a result that is returned and not written; else nil
     const OutputFormat* format = nullptr; ///< null when there was none
     std::uint32_t width = 0, height = 0;  ///< in pixels; 0 when there was no result
@@ -57,7 +58,7 @@ struct JobOutcome {
     std::optional<Failure> trashFailure; ///< why the original to be replaced is still in its place
     std::string trashedPath;             ///< the original's path in the trash; "" when it is not there
 
-    bool hasResult() const { return isWritten || data != nullptr; }
+    bool hasResult() const { return isWritten || data != nullptr || (fitsAlready && !failure); }
 };
 
 /// Runs the job on this thread and returns one outcome per recipe, in their order. The file is opened once,

@@ -394,6 +394,56 @@ class Properties(ConvertByOptions):
         self.assertGreater(pictures.psnr(numpy.asarray(done), numpy.asarray(expected)), 40)
 
 
+class SkipFitting(ConvertByOptions):
+    def is_copied(self, name, *arguments):
+        """Whether the file becomes the result as it is."""
+        self.convert("--skip-fitting", *arguments, "--out", "out", name)
+        result = next((self.folder / "out").iterdir()).read_bytes()
+        shutil.rmtree(self.folder / "out")
+        return result == (self.folder / name).read_bytes()
+
+    def test_a_file_that_is_as_asked_for_is_copied(self):
+        self.picture("photo.jpg", quality=95)
+        for name in ("a.png", "photo.jpg"):
+            self.assertTrue(self.is_copied(name, "--longest", "600"))
+            self.assertTrue(self.is_copied(name, "--longest", "60", "--max-bytes", "1M", "--profile", "srgb"))
+            self.assertTrue(self.is_copied(name, "--cover", "60x40"))
+
+    def test_a_file_that_is_not_is_converted(self):
+        self.picture("photo.jpg", quality=95)
+        for arguments in (("--longest", "59"), ("--percent", "99"), ("--longest", "600", "--format", "png"),
+                          ("--cover", "600x400"), ("--longest", "600", "--max-bytes", "3000"),
+                          ("--fit", "60x60", "--pad", "white")):
+            self.assertFalse(self.is_copied("photo.jpg", *arguments), arguments)
+        self.picture("wide.png", icc_profile=WIDE_PROFILE)
+        self.assertFalse(self.is_copied("wide.png", "--longest", "600", "--profile", "srgb"))
+
+    def test_a_lying_picture_and_one_with_more_metadata_are_converted(self):
+        samples = pictures.photo(60, 40)
+        (self.folder / "lying.jpg").write_bytes(pictures.jpeg(samples, pictures.exif(6)))
+        self.assertFalse(self.is_copied("lying.jpg", "--longest", "600", "--metadata", "all"))
+        (self.folder / "photo.jpg").write_bytes(pictures.jpeg(samples))
+        for tag, allowing in (("-GPSLatitude=12.5", "all"), ("-XMP:Title=x", "all"), ("-IPTC:Credit=x", "all"),
+                              ("-Comment=x", "all"), ("-PNG:Comment=x", "all")):
+            name = "a.png" if "PNG" in tag else "photo.jpg"
+            subprocess.run(["exiftool", "-q", "-overwrite_original", "-all=", tag, self.folder / name], check=True)
+            self.assertFalse(self.is_copied(name, "--longest", "600"), tag)
+            self.assertTrue(self.is_copied(name, "--longest", "600", "--metadata", allowing), tag)
+
+    def test_results_of_an_earlier_run_fit(self):
+        block = pictures.exif(1, extra=[(0x0110, 2, 4, b"abc\0")])
+        (self.folder / "photo.jpg").write_bytes(pictures.jpeg(pictures.photo(60, 40), block))
+        self.convert("--longest", "30", "--out", "first", "photo.jpg")
+        self.assertTrue(self.is_copied("first/photo.jpg", "--longest", "30"))
+        self.assertFalse(self.is_copied("first/photo.jpg", "--longest", "30", "--metadata", "none"))
+
+    def test_with_replace_a_fitting_file_stays(self):
+        status = (self.folder / "a.png").stat()
+        done = self.convert("--skip-fitting", "--longest", "600", "--replace", "a.png")
+        self.assertEqual(done.stdout, b"a.png stays, it fits already\n")
+        self.assertEqual((self.folder / "a.png").stat().st_ino, status.st_ino)
+
+
 class Streams(ConvertByOptions):
     def stream(self, *arguments, content=None, status=0):
         """What the command writes to standard output, and its messages."""
