@@ -4,6 +4,7 @@
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/heif/CodedPicture.h"
 #include "platform/imageio/heif/Movie.h"
 #include "platform/imageio/heif/NodeRows.h"
 #include "platform/imageio/heif/ToneMapping.h"
@@ -136,29 +137,31 @@ Result<void> checkParts(const PictureNode& root, std::uint64_t fileBytes) {
 
 class Decoder final : public ImageDecoder {
 public:
-    Decoder(std::shared_ptr<const ByteReader> reader, bool isAVIF)
-        : reader_(std::move(reader)), isAVIF_(isAVIF) {}
-
-    Result<void> openItem(const ItemTable& table) {
-        root_ = TRY(readPictureTree(table, table.primary, *reader_));
-        exif_ = uprightExif(exifOf(table, table.primary, *reader_));
-        if (const std::uint32_t pictures = countPictures(table); pictures > 1)
-            contents_ = {FileContents::Kind::pages, pictures};
-        return describe();
+    Decoder(std::shared_ptr<const ByteReader> reader, TopLevelBoxes boxes, bool isAVIF)
+        : reader_(std::move(reader)), header_(std::make_shared<Header>()), isAVIF_(isAVIF) {
+        header_->boxes = std::move(boxes);
     }
 
-    Result<void> openMovie(const Movie& movie) {
-        root_ = movie.firstFrame;
-        return describe();
-    }
-
-    void noteFrames(const Movie& movie) {
-        if (movie.frames > 1)
-            contents_ = {FileContents::Kind::animation, movie.frames};
+    Result<void> open() {
+        const ItemTable table =
+            header_->boxes.meta ? TRY(readItemTable(*header_->boxes.meta, reader_->size())) : ItemTable();
+        const Result<Movie> movie = header_->boxes.moov ? readMovie(*header_->boxes.moov, reader_->size())
+                                                        : damagedFile("it has no pictures");
+        if (table.primary != 0) {
+            TRY(openItem(table));
+        } else {
+            if (!movie)
+                return movie.failure();
+            header_->picture = movie->firstFrame;
+        }
+        if (movie && movie->frames > 1)
+            contents_ = {FileContents::Kind::animation, movie->frames};
+        return describe(*header_->picture);
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        RowSourcePointer rows = rowsOfPicture(root_, reader_, frames_.front().format);
+        const PictureNodePointer picture(header_, header_->picture.get()); // keeps the boxes
+        RowSourcePointer rows = rowsOfPicture(picture, reader_, frames_.front().format);
         return hdr_ ? rowsInSDR(std::move(rows), hdr_->transfer, hdr_->peak) : std::move(rows);
     }
 
@@ -167,46 +170,49 @@ public:
     FileContents contents() const override { return contents_; }
 
 private:
-    Result<void> describe() {
-        TRY(requireLibraries(*root_, isAVIF_));
-        TRY(checkParts(*root_, reader_->size()));
+    /// The picture, and the boxes that its properties are views into.
+    struct Header {
+        TopLevelBoxes boxes;
+        PictureNodePointer picture;
+    };
+
+    Result<void> openItem(const ItemTable& table) {
+        header_->picture = TRY(readPictureTree(table, table.primary, *reader_));
+        exif_ = uprightExif(exifOf(table, table.primary, *reader_));
+        if (const std::uint32_t pictures = countPictures(table); pictures > 1)
+            contents_ = {FileContents::Kind::pages, pictures};
+        return {};
+    }
+
+    Result<void> describe(const PictureNode& root) {
+        TRY(requireLibraries(root, isAVIF_));
+        TRY(checkParts(root, reader_->size()));
         const ExifFacts facts = readExifFacts(exif_);
-        const Size size = root_->placement.size();
-        FrameDescription frame{
-            .format = {.width = size.width,
-                       .height = size.height,
-                       .hasAlpha = root_->hasAlpha,
-                       .depth = root_->bits > 8 ? SampleDepth::bits16 : SampleDepth::bits8},
-            .resolution = facts.resolution.value_or(Resolution{})};
-        frame.quarterTurns = root_->placement.quarterTurns();
-        hdr_ = describeColors(frame, *root_, *reader_, facts.isAdobeRGB);
-        frame.heldBytes = bytesHeldFor(*root_, frame.format);
+        const Size size = root.placement.size();
+        FrameDescription frame{.format = {.width = size.width,
+                                          .height = size.height,
+                                          .hasAlpha = root.hasAlpha,
+                                          .depth = root.bits > 8 ? SampleDepth::bits16 : SampleDepth::bits8},
+                               .resolution = facts.resolution.value_or(Resolution{})};
+        frame.quarterTurns = root.placement.quarterTurns();
+        hdr_ = describeColors(frame, root, *reader_, facts.isAdobeRGB);
+        frame.heldBytes = bytesHeldFor(root, frame.format);
         frames_.push_back(std::move(frame));
         return {};
     }
 
     const std::shared_ptr<const ByteReader> reader_;
+    const std::shared_ptr<Header> header_;
     const bool isAVIF_;
-    PictureNodePointer root_;
     std::optional<HighRange> hdr_; ///< for pictures that are mapped to the ordinary range
     Bytes exif_;
     FileContents contents_;
 };
 
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader, bool isAVIF) {
-    const TopLevelBoxes boxes = TRY(readTopLevelBoxes(*reader));
-    auto decoder = std::make_unique<Decoder>(reader, isAVIF);
-    const ItemTable table = boxes.meta ? TRY(readItemTable(*boxes.meta, reader->size())) : ItemTable();
-    const Result<Movie> movie =
-        boxes.moov ? readMovie(*boxes.moov, reader->size()) : damagedFile("it has no pictures");
-    if (table.primary != 0)
-        TRY(decoder->openItem(table));
-    else if (movie)
-        TRY(decoder->openMovie(*movie));
-    else
-        return movie.failure();
-    if (movie)
-        decoder->noteFrames(*movie);
+    TopLevelBoxes boxes = TRY(readTopLevelBoxes(*reader));
+    auto decoder = std::make_unique<Decoder>(std::move(reader), std::move(boxes), isAVIF);
+    TRY(decoder->open());
     return std::unique_ptr<ImageDecoder>(std::move(decoder));
 }
 

@@ -15,7 +15,8 @@ Result<HEVCFunctions> loadHEVCFunctions(std::initializer_list<const char*> names
         return function != nullptr;
     };
     const bool complete =
-        find(functions.create, "de265_new_decoder") && find(functions.destroy, "de265_free_decoder")
+        find(functions.prepare, "de265_init") && find(functions.create, "de265_new_decoder")
+        && find(functions.destroy, "de265_free_decoder")
         && find(functions.startThreads, "de265_start_worker_threads")
         && find(functions.setFlag, "de265_set_parameter_bool")
         && find(functions.setAllocation, "de265_set_image_allocation_functions")
@@ -30,7 +31,8 @@ Result<HEVCFunctions> loadHEVCFunctions(std::initializer_list<const char*> names
         && find(functions.primaries, "de265_get_image_colour_primaries")
         && find(functions.transfer, "de265_get_image_transfer_characteristics")
         && find(functions.matrix, "de265_get_image_matrix_coefficients");
-    if (!complete)
+    // Otherwise its tables would be made for the first decoder of several, and freed with the last.
+    if (!complete || functions.prepare() != DE265_OK)
         return missing;
     return functions;
 }

@@ -10,6 +10,7 @@
 namespace kestrine::heif {
 
 struct HEVCFunctions {
+    decltype(&de265_init) prepare;
     decltype(&de265_new_decoder) create;
     decltype(&de265_free_decoder) destroy;
     decltype(&de265_start_worker_threads) startThreads;

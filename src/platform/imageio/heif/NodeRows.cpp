@@ -21,6 +21,7 @@ RowFormat sized(RowFormat layout, const Size& size) {
 
 /// What is the same for all parts of a picture.
 struct Decoding {
+    PictureNodePointer root; ///< keeps the header
     std::shared_ptr<const ByteReader> reader;
     RowFormat layout;                   ///< the sides are not used
     std::optional<CodingPoints> points; ///< of the whole picture, for parts that have none
@@ -332,11 +333,11 @@ RowSourcePointer rowsOfPicture(const PictureNodePointer& root, std::shared_ptr<c
     const std::size_t threads = usefulThreads(sized(layout, root->placement.area().size));
     const std::uint32_t rowsPerBand = rowsPerShare(*root);
     if (threads == 1 || rowsPerBand == 0)
-        return rowsBeforeTurn(root, {std::move(reader), layout, {}, threads}, {});
+        return rowsBeforeTurn(root, {root, std::move(reader), layout, {}, threads}, {});
     std::vector<RowSourcePointer> parts;
     const auto count = static_cast<std::uint32_t>(threads);
     for (std::uint32_t part = 0; part < count; ++part)
-        parts.push_back(rowsBeforeTurn(root, {reader, layout, {}, 1}, {part, count}));
+        parts.push_back(rowsBeforeTurn(root, {root, reader, layout, {}, 1}, {part, count}));
     return rowsInTurns(std::move(parts), rowsPerBand);
 }
 

@@ -7,7 +7,8 @@
 namespace kestrine::heif {
 
 /// The rows of `root` before its turn (see Placement), after cuts and reflection. Every coded picture is
-/// decoded when its first row is needed. Tiles are decoded by as many threads as are useful. `layout` gives
+/// decoded when its first row is needed. `root` must keep the header of the file, which its properties are
+/// views into. Tiles are decoded by as many threads as are useful. `layout` gives
 /// model, alpha and depth of the pixels. Fails while rows are read if a coded picture is damaged.
 RowSourcePointer rowsOfPicture(const PictureNodePointer& root, std::shared_ptr<const ByteReader> reader,
                                const RowFormat& layout);

@@ -86,14 +86,16 @@ private:
             points.isFullRange = (cursor.u8() & 0x80) != 0;
             result_.points = points;
         } else if (kind == fourCC("prof") || kind == fourCC("rICC")) {
-            result_.icc.assign(cursor.rest().begin(), cursor.rest().end());
+            result_.icc = cursor.rest();
         }
     }
 
     void readAuxiliaryType(Cursor& cursor) {
         (void)readFullBoxHeader(cursor);
         const ByteView text = cursor.rest();
-        result_.auxiliaryType.assign(text.begin(), std::ranges::find(text, std::uint8_t{0}));
+        const auto length = std::ranges::find(text, std::uint8_t{0}) - text.begin();
+        result_.auxiliaryType = {reinterpret_cast<const char*>(text.data()),
+                                 static_cast<std::size_t>(length)};
     }
 
     void readHEVC(ByteView content) {
@@ -103,7 +105,7 @@ private:
         coding.isMonochrome = (cursor.u8() & 3) == 0;
         coding.bits = 8u + (cursor.u8() & 7);
         coding.kind = CodingSetup::Kind::hevc;
-        coding.configuration.assign(content.begin(), content.end());
+        coding.configuration = content;
     }
 
     void readAV1(ByteView content) {
@@ -114,7 +116,7 @@ private:
         coding.bits = (bits & 0x40) == 0 ? 8 : (bits & 0x20) == 0 ? 10 : 12;
         coding.isMonochrome = (bits & 0x10) != 0;
         coding.kind = CodingSetup::Kind::av1;
-        coding.configuration.assign(content.begin(), content.end());
+        coding.configuration = content;
     }
 
     void readLayer(std::uint16_t layer) {
@@ -132,11 +134,11 @@ Result<PictureProperties> readProperties(const std::vector<ItemProperty>& proper
     return Reader().read(properties);
 }
 
-bool isAlphaType(const std::string& auxiliaryType) {
+bool isAlphaType(std::string_view auxiliaryType) {
     using namespace std::string_view_literals;
     constexpr std::array names = {"urn:mpeg:mpegB:cicp:systems:auxiliary:alpha"sv,
                                   "urn:mpeg:hevc:2015:auxid:1"sv, "urn:mpeg:avc:2015:auxid:1"sv};
-    return std::ranges::find(names, std::string_view(auxiliaryType)) != names.end();
+    return std::ranges::find(names, auxiliaryType) != names.end();
 }
 
 } // namespace kestrine::heif

@@ -30,7 +30,6 @@ Result<void> place(PictureNode& node) {
     node.placement = Placement(node.size);
     for (const Box& step : node.properties.transformations)
         TRY(addTransformation(node.placement, step));
-    node.properties.transformations.clear(); // they are views into the header, which need not last
     return {};
 }
 

@@ -5,7 +5,7 @@
 
 namespace kestrine::heif {
 
-/// A coded picture, or one that is derived from others.
+/// A coded picture, or one that is derived from others. Its properties are views into the header of the file.
 struct PictureNode {
     enum class Kind : std::uint8_t {
         coded,
