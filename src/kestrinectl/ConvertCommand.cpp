@@ -2,16 +2,16 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ConvertChains.h"
-#include "kestrinectl/ConvertContents.h"
 #include "kestrinectl/ConvertInputs.h"
+#include "kestrinectl/ConvertOutcome.h"
 #include "kestrinectl/ConvertRecipes.h"
 #include "kestrinectl/ConvertReport.h"
+#include "kestrinectl/ConvertStream.h"
 #include "kestrinectl/DecoderIsolation.h"
 #include "kestrinectl/ForEachPosition.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/NumberBetween.h"
 #include "kestrinectl/PresetStore.h"
-#include "kestrinectl/ShownPath.h"
 #include "kestrinectl/Words.h"
 #include "models/ResizeJob.h"
 #include "platform/host/process/ProcessorCount.h"
@@ -57,42 +57,6 @@ ResizeSets chosenSets(const PresetStore& store, const ConvertRequest& request) {
 
 std::string counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
-    if (outcome.isWritten)
-        return "the original stays, it could not go to the trash (" + outcome.trashFailure->text
-               + "); the result is " + shownPath(outcome.path.utf8());
-    std::string complaint = withoutPath(outcome.failure->text, path);
-    if (outcome.refusal == Refusal::holdsMore)
-        complaint = reasonNotToReplace(outcome.contents);
-    if (outcome.refusal == Refusal::damaged)
-        complaint = "the picture is damaged (" + complaint
-                    + "), nothing was written; --accept-damaged converts it anyway";
-    if (!outcome.trashedPath.empty())
-        complaint +=
-            "; the original is in the trash: restore it there, or move it back from " + outcome.trashedPath;
-    return complaint;
-}
-
-/// Sets often fail for the same reason, so one line reports it.
-void addOnce(std::vector<std::string>& lines, const std::string& line) {
-    if (std::ranges::find(lines, line) == lines.end())
-        lines.push_back(line);
-}
-
-void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutcome& outcome) {
-    result.isLeftLying = result.isLeftLying || (outcome.isWritten && outcome.isLeftLying);
-    const std::string& shown = input.shown;
-    if (outcome.isWritten)
-        result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
-    if (const auto omission = omissionIn(outcome.contents); omission && outcome.isWritten)
-        addOnce(result.warnings, shown + ": " + *omission);
-    if (outcome.isWritten && outcome.damage)
-        result.warnings.push_back(shown + ": the picture is damaged (" + outcome.damage->text
-                                  + "); the result shows what could be read");
-    if (!outcome.isWritten || outcome.trashFailure)
-        addOnce(result.complaints, shown + ": " + complaintOf(outcome, input.path));
 }
 
 ResizeJob jobFor(const ConvertInput& input, const ConversionRecipes& recipes, JobPolicy policy) {
@@ -176,28 +140,34 @@ void throwWhenFailed(const ConvertInputs& inputs, std::size_t failures, bool all
         throw CommandError(summary);
 }
 
-void run(ConvertRequest request) {
-    const PresetStore store = PresetStore::load();
-    const ConversionRecipes recipes = recipesFor(request.options, chosenSets(store, request));
-    request.search.storedSets = store.sets();
+JobPolicy policyOf(const ConvertRequest& request) {
+    return {.onlyWithResult = true,
+            .refusesDamaged = !request.acceptsDamaged,
+            .replacesOnlyPictures = !request.firstOnly};
+}
+
+void runOnStream(const ConvertRequest& request, const ResizeSets& sets) {
+    const ConversionRecipe recipe = recipeForStream(request.options, sets);
+    setMaximumPixels(request.maxPixels);
+    const DecoderIsolation isolation(*isolationNamed(request.isolation), 1);
+    convertStream(recipe, policyOf(request));
+}
+
+void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
+    const ConversionRecipes recipes = recipesFor(request.options, sets);
     if (request.options.out)
         request.search.outFolder = absolutePath(typedWord(*request.options.out)).native();
-    for (std::string& file : request.files)
-        file = typedWord(file);
     const StopSignalsNoted untilTheEnd;
     const ConvertInputs inputs = findInputs(request.files, request.search);
     printFindings(inputs);
     std::size_t done = 0, failures = 0, leftLying = 0;
     {
         ConvertReport report(inputs.pictures.size());
-        const JobPolicy policy{.onlyWithResult = true,
-                               .refusesDamaged = !request.acceptsDamaged,
-                               .replacesOnlyPictures = !request.firstOnly};
         setMaximumPixels(request.maxPixels);
         const auto threads =
             static_cast<unsigned>(std::clamp<std::size_t>(inputs.pictures.size(), 1, request.jobs));
         const DecoderIsolation isolation(*isolationNamed(request.isolation), threads);
-        convert(inputs.pictures, jobsFor(inputs.pictures, recipes, policy), threads, report);
+        convert(inputs.pictures, jobsFor(inputs.pictures, recipes, policyOf(request)), threads, report);
         done = report.done();
         failures = report.failures();
         leftLying = report.leftLying();
@@ -205,6 +175,21 @@ void run(ConvertRequest request) {
     printHintOfLyingPictures(leftLying, request.options);
     throwWhenStopped(done, inputs.pictures.size());
     throwWhenFailed(inputs, failures, request.allowsEmpty);
+}
+
+void run(ConvertRequest request) {
+    const PresetStore store = PresetStore::load();
+    const ResizeSets sets = chosenSets(store, request);
+    request.search.storedSets = store.sets();
+    for (std::string& file : request.files)
+        file = typedWord(file);
+    const bool usesStream = std::ranges::find(request.files, "-") != request.files.end();
+    if (usesStream && request.files.size() > 1)
+        throw CommandError("- is one picture from standard input; it cannot be combined with files", 2);
+    if (usesStream)
+        runOnStream(request, sets);
+    else
+        runOnFiles(std::move(request), sets);
 }
 
 } // namespace
@@ -253,7 +238,12 @@ void addConvertCommand(CLI::App& program) {
             },
             ""))
         ->option_text("auto|strict|off");
-    command->add_option("FILE", request->files, "Pictures, or folders to search for pictures")->required();
+    command
+        ->add_option(
+            "FILE", request->files,
+            "Pictures, or folders to search for pictures; - reads one picture from standard input and writes "
+            "the result to standard output")
+        ->required();
     command->callback([request] { run(*request); });
 }
 

@@ -97,6 +97,10 @@ void ConvertOptions::addTo(CLI::App& command) {
             "--upright,!--no-upright", [this](std::int64_t count) { upright = count > 0; },
             "Turn all pictures upright, or none (default without a set: --upright)")
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    command.add_flag(
+        "--skip-fitting", skipsFitting,
+        "Copy a file unchanged that has the format already, is not larger, stands upright and has no "
+        "more metadata than asked for (default: every file is converted)");
     command.add_flag("--exif", exif, "Short for --metadata exif");
     command.add_flag("--replace", replaces,
                      "Put each result in the place of its original, which goes to the trash (default: as the "

@@ -17,6 +17,7 @@ struct ConvertOptions {
     std::optional<std::string> maxBytes;
     std::optional<bool> upright;
     std::optional<std::string> metadata, times, profile;
+    bool skipsFitting = false;
     bool exif = false; ///< short for `metadata` "exif"
     bool replaces = false;
     std::optional<std::string> out;

@@ -158,6 +158,7 @@ void changeRecipe(ConversionRecipe& recipe, const ConvertOptions& options) {
     if (options.background)
         recipe.background = *colorIn(*options.background);
     recipe.enlarges = !options.keepsSmall;
+    recipe.copiesFitting = options.skipsFitting;
     changeProperties(recipe, options);
     changePlace(recipe.place, options);
 }
@@ -195,16 +196,10 @@ void checkQuality(const ConvertOptions& options, const ConversionRecipes& recipe
                            + std::string(outputFormat(fixed->format.type).title) + " has none");
 }
 
-} // namespace
-
-bool describeResult(const ConvertOptions& options) {
-    return givesSize(options) || options.format || options.quality || options.maxBytes;
-}
-
-ConversionRecipes recipesFor(const ConvertOptions& options, const ResizeSets& sets) {
+/// The recipes, whether or not their results have a place.
+ConversionRecipes recipesAnywhere(const ConvertOptions& options, const ResizeSets& sets) {
     const std::vector<PixelSize> sizes = sizesOf(options);
     checkSizes(options, !sets.empty());
-    checkPlaces(options, !sets.empty());
     ConversionRecipes recipes;
     for (ConversionRecipe recipe : sets.empty() ? ConversionRecipes{recipeWithoutSet()} : recipesOf(sets)) {
         changeRecipe(recipe, options);
@@ -218,10 +213,36 @@ ConversionRecipes recipesFor(const ConvertOptions& options, const ResizeSets& se
         }
     }
     checkQuality(options, recipes);
+    return recipes;
+}
+
+} // namespace
+
+bool describeResult(const ConvertOptions& options) {
+    return givesSize(options) || options.format || options.quality || options.maxBytes;
+}
+
+ConversionRecipes recipesFor(const ConvertOptions& options, const ResizeSets& sets) {
+    checkPlaces(options, !sets.empty());
+    ConversionRecipes recipes = recipesAnywhere(options, sets);
     if (options.replaces && recipes.size() > 1)
         throw WrongOptions("--replace takes one result per file, and these options make "
                            + std::to_string(recipes.size()));
     return recipes;
+}
+
+ConversionRecipe recipeForStream(const ConvertOptions& options, const ResizeSets& sets) {
+    for (const auto& [name, isGiven] : {std::pair{"--out", options.out.has_value()},
+                                        {"--name", options.name.has_value()},
+                                        {"--replace", options.replaces}})
+        if (isGiven)
+            throw WrongOptions(std::string("- and ") + name
+                               + " contradict each other: the result goes to standard output");
+    ConversionRecipes recipes = recipesAnywhere(options, sets);
+    if (recipes.size() > 1)
+        throw WrongOptions("- takes one result, and these options make " + std::to_string(recipes.size()));
+    recipes.front().place = {.isReturned = true};
+    return recipes.front();
 }
 
 } // namespace kestrine

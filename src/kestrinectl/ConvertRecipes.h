@@ -14,4 +14,7 @@ bool describeResult(const ConvertOptions& options);
 /// that contradict each other, and when the results have no place.
 ConversionRecipes recipesFor(const ConvertOptions& options, const ResizeSets& sets);
 
+/// The same for one picture from standard input, whose result goes to standard output.
+ConversionRecipe recipeForStream(const ConvertOptions& options, const ResizeSets& sets);
+
 } // namespace kestrine

@@ -13,13 +13,17 @@ void printResult(const ConvertResult& result) {
     for (const std::string& line : result.lines)
         printLine(line);
     std::cout.flush();
+    printMessages(result);
+}
+
+} // namespace
+
+void printMessages(const ConvertResult& result) {
     for (const std::string& warning : result.warnings)
         printWarning(warning);
     for (const std::string& complaint : result.complaints)
         printError(complaint);
 }
-
-} // namespace
 
 ConvertReport::ConvertReport(std::size_t count)
     : count_(count), showsProgress_(count > 1 && isTerminal(OutputStream::standardError)) {

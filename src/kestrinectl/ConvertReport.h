@@ -17,6 +17,9 @@ struct ConvertResult {
     bool isLeftLying = false; ///< whether a result is not upright although the file says how to turn it
 };
 
+/// Prints the warnings and complaints.
+void printMessages(const ConvertResult& result);
+
 /// Prints results in the order of the inputs, even if they arrive in another order, and the progress on a
 /// terminal. Any thread.
 class ConvertReport {

@@ -79,6 +79,7 @@ struct ConversionRecipe {
     std::optional<ExifSelection> exif; ///< how much is kept, where the format can hold it; none by default
     std::uint64_t maxBytes = 0;        ///< the quality goes down until the file is as small; 0 for any size
     TimesRule times = TimesRule::now;
+    bool copiesFitting = false; ///< a file that is as the result should be becomes the result unchanged
     ResultPlace place;
 
     bool operator==(const ConversionRecipe&) const = default;

@@ -3,16 +3,14 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "_MyClasses/Category/ImageUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
-#include "models/RecipeConversion.h"
+#include "models/FittingFile.h"
+#include "models/ResultNaming.h"
 #include "platform/appkit/NSWorkspace.h"
-#include "platform/foundation/LocalTime.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/host/FailureCollector.h"
 #include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
-#include "platform/host/files/FileTimes.h"
 #include "platform/host/process/StopSignals.h"
-#include "platform/imageio/TakenDate.h"
 
 #include <algorithm>
 
@@ -56,14 +54,20 @@ public:
         JobOutcome outcome;
         PlannedResult plan{.format = namedFormat(recipe.format)};
         const std::shared_ptr<const NSData> data = convert(recipe, plan, outcome);
+        if (recipe.place.isReturned) {
+            outcome.data = data;
+            return outcome;
+        }
         const bool isWithheld = job_.policy.onlyWithResult && outcome.failure.has_value();
         const OptionalString folder = outputFolder(recipe);
         if (!folder && !outcome.failure)
             outcome.failure = Failure{Reason::notFound, "there is no folder for the result"};
         if (isWithheld || !folder)
             return outcome;
-        outcome.path = folder->appendingPathComponent(nameFor(recipe, plan));
-        const std::optional<FileTime> time = timeFor(recipe);
+        outcome.path = folder->appendingPathComponent(nameOfResult(job_, recipe, plan, file_));
+        const std::optional<FileTime> time = timeOfResult(recipe.times, file_);
+        if (job_.replacesFile() && outcome.fitsAlready)
+            return outcome;
         if (job_.replacesFile())
             replace(data.get(), outcome);
         else
@@ -83,7 +87,7 @@ public:
             if (plan.image == nullptr)
                 return u"";
         }
-        return folder ? folder->appendingPathComponent(nameFor(recipe, plan)) : NSString();
+        return folder ? folder->appendingPathComponent(nameOfResult(job_, recipe, plan, file_)) : NSString();
     }
 
 private:
@@ -104,14 +108,19 @@ private:
         noteHostility(collector);
         if (image != nullptr && !mayApply(outcome))
             return nullptr;
-        if (!hostility_)
+        const bool mayLoad = image != nullptr || job_.content == nullptr; // a path is tried again
+        if (!hostility_ && mayLoad)
             plan = plannedResult(recipe, file_, image);
-        auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
-        noteHostility(collector);
         outcome.format = plan.format;
         outcome.width = plan.width;
         outcome.height = plan.height;
         outcome.isLeftLying = plan.isLeftLying;
+        if (auto own = hostility_ ? nullptr : bytesIfFitting(recipe, plan, image.get())) {
+            outcome.fitsAlready = true;
+            return own;
+        }
+        auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
+        noteHostility(collector);
         if (image != nullptr)
             outcome.damage = image->damage();
         if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
@@ -122,6 +131,18 @@ private:
         if (data == nullptr)
             outcome.failure = reasonIn(collector);
         return data;
+    }
+
+    /// The bytes of the file if the recipe asks to use them and they are as the result should be; else nil.
+    std::shared_ptr<const NSData> bytesIfFitting(const ConversionRecipe& recipe, const PlannedResult& plan,
+                                                 const NSImage* image) const {
+        if (!recipe.copiesFitting || image == nullptr)
+            return nullptr;
+        const auto reader = job_.content != nullptr ? Result(job_.content) : readerOfPath(job_.path.utf8());
+        if (!reader || !fitsAlready(recipe, plan, file_, *image, (*reader)->size()))
+            return nullptr;
+        Result<Bytes> bytes = (*reader)->readAll((*reader)->size());
+        return bytes ? std::make_shared<const NSData>(*std::move(bytes)) : nullptr;
     }
 
     /// Whether the job may replace the file, if it does. Otherwise the outcome has the reason.
@@ -137,52 +158,6 @@ private:
             outcome.refusal = Refusal::holdsMore;
         }
         return !outcome.failure;
-    }
-
-    NSString nameFor(const ConversionRecipe& recipe, const PlannedResult& plan) const {
-        const ResultPlace& place = recipe.place;
-        const NSString usual = resultName(job_.path, plan.format, place.keepsExtension);
-        if (!place.name)
-            return usual;
-        return NSString::fromUTF8(
-            place.name->nameFor({.stem = job_.path.lastPathComponent().deletingPathExtension().utf8(),
-                                 .extension = usual.pathExtension().utf8(),
-                                 .set = place.setName.value_or(u"").utf8(),
-                                 .width = plan.width,
-                                 .height = plan.height,
-                                 .number = job_.number,
-                                 .count = job_.count,
-                                 .date = place.name->uses(NameTemplate::Field::date) ? day() : ""}));
-    }
-
-    /// When the picture was taken, as the camera wrote it; empty if the file does not say it.
-    std::string takenDate() const {
-        if (file_.opened == nullptr)
-            return "";
-        const Result<Bytes> date = file_.opened->answer(takenDateOf);
-        return date ? std::string(date->begin(), date->end()) : "";
-    }
-
-    /// The day when the picture was taken, or else when the file was modified: YYYY-MM-DD in local time.
-    std::string day() const {
-        std::string date = takenDate();
-        if (date.empty())
-            if (const Result<FileTime> modified = modificationTime(job_.path.utf8()))
-                date = isoText(std::chrono::floor<std::chrono::seconds>(*modified));
-        date.resize(std::min<std::size_t>(date.size(), 10));
-        std::ranges::replace(date, ':', '-');
-        return date;
-    }
-
-    /// The modification time of the result; nullopt for the usual one.
-    std::optional<FileTime> timeFor(const ConversionRecipe& recipe) const {
-        if (recipe.times == TimesRule::keep) {
-            const Result<FileTime> modified = modificationTime(job_.path.utf8());
-            return modified ? std::optional(*modified) : std::nullopt;
-        }
-        if (recipe.times == TimesRule::taken)
-            return dateFromText(NSString::fromUTF8(takenDate()));
-        return std::nullopt;
     }
 
     /// A file that broke the decoder, or took all it may take, is not tried again.
@@ -267,7 +242,9 @@ private:
         const bool turns = std::ranges::find(job_.recipes, UprightRule::narrow, &ConversionRecipe::upright)
                            != job_.recipes.end();
         const FileQuestion question = turns ? orientationQuestionFor(job_.path) : nullptr;
-        Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8(), question);
+        Result<std::shared_ptr<Source>> source = job_.content != nullptr
+                                                     ? PictureEngine::current().open(job_.content, question)
+                                                     : openPicture(job_.path.utf8(), question);
         if (!source) {
             noteFailure(source.failure());
             return false;

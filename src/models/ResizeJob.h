@@ -2,9 +2,12 @@
 #pragma once
 
 #include "models/ConversionRecipe.h"
+#include "platform/foundation/NSData.h"
 #include "platform/host/Result.h"
+#include "platform/host/files/ByteReader.h"
 #include "platform/imageio/FileContents.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,7 +32,8 @@ struct ResizeJob {
     OptionalString saveFolderPath; ///< the folder that holds the file
     ConversionRecipes recipes;     ///< to apply, in order
     JobPolicy policy;
-    std::size_t number = 1, count = 1; ///< the file is the number-th of so many
+    std::size_t number = 1, count = 1;         ///< the file is the number-th of so many
+    std::shared_ptr<const ByteReader> content; ///< null: that of the file at `path`
 
     /// Whether the result replaces the original: there is one recipe only, and it is a replacing one.
     bool replacesFile() const { return recipes.size() == 1 && recipes.front().place.replaces; }
@@ -42,6 +46,8 @@ enum class Refusal : std::uint8_t { none, damaged, holdsMore };
 struct JobOutcome {
     NSString path; ///< of the output, written or not; "" when there was no folder for it
     bool isWritten = false;
+    bool fitsAlready = false;             ///< the file was not converted, since it is as the result should be
+    std::shared_ptr<const NSData> data;   ///< of a result that is returned and not written; else nil
     const OutputFormat* format = nullptr; ///< null when there was none
     std::uint32_t width = 0, height = 0;  ///< in pixels; 0 when there was no result
     bool isLeftLying = false; ///< whether it is not upright although the file says how it should be turned
@@ -51,6 +57,8 @@ struct JobOutcome {
     Refusal refusal = Refusal::none;     ///< why nothing was written, with `failure`
     std::optional<Failure> trashFailure; ///< why the original to be replaced is still in its place
     std::string trashedPath;             ///< the original's path in the trash; "" when it is not there
+
+    bool hasResult() const { return isWritten || data != nullptr || (fitsAlready && !failure); }
 };
 
 /// Runs the job on this thread and returns one outcome per recipe, in their order. The file is opened once,

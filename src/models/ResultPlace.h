@@ -12,6 +12,8 @@ struct ResultPlace {
     /// In the place of the original, which goes to the trash. Only for the only recipe of a job; the folders
     /// below are for results of jobs with several.
     bool replaces = false;
+    /// To the caller, who gets the bytes in the outcome; nothing is written.
+    bool isReturned = false;
     OptionalString base;      ///< absolute; nil for the given folder, or else the one that holds the file
     OptionalString subfolder; ///< below the base
     bool keepsTree = true;    ///< whether a file's place below the given folder is kept below the result

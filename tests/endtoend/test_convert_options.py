@@ -394,6 +394,89 @@ class Properties(ConvertByOptions):
         self.assertGreater(pictures.psnr(numpy.asarray(done), numpy.asarray(expected)), 40)
 
 
+class SkipFitting(ConvertByOptions):
+    def is_copied(self, name, *arguments):
+        """Whether the file becomes the result as it is."""
+        self.convert("--skip-fitting", *arguments, "--out", "out", name)
+        result = next((self.folder / "out").iterdir()).read_bytes()
+        shutil.rmtree(self.folder / "out")
+        return result == (self.folder / name).read_bytes()
+
+    def test_a_file_that_is_as_asked_for_is_copied(self):
+        self.picture("photo.jpg", quality=95)
+        for name in ("a.png", "photo.jpg"):
+            self.assertTrue(self.is_copied(name, "--longest", "600"))
+            self.assertTrue(self.is_copied(name, "--longest", "60", "--max-bytes", "1M", "--profile", "srgb"))
+            self.assertTrue(self.is_copied(name, "--cover", "60x40"))
+
+    def test_a_file_that_is_not_is_converted(self):
+        self.picture("photo.jpg", quality=95)
+        for arguments in (("--longest", "59"), ("--percent", "99"), ("--longest", "600", "--format", "png"),
+                          ("--cover", "600x400"), ("--longest", "600", "--max-bytes", "3000"),
+                          ("--fit", "60x60", "--pad", "white")):
+            self.assertFalse(self.is_copied("photo.jpg", *arguments), arguments)
+        self.picture("wide.png", icc_profile=WIDE_PROFILE)
+        self.assertFalse(self.is_copied("wide.png", "--longest", "600", "--profile", "srgb"))
+
+    def test_a_lying_picture_and_one_with_more_metadata_are_converted(self):
+        samples = pictures.photo(60, 40)
+        (self.folder / "lying.jpg").write_bytes(pictures.jpeg(samples, pictures.exif(6)))
+        self.assertFalse(self.is_copied("lying.jpg", "--longest", "600", "--metadata", "all"))
+        (self.folder / "photo.jpg").write_bytes(pictures.jpeg(samples))
+        for tag, allowing in (("-GPSLatitude=12.5", "all"), ("-XMP:Title=x", "all"), ("-IPTC:Credit=x", "all"),
+                              ("-Comment=x", "all"), ("-PNG:Comment=x", "all")):
+            name = "a.png" if "PNG" in tag else "photo.jpg"
+            subprocess.run(["exiftool", "-q", "-overwrite_original", "-all=", tag, self.folder / name], check=True)
+            self.assertFalse(self.is_copied(name, "--longest", "600"), tag)
+            self.assertTrue(self.is_copied(name, "--longest", "600", "--metadata", allowing), tag)
+
+    def test_results_of_an_earlier_run_fit(self):
+        block = pictures.exif(1, extra=[(0x0110, 2, 4, b"abc\0")])
+        (self.folder / "photo.jpg").write_bytes(pictures.jpeg(pictures.photo(60, 40), block))
+        self.convert("--longest", "30", "--out", "first", "photo.jpg")
+        self.assertTrue(self.is_copied("first/photo.jpg", "--longest", "30"))
+        self.assertFalse(self.is_copied("first/photo.jpg", "--longest", "30", "--metadata", "none"))
+
+    def test_with_replace_a_fitting_file_stays(self):
+        status = (self.folder / "a.png").stat()
+        done = self.convert("--skip-fitting", "--longest", "600", "--replace", "a.png")
+        self.assertEqual(done.stdout, b"a.png stays, it fits already\n")
+        self.assertEqual((self.folder / "a.png").stat().st_ino, status.st_ino)
+
+
+class Streams(ConvertByOptions):
+    def stream(self, *arguments, content=None, status=0):
+        """What the command writes to standard output, and its messages."""
+        content = (self.folder / "a.png").read_bytes() if content is None else content
+        done = self.kestrinectl("convert", *arguments, "-", input=content)
+        self.assertEqual(done.returncode, status, done)
+        return done.stdout, done.stderr.decode()
+
+    def test_a_picture_from_standard_input_becomes_one_on_standard_output(self):
+        for arguments in (("--longest", "30"), ("--format", "jpeg"), ("--longest", "30", "--isolation", "off")):
+            self.convert(*arguments, "--out", "out", "a.png")
+            expected = next((self.folder / "out").iterdir()).read_bytes()
+            shutil.rmtree(self.folder / "out")
+            self.assertEqual(self.stream(*arguments), (expected, ""))
+        self.assertEqual(self.names(), self.before)
+
+    def test_a_preset_is_applied_to_it(self):
+        self.store({"name": "Web", "formatType": JPEG, "resizeType": 2, "maxSize": 30.0, "replaceFile": 1}, selection=[(0, 1)])
+        written, messages = self.stream()
+        self.assertEqual((Image.open(io.BytesIO(written)).size, messages), ((31, 20), ""))
+
+    def test_what_is_no_picture_is_an_error_without_output(self):
+        written, messages = self.stream("--longest", "30", content=b"words", status=1)
+        self.assertEqual((written, messages.splitlines()), (b"", [
+            "kestrinectl: standard input: the file is in no picture format that is known here",
+            "kestrinectl: the picture could not be converted as requested"]))
+
+    def test_it_stands_alone_and_has_one_result(self):
+        for arguments in (("--longest", "30", "a.png"), ("--longest", "30,60"), ("--longest", "30", "--out", "x"),
+                          ("--replace", "--longest", "3"), ("--longest", "30", "--name", "x")):
+            self.assertRegex(self.stream(*arguments, status=2)[1], r"\Akestrinectl: - [^\n]+\n\Z")
+
+
 class WrongOptions(ConvertByOptions):
     def test_contradictions_are_named_in_one_line_and_nothing_is_converted(self):
         self.assertEqual(self.refused("--longest", "30", "--width", "30", "--out", "x"),
