@@ -1,5 +1,7 @@
 #include "kestrinectl/ConvertChains.h"
 
+#include "kestrinectl/ConvertInputs.h"
+#include "kestrinectl/ForEachPosition.h"
 #include "platform/host/files/FileStatus.h"
 
 #include <algorithm>
@@ -14,18 +16,6 @@ namespace kestrine {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The name of an output if it is free; "" when there will be no output.
-fs::path firstChoice(const ConvertInput& input, const ResizeSet& set, bool replaces) {
-    const NSString path = NSString::fromUTF8(input.path);
-    const OptionalString root =
-        input.rootFolder ? OptionalString(NSString::fromUTF8(*input.rootFolder)) : std::nullopt;
-    const NSString own = path.deletingLastPathComponent();
-    const OptionalString folder = replaces ? own : set.resizeFolderForPath(own, root);
-    if (!folder)
-        return {};
-    return canonicalPath(folder->utf8()) / set.fileNameForPath(path).utf8();
-}
 
 /// The name that is tried before this one: "a.jpg" for "a_1.jpg". Empty for a name without a number.
 fs::path wantedBefore(const fs::path& path) {
@@ -66,27 +56,31 @@ private:
     std::vector<std::size_t> leaders_; ///< each points to an earlier one of its chain, the first to itself
 };
 
-/// The inputs whose first choice is this name, and whether one of them must use a later choice.
+/// The jobs whose first choice is this name, and whether one of them must use a later choice.
 struct Name {
     std::vector<std::size_t> wantedBy;
     bool isContested = false;
 };
 using Names = std::map<fs::path, Name>;
 
-Names firstChoices(const std::vector<ConvertInput>& inputs, const ResizeSets& sets) {
-    const bool replaces = sets.size() == 1 && sets.front()->replaceFile() != 0;
+fs::path placeOf(const NSString& path) {
+    const fs::path file = path.utf8();
+    return canonicalPath(file.parent_path()) / file.filename();
+}
+
+Names firstChoices(const std::vector<ResizeJob>& jobs, unsigned threads) {
+    std::vector<std::vector<NSString>> wanted(jobs.size());
+    forEachPosition(jobs.size(), threads, [&](std::size_t i) { wanted[i] = wantedPaths(jobs[i]); });
     Names names;
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        const fs::path own =
-            canonicalPath(fs::path(inputs[i].path).parent_path()) / fs::path(inputs[i].path).filename();
-        for (const auto& set : sets) {
-            const fs::path choice = firstChoice(inputs[i], *set, replaces);
-            if (choice.empty())
+    for (std::size_t i = 0; i < jobs.size(); ++i) {
+        const fs::path own = jobs[i].replacesFile() ? placeOf(jobs[i].path) : fs::path();
+        for (const NSString& path : wanted[i]) {
+            if (path.isEmpty())
                 continue;
+            const fs::path choice = placeOf(path);
             Name& name = names[choice];
-            const bool makesRoom = replaces && choice == own;
             name.isContested =
-                name.isContested || !name.wantedBy.empty() || (!makesRoom && isTaken(choice.native()));
+                name.isContested || !name.wantedBy.empty() || (choice != own && isTaken(choice.native()));
             name.wantedBy.push_back(i);
         }
     }
@@ -95,14 +89,14 @@ Names firstChoices(const std::vector<ConvertInput>& inputs, const ResizeSets& se
 
 } // namespace
 
-std::vector<ConvertChain> independentChains(const std::vector<ConvertInput>& inputs, const ResizeSets& sets) {
-    Names names = firstChoices(inputs, sets);
+std::vector<ConvertChain> independentChains(const std::vector<ResizeJob>& jobs, unsigned threads) {
+    Names names = firstChoices(jobs, threads);
     std::vector<Names::iterator> shortestFirst;
     for (auto it = names.begin(); it != names.end(); ++it)
         shortestFirst.push_back(it);
     std::ranges::stable_sort(shortestFirst, {}, [](const auto& it) { return it->first.native().size(); });
 
-    Chains chains(inputs.size());
+    Chains chains(jobs.size());
     for (const auto& it : shortestFirst) {
         auto& [path, name] = *it;
         for (const std::size_t other : name.wantedBy)

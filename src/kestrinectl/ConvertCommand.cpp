@@ -2,24 +2,23 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ConvertChains.h"
-#include "kestrinectl/ConvertContents.h"
+#include "kestrinectl/ConvertInputs.h"
+#include "kestrinectl/ConvertOutcome.h"
+#include "kestrinectl/ConvertRecipes.h"
 #include "kestrinectl/ConvertReport.h"
+#include "kestrinectl/ConvertStream.h"
 #include "kestrinectl/DecoderIsolation.h"
+#include "kestrinectl/ForEachPosition.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/NumberBetween.h"
 #include "kestrinectl/PresetStore.h"
-#include "kestrinectl/ShownPath.h"
 #include "kestrinectl/Words.h"
 #include "models/ResizeJob.h"
-#include "platform/coregraphics/RowsAhead.h"
 #include "platform/host/process/ProcessorCount.h"
 #include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
-#include <atomic>
 #include <exception>
-#include <mutex>
-#include <thread>
 
 namespace kestrine {
 
@@ -30,6 +29,7 @@ constexpr std::uint64_t highestPixelLimit = std::uint64_t{maximumSide} * maximum
 
 struct ConvertRequest {
     std::vector<std::string> setNames;
+    ConvertOptions options;
     std::vector<std::string> files;
     unsigned jobs = processorCount();
     ConvertSearch search;
@@ -40,16 +40,18 @@ struct ConvertRequest {
     std::string isolation = "auto";
 };
 
-/// The named sets or, if none is named, the selected ones.
-ResizeSets chosenSets(const PresetStore& store, const std::vector<std::string>& names) {
+/// The named sets or, if none is named, the selected ones; none if the options describe the result.
+ResizeSets chosenSets(const PresetStore& store, const ConvertRequest& request) {
     ResizeSets sets;
-    for (const std::string& name : names)
+    for (const std::string& name : request.setNames)
         sets.push_back(store.sets()[store.positionOf(name)]);
-    if (names.empty())
-        for (const std::size_t position : store.selection())
-            sets.push_back(store.sets()[position]);
+    if (!sets.empty() || describeResult(request.options))
+        return sets;
+    for (const std::size_t position : store.selection())
+        sets.push_back(store.sets()[position]);
     if (sets.empty())
-        throw CommandError("no set is selected; name one with --set");
+        throw CommandError("no set is selected; name one with --set, or describe the result, such as with "
+                           "--longest 1200 --out small");
     return sets;
 }
 
@@ -57,119 +59,48 @@ std::string counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
-    if (outcome.isWritten)
-        return "the original stays, it could not go to the trash (" + outcome.trashFailure->text
-               + "); the result is " + shownPath(outcome.path.utf8());
-    std::string complaint = withoutPath(outcome.failure->text, path);
-    if (outcome.refusal == Refusal::holdsMore)
-        complaint = reasonNotToReplace(outcome.contents);
-    if (outcome.refusal == Refusal::damaged)
-        complaint = "the picture is damaged (" + complaint
-                    + "), nothing was written; --accept-damaged converts it anyway";
-    if (!outcome.trashedPath.empty())
-        complaint +=
-            "; the original is in the trash: restore it there, or move it back from " + outcome.trashedPath;
-    return complaint;
+ResizeJob jobFor(const ConvertInput& input, const ConversionRecipes& recipes, JobPolicy policy) {
+    const NSString path = NSString::fromUTF8(input.path);
+    const OptionalString root =
+        input.rootFolder ? OptionalString(NSString::fromUTF8(*input.rootFolder)) : std::nullopt;
+    return {path, root, path.deletingLastPathComponent(), recipes, policy};
 }
 
-/// Sets often fail for the same reason, so one line reports it.
-void addOnce(std::vector<std::string>& lines, const std::string& line) {
-    if (std::ranges::find(lines, line) == lines.end())
-        lines.push_back(line);
+std::vector<ResizeJob> jobsFor(const std::vector<ConvertInput>& inputs, const ConversionRecipes& recipes,
+                               JobPolicy policy) {
+    std::vector<ResizeJob> jobs;
+    for (const ConvertInput& input : inputs) {
+        jobs.push_back(jobFor(input, recipes, policy));
+        jobs.back().number = jobs.size();
+        jobs.back().count = inputs.size();
+    }
+    return jobs;
 }
 
-void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutcome& outcome) {
-    const std::string& shown = input.shown;
-    if (outcome.isWritten)
-        result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
-    if (const auto omission = omissionIn(outcome.contents); omission && outcome.isWritten)
-        addOnce(result.warnings, shown + ": " + *omission);
-    if (outcome.isWritten && outcome.damage)
-        result.warnings.push_back(shown + ": the picture is damaged (" + outcome.damage->text
-                                  + "); the result shows what could be read");
-    if (!outcome.isWritten || outcome.trashFailure)
-        addOnce(result.complaints, shown + ": " + complaintOf(outcome, input.path));
+ConvertResult resultOf(const ResizeJob& job, const ConvertInput& input) {
+    ConvertResult result;
+    try {
+        for (const JobOutcome& outcome : runJob(job))
+            addOutcome(result, input, outcome);
+    } catch (const std::bad_alloc&) {
+        result.complaints.push_back(input.shown + ": not enough memory");
+    } catch (const std::exception& error) {
+        result.complaints.push_back(input.shown + ": " + error.what());
+    }
+    return result;
 }
 
-/// Converts files and reports them; several threads may do so at once.
-class Conversion {
-public:
-    Conversion(const std::vector<ConvertInput>& inputs, const ResizeSets& sets, JobPolicy policy,
-               ConvertReport& report)
-        : inputs_(inputs), sets_(sets), policy_(policy), report_(report) {}
-
-    /// Returns when all are finished or, after a stop signal, those that were begun.
-    void run(unsigned jobs) {
-        const std::vector<ConvertChain> chains = independentChains(inputs_, sets_);
-        const std::size_t workers = std::min<std::size_t>(jobs, chains.size());
-        if (workers <= 1)
-            return work(chains);
-        workOnThreads(chains, workers);
-        if (exception_ != nullptr)
-            std::rethrow_exception(exception_);
-    }
-
-private:
-    /// This thread is one of them. If the system permits fewer threads, they do the work of all.
-    void workOnThreads(const std::vector<ConvertChain>& chains, std::size_t count) {
-        std::vector<std::jthread> others;
-        try {
-            while (others.size() + 1 < count)
-                others.emplace_back([this, &chains] { workOnThread(chains); });
-        } catch (const std::exception& tooManyThreads) {
-            (void)tooManyThreads;
-        }
-        workOnThread(chains);
-    }
-
-    void workOnThread(const std::vector<ConvertChain>& chains) {
-        const OneThreadScope wholeFileToThisCore;
-        try {
-            work(chains);
-        } catch (const std::exception&) {
-            const std::lock_guard lock(exceptionMutex_);
-            exception_ = std::current_exception();
-        }
-    }
-
-    void work(const std::vector<ConvertChain>& chains) {
-        for (std::size_t chain = nextChain_++; chain < chains.size(); chain = nextChain_++)
-            for (const std::size_t position : chains[chain]) {
-                if (StopSignalsNoted::noted() != 0)
-                    return;
-                report_.finished(position, convert(inputs_[position]));
-            }
-    }
-
-    ConvertResult convert(const ConvertInput& input) const {
-        ConvertResult result;
-        try {
-            for (const JobOutcome& outcome : runJob(jobFor(input)))
-                addOutcome(result, input, outcome);
-        } catch (const std::bad_alloc&) {
-            result.complaints.push_back(input.shown + ": not enough memory");
-        } catch (const std::exception& error) {
-            result.complaints.push_back(input.shown + ": " + error.what());
-        }
-        return result;
-    }
-
-    ResizeJob jobFor(const ConvertInput& input) const {
-        const NSString path = NSString::fromUTF8(input.path);
-        const OptionalString root =
-            input.rootFolder ? OptionalString(NSString::fromUTF8(*input.rootFolder)) : std::nullopt;
-        return {path, root, path.deletingLastPathComponent(), sets_, policy_};
-    }
-
-    const std::vector<ConvertInput>& inputs_;
-    const ResizeSets& sets_;
-    const JobPolicy policy_;
-    ConvertReport& report_;
-    std::atomic<std::size_t> nextChain_ = 0;
-    std::mutex exceptionMutex_;
-    std::exception_ptr exception_; ///< what ended a thread's work; guarded by exceptionMutex_
-};
+/// Converts files and reports them. Returns when all are finished or, after a stop signal, those that were
+/// begun.
+void convert(const std::vector<ConvertInput>& inputs, const std::vector<ResizeJob>& jobs, unsigned threads,
+             ConvertReport& report) {
+    const std::vector<ConvertChain> chains = independentChains(jobs, threads);
+    forEachPosition(chains.size(), threads, [&](std::size_t chain) {
+        for (const std::size_t position : chains[chain])
+            if (StopSignalsNoted::noted() == 0)
+                report.finished(position, resultOf(jobs[position], inputs[position]));
+    });
+}
 
 void printFindings(const ConvertInputs& inputs) {
     for (const auto& sentences : {inputs.complaints, inputs.leftOut, inputs.emptyFolders})
@@ -177,6 +108,13 @@ void printFindings(const ConvertInputs& inputs) {
             printError(sentence);
     if (inputs.otherFiles > 0)
         printError(counted(inputs.otherFiles, "other file") + " left out");
+}
+
+/// Only for options that do not say what to do about the orientation.
+void printHintOfLyingPictures(std::size_t count, const ConvertOptions& options) {
+    if (count > 0 && !options.upright)
+        printHint(counted(count, "picture")
+                  + " should be turned, which the set does not do; --upright does it");
 }
 
 void throwWhenStopped(std::size_t done, std::size_t count) {
@@ -202,43 +140,71 @@ void throwWhenFailed(const ConvertInputs& inputs, std::size_t failures, bool all
         throw CommandError(summary);
 }
 
-void run(ConvertRequest request) {
-    const PresetStore store = PresetStore::load();
-    const ResizeSets sets = chosenSets(store, request.setNames);
-    request.search.storedSets = store.sets();
-    for (std::string& file : request.files)
-        file = typedWord(file);
+JobPolicy policyOf(const ConvertRequest& request) {
+    return {.onlyWithResult = true,
+            .refusesDamaged = !request.acceptsDamaged,
+            .replacesOnlyPictures = !request.firstOnly};
+}
+
+void runOnStream(const ConvertRequest& request, const ResizeSets& sets) {
+    const ConversionRecipe recipe = recipeForStream(request.options, sets);
+    setMaximumPixels(request.maxPixels);
+    const DecoderIsolation isolation(*isolationNamed(request.isolation), 1);
+    convertStream(recipe, policyOf(request));
+}
+
+void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
+    const ConversionRecipes recipes = recipesFor(request.options, sets);
+    if (request.options.out)
+        request.search.outFolder = absolutePath(typedWord(*request.options.out)).native();
     const StopSignalsNoted untilTheEnd;
     const ConvertInputs inputs = findInputs(request.files, request.search);
     printFindings(inputs);
-    std::size_t done = 0, failures = 0;
+    std::size_t done = 0, failures = 0, leftLying = 0;
     {
         ConvertReport report(inputs.pictures.size());
-        const JobPolicy policy{.onlyWithResult = true,
-                               .refusesDamaged = !request.acceptsDamaged,
-                               .replacesOnlyPictures = !request.firstOnly};
         setMaximumPixels(request.maxPixels);
-        const auto jobs =
+        const auto threads =
             static_cast<unsigned>(std::clamp<std::size_t>(inputs.pictures.size(), 1, request.jobs));
-        const DecoderIsolation isolation(*isolationNamed(request.isolation), jobs);
-        Conversion(inputs.pictures, sets, policy, report).run(jobs);
+        const DecoderIsolation isolation(*isolationNamed(request.isolation), threads);
+        convert(inputs.pictures, jobsFor(inputs.pictures, recipes, policyOf(request)), threads, report);
         done = report.done();
         failures = report.failures();
+        leftLying = report.leftLying();
     }
+    printHintOfLyingPictures(leftLying, request.options);
     throwWhenStopped(done, inputs.pictures.size());
     throwWhenFailed(inputs, failures, request.allowsEmpty);
+}
+
+void run(ConvertRequest request) {
+    const PresetStore store = PresetStore::load();
+    const ResizeSets sets = chosenSets(store, request);
+    request.search.storedSets = store.sets();
+    for (std::string& file : request.files)
+        file = typedWord(file);
+    const bool usesStream = std::ranges::find(request.files, "-") != request.files.end();
+    if (usesStream && request.files.size() > 1)
+        throw CommandError("- is one picture from standard input; it cannot be combined with files", 2);
+    if (usesStream)
+        runOnStream(request, sets);
+    else
+        runOnFiles(std::move(request), sets);
 }
 
 } // namespace
 
 void addConvertCommand(CLI::App& program) {
-    CLI::App* command = program.add_subcommand("convert", "Apply sets to pictures, on all cores");
+    CLI::App* command =
+        program.add_subcommand("convert", "Convert pictures by sets or by options, on all cores");
     auto request = std::make_shared<ConvertRequest>();
     command
         ->add_option(
             "--set", request->setNames,
-            "Set to apply: a name, or a position such as @2; may be repeated (default: the selected sets)")
+            "Set to apply: a name, or a position such as @2; may be repeated (default: the selected sets, or "
+            "none if an option gives a size, a format or a quality)")
         ->allow_extra_args(false);
+    request->options.addTo(*command);
     command
         ->add_option("-j,--jobs", request->jobs,
                      "How many files to convert at the same time (default: the number of cores)")
@@ -272,7 +238,12 @@ void addConvertCommand(CLI::App& program) {
             },
             ""))
         ->option_text("auto|strict|off");
-    command->add_option("FILE", request->files, "Pictures, or folders to search for pictures")->required();
+    command
+        ->add_option(
+            "FILE", request->files,
+            "Pictures, or folders to search for pictures; - reads one picture from standard input and writes "
+            "the result to standard output")
+        ->required();
     command->callback([request] { run(*request); });
 }
 

@@ -18,16 +18,6 @@ namespace {
 
 bool isHidden(const fs::path& path) { return path.filename().native().starts_with('.'); }
 
-/// A relative path is below the current folder. "." is removed; ".." stays, since after a link it may not
-/// lead to the previous folder.
-fs::path absolutePath(const fs::path& path) {
-    fs::path result;
-    for (const fs::path& step : fs::absolute(path))
-        if (step != ".")
-            result /= step;
-    return result;
-}
-
 enum class Content { picture, unreadablePicture, other };
 
 Content contentOf(const ByteReader& reader, const std::string& path) {
@@ -47,8 +37,9 @@ fs::path withoutTrailingSeparator(const fs::path& path) {
 /// The folders of results, which are not searched unless they are arguments.
 class OutputFolders {
 public:
-    OutputFolders(const ResizeSets& storedSets, const std::vector<std::string>& arguments) {
-        for (const auto& set : storedSets)
+    OutputFolders(const ConvertSearch& search, const std::vector<std::string>& arguments)
+        : outFolder_(search.outFolder.empty() ? fs::path() : canonicalPath(search.outFolder)) {
+        for (const auto& set : search.storedSets)
             endings_.push_back(NSString(u"/").appendingPathComponent(set->name().value_or(u"")).utf8());
         for (const std::string& argument : arguments)
             typed_.insert(canonicalPath(argument));
@@ -57,13 +48,20 @@ public:
     bool contain(const fs::path& folder) const {
         const std::string path = absolutePath(folder).native();
         return std::ranges::any_of(endings_,
-                                   [&](const std::string& ending) { return path.ends_with(ending); });
+                                   [&](const std::string& ending) { return path.ends_with(ending); })
+               || isOut(folder);
+    }
+
+    /// Whether it is the folder for the results of this run.
+    bool isOut(const fs::path& folder) const {
+        return !outFolder_.empty() && canonicalPath(folder) == outFolder_;
     }
 
     /// True if the folder is not an argument and was not checked before.
     bool isNews(const fs::path& folder) { return typed_.insert(canonicalPath(folder)).second; }
 
 private:
+    const fs::path outFolder_;
     std::vector<std::string> endings_; ///< of their paths: "/Web"
     std::set<fs::path> typed_;         ///< and those that were checked
 };
@@ -71,7 +69,7 @@ private:
 class Finder {
 public:
     Finder(const std::vector<std::string>& arguments, const ConvertSearch& search)
-        : search_(search), outputFolders_(search.storedSets, arguments) {}
+        : search_(search), outputFolders_(search, arguments) {}
 
     void addArgument(const std::string& argument) {
         std::error_code ignored;
@@ -138,8 +136,10 @@ private:
         if (search_.allFolders || !outputFolders_.contain(folder))
             return searchFolder(folder);
         if (outputFolders_.isNews(folder))
-            found_.leftOut.push_back("left out " + shownPath(folder.native())
-                                     + ", a folder for the results of a set; --all-folders searches it");
+            found_.leftOut.push_back(
+                "left out " + shownPath(folder.native()) + ", "
+                + (outputFolders_.isOut(folder) ? "the folder of --out" : "a folder for the results of a set")
+                + "; --all-folders searches it");
     }
 
     void visitFile(const fs::path& file) {
@@ -180,6 +180,15 @@ private:
 };
 
 } // namespace
+
+// ".." stays, since after a link it may not lead to the previous folder.
+fs::path absolutePath(const fs::path& path) {
+    fs::path result;
+    for (const fs::path& step : fs::absolute(path))
+        if (step != ".")
+            result /= step;
+    return result;
+}
 
 fs::path canonicalPath(const fs::path& path) {
     std::error_code error;

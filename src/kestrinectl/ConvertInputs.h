@@ -22,6 +22,7 @@ struct ConvertSearch {
     bool recursive = false;  ///< sub-folders too, except those named like a stored set, at any depth
     bool allFolders = false; ///< every sub-folder with any name
     ResizeSets storedSets;
+    std::string outFolder; ///< the folder for the results of this run, absolute; "" if there is none
 };
 
 /// What was found.
@@ -39,6 +40,9 @@ struct ConvertInputs {
 /// pictures, recognised by content and sorted by name. Ignores hidden files and does not follow links to
 /// folders. Ends early after a stop signal.
 ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search);
+
+/// The path below the current folder if it is relative, without ".".
+std::filesystem::path absolutePath(const std::filesystem::path& path);
 
 /// The path with all links resolved, so that each place has only one; the given path if the system cannot
 /// resolve it.

@@ -14,10 +14,10 @@ using namespace std::string_view_literals;
 constexpr std::string_view extensions[] = {
     // formats that are read, so that a damaged or empty file does not go unnoticed
     "jpg", "jpeg", "jpe", "jfif", "png", "tif", "tiff", "gif", "bmp", "dib", "pbm", "pgm", "ppm", "pnm",
-    "webp", "jxl", "jp2", "j2k", "j2c", "jpc", "jpf", "jpx", "psd", "psb", "tga", "icb", "vda", "ico", "cur",
-    "icns", "pcx", "dcx", "qoi", "sgi",
+    "webp", "heic", "heif", "heics", "heifs", "hif", "avif", "avifs", "jxl", "jp2", "j2k", "j2c", "jpc",
+    "jpf", "jpx", "psd", "psb", "tga", "icb", "vda", "ico", "cur", "icns", "pcx", "dcx", "qoi", "sgi",
     // others
-    "heic", "heif", "hif", "avif", "svg", "svgz", "xcf", "exr", "hdr", "dds", "jxr",
+    "svg", "svgz", "xcf", "exr", "hdr", "dds", "jxr",
     // camera raw
     "dng", "3fr", "arw", "cr2", "cr3", "crw", "dcr", "erf", "fff", "iiq", "k25", "kdc", "mef", "mos", "mrw",
     "nef", "nrw", "orf", "pef", "raf", "rw2", "rwl", "sr2", "srf", "srw", "x3f"};
@@ -26,15 +26,7 @@ struct Sign {
     std::size_t offset;
     std::string_view bytes;
 };
-constexpr Sign signs[] = {{4, "ftypheic"sv},
-                          {4, "ftypheix"sv},
-                          {4, "ftyphevc"sv},
-                          {4, "ftypheim"sv},
-                          {4, "ftypmif1"sv},
-                          {4, "ftypmsf1"sv},
-                          {4, "ftypavif"sv},
-                          {4, "ftypavis"sv},
-                          {4, "ftypcrx "sv}, // HEIF, AVIF, camera raw
+constexpr Sign signs[] = {{4, "ftypcrx "sv}, // camera raw
                           {0, "gimp xcf"sv},
                           {0, "\x76\x2f\x31\x01"sv}, // layers, OpenEXR
                           {0, "FUJIFILMCCD-RAW"sv},

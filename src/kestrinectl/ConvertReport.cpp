@@ -13,13 +13,17 @@ void printResult(const ConvertResult& result) {
     for (const std::string& line : result.lines)
         printLine(line);
     std::cout.flush();
+    printMessages(result);
+}
+
+} // namespace
+
+void printMessages(const ConvertResult& result) {
     for (const std::string& warning : result.warnings)
         printWarning(warning);
     for (const std::string& complaint : result.complaints)
         printError(complaint);
 }
-
-} // namespace
 
 ConvertReport::ConvertReport(std::size_t count)
     : count_(count), showsProgress_(count > 1 && isTerminal(OutputStream::standardError)) {
@@ -36,6 +40,7 @@ void ConvertReport::finished(std::size_t position, ConvertResult result) {
     const std::lock_guard lock(mutex_);
     ++done_;
     failures_ += result.complaints.empty() ? 0 : 1;
+    leftLying_ += result.isLeftLying ? 1 : 0;
     waiting_.emplace(position, std::move(result));
     hideProgress();
     for (auto first = waiting_.find(next_); first != waiting_.end(); first = waiting_.find(++next_)) {

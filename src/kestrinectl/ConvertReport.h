@@ -14,7 +14,11 @@ struct ConvertResult {
     std::vector<std::string> lines;      ///< one per result, for standard output
     std::vector<std::string> warnings;   ///< for standard error; no failure
     std::vector<std::string> complaints; ///< for standard error; none when everything succeeded
+    bool isLeftLying = false; ///< whether a result is not upright although the file says how to turn it
 };
+
+/// Prints the warnings and complaints.
+void printMessages(const ConvertResult& result);
 
 /// Prints results in the order of the inputs, even if they arrive in another order, and the progress on a
 /// terminal. Any thread.
@@ -30,6 +34,8 @@ public:
     /// How many inputs were finished, and how many of them had complaints.
     std::size_t done() const { return done_; }
     std::size_t failures() const { return failures_; }
+    /// How many inputs have a result that was left lying.
+    std::size_t leftLying() const { return leftLying_; }
 
 private:
     void showProgress() const;
@@ -41,6 +47,7 @@ private:
     std::size_t next_ = 0;
     std::size_t done_ = 0;
     std::size_t failures_ = 0;
+    std::size_t leftLying_ = 0;
     std::map<std::size_t, ConvertResult> waiting_; ///< for an earlier result
 };
 

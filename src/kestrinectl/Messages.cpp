@@ -25,6 +25,8 @@ void printError(const std::string& message) {
 
 void printWarning(const std::string& message) { printError("warning: " + message); }
 
+void printHint(const std::string& message) { printError("hint: " + message); }
+
 std::string quoted(const std::string& name) { return '"' + name + '"'; }
 
 } // namespace kestrine

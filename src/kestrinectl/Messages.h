@@ -18,6 +18,9 @@ void printError(const std::string& message);
 /// "kestrinectl: warning: MESSAGE" to standard error; the exit status stays 0.
 void printWarning(const std::string& message);
 
+/// "kestrinectl: hint: MESSAGE" to standard error: what could be better.
+void printHint(const std::string& message);
+
 /// A name as messages show it: "Web", in quotation marks.
 std::string quoted(const std::string& name);
 

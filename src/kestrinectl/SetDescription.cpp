@@ -103,6 +103,7 @@ void addOtherNotes(const ResizeSet& set, std::vector<std::string>& notes) {
                            "turned; many cameras "
                            "write little-endian data.");
         notes.emplace_back("upside-down and mirrored pictures (orientations 2, 3, 4, 5, 7) are not turned.");
+        notes.emplace_back("'kestrinectl convert --upright' turns every picture upright.");
     }
     const OutputFormat* format = outputFormatOf(set);
     if (set.attachExifData() != 0 && (format == nullptr || !format->holdsExif))

@@ -3,6 +3,8 @@
 #include "_MyClasses/Category/FileManagerUtility.h"
 #include "_MyClasses/Category/ImageUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
+#include "models/FittingFile.h"
+#include "models/ResultNaming.h"
 #include "platform/appkit/NSWorkspace.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/host/FailureCollector.h"
@@ -48,36 +50,76 @@ class JobRun {
 public:
     explicit JobRun(const ResizeJob& job) : job_(job) {}
 
-    JobOutcome apply(const ResizeSet& set) {
+    JobOutcome apply(const ConversionRecipe& recipe) {
         JobOutcome outcome;
-        const std::shared_ptr<const NSData> data = convert(set, outcome);
+        PlannedResult plan{.format = namedFormat(recipe.format)};
+        const std::shared_ptr<const NSData> data = convert(recipe, plan, outcome);
+        if (recipe.place.isReturned) {
+            outcome.data = data;
+            return outcome;
+        }
         const bool isWithheld = job_.policy.onlyWithResult && outcome.failure.has_value();
-        const OptionalString folder = outputFolder(set);
+        const OptionalString folder = outputFolder(recipe);
         if (!folder && !outcome.failure)
             outcome.failure = Failure{Reason::notFound, "there is no folder for the result"};
         if (isWithheld || !folder)
             return outcome;
-        outcome.path = folder->appendingPathComponent(set.fileNameForPath(job_.path));
+        outcome.path = folder->appendingPathComponent(nameOfResult(job_, recipe, plan, file_));
+        const std::optional<FileTime> time = timeOfResult(recipe.times, file_);
+        if (job_.replacesFile() && outcome.fitsAlready)
+            return outcome;
         if (job_.replacesFile())
             replace(data.get(), outcome);
         else
             write(data.get(), nullptr, Durability::cached, outcome);
+        if (outcome.isWritten && time)
+            (void)setModificationTime(outcome.path.utf8(), *time); // not every file system stores it
         return outcome;
     }
 
+    /// Where the result of a recipe goes if the name is free; "" if it goes nowhere.
+    NSString wantedPath(const ConversionRecipe& recipe) {
+        const OptionalString folder = outputFolder(recipe);
+        PlannedResult plan{.format = namedFormat(recipe.format)};
+        if (namesDependOnPicture(recipe)) {
+            const FailureCollector ignored; // converting it will report the reason
+            plan = plannedResult(recipe, file_, imageFor(recipe));
+            if (plan.image == nullptr)
+                return u"";
+        }
+        return folder ? folder->appendingPathComponent(nameOfResult(job_, recipe, plan, file_)) : NSString();
+    }
+
 private:
+    static bool namesDependOnPicture(const ConversionRecipe& recipe) {
+        return recipe.format.choice == FormatRule::Choice::ofSource
+               || (recipe.place.name && recipe.place.name->dependsOnPicture());
+    }
+
     /// nil if there is no result; the outcome then has the reason.
-    std::shared_ptr<const NSData> convert(const ResizeSet& set, JobOutcome& outcome) {
+    std::shared_ptr<const NSData> convert(const ConversionRecipe& recipe, PlannedResult& plan,
+                                          JobOutcome& outcome) {
         if (hostility_) {
             outcome.failure = hostility_;
             return nullptr;
         }
         const FailureCollector collector;
-        const std::shared_ptr<NSImage> image = imageFor(set);
+        const std::shared_ptr<NSImage> image = imageFor(recipe);
         noteHostility(collector);
         if (image != nullptr && !mayApply(outcome))
             return nullptr;
-        auto data = hostility_ ? nullptr : set.resizedImageDataWithFile(file_, image);
+        const bool mayLoad = image != nullptr || job_.content == nullptr; // a path is tried again
+        if (!hostility_ && mayLoad)
+            plan = plannedResult(recipe, file_, image);
+        outcome.format = plan.format;
+        outcome.width = plan.width;
+        outcome.height = plan.height;
+        outcome.isLeftLying = plan.isLeftLying;
+        if (auto own = hostility_ ? nullptr : bytesIfFitting(recipe, plan, image.get())) {
+            outcome.fitsAlready = true;
+            return own;
+        }
+        auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
         noteHostility(collector);
         if (image != nullptr)
             outcome.damage = image->damage();
@@ -89,6 +131,18 @@ private:
         if (data == nullptr)
             outcome.failure = reasonIn(collector);
         return data;
+    }
+
+    /// The bytes of the file if the recipe asks to use them and they are as the result should be; else nil.
+    std::shared_ptr<const NSData> bytesIfFitting(const ConversionRecipe& recipe, const PlannedResult& plan,
+                                                 const NSImage* image) const {
+        if (!recipe.copiesFitting || image == nullptr)
+            return nullptr;
+        const auto reader = job_.content != nullptr ? Result(job_.content) : readerOfPath(job_.path.utf8());
+        if (!reader || !fitsAlready(recipe, plan, file_, *image, (*reader)->size()))
+            return nullptr;
+        Result<Bytes> bytes = (*reader)->readAll((*reader)->size());
+        return bytes ? std::make_shared<const NSData>(*std::move(bytes)) : nullptr;
     }
 
     /// Whether the job may replace the file, if it does. Otherwise the outcome has the reason.
@@ -113,9 +167,9 @@ private:
                 hostility_ = failure;
     }
 
-    OptionalString outputFolder(const ResizeSet& set) const {
+    OptionalString outputFolder(const ConversionRecipe& recipe) const {
         return job_.replacesFile() ? job_.path.deletingLastPathComponent()
-                                   : set.resizeFolderForPath(job_.saveFolderPath, job_.rootPath);
+                                   : folderFor(recipe.place, job_.saveFolderPath, job_.rootPath);
     }
 
     /// Moves the original to the trash first, so that the result can get its name.
@@ -167,16 +221,16 @@ private:
             outcome.failure = folderFailure.value_or(written.failure());
     }
 
-    /// A slot whose load failed stays empty and is tried again for the next set that needs it.
-    std::shared_ptr<NSImage> imageFor(const ResizeSet& set) {
-        const bool converts = set.convertResolution() != 0;
+    /// A slot whose load failed stays empty and is tried again for the next recipe that needs it.
+    std::shared_ptr<NSImage> imageFor(const ConversionRecipe& recipe) {
+        const bool converts = recipe.convertsResolution;
         std::shared_ptr<NSImage>& slot = converts ? converted_ : plain_;
         if (slot != nullptr || !open())
             return slot;
         slot = NSImage::initWithSource(file_.opened);
         if (converts)
             myUtility::convertResolution(*slot);
-        if (job_.sets.size() > 1)
+        if (job_.recipes.size() > 1)
             slot->keepPixels();
         return slot;
     }
@@ -185,10 +239,12 @@ private:
     bool open() {
         if (file_.opened != nullptr)
             return true;
-        const bool turns =
-            std::ranges::any_of(job_.sets, [](const auto& set) { return set->autoRotate() != 0; });
+        const bool turns = std::ranges::find(job_.recipes, UprightRule::narrow, &ConversionRecipe::upright)
+                           != job_.recipes.end();
         const FileQuestion question = turns ? orientationQuestionFor(job_.path) : nullptr;
-        Result<std::shared_ptr<Source>> source = openPicture(job_.path.utf8(), question);
+        Result<std::shared_ptr<Source>> source = job_.content != nullptr
+                                                     ? PictureEngine::current().open(job_.content, question)
+                                                     : openPicture(job_.path.utf8(), question);
         if (!source) {
             noteFailure(source.failure());
             return false;
@@ -209,9 +265,17 @@ private:
 std::vector<JobOutcome> runJob(const ResizeJob& job) {
     JobRun run(job);
     std::vector<JobOutcome> outcomes;
-    for (const auto& set : job.sets)
-        outcomes.push_back(run.apply(*set));
+    for (const ConversionRecipe& recipe : job.recipes)
+        outcomes.push_back(run.apply(recipe));
     return outcomes;
+}
+
+std::vector<NSString> wantedPaths(const ResizeJob& job) {
+    JobRun run(job);
+    std::vector<NSString> paths;
+    for (const ConversionRecipe& recipe : job.recipes)
+        paths.push_back(run.wantedPath(recipe));
+    return paths;
 }
 
 NSString uniqueFileName(const NSString& path) {

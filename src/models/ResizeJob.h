@@ -1,10 +1,13 @@
 // ResizeJob: a job as plain data, and its execution. ResizeUnit is its key-value interface.
 #pragma once
 
-#include "models/ResizeSet.h"
+#include "models/ConversionRecipe.h"
+#include "platform/foundation/NSData.h"
 #include "platform/host/Result.h"
+#include "platform/host/files/ByteReader.h"
 #include "platform/imageio/FileContents.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,34 +30,47 @@ struct ResizeJob {
     NSString path;                 ///< the full path of the file; "" for none
     OptionalString rootPath;       ///< the given folder in which the file was found
     OptionalString saveFolderPath; ///< the folder that holds the file
-    ResizeSets sets;               ///< to apply, in order; none is null
+    ConversionRecipes recipes;     ///< to apply, in order
     JobPolicy policy;
+    std::size_t number = 1, count = 1;         ///< the file is the number-th of so many
+    std::shared_ptr<const ByteReader> content; ///< null: that of the file at `path`
 
-    /// Whether the result replaces the original: there is one set only, and it is a replacing one.
-    bool replacesFile() const { return sets.size() == 1 && sets.front()->replaceFile() != 0; }
+    /// Whether the result replaces the original: there is one recipe only, and it is a replacing one.
+    bool replacesFile() const { return recipes.size() == 1 && recipes.front().place.replaces; }
 };
 
 /// Why the policy of a job does not allow a result.
 enum class Refusal : std::uint8_t { none, damaged, holdsMore };
 
-/// The result of one set of a job.
+/// The result of one recipe of a job.
 struct JobOutcome {
     NSString path; ///< of the output, written or not; "" when there was no folder for it
     bool isWritten = false;
+    bool fitsAlready = false;             ///< the file was not converted, since it is as the result should be
+    std::shared_ptr<const NSData> data;   ///< of a result that is returned and not written; else nil
+    const OutputFormat* format = nullptr; ///< null when there was none
+    std::uint32_t width = 0, height = 0;  ///< in pixels; 0 when there was no result
+    bool isLeftLying = false; ///< whether it is not upright although the file says how it should be turned
     std::optional<Failure> failure;      ///< why nothing was written
     std::optional<Failure> damage;       ///< why the decoder had to invent pixels, written or not
     FileContents contents;               ///< of the file, if the policy asks for them
     Refusal refusal = Refusal::none;     ///< why nothing was written, with `failure`
     std::optional<Failure> trashFailure; ///< why the original to be replaced is still in its place
     std::string trashedPath;             ///< the original's path in the trash; "" when it is not there
+
+    bool hasResult() const { return isWritten || data != nullptr || (fitsAlready && !failure); }
 };
 
-/// Runs the job on this thread and returns one outcome per set, in their order. The file is opened once, and
-/// decoded once if there is memory for its pixels, whatever the number of sets. A file that ended the process
-/// that decoded it, or took too much time, is not tried again. Exceptions raised by a conversion reach the
-/// caller. Signals that would end the process are blocked from just before an original goes to the trash
-/// until its result is published or has failed.
+/// Runs the job on this thread and returns one outcome per recipe, in their order. The file is opened once,
+/// and decoded once if there is memory for its pixels, whatever the number of recipes. A file that ended the
+/// process that decoded it, or took too much time, is not tried again. Exceptions raised by a conversion
+/// reach the caller. Signals that would end the process are blocked from just before an original goes to the
+/// trash until its result is published or has failed.
 std::vector<JobOutcome> runJob(const ResizeJob& job);
+
+/// The paths that the results get when these names are free, in the order of the recipes; "" where there is
+/// no folder or no result. Opens the file only if a name depends on the picture.
+std::vector<NSString> wantedPaths(const ResizeJob& job);
 
 /// The path itself when its name is free, else the first free one of stem_1.ext, stem_2.ext, ... A dangling
 /// link counts as an existing file.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "_MyClasses/Category/PictureFile.h"
+#include "models/ConversionRecipe.h"
 #include "platform/appkit/NSImage.h"
 #include "platform/appkit/NSOpenPanel.h"
 #include "platform/foundation/KeyValueObserving.h"
@@ -79,6 +80,9 @@ public:
     // Applying the set to one picture (ResizeSetConversion.cpp). These functions change neither the set nor
     // files.
 
+    /// What the set makes of a picture; the functions below apply it.
+    ConversionRecipe recipe() const;
+
     /// `fileNameForPath:`: the output's name: the source's stem with the format's extension, in upper case
     /// when the source's extension is.
     NSString fileNameForPath(const NSString& path) const;
@@ -121,6 +125,9 @@ private:
 };
 
 using ResizeSets = std::vector<std::shared_ptr<const ResizeSet>>;
+
+/// In the order of the sets, of which none is null.
+ConversionRecipes recipesOf(const ResizeSets& sets);
 
 /// The table with which archives of sets are read and written.
 ArchivedClasses archivedSetClasses();

@@ -1,119 +1,72 @@
 #include "models/ResizeSet.h"
 
-#include "_MyClasses/Category/ImageUtility.h"
-#include "_MyClasses/Category/StringUtility.h"
-#include "_MyClasses/Class/ExifTag/ExifOrientation.h"
-#include "platform/imageio/OutputFormats.h"
+#include "models/RecipeConversion.h"
 
 namespace kestrine {
 
 namespace {
 
-using myUtility::ImagePointer;
-
-// The EXIF orientations that are handled; the half turn and the mirrored ones are not.
-constexpr int orientationNeedsCounterclockwise = 8;
-constexpr int orientationNeedsClockwise = 6;
-
-ImagePointer turnedUpright(const ImagePointer& image, const PictureFile& file) {
-    switch (exifOrientation(file)) {
-    case orientationNeedsCounterclockwise:
-        return myUtility::clockwiseRotate(image);
-    case orientationNeedsClockwise:
-        return myUtility::rotate(image);
-    default:
-        return image;
-    }
-}
-
-ImagePointer sized(const ImagePointer& image, const ResizeSet& set) {
-    const bool HQ = set.highQuality() != 0;
-    if (set.width() == 0)
-        return myUtility::resizedImageWithHeightRatio(image, set.height(), HQ);
-    if (set.height() == 0)
-        return myUtility::resizedImageWithWidthRatio(image, set.width(), HQ);
-    const NSSize size = {set.width(), set.height()};
-    return HQ ? myUtility::resizedImageWithSizeHQ(image, size) : myUtility::resizedImageWithSize(image, size);
-}
-
 /// In high quality the longer side grows by the stored value of highQuality, usually 1.
-ImagePointer sizedByLongerSide(const ImagePointer& image, const ResizeSet& set) {
-    if (image == nullptr)
-        return nullptr;
-    const bool HQ = set.highQuality() != 0;
-    const float length = set.maxSize() + static_cast<float>(set.highQuality());
-    const NSSize size = image->size();
-    return size.height >= size.width ? myUtility::resizedImageWithHeightRatio(image, length, HQ)
-                                     : myUtility::resizedImageWithWidthRatio(image, length, HQ);
-}
-
-ImagePointer scaled(const ImagePointer& image, const ResizeSet& set) {
+SizeRule sizeRule(const ResizeSet& set) {
     switch (set.resizeType()) {
     case ResizeTypeSize:
-        return sized(image, set);
+        return PointSize{set.width(), set.height()};
     case ResizeTypeRatio:
-        return myUtility::resizedImageWithRatio(image, set.ratio() / 100.0F, set.highQuality() != 0);
+        return PointRatio{set.ratio() / 100.0F};
     case ResizeTypeMaxSize:
-        return sizedByLongerSide(image, set);
+        return PointLongest{set.maxSize() + static_cast<float>(set.highQuality())};
     default:
-        return image;
+        return Unscaled{};
     }
 }
 
-std::shared_ptr<const NSData> encoded(const NSImage& image, const ResizeSet& set, const PictureFile& file) {
-    std::vector<NSString> names = {NSImageColorSyncProfileData};
-    switch (set.formatType()) {
-    case FormatTypeJPEG:
-        if (set.attachExifData() != 0)
-            names.push_back(NSImageEXIFData);
-        return myUtility::JPEGRepresentationWithCompression(image, set.compression() / 100.0F, file, names);
-    case FormatTypePNG:
-        return myUtility::PNGRepresentationWithSource(image, file, names);
-    case FormatTypeTIFF:
-        return myUtility::TIFFRepresentationWithSource(image, file, names);
-    case FormatTypeGIF:
-        return myUtility::GIFRepresentationWithSource(image, file, names);
-    default:
-        return nullptr;
-    }
+FormatRule formatRule(const ResizeSet& set) {
+    const OutputFormat* format = outputFormatNumbered(set.formatType());
+    return format == nullptr ? FormatRule{} : FormatRule{FormatRule::Choice::fixed, format->type};
+}
+
+ResultPlace placeOf(const ResizeSet& set) {
+    ResultPlace place{.replaces = set.replaceFile() != 0, .setName = set.name()};
+    if (set.chooseFolder() != 0 && set.chosenFolderPath())
+        place.base = set.chosenFolderPath();
+    else
+        place.subfolder = set.name().value_or(u"");
+    return place;
 }
 
 } // namespace
 
+ConversionRecipe ResizeSet::recipe() const {
+    return {.size = sizeRule(*this),
+            .usesLanczos = highQuality_ != 0,
+            .convertsResolution = convertResolution_ != 0,
+            .upright = autoRotate_ != 0 ? UprightRule::narrow : UprightRule::never,
+            .format = formatRule(*this),
+            .quality = compression_ / 100.0F,
+            .exif = attachExifData_ != 0 ? std::optional(ExifSelection::camera) : std::nullopt,
+            .place = placeOf(*this)};
+}
+
 NSString ResizeSet::fileNameForPath(const NSString& path) const {
-    const NSString stem = path.lastPathComponent().deletingPathExtension();
-    const NSString extension = path.pathExtension();
-    const bool isUpperCase = extension == extension.uppercased();
-    const OutputFormat* format = outputFormatNumbered(formatType_);
-    const NSString chosen = format == nullptr ? extension : NSString::fromUTF8(format->extension);
-    return stem.appendingPathExtension(isUpperCase ? chosen.uppercased() : chosen);
+    return resultName(path, outputFormatNumbered(formatType_));
 }
 
 OptionalString ResizeSet::resizeFolderForPath(const OptionalString& folder,
                                               const OptionalString& rootPath) const {
-    const OptionalString& base = rootPath ? rootPath : folder;
-    if (!base || !folder)
-        return std::nullopt;
-    NSString relative;
-    if (rootPath && *folder != *rootPath)
-        relative = StringUtility::removeString(*folder, *rootPath + u"/").value_or(u"");
-    const NSString result = chooseFolder_ != 0 && chosenFolderPath_
-                                ? *chosenFolderPath_
-                                : base->appendingPathComponent(name_.value_or(u""));
-    return relative.isEmpty() ? result : result.appendingPathComponent(relative);
+    return folderFor(placeOf(*this), folder, rootPath);
 }
 
 std::shared_ptr<const NSData> ResizeSet::resizedImageDataWithFile(const PictureFile& file,
                                                                   std::shared_ptr<NSImage> image) const {
-    if (image == nullptr) {
-        image = NSImage::initWithContentsOfFile(file.path.value_or(u""));
-        if (image != nullptr && convertResolution_ != 0)
-            myUtility::convertResolution(*image);
-    }
-    if (image != nullptr && autoRotate_ != 0)
-        image = turnedUpright(image, file);
-    image = scaled(image, *this);
-    return image == nullptr ? nullptr : encoded(*image, *this, file);
+    const ConversionRecipe recipe = this->recipe();
+    return encodedResult(plannedResult(recipe, file, std::move(image)), recipe, file);
+}
+
+ConversionRecipes recipesOf(const ResizeSets& sets) {
+    ConversionRecipes recipes;
+    for (const auto& set : sets)
+        recipes.push_back(set->recipe());
+    return recipes;
 }
 
 } // namespace kestrine

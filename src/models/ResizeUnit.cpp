@@ -29,7 +29,7 @@ void setSaveFolder(ResizeJob& job, const Object& value) {
     job.saveFolderPath = std::move(folder);
 }
 
-void setSets(ResizeJob& job, const Object& value) {
+ResizeSets setsIn(const Object& value) {
     const auto array = std::dynamic_pointer_cast<const NSArray>(value);
     if (array == nullptr)
         throw unfitValue(u"resizeSets");
@@ -38,26 +38,25 @@ void setSets(ResizeJob& job, const Object& value) {
         sets.push_back(std::dynamic_pointer_cast<const ResizeSet>(element));
     if (std::ranges::find(sets, nullptr) != sets.end())
         throw unfitValue(u"resizeSets");
-    job.sets = std::move(sets);
+    return sets;
 }
-
-struct Field {
-    const char16_t* key;
-    void (*set)(ResizeJob& job, const Object& value);
-};
-constexpr Field fields[] = {
-    {u"filepath", setFile}, {u"saveFolderPath", setSaveFolder}, {u"resizeSets", setSets}};
 
 } // namespace
 
 void ResizeUnit::setValueForKey(const Object& value, const NSString& key) {
-    for (const Field& field : fields)
-        if (key == NSString(field.key))
-            return field.set(job_, value);
+    if (key == u"filepath")
+        return setFile(job_, value);
+    if (key == u"saveFolderPath")
+        return setSaveFolder(job_, value);
+    if (key == u"resizeSets") {
+        sets_ = setsIn(value);
+        return;
+    }
     throw NSException("NSUnknownKeyException", "ResizeUnit has no field " + key.utf8());
 }
 
 void ResizeUnit::resize(const Object&) {
+    job_.recipes = recipesOf(sets_);
     std::vector<Object> resultPaths;
     for (const JobOutcome& outcome : runJob(job_))
         resultPaths.push_back(outcome.path.object());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "models/ResizeJob.h"
+#include "models/ResizeSet.h"
 
 namespace kestrine {
 
@@ -29,7 +30,8 @@ public:
     static NSString uniqueFileName(const NSString& path);
 
 private:
-    ResizeJob job_;
+    ResizeJob job_; ///< its recipes come from the sets when it is run
+    ResizeSets sets_;
 };
 
 } // namespace kestrine

@@ -57,8 +57,47 @@ def jpeg(samples, block=None, jfif=True, before=b"", quality=95, **options):
     return (head if jfif else data[:2]) + before + app1 + rest
 
 
+def tiff(samples, orientation, order=">"):
+    """TIFF bytes of an 8-bit RGB picture in one strip, with an orientation and without EXIF data."""
+    height, width = samples.shape[:2]
+    shorts = {256: width, 257: height, 259: 1, 262: 2, 274: orientation, 277: 3, 278: height}
+    end = 8 + 2 + 12 * (len(shorts) + 3) + 4
+    entries = {tag: struct.pack(order + "HIHH", 3, 1, value, 0) for tag, value in shorts.items()}
+    entries[258] = struct.pack(order + "HII", 3, 3, end)
+    entries[273] = struct.pack(order + "HII", 4, 1, end + 6)
+    entries[279] = struct.pack(order + "HII", 4, 1, samples.size)
+    head = (b"MM\0*" if order == ">" else b"II*\0") + struct.pack(order + "IH", 8, len(entries))
+    for tag in sorted(entries):
+        head += struct.pack(order + "H", tag) + entries[tag]
+    return head + struct.pack(order + "IHHH", 0, 8, 8, 8) + samples.tobytes()
+
+
 def icc(name="sRGB"):
     return ImageCms.ImageCmsProfile(ImageCms.createProfile(name)).tobytes()
+
+
+def wide_icc():
+    """A profile with wide primaries and a gamma of 2.2."""
+    def number(value):
+        return struct.pack(">i", round(value * 65536))
+
+    def xyz(*values):
+        return b"XYZ \0\0\0\0" + b"".join(map(number, values))
+
+    text = b"desc\0\0\0\0" + struct.pack(">I", 5) + b"Wide\0" + b"\0" * 79
+    curve = b"curv\0\0\0\0" + struct.pack(">IH", 1, round(2.2 * 256)) + b"\0\0"
+    tags = {b"desc": text, b"cprt": b"text\0\0\0\0None\0\0\0\0", b"wtpt": xyz(0.9642, 1, 0.8249),
+            b"rXYZ": xyz(0.60974, 0.31111, 0.01947), b"gXYZ": xyz(0.20528, 0.62567, 0.06087),
+            b"bXYZ": xyz(0.14919, 0.06322, 0.74457), b"rTRC": curve, b"gTRC": curve, b"bTRC": curve}
+    table, data = struct.pack(">I", len(tags)), b""
+    start = 128 + 4 + 12 * len(tags)
+    for name, value in tags.items():
+        value += b"\0" * (-len(value) % 4)
+        table += name + struct.pack(">II", start + len(data), len(value))
+        data += value
+    header = struct.pack(">I4sI4s4s4s12s4s", start + len(data), b"", 0x02200000, b"mntr", b"RGB ", b"XYZ ", b"", b"acsp")
+    header = header.ljust(68, b"\0") + number(0.9642) + number(1) + number(0.8249)
+    return header.ljust(128, b"\0") + table + data
 
 
 def pixels(path):

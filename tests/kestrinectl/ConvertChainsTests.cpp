@@ -1,5 +1,6 @@
 #include "kestrinectl/ConvertChains.h"
 
+#include "models/ResizeSet.h"
 #include "tests/support/PresetBuilder.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -17,54 +18,55 @@ struct ConvertChains : ::testing::Test {
     ResizeSets inPlace = {
         testing::makeSet(u"Web", {{u"formatType", std::int32_t{FormatTypeJPEG}}, {u"replaceFile", true}})};
 
-    std::vector<ConvertInput> inputs(std::initializer_list<std::string_view> names) const {
-        std::vector<ConvertInput> result;
-        for (const std::string_view name : names)
-            result.push_back({std::string(name), folder / name, std::nullopt});
-        return result;
+    std::vector<ConvertChain> chains(std::initializer_list<std::string_view> names,
+                                     const ResizeSets& sets) const {
+        std::vector<ResizeJob> jobs;
+        for (const std::string_view name : names) {
+            const NSString path = NSString::fromUTF8(folder / name);
+            jobs.push_back({path, std::nullopt, path.deletingLastPathComponent(), recipesOf(sets), {}});
+        }
+        return independentChains(jobs, 2);
     }
 };
 
 using Chains = std::vector<ConvertChain>;
 
 TEST_F(ConvertChains, ofPicturesWithDifferentNamesHaveOnePicture) {
-    EXPECT_EQ(independentChains(inputs({"b.jpg", "a.jpg", "a_1.jpg", "sub/a.jpg"}), web),
-              (Chains{{0}, {1}, {2}, {3}}));
+    EXPECT_EQ(chains({"b.jpg", "a.jpg", "a_1.jpg", "sub/a.jpg"}, web), (Chains{{0}, {1}, {2}, {3}}));
 }
 
 TEST_F(ConvertChains, keepPicturesWithTheSameResultNameTogether) {
-    EXPECT_EQ(independentChains(inputs({"a.jpg", "b.jpg", "a.png", "a.jpg"}), web), (Chains{{0, 2, 3}, {1}}));
+    EXPECT_EQ(chains({"a.jpg", "b.jpg", "a.png", "a.jpg"}, web), (Chains{{0, 2, 3}, {1}}));
 }
 
 TEST_F(ConvertChains, keepANameAndThePicturesThatMayNeedItTogether) {
-    EXPECT_EQ(independentChains(inputs({"a_1.png", "a.jpg", "a.png", "a_1_1.jpg", "a_2b.jpg"}), web),
+    EXPECT_EQ(chains({"a_1.png", "a.jpg", "a.png", "a_1_1.jpg", "a_2b.jpg"}, web),
               (Chains{{0, 1, 2, 3}, {4}}));
 }
 
 TEST_F(ConvertChains, noticeNamesThatExistOnTheDisk) {
     folder.write("Web/a.jpg", "");
-    EXPECT_EQ(independentChains(inputs({"a_1.jpg", "a.jpg", "b_1.jpg", "b.jpg"}), web),
-              (Chains{{0, 1}, {2}, {3}}));
+    EXPECT_EQ(chains({"a_1.jpg", "a.jpg", "b_1.jpg", "b.jpg"}, web), (Chains{{0, 1}, {2}, {3}}));
 }
 
 TEST_F(ConvertChains, noticeThatAReplacedOriginalFreesItsName) {
     folder.write("a.jpg", "");
     folder.write("b.jpg", "");
-    EXPECT_EQ(independentChains(inputs({"a.jpg", "a_1.jpg"}), inPlace), (Chains{{0}, {1}}));
-    EXPECT_EQ(independentChains(inputs({"b.png", "b_1.jpg"}), inPlace), (Chains{{0, 1}}));
+    EXPECT_EQ(chains({"a.jpg", "a_1.jpg"}, inPlace), (Chains{{0}, {1}}));
+    EXPECT_EQ(chains({"b.png", "b_1.jpg"}, inPlace), (Chains{{0, 1}}));
 }
 
 TEST_F(ConvertChains, followLinksToTheSameFolder) {
     std::filesystem::create_directory(folder / "real");
     std::filesystem::create_directory_symlink(folder / "real", folder / "link");
-    EXPECT_EQ(independentChains(inputs({"real/a.jpg", "link/a.jpg"}), web), (Chains{{0, 1}}));
+    EXPECT_EQ(chains({"real/a.jpg", "link/a.jpg"}, web), (Chains{{0, 1}}));
 }
 
 TEST_F(ConvertChains, considerTheOutputsOfEverySet) {
     const ResizeSets sets = {testing::makeSet(u"Web", {{u"formatType", std::int32_t{FormatTypePNG}}}),
                              testing::makeSet(u"Web", {{u"formatType", std::int32_t{FormatTypeGIF}}})};
-    EXPECT_EQ(independentChains(inputs({"a.jpg", "b.jpg"}), sets), (Chains{{0}, {1}}));
-    EXPECT_EQ(independentChains(inputs({"a.jpg", "b.jpg", "a.gif"}), sets), (Chains{{0, 2}, {1}}));
+    EXPECT_EQ(chains({"a.jpg", "b.jpg"}, sets), (Chains{{0}, {1}}));
+    EXPECT_EQ(chains({"a.jpg", "b.jpg", "a.gif"}, sets), (Chains{{0, 2}, {1}}));
 }
 
 } // namespace

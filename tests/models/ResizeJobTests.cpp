@@ -1,6 +1,7 @@
 // The stricter rules of a job: what kestrinectl asks for.
 #include "models/ResizeJob.h"
 
+#include "models/ResizeSet.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/LocalSource.h"
 #include "platform/imageio/PictureEngine.h"
@@ -67,9 +68,10 @@ protected:
     void SetUp() override { ASSERT_EQ(setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1), 0); }
     void TearDown() override { unsetenv("XDG_DATA_HOME"); }
 
-    std::vector<JobOutcome> run(const std::string& name, ResizeSets sets, JobPolicy policy = strict) const {
+    std::vector<JobOutcome> run(const std::string& name, const ResizeSets& sets,
+                                JobPolicy policy = strict) const {
         const NSString path = NSString::fromUTF8(folder / name);
-        return runJob({path, std::nullopt, path.deletingLastPathComponent(), std::move(sets), policy});
+        return runJob({path, std::nullopt, path.deletingLastPathComponent(), recipesOf(sets), policy});
     }
     JobOutcome replace(const std::string& name, JobPolicy policy = strict) const {
         return run(name, {makeSet(u"Web", {{u"replaceFile", true}, {u"formatType", 0}})}, policy).front();
@@ -121,7 +123,7 @@ TEST_F(StrictJob, replacesAnOriginalAndReportsWhereItWent) {
 TEST_F(StrictJob, aMissingFolderForTheResultIsTheReportedReason) {
     folder.write("a.jpg", photo());
     const JobOutcome outcome =
-        runJob({NSString::fromUTF8(folder / "a.jpg"), {}, {}, {makeSet(u"Web")}, strict}).front();
+        runJob({NSString::fromUTF8(folder / "a.jpg"), {}, {}, recipesOf({makeSet(u"Web")}), strict}).front();
     EXPECT_FALSE(outcome.isWritten);
     EXPECT_EQ(outcome.failure->text, "there is no folder for the result");
 }
@@ -213,7 +215,8 @@ TEST_F(StrictJob, whenTheTrashRefusesTheResultGetsTheNextNameAndTheReasonIsKept)
 TEST_F(StrictJob, aDamagedPictureGivesNoResultAndIsNotReplaced) {
     folder.write("a.jpg", cutOffPhoto());
     const JobOutcome outcome = replace("a.jpg");
-    EXPECT_TRUE(outcome.refusal == Refusal::damaged && outcome.damage && outcome.failure && !outcome.isWritten);
+    EXPECT_TRUE(outcome.refusal == Refusal::damaged && outcome.damage && outcome.failure
+                && !outcome.isWritten);
     EXPECT_EQ(testing::readFileBytes(folder / "a.jpg"), cutOffPhoto());
     for (const JobOutcome& each : run("a.jpg", {makeSet(u"One"), makeSet(u"Two")}))
         EXPECT_EQ(each.refusal, Refusal::damaged);

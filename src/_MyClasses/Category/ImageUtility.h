@@ -94,6 +94,12 @@ ImagePointer translucentImageWithAlpha(const ImagePointer& image, float alpha);
 // Properties that the format cannot store are left out. Nil when the image has no representation or cannot be
 // encoded.
 
+/// The representation in any format of the table; those below are for one format each. `compression` is the
+/// quality, 0 to 1, of a format with a quality. A format without alpha is drawn like JPEG.
+DataPointer representationInFormat(const NSImage& image, FileType type, float compression,
+                                   const PictureFile& source, const std::vector<NSString>& names,
+                                   const EncodingRules& rules = {});
+
 /// `JPEGRepresentationWithCompression:`, `JPEGRepresentationWithCompression:source:properties:`: draws the
 /// image on white at its size in points. `compression` is the quality, 0 to 1. Nil for an image of 0 x 0
 /// points; an image without representations gives a white picture.

@@ -1,6 +1,7 @@
 #include "_MyClasses/Category/ImageUtility.h"
 
 #include "platform/foundation/NSNumber.h"
+#include "platform/imageio/OutputFormats.h"
 
 #include <algorithm>
 
@@ -11,11 +12,11 @@ namespace {
 /// Encodes the bitmap with `properties` and those kept from the source.
 DataPointer encodedBitmap(const NSImage& image, const NSBitmapImageRep* bitmap, FileType type,
                           ImageProperties properties, const PictureFile& source,
-                          const std::vector<NSString>& names) {
+                          const std::vector<NSString>& names, const EncodingRules& rules) {
     if (bitmap == nullptr)
         return nullptr;
     properties.merge(imagePropertiesForFile(image, source, bitmap, names));
-    return bitmap->representationUsingType(type, properties);
+    return bitmap->representationUsingType(type, properties, rules);
 }
 
 bool contains(const std::vector<NSString>& names, const NSString& name) {
@@ -58,34 +59,45 @@ ImageProperties propertiesOfOpened(const std::shared_ptr<Source>& file, const st
 
 } // namespace
 
+DataPointer representationInFormat(const NSImage& image, FileType type, float compression,
+                                   const PictureFile& source, const std::vector<NSString>& names,
+                                   const EncodingRules& rules) {
+    const OutputFormat& format = outputFormat(type);
+    if (!format.holdsAlpha && image.size() == NSSize{0, 0})
+        return nullptr;
+    const auto bitmap =
+        format.holdsAlpha ? image.bitmapOfTIFFRepresentation()
+                          : drawnImage(image.size(), image, {.onWhite = true})->bitmapOfTIFFRepresentation();
+    ImageProperties properties;
+    if (format.hasQuality)
+        properties.emplace(NSImageCompressionFactor, std::make_shared<NSNumber>(compression));
+    if (type == FileType::gif)
+        properties.emplace(NSImageDitherTransparency, std::make_shared<NSNumber>(true));
+    return encodedBitmap(image, bitmap.get(), type, std::move(properties), source, names, rules);
+}
+
 DataPointer JPEGRepresentationWithCompression(const NSImage& image, float compression,
                                               const PictureFile& source, const std::vector<NSString>& names) {
-    if (image.size() == NSSize{0, 0})
-        return nullptr;
-    const ImagePointer flattened = drawnImage(image.size(), image, {.onWhite = true});
-    return encodedBitmap(image, flattened->bitmapOfTIFFRepresentation().get(), FileType::jpeg,
-                         {{NSImageCompressionFactor, std::make_shared<NSNumber>(compression)}}, source,
-                         names);
+    return representationInFormat(image, FileType::jpeg, compression, source, names);
 }
 
 DataPointer PNGRepresentation(const NSImage& image) { return PNGRepresentationWithSource(image, {}, {}); }
 
 DataPointer PNGRepresentationWithSource(const NSImage& image, const PictureFile& source,
                                         const std::vector<NSString>& names) {
-    return encodedBitmap(image, image.bitmapOfTIFFRepresentation().get(), FileType::png, {}, source, names);
+    return representationInFormat(image, FileType::png, 0, source, names);
 }
 
 DataPointer GIFRepresentation(const NSImage& image) { return GIFRepresentationWithSource(image, {}, {}); }
 
 DataPointer GIFRepresentationWithSource(const NSImage& image, const PictureFile& source,
                                         const std::vector<NSString>& names) {
-    return encodedBitmap(image, image.bitmapOfTIFFRepresentation().get(), FileType::gif,
-                         {{NSImageDitherTransparency, std::make_shared<NSNumber>(true)}}, source, names);
+    return representationInFormat(image, FileType::gif, 0, source, names);
 }
 
 DataPointer TIFFRepresentationWithSource(const NSImage& image, const PictureFile& source,
                                          const std::vector<NSString>& names) {
-    return encodedBitmap(image, image.bitmapOfTIFFRepresentation().get(), FileType::tiff, {}, source, names);
+    return representationInFormat(image, FileType::tiff, 0, source, names);
 }
 
 ImageProperties imagePropertiesForFile(const NSImage& image, const PictureFile& source,

@@ -76,8 +76,9 @@ Object NSBitmapImageRep::valueForProperty(const NSString& name) const {
     return nullptr;
 }
 
-std::shared_ptr<const NSData>
-NSBitmapImageRep::representationUsingType(FileType type, const ImageProperties& properties) const {
+std::shared_ptr<const NSData> NSBitmapImageRep::representationUsingType(FileType type,
+                                                                        const ImageProperties& properties,
+                                                                        const EncodingRules& rules) const {
     const auto compression = valueOf<NSNumber>(properties, NSImageCompressionFactor);
     const auto dither = valueOf<NSNumber>(properties, NSImageDitherTransparency);
     const auto profileData = valueOf<NSData>(properties, NSImageColorSyncProfileData);
@@ -98,6 +99,8 @@ NSBitmapImageRep::representationUsingType(FileType type, const ImageProperties& 
     output.kept.profile = valueOf<PropertyOfSource>(properties, NSImageColorSyncProfileData) != nullptr;
     if (const auto ofSource = valueOf<PropertyOfSource>(properties, NSImageEXIFData))
         output.kept.exif = ofSource->source;
+    output.kept.exifSelection = rules.exif;
+    output.maxBytes = rules.maxBytes;
     Result<Bytes> file = render(picture(), output);
     if (!file) {
         noteFailure(file.failure());

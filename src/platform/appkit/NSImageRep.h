@@ -53,6 +53,12 @@ public:
     const std::shared_ptr<Source> source;
 };
 
+/// What a file is to be made like, beyond the published properties.
+struct EncodingRules {
+    ExifSelection exif = ExifSelection::camera; ///< how much is kept of the EXIF block of a PropertyOfSource
+    std::uint64_t maxBytes = 0;                 ///< see Output::maxBytes
+};
+
 class NSBitmapImageRep final : public NSImageRep {
 public:
     NSBitmapImageRep(Picture picture, NSSize size) : NSImageRep(std::move(picture), size) {}
@@ -70,8 +76,8 @@ public:
     Object valueForProperty(const NSString& name) const;
 
     /// `representationUsingType:properties:`: the file's bytes; nil when it cannot be made.
-    std::shared_ptr<const NSData> representationUsingType(FileType type,
-                                                          const ImageProperties& properties) const;
+    std::shared_ptr<const NSData> representationUsingType(FileType type, const ImageProperties& properties,
+                                                          const EncodingRules& rules = {}) const;
 
     /// `bitmapData`: a copy of the pixels, row by row from the top without padding, in the picture's depth;
     /// colour is multiplied by alpha, which is last. nil when they cannot be read.

@@ -116,18 +116,19 @@ std::shared_ptr<const Bytes> gammaProfile(double gamma, const Chromaticities& pr
     return save(profile);
 }
 
-std::shared_ptr<const Bytes> sRGBProfile() {
+/// Null if the primaries cannot be stored.
+std::shared_ptr<const Bytes> profileWithSRGBCurve(const Chromaticities& primaries, const char* description) {
     constexpr int linearThenPower = 4; // y = (a x + b) ^ g for x >= d, otherwise c x
     constexpr double parameters[] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
     const ContextHandle context = makeContext();
     const CurveHandle curve(cmsBuildParametricToneCurve(context.get(), linearThenPower, parameters));
     if (!curve)
         throw std::bad_alloc();
-    const ProfileHandle profile = makeProfile(context, curve, sRGBChromaticities, ColorModel::rgb);
+    const ProfileHandle profile = makeProfile(context, curve, primaries, ColorModel::rgb);
     if (!profile)
-        throw std::bad_alloc();
+        return nullptr;
     cmsSetProfileVersion(profile.get(), newVersion);
-    describe(context, profile, "sRGB");
+    describe(context, profile, description);
     return save(profile);
 }
 
@@ -166,8 +167,19 @@ std::optional<ColorProfile> ColorProfile::fromGamma(double gamma, const Chromati
     return ColorProfile(std::move(bytes), model);
 }
 
+std::optional<ColorProfile> ColorProfile::fromSRGBCurve(const Chromaticities& primaries,
+                                                        const char* description) {
+    if (!isPlausible(primaries))
+        return std::nullopt;
+    auto bytes = profileWithSRGBCurve(primaries, description);
+    if (!bytes)
+        return std::nullopt;
+    return ColorProfile(std::move(bytes), ColorModel::rgb);
+}
+
 ColorProfile ColorProfile::sRGB() {
-    static const ColorProfile profile(required(sRGBProfile()), ColorModel::rgb);
+    static const ColorProfile profile(required(profileWithSRGBCurve(sRGBChromaticities, "sRGB")),
+                                      ColorModel::rgb);
     return profile;
 }
 

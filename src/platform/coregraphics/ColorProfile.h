@@ -32,6 +32,10 @@ public:
     /// plausible.
     static std::optional<ColorProfile> fromGamma(double gamma, const Chromaticities& primaries,
                                                  ColorModel model);
+    /// An RGB profile with the tone curve of sRGB and other primaries; nullopt if they are not plausible.
+    /// `description` is the name that programs show for it.
+    static std::optional<ColorProfile> fromSRGBCurve(const Chromaticities& primaries,
+                                                     const char* description);
     static ColorProfile sRGB();
     /// The space that cameras name "Adobe RGB" in EXIF, with the published primaries and gamma 563/256.
     static ColorProfile adobeRGB();

@@ -32,36 +32,83 @@ RowFormat turned(RowFormat format, int quarterTurns) {
     return format;
 }
 
-/// colour * alpha + white * (1 - alpha), rounded. As in drawing, this is computed in the stored encoding.
+/// colour * alpha + background * (1 - alpha), rounded. As in drawing, this is computed in the stored
+/// encoding.
 template <class Sample>
-void flattenRow(const Sample* from, Sample* to, std::size_t pixels, std::size_t colors) {
+void flattenRow(const Sample* from, Sample* to, std::size_t pixels, std::size_t colors,
+                const ColorSamples& background) {
     constexpr std::uint64_t full = static_cast<Sample>(~Sample{0});
     for (; pixels > 0; --pixels, from += colors + 1, to += colors)
         for (std::size_t c = 0; c < colors; ++c)
             to[c] = static_cast<Sample>(
-                (from[c] * std::uint64_t{from[colors]} + full * (full - from[colors]) + full / 2) / full);
+                (from[c] * std::uint64_t{from[colors]} + background[c] * (full - from[colors]) + full / 2)
+                / full);
 }
 
-class RowsOnWhite final : public RowSource {
+class RowsOnBackground final : public RowSource {
 public:
-    explicit RowsOnWhite(RowSourcePointer input)
-        : RowSource(withoutAlpha(input->format())), input_(std::move(input)),
+    RowsOnBackground(RowSourcePointer input, const ColorSamples& background)
+        : RowSource(withoutAlpha(input->format())), input_(std::move(input)), background_(background),
           row_(input_->format().bytesPerRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         TRY(input_->readRow(row_));
         const std::size_t colors = format().channels();
         if (format().depth == SampleDepth::bits8)
-            flattenRow(row_.data(), row.data(), format().width, colors);
+            flattenRow(row_.data(), row.data(), format().width, colors, background_);
         else
             flattenRow(reinterpret_cast<const std::uint16_t*>(row_.data()),
-                       reinterpret_cast<std::uint16_t*>(row.data()), format().width, colors);
+                       reinterpret_cast<std::uint16_t*>(row.data()), format().width, colors, background_);
         return {};
     }
 
 private:
     const RowSourcePointer input_;
+    const ColorSamples background_;
     Bytes row_;
+};
+
+RowFormat padded(RowFormat format, const Margins& margins) {
+    format.width += margins.left + margins.right;
+    format.height += margins.top + margins.bottom;
+    return format;
+}
+
+/// A row of opaque pixels of one colour.
+template <class Sample>
+Bytes filledRow(const RowFormat& format, const ColorSamples& color) {
+    Bytes row(format.bytesPerRow());
+    auto* sample = reinterpret_cast<Sample*>(row.data());
+    for (std::uint32_t i = 0; i < format.width; ++i) {
+        for (std::size_t c = 0; c < format.colorChannels(); ++c)
+            *sample++ = static_cast<Sample>(color[c]);
+        if (format.hasAlpha)
+            *sample++ = static_cast<Sample>(~Sample{0});
+    }
+    return row;
+}
+
+class RowsWithMargins final : public RowSource {
+public:
+    RowsWithMargins(RowSourcePointer input, const Margins& margins, const ColorSamples& color)
+        : RowSource(padded(input->format(), margins)), input_(std::move(input)), margins_(margins),
+          margin_(format().depth == SampleDepth::bits8 ? filledRow<std::uint8_t>(format(), color)
+                                                       : filledRow<std::uint16_t>(format(), color)) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        const std::uint32_t y = next_++;
+        std::ranges::copy(margin_, row.begin());
+        if (y < margins_.top || y - margins_.top >= input_->format().height)
+            return {};
+        return input_->readRow(
+            row.subspan(margins_.left * format().bytesPerPixel(), input_->format().bytesPerRow()));
+    }
+
+private:
+    const RowSourcePointer input_;
+    const Margins margins_;
+    const Bytes margin_; ///< a whole row
+    std::uint32_t next_ = 0;
 };
 
 /// Pixels of `from` have `colors` samples, then alpha if `hasAlpha`; pixels of `to` always have alpha.
@@ -132,6 +179,26 @@ void copyPixels(const std::uint8_t* from, std::ptrdiff_t step, std::uint8_t* to,
 constexpr std::array pixelCopies = {copyPixels<1>, copyPixels<2>, copyPixels<3>, copyPixels<4>,
                                     copyPixels<5>, copyPixels<6>, copyPixels<7>, copyPixels<8>};
 
+class MirroredRows final : public RowSource {
+public:
+    explicit MirroredRows(RowSourcePointer input)
+        : RowSource(input->format()), input_(std::move(input)),
+          copyPixels_(pixelCopies[format().bytesPerPixel() - 1]), row_(format().bytesPerRow()) {}
+
+    Result<void> readRow(std::span<std::uint8_t> row) override {
+        TRY(input_->readRow(row_));
+        const auto pixel = static_cast<std::ptrdiff_t>(format().bytesPerPixel());
+        copyPixels_(row_.data() + row_.size() - static_cast<std::size_t>(pixel), -pixel, row.data(),
+                    format().width);
+        return {};
+    }
+
+private:
+    const RowSourcePointer input_;
+    decltype(&copyPixels<1>) const copyPixels_;
+    Bytes row_;
+};
+
 /// Rows are made in squares of this many pixels per side: a quarter turn reads columns, and each source row
 /// in the cache then serves a whole side of a square.
 constexpr std::uint32_t turnedRowsAtOnce = 32;
@@ -199,8 +266,22 @@ private:
 
 } // namespace
 
+RowSourcePointer rowsOnBackground(RowSourcePointer input, const ColorSamples& background) {
+    return input->format().hasAlpha ? std::make_unique<RowsOnBackground>(std::move(input), background)
+                                    : std::move(input);
+}
+
 RowSourcePointer rowsOnWhite(RowSourcePointer input) {
-    return input->format().hasAlpha ? std::make_unique<RowsOnWhite>(std::move(input)) : std::move(input);
+    const ColorSamples samples = samplesOf(white, input->format(), nullptr);
+    return rowsOnBackground(std::move(input), samples);
+}
+
+RowSourcePointer rowsWithMargins(RowSourcePointer input, const Margins& margins, const ColorSamples& color) {
+    return std::make_unique<RowsWithMargins>(std::move(input), margins, color);
+}
+
+RowSourcePointer mirroredRows(RowSourcePointer input) {
+    return std::make_unique<MirroredRows>(std::move(input));
 }
 
 RowSourcePointer rowsFaded(RowSourcePointer input, float fraction) {

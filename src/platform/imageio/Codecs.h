@@ -19,6 +19,9 @@ extern const ImageCodec codec;
 namespace kestrine::webp {
 extern const ImageCodec codec;
 }
+namespace kestrine::heif {
+extern const ImageCodec heicCodec, avifCodec;
+}
 namespace kestrine::jp2 {
 extern const ImageCodec codec;
 }

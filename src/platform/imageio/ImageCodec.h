@@ -22,6 +22,7 @@ struct FrameDescription {
     std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB without a profile
     int quarterTurns = 0; ///< clockwise, 0 to 3, that the file asks for; `format` is the one after them
     int maxHalvings = 0;  ///< how often rows() can halve both sides
+    int orientation = 1;  ///< EXIF orientation, 1 to 8, that is stored beside the pixels and not applied
     bool isUncompressed = false;     ///< whether decoding costs little more than reading the bytes
     unsigned storedBitsPerPixel = 0; ///< before compression; 0 if the same as in `format`
     std::uint64_t heldBytes = 0;     ///< of memory for a whole picture that rows() needs; 0 if they stream
@@ -104,5 +105,8 @@ void openLibraries(std::uint32_t chosen);
 /// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does, and with
 /// "implausible" if the file is too short for a picture that it claims to hold (see Plausibility.h).
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader);
+/// The same with the codec that recognises it.
+Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader,
+                                                const ImageCodec& codec);
 
 } // namespace kestrine

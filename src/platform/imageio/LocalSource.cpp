@@ -45,8 +45,11 @@ LocalSource::LocalSource(std::unique_ptr<ImageDecoder> decoder, std::shared_ptr<
 }
 
 Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const ByteReader> file) {
-    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(file));
-    return std::make_shared<LocalSource>(std::move(decoder), std::move(file));
+    const ImageCodec* codec = TRY(knownCodecFor(*file));
+    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(file, *codec));
+    auto source = std::make_shared<LocalSource>(std::move(decoder), std::move(file));
+    source->codec_ = codec;
+    return source;
 }
 
 std::shared_ptr<Source> Source::clear(std::uint32_t width, std::uint32_t height) {

@@ -3,6 +3,7 @@
 
 #include "platform/imageio/ImageCodec.h"
 
+#include <array>
 #include <span>
 #include <string_view>
 
@@ -13,14 +14,15 @@ enum class FileType : std::uint8_t { jpeg, png, tiff, gif };
 
 struct OutputFormat {
     FileType type;
-    std::string_view name;      ///< its name in options and JSON, ASCII
-    std::string_view title;     ///< its usual name, ASCII
-    std::string_view extension; ///< of its files, without the dot, ASCII
-    bool holdsAlpha = false;    ///< otherwise pictures are drawn on white
-    bool holds16Bits = false;   ///< otherwise samples are rounded to 8 bits
-    bool isSRGBOnly = false;    ///< whether viewers always assume sRGB
-    bool hasQuality = false;    ///< whether the encoder uses EncodingOptions::quality
-    bool holdsExif = false;     ///< whether the encoder writes EncodingOptions::exif
+    std::string_view name;                                ///< its name in options and JSON, ASCII
+    std::string_view title;                               ///< its usual name, that of its codec, ASCII
+    std::string_view extension;                           ///< of its files, without the dot, ASCII
+    std::array<std::string_view, 3> otherExtensions = {}; ///< in use for such files; unused ones are empty
+    bool holdsAlpha = false;                              ///< otherwise pictures are drawn on white
+    bool holds16Bits = false;                             ///< otherwise samples are rounded to 8 bits
+    bool isSRGBOnly = false;                              ///< whether viewers always assume sRGB
+    bool hasQuality = false; ///< whether the encoder uses EncodingOptions::quality
+    bool holdsExif = false;  ///< whether the encoder writes EncodingOptions::exif
     /// Consumes all rows, which suit the format, and returns the bytes of the file.
     Result<Bytes> (*encode)(RowSource& rows, const EncodingOptions& options);
 };

@@ -14,7 +14,13 @@ struct FormatAfter {
         result.width = resampling.x.outSize;
         result.height = resampling.y.outSize;
     }
+    void operator()(const Mirror&) {}
     void operator()(const Flatten&) { result.hasAlpha = false; }
+    void operator()(const Pad& pad) {
+        result.width += pad.left + pad.right;
+        result.height += pad.top + pad.bottom;
+    }
+    void operator()(const IntoSRGB&) { result.model = ColorModel::rgb; }
     void operator()(const Fade&) { result.hasAlpha = true; }
     void operator()(const IntoGenericRGBA&) {
         result = {result.width, result.height, ColorModel::rgb, true, SampleDepth::bits8};
@@ -49,7 +55,9 @@ bool Picture::isWithinLimits() const {
 
 bool Picture::wasTurned() const {
     const auto turns = [this](QuarterTurn turn) { return std::ranges::count(steps, PictureStep(turn)); };
-    return (turns(QuarterTurn::clockwise) - turns(QuarterTurn::counterclockwise)) % 4 != 0;
+    const auto mirrorings = std::ranges::count(steps, PictureStep(Mirror{}));
+    return mirrorings % 2 != 0
+           || (turns(QuarterTurn::clockwise) - turns(QuarterTurn::counterclockwise)) % 4 != 0;
 }
 
 Picture Picture::with(PictureStep step) const {
@@ -59,7 +67,9 @@ Picture Picture::with(PictureStep step) const {
 }
 
 std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<ColorProfile> profile) {
-    return std::holds_alternative<IntoGenericRGBA>(step) ? ColorProfile::genericRGB() : std::move(profile);
+    if (std::holds_alternative<IntoGenericRGBA>(step))
+        return ColorProfile::genericRGB();
+    return std::holds_alternative<IntoSRGB>(step) && profile ? ColorProfile::sRGB() : std::move(profile);
 }
 
 Result<FileContents> contentsOf(const std::shared_ptr<Source>& source) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"
+#include "platform/coregraphics/RGBColor.h"
 #include "platform/coregraphics/Resampler.h"
 #include "platform/imageio/ImageCodec.h"
 
@@ -32,6 +33,8 @@ public:
 
     /// At least one; the main picture is the first. `profile` is set only in the process that decodes.
     const std::vector<FrameDescription>& frames() const { return frames_; }
+    /// The codec of the file; null for an empty canvas.
+    const ImageCodec* codec() const { return codec_; }
     /// Whether it is an empty canvas, not a file.
     virtual bool isCanvas() const { return false; }
 
@@ -53,12 +56,26 @@ public:
 
 protected:
     std::vector<FrameDescription> frames_;
+    const ImageCodec* codec_ = nullptr;
 };
 
 enum class QuarterTurn : std::uint8_t { clockwise, counterclockwise };
-/// Puts the picture on a white background.
+/// Exchanges left and right.
+struct Mirror {
+    bool operator==(const Mirror&) const = default;
+};
+/// Puts the picture on a background. A picture in grey must be on grey.
 struct Flatten {
+    RGBColor background = white;
+
     bool operator==(const Flatten&) const = default;
+};
+/// Adds opaque margins, in pixels. A picture in grey must get grey ones.
+struct Pad {
+    std::uint32_t left = 0, top = 0, right = 0, bottom = 0;
+    RGBColor color = white;
+
+    bool operator==(const Pad&) const = default;
 };
 /// Multiplies alpha by `fraction`, 0 to 1. Pixels whose alpha becomes 0 lose their colour.
 struct Fade {
@@ -66,11 +83,16 @@ struct Fade {
 
     bool operator==(const Fade&) const = default;
 };
-/// Converts to 8-bit RGB with alpha in the generic RGB profile. No other step changes the profile.
+/// Converts to 8-bit RGB with alpha in the generic RGB profile.
 struct IntoGenericRGBA {
     bool operator==(const IntoGenericRGBA&) const = default;
 };
-using PictureStep = std::variant<QuarterTurn, Resampling, Flatten, Fade, IntoGenericRGBA>;
+/// Converts to RGB in sRGB. Grey becomes RGB. The other steps, except IntoGenericRGBA, keep the profile.
+struct IntoSRGB {
+    bool operator==(const IntoSRGB&) const = default;
+};
+using PictureStep =
+    std::variant<QuarterTurn, Resampling, Flatten, Fade, IntoGenericRGBA, Mirror, Pad, IntoSRGB>;
 
 struct Picture {
     std::shared_ptr<Source> source;
@@ -89,7 +111,8 @@ struct Picture {
     std::optional<ColorProfile> profile() const;
     /// Whether the source and the result of every step are within the limits of a picture.
     bool isWithinLimits() const;
-    /// Whether the result is turned relative to its source. Turns that cancel each other do not count.
+    /// Whether the result is turned or mirrored relative to its source. Turns that cancel each other do not
+    /// count.
     bool wasTurned() const;
     Picture with(PictureStep step) const;
 };

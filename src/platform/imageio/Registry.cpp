@@ -9,10 +9,10 @@ namespace kestrine {
 namespace {
 
 /// No file has two signatures, so the most frequent formats come first. TGA, which has none, comes last.
-constexpr std::array codecs = {&jpeg::codec, &png::codec, &tiff::codec, &gif::codec,
-                               &webp::codec, &bmp::codec, &pnm::codec,  &jxl::codec,
-                               &jp2::codec,  &psd::codec, &ico::codec,  &icns::codec,
-                               &pcx::codec,  &qoi::codec, &sgi::codec,  &tga::codec};
+constexpr std::array codecs = {&jpeg::codec, &png::codec,      &tiff::codec,     &gif::codec,  &webp::codec,
+                               &bmp::codec,  &heif::heicCodec, &heif::avifCodec, &pnm::codec,  &jxl::codec,
+                               &jp2::codec,  &psd::codec,      &ico::codec,      &icns::codec, &pcx::codec,
+                               &qoi::codec,  &sgi::codec,      &tga::codec};
 
 } // namespace
 
@@ -42,7 +42,12 @@ void openLibraries(std::uint32_t chosen) {
 
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader) {
     const ImageCodec* codec = TRY(knownCodecFor(*reader));
-    std::unique_ptr<ImageDecoder> decoder = TRY(codec->open(reader));
+    return openImage(std::move(reader), *codec);
+}
+
+Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader,
+                                                const ImageCodec& codec) {
+    std::unique_ptr<ImageDecoder> decoder = TRY(codec.open(reader));
     for (const FrameDescription& frame : decoder->frames())
         TRY(checkPlausible(frame, reader->size()));
     return decoder;

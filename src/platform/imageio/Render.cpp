@@ -5,7 +5,6 @@
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/host/process/MemoryBudget.h"
 #include "platform/imageio/LocalSource.h"
-#include "platform/imageio/exif/ExifBlock.h"
 
 #include <algorithm>
 #include <cmath>
@@ -39,19 +38,28 @@ Resampling beforeTurn(const Resampling& resampling, int quarterTurns, std::uint3
     return result;
 }
 
+/// The same for margins.
+Pad beforeTurn(const Pad& pad, int quarterTurns) {
+    Pad result = pad;
+    for (; quarterTurns > 0; --quarterTurns)
+        result = {result.top, result.right, result.bottom, result.left, pad.color};
+    return result;
+}
+
 /// Builds the rows of a picture. Samples are rounded to 8 bits unless the file type `keeps16Bits`. Must
 /// outlive the rows, since it holds the memory that is reserved for them.
 class Pipeline {
 public:
-    Pipeline(const Picture& picture, bool keeps16Bits)
+    Pipeline(const Picture& picture, bool keeps16Bits, bool holdsResult = false)
         : picture_(picture), source_(static_cast<LocalSource&>(*picture.source)), keeps16Bits_(keeps16Bits),
-          profile_(picture.description().profile) {}
+          holdsResult_(holdsResult), profile_(picture.description().profile) {}
 
     Result<RowSourcePointer> build() {
         RowPlan plan = planRows(picture_);
         const int halvings = halve(plan);
         const bool isDecoded = source_.holdsPixels(picture_.frame);
-        memory_ = TRY(budgetForHeldPictures().reserve(bytesToHold(picture_, keeps16Bits_, isDecoded)));
+        memory_ = TRY(
+            budgetForHeldPictures().reserve(bytesToHold(picture_, keeps16Bits_, isDecoded, holdsResult_)));
         RowSourcePointer rows = TRY(source_.rows(picture_.frame, halvings));
         const bool isCostly = !picture_.description().isUncompressed && !source_.holdsPixels(picture_.frame);
         RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(rows)) : std::move(rows);
@@ -59,6 +67,8 @@ public:
             pipeline = addStep(std::move(pipeline), plan.steps[i], i + 1 == plan.steps.size());
         if (!keeps16Bits_)
             pipeline = rowsOf8Bits(std::move(pipeline));
+        if (plan.isMirrored)
+            pipeline = mirroredRows(std::move(pipeline));
         return turnedRows(std::move(pipeline), plan.quarterTurns);
     }
 
@@ -80,8 +90,16 @@ private:
     RowSourcePointer addStep(RowSourcePointer rows, const PictureStep& step, bool isLast) {
         const auto before = std::exchange(profile_, profileAfter(step, profile_));
         const ColorProfile* profile = before ? &*before : nullptr;
-        if (std::holds_alternative<Flatten>(step))
-            return rowsOnWhite(std::move(rows));
+        if (const auto* flatten = std::get_if<Flatten>(&step)) {
+            const ColorSamples background = samplesOf(flatten->background, rows->format(), profile);
+            return rowsOnBackground(std::move(rows), background);
+        }
+        if (const auto* pad = std::get_if<Pad>(&step)) {
+            const ColorSamples color = samplesOf(pad->color, rows->format(), profile);
+            return rowsWithMargins(std::move(rows), {pad->left, pad->top, pad->right, pad->bottom}, color);
+        }
+        if (std::holds_alternative<IntoSRGB>(step))
+            return rowsInSRGB(std::move(rows), profile);
         if (const auto* fade = std::get_if<Fade>(&step))
             return rowsFaded(std::move(rows), fade->fraction);
         if (std::holds_alternative<IntoGenericRGBA>(step))
@@ -93,6 +111,7 @@ private:
     const Picture& picture_;
     LocalSource& source_;
     const bool keeps16Bits_;
+    const bool holdsResult_;
     std::optional<ColorProfile> profile_; ///< of the rows after the steps added so far
     MemoryReservation memory_;
 };
@@ -115,7 +134,36 @@ Bytes exifFor(const Output& output, const RowFormat& result, bool wasTurned) {
             own = std::move(*read);
         block = own;
     }
-    return block.empty() ? Bytes() : carriedExif(block, result.width, result.height, wasTurned);
+    return block.empty()
+               ? Bytes()
+               : carriedExif(block, result.width, result.height, wasTurned, output.kept.exifSelection);
+}
+
+/// The file with the highest quality that has at most `maxBytes`.
+Result<Bytes> encodedToFit(RowSource& rows, const OutputFormat& format, EncodingOptions options,
+                           std::uint64_t maxBytes) {
+    const auto pixels = std::make_shared<const PixelBuffer>(TRY(readAllRows(rows)));
+    const int highest = static_cast<int>(std::lround(std::clamp(options.quality, 0.0, 1.0) * 100));
+    int tooHigh = format.hasQuality ? highest + 1 : 1;
+    int fitting = -1;
+    Bytes best;
+    while (tooHigh - fitting > 1) {
+        const int percent = (tooHigh + fitting) / 2; // rounded towards 0, never -1
+        options.quality = percent / 100.0;
+        const RowSourcePointer again = rowsOfPixels(pixels);
+        Bytes file = TRY(format.encode(*again, options));
+        if (file.size() > maxBytes) {
+            tooHigh = percent;
+        } else {
+            fitting = percent;
+            best = std::move(file);
+        }
+    }
+    if (fitting < 0)
+        return Failure{Reason::tooLarge, (format.hasQuality ? "no quality gives" : "the format does not give")
+                                             + std::string(" a file of at most ") + std::to_string(maxBytes)
+                                             + " bytes"};
+    return best;
 }
 
 } // namespace
@@ -127,8 +175,21 @@ RowPlan planRows(const Picture& picture) {
     for (const PictureStep& step : picture.steps) {
         if (const auto* turn = std::get_if<QuarterTurn>(&step)) {
             plan.quarterTurns = (plan.quarterTurns + (*turn == QuarterTurn::clockwise ? 1 : 3)) % 4;
+        } else if (std::holds_alternative<Mirror>(
+                       step)) { // a turned picture mirrored is a mirrored one turned back
+            plan.isMirrored = !plan.isMirrored;
+            plan.quarterTurns = (4 - plan.quarterTurns) % 4;
+        } else if (const auto* pad = std::get_if<Pad>(&step)) {
+            Pad upright = beforeTurn(*pad, plan.quarterTurns);
+            if (plan.isMirrored)
+                std::swap(upright.left, upright.right);
+            width += upright.left + upright.right;
+            height += upright.top + upright.bottom;
+            plan.steps.emplace_back(upright);
         } else if (const auto* resampling = std::get_if<Resampling>(&step)) {
-            const Resampling upright = beforeTurn(*resampling, plan.quarterTurns, width, height);
+            Resampling upright = beforeTurn(*resampling, plan.quarterTurns, width, height);
+            if (plan.isMirrored)
+                upright.x = upright.x.mirrored(width);
             width = upright.x.outSize;
             height = upright.y.outSize;
             plan.steps.emplace_back(upright);
@@ -139,11 +200,11 @@ RowPlan planRows(const Picture& picture) {
     return plan;
 }
 
-std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecoded) {
+std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecoded, bool holdsResult) {
     RowFormat turned = picture.format();
     if (!keeps16Bits)
         turned.depth = SampleDepth::bits8;
-    return (planRows(picture).quarterTurns == 0 ? 0 : turned.bytes())
+    return (planRows(picture).quarterTurns == 0 ? 0 : turned.bytes()) + (holdsResult ? turned.bytes() : 0)
            + (isDecoded ? 0 : picture.description().heldBytes);
 }
 
@@ -166,7 +227,7 @@ Result<PixelBuffer> readPixels(const Picture& picture) { return picture.source->
 Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output) {
     TRY(checkSize(picture));
     const OutputFormat& file = outputFormat(output.type);
-    Pipeline pipeline(picture, file.holds16Bits);
+    Pipeline pipeline(picture, file.holds16Bits, output.maxBytes != 0);
     RowSourcePointer rows = TRY(pipeline.build());
     if (!file.holdsAlpha)
         rows = rowsOnWhite(std::move(rows));
@@ -178,7 +239,8 @@ Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output
         options.profile = profile ? &*profile : nullptr;
     const Bytes exif = exifFor(output, rows->format(), picture.wasTurned());
     options.exif = exif;
-    return file.encode(*rows, options);
+    return output.maxBytes == 0 ? file.encode(*rows, options)
+                                : encodedToFit(*rows, file, options, output.maxBytes);
 }
 
 Result<PixelBuffer> LocalSource::pixels(const Picture& picture) {

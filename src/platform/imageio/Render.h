@@ -3,6 +3,7 @@
 
 #include "platform/imageio/OutputFormats.h"
 #include "platform/imageio/Picture.h"
+#include "platform/imageio/exif/ExifBlock.h"
 
 namespace kestrine {
 
@@ -11,6 +12,7 @@ namespace kestrine {
 struct KeptProperties {
     bool profile = false;         ///< the profile of the picture
     std::shared_ptr<Source> exif; ///< the picture's source, or any source for an empty canvas; null: no EXIF
+    ExifSelection exifSelection = ExifSelection::camera; ///< how much of it
 };
 
 /// The kind of file to make. `options.exif` is the whole EXIF block of the source; render() selects and
@@ -19,6 +21,9 @@ struct Output {
     FileType type;
     EncodingOptions options;
     KeptProperties kept = {};
+    /// Chooses the highest quality up to that of the options with which the file has at most so many bytes.
+    /// 0 for any size. Fails with reason "tooLarge" if no quality is low enough.
+    std::uint64_t maxBytes = 0;
 };
 
 /// The finished file. Any thread; several threads at once if their pictures have different sources, or
@@ -30,13 +35,14 @@ Result<PixelBuffer> readPixels(const Picture& picture);
 
 /// The memory for whole pictures that decoding and turning need, in bytes. All of it must be reserved in one
 /// step, because a job must not wait for memory while it holds some. `isDecoded`: the pixels of the source
-/// are in memory already.
-std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecoded);
+/// are in memory already. `holdsResult`: those of the result are kept.
+std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecoded, bool holdsResult = false);
 
 /// The steps of a picture in an order that suits rows: first all other steps, in the orientation of the
-/// source, then one turn.
+/// source, then one mirroring and one turn.
 struct RowPlan {
-    std::vector<PictureStep> steps; ///< without any QuarterTurn
+    std::vector<PictureStep> steps; ///< without any QuarterTurn or Mirror
+    bool isMirrored = false;        ///< left and right are exchanged before the turn
     int quarterTurns = 0;           ///< clockwise, 0 to 3
 
     bool operator==(const RowPlan&) const = default;

@@ -175,6 +175,15 @@ TEST(ColorProfile, adobeRGBHasItsPublishedPrimariesAndExponent) {
     EXPECT_EQ(tagOf(profile.bytes(), "rTRC"), curveOfSamples({563}));
 }
 
+TEST(ColorProfile, fromSRGBCurveChangesOnlyThePrimaries) {
+    constexpr Chromaticities displayP3 = {{0.3127, 0.3290}, {0.680, 0.320}, {0.265, 0.690}, {0.150, 0.060}};
+    const auto profile = ColorProfile::fromSRGBCurve(displayP3, "Display P3");
+    ASSERT_TRUE(profile);
+    expectColor(colorOf(profile->bytes(), "rXYZ"), {0.51512, 0.24120, -0.00105});
+    EXPECT_EQ(tagOf(profile->bytes(), "rTRC"), tagOf(ColorProfile::sRGB().bytes(), "rTRC"));
+    EXPECT_FALSE(ColorProfile::fromSRGBCurve({{0.9, 0.9}, {1, 0}, {0, 1}, {0, 0}}, "none"));
+}
+
 TEST(ColorProfile, madeProfilesHaveADescription) {
     // Version 4 stores text in UTF-16, version 2 in ASCII.
     EXPECT_TRUE(

@@ -40,6 +40,46 @@ public:
 
 } // namespace
 
+TEST(RowsWithMargins, areOpaqueAndOfOneColour) {
+    for (const SampleDepth depth : depths)
+        for (const bool alpha : {false, true}) {
+            const PixelBuffer photo = makePhoto({4, 3, ColorModel::rgb, alpha, depth});
+            const ColorSamples color = samplesOf({255, 128, 0}, photo.format, nullptr);
+            const PixelBuffer padded = read(rowsWithMargins(rowsOf(photo), {2, 1, 3, 4}, color));
+            ASSERT_EQ(padded.format, (RowFormat{9, 8, ColorModel::rgb, alpha, depth}));
+            EXPECT_EQ(sampleAt(padded, 2, 1, 0), sampleAt(photo, 0, 0, 0));
+            EXPECT_EQ(sampleAt(padded, 5, 3, 2), sampleAt(photo, 3, 2, 2));
+            for (const auto& [x, y] : {std::pair{0U, 0U}, {1U, 2U}, {6U, 2U}, {3U, 4U}, {8U, 7U}}) {
+                EXPECT_EQ(sampleAt(padded, x, y, 0), maximum(depth));
+                EXPECT_EQ(sampleAt(padded, x, y, 1), maximum(depth) / 255 * 128);
+                EXPECT_EQ(sampleAt(padded, x, y, padded.format.channels() - 1), alpha ? maximum(depth) : 0);
+            }
+        }
+}
+
+TEST(RowsOnBackground, transparentPartsTakeItsColour) {
+    for (const SampleDepth depth : depths) {
+        const PixelBuffer before = ramp(ColorModel::rgb, depth);
+        const ColorSamples color = samplesOf({0, 51, 255}, before.format, nullptr);
+        const PixelBuffer after = read(rowsOnBackground(rowsOf(before), color));
+        EXPECT_FALSE(after.format.hasAlpha);
+        EXPECT_EQ(sampleAt(after, 0, 0, 0), 0U);
+        EXPECT_EQ(sampleAt(after, 5, 0, 0), 0U) << "the last pixel is clear";
+        EXPECT_EQ(sampleAt(after, 5, 0, 1), maximum(depth) / 5);
+        EXPECT_EQ(sampleAt(after, 5, 0, 2), maximum(depth));
+    }
+}
+
+TEST(ColorSamples, areConvertedToTheProfile) {
+    const RowFormat format{1, 1, ColorModel::rgb, false, SampleDepth::bits8};
+    const ColorProfile adobe = ColorProfile::adobeRGB();
+    EXPECT_EQ(samplesOf(white, format, &adobe), (ColorSamples{255, 255, 255}));
+    const ColorSamples red = samplesOf({255, 0, 0}, format, &adobe);
+    EXPECT_NEAR(red[0], 219, 1); // sRGB's red is less saturated than the other's
+    EXPECT_LE(red[1], 3);
+    EXPECT_EQ(samplesOf({255, 0, 0}, format, nullptr), (ColorSamples{255, 0, 0}));
+}
+
 TEST(FadedRows, alphaIsMultipliedAndRoundedAndColourIsKept) {
     for (const SampleDepth depth : depths)
         for (const ColorModel model : {ColorModel::gray, ColorModel::rgb}) {

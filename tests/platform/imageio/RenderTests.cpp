@@ -154,6 +154,58 @@ TEST(Render, scalingATurnedPictureEqualsTurningFirstForEveryTurn) {
     }
 }
 
+TEST(Render, mirroringExchangesLeftAndRight) {
+    const PixelBuffer photo = makePhoto(photoFormat(7, 5));
+    const Picture mirrored{sourceOf(photo), 0, {Mirror{}}};
+    EXPECT_TRUE(mirrored.wasTurned());
+    const PixelBuffer pixels = *readPixels(mirrored);
+    for (std::uint32_t x = 0; x < 7; ++x)
+        EXPECT_EQ(testing::sampleAt(pixels, x, 3, 1), testing::sampleAt(photo, 6 - x, 3, 1));
+    EXPECT_FALSE(mirrored.with(Mirror{}).wasTurned());
+    EXPECT_TRUE(samePicture(*readPixels(mirrored.with(Mirror{})), photo));
+}
+
+TEST(Render, turnsMirroringsAndMarginsInAnyOrderEqualOneStepAfterTheOther) {
+    const PictureStep steps[] = {QuarterTurn::clockwise, Mirror{}, QuarterTurn::counterclockwise,
+                                 Pad{1, 2, 3, 4, {10, 200, 30}}};
+    for (unsigned sequence = 0; sequence < 256; ++sequence) {
+        PixelBuffer expected = makePhoto(photoFormat(5, 3));
+        Picture picture{sourceOf(expected), 0, {}};
+        for (unsigned i = 0; i < 4; ++i) {
+            const PictureStep& step = steps[sequence >> 2 * i & 3];
+            picture = picture.with(step);
+            expected = *readPixels(Picture{sourceOf(expected), 0, {step}});
+        }
+        EXPECT_TRUE(samePicture(*readPixels(picture), expected)) << "sequence " << sequence;
+    }
+}
+
+TEST(Render, scalingAMirroredPictureEqualsMirroringFirst) {
+    const PixelBuffer photo = makePhoto(photoFormat(20, 30));
+    for (const QuarterTurn turn : {QuarterTurn::clockwise, QuarterTurn::counterclockwise}) {
+        const Resampling scaling = {{0.5, 3, 12}, {0.5, 1, 9}, half.filter, half.light};
+        const Picture laid{sourceOf(photo), 0, {Mirror{}, turn}};
+        const Picture done{sourceOf(*readPixels(laid)), 0, {scaling}};
+        EXPECT_TRUE(samePicture(*readPixels(laid.with(scaling)), *readPixels(done), 1));
+    }
+}
+
+TEST(Render, aFileThatMustFitHasTheHighestQualityThatDoes) {
+    const Picture picture{sourceOf(makePhoto(photoFormat(60, 40))), 0, {}};
+    const auto sizeAt = [&](double quality) {
+        return render(picture, {FileType::jpeg, {.quality = quality}})->size();
+    };
+    const auto fitting = [&](std::uint64_t maxBytes, double quality) {
+        return render(picture, {FileType::jpeg, {.quality = quality}, {}, maxBytes});
+    };
+    EXPECT_EQ(fitting(sizeAt(0.6), 1)->size(), sizeAt(0.6));
+    EXPECT_EQ(fitting(sizeAt(0) + 1, 1)->size(), sizeAt(0));
+    EXPECT_EQ(fitting(1 << 20, 0.7)->size(), sizeAt(0.7));
+    EXPECT_EQ(fitting(100, 1).failure().reason, Reason::tooLarge);
+    EXPECT_EQ(render(picture, {FileType::png, {}, {}, 100}).failure().reason, Reason::tooLarge);
+    EXPECT_TRUE(render(picture, {FileType::png, {}, {}, 1 << 20}).ok());
+}
+
 TEST(Render, turnsAreDoneAfterAllScaling) {
     const Picture picture{
         sourceOf(makePhoto(photoFormat(20, 30))), 0, {QuarterTurn::clockwise, half, Flatten{}}};

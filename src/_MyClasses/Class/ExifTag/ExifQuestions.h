@@ -1,7 +1,8 @@
 // The questions about the EXIF data of an opened file, which the process that decodes it answers.
 #pragma once
 
-#include "platform/imageio/Picture.h"
+#include "platform/imageio/KeptMetadata.h"
+#include "platform/imageio/TakenDate.h"
 
 #include <array>
 
@@ -14,6 +15,6 @@ Result<Bytes> orientationOf(const std::shared_ptr<const ByteReader>& file);
 Result<Bytes> tagsOf(const std::shared_ptr<const ByteReader>& file);
 
 /// All of them: the table that a WorkerEngine needs.
-inline constexpr std::array<FileQuestion, 2> exifQuestions = {orientationOf, tagsOf};
+inline constexpr std::array<FileQuestion, 4> exifQuestions = {orientationOf, tagsOf, takenDateOf, metadataOf};
 
 } // namespace kestrine

@@ -17,6 +17,12 @@ enum ExifTag : std::uint16_t {
     yResolution = 0x011b,
     resolutionUnit = 0x0128,
     exifDirectoryPointer = 0x8769,
+    dateTime = 0x0132,
+    artist = 0x013b,
+    copyright = 0x8298,
+    gpsPointer = 0x8825,
+    dateTimeOriginal = 0x9003,
+    dateTimeDigitized = 0x9004,
     colorSpace = 0xa001,
     pixelXDimension = 0xa002,
     pixelYDimension = 0xa003,
@@ -36,9 +42,29 @@ constexpr std::array<std::uint16_t, 8> carriedMainTags{
     0x0110, // Model
     orientation,
     0x0131, // Software
-    0x0132, // DateTime
-    0x013b, // Artist
-    0x8298, // Copyright
+    dateTime,    artist, copyright,
+};
+
+/// What ExifSelection::all copies as well.
+constexpr std::array<std::uint16_t, 9> furtherMainTags{
+    0x010d, // DocumentName
+    0x013c, // HostComputer
+    0x4746, // Rating
+    0x4749, // RatingPercent
+    0x9c9b, // XPTitle
+    0x9c9c, // XPComment
+    0x9c9d, // XPAuthor
+    0x9c9e, // XPKeywords
+    0x9c9f, // XPSubject
+};
+
+constexpr std::array<std::uint16_t, 3> rightsTags{orientation, artist, copyright};
+
+/// They identify the camera or its owner.
+constexpr std::array<std::uint16_t, 3> ownerTags{
+    0xa430, // CameraOwnerName
+    0xa431, // BodySerialNumber
+    0xa435, // LensSerialNumber
 };
 
 /// What is never copied from the other directories: offsets into the source, entries that depend on such
@@ -52,7 +78,7 @@ constexpr std::array<std::uint16_t, 15> droppedTags{
     0x0201, // JPEGInterchangeFormat
     0x0202, // JPEGInterchangeFormatLength
     exifDirectoryPointer,
-    0x8825, // GPS pointer
+    gpsPointer,
     0x927c, // MakerNote; its inner offsets become wrong when it moves
     pixelXDimension,
     pixelYDimension,
@@ -65,7 +91,7 @@ constexpr std::array<std::uint16_t, 15> droppedTags{
 constexpr std::size_t largestBlock = 65533 - 6;
 constexpr std::uint32_t blockHeaderSize = 8;
 
-/// ExifTagReader skips larger directories. The three entries that may be added stay within it.
+/// ExifTagReader skips larger directories. The entries that may be added stay within it.
 constexpr std::size_t largestDirectory = 299;
 constexpr std::size_t addedEntries = 3;
 
@@ -77,7 +103,9 @@ struct Field {
 using Fields = std::map<std::uint16_t, Field>;
 
 struct CarriedFields {
-    Fields main, exif, interoperability;
+    Fields main, exif, interoperability, gps;
+
+    std::array<Fields*, 4> all() { return {&main, &exif, &interoperability, &gps}; }
 };
 
 template <class Unsigned>
@@ -140,7 +168,7 @@ std::uint32_t sizeOf(const Fields& fields) {
 void dropLargest(CarriedFields& carried) {
     Fields* owner = &carried.main;
     auto largest = owner->begin();
-    for (Fields* fields : {&carried.main, &carried.exif, &carried.interoperability})
+    for (Fields* fields : carried.all())
         for (auto field = fields->begin(); field != fields->end(); ++field)
             if (sizeOutOfLine(field->second) > sizeOutOfLine(largest->second))
                 owner = fields, largest = field;
@@ -151,8 +179,13 @@ void dropLargest(CarriedFields& carried) {
 /// only values outside the entries are dropped, and the loop ends. The main directory must already hold its
 /// pointer.
 void dropUntilFitting(CarriedFields& carried) {
-    while (blockHeaderSize + sizeOf(carried.main) + sizeOf(carried.exif) + sizeOf(carried.interoperability)
-           > largestBlock)
+    const auto size = [&carried] {
+        std::size_t sum = blockHeaderSize;
+        for (const Fields* fields : carried.all())
+            sum += sizeOf(*fields);
+        return sum;
+    };
+    while (size() > largestBlock)
         dropLargest(carried);
 }
 
@@ -183,30 +216,50 @@ void writeDirectory(Bytes& out, const Fields& fields) {
 
 Bytes written(CarriedFields& carried) {
     const std::uint32_t exifOffset = blockHeaderSize + sizeOf(carried.main);
-    carried.main.insert_or_assign(exifDirectoryPointer, longField(exifOffset));
+    if (!carried.exif.empty())
+        carried.main.insert_or_assign(exifDirectoryPointer, longField(exifOffset));
     if (carried.interoperability.empty())
         carried.exif.erase(interoperabilityPointer);
     else
         carried.exif.insert_or_assign(interoperabilityPointer, longField(exifOffset + sizeOf(carried.exif)));
+    const std::uint32_t gpsOffset = exifOffset + sizeOf(carried.exif) + sizeOf(carried.interoperability);
+    if (!carried.gps.empty())
+        carried.main.insert_or_assign(gpsPointer, longField(gpsOffset));
     Bytes out{'M', 'M', 0, 42};
     append(out, blockHeaderSize);
     writeDirectory(out, carried.main);
     writeDirectory(out, carried.exif);
     writeDirectory(out, carried.interoperability);
+    writeDirectory(out, carried.gps);
     return out;
 }
 
 /// What is copied from the source; nullopt if it has no Exif sub-directory and no main entry to copy.
-std::optional<CarriedFields> selectFields(const ExifDirectories& source) {
-    const auto isCarriedFromMain = [](std::uint16_t tag) { return lists(carriedMainTags, tag); };
-    const auto isCarried = [](std::uint16_t tag) { return !lists(droppedTags, tag); };
+std::optional<CarriedFields> selectFields(const ExifDirectories& source, ExifSelection selection) {
+    const bool isForRights = selection == ExifSelection::rights;
+    const bool dropsOwner = selection == ExifSelection::withoutOwner;
+    const auto isCarriedFromMain = [&](std::uint16_t tag) {
+        return isForRights ? lists(rightsTags, tag)
+                           : lists(carriedMainTags, tag)
+                                 || (selection == ExifSelection::all && lists(furtherMainTags, tag));
+    };
+    const auto isCarried = [&](std::uint16_t tag) {
+        return !isForRights && !lists(droppedTags, tag) && !(dropsOwner && lists(ownerTags, tag));
+    };
     const bool isBigEndian = source.isBigEndian();
     const ExifDirectory main = source.main();
     const ExifDirectory exif = source.child(main, exifDirectoryPointer);
     const ExifDirectory interoperability = source.child(exif, interoperabilityPointer);
-    CarriedFields carried{select(main, isBigEndian, isCarriedFromMain), select(exif, isBigEndian, isCarried),
-                          select(interoperability, isBigEndian, isCarried)};
-    if (carried.main.empty() && exif.empty())
+    CarriedFields carried{select(main, isBigEndian, isCarriedFromMain),
+                          select(exif, isBigEndian, isCarried),
+                          select(interoperability, isBigEndian, isCarried),
+                          {}};
+    if (selection == ExifSelection::all)
+        carried.gps = select(source.child(main, gpsPointer), isBigEndian, isCarried);
+    const bool hasRights = carried.main.contains(artist) || carried.main.contains(copyright);
+    const bool isEmpty =
+        isForRights ? !hasRights : carried.main.empty() && exif.empty() && carried.gps.empty();
+    if (isEmpty)
         return std::nullopt;
     return carried;
 }
@@ -234,6 +287,28 @@ bool saysAdobeRGB(const ExifDirectories& source, const ExifDirectory& exif) {
     return text.size() >= 3 && std::equal(optionalFile.begin(), optionalFile.end(), text.begin());
 }
 
+int orientationOf(const ExifDirectories& source, const ExifDirectory& main) {
+    const double value = source.number(main, orientation).value_or(1);
+    return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;
+}
+
+/// Whether a string has the form of a date, with digits in the places of digits.
+bool isDate(std::string_view text) {
+    constexpr std::string_view form = "0000:00:00 00:00:00";
+    return std::ranges::equal(
+        text, form, [](char c, char place) { return place == '0' ? c >= '0' && c <= '9' : c == place; });
+}
+
+/// The string in an entry, up to its zero byte; empty if it is no date.
+std::string dateIn(const ExifDirectory& directory, std::uint16_t tag) {
+    const auto entry = directory.find(tag);
+    if (entry == directory.end() || entry->second.type != exifText)
+        return "";
+    const ByteView value = entry->second.value;
+    const std::string text(value.begin(), std::ranges::find(value, std::uint8_t{0}));
+    return isDate(text) && !text.starts_with("0000") ? text : "";
+}
+
 } // namespace
 
 ExifFacts readExifFacts(ByteView block) {
@@ -243,6 +318,7 @@ ExifFacts readExifFacts(ByteView block) {
         return facts;
     const ExifDirectory main = source->main();
     facts.resolution = resolutionOf(*source, main);
+    facts.orientation = orientationOf(*source, main);
     facts.isAdobeRGB = saysAdobeRGB(*source, source->child(main, exifDirectoryPointer));
     return facts;
 }
@@ -252,29 +328,48 @@ Bytes uprightExif(Bytes block) {
     if (!source)
         return block;
     const ExifDirectory main = source->main();
-    const auto stored = main.find(orientation);
-    if (stored == main.end() || stored->second.type != exifShort || stored->second.count == 0)
+    const auto entry = main.find(orientation);
+    if (entry == main.end() || entry->second.value.empty())
         return block;
-    const auto position = static_cast<std::size_t>(stored->second.value.data() - block.data());
-    block[position] = source->isBigEndian() ? 0 : 1;
-    block[position + 1] = source->isBigEndian() ? 1 : 0;
+    const ByteView value = entry->second.value;
+    const std::size_t unit = exifTypeSize(entry->second.type)->unit;
+    const std::span<std::uint8_t> first =
+        std::span(block).subspan(static_cast<std::size_t>(value.data() - block.data()), unit);
+    std::ranges::fill(first, std::uint8_t{0});
+    (source->isBigEndian() ? first.back() : first.front()) = 1;
     return block;
 }
 
-Bytes carriedExif(ByteView block, std::uint32_t width, std::uint32_t height, bool turned) {
+std::string dateTakenIn(ByteView block) {
+    const auto source = ExifDirectories::of(block);
+    if (!source)
+        return "";
+    const ExifDirectory exif = source->child(source->main(), exifDirectoryPointer);
+    const std::string original = dateIn(exif, dateTimeOriginal);
+    return original.empty() ? dateIn(exif, dateTimeDigitized) : original;
+}
+
+Bytes carriedExif(ByteView block, std::uint32_t width, std::uint32_t height, bool turned,
+                  ExifSelection selection) {
     const auto source = ExifDirectories::of(block);
     if (!source)
         return {};
-    std::optional<CarriedFields> carried = selectFields(*source);
+    std::optional<CarriedFields> carried = selectFields(*source, selection);
     if (!carried)
         return {};
     if (turned)
         carried->main.insert_or_assign(orientation, shortField(1));
-    carried->exif.insert_or_assign(pixelXDimension, longField(width));
-    carried->exif.insert_or_assign(pixelYDimension, longField(height));
-    carried->main.insert_or_assign(exifDirectoryPointer, longField(0)); // offsets follow when sizes are known
+    if (selection != ExifSelection::rights) {
+        carried->exif.insert_or_assign(pixelXDimension, longField(width));
+        carried->exif.insert_or_assign(pixelYDimension, longField(height));
+    }
+    if (!carried->exif.empty())
+        carried->main.insert_or_assign(exifDirectoryPointer,
+                                       longField(0)); // offsets follow when sizes are known
     if (!carried->interoperability.empty())
         carried->exif.insert_or_assign(interoperabilityPointer, longField(0));
+    if (!carried->gps.empty())
+        carried->main.insert_or_assign(gpsPointer, longField(0));
     dropUntilFitting(*carried);
     return written(*carried);
 }

@@ -105,6 +105,7 @@ private:
         readExif(info);
         const ExifFacts facts = readExifFacts(exif_);
         frame.resolution = resolutionOf(info, facts);
+        frame.orientation = facts.orientation;
         frame.profile = profileOf(header, frame.format.model, facts);
         frame.maxHalvings = 3;
         frames_.push_back(frame);

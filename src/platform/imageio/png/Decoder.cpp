@@ -141,6 +141,7 @@ public:
         frames_.push_back({.format = format,
                            .resolution = resolution,
                            .profile = storedProfile(*file, format.model, exif),
+                           .orientation = exif.orientation,
                            .storedBitsPerPixel = static_cast<unsigned>(file->storedBitsPerPixel())});
         file_.hold(std::move(file));
     }

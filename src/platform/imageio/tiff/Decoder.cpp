@@ -89,6 +89,7 @@ private:
         FrameDescription frame{.format = page.format,
                                .resolution = page.resolution,
                                .profile = deliveredProfile(page, isAdobeRGB),
+                               .orientation = page.orientation,
                                .isUncompressed = page.isUncompressed(),
                                .storedBitsPerPixel = page.bits * page.samples,
                                .heldBytes = page.heldBytes};

@@ -217,6 +217,11 @@ Result<void> readSamples(const File& file, Page& page) {
     return {};
 }
 
+int storedOrientation(const File& file) {
+    const std::uint16_t stored = file.shortNumber(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    return stored >= ORIENTATION_TOPLEFT && stored <= ORIENTATION_LEFTBOT ? stored : ORIENTATION_TOPLEFT;
+}
+
 void prepare(const File& file, const Page& page) {
     if (page.isYCbCrJPEG)
         file.library().setField(file.handle(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
@@ -273,6 +278,7 @@ Result<Page> readPage(const File& file, std::uint64_t directory) {
     page.isPlanar = file.shortNumber(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
     page.isYCbCrJPEG = compression == COMPRESSION_JPEG && !page.isPlanar && page.bits == 8
                        && file.shortNumber(TIFFTAG_PHOTOMETRIC, 0) == PHOTOMETRIC_YCBCR;
+    page.orientation = storedOrientation(file);
     readBlocks(file, page);
     TRY(readSamples(file, page));
     prepare(file, page);

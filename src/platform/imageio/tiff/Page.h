@@ -22,7 +22,8 @@ struct Page {
     std::uint64_t directory = 0; ///< where it begins in the file
     RowFormat format;            ///< as delivered
     Resolution resolution;
-    Bytes icc; ///< as stored
+    int orientation = 1; ///< 1 to 8
+    Bytes icc;           ///< as stored
 
     Color color = Color::rendered;
     unsigned bits = 8;    ///< of a stored sample: 1 to 16, or 32 for floats

@@ -133,6 +133,7 @@ public:
         frames_.push_back({.format = format,
                            .resolution = facts.resolution.value_or(Resolution{}),
                            .profile = storedProfile(file, facts),
+                           .orientation = facts.orientation,
                            .heldBytes = format.bytes() + bytesPerLosslessPixel * format.pixels()});
     }
 

@@ -67,12 +67,39 @@ struct StepWriter {
         writer.add(resampling.filter);
         writer.add(resampling.light);
     }
-    void operator()(const Flatten&) const {}
+    void operator()(const Flatten& flatten) const { addColor(flatten.background); }
+    void operator()(const Mirror&) const {}
+    void operator()(const Pad& pad) const {
+        for (const std::uint32_t margin : {pad.left, pad.top, pad.right, pad.bottom})
+            writer.add(margin);
+        addColor(pad.color);
+    }
+    void operator()(const IntoSRGB&) const {}
     void operator()(const Fade& fade) const { writer.add(fade.fraction); }
     void operator()(const IntoGenericRGBA&) const {}
 
+    void addColor(const RGBColor& color) const {
+        for (const std::uint8_t sample : {color.red, color.green, color.blue})
+            writer.add(sample);
+    }
+
     MessageWriter& writer;
 };
+
+RGBColor colorIn(MessageReader& reader) {
+    const auto red = reader.number<std::uint8_t>(), green = reader.number<std::uint8_t>();
+    return {red, green, reader.number<std::uint8_t>()};
+}
+
+Pad padIn(MessageReader& reader) {
+    Pad pad;
+    for (std::uint32_t* margin : {&pad.left, &pad.top, &pad.right, &pad.bottom}) {
+        *margin = reader.number<std::uint32_t>();
+        reader.refuseUnless(*margin <= maximumSide);
+    }
+    pad.color = colorIn(reader);
+    return pad;
+}
 
 AxisMap axisIn(MessageReader& reader) {
     AxisMap axis;
@@ -100,7 +127,7 @@ PictureStep stepIn(MessageReader& reader) {
     case 1:
         return resamplingIn(reader);
     case 2:
-        return Flatten{};
+        return Flatten{colorIn(reader)};
     case 3: {
         const auto fraction = reader.number<float>();
         reader.refuseUnless(isWithin(static_cast<double>(fraction), 0, 1));
@@ -108,6 +135,12 @@ PictureStep stepIn(MessageReader& reader) {
     }
     case 4:
         return IntoGenericRGBA{};
+    case 5:
+        return Mirror{};
+    case 6:
+        return padIn(reader);
+    case 7:
+        return IntoSRGB{};
     default:
         reader.refuseUnless(false);
         return Flatten{};
@@ -151,6 +184,8 @@ void write(MessageWriter& writer, const OutputOrder& output) {
         writer.add(ByteView(bytes));
     writer.add(output.keepsProfile);
     writer.add(output.keepsExif);
+    writer.add(output.exifSelection);
+    writer.add(output.maxBytes);
 }
 
 OutputOrder outputIn(MessageReader& reader) {
@@ -166,6 +201,8 @@ OutputOrder outputIn(MessageReader& reader) {
     output.colorTable = copied(reader.bytes(maxColorTableBytes));
     output.keepsProfile = reader.flag();
     output.keepsExif = reader.flag();
+    output.exifSelection = reader.enumerator(ExifSelection::all);
+    output.maxBytes = reader.number<std::uint64_t>();
     return output;
 }
 
@@ -250,6 +287,7 @@ void write(MessageWriter& writer, const FrameDescription& frame) {
     write(writer, frame.resolution);
     writer.add(static_cast<std::uint8_t>(frame.quarterTurns));
     writer.add(static_cast<std::uint8_t>(frame.maxHalvings));
+    writer.add(static_cast<std::uint8_t>(frame.orientation));
     writer.add(frame.isUncompressed);
     writer.add(std::uint32_t{frame.storedBitsPerPixel});
     writer.add(frame.heldBytes);
@@ -265,6 +303,8 @@ FrameDescription frameIn(MessageReader& reader) {
     frame.quarterTurns = reader.number<std::uint8_t>();
     frame.maxHalvings = reader.number<std::uint8_t>();
     reader.refuseUnless(frame.quarterTurns < 4 && frame.maxHalvings <= 32);
+    frame.orientation = reader.number<std::uint8_t>();
+    reader.refuseUnless(frame.orientation >= 1 && frame.orientation <= 8);
     frame.isUncompressed = reader.flag();
     frame.storedBitsPerPixel = reader.number<std::uint32_t>();
     frame.heldBytes = reader.number<std::uint64_t>();

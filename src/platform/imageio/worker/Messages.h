@@ -28,6 +28,8 @@ struct OutputOrder {
     Bytes colorTable;
     bool keepsProfile = false;
     bool keepsExif = false; ///< of the source of the request
+    ExifSelection exifSelection = ExifSelection::camera;
+    std::uint64_t maxBytes = 0;
 
     bool operator==(const OutputOrder&) const = default;
 };

@@ -45,7 +45,9 @@ OutputOrder orderOf(const Output& output) {
                       .exif = copied(output.options.exif),
                       .colorTable = copied(output.options.colorTable),
                       .keepsProfile = output.kept.profile,
-                      .keepsExif = output.kept.exif != nullptr};
+                      .keepsExif = output.kept.exif != nullptr,
+                      .exifSelection = output.kept.exifSelection,
+                      .maxBytes = output.maxBytes};
     if (const ColorProfile* profile = output.options.profile; profile != nullptr) {
         order.profileModel = profile->model();
         order.profile = copied(profile->bytes());
@@ -117,6 +119,7 @@ Result<std::shared_ptr<Source>> RemoteSource::open(std::shared_ptr<EngineParts> 
     Response response = TRY(std::move(opened.response));
     if (response.frames.empty())
         return response.content ? decoderCrash() : response.content.failure();
+    source->codec_ = &codec;
     source->frames_ = std::move(response.frames);
     source->kept_.resize(source->frames_.size());
     if (question != nullptr && response.content)
@@ -203,7 +206,7 @@ Result<Bytes> RemoteSource::rendered(const Picture& picture, const Output& outpu
         reserveToKeep(picture.frame);
     const bool keeps16Bits = outputFormat(output.type).holds16Bits;
     const MemoryReservation held =
-        TRY(budgetForHeldPictures().reserve(bytesToHold(picture, keeps16Bits, false)));
+        TRY(budgetForHeldPictures().reserve(bytesToHold(picture, keeps16Bits, false, output.maxBytes != 0)));
     return carriedOut(RenderFile{recipeOf(picture), orderOf(output)}, priceOf(picture),
                       [&](const std::shared_ptr<Source>& source) {
                           Output here = output;

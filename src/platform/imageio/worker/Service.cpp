@@ -129,8 +129,9 @@ Result<Bytes> Service::carryOut(const RenderFile& order, Call& call) {
                                   .profile = profile ? &*profile : nullptr,
                                   .exif = ordered.exif,
                                   .colorTable = ordered.colorTable};
-    const KeptProperties kept{ordered.keepsProfile, ordered.keepsExif ? source_ : nullptr};
-    return source_->rendered(picture, {ordered.type, options, kept});
+    const KeptProperties kept{ordered.keepsProfile, ordered.keepsExif ? source_ : nullptr,
+                              ordered.exifSelection};
+    return source_->rendered(picture, {ordered.type, options, kept, ordered.maxBytes});
 }
 
 Result<Bytes> Service::carryOut(const ReadPixels& order, Call& call) {

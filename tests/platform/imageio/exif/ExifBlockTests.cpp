@@ -27,6 +27,29 @@ Bytes carried(const ExifContent& source, bool turned = false) {
 
 constexpr ExifOrder bothOrders[]{ExifOrder::bigEndian, ExifOrder::littleEndian};
 
+TEST(UprightExif, orientationBecomesOneAndEverythingElseStays) {
+    for (const ExifOrder order : bothOrders) {
+        const auto block = [&](std::uint16_t turned) {
+            return exifBlock({.order = order,
+                              .ifd0 = {exifText(make, "Kappa"), exifShorts(orientation, {turned})},
+                              .exifSubIFD = {exifLongs(pixelX, {7})}});
+        };
+        EXPECT_EQ(uprightExif(block(6)), block(1));
+    }
+}
+
+TEST(UprightExif, orientationMayBeLong) {
+    for (const ExifOrder order : bothOrders)
+        EXPECT_EQ(uprightExif(exifBlock({.order = order, .ifd0 = {exifLongs(orientation, {8})}})),
+                  exifBlock({.order = order, .ifd0 = {exifLongs(orientation, {1})}}));
+}
+
+TEST(UprightExif, blocksWithoutOrientationStay) {
+    const Bytes block = exifBlock({.ifd0 = {exifText(make, "Kappa")}});
+    EXPECT_EQ(uprightExif(block), block);
+    EXPECT_EQ(uprightExif(Bytes{1, 2, 3}), (Bytes{1, 2, 3}));
+}
+
 TEST(CarriedExif, valuesOfEveryTypeBecomeBigEndian) {
     const std::vector<ExifField> main{exifText(make, "Kappa"), exifShorts(orientation, {3})};
     const std::vector<ExifField> exif{
@@ -46,6 +69,68 @@ TEST(CarriedExif, valuesOfEveryTypeBecomeBigEndian) {
     for (const ExifOrder order : bothOrders)
         EXPECT_EQ(carried({.order = order, .ifd0 = main, .exifSubIFD = exif}),
                   exifBlock({.ifd0 = main, .exifSubIFD = exifWith(exif)}));
+}
+
+TEST(CarriedExif, aSelectionKeepsMoreOrLessOfIt) {
+    const ExifField artist = exifText(0x013b, "Ann"), owner = exifText(copyrightTag, "(c) Ann"),
+                    name = exifText(make, "Kappa"), comment = exifText(0x9c9c, "XP"),
+                    serial = exifText(0xa431, "12345"), lens = exifText(lensModel, "50 mm"),
+                    north = exifText(1, "N"), turned = exifShorts(orientation, {6});
+    const auto kept = [&](ExifSelection selection, ExifOrder order) {
+        return carriedExif(exifBlock({.order = order,
+                                      .ifd0 = {name, turned, artist, owner, comment},
+                                      .exifSubIFD = {serial, lens},
+                                      .gpsIFD = {north}}),
+                           1200, 800, false, selection);
+    };
+    const std::vector<ExifField> usual{name, turned, artist, owner};
+    for (const ExifOrder order : bothOrders) {
+        EXPECT_EQ(
+            kept(ExifSelection::camera, order),
+            exifBlock({.ifd0 = usual,
+                       .exifSubIFD = {exifLongs(pixelX, {1200}), exifLongs(pixelY, {800}), serial, lens}}));
+        EXPECT_EQ(kept(ExifSelection::withoutOwner, order),
+                  exifBlock({.ifd0 = usual,
+                             .exifSubIFD = {exifLongs(pixelX, {1200}), exifLongs(pixelY, {800}), lens}}));
+        EXPECT_EQ(kept(ExifSelection::rights, order), exifBlock({.ifd0 = {turned, artist, owner}}));
+        const Bytes all = kept(ExifSelection::all, order);
+        EXPECT_EQ(carriedExif(all, 1200, 800, false, ExifSelection::all), all);
+        EXPECT_GT(all.size(), kept(ExifSelection::camera, order).size() + 20);
+    }
+}
+
+TEST(CarriedExif, rightsOfAFileWithoutAnyAreNothing) {
+    const Bytes block = exifBlock({.ifd0 = {exifText(make, "Kappa"), exifShorts(orientation, {6})}});
+    EXPECT_EQ(carriedExif(block, 1, 1, false, ExifSelection::rights), Bytes{});
+}
+
+TEST(ExifFacts, theOrientationIsOneOfEightInBothOrders) {
+    for (const ExifOrder order : bothOrders) {
+        const auto orientationFor = [order](const ExifField& field) {
+            return readExifFacts(exifBlock({.order = order, .ifd0 = {field}})).orientation;
+        };
+        EXPECT_EQ(orientationFor(exifShorts(orientation, {7})), 7);
+        EXPECT_EQ(orientationFor(exifShorts(orientation, {0})), 1);
+        EXPECT_EQ(orientationFor(exifShorts(orientation, {9})), 1);
+        EXPECT_EQ(orientationFor(exifText(orientation, "6")), 1);
+        EXPECT_EQ(orientationFor(exifShorts(0x0100, {6})), 1);
+    }
+}
+
+TEST(TakenDate, isThatOfTheOriginalOrElseOfTheDigitisation) {
+    const auto dateIn = [](std::vector<ExifField> fields) {
+        return dateTakenIn(
+            exifBlock({.ifd0 = {exifText(0x0132, "2020:01:01 00:00:00")}, .exifSubIFD = std::move(fields)}));
+    };
+    const ExifField original = exifText(0x9003, "2019:03:04 05:06:07"),
+                    scan = exifText(0x9004, "2021:09:09 01:01:01");
+    EXPECT_EQ(dateIn({original, scan}), "2019:03:04 05:06:07");
+    EXPECT_EQ(dateIn({scan}), "2021:09:09 01:01:01");
+    EXPECT_EQ(dateIn({exifText(0x9003, "0000:00:00 00:00:00"), scan}), "2021:09:09 01:01:01");
+    for (const char* text :
+         {"", "    :  :     :  :  ", "2019:03:04", "2019-03-04 05:06:07", "2019:03:04 05:06:07 "})
+        EXPECT_EQ(dateIn({exifText(0x9003, text)}), "") << text;
+    EXPECT_EQ(dateIn({}), "");
 }
 
 TEST(CarriedExif, eightTagsOfTheMainDirectoryAreCarried) {

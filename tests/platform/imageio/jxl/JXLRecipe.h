@@ -10,9 +10,9 @@ namespace kestrine::testing {
 struct JXLRecipe {
     PixelBuffer pixels;
     bool isLossless = true;
-    int orientation = 1;          ///< 1 to 8, as in EXIF
-    int frames = 1;               ///< all with the same pixels
-    Bytes icc;                    ///< empty for `color`
+    int orientation = 1; ///< 1 to 8, as in EXIF
+    int frames = 1;      ///< all with the same pixels
+    Bytes icc;           ///< empty for `color`
     JxlColorEncoding color = sRGB(false);
     Bytes exif; ///< the content of a box; empty for none
     bool isCompressedBox = false;

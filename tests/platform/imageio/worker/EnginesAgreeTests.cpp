@@ -61,8 +61,13 @@ void expectTheSameOfFrame(const SourcePointer& here, const SourcePointer& elsewh
     const FrameDescription& described = here->frames()[frame];
     EXPECT_EQ(elsewhere->frames()[frame].format, described.format);
     EXPECT_EQ(elsewhere->frames()[frame].resolution, described.resolution);
+    EXPECT_EQ(elsewhere->frames()[frame].orientation, described.orientation);
+    EXPECT_EQ(elsewhere->codec(), here->codec());
     for (const std::vector<PictureStep>& steps :
-         {std::vector<PictureStep>{}, turnedAndReduced(described), {Fade{0.5F}, IntoGenericRGBA{}}}) {
+         {std::vector<PictureStep>{},
+          turnedAndReduced(described),
+          {Fade{0.5F}, IntoGenericRGBA{}},
+          {Mirror{}, IntoSRGB{}, Flatten{{200, 30, 0}}, Pad{1, 2, 3, 4, {9, 99, 0}}}}) {
         const Picture one{here, frame, steps}, other{elsewhere, frame, steps};
         for (const auto property :
              {PictureProperty::profile, PictureProperty::exif, PictureProperty::colorTable})
@@ -107,8 +112,9 @@ TEST_P(EnginesAgree, aboutEveryFileOfACorpusAlsoWhenItIsCutOff) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, EnginesAgree,
-                         ::testing::Values("jpeg", "ownjpeg", "png", "gif", "tiff", "webp", "bmp", "pnm",
-                                           "psd", "tga", "ico", "icns", "pcx", "qoi", "sgi"));
+                         ::testing::Values("jpeg", "ownjpeg", "png", "gif", "tiff", "webp", "heif", "bmp",
+                                           "pnm", "jxl", "jp2", "psd", "tga", "ico", "icns", "pcx", "qoi",
+                                           "sgi"));
 
 TEST(EnginesAgree, aboutEveryLayoutOfPixels) {
     for (const RowFormat& layout : testing::allLayouts(70, 50)) {

@@ -11,7 +11,8 @@ Recipe anyRecipe() {
     const Resampling resampling{{0.5, 1.25, 320}, {0.25, -2, 200}, ResampleFilter::lanczos, Light::linear};
     return {std::nullopt,
             3,
-            {QuarterTurn::counterclockwise, resampling, Flatten{}, Fade{0.5F}, IntoGenericRGBA{}}};
+            {QuarterTurn::counterclockwise, resampling, Flatten{{1, 2, 3}}, Fade{0.5F}, IntoGenericRGBA{},
+             Mirror{}, Pad{1, 2, 3, 4, {5, 6, 7}}, IntoSRGB{}}};
 }
 
 Recipe canvasRecipe() {
@@ -28,7 +29,9 @@ OutputOrder anyOutput() {
             .exif = {4, 5},
             .colorTable = {6, 7, 8},
             .keepsProfile = true,
-            .keepsExif = true};
+            .keepsExif = true,
+            .exifSelection = ExifSelection::rights,
+            .maxBytes = 200'000};
 }
 
 std::vector<Request> requestsOfAllKinds() {

@@ -1,0 +1,35 @@
+// The conversion of one picture by a recipe. Nothing here changes files.
+#pragma once
+
+#include "_MyClasses/Category/PictureFile.h"
+#include "models/ConversionRecipe.h"
+#include "platform/appkit/NSImage.h"
+
+namespace kestrine {
+
+/// The format that the rule names; null if it names none.
+const OutputFormat* namedFormat(const FormatRule& rule);
+
+/// What a recipe makes of one picture, known before anything is decoded.
+struct PlannedResult {
+    std::shared_ptr<NSImage> image;       ///< turned and sized; nil when that is not possible
+    const OutputFormat* format = nullptr; ///< null if nothing is written
+    std::uint32_t width = 0, height = 0;  ///< in pixels
+    bool isLeftLying = false; ///< whether it is not upright although the file says how it should be turned
+};
+
+/// `image` is the loaded picture of `file`, its resolution already converted if the recipe requires it; null
+/// to load it here.
+PlannedResult plannedResult(const ConversionRecipe& recipe, const PictureFile& file,
+                            std::shared_ptr<NSImage> image);
+
+/// The bytes of the result; nil when there is none, or when it cannot be decoded or encoded.
+std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const ConversionRecipe& recipe,
+                                            const PictureFile& file);
+
+/// The name of a result without a template: the source's stem with the extension of the format, in upper case
+/// when the source's is. Without a format, and with `keepsExtension` where the source has an extension of the
+/// format, it is the source's extension.
+NSString resultName(const NSString& path, const OutputFormat* format, bool keepsExtension = false);
+
+} // namespace kestrine

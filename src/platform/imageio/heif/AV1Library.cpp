@@ -1,0 +1,34 @@
+#include "platform/imageio/heif/AV1Library.h"
+
+#include "platform/host/process/DynamicLibrary.h"
+
+namespace kestrine::heif {
+
+Result<AV1Functions> loadAV1Functions(std::initializer_list<const char*> names) {
+    const Failure missing{Reason::unsupported, "AVIF pictures need dav1d (package libdav1d6)"};
+    const Result<DynamicLibrary> library = DynamicLibrary::open(names);
+    if (!library)
+        return missing;
+    AV1Functions functions{};
+    const auto find = [&]<class F>(F*& function, const char* name) {
+        function = library->symbol<F>(name);
+        return function != nullptr;
+    };
+    const bool complete =
+        find(functions.setDefaults, "dav1d_default_settings") && find(functions.open, "dav1d_open")
+        && find(functions.close, "dav1d_close") && find(functions.createData, "dav1d_data_create")
+        && find(functions.releaseData, "dav1d_data_unref") && find(functions.sendData, "dav1d_send_data")
+        && find(functions.nextPicture, "dav1d_get_picture")
+        && find(functions.releasePicture, "dav1d_picture_unref")
+        && find(functions.parseSequenceHeader, "dav1d_parse_sequence_header");
+    if (!complete)
+        return missing;
+    return functions;
+}
+
+const Result<AV1Functions>& av1Functions() {
+    static const Result<AV1Functions> functions = loadAV1Functions({"libdav1d.so.6"});
+    return functions;
+}
+
+} // namespace kestrine::heif

@@ -1,0 +1,74 @@
+// Box: the unit of which HEIF and AVIF files consist (ISO base media file format), and numbers inside it.
+#pragma once
+
+#include "platform/host/Bytes.h"
+#include "platform/host/Result.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kestrine::heif {
+
+/// The name of a box, an item type or a brand: four characters as a number.
+using FourCC = std::uint32_t;
+
+constexpr FourCC fourCC(const char (&name)[5]) {
+    FourCC number = 0;
+    for (int i = 0; i < 4; ++i)
+        number = number << 8 | static_cast<std::uint8_t>(name[i]);
+    return number;
+}
+
+/// The four characters, each unprintable one as '?'.
+std::string nameOf(FourCC code);
+
+struct Box {
+    FourCC type = 0;
+    ByteView content; ///< without the header
+};
+
+/// The boxes that lie one after another in `content`. Fails if one is longer than the rest, or if there are
+/// more than 65536.
+Result<std::vector<Box>> boxesIn(ByteView content);
+
+/// The content of the first box of that type; nullopt if there is none.
+std::optional<ByteView> contentOf(const std::vector<Box>& boxes, FourCC type);
+
+/// Reads big-endian numbers one after another. Whatever lies after the end reads as zero; then isSound() is
+/// false.
+class Cursor {
+public:
+    explicit Cursor(ByteView bytes) : rest_(bytes) {}
+
+    /// The next `size` bytes, at most 8, as a number.
+    std::uint64_t number(std::size_t size);
+    std::uint8_t u8() { return static_cast<std::uint8_t>(number(1)); }
+    std::uint16_t u16() { return static_cast<std::uint16_t>(number(2)); }
+    std::uint32_t u32() { return static_cast<std::uint32_t>(number(4)); }
+    std::int32_t s32() { return static_cast<std::int32_t>(u32()); }
+
+    /// The next `size` bytes; empty if there are fewer.
+    ByteView take(std::size_t size);
+    void skip(std::size_t size) { (void)take(size); }
+    /// Everything after what was read.
+    ByteView rest() const { return rest_; }
+
+    bool isSound() const { return isSound_; }
+
+private:
+    ByteView rest_;
+    bool isSound_ = true;
+};
+
+/// The version and flags that begin many boxes.
+struct FullBoxHeader {
+    std::uint8_t version = 0;
+    std::uint32_t flags = 0;
+};
+FullBoxHeader readFullBoxHeader(Cursor& cursor);
+
+/// "the HEIF or AVIF file is damaged: " and what is wrong.
+Failure damagedFile(const std::string& what);
+
+} // namespace kestrine::heif

@@ -1,0 +1,41 @@
+// PictureProperties: what the properties of an item, or the description of a track, say about a picture.
+#pragma once
+
+#include "platform/imageio/heif/CodingPoints.h"
+#include "platform/imageio/heif/ItemTable.h"
+#include "platform/imageio/heif/Placement.h"
+
+#include <memory>
+#include <string_view>
+
+namespace kestrine::heif {
+
+/// What coded pictures need besides their own data.
+struct CodingSetup {
+    enum class Kind : std::uint8_t { none, hevc, av1 };
+    Kind kind = Kind::none;
+    ByteView configuration; ///< the content of the box hvcC or av1C
+    unsigned bits = 8;      ///< per sample, 8 to 12
+    bool isMonochrome = false;
+    std::uint8_t operatingPoint = 0;           ///< AV1: of layered pictures
+    std::optional<std::uint16_t> spatialLayer; ///< AV1: the layer to show, else the best one
+};
+
+/// Views are into the header of the file; many pictures may share a large profile.
+struct PictureProperties {
+    std::optional<Size> size;         ///< stored, before any transformation
+    std::vector<Box> transformations; ///< in the order in which they apply
+    std::optional<CodingPoints> points;
+    ByteView icc;
+    std::uint16_t brightestLight = 0; ///< of HDR pictures, in cd/m2; 0: not known
+    std::string_view auxiliaryType;   ///< what an auxiliary picture is
+    CodingSetup coding;
+};
+
+/// Fails if a property is damaged, or if one that is essential is not supported.
+Result<PictureProperties> readProperties(const std::vector<ItemProperty>& properties);
+
+/// Whether `auxiliaryType` is that of an alpha plane.
+bool isAlphaType(std::string_view auxiliaryType);
+
+} // namespace kestrine::heif

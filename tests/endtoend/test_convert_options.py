@@ -1,0 +1,522 @@
+"""kestrinectl convert with options that say what is made and where it goes, with and without presets."""
+import io
+import os
+import shutil
+import subprocess
+import time
+
+import numpy
+from PIL import Image, ImageCms
+
+import pictures
+from tools import JPEG, PNG, ToolTest, exiftool, main
+
+WIDE_PROFILE = pictures.wide_icc()
+
+
+class ConvertByOptions(ToolTest):
+    def convert(self, *arguments, status=0, messages=None):
+        """Runs the command. It must return `status` and print exactly these messages to standard error."""
+        done = self.kestrinectl("convert", *arguments)
+        self.assertEqual(done.returncode, status, done)
+        if status == 0 or messages is not None:
+            self.assertEqual(done.stderr.decode().splitlines(), ["kestrinectl: " + line for line in messages or []])
+        return done
+
+    def refused(self, *arguments):
+        """The message about wrong options."""
+        done = self.convert(*arguments, "a.png", status=2)
+        self.assertEqual(self.names(), self.before)
+        self.assertRegex(done.stderr, rb"\Akestrinectl: [^\n]+\n\Z")
+        return done.stderr.decode().removeprefix("kestrinectl: ").split(";")[0].strip()
+
+    def picture(self, name, width=60, height=40, seed=1, **options):
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        pictures.image(pictures.photo(width, height, seed=seed)).save(path, **options)
+
+    def setUp(self):
+        super().setUp()
+        self.picture("a.png")
+        self.before = self.names()
+
+    def tree(self, folder):
+        """The files below a folder, and their sizes in pixels."""
+        root = self.folder / folder
+        return {str(path.relative_to(root)): Image.open(path).size for path in sorted(root.rglob("*")) if path.is_file()}
+
+
+class Sizes(ConvertByOptions):
+    def test_sizes_are_exact_pixels(self):
+        self.picture("tall.png", 400, 600)
+        for arguments, size in ((("--longest", "30"), (20, 30)), (("--width", "100"), (100, 150)),
+                                (("--height", "90"), (60, 90)), (("--width", "50", "--height", "40"), (50, 40)),
+                                (("--percent", "12.5"), (50, 75)), (("--fit", "90x90"), (60, 90)),
+                                (("--cover", "90x90"), (90, 90))):
+            self.convert(*arguments, "--out", "small", "tall.png")
+            self.assertEqual(self.tree("small"), {"tall.png": size}, arguments)
+            shutil.rmtree(self.folder / "small")
+
+    def test_sizes_are_exact_with_a_preset_too_and_those_of_the_preset_as_ever(self):
+        self.picture("b.png", 600, 400)
+        self.store({"name": "Web", "resizeType": 2, "maxSize": 300.0, "formatType": JPEG})
+        self.convert("--set", "Web", "b.png")
+        self.convert("--set", "Web", "--longest", "300", "b.png")
+        self.assertEqual(self.tree("Web"), {"b.jpg": (301, 200), "b_1.jpg": (300, 200)})
+
+    def test_exact_pixels_do_not_depend_on_the_resolution_of_the_file(self):
+        self.picture("scan.jpg", 600, 400, dpi=(300, 300), quality=95)
+        self.convert("--longest", "300", "--out", "small", "scan.jpg")
+        self.assertEqual(self.tree("small"), {"scan.jpg": (300, 200)})
+
+    def test_a_scaled_picture_is_filtered_in_linear_light(self):
+        samples = pictures.photo(400, 300)
+        pictures.image(samples).save(self.folder / "photo.png")
+        self.convert("--width", "100", "--out", "small", "photo.png")
+        expected = pictures.lanczos(samples, 0.25, 0.25, 100, 75)
+        self.assertGreater(pictures.psnr(pictures.pixels(self.folder / "small/photo.png"), expected), 48)
+
+    def test_cover_keeps_the_part_that_gravity_names(self):
+        pictures.image(pictures.corners(200, 100)).save(self.folder / "corners.png")
+        for gravity, expected in (("west", "rrww"), ("east", "ggbb"), ("center", "rgbw")):
+            self.convert("--cover", "40x40", "--gravity", gravity, "--out", gravity, "corners.png")
+            self.assertEqual(pictures.quarters(self.folder / gravity / "corners.png"), expected)
+
+    def test_no_enlarge_keeps_smaller_pictures(self):
+        self.store({"name": "Web", "resizeType": 2, "maxSize": 300.0, "formatType": PNG})
+        for arguments in (("--longest", "600"), ("--set", "Web")):
+            self.convert(*arguments, "--no-enlarge", "--out", "out", "a.png")
+            self.convert(*arguments, "--out", "large", "a.png")
+        self.assertEqual(set(self.tree("out").values()), {(60, 40)})
+        self.assertEqual(set(self.tree("large").values()), {(600, 400), (301, 200)})
+        source = pictures.pixels(self.folder / "a.png")
+        self.assertTrue(numpy.array_equal(pictures.pixels(self.folder / "out/a.png"), source))
+
+    def test_several_sizes_make_several_results_named_by_their_width(self):
+        self.picture("in/deep/b.png", 300, 200)
+        done = self.convert("--longest", "30,90", "--out", "out", "-r", "in", "a.png")
+        self.assertEqual(self.tree("out"), {"deep/b-30.png": (30, 20), "deep/b-90.png": (90, 60),
+                                            "a-30.png": (30, 20), "a-90.png": (90, 60)})
+        self.assertEqual([line.split(b" -> ")[0] for line in done.stdout.splitlines()],
+                         [b"in/deep/b.png"] * 2 + [b"a.png"] * 2)
+
+
+class Formats(ConvertByOptions):
+    def test_without_a_format_the_result_has_that_of_the_file_or_else_jpeg_or_png(self):
+        self.picture("b.jpeg")
+        self.picture("C.TIF")
+        self.picture("d.gif")
+        self.picture("e.bmp")
+        Image.new("RGBA", (60, 40), (200, 0, 0, 99)).save(self.folder / "f.webp", lossless=True)
+        self.convert("--longest", "30", "--out", "out", *(os.fsdecode(name) for name in self.names()))
+        self.assertEqual({name: Image.open(self.folder / "out" / name).format for name in self.tree("out")},
+                         {"a.png": "PNG", "b.jpeg": "JPEG", "C.TIF": "TIFF", "d.gif": "GIF", "e.jpg": "JPEG",
+                          "f.png": "PNG"})
+
+    def test_a_format_and_a_quality_can_be_given_with_and_without_a_preset(self):
+        self.store({"name": "Web", "formatType": PNG, "compression": 20.0, "width": 60.0, "height": 40.0})
+        tables = {}
+        for name, arguments in (("usual", ()), ("low", ("--quality", "20")), ("of the set", ("--set", "Web"))):
+            self.convert("--format", "jpeg", *arguments, "--name", name + ".jpg", "--out", "out", "a.png")
+            tables[name] = Image.open(self.folder / "out" / (name + ".jpg")).quantization[0][0]
+        self.assertEqual(tables, {"usual": 6, "low": 40, "of the set": 40})
+
+    def test_exif_is_carried_and_a_jpeg_without_a_preset_gets_quality_80(self):
+        block = pictures.exif(extra=[(0x0110, 2, 4, b"abc\0")])
+        (self.folder / "photo.jpg").write_bytes(pictures.jpeg(pictures.photo(60, 40), block))
+        self.convert("--longest", "30", "--out", "out", "photo.jpg")
+        self.assertEqual(exiftool(self.folder / "out/photo.jpg")["IFD0:Model"], "abc")
+        self.assertEqual(Image.open(self.folder / "out/photo.jpg").quantization[0][0], 6)
+
+
+class Places(ConvertByOptions):
+    def test_out_keeps_the_folders_of_a_recursive_search(self):
+        for name in ("in/b.png", "in/deep/er/c.png"):
+            self.picture(name)
+        self.convert("--percent", "50", "--out", "out/small", "-r", "in", "a.png")
+        self.assertEqual(set(self.tree("out/small")), {"a.png", "b.png", "deep/er/c.png"})
+
+    def test_out_holds_the_folders_of_presets(self):
+        self.store({"name": "A", "formatType": JPEG}, {"name": "B", "formatType": PNG, "replaceFile": 1}, selection=[(0, 2)])
+        self.picture("in/deep/b.png")
+        self.convert("-r", "--out", "out", "in")
+        self.assertEqual(set(self.tree("out")), {"A/deep/b.jpg", "B/deep/b.png"})
+
+    def test_a_preset_that_replaces_puts_its_result_into_out(self):
+        self.store({"name": "A", "formatType": PNG, "replaceFile": 1}, selection=[(0, 1)])
+        content = (self.folder / "a.png").read_bytes()
+        self.convert("--out", "out", "a.png")
+        self.assertEqual((self.folder / "a.png").read_bytes(), content)
+        self.assertEqual(set(self.tree("out")), {"A/a.png"})
+
+    def test_equal_names_in_one_folder_become_free_names_in_the_order_of_the_files(self):
+        for name, width in (("x/a.png", 20), ("y/a.png", 30), ("z/a.gif", 50)):
+            self.picture(name, width, 10)
+        for jobs in ("1", "4"):
+            self.convert("-j", jobs, "--percent", "100", "--out", "out", "x/a.png", "z/a.gif", "y/a.png")
+            self.assertEqual(self.tree("out"), {"a.png": (20, 10), "a.gif": (50, 10), "a_1.png": (30, 10)})
+            shutil.rmtree(self.folder / "out")
+
+    def test_a_second_run_leaves_out_the_folder_for_results(self):
+        self.picture("in/b.png")
+        left_out = ["left out in/out, the folder of --out; --all-folders searches it"]
+        for messages in ([], left_out):
+            self.convert("--percent", "50", "--out", "in/out", "-r", "in", messages=messages)
+        self.assertEqual(set(self.tree("in/out")), {"b.png", "b_1.png"})
+
+    def test_names_have_fields_and_may_make_folders_below_out(self):
+        self.store({"name": "Web", "formatType": JPEG, "width": 30.0, "height": 20.0})
+        for i in range(10):
+            self.picture(f"in/p{i}.png")
+        os.utime(self.folder / "in/p9.png", (0, 1_700_000_000))
+        self.convert("--set", "Web", "--name", "{set}-{height}/{n}-{stem}.{ext}", "--out", "out", "-r", "in")
+        self.assertEqual(sorted(self.tree("out")), [f"Web-20/{i + 1:02}-p{i}.jpg" for i in range(10)])
+
+    def test_names_without_out_are_below_the_folder_where_the_result_would_have_gone(self):
+        self.store({"name": "Web", "formatType": JPEG}, selection=[(0, 1)])
+        self.picture("in/deep/b.png")
+        self.convert("--longest", "30", "--name", "{stem}-small.{ext}", "-r", "in")
+        self.convert("--name", "{stem}-web.{ext}", "in/deep/b.png")
+        self.assertEqual(set(self.tree("in/deep")), {"b.png", "b-small.png", "Web/b-web.jpg"})
+
+    def test_replace_puts_the_original_into_the_trash_and_the_result_into_its_place(self):
+        self.picture("photo.jpeg", 300, 200, quality=95)
+        original = (self.folder / "photo.jpeg").read_bytes()
+        self.convert("--longest", "30", "--replace", "photo.jpeg")
+        self.convert("--format", "gif", "--replace", "a.png")
+        self.assertEqual(self.tree("."), {"a.gif": (60, 40), "photo.jpeg": (30, 20)})
+        self.assertEqual((self.home / ".local/share/Trash/files/photo.jpeg").read_bytes(), original)
+
+    def test_replace_makes_a_preset_replace_for_one_run(self):
+        self.store({"name": "Web", "formatType": JPEG, "width": 30.0, "height": 20.0})
+        self.convert("--set", "Web", "--replace", "a.png")
+        self.assertEqual(self.tree("."), {"a.jpg": (30, 20)})
+
+
+class Upright(ConvertByOptions):
+    def laid_down(self, orientation, order, form):
+        """Writes a picture whose quarters are red, green, blue, white once it is turned by its orientation."""
+        samples = pictures.corners(60, 40)
+        stored = {1: samples, 2: samples[:, ::-1], 3: samples[::-1, ::-1], 4: samples[::-1],
+                  5: samples.swapaxes(0, 1), 6: numpy.rot90(samples, 1), 7: numpy.rot90(samples, 2).swapaxes(0, 1),
+                  8: numpy.rot90(samples, -1)}[orientation]
+        block = pictures.exif(orientation, order)
+        name = f"{form}-{orientation}-{'big' if order == '>' else 'little'}.{form}"
+        path = self.folder / "in" / name
+        path.parent.mkdir(exist_ok=True)
+        if form == "jpg":
+            path.write_bytes(pictures.jpeg(numpy.ascontiguousarray(stored), block))
+        elif form == "tif":
+            path.write_bytes(pictures.tiff(stored, orientation, order))
+        else:
+            prefix = b"Exif\0\0" if form == "webp" else b""
+            pictures.image(numpy.ascontiguousarray(stored)).save(path, exif=prefix + block, quality=95)
+
+    def test_all_orientations_are_turned_in_both_byte_orders_wherever_the_format_keeps_them(self):
+        for form in ("jpg", "png", "tif", "webp"):
+            for orientation in range(1, 9):
+                for order in "<>":
+                    self.laid_down(orientation, order, form)
+        self.convert("--percent", "50", "--out", "out", "in")
+        self.assertEqual(len(self.tree("out")), 64)
+        for name, size in self.tree("out").items():
+            self.assertEqual((size, pictures.quarters(self.folder / "out" / name)), ((30, 20), "rgbw"), name)
+            self.assertIn(exiftool(self.folder / "out" / name).get("IFD0:Orientation"), (None, "1"), name)
+
+    def test_pixels_that_are_only_turned_stay_exact(self):
+        samples = pictures.photo(31, 17)
+        for orientation, expected in ((2, samples[:, ::-1]), (4, samples[::-1]), (5, samples.swapaxes(0, 1)),
+                                      (7, numpy.rot90(samples, 2).swapaxes(0, 1))):
+            pictures.image(samples).save(self.folder / "t.png", exif=pictures.exif(orientation))
+            self.convert("--format", "tiff", "--name", f"{orientation}.tiff", "t.png")
+            self.assertTrue(numpy.array_equal(pictures.pixels(self.folder / f"{orientation}.tiff"), expected), orientation)
+
+    def test_a_preset_turns_by_its_own_rule_unless_upright_is_given_and_a_hint_counts_the_others(self):
+        self.store({"name": "Web", "formatType": JPEG, "width": 30.0, "height": 30.0, "autoRotate": 1}, selection=[(0, 1)])
+        for orientation, order in ((6, ">"), (3, ">"), (6, "<"), (1, ">")):
+            self.laid_down(orientation, order, "jpg")
+        self.convert("in", messages=["hint: 2 pictures should be turned, which the set does not do; --upright does it"])
+        self.assertEqual({name: pictures.quarters(self.folder / "in/Web" / name) for name in self.tree("in/Web")},
+                         {"jpg-1-big.jpg": "rgbw", "jpg-6-big.jpg": "rgbw", "jpg-3-big.jpg": "bwrg",
+                          "jpg-6-little.jpg": "gbwr"})
+        self.convert("--upright", "--out", "out", "in")
+        for name in self.tree("out"):
+            self.assertEqual(pictures.quarters(self.folder / "out" / name), "rgbw", name)
+
+    def test_a_result_that_carries_the_orientation_needs_no_hint(self):
+        self.store({"name": "Web", "formatType": JPEG, "width": 30.0, "height": 30.0, "attachExifData": 1}, selection=[(0, 1)])
+        self.laid_down(3, "<", "jpg")
+        self.convert("in")
+        self.assertEqual(exiftool(self.folder / "in/Web/jpg-3-little.jpg")["IFD0:Orientation"], "3")
+
+    def test_no_upright_turns_nothing(self):
+        self.laid_down(3, "<", "jpg")
+        self.convert("--percent", "50", "--no-upright", "--out", "out", "in")
+        self.assertEqual(pictures.quarters(self.folder / "out/jpg-3-little.jpg"), "bwrg")
+
+
+class Canvas(ConvertByOptions):
+    def test_pad_fills_the_box_around_the_picture(self):
+        for gravity, top in ((("center"), 10), ("north", 0), ("southeast", 20)):
+            self.convert("--fit", "60x60", "--pad", "#ff8000", "--gravity", gravity, "--format", "png", "--name",
+                         f"{gravity}.png", "a.png")
+            samples = pictures.pixels(self.folder / f"{gravity}.png")
+            self.assertEqual(samples.shape, (60, 60, 3))
+            inside = samples[top:top + 40]
+            self.assertTrue(numpy.array_equal(inside, pictures.pixels(self.folder / "a.png")), gravity)
+            margin = numpy.delete(samples, range(top, top + 40), axis=0)
+            self.assertTrue((margin == (255, 128, 0)).all(), gravity)
+
+    def test_a_turned_picture_is_padded_as_it_is_seen(self):
+        pictures.image(pictures.corners(60, 40)).save(self.folder / "t.png", exif=pictures.exif(5))
+        self.convert("--fit", "60x60", "--pad", "black", "--gravity", "west", "--out", "out", "t.png")
+        samples = pictures.pixels(self.folder / "out/t.png")
+        self.assertTrue((samples[:, 40:] == 0).all())
+        self.assertTrue((samples[:, :40].max(axis=2) > 0).all())
+
+    def test_a_grey_picture_becomes_coloured_only_for_a_coloured_margin(self):
+        pictures.image(pictures.photo(60, 40, 1)).save(self.folder / "grey.png")
+        for color, mode in (("white", "L"), ("#f00", "RGB")):
+            self.convert("--fit", "60x60", "--pad", color, "--name", f"{mode}.png", "grey.png")
+            self.assertEqual(Image.open(self.folder / f"{mode}.png").mode, mode)
+        self.assertEqual(tuple(pictures.pixels(self.folder / "RGB.png")[0, 0]), (255, 0, 0))
+
+    def test_the_colour_of_a_margin_is_that_of_srgb_in_a_picture_with_another_profile(self):
+        wide = Image.fromarray(pictures.photo(60, 40))
+        wide.save(self.folder / "wide.tif", icc_profile=WIDE_PROFILE)
+        self.convert("--fit", "60x60", "--pad", "#c04040", "--format", "png", "--out", "out", "wide.tif")
+        done = Image.open(self.folder / "out/wide.png")
+        self.assertEqual(done.info["icc_profile"], WIDE_PROFILE)
+        seen = ImageCms.profileToProfile(done, ImageCms.ImageCmsProfile(io.BytesIO(WIDE_PROFILE)),
+                                         ImageCms.createProfile("sRGB")).getpixel((0, 0))
+        self.assertLessEqual(max(abs(a - b) for a, b in zip(seen, (0xc0, 0x40, 0x40))), 2)
+        self.assertNotEqual(done.getpixel((0, 0)), (0xc0, 0x40, 0x40))
+
+    def test_background_is_the_colour_of_transparent_parts(self):
+        Image.new("RGBA", (60, 40), (200, 0, 0, 0)).save(self.folder / "clear.png")
+        for form in ("png", "jpeg"):
+            self.convert("--format", form, "--background", "#336699", "--out", "out", "clear.png")
+        for name in ("clear.png", "clear.jpg"):
+            seen = Image.open(self.folder / "out" / name)
+            self.assertEqual(seen.mode, "RGB")
+            self.assertLessEqual(max(abs(a - b) for a, b in zip(seen.getpixel((9, 9)), (0x33, 0x66, 0x99))), 2)
+
+
+class MaxBytes(ConvertByOptions):
+    def test_the_highest_quality_that_fits_is_chosen(self):
+        self.picture("photo.png", 600, 400)
+        self.convert("--max-bytes", "30k", "--format", "jpeg", "--out", "out", "photo.png")
+        size = (self.folder / "out/photo.jpg").stat().st_size
+        sizes = {}
+        for quality in range(101):
+            self.convert("--quality", str(quality), "--format", "jpeg", "--name", "q.jpg", "--out", "q", "photo.png")
+            sizes[quality] = (self.folder / "q/q.jpg").stat().st_size
+            os.remove(self.folder / "q/q.jpg")
+        self.assertEqual(size, max(each for each in sizes.values() if each <= 30000))
+
+    def test_a_quality_is_the_upper_limit(self):
+        self.convert("--max-bytes", "1M", "--quality", "20", "--format", "jpeg", "--out", "out", "a.png")
+        self.convert("--quality", "20", "--format", "jpeg", "--out", "q", "a.png")
+        self.assertEqual((self.folder / "out/a.jpg").read_bytes(), (self.folder / "q/a.jpg").read_bytes())
+
+    def test_a_size_out_of_reach_is_an_error_without_a_file(self):
+        done = self.convert("--max-bytes", "100", "--format", "jpeg", "--out", "out", "a.png", status=1)
+        self.assertIn(b"a.png: no quality gives a file of at most 100 bytes", done.stderr)
+        self.assertFalse((self.folder / "out").exists())
+        done = self.convert("--max-bytes", "100", "--out", "out", "a.png", status=1)
+        self.assertIn(b"a.png: the format does not give a file of at most 100 bytes", done.stderr)
+
+
+class Properties(ConvertByOptions):
+    def setUp(self):
+        super().setUp()
+        (self.folder / "photo.jpg").write_bytes(pictures.jpeg(pictures.photo(60, 40)))
+        subprocess.run(["exiftool", "-q", "-overwrite_original", "-Artist=Ann", "-Copyright=(c) Ann", "-Model=One",
+                        "-DateTimeOriginal=2019:03:04 05:06:07", "-SerialNumber=123", "-OwnerName=Bob",
+                        "-LensSerialNumber=45", "-GPSLatitude=12.5", "-GPSLatitudeRef=N", "-ISO=100",
+                        self.folder / "photo.jpg"], check=True)
+        os.utime(self.folder / "photo.jpg", ns=(0, 1_500_000_000_123_456_789))
+
+    def kept(self, *arguments):
+        self.convert("--percent", "50", "--out", "out", *arguments, "photo.jpg")
+        tags = exiftool(self.folder / "out/photo.jpg")
+        shutil.rmtree(self.folder / "out")
+        return {name for name in ("Artist", "Copyright", "Model", "DateTimeOriginal", "ISO", "SerialNumber", "OwnerName",
+                                  "LensSerialNumber", "GPSLatitude") for tag in tags if tag.split(":")[1] == name}
+
+    def test_metadata_says_what_is_kept_of_the_exif_data(self):
+        usual = {"Artist", "Copyright", "Model", "DateTimeOriginal", "ISO"}
+        owner = {"SerialNumber", "OwnerName", "LensSerialNumber"}
+        self.assertEqual(self.kept(), usual)
+        for words, expected in ((("none",), set()), (("rights",), {"Artist", "Copyright"}), (("exif",), usual),
+                                (("all",), usual | owner | {"GPSLatitude"})):
+            self.assertEqual(self.kept("--metadata", *words), expected, words)
+        self.assertEqual(self.kept("--exif"), usual)
+
+    def test_with_a_preset_exif_is_what_presets_keep(self):
+        self.store({"name": "Web", "formatType": JPEG})
+        self.convert("--set", "Web", "--exif", "photo.jpg")
+        tags = exiftool(self.folder / "Web/photo.jpg")
+        self.assertEqual((tags["ExifIFD:SerialNumber"], tags["ExifIFD:ISO"]), ("123", "100"))
+        self.assertNotIn("GPS:GPSLatitude", tags)
+
+    def test_times_are_kept_taken_or_now(self):
+        self.environment["TZ"] = "UTC-1"
+        expected = {"keep": 1_500_000_000_123_456_789, "taken": 1_551_672_367_000_000_000}
+        before = time.time_ns() - 10**9
+        for word in ("keep", "taken", "now"):
+            self.convert("--percent", "50", "--times", word, "--name", word + ".jpg", "photo.jpg")
+        self.convert("--percent", "50", "--times", "taken", "--name", "a.jpg", "a.png")
+        modified = {path.stem: path.stat().st_mtime_ns for path in self.folder.glob("*.jpg")}
+        self.assertEqual({word: modified[word] for word in expected}, expected)
+        for word in ("now", "a"):
+            self.assertGreaterEqual(modified[word], before)
+
+    def test_a_replaced_file_can_keep_its_time(self):
+        self.convert("--percent", "50", "--times", "keep", "--replace", "photo.jpg")
+        self.assertEqual((self.folder / "photo.jpg").stat().st_mtime_ns, 1_500_000_000_123_456_789)
+
+    def test_names_can_have_the_day_when_the_picture_was_taken_or_else_when_it_was_modified(self):
+        os.utime(self.folder / "a.png", (0, 1_400_000_000))
+        self.convert("--percent", "50", "--name", "{date}/{stem}.{ext}", "--out", "out", "photo.jpg", "a.png")
+        self.assertEqual(set(self.tree("out")), {"2019-03-04/photo.jpg", "2014-05-13/a.png"})
+
+    def test_a_profile_is_kept_or_converted_to_srgb(self):
+        samples = pictures.photo(60, 40)
+        Image.fromarray(samples).save(self.folder / "wide.png", icc_profile=WIDE_PROFILE)
+        self.convert("--percent", "100", "--out", "kept", "wide.png")
+        self.convert("--percent", "100", "--profile", "srgb", "--out", "srgb", "wide.png")
+        self.assertEqual(Image.open(self.folder / "kept/wide.png").info["icc_profile"], WIDE_PROFILE)
+        done = Image.open(self.folder / "srgb/wide.png")
+        self.assertIn("sRGB".encode("utf-16-be"), done.info["icc_profile"])
+        expected = ImageCms.profileToProfile(Image.fromarray(samples), ImageCms.ImageCmsProfile(io.BytesIO(WIDE_PROFILE)),
+                                             ImageCms.createProfile("sRGB"), renderingIntent=1)
+        self.assertGreater(pictures.psnr(numpy.asarray(done), numpy.asarray(expected)), 40)
+
+
+class SkipFitting(ConvertByOptions):
+    def is_copied(self, name, *arguments):
+        """Whether the file becomes the result as it is."""
+        self.convert("--skip-fitting", *arguments, "--out", "out", name)
+        result = next((self.folder / "out").iterdir()).read_bytes()
+        shutil.rmtree(self.folder / "out")
+        return result == (self.folder / name).read_bytes()
+
+    def test_a_file_that_is_as_asked_for_is_copied(self):
+        self.picture("photo.jpg", quality=95)
+        for name in ("a.png", "photo.jpg"):
+            self.assertTrue(self.is_copied(name, "--longest", "600"))
+            self.assertTrue(self.is_copied(name, "--longest", "60", "--max-bytes", "1M", "--profile", "srgb"))
+            self.assertTrue(self.is_copied(name, "--cover", "60x40"))
+
+    def test_a_file_that_is_not_is_converted(self):
+        self.picture("photo.jpg", quality=95)
+        for arguments in (("--longest", "59"), ("--percent", "99"), ("--longest", "600", "--format", "png"),
+                          ("--cover", "600x400"), ("--longest", "600", "--max-bytes", "3000"),
+                          ("--fit", "60x60", "--pad", "white")):
+            self.assertFalse(self.is_copied("photo.jpg", *arguments), arguments)
+        self.picture("wide.png", icc_profile=WIDE_PROFILE)
+        self.assertFalse(self.is_copied("wide.png", "--longest", "600", "--profile", "srgb"))
+
+    def test_a_lying_picture_and_one_with_more_metadata_are_converted(self):
+        samples = pictures.photo(60, 40)
+        (self.folder / "lying.jpg").write_bytes(pictures.jpeg(samples, pictures.exif(6)))
+        self.assertFalse(self.is_copied("lying.jpg", "--longest", "600", "--metadata", "all"))
+        (self.folder / "photo.jpg").write_bytes(pictures.jpeg(samples))
+        for tag, allowing in (("-GPSLatitude=12.5", "all"), ("-XMP:Title=x", "all"), ("-IPTC:Credit=x", "all"),
+                              ("-Comment=x", "all"), ("-PNG:Comment=x", "all")):
+            name = "a.png" if "PNG" in tag else "photo.jpg"
+            subprocess.run(["exiftool", "-q", "-overwrite_original", "-all=", tag, self.folder / name], check=True)
+            self.assertFalse(self.is_copied(name, "--longest", "600"), tag)
+            self.assertTrue(self.is_copied(name, "--longest", "600", "--metadata", allowing), tag)
+
+    def test_results_of_an_earlier_run_fit(self):
+        block = pictures.exif(1, extra=[(0x0110, 2, 4, b"abc\0")])
+        (self.folder / "photo.jpg").write_bytes(pictures.jpeg(pictures.photo(60, 40), block))
+        self.convert("--longest", "30", "--out", "first", "photo.jpg")
+        self.assertTrue(self.is_copied("first/photo.jpg", "--longest", "30"))
+        self.assertFalse(self.is_copied("first/photo.jpg", "--longest", "30", "--metadata", "none"))
+
+    def test_with_replace_a_fitting_file_stays(self):
+        status = (self.folder / "a.png").stat()
+        done = self.convert("--skip-fitting", "--longest", "600", "--replace", "a.png")
+        self.assertEqual(done.stdout, b"a.png stays, it fits already\n")
+        self.assertEqual((self.folder / "a.png").stat().st_ino, status.st_ino)
+
+
+class Streams(ConvertByOptions):
+    def stream(self, *arguments, content=None, status=0):
+        """What the command writes to standard output, and its messages."""
+        content = (self.folder / "a.png").read_bytes() if content is None else content
+        done = self.kestrinectl("convert", *arguments, "-", input=content)
+        self.assertEqual(done.returncode, status, done)
+        return done.stdout, done.stderr.decode()
+
+    def test_a_picture_from_standard_input_becomes_one_on_standard_output(self):
+        for arguments in (("--longest", "30"), ("--format", "jpeg"), ("--longest", "30", "--isolation", "off")):
+            self.convert(*arguments, "--out", "out", "a.png")
+            expected = next((self.folder / "out").iterdir()).read_bytes()
+            shutil.rmtree(self.folder / "out")
+            self.assertEqual(self.stream(*arguments), (expected, ""))
+        self.assertEqual(self.names(), self.before)
+
+    def test_a_preset_is_applied_to_it(self):
+        self.store({"name": "Web", "formatType": JPEG, "resizeType": 2, "maxSize": 30.0, "replaceFile": 1}, selection=[(0, 1)])
+        written, messages = self.stream()
+        self.assertEqual((Image.open(io.BytesIO(written)).size, messages), ((31, 20), ""))
+
+    def test_what_is_no_picture_is_an_error_without_output(self):
+        written, messages = self.stream("--longest", "30", content=b"words", status=1)
+        self.assertEqual((written, messages.splitlines()), (b"", [
+            "kestrinectl: standard input: the file is in no picture format that is known here",
+            "kestrinectl: the picture could not be converted as requested"]))
+
+    def test_it_stands_alone_and_has_one_result(self):
+        for arguments in (("--longest", "30", "a.png"), ("--longest", "30,60"), ("--longest", "30", "--out", "x"),
+                          ("--replace", "--longest", "3"), ("--longest", "30", "--name", "x")):
+            self.assertRegex(self.stream(*arguments, status=2)[1], r"\Akestrinectl: - [^\n]+\n\Z")
+
+
+class WrongOptions(ConvertByOptions):
+    def test_contradictions_are_named_in_one_line_and_nothing_is_converted(self):
+        self.assertEqual(self.refused("--longest", "30", "--width", "30", "--out", "x"),
+                         "--longest and --width contradict each other: both give a size")
+        self.assertEqual(self.refused("--percent", "30", "--fit", "3x3", "--out", "x"),
+                         "--percent and --fit contradict each other: both give a size")
+        self.assertEqual(self.refused("--width", "30,60", "--height", "30", "--out", "x"),
+                         "--width and --height together take one number each")
+        self.assertEqual(self.refused("--longest", "30", "--replace", "--out", "x"),
+                         "--replace and --out contradict each other: both give the results a place")
+        self.assertEqual(self.refused("--longest", "30", "--replace", "--name", "x"),
+                         "--replace and --name contradict each other: both give the results a place")
+        self.assertEqual(self.refused("--longest", "30,60", "--replace"),
+                         "--replace takes one result per file, and these options make 2")
+        self.assertEqual(self.refused("--format", "png", "--quality", "80", "--out", "x"),
+                         "--quality has no effect on PNG")
+        self.assertEqual(self.refused("--longest", "30", "--gravity", "east", "--out", "x"),
+                         "--gravity needs --cover or --pad")
+        self.assertEqual(self.refused("--longest", "30", "--pad", "white", "--out", "x"), "--pad needs --fit")
+        self.assertEqual(self.refused("--format", "gif", "--max-bytes", "3k", "--out", "x"),
+                         "--max-bytes needs a format with a quality, and GIF has none")
+        self.assertEqual(self.refused("--percent", "3", "--exif", "--metadata", "none", "--out", "x"),
+                         "--exif and --metadata none contradict each other")
+        self.assertEqual(self.refused("--quality", "30", "--no-enlarge", "--out", "x"),
+                         "--no-enlarge needs a size, such as --longest 1200")
+        self.assertEqual(self.refused("--longest", "30"),
+                         "the results need a place: give --out FOLDER, --name TEMPLATE or --replace")
+
+    def test_values_that_make_no_sense_are_refused(self):
+        for arguments in (("--longest", "0"), ("--longest", "30,x"), ("--percent", "nan"), ("--fit", "30"),
+                          ("--gravity", "up"), ("--format", "bmp"), ("--quality", "101"), ("--name", "../x"),
+                          ("--name", "{nonsense}"), ("--out", ""), ("--pad", "#12345"), ("--background", "dark"),
+                          ("--max-bytes", "0"), ("--max-bytes", "3kB"), ("--metadata", "some"), ("--times", "then"),
+                          ("--profile", "p3")):
+            self.assertTrue(self.refused(*arguments).startswith(arguments[0]), arguments)
+
+    def test_without_a_selected_set_the_message_says_how_to_do_without(self):
+        self.convert("a.png", status=1, messages=["no set is selected; name one with --set, or describe the result, such "
+                                                  "as with --longest 1200 --out small"])
+
+
+if __name__ == "__main__":
+    main()
