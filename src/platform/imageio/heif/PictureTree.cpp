@@ -9,7 +9,7 @@ namespace kestrine::heif {
 
 namespace {
 
-constexpr int maxDepth = 8;
+constexpr int maxTreeDepth = 8;
 /// Of the description of a grid or overlay.
 constexpr std::uint64_t maxDescriptionBytes = std::uint64_t{4} << 20;
 
@@ -75,7 +75,7 @@ public:
     Result<PictureNodePointer> node(ItemID id, int depth) {
         if (const auto known = nodes_.find(id); known != nodes_.end())
             return known->second;
-        if (depth > maxDepth)
+        if (depth > maxTreeDepth)
             return Failure{Reason::unsupported, "the picture consists of too many layers of pictures"};
         const Item* item = table_.item(id);
         if (item == nullptr)
