@@ -24,7 +24,7 @@ SETS = {
     "Fine": "--longest 80 --format jpeg --quality 95 --convert-resolution",
     "Palette": "--longest 64 --format gif",
 }
-SUFFIXES = {"bmp": "bmp", "exiftagreader": "jpg", "gif": "gif", "jpeg": "jpg", "ownjpeg": "jpg", "png": "png",
+SUFFIXES = {"bmp": "bmp", "exiftagreader": "jpg", "gif": "gif", "heif": "heic", "jpeg": "jpg", "ownjpeg": "jpg", "png": "png",
             "pngrows": "png", "pnm": "pnm", "icns": "icns", "ico": "ico", "pcx": "pcx", "psd": "psd", "qoi": "qoi",
             "sgi": "sgi", "tga": "tga", "tiff": "tif", "webp": "webp"}
 SLOWEST = 500  # seconds for one command

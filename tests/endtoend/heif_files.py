@@ -157,7 +157,8 @@ class File:
 
     def add(self, kind, data=b"", properties=(), hidden=False, method=0, unknown=()):
         """Adds an item and returns its number. `method` says where its data go: 0 into the file, 1 into the header; with
-        2 they are the first bytes of the item that a reference "iloc" leads to. Properties in `unknown` are marked as essential."""
+        2 they are the first bytes of the item that a reference "iloc" leads to. Properties in `unknown` are marked as
+        essential."""
         self.items.append((kind, data, list(properties), hidden, method, list(unknown)))
         return len(self.items)
 

@@ -1,8 +1,9 @@
 #include "platform/imageio/heif/NodeRows.h"
 
-#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/coregraphics/Resampler.h"
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
+#include "platform/imageio/AlphaDivision.h"
 #include "platform/imageio/heif/PlanesToPixels.h"
 
 #include <algorithm>
@@ -209,23 +210,12 @@ public:
 
 private:
     template <class Sample>
-    void add(const Sample* alpha, Sample* pixel) const {
-        const std::size_t colors = format().colorChannels();
-        for (std::uint32_t x = 0; x < format().width; ++x, pixel += colors + 1) {
-            if (isPremultiplied_)
-                divide(pixel, colors, alpha[x]);
-            pixel[colors] = alpha[x];
-        }
-    }
-
-    /// Colour is multiplied by alpha; makes it independent.
-    template <class Sample>
-    static void divide(Sample* pixel, std::size_t colors, std::uint32_t alpha) {
-        constexpr std::uint64_t full = std::numeric_limits<Sample>::max();
-        for (std::size_t i = 0; i < colors; ++i)
-            pixel[i] = alpha == 0
-                           ? Sample{0}
-                           : static_cast<Sample>(std::min((pixel[i] * full + alpha / 2) / alpha, full));
+    void add(const Sample* alpha, Sample* pixels) const {
+        const std::size_t channels = format().channels();
+        for (std::size_t x = 0; x < format().width; ++x)
+            pixels[(x + 1) * channels - 1] = alpha[x];
+        if (isPremultiplied_)
+            divideByAlpha(std::span(pixels, format().samplesPerRow()), channels);
     }
 
     const RowSourcePointer colors_, alpha_;
@@ -262,6 +252,16 @@ private:
     std::uint32_t skipped_ = 0;
 };
 
+/// An alpha plane may be smaller than its picture.
+RowSourcePointer scaledTo(const Size& size, RowSourcePointer rows) {
+    const RowFormat from = rows->format();
+    if (from.width == size.width && from.height == size.height)
+        return rows;
+    const Resampling filling{AxisMap::filling(from.width, size.width),
+                             AxisMap::filling(from.height, size.height)};
+    return resampledRows(std::move(rows), filling, nullptr, from.depth);
+}
+
 RowSourcePointer rowsOfContent(const PictureNodePointer& node, const Decoding& decoding, const Share& share) {
     switch (node->kind) {
     case PictureNode::Kind::grid:
@@ -287,7 +287,7 @@ RowSourcePointer rowsBeforeTurn(const PictureNodePointer& node, const Decoding& 
         grey.layout.model = ColorModel::gray;
         grey.layout.hasAlpha = false;
         grey.points.reset();
-        RowSourcePointer alpha = rowsOfContent(node->alpha, grey, share);
+        RowSourcePointer alpha = scaledTo(node->size, rowsOfContent(node->alpha, grey, share));
         rows = std::make_unique<RowsWithAlpha>(std::move(rows), std::move(alpha), node->isPremultiplied);
     }
     if (node->placement.keepsRowsOf(node->size))
@@ -305,7 +305,8 @@ std::uint32_t rowsPerShare(const PictureNode& root) {
         return node.kind == PictureNode::Kind::grid ? node.parts.front()->shownSize().height : 0;
     };
     const std::uint32_t height = tileHeight(root);
-    const bool isSameInAlpha = root.alpha == nullptr || tileHeight(*root.alpha) == height;
+    const bool isSameInAlpha =
+        root.alpha == nullptr || (root.alpha->size == root.size && tileHeight(*root.alpha) == height);
     const bool startsAtTop = root.placement.area().top == 0;
     return isSameInAlpha && startsAtTop && height < root.size.height ? height : 0;
 }

@@ -226,9 +226,6 @@ Result<PictureNode> codedNode(PictureProperties properties, std::vector<FileRang
 }
 
 Result<void> attachAlpha(PictureNode& node, PictureNodePointer alpha, bool isPremultiplied) {
-    if (alpha->size != node.size)
-        return Failure{Reason::unsupported,
-                       "HEIF and AVIF pictures whose alpha plane has another size are not supported"};
     TRY(addCost(node, *alpha));
     node.alpha = std::move(alpha);
     node.hasAlpha = true;

@@ -27,7 +27,7 @@ struct PictureNode {
     };
     std::vector<Offset> offsets; ///< overlay: of the parts on the canvas
 
-    std::shared_ptr<const PictureNode> alpha; ///< a grey picture with the size of this one; null: none
+    std::shared_ptr<const PictureNode> alpha; ///< a grey picture, of any size; null: none
     bool isPremultiplied = false;             ///< colour is multiplied by alpha
 
     // Of the node and all of its parts together:
@@ -52,8 +52,8 @@ bool isPictureType(FourCC itemType);
 /// A coded picture. Fails if its properties are incomplete or impossible.
 Result<PictureNode> codedNode(PictureProperties properties, std::vector<FileRange> data);
 
-/// Makes `alpha` the alpha plane of `node`. Fails unless it has the same stored size. Its transformations are
-/// not used: those of the picture apply to both.
+/// Makes `alpha` the alpha plane of `node`. Its transformations are not used: those of the picture apply to
+/// both. Fails if there are too many coded pictures then.
 Result<void> attachAlpha(PictureNode& node, PictureNodePointer alpha, bool isPremultiplied);
 
 /// The tree of the item `id`. Reads the descriptions of derived pictures from `reader`, but no coded picture.
