@@ -71,8 +71,9 @@ bool hasSoundColorMap(const Fields& fields) {
            && (fields.colorBits == 0 || pixelKindOf(colored, fields.colorBits) != nullptr);
 }
 
-/// What the extension area of a newer file says about alpha; nullopt if there is none.
-std::optional<Alpha> alphaInExtensionArea(const ByteReader& reader) {
+/// What the extension area of a newer file says about alpha; nullopt if there is none, or if it contradicts
+/// the attribute bits.
+std::optional<Alpha> alphaInExtensionArea(const ByteReader& reader, unsigned attributeBits) {
     constexpr std::string_view signature{"TRUEVISION-XFILE.\0", 18};
     constexpr std::size_t footerLength = 26, attributesType = 494;
     std::array<std::uint8_t, footerLength> footer{};
@@ -85,20 +86,26 @@ std::optional<Alpha> alphaInExtensionArea(const ByteReader& reader) {
     if (area < headerLength || reader.readAt(area, fields) != fields.size()
         || littleEndian(ByteView(fields).first(2)) < fields.size())
         return std::nullopt;
+    enum Type : unsigned { absent = 0, undefined = 1, undefinedButKept = 2, useful = 3, multiplied = 4 };
     switch (fields[attributesType]) {
-    case 3:
+    case absent:
+        return attributeBits == 0 ? std::optional(Alpha::none) : std::nullopt;
+    case undefined:
+    case undefinedButKept:
+        return Alpha::none;
+    case useful:
         return Alpha::straight;
-    case 4:
+    case multiplied:
         return Alpha::premultiplied;
     default:
-        return Alpha::none;
+        return std::nullopt;
     }
 }
 
 Alpha alphaOf(const Fields& fields, const PixelKind& color, const ByteReader& reader) {
     if (color.alphaBits == 0)
         return Alpha::none;
-    if (const std::optional<Alpha> stated = alphaInExtensionArea(reader))
+    if (const std::optional<Alpha> stated = alphaInExtensionArea(reader, fields.attributeBits()))
         return *stated;
     // Many writers of 8 bits of alpha leave the number of attribute bits at 0.
     return color.alphaBits == 8 || fields.attributeBits() != 0 ? Alpha::straight : Alpha::none;

@@ -184,7 +184,7 @@ TEST(TGADecoder, theIdentificationAndAnUnusedColorMapAreSkipped) {
 
 TEST(TGADecoder, theExtensionAreaDecidesAboutAlpha) {
     TGAFile file{.bits = 32, .width = 1, .height = 1, .attributeBits = 8, .pixels = {30, 20, 10, 51}};
-    for (const std::uint8_t none : Bytes{0, 1, 2, 5}) {
+    for (const std::uint8_t none : Bytes{1, 2}) {
         file.attributesType = none;
         EXPECT_EQ(samplesOf(file), (Samples{10, 20, 30})) << int{none};
     }
@@ -192,6 +192,19 @@ TEST(TGADecoder, theExtensionAreaDecidesAboutAlpha) {
     EXPECT_EQ(samplesOf(file), (Samples{10, 20, 30, 51}));
     file.attributesType = 4;
     EXPECT_EQ(samplesOf(file), (Samples{50, 100, 150, 51})) << "colours multiplied by alpha";
+    file.attributeBits = 0;
+    file.attributesType = 0;
+    EXPECT_EQ(samplesOf(file), (Samples{10, 20, 30}));
+}
+
+TEST(TGADecoder, anExtensionAreaThatContradictsTheAttributeBitsOrIsUnknownIsIgnored) {
+    for (const std::uint8_t type : Bytes{0, 5})
+        EXPECT_TRUE(hasAlpha({.bits = 32,
+                              .width = 1,
+                              .height = 1,
+                              .attributeBits = 8,
+                              .pixels = {1, 2, 3, 4},
+                              .attributesType = type}));
 }
 
 TEST(TGADecoder, withoutAnExtensionAreaAFourthByteIsAlpha) {
@@ -207,7 +220,7 @@ TEST(TGADecoder, alphaThatIs0EverywhereIsIgnored) {
 
 TEST(TGADecoder, aDamagedExtensionAreaIsIgnored) {
     const TGAFile file{
-        .bits = 32, .width = 1, .height = 1, .attributeBits = 8, .pixels = {3, 2, 1, 4}, .attributesType = 0};
+        .bits = 32, .width = 1, .height = 1, .attributeBits = 8, .pixels = {3, 2, 1, 4}, .attributesType = 1};
     const Bytes sound = file.make();
     Bytes shorter = sound, elsewhere = sound;
     shorter[22] = 0;                       // its length
