@@ -114,11 +114,13 @@ class Formats(ConvertByOptions):
         self.picture("C.TIF")
         self.picture("d.gif")
         self.picture("e.bmp")
-        Image.new("RGBA", (60, 40), (200, 0, 0, 99)).save(self.folder / "f.webp", lossless=True)
+        clear = Image.new("RGBA", (60, 40), (200, 0, 0, 99))
+        clear.save(self.folder / "f.tga")
+        clear.save(self.folder / "g.webp", lossless=True)
         self.convert("--longest", "30", "--out", "out", *(os.fsdecode(name) for name in self.names()))
         self.assertEqual({name: Image.open(self.folder / "out" / name).format for name in self.tree("out")},
                          {"a.png": "PNG", "b.jpeg": "JPEG", "C.TIF": "TIFF", "d.gif": "GIF", "e.jpg": "JPEG",
-                          "f.png": "PNG"})
+                          "f.png": "PNG", "g.webp": "WEBP"})
 
     def test_a_format_and_a_quality_can_be_given_with_and_without_a_preset(self):
         self.store({"name": "Web", "formatType": PNG, "compression": 20.0, "width": 60.0, "height": 40.0})

@@ -45,7 +45,7 @@ SYSTEM_CALLERS = {
 }
 
 # The system's own headers. Everything with a slash or a .h that is not listed here is a third-party library.
-SYSTEM = re.compile(r"^[a-z_]+$|^(sys|linux)/[a-z_]+\.h$|^(cxxabi|dirent|dlfcn|fcntl|grp|langinfo|limits|locale|poll|pwd|"
+SYSTEM = re.compile(r"^[a-z_]+$|^(sys|linux)/[a-z_]+\.h$|^(cxxabi|dirent|dlfcn|fcntl|fnmatch|grp|langinfo|limits|locale|poll|pwd|"
                     r"sched|signal|spawn|stdio|stdlib|string|syscall|time|unistd|wchar)\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 

@@ -60,7 +60,7 @@ TEST(KeptMetadata, exifMustBeWhatASelectionKeeps) {
 TEST(KeptMetadata, otherSegmentsAndChunksAreMore) {
     const Bytes jpeg = *jpeg::encode(*photo(), {.quality = 0.9});
     constexpr std::ptrdiff_t afterJFIF = 20;
-    for (const std::uint8_t marker : std::initializer_list<std::uint8_t>{0xe1, 0xe2, 0xed, 0xfe, 0xef})
+    for (const std::uint8_t marker : Bytes{0xe1, 0xe2, 0xed, 0xfe, 0xef})
         EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, marker, 0, 4, 'x', 'y'})), "all ")
             << int{marker};
     EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, 0xee, 0, 4, 'x', 'y'})),

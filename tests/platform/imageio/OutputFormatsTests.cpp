@@ -10,7 +10,7 @@ namespace kestrine {
 TEST(OutputFormats, haveTheNumbersThatPresetsStore) {
     const std::string_view names[] = {"jpeg", "png", "tiff", "gif"};
     const std::string_view extensions[] = {"jpg", "png", "tiff", "gif"};
-    ASSERT_EQ(outputFormats().size(), 4u);
+    ASSERT_EQ(presetFormats().size(), 4u);
     for (std::int32_t number = 0; number < 4; ++number) {
         EXPECT_EQ(outputFormatNumbered(number)->name, names[number]);
         EXPECT_EQ(outputFormatNumbered(number)->extension, extensions[number]);
@@ -18,6 +18,12 @@ TEST(OutputFormats, haveTheNumbersThatPresetsStore) {
     }
     EXPECT_EQ(outputFormatNumbered(-1), nullptr);
     EXPECT_EQ(outputFormatNumbered(4), nullptr);
+}
+
+TEST(OutputFormats, areFoundByTheirNamesAmongThoseThatAreAllowed) {
+    EXPECT_EQ(formatNamed("webp", outputFormats())->type, FileType::webp);
+    EXPECT_EQ(formatNamed("webp", presetFormats()), nullptr);
+    EXPECT_EQ(formatNamed("", outputFormats()), nullptr);
 }
 
 TEST(OutputFormats, eachEncoderWritesItsFormat) {

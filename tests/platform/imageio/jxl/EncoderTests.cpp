@@ -25,7 +25,8 @@ TEST(JXLEncoder, aHigherQualityGivesALargerFileThatIsNearer) {
 
 TEST(JXLEncoder, aProfileIsKept) {
     const ColorProfile profile = ColorProfile::adobeRGB();
-    const Bytes file = encodeSound(jxl::encode, makePhoto({31, 20}), {.isLossless = true, .profile = &profile});
+    const Bytes file =
+        encodeSound(jxl::encode, makePhoto({31, 20}), {.isLossless = true, .profile = &profile});
     EXPECT_EQ(decodeSound(jxl::codec, file).frame().profile, profile);
 }
 

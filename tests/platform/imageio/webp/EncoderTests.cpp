@@ -1,5 +1,5 @@
-#include "platform/imageio/OutputFormats.h"
 #include "platform/imageio/LocalSource.h"
+#include "platform/imageio/OutputFormats.h"
 #include "platform/imageio/Render.h"
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/support/Pictures.h"
@@ -8,7 +8,8 @@ namespace kestrine::testing {
 
 namespace {
 
-const Bytes exifBlock = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 1, 0x12, 0, 3, 0, 0, 0, 1, 0, 6, 0, 0, 0, 0, 0, 0};
+const Bytes exifBlock = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 1, 0x12, 0,
+                         3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0, 0,    0};
 
 PixelBuffer opaquePhoto(bool hasAlpha) { return makePhoto({31, 20, ColorModel::rgb, hasAlpha}); }
 
@@ -24,7 +25,8 @@ TEST(WebPEncoder, aLosslessPictureIsDecodedUnchanged) {
 TEST(WebPEncoder, aHigherQualityGivesALargerFile) {
     std::size_t before = 0;
     for (const double quality : {0.1, 0.5, 0.9, 1.0}) {
-        const std::size_t size = encodeSound(webp::encode, makePhoto({200, 150}), {.quality = quality}).size();
+        const std::size_t size =
+            encodeSound(webp::encode, makePhoto({200, 150}), {.quality = quality}).size();
         EXPECT_GT(size, before);
         before = size;
     }
