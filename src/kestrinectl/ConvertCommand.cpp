@@ -2,12 +2,14 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/ConvertChains.h"
+#include "kestrinectl/ConvertDryRun.h"
 #include "kestrinectl/ConvertInputs.h"
 #include "kestrinectl/ConvertOutcome.h"
 #include "kestrinectl/ConvertRecipes.h"
 #include "kestrinectl/ConvertReport.h"
 #include "kestrinectl/ConvertStream.h"
 #include "kestrinectl/DecoderIsolation.h"
+#include "kestrinectl/FileLists.h"
 #include "kestrinectl/ForEachPosition.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/NumberBetween.h"
@@ -36,6 +38,10 @@ struct ConvertRequest {
     bool allowsEmpty = false;
     bool acceptsDamaged = false;
     bool firstOnly = false;
+    bool isDryRun = false;
+    bool isQuiet = false;
+    std::optional<std::string> list; ///< of further files
+    bool listHasZeroBytes = false;
     std::uint64_t maxPixels = defaultMaximumPixels;
     std::string isolation = "auto";
 };
@@ -146,6 +152,17 @@ JobPolicy policyOf(const ConvertRequest& request) {
             .replacesOnlyPictures = !request.firstOnly};
 }
 
+/// Takes the place of the conversion and reports like it.
+void runDry(const std::vector<ConvertInput>& inputs, const std::vector<ResizeJob>& jobs, unsigned threads,
+            ConvertReport& report) {
+    std::vector<std::string> shown;
+    for (const ConvertInput& input : inputs)
+        shown.push_back(input.shown);
+    std::vector<ConvertResult> results = dryRun(jobs, shown, threads);
+    for (std::size_t i = 0; i < results.size(); ++i)
+        report.finished(i, std::move(results[i]));
+}
+
 void runOnStream(const ConvertRequest& request, const ResizeSets& sets) {
     const ConversionRecipe recipe = recipeForStream(request.options, sets);
     setMaximumPixels(request.maxPixels);
@@ -162,17 +179,20 @@ void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
     printFindings(inputs);
     std::size_t done = 0, failures = 0, leftLying = 0;
     {
-        ConvertReport report(inputs.pictures.size());
+        ConvertReport report(inputs.pictures.size(),
+                             request.isQuiet ? ReportStyle::quiet : ReportStyle::usual);
         setMaximumPixels(request.maxPixels);
         const auto threads =
             static_cast<unsigned>(std::clamp<std::size_t>(inputs.pictures.size(), 1, request.jobs));
         const DecoderIsolation isolation(*isolationNamed(request.isolation), threads);
-        convert(inputs.pictures, jobsFor(inputs.pictures, recipes, policyOf(request)), threads, report);
+        const std::vector<ResizeJob> jobs = jobsFor(inputs.pictures, recipes, policyOf(request));
+        (request.isDryRun ? runDry : convert)(inputs.pictures, jobs, threads, report);
         done = report.done();
         failures = report.failures();
         leftLying = report.leftLying();
     }
-    printHintOfLyingPictures(leftLying, request.options);
+    if (!request.isQuiet)
+        printHintOfLyingPictures(leftLying, request.options);
     throwWhenStopped(done, inputs.pictures.size());
     throwWhenFailed(inputs, failures, request.allowsEmpty);
 }
@@ -181,8 +201,16 @@ void run(ConvertRequest request) {
     const PresetStore store = PresetStore::load();
     const ResizeSets sets = chosenSets(store, request);
     request.search.storedSets = store.sets();
-    for (std::string& file : request.files)
-        file = typedWord(file);
+    for (auto* words : {&request.files, &request.search.included, &request.search.excluded})
+        for (std::string& word : *words)
+            word = typedWord(word);
+    if (request.list)
+        for (const std::string& name : namesInList(typedWord(*request.list), request.listHasZeroBytes))
+            request.files.push_back(name);
+    if (request.listHasZeroBytes && !request.list)
+        throw CommandError("-0 needs --files-from", 2);
+    if (request.files.empty() && !request.list)
+        throw CommandError("FILE is required; 'kestrinectl help convert' explains its use", 2);
     const bool usesStream = std::ranges::find(request.files, "-") != request.files.end();
     if (usesStream && request.files.size() > 1)
         throw CommandError("- is one picture from standard input; it cannot be combined with files", 2);
@@ -212,6 +240,29 @@ void addConvertCommand(CLI::App& program) {
         ->option_text("N");
     command->add_flag("-r,--recursive", request->search.recursive,
                       "Search sub-folders too, except those named like a stored set (default: no)");
+    command
+        ->add_option(
+            "--include", request->search.included,
+            "In folders, take only files that match this glob: the path below the given folder, or the "
+            "name if the glob has no slash; may be repeated (default: all pictures)")
+        ->allow_extra_args(false)
+        ->option_text("GLOB");
+    command
+        ->add_option("--exclude", request->search.excluded,
+                     "In folders, leave out files that match this glob; may be repeated (default: none)")
+        ->allow_extra_args(false)
+        ->option_text("GLOB");
+    command
+        ->add_option(
+            "--files-from", request->list,
+            "Convert also the files and folders that this list names, one per line; - for standard input")
+        ->option_text("FILE");
+    command->add_flag("-0,--null", request->listHasZeroBytes,
+                      "The names in the list end with a zero byte instead of a newline");
+    command->add_flag("-q,--quiet", request->isQuiet,
+                      "Print only errors (default: a line for each result, warnings and hints)");
+    command->add_flag("--dry-run", request->isDryRun,
+                      "Print the names that the results would get, and convert nothing");
     command->add_flag("--all-folders", request->search.allFolders,
                       "Search all sub-folders, also those named like a stored set (default: no)");
     command->add_flag("--allow-empty", request->allowsEmpty,
@@ -238,12 +289,10 @@ void addConvertCommand(CLI::App& program) {
             },
             ""))
         ->option_text("auto|strict|off");
-    command
-        ->add_option(
-            "FILE", request->files,
-            "Pictures, or folders to search for pictures; - reads one picture from standard input and writes "
-            "the result to standard output")
-        ->required();
+    command->add_option(
+        "FILE", request->files,
+        "Pictures, or folders to search for pictures; - reads one picture from standard input and writes "
+        "the result to standard output");
     command->callback([request] { run(*request); });
 }
 

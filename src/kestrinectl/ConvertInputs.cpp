@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <fnmatch.h>
 #include <set>
 
 namespace kestrine {
@@ -142,7 +143,17 @@ private:
                 + "; --all-folders searches it");
     }
 
+    /// By the path below the given folder.
+    bool isWanted(const fs::path& file) const {
+        const std::string path = absolutePath(file).lexically_relative(root_).native();
+        const auto matches = [&path](const std::string& glob) { return globMatches(glob, path); };
+        return (search_.included.empty() || std::ranges::any_of(search_.included, matches))
+               && std::ranges::none_of(search_.excluded, matches);
+    }
+
     void visitFile(const fs::path& file) {
+        if (!isWanted(file))
+            return;
         const std::string shown = shownPath(file.native());
         const auto reader = readerOfPath(file.native());
         if (!reader)
@@ -194,6 +205,12 @@ fs::path canonicalPath(const fs::path& path) {
     std::error_code error;
     const fs::path canonical = fs::weakly_canonical(path, error);
     return error ? path : canonical;
+}
+
+bool globMatches(const std::string& glob, const std::string& path) {
+    const std::string subject =
+        glob.find('/') == std::string::npos ? fs::path(path).filename().native() : path;
+    return ::fnmatch(glob.c_str(), subject.c_str(), 0) == 0;
 }
 
 ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search) {

@@ -22,6 +22,8 @@ struct ConvertSearch {
     bool recursive = false;  ///< sub-folders too, except those named like a stored set, at any depth
     bool allFolders = false; ///< every sub-folder with any name
     ResizeSets storedSets;
+    std::vector<std::string> included; ///< globs of which a file in a folder must match one; none for all
+    std::vector<std::string> excluded; ///< globs of which it must match none
     std::string outFolder; ///< the folder for the results of this run, absolute; "" if there is none
 };
 
@@ -35,6 +37,10 @@ struct ConvertInputs {
     std::vector<std::string> emptyFolders; ///< one sentence per argument that is a folder without pictures
     std::size_t otherFiles = 0;            ///< in folders; neither pictures nor hidden
 };
+
+/// Whether a glob matches a path below the given folder, or its last part if the glob has no slash. "*" and
+/// "?" match slashes as well.
+bool globMatches(const std::string& glob, const std::string& path);
 
 /// Lists every file argument, even if it is not a picture. Searches every folder argument and lists its
 /// pictures, recognised by content and sorted by name. Ignores hidden files and does not follow links to

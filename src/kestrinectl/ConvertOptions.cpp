@@ -23,7 +23,8 @@ CLI::Validator understoodBy(const Read& read) {
 CLI::Validator formatOfResult() {
     return CLI::Validator(
         [](const std::string& word) -> std::string {
-            return formatNamed(word) ? "" : "must be " + formatNames();
+            return formatNamed(word, outputFormats()) != nullptr ? ""
+                                                                 : "must be " + formatNames(outputFormats());
         },
         "");
 }
@@ -64,7 +65,7 @@ void ConvertOptions::addTo(CLI::App& command) {
          "Colour for transparent parts (default: transparent, or white where the format has no "
          "transparency)"},
         {"--format", format, formatOfResult(), "FORMAT",
-         "Output format: " + formatNames()
+         "Output format: " + formatNames(outputFormats())
              + " (default without a set: that of the file, or else jpeg, and png with transparency)"},
         {"--max-bytes", maxBytes, understoodBy(bytesIn), "SIZE",
          "Use the highest quality with which a result has at most this size, such as 200k; an error if there "
@@ -87,6 +88,8 @@ void ConvertOptions::addTo(CLI::App& command) {
     for (const Row& row : rows)
         command.add_option(row.name, row.value, row.help)->check(row.check)->option_text(row.text);
     command.add_flag("--no-enlarge", keepsSmall, "Do not make pictures larger (default: they are enlarged)");
+    command.add_flag("--lossless", isLossless,
+                     "Store exact pixels in formats that can be lossy or not: webp and jxl (default: lossy)");
     command
         .add_option("--quality", quality,
                     "Quality in percent, 0 to 100, for formats that have one (default without a set: 80)")

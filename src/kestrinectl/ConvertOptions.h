@@ -14,6 +14,7 @@ struct ConvertOptions {
     bool keepsSmall = false;
     std::optional<std::string> format;
     std::optional<float> quality; ///< in percent
+    bool isLossless = false;
     std::optional<std::string> maxBytes;
     std::optional<bool> upright;
     std::optional<std::string> metadata, times, profile;

@@ -146,9 +146,10 @@ void changeProperties(ConversionRecipe& recipe, const ConvertOptions& options) {
 
 void changeRecipe(ConversionRecipe& recipe, const ConvertOptions& options) {
     if (options.format)
-        recipe.format = {FormatRule::Choice::fixed, static_cast<FileType>(*formatNamed(*options.format))};
+        recipe.format = {FormatRule::Choice::fixed, formatNamed(*options.format, outputFormats())->type};
     if (options.quality)
         recipe.quality = *options.quality / 100.0F;
+    recipe.isLossless = options.isLossless;
     if (options.maxBytes) {
         recipe.maxBytes = *bytesIn(*options.maxBytes);
         recipe.quality = options.quality ? recipe.quality : 1;
@@ -182,6 +183,20 @@ void checkSizes(const ConvertOptions& options, bool hasSets) {
         throw WrongOptions("--no-enlarge needs a size, such as --longest 1200");
 }
 
+void checkLossless(const ConvertOptions& options, const ConversionRecipes& recipes) {
+    const auto isAlwaysLossy = [](const ConversionRecipe& recipe) {
+        return recipe.format.choice == FormatRule::Choice::fixed
+               && !outputFormat(recipe.format.type).hasLossless;
+    };
+    if (options.isLossless && (options.quality || options.maxBytes))
+        throw WrongOptions(std::string("--lossless and ") + (options.quality ? "--quality" : "--max-bytes")
+                           + " contradict each other");
+    if (const auto found = std::ranges::find_if(recipes, isAlwaysLossy);
+        options.isLossless && found != recipes.end())
+        throw WrongOptions("--lossless has no effect on "
+                           + std::string(outputFormat(found->format.type).title));
+}
+
 void checkQuality(const ConvertOptions& options, const ConversionRecipes& recipes) {
     const auto ignoresQuality = [](const ConversionRecipe& recipe) {
         return recipe.format.choice == FormatRule::Choice::fixed
@@ -213,13 +228,14 @@ ConversionRecipes recipesAnywhere(const ConvertOptions& options, const ResizeSet
         }
     }
     checkQuality(options, recipes);
+    checkLossless(options, recipes);
     return recipes;
 }
 
 } // namespace
 
 bool describeResult(const ConvertOptions& options) {
-    return givesSize(options) || options.format || options.quality || options.maxBytes;
+    return givesSize(options) || options.format || options.quality || options.isLossless || options.maxBytes;
 }
 
 ConversionRecipes recipesFor(const ConvertOptions& options, const ResizeSets& sets) {

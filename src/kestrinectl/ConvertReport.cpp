@@ -25,15 +25,23 @@ void printMessages(const ConvertResult& result) {
         printError(complaint);
 }
 
-ConvertReport::ConvertReport(std::size_t count)
-    : count_(count), showsProgress_(count > 1 && isTerminal(OutputStream::standardError)) {
+ConvertReport::ConvertReport(std::size_t count, ReportStyle style)
+    : count_(count), style_(style),
+      showsProgress_(count > 1 && style == ReportStyle::usual && isTerminal(OutputStream::standardError)) {
     showProgress();
 }
 
 ConvertReport::~ConvertReport() {
     hideProgress();
     for (const auto& [position, result] : waiting_)
-        printResult(result);
+        print(result);
+}
+
+void ConvertReport::print(const ConvertResult& result) const {
+    if (style_ == ReportStyle::usual)
+        return printResult(result);
+    for (const std::string& complaint : result.complaints)
+        printError(complaint);
 }
 
 void ConvertReport::finished(std::size_t position, ConvertResult result) {
@@ -44,7 +52,7 @@ void ConvertReport::finished(std::size_t position, ConvertResult result) {
     waiting_.emplace(position, std::move(result));
     hideProgress();
     for (auto first = waiting_.find(next_); first != waiting_.end(); first = waiting_.find(++next_)) {
-        printResult(first->second);
+        print(first->second);
         waiting_.erase(first);
     }
     showProgress();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <string>
@@ -20,12 +21,17 @@ struct ConvertResult {
 /// Prints the warnings and complaints.
 void printMessages(const ConvertResult& result);
 
+enum class ReportStyle : std::uint8_t {
+    usual,
+    quiet, ///< only complaints, no lines, warnings and progress
+};
+
 /// Prints results in the order of the inputs, even if they arrive in another order, and the progress on a
 /// terminal. Any thread.
 class ConvertReport {
 public:
     /// `count` is the number of inputs.
-    explicit ConvertReport(std::size_t count);
+    explicit ConvertReport(std::size_t count, ReportStyle style = ReportStyle::usual);
     /// Prints the results that still wait for inputs that were not finished.
     ~ConvertReport();
 
@@ -38,10 +44,12 @@ public:
     std::size_t leftLying() const { return leftLying_; }
 
 private:
+    void print(const ConvertResult& result) const;
     void showProgress() const;
     void hideProgress() const;
 
     const std::size_t count_;
+    const ReportStyle style_;
     const bool showsProgress_;
     std::mutex mutex_; // guards the members after it
     std::size_t next_ = 0;

@@ -27,8 +27,7 @@ std::optional<std::int32_t> positionOf(const std::array<const char*, count>& nam
 
 } // namespace
 
-std::string formatNames() {
-    const std::span<const OutputFormat> formats = outputFormats();
+std::string formatNames(std::span<const OutputFormat> formats) {
     std::string names(formats.front().name);
     for (const OutputFormat& format : formats.subspan(1)) {
         names += &format == &formats.back() ? " or " : ", ";
@@ -43,9 +42,8 @@ std::optional<std::string> nameOfFormat(std::int32_t formatType) {
 }
 
 std::optional<std::int32_t> formatNamed(const std::string& name) {
-    const auto found = std::ranges::find(outputFormats(), name, &OutputFormat::name);
-    return found == outputFormats().end() ? std::nullopt
-                                          : std::optional(static_cast<std::int32_t>(found->type));
+    const OutputFormat* format = kestrine::formatNamed(name, presetFormats());
+    return format == nullptr ? std::nullopt : std::optional(static_cast<std::int32_t>(format->type));
 }
 
 std::optional<std::string> nameOfResizeType(std::int32_t resizeType) {

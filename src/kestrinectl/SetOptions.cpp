@@ -42,7 +42,7 @@ NSNumber defaultOf(const char16_t* key) {
 
 CLI::Validator formatName() {
     const auto complaint = [](std::string& word) -> std::string {
-        return formatNamed(word) ? "" : "must be " + formatNames();
+        return formatNamed(word) ? "" : "must be " + formatNames(presetFormats());
     };
     return CLI::Validator(complaint, "FORMAT");
 }
@@ -82,9 +82,9 @@ void SetOptions::addTo(CLI::App& command, bool isForNewSet) {
     CLI::Option* p = command.add_option("--percent", percent, "Scale both sides to this percentage");
     CLI::Option* l = command.add_option("--longest", longest, "Scale the longer side to this length");
     CLI::Option* k = command.add_flag("--keep-size", keepsSize, "Do not scale");
-    CLI::Option* f = command.add_option(
-        "--format", format,
-        describe.withDefault("Output format: " + formatNames(), *nameOfFormat(fresh.formatType())));
+    CLI::Option* f = command.add_option("--format", format,
+                                        describe.withDefault("Output format: " + formatNames(presetFormats()),
+                                                             *nameOfFormat(fresh.formatType())));
     CLI::Option* q = command.add_option(
         "--quality", quality,
         describe.withDefault("JPEG quality in percent, 0 to 100", plainNumber(fresh.compression())));

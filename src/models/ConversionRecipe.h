@@ -76,6 +76,7 @@ struct ConversionRecipe {
     bool intoSRGB = false;              ///< else the picture keeps its profile
     FormatRule format;
     float quality = 0;                 ///< 0 to 1, for formats with a quality
+    bool isLossless = false;           ///< exact, for formats that can be lossy or not
     std::optional<ExifSelection> exif; ///< how much is kept, where the format can hold it; none by default
     std::uint64_t maxBytes = 0;        ///< the quality goes down until the file is as small; 0 for any size
     TimesRule times = TimesRule::now;

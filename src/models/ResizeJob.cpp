@@ -54,6 +54,8 @@ public:
         JobOutcome outcome;
         PlannedResult plan{.format = namedFormat(recipe.format)};
         const std::shared_ptr<const NSData> data = convert(recipe, plan, outcome);
+        if (outcome.isRepeated)
+            return outcome;
         if (recipe.place.isReturned) {
             outcome.data = data;
             return outcome;
@@ -84,7 +86,7 @@ public:
         if (namesDependOnPicture(recipe)) {
             const FailureCollector ignored; // converting it will report the reason
             plan = plannedResult(recipe, file_, imageFor(recipe));
-            if (plan.image == nullptr)
+            if (plan.image == nullptr || isRepeated(recipe, plan))
                 return u"";
         }
         return folder ? folder->appendingPathComponent(nameOfResult(job_, recipe, plan, file_)) : NSString();
@@ -115,6 +117,9 @@ private:
         outcome.width = plan.width;
         outcome.height = plan.height;
         outcome.isLeftLying = plan.isLeftLying;
+        outcome.isRepeated = isRepeated(recipe, plan);
+        if (outcome.isRepeated)
+            return nullptr;
         if (auto own = hostility_ ? nullptr : bytesIfFitting(recipe, plan, image.get())) {
             outcome.fitsAlready = true;
             return own;
@@ -131,6 +136,19 @@ private:
         if (data == nullptr)
             outcome.failure = reasonIn(collector);
         return data;
+    }
+
+    /// Whether several sizes of one recipe became equal because pictures are not enlarged.
+    bool isRepeated(const ConversionRecipe& recipe, const PlannedResult& plan) {
+        ConversionRecipe sizeless = recipe;
+        sizeless.size = Unscaled{};
+        if (recipe.enlarges || plan.image == nullptr || !std::holds_alternative<PixelSize>(recipe.size))
+            return false;
+        const Made made{std::move(sizeless), plan.width, plan.height};
+        if (std::ranges::find(made_, made) != made_.end())
+            return true;
+        made_.push_back(made);
+        return false;
     }
 
     /// The bytes of the file if the recipe asks to use them and they are as the result should be; else nil.
@@ -253,7 +271,15 @@ private:
         return true;
     }
 
+    struct Made {
+        ConversionRecipe recipe; ///< without its size
+        std::uint32_t width, height;
+
+        bool operator==(const Made&) const = default;
+    };
+
     const ResizeJob& job_;
+    std::vector<Made> made_; ///< of recipes that do not enlarge
     PictureFile file_{job_.path};
     std::optional<Failure> hostility_; ///< why the file must not be tried again
     std::shared_ptr<NSImage> plain_;
@@ -278,7 +304,9 @@ std::vector<NSString> wantedPaths(const ResizeJob& job) {
     return paths;
 }
 
-NSString uniqueFileName(const NSString& path) {
+NSString uniqueFileName(const NSString& path) { return uniqueFileName(path, isTaken); }
+
+NSString uniqueFileName(const NSString& path, const std::function<bool(const std::string&)>& isTaken) {
     if (!isTaken(path.utf8()))
         return path;
     const NSString stem = path.deletingPathExtension();

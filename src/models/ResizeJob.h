@@ -7,6 +7,7 @@
 #include "platform/host/files/ByteReader.h"
 #include "platform/imageio/FileContents.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -46,7 +47,8 @@ enum class Refusal : std::uint8_t { none, damaged, holdsMore };
 struct JobOutcome {
     NSString path; ///< of the output, written or not; "" when there was no folder for it
     bool isWritten = false;
-    bool fitsAlready = false;             ///< the file was not converted, since it is as the result should be
+    bool isRepeated = false;  ///< nothing was made, since an earlier recipe of the job gave the same result
+    bool fitsAlready = false; ///< the file was not converted, since it is as the result should be
     std::shared_ptr<const NSData> data;   ///< of a result that is returned and not written; else nil
     const OutputFormat* format = nullptr; ///< null when there was none
     std::uint32_t width = 0, height = 0;  ///< in pixels; 0 when there was no result
@@ -58,7 +60,7 @@ struct JobOutcome {
     std::optional<Failure> trashFailure; ///< why the original to be replaced is still in its place
     std::string trashedPath;             ///< the original's path in the trash; "" when it is not there
 
-    bool hasResult() const { return isWritten || data != nullptr || (fitsAlready && !failure); }
+    bool hasResult() const { return isRepeated || isWritten || data != nullptr || (fitsAlready && !failure); }
 };
 
 /// Runs the job on this thread and returns one outcome per recipe, in their order. The file is opened once,
@@ -75,5 +77,7 @@ std::vector<NSString> wantedPaths(const ResizeJob& job);
 /// The path itself when its name is free, else the first free one of stem_1.ext, stem_2.ext, ... A dangling
 /// link counts as an existing file.
 NSString uniqueFileName(const NSString& path);
+/// The same where `isTaken` decides which names are free.
+NSString uniqueFileName(const NSString& path, const std::function<bool(const std::string&)>& isTaken);
 
 } // namespace kestrine

@@ -101,6 +101,13 @@ class Sizes(ConvertByOptions):
                          [b"in/deep/b.png"] * 2 + [b"a.png"] * 2)
 
 
+    def test_sizes_that_become_equal_without_enlargement_give_one_result(self):
+        arguments = ("--longest", "30,90,120", "--no-enlarge", "--out", "out", "a.png")
+        dry = self.convert("--dry-run", *arguments).stdout
+        self.assertEqual(self.convert(*arguments).stdout, dry)
+        self.assertEqual(self.tree("out"), {"a-30.png": (30, 20), "a-60.png": (60, 40)})
+
+
 class Formats(ConvertByOptions):
     def test_without_a_format_the_result_has_that_of_the_file_or_else_jpeg_or_png(self):
         self.picture("b.jpeg")
@@ -411,8 +418,9 @@ class SkipFitting(ConvertByOptions):
 
     def test_a_file_that_is_not_is_converted(self):
         self.picture("photo.jpg", quality=95)
+        length = (self.folder / "photo.jpg").stat().st_size
         for arguments in (("--longest", "59"), ("--percent", "99"), ("--longest", "600", "--format", "png"),
-                          ("--cover", "600x400"), ("--longest", "600", "--max-bytes", "3000"),
+                          ("--cover", "600x400"), ("--longest", "60", "--max-bytes", str(length - 1)),
                           ("--fit", "60x60", "--pad", "white")):
             self.assertFalse(self.is_copied("photo.jpg", *arguments), arguments)
         self.picture("wide.png", icc_profile=WIDE_PROFILE)
@@ -442,6 +450,68 @@ class SkipFitting(ConvertByOptions):
         done = self.convert("--skip-fitting", "--longest", "600", "--replace", "a.png")
         self.assertEqual(done.stdout, b"a.png stays, it fits already\n")
         self.assertEqual((self.folder / "a.png").stat().st_ino, status.st_ino)
+
+
+class Inputs(ConvertByOptions):
+    def sources(self, *arguments, **options):
+        done = self.kestrinectl("convert", "--percent", "50", "--out", "out", *arguments, **options)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        shutil.rmtree(self.folder / "out")
+        return [line.split(b" -> ")[0] for line in done.stdout.splitlines()]
+
+    def test_globs_choose_files_in_folders_by_path_or_name(self):
+        for name in ("in/a.png", "in/b.jpg", "in/raw/c.png", "in/raw/deep/d.png"):
+            self.picture(name)
+        for arguments, expected in ((("--include", "*.png"), [b"in/a.png", b"in/raw/c.png", b"in/raw/deep/d.png"]),
+                                    (("--include", "raw/*"), [b"in/raw/c.png", b"in/raw/deep/d.png"]),
+                                    (("--exclude", "raw/*", "--exclude", "b.*"), [b"in/a.png"]),
+                                    (("--include", "*.png", "--exclude", "[cd].*"), [b"in/a.png"])):
+            self.assertEqual(self.sources("-r", *arguments, "in"), expected, arguments)
+        self.assertEqual(self.sources("--exclude", "*", "in/b.jpg"), [b"in/b.jpg"])
+
+    def test_files_come_from_a_list_or_from_standard_input(self):
+        for name in ("b c.png", "-d.png", "in/e.png"):
+            self.picture(name)
+        (self.folder / "list").write_bytes(b"b c.png\n-d.png\n\nin\n")
+        self.assertEqual(self.sources("--files-from", "list", "a.png"), [b"a.png", b"b c.png", b"-d.png", b"in/e.png"])
+        self.picture("new\nline.png")
+        self.assertEqual(self.sources("--files-from", "-", "-0", input=b"new\nline.png\0a.png\0"),
+                         [b"new", b"line.png", b"line.png", b"a.png"])
+
+    def test_quiet_prints_only_errors(self):
+        self.store({"name": "Web", "formatType": PNG}, selection=[(0, 1)])
+        pictures.image(pictures.photo(60, 40)).save(self.folder / "lying.png", exif=pictures.exif(6))
+        self.assertEqual(self.convert("-q", "a.png", "lying.png").stdout, b"")
+        done = self.convert("-q", "a.png", "absent.png", status=1)
+        self.assertEqual((done.stdout, len(done.stderr.splitlines())), (b"", 2))
+
+    def test_a_list_that_cannot_be_read_is_an_error(self):
+        self.assertIn(b"No such file", self.convert("--percent", "50", "--out", "x", "--files-from", "absent", status=1).stderr)
+        self.assertIn(b"-0 needs --files-from", self.convert("--percent", "50", "--out", "x", "-0", "a.png", status=2).stderr)
+
+
+class DryRun(ConvertByOptions):
+    def test_it_prints_the_lines_of_the_real_run_and_writes_nothing(self):
+        self.store({"name": "Web", "formatType": JPEG}, {"name": "New", "formatType": JPEG, "replaceFile": 1})
+        for name in ("x/a.png", "y/a.gif", "y/a_1.png", "out/a.jpg"):
+            self.picture(name)
+        before = self.tree(".")
+        files = ("x/a.png", "y/a.gif", "y/a_1.png", "a.png")
+        for arguments in (("--longest", "30", "--format", "jpeg", "--out", "out"), ("--longest", "30,20", "--out", "out"),
+                          ("--set", "Web"), ("--set", "New"), ("--percent", "50", "--replace"),
+                          ("--percent", "50", "--name", "{width}.{ext}")):
+            dry = self.convert("--dry-run", *arguments, *files).stdout
+            self.assertEqual(self.tree("."), before)
+            shutil.copytree(self.folder, self.home / "copy")
+            self.assertEqual(self.convert(*arguments, *files).stdout, dry, arguments)
+            shutil.rmtree(self.folder)
+            os.rename(self.home / "copy", self.folder)
+
+    def test_what_cannot_be_opened_is_an_error(self):
+        (self.folder / "b.png").write_text("words")
+        done = self.convert("--dry-run", "--percent", "50", "--out", "out", "a.png", "b.png", status=1)
+        self.assertEqual(len(done.stdout.splitlines()), 1)
+        self.assertIn(b"b.png: the file is in no picture format", done.stderr)
 
 
 class Streams(ConvertByOptions):

@@ -101,6 +101,7 @@ std::shared_ptr<const NSData> NSBitmapImageRep::representationUsingType(FileType
         output.kept.exif = ofSource->source;
     output.kept.exifSelection = rules.exif;
     output.maxBytes = rules.maxBytes;
+    output.options.isLossless = rules.isLossless;
     Result<Bytes> file = render(picture(), output);
     if (!file) {
         noteFailure(file.failure());

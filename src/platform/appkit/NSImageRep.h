@@ -57,6 +57,7 @@ public:
 struct EncodingRules {
     ExifSelection exif = ExifSelection::camera; ///< how much is kept of the EXIF block of a PropertyOfSource
     std::uint64_t maxBytes = 0;                 ///< see Output::maxBytes
+    bool isLossless = false;                    ///< see EncodingOptions::isLossless
 };
 
 class NSBitmapImageRep final : public NSImageRep {

@@ -70,3 +70,9 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
 namespace kestrine::tiff {
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
 }
+namespace kestrine::webp {
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+}
+namespace kestrine::jxl {
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+}

@@ -73,7 +73,8 @@ protected:
 
 /// What an encoder writes besides the pixels. Pointers may be null; what they point to must outlive the call.
 struct EncodingOptions {
-    double quality = 0;                    ///< JPEG: 0 to 1; any other number is accepted
+    double quality = 0;                    ///< JPEG, WebP, JPEG XL: 0 to 1; any other number is accepted
+    bool isLossless = false;               ///< WebP, JPEG XL: exact, whatever the quality
     bool ditherTransparency = false;       ///< GIF: dither partial transparency instead of using a threshold
     Resolution resolution;                 ///< stored if the format can hold it
     const ColorProfile* profile = nullptr; ///< embedded if the format can hold it

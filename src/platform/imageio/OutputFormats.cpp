@@ -2,6 +2,7 @@
 
 #include "platform/imageio/Codecs.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace kestrine {
@@ -39,6 +40,28 @@ constexpr OutputFormat outputFormatTable[] = {
      .holdsAlpha = true,
      .isSRGBOnly = true,
      .encode = gif::encode},
+    {.type = FileType::webp,
+     .name = "webp",
+     .title = "WebP",
+     .extension = "webp",
+     .holdsAlpha = true,
+     .holdsGray = false,
+     .hasLossless = true,
+     .codec = &webp::codec,
+     .hasQuality = true,
+     .holdsExif = true,
+     .encode = webp::encode},
+    {.type = FileType::jxl,
+     .name = "jxl",
+     .title = "JPEG XL",
+     .extension = "jxl",
+     .holdsAlpha = true,
+     .holds16Bits = true,
+     .hasLossless = true,
+     .codec = &jxl::codec,
+     .hasQuality = true,
+     .holdsExif = true,
+     .encode = jxl::encode},
 };
 
 constexpr bool isInOrder() {
@@ -55,8 +78,17 @@ std::span<const OutputFormat> outputFormats() { return outputFormatTable; }
 
 const OutputFormat& outputFormat(FileType type) { return outputFormatTable[static_cast<std::size_t>(type)]; }
 
+std::span<const OutputFormat> presetFormats() {
+    return outputFormats().first(static_cast<std::size_t>(FileType::gif) + 1);
+}
+
+const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFormat> formats) {
+    const auto found = std::ranges::find(formats, name, &OutputFormat::name);
+    return found == formats.end() ? nullptr : &*found;
+}
+
 const OutputFormat* outputFormatNumbered(std::int32_t number) {
-    const bool isKnown = number >= 0 && number < std::ssize(outputFormatTable);
+    const bool isKnown = number >= 0 && number < std::ssize(presetFormats());
     return isKnown ? &outputFormatTable[static_cast<std::size_t>(number)] : nullptr;
 }
 

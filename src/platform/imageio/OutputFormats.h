@@ -9,8 +9,8 @@
 
 namespace kestrine {
 
-/// Also the position of a format in the table. Presets store these numbers.
-enum class FileType : std::uint8_t { jpeg, png, tiff, gif };
+/// Also the position of a format in the table. Presets know the first four and store these numbers.
+enum class FileType : std::uint8_t { jpeg, png, tiff, gif, webp, jxl };
 
 struct OutputFormat {
     FileType type;
@@ -21,8 +21,11 @@ struct OutputFormat {
     bool holdsAlpha = false;                              ///< otherwise pictures are drawn on white
     bool holds16Bits = false;                             ///< otherwise samples are rounded to 8 bits
     bool isSRGBOnly = false;                              ///< whether viewers always assume sRGB
-    bool hasQuality = false; ///< whether the encoder uses EncodingOptions::quality
-    bool holdsExif = false;  ///< whether the encoder writes EncodingOptions::exif
+    bool holdsGray = true;                                ///< otherwise grey pictures become sRGB
+    bool hasLossless = false;          ///< whether the encoder uses EncodingOptions::isLossless
+    const ImageCodec* codec = nullptr; ///< of the same format, if the encoder needs its libraries
+    bool hasQuality = false;           ///< whether the encoder uses EncodingOptions::quality
+    bool holdsExif = false;            ///< whether the encoder writes EncodingOptions::exif
     /// Consumes all rows, which suit the format, and returns the bytes of the file.
     Result<Bytes> (*encode)(RowSource& rows, const EncodingOptions& options);
 };
@@ -32,7 +35,13 @@ std::span<const OutputFormat> outputFormats();
 
 const OutputFormat& outputFormat(FileType type);
 
-/// The format with that number; null if there is none.
+/// Those that presets know.
+std::span<const OutputFormat> presetFormats();
+
+/// The one of `formats` with that name; null if there is none.
+const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFormat> formats);
+
+/// The one of presetFormats() with that number; null if there is none.
 const OutputFormat* outputFormatNumbered(std::int32_t number);
 
 } // namespace kestrine

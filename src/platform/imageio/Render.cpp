@@ -231,9 +231,11 @@ Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output
     RowSourcePointer rows = TRY(pipeline.build());
     if (!file.holdsAlpha)
         rows = rowsOnWhite(std::move(rows));
-    const std::optional<ColorProfile> profile = picture.profile();
-    if (file.isSRGBOnly)
+    std::optional<ColorProfile> profile = picture.profile();
+    if (file.isSRGBOnly || (!file.holdsGray && rows->format().model == ColorModel::gray)) {
         rows = rowsInSRGB(std::move(rows), profile ? &*profile : nullptr);
+        profile.reset();
+    }
     EncodingOptions options = output.options;
     if (output.kept.profile)
         options.profile = profile ? &*profile : nullptr;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t maxExtents = std::size_t{1} << 20; ///< of all items together
 constexpr std::size_t maxRanges = 65536;                 ///< of one item
-constexpr int maxItemDepth = 4;                              ///< of items whose data are cut from other items
+constexpr int maxItemDepth = 4;                          ///< of items whose data are cut from other items
 /// Looks at a part of an item, over all items. Items that are cut from each other could need many.
 constexpr std::size_t maxSteps = std::size_t{1} << 22;
 

@@ -206,6 +206,9 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec{"JPEG XL", recognises, open, [] { (void)installedFunctions(); }};
+const ImageCodec codec{"JPEG XL", recognises, open, [] {
+                           (void)installedFunctions();
+                           (void)installedEncoder();
+                       }};
 
 } // namespace kestrine::jxl

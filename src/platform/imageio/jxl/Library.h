@@ -5,6 +5,7 @@
 #include "platform/host/Result.h"
 
 #include <jxl/decode.h>
+#include <jxl/encode.h>
 #include <jxl/thread_parallel_runner.h>
 
 namespace kestrine::jxl {
@@ -36,5 +37,32 @@ struct Functions {
 /// The functions of the installed libraries; opened once. Fails with reason "unsupported" and names the
 /// package if one is missing. Any thread.
 const Result<Functions>& installedFunctions();
+
+/// The functions that the encoder uses.
+struct EncoderFunctions {
+    decltype(&JxlEncoderCreate) create;
+    decltype(&JxlEncoderDestroy) destroy;
+    decltype(&JxlEncoderSetParallelRunner) setRunner;
+    decltype(&JxlEncoderInitBasicInfo) initializeInfo;
+    decltype(&JxlEncoderSetBasicInfo) setInfo;
+    decltype(&JxlEncoderSetCodestreamLevel) setLevel;
+    decltype(&JxlColorEncodingSetToSRGB) makeSRGB;
+    decltype(&JxlEncoderSetColorEncoding) setColors;
+    decltype(&JxlEncoderSetICCProfile) setProfile;
+    decltype(&JxlEncoderFrameSettingsCreate) createSettings;
+    decltype(&JxlEncoderSetFrameLossless) setLossless;
+    decltype(&JxlEncoderSetFrameDistance) setDistance;
+    decltype(&JxlEncoderAddImageFrame) addFrame;
+    decltype(&JxlEncoderUseBoxes) useBoxes;
+    decltype(&JxlEncoderAddBox) addBox;
+    decltype(&JxlEncoderCloseInput) closeInput;
+    decltype(&JxlEncoderProcessOutput) process;
+    decltype(&JxlThreadParallelRunner) run;
+    decltype(&JxlThreadParallelRunnerCreate) createRunner;
+    decltype(&JxlThreadParallelRunnerDestroy) destroyRunner;
+};
+
+/// Those of the installed libraries; opened once. Fails like installedFunctions(). Any thread.
+const Result<EncoderFunctions>& installedEncoder();
 
 } // namespace kestrine::jxl

@@ -176,6 +176,9 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec{"WebP", recognises, open, [] { (void)installedFunctions(); }};
+const ImageCodec codec{"WebP", recognises, open, [] {
+                           (void)installedFunctions();
+                           (void)installedEncoder();
+                       }};
 
 } // namespace kestrine::webp

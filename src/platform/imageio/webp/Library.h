@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <webp/decode.h>
 #include <webp/demux.h>
+#include <webp/encode.h>
 
 namespace kestrine::webp {
 
@@ -30,5 +31,22 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> decoders,
 
 /// The functions of the installed libraries; opened once. Any thread.
 const Result<Functions>& installedFunctions();
+
+/// The functions that the encoder uses.
+struct EncoderFunctions {
+    decltype(&WebPConfigInitInternal) configure;
+    decltype(&WebPConfigLosslessPreset) configureLossless;
+    decltype(&WebPPictureInitInternal) initializePicture;
+    decltype(&WebPPictureImportRGB) importRGB;
+    decltype(&WebPPictureImportRGBA) importRGBA;
+    decltype(&WebPPictureFree) freePicture;
+    decltype(&WebPMemoryWriterInit) initializeWriter;
+    decltype(&WebPMemoryWrite) write;
+    decltype(&WebPMemoryWriterClear) freeWriter;
+    decltype(&WebPEncode) encode;
+};
+
+/// Those of the installed library; opened once. Fails with reason "unsupported" if it is missing. Any thread.
+const Result<EncoderFunctions>& installedEncoder();
 
 } // namespace kestrine::webp

@@ -186,11 +186,12 @@ void write(MessageWriter& writer, const OutputOrder& output) {
     writer.add(output.keepsExif);
     writer.add(output.exifSelection);
     writer.add(output.maxBytes);
+    writer.add(output.isLossless);
 }
 
 OutputOrder outputIn(MessageReader& reader) {
     OutputOrder output;
-    output.type = reader.enumerator(FileType::gif);
+    output.type = reader.enumerator(FileType::jxl);
     output.quality = reader.number<double>();
     output.ditherTransparency = reader.flag();
     output.resolution = resolutionIn(reader);
@@ -203,6 +204,7 @@ OutputOrder outputIn(MessageReader& reader) {
     output.keepsExif = reader.flag();
     output.exifSelection = reader.enumerator(ExifSelection::all);
     output.maxBytes = reader.number<std::uint64_t>();
+    output.isLossless = reader.flag();
     return output;
 }
 

@@ -20,6 +20,7 @@ struct Recipe {
 struct OutputOrder {
     FileType type = FileType::jpeg;
     double quality = 0;
+    bool isLossless = false;
     bool ditherTransparency = false;
     Resolution resolution;
     std::optional<ColorModel> profileModel; ///< of `profile`; nullopt if there is none

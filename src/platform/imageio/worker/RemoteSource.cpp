@@ -40,6 +40,7 @@ Recipe recipeOf(const Picture& picture) {
 OutputOrder orderOf(const Output& output) {
     OutputOrder order{.type = output.type,
                       .quality = output.options.quality,
+                      .isLossless = output.options.isLossless,
                       .ditherTransparency = output.options.ditherTransparency,
                       .resolution = output.options.resolution,
                       .exif = copied(output.options.exif),
@@ -153,8 +154,8 @@ Delivery RemoteSource::deliver(Order order, const Price& price) const {
         const std::lock_guard lock(mutex_);
         request.keptBytes = keptBytes_;
     }
-    Delivery delivery = engine_->pool.exchange(
-        {request, libraries_, file_.descriptor(), price.maxContent, limitsFor(price.pixels, file_.size())});
+    Delivery delivery = engine_->pool.exchange({request, libraries_ | price.libraries, file_.descriptor(),
+                                                price.maxContent, limitsFor(price.pixels, file_.size())});
     if (delivery.response && delivery.response->damage)
         damage_.note(*delivery.response->damage);
     return delivery;
@@ -207,7 +208,10 @@ Result<Bytes> RemoteSource::rendered(const Picture& picture, const Output& outpu
     const bool keeps16Bits = outputFormat(output.type).holds16Bits;
     const MemoryReservation held =
         TRY(budgetForHeldPictures().reserve(bytesToHold(picture, keeps16Bits, false, output.maxBytes != 0)));
-    return carriedOut(RenderFile{recipeOf(picture), orderOf(output)}, priceOf(picture),
+    Price price = priceOf(picture);
+    if (const ImageCodec* codec = outputFormat(output.type).codec)
+        price.libraries = librariesOf(*codec);
+    return carriedOut(RenderFile{recipeOf(picture), orderOf(output)}, price,
                       [&](const std::shared_ptr<Source>& source) {
                           Output here = output;
                           if (here.kept.exif != nullptr)

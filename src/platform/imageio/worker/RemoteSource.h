@@ -60,8 +60,9 @@ private:
 
     /// What the answer to an order may cost.
     struct Price {
-        std::uint64_t pixels;     ///< of the source and the result together
-        std::uint64_t maxContent; ///< bytes of the answer
+        std::uint64_t pixels;        ///< of the source and the result together
+        std::uint64_t maxContent;    ///< bytes of the answer
+        std::uint32_t libraries = 0; ///< of the format of the result
     };
 
     Delivery deliver(Order order, const Price& price) const;

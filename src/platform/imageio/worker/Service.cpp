@@ -124,6 +124,7 @@ Result<Bytes> Service::carryOut(const RenderFile& order, Call& call) {
     const std::optional<ColorProfile> profile =
         ordered.profileModel ? ColorProfile::fromICC(ordered.profile, *ordered.profileModel) : std::nullopt;
     const EncodingOptions options{.quality = ordered.quality,
+                                  .isLossless = ordered.isLossless,
                                   .ditherTransparency = ordered.ditherTransparency,
                                   .resolution = ordered.resolution,
                                   .profile = profile ? &*profile : nullptr,

@@ -1,0 +1,61 @@
+#include "kestrinectl/ConvertDryRun.h"
+
+#include "kestrinectl/ConvertInputs.h"
+#include "kestrinectl/ForEachPosition.h"
+#include "kestrinectl/ShownPath.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/imageio/PictureEngine.h"
+
+#include <set>
+
+namespace kestrine {
+
+namespace {
+
+/// The names that are in use after the results so far.
+class PromisedNames {
+public:
+    /// The first free name for a result that wants `path`, which is then in use. `vacated` is the path of the
+    /// original that makes room for it; "" for none.
+    std::string promise(const NSString& path, const std::string& vacated) {
+        const NSString chosen = uniqueFileName(path, [&](const std::string& candidate) {
+            const std::string place = placeOf(candidate);
+            return promised_.contains(place) || (place != vacated && isTaken(candidate));
+        });
+        promised_.insert(placeOf(chosen.utf8()));
+        return chosen.utf8();
+    }
+
+    static std::string placeOf(const std::string& path) {
+        const std::filesystem::path file = path;
+        return (canonicalPath(file.parent_path()) / file.filename()).native();
+    }
+
+private:
+    std::set<std::string> promised_;
+};
+
+} // namespace
+
+std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std::vector<std::string>& shown,
+                                  unsigned threads) {
+    std::vector<std::vector<NSString>> wanted(jobs.size());
+    std::vector<ConvertResult> results(jobs.size());
+    forEachPosition(jobs.size(), threads, [&](std::size_t i) {
+        const std::string path = jobs[i].path.utf8();
+        if (const auto opened = openPicture(path))
+            wanted[i] = wantedPaths(jobs[i]);
+        else
+            results[i].complaints = {shown[i] + ": " + withoutPath(opened.failure().text, path)};
+    });
+    PromisedNames names;
+    for (std::size_t i = 0; i < jobs.size(); ++i) {
+        const std::string vacated = jobs[i].replacesFile() ? PromisedNames::placeOf(jobs[i].path.utf8()) : "";
+        for (const NSString& path : wanted[i])
+            if (!path.isEmpty())
+                results[i].lines.push_back(shown[i] + " -> " + shownPath(names.promise(path, vacated)));
+    }
+    return results;
+}
+
+} // namespace kestrine

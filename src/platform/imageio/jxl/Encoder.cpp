@@ -1,0 +1,139 @@
+// Writes JPEG XL files with libjxl, which wants the whole picture. The orientation that the EXIF data give to
+// a picture that is not upright goes into the codestream, because only that one counts.
+
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/coregraphics/RowsAhead.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/jxl/Library.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kestrine::jxl {
+
+namespace {
+
+constexpr std::size_t firstOutputBytes = 1 << 16;
+
+/// The distance that the library's own tool uses for a quality of 0 to 100: 0.1 is visually lossless, 1
+/// nearly so.
+float distanceFor(double quality) {
+    constexpr double best = 0.1, linearFrom = 30;
+    const double distance = quality >= linearFrom ? best + (100 - quality) * 0.09
+                                                  : 6.4 + std::pow(2.5, (linearFrom - quality) / 5) / 6.25;
+    return static_cast<float>(std::clamp(distance, best, 15.0));
+}
+
+JxlBasicInfo describe(const EncoderFunctions& library, const RowFormat& format,
+                      const EncodingOptions& options) {
+    const std::uint32_t bits = format.depth == SampleDepth::bits8 ? 8 : 16;
+    JxlBasicInfo info;
+    library.initializeInfo(&info);
+    info.xsize = format.width;
+    info.ysize = format.height;
+    info.bits_per_sample = bits;
+    info.num_color_channels = static_cast<std::uint32_t>(format.colorChannels());
+    info.num_extra_channels = format.hasAlpha ? 1 : 0;
+    info.alpha_bits = format.hasAlpha ? bits : 0;
+    info.uses_original_profile = options.isLossless ? JXL_TRUE : JXL_FALSE;
+    info.orientation = static_cast<JxlOrientation>(readExifFacts(options.exif).orientation);
+    return info;
+}
+
+class Encoding {
+public:
+    Encoding(const EncoderFunctions& library, std::size_t threads)
+        : library_(library),
+          runner_(threads > 1 ? library.createRunner(nullptr, threads) : nullptr, library.destroyRunner),
+          encoder_(library.create(nullptr), library.destroy) {
+        if (runner_ != nullptr)
+            library.setRunner(encoder_.get(), library.run, runner_.get());
+    }
+
+    Result<Bytes> encode(const PixelBuffer& pixels, const EncodingOptions& options) {
+        if (!encoder_ || !setUp(pixels.format, options) || !addPicture(pixels, options))
+            return Failure{Reason::unsupported, "the JPEG XL encoder cannot be set up"};
+        if (!options.exif.empty())
+            addExif(options.exif);
+        library_.closeInput(encoder_.get());
+        return output();
+    }
+
+private:
+    bool setUp(const RowFormat& format, const EncodingOptions& options) {
+        const JxlBasicInfo info = describe(library_, format, options);
+        if (!options.exif.empty() && library_.useBoxes(encoder_.get()) != JXL_ENC_SUCCESS)
+            return false;
+        constexpr int levelForMoreThan8Bits = 10;
+        if (format.depth == SampleDepth::bits16)
+            library_.setLevel(encoder_.get(), levelForMoreThan8Bits);
+        return library_.setInfo(encoder_.get(), &info) == JXL_ENC_SUCCESS
+               && setColors(format, options.profile);
+    }
+
+    bool setColors(const RowFormat& format, const ColorProfile* profile) {
+        if (profile != nullptr)
+            return library_.setProfile(encoder_.get(), profile->bytes().data(), profile->bytes().size())
+                   == JXL_ENC_SUCCESS;
+        JxlColorEncoding color;
+        library_.makeSRGB(&color, format.model == ColorModel::gray ? JXL_TRUE : JXL_FALSE);
+        return library_.setColors(encoder_.get(), &color) == JXL_ENC_SUCCESS;
+    }
+
+    bool addPicture(const PixelBuffer& pixels, const EncodingOptions& options) {
+        JxlEncoderFrameSettings* settings = library_.createSettings(encoder_.get(), nullptr);
+        if (options.isLossless)
+            library_.setLossless(settings, JXL_TRUE);
+        else
+            library_.setDistance(settings, distanceFor(std::clamp(options.quality, 0.0, 1.0) * 100));
+        const RowFormat& format = pixels.format;
+        const JxlPixelFormat layout{static_cast<std::uint32_t>(format.channels()),
+                                    format.depth == SampleDepth::bits8 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16,
+                                    JXL_NATIVE_ENDIAN, 0};
+        return library_.addFrame(settings, &layout, pixels.bytes.data(), pixels.bytes.size())
+               == JXL_ENC_SUCCESS;
+    }
+
+    /// A box begins with the offset of the block in it.
+    void addExif(ByteView exif) {
+        Bytes box(4);
+        const Bytes block = uprightExif(copied(exif));
+        box.insert(box.end(), block.begin(), block.end());
+        library_.addBox(encoder_.get(), "Exif", box.data(), box.size(), JXL_FALSE);
+    }
+
+    Result<Bytes> output() {
+        Bytes file(firstOutputBytes);
+        std::size_t filled = 0;
+        for (;;) {
+            std::uint8_t* next = file.data() + filled;
+            std::size_t left = file.size() - filled;
+            const JxlEncoderStatus status = library_.process(encoder_.get(), &next, &left);
+            filled = file.size() - left;
+            if (status == JXL_ENC_SUCCESS)
+                break;
+            if (status != JXL_ENC_NEED_MORE_OUTPUT)
+                return Failure{Reason::unsupported, "the JPEG XL encoder failed"};
+            file.resize(2 * file.size());
+        }
+        file.resize(filled);
+        return file;
+    }
+
+    const EncoderFunctions& library_;
+    const std::unique_ptr<void, decltype(&JxlThreadParallelRunnerDestroy)> runner_; ///< outlives the encoder
+    const std::unique_ptr<JxlEncoder, decltype(&JxlEncoderDestroy)> encoder_;
+};
+
+} // namespace
+
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+    const Result<EncoderFunctions>& library = installedEncoder();
+    if (!library)
+        return library.failure();
+    const PixelBuffer pixels = TRY(readAllRows(rows));
+    return Encoding(*library, usefulThreads(pixels.format)).encode(pixels, options);
+}
+
+} // namespace kestrine::jxl

@@ -1,0 +1,93 @@
+// Writes WebP files with libwebp, which wants the whole picture. Grey pictures must have been made RGB
+// before.
+
+#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/coregraphics/RowsAhead.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/webp/Container.h"
+#include "platform/imageio/webp/Library.h"
+
+#include <algorithm>
+
+namespace kestrine::webp {
+
+namespace {
+
+constexpr std::uint32_t maxSide = WEBP_MAX_DIMENSION;
+constexpr int losslessLevel = 6; // of 0 to 9, the library's own default
+
+/// A picture and the file that is made of it, freed together.
+class Encoding {
+public:
+    explicit Encoding(const EncoderFunctions& library) : library_(library) {
+        library.initializeWriter(&writer_);
+    }
+    ~Encoding() {
+        library_.freePicture(&picture_);
+        library_.freeWriter(&writer_);
+    }
+    Encoding(const Encoding&) = delete;
+    Encoding& operator=(const Encoding&) = delete;
+
+    bool take(const PixelBuffer& pixels, bool isLossless) {
+        if (!library_.initializePicture(&picture_, WEBP_ENCODER_ABI_VERSION))
+            return false;
+        picture_.width = static_cast<int>(pixels.format.width);
+        picture_.height = static_cast<int>(pixels.format.height);
+        picture_.use_argb = isLossless ? 1 : 0;
+        picture_.writer = library_.write;
+        picture_.custom_ptr = &writer_;
+        const auto import = pixels.format.hasAlpha ? library_.importRGBA : library_.importRGB;
+        return import(&picture_, pixels.bytes.data(), static_cast<int>(pixels.format.bytesPerRow())) != 0;
+    }
+
+    bool encode(const WebPConfig& configuration) { return library_.encode(&configuration, &picture_) != 0; }
+    bool lacksMemory() const { return picture_.error_code == VP8_ENC_ERROR_OUT_OF_MEMORY; }
+    ByteView file() const { return {writer_.mem, writer_.size}; }
+
+private:
+    const EncoderFunctions& library_;
+    WebPPicture picture_{};
+    WebPMemoryWriter writer_{};
+};
+
+Result<WebPConfig> configurationFor(const EncoderFunctions& library, const EncodingOptions& options,
+                                    const RowFormat& format) {
+    WebPConfig configuration{};
+    const auto quality = static_cast<float>(std::clamp(options.quality, 0.0, 1.0) * 100);
+    bool isSound =
+        library.configure(&configuration, WEBP_PRESET_DEFAULT, quality, WEBP_ENCODER_ABI_VERSION) != 0;
+    if (options.isLossless)
+        isSound = isSound && library.configureLossless(&configuration, losslessLevel) != 0;
+    configuration.thread_level = usefulThreads(format) > 1 ? 1 : 0; // does not change the bytes
+    if (!isSound)
+        return Failure{Reason::unsupported, "the WebP encoder cannot be set up"};
+    return configuration;
+}
+
+} // namespace
+
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+    const Result<EncoderFunctions>& library = installedEncoder();
+    if (!library)
+        return library.failure();
+    const RowFormat format = rows.format();
+    if (format.width > maxSide || format.height > maxSide)
+        return Failure{Reason::tooLarge,
+                       "a WebP picture has at most " + std::to_string(maxSide) + " pixels on a side"};
+    const WebPConfig configuration = TRY(configurationFor(*library, options, format));
+    Encoding encoding(*library);
+    {
+        const PixelBuffer pixels = TRY(readAllRows(rows));
+        if (!encoding.take(pixels, options.isLossless))
+            return Failure{Reason::outOfMemory, "not enough memory for the WebP picture"};
+    }
+    if (!encoding.encode(configuration))
+        return encoding.lacksMemory() ? Failure{Reason::outOfMemory, "not enough memory for the WebP picture"}
+                                      : Failure{Reason::unsupported, "the WebP encoder failed"};
+    const bool keepsProfile = options.profile != nullptr && options.profile->model() == format.model;
+    const ByteView profile = keepsProfile ? options.profile->bytes() : ByteView();
+    return withMetadata(encoding.file(), format, profile, options.exif);
+}
+
+} // namespace kestrine::webp

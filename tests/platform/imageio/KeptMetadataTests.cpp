@@ -1,0 +1,75 @@
+#include "platform/imageio/KeptMetadata.h"
+
+#include "platform/imageio/Codecs.h"
+#include "tests/support/ExifBuilder.h"
+#include "tests/support/Pictures.h"
+
+namespace kestrine {
+namespace {
+
+using testing::exifBlock;
+using testing::exifText;
+
+RowSourcePointer photo() {
+    return rowsOfPixels(std::make_shared<PixelBuffer>(
+        testing::makePhoto({20, 10, ColorModel::rgb, false, SampleDepth::bits8})));
+}
+
+/// What files with this EXIF block hold; "none" is a result without EXIF data.
+std::string selectionsFor(const Bytes& file) {
+    const Bytes answer = *metadataOf(readerOfBytes(file));
+    std::string names;
+    const std::pair<std::optional<ExifSelection>, const char*> rows[] = {
+        {std::nullopt, "none "},
+        {ExifSelection::rights, "rights "},
+        {ExifSelection::withoutOwner, "exif "},
+        {ExifSelection::camera, "camera "},
+        {ExifSelection::all, "all "}};
+    for (const auto& [selection, name] : rows)
+        if (holdsNoMoreThan(selection, answer))
+            names += name;
+    return names;
+}
+
+Bytes jpegWith(const testing::ExifContent& content, ExifSelection selection) {
+    const Bytes block = carriedExif(exifBlock(content), 20, 10, false, selection);
+    return *jpeg::encode(*photo(), {.quality = 0.9, .exif = block});
+}
+
+/// The file with these bytes after the first `position` bytes.
+Bytes withInserted(Bytes file, std::ptrdiff_t position, const Bytes& inserted) {
+    file.insert(file.begin() + position, inserted.begin(), inserted.end());
+    return file;
+}
+
+TEST(KeptMetadata, aFileWithoutAnyHoldsNoMoreThanAnyResult) {
+    EXPECT_EQ(selectionsFor(*jpeg::encode(*photo(), {.quality = 0.9})), "none rights exif camera all ");
+    EXPECT_EQ(selectionsFor(*png::encode(*photo(), {})), "none rights exif camera all ");
+}
+
+TEST(KeptMetadata, exifMustBeWhatASelectionKeeps) {
+    const testing::ExifContent everything{.ifd0 = {exifText(0x010f, "Kappa"), exifText(0x8298, "(c) Ann")},
+                                          .exifSubIFD = {exifText(0xa431, "12345")},
+                                          .gpsIFD = {exifText(1, "N")}};
+    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::all)), "all ");
+    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::camera)), "camera all ");
+    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::withoutOwner)), "exif camera all ");
+    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::rights)), "rights all ");
+}
+
+TEST(KeptMetadata, otherSegmentsAndChunksAreMore) {
+    const Bytes jpeg = *jpeg::encode(*photo(), {.quality = 0.9});
+    constexpr std::ptrdiff_t afterJFIF = 20;
+    for (const std::uint8_t marker : {0xe1, 0xe2, 0xed, 0xfe, 0xef})
+        EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, marker, 0, 4, 'x', 'y'})), "all ")
+            << int{marker};
+    EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, 0xee, 0, 4, 'x', 'y'})),
+              "none rights exif camera all ");
+}
+
+TEST(KeptMetadata, filesOfOtherFormatsAreTakenToHoldMore) {
+    EXPECT_EQ(selectionsFor(*tiff::encode(*photo(), {})), "all ");
+}
+
+} // namespace
+} // namespace kestrine
