@@ -94,7 +94,8 @@ TEST(SGIDecoder, rowsMayShareCodesAndHaveWrongLengths) {
     Bytes content = codedRows({{3, 9, 0}, {}});
     content[7] = content[3];
     EXPECT_EQ(samplesOf({.height = 2, .isRunLength = 1, .content = content}), (Samples{9, 9, 9, 9}));
-    EXPECT_EQ(samplesOf({.isRunLength = 1, .content = codedRows({{1, 9, 0, 5}})}), (Samples{9, 0}));
+    EXPECT_EQ(samplesOf({.height = 2, .isRunLength = 1, .content = codedRows({{1, 9, 0, 5}, {2, 7, 0}})}),
+              (Samples{7, 7, 9, 0}));
 }
 
 TEST(SGIDecoder, unknownKindsAreRefused) {
