@@ -90,6 +90,9 @@ void ConvertOptions::addTo(CLI::App& command) {
     command.add_flag("--no-enlarge", keepsSmall, "Do not make pictures larger (default: they are enlarged)");
     command.add_flag("--lossless", isLossless,
                      "Store exact pixels in formats that can be lossy or not: webp and jxl (default: lossy)");
+    command.add_flag(
+        "--progressive", isProgressive,
+        "Store JPEG so that the whole picture is shown early; a little smaller (default: baseline)");
     command
         .add_option("--quality", quality,
                     "Quality in percent, 0 to 100, for formats that have one (default without a set: 80)")

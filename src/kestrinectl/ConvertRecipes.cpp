@@ -150,6 +150,7 @@ void changeRecipe(ConversionRecipe& recipe, const ConvertOptions& options) {
     if (options.quality)
         recipe.quality = *options.quality / 100.0F;
     recipe.isLossless = options.isLossless;
+    recipe.isProgressive = options.isProgressive;
     if (options.maxBytes) {
         recipe.maxBytes = *bytesIn(*options.maxBytes);
         recipe.quality = options.quality ? recipe.quality : 1;
@@ -183,18 +184,22 @@ void checkSizes(const ConvertOptions& options, bool hasSets) {
         throw WrongOptions("--no-enlarge needs a size, such as --longest 1200");
 }
 
+/// Refuses an option that was given but has no effect on the format of some recipe.
+void checkEffect(const char* option, bool isGiven, bool OutputFormat::*hasEffect,
+                 const ConversionRecipes& recipes) {
+    for (const ConversionRecipe& recipe : recipes)
+        if (isGiven && recipe.format.choice == FormatRule::Choice::fixed
+            && !(outputFormat(recipe.format.type).*hasEffect))
+            throw WrongOptions(std::string(option) + " has no effect on "
+                               + std::string(outputFormat(recipe.format.type).title));
+}
+
 void checkLossless(const ConvertOptions& options, const ConversionRecipes& recipes) {
-    const auto isAlwaysLossy = [](const ConversionRecipe& recipe) {
-        return recipe.format.choice == FormatRule::Choice::fixed
-               && !outputFormat(recipe.format.type).hasLossless;
-    };
     if (options.isLossless && (options.quality || options.maxBytes))
         throw WrongOptions(std::string("--lossless and ") + (options.quality ? "--quality" : "--max-bytes")
                            + " contradict each other");
-    if (const auto found = std::ranges::find_if(recipes, isAlwaysLossy);
-        options.isLossless && found != recipes.end())
-        throw WrongOptions("--lossless has no effect on "
-                           + std::string(outputFormat(found->format.type).title));
+    checkEffect("--lossless", options.isLossless, &OutputFormat::hasLossless, recipes);
+    checkEffect("--progressive", options.isProgressive, &OutputFormat::hasProgressive, recipes);
 }
 
 void checkQuality(const ConvertOptions& options, const ConversionRecipes& recipes) {
@@ -235,7 +240,8 @@ ConversionRecipes recipesAnywhere(const ConvertOptions& options, const ResizeSet
 } // namespace
 
 bool describeResult(const ConvertOptions& options) {
-    return givesSize(options) || options.format || options.quality || options.isLossless || options.maxBytes;
+    return givesSize(options) || options.format || options.quality || options.isLossless
+           || options.isProgressive || options.maxBytes;
 }
 
 ConversionRecipes recipesFor(const ConvertOptions& options, const ResizeSets& sets) {

@@ -77,6 +77,7 @@ struct ConversionRecipe {
     FormatRule format;
     float quality = 0;                 ///< 0 to 1, for formats with a quality
     bool isLossless = false;           ///< exact, for formats that can be lossy or not
+    bool isProgressive = false;        ///< for formats that can be
     std::optional<ExifSelection> exif; ///< how much is kept, where the format can hold it; none by default
     std::uint64_t maxBytes = 0;        ///< the quality goes down until the file is as small; 0 for any size
     TimesRule times = TimesRule::now;

@@ -214,9 +214,9 @@ std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const Con
     std::vector<NSString> names = {NSImageColorSyncProfileData};
     if (recipe.exif && plan.format->holdsExif)
         names.push_back(NSImageEXIFData);
-    return myUtility::representationInFormat(
-        *plan.image, plan.format->type, recipe.quality, file, names,
-        {recipe.exif.value_or(ExifSelection::camera), recipe.maxBytes, recipe.isLossless});
+    return myUtility::representationInFormat(*plan.image, plan.format->type, recipe.quality, file, names,
+                                             {recipe.exif.value_or(ExifSelection::camera), recipe.maxBytes,
+                                              recipe.isLossless, recipe.isProgressive});
 }
 
 NSString resultName(const NSString& path, const OutputFormat* format, bool keepsExtension) {

@@ -137,6 +137,33 @@ class Formats(ConvertByOptions):
         self.assertEqual(exiftool(self.folder / "out/photo.jpg")["IFD0:Model"], "abc")
         self.assertEqual(Image.open(self.folder / "out/photo.jpg").quantization[0][0], 6)
 
+    def test_webp_and_jpeg_xl_are_written(self):
+        self.picture("b.png", 60, 40)
+        self.convert("--format", "webp", "--lossless", "--out", "out", "b.png")
+        self.convert("--format", "jxl", "--lossless", "--out", "out", "b.png")
+        numpy.testing.assert_array_equal(pictures.pixels(self.folder / "out/b.webp"), pictures.pixels(self.folder / "b.png"))
+        subprocess.run(["djxl", "out/b.jxl", "out/c.png"], cwd=self.folder, check=True, capture_output=True)
+        numpy.testing.assert_array_equal(pictures.pixels(self.folder / "out/c.png"), pictures.pixels(self.folder / "b.png"))
+
+    def test_a_webp_file_stays_one_and_keeps_profile_and_exif_data(self):
+        self.picture("b.webp", 60, 40, icc_profile=WIDE_PROFILE, exif=pictures.exif(1, extra=[(0x0110, 2, 4, b"abc\0")]))
+        self.convert("--longest", "30", "--out", "out", "b.webp")
+        made = Image.open(self.folder / "out/b.webp")
+        self.assertEqual((made.format, made.size, made.info["icc_profile"]), ("WEBP", (30, 20), WIDE_PROFILE))
+        self.assertEqual(made.getexif()[0x0110], "abc")
+
+    def test_a_progressive_jpeg_has_the_same_pixels(self):
+        for words, name in (["--progressive"], "p.jpg"), ([], "b.jpg"):
+            self.convert("--format", "jpeg", *words, "--name", name, "a.png")
+        made, baseline = Image.open(self.folder / "p.jpg"), Image.open(self.folder / "b.jpg")
+        self.assertTrue(made.info.get("progressive") and not baseline.info.get("progressive"))
+        numpy.testing.assert_array_equal(numpy.asarray(made), numpy.asarray(baseline))
+
+    def test_options_without_effect_are_refused(self):
+        self.assertEqual(self.refused("--format", "png", "--lossless", "--out", "out"), "--lossless has no effect on PNG")
+        self.assertEqual(self.refused("--format", "webp", "--progressive", "--out", "out"),
+                         "--progressive has no effect on WebP")
+
 
 class Places(ConvertByOptions):
     def test_out_keeps_the_folders_of_a_recursive_search(self):

@@ -102,6 +102,7 @@ std::shared_ptr<const NSData> NSBitmapImageRep::representationUsingType(FileType
     output.kept.exifSelection = rules.exif;
     output.maxBytes = rules.maxBytes;
     output.options.isLossless = rules.isLossless;
+    output.options.isProgressive = rules.isProgressive;
     Result<Bytes> file = render(picture(), output);
     if (!file) {
         noteFailure(file.failure());

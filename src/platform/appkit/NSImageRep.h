@@ -58,6 +58,7 @@ struct EncodingRules {
     ExifSelection exif = ExifSelection::camera; ///< how much is kept of the EXIF block of a PropertyOfSource
     std::uint64_t maxBytes = 0;                 ///< see Output::maxBytes
     bool isLossless = false;                    ///< see EncodingOptions::isLossless
+    bool isProgressive = false;                 ///< see EncodingOptions::isProgressive
 };
 
 class NSBitmapImageRep final : public NSImageRep {

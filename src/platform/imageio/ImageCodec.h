@@ -75,6 +75,7 @@ protected:
 struct EncodingOptions {
     double quality = 0;                    ///< JPEG, WebP, JPEG XL: 0 to 1; any other number is accepted
     bool isLossless = false;               ///< WebP, JPEG XL: exact, whatever the quality
+    bool isProgressive = false;            ///< JPEG: shows the whole picture early, and is a little smaller
     bool ditherTransparency = false;       ///< GIF: dither partial transparency instead of using a threshold
     Resolution resolution;                 ///< stored if the format can hold it
     const ColorProfile* profile = nullptr; ///< embedded if the format can hold it

@@ -22,10 +22,12 @@ struct OutputFormat {
     bool holds16Bits = false;                             ///< otherwise samples are rounded to 8 bits
     bool isSRGBOnly = false;                              ///< whether viewers always assume sRGB
     bool holdsGray = true;                                ///< otherwise grey pictures become sRGB
-    bool hasLossless = false;          ///< whether the encoder uses EncodingOptions::isLossless
-    const ImageCodec* codec = nullptr; ///< of the same format, if the encoder needs its libraries
-    bool hasQuality = false;           ///< whether the encoder uses EncodingOptions::quality
-    bool holdsExif = false;            ///< whether the encoder writes EncodingOptions::exif
+    bool hasProgressive = false;         ///< whether the encoder uses EncodingOptions::isProgressive
+    std::uint64_t heldBytesPerPixel = 0; ///< of memory that the encoder needs, measured; 0 if it streams
+    bool hasLossless = false;            ///< whether the encoder uses EncodingOptions::isLossless
+    const ImageCodec* codec = nullptr;   ///< of the same format, if the encoder needs its libraries
+    bool hasQuality = false;             ///< whether the encoder uses EncodingOptions::quality
+    bool holdsExif = false;              ///< whether the encoder writes EncodingOptions::exif
     /// Consumes all rows, which suit the format, and returns the bytes of the file.
     Result<Bytes> (*encode)(RowSource& rows, const EncodingOptions& options);
 };

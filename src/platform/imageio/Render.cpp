@@ -50,16 +50,18 @@ Pad beforeTurn(const Pad& pad, int quarterTurns) {
 /// outlive the rows, since it holds the memory that is reserved for them.
 class Pipeline {
 public:
-    Pipeline(const Picture& picture, bool keeps16Bits, bool holdsResult = false)
+    /// `output` is null if no file is made of the rows.
+    Pipeline(const Picture& picture, bool keeps16Bits, const Output* output)
         : picture_(picture), source_(static_cast<LocalSource&>(*picture.source)), keeps16Bits_(keeps16Bits),
-          holdsResult_(holdsResult), profile_(picture.description().profile) {}
+          output_(output), profile_(picture.description().profile) {}
 
     Result<RowSourcePointer> build() {
         RowPlan plan = planRows(picture_);
         const int halvings = halve(plan);
         const bool isDecoded = source_.holdsPixels(picture_.frame);
-        memory_ = TRY(
-            budgetForHeldPictures().reserve(bytesToHold(picture_, keeps16Bits_, isDecoded, holdsResult_)));
+        memory_ = TRY(budgetForHeldPictures().reserve(output_ == nullptr
+                                                          ? bytesToHold(picture_, keeps16Bits_, isDecoded)
+                                                          : bytesToEncode(picture_, *output_, isDecoded)));
         RowSourcePointer rows = TRY(source_.rows(picture_.frame, halvings));
         const bool isCostly = !picture_.description().isUncompressed && !source_.holdsPixels(picture_.frame);
         RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(rows)) : std::move(rows);
@@ -111,7 +113,7 @@ private:
     const Picture& picture_;
     LocalSource& source_;
     const bool keeps16Bits_;
-    const bool holdsResult_;
+    const Output* const output_;
     std::optional<ColorProfile> profile_; ///< of the rows after the steps added so far
     MemoryReservation memory_;
 };
@@ -208,6 +210,15 @@ std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecod
            + (isDecoded ? 0 : picture.description().heldBytes);
 }
 
+std::uint64_t bytesToEncode(const Picture& picture, const Output& output, bool isDecoded) {
+    const OutputFormat& file = outputFormat(output.type);
+    constexpr std::uint64_t bytesOfCoefficients = 3 * 2; // of a JPEG without subsampling
+    const std::uint64_t perPixel =
+        output.options.isProgressive ? bytesOfCoefficients : file.heldBytesPerPixel;
+    return bytesToHold(picture, file.holds16Bits, isDecoded, output.maxBytes != 0)
+           + perPixel * picture.format().pixels();
+}
+
 int decodingHalvings(const Resampling& resampling, int maxHalvings) {
     const double needed = resampling.filter == ResampleFilter::lanczos ? 2.35 : 2;
     const double reduction = 1 / std::max(resampling.x.scale, resampling.y.scale);
@@ -227,7 +238,7 @@ Result<PixelBuffer> readPixels(const Picture& picture) { return picture.source->
 Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output) {
     TRY(checkSize(picture));
     const OutputFormat& file = outputFormat(output.type);
-    Pipeline pipeline(picture, file.holds16Bits, output.maxBytes != 0);
+    Pipeline pipeline(picture, file.holds16Bits, &output);
     RowSourcePointer rows = TRY(pipeline.build());
     if (!file.holdsAlpha)
         rows = rowsOnWhite(std::move(rows));
@@ -247,7 +258,7 @@ Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output
 
 Result<PixelBuffer> LocalSource::pixels(const Picture& picture) {
     TRY(checkSize(picture));
-    Pipeline pipeline(picture, true);
+    Pipeline pipeline(picture, true, nullptr);
     RowSourcePointer rows = TRY(pipeline.build());
     return readAllRows(*rows);
 }

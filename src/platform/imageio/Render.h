@@ -38,6 +38,9 @@ Result<PixelBuffer> readPixels(const Picture& picture);
 /// are in memory already. `holdsResult`: those of the result are kept.
 std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecoded, bool holdsResult = false);
 
+/// The same for making a file, with what its encoder holds.
+std::uint64_t bytesToEncode(const Picture& picture, const Output& output, bool isDecoded);
+
 /// The steps of a picture in an order that suits rows: first all other steps, in the orientation of the
 /// source, then one mirroring and one turn.
 struct RowPlan {

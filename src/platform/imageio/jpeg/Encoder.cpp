@@ -1,4 +1,5 @@
-// Writes baseline JPEG with libjpeg-turbo: the JFIF segment, then EXIF, then the profile, then the picture.
+// Writes baseline or progressive JPEG with libjpeg-turbo: the JFIF segment, then EXIF, then the profile, then
+// the picture.
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/jpeg/Library.h"
@@ -107,6 +108,8 @@ private:
         if (percent >= fullColorQuality)
             info_.comp_info[0].h_samp_factor = info_.comp_info[0].v_samp_factor = 1;
         info_.optimize_coding = format_.pixels() <= maxOptimisedPixels ? TRUE : FALSE;
+        if (options_.isProgressive)
+            jpeg_simple_progression(&info_);
         info_.density_unit = 1; // dots per inch
         const Resolution resolution =
             plausibleResolution(options_.resolution.horizontal, options_.resolution.vertical);

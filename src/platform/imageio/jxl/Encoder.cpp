@@ -15,6 +15,9 @@ namespace kestrine::jxl {
 namespace {
 
 constexpr std::size_t firstOutputBytes = 1 << 16;
+/// Of 1 to 9. The library's default, 7, takes twice (lossy) and three times (lossless) as long; its lossless
+/// files are 8 % smaller, its lossy ones are not.
+constexpr int lossyEffort = 5, losslessEffort = 4;
 
 /// The distance that the library's own tool uses for a quality of 0 to 100: 0.1 is visually lossless, 1
 /// nearly so.
@@ -87,6 +90,8 @@ private:
             library_.setLossless(settings, JXL_TRUE);
         else
             library_.setDistance(settings, distanceFor(std::clamp(options.quality, 0.0, 1.0) * 100));
+        library_.setOption(settings, JXL_ENC_FRAME_SETTING_EFFORT,
+                           options.isLossless ? losslessEffort : lossyEffort);
         const RowFormat& format = pixels.format;
         const JxlPixelFormat layout{static_cast<std::uint32_t>(format.channels()),
                                     format.depth == SampleDepth::bits8 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16,

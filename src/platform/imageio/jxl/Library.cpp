@@ -65,6 +65,7 @@ Result<EncoderFunctions> loadEncoder() {
                           && find(*encoder, functions.createSettings, "JxlEncoderFrameSettingsCreate")
                           && find(*encoder, functions.setLossless, "JxlEncoderSetFrameLossless")
                           && find(*encoder, functions.setDistance, "JxlEncoderSetFrameDistance")
+                          && find(*encoder, functions.setOption, "JxlEncoderFrameSettingsSetOption")
                           && find(*encoder, functions.addFrame, "JxlEncoderAddImageFrame")
                           && find(*encoder, functions.useBoxes, "JxlEncoderUseBoxes")
                           && find(*encoder, functions.addBox, "JxlEncoderAddBox")

@@ -52,6 +52,7 @@ struct EncoderFunctions {
     decltype(&JxlEncoderFrameSettingsCreate) createSettings;
     decltype(&JxlEncoderSetFrameLossless) setLossless;
     decltype(&JxlEncoderSetFrameDistance) setDistance;
+    decltype(&JxlEncoderFrameSettingsSetOption) setOption;
     decltype(&JxlEncoderAddImageFrame) addFrame;
     decltype(&JxlEncoderUseBoxes) useBoxes;
     decltype(&JxlEncoderAddBox) addBox;

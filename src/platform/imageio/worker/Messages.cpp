@@ -187,6 +187,7 @@ void write(MessageWriter& writer, const OutputOrder& output) {
     writer.add(output.exifSelection);
     writer.add(output.maxBytes);
     writer.add(output.isLossless);
+    writer.add(output.isProgressive);
 }
 
 OutputOrder outputIn(MessageReader& reader) {
@@ -205,6 +206,7 @@ OutputOrder outputIn(MessageReader& reader) {
     output.exifSelection = reader.enumerator(ExifSelection::all);
     output.maxBytes = reader.number<std::uint64_t>();
     output.isLossless = reader.flag();
+    output.isProgressive = reader.flag();
     return output;
 }
 

@@ -21,6 +21,7 @@ struct OutputOrder {
     FileType type = FileType::jpeg;
     double quality = 0;
     bool isLossless = false;
+    bool isProgressive = false;
     bool ditherTransparency = false;
     Resolution resolution;
     std::optional<ColorModel> profileModel; ///< of `profile`; nullopt if there is none

@@ -41,6 +41,7 @@ OutputOrder orderOf(const Output& output) {
     OutputOrder order{.type = output.type,
                       .quality = output.options.quality,
                       .isLossless = output.options.isLossless,
+                      .isProgressive = output.options.isProgressive,
                       .ditherTransparency = output.options.ditherTransparency,
                       .resolution = output.options.resolution,
                       .exif = copied(output.options.exif),
@@ -205,9 +206,8 @@ void RemoteSource::reserveToKeep(std::size_t frame) {
 Result<Bytes> RemoteSource::rendered(const Picture& picture, const Output& output) {
     if (!picture.source->isCanvas())
         reserveToKeep(picture.frame);
-    const bool keeps16Bits = outputFormat(output.type).holds16Bits;
     const MemoryReservation held =
-        TRY(budgetForHeldPictures().reserve(bytesToHold(picture, keeps16Bits, false, output.maxBytes != 0)));
+        TRY(budgetForHeldPictures().reserve(bytesToEncode(picture, output, false)));
     Price price = priceOf(picture);
     if (const ImageCodec* codec = outputFormat(output.type).codec)
         price.libraries = librariesOf(*codec);

@@ -125,6 +125,7 @@ Result<Bytes> Service::carryOut(const RenderFile& order, Call& call) {
         ordered.profileModel ? ColorProfile::fromICC(ordered.profile, *ordered.profileModel) : std::nullopt;
     const EncodingOptions options{.quality = ordered.quality,
                                   .isLossless = ordered.isLossless,
+                                  .isProgressive = ordered.isProgressive,
                                   .ditherTransparency = ordered.ditherTransparency,
                                   .resolution = ordered.resolution,
                                   .profile = profile ? &*profile : nullptr,

@@ -100,4 +100,19 @@ TEST(JPEGEncoder, aSideBeyondTheFormatIsRefused) {
     }
 }
 
+TEST(JPEGEncoder, aProgressiveFileHasTheSamePixelsAndIsMarked) {
+    const PixelBuffer photo = makePhoto({120, 90});
+    const Bytes baseline = encodeSound(jpeg::encode, photo, {.quality = 0.8});
+    const Bytes progressive = encodeSound(jpeg::encode, photo, {.quality = 0.8, .isProgressive = true});
+    EXPECT_TRUE(
+        samePicture(decodeSound(jpeg::codec, progressive).pixels, decodeSound(jpeg::codec, baseline).pixels));
+    const auto has = [](const Bytes& file, std::uint8_t frameMarker) {
+        constexpr std::uint8_t anyMarker = 0xff;
+        const Bytes start = {anyMarker, frameMarker, 0, 17, 8};
+        return !std::ranges::search(file, start).empty();
+    };
+    EXPECT_TRUE(has(baseline, 0xc0) && !has(baseline, 0xc2));
+    EXPECT_TRUE(has(progressive, 0xc2) && !has(progressive, 0xc0));
+}
+
 } // namespace kestrine::testing
