@@ -25,7 +25,7 @@ SETS = {
     "Palette": "--longest 64 --format gif",
 }
 SUFFIXES = {"bmp": "bmp", "exiftagreader": "jpg", "gif": "gif", "heif": "heic", "jpeg": "jpg", "ownjpeg": "jpg", "png": "png",
-            "pngrows": "png", "pnm": "pnm", "icns": "icns", "ico": "ico", "pcx": "pcx", "psd": "psd", "qoi": "qoi",
+            "pngrows": "png", "pnm": "pnm", "icns": "icns", "ico": "ico", "jp2": "jp2", "jxl": "jxl", "pcx": "pcx", "psd": "psd", "qoi": "qoi",
             "sgi": "sgi", "tga": "tga", "tiff": "tif", "webp": "webp"}
 SLOWEST = 500  # seconds for one command
 
