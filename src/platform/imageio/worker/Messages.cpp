@@ -234,6 +234,7 @@ struct OrderWriter {
 OpenFile openFileIn(MessageReader& reader) {
     const bool asks = reader.flag();
     const auto question = reader.number<std::uint32_t>();
+    reader.refuseUnless(asks || question == 0);
     return {asks ? std::optional(question) : std::nullopt};
 }
 

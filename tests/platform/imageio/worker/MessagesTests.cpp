@@ -116,6 +116,13 @@ TEST(WorkerMessages, refuseStepsThatNoProgramAsksFor) {
     EXPECT_TRUE(isRefused(Fade{std::numeric_limits<float>::quiet_NaN()}));
 }
 
+TEST(WorkerMessages, refuseAQuestionThatIsNotAsked) {
+    Bytes bytes = bytesOf({.source = 1, .order = OpenFile{}});
+    EXPECT_TRUE(requestIn(bytes));
+    bytes.back() = 1;
+    EXPECT_FALSE(requestIn(bytes));
+}
+
 TEST(WorkerMessages, refuseMoreStepsThanTheLimit) {
     Recipe recipe{std::nullopt, 0, std::vector<PictureStep>(maxSteps, Flatten{})};
     EXPECT_TRUE(requestIn(bytesOf({.source = 1, .order = ReadPixels{recipe}})));
