@@ -21,6 +21,13 @@ public:
         return reinterpret_cast<T*>(address(name));
     }
 
+    /// Sets `function` to the one with that name, or to null. Returns whether it exists.
+    template <class F>
+    bool find(F*& function, const char* name) const {
+        function = symbol<F>(name);
+        return function != nullptr;
+    }
+
 private:
     explicit DynamicLibrary(void* handle) : handle_(handle) {}
     void* address(const char* name) const;

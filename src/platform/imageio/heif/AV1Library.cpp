@@ -10,17 +10,15 @@ Result<AV1Functions> loadAV1Functions(std::initializer_list<const char*> names) 
     if (!library)
         return missing;
     AV1Functions functions{};
-    const auto find = [&]<class F>(F*& function, const char* name) {
-        function = library->symbol<F>(name);
-        return function != nullptr;
-    };
-    const bool complete =
-        find(functions.setDefaults, "dav1d_default_settings") && find(functions.open, "dav1d_open")
-        && find(functions.close, "dav1d_close") && find(functions.createData, "dav1d_data_create")
-        && find(functions.releaseData, "dav1d_data_unref") && find(functions.sendData, "dav1d_send_data")
-        && find(functions.nextPicture, "dav1d_get_picture")
-        && find(functions.releasePicture, "dav1d_picture_unref")
-        && find(functions.parseSequenceHeader, "dav1d_parse_sequence_header");
+    const bool complete = library->find(functions.setDefaults, "dav1d_default_settings")
+                          && library->find(functions.open, "dav1d_open")
+                          && library->find(functions.close, "dav1d_close")
+                          && library->find(functions.createData, "dav1d_data_create")
+                          && library->find(functions.releaseData, "dav1d_data_unref")
+                          && library->find(functions.sendData, "dav1d_send_data")
+                          && library->find(functions.nextPicture, "dav1d_get_picture")
+                          && library->find(functions.releasePicture, "dav1d_picture_unref")
+                          && library->find(functions.parseSequenceHeader, "dav1d_parse_sequence_header");
     if (!complete)
         return missing;
     return functions;

@@ -10,27 +10,27 @@ Result<HEVCFunctions> loadHEVCFunctions(std::initializer_list<const char*> names
     if (!library)
         return missing;
     HEVCFunctions functions{};
-    const auto find = [&]<class F>(F*& function, const char* name) {
-        function = library->symbol<F>(name);
-        return function != nullptr;
-    };
-    const bool complete =
-        find(functions.prepare, "de265_init") && find(functions.create, "de265_new_decoder")
-        && find(functions.destroy, "de265_free_decoder")
-        && find(functions.startThreads, "de265_start_worker_threads")
-        && find(functions.setFlag, "de265_set_parameter_bool")
-        && find(functions.setAllocation, "de265_set_image_allocation_functions")
-        && find(functions.setPlane, "de265_set_image_plane")
-        && find(functions.planeData, "de265_get_image_plane_user_data")
-        && find(functions.push, "de265_push_NAL") && find(functions.endOfData, "de265_flush_data")
-        && find(functions.decode, "de265_decode") && find(functions.nextPicture, "de265_get_next_picture")
-        && find(functions.width, "de265_get_image_width") && find(functions.height, "de265_get_image_height")
-        && find(functions.chroma, "de265_get_chroma_format")
-        && find(functions.bits, "de265_get_bits_per_pixel") && find(functions.plane, "de265_get_image_plane")
-        && find(functions.isFullRange, "de265_get_image_full_range_flag")
-        && find(functions.primaries, "de265_get_image_colour_primaries")
-        && find(functions.transfer, "de265_get_image_transfer_characteristics")
-        && find(functions.matrix, "de265_get_image_matrix_coefficients");
+    const bool complete = library->find(functions.prepare, "de265_init")
+                          && library->find(functions.create, "de265_new_decoder")
+                          && library->find(functions.destroy, "de265_free_decoder")
+                          && library->find(functions.startThreads, "de265_start_worker_threads")
+                          && library->find(functions.setFlag, "de265_set_parameter_bool")
+                          && library->find(functions.setAllocation, "de265_set_image_allocation_functions")
+                          && library->find(functions.setPlane, "de265_set_image_plane")
+                          && library->find(functions.planeData, "de265_get_image_plane_user_data")
+                          && library->find(functions.push, "de265_push_NAL")
+                          && library->find(functions.endOfData, "de265_flush_data")
+                          && library->find(functions.decode, "de265_decode")
+                          && library->find(functions.nextPicture, "de265_get_next_picture")
+                          && library->find(functions.width, "de265_get_image_width")
+                          && library->find(functions.height, "de265_get_image_height")
+                          && library->find(functions.chroma, "de265_get_chroma_format")
+                          && library->find(functions.bits, "de265_get_bits_per_pixel")
+                          && library->find(functions.plane, "de265_get_image_plane")
+                          && library->find(functions.isFullRange, "de265_get_image_full_range_flag")
+                          && library->find(functions.primaries, "de265_get_image_colour_primaries")
+                          && library->find(functions.transfer, "de265_get_image_transfer_characteristics")
+                          && library->find(functions.matrix, "de265_get_image_matrix_coefficients");
     // Otherwise its tables would be made for the first decoder of several, and freed with the last.
     if (!complete || functions.prepare() != DE265_OK)
         return missing;

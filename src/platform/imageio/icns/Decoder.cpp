@@ -52,7 +52,7 @@ std::optional<Candidate> largest(const ByteReader& reader, const std::vector<Ele
     return best;
 }
 
-/// A picture that is no file. It is small, so that it is decoded at once.
+/// A picture in memory. It is small and therefore decoded at once.
 class Decoder final : public ImageDecoder {
 public:
     explicit Decoder(PixelBuffer pixels) : pixels_(std::make_shared<const PixelBuffer>(std::move(pixels))) {

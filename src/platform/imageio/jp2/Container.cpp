@@ -44,7 +44,7 @@ private:
     bool isShort_ = false;
 };
 
-/// Takes the first box from `bytes`; nullopt if there is no whole one.
+/// Takes the first box from `bytes`; nullopt if `bytes` do not hold a complete box.
 std::optional<Box> takeBox(ByteView& bytes) {
     if (bytes.size() < 8)
         return std::nullopt;

@@ -4,6 +4,7 @@
 
 #include "platform/host/Result.h"
 
+#include <initializer_list>
 #include <openjpeg-2.5/openjpeg.h>
 
 namespace kestrine::jp2 {
@@ -29,8 +30,11 @@ struct Functions {
     decltype(&opj_get_decoded_tile) decodeTile;
 };
 
-/// The functions of the installed library; opened once. Fails with reason "unsupported" and names the package
-/// if it is missing. Any thread.
+/// The functions of the first of these libraries that exists. Fails with reason "unsupported" and names the
+/// package if there is none.
+Result<Functions> loadFunctions(std::initializer_list<const char*> names);
+
+/// The functions of the installed library; opened once. Any thread.
 const Result<Functions>& installedFunctions();
 
 } // namespace kestrine::jp2

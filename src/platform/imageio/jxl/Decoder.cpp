@@ -112,8 +112,11 @@ Result<PixelBuffer> decodeFirstFrame(const Functions& library, std::shared_ptr<c
 }
 
 /// The content of the first box with EXIF data, without the number that says where the block begins in it.
-Result<Bytes> readExif(const Functions& library, std::shared_ptr<const ByteReader> reader) {
-    Session session = TRY(Session::begin(library, std::move(reader), JXL_DEC_BOX));
+Bytes readExif(const Functions& library, std::shared_ptr<const ByteReader> reader) {
+    Result<Session> begun = Session::begin(library, std::move(reader), JXL_DEC_BOX);
+    if (!begun)
+        return {};
+    Session& session = *begun;
     library.setDecompressBoxes(session.decoder(), JXL_TRUE);
     Bytes box;
     std::size_t filled = 0;
@@ -137,7 +140,7 @@ Result<Bytes> readExif(const Functions& library, std::shared_ptr<const ByteReade
     box.resize(box.size() - (box.empty() ? 0 : library.releaseBox(session.decoder())));
     const std::uint64_t begin = box.size() < 4 ? 0 : 4 + bigEndian(ByteView(box).first(4));
     if (begin == 0 || begin >= box.size())
-        return Bytes{};
+        return {};
     return Bytes(box.begin() + static_cast<std::ptrdiff_t>(begin), box.end());
 }
 
@@ -152,9 +155,9 @@ std::uint32_t countFrames(const Functions& library, std::shared_ptr<const ByteRe
 class Decoder final : public ImageDecoder {
 public:
     Decoder(const Functions& library, std::shared_ptr<const ByteReader> reader, Header header)
-        : library_(library), reader_(std::move(reader)), header_(std::move(header)) {
-        const Result<Bytes> block = exif();
-        const ExifFacts facts = block ? readExifFacts(*block) : ExifFacts{};
+        : library_(library), reader_(std::move(reader)), header_(std::move(header)),
+          exif_(header_.hasContainer ? uprightExif(readExif(library_, reader_)) : Bytes()) {
+        const ExifFacts facts = readExifFacts(exif_);
         frames_.push_back(
             {.format = header_.format,
              .resolution = facts.resolution.value_or(Resolution{}),
@@ -168,12 +171,7 @@ public:
         });
     }
 
-    /// Its orientation is that of the codestream, which is already applied.
-    Result<Bytes> exif() const override {
-        if (!header_.hasContainer)
-            return Bytes{};
-        return uprightExif(TRY(readExif(library_, reader_)));
-    }
+    Result<Bytes> exif() const override { return exif_; }
 
     FileContents contents() const override {
         if (!header_.isAnimation)
@@ -185,6 +183,7 @@ private:
     const Functions& library_;
     const std::shared_ptr<const ByteReader> reader_;
     const Header header_;
+    const Bytes exif_; ///< upright: the orientation of the codestream is already applied
 };
 
 bool recognises(ByteView head) {
@@ -206,9 +205,6 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec{"JPEG XL", recognises, open, [] {
-                           (void)installedFunctions();
-                           (void)installedEncoder();
-                       }};
+const ImageCodec codec{"JPEG XL", recognises, open, [] { (void)installedFunctions(); }};
 
 } // namespace kestrine::jxl

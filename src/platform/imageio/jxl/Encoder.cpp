@@ -28,11 +28,10 @@ float distanceFor(double quality) {
     return static_cast<float>(std::clamp(distance, best, 15.0));
 }
 
-JxlBasicInfo describe(const EncoderFunctions& library, const RowFormat& format,
-                      const EncodingOptions& options) {
+JxlBasicInfo describe(const Functions& library, const RowFormat& format, const EncodingOptions& options) {
     const std::uint32_t bits = format.depth == SampleDepth::bits8 ? 8 : 16;
     JxlBasicInfo info;
-    library.initializeInfo(&info);
+    library.encoderInitializeInfo(&info);
     info.xsize = format.width;
     info.ysize = format.height;
     info.bits_per_sample = bits;
@@ -46,12 +45,12 @@ JxlBasicInfo describe(const EncoderFunctions& library, const RowFormat& format,
 
 class Encoding {
 public:
-    Encoding(const EncoderFunctions& library, std::size_t threads)
+    Encoding(const Functions& library, std::size_t threads)
         : library_(library),
           runner_(threads > 1 ? library.createRunner(nullptr, threads) : nullptr, library.destroyRunner),
-          encoder_(library.create(nullptr), library.destroy) {
+          encoder_(library.encoderCreate(nullptr), library.encoderDestroy) {
         if (runner_ != nullptr)
-            library.setRunner(encoder_.get(), library.run, runner_.get());
+            library.encoderSetRunner(encoder_.get(), library.run, runner_.get());
     }
 
     Result<Bytes> encode(const PixelBuffer& pixels, const EncodingOptions& options) {
@@ -59,44 +58,45 @@ public:
             return Failure{Reason::unsupported, "the JPEG XL encoder cannot be set up"};
         if (!options.exif.empty())
             addExif(options.exif);
-        library_.closeInput(encoder_.get());
+        library_.encoderCloseInput(encoder_.get());
         return output();
     }
 
 private:
     bool setUp(const RowFormat& format, const EncodingOptions& options) {
         const JxlBasicInfo info = describe(library_, format, options);
-        if (!options.exif.empty() && library_.useBoxes(encoder_.get()) != JXL_ENC_SUCCESS)
+        if (!options.exif.empty() && library_.encoderUseBoxes(encoder_.get()) != JXL_ENC_SUCCESS)
             return false;
         constexpr int levelForMoreThan8Bits = 10;
         if (format.depth == SampleDepth::bits16)
-            library_.setLevel(encoder_.get(), levelForMoreThan8Bits);
-        return library_.setInfo(encoder_.get(), &info) == JXL_ENC_SUCCESS
+            library_.encoderSetLevel(encoder_.get(), levelForMoreThan8Bits);
+        return library_.encoderSetInfo(encoder_.get(), &info) == JXL_ENC_SUCCESS
                && setColors(format, options.profile);
     }
 
     bool setColors(const RowFormat& format, const ColorProfile* profile) {
         if (profile != nullptr)
-            return library_.setProfile(encoder_.get(), profile->bytes().data(), profile->bytes().size())
+            return library_.encoderSetProfile(encoder_.get(), profile->bytes().data(),
+                                              profile->bytes().size())
                    == JXL_ENC_SUCCESS;
         JxlColorEncoding color;
         library_.makeSRGB(&color, format.model == ColorModel::gray ? JXL_TRUE : JXL_FALSE);
-        return library_.setColors(encoder_.get(), &color) == JXL_ENC_SUCCESS;
+        return library_.encoderSetColors(encoder_.get(), &color) == JXL_ENC_SUCCESS;
     }
 
     bool addPicture(const PixelBuffer& pixels, const EncodingOptions& options) {
-        JxlEncoderFrameSettings* settings = library_.createSettings(encoder_.get(), nullptr);
+        JxlEncoderFrameSettings* settings = library_.encoderCreateSettings(encoder_.get(), nullptr);
         if (options.isLossless)
-            library_.setLossless(settings, JXL_TRUE);
+            library_.encoderSetLossless(settings, JXL_TRUE);
         else
-            library_.setDistance(settings, distanceFor(std::clamp(options.quality, 0.0, 1.0) * 100));
-        library_.setOption(settings, JXL_ENC_FRAME_SETTING_EFFORT,
-                           options.isLossless ? losslessEffort : lossyEffort);
+            library_.encoderSetDistance(settings, distanceFor(std::clamp(options.quality, 0.0, 1.0) * 100));
+        library_.encoderSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT,
+                                  options.isLossless ? losslessEffort : lossyEffort);
         const RowFormat& format = pixels.format;
         const JxlPixelFormat layout{static_cast<std::uint32_t>(format.channels()),
                                     format.depth == SampleDepth::bits8 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16,
                                     JXL_NATIVE_ENDIAN, 0};
-        return library_.addFrame(settings, &layout, pixels.bytes.data(), pixels.bytes.size())
+        return library_.encoderAddFrame(settings, &layout, pixels.bytes.data(), pixels.bytes.size())
                == JXL_ENC_SUCCESS;
     }
 
@@ -105,7 +105,7 @@ private:
         Bytes box(4);
         const Bytes block = uprightExif(copied(exif));
         box.insert(box.end(), block.begin(), block.end());
-        library_.addBox(encoder_.get(), "Exif", box.data(), box.size(), JXL_FALSE);
+        library_.encoderAddBox(encoder_.get(), "Exif", box.data(), box.size(), JXL_FALSE);
     }
 
     Result<Bytes> output() {
@@ -114,7 +114,7 @@ private:
         for (;;) {
             std::uint8_t* next = file.data() + filled;
             std::size_t left = file.size() - filled;
-            const JxlEncoderStatus status = library_.process(encoder_.get(), &next, &left);
+            const JxlEncoderStatus status = library_.encoderProcess(encoder_.get(), &next, &left);
             filled = file.size() - left;
             if (status == JXL_ENC_SUCCESS)
                 break;
@@ -126,7 +126,7 @@ private:
         return file;
     }
 
-    const EncoderFunctions& library_;
+    const Functions& library_;
     const std::unique_ptr<void, decltype(&JxlThreadParallelRunnerDestroy)> runner_; ///< outlives the encoder
     const std::unique_ptr<JxlEncoder, decltype(&JxlEncoderDestroy)> encoder_;
 };
@@ -134,7 +134,7 @@ private:
 } // namespace
 
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
-    const Result<EncoderFunctions>& library = installedEncoder();
+    const Result<Functions>& library = installedFunctions();
     if (!library)
         return library.failure();
     const PixelBuffer pixels = TRY(readAllRows(rows));

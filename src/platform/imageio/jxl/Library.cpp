@@ -4,90 +4,59 @@
 
 namespace kestrine::jxl {
 
-namespace {
-
-Result<Functions> loadFunctions() {
+Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
+                                std::initializer_list<const char*> threadPools) {
     const Failure missing{Reason::unsupported, "JPEG XL pictures need libjxl (package libjxl0.7)"};
-    const Result<DynamicLibrary> decoder = DynamicLibrary::open({"libjxl.so.0.7"});
-    const Result<DynamicLibrary> threads = DynamicLibrary::open({"libjxl_threads.so.0.7"});
-    if (!decoder || !threads)
+    const Result<DynamicLibrary> coder = DynamicLibrary::open(coders);
+    const Result<DynamicLibrary> threads = DynamicLibrary::open(threadPools);
+    if (!coder || !threads)
         return missing;
     Functions functions{};
-    const auto find = []<class F>(const DynamicLibrary& library, F*& function, const char* name) {
-        function = library.symbol<F>(name);
-        return function != nullptr;
-    };
-    const bool complete = find(*decoder, functions.create, "JxlDecoderCreate")
-                          && find(*decoder, functions.destroy, "JxlDecoderDestroy")
-                          && find(*decoder, functions.subscribe, "JxlDecoderSubscribeEvents")
-                          && find(*decoder, functions.setRunner, "JxlDecoderSetParallelRunner")
-                          && find(*decoder, functions.setInput, "JxlDecoderSetInput")
-                          && find(*decoder, functions.releaseInput, "JxlDecoderReleaseInput")
-                          && find(*decoder, functions.process, "JxlDecoderProcessInput")
-                          && find(*decoder, functions.basicInfo, "JxlDecoderGetBasicInfo")
-                          && find(*decoder, functions.extraChannel, "JxlDecoderGetExtraChannelInfo")
-                          && find(*decoder, functions.encodedProfile, "JxlDecoderGetColorAsEncodedProfile")
-                          && find(*decoder, functions.profileSize, "JxlDecoderGetICCProfileSize")
-                          && find(*decoder, functions.profile, "JxlDecoderGetColorAsICCProfile")
-                          && find(*decoder, functions.setPixels, "JxlDecoderSetImageOutBuffer")
-                          && find(*decoder, functions.setDecompressBoxes, "JxlDecoderSetDecompressBoxes")
-                          && find(*decoder, functions.boxType, "JxlDecoderGetBoxType")
-                          && find(*decoder, functions.setBox, "JxlDecoderSetBoxBuffer")
-                          && find(*decoder, functions.releaseBox, "JxlDecoderReleaseBoxBuffer")
-                          && find(*threads, functions.run, "JxlThreadParallelRunner")
-                          && find(*threads, functions.createRunner, "JxlThreadParallelRunnerCreate")
-                          && find(*threads, functions.destroyRunner, "JxlThreadParallelRunnerDestroy");
+    const bool complete = coder->find(functions.create, "JxlDecoderCreate")
+                          && coder->find(functions.destroy, "JxlDecoderDestroy")
+                          && coder->find(functions.subscribe, "JxlDecoderSubscribeEvents")
+                          && coder->find(functions.setRunner, "JxlDecoderSetParallelRunner")
+                          && coder->find(functions.setInput, "JxlDecoderSetInput")
+                          && coder->find(functions.releaseInput, "JxlDecoderReleaseInput")
+                          && coder->find(functions.process, "JxlDecoderProcessInput")
+                          && coder->find(functions.basicInfo, "JxlDecoderGetBasicInfo")
+                          && coder->find(functions.extraChannel, "JxlDecoderGetExtraChannelInfo")
+                          && coder->find(functions.encodedProfile, "JxlDecoderGetColorAsEncodedProfile")
+                          && coder->find(functions.profileSize, "JxlDecoderGetICCProfileSize")
+                          && coder->find(functions.profile, "JxlDecoderGetColorAsICCProfile")
+                          && coder->find(functions.setPixels, "JxlDecoderSetImageOutBuffer")
+                          && coder->find(functions.setDecompressBoxes, "JxlDecoderSetDecompressBoxes")
+                          && coder->find(functions.boxType, "JxlDecoderGetBoxType")
+                          && coder->find(functions.setBox, "JxlDecoderSetBoxBuffer")
+                          && coder->find(functions.releaseBox, "JxlDecoderReleaseBoxBuffer")
+                          && coder->find(functions.encoderCreate, "JxlEncoderCreate")
+                          && coder->find(functions.encoderDestroy, "JxlEncoderDestroy")
+                          && coder->find(functions.encoderSetRunner, "JxlEncoderSetParallelRunner")
+                          && coder->find(functions.encoderInitializeInfo, "JxlEncoderInitBasicInfo")
+                          && coder->find(functions.encoderSetInfo, "JxlEncoderSetBasicInfo")
+                          && coder->find(functions.encoderSetLevel, "JxlEncoderSetCodestreamLevel")
+                          && coder->find(functions.makeSRGB, "JxlColorEncodingSetToSRGB")
+                          && coder->find(functions.encoderSetColors, "JxlEncoderSetColorEncoding")
+                          && coder->find(functions.encoderSetProfile, "JxlEncoderSetICCProfile")
+                          && coder->find(functions.encoderCreateSettings, "JxlEncoderFrameSettingsCreate")
+                          && coder->find(functions.encoderSetLossless, "JxlEncoderSetFrameLossless")
+                          && coder->find(functions.encoderSetDistance, "JxlEncoderSetFrameDistance")
+                          && coder->find(functions.encoderSetOption, "JxlEncoderFrameSettingsSetOption")
+                          && coder->find(functions.encoderAddFrame, "JxlEncoderAddImageFrame")
+                          && coder->find(functions.encoderUseBoxes, "JxlEncoderUseBoxes")
+                          && coder->find(functions.encoderAddBox, "JxlEncoderAddBox")
+                          && coder->find(functions.encoderCloseInput, "JxlEncoderCloseInput")
+                          && coder->find(functions.encoderProcess, "JxlEncoderProcessOutput")
+                          && threads->find(functions.run, "JxlThreadParallelRunner")
+                          && threads->find(functions.createRunner, "JxlThreadParallelRunnerCreate")
+                          && threads->find(functions.destroyRunner, "JxlThreadParallelRunnerDestroy");
     if (!complete)
         return missing;
-    return functions;
-}
-
-Result<EncoderFunctions> loadEncoder() {
-    const Failure missing{Reason::unsupported, "JPEG XL pictures need libjxl (package libjxl0.7)"};
-    const Result<DynamicLibrary> encoder = DynamicLibrary::open({"libjxl.so.0.7"});
-    const Result<DynamicLibrary> threads = DynamicLibrary::open({"libjxl_threads.so.0.7"});
-    if (!encoder || !threads)
-        return missing;
-    EncoderFunctions functions{};
-    const auto find = []<class F>(const DynamicLibrary& library, F*& function, const char* name) {
-        function = library.symbol<F>(name);
-        return function != nullptr;
-    };
-    const bool complete = find(*encoder, functions.create, "JxlEncoderCreate")
-                          && find(*encoder, functions.destroy, "JxlEncoderDestroy")
-                          && find(*encoder, functions.setRunner, "JxlEncoderSetParallelRunner")
-                          && find(*encoder, functions.initializeInfo, "JxlEncoderInitBasicInfo")
-                          && find(*encoder, functions.setInfo, "JxlEncoderSetBasicInfo")
-                          && find(*encoder, functions.setLevel, "JxlEncoderSetCodestreamLevel")
-                          && find(*encoder, functions.makeSRGB, "JxlColorEncodingSetToSRGB")
-                          && find(*encoder, functions.setColors, "JxlEncoderSetColorEncoding")
-                          && find(*encoder, functions.setProfile, "JxlEncoderSetICCProfile")
-                          && find(*encoder, functions.createSettings, "JxlEncoderFrameSettingsCreate")
-                          && find(*encoder, functions.setLossless, "JxlEncoderSetFrameLossless")
-                          && find(*encoder, functions.setDistance, "JxlEncoderSetFrameDistance")
-                          && find(*encoder, functions.setOption, "JxlEncoderFrameSettingsSetOption")
-                          && find(*encoder, functions.addFrame, "JxlEncoderAddImageFrame")
-                          && find(*encoder, functions.useBoxes, "JxlEncoderUseBoxes")
-                          && find(*encoder, functions.addBox, "JxlEncoderAddBox")
-                          && find(*encoder, functions.closeInput, "JxlEncoderCloseInput")
-                          && find(*encoder, functions.process, "JxlEncoderProcessOutput")
-                          && find(*threads, functions.run, "JxlThreadParallelRunner")
-                          && find(*threads, functions.createRunner, "JxlThreadParallelRunnerCreate")
-                          && find(*threads, functions.destroyRunner, "JxlThreadParallelRunnerDestroy");
-    if (!complete)
-        return missing;
-    return functions;
-}
-
-} // namespace
-
-const Result<EncoderFunctions>& installedEncoder() {
-    static const Result<EncoderFunctions> functions = loadEncoder();
     return functions;
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions();
+    static const Result<Functions> functions = loadFunctions({"libjxl.so.0.7"}, {"libjxl_threads.so.0.7"});
     return functions;
 }
 

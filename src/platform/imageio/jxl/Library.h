@@ -4,6 +4,7 @@
 
 #include "platform/host/Result.h"
 
+#include <initializer_list>
 #include <jxl/decode.h>
 #include <jxl/encode.h>
 #include <jxl/thread_parallel_runner.h>
@@ -12,6 +13,7 @@ namespace kestrine::jxl {
 
 /// The functions that are used.
 struct Functions {
+    // of the decoder
     decltype(&JxlDecoderCreate) create;
     decltype(&JxlDecoderDestroy) destroy;
     decltype(&JxlDecoderSubscribeEvents) subscribe;
@@ -29,41 +31,37 @@ struct Functions {
     decltype(&JxlDecoderGetBoxType) boxType;
     decltype(&JxlDecoderSetBoxBuffer) setBox;
     decltype(&JxlDecoderReleaseBoxBuffer) releaseBox;
-    decltype(&JxlThreadParallelRunner) run;
-    decltype(&JxlThreadParallelRunnerCreate) createRunner;
-    decltype(&JxlThreadParallelRunnerDestroy) destroyRunner;
-};
-
-/// The functions of the installed libraries; opened once. Fails with reason "unsupported" and names the
-/// package if one is missing. Any thread.
-const Result<Functions>& installedFunctions();
-
-/// The functions that the encoder uses.
-struct EncoderFunctions {
-    decltype(&JxlEncoderCreate) create;
-    decltype(&JxlEncoderDestroy) destroy;
-    decltype(&JxlEncoderSetParallelRunner) setRunner;
-    decltype(&JxlEncoderInitBasicInfo) initializeInfo;
-    decltype(&JxlEncoderSetBasicInfo) setInfo;
-    decltype(&JxlEncoderSetCodestreamLevel) setLevel;
+    // of the encoder
+    decltype(&JxlEncoderCreate) encoderCreate;
+    decltype(&JxlEncoderDestroy) encoderDestroy;
+    decltype(&JxlEncoderSetParallelRunner) encoderSetRunner;
+    decltype(&JxlEncoderInitBasicInfo) encoderInitializeInfo;
+    decltype(&JxlEncoderSetBasicInfo) encoderSetInfo;
+    decltype(&JxlEncoderSetCodestreamLevel) encoderSetLevel;
     decltype(&JxlColorEncodingSetToSRGB) makeSRGB;
-    decltype(&JxlEncoderSetColorEncoding) setColors;
-    decltype(&JxlEncoderSetICCProfile) setProfile;
-    decltype(&JxlEncoderFrameSettingsCreate) createSettings;
-    decltype(&JxlEncoderSetFrameLossless) setLossless;
-    decltype(&JxlEncoderSetFrameDistance) setDistance;
-    decltype(&JxlEncoderFrameSettingsSetOption) setOption;
-    decltype(&JxlEncoderAddImageFrame) addFrame;
-    decltype(&JxlEncoderUseBoxes) useBoxes;
-    decltype(&JxlEncoderAddBox) addBox;
-    decltype(&JxlEncoderCloseInput) closeInput;
-    decltype(&JxlEncoderProcessOutput) process;
+    decltype(&JxlEncoderSetColorEncoding) encoderSetColors;
+    decltype(&JxlEncoderSetICCProfile) encoderSetProfile;
+    decltype(&JxlEncoderFrameSettingsCreate) encoderCreateSettings;
+    decltype(&JxlEncoderSetFrameLossless) encoderSetLossless;
+    decltype(&JxlEncoderSetFrameDistance) encoderSetDistance;
+    decltype(&JxlEncoderFrameSettingsSetOption) encoderSetOption;
+    decltype(&JxlEncoderAddImageFrame) encoderAddFrame;
+    decltype(&JxlEncoderUseBoxes) encoderUseBoxes;
+    decltype(&JxlEncoderAddBox) encoderAddBox;
+    decltype(&JxlEncoderCloseInput) encoderCloseInput;
+    decltype(&JxlEncoderProcessOutput) encoderProcess;
+    // of the threads
     decltype(&JxlThreadParallelRunner) run;
     decltype(&JxlThreadParallelRunnerCreate) createRunner;
     decltype(&JxlThreadParallelRunnerDestroy) destroyRunner;
 };
 
-/// Those of the installed libraries; opened once. Fails like installedFunctions(). Any thread.
-const Result<EncoderFunctions>& installedEncoder();
+/// The functions of the first of these libraries that exist. Fails with reason "unsupported" and names the
+/// package if one is missing.
+Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
+                                std::initializer_list<const char*> threadPools);
+
+/// The functions of the installed libraries; opened once. Any thread.
+const Result<Functions>& installedFunctions();
 
 } // namespace kestrine::jxl

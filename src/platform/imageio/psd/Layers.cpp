@@ -31,7 +31,7 @@ void readCount(ForwardReader& input, LayerSummary& summary) {
     summary.hasMergedAlpha = summary.hasMergedAlpha || count < 0;
 }
 
-/// Reads the block at the current position and moves behind it; false if there is none.
+/// Reads the block at the current position and moves to its end. Returns false if there is no block.
 bool readBlock(ForwardReader& input, std::uint64_t end, bool isLarge, LayerSummary& summary) {
     const std::optional<std::uint64_t> mark = readNumber(input, 4), key = readNumber(input, 4);
     if (!key || (*mark != signature("8BIM") && *mark != signature("8B64")))

@@ -34,30 +34,32 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> libraries) {
     if (!library)
         return Failure{Reason::unsupported, missing};
     Functions functions{};
-    const auto find = [&]<class F>(F*& function, const char* name) {
-        function = library->symbol<F>(name);
-        return function != nullptr;
-    };
     const bool complete =
-        find(functions.allocateOptions, "TIFFOpenOptionsAlloc")
-        && find(functions.freeOptions, "TIFFOpenOptionsFree")
-        && find(functions.setMaximumAllocation, "TIFFOpenOptionsSetMaxSingleMemAlloc")
-        && find(functions.setErrorHandler, "TIFFOpenOptionsSetErrorHandlerExtR")
-        && find(functions.setWarningHandler, "TIFFOpenOptionsSetWarningHandlerExtR")
-        && find(functions.clientOpen, "TIFFClientOpenExt") && find(functions.close, "TIFFClose")
-        && find(functions.setDirectory, "TIFFSetSubDirectory") && find(functions.getField, "TIFFGetField")
-        && find(functions.getFieldDefaulted, "TIFFGetFieldDefaulted")
-        && find(functions.setField, "TIFFSetField")
-        && find(functions.isCodecConfigured, "TIFFIsCODECConfigured")
-        && find(functions.isTiled, "TIFFIsTiled") && find(functions.scanlineSize, "TIFFScanlineSize64")
-        && find(functions.stripSize, "TIFFStripSize64") && find(functions.tileSize, "TIFFTileSize64")
-        && find(functions.tileRowSize, "TIFFTileRowSize64")
-        && find(functions.computeStrip, "TIFFComputeStrip") && find(functions.computeTile, "TIFFComputeTile")
-        && find(functions.readScanline, "TIFFReadScanline")
-        && find(functions.readEncodedStrip, "TIFFReadEncodedStrip")
-        && find(functions.readEncodedTile, "TIFFReadEncodedTile")
-        && find(functions.canRender, "TIFFRGBAImageOK") && find(functions.renderStrip, "TIFFReadRGBAStripExt")
-        && find(functions.renderTile, "TIFFReadRGBATileExt");
+        library->find(functions.allocateOptions, "TIFFOpenOptionsAlloc")
+        && library->find(functions.freeOptions, "TIFFOpenOptionsFree")
+        && library->find(functions.setMaximumAllocation, "TIFFOpenOptionsSetMaxSingleMemAlloc")
+        && library->find(functions.setErrorHandler, "TIFFOpenOptionsSetErrorHandlerExtR")
+        && library->find(functions.setWarningHandler, "TIFFOpenOptionsSetWarningHandlerExtR")
+        && library->find(functions.clientOpen, "TIFFClientOpenExt")
+        && library->find(functions.close, "TIFFClose")
+        && library->find(functions.setDirectory, "TIFFSetSubDirectory")
+        && library->find(functions.getField, "TIFFGetField")
+        && library->find(functions.getFieldDefaulted, "TIFFGetFieldDefaulted")
+        && library->find(functions.setField, "TIFFSetField")
+        && library->find(functions.isCodecConfigured, "TIFFIsCODECConfigured")
+        && library->find(functions.isTiled, "TIFFIsTiled")
+        && library->find(functions.scanlineSize, "TIFFScanlineSize64")
+        && library->find(functions.stripSize, "TIFFStripSize64")
+        && library->find(functions.tileSize, "TIFFTileSize64")
+        && library->find(functions.tileRowSize, "TIFFTileRowSize64")
+        && library->find(functions.computeStrip, "TIFFComputeStrip")
+        && library->find(functions.computeTile, "TIFFComputeTile")
+        && library->find(functions.readScanline, "TIFFReadScanline")
+        && library->find(functions.readEncodedStrip, "TIFFReadEncodedStrip")
+        && library->find(functions.readEncodedTile, "TIFFReadEncodedTile")
+        && library->find(functions.canRender, "TIFFRGBAImageOK")
+        && library->find(functions.renderStrip, "TIFFReadRGBAStripExt")
+        && library->find(functions.renderTile, "TIFFReadRGBATileExt");
     if (!complete)
         return Failure{Reason::unsupported, missing};
     return functions;

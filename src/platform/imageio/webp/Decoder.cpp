@@ -1,8 +1,8 @@
 // Reads WebP files with libwebp: lossy and lossless, with or without alpha, and the first frame of animations
 // on its canvas. The file and the picture are held in memory because the library cannot stream them.
 
-#include "platform/coregraphics/PixelBuffer.h"
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/WholePicture.h"
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/webp/Library.h"
 
@@ -85,27 +85,6 @@ private:
     bool hasFrame_ = false;
 };
 
-class Rows final : public RowSource {
-public:
-    Rows(const Functions& library, std::shared_ptr<const Bytes> file, const RowFormat& format)
-        : RowSource(format), library_(library), file_(std::move(file)) {}
-
-    Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (y_ == 0) {
-            canvas_ = PixelBuffer(format());
-            TRY(File(library_, *file_).decodeFirstFrame(canvas_));
-        }
-        std::ranges::copy(canvas_.row(y_++), row.begin());
-        return {};
-    }
-
-private:
-    const Functions& library_;
-    const std::shared_ptr<const Bytes> file_;
-    PixelBuffer canvas_;
-    std::uint32_t y_ = 0;
-};
-
 /// The EXIF chunk from the TIFF header on. Some writers put the signature of a JPEG segment before it.
 Bytes exifBlock(const File& file) {
     constexpr std::string_view segmentMark("Exif\0\0", 6);
@@ -138,7 +117,13 @@ public:
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        return RowSourcePointer(std::make_unique<Rows>(library_, bytes_, frames_.front().format));
+        const RowFormat format = frames_.front().format;
+        return rowsOfWholePicture(format,
+                                  [library = &library_, bytes = bytes_, format]() -> Result<PixelBuffer> {
+                                      PixelBuffer canvas(format);
+                                      TRY(File(*library, *bytes).decodeFirstFrame(canvas));
+                                      return canvas;
+                                  });
     }
 
     Result<Bytes> exif() const override { return exif_; }
@@ -176,9 +161,6 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec{"WebP", recognises, open, [] {
-                           (void)installedFunctions();
-                           (void)installedEncoder();
-                       }};
+const ImageCodec codec{"WebP", recognises, open, [] { (void)installedFunctions(); }};
 
 } // namespace kestrine::webp

@@ -19,9 +19,7 @@ constexpr int losslessLevel = 6; // of 0 to 9, the library's own default
 /// A picture and the file that is made of it, freed together.
 class Encoding {
 public:
-    explicit Encoding(const EncoderFunctions& library) : library_(library) {
-        library.initializeWriter(&writer_);
-    }
+    explicit Encoding(const Functions& library) : library_(library) { library.initializeWriter(&writer_); }
     ~Encoding() {
         library_.freePicture(&picture_);
         library_.freeWriter(&writer_);
@@ -46,12 +44,12 @@ public:
     ByteView file() const { return {writer_.mem, writer_.size}; }
 
 private:
-    const EncoderFunctions& library_;
+    const Functions& library_;
     WebPPicture picture_{};
     WebPMemoryWriter writer_{};
 };
 
-Result<WebPConfig> configurationFor(const EncoderFunctions& library, const EncodingOptions& options,
+Result<WebPConfig> configurationFor(const Functions& library, const EncodingOptions& options,
                                     const RowFormat& format) {
     WebPConfig configuration{};
     const auto quality = static_cast<float>(std::clamp(options.quality, 0.0, 1.0) * 100);
@@ -68,7 +66,7 @@ Result<WebPConfig> configurationFor(const EncoderFunctions& library, const Encod
 } // namespace
 
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
-    const Result<EncoderFunctions>& library = installedEncoder();
+    const Result<Functions>& library = installedFunctions();
     if (!library)
         return library.failure();
     const RowFormat format = rows.format();

@@ -3,65 +3,37 @@
 
 namespace kestrine::webp {
 
-Result<Functions> loadFunctions(std::initializer_list<const char*> decoders,
+Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
                                 std::initializer_list<const char*> demuxers) {
     const Failure missing{
         Reason::unsupported,
         "WebP pictures need libwebp and libwebpdemux (packages libwebp7 and libwebpdemux2)"};
-    const Result<DynamicLibrary> decoder = DynamicLibrary::open(decoders);
+    const Result<DynamicLibrary> coder = DynamicLibrary::open(coders);
     const Result<DynamicLibrary> demuxer = DynamicLibrary::open(demuxers);
-    if (!decoder || !demuxer)
+    if (!coder || !demuxer)
         return missing;
     Functions functions{};
-    const auto find = []<class F>(const DynamicLibrary& library, F*& function, const char* name) {
-        function = library.symbol<F>(name);
-        return function != nullptr;
-    };
-    const bool complete = find(*decoder, functions.decodeRGB, "WebPDecodeRGBInto")
-                          && find(*decoder, functions.decodeRGBA, "WebPDecodeRGBAInto")
-                          && find(*demuxer, functions.openFile, "WebPDemuxInternal")
-                          && find(*demuxer, functions.closeFile, "WebPDemuxDelete")
-                          && find(*demuxer, functions.number, "WebPDemuxGetI")
-                          && find(*demuxer, functions.frame, "WebPDemuxGetFrame")
-                          && find(*demuxer, functions.releaseFrame, "WebPDemuxReleaseIterator")
-                          && find(*demuxer, functions.chunk, "WebPDemuxGetChunk")
-                          && find(*demuxer, functions.releaseChunk, "WebPDemuxReleaseChunkIterator");
+    const bool complete = coder->find(functions.decodeRGB, "WebPDecodeRGBInto")
+                          && coder->find(functions.decodeRGBA, "WebPDecodeRGBAInto")
+                          && demuxer->find(functions.openFile, "WebPDemuxInternal")
+                          && demuxer->find(functions.closeFile, "WebPDemuxDelete")
+                          && demuxer->find(functions.number, "WebPDemuxGetI")
+                          && demuxer->find(functions.frame, "WebPDemuxGetFrame")
+                          && demuxer->find(functions.releaseFrame, "WebPDemuxReleaseIterator")
+                          && demuxer->find(functions.chunk, "WebPDemuxGetChunk")
+                          && demuxer->find(functions.releaseChunk, "WebPDemuxReleaseChunkIterator")
+                          && coder->find(functions.configure, "WebPConfigInitInternal")
+                          && coder->find(functions.configureLossless, "WebPConfigLosslessPreset")
+                          && coder->find(functions.initializePicture, "WebPPictureInitInternal")
+                          && coder->find(functions.importRGB, "WebPPictureImportRGB")
+                          && coder->find(functions.importRGBA, "WebPPictureImportRGBA")
+                          && coder->find(functions.freePicture, "WebPPictureFree")
+                          && coder->find(functions.initializeWriter, "WebPMemoryWriterInit")
+                          && coder->find(functions.write, "WebPMemoryWrite")
+                          && coder->find(functions.freeWriter, "WebPMemoryWriterClear")
+                          && coder->find(functions.encode, "WebPEncode");
     if (!complete)
         return missing;
-    return functions;
-}
-
-namespace {
-
-Result<EncoderFunctions> loadEncoder() {
-    const Failure missing{Reason::unsupported, "WebP pictures need libwebp (package libwebp7)"};
-    const Result<DynamicLibrary> library = DynamicLibrary::open({"libwebp.so.7"});
-    if (!library)
-        return missing;
-    EncoderFunctions functions{};
-    const auto find = [&library]<class F>(F*& function, const char* name) {
-        function = library->symbol<F>(name);
-        return function != nullptr;
-    };
-    const bool complete = find(functions.configure, "WebPConfigInitInternal")
-                          && find(functions.configureLossless, "WebPConfigLosslessPreset")
-                          && find(functions.initializePicture, "WebPPictureInitInternal")
-                          && find(functions.importRGB, "WebPPictureImportRGB")
-                          && find(functions.importRGBA, "WebPPictureImportRGBA")
-                          && find(functions.freePicture, "WebPPictureFree")
-                          && find(functions.initializeWriter, "WebPMemoryWriterInit")
-                          && find(functions.write, "WebPMemoryWrite")
-                          && find(functions.freeWriter, "WebPMemoryWriterClear")
-                          && find(functions.encode, "WebPEncode");
-    if (!complete)
-        return missing;
-    return functions;
-}
-
-} // namespace
-
-const Result<EncoderFunctions>& installedEncoder() {
-    static const Result<EncoderFunctions> functions = loadEncoder();
     return functions;
 }
 

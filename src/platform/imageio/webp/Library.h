@@ -13,6 +13,7 @@ namespace kestrine::webp {
 
 /// The functions that are used.
 struct Functions {
+    // of the decoder
     decltype(&WebPDecodeRGBInto) decodeRGB;
     decltype(&WebPDecodeRGBAInto) decodeRGBA;
     decltype(&WebPDemuxInternal) openFile;
@@ -22,18 +23,7 @@ struct Functions {
     decltype(&WebPDemuxReleaseIterator) releaseFrame;
     decltype(&WebPDemuxGetChunk) chunk;
     decltype(&WebPDemuxReleaseChunkIterator) releaseChunk;
-};
-
-/// The functions of the first library of each list that exists. Fails with reason "unsupported" and names the
-/// packages if one is missing.
-Result<Functions> loadFunctions(std::initializer_list<const char*> decoders,
-                                std::initializer_list<const char*> demuxers);
-
-/// The functions of the installed libraries; opened once. Any thread.
-const Result<Functions>& installedFunctions();
-
-/// The functions that the encoder uses.
-struct EncoderFunctions {
+    // of the encoder
     decltype(&WebPConfigInitInternal) configure;
     decltype(&WebPConfigLosslessPreset) configureLossless;
     decltype(&WebPPictureInitInternal) initializePicture;
@@ -46,7 +36,12 @@ struct EncoderFunctions {
     decltype(&WebPEncode) encode;
 };
 
-/// Those of the installed library; opened once. Fails with reason "unsupported" if it is missing. Any thread.
-const Result<EncoderFunctions>& installedEncoder();
+/// The functions of the first library of each list that exists. Fails with reason "unsupported" and names the
+/// packages if one is missing.
+Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
+                                std::initializer_list<const char*> demuxers);
+
+/// The functions of the installed libraries; opened once. Any thread.
+const Result<Functions>& installedFunctions();
 
 } // namespace kestrine::webp

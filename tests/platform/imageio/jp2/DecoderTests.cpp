@@ -1,5 +1,6 @@
 #include "platform/imageio/LocalSource.h"
 #include "platform/imageio/Render.h"
+#include "platform/imageio/jp2/Library.h"
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/jp2/JP2Recipe.h"
 #include "tests/support/Pictures.h"
@@ -96,6 +97,13 @@ TEST(JP2Decoder, aFileCutOffAnywhereIsRefused) {
         EXPECT_TRUE(
             failsToDecode(jp2::codec, Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size))))
             << size;
+}
+
+TEST(JP2Decoder, aMissingLibraryIsReportedWithItsPackage) {
+    const Result<jp2::Functions> functions = jp2::loadFunctions({"libm.so.6"});
+    ASSERT_FALSE(functions.ok());
+    EXPECT_EQ(functions.failure().reason, Reason::unsupported);
+    EXPECT_NE(functions.failure().text.find("libopenjp2-7"), std::string::npos);
 }
 
 } // namespace kestrine::testing

@@ -1,3 +1,4 @@
+#include "platform/imageio/jxl/Library.h"
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/jxl/JXLRecipe.h"
 #include "tests/support/Pictures.h"
@@ -115,6 +116,13 @@ TEST(JXLDecoder, aFileCutOffAnywhereIsRefused) {
         EXPECT_TRUE(
             failsToDecode(jxl::codec, Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size))))
             << size;
+}
+
+TEST(JXLDecoder, aMissingLibraryIsReportedWithItsPackage) {
+    const Result<jxl::Functions> functions = jxl::loadFunctions({"libjxl.so.0"}, {"libjxl_threads.so.0.7"});
+    ASSERT_FALSE(functions.ok());
+    EXPECT_EQ(functions.failure().reason, Reason::unsupported);
+    EXPECT_NE(functions.failure().text.find("libjxl0.7"), std::string::npos);
 }
 
 } // namespace kestrine::testing
