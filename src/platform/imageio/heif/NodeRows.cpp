@@ -1,9 +1,9 @@
 #include "platform/imageio/heif/NodeRows.h"
 
+#include "platform/coregraphics/Premultiplication.h"
 #include "platform/coregraphics/Resampler.h"
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
-#include "platform/imageio/AlphaDivision.h"
 #include "platform/imageio/heif/PlanesToPixels.h"
 
 #include <algorithm>
@@ -205,6 +205,8 @@ public:
         else
             add(reinterpret_cast<const std::uint16_t*>(alphaRow_.data()),
                 reinterpret_cast<std::uint16_t*>(row.data()));
+        if (isPremultiplied_)
+            undoPremultiplication(format(), row);
         return {};
     }
 
@@ -214,8 +216,6 @@ private:
         const std::size_t channels = format().channels();
         for (std::size_t x = 0; x < format().width; ++x)
             pixels[(x + 1) * channels - 1] = alpha[x];
-        if (isPremultiplied_)
-            divideByAlpha(std::span(pixels, format().samplesPerRow()), channels);
     }
 
     const RowSourcePointer colors_, alpha_;

@@ -1,6 +1,6 @@
 // Reads TGA files row by row: colours, greys and indices, plain or run-length coded, stored from any corner.
 
-#include "platform/imageio/AlphaDivision.h"
+#include "platform/coregraphics/Premultiplication.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/InvisiblePicture.h"
 #include "platform/imageio/tga/StoredRows.h"
@@ -29,7 +29,7 @@ public:
         if (header_->isRightToLeft)
             mirror(row);
         if (header_->alpha == Alpha::premultiplied)
-            divideByAlpha(row, format().channels());
+            undoPremultiplication(format(), row);
         return {};
     }
 
