@@ -54,7 +54,7 @@ void addBox(std::vector<GivenSize>& given, const char* option, Rule rule,
             const std::optional<std::string>& word) {
     if (!word)
         return;
-    const Box box = *boxIn(*word);
+    const PixelBox box = *boxIn(*word);
     given.push_back({option, {{.rule = rule, .width = double(box.width), .height = double(box.height)}}});
 }
 

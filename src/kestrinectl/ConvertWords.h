@@ -21,14 +21,14 @@ Result<std::vector<std::uint32_t>> lengthsIn(const std::string& word);
 /// Percentages: "50" or "25,12.5".
 Result<std::vector<double>> percentagesIn(const std::string& word);
 
-struct Box {
+struct PixelBox {
     std::uint32_t width, height;
 
-    bool operator==(const Box&) const = default;
+    bool operator==(const PixelBox&) const = default;
 };
 
 /// Width and height in pixels: "1200x800".
-Result<Box> boxIn(const std::string& word);
+Result<PixelBox> boxIn(const std::string& word);
 
 /// A point of the compass, or "center".
 Result<Gravity> gravityNamed(const std::string& word);

@@ -161,11 +161,8 @@ const OutputFormat* formatOf(const FormatRule& rule, const ImagePointer& image) 
     if (rule.choice != FormatRule::Choice::ofSource || image == nullptr)
         return namedFormat(rule);
     const Picture& picture = image->bestRepresentation()->picture();
-    const ImageCodec* codec = picture.source->codec();
-    const auto own =
-        std::ranges::find(outputFormats(), codec == nullptr ? "" : codec->name, &OutputFormat::title);
-    if (own != outputFormats().end())
-        return &*own;
+    if (const OutputFormat* own = formatOf(picture.source->codec()))
+        return own;
     return &outputFormat(picture.format().hasAlpha ? FileType::png : FileType::jpeg);
 }
 

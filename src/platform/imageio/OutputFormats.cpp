@@ -90,6 +90,12 @@ const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFor
     return found == formats.end() ? nullptr : &*found;
 }
 
+const OutputFormat* formatOf(const ImageCodec* codec) {
+    const auto found =
+        std::ranges::find(outputFormats(), codec == nullptr ? "" : codec->name, &OutputFormat::title);
+    return found == outputFormats().end() ? nullptr : &*found;
+}
+
 const OutputFormat* outputFormatNumbered(std::int32_t number) {
     const bool isKnown = number >= 0 && number < std::ssize(presetFormats());
     return isKnown ? &outputFormatTable[static_cast<std::size_t>(number)] : nullptr;

@@ -43,6 +43,9 @@ std::span<const OutputFormat> presetFormats();
 /// The one of `formats` with that name; null if there is none.
 const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFormat> formats);
 
+/// The one that files of this codec have; null if it is not written, or if `codec` is null.
+const OutputFormat* formatOf(const ImageCodec* codec);
+
 /// The one of presetFormats() with that number; null if there is none.
 const OutputFormat* outputFormatNumbered(std::int32_t number);
 

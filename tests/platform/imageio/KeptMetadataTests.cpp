@@ -67,6 +67,22 @@ TEST(KeptMetadata, otherSegmentsAndChunksAreMore) {
               "none rights exif camera all ");
 }
 
+TEST(KeptMetadata, whatFollowsThePictureIsMore) {
+    Bytes jpeg = *jpeg::encode(*photo(), {.quality = 0.9}), png = *png::encode(*photo(), {});
+    jpeg.push_back(0);
+    png.push_back(0);
+    EXPECT_EQ(selectionsFor(jpeg), "all ");
+    EXPECT_EQ(selectionsFor(png), "all ");
+}
+
+TEST(KeptMetadata, segmentsBetweenScansAreMore) {
+    const Bytes file = *jpeg::encode(*photo(), {.quality = 0.9, .isProgressive = true});
+    EXPECT_EQ(selectionsFor(file), "none rights exif camera all ");
+    const Bytes startOfScan{0xff, 0xda};
+    const auto last = std::ranges::find_end(file, startOfScan).begin();
+    EXPECT_EQ(selectionsFor(withInserted(file, last - file.begin(), {0xff, 0xfe, 0, 4, 'x', 'y'})), "all ");
+}
+
 TEST(KeptMetadata, filesOfOtherFormatsAreTakenToHoldMore) {
     EXPECT_EQ(selectionsFor(*tiff::encode(*photo(), {})), "all ");
 }

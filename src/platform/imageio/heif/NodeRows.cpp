@@ -223,31 +223,24 @@ private:
     Bytes alphaRow_;
 };
 
-/// Cuts and mirrors the rows.
-class PlacedRows final : public RowSource {
+/// A part of the rows.
+class CutRows final : public RowSource {
 public:
-    PlacedRows(RowSourcePointer input, const Placement& placement)
-        : RowSource(sized(input->format(), placement.area().size)), input_(std::move(input)),
-          area_(placement.area()), isMirrored_(placement.isMirrored()), row_(input_->format().bytesPerRow()) {
-    }
+    CutRows(RowSourcePointer input, const Area& area)
+        : RowSource(sized(input->format(), area.size)), input_(std::move(input)), area_(area),
+          row_(input_->format().bytesPerRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         for (; skipped_ < area_.top; ++skipped_)
             TRY(input_->readRow(row_));
         TRY(input_->readRow(row_));
-        const std::size_t pixel = format().bytesPerPixel();
-        const std::uint8_t* const from = row_.data() + area_.left * pixel;
-        if (!isMirrored_)
-            std::memcpy(row.data(), from, row.size());
-        for (std::size_t x = 0; isMirrored_ && x < format().width; ++x)
-            std::memcpy(row.data() + x * pixel, from + (format().width - 1 - x) * pixel, pixel);
+        std::memcpy(row.data(), row_.data() + area_.left * format().bytesPerPixel(), row.size());
         return {};
     }
 
 private:
     const RowSourcePointer input_;
     const Area area_;
-    const bool isMirrored_;
     Bytes row_;
     std::uint32_t skipped_ = 0;
 };
@@ -292,7 +285,8 @@ RowSourcePointer rowsBeforeTurn(const PictureNodePointer& node, const Decoding& 
     }
     if (node->placement.keepsRowsOf(node->size))
         return rows;
-    return std::make_unique<PlacedRows>(std::move(rows), node->placement);
+    rows = std::make_unique<CutRows>(std::move(rows), node->placement.area());
+    return node->placement.isMirrored() ? mirroredRows(std::move(rows)) : std::move(rows);
 }
 
 RowSourcePointer rowsOfNode(const PictureNodePointer& node, const Decoding& decoding, const Share& share) {

@@ -57,6 +57,7 @@ Result<WebPConfig> configurationFor(const Functions& library, const EncodingOpti
         library.configure(&configuration, WEBP_PRESET_DEFAULT, quality, WEBP_ENCODER_ABI_VERSION) != 0;
     if (options.isLossless)
         isSound = isSound && library.configureLossless(&configuration, losslessLevel) != 0;
+    configuration.exact = options.isLossless ? 1 : 0;               // keeps the colours of transparent pixels
     configuration.thread_level = usefulThreads(format) > 1 ? 1 : 0; // does not change the bytes
     if (!isSound)
         return Failure{Reason::unsupported, "the WebP encoder cannot be set up"};

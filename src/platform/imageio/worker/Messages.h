@@ -92,7 +92,7 @@ struct Response {
 
 /// The longest text of a failure; longer ones are cut off.
 inline constexpr std::size_t maxFailureText = 500;
-/// How many steps a picture may have. The tools use five at most.
+/// How many steps a picture may have. The tools use fewer than ten.
 inline constexpr std::size_t maxSteps = 10'000;
 
 Bytes bytesOf(const Request& request);
