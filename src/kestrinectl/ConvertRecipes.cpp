@@ -91,12 +91,15 @@ std::vector<PixelSize> sizesOf(const ConvertOptions& options) {
                            + " contradict each other: both give a size");
     if (given.empty())
         return {};
-    for (PixelSize& size : given.front().sizes) {
+    std::vector<PixelSize>& sizes = given.front().sizes;
+    for (PixelSize& size : sizes) {
         size.gravity = options.gravity ? *gravityNamed(*options.gravity) : Gravity{};
         if (options.pad)
             size.padding = *colorIn(*options.pad);
     }
-    return given.front().sizes;
+    for (auto size = sizes.begin(); size != sizes.end(); ++size)
+        sizes.erase(std::remove(size + 1, sizes.end(), *size), sizes.end());
+    return sizes;
 }
 
 ConversionRecipe recipeWithoutSet() {
@@ -169,6 +172,9 @@ void checkPlaces(const ConvertOptions& options, bool hasSets) {
     if (options.replaces && (options.out || options.name))
         throw WrongOptions(std::string("--replace and ") + (options.out ? "--out" : "--name")
                            + " contradict each other: both give the results a place");
+    if (options.out == "-")
+        throw WrongOptions("--out takes a folder; the argument - writes to standard output, and ./- is a folder "
+                           "of that name");
     if (!hasSets && !options.replaces && !options.out && !options.name)
         throw WrongOptions("the results need a place: give --out FOLDER, --name TEMPLATE or --replace");
 }

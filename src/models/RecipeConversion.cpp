@@ -2,6 +2,7 @@
 
 #include "_MyClasses/Category/ImageUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
+#include "platform/host/FailureCollector.h"
 
 #include <algorithm>
 
@@ -208,6 +209,11 @@ std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const Con
                                             const PictureFile& file) {
     if (plan.image == nullptr || plan.format == nullptr)
         return nullptr;
+    if (recipe.isLossless && plan.format->hasQuality && !plan.format->hasLossless) {
+        noteFailure({Reason::unsupported, "a " + std::string(plan.format->title)
+                                              + " cannot be lossless; choose another format"});
+        return nullptr;
+    }
     std::vector<NSString> names = {NSImageColorSyncProfileData};
     if (recipe.exif && plan.format->holdsExif)
         names.push_back(NSImageEXIFData);

@@ -163,6 +163,25 @@ class Formats(ConvertByOptions):
         self.assertEqual(self.refused("--format", "png", "--lossless", "--out", "out"), "--lossless has no effect on PNG")
         self.assertEqual(self.refused("--format", "webp", "--progressive", "--out", "out"),
                          "--progressive has no effect on WebP")
+        self.assertEqual(self.refused("--longest", "30", "--longest", "40", "--out", "out"), "--longest is given more than once")
+        self.assertIn("--out takes a folder", self.refused("--longest", "30", "--out", "-"))
+
+    def test_a_jpeg_stays_lossy_only_if_that_is_accepted(self):
+        self.picture("b.jpg", 60, 40)
+        done = self.convert("--lossless", "--longest", "30", "--out", "out", "b.jpg", status=1)
+        self.assertIn(b"b.jpg: a JPEG cannot be lossless; choose another format", done.stderr)
+
+    def test_equal_sizes_give_one_result(self):
+        self.convert("--longest", "30,30", "--format", "png", "--out", "out", "a.png")
+        self.assertEqual(set(self.tree("out")), {"a.png"})
+
+    def test_lossless_webp_keeps_the_colours_of_transparent_pixels(self):
+        pixels = numpy.array(Image.open(self.folder / "a.png").convert("RGBA"))
+        pixels[:, ::2, 3] = 0
+        Image.fromarray(pixels).save(self.folder / "clear.png")
+        self.convert("--format", "webp", "--lossless", "--name", "clear.webp", "clear.png")
+        made = numpy.asarray(Image.open(self.folder / "clear.webp"))
+        numpy.testing.assert_array_equal(made, pixels)
 
 
 class Places(ConvertByOptions):
@@ -513,6 +532,18 @@ class Inputs(ConvertByOptions):
         self.assertEqual(self.convert("-q", "a.png", "lying.png").stdout, b"")
         done = self.convert("-q", "a.png", "absent.png", status=1)
         self.assertEqual((done.stdout, len(done.stderr.splitlines())), (b"", 2))
+
+    def test_a_list_may_be_a_pipe(self):
+        reading, writing = os.pipe()
+        os.write(writing, b"a.png\n")
+        os.close(writing)
+        self.assertEqual(self.sources("--files-from", f"/dev/fd/{reading}", pass_fds=(reading,)), [b"a.png"])
+        os.close(reading)
+
+    def test_zero_bytes_in_a_list_must_be_asked_for(self):
+        done = self.kestrinectl("convert", "--percent", "50", "--out", "x", "--files-from", "-", input=b"za/a.png\0zb/a.png\0")
+        self.assertEqual((done.returncode, done.stdout), (2, b""))
+        self.assertIn(b"--null", done.stderr)
 
     def test_a_list_that_cannot_be_read_is_an_error(self):
         self.assertIn(b"No such file", self.convert("--percent", "50", "--out", "x", "--files-from", "absent", status=1).stderr)

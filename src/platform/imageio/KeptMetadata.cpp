@@ -15,7 +15,7 @@ namespace {
 
 /// The answer is one byte of these.
 constexpr std::uint8_t hasOther = 1, hasExif = 2;
-/// EXIF that this selection keeps as it is.
+/// EXIF of which this selection keeps everything.
 constexpr std::uint8_t isKeptBy(ExifSelection selection) {
     return static_cast<std::uint8_t>(4U << static_cast<unsigned>(selection));
 }
@@ -122,12 +122,11 @@ Result<Bytes> metadataOf(const std::shared_ptr<const ByteReader>& file) {
     const ImageCodec* codec = TRY(knownCodecFor(*file));
     const std::unique_ptr<ImageDecoder> decoder = TRY(openImage(file, *codec));
     const Bytes exif = TRY(decoder->exif());
-    const RowFormat& format = decoder->frames().front().format;
     std::uint8_t found = hasOtherIn(file, *codec) ? hasOther : 0;
     if (!exif.empty())
         found |= hasExif;
     for (const ExifSelection selection : allSelections)
-        if (carriedExif(exif, format.width, format.height, false, selection) == exif)
+        if (keepsWholeExif(exif, selection))
             found |= isKeptBy(selection);
     return Bytes{found};
 }
