@@ -165,6 +165,16 @@ Result<std::optional<ExifSelection>> metadataNamed(const std::string& word) {
     return malformed("must be none, rights, exif or all");
 }
 
+Result<Effort> effortNamed(const std::string& word) {
+    if (word == "fast")
+        return Effort::fast;
+    if (word == "normal")
+        return Effort::normal;
+    if (word == "max")
+        return Effort::max;
+    return malformed("must be fast, normal or max");
+}
+
 Result<TimesRule> timesNamed(const std::string& word) {
     if (word == "keep")
         return TimesRule::keep;

@@ -45,6 +45,7 @@ Result<std::uint64_t> bytesIn(const std::string& word);
 /// What is kept of the EXIF data; nullopt for "none".
 Result<std::optional<ExifSelection>> metadataNamed(const std::string& word);
 
+Result<Effort> effortNamed(const std::string& word);
 Result<TimesRule> timesNamed(const std::string& word);
 
 /// Whether the result is to be in sRGB.

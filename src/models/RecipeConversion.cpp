@@ -210,8 +210,8 @@ std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const Con
     if (plan.image == nullptr || plan.format == nullptr)
         return nullptr;
     if (recipe.isLossless && plan.format->hasQuality && !plan.format->hasLossless) {
-        noteFailure({Reason::unsupported, "a " + std::string(plan.format->title)
-                                              + " cannot be lossless; choose another format"});
+        noteFailure({Reason::unsupported,
+                     "a " + std::string(plan.format->title) + " cannot be lossless; choose another format"});
         return nullptr;
     }
     std::vector<NSString> names = {NSImageColorSyncProfileData};
@@ -219,7 +219,7 @@ std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const Con
         names.push_back(NSImageEXIFData);
     return myUtility::representationInFormat(*plan.image, plan.format->type, recipe.quality, file, names,
                                              {recipe.exif.value_or(ExifSelection::camera), recipe.maxBytes,
-                                              recipe.isLossless, recipe.isProgressive});
+                                              recipe.isLossless, recipe.isProgressive, recipe.effort});
 }
 
 NSString resultName(const NSString& path, const OutputFormat* format, bool keepsExtension) {

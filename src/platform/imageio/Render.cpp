@@ -214,7 +214,9 @@ std::uint64_t bytesToEncode(const Picture& picture, const Output& output, bool i
     const OutputFormat& file = outputFormat(output.type);
     constexpr std::uint64_t bytesOfCoefficients = 3 * 2; // of a JPEG without subsampling
     const std::uint64_t perPixel =
-        file.hasProgressive && output.options.isProgressive ? bytesOfCoefficients : file.heldBytesPerPixel;
+        file.hasProgressive && output.options.isProgressive
+            ? bytesOfCoefficients
+            : file.heldBytesPerPixel[static_cast<std::size_t>(output.options.effort)];
     return bytesToHold(picture, file.holds16Bits, isDecoded, output.maxBytes != 0)
            + perPixel * picture.format().pixels();
 }

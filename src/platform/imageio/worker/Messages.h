@@ -22,6 +22,7 @@ struct OutputOrder {
     double quality = 0;
     bool isLossless = false;
     bool isProgressive = false;
+    Effort effort = Effort::normal;
     bool ditherTransparency = false;
     Resolution resolution;
     std::optional<ColorModel> profileModel; ///< of `profile`; nullopt if there is none

@@ -125,6 +125,7 @@ Result<Bytes> Service::carryOut(const RenderFile& order, Call& call) {
     const EncodingOptions options{.quality = ordered.quality,
                                   .isLossless = ordered.isLossless,
                                   .isProgressive = ordered.isProgressive,
+                                  .effort = ordered.effort,
                                   .ditherTransparency = ordered.ditherTransparency,
                                   .resolution = ordered.resolution,
                                   .profile = profile ? &*profile : nullptr,
