@@ -80,10 +80,15 @@ class Typedstream:
 TOTALS = re.compile(r"(?:; |^kestrinectl: )\d+ files? (?:would be )?converted(?:, [^;]*)? in [\d.]+ m?s(?:; 'kestrinectl undo \d+' .*)?$")
 
 
+def without_totals(text):
+    """Messages without totals, which contain a time."""
+    lines = [TOTALS.sub("", line) for line in text.splitlines()]
+    return "".join(line + "\n" for line in lines if line)
+
+
 def messages_of(done):
-    """The lines on standard error without the program's name, and without totals, which contain a time."""
-    lines = [TOTALS.sub("", line) for line in done.stderr.decode().splitlines()]
-    return [line.removeprefix("kestrinectl: ") for line in lines if line]
+    """The lines on standard error without the program's name and without totals."""
+    return [line.removeprefix("kestrinectl: ") for line in without_totals(done.stderr.decode()).splitlines()]
 
 
 def is_built_with(*sanitizers):

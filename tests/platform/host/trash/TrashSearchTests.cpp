@@ -60,15 +60,15 @@ TEST_F(TrashSearching, aTakenNameIsNotReplaced) {
 
 TEST_F(TrashSearching, itemsOfOtherFileSystemsAreFoundInTheirOwnTrashAndInTheHomeTrash) {
     runWithOwnMounts([&] {
-        mountFileSystem(work_, 1024);
-        const std::string path = folder_.write("work/a.jpg", "picture");
+        mountFileSystem(work_ + "/volume", 1024);
+        const std::string path = folder_.write("work/volume/a.jpg", "picture");
         ASSERT_TRUE(trash(path));
         const TrashedItem own = TrashSearch(environment_).itemsFrom(path).at(0);
-        EXPECT_TRUE(own.path.starts_with(work_ + "/.Trash-")) << own.path;
+        EXPECT_TRUE(own.path.starts_with(work_ + "/volume/.Trash-")) << own.path;
         ASSERT_TRUE(takeOutOfTrash(own, path));
 
         std::filesystem::remove_all(std::filesystem::path(own.path).parent_path().parent_path());
-        folder_.write("work/.Trash-" + std::to_string(::geteuid()), "in the way");
+        folder_.write("work/volume/.Trash-" + std::to_string(::geteuid()), "in the way");
         ASSERT_TRUE(trash(path));
         const TrashedItem copied = TrashSearch(environment_).itemsFrom(path).at(0);
         EXPECT_TRUE(copied.path.starts_with(trash_)) << copied.path;
