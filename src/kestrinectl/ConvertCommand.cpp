@@ -1,29 +1,25 @@
 #include "kestrinectl/ConvertCommand.h"
 
 #include "kestrinectl/CommandError.h"
-#include "kestrinectl/ConvertChains.h"
-#include "kestrinectl/ConvertDryRun.h"
 #include "kestrinectl/ConvertInputs.h"
-#include "kestrinectl/ConvertKinds.h"
-#include "kestrinectl/ConvertOutcome.h"
 #include "kestrinectl/ConvertRecipes.h"
 #include "kestrinectl/ConvertReport.h"
 #include "kestrinectl/ConvertStream.h"
+#include "kestrinectl/ConvertTasks.h"
 #include "kestrinectl/DecoderIsolation.h"
 #include "kestrinectl/FileLists.h"
-#include "kestrinectl/ForEachPosition.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/NumberBetween.h"
 #include "kestrinectl/PresetStore.h"
 #include "kestrinectl/RunJournal.h"
 #include "kestrinectl/ShownNumbers.h"
+#include "kestrinectl/UpdateOptions.h"
 #include "kestrinectl/Words.h"
 #include "models/ResizeJob.h"
 #include "platform/host/process/ProcessorCount.h"
 #include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
-#include <exception>
 #include <iostream>
 
 namespace kestrine {
@@ -47,6 +43,7 @@ struct ConvertRequest {
     bool isVerbose = false;
     bool isJSON = false;
     bool hasJournal = true;
+    UpdateOptions update;
     std::optional<std::string> list; ///< of further files
     bool listHasZeroBytes = false;
     std::uint64_t maxPixels = defaultMaximumPixels;
@@ -73,53 +70,6 @@ ResizeSets chosenSets(const PresetStore& store, const ConvertRequest& request) {
         throw CommandError("no set is selected; name one with --set, or describe the result, such as with "
                            "--longest 1200 --out small");
     return sets;
-}
-
-ResizeJob jobFor(const ConvertInput& input, const ConversionRecipes& recipes, JobPolicy policy) {
-    const NSString path = NSString::fromUTF8(input.path);
-    const OptionalString root =
-        input.rootFolder ? OptionalString(NSString::fromUTF8(*input.rootFolder)) : std::nullopt;
-    return {path, root, path.deletingLastPathComponent(), recipes, policy};
-}
-
-std::vector<ResizeJob> jobsFor(const std::vector<ConvertInput>& inputs, const ConversionRecipes& recipes,
-                               JobPolicy policy) {
-    std::vector<ResizeJob> jobs;
-    for (const ConvertInput& input : inputs) {
-        jobs.push_back(jobFor(input, recipes, policy));
-        jobs.back().number = jobs.size();
-        jobs.back().count = inputs.size();
-    }
-    return jobs;
-}
-
-ConvertResult resultOf(const ResizeJob& job, const ConvertInput& input) {
-    const auto begin = std::chrono::steady_clock::now();
-    ConvertResult result{.source = input.shown, .sourceBytes = input.bytes};
-    try {
-        const std::vector<JobOutcome> outcomes = runJob(job);
-        for (std::size_t i = 0; i < outcomes.size(); ++i)
-            addOutcome(result, input, job.recipes[i], outcomes[i]);
-    } catch (const std::bad_alloc&) {
-        result.complain("not enough memory", kindOf(Reason::outOfMemory));
-    } catch (const std::exception& error) {
-        result.complain(error.what(), "other");
-    }
-    result.duration =
-        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
-    return result;
-}
-
-/// Converts files and reports them. Returns when all are finished or, after a stop signal, those that were
-/// begun.
-void convert(const std::vector<ConvertInput>& inputs, const std::vector<ResizeJob>& jobs, unsigned threads,
-             ConvertReport& report) {
-    const std::vector<ConvertChain> chains = independentChains(jobs, threads);
-    forEachPosition(chains.size(), threads, [&](std::size_t chain) {
-        for (const std::size_t position : chains[chain])
-            if (StopSignalsNoted::noted() == 0)
-                report.finished(position, resultOf(jobs[position], inputs[position]));
-    });
 }
 
 /// Only for options that do not say what to do about the orientation.
@@ -176,17 +126,6 @@ JobPolicy policyOf(const ConvertRequest& request) {
             .replacesOnlyPictures = !request.firstOnly};
 }
 
-/// Takes the place of the conversion and reports like it.
-void runDry(const std::vector<ConvertInput>& inputs, const std::vector<ResizeJob>& jobs, unsigned threads,
-            ConvertReport& report) {
-    std::vector<std::string> shown;
-    for (const ConvertInput& input : inputs)
-        shown.push_back(input.shown);
-    std::vector<ConvertResult> results = dryRun(jobs, shown, threads);
-    for (std::size_t i = 0; i < results.size(); ++i)
-        report.finished(i, std::move(results[i]));
-}
-
 std::uint64_t totalBytes(const std::vector<ConvertInput>& inputs) {
     std::uint64_t bytes = 0;
     for (const ConvertInput& input : inputs)
@@ -201,27 +140,40 @@ void runOnStream(const ConvertRequest& request, const ResizeSets& sets) {
     convertStream(recipe, policyOf(request), request.style().detail);
 }
 
+void convertTasks(const ConvertRequest& request, ConvertTasks tasks, ChangeRecorder* journal,
+                  UpdateManifest* manifest, ConvertReport& report) {
+    if (manifest != nullptr && !request.update.remakesAll)
+        removeCurrent(tasks, *manifest, report);
+    if (tasks.jobs.empty())
+        return;
+    for (ResizeJob& job : tasks.jobs)
+        job.recorder = journal;
+    setMaximumPixels(request.maxPixels);
+    const auto threads = static_cast<unsigned>(std::min<std::size_t>(tasks.jobs.size(), request.jobs));
+    const DecoderIsolation isolation(*isolationNamed(request.isolation), threads);
+    if (request.isDryRun)
+        convertDry(std::move(tasks), threads, manifest, report);
+    else
+        convertAll(tasks, threads, manifest, report);
+}
+
 void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
-    const ConversionRecipes recipes = recipesFor(request.options, sets);
+    ConversionRecipes recipes = recipesFor(request.options, sets);
+    request.update.changePlaces(recipes);
     if (request.options.out)
         request.search.outFolder = absolutePath(typedWord(*request.options.out)).native();
     const StopSignalsNoted untilTheEnd;
     const ConvertInputs inputs = findInputs(request.files, request.search);
     const std::size_t count = inputs.pictures.size();
+    const std::unique_ptr<UpdateManifest> manifest =
+        request.update.open(recipes, request.search.outFolder, request.isDryRun);
     std::optional<RunJournal> journal;
     if (count > 0 && replacesFiles(recipes) && request.hasJournal && !request.isDryRun)
         journal.emplace();
     ConvertReport report(count, totalBytes(inputs.pictures), request.style());
     report.found(inputs.findings, inputs.otherFiles);
-    {
-        setMaximumPixels(request.maxPixels);
-        const auto threads = static_cast<unsigned>(std::clamp<std::size_t>(count, 1, request.jobs));
-        const DecoderIsolation isolation(*isolationNamed(request.isolation), threads);
-        std::vector<ResizeJob> jobs = jobsFor(inputs.pictures, recipes, policyOf(request));
-        for (ResizeJob& job : jobs)
-            job.recorder = journal ? &*journal : nullptr;
-        (request.isDryRun ? runDry : convert)(inputs.pictures, jobs, threads, report);
-    }
+    convertTasks(request, tasksFor(inputs.pictures, recipes, policyOf(request)),
+                 journal ? &*journal : nullptr, manifest.get(), report);
     report.end();
     if (!request.isQuiet && !request.isJSON)
         printHintOfLyingPictures(report.totals().leftLying, request.options);
@@ -245,6 +197,8 @@ void run(ConvertRequest request) {
     const bool usesStream = std::ranges::find(request.files, "-") != request.files.end();
     if (usesStream && request.files.size() > 1)
         throw CommandError("- is one picture from standard input; it cannot be combined with files", 2);
+    if (usesStream && request.update.isOn)
+        throw CommandError("- and --update contradict each other: the result goes to standard output", 2);
     if (usesStream && request.isJSON)
         throw CommandError("- and --json contradict each other: the result goes to standard output", 2);
     if (usesStream)
@@ -300,6 +254,7 @@ void addConvertCommand(CLI::App& program) {
     command->add_flag(
         "--json", request->isJSON,
         "Print one JSON object per file instead of lines and messages, and a last one with totals");
+    request->update.addTo(*command);
     command->add_flag(
         "!--no-journal", request->hasJournal,
         "Replace files without a journal, so that the run cannot be undone (default: every replacing run "

@@ -9,6 +9,7 @@
 #include "platform/host/files/FileStatus.h"
 #include "platform/imageio/PictureEngine.h"
 
+#include <algorithm>
 #include <set>
 
 namespace kestrine {
@@ -42,6 +43,12 @@ ConvertOutput plannedOutput(const ConversionRecipe& recipe, const std::string& p
     return {.path = path, .set = setOf(recipe), .format = namedFormat(recipe.format)};
 }
 
+std::string nameFor(const NSString& wanted, const ResizeJob& job, const std::string& vacated,
+                    PromisedNames& names) {
+    const auto earlier = std::ranges::find(job.earlier, wanted.utf8(), &EarlierResult::wanted);
+    return earlier != job.earlier.end() ? earlier->path : names.promise(wanted, vacated);
+}
+
 } // namespace
 
 std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std::vector<std::string>& shown,
@@ -64,7 +71,7 @@ std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std:
         for (std::size_t k = 0; k < wanted[i].size(); ++k)
             if (!wanted[i][k].isEmpty())
                 results[i].outputs.push_back(
-                    plannedOutput(jobs[i].recipes[k], names.promise(wanted[i][k], vacated)));
+                    plannedOutput(jobs[i].recipes[k], nameFor(wanted[i][k], jobs[i], vacated, names)));
     }
     return results;
 }

@@ -169,6 +169,8 @@ private:
 
     /// By the path below the given folder.
     bool isWanted(const fs::path& file) const {
+        if (search_.included.empty() && search_.excluded.empty())
+            return true;
         const std::string path = absolutePath(file).lexically_relative(root_).native();
         const auto matches = [&path](const std::string& glob) { return globMatches(glob, path); };
         return (search_.included.empty() || std::ranges::any_of(search_.included, matches))

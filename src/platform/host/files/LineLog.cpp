@@ -37,12 +37,13 @@ bool isAt(const std::string& path, int file) {
 Result<void> lock(int file, const std::string& path, const std::function<bool()>& mayWait) {
     int operation = LOCK_EX | LOCK_NB;
     while (::flock(file, operation) != 0) {
-        if (errno == EWOULDBLOCK && !mayWait())
+        const int error = errno;
+        if (error == EWOULDBLOCK && !mayWait())
             return Failure{Reason::alreadyExists, "another run uses " + path};
-        if (errno == EWOULDBLOCK)
+        if (error == EWOULDBLOCK)
             operation = LOCK_EX;
-        else if (errno != EINTR)
-            return systemFailure("cannot lock " + path);
+        else if (error != EINTR)
+            return systemFailure("cannot lock " + path, error);
     }
     return {};
 }

@@ -3,6 +3,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <atomic>
+#include <cerrno>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <thread>
@@ -48,7 +49,12 @@ TEST(LineLog, onlyOneHasTheLockAndOthersWaitOrFail) {
     std::optional<LineLog> first = *LineLog::create(folder / "log");
     EXPECT_EQ(LineLog::open(folder / "log", [] { return false; }).failure().reason, Reason::alreadyExists);
     std::atomic<bool> hasWaited = false;
-    std::jthread other([&] { EXPECT_TRUE(LineLog::open(folder / "log", [&] { return hasWaited = true; })); });
+    std::jthread other([&] {
+        EXPECT_TRUE(LineLog::open(folder / "log", [&] {
+            errno = ENOTTY; // as output may leave it
+            return hasWaited = true;
+        }));
+    });
     while (!hasWaited)
         std::this_thread::yield();
     first.reset();
