@@ -9,7 +9,7 @@ import numpy
 from PIL import Image, ImageCms, ImageOps
 
 import pictures
-from tools import JPEG, PNG, ToolTest, exiftool, main
+from tools import JPEG, PNG, ToolTest, exiftool, main, messages_of
 
 WIDE_PROFILE = pictures.wide_icc()
 
@@ -20,7 +20,7 @@ class ConvertByOptions(ToolTest):
         done = self.kestrinectl("convert", *arguments)
         self.assertEqual(done.returncode, status, done)
         if status == 0 or messages is not None:
-            self.assertEqual(done.stderr.decode().splitlines(), ["kestrinectl: " + line for line in messages or []])
+            self.assertEqual(messages_of(done), messages or [])
         return done
 
     def refused(self, *arguments):
@@ -537,7 +537,7 @@ class SkipFitting(ConvertByOptions):
 class Inputs(ConvertByOptions):
     def sources(self, *arguments, **options):
         done = self.kestrinectl("convert", "--percent", "50", "--out", "out", *arguments, **options)
-        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertEqual((done.returncode, messages_of(done)), (0, []))
         shutil.rmtree(self.folder / "out")
         return [line.split(b" -> ")[0] for line in done.stdout.splitlines()]
 
