@@ -98,6 +98,30 @@ bool isPlainMosaic(const libraw_data_t& data, const RowFormat& developed) {
            && developed.height == data.sizes.height;
 }
 
+using DevelopedPointer = std::unique_ptr<libraw_processed_image_t, decltype(&libraw_dcraw_clear_mem)>;
+
+/// What LibRaw makes of the file. Its other memory is free again when this returns.
+Result<DevelopedPointer> developed(const Functions& library, std::shared_ptr<const ByteReader> reader,
+                                   const Negative& negative, int halvings, DamageRecord& damage) {
+    const std::unique_ptr<Session> session = TRY(Session::open(library, std::move(reader)));
+    libraw_data_t& data = session->data();
+    data.params.half_size = halvings;
+    data.params.max_raw_memory_mb = static_cast<unsigned>((negative.heldBytes >> 20) + 1);
+    if (library.setThreads != nullptr)
+        library.setThreads(static_cast<int>(usefulThreads(negative.format)));
+    TRY(Session::checked(library.unpack(&data)));
+    if (session->errors().endsEarly)
+        return failureOf(LIBRAW_IO_ERROR);
+    if (session->errors().isDamaged)
+        damage.note(failureOf(LIBRAW_DATA_ERROR));
+    TRY(Session::checked(library.develop(&data)));
+    int code = LIBRAW_SUCCESS;
+    DevelopedPointer image(library.makePixels(&data, &code), library.freePixels);
+    if (image == nullptr)
+        return failureOf(code);
+    return image;
+}
+
 } // namespace
 
 RowFormat Negative::halved(int halvings) const {
@@ -146,24 +170,8 @@ Result<Bytes> previewOf(const Functions& library, std::shared_ptr<const ByteRead
 
 Result<PixelBuffer> develop(const Functions& library, std::shared_ptr<const ByteReader> reader,
                             const Negative& negative, int halvings, DamageRecord& damage) {
-    const std::unique_ptr<Session> session = TRY(Session::open(library, std::move(reader)));
-    libraw_data_t& data = session->data();
     const RowFormat format = negative.halved(halvings);
-    data.params.half_size = halvings;
-    data.params.max_raw_memory_mb = static_cast<unsigned>((negative.heldBytes >> 20) + 1);
-    if (library.setThreads != nullptr)
-        library.setThreads(static_cast<int>(usefulThreads(format)));
-    TRY(Session::checked(library.unpack(&data)));
-    if (session->errors().endsEarly)
-        return Failure{Reason::truncated, "the camera raw file ends too early"};
-    if (session->errors().isDamaged)
-        damage.note({Reason::malformed, "the camera raw file is damaged"});
-    TRY(Session::checked(library.develop(&data)));
-    int code = LIBRAW_SUCCESS;
-    const std::unique_ptr<libraw_processed_image_t, decltype(&libraw_dcraw_clear_mem)> image(
-        library.makePixels(&data, &code), library.freePixels);
-    if (image == nullptr)
-        return failureOf(code);
+    const DevelopedPointer image = TRY(developed(library, std::move(reader), negative, halvings, damage));
     if (image->type != LIBRAW_IMAGE_BITMAP || image->width != format.width || image->height != format.height
         || image->bits != 16 || image->colors != format.channels())
         return Failure{Reason::malformed, "the camera raw file changed while it was read"};
