@@ -6,6 +6,7 @@ install(TARGETS kestrine-worker RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/
 foreach(language English Japanese)
   install(DIRECTORY share/${language}.lproj DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrine)
 endforeach()
+install(FILES share/convert.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrine)
 # The manual pages get the version when they are installed.
 foreach(page kestrine kestrinectl)
   configure_file(share/man/man1/${page}.1 ${CMAKE_BINARY_DIR}/man/${page}.1 @ONLY)

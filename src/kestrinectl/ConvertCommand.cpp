@@ -1,26 +1,26 @@
 #include "kestrinectl/ConvertCommand.h"
 
 #include "kestrinectl/CommandError.h"
-#include "kestrinectl/ConvertChains.h"
-#include "kestrinectl/ConvertDryRun.h"
 #include "kestrinectl/ConvertInputs.h"
-#include "kestrinectl/ConvertOutcome.h"
 #include "kestrinectl/ConvertRecipes.h"
 #include "kestrinectl/ConvertReport.h"
 #include "kestrinectl/ConvertStream.h"
+#include "kestrinectl/ConvertTasks.h"
 #include "kestrinectl/DecoderIsolation.h"
 #include "kestrinectl/FileLists.h"
-#include "kestrinectl/ForEachPosition.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/NumberBetween.h"
 #include "kestrinectl/PresetStore.h"
+#include "kestrinectl/RunJournal.h"
+#include "kestrinectl/ShownNumbers.h"
+#include "kestrinectl/UpdateOptions.h"
 #include "kestrinectl/Words.h"
 #include "models/ResizeJob.h"
 #include "platform/host/process/ProcessorCount.h"
 #include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
-#include <exception>
+#include <iostream>
 
 namespace kestrine {
 
@@ -40,10 +40,21 @@ struct ConvertRequest {
     bool firstOnly = false;
     bool isDryRun = false;
     bool isQuiet = false;
+    bool isVerbose = false;
+    bool isJSON = false;
+    bool hasJournal = true;
+    UpdateOptions update;
     std::optional<std::string> list; ///< of further files
     bool listHasZeroBytes = false;
     std::uint64_t maxPixels = defaultMaximumPixels;
     std::string isolation = "auto";
+
+    ReportStyle style() const {
+        return {isQuiet     ? ConvertDetail::none
+                : isVerbose ? ConvertDetail::all
+                            : ConvertDetail::lines,
+                isJSON};
+    }
 };
 
 /// The named sets or, if none is named, the selected ones; none if the options describe the result.
@@ -61,61 +72,6 @@ ResizeSets chosenSets(const PresetStore& store, const ConvertRequest& request) {
     return sets;
 }
 
-std::string counted(std::size_t count, const std::string& noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-ResizeJob jobFor(const ConvertInput& input, const ConversionRecipes& recipes, JobPolicy policy) {
-    const NSString path = NSString::fromUTF8(input.path);
-    const OptionalString root =
-        input.rootFolder ? OptionalString(NSString::fromUTF8(*input.rootFolder)) : std::nullopt;
-    return {path, root, path.deletingLastPathComponent(), recipes, policy};
-}
-
-std::vector<ResizeJob> jobsFor(const std::vector<ConvertInput>& inputs, const ConversionRecipes& recipes,
-                               JobPolicy policy) {
-    std::vector<ResizeJob> jobs;
-    for (const ConvertInput& input : inputs) {
-        jobs.push_back(jobFor(input, recipes, policy));
-        jobs.back().number = jobs.size();
-        jobs.back().count = inputs.size();
-    }
-    return jobs;
-}
-
-ConvertResult resultOf(const ResizeJob& job, const ConvertInput& input) {
-    ConvertResult result;
-    try {
-        for (const JobOutcome& outcome : runJob(job))
-            addOutcome(result, input, outcome);
-    } catch (const std::bad_alloc&) {
-        result.complaints.push_back(input.shown + ": not enough memory");
-    } catch (const std::exception& error) {
-        result.complaints.push_back(input.shown + ": " + error.what());
-    }
-    return result;
-}
-
-/// Converts files and reports them. Returns when all are finished or, after a stop signal, those that were
-/// begun.
-void convert(const std::vector<ConvertInput>& inputs, const std::vector<ResizeJob>& jobs, unsigned threads,
-             ConvertReport& report) {
-    const std::vector<ConvertChain> chains = independentChains(jobs, threads);
-    forEachPosition(chains.size(), threads, [&](std::size_t chain) {
-        for (const std::size_t position : chains[chain])
-            if (StopSignalsNoted::noted() == 0)
-                report.finished(position, resultOf(jobs[position], inputs[position]));
-    });
-}
-
-void printFindings(const ConvertInputs& inputs) {
-    for (const auto& sentences : {inputs.complaints, inputs.leftOut, inputs.emptyFolders})
-        for (const std::string& sentence : sentences)
-            printError(sentence);
-    if (inputs.otherFiles > 0)
-        printError(counted(inputs.otherFiles, "other file") + " left out");
-}
-
 /// Only for options that do not say what to do about the orientation.
 void printHintOfLyingPictures(std::size_t count, const ConvertOptions& options) {
     if (count > 0 && !options.upright)
@@ -123,27 +79,45 @@ void printHintOfLyingPictures(std::size_t count, const ConvertOptions& options) 
                   + " should be turned, which the set does not do; --upright does it");
 }
 
-void throwWhenStopped(std::size_t done, std::size_t count) {
+void throwWhenStopped(const ConvertReport& report, std::size_t count) {
     if (const int signal = StopSignalsNoted::noted(); signal != 0)
         throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)) + ": "
-                               + counted(done, "file") + " done, " + std::to_string(count - done) + " left",
+                               + counted(report.done(), "file") + " done, "
+                               + std::to_string(count - report.done()) + " left",
                            128 + signal);
 }
 
-void throwWhenFailed(const ConvertInputs& inputs, std::size_t failures, bool allowsEmpty) {
-    const std::size_t files = inputs.pictures.size() + inputs.unreadableFiles;
-    failures += inputs.unreadableFiles;
-    std::string summary;
-    if (failures > 0)
-        summary = std::to_string(failures) + " of " + counted(files, "file")
-                  + " could not be converted as requested";
-    if (inputs.unreadableFolders > 0)
-        summary += (summary.empty() ? "" : ", ") + counted(inputs.unreadableFolders, "folder")
-                   + " could not be read";
-    if (summary.empty() && files == 0 && !allowsEmpty)
-        summary = "nothing to convert";
-    if (!summary.empty())
-        throw CommandError(summary);
+bool replacesFiles(const ConversionRecipes& recipes) {
+    return recipes.size() == 1 && recipes.front().place.replaces;
+}
+
+/// Ends the output with the totals: a line or an error for people, an object for scripts.
+void finish(const ConvertRequest& request, const ConvertReport& report, std::size_t count,
+            std::size_t journal) {
+    const ConvertTotals& totals = report.totals();
+    const bool isAlone = totals.finished() < 2;
+    std::string line = totalsLine(totals, report.elapsed());
+    if (journal != 0)
+        line += "; 'kestrinectl undo " + std::to_string(journal) + "' brings the originals back";
+    std::string failures = failuresLine(totals);
+    if (failures.empty() && totals.finished() == 0 && !request.allowsEmpty)
+        failures = "nothing to convert";
+    else if (!failures.empty() && !isAlone && !request.isQuiet && !request.isJSON)
+        failures += "; " + line;
+    const int signal = StopSignalsNoted::noted();
+    if (request.isJSON)
+        std::cout << toJSON(totals, {report.elapsed(), count - report.done(), signal,
+                                     signal != 0        ? 128 + signal
+                                     : failures.empty() ? 0
+                                                        : 1,
+                                     journal})
+                         .dump()
+                  << "\n";
+    throwWhenStopped(report, count);
+    if (!failures.empty())
+        throw CommandError(failures);
+    if (!request.isJSON && !request.isQuiet && (!isAlone || request.isVerbose) && totals.finished() > 0)
+        printError(line);
 }
 
 JobPolicy policyOf(const ConvertRequest& request) {
@@ -152,49 +126,58 @@ JobPolicy policyOf(const ConvertRequest& request) {
             .replacesOnlyPictures = !request.firstOnly};
 }
 
-/// Takes the place of the conversion and reports like it.
-void runDry(const std::vector<ConvertInput>& inputs, const std::vector<ResizeJob>& jobs, unsigned threads,
-            ConvertReport& report) {
-    std::vector<std::string> shown;
+std::uint64_t totalBytes(const std::vector<ConvertInput>& inputs) {
+    std::uint64_t bytes = 0;
     for (const ConvertInput& input : inputs)
-        shown.push_back(input.shown);
-    std::vector<ConvertResult> results = dryRun(jobs, shown, threads);
-    for (std::size_t i = 0; i < results.size(); ++i)
-        report.finished(i, std::move(results[i]));
+        bytes += input.bytes;
+    return bytes;
 }
 
 void runOnStream(const ConvertRequest& request, const ResizeSets& sets) {
     const ConversionRecipe recipe = recipeForStream(request.options, sets);
     setMaximumPixels(request.maxPixels);
     const DecoderIsolation isolation(*isolationNamed(request.isolation), 1);
-    convertStream(recipe, policyOf(request));
+    convertStream(recipe, policyOf(request), request.style().detail);
+}
+
+void convertTasks(const ConvertRequest& request, ConvertTasks tasks, ChangeRecorder* journal,
+                  UpdateManifest* manifest, ConvertReport& report) {
+    if (manifest != nullptr && !request.update.remakesAll)
+        removeCurrent(tasks, *manifest, report);
+    if (tasks.jobs.empty())
+        return;
+    for (ResizeJob& job : tasks.jobs)
+        job.recorder = journal;
+    setMaximumPixels(request.maxPixels);
+    const auto threads = static_cast<unsigned>(std::min<std::size_t>(tasks.jobs.size(), request.jobs));
+    const DecoderIsolation isolation(*isolationNamed(request.isolation), threads);
+    if (request.isDryRun)
+        convertDry(std::move(tasks), threads, manifest, report);
+    else
+        convertAll(tasks, threads, manifest, report);
 }
 
 void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
-    const ConversionRecipes recipes = recipesFor(request.options, sets);
+    ConversionRecipes recipes = recipesFor(request.options, sets);
+    request.update.changePlaces(recipes);
     if (request.options.out)
         request.search.outFolder = absolutePath(typedWord(*request.options.out)).native();
     const StopSignalsNoted untilTheEnd;
     const ConvertInputs inputs = findInputs(request.files, request.search);
-    printFindings(inputs);
-    std::size_t done = 0, failures = 0, leftLying = 0;
-    {
-        ConvertReport report(inputs.pictures.size(),
-                             request.isQuiet ? ReportStyle::quiet : ReportStyle::usual);
-        setMaximumPixels(request.maxPixels);
-        const auto threads =
-            static_cast<unsigned>(std::clamp<std::size_t>(inputs.pictures.size(), 1, request.jobs));
-        const DecoderIsolation isolation(*isolationNamed(request.isolation), threads);
-        const std::vector<ResizeJob> jobs = jobsFor(inputs.pictures, recipes, policyOf(request));
-        (request.isDryRun ? runDry : convert)(inputs.pictures, jobs, threads, report);
-        done = report.done();
-        failures = report.failures();
-        leftLying = report.leftLying();
-    }
-    if (!request.isQuiet)
-        printHintOfLyingPictures(leftLying, request.options);
-    throwWhenStopped(done, inputs.pictures.size());
-    throwWhenFailed(inputs, failures, request.allowsEmpty);
+    const std::size_t count = inputs.pictures.size();
+    const std::unique_ptr<UpdateManifest> manifest =
+        request.update.open(recipes, request.search.outFolder, request.isDryRun);
+    std::optional<RunJournal> journal;
+    if (count > 0 && replacesFiles(recipes) && request.hasJournal && !request.isDryRun)
+        journal.emplace();
+    ConvertReport report(count, totalBytes(inputs.pictures), request.style());
+    report.found(inputs.findings, inputs.otherFiles);
+    convertTasks(request, tasksFor(inputs.pictures, recipes, policyOf(request)),
+                 journal ? &*journal : nullptr, manifest.get(), report);
+    report.end();
+    if (!request.isQuiet && !request.isJSON)
+        printHintOfLyingPictures(report.totals().leftLying, request.options);
+    finish(request, report, count, journal && !journal->isEmpty() ? journal->number() : 0);
 }
 
 void run(ConvertRequest request) {
@@ -214,6 +197,10 @@ void run(ConvertRequest request) {
     const bool usesStream = std::ranges::find(request.files, "-") != request.files.end();
     if (usesStream && request.files.size() > 1)
         throw CommandError("- is one picture from standard input; it cannot be combined with files", 2);
+    if (usesStream && request.update.isOn)
+        throw CommandError("- and --update contradict each other: the result goes to standard output", 2);
+    if (usesStream && request.isJSON)
+        throw CommandError("- and --json contradict each other: the result goes to standard output", 2);
     if (usesStream)
         runOnStream(request, sets);
     else
@@ -259,8 +246,19 @@ void addConvertCommand(CLI::App& program) {
         ->option_text("FILE");
     command->add_flag("-0,--null", request->listHasZeroBytes,
                       "The names in the list end with a zero byte instead of a newline");
-    command->add_flag("-q,--quiet", request->isQuiet,
-                      "Print only errors (default: a line for each result, warnings and hints)");
+    command
+        ->add_flag("-q,--quiet", request->isQuiet,
+                   "Print only errors (default: a line for each result, warnings, hints and totals)")
+        ->excludes(command->add_flag("-v,--verbose", request->isVerbose,
+                                     "Print also sizes and times, and the files that need no conversion"));
+    command->add_flag(
+        "--json", request->isJSON,
+        "Print one JSON object per file instead of lines and messages, and a last one with totals");
+    request->update.addTo(*command);
+    command->add_flag(
+        "!--no-journal", request->hasJournal,
+        "Replace files without a journal, so that the run cannot be undone (default: every replacing run "
+        "is recorded, and an error if that is not possible)");
     command->add_flag("--dry-run", request->isDryRun,
                       "Print the names that the results would get, and convert nothing");
     command->add_flag("--all-folders", request->search.allFolders,

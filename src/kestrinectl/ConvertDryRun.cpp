@@ -1,11 +1,15 @@
 #include "kestrinectl/ConvertDryRun.h"
 
 #include "kestrinectl/ConvertInputs.h"
+#include "kestrinectl/ConvertKinds.h"
+#include "kestrinectl/ConvertOutcome.h"
 #include "kestrinectl/ForEachPosition.h"
 #include "kestrinectl/ShownPath.h"
+#include "models/RecipeConversion.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/imageio/PictureEngine.h"
 
+#include <algorithm>
 #include <set>
 
 namespace kestrine {
@@ -35,6 +39,16 @@ private:
     std::set<std::string> promised_;
 };
 
+ConvertOutput plannedOutput(const ConversionRecipe& recipe, const std::string& path) {
+    return {.path = path, .set = setOf(recipe), .format = namedFormat(recipe.format)};
+}
+
+std::string nameFor(const NSString& wanted, const ResizeJob& job, const std::string& vacated,
+                    PromisedNames& names) {
+    const auto earlier = std::ranges::find(job.earlier, wanted.utf8(), &EarlierResult::wanted);
+    return earlier != job.earlier.end() ? earlier->path : names.promise(wanted, vacated);
+}
+
 } // namespace
 
 std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std::vector<std::string>& shown,
@@ -46,14 +60,18 @@ std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std:
         if (const auto opened = openPicture(path))
             wanted[i] = wantedPaths(jobs[i]);
         else
-            results[i].complaints = {shown[i] + ": " + withoutPath(opened.failure().text, path)};
+            results[i].complain(withoutPath(opened.failure().text, path), kindOf(opened.failure().reason));
     });
     PromisedNames names;
     for (std::size_t i = 0; i < jobs.size(); ++i) {
+        results[i].source = shown[i];
+        if (results[i].complaints.empty())
+            results[i].status = ConvertStatus::would;
         const std::string vacated = jobs[i].replacesFile() ? PromisedNames::placeOf(jobs[i].path.utf8()) : "";
-        for (const NSString& path : wanted[i])
-            if (!path.isEmpty())
-                results[i].lines.push_back(shown[i] + " -> " + shownPath(names.promise(path, vacated)));
+        for (std::size_t k = 0; k < wanted[i].size(); ++k)
+            if (!wanted[i][k].isEmpty())
+                results[i].outputs.push_back(
+                    plannedOutput(jobs[i].recipes[k], nameFor(wanted[i][k], jobs[i], vacated, names)));
     }
     return results;
 }

@@ -1,7 +1,7 @@
 // ConvertDryRun: which names a conversion would give its results.
 #pragma once
 
-#include "kestrinectl/ConvertReport.h"
+#include "kestrinectl/ConvertResult.h"
 #include "models/ResizeJob.h"
 
 namespace kestrine {

@@ -1,7 +1,9 @@
 #include "kestrinectl/ConvertInputs.h"
 
+#include "kestrinectl/ConvertKinds.h"
 #include "kestrinectl/ConvertPictureSigns.h"
 #include "kestrinectl/ShownPath.h"
+#include "platform/host/files/FileMark.h"
 #include "platform/host/process/StopSignals.h"
 #include "platform/imageio/ImageCodec.h"
 
@@ -77,30 +79,44 @@ public:
         if (fs::is_directory(argument, ignored))
             addFolder(withoutTrailingSeparator(argument));
         else if (argument.empty())
-            complainOfFile("an empty argument names no file");
+            complainOfFile("", "an empty argument names no file", kindOf(Reason::notFound));
         else
-            found_.pictures.push_back({shownPath(argument), absolutePath(argument).native(), std::nullopt});
+            addPicture(argument, std::nullopt);
     }
 
-    ConvertInputs found() && { return std::move(found_); }
+    ConvertInputs found() && {
+        for (const auto& findings : {complaints_, leftOut_, emptyFolders_})
+            found_.findings.insert(found_.findings.end(), findings.begin(), findings.end());
+        return std::move(found_);
+    }
 
 private:
+    void addPicture(const fs::path& file, std::optional<std::string> root) {
+        const Result<FileMark> mark = markOfFile(file.native());
+        found_.pictures.push_back(
+            {shownPath(file.native()), absolutePath(file).native(), std::move(root), mark ? mark->bytes : 0});
+    }
+
     void addFolder(const fs::path& folder) {
         root_ = absolutePath(folder);
         hasSubfolders_ = false;
         const std::size_t picturesBefore = found_.pictures.size();
-        const std::size_t unreadableBefore = found_.unreadableFiles;
-        const std::size_t foldersBefore = found_.unreadableFolders;
+        const std::size_t filesBefore = unreadableFiles_, foldersBefore = unreadableFolders_;
         searchFolder(folder);
-        if (found_.pictures.size() > picturesBefore || found_.unreadableFolders > foldersBefore
+        if (found_.pictures.size() > picturesBefore || unreadableFolders_ > foldersBefore
             || StopSignalsNoted::noted() != 0)
             return;
-        std::string sentence = "no pictures in " + shownPath(folder.native());
-        if (found_.unreadableFiles > unreadableBefore)
-            sentence += " that can be read";
+        std::string addition;
+        if (unreadableFiles_ > filesBefore)
+            addition = " that can be read";
         else if (hasSubfolders_ && !isRecursive())
-            sentence += "; --recursive searches its sub-folders";
-        found_.emptyFolders.push_back(sentence);
+            addition = "; --recursive searches its sub-folders";
+        const std::string shown = shownPath(folder.native());
+        emptyFolders_.push_back({.source = shown,
+                                 .status = ConvertStatus::leftOut,
+                                 .reason = "no pictures" + addition,
+                                 .sentence = "no pictures in " + shown + addition,
+                                 .isFolder = true});
     }
 
     void searchFolder(const fs::path& folder) {
@@ -125,7 +141,8 @@ private:
         if (fs::is_regular_file(status))
             visitFile(entry);
         else if (error && (error != std::errc::no_such_file_or_directory || hasNameOfPicture(entry.native())))
-            complainOfFile(shownPath(entry.native()) + ": cannot open: " + error.message());
+            complainOfFile(shownPath(entry.native()), "cannot open: " + error.message(),
+                           kindOf(Reason::notPermitted));
         else if (!fs::is_directory(status))
             ++found_.otherFiles;
     }
@@ -136,15 +153,24 @@ private:
             return;
         if (search_.allFolders || !outputFolders_.contain(folder))
             return searchFolder(folder);
-        if (outputFolders_.isNews(folder))
-            found_.leftOut.push_back(
-                "left out " + shownPath(folder.native()) + ", "
-                + (outputFolders_.isOut(folder) ? "the folder of --out" : "a folder for the results of a set")
-                + "; --all-folders searches it");
+        if (!outputFolders_.isNews(folder))
+            return;
+        const std::string shown = shownPath(folder.native());
+        const std::string reason =
+            std::string(outputFolders_.isOut(folder) ? "the folder of --out"
+                                                     : "a folder for the results of a set")
+            + "; --all-folders searches it";
+        leftOut_.push_back({.source = shown,
+                            .status = ConvertStatus::leftOut,
+                            .reason = reason,
+                            .sentence = "left out " + shown + ", " + reason,
+                            .isFolder = true});
     }
 
     /// By the path below the given folder.
     bool isWanted(const fs::path& file) const {
+        if (search_.included.empty() && search_.excluded.empty())
+            return true;
         const std::string path = absolutePath(file).lexically_relative(root_).native();
         const auto matches = [&path](const std::string& glob) { return globMatches(glob, path); };
         return (search_.included.empty() || std::ranges::any_of(search_.included, matches))
@@ -157,13 +183,15 @@ private:
         const std::string shown = shownPath(file.native());
         const auto reader = readerOfPath(file.native());
         if (!reader)
-            return complainOfFile(shown + ": " + withoutPath(reader.failure().text, file.native()));
+            return complainOfFile(shown, withoutPath(reader.failure().text, file.native()),
+                                  kindOf(reader.failure().reason));
         switch (contentOf(**reader, file.native())) {
         case Content::picture:
-            found_.pictures.push_back({shown, absolutePath(file).native(), root_.native()});
+            addPicture(file, root_.native());
             break;
         case Content::unreadablePicture:
-            complainOfFile(shown + ": the file is in no picture format that can be read");
+            complainOfFile(shown, "the file is in no picture format that can be read",
+                           kindOf(Reason::unsupported));
             break;
         case Content::other:
             ++found_.otherFiles;
@@ -172,21 +200,28 @@ private:
 
     bool isRecursive() const { return search_.recursive || search_.allFolders; }
 
-    void complainOfFile(const std::string& complaint) {
-        found_.complaints.push_back(complaint);
-        ++found_.unreadableFiles;
+    void complainOfFile(const std::string& shown, const std::string& text, std::string_view kind) {
+        complaints_.push_back({.source = shown});
+        complaints_.back().complain(text, kind);
+        ++unreadableFiles_;
     }
 
     void complainOfFolder(const fs::path& folder, const std::error_code& error) {
-        found_.complaints.push_back("cannot read the folder " + shownPath(folder.native()) + ": "
-                                    + error.message());
-        ++found_.unreadableFolders;
+        const std::string shown = shownPath(folder.native());
+        complaints_.push_back({.source = shown,
+                               .sentence = "cannot read the folder " + shown + ": " + error.message(),
+                               .isFolder = true});
+        complaints_.back().complain("cannot read the folder: " + error.message(),
+                                    kindOf(Reason::notPermitted));
+        ++unreadableFolders_;
     }
 
     const ConvertSearch& search_;
     OutputFolders outputFolders_;
     fs::path root_; ///< the argument that is being searched
     bool hasSubfolders_ = false;
+    std::size_t unreadableFiles_ = 0, unreadableFolders_ = 0; ///< among the complaints
+    std::vector<ConvertResult> complaints_, leftOut_, emptyFolders_;
     ConvertInputs found_;
 };
 

@@ -1,6 +1,7 @@
 // ConvertInputs: the pictures that the arguments of `convert` name.
 #pragma once
 
+#include "kestrinectl/ConvertResult.h"
 #include "models/ResizeSet.h"
 
 #include <filesystem>
@@ -15,6 +16,7 @@ struct ConvertInput {
     std::string shown;                     ///< as typed; in a folder, the folder as typed and then the name
     std::string path;                      ///< absolute
     std::optional<std::string> rootFolder; ///< the folder argument in which it was found; absolute
+    std::uint64_t bytes = 0;               ///< its length; 0 if the system does not say it
 };
 
 /// How folders are searched.
@@ -30,12 +32,10 @@ struct ConvertSearch {
 /// What was found.
 struct ConvertInputs {
     std::vector<ConvertInput> pictures;
-    std::vector<std::string> complaints; ///< one per file or folder that cannot be read: a failure
-    std::size_t unreadableFiles = 0;     ///< among the complaints
-    std::size_t unreadableFolders = 0;   ///< among the complaints
-    std::vector<std::string> leftOut;    ///< one sentence per folder named like a set, which was not searched
-    std::vector<std::string> emptyFolders; ///< one sentence per argument that is a folder without pictures
-    std::size_t otherFiles = 0;            ///< in folders; neither pictures nor hidden
+    /// Files and folders that cannot be read, then folders that were left out, then arguments that are
+    /// folders without pictures.
+    std::vector<ConvertResult> findings;
+    std::size_t otherFiles = 0; ///< in folders; neither pictures nor hidden
 };
 
 /// Whether a glob matches a path below the given folder, or its last part if the glob has no slash. "*" and

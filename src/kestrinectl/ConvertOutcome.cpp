@@ -1,6 +1,7 @@
 #include "kestrinectl/ConvertOutcome.h"
 
 #include "kestrinectl/ConvertContents.h"
+#include "kestrinectl/ConvertKinds.h"
 #include "kestrinectl/ShownPath.h"
 
 #include <algorithm>
@@ -25,28 +26,43 @@ std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
     return complaint;
 }
 
-/// Sets often fail for the same reason, so one line reports it.
-void addOnce(std::vector<std::string>& lines, const std::string& line) {
-    if (std::ranges::find(lines, line) == lines.end())
-        lines.push_back(line);
+std::string_view kindOf(const JobOutcome& outcome) {
+    if (outcome.isWritten)
+        return "not in the trash";
+    if (outcome.refusal == Refusal::holdsMore)
+        return "several pages or frames";
+    return outcome.refusal == Refusal::damaged ? "damaged" : kindOf(outcome.failure->reason);
+}
+
+void warnOnce(ConvertResult& result, const std::string& warning) {
+    if (std::ranges::find(result.warnings, warning) == result.warnings.end())
+        result.warnings.push_back(warning);
 }
 
 } // namespace
 
-void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutcome& outcome) {
+std::optional<std::string> setOf(const ConversionRecipe& recipe) {
+    const OptionalString& name = recipe.place.setName;
+    return name ? std::optional(name->utf8()) : std::nullopt;
+}
+
+void addOutcome(ConvertResult& result, const ConvertInput& input, const ConversionRecipe& recipe,
+                const JobOutcome& outcome) {
     result.isLeftLying = result.isLeftLying || (outcome.hasResult() && outcome.isLeftLying);
-    const std::string& shown = input.shown;
     if (outcome.isWritten)
-        result.lines.push_back(shown + " -> " + shownPath(outcome.path.utf8()));
-    else if (outcome.fitsAlready && outcome.data == nullptr)
-        result.lines.push_back(shown + " stays, it fits already");
+        result.outputs.push_back({outcome.path.utf8(), setOf(recipe), outcome.format, outcome.width,
+                                  outcome.height, outcome.bytes});
+    else if (outcome.fitsAlready && outcome.hasResult() && outcome.data == nullptr) {
+        result.status = ConvertStatus::skipped;
+        result.reason = "it fits already";
+    }
     if (const auto omission = omissionIn(outcome.contents); omission && outcome.hasResult())
-        addOnce(result.warnings, shown + ": " + *omission);
+        warnOnce(result, *omission);
     if (outcome.hasResult() && outcome.damage)
-        result.warnings.push_back(shown + ": the picture is damaged (" + outcome.damage->text
-                                  + "); the result shows what could be read");
+        warnOnce(result, "the picture is damaged (" + outcome.damage->text
+                             + "); the result shows what could be read");
     if (!outcome.hasResult() || outcome.trashFailure)
-        addOnce(result.complaints, shown + ": " + complaintOf(outcome, input.path));
+        result.complain(complaintOf(outcome, input.path), kindOf(outcome));
 }
 
 } // namespace kestrine

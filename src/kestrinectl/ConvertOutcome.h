@@ -2,12 +2,16 @@
 #pragma once
 
 #include "kestrinectl/ConvertInputs.h"
-#include "kestrinectl/ConvertReport.h"
+#include "kestrinectl/ConvertResult.h"
 #include "models/ResizeJob.h"
 
 namespace kestrine {
 
-/// Adds the messages for one result of `input`.
-void addOutcome(ConvertResult& result, const ConvertInput& input, const JobOutcome& outcome);
+/// Adds what came of one recipe for `input`, the source of `result`.
+void addOutcome(ConvertResult& result, const ConvertInput& input, const ConversionRecipe& recipe,
+                const JobOutcome& outcome);
+
+/// The name of the preset that gave the recipe.
+std::optional<std::string> setOf(const ConversionRecipe& recipe);
 
 } // namespace kestrine

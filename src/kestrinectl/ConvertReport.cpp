@@ -1,6 +1,8 @@
 #include "kestrinectl/ConvertReport.h"
 
 #include "kestrinectl/Messages.h"
+#include "kestrinectl/ShownNumbers.h"
+#include "platform/host/process/Environment.h"
 #include "platform/host/process/Terminal.h"
 
 #include <iostream>
@@ -9,46 +11,51 @@ namespace kestrine {
 
 namespace {
 
-void printResult(const ConvertResult& result) {
-    for (const std::string& line : result.lines)
-        printLine(line);
-    std::cout.flush();
-    printMessages(result);
+/// Whether a line can be shown and taken back.
+bool canShowProgress() {
+    return isTerminal(OutputStream::standardError) && Environment::ofProcess().variable("TERM") != "dumb";
 }
 
 } // namespace
 
-void printMessages(const ConvertResult& result) {
-    for (const std::string& warning : result.warnings)
-        printWarning(warning);
-    for (const std::string& complaint : result.complaints)
-        printError(complaint);
-}
+ConvertReport::ConvertReport(std::size_t count, std::uint64_t bytes, ReportStyle style)
+    : count_(count), bytes_(bytes), style_(style),
+      showsProgress_(count > 1 && style.detail != ConvertDetail::none && canShowProgress()) {}
 
-ConvertReport::ConvertReport(std::size_t count, ReportStyle style)
-    : count_(count), style_(style),
-      showsProgress_(count > 1 && style == ReportStyle::usual && isTerminal(OutputStream::standardError)) {
-    showProgress();
-}
-
-ConvertReport::~ConvertReport() {
+void ConvertReport::end() {
     hideProgress();
     for (const auto& [position, result] : waiting_)
         print(result);
+    waiting_.clear();
+}
+
+void ConvertReport::found(const std::vector<ConvertResult>& findings, std::size_t otherFiles) {
+    for (const ConvertResult& finding : findings) {
+        print(finding);
+        totals_.add(finding);
+    }
+    totals_.otherFiles = otherFiles;
+    if (otherFiles > 0 && !style_.isJSON && style_.detail != ConvertDetail::none)
+        printError(counted(otherFiles, "other file") + " left out");
+    showProgress();
+}
+
+std::chrono::milliseconds ConvertReport::elapsed() const {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin_);
 }
 
 void ConvertReport::print(const ConvertResult& result) const {
-    if (style_ == ReportStyle::usual)
-        return printResult(result);
-    for (const std::string& complaint : result.complaints)
-        printError(complaint);
+    if (style_.isJSON)
+        std::cout << toJSON(result).dump() << "\n" << std::flush;
+    else
+        printResult(result, style_.detail);
 }
 
 void ConvertReport::finished(std::size_t position, ConvertResult result) {
     const std::lock_guard lock(mutex_);
     ++done_;
-    failures_ += result.complaints.empty() ? 0 : 1;
-    leftLying_ += result.isLeftLying ? 1 : 0;
+    bytesDone_ += result.sourceBytes;
+    totals_.add(result);
     waiting_.emplace(position, std::move(result));
     hideProgress();
     for (auto first = waiting_.find(next_); first != waiting_.end(); first = waiting_.find(++next_)) {
@@ -58,12 +65,14 @@ void ConvertReport::finished(std::size_t position, ConvertResult result) {
     showProgress();
 }
 
-void ConvertReport::showProgress() const {
+void ConvertReport::showProgress() {
     if (showsProgress_)
-        std::cerr << done_ << " of " << count_ << std::flush;
+        std::cerr << progressText(
+            {done_, count_, bytesDone_, bytes_, totals_.bytesBefore, totals_.bytesAfter, elapsed()})
+                  << std::flush;
 }
 
-void ConvertReport::hideProgress() const {
+void ConvertReport::hideProgress() {
     if (showsProgress_)
         std::cerr << "\r\033[K";
 }

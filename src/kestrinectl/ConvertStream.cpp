@@ -33,14 +33,14 @@ void writeToStandardOutput(const NSData& data) {
 
 } // namespace
 
-void convertStream(const ConversionRecipe& recipe, JobPolicy policy) {
+void convertStream(const ConversionRecipe& recipe, JobPolicy policy, ConvertDetail detail) {
     if (isTerminal(OutputStream::standardOutput))
         throw CommandError("the result is a picture; redirect standard output to a file", 2);
     const ResizeJob job{.recipes = {recipe}, .policy = policy, .content = readerOfBytes(standardInput())};
     const JobOutcome outcome = runJob(job).front();
-    ConvertResult result;
-    addOutcome(result, {shownInput, "", std::nullopt}, outcome);
-    printMessages(result);
+    ConvertResult result{.source = shownInput};
+    addOutcome(result, {shownInput, "", std::nullopt}, recipe, outcome);
+    printMessages(result, detail);
     if (outcome.data == nullptr)
         throw CommandError("the picture could not be converted as requested");
     writeToStandardOutput(*outcome.data);

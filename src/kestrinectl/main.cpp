@@ -8,6 +8,7 @@
 #include "kestrinectl/ExifCommand.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/SetsCommand.h"
+#include "kestrinectl/UndoCommand.h"
 #include "kestrinectl/Version.h"
 #include "kestrinectl/Words.h"
 #include "platform/host/process/StandardOutput.h"
@@ -32,6 +33,8 @@ int run(int count, char** values) {
     program.require_subcommand(1);
     kestrine::addSetsCommand(program);
     kestrine::addConvertCommand(program);
+    kestrine::addUndoCommand(program);
+    kestrine::addHistoryCommand(program);
     kestrine::addExifCommand(program);
     kestrine::addDoctorCommand(program);
     kestrine::addHelpCommand(program);

@@ -61,6 +61,7 @@ std::string valueOf(NameTemplate::Field field, const NameFacts& facts) {
 
 Result<NameTemplate> NameTemplate::parse(const std::string& text) {
     NameTemplate result;
+    result.text_ = text;
     std::string literal, outline; // of which a field is one letter
     const auto endLiteral = [&] {
         if (!literal.empty())

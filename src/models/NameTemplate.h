@@ -36,9 +36,13 @@ public:
     /// path that would be empty, "." or "..".
     std::string nameFor(const NameFacts& facts) const;
 
+    /// What was parsed.
+    const std::string& text() const { return text_; }
+
     bool operator==(const NameTemplate&) const = default;
 
 private:
+    std::string text_;
     std::vector<std::variant<std::string, Field>> pieces_;
 };
 

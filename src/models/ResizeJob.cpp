@@ -10,6 +10,7 @@
 #include "platform/host/FailureCollector.h"
 #include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
+#include "platform/host/files/PathParts.h"
 #include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
@@ -56,6 +57,7 @@ public:
         const std::shared_ptr<const NSData> data = convert(recipe, plan, outcome);
         if (outcome.isRepeated)
             return outcome;
+        outcome.bytes = data == nullptr ? 0 : data->length();
         if (recipe.place.isReturned) {
             outcome.data = data;
             return outcome;
@@ -73,7 +75,7 @@ public:
         if (job_.replacesFile())
             replace(data.get(), outcome);
         else
-            write(data.get(), nullptr, Durability::cached, outcome);
+            write(data.get(), nullptr, Durability::cached, intendedResult(data.get(), outcome.path), outcome);
         if (outcome.isWritten && time)
             (void)setModificationTime(outcome.path.utf8(), *time); // not every file system stores it
         return outcome;
@@ -193,14 +195,13 @@ private:
     /// Moves the original to the trash first, so that the result can get its name.
     void replace(const NSData* data, JobOutcome& outcome) const {
         std::optional<StagedFile> staged;
+        IntendedResult intended = intendedResult(data, outcome.path);
         if (job_.policy.onlyWithResult) {
-            if (const Result<void> possible = checkNameIsPossible(nameBesideOriginal(outcome.path).utf8());
-                !possible) {
-                outcome.failure = possible.failure();
-                return;
-            }
-            Result<StagedFile> written =
-                StagedFile::write(outcome.path.deletingLastPathComponent().utf8(), data->bytes());
+            const std::string folder = outcome.path.deletingLastPathComponent().utf8(),
+                              hidden = temporaryName();
+            intended.path = nameBesideOriginal(outcome.path).utf8();
+            intended.hiddenPath = joinedPath(folder, hidden);
+            Result<StagedFile> written = stage(intended, folder, hidden, data);
             if (!written) {
                 outcome.failure = written.failure();
                 return;
@@ -212,7 +213,24 @@ private:
             outcome.trashedPath = trashed->path;
         else
             outcome.trashFailure = trashed.failure();
-        write(data, staged ? &*staged : nullptr, Durability::synced, outcome);
+        write(data, staged ? &*staged : nullptr, Durability::synced, std::move(intended), outcome);
+    }
+
+    Result<StagedFile> stage(const IntendedResult& intended, const std::string& folder,
+                             const std::string& hiddenName, const NSData* data) const {
+        TRY(checkNameIsPossible(intended.path));
+        if (job_.recorder != nullptr)
+            TRY(job_.recorder->record(intended));
+        return StagedFile::write(folder, data->bytes(), hiddenName);
+    }
+
+    /// Without a path, which is not decided yet.
+    IntendedResult intendedResult(const NSData* data, const NSString& wanted) const {
+        return {.source = job_.path.utf8(),
+                .replacesSource = job_.replacesFile(),
+                .wanted = wanted.utf8(),
+                .content =
+                    job_.recorder == nullptr || data == nullptr ? ContentDigest() : digestOf(data->bytes())};
     }
 
     /// The name that a result gets when the original's name is free.
@@ -220,18 +238,57 @@ private:
         return wanted == job_.path ? wanted : uniqueFileName(wanted);
     }
 
+    /// The result of an earlier run that may be replaced by one that wants this name.
+    const EarlierResult* earlierResult(const std::string& wanted) const {
+        const auto found = std::ranges::find(job_.earlier, wanted, &EarlierResult::wanted);
+        if (found == job_.earlier.end())
+            return nullptr;
+        const Result<ContentDigest> content = digestOfFile(found->path);
+        return content && *content == found->content ? &*found : nullptr;
+    }
+
+    /// Records that the result is about to get this name, unless that is recorded already.
+    Result<void> recordName(IntendedResult& intended, const std::string& path) const {
+        if (job_.recorder == nullptr || intended.path == path)
+            return {};
+        intended.path = path;
+        return job_.recorder->record(intended);
+    }
+
+    /// Publishes a result under the first free name. Returns its path.
+    Result<std::string> publishUnderFreeName(const NSData& data, StagedFile* staged, Durability durability,
+                                             IntendedResult& intended) const {
+        const NSString wanted = NSString::fromUTF8(intended.wanted);
+        std::optional<Failure> unrecorded;
+        const auto candidates = [&](unsigned) {
+            const std::string path = uniqueFileName(wanted).utf8();
+            if (const Result<void> recorded = recordName(intended, path); !recorded)
+                unrecorded = recorded.failure();
+            return unrecorded ? "" : path; // no file can have an empty path
+        };
+        const Result<std::string> published = publish(data, staged, candidates, durability);
+        return unrecorded ? Result<std::string>(*unrecorded) : published;
+    }
+
+    /// Replaces the result of an earlier run. Returns its path.
+    Result<std::string> publishInPlaceOf(const EarlierResult& earlier, const NSData& data,
+                                         IntendedResult& intended) const {
+        TRY(recordName(intended, earlier.path));
+        TRY(replaceFile(earlier.path, data.bytes(), Durability::cached));
+        return earlier.path;
+    }
+
     /// Writes to the first free name. Sets the outcome's path, even if nothing is written.
-    static void write(const NSData* data, StagedFile* staged, Durability durability, JobOutcome& outcome) {
-        const NSString wanted = outcome.path;
-        const std::optional<Failure> folderFailure = makeFolders(wanted.deletingLastPathComponent());
-        outcome.path = uniqueFileName(wanted);
+    void write(const NSData* data, StagedFile* staged, Durability durability, IntendedResult intended,
+               JobOutcome& outcome) const {
+        const std::optional<Failure> folderFailure = makeFolders(outcome.path.deletingLastPathComponent());
+        const EarlierResult* earlier = data == nullptr ? nullptr : earlierResult(intended.wanted);
+        outcome.path = earlier == nullptr ? uniqueFileName(outcome.path) : NSString::fromUTF8(earlier->path);
         if (data == nullptr)
             return;
-        const NSString first = outcome.path;
-        const auto candidates = [&](unsigned attempt) {
-            return (attempt == 0 ? first : uniqueFileName(wanted)).utf8();
-        };
-        const Result<std::string> written = publish(*data, staged, candidates, durability);
+        const Result<std::string> written = earlier == nullptr
+                                                ? publishUnderFreeName(*data, staged, durability, intended)
+                                                : publishInPlaceOf(*earlier, *data, intended);
         outcome.isWritten = written.ok();
         if (written)
             outcome.path = NSString::fromUTF8(*written);

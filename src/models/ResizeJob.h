@@ -1,6 +1,7 @@
 // ResizeJob: a job as plain data, and its execution. ResizeUnit is its key-value interface.
 #pragma once
 
+#include "models/ChangeRecorder.h"
 #include "models/ConversionRecipe.h"
 #include "platform/foundation/NSData.h"
 #include "platform/host/Result.h"
@@ -35,6 +36,8 @@ struct ResizeJob {
     JobPolicy policy;
     std::size_t number = 1, count = 1;         ///< the file is the number-th of so many
     std::shared_ptr<const ByteReader> content; ///< null: that of the file at `path`
+    ChangeRecorder* recorder = nullptr;        ///< may be null; must outlive the run of the job
+    std::vector<EarlierResult> earlier;        ///< each is replaced by a result that wants the same name
 
     /// Whether the result replaces the original: there is one recipe only, and it is a replacing one.
     bool replacesFile() const { return recipes.size() == 1 && recipes.front().place.replaces; }
@@ -52,6 +55,7 @@ struct JobOutcome {
     std::shared_ptr<const NSData> data;   ///< of a result that is returned and not written; else nil
     const OutputFormat* format = nullptr; ///< null when there was none
     std::uint32_t width = 0, height = 0;  ///< in pixels; 0 when there was no result
+    std::uint64_t bytes = 0;              ///< the length of the result; 0 when there was none
     bool isLeftLying = false; ///< whether it is not upright although the file says how it should be turned
     std::optional<Failure> failure;      ///< why nothing was written
     std::optional<Failure> damage;       ///< why the decoder had to invent pixels, written or not

@@ -4,11 +4,12 @@ import subprocess
 import unittest
 from pathlib import Path
 
+import pictures
 from tools import BIN, ToolTest, main
 
 SHARE = Path(__file__).resolve().parent.parent.parent / "share"
 MANUAL = SHARE / "man/man1/kestrinectl.1"
-COMMANDS = [("convert",), ("exif",), ("doctor",), ("help",)] + [
+COMMANDS = [("convert",), ("undo",), ("history",), ("exif",), ("doctor",), ("help",)] + [
     ("sets", name)
     for name in ("list", "show", "add", "edit", "remove", "select", "export", "import", "where")
 ]
@@ -95,6 +96,12 @@ class Completion(ToolTest):
     def test_a_name_is_completed_after_quoting_characters_too(self):
         self.store({"name": "Web large"}, {"name": "Web"})
         self.assertEqual(self.completed("sets", "show", r"Web\ l"), [r"Web\ large"])
+
+    def test_runs_are_completed_for_undo(self):
+        pictures.image(pictures.photo(8, 8)).save(self.folder / "a.png")
+        for percent in ("50", "60"):
+            self.kestrinectl("convert", "--percent", percent, "--replace", "a.png")
+        self.assertEqual(self.completed("undo", ""), ["1", "2"])
 
     def test_files_are_completed_where_files_are_expected(self):
         (self.folder / "picture.jpg").touch()

@@ -1,6 +1,7 @@
 """Shared by the end-to-end tests: a temporary home, the built programs, presets written without our own code."""
 import os
 import plistlib
+import re
 import shutil
 import struct
 import subprocess
@@ -74,6 +75,20 @@ class Typedstream:
             self.bytes += self.shared("I") + self.integer(number)
         self.bytes += b"\x86"
         return self.bytes
+
+
+TOTALS = re.compile(r"(?:; |^kestrinectl: )\d+ files? (?:would be )?converted(?:, [^;]*)? in [\d.]+ m?s(?:; 'kestrinectl undo \d+' .*)?$")
+
+
+def without_totals(text):
+    """Messages without totals, which contain a time."""
+    lines = [TOTALS.sub("", line) for line in text.splitlines()]
+    return "".join(line + "\n" for line in lines if line)
+
+
+def messages_of(done):
+    """The lines on standard error without the program's name and without totals."""
+    return [line.removeprefix("kestrinectl: ") for line in without_totals(done.stderr.decode()).splitlines()]
 
 
 def is_built_with(*sanitizers):

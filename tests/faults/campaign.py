@@ -22,6 +22,8 @@ import invariants
 import plans
 from worlds import ACTIONS, BIN, NEWCOMER, World, scenarios
 
+from tools import without_totals  # found by worlds
+
 INJECTOR = os.environ["KESTRINE_FAULT_INJECTOR"]
 FAILING_ALLOCATION = os.environ["KESTRINE_FAILING_ALLOCATION"]
 KILLED, NOT_INJECTED = 200, 202
@@ -54,7 +56,8 @@ class Runner:
             return invariants.Outcome(None, b"", b"it does not end", False)
         base = os.fsencode(str(self.world.base))
         killed = command[0] == INJECTOR and done.returncode == KILLED
-        return invariants.Outcome(done.returncode, (done.stdout or b"").replace(base, b"BASE"), done.stderr or b"", killed)
+        messages = os.fsencode(without_totals(os.fsdecode(done.stderr or b"")))
+        return invariants.Outcome(done.returncode, (done.stdout or b"").replace(base, b"BASE"), messages, killed)
 
     def check(self, outcome, *disturbed):
         outcome.disturbed.update(disturbed)

@@ -3,6 +3,7 @@ import re
 
 from worlds import PREFERENCES_PATH, recorded_path
 
+STATE = "home/.local/state/kestrine/"
 TEMPORARY = re.compile(r"\.[0-9a-f]{16}\.kestrine-tmp$")
 
 
@@ -65,7 +66,7 @@ def new_files(scenario, expected, trash, after, outcome):
     for path, content in after.items():
         if scenario.files.get(path) == content or path in trash.paths:
             continue
-        if path == PREFERENCES_PATH and scenario.changes_presets:
+        if path == PREFERENCES_PATH and scenario.changes_presets or path.startswith(STATE):
             continue
         if TEMPORARY.search(path.split("/")[-1]) or ".kestrine-tmp/" in path:
             if not outcome.may_leave_litter:
@@ -163,6 +164,8 @@ def violations_despite(scenario, world, newcomer, after, outcome):
     for path, content in after.items():
         if TEMPORARY.search(path):
             yield f"{path} is litter"
+        elif path.startswith(STATE):
+            continue
         elif path not in scenario.files and path not in trash.paths and content not in scenario.files.values():
             if not is_whole_picture(content) and path not in (changed, scenario.folder + "/W"):
                 yield f"{path} is not a whole picture"

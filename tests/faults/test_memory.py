@@ -6,7 +6,7 @@ from pathlib import Path
 sys.path.insert(0, str(Path(__file__).parent.parent / "endtoend"))
 
 import pictures
-from tools import JPEG, ToolTest, is_sanitized, main
+from tools import JPEG, ToolTest, is_sanitized, main, messages_of
 
 LINES = b"a.jpg converting... and done!!\nb.jpg converting... and done!!\n"
 
@@ -78,7 +78,7 @@ class FailingAllocations(ToolTest):
             environment["KESTRINE_FAILING_ALLOCATIONS"] = f"{number}-"
             done = self.kestrinectl(*arguments, environment=environment)
             self.assertIn(done.returncode, (0, 1), number)
-            self.assertEqual(done.returncode == 1, b"kestrinectl: " in done.stderr, done)
+            self.assertEqual(done.returncode == 1, messages_of(done) != [], done)
             for name, content in self.results().items():
                 self.assertEqual(content, whole[name], number)
 

@@ -70,8 +70,8 @@ std::optional<Result<std::string>> publishNameless(int folder, const std::string
 }
 
 Result<TemporaryFile> writeNamed(int folder, const std::string& folderPath, ByteView content,
-                                 Durability durability) {
-    TemporaryFile file = TRY(TemporaryFile::create(folder, 0666, folderPath));
+                                 Durability durability, std::string name = temporaryName()) {
+    TemporaryFile file = TRY(TemporaryFile::create(folder, 0666, folderPath, std::move(name)));
     TRY(writeContent(file.descriptor(), content, durability));
     return file;
 }
@@ -129,16 +129,17 @@ Result<void> takeOverRights(int file, const struct stat& replaced) {
     return {};
 }
 
-Result<void> replaceEntry(const FolderEntry& entry, const std::string& folderPath, ByteView content) {
+Result<void> replaceEntry(const FolderEntry& entry, const std::string& folderPath, ByteView content,
+                          Durability durability) {
     std::optional<struct stat> replaced = TRY(examineReplaced(entry));
     TemporaryFile file = TRY(TemporaryFile::create(entry.folder, 0600, folderPath));
     if (replaced)
         TRY(takeOverRights(file.descriptor(), *replaced));
-    TRY(writeContent(file.descriptor(), content, Durability::synced));
+    TRY(writeContent(file.descriptor(), content, durability));
     if (::renameat(entry.folder, file.entry().name.c_str(), entry.folder, entry.name.c_str()) != 0)
         return systemFailure("cannot replace " + entry.name);
     file.wasRenamed();
-    return syncFolder(entry.folder);
+    return durability == Durability::synced ? syncFolder(entry.folder) : Result<void>();
 }
 
 } // namespace
@@ -166,9 +167,10 @@ Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView co
     return publishNewFile(candidates, content, durability, PublishMechanisms());
 }
 
-Result<StagedFile> StagedFile::write(const std::string& folder, ByteView content) {
+Result<StagedFile> StagedFile::write(const std::string& folder, ByteView content, std::string hiddenName) {
     FileDescriptor opened = TRY(openFolder(folder));
-    TemporaryFile file = TRY(writeNamed(opened.number(), folder, content, Durability::synced));
+    TemporaryFile file =
+        TRY(writeNamed(opened.number(), folder, content, Durability::synced, std::move(hiddenName)));
     return StagedFile(std::move(opened), std::move(file));
 }
 
@@ -178,13 +180,13 @@ Result<std::string> StagedFile::publish(const CandidatePaths& candidates) {
     return path;
 }
 
-Result<void> replaceFile(const std::string& path, ByteView content) {
+Result<void> replaceFile(const std::string& path, ByteView content, Durability durability) {
     TRY(checkPath(path));
     std::string target = TRY(followLinks(path));
     const std::string folderPath = folderOf(target);
     TRY(makePrivateFolders(folderPath));
     FileDescriptor folder = TRY(openFolder(folderPath));
-    return replaceEntry({folder.number(), nameOf(target)}, folderPath, content);
+    return replaceEntry({folder.number(), nameOf(target)}, folderPath, content, durability);
 }
 
 } // namespace kestrine

@@ -28,8 +28,10 @@ Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView co
 /// the destructor removes it. For work that may start only when nothing but the name is missing. Move-only.
 class StagedFile {
 public:
-    /// Writes the file into `folder` (mode 0666 minus the umask). Fails like publishNewFile.
-    static Result<StagedFile> write(const std::string& folder, ByteView content);
+    /// Writes the file into `folder` (mode 0666 minus the umask). Fails like publishNewFile. `hiddenName`
+    /// must come from temporaryName(); a crash may leave a file of that name.
+    static Result<StagedFile> write(const std::string& folder, ByteView content,
+                                    std::string hiddenName = temporaryName());
 
     /// Call once. Gives the file the first candidate name that is free, in the folder it was written to, and
     /// syncs the folder. Returns the chosen path, and fails like publishNewFile.
@@ -43,10 +45,11 @@ private:
     TemporaryFile file_;
 };
 
-/// Replaces the content of `path` in one step and syncs it. An existing file keeps its mode, and its owner
+/// Replaces the content of `path` in one step. An existing file keeps its mode, and its owner
 /// where that is possible. A symbolic link stays and its target is replaced. A new file has the mode 0600,
 /// and folders that had to be created for it have 0700. Fails with notPermitted for a write-protected file
 /// and with notRegularFile for anything that is not a regular file.
-Result<void> replaceFile(const std::string& path, ByteView content);
+Result<void> replaceFile(const std::string& path, ByteView content,
+                         Durability durability = Durability::synced);
 
 } // namespace kestrine

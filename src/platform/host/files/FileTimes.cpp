@@ -1,6 +1,7 @@
 #include "platform/host/files/FileTimes.h"
 
 #include "platform/host/files/FileAttributes.h"
+#include "platform/host/files/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

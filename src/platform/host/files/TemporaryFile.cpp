@@ -5,8 +5,9 @@
 
 namespace kestrine {
 
-Result<TemporaryFile> TemporaryFile::create(int folder, mode_t mode, const std::string& folderPath) {
-    FolderEntry entry{folder, temporaryName()};
+Result<TemporaryFile> TemporaryFile::create(int folder, mode_t mode, const std::string& folderPath,
+                                            std::string name) {
+    FolderEntry entry{folder, std::move(name)};
     FileDescriptor file(
         ::openat(folder, entry.name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
     if (!file.isOpen())

@@ -12,8 +12,9 @@ namespace kestrine {
 class TemporaryFile {
 public:
     /// Creates an empty file with `mode` minus the umask, and opens it for reading and writing. `folderPath`
-    /// is for the message of a failure.
-    static Result<TemporaryFile> create(int folder, mode_t mode, const std::string& folderPath);
+    /// is for the message of a failure. `name` must come from temporaryName().
+    static Result<TemporaryFile> create(int folder, mode_t mode, const std::string& folderPath,
+                                        std::string name = temporaryName());
 
     TemporaryFile(TemporaryFile&& other) noexcept
         : entry_{other.entry_.folder, std::exchange(other.entry_.name, {})}, file_(std::move(other.file_)) {}

@@ -33,6 +33,8 @@ std::string Environment::xdgDataHome() const { return baseFolder("XDG_DATA_HOME"
 
 std::string Environment::xdgConfigHome() const { return baseFolder("XDG_CONFIG_HOME", ".config"); }
 
+std::string Environment::xdgStateHome() const { return baseFolder("XDG_STATE_HOME", ".local/state"); }
+
 std::vector<std::string> Environment::xdgConfigDirs() const {
     const std::string list = variable("XDG_CONFIG_DIRS").value_or("") + ":";
     std::vector<std::string> folders;

@@ -32,6 +32,9 @@ public:
     /// XDG_CONFIG_HOME if it is an absolute path, otherwise .config in the home folder; "" without a home
     /// folder.
     std::string xdgConfigHome() const;
+    /// XDG_STATE_HOME if it is an absolute path, otherwise .local/state in the home folder; "" without a home
+    /// folder.
+    std::string xdgStateHome() const;
 
     /// The absolute paths in XDG_CONFIG_DIRS, most important first; /etc/xdg if there is none.
     std::vector<std::string> xdgConfigDirs() const;

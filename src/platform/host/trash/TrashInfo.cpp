@@ -2,6 +2,8 @@
 
 #include "platform/host/files/PathParts.h"
 
+#include <charconv>
+
 namespace kestrine {
 
 namespace {
@@ -20,6 +22,20 @@ std::string localTime(std::time_t when) {
     return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts)};
 }
 
+/// A percent sign without two hexadecimal digits stands for itself.
+std::string percentDecoded(std::string_view text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned char byte = 0;
+        const char *first = text.data() + i + 1, *last = first + 2;
+        const bool isCode =
+            text[i] == '%' && i + 2 < text.size() && std::from_chars(first, last, byte, 16).ptr == last;
+        bytes += isCode ? static_cast<char>(byte) : text[i];
+        i += isCode ? 2 : 0;
+    }
+    return bytes;
+}
+
 } // namespace
 
 std::string trashName(const std::string& original, unsigned attempt, std::size_t maxLength) {
@@ -36,6 +52,15 @@ std::string percentEncoded(std::string_view bytes) {
             (text += '%').append({digits[static_cast<unsigned char>(byte) >> 4], digits[byte & 15]});
     }
     return text;
+}
+
+std::optional<std::string> originalPathIn(std::string_view trashInfo) {
+    constexpr std::string_view key = "\nPath=";
+    const std::size_t found = trashInfo.find(key);
+    if (found == std::string_view::npos)
+        return std::nullopt;
+    const std::string_view rest = trashInfo.substr(found + key.size());
+    return percentDecoded(rest.substr(0, rest.find('\n')));
 }
 
 std::string trashInfoText(const std::string& originalPath, std::time_t when) {

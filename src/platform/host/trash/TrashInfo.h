@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <ctime>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,5 +18,8 @@ std::string percentEncoded(std::string_view bytes);
 
 /// The record of an item that was at `originalPath` and was deleted at `when`. The record has the local time.
 std::string trashInfoText(const std::string& originalPath, std::time_t when);
+
+/// The original path in a record; nullopt if it has none.
+std::optional<std::string> originalPathIn(std::string_view trashInfo);
 
 } // namespace kestrine

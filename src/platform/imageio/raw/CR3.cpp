@@ -1,3 +1,4 @@
+#include "platform/imageio/Box.h"
 #include "platform/imageio/heif/TopLevelBoxes.h"
 #include "platform/imageio/raw/Header.h"
 #include "platform/imageio/tiff/Exif.h"
@@ -8,35 +9,31 @@ namespace kestrine::raw {
 
 namespace {
 
-using heif::Box;
-using heif::Cursor;
-using heif::fourCC;
-
 constexpr std::size_t maxTracks = 16;
 
 std::vector<Box> boxesOf(ByteView content) {
-    Result<std::vector<Box>> boxes = heif::boxesIn(content);
+    Result<std::vector<Box>> boxes = boxesIn(content);
     return boxes ? *std::move(boxes) : std::vector<Box>();
 }
 
 /// The content of a box inside boxes, each in the one before; empty if there is none.
-ByteView contentAt(ByteView content, std::initializer_list<heif::FourCC> path) {
-    for (const heif::FourCC type : path)
-        content = heif::contentOf(boxesOf(content), type).value_or(ByteView());
+ByteView contentAt(ByteView content, std::initializer_list<FourCC> path) {
+    for (const FourCC type : path)
+        content = contentOf(boxesOf(content), type).value_or(ByteView());
     return content;
 }
 
 /// A track has one sample: a preview or the data of the sensor.
 struct Track {
-    Place sample;
+    FileRange sample;
     Sides sides{};
 };
 
 Track trackIn(ByteView content) {
     const std::vector<Box> table =
         boxesOf(contentAt(content, {fourCC("mdia"), fourCC("minf"), fourCC("stbl")}));
-    const auto cursorAt = [&table](heif::FourCC type) {
-        Cursor cursor(heif::contentOf(table, type).value_or(ByteView()));
+    const auto cursorAt = [&table](FourCC type) {
+        Cursor cursor(contentOf(table, type).value_or(ByteView()));
         cursor.skip(4); // version and flags
         return cursor;
     };
@@ -72,10 +69,10 @@ void addTracks(Header& header, const std::vector<Box>& movie) {
 /// The directories of EXIF are files of their own there.
 void addExif(Header& header, ByteView metadata) {
     const std::vector<Box> boxes = boxesOf(metadata);
-    if (!heif::contentOf(boxes, fourCC("CMT1")))
+    if (!contentOf(boxes, fourCC("CMT1")))
         return;
-    const auto structureOf = [&boxes](heif::FourCC type) {
-        return tiff::Structure(readerOfBytes(copied(heif::contentOf(boxes, type).value_or(ByteView()))));
+    const auto structureOf = [&boxes](FourCC type) {
+        return tiff::Structure(readerOfBytes(copied(contentOf(boxes, type).value_or(ByteView()))));
     };
     const tiff::Structure main = structureOf(fourCC("CMT1")), exif = structureOf(fourCC("CMT2"));
     const auto firstOf = [](const tiff::Structure& file) {

@@ -117,7 +117,7 @@ DecoderPointer largestPreview(const std::shared_ptr<const ByteReader>& reader, c
                               Sides sensor) {
     DecoderPointer best;
     const auto pixelsOf = [](const ImageDecoder& one) { return one.frames().front().format.pixels(); };
-    for (const Place& place : header.previews) {
+    for (const FileRange& place : header.previews) {
         const auto part = readerOfPart(reader, place.offset, place.length);
         std::array<std::uint8_t, 3> head{};
         if (part->readAt(0, head) != head.size() || !jpeg::codec.recognises(head))

@@ -40,18 +40,18 @@ std::uint64_t numberOf(const Structure& file, const Structure::Directory& direct
 }
 
 /// The only strip of a directory, or the JPEG file that it points to.
-std::optional<Place> streamOf(const Structure& file, const Structure::Directory& directory) {
+std::optional<FileRange> streamOf(const Structure& file, const Structure::Directory& directory) {
     const std::uint64_t pointed = numberOf(file, directory, jpegOffset);
     if (pointed != 0)
-        return Place{pointed, numberOf(file, directory, jpegLength)};
+        return FileRange{pointed, numberOf(file, directory, jpegLength)};
     const std::vector<std::uint64_t> strips = file.numbers(directory, stripOffsets, 1);
     if (strips.size() == 1)
-        return Place{strips.front(), numberOf(file, directory, stripByteCounts)};
+        return FileRange{strips.front(), numberOf(file, directory, stripByteCounts)};
     return std::nullopt;
 }
 
 /// The size in the header of a lossless JPEG stream; the components of a mosaic lie side by side.
-std::optional<Sides> sidesOfLosslessJPEG(const ByteReader& reader, const Place& place) {
+std::optional<Sides> sidesOfLosslessJPEG(const ByteReader& reader, const FileRange& place) {
     constexpr std::uint32_t startOfFrame = 0xffc3;
     constexpr int maxSegments = 16;
     std::array<std::uint8_t, 10> segment{};
@@ -92,7 +92,7 @@ public:
 
 private:
     void addDirectory(const Structure::Directory& directory) {
-        const std::optional<Place> stream = streamOf(file_, directory);
+        const std::optional<FileRange> stream = streamOf(file_, directory);
         if (tiff::holdsSensorData(file_, directory))
             addSensor(sidesOf(directory, stream));
         else if (stream)
@@ -110,7 +110,7 @@ private:
     }
 
     std::optional<Sides> sidesOf(const Structure::Directory& directory,
-                                 const std::optional<Place>& stream) const {
+                                 const std::optional<FileRange>& stream) const {
         const std::optional<Sides> stored =
             sidesOf(numberOf(file_, directory, imageWidth), numberOf(file_, directory, imageLength));
         return stored || !stream ? stored : sidesOfLosslessJPEG(*reader_, *stream);
@@ -122,7 +122,7 @@ private:
         return Sides{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
     }
 
-    void addPreview(const Place& place) {
+    void addPreview(const FileRange& place) {
         if (header_.previews.size() < maxPreviews && place.offset != 0 && place.length != 0)
             header_.previews.push_back(place);
     }

@@ -1,6 +1,7 @@
 // Header: what a camera raw file holds beside the data of the sensor.
 #pragma once
 
+#include "platform/imageio/Box.h"
 #include "platform/imageio/ImageCodec.h"
 
 #include <optional>
@@ -10,16 +11,11 @@ namespace kestrine::raw {
 
 using Sides = FrameDescription::Sides;
 
-/// A part of the file.
-struct Place {
-    std::uint64_t offset = 0, length = 0;
-};
-
 struct Header {
-    std::vector<Place> previews;    ///< JPEG files, perhaps; at most 16
-    std::optional<Sides> sensor;    ///< of the picture that its data make, lying or standing
-    std::optional<int> orientation; ///< EXIF, 1 to 8
-    Bytes exif;                     ///< as in the file; empty if the preview has it
+    std::vector<FileRange> previews; ///< JPEG files, perhaps; at most 16
+    std::optional<Sides> sensor;     ///< of the picture that its data make, lying or standing
+    std::optional<int> orientation;  ///< EXIF, 1 to 8
+    Bytes exif;                      ///< as in the file; empty if the preview has it
 };
 
 /// Formats with the directories of TIFF: most of them.

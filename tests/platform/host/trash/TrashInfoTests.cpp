@@ -60,5 +60,12 @@ TEST(TrashInfo, theRecordHasPathAndLocalTime) {
     });
 }
 
+TEST(TrashInfo, theOriginalPathIsReadBack) {
+    for (const std::string path : {"/a b", "/100% fun", "/\xFF\n", "/%41%4"})
+        EXPECT_EQ(originalPathIn(trashInfoText(path, 0)), path);
+    EXPECT_EQ(originalPathIn("[Trash Info]\nPath=/50%\n"), "/50%") << "as careless programs write it";
+    EXPECT_EQ(originalPathIn("[Trash Info]\n"), std::nullopt);
+}
+
 } // namespace
 } // namespace kestrine

@@ -1,0 +1,56 @@
+// ConvertResult: what came of one file or folder of a conversion, as plain data for lines and JSON.
+#pragma once
+
+#include "platform/imageio/OutputFormats.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kestrine {
+
+enum class ConvertStatus : std::uint8_t {
+    done,
+    skipped, ///< nothing had to be made
+    failed,
+    leftOut, ///< not to be converted, although it was found
+    would,   ///< a dry run
+};
+
+/// One file that was made, or that would be.
+struct ConvertOutput {
+    std::string path;                     ///< absolute
+    std::optional<std::string> set;       ///< the name of the preset
+    const OutputFormat* format = nullptr; ///< null if that is not known yet
+    std::uint32_t width = 0, height = 0;  ///< in pixels; 0 if that is not known yet
+    std::uint64_t bytes = 0;
+};
+
+/// Why something failed.
+struct ConvertComplaint {
+    std::string text;      ///< a sentence without the source
+    std::string_view kind; ///< "damaged", for totals
+};
+
+struct ConvertResult {
+    std::string source; ///< as shown
+    ConvertStatus status = ConvertStatus::done;
+    std::vector<ConvertOutput> outputs;
+    std::string reason;                       ///< why it was skipped or left out
+    std::string sentence;                     ///< for people: what was left out, and why; "" for nothing
+    std::vector<std::string> warnings;        ///< sentences without the source; no failure
+    std::vector<ConvertComplaint> complaints; ///< none when everything succeeded
+    std::uint64_t sourceBytes = 0;
+    std::chrono::milliseconds duration{0};
+    bool isUpToDate = false;  ///< skipped because an earlier run made its results
+    bool isFolder = false;    ///< whether the source is a folder that is not counted as a file
+    bool isLeftLying = false; ///< whether a result is not upright although the file says how to turn it
+
+    /// Adds a complaint unless the same one is there; the result has failed.
+    void complain(const std::string& text, std::string_view kind);
+};
+
+} // namespace kestrine

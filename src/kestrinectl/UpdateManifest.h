@@ -1,0 +1,87 @@
+// UpdateManifest: which results earlier runs have made of which sources, so that `convert --update` makes
+// only what is missing or out of date. A file of JSON lines; after a crash it still names every result of a
+// run.
+#pragma once
+
+#include "models/ResizeJob.h"
+#include "platform/host/files/FileMark.h"
+#include "platform/host/files/LineLog.h"
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace kestrine {
+
+/// Any thread may call its functions while no other object uses the same file.
+class UpdateManifest final : public ChangeRecorder {
+public:
+    /// What to do while another process uses the file.
+    enum class WhenBusy : bool { waits, fails };
+
+    /// Opens or creates the manifest at `path`. Throws CommandError if it cannot be written, is in use, is of
+    /// a newer version, or is another kind of file.
+    UpdateManifest(const std::string& path, WhenBusy whenBusy);
+
+    /// Where the manifest for the results in `outFolder` is; "" stands for results beside their originals.
+    static std::string pathFor(const std::string& outFolder);
+
+    enum class Status : std::uint8_t {
+        missing, ///< there are no results, or they are out of date
+        current,
+        edited, ///< as `current`, but a result was changed since
+    };
+    Status statusOf(const ResizeJob& job) const;
+
+    /// What is known of the results that a job is about to make again.
+    struct Earlier {
+        std::vector<EarlierResult> replaceable;
+        std::vector<std::string> edited; ///< the paths of those that were changed since
+        FileMark source;                 ///< of the source before it is converted
+    };
+    Earlier earlierResults(const ResizeJob& job) const;
+
+    /// Notes results that are about to be published.
+    Result<void> record(const IntendedResult& result) override;
+
+    /// Notes that all results of a job are there. `source` is the mark of its source before the conversion.
+    Result<void> finished(const ResizeJob& job, const FileMark& source,
+                          const std::vector<JobOutcome>& outcomes);
+
+private:
+    struct MadeFile {
+        std::string wanted, path;
+        FileMark mark; ///< only length and time
+        ContentDigest content;
+    };
+    struct Made {
+        FileMark source; ///< only length and time
+        std::string options;
+        std::vector<MadeFile> files;
+    };
+    struct Source {
+        std::vector<Made> made;         ///< by options
+        std::vector<MadeFile> intended; ///< begun, perhaps by a run that was killed; without a mark
+    };
+
+    void read(const std::string& line);
+    void add(const std::string& source, Made made);
+    bool isOurs(const Source& source, const std::string& path, const FileMark& mark) const;
+    std::string optionsOf(const ResizeJob& job) const;
+    const std::string& folderWithoutLinks(const std::string& folder) const;
+    std::string keyOf(const std::string& path) const;
+    void shorten(std::size_t lineCount);
+    static std::string intentionLine(const std::string& source, const MadeFile& file);
+    static std::string lineOf(const std::string& source, const Made& made);
+
+    mutable std::mutex mutex_; // guards all members
+    LineLog log_;
+    int version_ = 0;
+    std::map<std::string, Source> sources_; ///< by path, without links in the folder part
+    mutable ConversionRecipes recipes_;     ///< whose text is
+    mutable std::string recipesText_;
+    mutable std::map<std::string, std::string> folders_; ///< without links, by path
+};
+
+} // namespace kestrine

@@ -1,0 +1,36 @@
+// ChangeRecorder: learns what jobs are about to do to files, so that it can be undone or continued later.
+#pragma once
+
+#include "platform/host/files/ContentDigest.h"
+
+#include <string>
+
+namespace kestrine {
+
+/// A result that is about to be published.
+struct IntendedResult {
+    std::string source;          ///< the path of the file that is converted
+    bool replacesSource = false; ///< whether the source is about to go to the trash
+    std::string wanted;          ///< the path that the result gets if its name is free
+    std::string path;            ///< the path that it is about to get
+    std::string hiddenPath;      ///< of the hidden file that holds the content until then; "" for none
+    ContentDigest content;
+};
+
+class ChangeRecorder {
+public:
+    virtual ~ChangeRecorder() = default;
+
+    /// Called before anything of this changes a file. The result is not made if it fails. If the name is lost
+    /// to another program, there is one more call with the next name. Any thread.
+    virtual Result<void> record(const IntendedResult& result) = 0;
+};
+
+/// A result of an earlier run that the result of a job may replace.
+struct EarlierResult {
+    std::string wanted; ///< see IntendedResult
+    std::string path;
+    ContentDigest content; ///< it is replaced only if it still has this content
+};
+
+} // namespace kestrine

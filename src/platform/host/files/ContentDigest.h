@@ -1,0 +1,26 @@
+// ContentDigest: a number that tells contents apart. It finds accidental changes, not attacks.
+#pragma once
+
+#include "platform/host/Bytes.h"
+#include "platform/host/Result.h"
+
+#include <compare>
+#include <cstdint>
+#include <string>
+
+namespace kestrine {
+
+struct ContentDigest {
+    std::uint64_t bytes = 0;  ///< the length of the content
+    std::uint64_t number = 0; ///< FNV-1a, 64 bits
+
+    auto operator<=>(const ContentDigest&) const = default;
+};
+
+ContentDigest digestOf(ByteView content);
+ContentDigest digestOf(const std::string& content);
+
+/// The digest of a regular file's content.
+Result<ContentDigest> digestOfFile(const std::string& path);
+
+} // namespace kestrine

@@ -1,0 +1,126 @@
+#include "platform/host/files/LineLog.h"
+
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
+#include "platform/host/files/TemporaryFile.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kestrine {
+
+namespace {
+
+constexpr int logFlags = O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY;
+
+ByteView viewOf(const std::string& text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+Result<FileDescriptor> openLog(const std::string& path, int flags) {
+    FileDescriptor file(::open(path.c_str(), flags, 0600));
+    if (!file.isOpen())
+        return systemFailure("cannot write " + path);
+    return file;
+}
+
+/// Whether the path still names the open file; another process may have rewritten it.
+bool isAt(const std::string& path, int file) {
+    struct stat opened {
+    }, there{};
+    return ::fstat(file, &opened) == 0 && ::stat(path.c_str(), &there) == 0 && isSameItem(opened, there);
+}
+
+Result<void> lock(int file, const std::string& path, const std::function<bool()>& mayWait) {
+    int operation = LOCK_EX | LOCK_NB;
+    while (::flock(file, operation) != 0) {
+        const int error = errno;
+        if (error == EWOULDBLOCK && !mayWait())
+            return Failure{Reason::alreadyExists, "another run uses " + path};
+        if (error == EWOULDBLOCK)
+            operation = LOCK_EX;
+        else if (error != EINTR)
+            return systemFailure("cannot lock " + path, error);
+    }
+    return {};
+}
+
+} // namespace
+
+Result<LineLog> LineLog::open(const std::string& path, const std::function<bool()>& mayWait) {
+    for (;;) {
+        FileDescriptor file = TRY(openLog(path, logFlags));
+        TRY(lock(file.number(), path, mayWait));
+        if (isAt(path, file.number()))
+            return LineLog(path, std::move(file));
+    }
+}
+
+Result<LineLog> LineLog::create(const std::string& path) {
+    FileDescriptor file = TRY(openLog(path, logFlags | O_EXCL));
+    TRY(lock(file.number(), path, [] { return true; }));
+    return LineLog(path, std::move(file));
+}
+
+Result<std::vector<std::string>> LineLog::lines() const {
+    struct stat status {};
+    if (::fstat(file_.number(), &status) != 0)
+        return systemFailure("cannot read " + path_);
+    std::string content(static_cast<std::size_t>(status.st_size), '\0');
+    std::size_t length = 0;
+    while (length < content.size()) {
+        const ssize_t count = ::pread(file_.number(), content.data() + length, content.size() - length,
+                                      static_cast<off_t>(length));
+        if (count < 0 && errno != EINTR)
+            return systemFailure("cannot read " + path_);
+        if (count == 0)
+            break;
+        length += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    std::vector<std::string> lines;
+    for (std::size_t begin = 0, end = 0; (end = content.find('\n', begin)) < length; begin = end + 1)
+        lines.push_back(content.substr(begin, end - begin));
+    return lines;
+}
+
+Result<void> LineLog::append(const std::string& line, Durability durability) {
+    std::string text = line + "\n";
+    if (!endsInLine_) {
+        struct stat status {};
+        char last = '\n';
+        if (::fstat(file_.number(), &status) == 0 && status.st_size > 0)
+            (void)(::pread(file_.number(), &last, 1, status.st_size - 1) == 1);
+        text.insert(0, last == '\n' ? "" : "\n");
+    }
+    endsInLine_ = false;
+    TRY(writeAll(file_.number(), viewOf(text)));
+    endsInLine_ = true;
+    if (durability == Durability::synced && ::fdatasync(file_.number()) != 0)
+        return systemFailure("cannot write " + path_ + " to the disk");
+    return {};
+}
+
+Result<void> LineLog::rewrite(const std::vector<std::string>& lines) {
+    const std::string folderPath = folderOf(path_);
+    const FileDescriptor folder = TRY(openFolder(folderPath));
+    TemporaryFile file = TRY(TemporaryFile::create(folder.number(), 0600, folderPath));
+    std::string text;
+    for (const std::string& line : lines)
+        text += line + "\n";
+    TRY(writeAll(file.descriptor(), viewOf(text)));
+    TRY(finishWriting(file.descriptor(), Durability::synced));
+    FileDescriptor next =
+        TRY(openLog(joinedPath(folderPath, file.entry().name), O_RDWR | O_APPEND | O_CLOEXEC));
+    TRY(lock(next.number(), path_, [] { return true; }));
+    if (::renameat(folder.number(), file.entry().name.c_str(), folder.number(), nameOf(path_).c_str()) != 0)
+        return systemFailure("cannot replace " + path_);
+    file.wasRenamed();
+    file_ = std::move(next);
+    endsInLine_ = true;
+    return {};
+}
+
+} // namespace kestrine

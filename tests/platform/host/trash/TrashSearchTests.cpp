@@ -1,0 +1,82 @@
+#include "platform/host/trash/TrashSearch.h"
+
+#include "tests/platform/host/trash/TrashTesting.h"
+#include "tests/support/IsolatedProcess.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kestrine {
+namespace {
+
+using testing::isEmptyTrash;
+using testing::mountFileSystem;
+using testing::readFile;
+using testing::runWithOwnMounts;
+using TrashSearching = testing::TrashTest;
+
+std::int64_t modifiedOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
+    return status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec;
+}
+
+TEST_F(TrashSearching, anItemIsFoundByItsPlaceAndTakenOutAsItWas) {
+    const std::string path = folder_.write("work/a %41\xFF.jpg", "picture");
+    const std::int64_t modified = modifiedOf(path);
+    ASSERT_TRUE(trash(path));
+    const std::vector<TrashedItem> items = TrashSearch(environment_).itemsFrom(path);
+    ASSERT_EQ(items.size(), 1);
+    EXPECT_TRUE(takeOutOfTrash(items.front(), path));
+    EXPECT_EQ(readFile(path), "picture");
+    EXPECT_EQ(modifiedOf(path), modified);
+    EXPECT_TRUE(isEmptyTrash(trash_));
+}
+
+TEST_F(TrashSearching, everyItemFromAPlaceIsFoundAndNoOther) {
+    for (const char* content : {"first", "second"})
+        ASSERT_TRUE(trash(folder_.write("work/a.jpg", content)));
+    ASSERT_TRUE(trash(folder_.write("work/b.jpg", "other")));
+    TrashSearch search(environment_);
+    EXPECT_EQ(search.itemsFrom(work_ + "/a.jpg").size(), 2);
+    EXPECT_EQ(search.itemsFrom(work_ + "/c.jpg").size(), 0);
+}
+
+TEST_F(TrashSearching, withoutATrashNothingIsFoundAndNoneIsMade) {
+    EXPECT_TRUE(TrashSearch(environment_).itemsFrom(work_ + "/a.jpg").empty());
+    EXPECT_FALSE(std::filesystem::exists(trash_));
+}
+
+TEST_F(TrashSearching, aTakenNameIsNotReplaced) {
+    const std::string path = folder_.write("work/a.jpg", "picture");
+    ASSERT_TRUE(trash(path));
+    folder_.write("work/a.jpg", "newer");
+    const TrashedItem item = TrashSearch(environment_).itemsFrom(path).at(0);
+    EXPECT_EQ(takeOutOfTrash(item, path).failure().reason, Reason::alreadyExists);
+    EXPECT_EQ(readFile(path), "newer");
+    EXPECT_EQ(readFile(item.path), "picture");
+}
+
+TEST_F(TrashSearching, itemsOfOtherFileSystemsAreFoundInTheirOwnTrashAndInTheHomeTrash) {
+    runWithOwnMounts([&] {
+        mountFileSystem(work_ + "/volume", 1024);
+        const std::string path = folder_.write("work/volume/a.jpg", "picture");
+        ASSERT_TRUE(trash(path));
+        const TrashedItem own = TrashSearch(environment_).itemsFrom(path).at(0);
+        EXPECT_TRUE(own.path.starts_with(work_ + "/volume/.Trash-")) << own.path;
+        ASSERT_TRUE(takeOutOfTrash(own, path));
+
+        std::filesystem::remove_all(std::filesystem::path(own.path).parent_path().parent_path());
+        folder_.write("work/volume/.Trash-" + std::to_string(::geteuid()), "in the way");
+        ASSERT_TRUE(trash(path));
+        const TrashedItem copied = TrashSearch(environment_).itemsFrom(path).at(0);
+        EXPECT_TRUE(copied.path.starts_with(trash_)) << copied.path;
+        EXPECT_TRUE(takeOutOfTrash(copied, path));
+        EXPECT_EQ(readFile(path), "picture");
+        EXPECT_TRUE(isEmptyTrash(trash_));
+    });
+}
+
+} // namespace
+} // namespace kestrine
