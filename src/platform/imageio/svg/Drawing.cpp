@@ -1,6 +1,6 @@
 #include "platform/imageio/svg/Drawing.h"
 
-#include "platform/imageio/AlphaDivision.h"
+#include "platform/coregraphics/Premultiplication.h"
 
 #include <algorithm>
 #include <array>
@@ -109,7 +109,7 @@ Result<PixelBuffer> drawArea(const Functions& library, Document& document, Natur
     PixelBuffer pixels(RowFormat{area.width, area.height, ColorModel::rgb, true, SampleDepth::bits8});
     for (std::size_t y = 0; y < area.height; ++y)
         unpack(std::span(drawn).subspan(y * area.width, area.width), pixels.row(y));
-    divideByAlpha(pixels.bytes, 4);
+    undoPremultiplication(pixels.format, pixels.bytes);
     return pixels;
 }
 
