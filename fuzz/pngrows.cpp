@@ -47,11 +47,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto reader = std::make_unique<png::LibraryReader>(file);
     if (!reader->readHeader())
         return 0;
-    RowSourcePointer fastRows = png::openFastRows(*reader, file);
+    RowSourcePointer fastRows = png::openFastRows(*reader, file, std::make_shared<DamageRecord>());
     if (!fastRows)
         std::abort(); // ISA-L is not installed, or a kind is not supported
     const Result<PixelBuffer> fast = pixelsOf(std::move(fastRows));
-    const Result<PixelBuffer> expected = pixelsOf(std::make_unique<png::LibraryRows>(std::move(reader)));
+    const Result<PixelBuffer> expected =
+        pixelsOf(std::make_unique<png::LibraryRows>(std::move(reader), std::make_shared<DamageRecord>()));
     if (fast.ok() != expected.ok() || (fast && fast->bytes != expected->bytes))
         std::abort();
     return 0;

@@ -2,7 +2,10 @@
 // stored from the top or from the bottom.
 
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/PartReader.h"
 #include "platform/imageio/bmp/Rows.h"
+
+#include <array>
 
 namespace kestrine::bmp {
 
@@ -27,8 +30,19 @@ private:
     const Header header_;
 };
 
+bool recognises(ByteView head) { return isBMP(head) || isBMPArray(head); }
+
+/// The rest of an array of bitmaps is in the resolutions and colours of other screens.
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    std::array<std::uint8_t, 32> head{};
+    const bool isArray = isBMPArray(ByteView(head).first(reader->readAt(0, head)));
+    if (isArray)
+        reader = readerFrom(std::move(reader), arrayHeaderLength);
     Header header = TRY(readHeader(*reader));
+    if (isArray && header.pixelOffset < arrayHeaderLength)
+        return Failure{Reason::malformed, "the BMP has no place for its pixels"};
+    if (isArray)
+        header.pixelOffset -= arrayHeaderLength;
     if (header.format().pixels() == 0)
         return Failure{Reason::empty, "the BMP has no pixels"};
     if (!header.format().isWithinLimits())
@@ -38,6 +52,6 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec = {"BMP", isBMP, open};
+const ImageCodec codec = {"BMP", recognises, open};
 
 } // namespace kestrine::bmp

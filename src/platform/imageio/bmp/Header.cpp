@@ -193,6 +193,11 @@ bool isBMP(ByteView head) {
                           | std::uint32_t{head[17]} << 24);
 }
 
+bool isBMPArray(ByteView head) {
+    return head.size() > arrayHeaderLength && head[0] == 'B' && head[1] == 'A'
+           && isBMP(head.subspan(arrayHeaderLength));
+}
+
 Result<Header> readHeader(const ByteReader& reader) { return readHeader(reader, true); }
 
 Result<Header> readIconHeader(const ByteReader& reader) { return readHeader(reader, false); }

@@ -31,6 +31,11 @@ struct Header {
 /// Whether a file that begins with `head` is a BMP: it has the signature and a known header length.
 bool isBMP(ByteView head);
 
+/// Whether it is a list of several bitmaps (OS/2). The first one begins after arrayHeaderLength bytes; its
+/// offset of pixels counts from the start of the file.
+bool isBMPArray(ByteView head);
+inline constexpr std::size_t arrayHeaderLength = 14;
+
 /// Reads all fields. The sides may be 0 or larger than pictures may be, but each is at most maximumSide.
 Result<Header> readHeader(const ByteReader& reader);
 

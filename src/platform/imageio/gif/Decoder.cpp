@@ -118,17 +118,29 @@ Result<void> Stream::readExtension() {
     return status == GIF_OK ? Result<void>{} : failureOf(file_->Error);
 }
 
+Bytes colorsIn(const ColorMapObject& map) {
+    Bytes colors;
+    for (const GifColorType& color : std::span(map.Colors, static_cast<std::size_t>(map.ColorCount)))
+        colors.insert(colors.end(), {color.Red, color.Green, color.Blue});
+    return colors;
+}
+
+/// For a file without colour table.
+Bytes greys() {
+    Bytes colors;
+    for (unsigned grey = 0; grey < 256; ++grey)
+        colors.insert(colors.end(), 3, static_cast<std::uint8_t>(grey));
+    return colors;
+}
+
 /// As in viewers, a screen that is too small is enlarged to hold the picture, and a screen without a size
 /// gets that of the picture.
 Result<void> Stream::layOut() {
     const GifImageDesc& image = file_->Image;
     const ColorMapObject* map = image.ColorMap ? image.ColorMap : file_->SColorMap;
-    if (!map)
-        return Failure{Reason::malformed, "the GIF file has no colour table"};
     if (image.Width <= 0 || image.Height <= 0)
         return Failure{Reason::empty, "the first picture of the GIF file has no pixels"};
-    for (const GifColorType& color : std::span(map->Colors, static_cast<std::size_t>(map->ColorCount)))
-        layout_.colors.insert(layout_.colors.end(), {color.Red, color.Green, color.Blue});
+    layout_.colors = map != nullptr ? colorsIn(*map) : greys();
     layout_.isInterlaced = image.Interlace;
     layout_.width = static_cast<std::uint32_t>(image.Width);
     layout_.height = static_cast<std::uint32_t>(image.Height);
@@ -183,6 +195,7 @@ private:
     void paint(std::span<const std::uint8_t> indices, std::span<std::uint8_t> pixels) const;
 
     void checkCodes() const;
+    Result<void> endAt(const Failure& damage);
 
     const std::shared_ptr<const ByteReader> reader_;
     const std::shared_ptr<DamageRecord> damage_;
@@ -192,7 +205,10 @@ private:
     Bytes evenRows_; ///< indices of the rows before the last pass, if an interlaced picture is small
     std::array<std::array<std::uint8_t, 4>, 256> pixelOfIndex_; ///< red, green, blue, alpha
     std::uint32_t next_ = 0;
-    Bytes indices_; ///< of the current row
+    Bytes indices_;        ///< of the current row
+    bool hasRows_ = false; ///< whether indices of a row were read
+    bool isDamaged_ = false;
+    bool lacksOddRows_ = false; ///< of an interlaced picture that is held
 };
 
 /// Indices outside the colour table are black.
@@ -211,13 +227,24 @@ Rows::Rows(std::unique_ptr<Stream> stream, std::shared_ptr<const ByteReader> rea
 Result<void> Rows::readRow(std::span<std::uint8_t> row) {
     std::ranges::fill(row, std::uint8_t{0});
     const std::uint32_t y = next_++;
-    if (y < layout_.top || y - layout_.top >= layout_.height)
+    if (isDamaged_ || y < layout_.top || y - layout_.top >= layout_.height)
         return {};
-    TRY(readIndices());
+    if (const Result<void> read = readIndices(); !read)
+        return endAt(read.failure());
+    hasRows_ = true;
     if (next_ == layout_.top + layout_.height)
         checkCodes();
     const std::size_t bytesPerPixel = format().bytesPerPixel();
     paint(indices_, row.subspan(layout_.left * bytesPerPixel, layout_.width * bytesPerPixel));
+    return {};
+}
+
+/// What follows is clear, or black in a picture without alpha. Without any sound row there is a failure.
+Result<void> Rows::endAt(const Failure& damage) {
+    if (!hasRows_ || damage.reason == Reason::tooLarge)
+        return damage;
+    damage_->note(damage);
+    isDamaged_ = true;
     return {};
 }
 
@@ -239,7 +266,7 @@ Result<void> Rows::readInterlacedIndices(std::uint32_t y) {
     const bool isHeld = std::uint64_t{layout_.width} * layout_.height <= maxHeldPixels;
     if (isHeld && y == 0)
         TRY(holdEvenRows());
-    if (isHeld && y % 2 == 0) {
+    if (isHeld && (y % 2 == 0 || lacksOddRows_)) {
         std::copy_n(evenRows_.begin() + std::ptrdiff_t{y / 2} * layout_.width, layout_.width,
                     indices_.begin());
         return {};
@@ -249,16 +276,35 @@ Result<void> Rows::readInterlacedIndices(std::uint32_t y) {
         ++pass;
     if (streams_[pass] == nullptr)
         TRY(startPass(pass));
-    return streams_[pass]->readIndices(indices_);
+    const Result<void> read = streams_[pass]->readIndices(indices_);
+    if (read || !isHeld)
+        return read;
+    lacksOddRows_ = true;
+    damage_->note(read.failure());
+    return readInterlacedIndices(y);
 }
 
-/// Reads all passes but the last, which has the odd rows.
+/// Reads all passes but the last, which has the odd rows. After damage, missing rows are copies of those
+/// above them, as viewers show a picture that is still being loaded.
 Result<void> Rows::holdEvenRows() {
     evenRows_.resize(std::size_t{layout_.width} * ((layout_.height + 1) / 2));
+    const auto row = [this](std::uint32_t y) {
+        return std::span(evenRows_).subspan(std::size_t{y} / 2 * layout_.width, layout_.width);
+    };
+    std::vector<bool> isRead((layout_.height + 1) / 2);
+    Result<void> read;
     for (const Pass& pass : std::span(passes).first(passes.size() - 1))
-        for (std::uint32_t y = pass.first; y < layout_.height; y += pass.step)
-            TRY(streams_.front()->readIndices(
-                std::span(evenRows_).subspan(std::size_t{y} / 2 * layout_.width, layout_.width)));
+        for (std::uint32_t y = pass.first; read && y < layout_.height; y += pass.step) {
+            read = streams_.front()->readIndices(row(y));
+            isRead[y / 2] = read.ok();
+        }
+    if (read || !isRead.front())
+        return read;
+    lacksOddRows_ = true;
+    damage_->note(read.failure());
+    for (std::uint32_t y = 2; y < layout_.height; y += 2)
+        if (!isRead[y / 2])
+            std::ranges::copy(row(y - 2), row(y).begin());
     return {};
 }
 

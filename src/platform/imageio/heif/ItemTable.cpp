@@ -172,12 +172,12 @@ const Item* ItemTable::item(ItemID id) const {
     return found == items.end() ? nullptr : &found->second;
 }
 
-void ItemReferences::add(FourCC type, ItemID from, std::vector<ItemID> to) {
+void ItemReferences::add(FourCC type, ItemID from, const std::vector<ItemID>& to) {
     for (const ItemID target : to)
         if (std::vector<ItemID>& sources = sources_[{type, target}];
             sources.empty() || sources.back() != from)
             sources.push_back(from);
-    targets_.try_emplace({type, from}, std::move(to));
+    targets_.try_emplace({type, from}, to);
 }
 
 const std::vector<ItemID>& ItemReferences::list(const Lists& lists, FourCC type, ItemID id) {

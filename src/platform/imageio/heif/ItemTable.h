@@ -27,7 +27,7 @@ struct Item {
 class ItemReferences {
 public:
     /// Of two references with the same type and start, the first one counts.
-    void add(FourCC type, ItemID from, std::vector<ItemID> to);
+    void add(FourCC type, ItemID from, const std::vector<ItemID>& to);
 
     /// What the reference of that type from `from` leads to; empty if there is none.
     const std::vector<ItemID>& targets(FourCC type, ItemID from) const { return list(targets_, type, from); }

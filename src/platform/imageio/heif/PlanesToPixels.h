@@ -25,7 +25,7 @@ private:
     PlanesToPixels(const DecodedPlanes& planes, const RowFormat& layout) : planes_(planes), layout_(layout) {}
 
     void loadBrightness(std::uint32_t y, std::uint32_t width);
-    void loadChroma(std::size_t plane, std::uint32_t y, std::uint32_t width);
+    void loadChroma(std::size_t number, std::uint32_t y, std::uint32_t width);
     template <class Sample>
     void store(std::uint32_t width, Sample* row);
 

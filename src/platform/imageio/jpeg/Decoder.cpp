@@ -27,6 +27,12 @@ constexpr std::uint64_t maxCoefficientBytesPerByte = 128 * 8;
 constexpr int exifSegment = 1;
 constexpr int profileSegment = 2;
 constexpr std::string_view exifSignature{"Exif\0\0", 6};
+constexpr std::size_t maxExifBytes = 1 << 20;
+
+bool beginsBlock(ByteView exif) {
+    return exif.size() >= 4 && exif[0] == exif[1] && (exif[0] == 'M' || exif[0] == 'I')
+           && (exif[2] == 42 || exif[3] == 42);
+}
 
 bool recognises(ByteView head) {
     return head.size() >= 3 && head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF;
@@ -118,14 +124,18 @@ private:
                    && (isArithmetic || coefficientBytes <= maxCoefficientBytesPerByte * reader_->size()));
     }
 
+    /// The first block. One of more than 64 KiB continues in the next segments, which have the signature,
+    /// too.
     void readExif(const jpeg_decompress_struct& info) {
         for (const jpeg_marker_struct* marker = info.marker_list; marker != nullptr; marker = marker->next) {
             const ByteView data(marker->data, marker->data_length);
             if (marker->marker != JPEG_APP0 + exifSegment || data.size() <= exifSignature.size()
                 || std::memcmp(data.data(), exifSignature.data(), exifSignature.size()) != 0)
                 continue;
-            exif_.assign(data.begin() + exifSignature.size(), data.end());
-            return;
+            const ByteView block = data.subspan(exifSignature.size());
+            if (!exif_.empty() && (beginsBlock(block) || exif_.size() + block.size() > maxExifBytes))
+                return;
+            exif_.insert(exif_.end(), block.begin(), block.end());
         }
     }
 

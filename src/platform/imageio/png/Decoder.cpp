@@ -150,11 +150,11 @@ public:
         std::unique_ptr<LibraryReader> file = TRY(fileAtPixels());
         if (file->lacksTransparency())
             damage_->note({Reason::malformed, "the PNG picture is damaged: its transparency is lost"});
-        if (RowSourcePointer fast = openFastRows(*file, reader_))
+        if (RowSourcePointer fast = openFastRows(*file, reader_, damage_))
             return fast;
         if (file->isInterlaced())
             return RowSourcePointer(std::make_unique<InterlacedRows>(std::move(file), reader_));
-        return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file)));
+        return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file), damage_));
     }
 
     Result<Bytes> exif() const override {
@@ -197,6 +197,10 @@ bool recognises(ByteView head) {
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     auto file = std::make_unique<LibraryReader>(reader);
     TRY(file->readHeader());
+    if (file->lacksColors()) {
+        file = std::make_unique<LibraryReader>(reader, LibraryReader::Calibration::skipped);
+        TRY(file->readHeader());
+    }
     if (!file->format().isWithinLimits())
         return Failure{Reason::tooLarge, "the PNG picture has too many pixels"};
     if (file->storedBytes() > maximumDeflateRatio * reader->size())

@@ -12,8 +12,12 @@ void jumpOnError(png_structp png, png_const_charp text) {
 }
 
 void keepWarning(png_structp png, png_const_charp text) {
-    if (std::string_view(text).starts_with("tRNS"))
-        static_cast<Message*>(png_get_error_ptr(png))->lacksTransparency = true;
+    auto& message = *static_cast<Message*>(png_get_error_ptr(png));
+    const std::string_view chunk = std::string_view(text).substr(0, 4);
+    if (chunk == "tRNS")
+        message.lacksTransparency = true;
+    if (chunk == "cHRM" || chunk == "gAMA" || chunk == "sRGB")
+        message.lacksColors = true;
 }
 
 } // namespace kestrine::png

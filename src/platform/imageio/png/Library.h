@@ -17,6 +17,7 @@ inline constexpr std::size_t bufferBytes = std::size_t{64} << 10;
 struct Message {
     char text[120] = "";
     bool lacksTransparency = false; ///< whether libpng skipped a damaged tRNS chunk
+    bool lacksColors = false;       ///< whether a contradiction about colours made libpng forget the profile
 };
 
 /// Handlers for png_create_read_struct and png_create_write_struct; their error_ptr is a Message.

@@ -10,12 +10,20 @@ namespace {
 
 constexpr png_alloc_size_t maximumChunkBytes = 16 << 20;
 
+constexpr std::size_t compressedBytesAtOnce = 512;
+
 constexpr std::size_t chunkNameBytes = 5;
 /// The chunks that libpng would interpret but that are not used here, in the form that libpng expects: each
 /// name with a zero after it. libpng then skips them; otherwise it would inflate every text of a file.
 constexpr std::string_view skippedChunks{"bKGD\0eXIf\0hIST\0iTXt\0oFFs\0pCAL\0sBIT\0sCAL\0sPLT\0"
                                          "tEXt\0tIME\0zTXt\0",
                                          12 * chunkNameBytes};
+constexpr std::string_view calibrationChunks{"cHRM\0gAMA\0sRGB\0", 3 * chunkNameBytes};
+
+void skipChunks(png_structp png, std::string_view names) {
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, reinterpret_cast<png_const_bytep>(names.data()),
+                                static_cast<int>(names.size() / chunkNameBytes));
+}
 
 /// Length and type of the first IDAT chunk, which png_read_info() has already read.
 constexpr std::uint64_t chunkHeadBytes = 8;
@@ -27,8 +35,8 @@ void readInput(png_structp png, png_bytep into, std::size_t count) {
 
 } // namespace
 
-LibraryReader::LibraryReader(std::shared_ptr<const ByteReader> reader)
-    : input_(std::move(reader), 0, bufferBytes) {
+LibraryReader::LibraryReader(std::shared_ptr<const ByteReader> reader, Calibration calibration)
+    : calibration_(calibration), input_(std::move(reader), 0, bufferBytes) {
     png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, keepWarning);
     info_ = png_ ? png_create_info_struct(png_) : nullptr;
 }
@@ -40,11 +48,13 @@ Result<void> LibraryReader::readHeader() {
         return Failure{Reason::unsupported, "libpng cannot be used"};
     return run([this] {
         png_set_read_fn(png_, &input_, readInput);
+        // Of a file that ends too early, less than this is lost.
+        png_set_compression_buffer_size(png_, compressedBytesAtOnce);
         png_set_user_limits(png_, maximumSide, maximumSide);
         png_set_chunk_malloc_max(png_, maximumChunkBytes);
-        png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER,
-                                    reinterpret_cast<png_const_bytep>(skippedChunks.data()),
-                                    static_cast<int>(skippedChunks.size() / chunkNameBytes));
+        skipChunks(png_, skippedChunks);
+        if (calibration_ == Calibration::skipped)
+            skipChunks(png_, calibrationChunks);
         png_read_info(png_, info_);
         storedColorType_ = png_get_color_type(png_, info_);
         storedRowBytes_ = png_get_rowbytes(png_, info_);

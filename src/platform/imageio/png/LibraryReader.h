@@ -11,7 +11,11 @@ namespace kestrine::png {
 
 class LibraryReader {
 public:
-    explicit LibraryReader(std::shared_ptr<const ByteReader> reader);
+    /// Whether cHRM, gAMA and sRGB are read beside a profile.
+    enum class Calibration : std::uint8_t { read, skipped };
+
+    explicit LibraryReader(std::shared_ptr<const ByteReader> reader,
+                           Calibration calibration = Calibration::read);
     ~LibraryReader();
     LibraryReader(const LibraryReader&) = delete;
     LibraryReader& operator=(const LibraryReader&) = delete;
@@ -41,6 +45,8 @@ public:
     const std::array<std::uint8_t, 256>& alphaOfIndices() const { return alphaOfIndices_; }
     /// Whether a damaged chunk was skipped that defines transparency.
     bool lacksTransparency() const { return message_.lacksTransparency; }
+    /// Whether the chunks about colours contradict each other, so that libpng also forgets a profile.
+    bool lacksColors() const { return message_.lacksColors; }
     /// Offset of the first IDAT chunk in the file.
     std::uint64_t offsetOfPixels() const { return offsetOfPixels_; }
     /// For libpng's functions that read chunks. Owned by this reader.
@@ -59,6 +65,7 @@ private:
     void readAlphaOfIndices();
 
     Message message_;
+    const Calibration calibration_;
     ForwardReader input_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;

@@ -1,10 +1,14 @@
-// Reads portable bitmaps, greymaps, pixmaps and arbitrary maps row by row. Samples are scaled to the full
-// range of 8 or 16 bits.
+// Reads portable bitmaps, greymaps, pixmaps, arbitrary and floating-point maps row by row. Samples are scaled
+// to the full range of 8 or 16 bits.
 
+#include "platform/host/BigEndian.h"
+#include "platform/host/LittleEndian.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/pnm/Header.h"
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
 #include <cstring>
 
 namespace kestrine::pnm {
@@ -38,6 +42,8 @@ public:
             return readBits(row);
         case Samples::bytes:
             return readBytes(row);
+        case Samples::floats:
+            return readFloats(row);
         }
         return endedInSamples();
     }
@@ -92,19 +98,42 @@ private:
         return {};
     }
 
+    Result<void> readFloats(std::span<std::uint8_t> row) {
+        if (y_ == 0)
+            firstRow_ = input_->offset();
+        floats_.resize(2 * row.size());
+        input_->moveTo(firstRow_ + (format().height - 1 - y_++) * std::uint64_t{floats_.size()});
+        if (input_->read(floats_) != floats_.size())
+            return endedInSamples();
+        for (std::size_t i = 0; i < row.size(); i += 2) {
+            const ByteView stored = ByteView(floats_).subspan(2 * i, 4);
+            const auto bits = static_cast<std::uint32_t>(header_.hasLowByteFirst ? littleEndian(stored)
+                                                                                 : bigEndian(stored));
+            const auto value = std::bit_cast<float>(bits);
+            const float share = value > 0 ? std::min(value, 1.0f) : 0;
+            const auto sample = static_cast<std::uint16_t>(std::lround(share * 65535));
+            std::memcpy(&row[i], &sample, sizeof sample);
+        }
+        return {};
+    }
+
     const std::unique_ptr<ForwardReader> input_;
     const Header header_;
     const std::vector<std::uint16_t> scaled_; ///< by sample
     Bytes bits_;
+    Bytes floats_;               ///< of a row
+    std::uint64_t firstRow_ = 0; ///< where the samples of a floating-point map begin
+    std::uint32_t y_ = 0;        ///< of the next row of a floating-point map
 };
 
 class Decoder final : public ImageDecoder {
 public:
     Decoder(std::shared_ptr<const ByteReader> reader, const Header& header, std::uint64_t sampleOffset)
         : reader_(std::move(reader)), header_(header), sampleOffset_(sampleOffset) {
-        frames_.push_back({.format = header.format,
-                           .isUncompressed = header.samples == Samples::bytes,
-                           .storedBitsPerPixel = header.samples == Samples::bits ? 1u : 0u});
+        frames_.push_back(
+            {.format = header.format,
+             .isUncompressed = header.samples == Samples::bytes || header.samples == Samples::floats,
+             .storedBitsPerPixel = header.samples == Samples::bits ? 1u : 0u});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {

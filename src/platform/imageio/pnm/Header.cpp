@@ -72,6 +72,25 @@ Result<Header> readNumbers(ForwardReader& input, const Variant& variant) {
     return Header{variant.samples, {width, height, variant.model, false, depthFor(largest)}, largest};
 }
 
+/// The scale after the sides is negative if the lowest byte of a sample comes first; other programs ignore
+/// how large it is.
+Result<Header> readFloatHeader(ForwardReader& input, ColorModel model) {
+    const std::uint32_t width = TRY(readNumber(input));
+    const std::uint32_t height = TRY(readNumber(input));
+    std::string scale;
+    for (int character = nextCharacter(input); !isSpace(character); character = input.next()) {
+        if (character < 0 || scale.size() == maximumLine)
+            return endedInHeader();
+        scale.push_back(static_cast<char>(character));
+    }
+    constexpr std::string_view numerals = "+-.0123456789eE";
+    if (scale.empty() || scale.find_first_not_of(numerals) != std::string::npos)
+        return brokenHeader();
+    Header header{Samples::floats, {width, height, model, false, SampleDepth::bits16}, 1};
+    header.hasLowByteFirst = scale.front() == '-';
+    return header;
+}
+
 /// The next line; nullopt if it is too long or the input ends. A comment counts as an empty line.
 std::optional<std::string> readLine(ForwardReader& input) {
     std::string line;
@@ -150,7 +169,8 @@ bool isPNM(ByteView head) {
         return false;
     if (head[1] == '7')
         return head[2] == '\n';
-    return head[1] >= '1' && head[1] <= '6' && (isSpace(head[2]) || head[2] == '#');
+    const bool isKnown = (head[1] >= '1' && head[1] <= '6') || head[1] == 'F' || head[1] == 'f';
+    return isKnown && (isSpace(head[2]) || head[2] == '#');
 }
 
 Result<Header> readHeader(ForwardReader& input) {
@@ -159,6 +179,8 @@ Result<Header> readHeader(ForwardReader& input) {
     for (const Variant& variant : variants)
         if (digit == variant.digit)
             return readNumbers(input, variant);
+    if (digit == 'F' || digit == 'f')
+        return readFloatHeader(input, digit == 'F' ? ColorModel::rgb : ColorModel::gray);
     input.next(); // the end of the line
     return readMapHeader(input);
 }

@@ -1,4 +1,5 @@
-// Header: the header of portable bitmaps, greymaps and pixmaps (P1 to P6) and of arbitrary maps (P7).
+// Header: the header of portable bitmaps, greymaps and pixmaps (P1 to P6), of arbitrary maps (P7) and of
+// floating-point maps (PF and Pf).
 #pragma once
 
 #include "platform/coregraphics/RowFormat.h"
@@ -12,12 +13,14 @@ enum class Samples : std::uint8_t {
     text,     ///< decimal numbers
     bits,     ///< 8 per byte, each row in whole bytes, 0 is white
     bytes,    ///< one per sample, or two with the high byte first if `largest` is above 255
+    floats,   ///< of 32 bits, 1 is full intensity; the last row comes first
 };
 
 struct Header {
     Samples samples;
     RowFormat format;      ///< 8 bits if `largest` is at most 255
     std::uint32_t largest; ///< the sample of full intensity, 1 to 65535; larger samples count as this one
+    bool hasLowByteFirst = false; ///< of floats
 };
 
 /// Whether a file that begins with `head` is one of these formats.

@@ -4,6 +4,7 @@
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
+#include "platform/imageio/InvisiblePicture.h"
 #include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/tiff/Exif.h"
@@ -52,7 +53,8 @@ public:
                     return file;
             return reopenPage(input(), *pages_[frame]);
         };
-        return rowsOfTIFF(openFile, pages_[frame]);
+        const RowOpener open = [&] { return rowsOfTIFF(openFile, pages_[frame]); };
+        return pages_[frame]->isGuessedAlpha ? rowsOpaqueIfInvisible(open) : open();
     }
 
     Result<Bytes> exif() const override { return exif_; }

@@ -60,22 +60,51 @@ Color storedColor(const File& file, const Page& page) {
     return meaning == colorMeanings.end() ? Color::rendered : meaning->color;
 }
 
+/// nullopt for complex numbers.
+std::optional<Numbers> storedNumbers(const File& file) {
+    switch (file.shortNumber(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT)) {
+    case SAMPLEFORMAT_UINT:
+    case SAMPLEFORMAT_VOID:
+        return Numbers::unsignedIntegers;
+    case SAMPLEFORMAT_INT:
+        return Numbers::signedIntegers;
+    case SAMPLEFORMAT_IEEEFP:
+        return Numbers::reals;
+    default:
+        return std::nullopt;
+    }
+}
+
+bool hasUsualBits(const Page& page) {
+    const unsigned bits = page.bits;
+    switch (page.numbers) {
+    case Numbers::unsignedIntegers:
+        return bits <= 16 || bits == 32;
+    case Numbers::signedIntegers:
+        return bits == 8 || bits == 16 || bits == 32;
+    case Numbers::reals:
+        return bits == 16 || bits == 32 || bits == 64;
+    }
+    return false;
+}
+
 /// Whether SampleRows can convert samples of this form.
 bool hasUsualSamples(const File& file, const Page& page) {
-    const std::uint16_t sampleFormat = file.shortNumber(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
-    const bool isUnsigned = sampleFormat == SAMPLEFORMAT_UINT || sampleFormat == SAMPLEFORMAT_VOID;
+    const bool isUnsigned = page.numbers == Numbers::unsignedIntegers;
     const bool isFullSize = page.bits == 8 || page.bits == 16;
+    if (!storedNumbers(file))
+        return false;
     switch (page.color) {
     case Color::whiteIsZero:
     case Color::gray:
     case Color::rgb:
-        return page.isFloat() ? sampleFormat == SAMPLEFORMAT_IEEEFP : isUnsigned && page.bits <= 16;
+        return hasUsualBits(page);
     case Color::palette:
         return isUnsigned && page.bits <= 8;
     case Color::cmyk:
         return isUnsigned && isFullSize && file.shortNumber(TIFFTAG_INKSET, INKSET_CMYK) == INKSET_CMYK;
     case Color::cieLab:
-        return (isUnsigned || sampleFormat == SAMPLEFORMAT_INT) && isFullSize;
+        return page.numbers != Numbers::reals && isFullSize;
     case Color::iccLab:
         return isUnsigned && isFullSize;
     case Color::rendered:
@@ -84,12 +113,20 @@ bool hasUsualSamples(const File& file, const Page& page) {
     return false;
 }
 
+/// Other programs write and show a fourth sample as alpha, even if it has no mark.
+void guessAlpha(Page& page) {
+    if (page.color == Color::rgb && page.samples == 4 && !page.isYCbCrJPEG) {
+        page.alpha = 3;
+        page.isGuessedAlpha = true;
+    }
+}
+
 /// The first extra sample that is alpha.
 void findAlpha(const File& file, Page& page) {
     std::uint16_t count = 0;
     const std::uint16_t* kinds = nullptr;
     if (!file.library().getField(file.handle(), TIFFTAG_EXTRASAMPLES, &count, &kinds))
-        return;
+        return guessAlpha(page);
     for (std::uint16_t i = 0; i < count && page.colorSamples() + i < page.samples; ++i)
         if (kinds[i] == EXTRASAMPLE_ASSOCALPHA || kinds[i] == EXTRASAMPLE_UNASSALPHA) {
             page.alpha = static_cast<int>(page.colorSamples() + i);
@@ -196,14 +233,21 @@ bool hasWholeBytesInTiles(const Page& page) {
     return bits % 8 == 0;
 }
 
+/// LogL and LogLuv, whose codes libtiff expands.
+bool hasLogarithms(const File& file) {
+    const std::uint16_t photometric = file.shortNumber(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    return photometric == PHOTOMETRIC_LOGL || photometric == PHOTOMETRIC_LOGLUV;
+}
+
 Result<void> readSamples(const File& file, Page& page) {
     if (page.samples > maximumSamples)
         return unsupported("so many samples per pixel");
+    page.numbers = storedNumbers(file).value_or(Numbers::unsignedIntegers);
     page.color = storedColor(file, page);
     if (!hasUsualSamples(file, page) || !hasWholeBytesInTiles(page)) {
         char why[1024];
-        const bool isSigned = file.shortNumber(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT) == SAMPLEFORMAT_INT;
-        if (isSigned || !file.library().canRender(file.handle(), why))
+        const bool isSigned = page.numbers == Numbers::signedIntegers && !hasLogarithms(file);
+        if (!storedNumbers(file) || isSigned || !file.library().canRender(file.handle(), why))
             return unsupported("this kind of samples");
         page.color = Color::rendered;
     }
@@ -258,7 +302,8 @@ unsigned Page::colorSamples() const {
 
 bool Page::isDeliveredAsStored() const {
     return (color == Color::gray || color == Color::rgb) && (bits == 8 || bits == 16)
-           && samples == format.channels() && !isPremultiplied && (!isPlanar || samples == 1);
+           && numbers == Numbers::unsignedIntegers && samples == format.channels() && !isPremultiplied
+           && (!isPlanar || samples == 1);
 }
 
 Result<Page> readPage(const File& file, std::uint64_t directory) {

@@ -18,6 +18,9 @@ enum class Color : std::uint8_t {
     rendered, ///< rare: libtiff converts it to 8-bit RGB
 };
 
+/// What kind of numbers the samples are.
+enum class Numbers : std::uint8_t { unsignedIntegers, signedIntegers, reals };
+
 struct Page {
     std::uint64_t directory = 0; ///< where it begins in the file
     RowFormat format;            ///< as delivered
@@ -26,11 +29,13 @@ struct Page {
     Bytes icc;           ///< as stored
 
     Color color = Color::rendered;
-    unsigned bits = 8;    ///< of a stored sample: 1 to 16, or 32 for floats
+    Numbers numbers = Numbers::unsignedIntegers;
+    unsigned bits = 8;    ///< of a stored sample: 1 to 16, 32 or 64
     unsigned samples = 3; ///< stored per pixel, ignored ones included
     int alpha = -1;       ///< which of them is alpha
     bool isPremultiplied = false;
-    bool isPlanar = false; ///< each sample has its own strips or tiles
+    bool isGuessedAlpha = false; ///< whether the file does not say that the fourth sample is alpha
+    bool isPlanar = false;       ///< each sample has its own strips or tiles
     bool isCompressed = false;
     bool isYCbCrJPEG = false;    ///< libtiff's JPEG decoder converts it to RGB
     std::uint32_t tileWidth = 0; ///< 0 when it is stored in strips
@@ -41,7 +46,6 @@ struct Page {
     /// Samples per colour as stored; a minimum when the page is rendered.
     unsigned colorSamples() const;
     unsigned planes() const { return isPlanar ? samples : 1; }
-    bool isFloat() const { return bits == 32; }
     /// Whether the stored bytes are the delivered ones.
     bool isDeliveredAsStored() const;
     /// Whether the pixels only need to be read.

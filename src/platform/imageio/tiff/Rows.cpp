@@ -111,9 +111,11 @@ private:
 
     void unpack(ByteView packed) {
         if constexpr (sizeof(Sample) == 2)
-            if (page_->isFloat())
-                return unpackFloats(packed, stored_);
+            if (page_->numbers == Numbers::reals)
+                return unpackFloats(packed, page_->bits, stored_);
         unpackIntegers(packed, page_->bits, page_->color == Color::palette, stored_);
+        if (page_->numbers == Numbers::signedIntegers && page_->color != Color::cieLab)
+            shiftSigned(stored_);
     }
 
     /// Copies the samples of a plane to their places in the pixels.

@@ -1,3 +1,5 @@
+#include "platform/host/BigEndian.h"
+#include "platform/imageio/png/fast/Chunk.h"
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/png/PNGFile.h"
 #include "tests/support/Pictures.h"
@@ -91,6 +93,14 @@ void claimSize(Bytes& file, std::uint32_t width, std::uint32_t height) {
             checksum = checksum >> 1 ^ (checksum & 1 ? 0xEDB88320 : 0);
     }
     put(29, ~checksum);
+}
+
+bool isRefusedOrDamaged(const Bytes& file) {
+    const auto decoder = png::codec.open(readerOfBytes(file));
+    if (!decoder)
+        return true;
+    const auto rows = (*decoder)->rows(0, 0);
+    return !rows || !readAllRows(**rows) || (*decoder)->damage();
 }
 
 } // namespace
@@ -304,15 +314,45 @@ TEST(PNGDecoder, primariesWithoutAGammaAreIgnored) {
     EXPECT_FALSE(decodeSound(png::codec, file.make()).frame().profile.has_value());
 }
 
-TEST(PNGDecoder, aFileCutOffAnywhereIsRefused) {
+TEST(PNGDecoder, aFileCutOffAnywhereIsRefusedOrItsDamageIsReported) {
     const Bytes file = indexedFile().make();
     for (std::size_t length = 0; length < file.size(); ++length)
-        EXPECT_TRUE(failsToDecode(png::codec,
-                                  Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length))))
+        EXPECT_TRUE(
+            isRefusedOrDamaged(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length))))
             << length << " of " << file.size() << " bytes";
 }
 
-TEST(PNGDecoder, damagedPixelsAreRefused) {
+TEST(PNGDecoder, rowsAfterTheEndOfTheFileAreClear) {
+    for (const bool hasAlpha : {false, true}) {
+        const PixelBuffer picture = makePhoto({.width = 50, .height = 60, .hasAlpha = hasAlpha});
+        Bytes file = encodeSound(png::encode, picture);
+        file.resize(file.size() / 2);
+        const auto decoder = *png::codec.open(readerOfBytes(file));
+        const PixelBuffer decoded = *readAllRows(**decoder->rows(0, 0));
+        std::uint32_t y = 0;
+        while (y < 60 && std::ranges::equal(decoded.row(y), picture.row(y)))
+            ++y;
+        EXPECT_GT(y, 10u);
+        for (; y < 60; ++y)
+            EXPECT_EQ(std::ranges::count(decoded.row(y), 0), std::ptrdiff_t(decoded.format.bytesPerRow()));
+        EXPECT_EQ(decoder->damage()->reason, Reason::truncated);
+    }
+}
+
+TEST(PNGDecoder, aProfileIsNotLostBecausePrimariesAreInvalid) {
+    const ColorProfile profile = ColorProfile::adobeRGB();
+    Bytes file = encodeSound(png::encode, makePhoto({4, 4}), {.profile = &profile});
+    constexpr std::size_t afterHeader = 33;
+    Bytes primaries;
+    for (const std::uint32_t value : {31270u, 32900u, 10000u, 20000u, 30000u, 60000u, 15000u, 6000u})
+        appendBigEndian(primaries, value, 4);
+    Bytes chunk;
+    png::appendChunk("cHRM", {primaries}, chunk);
+    file.insert(file.begin() + afterHeader, chunk.begin(), chunk.end());
+    EXPECT_EQ(decodeSound(png::codec, file).frame().profile, profile);
+}
+
+TEST(PNGDecoder, damagedPixelsAreRefusedOrReported) {
     for (const bool interlaced : {false, true}) {
         PNGFile recipe = patternFile(PNG_COLOR_TYPE_RGB, 8);
         recipe.interlaced = interlaced;
@@ -320,7 +360,7 @@ TEST(PNGDecoder, damagedPixelsAreRefused) {
         for (std::size_t position = 41; position < file.size() - 12; ++position) {
             Bytes damaged = file;
             damaged[position] ^= 0x10;
-            EXPECT_TRUE(failsToDecode(png::codec, damaged)) << "byte " << position;
+            EXPECT_TRUE(isRefusedOrDamaged(damaged)) << "byte " << position;
         }
     }
 }

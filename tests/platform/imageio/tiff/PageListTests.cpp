@@ -31,9 +31,9 @@ TIFFRecipe sensor(std::uint32_t width, std::uint16_t photometric = colorFilterAr
     return page;
 }
 
-TIFFRecipe signedSamples(std::uint32_t width) {
+TIFFRecipe complexSamples(std::uint32_t width) {
     TIFFRecipe page = picture(width);
-    page.tags = [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_INT); };
+    page.tags = [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_COMPLEXINT); };
     return page;
 }
 
@@ -160,8 +160,8 @@ TEST(TIFFPageList, anRGBPageWithATagOfTheRawFormatIsAPicture) {
 }
 
 TEST(TIFFPageList, anUnreadablePictureIsNotReplacedByItsPreview) {
-    EXPECT_TRUE(failsToDecode(tiff::codec, makeTIFF({marked(3), signedSamples(9)})));
-    EXPECT_TRUE(failsToDecode(tiff::codec, makeTIFF({with(marked(3), {signedSamples(9)})})));
+    EXPECT_TRUE(failsToDecode(tiff::codec, makeTIFF({marked(3), complexSamples(9)})));
+    EXPECT_TRUE(failsToDecode(tiff::codec, makeTIFF({with(marked(3), {complexSamples(9)})})));
     const Bytes file = makeTIFF({with(marked(3), {picture(9)})});
     Bytes broken = file;
     const Bytes entry = {0x4A, 0x01, 13, 0, 1, 0, 0, 0}; // the pointer to the sub-page

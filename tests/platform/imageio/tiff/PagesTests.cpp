@@ -112,7 +112,7 @@ TEST(TIFFPages, aPointerBeyondTheEndMeansATruncatedFile) {
 
 TEST(TIFFPages, aLaterPageThatCannotBeDecodedIsLeftOut) {
     TIFFRecipe odd{.width = 7};
-    odd.tags = [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_INT); };
+    odd.tags = [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_COMPLEXINT); };
     const Decoded decoded = decodeSound(tiff::codec, makeTIFF({pageOfWidth(5), odd, pageOfWidth(9)}));
     ASSERT_EQ(decoded.frames.size(), 2u);
     EXPECT_EQ(decoded.frames[1].format.width, 9u);

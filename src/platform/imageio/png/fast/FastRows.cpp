@@ -98,11 +98,12 @@ bool isUsual(const LibraryReader& file) {
 
 } // namespace
 
-RowSourcePointer openFastRows(const LibraryReader& file, std::shared_ptr<const ByteReader> reader) {
+RowSourcePointer openFastRows(const LibraryReader& file, std::shared_ptr<const ByteReader> reader,
+                              std::shared_ptr<DamageRecord> damage) {
     if (!isUsual(file) || !inflateFunctions())
         return nullptr;
     auto rows = std::make_unique<FastRows>(*inflateFunctions(), file, reader);
-    return rowsWithFallback(std::move(rows), [reader] { return openLibraryRows(reader); });
+    return rowsWithFallback(std::move(rows), [reader, damage] { return openLibraryRows(reader, damage); });
 }
 
 } // namespace kestrine::png

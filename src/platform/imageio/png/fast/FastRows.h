@@ -5,12 +5,14 @@
 #pragma once
 
 #include "platform/coregraphics/RowSource.h"
+#include "platform/imageio/DamageRecord.h"
 #include "platform/imageio/png/LibraryReader.h"
 
 namespace kestrine::png {
 
 /// The rows of `file`, whose header has been read from `reader`. Null for kinds of files that are left to
 /// libpng, or if ISA-L is not installed.
-RowSourcePointer openFastRows(const LibraryReader& file, std::shared_ptr<const ByteReader> reader);
+RowSourcePointer openFastRows(const LibraryReader& file, std::shared_ptr<const ByteReader> reader,
+                              std::shared_ptr<DamageRecord> damage);
 
 } // namespace kestrine::png
