@@ -140,11 +140,11 @@ class Convert(ToolTest):
     def test_pictures_in_a_folder_that_cannot_be_read_are_named_and_other_files_counted(self):
         self.web()
         self.picture("in/a.png")
-        contents = {"b.cr3": b"\0\0\0\x18ftypcrx ", "c": b"DDS |....", "d.JPG": b"", "e.txt": b"words",
+        contents = {"b.xcf": b"gimp xcf v011", "c": b"DDS |....", "d.JPG": b"", "e.txt": b"words",
                     "f.xmp": b"<x/>", ".hidden.heic": b""}
         for name, content in contents.items():
             (self.folder / "in" / name).write_bytes(content)
-        unreadable = [f"in/{name}: the file is in no picture format that can be read" for name in ("b.cr3", "c", "d.JPG")]
+        unreadable = [f"in/{name}: the file is in no picture format that can be read" for name in ("b.xcf", "c", "d.JPG")]
         self.convert("in", status=1, messages=[*unreadable, "2 other files left out",
                                                "3 of 4 files could not be converted as requested (3 not supported)"])
         (self.folder / "in" / "a.png").unlink()

@@ -25,7 +25,7 @@ OWNERS = {
     "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "avif/": "platform/imageio", "webp/": "platform/imageio", "jxl/": "platform/imageio",
     "libraw/": "platform/imageio",
     "openjpeg-2.5/": "platform/imageio",
-    "libde265/": "platform/imageio/heif", "dav1d/": "platform/imageio/heif",
+    "libde265/": "platform/imageio/heif", "dav1d/": "platform/imageio/heif", "avif/": "platform/imageio/avif",
     "lcms2.h": "platform/coregraphics", "hwy/": "/kernels",
     "plist/": "platform/foundation/propertylist", "systemd/": "platform/appkit",
     "CLI/": "kestrinectl", "nlohmann/": "kestrinectl",
