@@ -1,6 +1,7 @@
 // DecodeEverything: shared by the fuzzers of the picture formats.
 #pragma once
 
+#include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/coregraphics/RowStages.h"
 #include "platform/imageio/Codecs.h"
@@ -30,6 +31,8 @@ inline void encodeEverything(PixelBuffer pixels) {
             rows = rowsOf8Bits(std::move(rows));
         if (!format.holdsAlpha)
             rows = rowsOnWhite(std::move(rows));
+        if (!format.holdsGray && rows->format().model == ColorModel::gray)
+            rows = rowsInSRGB(std::move(rows), nullptr);
         if (const Result<Bytes> file = format.encode(*rows, {.quality = 0.7}))
             useBytes(*file);
     }
@@ -61,6 +64,7 @@ inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, 
             if (description.format.pixels() <= affordablePixels)
                 decodeFrame(**decoder, frame, halvings);
     }
+    (void)(*decoder)->contents();
     for (const Result<Bytes>& property : {(*decoder)->exif(), (*decoder)->colorTable()})
         if (property)
             useBytes(*property);

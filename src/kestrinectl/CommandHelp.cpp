@@ -183,8 +183,11 @@ std::optional<std::string> unknownOption(const Command& command, const std::vect
 /// The parser's message, in simpler words where its own are unclear.
 std::string plainMessage(const CLI::ParseError& error) {
     const std::string message = error.what();
-    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
-        return message.substr(0, message.find(':')) + " needs a value";
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+        const bool hasSeveral = message.find("At Most") != std::string::npos;
+        return message.substr(0, message.find(':'))
+               + (hasSeveral ? " is given more than once" : " needs a value");
+    }
     return message;
 }
 

@@ -67,6 +67,8 @@ void ConvertOptions::addTo(CLI::App& command) {
         {"--format", format, formatOfResult(), "FORMAT",
          "Output format: " + formatNames(outputFormats())
              + " (default without a set: that of the file, or else jpeg, and png with transparency)"},
+        {"--effort", effort, understoodBy(effortNamed), "fast|normal|max",
+         "Time to spend on smaller files, for png, webp, avif and jxl (default: normal)"},
         {"--max-bytes", maxBytes, understoodBy(bytesIn), "SIZE",
          "Use the highest quality with which a result has at most this size, such as 200k; an error if there "
          "is none"},
@@ -88,8 +90,9 @@ void ConvertOptions::addTo(CLI::App& command) {
     for (const Row& row : rows)
         command.add_option(row.name, row.value, row.help)->check(row.check)->option_text(row.text);
     command.add_flag("--no-enlarge", keepsSmall, "Do not make pictures larger (default: they are enlarged)");
-    command.add_flag("--lossless", isLossless,
-                     "Store exact pixels in formats that can be lossy or not: webp and jxl (default: lossy)");
+    command.add_flag(
+        "--lossless", isLossless,
+        "Store exact pixels in formats that can be lossy or not: webp, avif and jxl (default: lossy)");
     command.add_flag(
         "--progressive", isProgressive,
         "Store JPEG so that the whole picture is shown early; a little smaller (default: baseline)");

@@ -16,6 +16,7 @@ struct ConvertOptions {
     std::optional<float> quality; ///< in percent
     bool isLossless = false;
     bool isProgressive = false;
+    std::optional<std::string> effort;
     std::optional<std::string> maxBytes;
     std::optional<bool> upright;
     std::optional<std::string> metadata, times, profile;

@@ -54,7 +54,7 @@ void addBox(std::vector<GivenSize>& given, const char* option, Rule rule,
             const std::optional<std::string>& word) {
     if (!word)
         return;
-    const Box box = *boxIn(*word);
+    const PixelBox box = *boxIn(*word);
     given.push_back({option, {{.rule = rule, .width = double(box.width), .height = double(box.height)}}});
 }
 
@@ -91,12 +91,15 @@ std::vector<PixelSize> sizesOf(const ConvertOptions& options) {
                            + " contradict each other: both give a size");
     if (given.empty())
         return {};
-    for (PixelSize& size : given.front().sizes) {
+    std::vector<PixelSize>& sizes = given.front().sizes;
+    for (PixelSize& size : sizes) {
         size.gravity = options.gravity ? *gravityNamed(*options.gravity) : Gravity{};
         if (options.pad)
             size.padding = *colorIn(*options.pad);
     }
-    return given.front().sizes;
+    for (auto size = sizes.begin(); size != sizes.end(); ++size)
+        sizes.erase(std::remove(size + 1, sizes.end(), *size), sizes.end());
+    return sizes;
 }
 
 ConversionRecipe recipeWithoutSet() {
@@ -151,6 +154,8 @@ void changeRecipe(ConversionRecipe& recipe, const ConvertOptions& options) {
         recipe.quality = *options.quality / 100.0F;
     recipe.isLossless = options.isLossless;
     recipe.isProgressive = options.isProgressive;
+    if (options.effort)
+        recipe.effort = *effortNamed(*options.effort);
     if (options.maxBytes) {
         recipe.maxBytes = *bytesIn(*options.maxBytes);
         recipe.quality = options.quality ? recipe.quality : 1;
@@ -169,6 +174,10 @@ void checkPlaces(const ConvertOptions& options, bool hasSets) {
     if (options.replaces && (options.out || options.name))
         throw WrongOptions(std::string("--replace and ") + (options.out ? "--out" : "--name")
                            + " contradict each other: both give the results a place");
+    if (options.out == "-")
+        throw WrongOptions(
+            "--out takes a folder; the argument - writes to standard output, and ./- is a folder "
+            "of that name");
     if (!hasSets && !options.replaces && !options.out && !options.name)
         throw WrongOptions("the results need a place: give --out FOLDER, --name TEMPLATE or --replace");
 }
@@ -200,6 +209,7 @@ void checkLossless(const ConvertOptions& options, const ConversionRecipes& recip
                            + " contradict each other");
     checkEffect("--lossless", options.isLossless, &OutputFormat::hasLossless, recipes);
     checkEffect("--progressive", options.isProgressive, &OutputFormat::hasProgressive, recipes);
+    checkEffect("--effort", options.effort.has_value(), &OutputFormat::hasEffort, recipes);
 }
 
 void checkQuality(const ConvertOptions& options, const ConversionRecipes& recipes) {
@@ -241,7 +251,7 @@ ConversionRecipes recipesAnywhere(const ConvertOptions& options, const ResizeSet
 
 bool describeResult(const ConvertOptions& options) {
     return givesSize(options) || options.format || options.quality || options.isLossless
-           || options.isProgressive || options.maxBytes;
+           || options.isProgressive || options.effort || options.maxBytes;
 }
 
 ConversionRecipes recipesFor(const ConvertOptions& options, const ResizeSets& sets) {

@@ -100,14 +100,14 @@ Result<std::vector<double>> percentagesIn(const std::string& word) {
     return malformed("must be a number from 0.001 to 100000, or several with commas between them");
 }
 
-Result<Box> boxIn(const std::string& word) {
+Result<PixelBox> boxIn(const std::string& word) {
     const std::string_view view = word;
     const std::size_t cross = std::min(view.find('x'), view.size());
     const auto width = numberIn(view.substr(0, cross), std::uint32_t{1}, highestLength);
     const auto height =
         numberIn(view.substr(std::min(cross + 1, view.size())), std::uint32_t{1}, highestLength);
     if (width && height)
-        return Box{*width, *height};
+        return PixelBox{*width, *height};
     return malformed("must be a width and a height in pixels, such as 1200x800");
 }
 
@@ -145,7 +145,8 @@ Result<std::uint64_t> bytesIn(const std::string& word) {
         if (!word.ends_with(unit.suffix))
             continue;
         const std::string_view number = std::string_view(word).substr(0, word.size() - unit.suffix.size());
-        if (const auto count = numberIn(number, 0.0, highestByteCount); count && *count * unit.bytes >= 1)
+        const auto count = numberIn(number, 0.0, highestByteCount / unit.bytes);
+        if (count && *count * unit.bytes >= 1)
             return static_cast<std::uint64_t>(*count * unit.bytes);
         break;
     }
@@ -162,6 +163,16 @@ Result<std::optional<ExifSelection>> metadataNamed(const std::string& word) {
     if (word == "all")
         return std::optional(ExifSelection::all);
     return malformed("must be none, rights, exif or all");
+}
+
+Result<Effort> effortNamed(const std::string& word) {
+    if (word == "fast")
+        return Effort::fast;
+    if (word == "normal")
+        return Effort::normal;
+    if (word == "max")
+        return Effort::max;
+    return malformed("must be fast, normal or max");
 }
 
 Result<TimesRule> timesNamed(const std::string& word) {

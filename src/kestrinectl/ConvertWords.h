@@ -21,14 +21,14 @@ Result<std::vector<std::uint32_t>> lengthsIn(const std::string& word);
 /// Percentages: "50" or "25,12.5".
 Result<std::vector<double>> percentagesIn(const std::string& word);
 
-struct Box {
+struct PixelBox {
     std::uint32_t width, height;
 
-    bool operator==(const Box&) const = default;
+    bool operator==(const PixelBox&) const = default;
 };
 
 /// Width and height in pixels: "1200x800".
-Result<Box> boxIn(const std::string& word);
+Result<PixelBox> boxIn(const std::string& word);
 
 /// A point of the compass, or "center".
 Result<Gravity> gravityNamed(const std::string& word);
@@ -45,6 +45,7 @@ Result<std::uint64_t> bytesIn(const std::string& word);
 /// What is kept of the EXIF data; nullopt for "none".
 Result<std::optional<ExifSelection>> metadataNamed(const std::string& word);
 
+Result<Effort> effortNamed(const std::string& word);
 Result<TimesRule> timesNamed(const std::string& word);
 
 /// Whether the result is to be in sRGB.

@@ -1,8 +1,12 @@
 #include "kestrinectl/FileLists.h"
 
 #include "kestrinectl/CommandError.h"
-#include "platform/host/files/FileContent.h"
+#include "kestrinectl/ShownPath.h"
 
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <sstream>
@@ -11,21 +15,26 @@ namespace kestrine {
 
 namespace {
 
-constexpr std::uint64_t maxListBytes = std::uint64_t{1} << 30;
+std::string contentOf(std::istream& list) { return {std::istreambuf_iterator<char>(list), {}}; }
 
+/// The list may be a pipe, such as one that the shell makes.
 std::string contentOfList(const std::string& path) {
     if (path == "-")
-        return {std::istreambuf_iterator<char>(std::cin), {}};
-    const Result<Bytes> bytes = readSmallFile(path, maxListBytes);
-    if (!bytes)
-        throw CommandError(bytes.failure().text);
-    return {bytes->begin(), bytes->end()};
+        return contentOf(std::cin);
+    if (std::filesystem::is_directory(path))
+        throw CommandError("the list " + shownPath(path) + " is a folder");
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw CommandError("the list " + shownPath(path) + " cannot be opened: " + std::strerror(errno));
+    return contentOf(file);
 }
 
 } // namespace
 
 std::vector<std::string> namesInList(const std::string& path, bool withZeroBytes) {
     std::istringstream content(contentOfList(path));
+    if (!withZeroBytes && content.view().find('\0') != std::string_view::npos)
+        throw CommandError("the list contains zero bytes; --null reads such lists", 2);
     std::vector<std::string> names;
     for (std::string name; std::getline(content, name, withZeroBytes ? '\0' : '\n');)
         if (!name.empty())

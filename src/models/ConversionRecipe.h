@@ -78,6 +78,7 @@ struct ConversionRecipe {
     float quality = 0;                 ///< 0 to 1, for formats with a quality
     bool isLossless = false;           ///< exact, for formats that can be lossy or not
     bool isProgressive = false;        ///< for formats that can be
+    Effort effort = Effort::normal;    ///< of encoders that have a choice
     std::optional<ExifSelection> exif; ///< how much is kept, where the format can hold it; none by default
     std::uint64_t maxBytes = 0;        ///< the quality goes down until the file is as small; 0 for any size
     TimesRule times = TimesRule::now;

@@ -39,12 +39,11 @@ bool fitsAlready(const ConversionRecipe& recipe, const PlannedResult& plan, cons
     if (plan.image == nullptr || plan.format == nullptr || file.opened == nullptr)
         return false;
     const Picture& picture = image.representations().front()->picture();
-    const ImageCodec* codec = picture.source->codec();
     const bool isTurned = recipe.upright != UprightRule::never && picture.description().orientation != 1;
-    return codec != nullptr && codec->name == plan.format->title
-           && hasFittingSize(recipe, plan, picture.format()) && !isTurned
-           && !(recipe.background && picture.format().hasAlpha) && !(recipe.intoSRGB && hasProfile(picture))
-           && (recipe.maxBytes == 0 || bytes <= recipe.maxBytes) && hasFittingMetadata(recipe, file);
+    return formatOf(picture.source->codec()) == plan.format && hasFittingSize(recipe, plan, picture.format())
+           && !isTurned && !(recipe.background && picture.format().hasAlpha)
+           && !(recipe.intoSRGB && hasProfile(picture)) && (recipe.maxBytes == 0 || bytes <= recipe.maxBytes)
+           && hasFittingMetadata(recipe, file);
 }
 
 } // namespace kestrine

@@ -2,6 +2,7 @@
 
 #include "_MyClasses/Category/ImageUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
+#include "platform/host/FailureCollector.h"
 
 #include <algorithm>
 
@@ -161,11 +162,8 @@ const OutputFormat* formatOf(const FormatRule& rule, const ImagePointer& image) 
     if (rule.choice != FormatRule::Choice::ofSource || image == nullptr)
         return namedFormat(rule);
     const Picture& picture = image->bestRepresentation()->picture();
-    const ImageCodec* codec = picture.source->codec();
-    const auto own =
-        std::ranges::find(outputFormats(), codec == nullptr ? "" : codec->name, &OutputFormat::title);
-    if (own != outputFormats().end())
-        return &*own;
+    if (const OutputFormat* own = formatOf(picture.source->codec()))
+        return own;
     return &outputFormat(picture.format().hasAlpha ? FileType::png : FileType::jpeg);
 }
 
@@ -211,12 +209,17 @@ std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const Con
                                             const PictureFile& file) {
     if (plan.image == nullptr || plan.format == nullptr)
         return nullptr;
+    if (recipe.isLossless && plan.format->hasQuality && !plan.format->hasLossless) {
+        noteFailure({Reason::unsupported,
+                     "a " + std::string(plan.format->title) + " cannot be lossless; choose another format"});
+        return nullptr;
+    }
     std::vector<NSString> names = {NSImageColorSyncProfileData};
     if (recipe.exif && plan.format->holdsExif)
         names.push_back(NSImageEXIFData);
     return myUtility::representationInFormat(*plan.image, plan.format->type, recipe.quality, file, names,
                                              {recipe.exif.value_or(ExifSelection::camera), recipe.maxBytes,
-                                              recipe.isLossless, recipe.isProgressive});
+                                              recipe.isLossless, recipe.isProgressive, recipe.effort});
 }
 
 NSString resultName(const NSString& path, const OutputFormat* format, bool keepsExtension) {

@@ -6,7 +6,7 @@ import subprocess
 import time
 
 import numpy
-from PIL import Image, ImageCms
+from PIL import Image, ImageCms, ImageOps
 
 import pictures
 from tools import JPEG, PNG, ToolTest, exiftool, main, messages_of
@@ -145,6 +145,39 @@ class Formats(ConvertByOptions):
         subprocess.run(["djxl", "out/b.jxl", "out/c.png"], cwd=self.folder, check=True, capture_output=True)
         numpy.testing.assert_array_equal(pictures.pixels(self.folder / "out/c.png"), pictures.pixels(self.folder / "b.png"))
 
+    def test_avif_is_written_in_every_orientation(self):
+        for orientation in range(1, 9):
+            picture = pictures.image(pictures.photo(60, 40))
+            picture.save(self.folder / "o.jpg", quality=100, subsampling=0, exif=pictures.exif(orientation))
+            self.convert("--format", "avif", "--lossless", "--no-upright", "--name", "o.avif", "o.jpg")
+            subprocess.run(["avifdec", "o.avif", "stored.png"], cwd=self.folder, check=True, capture_output=True)
+            subprocess.run(["heif-convert", "o.avif", "shown.png"], cwd=self.folder, check=True, capture_output=True)
+            stored, shown = pictures.pixels(self.folder / "stored.png"), pictures.pixels(self.folder / "shown.png")
+            upright = numpy.asarray(ImageOps.exif_transpose(Image.open(self.folder / "o.jpg")))
+            numpy.testing.assert_array_equal(stored, numpy.asarray(Image.open(self.folder / "o.jpg")))
+            numpy.testing.assert_array_equal(shown[..., :3], upright)
+            (self.folder / "o.avif").unlink()
+
+    def test_more_effort_gives_smaller_files(self):
+        picture = pictures.image(pictures.photo(200, 150))
+        picture.save(self.folder / "b.png")
+        sizes = []
+        for effort in ("fast", "normal", "max"):
+            self.convert("--format", "png", "--effort", effort, "--out", effort, "b.png")
+            numpy.testing.assert_array_equal(pictures.pixels(self.folder / effort / "b.png"), numpy.asarray(picture))
+            sizes.append((self.folder / effort / "b.png").stat().st_size)
+        self.assertLess(sizes[2], min(sizes[:2]))
+
+    def test_a_logo_gets_a_palette_at_the_highest_effort(self):
+        pixels = numpy.zeros((80, 120, 4), numpy.uint8)
+        pixels[10:40, 20:90] = (200, 30, 40, 255)
+        pixels[40:70, 30:60] = (20, 130, 240, 128)
+        Image.fromarray(pixels).save(self.folder / "logo.png")
+        self.convert("--format", "png", "--effort", "max", "--out", "out", "logo.png")
+        made = Image.open(self.folder / "out/logo.png")
+        self.assertEqual(made.mode, "P")
+        numpy.testing.assert_array_equal(numpy.asarray(made.convert("RGBA")), pixels)
+
     def test_a_webp_file_stays_one_and_keeps_profile_and_exif_data(self):
         self.picture("b.webp", 60, 40, icc_profile=WIDE_PROFILE, exif=pictures.exif(1, extra=[(0x0110, 2, 4, b"abc\0")]))
         self.convert("--longest", "30", "--out", "out", "b.webp")
@@ -161,8 +194,28 @@ class Formats(ConvertByOptions):
 
     def test_options_without_effect_are_refused(self):
         self.assertEqual(self.refused("--format", "png", "--lossless", "--out", "out"), "--lossless has no effect on PNG")
+        self.assertEqual(self.refused("--format", "jpeg", "--effort", "max", "--out", "out"), "--effort has no effect on JPEG")
         self.assertEqual(self.refused("--format", "webp", "--progressive", "--out", "out"),
                          "--progressive has no effect on WebP")
+        self.assertEqual(self.refused("--longest", "30", "--longest", "40", "--out", "out"), "--longest is given more than once")
+        self.assertIn("--out takes a folder", self.refused("--longest", "30", "--out", "-"))
+
+    def test_a_jpeg_stays_lossy_only_if_that_is_accepted(self):
+        self.picture("b.jpg", 60, 40)
+        done = self.convert("--lossless", "--longest", "30", "--out", "out", "b.jpg", status=1)
+        self.assertIn(b"b.jpg: a JPEG cannot be lossless; choose another format", done.stderr)
+
+    def test_equal_sizes_give_one_result(self):
+        self.convert("--longest", "30,30", "--format", "png", "--out", "out", "a.png")
+        self.assertEqual(set(self.tree("out")), {"a.png"})
+
+    def test_lossless_webp_keeps_the_colours_of_transparent_pixels(self):
+        pixels = numpy.array(Image.open(self.folder / "a.png").convert("RGBA"))
+        pixels[:, ::2, 3] = 0
+        Image.fromarray(pixels).save(self.folder / "clear.png")
+        self.convert("--format", "webp", "--lossless", "--name", "clear.webp", "clear.png")
+        made = numpy.asarray(Image.open(self.folder / "clear.webp"))
+        numpy.testing.assert_array_equal(made, pixels)
 
 
 class Places(ConvertByOptions):
@@ -513,6 +566,18 @@ class Inputs(ConvertByOptions):
         self.assertEqual(self.convert("-q", "a.png", "lying.png").stdout, b"")
         done = self.convert("-q", "a.png", "absent.png", status=1)
         self.assertEqual((done.stdout, len(done.stderr.splitlines())), (b"", 2))
+
+    def test_a_list_may_be_a_pipe(self):
+        reading, writing = os.pipe()
+        os.write(writing, b"a.png\n")
+        os.close(writing)
+        self.assertEqual(self.sources("--files-from", f"/dev/fd/{reading}", pass_fds=(reading,)), [b"a.png"])
+        os.close(reading)
+
+    def test_zero_bytes_in_a_list_must_be_asked_for(self):
+        done = self.kestrinectl("convert", "--percent", "50", "--out", "x", "--files-from", "-", input=b"za/a.png\0zb/a.png\0")
+        self.assertEqual((done.returncode, done.stdout), (2, b""))
+        self.assertIn(b"--null", done.stderr)
 
     def test_a_list_that_cannot_be_read_is_an_error(self):
         self.assertIn(b"No such file", self.convert("--percent", "50", "--out", "x", "--files-from", "absent", status=1).stderr)

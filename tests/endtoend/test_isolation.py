@@ -114,6 +114,7 @@ class Choice(Isolation):
         self.assertEqual(lines[1], "  worker process: in force (a decoder that crashes or hangs costs one file)")
 
 
+@unittest.skipIf(is_sanitized(), "sanitizers start a process at the end of a program")
 @unittest.skipUnless(can_trace(), "this system permits no tracing of programs")
 class NoPicture(Isolation):
     """No process is started for what converts nothing."""

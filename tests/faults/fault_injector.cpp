@@ -3,8 +3,8 @@
 //   --trace FILE     writes one line per call: PROCESS CALL NUMBER RESULT ARGUMENT(6) PATH...
 //   --at PROCESS:CALL:NUMBER:FAULT   may be given several times; only if that call has this number
 // PROCESS is 0 for the program itself, and 1, 2, ... for its threads and children in the order of their
-// start. CALL counts the calls of that process from 0; those of the program count from the begin of main. A
-// poll that does not wait is not counted. FAULT is
+// start. CALL counts the calls of that process from 0; those of the program count from the begin of main.
+// Calls of poll are not counted, because their number depends on the speed of other processes. FAULT is
 //   errno=N    the call is not made and fails with this error
 //   errno=N+   so do all later calls of the same number, in every process
 //   short      the call gets only 1 byte to read or write

@@ -24,7 +24,7 @@ TEST(ConvertWords, percentagesMayHaveFractions) {
 }
 
 TEST(ConvertWords, aBoxHasTwoLengths) {
-    EXPECT_EQ(*boxIn("1200x800"), (Box{1200, 800}));
+    EXPECT_EQ(*boxIn("1200x800"), (PixelBox{1200, 800}));
     for (const char* word : {"1200", "1200x", "x800", "1200x0", "1200X800", "1200x800x3"})
         EXPECT_TRUE(refuses(boxIn(word))) << word;
 }

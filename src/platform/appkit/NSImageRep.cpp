@@ -103,6 +103,7 @@ std::shared_ptr<const NSData> NSBitmapImageRep::representationUsingType(FileType
     output.maxBytes = rules.maxBytes;
     output.options.isLossless = rules.isLossless;
     output.options.isProgressive = rules.isProgressive;
+    output.options.effort = rules.effort;
     Result<Bytes> file = render(picture(), output);
     if (!file) {
         noteFailure(file.failure());

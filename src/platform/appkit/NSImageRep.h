@@ -59,6 +59,7 @@ struct EncodingRules {
     std::uint64_t maxBytes = 0;                 ///< see Output::maxBytes
     bool isLossless = false;                    ///< see EncodingOptions::isLossless
     bool isProgressive = false;                 ///< see EncodingOptions::isProgressive
+    Effort effort = Effort::normal;             ///< see EncodingOptions::effort
 };
 
 class NSBitmapImageRep final : public NSImageRep {

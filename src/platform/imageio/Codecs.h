@@ -73,6 +73,11 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
 namespace kestrine::webp {
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
 }
+namespace kestrine::avif {
+/// Opens the library of the encoder.
+void openLibraries();
+Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+} // namespace kestrine::avif
 namespace kestrine::jxl {
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
 }

@@ -71,13 +71,17 @@ protected:
     std::vector<FrameDescription> frames_;
 };
 
+/// How much time an encoder spends on small files.
+enum class Effort : std::uint8_t { fast, normal, max };
+
 /// What an encoder writes besides the pixels. Pointers may be null; what they point to must outlive the call.
 struct EncodingOptions {
-    double quality = 0;                    ///< JPEG, WebP, JPEG XL: 0 to 1; any other number is accepted
-    bool isLossless = false;               ///< WebP, JPEG XL: exact, whatever the quality
-    bool isProgressive = false;            ///< JPEG: shows the whole picture early, and is a little smaller
-    bool ditherTransparency = false;       ///< GIF: dither partial transparency instead of using a threshold
-    Resolution resolution;                 ///< stored if the format can hold it
+    double quality = 0;              ///< JPEG, WebP, AVIF, JPEG XL: 0 to 1; any other number is accepted
+    bool isLossless = false;         ///< WebP, AVIF, JPEG XL: exact, whatever the quality
+    bool isProgressive = false;      ///< JPEG: shows the whole picture early, and is a little smaller
+    Effort effort = Effort::normal;  ///< PNG, WebP, AVIF, JPEG XL
+    bool ditherTransparency = false; ///< GIF: dither partial transparency instead of using a threshold
+    Resolution resolution;           ///< stored if the format can hold it
     const ColorProfile* profile = nullptr; ///< embedded if the format can hold it
     ByteView exif;                         ///< JPEG: a complete EXIF block, which begins with the TIFF header
     ByteView colorTable;                   ///< GIF: red, green and blue of each colour, at most 256 colours
@@ -101,7 +105,7 @@ Result<const ImageCodec*> knownCodecFor(const ByteReader& reader);
 
 /// One bit if the codec has libraries to open, else 0.
 std::uint32_t librariesOf(const ImageCodec& codec);
-/// Opens the libraries of all codecs whose bits are set in `chosen`.
+/// Opens the libraries of all codecs and output formats whose bits are set in `chosen`.
 void openLibraries(std::uint32_t chosen);
 
 /// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does, and with

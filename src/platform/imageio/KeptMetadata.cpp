@@ -1,5 +1,10 @@
 #include "platform/imageio/KeptMetadata.h"
 
+#include "platform/host/BigEndian.h"
+#include "platform/host/FourCC.h"
+#include "platform/imageio/Codecs.h"
+#include "platform/imageio/ForwardReader.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -10,7 +15,7 @@ namespace {
 
 /// The answer is one byte of these.
 constexpr std::uint8_t hasOther = 1, hasExif = 2;
-/// EXIF that this selection keeps as it is.
+/// EXIF of which this selection keeps everything.
 constexpr std::uint8_t isKeptBy(ExifSelection selection) {
     return static_cast<std::uint8_t>(4U << static_cast<unsigned>(selection));
 }
@@ -20,36 +25,46 @@ constexpr std::array allSelections = {ExifSelection::camera, ExifSelection::with
 /// Reads a file from the front.
 class Walk {
 public:
-    explicit Walk(const ByteReader& file) : file_(file) {}
+    explicit Walk(const std::shared_ptr<const ByteReader>& file) : input_(file, 0, bufferBytes) {}
 
     /// The next bytes as a number; nullopt at the end of the file.
     std::optional<std::uint32_t> number(std::size_t bytes) {
         std::array<std::uint8_t, 4> read{};
-        if (file_.readAt(position_, std::span(read).first(bytes)) != bytes)
+        const std::span<std::uint8_t> wanted = std::span(read).first(bytes);
+        if (input_.read(wanted) != bytes)
             return std::nullopt;
-        position_ += bytes;
-        std::uint32_t value = 0;
-        for (std::size_t i = 0; i < bytes; ++i)
-            value = value << 8 | read[i];
-        return value;
+        return static_cast<std::uint32_t>(bigEndian(wanted));
     }
 
     /// Whether these bytes come next, which stay.
-    bool isAt(std::string_view expected) const {
+    bool isAt(std::string_view expected) {
+        const std::uint64_t here = input_.offset();
         std::array<std::uint8_t, 16> read{};
-        const std::size_t count = file_.readAt(position_, std::span(read).first(expected.size()));
+        const std::size_t count = input_.read(std::span(read).first(expected.size()));
+        input_.moveTo(here);
         return count == expected.size() && std::equal(expected.begin(), expected.end(), read.begin());
     }
 
-    void skip(std::uint64_t bytes) { position_ += bytes; }
+    void skip(std::uint64_t bytes) { input_.moveTo(input_.offset() + bytes); }
+
+    /// Skips the coded samples of a JPEG and returns the marker after them; nullopt at the end of the file.
+    std::optional<std::uint32_t> markerAfterSamples() {
+        constexpr int escaped = 0x00, firstRestart = 0xd0, lastRestart = 0xd7, fill = 0xff;
+        for (int byte = input_.next(), last = 0; byte >= 0; last = byte, byte = input_.next())
+            if (last == fill && byte != escaped && byte != fill
+                && (byte < firstRestart || byte > lastRestart))
+                return 0xff00U | static_cast<unsigned>(byte);
+        return std::nullopt;
+    }
 
 private:
-    const ByteReader& file_;
-    std::uint64_t position_ = 0;
+    static constexpr std::size_t bufferBytes = std::size_t{1} << 16;
+
+    ForwardReader input_;
 };
 
 /// Whether the segment at hand describes only pixels, or is EXIF data.
-bool isUsualSegment(std::uint32_t marker, const Walk& walk) {
+bool isUsualSegment(std::uint32_t marker, Walk& walk) {
     using namespace std::string_view_literals;
     constexpr std::uint32_t app0 = 0xffe0, app1 = 0xffe1, app2 = 0xffe2, app14 = 0xffee, comment = 0xfffe;
     if (marker == app0)
@@ -61,39 +76,33 @@ bool isUsualSegment(std::uint32_t marker, const Walk& walk) {
     return marker == app14 || (marker < app0 && marker != comment);
 }
 
-bool hasOtherInJPEG(const ByteReader& file) {
-    constexpr std::uint32_t startOfScan = 0xffda;
+/// Also what follows the picture, such as further pictures and films, is more.
+bool hasOtherInJPEG(const std::shared_ptr<const ByteReader>& file) {
+    constexpr std::uint32_t startOfScan = 0xffda, endOfImage = 0xffd9;
     Walk walk(file);
     walk.skip(2);
-    while (const auto marker = walk.number(2)) {
+    std::optional<std::uint32_t> marker = walk.number(2);
+    while (marker && *marker != endOfImage) {
         const auto length = walk.number(2);
-        if (*marker == startOfScan)
-            return false;
         if (!length || *length < 2 || !isUsualSegment(*marker, walk))
             return true;
         walk.skip(*length - 2);
+        marker = *marker == startOfScan ? walk.markerAfterSamples() : walk.number(2);
     }
-    return true;
+    return !marker || walk.number(1);
 }
 
-constexpr std::uint32_t chunkNamed(const char (&name)[5]) {
-    std::uint32_t number = 0;
-    for (int i = 0; i < 4; ++i)
-        number = number << 8 | static_cast<std::uint8_t>(name[i]);
-    return number;
-}
-
-bool hasOtherInPNG(const ByteReader& file) {
-    constexpr std::array usual = {chunkNamed("IHDR"), chunkNamed("PLTE"), chunkNamed("IDAT"),
-                                  chunkNamed("tRNS"), chunkNamed("gAMA"), chunkNamed("cHRM"),
-                                  chunkNamed("sRGB"), chunkNamed("iCCP"), chunkNamed("sBIT"),
-                                  chunkNamed("pHYs"), chunkNamed("bKGD"), chunkNamed("eXIf")};
+/// Also what follows the picture is more.
+bool hasOtherInPNG(const std::shared_ptr<const ByteReader>& file) {
+    constexpr std::array usual = {fourCC("IHDR"), fourCC("PLTE"), fourCC("IDAT"), fourCC("tRNS"),
+                                  fourCC("gAMA"), fourCC("cHRM"), fourCC("sRGB"), fourCC("iCCP"),
+                                  fourCC("sBIT"), fourCC("pHYs"), fourCC("bKGD"), fourCC("eXIf")};
     Walk walk(file);
     walk.skip(8);
     while (const auto length = walk.number(4)) {
         const auto name = walk.number(4);
-        if (name == chunkNamed("IEND"))
-            return false;
+        if (name == fourCC("IEND"))
+            return !walk.number(4) || walk.number(1); // after its checksum
         if (!name || std::ranges::find(usual, *name) == usual.end())
             return true;
         walk.skip(std::uint64_t{*length} + 4);
@@ -101,10 +110,10 @@ bool hasOtherInPNG(const ByteReader& file) {
     return true;
 }
 
-bool hasOtherIn(const ByteReader& file, const ImageCodec& codec) {
-    if (codec.name == "JPEG")
+bool hasOtherIn(const std::shared_ptr<const ByteReader>& file, const ImageCodec& codec) {
+    if (&codec == &jpeg::codec)
         return hasOtherInJPEG(file);
-    return codec.name != "PNG" || hasOtherInPNG(file);
+    return &codec != &png::codec || hasOtherInPNG(file);
 }
 
 } // namespace
@@ -113,12 +122,11 @@ Result<Bytes> metadataOf(const std::shared_ptr<const ByteReader>& file) {
     const ImageCodec* codec = TRY(knownCodecFor(*file));
     const std::unique_ptr<ImageDecoder> decoder = TRY(openImage(file, *codec));
     const Bytes exif = TRY(decoder->exif());
-    const RowFormat& format = decoder->frames().front().format;
-    std::uint8_t found = hasOtherIn(*file, *codec) ? hasOther : 0;
+    std::uint8_t found = hasOtherIn(file, *codec) ? hasOther : 0;
     if (!exif.empty())
         found |= hasExif;
     for (const ExifSelection selection : allSelections)
-        if (carriedExif(exif, format.width, format.height, false, selection) == exif)
+        if (keepsWholeExif(exif, selection))
             found |= isKeptBy(selection);
     return Bytes{found};
 }

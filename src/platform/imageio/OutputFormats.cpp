@@ -25,6 +25,8 @@ constexpr OutputFormat outputFormatTable[] = {
      .extension = "png",
      .holdsAlpha = true,
      .holds16Bits = true,
+     .heldBytesPerPixel = {0, 0, 1},
+     .hasEffort = true,
      .encode = png::encode},
     {.type = FileType::tiff,
      .name = "tiff",
@@ -47,11 +49,12 @@ constexpr OutputFormat outputFormatTable[] = {
      .extension = "webp",
      .holdsAlpha = true,
      .holdsGray = false,
-     .heldBytesPerPixel = 28,
+     .heldBytesPerPixel = {38, 38, 42},
      .hasLossless = true,
-     .codec = &webp::codec,
+     .hasEffort = true,
      .hasQuality = true,
      .holdsExif = true,
+     .openLibraries = [] { webp::codec.openLibraries(); },
      .encode = webp::encode},
     {.type = FileType::jxl,
      .name = "jxl",
@@ -59,12 +62,26 @@ constexpr OutputFormat outputFormatTable[] = {
      .extension = "jxl",
      .holdsAlpha = true,
      .holds16Bits = true,
-     .heldBytesPerPixel = 70,
+     .heldBytesPerPixel = {72, 72, 95},
      .hasLossless = true,
-     .codec = &jxl::codec,
+     .hasEffort = true,
      .hasQuality = true,
      .holdsExif = true,
+     .openLibraries = [] { jxl::codec.openLibraries(); },
      .encode = jxl::encode},
+    {.type = FileType::avif,
+     .name = "avif",
+     .title = "AVIF",
+     .extension = "avif",
+     .holdsAlpha = true,
+     .holds16Bits = true,
+     .heldBytesPerPixel = {42, 42, 58},
+     .hasLossless = true,
+     .hasEffort = true,
+     .hasQuality = true,
+     .holdsExif = true,
+     .openLibraries = avif::openLibraries,
+     .encode = avif::encode},
 };
 
 constexpr bool isInOrder() {
@@ -88,6 +105,12 @@ std::span<const OutputFormat> presetFormats() {
 const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFormat> formats) {
     const auto found = std::ranges::find(formats, name, &OutputFormat::name);
     return found == formats.end() ? nullptr : &*found;
+}
+
+const OutputFormat* formatOf(const ImageCodec* codec) {
+    const auto found =
+        std::ranges::find(outputFormats(), codec == nullptr ? "" : codec->name, &OutputFormat::title);
+    return found == outputFormats().end() ? nullptr : &*found;
 }
 
 const OutputFormat* outputFormatNumbered(std::int32_t number) {

@@ -10,7 +10,7 @@
 namespace kestrine {
 
 /// Also the position of a format in the table. Presets know the first four and store these numbers.
-enum class FileType : std::uint8_t { jpeg, png, tiff, gif, webp, jxl };
+enum class FileType : std::uint8_t { jpeg, png, tiff, gif, webp, jxl, avif };
 
 struct OutputFormat {
     FileType type;
@@ -22,12 +22,15 @@ struct OutputFormat {
     bool holds16Bits = false;                             ///< otherwise samples are rounded to 8 bits
     bool isSRGBOnly = false;                              ///< whether viewers always assume sRGB
     bool holdsGray = true;                                ///< otherwise grey pictures become sRGB
-    bool hasProgressive = false;         ///< whether the encoder uses EncodingOptions::isProgressive
-    std::uint64_t heldBytesPerPixel = 0; ///< of memory that the encoder needs, measured; 0 if it streams
-    bool hasLossless = false;            ///< whether the encoder uses EncodingOptions::isLossless
-    const ImageCodec* codec = nullptr;   ///< of the same format, if the encoder needs its libraries
-    bool hasQuality = false;             ///< whether the encoder uses EncodingOptions::quality
-    bool holdsExif = false;              ///< whether the encoder writes EncodingOptions::exif
+    bool hasProgressive = false; ///< whether the encoder uses EncodingOptions::isProgressive
+    /// Of memory that the encoder needs, measured, by Effort; 0 if it streams.
+    std::array<std::uint64_t, 3> heldBytesPerPixel = {};
+    bool hasLossless = false; ///< whether the encoder uses EncodingOptions::isLossless
+    bool hasEffort = false;   ///< whether the encoder uses EncodingOptions::effort
+    bool hasQuality = false;  ///< whether the encoder uses EncodingOptions::quality
+    bool holdsExif = false;   ///< whether the encoder writes EncodingOptions::exif
+    /// Opens the libraries of the encoder that are not linked. Null if there are none.
+    void (*openLibraries)() = nullptr;
     /// Consumes all rows, which suit the format, and returns the bytes of the file.
     Result<Bytes> (*encode)(RowSource& rows, const EncodingOptions& options);
 };
@@ -37,11 +40,17 @@ std::span<const OutputFormat> outputFormats();
 
 const OutputFormat& outputFormat(FileType type);
 
+/// One bit if the encoder has libraries to open, else 0; for openLibraries().
+std::uint32_t librariesOf(const OutputFormat& format);
+
 /// Those that presets know.
 std::span<const OutputFormat> presetFormats();
 
 /// The one of `formats` with that name; null if there is none.
 const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFormat> formats);
+
+/// The one that files of this codec have; null if it is not written, or if `codec` is null.
+const OutputFormat* formatOf(const ImageCodec* codec);
 
 /// The one of presetFormats() with that number; null if there is none.
 const OutputFormat* outputFormatNumbered(std::int32_t number);

@@ -15,9 +15,12 @@ std::uint64_t packedBytes(const FrameDescription& frame) {
 
 } // namespace
 
+bool isPlausible(std::uint64_t packedBytes, std::uint64_t fileBytes) {
+    return packedBytes <= uncheckedBytes || packedBytes / maxBytesPerFileByte <= fileBytes;
+}
+
 Result<void> checkPlausible(const FrameDescription& frame, std::uint64_t fileBytes) {
-    const std::uint64_t bytes = packedBytes(frame);
-    if (bytes > uncheckedBytes && bytes / maxBytesPerFileByte > fileBytes)
+    if (!isPlausible(packedBytes(frame), fileBytes))
         return Failure{Reason::implausible, "the file is too short for a picture of "
                                                 + std::to_string(frame.format.width) + " x "
                                                 + std::to_string(frame.format.height) + " pixels"};

@@ -11,6 +11,9 @@ namespace kestrine {
 /// "implausible".
 Result<void> checkPlausible(const FrameDescription& frame, std::uint64_t fileBytes);
 
+/// The same rule for any packed rows, such as those of all the parts of a picture.
+bool isPlausible(std::uint64_t packedBytes, std::uint64_t fileBytes);
+
 /// Whether decoded pixels should be kept to save decoding them again: those of a small file that claims to be
 /// large are decoded quickly, but would fill the memory.
 bool isWorthKeeping(const RowFormat& pixels, std::uint64_t fileBytes);

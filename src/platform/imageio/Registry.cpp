@@ -1,4 +1,5 @@
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/OutputFormats.h"
 #include "platform/imageio/Plausibility.h"
 
 #include <algorithm>
@@ -34,10 +35,19 @@ std::uint32_t librariesOf(const ImageCodec& codec) {
     return codec.openLibraries == nullptr ? 0 : std::uint32_t{1} << position;
 }
 
+std::uint32_t librariesOf(const OutputFormat& format) {
+    static_assert(std::size(codecs) + std::size_t{1} + static_cast<std::size_t>(FileType::avif) <= 32);
+    const std::size_t position = std::size(codecs) + static_cast<std::size_t>(format.type);
+    return format.openLibraries == nullptr ? 0 : std::uint32_t{1} << position;
+}
+
 void openLibraries(std::uint32_t chosen) {
     for (const ImageCodec* codec : codecs)
         if ((chosen & librariesOf(*codec)) != 0)
             codec->openLibraries();
+    for (const OutputFormat& format : outputFormats())
+        if ((chosen & librariesOf(format)) != 0)
+            format.openLibraries();
 }
 
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader) {

@@ -146,11 +146,11 @@ Result<Bytes> encodedToFit(RowSource& rows, const OutputFormat& format, Encoding
                            std::uint64_t maxBytes) {
     const auto pixels = std::make_shared<const PixelBuffer>(TRY(readAllRows(rows)));
     const int highest = static_cast<int>(std::lround(std::clamp(options.quality, 0.0, 1.0) * 100));
-    int tooHigh = format.hasQuality ? highest + 1 : 1;
+    const bool hasQuality = format.hasQuality && !options.isLossless;
+    int tooHigh = hasQuality ? highest + 1 : 1;
     int fitting = -1;
     Bytes best;
-    while (tooHigh - fitting > 1) {
-        const int percent = (tooHigh + fitting) / 2; // rounded towards 0, never -1
+    for (int percent = tooHigh - 1; tooHigh - fitting > 1; percent = (tooHigh + fitting) / 2) {
         options.quality = percent / 100.0;
         const RowSourcePointer again = rowsOfPixels(pixels);
         Bytes file = TRY(format.encode(*again, options));
@@ -162,7 +162,7 @@ Result<Bytes> encodedToFit(RowSource& rows, const OutputFormat& format, Encoding
         }
     }
     if (fitting < 0)
-        return Failure{Reason::tooLarge, (format.hasQuality ? "no quality gives" : "the format does not give")
+        return Failure{Reason::tooLarge, (hasQuality ? "no quality gives" : "the format does not give")
                                              + std::string(" a file of at most ") + std::to_string(maxBytes)
                                              + " bytes"};
     return best;
@@ -214,7 +214,9 @@ std::uint64_t bytesToEncode(const Picture& picture, const Output& output, bool i
     const OutputFormat& file = outputFormat(output.type);
     constexpr std::uint64_t bytesOfCoefficients = 3 * 2; // of a JPEG without subsampling
     const std::uint64_t perPixel =
-        output.options.isProgressive ? bytesOfCoefficients : file.heldBytesPerPixel;
+        file.hasProgressive && output.options.isProgressive
+            ? bytesOfCoefficients
+            : file.heldBytesPerPixel[static_cast<std::size_t>(output.options.effort)];
     return bytesToHold(picture, file.holds16Bits, isDecoded, output.maxBytes != 0)
            + perPixel * picture.format().pixels();
 }

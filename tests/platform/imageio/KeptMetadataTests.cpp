@@ -36,6 +36,11 @@ Bytes jpegWith(const testing::ExifContent& content, ExifSelection selection) {
     return *jpeg::encode(*photo(), {.quality = 0.9, .exif = block});
 }
 
+/// A file with the block as it is.
+Bytes jpegWith(const testing::ExifContent& content) {
+    return *jpeg::encode(*photo(), {.quality = 0.9, .exif = exifBlock(content)});
+}
+
 /// The file with these bytes after the first `position` bytes.
 Bytes withInserted(Bytes file, std::ptrdiff_t position, const Bytes& inserted) {
     file.insert(file.begin() + position, inserted.begin(), inserted.end());
@@ -54,7 +59,25 @@ TEST(KeptMetadata, exifMustBeWhatASelectionKeeps) {
     EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::all)), "all ");
     EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::camera)), "camera all ");
     EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::withoutOwner)), "exif camera all ");
-    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::rights)), "rights all ");
+    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::rights)), "rights exif camera all ");
+}
+
+TEST(KeptMetadata, exifNeedNotBeWrittenAsResultsHaveIt) {
+    using namespace testing;
+    for (const ExifOrder order : {ExifOrder::bigEndian, ExifOrder::littleEndian})
+        EXPECT_EQ(selectionsFor(jpegWith({.order = order,
+                                          .ifd0 = {exifText(0x010f, "Kappa"), exifRationals(0x011a, {72, 1})},
+                                          .exifSubIFD = {exifText(0x9003, "2024:06:01 18:30:05")}})),
+                  "exif camera all ");
+}
+
+TEST(KeptMetadata, thumbnailsAndNotesOfTheCameraAreMore) {
+    using namespace testing;
+    const ExifField maker = exifText(0x010f, "Kappa");
+    EXPECT_EQ(selectionsFor(jpegWith({.ifd0 = {maker}, .ifd1 = {exifShorts(0x0103, {6})}})), "all ");
+    EXPECT_EQ(selectionsFor(jpegWith({.ifd0 = {maker}, .exifSubIFD = {exifBytes(0x927c, {1, 2, 3, 4, 5})}})),
+              "all ");
+    EXPECT_EQ(selectionsFor(jpegWith({.ifd0 = {maker, exifText(0x9999, "unknown")}})), "all ");
 }
 
 TEST(KeptMetadata, otherSegmentsAndChunksAreMore) {
@@ -65,6 +88,22 @@ TEST(KeptMetadata, otherSegmentsAndChunksAreMore) {
             << int{marker};
     EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, 0xee, 0, 4, 'x', 'y'})),
               "none rights exif camera all ");
+}
+
+TEST(KeptMetadata, whatFollowsThePictureIsMore) {
+    Bytes jpeg = *jpeg::encode(*photo(), {.quality = 0.9}), png = *png::encode(*photo(), {});
+    jpeg.push_back(0);
+    png.push_back(0);
+    EXPECT_EQ(selectionsFor(jpeg), "all ");
+    EXPECT_EQ(selectionsFor(png), "all ");
+}
+
+TEST(KeptMetadata, segmentsBetweenScansAreMore) {
+    const Bytes file = *jpeg::encode(*photo(), {.quality = 0.9, .isProgressive = true});
+    EXPECT_EQ(selectionsFor(file), "none rights exif camera all ");
+    const Bytes startOfScan{0xff, 0xda};
+    const auto last = std::ranges::find_end(file, startOfScan).begin();
+    EXPECT_EQ(selectionsFor(withInserted(file, last - file.begin(), {0xff, 0xfe, 0, 4, 'x', 'y'})), "all ");
 }
 
 TEST(KeptMetadata, filesOfOtherFormatsAreTakenToHoldMore) {

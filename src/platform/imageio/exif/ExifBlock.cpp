@@ -87,6 +87,20 @@ constexpr std::array<std::uint16_t, 15> droppedTags{
     0xea1d, // OffsetSchema, a correction for the MakerNote
 };
 
+/// They describe only how the pixels or the block are stored.
+constexpr std::array<std::uint16_t, 10> storageTags{
+    xResolution,
+    yResolution,
+    resolutionUnit,
+    0x0213, // YCbCrPositioning
+    exifDirectoryPointer,
+    gpsPointer,
+    interoperabilityPointer,
+    pixelXDimension,
+    pixelYDimension,
+    0xea1c, // Padding
+};
+
 /// A JPEG segment has 65535 bytes, including its length field and "Exif\0\0".
 constexpr std::size_t largestBlock = 65533 - 6;
 constexpr std::uint32_t blockHeaderSize = 8;
@@ -372,6 +386,22 @@ Bytes carriedExif(ByteView block, std::uint32_t width, std::uint32_t height, boo
         carried->main.insert_or_assign(gpsPointer, longField(0));
     dropUntilFitting(*carried);
     return written(*carried);
+}
+
+bool keepsWholeExif(ByteView block, ExifSelection selection) {
+    const auto source = ExifDirectories::of(block);
+    if (!source)
+        return block.empty();
+    const CarriedFields kept = selectFields(*source, selection).value_or(CarriedFields{});
+    const auto keeps = [](const Fields& fields, const ExifDirectory& directory) {
+        return std::ranges::all_of(directory, [&](const auto& entry) {
+            return fields.contains(entry.first) || lists(storageTags, entry.first);
+        });
+    };
+    const ExifDirectory main = source->main(), exif = source->child(main, exifDirectoryPointer);
+    return !source->hasThumbnail() && keeps(kept.main, main) && keeps(kept.exif, exif)
+           && keeps(kept.interoperability, source->child(exif, interoperabilityPointer))
+           && keeps(kept.gps, source->child(main, gpsPointer));
 }
 
 } // namespace kestrine

@@ -83,6 +83,13 @@ ExifDirectory ExifDirectories::directoryAt(std::uint64_t offset) const {
     return directory;
 }
 
+bool ExifDirectories::hasThumbnail() const {
+    if (mainOffset_ < headerSize || mainOffset_ > block_.size() - 2)
+        return false;
+    const std::size_t next = mainOffset_ + 2 + unsignedOf(block_.subspan(mainOffset_, 2)) * entrySize;
+    return next + 4 <= block_.size() && unsignedOf(block_.subspan(next, 4)) != 0;
+}
+
 ExifDirectory ExifDirectories::child(const ExifDirectory& parent, std::uint16_t tag) const {
     const auto pointer = parent.find(tag);
     if (pointer == parent.end() || (pointer->second.type != exifLong && pointer->second.type != exifPointer))

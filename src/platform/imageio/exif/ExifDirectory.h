@@ -50,6 +50,9 @@ public:
     /// The directory that the entry `tag` of `parent` points to; empty if there is no such pointer.
     ExifDirectory child(const ExifDirectory& parent, std::uint16_t tag) const;
 
+    /// Whether another directory follows the main one: that of a thumbnail.
+    bool hasThumbnail() const;
+
     /// The first value of `tag` as a number: a short, a long, or a rational with a denominator other than 0.
     std::optional<double> number(const ExifDirectory& directory, std::uint16_t tag) const;
 

@@ -38,7 +38,8 @@ public:
         library_.setDefaults(&settings);
         settings.n_threads = static_cast<int>(threads);
         settings.max_frame_delay = 1;
-        settings.frame_size_limit = expected.width * expected.height;
+        settings.frame_size_limit = static_cast<unsigned>(
+            std::min<std::uint64_t>(std::uint64_t{expected.width} * expected.height, UINT_MAX));
         settings.operating_point = coding.operatingPoint;
         settings.all_layers = coding.spatialLayer ? 1 : 0;
         settings.logger = {nullptr, nullptr};

@@ -42,7 +42,7 @@ Result<std::unique_ptr<CodedPicture>> decodePicture(const CodingSetup& coding, B
 /// Fails if the library that decodes this kind of pictures is missing.
 Result<void> requireLibrary(CodingSetup::Kind kind);
 
-/// What av1C or the start of the picture says, for files that say nothing about colours themselves. nullopt
+/// What the start of the picture says, for files that say nothing about colours themselves. nullopt
 /// if that is not known without decoding.
 std::optional<CodingPoints> pointsInHeader(const CodingSetup& coding, ByteView startOfData);
 

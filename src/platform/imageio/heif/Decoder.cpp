@@ -124,13 +124,10 @@ Result<void> requireLibraries(const PictureNode& node, bool isAVIF) {
     return node.alpha ? requireLibraries(*node.alpha, isAVIF) : Result<void>();
 }
 
-/// All pictures that must be decoded for this one, as checkPlausible() does it for the result.
+/// Checks all pictures that must be decoded for this one; checkPlausible() checks only the result.
 Result<void> checkParts(const PictureNode& root, std::uint64_t fileBytes) {
-    constexpr std::uint64_t side = 1024;
-    const std::uint64_t squares = root.codedPixels / (side * side);
-    if (squares > std::numeric_limits<std::uint32_t>::max() / side
-        || !checkPlausible({.format = {.width = side, .height = static_cast<std::uint32_t>(side * squares)}},
-                           fileBytes))
+    constexpr std::uint64_t bytesPerPixel = 3, maxPixels = std::uint64_t{1} << 60;
+    if (!isPlausible(bytesPerPixel * std::min(root.codedPixels, maxPixels), fileBytes))
         return Failure{Reason::implausible, "the file is too short for the pictures that it consists of"};
     return {};
 }

@@ -116,8 +116,11 @@ Result<void> addAlpha(PictureNode& frame, const std::vector<Track>& tracks, cons
     for (const Track& track : tracks) {
         if (track.handler != fourCC("auxv") || !refersTo(track, fourCC("auxl"), main.id))
             continue;
-        PictureNode alpha = TRY(firstFrameOf(track, fileBytes));
-        if (!isAlphaType(alpha.properties.auxiliaryType))
+        Result<PictureNode> first = firstFrameOf(track, fileBytes);
+        if (!first && first.failure().reason == Reason::unsupported)
+            continue; // such as a track of depth maps
+        PictureNode alpha = TRY(std::move(first));
+        if (!alpha.properties.isAlpha)
             continue;
         TRY(attachAlpha(frame, std::make_shared<const PictureNode>(std::move(alpha)),
                         refersTo(main, fourCC("prem"), track.id)));

@@ -1,9 +1,9 @@
 #include "platform/imageio/heif/NodeRows.h"
 
+#include "platform/coregraphics/Premultiplication.h"
 #include "platform/coregraphics/Resampler.h"
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
-#include "platform/imageio/AlphaDivision.h"
 #include "platform/imageio/heif/PlanesToPixels.h"
 
 #include <algorithm>
@@ -205,6 +205,8 @@ public:
         else
             add(reinterpret_cast<const std::uint16_t*>(alphaRow_.data()),
                 reinterpret_cast<std::uint16_t*>(row.data()));
+        if (isPremultiplied_)
+            undoPremultiplication(format(), row);
         return {};
     }
 
@@ -214,8 +216,6 @@ private:
         const std::size_t channels = format().channels();
         for (std::size_t x = 0; x < format().width; ++x)
             pixels[(x + 1) * channels - 1] = alpha[x];
-        if (isPremultiplied_)
-            divideByAlpha(std::span(pixels, format().samplesPerRow()), channels);
     }
 
     const RowSourcePointer colors_, alpha_;
@@ -223,31 +223,24 @@ private:
     Bytes alphaRow_;
 };
 
-/// Cuts and mirrors the rows.
-class PlacedRows final : public RowSource {
+/// A part of the rows.
+class CutRows final : public RowSource {
 public:
-    PlacedRows(RowSourcePointer input, const Placement& placement)
-        : RowSource(sized(input->format(), placement.area().size)), input_(std::move(input)),
-          area_(placement.area()), isMirrored_(placement.isMirrored()), row_(input_->format().bytesPerRow()) {
-    }
+    CutRows(RowSourcePointer input, const Area& area)
+        : RowSource(sized(input->format(), area.size)), input_(std::move(input)), area_(area),
+          row_(input_->format().bytesPerRow()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         for (; skipped_ < area_.top; ++skipped_)
             TRY(input_->readRow(row_));
         TRY(input_->readRow(row_));
-        const std::size_t pixel = format().bytesPerPixel();
-        const std::uint8_t* const from = row_.data() + area_.left * pixel;
-        if (!isMirrored_)
-            std::memcpy(row.data(), from, row.size());
-        for (std::size_t x = 0; isMirrored_ && x < format().width; ++x)
-            std::memcpy(row.data() + x * pixel, from + (format().width - 1 - x) * pixel, pixel);
+        std::memcpy(row.data(), row_.data() + area_.left * format().bytesPerPixel(), row.size());
         return {};
     }
 
 private:
     const RowSourcePointer input_;
     const Area area_;
-    const bool isMirrored_;
     Bytes row_;
     std::uint32_t skipped_ = 0;
 };
@@ -292,7 +285,8 @@ RowSourcePointer rowsBeforeTurn(const PictureNodePointer& node, const Decoding& 
     }
     if (node->placement.keepsRowsOf(node->size))
         return rows;
-    return std::make_unique<PlacedRows>(std::move(rows), node->placement);
+    rows = std::make_unique<CutRows>(std::move(rows), node->placement.area());
+    return node->placement.isMirrored() ? mirroredRows(std::move(rows)) : std::move(rows);
 }
 
 RowSourcePointer rowsOfNode(const PictureNodePointer& node, const Decoding& decoding, const Share& share) {

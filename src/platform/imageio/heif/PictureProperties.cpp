@@ -14,6 +14,19 @@ constexpr std::array ignoredTypes = {
     fourCC("amve"), fourCC("udes"), fourCC("altt"), fourCC("iscl"), fourCC("ndwt"),
 };
 
+bool isAuxiliaryType(const Box& box) { return box.type == fourCC("auxC") || box.type == fourCC("auxi"); }
+
+/// Whether the box, which says what an auxiliary picture is, says that it is an alpha plane.
+bool namesAlpha(const Box& box) {
+    using namespace std::string_view_literals;
+    constexpr std::array names = {"urn:mpeg:mpegB:cicp:systems:auxiliary:alpha"sv,
+                                  "urn:mpeg:hevc:2015:auxid:1"sv, "urn:mpeg:avc:2015:auxid:1"sv};
+    Cursor cursor(box.content);
+    (void)readFullBoxHeader(cursor);
+    const std::string_view text(reinterpret_cast<const char*>(cursor.rest().data()), cursor.rest().size());
+    return std::ranges::find(names, text.substr(0, text.find('\0'))) != names.end();
+}
+
 class Reader {
 public:
     Result<PictureProperties> read(const std::vector<ItemProperty>& properties) {
@@ -48,13 +61,13 @@ private:
             break;
         case fourCC("auxC"):
         case fourCC("auxi"):
-            readAuxiliaryType(cursor);
+            result_.isAlpha = namesAlpha(box);
             break;
         case fourCC("hvcC"):
-            readHEVC(box.content);
+            readHEVC(cursor);
             break;
         case fourCC("av1C"):
-            readAV1(box.content);
+            readAV1(cursor);
             break;
         case fourCC("a1op"):
             result_.coding.operatingPoint = cursor.u8();
@@ -90,33 +103,23 @@ private:
         }
     }
 
-    void readAuxiliaryType(Cursor& cursor) {
-        (void)readFullBoxHeader(cursor);
-        const ByteView text = cursor.rest();
-        const auto length = std::ranges::find(text, std::uint8_t{0}) - text.begin();
-        result_.auxiliaryType = {reinterpret_cast<const char*>(text.data()),
-                                 static_cast<std::size_t>(length)};
-    }
-
-    void readHEVC(ByteView content) {
-        Cursor cursor(content);
+    void readHEVC(Cursor& cursor) {
+        result_.coding.configuration = cursor.rest();
         cursor.skip(16);
         CodingSetup& coding = result_.coding;
         coding.isMonochrome = (cursor.u8() & 3) == 0;
         coding.bits = 8u + (cursor.u8() & 7);
         coding.kind = CodingSetup::Kind::hevc;
-        coding.configuration = content;
     }
 
-    void readAV1(ByteView content) {
-        Cursor cursor(content);
+    void readAV1(Cursor& cursor) {
+        result_.coding.configuration = cursor.rest();
         cursor.skip(2);
         const std::uint8_t bits = cursor.u8();
         CodingSetup& coding = result_.coding;
         coding.bits = (bits & 0x40) == 0 ? 8 : (bits & 0x20) == 0 ? 10 : 12;
         coding.isMonochrome = (bits & 0x10) != 0;
         coding.kind = CodingSetup::Kind::av1;
-        coding.configuration = content;
     }
 
     void readLayer(std::uint16_t layer) {
@@ -134,11 +137,10 @@ Result<PictureProperties> readProperties(const std::vector<ItemProperty>& proper
     return Reader().read(properties);
 }
 
-bool isAlphaType(std::string_view auxiliaryType) {
-    using namespace std::string_view_literals;
-    constexpr std::array names = {"urn:mpeg:mpegB:cicp:systems:auxiliary:alpha"sv,
-                                  "urn:mpeg:hevc:2015:auxid:1"sv, "urn:mpeg:avc:2015:auxid:1"sv};
-    return std::ranges::find(names, auxiliaryType) != names.end();
+bool isAlpha(const std::vector<ItemProperty>& properties) {
+    return std::ranges::any_of(properties, [](const ItemProperty& property) {
+        return isAuxiliaryType(property.box) && namesAlpha(property.box);
+    });
 }
 
 } // namespace kestrine::heif

@@ -28,14 +28,15 @@ struct PictureProperties {
     std::optional<CodingPoints> points;
     ByteView icc;
     std::uint16_t brightestLight = 0; ///< of HDR pictures, in cd/m2; 0: not known
-    std::string_view auxiliaryType;   ///< what an auxiliary picture is
+    bool isAlpha = false;             ///< whether this is the alpha plane of another picture
     CodingSetup coding;
 };
 
 /// Fails if a property is damaged, or if one that is essential is not supported.
 Result<PictureProperties> readProperties(const std::vector<ItemProperty>& properties);
 
-/// Whether `auxiliaryType` is that of an alpha plane.
-bool isAlphaType(std::string_view auxiliaryType);
+/// Whether they are those of an alpha plane. Other auxiliary pictures may have properties that are not
+/// supported.
+bool isAlpha(const std::vector<ItemProperty>& properties);
 
 } // namespace kestrine::heif

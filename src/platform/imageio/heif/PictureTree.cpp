@@ -187,10 +187,7 @@ private:
     Result<void> readAlpha(PictureNode& node, ItemID id, int depth) {
         for (const ItemID auxiliary : table_.references.sources(fourCC("auxl"), id)) {
             const Item* item = table_.item(auxiliary);
-            if (item == nullptr)
-                continue;
-            const PictureProperties properties = TRY(readProperties(item->properties));
-            if (!isAlphaType(properties.auxiliaryType))
+            if (item == nullptr || !isAlpha(item->properties))
                 continue;
             const std::vector<ItemID>& premultiplied = table_.references.targets(fourCC("prem"), id);
             return attachAlpha(node, TRY(this->node(auxiliary, depth + 1)),

@@ -1,7 +1,7 @@
 // Placement: which part of a stored picture is shown, and how it is turned.
 #pragma once
 
-#include "platform/imageio/heif/Box.h"
+#include "platform/imageio/heif/TopLevelBoxes.h"
 
 namespace kestrine::heif {
 

@@ -1,36 +1,11 @@
 #include "platform/imageio/heif/TopLevelBoxes.h"
 
-#include <array>
-
 namespace kestrine::heif {
 
 namespace {
 
 constexpr std::uint64_t maxLoadedBytes = std::uint64_t{64} << 20;
 constexpr int maxTopLevelBoxes = 4096;
-
-struct BoxPlace {
-    FourCC type = 0;
-    FileRange content;
-};
-
-/// The box at `offset`, whose content may reach beyond the end of the file; nullopt if there is none.
-std::optional<BoxPlace> boxAt(const ByteReader& reader, std::uint64_t offset) {
-    std::array<std::uint8_t, 16> bytes{};
-    Cursor cursor(ByteView(bytes).first(reader.readAt(offset, bytes)));
-    std::uint64_t size = cursor.u32();
-    std::uint64_t header = 8;
-    const FourCC type = cursor.u32();
-    if (size == 0) {
-        size = reader.size() - offset;
-    } else if (size == 1) {
-        size = cursor.number(8);
-        header = 16;
-    }
-    if (!cursor.isSound() || size < header)
-        return std::nullopt;
-    return BoxPlace{type, {offset + header, size - header}};
-}
 
 Result<LoadedBox> load(const ByteReader& reader, const FileRange& content) {
     if (content.length > maxLoadedBytes)
@@ -40,6 +15,10 @@ Result<LoadedBox> load(const ByteReader& reader, const FileRange& content) {
 }
 
 } // namespace
+
+Failure damagedFile(const std::string& what) {
+    return {Reason::malformed, "the HEIF or AVIF file is damaged: " + what};
+}
 
 Result<TopLevelBoxes> readTopLevelBoxes(const ByteReader& reader) {
     TopLevelBoxes boxes;

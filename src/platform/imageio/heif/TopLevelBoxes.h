@@ -1,18 +1,12 @@
 // TopLevelBoxes: what a HEIF or AVIF file has beside the compressed pictures, read into memory.
 #pragma once
 
-#include "platform/host/files/ByteReader.h"
-#include "platform/imageio/heif/Box.h"
+#include "platform/imageio/Box.h"
 
 namespace kestrine::heif {
 
-/// A part of the file.
-struct FileRange {
-    std::uint64_t offset = 0;
-    std::uint64_t length = 0;
-
-    bool operator==(const FileRange&) const = default;
-};
+/// "the HEIF or AVIF file is damaged: " and what is wrong.
+Failure damagedFile(const std::string& what);
 
 /// The content of a box at the top level, and where it lies in the file.
 struct LoadedBox {

@@ -56,7 +56,7 @@ std::optional<Candidate> largest(const ByteReader& reader, const std::vector<Ele
 class Decoder final : public ImageDecoder {
 public:
     explicit Decoder(PixelBuffer pixels) : pixels_(std::make_shared<const PixelBuffer>(std::move(pixels))) {
-        frames_.push_back({.format = pixels_->format, .storedBitsPerPixel = 1});
+        frames_.push_back({.format = pixels_->format});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override { return rowsOfPixels(pixels_); }
@@ -65,7 +65,7 @@ private:
     const std::shared_ptr<const PixelBuffer> pixels_;
 };
 
-bool recognises(ByteView head) { return head.size() >= 8 && bigEndian(head.first(4)) == elementName("icns"); }
+bool recognises(ByteView head) { return head.size() >= 8 && bigEndian(head.first(4)) == fourCC("icns"); }
 
 Result<std::unique_ptr<ImageDecoder>> openLargest(const std::shared_ptr<const ByteReader>& reader,
                                                   const std::vector<Element>& elements, bool withJPEG2000) {
@@ -78,7 +78,8 @@ Result<std::unique_ptr<ImageDecoder>> openLargest(const std::shared_ptr<const By
     return std::unique_ptr<ImageDecoder>(std::make_unique<Decoder>(std::move(pixels)));
 }
 
-/// Without the library for JPEG 2000, the icon shows the largest of its other pictures.
+/// If the largest picture is a JPEG 2000 file that cannot be decoded here, the icon shows the largest of the
+/// others.
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     std::array<std::uint8_t, 4> length{};
     reader->readAt(4, length);
@@ -87,7 +88,8 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
     const std::vector<Element> elements = readElements(*reader);
     Result<std::unique_ptr<ImageDecoder>> decoder = openLargest(reader, elements, true);
     if (!decoder && decoder.failure().reason == Reason::unsupported)
-        return openLargest(reader, elements, false);
+        if (Result<std::unique_ptr<ImageDecoder>> other = openLargest(reader, elements, false))
+            return other;
     return decoder;
 }
 

@@ -1,6 +1,7 @@
 // Elements: the pictures and masks in an ICNS file.
 #pragma once
 
+#include "platform/host/FourCC.h"
 #include "platform/host/files/ByteReader.h"
 
 #include <optional>
@@ -8,7 +9,7 @@
 
 namespace kestrine::icns {
 
-/// How the pixels of an element are stored.
+/// How the pixels of an element are stored. Among pictures, kinds with more colours come later.
 enum class Kind : std::uint8_t {
     bits,         ///< 8 per byte, 1 is black
     bitsWithMask, ///< the same, followed by a mask in which 1 is opaque
@@ -21,7 +22,7 @@ enum class Kind : std::uint8_t {
 };
 
 struct ElementType {
-    std::uint32_t name;
+    FourCC name;
     std::uint32_t width, height;
     Kind kind;
 };
@@ -31,14 +32,6 @@ struct Element {
     std::uint64_t offset;    ///< of the content in the file
     std::uint64_t length;
 };
-
-/// Four characters as a number.
-constexpr std::uint32_t elementName(const char (&text)[5]) {
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i < 4; ++i)
-        number = number << 8 | static_cast<std::uint8_t>(text[i]);
-    return number;
-}
 
 /// The elements of known types, in the order of the file. An element that does not lie in the file is kept.
 std::vector<Element> readElements(const ByteReader& reader);

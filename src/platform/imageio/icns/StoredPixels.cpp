@@ -174,7 +174,7 @@ bool draw(const ElementType& type, ByteView content, Drawing& drawing) {
     case Kind::colorsAfter4:
         return content.size() > unused && drawing.drawColors(content.subspan(unused));
     case Kind::file:
-        if (content.size() > 4 && bigEndian(content.first(4)) == elementName("ARGB"))
+        if (content.size() > 4 && bigEndian(content.first(4)) == fourCC("ARGB"))
             return drawing.drawARGB(content.subspan(4));
         return drawing.drawColors(content);
     case Kind::mask:

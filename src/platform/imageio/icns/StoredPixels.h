@@ -1,5 +1,5 @@
-// StoredPixels: decodes the pictures of ICNS files that are not files themselves. They have at most 128 x 128
-// pixels.
+// StoredPixels: decodes the pictures of ICNS files that are not files themselves. They have at most 1024 x
+// 1024 pixels.
 #pragma once
 
 #include "platform/coregraphics/PixelBuffer.h"

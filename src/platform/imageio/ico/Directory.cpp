@@ -75,7 +75,7 @@ Result<Entry> largestEntry(const ByteReader& reader) {
     std::array<std::uint8_t, headerLength> header{};
     reader.readAt(0, header);
     Bytes stored(entryLength * u16(header, 4));
-    if (reader.readAt(headerLength, stored) != stored.size())
+    if (stored.empty() || reader.readAt(headerLength, stored) != stored.size())
         return Failure{Reason::truncated, "the icon ends in its directory"};
     Entry largest = entryFrom(ByteView(stored).first(entryLength), reader);
     for (std::size_t at = entryLength; at < stored.size(); at += entryLength) {

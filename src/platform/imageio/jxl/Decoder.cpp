@@ -70,8 +70,8 @@ Result<Header> readHeader(const Functions& library, std::shared_ptr<const ByteRe
     Session session =
         TRY(Session::begin(library, std::move(reader), JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING));
     JxlBasicInfo info{};
-    while (TRY(session.advance()) != JXL_DEC_COLOR_ENCODING)
-        if (library.basicInfo(session.decoder(), &info) != JXL_DEC_SUCCESS)
+    for (const JxlDecoderStatus part : {JXL_DEC_BASIC_INFO, JXL_DEC_COLOR_ENCODING})
+        if (TRY(session.advance()) != part || library.basicInfo(session.decoder(), &info) != JXL_DEC_SUCCESS)
             return Failure{Reason::malformed, "the JPEG XL file has no header"};
     if (hasInkChannel(library, session, info))
         return Failure{Reason::unsupported, "JPEG XL pictures in CMYK are not supported"};

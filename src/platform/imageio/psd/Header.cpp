@@ -124,7 +124,7 @@ std::size_t Header::usedPlanes() const {
 }
 
 bool isPSD(ByteView head) {
-    return head.size() >= 6 && bigEndian(head.first(4)) == signature("8BPS") && head[4] == 0
+    return head.size() >= 6 && bigEndian(head.first(4)) == fourCC("8BPS") && head[4] == 0
            && (head[5] == psd || head[5] == psb);
 }
 

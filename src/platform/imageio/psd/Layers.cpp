@@ -10,14 +10,14 @@ namespace {
 
 /// Keys of blocks with a length of 8 bytes in large files.
 constexpr std::uint32_t longKeys[] = {
-    signature("LMsk"), signature("Lr16"), signature("Lr32"), signature("Layr"), signature("Mt16"),
-    signature("Mt32"), signature("Mtrn"), signature("Alph"), signature("FMsk"), signature("lnk2"),
-    signature("FEid"), signature("FXid"), signature("PxSD"), signature("cinf"),
+    fourCC("LMsk"), fourCC("Lr16"), fourCC("Lr32"), fourCC("Layr"), fourCC("Mt16"),
+    fourCC("Mt32"), fourCC("Mtrn"), fourCC("Alph"), fourCC("FMsk"), fourCC("lnk2"),
+    fourCC("FEid"), fourCC("FXid"), fourCC("PxSD"), fourCC("cinf"),
 };
 /// Blocks with the layers of pictures of 16 and 32 bits.
-constexpr std::uint32_t layerKeys[] = {signature("Lr16"), signature("Lr32"), signature("Layr")};
+constexpr std::uint32_t layerKeys[] = {fourCC("Lr16"), fourCC("Lr32"), fourCC("Layr")};
 /// Blocks that say only that the merged picture has alpha.
-constexpr std::uint32_t mergedAlphaKeys[] = {signature("Mt16"), signature("Mt32"), signature("Mtrn")};
+constexpr std::uint32_t mergedAlphaKeys[] = {fourCC("Mt16"), fourCC("Mt32"), fourCC("Mtrn")};
 
 bool isOneOf(std::span<const std::uint32_t> keys, std::uint64_t key) {
     return std::ranges::find(keys, key) != keys.end();
@@ -34,7 +34,7 @@ void readCount(ForwardReader& input, LayerSummary& summary) {
 /// Reads the block at the current position and moves to its end. Returns false if there is no block.
 bool readBlock(ForwardReader& input, std::uint64_t end, bool isLarge, LayerSummary& summary) {
     const std::optional<std::uint64_t> mark = readNumber(input, 4), key = readNumber(input, 4);
-    if (!key || (*mark != signature("8BIM") && *mark != signature("8B64")))
+    if (!key || (*mark != fourCC("8BIM") && *mark != fourCC("8B64")))
         return false;
     const std::optional<std::uint64_t> length = readNumber(input, isLarge && isOneOf(longKeys, *key) ? 8 : 4);
     if (!length || *length > end - std::min(end, input.offset()))

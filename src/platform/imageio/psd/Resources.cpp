@@ -63,8 +63,8 @@ void take(std::uint64_t identifier, Bytes content, Resources& resources) {
 }
 
 bool isSignature(std::uint64_t number) {
-    constexpr std::uint32_t known[] = {signature("8BIM"), signature("MeSa"), signature("AgHg"),
-                                       signature("PHUT"), signature("DCSR")};
+    constexpr std::uint32_t known[] = {fourCC("8BIM"), fourCC("MeSa"), fourCC("AgHg"), fourCC("PHUT"),
+                                       fourCC("DCSR")};
     return std::ranges::find(known, number) != std::end(known);
 }
 

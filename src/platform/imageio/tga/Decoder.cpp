@@ -1,6 +1,7 @@
 // Reads TGA files row by row: colours, greys and indices, plain or run-length coded, stored from any corner.
 
-#include "platform/imageio/AlphaDivision.h"
+#include "platform/coregraphics/Premultiplication.h"
+#include "platform/coregraphics/RowStages.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/InvisiblePicture.h"
 #include "platform/imageio/tga/StoredRows.h"
@@ -26,10 +27,8 @@ public:
             lookUpColors(row);
         else
             convertPixels(header_->pixels, format().hasAlpha, bytes_, format().width, row.data());
-        if (header_->isRightToLeft)
-            mirror(row);
         if (header_->alpha == Alpha::premultiplied)
-            divideByAlpha(row, format().channels());
+            undoPremultiplication(format(), row);
         return {};
     }
 
@@ -51,14 +50,6 @@ private:
             else
                 std::ranges::copy(ByteView(black).first(channels), pixel.begin());
         }
-    }
-
-    void mirror(std::span<std::uint8_t> row) const {
-        const std::size_t pixel = format().bytesPerPixel();
-        for (std::size_t left = 0, right = row.size() - pixel; left < right; left += pixel, right -= pixel)
-            std::swap_ranges(row.begin() + static_cast<std::ptrdiff_t>(left),
-                             row.begin() + static_cast<std::ptrdiff_t>(left + pixel),
-                             row.begin() + static_cast<std::ptrdiff_t>(right));
     }
 
     static constexpr std::array<std::uint8_t, 4> black = {0, 0, 0, 255};
@@ -83,7 +74,8 @@ public:
     Result<RowSourcePointer> rows(std::size_t, int) const override {
         const RowOpener open = [this]() -> Result<RowSourcePointer> {
             std::unique_ptr<StoredRows> stored = TRY(openStoredRows(reader_, *header_));
-            return RowSourcePointer(std::make_unique<Rows>(std::move(stored), header_));
+            RowSourcePointer rows = std::make_unique<Rows>(std::move(stored), header_);
+            return header_->isRightToLeft ? mirroredRows(std::move(rows)) : std::move(rows);
         };
         return header_->format.hasAlpha ? rowsOpaqueIfInvisible(open) : open();
     }

@@ -137,7 +137,8 @@ bool isTGA(ByteView head) {
 
 Result<Header> readHeader(const ByteReader& reader) {
     std::array<std::uint8_t, headerLength> head{};
-    reader.readAt(0, head);
+    if (reader.readAt(0, head) != head.size() || !isTGA(head)) // it may have changed since it was recognised
+        return Failure{Reason::malformed, "the TGA file has no sound header"};
     const Fields fields(head);
     const PixelKind& stored = *pixelKindOf(fields.kind(), fields.bits);
     const PixelKind& color = fields.kind() == indexed ? *pixelKindOf(colored, fields.colorBits) : stored;

@@ -37,11 +37,6 @@ constexpr std::uint32_t headerBytes = 8;
 constexpr std::uint32_t entryBytes = 12;
 constexpr std::size_t stripBytes = 65536;
 
-void appendLittleEndian(Bytes& to, std::uint32_t number, int bytes) {
-    for (int i = 0; i < bytes; ++i)
-        to.push_back(static_cast<std::uint8_t>(number >> 8 * i));
-}
-
 /// One entry of the directory with its values as they are stored in the file.
 struct Field {
     Tag tag;

@@ -1,6 +1,6 @@
 #include "platform/imageio/tiff/Rendering.h"
 
-#include "platform/imageio/AlphaDivision.h"
+#include "platform/coregraphics/Premultiplication.h"
 
 #include <algorithm>
 
@@ -61,7 +61,7 @@ private:
                 samples_.push_back(static_cast<std::uint8_t>(TIFFGetA(pixel)));
         }
         if (format().hasAlpha)
-            divideByAlpha(samples_, 4);
+            undoPremultiplication(4, samples_);
         std::ranges::copy(samples_, row.begin());
     }
 

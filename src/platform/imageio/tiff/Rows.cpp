@@ -1,8 +1,8 @@
 #include "platform/imageio/tiff/Rows.h"
 
 #include "platform/coregraphics/ColorConversion.h"
+#include "platform/coregraphics/Premultiplication.h"
 #include "platform/coregraphics/RowsAhead.h"
-#include "platform/imageio/AlphaDivision.h"
 #include "platform/imageio/tiff/Rendering.h"
 #include "platform/imageio/tiff/Samples.h"
 #include "platform/imageio/tiff/StoredRows.h"
@@ -99,7 +99,7 @@ public:
         }
         y_ = share_.rowAfter(y_);
         if (page_->isPremultiplied)
-            divideByAlpha(pixels_, storedChannels());
+            undoPremultiplication(storedChannels(), pixels_);
         colorize();
         std::memcpy(row.data(), delivered_.data(), row.size());
         return {};

@@ -1,5 +1,7 @@
 #include "platform/imageio/webp/Container.h"
 
+#include "platform/host/LittleEndian.h"
+
 #include <string_view>
 
 namespace kestrine::webp {
@@ -8,11 +10,6 @@ namespace {
 
 constexpr std::size_t fileHeaderBytes = 12, chunkHeaderBytes = 8;
 constexpr std::uint8_t hasProfile = 0x20, hasAlpha = 0x10, hasExif = 0x08;
-
-void appendLittleEndian(Bytes& bytes, std::uint64_t number, int size) {
-    for (int i = 0; i < size; ++i)
-        bytes.push_back(static_cast<std::uint8_t>(number >> 8 * i));
-}
 
 void appendChunk(Bytes& file, std::string_view name, ByteView content) {
     file.insert(file.end(), name.begin(), name.end());

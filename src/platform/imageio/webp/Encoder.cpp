@@ -14,7 +14,8 @@ namespace kestrine::webp {
 namespace {
 
 constexpr std::uint32_t maxSide = WEBP_MAX_DIMENSION;
-constexpr int losslessLevel = 6; // of 0 to 9, the library's own default
+// By effort. The library's own defaults are 4 of 0 to 6, and 6 of 0 to 9.
+constexpr int methods[] = {2, 4, 6}, losslessLevels[] = {3, 6, 8};
 
 /// A picture and the file that is made of it, freed together.
 class Encoding {
@@ -55,8 +56,11 @@ Result<WebPConfig> configurationFor(const Functions& library, const EncodingOpti
     const auto quality = static_cast<float>(std::clamp(options.quality, 0.0, 1.0) * 100);
     bool isSound =
         library.configure(&configuration, WEBP_PRESET_DEFAULT, quality, WEBP_ENCODER_ABI_VERSION) != 0;
+    const auto effort = static_cast<std::size_t>(options.effort);
+    configuration.method = methods[effort];
     if (options.isLossless)
-        isSound = isSound && library.configureLossless(&configuration, losslessLevel) != 0;
+        isSound = isSound && library.configureLossless(&configuration, losslessLevels[effort]) != 0;
+    configuration.exact = options.isLossless ? 1 : 0;               // keeps the colours of transparent pixels
     configuration.thread_level = usefulThreads(format) > 1 ? 1 : 0; // does not change the bytes
     if (!isSound)
         return Failure{Reason::unsupported, "the WebP encoder cannot be set up"};

@@ -188,11 +188,12 @@ void write(MessageWriter& writer, const OutputOrder& output) {
     writer.add(output.maxBytes);
     writer.add(output.isLossless);
     writer.add(output.isProgressive);
+    writer.add(output.effort);
 }
 
 OutputOrder outputIn(MessageReader& reader) {
     OutputOrder output;
-    output.type = reader.enumerator(FileType::jxl);
+    output.type = reader.enumerator(FileType::avif);
     output.quality = reader.number<double>();
     output.ditherTransparency = reader.flag();
     output.resolution = resolutionIn(reader);
@@ -207,6 +208,7 @@ OutputOrder outputIn(MessageReader& reader) {
     output.maxBytes = reader.number<std::uint64_t>();
     output.isLossless = reader.flag();
     output.isProgressive = reader.flag();
+    output.effort = reader.enumerator(Effort::max);
     return output;
 }
 

@@ -22,6 +22,7 @@ struct OutputOrder {
     double quality = 0;
     bool isLossless = false;
     bool isProgressive = false;
+    Effort effort = Effort::normal;
     bool ditherTransparency = false;
     Resolution resolution;
     std::optional<ColorModel> profileModel; ///< of `profile`; nullopt if there is none
@@ -92,7 +93,7 @@ struct Response {
 
 /// The longest text of a failure; longer ones are cut off.
 inline constexpr std::size_t maxFailureText = 500;
-/// How many steps a picture may have. The tools use five at most.
+/// How many steps a picture may have. The tools use fewer than ten.
 inline constexpr std::size_t maxSteps = 10'000;
 
 Bytes bytesOf(const Request& request);

@@ -42,6 +42,7 @@ OutputOrder orderOf(const Output& output) {
                       .quality = output.options.quality,
                       .isLossless = output.options.isLossless,
                       .isProgressive = output.options.isProgressive,
+                      .effort = output.options.effort,
                       .ditherTransparency = output.options.ditherTransparency,
                       .resolution = output.options.resolution,
                       .exif = copied(output.options.exif),
@@ -209,8 +210,7 @@ Result<Bytes> RemoteSource::rendered(const Picture& picture, const Output& outpu
     const MemoryReservation held =
         TRY(budgetForHeldPictures().reserve(bytesToEncode(picture, output, false)));
     Price price = priceOf(picture);
-    if (const ImageCodec* codec = outputFormat(output.type).codec)
-        price.libraries = librariesOf(*codec);
+    price.libraries = librariesOf(outputFormat(output.type));
     return carriedOut(RenderFile{recipeOf(picture), orderOf(output)}, price,
                       [&](const std::shared_ptr<Source>& source) {
                           Output here = output;

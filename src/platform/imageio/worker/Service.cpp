@@ -31,8 +31,7 @@ bool serveOneRequest(Service& service, const MessageSocket& socket) {
     if (request)
         response = service.responseTo(*request, std::move(file));
     else
-        response.content =
-            Failure{Reason::refused, "the picture has too many steps, or they are not possible"};
+        response.content = Failure{Reason::refused, "the request is not valid"};
     Bytes head = bytesOf(response);
     Bytes content = response.content ? *std::move(response.content) : Bytes();
     const Result<Bytes> answer = packed({std::move(head), std::move(content)}, shared);
@@ -126,6 +125,7 @@ Result<Bytes> Service::carryOut(const RenderFile& order, Call& call) {
     const EncodingOptions options{.quality = ordered.quality,
                                   .isLossless = ordered.isLossless,
                                   .isProgressive = ordered.isProgressive,
+                                  .effort = ordered.effort,
                                   .ditherTransparency = ordered.ditherTransparency,
                                   .resolution = ordered.resolution,
                                   .profile = profile ? &*profile : nullptr,

@@ -1,18 +1,13 @@
 #include "platform/host/process/Sandbox.h"
 #include "tests/platform/host/process/WorkerTesting.h"
 #include "tests/support/IsolatedProcess.h"
+#include "tests/support/Sanitizers.h"
 #include "tests/support/SystemFeatures.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define SKIP_UNDER_SANITIZERS() GTEST_SKIP() << "sanitizers need more address space than the limit"
-#else
-#define SKIP_UNDER_SANITIZERS()
-#endif
 
 namespace kestrine {
 namespace {
@@ -80,14 +75,14 @@ TEST(Sandbox, layersAreInForceWhereTheSystemHasThem) {
 }
 
 TEST(Sandbox, refusesMemoryAboveTheLimitAndTheWorkerGoesOn) {
-    SKIP_UNDER_SANITIZERS();
+    SKIP_UNDER_SANITIZERS("sanitizers need more address space than the limit");
     const auto worker = startWorker();
     EXPECT_EQ(answerTo(*worker, Order::allocate100GB), ENOMEM);
     EXPECT_EQ(answerTo(*worker, Order::allocate100MB), 0);
 }
 
 TEST(Sandbox, theMemoryLimitCountsFromWhatIsInUse) {
-    SKIP_UNDER_SANITIZERS();
+    SKIP_UNDER_SANITIZERS("sanitizers need more address space than the limit");
     const auto small = WorkerProcess::start(workerProgram(UnlistedCalls::refused, 50 << 20), 0).take();
     EXPECT_EQ(answerTo(*small, Order::allocate100MB), ENOMEM);
     const auto large = WorkerProcess::start(workerProgram(UnlistedCalls::refused, 150 << 20), 0).take();
@@ -95,7 +90,7 @@ TEST(Sandbox, theMemoryLimitCountsFromWhatIsInUse) {
 }
 
 TEST(Sandbox, theMemoryOfTheParentDoesNotCount) {
-    SKIP_UNDER_SANITIZERS();
+    SKIP_UNDER_SANITIZERS("sanitizers need more address space than the limit");
     runIsolated([] {
         ASSERT_NE(::mmap(nullptr, 300 << 20, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0), MAP_FAILED);
         const auto worker = WorkerProcess::start(workerProgram(UnlistedCalls::refused, 150 << 20), 0).take();

@@ -27,7 +27,7 @@ inline Bytes u32(std::uint64_t value) { return number(value, 4); }
 
 inline Bytes box(const char (&type)[5], std::initializer_list<Bytes> content) {
     const Bytes all = joined(content);
-    return joined({u32(8 + all.size()), u32(heif::fourCC(type)), all});
+    return joined({u32(8 + all.size()), u32(fourCC(type)), all});
 }
 inline Bytes fullBox(const char (&type)[5], unsigned version, unsigned flags,
                      std::initializer_list<Bytes> content) {
@@ -35,7 +35,7 @@ inline Bytes fullBox(const char (&type)[5], unsigned version, unsigned flags,
 }
 
 inline Bytes entry(unsigned id, const char (&type)[5], unsigned flags = 0) {
-    return fullBox("infe", 2, flags, {u16(id), u16(0), u32(heif::fourCC(type)), u8(0)});
+    return fullBox("infe", 2, flags, {u16(id), u16(0), u32(fourCC(type)), u8(0)});
 }
 inline Bytes entries(std::initializer_list<Bytes> all) {
     return fullBox("iinf", 0, 0, {u16(all.size()), joined(all)});

@@ -164,6 +164,12 @@ TEST(PictureTree, aPictureOfTooManyPicturesIsRefused) {
     }
 }
 
+TEST(PictureTree, auxiliaryPicturesThatAreIgnoredMayHaveUnknownProperties) {
+    Items items;
+    items.coded(1, 40, 30).add(2, "av01", {fullBox("auxC", 0, 0, {Bytes{'x', 0}}), box("new!", {})});
+    EXPECT_TRUE(items.markEssential(2).refer("auxl", 2, {1}).tree());
+}
+
 TEST(PictureTree, onlyAlphaPlanesAreUsed) {
     const Bytes alpha =
         fullBox("auxC", 0, 0, {Bytes{'u', 'r', 'n', ':', 'm', 'p', 'e', 'g', ':', 'h', 'e', 'v', 'c', ':',

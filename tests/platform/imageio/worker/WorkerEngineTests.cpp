@@ -8,6 +8,7 @@
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/support/IsolatedProcess.h"
 #include "tests/support/Pictures.h"
+#include "tests/support/Sanitizers.h"
 #include "tests/support/SystemFeatures.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -265,6 +266,7 @@ TEST(WorkerEngine, losesOneFileWhenADecoderThrowsWhatNobodyExpects) {
 }
 
 TEST(WorkerEngine, reportsThatMemoryRanOutAndGoesOnWithTheSameWorker) {
+    SKIP_UNDER_SANITIZERS("sanitizers end a program that has too little memory");
     Engine engine;
     const std::shared_ptr<Source> source = *engine.open(jpegOf(20, 20));
     const Bytes worker = *source->answer(processNumber);

@@ -12,7 +12,8 @@ struct DeflatedPiece {
 };
 
 /// `bytes` as deflate blocks that end at a whole byte. More blocks can follow unless it `isLast`.
-DeflatedPiece deflatePiece(ByteView bytes, bool isLast);
+/// `compression` is libdeflate's level, 1 to 12.
+DeflatedPiece deflatePiece(ByteView bytes, bool isLast, int compression);
 
 /// The checksum of two joined parts from the checksums of each; the second part has `length` bytes.
 std::uint32_t joinedAdler(std::uint32_t first, std::uint32_t second, std::size_t length);

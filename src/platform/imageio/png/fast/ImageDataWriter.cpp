@@ -30,7 +30,7 @@ std::uint8_t* ImageDataWriter::extend(std::size_t count) {
 }
 
 void ImageDataWriter::finish() {
-    const DeflatedPiece last = deflatePiece(piece_, true);
+    const DeflatedPiece last = compress_(piece_, true);
     while (!atWork_.empty())
         writeOldest();
     write(last, true);
@@ -43,14 +43,14 @@ void ImageDataWriter::endPiece() {
     if (threads_ > 0) {
         try {
             atWork_.push_back(
-                std::async(std::launch::async, [bytes] { return deflatePiece(*bytes, false); }));
+                std::async(std::launch::async, [this, bytes] { return compress_(*bytes, false); }));
             return;
         } catch (const std::system_error&) {
             while (!atWork_.empty()) // no thread could be started
                 writeOldest();
         }
     }
-    write(deflatePiece(*bytes, false), false);
+    write(compress_(*bytes, false), false);
 }
 
 void ImageDataWriter::writeOldest() {

@@ -1,22 +1,28 @@
-// ImageDataWriter: writes the filtered rows of a PNG picture as IDAT chunks. The rows are split into pieces
-// of a fixed size, which several threads can compress at once. The bytes do not depend on the number of
+// ImageDataWriter: writes the rows of a PNG picture as IDAT chunks. The rows are split into pieces of about
+// the same size, which several threads can compress at once. The bytes do not depend on the number of
 // threads.
 #pragma once
 
 #include "platform/imageio/png/fast/DeflatedPiece.h"
 
 #include <deque>
+#include <functional>
 #include <future>
 
 namespace kestrine::png {
 
 class ImageDataWriter {
 public:
+    /// Compresses a piece; see deflatePiece(). Any thread.
+    using Compressor = std::function<DeflatedPiece(ByteView bytes, bool isLast)>;
+
     /// Appends chunks to `file`, which must outlive this. Up to `threads` further threads compress; with 0
     /// only the caller's.
-    ImageDataWriter(Bytes& file, std::size_t threads) : file_(file), threads_(threads) {}
+    ImageDataWriter(Bytes& file, std::size_t threads, Compressor compress)
+        : file_(file), threads_(threads), compress_(std::move(compress)) {}
 
-    /// Returns where to write the next `count` bytes. Valid until the next call.
+    /// Returns where to write the next `count` bytes, which come into the same piece. Valid until the next
+    /// call.
     std::uint8_t* extend(std::size_t count);
 
     /// Must be called once, after the last byte.
@@ -30,6 +36,7 @@ private:
 
     Bytes& file_;
     const std::size_t threads_;
+    const Compressor compress_;
     Bytes piece_;
     std::deque<std::future<DeflatedPiece>> atWork_; ///< in order
     std::uint32_t adler_ = 1;

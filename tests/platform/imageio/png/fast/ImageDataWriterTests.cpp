@@ -40,7 +40,7 @@ TEST(DeflatedPiece, canBeJoinedToOneStream) {
     Bytes stream = {0x78, 0x9C}, expected;
     std::uint32_t adler = 1;
     const auto add = [&](const Bytes& bytes, bool isLast) {
-        const png::DeflatedPiece piece = png::deflatePiece(bytes, isLast);
+        const png::DeflatedPiece piece = png::deflatePiece(bytes, isLast, 4);
         stream.insert(stream.end(), piece.deflated.begin(), piece.deflated.end());
         expected.insert(expected.end(), bytes.begin(), bytes.end());
         adler = png::joinedAdler(adler, piece.adler, piece.length);
@@ -56,8 +56,8 @@ TEST(DeflatedPiece, canBeJoinedToOneStream) {
 TEST(DeflatedPiece, everyPieceCanBeFollowedByAnother) {
     const Bytes second = {5, 6, 7};
     for (const Bytes& first : contents()) {
-        const png::DeflatedPiece pieces[] = {png::deflatePiece(first, false),
-                                             png::deflatePiece(second, true)};
+        const png::DeflatedPiece pieces[] = {png::deflatePiece(first, false, 4),
+                                             png::deflatePiece(second, true, 4)};
         Bytes stream = {0x78, 0x9C};
         for (const png::DeflatedPiece& piece : pieces)
             stream.insert(stream.end(), piece.deflated.begin(), piece.deflated.end());

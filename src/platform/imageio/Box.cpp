@@ -1,17 +1,12 @@
-#include "platform/imageio/heif/Box.h"
+#include "platform/imageio/Box.h"
 
 #include "platform/host/BigEndian.h"
 
 #include <algorithm>
-#include <optional>
+#include <array>
 
-namespace kestrine::heif {
+namespace kestrine {
 
-namespace {
-
-constexpr std::size_t maxBoxes = 65536;
-
-/// Reads the box at the start of `bytes` and removes it from there. nullopt if its length is wrong.
 std::optional<Box> takeBox(ByteView& bytes) {
     Cursor cursor(bytes);
     std::uint64_t size = cursor.u32();
@@ -30,8 +25,6 @@ std::optional<Box> takeBox(ByteView& bytes) {
     return Box{type, whole.subspan(header)};
 }
 
-} // namespace
-
 std::string nameOf(FourCC code) {
     std::string name;
     for (int shift = 24; shift >= 0; shift -= 8) {
@@ -42,11 +35,12 @@ std::string nameOf(FourCC code) {
 }
 
 Result<std::vector<Box>> boxesIn(ByteView content) {
+    constexpr std::size_t maxBoxes = 65536;
     std::vector<Box> boxes;
     while (!content.empty()) {
         const std::optional<Box> box = takeBox(content);
         if (!box || boxes.size() == maxBoxes)
-            return damagedFile("its boxes do not fit into each other");
+            return Failure{Reason::malformed, "the file is damaged: its boxes do not fit into each other"};
         boxes.push_back(*box);
     }
     return boxes;
@@ -55,6 +49,23 @@ Result<std::vector<Box>> boxesIn(ByteView content) {
 std::optional<ByteView> contentOf(const std::vector<Box>& boxes, FourCC type) {
     const auto found = std::ranges::find(boxes, type, &Box::type);
     return found == boxes.end() ? std::nullopt : std::optional(found->content);
+}
+
+std::optional<BoxPlace> boxAt(const ByteReader& reader, std::uint64_t offset) {
+    std::array<std::uint8_t, 16> bytes{};
+    Cursor cursor(ByteView(bytes).first(reader.readAt(offset, bytes)));
+    std::uint64_t size = cursor.u32();
+    std::uint64_t header = 8;
+    const FourCC type = cursor.u32();
+    if (size == 0) {
+        size = reader.size() - offset;
+    } else if (size == 1) {
+        size = cursor.number(8);
+        header = 16;
+    }
+    if (!cursor.isSound() || size < header)
+        return std::nullopt;
+    return BoxPlace{type, {offset + header, size - header}};
 }
 
 std::uint64_t Cursor::number(std::size_t size) { return bigEndian(take(size)); }
@@ -75,8 +86,4 @@ FullBoxHeader readFullBoxHeader(Cursor& cursor) {
     return {static_cast<std::uint8_t>(both >> 24), both & 0xFFFFFF};
 }
 
-Failure damagedFile(const std::string& what) {
-    return {Reason::malformed, "the HEIF or AVIF file is damaged: " + what};
-}
-
-} // namespace kestrine::heif
+} // namespace kestrine

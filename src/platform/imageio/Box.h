@@ -1,24 +1,17 @@
-// Box: the unit of which HEIF and AVIF files consist (ISO base media file format), and numbers inside it.
+// Box: the unit of which HEIF, AVIF and JPEG 2000 files consist (ISO base media file format), and numbers
+// inside it.
 #pragma once
 
 #include "platform/host/Bytes.h"
+#include "platform/host/FourCC.h"
 #include "platform/host/Result.h"
+#include "platform/host/files/ByteReader.h"
 
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace kestrine::heif {
-
-/// The name of a box, an item type or a brand: four characters as a number.
-using FourCC = std::uint32_t;
-
-constexpr FourCC fourCC(const char (&name)[5]) {
-    FourCC number = 0;
-    for (int i = 0; i < 4; ++i)
-        number = number << 8 | static_cast<std::uint8_t>(name[i]);
-    return number;
-}
+namespace kestrine {
 
 /// The four characters, each unprintable one as '?'.
 std::string nameOf(FourCC code);
@@ -28,12 +21,31 @@ struct Box {
     ByteView content; ///< without the header
 };
 
+/// Takes the first box from `bytes`; nullopt if they do not begin with a complete one.
+std::optional<Box> takeBox(ByteView& bytes);
+
 /// The boxes that lie one after another in `content`. Fails if one is longer than the rest, or if there are
 /// more than 65536.
 Result<std::vector<Box>> boxesIn(ByteView content);
 
 /// The content of the first box of that type; nullopt if there is none.
 std::optional<ByteView> contentOf(const std::vector<Box>& boxes, FourCC type);
+
+/// A part of a file.
+struct FileRange {
+    std::uint64_t offset = 0;
+    std::uint64_t length = 0;
+
+    bool operator==(const FileRange&) const = default;
+};
+
+struct BoxPlace {
+    FourCC type = 0;
+    FileRange content;
+};
+
+/// The box at `offset`, whose content may reach beyond the end of the file; nullopt if there is none.
+std::optional<BoxPlace> boxAt(const ByteReader& reader, std::uint64_t offset);
 
 /// Reads big-endian numbers one after another. Whatever lies after the end reads as zero; then isSound() is
 /// false.
@@ -68,7 +80,4 @@ struct FullBoxHeader {
 };
 FullBoxHeader readFullBoxHeader(Cursor& cursor);
 
-/// "the HEIF or AVIF file is damaged: " and what is wrong.
-Failure damagedFile(const std::string& what);
-
-} // namespace kestrine::heif
+} // namespace kestrine

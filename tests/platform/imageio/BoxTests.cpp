@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace kestrine::heif {
+namespace kestrine {
 
 namespace {
 
@@ -72,4 +72,4 @@ TEST(Box, aCursorReadsZerosAfterTheEnd) {
 
 TEST(Box, unprintableCharactersOfANameAreReplaced) { EXPECT_EQ(nameOf(0x61620A7F), "ab??"); }
 
-} // namespace kestrine::heif
+} // namespace kestrine
