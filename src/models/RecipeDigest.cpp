@@ -66,11 +66,12 @@ public:
     // A field that is added to a recipe must be added here; the compiler says so.
     RecipeText& operator<<(const ConversionRecipe& recipe) {
         const auto& [size, enlarges, usesLanczos, convertsResolution, upright, background, intoSRGB, format,
-                     quality, isLossless, isProgressive, exif, maxBytes, times, copiesFitting, place] =
-            recipe;
+                     quality, isLossless, isProgressive, effort, exif, maxBytes, times, copiesFitting,
+                     place] = recipe;
         *this << size << enlarges << usesLanczos << convertsResolution << number(upright) << background
               << intoSRGB;
-        *this << format << quality << isLossless << isProgressive << exif << static_cast<double>(maxBytes);
+        *this << format << quality << isLossless << isProgressive << number(effort) << exif
+              << static_cast<double>(maxBytes);
         return *this << number(times) << copiesFitting << place;
     }
 
