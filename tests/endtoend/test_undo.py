@@ -269,6 +269,7 @@ class ManyFiles(Undo):
                     continue
                 self.kestrinectl("undo")
             self.assertEqual(self.state(), before, attempt)
+            self.assertEqual(list(self.trash.glob("*/*")), [], attempt)
         self.assertGreater(kills, 3)
 
 
