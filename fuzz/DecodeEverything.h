@@ -49,25 +49,32 @@ inline void decodeFrame(const ImageDecoder& decoder, std::size_t frame, int halv
         encodeEverything(*std::move(pixels));
 }
 
-/// Calls all functions of a codec and its decoder: header, metadata, and all frames of at most
-/// `affordablePixels` at all sizes.
-inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, std::size_t size,
-                             std::uint64_t affordablePixels = 1 << 20) {
-    if (!codec.recognises(ByteView(data, std::min<std::size_t>(size, 64))))
-        return;
-    auto decoder = codec.open(readerOfBytes(Bytes(data, data + size)));
-    if (!decoder)
-        return;
-    for (std::size_t frame = 0; frame < (*decoder)->frames().size(); ++frame) {
-        const FrameDescription& description = (*decoder)->frames()[frame];
+/// Calls all functions of a decoder: metadata, and all frames of at most `affordablePixels` at all sizes.
+inline void useDecoder(const ImageDecoder& decoder, std::uint64_t affordablePixels) {
+    for (std::size_t frame = 0; frame < decoder.frames().size(); ++frame) {
+        const FrameDescription& description = decoder.frames()[frame];
         for (int halvings = 0; halvings <= description.maxHalvings; ++halvings)
             if (description.format.pixels() <= affordablePixels)
-                decodeFrame(**decoder, frame, halvings);
+                decodeFrame(decoder, frame, halvings);
+        if (description.isDrawn)
+            if (auto rows = decoder.drawnRows(frame, {40.0 / description.format.width, 0.5, 39},
+                                              {30.0 / description.format.height, 0, 30}))
+                if (const Result<PixelBuffer> pixels = readAllRows(**rows))
+                    useBytes(pixels->bytes);
     }
-    (void)(*decoder)->contents();
-    for (const Result<Bytes>& property : {(*decoder)->exif(), (*decoder)->colorTable()})
+    (void)decoder.contents();
+    for (const Result<Bytes>& property : {decoder.exif(), decoder.colorTable()})
         if (property)
             useBytes(*property);
+}
+
+/// Opens the bytes with a codec that recognises them, and uses its decoder.
+inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, std::size_t size,
+                             std::uint64_t affordablePixels = 1 << 20) {
+    if (!codec.recognises(ByteView(data, std::min(size, maxHeadBytes))))
+        return;
+    if (auto decoder = codec.open(readerOfBytes(Bytes(data, data + size))))
+        useDecoder(**decoder, affordablePixels);
 }
 
 } // namespace kestrine::fuzzing

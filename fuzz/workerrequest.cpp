@@ -66,6 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     request->fileBytes = pictureFile().size();
     request->maximumPixels = defaultMaximumPixels;
     request->usesOneThread = true;
+    request->codec = numberOf(jpeg::codec);
     Service service(questions);
     (void)service.responseTo(*request, FileDescriptor(::dup(file.number())));
     return 0;

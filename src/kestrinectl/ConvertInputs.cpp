@@ -24,11 +24,11 @@ bool isHidden(const fs::path& path) { return path.filename().native().starts_wit
 enum class Content { picture, unreadablePicture, other };
 
 Content contentOf(const ByteReader& reader, const std::string& path) {
+    std::array<std::uint8_t, pictureSignLength> buffer;
+    const ByteView head(buffer.data(), reader.readAt(0, buffer));
     if (codecFor(reader) != nullptr)
-        return Content::picture;
-    std::array<std::uint8_t, pictureSignLength> head;
-    const std::size_t length = reader.readAt(0, head);
-    const bool isPicture = hasNameOfPicture(path) || isForeignPicture(ByteView(head.data(), length));
+        return isCompressedFile(head) && !hasNameOfPicture(path) ? Content::other : Content::picture;
+    const bool isPicture = hasNameOfPicture(path) || isForeignPicture(head);
     return isPicture ? Content::unreadablePicture : Content::other;
 }
 

@@ -18,6 +18,7 @@ std::string_view kindOf(Reason reason) {
     case Reason::truncated:
         return "damaged";
     case Reason::unsupported:
+    case Reason::otherFormat:
         return "not supported";
     case Reason::noSpace:
         return "no space";

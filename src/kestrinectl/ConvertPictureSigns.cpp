@@ -15,27 +15,20 @@ constexpr std::string_view extensions[] = {
     // formats that are read, so that a damaged or empty file does not go unnoticed
     "jpg", "jpeg", "jpe", "jfif", "png", "tif", "tiff", "gif", "bmp", "dib", "pbm", "pgm", "ppm", "pnm",
     "webp", "heic", "heif", "heics", "heifs", "hif", "avif", "avifs", "jxl", "jp2", "j2k", "j2c", "jpc",
-    "jpf", "jpx", "psd", "psb", "tga", "icb", "vda", "ico", "cur", "icns", "pcx", "dcx", "qoi", "sgi",
-    // others
-    "svg", "svgz", "xcf", "exr", "hdr", "dds", "jxr",
+    "jpf", "jpx", "psd", "psb", "tga", "icb", "vda", "ico", "cur", "icns", "pcx", "dcx", "qoi", "sgi", "svg",
+    "svgz",
     // camera raw
     "dng", "3fr", "arw", "cr2", "cr3", "crw", "dcr", "erf", "fff", "iiq", "k25", "kdc", "mef", "mos", "mrw",
-    "nef", "nrw", "orf", "pef", "raf", "rw2", "rwl", "sr2", "srf", "srw", "x3f"};
+    "nef", "nrw", "orf", "pef", "raf", "rw2", "rwl", "sr2", "srf", "srw", "x3f",
+    // others
+    "xcf", "exr", "hdr", "dds", "jxr"};
 
 struct Sign {
     std::size_t offset;
     std::string_view bytes;
 };
-constexpr Sign signs[] = {{4, "ftypcrx "sv}, // camera raw
-                          {0, "gimp xcf"sv},
+constexpr Sign signs[] = {{0, "gimp xcf"sv},
                           {0, "\x76\x2f\x31\x01"sv}, // layers, OpenEXR
-                          {0, "FUJIFILMCCD-RAW"sv},
-                          {0, "IIRO"sv},
-                          {0, "IIRS"sv},
-                          {0, "MMOR"sv}, // camera raw
-                          {0, "IIU\0"sv},
-                          {0, "FOVb"sv},
-                          {0, "\0MRM"sv},
                           {0, "DDS |"sv},
                           {0, "#?RADIANCE"sv},
                           {0, "II\xbc\x01"sv}};
@@ -45,6 +38,8 @@ bool isAt(const Sign& sign, std::string_view head) {
 }
 
 } // namespace
+
+bool isCompressedFile(ByteView head) { return head.size() >= 2 && head[0] == 0x1f && head[1] == 0x8b; }
 
 bool hasNameOfPicture(const std::string& path) {
     std::string extension = std::filesystem::path(path).extension().native();

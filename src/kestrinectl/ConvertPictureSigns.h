@@ -15,6 +15,10 @@ inline constexpr std::size_t pictureSignLength = 32;
 /// Whether the file's name has the extension of a picture ("IMG_1.HEIC").
 bool hasNameOfPicture(const std::string& path);
 
+/// Whether a file that begins with `head` is compressed with gzip: a drawing or anything else, which only its
+/// name tells.
+bool isCompressedFile(ByteView head);
+
 /// Whether a file that begins with `head` is a picture in one of the formats that are known but not read.
 bool isForeignPicture(ByteView head);
 

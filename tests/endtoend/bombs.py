@@ -1,8 +1,11 @@
 """Small files that claim to be huge, or that cost much to read; made without our own code."""
+import gzip
 import io
 import struct
 import zlib
 
+import numpy
+import raw_files
 from PIL import Image
 
 def chunk(name, content):
@@ -311,3 +314,45 @@ def icon_with_entries(count):
 def icon_with_elements(count):
     elements = b"info\0\0\0\x08" * count + b"ics8" + struct.pack(">I", 264) + bytes(256)
     return b"icns" + struct.pack(">I", 8 + len(elements)) + elements
+
+
+SVG = '<svg xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink" width="1000" height="1000">'
+
+
+def svg_with_uses(levels, uses):
+    """The last group shows uses ** levels squares."""
+    groups = "".join(f'<g id="g{i}">' + f'<use xlink:href="#g{i - 1}" x="1"/>' * uses + "</g>" for i in range(1, levels))
+    return f'{SVG}<defs><g id="g0"><path d="M0 0h9v9z"/></g>{groups}</defs><use xlink:href="#g{levels - 1}"/></svg>'.encode()
+
+
+def svg_with_entities(levels):
+    entities = "".join(f'<!ENTITY e{i} "' + f"&e{i - 1};" * 10 + '">' for i in range(1, levels))
+    return f'<!DOCTYPE svg [<!ENTITY e0 "text">{entities}]>{SVG}<text>&e{levels - 1};</text></svg>'.encode()
+
+
+def svg_with_patterns(levels):
+    patterns = "".join(f'<pattern id="p{i}" width="0.01" height="0.01">'
+                       + f'<rect width="1000" height="1000" fill="url(#p{i - 1})"/>' * 3 + "</pattern>" for i in range(levels))
+    return f'{SVG}<defs>{patterns}</defs><rect width="1000" height="1000" fill="url(#p{levels - 1})"/></svg>'.encode()
+
+
+def svg_with_filters(kind, count, shapes):
+    effects = f"<{kind}/>" * count
+    shape = '<rect width="1000" height="1000" filter="url(#f)"/>'
+    return f'{SVG}<filter id="f">{effects}</filter>{shape * shapes}</svg>'.encode()
+
+
+def svg_with_groups(count):
+    return (SVG + "<g>" * count + "</g>" * count + "</svg>").encode()
+
+
+def svgz(length):
+    return gzip.compress(SVG.encode() + b"<!--" + bytes([97]) * length + b"--></svg>")
+
+
+def sensor_without_data(width, height):
+    """A DNG file whose data are missing."""
+    page = raw_files.sensor_page(numpy.zeros((8, 8), numpy.uint16), page=raw_files.camera())
+    page.set(256, raw_files.LONG, [width]).set(257, raw_files.LONG, [height]).set(278, raw_files.LONG, [height])
+    page.set(50706, raw_files.BYTE, [1, 4, 0, 0]).set(50708, raw_files.ASCII, "Maker Model")
+    return raw_files.Tiff().file(page)

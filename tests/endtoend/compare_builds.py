@@ -25,8 +25,8 @@ SETS = {
     "Palette": "--longest 64 --format gif",
 }
 SUFFIXES = {"bmp": "bmp", "exiftagreader": "jpg", "gif": "gif", "heif": "heic", "jpeg": "jpg", "ownjpeg": "jpg", "png": "png",
-            "pngrows": "png", "pnm": "pnm", "icns": "icns", "ico": "ico", "jp2": "jp2", "jxl": "jxl", "pcx": "pcx", "psd": "psd", "qoi": "qoi",
-            "sgi": "sgi", "tga": "tga", "tiff": "tif", "webp": "webp"}
+            "pngrows": "png", "pnm": "pnm", "icns": "icns", "ico": "ico", "jp2": "jp2", "jxl": "jxl", "pcx": "pcx", "psd": "psd", "qoi": "qoi", "raw": "dng",
+            "sgi": "sgi", "tga": "tga", "svg": "svg", "tiff": "tif", "webp": "webp"}
 SLOWEST = 500  # seconds for one command
 
 

@@ -31,6 +31,10 @@ REFUSED = {
     "rows.sgi": (lambda: bombs.sgi_with_shared_rows(60000, 17000), "too short for a picture of 60000 x 17000"),
     "tile.tif": (lambda: bombs.tiff(16, 16, bombs.DEFLATE, bombs.zeros(100 << 20), tile=(10240, 10240)),
                  "tiles that are much larger than itself"),
+    "sensor.dng": (lambda: bombs.sensor_without_data(15000, 15000), "too short for a picture of 15000 x 15000"),
+    "entities.svg": (lambda: bombs.svg_with_entities(10), "the SVG drawing is damaged"),
+    "groups.svg": (lambda: bombs.svg_with_groups(100000), "the SVG drawing is damaged"),
+    "text.svgz": (lambda: bombs.svgz(100 << 20), "more than 64 MiB of text"),
     "long row.tif": (lambda: bombs.deflated_tiff(32768, 65536, 64, samples=3, photometric=2), "too many pixels"),
 }
 
@@ -50,6 +54,7 @@ CONVERTED = {
     "profile parts.jpg": bombs.jpeg_with_profile_parts,
     "resources.psd": lambda: bombs.psd_with_resources(60000),
     "shared rows.sgi": lambda: bombs.sgi_with_shared_rows(9000, 9000),
+    "patterns.svg": lambda: bombs.svg_with_patterns(12),
     "entries.ico": lambda: bombs.icon_with_entries(65000),
     "elements.icns": lambda: bombs.icon_with_elements(4000),
 }
@@ -96,6 +101,10 @@ LARGE = {
     "zstd.tif": lambda: bombs.repeated_tile(bombs.ZSTD, "zstd", "L", 16384),
     "lzma.tif": lambda: bombs.repeated_tile(bombs.LZMA, "lzma", "L", 16384),
     "webp.tif": lambda: bombs.repeated_tile(bombs.WEBP, "webp", "RGB", 9216),
+    "sensor 36 MP.dng": lambda: bombs.sensor_without_data(6000, 6000),
+    "uses.svg": lambda: bombs.svg_with_uses(12, 10),
+    "blur.svg": lambda: bombs.svg_with_filters('feGaussianBlur stdDeviation="500"', 50, 50),
+    "turbulence.svg": lambda: bombs.svg_with_filters('feTurbulence baseFrequency="0.1" numOctaves="200"', 20, 20),
     "text.pbm": lambda: b"P1 32767 32767\n" + b"0" * 900000,
 }
 

@@ -21,8 +21,9 @@ ALLOWED["kestrinectl"] = PLATFORM + ["_MyClasses", "models"]
 # Who owns a third-party header, by its beginning: a folder below src/, or folders of that name wherever they are.
 OWNERS = {
     "jpeglib.h": "platform/imageio", "jerror.h": "platform/imageio", "png": "platform/imageio",
-    "isa-l/": "platform/imageio/png/fast", "libdeflate.h": "platform/imageio/png/fast", "zlib.h": "platform/imageio/png",
+    "isa-l/": "platform/imageio/png/fast", "libdeflate.h": "platform/imageio/png/fast", "zlib.h": "platform/imageio",
     "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "webp/": "platform/imageio", "jxl/": "platform/imageio",
+    "libraw/": "platform/imageio",
     "openjpeg-2.5/": "platform/imageio",
     "libde265/": "platform/imageio/heif", "dav1d/": "platform/imageio/heif",
     "lcms2.h": "platform/coregraphics", "hwy/": "/kernels",

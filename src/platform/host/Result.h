@@ -27,6 +27,7 @@ enum class Reason : std::uint8_t {
     timeLimit = 14,     ///< the work took more time than it may, and was ended
     outOfMemory = 15,   ///< there is not enough memory
     implausible = 16,   ///< a file that is too short for what it claims to hold
+    otherFormat = 17,   ///< the same signature as the expected format, but another format
 };
 
 /// A reason for programs and a message for people, without a full stop or newline at the end.

@@ -49,7 +49,13 @@ extern const ImageCodec codec;
 namespace kestrine::qoi {
 extern const ImageCodec codec;
 }
+namespace kestrine::raw {
+extern const ImageCodec codec;
+}
 namespace kestrine::sgi {
+extern const ImageCodec codec;
+}
+namespace kestrine::svg {
 extern const ImageCodec codec;
 }
 namespace kestrine::tga {

@@ -2,6 +2,7 @@
 // codecs.
 #pragma once
 
+#include "platform/coregraphics/AxisMap.h"
 #include "platform/coregraphics/ColorProfile.h"
 #include "platform/coregraphics/RowSource.h"
 #include "platform/host/files/ByteReader.h"
@@ -22,6 +23,7 @@ struct FrameDescription {
     std::optional<ColorProfile> profile; ///< of the delivered pixels; none means sRGB without a profile
     int quarterTurns = 0; ///< clockwise, 0 to 3, that the file asks for; `format` is the one after them
     int maxHalvings = 0;  ///< how often rows() can halve both sides
+    bool isDrawn = false; ///< in any size that drawnRows() is asked for; `format` is the natural one
     int orientation = 1;  ///< EXIF orientation, 1 to 8, that is stored beside the pixels and not applied
     bool isUncompressed = false;     ///< whether decoding costs little more than reading the bytes
     unsigned storedBitsPerPixel = 0; ///< before compression; 0 if the same as in `format`
@@ -52,6 +54,10 @@ public:
     /// thread.
     virtual Result<RowSourcePointer> rows(std::size_t frame, int halvings) const = 0;
 
+    /// Starts drawing a frame that `isDrawn`, before its quarter turns, in the size and place that the maps
+    /// give. Otherwise as rows(). Fails with reason "unsupported" for other frames.
+    virtual Result<RowSourcePointer> drawnRows(std::size_t frame, const AxisMap& x, const AxisMap& y) const;
+
     /// The EXIF block of the file, which begins with the TIFF header ("MM" or "II"); empty if there is none.
     virtual Result<Bytes> exif() const { return Bytes{}; }
 
@@ -63,7 +69,7 @@ public:
 
     /// Why some of the pixels delivered so far had to be invented: the file is cut off (truncated) or damaged
     /// (malformed). nullopt if all of them came from the file. Any thread.
-    std::optional<Failure> damage() const { return damage_->first(); }
+    virtual std::optional<Failure> damage() const { return damage_->first(); }
 
 protected:
     /// Decoders that invent pixels record it here.
@@ -87,15 +93,21 @@ struct EncodingOptions {
     ByteView colorTable;                   ///< GIF: red, green and blue of each colour, at most 256 colours
 };
 
+/// How many bytes at most, from the start of a file, decide about its format.
+inline constexpr std::size_t maxHeadBytes = 4096;
+
 struct ImageCodec {
     std::string_view name;
-    /// Whether a file that begins with these bytes (up to 64) has this format. Reads nothing else.
+    /// Whether a file that begins with these bytes (up to maxHeadBytes) has this format. Reads nothing else.
     bool (*recognises)(ByteView head);
     /// Reads the header of a recognised file.
     Result<std::unique_ptr<ImageDecoder>> (*open)(std::shared_ptr<const ByteReader> reader);
     /// Opens the libraries that open() needs and that are not linked, for a process that can open none later.
     /// Null if there are none.
     void (*openLibraries)() = nullptr;
+    /// Opens the files that open() refuses with reason "otherFormat", because the signature is not enough to
+    /// tell them apart; else null.
+    const ImageCodec* other = nullptr;
 };
 
 /// The codec that recognises the first bytes of the file; null if none does.
@@ -108,10 +120,23 @@ std::uint32_t librariesOf(const ImageCodec& codec);
 /// Opens the libraries of all codecs and output formats whose bits are set in `chosen`.
 void openLibraries(std::uint32_t chosen);
 
-/// Opens the file with the codec that recognises it. Fails with reason "unsupported" if none does, and with
-/// "implausible" if the file is too short for a picture that it claims to hold (see Plausibility.h).
-Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader);
-/// The same with the codec that recognises it.
+/// The position of the codec in the list of all codecs, by which other processes know it.
+std::uint32_t numberOf(const ImageCodec& codec);
+/// The codec at that position; null if there is none.
+const ImageCodec* codecNumbered(std::uint32_t number);
+
+struct OpenedImage {
+    std::unique_ptr<ImageDecoder> decoder;
+    const ImageCodec* codec; ///< that opened it
+};
+
+/// Opens the file with the codec that recognises it, or with its `other`. Fails with reason "unsupported" if
+/// none does, and with "implausible" if the file is too short for a picture that it claims to hold (see
+/// Plausibility.h).
+Result<OpenedImage> openWithKnownCodec(const std::shared_ptr<const ByteReader>& reader);
+/// The same without the codec.
+Result<std::unique_ptr<ImageDecoder>> openImage(const std::shared_ptr<const ByteReader>& reader);
+/// The same with this codec and no other. Fails with reason "otherFormat" if its `other` must open the file.
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader,
                                                 const ImageCodec& codec);
 

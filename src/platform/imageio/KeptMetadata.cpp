@@ -119,8 +119,7 @@ bool hasOtherIn(const std::shared_ptr<const ByteReader>& file, const ImageCodec&
 } // namespace
 
 Result<Bytes> metadataOf(const std::shared_ptr<const ByteReader>& file) {
-    const ImageCodec* codec = TRY(knownCodecFor(*file));
-    const std::unique_ptr<ImageDecoder> decoder = TRY(openImage(file, *codec));
+    const auto [decoder, codec] = TRY(openWithKnownCodec(file));
     const Bytes exif = TRY(decoder->exif());
     std::uint8_t found = hasOtherIn(file, *codec) ? hasOther : 0;
     if (!exif.empty())

@@ -45,10 +45,17 @@ LocalSource::LocalSource(std::unique_ptr<ImageDecoder> decoder, std::shared_ptr<
 }
 
 Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const ByteReader> file) {
-    const ImageCodec* codec = TRY(knownCodecFor(*file));
-    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(file, *codec));
+    OpenedImage opened = TRY(openWithKnownCodec(file));
+    auto source = std::make_shared<LocalSource>(std::move(opened.decoder), std::move(file));
+    source->codec_ = opened.codec;
+    return source;
+}
+
+Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const ByteReader> file,
+                                                       const ImageCodec& codec) {
+    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(file, codec));
     auto source = std::make_shared<LocalSource>(std::move(decoder), std::move(file));
-    source->codec_ = codec;
+    source->codec_ = &codec;
     return source;
 }
 
@@ -61,6 +68,11 @@ std::uint64_t LocalSource::decodesStarted() { return startedDecodes; }
 Result<RowSourcePointer> LocalSource::decode(std::size_t frame, int halvings) const {
     ++startedDecodes;
     return decoder_->rows(frame, halvings);
+}
+
+Result<RowSourcePointer> LocalSource::drawnRows(std::size_t frame, const AxisMap& x, const AxisMap& y) const {
+    ++startedDecodes;
+    return decoder_->drawnRows(frame, x, y);
 }
 
 Result<RowSourcePointer> LocalSource::rows(std::size_t frame, int halvings) {

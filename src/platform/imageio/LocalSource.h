@@ -11,6 +11,9 @@ namespace kestrine {
 class LocalSource final : public Source {
 public:
     static Result<std::shared_ptr<LocalSource>> open(std::shared_ptr<const ByteReader> file);
+    /// With this codec and no other. Fails with reason "otherFormat" if its `other` must open the file.
+    static Result<std::shared_ptr<LocalSource>> open(std::shared_ptr<const ByteReader> file,
+                                                     const ImageCodec& codec);
 
     /// `file` is null for an empty canvas.
     LocalSource(std::unique_ptr<ImageDecoder> decoder, std::shared_ptr<const ByteReader> file);
@@ -18,7 +21,7 @@ public:
     bool isCanvas() const override { return file_ == nullptr; }
     void keepPixels() override { keepsPixels_ = true; }
     bool keepsPixels(std::size_t frame) const {
-        return keepsPixels_ && frames()[frame].format.canBeBuffered();
+        return keepsPixels_ && !frames()[frame].isDrawn && frames()[frame].format.canBeBuffered();
     }
 
     /// Whether the pixels of a frame are in memory.
@@ -28,6 +31,8 @@ public:
     /// keepsPixels(frame). The caller must have reserved the memory that decoding needs (see
     /// FrameDescription::heldBytes).
     Result<RowSourcePointer> rows(std::size_t frame, int halvings);
+    /// The rows of a frame that `isDrawn`, in any size.
+    Result<RowSourcePointer> drawnRows(std::size_t frame, const AxisMap& x, const AxisMap& y) const;
 
     std::optional<Failure> damage() const override { return decoder_->damage(); }
     Result<Bytes> property(const Picture& picture, PictureProperty property) const override;

@@ -13,12 +13,16 @@ namespace {
 constexpr std::array codecs = {&jpeg::codec, &png::codec,      &tiff::codec,     &gif::codec,  &webp::codec,
                                &bmp::codec,  &heif::heicCodec, &heif::avifCodec, &pnm::codec,  &jxl::codec,
                                &jp2::codec,  &psd::codec,      &ico::codec,      &icns::codec, &pcx::codec,
-                               &qoi::codec,  &sgi::codec,      &tga::codec};
+                               &qoi::codec,  &sgi::codec,      &raw::codec,      &svg::codec,  &tga::codec};
 
 } // namespace
 
+Result<RowSourcePointer> ImageDecoder::drawnRows(std::size_t, const AxisMap&, const AxisMap&) const {
+    return Failure{Reason::unsupported, "the picture cannot be drawn in other sizes"};
+}
+
 const ImageCodec* codecFor(const ByteReader& reader) {
-    std::array<std::uint8_t, 64> buffer{};
+    std::array<std::uint8_t, maxHeadBytes> buffer;
     const ByteView head(buffer.data(), reader.readAt(0, buffer));
     const auto found = std::ranges::find_if(codecs, [head](auto* codec) { return codec->recognises(head); });
     return found == codecs.end() ? nullptr : *found;
@@ -30,9 +34,16 @@ Result<const ImageCodec*> knownCodecFor(const ByteReader& reader) {
     return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
 }
 
+std::uint32_t numberOf(const ImageCodec& codec) {
+    return static_cast<std::uint32_t>(std::ranges::find(codecs, &codec) - codecs.begin());
+}
+
+const ImageCodec* codecNumbered(std::uint32_t number) {
+    return number < codecs.size() ? codecs[number] : nullptr;
+}
+
 std::uint32_t librariesOf(const ImageCodec& codec) {
-    const auto position = std::ranges::find(codecs, &codec) - codecs.begin();
-    return codec.openLibraries == nullptr ? 0 : std::uint32_t{1} << position;
+    return codec.openLibraries == nullptr ? 0 : std::uint32_t{1} << numberOf(codec);
 }
 
 std::uint32_t librariesOf(const OutputFormat& format) {
@@ -50,9 +61,18 @@ void openLibraries(std::uint32_t chosen) {
             format.openLibraries();
 }
 
-Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader) {
+Result<OpenedImage> openWithKnownCodec(const std::shared_ptr<const ByteReader>& reader) {
     const ImageCodec* codec = TRY(knownCodecFor(*reader));
-    return openImage(std::move(reader), *codec);
+    Result<std::unique_ptr<ImageDecoder>> decoder = openImage(reader, *codec);
+    while (!decoder && decoder.failure().reason == Reason::otherFormat && codec->other != nullptr) {
+        codec = codec->other;
+        decoder = openImage(reader, *codec);
+    }
+    return OpenedImage{TRY(std::move(decoder)), codec};
+}
+
+Result<std::unique_ptr<ImageDecoder>> openImage(const std::shared_ptr<const ByteReader>& reader) {
+    return TRY(openWithKnownCodec(reader)).decoder;
 }
 
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader,

@@ -57,12 +57,11 @@ public:
 
     Result<RowSourcePointer> build() {
         RowPlan plan = planRows(picture_);
-        const int halvings = halve(plan);
         const bool isDecoded = source_.holdsPixels(picture_.frame);
         memory_ = TRY(budgetForHeldPictures().reserve(output_ == nullptr
                                                           ? bytesToHold(picture_, keeps16Bits_, isDecoded)
                                                           : bytesToEncode(picture_, *output_, isDecoded)));
-        RowSourcePointer rows = TRY(source_.rows(picture_.frame, halvings));
+        RowSourcePointer rows = TRY(decodedRows(plan));
         const bool isCostly = !picture_.description().isUncompressed && !source_.holdsPixels(picture_.frame);
         RowSourcePointer pipeline = isCostly ? rowsAhead(std::move(rows)) : std::move(rows);
         for (std::size_t i = 0; i < plan.steps.size(); ++i)
@@ -75,6 +74,18 @@ public:
     }
 
 private:
+    /// Starts decoding in the size that suits the first step, which is adapted, or removed if nothing remains
+    /// to be done.
+    Result<RowSourcePointer> decodedRows(RowPlan& plan) const {
+        if (picture_.description().isDrawn && !plan.steps.empty())
+            if (const auto* first = std::get_if<Resampling>(&plan.steps.front())) {
+                const Resampling drawn = *first;
+                plan.steps.erase(plan.steps.begin());
+                return source_.drawnRows(picture_.frame, drawn.x, drawn.y);
+            }
+        return source_.rows(picture_.frame, halve(plan));
+    }
+
     /// If the first step is a reduction, lets the decoder do a part of it and adapts the step. Returns how
     /// often the decoder halves the sides.
     int halve(RowPlan& plan) const {

@@ -19,7 +19,7 @@ struct Decoded {
 
 /// All metadata that `codec` finds in `file`, and the pixels of one frame; or the first failure.
 inline Result<Decoded> decode(const ImageCodec& codec, const Bytes& file, std::size_t frame = 0) {
-    if (!codec.recognises(ByteView(file).first(std::min<std::size_t>(64, file.size()))))
+    if (!codec.recognises(ByteView(file).first(std::min(maxHeadBytes, file.size()))))
         return Failure{Reason::unsupported, "not recognised"};
     Result<std::unique_ptr<ImageDecoder>> decoder = codec.open(readerOfBytes(file));
     if (!decoder)

@@ -1,5 +1,7 @@
 // TIFF through libtiff: every page a frame, the main picture first. Orientation is not applied.
 // Rows stream, and a page that turns out damaged or cut short is a failure.
+#include "platform/imageio/tiff/Decoder.h"
+
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
 #include "platform/imageio/Plausibility.h"
@@ -107,18 +109,34 @@ private:
     std::vector<std::shared_ptr<const Page>> pages_; ///< by frame
 };
 
-Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+Result<std::unique_ptr<ImageDecoder>> openPages(std::shared_ptr<const ByteReader> reader,
+                                                const Structure& structure,
+                                                const std::vector<ListedPage>& listed) {
     if (const Result<Functions>& library = tiffFunctions(); !library)
         return library.failure();
-    const Structure structure(reader);
-    const std::vector<ListedPage> listed = TRY(listPages(structure));
     auto decoder = std::make_unique<Decoder>(std::move(reader));
     TRY(decoder->readPages(structure, listed));
     return std::unique_ptr<ImageDecoder>(std::move(decoder));
 }
 
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    const Structure structure(reader);
+    const PageList listed = TRY(listPages(structure));
+    if (listed.holdsSensorData)
+        return Failure{Reason::otherFormat, "the TIFF file holds raw data of a camera's sensor"};
+    return openPages(std::move(reader), structure, listed.pages);
+}
+
 } // namespace
 
-const ImageCodec codec{"TIFF", Structure::recognises, open, [] { (void)tiffFunctions(); }};
+Result<std::unique_ptr<ImageDecoder>> openDevelopedPages(std::shared_ptr<const ByteReader> reader) {
+    const Structure structure(reader);
+    const PageList listed = TRY(listPages(structure));
+    if (listed.pages.empty())
+        return Failure{Reason::unsupported, "the TIFF file holds only raw data of a camera's sensor"};
+    return openPages(std::move(reader), structure, listed.pages);
+}
+
+const ImageCodec codec{"TIFF", Structure::recognises, open, [] { (void)tiffFunctions(); }, &raw::codec};
 
 } // namespace kestrine::tiff

@@ -128,18 +128,22 @@ Fields copied(const Structure& file, const Structure::Directory& directory, std:
 
 Bytes exifOfTIFF(const Structure& file, std::uint64_t directory) {
     const Structure::Directory page = file.directoryAt(directory);
-    const Structure::Directory exif = file.child(page, exifPointer);
-    if (exif.empty())
+    return exifOfParts({file, page}, {file, file.child(page, exifPointer)});
+}
+
+Bytes exifOfParts(const DirectoryPlace& page, const DirectoryPlace& exif) {
+    if (exif.entries.empty() || page.file.isBigEndian() != exif.file.isBigEndian())
         return {};
-    ExifBlockBuilder builder(file.isBigEndian());
+    ExifBlockBuilder builder(page.file.isBigEndian());
     std::size_t room = maximumExifBytes;
     const auto isPageTag = [](std::uint16_t tag) { return std::ranges::count(pageTags, tag) > 0; };
     const auto isMovable = [](std::uint16_t tag) {
         return tag != interoperabilityPointer && tag != makerNote;
     };
-    Fields pageFields = copied(file, page, room, isPageTag);
-    Fields exifFields = copied(file, exif, room, isMovable);
-    const Fields interoperability = copied(file, file.child(exif, interoperabilityPointer), room, isMovable);
+    Fields pageFields = copied(page.file, page.entries, room, isPageTag);
+    Fields exifFields = copied(exif.file, exif.entries, room, isMovable);
+    const Fields interoperability =
+        copied(exif.file, exif.file.child(exif.entries, interoperabilityPointer), room, isMovable);
     if (!interoperability.empty())
         exifFields.push_back(builder.pointer(interoperabilityPointer, builder.add(interoperability)));
     pageFields.push_back(builder.pointer(exifPointer, builder.add(std::move(exifFields))));

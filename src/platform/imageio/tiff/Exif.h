@@ -11,4 +11,13 @@ namespace kestrine::tiff {
 /// EXIF.
 Bytes exifOfTIFF(const Structure& file, std::uint64_t directory);
 
+/// A directory of a file.
+struct DirectoryPlace {
+    const Structure& file;
+    Structure::Directory entries;
+};
+
+/// The same of a page and an EXIF directory in two files with the same byte order.
+Bytes exifOfParts(const DirectoryPlace& page, const DirectoryPlace& exif);
+
 } // namespace kestrine::tiff

@@ -149,12 +149,16 @@ private:
 
 } // namespace
 
-Result<std::vector<ListedPage>> listPages(const Structure& file) {
+bool holdsSensorData(const Structure& file, const Structure::Directory& directory) {
+    return roleOf(file, directory) == Role::sensorData;
+}
+
+Result<PageList> listPages(const Structure& file) {
     const Candidates candidates(file, TRY(file.pages()));
-    if (candidates.have(Role::sensorData) && !candidates.have(Role::picture))
-        return Failure{Reason::unsupported,
-                       "the TIFF file holds raw data of a camera's sensor, which is not supported"};
-    return candidates.inOrder();
+    const bool isRaw = candidates.have(Role::sensorData);
+    if (isRaw && !candidates.have(Role::picture))
+        return PageList{{}, true};
+    return PageList{candidates.inOrder(), isRaw};
 }
 
 } // namespace kestrine::tiff

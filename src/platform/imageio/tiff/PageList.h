@@ -14,14 +14,21 @@ struct ListedPage {
     bool operator==(const ListedPage&) const = default;
 };
 
-/// The main picture first, then the other pages in stored order, then those that are reduced copies; at least
-/// one. The main picture is the first page that is not marked as a reduced copy. A preview is never taken for
+/// Whether the directory describes what a camera's sensor recorded.
+bool holdsSensorData(const Structure& file, const Structure::Directory& directory);
+
+struct PageList {
+    std::vector<ListedPage> pages; ///< empty if only sensor data remain, which would have to be developed
+    bool holdsSensorData = false;  ///< it is a camera raw file
+};
+
+/// The main picture first, then the other pages in stored order, then those that are reduced copies. The
+/// main picture is the first page that is not marked as a reduced copy. A preview is never taken for
 /// the picture:
 ///  - sub-pages are listed if their page is a copy or is smaller than they are: one of them is the picture;
 ///  - a picture smaller than the sensor's data in the same file is a preview, marked or not;
 ///  - only if a file contains nothing but copies, the largest of them is the picture.
-/// Fails as "unsupported" when only the sensor's data remains, which would have to be developed, and as
-/// Structure::pages().
-Result<std::vector<ListedPage>> listPages(const Structure& file);
+/// Fails as Structure::pages().
+Result<PageList> listPages(const Structure& file);
 
 } // namespace kestrine::tiff

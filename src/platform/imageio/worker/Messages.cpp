@@ -281,7 +281,7 @@ void write(MessageWriter& writer, const Failure& failure) {
 }
 
 Failure failureIn(MessageReader& reader) {
-    const auto reason = reader.enumerator(Reason::implausible);
+    const auto reason = reader.enumerator(Reason::otherFormat);
     reader.refuseUnless(reason != Reason{});
     std::string text = reader.text(maxFailureText);
     std::ranges::replace_if(
@@ -298,6 +298,7 @@ void write(MessageWriter& writer, const FrameDescription& frame) {
     writer.add(frame.isUncompressed);
     writer.add(std::uint32_t{frame.storedBitsPerPixel});
     writer.add(frame.heldBytes);
+    writer.add(frame.isDrawn);
 }
 
 FrameDescription frameIn(MessageReader& reader) {
@@ -315,6 +316,7 @@ FrameDescription frameIn(MessageReader& reader) {
     frame.isUncompressed = reader.flag();
     frame.storedBitsPerPixel = reader.number<std::uint32_t>();
     frame.heldBytes = reader.number<std::uint64_t>();
+    frame.isDrawn = reader.flag();
     return frame;
 }
 
@@ -330,6 +332,7 @@ Bytes bytesOf(const Request& request) {
     writer.add(request.keptBytes);
     writer.add(static_cast<std::uint8_t>(request.order.index()));
     std::visit(OrderWriter{writer}, request.order);
+    writer.add(request.codec);
     return std::move(writer).take();
 }
 
@@ -343,6 +346,8 @@ std::optional<Request> requestIn(ByteView bytes) {
     request.keepsPixels = reader.flag();
     request.keptBytes = reader.number<std::uint64_t>();
     request.order = orderIn(reader);
+    request.codec = reader.number<std::uint32_t>();
+    reader.refuseUnless(codecNumbered(request.codec) != nullptr);
     return reader.isComplete() ? std::optional(std::move(request)) : std::nullopt;
 }
 

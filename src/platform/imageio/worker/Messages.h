@@ -81,6 +81,7 @@ struct Request {
     bool keepsPixels = false;    ///< see Source::keepPixels()
     std::uint64_t keptBytes = 0; ///< memory that is reserved for kept pixels
     Order order;
+    std::uint32_t codec = 0; ///< numberOf() the codec that opens the source; 0 for AskFile
 
     bool operator==(const Request&) const = default;
 };

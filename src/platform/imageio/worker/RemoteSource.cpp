@@ -68,6 +68,11 @@ std::optional<std::uint32_t> numberOf(FileQuestion question, const EngineParts& 
 
 Failure unknownQuestion() { return {Reason::refused, "the question is not known to the worker"}; }
 
+bool isOtherFormat(const Delivery& opened) {
+    return opened.response && !opened.response->content
+           && opened.response->content.failure().reason == Reason::otherFormat;
+}
+
 /// The picture, decoded by another source of the same file.
 Picture withSource(const Picture& picture, const std::shared_ptr<Source>& source) {
     Picture result = picture;
@@ -104,8 +109,10 @@ Result<Bytes> answerOfWorker(EngineParts& engine, std::shared_ptr<const ByteRead
     return std::move(response.content);
 }
 
-RemoteSource::RemoteSource(std::shared_ptr<EngineParts> engine, SentFile file, std::uint32_t libraries)
-    : engine_(std::move(engine)), number_(nextNumber()), file_(std::move(file)), libraries_(libraries) {}
+RemoteSource::RemoteSource(std::shared_ptr<EngineParts> engine, SentFile file, const ImageCodec& codec)
+    : engine_(std::move(engine)), number_(nextNumber()), file_(std::move(file)) {
+    codec_ = &codec;
+}
 
 RemoteSource::~RemoteSource() { engine_->pool.forget(number_, keptBytes_ > 0); }
 
@@ -114,15 +121,17 @@ Result<std::shared_ptr<Source>> RemoteSource::open(std::shared_ptr<EngineParts> 
                                                    const ImageCodec& codec, FileQuestion question) {
     SentFile sent = TRY(SentFile::of(std::move(file)));
     const OpenFile order{numberOf(question, *engine)};
-    const std::shared_ptr<RemoteSource> source(
-        new RemoteSource(std::move(engine), std::move(sent), librariesOf(codec)));
+    const std::shared_ptr<RemoteSource> source(new RemoteSource(std::move(engine), std::move(sent), codec));
     Delivery opened = source->deliver(order, {0, maxPropertyBytes});
+    while (isOtherFormat(opened) && source->codec_->other != nullptr) {
+        source->codec_ = source->codec_->other;
+        opened = source->deliver(order, {0, maxPropertyBytes});
+    }
     if (!opened.isDelivered && source->engine_->mayDecodeHere)
         return source->openHere();
     Response response = TRY(std::move(opened.response));
     if (response.frames.empty())
         return response.content ? decoderCrash() : response.content.failure();
-    source->codec_ = &codec;
     source->frames_ = std::move(response.frames);
     source->kept_.resize(source->frames_.size());
     if (question != nullptr && response.content)
@@ -151,13 +160,15 @@ Delivery RemoteSource::deliver(Order order, const Price& price) const {
                     .maximumPixels = maximumPixels(),
                     .usesOneThread = OneThreadScope::exists(),
                     .keepsPixels = keepsPixels_,
-                    .order = std::move(order)};
+                    .order = std::move(order),
+                    .codec = numberOf(*codec_)};
     {
         const std::lock_guard lock(mutex_);
         request.keptBytes = keptBytes_;
     }
-    Delivery delivery = engine_->pool.exchange({request, libraries_ | price.libraries, file_.descriptor(),
-                                                price.maxContent, limitsFor(price.pixels, file_.size())});
+    Delivery delivery =
+        engine_->pool.exchange({request, librariesOf(*codec_) | price.libraries, file_.descriptor(),
+                                price.maxContent, limitsFor(price.pixels, file_.size())});
     if (delivery.response && delivery.response->damage)
         damage_.note(*delivery.response->damage);
     return delivery;
@@ -197,7 +208,8 @@ Result<Bytes> RemoteSource::answer(FileQuestion question) const {
 void RemoteSource::reserveToKeep(std::size_t frame) {
     const RowFormat& format = frames()[frame].format;
     const std::lock_guard lock(mutex_);
-    if (!keepsPixels_ || kept_[frame] || !format.canBeBuffered() || !isWorthKeeping(format, file_.size()))
+    if (!keepsPixels_ || kept_[frame] || frames()[frame].isDrawn || !format.canBeBuffered()
+        || !isWorthKeeping(format, file_.size()))
         return;
     kept_[frame] = budgetForKeptPictures().tryReserve(format.bytes());
     if (kept_[frame])

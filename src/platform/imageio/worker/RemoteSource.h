@@ -56,7 +56,7 @@ public:
     Result<PixelBuffer> pixels(const Picture& picture) override;
 
 private:
-    RemoteSource(std::shared_ptr<EngineParts> engine, SentFile file, std::uint32_t libraries);
+    RemoteSource(std::shared_ptr<EngineParts> engine, SentFile file, const ImageCodec& codec);
 
     /// What the answer to an order may cost.
     struct Price {
@@ -76,7 +76,6 @@ private:
     const std::shared_ptr<EngineParts> engine_;
     const std::uint64_t number_;
     const SentFile file_;
-    const std::uint32_t libraries_;
     std::optional<std::pair<FileQuestion, Bytes>> knownAnswer_;
     mutable DamageRecord damage_;
     std::atomic<bool> keepsPixels_ = false;

@@ -74,7 +74,8 @@ Result<void> Service::open(Call& call) {
     if (sourceNumber_ != request.source) {
         sourceNumber_ = 0;
         source_.reset();
-        source_ = TRY(LocalSource::open(readerOfFile(std::move(call.file), request.fileBytes)));
+        source_ = TRY(LocalSource::open(readerOfFile(std::move(call.file), request.fileBytes),
+                                        *codecNumbered(request.codec)));
         sourceNumber_ = request.source;
     }
     budgetForKeptPictures().setLimit(request.keptBytes);

@@ -3,6 +3,8 @@
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/tiff/TIFFRecipe.h"
 
+#include "platform/imageio/tiff/Decoder.h"
+
 #include <algorithm>
 
 namespace kestrine::testing {
@@ -59,18 +61,20 @@ Bytes retagged(Bytes file, std::uint16_t from, std::uint16_t to) {
 
 Widths widthsOf(const Bytes& file) {
     Widths widths;
-    for (const FrameDescription& frame : decodeSound(tiff::codec, file).frames)
+    const auto decoder = tiff::openDevelopedPages(readerOfBytes(file));
+    for (const FrameDescription& frame : (*decoder)->frames())
         widths.push_back(frame.format.width);
     return widths;
 }
 
 Widths widthsOf(const std::vector<TIFFRecipe>& pages) { return widthsOf(makeTIFF(pages)); }
 
-/// Whether the file is refused because it has only sensor data.
+/// Whether the file has only sensor data, and is left to another codec.
 bool isRaw(const Bytes& file) {
     const Result<Decoded> decoded = decode(tiff::codec, file);
-    return !decoded && decoded.failure().reason == Reason::unsupported
-           && decoded.failure().text.find("sensor") != std::string::npos;
+    const auto pages = tiff::openDevelopedPages(readerOfBytes(file));
+    return !decoded && decoded.failure().reason == Reason::otherFormat && !pages
+           && pages.failure().reason == Reason::unsupported;
 }
 
 bool isRaw(const std::vector<TIFFRecipe>& pages) { return isRaw(makeTIFF(pages)); }
@@ -118,7 +122,7 @@ TEST(TIFFPageList, reducedSubPagesOfAPictureAreNotListed) {
     EXPECT_EQ(widthsOf({with(picture(9), {marked(5), marked(3)}), picture(4)}), (Widths{9, 4}));
 }
 
-TEST(TIFFPageList, aFileOfPreviewsAndSensorDataIsRefused) {
+TEST(TIFFPageList, aFileOfPreviewsAndSensorDataHasNoPages) {
     for (const std::uint16_t photometric : {colorFilterArray, linearRaw}) {
         EXPECT_TRUE(isRaw({with(marked(3), {sensor(40, photometric)})}));
         EXPECT_TRUE(isRaw({with(marked(3), {marked(20), sensor(40, photometric)})}));
@@ -132,6 +136,8 @@ TEST(TIFFPageList, aPictureSmallerThanTheSensorDataIsAPreview) {
     EXPECT_TRUE(isRaw({picture(20), marked(3), sensor(40)}));
     EXPECT_TRUE(isRaw({with(marked(3), {picture(20), sensor(40)})}));
     EXPECT_EQ(widthsOf({with(picture(38), {sensor(40)})}), (Widths{38}));
+    EXPECT_EQ(decode(tiff::codec, makeTIFF({with(picture(38), {sensor(40)})})).failure().reason,
+              Reason::otherFormat);
     EXPECT_EQ(widthsOf({with(marked(3), {picture(38), sensor(40)})}), (Widths{38, 3}));
 }
 

@@ -181,7 +181,7 @@ TEST(WorkerMessages, refuseFramesBeyondTheLimits) {
 }
 
 TEST(WorkerMessages, refuseReasonsThatDoNotExist) {
-    for (const int reason : {0, 17, 255}) {
+    for (const int reason : {0, 18, 255}) {
         Response response;
         response.content = Failure{static_cast<Reason>(reason), ""};
         EXPECT_FALSE(responseIn(bytesOf(response), {})) << reason;

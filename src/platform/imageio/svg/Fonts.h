@@ -1,0 +1,31 @@
+// Fonts: the fonts in which drawings show text. A process that can open no file later opens them before.
+#pragma once
+
+#include "platform/imageio/svg/Library.h"
+
+#include <mutex>
+
+namespace kestrine::svg {
+
+/// The system's fonts for sans-serif, serif and monospace, in four styles each, and for some scripts. Every
+/// other family is replaced by one of them, so that drawings look the same in every process.
+class Fonts {
+public:
+    /// Opens the fonts, and draws a text in each and a picture, after which nothing needs to be opened.
+    /// Happens once.
+    static Fonts& opened(const Functions& library);
+
+    /// Only one thread draws at a time, since the libraries share the fonts. While the lock is held, the
+    /// calling thread draws with them.
+    std::unique_lock<std::mutex> use();
+
+private:
+    explicit Fonts(const Functions& library);
+    void warmUp();
+
+    const Functions& library_;
+    std::mutex mutex_;
+    FontMap* map_; ///< null if there are no fonts; lives until the end of the process
+};
+
+} // namespace kestrine::svg

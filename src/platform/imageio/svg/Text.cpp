@@ -1,0 +1,111 @@
+#include "platform/imageio/svg/Text.h"
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+#include <zlib.h>
+
+namespace kestrine::svg {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr std::size_t maxTextBytes = std::size_t{64} << 20;
+
+std::string_view characters(ByteView bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+bool isCompressed(std::string_view text) { return text.starts_with("\x1f\x8b\x08"sv); }
+
+/// The name that gzip stores after ten bytes, if a flag says so and nothing precedes it.
+bool mayBeNamedSVG(std::string_view head) {
+    constexpr std::size_t flagsAt = 3, nameAt = 10;
+    constexpr int hasName = 8, hasExtra = 4;
+    if (head.size() <= nameAt || (head[flagsAt] & hasExtra) != 0)
+        return false;
+    if ((head[flagsAt] & hasName) == 0)
+        return true;
+    const std::string_view name = head.substr(nameAt, head.find('\0', nameAt) - nameAt);
+    return name.ends_with(".svg") || name.ends_with(".svgz") || name.ends_with(".SVG");
+}
+
+/// Skips comments, declarations and processing instructions. Empty if one of them does not end.
+std::string_view fromFirstElement(std::string_view text) {
+    for (;;) {
+        text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"sv), text.size()));
+        std::string_view end;
+        if (text.starts_with("<!--"))
+            end = "-->";
+        else if (text.starts_with("<?"))
+            end = "?>";
+        else if (text.starts_with("<!DOCTYPE"))
+            end = text.substr(0, text.find('>')).find('[') == std::string_view::npos ? ">" : "]>";
+        else
+            return text;
+        const std::size_t found = text.find(end);
+        if (found == std::string_view::npos)
+            return {};
+        text.remove_prefix(found + end.size());
+    }
+}
+
+/// The name of an element, perhaps with a prefix.
+bool isNamedSVG(std::string_view element) {
+    if (!element.starts_with('<'))
+        return false;
+    std::string_view name = element.substr(1, element.find_first_of(" \t\r\n/>"sv) - 1);
+    if (const std::size_t colon = name.find(':'); colon != std::string_view::npos)
+        name.remove_prefix(colon + 1);
+    return name == "svg";
+}
+
+Result<Bytes> decompressed(const Bytes& file) {
+    constexpr int withHeaderOfGzip = 15 + 16;
+    Bytes piece(1 << 16);
+    z_stream stream{};
+    if (inflateInit2(&stream, withHeaderOfGzip) != Z_OK)
+        return Failure{Reason::outOfMemory, "not enough memory"};
+    const std::unique_ptr<z_stream, int (*)(z_stream*)> owner(&stream, inflateEnd);
+    stream.next_in = const_cast<Bytef*>(file.data()); // is not written
+    stream.avail_in = static_cast<uInt>(file.size());
+    Bytes text;
+    for (int status = Z_OK; status != Z_STREAM_END;) {
+        if (text.size() >= maxTextBytes)
+            return Failure{Reason::tooLarge, "the SVG drawing has more than 64 MiB of text"};
+        stream.next_out = piece.data();
+        stream.avail_out = static_cast<uInt>(piece.size());
+        status = inflate(&stream, Z_NO_FLUSH);
+        text.insert(text.end(), piece.data(), stream.next_out);
+        if (status == Z_BUF_ERROR || (status == Z_OK && stream.avail_in == 0 && stream.avail_out > 0))
+            return Failure{Reason::truncated, "the compressed SVG drawing ends too early"};
+        if (status != Z_OK && status != Z_STREAM_END)
+            return Failure{Reason::malformed, "the compressed SVG drawing is damaged"};
+    }
+    return text;
+}
+
+} // namespace
+
+bool isDrawing(ByteView head) {
+    std::string_view text = characters(head);
+    if (isCompressed(text))
+        return mayBeNamedSVG(text);
+    if (text.starts_with("\xef\xbb\xbf"sv))
+        text.remove_prefix(3);
+    return isNamedSVG(fromFirstElement(text));
+}
+
+Result<Bytes> readText(const ByteReader& reader) {
+    Bytes file = TRY(reader.readAll(maxTextBytes));
+    if (!isCompressed(characters(file)))
+        return file;
+    Bytes text = TRY(decompressed(file));
+    if (!isNamedSVG(
+            fromFirstElement(characters(ByteView(text).first(std::min<std::size_t>(text.size(), 65536))))))
+        return Failure{Reason::unsupported, "the compressed file holds no SVG drawing"};
+    return text;
+}
+
+} // namespace kestrine::svg
