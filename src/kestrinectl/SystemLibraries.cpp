@@ -15,6 +15,8 @@ const std::vector<SystemLibrary>& systemLibraries() {
         {"libdav1d.so.6", "libdav1d6", "AVIF files"},
         {"libavif.so.15", "libavif15", "writing AVIF files"},
         {"libopenjp2.so.7", "libopenjp2-7", "JPEG 2000 files and ICNS icons"},
+        {"libraw_r.so.20", "libraw20", "camera raw files"},
+        {"librsvg-2.so.2", "librsvg2-2", "SVG drawings"},
         {"libisal.so.2", "libisal2", "fast reading of PNG files"},
         {"libsystemd.so.0", "libsystemd0", "the desktop's dialog for choosing a folder"},
     };
