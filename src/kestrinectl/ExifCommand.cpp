@@ -1,8 +1,8 @@
 #include "kestrinectl/ExifCommand.h"
 
-#include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/DecoderIsolation.h"
+#include "kestrinectl/ExifFile.h"
 #include "kestrinectl/ExifJSON.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/ShownPath.h"
@@ -19,37 +19,52 @@ namespace kestrine {
 
 namespace {
 
-/// The lines that are printed for one file. Throws CommandError for a failure.
-using Answer = std::string (*)(const NSString& path);
+/// What is printed for one file, and what it lacks ("" if nothing). `reader` may be null.
+struct Answer {
+    std::string lines;
+    std::string lack;
+};
+using Ask = Answer (*)(const NSString& path, ExifTagReader* reader);
 
-std::string description(const NSString& path) {
-    const std::string text = ExifTagReader::tagDescriptionWithPath(path).utf8();
-    return text.ends_with('\n') ? text : text + "\n";
+constexpr const char* noData = "no EXIF data";
+constexpr const char* noDate = "no date";
+
+bool hasTags(ExifTagReader* reader) {
+    const TagDictionaryPointer tags = reader == nullptr ? nullptr : reader->tagDictionary();
+    return tags != nullptr && !tags->empty();
 }
 
-std::string asJSON(const NSString& path) { return exifJSON(path).dump() + "\n"; }
+Answer description(const NSString&, ExifTagReader* reader) {
+    if (!hasTags(reader))
+        return {"", noData};
+    const std::string text = reader->tagDescription().utf8();
+    return {text.ends_with('\n') ? text : text + "\n", ""};
+}
 
-std::string date(const NSString& path) {
-    const OptionalDate date = ExifTagReader::creationDateWithPath(path);
-    return (date ? isoText(*date) : "no date") + "\n";
+Answer asJSON(const NSString& path, ExifTagReader* reader) {
+    return {exifJSON(path, reader).dump() + "\n", hasTags(reader) ? "" : noData};
+}
+
+Answer date(const NSString&, ExifTagReader* reader) {
+    const OptionalDate date = reader == nullptr ? std::nullopt : reader->creationDate();
+    return date ? Answer{isoText(*date) + "\n", ""} : Answer{"", noDate};
 }
 
 /// changeCreationDate() reports nothing, so the date is read back.
-std::string setCreationDate(const NSString& path) {
-    const auto reader = ExifTagReader::initWithPath(path);
-    const OptionalDate date = reader ? reader->correctedCreationDate() : std::nullopt;
+Answer setCreationDate(const NSString& path, ExifTagReader* reader) {
+    const OptionalDate date = reader == nullptr ? std::nullopt : reader->correctedCreationDate();
     if (!date)
-        return "no date, nothing changed\n";
+        return {"", std::string(noDate) + ", nothing changed"};
     reader->changeCreationDate();
     if (fileCreationDateText(path.utf8()) != isoText(*date))
         throw CommandError("the creation date could not be set");
-    return "creation date set to " + isoText(*date) + "\n";
+    return {"creation date set to " + isoText(*date) + "\n", ""};
 }
 
 /// Throws CommandError with the reason when there is no result.
-std::string answerFor(const NSString& path, Answer answer) {
+Answer answerFor(const NSString& path, Ask ask, ExifReach reach) {
     try {
-        return answer(path);
+        return ask(path, exifReaderOf(path, reach).get());
     } catch (const NSException& raised) {
         throw CommandError("damaged tag (" + raised.name() + ": " + raised.reason() + ")");
     }
@@ -57,31 +72,36 @@ std::string answerFor(const NSString& path, Answer answer) {
 
 /// With `isNamed`, the file's name is printed before a single line and above a description, which has
 /// several. JSON contains the name.
-void print(const std::string& file, const std::string& text, Answer answer, bool isNamed) {
-    if (answer == asJSON)
+void print(const std::string& file, const std::string& text, Ask ask, bool isNamed) {
+    if (ask == asJSON)
         std::cout << text; // JSON has its own escapes
-    else
-        printLines((isNamed ? file + (answer == description ? ":\n" : ": ") : "") + text);
+    else if (!text.empty())
+        printLines((isNamed ? file + (ask == description ? ":\n" : ": ") : "") + text);
 }
 
-/// A file that cannot be read gives no output, except in JSON, which has one line per file.
-void answerForOne(const std::string& file, Answer answer, bool isNamed) {
+/// A file that cannot be read gives no output, except in JSON, which has one line per file. Throws
+/// CommandError when something is missing.
+void answerForOne(const std::string& file, Ask ask, ExifReach reach, bool isNamed) {
     const NSString path = NSString::fromUTF8(file);
     const FailureCollector collector;
     const bool canBeRead = NSFileHandle::fileHandleForReadingAtPath(path) != nullptr;
-    if (canBeRead || answer == asJSON)
-        print(file, answerFor(path, answer), answer, isNamed);
-    if (!collector.failures().empty())
+    Answer answer;
+    if (canBeRead || ask == asJSON)
+        answer = answerFor(path, ask, reach);
+    print(file, answer.lines, ask, isNamed);
+    if (!collector.failures().empty() && !(canBeRead && reach == ExifReach::all))
         throw CommandError(withoutPath(collector.failures().front().text, file));
+    if (!answer.lack.empty())
+        throw CommandError(answer.lack);
 }
 
-void answerForAll(const std::vector<std::string>& words, Answer answer) {
+void answerForAll(const std::vector<std::string>& words, Ask ask, ExifReach reach) {
     const DecoderIsolation isolation(IsolationChoice::automatic, 1);
     std::string failures;
     for (const std::string& word : words) {
         const std::string file = typedWord(word);
         try {
-            answerForOne(file, answer, words.size() > 1);
+            answerForOne(file, ask, reach, words.size() > 1);
         } catch (const CommandError& error) {
             failures += (failures.empty() ? "" : "; ") + file + ": " + error.what();
         }
@@ -95,8 +115,9 @@ struct ExifRequest {
     bool json = false;
     bool date = false;
     bool setCreationDate = false;
+    bool isNarrow = false;
 
-    Answer answer() const {
+    Ask ask() const {
         return json              ? kestrine::asJSON
                : date            ? kestrine::date
                : setCreationDate ? kestrine::setCreationDate
@@ -108,9 +129,12 @@ struct ExifRequest {
 
 void addExifCommand(CLI::App& program) {
     CLI::App* command =
-        program.add_subcommand("exif", "Show the EXIF data of JPEG files (default: a description in words)");
+        program.add_subcommand("exif", "Show the EXIF data of pictures (default: a description in words)");
     auto request = std::make_shared<ExifRequest>();
-    command->add_option("FILE", request->files, "Files named .jpg or .jpeg")->required();
+    command
+        ->add_option("FILE", request->files,
+                     "Pictures of any format with EXIF data, raw files with a TIFF structure included")
+        ->required();
     CLI::Option* inJSON =
         command->add_flag("--json", request->json, "Print everything, as one JSON object per line");
     CLI::Option* asDate = command->add_flag("--date", request->date,
@@ -119,9 +143,15 @@ void addExifCommand(CLI::App& program) {
         "--set-creation-date", request->setCreationDate,
         "Set the creation date of the file to the date when the picture was taken, shifted by the time zone "
         "that the camera stored, or by -9 hours if it stored none");
+    command->add_flag(
+        "--narrow", request->isNarrow,
+        "Show only what decides whether presets turn a picture: big-endian data at the start of files "
+        "named .jpg or .jpeg (default: either byte order, every place and format)");
     inJSON->excludes(asDate)->excludes(changes);
     asDate->excludes(changes);
-    command->callback([request] { answerForAll(request->files, request->answer()); });
+    command->callback([request] {
+        answerForAll(request->files, request->ask(), request->isNarrow ? ExifReach::narrow : ExifReach::all);
+    });
 }
 
 } // namespace kestrine

@@ -81,16 +81,19 @@ ordered_json displayJSON(ExifTagReader* reader) {
     return texts;
 }
 
+/// "Exif information is not available", in the user's language.
+NSString textWithoutReader() { return ExifTagReader::tagDescriptionWithPath(u""); }
+
 } // namespace
 
-ordered_json exifJSON(const NSString& path) {
-    const auto reader = ExifTagReader::initWithPath(path);
+ordered_json exifJSON(const NSString& path, ExifTagReader* reader) {
     return {{"path", toJSON(path)},
             {"reader", reader != nullptr},
-            {"tags", answerOf([&] { return ExifTagReader::tagDictionaryWithPath(path); })},
-            {"values", valuesJSON(reader.get())},
-            {"display", displayJSON(reader.get())},
-            {"description", answerOf([&] { return ExifTagReader::tagDescriptionWithPath(path); })}};
+            {"tags", reader ? answerOf([&] { return reader->tagDictionary(); }) : ordered_json::object()},
+            {"values", valuesJSON(reader)},
+            {"display", displayJSON(reader)},
+            {"description",
+             reader ? answerOf([&] { return reader->tagDescription(); }) : toJSON(textWithoutReader())}};
 }
 
 } // namespace kestrine

@@ -50,12 +50,23 @@ std::optional<TrashedItem> Undo::inTrash(const ReplacedFile& file) {
     return alike;
 }
 
+/// An interrupted undo may have left the record of an original that is back.
+void Undo::noteTaken(const ReplacedFile& file) {
+    for (const TrashedItem& item : trash_.itemsFrom(file.original))
+        if (!markOfItem(item.path))
+            taken_.push_back(item);
+    folders_.insert(folderOf(file.original));
+}
+
+void Undo::settle() { removeRecords(taken_, folders_); }
+
 UndoneFile Undo::takeBack(const ReplacedFile& file) {
     if (!file.hidden.empty())
         (void)removeFile(file.hidden);
     if (isOriginal(file, file.original)) {
         if (file.result != file.original)
             removeResult(file);
+        noteTaken(file);
         return {};
     }
     if (!file.broughtBackAs.empty() && isOriginal(file, file.broughtBackAs))
@@ -83,6 +94,8 @@ UndoneFile Undo::bringBack(const ReplacedFile& file, const TrashedItem& item, bo
         return {Kind::failed, "", place.failure().text};
     if (const Result<void> moved = takeOutOfTrash(item, *place); !moved)
         return {Kind::failed, "", moved.failure().text};
+    taken_.push_back(item);
+    folders_.insert(folderOf(*place));
     return {isEdited || *place != file.original ? Kind::beside : Kind::back, *place, ""};
 }
 

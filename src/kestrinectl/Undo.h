@@ -25,13 +25,20 @@ public:
 
     UndoneFile takeBack(const ReplacedFile& file);
 
+    /// Call at the end: makes it certain that the originals are back, and removes their records from the
+    /// trash.
+    void settle();
+
 private:
+    void noteTaken(const ReplacedFile& file);
     std::optional<TrashedItem> inTrash(const ReplacedFile& file);
     UndoneFile bringBack(const ReplacedFile& file, const TrashedItem& item, bool isEdited);
     Result<std::string> placeFor(const ReplacedFile& file);
 
     PastRun& run_;
     TrashSearch trash_;
+    std::vector<TrashedItem> taken_; ///< out of the trash
+    std::set<std::string> folders_;  ///< where they are now
 };
 
 } // namespace kestrine

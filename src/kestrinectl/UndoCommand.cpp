@@ -59,16 +59,19 @@ void undo(std::size_t number) {
     Undo work(past, Environment::ofProcess());
     UndoCount count;
     for (const ReplacedFile& file : run.files) {
-        if (const int signal = StopSignalsNoted::noted(); signal != 0)
+        if (const int signal = StopSignalsNoted::noted(); signal != 0) {
+            work.settle();
             throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)) + ": "
                                    + std::to_string(count.back) + " of "
                                    + counted(run.files.size(), "original") + " back; 'kestrinectl undo "
                                    + std::to_string(number) + "' continues",
                                128 + signal);
+        }
         const UndoneFile undone = work.takeBack(file);
         report(file, undone);
         count.add(undone);
     }
+    work.settle();
     if (count.failures == 0)
         if (const Result<void> noted = past.noteUndone(); !noted)
             throw CommandError(noted.failure().text);

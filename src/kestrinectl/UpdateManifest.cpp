@@ -9,6 +9,7 @@
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
+#include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
 
@@ -39,6 +40,8 @@ LineLog openManifest(const std::string& path, UpdateManifest::WhenBusy whenBusy)
             printError("waiting for another run that uses the manifest " + path);
         return whenBusy == UpdateManifest::WhenBusy::waits;
     });
+    if (const int signal = StopSignalsNoted::noted(); !log && signal != 0)
+        throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)), 128 + signal);
     if (!log && log.failure().reason == Reason::alreadyExists)
         throw CommandError("another run uses the manifest " + path
                            + "; without --no-wait this run waits for it");

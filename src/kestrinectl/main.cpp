@@ -6,6 +6,7 @@
 #include "kestrinectl/ConvertCommand.h"
 #include "kestrinectl/DoctorCommand.h"
 #include "kestrinectl/ExifCommand.h"
+#include "kestrinectl/ExplainCommand.h"
 #include "kestrinectl/Messages.h"
 #include "kestrinectl/SetsCommand.h"
 #include "kestrinectl/UndoCommand.h"
@@ -35,6 +36,7 @@ int run(int count, char** values) {
     kestrine::addConvertCommand(program);
     kestrine::addUndoCommand(program);
     kestrine::addHistoryCommand(program);
+    kestrine::addExplainCommand(program);
     kestrine::addExifCommand(program);
     kestrine::addDoctorCommand(program);
     kestrine::addHelpCommand(program);

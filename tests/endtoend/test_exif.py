@@ -3,9 +3,13 @@ import json
 import os
 import shutil
 import struct
+import subprocess
 from pathlib import Path
 
-from tools import BIN, ToolTest, main
+from PIL import Image
+
+import pictures
+from tools import BIN, ToolTest, exiftool, main
 
 SHARE = Path(__file__).resolve().parents[2] / "share"
 NOT_AVAILABLE = "Exif information is not available"
@@ -108,7 +112,10 @@ class Exif(ToolTest):
     def test_output_for_several_files_names_each_file(self):
         self.write("a.jpg", jpeg([text(0x10f, "A")]))
         self.write("b.png", PHOTO)
-        self.assertEqual(self.exif("a.jpg", "b.png"), f"a.jpg:\nMaker : A\n\n\n\nb.png:\n{NOT_AVAILABLE}\n")
+        shown = self.exif("a.jpg", "b.png")
+        self.assertTrue(shown.startswith("a.jpg:\nMaker : A\n\n\n\nb.png:\nMaker : Kappa\n"), shown)
+        self.assertEqual(self.exif("--narrow", "a.jpg", "b.png", status=1), "a.jpg:\nMaker : A\n\n\n\n")
+        self.assertEqual(self.errors, "kestrinectl: b.png: no EXIF data\n")
 
     def test_files_may_have_any_name(self):
         for name in ("[a,b].jpg", "-a.jpg"):
@@ -149,7 +156,7 @@ class Exif(ToolTest):
         self.assertIn("NSRangeException", self.errors)
 
     def test_files_without_exif_and_files_without_reader_differ_in_their_tags(self):
-        without, png = self.json(self.write("a.jpg", b"\xff\xd8\xff\xd9"), self.write("b.png", PHOTO))
+        without, png = self.json("--narrow", self.write("a.jpg", b"\xff\xd8\xff\xd9"), self.write("b.png", PHOTO), status=1)
         self.assertEqual((without["reader"], without["tags"]), (True, None))
         self.assertEqual((png["reader"], png["tags"]), (False, {}))
         for photo in (without, png):
@@ -166,7 +173,9 @@ class Exif(ToolTest):
 
     def test_a_missing_file_fails_but_has_an_entry_in_json(self):
         self.write("a.jpg", PHOTO)
-        missing, photo = self.json("missing.jpg", "a.jpg", status=1)
+        [missing] = self.json("missing.jpg", status=1)
+        self.assertEqual((missing["reader"], missing["tags"], missing["description"]), (False, {}, NOT_AVAILABLE))
+        missing, photo = self.json("--narrow", "missing.jpg", "a.jpg", status=1)
         self.assertEqual((missing["reader"], missing["tags"], missing["description"]), (True, {}, "\n\n\n"))
         self.assertEqual(photo["values"]["maker"], "Kappa")
         self.assertEqual(self.exif("missing.jpg", "a.jpg", status=1)[:7], "a.jpg:\n")
@@ -177,10 +186,11 @@ class Exif(ToolTest):
     def test_the_date_is_in_local_time(self):
         self.write("a.jpg", PHOTO)
         self.write("b.jpg", jpeg([], [text(0x9003, "2024:10:27 02:30:00")]))
-        self.write("c.png", PHOTO)
+        self.write("c.png", b"words")
         self.assertEqual(self.exif("--date", "a.jpg"), "2008-01-02T10:11:12+09:00\n")
         self.assertEqual(self.exif("--date", "b.jpg", TZ="Europe/Berlin"), "2024-10-27T02:30:00+02:00\n")
-        self.assertEqual(self.exif("--date", "a.jpg", "c.png"), "a.jpg: 2008-01-02T10:11:12+09:00\nc.png: no date\n")
+        self.assertEqual(self.exif("--date", "a.jpg", "c.png", status=1), "a.jpg: 2008-01-02T10:11:12+09:00\n")
+        self.assertEqual(self.errors, "kestrinectl: c.png: no date\n")
 
     def test_the_creation_date_is_set_and_printed(self):
         if not self.keeps_attributes():
@@ -195,11 +205,58 @@ class Exif(ToolTest):
 
     def test_without_a_date_nothing_is_changed(self):
         self.write("a.jpg", jpeg([], [text(0x9003, "2008:01:02")]))
-        self.write("b.png", PHOTO)
-        self.assertEqual(self.exif("--set-creation-date", "a.jpg", "b.png"),
-                         "a.jpg: no date, nothing changed\nb.png: no date, nothing changed\n")
+        self.write("b.png", b"words")
+        self.assertEqual(self.exif("--set-creation-date", "a.jpg", "b.png", status=1), "")
+        self.assertEqual(self.errors, "kestrinectl: a.jpg: no date, nothing changed; b.png: no date, nothing changed\n")
         for name in ("a.jpg", "b.png"):
             self.assertNotIn(ATTRIBUTE, os.listxattr(self.folder / name))
+
+    def block(self, order="<"):
+        """An EXIF block in either byte order with a maker, a date, an exposure time and a place."""
+        Image.fromarray(pictures.photo(8, 8)).save(self.folder / "block.jpg")
+        subprocess.run(["exiftool", "-q", "-overwrite_original", "-Make=Kappa", "-DateTimeOriginal=2008:01:02 10:11:12",
+                        "-ExposureTime=1/250", "-GPSLatitude=48.1", "-GPSLatitudeRef=N",
+                        f"-ExifByteOrder={'II' if order == '<' else 'MM'}", "block.jpg"], cwd=self.folder, check=True)
+        block = Image.open(self.folder / "block.jpg").info["exif"]
+        self.assertEqual(block[6:8], b"II" if order == "<" else b"MM")
+        return block
+
+    def test_both_byte_orders_all_places_and_formats_are_read(self):
+        photo = Image.fromarray(pictures.photo(40, 30))
+        for order in "<>":
+            block = self.block(order)
+            for name in ("a.jpg", "a.png", "a.webp"):
+                photo.save(self.folder / name, exif=block)
+            raw = block.removeprefix(b"Exif\0\0")
+            self.write("a.nef", raw)
+            comments = b"".join(b"\xff\xfe" + struct.pack(">H", 302) + b"c" * 300 for _ in range(5))
+            self.write("late.jpeg", pictures.jpeg(pictures.photo(40, 30), raw, before=comments))
+            for name in ("a.jpg", "a.png", "a.webp", "a.nef", "late.jpeg"):
+                shown = self.exif(name)
+                self.assertIn("Maker : Kappa\nDate taken : 2008:01:02 10:11:12\n", shown, (order, name))
+                self.assertIn("Exposure time : 1/250 sec", shown, (order, name))
+                self.assertEqual(self.exif("--date", name), "2008-01-02T10:11:12+09:00\n", (order, name))
+                self.assertEqual(exiftool(self.folder / name)["IFD0:Make"], "Kappa", "the file is what we take it for")
+
+    def test_heic_avif_and_jpeg_xl_are_read(self):
+        Image.fromarray(pictures.photo(64, 48)).save(self.folder / "a.jpg", exif=self.block(), quality=95)
+        for name, command in (("a.avif", ["avifenc", "-s", "10", "a.jpg", "a.avif"]), ("a.jxl", ["cjxl", "a.jpg", "a.jxl"])):
+            subprocess.run(command, cwd=self.folder, check=True, capture_output=True)
+            self.assertEqual(self.exif("--date", name), "2008-01-02T10:11:12+09:00\n", name)
+
+    def test_the_narrow_view_shows_what_turns_pictures_of_presets(self):
+        for order, status in (("<", 1), (">", 0)):
+            self.write("a.jpg", pictures.jpeg(pictures.photo(40, 30), pictures.exif(6, order)))
+            [shown] = self.json("--narrow", "a.jpg", status=status)
+            self.assertEqual(shown["values"]["imageDirectionNumber"], None if status else 6)
+            self.assertEqual(self.json("a.jpg")[0]["values"]["imageDirectionNumber"], 6)
+
+    def test_the_creation_date_of_any_format_is_set(self):
+        if not self.keeps_attributes():
+            self.skipTest("the temporary folder's file system keeps no extended attributes")
+        Image.fromarray(pictures.photo(40, 30)).save(self.folder / "a.png", exif=self.block())
+        self.exif("--set-creation-date", "a.png")
+        self.assertEqual(os.getxattr(self.folder / "a.png", ATTRIBUTE), b"2008-01-02T01:11:12+09:00")
 
     def test_options_that_exclude_each_other_are_refused(self):
         self.exif("--json", "--date", "a.jpg", status=2)

@@ -9,7 +9,7 @@ from tools import BIN, ToolTest, main
 
 SHARE = Path(__file__).resolve().parent.parent.parent / "share"
 MANUAL = SHARE / "man/man1/kestrinectl.1"
-COMMANDS = [("convert",), ("undo",), ("history",), ("exif",), ("doctor",), ("help",)] + [
+COMMANDS = [("convert",), ("undo",), ("history",), ("explain",), ("exif",), ("doctor",), ("help",)] + [
     ("sets", name)
     for name in ("list", "show", "add", "edit", "remove", "select", "export", "import", "where")
 ]
@@ -27,7 +27,7 @@ class Manual(ToolTest):
         return {command: long_options(self.help(*command)) for command in [(), *COMMANDS]}
 
     def test_the_pages_are_well_formed(self):
-        for page in sorted((SHARE / "man/man1").iterdir()):
+        for page in sorted((SHARE / "man").glob("man*/*")):
             done = subprocess.run(["groff", "-man", "-ww", "-z", page], capture_output=True, check=False)
             self.assertEqual((done.returncode, done.stderr), (0, b""), page.name)
 
@@ -110,6 +110,72 @@ class Completion(ToolTest):
         self.assertEqual(self.completed("sets", "import", "pic"), ["picture.jpg"])
         self.assertEqual(self.completed("pic", tool="kestrine"), ["picture.jpg"])
         self.assertEqual(self.completed("sets", "show", "pic"), [""])
+
+
+class OtherShells:
+    """What bash completes is completed in other shells too. A subclass says how to ask its shell."""
+
+    def completed(self, *words):
+        done = subprocess.run(self.question(words), env={**self.environment, "PATH": f"{BIN}:/usr/bin:/bin"}, cwd=self.folder,
+                              capture_output=True, check=True)
+        self.assertEqual(done.stderr, b"")
+        return [line.split("\t")[0] for line in done.stdout.decode().splitlines()]
+
+    def test_the_options_of_every_command_are_completed(self):
+        for command in COMMANDS:
+            listed = long_options(self.kestrinectl(*command, "--help").stdout.decode())
+            offered = {word for word in self.completed(*command, "--") if word.startswith("--")}
+            self.assertEqual(offered - {"--help"}, listed, command)
+
+    def test_commands_are_completed(self):
+        commands = {command[0] for command in COMMANDS} | {"sets"}
+        self.assertEqual(set(self.completed("")), commands)
+        self.assertEqual(set(self.completed("help", "")), commands)
+        self.assertEqual(set(self.completed("sets", "")), {command[1] for command in COMMANDS if command[0] == "sets"})
+
+    def test_values_are_completed(self):
+        for command in (("convert",), ("sets", "add", "A")):
+            help_ = " ".join(self.kestrinectl(*command[:2], "--help").stdout.decode().split())
+            formats = re.split(", | or ", re.search(r"Output format: ([^(]+) \(", help_)[1])
+            self.assertEqual(sorted(self.completed(*command, "--format", "")), sorted(formats))
+        for option, values in (("--isolation", ["auto", "strict", "off"]), ("--times", ["keep", "taken", "now"]),
+                               ("--profile", ["keep", "srgb"]), ("--metadata", ["none", "rights", "exif", "all"])):
+            self.assertEqual(sorted(self.completed("convert", option, "")), sorted(values))
+        self.assertEqual(self.completed("convert", "--quality", ""), [])
+
+    def test_sets_runs_and_files_are_completed(self):
+        names = ["Web", "Web large", "$(touch x)", "a'b\"c", "Grün"]
+        self.store(*({"name": name} for name in names))
+        self.assertEqual(sorted(self.completed("sets", "show", "")), sorted(names))
+        self.assertEqual(sorted(self.completed("convert", "--set", "")), sorted(names))
+        pictures.image(pictures.photo(8, 8)).save(self.folder / "a.png")
+        self.kestrinectl("convert", "--percent", "50", "--replace", "a.png")
+        self.assertEqual(self.completed("undo", ""), ["1"])
+        self.assertEqual(self.completed("convert", "a"), ["a.png"])
+        self.assertEqual(self.names(), [b"a.png"])
+
+
+class Zsh(OtherShells, ToolTest):
+    def question(self, words):
+        # compadd works only while zsh itself completes.
+        script = ('compadd() { shift; local word; for word in "$@"; do print -r -- "$word"; done }\n'
+                  '_files() { print -rl -- "$words[CURRENT]"*(N) }\n'
+                  'words=(kestrinectl "$@"); CURRENT=$#words\n'
+                  f'source "{SHARE}/zsh/site-functions/_kestrinectl"\n')
+        return ["zsh", "-f", "-c", script, "zsh", *words]
+
+    def test_zsh_loads_it_for_the_program(self):
+        script = (f'fpath=("{SHARE}/zsh/site-functions" $fpath); autoload -Uz compinit; compinit -u -D\n'
+                  'print -r -- $_comps[kestrinectl]')
+        done = subprocess.run(["zsh", "-f", "-c", script], env=self.environment, capture_output=True, check=True)
+        self.assertEqual(done.stdout, b"_kestrinectl\n")
+
+
+class Fish(OtherShells, ToolTest):
+    def question(self, words):
+        quoted = " ".join(words[:-1])
+        return ["fish", "--no-config", "-c", f'source "{SHARE}/fish/vendor_completions.d/kestrinectl.fish"; '
+                                             f'complete -C "kestrinectl {quoted} {words[-1]}"']
 
 
 if __name__ == "__main__":

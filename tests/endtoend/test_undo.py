@@ -1,4 +1,5 @@
 """kestrinectl undo: a replacing run is taken back completely, even after either program was killed."""
+import contextlib
 import json
 import os
 import random
@@ -236,7 +237,7 @@ class ManyFiles(Undo):
         for number in range(8, count):
             shutil.copy(self.folder / f"p{number % 8}.png", self.folder / f"p{number}.png")
             os.utime(self.folder / f"p{number}.png", ns=(10**18 + number, 10**18 + number))
-            if number % 3 == 0:
+            with contextlib.suppress(OSError):  # not every file system keeps attributes
                 os.setxattr(self.folder / f"p{number}.png", "user.rating", str(number).encode())
 
     def test_a_thousand_files_come_back(self):
@@ -269,6 +270,7 @@ class ManyFiles(Undo):
                     continue
                 self.kestrinectl("undo")
             self.assertEqual(self.state(), before, attempt)
+            self.assertEqual(list(self.trash.glob("*/*")), [], attempt)
         self.assertGreater(kills, 3)
 
 

@@ -4,6 +4,7 @@ import json
 import os
 import random
 import shutil
+import signal
 import subprocess
 import time
 
@@ -200,6 +201,12 @@ class Manifest(Update):
             self.assertEqual(process.stderr.readline().decode(),
                              f"kestrinectl: waiting for another run that uses the manifest {self.folder}/own\n")
             self.assertIsNone(process.poll())
+            stopped = subprocess.Popen([BIN / "kestrinectl", "convert", "--longest", "30", "--out", "out", "--update",
+                                        "--manifest", "own", "in"], cwd=self.folder, env=self.environment,
+                                       stderr=subprocess.PIPE)
+            stopped.stderr.readline()
+            stopped.send_signal(signal.SIGINT)
+            self.assertEqual((stopped.communicate(timeout=60)[1], stopped.returncode), (b"kestrinectl: stopped by SIGINT\n", 130))
         _, messages = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 0, messages)
 

@@ -75,6 +75,7 @@ def scenarios():
         Scenario("several-sets", "kestrine", *pictures_),
         Scenario("album-by-copy", "kestrine", "-set", "R", "album", folder=away, replaces=True, blocked=True, more=album),
         Scenario("convert", "kestrinectl", "convert", "--set", "W", "-j1", *pictures_, more=taken),
+        Scenario("convert-update", "kestrinectl", "convert", "--set", "W", "--update", "-j1", *pictures_, more=taken),
         Scenario("convert-replace", "kestrinectl", "convert", "--set", "R", "-j1", *pictures_, replaces=True),
         Scenario("convert-replace-by-copy", "kestrinectl", "convert", "--set", "R", "-j1", *pictures_, folder=away,
                  replaces=True, blocked=True),

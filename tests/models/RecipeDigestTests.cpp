@@ -24,6 +24,7 @@ TEST(RecipeDigest, everyChangeOfARecipeGivesAnotherText) {
     add([](auto& r) { r.quality = 0.70001F; });
     add([](auto& r) { r.isLossless = true; });
     add([](auto& r) { r.isProgressive = true; });
+    add([](auto& r) { r.effort = Effort::max; });
     add([](auto& r) { r.exif = ExifSelection::rights; });
     add([](auto& r) { r.maxBytes = 200'000; });
     add([](auto& r) { r.times = TimesRule::keep; });

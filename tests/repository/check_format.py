@@ -8,7 +8,7 @@ from pathlib import Path
 
 CLANG_FORMAT = "clang-format-14"
 CPP = {".cpp", ".h"}
-TEXT = {".py", ".md", ".txt", ".cmake", ".json", ".mjs", ".1"}
+TEXT = {".py", ".md", ".txt", ".cmake", ".json", ".mjs", ".1", ".5", ".fish"}
 # Bytes of foreign programs: what they are is the point.
 FOREIGN = ("fuzz/corpus/",)
 OUTPUT = ("build", ".git", "__pycache__")

@@ -8,7 +8,7 @@ from pathlib import Path
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 MARKDOWN = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted((ROOT / "docs").glob("*.md"))]
-MANUAL = sorted((ROOT / "share/man/man1").iterdir())
+MANUAL = sorted((ROOT / "share/man").glob("man*/*"))
 COMMAND = re.compile(r"^(\S*/)?(kestrine|kestrinectl|cmake|ctest|scripts/[\w-]+|bench/[\w-]+)(\s|$)")
 
 

@@ -33,8 +33,8 @@ class Installed(unittest.TestCase):
     def test_the_manual_pages_tell_the_version_of_the_program(self):
         done = subprocess.run([self.prefix / "bin/kestrinectl", "--version"], check=False, capture_output=True, text=True)
         self.assertRegex(done.stdout, r"\Akestrinectl \d+\.\d+\.\d+\n\Z")
-        for page in ("kestrine.1", "kestrinectl.1"):
-            title = (self.prefix / "share/man/man1" / page).read_text(encoding="utf-8").splitlines()[0]
+        for page in ("man1/kestrine.1", "man1/kestrinectl.1", "man5/kestrine-presets.5"):
+            title = (self.prefix / "share/man" / page).read_text(encoding="utf-8").splitlines()[0]
             self.assertIn(f'"kestrine {done.stdout.split()[1]}"', title)
 
     def test_nothing_else_is_installed(self):

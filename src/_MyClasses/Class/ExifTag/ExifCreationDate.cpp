@@ -41,7 +41,11 @@ OptionalString withDashes(const NSString& text) {
 
 OptionalDate ExifTagReader::creationDateWithPath(const NSString& path) {
     const auto reader = initWithPath(path);
-    const OptionalString text = reader ? textOf(reader->dateTimeOriginal()) : std::nullopt;
+    return reader ? reader->creationDate() : std::nullopt;
+}
+
+OptionalDate ExifTagReader::creationDate() {
+    const OptionalString text = textOf(dateTimeOriginal());
     return text ? dateFromText(*text) : std::nullopt;
 }
 

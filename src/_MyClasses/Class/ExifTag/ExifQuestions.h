@@ -14,7 +14,13 @@ Result<Bytes> orientationOf(const std::shared_ptr<const ByteReader>& file);
 /// The byte form of the tags (TagMessage.h).
 Result<Bytes> tagsOf(const std::shared_ptr<const ByteReader>& file);
 
+/// The same for EXIF data in either byte order, anywhere in a file of any format with EXIF data, and for the
+/// first directory of files with a TIFF structure. What ExifTagReader finds by itself is taken as it is;
+/// other data is rewritten for it, with GPS data and without notes of the maker and thumbnails.
+Result<Bytes> allTagsOf(const std::shared_ptr<const ByteReader>& file);
+
 /// All of them: the table that a WorkerEngine needs.
-inline constexpr std::array<FileQuestion, 4> exifQuestions = {orientationOf, tagsOf, takenDateOf, metadataOf};
+inline constexpr std::array<FileQuestion, 5> exifQuestions = {orientationOf, tagsOf, allTagsOf, takenDateOf,
+                                                              metadataOf};
 
 } // namespace kestrine

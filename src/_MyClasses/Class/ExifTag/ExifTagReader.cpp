@@ -46,6 +46,12 @@ std::unique_ptr<ExifTagReader> ExifTagReader::initWithFile(std::shared_ptr<const
     return reader;
 }
 
+std::unique_ptr<ExifTagReader> ExifTagReader::initWithTags(const NSString& path, TagDictionaryPointer tags) {
+    std::unique_ptr<ExifTagReader> reader(new ExifTagReader(path));
+    reader->tagDictionary_ = std::move(tags);
+    return reader;
+}
+
 bool ExifTagReader::acceptsName(const NSString& path) {
     const NSString extension = path.pathExtension().lowercased();
     return extension == u"jpg" || extension == u"jpeg";

@@ -41,6 +41,8 @@ public:
     static std::unique_ptr<ExifTagReader> initWithPath(const NSString& path);
     /// A reader of a file that is already open. Its name may have any extension.
     static std::unique_ptr<ExifTagReader> initWithFile(std::shared_ptr<const ByteReader> file);
+    /// A reader of the file at `path` that has read `tags`, which must not be nil, already.
+    static std::unique_ptr<ExifTagReader> initWithTags(const NSString& path, TagDictionaryPointer tags);
     /// Whether initWithPath() accepts the path.
     static bool acceptsName(const NSString& path);
 
@@ -102,6 +104,8 @@ public:
     /// `creationDateWithPath:`: DateTimeOriginal without correction. Nil when there is no date, or when
     /// initWithPath() returns nil.
     static OptionalDate creationDateWithPath(const NSString& path);
+    /// The same for the tags of this reader.
+    OptionalDate creationDate();
     /// The date that changeCreationDate() sets: DateTimeOriginal plus timeZoneOffset() hours, or minus 9
     /// hours when there is no time zone. Nil when there is no date.
     OptionalDate correctedCreationDate();

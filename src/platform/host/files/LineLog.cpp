@@ -3,11 +3,14 @@
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/host/files/TemporaryFile.h"
+#include "platform/host/process/StopSignals.h"
 
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace kestrine {
@@ -34,16 +37,17 @@ bool isAt(const std::string& path, int file) {
     return ::fstat(file, &opened) == 0 && ::stat(path.c_str(), &there) == 0 && isSameItem(opened, there);
 }
 
+/// Tries again and again, so that a stop signal ends the wait.
 Result<void> lock(int file, const std::string& path, const std::function<bool()>& mayWait) {
-    int operation = LOCK_EX | LOCK_NB;
-    while (::flock(file, operation) != 0) {
-        const int error = errno;
-        if (error == EWOULDBLOCK && !mayWait())
-            return Failure{Reason::alreadyExists, "another run uses " + path};
-        if (error == EWOULDBLOCK)
-            operation = LOCK_EX;
-        else if (error != EINTR)
+    constexpr std::chrono::milliseconds pause{50};
+    for (bool isWaiting = false; ::flock(file, LOCK_EX | LOCK_NB) != 0; isWaiting = true) {
+        if (const int error = errno; error != EWOULDBLOCK && error != EINTR)
             return systemFailure("cannot lock " + path, error);
+        if (!isWaiting && !mayWait())
+            return Failure{Reason::alreadyExists, "another run uses " + path};
+        if (StopSignalsNoted::noted() != 0)
+            return Failure{Reason::refused, "the wait for " + path + " was stopped"};
+        std::this_thread::sleep_for(pause);
     }
     return {};
 }
@@ -62,6 +66,8 @@ Result<LineLog> LineLog::open(const std::string& path, const std::function<bool(
 Result<LineLog> LineLog::create(const std::string& path) {
     FileDescriptor file = TRY(openLog(path, logFlags | O_EXCL));
     TRY(lock(file.number(), path, [] { return true; }));
+    const FileDescriptor folder = TRY(openFolder(folderOf(path)));
+    TRY(syncFolder(folder.number()));
     return LineLog(path, std::move(file));
 }
 

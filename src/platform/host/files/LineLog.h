@@ -17,10 +17,10 @@ class LineLog {
 public:
     /// Opens the file and locks it; a missing file is created with the mode 0600. While another process has
     /// the lock, it waits if `mayWait` returns true, and else fails with alreadyExists. `mayWait` is called
-    /// at most once.
+    /// at most once. A stop signal that StopSignalsNoted has noted ends the wait: refused.
     static Result<LineLog> open(const std::string& path, const std::function<bool()>& mayWait);
 
-    /// Creates the file, which must not exist (alreadyExists), and locks it.
+    /// Creates the file, which must not exist (alreadyExists), and locks it. The name is synced.
     static Result<LineLog> create(const std::string& path);
 
     /// The complete lines, in order.

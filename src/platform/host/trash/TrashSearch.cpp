@@ -96,11 +96,17 @@ Result<void> takeOutOfTrash(const TrashedItem& item, const std::string& path) {
         TRY(copyOut(from, to));
     else if (error != 0)
         return systemFailure("cannot create " + path, error);
-    TRY(syncFolder(folder.number()));
-    removeRecord(item);
     return {};
 }
 
-void removeRecord(const TrashedItem& item) { (void)removeFile(item.infoPath); }
+void removeRecords(const std::vector<TrashedItem>& items, const std::set<std::string>& folders) {
+    for (const std::string& path : folders) {
+        const Result<FileDescriptor> folder = openFolder(path);
+        if (!folder || !syncFolder(folder->number()))
+            return;
+    }
+    for (const TrashedItem& item : items)
+        (void)removeFile(item.infoPath);
+}
 
 } // namespace kestrine

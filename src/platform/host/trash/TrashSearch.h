@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,11 +31,13 @@ private:
     std::map<std::string, std::string> tops_; ///< the folders where the file systems of folders are mounted
 };
 
-/// Moves an item out of the trash to `path`, whose name must be free (alreadyExists), and removes its record.
-/// An item of another file system is copied, compared and then removed. Bytes, times and attributes stay.
+/// Moves an item out of the trash to `path`, whose name must be free (alreadyExists). An item of another file
+/// system is copied, compared and then removed. Bytes, times and attributes stay. The record stays as well,
+/// because it must outlive a power failure until the folder of `path` is synced; see removeRecords().
 Result<void> takeOutOfTrash(const TrashedItem& item, const std::string& path);
 
-/// Removes the record of an item that is no longer in the trash.
-void removeRecord(const TrashedItem& item);
+/// Syncs the folders that items were moved to, and removes the records of the items. For many items at once,
+/// because syncing takes long. If a folder cannot be synced, the records stay.
+void removeRecords(const std::vector<TrashedItem>& items, const std::set<std::string>& folders);
 
 } // namespace kestrine
