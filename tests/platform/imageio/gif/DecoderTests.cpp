@@ -204,14 +204,30 @@ TEST(GIFDecoder, aFileCutOffInItsPictureIsRefusedOrItsDamageIsReported) {
 }
 
 TEST(GIFDecoder, rowsAfterTheEndOfTheFileAreClear) {
-    const GIFFile recipe{.screenWidth = 40, .screenHeight = 30, .width = 40, .height = 30, .transparent = 1};
+    GIFFile recipe{.screenWidth = 200, .screenHeight = 150, .width = 200, .height = 150, .transparent = 1};
+    recipe.index = [](int x, int y) { return (x * x + y * y * y + x * y) % 7 % 4; };
     Bytes file = recipe.make();
     const PixelBuffer whole = decodeSound(gif::codec, file).pixels;
-    file.resize(file.size() * 2 / 3);
+    file.resize(file.size() / 2);
     const auto decoder = *gif::codec.open(readerOfBytes(file));
     const PixelBuffer decoded = *readAllRows(**decoder->rows(0, 0));
-    EXPECT_TRUE(std::ranges::equal(decoded.row(0), whole.row(0)));
-    EXPECT_EQ(std::ranges::count(decoded.row(29), 0), 160);
+    EXPECT_TRUE(std::ranges::equal(decoded.row(9), whole.row(9)));
+    EXPECT_EQ(std::ranges::count(decoded.row(149), 0), 800);
+    EXPECT_EQ(decoder->damage()->reason, Reason::truncated);
+}
+
+TEST(GIFDecoder, rowsThatAnInterlacedFileLacksAreThoseAbove) {
+    GIFFile recipe{.screenWidth = 200, .screenHeight = 150, .width = 200, .height = 150, .interlaced = true};
+    recipe.index = [](int x, int y) { return (x * x + y * y * y + x * y) % 7 % 4; };
+    Bytes file = recipe.make();
+    const PixelBuffer whole = decodeSound(gif::codec, file).pixels;
+    file.resize(file.size() * 2 / 5);
+    const auto decoder = *gif::codec.open(readerOfBytes(file));
+    const PixelBuffer decoded = *readAllRows(**decoder->rows(0, 0));
+    for (const int y : {0, 8, 144, 4, 12})
+        EXPECT_TRUE(std::ranges::equal(decoded.row(y), whole.row(y))) << y;
+    for (const int y : {1, 9, 145})
+        EXPECT_TRUE(std::ranges::equal(decoded.row(y), whole.row(y - 1))) << y;
     EXPECT_EQ(decoder->damage()->reason, Reason::truncated);
 }
 
