@@ -46,24 +46,6 @@ class TIFF(Variants):
             numpy.testing.assert_array_equal(shown[0], [0, 0, 16384, 32768, 65535, 65535, 0])
             next((self.folder / "out").iterdir()).unlink()
 
-    def test_a_fourth_sample_without_a_mark_is_alpha_unless_it_is_clear_everywhere(self):
-        for alpha, mode in ((numpy.array([255, 128, 0]), "RGBA"), (numpy.zeros(3, int), None)):
-            samples = numpy.full((4, 3, 4), 200, numpy.uint8)
-            samples[..., 3] = alpha
-            tifffile.imwrite(self.folder / "a.tif", samples, photometric="rgb", extrasamples=["unspecified"])
-            content = bytearray((self.folder / "a.tif").read_bytes())
-            position = content.find(struct.pack("<HHI", 338, 3, 1))
-            self.assertGreater(position, 0)
-            content[position:position + 2] = struct.pack("<H", 339)  # sample format, unsigned
-            content[position + 8:position + 10] = struct.pack("<H", 1)
-            (self.folder / "a.tif").write_bytes(content)
-            shown = self.converted("a.tif")
-            expected = samples.copy()
-            if mode is None:
-                expected[..., 3] = 255
-            numpy.testing.assert_array_equal(shown if shown.shape[-1] == 4 else numpy.dstack([shown, expected[..., 3]]), expected)
-            next((self.folder / "out").iterdir()).unlink()
-
     def test_logluv_is_expanded_by_libtiff(self):
         tiff = ctypes.CDLL("libtiff.so.6")
         tiff.TIFFOpen.restype = ctypes.c_void_p

@@ -4,7 +4,6 @@
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
-#include "platform/imageio/InvisiblePicture.h"
 #include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/tiff/Exif.h"
@@ -53,8 +52,7 @@ public:
                     return file;
             return reopenPage(input(), *pages_[frame]);
         };
-        const RowOpener open = [&] { return rowsOfTIFF(openFile, pages_[frame]); };
-        return pages_[frame]->isGuessedAlpha ? rowsOpaqueIfInvisible(open) : open();
+        return rowsOfTIFF(openFile, pages_[frame]);
     }
 
     Result<Bytes> exif() const override { return exif_; }

@@ -113,20 +113,12 @@ bool hasUsualSamples(const File& file, const Page& page) {
     return false;
 }
 
-/// Other programs write and show a fourth sample as alpha, even if it has no mark.
-void guessAlpha(Page& page) {
-    if (page.color == Color::rgb && page.samples == 4 && !page.isYCbCrJPEG) {
-        page.alpha = 3;
-        page.isGuessedAlpha = true;
-    }
-}
-
 /// The first extra sample that is alpha.
 void findAlpha(const File& file, Page& page) {
     std::uint16_t count = 0;
     const std::uint16_t* kinds = nullptr;
     if (!file.library().getField(file.handle(), TIFFTAG_EXTRASAMPLES, &count, &kinds))
-        return guessAlpha(page);
+        return;
     for (std::uint16_t i = 0; i < count && page.colorSamples() + i < page.samples; ++i)
         if (kinds[i] == EXTRASAMPLE_ASSOCALPHA || kinds[i] == EXTRASAMPLE_UNASSALPHA) {
             page.alpha = static_cast<int>(page.colorSamples() + i);

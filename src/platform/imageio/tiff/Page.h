@@ -34,8 +34,7 @@ struct Page {
     unsigned samples = 3; ///< stored per pixel, ignored ones included
     int alpha = -1;       ///< which of them is alpha
     bool isPremultiplied = false;
-    bool isGuessedAlpha = false; ///< whether the file does not say that the fourth sample is alpha
-    bool isPlanar = false;       ///< each sample has its own strips or tiles
+    bool isPlanar = false; ///< each sample has its own strips or tiles
     bool isCompressed = false;
     bool isYCbCrJPEG = false;    ///< libtiff's JPEG decoder converts it to RGB
     std::uint32_t tileWidth = 0; ///< 0 when it is stored in strips
