@@ -140,7 +140,7 @@ class Convert(ToolTest):
     def test_pictures_in_a_folder_that_cannot_be_read_are_named_and_other_files_counted(self):
         self.web()
         self.picture("in/a.png")
-        contents = {"b.cr3": b"\0\0\0\x18ftypcrx ", "c": b"DDS |....", "d.JPG": b"", "e.txt": b"words",
+        contents = {"b.cr3": b"words", "c": b"DDS |....", "d.JPG": b"", "e.txt": b"words",
                     "f.xmp": b"<x/>", ".hidden.heic": b""}
         for name, content in contents.items():
             (self.folder / "in" / name).write_bytes(content)

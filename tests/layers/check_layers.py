@@ -24,7 +24,7 @@ OWNERS = {
     "isa-l/": "platform/imageio/png/fast", "libdeflate.h": "platform/imageio/png/fast", "zlib.h": "platform/imageio",
     "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "webp/": "platform/imageio", "jxl/": "platform/imageio",
     "libraw/": "platform/imageio",
-    "openjpeg-2.5/": "platform/imageio",
+    "openjpeg-2.5/": "platform/imageio", "avif/": "platform/imageio/avif",
     "libde265/": "platform/imageio/heif", "dav1d/": "platform/imageio/heif",
     "lcms2.h": "platform/coregraphics", "hwy/": "/kernels",
     "plist/": "platform/foundation/propertylist", "systemd/": "platform/appkit",
