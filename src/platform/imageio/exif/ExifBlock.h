@@ -45,8 +45,8 @@ std::string dateTakenIn(ByteView block);
 Bytes carriedExif(ByteView block, std::uint32_t width, std::uint32_t height, bool turned,
                   ExifSelection selection = ExifSelection::camera);
 
-/// Whether carriedExif() with `selection` keeps all that the block says. What describes only how the pixels or
-/// the block are stored does not count; a thumbnail and a MakerNote do.
+/// Whether carriedExif() with `selection` keeps all that the block says. What describes only how the pixels
+/// or the block are stored does not count; a thumbnail and a MakerNote do.
 bool keepsWholeExif(ByteView block, ExifSelection selection);
 
 } // namespace kestrine

@@ -17,7 +17,8 @@ protected:
     /// Ends this process, which from now on can open no file, with 0 if `holds` returns true.
     [[noreturn]] static void endWithResultOf(bool (*holds)()) {
         constexpr rlimit none{0, 0};
-        // The sanitizer of undefined behaviour opens pipes to check objects, but only for the first of a type.
+        // The sanitizer of undefined behaviour opens pipes to check objects, but only for the first of a
+        // type.
         (void)decodedText(Bytes{'a'}, NSISOLatin1StringEncoding);
         ::_exit(::setrlimit(RLIMIT_NOFILE, &none) == 0 && holds() ? 0 : 1);
     }
