@@ -22,7 +22,7 @@ ALLOWED["kestrinectl"] = PLATFORM + ["_MyClasses", "models"]
 OWNERS = {
     "jpeglib.h": "platform/imageio", "jerror.h": "platform/imageio", "png": "platform/imageio",
     "isa-l/": "platform/imageio/png/fast", "libdeflate.h": "platform/imageio/png/fast", "zlib.h": "platform/imageio",
-    "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "avif/": "platform/imageio", "webp/": "platform/imageio", "jxl/": "platform/imageio",
+    "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "webp/": "platform/imageio", "jxl/": "platform/imageio",
     "libraw/": "platform/imageio",
     "openjpeg-2.5/": "platform/imageio",
     "libde265/": "platform/imageio/heif", "dav1d/": "platform/imageio/heif", "avif/": "platform/imageio/avif",
