@@ -27,13 +27,13 @@ std::string warningOfEdited(const std::string& path) {
     return shownPath(path) + " was changed since it was made, and stays";
 }
 
-/// Notes the results if all of them are there.
+/// Notes the results if all of them are there. If that fails, the next run makes them again.
 void note(const ResizeJob& job, const FileMark& source, const std::vector<JobOutcome>& outcomes,
           UpdateManifest& manifest, ConvertResult& result) {
     if (!result.complaints.empty())
         return;
     if (const Result<void> noted = manifest.finished(job, source, outcomes); !noted)
-        result.complain(noted.failure().text, kindOf(noted.failure().reason));
+        result.warnings.push_back("the manifest does not name the result (" + noted.failure().text + ")");
 }
 
 void runAndAdd(ResizeJob job, const ConvertInput& input, UpdateManifest* manifest, ConvertResult& result) {

@@ -20,7 +20,8 @@ void printLines(const std::string& lines) {
 }
 
 void printError(const std::string& message) {
-    std::cerr << "kestrinectl: " << shownText(message, isTerminal(OutputStream::standardError)) << "\n";
+    // One call, so that a message is written whole or not at all.
+    std::cerr << "kestrinectl: " + shownText(message, isTerminal(OutputStream::standardError)) + "\n";
 }
 
 void printWarning(const std::string& message) { printError("warning: " + message); }

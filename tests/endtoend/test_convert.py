@@ -140,11 +140,7 @@ class Convert(ToolTest):
     def test_pictures_in_a_folder_that_cannot_be_read_are_named_and_other_files_counted(self):
         self.web()
         self.picture("in/a.png")
-<<<<<<< HEAD
         contents = {"b.xcf": b"gimp xcf v011", "c": b"DDS |....", "d.JPG": b"", "e.txt": b"words",
-=======
-        contents = {"b.cr3": b"words", "c": b"DDS |....", "d.JPG": b"", "e.txt": b"words",
->>>>>>> ctl
                     "f.xmp": b"<x/>", ".hidden.heic": b""}
         for name, content in contents.items():
             (self.folder / "in" / name).write_bytes(content)

@@ -359,14 +359,24 @@ class Formats(ToolTest):
                                                      numpy.asarray(Image.fromarray(samples).convert("L").resize(
                                                          (25, 20), Image.LANCZOS))), 24, path)
 
-    def test_damaged_pictures_of_other_formats_than_jpeg_give_nothing(self):
-        for extension in ("png", "tif", "gif", "bmp", "ppm", "webp"):
+    def test_cut_off_pictures_of_formats_other_than_jpeg_png_and_gif_give_nothing(self):
+        for extension in ("tif", "bmp", "ppm", "webp"):
             buffer = io.BytesIO()
             kind = {"tif": "TIFF", "ppm": "PPM"}.get(extension, extension.upper())
             pictures.image(pictures.photo(80, 60)).save(buffer, kind)
             (self.folder / f"cut.{extension}").write_bytes(buffer.getvalue()[:len(buffer.getvalue()) * 2 // 3])
         names = sorted(path.name for path in self.folder.iterdir())
         self.assertEqual(self.convert({"formatType": PNG}, *names), [])
+
+    def test_a_cut_off_png_gives_its_decodable_part(self):
+        samples = pictures.photo(80, 60)
+        pictures.image(samples).save(self.folder / "cut.png")
+        content = (self.folder / "cut.png").read_bytes()
+        (self.folder / "cut.png").write_bytes(content[:len(content) * 2 // 3])
+        result = pictures.pixels(self.only(self.convert({"formatType": PNG, "resizeType": 9}, "cut.png")))
+        self.assertEqual(result.shape, samples.shape)
+        numpy.testing.assert_array_equal(result[:20], samples[:20])
+        self.assertFalse(result[-1].any())
 
     def test_a_truncated_jpeg_gives_its_decodable_part(self):
         data = pictures.jpeg(pictures.photo(160, 400))

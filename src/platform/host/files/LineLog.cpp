@@ -31,10 +31,14 @@ Result<FileDescriptor> openLog(const std::string& path, int flags) {
 }
 
 /// Whether the path still names the open file; another process may have rewritten it.
-bool isAt(const std::string& path, int file) {
+Result<bool> isAt(const std::string& path, int file) {
     struct stat opened {
     }, there{};
-    return ::fstat(file, &opened) == 0 && ::stat(path.c_str(), &there) == 0 && isSameItem(opened, there);
+    if (::fstat(file, &opened) != 0)
+        return systemFailure("cannot examine " + path);
+    if (::stat(path.c_str(), &there) == 0)
+        return isSameItem(opened, there);
+    return errno == ENOENT ? Result<bool>(false) : systemFailure("cannot examine " + path);
 }
 
 /// Tries again and again, so that a stop signal ends the wait.
@@ -58,7 +62,7 @@ Result<LineLog> LineLog::open(const std::string& path, const std::function<bool(
     for (;;) {
         FileDescriptor file = TRY(openLog(path, logFlags));
         TRY(lock(file.number(), path, mayWait));
-        if (isAt(path, file.number()))
+        if (TRY(isAt(path, file.number())))
             return LineLog(path, std::move(file));
     }
 }
