@@ -54,10 +54,9 @@ void ConvertOptions::addTo(CLI::App& command) {
         {"--percent", percent, understoodBy(percentagesIn), "N[,N...]",
          "Scale both sides to this percentage"},
         {"--fit", fit, understoodBy(boxIn), "WxH", "Scale to the largest size that fits into this box"},
-        {"--cover", cover, understoodBy(boxIn), "WxH",
-         "Scale to exactly this size and cut off what hangs over"},
+        {"--cover", cover, understoodBy(boxIn), "WxH", "Scale to exactly this size and crop the rest"},
         {"--gravity", gravity, understoodBy(gravityNamed), "PLACE",
-         "The part that --cover keeps, and the place of the picture within --pad: " + gravityNames()
+         "The part that --cover keeps, and the place of the picture in the box of --pad: " + gravityNames()
              + " (default: center)"},
         {"--pad", pad, understoodBy(colorIn), "COLOR",
          "Fill the box of --fit with this colour, such as white or #ffcc00 (default: no margins)"},
@@ -73,9 +72,9 @@ void ConvertOptions::addTo(CLI::App& command) {
          "Use the highest quality with which a result has at most this size, such as 200k; an error if there "
          "is none"},
         {"--metadata", metadata, understoodBy(metadataNamed), "none|rights|exif|all",
-         "What to keep of the EXIF data: nothing, artist and copyright, what describes the picture, or also "
-         "the "
-         "place (default without a set: exif without serial numbers and the name of the owner)"},
+         "What to keep of the EXIF data: nothing, artist and copyright, what describes the picture, or "
+         "everything with the place, in JPEG, WebP, AVIF and JPEG XL (default without a set: exif without "
+         "serial numbers and the name of the owner)"},
         {"--times", times, understoodBy(timesNamed), "keep|taken|now",
          "Modification time of the results: that of the original, when the picture was taken, or now "
          "(default: now)"},

@@ -26,7 +26,7 @@ struct PixelSize {
         height,  ///< to `height`; the width follows
         stretch, ///< to exactly width x height
         inside,  ///< the largest size with these proportions that fits into width x height
-        cover,   ///< to exactly width x height; what hangs over is cut off
+        cover,   ///< to exactly width x height; the rest is cropped
     };
     Rule rule = Rule::percent;
     double width = 100;

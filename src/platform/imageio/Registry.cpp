@@ -22,10 +22,16 @@ Result<RowSourcePointer> ImageDecoder::drawnRows(std::size_t, const AxisMap&, co
 }
 
 const ImageCodec* codecFor(const ByteReader& reader) {
+    constexpr std::size_t usualHeadBytes = 64; // tell every format but SVG
     std::array<std::uint8_t, maxHeadBytes> buffer;
-    const ByteView head(buffer.data(), reader.readAt(0, buffer));
-    const auto found = std::ranges::find_if(codecs, [head](auto* codec) { return codec->recognises(head); });
-    return found == codecs.end() ? nullptr : *found;
+    for (const std::size_t length : {usualHeadBytes, maxHeadBytes}) {
+        const ByteView head(buffer.data(), reader.readAt(0, std::span(buffer).first(length)));
+        const auto found =
+            std::ranges::find_if(codecs, [head](auto* codec) { return codec->recognises(head); });
+        if (found != codecs.end())
+            return *found;
+    }
+    return nullptr;
 }
 
 Result<const ImageCodec*> knownCodecFor(const ByteReader& reader) {
