@@ -35,7 +35,7 @@ struct Explanation {
 /// Throws CommandError when the file is no picture that can be read.
 Explanation explain(const std::string& file, const ResizeSets& sets);
 
-std::vector<std::string> linesOf(const Explanation& explanation);
-nlohmann::ordered_json toJSON(const Explanation& explanation);
+std::vector<std::string> linesOf(const Explanation& picture);
+nlohmann::ordered_json toJSON(const Explanation& picture);
 
 } // namespace kestrine

@@ -66,14 +66,14 @@ private:
 /// Whether the segment at hand describes only pixels, or is EXIF data.
 bool isUsualSegment(std::uint32_t marker, Walk& walk) {
     using namespace std::string_view_literals;
-    constexpr std::uint32_t app0 = 0xffe0, app1 = 0xffe1, app2 = 0xffe2, app14 = 0xffee, comment = 0xfffe;
+    constexpr std::uint32_t app0 = 0xffe0, app1 = 0xffe1, app2 = 0xffe2, app14 = 0xffee;
     if (marker == app0)
         return walk.isAt("JFIF\0"sv);
     if (marker == app1)
         return walk.isAt("Exif\0\0"sv);
     if (marker == app2)
         return walk.isAt("ICC_PROFILE\0"sv);
-    return marker == app14 || (marker < app0 && marker != comment);
+    return marker == app14 || marker < app0; // those above are other applications and comments
 }
 
 /// Also what follows the picture, such as further pictures and films, is more.

@@ -132,7 +132,7 @@ private:
                 return damagedFile("its references are incomplete");
             if ((referenced += to.size()) > maxReferencedItems)
                 return tooMany("references");
-            table_.references.add(box.type, from, std::move(to));
+            table_.references.add(box.type, from, to);
         }
         return {};
     }

@@ -1,6 +1,7 @@
 // TIFF: classic, little-endian, uncompressed, in strips of about 64 KiB.
 // Every size is known beforehand, so the layout is computed first and the file is then written in one pass:
 // header, directory, values that are too long for their entry, strips.
+#include "platform/host/LittleEndian.h"
 #include "platform/imageio/Codecs.h"
 
 #include <algorithm>
