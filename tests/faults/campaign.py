@@ -5,6 +5,7 @@ import collections
 import concurrent.futures
 import ctypes
 import hashlib
+import functools
 import json
 import multiprocessing.util
 import os
@@ -206,7 +207,13 @@ def possible_jobs(name):
 def run_job(numbered):
     """Returns the number of the job and what does not hold."""
     number, (name, kind, *arguments) = numbered
-    return number, getattr(Worker.runner(name), kind)(*arguments)
+    run = functools.partial(getattr(Worker.runner(name), kind), *arguments)
+    found = run()
+    # On a busy machine the planned call can be another one than in the traced run, such as the one that writes a line.
+    # What is lost counts at once; what is only printed must happen twice.
+    if found and all(sentence.startswith(("the lines are", "it succeeded with", "it failed")) for sentence in found):
+        found = run()
+    return number, found
 
 
 class Place:

@@ -107,7 +107,9 @@ def truthful_output(scenario, world, expected, expected_stdout, trash, after, ou
         yield f"the status is {outcome.status}"
     if outcome.status != 0 and not outcome.stderr and "stderr" not in outcome.disturbed:
         yield "it failed without a message"
-    if outcome.status == 0 and outcome.stderr:
+    # The results are there, but the next run will make them again.
+    messages = [line for line in outcome.stderr.splitlines() if b"the manifest does not name the result" not in line]
+    if outcome.status == 0 and messages:
         yield f"it succeeded with a message: {outcome.stderr[:200]!r}"
     if outcome.status == 0 and outcome.stdout != expected_stdout and "stdout" not in outcome.disturbed:
         yield f"it succeeded with other lines: {outcome.stdout[:200]!r}"
