@@ -32,7 +32,7 @@ struct Explanation {
     std::vector<ExplainedSet> sets;
 };
 
-/// Throws CommandError when the file is no picture that can be read.
+/// Throws CommandError if the file is not a readable picture.
 Explanation explain(const std::string& file, const ResizeSets& sets);
 
 std::vector<std::string> linesOf(const Explanation& picture);

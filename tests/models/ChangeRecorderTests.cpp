@@ -16,7 +16,7 @@ namespace {
 
 using testing::makeSet;
 
-/// Remembers what it is told, and what was there at that time.
+/// Stores every reported result, and whether source and result existed when it was reported.
 class Remembering final : public ChangeRecorder {
 public:
     Result<void> record(const IntendedResult& result) override {

@@ -26,8 +26,8 @@ public:
     /// The complete lines, in order.
     Result<std::vector<std::string>> lines() const;
 
-    /// Adds a line, which must not contain a newline. A failure may leave a part of it, which is no line and
-    /// which the next call ends.
+    /// Adds a line, which must not contain a newline. A failure may leave a part of it, which does not count
+    /// as a line and which the next call ends.
     Result<void> append(const std::string& line, Durability durability);
 
     /// Replaces all lines in one step. Keeps the lock.
