@@ -63,21 +63,16 @@ struct Name {
 };
 using Names = std::map<fs::path, Name>;
 
-fs::path placeOf(const NSString& path) {
-    const fs::path file = path.utf8();
-    return canonicalPath(file.parent_path()) / file.filename();
-}
-
 Names firstChoices(const std::vector<ResizeJob>& jobs, unsigned threads) {
     std::vector<std::vector<NSString>> wanted(jobs.size());
     forEachPosition(jobs.size(), threads, [&](std::size_t i) { wanted[i] = wantedPaths(jobs[i]); });
     Names names;
     for (std::size_t i = 0; i < jobs.size(); ++i) {
-        const fs::path own = jobs[i].replacesFile() ? placeOf(jobs[i].path) : fs::path();
+        const fs::path own = jobs[i].replacesFile() ? placeOf(jobs[i].path.utf8()) : "";
         for (const NSString& path : wanted[i]) {
             if (path.isEmpty())
                 continue;
-            const fs::path choice = placeOf(path);
+            const fs::path choice = placeOf(path.utf8());
             Name& name = names[choice];
             name.isContested =
                 name.isContested || !name.wantedBy.empty() || (choice != own && isTaken(choice.native()));

@@ -30,11 +30,6 @@ public:
         return chosen.utf8();
     }
 
-    static std::string placeOf(const std::string& path) {
-        const std::filesystem::path file = path;
-        return (canonicalPath(file.parent_path()) / file.filename()).native();
-    }
-
 private:
     std::set<std::string> promised_;
 };
@@ -67,7 +62,7 @@ std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std:
         results[i].source = shown[i];
         if (results[i].complaints.empty())
             results[i].status = ConvertStatus::would;
-        const std::string vacated = jobs[i].replacesFile() ? PromisedNames::placeOf(jobs[i].path.utf8()) : "";
+        const std::string vacated = jobs[i].replacesFile() ? placeOf(jobs[i].path.utf8()) : "";
         for (std::size_t k = 0; k < wanted[i].size(); ++k)
             if (!wanted[i][k].isEmpty())
                 results[i].outputs.push_back(

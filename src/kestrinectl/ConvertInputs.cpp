@@ -242,6 +242,11 @@ fs::path canonicalPath(const fs::path& path) {
     return error ? path : canonical;
 }
 
+std::string placeOf(const std::string& path) {
+    const fs::path file = path;
+    return (canonicalPath(file.parent_path()) / file.filename()).native();
+}
+
 bool globMatches(const std::string& glob, const std::string& path) {
     const std::string subject =
         glob.find('/') == std::string::npos ? fs::path(path).filename().native() : path;

@@ -54,4 +54,7 @@ std::filesystem::path absolutePath(const std::filesystem::path& path);
 /// resolve it.
 std::filesystem::path canonicalPath(const std::filesystem::path& path);
 
+/// The path with its folder made canonical. Two names of one place are equal; a link in the last part stays.
+std::string placeOf(const std::string& path);
+
 } // namespace kestrine

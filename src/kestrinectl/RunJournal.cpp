@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <filesystem>
 #include <map>
 
 namespace kestrine {
@@ -76,12 +75,6 @@ LineLog newJournal(std::size_t& number) {
         throw CommandError("the journal for undo cannot be written (" + written.failure().text
                            + "); nothing was converted; --no-journal goes on without");
     return *std::move(log);
-}
-
-/// The path with all links in the folder part resolved, as the trash records it.
-std::string recordedPath(const std::string& path) {
-    const std::filesystem::path file = path;
-    return (canonicalPath(file.parent_path()) / file.filename()).native();
 }
 
 ordered_json toJSON(const ReplacedFile& file) {
@@ -191,9 +184,9 @@ RunJournal::~RunJournal() {
 Result<void> RunJournal::record(const IntendedResult& result) {
     if (!result.replacesSource)
         return {};
-    const std::string original = recordedPath(result.source);
+    const std::string original = placeOf(result.source);
     const FileMark mark = TRY(markOfItem(original));
-    const ReplacedFile file{original,       mark, recordedPath(result.path), recordedPath(result.hiddenPath),
+    const ReplacedFile file{original,       mark, placeOf(result.path), placeOf(result.hiddenPath),
                             result.content, ""};
     const std::lock_guard lock(mutex_);
     isEmpty_ = false;

@@ -17,8 +17,8 @@ void unpackIntegers(ByteView packed, unsigned bits, bool areIndices, std::vector
 template <class Sample>
 void shiftSigned(std::vector<Sample>& samples);
 
-/// The same from floating-point numbers from 0 to 1, of 16, 32 or 64 `bits`; values outside are clamped, and
-/// not-a-number becomes 0.
+/// Fills `samples` from floating-point numbers from 0 to 1, of 16, 32 or 64 `bits`; values outside are
+/// clamped, and not-a-number becomes 0.
 void unpackFloats(ByteView packed, unsigned bits, std::vector<std::uint16_t>& samples);
 
 } // namespace kestrine::tiff
