@@ -10,6 +10,7 @@
 
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace kestrine {
 
@@ -81,17 +82,15 @@ void undo(std::size_t number) {
     printLine(line);
 }
 
-/// "3 files in /home/me/pictures"
+/// "3 files in /home/me/pictures"; of several folders the first by name, whichever file was replaced first.
 std::string placeOf(const RecordedRun& run) {
-    std::string text = counted(run.files.size(), "file");
-    if (run.files.empty())
-        return text;
-    const std::string folder = folderOf(run.files.front().original);
-    text += " in " + folder;
+    std::set<std::string> folders;
     for (const ReplacedFile& file : run.files)
-        if (folderOf(file.original) != folder)
-            return text + " and other folders";
-    return text;
+        folders.insert(folderOf(file.original));
+    const std::string text = counted(run.files.size(), "file");
+    if (folders.empty())
+        return text;
+    return text + " in " + *folders.begin() + (folders.size() > 1 ? " and other folders" : "");
 }
 
 void printHistory(bool asJSON) {

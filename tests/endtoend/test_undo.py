@@ -178,7 +178,7 @@ class Journal(Undo):
         for name in ("a.png", "b/c.png"):
             self.picture(name)
         self.replace("a.png")
-        self.replace("a.png", "b/c.png")
+        self.replace("-j", "1", "b/c.png", "a.png")
         self.undo()
         lines = self.kestrinectl("history").stdout.decode().splitlines()
         self.assertRegex(lines[0], rf"\A1  \d{{4}}-\d\d-\d\dT\S+  1 file in {self.folder}\Z")
