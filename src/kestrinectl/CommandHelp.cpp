@@ -1,7 +1,7 @@
 #include "kestrinectl/CommandHelp.h"
 
-#include "kestrinectl/Messages.h"
 #include "kestrinectl/Suggestion.h"
+#include "kestrinectl/text/Messages.h"
 
 #include <algorithm>
 #include <iostream>

@@ -108,7 +108,7 @@ class Doctor(ToolTest):
         opened = set()
         for path in (SOURCES / "platform").rglob("*.cpp"):
             opened |= set(re.findall(r'"(lib[\w-]+\.so\.[\d.]+)"', path.read_text()))
-        known = dict(re.findall(r'\{"(lib[^"]+)", "([^"]+)"', (SOURCES / "kestrinectl/SystemLibraries.cpp").read_text()))
+        known = dict(re.findall(r'\{"(lib[^"]+)", "([^"]+)"', (SOURCES / "kestrinectl/inspect/SystemLibraries.cpp").read_text()))
         self.assertEqual(set(known), opened)
         needed = (SOURCES.parent / "scripts/install-dependencies").read_text()
         for package in known.values():

@@ -1,0 +1,263 @@
+#include "kestrinectl/convert/ConvertInputs.h"
+
+#include "kestrinectl/convert/ConvertKinds.h"
+#include "kestrinectl/convert/ConvertPictureSigns.h"
+#include "kestrinectl/text/ShownPath.h"
+#include "platform/host/files/FileMark.h"
+#include "platform/host/process/StopSignals.h"
+#include "platform/imageio/ImageCodec.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fnmatch.h>
+#include <set>
+
+namespace kestrine {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool isHidden(const fs::path& path) { return path.filename().native().starts_with('.'); }
+
+enum class Content { picture, unreadablePicture, other };
+
+Content contentOf(const ByteReader& reader, const std::string& path) {
+    std::array<std::uint8_t, pictureSignLength> buffer;
+    const ByteView head(buffer.data(), reader.readAt(0, buffer));
+    if (codecFor(reader) != nullptr)
+        return isCompressedFile(head) && !hasNameOfPicture(path) ? Content::other : Content::picture;
+    const bool isPicture = hasNameOfPicture(path) || isForeignPicture(head);
+    return isPicture ? Content::unreadablePicture : Content::other;
+}
+
+/// Removes separators at the end, with which the root would differ from the folders of its files; "/" stays.
+fs::path withoutTrailingSeparator(const fs::path& path) {
+    return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
+}
+
+/// The folders of results, which are not searched unless they are arguments.
+class OutputFolders {
+public:
+    OutputFolders(const ConvertSearch& search, const std::vector<std::string>& arguments)
+        : outFolder_(search.outFolder.empty() ? fs::path() : canonicalPath(search.outFolder)) {
+        for (const auto& set : search.storedSets)
+            endings_.push_back(NSString(u"/").appendingPathComponent(set->name().value_or(u"")).utf8());
+        for (const std::string& argument : arguments)
+            typed_.insert(canonicalPath(argument));
+    }
+
+    bool contain(const fs::path& folder) const {
+        const std::string path = absolutePath(folder).native();
+        return std::ranges::any_of(endings_,
+                                   [&](const std::string& ending) { return path.ends_with(ending); })
+               || isOut(folder);
+    }
+
+    /// Whether it is the folder for the results of this run.
+    bool isOut(const fs::path& folder) const {
+        return !outFolder_.empty() && canonicalPath(folder) == outFolder_;
+    }
+
+    /// True if the folder is not an argument and was not checked before.
+    bool isNews(const fs::path& folder) { return typed_.insert(canonicalPath(folder)).second; }
+
+private:
+    const fs::path outFolder_;
+    std::vector<std::string> endings_; ///< of their paths: "/Web"
+    std::set<fs::path> typed_;         ///< and those that were checked
+};
+
+class Finder {
+public:
+    Finder(const std::vector<std::string>& arguments, const ConvertSearch& search)
+        : search_(search), outputFolders_(search, arguments) {}
+
+    void addArgument(const std::string& argument) {
+        std::error_code ignored;
+        if (fs::is_directory(argument, ignored))
+            addFolder(withoutTrailingSeparator(argument));
+        else if (argument.empty())
+            complainOfFile("", "an empty argument names no file", kindOf(Reason::notFound));
+        else
+            addPicture(argument, std::nullopt);
+    }
+
+    ConvertInputs found() && {
+        for (const auto& findings : {complaints_, leftOut_, emptyFolders_})
+            found_.findings.insert(found_.findings.end(), findings.begin(), findings.end());
+        return std::move(found_);
+    }
+
+private:
+    void addPicture(const fs::path& file, std::optional<std::string> root) {
+        const Result<FileMark> mark = markOfFile(file.native());
+        found_.pictures.push_back(
+            {shownPath(file.native()), absolutePath(file).native(), std::move(root), mark ? mark->bytes : 0});
+    }
+
+    void addFolder(const fs::path& folder) {
+        root_ = absolutePath(folder);
+        hasSubfolders_ = false;
+        const std::size_t picturesBefore = found_.pictures.size();
+        const std::size_t filesBefore = unreadableFiles_, foldersBefore = unreadableFolders_;
+        searchFolder(folder);
+        if (found_.pictures.size() > picturesBefore || unreadableFolders_ > foldersBefore
+            || StopSignalsNoted::noted() != 0)
+            return;
+        std::string addition;
+        if (unreadableFiles_ > filesBefore)
+            addition = " that can be read";
+        else if (hasSubfolders_ && !isRecursive())
+            addition = "; --recursive searches its sub-folders";
+        const std::string shown = shownPath(folder.native());
+        emptyFolders_.push_back({.source = shown,
+                                 .status = ConvertStatus::leftOut,
+                                 .reason = "no pictures" + addition,
+                                 .sentence = "no pictures in " + shown + addition,
+                                 .isFolder = true});
+    }
+
+    void searchFolder(const fs::path& folder) {
+        std::vector<fs::path> entries;
+        std::error_code error;
+        for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error))
+            entries.push_back(it->path());
+        if (error)
+            complainOfFolder(folder, error);
+        std::ranges::sort(entries);
+        for (const fs::path& entry : entries)
+            if (!isHidden(entry) && StopSignalsNoted::noted() == 0)
+                visit(entry);
+    }
+
+    void visit(const fs::path& entry) {
+        std::error_code error;
+        const fs::file_status own = fs::symlink_status(entry, error);
+        if (fs::is_directory(own))
+            return visitFolder(entry);
+        const fs::file_status status = fs::is_symlink(own) ? fs::status(entry, error) : own;
+        if (fs::is_regular_file(status))
+            visitFile(entry);
+        else if (error && (error != std::errc::no_such_file_or_directory || hasNameOfPicture(entry.native())))
+            complainOfFile(shownPath(entry.native()), "cannot open: " + error.message(),
+                           kindOf(Reason::notPermitted));
+        else if (!fs::is_directory(status))
+            ++found_.otherFiles;
+    }
+
+    void visitFolder(const fs::path& folder) {
+        hasSubfolders_ = true;
+        if (!isRecursive())
+            return;
+        if (search_.allFolders || !outputFolders_.contain(folder))
+            return searchFolder(folder);
+        if (!outputFolders_.isNews(folder))
+            return;
+        const std::string shown = shownPath(folder.native());
+        const std::string reason =
+            std::string(outputFolders_.isOut(folder) ? "the folder of --out"
+                                                     : "a folder for the results of a set")
+            + "; --all-folders searches it";
+        leftOut_.push_back({.source = shown,
+                            .status = ConvertStatus::leftOut,
+                            .reason = reason,
+                            .sentence = "left out " + shown + ", " + reason,
+                            .isFolder = true});
+    }
+
+    /// By the path below the given folder.
+    bool isWanted(const fs::path& file) const {
+        if (search_.included.empty() && search_.excluded.empty())
+            return true;
+        const std::string path = absolutePath(file).lexically_relative(root_).native();
+        const auto matches = [&path](const std::string& glob) { return globMatches(glob, path); };
+        return (search_.included.empty() || std::ranges::any_of(search_.included, matches))
+               && std::ranges::none_of(search_.excluded, matches);
+    }
+
+    void visitFile(const fs::path& file) {
+        if (!isWanted(file))
+            return;
+        const std::string shown = shownPath(file.native());
+        const auto reader = readerOfPath(file.native());
+        if (!reader)
+            return complainOfFile(shown, withoutPath(reader.failure().text, file.native()),
+                                  kindOf(reader.failure().reason));
+        switch (contentOf(**reader, file.native())) {
+        case Content::picture:
+            addPicture(file, root_.native());
+            break;
+        case Content::unreadablePicture:
+            complainOfFile(shown, "the file is in no picture format that can be read",
+                           kindOf(Reason::unsupported));
+            break;
+        case Content::other:
+            ++found_.otherFiles;
+        }
+    }
+
+    bool isRecursive() const { return search_.recursive || search_.allFolders; }
+
+    void complainOfFile(const std::string& shown, const std::string& text, std::string_view kind) {
+        complaints_.push_back({.source = shown});
+        complaints_.back().complain(text, kind);
+        ++unreadableFiles_;
+    }
+
+    void complainOfFolder(const fs::path& folder, const std::error_code& error) {
+        const std::string shown = shownPath(folder.native());
+        complaints_.push_back({.source = shown,
+                               .sentence = "cannot read the folder " + shown + ": " + error.message(),
+                               .isFolder = true});
+        complaints_.back().complain("cannot read the folder: " + error.message(),
+                                    kindOf(Reason::notPermitted));
+        ++unreadableFolders_;
+    }
+
+    const ConvertSearch& search_;
+    OutputFolders outputFolders_;
+    fs::path root_; ///< the argument that is being searched
+    bool hasSubfolders_ = false;
+    std::size_t unreadableFiles_ = 0, unreadableFolders_ = 0; ///< among the complaints
+    std::vector<ConvertResult> complaints_, leftOut_, emptyFolders_;
+    ConvertInputs found_;
+};
+
+} // namespace
+
+// ".." stays, since after a link it may not lead to the previous folder.
+fs::path absolutePath(const fs::path& path) {
+    fs::path result;
+    for (const fs::path& step : fs::absolute(path))
+        if (step != ".")
+            result /= step;
+    return result;
+}
+
+fs::path canonicalPath(const fs::path& path) {
+    std::error_code error;
+    const fs::path canonical = fs::weakly_canonical(path, error);
+    return error ? path : canonical;
+}
+
+std::string placeOf(const std::string& path) {
+    const fs::path file = path;
+    return (canonicalPath(file.parent_path()) / file.filename()).native();
+}
+
+bool globMatches(const std::string& glob, const std::string& path) {
+    const std::string subject =
+        glob.find('/') == std::string::npos ? fs::path(path).filename().native() : path;
+    return ::fnmatch(glob.c_str(), subject.c_str(), 0) == 0;
+}
+
+ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search) {
+    Finder finder(arguments, search);
+    for (const std::string& argument : arguments)
+        finder.addArgument(argument);
+    return std::move(finder).found();
+}
+
+} // namespace kestrine

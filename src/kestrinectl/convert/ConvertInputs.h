@@ -1,0 +1,60 @@
+// ConvertInputs: the pictures that the arguments of `convert` name.
+#pragma once
+
+#include "kestrinectl/convert/ConvertResult.h"
+#include "models/ResizeSet.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kestrine {
+
+/// One picture to be converted.
+struct ConvertInput {
+    std::string shown;                     ///< as typed; in a folder, the folder as typed and then the name
+    std::string path;                      ///< absolute
+    std::optional<std::string> rootFolder; ///< the folder argument in which it was found; absolute
+    std::uint64_t bytes = 0;               ///< its length; 0 if the system does not say it
+};
+
+/// How folders are searched.
+struct ConvertSearch {
+    bool recursive = false;  ///< sub-folders too, except those named like a stored set, at any depth
+    bool allFolders = false; ///< every sub-folder with any name
+    ResizeSets storedSets;
+    std::vector<std::string> included; ///< globs of which a file in a folder must match one; none for all
+    std::vector<std::string> excluded; ///< globs of which it must match none
+    std::string outFolder; ///< the folder for the results of this run, absolute; "" if there is none
+};
+
+/// What was found.
+struct ConvertInputs {
+    std::vector<ConvertInput> pictures;
+    /// Files and folders that cannot be read, then folders that were left out, then arguments that are
+    /// folders without pictures.
+    std::vector<ConvertResult> findings;
+    std::size_t otherFiles = 0; ///< in folders; neither pictures nor hidden
+};
+
+/// Whether a glob matches a path below the given folder, or its last part if the glob has no slash. "*" and
+/// "?" match slashes as well.
+bool globMatches(const std::string& glob, const std::string& path);
+
+/// Lists every file argument, even if it is not a picture. Searches every folder argument and lists its
+/// pictures, recognised by content and sorted by name. Ignores hidden files and does not follow links to
+/// folders. Ends early after a stop signal.
+ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search);
+
+/// The path below the current folder if it is relative, without ".".
+std::filesystem::path absolutePath(const std::filesystem::path& path);
+
+/// The path with all links resolved, so that each place has only one; the given path if the system cannot
+/// resolve it.
+std::filesystem::path canonicalPath(const std::filesystem::path& path);
+
+/// The path with its folder made canonical. Two names of one place are equal; a link in the last part stays.
+std::string placeOf(const std::string& path);
+
+} // namespace kestrine

@@ -1,0 +1,68 @@
+#include "kestrinectl/convert/ConvertOutcome.h"
+
+#include "kestrinectl/convert/ConvertContents.h"
+#include "kestrinectl/convert/ConvertKinds.h"
+#include "kestrinectl/text/ShownPath.h"
+
+#include <algorithm>
+
+namespace kestrine {
+
+namespace {
+
+std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
+    if (outcome.isWritten)
+        return "the original stays, it could not go to the trash (" + outcome.trashFailure->text
+               + "); the result is " + shownPath(outcome.path.utf8());
+    std::string complaint = withoutPath(outcome.failure->text, path);
+    if (outcome.refusal == Refusal::holdsMore)
+        complaint = reasonNotToReplace(outcome.contents);
+    if (outcome.refusal == Refusal::damaged)
+        complaint = "the picture is damaged (" + complaint
+                    + "), nothing was written; --accept-damaged converts it anyway";
+    if (!outcome.trashedPath.empty())
+        complaint +=
+            "; the original is in the trash: restore it there, or move it back from " + outcome.trashedPath;
+    return complaint;
+}
+
+std::string_view kindOf(const JobOutcome& outcome) {
+    if (outcome.isWritten)
+        return "not in the trash";
+    if (outcome.refusal == Refusal::holdsMore)
+        return "several pages or frames";
+    return outcome.refusal == Refusal::damaged ? "damaged" : kindOf(outcome.failure->reason);
+}
+
+void warnOnce(ConvertResult& result, const std::string& warning) {
+    if (std::ranges::find(result.warnings, warning) == result.warnings.end())
+        result.warnings.push_back(warning);
+}
+
+} // namespace
+
+std::optional<std::string> setOf(const ConversionRecipe& recipe) {
+    const OptionalString& name = recipe.place.setName;
+    return name ? std::optional(name->utf8()) : std::nullopt;
+}
+
+void addOutcome(ConvertResult& result, const ConvertInput& input, const ConversionRecipe& recipe,
+                const JobOutcome& outcome) {
+    result.isLeftLying = result.isLeftLying || (outcome.hasResult() && outcome.isLeftLying);
+    if (outcome.isWritten)
+        result.outputs.push_back({outcome.path.utf8(), setOf(recipe), outcome.format, outcome.width,
+                                  outcome.height, outcome.bytes});
+    else if (outcome.fitsAlready && outcome.hasResult() && outcome.data == nullptr) {
+        result.status = ConvertStatus::skipped;
+        result.reason = "it fits already";
+    }
+    if (const auto omission = omissionIn(outcome.contents); omission && outcome.hasResult())
+        warnOnce(result, *omission);
+    if (outcome.hasResult() && outcome.damage)
+        warnOnce(result, "the picture is damaged (" + outcome.damage->text
+                             + "); the result shows what could be read");
+    if (!outcome.hasResult() || outcome.trashFailure)
+        result.complain(complaintOf(outcome, input.path), kindOf(outcome));
+}
+
+} // namespace kestrine

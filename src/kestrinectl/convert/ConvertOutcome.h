@@ -1,0 +1,17 @@
+// ConvertOutcome: what users are told about the results of one file.
+#pragma once
+
+#include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/convert/ConvertResult.h"
+#include "models/ResizeJob.h"
+
+namespace kestrine {
+
+/// Adds what came of one recipe for `input`, the source of `result`.
+void addOutcome(ConvertResult& result, const ConvertInput& input, const ConversionRecipe& recipe,
+                const JobOutcome& outcome);
+
+/// The name of the preset that gave the recipe.
+std::optional<std::string> setOf(const ConversionRecipe& recipe);
+
+} // namespace kestrine

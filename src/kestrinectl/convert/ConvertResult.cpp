@@ -1,0 +1,14 @@
+#include "kestrinectl/convert/ConvertResult.h"
+
+#include <algorithm>
+
+namespace kestrine {
+
+/// Sets often fail for the same reason, so one line reports it.
+void ConvertResult::complain(const std::string& text, std::string_view kind) {
+    status = ConvertStatus::failed;
+    if (std::ranges::find(complaints, text, &ConvertComplaint::text) == complaints.end())
+        complaints.push_back({text, kind});
+}
+
+} // namespace kestrine

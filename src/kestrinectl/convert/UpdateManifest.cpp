@@ -1,0 +1,283 @@
+#include "kestrinectl/convert/UpdateManifest.h"
+
+#include "kestrinectl/CommandError.h"
+#include "kestrinectl/StateFolder.h"
+#include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/text/JSONText.h"
+#include "kestrinectl/text/Messages.h"
+#include "models/RecipeDigest.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
+#include "platform/host/process/StopSignals.h"
+
+#include <algorithm>
+
+namespace kestrine {
+
+namespace {
+
+using nlohmann::json;
+using nlohmann::ordered_json;
+
+constexpr int manifestVersion = 1;
+constexpr std::size_t superfluousLines = 1000; ///< that are accepted before the file is written anew
+
+std::string hexadecimal(std::uint64_t number) {
+    std::string digits;
+    for (int shift = 60; shift >= 0; shift -= 4)
+        digits += "0123456789abcdef"[number >> shift & 15];
+    return digits;
+}
+
+LineLog openManifest(const std::string& path, UpdateManifest::WhenBusy whenBusy) {
+    const bool isInStateFolder = path.starts_with(stateFolder("manifests"));
+    const Result<void> made = isInStateFolder ? makePrivateFolders(folderOf(path)) : Result<void>();
+    if (!made)
+        throw CommandError("the manifest cannot be written: " + made.failure().text);
+    Result<LineLog> log = LineLog::open(path, [&] {
+        if (whenBusy == UpdateManifest::WhenBusy::waits)
+            printError("waiting for another run that uses the manifest " + path);
+        return whenBusy == UpdateManifest::WhenBusy::waits;
+    });
+    if (const int signal = StopSignalsNoted::noted(); !log && signal != 0)
+        throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)), 128 + signal);
+    if (!log && log.failure().reason == Reason::alreadyExists)
+        throw CommandError("another run uses the manifest " + path
+                           + "; without --no-wait this run waits for it");
+    if (!log)
+        throw CommandError("the manifest cannot be written: " + log.failure().text);
+    return *std::move(log);
+}
+
+std::string headerLine() { return ordered_json{{"manifest", manifestVersion}}.dump(); }
+
+std::string text(const json& object, const char* key) { return textFromJSON(object.at(key)).value(); }
+
+} // namespace
+
+UpdateManifest::UpdateManifest(const std::string& path, WhenBusy whenBusy)
+    : log_(openManifest(path, whenBusy)) {
+    const Result<std::vector<std::string>> lines = log_.lines();
+    if (!lines)
+        throw CommandError("the manifest cannot be read: " + lines.failure().text);
+    for (const std::string& line : *lines) {
+        read(line);
+        if (version_ == 0)
+            throw CommandError(path + " is not a manifest of kestrinectl; give another file with --manifest");
+        if (version_ > manifestVersion)
+            throw CommandError(
+                "the manifest " + path
+                + " is from a newer version of kestrinectl; use that version, or another manifest");
+    }
+    const Result<void> written =
+        lines->empty() ? log_.append(headerLine(), Durability::cached) : Result<void>();
+    if (!written)
+        throw CommandError("the manifest cannot be written: " + written.failure().text);
+    shorten(lines->size());
+}
+
+std::string UpdateManifest::pathFor(const std::string& outFolder) {
+    const std::string name = outFolder.empty()
+                                 ? "beside-originals"
+                                 : hexadecimal(digestOf(canonicalPath(outFolder).native()).number);
+    return joinedPath(stateFolder("manifests"), name + ".jsonl");
+}
+
+/// A line that is damaged, such as one cut off by a full disk, counts as absent.
+void UpdateManifest::read(const std::string& line) {
+    const auto madeFile = [](const json& object) {
+        return MadeFile{
+            .wanted = text(object, "wanted"),
+            .path = text(object, "path"),
+            .mark = {.bytes = object.at("bytes"), .modified = object.value("modified", std::int64_t{0})},
+            .content = {object.at("bytes"), object.at("digest")}};
+    };
+    try {
+        const json object = json::parse(line);
+        if (object.contains("manifest")) {
+            version_ = object.at("manifest").get<int>();
+        } else if (object.contains("making")) {
+            sources_[text(object, "making")].intended.push_back(madeFile(object));
+        } else {
+            Made made{.source = {.bytes = object.at("bytes"), .modified = object.at("modified")},
+                      .options = object.at("options").get<std::string>()};
+            for (const json& file : object.at("results"))
+                made.files.push_back(madeFile(file));
+            add(text(object, "made"), std::move(made));
+        }
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
+/// Results that took the place of others end those.
+void UpdateManifest::add(const std::string& source, Made made) {
+    Source& known = sources_[source];
+    const auto sharesFile = [&](const Made& other) {
+        return std::ranges::any_of(other.files, [&](const MadeFile& file) {
+            return std::ranges::find(made.files, file.path, &MadeFile::path) != made.files.end();
+        });
+    };
+    std::erase_if(known.made,
+                  [&](const Made& other) { return other.options == made.options || sharesFile(other); });
+    known.intended.clear();
+    known.made.push_back(std::move(made));
+}
+
+const std::string& UpdateManifest::folderWithoutLinks(const std::string& folder) const {
+    const auto [place, isNew] = folders_.try_emplace(folder);
+    if (isNew)
+        place->second = canonicalPath(folder).native();
+    return place->second;
+}
+
+std::string UpdateManifest::keyOf(const std::string& path) const {
+    return joinedPath(folderWithoutLinks(folderOf(path)), nameOf(path));
+}
+
+/// Everything that decides a job's results beside the content of its source.
+std::string UpdateManifest::optionsOf(const ResizeJob& job) const {
+    if (recipes_ != job.recipes) {
+        recipes_ = job.recipes;
+        recipesText_ = textOf(recipes_);
+    }
+    std::string options = std::to_string(outputVersion) + recipesText_;
+    if (job.rootPath)
+        options += folderWithoutLinks(job.rootPath->utf8());
+    const bool isNumbered = std::ranges::any_of(job.recipes, [](const ConversionRecipe& recipe) {
+        return recipe.place.name && recipe.place.name->uses(NameTemplate::Field::n);
+    });
+    if (isNumbered)
+        options += " " + std::to_string(job.number) + " " + std::to_string(job.count);
+    return hexadecimal(digestOf(options).number);
+}
+
+bool UpdateManifest::isOurs(const Source& source, const std::string& path, const FileMark& mark) const {
+    for (const Made& made : source.made)
+        for (const MadeFile& file : made.files)
+            if (file.path == path && file.mark.looksLike(mark))
+                return true;
+    const auto intended = std::ranges::find(source.intended, path, &MadeFile::path);
+    const auto content =
+        intended == source.intended.end() ? Failure{Reason::notFound, ""} : digestOfFile(path);
+    return content && std::ranges::any_of(source.intended, [&](const MadeFile& file) {
+               return file.path == path && file.content == *content;
+           });
+}
+
+UpdateManifest::Status UpdateManifest::statusOf(const ResizeJob& job) const {
+    const std::lock_guard lock(mutex_);
+    const auto source = sources_.find(keyOf(job.path.utf8()));
+    if (source == sources_.end())
+        return Status::missing;
+    const auto made = std::ranges::find(source->second.made, optionsOf(job), &Made::options);
+    const Result<FileMark> mark = markOfFile(source->first);
+    if (made == source->second.made.end() || !mark || !mark->looksLike(made->source))
+        return Status::missing;
+    Status status = Status::current;
+    for (const MadeFile& file : made->files) {
+        const Result<FileMark> there = markOfFile(file.path);
+        if (there && there->looksLike(file.mark))
+            continue;
+        if (!there || isOurs(source->second, file.path, *there))
+            return Status::missing;
+        status = Status::edited;
+    }
+    return status;
+}
+
+UpdateManifest::Earlier UpdateManifest::earlierResults(const ResizeJob& job) const {
+    const std::lock_guard lock(mutex_);
+    Earlier earlier;
+    if (const Result<FileMark> mark = markOfFile(job.path.utf8()))
+        earlier.source = *mark;
+    const auto source = sources_.find(keyOf(job.path.utf8()));
+    if (source == sources_.end())
+        return earlier;
+    std::map<std::string, std::vector<MadeFile>> files; ///< by path
+    for (const Made& made : source->second.made)
+        for (const MadeFile& file : made.files)
+            files[file.path].push_back(file);
+    for (const MadeFile& file : source->second.intended)
+        files[file.path].push_back(file);
+    for (const auto& [path, known] : files) {
+        const Result<ContentDigest> content = digestOfFile(path);
+        const auto ours = content ? std::ranges::find(known, *content, &MadeFile::content) : known.end();
+        if (ours != known.end())
+            earlier.replaceable.push_back({ours->wanted, path, *content});
+        else if (content)
+            earlier.edited.push_back(path);
+    }
+    return earlier;
+}
+
+std::string UpdateManifest::intentionLine(const std::string& source, const MadeFile& file) {
+    return ordered_json{{"making", textToJSON(source)},
+                        {"wanted", textToJSON(file.wanted)},
+                        {"path", textToJSON(file.path)},
+                        {"bytes", file.content.bytes},
+                        {"digest", file.content.number}}
+        .dump();
+}
+
+Result<void> UpdateManifest::record(const IntendedResult& result) {
+    const std::lock_guard lock(mutex_);
+    const std::string source = keyOf(result.source);
+    std::vector<MadeFile>& intended = sources_[source].intended;
+    intended.push_back({.wanted = result.wanted, .path = result.path, .mark = {}, .content = result.content});
+    return log_.append(intentionLine(source, intended.back()), Durability::cached);
+}
+
+Result<void> UpdateManifest::finished(const ResizeJob& job, const FileMark& source,
+                                      const std::vector<JobOutcome>& outcomes) {
+    const std::lock_guard lock(mutex_);
+    const std::string path = keyOf(job.path.utf8());
+    const std::vector<MadeFile>& intended = sources_[path].intended;
+    Made made{.source = source, .options = optionsOf(job), .files = {}};
+    for (const JobOutcome& outcome : outcomes) {
+        const auto file = std::find_if(intended.rbegin(), intended.rend(), [&](const MadeFile& each) {
+            return outcome.isWritten && each.path == outcome.path.utf8();
+        });
+        if (file == intended.rend())
+            continue;
+        made.files.push_back(*file);
+        made.files.back().mark = TRY(markOfFile(file->path));
+    }
+    if (made.files.empty())
+        return {};
+    add(path, std::move(made));
+    return log_.append(lineOf(path, sources_[path].made.back()), Durability::cached);
+}
+
+std::string UpdateManifest::lineOf(const std::string& source, const Made& made) {
+    ordered_json results = ordered_json::array();
+    for (const MadeFile& file : made.files)
+        results.push_back({{"wanted", textToJSON(file.wanted)},
+                           {"path", textToJSON(file.path)},
+                           {"bytes", file.mark.bytes},
+                           {"modified", file.mark.modified},
+                           {"digest", file.content.number}});
+    return ordered_json{{"made", textToJSON(source)},
+                        {"bytes", made.source.bytes},
+                        {"modified", made.source.modified},
+                        {"options", made.options},
+                        {"results", results}}
+        .dump();
+}
+
+/// Writes the file anew when most of its lines are superseded. Errors are ignored; all lines are still there.
+void UpdateManifest::shorten(std::size_t lineCount) {
+    if (lineCount < superfluousLines + 2 * sources_.size())
+        return;
+    std::vector<std::string> lines = {headerLine()};
+    for (const auto& [source, known] : sources_) {
+        for (const Made& made : known.made)
+            lines.push_back(lineOf(source, made));
+        for (const MadeFile& file : known.intended)
+            lines.push_back(intentionLine(source, file));
+    }
+    (void)log_.rewrite(lines);
+}
+
+} // namespace kestrine

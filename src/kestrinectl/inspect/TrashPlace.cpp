@@ -1,0 +1,44 @@
+#include "kestrinectl/inspect/TrashPlace.h"
+
+#include "kestrinectl/convert/ConvertInputs.h"
+#include "platform/host/files/FileMark.h"
+#include "platform/host/files/FileStatus.h"
+#include "platform/host/files/MountPoints.h"
+#include "platform/host/files/PathParts.h"
+#include "platform/host/process/Environment.h"
+
+namespace kestrine {
+
+namespace {
+
+/// The first folder that exists: the path itself, or one above it.
+std::string existingPartOf(std::string path) {
+    while (!itemExists(path) && path != "/" && path != ".")
+        path = folderOf(path);
+    return path;
+}
+
+bool isOnOneDevice(const std::string& one, const std::string& other) {
+    const Result<FileMark> first = markOfFile(existingPartOf(one)),
+                           second = markOfFile(existingPartOf(other));
+    return first && second && first->device == second->device;
+}
+
+} // namespace
+
+std::string trashPlaceOf(const std::string& folder) {
+    const std::string path = canonicalPath(absolutePath(folder)).native();
+    const std::string dataHome = Environment::ofProcess().xdgDataHome();
+    const std::string homeTrash = dataHome.empty() ? "" : joinedPath(dataHome, "Trash");
+    if (!folderExists(path))
+        return folder + " is not a folder; name an existing one";
+    if (!homeTrash.empty() && isOnOneDevice(path, homeTrash))
+        return "originals go to " + homeTrash;
+    const Result<std::string> top = topFolderOf(path);
+    if (!top)
+        return "the system does not say on which file system the folder is, so originals cannot go to a "
+               "trash";
+    return "originals go to the trash of the file system at " + *top + ", or else as copies to " + homeTrash;
+}
+
+} // namespace kestrine

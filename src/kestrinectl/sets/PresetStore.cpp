@@ -1,0 +1,111 @@
+#include "kestrinectl/sets/PresetStore.h"
+
+#include "kestrinectl/CommandError.h"
+#include "kestrinectl/sets/SetNameRules.h"
+#include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/Words.h"
+#include "platform/host/files/Folders.h"
+#include "platform/host/files/PathParts.h"
+
+namespace kestrine {
+
+namespace {
+
+[[noreturn]] void unreadable(const std::string& path, const Failure& failure) {
+    throw CommandError("the presets in " + path + " cannot be read (" + failure.text
+                       + "); repair the file or move it away");
+}
+
+} // namespace
+
+PresetStore PresetStore::loadForChange() {
+    const auto places = NSUserDefaults::standardUserDefaults().placesOfDomain(presetsDomain);
+    const std::string folder = places.empty() ? "" : folderOf(places.front().path);
+    const Result<void> made = makePrivateFolders(folder);
+    Result<FolderLock> lock = made ? FolderLock::take(folder) : made.failure();
+    if (!lock)
+        throw CommandError("the presets cannot be changed: " + lock.failure().text);
+    PresetStore store = load();
+    store.lock_ = std::move(*lock);
+    return store;
+}
+
+PresetStore PresetStore::load() {
+    NSUserDefaults defaults = NSUserDefaults::standardUserDefaults();
+    Result<PropertyList> domain = defaults.persistentDomainForName(presetsDomain);
+    const bool isMissing = !domain && domain.failure().reason == Reason::notFound;
+    PresetStore store(std::move(defaults), PropertyList::empty());
+    if (isMissing)
+        return store;
+    if (!domain)
+        unreadable(store.path(), domain.failure());
+    store.domain_ = std::move(*domain);
+    const Result<ResizeSets> sets = storedSets(store.domain_);
+    if (!sets)
+        unreadable(store.path(), sets.failure());
+    store.sets_ = *sets;
+    const auto selection = storedSelection(store.domain_);
+    if (!selection)
+        unreadable(store.path(), selection.failure());
+    for (std::size_t i = (*selection)->firstIndex(); i < store.sets_.size();
+         i = (*selection)->indexGreaterThanIndex(i))
+        store.selection_.insert(i);
+    return store;
+}
+
+std::string PresetStore::path() {
+    const NSUserDefaults defaults = NSUserDefaults::standardUserDefaults();
+    if (const auto file = defaults.fileOfDomain(presetsDomain))
+        return file->path;
+    const auto places = defaults.placesOfDomain(presetsDomain);
+    return places.empty() ? "" : places.front().path;
+}
+
+std::size_t PresetStore::positionOf(const std::string& word) const {
+    const std::string text = typedWord(word);
+    const NSString name = NSString::fromUTF8(text);
+    std::vector<std::size_t> found;
+    for (std::size_t i = 0; i < sets_.size(); ++i)
+        if (sets_[i]->name() == name)
+            found.push_back(i);
+    if (found.size() == 1)
+        return found.front();
+    if (!found.empty())
+        throw CommandError(std::to_string(found.size()) + " sets are named " + quoted(text)
+                           + "; choose one by its position, such as @" + std::to_string(found.front() + 1));
+    const std::optional<std::size_t> position = positionIn(text);
+    if (position && *position <= sets_.size())
+        return *position - 1;
+    throw CommandError("no set named " + quoted(text) + "; 'kestrinectl sets list' lists all sets");
+}
+
+void PresetStore::remove(const std::set<std::size_t>& positions) {
+    ResizeSets kept;
+    std::set<std::size_t> selection;
+    for (std::size_t i = 0; i < sets_.size(); ++i) {
+        if (positions.contains(i))
+            continue;
+        if (selection_.contains(i))
+            selection.insert(kept.size());
+        kept.push_back(sets_[i]);
+    }
+    sets_ = std::move(kept);
+    selection_ = std::move(selection);
+}
+
+void PresetStore::save() {
+    std::vector<NSRange> ranges;
+    for (const std::size_t position : selection_)
+        ranges.push_back({position, 1});
+    const auto sets = archivedSets(sets_);
+    const auto selection = archivedSelection(NSIndexSet(std::move(ranges)));
+    if (!sets || !selection)
+        throw CommandError("the sets cannot be archived: " + (sets ? selection : sets).failure().text);
+    domain_.setData(resizeSetsKey, (*sets)->bytes());
+    domain_.setData(selectionIndexesKey, (*selection)->bytes());
+    const Result<void> written = defaults_.setPersistentDomain(domain_, presetsDomain);
+    if (!written)
+        throw CommandError("the presets cannot be stored: " + written.failure().text);
+}
+
+} // namespace kestrine
