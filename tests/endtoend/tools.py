@@ -1,11 +1,15 @@
 """Shared by the end-to-end tests: a temporary home, the built programs, presets written without our own code."""
+import contextlib
+import fcntl
 import os
 import plistlib
+import pty
 import re
 import shutil
 import struct
 import subprocess
 import tempfile
+import termios
 import unittest
 from pathlib import Path
 
@@ -89,6 +93,21 @@ def without_totals(text):
 def messages_of(done):
     """The lines on standard error without the program's name and without totals."""
     return [line.removeprefix("kestrinectl: ") for line in without_totals(done.stderr.decode()).splitlines()]
+
+
+def on_a_terminal(run):
+    """What a program shows on a terminal of 80 x 24 characters. `run` starts it and gets the terminal's descriptor."""
+    terminal, inside = pty.openpty()
+    fcntl.ioctl(inside, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
+    try:
+        run(inside)
+    finally:
+        os.close(inside)
+    shown = b""
+    with os.fdopen(terminal, "rb", buffering=0) as output, contextlib.suppress(OSError):  # an error is the end
+        while piece := output.read(65536):
+            shown += piece
+    return shown
 
 
 def is_built_with(*sanitizers):
