@@ -1,6 +1,6 @@
 #include "kestrinectl/convert/ConvertOptions.h"
 
-#include "kestrinectl/convert/ConvertWords.h"
+#include "models/RecipeWords.h"
 #include "kestrinectl/sets/SetNames.h"
 #include "kestrinectl/text/NumberBetween.h"
 #include "models/NameTemplate.h"

@@ -1,4 +1,4 @@
-#include "kestrinectl/convert/ConvertWords.h"
+#include "models/RecipeWords.h"
 
 #include <algorithm>
 #include <array>
