@@ -169,10 +169,12 @@ class ToolTest(unittest.TestCase):
             subprocess.run(["chown", "-R", "65534", self.home], check=True)
             if subprocess.run([*command[:-1], "cat", BIN / program], capture_output=True).returncode != 0:
                 self.skipTest("another user cannot run the program from here")
-        # A build that counts coverage writes its counts there, since that user cannot write where they belong.
-        environment = {**self.environment, "GCOV_PREFIX": str(self.home)}
-        return subprocess.run([*command, *arguments], cwd=self.folder, env=environment, capture_output=True,
-                              timeout=120)
+        return subprocess.run([*command, *arguments], cwd=self.folder, env=self.uncounted(), capture_output=True, timeout=120)
+
+    def uncounted(self):
+        """The environment of programs that cannot write where a build that counts coverage keeps its counts, or that are
+        killed, perhaps while they write them."""
+        return {**self.environment, "GCOV_PREFIX": str(self.home)}
 
     def convert(self, fields, *files):
         """Applies one set named S to files of the current folder. Returns the sorted paths of the results."""
