@@ -2,9 +2,9 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertInputs.h"
-#include "models/RecipeWords.h"
 #include "kestrinectl/sets/SetNames.h"
 #include "kestrinectl/text/Words.h"
+#include "models/RecipeWords.h"
 
 #include <algorithm>
 
