@@ -28,6 +28,9 @@ std::string wrapped(const std::string& text, std::size_t width) {
     return lines;
 }
 
+/// Commands without a group are only for other programs.
+bool isShown(const CLI::App* command) { return !command->get_group().empty(); }
+
 class HelpLayout final : public CLI::Formatter {
 public:
     HelpLayout() {
@@ -63,7 +66,7 @@ public:
 
     std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode) const override {
         std::string lines;
-        for (const CLI::App* command : app->get_subcommands([](const CLI::App*) { return true; }))
+        for (const CLI::App* command : app->get_subcommands(isShown))
             lines += make_subcommand(command);
         return lines.empty() ? "" : "\nCommands:\n" + lines;
     }
@@ -113,7 +116,7 @@ std::string question(const std::optional<std::string>& meant) {
 /// The commands of `app`, then the commands of these, such as "list" for "sets list".
 std::optional<std::string> nearestCommand(const CLI::App& app, const std::string& word) {
     std::vector<std::string> names;
-    for (const CLI::App* command : subcommandsOf(app))
+    for (const CLI::App* command : app.get_subcommands(isShown))
         names.push_back(command->get_name());
     if (const auto nearest = nearestWord(word, names))
         return nearest;

@@ -209,6 +209,10 @@ void run(ConvertRequest request) {
 
 } // namespace
 
+void convertBySet(const std::string& name, const std::vector<std::string>& files) {
+    run({.setNames = {name}, .files = files, .isQuiet = true});
+}
+
 void addConvertCommand(CLI::App& program) {
     CLI::App* command =
         program.add_subcommand("convert", "Convert pictures by sets or by options, on all cores");
