@@ -59,10 +59,10 @@ void DesktopRun::run() const {
         const std::string name = nameOfSet(setWord);
         convertBySet(name, pathsOf(*this));
     } catch (const std::exception& failure) {
-        const std::string message = first.text().empty() ? failure.what() : first.text();
-        const bool isAll = message == failure.what();
-        showNotification("Not all pictures could be converted",
-                         message + (isAll ? "" : "\n" + std::string(failure.what())));
+        std::vector<std::string> lines = {failure.what()};
+        if (!first.text().empty())
+            lines.insert(lines.begin(), first.text());
+        showNotification("Not all pictures could be converted", lines);
         throw;
     }
 }

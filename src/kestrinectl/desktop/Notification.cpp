@@ -19,13 +19,16 @@ std::string withDoubledBackslashes(const std::string& text) {
 
 } // namespace
 
-std::vector<std::string> notificationArguments(const std::string& summary, const std::string& body) {
-    return {"--app-name=kestrine", "--icon=dialog-error", "--", shownText(summary, true),
-            withDoubledBackslashes(xmlText(shownText(body, true)))};
+std::vector<std::string> notificationArguments(const std::string& summary,
+                                               const std::vector<std::string>& lines) {
+    std::string body;
+    for (const std::string& line : lines)
+        body += (body.empty() ? "" : "\n") + withDoubledBackslashes(xmlText(shownText(line, true)));
+    return {"--app-name=kestrine", "--icon=dialog-error", "--", shownText(summary, true), body};
 }
 
-void showNotification(const std::string& summary, const std::string& body) {
-    (void)runCapturingOutput("notify-send", notificationArguments(summary, body), maxNotifierOutput);
+void showNotification(const std::string& summary, const std::vector<std::string>& lines) {
+    (void)runCapturingOutput("notify-send", notificationArguments(summary, lines), maxNotifierOutput);
 }
 
 } // namespace kestrine

@@ -76,6 +76,11 @@ struct CustomActions {
     ThunarFile file;
 };
 
+Failure unreadableActions(const std::string& path, const Failure& failure) {
+    return {Reason::malformed,
+            path + " cannot be read (" + failure.text + "); repair the file or move it away"};
+}
+
 /// The user's file or, if there is none, the system's, which a file of the user would hide.
 Result<CustomActions> customActions(const std::string& ofUser) {
     std::vector<std::string> places = {ofUser};
@@ -84,13 +89,14 @@ Result<CustomActions> customActions(const std::string& ofUser) {
     const auto place = std::ranges::find_if_not(places, isAbsent);
     std::string content = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<actions>\n</actions>\n";
     if (place != places.end()) {
-        const Bytes bytes = TRY(readSmallFile(*place, maxThunarFile));
-        content.assign(bytes.begin(), bytes.end());
+        const Result<Bytes> bytes = readSmallFile(*place, maxThunarFile);
+        if (!bytes)
+            return unreadableActions(*place, bytes.failure());
+        content.assign(bytes->begin(), bytes->end());
     }
     Result<ThunarFile> file = parseThunarFile(content);
     if (!file && file.failure().reason == Reason::malformed)
-        return Failure{Reason::malformed, *place + " cannot be read (" + file.failure().text
-                                              + "); repair the file or move it away"};
+        return unreadableActions(*place, file.failure());
     return CustomActions{std::move(content), TRY(std::move(file))};
 }
 

@@ -36,6 +36,8 @@ public:
     Result<ThunarFile> parse(const std::string& content) {
         if (content.size() > std::numeric_limits<int>::max())
             return malformed("it is too long");
+        if (content.find('\0') != std::string::npos)
+            return malformed("it is not UTF-8"); // the library would read UTF-16
         const bool isWellFormed =
             expat_.parse(parser_.get(), content.data(), static_cast<int>(content.size()), 1) == XML_STATUS_OK;
         if (!refusal_.empty())
