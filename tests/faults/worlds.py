@@ -51,7 +51,7 @@ class Scenario:
         self.command = [str(BIN / program), *arguments]
         self.is_quiet = program == "kestrine"
         self.changes_presets = arguments[0] == "sets"
-        self.names_results = arguments[0] != "desktop"
+        self.makes_pictures = arguments[0] != "desktop"
         self.uses_threads = "-j2" in arguments
         self.folder = folder
         self.replaces = replaces

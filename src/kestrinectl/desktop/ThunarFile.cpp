@@ -4,6 +4,7 @@
 
 #include <limits>
 #include <memory>
+#include <new>
 
 namespace kestrine {
 
@@ -18,18 +19,24 @@ class ThunarParsing {
 public:
     explicit ThunarParsing(const expat::Functions& functions)
         : expat_(functions), parser_(expat_.createParser("UTF-8"), expat_.freeParser) {
+        if (!parser_)
+            throw std::bad_alloc();
         expat_.setUserData(parser_.get(), this);
         expat_.setElementHandler(
             parser_.get(),
             [](void* self, const char* name, const char**) {
-                static_cast<ThunarParsing*>(self)->begin(name);
+                handle(self, [&](ThunarParsing& parsing) { parsing.begin(name); });
             },
-            [](void* self, const char* name) { static_cast<ThunarParsing*>(self)->end(name); });
+            [](void* self, const char* name) {
+                handle(self, [&](ThunarParsing& parsing) { parsing.end(name); });
+            });
         expat_.setCharacterDataHandler(parser_.get(), [](void* self, const char* text, int length) {
-            static_cast<ThunarParsing*>(self)->data_.append(text, static_cast<std::size_t>(length));
+            handle(self, [&](ThunarParsing& parsing) {
+                parsing.data_.append(text, static_cast<std::size_t>(length));
+            });
         });
         expat_.setDoctypeHandler(parser_.get(), [](void* self, const char*, const char*, const char*, int) {
-            static_cast<ThunarParsing*>(self)->refuse("it has a document type");
+            handle(self, [](ThunarParsing& parsing) { parsing.refuse("it has a document type"); });
         });
     }
 
@@ -40,6 +47,8 @@ public:
             return malformed("it is not UTF-8"); // the library would read UTF-16
         const bool isWellFormed =
             expat_.parse(parser_.get(), content.data(), static_cast<int>(content.size()), 1) == XML_STATUS_OK;
+        if (isOutOfMemory_ || expat_.errorCode(parser_.get()) == XML_ERROR_NO_MEMORY)
+            throw std::bad_alloc();
         if (!refusal_.empty())
             return malformed(refusal_);
         if (!isWellFormed)
@@ -53,6 +62,18 @@ public:
 
 private:
     static Failure malformed(const std::string& reason) { return {Reason::malformed, reason}; }
+
+    /// No exception may leave a handler, since the library could not go on.
+    template <class Handle>
+    static void handle(void* self, const Handle& handleEvent) {
+        auto& parsing = *static_cast<ThunarParsing*>(self);
+        try {
+            handleEvent(parsing);
+        } catch (const std::bad_alloc&) {
+            parsing.isOutOfMemory_ = true;
+            parsing.expat_.stop(parsing.parser_.get(), XML_FALSE);
+        }
+    }
 
     void refuse(const std::string& reason) {
         refusal_ = reason;
@@ -89,6 +110,7 @@ private:
     bool isAction_ = false; ///< whether the open element of depth 2 is an action
     std::string data_;      ///< since the last tag
     std::string refusal_;
+    bool isOutOfMemory_ = false;
 };
 
 } // namespace
