@@ -105,7 +105,8 @@ class World:
     def remove(self):
         for mounted in (self.base / "volume", self.base):
             subprocess.run(["umount", mounted], capture_output=True)
-        shutil.rmtree(self.base, ignore_errors=True)
+        for folder in (self.base, f"{self.base}.counts"):
+            shutil.rmtree(folder, ignore_errors=True)
 
     def build(self, scenario):
         for top in (self.base, self.base / "volume"):
@@ -119,8 +120,10 @@ class World:
             (self.base / path).write_bytes(content)
 
     def environment(self, scenario):
+        """A build that counts coverage keeps the counts of these runs elsewhere: a fault while they are written would spoil
+        those of all runs."""
         return {"HOME": str(self.base / "home"), "PWD": str(self.base / scenario.folder), "LANG": "C",
-                "PATH": os.environ["PATH"]}
+                "PATH": os.environ["PATH"], "GCOV_PREFIX": f"{self.base}.counts"}
 
     def snapshot(self):
         """The contents of all files, by their path relative to the base. The target of a link counts as content."""

@@ -1,9 +1,9 @@
 #include "kestrinectl/convert/ConvertOptions.h"
 
-#include "kestrinectl/convert/ConvertWords.h"
 #include "kestrinectl/sets/SetNames.h"
 #include "kestrinectl/text/NumberBetween.h"
 #include "models/NameTemplate.h"
+#include "models/RecipeWords.h"
 
 namespace kestrine {
 
