@@ -64,6 +64,12 @@ public:
         return wrapped(option->get_description(), lineWidth - descriptionColumn);
     }
 
+    /// With one empty line between two groups of options.
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+        const std::string help = CLI::Formatter::make_help(app, std::move(name), mode);
+        return CLI::detail::find_and_replace(help, "\n\n\n", "\n\n");
+    }
+
     std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode) const override {
         std::string lines;
         for (const CLI::App* command : app->get_subcommands(isShown))
