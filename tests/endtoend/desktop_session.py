@@ -1,5 +1,6 @@
 """What a desktop does with actions: reads them by its own rules and starts their command lines, and shows notifications."""
 import json
+import select
 import shlex
 import subprocess
 import sys
@@ -48,6 +49,7 @@ class NotificationDesktop:
 
     def next(self):
         """Waits for a notification: application, summary and body."""
+        assert select.select([self.service.stdout], [], [], 60)[0], "no notification"
         return json.loads(self.service.stdout.readline())
 
     def __exit__(self, *_):
