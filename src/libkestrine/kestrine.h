@@ -1,10 +1,11 @@
 /*
  * kestrine.h: the C interface of libkestrine, which converts pictures.
  *
- *     kestrine_picture *picture;
+ *     kestrine_picture* picture;
  *     if (kestrine_open_path("in.heic", &picture) != KESTRINE_OK
- *         || kestrine_convert_to_path(picture, "{\"longest\": 1200, \"format\": \"jpeg\"}", "out.jpg") !=
- * KESTRINE_OK) fprintf(stderr, "%s\n", kestrine_error_text()); kestrine_close(picture);
+ *         || kestrine_convert_to_path(picture, "{\"longest\": 1200}", "out.jpg") != KESTRINE_OK)
+ *         fprintf(stderr, "%s\n", kestrine_error_text());
+ *     kestrine_close(picture);
  *
  * Threads: any thread may call any function. Different pictures may be used by several threads at the same
  * time, one picture by one thread at a time.
@@ -80,8 +81,7 @@ typedef enum kestrine_contents {
     KESTRINE_PAGES = 2,     /**< several pages */
     KESTRINE_LAYERS = 3,    /**< layers, which the main picture shows together */
     KESTRINE_RAW = 4,       /**< what the sensor of a camera recorded */
-    KESTRINE_DRAWING =
-        5 /**< shapes without a fixed number of pixels; width and height are the natural ones */
+    KESTRINE_DRAWING = 5    /**< shapes; width and height are the natural ones */
 } kestrine_contents;
 
 /** What a picture is. */
@@ -94,7 +94,7 @@ typedef struct kestrine_info {
     uint32_t bits;        /**< per sample, 8 or 16 */
     uint32_t is_gray;     /**< 1 for grey, 0 for colour */
     uint32_t has_alpha;   /**< 1 if pixels may be transparent */
-    uint32_t has_profile; /**< 1 if the file has a colour profile that is not sRGB by name only */
+    uint32_t has_profile; /**< 1 if the file has a colour profile */
     uint32_t contents;    /**< a kestrine_contents */
     uint32_t count;       /**< of frames, pages or layers, else 1 */
 } kestrine_info;
@@ -113,37 +113,38 @@ typedef int (*kestrine_progress)(double share, void* user);
 KESTRINE_API kestrine_status kestrine_set_progress(kestrine_picture* picture, kestrine_progress progress,
                                                    void* user);
 
-/*
- * The options of a conversion are a JSON object; null stands for "{}". Names and values are those of the
- * options of `kestrinectl convert`:
- *
- *   "longest", "width", "height"  pixels; the sides that are not given follow. "width" with "height"
- * stretches. "percent"                     of both sides "fit", "cover"                "1200x800": inside
- * this box, or filling it; the rest is cropped "gravity"                     for "cover" and "pad": "center"
- * (default), "north", "northeast", ... "pad"                         a colour that fills the rest of "fit"
- *   "enlarge"                     true (default), or false: a picture that would get larger keeps its size
- *   "format"                      "jpeg", "png", "tiff", "gif", "webp", "jxl" or "avif"; default: that of the
- * source where it is written, else PNG with transparency and JPEG without "quality"                     0 to
- * 100, default 80 "lossless", "progressive"     true or false (default) "effort"                      "fast",
- * "normal" (default) or "max" "maxBytes"                    200000 or "200k": the highest quality that fits
- *   "upright"                     true (default) or false
- *   "background"                  a colour for transparent parts
- *   "metadata"                    "none", "rights", "exif" (default) or "all"
- *   "profile"                     "keep" (default) or "srgb"
- *   "acceptDamaged"               true or false (default): converts what can be decoded of a damaged file
- *   "overwrite"                   true or false (default): kestrine_convert_to_path() replaces a file of that
- * name "threads"                     0 (default): as many as help; 1: one. The result does not depend on it.
- *
- * Anything else fails with KESTRINE_WRONG_ARGUMENT.
- */
-
 /** Bytes that the library allocated. */
 typedef struct kestrine_buffer {
-    void* bytes;
-    size_t length;
+    void* bytes;   /**< null for none */
+    size_t length; /**< their number */
 } kestrine_buffer;
 
-/** Converts into memory. Free the result with kestrine_free(). */
+/** Converts into memory. Free the result with kestrine_free().
+ *
+ * `options` is a JSON object; null stands for "{}". Names and values are those of the options of
+ * `kestrinectl convert`:
+ *
+ * - "longest", "width", "height": pixels. Sides that are not given follow; "width" with "height" stretches.
+ * - "percent": of both sides.
+ * - "fit", "cover": a box such as "1200x800". The result lies inside it, or fills it and is cropped.
+ * - "gravity", for "cover" and "pad": "center" (default), "north", "northeast" and so on.
+ * - "pad": a colour that fills the rest of the box of "fit".
+ * - "enlarge": true (default), or false: a picture that would get larger keeps its size.
+ * - "format": "jpeg", "png", "tiff", "gif", "webp", "jxl" or "avif". By default that of the source; if it is
+ *   not written, PNG with transparency and JPEG without.
+ * - "quality": 0 to 100, default 80.
+ * - "lossless", "progressive": true, or false (default).
+ * - "effort": "fast", "normal" (default) or "max".
+ * - "maxBytes": 200000 or "200k". The result has the highest quality that fits.
+ * - "upright": true (default), or false.
+ * - "background": a colour for transparent parts.
+ * - "metadata": "none", "rights", "exif" (default) or "all".
+ * - "profile": "keep" (default) or "srgb".
+ * - "acceptDamaged": true, or false (default). Converts what can be decoded of a damaged file.
+ * - "overwrite": true, or false (default). kestrine_convert_to_path() replaces a file of that name.
+ * - "threads": 0 (default) for as many as help, or 1. The result does not depend on it.
+ *
+ * Anything else fails with KESTRINE_WRONG_ARGUMENT. */
 KESTRINE_API kestrine_status kestrine_convert_to_memory(kestrine_picture* picture, const char* options,
                                                         kestrine_buffer* result);
 

@@ -77,6 +77,11 @@ class Installed(unittest.TestCase):
             title = (self.prefix / "share/man" / page).read_text(encoding="utf-8").splitlines()[0]
             self.assertIn(f'"kestrine {done.stdout.split()[1]}"', title)
 
+    def test_the_changelog_begins_with_the_version_of_the_program(self):
+        done = subprocess.run([self.prefix / "bin/kestrinectl", "--version"], check=True, capture_output=True, text=True)
+        newest = re.search(r"^## (\S+)", (EXAMPLES.parent / "CHANGELOG.md").read_text(encoding="utf-8"), re.MULTILINE)
+        self.assertEqual(f"kestrinectl {newest[1]}\n", done.stdout)
+
     def test_nothing_else_is_installed(self):
         self.assertEqual(sorted(os.listdir(self.prefix)), ["bin", "include", "lib", "libexec", "share"])
         self.assertEqual(os.listdir(self.prefix / "include"), ["kestrine.h"])
