@@ -51,6 +51,7 @@ class Scenario:
         self.command = [str(BIN / program), *arguments]
         self.is_quiet = program == "kestrine"
         self.changes_presets = arguments[0] == "sets"
+        self.makes_pictures = arguments[0] != "desktop"
         self.folder = folder
         self.replaces = replaces
         self.files = {f"{folder}/a.jpg": A_JPEG, f"{folder}/b.png": B_PNG, f"{folder}/keep.txt": b"keep me",
@@ -83,6 +84,7 @@ def scenarios():
         Scenario("sets-edit", "kestrinectl", "sets", "edit", "W", "--longest", "100"),
         Scenario("sets-remove", "kestrinectl", "sets", "remove", "W"),
         Scenario("sets-select", "kestrinectl", "sets", "select", "R"),
+        Scenario("desktop-install", "kestrinectl", "desktop", "install", "--all"),
     ]
 
 
