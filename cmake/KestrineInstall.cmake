@@ -1,4 +1,3 @@
-include(GNUInstallDirs)
 install(TARGETS kestrine kestrinectl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 # Started by programs that use the library, never by people.
 install(TARGETS kestrine-worker RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/kestrine)
@@ -16,3 +15,17 @@ endforeach()
 foreach(shell bash-completion zsh fish)
   install(DIRECTORY share/${shell} DESTINATION ${CMAKE_INSTALL_DATADIR})
 endforeach()
+# The library with the C interface, for find_package(kestrine) and pkg-config.
+set(KESTRINE_CMAKE_FOLDER ${CMAKE_INSTALL_LIBDIR}/cmake/kestrine)
+install(TARGETS libkestrine EXPORT kestrine
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+install(FILES src/libkestrine/kestrine.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(EXPORT kestrine NAMESPACE kestrine:: FILE kestrine-config.cmake DESTINATION ${KESTRINE_CMAKE_FOLDER}
+        COMPONENT development)
+include(CMakePackageConfigHelpers)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/kestrine-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/kestrine-config-version.cmake DESTINATION ${KESTRINE_CMAKE_FOLDER}
+        COMPONENT development)
+file(RELATIVE_PATH KESTRINE_PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(cmake/kestrine.pc.in ${CMAKE_BINARY_DIR}/kestrine.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/kestrine.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

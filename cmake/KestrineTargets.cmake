@@ -15,6 +15,7 @@ option(KESTRINE_GROUPED_BUILD "Compile the sources of a library in groups, in a 
 set(CMAKE_UNITY_BUILD ${KESTRINE_GROUPED_BUILD})
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
 
+include(GNUInstallDirs)
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 

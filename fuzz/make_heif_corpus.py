@@ -8,12 +8,11 @@ import sys
 import numpy
 from PIL import Image, ImageCms
 
-HERE = pathlib.Path(__file__).parent
-sys.path.insert(0, str(HERE.parent / "tests" / "endtoend"))
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "tests" / "endtoend"))
 import heif_files as heif  # noqa: E402
 import pictures  # noqa: E402
+from write_corpus import write_corpus  # noqa: E402
 
-CORPUS = HERE / "corpus" / "heif"
 LOSSLESS = ("-L", "-p", "chroma=444")
 # avifenc stores RGB without loss; heif-enc stores YCbCr, whose rounding changes samples by 1.
 COLORS = {"hevc": heif.nclx(1, 13, 6), "av1": heif.nclx(1, 13, 0)}
@@ -157,12 +156,5 @@ def files():
     yield "sequence-without-still.avif", sequence(False)
 
 
-def main():
-    CORPUS.mkdir(parents=True, exist_ok=True)
-    for name, content in files():
-        (CORPUS / name).write_bytes(content)
-        print(name, len(content))
-
-
 if __name__ == "__main__":
-    main()
+    write_corpus("heif", files())

@@ -4,11 +4,10 @@ Usage: make_raw_corpus.py"""
 import pathlib
 import sys
 
-HERE = pathlib.Path(__file__).parent
-sys.path.insert(0, str(HERE.parent / "tests" / "endtoend"))
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "tests" / "endtoend"))
 import raw_files as raw  # noqa: E402
+from write_corpus import write_corpus  # noqa: E402
 
-CORPUS = HERE / "corpus" / "raw"
 SENSOR = (48, 32)
 LARGE, SMALL = (46, 30), (40, 28)  # at least 90 % of both sides, and less
 
@@ -33,12 +32,5 @@ def files():
     yield "small-preview.cr2", raw.cr2(*SENSOR, SMALL)
 
 
-def main():
-    CORPUS.mkdir(parents=True, exist_ok=True)
-    for name, content in files():
-        (CORPUS / name).write_bytes(content)
-        print(name, len(content))
-
-
 if __name__ == "__main__":
-    main()
+    write_corpus("raw", files())

@@ -3,11 +3,11 @@
 import base64
 import gzip
 import io
-import pathlib
 
 from PIL import Image
 
-CORPUS = pathlib.Path(__file__).parent / "corpus" / "svg"
+from write_corpus import write_corpus
+
 START = '<svg xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink" '
 
 
@@ -17,7 +17,7 @@ def picture(kind):
     return f"data:image/{kind};base64," + base64.b64encode(stream.getvalue()).decode()
 
 
-def files():
+def texts():
     shapes = ('<defs><linearGradient id="g"><stop offset="0" stop-color="#f60"/><stop offset="1" stop-color="#06f"/>'
               '</linearGradient></defs><circle cx="20" cy="15" r="12" fill="url(#g)" fill-opacity="0.7"/>'
               '<path d="M2 2L38 28" stroke="#113" stroke-width="3"/>')
@@ -40,13 +40,10 @@ def files():
                        + '<use xlink:href="#a" x="5"/>' * 5 + '</g></defs><use xlink:href="#b" y="3"/></svg>')
 
 
-def main():
-    CORPUS.mkdir(parents=True, exist_ok=True)
-    for name, content in files():
-        content = content if isinstance(content, bytes) else content.encode()
-        (CORPUS / name).write_bytes(content)
-        print(name, len(content))
+def files():
+    for name, content in texts():
+        yield name, content if isinstance(content, bytes) else content.encode()
 
 
 if __name__ == "__main__":
-    main()
+    write_corpus("svg", files())

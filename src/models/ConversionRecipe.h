@@ -90,4 +90,8 @@ struct ConversionRecipe {
 
 using ConversionRecipes = std::vector<ConversionRecipe>;
 
+/// What is made of a picture without a preset, unless options change it: it keeps its size and format (where
+/// that is written), stands upright, and loses location, serial numbers and the owner's name. Quality is 0.8.
+ConversionRecipe usualRecipe();
+
 } // namespace kestrine

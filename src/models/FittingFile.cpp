@@ -28,6 +28,8 @@ bool hasProfile(const Picture& picture) {
 }
 
 bool hasFittingMetadata(const ConversionRecipe& recipe, const PictureFile& file) {
+    if (recipe.exif == ExifSelection::all)
+        return true;
     const Result<Bytes> answer = file.opened->answer(metadataOf);
     return answer && holdsNoMoreThan(recipe.exif, *answer);
 }

@@ -1,7 +1,6 @@
 """kestrinectl convert: applies sets to many files at once, with the same results as `kestrine`."""
 import fcntl
 import os
-import pty
 import shutil
 import signal
 import struct
@@ -12,7 +11,7 @@ import unittest
 
 import pictures
 from PIL import Image
-from tools import BIN, TOTALS, JPEG, PNG, TIFF, ToolTest, is_built_with, main, messages_of
+from tools import BIN, TOTALS, JPEG, PNG, TIFF, ToolTest, is_built_with, main, messages_of, on_a_terminal
 
 JOBS = ("1", "2", "5")
 
@@ -243,7 +242,7 @@ class Convert(ToolTest):
             self.assertRegex(self.convert(*arguments, status=2).stderr, rb"\Akestrinectl: [^\n]+\n\Z")
         self.assertIn(b'no set named "Print"', self.convert("--set", "Print", "a.png", status=1).stderr)
         self.store({"name": "Web"})
-        self.assertIn(b"no set is selected", self.convert("a.png", status=1).stderr)
+        self.assertIn(b"no set is selected", self.convert("a.png", status=2).stderr)
 
     def test_an_original_that_cannot_go_to_the_trash_is_reported(self):
         self.web(replaceFile=1)
@@ -292,18 +291,9 @@ class Convert(ToolTest):
         self.assertEqual(self.names("Web"), [b"-b.jpg", b"a.jpg"])
 
     def shown_on_a_terminal(self, *arguments):
-        terminal, inside = pty.openpty()
-        subprocess.run([BIN / "kestrinectl", "convert", *arguments], cwd=self.folder, env=self.environment,
-                       stderr=inside, stdout=inside, check=False, timeout=60)
-        os.close(inside)
-        shown = b""
-        try:
-            while piece := os.read(terminal, 4096):  # may return only a part of the output
-                shown += piece
-        except OSError:  # the end of a terminal
-            pass
-        os.close(terminal)
-        return shown
+        return on_a_terminal(lambda terminal: subprocess.run(
+            [BIN / "kestrinectl", "convert", *arguments], cwd=self.folder, env=self.environment, stderr=terminal,
+            stdout=terminal, check=False, timeout=60))
 
     def test_a_terminal_shows_the_progress(self):
         self.web()

@@ -1,18 +1,14 @@
 """What kestrinectl convert says: totals, details, progress, and JSON for scripts."""
-import fcntl
 import json
 import os
-import pty
 import shutil
-import struct
 import subprocess
-import termios
 from pathlib import Path
 
 import jsonschema
 
 import pictures
-from tools import BIN, JPEG, ToolTest, main
+from tools import BIN, JPEG, ToolTest, main, on_a_terminal
 
 SCHEMA = json.loads((Path(__file__).resolve().parent.parent.parent / "share/convert.schema.json").read_text())
 
@@ -59,19 +55,10 @@ class Details(Output):
 
 class Progress(Output):
     def on_a_terminal(self, *arguments, **environment):
-        terminal, inside = pty.openpty()
-        fcntl.ioctl(inside, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
-        subprocess.run([BIN / "kestrinectl", "convert", "--longest", "300", "--out", "out", *arguments], cwd=self.folder,
-                       env={**self.environment, **environment}, stderr=inside, stdout=subprocess.DEVNULL, check=True, timeout=120)
-        os.close(inside)
-        shown = b""
-        try:
-            while piece := os.read(terminal, 65536):
-                shown += piece
-        except OSError:  # the end of a terminal
-            pass
-        os.close(terminal)
-        return shown.decode()
+        command = [BIN / "kestrinectl", "convert", "--longest", "300", "--out", "out", *arguments]
+        return on_a_terminal(lambda terminal: subprocess.run(
+            command, cwd=self.folder, env={**self.environment, **environment}, stderr=terminal, stdout=subprocess.DEVNULL,
+            check=True, timeout=120)).decode()
 
     def test_a_terminal_shows_rate_sizes_and_remaining_time(self):
         pictures.image(pictures.photo(3000, 2000)).save(self.folder / "large.png", compress_level=1)

@@ -2,12 +2,11 @@
 import json
 import os
 import plistlib
-import pty
 import subprocess
 import unittest
 
 import pictures
-from tools import BIN, ToolTest, main
+from tools import BIN, ToolTest, main, on_a_terminal
 
 
 class Sets(ToolTest):
@@ -35,18 +34,10 @@ class Sets(ToolTest):
 
     def on_a_terminal(self, *arguments):
         """What a command prints to a terminal, both streams together."""
-        master, slave = pty.openpty()
-        self.addCleanup(os.close, master)
-        subprocess.run([BIN / "kestrinectl", *arguments], env=self.environment, cwd=self.folder, stdout=slave,
-                       stderr=slave, stdin=subprocess.DEVNULL, timeout=120)
-        os.close(slave)
-        text = b""
-        try:
-            while piece := os.read(master, 65536):
-                text += piece
-        except OSError:  # the end of a terminal
-            pass
-        return text.decode().replace("\r\n", "\n")
+        shown = on_a_terminal(lambda terminal: subprocess.run(
+            [BIN / "kestrinectl", *arguments], env=self.environment, cwd=self.folder, stdout=terminal, stderr=terminal,
+            stdin=subprocess.DEVNULL, timeout=120))
+        return shown.decode().replace("\r\n", "\n")
 
     def test_kestrine_lists_and_applies_an_added_set(self):
         self.control("add", "Web", "--longest", "30", "--format", "jpeg", "--quality", "62.5")

@@ -250,7 +250,7 @@ class ManyFiles(Undo):
 
     def killed_after(self, seconds, *arguments):
         """Whether the program was killed before its end."""
-        process = subprocess.Popen([BIN / "kestrinectl", *arguments], cwd=self.folder, env=self.environment,
+        process = subprocess.Popen([BIN / "kestrinectl", *arguments], cwd=self.folder, env=self.uncounted(),
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         time.sleep(seconds)
         process.kill()

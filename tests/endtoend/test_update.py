@@ -240,7 +240,7 @@ class Interrupted(Update):
             shutil.rmtree(self.manifests)
             for _ in range(4):
                 process = subprocess.Popen([BIN / "kestrinectl", "convert", "-q", "--longest", "30", "--format", "jpeg", "--out",
-                                            "out", "--update", "-r", "in"], cwd=self.folder, env=self.environment)
+                                            "out", "--update", "-r", "in"], cwd=self.folder, env=self.uncounted())
                 time.sleep(generator.uniform(0.005, 0.06))
                 process.kill()
                 kills += process.wait(timeout=60) != 0

@@ -1,11 +1,15 @@
 """Shared by the end-to-end tests: a temporary home, the built programs, presets written without our own code."""
+import contextlib
+import fcntl
 import os
 import plistlib
+import pty
 import re
 import shutil
 import struct
 import subprocess
 import tempfile
+import termios
 import unittest
 from pathlib import Path
 
@@ -91,6 +95,21 @@ def messages_of(done):
     return [line.removeprefix("kestrinectl: ") for line in without_totals(done.stderr.decode()).splitlines()]
 
 
+def on_a_terminal(run):
+    """What a program shows on a terminal of 80 x 24 characters. `run` starts it and gets the terminal's descriptor."""
+    terminal, inside = pty.openpty()
+    fcntl.ioctl(inside, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
+    try:
+        run(inside)
+    finally:
+        os.close(inside)
+    shown = b""
+    with os.fdopen(terminal, "rb", buffering=0) as output, contextlib.suppress(OSError):  # an error is the end
+        while piece := output.read(65536):
+            shown += piece
+    return shown
+
+
 def is_built_with(*sanitizers):
     """Whether the programs were built with one of these sanitizers, such as "asan"."""
     program = (BIN / "kestrine").read_bytes()
@@ -150,10 +169,12 @@ class ToolTest(unittest.TestCase):
             subprocess.run(["chown", "-R", "65534", self.home], check=True)
             if subprocess.run([*command[:-1], "cat", BIN / program], capture_output=True).returncode != 0:
                 self.skipTest("another user cannot run the program from here")
-        # A build that counts coverage writes its counts there, since that user cannot write where they belong.
-        environment = {**self.environment, "GCOV_PREFIX": str(self.home)}
-        return subprocess.run([*command, *arguments], cwd=self.folder, env=environment, capture_output=True,
-                              timeout=120)
+        return subprocess.run([*command, *arguments], cwd=self.folder, env=self.uncounted(), capture_output=True, timeout=120)
+
+    def uncounted(self):
+        """The environment of programs that cannot write where a build that counts coverage keeps its counts, or that are
+        killed, perhaps while they write them."""
+        return {**self.environment, "GCOV_PREFIX": str(self.home)}
 
     def convert(self, fields, *files):
         """Applies one set named S to files of the current folder. Returns the sorted paths of the results."""

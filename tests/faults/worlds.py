@@ -51,7 +51,7 @@ class Scenario:
         self.command = [str(BIN / program), *arguments]
         self.is_quiet = program == "kestrine"
         self.changes_presets = arguments[0] == "sets"
-        self.uses_threads = "-j2" in arguments
+        self.makes_pictures = arguments[0] != "desktop"
         self.folder = folder
         self.replaces = replaces
         self.files = {f"{folder}/a.jpg": A_JPEG, f"{folder}/b.png": B_PNG, f"{folder}/keep.txt": b"keep me",
@@ -84,6 +84,7 @@ def scenarios():
         Scenario("sets-edit", "kestrinectl", "sets", "edit", "W", "--longest", "100"),
         Scenario("sets-remove", "kestrinectl", "sets", "remove", "W"),
         Scenario("sets-select", "kestrinectl", "sets", "select", "R"),
+        Scenario("desktop-install", "kestrinectl", "desktop", "install", "--all"),
     ]
 
 
@@ -103,7 +104,8 @@ class World:
     def remove(self):
         for mounted in (self.base / "volume", self.base):
             subprocess.run(["umount", mounted], capture_output=True)
-        shutil.rmtree(self.base, ignore_errors=True)
+        for folder in (self.base, f"{self.base}.counts"):
+            shutil.rmtree(folder, ignore_errors=True)
 
     def build(self, scenario):
         for top in (self.base, self.base / "volume"):
@@ -117,8 +119,10 @@ class World:
             (self.base / path).write_bytes(content)
 
     def environment(self, scenario):
+        """A build that counts coverage keeps the counts of these runs elsewhere: a fault while they are written would spoil
+        those of all runs."""
         return {"HOME": str(self.base / "home"), "PWD": str(self.base / scenario.folder), "LANG": "C",
-                "PATH": os.environ["PATH"]}
+                "PATH": os.environ["PATH"], "GCOV_PREFIX": f"{self.base}.counts"}
 
     def snapshot(self):
         """The contents of all files, by their path relative to the base. The target of a link counts as content."""

@@ -7,7 +7,7 @@
 
 namespace kestrine {
 
-/// The options as typed and checked (ConvertWords.h); those not given are absent.
+/// The options as typed and checked (RecipeWords.h); those not given are absent.
 struct ConvertOptions {
     std::optional<std::string> longest, width, height, percent, fit, cover;
     std::optional<std::string> gravity, pad, background;

@@ -2,9 +2,9 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertInputs.h"
-#include "kestrinectl/convert/ConvertWords.h"
 #include "kestrinectl/sets/SetNames.h"
 #include "kestrinectl/text/Words.h"
+#include "models/RecipeWords.h"
 
 #include <algorithm>
 
@@ -14,7 +14,6 @@ namespace {
 
 using Rule = PixelSize::Rule;
 
-constexpr float usualQuality = 0.8F;
 constexpr const char* nameForSeveralSizes = "{stem}-{width}.{ext}";
 
 class WrongOptions : public CommandError {
@@ -100,14 +99,6 @@ std::vector<PixelSize> sizesOf(const ConvertOptions& options) {
     for (auto size = sizes.begin(); size != sizes.end(); ++size)
         sizes.erase(std::remove(size + 1, sizes.end(), *size), sizes.end());
     return sizes;
-}
-
-ConversionRecipe recipeWithoutSet() {
-    return {.upright = UprightRule::always,
-            .format = {FormatRule::Choice::ofSource},
-            .quality = usualQuality,
-            .exif = ExifSelection::withoutOwner,
-            .place = {.keepsExtension = true}};
 }
 
 NSString absoluteFolder(const std::string& folder) {
@@ -231,7 +222,7 @@ ConversionRecipes recipesAnywhere(const ConvertOptions& options, const ResizeSet
     const std::vector<PixelSize> sizes = sizesOf(options);
     checkSizes(options, !sets.empty());
     ConversionRecipes recipes;
-    for (ConversionRecipe recipe : sets.empty() ? ConversionRecipes{recipeWithoutSet()} : recipesOf(sets)) {
+    for (ConversionRecipe recipe : sets.empty() ? ConversionRecipes{usualRecipe()} : recipesOf(sets)) {
         changeRecipe(recipe, options);
         if (sizes.size() > 1 && !recipe.place.name)
             recipe.place.name = *NameTemplate::parse(nameForSeveralSizes);

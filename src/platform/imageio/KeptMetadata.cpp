@@ -19,8 +19,7 @@ constexpr std::uint8_t hasOther = 1, hasExif = 2;
 constexpr std::uint8_t isKeptBy(ExifSelection selection) {
     return static_cast<std::uint8_t>(4U << static_cast<unsigned>(selection));
 }
-constexpr std::array allSelections = {ExifSelection::camera, ExifSelection::withoutOwner,
-                                      ExifSelection::rights, ExifSelection::all};
+constexpr std::array selections = {ExifSelection::camera, ExifSelection::withoutOwner, ExifSelection::rights};
 
 /// Reads a file from the front.
 class Walk {
@@ -124,15 +123,13 @@ Result<Bytes> metadataOf(const std::shared_ptr<const ByteReader>& file) {
     std::uint8_t found = hasOtherIn(file, *codec) ? hasOther : 0;
     if (!exif.empty())
         found |= hasExif;
-    for (const ExifSelection selection : allSelections)
+    for (const ExifSelection selection : selections)
         if (keepsWholeExif(exif, selection))
             found |= isKeptBy(selection);
     return Bytes{found};
 }
 
 bool holdsNoMoreThan(const std::optional<ExifSelection>& selection, ByteView answer) {
-    if (selection == ExifSelection::all)
-        return true;
     if (answer.size() != 1 || (answer.front() & hasOther) != 0)
         return false;
     const bool mayHaveExif = selection && (answer.front() & isKeptBy(*selection)) != 0;

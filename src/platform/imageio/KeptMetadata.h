@@ -13,8 +13,8 @@ namespace kestrine {
 Result<Bytes> metadataOf(const std::shared_ptr<const ByteReader>& file);
 
 /// Whether a file with this answer holds nothing that a result with `selection` would lose; nullopt stands
-/// for a result without EXIF data. ExifSelection::all permits everything. Files of formats other than JPEG
-/// and PNG are taken to hold more.
+/// for a result without EXIF data. Not for ExifSelection::all, which permits everything. Files of formats
+/// other than JPEG and PNG are taken to hold more.
 bool holdsNoMoreThan(const std::optional<ExifSelection>& selection, ByteView answer);
 
 } // namespace kestrine

@@ -3,6 +3,7 @@
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
+#include "platform/coregraphics/WatchedRows.h"
 #include "platform/host/process/MemoryBudget.h"
 #include "platform/imageio/LocalSource.h"
 
@@ -252,7 +253,7 @@ Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output
     TRY(checkSize(picture));
     const OutputFormat& file = outputFormat(output.type);
     Pipeline pipeline(picture, file.holds16Bits, &output);
-    RowSourcePointer rows = TRY(pipeline.build());
+    RowSourcePointer rows = rowsWatched(TRY(pipeline.build()));
     if (!file.holdsAlpha)
         rows = rowsOnWhite(std::move(rows));
     std::optional<ColorProfile> profile = picture.profile();

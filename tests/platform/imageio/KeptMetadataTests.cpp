@@ -23,8 +23,7 @@ std::string selectionsFor(const Bytes& file) {
         {std::nullopt, "none "},
         {ExifSelection::rights, "rights "},
         {ExifSelection::withoutOwner, "exif "},
-        {ExifSelection::camera, "camera "},
-        {ExifSelection::all, "all "}};
+        {ExifSelection::camera, "camera "}};
     for (const auto& [selection, name] : rows)
         if (holdsNoMoreThan(selection, answer))
             names += name;
@@ -48,18 +47,18 @@ Bytes withInserted(Bytes file, std::ptrdiff_t position, const Bytes& inserted) {
 }
 
 TEST(KeptMetadata, aFileWithoutAnyHoldsNoMoreThanAnyResult) {
-    EXPECT_EQ(selectionsFor(*jpeg::encode(*photo(), {.quality = 0.9})), "none rights exif camera all ");
-    EXPECT_EQ(selectionsFor(*png::encode(*photo(), {})), "none rights exif camera all ");
+    EXPECT_EQ(selectionsFor(*jpeg::encode(*photo(), {.quality = 0.9})), "none rights exif camera ");
+    EXPECT_EQ(selectionsFor(*png::encode(*photo(), {})), "none rights exif camera ");
 }
 
 TEST(KeptMetadata, exifMustBeWhatASelectionKeeps) {
     const testing::ExifContent everything{.ifd0 = {exifText(0x010f, "Kappa"), exifText(0x8298, "(c) Ann")},
                                           .exifSubIFD = {exifText(0xa431, "12345")},
                                           .gpsIFD = {exifText(1, "N")}};
-    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::all)), "all ");
-    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::camera)), "camera all ");
-    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::withoutOwner)), "exif camera all ");
-    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::rights)), "rights exif camera all ");
+    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::all)), "");
+    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::camera)), "camera ");
+    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::withoutOwner)), "exif camera ");
+    EXPECT_EQ(selectionsFor(jpegWith(everything, ExifSelection::rights)), "rights exif camera ");
 }
 
 TEST(KeptMetadata, exifNeedNotBeWrittenAsResultsHaveIt) {
@@ -68,46 +67,46 @@ TEST(KeptMetadata, exifNeedNotBeWrittenAsResultsHaveIt) {
         EXPECT_EQ(selectionsFor(jpegWith({.order = order,
                                           .ifd0 = {exifText(0x010f, "Kappa"), exifRationals(0x011a, {72, 1})},
                                           .exifSubIFD = {exifText(0x9003, "2024:06:01 18:30:05")}})),
-                  "exif camera all ");
+                  "exif camera ");
 }
 
 TEST(KeptMetadata, thumbnailsAndNotesOfTheCameraAreMore) {
     using namespace testing;
     const ExifField maker = exifText(0x010f, "Kappa");
-    EXPECT_EQ(selectionsFor(jpegWith({.ifd0 = {maker}, .ifd1 = {exifShorts(0x0103, {6})}})), "all ");
+    EXPECT_EQ(selectionsFor(jpegWith({.ifd0 = {maker}, .ifd1 = {exifShorts(0x0103, {6})}})), "");
     EXPECT_EQ(selectionsFor(jpegWith({.ifd0 = {maker}, .exifSubIFD = {exifBytes(0x927c, {1, 2, 3, 4, 5})}})),
-              "all ");
-    EXPECT_EQ(selectionsFor(jpegWith({.ifd0 = {maker, exifText(0x9999, "unknown")}})), "all ");
+              "");
+    EXPECT_EQ(selectionsFor(jpegWith({.ifd0 = {maker, exifText(0x9999, "unknown")}})), "");
 }
 
 TEST(KeptMetadata, otherSegmentsAndChunksAreMore) {
     const Bytes jpeg = *jpeg::encode(*photo(), {.quality = 0.9});
     constexpr std::ptrdiff_t afterJFIF = 20;
     for (const std::uint8_t marker : Bytes{0xe1, 0xe2, 0xed, 0xfe, 0xef})
-        EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, marker, 0, 4, 'x', 'y'})), "all ")
+        EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, marker, 0, 4, 'x', 'y'})), "")
             << int{marker};
     EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, 0xee, 0, 4, 'x', 'y'})),
-              "none rights exif camera all ");
+              "none rights exif camera ");
 }
 
 TEST(KeptMetadata, whatFollowsThePictureIsMore) {
     Bytes jpeg = *jpeg::encode(*photo(), {.quality = 0.9}), png = *png::encode(*photo(), {});
     jpeg.push_back(0);
     png.push_back(0);
-    EXPECT_EQ(selectionsFor(jpeg), "all ");
-    EXPECT_EQ(selectionsFor(png), "all ");
+    EXPECT_EQ(selectionsFor(jpeg), "");
+    EXPECT_EQ(selectionsFor(png), "");
 }
 
 TEST(KeptMetadata, segmentsBetweenScansAreMore) {
     const Bytes file = *jpeg::encode(*photo(), {.quality = 0.9, .isProgressive = true});
-    EXPECT_EQ(selectionsFor(file), "none rights exif camera all ");
+    EXPECT_EQ(selectionsFor(file), "none rights exif camera ");
     const Bytes startOfScan{0xff, 0xda};
     const auto last = std::ranges::find_end(file, startOfScan).begin();
-    EXPECT_EQ(selectionsFor(withInserted(file, last - file.begin(), {0xff, 0xfe, 0, 4, 'x', 'y'})), "all ");
+    EXPECT_EQ(selectionsFor(withInserted(file, last - file.begin(), {0xff, 0xfe, 0, 4, 'x', 'y'})), "");
 }
 
 TEST(KeptMetadata, filesOfOtherFormatsAreTakenToHoldMore) {
-    EXPECT_EQ(selectionsFor(*tiff::encode(*photo(), {})), "all ");
+    EXPECT_EQ(selectionsFor(*tiff::encode(*photo(), {})), "");
 }
 
 } // namespace

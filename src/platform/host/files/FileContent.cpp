@@ -1,6 +1,7 @@
 #include "platform/host/files/FileContent.h"
 
 #include "platform/host/files/ByteReader.h"
+#include "platform/host/files/DuplicatedDescriptor.h"
 #include "platform/host/files/FileDescriptor.h"
 #include "platform/host/files/PathParts.h"
 
@@ -32,10 +33,7 @@ Result<void> finishWriting(int file, Durability durability) {
     if (durability == Durability::synced && ::fsync(file) != 0)
         return systemFailure("cannot write the content to the disk");
     // Closing a duplicate reports the errors. The original stays open: publishing needs it to name the file.
-    FileDescriptor duplicate(::fcntl(file, F_DUPFD_CLOEXEC, 0));
-    if (!duplicate.isOpen())
-        return systemFailure("cannot finish writing");
-    return duplicate.close();
+    return TRY(duplicated(file)).close();
 }
 
 Result<void> syncFolder(int folder) {

@@ -30,7 +30,7 @@ class Rows final : public RowSource {
 public:
     Rows(std::unique_ptr<ForwardReader> input, const Header& header)
         : RowSource(header.format), input_(std::move(input)), header_(header), scaled_(scaledSamples(header)),
-          bits_((header.format.width + 7) / 8) {}
+          bits_((header.format.width + 7) / 8), firstRow_(input_->offset()) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         switch (header_.samples) {
@@ -99,8 +99,6 @@ private:
     }
 
     Result<void> readFloats(std::span<std::uint8_t> row) {
-        if (y_ == 0)
-            firstRow_ = input_->offset();
         floats_.resize(2 * row.size());
         input_->moveTo(firstRow_ + (format().height - 1 - y_++) * std::uint64_t{floats_.size()});
         if (input_->read(floats_) != floats_.size())
@@ -121,9 +119,9 @@ private:
     const Header header_;
     const std::vector<std::uint16_t> scaled_; ///< by sample
     Bytes bits_;
-    Bytes floats_;               ///< of a row
-    std::uint64_t firstRow_ = 0; ///< where the samples of a floating-point map begin
-    std::uint32_t y_ = 0;        ///< of the next row of a floating-point map
+    Bytes floats_; ///< of a row
+    const std::uint64_t firstRow_;
+    std::uint32_t y_ = 0; ///< of the next row of a floating-point map
 };
 
 class Decoder final : public ImageDecoder {

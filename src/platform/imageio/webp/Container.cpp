@@ -50,10 +50,9 @@ Bytes withMetadata(ByteView file, const RowFormat& format, ByteView profile, Byt
     chunks.insert(chunks.end(), picture.begin(), picture.end());
     if (!exif.empty())
         appendChunk(chunks, "EXIF", exif);
-    Bytes result;
-    constexpr std::string_view riff = "RIFF", webp = "WEBP";
-    result.insert(result.end(), riff.begin(), riff.end());
-    appendLittleEndian(result, chunks.size() + webp.size(), 4);
+    Bytes result{'R', 'I', 'F', 'F'};
+    const Bytes webp{'W', 'E', 'B', 'P'};
+    appendLittleEndian(result, webp.size() + chunks.size(), 4);
     result.insert(result.end(), webp.begin(), webp.end());
     result.insert(result.end(), chunks.begin(), chunks.end());
     return result;

@@ -81,41 +81,33 @@ std::size_t chosenFilter(const Strategy& strategy, const FilteredForms& forms, s
     return best;
 }
 
-/// The rows filtered in every way; each row is preceded by the number of its filter.
-class Candidates {
-public:
-    explicit Candidates(const StoredRowShape& shape) : shape_(shape), forms_(shape.bytes) {}
-
-    std::array<Bytes, std::size(strategies)> of(ByteView rows) {
-        constexpr std::size_t filtersWithoutAbove = 2;
-        std::array<Bytes, std::size(strategies)> candidates;
-        const std::size_t count = rows.size() / shape_.bytes;
-        for (Bytes& candidate : candidates)
-            candidate.reserve(count * (shape_.bytes + 1));
-        Bytes row(shape_.bytes + 2 * kernels::pngRowMargin), above(row.size());
-        for (std::size_t y = 0; y < count; ++y) {
-            std::swap(row, above);
-            std::memcpy(row.data() + kernels::pngRowMargin, rows.data() + y * shape_.bytes, shape_.bytes);
-            forms_.make(shape_, row.data() + kernels::pngRowMargin, above.data() + kernels::pngRowMargin);
-            for (std::size_t i = 0; i < candidates.size(); ++i) {
-                const std::size_t filter =
-                    chosenFilter(strategies[i], forms_, y == 0 ? filtersWithoutAbove : kernels::pngFilters);
-                candidates[i].push_back(static_cast<std::uint8_t>(filter));
-                candidates[i].insert(candidates[i].end(), forms_[filter].begin(), forms_[filter].end());
-            }
+/// The rows filtered by every strategy; each row is preceded by the number of its filter.
+std::array<Bytes, std::size(strategies)> filteredInEveryWay(ByteView rows, const StoredRowShape& shape) {
+    constexpr std::size_t filtersWithoutAbove = 2;
+    std::array<Bytes, std::size(strategies)> candidates;
+    const std::size_t count = rows.size() / shape.bytes;
+    for (Bytes& candidate : candidates)
+        candidate.reserve(count * (shape.bytes + 1));
+    FilteredForms forms(shape.bytes);
+    Bytes row(shape.bytes + 2 * kernels::pngRowMargin), above(row.size());
+    for (std::size_t y = 0; y < count; ++y) {
+        std::swap(row, above);
+        std::memcpy(row.data() + kernels::pngRowMargin, rows.data() + y * shape.bytes, shape.bytes);
+        forms.make(shape, row.data() + kernels::pngRowMargin, above.data() + kernels::pngRowMargin);
+        for (std::size_t i = 0; i < candidates.size(); ++i) {
+            const std::size_t filter =
+                chosenFilter(strategies[i], forms, y == 0 ? filtersWithoutAbove : kernels::pngFilters);
+            candidates[i].push_back(static_cast<std::uint8_t>(filter));
+            candidates[i].insert(candidates[i].end(), forms[filter].begin(), forms[filter].end());
         }
-        return candidates;
     }
-
-private:
-    const StoredRowShape shape_;
-    FilteredForms forms_;
-};
+    return candidates;
+}
 
 } // namespace
 
 DeflatedPiece deflateThoroughly(ByteView rows, const StoredRowShape& shape, bool isLast) {
-    const auto candidates = Candidates(shape).of(rows);
+    const auto candidates = filteredInEveryWay(rows, shape);
     const auto sizeOf = [](const Bytes& candidate) {
         return deflatePiece(candidate, true, trialCompression).deflated.size();
     };

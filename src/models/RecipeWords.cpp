@@ -1,4 +1,4 @@
-#include "kestrinectl/convert/ConvertWords.h"
+#include "models/RecipeWords.h"
 
 #include <algorithm>
 #include <array>
@@ -50,7 +50,7 @@ struct ByteUnit {
 constexpr std::array<ByteUnit, 4> byteUnits = {{{"k", 1e3}, {"K", 1e3}, {"M", 1e6}, {"", 1}}};
 constexpr double highestByteCount = 1e15;
 
-Failure malformed(const std::string& text) { return {Reason::malformed, text}; }
+Failure mustBe(const std::string& what) { return {Reason::malformed, "must be " + what}; }
 
 /// The whole word as a number between `low` and `high`.
 template <class Number>
@@ -91,13 +91,13 @@ std::optional<RGBColor> colorOfDigits(const std::string& digits) {
 Result<std::vector<std::uint32_t>> lengthsIn(const std::string& word) {
     if (auto lengths = numbersIn(word, std::uint32_t{1}, highestLength))
         return *std::move(lengths);
-    return malformed("must be a whole number from 1 to 1000000, or several with commas between them");
+    return mustBe("a whole number from 1 to 1000000, or several with commas between them");
 }
 
 Result<std::vector<double>> percentagesIn(const std::string& word) {
     if (auto percentages = numbersIn(word, lowestPercentage, highestPercentage))
         return *std::move(percentages);
-    return malformed("must be a number from 0.001 to 100000, or several with commas between them");
+    return mustBe("a number from 0.001 to 100000, or several with commas between them");
 }
 
 Result<PixelBox> boxIn(const std::string& word) {
@@ -108,14 +108,14 @@ Result<PixelBox> boxIn(const std::string& word) {
         numberIn(view.substr(std::min(cross + 1, view.size())), std::uint32_t{1}, highestLength);
     if (width && height)
         return PixelBox{*width, *height};
-    return malformed("must be a width and a height in pixels, such as 1200x800");
+    return mustBe("a width and a height in pixels, such as 1200x800");
 }
 
 Result<Gravity> gravityNamed(const std::string& word) {
     const auto* row = std::ranges::find(gravities, word, &NamedGravity::name);
     if (row != gravities.end())
         return row->gravity;
-    return malformed("must be " + gravityNames());
+    return mustBe(gravityNames());
 }
 
 std::string gravityNames() {
@@ -136,8 +136,7 @@ Result<RGBColor> colorIn(const std::string& word) {
         digits = {digits[0], digits[0], digits[1], digits[1], digits[2], digits[2]};
     if (const auto color = colorOfDigits(digits))
         return *color;
-    return malformed(
-        "must be a colour such as #ffcc00, white, black, gray, red, green, blue, yellow or silver");
+    return mustBe("a colour such as #ffcc00, white, black, gray, red, green, blue, yellow or silver");
 }
 
 Result<std::uint64_t> bytesIn(const std::string& word) {
@@ -150,7 +149,7 @@ Result<std::uint64_t> bytesIn(const std::string& word) {
             return static_cast<std::uint64_t>(*count * unit.bytes);
         break;
     }
-    return malformed("must be a number of bytes, such as 200000, 200k or 1.5M");
+    return mustBe("a number of bytes, such as 200k or 2M (k is 1000, M is 1000000)");
 }
 
 Result<std::optional<ExifSelection>> metadataNamed(const std::string& word) {
@@ -162,7 +161,7 @@ Result<std::optional<ExifSelection>> metadataNamed(const std::string& word) {
         return std::optional(ExifSelection::camera);
     if (word == "all")
         return std::optional(ExifSelection::all);
-    return malformed("must be none, rights, exif or all");
+    return mustBe("none, rights, exif or all");
 }
 
 Result<Effort> effortNamed(const std::string& word) {
@@ -172,7 +171,7 @@ Result<Effort> effortNamed(const std::string& word) {
         return Effort::normal;
     if (word == "max")
         return Effort::max;
-    return malformed("must be fast, normal or max");
+    return mustBe("fast, normal or max");
 }
 
 Result<TimesRule> timesNamed(const std::string& word) {
@@ -182,13 +181,13 @@ Result<TimesRule> timesNamed(const std::string& word) {
         return TimesRule::taken;
     if (word == "now")
         return TimesRule::now;
-    return malformed("must be keep, taken or now");
+    return mustBe("keep, taken or now");
 }
 
 Result<bool> profileNamed(const std::string& word) {
     if (word == "keep" || word == "srgb")
         return word == "srgb";
-    return malformed("must be keep or srgb");
+    return mustBe("keep or srgb");
 }
 
 } // namespace kestrine

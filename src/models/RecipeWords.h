@@ -1,4 +1,4 @@
-// How the values of the options of `convert` are spelled. Failures have reason "malformed" and a text that
+// How the values of options that make a recipe are spelled. Failures have reason "malformed" and a text that
 // follows the name of the option: "must be ...".
 #pragma once
 

@@ -1,4 +1,4 @@
-#include "kestrinectl/convert/ConvertWords.h"
+#include "models/RecipeWords.h"
 
 #include <gtest/gtest.h>
 
@@ -10,33 +10,33 @@ bool refuses(const Result<T>& result) {
     return !result && result.failure().text.starts_with("must be ");
 }
 
-TEST(ConvertWords, lengthsAreWholeNumbersWithCommas) {
+TEST(RecipeWords, lengthsAreWholeNumbersWithCommas) {
     EXPECT_EQ(*lengthsIn("480"), (std::vector<std::uint32_t>{480}));
     EXPECT_EQ(*lengthsIn("480,960,1000000"), (std::vector<std::uint32_t>{480, 960, 1000000}));
     for (const char* word : {"", "0", "1000001", "1.5", "-3", "480,", ",480", "480 960", "0x10", "nan"})
         EXPECT_TRUE(refuses(lengthsIn(word))) << word;
 }
 
-TEST(ConvertWords, percentagesMayHaveFractions) {
+TEST(RecipeWords, percentagesMayHaveFractions) {
     EXPECT_EQ(*percentagesIn("50,12.5"), (std::vector<double>{50, 12.5}));
     for (const char* word : {"0", "-1", "nan", "inf", "100001", "50%"})
         EXPECT_TRUE(refuses(percentagesIn(word))) << word;
 }
 
-TEST(ConvertWords, aBoxHasTwoLengths) {
+TEST(RecipeWords, aBoxHasTwoLengths) {
     EXPECT_EQ(*boxIn("1200x800"), (PixelBox{1200, 800}));
     for (const char* word : {"1200", "1200x", "x800", "1200x0", "1200X800", "1200x800x3"})
         EXPECT_TRUE(refuses(boxIn(word))) << word;
 }
 
-TEST(ConvertWords, gravityIsAPointOfTheCompass) {
+TEST(RecipeWords, gravityIsAPointOfTheCompass) {
     EXPECT_EQ(*gravityNamed("northeast"), (Gravity{1, 0}));
     EXPECT_EQ(*gravityNamed("center"), Gravity{});
     EXPECT_EQ(gravityNamed("up").failure().text, "must be center, north, northeast, east, southeast, south, "
                                                  "southwest, west or northwest");
 }
 
-TEST(ConvertWords, aColourIsANameOrHexadecimal) {
+TEST(RecipeWords, aColourIsANameOrHexadecimal) {
     EXPECT_EQ(*colorIn("white"), white);
     EXPECT_EQ(*colorIn("#ff8001"), (RGBColor{255, 128, 1}));
     EXPECT_EQ(*colorIn("#FA0"), (RGBColor{255, 170, 0}));
@@ -44,7 +44,7 @@ TEST(ConvertWords, aColourIsANameOrHexadecimal) {
         EXPECT_TRUE(refuses(colorIn(word))) << word;
 }
 
-TEST(ConvertWords, aNumberOfBytesMayHaveADecimalUnit) {
+TEST(RecipeWords, aNumberOfBytesMayHaveADecimalUnit) {
     EXPECT_EQ(*bytesIn("200000"), 200000U);
     EXPECT_EQ(*bytesIn("200k"), 200000U);
     EXPECT_EQ(*bytesIn("1.5M"), 1500000U);
@@ -52,7 +52,7 @@ TEST(ConvertWords, aNumberOfBytesMayHaveADecimalUnit) {
         EXPECT_TRUE(refuses(bytesIn(word))) << word;
 }
 
-TEST(ConvertWords, metadataTimesAndProfilesAreWords) {
+TEST(RecipeWords, metadataTimesAndProfilesAreWords) {
     EXPECT_EQ(*metadataNamed("none"), std::nullopt);
     EXPECT_EQ(*metadataNamed("all"), ExifSelection::all);
     EXPECT_EQ(*timesNamed("taken"), TimesRule::taken);

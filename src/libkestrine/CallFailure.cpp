@@ -1,0 +1,62 @@
+#include "libkestrine/CallFailure.h"
+
+#include <cstring>
+
+namespace kestrine {
+
+namespace {
+
+/// Long texts are cut off, so that remembering one cannot fail.
+thread_local char errorText[512] = "";
+
+kestrine_status statusOf(Reason reason) {
+    switch (reason) {
+    case Reason::notFound:
+        return KESTRINE_NOT_FOUND;
+    case Reason::alreadyExists:
+        return KESTRINE_ALREADY_EXISTS;
+    case Reason::notPermitted:
+        return KESTRINE_NOT_PERMITTED;
+    case Reason::notRegularFile:
+        return KESTRINE_NOT_A_FILE;
+    case Reason::tooLarge:
+        return KESTRINE_TOO_LARGE;
+    case Reason::malformed:
+    case Reason::truncated:
+    case Reason::empty:
+    case Reason::implausible:
+        return KESTRINE_MALFORMED;
+    case Reason::unsupported:
+    case Reason::otherFormat:
+    case Reason::refused:
+        return KESTRINE_UNSUPPORTED;
+    case Reason::noSpace:
+        return KESTRINE_NO_SPACE;
+    case Reason::inputOutput:
+        return KESTRINE_INPUT_OUTPUT;
+    case Reason::crashed:
+    case Reason::timeLimit:
+        return KESTRINE_DECODER_ENDED;
+    case Reason::outOfMemory:
+        return KESTRINE_OUT_OF_MEMORY;
+    }
+    return KESTRINE_INTERNAL;
+}
+
+} // namespace
+
+CallFailure callFailure(const Failure& failure) { return {statusOf(failure.reason), failure.text}; }
+
+CallFailure nullArgument(const char* name) {
+    return {KESTRINE_WRONG_ARGUMENT, "the argument '" + std::string(name) + "' is null"};
+}
+
+kestrine_status remembered(const CallFailure& failure) noexcept {
+    const std::size_t length = failure.text.copy(errorText, sizeof errorText - 1);
+    errorText[length] = '\0';
+    return failure.status;
+}
+
+const char* lastErrorText() noexcept { return errorText; }
+
+} // namespace kestrine
