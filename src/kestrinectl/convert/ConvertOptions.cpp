@@ -34,17 +34,23 @@ CLI::Validator nonEmpty() {
         [](const std::string& word) -> std::string { return word.empty() ? "must not be empty" : ""; }, "");
 }
 
+/// An option with a value.
+struct ValueOption {
+    const char* name;
+    std::optional<std::string>& value;
+    CLI::Validator check;
+    const char* text;
+    std::string help;
+
+    void addTo(CLI::App& command) const {
+        command.add_option(name, value, help)->check(check)->option_text(text);
+    }
+};
+
 } // namespace
 
-void ConvertOptions::addTo(CLI::App& command) {
-    struct Row {
-        const char* name;
-        std::optional<std::string>& value;
-        CLI::Validator check;
-        const char* text;
-        std::string help;
-    };
-    const Row rows[] = {
+void ConvertOptions::addLookTo(CLI::App& command) {
+    const ValueOption rows[] = {
         {"--longest", longest, understoodBy(lengthsIn), "N[,N...]",
          "Scale the longer side to exactly N pixels; several numbers make several results per file"},
         {"--width", width, understoodBy(lengthsIn), "N[,N...]",
@@ -63,31 +69,16 @@ void ConvertOptions::addTo(CLI::App& command) {
         {"--background", background, understoodBy(colorIn), "COLOR",
          "Colour for transparent parts (default: transparent, or white where the format has no "
          "transparency)"},
-        {"--format", format, formatOfResult(), "FORMAT",
-         "Output format: " + formatNames(outputFormats())
-             + " (default without a set: that of the file, or else jpeg, and png with transparency)"},
         {"--effort", effort, understoodBy(effortNamed), "fast|normal|max",
          "Time to spend on smaller files, for png, webp, avif and jxl (default: normal)"},
         {"--max-bytes", maxBytes, understoodBy(bytesIn), "SIZE",
          "Use the highest quality with which a result has at most this size, such as 200k; an error if there "
          "is none"},
-        {"--metadata", metadata, understoodBy(metadataNamed), "none|rights|exif|all",
-         "What to keep of the EXIF data: nothing, artist and copyright, what describes the picture, or "
-         "everything with the place, in JPEG, WebP, AVIF and JPEG XL (default without a set: exif without "
-         "serial numbers and the name of the owner)"},
-        {"--times", times, understoodBy(timesNamed), "keep|taken|now",
-         "Modification time of the results: that of the original, when the picture was taken, or now "
-         "(default: now)"},
         {"--profile", profile, understoodBy(profileNamed), "keep|srgb",
          "Keep the colour profile, or convert to sRGB (default: keep)"},
-        {"--out", out, nonEmpty(), "FOLDER",
-         "Folder for the results, with the sub-folders in which the files were found"},
-        {"--name", name, understoodBy(NameTemplate::parse), "TEMPLATE",
-         "Names of the results below --out, with {stem}, {ext}, {set}, {width}, {height}, {n} and {date} "
-         "(default: {stem}.{ext}, or {stem}-{width}.{ext} for several sizes)"},
     };
-    for (const Row& row : rows)
-        command.add_option(row.name, row.value, row.help)->check(row.check)->option_text(row.text);
+    for (const ValueOption& row : rows)
+        row.addTo(command);
     command.add_flag("--no-enlarge", keepsSmall, "Do not make pictures larger (default: they are enlarged)");
     command.add_flag(
         "--lossless", isLossless,
@@ -96,15 +87,38 @@ void ConvertOptions::addTo(CLI::App& command) {
         "--progressive", isProgressive,
         "Store JPEG so that the whole picture is shown early; a little smaller (default: baseline)");
     command
-        .add_option("--quality", quality,
-                    "Quality in percent, 0 to 100, for formats that have one (default without a set: 80)")
-        ->check(numberBetween(0.0F, 100.0F))
-        ->option_text("N");
-    command
         .add_flag(
             "--upright,!--no-upright", [this](std::int64_t count) { upright = count > 0; },
             "Turn all pictures upright, or none (default without a set: --upright)")
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+}
+
+void ConvertOptions::addTo(CLI::App& command) {
+    addLookTo(command);
+    const ValueOption rows[] = {
+        {"--format", format, formatOfResult(), "FORMAT",
+         "Output format: " + formatNames(outputFormats())
+             + " (default without a set: that of the file, or else jpeg, and png with transparency)"},
+        {"--metadata", metadata, understoodBy(metadataNamed), "none|rights|exif|all",
+         "What to keep of the EXIF data: nothing, artist and copyright, what describes the picture, or "
+         "everything with the place, in JPEG, WebP, AVIF and JPEG XL (default without a set: exif without "
+         "serial numbers and the name of the owner)"},
+        {"--times", times, understoodBy(timesNamed), "keep|taken|now",
+         "Modification time of the results: that of the original, when the picture was taken, or now "
+         "(default: now)"},
+        {"--out", out, nonEmpty(), "FOLDER",
+         "Folder for the results, with the sub-folders in which the files were found"},
+        {"--name", name, understoodBy(NameTemplate::parse), "TEMPLATE",
+         "Names of the results below --out, with {stem}, {ext}, {set}, {width}, {height}, {n} and {date} "
+         "(default: {stem}.{ext}, or {stem}-{width}.{ext} for several sizes)"},
+    };
+    for (const ValueOption& row : rows)
+        row.addTo(command);
+    command
+        .add_option("--quality", quality,
+                    "Quality in percent, 0 to 100, for formats that have one (default without a set: 80)")
+        ->check(numberBetween(0.0F, 100.0F))
+        ->option_text("N");
     command.add_flag(
         "--skip-fitting", skipsFitting,
         "Copy a file unchanged that has the format already, is not larger, stands upright and has no "

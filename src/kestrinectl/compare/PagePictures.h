@@ -1,0 +1,34 @@
+// PagePictures: the pictures that a page embeds to show a result.
+#pragma once
+
+#include "kestrinectl/compare/Comparison.h"
+
+namespace kestrine {
+
+/// One embedded picture.
+struct PagePicture {
+    std::string part;           ///< "Whole picture", or which crop it is
+    std::string_view mediaType; ///< "image/png"
+    Bytes file;                 ///< has no EXIF data
+    std::uint32_t width, height;
+};
+
+/// How a result is shown.
+struct ShownImage {
+    std::vector<PagePicture> parts; ///< the same number for all results of one picture
+    bool isReduced = false;         ///< whether the whole picture is shown smaller than it is
+    bool isConverted = false;       ///< whether lossless PNG stands for a format that browsers do not show
+
+    /// The length of the pictures in the page.
+    std::uint64_t bytesInPage() const;
+};
+
+/// The longest side that is shown as it is, in pixels; also that of the reduced view of larger pictures.
+inline constexpr std::uint32_t usualLongestSide = 2048;
+
+/// Shows the file as it is if browsers can show it, else as lossless PNG. A file with a side longer than
+/// `longestSide` becomes a view of that size and crops at full size. Decoded and encoded where the current
+/// PictureEngine does it.
+Result<ShownImage> shownImage(const ComparedImage& image, std::uint32_t longestSide);
+
+} // namespace kestrine
