@@ -50,8 +50,9 @@ private:
     static std::uint64_t shown(PageSection& section) {
         std::uint64_t bytes = 0;
         section.shown.clear();
+        const auto places = cropPlaces(section.comparison, cropSideFor(section.longestSide));
         for (const ComparedImage& image : section.comparison.images) {
-            Result<ShownImage> made = shownImage(image, section.longestSide);
+            Result<ShownImage> made = shownImage(image, section.longestSide, places);
             if (!made)
                 throw CommandError(section.name + " cannot be shown: " + made.failure().text);
             bytes += made->bytesInPage() + maxMarkupPerImage;

@@ -24,8 +24,11 @@ std::string grouped(std::uint64_t number) {
     return digits;
 }
 
+/// As HTML.
 std::string bytesText(std::uint64_t bytes) {
-    return bytes < 1000 ? shownBytes(bytes) : shownBytes(bytes) + " (" + grouped(bytes) + " bytes)";
+    if (bytes < 1000)
+        return shownBytes(bytes);
+    return shownBytes(bytes) + " <span class=\"exact\">(" + grouped(bytes) + " bytes)</span>";
 }
 
 /// Rounded down, so that only equal pictures get 1.
@@ -181,10 +184,10 @@ std::string sectionText(const PageSection& section, std::size_t number) {
 } // namespace
 
 std::string comparePage(const std::vector<PageSection>& sections) {
-    const std::string title = titleOf(sections);
     std::string html =
-        headOf(title) + "<body>\n<header>\n<h1>" + title
-        + "</h1>\n<p class=\"quiet\">SSIM is the mean structural similarity of a result to the "
+        headOf(titleOf(sections))
+        + "<body>\n<header>\n<h1>Comparison</h1>\n<p class=\"quiet\">SSIM is the mean structural similarity "
+          "of a result to the "
           "original that was scaled in the same way without loss: 1 means equal, and the "
           "differences become visible as it gets smaller. Sizes are those of files without EXIF "
           "data.</p>\n</header>\n<main>\n";

@@ -78,10 +78,12 @@ private:
             return;
         }
         file_ = *file;
-        const RowFormat& format = (*source)->frames().front().format;
+        const FrameDescription& picture = (*source)->frames().front();
         comparison_.format = (*source)->codec()->name;
-        comparison_.width = format.width;
-        comparison_.height = format.height;
+        comparison_.width = picture.format.width;
+        comparison_.height = picture.format.height;
+        if (picture.orientation > 4) // lying
+            std::swap(comparison_.width, comparison_.height);
         comparison_.bytes = file_->size();
     }
 
@@ -129,6 +131,8 @@ private:
                                       .file = outcome.data,
                                       .isReference = true});
         references_.push_back({lossless, lumaOrComplaint(*outcome.data)});
+        if (references_.size() == 1 && references_.front().luma)
+            comparison_.detail = detailOf(*references_.front().luma);
         return &references_.back();
     }
 
@@ -142,8 +146,11 @@ private:
 
     void measure(ComparedImage& image, const Reference& reference) {
         const std::optional<LumaPlane> luma = reference.luma ? lumaOrComplaint(*image.file) : std::nullopt;
-        if (luma)
-            image.similarity = structuralSimilarity(*luma, *reference.luma);
+        const auto similarity = luma ? structuralSimilarity(*luma, *reference.luma) : std::nullopt;
+        if (!similarity)
+            return;
+        image.similarity = similarity->mean;
+        comparison_.loss.add(similarity->loss);
     }
 
     const ConvertInput& input_;

@@ -1,6 +1,7 @@
 // Comparison: the results of several recipes for one picture, each measured against a lossless one.
 #pragma once
 
+#include "kestrinectl/compare/CellSums.h"
 #include "kestrinectl/convert/ConvertInputs.h"
 #include "models/ConversionRecipe.h"
 #include "platform/foundation/NSData.h"
@@ -21,10 +22,11 @@ struct ComparedImage {
 };
 
 struct Comparison {
-    ConvertResult messages;  ///< what failed, and warnings
-    std::string_view format; ///< of the original; "" if it cannot be read
-    std::uint32_t width = 0, height = 0;
+    ConvertResult messages;              ///< what failed, and warnings
+    std::string_view format;             ///< of the original; "" if it cannot be read
+    std::uint32_t width = 0, height = 0; ///< of the original, as viewers show it upright
     std::uint64_t bytes = 0;
+    CellSums loss, detail; ///< of all results that are as large as the first, and of their original
     std::vector<ComparedImage> images; ///< each reference stands before its first result
 
     bool hasResults() const { return !images.empty(); }

@@ -4,7 +4,6 @@
 #include "platform/imageio/Render.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace kestrine {
@@ -14,16 +13,12 @@ namespace {
 constexpr double viewQuality = 0.92;
 constexpr std::uint32_t cropsPerSide = 4; // the side of a crop is this part of the longest side of a view
 
-/// A place in a picture, as fractions of the room that a crop leaves.
-struct CropPlace {
-    const char* name;
-    double x, y;
-};
-constexpr std::array<CropPlace, 3> cropPlaces = {{
-    {"Centre, full size", 0.5, 0.5},
-    {"Upper left, full size", 0.2, 0.2},
-    {"Lower right, full size", 0.8, 0.8},
-}};
+CropPlace centreOf(const char* name, const CellSquare& square, const CellSums& cells) {
+    if (cells.sums.empty())
+        return {name, 0.5, 0.5};
+    return {name, (square.column + square.columns / 2.0) / cells.columns,
+            (square.row + square.rows / 2.0) / cells.rows};
+}
 
 /// The media type of a format that all current browsers show; "" for others.
 std::string_view shownMediaType(FileType type) {
@@ -62,17 +57,19 @@ Picture reduced(const Picture& picture, std::uint32_t longestSide) {
 }
 
 /// Its pixels are copied, not scaled.
-AxisMap cropOf(std::uint32_t side, std::uint32_t cropSide, double place) {
+AxisMap cropOf(std::uint32_t side, std::uint32_t cropSide, double centre) {
     const std::uint32_t kept = std::min(side, cropSide);
-    return {.scale = 1, .offset = std::floor((side - kept) * place), .outSize = kept};
+    const double offset = std::clamp(std::floor(side * centre - kept / 2.0), 0.0, double(side - kept));
+    return {.scale = 1, .offset = offset, .outSize = kept};
 }
 
-Result<ShownImage> reducedImage(const Picture& picture, std::uint32_t longestSide) {
+Result<ShownImage> reducedImage(const Picture& picture, std::uint32_t longestSide,
+                                std::span<const CropPlace> places) {
     ShownImage shown{.isReduced = true};
     const FileType viewType = picture.format().hasAlpha ? FileType::png : FileType::jpeg;
     shown.parts.push_back(TRY(pictureOf(reduced(picture, longestSide), viewType, "Whole picture, reduced")));
-    const std::uint32_t side = longestSide / cropsPerSide;
-    for (const CropPlace& place : cropPlaces) {
+    const std::uint32_t side = cropSideFor(longestSide);
+    for (const CropPlace& place : places) {
         const Resampling crop = {cropOf(picture.width(), side, place.x),
                                  cropOf(picture.height(), side, place.y), ResampleFilter::triangle,
                                  Light::stored};
@@ -90,7 +87,19 @@ std::uint64_t ShownImage::bytesInPage() const {
     return bytes;
 }
 
-Result<ShownImage> shownImage(const ComparedImage& image, std::uint32_t longestSide) {
+std::uint32_t cropSideFor(std::uint32_t longestSide) { return longestSide / cropsPerSide; }
+
+std::array<CropPlace, 3> cropPlaces(const Comparison& comparison, std::uint32_t cropSide) {
+    const std::uint32_t size = std::max(1U, cropSide / CellSums::side);
+    const CellSquare loss = greatestSquare(comparison.loss, size);
+    const CellSquare detail = greatestSquare(comparison.detail, size, loss);
+    return {{{"Centre, full size", 0.5, 0.5},
+             centreOf("Greatest loss, full size", loss, comparison.loss),
+             centreOf("Most detail, full size", detail, comparison.detail)}};
+}
+
+Result<ShownImage> shownImage(const ComparedImage& image, std::uint32_t longestSide,
+                              std::span<const CropPlace> places) {
     const bool isLarge = std::max(image.width, image.height) > longestSide;
     const std::string_view mediaType = shownMediaType(image.format->type);
     if (!isLarge && !mediaType.empty())
@@ -98,7 +107,7 @@ Result<ShownImage> shownImage(const ComparedImage& image, std::uint32_t longestS
             .parts = {{"Whole picture", mediaType, image.file->bytes(), image.width, image.height}}};
     const Picture picture{TRY(PictureEngine::current().open(readerOfBytes(image.file->bytes()), nullptr))};
     if (isLarge)
-        return reducedImage(picture, longestSide);
+        return reducedImage(picture, longestSide, places);
     return ShownImage{.parts = {TRY(pictureOf(picture, FileType::png, "Whole picture"))},
                       .isConverted = true};
 }

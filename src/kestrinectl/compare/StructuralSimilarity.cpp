@@ -8,6 +8,7 @@ namespace kestrine {
 namespace {
 
 constexpr double windowDeviation = 1.5;
+constexpr std::uint32_t windowRadius = similarityWindow / 2;
 constexpr double luminanceConstant = (0.01 * 255) * (0.01 * 255); // (K1 L)^2
 constexpr double contrastConstant = (0.03 * 255) * (0.03 * 255);  // (K2 L)^2
 
@@ -18,7 +19,7 @@ WindowWeights windowWeights() {
     WindowWeights weights{};
     double sum = 0;
     for (std::size_t i = 0; i < weights.size(); ++i) {
-        const double distance = static_cast<double>(i) - similarityWindow / 2;
+        const double distance = static_cast<double>(i) - windowRadius;
         weights[i] = std::exp(-distance * distance / (2 * windowDeviation * windowDeviation));
         sum += weights[i];
     }
@@ -43,18 +44,19 @@ class SimilarityScan {
 public:
     SimilarityScan(const LumaPlane& a, const LumaPlane& b)
         : a_(a), b_(b), positions_(a.width - similarityWindow + 1), pixels_(rowOf(a.width)),
-          sums_(rowOf(positions_)) {
+          sums_(rowOf(positions_)), loss_(a.width, a.height) {
         filtered_.fill(rowOf(positions_));
     }
 
-    double mean() {
+    Similarity similarity() {
         double sum = 0;
         for (std::uint32_t y = 0; y < a_.height; ++y) {
             filterRow(y);
             if (y + 1 >= similarityWindow)
                 sum += sumEndingAt(y);
         }
-        return sum / (static_cast<double>(positions_) * (a_.height - similarityWindow + 1));
+        const double count = static_cast<double>(positions_) * (a_.height - similarityWindow + 1);
+        return {sum / count, std::move(loss_)};
     }
 
 private:
@@ -85,8 +87,11 @@ private:
                             weights_[i]);
         }
         double sum = 0;
-        for (std::size_t x = 0; x < positions_; ++x)
-            sum += similarityAt(x);
+        for (std::uint32_t x = 0; x < positions_; ++x) {
+            const double similarity = similarityAt(x);
+            sum += similarity;
+            loss_.ofPixel(x + windowRadius, y - windowRadius) += 1 - similarity;
+        }
         return sum;
     }
 
@@ -109,15 +114,16 @@ private:
     MomentRow pixels_;            ///< of one row of the pictures
     std::array<MomentRow, similarityWindow> filtered_;
     MomentRow sums_;
+    CellSums loss_;
 };
 
 } // namespace
 
-std::optional<double> structuralSimilarity(const LumaPlane& a, const LumaPlane& b) {
+std::optional<Similarity> structuralSimilarity(const LumaPlane& a, const LumaPlane& b) {
     if (a.width != b.width || a.height != b.height || a.width < similarityWindow
         || a.height < similarityWindow)
         return std::nullopt;
-    return SimilarityScan(a, b).mean();
+    return SimilarityScan(a, b).similarity();
 }
 
 } // namespace kestrine

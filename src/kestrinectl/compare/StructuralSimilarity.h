@@ -3,6 +3,7 @@
 // structural similarity. IEEE Transactions on Image Processing 13 (2004), 600-612.
 #pragma once
 
+#include "kestrinectl/compare/CellSums.h"
 #include "kestrinectl/compare/LumaPlane.h"
 
 #include <optional>
@@ -12,10 +13,15 @@ namespace kestrine {
 /// The side of the window in which pictures are compared, in pixels.
 inline constexpr std::uint32_t similarityWindow = 11;
 
-/// The mean of the structural similarity over all positions at which the window lies within the pictures: 1
-/// for equal pictures, less for others. The window is a Gaussian with a standard deviation of 1.5 pixels; the
-/// constants are those of the publication (K1 = 0.01, K2 = 0.03, L = 255). nullopt if the sizes differ or a
-/// side is smaller than the window. Any thread.
-std::optional<double> structuralSimilarity(const LumaPlane& a, const LumaPlane& b);
+/// How similar two pictures are.
+struct Similarity {
+    double mean;   ///< 1 for equal pictures, less for others
+    CellSums loss; ///< where they differ: the sums of 1 - similarity, by the centre of the window
+};
+
+/// The structural similarity at all positions at which the window lies within the pictures. The window is a
+/// Gaussian with a standard deviation of 1.5 pixels; the constants are those of the publication (K1 = 0.01,
+/// K2 = 0.03, L = 255). nullopt if the sizes differ or a side is smaller than the window. Any thread.
+std::optional<Similarity> structuralSimilarity(const LumaPlane& a, const LumaPlane& b);
 
 } // namespace kestrine

@@ -41,6 +41,7 @@ function setUp(section) {
     const scale = scaleFor(largest.naturalWidth, largest.naturalHeight);
     frame.style.width = `${largest.naturalWidth * scale}px`;
     frame.style.height = `${largest.naturalHeight * scale}px`;
+    find(".slider").style.width = `${Math.min(largest.naturalWidth * scale, stage.clientWidth)}px`;
     frame.classList.toggle("enlarged", zoom() === "2");
     for (const picture of findAll("figure img")) {
       const isFit = zoom() === "fit";
