@@ -18,7 +18,6 @@ namespace kestrine {
 namespace {
 
 constexpr std::uint64_t maxPageBytes = 20'000'000;
-constexpr std::uint64_t markupOfPage = 40'000; // style, script and head, at most
 constexpr std::uint32_t shortestLongestSide = 256;
 
 struct CompareRequest {
@@ -27,10 +26,15 @@ struct CompareRequest {
     PagePlace place;
 };
 
+[[noreturn]] void throwTooLarge() {
+    throw CommandError("the page would be larger than " + shownBytes(maxPageBytes)
+                       + "; compare fewer pictures or results");
+}
+
 /// Divides the space of a page among its pictures; what one leaves is for the next ones.
 class PageSpace {
 public:
-    explicit PageSpace(std::size_t pictures) : left_(maxPageBytes - markupOfPage), pictures_(pictures) {}
+    explicit PageSpace(std::size_t pictures) : left_(maxPageBytes - maxMarkupOfPage), pictures_(pictures) {}
 
     /// Shows the images as large as their share of the page allows. Throws CommandError if they do not fit
     /// in any size.
@@ -42,8 +46,7 @@ public:
                 left_ -= used;
                 return;
             }
-        throw CommandError("the page would be larger than " + shownBytes(maxPageBytes)
-                           + "; compare fewer pictures or results");
+        throwTooLarge();
     }
 
 private:
@@ -65,10 +68,6 @@ private:
     std::size_t pictures_;
 };
 
-ConvertInput inputFor(const std::string& word) {
-    return {.shown = shownPath(word), .path = absolutePath(word)};
-}
-
 void printHintOfReduction(const PageSection& section) {
     if (section.longestSide < usualLongestSide)
         printHint(section.name + " is shown reduced to " + std::to_string(section.longestSide)
@@ -76,41 +75,58 @@ void printHintOfReduction(const PageSection& section) {
                   + "; compare fewer pictures or results at once to see more");
 }
 
-void makePage(const CompareRequest& request, const ResizeSets& sets) {
-    const ConversionRecipes recipes = request.options.recipes(sets);
+std::vector<ConvertInput> inputsOf(const CompareRequest& request) {
     std::vector<ConvertInput> inputs;
-    std::vector<std::string> paths;
     for (const std::string& word : request.files) {
-        inputs.push_back(inputFor(typedWord(word)));
-        paths.push_back(inputs.back().path);
+        const std::string file = typedWord(word);
+        inputs.push_back({.shown = shownPath(file), .path = absolutePath(file).native()});
     }
-    request.place.check(paths);
-    const DecoderIsolation isolation(IsolationChoice::automatic, 1);
+    return inputs;
+}
+
+/// The sections of the pictures that gave results; the others have printed why.
+struct Sections {
+    std::vector<PageSection> shown;
+    std::size_t results = 0; ///< on the page
+    std::size_t failed = 0;  ///< pictures without all of their results
+};
+
+Sections sectionsFor(const std::vector<ConvertInput>& inputs, const ConversionRecipes& recipes) {
     PageSpace space(inputs.size());
-    std::vector<PageSection> sections;
-    std::size_t failed = 0, results = 0;
+    Sections sections;
     for (const ConvertInput& input : inputs) {
         PageSection section{.name = nameOf(input.path), .comparison = compared(input, recipes)};
         printMessages(section.comparison.messages, ConvertDetail::lines);
-        failed += section.comparison.messages.complaints.empty() ? 0 : 1;
+        sections.failed += section.comparison.messages.complaints.empty() ? 0 : 1;
         if (!section.comparison.hasResults())
             continue;
         space.show(section);
         printHintOfReduction(section);
         for (ComparedImage& image : section.comparison.images) {
             image.file = nullptr;
-            results += image.isReference ? 0 : 1;
+            sections.results += image.isReference ? 0 : 1;
         }
-        sections.push_back(std::move(section));
+        sections.shown.push_back(std::move(section));
     }
-    if (sections.empty())
+    return sections;
+}
+
+void makePage(const CompareRequest& request) {
+    const ConversionRecipes recipes = request.options.recipes(request.options.sets());
+    const std::vector<ConvertInput> inputs = inputsOf(request);
+    request.place.check(inputs);
+    const DecoderIsolation isolation(IsolationChoice::automatic, 1);
+    const Sections sections = sectionsFor(inputs, recipes);
+    if (sections.shown.empty())
         throw CommandError("there is nothing to compare, so no page was written");
-    const std::string page = comparePage(sections);
+    const std::string page = comparePage(sections.shown);
+    if (page.size() > maxPageBytes)
+        throwTooLarge();
     request.place.take(page);
-    printLine(shownPath(request.place.typedPath()) + " (" + counted(results, "result") + " of "
-              + counted(sections.size(), "picture") + ", " + shownBytes(page.size()) + ")");
-    if (failed > 0)
-        throw CommandError(counted(failed, "picture") + " could not be compared completely");
+    printLine(shownPath(request.place.typedPath()) + " (" + counted(sections.results, "result") + " of "
+              + counted(sections.shown.size(), "picture") + ", " + shownBytes(page.size()) + ")");
+    if (sections.failed > 0)
+        throw CommandError(counted(sections.failed, "picture") + " could not be compared completely");
 }
 
 } // namespace
@@ -122,7 +138,7 @@ void addCompareCommand(CLI::App& program) {
     request->options.addTo(*command);
     request->place.addTo(*command);
     command->add_option("FILE", request->files, "Pictures")->required();
-    command->callback([request] { makePage(*request, request->options.sets()); });
+    command->callback([request] { makePage(*request); });
 }
 
 void addPreviewCommand(CLI::App& program) {
@@ -136,7 +152,7 @@ void addPreviewCommand(CLI::App& program) {
         ->required();
     command->add_option("FILE", request->files, "Pictures")->required();
     request->place.addTo(*command);
-    command->callback([request] { makePage(*request, request->options.sets()); });
+    command->callback([request] { makePage(*request); });
 }
 
 } // namespace kestrine

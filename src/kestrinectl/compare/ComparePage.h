@@ -17,7 +17,8 @@ struct PageSection {
 /// lets browsers load nothing else.
 std::string comparePage(const std::vector<PageSection>& sections);
 
-/// The number of bytes that the page needs for one image besides its pictures, at most.
-inline constexpr std::uint64_t maxMarkupPerImage = 8000;
+/// What a page needs besides its pictures, at most, in bytes: alone, and more for each image. Names of sets
+/// that are longer than those of files can need more.
+inline constexpr std::uint64_t maxMarkupOfPage = 40'000, maxMarkupPerImage = 24'000;
 
 } // namespace kestrine

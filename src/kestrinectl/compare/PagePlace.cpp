@@ -44,7 +44,7 @@ std::string PagePlace::typedPath() const { return output_ ? typedWord(*output_) 
 
 std::string PagePlace::path() const { return absolutePath(typedPath()).native(); }
 
-void PagePlace::check(const std::vector<std::string>& pictures) const {
+void PagePlace::check(const std::vector<ConvertInput>& pictures) const {
     if (!output_ && !opens_)
         throw CommandError("the page needs a place: give --output FILE, or --open for a temporary page", 2);
     if (!output_)
@@ -57,8 +57,9 @@ void PagePlace::check(const std::vector<std::string>& pictures) const {
     if (!folderExists(folderOf(place)))
         throw CommandError(shown + " cannot be written: there is no folder " + shownPath(folderOf(word)));
     const std::string target = canonicalPath(place).native();
-    if (std::ranges::any_of(pictures,
-                            [&](const std::string& path) { return canonicalPath(path).native() == target; }))
+    if (std::ranges::any_of(pictures, [&](const ConvertInput& picture) {
+            return canonicalPath(picture.path).native() == target;
+        }))
         throw CommandError(shown + " is one of the pictures; --output takes another file", 2);
     if (isTaken(place) && !overwrites_)
         throw CommandError(shown + " exists already; --overwrite replaces it");

@@ -1,6 +1,8 @@
 // PagePlace: where a page is written, and the browser that shows it.
 #pragma once
 
+#include "kestrinectl/convert/ConvertInputs.h"
+
 #include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
@@ -15,8 +17,8 @@ public:
     void addTo(CLI::App& command);
 
     /// Fails before anything is converted: throws CommandError without a place, and if the page may not or
-    /// cannot be written there. `pictures`, absolute paths, are never overwritten.
-    void check(const std::vector<std::string>& pictures) const;
+    /// cannot be written there. `pictures` are never overwritten.
+    void check(const std::vector<ConvertInput>& pictures) const;
 
     /// Writes the page in one step and opens it if that was asked for. Throws CommandError.
     void take(const std::string& page) const;
