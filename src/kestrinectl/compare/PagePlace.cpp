@@ -49,9 +49,10 @@ void PagePlace::check(const std::vector<ConvertInput>& pictures) const {
         throw CommandError("the page needs a place: give --output FILE, or --open for a temporary page", 2);
     if (!output_)
         return;
-    const std::string word = typedWord(*output_), place = path(), shown = shownPath(word);
-    if (word.empty() || word == "-" || nameOf(place).empty())
+    const std::string word = typedWord(*output_), shown = shownPath(word);
+    if (word == "-" || nameOf(word).empty())
         throw CommandError("--output takes a file, such as page.html", 2);
+    const std::string place = path();
     if (folderExists(place))
         throw CommandError(shown + " is a folder; --output takes a file");
     if (!folderExists(folderOf(place)))
