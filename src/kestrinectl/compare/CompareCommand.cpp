@@ -124,7 +124,7 @@ void makePage(const CompareRequest& request) {
         throwTooLarge();
     request.place.take(page);
     printLine(shownPath(request.place.typedPath()) + " (" + counted(sections.results, "result") + " of "
-              + counted(sections.shown.size(), "picture") + ", " + shownBytes(page.size()) + ")");
+              + counted(sections.shown.size(), "picture") + ")");
     if (sections.failed > 0)
         throw CommandError(counted(sections.failed, "picture") + " could not be compared completely");
 }
