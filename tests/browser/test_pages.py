@@ -102,6 +102,13 @@ class Slider(Pages):
         self.assertAlmostEqual(self.slider(), 75, delta=1)
         self.assertAlmostEqual(self.shown_share(), 75, delta=1)
 
+    def test_the_right_picture_does_not_shine_through_a_transparent_left_one(self):
+        samples = numpy.zeros((60, 80, 4), numpy.uint8)
+        Image.fromarray(samples).save(self.folder / "clear.png")
+        self.open("--format", "png,jpeg", "--background", "red", "clear.png")
+        self.assertEqual(self.browser.run("return getComputedStyle(document.querySelector('.frame .left')).backgroundColor"),
+                         "rgb(255, 255, 255)")
+
     def test_it_shows_the_chosen_pictures(self):
         self.open_usual()
         self.browser.run("const left = document.querySelector('select.left'); left.selectedIndex = 2;"

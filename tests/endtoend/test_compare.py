@@ -189,9 +189,19 @@ class Shown(CompareTest):
         self.assertTrue((original.pictures[2].samples != 120).sum() > 200 * 200, "the greatest loss is shown")
         self.assertTrue((original.pictures[3].samples[..., 0] != 120).sum() >= 40 * 40, "other detail is shown")
         self.assertEqual([picture.alt.split(": ")[1] for picture in original.pictures],
-                         ["Whole picture, reduced", "Centre, full size", "Greatest loss, full size", "Most detail, full size"])
+                         ["Whole picture", "Centre, full size", "Greatest loss, full size", "Most detail, full size"])
         self.assertEqual([option.text for option in section.element.one("select", class_="part").all("option")],
                          [picture.alt.split(": ")[1] for picture in original.pictures])
+
+    def test_results_of_different_sizes_have_the_same_parts(self):
+        Image.fromarray(numpy.tile(photo(300, 200), (10, 10, 1))).save(self.folder / "large.png")
+        section = self.section("--format", "jpeg,tiff", "--longest", "300,3000", "large.png")
+        self.assertEqual({tuple(picture.alt.split(": ")[1] for picture in figure.pictures) for figure in section.figures},
+                         {("Whole picture", "Centre, full size", "Greatest loss, full size", "Most detail, full size")})
+        sizes = [[picture.image.size for picture in figure.pictures] for figure in section.figures]
+        self.assertEqual(sizes, [[(300, 200)] * 4, [(300, 200)] * 4, [(2048, 1365)] + [(512, 512)] * 3,
+                                 [(2048, 1365)] + [(512, 512)] * 3, [(300, 200)] * 4, [(2048, 1365)] + [(512, 512)] * 3])
+        self.assertEqual([figure.picture.type for figure in section.figures[-2:]], ["image/png", "image/jpeg"])
 
     def test_a_page_stays_below_20_megabytes(self):
         noise = numpy.random.default_rng(1).integers(0, 256, (1800, 1800, 3), numpy.uint8)

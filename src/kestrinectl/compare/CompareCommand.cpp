@@ -5,7 +5,6 @@
 #include "kestrinectl/compare/CompareOptions.h"
 #include "kestrinectl/compare/ComparePage.h"
 #include "kestrinectl/compare/PagePlace.h"
-#include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertLines.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownNumbers.h"
@@ -53,9 +52,9 @@ private:
     static std::uint64_t shown(PageSection& section) {
         std::uint64_t bytes = 0;
         section.shown.clear();
-        const auto places = cropPlaces(section.comparison, cropSideFor(section.longestSide));
+        const PageView view = viewOf(section.comparison, section.longestSide);
         for (const ComparedImage& image : section.comparison.images) {
-            Result<ShownImage> made = shownImage(image, section.longestSide, places);
+            Result<ShownImage> made = shownImage(image, view);
             if (!made)
                 throw CommandError(section.name + " cannot be shown: " + made.failure().text);
             bytes += made->bytesInPage() + maxMarkupPerImage;

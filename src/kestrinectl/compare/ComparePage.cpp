@@ -6,6 +6,7 @@
 #include "kestrinectl/text/HTMLText.h"
 #include "kestrinectl/text/ShownNumbers.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kestrine {
@@ -140,7 +141,7 @@ std::string viewer(const PageSection& section, std::size_t number) {
 
 std::string captionOf(const ComparedImage& image, const ShownImage& shown) {
     std::string html = "<figcaption><strong>" + htmlText(image.label) + "</strong><span class=\"quiet\">";
-    html += image.isReference ? "scaled without loss"
+    html += image.isReference ? "reference, without loss"
                               : shownBytes(image.bytes) + ", SSIM " + similarityText(image);
     if (shown.isConverted)
         html += "; shown as PNG made from the result, because browsers do not show "
@@ -162,13 +163,13 @@ std::string figure(const PageSection& section, std::size_t number) {
 }
 
 std::string noteOnReduction(const PageSection& section) {
-    if (!section.shown.front().isReduced)
+    if (std::ranges::none_of(section.shown, &ShownImage::isReduced))
         return "";
-    return "<p class=\"quiet\">The pictures are too large for the page: the whole picture is reduced to "
-           + std::to_string(section.longestSide)
-           + " pixels and stored with a little loss; the other parts show the exact pixels of the results. "
-             "The "
-             "table is about the complete results.</p>\n";
+    const std::string side = std::to_string(section.longestSide);
+    return "<p class=\"quiet\">Pictures with a side of more than " + side
+           + " pixels are too large for the page: the whole picture is shown reduced to " + side
+           + " pixels and with a little loss. The other parts show the exact pixels. The table is about the "
+             "complete files.</p>\n";
 }
 
 std::string sectionText(const PageSection& section, std::size_t number) {

@@ -10,6 +10,7 @@ namespace kestrine {
 
 namespace {
 
+constexpr const char* wholePicture = "Whole picture";
 constexpr double viewQuality = 0.92;
 constexpr std::uint32_t cropsPerSide = 4; // the side of a crop is this part of the longest side of a view
 
@@ -63,19 +64,19 @@ AxisMap cropOf(std::uint32_t side, std::uint32_t cropSide, double centre) {
     return {.scale = 1, .offset = offset, .outSize = kept};
 }
 
-Result<ShownImage> reducedImage(const Picture& picture, std::uint32_t longestSide,
-                                std::span<const CropPlace> places) {
-    ShownImage shown{.isReduced = true};
-    const FileType viewType = picture.format().hasAlpha ? FileType::png : FileType::jpeg;
-    shown.parts.push_back(TRY(pictureOf(reduced(picture, longestSide), viewType, "Whole picture, reduced")));
-    const std::uint32_t side = cropSideFor(longestSide);
-    for (const CropPlace& place : places) {
-        const Resampling crop = {cropOf(picture.width(), side, place.x),
-                                 cropOf(picture.height(), side, place.y), ResampleFilter::triangle,
-                                 Light::stored};
-        shown.parts.push_back(TRY(pictureOf(picture.with(crop), FileType::png, place.name)));
-    }
-    return shown;
+PagePicture unchanged(const ComparedImage& image) {
+    return {wholePicture, shownMediaType(image.format->type), image.file->bytes(), image.width, image.height};
+}
+
+Result<PagePicture> reducedPicture(const Picture& picture, std::uint32_t longestSide) {
+    const FileType type = picture.format().hasAlpha ? FileType::png : FileType::jpeg;
+    return pictureOf(reduced(picture, longestSide), type, wholePicture);
+}
+
+Result<PagePicture> cropAt(const CropPlace& place, const Picture& picture, std::uint32_t side) {
+    const Resampling crop = {cropOf(picture.width(), side, place.x), cropOf(picture.height(), side, place.y),
+                             ResampleFilter::triangle, Light::stored};
+    return pictureOf(picture.with(crop), FileType::png, place.name);
 }
 
 } // namespace
@@ -87,29 +88,38 @@ std::uint64_t ShownImage::bytesInPage() const {
     return bytes;
 }
 
-std::uint32_t cropSideFor(std::uint32_t longestSide) { return longestSide / cropsPerSide; }
-
-std::array<CropPlace, 3> cropPlaces(const Comparison& comparison, std::uint32_t cropSide) {
-    const std::uint32_t size = std::max(1U, cropSide / CellSums::side);
-    const CellSquare loss = greatestSquare(comparison.loss, size);
-    const CellSquare detail = greatestSquare(comparison.detail, size, loss);
-    return {{{"Centre, full size", 0.5, 0.5},
-             centreOf("Greatest loss, full size", loss, comparison.loss),
-             centreOf("Most detail, full size", detail, comparison.detail)}};
+bool PageView::reduces(const ComparedImage& image) const {
+    return std::max(image.width, image.height) > longestSide;
 }
 
-Result<ShownImage> shownImage(const ComparedImage& image, std::uint32_t longestSide,
-                              std::span<const CropPlace> places) {
-    const bool isLarge = std::max(image.width, image.height) > longestSide;
-    const std::string_view mediaType = shownMediaType(image.format->type);
-    if (!isLarge && !mediaType.empty())
-        return ShownImage{
-            .parts = {{"Whole picture", mediaType, image.file->bytes(), image.width, image.height}}};
+PageView viewOf(const Comparison& comparison, std::uint32_t longestSide) {
+    PageView view{.longestSide = longestSide, .cropSide = longestSide / cropsPerSide};
+    if (std::ranges::none_of(comparison.images,
+                             [&](const ComparedImage& image) { return view.reduces(image); }))
+        return view;
+    const std::uint32_t size = std::max(1U, view.cropSide / CellSums::side);
+    const CellSquare loss = greatestSquare(comparison.loss, size);
+    const CellSquare detail = greatestSquare(comparison.detail, size, loss);
+    view.crops = {{"Centre, full size", 0.5, 0.5},
+                  centreOf("Greatest loss, full size", loss, comparison.loss),
+                  centreOf("Most detail, full size", detail, comparison.detail)};
+    return view;
+}
+
+Result<ShownImage> shownImage(const ComparedImage& image, const PageView& view) {
+    const bool isKnown = !shownMediaType(image.format->type).empty();
+    ShownImage shown{.isReduced = view.reduces(image), .isConverted = !isKnown && !view.reduces(image)};
+    if (isKnown && view.crops.empty()) {
+        shown.parts = {unchanged(image)};
+        return shown;
+    }
     const Picture picture{TRY(PictureEngine::current().open(readerOfBytes(image.file->bytes()), nullptr))};
-    if (isLarge)
-        return reducedImage(picture, longestSide, places);
-    return ShownImage{.parts = {TRY(pictureOf(picture, FileType::png, "Whole picture"))},
-                      .isConverted = true};
+    shown.parts.push_back(shown.isReduced     ? TRY(reducedPicture(picture, view.longestSide))
+                          : shown.isConverted ? TRY(pictureOf(picture, FileType::png, wholePicture))
+                                              : unchanged(image));
+    for (const CropPlace& place : view.crops)
+        shown.parts.push_back(TRY(cropAt(place, picture, view.cropSide)));
+    return shown;
 }
 
 } // namespace kestrine

@@ -3,9 +3,6 @@
 
 #include "kestrinectl/compare/Comparison.h"
 
-#include <array>
-#include <span>
-
 namespace kestrine {
 
 /// One embedded picture.
@@ -18,7 +15,7 @@ struct PagePicture {
 
 /// How a result is shown.
 struct ShownImage {
-    std::vector<PagePicture> parts; ///< the same number for all results of one picture
+    std::vector<PagePicture> parts; ///< the whole picture, then the crops of the view
     bool isReduced = false;         ///< whether the whole picture is shown smaller than it is
     bool isConverted = false;       ///< whether lossless PNG stands for a format that browsers do not show
 
@@ -26,26 +23,31 @@ struct ShownImage {
     std::uint64_t bytesInPage() const;
 };
 
-/// The longest side that is shown as it is, in pixels; also that of the reduced view of larger pictures.
-inline constexpr std::uint32_t usualLongestSide = 2048;
-
 /// A place in a picture, as fractions of its sides.
 struct CropPlace {
     const char* name;
     double x, y; ///< of the centre
 };
 
-/// The places that large pictures are shown at in full size: the centre, where the results lose most, and
-/// elsewhere where the original has most detail. For crops with sides of `cropSide` pixels.
-std::array<CropPlace, 3> cropPlaces(const Comparison& comparison, std::uint32_t cropSide);
+/// What a page shows of all results of one picture.
+struct PageView {
+    std::uint32_t longestSide = 0; ///< of a picture that is shown as it is, and of reduced ones, in pixels
+    std::uint32_t cropSide = 0;    ///< in pixels
+    std::vector<CropPlace> crops;  ///< none if no picture is reduced
 
-/// The side of the crops of a picture that is shown reduced to `longestSide`, in pixels.
-std::uint32_t cropSideFor(std::uint32_t longestSide);
+    bool reduces(const ComparedImage& image) const;
+};
 
-/// Shows the file as it is if browsers can show it, else as lossless PNG. A file with a side longer than
-/// `longestSide` becomes a view of that size and crops at full size, at `places`. Decoded and encoded where
-/// the current PictureEngine does it.
-Result<ShownImage> shownImage(const ComparedImage& image, std::uint32_t longestSide,
-                              std::span<const CropPlace> places);
+/// The longest side that is shown as it is, if the page has room for it, in pixels.
+inline constexpr std::uint32_t usualLongestSide = 2048;
+
+/// If a picture must be reduced, there are three crops: the centre, where the results lose most, and
+/// elsewhere where the original has most detail.
+PageView viewOf(const Comparison& comparison, std::uint32_t longestSide);
+
+/// Shows the whole file as it is if browsers can show it, else as lossless PNG; reduced if it is larger than
+/// the view allows. Then the crops, whose pixels are exact. Decoded and encoded where the current
+/// PictureEngine does it.
+Result<ShownImage> shownImage(const ComparedImage& image, const PageView& view);
 
 } // namespace kestrine

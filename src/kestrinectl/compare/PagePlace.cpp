@@ -9,6 +9,7 @@
 #include "platform/host/files/PathParts.h"
 #include "platform/host/process/ChildProcess.h"
 #include "platform/host/process/Environment.h"
+#include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
 
@@ -74,6 +75,7 @@ void PagePlace::take(const std::string& page) const {
 
 void PagePlace::write(const std::string& page) const {
     const std::string place = path();
+    const StopSignalsBlocked untilWritten;
     const bool replaces = !output_ || (overwrites_ && isTaken(place));
     const Result<void> written = [&]() -> Result<void> {
         if (replaces)

@@ -82,7 +82,7 @@ TEST(ComparePage, itSaysWhatIsNotShownAsItIs) {
     EXPECT_THAT(comparePage({section}), HasSubstr("because browsers do not show TIFF"));
     section.longestSide = 2048;
     section.shown[0].isReduced = true;
-    EXPECT_THAT(comparePage({section}), HasSubstr("reduced to 2048 pixels"));
+    EXPECT_THAT(comparePage({section}), HasSubstr("shown reduced to 2048 pixels"));
 }
 
 TEST(ComparePage, theMarkupOfAnImageHasTheLengthThatIsReservedForIt) {
