@@ -107,7 +107,18 @@ class Results(CompareTest):
 
     def test_qualities_of_a_file_whose_format_has_none_give_one_result(self):
         Image.fromarray(photo(60, 40)).save(self.folder / "a.png")
-        self.assertEqual(list(self.section("--quality", "50,90", "a.png").rows), ["Original file (PNG)", "PNG"])
+        figures = self.section("--quality", "50,90", "a.png").figures
+        self.assertEqual([figure.label for figure in figures], ["Original", "PNG"])
+
+    def test_a_result_that_is_named_twice_is_shown_once(self):
+        self.picture()
+        self.assertEqual(len(self.section("--quality", "60,60", "--format", "jpeg,jpeg", "a.jpg").figures), 2)
+
+    def test_results_that_are_scaled_in_the_same_way_have_one_original(self):
+        self.picture()
+        self.store(dict(name="A", formatType=JPEG, compression=50.0), dict(name="B", formatType=JPEG, compression=90.0))
+        labels = [figure.label for figure in self.section("--set", "A", "--set", "B", "a.jpg").figures]
+        self.assertEqual(labels, ["Original", "A: JPEG, quality 50", "B: JPEG, quality 90"])
 
     def test_sets_are_compared_with_their_own_sizes_and_originals(self):
         self.picture()
@@ -172,9 +183,9 @@ class Shown(CompareTest):
                          ["image/png", "image/jpeg", "image/png", "image/gif", "image/webp", "image/avif"])
 
     def test_large_pictures_are_a_reduced_view_and_three_crops_of_exact_pixels(self):
-        samples = numpy.full((1400, 2600, 3), 120, numpy.uint8)
-        samples[1000:1200, 2200:2400] = photo(200, 200) // 255 * 255 # hard to compress
-        samples[100:140, 100:140, 0] = numpy.indices((40, 40)).sum(axis=0) % 2 * 60 # detail elsewhere
+        samples = numpy.repeat((60 + numpy.indices((1400, 2600)).sum(axis=0) // 40)[..., None], 3, axis=2).astype(numpy.uint8)
+        samples[1000:1200, 2200:2400] = numpy.random.default_rng(1).integers(0, 2, (200, 200, 3)) * 255 # much detail
+        samples[100:164, 100:164, 0] += (numpy.indices((64, 64)).sum(axis=0) % 2 * 60).astype(numpy.uint8) # too fine for JPEG
         Image.fromarray(samples).save(self.folder / "large.png")
         section = self.section("--format", "jpeg", "--quality", "40", "large.png")
         self.kestrinectl("convert", "--format", "jpeg", "--quality", "40", "--out", "made", "large.png")
@@ -186,8 +197,9 @@ class Shown(CompareTest):
             self.assertEqual({picture.type for picture in (centre, loss, detail)}, {"image/png"})
             self.assertEqual({picture.image.size for picture in (centre, loss, detail)}, {(512, 512)})
         original = section.figure("Original")
-        self.assertTrue((original.pictures[2].samples != 120).sum() > 200 * 200, "the greatest loss is shown")
-        self.assertTrue((original.pictures[3].samples[..., 0] != 120).sum() >= 40 * 40, "other detail is shown")
+        loss, detail = (original.pictures[number].samples.astype(int) for number in (2, 3))
+        self.assertEqual((loss[..., 0] - loss[..., 1] == 60).sum(), 64 * 64 // 2)
+        self.assertEqual((detail == 255).sum(), (samples == 255).sum())
         self.assertEqual([picture.alt.split(": ")[1] for picture in original.pictures],
                          ["Whole picture", "Centre, full size", "Greatest loss, full size", "Most detail, full size"])
         self.assertEqual([option.text for option in section.element.one("select", class_="part").all("option")],
@@ -340,8 +352,8 @@ class Places(CompareTest):
     def test_a_picture_is_never_overwritten_by_the_page(self):
         before = (self.folder / "a.jpg").read_bytes()
         (self.folder / "link.html").symlink_to("a.jpg")
-        for place in "a.jpg", "../pictures/a.jpg", "link.html":
-            messages = self.compare("--quality", "60", "--overwrite", "a.jpg", output=place, status=2)
+        for picture, place in ("a.jpg", "a.jpg"), ("a.jpg", "../pictures/a.jpg"), ("a.jpg", "link.html"), ("link.html", "a.jpg"):
+            messages = self.compare("--quality", "60", "--overwrite", picture, output=place, status=2)
             self.assertEqual(messages, [f"{place} is one of the pictures; --output takes another file"])
         self.assertEqual((self.folder / "a.jpg").read_bytes(), before)
 
@@ -391,6 +403,12 @@ class Places(CompareTest):
         (self.folder / "half.jpg").write_bytes(whole[: len(whole) // 2])
         self.compare("--quality", "60", "half.jpg")
         self.assertRegex(self.only(self.messages), r"^warning: half\.jpg: the picture is damaged")
+
+    def test_only_the_first_frame_is_shown_with_a_warning(self):
+        frames = [Image.fromarray(photo(60, 40, seed=seed)) for seed in (1, 2)]
+        frames[0].save(self.folder / "two.gif", save_all=True, append_images=frames[1:])
+        self.compare("--format", "png", "two.gif")
+        self.assertRegex(self.only(self.messages), r"^warning: two\.gif: .*frame")
 
     def test_contradicting_options_are_usage_errors(self):
         for arguments, message in [

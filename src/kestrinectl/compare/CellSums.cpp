@@ -21,7 +21,7 @@ double sumIn(const CellSums& cells, const CellSquare& square) {
 void CellSums::add(const CellSums& other) {
     if (sums.empty())
         *this = other;
-    else if (other.columns == columns && other.rows == rows)
+    else if (other.width == width && other.height == height)
         std::ranges::transform(sums, other.sums, sums.begin(), std::plus());
 }
 

@@ -13,9 +13,9 @@ struct CellSums {
 
     CellSums() = default;
     /// Of a picture of this size, in pixels; all sums are 0.
-    CellSums(std::uint32_t width, std::uint32_t height)
-        : columns((width + side - 1) / side), rows((height + side - 1) / side),
-          sums(std::size_t{columns} * rows) {}
+    CellSums(std::uint32_t pictureWidth, std::uint32_t pictureHeight)
+        : width(pictureWidth), height(pictureHeight), columns((width + side - 1) / side),
+          rows((height + side - 1) / side), sums(std::size_t{columns} * rows) {}
 
     double& at(std::uint32_t column, std::uint32_t row) { return sums[std::size_t{row} * columns + column]; }
     double at(std::uint32_t column, std::uint32_t row) const {
@@ -27,6 +27,7 @@ struct CellSums {
     /// Adds the sums of a picture of the same size, or takes them over if there are none yet.
     void add(const CellSums& other);
 
+    std::uint32_t width = 0, height = 0; ///< of the picture, in pixels
     std::uint32_t columns = 0, rows = 0;
     std::vector<double> sums;
 };

@@ -17,8 +17,8 @@ constexpr std::uint32_t cropsPerSide = 4; // the side of a crop is this part of 
 CropPlace centreOf(const char* name, const CellSquare& square, const CellSums& cells) {
     if (cells.sums.empty())
         return {name, 0.5, 0.5};
-    return {name, (square.column + square.columns / 2.0) / cells.columns,
-            (square.row + square.rows / 2.0) / cells.rows};
+    return {name, (square.column + square.columns / 2.0) * CellSums::side / cells.width,
+            (square.row + square.rows / 2.0) * CellSums::side / cells.height};
 }
 
 /// The media type of a format that all current browsers show; "" for others.
