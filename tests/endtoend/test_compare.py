@@ -465,7 +465,7 @@ class Browser(CompareTest):
         self.assertTrue((self.folder / "page.html").exists())
         self.environment["PATH"] = str(self.folder)
         messages = self.compare("--quality", "60", "--open", "--overwrite", "a.jpg", status=1)
-        self.assertRegex(self.only(messages), "^cannot start xdg-open: .*; open .*/page.html in a browser yourself$")
+        self.assertRegex(self.only(messages), r"^cannot start xdg-open: .* \(Debian package xdg-utils\); open .*/page.html in a browser yourself$")
 
 
 class Preview(CompareTest):

@@ -91,7 +91,7 @@ void PagePlace::open() const {
     const std::string advice = "; open " + path() + " in a browser yourself";
     Result<ChildProcess> started = ChildProcess::start(browserStarter, {path()});
     if (!started)
-        throw CommandError(started.failure().text + advice);
+        throw CommandError(started.failure().text + " (Debian package xdg-utils)" + advice);
     const Result<ChildEnd> end = started->wait();
     if (!end)
         throw CommandError(end.failure().text + advice);
