@@ -10,6 +10,7 @@
 #include "platform/host/process/ProgramPath.h"
 
 #include <algorithm>
+#include <new>
 
 namespace kestrine {
 
@@ -207,10 +208,14 @@ void addDesktopCommand(CLI::App& program) {
 }
 
 void remindOfDesktopActions(const ResizeSets& sets) {
-    const DesktopActions actions = actionsOf(sets).actions;
-    for (const DesktopTarget& target : desktopTargets())
-        if (const Result<ActionPlan> plan = planFor(target, actions); plan && isOutOfDate(*plan))
-            return printHint(updateHint);
+    try {
+        const DesktopActions actions = actionsOf(sets).actions;
+        for (const DesktopTarget& target : desktopTargets())
+            if (const Result<ActionPlan> plan = planFor(target, actions); plan && isOutOfDate(*plan))
+                return printHint(updateHint);
+    } catch (const std::bad_alloc&) { // the sets are stored, so the command must succeed
+        return;
+    }
 }
 
 } // namespace kestrine
