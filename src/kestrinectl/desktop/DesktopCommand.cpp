@@ -10,6 +10,7 @@
 #include "platform/host/process/ProgramPath.h"
 
 #include <algorithm>
+#include <new>
 
 namespace kestrine {
 
@@ -144,6 +145,14 @@ std::string statusLine(const DesktopTarget& target, const ActionPlan& plan) {
 constexpr const char* updateHint =
     "'kestrinectl desktop install' brings the actions in file managers up to date";
 
+bool hasOldActions(const ResizeSets& sets) {
+    const DesktopActions actions = actionsOf(sets).actions;
+    return std::ranges::any_of(desktopTargets(), [&](const DesktopTarget& target) {
+        const Result<ActionPlan> plan = planFor(target, actions);
+        return plan && isOutOfDate(*plan);
+    });
+}
+
 void showStatus() {
     const DesktopActions actions = actionsOf(PresetStore::load().sets()).actions;
     bool isOld = false;
@@ -207,10 +216,12 @@ void addDesktopCommand(CLI::App& program) {
 }
 
 void remindOfDesktopActions(const ResizeSets& sets) {
-    const DesktopActions actions = actionsOf(sets).actions;
-    for (const DesktopTarget& target : desktopTargets())
-        if (const Result<ActionPlan> plan = planFor(target, actions); plan && isOutOfDate(*plan))
-            return printHint(updateHint);
+    try {
+        if (hasOldActions(sets))
+            printHint(updateHint);
+    } catch (const std::bad_alloc&) {
+        return; // the change itself has succeeded
+    }
 }
 
 } // namespace kestrine
