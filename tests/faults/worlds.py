@@ -52,7 +52,6 @@ class Scenario:
         self.is_quiet = program == "kestrine"
         self.changes_presets = arguments[0] == "sets"
         self.makes_pictures = arguments[0] != "desktop"
-        self.uses_threads = "-j2" in arguments
         self.folder = folder
         self.replaces = replaces
         self.files = {f"{folder}/a.jpg": A_JPEG, f"{folder}/b.png": B_PNG, f"{folder}/keep.txt": b"keep me",
