@@ -4,6 +4,7 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/CommandHelp.h"
 #include "kestrinectl/Version.h"
+#include "kestrinectl/compare/CompareCommand.h"
 #include "kestrinectl/convert/ConvertCommand.h"
 #include "kestrinectl/desktop/DesktopCommand.h"
 #include "kestrinectl/inspect/DoctorCommand.h"
@@ -34,7 +35,9 @@ int run(int count, char** values) {
                              "Print the version and exit");
     program.require_subcommand(1);
     kestrine::addSetsCommand(program);
+    kestrine::addPreviewCommand(program);
     kestrine::addConvertCommand(program);
+    kestrine::addCompareCommand(program);
     kestrine::addUndoCommand(program);
     kestrine::addHistoryCommand(program);
     kestrine::addExplainCommand(program);

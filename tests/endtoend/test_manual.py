@@ -9,9 +9,9 @@ from tools import BIN, ToolTest, main
 
 SHARE = Path(__file__).resolve().parent.parent.parent / "share"
 MANUAL = SHARE / "man/man1/kestrinectl.1"
-COMMANDS = [("convert",), ("undo",), ("history",), ("explain",), ("exif",), ("doctor",), ("help",)] + [
+COMMANDS = [("convert",), ("compare",), ("undo",), ("history",), ("explain",), ("exif",), ("doctor",), ("help",)] + [
     ("sets", name)
-    for name in ("list", "show", "add", "edit", "remove", "select", "export", "import", "where")
+    for name in ("list", "show", "add", "edit", "remove", "select", "export", "import", "where", "preview")
 ] + [("desktop", name) for name in ("install", "remove", "status")]
 FAMILIES = {command[0] for command in COMMANDS if len(command) == 2}
 
@@ -66,7 +66,7 @@ class Completion(ToolTest):
     def test_commands_and_formats_are_completed(self):
         self.assertEqual(self.completed("se"), ["sets"])
         self.assertEqual(self.completed("--v"), ["--version"])
-        self.assertEqual(self.completed("help", "co"), ["convert"])
+        self.assertEqual(self.completed("help", "co"), ["convert", "compare"])
         self.assertEqual(self.completed("help", "sets", "ex"), ["export"])
         self.assertEqual(self.completed("sets", "ex"), ["export"])
         self.assertEqual(self.completed("desktop", "in"), ["install"])
@@ -79,6 +79,11 @@ class Completion(ToolTest):
         self.assertEqual(self.completed("sets", "add", "A", "--format", ""), formats)
         self.assertIn('\\-\\-format " ' + '" | '.join(formats[:1]) + '" | ' + " | ".join(formats[1:]) + "\n",
                       MANUAL.read_text())
+
+    def test_formats_are_completed_after_a_comma_where_several_are_taken(self):
+        self.assertEqual(self.completed("compare", "--format", "w"), ["webp"])
+        self.assertEqual(self.completed("compare", "--format", "jpeg,w"), ["jpeg,webp"])
+        self.assertEqual(self.completed("convert", "--format", "jpeg,w"), [""])
 
     def test_set_names_are_completed_with_quoted_spaces(self):
         for name in ("Web", "Web large", "Print"):
@@ -110,6 +115,10 @@ class Completion(ToolTest):
         (self.folder / "picture.jpg").touch()
         self.assertEqual(self.completed("convert", "pic"), ["picture.jpg"])
         self.assertEqual(self.completed("exif", "pic"), ["picture.jpg"])
+        self.assertEqual(self.completed("compare", "pic"), ["picture.jpg"])
+        self.assertEqual(self.completed("compare", "a.jpg", "-o", "pic"), ["picture.jpg"])
+        self.assertEqual(self.completed("sets", "preview", "Web", "pic"), ["picture.jpg"])
+        self.assertEqual(self.completed("sets", "preview", "pic"), [""])
         self.assertEqual(self.completed("sets", "import", "pic"), ["picture.jpg"])
         self.assertEqual(self.completed("pic", tool="kestrine"), ["picture.jpg"])
         self.assertEqual(self.completed("sets", "show", "pic"), [""])
@@ -148,16 +157,20 @@ class OtherShells:
                                ("--profile", ["keep", "srgb"]), ("--metadata", ["none", "rights", "exif", "all"])):
             self.assertEqual(sorted(self.completed("convert", option, "")), sorted(values))
         self.assertEqual(self.completed("convert", "--quality", ""), [])
+        self.assertEqual(sorted(self.completed("compare", "--format", "")), sorted(self.completed("convert", "--format", "")))
 
     def test_sets_runs_and_files_are_completed(self):
         names = ["Web", "Web large", "$(touch x)", "a'b\"c", "Grün"]
         self.store(*({"name": name} for name in names))
         self.assertEqual(sorted(self.completed("sets", "show", "")), sorted(names))
         self.assertEqual(sorted(self.completed("convert", "--set", "")), sorted(names))
+        self.assertEqual(sorted(self.completed("sets", "preview", "")), sorted(names))
         pictures.image(pictures.photo(8, 8)).save(self.folder / "a.png")
         self.kestrinectl("convert", "--percent", "50", "--replace", "a.png")
         self.assertEqual(self.completed("undo", ""), ["1"])
         self.assertEqual(self.completed("convert", "a"), ["a.png"])
+        self.assertEqual(self.completed("sets", "preview", "Web", "a"), ["a.png"])
+        self.assertEqual(self.completed("compare", "-o", "a"), ["a.png"])
         self.assertEqual(self.names(), [b"a.png"])
 
 

@@ -60,6 +60,10 @@ def originals(scenario, trash, after, outcome):
             yield f"{path} is lost: it is neither in its place nor restorable"
 
 
+def is_whole_page(content):
+    return content.startswith(b"<!DOCTYPE html>") and content.endswith(b"</html>\n")
+
+
 def new_files(scenario, expected, trash, after, outcome):
     """Every new file is a whole result, belongs to the trash, or is left by a process that was killed."""
     results = {content for path, content in expected.items() if path not in scenario.files or scenario.replaces}
@@ -71,6 +75,8 @@ def new_files(scenario, expected, trash, after, outcome):
         if TEMPORARY.search(path.split("/")[-1]) or ".kestrine-tmp/" in path:
             if not outcome.may_leave_litter:
                 yield f"{path} is litter"
+        elif path == scenario.page and is_whole_page(content):
+            pass # without what could not be made, perhaps; then the command fails
         elif content not in results:
             yield f"{path} is not a whole result ({len(content)} bytes)"
 
@@ -141,7 +147,10 @@ def truthful_results(scenario, world, expected, trash, after, outcome):
     excused = excused or not scenario.makes_pictures
     if outcome.status != 0 and not missing and not scenario.replaces and not excused:
         yield f"it failed, but every result is there: {outcome.stderr[:200]!r}"
-    for line in outcome.stdout.decode().splitlines() if scenario.makes_pictures else []:
+    if scenario.page and outcome.stdout and not is_whole_page(after.get(scenario.page, b"")):
+        yield f"it reports {outcome.stdout[:200]!r}, which is not there"
+    prints_results = scenario.makes_pictures and not scenario.page
+    for line in outcome.stdout.decode().splitlines() if prints_results else []:
         name, arrow, path = line.partition(" -> ")
         place = path.removeprefix("BASE/")
         if not arrow or place not in after or after[place] not in whole.values():
@@ -171,8 +180,9 @@ def violations_despite(scenario, world, newcomer, after, outcome):
         elif path.startswith(STATE):
             continue
         elif path not in scenario.files and path not in trash.paths and content not in scenario.files.values():
-            if scenario.makes_pictures and not is_whole_picture(content) and path not in (changed, scenario.folder + "/W"):
-                yield f"{path} is not a whole picture"
+            is_whole = is_whole_page if path == scenario.page else is_whole_picture
+            if scenario.makes_pictures and not is_whole(content) and path not in (changed, scenario.folder + "/W"):
+                yield f"{path} is not whole"
     yield from trash_entries(scenario, trash, outcome)
     if outcome.status != 0 and (scenario.is_quiet or outcome.status != 1 or not outcome.stderr):
         yield f"the status is {outcome.status}, with the message {outcome.stderr[:200]!r}"

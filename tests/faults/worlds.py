@@ -52,6 +52,7 @@ class Scenario:
         self.is_quiet = program == "kestrine"
         self.changes_presets = arguments[0] == "sets"
         self.makes_pictures = arguments[0] != "desktop"
+        self.page = f"{folder}/page.html" if arguments[0] == "compare" else None
         self.folder = folder
         self.replaces = replaces
         self.files = {f"{folder}/a.jpg": A_JPEG, f"{folder}/b.png": B_PNG, f"{folder}/keep.txt": b"keep me",
@@ -80,6 +81,7 @@ def scenarios():
         Scenario("convert-replace-by-copy", "kestrinectl", "convert", "--set", "R", "-j1", *pictures_, folder=away,
                  replaces=True, blocked=True),
         Scenario("convert-together", "kestrinectl", "convert", "--set", "W", "-j2", *pictures_),
+        Scenario("compare", "kestrinectl", "compare", "--quality", "40,80", "-o", "page.html", "a.jpg"),
         Scenario("sets-add", "kestrinectl", "sets", "add", "New", "--longest", "100"),
         Scenario("sets-edit", "kestrinectl", "sets", "edit", "W", "--longest", "100"),
         Scenario("sets-remove", "kestrinectl", "sets", "remove", "W"),

@@ -29,8 +29,12 @@ function __kestrinectl_complete
     set -l count (count $words)
     switch $previous
         case --format
-            printf '%s\n' jpeg png tiff gif
-            test "$command" = convert; and printf '%s\n' webp jxl avif
+            set -l formats jpeg png tiff gif
+            contains -- $command convert compare; and set -a formats webp jxl avif
+            # The options of compare take several, with commas between them.
+            set -l before ''
+            test "$command" = compare; and set before (string match -r '^.*,' -- $current; or echo '')
+            printf '%s\n' $before$formats
             return
         case --isolation
             printf '%s\n' auto strict off
@@ -56,7 +60,7 @@ function __kestrinectl_complete
         case --set
             __kestrinectl_sets
             return
-        case --out --files-from --manifest
+        case --out --output -o --files-from --manifest
             __fish_complete_path $current
             return
         case --width --height --percent --longest --fit --cover --quality --max-bytes --name --jobs --max-pixels \
@@ -77,9 +81,11 @@ function __kestrinectl_complete
         contains -- "$command" sets desktop; and __kestrinectl_options $command $sub; or __kestrinectl_options $command
     else if test "$command" = undo
         kestrinectl history 2>/dev/null | cut -d ' ' -f 1
-    else if test "$command" = sets; and contains -- $sub show edit remove select export
+    else if test "$command" = sets; and begin
+            contains -- $sub show edit remove select export; or test "$sub" = preview -a $count -eq 3
+        end
         __kestrinectl_sets
-    else if not contains -- "$command" sets desktop; or test "$sub" = import
+    else if not contains -- "$command" sets desktop; or contains -- "$sub" import preview
         __fish_complete_path $current
     end
 end

@@ -9,7 +9,7 @@
 #include "kestrinectl/convert/ConvertTasks.h"
 #include "kestrinectl/convert/FileLists.h"
 #include "kestrinectl/convert/UpdateOptions.h"
-#include "kestrinectl/sets/PresetStore.h"
+#include "kestrinectl/sets/ChosenSets.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/NumberBetween.h"
 #include "kestrinectl/text/ShownNumbers.h"
@@ -56,22 +56,6 @@ struct ConvertRequest {
                 isJSON};
     }
 };
-
-/// The named sets or, if none is named, the selected ones; none if the options describe the result.
-ResizeSets chosenSets(const PresetStore& store, const ConvertRequest& request) {
-    ResizeSets sets;
-    for (const std::string& name : request.setNames)
-        sets.push_back(store.sets()[store.positionOf(name)]);
-    if (!sets.empty() || describeResult(request.options))
-        return sets;
-    for (const std::size_t position : store.selection())
-        sets.push_back(store.sets()[position]);
-    if (sets.empty())
-        throw CommandError("no set is selected; name one with --set, or describe the result, such as with "
-                           "--longest 1200 --out small",
-                           2);
-    return sets;
-}
 
 /// Only for options that do not say what to do about the orientation.
 void printHintOfLyingPictures(std::size_t count, const ConvertOptions& options) {
@@ -183,7 +167,8 @@ void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
 
 void run(ConvertRequest request) {
     const PresetStore store = PresetStore::load();
-    const ResizeSets sets = chosenSets(store, request);
+    const ResizeSets sets =
+        chosenSets(store, request.setNames, describeResult(request.options), "--longest 1200 --out small");
     request.search.storedSets = store.sets();
     for (auto* words : {&request.files, &request.search.included, &request.search.excluded})
         for (std::string& word : *words)

@@ -85,6 +85,10 @@ void addFormat(CLI::App& command, ConvertOptions& to) {
                     "Quality in percent, 0 to 100, for formats that have one (default without a set: 80)")
         ->check(numberBetween(0.0F, 100.0F))
         ->option_text("N");
+}
+
+void addEncoding(CLI::App& command, ConvertOptions& to) {
+    const ValueOptions values{command};
     values.add(
         "--max-bytes", to.maxBytes, understoodBy(bytesIn), "SIZE",
         "Use the highest quality with which a result has at most this size, such as 200k; an error if there "
@@ -97,6 +101,9 @@ void addFormat(CLI::App& command, ConvertOptions& to) {
     command.add_flag(
         "--progressive", to.isProgressive,
         "Store JPEG so that the whole picture is shown early; a little smaller (default: baseline)");
+}
+
+void addSkipFitting(CLI::App& command, ConvertOptions& to) {
     command.add_flag(
         "--skip-fitting", to.skipsFitting,
         "Copy a file unchanged that has the format already, is not larger, stands upright and has no "
@@ -143,7 +150,13 @@ void addPlaces(CLI::App& command, ConvertOptions& to) {
 } // namespace
 
 void ConvertOptions::addTo(CLI::App& command) {
-    for (const auto add : {addSizes, addFormat, addColours, addMetadata, addPlaces})
+    for (const auto add :
+         {addSizes, addFormat, addEncoding, addSkipFitting, addColours, addMetadata, addPlaces})
+        add(command, *this);
+}
+
+void ConvertOptions::addLookTo(CLI::App& command) {
+    for (const auto add : {addSizes, addEncoding, addColours})
         add(command, *this);
 }
 

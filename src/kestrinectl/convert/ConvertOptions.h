@@ -28,6 +28,8 @@ struct ConvertOptions {
 
     /// Adds the options to a command; it writes into this object, which must outlive the parsing.
     void addTo(CLI::App& command);
+    /// Only those that say what a result looks like, without its format and quality.
+    void addLookTo(CLI::App& command);
 };
 
 } // namespace kestrine

@@ -261,11 +261,17 @@ ConversionRecipe recipeForStream(const ConvertOptions& options, const ResizeSets
         if (isGiven)
             throw WrongOptions(std::string("- and ") + name
                                + " contradict each other: the result goes to standard output");
-    ConversionRecipes recipes = recipesAnywhere(options, sets);
+    const ConversionRecipes recipes = recipesToReturn(options, sets);
     if (recipes.size() > 1)
         throw WrongOptions("- takes one result, and these options make " + std::to_string(recipes.size()));
-    recipes.front().place = {.isReturned = true};
     return recipes.front();
+}
+
+ConversionRecipes recipesToReturn(const ConvertOptions& options, const ResizeSets& sets) {
+    ConversionRecipes recipes = recipesAnywhere(options, sets);
+    for (ConversionRecipe& recipe : recipes)
+        recipe.place = {.isReturned = true, .setName = recipe.place.setName};
+    return recipes;
 }
 
 } // namespace kestrine

@@ -17,4 +17,7 @@ ConversionRecipes recipesFor(const ConvertOptions& options, const ResizeSets& se
 /// The same for one picture from standard input, whose result goes to standard output.
 ConversionRecipe recipeForStream(const ConvertOptions& options, const ResizeSets& sets);
 
+/// The same for results that are returned to the caller and not written; at least one.
+ConversionRecipes recipesToReturn(const ConvertOptions& options, const ResizeSets& sets);
+
 } // namespace kestrine

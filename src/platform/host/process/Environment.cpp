@@ -35,6 +35,8 @@ std::string Environment::xdgConfigHome() const { return baseFolder("XDG_CONFIG_H
 
 std::string Environment::xdgStateHome() const { return baseFolder("XDG_STATE_HOME", ".local/state"); }
 
+std::string Environment::xdgCacheHome() const { return baseFolder("XDG_CACHE_HOME", ".cache"); }
+
 std::vector<std::string> Environment::xdgConfigDirs() const {
     const std::string list = variable("XDG_CONFIG_DIRS").value_or("") + ":";
     std::vector<std::string> folders;

@@ -35,6 +35,9 @@ public:
     /// XDG_STATE_HOME if it is an absolute path, otherwise .local/state in the home folder; "" without a home
     /// folder.
     std::string xdgStateHome() const;
+    /// XDG_CACHE_HOME if it is an absolute path, otherwise .cache in the home folder; "" without a home
+    /// folder.
+    std::string xdgCacheHome() const;
 
     /// The absolute paths in XDG_CONFIG_DIRS, most important first; /etc/xdg if there is none.
     std::vector<std::string> xdgConfigDirs() const;

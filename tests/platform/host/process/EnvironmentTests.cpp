@@ -16,6 +16,7 @@ TEST(Environment, baseFoldersAreInTheHomeFolderByDefault) {
     EXPECT_EQ(environment.homeFolder(), "/home/me");
     EXPECT_EQ(environment.xdgDataHome(), "/home/me/.local/share");
     EXPECT_EQ(environment.xdgConfigHome(), "/home/me/.config");
+    EXPECT_EQ(environment.xdgCacheHome(), "/home/me/.cache");
     EXPECT_THAT(environment.xdgConfigDirs(), ElementsAre("/etc/xdg"));
 }
 
@@ -23,9 +24,11 @@ TEST(Environment, absoluteBaseFoldersAreUsedUnchanged) {
     const Environment environment{{"HOME", "/home/me"},
                                   {"XDG_DATA_HOME", "/data"},
                                   {"XDG_CONFIG_HOME", "/config \xFF"},
+                                  {"XDG_CACHE_HOME", "/cache"},
                                   {"XDG_CONFIG_DIRS", "/one:/two"}};
     EXPECT_EQ(environment.xdgDataHome(), "/data");
     EXPECT_EQ(environment.xdgConfigHome(), "/config \xFF");
+    EXPECT_EQ(environment.xdgCacheHome(), "/cache");
     EXPECT_THAT(environment.xdgConfigDirs(), ElementsAre("/one", "/two"));
 }
 

@@ -1,0 +1,13 @@
+// base64: bytes as text (RFC 4648, section 4).
+#pragma once
+
+#include "platform/host/Bytes.h"
+
+#include <string>
+
+namespace kestrine {
+
+/// With padding and without line breaks.
+std::string base64(ByteView bytes);
+
+} // namespace kestrine
