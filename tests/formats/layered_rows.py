@@ -4,7 +4,7 @@ from pathlib import Path
 
 import numpy
 import pictures
-from judges import magick, run
+from judges import magick, pillow, run
 from table import File, Format, Refusal, Variant
 from trial import exif
 
@@ -63,8 +63,9 @@ def indices():
 
 
 def other_colors():
-    """ImageMagick reads CMYK; Lab is compared by the unit tests."""
+    """ImageMagick reads CMYK, Pillow Lab; those of 16 bits are compared by the unit tests."""
     yield File("cmyk.psd", psd(255 - INKS, CMYK), judge=magick, decibels=39)
+    yield File("lab.psd", psd(PHOTO, LAB), judge=pillow, decibels=39)
     for name in ("cmyk-16.psb", "lab-16.psd", "lab-alpha.psd"):
         yield File(name, (CORPUS / name).read_bytes())
 

@@ -1,5 +1,6 @@
 """docs/formats.md is true: every variant that it names is tried with a real file and judged by other programs, and the page is what
 scripts/formats would write now, except for the measured costs."""
+import difflib
 import re
 import sys
 import unittest
@@ -29,8 +30,6 @@ def found(function, row):
 class Formats(unittest.TestCase):
     """A test for each format is added below."""
 
-    maxDiff = None
-
     def assert_true(self, function, row):
         result = found(function, row)
         if isinstance(result, trial.Wrong):
@@ -43,7 +42,9 @@ class Formats(unittest.TestCase):
         if any(isinstance(result, trial.Wrong) for result in FOUND.values()):
             self.fail("a row of the table is not true")
         reading, writing = page.costs_of(current)
-        self.assertEqual(current, page.page(page.machine_of(current), kept, reading, written, writing), "run scripts/formats")
+        wanted = page.page(page.machine_of(current), kept, reading, written, writing)
+        changes = difflib.unified_diff(current.splitlines(), wanted.splitlines(), "docs/formats.md", "found", n=0, lineterm="")
+        self.assertEqual(list(changes), [], "docs/formats.md is out of date; run scripts/formats")
 
     def test_the_page_has_all_costs(self):
         reading, writing = page.costs_of(page.PATH.read_text(encoding="utf-8"))

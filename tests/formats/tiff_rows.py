@@ -138,6 +138,8 @@ def palettes():
 
 
 def alphas():
+    bits = noise(1, 2)
+    yield file("alpha-1-bit", tiff(bits, bits=1, tags=[extra(2)]), bits * 255, tolerance=0)
     for samples in (INKS, noise(16, 4), noise(8, 2), noise(16, 2)):
         content = tiff(samples, tags=[extra(2)])
         yield file(f"alpha-{samples.shape[2]}-{samples.dtype}", content, samples, tolerance=0)
@@ -151,6 +153,10 @@ def alphas():
 def other_colors():
     yield file("cmyk-8", tiff(INKS, photometric=libtiff.INKS), judge=magick, decibels=45)
     yield file("cmyk-16", tiff(INKS.astype(numpy.uint16) * 257, photometric=libtiff.INKS), judge=magick_16, decibels=45)
+    for name, options in (("planar", {"planar": True}), ("tiles", {"tile": 16, "compression": libtiff.LZW})):
+        yield file(f"cmyk-{name}", tiff(INKS, photometric=libtiff.INKS, **options), judge=magick, decibels=45)
+    with_alpha = numpy.dstack([INKS, GREY])
+    yield file("cmyk-alpha", tiff(with_alpha, photometric=libtiff.INKS, tags=[extra(2)]), judge=magick, decibels=45)
     lab = numpy.dstack([PHOTO[..., 0], (PHOTO[..., 1:] // 4 - 32).astype(numpy.uint8)])
     yield file("lab-8", tiff(lab, photometric=libtiff.LAB), judge=magick, decibels=39)
     yield file("icc-lab-8", tiff(lab ^ numpy.array([0, 128, 128], numpy.uint8), photometric=libtiff.ICC_LAB),
@@ -251,6 +257,14 @@ def fax_words():
     yield file("fax-words", tiff(BITS, libtiff.FAX_WORDS, libtiff.WHITE_IS_ZERO, bits=1, rows=HEIGHT))
 
 
+def other_ycbcr():
+    yield file("ycbcr-16", tiff(noise(16), photometric=libtiff.YCBCR, tags=[(libtiff.SUBSAMPLING, 1, 1)]))
+
+
+def itu_lab():
+    yield file("itu-lab", tiff(PHOTO, photometric=10))
+
+
 def transparency_mask():
     yield file("mask", tiff(BITS, photometric=4, bits=1))
 
@@ -282,6 +296,8 @@ FORMAT = Format(
                 "this kind of samples are not supported", refused_numbers),
         Refusal("complex numbers", "not a picture", "this kind of samples are not supported", complex_numbers),
         Refusal("inks other than CMYK", "how they mix is not in the file", "this kind of samples are not supported", other_inks),
+        Refusal("YCbCr of 16 bits", "libtiff does not convert it", "can not handle image", other_ycbcr),
+        Refusal("Lab in the range of ITU-T T.42", "only for colour fax", "this kind of samples are not supported", itu_lab),
         Refusal("palettes of 16 bits", "libtiff refuses them", "can not handle image", wide_palette),
         Refusal("fax run lengths that are aligned to 16 bits", "libtiff 4.5 does not read what it writes", "Bad code word",
                 fax_words),

@@ -90,12 +90,21 @@ bool isGrayTable(const ColorProfile& profile) {
     return !handle || convertsByTable(handle);
 }
 
-/// Converts light of the profile's primaries to light of those of `target`, an RGB profile that we made.
-/// nullopt if the profile has more than curves and, for RGB, a matrix, or if a curve does not start at 0,
-/// since black would then need compensation.
+bool startsAtBlack(const ToneCurve& curve) { return curve.light(0) == 0; }
+
+/// Whether all channels of an RGB space have the same plain curve, with which pixels are encoded.
+bool hasOneCurve(const ColorProfile& space) {
+    const auto curves = plainToneCurves(space);
+    return curves && startsAtBlack(curves->front())
+           && std::ranges::all_of(*curves, [&](const ToneCurve& curve) { return curve == curves->front(); });
+}
+
+/// Converts light of the profile's primaries to light of those of `target`, an RGB profile. nullopt if one of
+/// them has more than curves and, for RGB, a matrix, if the target has several curves, or if a curve does not
+/// start at 0, since black would then need compensation.
 std::optional<Matrix<float>> lightMatrix(const ColorProfile& profile, const ColorProfile& target) {
     const auto curves = plainToneCurves(profile);
-    if (!curves || !std::ranges::all_of(*curves, [](const ToneCurve& curve) { return curve.light(0) == 0; }))
+    if (!curves || !std::ranges::all_of(*curves, startsAtBlack) || !hasOneCurve(target))
         return std::nullopt;
     if (profile.model() == ColorModel::gray)
         return isGrayTable(profile) ? std::nullopt : std::optional(unchanged);
@@ -249,11 +258,7 @@ RowSourcePointer rowsInSRGB(RowSourcePointer rows, const ColorProfile* profile) 
 
 RowSourcePointer rowsInProfile(RowSourcePointer rows, const ColorProfile& profile,
                                const ColorProfile& target) {
-    Conversion conversion = conversionByLibrary(rows->format(), profile, target);
-    if (!conversion)
-        return rows;
-    const RowFormat format = rows->format();
-    return std::make_unique<ConvertedRows>(std::move(rows), format, std::move(conversion));
+    return rowsIn(&target, std::move(rows), &profile);
 }
 
 RowSourcePointer rowsInGenericRGBA(RowSourcePointer rows, const ColorProfile* profile) {

@@ -28,8 +28,7 @@ public:
 /// `profile` is null, the rows are sRGB already, or grey with the tone curve of sRGB.
 RowSourcePointer rowsInSRGB(RowSourcePointer rows, const ColorProfile* profile);
 
-/// RGB `rows` with the given profile in the space of another RGB profile; unchanged if one of them cannot be
-/// used.
+/// `rows` (grey or RGB, with the given profile) in the space of another RGB profile, which must be valid.
 RowSourcePointer rowsInProfile(RowSourcePointer rows, const ColorProfile& profile,
                                const ColorProfile& target);
 

@@ -1,4 +1,5 @@
 #include "platform/coregraphics/ColorConversion.h"
+#include "platform/coregraphics/RowStages.h"
 
 #include "tests/platform/coregraphics/ColorReference.h"
 #include "tests/support/Pictures.h"
@@ -228,6 +229,18 @@ TEST(ColorConversion, theBlackOfAProfileBecomesBlack) {
         makePicture({2, 1, ColorModel::gray, false, SampleDepth::bits8},
                     [](std::uint32_t x, std::uint32_t, std::size_t) { return x * 255; });
     EXPECT_EQ(inSRGB(picture, icc).bytes, (Bytes{0, 0, 0, 255, 255, 255}));
+}
+
+TEST(ColorConversion, coloursReturnFromAWiderSpace) {
+    const auto wide = ColorProfile::fromSRGBCurve(
+        {{0.3127, 0.3290}, {0.7347, 0.2653}, {0.1596, 0.8404}, {0.1000, 0.0050}}, "Wide");
+    const ColorProfile adobeRGB = ColorProfile::adobeRGB();
+    const PixelBuffer colors = manyColors(ColorModel::rgb, true, SampleDepth::bits16);
+    RowSourcePointer rows = rowsOfPixels(std::make_shared<const PixelBuffer>(colors));
+    rows = rowsInProfile(std::move(rows), adobeRGB, wide.value());
+    rows = rowsOf8Bits(rowsInProfile(std::move(rows), wide.value(), adobeRGB));
+    const RowSourcePointer plain = rowsOf8Bits(rowsOfPixels(std::make_shared<const PixelBuffer>(colors)));
+    EXPECT_TRUE(samePicture(*readAllRows(*rows), *readAllRows(*plain), 1));
 }
 
 TEST(GenericRGBA, sRGBIsConvertedByLightAndPrimaries) {

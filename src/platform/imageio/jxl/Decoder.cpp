@@ -37,7 +37,7 @@ struct Header {
 
 /// Primaries (and the white point of sRGB) that leave out hardly any colour of a profile.
 constexpr Chromaticities wideChromaticities = {
-    {0.3127, 0.3290}, {0.7347, 0.2653}, {0.1152, 0.8264}, {0.1566, 0.0177}};
+    {0.3127, 0.3290}, {0.7347, 0.2653}, {0.1596, 0.8404}, {0.1000, 0.0050}};
 
 /// What to ask the library for if it cannot deliver the space of the profile: the curve of sRGB with wide
 /// primaries, or sRGB and its grey if the profile cannot be used.
