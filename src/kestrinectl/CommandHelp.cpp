@@ -28,6 +28,9 @@ std::string wrapped(const std::string& text, std::size_t width) {
     return lines;
 }
 
+/// Commands without a group are only for other programs.
+bool isShown(const CLI::App* command) { return !command->get_group().empty(); }
+
 class HelpLayout final : public CLI::Formatter {
 public:
     HelpLayout() {
@@ -61,9 +64,15 @@ public:
         return wrapped(option->get_description(), lineWidth - descriptionColumn);
     }
 
+    /// With one empty line between two groups of options.
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+        const std::string help = CLI::Formatter::make_help(app, std::move(name), mode);
+        return CLI::detail::find_and_replace(help, "\n\n\n", "\n\n");
+    }
+
     std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode) const override {
         std::string lines;
-        for (const CLI::App* command : app->get_subcommands([](const CLI::App*) { return true; }))
+        for (const CLI::App* command : app->get_subcommands(isShown))
             lines += make_subcommand(command);
         return lines.empty() ? "" : "\nCommands:\n" + lines;
     }
@@ -113,7 +122,7 @@ std::string question(const std::optional<std::string>& meant) {
 /// The commands of `app`, then the commands of these, such as "list" for "sets list".
 std::optional<std::string> nearestCommand(const CLI::App& app, const std::string& word) {
     std::vector<std::string> names;
-    for (const CLI::App* command : subcommandsOf(app))
+    for (const CLI::App* command : app.get_subcommands(isShown))
         names.push_back(command->get_name());
     if (const auto nearest = nearestWord(word, names))
         return nearest;

@@ -6,6 +6,7 @@
 #include "kestrinectl/Version.h"
 #include "kestrinectl/compare/CompareCommand.h"
 #include "kestrinectl/convert/ConvertCommand.h"
+#include "kestrinectl/desktop/DesktopCommand.h"
 #include "kestrinectl/inspect/DoctorCommand.h"
 #include "kestrinectl/inspect/ExifCommand.h"
 #include "kestrinectl/inspect/ExplainCommand.h"
@@ -41,6 +42,7 @@ int run(int count, char** values) {
     kestrine::addHistoryCommand(program);
     kestrine::addExplainCommand(program);
     kestrine::addExifCommand(program);
+    kestrine::addDesktopCommand(program);
     kestrine::addDoctorCommand(program);
     kestrine::addHelpCommand(program);
     try {

@@ -174,12 +174,6 @@ bool isLeftLying(const NSImage& image, const ConversionRecipe& recipe, const Out
     return picture.description().orientation != 1 && !picture.wasTurned() && !saysOrientation;
 }
 
-bool hasExtensionOf(const OutputFormat& format, const NSString& extension) {
-    const std::string lower = extension.lowercased().utf8();
-    return lower == format.extension
-           || std::ranges::find(format.otherExtensions, lower) != format.otherExtensions.end();
-}
-
 } // namespace
 
 const OutputFormat* namedFormat(const FormatRule& rule) {
@@ -226,7 +220,7 @@ NSString resultName(const NSString& path, const OutputFormat* format, bool keeps
     const NSString stem = path.lastPathComponent().deletingPathExtension();
     const NSString extension = path.pathExtension();
     const bool isUpperCase = extension == extension.uppercased();
-    if (format == nullptr || (keepsExtension && hasExtensionOf(*format, extension)))
+    if (format == nullptr || (keepsExtension && hasExtension(*format, extension.utf8())))
         return stem.appendingPathExtension(extension);
     const NSString chosen = NSString::fromUTF8(format->extension);
     return stem.appendingPathExtension(isUpperCase ? chosen.uppercased() : chosen);

@@ -149,7 +149,7 @@ Result<std::uint64_t> bytesIn(const std::string& word) {
             return static_cast<std::uint64_t>(*count * unit.bytes);
         break;
     }
-    return mustBe("a number of bytes, such as 200000, 200k or 1.5M");
+    return mustBe("a number of bytes, such as 200k or 2M (k is 1000, M is 1000000)");
 }
 
 Result<std::optional<ExifSelection>> metadataNamed(const std::string& word) {

@@ -9,12 +9,14 @@ namespace kestrine {
 
 namespace {
 
-/// When the picture was taken, as the camera wrote it; empty if the file does not say it.
+/// When the picture was taken, as the camera wrote it; empty if the file does not say it, or says a date or
+/// time that does not exist.
 std::string takenDate(const PictureFile& file) {
     if (file.opened == nullptr)
         return "";
     const Result<Bytes> date = file.opened->answer(takenDateOf);
-    return date ? std::string(date->begin(), date->end()) : "";
+    const std::string text = date ? std::string(date->begin(), date->end()) : "";
+    return dateFromText(NSString::fromUTF8(text)) ? text : "";
 }
 
 /// The day when the picture was taken, or else when the file was modified: YYYY-MM-DD in local time.

@@ -242,7 +242,7 @@ class Convert(ToolTest):
             self.assertRegex(self.convert(*arguments, status=2).stderr, rb"\Akestrinectl: [^\n]+\n\Z")
         self.assertIn(b'no set named "Print"', self.convert("--set", "Print", "a.png", status=1).stderr)
         self.store({"name": "Web"})
-        self.assertIn(b"no set is selected", self.convert("a.png", status=1).stderr)
+        self.assertIn(b"no set is selected", self.convert("a.png", status=2).stderr)
 
     def test_an_original_that_cannot_go_to_the_trash_is_reported(self):
         self.web(replaceFile=1)

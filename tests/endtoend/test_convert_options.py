@@ -1,6 +1,8 @@
 """kestrinectl convert with options that say what is made and where it goes, with and without presets."""
 import io
+import json
 import os
+import re
 import shutil
 import subprocess
 import time
@@ -216,6 +218,53 @@ class Formats(ConvertByOptions):
         self.convert("--format", "webp", "--lossless", "--name", "clear.webp", "clear.png")
         made = numpy.asarray(Image.open(self.folder / "clear.webp"))
         numpy.testing.assert_array_equal(made, pixels)
+
+
+class FormatWords(ConvertByOptions):
+    def test_formats_have_their_extensions_as_names_too_in_any_case(self):
+        for word, title in (("jpg", "JPEG"), ("JPEG", "JPEG"), ("Png", "PNG"), ("tif", "TIFF")):
+            self.convert("--format", word, "--name", "{stem}-" + word, "a.png")
+            self.assertEqual(Image.open(self.folder / f"a-{word}").format, title)
+        self.kestrinectl("sets", "add", "Web", "--format", "JPG")
+        self.assertIn(b"jpeg", self.kestrinectl("sets", "export", "Web").stdout)
+        done = self.kestrinectl("sets", "import", "--rename", "-", input=b'[{"name": "Other", "formatType": "Tif"}]')
+        self.assertEqual(done.returncode, 0, done)
+        self.assertIn(b"tiff", self.kestrinectl("sets", "export", "Other").stdout)
+
+    def test_a_name_for_another_format_gets_a_warning(self):
+        def warning(name, extension, title):
+            return [f"warning: {name}: the name ends with {extension}, but the result is {title}; {{ext}} in --name gives "
+                    "the right extension"]
+        self.convert("--format", "webp", "--name", "x.jpg", "a.png", messages=warning("a.png", ".jpg", "WebP"))
+        self.convert("--percent", "50", "--name", "y.JPG", "a.png", messages=warning("a.png", ".JPG", "PNG"))
+        self.convert("--format", "webp", "--name", "z.heic", "--dry-run", "a.png",
+                     messages=warning("a.png", ".heic", "WebP"))
+        lines = self.convert("--format", "png", "--name", "x.gif", "--json", "a.png").stdout.splitlines()
+        self.assertIn(".gif", json.loads(lines[0])["warnings"][0])
+
+    def test_other_names_get_no_warning(self):
+        for name in ("{stem}.{ext}", "x.jpeg", "x.JPG", "x", "v1.2", "x.2024"):
+            self.convert("--format", "jpeg", "--name", name, "--out", "out", "a.png")
+        self.picture("b.jpg")
+        self.convert("--percent", "50", "--out", "out", "b.jpg")
+
+
+class Help(ConvertByOptions):
+    def test_options_are_grouped_by_purpose(self):
+        text = self.kestrinectl("convert", "--help").stdout.decode()
+        groups = {title: re.findall(r"^  (?:-\w, )?(--[\w-]+)", section, re.MULTILINE)
+                  for title, section in re.findall(r"^(\w[\w ]+):\n((?: .*\n)+)", text, re.MULTILINE)}
+        self.assertEqual(list(groups), ["Arguments", "Options", "Sets", "Size", "Format", "Orientation and colours",
+                                        "Metadata", "Places and names of results", "Choice of files", "Repeated runs",
+                                        "Output", "Safety and resources"])
+        self.assertEqual(groups["Options"], ["--help"])
+        self.assertEqual(groups["Format"][:2], ["--format", "--quality"])
+        self.assertNotIn("\n\n\n", text)
+
+    def test_first_only_says_what_it_permits(self):
+        text = " ".join(self.kestrinectl("convert", "--help").stdout.decode().split())
+        self.assertIn("convert the first picture without a warning, also where it replaces the whole file (default: a "
+                      "warning, and such files are not replaced, which is an error)", text)
 
 
 class Places(ConvertByOptions):
@@ -455,7 +504,7 @@ class Properties(ConvertByOptions):
         before = time.time_ns() - 10**9
         for word in ("keep", "taken", "now"):
             self.convert("--percent", "50", "--times", word, "--name", word + ".jpg", "photo.jpg")
-        self.convert("--percent", "50", "--times", "taken", "--name", "a.jpg", "a.png")
+        self.convert("--percent", "50", "--times", "taken", "--format", "jpg", "--name", "a.jpg", "a.png")
         modified = {path.stem: path.stat().st_mtime_ns for path in self.folder.glob("*.jpg")}
         self.assertEqual({word: modified[word] for word in expected}, expected)
         for word in ("now", "a"):
@@ -469,6 +518,17 @@ class Properties(ConvertByOptions):
         os.utime(self.folder / "a.png", (0, 1_400_000_000))
         self.convert("--percent", "50", "--name", "{date}/{stem}.{ext}", "--out", "out", "photo.jpg", "a.png")
         self.assertEqual(set(self.tree("out")), {"2019-03-04/photo.jpg", "2014-05-13/a.png"})
+
+    def test_a_date_that_does_not_exist_is_no_date(self):
+        for number, date in enumerate(("2024:13:45 10:00:00", "2024:02:30 10:00:00", "2024:06:01 25:00:00")):
+            name = f"{number}.jpg"
+            block = pictures.exif(extra=[(0x8769, 4, 1, (26).to_bytes(4, "big"))])
+            block += b"\0\1" + b"\x90\3\0\2" + (20).to_bytes(4, "big") + (44).to_bytes(4, "big") + bytes(4)
+            (self.folder / name).write_bytes(pictures.jpeg(pictures.photo(60, 40), block + date.encode() + b"\0"))
+            self.assertEqual(exiftool(self.folder / name)["ExifIFD:DateTimeOriginal"], date)
+            os.utime(self.folder / name, (0, 1_400_000_000))
+            self.convert("--percent", "50", "--name", "{date}/{stem}.{ext}", "--out", "out", name)
+        self.assertEqual(set(self.tree("out")), {f"2014-05-13/{number}.jpg" for number in range(3)})
 
     def test_a_profile_is_kept_or_converted_to_srgb(self):
         samples = pictures.photo(60, 40)
@@ -669,6 +729,11 @@ class WrongOptions(ConvertByOptions):
         self.assertEqual(self.refused("--longest", "30"),
                          "the results need a place: give --out FOLDER, --name TEMPLATE or --replace")
 
+    def test_a_wrong_number_of_bytes_is_explained(self):
+        for word in ("200kb", "0", "-5", "", "2 M", "many"):
+            self.assertEqual(self.refused("--format", "jpeg", "--max-bytes", word, "--out", "x"),
+                             "--max-bytes: must be a number of bytes, such as 200k or 2M (k is 1000, M is 1000000)")
+
     def test_values_that_make_no_sense_are_refused(self):
         for arguments in (("--longest", "0"), ("--longest", "30,x"), ("--percent", "nan"), ("--fit", "30"),
                           ("--gravity", "up"), ("--format", "bmp"), ("--quality", "101"), ("--name", "../x"),
@@ -678,7 +743,7 @@ class WrongOptions(ConvertByOptions):
             self.assertTrue(self.refused(*arguments).startswith(arguments[0]), arguments)
 
     def test_without_a_selected_set_the_message_says_how_to_do_without(self):
-        self.convert("a.png", status=1, messages=["no set is selected; name one with --set, or describe the result, such "
+        self.convert("a.png", status=2, messages=["no set is selected; name one with --set, or describe the result, such "
                                                   "as with --longest 1200 --out small"])
 
 

@@ -12,7 +12,8 @@ MANUAL = SHARE / "man/man1/kestrinectl.1"
 COMMANDS = [("convert",), ("compare",), ("undo",), ("history",), ("explain",), ("exif",), ("doctor",), ("help",)] + [
     ("sets", name)
     for name in ("list", "show", "add", "edit", "remove", "select", "export", "import", "where", "preview")
-]
+] + [("desktop", name) for name in ("install", "remove", "status")]
+FAMILIES = {command[0] for command in COMMANDS if len(command) == 2}
 
 
 def long_options(text):
@@ -38,7 +39,7 @@ class Manual(ToolTest):
     def test_the_page_of_kestrinectl_lists_every_command(self):
         told = MANUAL.read_text()
         for command in COMMANDS:
-            self.assertIn(" ".join(command) if command[0] == "sets" else f".SS {command[0]}", told)
+            self.assertIn(" ".join(command) if len(command) == 2 else f".SS {command[0]}", told)
 
 
 class Completion(ToolTest):
@@ -68,6 +69,8 @@ class Completion(ToolTest):
         self.assertEqual(self.completed("help", "co"), ["convert", "compare"])
         self.assertEqual(self.completed("help", "sets", "ex"), ["export"])
         self.assertEqual(self.completed("sets", "ex"), ["export"])
+        self.assertEqual(self.completed("desktop", "in"), ["install"])
+        self.assertEqual(self.completed("help", "desktop", "s"), ["status"])
         self.assertEqual(self.completed("sets", "add", "A", "--format", "j"), ["jpeg"])
 
     def test_the_page_and_the_completion_have_all_formats(self):
@@ -137,10 +140,13 @@ class OtherShells:
             self.assertEqual(offered - {"--help"}, listed, command)
 
     def test_commands_are_completed(self):
-        commands = {command[0] for command in COMMANDS} | {"sets"}
+        commands = {command[0] for command in COMMANDS}
         self.assertEqual(set(self.completed("")), commands)
         self.assertEqual(set(self.completed("help", "")), commands)
-        self.assertEqual(set(self.completed("sets", "")), {command[1] for command in COMMANDS if command[0] == "sets"})
+        for family in FAMILIES:
+            subcommands = {command[1] for command in COMMANDS if len(command) == 2 and command[0] == family}
+            self.assertEqual(set(self.completed(family, "")), subcommands)
+            self.assertEqual(set(self.completed("help", family, "")), subcommands)
 
     def test_values_are_completed(self):
         for command in (("convert",), ("sets", "add", "A")):

@@ -51,7 +51,7 @@ class Scenario:
         self.command = [str(BIN / program), *arguments]
         self.is_quiet = program == "kestrine"
         self.changes_presets = arguments[0] == "sets"
-        self.uses_threads = "-j2" in arguments
+        self.makes_pictures = arguments[0] != "desktop"
         self.page = f"{folder}/page.html" if arguments[0] == "compare" else None
         self.folder = folder
         self.replaces = replaces
@@ -86,6 +86,7 @@ def scenarios():
         Scenario("sets-edit", "kestrinectl", "sets", "edit", "W", "--longest", "100"),
         Scenario("sets-remove", "kestrinectl", "sets", "remove", "W"),
         Scenario("sets-select", "kestrinectl", "sets", "select", "R"),
+        Scenario("desktop-install", "kestrinectl", "desktop", "install", "--all"),
     ]
 
 

@@ -30,7 +30,7 @@ OWNERS = {
     "libde265/": "platform/imageio/heif", "dav1d/": "platform/imageio/heif", "avif/": "platform/imageio/avif",
     "lcms2.h": "platform/coregraphics", "hwy/": "/kernels",
     "plist/": "platform/foundation/propertylist", "systemd/": "platform/appkit",
-    "CLI/": "kestrinectl", "nlohmann/": ("kestrinectl", "libkestrine"),
+    "CLI/": "kestrinectl", "nlohmann/": ("kestrinectl", "libkestrine"), "expat.h": "kestrinectl/desktop",
 }
 
 # System calls are made in platform/host. Elsewhere only these files may include their headers, for these reasons.

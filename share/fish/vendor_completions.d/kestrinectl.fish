@@ -75,17 +75,17 @@ function __kestrinectl_complete
         end
     else if test "$command" = help
         test $count -eq 2; and __kestrinectl_commands; or __kestrinectl_commands $sub
-    else if test "$command" = sets -a $count -eq 2
-        __kestrinectl_commands sets
+    else if contains -- "$command" sets desktop; and test $count -eq 2
+        __kestrinectl_commands $command
     else if string match -q -- '-*' $current
-        test "$command" = sets; and __kestrinectl_options sets $sub; or __kestrinectl_options $command
+        contains -- "$command" sets desktop; and __kestrinectl_options $command $sub; or __kestrinectl_options $command
     else if test "$command" = undo
         kestrinectl history 2>/dev/null | cut -d ' ' -f 1
     else if test "$command" = sets; and begin
             contains -- $sub show edit remove select export; or test "$sub" = preview -a $count -eq 3
         end
         __kestrinectl_sets
-    else if test "$command" != sets -o "$sub" = import -o "$sub" = preview
+    else if not contains -- "$command" sets desktop; or contains -- "$sub" import preview
         __fish_complete_path $current
     end
 end

@@ -193,7 +193,41 @@ void run(ConvertRequest request) {
         runOnFiles(std::move(request), sets);
 }
 
+struct OptionGroup {
+    const char* title;
+    std::initializer_list<const char*> options;
+};
+
+/// The help has the groups in the order in which their first options are added.
+void groupOptions(CLI::App& command) {
+    const OptionGroup groups[] = {
+        {"Sets", {"--set"}},
+        {"Size",
+         {"--longest", "--width", "--height", "--percent", "--fit", "--cover", "--gravity", "--pad",
+          "--no-enlarge"}},
+        {"Format",
+         {"--format", "--quality", "--max-bytes", "--lossless", "--effort", "--progressive",
+          "--skip-fitting"}},
+        {"Orientation and colours", {"--upright", "--background", "--profile"}},
+        {"Metadata", {"--metadata", "--exif", "--times"}},
+        {"Places and names of results", {"--out", "--name", "--replace"}},
+        {"Choice of files",
+         {"--recursive", "--all-folders", "--include", "--exclude", "--files-from", "--null", "--allow-empty",
+          "--accept-damaged", "--first-only"}},
+        {"Repeated runs", {"--update", "--force", "--manifest", "--no-wait"}},
+        {"Output", {"--quiet", "--verbose", "--json", "--dry-run"}},
+        {"Safety and resources", {"--no-journal", "--jobs", "--max-pixels", "--isolation"}},
+    };
+    for (const OptionGroup& group : groups)
+        for (const char* option : group.options)
+            command.get_option(option)->group(group.title);
+}
+
 } // namespace
+
+void convertBySet(const std::string& name, const std::vector<std::string>& files) {
+    run({.setNames = {name}, .files = files, .isQuiet = true});
+}
 
 void addConvertCommand(CLI::App& program) {
     CLI::App* command =
@@ -206,11 +240,6 @@ void addConvertCommand(CLI::App& program) {
             "none if an option gives a size, a format or a quality)")
         ->allow_extra_args(false);
     request->options.addTo(*command);
-    command
-        ->add_option("-j,--jobs", request->jobs,
-                     "How many files to convert at the same time (default: the number of cores)")
-        ->check(numberBetween(1U, maxJobs))
-        ->option_text("N");
     command->add_flag("-r,--recursive", request->search.recursive,
                       "Search sub-folders too, except those named like a stored set (default: no)");
     command
@@ -232,6 +261,7 @@ void addConvertCommand(CLI::App& program) {
         ->option_text("FILE");
     command->add_flag("-0,--null", request->listHasZeroBytes,
                       "The names in the list end with a zero byte instead of a newline");
+    request->update.addTo(*command);
     command
         ->add_flag("-q,--quiet", request->isQuiet,
                    "Print only errors (default: a line for each result, warnings, hints and totals)")
@@ -240,7 +270,6 @@ void addConvertCommand(CLI::App& program) {
     command->add_flag(
         "--json", request->isJSON,
         "Print one JSON object per file instead of lines and messages, and a last one with totals");
-    request->update.addTo(*command);
     command->add_flag(
         "!--no-journal", request->hasJournal,
         "Replace files without a journal, so that the run cannot be undone (default: every replacing run "
@@ -256,8 +285,14 @@ void addConvertCommand(CLI::App& program) {
                       "(default: an error, nothing is written)");
     command->add_flag(
         "--first-only", request->firstOnly,
-        "Convert only the first frame or page without a warning, and let replacing sets replace "
-        "animations, documents, and layered, raw and vector files (default: an error)");
+        "Of files with several frames, pages or layers, and of raw and vector files, convert the first "
+        "picture without a warning, also where it replaces the whole file (default: a warning, and such "
+        "files are not replaced, which is an error)");
+    command
+        ->add_option("-j,--jobs", request->jobs,
+                     "How many files to convert at the same time (default: the number of cores)")
+        ->check(numberBetween(1U, maxJobs))
+        ->option_text("N");
     command
         ->add_option("--max-pixels", request->maxPixels,
                      "Refuse pictures and results with more than N pixels (default: 1073741824)")
@@ -277,6 +312,7 @@ void addConvertCommand(CLI::App& program) {
         "FILE", request->files,
         "Pictures, or folders to search for pictures; - reads one picture from standard input and writes "
         "the result to standard output");
+    groupOptions(*command);
     command->callback([request] { run(*request); });
 }
 

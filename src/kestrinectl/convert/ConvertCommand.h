@@ -2,9 +2,14 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 namespace kestrine {
 
 void addConvertCommand(CLI::App& program);
+
+/// As `convert --quiet --set NAME -- FILES`. Throws CommandError.
+void convertBySet(const std::string& name, const std::vector<std::string>& files);
 
 } // namespace kestrine

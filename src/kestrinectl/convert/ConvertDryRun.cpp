@@ -34,8 +34,10 @@ private:
     std::set<std::string> promised_;
 };
 
-ConvertOutput plannedOutput(const ConversionRecipe& recipe, const std::string& path) {
-    return {.path = path, .set = setOf(recipe), .format = namedFormat(recipe.format)};
+void addPlanned(ConvertResult& result, const ConversionRecipe& recipe, const std::string& path) {
+    result.outputs.push_back({.path = path, .set = setOf(recipe), .format = namedFormat(recipe.format)});
+    if (const auto warning = misleadingName(recipe, result.outputs.back()))
+        result.warn(*warning);
 }
 
 std::string nameFor(const NSString& wanted, const ResizeJob& job, const std::string& vacated,
@@ -65,8 +67,7 @@ std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std:
         const std::string vacated = jobs[i].replacesFile() ? placeOf(jobs[i].path.utf8()) : "";
         for (std::size_t k = 0; k < wanted[i].size(); ++k)
             if (!wanted[i][k].isEmpty())
-                results[i].outputs.push_back(
-                    plannedOutput(jobs[i].recipes[k], nameFor(wanted[i][k], jobs[i], vacated, names)));
+                addPlanned(results[i], jobs[i].recipes[k], nameFor(wanted[i][k], jobs[i], vacated, names));
     }
     return results;
 }

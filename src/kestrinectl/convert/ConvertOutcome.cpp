@@ -2,9 +2,11 @@
 
 #include "kestrinectl/convert/ConvertContents.h"
 #include "kestrinectl/convert/ConvertKinds.h"
+#include "kestrinectl/convert/ConvertPictureSigns.h"
 #include "kestrinectl/text/ShownPath.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace kestrine {
 
@@ -34,11 +36,6 @@ std::string_view kindOf(const JobOutcome& outcome) {
     return outcome.refusal == Refusal::damaged ? "damaged" : kindOf(outcome.failure->reason);
 }
 
-void warnOnce(ConvertResult& result, const std::string& warning) {
-    if (std::ranges::find(result.warnings, warning) == result.warnings.end())
-        result.warnings.push_back(warning);
-}
-
 } // namespace
 
 std::optional<std::string> setOf(const ConversionRecipe& recipe) {
@@ -46,21 +43,32 @@ std::optional<std::string> setOf(const ConversionRecipe& recipe) {
     return name ? std::optional(name->utf8()) : std::nullopt;
 }
 
+std::optional<std::string> misleadingName(const ConversionRecipe& recipe, const ConvertOutput& output) {
+    const std::string extension = std::filesystem::path(output.path).extension().native();
+    if (!recipe.place.name || output.format == nullptr || !hasNameOfPicture(output.path)
+        || hasExtension(*output.format, extension.substr(1)))
+        return std::nullopt;
+    return "the name ends with " + extension + ", but the result is " + std::string(output.format->title)
+           + "; {ext} in --name gives the right extension";
+}
+
 void addOutcome(ConvertResult& result, const ConvertInput& input, const ConversionRecipe& recipe,
                 const JobOutcome& outcome) {
     result.isLeftLying = result.isLeftLying || (outcome.hasResult() && outcome.isLeftLying);
-    if (outcome.isWritten)
+    if (outcome.isWritten) {
         result.outputs.push_back({outcome.path.utf8(), setOf(recipe), outcome.format, outcome.width,
                                   outcome.height, outcome.bytes});
-    else if (outcome.fitsAlready && outcome.hasResult() && outcome.data == nullptr) {
+        if (const auto warning = misleadingName(recipe, result.outputs.back()))
+            result.warn(*warning);
+    } else if (outcome.fitsAlready && outcome.hasResult() && outcome.data == nullptr) {
         result.status = ConvertStatus::skipped;
         result.reason = "it fits already";
     }
     if (const auto omission = omissionIn(outcome.contents); omission && outcome.hasResult())
-        warnOnce(result, *omission);
+        result.warn(*omission);
     if (outcome.hasResult() && outcome.damage)
-        warnOnce(result, "the picture is damaged (" + outcome.damage->text
-                             + "); the result shows what could be read");
+        result.warn("the picture is damaged (" + outcome.damage->text
+                    + "); the result shows what could be read");
     if (!outcome.hasResult() || outcome.trashFailure)
         result.complain(complaintOf(outcome, input.path), kindOf(outcome));
 }

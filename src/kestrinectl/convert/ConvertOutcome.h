@@ -11,6 +11,10 @@ namespace kestrine {
 void addOutcome(ConvertResult& result, const ConvertInput& input, const ConversionRecipe& recipe,
                 const JobOutcome& outcome);
 
+/// The warning about a name of --name with the extension of another format than that of the result, by which
+/// programs would take it for such a file; nullopt for other names.
+std::optional<std::string> misleadingName(const ConversionRecipe& recipe, const ConvertOutput& output);
+
 /// The name of the preset that gave the recipe.
 std::optional<std::string> setOf(const ConversionRecipe& recipe);
 

@@ -11,4 +11,9 @@ void ConvertResult::complain(const std::string& text, std::string_view kind) {
         complaints.push_back({text, kind});
 }
 
+void ConvertResult::warn(const std::string& text) {
+    if (std::ranges::find(warnings, text) == warnings.end())
+        warnings.push_back(text);
+}
+
 } // namespace kestrine

@@ -51,6 +51,9 @@ struct ConvertResult {
 
     /// Adds a complaint unless the same one is there; the result has failed.
     void complain(const std::string& text, std::string_view kind);
+
+    /// Adds a warning unless the same one is there.
+    void warn(const std::string& text);
 };
 
 } // namespace kestrine

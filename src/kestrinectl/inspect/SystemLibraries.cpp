@@ -19,6 +19,7 @@ const std::vector<SystemLibrary>& systemLibraries() {
         {"librsvg-2.so.2", "librsvg2-2", "SVG drawings"},
         {"libisal.so.2", "libisal2", "fast reading of PNG files"},
         {"libsystemd.so.0", "libsystemd0", "the desktop's dialog for choosing a folder"},
+        {"libexpat.so.1", "libexpat1", "actions of Thunar"},
     };
     return libraries;
 }

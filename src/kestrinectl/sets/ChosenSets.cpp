@@ -14,8 +14,8 @@ ResizeSets chosenSets(const PresetStore& store, const std::vector<std::string>& 
     for (const std::size_t position : store.selection())
         sets.push_back(store.sets()[position]);
     if (sets.empty())
-        throw CommandError("no set is selected; name one with --set, or describe the result, such as with "
-                           + example);
+        throw CommandError(
+            "no set is selected; name one with --set, or describe the result, such as with " + example, 2);
     return sets;
 }
 

@@ -61,22 +61,31 @@ std::string PresetStore::path() {
     return places.empty() ? "" : places.front().path;
 }
 
-std::size_t PresetStore::positionOf(const std::string& word) const {
-    const std::string text = typedWord(word);
-    const NSString name = NSString::fromUTF8(text);
+std::vector<std::size_t> PresetStore::positionsNamed(const std::string& name) const {
+    const NSString wanted = NSString::fromUTF8(name);
     std::vector<std::size_t> found;
     for (std::size_t i = 0; i < sets_.size(); ++i)
-        if (sets_[i]->name() == name)
+        if (sets_[i]->name() == wanted)
             found.push_back(i);
-    if (found.size() == 1)
-        return found.front();
-    if (!found.empty())
-        throw CommandError(std::to_string(found.size()) + " sets are named " + quoted(text)
+    return found;
+}
+
+std::size_t PresetStore::positionNamed(const std::string& name) const {
+    const std::vector<std::size_t> found = positionsNamed(name);
+    if (found.empty())
+        throw CommandError("no set named " + quoted(name) + "; 'kestrinectl sets list' lists all sets");
+    if (found.size() > 1)
+        throw CommandError(std::to_string(found.size()) + " sets are named " + quoted(name)
                            + "; choose one by its position, such as @" + std::to_string(found.front() + 1));
+    return found.front();
+}
+
+std::size_t PresetStore::positionOf(const std::string& word) const {
+    const std::string text = typedWord(word);
     const std::optional<std::size_t> position = positionIn(text);
-    if (position && *position <= sets_.size())
+    if (position && *position <= sets_.size() && positionsNamed(text).empty())
         return *position - 1;
-    throw CommandError("no set named " + quoted(text) + "; 'kestrinectl sets list' lists all sets");
+    return positionNamed(text);
 }
 
 void PresetStore::remove(const std::set<std::size_t>& positions) {

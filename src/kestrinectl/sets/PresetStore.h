@@ -28,6 +28,10 @@ public:
     /// Throws CommandError when there is no such set, or when several have the name.
     std::size_t positionOf(const std::string& word) const;
 
+    /// The position of the only set with exactly this name. Throws CommandError when there is none, or when
+    /// several have the name.
+    std::size_t positionNamed(const std::string& name) const;
+
     void append(std::shared_ptr<const ResizeSet> set) { sets_.push_back(std::move(set)); }
     void replace(std::size_t position, std::shared_ptr<const ResizeSet> set) {
         sets_[position] = std::move(set);
@@ -41,6 +45,8 @@ public:
     void save();
 
 private:
+    std::vector<std::size_t> positionsNamed(const std::string& name) const;
+
     PresetStore(NSUserDefaults defaults, PropertyList domain)
         : defaults_(std::move(defaults)), domain_(std::move(domain)) {}
 

@@ -1,6 +1,7 @@
 #include "kestrinectl/sets/SetImport.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/desktop/DesktopCommand.h"
 #include "kestrinectl/sets/SetJSON.h"
 #include "kestrinectl/sets/SetNameRules.h"
 #include "kestrinectl/text/Messages.h"
@@ -80,6 +81,7 @@ void SetImport::run() const {
         printLine(notice);
     for (const std::string& warning : warnings)
         printWarning(warning);
+    remindOfDesktopActions(store.sets());
 }
 
 } // namespace kestrine

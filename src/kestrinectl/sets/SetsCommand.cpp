@@ -1,6 +1,7 @@
 #include "kestrinectl/sets/SetsCommand.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/desktop/DesktopCommand.h"
 #include "kestrinectl/sets/SetDescription.h"
 #include "kestrinectl/sets/SetImport.h"
 #include "kestrinectl/sets/SetJSON.h"
@@ -114,6 +115,7 @@ void saveAndTell(PresetStore& store, const SetPlacement& placement, const Resize
     if (isNamed)
         for (const std::string& oddity : oddities(nameOf(changed)))
             printWarning(oddity);
+    remindOfDesktopActions(store.sets());
 }
 
 void setName(ResizeSet& set, const NewName& name) {
@@ -172,6 +174,7 @@ void addRemove(CLI::App& sets) {
         PresetStore store = PresetStore::loadForChange();
         store.remove(positionsOf(store, *names));
         store.save();
+        remindOfDesktopActions(store.sets());
     });
 }
 

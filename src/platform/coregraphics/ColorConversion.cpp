@@ -247,6 +247,15 @@ RowSourcePointer rowsInSRGB(RowSourcePointer rows, const ColorProfile* profile) 
     return rowsIn(nullptr, std::move(rows), profile);
 }
 
+RowSourcePointer rowsInProfile(RowSourcePointer rows, const ColorProfile& profile,
+                               const ColorProfile& target) {
+    Conversion conversion = conversionByLibrary(rows->format(), profile, target);
+    if (!conversion)
+        return rows;
+    const RowFormat format = rows->format();
+    return std::make_unique<ConvertedRows>(std::move(rows), format, std::move(conversion));
+}
+
 RowSourcePointer rowsInGenericRGBA(RowSourcePointer rows, const ColorProfile* profile) {
     const ColorProfile target = ColorProfile::genericRGB();
     constexpr float opaque = 1;

@@ -28,7 +28,12 @@ public:
 /// `profile` is null, the rows are sRGB already, or grey with the tone curve of sRGB.
 RowSourcePointer rowsInSRGB(RowSourcePointer rows, const ColorProfile* profile);
 
-/// The same as generic RGB with 8 bits and alpha, which is opaque if `rows` have none.
+/// RGB `rows` with the given profile in the space of another RGB profile; unchanged if one of them cannot be
+/// used.
+RowSourcePointer rowsInProfile(RowSourcePointer rows, const ColorProfile& profile,
+                               const ColorProfile& target);
+
+/// `rows` like rowsInSRGB(), as generic RGB with 8 bits and alpha, which is opaque if `rows` have none.
 RowSourcePointer rowsInGenericRGBA(RowSourcePointer rows, const ColorProfile* profile);
 
 } // namespace kestrine

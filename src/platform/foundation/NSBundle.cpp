@@ -3,8 +3,7 @@
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/PathParts.h"
-
-#include <filesystem>
+#include "platform/host/process/ProgramPath.h"
 
 namespace kestrine {
 
@@ -21,11 +20,6 @@ std::string preferredLanguage(const Environment& environment) {
         return locale.substr(0, locale.find_first_of("_.@")) == "ja" ? "Japanese.lproj" : englishFolder;
     }
     return englishFolder;
-}
-
-std::string pathOfThisProgram() {
-    std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
 } // namespace

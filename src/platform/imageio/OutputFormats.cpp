@@ -92,6 +92,13 @@ constexpr bool isInOrder() {
 }
 static_assert(isInOrder());
 
+std::string lowerCase(std::string_view word) {
+    std::string lower;
+    for (const char c : word)
+        lower += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return lower;
+}
+
 } // namespace
 
 std::span<const OutputFormat> outputFormats() { return outputFormatTable; }
@@ -102,8 +109,18 @@ std::span<const OutputFormat> presetFormats() {
     return outputFormats().first(static_cast<std::size_t>(FileType::gif) + 1);
 }
 
+bool hasExtension(const OutputFormat& format, std::string_view extension) {
+    const std::string lower = lowerCase(extension);
+    return !lower.empty()
+           && (lower == format.extension
+               || std::ranges::find(format.otherExtensions, lower) != format.otherExtensions.end());
+}
+
 const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFormat> formats) {
-    const auto found = std::ranges::find(formats, name, &OutputFormat::name);
+    const std::string lower = lowerCase(name);
+    const auto found = std::ranges::find_if(formats, [&](const OutputFormat& format) {
+        return lower == format.name || hasExtension(format, lower);
+    });
     return found == formats.end() ? nullptr : &*found;
 }
 

@@ -46,7 +46,10 @@ std::uint32_t librariesOf(const OutputFormat& format);
 /// Those that presets know.
 std::span<const OutputFormat> presetFormats();
 
-/// The one of `formats` with that name; null if there is none.
+/// Whether files of the format have this extension, in upper or lower case.
+bool hasExtension(const OutputFormat& format, std::string_view extension);
+
+/// The one of `formats` that has this name or extension, in upper or lower case; null if there is none.
 const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFormat> formats);
 
 /// The one that files of this codec have; null if it is not written, or if `codec` is null.

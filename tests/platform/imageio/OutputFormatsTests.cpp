@@ -26,6 +26,20 @@ TEST(OutputFormats, areFoundByTheirNamesAmongThoseThatAreAllowed) {
     EXPECT_EQ(formatNamed("", outputFormats()), nullptr);
 }
 
+TEST(OutputFormats, areFoundByTheirExtensionsAndInUpperCaseToo) {
+    for (const char* word : {"jpg", "JPG", "JPEG", "Jpe"})
+        EXPECT_EQ(formatNamed(word, presetFormats()), &outputFormat(FileType::jpeg)) << word;
+    EXPECT_EQ(formatNamed("TIF", presetFormats()), &outputFormat(FileType::tiff));
+    EXPECT_EQ(formatNamed("WebP", outputFormats()), &outputFormat(FileType::webp));
+    EXPECT_EQ(formatNamed("jp", outputFormats()), nullptr);
+}
+
+TEST(OutputFormats, knowTheExtensionsOfTheirFiles) {
+    EXPECT_TRUE(hasExtension(outputFormat(FileType::tiff), "Tif"));
+    EXPECT_FALSE(hasExtension(outputFormat(FileType::tiff), "jpg"));
+    EXPECT_FALSE(hasExtension(outputFormat(FileType::png), "")); // unused places in the table are empty
+}
+
 TEST(OutputFormats, eachEncoderWritesItsFormat) {
     for (const OutputFormat& format : outputFormats()) {
         const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{3, 2, ColorModel::rgb}));

@@ -39,6 +39,14 @@ Result<void> makeFolderWithAttributes(const std::string& path, const struct stat
     return {};
 }
 
+Result<void> makeExecutable(const std::string& path) {
+    const struct stat status = TRY(attributesOf(path, FollowLinks::yes));
+    const mode_t executable = (status.st_mode & 0444) >> 2;
+    if (::chmod(path.c_str(), (status.st_mode & 07777) | executable) != 0)
+        return systemFailure("cannot make " + path + " executable");
+    return {};
+}
+
 Result<void> changeCurrentFolder(const std::string& folder) {
     TRY(checkPath(folder));
     if (::chdir(folder.c_str()) != 0)

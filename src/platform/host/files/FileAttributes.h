@@ -20,6 +20,9 @@ Result<struct stat> attributesOf(const std::string& path, FollowLinks follow);
 /// in use.
 Result<void> makeFolderWithAttributes(const std::string& path, const struct stat& attributes);
 
+/// Whoever may read the file may also execute it. Follows symbolic links.
+Result<void> makeExecutable(const std::string& path);
+
 /// Makes `folder` the current folder of the whole process.
 Result<void> changeCurrentFolder(const std::string& folder);
 

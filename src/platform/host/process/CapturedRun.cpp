@@ -2,7 +2,7 @@
 
 #include "platform/host/files/FileDescriptor.h"
 #include "platform/host/process/ArgumentVector.h"
-#include "platform/host/process/Environment.h"
+#include "platform/host/process/ProgramPath.h"
 
 #include <algorithm>
 #include <array>
@@ -50,21 +50,6 @@ Result<Pipe> makePipe() {
     FileDescriptor reading(ends[0]), writing(ends[1]);
     return Pipe{TRY(awayFromStandardStreams(std::move(reading))),
                 TRY(awayFromStandardStreams(std::move(writing)))};
-}
-
-/// The files that may be the program, in the order of PATH.
-std::vector<std::string> candidatesFor(const std::string& program) {
-    if (program.find('/') != std::string::npos)
-        return {program};
-    const std::string path = Environment::ofProcess().variable("PATH").value_or("/bin:/usr/bin");
-    std::vector<std::string> files;
-    for (std::size_t begin = 0; begin <= path.size();) {
-        const std::size_t end = std::min(path.find(':', begin), path.size());
-        const std::string folder = path.substr(begin, end - begin);
-        files.push_back((folder.empty() ? "." : folder) + "/" + program);
-        begin = end + 1;
-    }
-    return files;
 }
 
 ArgumentVector environmentWith(const EnvironmentChanges& changes) {
@@ -208,7 +193,7 @@ Result<CapturedRun> runCapturingOutput(const std::string& program, const std::ve
                                        std::size_t limit, const EnvironmentChanges& changes) {
     ArgumentVector vector = TRY(ArgumentVector::make(program, arguments));
     Pipe output = TRY(makePipe()), report = TRY(makePipe());
-    const Plan plan{ArgumentVector(candidatesFor(program)), std::move(vector), environmentWith(changes),
+    const Plan plan{ArgumentVector(possiblePathsOf(program)), std::move(vector), environmentWith(changes),
                     output.writing.number(), report.writing.number()};
     const pid_t process = ::getpid();
     const pid_t supervisor = ::fork();

@@ -1,6 +1,7 @@
 #include "platform/imageio/bmp/Header.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 
 namespace kestrine::bmp {
@@ -27,6 +28,9 @@ enum Compression : std::uint32_t {
     bitFields = 3,
     alphaBitFields = 6
 };
+
+/// Bits per pixel without compression.
+constexpr std::array<std::uint32_t, 7> plainBits = {1, 2, 4, 8, 16, 24, 32};
 
 /// Longer profiles are ignored.
 constexpr std::uint32_t maximumProfileLength = std::uint32_t{16} << 20;
@@ -116,8 +120,7 @@ Result<void> readPixelKind(const Fields& fields, Header& header) {
     const bool hasMasks = (compression == bitFields || compression == alphaBitFields)
                           && (bits == 16 || bits == 32) && fields.headerLength >= infoHeader2
                           && fields.headerLength != longestOS2Header;
-    const bool isPlain = compression == uncompressed
-                         && (bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32);
+    const bool isPlain = compression == uncompressed && std::ranges::find(plainBits, bits) != plainBits.end();
     if (!header.isRunLength && !hasMasks && !isPlain)
         return Failure{Reason::unsupported, "the BMP has an unknown pixel format"};
     return readMasks(fields, hasMasks, header);

@@ -12,7 +12,7 @@ struct Header {
     std::uint32_t width = 0, height = 0;
     bool isTopDown = false; ///< otherwise the lowest row is stored first
     bool isRunLength = false;
-    unsigned bitsPerPixel = 0;     ///< 1, 4, 8: indices; 16, 24, 32: colours
+    unsigned bitsPerPixel = 0;     ///< 1, 2, 4, 8: indices; 16, 24, 32: colours
     std::uint64_t pixelOffset = 0; ///< offset of the pixels in the file
     Bytes palette{}; ///< red, green, blue per colour; may have fewer colours than indices can address
     std::array<std::uint32_t, 4> masks{}; ///< red, green, blue, alpha, for 16 and 32 bits; 0 without alpha

@@ -35,9 +35,7 @@ Codestream::~Codestream() {
 }
 
 Result<void> Codestream::start(int halvings, std::size_t threads) {
-    std::array<std::uint8_t, 4> head{};
-    const ByteView start(head.data(), reader_->readAt(0, head));
-    decoder_ = library_.createDecoder(isBareCodestream(start) ? OPJ_CODEC_J2K : OPJ_CODEC_JP2);
+    decoder_ = library_.createDecoder(OPJ_CODEC_J2K);
     stream_ = library_.createStream(streamBuffer, OPJ_TRUE);
     if (decoder_ == nullptr || stream_ == nullptr)
         return Failure{Reason::tooLarge, "there is not enough memory for the JPEG 2000 picture"};
@@ -48,7 +46,6 @@ Result<void> Codestream::start(int halvings, std::size_t threads) {
     library_.setLength(stream_, reader_->size());
     opj_dparameters_t parameters{};
     library_.defaultParameters(&parameters);
-    parameters.flags |= OPJ_DPARAMETERS_IGNORE_PCLR_CMAP_CDEF_FLAG; // Container reads these boxes
     parameters.cp_reduce = static_cast<OPJ_UINT32>(halvings);
     if (!library_.setUp(decoder_, &parameters))
         return Failure{Reason::malformed, "the JPEG 2000 decoder cannot be set up"};

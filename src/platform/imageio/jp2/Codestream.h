@@ -1,4 +1,4 @@
-// Codestream: a JPEG 2000 file that OpenJPEG has opened, and whose header it has read.
+// Codestream: a JPEG 2000 codestream that OpenJPEG has opened, and whose header it has read.
 #pragma once
 
 #include "platform/host/files/ByteReader.h"
@@ -28,7 +28,8 @@ struct TileGrid {
 
 class Codestream {
 public:
-    /// Opens the file to be decoded with both sides divided by 2^`halvings`, on up to `threads` threads.
+    /// Opens a bare codestream to be decoded with both sides divided by 2^`halvings`, on up to `threads`
+    /// threads.
     static Result<std::unique_ptr<Codestream>> open(const Functions& library,
                                                     std::shared_ptr<const ByteReader> reader, int halvings,
                                                     std::size_t threads);

@@ -1,8 +1,10 @@
 #include "platform/imageio/jp2/Container.h"
 
 #include "platform/imageio/Box.h"
+#include "platform/imageio/PartReader.h"
 #include "platform/imageio/jp2/Codestream.h"
 
+#include <algorithm>
 #include <array>
 
 namespace kestrine::jp2 {
@@ -13,22 +15,35 @@ constexpr std::uint64_t maxHeaderBytes = std::uint64_t{32} << 20; // a profile i
 constexpr int maxBoxes = 1000;
 constexpr std::size_t maxEntries = 1024, maxColumns = 255; // of a palette, as ISO 15444-1 says
 
-/// The content of the header box; empty if there is none before the codestream.
-Bytes headerBox(const ByteReader& reader) {
+/// The first box of that type before the codestream, or the codestream itself.
+std::optional<BoxPlace> firstBox(const ByteReader& reader, FourCC type) {
     std::uint64_t position = 0;
     for (int i = 0; i < maxBoxes; ++i) {
         const std::optional<BoxPlace> box = boxAt(reader, position);
-        if (!box || box->type == fourCC("jp2c") || box->content.offset > reader.size()
-            || box->content.length > reader.size() - box->content.offset)
+        if (!box || box->content.offset > reader.size())
             break;
-        if (box->type == fourCC("jp2h") && box->content.length <= maxHeaderBytes) {
-            Bytes content(box->content.length);
-            content.resize(reader.readAt(box->content.offset, content));
-            return content;
-        }
+        if (box->type == type)
+            return box;
+        if (box->type == fourCC("jp2c") || box->content.length > reader.size() - box->content.offset)
+            break;
         position = box->content.offset + box->content.length;
     }
-    return {};
+    return std::nullopt;
+}
+
+/// The content of the header box; empty if there is none before the codestream.
+Bytes headerBox(const ByteReader& reader) {
+    const std::optional<BoxPlace> box = firstBox(reader, fourCC("jp2h"));
+    if (!box || box->content.length > std::min(maxHeaderBytes, reader.size() - box->content.offset))
+        return {};
+    Bytes content(box->content.length);
+    content.resize(reader.readAt(box->content.offset, content));
+    return content;
+}
+
+bool isBare(const ByteReader& reader) {
+    std::array<std::uint8_t, 4> start{};
+    return reader.readAt(0, start) == start.size() && isBareCodestream(start);
 }
 
 constexpr std::uint32_t namedSpace = 1, restrictedProfile = 2, anyProfile = 3;
@@ -85,10 +100,18 @@ void readUses(Cursor numbers, Container& container) {
 
 } // namespace
 
+Result<std::shared_ptr<const ByteReader>> codestreamIn(std::shared_ptr<const ByteReader> file) {
+    if (isBare(*file))
+        return file;
+    const std::optional<BoxPlace> box = firstBox(*file, fourCC("jp2c"));
+    if (!box)
+        return Failure{Reason::malformed, "the JPEG 2000 file has no codestream"};
+    return readerOfPart(std::move(file), box->content.offset, box->content.length);
+}
+
 Result<Container> readContainer(const ByteReader& reader) {
     Container container;
-    std::array<std::uint8_t, 4> start{};
-    if (reader.readAt(0, start) == start.size() && isBareCodestream(start))
+    if (isBare(reader))
         return container;
     const Bytes header = headerBox(reader);
     ByteView rest(header);

@@ -50,4 +50,8 @@ struct Container {
 /// Reads the boxes before the codestream. A file without boxes has an empty container.
 Result<Container> readContainer(const ByteReader& reader);
 
+/// The codestream in a file, with or without boxes. OpenJPEG gets nothing else, because it applies palettes
+/// and the order of channels to single tiles even if it is asked not to.
+Result<std::shared_ptr<const ByteReader>> codestreamIn(std::shared_ptr<const ByteReader> file);
+
 } // namespace kestrine::jp2

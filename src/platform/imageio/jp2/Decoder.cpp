@@ -140,7 +140,8 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
     const Result<Functions>& library = installedFunctions();
     if (!library)
         return library.failure();
-    const std::unique_ptr<Codestream> codestream = TRY(Codestream::open(*library, reader, 0, 1));
+    std::shared_ptr<const ByteReader> stream = TRY(codestreamIn(reader));
+    const std::unique_ptr<Codestream> codestream = TRY(Codestream::open(*library, stream, 0, 1));
     const opj_image_t& image = codestream->image();
     constexpr std::uint32_t highest = 0x7fff'ffff; // what the library can be asked to decode
     if (image.x1 <= image.x0 || image.y1 <= image.y0 || image.x1 > highest || image.y1 > highest)
@@ -150,7 +151,7 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
     if (!components.format.isWithinLimits())
         return Failure{Reason::tooLarge, "the JPEG 2000 picture has too many pixels"};
     return std::unique_ptr<ImageDecoder>(
-        std::make_unique<Decoder>(*library, std::move(reader), *codestream, std::move(components)));
+        std::make_unique<Decoder>(*library, std::move(stream), *codestream, std::move(components)));
 }
 
 } // namespace

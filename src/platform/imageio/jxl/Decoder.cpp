@@ -1,7 +1,9 @@
 // Reads JPEG XL files with libjxl: the bare codestream and the container, the first frame of animations. The
 // library applies the orientation of the codestream. The whole picture is held in memory.
 
+#include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/Premultiplication.h"
+#include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
@@ -29,7 +31,32 @@ struct Header {
     bool isAnimation = false;
     bool hasContainer = false;
     std::optional<ColorProfile> profile;
+    /// Whether the library cannot deliver the pixels in the space of the profile.
+    bool needsConversion = false;
 };
+
+/// Primaries (and the white point of sRGB) that leave out hardly any colour of a profile.
+constexpr Chromaticities wideChromaticities = {
+    {0.3127, 0.3290}, {0.7347, 0.2653}, {0.1152, 0.8264}, {0.1566, 0.0177}};
+
+/// What to ask the library for if it cannot deliver the space of the profile: the curve of sRGB with wide
+/// primaries, or sRGB and its grey if the profile cannot be used.
+JxlColorEncoding replacement(const Header& header) {
+    JxlColorEncoding color{};
+    color.color_space = header.format.model == ColorModel::gray ? JXL_COLOR_SPACE_GRAY : JXL_COLOR_SPACE_RGB;
+    color.white_point = JXL_WHITE_POINT_D65;
+    color.primaries = header.profile ? JXL_PRIMARIES_CUSTOM : JXL_PRIMARIES_SRGB;
+    const auto set = [](double(&xy)[2], const Chromaticities::Point& point) {
+        xy[0] = point.x;
+        xy[1] = point.y;
+    };
+    set(color.primaries_red_xy, wideChromaticities.red);
+    set(color.primaries_green_xy, wideChromaticities.green);
+    set(color.primaries_blue_xy, wideChromaticities.blue);
+    color.transfer_function = JXL_TRANSFER_FUNCTION_SRGB;
+    color.rendering_intent = JXL_RENDERING_INTENT_RELATIVE;
+    return color;
+}
 
 bool isSRGB(const JxlColorEncoding& color) {
     const bool isGray = color.color_space == JXL_COLOR_SPACE_GRAY;
@@ -38,22 +65,36 @@ bool isSRGB(const JxlColorEncoding& color) {
            && color.transfer_function == JXL_TRANSFER_FUNCTION_SRGB;
 }
 
-/// The profile of the delivered pixels; none if they are sRGB.
-std::optional<ColorProfile> deliveredProfile(const Functions& library, const Session& session,
-                                             ColorModel model) {
+/// The profile of the stored or of the delivered pixels; none if they are sRGB.
+std::optional<ColorProfile> profileOf(const Functions& library, const Session& session,
+                                      JxlColorProfileTarget pixels, ColorModel model) {
     JxlColorEncoding color{};
-    constexpr auto delivered = JXL_COLOR_PROFILE_TARGET_DATA;
-    if (library.encodedProfile(session.decoder(), nullptr, delivered, &color) == JXL_DEC_SUCCESS
+    if (library.encodedProfile(session.decoder(), nullptr, pixels, &color) == JXL_DEC_SUCCESS
         && isSRGB(color))
         return std::nullopt;
     std::size_t size = 0;
-    if (library.profileSize(session.decoder(), nullptr, delivered, &size) != JXL_DEC_SUCCESS
+    if (library.profileSize(session.decoder(), nullptr, pixels, &size) != JXL_DEC_SUCCESS
         || size > maximumProfileBytes)
         return std::nullopt;
     Bytes icc(size);
-    if (library.profile(session.decoder(), nullptr, delivered, icc.data(), size) != JXL_DEC_SUCCESS)
+    if (library.profile(session.decoder(), nullptr, pixels, icc.data(), size) != JXL_DEC_SUCCESS)
         return std::nullopt;
     return ColorProfile::fromICC(icc, model);
+}
+
+/// Lossy pictures are stored in a space of the format, from which the library converts only to spaces that
+/// have a name. It would deliver linear sRGB in place of all others.
+void readProfile(const Functions& library, const Session& session, const JxlBasicInfo& info, Header& header) {
+    constexpr auto stored = JXL_COLOR_PROFILE_TARGET_ORIGINAL, delivered = JXL_COLOR_PROFILE_TARGET_DATA;
+    JxlColorEncoding color{};
+    const bool hasName =
+        library.encodedProfile(session.decoder(), nullptr, stored, &color) == JXL_DEC_SUCCESS;
+    header.needsConversion = !info.uses_original_profile && !hasName;
+    const ColorModel model = header.format.model;
+    if (!header.needsConversion)
+        header.profile = profileOf(library, session, delivered, model);
+    else if (model == ColorModel::rgb)
+        header.profile = profileOf(library, session, stored, model);
 }
 
 bool hasInkChannel(const Functions& library, const Session& session, const JxlBasicInfo& info) {
@@ -85,30 +126,51 @@ Result<Header> readHeader(const Functions& library, std::shared_ptr<const ByteRe
     header.isPremultiplied = info.alpha_premultiplied != 0;
     header.isAnimation = info.have_animation != 0;
     header.hasContainer = info.have_container != 0;
-    header.profile = deliveredProfile(library, session, header.format.model);
+    readProfile(library, session, info, header);
     return header;
 }
 
-Result<PixelBuffer> decodeFirstFrame(const Functions& library, std::shared_ptr<const ByteReader> reader,
-                                     const Header& header) {
-    Session session = TRY(Session::begin(library, std::move(reader), JXL_DEC_FULL_IMAGE));
-    session.useThreads(usefulThreads(header.format));
-    PixelBuffer pixels(header.format);
-    const bool is16Bits = header.format.depth == SampleDepth::bits16;
-    const JxlPixelFormat layout{static_cast<std::uint32_t>(header.format.channels()),
+/// Pixels of `format`, in the replacement of their space if they need conversion.
+Result<PixelBuffer> deliveredPixels(const Functions& library, std::shared_ptr<const ByteReader> reader,
+                                    const Header& header, const RowFormat& format) {
+    const int colorEvent = header.needsConversion ? JXL_DEC_COLOR_ENCODING : 0;
+    Session session = TRY(Session::begin(library, std::move(reader), JXL_DEC_FULL_IMAGE | colorEvent));
+    session.useThreads(usefulThreads(format));
+    PixelBuffer pixels(format);
+    const bool is16Bits = format.depth == SampleDepth::bits16;
+    const JxlPixelFormat layout{static_cast<std::uint32_t>(format.channels()),
                                 is16Bits ? JXL_TYPE_UINT16 : JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0};
+    const JxlColorEncoding colors = replacement(header);
     for (;;) {
         const JxlDecoderStatus status = TRY(session.advance());
         if (status == JXL_DEC_FULL_IMAGE)
             break;
-        if (status != JXL_DEC_NEED_IMAGE_OUT_BUFFER
-            || library.setPixels(session.decoder(), &layout, pixels.bytes.data(), pixels.bytes.size())
-                   != JXL_DEC_SUCCESS)
+        const JxlDecoderStatus done =
+            status == JXL_DEC_COLOR_ENCODING ? library.preferColors(session.decoder(), &colors)
+            : status == JXL_DEC_NEED_IMAGE_OUT_BUFFER
+                ? library.setPixels(session.decoder(), &layout, pixels.bytes.data(), pixels.bytes.size())
+                : JXL_DEC_ERROR;
+        if (done != JXL_DEC_SUCCESS)
             return Failure{Reason::malformed, "the JPEG XL picture cannot be decoded"};
     }
-    if (header.isPremultiplied && header.format.hasAlpha)
-        undoPremultiplication(header.format, pixels.bytes);
+    if (header.isPremultiplied && format.hasAlpha)
+        undoPremultiplication(format, pixels.bytes);
     return pixels;
+}
+
+Result<PixelBuffer> decodeFirstFrame(const Functions& library, std::shared_ptr<const ByteReader> reader,
+                                     const Header& header) {
+    if (!header.needsConversion || !header.profile)
+        return deliveredPixels(library, std::move(reader), header, header.format);
+    RowFormat deep = header.format;
+    deep.depth = SampleDepth::bits16;
+    auto pixels =
+        std::make_shared<const PixelBuffer>(TRY(deliveredPixels(library, std::move(reader), header, deep)));
+    const auto wide = ColorProfile::fromSRGBCurve(wideChromaticities, "Wide");
+    RowSourcePointer rows = rowsInProfile(rowsOfPixels(std::move(pixels)), wide.value(), *header.profile);
+    if (header.format.depth == SampleDepth::bits8)
+        rows = rowsOf8Bits(std::move(rows));
+    return readAllRows(*rows);
 }
 
 /// The content of the first box with EXIF data, without the number that says where the block begins in it.
@@ -162,7 +224,7 @@ public:
             {.format = header_.format,
              .resolution = facts.resolution.value_or(Resolution{}),
              .profile = header_.profile,
-             .heldBytes = header_.format.bytes() + libraryBytesPerPixel * header_.format.pixels()});
+             .heldBytes = header_.format.bytes() + heldBytesPerPixel() * header_.format.pixels()});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
@@ -180,6 +242,12 @@ public:
     }
 
 private:
+    std::uint64_t heldBytesPerPixel() const {
+        constexpr std::uint64_t bytesPerDeepSample = 2;
+        return libraryBytesPerPixel
+               + (header_.needsConversion ? bytesPerDeepSample * header_.format.channels() : 0);
+    }
+
     const Functions& library_;
     const std::shared_ptr<const ByteReader> reader_;
     const Header header_;

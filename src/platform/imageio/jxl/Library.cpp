@@ -24,6 +24,7 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
                           && coder->find(functions.encodedProfile, "JxlDecoderGetColorAsEncodedProfile")
                           && coder->find(functions.profileSize, "JxlDecoderGetICCProfileSize")
                           && coder->find(functions.profile, "JxlDecoderGetColorAsICCProfile")
+                          && coder->find(functions.preferColors, "JxlDecoderSetPreferredColorProfile")
                           && coder->find(functions.setPixels, "JxlDecoderSetImageOutBuffer")
                           && coder->find(functions.setDecompressBoxes, "JxlDecoderSetDecompressBoxes")
                           && coder->find(functions.boxType, "JxlDecoderGetBoxType")

@@ -26,6 +26,7 @@ struct Functions {
     decltype(&JxlDecoderGetColorAsEncodedProfile) encodedProfile;
     decltype(&JxlDecoderGetICCProfileSize) profileSize;
     decltype(&JxlDecoderGetColorAsICCProfile) profile;
+    decltype(&JxlDecoderSetPreferredColorProfile) preferColors;
     decltype(&JxlDecoderSetImageOutBuffer) setPixels;
     decltype(&JxlDecoderSetDecompressBoxes) setDecompressBoxes;
     decltype(&JxlDecoderGetBoxType) boxType;

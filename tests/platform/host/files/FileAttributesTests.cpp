@@ -68,6 +68,15 @@ TEST(FileAttributes, aNameInUseAlreadyExists) {
     EXPECT_EQ(makeFolderWithAttributes("", attributesWith(0700, 0)).failure().reason, Reason::malformed);
 }
 
+TEST(FileAttributes, whoMayReadAFileMayExecuteIt) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("file", "");
+    fs::permissions(file, fs::perms(0640));
+    ASSERT_TRUE(makeExecutable(file));
+    EXPECT_EQ(attributesOf(file, FollowLinks::yes)->st_mode & 07777, 0750U);
+    EXPECT_EQ(makeExecutable(folder / "missing").failure().reason, Reason::notFound);
+}
+
 TEST(FileAttributes, theCurrentFolderChangesOnlyToAnExistingFolder) {
     const TemporaryFolder folder;
     const CurrentFolder before(fs::temp_directory_path());

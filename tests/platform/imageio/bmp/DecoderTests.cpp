@@ -139,7 +139,7 @@ TEST(BMPDecoder, withANegativeHeightTheUpperRowIsFirst) {
               (Samples{9, 8, 7, 12, 11, 10, 15, 14, 13, 3, 2, 1, 6, 5, 4, 18, 17, 16}));
 }
 
-TEST(BMPDecoder, indicesOf1And4And8BitsBecomeColors) {
+TEST(BMPDecoder, indicesOf1And2And4And8BitsBecomeColors) {
     EXPECT_EQ(samplesOf(BMPFile{.width = 9,
                                 .height = 1,
                                 .bits = 1,
@@ -147,6 +147,13 @@ TEST(BMPDecoder, indicesOf1And4And8BitsBecomeColors) {
                                 .pixels = {0xA5, 0x80, 0, 0}}
                             .make()),
               colored({1, 0, 1, 0, 0, 1, 0, 1, 1}));
+    EXPECT_EQ(samplesOf(BMPFile{.width = 5,
+                                .height = 1,
+                                .bits = 2,
+                                .palette = fourColors,
+                                .pixels = {0b00'01'10'11, 0b10'00'00'00, 0, 0}}
+                            .make()),
+              colored({0, 1, 2, 3, 2}));
     EXPECT_EQ(
         samplesOf(BMPFile{
             .height = 1, .bits = 4, .colorsUsed = 4, .palette = fourColors, .pixels = {0x12, 0x30, 0, 0}}
@@ -390,7 +397,7 @@ TEST(BMPDecoder, impossibleSizesAreRefused) {
 }
 
 TEST(BMPDecoder, unknownKindsAreRefused) {
-    EXPECT_EQ(reasonOf({.bits = 2}), Reason::unsupported);
+    EXPECT_EQ(reasonOf({.bits = 5}), Reason::unsupported);
     EXPECT_EQ(reasonOf({.bits = 0, .compression = 4}), Reason::unsupported) << "embedded JPEG";
     EXPECT_EQ(reasonOf({.bits = 8, .compression = 2}), Reason::unsupported) << "4-bit runs of 8 bits";
     EXPECT_EQ(reasonOf({.bits = 24, .compression = 3, .pixels = Bytes(24)}), Reason::unsupported);

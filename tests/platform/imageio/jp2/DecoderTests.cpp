@@ -1,9 +1,13 @@
+#include "platform/host/BigEndian.h"
 #include "platform/imageio/LocalSource.h"
 #include "platform/imageio/Render.h"
 #include "platform/imageio/jp2/Library.h"
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/jp2/JP2Recipe.h"
 #include "tests/support/Pictures.h"
+
+#include <algorithm>
+#include <string_view>
 
 namespace kestrine::testing {
 
@@ -12,6 +16,24 @@ namespace {
 constexpr RowFormat rgb{75, 50};
 
 PixelBuffer photo(std::uint32_t width = 75, std::uint32_t height = 50) { return makePhoto({width, height}); }
+
+void appendBox(Bytes& file, std::string_view name, const Bytes& content) {
+    appendBigEndian(file, content.size() + 8, 4);
+    file.insert(file.end(), name.begin(), name.end());
+    file.insert(file.end(), content.begin(), content.end());
+}
+
+/// `file` with further boxes at the end of its header.
+Bytes withBoxes(Bytes file, const Bytes& boxes) {
+    constexpr std::string_view name = "jp2h";
+    const auto header = std::search(file.begin(), file.end(), name.begin(), name.end()) - 4;
+    const std::uint64_t length = bigEndian(ByteView(&*header, 4));
+    Bytes longer;
+    appendBigEndian(longer, length + boxes.size(), 4);
+    std::ranges::copy(longer, header);
+    file.insert(header + static_cast<std::ptrdiff_t>(length), boxes.begin(), boxes.end());
+    return file;
+}
 
 PixelBuffer pixelsOf(const JP2Recipe& recipe) { return decodeSound(jp2::codec, recipe.make()).pixels; }
 
@@ -69,6 +91,36 @@ TEST(JP2Decoder, storedYCbCrBecomesRGB) {
     const PixelBuffer decoded = pixelsOf({.pixels = red, .space = OPJ_CLRSPC_SYCC});
     EXPECT_TRUE(samePicture(
         decoded, makePicture(rgb, [](auto, auto, std::size_t c) { return c == 0 ? 254u : 0u; }), 1));
+}
+
+TEST(JP2Decoder, thePaletteIsAppliedOnceToEveryTile) {
+    const auto gray = [](auto x, auto y, std::size_t) { return x + y; };
+    const JP2Recipe recipe{
+        .pixels = makePicture({75, 50, ColorModel::gray}, gray), .tile = 32, .space = OPJ_CLRSPC_GRAY};
+    Bytes palette = {1, 0, 3, 7, 7, 7}; // 256 entries of three columns of 8 bits
+    for (unsigned i = 0; i < 256; ++i)
+        for (const unsigned value : {255 - i, i / 2, 3 * i % 256})
+            palette.push_back(static_cast<std::uint8_t>(value));
+    Bytes boxes;
+    appendBox(boxes, "pclr", palette);
+    appendBox(boxes, "cmap", {0, 0, 1, 0, 0, 0, 1, 1, 0, 0, 1, 2});
+    EXPECT_TRUE(samePicture(decodeSound(jp2::codec, withBoxes(recipe.make(), boxes)).pixels,
+                            makePicture(rgb, [](auto x, auto y, std::size_t c) {
+                                const unsigned i = x + y;
+                                return c == 0 ? 255 - i : c == 1 ? i / 2 : 3 * i % 256;
+                            })));
+}
+
+TEST(JP2Decoder, channelsStoredInAnotherOrderAreSortedOnce) {
+    Bytes boxes; // blue, green, red
+    appendBox(boxes, "cdef", {0, 3, 0, 0, 0, 0, 0, 3, 0, 1, 0, 0, 0, 2, 0, 2, 0, 0, 0, 1});
+    const auto stored = [](auto x, auto y, std::size_t c) {
+        return static_cast<unsigned>((c + 1) * (x + y) / 2);
+    };
+    const JP2Recipe recipe{.pixels = makePicture(rgb, stored), .tile = 32};
+    EXPECT_TRUE(
+        samePicture(decodeSound(jp2::codec, withBoxes(recipe.make(), boxes)).pixels,
+                    makePicture(rgb, [&](auto x, auto y, std::size_t c) { return stored(x, y, 2 - c); })));
 }
 
 TEST(JP2Decoder, aReducedDecodeRoundsSidesUpAndNeedsAnAlignedOrigin) {

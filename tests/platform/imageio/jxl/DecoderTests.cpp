@@ -91,6 +91,18 @@ TEST(JXLDecoder, profilesOfOtherSpacesAreKept) {
     EXPECT_TRUE(decodeSound(jxl::codec, recipe.make()).frame().profile.has_value());
 }
 
+TEST(JXLDecoder, lossyPicturesKeepTheirProfileAndItsColours) {
+    const PixelBuffer green = makePicture({31, 20}, [](auto x, auto y, std::size_t c) {
+        return c == 1 ? 240u : c == 0 ? 10 + x : 20 + y; // outside sRGB
+    });
+    JXLRecipe recipe{.pixels = green, .isLossless = false};
+    recipe.icc = Bytes(ColorProfile::adobeRGB().bytes().begin(), ColorProfile::adobeRGB().bytes().end());
+    const Decoded decoded = decodeSound(jxl::codec, recipe.make());
+    EXPECT_EQ(decoded.frame().profile, ColorProfile::adobeRGB());
+    EXPECT_EQ(decoded.frame().format, green.format);
+    EXPECT_TRUE(samePicture(decoded.pixels, green, 4));
+}
+
 TEST(JXLDecoder, theFirstFrameOfAnAnimationIsDecodedAndAllAreCounted) {
     const PixelBuffer photo = makePhoto(rgb);
     const Decoded decoded = decodeSound(jxl::codec, JXLRecipe{.pixels = photo, .frames = 5}.make());

@@ -1,0 +1,52 @@
+// Actions of Nemo: a file per set. Nemo has no submenus for them that all its versions know, so each entry
+// says what it does.
+//
+// Nemo splits the command line by the rules of the shell, after it has put the selection in without escaping
+// it. URIs in quotation marks stay whole in any case.
+
+#include "kestrinectl/desktop/DesktopTargets.h"
+#include "kestrinectl/desktop/Quoting.h"
+
+namespace kestrine::desktop {
+
+namespace {
+
+/// In labels, Nemo takes "_" as the mark of a key and "%N", for example, as the name of a file. "__" is shown
+/// as "_"; an invisible character after "%" (U+2060) ends it.
+std::string nemoLabel(const std::string& setName) {
+    std::string label;
+    for (const char c : setName) {
+        label += c;
+        if (c == '_')
+            label += '_';
+        if (c == '%')
+            label += "\u2060";
+    }
+    return label;
+}
+
+std::string nemoAction(const std::string& setName, const DesktopActions& actions) {
+    return "[Nemo Action]\n"
+           "Active=true\n"
+           "Name="
+           + keyFileValue(std::string(actionMenu) + ": " + nemoLabel(setName))
+           + "\n"
+             "Icon-Name=image-x-generic\n"
+             "Exec="
+           + keyFileValue(shellWord(actions.program)) + " " + DesktopActions::runArguments(setName)
+           + " --uris -- %U\n"
+             "Quote=double\n"
+             "Selection=notnone\n"
+             "Mimetypes=image/*;\n";
+}
+
+} // namespace
+
+Result<ActionPlan> planOfNemo(const std::string& folder, const DesktopActions& actions) {
+    std::vector<ActionFile> files;
+    for (std::size_t i = 0; i < actions.setNames.size(); ++i)
+        files.push_back({numberedActionName(i) + ".nemo_action", nemoAction(actions.setNames[i], actions)});
+    return planOfFiles(folder, files, false, actions.overwrites);
+}
+
+} // namespace kestrine::desktop
