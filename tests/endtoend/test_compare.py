@@ -138,7 +138,7 @@ class Results(CompareTest):
         self.store(dict(name="One", formatType=PNG, resizeType=3), dict(name="Two", formatType=JPEG), selection=[(0, 1)])
         self.assertEqual(list(self.section("a.jpg").rows), ["Original file (JPEG)", "One: PNG"])
         self.store(dict(name="One", formatType=PNG))
-        self.assertEqual(self.compare("a.jpg", output="other.html", status=1), [
+        self.assertEqual(self.compare("a.jpg", output="other.html", status=2), [
             "no set is selected; name one with --set, or describe the result, such as with --quality 60,80"])
 
     def test_several_pictures_have_a_section_each(self):
