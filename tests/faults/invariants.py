@@ -149,7 +149,8 @@ def truthful_results(scenario, world, expected, trash, after, outcome):
         yield f"it failed, but every result is there: {outcome.stderr[:200]!r}"
     if scenario.page and outcome.stdout and not is_whole_page(after.get(scenario.page, b"")):
         yield f"it reports {outcome.stdout[:200]!r}, which is not there"
-    for line in outcome.stdout.decode().splitlines() if scenario.makes_pictures and not scenario.page else []:
+    prints_results = scenario.makes_pictures and not scenario.page
+    for line in outcome.stdout.decode().splitlines() if prints_results else []:
         name, arrow, path = line.partition(" -> ")
         place = path.removeprefix("BASE/")
         if not arrow or place not in after or after[place] not in whole.values():

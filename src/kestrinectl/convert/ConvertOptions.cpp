@@ -103,7 +103,7 @@ void addEncoding(CLI::App& command, ConvertOptions& to) {
         "Store JPEG so that the whole picture is shown early; a little smaller (default: baseline)");
 }
 
-void addSkipping(CLI::App& command, ConvertOptions& to) {
+void addSkipFitting(CLI::App& command, ConvertOptions& to) {
     command.add_flag(
         "--skip-fitting", to.skipsFitting,
         "Copy a file unchanged that has the format already, is not larger, stands upright and has no "
@@ -150,7 +150,8 @@ void addPlaces(CLI::App& command, ConvertOptions& to) {
 } // namespace
 
 void ConvertOptions::addTo(CLI::App& command) {
-    for (const auto add : {addSizes, addFormat, addEncoding, addSkipping, addColours, addMetadata, addPlaces})
+    for (const auto add :
+         {addSizes, addFormat, addEncoding, addSkipFitting, addColours, addMetadata, addPlaces})
         add(command, *this);
 }
 

@@ -10,6 +10,7 @@
 #include "platform/host/process/ProgramPath.h"
 
 #include <algorithm>
+#include <new>
 
 namespace kestrine {
 
@@ -45,31 +46,35 @@ Result<ActionPlan> planFor(const DesktopTarget& target, const DesktopActions& ac
     return target.plan(place, actions);
 }
 
-/// The plan, and what it does for the file manager. Throws CommandError.
-ActionPlan carriedOut(const DesktopTarget& target, const DesktopActions& actions) {
-    const Result<ActionPlan> plan = planFor(target, actions);
-    const Result<void> done = plan ? carryOut(*plan) : plan.failure();
-    if (!done)
-        throw CommandError(std::string(target.title) + ": " + done.failure().text);
-    return *plan;
+CommandError failureAt(const DesktopTarget& target, const Failure& failure) {
+    return CommandError(std::string(target.title) + ": " + failure.text);
 }
 
-/// Runs `change` for every file manager that it applies to, also after a failure. `change` returns whether
-/// all of it was done.
-template <class Change>
-void changeEach(const Change& change) {
+/// Throws CommandError.
+void change(const DesktopTarget& target, const Result<ActionPlan>& plan) {
+    const Result<void> done = plan ? carryOut(*plan) : plan.failure();
+    if (!done)
+        throw failureAt(target, done.failure());
+}
+
+/// Runs `work` for every file manager, also after a failure. `work` returns whether all of it was done.
+/// Throws CommandError with `complaint` at the end unless everything was done.
+template <class Work>
+void forEachTarget(const Work& work, const char* complaint) {
     bool isComplete = true;
     for (const DesktopTarget& target : desktopTargets()) {
         try {
-            isComplete = change(target) && isComplete;
+            isComplete = work(target) && isComplete;
         } catch (const CommandError& error) {
             printError(error.what());
             isComplete = false;
         }
     }
     if (!isComplete)
-        throw CommandError("not all actions could be changed");
+        throw CommandError(complaint);
 }
+
+constexpr const char* incompleteChange = "not all actions could be changed";
 
 /// Returns whether there are none.
 bool printObstacles(const DesktopTarget& target, const ActionPlan& plan) {
@@ -86,6 +91,17 @@ void checkProgramPath(const std::string& path) {
                            + "; install the program in a folder without % and control characters");
 }
 
+/// Returns whether nothing was in the way.
+bool installIn(const DesktopTarget& target, const Result<ActionPlan>& plan) {
+    change(target, plan);
+    for (const std::string& sentence : plan->leftOut)
+        printWarning(std::string(target.title) + ": " + sentence);
+    if (plan->wanted > 0 || plan->installed > 0)
+        printLine(std::string(target.title) + ": " + counted(plan->wanted, "action") + " in "
+                  + target.place(Environment::ofProcess()));
+    return printObstacles(target, *plan);
+}
+
 void install(bool inAll, bool overwrites) {
     ActionsOfSets wanted = actionsOf(PresetStore::load().sets());
     wanted.actions.overwrites = overwrites;
@@ -93,20 +109,15 @@ void install(bool inAll, bool overwrites) {
     for (const std::string& sentence : wanted.leftOut)
         printWarning(sentence);
     bool hasAny = false;
-    changeEach([&](const DesktopTarget& target) {
-        const bool isFound = inAll || programExists(std::string(target.program));
-        const Result<ActionPlan> present = planFor(target, wanted.actions);
-        if (!isFound && (!present || present->installed == 0))
+    const auto installWhereWanted = [&](const DesktopTarget& target) {
+        const Result<ActionPlan> plan = planFor(target, wanted.actions);
+        const bool isUsed = plan && plan->installed > 0;
+        if (!inAll && !isUsed && !programExists(std::string(target.program)))
             return true;
         hasAny = true;
-        const ActionPlan plan = carriedOut(target, wanted.actions);
-        for (const std::string& sentence : plan.leftOut)
-            printWarning(std::string(target.title) + ": " + sentence);
-        if (plan.wanted > 0 || plan.installed > 0)
-            printLine(std::string(target.title) + ": " + counted(plan.wanted, "action") + " in "
-                      + target.place(Environment::ofProcess()));
-        return printObstacles(target, plan);
-    });
+        return installIn(target, plan);
+    };
+    forEachTarget(installWhereWanted, incompleteChange);
     if (!hasAny)
         throw CommandError("no file manager was found in PATH; --all installs the actions for all that are "
                            "supported");
@@ -116,13 +127,15 @@ void install(bool inAll, bool overwrites) {
 
 void remove(bool overwrites) {
     bool hasAny = false;
-    changeEach([&](const DesktopTarget& target) {
-        const ActionPlan plan = carriedOut(target, {.overwrites = overwrites});
-        hasAny = hasAny || plan.installed > 0;
-        if (const std::size_t removed = plan.installed - plan.obstacles.size(); removed > 0)
+    const auto removeFrom = [&](const DesktopTarget& target) {
+        const Result<ActionPlan> plan = planFor(target, {.overwrites = overwrites});
+        change(target, plan);
+        hasAny = hasAny || plan->installed > 0;
+        if (const std::size_t removed = plan->installed - plan->obstacles.size(); removed > 0)
             printLine(std::string(target.title) + ": " + counted(removed, "action") + " removed");
-        return printObstacles(target, plan);
-    });
+        return printObstacles(target, *plan);
+    };
+    forEachTarget(removeFrom, incompleteChange);
     if (!hasAny)
         printError("no actions are installed");
 }
@@ -144,18 +157,26 @@ std::string statusLine(const DesktopTarget& target, const ActionPlan& plan) {
 constexpr const char* updateHint =
     "'kestrinectl desktop install' brings the actions in file managers up to date";
 
+bool hasOldActions(const ResizeSets& sets) {
+    const DesktopActions actions = actionsOf(sets).actions;
+    return std::ranges::any_of(desktopTargets(), [&](const DesktopTarget& target) {
+        const Result<ActionPlan> plan = planFor(target, actions);
+        return plan && isOutOfDate(*plan);
+    });
+}
+
 void showStatus() {
-    const DesktopActions actions = actionsOf(PresetStore::load().sets()).actions;
-    bool isOld = false;
-    changeEach([&](const DesktopTarget& target) {
+    const ResizeSets sets = PresetStore::load().sets();
+    const DesktopActions actions = actionsOf(sets).actions;
+    const auto show = [&](const DesktopTarget& target) {
         const Result<ActionPlan> plan = planFor(target, actions);
         if (!plan)
-            throw CommandError(std::string(target.title) + ": " + plan.failure().text);
+            throw failureAt(target, plan.failure());
         printLine(statusLine(target, *plan));
-        isOld = isOld || isOutOfDate(*plan);
         return true;
-    });
-    if (isOld)
+    };
+    forEachTarget(show, "not all actions could be read");
+    if (hasOldActions(sets))
         printHint(updateHint);
 }
 
@@ -207,10 +228,12 @@ void addDesktopCommand(CLI::App& program) {
 }
 
 void remindOfDesktopActions(const ResizeSets& sets) {
-    const DesktopActions actions = actionsOf(sets).actions;
-    for (const DesktopTarget& target : desktopTargets())
-        if (const Result<ActionPlan> plan = planFor(target, actions); plan && isOutOfDate(*plan))
-            return printHint(updateHint);
+    try {
+        if (hasOldActions(sets))
+            printHint(updateHint);
+    } catch (const std::bad_alloc&) {
+        return; // the change itself has succeeded
+    }
 }
 
 } // namespace kestrine

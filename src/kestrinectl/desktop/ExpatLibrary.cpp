@@ -11,7 +11,8 @@ Result<Functions> loadFunctions() {
     Functions f{};
     const bool complete =
         library && library->find(f.createParser, "XML_ParserCreate")
-        && library->find(f.freeParser, "XML_ParserFree") && library->find(f.setUserData, "XML_SetUserData")
+        && library->find(f.freeParser, "XML_ParserFree") && library->find(f.setHashSalt, "XML_SetHashSalt")
+        && library->find(f.setUserData, "XML_SetUserData")
         && library->find(f.setElementHandler, "XML_SetElementHandler")
         && library->find(f.setCharacterDataHandler, "XML_SetCharacterDataHandler")
         && library->find(f.setDoctypeHandler, "XML_SetStartDoctypeDeclHandler")

@@ -12,6 +12,7 @@ namespace kestrine::expat {
 struct Functions {
     decltype(&XML_ParserCreate) createParser;
     decltype(&XML_ParserFree) freeParser;
+    decltype(&XML_SetHashSalt) setHashSalt;
     decltype(&XML_SetUserData) setUserData;
     decltype(&XML_SetElementHandler) setElementHandler;
     decltype(&XML_SetCharacterDataHandler) setCharacterDataHandler;

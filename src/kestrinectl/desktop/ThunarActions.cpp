@@ -119,6 +119,8 @@ std::string rewritten(const CustomActions& custom, const std::vector<const Thuna
 } // namespace
 
 Result<ActionPlan> planOfThunar(const std::string& path, const DesktopActions& actions) {
+    if (actions.setNames.empty() && isAbsent(path))
+        return ActionPlan();
     const CustomActions custom = TRY(customActions(path));
     ActionPlan plan{.wanted = actions.setNames.size()};
     std::vector<const ThunarAction*> ours;

@@ -21,6 +21,8 @@ public:
         : expat_(functions), parser_(expat_.createParser("UTF-8"), expat_.freeParser) {
         if (!parser_)
             throw std::bad_alloc();
+        // With a random salt, the library would end the program on a system without random numbers.
+        expat_.setHashSalt(parser_.get(), 1);
         expat_.setUserData(parser_.get(), this);
         expat_.setElementHandler(
             parser_.get(),
