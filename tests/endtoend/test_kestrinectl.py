@@ -136,6 +136,16 @@ class Sets(ToolTest):
         self.control("edit", "A", "--name", "A", "--quality", "5")
         self.assertEqual(self.exported("A")[0]["compression"], 5)
 
+    def test_sets_are_found_however_the_letters_of_their_names_are_composed(self):
+        composed, decomposed = "Caf\u00e9", "Cafe\u0301"
+        self.control("add", decomposed, "--longest", "30")
+        self.assertEqual(self.exported(composed)[0]["name"], decomposed)
+        self.control("add", composed, "--longest", "40")
+        self.assertEqual([self.exported(name)[0]["name"] for name in (composed, decomposed)], [composed, decomposed])
+        self.control("remove", decomposed)
+        self.control("remove", decomposed)
+        self.assertEqual(self.stored_names(), [])
+
     def test_overwriting_replaces_the_first_set_of_the_name_and_keeps_its_position(self):
         self.store(*({"name": name} for name in "XAAB"), selection=[(1, 1), (3, 1)])
         self.control("add", "A", "--overwrite", "--percent", "7")

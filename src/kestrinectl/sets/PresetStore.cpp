@@ -4,6 +4,7 @@
 #include "kestrinectl/sets/SetNameRules.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/Words.h"
+#include "platform/foundation/text/Decomposition.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
 
@@ -63,11 +64,17 @@ std::string PresetStore::path() {
 
 std::vector<std::size_t> PresetStore::positionsNamed(const std::string& name) const {
     const NSString wanted = NSString::fromUTF8(name);
-    std::vector<std::size_t> found;
-    for (std::size_t i = 0; i < sets_.size(); ++i)
-        if (sets_[i]->name() == wanted)
-            found.push_back(i);
-    return found;
+    const auto positionsWhere = [&](const auto& suits) {
+        std::vector<std::size_t> found;
+        for (std::size_t i = 0; i < sets_.size(); ++i)
+            if (const OptionalString own = sets_[i]->name(); own && suits(*own))
+                found.push_back(i);
+        return found;
+    };
+    const auto equal = positionsWhere([&](const NSString& own) { return own == wanted; });
+    return !equal.empty() ? equal : positionsWhere([&](const NSString& own) {
+        return areCanonicallyEquivalent(own.utf16(), wanted.utf16());
+    });
 }
 
 std::size_t PresetStore::positionNamed(const std::string& name) const {

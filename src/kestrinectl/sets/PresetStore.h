@@ -28,7 +28,8 @@ public:
     /// Throws CommandError when there is no such set, or when several have the name.
     std::size_t positionOf(const std::string& word) const;
 
-    /// The position of the only set with exactly this name. Throws CommandError when there is none, or when
+    /// The position of the only set with this name, or else of the only one whose name differs just in how
+    /// its letters are composed (Unicode normalization). Throws CommandError when there is none, or when
     /// several have the name.
     std::size_t positionNamed(const std::string& name) const;
 

@@ -1,5 +1,6 @@
 #include "platform/foundation/text/TextCollation.h"
 
+#include "platform/foundation/text/Decomposition.h"
 #include "platform/foundation/text/UnicodeLibrary.h"
 
 #include <limits>
@@ -52,28 +53,11 @@ const UnicodeCollator* openCollator() {
     return errorCode > 0 ? nullptr : collator;
 }
 
-/// The compatibility decomposition, which replaces half-width, circled and squared kana by ordinary ones. The
-/// text itself if that fails.
-std::u16string decomposed(std::u16string_view text) {
-    const UnicodeCollationFunctions& library = unicodeCollationFunctions();
-    if (!library.decomposer || !library.decompose)
-        return std::u16string(text);
-    int errorCode = 0;
-    const UnicodeNormalizer* const normalizer = library.decomposer(&errorCode);
-    if (errorCode > 0)
-        return std::u16string(text);
-    const std::int32_t needed =
-        library.decompose(normalizer, text.data(), lengthOf(text), nullptr, 0, &errorCode);
-    std::u16string result(static_cast<std::size_t>(needed > 0 ? needed : 0), u'\0');
-    errorCode = 0;
-    library.decompose(normalizer, text.data(), lengthOf(text), result.data(), needed, &errorCode);
-    return errorCode > 0 ? std::u16string(text) : result;
-}
-
 /// The kind of each kana in the text.
 std::u16string syllabaries(std::u16string_view text) {
     std::u16string kinds;
-    for (const char16_t unit : decomposed(text))
+    // Half-width, circled and squared kana become ordinary ones.
+    for (const char16_t unit : decomposed(text, Decomposition::compatible))
         for (const Kana& kana : kanas)
             if (unit >= kana.first && unit <= kana.last)
                 kinds += kana.kind;

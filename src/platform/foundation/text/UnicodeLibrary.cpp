@@ -58,14 +58,20 @@ UnicodeConverterFunctions openConverterFunctions() {
     return functions;
 }
 
+UnicodeNormalizerFunctions openNormalizerFunctions() {
+    UnicodeNormalizerFunctions functions;
+    commonLibrary().bind(functions.canonical, "unorm2_getNFDInstance");
+    commonLibrary().bind(functions.compatible, "unorm2_getNFKDInstance");
+    commonLibrary().bind(functions.decompose, "unorm2_normalize");
+    return functions;
+}
+
 UnicodeCollationFunctions openCollationFunctions() {
     const VersionedLibrary collation("libicui18n");
     UnicodeCollationFunctions functions;
     collation.bind(functions.open, "ucol_open");
     collation.bind(functions.setAttribute, "ucol_setAttribute");
     collation.bind(functions.compare, "ucol_strcoll");
-    commonLibrary().bind(functions.decomposer, "unorm2_getNFKDInstance");
-    commonLibrary().bind(functions.decompose, "unorm2_normalize");
     return functions;
 }
 
@@ -78,6 +84,11 @@ const UnicodeCaseFunctions& unicodeCaseFunctions() {
 
 const UnicodeConverterFunctions& unicodeConverterFunctions() {
     static const UnicodeConverterFunctions functions = openConverterFunctions();
+    return functions;
+}
+
+const UnicodeNormalizerFunctions& unicodeNormalizerFunctions() {
+    static const UnicodeNormalizerFunctions functions = openNormalizerFunctions();
     return functions;
 }
 

@@ -33,22 +33,28 @@ struct UnicodeConverterFunctions {
     Callback* stopAtMalformed = nullptr;
 };
 
-struct UnicodeCollator;
 struct UnicodeNormalizer;
+
+struct UnicodeNormalizerFunctions {
+    /// ICU's shared normalizers, for canonical (NFD) and compatibility decomposition (NFKD).
+    const UnicodeNormalizer* (*canonical)(int* errorCode) = nullptr;
+    const UnicodeNormalizer* (*compatible)(int* errorCode) = nullptr;
+    std::int32_t (*decompose)(const UnicodeNormalizer*, const char16_t* text, std::int32_t length,
+                              char16_t* into, std::int32_t capacity, int* errorCode) = nullptr;
+};
+
+struct UnicodeCollator;
 
 struct UnicodeCollationFunctions {
     UnicodeCollator* (*open)(const char* locale, int* errorCode) = nullptr;
     void (*setAttribute)(UnicodeCollator*, int attribute, int value, int* errorCode) = nullptr;
     int (*compare)(const UnicodeCollator*, const char16_t* text, std::int32_t length, const char16_t* other,
                    std::int32_t otherLength) = nullptr;
-    /// ICU's shared normalizer for compatibility decomposition (NFKD).
-    const UnicodeNormalizer* (*decomposer)(int* errorCode) = nullptr;
-    std::int32_t (*decompose)(const UnicodeNormalizer*, const char16_t* text, std::int32_t length,
-                              char16_t* into, std::int32_t capacity, int* errorCode) = nullptr;
 };
 
 const UnicodeCaseFunctions& unicodeCaseFunctions();
 const UnicodeConverterFunctions& unicodeConverterFunctions();
+const UnicodeNormalizerFunctions& unicodeNormalizerFunctions();
 const UnicodeCollationFunctions& unicodeCollationFunctions();
 
 } // namespace kestrine
