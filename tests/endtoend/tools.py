@@ -129,7 +129,8 @@ class ToolTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
         self.folder = self.home / "pictures"
         self.folder.mkdir()
-        self.environment = {"HOME": str(self.home), "PATH": os.environ["PATH"], "PWD": str(self.folder), "LANG": "C"}
+        self.environment = {"HOME": str(self.home), "PATH": os.environ["PATH"], "PWD": str(self.folder), "LANG": "C",
+                            **{name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")}}
         self.preferences = self.home / ".config" / "quov.Kestrine.plist"
 
     def store(self, *sets, selection=None, version=4, order="<", form=plistlib.FMT_BINARY, **other):
