@@ -50,8 +50,6 @@ class Installed(unittest.TestCase):
             self.assertRuns(f"{folder}/convert", f"{folder}/a.webp")
 
     def test_python_uses_the_installed_library(self):
-        if b"san_init" in self.library().read_bytes():
-            self.skipTest("a library with sanitizers cannot be loaded into Python")
         with tempfile.TemporaryDirectory() as folder:
             self.assertRuns(EXAMPLES / "programs/convert.py", f"{folder}/a.webp")
 
@@ -59,6 +57,8 @@ class Installed(unittest.TestCase):
         return next(self.prefix.glob("lib/**/libkestrine.so.0"))
 
     def assertRuns(self, program, result):
+        if b"san_init" in self.library().read_bytes():
+            self.skipTest("a library with sanitizers needs programs with sanitizers")
         done = subprocess.run([program, EXAMPLES / "pictures/landscape.jpg", result], check=False, capture_output=True,
                               env={**os.environ, "LD_LIBRARY_PATH": str(self.library().parent)})
         self.assertEqual((done.returncode, done.stderr), (0, b""))
