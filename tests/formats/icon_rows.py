@@ -28,7 +28,7 @@ def ico(*entries, kind=1):
 
 
 def bitmap(content):
-    """A bitmap without its file header, with the doubled height of icons and the mask behind it."""
+    """The bitmap of an icon: without a file header, followed by its mask. The stored height covers both."""
     header = bytearray(content[14:])
     struct.pack_into("<i", header, 8, 2 * SIDE)
     return bytes(header) + padded([row.tobytes() for row in BITS])
