@@ -47,8 +47,9 @@ kestrine_status statusOf(Reason reason) {
 
 CallFailure callFailure(const Failure& failure) { return {statusOf(failure.reason), failure.text}; }
 
-CallFailure nullArgument(const char* name) {
-    return {KESTRINE_WRONG_ARGUMENT, "the argument '" + std::string(name) + "' is null"};
+void requireArgument(const void* argument, const char* name) {
+    if (argument == nullptr)
+        throw CallFailure{KESTRINE_WRONG_ARGUMENT, "the argument '" + std::string(name) + "' is null"};
 }
 
 kestrine_status remembered(const CallFailure& failure) noexcept {

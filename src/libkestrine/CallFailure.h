@@ -1,4 +1,5 @@
-// CallFailure: why a function of the C interface failed, and how callers learn of it.
+// CallFailure: why a function of the C interface failed, and how callers learn of it. The work of a function
+// throws it.
 #pragma once
 
 #include "libkestrine/kestrine.h"
@@ -6,7 +7,6 @@
 
 #include <new>
 #include <string>
-#include <variant>
 
 namespace kestrine {
 
@@ -16,30 +16,17 @@ struct CallFailure {
 };
 
 CallFailure callFailure(const Failure& failure);
-CallFailure nullArgument(const char* name);
 
-/// A value or a CallFailure; for TRY.
+/// The value. Throws CallFailure for a failure.
 template <class T>
-class [[nodiscard]] CallResult {
-public:
-    CallResult() = default;
-    CallResult(T value) : content_(std::move(value)) {}
-    CallResult(CallFailure failure) : content_(std::move(failure)) {}
+T valueOf(Result<T> result) {
+    if (!result)
+        throw callFailure(result.failure());
+    return std::move(result).take();
+}
 
-    explicit operator bool() const { return !std::holds_alternative<CallFailure>(content_); }
-    const CallFailure& failure() const { return std::get<CallFailure>(content_); }
-    T take() && { return std::get<T>(std::move(content_)); }
-
-private:
-    std::variant<T, CallFailure> content_;
-};
-
-template <>
-class [[nodiscard]] CallResult<void> : public CallResult<std::monostate> {
-public:
-    using CallResult<std::monostate>::CallResult;
-    void take() && {}
-};
+/// Throws CallFailure if the argument of that name is null.
+void requireArgument(const void* argument, const char* name);
 
 /// Keeps the text of a failure for this thread and returns its status.
 kestrine_status remembered(const CallFailure& failure) noexcept;
@@ -51,8 +38,10 @@ const char* lastErrorText() noexcept;
 template <class Work>
 kestrine_status answered(const Work& work) noexcept {
     try {
-        const CallResult<void> result = work();
-        return result ? KESTRINE_OK : remembered(result.failure());
+        work();
+        return KESTRINE_OK;
+    } catch (const CallFailure& failure) {
+        return remembered(failure);
     } catch (const std::bad_alloc&) {
         return remembered({KESTRINE_OUT_OF_MEMORY, "not enough memory"});
     } catch (...) {

@@ -11,7 +11,8 @@ namespace {
 
 class MemoryReader final : public ByteReader {
 public:
-    explicit MemoryReader(Bytes bytes) : bytes_(std::move(bytes)) {}
+    explicit MemoryReader(Bytes bytes) : owned_(std::move(bytes)), bytes_(owned_) {}
+    explicit MemoryReader(ByteView borrowed) : bytes_(borrowed) {}
 
     std::uint64_t size() const override { return bytes_.size(); }
 
@@ -24,7 +25,8 @@ public:
     }
 
 private:
-    const Bytes bytes_;
+    const Bytes owned_;
+    const ByteView bytes_;
 };
 
 class FileReader final : public ByteReader {
@@ -66,6 +68,10 @@ Result<Bytes> ByteReader::readAll(std::uint64_t limit) const {
 
 std::shared_ptr<const ByteReader> readerOfBytes(Bytes bytes) {
     return std::make_shared<MemoryReader>(std::move(bytes));
+}
+
+std::shared_ptr<const ByteReader> readerOfBorrowedBytes(ByteView bytes) {
+    return std::make_shared<MemoryReader>(bytes);
 }
 
 Result<std::shared_ptr<const ByteReader>> readerOfFile(FileDescriptor file) {

@@ -32,6 +32,9 @@ public:
 /// Reads from `bytes`, which the reader owns.
 std::shared_ptr<const ByteReader> readerOfBytes(Bytes bytes);
 
+/// Reads from `bytes`, which must stay unchanged as long as the reader exists.
+std::shared_ptr<const ByteReader> readerOfBorrowedBytes(ByteView bytes);
+
 /// Reads from an open regular file. The reader owns the descriptor, so it keeps working after the file was
 /// moved or removed. Fails with notRegularFile for anything else.
 Result<std::shared_ptr<const ByteReader>> readerOfFile(FileDescriptor file);
