@@ -71,8 +71,9 @@ bool readsWithOurDecoder(const Bytes& file, DecoderChoice choice) {
 TEST(BaselineRows, areReadFirstUnlessOnlyTheLibraryMayDecode) {
     const Bytes baseline = makeJPEG({}), progressive = makeJPEG({.isProgressive = true});
     EXPECT_TRUE(readsWithOurDecoder(baseline, DecoderChoice::ownFirst));
-    EXPECT_FALSE(readsWithOurDecoder(progressive, DecoderChoice::ownFirst));
+    EXPECT_TRUE(readsWithOurDecoder(progressive, DecoderChoice::ownFirst));
     EXPECT_FALSE(readsWithOurDecoder(baseline, DecoderChoice::libraryOnly));
+    EXPECT_FALSE(readsWithOurDecoder(progressive, DecoderChoice::libraryOnly));
 }
 
 TEST(BaselineRows, areReadWithoutTheHeaderEachTime) {
@@ -110,6 +111,11 @@ TEST(BaselineRows, areTheSameOnManyThreadsAtOnce) {
 
 TEST(BaselineRows, equalTheLibrarysForEveryKindOfSupportedFile) {
     for (const JPEGRecipe& recipe : testing::recipesForOurDecoder())
+        EXPECT_TRUE(equalsLibrary(recipe));
+}
+
+TEST(BaselineRows, equalTheLibrarysForEveryKindOfSupportedProgressiveFile) {
+    for (const JPEGRecipe& recipe : testing::progressiveRecipesForOurDecoder())
         EXPECT_TRUE(equalsLibrary(recipe));
 }
 

@@ -1,0 +1,274 @@
+#include "platform/imageio/jpeg/own/ProgressiveScan.h"
+
+#include <limits>
+
+namespace kestrine::jpeg {
+
+namespace {
+
+/// There is one window for each scan.
+constexpr std::size_t windowOfScan = 16 * 1024;
+
+constexpr std::size_t offsetOf(int position) { return offsetAlongZigzag[static_cast<std::size_t>(position)]; }
+
+/// Bits of the coefficients of a scan. Shifted they fit 16 bits, so that none becomes 0.
+int largestSize(const Scan& scan) {
+    return scan.isRefinement() ? 1 : std::min(BandTable::largestSize, 15 - scan.header.low);
+}
+
+/// The positions from `first` on.
+constexpr std::uint64_t positionsFrom(int first) {
+    return first > 63 ? 0 : std::numeric_limits<std::uint64_t>::max() << first;
+}
+
+/// The number of blocks that end, including the current one.
+std::uint32_t endedBlocksOf(const BandEntry& entry, std::uint64_t bits) {
+    const std::uint64_t extra = bits << entry.codeLength() >> 1 >> entry.extraShift();
+    return (1U << entry.extraBits()) + static_cast<std::uint32_t>(extra);
+}
+
+/// Takes one bit for each coefficient at the positions `nonZero`. Where it is 1, the magnitude grows by 1 <<
+/// low.
+template <bool stores>
+[[gnu::always_inline]] inline void refine(Reservoir& reservoir, std::uint64_t nonZero, std::int16_t* block,
+                                          int low) {
+    for (; nonZero != 0; nonZero &= nonZero - 1) {
+        if (reservoir.count == 0) [[unlikely]]
+            reservoir.refill();
+        if constexpr (stores) {
+            std::int16_t& coefficient = block[offsetOf(std::countr_zero(nonZero))];
+            const int step = static_cast<int>(reservoir.bits >> 63) << low;
+            coefficient = static_cast<std::int16_t>(coefficient + (coefficient < 0 ? -step : step));
+        }
+        reservoir.drop(1);
+    }
+}
+
+} // namespace
+
+ProgressiveScan::ProgressiveScan(const Scan& scan, std::uint32_t mcusAcross, bool storesAC)
+    : scan_(scan), mcusAcross_(mcusAcross), storesAC_(storesAC), bytes_(windowOfScan) {}
+
+bool ProgressiveScan::start(std::shared_ptr<const ByteReader> reader) {
+    if (!scan_.isDC()) {
+        acTable_.resize(1);
+        if (!acTable_[0].assign(scan_.codes[0], largestSize(scan_)))
+            return false;
+    } else if (!scan_.isRefinement()) {
+        dcTables_.resize(scan_.header.componentCount);
+        for (std::size_t i = 0; i < dcTables_.size(); ++i)
+            if (!dcTables_[i].assign(scan_.codes[i]))
+                return false;
+    }
+    bytes_.start(std::move(reader), scan_.offset);
+    reservoir_ = bytes_.firstBits();
+    reservoir_.refill();
+    restarts_ = RestartCounter(scan_.restartInterval);
+    return true;
+}
+
+bool ProgressiveScan::decodeBand(std::uint32_t band, std::span<BandCoefficients> components) {
+    for (std::size_t i = 0; i < scan_.header.componentCount; ++i)
+        components_[i] = &components[scan_.header.components[i]];
+    if (scan_.header.componentCount > 1)
+        return decodeRow(0, mcusAcross_);
+    const BandCoefficients& component = *components_[0];
+    const std::uint32_t above = band * component.rowsPerBand();
+    const std::uint32_t rows = std::min(component.rowsPerBand(), component.blocksDown() - above);
+    for (std::uint32_t row = 0; row < rows; ++row)
+        if (!decodeRow(row, component.blocksAcross()))
+            return false;
+    return true;
+}
+
+/// Decodes the next `count` MCUs.
+bool ProgressiveScan::decodeRow(std::uint32_t row, std::uint32_t count) {
+    for (std::uint32_t first = 0; first < count;) {
+        if (restarts_.isDue() && !passRestart())
+            return false;
+        const std::uint32_t run = restarts_.take(count - first);
+        if (!decodeRun({row, first, run}))
+            return false;
+        first += run;
+    }
+    return bytes_.hasCovered(reservoir_);
+}
+
+bool ProgressiveScan::passRestart() {
+    if (!bytes_.passRestart(reservoir_, restarts_.pass()))
+        return false;
+    reservoir_.refill();
+    predictors_ = {};
+    endedBlocks_ = 0;
+    return true;
+}
+
+bool ProgressiveScan::decodeRun(const Run& run) {
+    if (scan_.isDC())
+        return scan_.isRefinement() ? refineDC(run) : decodeFirstDC(run);
+    if (scan_.isRefinement())
+        return storesAC_ ? refineAC<true>(run) : refineAC<false>(run);
+    return storesAC_ ? decodeFirstAC<true>(run) : decodeFirstAC<false>(run);
+}
+
+/// Whether the next MCU may be decoded without further checks, after moving the window if necessary.
+bool ProgressiveScan::mayDecode(Reservoir& reservoir) {
+    if (reservoir.next <= bytes_.mayStartBefore()) [[likely]]
+        return true;
+    return bytes_.provide(reservoir);
+}
+
+/// Calls `decode` with the number in the scan of the component and the DC coefficient of each block.
+template <class Decode>
+bool ProgressiveScan::decodeDC(const Run& run, const Decode& decode) {
+    const std::size_t count = scan_.header.componentCount;
+    for (std::uint32_t mcu = run.first; mcu < run.first + run.count; ++mcu) {
+        if (!mayDecode(reservoir_))
+            return false;
+        for (std::size_t i = 0; i < count; ++i) {
+            BandCoefficients& component = *components_[i];
+            const std::uint32_t columns = count == 1 ? 1 : component.columnsPerMCU();
+            const std::uint32_t rows = count == 1 ? 1 : component.rowsPerBand();
+            for (std::uint32_t y = 0; y < rows; ++y)
+                for (std::uint32_t x = 0; x < columns; ++x)
+                    if (!decode(i, *component.block(run.row + y, mcu * columns + x)))
+                        return false;
+        }
+    }
+    return true;
+}
+
+/// Values outside 16 bits, which no picture has, are refused.
+bool ProgressiveScan::decodeFirstDC(const Run& run) {
+    return decodeDC(run, [this](std::size_t i, std::int16_t& coefficient) {
+        if (!takeDifference(reservoir_, dcTables_[i], predictors_[i]))
+            return false;
+        const int value = predictors_[i] * (1 << scan_.header.low);
+        coefficient = static_cast<std::int16_t>(value);
+        return coefficient == value;
+    });
+}
+
+bool ProgressiveScan::refineDC(const Run& run) {
+    return decodeDC(run, [this](std::size_t, std::int16_t& coefficient) {
+        if (reservoir_.count == 0)
+            reservoir_.refill();
+        const int bit = static_cast<int>(reservoir_.bits >> 63) << scan_.header.low;
+        coefficient = static_cast<std::int16_t>(coefficient | bit);
+        reservoir_.drop(1);
+        return true;
+    });
+}
+
+template <bool stores>
+bool ProgressiveScan::decodeFirstAC(const Run& run) {
+    Reservoir reservoir = reservoir_;
+    std::uint32_t ended = endedBlocks_;
+    const BandTable& table = acTable_[0];
+    const int first = scan_.header.first, last = scan_.header.last, low = scan_.header.low;
+    std::uint64_t* const nonZero = components_[0]->nonZero(run.row);
+    std::uint32_t column = run.first;
+    const std::uint32_t end = run.first + run.count;
+    while (column < end) {
+        if (ended != 0) {
+            const std::uint32_t skipped = std::min(ended, end - column);
+            ended -= skipped;
+            column += skipped;
+            continue;
+        }
+        if (!mayDecode(reservoir))
+            return false;
+        std::int16_t* const block = components_[0]->block(run.row, column);
+        std::uint64_t found = 0;
+        int position = first;
+        do {
+            BandEntry entry = table.entries[reservoir.bits >> (64 - BandTable::indexBits)];
+            reservoir.refill();
+            if (entry.total() == 0) [[unlikely]] {
+                entry = table.longEntry(reservoir.bits);
+                if (entry.total() == 0)
+                    return false;
+            }
+            if (entry.isEndOfBlocks()) {
+                ended = endedBlocksOf(entry, reservoir.bits) - 1;
+                reservoir.drop(entry.total());
+                break;
+            }
+            position += entry.step();
+            if (position > last)
+                return false;
+            const int value = extraValue(reservoir.bits << entry.codeLength(), entry.extraShift());
+            reservoir.drop(entry.total());
+            if constexpr (stores)
+                block[offsetOf(position)] = static_cast<std::int16_t>(value * (1 << low));
+            found |= static_cast<std::uint64_t>(value != 0) << position;
+            ++position;
+        } while (position <= last);
+        nonZero[column] |= found;
+        ++column;
+    }
+    reservoir_ = reservoir;
+    endedBlocks_ = ended;
+    return true;
+}
+
+template <bool stores>
+bool ProgressiveScan::refineAC(const Run& run) {
+    Reservoir reservoir = reservoir_;
+    std::uint32_t ended = endedBlocks_;
+    const BandTable& table = acTable_[0];
+    const int first = scan_.header.first, last = scan_.header.last, low = scan_.header.low;
+    const std::uint64_t band = positionsFrom(first) & ~positionsFrom(last + 1);
+    std::uint64_t* const nonZero = components_[0]->nonZero(run.row);
+    const std::uint32_t end = run.first + run.count;
+    for (std::uint32_t column = run.first; column < end; ++column) {
+        std::uint64_t open = band; // the positions that have not been passed
+        std::uint64_t known = nonZero[column];
+        if (ended != 0 && (known & band) == 0) {
+            --ended;
+            continue;
+        }
+        if (!mayDecode(reservoir))
+            return false;
+        std::int16_t* const block = components_[0]->block(run.row, column);
+        while (ended == 0 && open != 0) {
+            reservoir.refill();
+            BandEntry entry = table.entries[reservoir.bits >> (64 - BandTable::indexBits)];
+            if (entry.total() == 0) [[unlikely]] {
+                entry = table.longEntry(reservoir.bits);
+                if (entry.total() == 0)
+                    return false;
+            }
+            if (entry.isEndOfBlocks()) {
+                ended = endedBlocksOf(entry, reservoir.bits);
+                reservoir.drop(entry.total());
+                break;
+            }
+            const int value = extraValue(reservoir.bits << entry.codeLength(), entry.extraShift());
+            reservoir.drop(entry.total());
+            std::uint64_t zeros = open & ~known;
+            for (int skipped = entry.step(); skipped > 0; --skipped)
+                zeros &= zeros - 1;
+            if (zeros == 0)
+                return false;
+            const int position = std::countr_zero(zeros);
+            const std::uint64_t after = positionsFrom(position) << 1;
+            refine<stores>(reservoir, open & known & ~after, block, low);
+            if constexpr (stores)
+                if (value != 0)
+                    block[offsetOf(position)] = static_cast<std::int16_t>(value * (1 << low));
+            known |= static_cast<std::uint64_t>(value != 0) << position;
+            open &= after;
+        }
+        if (ended != 0) {
+            refine<stores>(reservoir, open & known, block, low);
+            --ended;
+        }
+        nonZero[column] = known;
+    }
+    reservoir_ = reservoir;
+    endedBlocks_ = ended;
+    return true;
+}
+
+} // namespace kestrine::jpeg
