@@ -37,6 +37,28 @@ Result<RowSourcePointer> ownRows(std::shared_ptr<const ByteReader> reader, int e
     return samePicture(*ours, *theirs);
 }
 
+namespace {
+
+/// The reported damage; empty if there is none or the file cannot be decoded.
+std::string damageWith(const Bytes& file, DecoderChoice choice, int halvings) {
+    const auto decoder = jpeg::openDecoder(readerOfBytes(file), choice);
+    const auto rows = decoder ? (*decoder)->rows(0, halvings) : Result<RowSourcePointer>(decoder.failure());
+    if (!rows || !readAllRows(**rows))
+        return "";
+    const std::optional<Failure> damage = (*decoder)->damage();
+    return damage ? damage->text : "";
+}
+
+} // namespace
+
+::testing::AssertionResult sameDamageWithBoth(const Bytes& file, int halvings) {
+    const std::string ours = damageWith(file, DecoderChoice::ownFirst, halvings);
+    const std::string theirs = damageWith(file, DecoderChoice::libraryOnly, halvings);
+    if (ours == theirs)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "ours: " << ours << ", the library's: " << theirs;
+}
+
 Outcome outcomeOf(const Bytes& file) {
     const Result<RowSourcePointer> rows = ownRows(readerOfBytes(file), 8);
     if (!rows)
