@@ -27,22 +27,81 @@ std::uint32_t endedBlocksOf(const BandEntry& entry, std::uint64_t bits) {
     return (1U << entry.extraBits()) + static_cast<std::uint32_t>(extra);
 }
 
-/// Takes one bit for each coefficient at the positions `nonZero`. Where it is 1, the magnitude grows by 1 <<
-/// low.
-template <bool stores>
-[[gnu::always_inline]] inline void refine(Reservoir& reservoir, std::uint64_t nonZero, std::int16_t* block,
-                                          int low) {
-    for (; nonZero != 0; nonZero &= nonZero - 1) {
-        if (reservoir.count == 0) [[unlikely]]
-            reservoir.refill();
-        if constexpr (stores) {
-            std::int16_t& coefficient = block[offsetOf(std::countr_zero(nonZero))];
-            const int step = static_cast<int>(reservoir.bits >> 63) << low;
-            coefficient = static_cast<std::int16_t>(coefficient + (coefficient < 0 ? -step : step));
-        }
-        reservoir.drop(1);
+/// The bits that are set in a byte: how many, and the number of each.
+struct SetBits {
+    std::uint8_t count = 0;
+    std::array<std::uint8_t, 8> numbers{};
+};
+constexpr std::array<SetBits, 256> setBitsOf = [] {
+    std::array<SetBits, 256> table;
+    for (unsigned byte = 0; byte < table.size(); ++byte)
+        for (std::uint8_t bit = 0; bit < 8; ++bit)
+            if ((byte >> bit & 1) != 0)
+                table[byte].numbers[table[byte].count++] = bit;
+    return table;
+}();
+
+/// The number of the set bit of `bits` at or after bit `from` before which there are `skipped` others; 64 or
+/// more if there is none. A loop over the bits would take much longer, because its length is hard to predict.
+[[gnu::always_inline]] inline int numberOfSetBit(std::uint64_t bits, int from, int skipped) {
+    for (; from < 64; from += 8) {
+        const SetBits& next = setBitsOf[static_cast<std::uint8_t>(bits >> from)];
+        if (skipped < next.count) [[likely]]
+            return from + next.numbers[static_cast<std::size_t>(skipped)];
+        skipped -= next.count;
     }
+    return from;
 }
+
+/// The coefficients of one block that a refinement finds known, which have one bit each in the stream: where
+/// it is 1, the magnitude grows. The bits are collected, and used when all have been read.
+class KnownCoefficients {
+public:
+    explicit KnownCoefficients(std::uint64_t positions)
+        : positions_(positions), left_(std::popcount(positions)) {}
+
+    bool isEmpty() const { return positions_ == 0; }
+
+    /// Takes the bits of the next `count` of them.
+    [[gnu::always_inline]] void take(Reservoir& reservoir, int count) {
+        constexpr int alwaysHeld = 56;
+        left_ -= count;
+        if (reservoir.count < count) [[unlikely]]
+            reservoir.refill();
+        if (count > alwaysHeld) [[unlikely]] {
+            append(reservoir, alwaysHeld / 2);
+            reservoir.refill();
+            count -= alwaysHeld / 2;
+        }
+        append(reservoir, count);
+    }
+    [[gnu::always_inline]] void takeAll(Reservoir& reservoir) {
+        if (left_ != 0)
+            take(reservoir, left_);
+    }
+
+    /// Adds `step` to the magnitudes. All bits must have been taken.
+    void grow(std::int16_t* block, int step) const {
+        if (isEmpty())
+            return;
+        std::uint64_t bits = bits_ << (64 - std::popcount(positions_));
+        for (std::uint64_t rest = positions_; rest != 0; rest &= rest - 1, bits <<= 1) {
+            std::int16_t& coefficient = block[offsetOf(std::countr_zero(rest))];
+            const int sign = coefficient >> 15 | 1, isSet = static_cast<int>(bits >> 63);
+            coefficient = static_cast<std::int16_t>(coefficient + sign * (step & -isSet));
+        }
+    }
+
+private:
+    [[gnu::always_inline]] void append(Reservoir& reservoir, int count) {
+        bits_ = bits_ << count | reservoir.bits >> 1 >> (63 - count);
+        reservoir.drop(count);
+    }
+
+    const std::uint64_t positions_;
+    std::uint64_t bits_ = 0;
+    int left_;
+};
 
 } // namespace
 
@@ -217,21 +276,22 @@ bool ProgressiveScan::refineAC(const Run& run) {
     Reservoir reservoir = reservoir_;
     std::uint32_t ended = endedBlocks_;
     const BandTable& table = acTable_[0];
-    const int first = scan_.header.first, last = scan_.header.last, low = scan_.header.low;
+    const int first = scan_.header.first, last = scan_.header.last, step = 1 << scan_.header.low;
     const std::uint64_t band = positionsFrom(first) & ~positionsFrom(last + 1);
     std::uint64_t* const nonZero = components_[0]->nonZero(run.row);
     const std::uint32_t end = run.first + run.count;
     for (std::uint32_t column = run.first; column < end; ++column) {
-        std::uint64_t open = band; // the positions that have not been passed
-        std::uint64_t known = nonZero[column];
-        if (ended != 0 && (known & band) == 0) {
+        std::uint64_t added = 0;
+        const std::uint64_t zeros = band & ~nonZero[column];
+        KnownCoefficients known(band & nonZero[column]);
+        if (ended != 0 && known.isEmpty()) {
             --ended;
             continue;
         }
         if (!mayDecode(reservoir))
             return false;
         std::int16_t* const block = components_[0]->block(run.row, column);
-        while (ended == 0 && open != 0) {
+        for (int position = first; ended == 0 && position <= last;) {
             reservoir.refill();
             BandEntry entry = table.entries[reservoir.bits >> (64 - BandTable::indexBits)];
             if (entry.total() == 0) [[unlikely]] {
@@ -246,25 +306,22 @@ bool ProgressiveScan::refineAC(const Run& run) {
             }
             const int value = extraValue(reservoir.bits << entry.codeLength(), entry.extraShift());
             reservoir.drop(entry.total());
-            std::uint64_t zeros = open & ~known;
-            for (int skipped = entry.step(); skipped > 0; --skipped)
-                zeros &= zeros - 1;
-            if (zeros == 0)
+            const int place = numberOfSetBit(zeros, position, entry.step());
+            if (place > last)
                 return false;
-            const int position = std::countr_zero(zeros);
-            const std::uint64_t after = positionsFrom(position) << 1;
-            refine<stores>(reservoir, open & known & ~after, block, low);
+            known.take(reservoir, place - position - entry.step());
             if constexpr (stores)
-                if (value != 0)
-                    block[offsetOf(position)] = static_cast<std::int16_t>(value * (1 << low));
-            known |= static_cast<std::uint64_t>(value != 0) << position;
-            open &= after;
+                block[offsetOf(place)] = static_cast<std::int16_t>(value * step);
+            added |= static_cast<std::uint64_t>(value != 0) << place;
+            position = place + 1;
         }
         if (ended != 0) {
-            refine<stores>(reservoir, open & known, block, low);
+            known.takeAll(reservoir);
             --ended;
         }
-        nonZero[column] = known;
+        if constexpr (stores)
+            known.grow(block, step);
+        nonZero[column] |= added;
     }
     reservoir_ = reservoir;
     endedBlocks_ = ended;
