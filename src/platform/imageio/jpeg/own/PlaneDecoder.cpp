@@ -66,11 +66,17 @@ Result<void> PlaneDecoder::decodeSequential() {
 }
 
 Result<void> PlaneDecoder::decodeProgressive() {
-    if (!progressive_->decodeBand(decodedBands_))
-        return Failure{Reason::refused, "own JPEG decoder: a scan is damaged or unusual"};
-    for (std::size_t c = 0; c < header_.componentCount; ++c)
+    const auto decodesComponent = [this](std::size_t c) {
         for (std::uint32_t row = 0; row < header_.components[c].vertical; ++row)
-            transformRow(c, row);
+            if (!decodeRow(c, row))
+                return false;
+        return true;
+    };
+    bool isSound = progressive_->decodeDC(decodedBands_);
+    for (std::size_t c = 0; c < header_.componentCount && isSound; ++c)
+        isSound = decodesComponent(c);
+    if (!isSound || (decodedBands_ + 1 == bands_ && !progressive_->isAtEnd()))
+        return Failure{Reason::refused, "own JPEG decoder: a scan is damaged or unusual"};
     return {};
 }
 
@@ -100,19 +106,39 @@ void PlaneDecoder::transformGroup(std::uint32_t firstMCU) {
     }
 }
 
-/// Transforms a row of blocks of a progressive file, and clears its coefficients.
-void PlaneDecoder::transformRow(std::size_t component, std::uint32_t row) {
+/// Decodes and transforms a row of blocks of a progressive file, strip by strip. Returns false when a scan is
+/// damaged or unusual.
+bool PlaneDecoder::decodeRow(std::size_t component, std::uint32_t row) {
+    const DCBand& dc = progressive_->dcBand(component);
+    const bool hasAC = row < dc.rowsInBand(decodedBands_);
+    for (std::uint32_t group = 0; group < dc.groupsAcross(); group += BlockStrip::groups) {
+        const std::uint32_t first = group * static_cast<std::uint32_t>(lanesOfGroup);
+        const std::uint32_t left = dc.blocksAcross() - std::min(first, dc.blocksAcross());
+        if (hasAC && !progressive_->decodeAC(component, std::min(left, BlockStrip::blocks)))
+            return false;
+        transformStrip(component, row, group);
+    }
+    return true;
+}
+
+/// Transforms the strip that begins with this group of a row, and clears it.
+void PlaneDecoder::transformStrip(std::size_t component, std::uint32_t row, std::uint32_t firstGroup) {
     Plane& plane = planes_[component];
-    BandCoefficients& coefficients = progressive_->coefficients(component);
+    DCBand& dc = progressive_->dcBand(component);
+    BlockStrip& strip = progressive_->strip();
     const auto size = static_cast<std::size_t>(plane.geometry_.blockSize);
-    std::uint8_t* const origin = plane.samples_.data() + (1 + row * size) * plane.stride_;
-    for (std::uint32_t group = 0; group < coefficients.groupsAcross(); ++group) {
-        const int last = size == 1 ? 0 : coefficients.lastNonZero(row, group);
-        kernels::inverseDCT(static_cast<int>(size), coefficients.group(row, group).coefficients[0],
+    std::uint8_t* const samples = plane.samples_.data() + (1 + row * size) * plane.stride_;
+    const std::uint32_t count = std::min(BlockStrip::groups, dc.groupsAcross() - firstGroup);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::size_t firstBlock = (firstGroup + i) * lanesOfGroup;
+        std::int16_t* const group = strip.group(i).coefficients[0];
+        std::copy_n(dc.row(row) + firstBlock, lanesOfGroup, group);
+        const int last = size == 1 ? 0 : strip.lastNonZero(i);
+        kernels::inverseDCT(static_cast<int>(size), group,
                             header_.quantisation[header_.components[component].quantisation]->data(), last,
-                            origin + group * lanesOfGroup * size, static_cast<std::ptrdiff_t>(size),
+                            samples + firstBlock * size, static_cast<std::ptrdiff_t>(size),
                             static_cast<std::ptrdiff_t>(plane.stride_));
-        coefficients.clear(row, group, last);
+        strip.clear(i, last);
     }
 }
 

@@ -62,7 +62,8 @@ private:
     Result<void> decodeSequential();
     Result<void> decodeProgressive();
     void transformGroup(std::uint32_t firstMCU);
-    void transformRow(std::size_t component, std::uint32_t row);
+    bool decodeRow(std::size_t component, std::uint32_t row);
+    void transformStrip(std::size_t component, std::uint32_t row, std::uint32_t firstGroup);
 
     FrameHeader header_;
     int eighths_ = 8;

@@ -13,16 +13,27 @@ public:
     Result<void> start(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
                        const std::array<bool, 3>& wantsAC);
 
-    /// Decodes the next band, number `band`. The coefficients of the band before must have been cleared.
-    /// Returns false when a scan is damaged or unusual; the decoder cannot continue then.
-    bool decodeBand(std::uint32_t band);
+    /// Decodes all DC coefficients of the next band, number `band`. Returns false when a scan is damaged or
+    /// unusual; the decoder cannot continue then.
+    bool decodeDC(std::uint32_t band);
 
-    BandCoefficients& coefficients(std::size_t component) { return components_[component]; }
+    /// The DC coefficients of that band.
+    DCBand& dcBand(std::size_t component) { return dcBands_[component]; }
+
+    /// Decodes the AC coefficients of the next `count` blocks of a component into the first ones of the
+    /// strip, which must be clear. Returns false as decodeDC() does.
+    bool decodeAC(std::size_t component, std::uint32_t count);
+
+    BlockStrip& strip() { return strip_; }
+
+    /// Whether all scans end here as they should.
+    bool isAtEnd();
 
 private:
-    std::uint32_t bands_ = 0;
-    std::array<BandCoefficients, 3> components_;
-    std::vector<std::unique_ptr<ProgressiveScan>> scans_;
+    std::array<DCBand, 3> dcBands_;
+    BlockStrip strip_;
+    std::vector<std::unique_ptr<ProgressiveScan>> dcScans_;
+    std::array<std::vector<std::unique_ptr<ProgressiveScan>>, 3> acScans_; ///< by component
 };
 
 } // namespace kestrine::jpeg

@@ -126,31 +126,11 @@ bool ProgressiveScan::start(std::shared_ptr<const ByteReader> reader) {
     return true;
 }
 
-bool ProgressiveScan::decodeBand(std::uint32_t band, std::span<BandCoefficients> components) {
-    for (std::size_t i = 0; i < scan_.header.componentCount; ++i)
-        components_[i] = &components[scan_.header.components[i]];
-    if (scan_.header.componentCount > 1)
-        return decodeRow(0, mcusAcross_);
-    const BandCoefficients& component = *components_[0];
-    const std::uint32_t above = band * component.rowsPerBand();
-    const std::uint32_t rows = std::min(component.rowsPerBand(), component.blocksDown() - above);
-    for (std::uint32_t row = 0; row < rows; ++row)
-        if (!decodeRow(row, component.blocksAcross()))
-            return false;
-    return true;
-}
-
-/// Decodes the next `count` MCUs.
-bool ProgressiveScan::decodeRow(std::uint32_t row, std::uint32_t count) {
-    for (std::uint32_t first = 0; first < count;) {
-        if (restarts_.isDue() && !passRestart())
-            return false;
-        const std::uint32_t run = restarts_.take(count - first);
-        if (!decodeRun({row, first, run}))
-            return false;
-        first += run;
-    }
-    return bytes_.hasCovered(reservoir_);
+/// Whether the next MCU may be decoded without further checks, after moving the window if necessary.
+bool ProgressiveScan::mayDecode(Reservoir& reservoir) {
+    if (reservoir.next <= bytes_.mayStartBefore()) [[likely]]
+        return true;
+    return bytes_.provide(reservoir);
 }
 
 bool ProgressiveScan::passRestart() {
@@ -162,82 +142,121 @@ bool ProgressiveScan::passRestart() {
     return true;
 }
 
-bool ProgressiveScan::decodeRun(const Run& run) {
-    if (scan_.isDC())
-        return scan_.isRefinement() ? refineDC(run) : decodeFirstDC(run);
-    if (scan_.isRefinement())
-        return storesAC_ ? refineAC<true>(run) : refineAC<false>(run);
-    return storesAC_ ? decodeFirstAC<true>(run) : decodeFirstAC<false>(run);
-}
-
-/// Whether the next MCU may be decoded without further checks, after moving the window if necessary.
-bool ProgressiveScan::mayDecode(Reservoir& reservoir) {
-    if (reservoir.next <= bytes_.mayStartBefore()) [[likely]]
-        return true;
-    return bytes_.provide(reservoir);
-}
-
-/// Calls `decode` with the number in the scan of the component and the DC coefficient of each block.
+/// Calls `decode` with the first number and the count of the MCUs up to each restart marker, `count` in
+/// total.
 template <class Decode>
-bool ProgressiveScan::decodeDC(const Run& run, const Decode& decode) {
-    const std::size_t count = scan_.header.componentCount;
-    for (std::uint32_t mcu = run.first; mcu < run.first + run.count; ++mcu) {
-        if (!mayDecode(reservoir_))
+bool ProgressiveScan::decodeRuns(std::uint32_t count, const Decode& decode) {
+    for (std::uint32_t first = 0; first < count;) {
+        if (restarts_.isDue() && !passRestart())
             return false;
-        for (std::size_t i = 0; i < count; ++i) {
-            BandCoefficients& component = *components_[i];
-            const std::uint32_t columns = count == 1 ? 1 : component.columnsPerMCU();
-            const std::uint32_t rows = count == 1 ? 1 : component.rowsPerBand();
-            for (std::uint32_t y = 0; y < rows; ++y)
-                for (std::uint32_t x = 0; x < columns; ++x)
-                    if (!decode(i, *component.block(run.row + y, mcu * columns + x)))
-                        return false;
+        const std::uint32_t run = restarts_.take(count - first);
+        if (!decode(first, run))
+            return false;
+        first += run;
+    }
+    return bytes_.hasCovered(reservoir_);
+}
+
+bool ProgressiveScan::decodeDC(std::uint32_t band, std::span<DCBand> components) {
+    const auto takeFirst = [this](std::size_t i, std::int16_t& coefficient) {
+        return takeFirstDC(i, coefficient);
+    };
+    const auto takeBit = [this](std::size_t, std::int16_t& coefficient) { return takeBitOfDC(coefficient); };
+    if (scan_.header.componentCount > 1)
+        return scan_.isRefinement() ? decodeInterleaved(components, takeBit)
+                                    : decodeInterleaved(components, takeFirst);
+    DCBand& component = components[scan_.header.components[0]];
+    return scan_.isRefinement() ? decodeRows(band, component, takeBit)
+                                : decodeRows(band, component, takeFirst);
+}
+
+/// Calls `decode` with the number of the component in the scan and the coefficient of each block, MCU by MCU.
+template <class Decode>
+bool ProgressiveScan::decodeInterleaved(std::span<DCBand> components, const Decode& decode) {
+    const auto decodesComponent = [&](std::size_t i, std::uint32_t mcu) {
+        DCBand& component = components[scan_.header.components[i]];
+        const std::uint32_t columns = component.columnsPerMCU();
+        for (std::uint32_t y = 0; y < component.rows(); ++y)
+            for (std::uint32_t x = 0; x < columns; ++x)
+                if (!decode(i, component.row(y)[mcu * columns + x]))
+                    return false;
+        return true;
+    };
+    return decodeRuns(mcusAcross_, [&](std::uint32_t first, std::uint32_t count) {
+        for (std::uint32_t mcu = first; mcu < first + count; ++mcu) {
+            if (!mayDecode(reservoir_))
+                return false;
+            for (std::size_t i = 0; i < scan_.header.componentCount; ++i)
+                if (!decodesComponent(i, mcu))
+                    return false;
         }
+        return true;
+    });
+}
+
+/// The same for the blocks of the only component, row by row.
+template <class Decode>
+bool ProgressiveScan::decodeRows(std::uint32_t band, DCBand& component, const Decode& decode) {
+    const std::uint32_t rows = component.rowsInBand(band);
+    for (std::uint32_t y = 0; y < rows; ++y) {
+        std::int16_t* const row = component.row(y);
+        const bool isDecoded =
+            decodeRuns(component.blocksAcross(), [&](std::uint32_t first, std::uint32_t count) {
+                for (std::uint32_t x = first; x < first + count; ++x)
+                    if (!mayDecode(reservoir_) || !decode(0, row[x]))
+                        return false;
+                return true;
+            });
+        if (!isDecoded)
+            return false;
     }
     return true;
 }
 
 /// Values outside 16 bits, which no picture has, are refused.
-bool ProgressiveScan::decodeFirstDC(const Run& run) {
-    return decodeDC(run, [this](std::size_t i, std::int16_t& coefficient) {
-        if (!takeDifference(reservoir_, dcTables_[i], predictors_[i]))
-            return false;
-        const int value = predictors_[i] * (1 << scan_.header.low);
-        coefficient = static_cast<std::int16_t>(value);
-        return coefficient == value;
-    });
+inline bool ProgressiveScan::takeFirstDC(std::size_t component, std::int16_t& coefficient) {
+    if (!takeDifference(reservoir_, dcTables_[component], predictors_[component]))
+        return false;
+    const int value = predictors_[component] * (1 << scan_.header.low);
+    coefficient = static_cast<std::int16_t>(value);
+    return coefficient == value;
 }
 
-bool ProgressiveScan::refineDC(const Run& run) {
-    return decodeDC(run, [this](std::size_t, std::int16_t& coefficient) {
-        if (reservoir_.count == 0)
-            reservoir_.refill();
-        const int bit = static_cast<int>(reservoir_.bits >> 63) << scan_.header.low;
-        coefficient = static_cast<std::int16_t>(coefficient | bit);
-        reservoir_.drop(1);
-        return true;
+inline bool ProgressiveScan::takeBitOfDC(std::int16_t& coefficient) {
+    if (reservoir_.count == 0)
+        reservoir_.refill();
+    const int bit = static_cast<int>(reservoir_.bits >> 63) << scan_.header.low;
+    coefficient = static_cast<std::int16_t>(coefficient | bit);
+    reservoir_.drop(1);
+    return true;
+}
+
+bool ProgressiveScan::decodeAC(BlockStrip& strip, std::uint32_t count) {
+    return decodeRuns(count, [&](std::uint32_t first, std::uint32_t run) {
+        if (scan_.isRefinement())
+            return storesAC_ ? refineAC<true>(strip, first, run) : refineAC<false>(strip, first, run);
+        return storesAC_ ? decodeFirstAC<true>(strip, first, run) : decodeFirstAC<false>(strip, first, run);
     });
 }
 
 template <bool stores>
-bool ProgressiveScan::decodeFirstAC(const Run& run) {
+bool ProgressiveScan::decodeFirstAC(BlockStrip& strip, std::uint32_t firstBlock, std::uint32_t count) {
     Reservoir reservoir = reservoir_;
     std::uint32_t ended = endedBlocks_;
     const BandTable& table = acTable_[0];
     const int first = scan_.header.first, last = scan_.header.last, low = scan_.header.low;
-    std::uint64_t* const nonZero = components_[0]->nonZero(run.row);
-    std::uint32_t column = run.first;
-    const std::uint32_t end = run.first + run.count;
-    while (column < end) {
+    const std::uint32_t end = firstBlock + count;
+    std::uint32_t number = firstBlock;
+    while (number < end) {
         if (ended != 0) {
-            const std::uint32_t skipped = std::min(ended, end - column);
+            const std::uint32_t skipped = std::min(ended, end - number);
             ended -= skipped;
-            column += skipped;
+            number += skipped;
             continue;
         }
         if (!mayDecode(reservoir))
             return false;
-        std::int16_t* const block = components_[0]->block(run.row, column);
+        std::int16_t* const block = strip.block(number);
         std::uint64_t found = 0;
         int position = first;
         do {
@@ -263,8 +282,8 @@ bool ProgressiveScan::decodeFirstAC(const Run& run) {
             found |= static_cast<std::uint64_t>(value != 0) << position;
             ++position;
         } while (position <= last);
-        nonZero[column] |= found;
-        ++column;
+        strip.nonZero(number) |= found;
+        ++number;
     }
     reservoir_ = reservoir;
     endedBlocks_ = ended;
@@ -272,25 +291,23 @@ bool ProgressiveScan::decodeFirstAC(const Run& run) {
 }
 
 template <bool stores>
-bool ProgressiveScan::refineAC(const Run& run) {
+bool ProgressiveScan::refineAC(BlockStrip& strip, std::uint32_t firstBlock, std::uint32_t count) {
     Reservoir reservoir = reservoir_;
     std::uint32_t ended = endedBlocks_;
     const BandTable& table = acTable_[0];
     const int first = scan_.header.first, last = scan_.header.last, step = 1 << scan_.header.low;
     const std::uint64_t band = positionsFrom(first) & ~positionsFrom(last + 1);
-    std::uint64_t* const nonZero = components_[0]->nonZero(run.row);
-    const std::uint32_t end = run.first + run.count;
-    for (std::uint32_t column = run.first; column < end; ++column) {
+    for (std::uint32_t number = firstBlock; number < firstBlock + count; ++number) {
         std::uint64_t added = 0;
-        const std::uint64_t zeros = band & ~nonZero[column];
-        KnownCoefficients known(band & nonZero[column]);
+        const std::uint64_t zeros = band & ~strip.nonZero(number);
+        KnownCoefficients known(band & strip.nonZero(number));
         if (ended != 0 && known.isEmpty()) {
             --ended;
             continue;
         }
         if (!mayDecode(reservoir))
             return false;
-        std::int16_t* const block = components_[0]->block(run.row, column);
+        std::int16_t* const block = strip.block(number);
         for (int position = first; ended == 0 && position <= last;) {
             reservoir.refill();
             BandEntry entry = table.entries[reservoir.bits >> (64 - BandTable::indexBits)];
@@ -321,7 +338,7 @@ bool ProgressiveScan::refineAC(const Run& run) {
         }
         if constexpr (stores)
             known.grow(block, step);
-        nonZero[column] |= added;
+        strip.nonZero(number) |= added;
     }
     reservoir_ = reservoir;
     endedBlocks_ = ended;
