@@ -54,7 +54,7 @@ public:
     bool passRestart(Reservoir& reservoir, unsigned number);
 
     /// Whether the current segment ends here, except for less than a byte of padding, and a marker other than
-    /// a restart marker follows it.
+    /// a restart marker follows it. The library reports bytes that it skips before a restart marker.
     bool isAtEnd(Reservoir& reservoir);
 
 private:

@@ -5,6 +5,8 @@
 #include "tests/platform/imageio/jpeg/JPEGSurgery.h"
 #include "tests/platform/imageio/jpeg/own/BothDecoders.h"
 
+#include <array>
+
 namespace kestrine::jpeg {
 
 using testing::cutAt;
@@ -37,13 +39,19 @@ std::size_t scanHeader(const Bytes& file, int number) {
     return position;
 }
 
-/// Offset in the middle of the entropy-coded bytes of a scan, before a byte that is not FF's second one.
-std::size_t middleOfScan(const Bytes& file, int number) {
+/// Offset of the entropy-coded bytes of a scan, and of the marker after them.
+std::array<std::size_t, 2> dataOfScan(const Bytes& file, int number) {
     const std::size_t header = scanHeader(file, number);
     const std::size_t begin = header + 2 + file[header + 3];
     std::size_t end = file.size();
     for (const int code : {0xC4, 0xDA, 0xD9})
         end = std::min(end, markerPosition(file, static_cast<std::uint8_t>(code), begin));
+    return {begin, end};
+}
+
+/// Offset in the middle of a scan, not between FF and the byte that belongs to it.
+std::size_t middleOfScan(const Bytes& file, int number) {
+    const auto [begin, end] = dataOfScan(file, number);
     const std::size_t middle = (begin + end) / 2;
     return file[middle - 1] == 0xFF ? middle + 1 : middle;
 }
@@ -132,6 +140,15 @@ TEST(ProgressiveJPEG, isLeftToTheLibraryIfAnythingBetweenItsScansIsUnusual) {
         EXPECT_EQ(outcomeOf(unusual), Outcome::refused) << "case " << &unusual - cases;
         EXPECT_TRUE(isDecodedAsByTheLibrary(unusual)) << "case " << &unusual - cases;
     }
+}
+
+TEST(ProgressiveJPEG, withBytesAfterTheLastBlockOfAScanIsDecodedAsByTheLibrary) {
+    const Bytes file = smallFile(), manyAndRestart = withInserted({0xFF, 0xD0}, 0, Bytes(20, 0x12));
+    for (int scan = 0; scan < 10; ++scan)
+        for (const Bytes& bytes :
+             {Bytes{0x12}, {0x12, 0xFF, 0xD0}, {0xFF, 0xD0, 0x12, 0xFF, 0xD0}, manyAndRestart})
+            EXPECT_TRUE(isDecodedAsByTheLibrary(withInserted(file, dataOfScan(file, scan)[1], bytes)))
+                << "scan " << scan;
 }
 
 TEST(ProgressiveJPEG, mayHaveCommentsAndNewRestartIntervalsBetweenItsScans) {
