@@ -28,10 +28,17 @@ std::optional<HuffmanCode> codeFrom(const JHUFF_TBL* stored) {
     return code;
 }
 
-/// Whether the frame is grey or YCbCr, has 8 bits per sample, and is Huffman coded.
-bool isUsualFrame(const jpeg_decompress_struct& info) {
-    return info.data_precision == BITS_IN_JSAMPLE && !info.arith_code
-           && (info.jpeg_color_space == JCS_GRAYSCALE || info.jpeg_color_space == JCS_YCbCr);
+Failure refusal(const char* reason) { return {Reason::refused, std::string("own JPEG decoder: ") + reason}; }
+
+/// Fails unless the frame is grey or YCbCr, has 8 bits per sample, and is Huffman coded.
+Result<void> checkFrame(const jpeg_decompress_struct& info) {
+    if (info.arith_code)
+        return refusal("arithmetic coding");
+    if (info.data_precision != BITS_IN_JSAMPLE)
+        return refusal("samples of other than 8 bits");
+    if (info.jpeg_color_space != JCS_GRAYSCALE && info.jpeg_color_space != JCS_YCbCr)
+        return refusal("colours other than grey and YCbCr");
+    return {};
 }
 
 void copyTables(const jpeg_decompress_struct& info, FrameHeader& header) {
@@ -141,10 +148,11 @@ std::uint32_t FrameHeader::blocksDown(const Component& component) const {
     return quotientRoundedUp(std::uint64_t{height} * component.vertical, verticalFactor() * 8);
 }
 
-std::optional<FrameHeader> frameHeaderOf(const LibraryReader& file) {
+Result<FrameHeader> frameHeaderOf(const LibraryReader& file) {
     const jpeg_decompress_struct& info = file.info;
-    if (!isUsualFrame(info) || file.errors.damage[0] != '\0')
-        return std::nullopt;
+    TRY(checkFrame(info));
+    if (file.errors.damage[0] != '\0')
+        return refusal("the header is damaged");
     FrameHeader header;
     header.width = info.image_width;
     header.height = info.image_height;
@@ -152,9 +160,11 @@ std::optional<FrameHeader> frameHeaderOf(const LibraryReader& file) {
     header.isProgressive = info.progressive_mode != 0;
     header.scanOffset = file.position();
     copyTables(info, header);
-    if (!copyComponents(info, header) || !copyScan(info, header.scan))
-        return std::nullopt;
-    return header.isProgressive || hasEverything(header) ? std::optional(header) : std::nullopt;
+    if (!copyComponents(info, header))
+        return refusal("the sampling factors or quantisers are unusual");
+    if (!copyScan(info, header.scan) || (!header.isProgressive && !hasEverything(header)))
+        return refusal("the first scan is unusual");
+    return header;
 }
 
 } // namespace kestrine::jpeg

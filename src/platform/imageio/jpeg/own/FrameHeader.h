@@ -75,8 +75,8 @@ struct FrameHeader {
     std::uint32_t blocksDown(const Component& component) const;
 };
 
-/// The header of `file`, which must have been read. None when our own decoder does not support the file; the
-/// file may still be valid.
-std::optional<FrameHeader> frameHeaderOf(const LibraryReader& file);
+/// The header of `file`, which must have been read. Fails with reason "refused" when our own decoder does not
+/// support the file, which may still be valid.
+Result<FrameHeader> frameHeaderOf(const LibraryReader& file);
 
 } // namespace kestrine::jpeg

@@ -19,18 +19,18 @@ int MarkerReader::passScan() {
         const int code = codeAfterFF();
         const bool isRestart = code >= 0xD0 && code <= 0xD7;
         if (code == endOfFile)
-            return 0;
+            return none;
         if (code != 0 && !isRestart)
             return code;
     }
-    return 0;
+    return none;
 }
 
 int MarkerReader::nextMarker() {
     if (nextByte() != 0xFF)
-        return 0;
+        return none;
     const int code = codeAfterFF();
-    return code == endOfFile ? 0 : code;
+    return code == endOfFile ? none : code;
 }
 
 std::optional<Bytes> MarkerReader::segment() {

@@ -16,11 +16,13 @@ public:
     /// Offset in the file of the next byte.
     std::uint64_t position() const { return offset_ - (count_ - next_); }
 
+    static constexpr int none = 0; ///< not the code of a marker
+
     /// Passes the entropy-coded bytes of a scan with their restart markers, and the marker after them, whose
-    /// code it returns; 0 at the end of the file.
+    /// code it returns; none at the end of the file.
     int passScan();
 
-    /// Passes a marker, which must follow here, and returns its code; 0 when none follows.
+    /// Passes a marker, which must follow here, and returns its code; none when no marker does.
     int nextMarker();
 
     /// The content of the marker segment whose marker was passed; none when the file ends before or the

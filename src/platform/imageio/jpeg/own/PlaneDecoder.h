@@ -35,7 +35,7 @@ private:
 };
 
 /// Decodes the files that frameHeaderOf() accepts. Fails with reason "refused" where the scan is damaged or
-/// unusual; the bands decoded before equal those of libjpeg-turbo (BaselineRows.h explains why). Can be
+/// unusual; the bands decoded before equal those of libjpeg-turbo (OwnRows.h explains why). Can be
 /// started any number of times, for different files.
 class PlaneDecoder {
 public:

@@ -239,6 +239,8 @@ bool ProgressiveScan::decodeAC(BlockStrip& strip, std::uint32_t count) {
     });
 }
 
+/// The reservoir holds at least 10 bits at every look-up: a symbol takes at most 16 + 14 of the 56 bits after
+/// the refill.
 template <bool stores>
 bool ProgressiveScan::decodeFirstAC(BlockStrip& strip, std::uint32_t firstBlock, std::uint32_t count) {
     Reservoir reservoir = reservoir_;
@@ -290,6 +292,8 @@ bool ProgressiveScan::decodeFirstAC(BlockStrip& strip, std::uint32_t firstBlock,
     return true;
 }
 
+/// Each symbol adds a coefficient, if it has a value, after a number of zeros. The coefficients before that
+/// place that are known already have a bit each after the symbol.
 template <bool stores>
 bool ProgressiveScan::refineAC(BlockStrip& strip, std::uint32_t firstBlock, std::uint32_t count) {
     Reservoir reservoir = reservoir_;

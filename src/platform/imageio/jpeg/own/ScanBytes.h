@@ -12,7 +12,8 @@ namespace kestrine::jpeg {
 
 class ScanBytes {
 public:
-    /// The largest MCU in bytes: 10 blocks of 64 symbols with 16 + 15 bits each.
+    /// The largest MCU in bytes: 10 blocks of 64 symbols with 16 + 15 bits each. The MCU of a progressive
+    /// scan of AC coefficients is one block of at most 63 symbols with 16 + 14 bits, and 63 bits that refine.
     static constexpr std::size_t longestMCU = 10 * 64 * 31 / 8;
 
     static constexpr std::size_t usualCapacity = 64 * 1024;

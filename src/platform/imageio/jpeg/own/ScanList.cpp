@@ -75,28 +75,33 @@ public:
           acCodes_(frame.acCodes), restartInterval_(frame.restartInterval),
           maxVisits_(maxBlockVisits(file.size())) {}
 
-    /// Returns false when the file is unusual.
-    bool collect() {
+    Result<std::vector<Scan>> collect() {
         if (!addScan(frame_.scan))
-            return false;
+            return refusal("a scan, or the number of scans, is unusual");
         for (int code = markers_.passScan(); code != endOfImage;) {
+            if (code == MarkerReader::none)
+                return refusal("the file ends, or bytes follow, where a marker should be");
             if (code == startOfScan) {
                 const std::optional<ScanHeader> scan = readScanHeader();
                 if (!scan || !addScan(*scan))
-                    return false;
+                    return refusal("a scan, or the number of scans, is unusual");
                 code = markers_.passScan();
             } else {
                 if (!readTables(code))
-                    return false;
+                    return refusal("something between the scans is unusual");
                 code = markers_.nextMarker();
             }
         }
-        return sent_.isComplete();
+        if (!sent_.isComplete())
+            return refusal("the scans do not have all bits");
+        return std::move(scans_);
     }
 
-    std::vector<Scan> take() { return std::move(scans_); }
-
 private:
+    static Failure refusal(const char* reason) {
+        return {Reason::refused, std::string("own JPEG decoder: ") + reason};
+    }
+
     bool addScan(const ScanHeader& header) {
         if (scans_.size() == maxScansOfOwn || !sent_.add(header) || !mayVisit(header))
             return false;
@@ -213,10 +218,7 @@ private:
 } // namespace
 
 Result<std::vector<Scan>> scansOf(const ByteReader& file, const FrameHeader& header) {
-    ScanCollector collector(file, header);
-    if (!collector.collect())
-        return Failure{Reason::refused, "own JPEG decoder: the scans are unusual"};
-    return collector.take();
+    return ScanCollector(file, header).collect();
 }
 
 } // namespace kestrine::jpeg

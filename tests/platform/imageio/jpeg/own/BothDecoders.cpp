@@ -1,6 +1,6 @@
 #include "tests/platform/imageio/jpeg/own/BothDecoders.h"
 
-#include "platform/imageio/jpeg/own/BaselineRows.h"
+#include "platform/imageio/jpeg/own/OwnRows.h"
 #include "tests/support/Pictures.h"
 
 namespace kestrine::testing {
@@ -16,15 +16,12 @@ Result<PixelBuffer> decoded(const Bytes& file, DecoderChoice choice, int halving
 Result<jpeg::FrameHeader> ownHeader(std::shared_ptr<const ByteReader> reader) {
     jpeg::LibraryReader file(std::move(reader));
     TRY(file.readHeader());
-    const std::optional<jpeg::FrameHeader> header = jpeg::frameHeaderOf(file);
-    if (!header)
-        return Failure{Reason::refused, "our own decoder does not support the header"};
-    return *header;
+    return jpeg::frameHeaderOf(file);
 }
 
 Result<RowSourcePointer> ownRows(std::shared_ptr<const ByteReader> reader, int eighths) {
     const jpeg::FrameHeader header = TRY(ownHeader(reader));
-    return jpeg::openBaselineRows(std::move(reader), header, eighths);
+    return jpeg::openOwnRows(std::move(reader), header, eighths);
 }
 
 ::testing::AssertionResult sameWithBoth(const Bytes& file, int halvings) {
