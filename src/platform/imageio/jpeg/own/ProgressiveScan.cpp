@@ -27,30 +27,36 @@ std::uint32_t endedBlocksOf(const BandEntry& entry, std::uint64_t bits) {
     return (1U << entry.extraBits()) + static_cast<std::uint32_t>(extra);
 }
 
-/// The bits that are set in a byte: how many, and the number of each.
+/// The set bits of a byte: how many, and for each how many bits below it are clear.
 struct SetBits {
     std::uint8_t count = 0;
-    std::array<std::uint8_t, 8> numbers{};
+    std::array<std::uint8_t, 8> clearBelow{};
 };
 constexpr std::array<SetBits, 256> setBitsOf = [] {
     std::array<SetBits, 256> table;
     for (unsigned byte = 0; byte < table.size(); ++byte)
-        for (std::uint8_t bit = 0; bit < 8; ++bit)
-            if ((byte >> bit & 1) != 0)
-                table[byte].numbers[table[byte].count++] = bit;
+        for (unsigned bit = 0; bit < 8; ++bit)
+            if ((byte >> bit & 1) != 0) {
+                SetBits& bits = table[byte];
+                bits.clearBelow[bits.count] = static_cast<std::uint8_t>(bit - bits.count);
+                ++bits.count;
+            }
     return table;
 }();
 
-/// The number of the set bit of `bits` at or after bit `from` before which there are `skipped` others; 64 or
-/// more if there is none. A loop over the bits would take much longer, because its length is hard to predict.
-[[gnu::always_inline]] inline int numberOfSetBit(std::uint64_t bits, int from, int skipped) {
+/// The number of clear bits between bit `from` and the set bit before which there are `skipped` other set
+/// ones; at least 64 if there is none. A loop over the bits would take much longer, because its length is
+/// hard to predict.
+[[gnu::always_inline]] inline int clearBitsBefore(std::uint64_t bits, int from, int skipped) {
+    int clear = 0;
     for (; from < 64; from += 8) {
         const SetBits& next = setBitsOf[static_cast<std::uint8_t>(bits >> from)];
         if (skipped < next.count) [[likely]]
-            return from + next.numbers[static_cast<std::size_t>(skipped)];
+            return clear + next.clearBelow[static_cast<std::size_t>(skipped)];
         skipped -= next.count;
+        clear += 8 - next.count;
     }
-    return from;
+    return 64;
 }
 
 /// The coefficients of one block that a refinement finds known, which have one bit each in the stream: where
@@ -62,22 +68,24 @@ public:
 
     bool isEmpty() const { return positions_ == 0; }
 
-    /// Takes the bits of the next `count` of them.
+    /// Takes the bits of the next `count` of them. The reservoir must hold 26 bits, and holds at least 10
+    /// then.
     [[gnu::always_inline]] void take(Reservoir& reservoir, int count) {
-        constexpr int alwaysHeld = 56;
         left_ -= count;
-        if (reservoir.count < count) [[unlikely]]
-            reservoir.refill();
-        if (count > alwaysHeld) [[unlikely]] {
-            append(reservoir, alwaysHeld / 2);
-            reservoir.refill();
-            count -= alwaysHeld / 2;
+        if (count <= 16) [[likely]] {
+            append(reservoir, count);
+            return;
         }
-        append(reservoir, count);
+        reservoir.refill();
+        append(reservoir, count / 2);
+        reservoir.refill();
+        append(reservoir, count - count / 2);
     }
     [[gnu::always_inline]] void takeAll(Reservoir& reservoir) {
-        if (left_ != 0)
-            take(reservoir, left_);
+        if (left_ == 0)
+            return;
+        reservoir.refill();
+        take(reservoir, left_);
     }
 
     /// Adds `step` to the magnitudes. All bits must have been taken.
@@ -127,10 +135,13 @@ bool ProgressiveScan::start(std::shared_ptr<const ByteReader> reader) {
 }
 
 /// Whether the next MCU may be decoded without further checks, after moving the window if necessary.
-bool ProgressiveScan::mayDecode(Reservoir& reservoir) {
+[[gnu::always_inline]] inline bool ProgressiveScan::mayDecode(Reservoir& reservoir) {
     if (reservoir.next <= bytes_.mayStartBefore()) [[likely]]
         return true;
-    return bytes_.provide(reservoir);
+    Reservoir moved = reservoir; // so that the other one can stay in registers
+    const bool isProvided = bytes_.provide(moved);
+    reservoir = moved;
+    return isProvided;
 }
 
 bool ProgressiveScan::passRestart() {
@@ -294,6 +305,9 @@ bool ProgressiveScan::decodeFirstAC(BlockStrip& strip, std::uint32_t firstBlock,
 
 /// Each symbol adds a coefficient, if it has a value, after a number of zeros. The coefficients before that
 /// place that are known already have a bit each after the symbol.
+///
+/// The reservoir holds at least 10 bits at every look-up: a symbol takes at most 16 + 14 of the 56 bits after
+/// the refill, see also KnownCoefficients::take().
 template <bool stores>
 bool ProgressiveScan::refineAC(BlockStrip& strip, std::uint32_t firstBlock, std::uint32_t count) {
     Reservoir reservoir = reservoir_;
@@ -313,8 +327,8 @@ bool ProgressiveScan::refineAC(BlockStrip& strip, std::uint32_t firstBlock, std:
             return false;
         std::int16_t* const block = strip.block(number);
         for (int position = first; ended == 0 && position <= last;) {
-            reservoir.refill();
             BandEntry entry = table.entries[reservoir.bits >> (64 - BandTable::indexBits)];
+            reservoir.refill();
             if (entry.total() == 0) [[unlikely]] {
                 entry = table.longEntry(reservoir.bits);
                 if (entry.total() == 0)
@@ -327,10 +341,11 @@ bool ProgressiveScan::refineAC(BlockStrip& strip, std::uint32_t firstBlock, std:
             }
             const int value = extraValue(reservoir.bits << entry.codeLength(), entry.extraShift());
             reservoir.drop(entry.total());
-            const int place = numberOfSetBit(zeros, position, entry.step());
+            const int passed = clearBitsBefore(zeros, position, entry.step());
+            const int place = position + entry.step() + passed;
             if (place > last)
                 return false;
-            known.take(reservoir, place - position - entry.step());
+            known.take(reservoir, passed);
             if constexpr (stores)
                 block[offsetOf(place)] = static_cast<std::int16_t>(value * step);
             added |= static_cast<std::uint64_t>(value != 0) << place;
