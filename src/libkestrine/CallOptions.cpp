@@ -97,9 +97,7 @@ Result<void> setQuality(const json& value, GivenOptions& given) {
 }
 
 Result<void> setMaxBytes(const json& value, GivenOptions& given) {
-    const std::string word =
-        value.is_number_unsigned() ? std::to_string(value.get<std::uint64_t>()) : TRY(stringIn(value));
-    given.recipe().maxBytes = TRY(bytesIn(word));
+    given.recipe().maxBytes = TRY(bytesIn(value.is_string() ? value.get<std::string>() : value.dump()));
     return {};
 }
 
@@ -115,7 +113,9 @@ Result<void> setMetadata(const json& value, GivenOptions& given) {
 }
 
 Result<void> setThreads(const json& value, GivenOptions& given) {
-    given.call.usesOneThread = TRY(numberIn(value, 0, 1, "0 or 1")) == 1;
+    if (value != 0 && value != 1)
+        return mustBe("0 or 1");
+    given.call.usesOneThread = value == 1;
     return {};
 }
 
