@@ -113,7 +113,8 @@ void writeFile(const std::string& path, ByteView bytes, bool overwrites) {
 std::unique_ptr<IsolatedDecoding> startWorkers(const std::string& program) {
     if (!itemExists(program))
         throw CallFailure{KESTRINE_NOT_FOUND, "there is no program " + program};
-    auto workers = std::make_unique<IsolatedDecoding>(Isolation::strict, std::thread::hardware_concurrency(), program);
+    auto workers =
+        std::make_unique<IsolatedDecoding>(Isolation::strict, std::thread::hardware_concurrency(), program);
     const Result<SandboxLayers> layers = IsolatedDecoding::layers();
     if (!layers || *layers == SandboxLayers())
         throw CallFailure{KESTRINE_NOT_PERMITTED, program + " does not start as a worker"};

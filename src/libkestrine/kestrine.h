@@ -52,8 +52,8 @@ typedef enum kestrine_status {
 KESTRINE_API const char* kestrine_version(void);
 
 /** Why the last function that failed in this thread did so: a sentence without full stop, at most 511 bytes.
- * It stays until the next failure in this thread. Never null. It is UTF-8, but names of files in it are as the
- * system has them. */
+ * It stays until the next failure in this thread. Never null. It is UTF-8, but names of files in it are as
+ * the system has them. */
 KESTRINE_API const char* kestrine_error_text(void);
 
 /** An opened picture. */
@@ -159,7 +159,8 @@ KESTRINE_API kestrine_status kestrine_convert_to_path(kestrine_picture* picture,
 
 /** Converts and writes the result to a descriptor that is open for writing and waits when it cannot write at
  * once, from its position on. After an error of the system, a part may be written. Writing to a pipe that
- * nobody reads raises SIGPIPE, as any write does; KESTRINE_INPUT_OUTPUT if the program ignores that signal. */
+ * nobody reads raises SIGPIPE, as any write does; KESTRINE_INPUT_OUTPUT if the program ignores that signal.
+ */
 KESTRINE_API kestrine_status kestrine_convert_to_descriptor(kestrine_picture* picture, const char* options,
                                                             int descriptor);
 

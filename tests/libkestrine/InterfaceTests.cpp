@@ -1,5 +1,5 @@
-// kestrine.h as a program in C uses it. tests/endtoend/test_interface.py judges the results; these tests are what
-// the sanitizers see.
+// kestrine.h as a program in C uses it. tests/endtoend/test_interface.py judges the results; these tests are
+// what the sanitizers see.
 #include "libkestrine/kestrine.h"
 
 #include <gtest/gtest.h>
