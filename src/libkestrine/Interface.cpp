@@ -99,16 +99,6 @@ CallOptions optionsIn(const char* json) {
     return *std::move(options);
 }
 
-void writeFile(const std::string& path, ByteView bytes, bool overwrites) {
-    const Result<std::string> published =
-        publishNewFile([&](unsigned) { return path; }, bytes, Durability::cached);
-    if (published)
-        return;
-    if (!overwrites || published.failure().reason != Reason::alreadyExists)
-        throw callFailure(published.failure());
-    valueOf(replaceFile(path, bytes, Durability::cached));
-}
-
 /// Fails unless a worker can be started, with no rights.
 std::unique_ptr<IsolatedDecoding> startWorkers(const std::string& program) {
     if (!itemExists(program))
@@ -197,9 +187,9 @@ kestrine_status kestrine_convert_to_path(kestrine_picture* picture, const char* 
         requireArgument(picture, "picture");
         requireArgument(path, "path");
         const CallOptions given = optionsIn(options);
-        if (!given.overwrites && itemExists(path))
+        if (given.overwrite == Overwrite::no && itemExists(path))
             throw CallFailure{KESTRINE_ALREADY_EXISTS, std::string(path) + " exists already"};
-        writeFile(path, converted(*picture, given)->bytes(), given.overwrites);
+        valueOf(writeFile(path, converted(*picture, given)->bytes(), given.overwrite, Durability::cached));
     });
 }
 
