@@ -2,6 +2,7 @@
 
 #include "kestrinectl/desktop/Quoting.h"
 #include "kestrinectl/text/Messages.h"
+#include "platform/host/StringBytes.h"
 #include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/ContentDigest.h"
 #include "platform/host/files/FileAttributes.h"
@@ -23,10 +24,6 @@ constexpr std::uint64_t maxActionFile = 64 * 1024;
 
 const std::string markBegin =
     "# Made by 'kestrinectl desktop install', which updates this file unless it is edited: ";
-
-ByteView bytesOf(const std::string& text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
 
 std::size_t endOfFirstLine(const std::string& content) {
     return std::min(content.find('\n'), content.size() - 1) + 1;
