@@ -1,6 +1,8 @@
 #include "platform/imageio/jpeg/own/ProgressiveScan.h"
 
-#include <limits>
+#include "platform/imageio/jpeg/own/BandBlock.h"
+
+#include <algorithm>
 
 namespace kestrine::jpeg {
 
@@ -9,107 +11,15 @@ namespace {
 /// There is one window for each scan.
 constexpr std::size_t windowOfScan = 16 * 1024;
 
-constexpr std::size_t offsetOf(int position) { return offsetAlongZigzag[static_cast<std::size_t>(position)]; }
-
 /// Bits of the coefficients of a scan. Shifted they fit 16 bits, so that none becomes 0.
 int largestSize(const Scan& scan) {
     return scan.isRefinement() ? 1 : std::min(BandTable::largestSize, 15 - scan.header.low);
 }
 
-/// The positions from `first` on.
-constexpr std::uint64_t positionsFrom(int first) {
-    return first > 63 ? 0 : std::numeric_limits<std::uint64_t>::max() << first;
+Band bandOf(const ScanHeader& scan, const BandTable& table) {
+    return {table, scan.first, scan.last, 1 << scan.low,
+            positionsFrom(scan.first) & ~positionsFrom(scan.last + 1)};
 }
-
-/// The number of blocks that end, including the current one.
-std::uint32_t endedBlocksOf(const BandEntry& entry, std::uint64_t bits) {
-    const std::uint64_t extra = bits << entry.codeLength() >> 1 >> entry.extraShift();
-    return (1U << entry.extraBits()) + static_cast<std::uint32_t>(extra);
-}
-
-/// The set bits of a byte: how many, and for each how many bits below it are clear.
-struct SetBits {
-    std::uint8_t count = 0;
-    std::array<std::uint8_t, 8> clearBelow{};
-};
-constexpr std::array<SetBits, 256> setBitsOf = [] {
-    std::array<SetBits, 256> table;
-    for (unsigned byte = 0; byte < table.size(); ++byte)
-        for (unsigned bit = 0; bit < 8; ++bit)
-            if ((byte >> bit & 1) != 0) {
-                SetBits& bits = table[byte];
-                bits.clearBelow[bits.count] = static_cast<std::uint8_t>(bit - bits.count);
-                ++bits.count;
-            }
-    return table;
-}();
-
-/// The number of clear bits between bit `from` and the set bit before which there are `skipped` other set
-/// ones; at least 64 if there is none. A loop over the bits would take much longer, because its length is
-/// hard to predict.
-[[gnu::always_inline]] inline int clearBitsBefore(std::uint64_t bits, int from, int skipped) {
-    int clear = 0;
-    for (; from < 64; from += 8) {
-        const SetBits& next = setBitsOf[static_cast<std::uint8_t>(bits >> from)];
-        if (skipped < next.count) [[likely]]
-            return clear + next.clearBelow[static_cast<std::size_t>(skipped)];
-        skipped -= next.count;
-        clear += 8 - next.count;
-    }
-    return 64;
-}
-
-/// The coefficients of one block that a refinement finds known, which have one bit each in the stream: where
-/// it is 1, the magnitude grows. The bits are collected, and used when all have been read.
-class KnownCoefficients {
-public:
-    explicit KnownCoefficients(std::uint64_t positions)
-        : positions_(positions), left_(std::popcount(positions)) {}
-
-    bool isEmpty() const { return positions_ == 0; }
-
-    /// Takes the bits of the next `count` of them. The reservoir must hold 26 bits, and holds at least 10
-    /// then.
-    [[gnu::always_inline]] void take(Reservoir& reservoir, int count) {
-        left_ -= count;
-        if (count <= 16) [[likely]] {
-            append(reservoir, count);
-            return;
-        }
-        reservoir.refill();
-        append(reservoir, count / 2);
-        reservoir.refill();
-        append(reservoir, count - count / 2);
-    }
-    [[gnu::always_inline]] void takeAll(Reservoir& reservoir) {
-        if (left_ == 0)
-            return;
-        reservoir.refill();
-        take(reservoir, left_);
-    }
-
-    /// Adds `step` to the magnitudes. All bits must have been taken.
-    void grow(std::int16_t* block, int step) const {
-        if (isEmpty())
-            return;
-        std::uint64_t bits = bits_ << (64 - std::popcount(positions_));
-        for (std::uint64_t rest = positions_; rest != 0; rest &= rest - 1, bits <<= 1) {
-            std::int16_t& coefficient = block[offsetOf(std::countr_zero(rest))];
-            const int sign = coefficient >> 15 | 1, isSet = static_cast<int>(bits >> 63);
-            coefficient = static_cast<std::int16_t>(coefficient + sign * (step & -isSet));
-        }
-    }
-
-private:
-    [[gnu::always_inline]] void append(Reservoir& reservoir, int count) {
-        bits_ = bits_ << count | reservoir.bits >> 1 >> (63 - count);
-        reservoir.drop(count);
-    }
-
-    const std::uint64_t positions_;
-    std::uint64_t bits_ = 0;
-    int left_;
-};
 
 } // namespace
 
@@ -250,52 +160,21 @@ bool ProgressiveScan::decodeAC(BlockStrip& strip, std::uint32_t count) {
     });
 }
 
-/// The reservoir holds at least 10 bits at every look-up: a symbol takes at most 16 + 14 of the 56 bits after
-/// the refill.
 template <bool stores>
-bool ProgressiveScan::decodeFirstAC(BlockStrip& strip, std::uint32_t firstBlock, std::uint32_t count) {
+bool ProgressiveScan::decodeFirstAC(BlockStrip& strip, std::uint32_t first, std::uint32_t count) {
     Reservoir reservoir = reservoir_;
     std::uint32_t ended = endedBlocks_;
-    const BandTable& table = acTable_[0];
-    const int first = scan_.header.first, last = scan_.header.last, low = scan_.header.low;
-    const std::uint32_t end = firstBlock + count;
-    std::uint32_t number = firstBlock;
-    while (number < end) {
+    const Band band = bandOf(scan_.header, acTable_[0]);
+    for (std::uint32_t number = first; number < first + count;) {
         if (ended != 0) {
-            const std::uint32_t skipped = std::min(ended, end - number);
+            const std::uint32_t skipped = std::min(ended, first + count - number);
             ended -= skipped;
             number += skipped;
             continue;
         }
-        if (!mayDecode(reservoir))
+        if (!mayDecode(reservoir)
+            || !takeFirstBits<stores>(reservoir, band, strip.block(number), strip.nonZero(number), ended))
             return false;
-        std::int16_t* const block = strip.block(number);
-        std::uint64_t found = 0;
-        int position = first;
-        do {
-            BandEntry entry = table.entries[reservoir.bits >> (64 - BandTable::indexBits)];
-            reservoir.refill();
-            if (entry.total() == 0) [[unlikely]] {
-                entry = table.longEntry(reservoir.bits);
-                if (entry.total() == 0)
-                    return false;
-            }
-            if (entry.isEndOfBlocks()) {
-                ended = endedBlocksOf(entry, reservoir.bits) - 1;
-                reservoir.drop(entry.total());
-                break;
-            }
-            position += entry.step();
-            if (position > last)
-                return false;
-            const int value = extraValue(reservoir.bits << entry.codeLength(), entry.extraShift());
-            reservoir.drop(entry.total());
-            if constexpr (stores)
-                block[offsetOf(position)] = static_cast<std::int16_t>(value * (1 << low));
-            found |= static_cast<std::uint64_t>(value != 0) << position;
-            ++position;
-        } while (position <= last);
-        strip.nonZero(number) |= found;
         ++number;
     }
     reservoir_ = reservoir;
@@ -303,61 +182,18 @@ bool ProgressiveScan::decodeFirstAC(BlockStrip& strip, std::uint32_t firstBlock,
     return true;
 }
 
-/// Each symbol adds a coefficient, if it has a value, after a number of zeros. The coefficients before that
-/// place that are known already have a bit each after the symbol.
-///
-/// The reservoir holds at least 10 bits at every look-up: a symbol takes at most 16 + 14 of the 56 bits after
-/// the refill, see also KnownCoefficients::take().
 template <bool stores>
-bool ProgressiveScan::refineAC(BlockStrip& strip, std::uint32_t firstBlock, std::uint32_t count) {
+bool ProgressiveScan::refineAC(BlockStrip& strip, std::uint32_t first, std::uint32_t count) {
     Reservoir reservoir = reservoir_;
     std::uint32_t ended = endedBlocks_;
-    const BandTable& table = acTable_[0];
-    const int first = scan_.header.first, last = scan_.header.last, step = 1 << scan_.header.low;
-    const std::uint64_t band = positionsFrom(first) & ~positionsFrom(last + 1);
-    for (std::uint32_t number = firstBlock; number < firstBlock + count; ++number) {
-        std::uint64_t added = 0;
-        const std::uint64_t zeros = band & ~strip.nonZero(number);
-        KnownCoefficients known(band & strip.nonZero(number));
-        if (ended != 0 && known.isEmpty()) {
+    const Band band = bandOf(scan_.header, acTable_[0]);
+    for (std::uint32_t number = first; number < first + count; ++number) {
+        std::uint64_t& nonZero = strip.nonZero(number);
+        if (ended != 0 && (nonZero & band.positions) == 0)
             --ended;
-            continue;
-        }
-        if (!mayDecode(reservoir))
+        else if (!mayDecode(reservoir)
+                 || !refineBlock<stores>(reservoir, band, strip.block(number), nonZero, ended))
             return false;
-        std::int16_t* const block = strip.block(number);
-        for (int position = first; ended == 0 && position <= last;) {
-            BandEntry entry = table.entries[reservoir.bits >> (64 - BandTable::indexBits)];
-            reservoir.refill();
-            if (entry.total() == 0) [[unlikely]] {
-                entry = table.longEntry(reservoir.bits);
-                if (entry.total() == 0)
-                    return false;
-            }
-            if (entry.isEndOfBlocks()) {
-                ended = endedBlocksOf(entry, reservoir.bits);
-                reservoir.drop(entry.total());
-                break;
-            }
-            const int value = extraValue(reservoir.bits << entry.codeLength(), entry.extraShift());
-            reservoir.drop(entry.total());
-            const int passed = clearBitsBefore(zeros, position, entry.step());
-            const int place = position + entry.step() + passed;
-            if (place > last)
-                return false;
-            known.take(reservoir, passed);
-            if constexpr (stores)
-                block[offsetOf(place)] = static_cast<std::int16_t>(value * step);
-            added |= static_cast<std::uint64_t>(value != 0) << place;
-            position = place + 1;
-        }
-        if (ended != 0) {
-            known.takeAll(reservoir);
-            --ended;
-        }
-        if constexpr (stores)
-            known.grow(block, step);
-        strip.nonZero(number) |= added;
     }
     reservoir_ = reservoir;
     endedBlocks_ = ended;
