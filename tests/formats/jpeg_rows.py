@@ -133,7 +133,7 @@ def exif_in_segments():
 
 FORMAT = Format(
     name="JPEG",
-    libraries=("libjpeg-turbo",), ours="the usual baseline files",
+    libraries=("libjpeg-turbo",), ours="the usual baseline and progressive files",
     read=(
         Variant("baseline, extended, progressive and arithmetic coding, of 8 bits; restart markers", processes),
         Variant("grey, YCbCr, RGB, CMYK and YCCK", spaces),
@@ -150,6 +150,6 @@ FORMAT = Format(
     ),
     carriers={"profile": profile_in_segments, "EXIF": exif_in_segments},
     kept_notes={"profile": "also in several segments", "EXIF": "also in several segments"},
-    held="nothing; of progressive files the coefficients, 2 bytes per sample",
+    held="nothing; of progressive files that libjpeg-turbo decodes the coefficients, 2 bytes per sample",
     picture=lambda samples: saved(samples), cost_name="a.jpg",
 )
