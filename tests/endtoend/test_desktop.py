@@ -360,7 +360,7 @@ class Thunar(DesktopTest):
         self.sets("W&b")
         self.desktop("install", "--all")
         # Thunar changes the order, spaces and quotation marks, and adds empty elements.
-        lines = self.uca.read_text().replace("&apos;", "'").splitlines()
+        lines = self.uca.read_text().replace("&#39;", "'").splitlines()
         fields = sorted(line for line in lines if line.startswith("\t<"))
         self.write("\n".join(['<?xml version="1.0" encoding="UTF-8"?>', "<actions>", "<action>", "\t<range></range>",
                               *reversed(fields), "</action>", "</actions>", ""]))
@@ -474,7 +474,7 @@ class Running(DesktopTest):
         (self.folder / name).write_bytes(b"no picture")
         (self.folder / os.fsdecode(b"\xff.jpg")).write_bytes(b"no picture")
         with NotificationDesktop() as desktop:
-            for file, shown in ((name, "&lt;b&gt;&amp;amp; \\n &apos;x&apos; &quot;y&quot; ä.jpg"),
+            for file, shown in ((name, "&lt;b&gt;&amp;amp; \\n &#39;x&#39; &quot;y&quot; ä.jpg"),
                                 (os.fsdecode(b"\xff.jpg"), "\\xff.jpg")):
                 done = self.start([self.script], DBUS_SESSION_BUS_ADDRESS=desktop.address,
                                   **self.selection_of([self.folder / file]))

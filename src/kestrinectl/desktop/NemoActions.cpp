@@ -6,6 +6,7 @@
 
 #include "kestrinectl/desktop/DesktopTargets.h"
 #include "kestrinectl/desktop/Quoting.h"
+#include "kestrinectl/text/Replacement.h"
 
 namespace kestrine::desktop {
 
@@ -13,23 +14,13 @@ namespace {
 
 /// In labels, Nemo takes "_" as the mark of a key and "%N", for example, as the name of a file. "__" is shown
 /// as "_"; an invisible character after "%" (U+2060) ends it.
-std::string nemoLabel(const std::string& setName) {
-    std::string label;
-    for (const char c : setName) {
-        label += c;
-        if (c == '_')
-            label += '_';
-        if (c == '%')
-            label += "\u2060";
-    }
-    return label;
-}
+constexpr Replacement inNemoLabels[] = {{'_', "__"}, {'%', "%\u2060"}};
 
 std::string nemoAction(const std::string& setName, const DesktopActions& actions) {
     return "[Nemo Action]\n"
            "Active=true\n"
            "Name="
-           + keyFileValue(std::string(actionMenu) + ": " + nemoLabel(setName))
+           + keyFileValue(std::string(actionMenu) + ": " + replaced(setName, inNemoLabels))
            + "\n"
              "Icon-Name=image-x-generic\n"
              "Exec="

@@ -5,6 +5,7 @@
 
 #include "kestrinectl/desktop/DesktopTargets.h"
 #include "kestrinectl/desktop/Quoting.h"
+#include "kestrinectl/text/Replacement.h"
 
 #include <algorithm>
 
@@ -15,14 +16,9 @@ namespace {
 /// NAME_MAX of Linux.
 constexpr std::size_t maxScriptName = 255;
 
-/// The name of a set with similar characters for "/", which no file name can have, and "%", with which
-/// Nautilus cannot start a script.
-std::string scriptName(const std::string& setName) {
-    std::string name;
-    for (const char c : setName)
-        name += c == '/' ? "\u2215" : c == '%' ? "\uff05" : std::string(1, c);
-    return name;
-}
+/// Similar characters for "/", which no file name can have, and "%", with which Nautilus cannot start a
+/// script.
+constexpr Replacement inScriptNames[] = {{'/', "\u2215"}, {'%', "\uff05"}};
 
 /// Why a script of this name would not be shown, or cannot exist.
 std::optional<std::string> objectionToScriptName(const std::string& name) {
@@ -38,7 +34,7 @@ Result<ActionPlan> planOfScripts(const std::string& folder, const DesktopActions
     std::vector<ActionFile> files;
     std::vector<std::string> leftOut;
     for (const std::string& setName : actions.setNames) {
-        const std::string name = scriptName(setName);
+        const std::string name = replaced(setName, inScriptNames);
         const bool isTwin = std::ranges::find(files, name, &ActionFile::name) != files.end();
         const auto objection = isTwin ? "another set has a similar name" : objectionToScriptName(name);
         if (objection)

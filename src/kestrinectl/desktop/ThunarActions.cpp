@@ -7,7 +7,9 @@
 #include "kestrinectl/desktop/DesktopTargets.h"
 #include "kestrinectl/desktop/Quoting.h"
 #include "kestrinectl/desktop/ThunarFile.h"
+#include "kestrinectl/text/MarkupText.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/Replacement.h"
 #include "platform/host/files/ContentDigest.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/FileStatus.h"
@@ -35,17 +37,12 @@ std::string idFor(const std::string& setName, const Fields& fields) {
 }
 
 /// In labels, Thunar takes "_" as the mark of a key; "__" is shown as "_".
-std::string thunarLabel(const std::string& setName) {
-    std::string label;
-    for (const char c : setName)
-        label += c == '_' ? "__" : std::string(1, c);
-    return label;
-}
+constexpr Replacement inThunarLabels[] = {{'_', "__"}};
 
 Fields fieldsFor(const std::string& setName, const DesktopActions& actions) {
     Fields fields = {
         {"icon", "image-x-generic"},
-        {"name", thunarLabel(setName)},
+        {"name", replaced(setName, inThunarLabels)},
         {"submenu", std::string(actionMenu)},
         {"command", shellWord(actions.program) + " " + DesktopActions::runArguments(setName) + " -- %F"},
         {"description", "Convert the selected pictures by this set"},
@@ -59,7 +56,7 @@ Fields fieldsFor(const std::string& setName, const DesktopActions& actions) {
 std::string element(const Fields& fields) {
     std::string text = "<action>\n";
     for (const auto& [name, value] : fields)
-        text += "\t<" + name + (value.empty() ? "/>" : ">" + xmlText(value) + "</" + name + ">") + "\n";
+        text += "\t<" + name + (value.empty() ? "/>" : ">" + markupText(value) + "</" + name + ">") + "\n";
     return text + "</action>\n";
 }
 
