@@ -134,7 +134,7 @@ class Installing(DesktopTest):
         self.assertEqual(set(self.files()) - before, {self.preferences, self.uca})
         self.assertEqual(thunar(self.uca), [])
         self.assertFalse(self.scripts.exists())
-        self.assertIn("no actions are installed", self.desktop("remove")[1])
+        self.assertEqual(self.desktop("remove"), ("no actions are installed\n", ""))
 
     def test_status_says_what_is_found_and_installed(self):
         self.sets("Web")
@@ -184,9 +184,9 @@ class Editing(DesktopTest):
             _, err = self.desktop("install", status=1)
             self.assertIn("was edited and stays; --overwrite replaces it", err)
             _, err = self.desktop("remove", status=1)
-            self.assertIn("was edited and stays", err)
+            self.assertIn("was edited and stays; --overwrite removes it", err)
             self.assertEqual(path.read_text(), edited)
-            self.assertIn("1 edited", self.desktop("status")[0])
+            self.assertIn("1 edited, out of date", self.desktop("status")[0])
             self.desktop("install", "--all", "--overwrite")
             self.assertEqual(path.read_text(), content)
 
@@ -199,6 +199,21 @@ class Editing(DesktopTest):
         self.assertFalse(self.scripts.exists())
         self.assertEqual(thunar(self.uca), [])
 
+    def test_edited_actions_of_sets_that_are_gone_are_counted(self):
+        self.sets("Web", "Mail")
+        self.desktop("install", "--all")
+        for path in (self.scripts / "Web", self.uca):
+            path.write_text(path.read_text().replace("desktop run --set-word Web", "desktop  run --set-word Web"))
+        self.sets("Mail")
+        out, err = self.desktop("install", status=1)
+        self.assertEqual(err.count("was edited and stays; --overwrite removes it"), 2)
+        for place in (f"Nautilus: 2 actions in {self.scripts}", f"Caja: 1 action in {self.caja_scripts}",
+                      f"Thunar: 2 actions in {self.uca}"):
+            self.assertIn(place + "\n", out)
+        out, _ = self.desktop("remove", status=1)
+        self.assertIn("Nautilus: 1 action removed\n", out)
+        self.assertEqual(self.names(self.scripts), [b"Web"])
+
     def test_files_of_others_stay(self):
         self.sets("Web", "Mail")
         others = [self.scripts / "Own", self.menus / "own.desktop", self.nemo_actions / "own.nemo_action",
@@ -206,8 +221,11 @@ class Editing(DesktopTest):
         for path in others:
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text("#!/bin/sh\n# mine\n")
-        _, err = self.desktop("install", "--all", status=1)
+        out, err = self.desktop("install", "--all", status=1)
+        self.assertIn(f"Nautilus: 1 action in {self.scripts}\n", out)
         self.assertIn(f"Nautilus: {self.scripts / 'Web'} is not an action of kestrinectl; move it away", err)
+        self.assertIn(f"Nautilus: not found, 1 action in {self.scripts}, 1 prevented by files of others, incomplete\n",
+                      self.desktop("status")[0])
         self.assertTrue((self.scripts / "Mail").exists())
         self.desktop("remove", "--overwrite")
         for path in others:

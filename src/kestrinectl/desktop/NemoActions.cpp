@@ -5,6 +5,7 @@
 // it. URIs in quotation marks stay whole in any case.
 
 #include "kestrinectl/desktop/DesktopTargets.h"
+#include "kestrinectl/desktop/NumberedFiles.h"
 #include "kestrinectl/desktop/Quoting.h"
 #include "kestrinectl/text/Replacement.h"
 
@@ -16,7 +17,7 @@ namespace {
 /// as "_"; an invisible character after "%" (U+2060) ends it.
 constexpr Replacement inNemoLabels[] = {{'_', "__"}, {'%', "%\u2060"}};
 
-std::string nemoAction(const std::string& setName, const DesktopActions& actions) {
+std::string nemoAction(const std::string& setName, const std::string& program, const std::string&) {
     return "[Nemo Action]\n"
            "Active=true\n"
            "Name="
@@ -24,7 +25,7 @@ std::string nemoAction(const std::string& setName, const DesktopActions& actions
            + "\n"
              "Icon-Name=image-x-generic\n"
              "Exec="
-           + keyFileValue(shellWord(actions.program)) + " " + DesktopActions::runArguments(setName)
+           + keyFileValue(shellWord(program)) + " " + runArguments(setName)
            + " --uris -- %U\n"
              "Quote=double\n"
              "Selection=notnone\n"
@@ -33,11 +34,8 @@ std::string nemoAction(const std::string& setName, const DesktopActions& actions
 
 } // namespace
 
-Result<ActionPlan> planOfNemo(const std::string& folder, const DesktopActions& actions) {
-    std::vector<ActionFile> files;
-    for (std::size_t i = 0; i < actions.setNames.size(); ++i)
-        files.push_back({numberedActionName(i) + ".nemo_action", nemoAction(actions.setNames[i], actions)});
-    return planOfFiles(folder, files, false, actions.overwrites);
+Result<ActionPlan> planOfNemo(const std::string& folder, const DesktopActions& actions, bool overwrites) {
+    return planOfFiles(folder, numberedFiles(actions, ".nemo_action", nemoAction), false, overwrites);
 }
 
 } // namespace kestrine::desktop

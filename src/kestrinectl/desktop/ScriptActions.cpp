@@ -29,7 +29,7 @@ std::optional<std::string> objectionToScriptName(const std::string& name) {
     return std::nullopt;
 }
 
-Result<ActionPlan> planOfScripts(const std::string& folder, const DesktopActions& actions,
+Result<ActionPlan> planOfScripts(const std::string& folder, const DesktopActions& actions, bool overwrites,
                                  const std::string& variable) {
     std::vector<ActionFile> files;
     std::vector<std::string> leftOut;
@@ -41,10 +41,9 @@ Result<ActionPlan> planOfScripts(const std::string& folder, const DesktopActions
             leftOut.push_back(leftOutSentence(setName, *objection));
         else
             files.push_back({name, "#!/bin/sh\nexec " + shellWord(actions.program) + " "
-                                       + DesktopActions::runArguments(setName) + " --uris -- \"$" + variable
-                                       + "\"\n"});
+                                       + runArguments(setName) + " --uris -- \"$" + variable + "\"\n"});
     }
-    ActionPlan plan = TRY(planOfFiles(folder, files, true, actions.overwrites));
+    ActionPlan plan = TRY(planOfFiles(folder, files, true, overwrites));
     plan.leftOut = std::move(leftOut);
     if (files.empty())
         plan.emptyFolder = folder;
@@ -53,12 +52,12 @@ Result<ActionPlan> planOfScripts(const std::string& folder, const DesktopActions
 
 } // namespace
 
-Result<ActionPlan> planOfNautilus(const std::string& folder, const DesktopActions& actions) {
-    return planOfScripts(folder, actions, "NAUTILUS_SCRIPT_SELECTED_URIS");
+Result<ActionPlan> planOfNautilus(const std::string& folder, const DesktopActions& actions, bool overwrites) {
+    return planOfScripts(folder, actions, overwrites, "NAUTILUS_SCRIPT_SELECTED_URIS");
 }
 
-Result<ActionPlan> planOfCaja(const std::string& folder, const DesktopActions& actions) {
-    return planOfScripts(folder, actions, "CAJA_SCRIPT_SELECTED_URIS");
+Result<ActionPlan> planOfCaja(const std::string& folder, const DesktopActions& actions, bool overwrites) {
+    return planOfScripts(folder, actions, overwrites, "CAJA_SCRIPT_SELECTED_URIS");
 }
 
 } // namespace kestrine::desktop
