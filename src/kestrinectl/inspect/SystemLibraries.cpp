@@ -18,6 +18,7 @@ const std::vector<SystemLibrary>& systemLibraries() {
         {"libraw_r.so.20", "libraw20", "camera raw files"},
         {"librsvg-2.so.2", "librsvg2-2", "SVG drawings"},
         {"libisal.so.2", "libisal2", "fast reading of PNG files"},
+        {"libicuuc.so.72", "libicu72", "letters beyond ASCII in the names of sets"},
         {"libsystemd.so.0", "libsystemd0", "the desktop's dialog for choosing a folder"},
         {"libexpat.so.1", "libexpat1", "actions of Thunar"},
     };
