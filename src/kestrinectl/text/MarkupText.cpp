@@ -6,7 +6,7 @@ namespace kestrine {
 
 namespace {
 
-/// HTML and XML have no common name for the apostrophe.
+/// The number of the apostrophe, because HTML 4 has no name for it.
 constexpr Replacement inMarkup[] = {
     {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&#39;"}};
 
