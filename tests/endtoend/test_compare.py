@@ -526,7 +526,8 @@ class Isolation(CompareTest):
         self.picture("good.jpg")
         self.fault("crash")
         done = self.kestrinectl("compare", "--quality", "60", "bad.jpg", "good.jpg", "-o", "page.html")
-        self.assertEqual(messages_of(done), ["bad.jpg: the decoder crashed", "1 picture could not be compared completely"])
+        for message in ("bad.jpg: the decoder crashed", "1 picture could not be compared completely"):
+            self.assertIn(message, messages_of(done))  # beside which sanitizers report the crash
         self.assertEqual([section.name for section in Page(self.folder / "page.html").sections], ["good.jpg"])
 
 
