@@ -1,5 +1,5 @@
-// The functions of zlib, which is opened when a codec needs it. Its header is used for types only; the program does
-// not link to the library.
+// The functions of zlib, which is opened when a codec needs it. Its header is used for types only; the
+// program does not link to the library.
 #pragma once
 
 #include "platform/host/Result.h"

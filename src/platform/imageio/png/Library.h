@@ -1,8 +1,7 @@
-// The functions of libpng, which is opened when the first PNG file is read or written. Its header is used for types
-// only; the program does not link to the library.
-// libpng is called so that its errors become results: nothing is printed and the process never ends. It reports
-// errors by a long jump. Functions that it may jump out of must have only trivially destructible local variables;
-// other objects belong to the caller.
+// The functions of libpng, which is opened when the first PNG file is read or written. Its header is used for
+// types only; the program does not link to the library. libpng is called so that its errors become results:
+// nothing is printed and the process never ends. It reports errors by a long jump. Functions that it may jump
+// out of must have only trivially destructible local variables; other objects belong to the caller.
 #pragma once
 
 #include "platform/host/Result.h"

@@ -70,7 +70,8 @@ DeflatedPiece deflatePiece(ByteView bytes, bool isLast, int compression) {
 }
 
 std::uint32_t joinedAdler(std::uint32_t first, std::uint32_t second, std::size_t length) {
-    return static_cast<std::uint32_t>(installedZlib()->combineAdler32(first, second, static_cast<z_off_t>(length)));
+    return static_cast<std::uint32_t>(
+        installedZlib()->combineAdler32(first, second, static_cast<z_off_t>(length)));
 }
 
 } // namespace kestrine::png
