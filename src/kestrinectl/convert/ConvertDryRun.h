@@ -7,7 +7,8 @@
 namespace kestrine {
 
 /// One result per job, in their order: the names that its results would get if every job had all of its
-/// results. Reads only headers, and writes nothing. `shown` has the names of the inputs.
+/// results. Reads only headers, and writes nothing. Ends early after a stop signal. `shown` has the names of
+/// the inputs.
 std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std::vector<std::string>& shown,
                                   unsigned threads);
 

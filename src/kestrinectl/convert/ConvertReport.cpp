@@ -18,6 +18,20 @@ bool canShowProgress() {
 
 } // namespace
 
+void ReportStyle::addTo(CLI::App& command) {
+    CLI::Option* verbose = command.add_flag_callback(
+        "-v,--verbose", [this] { detail = ConvertDetail::all; },
+        "Print also sizes and times, and the files that need no conversion");
+    command
+        .add_flag_callback(
+            "-q,--quiet", [this] { detail = ConvertDetail::none; },
+            "Print only errors (default: a line for each result, warnings, hints and totals)")
+        ->excludes(verbose);
+    command.add_flag(
+        "--json", isJSON,
+        "Print one JSON object per file instead of lines and messages, and a last one with totals");
+}
+
 ConvertReport::ConvertReport(std::size_t count, std::uint64_t bytes, ReportStyle style)
     : count_(count), bytes_(bytes), style_(style),
       showsProgress_(count > 1 && style.detail != ConvertDetail::none && canShowProgress()) {}

@@ -5,6 +5,7 @@
 #include "kestrinectl/convert/ConvertLines.h"
 #include "kestrinectl/convert/ConvertProgress.h"
 
+#include <CLI/CLI.hpp>
 #include <map>
 #include <mutex>
 
@@ -13,6 +14,9 @@ namespace kestrine {
 struct ReportStyle {
     ConvertDetail detail = ConvertDetail::lines;
     bool isJSON = false; ///< an object per file instead of lines and messages
+
+    /// Adds the options to a command; it writes into this object, which must outlive the parsing.
+    void addTo(CLI::App& command);
 };
 
 /// Prints results in the order of the inputs, even if they arrive in another order, and the progress on a
@@ -34,6 +38,7 @@ public:
 
     /// How many inputs were finished.
     std::size_t done() const { return done_; }
+    const ReportStyle& style() const { return style_; }
     const ConvertTotals& totals() const { return totals_; }
     std::chrono::milliseconds elapsed() const;
 

@@ -1,6 +1,5 @@
 #include "kestrinectl/convert/ConvertTasks.h"
 
-#include "kestrinectl/convert/ConvertChains.h"
 #include "kestrinectl/convert/ConvertDryRun.h"
 #include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertOutcome.h"
@@ -52,20 +51,6 @@ void runAndAdd(ResizeJob job, const ConvertInput& input, UpdateManifest* manifes
         note(job, earlier.source, outcomes, *manifest, result);
 }
 
-ConvertResult resultOf(const ResizeJob& job, const ConvertInput& input, UpdateManifest* manifest) {
-    const Clock::time_point begin = Clock::now();
-    ConvertResult result{.source = input.shown, .sourceBytes = input.bytes};
-    try {
-        runAndAdd(job, input, manifest, result);
-    } catch (const std::bad_alloc&) {
-        result.complain("not enough memory", kindOf(Reason::outOfMemory));
-    } catch (const std::exception& error) {
-        result.complain(error.what(), "other");
-    }
-    result.duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
-    return result;
-}
-
 } // namespace
 
 ConvertTasks tasksFor(const std::vector<ConvertInput>& inputs, const ConversionRecipes& recipes,
@@ -102,16 +87,40 @@ void removeCurrent(ConvertTasks& tasks, const UpdateManifest& manifest, ConvertR
     tasks.positions = std::move(missing.positions);
 }
 
-void convertAll(const ConvertTasks& tasks, unsigned threads, UpdateManifest* manifest,
-                ConvertReport& report) {
-    const std::vector<ConvertChain> chains = independentChains(tasks.jobs, threads);
+ConvertResult resultOf(const std::string& shown, std::uint64_t bytes,
+                       const std::function<void(ConvertResult&)>& work) {
+    const Clock::time_point begin = Clock::now();
+    ConvertResult result{.source = shown, .sourceBytes = bytes};
+    try {
+        work(result);
+    } catch (const std::bad_alloc&) {
+        result.complain("not enough memory", kindOf(Reason::outOfMemory));
+    } catch (const std::exception& error) {
+        result.complain(error.what(), "other");
+    }
+    result.duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+    return result;
+}
+
+void convertChains(const std::vector<ConvertChain>& chains, unsigned threads,
+                   const std::function<void(std::size_t)>& convert) {
     forEachPosition(chains.size(), threads, [&](std::size_t chain) {
-        for (const std::size_t i : chains[chain]) {
+        for (const std::size_t position : chains[chain]) {
             if (StopSignalsNoted::noted() != 0)
                 return;
-            const std::size_t position = tasks.positions[i];
-            report.finished(position, resultOf(tasks.jobs[i], tasks.inputs[position], manifest));
+            convert(position);
         }
+    });
+}
+
+void convertAll(const ConvertTasks& tasks, unsigned threads, UpdateManifest* manifest,
+                ConvertReport& report) {
+    convertChains(independentChains(tasks.jobs, threads), threads, [&](std::size_t i) {
+        const std::size_t position = tasks.positions[i];
+        const ConvertInput& input = tasks.inputs[position];
+        report.finished(position, resultOf(input.shown, input.bytes, [&](ConvertResult& result) {
+                            runAndAdd(tasks.jobs[i], input, manifest, result);
+                        }));
     });
 }
 
