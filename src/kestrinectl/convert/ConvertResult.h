@@ -45,7 +45,7 @@ struct ConvertComplaint {
 struct ConvertResult {
     std::string source; ///< as shown
     ConvertStatus status = ConvertStatus::done;
-    std::vector<ConvertOutput> outputs;
+    std::vector<ConvertOutput> outputs;       ///< of a skipped file: results that were there already
     std::string reason;                       ///< why it was skipped or left out
     std::string sentence;                     ///< for people: what was left out, and why; "" for nothing
     std::vector<std::string> warnings;        ///< sentences without the source; no failure

@@ -104,7 +104,7 @@ bool ShardRun::isUsable(const PlanRecord& record, ConvertResult& result) const {
 
 /// Whether the log says so and all results are still as it says.
 bool ShardRun::isDone(const PlanRecord& record, const LoggedFile* logged) const {
-    return logged != nullptr && logged->isDone && logged->source == record.source
+    return logged != nullptr && logged->isDone
            && std::ranges::all_of(logged->results, [&](const LoggedResult& result) {
                   return std::ranges::find(record.results, result.path) != record.results.end()
                          && isInPlace(result);
