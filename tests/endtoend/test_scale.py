@@ -410,6 +410,20 @@ class Logs(Scale):
         self.assertEqual([item["status"] for item in missing[:-1]].count("missing"), len(left))
         self.assertEqual(missing[-1], {"merge": {"done": 16 - len(left), "failed": 0, "missing": len(left)}})
 
+    def test_merge_finds_lost_and_changed_results_when_asked(self):
+        self.plan()
+        self.run_shards(self.tree, 1)
+        tree = self.folder / "copy"
+        shutil.copytree(self.tree, tree, copy_function=shutil.copyfile) # with other times
+        log = "plan.1-of-1.jsonl"
+        self.inside(tree, "merge", "--results", "plan", log)
+        (tree / "out/p-30.jpg").unlink()
+        (tree / "out/sub/p-20.jpg").write_bytes((tree / "out/sub/p-20.jpg").read_bytes()[::-1])
+        self.inside(tree, "merge", "plan", log)
+        done = self.inside(tree, "merge", "--results", "plan", log, status=1)
+        self.assertEqual(done.stdout, b"in/p.png: missing\nin/sub/p.png: missing\n")
+        self.inside(tree, "merge", "--results", "--root", self.tree, "plan", log)
+
     def test_the_names_of_a_shard_are_listed_for_other_programs(self):
         self.plan()
         sources = b"".join(self.inside(self.tree, "run", "--shard", f"{number}/5", "--list", "sources", "plan").stdout for number in range(1, 6))

@@ -8,6 +8,7 @@
 #include "kestrinectl/convert/ConvertStream.h"
 #include "kestrinectl/convert/ConvertTasks.h"
 #include "kestrinectl/convert/ConvertTreatment.h"
+#include "kestrinectl/convert/OptionGroups.h"
 #include "kestrinectl/convert/UpdateOptions.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownNumbers.h"
@@ -109,36 +110,6 @@ void run(ConvertRequest request) {
         runOnFiles(request, sets);
 }
 
-struct OptionGroup {
-    const char* title;
-    std::initializer_list<const char*> options;
-};
-
-/// The help has the groups in the order in which their first options are added.
-void groupOptions(CLI::App& command) {
-    const OptionGroup groups[] = {
-        {"Sets", {"--set"}},
-        {"Size",
-         {"--longest", "--width", "--height", "--percent", "--fit", "--cover", "--gravity", "--pad",
-          "--no-enlarge"}},
-        {"Format",
-         {"--format", "--quality", "--max-bytes", "--lossless", "--effort", "--progressive",
-          "--skip-fitting"}},
-        {"Orientation and colours", {"--upright", "--background", "--profile"}},
-        {"Metadata", {"--metadata", "--exif", "--times"}},
-        {"Places and names of results", {"--out", "--name", "--replace"}},
-        {"Choice of files",
-         {"--recursive", "--all-folders", "--include", "--exclude", "--files-from", "--null", "--allow-empty",
-          "--accept-damaged", "--first-only"}},
-        {"Repeated runs", {"--update", "--force", "--manifest", "--no-wait"}},
-        {"Output", {"--quiet", "--verbose", "--json", "--dry-run"}},
-        {"Safety and resources", {"--no-journal", "--jobs", "--max-pixels", "--isolation"}},
-    };
-    for (const OptionGroup& group : groups)
-        for (const char* option : group.options)
-            command.get_option(option)->group(group.title);
-}
-
 } // namespace
 
 void convertBySet(const std::string& name, const std::vector<std::string>& files) {
@@ -162,6 +133,7 @@ void addConvertCommand(CLI::App& program) {
         "Replace files without a journal, so that the run cannot be undone (default: every replacing run "
         "is recorded, and an error if that is not possible)");
     request->resources.addTo(*command);
+    request->treatment.addLimitsTo(*command);
     command->add_option(
         "FILE", request->selection.files,
         "Pictures, or folders to search for pictures; - reads one picture from standard input and writes "

@@ -28,6 +28,9 @@ void ConvertTreatment::addTo(CLI::App& command) {
         "Of files with several frames, pages or layers, and of raw and vector files, convert the first "
         "picture without a warning, also where it replaces the whole file (default: a warning, and such "
         "files are not replaced, which is an error)");
+}
+
+void ConvertTreatment::addLimitsTo(CLI::App& command) {
     command
         .add_option("--max-pixels", maxPixels,
                     "Refuse pictures and results with more than N pixels (default: 1073741824)")

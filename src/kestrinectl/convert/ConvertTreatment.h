@@ -21,6 +21,8 @@ struct ConvertTreatment {
 
     /// Adds the options to a command; it writes into this object, which must outlive the parsing.
     void addTo(CLI::App& command);
+    /// The rest of the options, which limit what a file may cost.
+    void addLimitsTo(CLI::App& command);
 
     /// The sets to apply; none if the options describe the result.
     ResizeSets sets(const PresetStore& store) const;

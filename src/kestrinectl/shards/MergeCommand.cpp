@@ -8,6 +8,7 @@
 #include "kestrinectl/text/ShownNumbers.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
+#include "platform/host/files/PathParts.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -15,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <optional>
 #include <set>
 
 namespace kestrine {
@@ -25,6 +27,8 @@ struct MergeRequest {
     std::string plan;
     std::vector<std::string> logs;
     std::uint32_t shards = 0; ///< 0 for none
+    std::optional<std::string> root;
+    bool checksResults = false;
     bool isQuiet = false;
     bool isJSON = false;
 };
@@ -41,8 +45,9 @@ bool nextLine(std::istream& log, std::string& line) { return std::getline(log, l
 /// The states of the files of a plan, by their positions.
 class States {
 public:
-    States(std::uint64_t plan, std::size_t count, bool keepsLines)
-        : plan_(plan), states_(count), keepsLines_(keepsLines) {}
+    /// `root`: where results must be for a file to be done; null if only the logs count.
+    States(std::uint64_t plan, std::size_t count, bool keepsLines, const RootFolder* root)
+        : plan_(plan), states_(count), keepsLines_(keepsLines), root_(root) {}
 
     /// Where logs contradict each other, a file that one of them has done is done.
     void addLog(const std::string& path) {
@@ -68,15 +73,22 @@ private:
     void add(const LoggedFile& file, const std::string& line) {
         using Status = FileState::Status;
         FileState& state = states_[file.record];
-        if (state.status == Status::done && !file.isDone)
+        if (file.isDone ? !hasResults(file) : state.status == Status::done)
             return;
         state.status = file.isDone ? Status::done : Status::failed;
         state.text = keepsLines_ ? line : file.isDone ? "" : file.reason;
     }
 
+    bool hasResults(const LoggedFile& file) const {
+        return root_ == nullptr || std::ranges::all_of(file.results, [this](const LoggedResult& result) {
+                   return isBelowRoot(result.path) && isInPlace(result, *root_);
+               });
+    }
+
     const std::uint64_t plan_;
     std::vector<FileState> states_;
     const bool keepsLines_;
+    const RootFolder* root_;
 };
 
 struct MergeTotals {
@@ -141,7 +153,10 @@ void run(const MergeRequest& request) {
     std::uint64_t count = 0;
     for (PlanRecord record; first.reader().next(record);)
         ++count;
-    States states(first.reader().digest(), count, request.isJSON);
+    std::optional<RootFolder> root;
+    if (request.checksResults)
+        root.emplace(request.root ? typedWord(*request.root) : folderOf(plan));
+    States states(first.reader().digest(), count, request.isJSON, root ? &*root : nullptr);
     for (const std::string& log : request.logs)
         states.addLog(typedWord(log));
 
@@ -176,6 +191,15 @@ void addMergeCommand(CLI::App& program) {
         ->check(numberBetween(1U, maxShards))
         ->excludes(json)
         ->option_text("N");
+    CLI::Option* results =
+        command->add_flag("--results", request->checksResults,
+                          "Count a file as missing if a result is not there with the logged content "
+                          "(default: the logs decide)");
+    command
+        ->add_option("--root", request->root,
+                     "With --results, the folder that holds the results (default: the folder of the plan)")
+        ->needs(results)
+        ->option_text("FOLDER");
     command->add_flag("-q,--quiet", request->isQuiet,
                       "Print only errors (default: a line for each file that is missing or failed)");
     command->add_option("PLAN", request->plan, "The plan")->required();

@@ -5,6 +5,7 @@
 #include "kestrinectl/convert/ConvertResources.h"
 #include "kestrinectl/convert/ConvertSelection.h"
 #include "kestrinectl/convert/ConvertTasks.h"
+#include "kestrinectl/convert/OptionGroups.h"
 #include "kestrinectl/convert/PlannedNames.h"
 #include "kestrinectl/shards/NameGroups.h"
 #include "kestrinectl/shards/Plan.h"
@@ -162,7 +163,9 @@ void addPlanCommand(CLI::App& program) {
     command->add_flag("-q,--quiet", request->isQuiet,
                       "Print only errors to standard error (default: also what was left out, and totals)");
     request->resources.addTo(*command);
+    request->treatment.addLimitsTo(*command);
     command->add_option("FILE", request->selection.files, "Pictures, or folders to search for pictures");
+    groupOptions(*command);
     command->callback([request, command] { run(*request, *command); });
 }
 

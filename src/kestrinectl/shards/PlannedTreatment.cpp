@@ -21,6 +21,7 @@ constexpr const char* choiceOfSets = "--set";
 void addOptions(CLI::App& parser, ConvertTreatment& treatment) {
     parser.set_help_flag();
     treatment.addTo(parser);
+    treatment.addLimitsTo(parser);
     parser.remove_option(parser.get_option(choiceOfSets));
 }
 

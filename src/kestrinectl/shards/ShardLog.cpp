@@ -5,6 +5,8 @@
 #include "kestrinectl/text/JSONText.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownPath.h"
+#include "platform/host/files/ContentDigest.h"
+#include "platform/host/files/FileMark.h"
 #include "platform/host/process/StopSignals.h"
 
 namespace kestrine {
@@ -52,6 +54,17 @@ LoggedFile fileFromJSON(const json& object) {
 }
 
 } // namespace
+
+bool isInPlace(const LoggedResult& result, const RootFolder& root) {
+    const std::string path = root.absolute(result.path);
+    const Result<FileMark> mark = markOfItem(path);
+    if (!mark || mark->bytes != result.bytes)
+        return false;
+    if (mark->modified == result.content.modified)
+        return true;
+    const Result<ContentDigest> content = digestOfFile(path);
+    return content && content->number == result.content.digest;
+}
 
 LogLine readLogLine(const std::string& line) {
     try {

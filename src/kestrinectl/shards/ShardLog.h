@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kestrinectl/convert/ConvertResult.h"
+#include "kestrinectl/shards/RootFolder.h"
 #include "kestrinectl/shards/Shard.h"
 #include "platform/host/files/LineLog.h"
 
@@ -19,6 +20,10 @@ struct LoggedResult {
     std::uint64_t bytes = 0;
     MadeContent content;
 };
+
+/// Whether the file of a result is there and has the logged content. Its length and time are enough, if they
+/// agree; else its content is read.
+bool isInPlace(const LoggedResult& result, const RootFolder& root);
 
 /// What a log says about a file of a plan.
 struct LoggedFile {

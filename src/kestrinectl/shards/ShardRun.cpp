@@ -65,7 +65,7 @@ void ShardRun::convert(const PlanRecord& record, const LoggedFile* logged, Conve
         JobOutcome& outcome = outcomes[i];
         const LoggedResult* known = resultAt(logged, record.results[i]);
         if (outcome.failure && outcome.failure->reason == Reason::alreadyExists && known != nullptr
-            && isInPlace(*known)) { // another version of the program made it
+            && isInPlace(*known, root_)) { // another version of the program made it
             outcome.failure.reset();
             outcome.isWritten = outcome.wasThere = true;
             outcome.bytes = known->bytes;
@@ -107,19 +107,8 @@ bool ShardRun::isDone(const PlanRecord& record, const LoggedFile* logged) const 
     return logged != nullptr && logged->isDone
            && std::ranges::all_of(logged->results, [&](const LoggedResult& result) {
                   return std::ranges::find(record.results, result.path) != record.results.end()
-                         && isInPlace(result);
+                         && isInPlace(result, root_);
               });
-}
-
-bool ShardRun::isInPlace(const LoggedResult& result) const {
-    const std::string path = root_.absolute(result.path);
-    const Result<FileMark> mark = markOfItem(path);
-    if (!mark || mark->bytes != result.bytes)
-        return false;
-    if (mark->modified == result.content.modified)
-        return true;
-    const Result<ContentDigest> content = digestOfFile(path);
-    return content && content->number == result.content.digest;
 }
 
 ResizeJob ShardRun::jobFor(const PlanRecord& record) const {

@@ -21,7 +21,6 @@ public:
 private:
     bool isUsable(const PlanRecord& record, ConvertResult& result) const;
     bool isDone(const PlanRecord& record, const LoggedFile* logged) const;
-    bool isInPlace(const LoggedResult& result) const;
     ResizeJob jobFor(const PlanRecord& record) const;
 
     const RootFolder& root_;
