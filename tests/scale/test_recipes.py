@@ -47,7 +47,7 @@ class Killer:
                 continue
 
     def work(self):
-        while not self.stopped.wait(self.random.uniform(0.02, 0.4)):
+        while not self.stopped.wait(self.random.uniform(0.1, 1.0)):
             alive = list(self.workers())
             if alive:
                 try:
@@ -180,9 +180,28 @@ class SlurmArray(Recipes):
         return self.slurm.run("sbatch", "--parsable", f"--array={tasks}", "--output=/dev/null", "--export=ALL",
                               RECIPES / "slurm-array", self.site / "plan", "16", cwd=self.folder).strip()
 
-    def requeue(self, task):
-        self.slurm.run("scontrol", "requeue", task, check=False)
-        self.slurm.run("scontrol", "update", f"jobid={task}", "StartTime=now", check=False) # instead of in two minutes
+    def requeue(self, job, number):
+        self.slurm.run("scontrol", "requeue", f"{job}_{number}", check=False)
+        self.begin[number] = time.monotonic() + 5
+
+    def begin_requeued(self, job, tasks):
+        """Slurm would begin them after two minutes, and refuses to before the first attempt has ended."""
+        for number in [number for number, when in self.begin.items() if when < time.monotonic() and tasks.get(number) == "PENDING"]:
+            self.slurm.run("scontrol", "update", f"jobid={job}_{number}", "StartTime=now", check=False)
+            del self.begin[number]
+
+    def fire(self, job, choice):
+        """Requeues tasks at random until the array ends. Returns how many."""
+        self.begin = {}
+        requeued = 0
+        while tasks := self.slurm.tasks(job):
+            running = [number for number, state in tasks.items() if state == "RUNNING"]
+            if running and requeued < 8:
+                self.requeue(job, choice.choice(running))
+                requeued += 1
+            self.begin_requeued(job, tasks)
+            time.sleep(0.5)
+        return requeued
 
     def wait_for(self, job):
         servers.wait_until(lambda: not self.slurm.tasks(job), "the array does not end", 300)
@@ -195,13 +214,7 @@ class SlurmArray(Recipes):
             self.remove_results()
             with Killer(str(self.all)) as killer:
                 job = self.submit("1-16")
-                choice = random.Random(rounds)
-                while tasks := self.slurm.tasks(job):
-                    running = [number for number, state in tasks.items() if state == "RUNNING"]
-                    if running and choice.random() < 0.5 and requeued < 8 * (rounds + 1):
-                        self.requeue(f"{job}_{choice.choice(running)}")
-                        requeued += 1
-                    time.sleep(0.2)
+                requeued += self.fire(job, random.Random(rounds))
             killed += killer.killed
             logs = sorted(self.site.glob("plan.*-of-16.jsonl"))
             left = subprocess.run([BIN / "kestrinectl", "merge", "-q", "--shards", "16", self.site / "plan", *logs], env=self.environment,
