@@ -1,13 +1,16 @@
 #include "kestrinectl/convert/ConvertCommand.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/convert/ConvertDryRun.h"
 #include "kestrinectl/convert/ConvertEnding.h"
+#include "kestrinectl/convert/ConvertJobs.h"
+#include "kestrinectl/convert/ConvertPipeline.h"
 #include "kestrinectl/convert/ConvertRecipes.h"
 #include "kestrinectl/convert/ConvertResources.h"
 #include "kestrinectl/convert/ConvertSelection.h"
 #include "kestrinectl/convert/ConvertStream.h"
-#include "kestrinectl/convert/ConvertTasks.h"
 #include "kestrinectl/convert/ConvertTreatment.h"
+#include "kestrinectl/convert/InputBatches.h"
 #include "kestrinectl/convert/OptionGroups.h"
 #include "kestrinectl/convert/UpdateOptions.h"
 #include "kestrinectl/text/Messages.h"
@@ -38,13 +41,6 @@ void printHintOfLyingPictures(std::size_t count, const ConvertOptions& options) 
                   + " should be turned, which the set does not do; --upright does it");
 }
 
-std::uint64_t totalBytes(const std::vector<ConvertInput>& inputs) {
-    std::uint64_t bytes = 0;
-    for (const ConvertInput& input : inputs)
-        bytes += input.bytes;
-    return bytes;
-}
-
 void runOnStream(const ConvertRequest& request, const ResizeSets& sets) {
     const ConversionRecipe recipe = recipeForStream(request.treatment.options, sets);
     setMaximumPixels(request.treatment.maxPixels);
@@ -52,21 +48,94 @@ void runOnStream(const ConvertRequest& request, const ResizeSets& sets) {
     convertStream(recipe, request.treatment.policy(), request.style.detail);
 }
 
-void convertTasks(const ConvertRequest& request, ConvertTasks tasks, ChangeRecorder* journal,
-                  UpdateManifest* manifest, ConvertReport& report) {
-    if (manifest != nullptr && !request.update.remakesAll)
-        removeCurrent(tasks, *manifest, report);
-    if (tasks.jobs.empty())
-        return;
-    for (ResizeJob& job : tasks.jobs)
+/// What all files of a run share.
+struct Run {
+    const ConvertRequest& request;
+    const ConversionRecipes& recipes;
+    std::size_t count; ///< of pictures, where names need it
+    ChangeRecorder* journal;
+    UpdateManifest* manifest; ///< may be null
+    ConvertReport& report;
+
+    ResizeJob jobFor(const ConvertInput& input, std::size_t number) const {
+        ResizeJob job = kestrine::jobFor(input, recipes, request.treatment.policy(), number, count);
         job.recorder = journal;
-    setMaximumPixels(request.treatment.maxPixels);
-    const unsigned threads = request.resources.threadsFor(tasks.jobs.size());
-    const DecoderIsolation isolation = request.resources.isolate(threads);
-    if (request.isDryRun)
-        convertDry(std::move(tasks), threads, manifest, report);
-    else
-        convertAll(tasks, threads, manifest, report);
+        return job;
+    }
+    /// Whether the results are up to date; then the report says so.
+    bool isFinished(std::size_t position, const ConvertInput& input, const ResizeJob& job) const {
+        if (manifest == nullptr || request.update.remakesAll)
+            return false;
+        auto result = resultIfCurrent(job, input, *manifest);
+        if (result)
+            report.finished(position, *std::move(result));
+        return result.has_value();
+    }
+};
+
+void convertFiles(const Run& run) {
+    const ConvertSelection& selection = run.request.selection;
+    InputQueue queue(selection.files, selection.search);
+    const unsigned jobs = run.request.resources.jobs;
+    const bool isShort = queue.searchIfShort();
+    const DecoderIsolation isolation = run.request.resources.isolate(
+        isShort ? run.request.resources.threadsFor(queue.found().pictures) : jobs);
+    if (!isShort)
+        queue.searchOnThread();
+    const auto expect = [&] {
+        const InputQueue::Found found = queue.found();
+        run.report.expect(found.pictures, found.bytes, found.isComplete);
+    };
+    const unsigned threads = run.request.resources.threadsFor(queue.countUpTo(jobs));
+    convertAll(queue, threads,
+               {.job = [&](const auto& input, std::size_t number) { return run.jobFor(input, number); },
+                .isFinished = [&](std::size_t position, const auto& input,
+                                  const auto& job) { return run.isFinished(position, input, job); },
+                .convert =
+                    [&](std::size_t position, const ConvertInput& input, ResizeJob job) {
+                        expect();
+                        run.report.finished(position,
+                                            resultOf(input.shown, input.bytes, [&](ConvertResult& result) {
+                                                convertJob(std::move(job), input, run.manifest, result);
+                                            }));
+                    },
+                .finding = [&](std::size_t position,
+                               ConvertResult finding) { run.report.found(position, std::move(finding)); }});
+    expect();
+    run.report.foundOthers(queue.found().otherFiles);
+}
+
+void convertDry(const Run& run) {
+    const ConvertSelection& selection = run.request.selection;
+    const unsigned threads = run.request.resources.jobs;
+    const DecoderIsolation isolation = run.request.resources.isolate(threads);
+    NamePlanner planner(Openings::all, threads);
+    InputBatches batches(
+        {.pictures =
+             [&](const std::vector<NumberedInput>& inputs) {
+                 std::vector<ResizeJob> jobs;
+                 std::vector<std::string> shown;
+                 std::vector<std::size_t> positions;
+                 for (const auto& [input, position, number] : inputs) {
+                     ResizeJob job = run.jobFor(input, number);
+                     if (run.isFinished(position, input, job))
+                         continue;
+                     if (run.manifest != nullptr)
+                         job.earlier = run.manifest->earlierResults(job).replaceable;
+                     jobs.push_back(std::move(job));
+                     shown.push_back(input.shown);
+                     positions.push_back(position);
+                 }
+                 std::vector<ConvertResult> results = dryRun(jobs, shown, planner);
+                 for (std::size_t i = 0; i < results.size(); ++i)
+                     run.report.finished(positions[i], std::move(results[i]));
+             },
+         .finding = [&](std::size_t position,
+                        ConvertResult finding) { run.report.found(position, std::move(finding)); }});
+    findInputs(selection.files, selection.search, batches);
+    batches.end();
+    run.report.expect(batches.count(), 0, true);
+    run.report.foundOthers(batches.otherFiles());
 }
 
 void runOnFiles(const ConvertRequest& request, const ResizeSets& sets) {
@@ -74,22 +143,24 @@ void runOnFiles(const ConvertRequest& request, const ResizeSets& sets) {
     ConversionRecipes recipes = recipesFor(options, sets);
     request.update.changePlaces(recipes);
     const StopSignalsNoted untilTheEnd;
-    const ConvertInputs inputs = findInputs(request.selection.files, request.selection.search);
-    const std::size_t count = inputs.pictures.size();
     const std::unique_ptr<UpdateManifest> manifest =
         request.update.open(recipes, request.selection.search.outFolder, request.isDryRun);
     std::optional<RunJournal> journal;
-    if (count > 0 && replacesFiles(recipes) && request.hasJournal && !request.isDryRun)
+    if (replacesFiles(recipes) && request.hasJournal && !request.isDryRun)
         journal.emplace();
-    ConvertReport report(count, totalBytes(inputs.pictures), request.style);
-    report.found(inputs.findings, inputs.otherFiles);
-    convertTasks(request, tasksFor(inputs.pictures, recipes, request.treatment.policy()),
-                 journal ? &*journal : nullptr, manifest.get(), report);
+    setMaximumPixels(request.treatment.maxPixels);
+    ConvertReport report(request.style);
+    const Run run{
+        request,        recipes, countForNames(request.selection, recipes), journal ? &*journal : nullptr,
+        manifest.get(), report};
+    if (request.isDryRun)
+        convertDry(run);
+    else
+        convertFiles(run);
     report.end();
     if (request.style.detail != ConvertDetail::none && !request.style.isJSON)
         printHintOfLyingPictures(report.totals().leftLying, options);
-    finish(report,
-           {count, request.selection.allowsEmpty, journal && !journal->isEmpty() ? journal->number() : 0});
+    finish(report, {request.selection.allowsEmpty, journal && !journal->isEmpty() ? journal->number() : 0});
 }
 
 void run(ConvertRequest request) {

@@ -2,7 +2,6 @@
 
 #include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertOutcome.h"
-#include "kestrinectl/convert/PlannedNames.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "models/RecipeConversion.h"
 
@@ -19,19 +18,19 @@ void addPlanned(ConvertResult& result, const ConversionRecipe& recipe, const std
 } // namespace
 
 std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std::vector<std::string>& shown,
-                                  unsigned threads) {
+                                  NamePlanner& planner) {
+    const std::vector<PlannedNames> planned = planner.plan(jobs);
     std::vector<ConvertResult> results;
-    planNames(jobs, Openings::all, threads, [&](std::size_t i, const PlannedNames& names) {
+    for (std::size_t i = 0; i < jobs.size(); ++i) {
         ConvertResult& result = results.emplace_back(ConvertResult{.source = shown[i]});
-        if (names.failure)
-            result.complain(withoutPath(names.failure->text, jobs[i].path.utf8()),
-                            kindOf(names.failure->reason));
+        if (const auto& failure = planned[i].failure)
+            result.complain(withoutPath(failure->text, jobs[i].path.utf8()), kindOf(failure->reason));
         else
             result.status = ConvertStatus::would;
-        for (std::size_t k = 0; k < names.paths.size(); ++k)
-            if (!names.paths[k].empty())
-                addPlanned(result, jobs[i].recipes[k], names.paths[k]);
-    });
+        for (std::size_t k = 0; k < planned[i].paths.size(); ++k)
+            if (!planned[i].paths[k].empty())
+                addPlanned(result, jobs[i].recipes[k], planned[i].paths[k]);
+    }
     return results;
 }
 

@@ -11,11 +11,11 @@ namespace kestrine {
 
 namespace {
 
-void throwWhenStopped(const ConvertReport& report, std::size_t count) {
+void throwWhenStopped(const ConvertReport& report) {
     if (const int signal = StopSignalsNoted::noted(); signal != 0)
         throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)) + ": "
                                + counted(report.done(), "file") + " done, "
-                               + std::to_string(count - report.done()) + " left",
+                               + std::to_string(report.count() - report.done()) + " left",
                            128 + signal);
 }
 
@@ -32,7 +32,7 @@ nlohmann::ordered_json totalsOf(const ConvertReport& report, const ConvertEnding
     const int signal = StopSignalsNoted::noted();
     const int status = signal != 0 ? 128 + signal : failuresOf(report, ending).empty() ? 0 : 1;
     return toJSON(report.totals(),
-                  {report.elapsed(), ending.count - report.done(), signal, status, ending.journal});
+                  {report.elapsed(), report.count() - report.done(), signal, status, ending.journal});
 }
 
 void finish(const ConvertReport& report, const ConvertEnding& ending) {
@@ -48,7 +48,7 @@ void finish(const ConvertReport& report, const ConvertEnding& ending) {
         failures += "; " + line;
     if (style.isJSON)
         std::cout << totalsOf(report, ending).dump() << "\n";
-    throwWhenStopped(report, ending.count);
+    throwWhenStopped(report);
     if (!failures.empty())
         throw CommandError(failures);
     if (!style.isJSON && style.detail != ConvertDetail::none

@@ -7,7 +7,6 @@ namespace kestrine {
 
 /// What the end of a run depends on beside its report.
 struct ConvertEnding {
-    std::size_t count = 0;    ///< of inputs
     bool allowsEmpty = false; ///< whether a run without files is a success
     std::size_t journal = 0;  ///< the number of the run for `undo`; 0 if nothing was replaced
 };

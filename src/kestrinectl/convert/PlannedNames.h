@@ -4,6 +4,7 @@
 #include "models/ResizeJob.h"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,10 +22,21 @@ enum class Openings : bool {
     all,      ///< all of them, to find those that cannot be opened
 };
 
-/// Calls `take` for each job in their order with the names that its results get if every job has all of its
-/// results: never one that is in use, or promised to an earlier result. Reads only headers, on `threads`
-/// threads. Ends early after a stop signal.
-void planNames(const std::vector<ResizeJob>& jobs, Openings openings, unsigned threads,
-               const std::function<void(std::size_t, PlannedNames)>& take);
+/// Gives names to the results of jobs. It remembers the names that it gave.
+class NamePlanner {
+public:
+    NamePlanner(Openings openings, unsigned threads) : openings_(openings), threads_(threads) {}
+
+    /// The names that the results of these jobs get if every job, and every one before, has all of its
+    /// results: never one that is in use, or promised to an earlier result. Reads only headers.
+    std::vector<PlannedNames> plan(const std::vector<ResizeJob>& jobs);
+
+private:
+    std::string nameFor(const NSString& wanted, const ResizeJob& job, const std::string& vacated);
+
+    const Openings openings_;
+    const unsigned threads_;
+    std::set<std::string> promised_; ///< without links in folders
+};
 
 } // namespace kestrine

@@ -1,10 +1,12 @@
 #include "kestrinectl/shards/PlanCommand.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/convert/ConvertJobs.h"
+#include "kestrinectl/convert/ConvertLines.h"
 #include "kestrinectl/convert/ConvertRecipes.h"
 #include "kestrinectl/convert/ConvertResources.h"
 #include "kestrinectl/convert/ConvertSelection.h"
-#include "kestrinectl/convert/ConvertTasks.h"
+#include "kestrinectl/convert/InputBatches.h"
 #include "kestrinectl/convert/OptionGroups.h"
 #include "kestrinectl/convert/PlannedNames.h"
 #include "kestrinectl/shards/NameGroups.h"
@@ -56,21 +58,46 @@ PlanRecord recordOf(const RootFolder& root, const std::string& source, const Fil
     return record;
 }
 
-void addRecords(Planned& planned, const RootFolder& root, const ConvertTasks& tasks,
-                const ConvertResources& resources) {
-    const unsigned threads = resources.threadsFor(tasks.jobs.size());
-    const DecoderIsolation isolation = resources.isolate(threads);
-    planNames(tasks.jobs, Openings::ifNeeded, threads, [&](std::size_t i, const PlannedNames& names) {
-        const ConvertInput& input = tasks.inputs[i];
+/// Adds a batch to a plan.
+void addRecords(Planned& planned, const RootFolder& root, NamePlanner& planner,
+                const std::vector<NumberedInput>& inputs, const std::vector<ResizeJob>& jobs) {
+    const std::vector<PlannedNames> names = planner.plan(jobs);
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        const ConvertInput& input = inputs[i].input;
         if (const Result<FileMark> mark = markOfFile(input.path)) {
-            planned.records.push_back(recordOf(root, input.path, *mark, names));
+            planned.records.push_back(recordOf(root, input.path, *mark, names[i]));
         } else {
             printError(input.shown + ": " + withoutPath(mark.failure().text, input.path));
             ++planned.failures;
         }
-    });
+    }
+}
+
+/// Searches for files and plans them.
+Planned plannedFiles(const PlanRequest& request, const ConversionRecipes& recipes, const RootFolder& root) {
+    const ConvertSelection& selection = request.selection;
+    const std::size_t count = countForNames(selection, recipes);
+    const DecoderIsolation isolation = request.resources.isolate(request.resources.jobs);
+    NamePlanner planner(Openings::ifNeeded, request.resources.jobs);
+    Planned planned;
+    InputBatches batches(
+        {.pictures =
+             [&](const std::vector<NumberedInput>& inputs) {
+                 std::vector<ResizeJob> jobs;
+                 for (const auto& [input, position, number] : inputs)
+                     jobs.push_back(jobFor(input, recipes, request.treatment.policy(), number, count));
+                 addRecords(planned, root, planner, inputs, jobs);
+             },
+         .finding =
+             [&](std::size_t, const ConvertResult& finding) {
+                 printResult(finding, request.isQuiet ? ConvertDetail::none : ConvertDetail::lines);
+                 planned.failures += finding.status == ConvertStatus::failed ? 1 : 0;
+             }});
+    findInputs(selection.files, selection.search, batches);
+    batches.end();
     if (const int signal = StopSignalsNoted::noted(); signal != 0)
         throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)), 128 + signal);
+    return planned;
 }
 
 void addGroups(std::vector<PlanRecord>& records) {
@@ -99,16 +126,6 @@ void write(const PlanHeader& header, const std::vector<PlanRecord>& records) {
         throw CommandError("the plan could not be written");
 }
 
-/// What cannot be in the plan was found beside the pictures.
-std::size_t printFindings(const ConvertInputs& inputs, bool isQuiet) {
-    std::size_t failures = 0;
-    for (const ConvertResult& finding : inputs.findings) {
-        printResult(finding, isQuiet ? ConvertDetail::none : ConvertDetail::lines);
-        failures += finding.status == ConvertStatus::failed ? 1 : 0;
-    }
-    return failures;
-}
-
 std::size_t resultsIn(const std::vector<PlanRecord>& records) {
     std::size_t results = 0;
     for (const PlanRecord& record : records)
@@ -132,10 +149,7 @@ void run(PlanRequest request, const CLI::App& command) {
     const RootFolder root(typedWord(request.root));
     setMaximumPixels(request.treatment.maxPixels);
     const StopSignalsNoted untilTheEnd;
-    const ConvertInputs inputs = findInputs(request.selection.files, request.selection.search);
-    Planned planned{.records = {}, .failures = printFindings(inputs, request.isQuiet)};
-    addRecords(planned, root, tasksFor(inputs.pictures, recipes, request.treatment.policy()),
-               request.resources);
+    Planned planned = plannedFiles(request, recipes, root);
     addGroups(planned.records);
     write({.resultsPerFile = recipes.size(), .treatment = treatmentAsText(command, sets)}, planned.records);
     if (planned.failures > 0)

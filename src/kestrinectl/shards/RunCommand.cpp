@@ -2,8 +2,9 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertEnding.h"
+#include "kestrinectl/convert/ConvertJobs.h"
 #include "kestrinectl/convert/ConvertResources.h"
-#include "kestrinectl/convert/ConvertTasks.h"
+#include "kestrinectl/convert/ForEachPosition.h"
 #include "kestrinectl/shards/PlanFile.h"
 #include "kestrinectl/shards/ShardRun.h"
 #include "kestrinectl/text/Messages.h"
@@ -54,9 +55,12 @@ Work workIn(const std::string& path, Shard shard) {
     return work;
 }
 
+/// Positions of tasks that are done one after another.
+using Chain = std::vector<std::size_t>;
+
 /// Tasks of a group are done one after another, in the order of the plan.
-std::vector<ConvertChain> chainsOf(const std::vector<Task>& tasks) {
-    std::vector<ConvertChain> chains;
+std::vector<Chain> chainsOf(const std::vector<Task>& tasks) {
+    std::vector<Chain> chains;
     std::unordered_map<std::uint64_t, std::size_t> byGroup;
     for (std::size_t i = 0; i < tasks.size(); ++i) {
         const auto [known, isNew] = byGroup.try_emplace(tasks[i].record.group, chains.size());
@@ -106,12 +110,18 @@ bool convertTasks(const RunRequest& request, const Work& work, const PlannedTrea
     setMaximumPixels(planned.treatment.maxPixels);
     const DecoderIsolation isolation = request.resources.isolate(threads);
     const ShardRun run(root, planned);
-    convertChains(chainsOf(work.tasks), threads, [&](std::size_t i) {
-        const Task& task = work.tasks[i];
-        record.finished(
-            i, task, resultOf(shownPath(task.record.source), task.record.bytes, [&](ConvertResult& result) {
-                run.convert(task.record, log.find(task.position), result);
-            }));
+    const std::vector<Chain> chains = chainsOf(work.tasks);
+    forEachPosition(chains.size(), threads, [&](std::size_t chain) {
+        for (const std::size_t i : chains[chain]) {
+            if (StopSignalsNoted::noted() != 0)
+                return;
+            const Task& task = work.tasks[i];
+            record.finished(
+                i, task,
+                resultOf(shownPath(task.record.source), task.record.bytes, [&](ConvertResult& result) {
+                    run.convert(task.record, log.find(task.position), result);
+                }));
+        }
     });
     return record.hasNews();
 }
@@ -128,10 +138,11 @@ void runShard(const RunRequest& request, const std::string& plan, Shard shard, c
         throw CommandError("the plan " + plan + " is damaged: its options make another number of results");
     ShardLog log(request.log ? typedWord(*request.log) : defaultLog(plan, shard), work.plan, shard,
                  request.waits ? ShardLog::WhenBusy::waits : ShardLog::WhenBusy::fails);
-    ConvertReport report(work.tasks.size(), work.bytes, request.style);
+    ConvertReport report(request.style);
+    report.expect(work.tasks.size(), work.bytes, true);
     const bool hasNews = convertTasks(request, work, planned, root, log, report);
     report.end();
-    const ConvertEnding ending{work.tasks.size(), true, 0};
+    const ConvertEnding ending{true, 0};
     if (hasNews)
         (void)log.add(totalsOf(report, ending));
     else if (!request.style.isJSON && request.style.detail != ConvertDetail::none)
