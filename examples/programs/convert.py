@@ -3,6 +3,7 @@
 Usage: convert.py PICTURE RESULT"""
 import ctypes
 import json
+import os
 import sys
 
 library = ctypes.CDLL("libkestrine.so.0")
@@ -17,13 +18,13 @@ class Buffer(ctypes.Structure):
 
 def check(status):
     if status != 0:
-        raise RuntimeError(library.kestrine_error_text().decode())
+        sys.exit(os.fsdecode(library.kestrine_error_text()))
 
 
 def converted(path, **options):
     """The bytes of the result."""
     picture, result = ctypes.c_void_p(), Buffer()
-    check(library.kestrine_open_path(path.encode(), ctypes.byref(picture)))
+    check(library.kestrine_open_path(os.fsencode(path), ctypes.byref(picture)))
     try:
         check(library.kestrine_convert_to_memory(picture, json.dumps(options).encode(), ctypes.byref(result)))
         return ctypes.string_at(result.bytes, result.length)
@@ -33,5 +34,8 @@ def converted(path, **options):
 
 
 if __name__ == "__main__":
+    if len(sys.argv) != 3:
+        sys.exit("usage: convert.py PICTURE RESULT")
+    content = converted(sys.argv[1], longest=1200, format="webp")
     with open(sys.argv[2], "wb") as file:
-        file.write(converted(sys.argv[1], longest=1200, format="webp"))
+        file.write(content)

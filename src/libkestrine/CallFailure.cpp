@@ -1,6 +1,6 @@
 #include "libkestrine/CallFailure.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace kestrine {
 
@@ -8,6 +8,16 @@ namespace {
 
 /// Long texts are cut off, so that remembering one cannot fail.
 thread_local char errorText[512] = "";
+
+bool continuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
+/// The bytes of a UTF-8 text that fit, without half a character.
+std::size_t fittingLength(std::string_view text) {
+    std::size_t length = std::min(text.size(), sizeof errorText - 1);
+    while (length > 0 && length < text.size() && continuesCharacter(text[length]))
+        --length;
+    return length;
+}
 
 kestrine_status statusOf(Reason reason) {
     switch (reason) {
@@ -52,10 +62,9 @@ void requireArgument(const void* argument, const char* name) {
         throw CallFailure{KESTRINE_WRONG_ARGUMENT, "the argument '" + std::string(name) + "' is null"};
 }
 
-kestrine_status remembered(const CallFailure& failure) noexcept {
-    const std::size_t length = failure.text.copy(errorText, sizeof errorText - 1);
-    errorText[length] = '\0';
-    return failure.status;
+kestrine_status remembered(kestrine_status status, std::string_view text) noexcept {
+    errorText[text.copy(errorText, fittingLength(text))] = '\0';
+    return status;
 }
 
 const char* lastErrorText() noexcept { return errorText; }

@@ -7,6 +7,7 @@
 
 #include <new>
 #include <string>
+#include <string_view>
 
 namespace kestrine {
 
@@ -28,8 +29,8 @@ T valueOf(Result<T> result) {
 /// Throws CallFailure if the argument of that name is null.
 void requireArgument(const void* argument, const char* name);
 
-/// Keeps the text of a failure for this thread and returns its status.
-kestrine_status remembered(const CallFailure& failure) noexcept;
+/// Keeps the text of a failure for this thread and returns `status`.
+kestrine_status remembered(kestrine_status status, std::string_view text) noexcept;
 
 /// The text that was remembered last in this thread; "" if there is none.
 const char* lastErrorText() noexcept;
@@ -41,11 +42,11 @@ kestrine_status answered(const Work& work) noexcept {
         work();
         return KESTRINE_OK;
     } catch (const CallFailure& failure) {
-        return remembered(failure);
+        return remembered(failure.status, failure.text);
     } catch (const std::bad_alloc&) {
-        return remembered({KESTRINE_OUT_OF_MEMORY, "not enough memory"});
+        return remembered(KESTRINE_OUT_OF_MEMORY, "not enough memory");
     } catch (...) {
-        return remembered({KESTRINE_INTERNAL, "a defect of the library"});
+        return remembered(KESTRINE_INTERNAL, "a defect of the library");
     }
 }
 

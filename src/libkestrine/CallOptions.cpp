@@ -97,9 +97,7 @@ Result<void> setQuality(const json& value, GivenOptions& given) {
 }
 
 Result<void> setMaxBytes(const json& value, GivenOptions& given) {
-    const std::string word =
-        value.is_number_unsigned() ? std::to_string(value.get<std::uint64_t>()) : TRY(stringIn(value));
-    given.recipe().maxBytes = TRY(bytesIn(word));
+    given.recipe().maxBytes = TRY(bytesIn(value.is_string() ? value.get<std::string>() : value.dump()));
     return {};
 }
 
@@ -115,13 +113,20 @@ Result<void> setMetadata(const json& value, GivenOptions& given) {
 }
 
 Result<void> setThreads(const json& value, GivenOptions& given) {
-    given.call.usesOneThread = TRY(numberIn(value, 0, 1, "0 or 1")) == 1;
+    if (value != 0 && value != 1)
+        return mustBe("0 or 1");
+    given.call.usesOneThread = value == 1;
+    return {};
+}
+
+Result<void> setOverwrite(const json& value, GivenOptions& given) {
+    given.call.overwrite = TRY(truthIn(value)) ? Overwrite::yes : Overwrite::no;
     return {};
 }
 
 struct Option {
     std::string_view name;
-    Result<void> (*take)(const json& value, GivenOptions& given);
+    Result<void> (*read)(const json& value, GivenOptions& given);
 };
 
 const Option options[] = {
@@ -147,7 +152,7 @@ const Option options[] = {
     {"profile",
      [](const json& v, GivenOptions& o) { return put(o.recipe().intoSRGB, worded(v, profileNamed)); }},
     {"acceptDamaged", [](const json& v, GivenOptions& o) { return put(o.call.acceptsDamaged, truthIn(v)); }},
-    {"overwrite", [](const json& v, GivenOptions& o) { return put(o.call.overwrites, truthIn(v)); }},
+    {"overwrite", setOverwrite},
     {"threads", setThreads},
 };
 
@@ -199,13 +204,13 @@ Result<void> checkFormat(const GivenOptions& given) {
     return wrong("the option \"" + needing + "\" has no effect on " + std::string(format.title));
 }
 
-Result<void> take(const json& object, GivenOptions& given) {
+Result<void> readOptions(const json& object, GivenOptions& given) {
     for (const auto& [name, value] : object.items()) {
         const auto* const option = std::ranges::find(options, name, &Option::name);
         if (option == std::end(options))
             return wrong("there is no option \"" + name + "\"");
-        if (const Result<void> taken = option->take(value, given); !taken)
-            return wrong("the option \"" + name + "\" " + taken.failure().text);
+        if (const Result<void> read = option->read(value, given); !read)
+            return wrong("the option \"" + name + "\" " + read.failure().text);
     }
     return {};
 }
@@ -218,7 +223,7 @@ Result<CallOptions> callOptionsIn(std::string_view text) {
         return wrong("the options are not a JSON object");
     GivenOptions given{.call = {.recipe = usualRecipe()}};
     given.recipe().place = {.isReturned = true};
-    TRY(take(object, given));
+    TRY(readOptions(object, given));
     TRY(setSize(given));
     TRY(checkFormat(given));
     if (given.recipe().maxBytes != 0 && !given.hasQuality)

@@ -3,6 +3,7 @@
 
 #include "models/ConversionRecipe.h"
 #include "platform/host/Result.h"
+#include "platform/host/files/AtomicFile.h"
 
 #include <string_view>
 
@@ -11,7 +12,7 @@ namespace kestrine {
 struct CallOptions {
     ConversionRecipe recipe; ///< its result is returned, not written
     bool acceptsDamaged = false;
-    bool overwrites = false;
+    Overwrite overwrite = Overwrite::no;
     bool usesOneThread = false;
 };
 

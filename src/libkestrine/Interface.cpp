@@ -59,7 +59,7 @@ kestrine_info describe(const std::shared_ptr<Source>& source) {
     return info;
 }
 
-/// The first outcome of the job. Follows the rows for the caller.
+/// The first outcome of the job. Reports progress to the caller.
 JobOutcome runWatched(const ResizeJob& job, const kestrine_picture& picture) {
     double reported = -1;
     const auto report = [&](double share) {
@@ -99,14 +99,18 @@ CallOptions optionsIn(const char* json) {
     return *std::move(options);
 }
 
-void writeFile(const std::string& path, ByteView bytes, bool overwrites) {
-    const Result<std::string> published =
-        publishNewFile([&](unsigned) { return path; }, bytes, Durability::cached);
-    if (published)
-        return;
-    if (!overwrites || published.failure().reason != Reason::alreadyExists)
-        throw callFailure(published.failure());
-    valueOf(replaceFile(path, bytes, Durability::cached));
+/// Fails unless a worker can be started, with no rights.
+std::unique_ptr<IsolatedDecoding> startWorkers(const std::string& program) {
+    if (!itemExists(program))
+        throw CallFailure{KESTRINE_NOT_FOUND, "there is no program " + program};
+    auto workers =
+        std::make_unique<IsolatedDecoding>(Isolation::strict, std::thread::hardware_concurrency(), program);
+    const Result<SandboxLayers> layers = IsolatedDecoding::layers();
+    if (!layers || *layers == SandboxLayers())
+        throw CallFailure{KESTRINE_NOT_PERMITTED, program + " does not start as a worker"};
+    if (!layers->all())
+        throw CallFailure{KESTRINE_UNSUPPORTED, "this system cannot take all rights from a worker"};
+    return workers;
 }
 
 } // namespace
@@ -183,9 +187,9 @@ kestrine_status kestrine_convert_to_path(kestrine_picture* picture, const char* 
         requireArgument(picture, "picture");
         requireArgument(path, "path");
         const CallOptions given = optionsIn(options);
-        if (!given.overwrites && itemExists(path))
+        if (given.overwrite == Overwrite::no && itemExists(path))
             throw CallFailure{KESTRINE_ALREADY_EXISTS, std::string(path) + " exists already"};
-        writeFile(path, converted(*picture, given)->bytes(), given.overwrites);
+        valueOf(writeFile(path, converted(*picture, given)->bytes(), given.overwrite, Durability::cached));
     });
 }
 
@@ -197,14 +201,11 @@ kestrine_status kestrine_convert_to_descriptor(kestrine_picture* picture, const 
     });
 }
 
-kestrine_status kestrine_use_workers(const char* helper) {
+kestrine_status kestrine_use_workers(const char* program) {
     return answered([&] {
-        const std::string path = helper == nullptr ? KESTRINE_WORKER_PROGRAM : helper;
-        if (!itemExists(path))
-            throw CallFailure{KESTRINE_NOT_FOUND, "there is no program " + path};
         // Never destroyed: other threads may decode while the process ends, and the workers end with it.
-        static const auto* const workers =
-            new IsolatedDecoding(Isolation::automatic, std::thread::hardware_concurrency(), path);
-        (void)workers;
+        static IsolatedDecoding* workers = nullptr;
+        if (workers == nullptr)
+            workers = startWorkers(program == nullptr ? KESTRINE_WORKER_PROGRAM : program).release();
     });
 }

@@ -7,8 +7,8 @@
  *         fprintf(stderr, "%s\n", kestrine_error_text());
  *     kestrine_close(picture);
  *
- * Threads: any thread may call any function. Different pictures may be used by several threads at the same
- * time, one picture by one thread at a time.
+ * Threads: any thread may call any function except kestrine_use_workers(). Different pictures may be used by
+ * several threads at the same time, one picture by one thread at a time.
  *
  * Stability: programs that were built with an older version of this header keep working with newer libraries
  * of the same soname. Structures that may grow have a first member that holds their size.
@@ -51,8 +51,9 @@ typedef enum kestrine_status {
 /** The version of the library, such as "1.2.3". */
 KESTRINE_API const char* kestrine_version(void);
 
-/** Why the last function that failed in this thread did so: a sentence without full stop. It stays until the
- * next failure in this thread. Never null. */
+/** Why the last function that failed in this thread did so: a sentence without full stop, at most 511 bytes.
+ * It stays until the next failure in this thread. Never null. It is UTF-8, but names of files in it are as
+ * the system has them. */
 KESTRINE_API const char* kestrine_error_text(void);
 
 /** An opened picture. */
@@ -156,16 +157,20 @@ KESTRINE_API void kestrine_free(kestrine_buffer* buffer);
 KESTRINE_API kestrine_status kestrine_convert_to_path(kestrine_picture* picture, const char* options,
                                                       const char* path);
 
-/** Converts and writes the result to a descriptor, from its position on. After an error of the system, a part
- * may be written. */
+/** Converts and writes the result to a descriptor that is open for writing and waits when it cannot write at
+ * once, from its position on. After an error of the system, a part may be written. Writing to a pipe that
+ * nobody reads raises SIGPIPE, as any write does; KESTRINE_INPUT_OUTPUT if the program ignores that signal.
+ */
 KESTRINE_API kestrine_status kestrine_convert_to_descriptor(kestrine_picture* picture, const char* options,
                                                             int descriptor);
 
 /** From now on, pictures are decoded and encoded in worker processes without rights, for the whole process.
- * `helper` is the path of the program kestrine-worker; null for the one that was installed with the library.
- * Call it before any picture is opened, while no other thread uses the library. A second call does nothing.
- */
-KESTRINE_API kestrine_status kestrine_use_workers(const char* helper);
+ * `program` is the path of kestrine-worker; null for the one that was installed with the library. Call it
+ * before any picture is opened, while no other thread uses the library. Starts a worker to try it: fails with
+ * KESTRINE_NOT_PERMITTED if none starts, and with KESTRINE_UNSUPPORTED if the system cannot take all rights
+ * from it (Linux before 5.13, for example). After a failure everything stays as it was; after a success,
+ * further calls do nothing. */
+KESTRINE_API kestrine_status kestrine_use_workers(const char* program);
 
 #ifdef __cplusplus
 }

@@ -109,7 +109,8 @@ class Doctor(ToolTest):
         for path in [*(SOURCES / "platform").rglob("*.cpp"), *(SOURCES / "kestrinectl/desktop").rglob("*.cpp")]:
             opened |= set(re.findall(r'"(lib[\w-]+\.so\.[\d.]+)"', path.read_text()))
         known = dict(re.findall(r'\{"(lib[^"]+)", "([^"]+)"', (SOURCES / "kestrinectl/inspect/SystemLibraries.cpp").read_text()))
-        self.assertEqual(set(known), opened)
+        any_version = {"libicuuc.so.72"}
+        self.assertEqual(set(known), opened | any_version)
         needed = (SOURCES.parent / "scripts/install-dependencies").read_text()
         for package in known.values():
             self.assertIn(f" {package} ", needed.replace("\n", " "))

@@ -10,9 +10,9 @@ from written_rows import OUTPUTS
 PATH = Path(__file__).resolve().parent.parent.parent / "docs/formats.md"
 HEAD = """# Formats
 
-Written by `scripts/formats`. It makes a file of every variant below, converts it, and compares the pixels with those of other
-programs; the ordinary tests repeat this and compare the page with what they find. What is kept of a file was found in the same
-way.
+Written by `scripts/formats`. It makes files of every variant below, converts them, and compares the pixels with known ones or
+with those of another program; where it does not, the page says so. The ordinary tests repeat this and compare the page with what
+they find. What is kept of a file was found in the same way.
 
 "Held" is memory that grows with the whole picture; of a result, its bytes are held as well. The costs are those of one picture
 of 12 megapixels: for reading, that of converting it to a JPEG of 1200 pixels; for writing, that of converting a PPM of the same
@@ -66,7 +66,11 @@ def points(lines):
     return "".join(f"- {line}\n" for line in lines)
 
 
-def section_of(row, kept, cost, known):
+REMARKS = {"all": "", "some": " (some files are only converted, not compared)", "none": " (only converted, not compared)"}
+
+
+def section_of(row, found, cost, known):
+    kept = found.kept
     lost = [what for what in row.carriers if what not in kept]
     facts = []
     if kept:
@@ -81,21 +85,21 @@ def section_of(row, kept, cost, known):
     parts = [f"### {title_of(row)}\n"]
     if ":" in row.name:
         parts.append(row.name.partition(":")[2].strip() + "\n")
-    parts += [points(facts), "Read:\n", points(variant.text for variant in row.read)]
+    parts += [points(facts), "Read:\n", points(variant.text + REMARKS[found.compared[variant.text]] for variant in row.read)]
     if row.refused:
         parts += ["Not read:\n", points(f"{refusal.text}: {refusal.reason}" for refusal in row.refused)]
     parts.extend(note + "\n" for note in row.notes)
     return "\n".join(parts)
 
 
-def overview(kept, costs):
-    rows = [[f"[{title_of(row)}](#{anchor_of(row)})", short_libraries_of(row), ", ".join(kept[row.name]),
+def overview(found, costs):
+    rows = [[f"[{title_of(row)}](#{anchor_of(row)})", short_libraries_of(row), ", ".join(found[row.name].kept),
              costs[row.name].memory if row.picture else "", costs[row.name].time if row.picture else ""] for row in FORMATS]
     return table(["format", "decoded by", "kept", "MiB", "s"], rows)
 
 
 def output_section(row, kept, cost, known):
-    facts = [f"**By**: {row.by}", *row.variants]
+    facts = [f"**By**: {row.by}", *[kind.text for kind in row.kinds if kind.text]]
     if row.longest_side:
         facts.append(f"At most {row.longest_side} pixels on a side")
     facts += [f"**Kept**: {', '.join(kept)}", f"**Encoded by**: {libraries_of(row, known)}", f"**Held**: {row.held}",
@@ -103,11 +107,11 @@ def output_section(row, kept, cost, known):
     return f"### {row.name}, written\n\n" + points(facts)
 
 
-def page(machine, kept, costs, written, writing_costs):
-    """`kept` and `written` are lists by the names of the formats, the costs are Costs."""
+def page(machine, found, costs, written, writing_costs):
+    """By the names of the formats: `found` as trial.Found, `written` as lists of what is kept, the costs as Cost."""
     known = read_libraries()
-    parts = [HEAD.format(machine=machine), "## Read\n", overview(kept, costs)]
-    parts += [section_of(row, kept[row.name], costs[row.name], known) for row in FORMATS]
+    parts = [HEAD.format(machine=machine), "## Read\n", overview(found, costs)]
+    parts += [section_of(row, found[row.name], costs[row.name], known) for row in FORMATS]
     parts.append("Every other reason why a file is not read is in its message.\n")
     parts.append("## Written\n")
     parts += [output_section(row, written[row.name], writing_costs[row.name], known) for row in OUTPUTS]

@@ -37,12 +37,12 @@ class Formats(unittest.TestCase):
 
     def test_the_page_says_what_is_found(self):
         current = page.PATH.read_text(encoding="utf-8")
-        kept = {row.name: found(trial.found, row) for row in FORMATS}
+        read = {row.name: found(trial.found, row) for row in FORMATS}
         written = {row.name: found(found_written, row) for row in OUTPUTS}
         if any(isinstance(result, trial.Wrong) for result in FOUND.values()):
             self.fail("a row of the table is not true")
         reading, writing = page.costs_of(current)
-        wanted = page.page(page.machine_of(current), kept, reading, written, writing)
+        wanted = page.page(page.machine_of(current), read, reading, written, writing)
         changes = difflib.unified_diff(current.splitlines(), wanted.splitlines(), "docs/formats.md", "found", n=0, lineterm="")
         self.assertEqual(list(changes), [], "docs/formats.md is out of date; run scripts/formats")
 

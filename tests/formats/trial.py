@@ -5,6 +5,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+from dataclasses import dataclass
 from pathlib import Path
 
 import numpy
@@ -51,11 +52,12 @@ class Trial:
         return result
 
     def check_read(self, file):
-        """The result is a TIFF file, because tifffile reads all of its 16 bits."""
+        """The result is a TIFF file, because tifffile reads all of its 16 bits. Returns whether its pixels were compared."""
         result = judges.layers(tifffile.imread(self.converted(file, "--format", "tiff")))
         expected = file.judge(self.path) if file.judge else file.pixels
         if expected is not None:
             compare(file, result, expected)
+        return expected is not None
 
     def check_refused(self, file, message):
         done, result = self.convert(file, "--format", "png")
@@ -135,9 +137,17 @@ def exif():
     return pictures.exif(None, extra=[(0x0110, 2, len(model), struct.pack(">I", place))]) + model
 
 
+@dataclass(frozen=True)
+class Found:
+    """`kept` holds names in KEPT, and `compared` says for the texts of variants whether the pixels of all files, of some or of
+    none were compared."""
+    kept: tuple
+    compared: dict
+
+
 def found(row):
-    """Tries everything about a format. Returns what is kept; raises Wrong with all that is not true."""
-    wrong, kept = [], []
+    """Tries everything about a format. Raises Wrong with all that is not true."""
+    wrong, kept, compared = [], [], {}
     with Trial() as trial:
         def attempt(text, function, *arguments):
             try:
@@ -145,8 +155,8 @@ def found(row):
             except Wrong as failure:
                 wrong.append(f"{row.name}, {text}: {failure}")
         for variant in row.read:
-            for file in variant.files():
-                attempt(variant.text, trial.check_read, file)
+            answers = {attempt(variant.text, trial.check_read, file) for file in variant.files()}
+            compared[variant.text] = "some" if len(answers) > 1 else "all" if answers == {True} else "none"
         for refusal in row.refused:
             for file in refusal.files():
                 attempt(refusal.text, trial.check_refused, file, refusal.message)
@@ -155,4 +165,4 @@ def found(row):
                 kept.append(what)
     if wrong:
         raise Wrong("\n".join(wrong))
-    return kept
+    return Found(tuple(kept), compared)

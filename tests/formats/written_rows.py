@@ -7,7 +7,7 @@ import numpy
 import pictures
 import tifffile
 from judges import avifdec_16, djxl_deep, layers, magick_16, pillow, run
-from PIL import Image
+from PIL import Image, ImageFilter
 from png_rows import RGB, RGBA, noise, png, profile
 from table import File
 from tools import exiftool
@@ -15,18 +15,24 @@ from trial import MODEL, Trial, Wrong, compare, exif, with_alpha
 
 
 @dataclass(frozen=True)
+class Kind:
+    """Results with these options: the same picture, or one of at least `decibels`. `text` names them on the page."""
+    text: str = ""
+    options: tuple = ()
+    decibels: float = None
+
+
+@dataclass(frozen=True)
 class Output:
-    """`decode` gives the samples of a result. With `options` it must be the same picture, or one of at least `decibels`."""
+    """`decode` gives the samples of a result."""
     name: str
     format: str
     by: str
     libraries: tuple
     decode: Callable
     held: str = "nothing"
-    options: tuple = ()
-    decibels: float = None
+    kinds: tuple = (Kind(),)
     longest_side: int = None
-    variants: tuple = ()
     ours: str = ""
 
 
@@ -73,11 +79,10 @@ def kept_bits(trial, row, *options):
 KEPT = {"profile": keeps_profile, "EXIF": keeps_exif, "alpha": keeps_alpha, "alpha (on or off)": keeps_clear_pixels}
 
 
-def check_pixels(trial, row):
-    samples = pictures.photo(61, 43)
-    result = trial.converted(source(samples), "--format", row.format, *row.options)
+def check_pixels(trial, row, kind, samples):
+    result = trial.converted(source(samples), "--format", row.format, *kind.options)
     expected = samples if row.decode(result).dtype == numpy.uint8 else samples.astype(numpy.uint16) * 257
-    compare(File(result.name, b"", decibels=row.decibels, tolerance=0), row.decode(result), expected)
+    compare(File(f"{row.name} {' '.join(kind.options)}", b"", decibels=kind.decibels, tolerance=0), row.decode(result), expected)
 
 
 def check_longest_side(trial, row):
@@ -91,12 +96,17 @@ def check_longest_side(trial, row):
 def found_written(row):
     """What is kept; raises Wrong if the row is not true."""
     with Trial() as trial:
-        check_pixels(trial, row)
+        photo = pictures.photo(61, 43)
+        smooth = numpy.asarray(Image.fromarray(photo).filter(ImageFilter.GaussianBlur(3)))
+        few_colors = photo // 64 * 64
+        for kind in row.kinds:
+            for samples in (photo, few_colors) if kind.decibels is None else (smooth,):
+                check_pixels(trial, row, kind, samples)
         if row.longest_side:
             check_longest_side(trial, row)
         kept = [what for what, keeps in KEPT.items() if keeps(trial, row)]
         bits = kept_bits(trial, row)
-        lossless_bits = kept_bits(trial, row, "--lossless") if "--lossless" in row.options else bits
+        lossless_bits = kept_bits(trial, row, "--lossless") if LOSSLESS in row.kinds else bits
     if bits > 8:
         more = f" ({lossless_bits} with `--lossless`)" if lossless_bits > bits else ""
         kept.append("16 bits" if bits > 12 else f"{bits} of 16 bits{more}")
@@ -108,18 +118,21 @@ def tiff(path):
 
 
 PRESETS = "presets, `kestrinectl convert`"
+LOSSLESS = Kind("lossless with `--lossless`", ("--lossless",))
 OUTPUTS = (
-    Output("JPEG", "jpeg", PRESETS, ("libjpeg-turbo",), pillow, options=("--quality", "95"), decibels=35,
-           variants=("baseline; progressive with `--progressive`",), held="nothing; progressive: 6 bytes per pixel"),
+    Output("JPEG", "jpeg", PRESETS, ("libjpeg-turbo",), pillow, held="nothing; progressive: 6 bytes per pixel",
+           kinds=(Kind("baseline", ("--quality", "95"), 35),
+                  Kind("progressive with `--progressive`", ("--quality", "95", "--progressive"), 35))),
     Output("PNG", "png", PRESETS, ("libpng", "libdeflate"), magick_16,
-           variants=("with `--effort max` smaller, and with a palette if there are at most 256 colours",),
+           kinds=(Kind(), Kind("with `--effort max` smaller, and with a palette if there are at most 256 colours",
+                               ("--effort", "max"))),
            held="nothing; with `--effort max` 1 byte per pixel of pictures with few colours"),
     Output("TIFF", "tiff", PRESETS, (), tiff),
-    Output("GIF", "gif", PRESETS, (), pillow, decibels=25, held="the indices"),
-    Output("WebP", "webp", "`kestrinectl convert`", ("libwebp",), pillow, options=("--lossless",), longest_side=16383,
-           variants=("lossy, and lossless with `--lossless`",), held="the picture, up to 42 bytes per pixel"),
-    Output("AVIF", "avif", "`kestrinectl convert`", ("libavif",), avifdec_16, options=("--lossless",), longest_side=65536,
-           variants=("lossy, and lossless with `--lossless`",), held="the picture, up to 58 bytes per pixel"),
-    Output("JPEG XL", "jxl", "`kestrinectl convert`", ("libjxl",), djxl_deep, options=("--lossless",),
-           variants=("lossy, and lossless with `--lossless`",), held="the picture, up to 95 bytes per pixel"),
+    Output("GIF", "gif", PRESETS, (), pillow, kinds=(Kind(decibels=25),), held="the indices"),
+    Output("WebP", "webp", "`kestrinectl convert`", ("libwebp",), pillow, longest_side=16383,
+           kinds=(Kind("lossy, with halved colours", ("--quality", "95"), 35), LOSSLESS), held="the picture, up to 42 bytes per pixel"),
+    Output("AVIF", "avif", "`kestrinectl convert`", ("libavif",), avifdec_16, longest_side=65536,
+           kinds=(Kind("lossy", ("--quality", "95"), 35), LOSSLESS), held="the picture, up to 58 bytes per pixel"),
+    Output("JPEG XL", "jxl", "`kestrinectl convert`", ("libjxl",), djxl_deep, kinds=(Kind("lossy", ("--quality", "95"), 35), LOSSLESS),
+           held="the picture, up to 95 bytes per pixel"),
 )

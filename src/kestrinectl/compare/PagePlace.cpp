@@ -4,6 +4,7 @@
 #include "kestrinectl/convert/ConvertInputs.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
+#include "platform/host/StringBytes.h"
 #include "platform/host/files/AtomicFile.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/PathParts.h"
@@ -25,10 +26,6 @@ std::string temporaryPage() {
     if (cache.empty())
         throw CommandError("there is no home folder for a temporary page; give --output FILE");
     return joinedPath(joinedPath(cache, "kestrine"), "preview.html");
-}
-
-ByteView bytesOfPage(const std::string& page) {
-    return {reinterpret_cast<const std::uint8_t*>(page.data()), page.size()};
 }
 
 } // namespace
@@ -67,7 +64,7 @@ void PagePlace::check(const std::vector<ConvertInput>& pictures) const {
         throw CommandError(shown + " exists already; --overwrite replaces it");
 }
 
-void PagePlace::take(const std::string& page) const {
+void PagePlace::writeAndOpen(const std::string& page) const {
     write(page);
     if (opens_)
         open();
@@ -76,13 +73,10 @@ void PagePlace::take(const std::string& page) const {
 void PagePlace::write(const std::string& page) const {
     const std::string place = path();
     const StopSignalsBlocked untilWritten;
-    const bool replaces = !output_ || (overwrites_ && isTaken(place));
-    const Result<void> written = [&]() -> Result<void> {
-        if (replaces)
-            return replaceFile(place, bytesOfPage(page), Durability::cached);
-        TRY(publishNewFile([&](unsigned) { return place; }, bytesOfPage(page), Durability::cached));
-        return {};
-    }();
+    const Result<void> written =
+        output_ ? writeFile(place, bytesOf(page), overwrites_ ? Overwrite::yes : Overwrite::no,
+                            Durability::cached)
+                : replaceFile(place, bytesOf(page), Durability::cached);
     if (!written)
         throw CommandError(shownPath(typedPath()) + ": " + withoutPath(written.failure().text, place));
 }

@@ -3,13 +3,13 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertCommand.h"
 #include "kestrinectl/convert/ConvertInputs.h"
-#include "kestrinectl/desktop/FileURI.h"
 #include "kestrinectl/desktop/FirstMessage.h"
 #include "kestrinectl/desktop/Notification.h"
 #include "kestrinectl/desktop/Quoting.h"
 #include "kestrinectl/sets/PresetStore.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/Words.h"
+#include "platform/appkit/FileURI.h"
 
 #include <sstream>
 
@@ -18,7 +18,7 @@ namespace kestrine {
 namespace {
 
 std::string pathIn(const std::string& uri) {
-    if (auto path = pathOfFileURI(uri))
+    if (Result<std::string> path = pathOfFileURI(uri))
         return *std::move(path);
     throw CommandError(uri + " is not a file on this computer; copy it here first");
 }

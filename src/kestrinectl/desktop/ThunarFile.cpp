@@ -65,10 +65,13 @@ public:
 private:
     static Failure malformed(const std::string& reason) { return {Reason::malformed, reason}; }
 
-    /// No exception may leave a handler, since the library could not go on.
+    /// No exception may leave a handler, since the library could not go on. Nothing is handled after a stop,
+    /// although the library still reports the end of an empty element then.
     template <class Handle>
     static void handle(void* self, const Handle& handleEvent) {
         auto& parsing = *static_cast<ThunarParsing*>(self);
+        if (parsing.isOutOfMemory_ || !parsing.refusal_.empty())
+            return;
         try {
             handleEvent(parsing);
         } catch (const std::bad_alloc&) {

@@ -1,5 +1,7 @@
 #include "kestrinectl/text/JSONText.h"
 
+#include "platform/host/StringBytes.h"
+
 namespace kestrine {
 
 namespace {
@@ -28,7 +30,7 @@ ordered_json textToJSON(const std::string& bytes) {
         (void)ordered_json(bytes).dump(); // throws when it is not valid UTF-8
         return bytes;
     } catch (const ordered_json::type_error&) {
-        return bytesToJSON({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+        return bytesToJSON(bytesOf(bytes));
     }
 }
 

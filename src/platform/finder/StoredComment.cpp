@@ -2,6 +2,7 @@
 #include "platform/finder/StoredForms.h"
 #include "platform/foundation/propertylist/PropertyListText.h"
 #include "platform/foundation/text/NSStringEncoding.h"
+#include "platform/host/StringBytes.h"
 
 #include <algorithm>
 #include <string_view>
@@ -14,11 +15,11 @@ std::string_view textOf(ByteView bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-Bytes bytesOf(std::string_view text) { return {text.begin(), text.end()}; }
-
 OptionalString readText(ByteView stored) { return NSString::fromUTF8(textOf(stored)); }
 
-std::optional<Bytes> changedText(ByteView, const NSString& comment) { return bytesOf(comment.utf8()); }
+std::optional<Bytes> changedText(ByteView, const NSString& comment) {
+    return copied(bytesOf(comment.utf8()));
+}
 
 OptionalString readPropertyList(ByteView stored) {
     const Result<NSString> text = textOfPropertyList(stored);

@@ -7,6 +7,7 @@
 #include "platform/foundation/archiving/NSArchiver.h"
 #include "platform/foundation/archiving/NSNull.h"
 #include "platform/foundation/archiving/NSUnarchiver.h"
+#include "platform/host/StringBytes.h"
 
 #include <algorithm>
 #include <limits>
@@ -22,8 +23,7 @@ bool isInstanceOf(const Object& object) {
 bool isString(const Object& object) { return NSString::fromObject(object).has_value(); }
 
 void encodeString(const Object& object, NSArchiver& coder) {
-    const std::string text = NSString::fromObject(object)->utf8();
-    coder.encodeBytes({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    coder.encodeBytes(bytesOf(NSString::fromObject(object)->utf8()));
 }
 
 Object decodeString(NSUnarchiver& coder) {

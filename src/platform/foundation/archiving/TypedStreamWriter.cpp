@@ -1,6 +1,7 @@
 #include "platform/foundation/archiving/TypedStreamWriter.h"
 
 #include "platform/foundation/archiving/TypedStreamFormat.h"
+#include "platform/host/StringBytes.h"
 
 #include <bit>
 #include <limits>
@@ -73,9 +74,7 @@ void TypedStreamWriter::writeCountedBytes(ByteView bytes) {
     writeBytes(bytes);
 }
 
-void TypedStreamWriter::writeText(std::string_view text) {
-    writeCountedBytes({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-}
+void TypedStreamWriter::writeText(std::string_view text) { writeCountedBytes(bytesOf(text)); }
 
 void TypedStreamWriter::writeSharedString(std::string_view text) {
     if (const auto known = strings_.find(text); known != strings_.end()) {

@@ -129,10 +129,11 @@ Result<void> takeOverRights(int file, const struct stat& replaced) {
     return {};
 }
 
+/// A file that exists keeps its mode; `newMode` minus the umask is that of a new file.
 Result<void> replaceEntry(const FolderEntry& entry, const std::string& folderPath, ByteView content,
-                          Durability durability) {
+                          Durability durability, mode_t newMode) {
     std::optional<struct stat> replaced = TRY(examineReplaced(entry));
-    TemporaryFile file = TRY(TemporaryFile::create(entry.folder, 0600, folderPath));
+    TemporaryFile file = TRY(TemporaryFile::create(entry.folder, replaced ? 0600 : newMode, folderPath));
     if (replaced)
         TRY(takeOverRights(file.descriptor(), *replaced));
     TRY(writeContent(file.descriptor(), content, durability));
@@ -140,6 +141,13 @@ Result<void> replaceEntry(const FolderEntry& entry, const std::string& folderPat
         return systemFailure("cannot replace " + entry.name);
     file.wasRenamed();
     return durability == Durability::synced ? syncFolder(entry.folder) : Result<void>();
+}
+
+Result<void> replaceTarget(const std::string& target, ByteView content, Durability durability,
+                           mode_t newMode) {
+    const std::string folderPath = folderOf(target);
+    const FileDescriptor folder = TRY(openFolder(folderPath));
+    return replaceEntry({folder.number(), nameOf(target)}, folderPath, content, durability, newMode);
 }
 
 } // namespace
@@ -182,11 +190,19 @@ Result<std::string> StagedFile::publish(const CandidatePaths& candidates) {
 
 Result<void> replaceFile(const std::string& path, ByteView content, Durability durability) {
     TRY(checkPath(path));
-    std::string target = TRY(followLinks(path));
-    const std::string folderPath = folderOf(target);
-    TRY(makePrivateFolders(folderPath));
-    FileDescriptor folder = TRY(openFolder(folderPath));
-    return replaceEntry({folder.number(), nameOf(target)}, folderPath, content, durability);
+    const std::string target = TRY(followLinks(path));
+    TRY(makePrivateFolders(folderOf(target)));
+    return replaceTarget(target, content, durability, 0600);
+}
+
+Result<void> writeFile(const std::string& path, ByteView content, Overwrite overwrite,
+                       Durability durability) {
+    if (overwrite == Overwrite::no) {
+        TRY(publishNewFile([&](unsigned) { return path; }, content, durability));
+        return {};
+    }
+    TRY(checkPath(path));
+    return replaceTarget(TRY(followLinks(path)), content, durability, 0666);
 }
 
 } // namespace kestrine

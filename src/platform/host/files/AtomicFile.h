@@ -1,5 +1,5 @@
 // Files that appear complete or not at all.
-// publishNewFile() never replaces a file; replaceFile() replaces one.
+// publishNewFile() never replaces a file, replaceFile() replaces one, and writeFile() does as it is asked.
 #pragma once
 
 #include "platform/host/Bytes.h"
@@ -51,5 +51,12 @@ private:
 /// and with notRegularFile for anything that is not a regular file.
 Result<void> replaceFile(const std::string& path, ByteView content,
                          Durability durability = Durability::synced);
+
+enum class Overwrite : bool { no, yes };
+
+/// Writes the file `path`, in one step, into a folder that exists. A new file has the mode 0666 minus the
+/// umask. If the name is taken: with Overwrite::no, fails with alreadyExists, also if another process takes
+/// it in the meantime; with Overwrite::yes, replaces the file like replaceFile().
+Result<void> writeFile(const std::string& path, ByteView content, Overwrite overwrite, Durability durability);
 
 } // namespace kestrine

@@ -1,5 +1,6 @@
 #include "platform/host/files/ContentDigest.h"
 
+#include "platform/host/StringBytes.h"
 #include "platform/host/files/FileContent.h"
 
 #include <limits>
@@ -14,9 +15,7 @@ ContentDigest digestOf(ByteView content) {
     return {content.size(), number};
 }
 
-ContentDigest digestOf(const std::string& content) {
-    return digestOf(ByteView(reinterpret_cast<const std::uint8_t*>(content.data()), content.size()));
-}
+ContentDigest digestOf(const std::string& content) { return digestOf(bytesOf(content)); }
 
 Result<ContentDigest> digestOfFile(const std::string& path) {
     const Bytes content = TRY(readSmallFile(path, std::numeric_limits<std::int64_t>::max()));

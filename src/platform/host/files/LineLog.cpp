@@ -1,5 +1,6 @@
 #include "platform/host/files/LineLog.h"
 
+#include "platform/host/StringBytes.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/host/files/TemporaryFile.h"
@@ -18,10 +19,6 @@ namespace kestrine {
 namespace {
 
 constexpr int logFlags = O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY;
-
-ByteView viewOf(const std::string& text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
 
 Result<FileDescriptor> openLog(const std::string& path, int flags) {
     FileDescriptor file(::open(path.c_str(), flags, 0600));
@@ -106,7 +103,7 @@ Result<void> LineLog::append(const std::string& line, Durability durability) {
         text.insert(0, last == '\n' ? "" : "\n");
     }
     endsInLine_ = false;
-    TRY(writeAll(file_.number(), viewOf(text)));
+    TRY(writeAll(file_.number(), bytesOf(text)));
     endsInLine_ = true;
     if (durability == Durability::synced && ::fdatasync(file_.number()) != 0)
         return systemFailure("cannot write " + path_ + " to the disk");
@@ -120,7 +117,7 @@ Result<void> LineLog::rewrite(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines)
         text += line + "\n";
-    TRY(writeAll(file.descriptor(), viewOf(text)));
+    TRY(writeAll(file.descriptor(), bytesOf(text)));
     TRY(finishWriting(file.descriptor(), Durability::synced));
     FileDescriptor next =
         TRY(openLog(joinedPath(folderPath, file.entry().name), O_RDWR | O_APPEND | O_CLOEXEC));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/host/Bytes.h"
+#include "platform/host/StringBytes.h"
 
 #include <cstring>
 #include <string>
@@ -25,9 +26,7 @@ public:
         add(std::uint64_t{bytes.size()});
         bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
     }
-    void add(const std::string& text) {
-        add(ByteView(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
-    }
+    void add(const std::string& text) { add(bytesOf(text)); }
 
     Bytes take() && { return std::move(bytes_); }
 

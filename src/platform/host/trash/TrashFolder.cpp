@@ -1,5 +1,6 @@
 #include "platform/host/trash/TrashFolder.h"
 
+#include "platform/host/StringBytes.h"
 #include "platform/host/files/ExclusiveRename.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/Folders.h"
@@ -26,10 +27,6 @@ Result<FileDescriptor> openOrMake(const FolderEntry& entry) {
     else if (errno != EEXIST)
         return systemFailure("cannot create the folder " + entry.name);
     return openSubfolder(entry);
-}
-
-ByteView bytesIn(const std::string& text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
 } // namespace
@@ -92,7 +89,7 @@ Result<void> TrashFolder::writeInfo(const std::string& name, const std::string& 
         ::openat(info_.number(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!file.isOpen())
         return systemFailure("cannot create a record in the trash");
-    Result<void> written = writeAll(file.number(), bytesIn(text));
+    Result<void> written = writeAll(file.number(), bytesOf(text));
     if (written)
         written = finishWriting(file.number(), Durability::synced);
     if (written)

@@ -1,5 +1,6 @@
 #include "platform/host/trash/TrashSizes.h"
 
+#include "platform/host/StringBytes.h"
 #include "platform/host/files/ByteReader.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/Folders.h"
@@ -67,8 +68,7 @@ void recordTrashedFolderSize(int trash, const FolderEntry& folder, std::time_t r
         std::to_string(diskSpaceOf(folder)) + " " + std::to_string(recordTime) + " " + name + "\n";
     const std::string text = otherLines(trash, name) + line;
     Result<TemporaryFile> file = TemporaryFile::create(trash, 0600, "the trash");
-    if (!file
-        || !writeAll(file->descriptor(), {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}))
+    if (!file || !writeAll(file->descriptor(), bytesOf(text)))
         return;
     if (::renameat(trash, file->entry().name.c_str(), trash, sizesName) == 0)
         file->wasRenamed();

@@ -287,6 +287,49 @@ TEST(ReplaceFile, onlyFilesAreReplaced) {
     EXPECT_EQ(replaceFile("", bytesOf("new")).failure().reason, Reason::malformed);
 }
 
+TEST(WriteFile, aNewFileHasTheModeThatTheUmaskAllows) {
+    const TemporaryFolder folder;
+    runIsolated([&] {
+        ::umask(027);
+        for (const Overwrite overwrite : {Overwrite::no, Overwrite::yes}) {
+            const std::string path = folder / (overwrite == Overwrite::yes ? "yes" : "no");
+            ASSERT_TRUE(writeFile(path, bytesOf("new"), overwrite, Durability::cached));
+            EXPECT_EQ(readFile(path), "new");
+            EXPECT_EQ(rightsOf(path), 0640u);
+        }
+    });
+    EXPECT_THAT(namesIn(folder.path()), UnorderedElementsAre("yes", "no"));
+}
+
+TEST(WriteFile, anExistingFileStaysUnlessItMayBeReplaced) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("page.html", "old");
+    ::chmod(path.c_str(), 0604);
+    EXPECT_EQ(writeFile(path, bytesOf("new"), Overwrite::no, Durability::cached).failure().reason,
+              Reason::alreadyExists);
+    EXPECT_EQ(readFile(path), "old");
+    ASSERT_TRUE(writeFile(path, bytesOf("new"), Overwrite::yes, Durability::cached));
+    EXPECT_EQ(readFile(path), "new");
+    EXPECT_EQ(rightsOf(path), 0604u);
+    EXPECT_THAT(namesIn(folder.path()), ElementsAre("page.html"));
+}
+
+TEST(WriteFile, noFolderIsCreatedAndOnlyFilesAreReplaced) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkdir((folder / "folder").c_str(), 0700), 0);
+    std::filesystem::create_symlink("none/page.html", folder / "link");
+    const auto reasonOfFailure = [&](const std::string& path, Overwrite overwrite) {
+        return writeFile(path, bytesOf("new"), overwrite, Durability::cached).failure().reason;
+    };
+    for (const Overwrite overwrite : {Overwrite::no, Overwrite::yes}) {
+        EXPECT_EQ(reasonOfFailure(folder / "none/page.html", overwrite), Reason::notFound);
+        EXPECT_EQ(reasonOfFailure("", overwrite), Reason::malformed);
+    }
+    EXPECT_EQ(reasonOfFailure(folder / "link", Overwrite::yes), Reason::notFound);
+    EXPECT_EQ(reasonOfFailure(folder / "folder", Overwrite::yes), Reason::notRegularFile);
+    EXPECT_THAT(namesIn(folder.path()), UnorderedElementsAre("folder", "link"));
+}
+
 TEST(ReplaceFile, theOwnerIsKeptWhenRootReplacesAUsersFile) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can give files to other users";
