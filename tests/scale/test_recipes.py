@@ -23,7 +23,7 @@ SECONDS = float(os.environ.get("KESTRINE_KILL_SECONDS", "20")) # for each recipe
 OPTIONS = ("--longest", "900,300", "--format", "jpeg", "--out", "out", "-r", "in")
 ODD = [b"a b", b"line\nbreak", b'"quoted\'', b"$(touch injected)", b"\xff\xfe", b"-r", b"tab\t", b"[a,b]", b"{}", b"*", b"{1}",
        b"a;touch injected", b"`touch injected`", b"~", b"\\", b"%", "\u00e9".encode(), b"--checkpoint-action=exec=touch injected"]
-FILES = 240
+FILES = 160
 
 
 class Killer:
@@ -47,7 +47,7 @@ class Killer:
                 continue
 
     def work(self):
-        while not self.stopped.wait(self.random.uniform(0.1, 1.0)):
+        while not self.stopped.wait(self.random.uniform(0.2, 1.5)):
             alive = list(self.workers())
             if alive:
                 try:

@@ -13,12 +13,19 @@ public:
     /// By their bytes.
     void sort();
 
-    std::size_t count() const { return begins_.size(); }
-    const char* operator[](std::size_t position) const { return names_.data() + begins_[position]; }
+    std::size_t count() const { return entries_.size(); }
+    const char* operator[](std::size_t position) const { return names_.data() + entries_[position].begin; }
 
 private:
+    struct Entry {
+        std::uint64_t key; ///< the first bytes after those that all names share, for quick comparisons
+        std::size_t begin;
+    };
+
+    std::size_t sharedLength() const;
+
     std::vector<char> names_; ///< each with a zero byte at its end
-    std::vector<std::size_t> begins_;
+    std::vector<Entry> entries_;
 };
 
 } // namespace kestrine
