@@ -78,8 +78,9 @@ void convertFiles(const Run& run) {
     InputQueue queue(selection.files, selection.search);
     const unsigned jobs = run.request.resources.jobs;
     const bool isShort = queue.searchIfShort();
+    constexpr unsigned withSearch = 2; // workers must not be forked beside the thread that searches
     const DecoderIsolation isolation = run.request.resources.isolate(
-        isShort ? run.request.resources.threadsFor(queue.found().pictures) : jobs);
+        isShort ? run.request.resources.threadsFor(queue.found().pictures) : std::max(jobs, withSearch));
     if (!isShort)
         queue.searchOnThread();
     const auto expect = [&] {
