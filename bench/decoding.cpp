@@ -1,16 +1,21 @@
 // Compares the speed of our own JPEG decoder with libjpeg-turbo. Decodes the given files at every scale with
 // both in turn, on one thread. Prints the medians in milliseconds of processor time, and the median of the
-// ratios.
+// ratios. Files that our own decoder leaves to the library are named with the reason.
+//   kestrine_bench_decoding FILE...               compares
+//   kestrine_bench_decoding --fallbacks FILE...   only counts the reasons
 #include "platform/host/files/ByteReader.h"
 #include "platform/imageio/jpeg/LibraryRows.h"
-#include "platform/imageio/jpeg/own/BaselineRows.h"
+#include "platform/imageio/jpeg/own/OwnRows.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <time.h>
 #include <vector>
 
@@ -42,21 +47,23 @@ double median(std::vector<double> values) {
     return *middle;
 }
 
-/// The time from opening a file to its last row.
+Result<void> readRows(RowSource& rows) {
+    Bytes row(rows.format().bytesPerRow());
+    for (std::uint32_t y = 0; y < rows.format().height; ++y)
+        TRY(rows.readRow(row));
+    return {};
+}
+
+/// The time from opening a file to its last row. Ends the program on failure.
 template <class Open>
 double millisecondsFor(const Open& open) {
     const double start = processorMilliseconds();
     Result<RowSourcePointer> rows = open();
-    if (!rows) {
-        std::fprintf(stderr, "%s\n", rows.failure().text.c_str());
+    const Result<void> read = rows ? readRows(**rows) : rows.failure();
+    if (!read) {
+        std::fprintf(stderr, "%s\n", read.failure().text.c_str());
         std::exit(1);
     }
-    Bytes row((*rows)->format().bytesPerRow());
-    for (std::uint32_t y = 0; y < (*rows)->format().height; ++y)
-        if (const Result<void> read = (*rows)->readRow(row); !read) {
-            std::fprintf(stderr, "row %u: %s\n", y, read.failure().text.c_str());
-            std::exit(1);
-        }
     rows = RowSourcePointer();
     return processorMilliseconds() - start;
 }
@@ -64,10 +71,8 @@ double millisecondsFor(const Open& open) {
 Result<RowSourcePointer> ownRows(const std::shared_ptr<const ByteReader>& file, int eighths) {
     jpeg::LibraryReader reader(file);
     TRY(reader.readHeader());
-    const std::optional<jpeg::FrameHeader> header = jpeg::frameHeaderOf(reader);
-    if (!header)
-        return Failure{Reason::refused, "our own decoder does not support the header"};
-    return jpeg::openBaselineRows(file, *header, eighths);
+    const jpeg::FrameHeader header = TRY(jpeg::frameHeaderOf(reader));
+    return jpeg::openOwnRows(file, header, eighths);
 }
 
 void compare(const std::shared_ptr<const ByteReader>& file, int eighths) {
@@ -84,15 +89,43 @@ void compare(const std::shared_ptr<const ByteReader>& file, int eighths) {
                 median(ratios));
 }
 
+/// Why our own decoder does not decode the file; empty if it does.
+std::string reasonForFallback(const std::shared_ptr<const ByteReader>& file) {
+    const Result<RowSourcePointer> rows = ownRows(file, 1);
+    const Result<void> read = rows ? readRows(**rows) : rows.failure();
+    return read ? "" : read.failure().text;
+}
+
+void countFallbacks(int count, char** paths) {
+    std::map<std::string, int> reasons;
+    for (int i = 0; i < count; ++i) {
+        const std::string reason = reasonForFallback(readerOfBytes(contentsOf(paths[i])));
+        ++reasons[reason];
+        if (!reason.empty())
+            std::printf("%s: %s\n", paths[i], reason.c_str());
+    }
+    for (const auto& [reason, files] : reasons)
+        std::printf("%6d  %s\n", files, reason.empty() ? "decoded by our own decoder" : reason.c_str());
+}
+
+void compareFiles(int count, char** paths) {
+    for (int i = 0; i < count; ++i) {
+        const auto file = readerOfBytes(contentsOf(paths[i]));
+        const std::string reason = reasonForFallback(file);
+        std::printf("%s%s%s\n", paths[i], reason.empty() ? "" : ": ", reason.c_str());
+        for (const int eighths : {8, 4, 2, 1})
+            if (reason.empty())
+                compare(file, eighths);
+    }
+}
+
 } // namespace
 
 } // namespace kestrine
 
-int main(int count, char** paths) {
-    for (int i = 1; i < count; ++i) {
-        const auto file = kestrine::readerOfBytes(kestrine::contentsOf(paths[i]));
-        std::printf("%s\n", paths[i]);
-        for (const int eighths : {8, 4, 2, 1})
-            kestrine::compare(file, eighths);
-    }
+int main(int count, char** arguments) {
+    if (count > 1 && std::string_view(arguments[1]) == "--fallbacks")
+        kestrine::countFallbacks(count - 2, arguments + 2);
+    else
+        kestrine::compareFiles(count - 1, arguments + 1);
 }

@@ -1,22 +1,34 @@
-// Compares our own JPEG decoder with libjpeg-turbo: at every scale, both give the same rows or both fail.
+// Compares our own JPEG decoder with libjpeg-turbo: at every scale, both give the same rows or both fail. Of
+// progressive files both also report the same damage; of others ours reports more.
 #include "fuzz/DecodeEverything.h"
 #include "platform/imageio/jpeg/Decoder.h"
 
 #include <cstdlib>
+#include <string>
 
 namespace {
 
 using namespace kestrine;
 
-/// All rows; empty on failure and for pictures that would take too long.
-Bytes decoded(const Bytes& file, jpeg::DecoderChoice choice, int halvings) {
+struct Decoded {
+    Bytes rows;         ///< all of them; empty on failure and for pictures that would take too long
+    std::string damage; ///< of progressive files
+
+    bool operator==(const Decoded&) const = default;
+};
+
+Decoded decoded(const Bytes& file, jpeg::DecoderChoice choice, int halvings) {
     constexpr std::uint64_t affordablePixels = 1 << 18;
     const auto decoder = jpeg::openDecoder(readerOfBytes(file), choice);
     if (!decoder || (*decoder)->frames().front().format.pixels() > affordablePixels)
         return {};
     const auto rows = (*decoder)->rows(0, halvings);
     Result<PixelBuffer> pixels = rows ? readAllRows(**rows) : Result<PixelBuffer>(rows.failure());
-    return pixels ? std::move(pixels->bytes) : Bytes();
+    if (!pixels)
+        return {};
+    const bool isProgressive = (*decoder)->frames().front().heldBytes != 0;
+    const std::optional<Failure> damage = isProgressive ? (*decoder)->damage() : std::nullopt;
+    return {std::move(pixels->bytes), damage ? damage->text : ""};
 }
 
 } // namespace

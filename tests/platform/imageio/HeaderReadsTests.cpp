@@ -61,10 +61,13 @@ Reads readsOfJPEGHeader(const JPEGRecipe& recipe) {
 
 } // namespace
 
-TEST(HeaderReads, theHeaderOfABaselineJPEGIsReadOnce) { EXPECT_EQ(readsOfJPEGHeader({}).first, 1); }
+TEST(HeaderReads, theHeaderOfAJPEGForOurOwnDecoderIsReadOnce) {
+    for (const bool isProgressive : {false, true})
+        EXPECT_EQ(readsOfJPEGHeader({.isProgressive = isProgressive}).second, 1);
+}
 
-TEST(HeaderReads, theHeaderOfAProgressiveJPEGIsReadOncePerReading) {
-    const Reads reads = readsOfJPEGHeader({.isProgressive = true});
+TEST(HeaderReads, theHeaderOfAJPEGForTheLibraryIsReadOncePerReading) {
+    const Reads reads = readsOfJPEGHeader({.isProgressive = true, .isStoredAsRGB = true});
     EXPECT_EQ(reads.first, 1);
     EXPECT_EQ(reads.second, 2);
 }

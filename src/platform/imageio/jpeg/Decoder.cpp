@@ -6,7 +6,7 @@
 #include "platform/imageio/exif/ExifBlock.h"
 #include "platform/imageio/jpeg/LibraryRows.h"
 #ifdef KESTRINE_OWN_JPEG_DECODER
-#include "platform/imageio/jpeg/own/BaselineRows.h"
+#include "platform/imageio/jpeg/own/OwnRows.h"
 #endif
 
 #include <cstdlib>
@@ -66,7 +66,7 @@ public:
             return openLibraryRows(std::move(file), format, eighths, damage_, std::move(inks));
 #ifdef KESTRINE_OWN_JPEG_DECODER
         if (ownHeader_)
-            if (Result<RowSourcePointer> own = openBaselineRows(reader_, *ownHeader_, eighths, damage_); own)
+            if (Result<RowSourcePointer> own = openOwnRows(reader_, *ownHeader_, eighths, damage_); own)
                 return rowsWithFallback(std::move(*own),
                                         [reader = reader_, format, eighths, damage = damage_] {
                                             return openLibraryRows(reader, format, eighths, damage);
@@ -84,9 +84,10 @@ private:
     void keepHeader(std::unique_ptr<LibraryReader> file, [[maybe_unused]] DecoderChoice choice) {
 #ifdef KESTRINE_OWN_JPEG_DECODER
         if (choice == DecoderChoice::ownFirst)
-            ownHeader_ = frameHeaderOf(*file);
-        if (ownHeader_)
-            return;
+            if (Result<FrameHeader> header = frameHeaderOf(*file)) {
+                ownHeader_ = *header;
+                return;
+            }
 #endif
         file_.hold(std::move(file));
     }

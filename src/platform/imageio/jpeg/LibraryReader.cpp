@@ -28,6 +28,10 @@ std::uint64_t blocksInScan(const jpeg_decompress_struct& info) {
 
 } // namespace
 
+std::uint64_t maxBlockVisits(std::uint64_t fileBytes) {
+    return uncheckedVisits + maxVisitsPerByte * fileBytes;
+}
+
 /// libjpeg-turbo calls this several times in each scan.
 void LibraryReader::limitScans(j_common_ptr info) {
     const auto& decompress = *reinterpret_cast<j_decompress_ptr>(info);
@@ -47,7 +51,7 @@ LibraryReader::LibraryReader(std::shared_ptr<const ByteReader> reader) : reader_
     if (!created_)
         return;
     progress_.manager.progress_monitor = limitScans;
-    progress_.maxBlockVisits = uncheckedVisits + maxVisitsPerByte * reader_->size();
+    progress_.maxBlockVisits = maxBlockVisits(reader_->size());
     info.progress = &progress_.manager;
     input_.attach(info, *reader_);
 }

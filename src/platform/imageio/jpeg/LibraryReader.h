@@ -8,6 +8,9 @@
 
 namespace kestrine::jpeg {
 
+/// The blocks that the scans after the first may visit in total, in a file of this many bytes.
+std::uint64_t maxBlockVisits(std::uint64_t fileBytes);
+
 class LibraryReader {
 public:
     explicit LibraryReader(std::shared_ptr<const ByteReader> reader);

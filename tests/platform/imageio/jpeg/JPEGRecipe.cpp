@@ -51,6 +51,21 @@ std::vector<jpeg_scan_info> manyScans(int count) {
     return scans;
 }
 
+std::vector<jpeg_scan_info> libraryScans(const std::vector<ScanRecipe>& script) {
+    std::vector<jpeg_scan_info> scans;
+    for (const ScanRecipe& recipe : script) {
+        jpeg_scan_info scan{static_cast<int>(recipe.components.size()),
+                            {},
+                            recipe.first,
+                            recipe.last,
+                            recipe.high,
+                            recipe.low};
+        std::copy(recipe.components.begin(), recipe.components.end(), scan.component_index);
+        scans.push_back(scan);
+    }
+    return scans;
+}
+
 void setUp(jpeg_compress_struct& info, const JPEGRecipe& recipe) {
     jpeg_set_defaults(&info);
     if (recipe.isStoredAsRGB)
@@ -79,7 +94,8 @@ std::string JPEGRecipe::description() const {
         text += isGrey ? "" : " " + std::to_string(horizontal) + "," + std::to_string(vertical);
     return text + " quality " + std::to_string(quality) + " content "
            + std::to_string(static_cast<int>(content)) + " codes " + std::to_string(static_cast<int>(codes))
-           + " restart " + std::to_string(restartInterval);
+           + " restart " + std::to_string(restartInterval)
+           + (script.empty() ? "" : " script of " + std::to_string(script.size()) + " scans");
 }
 
 Bytes makeJPEG(const JPEGRecipe& recipe) {
@@ -98,10 +114,10 @@ Bytes makeJPEG(const JPEGRecipe& recipe) {
     info.in_color_space = recipe.isGrey ? JCS_GRAYSCALE : JCS_RGB;
     setUp(info, recipe);
     const std::vector<jpeg_scan_info> scans =
-        recipe.scans > 0 ? manyScans(recipe.scans) : std::vector<jpeg_scan_info>();
+        recipe.scans > 0 ? manyScans(recipe.scans) : libraryScans(recipe.script);
     if (!scans.empty()) {
         info.scan_info = scans.data();
-        info.num_scans = recipe.scans;
+        info.num_scans = static_cast<int>(scans.size());
     }
     jpeg_start_compress(&info, TRUE);
     for (std::uint32_t y = 0; y < recipe.height; ++y) {
@@ -177,6 +193,76 @@ std::vector<JPEGRecipe> recipesForOurDecoder() {
                        .sampling = sampling444,
                        .quality = 100,
                        .content = Content::noise}); // longer than the decoder's window
+    return recipes;
+}
+
+std::vector<std::vector<ScanRecipe>> progressiveScripts() {
+    return {
+        // Without successive approximation.
+        {{{0, 1, 2}, 0, 0, 0, 0}, {{0}, 1, 63, 0, 0}, {{1}, 1, 63, 0, 0}, {{2}, 1, 63, 0, 0}},
+        {{{0}, 0, 0, 0, 0},
+         {{0}, 1, 63, 0, 0},
+         {{1, 2}, 0, 0, 0, 0},
+         {{1}, 1, 5, 0, 0},
+         {{2}, 1, 63, 0, 0},
+         {{1}, 6, 63, 0, 0}},
+        // DC coefficients in two parts and refined component by component, one of them at the end.
+        {{{0, 2}, 0, 0, 0, 2},
+         {{1}, 0, 0, 0, 1},
+         {{0}, 1, 63, 0, 0},
+         {{0, 2}, 0, 0, 2, 1},
+         {{2}, 1, 63, 0, 1},
+         {{0}, 0, 0, 1, 0},
+         {{1}, 1, 63, 0, 1},
+         {{1}, 1, 63, 1, 0},
+         {{2}, 1, 63, 1, 0},
+         {{1, 2}, 0, 0, 1, 0}},
+        // Bands that are split, refined at different times and end before position 63.
+        {{{0, 1, 2}, 0, 0, 0, 3}, {{0}, 1, 2, 0, 3},   {{0}, 3, 9, 0, 2},       {{1}, 1, 63, 0, 4},
+         {{2}, 1, 1, 0, 0},       {{0}, 10, 62, 0, 1}, {{0}, 63, 63, 0, 0},     {{0}, 1, 2, 3, 2},
+         {{0}, 1, 9, 2, 1},       {{0}, 1, 62, 1, 0},  {{0, 1, 2}, 0, 0, 3, 2}, {{2}, 2, 63, 0, 2},
+         {{1}, 1, 63, 4, 3},      {{1}, 1, 63, 3, 2},  {{1}, 1, 63, 2, 1},      {{1}, 1, 63, 1, 0},
+         {{2}, 2, 63, 2, 1},      {{2}, 2, 63, 1, 0},  {{0, 1, 2}, 0, 0, 2, 1}, {{0, 1, 2}, 0, 0, 1, 0}},
+        // Every bit in a scan.
+        {{{0, 1, 2}, 0, 0, 0, 7},
+         {{0, 1, 2}, 0, 0, 7, 6},
+         {{0, 1, 2}, 0, 0, 6, 5},
+         {{0, 1, 2}, 0, 0, 5, 4},
+         {{0, 1, 2}, 0, 0, 4, 3},
+         {{0, 1, 2}, 0, 0, 3, 2},
+         {{0, 1, 2}, 0, 0, 2, 1},
+         {{0, 1, 2}, 0, 0, 1, 0},
+         {{0}, 1, 63, 0, 6},
+         {{0}, 1, 63, 6, 5},
+         {{0}, 1, 63, 5, 4},
+         {{0}, 1, 63, 4, 3},
+         {{0}, 1, 63, 3, 2},
+         {{0}, 1, 63, 2, 1},
+         {{0}, 1, 63, 1, 0},
+         {{1}, 1, 63, 0, 1},
+         {{1}, 1, 63, 1, 0},
+         {{2}, 1, 63, 0, 0}},
+    };
+}
+
+std::vector<JPEGRecipe> progressiveRecipesForOurDecoder() {
+    std::vector<JPEGRecipe> recipes;
+    for (JPEGRecipe recipe : recipesForOurDecoder()) {
+        recipe.isProgressive = true;
+        recipes.push_back(recipe);
+    }
+    for (const std::vector<ScanRecipe>& script : progressiveScripts())
+        for (const auto& sampling : {sampling444, sampling422, sampling420, sampling440, sampling410})
+            for (const unsigned interval : {0, 1, 5})
+                for (const Content content : {Content::photo, Content::noise, Content::flat})
+                    recipes.push_back({.width = 117 + interval,
+                                       .height = 75 + interval,
+                                       .sampling = sampling,
+                                       .quality = content == Content::noise ? 97 : 75,
+                                       .content = content,
+                                       .restartInterval = interval,
+                                       .isProgressive = true,
+                                       .script = script});
     return recipes;
 }
 

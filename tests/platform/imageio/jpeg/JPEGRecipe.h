@@ -24,6 +24,13 @@ inline constexpr SamplingFactors sampling444 = {{{{1, 1}, {1, 1}, {1, 1}}}},
 enum class Content { photo, noise, flat };
 enum class Codes { standard, optimised, longest };
 
+/// A scan of a progressive file.
+struct ScanRecipe {
+    std::vector<int> components; ///< 0 to 2
+    int first, last;             ///< coefficients, along the zigzag
+    int high, low;               ///< bits: the lowest one of earlier scans, and of this one
+};
+
 struct JPEGRecipe {
     unsigned width = 48, height = 32;
     bool isGrey = false;
@@ -34,6 +41,7 @@ struct JPEGRecipe {
     Codes codes = Codes::standard; ///< with `longest`, nearly all symbols have codes of 10 to 16 bits
     unsigned restartInterval = 0;  ///< in MCUs
     bool isProgressive = false;
+    std::vector<ScanRecipe> script; ///< of the scans of a progressive file, instead of the usual one
     int scans = 0; ///< if not 0, a progressive file with this many scans, 1 to 505; requires isGrey
     bool isStoredAsRGB = false;
 
@@ -43,8 +51,15 @@ struct JPEGRecipe {
 
 Bytes makeJPEG(const JPEGRecipe& recipe);
 
-/// Files that our own decoder supports: every sampling once, the usual samplings with every size from 1 to 40
-/// and a larger one, every quality, restart markers and all kinds of codes.
+/// Scripts of every kind for three components: without and with successive approximation, in few and in many
+/// scans, interleaved or not; some end with DC coefficients.
+std::vector<std::vector<ScanRecipe>> progressiveScripts();
+
+/// Baseline files that our own decoder supports: every sampling once, the usual samplings with every size
+/// from 1 to 40 and a larger one, every quality, restart markers and all kinds of codes.
 std::vector<JPEGRecipe> recipesForOurDecoder();
+
+/// Progressive files that our own decoder supports: the same with the usual script, and all scripts.
+std::vector<JPEGRecipe> progressiveRecipesForOurDecoder();
 
 } // namespace kestrine::testing

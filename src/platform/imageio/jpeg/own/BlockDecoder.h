@@ -5,6 +5,8 @@
 #include "platform/imageio/jpeg/own/HuffmanTables.h"
 #include "platform/imageio/jpeg/own/Reservoir.h"
 
+#include <algorithm>
+
 namespace kestrine::jpeg {
 
 /// Sixteen blocks whose coefficients are interleaved, so that one vector holds the same coefficient of all
@@ -25,6 +27,14 @@ inline constexpr std::array<std::uint16_t, 256> offsetAlongZigzag = [] {
     for (std::size_t k = 0; k < offsets.size(); ++k)
         offsets[k] = static_cast<std::uint16_t>((k < 64 ? naturalOrder[k] : 64) * lanesOfGroup);
     return offsets;
+}();
+
+/// By position along the zigzag: the largest row-major index of the coefficients up to that position.
+inline constexpr std::array<std::uint8_t, 64> placesUpTo = [] {
+    std::array<std::uint8_t, 64> places = naturalOrder;
+    for (std::size_t k = 1; k < places.size(); ++k)
+        places[k] = std::max(places[k], places[k - 1]);
+    return places;
 }();
 
 /// The result of settleBlock().
@@ -65,6 +75,25 @@ template <bool stores>
     return second;
 }
 
+/// Takes a DC difference and adds it to `predictor`. Returns false when no code begins like this. The
+/// reservoir must hold 9 bits; afterwards it holds at least 36.
+[[gnu::always_inline]] inline bool takeDifference(Reservoir& reservoir, const DCTable& table,
+                                                  int& predictor) {
+    const DCEntry dc = table.entries[reservoir.bits >> (64 - DCTable::indexBits)];
+    reservoir.refill();
+    if (dc.total() != 0) [[likely]] {
+        predictor += extraValue(reservoir.bits << dc.codeLength(), dc.extraShift());
+        reservoir.drop(dc.total());
+        return true;
+    }
+    const SlowDC slow = slowDC(reservoir, table);
+    if (!slow.difference)
+        return false;
+    reservoir = slow.reservoir;
+    predictor += *slow.difference;
+    return true;
+}
+
 /// Decodes one block into its lane and adds the DC difference to `predictor`. `block` points to the group's
 /// first coefficient plus the lane; the lane's AC coefficients must be 0. Returns the position of the last
 /// symbol along the zigzag, or -1 when the stream is damaged.
@@ -83,18 +112,8 @@ template <bool stores>
 template <bool stores>
 [[gnu::always_inline]] inline int decodeBlock(Reservoir& reservoir, const DCTable& dcTable,
                                               const ACTable& acTable, std::int16_t* block, int& predictor) {
-    const DCEntry dc = dcTable.entries[reservoir.bits >> (64 - DCTable::indexBits)];
-    reservoir.refill();
-    if (dc.total() != 0) [[likely]] {
-        predictor += extraValue(reservoir.bits << dc.codeLength(), dc.extraShift());
-        reservoir.drop(dc.total());
-    } else {
-        const SlowDC slow = slowDC(reservoir, dcTable);
-        if (!slow.difference)
-            return -1;
-        reservoir = slow.reservoir;
-        predictor += *slow.difference;
-    }
+    if (!takeDifference(reservoir, dcTable, predictor))
+        return -1;
     block[0] = static_cast<std::int16_t>(predictor);
 
     constexpr int indexShift = 64 - ACTable::indexBits;

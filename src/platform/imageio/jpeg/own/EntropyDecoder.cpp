@@ -2,21 +2,8 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 
 namespace kestrine::jpeg {
-
-namespace {
-
-/// By position along the zigzag: the largest row-major index of the coefficients up to that position.
-constexpr std::array<std::uint8_t, 64> placesUpTo = [] {
-    std::array<std::uint8_t, 64> places = naturalOrder;
-    std::partial_sum(places.begin(), places.end(), places.begin(),
-                     [](std::uint8_t a, std::uint8_t b) { return std::max(a, b); });
-    return places;
-}();
-
-} // namespace
 
 bool EntropyDecoder::start(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
                            const std::array<bool, 3>& wantsAC) {
@@ -26,8 +13,7 @@ bool EntropyDecoder::start(std::shared_ptr<const ByteReader> reader, const Frame
     reservoir_ = bytes_.firstBits();
     reservoir_.refill();
     predictors_ = {};
-    restartInterval_ = untilRestart_ = header.restartInterval;
-    nextRestart_ = 0;
+    restarts_ = RestartCounter(header.restartInterval);
     foundMeaninglessBits_ = false;
     return true;
 }
@@ -38,8 +24,9 @@ bool EntropyDecoder::planBlocks(const FrameHeader& header, const std::array<bool
     blocks_.clear();
     for (std::size_t c = 0; c < header.componentCount; ++c) {
         const Component& component = header.components[c];
-        const DCTable* const dcTable = dcTables_.assign(component.dcCode, *header.dcCodes[component.dcCode]);
-        const ACTable* const acTable = acTables_.assign(component.acCode, *header.acCodes[component.acCode]);
+        const std::size_t dcCode = header.scan.dcCodes[c], acCode = header.scan.acCodes[c];
+        const DCTable* const dcTable = dcTables_.assign(dcCode, *header.dcCodes[dcCode]);
+        const ACTable* const acTable = acTables_.assign(acCode, *header.acCodes[acCode]);
         if (dcTable == nullptr || acTable == nullptr)
             return false;
         for (int i = 0; i < component.blocks(); ++i)
@@ -51,13 +38,9 @@ bool EntropyDecoder::planBlocks(const FrameHeader& header, const std::array<bool
 bool EntropyDecoder::decodeGroup(int lanes) {
     clearGroups();
     for (int lane = 0; lane < lanes;) {
-        if (restartInterval_ != 0 && untilRestart_ == 0 && !passRestart())
+        if (restarts_.isDue() && !passRestart())
             return false;
-        int run = lanes - lane;
-        if (restartInterval_ != 0) {
-            run = static_cast<int>(std::min<std::uint32_t>(static_cast<std::uint32_t>(run), untilRestart_));
-            untilRestart_ -= static_cast<std::uint32_t>(run);
-        }
+        const auto run = static_cast<int>(restarts_.take(static_cast<std::uint32_t>(lanes - lane)));
         if (!decodeRun(lane, run))
             return false;
         lane += run;
@@ -77,11 +60,9 @@ void EntropyDecoder::clearGroups() {
 }
 
 bool EntropyDecoder::passRestart() {
-    if (!bytes_.passRestart(reservoir_, nextRestart_))
+    if (!bytes_.passRestart(reservoir_, restarts_.pass()))
         return false;
     reservoir_.refill();
-    nextRestart_ = (nextRestart_ + 1) % 8;
-    untilRestart_ = restartInterval_;
     predictors_ = {};
     return true;
 }

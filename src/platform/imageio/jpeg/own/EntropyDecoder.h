@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/imageio/jpeg/own/BlockDecoder.h"
+#include "platform/imageio/jpeg/own/RestartCounter.h"
 #include "platform/imageio/jpeg/own/ScanBytes.h"
 
 #include <utility>
@@ -75,9 +76,7 @@ private:
     std::vector<Block> blocks_;     ///< of an MCU
     std::array<int, 3> predictors_{};
     std::array<int, 3> lastNonZero_{};
-    std::uint32_t restartInterval_ = 0; ///< in MCUs, 0 for none
-    std::uint32_t untilRestart_ = 0;    ///< in MCUs
-    unsigned nextRestart_ = 0;
+    RestartCounter restarts_;
     bool foundMeaninglessBits_ = false;
 };
 

@@ -28,36 +28,17 @@ std::optional<HuffmanCode> codeFrom(const JHUFF_TBL* stored) {
     return code;
 }
 
-/// Whether the frame is grey or YCbCr, has 8 bits per sample, and is Huffman coded without progression.
-bool isUsualFrame(const jpeg_decompress_struct& info) {
-    return info.data_precision == BITS_IN_JSAMPLE && !info.progressive_mode && !info.arith_code
-           && (info.jpeg_color_space == JCS_GRAYSCALE || info.jpeg_color_space == JCS_YCbCr);
-}
+Failure refusal(const char* reason) { return {Reason::refused, std::string("own JPEG decoder: ") + reason}; }
 
-/// Whether the scan has all components in the order of the frame, and all coefficients.
-bool isUsualScan(const jpeg_decompress_struct& info) {
-    if (info.comps_in_scan != info.num_components)
-        return false;
-    for (int i = 0; i < info.num_components; ++i)
-        if (info.cur_comp_info[i] != info.comp_info + i)
-            return false;
-    return info.Ss == 0 && info.Se == DCTSIZE2 - 1 && info.Ah == 0 && info.Al == 0;
-}
-
-/// None when the sampling factors are unusual or a table does not exist.
-std::optional<Component> componentFrom(const jpeg_component_info& stored, const FrameHeader& header) {
-    const int quantisation = stored.quant_tbl_no, dcCode = stored.dc_tbl_no, acCode = stored.ac_tbl_no;
-    if (!isSamplingFactor(stored.h_samp_factor) || !isSamplingFactor(stored.v_samp_factor)
-        || !isTableNumber(quantisation) || !isTableNumber(dcCode) || !isTableNumber(acCode))
-        return std::nullopt;
-    const Component component{.horizontal = static_cast<std::uint8_t>(stored.h_samp_factor),
-                              .vertical = static_cast<std::uint8_t>(stored.v_samp_factor),
-                              .quantisation = static_cast<std::uint8_t>(quantisation),
-                              .dcCode = static_cast<std::uint8_t>(dcCode),
-                              .acCode = static_cast<std::uint8_t>(acCode)};
-    const bool hasTables = header.quantisation[component.quantisation] && header.dcCodes[component.dcCode]
-                           && header.acCodes[component.acCode];
-    return hasTables ? std::optional(component) : std::nullopt;
+/// Fails unless the frame is grey or YCbCr, has 8 bits per sample, and is Huffman coded.
+Result<void> checkFrame(const jpeg_decompress_struct& info) {
+    if (info.arith_code)
+        return refusal("arithmetic coding");
+    if (info.data_precision != BITS_IN_JSAMPLE)
+        return refusal("samples of other than 8 bits");
+    if (info.jpeg_color_space != JCS_GRAYSCALE && info.jpeg_color_space != JCS_YCbCr)
+        return refusal("colours other than grey and YCbCr");
+    return {};
 }
 
 void copyTables(const jpeg_decompress_struct& info, FrameHeader& header) {
@@ -66,6 +47,18 @@ void copyTables(const jpeg_decompress_struct& info, FrameHeader& header) {
         header.dcCodes[i] = codeFrom(info.dc_huff_tbl_ptrs[i]);
         header.acCodes[i] = codeFrom(info.ac_huff_tbl_ptrs[i]);
     }
+}
+
+/// None when the sampling factors are unusual or the table does not exist.
+std::optional<Component> componentFrom(const jpeg_component_info& stored, const FrameHeader& header) {
+    const int quantisation = stored.quant_tbl_no;
+    if (!isSamplingFactor(stored.h_samp_factor) || !isSamplingFactor(stored.v_samp_factor)
+        || !isTableNumber(quantisation) || !header.quantisation[static_cast<std::size_t>(quantisation)])
+        return std::nullopt;
+    return Component{.identifier = static_cast<std::uint8_t>(stored.component_id),
+                     .horizontal = static_cast<std::uint8_t>(stored.h_samp_factor),
+                     .vertical = static_cast<std::uint8_t>(stored.v_samp_factor),
+                     .quantisation = static_cast<std::uint8_t>(quantisation)};
 }
 
 /// Returns whether all components are supported.
@@ -81,6 +74,43 @@ bool copyComponents(const jpeg_decompress_struct& info, FrameHeader& header) {
     if (header.componentCount == 1)
         header.components[0].horizontal = header.components[0].vertical = 1;
     return header.blocksPerMCU() <= FrameHeader::maximumBlocks;
+}
+
+/// Returns whether the scan has its components in the order of the frame, and usual numbers of tables.
+bool copyScan(const jpeg_decompress_struct& info, ScanHeader& scan) {
+    scan.componentCount = static_cast<std::size_t>(info.comps_in_scan);
+    if (scan.componentCount > scan.components.size())
+        return false;
+    for (std::size_t i = 0; i < scan.componentCount; ++i) {
+        const jpeg_component_info& component = *info.cur_comp_info[i];
+        if (!isTableNumber(component.dc_tbl_no) || !isTableNumber(component.ac_tbl_no))
+            return false;
+        scan.components[i] = static_cast<std::uint8_t>(component.component_index);
+        scan.dcCodes[i] = static_cast<std::uint8_t>(component.dc_tbl_no);
+        scan.acCodes[i] = static_cast<std::uint8_t>(component.ac_tbl_no);
+        if (i > 0 && scan.components[i] <= scan.components[i - 1])
+            return false;
+    }
+    scan.first = info.Ss;
+    scan.last = info.Se;
+    scan.high = info.Ah;
+    scan.low = info.Al;
+    return true;
+}
+
+/// Whether the scan has all components and all coefficients, and the file has its codes.
+bool hasEverything(const FrameHeader& header) {
+    const ScanHeader& scan = header.scan;
+    for (std::size_t i = 0; i < scan.componentCount; ++i)
+        if (!header.dcCodes[scan.dcCodes[i]] || !header.acCodes[scan.acCodes[i]])
+            return false;
+    return scan.componentCount == header.componentCount && scan.first == 0 && scan.last == DCTSIZE2 - 1
+           && scan.high == 0 && scan.low == 0;
+}
+
+std::uint32_t quotientRoundedUp(std::uint64_t dividend, int divisor) {
+    const auto by = static_cast<std::uint64_t>(divisor);
+    return static_cast<std::uint32_t>((dividend + by - 1) / by);
 }
 
 } // namespace
@@ -106,17 +136,35 @@ int FrameHeader::blocksPerMCU() const {
     return blocks;
 }
 
-std::optional<FrameHeader> frameHeaderOf(const LibraryReader& file) {
+std::uint32_t FrameHeader::mcusAcross() const { return quotientRoundedUp(width, horizontalFactor() * 8); }
+
+std::uint32_t FrameHeader::mcusDown() const { return quotientRoundedUp(height, verticalFactor() * 8); }
+
+std::uint32_t FrameHeader::blocksAcross(const Component& component) const {
+    return quotientRoundedUp(std::uint64_t{width} * component.horizontal, horizontalFactor() * 8);
+}
+
+std::uint32_t FrameHeader::blocksDown(const Component& component) const {
+    return quotientRoundedUp(std::uint64_t{height} * component.vertical, verticalFactor() * 8);
+}
+
+Result<FrameHeader> frameHeaderOf(const LibraryReader& file) {
     const jpeg_decompress_struct& info = file.info;
-    if (!isUsualFrame(info) || !isUsualScan(info) || file.errors.damage[0] != '\0')
-        return std::nullopt;
+    TRY(checkFrame(info));
+    if (file.errors.damage[0] != '\0')
+        return refusal("the header is damaged");
     FrameHeader header;
     header.width = info.image_width;
     header.height = info.image_height;
     header.restartInterval = info.restart_interval;
+    header.isProgressive = info.progressive_mode != 0;
     header.scanOffset = file.position();
     copyTables(info, header);
-    return copyComponents(info, header) ? std::optional(header) : std::nullopt;
+    if (!copyComponents(info, header))
+        return refusal("the sampling factors or quantisers are unusual");
+    if (!copyScan(info, header.scan) || (!header.isProgressive && !hasEverything(header)))
+        return refusal("the first scan is unusual");
+    return header;
 }
 
 } // namespace kestrine::jpeg

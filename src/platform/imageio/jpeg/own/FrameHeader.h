@@ -1,5 +1,5 @@
-// FrameHeader: the content of a JPEG file before its scan, as far as our own decoder supports it.
-// Only what nearly all cameras write is accepted. libjpeg-turbo decodes all other files.
+// FrameHeader: the content of a JPEG file before its first scan, as far as our own decoder supports it.
+// Only what nearly all cameras and web sites write is accepted. libjpeg-turbo decodes all other files.
 #pragma once
 
 #include "platform/imageio/jpeg/LibraryReader.h"
@@ -28,14 +28,28 @@ struct HuffmanCode {
 };
 
 struct Component {
+    std::uint8_t identifier = 0;               ///< by which the headers of scans name it
     std::uint8_t horizontal = 1, vertical = 1; ///< sampling factors: 1, 2 or 4; blocks per MCU
     std::uint8_t quantisation = 0;             ///< number of its table, which exists
-    std::uint8_t dcCode = 0, acCode = 0;       ///< numbers of its codes, which exist
 
     int blocks() const { return horizontal * vertical; }
 };
 
-/// Either one grey component (with factors 1) or Y, Cb and Cr, all in one scan.
+/// The header of one scan.
+struct ScanHeader {
+    std::size_t componentCount = 0;
+    std::array<std::uint8_t, 3> components{};         ///< numbers in the frame, ascending
+    std::array<std::uint8_t, 3> dcCodes{}, acCodes{}; ///< numbers of their codes
+    int first = 0, last = 63;                         ///< of its coefficients, along the zigzag
+    int high = 0; ///< the lowest bit that earlier scans sent of these coefficients; 0 if none did
+    int low = 0;  ///< the lowest bit that this scan sends
+
+    std::span<const std::uint8_t> usedComponents() const {
+        return std::span(components).first(componentCount);
+    }
+};
+
+/// Either one grey component (with factors 1) or Y, Cb and Cr.
 struct FrameHeader {
     static constexpr std::size_t tables = 4;
     static constexpr int maximumBlocks = 10; ///< per MCU, a limit of the format
@@ -46,16 +60,23 @@ struct FrameHeader {
     std::array<std::optional<QuantisationTable>, tables> quantisation;
     std::array<std::optional<HuffmanCode>, tables> dcCodes, acCodes;
     std::uint32_t restartInterval = 0; ///< in MCUs; 0 when there are no restart markers
-    std::uint64_t scanOffset = 0;      ///< where in the file the entropy-coded bytes begin
+    bool isProgressive = false;        ///< otherwise one scan has everything
+    ScanHeader scan;                   ///< the first one
+    std::uint64_t scanOffset = 0;      ///< where in the file its entropy-coded bytes begin
 
     std::span<const Component> usedComponents() const { return std::span(components).first(componentCount); }
     int horizontalFactor() const; ///< the largest one of all components
     int verticalFactor() const;
-    int blocksPerMCU() const;
+    int blocksPerMCU() const;         ///< of a scan of all components
+    std::uint32_t mcusAcross() const; ///< the same
+    std::uint32_t mcusDown() const;   ///< the same
+    /// The blocks of a component that hold a part of the picture.
+    std::uint32_t blocksAcross(const Component& component) const;
+    std::uint32_t blocksDown(const Component& component) const;
 };
 
-/// The header of `file`, which must have been read. None when our own decoder does not support the file; the
-/// file may still be valid.
-std::optional<FrameHeader> frameHeaderOf(const LibraryReader& file);
+/// The header of `file`, which must have been read. Fails with reason "refused" when our own decoder does not
+/// support the file, which may still be valid.
+Result<FrameHeader> frameHeaderOf(const LibraryReader& file);
 
 } // namespace kestrine::jpeg

@@ -28,6 +28,15 @@ ACEntry entryOf(int codeLength, int symbol) {
     return {codeLength + step->size, codeLength, noExtraBits - step->size, step->width, 0, 0};
 }
 
+BandEntry bandEntryOf(int codeLength, int symbol, int largest) {
+    const int run = symbol >> 4, size = symbol & 15;
+    if (size == 0 && run < 15)
+        return {codeLength, run, BandEntry::endOfBlocks};
+    if (size > largest)
+        return {};
+    return {codeLength, size, run};
+}
+
 /// Sets the entries of every code of at most `indexBits` bits, which are those whose index begins with the
 /// code. All other entries become Entry().
 template <class Entry, std::size_t size, class Make>
@@ -118,6 +127,20 @@ bool ACTable::assign(const HuffmanCode& described) {
                         : first;
     }
     return true;
+}
+
+bool BandTable::assign(const HuffmanCode& described, int largest) {
+    largest_ = largest;
+    if (!code_.assign(described))
+        return false;
+    fillByCode(entries, indexBits, described,
+               [largest](int length, int symbol) { return bandEntryOf(length, symbol, largest); });
+    return true;
+}
+
+BandEntry BandTable::longEntry(std::uint64_t bits) const {
+    const CanonicalCode::Symbol symbol = code_.symbolOf(static_cast<unsigned>(bits >> 48));
+    return symbol.length == 0 ? BandEntry() : bandEntryOf(symbol.length, symbol.value, largest_);
 }
 
 } // namespace kestrine::jpeg

@@ -115,6 +115,55 @@ struct ACTable {
     std::array<ACEntry, 1 << indexBits> entries;
 };
 
+/// An entry of the table for one scan of AC coefficients of a progressive file, which is indexed by the next
+/// 10 bits. A symbol is a run of zeros and a coefficient, or a run of blocks that have ended. All fields are
+/// packed into one number: bits 0-7 how many bits the symbol takes, code and extra bits together; 8-15 length
+/// of the code; 16-23 noExtraBits - number of extra bits; 24-31 the step.
+///
+/// A step is the run of zeros, or `endOfBlocks` when blocks have ended; the extra bits then are the lower
+/// bits of their number. If the code is longer than the index, or no progressive picture has the symbol, the
+/// total is 0.
+class BandEntry {
+public:
+    static constexpr int endOfBlocks = 128;
+
+    constexpr BandEntry() = default;
+    constexpr BandEntry(int codeLength, int extraBits, int step)
+        : bits_(static_cast<std::uint32_t>(codeLength + extraBits)
+                | static_cast<std::uint32_t>(codeLength) << 8
+                | static_cast<std::uint32_t>(noExtraBits - extraBits) << 16
+                | static_cast<std::uint32_t>(step) << 24) {}
+
+    int total() const { return static_cast<std::uint8_t>(bits_); }
+    int codeLength() const { return static_cast<std::uint8_t>(bits_ >> 8); }
+    int extraShift() const { return static_cast<std::uint8_t>(bits_ >> 16); }
+    int extraBits() const { return noExtraBits - extraShift(); }
+    int step() const { return static_cast<int>(bits_ >> 24); }
+    bool isEndOfBlocks() const { return step() == endOfBlocks; }
+
+private:
+    std::uint32_t bits_ = 0;
+};
+
+struct BandTable {
+    static constexpr int indexBits = 10;
+    static constexpr int largestSize = 10;
+
+    /// Returns false when the code is invalid. Symbols with coefficients of more than `largest` bits have no
+    /// entries.
+    bool assign(const HuffmanCode& described, int largest);
+
+    /// For the symbol at the top of `bits`, of which 16 are used, when its entry has no total. The total is
+    /// still 0 if there is no symbol.
+    BandEntry longEntry(std::uint64_t bits) const;
+
+    std::array<BandEntry, 1 << indexBits> entries;
+
+private:
+    CanonicalCode code_;
+    int largest_ = 0;
+};
+
 /// The number that `size` extra bits stand for: from 2^(size-1) on the bits themselves, below that the bits
 /// minus (2^size - 1).
 constexpr int extended(unsigned extraBits, int size) {

@@ -1,9 +1,10 @@
-// PlaneDecoder: decodes a baseline JPEG into planes of samples as they are stored (grey, or Y, Cb and Cr),
+// PlaneDecoder: decodes a JPEG into planes of samples as they are stored (grey, or Y, Cb and Cr),
 // one band at a time. A band is a row of MCUs, so that its samples are still in the cache when they are used.
 #pragma once
 
 #include "platform/imageio/jpeg/own/EntropyDecoder.h"
 #include "platform/imageio/jpeg/own/PlaneGeometry.h"
+#include "platform/imageio/jpeg/own/ProgressiveDecoder.h"
 
 namespace kestrine::jpeg {
 
@@ -34,7 +35,7 @@ private:
 };
 
 /// Decodes the files that frameHeaderOf() accepts. Fails with reason "refused" where the scan is damaged or
-/// unusual; the bands decoded before equal those of libjpeg-turbo (BaselineRows.h explains why). Can be
+/// unusual; the bands decoded before equal those of libjpeg-turbo (OwnRows.h explains why). Can be
 /// started any number of times, for different files.
 class PlaneDecoder {
 public:
@@ -54,17 +55,22 @@ public:
     Result<void> decodeBand();
 
     /// Releases the file; keeps the memory for the next one.
-    void finish() { entropy_.finish(); }
+    void finish();
 
 private:
     void keepLastRows();
+    Result<void> decodeSequential();
+    Result<void> decodeProgressive();
     void transformGroup(std::uint32_t firstMCU);
+    bool decodeRow(std::size_t component, std::uint32_t row);
+    void transformStrip(std::size_t component, std::uint32_t row, std::uint32_t firstGroup);
 
     FrameHeader header_;
     int eighths_ = 8;
     std::uint32_t mcusAcross_ = 0, bands_ = 0, decodedBands_ = 0;
     std::array<Plane, 3> planes_;
     EntropyDecoder entropy_;
+    std::unique_ptr<ProgressiveDecoder> progressive_; ///< null unless the file is progressive
 };
 
 } // namespace kestrine::jpeg

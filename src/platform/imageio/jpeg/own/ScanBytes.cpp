@@ -18,7 +18,8 @@ std::size_t copyPlainBytes(const std::uint8_t* from, std::size_t count, std::uin
 
 } // namespace
 
-ScanBytes::ScanBytes() : raw_(capacity), window_(lead + capacity + padding) {}
+ScanBytes::ScanBytes(std::size_t capacity)
+    : capacity_(capacity), raw_(capacity), window_(lead + capacity + padding) {}
 
 void ScanBytes::start(std::shared_ptr<const ByteReader> reader, std::uint64_t offset) {
     reader_ = std::move(reader);
@@ -35,7 +36,7 @@ void ScanBytes::beginSegment() {
 
 /// Appends to the window until it is full or the segment ends.
 void ScanBytes::fillWindow() {
-    const std::uint8_t* const full = window_.data() + lead + capacity;
+    const std::uint8_t* const full = window_.data() + lead + capacity_;
     while (!isComplete_ && end_ != full) {
         if (!hasRaw())
             endSegment(endOfFile);
@@ -58,7 +59,7 @@ bool ScanBytes::hasRaw() {
 /// Appends bytes up to the next FF. Returns true if there is one; otherwise the window is full or the next
 /// piece of the file is needed.
 bool ScanBytes::copyUpToFF() {
-    const auto room = static_cast<std::size_t>(window_.data() + lead + capacity - end_);
+    const auto room = static_cast<std::size_t>(window_.data() + lead + capacity_ - end_);
     const std::size_t limit = std::min(room, rawCount_ - rawPosition_);
     const std::size_t copied = copyPlainBytes(raw_.data() + rawPosition_, limit, end_);
     rawPosition_ += copied;
@@ -99,13 +100,22 @@ bool ScanBytes::provide(Reservoir& reservoir) {
     return hasCovered(reservoir);
 }
 
+/// Whether less than a byte of the segment is left.
+bool ScanBytes::endsSegment(Reservoir& reservoir) {
+    return provide(reservoir) && isComplete_ && reservoir.bitsBefore(end_) < 8;
+}
+
 bool ScanBytes::passRestart(Reservoir& reservoir, unsigned number) {
-    if (!provide(reservoir) || !isComplete_ || reservoir.bitsBefore(end_) >= 8
-        || terminator_ != firstRestart + static_cast<int>(number))
+    if (!endsSegment(reservoir) || terminator_ != firstRestart + static_cast<int>(number))
         return false;
     beginSegment();
     reservoir = firstBits();
     return true;
+}
+
+bool ScanBytes::isAtEnd(Reservoir& reservoir) {
+    const auto isRestart = [this] { return terminator_ >= firstRestart && terminator_ < firstRestart + 8; };
+    return endsSegment(reservoir) && terminator_ > 0 && !isRestart();
 }
 
 } // namespace kestrine::jpeg

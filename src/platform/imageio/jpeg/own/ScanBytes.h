@@ -12,10 +12,14 @@ namespace kestrine::jpeg {
 
 class ScanBytes {
 public:
-    /// The largest MCU in bytes: 10 blocks of 64 symbols with 16 + 15 bits each.
+    /// The largest MCU in bytes: 10 blocks of 64 symbols with 16 + 15 bits each. The MCU of a progressive
+    /// scan of AC coefficients is one block of at most 63 symbols with 16 + 14 bits, and 63 bits that refine.
     static constexpr std::size_t longestMCU = 10 * 64 * 31 / 8;
 
-    ScanBytes();
+    static constexpr std::size_t usualCapacity = 64 * 1024;
+
+    /// `capacity` is the size of the window.
+    explicit ScanBytes(std::size_t capacity = usualCapacity);
 
     /// Goes to the first segment of the scan that begins at `offset`.
     void start(std::shared_ptr<const ByteReader> reader, std::uint64_t offset);
@@ -50,13 +54,17 @@ public:
     /// ends here, except for less than a byte of padding, and exactly this marker follows it.
     bool passRestart(Reservoir& reservoir, unsigned number);
 
+    /// Whether the current segment ends here, except for less than a byte of padding, and a marker other than
+    /// a restart marker follows it. The library reports bytes that it skips before a restart marker.
+    bool isAtEnd(Reservoir& reservoir);
+
 private:
     static constexpr std::size_t lead = 16; ///< bytes that a reservoir may look back
     /// Bytes that an MCU may read past the end of a damaged segment.
     static constexpr std::size_t padding = 4096;
     static_assert(padding > longestMCU + 16);
-    static constexpr std::size_t capacity = 64 * 1024;
 
+    bool endsSegment(Reservoir& reservoir);
     void beginSegment();
     void fillWindow();
     bool hasRaw();
@@ -67,7 +75,8 @@ private:
 
     std::shared_ptr<const ByteReader> reader_;
     std::uint64_t offset_ = 0;
-    Bytes raw_; ///< a piece of the file
+    std::size_t capacity_; ///< in bytes of the segment
+    Bytes raw_;            ///< a piece of the file
     std::size_t rawPosition_ = 0, rawCount_ = 0;
     Bytes window_; ///< `lead` bytes, then bytes of the segment, then padding
     std::uint8_t* end_ = nullptr;

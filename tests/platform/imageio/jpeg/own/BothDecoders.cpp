@@ -1,6 +1,6 @@
 #include "tests/platform/imageio/jpeg/own/BothDecoders.h"
 
-#include "platform/imageio/jpeg/own/BaselineRows.h"
+#include "platform/imageio/jpeg/own/OwnRows.h"
 #include "tests/support/Pictures.h"
 
 namespace kestrine::testing {
@@ -16,15 +16,12 @@ Result<PixelBuffer> decoded(const Bytes& file, DecoderChoice choice, int halving
 Result<jpeg::FrameHeader> ownHeader(std::shared_ptr<const ByteReader> reader) {
     jpeg::LibraryReader file(std::move(reader));
     TRY(file.readHeader());
-    const std::optional<jpeg::FrameHeader> header = jpeg::frameHeaderOf(file);
-    if (!header)
-        return Failure{Reason::refused, "our own decoder does not support the header"};
-    return *header;
+    return jpeg::frameHeaderOf(file);
 }
 
 Result<RowSourcePointer> ownRows(std::shared_ptr<const ByteReader> reader, int eighths) {
     const jpeg::FrameHeader header = TRY(ownHeader(reader));
-    return jpeg::openBaselineRows(std::move(reader), header, eighths);
+    return jpeg::openOwnRows(std::move(reader), header, eighths);
 }
 
 ::testing::AssertionResult sameWithBoth(const Bytes& file, int halvings) {
@@ -35,6 +32,28 @@ Result<RowSourcePointer> ownRows(std::shared_ptr<const ByteReader> reader, int e
     if (!ours)
         return ::testing::AssertionSuccess() << "both fail";
     return samePicture(*ours, *theirs);
+}
+
+namespace {
+
+/// The reported damage; empty if there is none or the file cannot be decoded.
+std::string damageWith(const Bytes& file, DecoderChoice choice, int halvings) {
+    const auto decoder = jpeg::openDecoder(readerOfBytes(file), choice);
+    const auto rows = decoder ? (*decoder)->rows(0, halvings) : Result<RowSourcePointer>(decoder.failure());
+    if (!rows || !readAllRows(**rows))
+        return "";
+    const std::optional<Failure> damage = (*decoder)->damage();
+    return damage ? damage->text : "";
+}
+
+} // namespace
+
+::testing::AssertionResult sameDamageWithBoth(const Bytes& file, int halvings) {
+    const std::string ours = damageWith(file, DecoderChoice::ownFirst, halvings);
+    const std::string theirs = damageWith(file, DecoderChoice::libraryOnly, halvings);
+    if (ours == theirs)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "ours: " << ours << ", the library's: " << theirs;
 }
 
 Outcome outcomeOf(const Bytes& file) {

@@ -22,6 +22,9 @@ Result<RowSourcePointer> ownRows(std::shared_ptr<const ByteReader> reader, int e
 /// Whether both choices give the same picture, or both fail.
 ::testing::AssertionResult sameWithBoth(const Bytes& file, int halvings = 0);
 
+/// Whether both choices report the same damage, or none.
+::testing::AssertionResult sameDamageWithBoth(const Bytes& file, int halvings = 0);
+
 /// The result of our own decoder alone: it refuses the header, fails at some row, or decodes the whole
 /// picture.
 enum class Outcome { refused, failed, decoded };

@@ -13,6 +13,8 @@ namespace kestrine::jpeg {
 
 using jpeg::ACEntry;
 using jpeg::ACTable;
+using jpeg::BandEntry;
+using jpeg::BandTable;
 using jpeg::HuffmanCode;
 
 namespace {
@@ -124,6 +126,35 @@ TEST(HuffmanTables, everyEntryHasTheSymbolsThatReadingBitByBitGives) {
         }
     }
     EXPECT_GT(pairs, 1000);
+}
+
+TEST(HuffmanTables, everyEntryForABandHasTheSymbolThatReadingBitByBitGives) {
+    std::mt19937_64 random(6);
+    std::mt19937 randomCodes(7);
+    auto table = std::make_unique<BandTable>();
+    for (int i = 0; i < 40; ++i) {
+        const HuffmanCode code = randomCode(randomCodes);
+        const int largest = 1 + i % BandTable::largestSize;
+        ASSERT_TRUE(table->assign(code, largest));
+        for (int repetition = 0; repetition < 4000; ++repetition) {
+            const std::uint64_t bits = random();
+            BitByBit reader(bits);
+            const std::optional<int> symbol = reader.symbol(code);
+            BandEntry entry = table->entries[bits >> (64 - BandTable::indexBits)];
+            if (entry.total() == 0)
+                entry = table->longEntry(bits);
+            const int run = symbol.value_or(0) >> 4, size = symbol.value_or(0) & 15;
+            const bool endsBlocks = size == 0 && run < 15;
+            if (!symbol || size > largest) {
+                ASSERT_EQ(entry.total(), 0);
+                continue;
+            }
+            ASSERT_EQ(entry.codeLength(), reader.taken());
+            ASSERT_EQ(entry.step(), endsBlocks ? BandEntry::endOfBlocks : run);
+            ASSERT_EQ(entry.extraBits(), endsBlocks ? run : size);
+            ASSERT_EQ(entry.total(), entry.codeLength() + entry.extraBits());
+        }
+    }
 }
 
 TEST(HuffmanTables, codesOfEveryLengthAreFoundAndACodeOfOnesIsNot) {

@@ -146,7 +146,6 @@ TEST(OwnDecoder, unusualHeadersAreLeftToTheLibrary) {
     const std::size_t frame = markerPosition(file, 0xC0), scan = markerPosition(file, 0xDA);
     const std::size_t quantisers = markerPosition(file, 0xDB), codes = markerPosition(file, 0xC4);
     const Bytes cases[] = {
-        makeJPEG({.isProgressive = true}),
         makeJPEG({.sampling = {{{{3, 1}, {1, 1}, {1, 1}}}}}),
         withByte(file, frame + 1, 0xC9),      // arithmetic coding
         withByte(file, frame + 4, 12),        // bits per sample

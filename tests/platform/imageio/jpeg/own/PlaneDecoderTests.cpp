@@ -65,4 +65,9 @@ TEST(PlaneDecoder, givesTheSamplesOfTheLibraryForEveryKindOfSupportedFile) {
         EXPECT_TRUE(equalsLibrary(recipe));
 }
 
+TEST(PlaneDecoder, givesTheSamplesOfTheLibraryForEveryKindOfSupportedProgressiveFile) {
+    for (const JPEGRecipe& recipe : testing::progressiveRecipesForOurDecoder())
+        EXPECT_TRUE(equalsLibrary(recipe));
+}
+
 } // namespace kestrine::jpeg

@@ -1,4 +1,4 @@
-#include "platform/imageio/jpeg/own/BaselineRows.h"
+#include "platform/imageio/jpeg/own/OwnRows.h"
 
 #include "platform/imageio/jpeg/kernels/YCbCrToRGB.h"
 #include "platform/imageio/jpeg/own/ComponentRows.h"
@@ -48,9 +48,9 @@ RowFormat formatOf(const PlaneDecoder& decoder) {
             decoder.planes().size() == 1 ? ColorModel::gray : ColorModel::rgb};
 }
 
-class BaselineRows final : public RowSource {
+class OwnRows final : public RowSource {
 public:
-    BaselineRows(BorrowedDecoder decoder, bool isSmoothing, std::shared_ptr<DamageRecord> damage)
+    OwnRows(BorrowedDecoder decoder, bool isSmoothing, std::shared_ptr<DamageRecord> damage)
         : RowSource(formatOf(*decoder)), decoder_(std::move(decoder)), damage_(std::move(damage)) {
         for (const Plane& plane : decoder_->planes()) {
             components_.emplace_back(plane.geometry(), isSmoothing);
@@ -103,12 +103,11 @@ private:
 
 } // namespace
 
-Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
-                                          int eighths, std::shared_ptr<DamageRecord> damage) {
+Result<RowSourcePointer> openOwnRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
+                                     int eighths, std::shared_ptr<DamageRecord> damage) {
     BorrowedDecoder decoder = borrowDecoder();
     TRY(decoder->start(std::move(reader), header, eighths));
-    return RowSourcePointer(
-        std::make_unique<BaselineRows>(std::move(decoder), eighths > 1, std::move(damage)));
+    return RowSourcePointer(std::make_unique<OwnRows>(std::move(decoder), eighths > 1, std::move(damage)));
 }
 
 } // namespace kestrine::jpeg

@@ -1,4 +1,4 @@
-#include "platform/imageio/jpeg/own/BaselineRows.h"
+#include "platform/imageio/jpeg/own/OwnRows.h"
 
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/imageio/jpeg/Decoder.h"
@@ -68,14 +68,15 @@ bool readsWithOurDecoder(const Bytes& file, DecoderChoice choice) {
 
 } // namespace
 
-TEST(BaselineRows, areReadFirstUnlessOnlyTheLibraryMayDecode) {
+TEST(OwnRows, areReadFirstUnlessOnlyTheLibraryMayDecode) {
     const Bytes baseline = makeJPEG({}), progressive = makeJPEG({.isProgressive = true});
     EXPECT_TRUE(readsWithOurDecoder(baseline, DecoderChoice::ownFirst));
-    EXPECT_FALSE(readsWithOurDecoder(progressive, DecoderChoice::ownFirst));
+    EXPECT_TRUE(readsWithOurDecoder(progressive, DecoderChoice::ownFirst));
     EXPECT_FALSE(readsWithOurDecoder(baseline, DecoderChoice::libraryOnly));
+    EXPECT_FALSE(readsWithOurDecoder(progressive, DecoderChoice::libraryOnly));
 }
 
-TEST(BaselineRows, areReadWithoutTheHeaderEachTime) {
+TEST(OwnRows, areReadWithoutTheHeaderEachTime) {
     const Bytes file = makeJPEG({});
     const auto reader = std::make_shared<RecordingReader>(file);
     const auto decoder = *openDecoder(reader, DecoderChoice::ownFirst);
@@ -85,13 +86,13 @@ TEST(BaselineRows, areReadWithoutTheHeaderEachTime) {
     EXPECT_EQ(*reader->offsets.begin(), testing::scanPosition(file));
 }
 
-TEST(BaselineRows, releaseTheFileWhenTheyAreDestroyed) {
+TEST(OwnRows, releaseTheFileWhenTheyAreDestroyed) {
     const auto reader = readerOfBytes(makeJPEG({}));
     EXPECT_TRUE(all(ownRows(reader, 8)).ok());
     EXPECT_EQ(reader.use_count(), 1);
 }
 
-TEST(BaselineRows, areTheSameOnManyThreadsAtOnce) {
+TEST(OwnRows, areTheSameOnManyThreadsAtOnce) {
     const Bytes file = makeJPEG({.width = 300, .height = 200});
     const PixelBuffer expected = *all(ownRows(readerOfBytes(file), 8));
     std::vector<std::future<bool>> threads;
@@ -108,8 +109,13 @@ TEST(BaselineRows, areTheSameOnManyThreadsAtOnce) {
         EXPECT_TRUE(thread.get());
 }
 
-TEST(BaselineRows, equalTheLibrarysForEveryKindOfSupportedFile) {
+TEST(OwnRows, equalTheLibrarysForEveryKindOfSupportedFile) {
     for (const JPEGRecipe& recipe : testing::recipesForOurDecoder())
+        EXPECT_TRUE(equalsLibrary(recipe));
+}
+
+TEST(OwnRows, equalTheLibrarysForEveryKindOfSupportedProgressiveFile) {
+    for (const JPEGRecipe& recipe : testing::progressiveRecipesForOurDecoder())
         EXPECT_TRUE(equalsLibrary(recipe));
 }
 

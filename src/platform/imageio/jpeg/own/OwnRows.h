@@ -1,5 +1,5 @@
-// BaselineRows: the rows of a baseline JPEG from our own decoder, grey or RGB. Every sample equals that of
-// libjpeg-turbo with its default smoothing of chroma.
+// OwnRows: the rows of a baseline or progressive JPEG from our own decoder, grey or RGB. Every sample equals
+// that of libjpeg-turbo with its default smoothing of chroma.
 #pragma once
 
 #include "platform/coregraphics/RowSource.h"
@@ -26,9 +26,16 @@ namespace kestrine::jpeg {
 ///  4. All earlier segments ended at the same byte for both, with the expected marker after less than a byte
 ///     of padding. So the library was neither out of step nor out of data; it keeps no other state that
 ///     damage can change.
-///  5. A row is delivered only after all MCUs of its band were decoded completely, and also those of the next
+///  5. Claims 1 to 4 hold for each scan of a progressive file. Both decoders see the same scans with the same
+///     tables, because nothing that the library could take for another scan, table or end is accepted between
+///     them (ScanList.h); even after damage in one scan it begins the next one at the same marker. All bits
+///     of all coefficients are sent, so it does not smooth blocks. What a scan does to a block depends only
+///     on its earlier blocks and on this block in earlier scans. So a failure in one scan, whose MCUs are
+///     behind in the file, changes no block above in any scan.
+///  6. A row is delivered only after all MCUs of its band were decoded completely in all scans, and also
+///  those of the next
 ///     band if chroma is smoothed across the border. No later MCU contributes to the row.
-Result<RowSourcePointer> openBaselineRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
-                                          int eighths, std::shared_ptr<DamageRecord> damage = nullptr);
+Result<RowSourcePointer> openOwnRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
+                                     int eighths, std::shared_ptr<DamageRecord> damage = nullptr);
 
 } // namespace kestrine::jpeg
