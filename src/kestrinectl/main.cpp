@@ -11,6 +11,9 @@
 #include "kestrinectl/inspect/ExifCommand.h"
 #include "kestrinectl/inspect/ExplainCommand.h"
 #include "kestrinectl/sets/SetsCommand.h"
+#include "kestrinectl/shards/MergeCommand.h"
+#include "kestrinectl/shards/PlanCommand.h"
+#include "kestrinectl/shards/RunCommand.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/Words.h"
 #include "kestrinectl/undo/UndoCommand.h"
@@ -37,6 +40,9 @@ int run(int count, char** values) {
     kestrine::addSetsCommand(program);
     kestrine::addPreviewCommand(program);
     kestrine::addConvertCommand(program);
+    kestrine::addPlanCommand(program);
+    kestrine::addRunCommand(program);
+    kestrine::addMergeCommand(program);
     kestrine::addCompareCommand(program);
     kestrine::addUndoCommand(program);
     kestrine::addHistoryCommand(program);

@@ -51,7 +51,9 @@ class JobRun {
 public:
     explicit JobRun(const ResizeJob& job) : job_(job) {}
 
-    JobOutcome apply(const ConversionRecipe& recipe) {
+    /// `position` is that of the recipe in the job.
+    JobOutcome apply(std::size_t position) {
+        const ConversionRecipe& recipe = job_.recipes[position];
         JobOutcome outcome;
         PlannedResult plan{.format = namedFormat(recipe.format)};
         const std::shared_ptr<const NSData> data = convert(recipe, plan, outcome);
@@ -63,6 +65,11 @@ public:
             return outcome;
         }
         const bool isWithheld = job_.policy.onlyWithResult && outcome.failure.has_value();
+        if (!job_.fixedPaths.empty()) {
+            if (!isWithheld)
+                writeTo(job_.fixedPaths[position], data.get(), recipe.times, outcome);
+            return outcome;
+        }
         const OptionalString folder = outputFolder(recipe);
         if (!folder && !outcome.failure)
             outcome.failure = Failure{Reason::notFound, "there is no folder for the result"};
@@ -296,6 +303,45 @@ private:
             outcome.failure = folderFailure.value_or(written.failure());
     }
 
+    /// Whether the file at `path` has this content already.
+    static bool isThere(const std::string& path, const ContentDigest& content) {
+        const Result<ContentDigest> there = digestOfFile(path);
+        return there && *there == content;
+    }
+
+    /// Publishes a result at a fixed path. Returns whether it was there already.
+    Result<bool> publishAt(const std::string& path, const NSData& data, IntendedResult& intended) const {
+        const std::optional<Failure> folderFailure =
+            makeFolders(NSString::fromUTF8(path).deletingLastPathComponent());
+        TRY(recordName(intended, path));
+        const Result<std::string> published =
+            publishNewFile([&](unsigned) { return path; }, data.bytes(), Durability::cached);
+        if (published)
+            return false;
+        if (published.failure().reason != Reason::alreadyExists)
+            return folderFailure.value_or(published.failure());
+        if (isThere(path, digestOf(data.bytes())))
+            return true;
+        return Failure{Reason::alreadyExists, path + " is there already with other content, and stays"};
+    }
+
+    void writeTo(const NSString& path, const NSData* data, TimesRule times, JobOutcome& outcome) const {
+        outcome.path = path;
+        if (path.isEmpty())
+            outcome.failure = Failure{Reason::notFound, "there is no name for the result"};
+        if (data == nullptr || path.isEmpty())
+            return;
+        const std::optional<FileTime> time = timeOfResult(times, file_);
+        IntendedResult intended = intendedResult(data, path);
+        const Result<bool> published = publishAt(path.utf8(), *data, intended);
+        outcome.isWritten = published.ok();
+        outcome.wasThere = published.ok() && *published;
+        if (!published)
+            outcome.failure = published.failure();
+        else if (time)
+            (void)setModificationTime(path.utf8(), *time); // not every file system stores it
+    }
+
     /// A slot whose load failed stays empty and is tried again for the next recipe that needs it.
     std::shared_ptr<NSImage> imageFor(const ConversionRecipe& recipe) {
         const bool converts = recipe.convertsResolution;
@@ -348,8 +394,8 @@ private:
 std::vector<JobOutcome> runJob(const ResizeJob& job) {
     JobRun run(job);
     std::vector<JobOutcome> outcomes;
-    for (const ConversionRecipe& recipe : job.recipes)
-        outcomes.push_back(run.apply(recipe));
+    for (std::size_t i = 0; i < job.recipes.size(); ++i)
+        outcomes.push_back(run.apply(i));
     return outcomes;
 }
 

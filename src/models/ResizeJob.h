@@ -38,6 +38,10 @@ struct ResizeJob {
     std::shared_ptr<const ByteReader> content; ///< null: that of the file at `path`
     ChangeRecorder* recorder = nullptr;        ///< may be null; must outlive the run of the job
     std::vector<EarlierResult> earlier;        ///< each is replaced by a result that wants the same name
+    /// Where the results go, in the order of the recipes, whose places do not count then; "" for a result
+    /// that is not to be made. Empty: the recipes say it. A file that is there already is never replaced: it
+    /// counts as the result if its content is the same, and else there is no result.
+    std::vector<NSString> fixedPaths;
 
     /// Whether the result replaces the original: there is one recipe only, and it is a replacing one.
     bool replacesFile() const { return recipes.size() == 1 && recipes.front().place.replaces; }
@@ -50,6 +54,7 @@ enum class Refusal : std::uint8_t { none, damaged, holdsMore };
 struct JobOutcome {
     NSString path; ///< of the output, written or not; "" when there was no folder for it
     bool isWritten = false;
+    bool wasThere = false;    ///< `isWritten`, by an earlier run: a fixed path had the same content already
     bool isRepeated = false;  ///< nothing was made, since an earlier recipe of the job gave the same result
     bool fitsAlready = false; ///< the file was not converted, since it is as the result should be
     std::shared_ptr<const NSData> data;   ///< of a result that is returned and not written; else nil

@@ -1,4 +1,7 @@
 """Drives a headless Chromium through chromedriver, by the WebDriver protocol of the W3C."""
+import base64
+import contextlib
+import io
 import json
 import os
 import re
@@ -6,6 +9,9 @@ import shutil
 import subprocess
 import tempfile
 import urllib.request
+from pathlib import Path
+
+from PIL import Image
 
 OPENER = urllib.request.build_opener(urllib.request.ProxyHandler({})) # the driver runs on this machine
 ELEMENT = "element-6066-11e4-a52e-4f735466cecf" # the key that the protocol gives to elements
@@ -14,13 +20,31 @@ ELEMENT = "element-6066-11e4-a52e-4f735466cecf" # the key that the protocol give
 class Chromium:
     """A browser with a profile of its own. All methods raise an error if the browser refuses."""
 
-    def __init__(self):
-        self.profile = tempfile.mkdtemp(prefix="kestrine-chromium-")
+    def __init__(self, driver="chromedriver"):
+        with contextlib.ExitStack() as undo:
+            self.profile = tempfile.mkdtemp(prefix="kestrine-chromium-")
+            undo.callback(shutil.rmtree, self.profile, ignore_errors=True)
+            self.start_driver(driver, undo)
+            self.start_browser()
+            undo.callback(self.ask_to_end)
+            self.undo = undo.pop_all()
+
+    def start_driver(self, driver, undo):
         environment = {**os.environ, "HOME": self.profile}
-        self.driver = subprocess.Popen(["chromedriver", "--port=0"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
-                                       env=environment)
-        port = next(match[1] for line in self.driver.stdout if (match := re.search(r"successfully on port (\d+)", line)))
-        self.session = f"http://127.0.0.1:{port}/session"
+        errors = Path(self.profile, "errors") # a file, because nobody reads a pipe while the browser runs
+        with errors.open("w") as stream:
+            process = subprocess.Popen([driver, "--port=0"], stdout=subprocess.PIPE, stderr=stream, text=True, env=environment)
+        undo.enter_context(process) # which waits for its end
+        undo.callback(process.terminate)
+        printed = ""
+        for line in process.stdout:
+            if match := re.search(r"successfully on port (\d+)", line):
+                self.session = f"http://127.0.0.1:{match[1]}/session"
+                return
+            printed += line
+        raise RuntimeError(f"{driver} printed no port, but {printed + errors.read_text()!r}")
+
+    def start_browser(self):
         # The pages are our own, and Chromium's sandbox refuses to run as root.
         arguments = ["--headless", "--no-sandbox", "--disable-gpu", "--window-size=1200,900", f"--user-data-dir={self.profile}/data"]
         wanted = {"goog:chromeOptions": {"args": arguments}, "goog:loggingPrefs": {"performance": "ALL", "browser": "ALL"}}
@@ -32,14 +56,11 @@ class Chromium:
         with OPENER.open(request, timeout=120) as answer:
             return json.load(answer)["value"]
 
+    def ask_to_end(self):
+        OPENER.open(urllib.request.Request(self.session, method="DELETE"), timeout=60).close()
+
     def close(self):
-        try:
-            OPENER.open(urllib.request.Request(self.session, method="DELETE"), timeout=60).close()
-        finally:
-            self.driver.terminate()
-            self.driver.wait()
-            self.driver.stdout.close()
-            shutil.rmtree(self.profile, ignore_errors=True)
+        self.undo.close()
 
     def open(self, path):
         self.ask("/url", {"url": path.as_uri()})
@@ -79,6 +100,11 @@ class Chromium:
             return {"type": "pointerMove", "origin": {ELEMENT: element}, "x": place[0], "y": place[1], "duration": 0}
         steps = [move(start), {"type": "pointerDown", "button": 0}, move(end), {"type": "pointerUp", "button": 0}]
         self.ask("/actions", {"actions": [{"type": "pointer", "id": "mouse", "actions": steps}]})
+
+    def picture_of(self, element):
+        """The pixels of an element as the screen shows them."""
+        shot = base64.b64decode(self.ask(f"/element/{element}/screenshot"))
+        return Image.open(io.BytesIO(shot)).convert("RGB")
 
     def emulate(self, command, **parameters):
         return self.ask("/goog/cdp/execute", {"cmd": "Emulation." + command, "params": parameters})

@@ -1,7 +1,10 @@
 """The pages of `kestrinectl compare` in a real browser."""
 import base64
+import io
 import os
+import socket
 import sys
+import urllib.error
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parent.parent / "endtoend"))
@@ -56,13 +59,38 @@ class Pages(ToolTest):
         self.browser.run(f"document.querySelector(arguments[0]).focus()", selector)
 
 
+class Start(ToolTest):
+    """A browser that cannot start leaves nothing."""
+
+    def start_with(self, *lines):
+        """Starts a driver that prints these lines. Returns the error."""
+        driver = self.home / "driver"
+        driver.write_text(f"#!/bin/sh\nprintf '%s\\n' $$ \"$HOME\" >'{self.home}/started'\n" + "\n".join(lines) + "\n")
+        driver.chmod(0o755)
+        with self.assertRaises(Exception) as raised:
+            Chromium(driver)
+        process, profile = (self.home / "started").read_text().splitlines()
+        self.assertFalse(Path("/proc", process).exists() or Path(profile).exists())
+        return raised.exception
+
+    def test_a_driver_without_a_port_is_named_with_what_it_printed(self):
+        self.assertEqual(str(self.start_with("echo no libraries >&2")),
+                         f"{self.home / 'driver'} printed no port, but 'no libraries\\n'")
+
+    def test_a_driver_that_cannot_start_the_browser_is_ended(self):
+        with socket.socket() as closed:
+            closed.bind(("127.0.0.1", 0))
+            error = self.start_with(f"echo started successfully on port {closed.getsockname()[1]}", "exec sleep 60")
+        self.assertIsInstance(error, urllib.error.URLError)
+
+
 class Content(Pages):
     def test_every_picture_is_decoded(self):
-        self.picture_formats = ["jpeg", "png", "gif", "webp", "avif", "tiff", "jxl"]
+        formats = ["jpeg", "png", "gif", "webp", "avif", "tiff", "jxl"]
         (self.folder / "a.jpg").write_bytes(jpeg(photo(300, 200)))
-        self.open("--format", ",".join(self.picture_formats), "a.jpg")
+        self.open("--format", ",".join(formats), "a.jpg")
         sizes = self.browser.run("return [...document.images].map((picture) => [picture.naturalWidth, picture.naturalHeight])")
-        self.assertEqual(sizes, [[300, 200]] * (2 + 1 + len(self.picture_formats)))
+        self.assertEqual(sizes, [[300, 200]] * (2 + 1 + len(formats)))
 
     def test_nothing_is_loaded_and_nothing_violates_the_policy(self):
         self.open_usual()
@@ -106,9 +134,14 @@ class Slider(Pages):
     def test_the_right_picture_does_not_shine_through_a_transparent_left_one(self):
         samples = numpy.zeros((60, 80, 4), numpy.uint8)
         Image.fromarray(samples).save(self.folder / "clear.png")
-        self.open("--format", "png,jpeg", "--background", "red", "clear.png")
-        self.assertEqual(self.browser.run("return getComputedStyle(document.querySelector('.frame .left')).backgroundColor"),
-                         "rgb(255, 255, 255)")
+        self.open("--format", "png", "clear.png")
+        red = io.BytesIO()
+        Image.new("RGB", (80, 60), "red").save(red, "PNG")
+        self.browser.run("document.querySelector('.frame .right').src = 'data:image/png;base64,' + arguments[0]",
+                         base64.b64encode(red.getvalue()).decode())
+        self.browser.wait_until("document.querySelector('.frame .right').complete")
+        shown = self.browser.picture_of(self.browser.find(".frame"))
+        self.assertEqual([shown.getpixel((x, 30)) for x in (20, 60)], [(255, 255, 255), (255, 0, 0)])
 
     def test_it_shows_the_chosen_pictures(self):
         self.open_usual()

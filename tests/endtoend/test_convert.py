@@ -37,6 +37,24 @@ class Convert(ToolTest):
     def web(self, **fields):
         self.store({"name": "Web", "resizeType": 2, "maxSize": 30.0, "formatType": JPEG, **fields}, selection=[(0, 1)])
 
+    def test_names_that_compete_do_not_depend_on_the_number_of_jobs(self):
+        stems = ("a", "a_1", "a_1_1", "a_2", "a_3", "b", "b_1", "c")
+        for number, stem in enumerate(stems * 8):
+            path = self.folder / f"in/{number % 9}/{number % 4}/{stem}.{('png', 'bmp')[number % 2]}"
+            path.parent.mkdir(parents=True, exist_ok=True)
+            pictures.image(pictures.photo(20 + number * 7 % 60, 20, seed=number)).save(path)
+        (self.folder / "in/3/cut.png").write_bytes((self.folder / "in/0/0/a.png").read_bytes()[:60])
+        outputs = []
+        for jobs in ("1", "2", "7"):
+            out = self.folder / f"out{jobs}"
+            out.mkdir()
+            (out / "a.jpg").touch()
+            self.kestrinectl("convert", "--percent", "90", "--format", "jpeg", "--name", "{stem}.{ext}", "--out", out, "-j", jobs, "-r", "in")
+            outputs.append({path.name: path.read_bytes() for path in out.iterdir()})
+        self.assertGreater(len(outputs[0]), 50)
+        self.assertEqual(outputs[1], outputs[0])
+        self.assertEqual(outputs[2], outputs[0])
+
     def test_any_number_of_jobs_gives_the_same_results_as_kestrine(self):
         self.web()
         files = []

@@ -134,7 +134,7 @@ class Installing(DesktopTest):
         self.assertEqual(set(self.files()) - before, {self.preferences, self.uca})
         self.assertEqual(thunar(self.uca), [])
         self.assertFalse(self.scripts.exists())
-        self.assertIn("no actions are installed", self.desktop("remove")[1])
+        self.assertEqual(self.desktop("remove"), ("no actions are installed\n", ""))
 
     def test_status_says_what_is_found_and_installed(self):
         self.sets("Web")
@@ -184,9 +184,9 @@ class Editing(DesktopTest):
             _, err = self.desktop("install", status=1)
             self.assertIn("was edited and stays; --overwrite replaces it", err)
             _, err = self.desktop("remove", status=1)
-            self.assertIn("was edited and stays", err)
+            self.assertIn("was edited and stays; --overwrite removes it", err)
             self.assertEqual(path.read_text(), edited)
-            self.assertIn("1 edited", self.desktop("status")[0])
+            self.assertIn("1 edited, out of date", self.desktop("status")[0])
             self.desktop("install", "--all", "--overwrite")
             self.assertEqual(path.read_text(), content)
 
@@ -199,6 +199,21 @@ class Editing(DesktopTest):
         self.assertFalse(self.scripts.exists())
         self.assertEqual(thunar(self.uca), [])
 
+    def test_edited_actions_of_sets_that_are_gone_are_counted(self):
+        self.sets("Web", "Mail")
+        self.desktop("install", "--all")
+        for path in (self.scripts / "Web", self.uca):
+            path.write_text(path.read_text().replace("desktop run --set-word Web", "desktop  run --set-word Web"))
+        self.sets("Mail")
+        out, err = self.desktop("install", status=1)
+        self.assertEqual(err.count("was edited and stays; --overwrite removes it"), 2)
+        for place in (f"Nautilus: 2 actions in {self.scripts}", f"Caja: 1 action in {self.caja_scripts}",
+                      f"Thunar: 2 actions in {self.uca}"):
+            self.assertIn(place + "\n", out)
+        out, _ = self.desktop("remove", status=1)
+        self.assertIn("Nautilus: 1 action removed\n", out)
+        self.assertEqual(self.names(self.scripts), [b"Web"])
+
     def test_files_of_others_stay(self):
         self.sets("Web", "Mail")
         others = [self.scripts / "Own", self.menus / "own.desktop", self.nemo_actions / "own.nemo_action",
@@ -206,8 +221,11 @@ class Editing(DesktopTest):
         for path in others:
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text("#!/bin/sh\n# mine\n")
-        _, err = self.desktop("install", "--all", status=1)
+        out, err = self.desktop("install", "--all", status=1)
+        self.assertIn(f"Nautilus: 1 action in {self.scripts}\n", out)
         self.assertIn(f"Nautilus: {self.scripts / 'Web'} is not an action of kestrinectl; move it away", err)
+        self.assertIn(f"Nautilus: not found, 1 action in {self.scripts}, 1 prevented by files of others, incomplete\n",
+                      self.desktop("status")[0])
         self.assertTrue((self.scripts / "Mail").exists())
         self.desktop("remove", "--overwrite")
         for path in others:
@@ -264,13 +282,14 @@ class Names(DesktopTest):
                     self.assertNotIn("%", script.name)
                     self.check(script.name.replace("\uff05", "%"), [script, "one", "two"], **variables)
 
-    def test_the_validator_for_desktop_entries_finds_nothing(self):
+    def test_the_validator_for_desktop_entries_finds_nothing_else(self):
         self.desktop("install", "--all")
         for path in self.menus.iterdir():
             done = subprocess.run(["desktop-file-validate", "--no-hints", path], capture_output=True, text=True)
             # KIO demands these keys and this type, which the standard keeps for KDE.
-            unexpected = [line for line in done.stdout.splitlines() if 'but the type is "Service"' not in line]
-            self.assertEqual(unexpected, [])
+            expected = {f'{path}: error: key "{key}" is present in group "Desktop Entry", but the type is "Service" while '
+                        'this key is only valid for type "Application"' for key in ("Actions", "MimeType")}
+            self.assertEqual((done.returncode, done.stderr, set(done.stdout.splitlines())), (1, "", expected))
 
     def test_a_program_in_a_folder_with_a_strange_name_is_found(self):
         program = self.home / "a 'b' \"$(c)\" \\ä & <d>/kestrinectl"
@@ -360,7 +379,7 @@ class Thunar(DesktopTest):
         self.sets("W&b")
         self.desktop("install", "--all")
         # Thunar changes the order, spaces and quotation marks, and adds empty elements.
-        lines = self.uca.read_text().replace("&apos;", "'").splitlines()
+        lines = self.uca.read_text().replace("&#39;", "'").splitlines()
         fields = sorted(line for line in lines if line.startswith("\t<"))
         self.write("\n".join(['<?xml version="1.0" encoding="UTF-8"?>', "<actions>", "<action>", "\t<range></range>",
                               *reversed(fields), "</action>", "</actions>", ""]))
@@ -474,7 +493,7 @@ class Running(DesktopTest):
         (self.folder / name).write_bytes(b"no picture")
         (self.folder / os.fsdecode(b"\xff.jpg")).write_bytes(b"no picture")
         with NotificationDesktop() as desktop:
-            for file, shown in ((name, "&lt;b&gt;&amp;amp; \\n &apos;x&apos; &quot;y&quot; ä.jpg"),
+            for file, shown in ((name, "&lt;b&gt;&amp;amp; \\n &#39;x&#39; &quot;y&quot; ä.jpg"),
                                 (os.fsdecode(b"\xff.jpg"), "\\xff.jpg")):
                 done = self.start([self.script], DBUS_SESSION_BUS_ADDRESS=desktop.address,
                                   **self.selection_of([self.folder / file]))

@@ -1,10 +1,11 @@
 """Decoders run in a process without rights: a hostile file costs itself and nothing else."""
 import os
+import re
 import shutil
 import subprocess
 import unittest
 
-from pictures import jpeg, photo
+from pictures import image, jpeg, photo
 from tools import JPEG, ToolTest, is_sanitized, main, messages_of
 
 OTHERS = ["a.jpg", "c.jpg", "d.jpg", "e.jpg"]
@@ -130,6 +131,31 @@ class NoPicture(Isolation):
         for arguments in [["-l"], [], ["words.txt"], ["missing.jpg"]]:
             self.assertEqual(self.processes_started_by(*arguments), [], arguments)
         self.assertNotEqual(self.processes_started_by("a.jpg"), [])
+
+
+@unittest.skipIf(is_sanitized(), "sanitizers are libraries themselves")
+@unittest.skipUnless(can_trace(), "this system permits no tracing of programs")
+class Libraries(Isolation):
+    """Libraries cost time at every start, so that most are opened only when a file asks for them."""
+
+    ALWAYS = {"libc.so.6", "libm.so.6", "libjpeg.so.62", "libplist-2.0.so.3"}
+    PICTURES = {"liblcms2.so.2", "libpng16.so.16", "libz.so.1"}
+
+    def opened_by(self, *arguments):
+        trace = self.home / "trace"
+        self.run_tool("-f", "-e", "trace=openat", "-o", trace, self.program("kestrine"), *arguments, program="/usr/bin/strace")
+        return set(re.findall(r'"[^"]*/(lib[^/"]+\.so[.\d]*)".*= \d', trace.read_text()))
+
+    def test_a_list_of_presets_needs_no_library_for_pictures(self):
+        self.assertEqual(self.opened_by("-l"), self.ALWAYS)
+
+    def test_a_jpeg_needs_no_library_of_other_formats(self):
+        self.assertEqual(self.opened_by("a.jpg"), self.ALWAYS | self.PICTURES)
+        self.assertEqual(self.results(), ["a.jpg"])
+
+    def test_a_gif_needs_one_more(self):
+        image(photo(30, 20)).save(self.folder / "a.gif")
+        self.assertEqual(self.opened_by("a.gif"), self.ALWAYS | self.PICTURES | {"libgif.so.7"})
 
 
 main()

@@ -9,7 +9,7 @@ from tools import BIN, ToolTest, main
 
 SHARE = Path(__file__).resolve().parent.parent.parent / "share"
 MANUAL = SHARE / "man/man1/kestrinectl.1"
-COMMANDS = [("convert",), ("compare",), ("undo",), ("history",), ("explain",), ("exif",), ("doctor",), ("help",)] + [
+COMMANDS = [("convert",), ("plan",), ("run",), ("merge",), ("compare",), ("undo",), ("history",), ("explain",), ("exif",), ("doctor",), ("help",)] + [
     ("sets", name)
     for name in ("list", "show", "add", "edit", "remove", "select", "export", "import", "where", "preview")
 ] + [("desktop", name) for name in ("install", "remove", "status")]

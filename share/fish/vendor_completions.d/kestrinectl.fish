@@ -30,7 +30,7 @@ function __kestrinectl_complete
     switch $previous
         case --format
             set -l formats jpeg png tiff gif
-            contains -- $command convert compare; and set -a formats webp jxl avif
+            contains -- $command convert plan compare; and set -a formats webp jxl avif
             # The options of compare take several, with commas between them.
             set -l before ''
             test "$command" = compare; and set before (string match -r '^.*,' -- $current; or echo '')
@@ -60,11 +60,14 @@ function __kestrinectl_complete
         case --set
             __kestrinectl_sets
             return
-        case --out --output -o --files-from --manifest
+        case --list
+            printf '%s\n' sources results
+            return
+        case --out --output -o --files-from --manifest --root --log
             __fish_complete_path $current
             return
         case --width --height --percent --longest --fit --cover --quality --max-bytes --name --jobs --max-pixels \
-            --include --exclude -j
+            --include --exclude --shard --shards -j
             return
     end
     if test $count -eq 1

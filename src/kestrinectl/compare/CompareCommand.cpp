@@ -95,8 +95,8 @@ Sections sectionsFor(const std::vector<ConvertInput>& inputs, const ConversionRe
     Sections sections;
     for (const ConvertInput& input : inputs) {
         PageSection section{.name = nameOf(input.path), .comparison = compared(input, recipes)};
-        printMessages(section.comparison.messages, ConvertDetail::lines);
-        sections.failed += section.comparison.messages.complaints.empty() ? 0 : 1;
+        printMessages(section.comparison.conversion, ConvertDetail::lines);
+        sections.failed += section.comparison.conversion.complaints.empty() ? 0 : 1;
         if (!section.comparison.hasResults())
             continue;
         space.show(section);
@@ -121,7 +121,7 @@ void makePage(const CompareRequest& request) {
     const std::string page = comparePage(sections.shown);
     if (page.size() > maxPageBytes)
         throwTooLarge();
-    request.place.take(page);
+    request.place.writeAndOpen(page);
     printLine(shownPath(request.place.typedPath()) + " (" + counted(sections.results, "result") + " of "
               + counted(sections.shown.size(), "picture") + ")");
     if (sections.failed > 0)

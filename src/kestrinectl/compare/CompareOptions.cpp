@@ -49,14 +49,7 @@ void CompareOptions::addTo(CLI::App& command) {
                           "transparency)")
         ->delimiter(',')
         ->allow_extra_args(false)
-        ->check(CLI::Validator(
-            [](const std::string& word) -> std::string {
-                return formatNamed(word, outputFormats()) != nullptr
-                           ? ""
-                           : "must be " + formatNames(outputFormats())
-                                 + ", or several with commas between them";
-            },
-            ""))
+        ->check(formatOfResult(", or several with commas between them"))
         ->option_text("FORMAT[,FORMAT...]");
     look.addLookTo(command);
 }

@@ -7,7 +7,7 @@ namespace kestrine {
 
 /// One picture and its results, without their files.
 struct PageSection {
-    std::string name; ///< of the file, without folders; as bytes from outside
+    std::string name; ///< of the file, without folders; not escaped; may not be UTF-8
     Comparison comparison;
     std::vector<ShownImage> shown; ///< of comparison.images, in their order
     std::uint32_t longestSide = 0; ///< of what is shown, in pixels

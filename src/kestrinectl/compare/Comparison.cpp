@@ -36,7 +36,7 @@ Result<LumaPlane> lumaOfFile(const NSData& file) {
 class ComparisonRun {
 public:
     explicit ComparisonRun(const ConvertInput& input) : input_(input) {
-        comparison_.messages.source = input.shown;
+        comparison_.conversion.source = input.shown;
         openOriginal();
     }
 
@@ -44,7 +44,7 @@ public:
         if (file_ == nullptr)
             return;
         const JobOutcome outcome = outcomeOf(recipe);
-        addOutcome(comparison_.messages, input_, recipe, outcome);
+        addOutcome(comparison_.conversion, input_, recipe, outcome);
         if (outcome.data == nullptr || isRepeated(recipe, outcome))
             return;
         const Reference* reference = referenceFor(recipe);
@@ -82,13 +82,13 @@ private:
         comparison_.format = (*source)->codec()->name;
         comparison_.width = picture.format.width;
         comparison_.height = picture.format.height;
-        if (picture.orientation > 4) // lying
+        if (picture.orientation > 4) // width and height are exchanged
             std::swap(comparison_.width, comparison_.height);
         comparison_.bytes = file_->size();
     }
 
     void complain(const Failure& failure) {
-        comparison_.messages.complain(withoutPath(failure.text, input_.path), kindOf(failure.reason));
+        comparison_.conversion.complain(withoutPath(failure.text, input_.path), kindOf(failure.reason));
     }
 
     JobOutcome outcomeOf(const ConversionRecipe& recipe) const {

@@ -64,7 +64,7 @@ void PagePlace::check(const std::vector<ConvertInput>& pictures) const {
         throw CommandError(shown + " exists already; --overwrite replaces it");
 }
 
-void PagePlace::take(const std::string& page) const {
+void PagePlace::writeAndOpen(const std::string& page) const {
     write(page);
     if (opens_)
         open();

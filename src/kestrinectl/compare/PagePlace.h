@@ -21,7 +21,7 @@ public:
     void check(const std::vector<ConvertInput>& pictures) const;
 
     /// Writes the page in one step and opens it if that was asked for. Throws CommandError.
-    void take(const std::string& page) const;
+    void writeAndOpen(const std::string& page) const;
 
     /// The path of the page as typed; absolute for a temporary page.
     std::string typedPath() const;

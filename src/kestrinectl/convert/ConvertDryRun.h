@@ -2,13 +2,13 @@
 #pragma once
 
 #include "kestrinectl/convert/ConvertResult.h"
-#include "models/ResizeJob.h"
+#include "kestrinectl/convert/PlannedNames.h"
 
 namespace kestrine {
 
-/// One result per job, in their order: the names that its results would get if every job had all of its
-/// results. Reads only headers, and writes nothing. `shown` has the names of the inputs.
+/// What would come of these jobs, in their order. `shown` has the names of the inputs. The planner opens all
+/// pictures.
 std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std::vector<std::string>& shown,
-                                  unsigned threads);
+                                  NamePlanner& planner);
 
 } // namespace kestrine

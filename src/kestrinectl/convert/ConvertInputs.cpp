@@ -2,6 +2,7 @@
 
 #include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertPictureSigns.h"
+#include "kestrinectl/convert/FolderNames.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "platform/host/files/FileMark.h"
 #include "platform/host/process/StopSignals.h"
@@ -18,8 +19,6 @@ namespace kestrine {
 namespace fs = std::filesystem;
 
 namespace {
-
-bool isHidden(const fs::path& path) { return path.filename().native().starts_with('.'); }
 
 enum class Content { picture, unreadablePicture, other };
 
@@ -71,8 +70,8 @@ private:
 
 class Finder {
 public:
-    Finder(const std::vector<std::string>& arguments, const ConvertSearch& search)
-        : search_(search), outputFolders_(search, arguments) {}
+    Finder(const std::vector<std::string>& arguments, const ConvertSearch& search, InputReceiver& receiver)
+        : search_(search), outputFolders_(search, arguments), receiver_(receiver) {}
 
     void addArgument(const std::string& argument) {
         std::error_code ignored;
@@ -84,26 +83,21 @@ public:
             addPicture(argument, std::nullopt);
     }
 
-    ConvertInputs found() && {
-        for (const auto& findings : {complaints_, leftOut_, emptyFolders_})
-            found_.findings.insert(found_.findings.end(), findings.begin(), findings.end());
-        return std::move(found_);
-    }
-
 private:
     void addPicture(const fs::path& file, std::optional<std::string> root) {
         const Result<FileMark> mark = markOfFile(file.native());
-        found_.pictures.push_back(
+        ++pictures_;
+        receiver_.picture(
             {shownPath(file.native()), absolutePath(file).native(), std::move(root), mark ? mark->bytes : 0});
     }
 
     void addFolder(const fs::path& folder) {
         root_ = absolutePath(folder);
         hasSubfolders_ = false;
-        const std::size_t picturesBefore = found_.pictures.size();
+        const std::size_t picturesBefore = pictures_;
         const std::size_t filesBefore = unreadableFiles_, foldersBefore = unreadableFolders_;
         searchFolder(folder);
-        if (found_.pictures.size() > picturesBefore || unreadableFolders_ > foldersBefore
+        if (pictures_ > picturesBefore || unreadableFolders_ > foldersBefore
             || StopSignalsNoted::noted() != 0)
             return;
         std::string addition;
@@ -112,24 +106,24 @@ private:
         else if (hasSubfolders_ && !isRecursive())
             addition = "; --recursive searches its sub-folders";
         const std::string shown = shownPath(folder.native());
-        emptyFolders_.push_back({.source = shown,
-                                 .status = ConvertStatus::leftOut,
-                                 .reason = "no pictures" + addition,
-                                 .sentence = "no pictures in " + shown + addition,
-                                 .isFolder = true});
+        receiver_.finding({.source = shown,
+                           .status = ConvertStatus::leftOut,
+                           .reason = "no pictures" + addition,
+                           .sentence = "no pictures in " + shown + addition,
+                           .isFolder = true});
     }
 
     void searchFolder(const fs::path& folder) {
-        std::vector<fs::path> entries;
+        FolderNames names;
         std::error_code error;
         for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error))
-            entries.push_back(it->path());
+            if (const std::string name = it->path().filename(); !name.starts_with('.'))
+                names.add(name);
         if (error)
             complainOfFolder(folder, error);
-        std::ranges::sort(entries);
-        for (const fs::path& entry : entries)
-            if (!isHidden(entry) && StopSignalsNoted::noted() == 0)
-                visit(entry);
+        names.sort();
+        for (std::size_t i = 0; i < names.count() && StopSignalsNoted::noted() == 0; ++i)
+            visit(folder / names[i]);
     }
 
     void visit(const fs::path& entry) {
@@ -144,7 +138,7 @@ private:
             complainOfFile(shownPath(entry.native()), "cannot open: " + error.message(),
                            kindOf(Reason::notPermitted));
         else if (!fs::is_directory(status))
-            ++found_.otherFiles;
+            receiver_.otherFile();
     }
 
     void visitFolder(const fs::path& folder) {
@@ -160,11 +154,11 @@ private:
             std::string(outputFolders_.isOut(folder) ? "the folder of --out"
                                                      : "a folder for the results of a set")
             + "; --all-folders searches it";
-        leftOut_.push_back({.source = shown,
-                            .status = ConvertStatus::leftOut,
-                            .reason = reason,
-                            .sentence = "left out " + shown + ", " + reason,
-                            .isFolder = true});
+        receiver_.finding({.source = shown,
+                           .status = ConvertStatus::leftOut,
+                           .reason = reason,
+                           .sentence = "left out " + shown + ", " + reason,
+                           .isFolder = true});
     }
 
     /// By the path below the given folder.
@@ -194,25 +188,26 @@ private:
                            kindOf(Reason::unsupported));
             break;
         case Content::other:
-            ++found_.otherFiles;
+            receiver_.otherFile();
         }
     }
 
     bool isRecursive() const { return search_.recursive || search_.allFolders; }
 
     void complainOfFile(const std::string& shown, const std::string& text, std::string_view kind) {
-        complaints_.push_back({.source = shown});
-        complaints_.back().complain(text, kind);
+        ConvertResult finding{.source = shown};
+        finding.complain(text, kind);
+        receiver_.finding(std::move(finding));
         ++unreadableFiles_;
     }
 
     void complainOfFolder(const fs::path& folder, const std::error_code& error) {
         const std::string shown = shownPath(folder.native());
-        complaints_.push_back({.source = shown,
-                               .sentence = "cannot read the folder " + shown + ": " + error.message(),
-                               .isFolder = true});
-        complaints_.back().complain("cannot read the folder: " + error.message(),
-                                    kindOf(Reason::notPermitted));
+        ConvertResult finding{.source = shown,
+                              .sentence = "cannot read the folder " + shown + ": " + error.message(),
+                              .isFolder = true};
+        finding.complain("cannot read the folder: " + error.message(), kindOf(Reason::notPermitted));
+        receiver_.finding(std::move(finding));
         ++unreadableFolders_;
     }
 
@@ -220,9 +215,8 @@ private:
     OutputFolders outputFolders_;
     fs::path root_; ///< the argument that is being searched
     bool hasSubfolders_ = false;
-    std::size_t unreadableFiles_ = 0, unreadableFolders_ = 0; ///< among the complaints
-    std::vector<ConvertResult> complaints_, leftOut_, emptyFolders_;
-    ConvertInputs found_;
+    std::size_t pictures_ = 0, unreadableFiles_ = 0, unreadableFolders_ = 0; ///< so far
+    InputReceiver& receiver_;
 };
 
 } // namespace
@@ -253,11 +247,11 @@ bool globMatches(const std::string& glob, const std::string& path) {
     return ::fnmatch(glob.c_str(), subject.c_str(), 0) == 0;
 }
 
-ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search) {
-    Finder finder(arguments, search);
+void findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search,
+                InputReceiver& receiver) {
+    Finder finder(arguments, search, receiver);
     for (const std::string& argument : arguments)
         finder.addArgument(argument);
-    return std::move(finder).found();
 }
 
 } // namespace kestrine

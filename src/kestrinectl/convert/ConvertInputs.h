@@ -29,23 +29,27 @@ struct ConvertSearch {
     std::string outFolder; ///< the folder for the results of this run, absolute; "" if there is none
 };
 
-/// What was found.
-struct ConvertInputs {
-    std::vector<ConvertInput> pictures;
-    /// Files and folders that cannot be read, then folders that were left out, then arguments that are
-    /// folders without pictures.
-    std::vector<ConvertResult> findings;
-    std::size_t otherFiles = 0; ///< in folders; neither pictures nor hidden
+/// Gets what a search finds, in the order in which it finds it.
+class InputReceiver {
+public:
+    virtual ~InputReceiver() = default;
+    virtual void picture(ConvertInput input) = 0;
+    /// A file or folder that cannot be read, a folder that is left out, or an argument that is a folder
+    /// without pictures.
+    virtual void finding(ConvertResult finding) = 0;
+    /// A file in a folder that is neither a picture nor hidden.
+    virtual void otherFile() = 0;
 };
 
 /// Whether a glob matches a path below the given folder, or its last part if the glob has no slash. "*" and
 /// "?" match slashes as well.
 bool globMatches(const std::string& glob, const std::string& path);
 
-/// Lists every file argument, even if it is not a picture. Searches every folder argument and lists its
-/// pictures, recognised by content and sorted by name. Ignores hidden files and does not follow links to
-/// folders. Ends early after a stop signal.
-ConvertInputs findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search);
+/// Finds every file argument, even if it is not a picture. Searches every folder argument and finds its
+/// pictures, recognised by content, sorted by name. Ignores hidden files and does not follow links to
+/// folders. Ends early after a stop signal. Of a folder, it holds no more than the names in memory.
+void findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search,
+                InputReceiver& receiver);
 
 /// The path below the current folder if it is relative, without ".".
 std::filesystem::path absolutePath(const std::filesystem::path& path);

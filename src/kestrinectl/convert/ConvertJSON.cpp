@@ -16,12 +16,18 @@ constexpr const char* statusNames[] = {"done", "skipped", "failed", "left-out", 
 ordered_json knownNumber(std::uint64_t number) { return number == 0 ? ordered_json() : ordered_json(number); }
 
 ordered_json toJSON(const ConvertOutput& output) {
-    return {{"path", textToJSON(output.path)},
-            {"set", output.set ? textToJSON(*output.set) : ordered_json()},
-            {"format", output.format == nullptr ? ordered_json() : ordered_json(output.format->name)},
-            {"width", knownNumber(output.width)},
-            {"height", knownNumber(output.height)},
-            {"bytes", knownNumber(output.bytes)}};
+    ordered_json object = {
+        {"path", textToJSON(output.path)},
+        {"set", output.set ? textToJSON(*output.set) : ordered_json()},
+        {"format", output.format == nullptr ? ordered_json() : ordered_json(output.format->name)},
+        {"width", knownNumber(output.width)},
+        {"height", knownNumber(output.height)},
+        {"bytes", knownNumber(output.bytes)}};
+    if (output.content) {
+        object["digest"] = output.content->digest;
+        object["modified"] = output.content->modified;
+    }
+    return object;
 }
 
 /// null if there is none.

@@ -33,7 +33,7 @@ void printMessages(const ConvertResult& result, ConvertDetail detail) {
 }
 
 void printResult(const ConvertResult& result, ConvertDetail detail) {
-    if (detail != ConvertDetail::none)
+    if (detail != ConvertDetail::none && result.status != ConvertStatus::skipped)
         for (const ConvertOutput& output : result.outputs)
             printLine(result.source + " -> " + shownPath(output.path)
                       + (detail == ConvertDetail::all ? detailsOf(output, result) : ""));

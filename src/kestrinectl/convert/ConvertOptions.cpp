@@ -20,15 +20,6 @@ CLI::Validator understoodBy(const Read& read) {
         "");
 }
 
-CLI::Validator formatOfResult() {
-    return CLI::Validator(
-        [](const std::string& word) -> std::string {
-            return formatNamed(word, outputFormats()) != nullptr ? ""
-                                                                 : "must be " + formatNames(outputFormats());
-        },
-        "");
-}
-
 CLI::Validator nonEmpty() {
     return CLI::Validator(
         [](const std::string& word) -> std::string { return word.empty() ? "must not be empty" : ""; }, "");
@@ -77,7 +68,7 @@ void addSizes(CLI::App& command, ConvertOptions& to) {
 
 void addFormat(CLI::App& command, ConvertOptions& to) {
     const ValueOptions values{command};
-    values.add("--format", to.format, formatOfResult(), "FORMAT",
+    values.add("--format", to.format, formatOfResult(""), "FORMAT",
                "Output format: " + formatNames(outputFormats())
                    + " (default without a set: that of the file, or else jpeg, and png with transparency)");
     command
@@ -148,6 +139,16 @@ void addPlaces(CLI::App& command, ConvertOptions& to) {
 }
 
 } // namespace
+
+CLI::Validator formatOfResult(const std::string& alternative) {
+    return CLI::Validator(
+        [alternative](const std::string& word) -> std::string {
+            return formatNamed(word, outputFormats()) != nullptr
+                       ? ""
+                       : "must be " + formatNames(outputFormats()) + alternative;
+        },
+        "");
+}
 
 void ConvertOptions::addTo(CLI::App& command) {
     for (const auto add :

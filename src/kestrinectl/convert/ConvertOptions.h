@@ -32,4 +32,7 @@ struct ConvertOptions {
     void addLookTo(CLI::App& command);
 };
 
+/// Accepts the names of output formats. `alternative` ends the message for other words.
+CLI::Validator formatOfResult(const std::string& alternative);
+
 } // namespace kestrine

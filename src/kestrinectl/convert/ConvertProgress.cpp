@@ -20,14 +20,15 @@ std::chrono::milliseconds remaining(const ConvertProgress& progress) {
 } // namespace
 
 std::string progressText(const ConvertProgress& progress) {
-    std::string text = std::to_string(progress.done) + " of " + counted(progress.count, "file");
+    std::string text = std::to_string(progress.done) + " of " + counted(progress.count, "file")
+                       + (progress.countsAll ? "" : " so far");
     if (progress.done == 0 || progress.elapsed < shortestMeasurement)
         return text;
     const double seconds = static_cast<double>(progress.elapsed.count()) / 1000;
     text += ", " + shownShort(static_cast<double>(progress.done) / seconds) + " per second";
     if (progress.bytesAfter > 0)
         text += ", " + shownBytes(progress.bytesBefore) + " -> " + shownBytes(progress.bytesAfter);
-    if (progress.done < progress.count)
+    if (progress.countsAll && progress.done < progress.count)
         text += ", " + shownDuration(remaining(progress)) + " left";
     return text;
 }

@@ -18,9 +18,29 @@ bool canShowProgress() {
 
 } // namespace
 
-ConvertReport::ConvertReport(std::size_t count, std::uint64_t bytes, ReportStyle style)
-    : count_(count), bytes_(bytes), style_(style),
-      showsProgress_(count > 1 && style.detail != ConvertDetail::none && canShowProgress()) {}
+void ReportStyle::addTo(CLI::App& command) {
+    CLI::Option* verbose = command.add_flag_callback(
+        "-v,--verbose", [this] { detail = ConvertDetail::all; },
+        "Print also sizes and times, and the files that need no conversion");
+    command
+        .add_flag_callback(
+            "-q,--quiet", [this] { detail = ConvertDetail::none; },
+            "Print only errors (default: a line for each result, warnings, hints and totals)")
+        ->excludes(verbose);
+    command.add_flag(
+        "--json", isJSON,
+        "Print one JSON object per file instead of lines and messages, and a last one with totals");
+}
+
+ConvertReport::ConvertReport(ReportStyle style)
+    : style_(style), hasTerminal_(style.detail != ConvertDetail::none && canShowProgress()) {}
+
+void ConvertReport::expect(std::size_t count, std::uint64_t bytes, bool isAll) {
+    const std::lock_guard lock(mutex_);
+    count_ = count;
+    bytes_ = bytes;
+    countsAll_ = isAll;
+}
 
 void ConvertReport::end() {
     hideProgress();
@@ -29,15 +49,16 @@ void ConvertReport::end() {
     waiting_.clear();
 }
 
-void ConvertReport::found(const std::vector<ConvertResult>& findings, std::size_t otherFiles) {
-    for (const ConvertResult& finding : findings) {
-        print(finding);
-        totals_.add(finding);
-    }
-    totals_.otherFiles = otherFiles;
-    if (otherFiles > 0 && !style_.isJSON && style_.detail != ConvertDetail::none)
-        printError(counted(otherFiles, "other file") + " left out");
-    showProgress();
+void ConvertReport::found(std::size_t position, ConvertResult finding) {
+    const std::lock_guard lock(mutex_);
+    totals_.add(finding);
+    printInOrder(position, std::move(finding));
+}
+
+void ConvertReport::foundOthers(std::size_t count) {
+    totals_.otherFiles = count;
+    if (count > 0 && !style_.isJSON && style_.detail != ConvertDetail::none)
+        printError(counted(count, "other file") + " left out");
 }
 
 std::chrono::milliseconds ConvertReport::elapsed() const {
@@ -56,6 +77,10 @@ void ConvertReport::finished(std::size_t position, ConvertResult result) {
     ++done_;
     bytesDone_ += result.sourceBytes;
     totals_.add(result);
+    printInOrder(position, std::move(result));
+}
+
+void ConvertReport::printInOrder(std::size_t position, ConvertResult result) {
     waiting_.emplace(position, std::move(result));
     hideProgress();
     for (auto first = waiting_.find(next_); first != waiting_.end(); first = waiting_.find(++next_)) {
@@ -66,14 +91,14 @@ void ConvertReport::finished(std::size_t position, ConvertResult result) {
 }
 
 void ConvertReport::showProgress() {
-    if (showsProgress_)
-        std::cerr << progressText(
-            {done_, count_, bytesDone_, bytes_, totals_.bytesBefore, totals_.bytesAfter, elapsed()})
+    if (hasTerminal_ && count_ > 1)
+        std::cerr << progressText({done_, count_, countsAll_, bytesDone_, bytes_, totals_.bytesBefore,
+                                   totals_.bytesAfter, elapsed()})
                   << std::flush;
 }
 
 void ConvertReport::hideProgress() {
-    if (showsProgress_)
+    if (hasTerminal_ && count_ > 1)
         std::cerr << "\r\033[K";
 }
 

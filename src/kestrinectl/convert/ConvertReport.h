@@ -5,6 +5,7 @@
 #include "kestrinectl/convert/ConvertLines.h"
 #include "kestrinectl/convert/ConvertProgress.h"
 
+#include <CLI/CLI.hpp>
 #include <map>
 #include <mutex>
 
@@ -13,43 +14,54 @@ namespace kestrine {
 struct ReportStyle {
     ConvertDetail detail = ConvertDetail::lines;
     bool isJSON = false; ///< an object per file instead of lines and messages
+
+    /// Adds the options to a command; it writes into this object, which must outlive the parsing.
+    void addTo(CLI::App& command);
 };
 
-/// Prints results in the order of the inputs, even if they arrive in another order, and the progress on a
-/// terminal. Any thread.
+/// Prints results in the order of the items of a run, even if they arrive in another order, and the progress
+/// on a terminal. Any thread.
 class ConvertReport {
 public:
-    /// `count` is the number of inputs, and `bytes` their length.
-    ConvertReport(std::size_t count, std::uint64_t bytes, ReportStyle style);
+    explicit ConvertReport(ReportStyle style);
     ~ConvertReport() { end(); }
 
-    /// What was found beside the inputs. Call it before the first input is finished.
-    void found(const std::vector<ConvertResult>& findings, std::size_t otherFiles);
+    /// How many files there are so far, and their length; and whether these are all.
+    void expect(std::size_t count, std::uint64_t bytes, bool isAll);
 
+    /// What came of a file. `position` is the place of the item, counted from 0 over files and findings.
     void finished(std::size_t position, ConvertResult result);
+    /// What was found beside the files.
+    void found(std::size_t position, ConvertResult finding);
+    /// How many files in folders were left out.
+    void foundOthers(std::size_t count);
 
-    /// No more inputs will be finished: prints the results that still wait for others, and hides the
+    /// No more items will be finished: prints the results that still wait for others, and hides the
     /// progress.
     void end();
 
-    /// How many inputs were finished.
+    /// How many files were finished, and how many there were.
     std::size_t done() const { return done_; }
+    std::size_t count() const { return count_; }
+    const ReportStyle& style() const { return style_; }
     const ConvertTotals& totals() const { return totals_; }
     std::chrono::milliseconds elapsed() const;
 
 private:
     void print(const ConvertResult& result) const;
+    void printInOrder(std::size_t position, ConvertResult result);
     void showProgress();
     void hideProgress();
 
     using Clock = std::chrono::steady_clock;
 
-    const std::size_t count_;
-    const std::uint64_t bytes_;
     const ReportStyle style_;
-    const bool showsProgress_;
+    const bool hasTerminal_; ///< on which progress can be shown
     const Clock::time_point begin_ = Clock::now();
     std::mutex mutex_; // guards the members after it
+    std::size_t count_ = 0;
+    std::uint64_t bytes_ = 0;
+    bool countsAll_ = false; ///< whether no more files will be found
     std::size_t next_ = 0;
     std::size_t done_ = 0;
     std::uint64_t bytesDone_ = 0;

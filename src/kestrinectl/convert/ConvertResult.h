@@ -20,13 +20,20 @@ enum class ConvertStatus : std::uint8_t {
     would,   ///< a dry run
 };
 
+/// By which a later run recognises a result.
+struct MadeContent {
+    std::uint64_t digest = 0;  ///< ContentDigest::number
+    std::int64_t modified = 0; ///< nanoseconds since 1970
+};
+
 /// One file that was made, or that would be.
 struct ConvertOutput {
-    std::string path;                     ///< absolute
+    std::string path;                     ///< absolute; in the runs of a plan, below its root
     std::optional<std::string> set;       ///< the name of the preset
     const OutputFormat* format = nullptr; ///< null if that is not known yet
     std::uint32_t width = 0, height = 0;  ///< in pixels; 0 if that is not known yet
     std::uint64_t bytes = 0;
+    std::optional<MadeContent> content; ///< where later runs need it
 };
 
 /// Why something failed.
@@ -38,7 +45,7 @@ struct ConvertComplaint {
 struct ConvertResult {
     std::string source; ///< as shown
     ConvertStatus status = ConvertStatus::done;
-    std::vector<ConvertOutput> outputs;
+    std::vector<ConvertOutput> outputs;       ///< of a skipped file: results that were there already
     std::string reason;                       ///< why it was skipped or left out
     std::string sentence;                     ///< for people: what was left out, and why; "" for nothing
     std::vector<std::string> warnings;        ///< sentences without the source; no failure

@@ -25,8 +25,10 @@ void ConvertTotals::add(const ConvertResult& result) {
     if (!result.complaints.empty())
         ++failures[result.complaints.front().kind];
     leftLying += result.isLeftLying ? 1 : 0;
-    outputs += result.outputs.size();
     bytesRead += result.sourceBytes;
+    if (result.status == ConvertStatus::skipped)
+        return; // its outputs, if any, were there
+    outputs += result.outputs.size();
     bytesBefore += result.outputs.empty() ? 0 : result.sourceBytes;
     for (const ConvertOutput& output : result.outputs)
         bytesAfter += output.bytes;

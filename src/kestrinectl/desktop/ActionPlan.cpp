@@ -1,6 +1,5 @@
 #include "kestrinectl/desktop/ActionPlan.h"
 
-#include "kestrinectl/desktop/Quoting.h"
 #include "kestrinectl/text/Messages.h"
 #include "platform/host/StringBytes.h"
 #include "platform/host/files/AtomicFile.h"
@@ -75,8 +74,8 @@ bool ownerMayExecute(const std::string& path) {
 
 } // namespace
 
-std::string DesktopActions::runArguments(const std::string& setName) {
-    return "desktop run --set-word " + wordOfSetName(setName);
+std::string editedSentence(const std::string& action, bool isWanted) {
+    return action + " was edited and stays; --overwrite " + (isWanted ? "replaces it" : "removes it");
 }
 
 std::string leftOutSentence(const std::string& setName, const std::string& reason) {
@@ -92,27 +91,30 @@ std::string markedContent(const std::string& content) {
 Result<ActionPlan> planOfFiles(const std::string& folder, const std::vector<ActionFile>& wanted,
                                bool isExecutable, bool overwrites) {
     std::map<std::string, ExistingAction> existing = TRY(actionsIn(folder));
-    ActionPlan plan{.installed = existing.size(), .wanted = wanted.size()};
+    ActionPlan plan{.installed = existing.size()};
     for (const ActionFile& file : wanted) {
         const std::string path = joinedPath(folder, file.name), content = markedContent(file.content);
-        const auto found = existing.find(file.name);
-        const bool isCurrent = found != existing.end() && found->second.content == content
-                               && (!isExecutable || ownerMayExecute(path));
-        if (found == existing.end() && isTaken(path))
-            plan.obstacles.push_back(path + " is not an action of kestrinectl; move it away");
-        else if (found != existing.end() && found->second.isEdited && !overwrites)
-            plan.obstacles.push_back(path + " was edited and stays; --overwrite replaces it");
+        const auto found = existing.extract(file.name);
+        if (found.empty() && isTaken(path)) {
+            plan.foreign.push_back(path + " is not an action of kestrinectl; move it away");
+            continue;
+        }
+        ++plan.installedAfter;
+        const bool isCurrent =
+            !found.empty() && found.mapped().content == content && (!isExecutable || ownerMayExecute(path));
+        if (!found.empty() && found.mapped().isEdited && !overwrites)
+            plan.edited.push_back(editedSentence(path, true));
         else if (!isCurrent)
             plan.changes.push_back({path, content, isExecutable});
-        if (found != existing.end())
-            existing.erase(found);
     }
     for (const auto& [name, action] : existing) {
         const std::string path = joinedPath(folder, name);
-        if (action.isEdited && !overwrites)
-            plan.obstacles.push_back(path + " was edited and stays; --overwrite removes it");
-        else
+        if (!action.isEdited || overwrites) {
             plan.changes.push_back({path, std::nullopt});
+            continue;
+        }
+        ++plan.installedAfter;
+        plan.edited.push_back(editedSentence(path, false));
     }
     return plan;
 }

@@ -9,16 +9,6 @@
 
 namespace kestrine {
 
-/// The actions that file managers shall have: one for each set.
-struct DesktopActions {
-    std::vector<std::string> setNames; ///< no name twice; all can be shown in menus
-    std::string program;               ///< the path of kestrinectl
-    bool overwrites = false;           ///< whether actions that somebody edited are replaced as well
-
-    /// The words that begin every command line, after the program.
-    static std::string runArguments(const std::string& setName);
-};
-
 /// A file to write or, without content, to remove.
 struct FileChange {
     std::string path;
@@ -27,13 +17,20 @@ struct FileChange {
 };
 
 struct ActionPlan {
-    std::size_t installed = 0;          ///< actions of ours that exist now, up to date or not
-    std::size_t wanted = 0;             ///< actions that exist after the changes
-    std::vector<FileChange> changes;    ///< none if all actions are up to date
-    std::vector<std::string> obstacles; ///< sentences about what is in the way and stays
-    std::vector<std::string> leftOut;   ///< sentences about sets without an action
-    std::string emptyFolder;            ///< to be removed after the changes if it is empty; may be ""
+    std::size_t installed = 0;        ///< actions of ours that exist now, up to date or not
+    std::size_t installedAfter = 0;   ///< actions of ours that exist after the changes
+    std::vector<FileChange> changes;  ///< in the order in which they are made
+    std::vector<std::string> edited;  ///< a sentence for each edited action; they stay
+    std::vector<std::string> foreign; ///< sentences: which files of others prevent an action
+    std::vector<std::string> leftOut; ///< sentences about sets without an action
+    std::string emptyFolder;          ///< to be removed after the changes if it is empty; may be ""
+
+    /// Whether all actions are as wanted after the changes.
+    bool isComplete() const { return edited.empty() && foreign.empty(); }
 };
+
+/// The sentence about an edited action that stays; it `isWanted` if its set is still there.
+std::string editedSentence(const std::string& action, bool isWanted);
 
 /// The sentence about a set without an action.
 std::string leftOutSentence(const std::string& setName, const std::string& reason);
@@ -48,7 +45,7 @@ struct ActionFile {
 };
 
 /// The plan for a target with one file per action in `folder`. A second line in each file marks it as ours,
-/// with a digest of the others. Other files, and files that were edited, are obstacles.
+/// with a digest of the others. Edited files stay unless the plan `overwrites`; those of others always stay.
 Result<ActionPlan> planOfFiles(const std::string& folder, const std::vector<ActionFile>& wanted,
                                bool isExecutable, bool overwrites);
 

@@ -1,5 +1,6 @@
 #include "kestrinectl/desktop/DesktopTargets.h"
 
+#include "kestrinectl/desktop/Quoting.h"
 #include "platform/host/files/PathParts.h"
 
 #include <array>
@@ -33,9 +34,8 @@ const std::array<DesktopTarget, 5> targetTable = {{
 
 std::span<const DesktopTarget> desktopTargets() { return targetTable; }
 
-std::string numberedActionName(std::size_t position) {
-    const std::string number = std::to_string(position + 1);
-    return "kestrine-" + std::string(number.size() < 2 ? 1 : 0, '0') + number;
+std::string runArguments(const std::string& setName) {
+    return "desktop run --set-word " + wordOfSetName(setName);
 }
 
 } // namespace kestrine

@@ -2,14 +2,14 @@
 // executable, and joins those with the same submenu.
 
 #include "kestrinectl/desktop/DesktopTargets.h"
+#include "kestrinectl/desktop/NumberedFiles.h"
 #include "kestrinectl/desktop/Quoting.h"
 
 namespace kestrine::desktop {
 
 namespace {
 
-std::string serviceMenu(const std::string& setName, std::size_t position, const DesktopActions& actions) {
-    const std::string id = numberedActionName(position);
+std::string serviceMenu(const std::string& setName, const std::string& program, const std::string& id) {
     return "[Desktop Entry]\n"
            "Type=Service\n"
            "Name="
@@ -34,16 +34,13 @@ std::string serviceMenu(const std::string& setName, std::size_t position, const 
            + "\n"
              "Icon=image-x-generic\n"
              "Exec="
-           + execArgument(actions.program) + " " + DesktopActions::runArguments(setName) + " -- %F\n";
+           + execArgument(program) + " " + runArguments(setName) + " -- %F\n";
 }
 
 } // namespace
 
-Result<ActionPlan> planOfDolphin(const std::string& folder, const DesktopActions& actions) {
-    std::vector<ActionFile> files;
-    for (std::size_t i = 0; i < actions.setNames.size(); ++i)
-        files.push_back({numberedActionName(i) + ".desktop", serviceMenu(actions.setNames[i], i, actions)});
-    return planOfFiles(folder, files, true, actions.overwrites);
+Result<ActionPlan> planOfDolphin(const std::string& folder, const DesktopActions& actions, bool overwrites) {
+    return planOfFiles(folder, numberedFiles(actions, ".desktop", serviceMenu), true, overwrites);
 }
 
 } // namespace kestrine::desktop

@@ -5,7 +5,9 @@
 // it. URIs in quotation marks stay whole in any case.
 
 #include "kestrinectl/desktop/DesktopTargets.h"
+#include "kestrinectl/desktop/NumberedFiles.h"
 #include "kestrinectl/desktop/Quoting.h"
+#include "kestrinectl/text/Replacement.h"
 
 namespace kestrine::desktop {
 
@@ -13,27 +15,17 @@ namespace {
 
 /// In labels, Nemo takes "_" as the mark of a key and "%N", for example, as the name of a file. "__" is shown
 /// as "_"; an invisible character after "%" (U+2060) ends it.
-std::string nemoLabel(const std::string& setName) {
-    std::string label;
-    for (const char c : setName) {
-        label += c;
-        if (c == '_')
-            label += '_';
-        if (c == '%')
-            label += "\u2060";
-    }
-    return label;
-}
+constexpr Replacement inNemoLabels[] = {{'_', "__"}, {'%', "%\u2060"}};
 
-std::string nemoAction(const std::string& setName, const DesktopActions& actions) {
+std::string nemoAction(const std::string& setName, const std::string& program, const std::string&) {
     return "[Nemo Action]\n"
            "Active=true\n"
            "Name="
-           + keyFileValue(std::string(actionMenu) + ": " + nemoLabel(setName))
+           + keyFileValue(std::string(actionMenu) + ": " + replaced(setName, inNemoLabels))
            + "\n"
              "Icon-Name=image-x-generic\n"
              "Exec="
-           + keyFileValue(shellWord(actions.program)) + " " + DesktopActions::runArguments(setName)
+           + keyFileValue(shellWord(program)) + " " + runArguments(setName)
            + " --uris -- %U\n"
              "Quote=double\n"
              "Selection=notnone\n"
@@ -42,11 +34,8 @@ std::string nemoAction(const std::string& setName, const DesktopActions& actions
 
 } // namespace
 
-Result<ActionPlan> planOfNemo(const std::string& folder, const DesktopActions& actions) {
-    std::vector<ActionFile> files;
-    for (std::size_t i = 0; i < actions.setNames.size(); ++i)
-        files.push_back({numberedActionName(i) + ".nemo_action", nemoAction(actions.setNames[i], actions)});
-    return planOfFiles(folder, files, false, actions.overwrites);
+Result<ActionPlan> planOfNemo(const std::string& folder, const DesktopActions& actions, bool overwrites) {
+    return planOfFiles(folder, numberedFiles(actions, ".nemo_action", nemoAction), false, overwrites);
 }
 
 } // namespace kestrine::desktop

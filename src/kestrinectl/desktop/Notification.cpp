@@ -1,6 +1,7 @@
 #include "kestrinectl/desktop/Notification.h"
 
-#include "kestrinectl/desktop/Quoting.h"
+#include "kestrinectl/text/HTMLText.h"
+#include "kestrinectl/text/Replacement.h"
 #include "kestrinectl/text/ShownText.h"
 #include "platform/host/process/CapturedRun.h"
 
@@ -10,12 +11,7 @@ namespace {
 
 constexpr std::size_t maxNotifierOutput = 4096;
 
-std::string withDoubledBackslashes(const std::string& text) {
-    std::string doubled;
-    for (const char c : text)
-        doubled += c == '\\' ? "\\\\" : std::string(1, c);
-    return doubled;
-}
+constexpr Replacement inBody[] = {{'\\', "\\\\"}};
 
 } // namespace
 
@@ -23,7 +19,7 @@ std::vector<std::string> notificationArguments(const std::string& summary,
                                                const std::vector<std::string>& lines) {
     std::string body;
     for (const std::string& line : lines)
-        body += (body.empty() ? "" : "\n") + withDoubledBackslashes(xmlText(shownText(line, true)));
+        body += (body.empty() ? "" : "\n") + replaced(htmlText(line), inBody);
     return {"--app-name=kestrine", "--icon=dialog-error", "--", shownText(summary, true), body};
 }
 

@@ -1,5 +1,6 @@
 #include "kestrinectl/desktop/Quoting.h"
 
+#include "kestrinectl/text/Replacement.h"
 #include "platform/foundation/text/UTF8.h"
 
 #include <string_view>
@@ -8,30 +9,10 @@ namespace kestrine {
 
 namespace {
 
-struct Replacement {
-    char character;
-    std::string_view text;
-};
-
-template <std::size_t count>
-std::string replaced(const std::string& text, const Replacement (&table)[count]) {
-    std::string result;
-    for (const char character : text) {
-        std::string_view piece(&character, 1);
-        for (const Replacement& row : table)
-            if (row.character == character)
-                piece = row.text;
-        result += piece;
-    }
-    return result;
-}
-
 constexpr Replacement inSingleQuotes[] = {{'\'', "'\\''"}};
 constexpr Replacement inExecQuotes[] = {
     {'"', "\\\""}, {'`', "\\`"}, {'$', "\\$"}, {'\\', "\\\\"}, {'%', "%%"}};
 constexpr Replacement inKeyFiles[] = {{'\\', "\\\\"}, {'\n', "\\n"}, {'\r', "\\r"}, {'\t', "\\t"}};
-constexpr Replacement inXML[] = {
-    {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&apos;"}};
 
 constexpr std::string_view hexDigits = "0123456789ABCDEF";
 
@@ -61,8 +42,6 @@ std::string keyFileValue(const std::string& text) {
         value.replace(0, 1, "\\s");
     return value;
 }
-
-std::string xmlText(const std::string& text) { return replaced(text, inXML); }
 
 std::string wordOfSetName(const std::string& name) {
     std::string word;

@@ -15,9 +15,6 @@ std::string execArgument(const std::string& text);
 /// The value of a key in a key file; spaces at the ends stay.
 std::string keyFileValue(const std::string& text);
 
-/// Character data in XML.
-std::string xmlText(const std::string& text);
-
 /// The name of a set as one word of letters, digits, ".", "_", "-" and "=XX" (a byte in hexadecimal digits),
 /// which no file manager and no shell changes. It does not begin with "-".
 std::string wordOfSetName(const std::string& name);

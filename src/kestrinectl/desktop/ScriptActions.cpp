@@ -5,6 +5,7 @@
 
 #include "kestrinectl/desktop/DesktopTargets.h"
 #include "kestrinectl/desktop/Quoting.h"
+#include "kestrinectl/text/Replacement.h"
 
 #include <algorithm>
 
@@ -15,14 +16,9 @@ namespace {
 /// NAME_MAX of Linux.
 constexpr std::size_t maxScriptName = 255;
 
-/// The name of a set with similar characters for "/", which no file name can have, and "%", with which
-/// Nautilus cannot start a script.
-std::string scriptName(const std::string& setName) {
-    std::string name;
-    for (const char c : setName)
-        name += c == '/' ? "\u2215" : c == '%' ? "\uff05" : std::string(1, c);
-    return name;
-}
+/// Similar characters for "/", which no file name can have, and "%", with which Nautilus cannot start a
+/// script.
+constexpr Replacement inScriptNames[] = {{'/', "\u2215"}, {'%', "\uff05"}};
 
 /// Why a script of this name would not be shown, or cannot exist.
 std::optional<std::string> objectionToScriptName(const std::string& name) {
@@ -33,22 +29,21 @@ std::optional<std::string> objectionToScriptName(const std::string& name) {
     return std::nullopt;
 }
 
-Result<ActionPlan> planOfScripts(const std::string& folder, const DesktopActions& actions,
+Result<ActionPlan> planOfScripts(const std::string& folder, const DesktopActions& actions, bool overwrites,
                                  const std::string& variable) {
     std::vector<ActionFile> files;
     std::vector<std::string> leftOut;
     for (const std::string& setName : actions.setNames) {
-        const std::string name = scriptName(setName);
+        const std::string name = replaced(setName, inScriptNames);
         const bool isTwin = std::ranges::find(files, name, &ActionFile::name) != files.end();
         const auto objection = isTwin ? "another set has a similar name" : objectionToScriptName(name);
         if (objection)
             leftOut.push_back(leftOutSentence(setName, *objection));
         else
             files.push_back({name, "#!/bin/sh\nexec " + shellWord(actions.program) + " "
-                                       + DesktopActions::runArguments(setName) + " --uris -- \"$" + variable
-                                       + "\"\n"});
+                                       + runArguments(setName) + " --uris -- \"$" + variable + "\"\n"});
     }
-    ActionPlan plan = TRY(planOfFiles(folder, files, true, actions.overwrites));
+    ActionPlan plan = TRY(planOfFiles(folder, files, true, overwrites));
     plan.leftOut = std::move(leftOut);
     if (files.empty())
         plan.emptyFolder = folder;
@@ -57,12 +52,12 @@ Result<ActionPlan> planOfScripts(const std::string& folder, const DesktopActions
 
 } // namespace
 
-Result<ActionPlan> planOfNautilus(const std::string& folder, const DesktopActions& actions) {
-    return planOfScripts(folder, actions, "NAUTILUS_SCRIPT_SELECTED_URIS");
+Result<ActionPlan> planOfNautilus(const std::string& folder, const DesktopActions& actions, bool overwrites) {
+    return planOfScripts(folder, actions, overwrites, "NAUTILUS_SCRIPT_SELECTED_URIS");
 }
 
-Result<ActionPlan> planOfCaja(const std::string& folder, const DesktopActions& actions) {
-    return planOfScripts(folder, actions, "CAJA_SCRIPT_SELECTED_URIS");
+Result<ActionPlan> planOfCaja(const std::string& folder, const DesktopActions& actions, bool overwrites) {
+    return planOfScripts(folder, actions, overwrites, "CAJA_SCRIPT_SELECTED_URIS");
 }
 
 } // namespace kestrine::desktop

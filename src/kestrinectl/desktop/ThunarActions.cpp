@@ -7,7 +7,9 @@
 #include "kestrinectl/desktop/DesktopTargets.h"
 #include "kestrinectl/desktop/Quoting.h"
 #include "kestrinectl/desktop/ThunarFile.h"
+#include "kestrinectl/text/MarkupText.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/Replacement.h"
 #include "platform/host/files/ContentDigest.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/FileStatus.h"
@@ -35,19 +37,14 @@ std::string idFor(const std::string& setName, const Fields& fields) {
 }
 
 /// In labels, Thunar takes "_" as the mark of a key; "__" is shown as "_".
-std::string thunarLabel(const std::string& setName) {
-    std::string label;
-    for (const char c : setName)
-        label += c == '_' ? "__" : std::string(1, c);
-    return label;
-}
+constexpr Replacement inThunarLabels[] = {{'_', "__"}};
 
 Fields fieldsFor(const std::string& setName, const DesktopActions& actions) {
     Fields fields = {
         {"icon", "image-x-generic"},
-        {"name", thunarLabel(setName)},
+        {"name", replaced(setName, inThunarLabels)},
         {"submenu", std::string(actionMenu)},
-        {"command", shellWord(actions.program) + " " + DesktopActions::runArguments(setName) + " -- %F"},
+        {"command", shellWord(actions.program) + " " + runArguments(setName) + " -- %F"},
         {"description", "Convert the selected pictures by this set"},
         {"patterns", "*"},
         {"image-files", ""},
@@ -59,7 +56,7 @@ Fields fieldsFor(const std::string& setName, const DesktopActions& actions) {
 std::string element(const Fields& fields) {
     std::string text = "<action>\n";
     for (const auto& [name, value] : fields)
-        text += "\t<" + name + (value.empty() ? "/>" : ">" + xmlText(value) + "</" + name + ">") + "\n";
+        text += "\t<" + name + (value.empty() ? "/>" : ">" + markupText(value) + "</" + name + ">") + "\n";
     return text + "</action>\n";
 }
 
@@ -118,11 +115,11 @@ std::string rewritten(const CustomActions& custom, const std::vector<const Thuna
 
 } // namespace
 
-Result<ActionPlan> planOfThunar(const std::string& path, const DesktopActions& actions) {
+Result<ActionPlan> planOfThunar(const std::string& path, const DesktopActions& actions, bool overwrites) {
     if (actions.setNames.empty() && isAbsent(path))
         return ActionPlan();
     const CustomActions custom = TRY(customActions(path));
-    ActionPlan plan{.wanted = actions.setNames.size()};
+    ActionPlan plan;
     std::vector<const ThunarAction*> ours;
     std::vector<std::string> kept; // sets whose actions were edited
     std::string existing, wanted;
@@ -131,18 +128,22 @@ Result<ActionPlan> planOfThunar(const std::string& path, const DesktopActions& a
         if (!name)
             continue;
         ++plan.installed;
-        if (idFor(*name, action.fields) == action.field("unique-id") || actions.overwrites) {
+        if (idFor(*name, action.fields) == action.field("unique-id") || overwrites) {
             ours.push_back(&action);
             existing += element(action.fields);
             continue;
         }
         kept.push_back(*name);
-        plan.obstacles.push_back("the action " + quoted(action.field("name")) + " in " + path
-                                 + " was edited and stays; --overwrite replaces it");
+        const bool isWanted = std::ranges::find(actions.setNames, *name) != actions.setNames.end();
+        plan.edited.push_back(
+            editedSentence("the action " + quoted(action.field("name")) + " in " + path, isWanted));
     }
+    plan.installedAfter = kept.size();
     for (const std::string& name : actions.setNames)
-        if (std::ranges::find(kept, name) == kept.end())
+        if (std::ranges::find(kept, name) == kept.end()) {
             wanted += element(fieldsFor(name, actions));
+            ++plan.installedAfter;
+        }
     if (existing != wanted)
         plan.changes.push_back({path, rewritten(custom, ours, wanted)});
     return plan;

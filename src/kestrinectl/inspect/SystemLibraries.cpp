@@ -6,6 +6,10 @@ namespace kestrine {
 
 const std::vector<SystemLibrary>& systemLibraries() {
     static const std::vector<SystemLibrary> libraries = {
+        {"liblcms2.so.2", "liblcms2-2", "all pictures"},
+        {"libpng16.so.16", "libpng16-16", "PNG files"},
+        {"libz.so.1", "zlib1g", "PNG files and compressed SVG drawings"},
+        {"libgif.so.7", "libgif7", "GIF files"},
         {"libtiff.so.6", "libtiff6", "TIFF files"},
         {"libwebp.so.7", "libwebp7", "WebP files"},
         {"libwebpdemux.so.2", "libwebpdemux2", "WebP files"},
@@ -17,7 +21,7 @@ const std::vector<SystemLibrary>& systemLibraries() {
         {"libopenjp2.so.7", "libopenjp2-7", "JPEG 2000 files and ICNS icons"},
         {"libraw_r.so.20", "libraw20", "camera raw files"},
         {"librsvg-2.so.2", "librsvg2-2", "SVG drawings"},
-        {"libisal.so.2", "libisal2", "fast reading of PNG files"},
+        {"libisal.so.2", "libisal2", "faster decoding of PNG"},
         {"libicuuc.so.72", "libicu72", "letters beyond ASCII in the names of sets"},
         {"libsystemd.so.0", "libsystemd0", "the desktop's dialog for choosing a folder"},
         {"libexpat.so.1", "libexpat1", "actions of Thunar"},

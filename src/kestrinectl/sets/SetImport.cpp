@@ -1,7 +1,7 @@
 #include "kestrinectl/sets/SetImport.h"
 
 #include "kestrinectl/CommandError.h"
-#include "kestrinectl/desktop/DesktopCommand.h"
+#include "kestrinectl/desktop/DesktopStatus.h"
 #include "kestrinectl/sets/SetJSON.h"
 #include "kestrinectl/sets/SetNameRules.h"
 #include "kestrinectl/text/Messages.h"

@@ -6,9 +6,8 @@
 
 namespace kestrine {
 
-/// For the content of an element and for the value of an attribute in double or single quotation marks: the
-/// characters that have a meaning in HTML become references. Control characters, marks of the reading
-/// direction and bytes that are not valid UTF-8 are escaped as shownText() does for a terminal.
+/// As markupText(). Before, control characters, marks of the reading direction and bytes that are not valid
+/// UTF-8 are escaped as shownText() does for a terminal.
 std::string htmlText(std::string_view bytes);
 
 } // namespace kestrine

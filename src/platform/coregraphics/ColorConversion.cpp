@@ -76,7 +76,7 @@ std::optional<Matrix<double>> primaries(const ColorProfile& profile) {
     constexpr cmsTagSignature tags[] = {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
     Matrix<double> matrix;
     for (std::size_t column = 0; column < 3; ++column) {
-        const auto* color = static_cast<const cmsCIEXYZ*>(cmsReadTag(handle.get(), tags[column]));
+        const auto* color = static_cast<const cmsCIEXYZ*>(colorLibrary().readTag(handle.get(), tags[column]));
         matrix[0][column] = color->X;
         matrix[1][column] = color->Y;
         matrix[2][column] = color->Z;

@@ -40,15 +40,17 @@ bool hasFittingHeader(ByteView profile, cmsColorSpaceSignature space) {
 }
 
 bool isReadableTable(const ProfileHandle& profile, cmsTagSignature tag, cmsColorSpaceSignature space) {
-    const auto* table = static_cast<const cmsPipeline*>(cmsReadTag(profile.get(), tag));
-    return table && cmsPipelineInputChannels(table) == cmsChannelsOf(space)
-           && cmsPipelineOutputChannels(table) == 3;
+    const auto* table = static_cast<const cmsPipeline*>(colorLibrary().readTag(profile.get(), tag));
+    return table && colorLibrary().inputChannels(table) == colorLibrary().channelsOf(space)
+           && colorLibrary().outputChannels(table) == 3;
 }
 
 bool canConvert(const ProfileHandle& profile, cmsColorSpaceSignature space) {
-    const auto isThere = [&](cmsTagSignature tag) { return cmsIsTag(profile.get(), tag) != 0; };
+    const auto isThere = [&](cmsTagSignature tag) { return colorLibrary().isTag(profile.get(), tag) != 0; };
     const auto isCurve = [&](cmsTagSignature tag) { return parseCurveTag(rawTag(profile, tag)).has_value(); };
-    const auto isColor = [&](cmsTagSignature tag) { return cmsReadTag(profile.get(), tag) != nullptr; };
+    const auto isColor = [&](cmsTagSignature tag) {
+        return colorLibrary().readTag(profile.get(), tag) != nullptr;
+    };
     if (const auto* table = std::ranges::find_if(tableTags, isThere); table != tableTags.end())
         return isReadableTable(profile, *table, space);
     if (space == cmsSigGrayData)
@@ -62,7 +64,7 @@ TransformHandle makeTransform(const ContextHandle& context, const ProfileHandle&
     const ProfileHandle space = openPictureProfile(context, target.bytes(), cmsSigRgbData);
     if (!space)
         return nullptr;
-    return TransformHandle(cmsCreateTransformTHR(
+    return TransformHandle(colorLibrary().createTransform(
         context.get(), source.get(), from, space.get(), to, INTENT_RELATIVE_COLORIMETRIC,
         flags | cmsFLAGS_BLACKPOINTCOMPENSATION | cmsFLAGS_COPY_ALPHA));
 }
@@ -70,10 +72,10 @@ TransformHandle makeTransform(const ContextHandle& context, const ProfileHandle&
 } // namespace
 
 ContextHandle makeContext() {
-    ContextHandle context(cmsCreateContext(nullptr, nullptr));
+    ContextHandle context(colorLibrary().createContext(nullptr, nullptr));
     if (!context)
         throw std::bad_alloc();
-    cmsSetLogErrorHandlerTHR(context.get(), [](cmsContext, cmsUInt32Number, const char*) {});
+    colorLibrary().setErrorHandler(context.get(), [](cmsContext, cmsUInt32Number, const char*) {});
     return context;
 }
 
@@ -90,19 +92,20 @@ ProfileHandle openPictureProfile(const ContextHandle& context, ByteView icc, cms
     if (size == 0 || !hasFittingHeader(icc, space))
         return nullptr;
     ProfileHandle profile(
-        cmsOpenProfileFromMemTHR(context.get(), icc.data(), static_cast<cmsUInt32Number>(size)));
+        colorLibrary().openProfile(context.get(), icc.data(), static_cast<cmsUInt32Number>(size)));
     return profile && canConvert(profile, space) ? std::move(profile) : nullptr;
 }
 
 Bytes rawTag(const ProfileHandle& profile, cmsTagSignature tag) {
-    Bytes bytes(cmsReadRawTag(profile.get(), tag, nullptr, 0));
-    bytes.resize(cmsReadRawTag(profile.get(), tag, bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+    Bytes bytes(colorLibrary().readRawTag(profile.get(), tag, nullptr, 0));
+    bytes.resize(colorLibrary().readRawTag(profile.get(), tag, bytes.data(),
+                                           static_cast<cmsUInt32Number>(bytes.size())));
     return bytes;
 }
 
 bool convertsByTable(const ProfileHandle& profile) {
-    return std::ranges::any_of(tableTags,
-                               [&](cmsTagSignature tag) { return cmsIsTag(profile.get(), tag) != 0; });
+    return std::ranges::any_of(
+        tableTags, [&](cmsTagSignature tag) { return colorLibrary().isTag(profile.get(), tag) != 0; });
 }
 
 std::unique_ptr<TransformIntoRGB> TransformIntoRGB::ofProfile(ByteView icc, cmsColorSpaceSignature space,
@@ -122,7 +125,7 @@ std::unique_ptr<TransformIntoRGB> TransformIntoRGB::ofProfile(ByteView icc, cmsC
 std::unique_ptr<TransformIntoRGB> TransformIntoRGB::ofLab(cmsUInt32Number from, cmsUInt32Number to,
                                                           cmsUInt32Number flags) {
     ContextHandle context = makeContext();
-    const ProfileHandle source(cmsCreateLab4ProfileTHR(context.get(), cmsD50_xyY()));
+    const ProfileHandle source(colorLibrary().createLabProfile(context.get(), colorLibrary().d50()));
     TransformHandle transform =
         source ? makeTransform(context, source, from, to, flags, ColorProfile::sRGB()) : nullptr;
     if (!transform)

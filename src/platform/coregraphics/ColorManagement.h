@@ -2,23 +2,23 @@
 // use has its own context, so that threads share nothing. Contexts never print messages.
 #pragma once
 
+#include "platform/coregraphics/ColorLibrary.h"
 #include "platform/coregraphics/ColorProfile.h"
 #include "platform/host/Bytes.h"
 
-#include <lcms2.h>
 #include <memory>
 #include <type_traits>
 
 namespace kestrine {
 
 struct ContextDeleter {
-    void operator()(cmsContext context) const { cmsDeleteContext(context); }
+    void operator()(cmsContext context) const { colorLibrary().deleteContext(context); }
 };
 struct ProfileDeleter {
-    void operator()(cmsHPROFILE profile) const { cmsCloseProfile(profile); }
+    void operator()(cmsHPROFILE profile) const { colorLibrary().closeProfile(profile); }
 };
 struct TransformDeleter {
-    void operator()(cmsHTRANSFORM transform) const { cmsDeleteTransform(transform); }
+    void operator()(cmsHTRANSFORM transform) const { colorLibrary().deleteTransform(transform); }
 };
 /// Objects made in a context must be destroyed before it, so declare the context first.
 using ContextHandle = std::unique_ptr<std::remove_pointer_t<cmsContext>, ContextDeleter>;
@@ -58,7 +58,7 @@ public:
                                                    cmsUInt32Number flags);
 
     void convert(const std::uint8_t* from, std::uint8_t* to, std::size_t pixels) {
-        cmsDoTransform(transform_.get(), from, to, static_cast<cmsUInt32Number>(pixels));
+        colorLibrary().transform(transform_.get(), from, to, static_cast<cmsUInt32Number>(pixels));
     }
 
 private:

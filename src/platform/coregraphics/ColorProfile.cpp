@@ -14,12 +14,12 @@ namespace kestrine {
 namespace {
 
 struct CurveDeleter {
-    void operator()(cmsToneCurve* curve) const { cmsFreeToneCurve(curve); }
+    void operator()(cmsToneCurve* curve) const { colorLibrary().freeCurve(curve); }
 };
 using CurveHandle = std::unique_ptr<cmsToneCurve, CurveDeleter>;
 
 struct DescriptionDeleter {
-    void operator()(cmsMLU* text) const { cmsMLUfree(text); }
+    void operator()(cmsMLU* text) const { colorLibrary().freeText(text); }
 };
 using DescriptionHandle = std::unique_ptr<cmsMLU, DescriptionDeleter>;
 
@@ -61,18 +61,19 @@ cmsCIExyY withFullLight(Chromaticities::Point point) { return {point.x, point.y,
 ProfileHandle makeProfile(const ContextHandle& context, const CurveHandle& curve,
                           const Chromaticities& colors, ColorModel model) {
     if (model == ColorModel::gray)
-        return ProfileHandle(cmsCreateGrayProfileTHR(context.get(), cmsD50_xyY(), curve.get()));
+        return ProfileHandle(
+            colorLibrary().createGrayProfile(context.get(), colorLibrary().d50(), curve.get()));
     const cmsCIExyY white = withFullLight(colors.white);
     const cmsCIExyYTRIPLE primaries = {withFullLight(colors.red), withFullLight(colors.green),
                                        withFullLight(colors.blue)};
     cmsToneCurve* const curves[] = {curve.get(), curve.get(), curve.get()};
-    return ProfileHandle(cmsCreateRGBProfileTHR(context.get(), &white, &primaries, curves));
+    return ProfileHandle(colorLibrary().createRGBProfile(context.get(), &white, &primaries, curves));
 }
 
 void describe(const ContextHandle& context, const ProfileHandle& profile, const char* description) {
-    const DescriptionHandle text(cmsMLUalloc(context.get(), 1));
-    if (!text || !cmsMLUsetASCII(text.get(), "en", "US", description)
-        || !cmsWriteTag(profile.get(), cmsSigProfileDescriptionTag, text.get()))
+    const DescriptionHandle text(colorLibrary().makeText(context.get(), 1));
+    if (!text || !colorLibrary().setText(text.get(), "en", "US", description)
+        || !colorLibrary().writeTag(profile.get(), cmsSigProfileDescriptionTag, text.get()))
         throw std::bad_alloc();
 }
 
@@ -88,10 +89,10 @@ void fixHeader(Bytes& profile) {
 /// The bytes of the profile; null if its numbers cannot be stored.
 std::shared_ptr<const Bytes> save(const ProfileHandle& profile) {
     cmsUInt32Number size = 0;
-    if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size))
+    if (!profile || !colorLibrary().saveProfile(profile.get(), nullptr, &size))
         return nullptr;
     Bytes bytes(size);
-    if (!cmsSaveProfileToMem(profile.get(), bytes.data(), &size))
+    if (!colorLibrary().saveProfile(profile.get(), bytes.data(), &size))
         return nullptr;
     fixHeader(bytes);
     return std::make_shared<const Bytes>(std::move(bytes));
@@ -105,13 +106,13 @@ double versionForGamma(double gamma) {
 std::shared_ptr<const Bytes> gammaProfile(double gamma, const Chromaticities& primaries, ColorModel model,
                                           const char* description) {
     const ContextHandle context = makeContext();
-    const CurveHandle curve(cmsBuildGamma(context.get(), gamma));
+    const CurveHandle curve(colorLibrary().buildGamma(context.get(), gamma));
     if (!curve)
         throw std::bad_alloc();
     const ProfileHandle profile = makeProfile(context, curve, primaries, model);
     if (!profile)
         return nullptr;
-    cmsSetProfileVersion(profile.get(), versionForGamma(gamma));
+    colorLibrary().setProfileVersion(profile.get(), versionForGamma(gamma));
     describe(context, profile, description);
     return save(profile);
 }
@@ -121,13 +122,13 @@ std::shared_ptr<const Bytes> profileWithSRGBCurve(const Chromaticities& primarie
     constexpr int linearThenPower = 4; // y = (a x + b) ^ g for x >= d, otherwise c x
     constexpr double parameters[] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
     const ContextHandle context = makeContext();
-    const CurveHandle curve(cmsBuildParametricToneCurve(context.get(), linearThenPower, parameters));
+    const CurveHandle curve(colorLibrary().buildParametricCurve(context.get(), linearThenPower, parameters));
     if (!curve)
         throw std::bad_alloc();
     const ProfileHandle profile = makeProfile(context, curve, primaries, ColorModel::rgb);
     if (!profile)
         return nullptr;
-    cmsSetProfileVersion(profile.get(), newVersion);
+    colorLibrary().setProfileVersion(profile.get(), newVersion);
     describe(context, profile, description);
     return save(profile);
 }

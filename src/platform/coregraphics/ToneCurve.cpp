@@ -75,7 +75,7 @@ std::optional<std::vector<ToneCurve>> readCurves(const ProfileHandle& profile, C
     constexpr cmsTagSignature rgb[] = {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
     const bool isGray = model == ColorModel::gray;
     // The curve of a grey profile gives neutral grey in its connection space: light (XYZ) or lightness (Lab).
-    const bool isLightness = isGray && cmsGetPCS(profile.get()) == cmsSigLabData;
+    const bool isLightness = isGray && colorLibrary().connectionSpace(profile.get()) == cmsSigLabData;
     std::vector<ToneCurve> curves;
     for (const cmsTagSignature tag : isGray ? std::span<const cmsTagSignature>(gray) : rgb) {
         const std::optional<ToneCurve> curve = readCurve(profile, tag);

@@ -68,8 +68,10 @@ namespace kestrine::jpeg {
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
 }
 namespace kestrine::png {
+/// Opens the libraries of the encoder.
+void openLibraries();
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
-}
+} // namespace kestrine::png
 namespace kestrine::gif {
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
 }

@@ -1,3 +1,4 @@
+#include "platform/coregraphics/ColorLibrary.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/OutputFormats.h"
 #include "platform/imageio/Plausibility.h"
@@ -59,6 +60,8 @@ std::uint32_t librariesOf(const OutputFormat& format) {
 }
 
 void openLibraries(std::uint32_t chosen) {
+    (void)installedColorLibrary();
+    png::openLibraries(); // PNG is what results become whose format is not written
     for (const ImageCodec* codec : codecs)
         if ((chosen & librariesOf(*codec)) != 0)
             codec->openLibraries();
@@ -83,6 +86,8 @@ Result<std::unique_ptr<ImageDecoder>> openImage(const std::shared_ptr<const Byte
 
 Result<std::unique_ptr<ImageDecoder>> openImage(std::shared_ptr<const ByteReader> reader,
                                                 const ImageCodec& codec) {
+    if (const auto& colors = installedColorLibrary(); !colors)
+        return colors.failure();
     std::unique_ptr<ImageDecoder> decoder = TRY(codec.open(reader));
     for (const FrameDescription& frame : decoder->frames())
         TRY(checkPlausible(frame, reader->size()));

@@ -12,8 +12,8 @@ TEST(Notification, optionsEndBeforeTheTexts) {
 }
 
 TEST(Notification, linesAreShownAsTheyAre) {
-    EXPECT_EQ(notificationArguments("", {"<b>", "a\\n\xff", "x\ny"}).back(),
-              "&lt;b&gt;\na\\\\n\\\\xff\nx\\\\ny");
+    EXPECT_EQ(notificationArguments("", {"<b>'", "a\\n\xff", "x\ny"}).back(),
+              "&lt;b&gt;&#39;\na\\\\n\\\\xff\nx\\\\ny");
 }
 
 } // namespace

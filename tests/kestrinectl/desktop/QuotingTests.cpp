@@ -25,10 +25,6 @@ TEST(Quoting, valuesOfKeyFilesKeepSpacesAtTheEnds) {
     EXPECT_EQ(keyFileValue(""), "");
 }
 
-TEST(Quoting, xmlHasNoMarkupLeft) {
-    EXPECT_EQ(xmlText("<a b='\"'>&amp;"), "&lt;a b=&apos;&quot;&apos;&gt;&amp;amp;");
-}
-
 TEST(Quoting, wordsOfSetsHaveNoSpecialCharacters) {
     EXPECT_EQ(wordOfSetName("Web_2.x-y"), "Web_2.x-y");
     EXPECT_EQ(wordOfSetName("-l"), "=2Dl");

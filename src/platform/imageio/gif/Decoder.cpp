@@ -5,11 +5,11 @@
 #include "platform/imageio/ForwardReader.h"
 #include "platform/imageio/HeldReader.h"
 #include "platform/imageio/gif/CodeCheck.h"
+#include "platform/imageio/gif/Library.h"
 #include "platform/imageio/gif/PictureCount.h"
 
 #include <algorithm>
 #include <array>
-#include <gif_lib.h>
 #include <span>
 
 namespace kestrine::gif {
@@ -20,7 +20,7 @@ namespace {
 constexpr std::uint64_t maximumPixelsPerByte = 4096 * 8 / 12;
 
 struct CloseGIF {
-    void operator()(GifFileType* file) const { DGifCloseFile(file, nullptr); }
+    void operator()(GifFileType* file) const { (*installedFunctions()).close(file, nullptr); }
 };
 using Handle = std::unique_ptr<GifFileType, CloseGIF>;
 
@@ -55,13 +55,14 @@ public:
 
     /// Reads the indices of the next row, in stored order.
     Result<void> readIndices(std::span<std::uint8_t> row) {
-        if (DGifGetLine(file_.get(), row.data(), static_cast<int>(row.size())) != GIF_OK)
+        if (giflib_.readIndices(file_.get(), row.data(), static_cast<int>(row.size())) != GIF_OK)
             return failureOf(file_->Error);
         return {};
     }
 
 private:
-    explicit Stream(std::shared_ptr<const ByteReader> reader) : reader_(reader), input_(std::move(reader)) {}
+    Stream(const Functions& giflib, std::shared_ptr<const ByteReader> reader)
+        : giflib_(giflib), reader_(reader), input_(std::move(reader)) {}
 
     static int read(GifFileType* file, GifByteType* into, int count) {
         auto& input = *static_cast<ForwardReader*>(file->UserData);
@@ -71,6 +72,7 @@ private:
     Result<void> readExtension();
     Result<void> layOut();
 
+    const Functions& giflib_;
     const std::shared_ptr<const ByteReader> reader_;
     ForwardReader input_;
     Handle file_;
@@ -78,9 +80,11 @@ private:
 };
 
 Result<std::unique_ptr<Stream>> Stream::open(std::shared_ptr<const ByteReader> reader) {
-    std::unique_ptr<Stream> stream(new Stream(std::move(reader)));
+    if (!installedFunctions())
+        return installedFunctions().failure();
+    std::unique_ptr<Stream> stream(new Stream(*installedFunctions(), std::move(reader)));
     int error = 0;
-    stream->file_.reset(DGifOpen(&stream->input_, read, &error));
+    stream->file_.reset(stream->giflib_.open(&stream->input_, read, &error));
     if (!stream->file_)
         return failureOf(error);
     TRY(stream->goToPicture());
@@ -91,11 +95,11 @@ Result<std::unique_ptr<Stream>> Stream::open(std::shared_ptr<const ByteReader> r
 /// Reads the descriptor of the first picture and the extensions before it.
 Result<void> Stream::goToPicture() {
     GifRecordType record = UNDEFINED_RECORD_TYPE;
-    while (DGifGetRecordType(file_.get(), &record) == GIF_OK) {
+    while (giflib_.readRecordType(file_.get(), &record) == GIF_OK) {
         if (record == TERMINATE_RECORD_TYPE)
             return Failure{Reason::empty, "the GIF file holds no picture"};
         if (record == IMAGE_DESC_RECORD_TYPE)
-            return DGifGetImageDesc(file_.get()) == GIF_OK ? Result<void>{} : failureOf(file_->Error);
+            return giflib_.readDescriptor(file_.get()) == GIF_OK ? Result<void>{} : failureOf(file_->Error);
         TRY(readExtension());
     }
     return failureOf(file_->Error);
@@ -105,16 +109,16 @@ Result<void> Stream::goToPicture() {
 Result<void> Stream::readExtension() {
     int code = 0;
     GifByteType* block = nullptr;
-    int status = DGifGetExtension(file_.get(), &code, &block);
+    int status = giflib_.readExtension(file_.get(), &code, &block);
     GraphicsControlBlock control{};
     if (status == GIF_OK && block && code == GRAPHICS_EXT_FUNC_CODE
-        && DGifExtensionToGCB(block[0], block + 1, &control) == GIF_OK) {
+        && giflib_.parseControl(block[0], block + 1, &control) == GIF_OK) {
         layout_.transparent.reset();
         if (control.TransparentColor != NO_TRANSPARENT_COLOR)
             layout_.transparent = static_cast<std::uint8_t>(control.TransparentColor);
     }
     while (status == GIF_OK && block)
-        status = DGifGetExtensionNext(file_.get(), &block);
+        status = giflib_.readExtensionBlock(file_.get(), &block);
     return status == GIF_OK ? Result<void>{} : failureOf(file_->Error);
 }
 
@@ -157,7 +161,7 @@ bool Stream::hasSoundCodes() {
     CodeCheck check(bits, std::uint64_t{layout_.width} * layout_.height);
     while (!check.isComplete()) {
         int code = 0;
-        if (DGifGetLZCodes(file_.get(), &code) != GIF_OK || !check.accepts(code))
+        if (giflib_.readCode(file_.get(), &code) != GIF_OK || !check.accepts(code))
             return false;
     }
     return true;
@@ -383,6 +387,6 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec = {"GIF", recognises, open};
+const ImageCodec codec = {"GIF", recognises, open, [] { (void)installedFunctions(); }};
 
 } // namespace kestrine::gif

@@ -55,7 +55,8 @@ double perInch(std::uint32_t perMeter) {
 std::optional<Resolution> storedResolution(const LibraryReader& file) {
     png_uint_32 horizontal = 0, vertical = 0;
     int unit = PNG_RESOLUTION_UNKNOWN;
-    if (!png_get_pHYs(file.png(), file.info(), &horizontal, &vertical, &unit) || unit != PNG_RESOLUTION_METER)
+    if (!libpng().getPHYs(file.png(), file.info(), &horizontal, &vertical, &unit)
+        || unit != PNG_RESOLUTION_METER)
         return std::nullopt;
     return plausibleResolution(perInch(horizontal), perInch(vertical));
 }
@@ -65,7 +66,7 @@ std::optional<ColorProfile> embeddedProfile(const LibraryReader& file, ColorMode
     png_bytep icc = nullptr;
     png_uint_32 length = 0;
     int method = 0;
-    if (!png_get_iCCP(file.png(), file.info(), &name, &method, &icc, &length))
+    if (!libpng().getICCP(file.png(), file.info(), &name, &method, &icc, &length))
         return std::nullopt;
     return ColorProfile::fromICC(ByteView(icc, length), model);
 }
@@ -73,7 +74,8 @@ std::optional<ColorProfile> embeddedProfile(const LibraryReader& file, ColorMode
 /// The primaries in cHRM, or those of sRGB if there is no cHRM or it equals them within rounding.
 Chromaticities storedPrimaries(const LibraryReader& file) {
     png_fixed_point v[8];
-    if (!png_get_cHRM_fixed(file.png(), file.info(), &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7]))
+    if (!libpng().getCHRMFixed(file.png(), file.info(), &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6],
+                               &v[7]))
         return sRGBChromaticities;
     const auto point = [&](int i) {
         return Chromaticities::Point{v[2 * i] / double{PNG_FP_1}, v[2 * i + 1] / double{PNG_FP_1}};
@@ -95,7 +97,7 @@ Chromaticities storedPrimaries(const LibraryReader& file) {
 std::optional<ColorProfile> calibratedProfile(const LibraryReader& file, ColorModel model) {
     constexpr double standardGamma = 0.45455, tolerance = 0.01;
     png_fixed_point fixed = 0;
-    if (!png_get_gAMA_fixed(file.png(), file.info(), &fixed) || fixed <= 0)
+    if (!libpng().getGAMAFixed(file.png(), file.info(), &fixed) || fixed <= 0)
         return std::nullopt;
     const double gamma = fixed / double{PNG_FP_1};
     const Chromaticities primaries = model == ColorModel::gray ? sRGBChromaticities : storedPrimaries(file);
@@ -108,9 +110,9 @@ std::optional<ColorProfile> storedProfile(const LibraryReader& file, ColorModel 
                                           const ExifFacts& exif) {
     if (std::optional<ColorProfile> profile = embeddedProfile(file, model))
         return profile;
-    if (png_get_valid(file.png(), file.info(), PNG_INFO_sRGB))
+    if (libpng().getValid(file.png(), file.info(), PNG_INFO_sRGB))
         return std::nullopt;
-    if (png_get_valid(file.png(), file.info(), PNG_INFO_gAMA))
+    if (libpng().getValid(file.png(), file.info(), PNG_INFO_gAMA))
         return calibratedProfile(file, model);
     if (exif.isAdobeRGB && model == ColorModel::rgb)
         return ColorProfile::adobeRGB();
@@ -121,7 +123,7 @@ Bytes storedColorTable(const LibraryReader& file) {
     png_colorp colors = nullptr;
     int count = 0;
     Bytes table;
-    if (!file.isIndexed() || !png_get_PLTE(file.png(), file.info(), &colors, &count))
+    if (!file.isIndexed() || !libpng().getPLTE(file.png(), file.info(), &colors, &count))
         return table;
     for (int i = 0; i < count; ++i)
         table.insert(table.end(), {colors[i].red, colors[i].green, colors[i].blue});
@@ -210,6 +212,9 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 
 } // namespace
 
-const ImageCodec codec{"PNG", recognises, open, [] { (void)inflateFunctions(); }};
+const ImageCodec codec{"PNG", recognises, open, [] {
+                           (void)installedFunctions();
+                           (void)inflateFunctions();
+                       }};
 
 } // namespace kestrine::png

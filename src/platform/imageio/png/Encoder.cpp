@@ -5,6 +5,7 @@
 
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/Zlib.h"
 #include "platform/imageio/png/Library.h"
 #include "platform/imageio/png/fast/BigEndianWords.h"
 #include "platform/imageio/png/fast/Chunk.h"
@@ -70,21 +71,29 @@ public:
     Header(const RowFormat& format, const EncodingOptions& options, const IndexedPicture* indexed = nullptr)
         : format_(format), indexed_(indexed), profile_(paddedProfile(options.profile)),
           resolution_(plausibleResolution(options.resolution.horizontal, options.resolution.vertical)) {
-        png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, keepWarning);
-        info_ = png_ ? png_create_info_struct(png_) : nullptr;
+        if (installedFunctions())
+            png_ = libpng().createWriteStruct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, keepWarning);
+        info_ = png_ ? libpng().createInfoStruct(png_) : nullptr;
     }
-    ~Header() { png_destroy_write_struct(&png_, &info_); }
+    ~Header() {
+        if (png_ != nullptr)
+            libpng().destroyWriteStruct(&png_, &info_);
+    }
     Header(const Header&) = delete;
     Header& operator=(const Header&) = delete;
 
     Result<Bytes> make() {
+        if (!installedFunctions())
+            return installedFunctions().failure();
+        if (!installedZlib())
+            return installedZlib().failure();
         if (!info_)
             return Failure{Reason::unsupported, "libpng cannot be used"};
-        png_set_benign_errors(png_, 1); // a profile that libpng rejects is left out
+        libpng().setBenignErrors(png_, 1); // a profile that libpng rejects is left out
         const bool isMade = succeedsInLibrary(png_, [this] {
-            png_set_write_fn(png_, &output_, writeOutput, nullptr);
+            libpng().setWriteFn(png_, &output_, writeOutput, nullptr);
             setInformation();
-            png_write_info(png_, info_);
+            libpng().writeInfo(png_, info_);
         });
         if (isMade)
             return std::move(output_.bytes);
@@ -96,23 +105,23 @@ public:
 
 private:
     static void writeOutput(png_structp png, png_bytep bytes, std::size_t count) {
-        if (!static_cast<Output*>(png_get_io_ptr(png))->append(ByteView(bytes, count)))
-            png_error(png, "not enough memory");
+        if (!static_cast<Output*>(libpng().getIoPtr(png))->append(ByteView(bytes, count)))
+            libpng().fail(png, "not enough memory");
     }
 
     void setInformation() {
         const int bits =
             indexed_ != nullptr ? indexed_->bits() : static_cast<int>(8 * format_.bytesPerSample());
-        png_set_IHDR(png_, info_, format_.width, format_.height, bits,
-                     indexed_ != nullptr ? PNG_COLOR_TYPE_PALETTE : colorType(format_), PNG_INTERLACE_NONE,
-                     PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+        libpng().setIHDR(png_, info_, format_.width, format_.height, bits,
+                         indexed_ != nullptr ? PNG_COLOR_TYPE_PALETTE : colorType(format_),
+                         PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
         if (indexed_ != nullptr)
             setPalette();
-        png_set_pHYs(png_, info_, perMeter(resolution_.horizontal), perMeter(resolution_.vertical),
-                     PNG_RESOLUTION_METER);
+        libpng().setPHYs(png_, info_, perMeter(resolution_.horizontal), perMeter(resolution_.vertical),
+                         PNG_RESOLUTION_METER);
         if (!profile_.empty())
-            png_set_iCCP(png_, info_, "ICC Profile", PNG_COMPRESSION_TYPE_BASE, profile_.data(),
-                         static_cast<png_uint_32>(profile_.size()));
+            libpng().setICCP(png_, info_, "ICC Profile", PNG_COMPRESSION_TYPE_BASE, profile_.data(),
+                             static_cast<png_uint_32>(profile_.size()));
     }
 
     void setPalette() {
@@ -123,9 +132,9 @@ private:
             if (color.alpha != 255)
                 alphas.push_back(color.alpha);
         }
-        png_set_PLTE(png_, info_, colors.data(), static_cast<int>(colors.size()));
+        libpng().setPLTE(png_, info_, colors.data(), static_cast<int>(colors.size()));
         if (!alphas.empty())
-            png_set_tRNS(png_, info_, alphas.data(), static_cast<int>(alphas.size()), nullptr);
+            libpng().setTRNS(png_, info_, alphas.data(), static_cast<int>(alphas.size()), nullptr);
     }
 
     const RowFormat format_;
@@ -226,6 +235,11 @@ Result<Bytes> encodeQuickly(RowSource& rows, const EncodingOptions& options) {
 }
 
 } // namespace
+
+void openLibraries() {
+    (void)installedFunctions();
+    (void)installedZlib();
+}
 
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     if (!rows.format().isWithinLimits())

@@ -21,50 +21,58 @@ constexpr std::string_view skippedChunks{"bKGD\0eXIf\0hIST\0iTXt\0oFFs\0pCAL\0sB
 constexpr std::string_view calibrationChunks{"cHRM\0gAMA\0sRGB\0", 3 * chunkNameBytes};
 
 void skipChunks(png_structp png, std::string_view names) {
-    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, reinterpret_cast<png_const_bytep>(names.data()),
-                                static_cast<int>(names.size() / chunkNameBytes));
+    libpng().setKeepUnknownChunks(png, PNG_HANDLE_CHUNK_NEVER,
+                                  reinterpret_cast<png_const_bytep>(names.data()),
+                                  static_cast<int>(names.size() / chunkNameBytes));
 }
 
-/// Length and type of the first IDAT chunk, which png_read_info() has already read.
+/// Length and type of the first IDAT chunk, which libpng().readInfo() has already read.
 constexpr std::uint64_t chunkHeadBytes = 8;
 
 void readInput(png_structp png, png_bytep into, std::size_t count) {
-    if (static_cast<ForwardReader*>(png_get_io_ptr(png))->read({into, count}) < count)
-        png_error(png, "the file ends too early");
+    if (static_cast<ForwardReader*>(libpng().getIoPtr(png))->read({into, count}) < count)
+        libpng().fail(png, "the file ends too early");
 }
 
 } // namespace
 
 LibraryReader::LibraryReader(std::shared_ptr<const ByteReader> reader, Calibration calibration)
     : calibration_(calibration), input_(std::move(reader), 0, bufferBytes) {
-    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, keepWarning);
-    info_ = png_ ? png_create_info_struct(png_) : nullptr;
+    if (installedFunctions())
+        png_ = libpng().createReadStruct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, keepWarning);
+    info_ = png_ ? libpng().createInfoStruct(png_) : nullptr;
 }
 
-LibraryReader::~LibraryReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
+LibraryReader::~LibraryReader() {
+    if (png_ != nullptr)
+        libpng().destroyReadStruct(&png_, &info_, nullptr);
+}
 
 Result<void> LibraryReader::readHeader() {
+    if (!installedFunctions())
+        return installedFunctions().failure();
     if (!info_)
         return Failure{Reason::unsupported, "libpng cannot be used"};
     return run([this] {
-        png_set_read_fn(png_, &input_, readInput);
+        libpng().setReadFn(png_, &input_, readInput);
         // Of a file that ends too early, less than this is lost.
-        png_set_compression_buffer_size(png_, compressedBytesAtOnce);
-        png_set_user_limits(png_, maximumSide, maximumSide);
-        png_set_chunk_malloc_max(png_, maximumChunkBytes);
+        libpng().setCompressionBufferSize(png_, compressedBytesAtOnce);
+        libpng().setUserLimits(png_, maximumSide, maximumSide);
+        libpng().setMaxChunkBytes(png_, maximumChunkBytes);
         skipChunks(png_, skippedChunks);
         if (calibration_ == Calibration::skipped)
             skipChunks(png_, calibrationChunks);
-        png_read_info(png_, info_);
-        storedColorType_ = png_get_color_type(png_, info_);
-        storedRowBytes_ = png_get_rowbytes(png_, info_);
-        storedBitsPerPixel_ = std::size_t{png_get_channels(png_, info_)} * png_get_bit_depth(png_, info_);
+        libpng().readInfo(png_, info_);
+        storedColorType_ = libpng().getColorType(png_, info_);
+        storedRowBytes_ = libpng().getRowbytes(png_, info_);
+        storedBitsPerPixel_ =
+            std::size_t{libpng().getChannels(png_, info_)} * libpng().getBitDepth(png_, info_);
         readAlphaOfIndices();
         offsetOfPixels_ = input_.offset() - chunkHeadBytes;
-        png_set_expand(png_);
+        libpng().setExpand(png_);
         if constexpr (std::endian::native == std::endian::little)
-            png_set_swap(png_);
-        png_read_update_info(png_, info_);
+            libpng().setSwap(png_);
+        libpng().readUpdateInfo(png_, info_);
     });
 }
 
@@ -72,35 +80,37 @@ void LibraryReader::readAlphaOfIndices() {
     alphaOfIndices_.fill(255);
     png_bytep alpha = nullptr;
     int count = 0;
-    if (isIndexed() && png_get_tRNS(png_, info_, &alpha, &count, nullptr) && alpha)
+    if (isIndexed() && libpng().getTRNS(png_, info_, &alpha, &count, nullptr) && alpha)
         std::copy_n(alpha, count, alphaOfIndices_.begin());
 }
 
 RowFormat LibraryReader::format() const {
-    const std::uint8_t type = png_get_color_type(png_, info_);
-    return {.width = png_get_image_width(png_, info_),
-            .height = png_get_image_height(png_, info_),
+    const std::uint8_t type = libpng().getColorType(png_, info_);
+    return {.width = libpng().getImageWidth(png_, info_),
+            .height = libpng().getImageHeight(png_, info_),
             .model = type & PNG_COLOR_MASK_COLOR ? ColorModel::rgb : ColorModel::gray,
             .hasAlpha = (type & PNG_COLOR_MASK_ALPHA) != 0,
-            .depth = png_get_bit_depth(png_, info_) == 16 ? SampleDepth::bits16 : SampleDepth::bits8};
+            .depth = libpng().getBitDepth(png_, info_) == 16 ? SampleDepth::bits16 : SampleDepth::bits8};
 }
 
-bool LibraryReader::isInterlaced() const { return png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE; }
+bool LibraryReader::isInterlaced() const {
+    return libpng().getInterlaceType(png_, info_) != PNG_INTERLACE_NONE;
+}
 
 bool LibraryReader::deliversAsStored() const {
     return !isIndexed() && storedBitsPerPixel_ == 8 * format().bytesPerPixel();
 }
 
 std::uint64_t LibraryReader::storedBytes() const {
-    return (storedRowBytes_ + 1) * png_get_image_height(png_, info_);
+    return (storedRowBytes_ + 1) * libpng().getImageHeight(png_, info_);
 }
 
 Result<void> LibraryReader::readRow(std::span<std::uint8_t> row) {
-    return run([&] { png_read_row(png_, row.data(), nullptr); });
+    return run([&] { libpng().readRow(png_, row.data(), nullptr); });
 }
 
 Result<void> LibraryReader::finish() {
-    return run([this] { png_read_end(png_, nullptr); });
+    return run([this] { libpng().readEnd(png_, nullptr); });
 }
 
 template <class Step>

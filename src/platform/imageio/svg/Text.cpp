@@ -1,9 +1,10 @@
 #include "platform/imageio/svg/Text.h"
 
+#include "platform/imageio/Zlib.h"
+
 #include <algorithm>
 #include <memory>
 #include <string_view>
-#include <zlib.h>
 
 namespace kestrine::svg {
 
@@ -64,21 +65,22 @@ bool isNamedSVG(std::string_view element) {
 Result<Bytes> decompressed(const Bytes& file) {
     constexpr int withHeaderOfGzip = 15 + 16;
     Bytes piece(1 << 16);
-    z_stream stream{};
-    if (inflateInit2(&stream, withHeaderOfGzip) != Z_OK)
+    if (!installedZlib())
+        return installedZlib().failure();
+    InflateStream stream(withHeaderOfGzip);
+    if (!stream.isReady())
         return Failure{Reason::outOfMemory, "not enough memory"};
-    const std::unique_ptr<z_stream, int (*)(z_stream*)> owner(&stream, inflateEnd);
-    stream.next_in = const_cast<Bytef*>(file.data()); // is not written
-    stream.avail_in = static_cast<uInt>(file.size());
+    stream->next_in = const_cast<Bytef*>(file.data()); // is not written
+    stream->avail_in = static_cast<uInt>(file.size());
     Bytes text;
     for (int status = Z_OK; status != Z_STREAM_END;) {
         if (text.size() >= maxTextBytes)
             return Failure{Reason::tooLarge, "the SVG drawing has more than 64 MiB of text"};
-        stream.next_out = piece.data();
-        stream.avail_out = static_cast<uInt>(piece.size());
-        status = inflate(&stream, Z_NO_FLUSH);
-        text.insert(text.end(), piece.data(), stream.next_out);
-        if (status == Z_BUF_ERROR || (status == Z_OK && stream.avail_in == 0 && stream.avail_out > 0))
+        stream->next_out = piece.data();
+        stream->avail_out = static_cast<uInt>(piece.size());
+        status = stream.inflate(Z_NO_FLUSH);
+        text.insert(text.end(), piece.data(), stream->next_out);
+        if (status == Z_BUF_ERROR || (status == Z_OK && stream->avail_in == 0 && stream->avail_out > 0))
             return Failure{Reason::truncated, "the compressed SVG drawing ends too early"};
         if (status != Z_OK && status != Z_STREAM_END)
             return Failure{Reason::malformed, "the compressed SVG drawing is damaged"};

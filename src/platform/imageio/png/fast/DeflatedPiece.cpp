@@ -1,9 +1,10 @@
 #include "platform/imageio/png/fast/DeflatedPiece.h"
 
+#include "platform/imageio/Zlib.h"
+
 #include <libdeflate.h>
 #include <memory>
 #include <new>
-#include <zlib.h>
 
 namespace kestrine::png {
 
@@ -11,12 +12,6 @@ namespace {
 
 struct CompressorDeleter {
     void operator()(libdeflate_compressor* compressor) const { libdeflate_free_compressor(compressor); }
-};
-struct InflateDeleter {
-    void operator()(z_stream* stream) const {
-        inflateEnd(stream);
-        delete stream;
-    }
 };
 
 struct LastBlock {
@@ -27,8 +22,8 @@ struct LastBlock {
 /// at every block.
 LastBlock findLastBlock(Bytes& deflated) {
     constexpr int noHeader = -MAX_WBITS, unusedBits = 7, inLastBlock = 64, atBoundary = 128;
-    const std::unique_ptr<z_stream, InflateDeleter> stream(new z_stream{});
-    if (inflateInit2(stream.get(), noHeader) != Z_OK)
+    InflateStream stream(noHeader);
+    if (!stream.isReady())
         throw std::bad_alloc();
     Bytes inflated(1 << 16); // not used
     stream->next_in = deflated.data();
@@ -37,7 +32,7 @@ LastBlock findLastBlock(Bytes& deflated) {
     while (last.end == 0) {
         stream->next_out = inflated.data();
         stream->avail_out = static_cast<uInt>(inflated.size());
-        if (inflate(stream.get(), Z_BLOCK) != Z_OK)
+        if (stream.inflate(Z_BLOCK) != Z_OK)
             throw std::bad_alloc(); // no other error is possible in data that was just compressed
         if ((stream->data_type & atBoundary) == 0)
             continue;
@@ -75,7 +70,8 @@ DeflatedPiece deflatePiece(ByteView bytes, bool isLast, int compression) {
 }
 
 std::uint32_t joinedAdler(std::uint32_t first, std::uint32_t second, std::size_t length) {
-    return static_cast<std::uint32_t>(adler32_combine(first, second, static_cast<z_off_t>(length)));
+    return static_cast<std::uint32_t>(
+        installedZlib()->combineAdler32(first, second, static_cast<z_off_t>(length)));
 }
 
 } // namespace kestrine::png

@@ -26,7 +26,7 @@ void StoredPixels::readColors(const LibraryReader& file) {
     png_colorp table = nullptr;
     int count = 0;
     // Indices outside the table are black, as in libpng.
-    if (png_get_PLTE(file.png(), file.info(), &table, &count))
+    if (libpng().getPLTE(file.png(), file.info(), &table, &count))
         for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
             colors_[i] = {table[i].red, table[i].green, table[i].blue, 0};
     for (std::size_t i = 0; i < colors_.size(); ++i)

@@ -1,0 +1,42 @@
+// PlannedNames: the names that results will get, decided before anything is converted.
+#pragma once
+
+#include "models/ResizeJob.h"
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace kestrine {
+
+/// The names for one job.
+struct PlannedNames {
+    std::vector<std::string> paths; ///< by recipe; "" for no result
+    std::optional<Failure> failure; ///< why the picture cannot be opened
+};
+
+/// Which pictures are opened to find their names.
+enum class Openings : bool {
+    ifNeeded, ///< those whose names depend on the picture
+    all,      ///< all of them, to find those that cannot be opened
+};
+
+/// Gives names to the results of jobs. It remembers the names that it gave.
+class NamePlanner {
+public:
+    NamePlanner(Openings openings, unsigned threads) : openings_(openings), threads_(threads) {}
+
+    /// The names that the results of these jobs get if every job, and every one before, has all of its
+    /// results: never one that is in use, or promised to an earlier result. Reads only headers.
+    std::vector<PlannedNames> plan(const std::vector<ResizeJob>& jobs);
+
+private:
+    std::string nameFor(const NSString& wanted, const ResizeJob& job, const std::string& vacated);
+
+    const Openings openings_;
+    const unsigned threads_;
+    std::set<std::string> promised_; ///< without links in folders
+};
+
+} // namespace kestrine

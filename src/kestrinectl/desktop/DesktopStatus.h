@@ -1,0 +1,14 @@
+// DesktopStatus: whether the actions in file managers fit the sets.
+#pragma once
+
+#include "models/StoredPresets.h"
+
+namespace kestrine {
+
+/// Prints a line for each file manager. Throws CommandError at the end if the actions of one cannot be read.
+void showDesktopStatus();
+
+/// After the names of sets have changed: a hint if actions are installed that do not fit them.
+void remindOfDesktopActions(const ResizeSets& sets);
+
+} // namespace kestrine

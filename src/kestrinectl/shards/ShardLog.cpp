@@ -1,0 +1,126 @@
+#include "kestrinectl/shards/ShardLog.h"
+
+#include "kestrinectl/CommandError.h"
+#include "kestrinectl/convert/ConvertJSON.h"
+#include "kestrinectl/text/JSONText.h"
+#include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/ShownPath.h"
+#include "platform/host/files/ContentDigest.h"
+#include "platform/host/files/FileMark.h"
+#include "platform/host/process/StopSignals.h"
+
+namespace kestrine {
+
+namespace {
+
+using nlohmann::json;
+using nlohmann::ordered_json;
+
+constexpr int logVersion = 1;
+
+LineLog openLog(const std::string& path, ShardLog::WhenBusy whenBusy) {
+    Result<LineLog> log = LineLog::open(path, [&] {
+        if (whenBusy == ShardLog::WhenBusy::waits)
+            printError("waiting for another run that uses the log " + shownPath(path));
+        return whenBusy == ShardLog::WhenBusy::waits;
+    });
+    if (const int signal = StopSignalsNoted::noted(); !log && signal != 0)
+        throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)), 128 + signal);
+    if (!log && log.failure().reason == Reason::alreadyExists)
+        throw CommandError("another run uses the log " + shownPath(path)
+                           + "; without --no-wait this run waits for it");
+    if (!log)
+        throw CommandError("the log cannot be written: " + log.failure().text);
+    return *std::move(log);
+}
+
+std::string text(const json& value) { return textFromJSON(value).value(); }
+
+LoggedResult resultFromJSON(const json& object) {
+    return {.path = text(object.at("path")),
+            .bytes = object.at("bytes").get<std::uint64_t>(),
+            .content = {object.at("digest").get<std::uint64_t>(), object.at("modified").get<std::int64_t>()}};
+}
+
+LoggedFile fileFromJSON(const json& object) {
+    LoggedFile file{.record = object.at("record").get<std::uint64_t>(),
+                    .source = text(object.at("source")),
+                    .isDone = object.at("status") != "failed",
+                    .reason = object.at("reason").is_null() ? "" : text(object.at("reason")),
+                    .results = {}};
+    for (const json& result : object.at("outputs"))
+        file.results.push_back(resultFromJSON(result));
+    return file;
+}
+
+} // namespace
+
+bool isInPlace(const LoggedResult& result, const RootFolder& root) {
+    const std::string path = root.absolute(result.path);
+    const Result<FileMark> mark = markOfItem(path);
+    if (!mark || mark->bytes != result.bytes)
+        return false;
+    if (mark->modified == result.content.modified)
+        return true;
+    const Result<ContentDigest> content = digestOfFile(path);
+    return content && content->number == result.content.digest;
+}
+
+LogLine readLogLine(const std::string& line) {
+    try {
+        const json object = json::parse(line);
+        if (object.contains("log"))
+            return {.plan = object.at("log").at("plan").get<std::uint64_t>(), .file = {}};
+        if (object.contains("record"))
+            return {.plan = {}, .file = fileFromJSON(object)};
+    } catch (const std::exception&) {
+        return {};
+    }
+    return {};
+}
+
+ordered_json toJSON(const ConvertResult& result, std::uint64_t record) {
+    ordered_json object = toJSON(result);
+    object["record"] = record;
+    return object;
+}
+
+ShardLog::ShardLog(const std::string& path, std::uint64_t plan, Shard shard, WhenBusy whenBusy)
+    : log_(openLog(path, whenBusy)) {
+    const Result<std::vector<std::string>> lines = log_.lines();
+    if (!lines)
+        throw CommandError("the log cannot be read: " + lines.failure().text);
+    for (const std::string& line : *lines)
+        read(line, plan);
+    if (hasPlan_)
+        return;
+    const ordered_json begin = {
+        {"log", {{"version", logVersion}, {"plan", plan}, {"shard", shard.number}, {"of", shard.count}}}};
+    if (!lines->empty())
+        throw CommandError(shownPath(path)
+                           + " is not a log of 'kestrinectl run'; give another file with --log");
+    if (const Result<void> written = add(begin); !written)
+        throw CommandError("the log cannot be written: " + written.failure().text);
+}
+
+void ShardLog::read(const std::string& line, std::uint64_t plan) {
+    LogLine known = readLogLine(line);
+    if (known.plan && *known.plan != plan)
+        throw CommandError("the log " + shownPath(log_.path())
+                           + " belongs to another plan; remove it, or give another file with --log");
+    hasPlan_ = hasPlan_ || known.plan.has_value();
+    if (!known.file)
+        return;
+    if (!known.file->isDone && files_.contains(known.file->record))
+        known.file->results = files_[known.file->record].results; // they are still ours
+    files_[known.file->record] = std::move(*known.file);
+}
+
+const LoggedFile* ShardLog::find(std::uint64_t record) const {
+    const auto found = files_.find(record);
+    return found == files_.end() ? nullptr : &found->second;
+}
+
+Result<void> ShardLog::add(const ordered_json& line) { return log_.append(line.dump(), Durability::cached); }
+
+} // namespace kestrine

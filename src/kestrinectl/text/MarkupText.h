@@ -1,0 +1,13 @@
+// markupText: a string in HTML or XML.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kestrine {
+
+/// For the content of an element and for the value of an attribute in double or single quotation marks: the
+/// characters that have a meaning in HTML or XML become references.
+std::string markupText(std::string_view text);
+
+} // namespace kestrine

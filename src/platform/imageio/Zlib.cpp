@@ -1,0 +1,39 @@
+#include "platform/imageio/Zlib.h"
+
+#include "platform/host/process/DynamicLibrary.h"
+
+namespace kestrine {
+
+Result<Zlib> loadZlib(std::initializer_list<const char*> names) {
+    const Failure missing{Reason::unsupported, "compressed pictures need zlib (package zlib1g)"};
+    const Result<DynamicLibrary> library = DynamicLibrary::open(names);
+    if (!library)
+        return missing;
+    Zlib functions{};
+    const bool complete = library->find(functions.startInflate, "inflateInit2_")
+                          && library->find(functions.inflate, "inflate")
+                          && library->find(functions.endInflate, "inflateEnd")
+                          && library->find(functions.combineAdler32, "adler32_combine64");
+    if (!complete)
+        return missing;
+    return functions;
+}
+
+const Result<Zlib>& installedZlib() {
+    static const Result<Zlib> functions = loadZlib({"libz.so.1"});
+    return functions;
+}
+
+InflateStream::InflateStream(int windowBits) {
+    isReady_ = installedZlib()
+               && installedZlib()->startInflate(&stream_, windowBits, ZLIB_VERSION, sizeof stream_) == Z_OK;
+}
+
+InflateStream::~InflateStream() {
+    if (isReady_)
+        installedZlib()->endInflate(&stream_);
+}
+
+int InflateStream::inflate(int flush) { return installedZlib()->inflate(&stream_, flush); }
+
+} // namespace kestrine
