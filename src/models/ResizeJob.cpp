@@ -19,11 +19,15 @@ namespace kestrine {
 
 namespace {
 
-/// The reason for a nil result: the last failure is the one that ended the work.
-Failure reasonIn(const FailureCollector& collector) {
-    if (collector.failures().empty())
-        return {Reason::empty, "the set gives no output for it"};
-    return collector.failures().back();
+/// The reason for a nil result: the last failure is the one that ended the work. `hasFormat`: whether the
+/// recipe names a format that exists.
+Failure reasonIn(const FailureCollector& collector, bool hasFormat) {
+    if (!collector.failures().empty())
+        return collector.failures().back();
+    if (hasFormat)
+        return {Reason::empty,
+                "the picture is too narrow: a side of the result would have less than one pixel"};
+    return {Reason::empty, "the set gives no output for it"};
 }
 
 /// Creates the missing folders of a path. Returns the first failure, because later ones follow from it.
@@ -143,7 +147,7 @@ private:
             return nullptr;
         }
         if (data == nullptr)
-            outcome.failure = reasonIn(collector);
+            outcome.failure = reasonIn(collector, image != nullptr && plan.format != nullptr);
         return data;
     }
 

@@ -247,4 +247,12 @@ TEST_F(StrictJob, theOtherSetsOfAJobAreAppliedWhenOneGivesNothing) {
     EXPECT_TRUE(outcomes[1].isWritten && exists("Two/a.png"));
 }
 
+TEST_F(StrictJob, aPictureThatIsTooNarrowForTheSetSaysSo) {
+    folder.write("a.ppm", "P6 1 500 255\n" + std::string(1500, 'x'));
+    const auto outcomes = run("a.ppm", {makeSet(u"Small", {{u"resizeType", 2}, {u"maxSize", 100.0F}})});
+    ASSERT_TRUE(outcomes.front().failure);
+    EXPECT_EQ(outcomes.front().failure->text,
+              "the picture is too narrow: a side of the result would have less than one pixel");
+}
+
 } // namespace kestrine

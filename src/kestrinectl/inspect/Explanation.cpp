@@ -70,8 +70,10 @@ std::string placeStep(const ResizeSet& set, const ExplainedSet& result) {
 }
 
 std::string resultStep(const ExplainedSet& result) {
+    if (result.format == nullptr)
+        return "Gives no result, because its format does not exist.";
     if (result.width == 0)
-        return "Gives no result.";
+        return "Gives no result, because a side of it would have less than one pixel.";
     return "The result is " + sizeText(result.width, result.height) + " pixels, "
            + std::string(result.format->title) + ".";
 }
