@@ -117,11 +117,13 @@ class SameTree(Scale):
         pictures.image(pictures.photo(300, 200)).save(self.tree / "in/cut.jpg")
         cut = (self.tree / "in/cut.jpg").read_bytes()
         (self.tree / "in/cut.jpg").write_bytes(cut[:len(cut) // 2])
+        (self.tree / "in/lying.jpg").write_bytes(pictures.jpeg(pictures.photo(40, 30), block=pictures.exif(6)))
         self.plan(options=options)
         expected = self.copy("expected")
         self.inside(expected, "convert", *options, "-r", "in")
         self.run_shards(self.tree, 3)
         self.assertEqual(self.results(self.tree, "a folder"), self.results(expected, "a folder"))
+        self.assertTrue(list((self.tree / "a folder").glob("*-20.jpg")), "the lying picture is not turned")
         times = [{path.name: path.stat().st_mtime_ns for path in (tree / "a folder").iterdir()} for tree in (self.tree, expected)]
         self.assertEqual(*times)
 
@@ -258,6 +260,7 @@ class Refusals(Scale):
         (self.tree / "out/p-30.jpg").write_text("edited")
         self.assertEqual(self.failures(self.tree), {"in/p.png": "name taken"})
         self.assertEqual((self.tree / "out/p-30.jpg").read_text(), "edited")
+        self.assertIn(b"in/p.png: failed, ", self.inside(self.tree, "merge", "plan", "plan.1-of-1.jsonl", status=1).stdout)
 
     def test_a_result_that_only_the_log_knows_is_ours(self):
         """As another version of the program may have made it."""
@@ -275,6 +278,8 @@ class Refusals(Scale):
         (self.tree / "out/p-20.jpg").unlink()
         self.inside(self.tree, "run", "plan")
         self.assertEqual((self.tree / "out/p-20.jpg").read_bytes(), other.read_bytes())
+        os.utime(other)
+        self.inside(self.tree, "merge", "--results", "plan", "plan.1-of-1.jsonl")
 
     def test_a_link_does_not_lead_out_of_the_root(self):
         self.plan()

@@ -4,6 +4,7 @@ import hashlib
 import os
 import random
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -164,6 +165,29 @@ class GNUParallel(Recipes):
         self.under_fire("hosts-with-scratch", hosts, self.site / "plan", "16")
         for home in self.ssh.homes:
             self.assertEqual([path for path in home.rglob("*") if path.is_file() and ".parallel/tmp" in str(path)], [])
+
+    def test_a_source_that_vanished_costs_no_other_file_and_links_are_followed(self):
+        hosts = self.over_ssh()
+        linked = self.site / "in/1/1.jpg"
+        linked.rename(self.folder / "elsewhere.jpg")
+        linked.symlink_to(self.folder / "elsewhere.jpg")
+        (self.site / "in/2/2.jpg").unlink()
+        done = self.recipe("hosts-with-scratch", hosts, self.site / "plan", "4")
+        self.assertEqual((done.returncode, done.stdout), (1, b"in/2/2.jpg: failed, cannot examine: No such file or directory\n"))
+        missing = {name for name in self.expected if name.startswith((b"out/2/2-", b"in/2/2."))}
+        self.assertEqual(self.contents(self.site), {name: value for name, value in self.expected.items() if name not in missing})
+
+    def test_an_interrupted_recipe_leaves_whole_files_and_can_be_repeated(self):
+        hosts = self.over_ssh()
+        for seconds in (0.5, 1, 2, 3):
+            with subprocess.Popen([RECIPES / "hosts-with-scratch", hosts, self.site / "plan", "16"], cwd=self.folder,
+                                  env=self.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                  start_new_session=True) as recipe:
+                time.sleep(seconds)
+                os.killpg(recipe.pid, signal.SIGTERM)
+            self.assertLessEqual(self.contents(self.site).items(), self.expected.items())
+        self.recipe("hosts-with-scratch", hosts, self.site / "plan", "16", check=True)
+        self.check()
 
     def test_what_a_host_must_not_replace_stays(self):
         hosts = self.over_ssh()

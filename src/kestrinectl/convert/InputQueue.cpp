@@ -93,14 +93,20 @@ void InputQueue::finding(ConvertResult finding) { add(std::move(finding)); }
 
 void InputQueue::otherFile() {
     const std::lock_guard lock(mutex_);
+    endIfClosed();
     ++found_.otherFiles;
+}
+
+/// Ends the search if nobody takes what it finds.
+void InputQueue::endIfClosed() const {
+    if (isClosed_)
+        throw std::runtime_error("nobody takes what is found");
 }
 
 void InputQueue::add(Item item) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return items_.size() < maxWaiting || isClosed_; });
-    if (isClosed_)
-        throw std::runtime_error("nobody takes what is found"); // ends the search
+    endIfClosed();
     items_.push_back(std::move(item));
     changed_.notify_all();
 }

@@ -52,6 +52,7 @@ public:
 private:
     void search() noexcept;
     void add(Item item);
+    void endIfClosed() const;
 
     const std::vector<std::string>& arguments_;
     const ConvertSearch& search_;

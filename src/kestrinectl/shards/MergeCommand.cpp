@@ -1,6 +1,7 @@
 #include "kestrinectl/shards/MergeCommand.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/shards/OpenedInput.h"
 #include "kestrinectl/shards/PlanFile.h"
 #include "kestrinectl/shards/ShardLog.h"
 #include "kestrinectl/text/Messages.h"
@@ -11,9 +12,6 @@
 #include "platform/host/files/PathParts.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -36,7 +34,8 @@ struct MergeRequest {
 /// What the logs say about a file.
 struct FileState {
     enum class Status : std::uint8_t { missing, failed, done } status = Status::missing;
-    std::string text; ///< the line of the log if it is needed, or why the file failed
+    std::size_t log = 0; ///< the number of the log that says it, from 1
+    std::string text;    ///< the line of the log if it is needed, or why the file failed
 };
 
 /// A line without its end; false at the end of the file, and for a last line that was cut off.
@@ -49,11 +48,11 @@ public:
     States(std::uint64_t plan, std::size_t count, bool keepsLines, const RootFolder* root)
         : plan_(plan), states_(count), keepsLines_(keepsLines), root_(root) {}
 
-    /// Where logs contradict each other, a file that one of them has done is done.
+    /// Where logs contradict each other, a file that one of them has done is done. In a log, the last line
+    /// about a file counts.
     void addLog(const std::string& path) {
-        std::ifstream log(path, std::ios::binary);
-        if (!log || std::filesystem::is_directory(path))
-            throw CommandError("the log " + shownPath(path) + " cannot be opened: " + std::strerror(errno));
+        ++log_;
+        std::ifstream log = openedInput("log", path);
         bool isOfPlan = false;
         for (std::string line; nextLine(log, line);) {
             const LogLine read = readLogLine(line);
@@ -73,9 +72,10 @@ private:
     void add(const LoggedFile& file, const std::string& line) {
         using Status = FileState::Status;
         FileState& state = states_[file.record];
-        if (file.isDone ? !hasResults(file) : state.status == Status::done)
+        if (state.status == Status::done && state.log != log_)
             return;
-        state.status = file.isDone ? Status::done : Status::failed;
+        state.status = !file.isDone ? Status::failed : hasResults(file) ? Status::done : Status::missing;
+        state.log = log_;
         state.text = keepsLines_ ? line : file.isDone ? "" : file.reason;
     }
 
@@ -89,6 +89,7 @@ private:
     std::vector<FileState> states_;
     const bool keepsLines_;
     const RootFolder* root_;
+    std::size_t log_ = 0; ///< the number of the current log, from 1
 };
 
 struct MergeTotals {
@@ -191,10 +192,10 @@ void addMergeCommand(CLI::App& program) {
         ->check(numberBetween(1U, maxShards))
         ->excludes(json)
         ->option_text("N");
-    CLI::Option* results =
-        command->add_flag("--results", request->checksResults,
-                          "Count a file as missing if a result is not there with the logged content "
-                          "(default: the logs decide)");
+    CLI::Option* results = command->add_flag(
+        "--results", request->checksResults,
+        "Count a file as missing if a result is not there with the logged length and time, or "
+        "else the logged content (default: the logs decide)");
     command
         ->add_option("--root", request->root,
                      "With --results, the folder that holds the results (default: the folder of the plan)")

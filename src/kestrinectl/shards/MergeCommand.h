@@ -1,4 +1,4 @@
-// `kestrinectl merge`: joins the logs of the shards of a plan and says what is missing.
+// `kestrinectl merge`: joins the logs of the shards of a plan and reports what is missing.
 #pragma once
 
 #include <CLI/CLI.hpp>

@@ -12,7 +12,7 @@
 namespace kestrine {
 
 /// A number that is equal for names that differ at most in upper and lower case and in how letters and
-/// accents are composed; for others it is different, but for chance.
+/// accents are composed; different for all other names, except for hash collisions.
 std::uint64_t keyOfName(const std::string& name);
 
 /// Disjoint groups of records. A group is named after its smallest key, so its number depends neither on the

@@ -145,7 +145,7 @@ void run(PlanRequest request, const CLI::App& command) {
                            "for a second run; give --out",
                            2);
     if (isTerminal(OutputStream::standardOutput))
-        throw CommandError("a plan is not for reading; redirect standard output to a file", 2);
+        throw CommandError("a plan is binary; redirect standard output to a file", 2);
     const RootFolder root(typedWord(request.root));
     setMaximumPixels(request.treatment.maxPixels);
     const StopSignalsNoted untilTheEnd;

@@ -8,11 +8,11 @@ namespace kestrine {
 
 struct PlannedTreatment {
     ConvertTreatment treatment;
-    ConversionRecipes recipes; ///< their places do not count; the plan has the names of all results
+    ConversionRecipes recipes; ///< their places are ignored: the plan has the names of all results
 };
 
 /// {"sets": [...], "options": ["--longest=1200", ...]}: the sets, and the options of ConvertTreatment that
-/// were given to `command`, but for those that choose sets.
+/// were given to `command`, except those that choose sets.
 std::string treatmentAsText(const CLI::App& command, const ResizeSets& sets);
 
 /// The inverse. Throws CommandError for anything that treatmentAsText() would not return, and for what cannot

@@ -145,8 +145,10 @@ void runShard(const RunRequest& request, const std::string& plan, Shard shard, c
     const ConvertEnding ending{true, 0};
     if (hasNews)
         (void)log.add(totalsOf(report, ending));
-    else if (!request.style.isJSON && request.style.detail != ConvertDetail::none)
-        printError("shard " + request.shard + " was done already, nothing to convert");
+    else if (!request.style.isJSON && request.style.detail != ConvertDetail::none
+             && StopSignalsNoted::noted() == 0)
+        printError("shard " + request.shard
+                   + (work.tasks.empty() ? " has no files" : " was done already, nothing to convert"));
     finish(report, ending);
 }
 

@@ -64,8 +64,10 @@ void ShardRun::convert(const PlanRecord& record, const LoggedFile* logged, Conve
     for (std::size_t i = 0; i < outcomes.size(); ++i) {
         JobOutcome& outcome = outcomes[i];
         const LoggedResult* known = resultAt(logged, record.results[i]);
-        if (outcome.failure && outcome.failure->reason == Reason::alreadyExists && known != nullptr
-            && isInPlace(*known, root_)) { // another version of the program made it
+        // Another version of the program made it.
+        const bool isOlder = outcome.failure && outcome.failure->reason == Reason::alreadyExists
+                             && known != nullptr && isInPlace(*known, root_);
+        if (isOlder) {
             outcome.failure.reset();
             outcome.isWritten = outcome.wasThere = true;
             outcome.bytes = known->bytes;
@@ -77,7 +79,7 @@ void ShardRun::convert(const PlanRecord& record, const LoggedFile* logged, Conve
         if (result.outputs.size() == outputs)
             continue;
         ConvertOutput& output = result.outputs.back();
-        output.content = contents.contentAt(output.path);
+        output.content = isOlder ? known->content : contents.contentAt(output.path);
         output.path = record.results[i];
     }
     if (result.status == ConvertStatus::done && !hasNews) {
