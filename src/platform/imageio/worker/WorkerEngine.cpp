@@ -1,6 +1,7 @@
 #include "platform/imageio/worker/WorkerEngine.h"
 
 #include "platform/host/process/AvailableMemory.h"
+#include "platform/host/process/WorkerNursery.h"
 #include "platform/imageio/worker/Service.h"
 
 namespace kestrine {
@@ -30,6 +31,8 @@ WorkerEngine::WorkerEngine(std::span<const FileQuestion> questions, Isolation is
                            unsigned usualWorkers)
     : parts_(std::make_shared<worker::EngineParts>(
         [program = pictureWorker(questions), isolation](std::uint32_t libraries) {
+            if (WorkerNursery::connection() == nullptr)
+                openLibraries(0); // what every worker needs: cheaper here, before the copy, than in the copy
             return isolation == Isolation::strict ? startWithAllLayers(program, libraries)
                                                   : WorkerProcess::start(program, libraries);
         },
