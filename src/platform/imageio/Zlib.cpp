@@ -5,18 +5,14 @@
 namespace kestrine {
 
 Result<Zlib> loadZlib(std::initializer_list<const char*> names) {
-    const Failure missing{Reason::unsupported, "compressed pictures need zlib (package zlib1g)"};
-    const Result<DynamicLibrary> library = DynamicLibrary::open(names);
-    if (!library)
-        return missing;
-    Zlib functions{};
-    const bool complete = library->find(functions.startInflate, "inflateInit2_")
-                          && library->find(functions.inflate, "inflate")
-                          && library->find(functions.endInflate, "inflateEnd")
-                          && library->find(functions.combineAdler32, "adler32_combine64");
-    if (!complete)
-        return missing;
-    return functions;
+    return DynamicLibrary::load<Zlib>(names, "compressed pictures need zlib (package zlib1g)",
+                                      [](const DynamicLibrary& library, Zlib& functions) {
+                                          return library.find(functions.startInflate, "inflateInit2_")
+                                                 && library.find(functions.inflate, "inflate")
+                                                 && library.find(functions.endInflate, "inflateEnd")
+                                                 && library.find(functions.combineAdler32,
+                                                                 "adler32_combine64");
+                                      });
 }
 
 const Result<Zlib>& installedZlib() {

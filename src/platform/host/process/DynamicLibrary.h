@@ -15,6 +15,19 @@ public:
     /// functions. Fails with unsupported and the loader's last message if it finds none.
     static Result<DynamicLibrary> open(std::initializer_list<const char*> names);
 
+    /// The functions of the first of `names`: `find` sets the fields of `functions` and returns whether all
+    /// that are needed exist. Fails with unsupported and `missing`, which names the package, if the library
+    /// or a function is absent.
+    template <class Functions>
+    static Result<Functions> load(std::initializer_list<const char*> names, const char* missing,
+                                  bool find(const DynamicLibrary& library, Functions& functions)) {
+        const Result<DynamicLibrary> library = open(names);
+        Functions functions{};
+        if (!library || !find(*library, functions))
+            return Failure{Reason::unsupported, missing};
+        return functions;
+    }
+
     /// The function or variable with that name, or null. Example: symbol<int(const char*)>("puts").
     template <class T>
     T* symbol(const char* name) const {

@@ -5,26 +5,22 @@
 namespace kestrine::avif {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
-    const Failure missing{Reason::unsupported, "writing AVIF pictures needs libavif (package libavif15)"};
-    const Result<DynamicLibrary> library = DynamicLibrary::open(names);
-    if (!library)
-        return missing;
-    Functions functions{};
-    const bool complete = library->find(functions.createImage, "avifImageCreate")
-                          && library->find(functions.destroyImage, "avifImageDestroy")
-                          && library->find(functions.allocatePlanes, "avifImageAllocatePlanes")
-                          && library->find(functions.setProfile, "avifImageSetProfileICC")
-                          && library->find(functions.setExif, "avifImageSetMetadataExif")
-                          && library->find(functions.setRGBDefaults, "avifRGBImageSetDefaults")
-                          && library->find(functions.convertRGB, "avifImageRGBToYUV")
-                          && library->find(functions.createEncoder, "avifEncoderCreate")
-                          && library->find(functions.destroyEncoder, "avifEncoderDestroy")
-                          && library->find(functions.setOption, "avifEncoderSetCodecSpecificOption")
-                          && library->find(functions.encode, "avifEncoderWrite")
-                          && library->find(functions.freeData, "avifRWDataFree");
-    if (!complete)
-        return missing;
-    return functions;
+    return DynamicLibrary::load<Functions>(
+        names, "writing AVIF pictures needs libavif (package libavif15)",
+        [](const DynamicLibrary& library, Functions& functions) {
+            return library.find(functions.createImage, "avifImageCreate")
+                   && library.find(functions.destroyImage, "avifImageDestroy")
+                   && library.find(functions.allocatePlanes, "avifImageAllocatePlanes")
+                   && library.find(functions.setProfile, "avifImageSetProfileICC")
+                   && library.find(functions.setExif, "avifImageSetMetadataExif")
+                   && library.find(functions.setRGBDefaults, "avifRGBImageSetDefaults")
+                   && library.find(functions.convertRGB, "avifImageRGBToYUV")
+                   && library.find(functions.createEncoder, "avifEncoderCreate")
+                   && library.find(functions.destroyEncoder, "avifEncoderDestroy")
+                   && library.find(functions.setOption, "avifEncoderSetCodecSpecificOption")
+                   && library.find(functions.encode, "avifEncoderWrite")
+                   && library.find(functions.freeData, "avifRWDataFree");
+        });
 }
 
 const Result<Functions>& installedFunctions() {

@@ -5,23 +5,19 @@
 namespace kestrine::gif {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
-    const Failure missing{Reason::unsupported, "GIF pictures need giflib (package libgif7)"};
-    const Result<DynamicLibrary> library = DynamicLibrary::open(names);
-    if (!library)
-        return missing;
-    Functions functions{};
-    const bool complete = library->find(functions.close, "DGifCloseFile")
-                          && library->find(functions.parseControl, "DGifExtensionToGCB")
-                          && library->find(functions.readExtension, "DGifGetExtension")
-                          && library->find(functions.readExtensionBlock, "DGifGetExtensionNext")
-                          && library->find(functions.readDescriptor, "DGifGetImageDesc")
-                          && library->find(functions.readCode, "DGifGetLZCodes")
-                          && library->find(functions.readIndices, "DGifGetLine")
-                          && library->find(functions.readRecordType, "DGifGetRecordType")
-                          && library->find(functions.open, "DGifOpen");
-    if (!complete)
-        return missing;
-    return functions;
+    return DynamicLibrary::load<Functions>(
+        names, "GIF pictures need giflib (package libgif7)",
+        [](const DynamicLibrary& library, Functions& functions) {
+            return library.find(functions.close, "DGifCloseFile")
+                   && library.find(functions.parseControl, "DGifExtensionToGCB")
+                   && library.find(functions.readExtension, "DGifGetExtension")
+                   && library.find(functions.readExtensionBlock, "DGifGetExtensionNext")
+                   && library.find(functions.readDescriptor, "DGifGetImageDesc")
+                   && library.find(functions.readCode, "DGifGetLZCodes")
+                   && library.find(functions.readIndices, "DGifGetLine")
+                   && library.find(functions.readRecordType, "DGifGetRecordType")
+                   && library.find(functions.open, "DGifOpen");
+        });
 }
 
 const Result<Functions>& installedFunctions() {

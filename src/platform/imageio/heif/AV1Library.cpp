@@ -5,23 +5,19 @@
 namespace kestrine::heif {
 
 Result<AV1Functions> loadAV1Functions(std::initializer_list<const char*> names) {
-    const Failure missing{Reason::unsupported, "AVIF pictures need dav1d (package libdav1d6)"};
-    const Result<DynamicLibrary> library = DynamicLibrary::open(names);
-    if (!library)
-        return missing;
-    AV1Functions functions{};
-    const bool complete = library->find(functions.setDefaults, "dav1d_default_settings")
-                          && library->find(functions.open, "dav1d_open")
-                          && library->find(functions.close, "dav1d_close")
-                          && library->find(functions.createData, "dav1d_data_create")
-                          && library->find(functions.releaseData, "dav1d_data_unref")
-                          && library->find(functions.sendData, "dav1d_send_data")
-                          && library->find(functions.nextPicture, "dav1d_get_picture")
-                          && library->find(functions.releasePicture, "dav1d_picture_unref")
-                          && library->find(functions.parseSequenceHeader, "dav1d_parse_sequence_header");
-    if (!complete)
-        return missing;
-    return functions;
+    return DynamicLibrary::load<AV1Functions>(
+        names, "AVIF pictures need dav1d (package libdav1d6)",
+        [](const DynamicLibrary& library, AV1Functions& functions) {
+            return library.find(functions.setDefaults, "dav1d_default_settings")
+                   && library.find(functions.open, "dav1d_open")
+                   && library.find(functions.close, "dav1d_close")
+                   && library.find(functions.createData, "dav1d_data_create")
+                   && library.find(functions.releaseData, "dav1d_data_unref")
+                   && library.find(functions.sendData, "dav1d_send_data")
+                   && library.find(functions.nextPicture, "dav1d_get_picture")
+                   && library.find(functions.releasePicture, "dav1d_picture_unref")
+                   && library.find(functions.parseSequenceHeader, "dav1d_parse_sequence_header");
+        });
 }
 
 const Result<AV1Functions>& av1Functions() {

@@ -49,14 +49,11 @@ bool findFonts(const DynamicLibrary& library, Functions& functions) {
 } // namespace
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
-    const Failure missing{Reason::unsupported, "SVG drawings need librsvg (package librsvg2-2)"};
-    const Result<DynamicLibrary> library = DynamicLibrary::open(names);
-    if (!library)
-        return missing;
-    Functions functions{};
-    if (!findDrawing(*library, functions) || !findFonts(*library, functions))
-        return missing;
-    return functions;
+    return DynamicLibrary::load<Functions>(names, "SVG drawings need librsvg (package librsvg2-2)",
+                                           [](const DynamicLibrary& library, Functions& functions) {
+                                               return findDrawing(library, functions)
+                                                      && findFonts(library, functions);
+                                           });
 }
 
 const Result<Functions>& installedFunctions() {

@@ -12,8 +12,6 @@ namespace {
 /// Limit for one allocation by libtiff: the compressed bytes of a strip or tile, or the samples of a tile.
 constexpr tmsize_t maximumAllocation = tmsize_t{1} << 30;
 
-constexpr const char* missing = "TIFF pictures need libtiff 4.5 or later (package libtiff6)";
-
 /// Returned to libtiff: the message needs no other handler.
 constexpr int isHandled = 1;
 
@@ -30,39 +28,35 @@ bool tellsOfMadeUpPixels(std::string_view module, std::string_view text) {
 } // namespace
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> libraries) {
-    const Result<DynamicLibrary> library = DynamicLibrary::open(libraries);
-    if (!library)
-        return Failure{Reason::unsupported, missing};
-    Functions functions{};
-    const bool complete =
-        library->find(functions.allocateOptions, "TIFFOpenOptionsAlloc")
-        && library->find(functions.freeOptions, "TIFFOpenOptionsFree")
-        && library->find(functions.setMaximumAllocation, "TIFFOpenOptionsSetMaxSingleMemAlloc")
-        && library->find(functions.setErrorHandler, "TIFFOpenOptionsSetErrorHandlerExtR")
-        && library->find(functions.setWarningHandler, "TIFFOpenOptionsSetWarningHandlerExtR")
-        && library->find(functions.clientOpen, "TIFFClientOpenExt")
-        && library->find(functions.close, "TIFFClose")
-        && library->find(functions.setDirectory, "TIFFSetSubDirectory")
-        && library->find(functions.getField, "TIFFGetField")
-        && library->find(functions.getFieldDefaulted, "TIFFGetFieldDefaulted")
-        && library->find(functions.setField, "TIFFSetField")
-        && library->find(functions.isCodecConfigured, "TIFFIsCODECConfigured")
-        && library->find(functions.isTiled, "TIFFIsTiled")
-        && library->find(functions.scanlineSize, "TIFFScanlineSize64")
-        && library->find(functions.stripSize, "TIFFStripSize64")
-        && library->find(functions.tileSize, "TIFFTileSize64")
-        && library->find(functions.tileRowSize, "TIFFTileRowSize64")
-        && library->find(functions.computeStrip, "TIFFComputeStrip")
-        && library->find(functions.computeTile, "TIFFComputeTile")
-        && library->find(functions.readScanline, "TIFFReadScanline")
-        && library->find(functions.readEncodedStrip, "TIFFReadEncodedStrip")
-        && library->find(functions.readEncodedTile, "TIFFReadEncodedTile")
-        && library->find(functions.canRender, "TIFFRGBAImageOK")
-        && library->find(functions.renderStrip, "TIFFReadRGBAStripExt")
-        && library->find(functions.renderTile, "TIFFReadRGBATileExt");
-    if (!complete)
-        return Failure{Reason::unsupported, missing};
-    return functions;
+    return DynamicLibrary::load<Functions>(
+        libraries, "TIFF pictures need libtiff 4.5 or later (package libtiff6)",
+        [](const DynamicLibrary& library, Functions& functions) {
+            return library.find(functions.allocateOptions, "TIFFOpenOptionsAlloc")
+                   && library.find(functions.freeOptions, "TIFFOpenOptionsFree")
+                   && library.find(functions.setMaximumAllocation, "TIFFOpenOptionsSetMaxSingleMemAlloc")
+                   && library.find(functions.setErrorHandler, "TIFFOpenOptionsSetErrorHandlerExtR")
+                   && library.find(functions.setWarningHandler, "TIFFOpenOptionsSetWarningHandlerExtR")
+                   && library.find(functions.clientOpen, "TIFFClientOpenExt")
+                   && library.find(functions.close, "TIFFClose")
+                   && library.find(functions.setDirectory, "TIFFSetSubDirectory")
+                   && library.find(functions.getField, "TIFFGetField")
+                   && library.find(functions.getFieldDefaulted, "TIFFGetFieldDefaulted")
+                   && library.find(functions.setField, "TIFFSetField")
+                   && library.find(functions.isCodecConfigured, "TIFFIsCODECConfigured")
+                   && library.find(functions.isTiled, "TIFFIsTiled")
+                   && library.find(functions.scanlineSize, "TIFFScanlineSize64")
+                   && library.find(functions.stripSize, "TIFFStripSize64")
+                   && library.find(functions.tileSize, "TIFFTileSize64")
+                   && library.find(functions.tileRowSize, "TIFFTileRowSize64")
+                   && library.find(functions.computeStrip, "TIFFComputeStrip")
+                   && library.find(functions.computeTile, "TIFFComputeTile")
+                   && library.find(functions.readScanline, "TIFFReadScanline")
+                   && library.find(functions.readEncodedStrip, "TIFFReadEncodedStrip")
+                   && library.find(functions.readEncodedTile, "TIFFReadEncodedTile")
+                   && library.find(functions.canRender, "TIFFRGBAImageOK")
+                   && library.find(functions.renderStrip, "TIFFReadRGBAStripExt")
+                   && library.find(functions.renderTile, "TIFFReadRGBATileExt");
+        });
 }
 
 const Result<Functions>& tiffFunctions() {

@@ -5,15 +5,12 @@
 namespace kestrine::png {
 
 Result<InflateFunctions> loadInflateFunctions(std::initializer_list<const char*> libraries) {
-    const Result<DynamicLibrary> library = DynamicLibrary::open(libraries);
-    if (library) {
-        const InflateFunctions functions{
-            .initialise = library->symbol<decltype(isal_inflate_init)>("isal_inflate_init"),
-            .inflate = library->symbol<decltype(isal_inflate)>("isal_inflate")};
-        if (functions.initialise && functions.inflate)
-            return functions;
-    }
-    return Failure{Reason::unsupported, "fast PNG decoding needs ISA-L (package libisal2)"};
+    return DynamicLibrary::load<InflateFunctions>(
+        libraries, "fast PNG decoding needs ISA-L (package libisal2)",
+        [](const DynamicLibrary& library, InflateFunctions& functions) {
+            return library.find(functions.initialise, "isal_inflate_init")
+                   && library.find(functions.inflate, "isal_inflate");
+        });
 }
 
 const Result<InflateFunctions>& inflateFunctions() {
