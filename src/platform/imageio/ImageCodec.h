@@ -117,8 +117,9 @@ Result<const ImageCodec*> knownCodecFor(const ByteReader& reader);
 
 /// One bit if the codec has libraries to open, else 0.
 std::uint32_t librariesOf(const ImageCodec& codec);
-/// Opens the libraries that all pictures need, and those of all codecs and output formats whose bits are set
-/// in `chosen`.
+/// Opens the libraries that pictures of all formats need.
+void openCommonLibraries();
+/// Opens the libraries of all codecs and output formats whose bits are set in `chosen`.
 void openLibraries(std::uint32_t chosen);
 
 /// The position of the codec in the list of all codecs, by which other processes know it.

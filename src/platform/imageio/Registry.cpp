@@ -59,9 +59,12 @@ std::uint32_t librariesOf(const OutputFormat& format) {
     return format.openLibraries == nullptr ? 0 : std::uint32_t{1} << position;
 }
 
-void openLibraries(std::uint32_t chosen) {
+void openCommonLibraries() {
     (void)installedColorLibrary();
     png::openLibraries(); // PNG is what results become whose format is not written
+}
+
+void openLibraries(std::uint32_t chosen) {
     for (const ImageCodec* codec : codecs)
         if ((chosen & librariesOf(*codec)) != 0)
             codec->openLibraries();

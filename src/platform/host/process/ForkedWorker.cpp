@@ -84,6 +84,8 @@ int becomeSubordinate(int socket) {
 
 Result<ForkedWorker> forkWorker(const WorkerProgram& program, std::uint32_t modules) {
     auto [ours, theirs] = TRY(MessageSocket::pair());
+    if (program.prepareCopies)
+        program.prepareCopies();
     const pid_t parent = ::getpid();
     const pid_t process = ::fork();
     if (process == 0)

@@ -9,13 +9,16 @@
 
 namespace kestrine {
 
-/// The functions run in the worker, a copy of this process with one thread.
+/// A worker is a copy of the process that starts it, with one thread.
 struct WorkerProgram {
-    /// Runs before the sandbox: opens libraries. `modules` is what WorkerProcess::start() was given. May be
-    /// empty.
+    /// Runs in the process that starts the workers, before each start: what it opens is inherited by them.
+    /// May be empty.
+    std::function<void()> prepareCopies;
+    /// Runs in the worker, before the sandbox: opens libraries. `modules` is what WorkerProcess::start() was
+    /// given. May be empty.
     std::function<void(std::uint32_t modules)> prepare;
-    /// Runs in the sandbox. Returns when the other end of `requests` is closed. An exception ends the worker
-    /// as a crash does.
+    /// Runs in the worker, in the sandbox. Returns when the other end of `requests` is closed. An exception
+    /// ends the worker as a crash does.
     std::function<void(MessageSocket& requests)> serve;
     SandboxLimits limits;
 };

@@ -1,7 +1,6 @@
 #include "platform/imageio/worker/WorkerEngine.h"
 
 #include "platform/host/process/AvailableMemory.h"
-#include "platform/host/process/WorkerNursery.h"
 #include "platform/imageio/worker/Service.h"
 
 namespace kestrine {
@@ -22,7 +21,8 @@ Result<std::unique_ptr<WorkerProcess>> startWithAllLayers(const WorkerProgram& p
 } // namespace
 
 WorkerProgram pictureWorker(std::span<const FileQuestion> questions) {
-    return {.prepare = openLibraries,
+    return {.prepareCopies = openCommonLibraries,
+            .prepare = openLibraries,
             .serve = [questions](MessageSocket& requests) { worker::Service(questions).serve(requests); },
             .limits = {.addressSpace = installedMemory() + addressSpaceOfThreads}};
 }
@@ -31,8 +31,6 @@ WorkerEngine::WorkerEngine(std::span<const FileQuestion> questions, Isolation is
                            unsigned usualWorkers)
     : parts_(std::make_shared<worker::EngineParts>(
         [program = pictureWorker(questions), isolation](std::uint32_t libraries) {
-            if (WorkerNursery::connection() == nullptr)
-                openLibraries(0); // what every worker needs: cheaper here, before the copy, than in the copy
             return isolation == Isolation::strict ? startWithAllLayers(program, libraries)
                                                   : WorkerProcess::start(program, libraries);
         },

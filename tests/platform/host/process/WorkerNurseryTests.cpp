@@ -30,6 +30,12 @@ TEST_F(WorkerNurseryTest, startsWorkersThatAreNotOurChildren) {
     EXPECT_EQ(answerTo(*worker, Order::countDescriptors), 4);
 }
 
+TEST_F(WorkerNurseryTest, preparesForAllItsWorkers) {
+    const pid_t preparing = processOf(*startWorker(), Order::processOfPreparation);
+    EXPECT_NE(preparing, ::getpid());
+    EXPECT_EQ(processOf(*startWorker(), Order::processOfPreparation), preparing);
+}
+
 TEST_F(WorkerNurseryTest, servesSeveralThreadsAndReplacesCrashedWorkers) {
     std::vector<std::thread> threads;
     for (std::uint8_t number = 0; number < 6; ++number)

@@ -29,6 +29,10 @@ TEST(WorkerProcess, isPreparedForTheModulesThatWereAskedFor) {
     EXPECT_EQ(answerTo(*startWorker(), Order::preparedModules), 5);
 }
 
+TEST(WorkerProcess, inheritsWhatThisProcessPrepared) {
+    EXPECT_EQ(processOf(*startWorker(), Order::processOfPreparation), ::getpid());
+}
+
 TEST(WorkerProcess, readsAndWritesTheFilesThatItIsSent) {
     const TemporaryFolder folder;
     const FileDescriptor source = *openForReading(folder.write("a", "content"));

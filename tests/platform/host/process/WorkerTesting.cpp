@@ -28,6 +28,7 @@ namespace kestrine::testing {
 namespace {
 
 std::uint32_t preparedModules = 0;
+pid_t preparedIn = 0;
 const pid_t testProcess = ::getpid();
 
 /// The compiler must not know how the value is used.
@@ -234,17 +235,21 @@ void misbehave(Order order) {
     }
 }
 
+Bytes bytesOf(pid_t process) {
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&process);
+    return Bytes(bytes, bytes + sizeof process);
+}
+
 Bytes answerOf(Order order, const Message& request) {
     switch (order) {
     case Order::echo:
         return Bytes(request.bytes.begin() + 1, request.bytes.end());
     case Order::preparedModules:
         return {static_cast<std::uint8_t>(preparedModules)};
-    case Order::ownProcess: {
-        const pid_t process = ::getpid();
-        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&process);
-        return Bytes(bytes, bytes + sizeof process);
-    }
+    case Order::ownProcess:
+        return bytesOf(::getpid());
+    case Order::processOfPreparation:
+        return bytesOf(preparedIn);
     case Order::countDescriptors:
         return {countOfDescriptors([](const struct stat&) { return true; })};
     case Order::countFiles:
@@ -262,6 +267,8 @@ Bytes answerOf(Order order, const Message& request) {
     }
 }
 
+void prepareCopies() { preparedIn = ::getpid(); }
+
 void prepare(std::uint32_t modules) { preparedModules = modules; }
 
 void serve(MessageSocket& requests) {
@@ -278,7 +285,7 @@ void serve(MessageSocket& requests) {
 } // namespace
 
 WorkerProgram workerProgram(UnlistedCalls unlisted, std::uint64_t addressSpace) {
-    return {prepare, serve, {addressSpace, unlisted}};
+    return {prepareCopies, prepare, serve, {addressSpace, unlisted}};
 }
 
 std::unique_ptr<WorkerProcess> startWorker(UnlistedCalls unlisted) {
@@ -290,8 +297,8 @@ int answerTo(WorkerProcess& worker, Order attempted) {
     return answer ? answer->front() : 255;
 }
 
-pid_t processOf(WorkerProcess& worker) {
-    const Bytes answer = *worker.exchange(Bytes{order(Order::ownProcess)}, {}, amplyLimited);
+pid_t processOf(WorkerProcess& worker, Order order) {
+    const Bytes answer = *worker.exchange(Bytes{testing::order(order)}, {}, amplyLimited);
     pid_t process = 0;
     std::memcpy(&process, answer.data(), sizeof process);
     return process;

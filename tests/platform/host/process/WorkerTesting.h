@@ -11,7 +11,8 @@ enum class Order : std::uint8_t {
     // The answer is the rest of the message, or what was asked for.
     echo,
     preparedModules,
-    ownProcess, ///< four bytes
+    ownProcess,           ///< four bytes
+    processOfPreparation, ///< four bytes: where prepareCopies() ran
     countDescriptors,
     countFiles,    ///< the regular files among the descriptors
     copyFile,      ///< from the first descriptor sent to the second
@@ -66,8 +67,8 @@ int answerTo(WorkerProcess& worker, Order order);
 /// does not allow that.
 bool adoptsOrphans();
 
-/// The number of the worker's process.
-pid_t processOf(WorkerProcess& worker);
+/// The number of the worker's process, or of the one that `order` asks for.
+pid_t processOf(WorkerProcess& worker, Order order = Order::ownProcess);
 
 struct ParentAndWorker {
     pid_t parent, worker;
