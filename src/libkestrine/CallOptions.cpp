@@ -85,7 +85,7 @@ Result<void> addPercentage(const json& value, GivenOptions& given) {
 Result<void> setFormat(const json& value, GivenOptions& given) {
     const OutputFormat* const format = formatNamed(TRY(stringIn(value)), outputFormats());
     if (format == nullptr)
-        return mustBe("jpeg, png, tiff, gif, webp, jxl or avif");
+        return mustBe(formatNames(outputFormats()));
     given.recipe().format = {FormatRule::Choice::fixed, format->type};
     return {};
 }

@@ -27,15 +27,6 @@ std::optional<std::int32_t> positionOf(const std::array<const char*, count>& nam
 
 } // namespace
 
-std::string formatNames(std::span<const OutputFormat> formats) {
-    std::string names(formats.front().name);
-    for (const OutputFormat& format : formats.subspan(1)) {
-        names += &format == &formats.back() ? " or " : ", ";
-        names += format.name;
-    }
-    return names;
-}
-
 std::optional<std::string> nameOfFormat(std::int32_t formatType) {
     const OutputFormat* format = outputFormatNumbered(formatType);
     return format == nullptr ? std::nullopt : std::optional(std::string(format->name));

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "models/ResizeSet.h"
-#include "platform/imageio/OutputFormats.h"
 
 #include <optional>
 #include <string>
@@ -12,8 +11,6 @@ namespace kestrine {
 /// A resizeType that means no scaling.
 inline constexpr std::int32_t unscaledResizeType = 3;
 
-/// The formats in a sentence: "jpeg, png, tiff or gif".
-std::string formatNames(std::span<const OutputFormat> formats);
 /// The functions below return nullopt for an unknown value or word.
 std::optional<std::string> nameOfFormat(std::int32_t formatType);
 std::optional<std::int32_t> formatNamed(const std::string& name);

@@ -116,6 +116,15 @@ bool hasExtension(const OutputFormat& format, std::string_view extension) {
                || std::ranges::find(format.otherExtensions, lower) != format.otherExtensions.end());
 }
 
+std::string formatNames(std::span<const OutputFormat> formats) {
+    std::string names(formats.front().name);
+    for (const OutputFormat& format : formats.subspan(1)) {
+        names += &format == &formats.back() ? " or " : ", ";
+        names += format.name;
+    }
+    return names;
+}
+
 const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFormat> formats) {
     const std::string lower = lowerCase(name);
     const auto found = std::ranges::find_if(formats, [&](const OutputFormat& format) {

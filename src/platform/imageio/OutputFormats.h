@@ -49,6 +49,9 @@ std::span<const OutputFormat> presetFormats();
 /// Whether files of the format have this extension, in upper or lower case.
 bool hasExtension(const OutputFormat& format, std::string_view extension);
 
+/// Their names in a sentence: "jpeg, png, tiff or gif".
+std::string formatNames(std::span<const OutputFormat> formats);
+
 /// The one of `formats` that has this name or extension, in upper or lower case; null if there is none.
 const OutputFormat* formatNamed(std::string_view name, std::span<const OutputFormat> formats);
 
