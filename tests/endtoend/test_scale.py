@@ -239,7 +239,7 @@ class Refusals(Scale):
         self.assertEqual(self.results(self.tree), {name: data for name, data in expected.items() if name not in missing})
         done = self.merge(self.tree, status=1)
         self.assertIn("in/p.png: failed, it was changed since the plan was made; make a new plan\n", done.stdout.decode())
-        self.assertEqual(messages_of(done), ["of 16 files, 0 are missing and 3 failed"])
+        self.assertEqual(messages_of(done), ["16 files: 0 missing, 3 failed"])
 
     def test_a_file_that_is_not_ours_is_never_touched(self):
         self.plan()

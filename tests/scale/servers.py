@@ -1,8 +1,10 @@
 """Servers of this user on the loopback interface, with all their files in a temporary folder: ssh and Slurm."""
+import contextlib
 import getpass
 import os
 import shlex
 import shutil
+import signal
 import socket
 import subprocess
 import time
@@ -32,8 +34,9 @@ class Server:
     """A process that is ended with its children when the test ends."""
 
     def __init__(self, test, *command, environment=None, log):
-        self.process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=open(log, "wb"),
-                                        stderr=subprocess.STDOUT, start_new_session=True)
+        with open(log, "wb") as output:
+            self.process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=output,
+                                            stderr=subprocess.STDOUT, start_new_session=True)
         test.addCleanup(self.end)
 
     def end(self):
@@ -43,6 +46,8 @@ class Server:
         except subprocess.TimeoutExpired:
             self.process.kill()
             self.process.wait()
+        with contextlib.suppress(ProcessLookupError):  # what it started, which is in its group
+            os.killpg(self.process.pid, signal.SIGKILL)
 
 
 class SSHServers:

@@ -133,8 +133,8 @@ void finish(const MergeRequest& request, const MergeTotals& totals) {
                   << "\n";
     const std::size_t all = totals.done + totals.failed + totals.missing;
     if (totals.failed + totals.missing > 0)
-        throw CommandError("of " + counted(all, "file") + ", " + std::to_string(totals.missing)
-                           + " are missing and " + std::to_string(totals.failed) + " failed");
+        throw CommandError(counted(all, "file") + ": " + std::to_string(totals.missing) + " missing, "
+                           + std::to_string(totals.failed) + " failed");
     if (!request.isJSON && !request.isQuiet)
         printError("all done: " + counted(all, "file"));
 }

@@ -63,15 +63,7 @@ void ShardRun::convert(const PlanRecord& record, const LoggedFile* logged, Conve
     bool hasNews = false;
     for (std::size_t i = 0; i < outcomes.size(); ++i) {
         JobOutcome& outcome = outcomes[i];
-        const LoggedResult* known = resultAt(logged, record.results[i]);
-        // Another version of the program made it.
-        const bool isOlder = outcome.failure && outcome.failure->reason == Reason::alreadyExists
-                             && known != nullptr && isInPlace(*known, root_);
-        if (isOlder) {
-            outcome.failure.reset();
-            outcome.isWritten = outcome.wasThere = true;
-            outcome.bytes = known->bytes;
-        }
+        const LoggedResult* older = acceptOlder(resultAt(logged, record.results[i]), outcome);
         hasNews = hasNews || (outcome.isWritten && !outcome.wasThere);
         const std::size_t outputs = result.outputs.size();
         addOutcome(result, {record.source, job.path.utf8(), std::nullopt, record.bytes}, job.recipes[i],
@@ -79,13 +71,25 @@ void ShardRun::convert(const PlanRecord& record, const LoggedFile* logged, Conve
         if (result.outputs.size() == outputs)
             continue;
         ConvertOutput& output = result.outputs.back();
-        output.content = isOlder ? known->content : contents.contentAt(output.path);
+        output.content = older != nullptr ? older->content : contents.contentAt(output.path);
         output.path = record.results[i];
     }
     if (result.status == ConvertStatus::done && !hasNews) {
         result.status = ConvertStatus::skipped;
         result.reason = "its results are there already";
     }
+}
+
+/// The logged result if another version of the program made it, so that this run could not take its place.
+/// Then `outcome` becomes that of a result that was there.
+const LoggedResult* ShardRun::acceptOlder(const LoggedResult* logged, JobOutcome& outcome) const {
+    const bool isTaken = outcome.failure && outcome.failure->reason == Reason::alreadyExists;
+    if (!isTaken || logged == nullptr || !isInPlace(*logged, root_))
+        return nullptr;
+    outcome.failure.reset();
+    outcome.isWritten = outcome.wasThere = true;
+    outcome.bytes = logged->bytes;
+    return logged;
 }
 
 /// Whether the source is the planned one, and nothing leads out of the root. Else `result` says why.

@@ -21,6 +21,7 @@ public:
 private:
     bool isUsable(const PlanRecord& record, ConvertResult& result) const;
     bool isDone(const PlanRecord& record, const LoggedFile* logged) const;
+    const LoggedResult* acceptOlder(const LoggedResult* logged, JobOutcome& outcome) const;
     ResizeJob jobFor(const PlanRecord& record) const;
 
     const RootFolder& root_;

@@ -32,9 +32,8 @@ namespace kestrine::jpeg {
 ///     of all coefficients are sent, so it does not smooth blocks. What a scan does to a block depends only
 ///     on its earlier blocks and on this block in earlier scans. So a failure in one scan, whose MCUs are
 ///     behind in the file, changes no block above in any scan.
-///  6. A row is delivered only after all MCUs of its band were decoded completely in all scans, and also
-///  those of the next
-///     band if chroma is smoothed across the border. No later MCU contributes to the row.
+///  6. A row is delivered only after all scans of its band were decoded completely; if chroma is smoothed
+///     across the border to the next band, also those of that band. No later MCU contributes to the row.
 Result<RowSourcePointer> openOwnRows(std::shared_ptr<const ByteReader> reader, const FrameHeader& header,
                                      int eighths, std::shared_ptr<DamageRecord> damage = nullptr);
 
