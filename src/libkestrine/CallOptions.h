@@ -17,6 +17,6 @@ struct CallOptions {
 };
 
 /// Reads a JSON object. Fails with reason "malformed" and a text for the caller.
-Result<CallOptions> callOptionsIn(std::string_view json);
+Result<CallOptions> callOptionsIn(std::string_view text);
 
 } // namespace kestrine

@@ -66,13 +66,13 @@ JobOutcome runWatched(const ResizeJob& job, const kestrine_picture& picture) {
         reported = share;
         return picture.progress == nullptr || picture.progress(share, picture.user) == 0;
     };
-    const CallFailure cancelled{KESTRINE_CANCELLED, "the conversion was cancelled"};
+    const auto cancelled = [] { return CallFailure{KESTRINE_CANCELLED, "the conversion was cancelled"}; };
     if (!report(0))
-        throw cancelled;
+        throw cancelled();
     const RowWatch watch(report);
     JobOutcome outcome = runJob(job).front();
     if (watch.wasEnded() || (reported < 1 && !report(1)))
-        throw cancelled;
+        throw cancelled();
     return outcome;
 }
 
@@ -86,10 +86,9 @@ std::shared_ptr<const NSData> converted(const kestrine_picture& picture, const C
                                           picture);
     if (outcome.data != nullptr)
         return outcome.data;
-    CallFailure failure = callFailure(*outcome.failure);
     if (outcome.refusal == Refusal::damaged)
-        failure.status = KESTRINE_DAMAGED;
-    throw failure;
+        throw CallFailure{KESTRINE_DAMAGED, outcome.failure->text};
+    throw callFailure(*outcome.failure);
 }
 
 CallOptions optionsIn(const char* json) {

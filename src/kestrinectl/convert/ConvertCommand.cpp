@@ -66,10 +66,11 @@ struct Run {
     bool isFinished(std::size_t position, const ConvertInput& input, const ResizeJob& job) const {
         if (manifest == nullptr || request.update.remakesAll)
             return false;
-        auto result = resultIfCurrent(job, input, *manifest);
-        if (result)
-            report.finished(position, *std::move(result));
-        return result.has_value();
+        std::optional<ConvertResult> current = resultIfCurrent(job, input, *manifest);
+        if (!current)
+            return false;
+        report.finished(position, *std::move(current));
+        return true;
     }
 };
 

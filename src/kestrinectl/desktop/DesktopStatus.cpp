@@ -5,6 +5,7 @@
 #include "kestrinectl/sets/PresetStore.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownNumbers.h"
+#include "platform/host/process/ProgramPath.h"
 
 #include <algorithm>
 #include <new>

@@ -11,7 +11,7 @@ public:
     static constexpr std::uint32_t groups = 4;
     static constexpr std::uint32_t blocks = groups * lanesOfGroup;
 
-    LaneGroup& group(std::uint32_t number) { return groups_[number]; }
+    LaneGroup& group(std::size_t number) { return groups_[number]; }
 
     /// The first coefficient of a block; for the offsets of the others see offsetAlongZigzag.
     std::int16_t* block(std::uint32_t number) {
@@ -26,7 +26,7 @@ public:
     int lastNonZero(std::uint32_t group) const;
 
     /// Sets the AC coefficients of a group to 0. `last` is its lastNonZero(), or 0 if none was stored.
-    void clear(std::uint32_t group, int last);
+    void clear(std::uint32_t number, int last);
 
 private:
     std::array<LaneGroup, groups> groups_{};

@@ -55,7 +55,8 @@ private:
 
     static bool sends(Lowest& lowest, const ScanHeader& scan) {
         const auto band = std::span(lowest).subspan(static_cast<std::size_t>(scan.first),
-                                                    static_cast<std::size_t>(scan.last - scan.first + 1));
+                                                    static_cast<std::size_t>(scan.last) + 1
+                                                        - static_cast<std::size_t>(scan.first));
         const int expected = scan.high == 0 ? notSent : scan.high;
         if (std::ranges::any_of(band, [expected](int bit) { return bit != expected; }))
             return false;
