@@ -53,7 +53,9 @@ def install_modules(modules, folder):
     attempt(["npm", "install", "--prefix", str(folder), "--no-audit", "--no-fund", *wanted], " ".join(wanted))
 
 
-def install_missing(peers, npm):
+def install_missing(peers, npm, programs):
+    """`programs`: other programs and their packages."""
+    install_packages([package for program, package in programs.items() if not shutil.which(program)])
     missing = [peer for peer in peers if not peer.version()]
     packages = dict.fromkeys(package for peer in missing for package in peer.packages
                              if not shutil.which({"nodejs": "node", "npm": "npm"}.get(package, "")))

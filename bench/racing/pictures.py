@@ -16,10 +16,15 @@ from pathlib import Path
 import numpy
 from PIL import Image, ImageCms, JpegImagePlugin
 
-BITS_A_PIXEL = 2.0
+from racing import foreign
+
 ORIENTATION, UPRIGHT = 0x0112, 1
 EDITION = 1  # increase it when the pictures change, so that kept ones are made again
-SUFFIXES = {"jpeg": "jpg", "png": "png", "rgba": "png", "lzw": "tif", "tiff": "tif"}
+SUFFIXES = {"jpeg": "jpg", "phone": "jpg", "progressive": "jpg", "mixed": "jpg", "png": "png", "rgba": "png", "lzw": "tif",
+            "tiff": "tif", **{kind: kind for kind in foreign.WRITERS}}
+# Bits per pixel of the kinds of JPEG. Telephones write more than other cameras.
+BITS = {"jpeg": 2.0, "phone": 2.5, "progressive": 2.0, "mixed": 2.0}
+MIXED = 8  # of so many files of the kind "mixed", the last is progressive
 
 Image.MAX_IMAGE_PIXELS = None
 
@@ -164,22 +169,26 @@ class Pictures:
         if kind == "rgba":
             samples = with_soft_alpha(samples)
         picture = Image.fromarray(samples)
-        if kind == "jpeg":
-            saving = original.saving or {"quality": self._quality(picture, width, height)}
-            exif = self.make.exif_block(1, path.name)
+        exif = self.make.exif_block(1, path.name)
+        if kind in BITS:
+            saving = dict(original.saving or {"quality": self._quality(picture, BITS[kind])})
+            saving["progressive"] = kind == "progressive" or (kind == "mixed" and number % MIXED == MIXED - 1)
             self._save(path, picture, "JPEG", exif=exif, icc_profile=self.profile, **saving)
+        elif kind in foreign.WRITERS:
+            self._replace(path, lambda unfinished: foreign.WRITERS[kind](picture, unfinished, self.profile, exif))
         elif kind in ("png", "rgba"):
             self._save(path, picture, "PNG", icc_profile=self.profile)
         else:
             compression = {"compression": "tiff_lzw", "tiffinfo": {317: 2}} if kind == "lzw" else {}
             self._save(path, picture, "TIFF", icc_profile=self.profile, **compression)
 
-    def _quality(self, picture, width, height):
+    def _quality(self, picture, bits):
         """Measured on the first picture of a size, and on at most 6 megapixels of it."""
-        size = (width, height)
-        if size not in self.qualities:
-            self.qualities[size] = quality_for(picture.crop((0, 0, min(width, 3000), min(height, 2000))), BITS_A_PIXEL)
-        return self.qualities[size]
+        key = (picture.size, bits)
+        if key not in self.qualities:
+            part = picture.crop((0, 0, min(picture.width, 3000), min(picture.height, 2000)))
+            self.qualities[key] = quality_for(part, bits)
+        return self.qualities[key]
 
     def _save(self, path, picture, format_, **options):
         self._replace(path, lambda unfinished: picture.save(unfinished, format_, **options))
@@ -187,6 +196,6 @@ class Pictures:
     @staticmethod
     def _replace(path, write):
         """Renames only complete files, so that an interrupted run leaves no partial one under the final name."""
-        unfinished = path.with_name("unfinished")
+        unfinished = path.with_name("unfinished" + path.suffix)
         write(unfinished)
         os.replace(unfinished, path)

@@ -133,11 +133,12 @@ class Races:
 
     def _quality_of(self, task, source):
         """The judge of the previous task if the picture and its scaling are the same."""
+        from racing.foreign import readable
         from racing.quality import Quality
         key = (source, task.box)
         if self.judge[0] != key:
             self.judge = (None, None)
-            self.judge = (key, Quality(source, task))
+            self.judge = (key, Quality(readable(source), task))
         return self.judge[1]
 
     def _shown(self, contestant, job):

@@ -101,6 +101,8 @@ class Goals:
             self._below("wall with the own decoder", wall, goal.own_wall, "{:.2f}")
             self._below("wall with the own decoder, aim", wall, goal.own_wall_aim, "{:.2f}")
         self._below("CPU", cpu, goal.cpu, "{:.2f}")
+        peak = results.median(self.name, "peak") / results.median(peer, "peak")
+        self._below("peak, ratio", peak, goal.peak_share, "{:.2f}")
         self._below("bytes", mine.bytes / theirs.bytes, goal.bytes, "{:.2f}")
         if goal.decibels or self.entry.task.to == "gif":
             self._no_worse_than_the_peer(mine, theirs)

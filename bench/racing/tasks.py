@@ -8,7 +8,7 @@ from racing.contestants import Job
 class Goal:
     """Upper limits for ratios to the fastest peer, and other limits; None means no limit. `own_*` are the ratios with our
     own baseline JPEG decoder. `decibels` compare with the full-decode reference in linear light, `peak` is in MiB,
-    `bytes` is the ratio of file sizes to the fastest peer."""
+    `peak_share` and `bytes` are the ratios of peaks and of file sizes to the fastest peer."""
     wall: float = None
     wall_aim: float = None
     cpu: float = None
@@ -16,6 +16,7 @@ class Goal:
     own_wall_aim: float = None
     decibels: float = None
     peak: float = None
+    peak_share: float = None
     bytes: float = None
 
 
@@ -95,8 +96,12 @@ TASKS = [
          Goal(0.55, 0.45, 0.60, 0.32, 0.25, decibels=52, peak=40), longest=1200, linear_peer=True),
     Task("T2", "sixteen 24 MP JPEG to 1200, all cores", "jpeg", 6000, 4000, "jpeg",
          Goal(0.90, 0.80, 0.95, 0.60, 0.50, decibels=52), longest=1200, count=16, share_of_rounds=0.7),
+    Task("T2-mixed", "sixteen 24 MP JPEG, two of them progressive, to 1200, all cores", "mixed", 6000, 4000, "jpeg",
+         Goal(0.90, 0.80, 0.95, 0.48, peak=60), longest=1200, count=16, share_of_rounds=0.7, judged=False),
     Task("T3", "12 MP JPEG to 50 %", "jpeg", 4000, 3000, "jpeg",
          Goal(0.50, 0.42, 0.55, 0.38, 0.30, decibels=58), percent=50, linear_peer=True),
+    Task("T3-phone", "12 MP JPEG of a telephone to 50 %, quality 80", "phone", 4000, 3000, "jpeg",
+         Goal(0.50, 0.42, 0.55, 0.38, 0.33, decibels=58), percent=50, quality=80),
     Task("T4", "6 MP RGBA PNG to 1200 PNG", "rgba", 3000, 2000, "png",
          Goal(0.55, 0.40, 0.60, decibels=57, bytes=0.65), longest=1200, linear_peer=True),
     Task("T5-lzw", "24 MP LZW TIFF to 2000 TIFF", "lzw", 6000, 4000, "tiff",
@@ -111,6 +116,21 @@ TASKS = [
          Goal(0.72, None, 0.90, 0.42, 0.33, peak=40), longest=2000, share_of_rounds=0.7),
     Task("T8-png", "100 MP PNG to 2000 PNG", "png", 12000, 8336, "png",
          Goal(0.55, None, 0.65, peak=100), longest=2000, share_of_rounds=0.4),
+    Task("T9", "12 MP HEIC to 1200 JPEG", "heic", 4032, 3024, "jpeg",
+         Goal(0.70, 0.50, peak_share=0.5), longest=1200),
+    Task("T10", "12 MP AVIF to 1200 JPEG", "avif", 4000, 3000, "jpeg",
+         Goal(0.70, peak_share=0.5), longest=1200),
+    Task("T11", "24 MP tiled JPEG 2000 to 1200 JPEG", "jp2", 6000, 4000, "jpeg",
+         Goal(0.65, peak_share=0.5), longest=1200, share_of_rounds=0.7),
+    Task("T12", "20 MP progressive JPEG to 1200 JPEG", "progressive", 5472, 3648, "jpeg",
+         Goal(0.50, own_wall=0.40, peak_share=0.5), longest=1200),
+    Task("T13", "12 MP WebP to 1200 JPEG", "webp", 4000, 3000, "jpeg",
+         Goal(0.70, peak_share=0.5), longest=1200),
+    Task("T14", "24 MP JPEG XL to 1200 JPEG", "jxl", 6000, 4000, "jpeg",
+         Goal(0.60, peak_share=0.5), longest=1200, share_of_rounds=0.7),
+    # No judge: a drawing has no pixels to compare with.
+    Task("T15", "SVG logo to 2000 PNG", "svg", 400, 300, "png",
+         Goal(0.70, peak_share=0.5), longest=2000, judged=False),
 ]
 
 # Megapixels -> sides.

@@ -109,8 +109,8 @@ class SpawnerTest(unittest.TestCase):
 class TasksTest(unittest.TestCase):
     def test_a_name_means_its_variants_and_nothing_else(self):
         named = {name: [task.key for task in tasks.TASKS if tasks.is_named(task.key, name)]
-                 for name in ("T1", "T5", "T9")}
-        self.assertEqual(named, {"T1": ["T1"], "T5": ["T5-lzw", "T5-plain"], "T9": []})
+                 for name in ("T1", "T5", "T99")}
+        self.assertEqual(named, {"T1": ["T1"], "T5": ["T5-lzw", "T5-plain"], "T99": []})
         self.assertTrue(all(map(tasks.known, ["T8", "growth-png", "growth", "files-100", "start"])))
         self.assertFalse(any(map(tasks.known, ["", "T", "T9", "grow"])))
 
