@@ -12,6 +12,8 @@ void divideByAlpha(std::size_t channels, std::span<Sample> samples) {
     constexpr std::uint64_t maximum = std::numeric_limits<Sample>::max();
     for (std::size_t at = 0; at + channels <= samples.size(); at += channels) {
         const std::uint64_t alpha = samples[at + channels - 1];
+        if (alpha == maximum)
+            continue;
         for (Sample& color : samples.subspan(at, channels - 1))
             color = alpha == 0
                         ? Sample{0}

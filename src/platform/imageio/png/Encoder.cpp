@@ -5,7 +5,6 @@
 
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/Codecs.h"
-#include "platform/imageio/Zlib.h"
 #include "platform/imageio/png/Library.h"
 #include "platform/imageio/png/fast/BigEndianWords.h"
 #include "platform/imageio/png/fast/Chunk.h"
@@ -85,8 +84,6 @@ public:
     Result<Bytes> make() {
         if (!installedFunctions())
             return installedFunctions().failure();
-        if (!installedZlib())
-            return installedZlib().failure();
         if (!info_)
             return Failure{Reason::unsupported, "libpng cannot be used"};
         libpng().setBenignErrors(png_, 1); // a profile that libpng rejects is left out
@@ -236,10 +233,7 @@ Result<Bytes> encodeQuickly(RowSource& rows, const EncodingOptions& options) {
 
 } // namespace
 
-void openLibraries() {
-    (void)installedFunctions();
-    (void)installedZlib();
-}
+void openLibraries() { (void)installedFunctions(); }
 
 Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     if (!rows.format().isWithinLimits())

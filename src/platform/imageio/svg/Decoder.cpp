@@ -5,6 +5,7 @@
 #include "platform/imageio/svg/Drawing.h"
 #include "platform/imageio/svg/Fonts.h"
 #include "platform/imageio/svg/Text.h"
+#include "platform/imageio/svg/Zlib.h"
 
 #include <algorithm>
 
@@ -24,9 +25,13 @@ public:
           text_(std::move(text)), size_(size), x_(x), y_(y) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
-        if (bandRow_ == band_.format.height)
+        if (bandRow_ == bandHeight_)
             TRY(drawBand());
-        std::ranges::copy(band_.row(bandRow_++), row.begin());
+        for (const DrawnArea& tile : band_) {
+            tile.copyRow(bandRow_, row.first(4 * std::size_t{tile.width()}));
+            row = row.subspan(4 * std::size_t{tile.width()});
+        }
+        ++bandRow_;
         return {};
     }
 
@@ -36,20 +41,16 @@ private:
         const auto lock = fonts.use();
         const DocumentPointer document = TRY(readDocument(library_, *text_));
         const std::uint32_t tileWidth = std::min(format().width, maxTileWidth);
-        RowFormat bandFormat = format();
-        bandFormat.height = static_cast<std::uint32_t>(
+        bandHeight_ = static_cast<std::uint32_t>(
             std::clamp<std::uint64_t>(pixelsPerTile / tileWidth, 1, format().height - next_));
-        band_ = PixelBuffer(bandFormat);
+        band_.clear();
         for (std::uint32_t left = 0; left < format().width; left += tileWidth) {
             const std::uint32_t width = std::min(tileWidth, format().width - left);
-            const Area area{
-                x_.scale, y_.scale,         x_.offset + left / x_.scale, y_.offset + next_ / y_.scale,
-                width,    bandFormat.height};
-            const PixelBuffer tile = TRY(drawArea(library_, *document, size_, area));
-            for (std::size_t row = 0; row < bandFormat.height; ++row)
-                std::ranges::copy(tile.row(row), band_.row(row).subspan(4 * std::size_t{left}).begin());
+            const Area area{x_.scale, y_.scale,   x_.offset + left / x_.scale, y_.offset + next_ / y_.scale,
+                            width,    bandHeight_};
+            band_.push_back(TRY(drawArea(library_, *document, size_, area)));
         }
-        next_ += bandFormat.height;
+        next_ += bandHeight_;
         bandRow_ = 0;
         return {};
     }
@@ -58,15 +59,16 @@ private:
     const std::shared_ptr<const Bytes> text_;
     const NaturalSize size_;
     const AxisMap x_, y_;
-    PixelBuffer band_;
-    std::uint32_t bandRow_ = 0, next_ = 0; ///< in the band; the first one after it
+    std::vector<DrawnArea> band_; ///< side by side
+    std::uint32_t bandHeight_ = 0, bandRow_ = 0,
+                  next_ = 0; ///< rows of the band, the next one in it, the one after it
 };
 
 class Decoder final : public ImageDecoder {
 public:
     Decoder(const Functions& library, std::shared_ptr<const Bytes> text, NaturalSize size)
         : library_(library), text_(std::move(text)), size_(size) {
-        constexpr std::uint64_t bytesPerPixel = 3 * 4; // cairo's tile, ours, and the band
+        constexpr std::uint64_t bytesPerPixel = 4;
         frames_.push_back({.format = {size.width, size.height, ColorModel::rgb, true, SampleDepth::bits8},
                            .isDrawn = true,
                            .storedBitsPerPixel = 1, // the length of the file says nothing about the size
@@ -106,6 +108,7 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
 }
 
 void openLibraries() {
+    (void)installedZlib();
     if (const Result<Functions>& library = installedFunctions())
         (void)Fonts::opened(*library);
 }

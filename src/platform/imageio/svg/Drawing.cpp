@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
+#include <cstdlib>
 
 namespace kestrine::svg {
 
@@ -46,17 +46,6 @@ Rectangle extentsOf(const Functions& library, Document& document) {
     return {0, 0, ink.x + ink.width, ink.y + ink.height};
 }
 
-/// cairo's pixels are numbers of 32 bits: alpha, red, green, blue, multiplied by alpha.
-void unpack(std::span<const std::uint32_t> row, std::span<std::uint8_t> into) {
-    for (std::size_t x = 0; x < row.size(); ++x) {
-        const std::uint32_t pixel = row[x];
-        into[4 * x] = static_cast<std::uint8_t>(pixel >> 16);
-        into[4 * x + 1] = static_cast<std::uint8_t>(pixel >> 8);
-        into[4 * x + 2] = static_cast<std::uint8_t>(pixel);
-        into[4 * x + 3] = static_cast<std::uint8_t>(pixel >> 24);
-    }
-}
-
 } // namespace
 
 Result<DocumentPointer> readDocument(const Functions& library, ByteView text) {
@@ -88,12 +77,31 @@ NaturalSize naturalSize(const Functions& library, Document& document) {
     return {wholePixels(x), wholePixels(y)};
 }
 
-Result<PixelBuffer> drawArea(const Functions& library, Document& document, NaturalSize size,
-                             const Area& area) {
+// calloc() takes whole pages from the system, which are zero already and cost nothing before they are drawn
+// on.
+DrawnArea::DrawnArea(std::uint32_t width, std::uint32_t height)
+    : width_(width),
+      pixels_(static_cast<std::uint32_t*>(std::calloc(std::size_t{width} * height, sizeof(std::uint32_t)))) {}
+
+void DrawnArea::copyRow(std::uint32_t y, std::span<std::uint8_t> into) const {
+    const std::span<const std::uint32_t> row(pixels_.get() + std::size_t{y} * width_, width_);
+    for (std::size_t x = 0; x < row.size(); ++x) {
+        const std::uint32_t pixel = row[x];
+        into[4 * x] = static_cast<std::uint8_t>(pixel >> 16);
+        into[4 * x + 1] = static_cast<std::uint8_t>(pixel >> 8);
+        into[4 * x + 2] = static_cast<std::uint8_t>(pixel);
+        into[4 * x + 3] = static_cast<std::uint8_t>(pixel >> 24);
+    }
+    undoPremultiplication(4, into);
+}
+
+Result<DrawnArea> drawArea(const Functions& library, Document& document, NaturalSize size, const Area& area) {
     constexpr int argb32 = 0;
-    std::vector<std::uint32_t> drawn(std::size_t{area.width} * area.height);
+    DrawnArea drawn(area.width, area.height);
+    if (drawn.pixels() == nullptr)
+        return Failure{Reason::outOfMemory, "not enough memory to draw the SVG drawing"};
     const std::unique_ptr<Surface, void (*)(Surface*)> surface(
-        library.createSurface(reinterpret_cast<std::uint8_t*>(drawn.data()), argb32,
+        library.createSurface(reinterpret_cast<std::uint8_t*>(drawn.pixels()), argb32,
                               static_cast<int>(area.width), static_cast<int>(area.height),
                               static_cast<int>(4 * area.width)),
         library.destroySurface);
@@ -106,11 +114,7 @@ Result<PixelBuffer> drawArea(const Functions& library, Document& document, Natur
         || library.statusOf(context.get()) != 0)
         return Failure{Reason::malformed, "the SVG drawing cannot be drawn"};
     library.flush(surface.get());
-    PixelBuffer pixels(RowFormat{area.width, area.height, ColorModel::rgb, true, SampleDepth::bits8});
-    for (std::size_t y = 0; y < area.height; ++y)
-        unpack(std::span(drawn).subspan(y * area.width, area.width), pixels.row(y));
-    undoPremultiplication(pixels.format, pixels.bytes);
-    return pixels;
+    return drawn;
 }
 
 } // namespace kestrine::svg

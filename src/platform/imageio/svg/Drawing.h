@@ -1,7 +1,7 @@
 // Drawing: draws SVG documents with librsvg.
 #pragma once
 
-#include "platform/coregraphics/PixelBuffer.h"
+#include "platform/host/FreeDeleter.h"
 #include "platform/imageio/svg/Library.h"
 
 #include <memory>
@@ -33,8 +33,25 @@ struct Area {
     std::uint32_t width, height; ///< of the result, at most 32767
 };
 
-/// Pixels with alpha, 8 bits. The fonts must be in use.
-Result<PixelBuffer> drawArea(const Functions& library, Document& document, NaturalSize size,
-                             const Area& area);
+/// The pixels of an area as cairo draws them: numbers of 32 bits with alpha, red, green and blue, multiplied
+/// by alpha.
+class DrawnArea {
+public:
+    /// Transparent. No pixels if there is not enough memory.
+    DrawnArea(std::uint32_t width, std::uint32_t height);
+
+    std::uint32_t* pixels() { return pixels_.get(); }
+    std::uint32_t width() const { return width_; }
+
+    /// The pixels of a row as red, green, blue and alpha, not multiplied; 8 bits.
+    void copyRow(std::uint32_t y, std::span<std::uint8_t> into) const;
+
+private:
+    std::uint32_t width_;
+    std::unique_ptr<std::uint32_t, FreeDeleter> pixels_;
+};
+
+/// The fonts must be in use.
+Result<DrawnArea> drawArea(const Functions& library, Document& document, NaturalSize size, const Area& area);
 
 } // namespace kestrine::svg

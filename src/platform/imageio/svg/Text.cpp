@@ -1,6 +1,6 @@
 #include "platform/imageio/svg/Text.h"
 
-#include "platform/imageio/Zlib.h"
+#include "platform/imageio/svg/Zlib.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,10 +1,11 @@
 #include "platform/imageio/png/fast/DeflatedPiece.h"
 
-#include "platform/imageio/Zlib.h"
+#include "platform/imageio/png/fast/LastBlock.h"
 
 #include <libdeflate.h>
 #include <memory>
 #include <new>
+#include <stdexcept>
 
 namespace kestrine::png {
 
@@ -14,41 +15,15 @@ struct CompressorDeleter {
     void operator()(libdeflate_compressor* compressor) const { libdeflate_free_compressor(compressor); }
 };
 
-struct LastBlock {
-    std::size_t begin = 0, end = 0; ///< in bits
-};
-
-/// The position of the last deflate block. libdeflate does not report it, so zlib inflates the data and stops
-/// at every block.
-LastBlock findLastBlock(Bytes& deflated) {
-    constexpr int noHeader = -MAX_WBITS, unusedBits = 7, inLastBlock = 64, atBoundary = 128;
-    InflateStream stream(noHeader);
-    if (!stream.isReady())
-        throw std::bad_alloc();
-    Bytes inflated(1 << 16); // not used
-    stream->next_in = deflated.data();
-    stream->avail_in = static_cast<uInt>(deflated.size());
-    LastBlock last;
-    while (last.end == 0) {
-        stream->next_out = inflated.data();
-        stream->avail_out = static_cast<uInt>(inflated.size());
-        if (stream.inflate(Z_BLOCK) != Z_OK)
-            throw std::bad_alloc(); // no other error is possible in data that was just compressed
-        if ((stream->data_type & atBoundary) == 0)
-            continue;
-        const std::size_t position = 8 * std::size_t{stream->total_in} - (stream->data_type & unusedBits);
-        (stream->data_type & inLastBlock ? last.end : last.begin) = position;
-    }
-    return last;
-}
-
 /// Clears the final flag of the last block, and ends the data at a whole byte with an empty stored block, so
 /// that more blocks can follow.
 void openEnd(Bytes& deflated) {
     constexpr std::size_t blockHeadBits = 3;
-    const LastBlock last = findLastBlock(deflated);
-    deflated[last.begin / 8] &= static_cast<std::uint8_t>(~(1U << last.begin % 8));
-    if (8 * deflated.size() - last.end < blockHeadBits)
+    const std::optional<LastBlock> last = lastBlockOf(deflated);
+    if (!last)
+        throw std::logic_error("data that were just compressed are not deflate data");
+    deflated[last->begin / 8] &= static_cast<std::uint8_t>(~(1U << last->begin % 8));
+    if (8 * deflated.size() - last->end < blockHeadBits)
         deflated.push_back(0);
     deflated.insert(deflated.end(), {0x00, 0x00, 0xFF, 0xFF}); // the length 0 and its complement
 }
@@ -69,9 +44,15 @@ DeflatedPiece deflatePiece(ByteView bytes, bool isLast, int compression) {
     return piece;
 }
 
+// RFC 1950: the low half is 1 and the sum of the bytes, the high half the sum of the low halves after each
+// byte.
 std::uint32_t joinedAdler(std::uint32_t first, std::uint32_t second, std::size_t length) {
-    return static_cast<std::uint32_t>(
-        installedZlib()->combineAdler32(first, second, static_cast<z_off_t>(length)));
+    constexpr std::uint64_t base = 65521;
+    const std::uint64_t firstSum = first & 0xFFFF, secondSum = second & 0xFFFF;
+    const std::uint64_t sum = (firstSum + secondSum + base - 1) % base;
+    const std::uint64_t sumOfSums =
+        ((first >> 16) + (second >> 16) + length % base * ((firstSum + base - 1) % base)) % base;
+    return static_cast<std::uint32_t>(sumOfSums << 16 | sum);
 }
 
 } // namespace kestrine::png

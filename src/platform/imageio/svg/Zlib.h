@@ -1,4 +1,4 @@
-// The functions of zlib, which is opened when a codec needs it. Its header is used for types only; the
+// The functions of zlib, which compressed drawings need. Its header is used for types only; the
 // program does not link to the library.
 #pragma once
 
@@ -7,14 +7,13 @@
 #include <initializer_list>
 #include <zlib.h>
 
-namespace kestrine {
+namespace kestrine::svg {
 
 /// The functions that are used.
 struct Zlib {
     decltype(&inflateInit2_) startInflate;
     decltype(&::inflate) inflate;
     decltype(&::inflateEnd) endInflate;
-    decltype(&adler32_combine) combineAdler32;
 };
 
 /// The functions of the first of these libraries that exists. Fails with reason "unsupported" and names the
@@ -44,4 +43,4 @@ private:
     bool isReady_ = false;
 };
 
-} // namespace kestrine
+} // namespace kestrine::svg

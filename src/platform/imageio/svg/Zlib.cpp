@@ -1,17 +1,15 @@
-#include "platform/imageio/Zlib.h"
+#include "platform/imageio/svg/Zlib.h"
 
 #include "platform/host/process/DynamicLibrary.h"
 
-namespace kestrine {
+namespace kestrine::svg {
 
 Result<Zlib> loadZlib(std::initializer_list<const char*> names) {
-    return DynamicLibrary::load<Zlib>(names, "compressed pictures need zlib (package zlib1g)",
+    return DynamicLibrary::load<Zlib>(names, "compressed drawings need zlib (package zlib1g)",
                                       [](const DynamicLibrary& library, Zlib& functions) {
                                           return library.find(functions.startInflate, "inflateInit2_")
                                                  && library.find(functions.inflate, "inflate")
-                                                 && library.find(functions.endInflate, "inflateEnd")
-                                                 && library.find(functions.combineAdler32,
-                                                                 "adler32_combine64");
+                                                 && library.find(functions.endInflate, "inflateEnd");
                                       });
 }
 
@@ -32,4 +30,4 @@ InflateStream::~InflateStream() {
 
 int InflateStream::inflate(int flush) { return installedZlib()->inflate(&stream_, flush); }
 
-} // namespace kestrine
+} // namespace kestrine::svg
