@@ -144,6 +144,9 @@ class Installing(DesktopTest):
         self.assertEqual(out.splitlines()[0], "Nautilus: not found, no actions")
         self.assertEqual(out.splitlines()[4], f"Caja: found, 1 action in {self.caja_scripts}, up to date")
         self.assertEqual(err, "")
+        caja = json.loads(self.desktop("status", "--json")[0].splitlines()[4])
+        self.assertEqual(caja, {"fileManager": "Caja", "found": True, "place": str(self.caja_scripts), "actions": 1, "edited": 0,
+                                "prevented": 0, "state": "up to date"})
         self.sets("Other")
         out, err = self.desktop("status")
         self.assertIn("1 action in", out)

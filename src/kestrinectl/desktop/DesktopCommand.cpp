@@ -31,8 +31,11 @@ void addRemoveActions(CLI::App& desktop) {
 }
 
 void addStatus(CLI::App& desktop) {
-    desktop.add_subcommand("status", "Show which file managers are found, and whether they have the actions")
-        ->callback(showDesktopStatus);
+    CLI::App* command = desktop.add_subcommand(
+        "status", "Show which file managers are found, and whether they have the actions");
+    auto asJSON = std::make_shared<bool>(false);
+    command->add_flag("--json", *asJSON, "Print one JSON object per file manager");
+    command->callback([asJSON] { showDesktopStatus(*asJSON); });
 }
 
 /// Not in the help: only the actions use it.
