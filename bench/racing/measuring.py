@@ -41,7 +41,7 @@ class Spawner:
         status, wall, cpu, peak = marshal.load(self.process.stdout)
         if status != 0:
             lines = Path(self.messages).read_text(errors="replace").strip().splitlines()
-            message = next((line for line in lines if "Error" in line), lines[-1] if lines else "no message")
+            message = next((line for line in lines if "Error: " in line), lines[-1] if lines else "no message")
             raise RunFailed(f"status {status}: {message}")
         return Run(wall, cpu, peak / 1024)
 
