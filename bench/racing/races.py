@@ -89,7 +89,7 @@ class Races:
         return measuring.race(starters(self.ours, racing, self.npm), rounds, run, 0)
 
     def _add_preset(self, task, to):
-        words = [self.ours[0].companion, "sets", "add", *map(str, task.preset_options(to))]
+        words = [self.ours[0].companion, "sets", "add", "--overwrite", *map(str, task.preset_options(to))]
         done = subprocess.run(words, env=self.environment, capture_output=True, text=True)
         if done.returncode != 0:
             raise SystemExit(f"peers: kestrinectl could not create a preset: {done.stderr.strip()}")
