@@ -60,8 +60,9 @@ private:
     const NaturalSize size_;
     const AxisMap x_, y_;
     std::vector<DrawnArea> band_; ///< side by side
-    std::uint32_t bandHeight_ = 0, bandRow_ = 0,
-                  next_ = 0; ///< rows of the band, the next one in it, the one after it
+    std::uint32_t bandHeight_ = 0;
+    std::uint32_t bandRow_ = 0; ///< the next row, in the band
+    std::uint32_t next_ = 0;    ///< the row after the band
 };
 
 class Decoder final : public ImageDecoder {

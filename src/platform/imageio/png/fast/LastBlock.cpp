@@ -73,8 +73,8 @@ private:
     }
 
     const ByteView bytes_;
-    std::size_t next_ = 0,
-                padding_ = 0; ///< the next byte; the number of bits after the end that were made available
+    std::size_t next_ = 0;    ///< the byte that follows
+    std::size_t padding_ = 0; ///< bits after the end that were made available
     std::uint64_t bits_ = 0;
     unsigned count_ = 0;
 };
