@@ -10,7 +10,7 @@
 
 namespace kestrine::tiff {
 
-/// The functions used, named as in libtiff without "TIFF".
+/// The functions used, named as in libtiff without "TIFF". A block is a strip or tile.
 struct Functions {
     decltype(&TIFFOpenOptionsAlloc) allocateOptions;
     decltype(&TIFFOpenOptionsFree) freeOptions;
@@ -31,6 +31,9 @@ struct Functions {
     decltype(&TIFFTileRowSize64) tileRowSize;
     decltype(&TIFFComputeStrip) computeStrip;
     decltype(&TIFFComputeTile) computeTile;
+    decltype(&TIFFGetStrileOffset) blockOffset;
+    decltype(&TIFFGetStrileByteCount) blockByteCount;
+    decltype(&TIFFIsByteSwapped) isByteSwapped;
     decltype(&TIFFReadScanline) readScanline;
     decltype(&TIFFReadEncodedStrip) readEncodedStrip;
     decltype(&TIFFReadEncodedTile) readEncodedTile;
@@ -65,6 +68,10 @@ public:
     TIFF* handle() const { return handle_; }
     /// Size of the whole input in bytes.
     std::uint64_t size() const { return input_.reader->size(); }
+    /// Fills `into` with the bytes of the input from `offset`. Returns false when it ends before that.
+    bool readAt(std::uint64_t offset, std::span<std::uint8_t> into) const {
+        return input_.reader->readAt(offset, into) == into.size();
+    }
 
     /// The value of a tag that holds one number, or libtiff's default for it, or `absent`.
     std::uint16_t shortNumber(std::uint32_t tag, std::uint16_t absent) const;

@@ -5,12 +5,16 @@
 
 namespace kestrine::tiff {
 
+/// What decompresses strips and tiles. The results do not differ; a comparison asks for the library alone.
+enum class BlockDecoder : std::uint8_t { ownFirst, libraryOnly };
+
 /// Only one thread may use it at a time. Holds a strip, a row of tiles, or one row of a large strip.
 class StoredRows {
 public:
     /// `file` is at `page`. When the page is planar, each sample has a plane; otherwise there is only plane
     /// 0.
-    static std::unique_ptr<StoredRows> create(std::unique_ptr<File> file, const Page& page, unsigned plane);
+    static std::unique_ptr<StoredRows> create(std::unique_ptr<File> file, const Page& page, unsigned plane,
+                                              BlockDecoder decoder = BlockDecoder::ownFirst);
     virtual ~StoredRows() = default;
 
     /// Row `y`, packed, in the machine's byte order; valid until the next call. Rows must be requested from

@@ -108,8 +108,12 @@ void writePage(TIFF* tiff, const TIFFRecipe& page) {
     if (!subPages.empty())
         TIFFSetField(tiff, TIFFTAG_SUBIFD, static_cast<int>(subPages.size()), subPages.data());
     const bool isPlanar = page.planar == PLANARCONFIG_SEPARATE;
-    for (int plane = isPlanar ? 0 : -1; plane < (isPlanar ? page.samples : 0); ++plane)
-        (page.tileWidth ? writeTiles : writeStrips)(tiff, page, plane);
+    if (!page.rawStrip.empty()) {
+        Bytes strip = page.rawStrip;
+        TIFFWriteRawStrip(tiff, 0, strip.data(), static_cast<tmsize_t>(strip.size()));
+    } else
+        for (int plane = isPlanar ? 0 : -1; plane < (isPlanar ? page.samples : 0); ++plane)
+            (page.tileWidth ? writeTiles : writeStrips)(tiff, page, plane);
     TIFFWriteDirectory(tiff);
     for (const TIFFRecipe& subPage : page.subPages)
         writePage(tiff, subPage);

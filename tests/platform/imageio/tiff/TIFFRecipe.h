@@ -23,6 +23,7 @@ struct TIFFRecipe {
         [](auto x, auto y, auto s) { return 13 * x + 29 * y + 71 * s; };
     std::function<void(TIFF*)> tags = [](TIFF*) {};
     std::vector<TIFFRecipe> subPages = {}; ///< of this page
+    Bytes rawStrip = {};                   ///< if not empty, the only strip as it is stored
 
     /// The stored sample, cut to its bits.
     std::uint32_t stored(std::uint32_t x, std::uint32_t y, unsigned s) const {
