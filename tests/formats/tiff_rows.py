@@ -271,7 +271,7 @@ def transparency_mask():
 
 FORMAT = Format(
     name="TIFF, BigTIFF",
-    libraries=("libtiff",), ours="LZW, sorting out the samples",
+    libraries=("libtiff", "libdeflate"), ours="LZW, sorting out the samples",
     read=(
         Variant("no compression, LZW, deflate, PackBits, LZMA, Zstandard and LERC, also of differences", compressions),
         Variant("JPEG, WebP and PixarLog inside TIFF", lossy_compressions),

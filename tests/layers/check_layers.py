@@ -23,7 +23,8 @@ ALLOWED["libkestrine"] = PLATFORM + ["_MyClasses", "models"]
 # several of them.
 OWNERS = {
     "jpeglib.h": "platform/imageio", "jerror.h": "platform/imageio", "png": "platform/imageio",
-    "isa-l/": "platform/imageio/png/fast", "libdeflate.h": "platform/imageio/png/fast", "zlib.h": "platform/imageio",
+    "isa-l/": "platform/imageio/png/fast", "zlib.h": "platform/imageio",
+    "libdeflate.h": ("platform/imageio/png/fast", "platform/imageio/tiff"),
     "gif_lib.h": "platform/imageio", "tiff": "platform/imageio", "webp/": "platform/imageio", "jxl/": "platform/imageio",
     "libraw/": "platform/imageio",
     "openjpeg-2.5/": "platform/imageio",

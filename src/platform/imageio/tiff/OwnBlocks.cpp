@@ -11,7 +11,8 @@ namespace {
 /// Larger blocks are left to libtiff.
 constexpr std::size_t maxOwnBlockBytes = std::size_t{16} << 20;
 
-/// Regular LZW data are at most half as long again as the bytes they stand for: 12 bits for each byte.
+/// Regular LZW data are at most half as long again as the bytes they stand for, with 12 bits for each byte;
+/// deflate data are hardly longer.
 constexpr std::size_t maxCompressedBytes(std::size_t decodedBytes) { return 2 * decodedBytes + 4096; }
 
 template <std::size_t size>
@@ -20,10 +21,19 @@ void swapBytes(std::span<std::uint8_t> samples) {
         std::reverse(samples.data() + at, samples.data() + at + size);
 }
 
+std::uint16_t compressionOf(const File& file) {
+    return file.shortNumber(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+}
+
+bool isDeflate(std::uint16_t compression) {
+    return compression == COMPRESSION_ADOBE_DEFLATE || compression == COMPRESSION_DEFLATE;
+}
+
 } // namespace
 
 std::unique_ptr<OwnBlocks> OwnBlocks::create(const File& file, const Page& page) {
-    if (file.shortNumber(TIFFTAG_COMPRESSION, COMPRESSION_NONE) != COMPRESSION_LZW
+    const std::uint16_t compression = compressionOf(file);
+    if ((compression != COMPRESSION_LZW && !isDeflate(compression))
         || file.shortNumber(TIFFTAG_FILLORDER, FILLORDER_MSB2LSB) != FILLORDER_MSB2LSB)
         return nullptr;
     const std::uint16_t predictor = file.shortNumber(TIFFTAG_PREDICTOR, PREDICTOR_NONE);
@@ -37,11 +47,14 @@ OwnBlocks::OwnBlocks(const File& file, const Page& page)
     : file_(file), samplesPerPixel_(page.isPlanar ? 1 : page.samples),
       bytesPerSample_(page.bits % 8 == 0 ? page.bits / 8 : 0),
       areDifferences_(file.shortNumber(TIFFTAG_PREDICTOR, PREDICTOR_NONE) == PREDICTOR_HORIZONTAL),
-      isSwapped_(file.library().isByteSwapped(file.handle()) != 0) {}
+      isSwapped_(file.library().isByteSwapped(file.handle()) != 0) {
+    if (isDeflate(compressionOf(file)))
+        decompressor_.emplace<Inflater>();
+}
 
 bool OwnBlocks::decode(std::uint32_t index, std::size_t rowBytes, std::span<std::uint8_t> block) {
     if (block.size() > maxOwnBlockBytes || !readCompressed(index, block.size())
-        || !lzw_.decode(compressed_, block))
+        || !std::visit([&](auto& one) { return one.decode(compressed_, block); }, decompressor_))
         return false;
     if (isSwapped_)
         swapSamples(block);

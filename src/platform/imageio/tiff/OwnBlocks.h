@@ -3,17 +3,20 @@
 // is not regular is refused, and libtiff then decodes the block or decides that it cannot be decoded.
 #pragma once
 
+#include "platform/imageio/tiff/Inflater.h"
 #include "platform/imageio/tiff/LZW.h"
 #include "platform/imageio/tiff/Page.h"
+
+#include <variant>
 
 namespace kestrine::tiff {
 
 /// Only one thread may use it at a time. Holds the compressed bytes of one strip or tile.
 class OwnBlocks {
 public:
-    /// Null for pages that are left to libtiff: all but those with LZW, bits from the highest one down, and
-    /// either no predictor or differences of samples of 8 or 16 bits. `file` is at `page` and must outlive
-    /// the result.
+    /// Null for pages that are left to libtiff: all but those with LZW or deflate, bits from the highest one
+    /// down, and either no predictor or differences of samples of 8 or 16 bits. `file` is at `page` and must
+    /// outlive the result.
     static std::unique_ptr<OwnBlocks> create(const File& file, const Page& page);
 
     /// Decodes the strip or tile of this number, which has rows of `rowBytes`, into `block`, which has the
@@ -32,7 +35,7 @@ private:
     const std::size_t bytesPerSample_;  ///< 0 if samples are not whole bytes
     const bool areDifferences_;
     const bool isSwapped_; ///< whether the file is in the other byte order
-    LZWDecoder lzw_;
+    std::variant<LZWDecoder, Inflater> decompressor_;
     Bytes compressed_;
 };
 
