@@ -29,7 +29,9 @@ public:
     /// Whether one more byte makes a string that still fits the word.
     bool isExtensible() const { return word_ < std::uint64_t{56} << 56; }
     bool isInWord() const { return word_ < inOutput; }
-    std::size_t length() const { return isInWord() ? word_ >> 59 : word_ >> 32 & 0xFF'FFFF; }
+    std::size_t length() const { return isInWord() ? lengthInWord() : word_ >> 32 & 0xFF'FFFF; }
+    /// The length of a string that is in the word.
+    std::size_t lengthInWord() const { return word_ >> 59; }
     /// If it is not in the word.
     std::size_t begin() const { return word_ & 0xFFFF'FFFF; }
     /// If it is extensible.
@@ -169,40 +171,46 @@ private:
     template <unsigned bits>
     void decodeShortStrings() {
         constexpr unsigned lastFree = bits == maxWidth ? LZWDecoder::tableSize : (1U << bits) - 1;
-        constexpr std::size_t codesAtOnce = 4,
-                              wordBytes = 8; // 4 codes and up to 7 bits before them fit a word
+        constexpr unsigned codesAtOnce = 4, wordBytes = 8; // 4 codes and up to 7 bits before them fit a word
+        if (!previous_.isExtensible() || codes_.size() < wordBytes)
+            return;
+        const std::uint8_t* const allCodes = codes_.data();
+        const std::size_t lastBit = 8 * (codes_.size() - wordBytes);
+        // Members would be read again after each byte that is written.
         std::uint64_t* const strings = strings_;
+        const std::uint8_t* const end = end_;
         LZWString previous = previous_;
         std::uint8_t* out = out_;
         unsigned free = free_;
         std::size_t bit = bit_;
-        const auto finish = [&] {
-            previous_ = previous;
-            out_ = out;
-            free_ = free;
-            bit_ = bit;
-        };
-        if (!previous.isExtensible() || codes_.size() < wordBytes)
-            return;
-        const std::size_t lastBit = 8 * (codes_.size() - wordBytes);
-        while (free + codesAtOnce <= lastFree && bit <= lastBit
-               && static_cast<std::size_t>(end_ - out) >= codesAtOnce * wordBytes) {
-            std::uint64_t codes = codesAt(codes_.data() + bit / 8) << bit % 8;
-            for (std::size_t i = 0; i < codesAtOnce; ++i) {
-                const auto code = static_cast<unsigned>(codes >> (64 - bits));
+        bool areShort = true;
+        while (areShort && free + codesAtOnce <= lastFree && bit <= lastBit
+               && static_cast<std::size_t>(end - out) >= codesAtOnce * wordBytes) {
+            const std::uint64_t codes = codesAt(allCodes + bit / 8) << bit % 8;
+            unsigned done = 0;
+            const auto decodeShortString = [&](unsigned i) {
+                const auto code = static_cast<unsigned>(codes << i * bits >> (64 - bits));
                 const LZWString string(strings[code]);
-                if (code >= free || !string.isExtensible()) [[unlikely]]
-                    return finish();
+                // One branch is faster than two.
+                if (static_cast<unsigned>(code >= free + i) | static_cast<unsigned>(!string.isExtensible()))
+                    return false;
                 const std::uint64_t bytes = wordInOrder<std::endian::little>(string.word());
                 std::memcpy(out, &bytes, wordBytes);
-                strings[free++] = previous.extendedBy(string.word() & 0xFF).word();
+                out += string.lengthInWord();
+                strings[free + i] = previous.extendedBy(string.word() & 0xFF).word();
                 previous = string;
-                out += string.word() >> 59;
-                codes <<= bits;
-                bit += bits;
-            }
+                ++done;
+                return true;
+            };
+            areShort =
+                decodeShortString(0) && decodeShortString(1) && decodeShortString(2) && decodeShortString(3);
+            free += done;
+            bit += done * bits;
         }
-        finish();
+        previous_ = previous;
+        out_ = out;
+        free_ = free;
+        bit_ = bit;
     }
 
     std::uint64_t* const strings_;

@@ -240,6 +240,24 @@ TEST(TIFFOwnBlocks, deflateDataOfAnotherLengthAreLeftToLibtiff) {
     }
 }
 
+TEST(TIFFOwnBlocks, blocksAbove16MiBAreLeftToLibtiff) {
+    for (const std::uint32_t height : {4096U, 4097U}) {
+        TIFFRecipe page = pageOfCodes(deflated(Bytes(4096 * height)), 4096, height, PREDICTOR_NONE);
+        page.compression = COMPRESSION_ADOBE_DEFLATE;
+        EXPECT_EQ(isDecodedByUs(makeTIFF(page)), height == 4096);
+    }
+}
+
+TEST(TIFFOwnBlocks, blocksWithTooManyCompressedBytesAreLeftToLibtiff) {
+    Bytes codes = variedCodes(3000, 5);
+    codes.resize(2 * 3000 + 4096);
+    EXPECT_TRUE(isDecodedByUs(makeTIFF(pageOfCodes(codes, 50, 60, PREDICTOR_NONE))));
+    codes.push_back(0);
+    const Bytes file = makeTIFF(pageOfCodes(codes, 50, 60, PREDICTOR_NONE));
+    EXPECT_FALSE(isDecodedByUs(file));
+    expectEqualRows(file, "rows");
+}
+
 TEST(TIFFOwnBlocks, stripsBeyondTheEndOfTheFileAreTreatedAsByLibtiff) {
     TIFFRecipe page = naturalPage(8, 3, PREDICTOR_HORIZONTAL);
     page.rowsPerStrip = page.height;
