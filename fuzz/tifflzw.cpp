@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-using namespace kestrine;
+namespace kestrine {
 
 namespace {
 
@@ -94,14 +94,19 @@ std::string rowsOf(const std::shared_ptr<const ByteReader>& reader, tiff::BlockD
     return all;
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size <= recipeBytes)
-        return 0;
-    const ByteView input(data, size);
+void compareDecoders(ByteView input) {
     const auto file = readerOfBytes(makeFile(Recipe(input), input.subspan(recipeBytes)));
     fuzzing::require(rowsOf(file, tiff::BlockDecoder::ownFirst)
                      == rowsOf(file, tiff::BlockDecoder::libraryOnly));
+}
+
+} // namespace
+
+} // namespace kestrine
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace kestrine;
+    if (size > recipeBytes)
+        compareDecoders({data, size});
     return 0;
 }
