@@ -66,6 +66,28 @@ void copyGroups(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
     }
 }
 
+/// What changes with each short string. It is no part of LZWRun, so that it can stay in registers.
+struct ShortStrings {
+    std::uint64_t* strings;
+    std::uint8_t* out; ///< with room for a word
+    unsigned free;
+    LZWString previous; ///< extensible
+
+    /// Decodes a code if it stands for a known string of at most six bytes.
+    [[gnu::always_inline]] bool decode(unsigned code) {
+        const LZWString string(strings[code]);
+        // One branch is faster than two.
+        if (static_cast<unsigned>(code >= free) | static_cast<unsigned>(!string.isExtensible()))
+            return false;
+        const std::uint64_t bytes = wordInOrder<std::endian::little>(string.word());
+        std::memcpy(out, &bytes, sizeof bytes);
+        out += string.lengthInWord();
+        strings[free++] = previous.extendedBy(string.word() & 0xFF).word();
+        previous = string;
+        return true;
+    }
+};
+
 /// The decompression of one strip or tile.
 class LZWRun {
 public:
@@ -171,45 +193,29 @@ private:
     template <unsigned bits>
     void decodeShortStrings() {
         constexpr unsigned lastFree = bits == maxWidth ? LZWDecoder::tableSize : (1U << bits) - 1;
-        constexpr unsigned codesAtOnce = 4, wordBytes = 8; // 4 codes and up to 7 bits before them fit a word
-        if (!previous_.isExtensible() || codes_.size() < wordBytes)
+        constexpr unsigned codesAtOnce = 4; // with up to 7 bits before them they fit a word
+        if (!previous_.isExtensible() || codes_.size() < sizeof(std::uint64_t))
             return;
-        const std::uint8_t* const allCodes = codes_.data();
-        const std::size_t lastBit = 8 * (codes_.size() - wordBytes);
-        // Members would be read again after each byte that is written.
-        std::uint64_t* const strings = strings_;
+        const std::uint8_t* const codes = codes_.data();
         const std::uint8_t* const end = end_;
-        LZWString previous = previous_;
-        std::uint8_t* out = out_;
-        unsigned free = free_;
+        const std::size_t lastBit = 8 * (codes_.size() - sizeof(std::uint64_t));
+        ShortStrings now{strings_, out_, free_, previous_};
         std::size_t bit = bit_;
         bool areShort = true;
-        while (areShort && free + codesAtOnce <= lastFree && bit <= lastBit
-               && static_cast<std::size_t>(end - out) >= codesAtOnce * wordBytes) {
-            const std::uint64_t codes = codesAt(allCodes + bit / 8) << bit % 8;
-            unsigned done = 0;
-            const auto decodeShortString = [&](unsigned i) {
-                const auto code = static_cast<unsigned>(codes << i * bits >> (64 - bits));
-                const LZWString string(strings[code]);
-                // One branch is faster than two.
-                if (static_cast<unsigned>(code >= free + i) | static_cast<unsigned>(!string.isExtensible()))
-                    return false;
-                const std::uint64_t bytes = wordInOrder<std::endian::little>(string.word());
-                std::memcpy(out, &bytes, wordBytes);
-                out += string.lengthInWord();
-                strings[free + i] = previous.extendedBy(string.word() & 0xFF).word();
-                previous = string;
-                ++done;
-                return true;
+        while (areShort && now.free + codesAtOnce <= lastFree && bit <= lastBit
+               && static_cast<std::size_t>(end - now.out) >= codesAtOnce * sizeof(std::uint64_t)) {
+            const std::uint64_t word = codesAt(codes + bit / 8) << bit % 8;
+            const unsigned free = now.free;
+            const auto code = [word](unsigned i) {
+                return static_cast<unsigned>(word << i * bits >> (64 - bits));
             };
             areShort =
-                decodeShortString(0) && decodeShortString(1) && decodeShortString(2) && decodeShortString(3);
-            free += done;
-            bit += done * bits;
+                now.decode(code(0)) && now.decode(code(1)) && now.decode(code(2)) && now.decode(code(3));
+            bit += (now.free - free) * bits;
         }
-        previous_ = previous;
-        out_ = out;
-        free_ = free;
+        out_ = now.out;
+        free_ = now.free;
+        previous_ = now.previous;
         bit_ = bit;
     }
 
