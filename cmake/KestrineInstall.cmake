@@ -21,12 +21,21 @@ set(KESTRINE_CMAKE_FOLDER ${CMAKE_INSTALL_LIBDIR}/cmake/kestrine)
 install(TARGETS libkestrine EXPORT kestrine
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 install(FILES src/libkestrine/kestrine.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-install(EXPORT kestrine NAMESPACE kestrine:: FILE kestrine-config.cmake DESTINATION ${KESTRINE_CMAKE_FOLDER}
-        COMPONENT development)
+# The static archive with the C++ interface is a component of its own, since it needs further libraries.
+install(TARGETS kestrine_desktop EXPORT kestrine-desktop
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kestrine COMPONENT development)
+foreach(export kestrine kestrine-desktop)
+  install(EXPORT ${export} NAMESPACE kestrine:: FILE ${export}-targets.cmake DESTINATION ${KESTRINE_CMAKE_FOLDER}
+          COMPONENT development)
+endforeach()
+configure_file(cmake/kestrine-config.cmake.in ${CMAKE_BINARY_DIR}/kestrine-config.cmake @ONLY)
 include(CMakePackageConfigHelpers)
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/kestrine-config-version.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_BINARY_DIR}/kestrine-config-version.cmake DESTINATION ${KESTRINE_CMAKE_FOLDER}
-        COMPONENT development)
+install(FILES ${CMAKE_BINARY_DIR}/kestrine-config.cmake ${CMAKE_BINARY_DIR}/kestrine-config-version.cmake
+        DESTINATION ${KESTRINE_CMAKE_FOLDER} COMPONENT development)
 file(RELATIVE_PATH KESTRINE_PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-configure_file(cmake/kestrine.pc.in ${CMAKE_BINARY_DIR}/kestrine.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/kestrine.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+foreach(module kestrine kestrine-desktop)
+  configure_file(cmake/${module}.pc.in ${CMAKE_BINARY_DIR}/${module}.pc @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/${module}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endforeach()

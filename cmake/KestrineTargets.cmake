@@ -38,7 +38,8 @@ if(KESTRINE_HARDENED)
 endif()
 
 # kestrine_library(NAME [DEPENDS libraries of ours] [PACKAGES pkg-config names]): a static library of all
-# sources in the current folder and its subfolders. Third-party packages stay private to the folder.
+# sources in the current folder and its subfolders. Third-party packages stay private to the folder. The global
+# properties KESTRINE_LIBRARIES and KESTRINE_PACKAGES list all of both.
 function(kestrine_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DEPENDS;PACKAGES")
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
@@ -52,6 +53,8 @@ function(kestrine_library name)
     pkg_check_modules(${id} REQUIRED IMPORTED_TARGET GLOBAL ${package})
     target_link_libraries(kestrine_${name} PRIVATE PkgConfig::${id})
   endforeach()
+  set_property(GLOBAL APPEND PROPERTY KESTRINE_LIBRARIES kestrine_${name})
+  set_property(GLOBAL APPEND PROPERTY KESTRINE_PACKAGES ${arg_PACKAGES})
 endfunction()
 
 # Of Highway only the headers are used (see coregraphics/kernels/TargetSelection.cpp). Kernels are built for SSE4,

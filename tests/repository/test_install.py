@@ -1,6 +1,7 @@
 """What `cmake --install` puts in place."""
 import os
 import re
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -8,6 +9,7 @@ from pathlib import Path
 
 SHARE = Path(__file__).resolve().parent.parent.parent / "share"
 EXAMPLES = SHARE.parent / "examples"
+INTERFACE = SHARE.parent / "cmake/KestrineDesktop.cmake"
 
 
 class Installed(unittest.TestCase):
@@ -36,8 +38,7 @@ class Installed(unittest.TestCase):
     def test_c_programs_are_built_against_the_installed_library(self):
         """Once with pkg-config and once with find_package, by a C compiler that takes nothing but C99."""
         self.skip_with_sanitizers()
-        flags = subprocess.run(["pkg-config", "--cflags", "--libs", "kestrine"], check=True, capture_output=True, text=True,
-                               env={**os.environ, "PKG_CONFIG_PATH": str(self.library().parent / "pkgconfig")}).stdout.split()
+        flags = self.flags_of("kestrine")
         with tempfile.TemporaryDirectory() as folder:
             subprocess.run(["cc", "-std=c99", "-pedantic-errors", "-Wall", "-Wextra", "-Werror", "-o", f"{folder}/convert",
                             EXAMPLES / "programs/convert.c", *flags], check=True)
@@ -46,9 +47,74 @@ class Installed(unittest.TestCase):
             Path(folder, "CMakeLists.txt").write_text(
                 "cmake_minimum_required(VERSION 3.13)\nproject(consumer C)\nfind_package(kestrine 0.1 REQUIRED)\n"
                 f"add_executable(convert {EXAMPLES}/programs/convert.c)\ntarget_link_libraries(convert kestrine::kestrine)\n")
-            for command in (["-S", folder, "-B", folder, f"-DCMAKE_PREFIX_PATH={self.prefix}"], ["--build", folder]):
-                subprocess.run(["cmake", *command], check=True, capture_output=True)
+            self.build_with_cmake(folder)
             self.assertRuns(f"{folder}/convert", f"{folder}/a.webp")
+
+    def test_cpp_programs_are_built_against_the_installed_archive(self):
+        """Once with pkg-config and once with find_package."""
+        self.skip_with_sanitizers()
+        source = EXAMPLES / "programs/resize.cpp"
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run(["g++", "-O1", "-Wall", "-Wextra", "-Werror", "-o", f"{folder}/resize", source,
+                            *self.flags_of("kestrine-desktop")], check=True)
+            self.assertResizes(f"{folder}/resize", folder)
+        with tempfile.TemporaryDirectory() as folder:
+            Path(folder, "CMakeLists.txt").write_text(
+                "cmake_minimum_required(VERSION 3.25)\nproject(consumer CXX)\n"
+                "find_package(kestrine 0.1 REQUIRED COMPONENTS desktop)\n"
+                f"add_executable(resize {source})\ntarget_link_libraries(resize kestrine::desktop)\n")
+            self.build_with_cmake(folder)
+            self.assertResizes(f"{folder}/resize", folder)
+
+    def test_the_installed_headers_are_those_that_programs_need(self):
+        """Those that CMake names can be included alone, and together they include all others."""
+        include = self.prefix / "include/kestrine"
+        named = re.search(r"set\(KESTRINE_DESKTOP_HEADERS\n(.*?)^\)", INTERFACE.read_text(encoding="utf-8"), re.DOTALL | re.MULTILINE)
+        needed = [self.headers_of(name, include) for name in re.findall(r"^ +(\S+\.h)", named[1], re.MULTILINE)]
+        self.assertEqual(set().union(*needed), {path.relative_to(include).as_posix() for path in include.rglob("*.h")})
+
+    def headers_of(self, name, include):
+        """The headers below `include` that this one consists of, as the compiler says it."""
+        flags = ["-std=c++20", "-Wall", "-Wextra", "-Werror", "-x", "c++", "-fsyntax-only", "-H"]
+        done = subprocess.run(["g++", *flags, f"-I{include}", "-"], input=f'#include "{name}"\n', check=False, capture_output=True,
+                              text=True)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return set(re.findall(rf"^\.+ {re.escape(str(include))}/(\S+)$", done.stderr, re.MULTILINE))
+
+    def test_an_unknown_component_is_refused(self):
+        with tempfile.TemporaryDirectory() as folder:
+            Path(folder, "CMakeLists.txt").write_text(
+                "cmake_minimum_required(VERSION 3.25)\nproject(consumer CXX)\nfind_package(kestrine REQUIRED COMPONENTS desk)\n")
+            done = subprocess.run(["cmake", "-S", folder, "-B", folder, f"-DCMAKE_PREFIX_PATH={self.prefix}"], check=False,
+                                  capture_output=True, text=True)
+            self.assertNotEqual(done.returncode, 0)
+            self.assertIn('kestrine has no component "desk"', done.stderr)
+
+    def flags_of(self, module):
+        done = subprocess.run(["pkg-config", "--cflags", "--libs", module], check=True, capture_output=True, text=True,
+                              env={**os.environ, "PKG_CONFIG_PATH": str(self.library().parent / "pkgconfig")})
+        return done.stdout.split()
+
+    def build_with_cmake(self, folder):
+        for command in (["-S", folder, "-B", folder, f"-DCMAKE_PREFIX_PATH={self.prefix}"], ["--build", folder]):
+            subprocess.run(["cmake", *command], check=True, capture_output=True)
+
+    def assertResizes(self, program, folder):
+        """The program says what it should, and its result is that of `kestrine`."""
+        places = {name: Path(folder, name) for name in ("program", "tool")}
+        for place in places.values():
+            place.mkdir()
+            shutil.copy(EXAMPLES / "pictures/landscape.jpg", place / "a.jpg")
+        home = {"HOME": folder, "PATH": os.environ["PATH"], "PWD": str(places["tool"])}
+        subprocess.run([self.prefix / "bin/kestrinectl", "sets", "add", "Web", "--longest", "100", "--format", "jpeg"], env=home,
+                       check=True, capture_output=True)
+        subprocess.run([self.prefix / "bin/kestrine", "-set", "Web", "a.jpg"], env=home, check=True, capture_output=True)
+        done = subprocess.run([program, "Web", "a.jpg"], cwd=places["program"], env=home, check=False, capture_output=True,
+                              text=True)
+        result = places["program"] / "Web/a.jpg"
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertRegex(done.stdout, rf"\Af/5\.6, 1/250 sec\n{re.escape(str(result))}, [0-9.]+KB\n\Z")
+        self.assertEqual(result.read_bytes(), (places["tool"] / "Web/a.jpg").read_bytes())
 
     def test_python_uses_the_installed_library(self):
         self.skip_with_sanitizers()
@@ -88,7 +154,7 @@ class Installed(unittest.TestCase):
 
     def test_nothing_else_is_installed(self):
         self.assertEqual(sorted(os.listdir(self.prefix)), ["bin", "include", "lib", "libexec", "share"])
-        self.assertEqual(os.listdir(self.prefix / "include"), ["kestrine.h"])
+        self.assertCountEqual(os.listdir(self.prefix / "include"), ["kestrine.h", "kestrine"])
         self.assertEqual(os.listdir(self.prefix / "libexec/kestrine"), ["kestrine-worker"])
         self.assertEqual(sorted(os.listdir(self.prefix / "bin")), ["kestrine", "kestrinectl"])
 

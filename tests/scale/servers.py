@@ -1,4 +1,4 @@
-"""Servers of this user on the loopback interface, with all their files in a temporary folder: ssh and Slurm."""
+"""Servers of this user on the loopback interface, with all their files in a temporary folder: ssh, Slurm and systemd."""
 import contextlib
 import getpass
 import os
@@ -153,3 +153,24 @@ PartitionName=all Nodes=ALL Default=YES MaxTime=INFINITE State=UP OverSubscribe=
         """The tasks of an array that have not ended, by their numbers: their states."""
         lines = self.run("squeue", "-h", "-r", "-j", job, "-o", "%K %T", check=False).splitlines()
         return dict(line.split() for line in lines)
+
+
+class ServiceManager:
+    """systemd for the services of this user, root, as after logging in on a system that runs systemd. What it starts ends with
+    it. `environment` is that of its clients."""
+
+    START = """
+        mount -t tmpfs tmpfs /run && mkdir -p /run/systemd/system
+        exec /lib/systemd/systemd --user --log-target=console --unit=default.target"""
+
+    def __init__(self, test, folder, environment):
+        runtime = folder / "runtime"
+        runtime.mkdir(mode=0o700)
+        self.environment = {**environment, "XDG_RUNTIME_DIR": str(runtime), "DBUS_SESSION_BUS_ADDRESS": f"unix:path={runtime}/bus"}
+        Server(test, "unshare", "--mount", "sh", "-euc", self.START, environment=self.environment,
+               log=folder / "systemd.log")
+        wait_until(lambda: self.state_of("default.target") == "active", f"systemd does not come up, see {folder}/systemd.log")
+
+    def state_of(self, unit):
+        return subprocess.run(["systemctl", "--user", "is-active", unit], env=self.environment, capture_output=True, text=True,
+                              check=False).stdout.strip()

@@ -3,6 +3,7 @@ one machine, byte for byte."""
 import hashlib
 import os
 import random
+import re
 import shutil
 import signal
 import subprocess
@@ -252,6 +253,33 @@ class SlurmArray(Recipes):
         self.assertGreater(requeued, 0)
         self.assertGreater(killed, 0)
         print(f"{rounds} rounds, {requeued} tasks requeued, {killed} workers killed ", end="", flush=True)
+
+
+@unittest.skipUnless(os.getuid() == 0, "only root can start another systemd")
+class Service(Recipes):
+    def run_to_the_end(self):
+        shown = self.recipe("systemd", self.site / "plan", check=True).stdout.decode()
+        unit = re.search(r"--unit (kestrine-[0-9]+) ", shown)[1]
+        servers.wait_until(lambda: self.manager.state_of(unit) in ("inactive", "failed"), "the service does not end", 300)
+
+    def test_a_service_that_is_killed(self):
+        self.manager = servers.ServiceManager(self, self.folder, self.environment)
+        self.environment = self.manager.environment
+        self.site = self.site.rename(self.folder / "a $HOME ${HOME} %h site")
+        end = time.monotonic() + SECONDS
+        rounds = killed = 0
+        while rounds == 0 or time.monotonic() < end:
+            self.remove_results()
+            with Killer(str(self.all)) as killer:
+                self.run_to_the_end()
+            killed += killer.killed
+            self.run_to_the_end()  # systemd gives up on a service that is killed too often
+            subprocess.run([BIN / "kestrinectl", "merge", "-q", "--results", self.site / "plan", self.site / "plan.1-of-1.jsonl"],
+                           env=self.environment, check=True)
+            self.check()
+            rounds += 1
+        self.assertGreater(killed, 0)
+        print(f"{rounds} rounds, {killed} workers killed ", end="", flush=True)
 
 
 if __name__ == "__main__":

@@ -1,12 +1,14 @@
 #include "kestrinectl/desktop/ExpatLibrary.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::expat {
 
 const Result<Functions>& installedFunctions() {
     static const Result<Functions> functions = DynamicLibrary::load<Functions>(
-        {"libexpat.so.1"}, "the actions of Thunar need libexpat (package libexpat1)",
+        {systemLibrary(OnDemand::expat).file},
+        missingMessage("the actions of Thunar need libexpat", OnDemand::expat),
         [](const DynamicLibrary& library, Functions& f) {
             return library.find(f.createParser, "XML_ParserCreate")
                    && library.find(f.freeParser, "XML_ParserFree")

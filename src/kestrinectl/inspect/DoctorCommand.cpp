@@ -2,7 +2,6 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/DecoderIsolation.h"
-#include "kestrinectl/inspect/SystemLibraries.h"
 #include "kestrinectl/inspect/TrashPlace.h"
 #include "kestrinectl/sets/PresetStore.h"
 #include "kestrinectl/sets/SetNameRules.h"
@@ -10,6 +9,7 @@
 #include "kestrinectl/text/ShownNumbers.h"
 #include "kestrinectl/text/Words.h"
 #include "platform/host/files/FileStatus.h"
+#include "platform/host/process/SystemLibraries.h"
 
 #include <algorithm>
 

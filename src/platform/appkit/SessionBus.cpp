@@ -1,12 +1,14 @@
 #include "platform/appkit/SessionBus.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine {
 
 const Result<BusFunctions>& busFunctions() {
     static const Result<BusFunctions> functions = DynamicLibrary::load<BusFunctions>(
-        {"libsystemd.so.0"}, "the desktop's portal needs libsystemd (package libsystemd0)",
+        {systemLibrary(OnDemand::systemd).file},
+        missingMessage("the desktop's portal needs libsystemd", OnDemand::systemd),
         [](const DynamicLibrary& library, BusFunctions& bus) {
             return library.find(bus.openUser, "sd_bus_open_user")
                    && library.find(bus.flushCloseUnref, "sd_bus_flush_close_unref")

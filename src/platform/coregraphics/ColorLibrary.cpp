@@ -1,6 +1,7 @@
 #include "platform/coregraphics/ColorLibrary.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 #include <stdexcept>
 
@@ -8,7 +9,7 @@ namespace kestrine {
 
 Result<ColorLibrary> loadColorLibrary(std::initializer_list<const char*> names) {
     return DynamicLibrary::load<ColorLibrary>(
-        names, "pictures need Little CMS (package liblcms2-2)",
+        names, missingMessage("pictures need Little CMS", OnDemand::littleCMS),
         [](const DynamicLibrary& library, ColorLibrary& functions) {
             return library.find(functions.buildGamma, "cmsBuildGamma")
                    && library.find(functions.buildParametricCurve, "cmsBuildParametricToneCurve")
@@ -42,7 +43,7 @@ Result<ColorLibrary> loadColorLibrary(std::initializer_list<const char*> names) 
 }
 
 const Result<ColorLibrary>& installedColorLibrary() {
-    static const Result<ColorLibrary> library = loadColorLibrary({"liblcms2.so.2"});
+    static const Result<ColorLibrary> library = loadColorLibrary({systemLibrary(OnDemand::littleCMS).file});
     return library;
 }
 

@@ -11,9 +11,9 @@ namespace kestrine {
 /// Safe to use from several threads.
 class NSBundle {
 public:
-    /// Tables are read from <resourceFolder>/<language>.lproj, and from English.lproj if the language does
-    /// not have the table. The first of LC_ALL, LC_MESSAGES and LANG that is not empty selects the language:
-    /// Japanese, or English for all other values.
+    /// Tables are read from `<language>.lproj` in `resourceFolder`, and from English.lproj if the language
+    /// does not have the table. The first of LC_ALL, LC_MESSAGES and LANG that is not empty selects the
+    /// language: Japanese, or English for all other values.
     NSBundle(std::string resourceFolder, const Environment& environment);
 
     /// `mainBundle`: the resources of this program, see resourceFolderForProgram().
@@ -34,8 +34,8 @@ private:
     std::map<NSString, StringsTable> tables_;
 };
 
-/// The resource folder of the program at `programPath`: <prefix>/share/kestrine for a program in
-/// <prefix>/bin, or share/ in the source tree for a program in a build folder of that tree; "" if neither
+/// The resource folder of the program at `programPath`: `<prefix>/share/kestrine` for a program in
+/// `<prefix>/bin`, or share/ in the source tree for a program in a build folder of that tree; "" if neither
 /// exists.
 std::string resourceFolderForProgram(const std::string& programPath);
 

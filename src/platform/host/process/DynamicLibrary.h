@@ -4,6 +4,7 @@
 #include "platform/host/Result.h"
 
 #include <initializer_list>
+#include <string>
 
 namespace kestrine {
 
@@ -19,7 +20,7 @@ public:
     /// that are needed exist. Fails with unsupported and `missing`, which names the package, if the library
     /// or a function is absent.
     template <class Functions>
-    static Result<Functions> load(std::initializer_list<const char*> names, const char* missing,
+    static Result<Functions> load(std::initializer_list<const char*> names, const std::string& missing,
                                   bool find(const DynamicLibrary& library, Functions& functions)) {
         const Result<DynamicLibrary> library = open(names);
         Functions functions{};

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <type_traits>
 
 namespace kestrine::avif {
 
@@ -42,6 +43,26 @@ avifPixelFormat planesFor(const RowFormat& format, const EncodingOptions& option
                                                                 : AVIF_PIXEL_FORMAT_YUV420;
 }
 
+/// Whether a function of libavif succeeds; before version 1.0 many of them return nothing.
+template <class Function, class... Values>
+bool succeeds(Function* function, Values... values) {
+    if constexpr (std::is_void_v<std::invoke_result_t<Function*, Values...>>) {
+        function(values...);
+        return true;
+    } else {
+        return function(values...) == AVIF_RESULT_OK;
+    }
+}
+
+/// Exchanges top and bottom (0) or left and right (1). Before libavif 1.0 the member has another name.
+template <class Mirror>
+void setMirror(Mirror& mirror, std::uint8_t value) {
+    if constexpr (requires { mirror.axis; })
+        mirror.axis = value;
+    else
+        mirror.mode = value;
+}
+
 class Encoding {
 public:
     Encoding(const Functions& library, const RowFormat& format, const EncodingOptions& options)
@@ -55,15 +76,15 @@ public:
     Encoding& operator=(const Encoding&) = delete;
 
     Result<void> take(const PixelBuffer& pixels) {
-        setColors();
-        const bool isTaken = format_.model == ColorModel::gray ? takeGray(pixels) : takeRGB(pixels);
-        if (!isTaken)
+        const bool isGray = format_.model == ColorModel::gray;
+        if (!setColors() || !(isGray ? takeGray(pixels) : takeRGB(pixels)))
             return Failure{Reason::outOfMemory, "not enough memory for the AVIF picture"};
         return {};
     }
 
     Result<Bytes> encode() {
-        setUp();
+        if (!setUp())
+            return Failure{Reason::outOfMemory, "not enough memory for the AVIF picture"};
         const avifResult result = library_.encode(encoder_.get(), image_.get(), &file_);
         if (result == AVIF_RESULT_OUT_OF_MEMORY)
             return Failure{Reason::outOfMemory, "not enough memory for the AVIF picture"};
@@ -73,23 +94,27 @@ public:
     }
 
 private:
-    void setColors() {
+    /// False without memory, as the functions below.
+    bool setColors() {
         const bool isRGB = options_.isLossless && format_.model == ColorModel::rgb;
         image_->yuvRange = AVIF_RANGE_FULL;
         image_->matrixCoefficients =
             isRGB ? AVIF_MATRIX_COEFFICIENTS_IDENTITY : AVIF_MATRIX_COEFFICIENTS_BT601;
         if (options_.profile != nullptr) {
             const ByteView icc = options_.profile->bytes();
-            library_.setProfile(image_.get(), icc.data(), icc.size());
+            if (!succeeds(library_.setProfile, image_.get(), icc.data(), icc.size()))
+                return false;
         } else {
             image_->colorPrimaries = AVIF_COLOR_PRIMARIES_BT709;
             image_->transferCharacteristics = AVIF_TRANSFER_CHARACTERISTICS_SRGB;
         }
         if (!options_.exif.empty()) {
             const Bytes block = uprightExif(copied(options_.exif));
-            library_.setExif(image_.get(), block.data(), block.size());
+            if (!succeeds(library_.setExif, image_.get(), block.data(), block.size()))
+                return false;
             turnLike(readExifFacts(options_.exif).orientation);
         }
+        return true;
     }
 
     /// Turns counter-clockwise in steps of 90 degrees, then mirrors: top and bottom in mode 0, left and right
@@ -107,7 +132,7 @@ private:
         if (turn.mode >= 0)
             image_->transformFlags |= AVIF_TRANSFORM_IMIR;
         image_->irot.angle = turn.angle;
-        image_->imir.mode = static_cast<std::uint8_t>(std::max(turn.mode, 0));
+        setMirror(image_->imir, static_cast<std::uint8_t>(std::max(turn.mode, 0)));
     }
 
     bool takeRGB(const PixelBuffer& pixels) {
@@ -150,7 +175,7 @@ private:
                 static_cast<Sample>((std::uint64_t{row[x * channels + channel]} * maximum + full / 2) / full);
     }
 
-    void setUp() {
+    bool setUp() {
         encoder_->codecChoice = AVIF_CODEC_CHOICE_AOM;
         // With one thread the encoder makes other bytes; with more, their number makes no difference.
         encoder_->maxThreads = static_cast<int>(std::max<std::size_t>(usefulThreads(format_), 2));
@@ -159,10 +184,10 @@ private:
         encoder_->maxQuantizer = options_.isLossless ? AVIF_QUANTIZER_LOSSLESS : AVIF_QUANTIZER_WORST_QUALITY;
         encoder_->minQuantizerAlpha = encoder_->maxQuantizerAlpha = AVIF_QUANTIZER_LOSSLESS;
         if (options_.isLossless)
-            return;
+            return true;
         const std::string quantizer = std::to_string(quantizerFor(options_.quality));
-        library_.setOption(encoder_.get(), "color:end-usage", "q");
-        library_.setOption(encoder_.get(), "color:cq-level", quantizer.c_str());
+        return succeeds(library_.setOption, encoder_.get(), "color:end-usage", "q")
+               && succeeds(library_.setOption, encoder_.get(), "color:cq-level", quantizer.c_str());
     }
 
     const Functions& library_;

@@ -1,12 +1,13 @@
 #include "platform/imageio/avif/Library.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::avif {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
     return DynamicLibrary::load<Functions>(
-        names, "writing AVIF pictures needs libavif (package libavif15)",
+        names, missingMessage("writing AVIF pictures needs libavif", OnDemand::avif),
         [](const DynamicLibrary& library, Functions& functions) {
             return library.find(functions.createImage, "avifImageCreate")
                    && library.find(functions.destroyImage, "avifImageDestroy")
@@ -24,7 +25,7 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions({"libavif.so.15"});
+    static const Result<Functions> functions = loadFunctions({systemLibrary(OnDemand::avif).file});
     return functions;
 }
 

@@ -1,12 +1,13 @@
 #include "platform/imageio/gif/Library.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::gif {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
     return DynamicLibrary::load<Functions>(
-        names, "GIF pictures need giflib (package libgif7)",
+        names, missingMessage("GIF pictures need giflib", OnDemand::gif),
         [](const DynamicLibrary& library, Functions& functions) {
             return library.find(functions.close, "DGifCloseFile")
                    && library.find(functions.parseControl, "DGifExtensionToGCB")
@@ -21,7 +22,7 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions({"libgif.so.7"});
+    static const Result<Functions> functions = loadFunctions({systemLibrary(OnDemand::gif).file});
     return functions;
 }
 

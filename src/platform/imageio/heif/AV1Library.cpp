@@ -1,12 +1,13 @@
 #include "platform/imageio/heif/AV1Library.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::heif {
 
 Result<AV1Functions> loadAV1Functions(std::initializer_list<const char*> names) {
     return DynamicLibrary::load<AV1Functions>(
-        names, "AVIF pictures need dav1d (package libdav1d6)",
+        names, missingMessage("AVIF pictures need dav1d", OnDemand::dav1d),
         [](const DynamicLibrary& library, AV1Functions& functions) {
             return library.find(functions.setDefaults, "dav1d_default_settings")
                    && library.find(functions.open, "dav1d_open")
@@ -21,7 +22,7 @@ Result<AV1Functions> loadAV1Functions(std::initializer_list<const char*> names) 
 }
 
 const Result<AV1Functions>& av1Functions() {
-    static const Result<AV1Functions> functions = loadAV1Functions({"libdav1d.so.6"});
+    static const Result<AV1Functions> functions = loadAV1Functions({systemLibrary(OnDemand::dav1d).file});
     return functions;
 }
 

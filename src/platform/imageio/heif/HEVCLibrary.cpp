@@ -1,12 +1,13 @@
 #include "platform/imageio/heif/HEVCLibrary.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::heif {
 
 Result<HEVCFunctions> loadHEVCFunctions(std::initializer_list<const char*> names) {
     return DynamicLibrary::load<HEVCFunctions>(
-        names, "HEIC pictures need libde265 (package libde265-0)",
+        names, missingMessage("HEIC pictures need libde265", OnDemand::de265),
         [](const DynamicLibrary& library, HEVCFunctions& functions) {
             // prepare(): otherwise its tables would be made for the first decoder of several, and freed with
             // the last.
@@ -36,7 +37,7 @@ Result<HEVCFunctions> loadHEVCFunctions(std::initializer_list<const char*> names
 }
 
 const Result<HEVCFunctions>& hevcFunctions() {
-    static const Result<HEVCFunctions> functions = loadHEVCFunctions({"libde265.so.0"});
+    static const Result<HEVCFunctions> functions = loadHEVCFunctions({systemLibrary(OnDemand::de265).file});
     return functions;
 }
 

@@ -1,12 +1,13 @@
 #include "platform/imageio/jp2/Library.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::jp2 {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
     return DynamicLibrary::load<Functions>(
-        names, "JPEG 2000 pictures need OpenJPEG (package libopenjp2-7)",
+        names, missingMessage("JPEG 2000 pictures need OpenJPEG", OnDemand::openJPEG),
         [](const DynamicLibrary& library, Functions& functions) {
             return library.find(functions.createStream, "opj_stream_create")
                    && library.find(functions.destroyStream, "opj_stream_destroy")
@@ -29,7 +30,7 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions({"libopenjp2.so.7"});
+    static const Result<Functions> functions = loadFunctions({systemLibrary(OnDemand::openJPEG).file});
     return functions;
 }
 

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <type_traits>
 
 namespace kestrine::jxl {
 
@@ -65,19 +66,27 @@ bool isSRGB(const JxlColorEncoding& color) {
            && color.transfer_function == JXL_TRANSFER_FUNCTION_SRGB;
 }
 
+/// Calls a function about profiles. Before version 0.9 these take the format of pixels too, and ignore it.
+template <class Function, class... Values>
+JxlDecoderStatus ask(Function* function, const Session& session, JxlColorProfileTarget pixels,
+                     Values... values) {
+    if constexpr (std::is_invocable_v<Function*, const JxlDecoder*, JxlColorProfileTarget, Values...>)
+        return function(session.decoder(), pixels, values...);
+    else
+        return function(session.decoder(), nullptr, pixels, values...);
+}
+
 /// The profile of the stored or of the delivered pixels; none if they are sRGB.
 std::optional<ColorProfile> profileOf(const Functions& library, const Session& session,
                                       JxlColorProfileTarget pixels, ColorModel model) {
     JxlColorEncoding color{};
-    if (library.encodedProfile(session.decoder(), nullptr, pixels, &color) == JXL_DEC_SUCCESS
-        && isSRGB(color))
+    if (ask(library.encodedProfile, session, pixels, &color) == JXL_DEC_SUCCESS && isSRGB(color))
         return std::nullopt;
     std::size_t size = 0;
-    if (library.profileSize(session.decoder(), nullptr, pixels, &size) != JXL_DEC_SUCCESS
-        || size > maximumProfileBytes)
+    if (ask(library.profileSize, session, pixels, &size) != JXL_DEC_SUCCESS || size > maximumProfileBytes)
         return std::nullopt;
     Bytes icc(size);
-    if (library.profile(session.decoder(), nullptr, pixels, icc.data(), size) != JXL_DEC_SUCCESS)
+    if (ask(library.profile, session, pixels, icc.data(), size) != JXL_DEC_SUCCESS)
         return std::nullopt;
     return ColorProfile::fromICC(icc, model);
 }
@@ -87,8 +96,7 @@ std::optional<ColorProfile> profileOf(const Functions& library, const Session& s
 void readProfile(const Functions& library, const Session& session, const JxlBasicInfo& info, Header& header) {
     constexpr auto stored = JXL_COLOR_PROFILE_TARGET_ORIGINAL, delivered = JXL_COLOR_PROFILE_TARGET_DATA;
     JxlColorEncoding color{};
-    const bool hasName =
-        library.encodedProfile(session.decoder(), nullptr, stored, &color) == JXL_DEC_SUCCESS;
+    const bool hasName = ask(library.encodedProfile, session, stored, &color) == JXL_DEC_SUCCESS;
     header.needsConversion = !info.uses_original_profile && !hasName;
     const ColorModel model = header.format.model;
     if (!header.needsConversion)

@@ -1,12 +1,13 @@
 #include "platform/imageio/jxl/Library.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::jxl {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
                                 std::initializer_list<const char*> threadPools) {
-    const Failure missing{Reason::unsupported, "JPEG XL pictures need libjxl (package libjxl0.7)"};
+    const Failure missing{Reason::unsupported, missingMessage("JPEG XL pictures need libjxl", OnDemand::jxl)};
     const Result<DynamicLibrary> coder = DynamicLibrary::open(coders);
     const Result<DynamicLibrary> threads = DynamicLibrary::open(threadPools);
     if (!coder || !threads)
@@ -57,7 +58,8 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions({"libjxl.so.0.7"}, {"libjxl_threads.so.0.7"});
+    static const Result<Functions> functions =
+        loadFunctions({systemLibrary(OnDemand::jxl).file}, {systemLibrary(OnDemand::jxlThreads).file});
     return functions;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/imageio/png/Library.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 #include <cstring>
 #include <string_view>
@@ -9,7 +10,7 @@ namespace kestrine::png {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
     return DynamicLibrary::load<Functions>(
-        names, "PNG pictures need libpng (package libpng16-16)",
+        names, missingMessage("PNG pictures need libpng", OnDemand::png),
         [](const DynamicLibrary& library, Functions& functions) {
             return library.find(functions.createInfoStruct, "png_create_info_struct")
                    && library.find(functions.createReadStruct, "png_create_read_struct")
@@ -58,7 +59,7 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions({"libpng16.so.16"});
+    static const Result<Functions> functions = loadFunctions({systemLibrary(OnDemand::png).file});
     return functions;
 }
 

@@ -10,6 +10,15 @@ namespace kestrine::raw {
 
 namespace {
 
+// What LibRaw 0.21 calls by other names than 0.20.
+#if LIBRAW_COMPILE_CHECK_VERSION_NOTLESS(0, 21)
+constexpr unsigned withoutMessages = LIBRAW_OPTIONS_NO_DATAERR_CALLBACK;
+unsigned& maxSensorMegabytes(libraw_data_t& data) { return data.rawparams.max_raw_memory_mb; }
+#else
+constexpr unsigned withoutMessages = LIBRAW_OPIONS_NO_MEMERR_CALLBACK | LIBRAW_OPIONS_NO_DATAERR_CALLBACK;
+unsigned& maxSensorMegabytes(libraw_data_t& data) { return data.params.max_raw_memory_mb; }
+#endif
+
 Failure failureOf(int code) {
     switch (code) {
     case LIBRAW_FILE_UNSUPPORTED:
@@ -69,9 +78,7 @@ public:
 
 private:
     Session(const Functions& library, std::shared_ptr<const ByteReader> reader)
-        : stream_(library, std::move(reader)),
-          data_(library.create(LIBRAW_OPIONS_NO_MEMERR_CALLBACK | LIBRAW_OPIONS_NO_DATAERR_CALLBACK),
-                library.destroy) {}
+        : stream_(library, std::move(reader)), data_(library.create(withoutMessages), library.destroy) {}
 
     Stream stream_;
     DataErrors errors_;
@@ -106,7 +113,7 @@ Result<DevelopedPointer> developed(const Functions& library, std::shared_ptr<con
     const std::unique_ptr<Session> session = TRY(Session::open(library, std::move(reader)));
     libraw_data_t& data = session->data();
     data.params.half_size = halvings;
-    data.params.max_raw_memory_mb = static_cast<unsigned>((negative.heldBytes >> 20) + 1);
+    maxSensorMegabytes(data) = static_cast<unsigned>((negative.heldBytes >> 20) + 1);
     if (library.setThreads != nullptr)
         library.setThreads(static_cast<int>(usefulThreads(negative.format)));
     TRY(Session::checked(library.unpack(&data)));

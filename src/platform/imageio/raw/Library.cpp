@@ -1,12 +1,13 @@
 #include "platform/imageio/raw/Library.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::raw {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
     return DynamicLibrary::load<Functions>(
-        names, "this camera raw file needs LibRaw (package libraw20)",
+        names, missingMessage("this camera raw file needs LibRaw", OnDemand::libRaw),
         [](const DynamicLibrary& library, Functions& functions) {
             library.find(functions.setThreads, "omp_set_num_threads"); // may be absent
             return library.find(functions.create, "libraw_init")
@@ -25,7 +26,7 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions({"libraw_r.so.20"});
+    static const Result<Functions> functions = loadFunctions({systemLibrary(OnDemand::libRaw).file});
     return functions;
 }
 

@@ -20,7 +20,9 @@ public:
     char* gets(char* into, int room) override;
     int scanf_one(const char* format, void* value) override;
     int eof() override { return position_ >= reader_->size(); }
+#if !LIBRAW_COMPILE_CHECK_VERSION_NOTLESS(0, 21)
     void* make_jas_stream() override { return nullptr; }
+#endif
     int jpeg_src(void* jpeg) override { return library_.attachJPEGSource(this, jpeg); }
 
 private:

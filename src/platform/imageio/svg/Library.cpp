@@ -1,6 +1,7 @@
 #include "platform/imageio/svg/Library.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::svg {
 
@@ -49,7 +50,7 @@ bool findFonts(const DynamicLibrary& library, Functions& functions) {
 } // namespace
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
-    return DynamicLibrary::load<Functions>(names, "SVG drawings need librsvg (package librsvg2-2)",
+    return DynamicLibrary::load<Functions>(names, missingMessage("SVG drawings need librsvg", OnDemand::rsvg),
                                            [](const DynamicLibrary& library, Functions& functions) {
                                                return findDrawing(library, functions)
                                                       && findFonts(library, functions);
@@ -57,7 +58,7 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions({"librsvg-2.so.2"});
+    static const Result<Functions> functions = loadFunctions({systemLibrary(OnDemand::rsvg).file});
     return functions;
 }
 

@@ -1,11 +1,12 @@
 #include "platform/imageio/svg/Zlib.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::svg {
 
 Result<Zlib> loadZlib(std::initializer_list<const char*> names) {
-    return DynamicLibrary::load<Zlib>(names, "compressed drawings need zlib (package zlib1g)",
+    return DynamicLibrary::load<Zlib>(names, missingMessage("compressed drawings need zlib", OnDemand::zlib),
                                       [](const DynamicLibrary& library, Zlib& functions) {
                                           return library.find(functions.startInflate, "inflateInit2_")
                                                  && library.find(functions.inflate, "inflate")
@@ -14,7 +15,7 @@ Result<Zlib> loadZlib(std::initializer_list<const char*> names) {
 }
 
 const Result<Zlib>& installedZlib() {
-    static const Result<Zlib> functions = loadZlib({"libz.so.1"});
+    static const Result<Zlib> functions = loadZlib({systemLibrary(OnDemand::zlib).file});
     return functions;
 }
 

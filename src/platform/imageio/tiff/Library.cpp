@@ -1,5 +1,6 @@
 #include "platform/imageio/tiff/Library.h"
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -29,7 +30,7 @@ bool tellsOfMadeUpPixels(std::string_view module, std::string_view text) {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> libraries) {
     return DynamicLibrary::load<Functions>(
-        libraries, "TIFF pictures need libtiff 4.5 or later (package libtiff6)",
+        libraries, missingMessage("TIFF pictures need libtiff 4.5 or later", OnDemand::tiff),
         [](const DynamicLibrary& library, Functions& functions) {
             return library.find(functions.allocateOptions, "TIFFOpenOptionsAlloc")
                    && library.find(functions.freeOptions, "TIFFOpenOptionsFree")
@@ -63,7 +64,7 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> libraries) {
 }
 
 const Result<Functions>& tiffFunctions() {
-    static const Result<Functions> functions = loadFunctions({"libtiff.so.6"});
+    static const Result<Functions> functions = loadFunctions({systemLibrary(OnDemand::tiff).file});
     return functions;
 }
 

@@ -1,13 +1,15 @@
 #include "platform/imageio/webp/Library.h"
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::webp {
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
                                 std::initializer_list<const char*> demuxers) {
-    const Failure missing{
-        Reason::unsupported,
-        "WebP pictures need libwebp and libwebpdemux (packages libwebp7 and libwebpdemux2)"};
+    const Failure missing{Reason::unsupported,
+                          std::string("WebP pictures need libwebp and libwebpdemux (packages ")
+                              + systemLibrary(OnDemand::webp).package + " and "
+                              + systemLibrary(OnDemand::webpDemux).package + ")"};
     const Result<DynamicLibrary> coder = DynamicLibrary::open(coders);
     const Result<DynamicLibrary> demuxer = DynamicLibrary::open(demuxers);
     if (!coder || !demuxer)
@@ -38,7 +40,8 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions({"libwebp.so.7"}, {"libwebpdemux.so.2"});
+    static const Result<Functions> functions =
+        loadFunctions({systemLibrary(OnDemand::webp).file}, {systemLibrary(OnDemand::webpDemux).file});
     return functions;
 }
 

@@ -1,12 +1,13 @@
 #include "platform/imageio/png/fast/InflateLibrary.h"
 
 #include "platform/host/process/DynamicLibrary.h"
+#include "platform/host/process/SystemLibraries.h"
 
 namespace kestrine::png {
 
 Result<InflateFunctions> loadInflateFunctions(std::initializer_list<const char*> libraries) {
     return DynamicLibrary::load<InflateFunctions>(
-        libraries, "fast PNG decoding needs ISA-L (package libisal2)",
+        libraries, missingMessage("fast PNG decoding needs ISA-L", OnDemand::isal),
         [](const DynamicLibrary& library, InflateFunctions& functions) {
             return library.find(functions.initialise, "isal_inflate_init")
                    && library.find(functions.inflate, "isal_inflate");
@@ -14,7 +15,8 @@ Result<InflateFunctions> loadInflateFunctions(std::initializer_list<const char*>
 }
 
 const Result<InflateFunctions>& inflateFunctions() {
-    static const Result<InflateFunctions> functions = loadInflateFunctions({"libisal.so.2"});
+    static const Result<InflateFunctions> functions =
+        loadInflateFunctions({systemLibrary(OnDemand::isal).file});
     return functions;
 }
 
