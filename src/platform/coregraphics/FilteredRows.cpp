@@ -1,7 +1,7 @@
 #include "platform/coregraphics/FilteredRows.h"
 
 #include "platform/coregraphics/RowsAhead.h"
-#include "platform/coregraphics/SlotsAhead.h"
+#include "platform/coregraphics/SlotRing.h"
 #include "platform/coregraphics/kernels/ResampleRows.h"
 
 #include <algorithm>
@@ -69,14 +69,10 @@ private:
 
 class FilteredAhead final : public FilteredRows {
 public:
-    explicit FilteredAhead(std::unique_ptr<Filtering> filtering) : filtering_(std::move(filtering)) {}
-
-    /// Starts the second thread. Returns false if the system cannot start one; then only takeFiltering() may
-    /// be called.
-    bool start() {
-        return slots_.start([this](Slot& slot) { return fill(slot); });
+    FilteredAhead(std::shared_ptr<Crew> crew, std::unique_ptr<Filtering> filtering)
+        : filtering_(std::move(filtering)), slots_(std::move(crew)) {
+        slots_.start([this](Slot& slot) { return fill(slot); });
     }
-    std::unique_ptr<Filtering> takeFiltering() { return std::move(filtering_); }
 
     Result<std::span<const FloatRow>> next() override {
         const Slot& slot = slots_.next();
@@ -96,22 +92,21 @@ private:
         return !slot.interruption && filtering_->rowsLeft() > 0;
     }
 
-    std::unique_ptr<Filtering> filtering_; ///< used by the second thread
-    SlotsAhead<Slot, 3> slots_;            ///< one for each thread, and one in between
+    const std::unique_ptr<Filtering> filtering_; ///< used by the thread that fills
+    SlotRing<Slot, 3> slots_;                    ///< one being filled, one in use, and one in between
 };
 
 } // namespace
 
 std::unique_ptr<FilteredRows> FilteredRows::create(RowSourcePointer input, const SampleConversion& conversion,
                                                    FilterWeights weights) {
-    const bool hasThread = !input->isReadAhead() && usefulThreads(input->format()) > 1;
+    std::shared_ptr<Crew> crew = crewFor(input->format());
+    // Two threads have enough to do then, and each further step that is handed over costs time.
+    const bool hasEnoughSteps = crew != nullptr && crew->threads() == 2 && input->isReadAhead();
     auto filtering = std::make_unique<Filtering>(std::move(input), conversion, std::move(weights));
-    if (!hasThread)
+    if (crew == nullptr || hasEnoughSteps)
         return std::make_unique<FilteredHere>(std::move(filtering));
-    auto ahead = std::make_unique<FilteredAhead>(std::move(filtering));
-    if (!ahead->start())
-        return std::make_unique<FilteredHere>(ahead->takeFiltering());
-    return ahead;
+    return std::make_unique<FilteredAhead>(std::move(crew), std::move(filtering));
 }
 
 } // namespace kestrine

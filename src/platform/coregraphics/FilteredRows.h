@@ -10,8 +10,8 @@ namespace kestrine {
 
 class FilteredRows {
 public:
-    /// Works on a second thread if usefulThreads() allows it and `input` is not read ahead by another thread.
-    /// `conversion` must outlive the result; only its toFloats() is used.
+    /// The current crew filters ahead, if there is one for `input` (crewFor()). `conversion` must outlive the
+    /// result; only its toFloats() is used.
     static std::unique_ptr<FilteredRows> create(RowSourcePointer input, const SampleConversion& conversion,
                                                 FilterWeights weights);
     virtual ~FilteredRows() = default;

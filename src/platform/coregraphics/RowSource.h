@@ -21,7 +21,7 @@ public:
     /// format().height times, and not after a failure.
     virtual Result<void> readRow(std::span<std::uint8_t> row) = 0;
 
-    /// Whether other threads already prepare its rows (see RowsAhead.h).
+    /// Whether a crew already prepares its rows (see RowsAhead.h).
     virtual bool isReadAhead() const { return false; }
 
 protected:

@@ -1,6 +1,6 @@
 #include "platform/coregraphics/RowsAhead.h"
 
-#include "platform/coregraphics/SlotsAhead.h"
+#include "platform/coregraphics/SlotRing.h"
 #include "platform/host/Bytes.h"
 #include "platform/host/process/ProcessorCount.h"
 
@@ -21,12 +21,9 @@ constexpr unsigned maxThreads = 4;
 constexpr std::size_t bandCount = 8;
 constexpr std::size_t bandBytes = std::size_t{128} << 10;
 
-bool mayStartThreads(const RowFormat& format) {
-    static const bool hasOneCore = processorCount() < 2;
-    return !hasOneCore && forbiddenScopes == 0 && format.pixels() >= minPixels;
-}
+bool isWorthThreads(const RowFormat& format) { return format.pixels() >= minPixels; }
 
-/// The rows that the second thread prepares at a time.
+/// The rows that a thread prepares at a time.
 struct Band {
     Bytes rows;
     std::size_t count = 0;     ///< of complete rows
@@ -35,19 +32,14 @@ struct Band {
 
 class RowsAhead final : public RowSource {
 public:
-    RowsAhead(RowSourcePointer input, std::size_t rows)
+    RowsAhead(std::shared_ptr<Crew> crew, RowSourcePointer input, std::size_t rows)
         : RowSource(input->format()), input_(std::move(input)), rowsLeft_(rows),
-          rowsPerBand_(std::max<std::size_t>(1, bandBytes / format().bytesPerRow())) {
+          rowsPerBand_(std::max<std::size_t>(1, bandBytes / format().bytesPerRow())),
+          bands_(std::move(crew)) {
         for (Band& band : bands_.slots())
             band.rows.resize(rowsPerBand_ * format().bytesPerRow());
+        bands_.start([this](Band& band) { return fill(band); });
     }
-
-    /// Starts the second thread. Returns false if the system cannot start one; then only takeInput() may be
-    /// called.
-    bool start() {
-        return bands_.start([this](Band& band) { return fill(band); });
-    }
-    RowSourcePointer takeInput() { return std::move(input_); }
 
     bool isReadAhead() const override { return true; }
 
@@ -77,20 +69,13 @@ private:
         return {};
     }
 
-    RowSourcePointer input_; ///< used by the second thread
-    std::size_t rowsLeft_;   ///< to be read; used by the second thread
+    const RowSourcePointer input_; ///< used by the thread that fills
+    std::size_t rowsLeft_;         ///< to be read; used by the thread that fills
     const std::size_t rowsPerBand_;
-    const Band* band_ = nullptr; ///< read by the first thread
+    const Band* band_ = nullptr; ///< used by the thread that reads
     std::size_t nextRow_ = 0;    ///< in band_
-    SlotsAhead<Band, bandCount> bands_;
+    SlotRing<Band, bandCount> bands_;
 };
-
-RowSourcePointer startedAhead(RowSourcePointer input, std::size_t rows) {
-    auto ahead = std::make_unique<RowsAhead>(std::move(input), rows);
-    if (!ahead->start())
-        return ahead->takeInput();
-    return ahead;
-}
 
 /// The rows of several parts: a band of each in turn.
 class RowsInTurns final : public RowSource {
@@ -120,21 +105,33 @@ std::size_t rowsOfPart(std::size_t rows, std::size_t rowsPerBand, std::size_t pa
 } // namespace
 
 RowSourcePointer rowsAhead(RowSourcePointer input) {
-    if (!mayStartThreads(input->format()) || input->isReadAhead())
+    std::shared_ptr<Crew> crew = crewFor(input->format());
+    if (crew == nullptr || input->isReadAhead())
         return input;
     const std::size_t rows = input->format().height;
-    return startedAhead(std::move(input), rows);
+    return std::make_unique<RowsAhead>(std::move(crew), std::move(input), rows);
 }
 
 std::size_t usefulThreads(const RowFormat& format) {
-    return mayStartThreads(format) ? std::min(processorCount(), maxThreads) : 1;
+    return isWorthThreads(format) && forbiddenScopes == 0 ? std::min(processorCount(), maxThreads) : 1;
+}
+
+std::shared_ptr<Crew> crewFor(const RowFormat& format) {
+    return isWorthThreads(format) && forbiddenScopes == 0 ? Crew::current() : nullptr;
 }
 
 RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsPerBand) {
-    const std::size_t rows = parts.front()->format().height;
-    for (std::size_t part = 0; part < parts.size(); ++part)
-        parts[part] = startedAhead(std::move(parts[part]), rowsOfPart(rows, rowsPerBand, part, parts.size()));
+    const RowFormat format = parts.front()->format();
+    if (const std::shared_ptr<Crew> crew = crewFor(format))
+        for (std::size_t part = 0; part < parts.size(); ++part)
+            parts[part] = std::make_unique<RowsAhead>(
+                crew, std::move(parts[part]), rowsOfPart(format.height, rowsPerBand, part, parts.size()));
     return std::make_unique<RowsInTurns>(std::move(parts), rowsPerBand);
+}
+
+std::shared_ptr<Crew> crewOfAllCores() {
+    const std::size_t threads = std::min(processorCount(), maxThreads);
+    return threads < 2 || forbiddenScopes > 0 ? nullptr : std::make_shared<Crew>(threads);
 }
 
 OneThreadScope::OneThreadScope() { ++forbiddenScopes; }

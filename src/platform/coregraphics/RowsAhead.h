@@ -1,27 +1,34 @@
-// RowsAhead: lets other threads prepare rows while the caller's thread works on the rows before.
+// RowsAhead: lets a crew prepare rows ahead of those that are used.
 #pragma once
 
+#include "platform/coregraphics/Crew.h"
 #include "platform/coregraphics/RowSource.h"
 
 #include <vector>
 
 namespace kestrine {
 
-/// The rows of `input`, read by a second thread that stays about one MiB ahead. Failures and exceptions of
-/// `input` appear at the row where they happened. Returns `input` itself if it is read ahead already or if no
-/// second thread is used: the system cannot start one, the picture is small, or a OneThreadScope forbids it.
+/// The rows of `input`, which the current crew prepares up to one MiB ahead. Failures and exceptions of
+/// `input` appear at the row where they happened. Returns `input` itself if it is read ahead already or if
+/// there is no crew for it (crewFor()).
 RowSourcePointer rowsAhead(RowSourcePointer input);
+
+/// The rows of a picture that several sources decode, at the same time if there is a crew for it. The picture
+/// consists of bands of `rowsPerBand` rows, and of n parts `parts[k]` delivers the rows of the bands k, k +
+/// n, k + 2n, ... All parts have the format of the whole picture.
+RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsPerBand);
 
 /// How many threads should share the work on a picture of this format; 1 if more would not help.
 std::size_t usefulThreads(const RowFormat& format);
 
-/// The rows of a picture that several sources decode, each on its own thread. The picture consists of
-/// bands of `rowsPerBand` rows, and of n parts `parts[k]` delivers the rows of the bands k, k + n, k + 2n,
-/// ... All parts have the format of the whole picture.
-RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsPerBand);
+/// The current crew; null if a picture of this format is too small to profit from it.
+std::shared_ptr<Crew> crewFor(const RowFormat& format);
 
-/// As long as it exists, rowsAhead() starts no thread for the current thread, and usefulThreads() is 1. For
-/// callers that keep all cores busy with one picture each.
+/// A new crew for one picture; null if there is one core, or a OneThreadScope.
+std::shared_ptr<Crew> crewOfAllCores();
+
+/// As long as it exists, there is no crew for the pictures of the current thread, and usefulThreads() is 1.
+/// For callers that keep all cores busy with one picture each.
 class OneThreadScope {
 public:
     OneThreadScope();

@@ -252,6 +252,7 @@ Result<PixelBuffer> readPixels(const Picture& picture) { return picture.source->
 Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output) {
     TRY(checkSize(picture));
     const OutputFormat& file = outputFormat(output.type);
+    const CrewScope crew(crewOfAllCores());
     Pipeline pipeline(picture, file.holds16Bits, &output);
     RowSourcePointer rows = rowsWatched(TRY(pipeline.build()));
     if (!file.holdsAlpha)
@@ -261,6 +262,8 @@ Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output
         rows = rowsInSRGB(std::move(rows), profile ? &*profile : nullptr);
         profile.reset();
     }
+    rows =
+        rowsAhead(std::move(rows)); // encoding takes as long as half of the other work if little is reduced
     EncodingOptions options = output.options;
     if (output.kept.profile)
         options.profile = profile ? &*profile : nullptr;
@@ -272,6 +275,7 @@ Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output
 
 Result<PixelBuffer> LocalSource::pixels(const Picture& picture) {
     TRY(checkSize(picture));
+    const CrewScope crew(crewOfAllCores());
     Pipeline pipeline(picture, true, nullptr);
     RowSourcePointer rows = TRY(pipeline.build());
     return readAllRows(*rows);

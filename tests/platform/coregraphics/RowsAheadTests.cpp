@@ -10,13 +10,18 @@ namespace kestrine {
 namespace {
 
 struct RowsAhead : testing::Test {
+    const CrewScope crew{std::make_shared<Crew>(2)};
     std::thread::id reader;
 
     RowSourcePointer numbered(std::uint32_t width, std::uint32_t height,
                               NumberedRows::End end = NumberedRows::End::none, std::uint32_t endRow = 0) {
         return rowsAhead(std::make_unique<NumberedRows>(width, height, end, endRow, reader));
     }
-    bool wasReadElsewhere() const { return reader != std::this_thread::get_id(); }
+    static bool isReadAhead(std::uint32_t width, std::uint32_t height) {
+        std::thread::id reader;
+        return rowsAhead(std::make_unique<NumberedRows>(width, height, NumberedRows::End::none, 0, reader))
+            ->isReadAhead();
+    }
 };
 
 TEST_F(RowsAhead, equalTheRowsOfTheirInput) {
@@ -29,7 +34,7 @@ TEST_F(RowsAhead, equalTheRowsOfTheirInput) {
             ASSERT_EQ(row.front(), static_cast<std::uint8_t>(y * 7)) << width << " x " << height;
             ASSERT_EQ(row.back(), row.front());
         }
-        EXPECT_EQ(wasReadElsewhere(), processorCount() > 1);
+        EXPECT_TRUE(rows->isReadAhead());
     }
 }
 
@@ -62,19 +67,22 @@ TEST_F(RowsAhead, canBeDestroyedAtAnyRow) {
     }
 }
 
-TEST_F(RowsAhead, startNoThreadForASmallPicture) {
-    const RowSourcePointer rows = numbered(100, 100);
-    Bytes row(100);
-    ASSERT_TRUE(rows->readRow(row));
-    EXPECT_FALSE(wasReadElsewhere());
+TEST_F(RowsAhead, areOnlyMadeForLargePicturesInACrewScope) {
+    EXPECT_TRUE(isReadAhead(500, 500));
+    EXPECT_FALSE(isReadAhead(500, 499));
+    const CrewScope none(nullptr);
+    EXPECT_FALSE(isReadAhead(500, 500));
 }
 
-TEST_F(RowsAhead, startNoThreadInsideAOneThreadScope) {
+TEST_F(RowsAhead, areNotMadeInAOneThreadScope) {
     const OneThreadScope alone;
-    const RowSourcePointer rows = numbered(1000, 1000);
-    Bytes row(1000);
-    ASSERT_TRUE(rows->readRow(row));
-    EXPECT_FALSE(wasReadElsewhere());
+    EXPECT_FALSE(isReadAhead(500, 500));
+    EXPECT_EQ(crewOfAllCores(), nullptr);
+}
+
+TEST_F(RowsAhead, haveACrewOfAtMostFourThreads) {
+    const std::shared_ptr<Crew> all = crewOfAllCores();
+    EXPECT_EQ(all == nullptr ? 1 : all->threads(), std::min<std::size_t>(processorCount(), 4));
 }
 
 /// The rows of one part of a picture. Every byte of a row is its number in the whole picture times 7. Fails
@@ -101,6 +109,7 @@ private:
 };
 
 TEST(RowsInTurns, areTheRowsOfAllPartsInOrder) {
+    const CrewScope crew(std::make_shared<Crew>(3));
     for (const std::uint32_t parts : {1U, 2U, 3U})
         for (const std::uint32_t rowsPerBand : {1U, 16U, 700U})
             for (const std::uint32_t height : {1U, 699U, 700U, 1400U, 2111U}) {

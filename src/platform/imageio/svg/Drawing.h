@@ -1,6 +1,7 @@
 // Drawing: draws SVG documents with librsvg.
 #pragma once
 
+#include "platform/host/Bytes.h"
 #include "platform/host/FreeDeleter.h"
 #include "platform/imageio/svg/Library.h"
 

@@ -64,14 +64,16 @@ TEST(TIFFDecoder, aLargePageIsTheSameWithOneThreadAndWithSeveral) {
                                       .tileWidth = tile,
                                       .tileHeight = tile};
                 const Bytes file = makeTIFF(page);
+                std::optional<CrewScope> crew(std::make_shared<Crew>(3));
                 const PixelBuffer several = decodeSound(tiff::codec, file).pixels;
-                const OneThreadScope alone;
+                crew.reset();
                 EXPECT_EQ(several.bytes, decodeSound(tiff::codec, file).pixels.bytes);
                 EXPECT_EQ(several.bytes, expectedOf(page).bytes);
             }
 }
 
 TEST(TIFFDecoder, aDamagedLargePageAlsoFailsWithSeveralThreads) {
+    const CrewScope crew(std::make_shared<Crew>(3));
     const TIFFRecipe page{.width = 611, .height = 901, .compression = COMPRESSION_LZW};
     Bytes file = makeTIFF(page);
     std::fill(file.begin() + 5000, file.begin() + 9000, std::uint8_t{0xFF});

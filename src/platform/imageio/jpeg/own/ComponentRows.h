@@ -1,7 +1,7 @@
 // ComponentRows: the rows of one component, expanded to the width and height of the picture.
 #pragma once
 
-#include "platform/imageio/jpeg/own/PlaneDecoder.h"
+#include "platform/imageio/jpeg/own/SampleBand.h"
 
 namespace kestrine::jpeg {
 

@@ -10,9 +10,7 @@ bool EntropyDecoder::start(std::shared_ptr<const ByteReader> reader, const Frame
     if (!planBlocks(header, wantsAC))
         return false;
     bytes_.start(std::move(reader), header.scanOffset);
-    reservoir_ = bytes_.firstBits();
-    reservoir_.refill();
-    predictors_ = {};
+    beginSegment();
     restarts_ = RestartCounter(header.restartInterval);
     foundMeaninglessBits_ = false;
     return true;
@@ -62,9 +60,22 @@ void EntropyDecoder::clearGroups() {
 bool EntropyDecoder::passRestart() {
     if (!bytes_.passRestart(reservoir_, restarts_.pass()))
         return false;
+    beginSegment();
+    return true;
+}
+
+bool EntropyDecoder::skipMCUs(std::uint64_t count) {
+    for (; count > 0; count -= restarts_.interval())
+        if (!bytes_.skipSegment(restarts_.pass()))
+            return false;
+    beginSegment();
+    return true;
+}
+
+void EntropyDecoder::beginSegment() {
+    reservoir_ = bytes_.firstBits();
     reservoir_.refill();
     predictors_ = {};
-    return true;
 }
 
 /// The usual numbers of blocks per MCU have unrolled code, so that the processor predicts the branches of

@@ -41,6 +41,14 @@ public:
     /// decoder cannot continue then.
     bool decodeGroup(int lanes);
 
+    /// Goes past the restart marker that must follow the last MCU, in a file that has them. Returns false
+    /// like decodeGroup().
+    bool passRestart();
+
+    /// Goes past `count` MCUs without decoding them. They are whole segments, and a restart marker follows
+    /// each of them. Must be called at the start of a segment. Returns false like decodeGroup().
+    bool skipMCUs(std::uint64_t count);
+
     /// Whether decodeGroup() failed because of invalid bits; otherwise the stream is unusual or
     /// ends too early.
     bool foundMeaninglessBits() const { return foundMeaninglessBits_; }
@@ -63,7 +71,7 @@ private:
 
     void clearGroups();
     bool planBlocks(const FrameHeader& header, const std::array<bool, 3>& wantsAC);
-    bool passRestart();
+    void beginSegment();
     bool decodeRun(int firstLane, int lanes);
     template <std::size_t... numbers>
     bool decodeMCUs(std::index_sequence<numbers...> blockNumbers, int firstLane, int lanes);

@@ -12,6 +12,8 @@ public:
     /// At the start of a scan with a marker after every `interval` MCUs, or with none if it is 0.
     explicit RestartCounter(std::uint32_t interval = 0) : interval_(interval), left_(interval) {}
 
+    std::uint32_t interval() const { return interval_; }
+
     /// Whether a marker comes before the next MCU.
     bool isDue() const { return interval_ != 0 && left_ == 0; }
 

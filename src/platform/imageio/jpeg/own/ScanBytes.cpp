@@ -106,10 +106,25 @@ bool ScanBytes::endsSegment(Reservoir& reservoir) {
 }
 
 bool ScanBytes::passRestart(Reservoir& reservoir, unsigned number) {
-    if (!endsSegment(reservoir) || terminator_ != firstRestart + static_cast<int>(number))
+    if (!endsSegment(reservoir) || !beginAfter(number))
+        return false;
+    reservoir = firstBits();
+    return true;
+}
+
+bool ScanBytes::skipSegment(unsigned number) {
+    while (!isComplete_) {
+        end_ = window_.data() + lead;
+        fillWindow();
+    }
+    return beginAfter(number);
+}
+
+/// Begins the next segment if restart marker `number` follows the current one.
+bool ScanBytes::beginAfter(unsigned number) {
+    if (terminator_ != firstRestart + static_cast<int>(number))
         return false;
     beginSegment();
-    reservoir = firstBits();
     return true;
 }
 

@@ -54,6 +54,10 @@ public:
     /// ends here, except for less than a byte of padding, and exactly this marker follows it.
     bool passRestart(Reservoir& reservoir, unsigned number);
 
+    /// Goes to the segment after restart marker `number` (0 to 7) without looking at the bits of the current
+    /// segment. Returns false unless this marker is the first one after them.
+    bool skipSegment(unsigned number);
+
     /// Whether the current segment ends here, except for less than a byte of padding, and a marker other than
     /// a restart marker follows it. The library reports bytes that it skips before a restart marker.
     bool isAtEnd(Reservoir& reservoir);
@@ -65,6 +69,7 @@ private:
     static_assert(padding > longestMCU + 16);
 
     bool endsSegment(Reservoir& reservoir);
+    bool beginAfter(unsigned number);
     void beginSegment();
     void fillWindow();
     bool hasRaw();

@@ -44,6 +44,7 @@ struct Scale {
 
 /// The picture at 1 / `scale.divisor` of its size, as a JPEG.
 Result<Bytes> converted(const std::filesystem::path& path, DecoderChoice choice, const Scale& scale) {
+    const CrewScope crew(std::make_shared<Crew>(2));
     const auto decoder = TRY(openDecoder(readerOfBytes(testing::readFileBytes(path)), choice));
     RowSourcePointer rows = rowsAhead(TRY(decoder->rows(0, scale.halvings)));
     const auto scaled = [&scale](std::uint32_t side, std::uint32_t decodedSide) {
