@@ -129,7 +129,7 @@ private:
     }
 
     bool isReady() const override {
-        return !idle_.empty() && taken_ < turns_.count() && taken_ - used_ < slots_.size();
+        return !hasFailed_ && !idle_.empty() && taken_ < turns_.count() && taken_ - used_ < slots_.size();
     }
     std::size_t begin() override {
         slotOf(taken_).decoder = idle_.back();
@@ -142,8 +142,10 @@ private:
             [&] { return slot.decoder->decode(static_cast<std::uint32_t>(turn), slot.bands); });
     }
     void end(std::size_t turn) override {
-        idle_.push_back(slotOf(turn).decoder);
-        slotOf(turn).isDone = true;
+        Slot& slot = slotOf(turn);
+        idle_.push_back(slot.decoder);
+        hasFailed_ = hasFailed_ || slot.interruption;
+        slot.isDone = true;
     }
 
     const std::shared_ptr<Crew> crew_;
@@ -155,6 +157,7 @@ private:
     std::vector<TurnDecoder*> idle_;
     std::uint32_t taken_ = 0; ///< turns that a thread has begun to decode
     std::uint32_t used_ = 0;  ///< the turn in use, or to be used next
+    bool hasFailed_ = false;  ///< so that no later turn is needed, nor can its decoder continue
 
     SampleBand* band_ = nullptr; ///< the last one
     std::uint32_t bandOfTurn_ = 0;
