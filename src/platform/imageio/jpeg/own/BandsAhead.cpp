@@ -13,12 +13,14 @@ namespace {
 
 /// Turns that are decoded or being decoded at a time, for each decoder.
 constexpr std::uint32_t slotsPerDecoder = 4;
-/// Keeps the memory small: a decoder has slotsPerDecoder times as many bands.
-constexpr std::uint32_t maxBandsPerTurn = 4;
+/// Handing over fewer would take longer than decoding them.
+constexpr std::uint32_t minRowsPerTurn = 8;
+/// Keeps the memory small, since a decoder has slotsPerDecoder times as many bands.
+constexpr std::uint32_t maxBandsToRestart = 4;
 
-/// How the bands are cut into turns. With restart markers, a turn is the smallest number of bands that begins
-/// at the start of the scan or after a marker, like the next turn; so turns are decoded independently.
-/// Without them, each band is a turn, which is decoded after the one before.
+/// How the bands are cut into turns of a few bands. With restart markers, each turn begins at the start of
+/// the scan or after a marker, so turns are decoded independently. Without them, a turn is decoded after the
+/// one before.
 struct Turns {
     bool areIndependent = false;
     std::uint32_t bands = 1; ///< in all turns but the last
@@ -28,14 +30,16 @@ struct Turns {
     std::uint32_t bandsOf(std::uint32_t turn) const { return std::min(bands, bandsOfPicture - turn * bands); }
 };
 
-Turns turnsOf(const FrameHeader& header) {
+Turns turnsOf(const FrameHeader& header, int eighths) {
+    const auto rowsPerBand = static_cast<std::uint32_t>(header.verticalFactor() * eighths);
+    const std::uint32_t bands = (minRowsPerTurn + rowsPerBand - 1) / rowsPerBand;
     if (header.restartInterval != 0 && !header.isProgressive) {
-        const std::uint32_t bands =
+        const std::uint32_t bandsToRestart =
             header.restartInterval / std::gcd(header.restartInterval, header.mcusAcross());
-        if (bands <= maxBandsPerTurn)
-            return {true, bands, header.mcusDown()};
+        if (bandsToRestart <= maxBandsToRestart)
+            return {true, (bands + bandsToRestart - 1) / bandsToRestart * bandsToRestart, header.mcusDown()};
     }
-    return {false, 1, header.mcusDown()};
+    return {false, bands, header.mcusDown()};
 }
 
 /// Decodes turns in ascending order; if they are independent, not each of them.
@@ -172,7 +176,7 @@ Result<std::unique_ptr<BandSource>> openBandsAhead(const std::shared_ptr<const B
         crewFor({reducedSide(header.width, eighths), reducedSide(header.height, eighths), ColorModel::rgb});
     if (crew == nullptr)
         return std::unique_ptr<BandSource>();
-    const Turns turns = turnsOf(header);
+    const Turns turns = turnsOf(header, eighths);
     const std::size_t count = turns.areIndependent ? crew->threads() : 1;
     std::vector<TurnDecoder> decoders;
     while (decoders.size() < count) {
