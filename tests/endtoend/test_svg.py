@@ -69,6 +69,23 @@ class Sizes(SvgTest):
         self.assertLess(image.getpixel((17, 10))[1], 12)
 
 
+class Texts(SvgTest):
+    FAMILIES = ("serif", "sans-serif", "monospace", "Times New Roman", "Arial", "Helvetica", "Courier New", "Palatino")
+
+    def test_known_families_look_as_everywhere_on_this_system(self):
+        for family in self.FAMILIES:
+            with self.subTest(family):
+                name = family.replace(" ", "-")
+                self.put(f"{name}.svg", START + 'width="300" height="60"><text x="5" y="40" font-size="36" '
+                         f'font-family="{family}">Words <tspan font-weight="bold">bold</tspan></text></svg>')
+                done = self.kestrinectl("convert", "--isolation", "strict", "--longest", "300", "--format", "png",
+                                        "--out", "out", f"{name}.svg")
+                self.assertEqual((done.returncode, done.stderr), (0, b""))
+                actual = self.samples(self.folder / f"out/{name}.png")
+                expected = self.drawn_by_other(f"{name}.svg", 300, 60)
+                self.assertGreater(pictures.psnr(actual[..., 3], expected[..., 3]), 40)
+
+
 class Companion(SvgTest):
     def test_a_drawing_is_replaced_only_if_asked_for(self):
         self.put("a.svg", LOGO)

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <set>
 #include <string>
 #include <utility>
@@ -18,11 +19,16 @@ constexpr std::array styles = {"", ":bold", ":italic", ":bold:italic"};
 /// For scripts that the usual fonts may lack.
 constexpr std::array languages = {"ja", "zh-cn", "ko", "ar", "he", "hi", "th"};
 
-/// Families that programs name, and what they are.
-constexpr std::array<std::pair<const char*, const char*>, 10> wellKnownFamilies = {{
+/// Families that drawings name most, and their kind. Systems have many of them, or fonts of the same widths.
+constexpr std::array<std::pair<const char*, const char*>, 15> wellKnownFamilies = {{
+    {"Arial", "sans-serif"},
+    {"Helvetica", "sans-serif"},
+    {"Verdana", "sans-serif"},
+    {"Calibri", "sans-serif"},
     {"Times New Roman", "serif"},
     {"Times", "serif"},
     {"Georgia", "serif"},
+    {"Cambria", "serif"},
     {"Garamond", "serif"},
     {"Palatino", "serif"},
     {"Courier New", "monospace"},
@@ -39,7 +45,6 @@ const std::uint8_t* bytesOf(const std::string& text) {
 /// A font that the system chooses.
 struct Font {
     std::string family, file;
-    int index = 0;
 };
 
 /// The system's fonts, from which ours are chosen.
@@ -64,8 +69,7 @@ public:
         library_.substituteDefaults(wanted);
         int result = 0;
         if (FontPattern* found = library_.match(config_, wanted, &result)) {
-            font = {textOf(found, "family"), textOf(found, "file"), 0};
-            library_.numberOf(found, "index", 0, &font.index);
+            font = {textOf(found, "family"), textOf(found, "file")};
             library_.destroyPattern(found);
         }
         library_.destroyPattern(wanted);
@@ -99,26 +103,43 @@ std::string aliasRule(const std::string& family, const std::string& shown) {
            + "</family></prefer></alias>";
 }
 
-/// Which of the families is shown for which name. Others are shown as sans-serif.
-std::string rulesFor(const SystemFonts& system) {
-    std::string rules = "<?xml version=\"1.0\"?><fontconfig>";
+/// The families that are shown, and which of them for which name.
+struct Shown {
+    std::map<std::string, std::string> families; ///< from the name to the family
+    std::set<std::string> files;
+
+    /// Adds a name that is shown like `alike`, in all styles.
+    void add(const SystemFonts& system, const std::string& name, const std::string& alike) {
+        const std::string family = system.best(alike).family;
+        const bool isNew = std::none_of(families.begin(), families.end(),
+                                        [&](const auto& other) { return other.second == family; });
+        families[name] = family;
+        for (const char* style : styles)
+            if (isNew)
+                files.insert(system.best(alike + style).file);
+    }
+};
+
+Shown shownBy(const SystemFonts& system) {
+    Shown shown;
     for (const char* generic : genericFamilies)
-        rules += aliasRule(generic, system.best(generic).family);
-    for (const auto& [name, generic] : wellKnownFamilies)
-        rules += aliasRule(name, system.best(generic).family);
-    return rules + "<match><edit name=\"family\" mode=\"append_last\"><string>"
-           + escaped(system.best("sans-serif").family) + "</string></edit></match></fontconfig>";
+        shown.add(system, generic, generic);
+    const std::string unknown = system.best("").family;
+    for (const auto& [name, kind] : wellKnownFamilies)
+        shown.add(system, name, system.best(name).family == unknown ? kind : name);
+    for (const char* language : languages)
+        shown.files.insert(system.best(std::string("sans-serif:lang=") + language).file);
+    shown.files.erase("");
+    return shown;
 }
 
-std::set<std::string> filesOf(const SystemFonts& system) {
-    std::set<std::string> files;
-    for (const char* family : genericFamilies)
-        for (const char* style : styles)
-            files.insert(system.best(std::string(family) + style).file);
-    for (const char* language : languages)
-        files.insert(system.best(std::string("sans-serif:lang=") + language).file);
-    files.erase("");
-    return files;
+/// A name without a rule is shown as sans-serif.
+std::string rulesFor(const Shown& shown) {
+    std::string rules = "<?xml version=\"1.0\"?><fontconfig>";
+    for (const auto& [name, family] : shown.families)
+        rules += aliasRule(name, family);
+    return rules + "<match><edit name=\"family\" mode=\"append_last\"><string>"
+           + escaped(shown.families.at("sans-serif")) + "</string></edit></match></fontconfig>";
 }
 
 /// Opens the file of each font, so that no library needs to open it again.
@@ -151,11 +172,11 @@ void silence(const Functions& library) {
 
 Fonts::Fonts(const Functions& library) : library_(library), map_(nullptr) {
     silence(library);
-    const SystemFonts system(library);
+    const Shown shown = shownBy(SystemFonts(library));
     FontConfig* const fonts = library.createFontConfig();
-    for (const std::string& file : filesOf(system))
+    for (const std::string& file : shown.files)
         library.addFontFile(fonts, bytesOf(file));
-    library.addRules(fonts, bytesOf(rulesFor(system)), 0);
+    library.addRules(fonts, bytesOf(rulesFor(shown)), 0);
     openFaces(library, fonts);
     map_ = library.createFontMap();
     library.setFontConfig(map_, fonts);
@@ -176,10 +197,13 @@ std::unique_lock<std::mutex> Fonts::use() {
 void Fonts::warmUp() {
     std::string text = "<svg xmlns=\"http://www.w3.org/2000/svg\" "
                        "xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"9\" height=\"9\"><text>";
-    for (const char* family : genericFamilies)
+    std::vector<std::string> names(genericFamilies.begin(), genericFamilies.end());
+    for (const auto& [name, kind] : wellKnownFamilies)
+        names.push_back(name);
+    for (const std::string& name : names)
         for (const char* style : {"", "font-weight=\"bold\"", "font-style=\"italic\"",
                                   "font-weight=\"bold\" font-style=\"italic\""})
-            text += "<tspan font-family=\"" + std::string(family) + "\" " + style + ">A</tspan>";
+            text += "<tspan font-family=\"" + name + "\" " + style + ">A</tspan>";
     // a letter of each of the scripts, and a picture
     text +=
         "\u3042\u4e2d\ud55c\u0627\u05d0\u0905\u0e01</text><image width=\"1\" height=\"1\" "

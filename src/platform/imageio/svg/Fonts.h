@@ -7,8 +7,9 @@
 
 namespace kestrine::svg {
 
-/// The system's fonts for sans-serif, serif and monospace, in four styles each, and for some scripts. Every
-/// other family is replaced by one of them, so that drawings look the same in every process.
+/// The system's fonts for sans-serif, serif, monospace and the names that drawings use most, in four styles
+/// each, and for some scripts. Any other family is shown as sans-serif, so that drawings look the same in
+/// every process.
 class Fonts {
 public:
     /// Opens the fonts, and draws a text in each and a picture, after which nothing needs to be opened.
