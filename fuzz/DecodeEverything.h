@@ -73,7 +73,10 @@ inline void decodeEverything(const ImageCodec& codec, const std::uint8_t* data, 
                              std::uint64_t affordablePixels = 1 << 20) {
     if (!codec.recognises(ByteView(data, std::min(size, maxHeadBytes))))
         return;
-    if (auto decoder = codec.open(readerOfBytes(Bytes(data, data + size))))
+    auto decoder = codec.open(readerOfBytes(Bytes(data, data + size)));
+    if (!decoder && decoder.failure().reason == Reason::otherFormat)
+        decoder = codec.other->open(readerOfBytes(Bytes(data, data + size)));
+    if (decoder)
         useDecoder(**decoder, affordablePixels);
 }
 

@@ -56,8 +56,9 @@ namespace kestrine::sgi {
 extern const ImageCodec codec;
 }
 namespace kestrine::svg {
-extern const ImageCodec codec;
-}
+/// Leaves drawings that need fonts, which take long to open, to the other codec.
+extern const ImageCodec codec, codecWithFonts;
+} // namespace kestrine::svg
 namespace kestrine::tga {
 extern const ImageCodec codec;
 }

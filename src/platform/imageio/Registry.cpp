@@ -10,11 +10,13 @@ namespace kestrine {
 
 namespace {
 
-/// No file has two signatures, so the most frequent formats come first. TGA, which has none, comes last.
-constexpr std::array codecs = {&jpeg::codec, &png::codec,      &tiff::codec,     &gif::codec,  &webp::codec,
-                               &bmp::codec,  &heif::heicCodec, &heif::avifCodec, &pnm::codec,  &jxl::codec,
-                               &jp2::codec,  &psd::codec,      &ico::codec,      &icns::codec, &pcx::codec,
-                               &qoi::codec,  &sgi::codec,      &raw::codec,      &svg::codec,  &tga::codec};
+/// No file has two signatures, so the most frequent formats come first. TGA, which has none, comes after
+/// all others. Codecs that only open what another one leaves to them follow.
+constexpr std::array codecs = {
+    &jpeg::codec,     &png::codec,      &tiff::codec,        &gif::codec, &webp::codec, &bmp::codec,
+    &heif::heicCodec, &heif::avifCodec, &pnm::codec,         &jxl::codec, &jp2::codec,  &psd::codec,
+    &ico::codec,      &icns::codec,     &pcx::codec,         &qoi::codec, &sgi::codec,  &raw::codec,
+    &svg::codec,      &tga::codec,      &svg::codecWithFonts};
 
 } // namespace
 

@@ -17,10 +17,8 @@ struct Decoded {
     const FrameDescription& frame() const { return frames.front(); }
 };
 
-/// All metadata that `codec` finds in `file`, and the pixels of one frame; or the first failure.
-inline Result<Decoded> decode(const ImageCodec& codec, const Bytes& file, std::size_t frame = 0) {
-    if (!codec.recognises(ByteView(file).first(std::min(maxHeadBytes, file.size()))))
-        return Failure{Reason::unsupported, "not recognised"};
+/// decode() for a file that the codec need not recognise by its first bytes.
+inline Result<Decoded> decodeUnseen(const ImageCodec& codec, const Bytes& file, std::size_t frame = 0) {
     Result<std::unique_ptr<ImageDecoder>> decoder = codec.open(readerOfBytes(file));
     if (!decoder)
         return decoder.failure();
@@ -32,6 +30,13 @@ inline Result<Decoded> decode(const ImageCodec& codec, const Bytes& file, std::s
         return pixels.failure();
     return Decoded{(*decoder)->frames(), std::move(*pixels), *(*decoder)->exif(), *(*decoder)->colorTable(),
                    (*decoder)->contents()};
+}
+
+/// All metadata that `codec` finds in `file`, and the pixels of one frame; or the first failure.
+inline Result<Decoded> decode(const ImageCodec& codec, const Bytes& file, std::size_t frame = 0) {
+    if (!codec.recognises(ByteView(file).first(std::min(maxHeadBytes, file.size()))))
+        return Failure{Reason::unsupported, "not recognised"};
+    return decodeUnseen(codec, file, frame);
 }
 
 /// decode() for files that must be readable.

@@ -16,13 +16,24 @@ namespace {
 constexpr std::uint32_t maxTileWidth = 16384;
 constexpr std::uint64_t pixelsPerTile = std::uint64_t{1} << 22;
 
+/// What is drawn, and with what.
+struct Drawable {
+    const Functions& library;
+    Fonts* fonts; ///< null if the drawing needs none
+    Bytes text;
+    NaturalSize size = {};
+};
+
+std::unique_lock<std::mutex> useOf(Fonts* fonts) {
+    return fonts == nullptr ? std::unique_lock<std::mutex>() : fonts->use();
+}
+
 /// Draws bands of rows, one after another, and wide ones in parts.
 class DrawnRows final : public RowSource {
 public:
-    DrawnRows(const Functions& library, std::shared_ptr<const Bytes> text, NaturalSize size, const AxisMap& x,
-              const AxisMap& y)
-        : RowSource({x.outSize, y.outSize, ColorModel::rgb, true, SampleDepth::bits8}), library_(library),
-          text_(std::move(text)), size_(size), x_(x), y_(y) {}
+    DrawnRows(std::shared_ptr<const Drawable> drawable, const AxisMap& x, const AxisMap& y)
+        : RowSource({x.outSize, y.outSize, ColorModel::rgb, true, SampleDepth::bits8}),
+          drawable_(std::move(drawable)), x_(x), y_(y) {}
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         if (bandRow_ == bandHeight_)
@@ -37,9 +48,8 @@ public:
 
 private:
     Result<void> drawBand() {
-        Fonts& fonts = Fonts::opened(library_);
-        const auto lock = fonts.use();
-        const DocumentPointer document = TRY(readDocument(library_, *text_));
+        const auto lock = useOf(drawable_->fonts);
+        const DocumentPointer document = TRY(readDocument(drawable_->library, drawable_->text));
         const std::uint32_t tileWidth = std::min(format().width, maxTileWidth);
         bandHeight_ = static_cast<std::uint32_t>(
             std::clamp<std::uint64_t>(pixelsPerTile / tileWidth, 1, format().height - next_));
@@ -48,16 +58,14 @@ private:
             const std::uint32_t width = std::min(tileWidth, format().width - left);
             const Area area{x_.scale, y_.scale,   x_.offset + left / x_.scale, y_.offset + next_ / y_.scale,
                             width,    bandHeight_};
-            band_.push_back(TRY(drawArea(library_, *document, size_, area)));
+            band_.push_back(TRY(drawArea(drawable_->library, *document, drawable_->size, area)));
         }
         next_ += bandHeight_;
         bandRow_ = 0;
         return {};
     }
 
-    const Functions& library_;
-    const std::shared_ptr<const Bytes> text_;
-    const NaturalSize size_;
+    const std::shared_ptr<const Drawable> drawable_;
     const AxisMap x_, y_;
     std::vector<DrawnArea> band_; ///< side by side
     std::uint32_t bandHeight_ = 0;
@@ -67,55 +75,73 @@ private:
 
 class Decoder final : public ImageDecoder {
 public:
-    Decoder(const Functions& library, std::shared_ptr<const Bytes> text, NaturalSize size)
-        : library_(library), text_(std::move(text)), size_(size) {
+    explicit Decoder(std::shared_ptr<const Drawable> drawable) : drawable_(std::move(drawable)) {
         constexpr std::uint64_t bytesPerPixel = 4;
-        frames_.push_back({.format = {size.width, size.height, ColorModel::rgb, true, SampleDepth::bits8},
+        const auto [width, height] = drawable_->size;
+        frames_.push_back({.format = {width, height, ColorModel::rgb, true, SampleDepth::bits8},
                            .isDrawn = true,
                            .storedBitsPerPixel = 1, // the length of the file says nothing about the size
                            .heldBytes = bytesPerPixel * pixelsPerTile});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        return drawnRows(0, AxisMap::filling(size_.width, size_.width),
-                         AxisMap::filling(size_.height, size_.height));
+        const auto [width, height] = drawable_->size;
+        return drawnRows(0, AxisMap::filling(width, width), AxisMap::filling(height, height));
     }
 
     Result<RowSourcePointer> drawnRows(std::size_t, const AxisMap& x, const AxisMap& y) const override {
-        return RowSourcePointer(std::make_unique<DrawnRows>(library_, text_, size_, x, y));
+        return RowSourcePointer(std::make_unique<DrawnRows>(drawable_, x, y));
     }
 
     FileContents contents() const override { return {FileContents::Kind::drawing}; }
 
 private:
-    const Functions& library_;
-    const std::shared_ptr<const Bytes> text_;
-    const NaturalSize size_;
+    const std::shared_ptr<const Drawable> drawable_;
 };
 
-Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
-    const Result<Functions>& library = installedFunctions();
-    if (!library)
-        return library.failure();
-    const auto text = std::make_shared<const Bytes>(TRY(readText(*reader)));
-    Fonts& fonts = Fonts::opened(*library);
-    const auto lock = fonts.use();
-    const DocumentPointer document = TRY(readDocument(*library, *text));
-    const NaturalSize size = naturalSize(*library, *document);
-    auto decoder = std::make_unique<Decoder>(*library, text, size);
+Result<std::unique_ptr<ImageDecoder>> openDrawable(Drawable drawable) {
+    const auto lock = useOf(drawable.fonts);
+    const DocumentPointer document = TRY(readDocument(drawable.library, drawable.text));
+    drawable.size = naturalSize(drawable.library, *document);
+    auto decoder = std::make_unique<Decoder>(std::make_shared<const Drawable>(std::move(drawable)));
     if (!decoder->frames().front().format.isWithinLimits())
         return Failure{Reason::tooLarge, "the SVG drawing has too many pixels"};
     return std::unique_ptr<ImageDecoder>(std::move(decoder));
 }
 
+Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
+    const Result<Functions>& library = installedFunctions();
+    if (!library)
+        return library.failure();
+    Bytes text = TRY(readText(*reader));
+    if (mayOpenFiles(text))
+        return Failure{Reason::otherFormat, "the SVG drawing needs fonts"};
+    return openDrawable({*library, nullptr, std::move(text)});
+}
+
+Result<std::unique_ptr<ImageDecoder>> openWithFonts(std::shared_ptr<const ByteReader> reader) {
+    const Result<Functions>& library = installedFunctions();
+    if (!library)
+        return library.failure();
+    return openDrawable({*library, &Fonts::opened(*library), TRY(readText(*reader))});
+}
+
 void openLibraries() {
     (void)installedZlib();
+    (void)installedFunctions();
+}
+
+void openLibrariesAndFonts() {
+    openLibraries();
     if (const Result<Functions>& library = installedFunctions())
         (void)Fonts::opened(*library);
 }
 
+bool recognisesNothing(ByteView) { return false; }
+
 } // namespace
 
-const ImageCodec codec{"SVG", isDrawing, open, openLibraries};
+const ImageCodec codecWithFonts{"SVG", recognisesNothing, openWithFonts, openLibrariesAndFonts};
+const ImageCodec codec{"SVG", isDrawing, open, openLibraries, &codecWithFonts};
 
 } // namespace kestrine::svg

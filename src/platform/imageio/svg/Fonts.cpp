@@ -160,18 +160,9 @@ void openFaces(const Functions& library, FontConfig* fonts) {
     }
 }
 
-/// The libraries print warnings.
-void silence(const Functions& library) {
-    constexpr int allLevels = ~3; // the first two bits are flags
-    for (const char* domain : {"Pango", "GLib", "GLib-GObject", "GLib-GIO", "GdkPixbuf", "librsvg", "Gdk"})
-        library.setLogHandler(
-            domain, allLevels, [](const char*, int, const char*, void*) {}, nullptr);
-}
-
 } // namespace
 
 Fonts::Fonts(const Functions& library) : library_(library), map_(nullptr) {
-    silence(library);
     const Shown shown = shownBy(SystemFonts(library));
     FontConfig* const fonts = library.createFontConfig();
     for (const std::string& file : shown.files)

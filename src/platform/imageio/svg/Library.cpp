@@ -47,6 +47,14 @@ bool findFonts(const DynamicLibrary& library, Functions& functions) {
            && library.find(functions.openFace, "FT_New_Face");
 }
 
+/// The libraries print warnings.
+void silence(const Functions& library) {
+    constexpr int allLevels = ~3; // the first two bits are flags
+    for (const char* domain : {"Pango", "GLib", "GLib-GObject", "GLib-GIO", "GdkPixbuf", "librsvg", "Gdk"})
+        library.setLogHandler(
+            domain, allLevels, [](const char*, int, const char*, void*) {}, nullptr);
+}
+
 } // namespace
 
 Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
@@ -58,7 +66,12 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> names) {
 }
 
 const Result<Functions>& installedFunctions() {
-    static const Result<Functions> functions = loadFunctions({systemLibrary(OnDemand::rsvg).file});
+    static const Result<Functions> functions = [] {
+        Result<Functions> loaded = loadFunctions({systemLibrary(OnDemand::rsvg).file});
+        if (loaded)
+            silence(*loaded);
+        return loaded;
+    }();
     return functions;
 }
 

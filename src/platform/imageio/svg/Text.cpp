@@ -3,6 +3,7 @@
 #include "platform/imageio/svg/Zlib.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <string_view>
 
@@ -108,6 +109,14 @@ Result<Bytes> readText(const ByteReader& reader) {
             fromFirstElement(characters(ByteView(text).first(std::min<std::size_t>(text.size(), 65536))))))
         return Failure{Reason::unsupported, "the compressed file holds no SVG drawing"};
     return text;
+}
+
+bool mayOpenFiles(ByteView text) {
+    constexpr std::array names = {"<text"sv,    ":text"sv,    "<image"sv,  ":image"sv,
+                                  "<feImage"sv, ":feImage"sv, "<!ENTITY"sv};
+    return std::ranges::any_of(names, [all = characters(text)](std::string_view name) {
+        return all.find(name) != std::string_view::npos;
+    });
 }
 
 } // namespace kestrine::svg

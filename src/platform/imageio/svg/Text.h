@@ -12,4 +12,8 @@ bool isDrawing(ByteView head);
 /// The text, decompressed. Fails with reason "tooLarge" above 64 MiB, and with "malformed" or "truncated".
 Result<Bytes> readText(const ByteReader& reader);
 
+/// Whether files, such as fonts, may be opened while this is drawn: whether it holds strings or pictures, or
+/// may make them of entities.
+bool mayOpenFiles(ByteView text);
+
 } // namespace kestrine::svg
