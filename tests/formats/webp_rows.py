@@ -49,6 +49,6 @@ FORMAT = Format(
     carriers={"profile": lambda: File("a.webp", saved(PHOTO, icc_profile=pictures.wide_icc())),
               "alpha": lambda: File("a.webp", saved(RGBA)),
               "EXIF": lambda: File("a.webp", saved(PHOTO, exif=b"Exif\0\0" + exif()))},
-    held="the picture",
+    held="lossless: the picture, 4 bytes per pixel; lossy: alpha; animations smaller than their canvas: all",
     picture=lambda samples: saved(samples, quality=80, method=0), cost_name="a.webp",
 )

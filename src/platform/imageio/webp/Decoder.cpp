@@ -1,10 +1,10 @@
 // Reads WebP files with libwebp: lossy and lossless, with or without alpha, and the first frame of animations
-// on its canvas. The file and the picture are held in memory because the library cannot stream them.
+// on its canvas. The file is held in memory.
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/WholePicture.h"
 #include "platform/imageio/exif/ExifBlock.h"
-#include "platform/imageio/webp/Library.h"
+#include "platform/imageio/webp/StreamedRows.h"
 
 #include <algorithm>
 
@@ -13,8 +13,8 @@ namespace kestrine::webp {
 namespace {
 
 constexpr std::uint64_t maximumFileBytes = std::uint64_t{1} << 30;
-/// What the library holds of a lossless picture while it decodes.
-constexpr std::uint64_t bytesPerLosslessPixel = 4;
+/// What the library holds while it decodes.
+constexpr std::uint64_t bytesPerLosslessPixel = 4, bytesPerAlphaSample = 1;
 
 /// The chunks of `file`, whose bytes must outlive this.
 class File {
@@ -37,20 +37,35 @@ public:
 
     /// The format of the canvas. It has alpha if the first frame has alpha or does not cover the canvas.
     RowFormat format() const {
-        const std::uint32_t width = number(WEBP_FF_CANVAS_WIDTH), height = number(WEBP_FF_CANVAS_HEIGHT);
-        const bool isCovered = static_cast<std::uint32_t>(frame_.width) == width
-                               && static_cast<std::uint32_t>(frame_.height) == height;
-        return {.width = width, .height = height, .hasAlpha = frame_.has_alpha != 0 || !isCovered};
+        return {.width = number(WEBP_FF_CANVAS_WIDTH),
+                .height = number(WEBP_FF_CANVAS_HEIGHT),
+                .hasAlpha = frame_.has_alpha != 0 || !isCanvasCovered()};
     }
 
-    /// Decodes the first frame onto `canvas`; does not change the pixels around it.
+    bool isCanvasCovered() const {
+        return static_cast<std::uint32_t>(frame_.width) == number(WEBP_FF_CANVAS_WIDTH)
+               && static_cast<std::uint32_t>(frame_.height) == number(WEBP_FF_CANVAS_HEIGHT);
+    }
+
+    /// Of memory for a whole picture while the first frame is decoded.
+    std::uint64_t heldBytes() const {
+        const RowFormat canvas = format();
+        return (isCanvasCovered() ? 0 : canvas.bytes())
+               + canvas.pixels()
+                     * (isLossless()       ? bytesPerLosslessPixel
+                        : frame_.has_alpha ? bytesPerAlphaSample
+                                           : 0);
+    }
+
+    Frame firstFrame() const { return {{frame_.fragment.bytes, frame_.fragment.size}, isLossless()}; }
+
+    /// Decodes the first frame onto `canvas`, which has alpha; does not change the pixels around it.
     Result<void> decodeFirstFrame(PixelBuffer& canvas) const {
         const std::size_t stride = canvas.format.bytesPerRow();
         const std::size_t begin = static_cast<std::size_t>(frame_.y_offset) * stride
                                   + static_cast<std::size_t>(frame_.x_offset) * canvas.format.bytesPerPixel();
-        const auto decode = canvas.format.hasAlpha ? library_.decodeRGBA : library_.decodeRGB;
-        if (!decode(frame_.fragment.bytes, frame_.fragment.size, canvas.bytes.data() + begin,
-                    canvas.bytes.size() - begin, static_cast<int>(stride)))
+        if (!library_.decodeRGBA(frame_.fragment.bytes, frame_.fragment.size, canvas.bytes.data() + begin,
+                                 canvas.bytes.size() - begin, static_cast<int>(stride)))
             return Failure{Reason::malformed, "the WebP picture cannot be decoded"};
         return {};
     }
@@ -76,6 +91,15 @@ private:
         return frame_.x_offset >= 0 && frame_.y_offset >= 0 && frame_.width > 0 && frame_.height > 0
                && std::int64_t{frame_.x_offset} + frame_.width <= number(WEBP_FF_CANVAS_WIDTH)
                && std::int64_t{frame_.y_offset} + frame_.height <= number(WEBP_FF_CANVAS_HEIGHT);
+    }
+
+    bool isLossless() const {
+        constexpr int lossless = 2;
+        WebPBitstreamFeatures features{};
+        return library_.features(frame_.fragment.bytes, frame_.fragment.size, &features,
+                                 WEBP_DECODER_ABI_VERSION)
+                   == VP8_STATUS_OK
+               && features.format == lossless;
     }
 
     const Functions& library_;
@@ -113,11 +137,14 @@ public:
                            .resolution = facts.resolution.value_or(Resolution{}),
                            .profile = storedProfile(file, facts),
                            .orientation = facts.orientation,
-                           .heldBytes = format.bytes() + bytesPerLosslessPixel * format.pixels()});
+                           .heldBytes = file.heldBytes()});
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
         const RowFormat format = frames_.front().format;
+        const File file(library_, *bytes_);
+        if (file.isCanvasCovered())
+            return streamedRows(library_, bytes_, file.firstFrame(), format);
         return rowsOfWholePicture(format,
                                   [library = &library_, bytes = bytes_, format]() -> Result<PixelBuffer> {
                                       PixelBuffer canvas(format);

@@ -15,8 +15,13 @@ Result<Functions> loadFunctions(std::initializer_list<const char*> coders,
     if (!coder || !demuxer)
         return missing;
     Functions functions{};
-    const bool complete = coder->find(functions.decodeRGB, "WebPDecodeRGBInto")
+    const bool complete = coder->find(functions.features, "WebPGetFeaturesInternal")
                           && coder->find(functions.decodeRGBA, "WebPDecodeRGBAInto")
+                          && coder->find(functions.initializeBuffer, "WebPInitDecBufferInternal")
+                          && coder->find(functions.createDecoder, "WebPINewDecoder")
+                          && coder->find(functions.decodeMore, "WebPIUpdate")
+                          && coder->find(functions.decodedRows, "WebPIDecGetRGB")
+                          && coder->find(functions.deleteDecoder, "WebPIDelete")
                           && demuxer->find(functions.openFile, "WebPDemuxInternal")
                           && demuxer->find(functions.closeFile, "WebPDemuxDelete")
                           && demuxer->find(functions.number, "WebPDemuxGetI")

@@ -14,8 +14,13 @@ namespace kestrine::webp {
 /// The functions that are used.
 struct Functions {
     // of the decoder
-    decltype(&WebPDecodeRGBInto) decodeRGB;
+    decltype(&WebPGetFeaturesInternal) features;
     decltype(&WebPDecodeRGBAInto) decodeRGBA;
+    decltype(&WebPInitDecBufferInternal) initializeBuffer;
+    decltype(&WebPINewDecoder) createDecoder;
+    decltype(&WebPIUpdate) decodeMore;
+    decltype(&WebPIDecGetRGB) decodedRows;
+    decltype(&WebPIDelete) deleteDecoder;
     decltype(&WebPDemuxInternal) openFile;
     decltype(&WebPDemuxDelete) closeFile;
     decltype(&WebPDemuxGetI) number;

@@ -4,6 +4,7 @@
 #include "platform/imageio/webp/Library.h"
 
 #include <algorithm>
+#include <webp/decode.h>
 #include <webp/encode.h>
 #include <webp/mux.h>
 
@@ -103,6 +104,30 @@ TEST(WebPDecoder, lossyPicturesAreDecodedApproximately) {
             });
         EXPECT_TRUE(samePicture(decodeSound(webp::codec, lossy(picture)).pixels, picture, 8));
     }
+}
+
+/// Each file is longer than many of the pieces in which it is decoded, and its rows than many large pages.
+TEST(WebPDecoder, rowsThatAreDecodedInPiecesAreThoseOfTheWholePicture) {
+    for (const bool hasAlpha : {false, true})
+        for (const auto encoded : {lossy, lossless}) {
+            const RowFormat format{1501, 1203, ColorModel::rgb, hasAlpha};
+            const Bytes file = encoded(makePhoto(format));
+            PixelBuffer whole(format);
+            const auto decode = hasAlpha ? WebPDecodeRGBAInto : WebPDecodeRGBInto;
+            ASSERT_NE(decode(file.data(), file.size(), whole.bytes.data(), whole.bytes.size(),
+                             static_cast<int>(format.bytesPerRow())),
+                      nullptr);
+            EXPECT_TRUE(samePicture(decodeSound(webp::codec, file).pixels, whole));
+        }
+}
+
+TEST(WebPDecoder, onlyWhatTheLibraryHoldsCountsAsHeld) {
+    constexpr std::uint64_t pixels = 33 * 21;
+    const auto heldBy = [](const Bytes& file) { return decodeSound(webp::codec, file).frame().heldBytes; };
+    EXPECT_EQ(heldBy(lossy(makePhoto(rgb))), 0u);
+    EXPECT_EQ(heldBy(lossy(makePhoto(rgba))), pixels);
+    EXPECT_EQ(heldBy(lossless(makePhoto(rgb))), 4 * pixels);
+    EXPECT_EQ(heldBy(animation(33, 22, {{lossless(makePhoto(rgb)), 0, 0}})), 8 * std::uint64_t{33 * 22});
 }
 
 TEST(WebPDecoder, anEmbeddedProfileIsRead) {
