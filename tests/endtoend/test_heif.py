@@ -131,6 +131,19 @@ class Structures(HeifTest):
         file.refer("dimg", file.primary, *parts)
         self.assert_decoded_as_by("heif-convert", self.put("a.heic", file.file()), SAME)
 
+    def test_a_turn_that_tiles_repeat_counts_once(self):
+        Image.fromarray(smooth(256, 128)).save(self.folder / "a.png")
+        for turn in ("--irot 1", "--irot 2", "--imir 1", "--imir 0"):
+            samples = []
+            for name, grid in (("whole", ()), ("tiles", ("-g", "2x2"))):
+                subprocess.run(["avifenc", "-s", "9", *grid, *turn.split(), self.folder / "a.png", self.folder / f"{name}.avif"],
+                               check=True, capture_output=True)
+                done = self.kestrinectl("convert", "--percent", "100", "--format", "png", "--out", turn, f"{name}.avif")
+                self.assertEqual(done.returncode, 0, done)
+                samples.append(numpy.asarray(Image.open(self.folder / turn / f"{name}.png")))
+            self.assertEqual(samples[0].shape, samples[1].shape, turn)
+            self.assertGreater(pictures.psnr(*samples), 35, turn)
+
     def test_sequences_give_their_first_frame_and_a_warning(self):
         frames = []
         for i in range(3):

@@ -83,7 +83,8 @@ def transparent_colors():
                 pixels = numpy.dstack([pixels, alpha[samples[..., 0]]])
             else:
                 clear = samples[5, 7]
-                before, pixels = chunk(b"tRNS", clear.astype(">u2").tobytes()), full_depth(samples, bits)
+                unused = 0 if bits == 16 or interlaced else 0xFFFF << bits & 0xFFFF  # bits above the depth do not count
+                before, pixels = chunk(b"tRNS", (clear | unused).astype(">u2").tobytes()), full_depth(samples, bits)
                 opaque = (samples != clear).any(2) * (65535 if bits == 16 else 255)
                 pixels = numpy.dstack([pixels, opaque.astype(pixels.dtype)])
             yield File(f"{kind}-{bits}-{interlaced}.png", png(samples, kind, bits, before, interlaced), pixels=pixels,

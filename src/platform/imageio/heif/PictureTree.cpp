@@ -33,6 +33,26 @@ Result<void> place(PictureNode& node) {
     return {};
 }
 
+bool hasTransformationsOf(const PictureNode& one, const PictureNode& other) {
+    return std::ranges::equal(one.properties.transformations, other.properties.transformations,
+                              [](const Box& a, const Box& b) {
+                                  return a.type == b.type && std::ranges::equal(a.content, b.content);
+                              });
+}
+
+/// Some encoders give the turn of a grid to each of its tiles as well, although it is meant only once.
+void ignoreRepeatedTransformations(PictureNode& grid) {
+    if (grid.properties.transformations.empty() || !std::ranges::all_of(grid.parts, [&](const auto& tile) {
+            return hasTransformationsOf(*tile, grid);
+        }))
+        return;
+    for (PictureNodePointer& tile : grid.parts) {
+        auto unturned = std::make_shared<PictureNode>(*tile);
+        unturned->placement = Placement(unturned->size);
+        tile = std::move(unturned);
+    }
+}
+
 /// Adds what it costs to decode `part`.
 Result<void> addCost(PictureNode& node, const PictureNode& part) {
     node.codedPictures += part.codedPictures; // does not overflow, since neither is larger than the maximum
@@ -112,8 +132,10 @@ private:
     }
 
     Result<void> readDerivation(PictureNode& node, const Item& item) const {
-        if (node.kind == PictureNode::Kind::grid)
+        if (node.kind == PictureNode::Kind::grid) {
+            ignoreRepeatedTransformations(node);
             return readGrid(node, item);
+        }
         if (node.kind == PictureNode::Kind::overlay)
             return readOverlay(node, item);
         node.size = node.parts.front()->shownSize();

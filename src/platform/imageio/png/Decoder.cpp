@@ -134,16 +134,18 @@ class Decoder final : public ImageDecoder {
 public:
     /// The header of `file` must have been read.
     Decoder(std::shared_ptr<const ByteReader> reader, std::unique_ptr<LibraryReader> file)
-        : reader_(std::move(reader)), exifBeforePixels_(chunk(*reader_, exifName, signature.size(), false)),
-          offsetOfPixels_(file->offsetOfPixels()), colorTable_(storedColorTable(*file)) {
+        : reader_(std::move(reader)), exif_(chunk(*reader_, exifName, signature.size(), false)),
+          colorTable_(storedColorTable(*file)) {
         const RowFormat format = file->format();
-        const ExifFacts exif = readExifFacts(exifBeforePixels_);
+        const ExifFacts exif = readExifFacts(exif_);
+        if (exif_.empty())
+            exif_ = chunk(*reader_, exifName, file->offsetOfPixels(), true);
         const Resolution resolution =
             exif.resolution ? *exif.resolution : storedResolution(*file).value_or(Resolution{});
         frames_.push_back({.format = format,
                            .resolution = resolution,
                            .profile = storedProfile(*file, format.model, exif),
-                           .orientation = exif.orientation,
+                           .orientation = readExifFacts(exif_).orientation,
                            .storedBitsPerPixel = static_cast<unsigned>(file->storedBitsPerPixel())});
         file_.hold(std::move(file));
     }
@@ -159,10 +161,7 @@ public:
         return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file), damage_));
     }
 
-    Result<Bytes> exif() const override {
-        return exifBeforePixels_.empty() ? chunk(*reader_, exifName, offsetOfPixels_, true)
-                                         : exifBeforePixels_;
-    }
+    Result<Bytes> exif() const override { return exif_; }
 
     Result<Bytes> colorTable() const override { return colorTable_; }
 
@@ -186,8 +185,7 @@ private:
     }
 
     const std::shared_ptr<const ByteReader> reader_;
-    const Bytes exifBeforePixels_;
-    const std::uint64_t offsetOfPixels_; ///< in the file
+    Bytes exif_; ///< after the pixels, only its orientation counts for how they are shown
     const Bytes colorTable_;
     mutable HeldReader<LibraryReader> file_;
 };

@@ -72,8 +72,9 @@ void jumpOnError(png_structp png, png_const_charp text) {
 
 void keepWarning(png_structp png, png_const_charp text) {
     auto& message = *static_cast<Message*>(libpng().getErrorPtr(png));
-    const std::string_view chunk = std::string_view(text).substr(0, 4);
-    if (chunk == "tRNS")
+    const std::string_view warning = text, chunk = warning.substr(0, 4);
+    // Bits above the depth of the samples do not count, as the format says.
+    if (chunk == "tRNS" && warning.find("out-of-range samples") == std::string_view::npos)
         message.lacksTransparency = true;
     if (chunk == "cHRM" || chunk == "gAMA" || chunk == "sRGB")
         message.lacksColors = true;

@@ -220,6 +220,20 @@ TEST(PNGDecoder, exifBeforeOrAfterThePixelsIsFound) {
     EXPECT_TRUE(decodeSound(png::codec, PNGFile{}.make()).exif.empty());
 }
 
+TEST(PNGDecoder, exifAfterThePixelsSaysTheOrientationButNotTheResolution) {
+    static const Bytes block = {'M', 'M', 0, 42, 0, 0, 0, 8,  0, 2,        //
+                                1,   18,  0, 3,  0, 0, 0, 1,  0, 6, 0, 0,  //
+                                1,   26,  0, 5,  0, 0, 0, 1,  0, 0, 0, 38, //
+                                0,   0,   0, 0,  0, 0, 1, 44, 0, 0, 0, 1};
+    PNGFile file;
+    file.after = [](auto png) {
+        png_write_chunk(png, reinterpret_cast<png_const_bytep>("eXIf"), block.data(), block.size());
+    };
+    const FrameDescription frame = decodeSound(png::codec, file.make()).frame();
+    EXPECT_EQ(frame.orientation, 6);
+    EXPECT_EQ(frame.resolution, Resolution{});
+}
+
 TEST(PNGDecoder, theResolutionOfExifOverridesPixelsPerMetre) {
     PNGFile file;
     file.before = addExif;
