@@ -170,7 +170,7 @@ const OutputFormat* formatOf(const FormatRule& rule, const ImagePointer& image) 
 /// Whether viewers of the result do not see the picture upright although the file says how.
 bool isLeftLying(const NSImage& image, const ConversionRecipe& recipe, const OutputFormat& format) {
     const Picture& picture = image.representations().front()->picture();
-    const bool saysOrientation = recipe.exif && format.holdsExif;
+    const bool saysOrientation = recipe.exif && holdsExif(format, *recipe.exif);
     return picture.description().orientation != 1 && !picture.wasTurned() && !saysOrientation;
 }
 
@@ -209,7 +209,7 @@ std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const Con
         return nullptr;
     }
     std::vector<NSString> names = {NSImageColorSyncProfileData};
-    if (recipe.exif && plan.format->holdsExif)
+    if (recipe.exif && holdsExif(*plan.format, *recipe.exif))
         names.push_back(NSImageEXIFData);
     return myUtility::representationInFormat(*plan.image, plan.format->type, recipe.quality, file, names,
                                              {recipe.exif.value_or(ExifSelection::camera), recipe.maxBytes,

@@ -117,7 +117,7 @@ void addMetadata(CLI::App& command, ConvertOptions& to) {
     values.add(
         "--metadata", to.metadata, understoodBy(metadataNamed), "none|rights|exif|all",
         "What to keep of the EXIF data: nothing, artist and copyright, what describes the picture, or "
-        "everything with the place, in JPEG, WebP, AVIF and JPEG XL (default without a set: exif without "
+        "everything with the place, in JPEG, PNG, WebP, AVIF and JPEG XL (default without a set: exif without "
         "serial numbers and the name of the owner)");
     command.add_flag("--exif", to.exif, "Short for --metadata exif");
     values.add("--times", to.times, understoodBy(timesNamed), "keep|taken|now",

@@ -28,6 +28,12 @@ std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
     return complaint;
 }
 
+/// Selections that somebody must have asked for.
+bool losesWantedExif(const ConversionRecipe& recipe, const OutputFormat& format) {
+    const bool isWanted = recipe.exif == ExifSelection::rights || recipe.exif == ExifSelection::all;
+    return isWanted && !holdsExif(format, *recipe.exif);
+}
+
 std::string_view kindOf(const JobOutcome& outcome) {
     if (outcome.isWritten)
         return "not in the trash";
@@ -64,6 +70,9 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const Conversi
         result.status = ConvertStatus::skipped;
         result.reason = "it fits already";
     }
+    if (outcome.isWritten && outcome.format != nullptr && losesWantedExif(recipe, *outcome.format))
+        result.warn("the result has no EXIF data, since it is " + std::string(outcome.format->title)
+                    + "; JPEG, PNG, WebP, JPEG XL and AVIF keep them");
     if (const auto omission = omissionIn(outcome.contents); omission && outcome.hasResult())
         result.warn(*omission);
     if (outcome.hasResult() && outcome.damage)

@@ -71,7 +71,7 @@ std::string formatSentence(const ResizeSet& set) {
         sentence += " at quality " + plainNumber(set.compression()) + " %";
     if (!format->isSRGBOnly)
         sentence += ", with the colour profile";
-    if (format->holdsExif)
+    if (holdsExif(*format, ExifSelection::camera))
         sentence += set.attachExifData() != 0 ? " and the camera's EXIF data" : ", without EXIF data";
     return sentence + ".";
 }
@@ -87,6 +87,10 @@ void addSizeNotes(const ResizeSet& set, std::vector<std::string>& notes) {
         notes.push_back("the longer side of the result is "
                         + plainNumber(set.maxSize() + static_cast<float>(set.highQuality()))
                         + ", since high quality adds one.");
+    if (scales(set))
+        notes.emplace_back(
+            "a side may come out one pixel shorter, since presets compute in single precision and cut "
+            "fractions off.");
     if (set.resizeType() == ResizeTypeMaxSize || set.resizeType() == ResizeTypeSize)
         notes.emplace_back("smaller pictures are enlarged.");
     if (set.resizeType() == ResizeTypeSize && set.width() == 0 && set.height() == 0)
@@ -106,7 +110,7 @@ void addOtherNotes(const ResizeSet& set, std::vector<std::string>& notes) {
         notes.emplace_back("'kestrinectl convert --upright' turns every picture upright.");
     }
     const OutputFormat* format = outputFormatOf(set);
-    if (set.attachExifData() != 0 && (format == nullptr || !format->holdsExif))
+    if (set.attachExifData() != 0 && (format == nullptr || !holdsExif(*format, ExifSelection::camera)))
         notes.emplace_back("only JPEG output can carry EXIF data.");
     if (format != nullptr && !format->holdsAlpha)
         notes.emplace_back("transparent parts become white.");

@@ -27,6 +27,8 @@ constexpr OutputFormat outputFormatTable[] = {
      .holds16Bits = true,
      .heldBytesPerPixel = {0, 0, 1},
      .hasEffort = true,
+     .holdsExif = true,
+     .hasExifOfPresets = false,
      .encode = png::encode},
     {.type = FileType::tiff,
      .name = "tiff",
@@ -104,6 +106,10 @@ std::string lowerCase(std::string_view word) {
 std::span<const OutputFormat> outputFormats() { return outputFormatTable; }
 
 const OutputFormat& outputFormat(FileType type) { return outputFormatTable[static_cast<std::size_t>(type)]; }
+
+bool holdsExif(const OutputFormat& format, ExifSelection selection) {
+    return format.holdsExif && (format.hasExifOfPresets || selection != ExifSelection::camera);
+}
 
 std::span<const OutputFormat> presetFormats() {
     return outputFormats().first(static_cast<std::size_t>(FileType::gif) + 1);

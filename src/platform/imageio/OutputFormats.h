@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/imageio/ImageCodec.h"
+#include "platform/imageio/exif/ExifBlock.h"
 
 #include <array>
 #include <span>
@@ -25,10 +26,11 @@ struct OutputFormat {
     bool hasProgressive = false; ///< whether the encoder uses EncodingOptions::isProgressive
     /// Of memory that the encoder needs, measured, by Effort; 0 if it streams.
     std::array<std::uint64_t, 3> heldBytesPerPixel = {};
-    bool hasLossless = false; ///< whether the encoder uses EncodingOptions::isLossless
-    bool hasEffort = false;   ///< whether the encoder uses EncodingOptions::effort
-    bool hasQuality = false;  ///< whether the encoder uses EncodingOptions::quality
-    bool holdsExif = false;   ///< whether the encoder writes EncodingOptions::exif
+    bool hasLossless = false;     ///< whether the encoder uses EncodingOptions::isLossless
+    bool hasEffort = false;       ///< whether the encoder uses EncodingOptions::effort
+    bool hasQuality = false;      ///< whether the encoder uses EncodingOptions::quality
+    bool holdsExif = false;       ///< whether the encoder writes EncodingOptions::exif
+    bool hasExifOfPresets = true; ///< else it gets no EXIF data where presets say what is kept
     /// Opens the libraries of the encoder that are not linked. Null if there are none.
     void (*openLibraries)() = nullptr;
     /// Consumes all rows, which suit the format, and returns the bytes of the file.
@@ -42,6 +44,9 @@ const OutputFormat& outputFormat(FileType type);
 
 /// One bit if the encoder has libraries to open, else 0; for openLibraries().
 std::uint32_t librariesOf(const OutputFormat& format);
+
+/// Whether files of the format get EXIF data of this selection. `camera` is what presets keep.
+bool holdsExif(const OutputFormat& format, ExifSelection selection);
 
 /// Those that presets know.
 std::span<const OutputFormat> presetFormats();

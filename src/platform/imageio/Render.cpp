@@ -141,6 +141,8 @@ Result<void> checkSize(const Picture& picture) {
 
 /// The EXIF block for the result; empty if the result gets none.
 Bytes exifFor(const Output& output, const RowFormat& result, bool wasTurned) {
+    if (!holdsExif(outputFormat(output.type), output.kept.exifSelection))
+        return {};
     Bytes own;
     ByteView block = output.options.exif;
     if (output.kept.exif != nullptr) {

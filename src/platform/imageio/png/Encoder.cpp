@@ -68,7 +68,7 @@ Bytes paddedProfile(const ColorProfile* profile) {
 class Header {
 public:
     Header(const RowFormat& format, const EncodingOptions& options, const IndexedPicture* indexed = nullptr)
-        : format_(format), indexed_(indexed), profile_(paddedProfile(options.profile)),
+        : format_(format), indexed_(indexed), profile_(paddedProfile(options.profile)), exif_(options.exif),
           resolution_(plausibleResolution(options.resolution.horizontal, options.resolution.vertical)) {
         if (installedFunctions())
             png_ = libpng().createWriteStruct(PNG_LIBPNG_VER_STRING, &message_, jumpOnError, keepWarning);
@@ -92,8 +92,11 @@ public:
             setInformation();
             libpng().writeInfo(png_, info_);
         });
-        if (isMade)
+        if (isMade) {
+            if (!exif_.empty())
+                appendChunk("eXIf", {exif_}, output_.bytes);
             return std::move(output_.bytes);
+        }
         if (output_.outOfMemory)
             throw std::bad_alloc();
         return Failure{Reason::unsupported,
@@ -137,6 +140,7 @@ private:
     const RowFormat format_;
     const IndexedPicture* const indexed_; ///< null for pictures without palette
     const Bytes profile_;                 ///< empty for none
+    const ByteView exif_;                 ///< empty for none
     const Resolution resolution_;
     Message message_;
     Output output_;

@@ -25,6 +25,9 @@ constexpr std::array<std::uint16_t, 12> pageTags = {
     33432, // Copyright
 };
 
+/// Of these, those that make a block worth while without an EXIF directory.
+constexpr std::array<std::uint16_t, 4> originTags = {271, 272, 315, 33432};
+
 /// Types that classic EXIF defines.
 constexpr std::uint16_t firstType = 1, lastType = 12;
 constexpr std::uint16_t longType = 4;
@@ -132,7 +135,10 @@ Bytes exifOfTIFF(const Structure& file, std::uint64_t directory) {
 }
 
 Bytes exifOfParts(const DirectoryPlace& page, const DirectoryPlace& exif) {
-    if (exif.entries.empty() || page.file.isBigEndian() != exif.file.isBigEndian())
+    const bool saysOrigin = std::ranges::any_of(page.entries, [](const Structure::Entry& entry) {
+        return std::ranges::count(originTags, entry.tag) > 0;
+    });
+    if ((exif.entries.empty() && !saysOrigin) || page.file.isBigEndian() != exif.file.isBigEndian())
         return {};
     ExifBlockBuilder builder(page.file.isBigEndian());
     std::size_t room = maximumExifBytes;
@@ -146,7 +152,8 @@ Bytes exifOfParts(const DirectoryPlace& page, const DirectoryPlace& exif) {
         copied(exif.file, exif.file.child(exif.entries, interoperabilityPointer), room, isMovable);
     if (!interoperability.empty())
         exifFields.push_back(builder.pointer(interoperabilityPointer, builder.add(interoperability)));
-    pageFields.push_back(builder.pointer(exifPointer, builder.add(std::move(exifFields))));
+    if (!exifFields.empty())
+        pageFields.push_back(builder.pointer(exifPointer, builder.add(std::move(exifFields))));
     return builder.finish(builder.add(std::move(pageFields)));
 }
 

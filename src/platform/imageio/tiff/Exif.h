@@ -8,7 +8,7 @@ namespace kestrine::tiff {
 
 /// A block, in the file's byte order, with the EXIF directory that the page at `directory` points to, and
 /// with the page's own entries about origin, orientation and resolution. Empty when the page points to no
-/// EXIF.
+/// EXIF and does not say who or what made the picture.
 Bytes exifOfTIFF(const Structure& file, std::uint64_t directory);
 
 /// A directory of a file.
