@@ -45,9 +45,9 @@ Result<TrashedItem> moveToTrash(const NSString& path) {
 
 /// Returns the path of the published result.
 Result<std::string> publish(const NSData& data, StagedFile* staged, const CandidatePaths& candidates,
-                            Durability durability) {
+                            Durability durability, const std::optional<FileRights>& rights) {
     return staged != nullptr ? staged->publish(candidates)
-                             : publishNewFile(candidates, data.bytes(), durability);
+                             : publishNewFile(candidates, data.bytes(), durability, rights);
 }
 
 /// One run of a job.
@@ -135,6 +135,9 @@ private:
             return nullptr;
         if (auto own = hostility_ ? nullptr : bytesIfFitting(recipe, plan, image.get())) {
             outcome.fitsAlready = true;
+            const auto pixels = image->bestRepresentation();
+            outcome.width = plan.width = static_cast<std::uint32_t>(pixels->pixelsWide());
+            outcome.height = plan.height = static_cast<std::uint32_t>(pixels->pixelsHigh());
             return own;
         }
         auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
@@ -204,8 +207,10 @@ private:
     }
 
     /// Moves the original to the trash first, so that the result can get its name.
-    void replace(const NSData* data, JobOutcome& outcome) const {
+    void replace(const NSData* data, JobOutcome& outcome) {
         std::optional<StagedFile> staged;
+        if (const Result<FileRights> rights = rightsOfFile(job_.path.utf8()))
+            rights_ = *rights;
         IntendedResult intended = intendedResult(data, outcome.path);
         if (job_.policy.onlyWithResult) {
             const std::string folder = outcome.path.deletingLastPathComponent().utf8(),
@@ -232,7 +237,7 @@ private:
         TRY(checkNameIsPossible(intended.path));
         if (job_.recorder != nullptr)
             TRY(job_.recorder->record(intended));
-        return StagedFile::write(folder, data->bytes(), hiddenName);
+        return StagedFile::write(folder, data->bytes(), hiddenName, rights_);
     }
 
     /// Without a path, which is not decided yet.
@@ -277,7 +282,7 @@ private:
                 unrecorded = recorded.failure();
             return unrecorded ? "" : path; // no file can have an empty path
         };
-        const Result<std::string> published = publish(data, staged, candidates, durability);
+        const Result<std::string> published = publish(data, staged, candidates, durability, rights_);
         return unrecorded ? Result<std::string>(*unrecorded) : published;
     }
 
@@ -301,6 +306,8 @@ private:
                                                 ? publishUnderFreeName(*data, staged, durability, intended)
                                                 : publishInPlaceOf(*earlier, *data, intended);
         outcome.isWritten = written.ok();
+        if (written && earlier == nullptr && *written != intended.wanted)
+            outcome.takenPath = intended.wanted;
         if (written)
             outcome.path = NSString::fromUTF8(*written);
         else
@@ -388,6 +395,7 @@ private:
     const ResizeJob& job_;
     std::vector<Made> made_; ///< of recipes that do not enlarge
     PictureFile file_{job_.path};
+    std::optional<FileRights> rights_; ///< of the original, for a result that replaces it
     std::optional<Failure> hostility_; ///< why the file must not be tried again
     std::shared_ptr<NSImage> plain_;
     std::shared_ptr<NSImage> converted_;

@@ -46,6 +46,20 @@ class Replacing(ToolTest):
         self.assertEqual([path.name for path in trashed], ["a.2.jpg", "a.jpg"])
         self.assertEqual({path.read_bytes() for path in trashed}, {self.original})
 
+    def test_the_result_has_the_rights_of_the_original(self):
+        for mode in (0o600, 0o640, 0o444):
+            path = self.folder / "a.jpg"
+            path.write_bytes(self.original)
+            path.chmod(mode)
+            self.replace("a.jpg")
+            self.assertEqual(path.stat().st_mode & 0o777, mode)
+            path.unlink()
+            path.write_bytes(self.original)
+            path.chmod(mode)
+            done = self.kestrinectl("convert", "--percent", "50", "--replace", "a.jpg")
+            self.assertEqual((done.returncode, path.stat().st_mode & 0o777), (0, mode), done)
+            path.unlink()
+
     def test_a_file_that_is_no_picture_also_goes_to_the_trash(self):
         (self.folder / "a.jpg").write_text("words")
         self.replace("a.jpg")

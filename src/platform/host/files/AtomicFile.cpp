@@ -51,15 +51,27 @@ Result<void> writeContent(int file, ByteView content, Durability durability) {
     return finishWriting(file, durability);
 }
 
+using OptionalRights = std::optional<FileRights>;
+
+/// Of a new file; the umask applies only without `rights`, which the file gets afterwards.
+mode_t firstModeFor(const OptionalRights& rights) { return rights ? 0600 : 0666; }
+
+/// Not every file system can store them.
+void giveIfPossible(int file, const OptionalRights& rights) {
+    if (rights)
+        (void)giveRights(file, *rights);
+}
+
 /// Empty if nameless files are not supported here.
 std::optional<Result<std::string>> publishNameless(int folder, const std::string& folderPath,
                                                    const CandidatePaths& candidates, ByteView content,
-                                                   Durability durability) {
-    Result<NamelessFile> file = NamelessFile::create(folder, O_WRONLY, 0666, folderPath);
+                                                   Durability durability, const OptionalRights& rights) {
+    Result<NamelessFile> file = NamelessFile::create(folder, O_WRONLY, firstModeFor(rights), folderPath);
     if (!file && file.failure().reason == Reason::unsupported)
         return std::nullopt;
     if (!file)
         return file.failure();
+    giveIfPossible(file->descriptor(), rights);
     TRY(writeContent(file->descriptor(), content, durability));
     const Naming naming = takeFirstFree(candidates, [&](const std::string& name) {
         return file->giveName({folder, name});
@@ -70,8 +82,11 @@ std::optional<Result<std::string>> publishNameless(int folder, const std::string
 }
 
 Result<TemporaryFile> writeNamed(int folder, const std::string& folderPath, ByteView content,
-                                 Durability durability, std::string name = temporaryName()) {
-    TemporaryFile file = TRY(TemporaryFile::create(folder, 0666, folderPath, std::move(name)));
+                                 Durability durability, const OptionalRights& rights,
+                                 std::string name = temporaryName()) {
+    TemporaryFile file =
+        TRY(TemporaryFile::create(folder, firstModeFor(rights), folderPath, std::move(name)));
+    giveIfPossible(file.descriptor(), rights);
     TRY(writeContent(file.descriptor(), content, durability));
     return file;
 }
@@ -87,8 +102,9 @@ Result<std::string> giveFinalName(TemporaryFile& file, const CandidatePaths& can
 }
 
 Result<std::string> publishNamed(int folder, const std::string& folderPath, const CandidatePaths& candidates,
-                                 ByteView content, Durability durability, RenameMechanisms mechanisms) {
-    TemporaryFile file = TRY(writeNamed(folder, folderPath, content, durability));
+                                 ByteView content, Durability durability, const OptionalRights& rights,
+                                 RenameMechanisms mechanisms) {
+    TemporaryFile file = TRY(writeNamed(folder, folderPath, content, durability, rights));
     return giveFinalName(file, candidates, mechanisms);
 }
 
@@ -119,23 +135,13 @@ Result<std::optional<struct stat>> examineReplaced(const FolderEntry& entry) {
     return std::optional(replaced);
 }
 
-/// Sets the mode after the owner, because changing the owner may clear mode bits.
-Result<void> takeOverRights(int file, const struct stat& replaced) {
-    struct stat own {};
-    if (::fstat(file, &own) == 0 && (own.st_uid != replaced.st_uid || own.st_gid != replaced.st_gid))
-        (void)(::fchown(file, replaced.st_uid, replaced.st_gid) == 0);
-    if (::fchmod(file, replaced.st_mode & 07777) != 0)
-        return systemFailure("cannot keep the permissions of the file");
-    return {};
-}
-
 /// A file that exists keeps its mode; `newMode` minus the umask is that of a new file.
 Result<void> replaceEntry(const FolderEntry& entry, const std::string& folderPath, ByteView content,
                           Durability durability, mode_t newMode) {
     std::optional<struct stat> replaced = TRY(examineReplaced(entry));
     TemporaryFile file = TRY(TemporaryFile::create(entry.folder, replaced ? 0600 : newMode, folderPath));
     if (replaced)
-        TRY(takeOverRights(file.descriptor(), *replaced));
+        TRY(giveRights(file.descriptor(), {replaced->st_mode & 07777, replaced->st_uid, replaced->st_gid}));
     TRY(writeContent(file.descriptor(), content, durability));
     if (::renameat(entry.folder, file.entry().name.c_str(), entry.folder, entry.name.c_str()) != 0)
         return systemFailure("cannot replace " + entry.name);
@@ -153,32 +159,33 @@ Result<void> replaceTarget(const std::string& target, ByteView content, Durabili
 } // namespace
 
 Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
-                                   PublishMechanisms mechanisms) {
+                                   PublishMechanisms mechanisms, const OptionalRights& rights) {
     const std::string first = candidates(0);
     TRY(checkPath(first));
     const std::string folderPath = folderOf(first);
     FileDescriptor folder = TRY(openFolder(folderPath));
     std::optional<Result<std::string>> published;
     if (mechanisms.namelessFile)
-        published = publishNameless(folder.number(), folderPath, candidates, content, durability);
+        published = publishNameless(folder.number(), folderPath, candidates, content, durability, rights);
     if (!published)
-        published =
-            publishNamed(folder.number(), folderPath, candidates, content, durability, mechanisms.rename);
+        published = publishNamed(folder.number(), folderPath, candidates, content, durability, rights,
+                                 mechanisms.rename);
     if (!published->ok() || durability == Durability::cached)
         return *std::move(published);
     TRY(syncFolder(folder.number()));
     return *std::move(published);
 }
 
-Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content,
-                                   Durability durability) {
-    return publishNewFile(candidates, content, durability, PublishMechanisms());
+Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
+                                   const OptionalRights& rights) {
+    return publishNewFile(candidates, content, durability, PublishMechanisms(), rights);
 }
 
-Result<StagedFile> StagedFile::write(const std::string& folder, ByteView content, std::string hiddenName) {
+Result<StagedFile> StagedFile::write(const std::string& folder, ByteView content, std::string hiddenName,
+                                     const OptionalRights& rights) {
     FileDescriptor opened = TRY(openFolder(folder));
     TemporaryFile file =
-        TRY(writeNamed(opened.number(), folder, content, Durability::synced, std::move(hiddenName)));
+        TRY(writeNamed(opened.number(), folder, content, Durability::synced, rights, std::move(hiddenName)));
     return StagedFile(std::move(opened), std::move(file));
 }
 

@@ -6,9 +6,11 @@
 #include "platform/host/Result.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/FileDescriptor.h"
+#include "platform/host/files/FileRights.h"
 #include "platform/host/files/TemporaryFile.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace kestrine {
@@ -17,21 +19,23 @@ namespace kestrine {
 /// path four times in a row has no further candidates.
 using CandidatePaths = std::function<std::string(unsigned attempt)>;
 
-/// Writes a new file (mode 0666 minus the umask) and gives it the first candidate name that is free. Returns
-/// the chosen path. Failures: noSpace, notPermitted, notFound (no such folder), malformed (empty path or zero
-/// byte), tooLarge (name or file too long), alreadyExists (no further candidate), inputOutput. After a
-/// failure there is no new file, with one exception: if only the last step fails, syncing the folder, the
-/// complete file stays.
-Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability);
+/// Writes a new file, with these rights or else those of any new file (0666 minus the umask), and gives it
+/// the first candidate name that is free. Returns the chosen path. Failures: noSpace, notPermitted, notFound
+/// (no such folder), malformed (empty path or zero byte), tooLarge (name or file too long), alreadyExists (no
+/// further candidate), inputOutput. After a failure there is no new file, with one exception: if only the
+/// last step fails, syncing the folder, the complete file stays.
+Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
+                                   const std::optional<FileRights>& rights = {});
 
 /// A new file that is complete and on the disk under a hidden name until it is published. Without publish()
 /// the destructor removes it. For work that may start only when nothing but the name is missing. Move-only.
 class StagedFile {
 public:
-    /// Writes the file into `folder` (mode 0666 minus the umask). Fails like publishNewFile. `hiddenName`
+    /// Writes the file into `folder`, with rights as above. Fails like publishNewFile. `hiddenName`
     /// must come from temporaryName(); a crash may leave a file of that name.
     static Result<StagedFile> write(const std::string& folder, ByteView content,
-                                    std::string hiddenName = temporaryName());
+                                    std::string hiddenName = temporaryName(),
+                                    const std::optional<FileRights>& rights = {});
 
     /// Call once. Gives the file the first candidate name that is free, in the folder it was written to, and
     /// syncs the folder. Returns the chosen path, and fails like publishNewFile.

@@ -14,6 +14,7 @@ struct PublishMechanisms {
 
 /// publishNewFile() limited to `mechanisms`.
 Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
-                                   PublishMechanisms mechanisms);
+                                   PublishMechanisms mechanisms,
+                                   const std::optional<FileRights>& rights = {});
 
 } // namespace kestrine
