@@ -106,11 +106,33 @@ class Convert(ToolTest):
                          [b"in/a.jpg", b"in/b.png", b"in/link.jpg"])
         self.assertEqual(self.names("in/Web"), [b"a.jpg", b"b.jpg", b"link.jpg"])
 
+    def test_a_picture_that_is_named_several_times_is_converted_once(self):
+        self.web()
+        for name in ("in/a.jpg", "in/sub/b.jpg"):
+            self.picture(name)
+        os.symlink("sub", self.folder / "in/link")
+        for arguments in (("in/a.jpg", "in/a.jpg"), ("in/a.jpg", "in", "in/../in/a.jpg"), ("in", "./in/a.jpg")):
+            self.assertEqual(len(self.convert(*arguments).stdout.splitlines()), 1)
+        self.assertEqual(len(self.convert("in/sub/b.jpg", "in/link/b.jpg", "in/link").stdout.splitlines()), 1)
+        shutil.rmtree(self.folder / "in/Web")
+        shutil.rmtree(self.folder / "in/sub/Web")
+        self.assertEqual(len(self.convert("-r", "in/sub", "in").stdout.splitlines()), 2)
+
+    def test_a_picture_that_is_named_twice_is_replaced_once(self):
+        self.picture("a.jpg", 60, 40)
+        done = self.kestrinectl("convert", "--percent", "50", "--replace", "a.jpg", ".", "a.jpg")
+        self.assertEqual(done.returncode, 0, done)
+        with Image.open(self.folder / "a.jpg") as picture:
+            self.assertEqual(picture.size, (30, 20))
+        self.assertEqual(self.kestrinectl("undo").returncode, 0)
+        with Image.open(self.folder / "a.jpg") as picture:
+            self.assertEqual(picture.size, (60, 40))
+
     def test_a_recursive_search_keeps_the_folders_and_leaves_out_results(self):
         self.web()
         for name in ("in/b.png", "in/deep/c.png", "in/deep/er/d.png"):
             self.picture(name)
-        left_out = ["left out in/Web, a folder for the results of a set; --all-folders searches it"]
+        left_out = ["left out in/Web, a folder for results; --all-folders searches it"]
         for messages in ([], left_out):
             self.assertEqual(len(self.convert("-r", "in", messages=messages).stdout.splitlines()), 3)
         self.assertEqual(self.names("in/Web"), [b"b.jpg", b"b_1.jpg", b"deep"])
@@ -121,7 +143,7 @@ class Convert(ToolTest):
         self.store({"name": "Web"}, {"name": "Print"}, selection=[(0, 1)])
         for name in ("in/a.png", "in/Print/b.png", "in/deep/Web/c.png", "in/print/d.png"):
             self.picture(name)
-        left_out = [f"left out in/{name}, a folder for the results of a set; --all-folders searches it"
+        left_out = [f"left out in/{name}, a folder for results; --all-folders searches it"
                     for name in ("Print", "deep/Web")]
         done = self.convert("-r", "in", "in/deep", "./in", messages=[*left_out, "no pictures in in/deep"])
         self.assertEqual(sorted({line.split(b" -> ")[0] for line in done.stdout.splitlines()}),
@@ -131,7 +153,7 @@ class Convert(ToolTest):
         self.store({"name": "Out"}, {"name": "Web"}, {"name": "a/b"}, selection=[(0, 1)])
         for name in ("Web/a.png", "Web/Web/b.png", "Web/a/b/c.png", "Web/a/d.png"):
             self.picture(name)
-        left_out = [f"left out Web/{name}, a folder for the results of a set; --all-folders searches it"
+        left_out = [f"left out Web/{name}, a folder for results; --all-folders searches it"
                     for name in ("Web", "a/b")]
         self.assertEqual(len(self.convert("-r", "Web", messages=left_out).stdout.splitlines()), 2)
         shutil.rmtree(self.folder / "Web" / "Out")

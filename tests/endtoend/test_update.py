@@ -128,13 +128,37 @@ class WhatIsMade(Update):
         self.assertEqual((converted, len(messages)), ([], 2))
 
 
+class WhatIsASource(Update):
+    def convert(self, *arguments):
+        done = self.kestrinectl("convert", "--longest", "30", "--update", *arguments)
+        self.assertEqual(done.returncode, 0, done)
+        return sorted(line.split(" -> ")[0] for line in done.stdout.decode().splitlines())
+
+    def test_results_are_no_sources_of_later_runs(self):
+        for arguments in (("--name", "{stem}-small.{ext}", "in"), ("--name", "thumbs/{stem}.{ext}", "-r", "in"),
+                          ("--format", "webp", "--out", "in", "in")):
+            self.assertTrue(self.convert(*arguments), arguments)
+            self.assertEqual(self.convert(*arguments), [], arguments)
+
+    def test_a_source_whose_time_alone_has_changed_is_not_converted_again(self):
+        self.update()
+        for name in self.ALL:
+            os.utime(self.folder / name, ns=(10**18, 10**18))
+        self.assertEqual(self.update(), ([], []))
+        self.change("in/b.png", 9)
+        self.assertEqual(self.update()[0], ["in/b.png"])
+
+
 class WhatIsKept(Update):
     def test_a_file_that_we_did_not_make_is_never_overwritten(self):
         (self.folder / "out").mkdir()
         (self.folder / "out/a.jpg").write_text("mine")
         for arguments in ((), ("--force",)):
-            self.update(*arguments)
+            _, messages = self.update(*arguments)
             self.assertEqual((self.folder / "out/a.jpg").read_text(), "mine")
+            if not arguments:
+                self.assertEqual(messages, [f"warning: in/a.png: {self.folder}/out/a.jpg is not known as a result of an earlier "
+                                            "run, and stays"])
             self.assertIn("a_1.jpg", self.results())
             self.assertNotIn("a_2.jpg", self.results())
 
@@ -165,6 +189,18 @@ class Manifest(Update):
         self.assertEqual(done.stdout, b"", "results are remembered by the folder itself")
         self.assertEqual(self.update("--manifest", "own.jsonl")[0], self.ALL)
         self.assertEqual(self.update("--manifest", "own.jsonl"), ([], []))
+
+    def test_one_that_is_named_moves_with_its_folder(self):
+        (self.folder / "one").mkdir()
+        shutil.move(self.folder / "in", self.folder / "one/in")
+        words = ("convert", "--longest", "30", "--format", "jpeg", "--out", "out", "--update", "-r", "--manifest", "own.jsonl", "in")
+        done = self.kestrinectl(*words, cwd=self.folder / "one")
+        self.assertEqual(len(done.stdout.splitlines()), 3, done)
+        shutil.copytree(self.folder / "one", self.folder / "two")
+        shutil.move(self.folder / "one", self.folder / "three")
+        for name in ("two", "three"):
+            done = self.kestrinectl(*words, cwd=self.folder / name)
+            self.assertEqual((done.returncode, done.stdout), (0, b""), done)
 
     def test_a_newer_or_foreign_file_is_refused_and_stays(self):
         for content, words in ((b'{"manifest":2}\n{"new":1}\n', "from a newer version"), (b"my notes\n", "not a manifest")):

@@ -140,7 +140,7 @@ void convertDry(const Run& run) {
     run.report.foundOthers(batches.otherFiles());
 }
 
-void runOnFiles(const ConvertRequest& request, const ResizeSets& sets) {
+void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
     const ConvertOptions& options = request.treatment.options;
     ConversionRecipes recipes = recipesFor(options, sets);
     request.update.changePlaces(recipes);
@@ -152,6 +152,8 @@ void runOnFiles(const ConvertRequest& request, const ResizeSets& sets) {
         journal.emplace();
     setMaximumPixels(request.treatment.maxPixels);
     ConvertReport report(request.style);
+    if (manifest != nullptr)
+        request.selection.search.isResult = [&](const std::string& path) { return manifest->isResult(path); };
     const Run run{
         request,        recipes, countForNames(request.selection, recipes), journal ? &*journal : nullptr,
         manifest.get(), report};
@@ -166,15 +168,17 @@ void runOnFiles(const ConvertRequest& request, const ResizeSets& sets) {
 }
 
 void run(ConvertRequest request) {
-    const PresetStore store = PresetStore::load();
+    const PresetStore store = request.treatment.usesSets() ? PresetStore::load() : PresetStore::loadOrWarn();
     const ResizeSets sets = request.treatment.sets(store);
-    request.selection.complete(store.sets(), request.treatment.options.out, "convert");
+    request.selection.complete(store.sets(), request.treatment.options, "convert");
     const std::vector<std::string>& files = request.selection.files;
     const bool usesStream = std::ranges::find(files, "-") != files.end();
     if (usesStream && files.size() > 1)
         throw CommandError("- is one picture from standard input; it cannot be combined with files", 2);
     if (usesStream && request.update.isOn)
         throw CommandError("- and --update contradict each other: the result goes to standard output", 2);
+    if (usesStream && request.isDryRun)
+        throw CommandError("- and --dry-run contradict each other: the result has no name", 2);
     if (usesStream && request.style.isJSON)
         throw CommandError("- and --json contradict each other: the result goes to standard output", 2);
     if (usesStream)

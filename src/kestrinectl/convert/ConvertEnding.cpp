@@ -11,11 +11,18 @@ namespace kestrine {
 
 namespace {
 
-void throwWhenStopped(const ConvertReport& report) {
+/// How the originals come back; "" if none was replaced.
+std::string undoHint(const ConvertEnding& ending) {
+    return ending.journal == 0
+               ? ""
+               : "; 'kestrinectl undo " + std::to_string(ending.journal) + "' brings the originals back";
+}
+
+void throwWhenStopped(const ConvertReport& report, const ConvertEnding& ending) {
     if (const int signal = StopSignalsNoted::noted(); signal != 0)
         throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)) + ": "
                                + counted(report.done(), "file") + " done, "
-                               + std::to_string(report.count() - report.done()) + " left",
+                               + std::to_string(report.count() - report.done()) + " left" + undoHint(ending),
                            128 + signal);
 }
 
@@ -39,16 +46,14 @@ void finish(const ConvertReport& report, const ConvertEnding& ending) {
     const ConvertTotals& totals = report.totals();
     const ReportStyle style = report.style();
     const bool isAlone = totals.finished() < 2;
-    std::string line = totalsLine(totals, report.elapsed());
-    if (ending.journal != 0)
-        line += "; 'kestrinectl undo " + std::to_string(ending.journal) + "' brings the originals back";
+    const std::string line = totalsLine(totals, report.elapsed()) + undoHint(ending);
     std::string failures = failuresOf(report, ending);
     if (totals.finished() > 0 && !failures.empty() && !isAlone && style.detail != ConvertDetail::none
         && !style.isJSON)
         failures += "; " + line;
     if (style.isJSON)
         std::cout << totalsOf(report, ending).dump() << "\n";
-    throwWhenStopped(report);
+    throwWhenStopped(report, ending);
     if (!failures.empty())
         throw CommandError(failures);
     if (!style.isJSON && style.detail != ConvertDetail::none

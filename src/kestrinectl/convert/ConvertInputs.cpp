@@ -3,7 +3,9 @@
 #include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertPictureSigns.h"
 #include "kestrinectl/convert/FolderNames.h"
+#include "kestrinectl/convert/SeenPlaces.h"
 #include "kestrinectl/text/ShownPath.h"
+#include "platform/host/files/FileDescriptor.h"
 #include "platform/host/files/FileMark.h"
 #include "platform/host/process/StopSignals.h"
 #include "platform/imageio/ImageCodec.h"
@@ -43,6 +45,8 @@ public:
         : outFolder_(search.outFolder.empty() ? fs::path() : canonicalPath(search.outFolder)) {
         for (const auto& set : search.storedSets)
             endings_.push_back(NSString(u"/").appendingPathComponent(set->name().value_or(u"")).utf8());
+        if (!search.namedFolder.empty())
+            endings_.push_back("/" + search.namedFolder);
         for (const std::string& argument : arguments)
             typed_.insert(canonicalPath(argument));
     }
@@ -71,7 +75,8 @@ private:
 class Finder {
 public:
     Finder(const std::vector<std::string>& arguments, const ConvertSearch& search, InputReceiver& receiver)
-        : search_(search), outputFolders_(search, arguments), receiver_(receiver) {}
+        : search_(search), outputFolders_(search, arguments), mayRepeat_(arguments.size() > 1),
+          receiver_(receiver) {}
 
     void addArgument(const std::string& argument) {
         std::error_code ignored;
@@ -84,9 +89,12 @@ public:
     }
 
 private:
+    /// Arguments may name a picture several times; it is found once.
     void addPicture(const fs::path& file, std::optional<std::string> root) {
-        const Result<FileMark> mark = markOfFile(file.native());
         ++pictures_;
+        if (mayRepeat_ && !seen_.add(file))
+            return;
+        const Result<FileMark> mark = markOfFile(file.native());
         receiver_.picture(
             {shownPath(file.native()), absolutePath(file).native(), std::move(root), mark ? mark->bytes : 0});
     }
@@ -136,7 +144,7 @@ private:
             visitFile(entry);
         else if (error && (error != std::errc::no_such_file_or_directory || hasNameOfPicture(entry.native())))
             complainOfFile(shownPath(entry.native()), "cannot open: " + error.message(),
-                           kindOf(Reason::notPermitted));
+                           kindOf(systemFailure("", error.value()).reason));
         else if (!fs::is_directory(status))
             receiver_.otherFile();
     }
@@ -151,8 +159,7 @@ private:
             return;
         const std::string shown = shownPath(folder.native());
         const std::string reason =
-            std::string(outputFolders_.isOut(folder) ? "the folder of --out"
-                                                     : "a folder for the results of a set")
+            std::string(outputFolders_.isOut(folder) ? "the folder of --out" : "a folder for results")
             + "; --all-folders searches it";
         receiver_.finding({.source = shown,
                            .status = ConvertStatus::leftOut,
@@ -174,6 +181,8 @@ private:
     void visitFile(const fs::path& file) {
         if (!isWanted(file))
             return;
+        if (search_.isResult && search_.isResult(absolutePath(file).native()))
+            return receiver_.otherFile();
         const std::string shown = shownPath(file.native());
         const auto reader = readerOfPath(file.native());
         if (!reader)
@@ -206,13 +215,16 @@ private:
         ConvertResult finding{.source = shown,
                               .sentence = "cannot read the folder " + shown + ": " + error.message(),
                               .isFolder = true};
-        finding.complain("cannot read the folder: " + error.message(), kindOf(Reason::notPermitted));
+        finding.complain("cannot read the folder: " + error.message(),
+                         kindOf(systemFailure("", error.value()).reason));
         receiver_.finding(std::move(finding));
         ++unreadableFolders_;
     }
 
     const ConvertSearch& search_;
     OutputFolders outputFolders_;
+    const bool mayRepeat_;
+    SeenPlaces seen_;
     fs::path root_; ///< the argument that is being searched
     bool hasSubfolders_ = false;
     std::size_t pictures_ = 0, unreadableFiles_ = 0, unreadableFolders_ = 0; ///< so far

@@ -5,6 +5,7 @@
 #include "models/ResizeSet.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,7 +27,10 @@ struct ConvertSearch {
     ResizeSets storedSets;
     std::vector<std::string> included; ///< globs of which a file in a folder must match one; none for all
     std::vector<std::string> excluded; ///< globs of which it must match none
-    std::string outFolder; ///< the folder for the results of this run, absolute; "" if there is none
+    /// Whether a file in a folder is a result, which is no source; may be empty.
+    std::function<bool(const std::string&)> isResult;
+    std::string namedFolder; ///< where results of this run go below the folder of each file; "" if nowhere
+    std::string outFolder;   ///< the folder for the results of this run, absolute; "" if there is none
 };
 
 /// Gets what a search finds, in the order in which it finds it.
@@ -45,9 +49,9 @@ public:
 /// "?" match slashes as well.
 bool globMatches(const std::string& glob, const std::string& path);
 
-/// Finds every file argument, even if it is not a picture. Searches every folder argument and finds its
-/// pictures, recognised by content, sorted by name. Ignores hidden files and does not follow links to
-/// folders. Ends early after a stop signal. Of a folder, it holds no more than the names in memory.
+/// Finds every file argument, even if it is not a picture, and each file once. Searches every folder argument
+/// and finds its pictures, recognised by content, sorted by name. Ignores hidden files and does not follow
+/// links to folders. Ends early after a stop signal. Of a folder, it holds no more than the names in memory.
 void findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search,
                 InputReceiver& receiver);
 

@@ -78,8 +78,12 @@ void convertJob(ResizeJob job, const ConvertInput& input, UpdateManifest* manife
             result.warnings.push_back(warningOfEdited(path));
     }
     const std::vector<JobOutcome> outcomes = runJob(job);
-    for (std::size_t i = 0; i < outcomes.size(); ++i)
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
         addOutcome(result, input, job.recipes[i], outcomes[i]);
+        if (manifest != nullptr && !outcomes[i].takenPath.empty() && earlier.edited.empty())
+            result.warn(shownPath(outcomes[i].takenPath)
+                        + " is not known as a result of an earlier run, and stays");
+    }
     if (manifest != nullptr)
         note(job, earlier.source, outcomes, *manifest, result);
 }

@@ -34,11 +34,24 @@ void ConvertSelection::addTo(CLI::App& command) {
                      "Exit with status 0 when there are no pictures (default: status 1)");
 }
 
-void ConvertSelection::complete(const ResizeSets& storedSets, const std::optional<std::string>& out,
+namespace {
+
+/// The folder that all names of a template have in common: "small" of "small/{set}/{stem}.{ext}".
+std::string folderInTemplate(const std::string& text) {
+    const std::string fixed = text.substr(0, text.find('{'));
+    const std::size_t slash = fixed.rfind('/');
+    return slash == std::string::npos ? "" : fixed.substr(0, slash);
+}
+
+} // namespace
+
+void ConvertSelection::complete(const ResizeSets& storedSets, const ConvertOptions& options,
                                 const std::string& command) {
     search.storedSets = storedSets;
-    if (out)
-        search.outFolder = absolutePath(typedWord(*out)).native();
+    if (options.out)
+        search.outFolder = absolutePath(typedWord(*options.out)).native();
+    if (options.name && !options.out)
+        search.namedFolder = folderInTemplate(typedWord(*options.name));
     for (auto* words : {&files, &search.included, &search.excluded})
         for (std::string& word : *words)
             word = typedWord(word);

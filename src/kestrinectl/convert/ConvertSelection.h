@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/convert/ConvertOptions.h"
 
 #include <CLI/CLI.hpp>
 #include <optional>
@@ -22,10 +23,9 @@ struct ConvertSelection {
     void addTo(CLI::App& command);
 
     /// Once, after the parsing: reads the list and completes the search. Folders for results of stored sets
-    /// and of this run (`out`, if any) are not searched. `command` is the name of the command, for messages.
-    /// Throws CommandError, with status 2 if no file is named.
-    void complete(const ResizeSets& storedSets, const std::optional<std::string>& out,
-                  const std::string& command);
+    /// and of this run (those that `options` name) are not searched. `command` is the name of the command,
+    /// for messages. Throws CommandError, with status 2 if no file is named.
+    void complete(const ResizeSets& storedSets, const ConvertOptions& options, const std::string& command);
 };
 
 } // namespace kestrine

@@ -38,8 +38,11 @@ void ConvertTreatment::addLimitsTo(CLI::App& command) {
         ->option_text("N");
 }
 
+bool ConvertTreatment::usesSets() const { return !setNames.empty() || !describeResult(options); }
+
 ResizeSets ConvertTreatment::sets(const PresetStore& store) const {
-    return chosenSets(store, setNames, describeResult(options), "--longest 1200 --out small");
+    return chosenSets(store, setNames, describeResult(options),
+                      "--longest 1200 --out small, or --percent 100 --out same for the same size");
 }
 
 JobPolicy ConvertTreatment::policy() const {

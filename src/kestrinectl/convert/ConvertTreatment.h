@@ -24,6 +24,9 @@ struct ConvertTreatment {
     /// The rest of the options, which limit what a file may cost.
     void addLimitsTo(CLI::App& command);
 
+    /// Whether sets decide about the result.
+    bool usesSets() const;
+
     /// The sets to apply; none if the options describe the result.
     ResizeSets sets(const PresetStore& store) const;
 

@@ -3,6 +3,7 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/text/ShownPath.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -39,6 +40,11 @@ std::vector<std::string> namesInList(const std::string& path, bool withZeroBytes
     for (std::string name; std::getline(content, name, withZeroBytes ? '\0' : '\n');)
         if (!name.empty())
             names.push_back(name);
+    const auto endsWithReturn = [](const std::string& name) { return name.ends_with('\r'); };
+    if (!withZeroBytes && std::ranges::all_of(names, endsWithReturn)) // written on another system
+        for (std::string& name : names)
+            name.pop_back();
+    std::erase(names, "");
     return names;
 }
 

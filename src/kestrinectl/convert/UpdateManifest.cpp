@@ -56,8 +56,9 @@ std::string text(const json& object, const char* key) { return textFromJSON(obje
 
 } // namespace
 
-UpdateManifest::UpdateManifest(const std::string& path, WhenBusy whenBusy)
-    : log_(openManifest(path, whenBusy)) {
+UpdateManifest::UpdateManifest(const std::string& path, WhenBusy whenBusy, Paths paths)
+    : log_(openManifest(path, whenBusy)),
+      base_(paths == Paths::relative ? canonicalPath(folderOf(path)).native() : std::string()) {
     const Result<std::vector<std::string>> lines = log_.lines();
     if (!lines)
         throw CommandError("the manifest cannot be read: " + lines.failure().text);
@@ -86,10 +87,11 @@ std::string UpdateManifest::pathFor(const std::string& outFolder) {
 
 /// A line that is damaged, such as one cut off by a full disk, counts as absent.
 void UpdateManifest::read(const std::string& line) {
-    const auto madeFile = [](const json& object) {
+    const auto path = [this](const json& object, const char* key) { return restored(text(object, key)); };
+    const auto madeFile = [&](const json& object) {
         return MadeFile{
-            .wanted = text(object, "wanted"),
-            .path = text(object, "path"),
+            .wanted = path(object, "wanted"),
+            .path = path(object, "path"),
             .mark = {.bytes = object.at("bytes"), .modified = object.value("modified", std::int64_t{0})},
             .content = {object.at("bytes"), object.at("digest")}};
     };
@@ -98,13 +100,19 @@ void UpdateManifest::read(const std::string& line) {
         if (object.contains("manifest")) {
             version_ = object.at("manifest").get<int>();
         } else if (object.contains("making")) {
-            sources_[text(object, "making")].intended.push_back(madeFile(object));
+            const std::string source = path(object, "making");
+            sources_[source].intended.push_back(madeFile(object));
+            addResult(source, sources_[source].intended.back().path);
         } else {
             Made made{.source = {.bytes = object.at("bytes"), .modified = object.at("modified")},
-                      .options = object.at("options").get<std::string>()};
+                      .content = {},
+                      .options = object.at("options").get<std::string>(),
+                      .files = {}};
+            if (object.contains("digest"))
+                made.content = object.at("digest").get<std::uint64_t>();
             for (const json& file : object.at("results"))
                 made.files.push_back(madeFile(file));
-            add(text(object, "made"), std::move(made));
+            add(path(object, "made"), std::move(made));
         }
     } catch (const std::exception&) {
         return;
@@ -122,7 +130,40 @@ void UpdateManifest::add(const std::string& source, Made made) {
     std::erase_if(known.made,
                   [&](const Made& other) { return other.options == made.options || sharesFile(other); });
     known.intended.clear();
+    for (const MadeFile& file : made.files)
+        addResult(source, file.path);
     known.made.push_back(std::move(made));
+}
+
+void UpdateManifest::addResult(const std::string& source, const std::string& path) {
+    if (std::string place = keyOf(path); place != source)
+        results_.insert(std::move(place));
+}
+
+bool UpdateManifest::isResult(const std::string& path) const {
+    const std::lock_guard lock(mutex_);
+    return results_.contains(keyOf(path));
+}
+
+/// As a line of the manifest has it.
+std::string UpdateManifest::stored(const std::string& path) const {
+    const std::string start = base_ == "/" ? base_ : base_ + "/";
+    return !base_.empty() && path.starts_with(start) ? path.substr(start.size()) : path;
+}
+
+std::string UpdateManifest::restored(const std::string& path) const {
+    return base_.empty() || path.starts_with('/') ? path : joinedPath(base_, path);
+}
+
+/// Whether a file looks as before, or only its time has changed.
+bool UpdateManifest::isUnchanged(const std::string& path, const FileMark& mark, const FileMark& before,
+                                 const std::optional<std::uint64_t>& content) {
+    if (mark.looksLike(before))
+        return true;
+    if (mark.bytes != before.bytes || !content)
+        return false;
+    const Result<ContentDigest> digest = digestOfFile(path);
+    return digest && *digest == ContentDigest{before.bytes, *content};
 }
 
 const std::string& UpdateManifest::folderWithoutLinks(const std::string& folder) const {
@@ -140,11 +181,15 @@ std::string UpdateManifest::keyOf(const std::string& path) const {
 std::string UpdateManifest::optionsOf(const ResizeJob& job) const {
     if (recipes_ != job.recipes) {
         recipes_ = job.recipes;
-        recipesText_ = textOf(recipes_);
+        ConversionRecipes movable = recipes_;
+        for (ConversionRecipe& recipe : movable)
+            if (recipe.place.base)
+                recipe.place.base = NSString::fromUTF8(stored(recipe.place.base->utf8()));
+        recipesText_ = textOf(movable);
     }
     std::string options = std::to_string(outputVersion) + recipesText_;
     if (job.rootPath)
-        options += folderWithoutLinks(job.rootPath->utf8());
+        options += stored(folderWithoutLinks(job.rootPath->utf8()));
     const bool isNumbered = std::ranges::any_of(job.recipes, [](const ConversionRecipe& recipe) {
         return recipe.place.name && recipe.place.name->uses(NameTemplate::Field::n);
     });
@@ -156,7 +201,7 @@ std::string UpdateManifest::optionsOf(const ResizeJob& job) const {
 bool UpdateManifest::isOurs(const Source& source, const std::string& path, const FileMark& mark) const {
     for (const Made& made : source.made)
         for (const MadeFile& file : made.files)
-            if (file.path == path && file.mark.looksLike(mark))
+            if (file.path == path && isUnchanged(path, mark, file.mark, file.content.number))
                 return true;
     const auto intended = std::ranges::find(source.intended, path, &MadeFile::path);
     const auto content =
@@ -173,12 +218,13 @@ UpdateManifest::Status UpdateManifest::statusOf(const ResizeJob& job) const {
         return Status::missing;
     const auto made = std::ranges::find(source->second.made, optionsOf(job), &Made::options);
     const Result<FileMark> mark = markOfFile(source->first);
-    if (made == source->second.made.end() || !mark || !mark->looksLike(made->source))
+    if (made == source->second.made.end() || !mark
+        || !isUnchanged(source->first, *mark, made->source, made->content))
         return Status::missing;
     Status status = Status::current;
     for (const MadeFile& file : made->files) {
         const Result<FileMark> there = markOfFile(file.path);
-        if (there && there->looksLike(file.mark))
+        if (there && isUnchanged(file.path, *there, file.mark, file.content.number))
             continue;
         if (!there || isOurs(source->second, file.path, *there))
             return Status::missing;
@@ -212,10 +258,10 @@ UpdateManifest::Earlier UpdateManifest::earlierResults(const ResizeJob& job) con
     return earlier;
 }
 
-std::string UpdateManifest::intentionLine(const std::string& source, const MadeFile& file) {
-    return ordered_json{{"making", textToJSON(source)},
-                        {"wanted", textToJSON(file.wanted)},
-                        {"path", textToJSON(file.path)},
+std::string UpdateManifest::intentionLine(const std::string& source, const MadeFile& file) const {
+    return ordered_json{{"making", textToJSON(stored(source))},
+                        {"wanted", textToJSON(stored(file.wanted))},
+                        {"path", textToJSON(stored(file.path))},
                         {"bytes", file.content.bytes},
                         {"digest", file.content.number}}
         .dump();
@@ -226,6 +272,7 @@ Result<void> UpdateManifest::record(const IntendedResult& result) {
     const std::string source = keyOf(result.source);
     std::vector<MadeFile>& intended = sources_[source].intended;
     intended.push_back({.wanted = result.wanted, .path = result.path, .mark = {}, .content = result.content});
+    addResult(source, result.path);
     return log_.append(intentionLine(source, intended.back()), Durability::cached);
 }
 
@@ -234,7 +281,9 @@ Result<void> UpdateManifest::finished(const ResizeJob& job, const FileMark& sour
     const std::lock_guard lock(mutex_);
     const std::string path = keyOf(job.path.utf8());
     const std::vector<MadeFile>& intended = sources_[path].intended;
-    Made made{.source = source, .options = optionsOf(job), .files = {}};
+    Made made{.source = source, .content = {}, .options = optionsOf(job), .files = {}};
+    if (const Result<ContentDigest> content = digestOfFile(path); content && content->bytes == source.bytes)
+        made.content = content->number;
     for (const JobOutcome& outcome : outcomes) {
         const auto file = std::find_if(intended.rbegin(), intended.rend(), [&](const MadeFile& each) {
             return outcome.isWritten && each.path == outcome.path.utf8();
@@ -250,20 +299,22 @@ Result<void> UpdateManifest::finished(const ResizeJob& job, const FileMark& sour
     return log_.append(lineOf(path, sources_[path].made.back()), Durability::cached);
 }
 
-std::string UpdateManifest::lineOf(const std::string& source, const Made& made) {
+std::string UpdateManifest::lineOf(const std::string& source, const Made& made) const {
     ordered_json results = ordered_json::array();
     for (const MadeFile& file : made.files)
-        results.push_back({{"wanted", textToJSON(file.wanted)},
-                           {"path", textToJSON(file.path)},
+        results.push_back({{"wanted", textToJSON(stored(file.wanted))},
+                           {"path", textToJSON(stored(file.path))},
                            {"bytes", file.mark.bytes},
                            {"modified", file.mark.modified},
                            {"digest", file.content.number}});
-    return ordered_json{{"made", textToJSON(source)},
-                        {"bytes", made.source.bytes},
-                        {"modified", made.source.modified},
-                        {"options", made.options},
-                        {"results", results}}
-        .dump();
+    ordered_json line{{"made", textToJSON(stored(source))},
+                      {"bytes", made.source.bytes},
+                      {"modified", made.source.modified}};
+    if (made.content)
+        line["digest"] = *made.content;
+    line["options"] = made.options;
+    line["results"] = std::move(results);
+    return line.dump();
 }
 
 /// Writes the file anew when most of its lines are superseded. Errors are ignored; all lines are still there.

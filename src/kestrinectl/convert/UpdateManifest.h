@@ -9,7 +9,9 @@
 
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace kestrine {
@@ -20,9 +22,15 @@ public:
     /// What to do while another process uses the file.
     enum class WhenBusy : bool { waits, fails };
 
+    /// What happens when the folder of the manifest is moved or copied.
+    enum class Paths : bool {
+        absolute, ///< it knows sources and results where they were
+        relative, ///< those below its folder may move with it
+    };
+
     /// Opens or creates the manifest at `path`. Throws CommandError if it cannot be written, is in use, is of
     /// a newer version, or is another kind of file.
-    UpdateManifest(const std::string& path, WhenBusy whenBusy);
+    UpdateManifest(const std::string& path, WhenBusy whenBusy, Paths paths);
 
     /// Where the manifest for the results in `outFolder` is; "" stands for results beside their originals.
     static std::string pathFor(const std::string& outFolder);
@@ -33,6 +41,9 @@ public:
         edited, ///< as `current`, but a result was changed since
     };
     Status statusOf(const ResizeJob& job) const;
+
+    /// Whether an earlier job, or one of this run, made the file of another one.
+    bool isResult(const std::string& path) const;
 
     /// What is known of the results that a job is about to make again.
     struct Earlier {
@@ -56,7 +67,8 @@ private:
         ContentDigest content;
     };
     struct Made {
-        FileMark source; ///< only length and time
+        FileMark source;                      ///< only length and time
+        std::optional<std::uint64_t> content; ///< ContentDigest::number of the source, if it is known
         std::string options;
         std::vector<MadeFile> files;
     };
@@ -71,15 +83,22 @@ private:
     std::string optionsOf(const ResizeJob& job) const;
     const std::string& folderWithoutLinks(const std::string& folder) const;
     std::string keyOf(const std::string& path) const;
+    std::string stored(const std::string& path) const;
+    std::string restored(const std::string& path) const;
+    void addResult(const std::string& source, const std::string& path);
+    static bool isUnchanged(const std::string& path, const FileMark& mark, const FileMark& before,
+                            const std::optional<std::uint64_t>& content);
     void shorten(std::size_t lineCount);
-    static std::string intentionLine(const std::string& source, const MadeFile& file);
-    static std::string lineOf(const std::string& source, const Made& made);
+    std::string intentionLine(const std::string& source, const MadeFile& file) const;
+    std::string lineOf(const std::string& source, const Made& made) const;
 
     mutable std::mutex mutex_; // guards all members
     LineLog log_;
     int version_ = 0;
-    std::map<std::string, Source> sources_; ///< by path, without links in the folder part
-    mutable ConversionRecipes recipes_;     ///< whose text is
+    const std::string base_; ///< the folder below which paths are stored relative to it; "" for none
+    std::map<std::string, Source> sources_;   ///< by path, without links in the folder part
+    std::unordered_set<std::string> results_; ///< of other files; likewise
+    mutable ConversionRecipes recipes_;       ///< whose text is
     mutable std::string recipesText_;
     mutable std::map<std::string, std::string> folders_; ///< without links, by path
 };

@@ -46,8 +46,9 @@ std::unique_ptr<UpdateManifest> UpdateOptions::open(const ConversionRecipes& rec
         manifest ? absolutePath(typedWord(*manifest)).native() : UpdateManifest::pathFor(outFolder);
     if (isDryRun && !itemExists(path))
         return nullptr;
-    return std::make_unique<UpdateManifest>(path, waits ? UpdateManifest::WhenBusy::waits
-                                                        : UpdateManifest::WhenBusy::fails);
+    return std::make_unique<UpdateManifest>(
+        path, waits ? UpdateManifest::WhenBusy::waits : UpdateManifest::WhenBusy::fails,
+        manifest ? UpdateManifest::Paths::relative : UpdateManifest::Paths::absolute);
 }
 
 } // namespace kestrine
