@@ -195,7 +195,7 @@ class Bombs(ToolTest):
         status, output, memory, _ = self.cost("-j", "6", *names, address_space=900 * MEBIBYTE)
         self.assertEqual(status, 0, output)
         self.assertEqual(len(self.names("Small")), 6)
-        status, output, _, _ = self.cost(names[0], address_space=300 * MEBIBYTE)
+        status, output, _, _ = self.cost(names[0], address_space=160 * MEBIBYTE)
         self.assertIn("0.webp: the picture needs more memory than is available", output)
 
     def test_the_limit_of_pixels_can_be_set(self):

@@ -491,6 +491,30 @@ class Properties(ConvertByOptions):
             self.assertEqual(self.kept("--metadata", *words), expected, words)
         self.assertEqual(self.kept("--exif"), usual)
 
+    def test_png_keeps_it_too_but_not_with_a_preset(self):
+        self.store({"name": "Web", "formatType": PNG, "attachExifData": 1})
+        for words, expected in (((), {"Artist", "Model"}), (("--metadata", "none"), set()), (("--metadata", "rights"), {"Artist"}),
+                                (("--metadata", "all"), {"Artist", "Model", "GPSLatitude"})):
+            self.convert("--longest", "40", "--format", "png", "--out", "out", *words, "photo.jpg")
+            tags = {tag.split(":")[1] for tag in exiftool(self.folder / "out/photo.png")}
+            self.assertEqual(tags & {"Artist", "Model", "GPSLatitude"}, expected, words)
+            shutil.rmtree(self.folder / "out")
+        self.convert("--set", "Web", "photo.jpg")
+        self.assertNotIn("IFD0:Artist", exiftool(self.folder / "Web/photo.png"))
+
+    def test_what_a_tiff_says_about_its_origin_is_kept(self):
+        pictures.image(pictures.photo(60, 40)).save(self.folder / "a.tif", tiffinfo={315: "Ann", 33432: "Ann 2024", 271: "Maker"})
+        self.convert("--percent", "50", "--format", "jpeg", "--out", "out", "a.tif")
+        tags = exiftool(self.folder / "out/a.jpg")
+        self.assertEqual([tags.get(f"IFD0:{name}") for name in ("Artist", "Copyright", "Make")], ["Ann", "Ann 2024", "Maker"])
+
+    def test_a_format_that_cannot_keep_what_was_asked_for_gets_a_warning(self):
+        warning = ("warning: photo.jpg: the result has no EXIF data, since it is TIFF; JPEG, PNG, WebP, JPEG XL and AVIF keep "
+                   "them")
+        for word, messages in (("rights", [warning]), ("all", [warning]), ("none", [])):
+            self.convert("--longest", "40", "--format", "tiff", "--metadata", word, "--out", word, "photo.jpg",
+                         messages=messages)
+
     def test_with_a_preset_exif_is_what_presets_keep(self):
         self.store({"name": "Web", "formatType": JPEG})
         self.convert("--set", "Web", "--exif", "photo.jpg")
@@ -557,6 +581,10 @@ class SkipFitting(ConvertByOptions):
             self.assertTrue(self.is_copied(name, "--longest", "600"))
             self.assertTrue(self.is_copied(name, "--longest", "60", "--max-bytes", "1M", "--profile", "srgb"))
             self.assertTrue(self.is_copied(name, "--cover", "60x40"))
+
+    def test_a_copy_has_its_own_size_in_its_name(self):
+        self.convert("--skip-fitting", "--longest", "600", "--name", "{stem}-{width}x{height}.{ext}", "--out", "out", "a.png")
+        self.assertEqual(set(self.tree("out")), {"a-60x40.png"})
 
     def test_a_file_that_is_not_is_converted(self):
         self.picture("photo.jpg", quality=95)
@@ -744,7 +772,7 @@ class WrongOptions(ConvertByOptions):
 
     def test_without_a_selected_set_the_message_says_how_to_do_without(self):
         self.convert("a.png", status=2, messages=["no set is selected; name one with --set, or describe the result, such "
-                                                  "as with --longest 1200 --out small"])
+                                                  "as with --longest 1200 --out small, or --percent 100 --out same for the same size"])
 
 
 if __name__ == "__main__":

@@ -102,7 +102,16 @@ class Doctor(ToolTest):
         text, _ = self.doctor(self.folder)
         self.assertIn(f"originals go to {self.home}/.local/share/Trash", text)
         self.assertFalse((self.home / ".local").exists(), "it only looks")
-        self.assertIn("is not a folder", self.doctor("absent")[0])
+        self.assertEqual(self.doctor("absent", status=1)[1], ["absent is not a folder; name an existing one"])
+
+    def test_it_says_why_originals_cannot_go_to_the_trash(self):
+        (self.folder / "fixed").mkdir(mode=0o555)
+        done = self.run_without_rights("doctor", "fixed", program="kestrinectl")
+        self.assertIn(b"originals cannot go to the trash: the folder may not be changed", done.stdout)
+        self.home.chmod(0o555)
+        self.addCleanup(self.home.chmod, 0o755)
+        done = self.run_without_rights("doctor", program="kestrinectl")
+        self.assertIn(b"originals cannot go to the trash: ", done.stdout)
 
     def test_it_knows_every_library_that_is_opened_on_demand(self):
         sources = "".join(path.read_text() for path in SOURCES.rglob("*.cpp"))

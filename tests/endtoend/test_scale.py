@@ -136,6 +136,13 @@ class SameTree(Scale):
         self.assertEqual(self.results(tree), expected)
         self.inside(self.folder, "merge", tree / "plan", "the log")
 
+    def test_merge_finds_the_logs_beside_the_plan(self):
+        self.plan()
+        self.assertIn(b"missing", self.inside(self.tree, "merge", "plan", status=1).stdout)
+        self.run_shards(self.tree, 2)
+        for folder, plan in ((self.tree, "plan"), (self.folder, self.tree / "plan")):
+            self.assertIn(b"all done", self.inside(folder, "merge", plan).stderr)
+
     def test_a_copy_whose_times_have_whole_seconds_is_the_same(self):
         self.plan()
         for path in (self.tree / "in").rglob("*.png"):

@@ -140,6 +140,16 @@ class WhatStays(Undo):
         self.assertEqual((self.folder / "a.png").read_bytes(), content)
         self.assertEqual((self.folder / "a.jpg").read_bytes(), b"edited")
 
+    def test_a_file_that_took_the_name_of_the_original_stays(self):
+        content = self.picture("a.png").read_bytes()
+        self.replace("--format", "jpeg", "a.png")
+        (self.folder / "a.png").write_bytes(b"another")
+        self.assertIn(f"another file is named {self.folder}/a.png now, and stays; the original is {self.folder}/a_1.png",
+                      self.undo(status=1))
+        self.assertEqual((self.folder / "a.png").read_bytes(), b"another")
+        self.assertEqual((self.folder / "a_1.png").read_bytes(), content)
+        self.assertEqual(self.names(), [b"a.png", b"a_1.png"])
+
     def test_an_emptied_trash_is_an_error_and_the_result_stays(self):
         self.picture("a.png")
         self.replace("a.png")

@@ -149,8 +149,9 @@ class ToolTest(unittest.TestCase):
 
     def run_tool(self, *arguments, program="kestrine", **options):
         environment = options.pop("environment", self.environment)
-        return subprocess.run([BIN / program, *arguments], cwd=self.folder, env=environment, capture_output=True,
-                              timeout=120, **options)
+        folder = options.pop("cwd", self.folder)
+        return subprocess.run([BIN / program, *arguments], cwd=folder, env=environment, capture_output=True, timeout=120,
+                              **options)
 
     def kestrine(self, *arguments, **options):
         """Runs `kestrine`, which must succeed without messages. Returns its output."""

@@ -2,6 +2,7 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/convert/ConvertPictureSigns.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
 #include "platform/host/StringBytes.h"
@@ -50,6 +51,8 @@ void PagePlace::check(const std::vector<ConvertInput>& pictures) const {
     const std::string word = typedWord(*output_), shown = shownPath(word);
     if (word == "-" || nameOf(word).empty())
         throw CommandError("--output takes a file, such as page.html", 2);
+    if (hasNameOfPicture(word))
+        throw CommandError(shown + " is the name of a picture; --output takes a page, such as page.html", 2);
     const std::string place = path();
     if (folderExists(place))
         throw CommandError(shown + " is a folder; --output takes a file");

@@ -97,6 +97,8 @@ void diagnose(const std::string& folder) {
     const std::string problem = showPresets();
     showLibraries();
     printLine("trash for " + folder + ":");
+    if (!folderExists(folder))
+        throw CommandError(folder + " is not a folder; name an existing one");
     printLine("  " + trashPlaceOf(folder));
     if (!problem.empty())
         throw CommandError(problem);

@@ -3,6 +3,7 @@
 #include "kestrinectl/convert/ConvertInputs.h"
 #include "platform/host/files/FileMark.h"
 #include "platform/host/files/FileStatus.h"
+#include "platform/host/files/Folders.h"
 #include "platform/host/files/MountPoints.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/host/process/Environment.h"
@@ -30,10 +31,14 @@ std::string trashPlaceOf(const std::string& folder) {
     const std::string path = canonicalPath(absolutePath(folder)).native();
     const std::string dataHome = Environment::ofProcess().xdgDataHome();
     const std::string homeTrash = dataHome.empty() ? "" : joinedPath(dataHome, "Trash");
-    if (!folderExists(path))
-        return folder + " is not a folder; name an existing one";
+    if (!mayChangeFolder(path))
+        return "originals cannot go to the trash: the folder may not be changed; give yourself the right to "
+               "write into it";
     if (!homeTrash.empty() && isOnOneDevice(path, homeTrash))
-        return "originals go to " + homeTrash;
+        return mayChangeFolder(existingPartOf(homeTrash))
+                   ? "originals go to " + homeTrash
+                   : "originals cannot go to the trash: " + homeTrash
+                         + " cannot be written; give yourself the right to it";
     const Result<std::string> top = topFolderOf(path);
     if (!top)
         return "the system does not say on which file system the folder is, so originals cannot go to a "

@@ -54,6 +54,15 @@ PresetStore PresetStore::load() {
     return store;
 }
 
+PresetStore PresetStore::loadOrWarn() {
+    try {
+        return load();
+    } catch (const CommandError& unreadable) {
+        printError(std::string(unreadable.what()) + "; this run does without");
+        return {NSUserDefaults::standardUserDefaults(), PropertyList::empty()};
+    }
+}
+
 std::string PresetStore::path() {
     const NSUserDefaults defaults = NSUserDefaults::standardUserDefaults();
     if (const auto file = defaults.fileOfDomain(presetsDomain))

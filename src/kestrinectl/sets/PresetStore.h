@@ -15,8 +15,11 @@ public:
     /// Reads the presets of the user. Throws CommandError when there are presets that cannot be read, so that
     /// they are not overwritten by mistake.
     static PresetStore load();
-    /// The same, with a lock that other processes which call this wait for, so that no concurrent change is
-    /// lost. The lock is released with the object.
+    /// The same for a run to which sets matter little: there are none, after a warning, if they cannot be
+    /// read.
+    static PresetStore loadOrWarn();
+    /// The same as load(), with a lock that other processes which call this wait for, so that no concurrent
+    /// change is lost. The lock is released with the object.
     static PresetStore loadForChange();
 
     const ResizeSets& sets() const { return sets_; }

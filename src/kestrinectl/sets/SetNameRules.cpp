@@ -31,6 +31,8 @@ std::optional<std::size_t> positionIn(const std::string& word) {
 std::optional<std::string> objectionTo(const std::string& name) {
     if (name.empty())
         return "an empty name stands for the folder of the original";
+    if (name.find_first_not_of(' ') == std::string::npos)
+        return "a name of spaces alone cannot be seen";
     if (name == ".")
         return "the name \".\" stands for the folder of the original";
     if (name == "..")

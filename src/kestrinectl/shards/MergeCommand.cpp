@@ -1,6 +1,7 @@
 #include "kestrinectl/shards/MergeCommand.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/convert/ConvertInputs.h"
 #include "kestrinectl/shards/OpenedInput.h"
 #include "kestrinectl/shards/PlanFile.h"
 #include "kestrinectl/shards/ShardLog.h"
@@ -12,6 +13,7 @@
 #include "platform/host/files/PathParts.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -148,6 +150,23 @@ void printUnfinished(const std::set<std::uint64_t>& shards) {
         printLine(numbers);
 }
 
+/// Those that are named, else those that lie beside the plan under the names that 'run' gives them.
+std::vector<std::string> logsOf(const MergeRequest& request, const std::string& plan) {
+    std::vector<std::string> logs;
+    for (const std::string& log : request.logs)
+        logs.push_back(typedWord(log));
+    if (!logs.empty())
+        return logs;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folderOf(plan), ignored)) {
+        const std::string name = entry.path().filename().native();
+        if (name.starts_with(nameOf(plan) + ".") && globMatches("*-of-*.jsonl", name))
+            logs.push_back(joinedPath(folderOf(plan), name));
+    }
+    std::ranges::sort(logs);
+    return logs;
+}
+
 void run(const MergeRequest& request) {
     const std::string plan = typedWord(request.plan);
     PlanFile first(plan);
@@ -158,8 +177,8 @@ void run(const MergeRequest& request) {
     if (request.checksResults)
         root.emplace(request.root ? typedWord(*request.root) : folderOf(plan));
     States states(first.reader().digest(), count, request.isJSON, root ? &*root : nullptr);
-    for (const std::string& log : request.logs)
-        states.addLog(typedWord(log));
+    for (const std::string& log : logsOf(request, plan))
+        states.addLog(log);
 
     PlanFile again(plan);
     MergeTotals totals;
@@ -204,7 +223,7 @@ void addMergeCommand(CLI::App& program) {
     command->add_flag("-q,--quiet", request->isQuiet,
                       "Print only errors (default: a line for each file that is missing or failed)");
     command->add_option("PLAN", request->plan, "The plan")->required();
-    command->add_option("LOG", request->logs, "The logs of its runs");
+    command->add_option("LOG", request->logs, "The logs of its runs (default: PLAN.*-of-*.jsonl)");
     command->callback([request] { run(*request); });
 }
 

@@ -136,7 +136,7 @@ std::size_t resultsIn(const std::vector<PlanRecord>& records) {
 void run(PlanRequest request, const CLI::App& command) {
     const PresetStore store = PresetStore::load();
     const ResizeSets sets = request.treatment.sets(store);
-    request.selection.complete(store.sets(), request.treatment.options.out, "plan");
+    request.selection.complete(store.sets(), request.treatment.options, "plan");
     if (std::ranges::find(request.selection.files, "-") != request.selection.files.end())
         throw CommandError("standard input cannot be planned; ./- is a file of that name", 2);
     const ConversionRecipes recipes = recipesFor(request.treatment.options, sets);

@@ -96,7 +96,8 @@ UndoneFile Undo::bringBack(const ReplacedFile& file, const TrashedItem& item, bo
         return {Kind::failed, "", moved.failure().text};
     taken_.push_back(item);
     folders_.insert(folderOf(*place));
-    return {isEdited || *place != file.original ? Kind::beside : Kind::back, *place, ""};
+    const Kind kind = isEdited ? Kind::beside : *place != file.original ? Kind::renamed : Kind::back;
+    return {kind, *place, ""};
 }
 
 } // namespace kestrine

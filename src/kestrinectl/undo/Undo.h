@@ -11,6 +11,7 @@ struct UndoneFile {
     enum class Kind {
         back,    ///< the original is in its place, and the result is gone
         beside,  ///< the result was edited since and stays; the original is at `path`
+        renamed, ///< the result is gone, but another file has the name of the original, which is at `path`
         emptied, ///< the original is no longer in the trash
         failed,  ///< for `reason`; it may succeed later
     };

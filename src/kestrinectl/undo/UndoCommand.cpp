@@ -33,6 +33,9 @@ void report(const ReplacedFile& file, const UndoneFile& undone) {
         return;
     case Kind::beside:
         return printError(file.result + " was changed since and stays; its original is " + undone.path);
+    case Kind::renamed:
+        return printError("another file is named " + file.original + " now, and stays; the original is "
+                          + undone.path);
     case Kind::emptied:
         return printError(file.original + ": the original is no longer in the trash");
     case Kind::failed:

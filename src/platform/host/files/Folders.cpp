@@ -63,6 +63,10 @@ Result<void> makePrivateFolders(const std::string& path) {
     return systemFailure("cannot create the folder " + path, ENOENT);
 }
 
+bool mayChangeFolder(const std::string& path) {
+    return ::faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
 Result<FileDescriptor> openFolder(const std::string& path) {
     TRY(checkPath(path));
     return openFolderAt({AT_FDCWD, path}, 0);

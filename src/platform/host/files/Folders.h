@@ -20,6 +20,9 @@ Result<void> makeFolder(const std::string& path);
 /// stay as they are.
 Result<void> makePrivateFolders(const std::string& path);
 
+/// Whether this process may make and remove names in the folder.
+bool mayChangeFolder(const std::string& path);
+
 /// Opens a folder for use in a FolderEntry. A folder without read permission can be opened too, but namesIn()
 /// and syncing do not work on it.
 Result<FileDescriptor> openFolder(const std::string& path);

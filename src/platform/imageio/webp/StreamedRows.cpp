@@ -54,6 +54,8 @@ private:
             return damaged;
         given_ = std::min(given_ + pieceBytes_, chunks_.size());
         const VP8StatusCode status = library_.decodeMore(decoder_.get(), chunks_.data(), given_);
+        if (status == VP8_STATUS_OUT_OF_MEMORY)
+            return Failure{Reason::outOfMemory, "not enough memory"};
         if (status != VP8_STATUS_OK && status != VP8_STATUS_SUSPENDED)
             return damaged;
         int decoded = 0;
