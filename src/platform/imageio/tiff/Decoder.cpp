@@ -32,7 +32,8 @@ constexpr std::uint64_t maxProfileBytes = std::uint64_t{16} << 20;
 
 class Decoder final : public ImageDecoder {
 public:
-    explicit Decoder(std::shared_ptr<const ByteReader> reader) : reader_(std::move(reader)) {}
+    Decoder(std::shared_ptr<const ByteReader> reader, bool lacksPages)
+        : reader_(std::move(reader)), lacksPages_(lacksPages) {}
 
     /// Pages that cannot be decoded are left out. If the main picture cannot be decoded, the whole file
     /// fails.
@@ -46,6 +47,8 @@ public:
     }
 
     Result<RowSourcePointer> rows(std::size_t frame, int) const override {
+        if (lacksPages_)
+            damage_->note({Reason::truncated, "the TIFF file ends before its last directory"});
         const FileOpener openFile = [this, frame]() -> Result<std::unique_ptr<File>> {
             if (frame == 0)
                 if (std::unique_ptr<File> file = mainFile_.take())
@@ -102,6 +105,7 @@ private:
     }
 
     const std::shared_ptr<const ByteReader> reader_;
+    const bool lacksPages_;
     std::uint64_t profileBytes_ = 0;                 ///< of all pages that were read
     std::uint32_t pictures_ = 0;                     ///< pages that are not copies, decodable or not
     Bytes exif_;                                     ///< of frame 0
@@ -110,12 +114,11 @@ private:
 };
 
 Result<std::unique_ptr<ImageDecoder>> openPages(std::shared_ptr<const ByteReader> reader,
-                                                const Structure& structure,
-                                                const std::vector<ListedPage>& listed) {
+                                                const Structure& structure, const PageList& listed) {
     if (const Result<Functions>& library = tiffFunctions(); !library)
         return library.failure();
-    auto decoder = std::make_unique<Decoder>(std::move(reader));
-    TRY(decoder->readPages(structure, listed));
+    auto decoder = std::make_unique<Decoder>(std::move(reader), listed.lacksPages);
+    TRY(decoder->readPages(structure, listed.pages));
     return std::unique_ptr<ImageDecoder>(std::move(decoder));
 }
 
@@ -124,7 +127,7 @@ Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> rea
     const PageList listed = TRY(listPages(structure));
     if (listed.holdsSensorData)
         return Failure{Reason::otherFormat, "the TIFF file holds raw data of a camera's sensor"};
-    return openPages(std::move(reader), structure, listed.pages);
+    return openPages(std::move(reader), structure, listed);
 }
 
 } // namespace
@@ -134,7 +137,7 @@ Result<std::unique_ptr<ImageDecoder>> openDevelopedPages(std::shared_ptr<const B
     const PageList listed = TRY(listPages(structure));
     if (listed.pages.empty())
         return Failure{Reason::unsupported, "the TIFF file holds only raw data of a camera's sensor"};
-    return openPages(std::move(reader), structure, listed.pages);
+    return openPages(std::move(reader), structure, listed);
 }
 
 const ImageCodec codec{"TIFF", Structure::recognises, open, [] { (void)tiffFunctions(); }, &raw::codec};

@@ -154,11 +154,14 @@ bool holdsSensorData(const Structure& file, const Structure::Directory& director
 }
 
 Result<PageList> listPages(const Structure& file) {
-    const Candidates candidates(file, TRY(file.pages()));
-    const bool isRaw = candidates.have(Role::sensorData);
-    if (isRaw && !candidates.have(Role::picture))
+    const Structure::Chain chain = file.chain();
+    const Candidates candidates(file, chain.pages);
+    const bool isRaw = candidates.have(Role::sensorData), hasPicture = candidates.have(Role::picture);
+    if (chain.pages.empty() || (chain.isBroken && (isRaw || !hasPicture)))
+        TRY(file.pages());
+    if (isRaw && !hasPicture)
         return PageList{{}, true};
-    return PageList{candidates.inOrder(), isRaw};
+    return PageList{candidates.inOrder(), isRaw, chain.isBroken};
 }
 
 } // namespace kestrine::tiff

@@ -20,6 +20,7 @@ bool holdsSensorData(const Structure& file, const Structure::Directory& director
 struct PageList {
     std::vector<ListedPage> pages; ///< empty if only sensor data remain, which would have to be developed
     bool holdsSensorData = false;  ///< it is a camera raw file
+    bool lacksPages = false;       ///< further pages lie beyond the end of the file
 };
 
 /// The main picture first, then the other pages in stored order, then those that are reduced copies. The
@@ -28,7 +29,7 @@ struct PageList {
 ///  - sub-pages are listed if their page is a copy or is smaller than they are: one of them is the picture;
 ///  - a picture smaller than the sensor's data in the same file is a preview, marked or not;
 ///  - only if a file contains nothing but copies, the largest of them is the picture.
-/// Fails as Structure::pages().
+/// Fails as Structure::pages(), but a chain that is broken after a picture only lacks pages.
 Result<PageList> listPages(const Structure& file);
 
 } // namespace kestrine::tiff

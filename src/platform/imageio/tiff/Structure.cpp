@@ -46,7 +46,7 @@ Structure::Structure(std::shared_ptr<const ByteReader> reader) : reader_(std::mo
     isBig_ = head[isBigEndian_ ? 3 : 2] == bigVersion;
 }
 
-Result<std::vector<std::uint64_t>> Structure::pages() const {
+Structure::Chain Structure::chain() const {
     const std::uint64_t firstPointerAt = isBig_ ? 8 : 4;
     std::vector<std::uint64_t> pages;
     std::set<std::uint64_t> seen;
@@ -55,11 +55,18 @@ Result<std::vector<std::uint64_t>> Structure::pages() const {
         pages.push_back(*page);
         page = next(*page);
     }
-    if (!page)
+    while (!page && !pages.empty() && directoryAt(pages.back()).empty())
+        pages.pop_back();
+    return {std::move(pages), !page};
+}
+
+Result<std::vector<std::uint64_t>> Structure::pages() const {
+    Chain chain = this->chain();
+    if (chain.isBroken)
         return Failure{Reason::truncated, "the TIFF file ends before its directories"};
-    if (pages.empty())
+    if (chain.pages.empty())
         return Failure{Reason::malformed, "the TIFF file has no picture"};
-    return pages;
+    return std::move(chain.pages);
 }
 
 Structure::Directory Structure::directoryAt(std::uint64_t offset) const {

@@ -25,8 +25,16 @@ public:
 
     bool isBigEndian() const { return isBigEndian_; }
 
-    /// The offsets of the pages' directories, in stored order: 1 to 1000; a loop ends the chain. Fails as
-    /// "truncated" when a directory is beyond the end of the file, and as "malformed" when there is no page.
+    /// The directories of the pages, by their offsets and in stored order: at most 1000; a loop ends the
+    /// chain.
+    struct Chain {
+        std::vector<std::uint64_t> pages;
+        bool isBroken = false; ///< the next directory lies beyond the end of the file
+    };
+    Chain chain() const;
+
+    /// Those of a whole chain, at least one. Fails as "truncated" when it is broken, and as "malformed" when
+    /// there is no page.
     Result<std::vector<std::uint64_t>> pages() const;
 
     /// The entries of the directory at `offset`; empty when it is incomplete.

@@ -105,8 +105,16 @@ TEST(TIFFPages, atMost1000PagesAreRead) {
 TEST(TIFFPages, aPointerBeyondTheEndMeansATruncatedFile) {
     Bytes file = makeTIFF(pageOfWidth(5));
     putLittle32(file, nextPointerAt(file, little32(file, 4)), 1'000'000);
+    const auto decoder = *tiff::codec.open(readerOfBytes(file));
+    ASSERT_TRUE(decoder->rows(0, 0).ok());
+    ASSERT_TRUE(decoder->damage().has_value());
+    EXPECT_EQ(decoder->damage()->reason, Reason::truncated);
+    TIFFRecipe copy = pageOfWidth(5);
+    copy.tags = [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, FILETYPE_REDUCEDIMAGE); };
+    file = makeTIFF(copy);
+    putLittle32(file, nextPointerAt(file, little32(file, 4)), 1'000'000);
     const Result<Decoded> decoded = decode(tiff::codec, file);
-    ASSERT_FALSE(decoded.ok());
+    ASSERT_FALSE(decoded.ok()) << "a preview must not stand for the picture";
     EXPECT_EQ(decoded.failure().reason, Reason::truncated);
 }
 
