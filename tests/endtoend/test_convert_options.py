@@ -11,7 +11,7 @@ import numpy
 from PIL import Image, ImageCms, ImageOps
 
 import pictures
-from tools import JPEG, PNG, ToolTest, exiftool, main, messages_of
+from tools import JPEG, PNG, TIFF, ToolTest, exiftool, main, messages_of
 
 WIDE_PROFILE = pictures.wide_icc()
 
@@ -491,16 +491,23 @@ class Properties(ConvertByOptions):
             self.assertEqual(self.kept("--metadata", *words), expected, words)
         self.assertEqual(self.kept("--exif"), usual)
 
-    def test_png_keeps_it_too_but_not_with_a_preset(self):
-        self.store({"name": "Web", "formatType": PNG, "attachExifData": 1})
-        for words, expected in (((), {"Artist", "Model"}), (("--metadata", "none"), set()), (("--metadata", "rights"), {"Artist"}),
-                                (("--metadata", "all"), {"Artist", "Model", "GPSLatitude"})):
-            self.convert("--longest", "40", "--format", "png", "--out", "out", *words, "photo.jpg")
-            tags = {tag.split(":")[1] for tag in exiftool(self.folder / "out/photo.png")}
-            self.assertEqual(tags & {"Artist", "Model", "GPSLatitude"}, expected, words)
-            shutil.rmtree(self.folder / "out")
-        self.convert("--set", "Web", "photo.jpg")
-        self.assertNotIn("IFD0:Artist", exiftool(self.folder / "Web/photo.png"))
+    def test_png_and_tiff_keep_it_too_but_not_with_a_preset(self):
+        wanted = ("IFD0:Artist", "IFD0:Model", "ExifIFD:ISO", "ExifIFD:DateTimeOriginal", "ExifIFD:SerialNumber",
+                  "GPS:GPSLatitude")
+        original = exiftool(self.folder / "photo.jpg")
+        for extension, number in (("png", PNG), ("tiff", TIFF)):
+            self.store({"name": "Web", "formatType": number, "attachExifData": 1})
+            for words, count in (((), 4), (("--metadata", "none"), 0), (("--metadata", "rights"), 1), (("--metadata", "all"), 6)):
+                self.convert("--longest", "40", "--format", extension, "--out", "out", *words, "photo.jpg")
+                tags = exiftool(self.folder / f"out/photo.{extension}")
+                found = [name for name in wanted if name in tags]
+                self.assertEqual(len(found), count, (words, tags))
+                self.assertEqual({name: tags[name] for name in found}, {name: original[name] for name in found})
+                self.assertNotIn("ExifTool:Warning", tags)
+                shutil.rmtree(self.folder / "out")
+            self.convert("--set", "Web", "photo.jpg")
+            self.assertNotIn("IFD0:Artist", exiftool(self.folder / f"Web/photo.{extension}"))
+            shutil.rmtree(self.folder / "Web")
 
     def test_what_a_tiff_says_about_its_origin_is_kept(self):
         pictures.image(pictures.photo(60, 40)).save(self.folder / "a.tif", tiffinfo={315: "Ann", 33432: "Ann 2024", 271: "Maker"})
@@ -509,10 +516,9 @@ class Properties(ConvertByOptions):
         self.assertEqual([tags.get(f"IFD0:{name}") for name in ("Artist", "Copyright", "Make")], ["Ann", "Ann 2024", "Maker"])
 
     def test_a_format_that_cannot_keep_what_was_asked_for_gets_a_warning(self):
-        warning = ("warning: photo.jpg: the result has no EXIF data, since it is TIFF; JPEG, PNG, WebP, JPEG XL and AVIF keep "
-                   "them")
+        warning = "warning: photo.jpg: the result has no EXIF data, since it is GIF; all other formats keep them"
         for word, messages in (("rights", [warning]), ("all", [warning]), ("none", [])):
-            self.convert("--longest", "40", "--format", "tiff", "--metadata", word, "--out", word, "photo.jpg",
+            self.convert("--longest", "40", "--format", "gif", "--metadata", word, "--out", word, "photo.jpg",
                          messages=messages)
 
     def test_with_a_preset_exif_is_what_presets_keep(self):

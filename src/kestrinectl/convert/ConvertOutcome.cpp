@@ -72,7 +72,7 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const Conversi
     }
     if (outcome.isWritten && outcome.format != nullptr && losesWantedExif(recipe, *outcome.format))
         result.warn("the result has no EXIF data, since it is " + std::string(outcome.format->title)
-                    + "; JPEG, PNG, WebP, JPEG XL and AVIF keep them");
+                    + "; all other formats keep them");
     if (const auto omission = omissionIn(outcome.contents); omission && outcome.hasResult())
         result.warn(*omission);
     if (outcome.hasResult() && outcome.damage)

@@ -278,11 +278,13 @@ Result<void> UpdateManifest::record(const IntendedResult& result) {
 
 Result<void> UpdateManifest::finished(const ResizeJob& job, const FileMark& source,
                                       const std::vector<JobOutcome>& outcomes) {
+    const Result<ContentDigest> content = digestOfFile(job.path.utf8()); // takes long, so not under the lock
+    const Result<FileMark> now = markOfFile(job.path.utf8());
     const std::lock_guard lock(mutex_);
     const std::string path = keyOf(job.path.utf8());
     const std::vector<MadeFile>& intended = sources_[path].intended;
     Made made{.source = source, .content = {}, .options = optionsOf(job), .files = {}};
-    if (const Result<ContentDigest> content = digestOfFile(path); content && content->bytes == source.bytes)
+    if (content && now && now->looksLike(source)) // it is what was converted
         made.content = content->number;
     for (const JobOutcome& outcome : outcomes) {
         const auto file = std::find_if(intended.rbegin(), intended.rend(), [&](const MadeFile& each) {

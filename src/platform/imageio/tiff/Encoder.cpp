@@ -1,8 +1,9 @@
 // TIFF: classic, little-endian, uncompressed, in strips of about 64 KiB.
 // Every size is known beforehand, so the layout is computed first and the file is then written in one pass:
-// header, directory, values that are too long for their entry, strips.
+// header, directory, values that are too long for their entry, directories of EXIF data, strips.
 #include "platform/host/LittleEndian.h"
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/tiff/ExifFields.h"
 
 #include <algorithm>
 #include <array>
@@ -29,27 +30,25 @@ enum Tag : std::uint16_t {
     planarConfiguration = 284,
     resolutionUnit = 296,
     extraSamples = 338,
+    exifDirectory = 34665,
     iccProfile = 34675,
+    gpsDirectory = 34853,
+    interoperabilityDirectory = 40965,
 };
 
 enum class FieldType : std::uint16_t { shortNumber = 3, longNumber = 4, rational = 5, undefined = 7 };
 
 constexpr std::uint32_t headerBytes = 8;
-constexpr std::uint32_t entryBytes = 12;
 constexpr std::size_t stripBytes = 65536;
 
-/// One entry of the directory with its values as they are stored in the file.
-struct Field {
-    Tag tag;
-    FieldType type;
-    std::uint32_t count;
-    Bytes values;
+using Field = StoredField;
 
-    bool fitsEntry() const { return values.size() <= 4; }
-};
+Field fieldOf(std::uint16_t tag, FieldType type, std::size_t count) {
+    return {tag, static_cast<std::uint16_t>(type), static_cast<std::uint32_t>(count), {}};
+}
 
 Field shorts(Tag tag, std::span<const std::uint16_t> numbers) {
-    Field field{tag, FieldType::shortNumber, static_cast<std::uint32_t>(numbers.size()), {}};
+    Field field = fieldOf(tag, FieldType::shortNumber, numbers.size());
     for (const std::uint16_t number : numbers)
         appendLittleEndian(field.values, number, 2);
     return field;
@@ -58,7 +57,7 @@ Field shorts(Tag tag, std::span<const std::uint16_t> numbers) {
 Field shortNumber(Tag tag, std::uint16_t number) { return shorts(tag, {&number, 1}); }
 
 Field longs(Tag tag, std::span<const std::uint32_t> numbers) {
-    Field field{tag, FieldType::longNumber, static_cast<std::uint32_t>(numbers.size()), {}};
+    Field field = fieldOf(tag, FieldType::longNumber, numbers.size());
     field.values.reserve(4 * numbers.size());
     for (const std::uint32_t number : numbers)
         appendLittleEndian(field.values, number, 4);
@@ -84,17 +83,11 @@ Field rational(Tag tag, double number) {
             break;
         rest = 1 / (rest - static_cast<double>(whole));
     }
-    Field field{tag, FieldType::rational, 1, {}};
+    Field field = fieldOf(tag, FieldType::rational, 1);
     appendLittleEndian(field.values, static_cast<std::uint32_t>(numerator), 4);
     appendLittleEndian(field.values, static_cast<std::uint32_t>(denominator), 4);
     return field;
 }
-
-/// What the file contains and its size. Sizes are 64 bits wide until it is known that they fit 32 bits.
-struct Layout {
-    std::vector<Field> fields; ///< sorted by tag
-    std::uint64_t fileBytes;
-};
 
 struct Strips {
     std::uint32_t rowsEach, count;
@@ -148,55 +141,67 @@ std::vector<Field> fieldsOf(const RowFormat& format, const EncodingOptions& opti
         fields.push_back(shortNumber(extraSamples, straightAlpha));
     if (options.profile) {
         const ByteView icc = options.profile->bytes();
-        fields.push_back({iccProfile,
-                          FieldType::undefined,
-                          static_cast<std::uint32_t>(icc.size()),
-                          {icc.begin(), icc.end()}});
+        fields.push_back(fieldOf(iccProfile, FieldType::undefined, icc.size()));
+        fields.back().values.assign(icc.begin(), icc.end());
     }
     return fields;
 }
 
-std::uint64_t evenly(std::uint64_t size) { return size + size % 2; }
+/// Adds an entry unless there is one with this tag; the tags stay sorted.
+void add(StoredDirectory& directory, Field field) {
+    const auto place = std::ranges::lower_bound(directory, field.tag, {}, &Field::tag);
+    if (place == directory.end() || place->tag != field.tag)
+        directory.insert(place, std::move(field));
+}
 
-std::uint64_t directoryBytes(const std::vector<Field>& fields) { return 2 + entryBytes * fields.size() + 4; }
+/// The directories of the file, in the order in which they follow its header, and where the strips begin.
+struct Layout {
+    std::vector<StoredDirectory> directories; ///< that of the picture first
+    std::uint64_t firstStrip = headerBytes;   ///< 64 bits wide until it is known that they fit 32 bits
+};
+
+/// With the strips beginning at `firstStrip`, which does not change the sizes of the directories.
+Layout layoutFor(const RowFormat& format, const EncodingOptions& options, const Strips& strips,
+                 std::uint64_t firstStrip) {
+    ExifFields exif = exifFields(options.exif);
+    StoredDirectory page = fieldsOf(format, options, strips, firstStrip);
+    for (Field& field : exif.page)
+        add(page, std::move(field));
+    struct Link {
+        StoredDirectory& from;
+        Tag pointer;
+        StoredDirectory& to;
+    };
+    const std::array links = {Link{exif.exif, interoperabilityDirectory, exif.interoperability},
+                              Link{page, exifDirectory, exif.exif}, Link{page, gpsDirectory, exif.gps}};
+    // The pointers count for the length of the page, on which their values depend.
+    for (const auto& [from, pointer, to] : links)
+        if (!to.empty())
+            add(from, longNumber(pointer, 0));
+    Layout layout;
+    layout.firstStrip += storedBytes(page);
+    for (const auto& [from, pointer, to] : links)
+        if (!to.empty()) {
+            *std::ranges::find(from, pointer, &Field::tag) =
+                longNumber(pointer, static_cast<std::uint32_t>(layout.firstStrip));
+            layout.firstStrip += storedBytes(to);
+        }
+    for (StoredDirectory* directory : {&page, &exif.interoperability, &exif.exif, &exif.gps})
+        if (!directory->empty())
+            layout.directories.push_back(std::move(*directory));
+    return layout;
+}
 
 /// The part before the strips has the same size wherever they begin, so it is measured with offset 0.
-Layout layoutOf(const RowFormat& format, const EncodingOptions& options) {
-    const Strips strips(format);
-    std::uint64_t position = headerBytes;
-    const std::vector<Field> measured = fieldsOf(format, options, strips, 0);
-    position += directoryBytes(measured);
-    for (const Field& field : measured)
-        position += field.fitsEntry() ? 0 : evenly(field.values.size());
-    return {fieldsOf(format, options, strips, position), position + strips.bytesInAll};
+Layout layoutOf(const RowFormat& format, const EncodingOptions& options, const Strips& strips) {
+    return layoutFor(format, options, strips, layoutFor(format, options, strips, 0).firstStrip);
 }
 
-void appendHead(Bytes& file, const std::vector<Field>& fields) {
+void appendHead(Bytes& file, const Layout& layout) {
     file.insert(file.end(), {'I', 'I', 42, 0});
     appendLittleEndian(file, headerBytes, 4);
-    appendLittleEndian(file, static_cast<std::uint32_t>(fields.size()), 2);
-    std::uint64_t valuesAt = headerBytes + directoryBytes(fields);
-    for (const Field& field : fields) {
-        appendLittleEndian(file, field.tag, 2);
-        appendLittleEndian(file, static_cast<std::uint16_t>(field.type), 2);
-        appendLittleEndian(file, field.count, 4);
-        if (field.fitsEntry()) {
-            file.insert(file.end(), field.values.begin(), field.values.end());
-            file.insert(file.end(), 4 - field.values.size(), 0);
-        } else {
-            appendLittleEndian(file, static_cast<std::uint32_t>(valuesAt), 4);
-            valuesAt += evenly(field.values.size());
-        }
-    }
-    appendLittleEndian(file, 0, 4); // no next directory
-}
-
-void appendLongValues(Bytes& file, const std::vector<Field>& fields) {
-    for (const Field& field : fields)
-        if (!field.fitsEntry()) {
-            file.insert(file.end(), field.values.begin(), field.values.end());
-            file.insert(file.end(), field.values.size() % 2, 0);
-        }
+    for (const StoredDirectory& directory : layout.directories)
+        appendDirectory(file, directory);
 }
 
 /// Converts 16-bit samples from the byte order of a big-endian machine to the file's.
@@ -214,14 +219,15 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     if (!format.isWithinLimits())
         return Failure{format.pixels() == 0 ? Reason::empty : Reason::tooLarge,
                        "a picture of this size cannot become a TIFF"};
-    const Layout layout = layoutOf(format, options);
-    if (layout.fileBytes > std::numeric_limits<std::uint32_t>::max())
+    const Strips strips(format);
+    const Layout layout = layoutOf(format, options, strips);
+    const std::uint64_t fileBytes = layout.firstStrip + strips.bytesInAll;
+    if (fileBytes > std::numeric_limits<std::uint32_t>::max())
         return Failure{Reason::tooLarge, "a TIFF file cannot have more than 4 GiB"};
     Bytes file;
-    file.reserve(layout.fileBytes);
-    appendHead(file, layout.fields);
-    appendLongValues(file, layout.fields);
-    while (file.size() < layout.fileBytes) {
+    file.reserve(fileBytes);
+    appendHead(file, layout);
+    while (file.size() < fileBytes) {
         file.resize(file.size() + format.bytesPerRow());
         const std::span<std::uint8_t> row = std::span(file).last(format.bytesPerRow());
         TRY(rows.readRow(row));
