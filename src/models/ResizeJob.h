@@ -52,9 +52,8 @@ enum class Refusal : std::uint8_t { none, damaged, holdsMore };
 
 /// The result of one recipe of a job.
 struct JobOutcome {
-    NSString path; ///< of the output, written or not; "" when there was no folder for it
-    std::string
-        takenPath; ///< the path that it should have got, if that was taken by a file that stays; else ""
+    NSString path;         ///< of the output, written or not; "" when there was no folder for it
+    std::string takenPath; ///< the path that it should have, if another file has it; else ""
     bool isWritten = false;
     bool wasThere = false;    ///< `isWritten`, by an earlier run: a fixed path had the same content already
     bool isRepeated = false;  ///< nothing was made, since an earlier recipe of the job gave the same result
