@@ -10,7 +10,7 @@ namespace {
 
 // From the TIFF specification: codes of 9 to 12 bits, the highest bit first.
 constexpr unsigned clearCode = 256, endCode = 257, firstFreeCode = 258;
-constexpr unsigned minWidth = 9, maxWidth = 12;
+constexpr unsigned maxWidth = 12;
 
 /// What a code stands for, in one word: up to seven bytes themselves, the first one lowest, and in the
 /// highest byte their number in bits. A longer string is its place in the output: where it begins and its
