@@ -23,6 +23,7 @@ DEFAULTS = dict(name="Untitled", replaceFile=0, resizeType=0, height=1200.0, wid
                 formatType=1, compression=70.0, attachExifData=0, convertResolution=1, autoRotate=0, chooseFolder=0,
                 highQuality=1)
 JPEG, PNG, TIFF, GIF = 0, 1, 2, 3
+HANGING_AFTER = 900  # seconds; far more than any run takes, also under a sanitizer on a busy machine
 
 
 class Typedstream:
@@ -150,7 +151,7 @@ class ToolTest(unittest.TestCase):
     def run_tool(self, *arguments, program="kestrine", **options):
         environment = options.pop("environment", self.environment)
         folder = options.pop("cwd", self.folder)
-        return subprocess.run([BIN / program, *arguments], cwd=folder, env=environment, capture_output=True, timeout=120,
+        return subprocess.run([BIN / program, *arguments], cwd=folder, env=environment, capture_output=True, timeout=HANGING_AFTER,
                               **options)
 
     def kestrine(self, *arguments, **options):
@@ -171,7 +172,7 @@ class ToolTest(unittest.TestCase):
             subprocess.run(["chown", "-R", "65534", self.home], check=True)
             if subprocess.run([*command[:-1], "cat", BIN / program], capture_output=True).returncode != 0:
                 self.skipTest("another user cannot run the program from here")
-        return subprocess.run([*command, *arguments], cwd=self.folder, env=self.uncounted(), capture_output=True, timeout=120)
+        return subprocess.run([*command, *arguments], cwd=self.folder, env=self.uncounted(), capture_output=True, timeout=HANGING_AFTER)
 
     def uncounted(self):
         """The environment of programs that cannot write where a build that counts coverage keeps its counts, or that are
