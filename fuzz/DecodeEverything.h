@@ -33,7 +33,7 @@ inline void encodeEverything(PixelBuffer pixels) {
             rows = rowsOnWhite(std::move(rows));
         if (!format.holdsGray && rows->format().model == ColorModel::gray)
             rows = rowsInSRGB(std::move(rows), nullptr);
-        if (const Result<Bytes> file = format.encode(*rows, {.quality = 0.7}))
+        if (const Result<Bytes> file = encoded(format.encode, *rows, {.quality = 0.7}))
             useBytes(*file);
     }
 }

@@ -16,7 +16,7 @@ bool isSmall(const RowFormat& format) {
 }
 
 void tryAgain(const PixelBuffer& picture) {
-    auto file = gif::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {});
+    auto file = encoded(gif::encode, *rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {});
     auto decoder = gif::codec.open(readerOfBytes(std::move(*file)));
     auto rows = (*decoder)->rows(0, 0);
     if (readAllRows(**rows)->bytes != picture.bytes)

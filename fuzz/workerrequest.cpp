@@ -18,7 +18,7 @@ Bytes pictureFile() {
         std::make_shared<PixelBuffer>(RowFormat{24, 16, ColorModel::rgb, false, SampleDepth::bits8});
     for (std::size_t i = 0; i < pixels->bytes.size(); ++i)
         pixels->bytes[i] = static_cast<std::uint8_t>(i * 7);
-    return *jpeg::encode(*rowsOfPixels(pixels), {.quality = 0.9});
+    return *encoded(jpeg::encode, *rowsOfPixels(pixels), {.quality = 0.9});
 }
 
 Result<Bytes> size(const std::shared_ptr<const ByteReader>& file) {
@@ -68,6 +68,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     request->usesOneThread = true;
     request->codec = numberOf(jpeg::codec);
     Service service(questions);
-    (void)service.responseTo(*request, FileDescriptor(::dup(file.number())));
+    (void)service.responseTo(*request, FileDescriptor(::dup(file.number())), FileDescriptor());
     return 0;
 }

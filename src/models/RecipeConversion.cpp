@@ -174,6 +174,30 @@ bool isLeftLying(const NSImage& image, const ConversionRecipe& recipe, const Out
     return picture.description().orientation != 1 && !picture.wasTurned() && !saysOrientation;
 }
 
+/// Otherwise there can be no result; the reason is noted if the plan does not tell it.
+bool mayBeEncoded(const PlannedResult& plan, const ConversionRecipe& recipe) {
+    if (plan.image == nullptr || plan.format == nullptr)
+        return false;
+    if (!recipe.isLossless || !plan.format->hasQuality || plan.format->hasLossless)
+        return true;
+    noteFailure({Reason::unsupported,
+                 "a " + std::string(plan.format->title) + " cannot be lossless; choose another format"});
+    return false;
+}
+
+/// What the result keeps of the source beside the pixels.
+std::vector<NSString> keptProperties(const PlannedResult& plan, const ConversionRecipe& recipe) {
+    std::vector<NSString> names = {NSImageColorSyncProfileData};
+    if (recipe.exif && holdsExif(*plan.format, *recipe.exif))
+        names.push_back(NSImageEXIFData);
+    return names;
+}
+
+EncodingRules rulesOf(const ConversionRecipe& recipe) {
+    return {recipe.exif.value_or(ExifSelection::camera), recipe.maxBytes, recipe.isLossless,
+            recipe.isProgressive, recipe.effort};
+}
+
 } // namespace
 
 const OutputFormat* namedFormat(const FormatRule& rule) {
@@ -201,19 +225,17 @@ PlannedResult plannedResult(const ConversionRecipe& recipe, const PictureFile& f
 
 std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const ConversionRecipe& recipe,
                                             const PictureFile& file) {
-    if (plan.image == nullptr || plan.format == nullptr)
+    if (!mayBeEncoded(plan, recipe))
         return nullptr;
-    if (recipe.isLossless && plan.format->hasQuality && !plan.format->hasLossless) {
-        noteFailure({Reason::unsupported,
-                     "a " + std::string(plan.format->title) + " cannot be lossless; choose another format"});
-        return nullptr;
-    }
-    std::vector<NSString> names = {NSImageColorSyncProfileData};
-    if (recipe.exif && holdsExif(*plan.format, *recipe.exif))
-        names.push_back(NSImageEXIFData);
-    return myUtility::representationInFormat(*plan.image, plan.format->type, recipe.quality, file, names,
-                                             {recipe.exif.value_or(ExifSelection::camera), recipe.maxBytes,
-                                              recipe.isLossless, recipe.isProgressive, recipe.effort});
+    return myUtility::representationInFormat(*plan.image, plan.format->type, recipe.quality, file,
+                                             keptProperties(plan, recipe), rulesOf(recipe));
+}
+
+bool writeResult(int result, const PlannedResult& plan, const ConversionRecipe& recipe,
+                 const PictureFile& file) {
+    return mayBeEncoded(plan, recipe)
+           && myUtility::writeRepresentationInFormat(result, *plan.image, plan.format->type, recipe.quality,
+                                                     file, keptProperties(plan, recipe), rulesOf(recipe));
 }
 
 NSString resultName(const NSString& path, const OutputFormat* format, bool keepsExtension) {

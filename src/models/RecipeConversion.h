@@ -27,6 +27,11 @@ PlannedResult plannedResult(const ConversionRecipe& recipe, const PictureFile& f
 std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const ConversionRecipe& recipe,
                                             const PictureFile& file);
 
+/// The same into `result`, a descriptor of an empty file that is open for writing. False where the other
+/// gives nil; the content of the file is then of no use.
+bool writeResult(int result, const PlannedResult& plan, const ConversionRecipe& recipe,
+                 const PictureFile& file);
+
 /// The name of a result without a template: the source's stem with the extension of the format, in upper case
 /// when the source's is. Without a format, and with `keepsExtension` where the source has an extension of the
 /// format, it is the source's extension.

@@ -44,11 +44,25 @@ Result<TrashedItem> moveToTrash(const NSString& path) {
 }
 
 /// Returns the path of the published result.
-Result<std::string> publish(const NSData& data, StagedFile* staged, const CandidatePaths& candidates,
+Result<std::string> publish(const NewContent& content, StagedFile* staged, const CandidatePaths& candidates,
                             Durability durability, const std::optional<FileRights>& rights) {
     return staged != nullptr ? staged->publish(candidates)
-                             : publishNewFile(candidates, data.bytes(), durability, rights);
+                             : publishNewFile(candidates, content, durability, rights);
 }
+
+/// The bytes of a result: in memory, or in a file that only needs a name.
+struct MadeResult {
+    std::shared_ptr<const NSData> data; ///< nil for a file
+    std::optional<NewContent> content;  ///< nullopt if there is no result
+    ContentDigest digest;               ///< of the content, if the job has a recorder
+
+    static MadeResult of(std::shared_ptr<const NSData> data) {
+        return {data, data == nullptr ? std::nullopt : std::optional<NewContent>(data->bytes()), {}};
+    }
+    static Result<MadeResult> of(NamelessFile file) {
+        return MadeResult{nullptr, TRY(NewContent::of(std::move(file))), {}};
+    }
+};
 
 /// One run of a job.
 class JobRun {
@@ -60,21 +74,24 @@ public:
         const ConversionRecipe& recipe = job_.recipes[position];
         JobOutcome outcome;
         PlannedResult plan{.format = namedFormat(recipe.format)};
-        const std::shared_ptr<const NSData> data = convert(recipe, plan, outcome);
+        const OptionalString folder = folderOfResult(position);
+        if (job_.replacesFile())
+            if (const Result<FileRights> rights = rightsOfFile(job_.path.utf8()))
+                rights_ = *rights;
+        const MadeResult made = convert(recipe, folder, plan, outcome);
         if (outcome.isRepeated)
             return outcome;
-        outcome.bytes = data == nullptr ? 0 : data->length();
+        outcome.bytes = made.content ? made.content->size() : 0;
         if (recipe.place.isReturned) {
-            outcome.data = data;
+            outcome.data = made.data;
             return outcome;
         }
         const bool isWithheld = job_.policy.onlyWithResult && outcome.failure.has_value();
         if (!job_.fixedPaths.empty()) {
             if (!isWithheld)
-                writeTo(job_.fixedPaths[position], data.get(), recipe.times, outcome);
+                writeTo(job_.fixedPaths[position], made, recipe.times, outcome);
             return outcome;
         }
-        const OptionalString folder = outputFolder(recipe);
         if (!folder && !outcome.failure)
             outcome.failure = Failure{Reason::notFound, "there is no folder for the result"};
         if (isWithheld || !folder)
@@ -84,9 +101,9 @@ public:
         if (job_.replacesFile() && outcome.fitsAlready)
             return outcome;
         if (job_.replacesFile())
-            replace(data.get(), outcome);
+            replace(made, outcome);
         else
-            write(data.get(), nullptr, Durability::cached, intendedResult(data.get(), outcome.path), outcome);
+            write(made, nullptr, Durability::cached, intendedResult(made, outcome.path), outcome);
         if (outcome.isWritten && time)
             (void)setModificationTime(outcome.path.utf8(), *time); // not every file system stores it
         return outcome;
@@ -111,18 +128,18 @@ private:
                || (recipe.place.name && recipe.place.name->dependsOnPicture());
     }
 
-    /// nil if there is no result; the outcome then has the reason.
-    std::shared_ptr<const NSData> convert(const ConversionRecipe& recipe, PlannedResult& plan,
-                                          JobOutcome& outcome) {
+    /// Without content if there is no result; the outcome then has the reason.
+    MadeResult convert(const ConversionRecipe& recipe, const OptionalString& folder, PlannedResult& plan,
+                       JobOutcome& outcome) {
         if (hostility_) {
             outcome.failure = hostility_;
-            return nullptr;
+            return {};
         }
         const FailureCollector collector;
         const std::shared_ptr<NSImage> image = imageFor(recipe);
         noteHostility(collector);
         if (image != nullptr && !mayApply(outcome))
-            return nullptr;
+            return {};
         const bool mayLoad = image != nullptr || job_.content == nullptr; // a path is tried again
         if (!hostility_ && mayLoad)
             plan = plannedResult(recipe, file_, image);
@@ -132,26 +149,61 @@ private:
         outcome.isLeftLying = plan.isLeftLying;
         outcome.isRepeated = isRepeated(recipe, plan);
         if (outcome.isRepeated)
-            return nullptr;
+            return {};
         if (auto own = hostility_ ? nullptr : bytesIfFitting(recipe, plan, image.get())) {
             outcome.fitsAlready = true;
             const auto pixels = image->bestRepresentation();
             outcome.width = plan.width = static_cast<std::uint32_t>(pixels->pixelsWide());
             outcome.height = plan.height = static_cast<std::uint32_t>(pixels->pixelsHigh());
-            return own;
+            return digested(MadeResult::of(std::move(own)));
         }
-        auto data = hostility_ ? nullptr : encodedResult(plan, recipe, file_);
+        MadeResult made = hostility_ ? MadeResult() : digested(encode(plan, recipe, folder));
         noteHostility(collector);
         if (image != nullptr)
             outcome.damage = image->damage();
-        if (data != nullptr && outcome.damage && job_.policy.refusesDamaged) {
+        if (made.content && outcome.damage && job_.policy.refusesDamaged) {
             outcome.failure = outcome.damage;
             outcome.refusal = Refusal::damaged;
-            return nullptr;
+            return {};
         }
-        if (data == nullptr)
+        if (!made.content)
             outcome.failure = reasonIn(collector, image != nullptr && plan.format != nullptr);
-        return data;
+        return made;
+    }
+
+    /// Where the result will have its name, the process that encodes writes it at once, unless the file
+    /// system has no nameless files.
+    MadeResult encode(const PlannedResult& plan, const ConversionRecipe& recipe,
+                      const OptionalString& folder) const {
+        constexpr mode_t ofAnyFile = 0666, untilItHasItsRights = 0600;
+        if (plan.image == nullptr || !folder || folder->isEmpty())
+            return MadeResult::of(encodedResult(plan, recipe, file_));
+        Result<NamelessFile> file =
+            NamelessFile::createFor(folder->utf8(), rights_ ? untilItHasItsRights : ofAnyFile);
+        if (!file)
+            return MadeResult::of(encodedResult(plan, recipe, file_));
+        if (!writeResult(file->descriptor(), plan, recipe, file_))
+            return {};
+        return valueOrNothing(MadeResult::of(*std::move(file)));
+    }
+
+    /// Notes a failure.
+    static MadeResult valueOrNothing(Result<MadeResult> made) {
+        if (made)
+            return *std::move(made);
+        noteFailure(made.failure());
+        return {};
+    }
+
+    /// With the digest, if one is needed.
+    MadeResult digested(MadeResult made) const {
+        if (job_.recorder == nullptr || !made.content)
+            return made;
+        const Result<ContentDigest> digest = made.content->digest();
+        if (!digest)
+            return valueOrNothing(digest.failure());
+        made.digest = *digest;
+        return made;
     }
 
     /// Whether several sizes of one recipe became equal because pictures are not enlarged.
@@ -201,23 +253,30 @@ private:
                 hostility_ = failure;
     }
 
+    /// nil if the result gets no name in a folder.
+    OptionalString folderOfResult(std::size_t position) const {
+        const ConversionRecipe& recipe = job_.recipes[position];
+        if (recipe.place.isReturned)
+            return {};
+        return job_.fixedPaths.empty() ? outputFolder(recipe)
+                                       : job_.fixedPaths[position].deletingLastPathComponent();
+    }
+
     OptionalString outputFolder(const ConversionRecipe& recipe) const {
         return job_.replacesFile() ? job_.path.deletingLastPathComponent()
                                    : folderFor(recipe.place, job_.saveFolderPath, job_.rootPath);
     }
 
     /// Moves the original to the trash first, so that the result can get its name.
-    void replace(const NSData* data, JobOutcome& outcome) {
+    void replace(const MadeResult& made, JobOutcome& outcome) {
         std::optional<StagedFile> staged;
-        if (const Result<FileRights> rights = rightsOfFile(job_.path.utf8()))
-            rights_ = *rights;
-        IntendedResult intended = intendedResult(data, outcome.path);
+        IntendedResult intended = intendedResult(made, outcome.path);
         if (job_.policy.onlyWithResult) {
             const std::string folder = outcome.path.deletingLastPathComponent().utf8(),
                               hidden = temporaryName();
             intended.path = nameBesideOriginal(outcome.path).utf8();
             intended.hiddenPath = joinedPath(folder, hidden);
-            Result<StagedFile> written = stage(intended, folder, hidden, data);
+            Result<StagedFile> written = stage(intended, folder, hidden, *made.content);
             if (!written) {
                 outcome.failure = written.failure();
                 return;
@@ -229,24 +288,23 @@ private:
             outcome.trashedPath = trashed->path;
         else
             outcome.trashFailure = trashed.failure();
-        write(data, staged ? &*staged : nullptr, Durability::synced, std::move(intended), outcome);
+        write(made, staged ? &*staged : nullptr, Durability::synced, std::move(intended), outcome);
     }
 
     Result<StagedFile> stage(const IntendedResult& intended, const std::string& folder,
-                             const std::string& hiddenName, const NSData* data) const {
+                             const std::string& hiddenName, const NewContent& content) const {
         TRY(checkNameIsPossible(intended.path));
         if (job_.recorder != nullptr)
             TRY(job_.recorder->record(intended));
-        return StagedFile::write(folder, data->bytes(), hiddenName, rights_);
+        return StagedFile::write(folder, content, hiddenName, rights_);
     }
 
     /// Without a path, which is not decided yet.
-    IntendedResult intendedResult(const NSData* data, const NSString& wanted) const {
+    IntendedResult intendedResult(const MadeResult& made, const NSString& wanted) const {
         return {.source = job_.path.utf8(),
                 .replacesSource = job_.replacesFile(),
                 .wanted = wanted.utf8(),
-                .content =
-                    job_.recorder == nullptr || data == nullptr ? ContentDigest() : digestOf(data->bytes())};
+                .content = made.digest};
     }
 
     /// The name that a result gets when the original's name is free.
@@ -272,8 +330,8 @@ private:
     }
 
     /// Publishes a result under the first free name. Returns its path.
-    Result<std::string> publishUnderFreeName(const NSData& data, StagedFile* staged, Durability durability,
-                                             IntendedResult& intended) const {
+    Result<std::string> publishUnderFreeName(const NewContent& content, StagedFile* staged,
+                                             Durability durability, IntendedResult& intended) const {
         const NSString wanted = NSString::fromUTF8(intended.wanted);
         std::optional<Failure> unrecorded;
         const auto candidates = [&](unsigned) {
@@ -282,29 +340,29 @@ private:
                 unrecorded = recorded.failure();
             return unrecorded ? "" : path; // no file can have an empty path
         };
-        const Result<std::string> published = publish(data, staged, candidates, durability, rights_);
+        const Result<std::string> published = publish(content, staged, candidates, durability, rights_);
         return unrecorded ? Result<std::string>(*unrecorded) : published;
     }
 
     /// Replaces the result of an earlier run. Returns its path.
-    Result<std::string> publishInPlaceOf(const EarlierResult& earlier, const NSData& data,
+    Result<std::string> publishInPlaceOf(const EarlierResult& earlier, const NewContent& content,
                                          IntendedResult& intended) const {
         TRY(recordName(intended, earlier.path));
-        TRY(replaceFile(earlier.path, data.bytes(), Durability::cached));
+        TRY(replaceFile(earlier.path, content, Durability::cached));
         return earlier.path;
     }
 
     /// Writes to the first free name. Sets the outcome's path, even if nothing is written.
-    void write(const NSData* data, StagedFile* staged, Durability durability, IntendedResult intended,
+    void write(const MadeResult& made, StagedFile* staged, Durability durability, IntendedResult intended,
                JobOutcome& outcome) const {
         const std::optional<Failure> folderFailure = makeFolders(outcome.path.deletingLastPathComponent());
-        const EarlierResult* earlier = data == nullptr ? nullptr : earlierResult(intended.wanted);
+        const EarlierResult* earlier = made.content ? earlierResult(intended.wanted) : nullptr;
         outcome.path = earlier == nullptr ? uniqueFileName(outcome.path) : NSString::fromUTF8(earlier->path);
-        if (data == nullptr)
+        if (!made.content)
             return;
-        const Result<std::string> written = earlier == nullptr
-                                                ? publishUnderFreeName(*data, staged, durability, intended)
-                                                : publishInPlaceOf(*earlier, *data, intended);
+        const Result<std::string> written =
+            earlier == nullptr ? publishUnderFreeName(*made.content, staged, durability, intended)
+                               : publishInPlaceOf(*earlier, *made.content, intended);
         outcome.isWritten = written.ok();
         if (written && earlier == nullptr && *written != intended.wanted)
             outcome.takenPath = intended.wanted;
@@ -315,36 +373,37 @@ private:
     }
 
     /// Whether the file at `path` has this content already.
-    static bool isThere(const std::string& path, const ContentDigest& content) {
-        const Result<ContentDigest> there = digestOfFile(path);
-        return there && *there == content;
+    static bool isThere(const std::string& path, const NewContent& content) {
+        const Result<ContentDigest> there = digestOfFile(path), own = content.digest();
+        return there && own && *there == *own;
     }
 
     /// Publishes a result at a fixed path. Returns whether it was there already.
-    Result<bool> publishAt(const std::string& path, const NSData& data, IntendedResult& intended) const {
+    Result<bool> publishAt(const std::string& path, const NewContent& content,
+                           IntendedResult& intended) const {
         const std::optional<Failure> folderFailure =
             makeFolders(NSString::fromUTF8(path).deletingLastPathComponent());
         TRY(recordName(intended, path));
         const Result<std::string> published =
-            publishNewFile([&](unsigned) { return path; }, data.bytes(), Durability::cached);
+            publishNewFile([&](unsigned) { return path; }, content, Durability::cached);
         if (published)
             return false;
         if (published.failure().reason != Reason::alreadyExists)
             return folderFailure.value_or(published.failure());
-        if (isThere(path, digestOf(data.bytes())))
+        if (isThere(path, content))
             return true;
         return Failure{Reason::alreadyExists, path + " is there already with other content, and stays"};
     }
 
-    void writeTo(const NSString& path, const NSData* data, TimesRule times, JobOutcome& outcome) const {
+    void writeTo(const NSString& path, const MadeResult& made, TimesRule times, JobOutcome& outcome) const {
         outcome.path = path;
         if (path.isEmpty())
             outcome.failure = Failure{Reason::notFound, "there is no name for the result"};
-        if (data == nullptr || path.isEmpty())
+        if (!made.content || path.isEmpty())
             return;
         const std::optional<FileTime> time = timeOfResult(times, file_);
-        IntendedResult intended = intendedResult(data, path);
-        const Result<bool> published = publishAt(path.utf8(), *data, intended);
+        IntendedResult intended = intendedResult(made, path);
+        const Result<bool> published = publishAt(path.utf8(), *made.content, intended);
         outcome.isWritten = published.ok();
         outcome.wasThere = published.ok() && *published;
         if (!published)

@@ -38,8 +38,8 @@ TEST(Encoding, theProfileAndEXIFOfAJPEGSourceAreKept) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({16, 12, ColorModel::rgb})));
     const Bytes exif = {'M', 'M', 0, 42, 0, 0,   0,   8,   0, 1, 0x01, 0x0F, 0,
                         2,   0,   0, 0,  4, 'C', 'a', 'm', 0, 0, 0,    0,    0};
-    const NSString path = NSString::fromUTF8(
-        folder.write("a.jpg", *jpeg::encode(*rows, {.quality = 0.9, .profile = &profile, .exif = exif})));
+    const NSString path = NSString::fromUTF8(folder.write(
+        "a.jpg", *encoded(jpeg::encode, *rows, {.quality = 0.9, .profile = &profile, .exif = exif})));
     const auto image = NSImage::initWithContentsOfFile(path);
     const ImageProperties kept = imagePropertiesForFile(*image, path, nullptr, profileAndExif);
     EXPECT_EQ(kept.size(), 2U);
@@ -100,7 +100,7 @@ TEST(Encoding, theCompressionIsTheQualityLimitedToItsRange) {
 TEST(Encoding, aPaletteIsKeptFromTheSourceFile) {
     const testing::TemporaryFolder folder;
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({16, 12, ColorModel::rgb})));
-    const NSString path = NSString::fromUTF8(folder.write("a.gif", *gif::encode(*rows, {})));
+    const NSString path = NSString::fromUTF8(folder.write("a.gif", *encoded(gif::encode, *rows, {})));
     const auto image = NSImage::initWithContentsOfFile(path);
     const ImageProperties kept = imagePropertiesForFile(*image, path, nullptr, {NSImageRGBColorTable});
     ASSERT_TRUE(kept.contains(NSImageRGBColorTable));
@@ -111,14 +111,14 @@ TEST(Encoding, eachPropertyOfTheSourceIsKeptOnlyWhenItIsNamed) {
     const testing::TemporaryFolder folder;
     const PixelBuffer photo = makePhoto({16, 12, ColorModel::rgb});
     const auto rowsForGIF = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
-    const NSString gif = NSString::fromUTF8(folder.write("a.gif", *gif::encode(*rowsForGIF, {})));
+    const NSString gif = NSString::fromUTF8(folder.write("a.gif", *encoded(gif::encode, *rowsForGIF, {})));
     EXPECT_TRUE(imagePropertiesForFile(*NSImage::initWithContentsOfFile(gif), gif, nullptr, {NSImageEXIFData})
                     .empty());
     const auto rowsForJPEG = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
     const Bytes exif = {'M', 'M', 0, 42, 0, 0,   0,   8,   0, 1, 0x01, 0x0F, 0,
                         2,   0,   0, 0,  4, 'C', 'a', 'm', 0, 0, 0,    0,    0};
     const NSString jpeg =
-        NSString::fromUTF8(folder.write("a.jpg", *jpeg::encode(*rowsForJPEG, {.exif = exif})));
+        NSString::fromUTF8(folder.write("a.jpg", *encoded(jpeg::encode, *rowsForJPEG, {.exif = exif})));
     const auto image = NSImage::initWithContentsOfFile(jpeg);
     EXPECT_TRUE(imagePropertiesForFile(*image, jpeg, nullptr, {NSImageRGBColorTable}).empty());
     EXPECT_EQ(imagePropertiesForFile(*image, jpeg, nullptr, {NSImageEXIFData}).size(), 1U);
@@ -163,7 +163,8 @@ TEST(Encoding, aTurnAndItsOppositeKeepTheOrientationOfTheSource) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({16, 12, ColorModel::rgb})));
     const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x01, 0x12, 0,
                         3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0,    0,    0};
-    const NSString path = NSString::fromUTF8(folder.write("a.jpg", *jpeg::encode(*rows, {.exif = exif})));
+    const NSString path =
+        NSString::fromUTF8(folder.write("a.jpg", *encoded(jpeg::encode, *rows, {.exif = exif})));
     const auto image = NSImage::initWithContentsOfFile(path);
     const auto orientationIn = [&](const ImagePointer& drawn) {
         const auto jpeg = JPEGRepresentationWithCompression(*drawn, 0.7F, path, {NSImageEXIFData});
@@ -208,7 +209,7 @@ TEST(Encoding, aGIFUsesTheColourTableOfItsSource) {
         testing::makePicture({16, 12, ColorModel::rgb, false, SampleDepth::bits8},
                              [](auto x, auto, std::size_t c) { return c == 0 && x < 8 ? 200U : 0U; });
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(twoColors));
-    const NSString source = NSString::fromUTF8(folder.write("a.gif", *gif::encode(*rows, {})));
+    const NSString source = NSString::fromUTF8(folder.write("a.gif", *encoded(gif::encode, *rows, {})));
     const LoadedImage photo(16, 12);
     const auto tableOf = [](const DataPointer& gif) {
         return *(*openImage(readerOfBytes(gif->bytes())))->colorTable();

@@ -21,7 +21,7 @@ protected:
     void SetUp() override {
         const auto pixels = std::make_shared<PixelBuffer>(
             testing::makePhoto({60, 40, ColorModel::rgb, false, SampleDepth::bits8}));
-        path = folder.write("a.jpg", *jpeg::encode(*rowsOfPixels(pixels), {.quality = 0.9}));
+        path = folder.write("a.jpg", *encoded(jpeg::encode, *rowsOfPixels(pixels), {.quality = 0.9}));
     }
 
     /// Renders the picture. Returns whether this process decoded it, or nullopt if that failed.

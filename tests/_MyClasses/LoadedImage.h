@@ -21,7 +21,7 @@ private:
     static Bytes tiffOf(const PixelBuffer& pixels, double dotsPerInch) {
         const ColorProfile profile = ColorProfile::adobeRGB();
         const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-        return *tiff::encode(*rows, {.resolution = {dotsPerInch, dotsPerInch}, .profile = &profile});
+        return *encoded(tiff::encode, *rows, {.resolution = {dotsPerInch, dotsPerInch}, .profile = &profile});
     }
     TemporaryFolder folder_;
 

@@ -180,6 +180,18 @@ class Bombs(ToolTest):
             darkest, brightest = picture.convert("L").getextrema()
             self.assertTrue(230 < darkest <= brightest < 255, (darkest, brightest))
 
+    def test_large_results_are_not_held_in_memory(self):
+        name = self.put("large.png", lambda: png(8000, 6000, 8, 2))
+        for kind in ("tiff", "png", "jpeg"):
+            with self.subTest(kind):
+                status, output, memory, _ = self.cost("--format", kind, "--longest", "8000", "--out", kind, name)
+                self.assertEqual(status, 0, output)
+                self.assert_small(memory, 64 * MEBIBYTE)
+        [result] = (self.folder / "tiff").rglob("large.*")
+        self.assertGreater(result.stat().st_size, 8000 * 6000 * 3)
+        with Image.open(result) as picture:
+            self.assertEqual(picture.size, (8000, 6000))
+
     def test_several_sets_decode_again_what_is_too_large_to_be_kept(self):
         name = self.put("a.png", lambda: png(15000, 10000, 8, 2))
         status, output, memory, _ = self.cost("--set", "Small", name)

@@ -14,7 +14,7 @@ Written by `scripts/formats`. It makes files of every variant below, converts th
 with those of another program; where it does not, the page says so. The ordinary tests repeat this and compare the page with what
 they find. What is kept of a file was found in the same way.
 
-"Held" is memory that grows with the whole picture; of a result, its bytes are held as well. The costs are those of one picture
+"Held" is memory that grows with the whole picture. The costs are those of one picture
 of 12 megapixels: for reading, that of converting it to a JPEG of 1200 pixels; for writing, that of converting a PPM of the same
 size. The memory is the peak of the process above that of `kestrinectl --version`, and up to 2 MiB too low, because the least that
 can be measured is about 8 MiB. The time is that of all processors, the start of the program included. Both are medians. They

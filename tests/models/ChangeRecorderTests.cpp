@@ -35,9 +35,10 @@ public:
 class Recording : public ::testing::Test {
 protected:
     Recording() {
-        folder.write("a.png", *png::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(testing::makePhoto(
-                                               {30, 20, ColorModel::rgb, false, SampleDepth::bits8}))),
-                                           {}));
+        folder.write("a.png", *encoded(png::encode,
+                                       *rowsOfPixels(std::make_shared<PixelBuffer>(testing::makePhoto(
+                                           {30, 20, ColorModel::rgb, false, SampleDepth::bits8}))),
+                                       {}));
     }
 
     JobOutcome run(bool replaces, std::vector<EarlierResult> earlier = {}) {

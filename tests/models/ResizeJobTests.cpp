@@ -25,7 +25,7 @@ constexpr JobPolicy acceptsDamage = {.onlyWithResult = true, .refusesDamaged = f
 
 Bytes photo() {
     const auto pixels = testing::makePhoto({300, 200, ColorModel::rgb, false, SampleDepth::bits8});
-    return *jpeg::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(pixels)), {.quality = 0.9});
+    return *encoded(jpeg::encode, *rowsOfPixels(std::make_shared<PixelBuffer>(pixels)), {.quality = 0.9});
 }
 
 Bytes cutOffPhoto() {

@@ -31,7 +31,8 @@ public:
     Conversion(std::uint32_t width, std::uint32_t height, double dotsPerInch = 72) {
         const auto pixels = testing::makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
         const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-        path_ = folder_.write("a.tif", *tiff::encode(*rows, {.resolution = {dotsPerInch, dotsPerInch}}));
+        path_ =
+            folder_.write("a.tif", *encoded(tiff::encode, *rows, {.resolution = {dotsPerInch, dotsPerInch}}));
     }
 
     Pixels sizeWith(const std::shared_ptr<ResizeSet>& set) const { return sizeOf(dataWith(set)); }
@@ -209,8 +210,8 @@ Pixels sizeOfTurned(std::uint32_t storedWidth, std::uint32_t storedHeight,
     // Big-endian, one entry: Orientation 6.
     const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x01, 0x12, 0,
                         3,   0,   0, 0,  1, 0, 6, 0, 0, 0, 0,    0,    0};
-    const NSString path =
-        NSString::fromUTF8(folder.write("a.jpg", *jpeg::encode(*rows, {.quality = 0.9, .exif = exif})));
+    const NSString path = NSString::fromUTF8(
+        folder.write("a.jpg", *encoded(jpeg::encode, *rows, {.quality = 0.9, .exif = exif})));
     return sizeOf(set->resizedImageDataWithFile(path, nullptr));
 }
 
@@ -238,22 +239,23 @@ TEST(Quality, compression70GivesAQualityOf70Percent) {
     const testing::TemporaryFolder folder;
     const auto pixels = testing::makePhoto({64, 64, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    const NSString path = NSString::fromUTF8(folder.write("a.tif", *tiff::encode(*rows, {})));
+    const NSString path = NSString::fromUTF8(folder.write("a.tif", *encoded(tiff::encode, *rows, {})));
     const auto set = makeSet(u"S", {{u"resizeType", 3}, {u"formatType", 0}, {u"compression", 70.0F}});
     const auto again = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    EXPECT_EQ(set->resizedImageDataWithFile(path, nullptr)->bytes(), *jpeg::encode(*again, {.quality = 0.7}));
+    EXPECT_EQ(set->resizedImageDataWithFile(path, nullptr)->bytes(),
+              *encoded(jpeg::encode, *again, {.quality = 0.7}));
 }
 
 TEST(Quality, everyCompressionIsUsedAsItIsEven0) {
     const testing::TemporaryFolder folder;
     const auto pixels = testing::makePhoto({64, 64, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    const NSString path = NSString::fromUTF8(folder.write("a.tif", *tiff::encode(*rows, {})));
+    const NSString path = NSString::fromUTF8(folder.write("a.tif", *encoded(tiff::encode, *rows, {})));
     for (const float percent : {0.0F, 1.0F, 69.0F, 100.0F}) {
         const auto set = makeSet(u"S", {{u"resizeType", 3}, {u"formatType", 0}, {u"compression", percent}});
         const auto again = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
         EXPECT_EQ(set->resizedImageDataWithFile(path, nullptr)->bytes(),
-                  *jpeg::encode(*again, {.quality = static_cast<double>(percent) / 100}))
+                  *encoded(jpeg::encode, *again, {.quality = static_cast<double>(percent) / 100}))
             << percent;
     }
 }
@@ -263,7 +265,7 @@ TEST(Conversion, usesAGivenImageAsItIs) {
     const auto pixels = testing::makePhoto({300, 200, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
     const NSString path =
-        NSString::fromUTF8(folder.write("a.tif", *tiff::encode(*rows, {.resolution = {300, 300}})));
+        NSString::fromUTF8(folder.write("a.tif", *encoded(tiff::encode, *rows, {.resolution = {300, 300}})));
     const auto image = NSImage::initWithContentsOfFile(path); // 72 x 48 points
     const auto set = makeSet(u"S", {{u"resizeType", 2}, {u"maxSize", 36.0F}, {u"convertResolution", true}});
     EXPECT_EQ(sizeOf(set->resizedImageDataWithFile(path, image)), (Pixels{157, 105}));

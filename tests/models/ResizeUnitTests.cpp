@@ -23,10 +23,10 @@ using testing::makeSet;
 
 namespace {
 
-Bytes smallPicture(Result<Bytes> (*encode)(RowSource&, const EncodingOptions&), ByteView exif = {}) {
+Bytes smallPicture(Encoder encode, ByteView exif = {}) {
     const auto pixels = testing::makePhoto({30, 20, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *encode(*rows, {.quality = 0.8, .exif = exif});
+    return *encoded(encode, *rows, {.quality = 0.8, .exif = exif});
 }
 
 RowFormat formatOf(const std::string& path) {
@@ -149,7 +149,8 @@ TEST_F(JobOnOneFile, theFileIsDecodedOnceWhateverTheSetsAre) {
 TEST_F(JobOnOneFile, eachSetMeasuresInPixelsOrPointsAsConfigured) {
     const auto pixels = testing::makePhoto({300, 200, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    const std::string scan = folder.write("p/scan.tif", *tiff::encode(*rows, {.resolution = {300, 300}}));
+    const std::string scan =
+        folder.write("p/scan.tif", *encoded(tiff::encode, *rows, {.resolution = {300, 300}}));
     const auto unscaled = [](const char16_t* name, bool converts) {
         return makeSet(name, {{u"resizeType", 3}, {u"formatType", 0}, {u"convertResolution", converts}});
     };

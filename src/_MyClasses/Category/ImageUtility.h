@@ -99,6 +99,11 @@ ImagePointer translucentImageWithAlpha(const ImagePointer& image, float alpha);
 DataPointer representationInFormat(const NSImage& image, FileType type, float compression,
                                    const PictureFile& source, const std::vector<NSString>& names,
                                    const EncodingRules& rules = {});
+/// The same into `file`, a descriptor of an empty file that is open for writing. False where the other gives
+/// nil; the content of the file is then of no use.
+bool writeRepresentationInFormat(int file, const NSImage& image, FileType type, float compression,
+                                 const PictureFile& source, const std::vector<NSString>& names,
+                                 const EncodingRules& rules = {});
 
 /// `JPEGRepresentationWithCompression:`, `JPEGRepresentationWithCompression:source:properties:`: draws the
 /// image on white at its size in points. `compression` is the quality, 0 to 1. Nil for an image of 0 x 0

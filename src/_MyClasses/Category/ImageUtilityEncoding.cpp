@@ -9,16 +9,6 @@ namespace kestrine::myUtility {
 
 namespace {
 
-/// Encodes the bitmap with `properties` and those kept from the source.
-DataPointer encodedBitmap(const NSImage& image, const NSBitmapImageRep* bitmap, FileType type,
-                          ImageProperties properties, const PictureFile& source,
-                          const std::vector<NSString>& names, const EncodingRules& rules) {
-    if (bitmap == nullptr)
-        return nullptr;
-    properties.merge(imagePropertiesForFile(image, source, bitmap, names));
-    return bitmap->representationUsingType(type, properties, rules);
-}
-
 bool contains(const std::vector<NSString>& names, const NSString& name) {
     return std::ranges::find(names, name) != names.end();
 }
@@ -57,23 +47,46 @@ ImageProperties propertiesOfOpened(const std::shared_ptr<Source>& file, const st
     return properties;
 }
 
-} // namespace
+/// A bitmap that suits a format, nil if there is none, and its properties with those kept from the source.
+struct BitmapToEncode {
+    std::shared_ptr<NSBitmapImageRep> bitmap;
+    ImageProperties properties;
+};
 
-DataPointer representationInFormat(const NSImage& image, FileType type, float compression,
-                                   const PictureFile& source, const std::vector<NSString>& names,
-                                   const EncodingRules& rules) {
+BitmapToEncode bitmapFor(const NSImage& image, FileType type, float compression, const PictureFile& source,
+                         const std::vector<NSString>& names) {
     const OutputFormat& format = outputFormat(type);
     if (!format.holdsAlpha && image.size() == NSSize{0, 0})
-        return nullptr;
-    const auto bitmap =
-        format.holdsAlpha ? image.bitmapOfTIFFRepresentation()
-                          : drawnImage(image.size(), image, {.onWhite = true})->bitmapOfTIFFRepresentation();
+        return {};
+    auto bitmap = format.holdsAlpha
+                      ? image.bitmapOfTIFFRepresentation()
+                      : drawnImage(image.size(), image, {.onWhite = true})->bitmapOfTIFFRepresentation();
+    if (bitmap == nullptr)
+        return {};
     ImageProperties properties;
     if (format.hasQuality)
         properties.emplace(NSImageCompressionFactor, std::make_shared<NSNumber>(compression));
     if (type == FileType::gif)
         properties.emplace(NSImageDitherTransparency, std::make_shared<NSNumber>(true));
-    return encodedBitmap(image, bitmap.get(), type, std::move(properties), source, names, rules);
+    properties.merge(imagePropertiesForFile(image, source, bitmap.get(), names));
+    return {std::move(bitmap), std::move(properties)};
+}
+
+} // namespace
+
+DataPointer representationInFormat(const NSImage& image, FileType type, float compression,
+                                   const PictureFile& source, const std::vector<NSString>& names,
+                                   const EncodingRules& rules) {
+    const BitmapToEncode made = bitmapFor(image, type, compression, source, names);
+    return made.bitmap == nullptr ? nullptr
+                                  : made.bitmap->representationUsingType(type, made.properties, rules);
+}
+
+bool writeRepresentationInFormat(int file, const NSImage& image, FileType type, float compression,
+                                 const PictureFile& source, const std::vector<NSString>& names,
+                                 const EncodingRules& rules) {
+    const BitmapToEncode made = bitmapFor(image, type, compression, source, names);
+    return made.bitmap != nullptr && made.bitmap->writeRepresentation(file, type, made.properties, rules);
 }
 
 DataPointer JPEGRepresentationWithCompression(const NSImage& image, float compression,

@@ -44,6 +44,38 @@ void multiplyByAlpha(PixelBuffer& pixels) {
                 static_cast<Sample>((sample[c] * std::uint64_t{sample[channels - 1]} + full / 2) / full);
 }
 
+/// Calls `make` with what the properties and the rules ask for, and returns its result.
+template <class Make>
+auto withOutput(const NSBitmapImageRep& bitmap, FileType type, const ImageProperties& properties,
+                const EncodingRules& rules, const Make& make) {
+    const auto compression = valueOf<NSNumber>(properties, NSImageCompressionFactor);
+    const auto dither = valueOf<NSNumber>(properties, NSImageDitherTransparency);
+    const auto profileData = valueOf<NSData>(properties, NSImageColorSyncProfileData);
+    const auto exif = valueOf<NSData>(properties, NSImageEXIFData);
+    const auto colorTable = valueOf<NSData>(properties, NSImageRGBColorTable);
+
+    const std::optional<ColorProfile> profile =
+        profileData == nullptr ? std::nullopt
+                               : ColorProfile::fromICC(profileData->bytes(), bitmap.picture().format().model);
+    Output output{type, {}};
+    output.options.quality = compression == nullptr ? 0 : static_cast<double>(compression->floatValue());
+    output.options.ditherTransparency = dither != nullptr && dither->boolValue();
+    output.options.resolution = {pointsAnInch * bitmap.pixelsWide() / bitmap.size().width,
+                                 pointsAnInch * bitmap.pixelsHigh() / bitmap.size().height};
+    output.options.profile = profile ? &*profile : nullptr;
+    output.options.exif = bytesOf(exif);
+    output.options.colorTable = bytesOf(colorTable);
+    output.kept.profile = valueOf<PropertyOfSource>(properties, NSImageColorSyncProfileData) != nullptr;
+    if (const auto ofSource = valueOf<PropertyOfSource>(properties, NSImageEXIFData))
+        output.kept.exif = ofSource->source;
+    output.kept.exifSelection = rules.exif;
+    output.maxBytes = rules.maxBytes;
+    output.options.isLossless = rules.isLossless;
+    output.options.isProgressive = rules.isProgressive;
+    output.options.effort = rules.effort;
+    return make(output);
+}
+
 } // namespace
 
 std::vector<std::shared_ptr<NSBitmapImageRep>>
@@ -79,37 +111,23 @@ Object NSBitmapImageRep::valueForProperty(const NSString& name) const {
 std::shared_ptr<const NSData> NSBitmapImageRep::representationUsingType(FileType type,
                                                                         const ImageProperties& properties,
                                                                         const EncodingRules& rules) const {
-    const auto compression = valueOf<NSNumber>(properties, NSImageCompressionFactor);
-    const auto dither = valueOf<NSNumber>(properties, NSImageDitherTransparency);
-    const auto profileData = valueOf<NSData>(properties, NSImageColorSyncProfileData);
-    const auto exif = valueOf<NSData>(properties, NSImageEXIFData);
-    const auto colorTable = valueOf<NSData>(properties, NSImageRGBColorTable);
-
-    const std::optional<ColorProfile> profile =
-        profileData == nullptr ? std::nullopt
-                               : ColorProfile::fromICC(profileData->bytes(), picture().format().model);
-    Output output{type, {}};
-    output.options.quality = compression == nullptr ? 0 : static_cast<double>(compression->floatValue());
-    output.options.ditherTransparency = dither != nullptr && dither->boolValue();
-    output.options.resolution = {pointsAnInch * pixelsWide() / size().width,
-                                 pointsAnInch * pixelsHigh() / size().height};
-    output.options.profile = profile ? &*profile : nullptr;
-    output.options.exif = bytesOf(exif);
-    output.options.colorTable = bytesOf(colorTable);
-    output.kept.profile = valueOf<PropertyOfSource>(properties, NSImageColorSyncProfileData) != nullptr;
-    if (const auto ofSource = valueOf<PropertyOfSource>(properties, NSImageEXIFData))
-        output.kept.exif = ofSource->source;
-    output.kept.exifSelection = rules.exif;
-    output.maxBytes = rules.maxBytes;
-    output.options.isLossless = rules.isLossless;
-    output.options.isProgressive = rules.isProgressive;
-    output.options.effort = rules.effort;
-    Result<Bytes> file = render(picture(), output);
+    Result<Bytes> file = withOutput(*this, type, properties, rules,
+                                    [this](const Output& output) { return render(picture(), output); });
     if (!file) {
         noteFailure(file.failure());
         return nullptr;
     }
     return std::make_shared<const NSData>(std::move(*file));
+}
+
+bool NSBitmapImageRep::writeRepresentation(int file, FileType type, const ImageProperties& properties,
+                                           const EncodingRules& rules) const {
+    const Result<void> written = withOutput(*this, type, properties, rules, [&](const Output& output) {
+        return renderInto(file, picture(), output);
+    });
+    if (!written)
+        noteFailure(written.failure());
+    return written.ok();
 }
 
 std::shared_ptr<const NSData> NSBitmapImageRep::bitmapData() const {

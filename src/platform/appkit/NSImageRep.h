@@ -82,6 +82,11 @@ public:
     std::shared_ptr<const NSData> representationUsingType(FileType type, const ImageProperties& properties,
                                                           const EncodingRules& rules = {}) const;
 
+    /// The same into `file`, a descriptor of an empty file that is open for writing. False when the file
+    /// cannot be made; its content is then of no use.
+    bool writeRepresentation(int file, FileType type, const ImageProperties& properties,
+                             const EncodingRules& rules = {}) const;
+
     /// `bitmapData`: a copy of the pixels, row by row from the top without padding, in the picture's depth;
     /// colour is multiplied by alpha, which is last. nil when they cannot be read.
     std::shared_ptr<const NSData> bitmapData() const;

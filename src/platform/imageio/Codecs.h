@@ -1,7 +1,7 @@
 // The codecs, one per format, and the encoders.
 #pragma once
 
-#include "platform/imageio/ImageCodec.h"
+#include "platform/imageio/Encoder.h"
 
 // Each is defined in the Decoder.cpp of its format's folder.
 namespace kestrine::jpeg {
@@ -63,30 +63,30 @@ namespace kestrine::tga {
 extern const ImageCodec codec;
 }
 
-// An encoder consumes all rows and returns the bytes of the file. Each is defined in the Encoder.cpp of its
+// An encoder consumes all rows and writes the bytes of the file. Each is defined in the Encoder.cpp of its
 // format's folder. The rows must suit the format: see OutputFormats.cpp.
 namespace kestrine::jpeg {
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file);
 }
 namespace kestrine::png {
 /// Opens the libraries of the encoder.
 void openLibraries();
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file);
 } // namespace kestrine::png
 namespace kestrine::gif {
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file);
 }
 namespace kestrine::tiff {
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file);
 }
 namespace kestrine::webp {
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file);
 }
 namespace kestrine::avif {
 /// Opens the library of the encoder.
 void openLibraries();
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file);
 } // namespace kestrine::avif
 namespace kestrine::jxl {
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options);
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file);
 }

@@ -38,6 +38,7 @@ public:
     Result<Bytes> property(const Picture& picture, PictureProperty property) const override;
     Result<Bytes> answer(FileQuestion question) const override { return question(file_); }
     Result<Bytes> rendered(const Picture& picture, const Output& output) override;
+    Result<void> renderInto(int file, const Picture& picture, const Output& output) override;
     Result<PixelBuffer> pixels(const Picture& picture) override;
 
     /// How often decoding has been started in this process.

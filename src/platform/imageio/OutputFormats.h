@@ -1,7 +1,7 @@
 // OutputFormats: the table of the output formats.
 #pragma once
 
-#include "platform/imageio/ImageCodec.h"
+#include "platform/imageio/Encoder.h"
 #include "platform/imageio/exif/ExifBlock.h"
 
 #include <array>
@@ -33,8 +33,7 @@ struct OutputFormat {
     bool hasExifOfPresets = true; ///< else it gets no EXIF data where presets say what is kept
     /// Opens the libraries of the encoder that are not linked. Null if there are none.
     void (*openLibraries)() = nullptr;
-    /// Consumes all rows, which suit the format, and returns the bytes of the file.
-    Result<Bytes> (*encode)(RowSource& rows, const EncodingOptions& options);
+    Encoder encode;
 };
 
 /// All formats, in the order of FileType.

@@ -50,8 +50,9 @@ public:
     virtual Result<Bytes> property(const Picture& picture, PictureProperty property) const = 0;
     virtual Result<Bytes> answer(FileQuestion question) const = 0;
 
-    /// For render() and readPixels(). `picture` is of this source, or of an empty canvas.
+    /// For render(), renderInto() and readPixels(). `picture` is of this source, or of an empty canvas.
     virtual Result<Bytes> rendered(const Picture& picture, const Output& output) = 0;
+    virtual Result<void> renderInto(int file, const Picture& picture, const Output& output) = 0;
     virtual Result<PixelBuffer> pixels(const Picture& picture) = 0;
 
 protected:

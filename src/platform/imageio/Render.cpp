@@ -4,6 +4,7 @@
 #include "platform/coregraphics/RowStages.h"
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/coregraphics/WatchedRows.h"
+#include "platform/host/files/FileSink.h"
 #include "platform/host/process/MemoryBudget.h"
 #include "platform/imageio/LocalSource.h"
 
@@ -155,9 +156,9 @@ Bytes exifFor(const Output& output, const RowFormat& result, bool wasTurned) {
                : carriedExif(block, result.width, result.height, wasTurned, output.kept.exifSelection);
 }
 
-/// The file with the highest quality that has at most `maxBytes`.
-Result<Bytes> encodedToFit(RowSource& rows, const OutputFormat& format, EncodingOptions options,
-                           std::uint64_t maxBytes) {
+/// Writes the file with the highest quality that has at most `maxBytes`.
+Result<void> encodeToFit(RowSource& rows, const OutputFormat& format, EncodingOptions options,
+                         std::uint64_t maxBytes, ByteSink& file) {
     const auto pixels = std::make_shared<const PixelBuffer>(TRY(readAllRows(rows)));
     const int highest = static_cast<int>(std::lround(std::clamp(options.quality, 0.0, 1.0) * 100));
     const bool hasQuality = format.hasQuality && !options.isLossless;
@@ -167,19 +168,50 @@ Result<Bytes> encodedToFit(RowSource& rows, const OutputFormat& format, Encoding
     for (int percent = tooHigh - 1; tooHigh - fitting > 1; percent = (tooHigh + fitting) / 2) {
         options.quality = percent / 100.0;
         const RowSourcePointer again = rowsOfPixels(pixels);
-        Bytes file = TRY(format.encode(*again, options));
-        if (file.size() > maxBytes) {
+        Bytes bytes = TRY(encoded(format.encode, *again, options));
+        if (bytes.size() > maxBytes) {
             tooHigh = percent;
         } else {
             fitting = percent;
-            best = std::move(file);
+            best = std::move(bytes);
         }
     }
     if (fitting < 0)
         return Failure{Reason::tooLarge, (hasQuality ? "no quality gives" : "the format does not give")
                                              + std::string(" a file of at most ") + std::to_string(maxBytes)
                                              + " bytes"};
-    return best;
+    return file.write(best);
+}
+
+/// Decodes the picture and encodes it.
+Result<void> renderTo(ByteSink& sink, const Picture& picture, const Output& output) {
+    TRY(checkSize(picture));
+    const OutputFormat& file = outputFormat(output.type);
+    const CrewScope crew(crewOfAllCores());
+    Pipeline pipeline(picture, file.holds16Bits, &output);
+    RowSourcePointer rows = rowsWatched(TRY(pipeline.build()));
+    if (!file.holdsAlpha)
+        rows = rowsOnWhite(std::move(rows));
+    std::optional<ColorProfile> profile = picture.profile();
+    if (file.isSRGBOnly || (!file.holdsGray && rows->format().model == ColorModel::gray)) {
+        rows = rowsInSRGB(std::move(rows), profile ? &*profile : nullptr);
+        profile.reset();
+    }
+    rows =
+        rowsAhead(std::move(rows)); // encoding takes as long as half of the other work if little is reduced
+    EncodingOptions options = output.options;
+    if (output.kept.profile)
+        options.profile = profile ? &*profile : nullptr;
+    const Bytes exif = exifFor(output, rows->format(), picture.wasTurned());
+    options.exif = exif;
+    return output.maxBytes == 0 ? file.encode(*rows, options, sink)
+                                : encodeToFit(*rows, file, options, output.maxBytes, sink);
+}
+
+/// The source that makes a result. That of the EXIF data of an empty canvas is the only file.
+Source& makerOf(const Picture& picture, const Output& output) {
+    const bool isElsewhere = picture.source->isCanvas() && output.kept.exif != nullptr;
+    return *(isElsewhere ? output.kept.exif : picture.source);
 }
 
 } // namespace
@@ -245,34 +277,24 @@ int decodingHalvings(const Resampling& resampling, int maxHalvings) {
 }
 
 Result<Bytes> render(const Picture& picture, const Output& output) {
-    const bool isElsewhere = picture.source->isCanvas() && output.kept.exif != nullptr;
-    return (isElsewhere ? output.kept.exif : picture.source)->rendered(picture, output);
+    return makerOf(picture, output).rendered(picture, output);
+}
+
+Result<void> renderInto(int file, const Picture& picture, const Output& output) {
+    return makerOf(picture, output).renderInto(file, picture, output);
 }
 
 Result<PixelBuffer> readPixels(const Picture& picture) { return picture.source->pixels(picture); }
 
 Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output) {
-    TRY(checkSize(picture));
-    const OutputFormat& file = outputFormat(output.type);
-    const CrewScope crew(crewOfAllCores());
-    Pipeline pipeline(picture, file.holds16Bits, &output);
-    RowSourcePointer rows = rowsWatched(TRY(pipeline.build()));
-    if (!file.holdsAlpha)
-        rows = rowsOnWhite(std::move(rows));
-    std::optional<ColorProfile> profile = picture.profile();
-    if (file.isSRGBOnly || (!file.holdsGray && rows->format().model == ColorModel::gray)) {
-        rows = rowsInSRGB(std::move(rows), profile ? &*profile : nullptr);
-        profile.reset();
-    }
-    rows =
-        rowsAhead(std::move(rows)); // encoding takes as long as half of the other work if little is reduced
-    EncodingOptions options = output.options;
-    if (output.kept.profile)
-        options.profile = profile ? &*profile : nullptr;
-    const Bytes exif = exifFor(output, rows->format(), picture.wasTurned());
-    options.exif = exif;
-    return output.maxBytes == 0 ? file.encode(*rows, options)
-                                : encodedToFit(*rows, file, options, output.maxBytes);
+    BytesSink bytes;
+    TRY(renderTo(bytes, picture, output));
+    return bytes.take();
+}
+
+Result<void> LocalSource::renderInto(int file, const Picture& picture, const Output& output) {
+    FileSink sink(file);
+    return renderTo(sink, picture, output);
 }
 
 Result<PixelBuffer> LocalSource::pixels(const Picture& picture) {

@@ -30,6 +30,11 @@ struct Output {
 /// sources that keep their pixels.
 Result<Bytes> render(const Picture& picture, const Output& output);
 
+/// The same into `file`, a descriptor of an empty file that is open for writing. So no process holds the
+/// whole result in memory, unless the format's encoder does. After a failure the content of the file is of no
+/// use.
+Result<void> renderInto(int file, const Picture& picture, const Output& output);
+
 /// The picture's pixels, in its format().
 Result<PixelBuffer> readPixels(const Picture& picture);
 

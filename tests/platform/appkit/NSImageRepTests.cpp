@@ -26,10 +26,9 @@ Reps repsOf(const Bytes& file) {
     return NSBitmapImageRep::imageRepsWithContentsOfFile(NSString::fromUTF8(folder.write("a", file)));
 }
 
-Bytes encoded(const PixelBuffer& pixels, Result<Bytes> (*encode)(RowSource&, const EncodingOptions&),
-              const EncodingOptions& options = {}) {
+Bytes encoded(const PixelBuffer& pixels, Encoder encode, const EncodingOptions& options = {}) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *encode(*rows, options);
+    return *kestrine::encoded(encode, *rows, options);
 }
 
 PixelBuffer photo() { return makePhoto({20, 10, ColorModel::rgb, false, SampleDepth::bits8}); }

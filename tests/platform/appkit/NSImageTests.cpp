@@ -18,7 +18,7 @@ namespace {
 
 std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *LocalSource::open(readerOfBytes(*tiff::encode(*rows, {})));
+    return *LocalSource::open(readerOfBytes(*encoded(tiff::encode, *rows, {})));
 }
 
 std::shared_ptr<NSBitmapImageRep> photoRep(std::uint32_t width, std::uint32_t height) {
@@ -68,7 +68,8 @@ Bytes tiffOfPages(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& si
 /// A photo as a JPEG file that lacks its last tenth.
 Bytes cutOffJPEG(std::uint32_t width, std::uint32_t height) {
     const PixelBuffer photo = makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
-    Bytes file = *jpeg::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(photo)), {.quality = 0.9});
+    Bytes file =
+        *encoded(jpeg::encode, *rowsOfPixels(std::make_shared<PixelBuffer>(photo)), {.quality = 0.9});
     file.resize(file.size() * 9 / 10);
     return file;
 }
@@ -114,7 +115,7 @@ TEST(NSImage, theSizeInPointsOfALoadedImageFollowsFromItsResolution) {
     const testing::TemporaryFolder folder;
     const auto rows = rowsOfPixels(
         std::make_shared<PixelBuffer>(makePhoto({300, 200, ColorModel::gray, false, SampleDepth::bits8})));
-    const std::string path = folder.write("a.png", *png::encode(*rows, {.resolution = {300, 150}}));
+    const std::string path = folder.write("a.png", *encoded(png::encode, *rows, {.resolution = {300, 150}}));
     const auto image = NSImage::initWithContentsOfFile(NSString::fromUTF8(path));
     EXPECT_EQ(image->size(), (NSSize{72, 96}));
     ASSERT_EQ(image->representations().size(), 1U);
@@ -141,7 +142,7 @@ TEST(NSImage, theFileMayBeRemovedAfterLoading) {
     const testing::TemporaryFolder folder;
     const PixelBuffer photo = makePhoto({12, 8, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
-    const std::string path = folder.write("a.tif", *tiff::encode(*rows, {}));
+    const std::string path = folder.write("a.tif", *encoded(tiff::encode, *rows, {}));
     const auto image = NSImage::initWithContentsOfFile(NSString::fromUTF8(path));
     std::filesystem::remove(path);
     EXPECT_TRUE(samePicture(pixelsOf(*image), photo));
@@ -163,7 +164,8 @@ TEST(NSImage, theTIFFRepresentationHasTheFirstRepresentationAndItsProfile) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(photo));
     NSImage image({6, 8});
     image.addRepresentation(std::make_shared<NSBitmapImageRep>(
-        Picture{*LocalSource::open(readerOfBytes(*tiff::encode(*rows, {.profile = &profile}))), 0, {}},
+        Picture{
+            *LocalSource::open(readerOfBytes(*encoded(tiff::encode, *rows, {.profile = &profile}))), 0, {}},
         NSSize{1, 1}));
     const auto source = *LocalSource::open(readerOfBytes(image.TIFFRepresentation()->bytes()));
     EXPECT_TRUE(samePicture(*readPixels({source, 0, {}}), photo));

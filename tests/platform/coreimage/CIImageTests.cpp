@@ -14,7 +14,7 @@ namespace {
 CIImage imageOf(std::uint32_t width, std::uint32_t height) {
     const auto pixels = testing::makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return CIImage({*LocalSource::open(readerOfBytes(*tiff::encode(*rows, {}))), 0, {}});
+    return CIImage({*LocalSource::open(readerOfBytes(*encoded(tiff::encode, *rows, {}))), 0, {}});
 }
 
 const Resampling& lastStep(const CIImage& image) {

@@ -53,9 +53,8 @@ inline Decoded decodeSound(const ImageCodec& codec, const Bytes& file, std::size
 inline bool failsToDecode(const ImageCodec& codec, const Bytes& file) { return !decode(codec, file).ok(); }
 
 /// The file that an encoder makes of a picture. If that fails, the test fails and the result is empty.
-inline Bytes encodeSound(Result<Bytes> (*encode)(RowSource&, const EncodingOptions&),
-                         const PixelBuffer& picture, const EncodingOptions& options = {}) {
-    Result<Bytes> file = encode(*rowsOfPixels(std::make_shared<PixelBuffer>(picture)), options);
+inline Bytes encodeSound(Encoder encode, const PixelBuffer& picture, const EncodingOptions& options = {}) {
+    Result<Bytes> file = encoded(encode, *rowsOfPixels(std::make_shared<PixelBuffer>(picture)), options);
     if (!file) {
         ADD_FAILURE() << "not encoded: " << file.failure().text;
         return {};

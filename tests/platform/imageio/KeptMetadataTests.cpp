@@ -32,12 +32,12 @@ std::string selectionsFor(const Bytes& file) {
 
 Bytes jpegWith(const testing::ExifContent& content, ExifSelection selection) {
     const Bytes block = carriedExif(exifBlock(content), 20, 10, false, selection);
-    return *jpeg::encode(*photo(), {.quality = 0.9, .exif = block});
+    return *encoded(jpeg::encode, *photo(), {.quality = 0.9, .exif = block});
 }
 
 /// A file with the block as it is.
 Bytes jpegWith(const testing::ExifContent& content) {
-    return *jpeg::encode(*photo(), {.quality = 0.9, .exif = exifBlock(content)});
+    return *encoded(jpeg::encode, *photo(), {.quality = 0.9, .exif = exifBlock(content)});
 }
 
 /// The file with these bytes after the first `position` bytes.
@@ -47,8 +47,8 @@ Bytes withInserted(Bytes file, std::ptrdiff_t position, const Bytes& inserted) {
 }
 
 TEST(KeptMetadata, aFileWithoutAnyHoldsNoMoreThanAnyResult) {
-    EXPECT_EQ(selectionsFor(*jpeg::encode(*photo(), {.quality = 0.9})), "none rights exif camera ");
-    EXPECT_EQ(selectionsFor(*png::encode(*photo(), {})), "none rights exif camera ");
+    EXPECT_EQ(selectionsFor(*encoded(jpeg::encode, *photo(), {.quality = 0.9})), "none rights exif camera ");
+    EXPECT_EQ(selectionsFor(*encoded(png::encode, *photo(), {})), "none rights exif camera ");
 }
 
 TEST(KeptMetadata, exifMustBeWhatASelectionKeeps) {
@@ -80,7 +80,7 @@ TEST(KeptMetadata, thumbnailsAndNotesOfTheCameraAreMore) {
 }
 
 TEST(KeptMetadata, otherSegmentsAndChunksAreMore) {
-    const Bytes jpeg = *jpeg::encode(*photo(), {.quality = 0.9});
+    const Bytes jpeg = *encoded(jpeg::encode, *photo(), {.quality = 0.9});
     constexpr std::ptrdiff_t afterJFIF = 20;
     for (const std::uint8_t marker : Bytes{0xe1, 0xe2, 0xed, 0xfe, 0xef})
         EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, marker, 0, 4, 'x', 'y'})), "")
@@ -90,7 +90,8 @@ TEST(KeptMetadata, otherSegmentsAndChunksAreMore) {
 }
 
 TEST(KeptMetadata, whatFollowsThePictureIsMore) {
-    Bytes jpeg = *jpeg::encode(*photo(), {.quality = 0.9}), png = *png::encode(*photo(), {});
+    Bytes jpeg = *encoded(jpeg::encode, *photo(), {.quality = 0.9}),
+          png = *encoded(png::encode, *photo(), {});
     jpeg.push_back(0);
     png.push_back(0);
     EXPECT_EQ(selectionsFor(jpeg), "");
@@ -98,7 +99,7 @@ TEST(KeptMetadata, whatFollowsThePictureIsMore) {
 }
 
 TEST(KeptMetadata, segmentsBetweenScansAreMore) {
-    const Bytes file = *jpeg::encode(*photo(), {.quality = 0.9, .isProgressive = true});
+    const Bytes file = *encoded(jpeg::encode, *photo(), {.quality = 0.9, .isProgressive = true});
     EXPECT_EQ(selectionsFor(file), "none rights exif camera ");
     const Bytes startOfScan{0xff, 0xda};
     const auto last = std::ranges::find_end(file, startOfScan).begin();
@@ -106,7 +107,7 @@ TEST(KeptMetadata, segmentsBetweenScansAreMore) {
 }
 
 TEST(KeptMetadata, filesOfOtherFormatsAreTakenToHoldMore) {
-    EXPECT_EQ(selectionsFor(*tiff::encode(*photo(), {})), "");
+    EXPECT_EQ(selectionsFor(*encoded(tiff::encode, *photo(), {})), "");
 }
 
 } // namespace

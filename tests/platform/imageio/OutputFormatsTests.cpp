@@ -43,7 +43,7 @@ TEST(OutputFormats, knowTheExtensionsOfTheirFiles) {
 TEST(OutputFormats, eachEncoderWritesItsFormat) {
     for (const OutputFormat& format : outputFormats()) {
         const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{3, 2, ColorModel::rgb}));
-        const Result<Bytes> file = format.encode(*rows, {});
+        const Result<Bytes> file = encoded(format.encode, *rows, {});
         ASSERT_TRUE(file.ok()) << format.name;
         const ImageCodec* codec = codecFor(*readerOfBytes(*file));
         ASSERT_NE(codec, nullptr) << format.name;

@@ -15,7 +15,7 @@ namespace {
 
 std::shared_ptr<Source> sourceOf(const PixelBuffer& pixels, const ColorProfile* profile = nullptr) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *LocalSource::open(readerOfBytes(*tiff::encode(*rows, {.profile = profile})));
+    return *LocalSource::open(readerOfBytes(*encoded(tiff::encode, *rows, {.profile = profile})));
 }
 
 const RowFormat grayFormat = {20, 30, ColorModel::gray, false, SampleDepth::bits16};

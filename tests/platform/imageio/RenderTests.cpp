@@ -20,7 +20,7 @@ RowFormat photoFormat(std::uint32_t width, std::uint32_t height) {
 /// A TIFF with the pixels: the only format that keeps every layout exactly.
 std::shared_ptr<LocalSource> sourceOf(const PixelBuffer& pixels) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(pixels));
-    return *LocalSource::open(readerOfBytes(*tiff::encode(*rows, {})));
+    return *LocalSource::open(readerOfBytes(*encoded(tiff::encode, *rows, {})));
 }
 
 PixelBuffer turnedClockwise(const PixelBuffer& source) {
@@ -56,7 +56,7 @@ std::shared_ptr<LocalSource> turnedSource(const PixelBuffer& stored, int quarter
 /// A JPEG of a photo, which can be decoded at a reduced size.
 std::shared_ptr<LocalSource> jpegSource(std::uint32_t width, std::uint32_t height) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto(photoFormat(width, height))));
-    return *LocalSource::open(readerOfBytes(*jpeg::encode(*rows, {.quality = 1})));
+    return *LocalSource::open(readerOfBytes(*encoded(jpeg::encode, *rows, {.quality = 1})));
 }
 
 PixelBuffer decodedAt(const std::shared_ptr<LocalSource>& source, int halvings) {

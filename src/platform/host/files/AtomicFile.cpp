@@ -1,7 +1,6 @@
 #include "platform/host/files/AtomicFile.h"
 
 #include "platform/host/files/Folders.h"
-#include "platform/host/files/NamelessFile.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/host/files/PublishMechanisms.h"
 
@@ -46,11 +45,6 @@ Result<std::string> pathOf(const Naming& naming) {
     return naming.path;
 }
 
-Result<void> writeContent(int file, ByteView content, Durability durability) {
-    TRY(writeAll(file, content));
-    return finishWriting(file, durability);
-}
-
 using OptionalRights = std::optional<FileRights>;
 
 /// Of a new file; the umask applies only without `rights`, which the file gets afterwards.
@@ -62,32 +56,66 @@ void giveIfPossible(int file, const OptionalRights& rights) {
         (void)giveRights(file, *rights);
 }
 
-/// Empty if nameless files are not supported here.
-std::optional<Result<std::string>> publishNameless(int folder, const std::string& folderPath,
-                                                   const CandidatePaths& candidates, ByteView content,
-                                                   Durability durability, const OptionalRights& rights) {
+/// A nameless file with the content. Empty if nameless files are not supported here.
+std::optional<Result<NamelessFile>> writtenNameless(int folder, const std::string& folderPath,
+                                                    const NewContent& content, const OptionalRights& rights) {
     Result<NamelessFile> file = NamelessFile::create(folder, O_WRONLY, firstModeFor(rights), folderPath);
     if (!file && file.failure().reason == Reason::unsupported)
         return std::nullopt;
-    if (!file)
-        return file.failure();
-    giveIfPossible(file->descriptor(), rights);
-    TRY(writeContent(file->descriptor(), content, durability));
+    if (file)
+        if (const Result<void> written = content.writeTo(file->descriptor()); !written)
+            return written.failure();
+    return file;
+}
+
+/// Empty if nameless files are not supported here, or this one can have no name in the folder.
+std::optional<Result<std::string>> publishNameless(const NamelessFile& file, int folder,
+                                                   const CandidatePaths& candidates, Durability durability,
+                                                   const OptionalRights& rights) {
+    giveIfPossible(file.descriptor(), rights);
+    TRY(finishWriting(file.descriptor(), durability));
     const Naming naming = takeFirstFree(candidates, [&](const std::string& name) {
-        return file->giveName({folder, name});
+        return file.giveName({folder, name});
     });
     if (NamelessFile::isMissing(naming.error))
         return std::nullopt;
     return pathOf(naming);
 }
 
-Result<TemporaryFile> writeNamed(int folder, const std::string& folderPath, ByteView content,
+std::optional<Result<std::string>> publishNameless(int folder, const std::string& folderPath,
+                                                   const CandidatePaths& candidates,
+                                                   const NewContent& content, Durability durability,
+                                                   const OptionalRights& rights) {
+    if (content.file() != nullptr)
+        return publishNameless(*content.file(), folder, candidates, durability, rights);
+    const std::optional<Result<NamelessFile>> file = writtenNameless(folder, folderPath, content, rights);
+    if (!file)
+        return std::nullopt;
+    if (!*file)
+        return file->failure();
+    return publishNameless(**file, folder, candidates, durability, rights);
+}
+
+/// A file with the content and this hidden name.
+Result<TemporaryFile> temporaryFileWith(const NewContent& content, int folder, mode_t mode,
+                                        const std::string& folderPath, std::string name = temporaryName()) {
+    if (content.file() != nullptr) {
+        Result<TemporaryFile> named = TemporaryFile::of(*content.file(), folder, name);
+        if (named || named.failure().reason != Reason::unsupported)
+            return named;
+    }
+    TemporaryFile file = TRY(TemporaryFile::create(folder, mode, folderPath, std::move(name)));
+    TRY(content.writeTo(file.descriptor()));
+    return file;
+}
+
+Result<TemporaryFile> writeNamed(int folder, const std::string& folderPath, const NewContent& content,
                                  Durability durability, const OptionalRights& rights,
                                  std::string name = temporaryName()) {
     TemporaryFile file =
-        TRY(TemporaryFile::create(folder, firstModeFor(rights), folderPath, std::move(name)));
+        TRY(temporaryFileWith(content, folder, firstModeFor(rights), folderPath, std::move(name)));
     giveIfPossible(file.descriptor(), rights);
-    TRY(writeContent(file.descriptor(), content, durability));
+    TRY(finishWriting(file.descriptor(), durability));
     return file;
 }
 
@@ -102,8 +130,8 @@ Result<std::string> giveFinalName(TemporaryFile& file, const CandidatePaths& can
 }
 
 Result<std::string> publishNamed(int folder, const std::string& folderPath, const CandidatePaths& candidates,
-                                 ByteView content, Durability durability, const OptionalRights& rights,
-                                 RenameMechanisms mechanisms) {
+                                 const NewContent& content, Durability durability,
+                                 const OptionalRights& rights, RenameMechanisms mechanisms) {
     TemporaryFile file = TRY(writeNamed(folder, folderPath, content, durability, rights));
     return giveFinalName(file, candidates, mechanisms);
 }
@@ -136,20 +164,20 @@ Result<std::optional<struct stat>> examineReplaced(const FolderEntry& entry) {
 }
 
 /// A file that exists keeps its mode; `newMode` minus the umask is that of a new file.
-Result<void> replaceEntry(const FolderEntry& entry, const std::string& folderPath, ByteView content,
+Result<void> replaceEntry(const FolderEntry& entry, const std::string& folderPath, const NewContent& content,
                           Durability durability, mode_t newMode) {
     std::optional<struct stat> replaced = TRY(examineReplaced(entry));
-    TemporaryFile file = TRY(TemporaryFile::create(entry.folder, replaced ? 0600 : newMode, folderPath));
+    TemporaryFile file = TRY(temporaryFileWith(content, entry.folder, replaced ? 0600 : newMode, folderPath));
     if (replaced)
         TRY(giveRights(file.descriptor(), {replaced->st_mode & 07777, replaced->st_uid, replaced->st_gid}));
-    TRY(writeContent(file.descriptor(), content, durability));
+    TRY(finishWriting(file.descriptor(), durability));
     if (::renameat(entry.folder, file.entry().name.c_str(), entry.folder, entry.name.c_str()) != 0)
         return systemFailure("cannot replace " + entry.name);
     file.wasRenamed();
     return durability == Durability::synced ? syncFolder(entry.folder) : Result<void>();
 }
 
-Result<void> replaceTarget(const std::string& target, ByteView content, Durability durability,
+Result<void> replaceTarget(const std::string& target, const NewContent& content, Durability durability,
                            mode_t newMode) {
     const std::string folderPath = folderOf(target);
     const FileDescriptor folder = TRY(openFolder(folderPath));
@@ -158,8 +186,9 @@ Result<void> replaceTarget(const std::string& target, ByteView content, Durabili
 
 } // namespace
 
-Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
-                                   PublishMechanisms mechanisms, const OptionalRights& rights) {
+Result<std::string> publishNewFile(const CandidatePaths& candidates, const NewContent& content,
+                                   Durability durability, PublishMechanisms mechanisms,
+                                   const OptionalRights& rights) {
     const std::string first = candidates(0);
     TRY(checkPath(first));
     const std::string folderPath = folderOf(first);
@@ -176,13 +205,13 @@ Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView co
     return *std::move(published);
 }
 
-Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
-                                   const OptionalRights& rights) {
+Result<std::string> publishNewFile(const CandidatePaths& candidates, const NewContent& content,
+                                   Durability durability, const OptionalRights& rights) {
     return publishNewFile(candidates, content, durability, PublishMechanisms(), rights);
 }
 
-Result<StagedFile> StagedFile::write(const std::string& folder, ByteView content, std::string hiddenName,
-                                     const OptionalRights& rights) {
+Result<StagedFile> StagedFile::write(const std::string& folder, const NewContent& content,
+                                     std::string hiddenName, const OptionalRights& rights) {
     FileDescriptor opened = TRY(openFolder(folder));
     TemporaryFile file =
         TRY(writeNamed(opened.number(), folder, content, Durability::synced, rights, std::move(hiddenName)));
@@ -195,14 +224,14 @@ Result<std::string> StagedFile::publish(const CandidatePaths& candidates) {
     return path;
 }
 
-Result<void> replaceFile(const std::string& path, ByteView content, Durability durability) {
+Result<void> replaceFile(const std::string& path, const NewContent& content, Durability durability) {
     TRY(checkPath(path));
     const std::string target = TRY(followLinks(path));
     TRY(makePrivateFolders(folderOf(target)));
     return replaceTarget(target, content, durability, 0600);
 }
 
-Result<void> writeFile(const std::string& path, ByteView content, Overwrite overwrite,
+Result<void> writeFile(const std::string& path, const NewContent& content, Overwrite overwrite,
                        Durability durability) {
     if (overwrite == Overwrite::no) {
         TRY(publishNewFile([&](unsigned) { return path; }, content, durability));

@@ -2,11 +2,11 @@
 // publishNewFile() never replaces a file, replaceFile() replaces one, and writeFile() does as it is asked.
 #pragma once
 
-#include "platform/host/Bytes.h"
 #include "platform/host/Result.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/FileDescriptor.h"
 #include "platform/host/files/FileRights.h"
+#include "platform/host/files/NewContent.h"
 #include "platform/host/files/TemporaryFile.h"
 
 #include <functional>
@@ -20,12 +20,13 @@ namespace kestrine {
 using CandidatePaths = std::function<std::string(unsigned attempt)>;
 
 /// Writes a new file, with these rights or else those of any new file (0666 minus the umask), and gives it
-/// the first candidate name that is free. Returns the chosen path. Failures: noSpace, notPermitted, notFound
-/// (no such folder), malformed (empty path or zero byte), tooLarge (name or file too long), alreadyExists (no
-/// further candidate), inputOutput. After a failure there is no new file, with one exception: if only the
-/// last step fails, syncing the folder, the complete file stays.
-Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
-                                   const std::optional<FileRights>& rights = {});
+/// the first candidate name that is free. Content in a nameless file is not written again where that file can
+/// get the name; without `rights` it keeps its own. Returns the chosen path. Failures: noSpace, notPermitted,
+/// notFound (no such folder), malformed (empty path or zero byte), tooLarge (name or file too long),
+/// alreadyExists (no further candidate), inputOutput. After a failure there is no new file, with one
+/// exception: if only the last step fails, syncing the folder, the complete file stays.
+Result<std::string> publishNewFile(const CandidatePaths& candidates, const NewContent& content,
+                                   Durability durability, const std::optional<FileRights>& rights = {});
 
 /// A new file that is complete and on the disk under a hidden name until it is published. Without publish()
 /// the destructor removes it. For work that may start only when nothing but the name is missing. Move-only.
@@ -33,7 +34,7 @@ class StagedFile {
 public:
     /// Writes the file into `folder`, with rights as above. Fails like publishNewFile. `hiddenName`
     /// must come from temporaryName(); a crash may leave a file of that name.
-    static Result<StagedFile> write(const std::string& folder, ByteView content,
+    static Result<StagedFile> write(const std::string& folder, const NewContent& content,
                                     std::string hiddenName = temporaryName(),
                                     const std::optional<FileRights>& rights = {});
 
@@ -53,7 +54,7 @@ private:
 /// where that is possible. A symbolic link stays and its target is replaced. A new file has the mode 0600,
 /// and folders that had to be created for it have 0700. Fails with notPermitted for a write-protected file
 /// and with notRegularFile for anything that is not a regular file.
-Result<void> replaceFile(const std::string& path, ByteView content,
+Result<void> replaceFile(const std::string& path, const NewContent& content,
                          Durability durability = Durability::synced);
 
 enum class Overwrite : bool { no, yes };
@@ -61,6 +62,7 @@ enum class Overwrite : bool { no, yes };
 /// Writes the file `path`, in one step, into a folder that exists. A new file has the mode 0666 minus the
 /// umask. If the name is taken: with Overwrite::no, fails with alreadyExists, also if another process takes
 /// it in the meantime; with Overwrite::yes, replaces the file like replaceFile().
-Result<void> writeFile(const std::string& path, ByteView content, Overwrite overwrite, Durability durability);
+Result<void> writeFile(const std::string& path, const NewContent& content, Overwrite overwrite,
+                       Durability durability);
 
 } // namespace kestrine

@@ -22,5 +22,7 @@ ContentDigest digestOf(const std::string& content);
 
 /// The digest of a regular file's content.
 Result<ContentDigest> digestOfFile(const std::string& path);
+/// The same for a file that is open for reading; its position does not change.
+Result<ContentDigest> digestOfOpenFile(int file);
 
 } // namespace kestrine

@@ -17,6 +17,21 @@ Result<Bytes> readSmallFile(const std::string& path, std::uint64_t limit) {
     return reader->readAll(limit);
 }
 
+Result<void> forEachBlock(int file, const std::function<Result<void>(ByteView block)>& use) {
+    Bytes block(std::size_t{256} * 1024);
+    for (off_t offset = 0;;) {
+        const ssize_t count = ::pread(file, block.data(), block.size(), offset);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return systemFailure("cannot read");
+        if (count == 0)
+            return {};
+        TRY(use(ByteView(block).first(static_cast<std::size_t>(count))));
+        offset += count;
+    }
+}
+
 Result<void> writeAll(int file, ByteView content) {
     while (!content.empty()) {
         const ssize_t written = ::write(file, content.data(), content.size());
@@ -25,6 +40,19 @@ Result<void> writeAll(int file, ByteView content) {
         if (written < 0)
             return systemFailure("cannot write");
         content = content.subspan(static_cast<std::size_t>(written));
+    }
+    return {};
+}
+
+Result<void> writeAllAt(int file, ByteView content, std::uint64_t offset) {
+    while (!content.empty()) {
+        const ssize_t written = ::pwrite(file, content.data(), content.size(), static_cast<off_t>(offset));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written < 0)
+            return systemFailure("cannot write");
+        content = content.subspan(static_cast<std::size_t>(written));
+        offset += static_cast<std::uint64_t>(written);
     }
     return {};
 }

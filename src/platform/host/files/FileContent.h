@@ -4,6 +4,7 @@
 #include "platform/host/Bytes.h"
 #include "platform/host/Result.h"
 
+#include <functional>
 #include <string>
 
 namespace kestrine {
@@ -17,8 +18,14 @@ enum class Durability {
 /// All bytes of a regular file. Fails with tooLarge if there are more than `limit`.
 Result<Bytes> readSmallFile(const std::string& path, std::uint64_t limit);
 
+/// Gives the content of a file that is open for reading to `use`, block by block, until it fails or the file
+/// ends. The position does not change.
+Result<void> forEachBlock(int file, const std::function<Result<void>(ByteView block)>& use);
+
 /// Writes all of `content` at the current position of the open file.
 Result<void> writeAll(int file, ByteView content);
+/// The same at `offset`; the position does not change.
+Result<void> writeAllAt(int file, ByteView content, std::uint64_t offset);
 
 /// Reports the errors of earlier writes (network file systems report them on closing), and writes the content
 /// to the disk for Durability::synced. The descriptor stays open.

@@ -1,5 +1,7 @@
 #include "platform/host/files/MemoryFile.h"
 
+#include "platform/host/files/FileContent.h"
+
 #include <cerrno>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -14,16 +16,7 @@ Result<MemoryFile> MemoryFile::create() {
 }
 
 Result<void> MemoryFile::write(ByteView bytes, std::uint64_t offset) const {
-    while (!bytes.empty()) {
-        const ssize_t written = ::pwrite(number(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written < 0)
-            return systemFailure("cannot write to a file in memory");
-        bytes = bytes.subspan(static_cast<std::size_t>(written));
-        offset += static_cast<std::uint64_t>(written);
-    }
-    return {};
+    return writeAllAt(number(), bytes, offset);
 }
 
 Result<Bytes> MemoryFile::read(std::uint64_t offset, std::uint64_t size) const {

@@ -1,5 +1,7 @@
 #include "platform/host/files/NamelessFile.h"
 
+#include "platform/host/files/PathParts.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -10,7 +12,21 @@ namespace kestrine {
 
 Result<NamelessFile> NamelessFile::create(int folder, int access, mode_t mode,
                                           const std::string& folderPath) {
-    FileDescriptor file(::openat(folder, ".", O_TMPFILE | O_CLOEXEC | access, mode));
+    return opened(FileDescriptor(::openat(folder, ".", O_TMPFILE | O_CLOEXEC | access, mode)), folderPath);
+}
+
+Result<NamelessFile> NamelessFile::createFor(const std::string& folderPath, mode_t mode) {
+    std::string folder = folderPath;
+    for (;;) {
+        FileDescriptor file(::open(folder.c_str(), O_TMPFILE | O_CLOEXEC | O_RDWR, mode));
+        const std::string above = folderOf(folder);
+        if (file.isOpen() || errno != ENOENT || above == folder)
+            return opened(std::move(file), folder);
+        folder = above;
+    }
+}
+
+Result<NamelessFile> NamelessFile::opened(FileDescriptor file, const std::string& folderPath) {
     if (file.isOpen())
         return NamelessFile(std::move(file));
     if (isMissing(errno))

@@ -16,6 +16,10 @@ public:
     /// for the message of other failures.
     static Result<NamelessFile> create(int folder, int access, mode_t mode, const std::string& folderPath);
 
+    /// The same, open for reading and writing, on the file system of the folder at `folderPath`, which need
+    /// not exist yet, so that it can get a name there.
+    static Result<NamelessFile> createFor(const std::string& folderPath, mode_t mode);
+
     int descriptor() const { return file_.number(); }
 
     /// Makes the entry a name of the file. Returns 0 or the system's error number: EEXIST if the name is in
@@ -26,6 +30,8 @@ public:
     static bool isMissing(int error);
 
 private:
+    /// `file` was just opened, or errno tells why it was not.
+    static Result<NamelessFile> opened(FileDescriptor file, const std::string& folderPath);
     explicit NamelessFile(FileDescriptor file) : file_(std::move(file)) {}
 
     FileDescriptor file_;

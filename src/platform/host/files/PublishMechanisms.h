@@ -13,8 +13,8 @@ struct PublishMechanisms {
 };
 
 /// publishNewFile() limited to `mechanisms`.
-Result<std::string> publishNewFile(const CandidatePaths& candidates, ByteView content, Durability durability,
-                                   PublishMechanisms mechanisms,
+Result<std::string> publishNewFile(const CandidatePaths& candidates, const NewContent& content,
+                                   Durability durability, PublishMechanisms mechanisms,
                                    const std::optional<FileRights>& rights = {});
 
 } // namespace kestrine

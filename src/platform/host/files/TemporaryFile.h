@@ -3,6 +3,7 @@
 
 #include "platform/host/files/FileDescriptor.h"
 #include "platform/host/files/FolderEntry.h"
+#include "platform/host/files/NamelessFile.h"
 
 #include <sys/types.h>
 
@@ -15,6 +16,10 @@ public:
     /// is for the message of a failure. `name` must come from temporaryName().
     static Result<TemporaryFile> create(int folder, mode_t mode, const std::string& folderPath,
                                         std::string name = temporaryName());
+
+    /// Gives a nameless file this name, which must come from temporaryName(), in a folder. Fails with
+    /// unsupported if it can have no name there.
+    static Result<TemporaryFile> of(const NamelessFile& file, int folder, std::string name);
 
     TemporaryFile(TemporaryFile&& other) noexcept
         : entry_{other.entry_.folder, std::exchange(other.entry_.name, {})}, file_(std::move(other.file_)) {}

@@ -202,7 +202,7 @@ private:
 
 void openLibraries() { (void)installedFunctions(); }
 
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
     const Result<Functions>& library = installedFunctions();
     if (!library)
         return library.failure();
@@ -215,7 +215,8 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
         const PixelBuffer pixels = TRY(readAllRows(rows));
         TRY(encoding.take(pixels));
     }
-    return encoding.encode();
+    const Bytes bytes = TRY(encoding.encode());
+    return file.write(bytes);
 }
 
 } // namespace kestrine::avif

@@ -124,7 +124,7 @@ void appendPixels(Bytes& file, const LoadedPicture& loaded, const Palette& palet
 
 } // namespace
 
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
     const RowFormat& format = rows.format();
     if (format.width > maximumSide || format.height > maximumSide)
         return Failure{Reason::tooLarge, "a GIF has at most 65535 pixels per side"};
@@ -133,14 +133,14 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     LoadedPicture loaded = TRY(load(rows, options.ditherTransparency));
 
     const Palette palette = paletteFor(loaded, options.colorTable);
-    Bytes file;
-    appendScreen(file, loaded.picture, palette);
+    Bytes bytes;
+    appendScreen(bytes, loaded.picture, palette);
     if (palette.transparent)
-        appendTransparency(file, *palette.transparent);
-    appendDescriptor(file, loaded.picture);
-    appendPixels(file, loaded, palette);
-    append(file, {0x3B});
-    return file;
+        appendTransparency(bytes, *palette.transparent);
+    appendDescriptor(bytes, loaded.picture);
+    appendPixels(bytes, loaded, palette);
+    append(bytes, {0x3B});
+    return file.write(bytes);
 }
 
 } // namespace kestrine::gif

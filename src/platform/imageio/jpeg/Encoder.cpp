@@ -22,7 +22,8 @@ constexpr std::uint64_t maxOptimisedPixels = 8'000'000;
 struct Output {
     /// The first member, so that the library's pointer to it is one to the Output.
     jpeg_destination_mgr manager;
-    Bytes* bytes;
+    ByteSink* file;
+    Result<void> written; ///< the first failure; nothing is written after it
     std::array<std::uint8_t, 64 * 1024> buffer;
 };
 
@@ -34,17 +35,22 @@ void restart(j_compress_ptr info) {
     output.manager.free_in_buffer = output.buffer.size();
 }
 
+/// The library cannot be told that writing failed, so that is remembered.
+void flush(Output& output, std::size_t count) {
+    if (output.written)
+        output.written = output.file->write(ByteView(output.buffer).first(count));
+}
+
 boolean flushWhole(j_compress_ptr info) {
     Output& output = outputOf(info);
-    output.bytes->insert(output.bytes->end(), output.buffer.begin(), output.buffer.end());
+    flush(output, output.buffer.size());
     restart(info);
     return TRUE;
 }
 
 void flushRest(j_compress_ptr info) {
     Output& output = outputOf(info);
-    const std::size_t used = output.buffer.size() - output.manager.free_in_buffer;
-    output.bytes->insert(output.bytes->end(), output.buffer.data(), output.buffer.data() + used);
+    flush(output, output.buffer.size() - output.manager.free_in_buffer);
 }
 
 /// `quality` (0 to 1) in whole percent; 0 for NaN.
@@ -61,9 +67,9 @@ std::uint16_t wholeDensity(double dotsPerInch) {
 
 class Compressor {
 public:
-    Compressor(const RowFormat& format, const EncodingOptions& options, Bytes& bytes)
+    Compressor(const RowFormat& format, const EncodingOptions& options, ByteSink& file)
         : format_(format), options_(options) {
-        output_.bytes = &bytes;
+        output_.file = &file;
         info_.err = errors_.prepare();
         created_ = succeedsInLibrary(errors_, [this] { jpeg_create_compress(&info_); });
     }
@@ -91,7 +97,7 @@ public:
     }
 
 private:
-    Result<void> run(bool succeeded) const { return succeeded ? Result<void>() : errors_.failure(); }
+    Result<void> run(bool succeeded) const { return succeeded ? output_.written : errors_.failure(); }
 
     void configure() {
         output_.manager.init_destination = restart;
@@ -143,19 +149,17 @@ private:
 
 } // namespace
 
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
     if (rows.format().width > JPEG_MAX_DIMENSION || rows.format().height > JPEG_MAX_DIMENSION)
         return Failure{Reason::tooLarge, "a JPEG has at most 65500 pixels per side"};
-    Bytes bytes;
-    Compressor compressor(rows.format(), options, bytes);
+    Compressor compressor(rows.format(), options, file);
     TRY(compressor.begin());
     Bytes row(rows.format().bytesPerRow());
     for (std::uint32_t y = 0; y < rows.format().height; ++y) {
         TRY(rows.readRow(row));
         TRY(compressor.writeRow(row.data()));
     }
-    TRY(compressor.finish());
-    return bytes;
+    return compressor.finish();
 }
 
 } // namespace kestrine::jpeg

@@ -137,12 +137,13 @@ private:
 
 } // namespace
 
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
     const Result<Functions>& library = installedFunctions();
     if (!library)
         return library.failure();
     const PixelBuffer pixels = TRY(readAllRows(rows));
-    return Encoding(*library, usefulThreads(pixels.format)).encode(pixels, options);
+    const Bytes bytes = TRY(Encoding(*library, usefulThreads(pixels.format)).encode(pixels, options));
+    return file.write(bytes);
 }
 
 } // namespace kestrine::jxl

@@ -153,7 +153,7 @@ std::size_t furtherThreads(const RowFormat& format) {
     return threads > 1 ? threads : 0;
 }
 
-Result<void> writePixels(RowSource& rows, int compression, Bytes& file) {
+Result<void> writePixels(RowSource& rows, int compression, ByteSink& file) {
     ImageDataWriter writer(file, furtherThreads(rows.format()), [compression](ByteView piece, bool isLast) {
         return deflatePiece(piece, isLast, compression);
     });
@@ -163,16 +163,15 @@ Result<void> writePixels(RowSource& rows, int compression, Bytes& file) {
         TRY(rows.readRow(row));
         filter.filter(row, writer.extend(filter.filteredBytes()));
     }
-    writer.finish();
-    return {};
+    return writer.finish();
 }
 
-ImageDataWriter thoroughWriter(const RowFormat& format, const StoredRowShape& shape, Bytes& file) {
+ImageDataWriter thoroughWriter(const RowFormat& format, const StoredRowShape& shape, ByteSink& file) {
     return {file, furtherThreads(format),
             [shape](ByteView rows, bool isLast) { return deflateThoroughly(rows, shape, isLast); }};
 }
 
-Result<void> writePixelsThoroughly(RowSource& rows, Bytes& file) {
+Result<void> writePixelsThoroughly(RowSource& rows, ByteSink& file) {
     const RowFormat& format = rows.format();
     ImageDataWriter writer = thoroughWriter(format, {format.bytesPerRow(), format.bytesPerPixel()}, file);
     Bytes row(format.bytesPerRow());
@@ -184,11 +183,10 @@ Result<void> writePixelsThoroughly(RowSource& rows, Bytes& file) {
         else
             std::ranges::copy(row, stored);
     }
-    writer.finish();
-    return {};
+    return writer.finish();
 }
 
-void writeIndices(const IndexedPicture& picture, const RowFormat& format, Bytes& file) {
+Result<void> writeIndices(const IndexedPicture& picture, const RowFormat& format, ByteSink& file) {
     const auto bits = static_cast<std::size_t>(picture.bits()), perByte = 8 / bits;
     const std::size_t rowBytes = (picture.width + perByte - 1) / perByte;
     ImageDataWriter writer = thoroughWriter(format, {rowBytes, 1}, file);
@@ -199,7 +197,7 @@ void writeIndices(const IndexedPicture& picture, const RowFormat& format, Bytes&
         for (std::size_t x = 0; x < picture.width; ++x)
             stored[x / perByte] |= static_cast<std::uint8_t>(*index++ << (8 - bits - x % perByte * bits));
     }
-    writer.finish();
+    return writer.finish();
 }
 
 /// With more colours, a palette would not save bytes or cannot be used.
@@ -211,42 +209,43 @@ std::size_t maxColorsOfPalette(const RowFormat& format, const EncodingOptions& o
     return isGray && !format.hasAlpha ? lessThan8Bits : allIndices;
 }
 
-Result<Bytes> encodeThoroughly(RowSource& rows, const EncodingOptions& options) {
+Result<void> encodeThoroughly(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
     const RowFormat format = rows.format();
     RowSourcePointer regained;
     if (const std::size_t maxColors = maxColorsOfPalette(format, options); maxColors > 0) {
         auto either = TRY(indexedIfPossible(rows, maxColors));
         if (const auto* indexed = std::get_if<IndexedPicture>(&either)) {
-            Bytes file = TRY(Header(format, options, indexed).make());
-            writeIndices(*indexed, format, file);
-            return file;
+            const Bytes head = TRY(Header(format, options, indexed).make());
+            TRY(file.write(head));
+            return writeIndices(*indexed, format, file);
         }
         regained = std::get<RowSourcePointer>(std::move(either));
     }
-    Bytes file = TRY(Header(format, options).make());
-    TRY(writePixelsThoroughly(regained ? *regained : rows, file));
-    return file;
+    const Bytes head = TRY(Header(format, options).make());
+    TRY(file.write(head));
+    return writePixelsThoroughly(regained ? *regained : rows, file);
 }
 
-Result<Bytes> encodeQuickly(RowSource& rows, const EncodingOptions& options) {
-    Bytes file = TRY(Header(rows.format(), options).make());
+Result<void> encodeQuickly(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
+    const Bytes head = TRY(Header(rows.format(), options).make());
+    TRY(file.write(head));
     const bool isFast = options.effort == Effort::fast;
-    TRY(writePixels(rows, isFast ? fastCompression : normalCompression, file));
-    return file;
+    return writePixels(rows, isFast ? fastCompression : normalCompression, file);
 }
 
 } // namespace
 
 void openLibraries() { (void)installedFunctions(); }
 
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
     if (!rows.format().isWithinLimits())
         return Failure{rows.format().pixels() == 0 ? Reason::empty : Reason::tooLarge,
                        "a picture of this size cannot become a PNG"};
-    Bytes file =
-        TRY(options.effort == Effort::max ? encodeThoroughly(rows, options) : encodeQuickly(rows, options));
-    appendChunk("IEND", {}, file);
-    return file;
+    TRY(options.effort == Effort::max ? encodeThoroughly(rows, options, file)
+                                      : encodeQuickly(rows, options, file));
+    Bytes end;
+    appendChunk("IEND", {}, end);
+    return file.write(end);
 }
 
 } // namespace kestrine::png

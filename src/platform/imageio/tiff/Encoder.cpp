@@ -197,11 +197,13 @@ Layout layoutOf(const RowFormat& format, const EncodingOptions& options, const S
     return layoutFor(format, options, strips, layoutFor(format, options, strips, 0).firstStrip);
 }
 
-void appendHead(Bytes& file, const Layout& layout) {
-    file.insert(file.end(), {'I', 'I', 42, 0});
-    appendLittleEndian(file, headerBytes, 4);
+/// Everything before the strips.
+Bytes headOf(const Layout& layout) {
+    Bytes head = {'I', 'I', 42, 0};
+    appendLittleEndian(head, headerBytes, 4);
     for (const StoredDirectory& directory : layout.directories)
-        appendDirectory(file, directory);
+        appendDirectory(head, directory);
+    return head;
 }
 
 /// Converts 16-bit samples from the byte order of a big-endian machine to the file's.
@@ -214,7 +216,7 @@ void makeLittleEndian(std::span<std::uint8_t> row, SampleDepth depth) {
 
 } // namespace
 
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
     const RowFormat& format = rows.format();
     if (!format.isWithinLimits())
         return Failure{format.pixels() == 0 ? Reason::empty : Reason::tooLarge,
@@ -224,16 +226,19 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
     const std::uint64_t fileBytes = layout.firstStrip + strips.bytesInAll;
     if (fileBytes > std::numeric_limits<std::uint32_t>::max())
         return Failure{Reason::tooLarge, "a TIFF file cannot have more than 4 GiB"};
-    Bytes file;
-    file.reserve(fileBytes);
-    appendHead(file, layout);
-    while (file.size() < fileBytes) {
-        file.resize(file.size() + format.bytesPerRow());
-        const std::span<std::uint8_t> row = std::span(file).last(format.bytesPerRow());
+    TRY(file.write(headOf(layout)));
+    Bytes strip;
+    for (std::uint32_t y = 0; y < format.height; ++y) {
+        strip.resize(strip.size() + format.bytesPerRow());
+        const std::span<std::uint8_t> row = std::span(strip).last(format.bytesPerRow());
         TRY(rows.readRow(row));
         makeLittleEndian(row, format.depth);
+        if (strip.size() < strips.bytesEach && y + 1 < format.height)
+            continue;
+        TRY(file.write(strip));
+        strip.clear();
     }
-    return file;
+    return {};
 }
 
 } // namespace kestrine::tiff

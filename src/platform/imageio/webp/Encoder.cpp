@@ -69,7 +69,7 @@ Result<WebPConfig> configurationFor(const Functions& library, const EncodingOpti
 
 } // namespace
 
-Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
+Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
     const Result<Functions>& library = installedFunctions();
     if (!library)
         return library.failure();
@@ -89,7 +89,7 @@ Result<Bytes> encode(RowSource& rows, const EncodingOptions& options) {
                                       : Failure{Reason::unsupported, "the WebP encoder failed"};
     const bool keepsProfile = options.profile != nullptr && options.profile->model() == format.model;
     const ByteView profile = keepsProfile ? options.profile->bytes() : ByteView();
-    return withMetadata(encoding.file(), format, profile, options.exif);
+    return file.write(withMetadata(encoding.file(), format, profile, options.exif));
 }
 
 } // namespace kestrine::webp

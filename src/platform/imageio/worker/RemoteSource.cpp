@@ -101,8 +101,8 @@ Result<Bytes> answerOfWorker(EngineParts& engine, std::shared_ptr<const ByteRead
         return unknownQuestion();
     const SentFile sent = TRY(SentFile::of(std::move(file)));
     const Request request{.fileBytes = sent.size(), .order = AskFile{*number}};
-    Delivery delivery =
-        engine.pool.exchange({request, 0, sent.descriptor(), maxPropertyBytes, limitsFor(0, sent.size())});
+    Delivery delivery = engine.pool.exchange(
+        {request, 0, sent.descriptor(), -1, maxPropertyBytes, limitsFor(0, sent.size())});
     if (!delivery.isDelivered && engine.mayDecodeHere)
         return question(sent.reader());
     Response response = TRY(std::move(delivery.response));
@@ -168,7 +168,7 @@ Delivery RemoteSource::deliver(Order order, const Price& price) const {
     }
     Delivery delivery =
         engine_->pool.exchange({request, librariesOf(*codec_) | price.libraries, file_.descriptor(),
-                                price.maxContent, limitsFor(price.pixels, file_.size())});
+                                price.resultFile, price.maxContent, limitsFor(price.pixels, file_.size())});
     if (delivery.response && delivery.response->damage)
         damage_.note(*delivery.response->damage);
     return delivery;
@@ -216,20 +216,38 @@ void RemoteSource::reserveToKeep(std::size_t frame) {
         keptBytes_ += format.bytes();
 }
 
-Result<Bytes> RemoteSource::rendered(const Picture& picture, const Output& output) {
+template <class Here>
+Result<Bytes> RemoteSource::orderResult(const Picture& picture, const Output& output, int file,
+                                        const Here& here) {
     if (!picture.source->isCanvas())
         reserveToKeep(picture.frame);
     const MemoryReservation held =
         TRY(budgetForHeldPictures().reserve(bytesToEncode(picture, output, false)));
     Price price = priceOf(picture);
     price.libraries = librariesOf(outputFormat(output.type));
+    price.resultFile = file;
     return carriedOut(RenderFile{recipeOf(picture), orderOf(output)}, price,
                       [&](const std::shared_ptr<Source>& source) {
-                          Output here = output;
-                          if (here.kept.exif != nullptr)
-                              here.kept.exif = source;
-                          return source->rendered(withSource(picture, source), here);
+                          Output ofSource = output;
+                          if (ofSource.kept.exif != nullptr)
+                              ofSource.kept.exif = source;
+                          return here(*source, withSource(picture, source), ofSource);
                       });
+}
+
+Result<Bytes> RemoteSource::rendered(const Picture& picture, const Output& output) {
+    return orderResult(picture, output, -1, [](Source& source, const Picture& own, const Output& ownOutput) {
+        return source.rendered(own, ownOutput);
+    });
+}
+
+Result<void> RemoteSource::renderInto(int file, const Picture& picture, const Output& output) {
+    const auto here = [file](Source& source, const Picture& own, const Output& ownOutput) -> Result<Bytes> {
+        TRY(source.renderInto(file, own, ownOutput));
+        return Bytes();
+    };
+    TRY(orderResult(picture, output, file, here));
+    return {};
 }
 
 Result<PixelBuffer> RemoteSource::pixels(const Picture& picture) {

@@ -53,6 +53,7 @@ public:
     Result<Bytes> property(const Picture& picture, PictureProperty property) const override;
     Result<Bytes> answer(FileQuestion question) const override;
     Result<Bytes> rendered(const Picture& picture, const Output& output) override;
+    Result<void> renderInto(int file, const Picture& picture, const Output& output) override;
     Result<PixelBuffer> pixels(const Picture& picture) override;
 
 private:
@@ -63,6 +64,7 @@ private:
         std::uint64_t pixels;        ///< of the source and the result together
         std::uint64_t maxContent;    ///< bytes of the answer
         std::uint32_t libraries = 0; ///< of the format of the result
+        int resultFile = -1;         ///< the descriptor of a file for the result; -1 if it is the answer
     };
 
     Delivery deliver(Order order, const Price& price) const;
@@ -71,6 +73,9 @@ private:
     Result<Bytes> carriedOut(Order order, const Price& price, const Here& here) const;
     Result<std::shared_ptr<Source>> openHere() const;
     Price priceOf(const Picture& picture) const;
+    /// The order for a result, into a file or not.
+    template <class Here>
+    Result<Bytes> orderResult(const Picture& picture, const Output& output, int file, const Here& here);
     void reserveToKeep(std::size_t frame);
 
     const std::shared_ptr<EngineParts> engine_;

@@ -18,10 +18,13 @@ constexpr std::uint64_t maxRequestContent = 0;
 /// is not a parcel.
 bool serveOneRequest(Service& service, const MessageSocket& socket) {
     Result<std::optional<Message>> message = socket.receive(true);
-    if (!message || !*message || (*message)->files.size() != 2)
+    if (!message || !*message)
         return false;
-    FileDescriptor file = std::move((*message)->files[0]);
-    const MemoryFile shared(std::move((*message)->files[1]));
+    std::vector<FileDescriptor>& files = (*message)->files;
+    if (files.size() != 2 && files.size() != 3)
+        return false;
+    const MemoryFile shared(std::move(files[1]));
+    FileDescriptor resultFile = files.size() == 3 ? std::move(files[2]) : FileDescriptor();
     const Result<Parcel> parcel = unpacked((*message)->bytes, shared, maxRequestContent);
     if (!parcel)
         return false;
@@ -29,7 +32,7 @@ bool serveOneRequest(Service& service, const MessageSocket& socket) {
     const std::optional<Request> request = requestIn(parcel->head);
     const bool isOneOfMany = request && request->usesOneThread;
     if (request)
-        response = service.responseTo(*request, std::move(file));
+        response = service.responseTo(*request, std::move(files[0]), std::move(resultFile));
     else
         response.content = Failure{Reason::refused, "the request is not valid"};
     Bytes head = bytesOf(response);
@@ -51,13 +54,13 @@ void Service::serve(const MessageSocket& requests) {
     }
 }
 
-Response Service::responseTo(const Request& request, FileDescriptor file) {
+Response Service::responseTo(const Request& request, FileDescriptor file, FileDescriptor resultFile) {
     std::optional<OneThreadScope> oneThread;
     if (request.usesOneThread)
         oneThread.emplace();
     setMaximumPixels(request.maximumPixels);
     Response response;
-    Call call{request, std::move(file), response};
+    Call call{request, std::move(file), std::move(resultFile), response};
     try {
         response.content =
             std::visit([&](const auto& order) { return carryOut(order, call); }, request.order);
@@ -134,7 +137,11 @@ Result<Bytes> Service::carryOut(const RenderFile& order, Call& call) {
                                   .colorTable = ordered.colorTable};
     const KeptProperties kept{ordered.keepsProfile, ordered.keepsExif ? source_ : nullptr,
                               ordered.exifSelection};
-    return source_->rendered(picture, {ordered.type, options, kept, ordered.maxBytes});
+    const Output output{ordered.type, options, kept, ordered.maxBytes};
+    if (!call.resultFile.isOpen())
+        return source_->rendered(picture, output);
+    TRY(source_->renderInto(call.resultFile.number(), picture, output));
+    return Bytes();
 }
 
 Result<Bytes> Service::carryOut(const ReadPixels& order, Call& call) {

@@ -8,8 +8,9 @@
 
 namespace kestrine::worker {
 
-/// For one thread. Each request comes with two descriptors: the source's file and the shared file. The source
-/// of the last request stays open, with its kept pixels.
+/// For one thread. Each request comes with two descriptors, the source's file and the shared file, or with a
+/// third one, of the empty file that a result is written into instead of being the answer. The source of the
+/// last request stays open, with its kept pixels.
 class Service {
 public:
     /// `questions` is the table by which questions are known; it must outlive this object.
@@ -18,14 +19,16 @@ public:
     /// Answers until the other end is closed, or sends something that is not a parcel.
     void serve(const MessageSocket& requests);
 
-    /// Carries out one request; `file` is the source's. A lack of memory becomes a failure.
-    Response responseTo(const Request& request, FileDescriptor file);
+    /// Carries out one request; `file` is the source's, `resultFile` the one for the result, if any. A lack
+    /// of memory becomes a failure.
+    Response responseTo(const Request& request, FileDescriptor file, FileDescriptor resultFile);
 
 private:
     /// A request that is being carried out.
     struct Call {
         const Request& request;
         FileDescriptor file;
+        FileDescriptor resultFile;
         Response& response;
     };
 

@@ -4,6 +4,7 @@
 #include "platform/imageio/worker/Parcel.h"
 
 #include <algorithm>
+#include <array>
 #include <new>
 
 namespace kestrine::worker {
@@ -44,8 +45,9 @@ bool has(const WorkerProcess& worker, std::uint32_t libraries) {
 /// What the worker says must make sense: one that was taken over by a hostile file may say anything.
 Result<Response> responseFrom(WorkerProcess& worker, const MemoryFile& shared, const Errand& errand) {
     const Bytes message = TRY(packed({bytesOf(errand.request), {}}, shared));
-    const int files[] = {errand.file, shared.number()};
-    const Bytes answer = TRY(worker.exchange(message, files, errand.limits));
+    const std::array files = {errand.file, shared.number(), errand.resultFile};
+    const std::span sent = std::span(files).first(errand.resultFile < 0 ? 2 : 3);
+    const Bytes answer = TRY(worker.exchange(message, sent, errand.limits));
     Result<Parcel> parcel = unpacked(answer, shared, errand.maxContent);
     if (!parcel)
         return decoderCrash();
@@ -148,8 +150,8 @@ void WorkerPool::forget(std::uint64_t source, bool frees) noexcept {
     try {
         const Request request{.source = source, .order = ForgetSource{}};
         constexpr AnswerLimits limits{std::chrono::minutes{1}, std::chrono::minutes{5}};
-        const int noFile = worker->shared.number(); // a request has two descriptors
-        if (responseFrom(*worker->process, worker->shared, {request, 0, noFile, 0, limits}))
+        const int noFile = worker->shared.number(); // a request has at least two descriptors
+        if (responseFrom(*worker->process, worker->shared, {request, 0, noFile, -1, 0, limits}))
             giveBack(*std::move(worker));
     } catch (const std::bad_alloc&) {
         return; // the worker ends, which frees its memory too

@@ -20,6 +20,7 @@ struct Errand {
     const Request& request;
     std::uint32_t libraries;  ///< that the source needs
     int file;                 ///< the descriptor of the source
+    int resultFile;           ///< the descriptor of the file that gets the result; -1 if it is the answer
     std::uint64_t maxContent; ///< the most bytes that can be the answer
     AnswerLimits limits;
 };

@@ -78,7 +78,7 @@ TEST(AVIFEncoder, theOrientationOfTheExifDataBecomesATurnOfTheContainer) {
 TEST(AVIFEncoder, tooWidePicturesAreRefused) {
     const RowSourcePointer rows =
         rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{.width = 65537, .height = 1}));
-    EXPECT_EQ(avif::encode(*rows, {}).failure().reason, Reason::tooLarge);
+    EXPECT_EQ(encoded(avif::encode, *rows, {}).failure().reason, Reason::tooLarge);
 }
 
 TEST(AVIFEncoder, aMissingLibraryIsReportedWithItsPackage) {

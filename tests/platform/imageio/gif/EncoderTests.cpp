@@ -207,14 +207,14 @@ TEST(GIFEncoder, theSamePictureGivesTheSameBytes) {
 TEST(GIFEncoder, aSideOver65535IsRefused) {
     for (const auto& [width, height] : {std::pair{65536u, 1u}, {1u, 65536u}}) {
         const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{width, height}));
-        EXPECT_EQ(gif::encode(*rows, {}).failure().reason, Reason::tooLarge);
+        EXPECT_EQ(encoded(gif::encode, *rows, {}).failure().reason, Reason::tooLarge);
     }
 }
 
 TEST(GIFEncoder, samplesOf16BitsAreRefused) {
     const RowFormat format = {2, 2, ColorModel::rgb, false, SampleDepth::bits16};
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(format));
-    EXPECT_EQ(gif::encode(*rows, {}).failure().reason, Reason::unsupported);
+    EXPECT_EQ(encoded(gif::encode, *rows, {}).failure().reason, Reason::unsupported);
 }
 
 TEST(GIFEncoder, aFailureOfTheRowsIsReturned) {
@@ -224,7 +224,7 @@ TEST(GIFEncoder, aFailureOfTheRowsIsReturned) {
             return Failure{Reason::truncated, "broken on purpose"};
         }
     } rows;
-    EXPECT_EQ(gif::encode(rows, {}).failure().text, "broken on purpose");
+    EXPECT_EQ(encoded(gif::encode, rows, {}).failure().text, "broken on purpose");
 }
 
 } // namespace kestrine::testing

@@ -96,7 +96,7 @@ TEST(JPEGEncoder, aSideBeyondTheFormatIsRefused) {
     for (const RowFormat& format :
          {RowFormat{65501, 1, ColorModel::gray}, RowFormat{1, 65501, ColorModel::gray}}) {
         const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(format));
-        EXPECT_EQ(jpeg::encode(*rows, {.quality = 0.5}).failure().reason, Reason::tooLarge);
+        EXPECT_EQ(encoded(jpeg::encode, *rows, {.quality = 0.5}).failure().reason, Reason::tooLarge);
     }
 }
 

@@ -79,13 +79,14 @@ TEST(PNGEncoder, aProfileWhoseLengthIsNoMultipleOfFourIsPadded) {
 
 TEST(PNGEncoder, aFailureOfTheRowsIsReturned) {
     BreakingRows rows;
-    const Result<Bytes> file = png::encode(rows, {});
+    const Result<Bytes> file = encoded(png::encode, rows, {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().text, "broken on purpose");
 }
 
 TEST(PNGEncoder, aPictureWithoutPixelsIsRefused) {
-    const Result<Bytes> file = png::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{0, 5})), {});
+    const Result<Bytes> file =
+        encoded(png::encode, *rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{0, 5})), {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().reason, Reason::empty);
 }

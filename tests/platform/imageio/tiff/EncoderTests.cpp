@@ -79,21 +79,21 @@ TEST(TIFFEncoder, theProfileIsEmbeddedOrAbsent) {
 
 TEST(TIFFEncoder, aFileOfMoreThan4GiBIsRefusedBeforeReadingRows) {
     UntouchedRows rows({40'000, 26'000, ColorModel::rgb, true, SampleDepth::bits16});
-    const Result<Bytes> file = tiff::encode(rows, {});
+    const Result<Bytes> file = encoded(tiff::encode, rows, {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().reason, Reason::tooLarge);
 }
 
 TEST(TIFFEncoder, aPictureWithoutPixelsIsRefused) {
     UntouchedRows rows({0, 5});
-    const Result<Bytes> file = tiff::encode(rows, {});
+    const Result<Bytes> file = encoded(tiff::encode, rows, {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().reason, Reason::empty);
 }
 
 TEST(TIFFEncoder, aFailureOfTheRowsIsReturned) {
     BreakingRows rows;
-    const Result<Bytes> file = tiff::encode(rows, {});
+    const Result<Bytes> file = encoded(tiff::encode, rows, {});
     ASSERT_FALSE(file.ok());
     EXPECT_EQ(file.failure().text, "broken on purpose");
 }

@@ -58,7 +58,7 @@ TEST(WebPEncoder, aGreyPictureBecomesSRGBWithItsTones) {
 
 TEST(WebPEncoder, tooLargeSidesAreRefusedBeforeAnyRowIsRead) {
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(PixelBuffer({16384, 1})));
-    EXPECT_EQ(webp::encode(*rows, {}).failure().reason, Reason::tooLarge);
+    EXPECT_EQ(encoded(webp::encode, *rows, {}).failure().reason, Reason::tooLarge);
 }
 
 } // namespace kestrine::testing

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <optional>
 #include <ostream>
+#include <unistd.h>
 
 namespace kestrine {
 namespace {
@@ -28,6 +29,15 @@ std::string contentOf(const Result<Bytes>& result) {
 
 std::string contentOf(const Result<PixelBuffer>& pixels) {
     return pixels ? contentOf(Result<Bytes>(pixels->bytes)) : textOf(pixels.failure());
+}
+
+/// Of a result that is written into a file.
+std::string contentWritten(const Picture& picture, const Output& output) {
+    const MemoryFile file = *MemoryFile::create();
+    const Result<void> written = renderInto(file.number(), picture, output);
+    if (!written)
+        return textOf(written.failure());
+    return contentOf(file.read(0, static_cast<std::uint64_t>(::lseek(file.number(), 0, SEEK_END))));
 }
 
 std::string damageOf(const Source& source) {
@@ -77,8 +87,14 @@ void expectTheSameOfFrame(const SourcePointer& here, const SourcePointer& elsewh
                       contentOf(here->property(one, property)));
         EXPECT_TRUE(contentOf(readPixels(other)) == contentOf(readPixels(one)));
         const std::vector<Output> outputs = outputsFor(here), remote = outputsFor(elsewhere);
-        for (std::size_t i = 0; i < outputs.size(); ++i)
-            EXPECT_TRUE(contentOf(render(other, remote[i])) == contentOf(render(one, outputs[i]))) << i;
+        for (std::size_t i = 0; i < outputs.size(); ++i) {
+            const std::string expected = contentOf(render(one, outputs[i]));
+            EXPECT_TRUE(contentOf(render(other, remote[i])) == expected) << i;
+            if (!steps.empty())
+                continue;
+            EXPECT_TRUE(contentWritten(other, remote[i]) == expected) << i;
+            EXPECT_TRUE(contentWritten(one, outputs[i]) == expected) << i;
+        }
     }
 }
 

@@ -1,6 +1,7 @@
 #include "platform/imageio/worker/WorkerEngine.h"
 
 #include "platform/coregraphics/RowsAhead.h"
+#include "platform/host/files/NamelessFile.h"
 #include "platform/host/process/WorkerNursery.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/LocalSource.h"
@@ -64,7 +65,7 @@ constexpr std::array<FileQuestion, 8> questions = {
 
 Bytes jpegOf(std::uint32_t width, std::uint32_t height) {
     const PixelBuffer photo = makePhoto({width, height, ColorModel::rgb, false, SampleDepth::bits8});
-    return *jpeg::encode(*rowsOfPixels(std::make_shared<PixelBuffer>(photo)), {.quality = 0.9});
+    return *encoded(jpeg::encode, *rowsOfPixels(std::make_shared<PixelBuffer>(photo)), {.quality = 0.9});
 }
 
 /// From now on the system call fails. The test is skipped where that cannot be arranged.
@@ -98,6 +99,23 @@ TEST(WorkerEngine, rendersAFileInAnotherProcess) {
     EXPECT_EQ(*asPNG(source), *asPNG(*LocalSource::open(readerOfBytes(file))));
     EXPECT_EQ(LocalSource::decodesStarted() - before, 1u); // that of the local source
     EXPECT_NE(*source->answer(processNumber), *processNumber(nullptr));
+}
+
+TEST(WorkerEngine, reportsWhyAResultCouldNotBeWrittenAndGoesOnWithTheSameWorker) {
+    const testing::TemporaryFolder folder;
+    testing::runWithOwnMounts([&] {
+        testing::mountFileSystem(folder / "disk", 16);
+        Engine engine;
+        const std::shared_ptr<Source> source = *engine.open(jpegOf(300, 200));
+        const Bytes process = *source->answer(processNumber);
+        for (const FileType type : {FileType::tiff, FileType::png, FileType::jpeg, FileType::gif}) {
+            const NamelessFile file = *NamelessFile::createFor(folder / "disk", 0600);
+            const Output output{type, {.quality = 1}};
+            EXPECT_EQ(renderInto(file.descriptor(), {source, 0, {}}, output).failure().reason,
+                      Reason::noSpace);
+        }
+        EXPECT_EQ(*source->answer(processNumber), process);
+    });
 }
 
 TEST(WorkerEngine, readsAFileThatWasMovedAndHasNoNameAnyMore) {
@@ -349,6 +367,9 @@ TEST(WorkerEngine, decodesInThisProcessWhenNoProcessCanBeStarted) {
         const std::shared_ptr<Source> source = *lenient.open(file, firstBytes);
         EXPECT_EQ(*source->answer(processNumber), *processNumber(nullptr));
         EXPECT_EQ(*asPNG(source), *asPNG(*LocalSource::open(readerOfBytes(file))));
+        const MemoryFile result = *MemoryFile::create();
+        ASSERT_TRUE(renderInto(result.number(), {source, 0, {}}, {FileType::png, {}}));
+        EXPECT_EQ(*result.read(0, asPNG(source)->size()), *asPNG(source));
         EXPECT_EQ(Engine(Isolation::strict).open(file).failure().reason, Reason::inputOutput);
     });
 }

@@ -29,11 +29,12 @@ std::uint8_t* ImageDataWriter::extend(std::size_t count) {
     return piece_.data() + piece_.size() - count;
 }
 
-void ImageDataWriter::finish() {
+Result<void> ImageDataWriter::finish() {
     const DeflatedPiece last = compress_(piece_, true);
     while (!atWork_.empty())
         writeOldest();
     write(last, true);
+    return written_;
 }
 
 void ImageDataWriter::endPiece() {
@@ -63,7 +64,10 @@ void ImageDataWriter::write(const DeflatedPiece& piece, bool isLast) {
     Bytes end;
     if (isLast)
         appendBigEndian(end, adler_, 4);
-    appendChunk("IDAT", {isFirst_ ? ByteView(streamHeader) : ByteView(), piece.deflated, end}, file_);
+    Bytes chunk;
+    appendChunk("IDAT", {isFirst_ ? ByteView(streamHeader) : ByteView(), piece.deflated, end}, chunk);
+    if (written_)
+        written_ = file_.write(chunk);
     isFirst_ = false;
 }
 

@@ -3,6 +3,7 @@
 // threads.
 #pragma once
 
+#include "platform/host/ByteSink.h"
 #include "platform/imageio/png/fast/DeflatedPiece.h"
 
 #include <deque>
@@ -16,17 +17,17 @@ public:
     /// Compresses a piece; see deflatePiece(). Any thread.
     using Compressor = std::function<DeflatedPiece(ByteView bytes, bool isLast)>;
 
-    /// Appends chunks to `file`, which must outlive this. Up to `threads` further threads compress; with 0
+    /// Writes chunks to `file`, which must outlive this. Up to `threads` further threads compress; with 0
     /// only the caller's.
-    ImageDataWriter(Bytes& file, std::size_t threads, Compressor compress)
+    ImageDataWriter(ByteSink& file, std::size_t threads, Compressor compress)
         : file_(file), threads_(threads), compress_(std::move(compress)) {}
 
     /// Returns where to write the next `count` bytes, which come into the same piece. Valid until the next
     /// call.
     std::uint8_t* extend(std::size_t count);
 
-    /// Must be called once, after the last byte.
-    void finish();
+    /// Must be called once, after the last byte. Fails if any chunk could not be written.
+    Result<void> finish();
 
 private:
     /// Compresses the current piece, on this or another thread, and begins a new one.
@@ -34,7 +35,8 @@ private:
     void writeOldest();
     void write(const DeflatedPiece& piece, bool isLast);
 
-    Bytes& file_;
+    ByteSink& file_;
+    Result<void> written_; ///< the first failure; nothing is written after it
     const std::size_t threads_;
     const Compressor compress_;
     Bytes piece_;

@@ -53,7 +53,8 @@ Result<Bytes> converted(const std::filesystem::path& path, DecoderChoice choice,
     const RowFormat full = decoder->frames().front().format, decoded = rows->format();
     const Resampling scaling = {scaled(full.width, decoded.width), scaled(full.height, decoded.height),
                                 ResampleFilter::lanczos, Light::linear};
-    return encode(*resampledRows(std::move(rows), scaling, nullptr, SampleDepth::bits8), {.quality = 0.7});
+    return encoded(encode, *resampledRows(std::move(rows), scaling, nullptr, SampleDepth::bits8),
+                   {.quality = 0.7});
 }
 
 } // namespace
