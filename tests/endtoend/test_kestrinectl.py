@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 import pictures
-from tools import BIN, ToolTest, main, on_a_terminal
+from tools import BIN, JPEG, ToolTest, main, on_a_terminal
 
 
 class Sets(ToolTest):
@@ -341,6 +341,26 @@ class Sets(ToolTest):
         self.assertIn("--width: must be a number from 1 to 1000000;", self.control("add", "A", "--width", "0", status=2))
         self.assertIn("--format: must be jpeg, png, tiff or gif;", self.control("add", "A", "--format", "bmp", status=2))
         self.assertIn("--width needs a value;", self.control("add", "A", "--width", status=2))
+
+
+class LostOutput(ToolTest):
+    """What cannot be written is an error, since scripts must not go on without it."""
+
+    def run_with(self, redirection, *arguments):
+        return subprocess.run(["sh", "-c", f'"$@" {redirection}', "sh", BIN / "kestrinectl", *arguments], cwd=self.folder,
+                              env=self.environment, stderr=subprocess.PIPE, timeout=120)
+
+    def test_of_any_command_is_an_error(self):
+        self.store({"name": "Web", "formatType": JPEG})
+        pictures.image(pictures.photo(60, 40)).save(self.folder / "a.png")
+        for redirection in (">&-", ">/dev/full"):
+            for arguments in (["sets", "list"], ["help"], ["convert", "--set", "Web", "a.png"], ["convert", "--longest", "20", "-", "<a.png"]):
+                with self.subTest(redirection=redirection, arguments=arguments):
+                    words = [word for word in arguments if not word.startswith("<")]
+                    done = self.run_with(" ".join([*arguments[len(words):], redirection]), *words)
+                    self.assertEqual(done.returncode, 1, done)
+                    self.assertIn(b"kestrinectl: the output could not be written\n", done.stderr)
+        self.assertTrue((self.folder / "Web/a.jpg").exists())
 
 
 class Help(ToolTest):

@@ -11,10 +11,12 @@ namespace {
 
 bool isOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) >= 0; }
 
-/// A new descriptor gets the lowest free number, which is `descriptor` if all lower ones are open. If there
-/// is no /dev/null, the root folder takes the number; nothing can be written to it.
+/// A new descriptor gets the lowest free number, which is `descriptor` if all lower ones are open. It is open
+/// for the other direction, so that using it fails. If there is no /dev/null, the root folder takes the
+/// number; nothing can be read from it or written to it.
 void occupy(int descriptor) {
-    if (::open("/dev/null", O_RDWR) != descriptor && !isOpen(descriptor))
+    const int otherDirection = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    if (::open("/dev/null", otherDirection) != descriptor && !isOpen(descriptor))
         (void)::open("/", O_PATH | O_DIRECTORY);
 }
 
