@@ -24,8 +24,10 @@ Crew::~Crew() {
 
 std::shared_ptr<Crew> Crew::current() { return currentCrew; }
 
-void Crew::add(Task& task) {
+void Crew::add(Task& task, bool isSibling) {
     const Lock lock(mutex_);
+    if (!tasks_.empty())
+        task.rank_ = tasks_.back()->rank_ + (isSibling ? 0 : 1);
     tasks_.push_back(&task);
     try {
         while (helpers_.size() + 1 < threads_)
@@ -44,18 +46,19 @@ void Crew::remove(Task& task) {
 
 void Crew::workUntil(Lock& lock, Task& task, const std::function<bool()>& isDone) {
     while (!isDone()) {
-        const auto place = std::ranges::find(tasks_, &task);
-        if (!doStepBefore(lock, static_cast<std::size_t>(place - tasks_.begin()) + 1))
+        const auto afterTask = std::next(std::ranges::find(tasks_, &task));
+        const auto afterSiblings = std::find_if(
+            afterTask, tasks_.end(), [&task](const Task* later) { return later->rank_ != task.rank_; });
+        if (!doStepBefore(lock, afterTask) && !doStepBefore(lock, afterSiblings))
             changed_.wait(lock);
     }
 }
 
-/// Does a step of the last of the first `end` tasks that is ready. A thread that waits within a step goes
-/// only to earlier tasks than that of the step. So no thread waits for itself, and threads do not wait for
-/// each other.
-bool Crew::doStepBefore(Lock& lock, std::size_t end) {
-    const auto last = std::make_reverse_iterator(tasks_.begin() + static_cast<std::ptrdiff_t>(end));
-    const auto found = std::find_if(last, tasks_.rend(), isReady);
+/// Does a step of the last task before `end` that is ready. A thread that waits within a step goes only to
+/// tasks of lower rank than that of the step. So no thread waits for itself, and threads do not wait for each
+/// other.
+bool Crew::doStepBefore(Lock& lock, std::vector<Task*>::iterator end) {
+    const auto found = std::find_if(std::make_reverse_iterator(end), tasks_.rend(), isReady);
     if (found == tasks_.rend())
         return false;
     doStep(lock, **found);

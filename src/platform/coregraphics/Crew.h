@@ -20,7 +20,7 @@ public:
     using Lock = std::unique_lock<std::mutex>;
 
     /// A part of the work that is done step by step. Its steps may need results of tasks that were added
-    /// before it, but of no others.
+    /// before it, except its siblings, and of no others.
     class Task {
     public:
         virtual ~Task() = default;
@@ -37,6 +37,7 @@ public:
         virtual void end(std::size_t step) = 0;
 
         std::size_t steps_ = 0; ///< that are being done
+        std::size_t rank_ = 0;  ///< the same for siblings; needed tasks have lower ones
     };
 
     /// `threads` includes that of the caller.
@@ -47,13 +48,15 @@ public:
 
     std::size_t threads() const { return threads_; }
 
-    /// `task` must stay valid until it is removed.
-    void add(Task& task);
+    /// `task` must stay valid until it is removed. `isSibling`: it does not need results of the task that was
+    /// added last, or of that task's siblings.
+    void add(Task& task, bool isSibling = false);
     /// Returns when no step of `task` is being done. Must be called before the task is destroyed.
     void remove(Task& task);
 
     Lock lock() { return Lock(mutex_); }
-    /// Does steps of `task`, and of tasks added before it, until `isDone` (called with the lock).
+    /// Does steps of `task`, of tasks added before it and of its siblings, until `isDone` (called with the
+    /// lock).
     void workUntil(Lock& lock, Task& task, const std::function<bool()>& isDone);
     /// To be called when a step may have become ready, with the lock.
     void notify() { changed_.notify_all(); }
@@ -65,7 +68,7 @@ private:
     friend class CrewScope;
 
     void helpUntilTheEnd();
-    bool doStepBefore(Lock& lock, std::size_t end);
+    bool doStepBefore(Lock& lock, std::vector<Task*>::iterator end);
     void doStep(Lock& lock, Task& task);
     static bool isReady(const Task* task) { return task->isReady(); }
 

@@ -20,6 +20,9 @@ constexpr unsigned maxThreads = 4;
 // core.
 constexpr std::size_t bandCount = 8;
 constexpr std::size_t bandBytes = std::size_t{128} << 10;
+// Of pictures in parts: all bands of a part together should take the rows that are decoded at once, so that
+// decoding the next ones need not wait until these are used.
+constexpr std::size_t maxBandBytesOfPart = std::size_t{2} << 20;
 
 bool isWorthThreads(const RowFormat& format) { return format.pixels() >= minPixels; }
 
@@ -32,13 +35,14 @@ struct Band {
 
 class RowsAhead final : public RowSource {
 public:
-    RowsAhead(std::shared_ptr<Crew> crew, RowSourcePointer input, std::size_t rows)
-        : RowSource(input->format()), input_(std::move(input)), rowsLeft_(rows),
-          rowsPerBand_(std::max<std::size_t>(1, bandBytes / format().bytesPerRow())),
+    /// `rows` are all that are read. For `isSibling` see Crew::add().
+    RowsAhead(std::shared_ptr<Crew> crew, RowSourcePointer input, std::size_t rows, std::size_t rowsPerBand,
+              bool isSibling)
+        : RowSource(input->format()), input_(std::move(input)), rowsLeft_(rows), rowsPerBand_(rowsPerBand),
           bands_(std::move(crew)) {
         for (Band& band : bands_.slots())
             band.rows.resize(rowsPerBand_ * format().bytesPerRow());
-        bands_.start([this](Band& band) { return fill(band); });
+        bands_.start([this](Band& band) { return fill(band); }, isSibling);
     }
 
     bool isReadAhead() const override { return true; }
@@ -95,6 +99,11 @@ private:
     std::size_t next_ = 0;
 };
 
+/// How many rows have so many bytes; at least one.
+std::size_t rowsIn(std::size_t bytes, const RowFormat& format) {
+    return std::max<std::size_t>(1, bytes / format.bytesPerRow());
+}
+
 /// The number of rows in the bands part, part + parts, part + 2 * parts, ... of a picture with `rows` rows.
 std::size_t rowsOfPart(std::size_t rows, std::size_t rowsPerBand, std::size_t part, std::size_t parts) {
     const std::size_t round = rowsPerBand * parts;
@@ -109,7 +118,8 @@ RowSourcePointer rowsAhead(RowSourcePointer input) {
     if (crew == nullptr || input->isReadAhead())
         return input;
     const std::size_t rows = input->format().height;
-    return std::make_unique<RowsAhead>(std::move(crew), std::move(input), rows);
+    const std::size_t rowsPerBand = rowsIn(bandBytes, input->format());
+    return std::make_unique<RowsAhead>(std::move(crew), std::move(input), rows, rowsPerBand, false);
 }
 
 std::size_t usefulThreads(const RowFormat& format) {
@@ -122,10 +132,14 @@ std::shared_ptr<Crew> crewFor(const RowFormat& format) {
 
 RowSourcePointer rowsInTurns(std::vector<RowSourcePointer> parts, std::size_t rowsPerBand) {
     const RowFormat format = parts.front()->format();
+    const std::size_t rowsAtATime = std::clamp(rowsPerBand / (bandCount - 1) + 1, rowsIn(bandBytes, format),
+                                               rowsIn(maxBandBytesOfPart, format));
     if (const std::shared_ptr<Crew> crew = crewFor(format))
-        for (std::size_t part = 0; part < parts.size(); ++part)
-            parts[part] = std::make_unique<RowsAhead>(
-                crew, std::move(parts[part]), rowsOfPart(format.height, rowsPerBand, part, parts.size()));
+        for (std::size_t part = 0; part < parts.size(); ++part) {
+            const std::size_t rows = rowsOfPart(format.height, rowsPerBand, part, parts.size());
+            parts[part] =
+                std::make_unique<RowsAhead>(crew, std::move(parts[part]), rows, rowsAtATime, part > 0);
+        }
     return std::make_unique<RowsInTurns>(std::move(parts), rowsPerBand);
 }
 

@@ -50,10 +50,10 @@ public:
     std::array<Slot, count>& slots() { return slots_; }
 
     /// From now on, the crew fills slots until `fill` returns false for the last one. `fill` must not throw,
-    /// and is called by one thread at a time.
-    void start(std::function<bool(Slot&)> fill) {
+    /// and is called by one thread at a time. For `isSibling` see Crew::add().
+    void start(std::function<bool(Slot&)> fill, bool isSibling = false) {
         fill_ = std::move(fill);
-        crew_->add(*this);
+        crew_->add(*this, isSibling);
     }
 
     /// Releases the slot of the previous call, and returns the next one when it is filled. Must not be called

@@ -96,6 +96,28 @@ TEST(Crew, tasksCanBeRemovedBeforeTheyAreOver) {
     }
 }
 
+TEST(Crew, whoWaitsForATaskDoesStepsOfItsSiblings) {
+    const auto crew = std::make_shared<Crew>(2);
+    std::promise<void> firstBegins, secondIsDone;
+    SlotRing<bool, 1> first(crew), second(crew);
+    first.start([&](bool& hasWaited) { // on the thread of the helper
+        firstBegins.set_value();
+        constexpr std::chrono::seconds longEnough{20};
+        hasWaited = secondIsDone.get_future().wait_for(longEnough) == std::future_status::ready;
+        return false;
+    });
+    firstBegins.get_future().wait();
+    second.start(
+        [&](bool& isDone) {
+            secondIsDone.set_value();
+            isDone = true;
+            return false;
+        },
+        true);
+    EXPECT_TRUE(first.next());
+    EXPECT_TRUE(second.next());
+}
+
 TEST(Crew, isTheCurrentOneInItsScopeAndNoneInSteps) {
     const auto crew = std::make_shared<Crew>(2);
     EXPECT_EQ(Crew::current(), nullptr);
