@@ -76,8 +76,7 @@ public:
         PlannedResult plan{.format = namedFormat(recipe.format)};
         const OptionalString folder = folderOfResult(position);
         if (job_.replacesFile())
-            if (const Result<FileRights> rights = rightsOfFile(job_.path.utf8()))
-                rights_ = *rights;
+            noteRights();
         const MadeResult made = convert(recipe, folder, plan, outcome);
         if (outcome.isRepeated)
             return outcome;
@@ -128,6 +127,12 @@ private:
                || (recipe.place.name && recipe.place.name->dependsOnPicture());
     }
 
+    /// Of the original, which may have changed.
+    void noteRights() {
+        if (const Result<FileRights> rights = rightsOfFile(job_.path.utf8()))
+            rights_ = *rights;
+    }
+
     /// Without content if there is no result; the outcome then has the reason.
     MadeResult convert(const ConversionRecipe& recipe, const OptionalString& folder, PlannedResult& plan,
                        JobOutcome& outcome) {
@@ -171,20 +176,29 @@ private:
         return made;
     }
 
-    /// Where the result will have its name, the process that encodes writes it at once, unless the file
-    /// system has no nameless files.
+    /// The process that encodes writes the result into a file on the file system where it will have its name,
+    /// or gives it back if there are no nameless files.
     MadeResult encode(const PlannedResult& plan, const ConversionRecipe& recipe,
                       const OptionalString& folder) const {
         constexpr mode_t ofAnyFile = 0666, untilItHasItsRights = 0600;
         if (plan.image == nullptr || !folder || folder->isEmpty())
             return MadeResult::of(encodedResult(plan, recipe, file_));
-        Result<NamelessFile> file =
-            NamelessFile::createFor(folder->utf8(), rights_ ? untilItHasItsRights : ofAnyFile);
+        Result<NamelessFile> file = NamelessFile::createFor(folderOfName(*folder, recipe, plan).utf8(),
+                                                            rights_ ? untilItHasItsRights : ofAnyFile);
         if (!file)
             return MadeResult::of(encodedResult(plan, recipe, file_));
         if (!writeResult(file->descriptor(), plan, recipe, file_))
             return {};
         return valueOrNothing(MadeResult::of(*std::move(file)));
+    }
+
+    /// The folder in which the result gets its name: a template may name folders, too.
+    NSString folderOfName(const NSString& folder, const ConversionRecipe& recipe,
+                          const PlannedResult& plan) const {
+        if (!recipe.place.name || !job_.fixedPaths.empty())
+            return folder;
+        return folder.appendingPathComponent(nameOfResult(job_, recipe, plan, file_))
+            .deletingLastPathComponent();
     }
 
     /// Notes a failure.
@@ -270,6 +284,7 @@ private:
     /// Moves the original to the trash first, so that the result can get its name.
     void replace(const MadeResult& made, JobOutcome& outcome) {
         std::optional<StagedFile> staged;
+        noteRights(); // converting may have taken long
         IntendedResult intended = intendedResult(made, outcome.path);
         if (job_.policy.onlyWithResult) {
             const std::string folder = outcome.path.deletingLastPathComponent().utf8(),

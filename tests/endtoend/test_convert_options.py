@@ -331,6 +331,23 @@ class Places(ConvertByOptions):
         self.assertEqual(self.tree("."), {"a.jpg": (30, 20)})
 
 
+    def test_a_result_belongs_to_the_group_of_the_folder_that_its_name_leads_to(self):
+        group = next((group for group in [*os.getgroups(), 100] if group != os.getgid()), None)
+        for folder in ("shared", "out/shared"):
+            (self.folder / folder).mkdir(parents=True)
+            try:
+                os.chown(self.folder / folder, -1, group)
+            except PermissionError:
+                self.skipTest("only root can choose any group")
+            (self.folder / folder).chmod(0o2775)
+        self.convert("--longest", "30", "--out", "shared", "a.png")
+        self.convert("--longest", "30", "--out", "shared/new", "a.png")
+        self.convert("--longest", "30", "--out", "out", "--name", "shared/{stem}.{ext}", "a.png")
+        self.convert("--longest", "30", "--out", "out", "--name", "shared/new/{stem}.{ext}", "a.png")
+        for result in ("shared/a.png", "shared/new/a.png", "out/shared/a.png", "out/shared/new/a.png"):
+            self.assertEqual((self.folder / result).stat().st_gid, group, result)
+
+
 class Upright(ConvertByOptions):
     def laid_down(self, orientation, order, form):
         """Writes a picture whose quarters are red, green, blue, white once it is turned by its orientation."""

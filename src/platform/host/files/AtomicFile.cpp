@@ -96,10 +96,20 @@ std::optional<Result<std::string>> publishNameless(int folder, const std::string
     return publishNameless(**file, folder, candidates, durability, rights);
 }
 
-/// A file with the content and this hidden name.
+/// Takes away what `mode` does not allow.
+Result<void> restrictMode(int file, mode_t mode) {
+    struct stat status {};
+    if (::fstat(file, &status) != 0
+        || ((status.st_mode & 07777 & ~mode) != 0 && ::fchmod(file, status.st_mode & mode) != 0))
+        return systemFailure("cannot set the permissions of a new file");
+    return {};
+}
+
+/// A file with the content, this hidden name and at most this mode.
 Result<TemporaryFile> temporaryFileWith(const NewContent& content, int folder, mode_t mode,
                                         const std::string& folderPath, std::string name = temporaryName()) {
     if (content.file() != nullptr) {
+        TRY(restrictMode(content.file()->descriptor(), mode));
         Result<TemporaryFile> named = TemporaryFile::of(*content.file(), folder, name);
         if (named || named.failure().reason != Reason::unsupported)
             return named;

@@ -44,13 +44,13 @@ Result<void> writeAll(int file, ByteView content) {
     return {};
 }
 
-Result<void> writeAllAt(int file, ByteView content, std::uint64_t offset) {
+Result<void> writeAllAt(int file, ByteView content, std::uint64_t offset, const char* failing) {
     while (!content.empty()) {
         const ssize_t written = ::pwrite(file, content.data(), content.size(), static_cast<off_t>(offset));
         if (written < 0 && errno == EINTR)
             continue;
         if (written < 0)
-            return systemFailure("cannot write");
+            return systemFailure(failing);
         content = content.subspan(static_cast<std::size_t>(written));
         offset += static_cast<std::uint64_t>(written);
     }

@@ -24,8 +24,9 @@ Result<void> forEachBlock(int file, const std::function<Result<void>(ByteView bl
 
 /// Writes all of `content` at the current position of the open file.
 Result<void> writeAll(int file, ByteView content);
-/// The same at `offset`; the position does not change.
-Result<void> writeAllAt(int file, ByteView content, std::uint64_t offset);
+/// The same at `offset`; the position does not change. `failing` begins the message of a failure.
+Result<void> writeAllAt(int file, ByteView content, std::uint64_t offset,
+                        const char* failing = "cannot write");
 
 /// Reports the errors of earlier writes (network file systems report them on closing), and writes the content
 /// to the disk for Durability::synced. The descriptor stays open.

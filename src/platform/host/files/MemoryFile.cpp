@@ -16,7 +16,7 @@ Result<MemoryFile> MemoryFile::create() {
 }
 
 Result<void> MemoryFile::write(ByteView bytes, std::uint64_t offset) const {
-    return writeAllAt(number(), bytes, offset);
+    return writeAllAt(number(), bytes, offset, "cannot write to a file in memory");
 }
 
 Result<Bytes> MemoryFile::read(std::uint64_t offset, std::uint64_t size) const {

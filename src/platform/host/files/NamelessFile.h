@@ -16,8 +16,9 @@ public:
     /// for the message of other failures.
     static Result<NamelessFile> create(int folder, int access, mode_t mode, const std::string& folderPath);
 
-    /// The same, open for reading and writing, on the file system of the folder at `folderPath`, which need
-    /// not exist yet, so that it can get a name there.
+    /// The same, open for reading and writing, for a name in the folder at `folderPath`. If that does not
+    /// exist yet, the file is made for the closest folder above it. What a file gets from its folder (group,
+    /// access control list) it gets from the folder it is made for.
     static Result<NamelessFile> createFor(const std::string& folderPath, mode_t mode);
 
     int descriptor() const { return file_.number(); }

@@ -1,5 +1,7 @@
 #include "platform/host/process/WorkerProcess.h"
 
+#include "platform/host/process/DiskWait.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -82,6 +84,8 @@ Result<void> WorkerProcess::waitForMessage(const AnswerLimits& limits) const {
         const nanoseconds now = processorTime();
         idle = now == last ? idle + pause : milliseconds{0};
         last = now;
+        if (idle >= limits.withoutProgress && waitsForDisk(process_))
+            idle = milliseconds{0};
         if (now - before > limits.processorTime || idle >= limits.withoutProgress)
             return timeFailure();
     }

@@ -10,11 +10,10 @@
 
 namespace kestrine {
 
-/// The time limits of an answer. Slow disks and busy machines do not count towards them as long as the worker
-/// makes progress.
+/// The time limits of an answer. Slow disks and busy machines do not count towards them.
 struct AnswerLimits {
     std::chrono::milliseconds processorTime;   ///< of all threads of the worker
-    std::chrono::milliseconds withoutProgress; ///< while the worker uses no processor time at all
+    std::chrono::milliseconds withoutProgress; ///< while it neither uses processor time nor waits for a disk
     bool isQuick = false;                      ///< whether the answer is expected within microseconds
 };
 

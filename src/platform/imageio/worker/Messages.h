@@ -89,7 +89,8 @@ struct Request {
 struct Response {
     std::vector<FrameDescription> frames; ///< for OpenFile, without profiles; empty if that failed
     std::optional<Failure> damage;
-    Result<Bytes> content = Bytes(); ///< what was ordered; for OpenFile the answer to its question
+    /// What was ordered; for OpenFile the answer to its question. Empty if it was written into a file.
+    Result<Bytes> content = Bytes();
 };
 
 /// The longest text of a failure; longer ones are cut off.

@@ -127,6 +127,13 @@ TEST(NewContent, inAFileHasTheModeThatTheUmaskAllowsUnlessThereAreRights) {
     });
 }
 
+TEST(NewContent, inAFileThatReplacesIsForTheUserOnlyUntilItHasItsRights) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(replaceFile(folder / "a", contentInFile(folder.path(), "new")));
+    EXPECT_EQ(statusOf(folder / "a").st_mode & 07777, 0600u) << "there are no rights for a new file";
+    EXPECT_EQ(readFile(folder / "a"), "new");
+}
+
 TEST(NewContent, inAFileOfAnotherFileSystemIsCopied) {
     const TemporaryFolder folder;
     testing::runWithOwnMounts([&] {

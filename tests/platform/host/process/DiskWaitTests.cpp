@@ -1,0 +1,75 @@
+#include "platform/host/process/DiskWait.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace kestrine {
+namespace {
+
+/// A child process that does `work` until it is killed at the end.
+class Child {
+public:
+    template <class Work>
+    explicit Child(const Work& work) : number_(::fork()) {
+        if (number_ == 0) {
+            work();
+            ::_exit(0);
+        }
+    }
+    ~Child() {
+        ::kill(-number_, SIGKILL);
+        ::kill(number_, SIGKILL);
+        ::waitpid(number_, nullptr, 0);
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    pid_t number() const { return number_; }
+
+    /// Whether it waits for a disk within ten seconds.
+    bool comesToWait() const {
+        for (int attempt = 0; attempt < 1000; ++attempt, ::usleep(10'000))
+            if (waitsForDisk(number_))
+                return true;
+        return false;
+    }
+
+private:
+    const pid_t number_;
+};
+
+/// Waits like for a disk: the system does not let a process go on before its child has left its memory.
+void waitForAChildThatStays() {
+    ::setpgid(0, 0); // so that the child ends with this process
+    if (::vfork() == 0)
+        for (;;)
+            ::pause();
+}
+
+TEST(DiskWait, isSeen) { EXPECT_TRUE(Child(waitForAChildThatStays).comesToWait()); }
+
+TEST(DiskWait, isSeenInAnyThread) {
+    const Child child([] {
+        std::thread waiting(waitForAChildThatStays);
+        waiting.join();
+    });
+    EXPECT_TRUE(child.comesToWait());
+}
+
+TEST(DiskWait, isNotWhatASleepingOrWorkingOrUnknownProcessDoes) {
+    const Child sleeping([] { ::pause(); });
+    const Child working([] {
+        for (const volatile bool isWanted = true; isWanted;) {
+        }
+    });
+    ::usleep(50'000);
+    EXPECT_FALSE(waitsForDisk(sleeping.number()));
+    EXPECT_FALSE(waitsForDisk(working.number()));
+    EXPECT_FALSE(waitsForDisk(0));
+}
+
+} // namespace
+} // namespace kestrine
