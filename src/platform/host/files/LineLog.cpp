@@ -41,14 +41,19 @@ Result<bool> isAt(const std::string& path, int file) {
 /// Tries again and again, so that a stop signal ends the wait.
 Result<void> lock(int file, const std::string& path, const std::function<bool()>& mayWait) {
     constexpr std::chrono::milliseconds pause{50};
-    for (bool isWaiting = false; ::flock(file, LOCK_EX | LOCK_NB) != 0; isWaiting = true) {
-        if (const int error = errno; error != EWOULDBLOCK && error != EINTR)
+    bool isWaiting = false;
+    while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
+        const int error = errno;
+        if (error != EWOULDBLOCK && error != EINTR)
             return systemFailure("cannot lock " + path, error);
-        if (!isWaiting && !mayWait())
+        const bool isTaken = error == EWOULDBLOCK;
+        if (isTaken && !isWaiting && !mayWait())
             return Failure{Reason::alreadyExists, "another run uses " + path};
         if (StopSignalsNoted::noted() != 0)
             return Failure{Reason::refused, "the wait for " + path + " was stopped"};
-        std::this_thread::sleep_for(pause);
+        isWaiting = isWaiting || isTaken;
+        if (isTaken)
+            std::this_thread::sleep_for(pause);
     }
     return {};
 }

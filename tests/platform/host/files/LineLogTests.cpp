@@ -1,11 +1,15 @@
 #include "platform/host/files/LineLog.h"
 
+#include "platform/host/process/StopSignals.h"
+#include "tests/support/IsolatedProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <thread>
 
 namespace kestrine {
@@ -59,6 +63,17 @@ TEST(LineLog, onlyOneHasTheLockAndOthersWaitOrFail) {
         std::this_thread::yield();
     first.reset();
     other.join();
+}
+
+TEST(LineLog, anInterruptedCallIsNotAnotherProcessWithTheLock) {
+    const testing::TemporaryFolder folder;
+    testing::runIsolated([&] {
+        if (!testing::failSystemCall(SYS_flock, EINTR))
+            GTEST_SKIP() << "this system permits no filter of system calls";
+        const StopSignalsNoted scope;
+        ASSERT_EQ(::raise(SIGTERM), 0); // ends the attempts
+        EXPECT_EQ(LineLog::open(folder / "log", mustNotWait).failure().reason, Reason::refused);
+    });
 }
 
 TEST(LineLog, rewritingReplacesTheFileInOneStepAndKeepsTheLock) {
