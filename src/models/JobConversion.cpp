@@ -1,0 +1,200 @@
+#include "models/JobConversion.h"
+
+#include "_MyClasses/Category/ImageUtility.h"
+#include "_MyClasses/Class/ExifTag/ExifOrientation.h"
+#include "models/FittingFile.h"
+#include "models/ResultNaming.h"
+
+#include <algorithm>
+
+namespace kestrine {
+
+namespace {
+
+/// The reason for a nil result: the last failure is the one that ended the work. `hasFormat`: whether the
+/// recipe names a format that exists.
+Failure reasonIn(const FailureCollector& collector, bool hasFormat) {
+    if (!collector.failures().empty())
+        return collector.failures().back();
+    if (hasFormat)
+        return {Reason::empty,
+                "the picture is too narrow: a side of the result would have less than one pixel"};
+    return {Reason::empty, "the set gives no output for it"};
+}
+
+/// Notes a failure.
+MadeResult valueOrNothing(Result<MadeResult> made) {
+    if (made)
+        return *std::move(made);
+    noteFailure(made.failure());
+    return {};
+}
+
+} // namespace
+
+std::optional<PlannedResult> JobConversion::planned(const ConversionRecipe& recipe) {
+    const FailureCollector ignored; // converting it will report the reason
+    PlannedResult plan = plannedResult(recipe, file_, imageFor(recipe));
+    if (plan.image == nullptr || isRepeated(recipe, plan))
+        return std::nullopt;
+    return plan;
+}
+
+MadeResult JobConversion::convert(const ConversionRecipe& recipe, const OptionalString& folder,
+                                  bool isPrivate, PlannedResult& plan, JobOutcome& outcome) {
+    if (hostility_) {
+        outcome.failure = hostility_;
+        return {};
+    }
+    const FailureCollector collector;
+    const std::shared_ptr<NSImage> image = imageFor(recipe);
+    noteHostility(collector);
+    if (image != nullptr && !mayApply(outcome))
+        return {};
+    const bool mayLoad = image != nullptr || job_.content == nullptr; // a path is tried again
+    if (!hostility_ && mayLoad)
+        plan = plannedResult(recipe, file_, image);
+    outcome.format = plan.format;
+    outcome.width = plan.width;
+    outcome.height = plan.height;
+    outcome.isLeftLying = plan.isLeftLying;
+    outcome.isRepeated = isRepeated(recipe, plan);
+    if (outcome.isRepeated)
+        return {};
+    if (auto own = hostility_ ? nullptr : bytesIfFitting(recipe, plan, image.get())) {
+        outcome.fitsAlready = true;
+        const auto pixels = image->bestRepresentation();
+        outcome.width = plan.width = static_cast<std::uint32_t>(pixels->pixelsWide());
+        outcome.height = plan.height = static_cast<std::uint32_t>(pixels->pixelsHigh());
+        return digested(MadeResult::of(std::move(own)));
+    }
+    MadeResult made = hostility_ ? MadeResult() : digested(encode(plan, recipe, folder, isPrivate));
+    noteHostility(collector);
+    if (image != nullptr)
+        outcome.damage = image->damage();
+    if (made.content && outcome.damage && job_.policy.refusesDamaged) {
+        outcome.failure = outcome.damage;
+        outcome.refusal = Refusal::damaged;
+        return {};
+    }
+    if (!made.content)
+        outcome.failure = reasonIn(collector, image != nullptr && plan.format != nullptr);
+    return made;
+}
+
+/// The process that encodes writes the result into a file on the file system where it will have its name, or
+/// gives it back if there are no nameless files.
+MadeResult JobConversion::encode(const PlannedResult& plan, const ConversionRecipe& recipe,
+                                 const OptionalString& folder, bool isPrivate) const {
+    constexpr mode_t ofAnyFile = 0666, forThisUser = 0600;
+    if (plan.image == nullptr || !folder || folder->isEmpty())
+        return MadeResult::of(encodedResult(plan, recipe, file_));
+    Result<NamelessFile> file = NamelessFile::createFor(folderOfName(*folder, recipe, plan).utf8(),
+                                                        isPrivate ? forThisUser : ofAnyFile);
+    if (!file)
+        return MadeResult::of(encodedResult(plan, recipe, file_));
+    if (!writeResult(file->descriptor(), plan, recipe, file_))
+        return {};
+    return valueOrNothing(MadeResult::of(*std::move(file)));
+}
+
+/// The folder in which the result gets its name: a template may name folders, too.
+NSString JobConversion::folderOfName(const NSString& folder, const ConversionRecipe& recipe,
+                                     const PlannedResult& plan) const {
+    if (!recipe.place.name || !job_.fixedPaths.empty())
+        return folder;
+    return folder.appendingPathComponent(nameOfResult(job_, recipe, plan, file_)).deletingLastPathComponent();
+}
+
+/// With the digest, if one is needed.
+MadeResult JobConversion::digested(MadeResult made) const {
+    if (job_.recorder == nullptr || !made.content)
+        return made;
+    const Result<ContentDigest> digest = made.content->digest();
+    if (!digest)
+        return valueOrNothing(digest.failure());
+    made.digest = *digest;
+    return made;
+}
+
+/// Whether several sizes of one recipe became equal because pictures are not enlarged.
+bool JobConversion::isRepeated(const ConversionRecipe& recipe, const PlannedResult& plan) {
+    ConversionRecipe sizeless = recipe;
+    sizeless.size = Unscaled{};
+    if (recipe.enlarges || plan.image == nullptr || !std::holds_alternative<PixelSize>(recipe.size))
+        return false;
+    const Made made{std::move(sizeless), plan.width, plan.height};
+    if (std::ranges::find(made_, made) != made_.end())
+        return true;
+    made_.push_back(made);
+    return false;
+}
+
+/// The bytes of the file if the recipe asks to use them and they are as the result should be; else nil.
+std::shared_ptr<const NSData> JobConversion::bytesIfFitting(const ConversionRecipe& recipe,
+                                                            const PlannedResult& plan,
+                                                            const NSImage* image) const {
+    if (!recipe.copiesFitting || image == nullptr)
+        return nullptr;
+    const auto reader = job_.content != nullptr ? Result(job_.content) : readerOfPath(job_.path.utf8());
+    if (!reader || !fitsAlready(recipe, plan, file_, *image, (*reader)->size()))
+        return nullptr;
+    Result<Bytes> bytes = (*reader)->readAll((*reader)->size());
+    return bytes ? std::make_shared<const NSData>(*std::move(bytes)) : nullptr;
+}
+
+/// Whether the job may replace the file, if it does. Otherwise the outcome has the reason.
+bool JobConversion::mayApply(JobOutcome& outcome) const {
+    if (!job_.policy.replacesOnlyPictures)
+        return true;
+    if (const Result<FileContents> contents = contentsOf(file_.opened))
+        outcome.contents = *contents;
+    else
+        outcome.failure = contents.failure();
+    if (job_.replacesFile() && !outcome.failure && outcome.contents.kind != FileContents::Kind::picture) {
+        outcome.failure = Failure{Reason::unsupported, "the file holds more than one picture"};
+        outcome.refusal = Refusal::holdsMore;
+    }
+    return !outcome.failure;
+}
+
+/// A file that broke the decoder, or took all it may take, is not tried again.
+void JobConversion::noteHostility(const FailureCollector& collector) {
+    for (const Failure& failure : collector.failures())
+        if (failure.reason == Reason::crashed || failure.reason == Reason::timeLimit)
+            hostility_ = failure;
+}
+
+/// A slot whose load failed stays empty and is tried again for the next recipe that needs it.
+std::shared_ptr<NSImage> JobConversion::imageFor(const ConversionRecipe& recipe) {
+    const bool converts = recipe.convertsResolution;
+    std::shared_ptr<NSImage>& slot = converts ? converted_ : plain_;
+    if (slot != nullptr || !open())
+        return slot;
+    slot = NSImage::initWithSource(file_.opened);
+    if (converts)
+        myUtility::convertResolution(*slot);
+    if (job_.recipes.size() > 1)
+        slot->keepPixels();
+    return slot;
+}
+
+/// Both slots, the orientation and the properties come from one opening of the file.
+bool JobConversion::open() {
+    if (file_.opened != nullptr)
+        return true;
+    const bool turns = std::ranges::find(job_.recipes, UprightRule::narrow, &ConversionRecipe::upright)
+                       != job_.recipes.end();
+    const FileQuestion question = turns ? orientationQuestionFor(job_.path) : nullptr;
+    Result<std::shared_ptr<Source>> source = job_.content != nullptr
+                                                 ? PictureEngine::current().open(job_.content, question)
+                                                 : openPicture(job_.path.utf8(), question);
+    if (!source) {
+        noteFailure(source.failure());
+        return false;
+    }
+    file_.opened = *std::move(source);
+    return true;
+}
+
+} // namespace kestrine

@@ -1,0 +1,49 @@
+// JobPublication: gives the result of a job its name.
+#pragma once
+
+#include "models/MadeResult.h"
+#include "models/ResizeJob.h"
+#include "platform/host/files/AtomicFile.h"
+
+namespace kestrine {
+
+/// Publishes one result. What came of it is in the outcome, whose path must be the wanted one. Each function
+/// is called at most once.
+class JobPublication {
+public:
+    /// All must outlive this object.
+    JobPublication(const ResizeJob& job, const MadeResult& made, JobOutcome& outcome)
+        : job_(job), made_(made), outcome_(outcome), intended_(intention()) {}
+
+    /// Writes to the first free name. Sets the outcome's path, even if nothing is written.
+    void write();
+
+    /// Moves the original to the trash first, so that the result can get its name. The result gets `rights`.
+    void replaceOriginal(const std::optional<FileRights>& rights);
+
+    /// Writes to the wanted path and no other.
+    void writeAtFixedPath();
+
+private:
+    IntendedResult intention() const;
+    bool stage(const std::optional<FileRights>& rights);
+    Result<StagedFile> staged(const std::string& folder, const std::string& hiddenName,
+                              const std::optional<FileRights>& rights) const;
+    void moveOriginalToTrash();
+    NSString nameBesideOriginal() const;
+    const EarlierResult* earlierResult() const;
+    Result<void> recordName(const std::string& path);
+    void write(Durability durability, const std::optional<FileRights>& rights);
+    Result<std::string> publishUnderFreeName(Durability durability, const std::optional<FileRights>& rights);
+    Result<std::string> publishInPlaceOf(const EarlierResult& earlier);
+    Result<bool> publishAtFixedPath();
+    bool isThere(const std::string& path) const;
+
+    const ResizeJob& job_;
+    const MadeResult& made_;
+    JobOutcome& outcome_;
+    IntendedResult intended_;
+    std::optional<StagedFile> staged_; ///< the whole result, if it replaces the original
+};
+
+} // namespace kestrine
