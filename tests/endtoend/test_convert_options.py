@@ -605,6 +605,13 @@ class SkipFitting(ConvertByOptions):
             self.assertTrue(self.is_copied(name, "--longest", "60", "--max-bytes", "1M", "--profile", "srgb"))
             self.assertTrue(self.is_copied(name, "--cover", "60x40"))
 
+    def test_json_tells_copies_from_conversions(self):
+        self.picture("large.png", 600, 400)
+        done = self.kestrinectl("convert", "--skip-fitting", "--longest", "60", "--json", "--out", "out", "a.png", "large.png")
+        *files, _ = map(json.loads, done.stdout.splitlines())
+        self.assertEqual({os.path.basename(file["source"]): file["outputs"][0]["copied"] for file in files},
+                         {"a.png": True, "large.png": False})
+
     def test_a_copy_has_its_own_size_in_its_name(self):
         self.convert("--skip-fitting", "--longest", "600", "--name", "{stem}-{width}x{height}.{ext}", "--out", "out", "a.png")
         self.assertEqual(set(self.tree("out")), {"a-60x40.png"})

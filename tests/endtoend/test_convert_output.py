@@ -100,7 +100,7 @@ class JSON(Output):
         output = files[0]["outputs"][1]
         path = self.folder / "out/a-15.jpg"
         self.assertEqual(output, {"path": str(path), "set": None, "format": "jpeg", "width": 15, "height": 10,
-                                  "bytes": path.stat().st_size})
+                                  "bytes": path.stat().st_size, "copied": False})
         self.assertEqual((run["done"], run["outputs"], run["journal"]), (2, 4, None))
         self.assertEqual(run["bytesBefore"], sum((self.folder / name).stat().st_size for name in ("a.png", "b.png")))
         self.assertEqual(run["bytesAfter"], sum(path.stat().st_size for path in (self.folder / "out").iterdir()))

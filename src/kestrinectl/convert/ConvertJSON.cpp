@@ -22,7 +22,8 @@ ordered_json toJSON(const ConvertOutput& output) {
         {"format", output.format == nullptr ? ordered_json() : ordered_json(output.format->name)},
         {"width", knownNumber(output.width)},
         {"height", knownNumber(output.height)},
-        {"bytes", knownNumber(output.bytes)}};
+        {"bytes", knownNumber(output.bytes)},
+        {"copied", output.isCopy}};
     if (output.content) {
         object["digest"] = output.content->digest;
         object["modified"] = output.content->modified;

@@ -63,7 +63,7 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const Conversi
     result.isLeftLying = result.isLeftLying || (outcome.hasResult() && outcome.isLeftLying);
     if (outcome.isWritten) {
         result.outputs.push_back({outcome.path.utf8(), setOf(recipe), outcome.format, outcome.width,
-                                  outcome.height, outcome.bytes});
+                                  outcome.height, outcome.bytes, outcome.fitsAlready});
         if (const auto warning = misleadingName(recipe, result.outputs.back()))
             result.warn(*warning);
     } else if (outcome.fitsAlready && outcome.hasResult() && outcome.data == nullptr) {

@@ -33,6 +33,7 @@ struct ConvertOutput {
     const OutputFormat* format = nullptr; ///< null if that is not known yet
     std::uint32_t width = 0, height = 0;  ///< in pixels; 0 if that is not known yet
     std::uint64_t bytes = 0;
+    bool isCopy = false;                ///< of the source, which was already as the result should be
     std::optional<MadeContent> content; ///< where later runs need it
 };
 
