@@ -144,7 +144,13 @@ class WhatIsASource(Update):
         self.update()
         for name in self.ALL:
             os.utime(self.folder / name, ns=(10**18, 10**18))
+        os.utime(self.folder / "out/a.jpg", ns=(10**18, 10**18))
         self.assertEqual(self.update(), ([], []))
+        noted = [json.loads(line) for line in next(self.manifests.iterdir()).read_text().splitlines()]
+        self.assertEqual([line["modified"] for line in noted[-3:]], [10**18] * 3)
+        self.assertEqual([line["results"][0]["modified"] == 10**18 for line in noted[-3:]], [True, False, False])
+        self.assertEqual(self.update(), ([], []))
+        self.assertEqual(len(next(self.manifests.iterdir()).read_text().splitlines()), len(noted))
         self.change("in/b.png", 9)
         self.assertEqual(self.update()[0], ["in/b.png"])
 

@@ -54,7 +54,7 @@ ConvertResult resultOf(const std::string& shown, std::uint64_t bytes,
 }
 
 std::optional<ConvertResult> resultIfCurrent(const ResizeJob& job, const ConvertInput& input,
-                                             const UpdateManifest& manifest) {
+                                             UpdateManifest& manifest) {
     using Status = UpdateManifest::Status;
     const Status status = manifest.statusOf(job);
     if (status == Status::missing)

@@ -19,7 +19,7 @@ ConvertResult resultOf(const std::string& shown, std::uint64_t bytes,
 
 /// The result of a file whose results are there and up to date; nullopt if it has to be converted.
 std::optional<ConvertResult> resultIfCurrent(const ResizeJob& job, const ConvertInput& input,
-                                             const UpdateManifest& manifest);
+                                             UpdateManifest& manifest);
 
 /// Converts a file and adds what came of it. `manifest` may be null; else results of earlier runs are
 /// replaced, and new ones noted.

@@ -211,7 +211,7 @@ bool UpdateManifest::isOurs(const Source& source, const std::string& path, const
            });
 }
 
-UpdateManifest::Status UpdateManifest::statusOf(const ResizeJob& job) const {
+UpdateManifest::Status UpdateManifest::statusOf(const ResizeJob& job) {
     const std::lock_guard lock(mutex_);
     const auto source = sources_.find(keyOf(job.path.utf8()));
     if (source == sources_.end())
@@ -222,15 +222,34 @@ UpdateManifest::Status UpdateManifest::statusOf(const ResizeJob& job) const {
         || !isUnchanged(source->first, *mark, made->source, made->content))
         return Status::missing;
     Status status = Status::current;
-    for (const MadeFile& file : made->files) {
+    Made newest = *made;
+    newest.source = *mark;
+    for (MadeFile& file : newest.files) {
         const Result<FileMark> there = markOfFile(file.path);
-        if (there && isUnchanged(file.path, *there, file.mark, file.content.number))
+        if (there && isUnchanged(file.path, *there, file.mark, file.content.number)) {
+            file.mark = *there;
             continue;
+        }
         if (!there || isOurs(source->second, file.path, *there))
             return Status::missing;
         status = Status::edited;
     }
+    if (status == Status::current)
+        noteTimes(source->first, *made, std::move(newest));
     return status;
+}
+
+/// So that later runs need not read the files. If that fails, they do.
+void UpdateManifest::noteTimes(const std::string& source, Made& made, Made newest) {
+    const bool areKnown =
+        newest.source.looksLike(made.source)
+        && std::ranges::equal(newest.files, made.files, [](const MadeFile& now, const MadeFile& before) {
+               return now.mark.looksLike(before.mark);
+           });
+    if (areKnown)
+        return;
+    made = std::move(newest);
+    (void)log_.append(lineOf(source, made), Durability::cached);
 }
 
 UpdateManifest::Earlier UpdateManifest::earlierResults(const ResizeJob& job) const {

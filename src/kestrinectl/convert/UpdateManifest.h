@@ -40,7 +40,8 @@ public:
         current,
         edited, ///< as `current`, but a result was changed since
     };
-    Status statusOf(const ResizeJob& job) const;
+    /// Reads files of which only the time has changed, and notes their times if their content has not.
+    Status statusOf(const ResizeJob& job);
 
     /// Whether an earlier job, or one of this run, made the file of another one.
     bool isResult(const std::string& path) const;
@@ -88,6 +89,7 @@ private:
     void addResult(const std::string& source, const std::string& path);
     static bool isUnchanged(const std::string& path, const FileMark& mark, const FileMark& before,
                             const std::optional<std::uint64_t>& content);
+    void noteTimes(const std::string& source, Made& made, Made newest);
     void shorten(std::size_t lineCount);
     std::string intentionLine(const std::string& source, const MadeFile& file) const;
     std::string lineOf(const std::string& source, const Made& made) const;
