@@ -75,5 +75,19 @@ class ShownCommands(unittest.TestCase):
                         self.assertRegex(told, rf"(?<![\w-]){option}(?![\w-])")
 
 
+class Formats(unittest.TestCase):
+    def test_everything_that_is_read_is_named_where_users_look(self):
+        names = set()
+        for decoder in sorted((ROOT / "src/platform/imageio").glob("*/Decoder.cpp")):
+            codecs = re.findall(r'^const ImageCodec \w+(?: = )?\{"([^"]+)"', decoder.read_text(), re.MULTILINE)
+            self.assertNotEqual(codecs, [], decoder)
+            names.update(codecs)
+        for document in ("README.md", "share/man/man1/kestrine.1", "debian/control"):
+            text = " ".join((ROOT / document).read_text().split())
+            for name in sorted(names):
+                with self.subTest(document=document, format=name):
+                    self.assertTrue(name in text)
+
+
 if __name__ == "__main__":
     unittest.main(verbosity=2)

@@ -92,7 +92,7 @@ constexpr bool isInOrder() {
     for (std::size_t i = 0; i < std::size(outputFormatTable); ++i)
         if (outputFormatTable[i].type != static_cast<FileType>(i))
             return false;
-    return true;
+    return std::size(outputFormatTable) == static_cast<std::size_t>(lastFileType) + 1;
 }
 static_assert(isInOrder());
 

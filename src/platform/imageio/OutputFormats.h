@@ -12,6 +12,7 @@ namespace kestrine {
 
 /// Also the position of a format in the table. Presets know the first four and store these numbers.
 enum class FileType : std::uint8_t { jpeg, png, tiff, gif, webp, jxl, avif };
+inline constexpr FileType lastFileType = FileType::avif;
 
 struct OutputFormat {
     FileType type;

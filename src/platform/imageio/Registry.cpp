@@ -56,7 +56,7 @@ std::uint32_t librariesOf(const ImageCodec& codec) {
 }
 
 std::uint32_t librariesOf(const OutputFormat& format) {
-    static_assert(std::size(codecs) + std::size_t{1} + static_cast<std::size_t>(FileType::avif) <= 32);
+    static_assert(std::size(codecs) + std::size_t{1} + static_cast<std::size_t>(lastFileType) <= 32);
     const std::size_t position = std::size(codecs) + static_cast<std::size_t>(format.type);
     return format.openLibraries == nullptr ? 0 : std::uint32_t{1} << position;
 }

@@ -193,7 +193,7 @@ void write(MessageWriter& writer, const OutputOrder& output) {
 
 OutputOrder outputIn(MessageReader& reader) {
     OutputOrder output;
-    output.type = reader.enumerator(FileType::avif);
+    output.type = reader.enumerator(lastFileType);
     output.quality = reader.number<double>();
     output.ditherTransparency = reader.flag();
     output.resolution = resolutionIn(reader);
