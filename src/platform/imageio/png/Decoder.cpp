@@ -4,6 +4,8 @@
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
 #include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/png/ChunkOrder.h"
+#include "platform/imageio/png/ChunkSearch.h"
 #include "platform/imageio/png/InterlacedRows.h"
 #include "platform/imageio/png/LibraryReader.h"
 #include "platform/imageio/png/LibraryRows.h"
@@ -18,31 +20,11 @@ namespace kestrine::png {
 
 namespace {
 
-constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+constexpr std::array<std::uint8_t, signatureBytes> signature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 
 /// Deflate cannot shrink data by more than this factor.
 constexpr std::uint64_t maximumDeflateRatio = 1032;
-constexpr std::uint64_t maximumExifBytes = 1 << 20;
 constexpr std::string_view exifName = "eXIf", animationName = "acTL";
-
-/// The content of the first chunk called `wanted`; empty when there is none. Searches the chunks from
-/// `position` on, up to the pixels or, if `passesPixels`, up to the last chunk.
-Bytes chunk(const ByteReader& reader, std::string_view wanted, std::uint64_t position, bool passesPixels) {
-    constexpr int maximumChunks = 1 << 20;
-    std::array<std::uint8_t, 8> head;
-    for (int i = 0; i < maximumChunks && reader.readAt(position, head) == head.size(); ++i) {
-        const std::uint64_t length = bigEndian(std::span(head).first(4));
-        const std::string_view name(reinterpret_cast<const char*>(head.data()) + 4, 4);
-        if (name == wanted && length <= maximumExifBytes && position + 8 + length <= reader.size()) {
-            Bytes block(length);
-            return reader.readAt(position + 8, block) == length ? block : Bytes{};
-        }
-        if (name == "IEND" || (name == "IDAT" && !passesPixels))
-            break;
-        position += 12 + length;
-    }
-    return {};
-}
 
 /// Pixels per metre are stored as a rounded whole number: 2835 stands for 72 pixels per inch, not for 72.009.
 double perInch(std::uint32_t perMeter) {
@@ -134,12 +116,13 @@ class Decoder final : public ImageDecoder {
 public:
     /// The header of `file` must have been read.
     Decoder(std::shared_ptr<const ByteReader> reader, std::unique_ptr<LibraryReader> file)
-        : reader_(std::move(reader)), exif_(chunk(*reader_, exifName, signature.size(), false)),
+        : reader_(std::move(reader)),
+          exif_(chunkContent(*reader_, exifName, signatureBytes, SearchEnd::atPixels)),
           colorTable_(storedColorTable(*file)) {
         const RowFormat format = file->format();
         const ExifFacts exif = readExifFacts(exif_);
         if (exif_.empty())
-            exif_ = chunk(*reader_, exifName, file->offsetOfPixels(), true);
+            exif_ = chunkContent(*reader_, exifName, file->offsetOfPixels(), SearchEnd::atLastChunk);
         const Resolution resolution =
             exif.resolution ? *exif.resolution : storedResolution(*file).value_or(Resolution{});
         frames_.push_back({.format = format,
@@ -167,7 +150,7 @@ public:
 
     /// An animation announces itself, with the number of its frames, before the pixels.
     FileContents contents() const override {
-        const Bytes control = chunk(*reader_, animationName, signature.size(), false);
+        const Bytes control = chunkContent(*reader_, animationName, signatureBytes, SearchEnd::atPixels);
         const std::uint64_t frames = control.size() == 8 ? bigEndian(ByteView(control).first(4)) : 1;
         return FileContents::several(FileContents::Kind::animation, static_cast<std::uint32_t>(frames));
     }
@@ -197,6 +180,11 @@ bool recognises(ByteView head) {
 Result<std::unique_ptr<ImageDecoder>> open(std::shared_ptr<const ByteReader> reader) {
     auto file = std::make_unique<LibraryReader>(reader);
     TRY(file->readHeader());
+    if (file->lacksTransparency()) {
+        reader = withTransparencyAfterColors(std::move(reader));
+        file = std::make_unique<LibraryReader>(reader);
+        TRY(file->readHeader());
+    }
     if (file->lacksColors()) {
         file = std::make_unique<LibraryReader>(reader, LibraryReader::Calibration::skipped);
         TRY(file->readHeader());

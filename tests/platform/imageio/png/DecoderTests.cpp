@@ -397,6 +397,35 @@ TEST(PNGDecoder, transparencyInADamagedChunkIsLostAndReported) {
     }
 }
 
+/// A file of indices with this tRNS chunk before its palette.
+Bytes withEarlyTransparency(ByteView alpha) {
+    Bytes file = indexedFile().make();
+    constexpr std::size_t afterHeader = 33;
+    Bytes chunk;
+    png::appendChunk("tRNS", {alpha}, chunk);
+    file.insert(file.begin() + afterHeader, chunk.begin(), chunk.end());
+    return file;
+}
+
+TEST(PNGDecoder, transparencyBeforeThePaletteCounts) {
+    const Decoded decoded = decodeSound(png::codec, withEarlyTransparency(Bytes{0, 128}));
+    ASSERT_TRUE(decoded.pixels.format.hasAlpha);
+    EXPECT_EQ(sampleAt(decoded.pixels, 0, 0, 3), 0U);
+    EXPECT_EQ(sampleAt(decoded.pixels, 1, 0, 3), 128U);
+    EXPECT_EQ(sampleAt(decoded.pixels, 2, 0, 3), 255U);
+}
+
+TEST(PNGDecoder, transparencyBeforeThePaletteThatIsDamagedIsLostAndReported) {
+    Bytes wrongChecksum = withEarlyTransparency(Bytes{0, 128});
+    wrongChecksum[33 + 8] ^= 1;
+    for (const Bytes& file : {wrongChecksum, withEarlyTransparency(Bytes(257)), withEarlyTransparency({})}) {
+        const auto decoder = *png::codec.open(readerOfBytes(file));
+        EXPECT_FALSE(decoder->frames().front().format.hasAlpha);
+        EXPECT_TRUE(decoder->rows(0, 0).ok());
+        EXPECT_TRUE(decoder->damage().has_value());
+    }
+}
+
 TEST(PNGDecoder, aSizeThatTheFileCannotHoldIsRefusedAtOnce) {
     Bytes file = PNGFile{.width = 1, .height = 1}.make();
     claimSize(file, 30'000, 30'000);
