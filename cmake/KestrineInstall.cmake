@@ -6,7 +6,7 @@ foreach(language English Japanese)
   install(DIRECTORY share/${language}.lproj DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrine)
 endforeach()
 install(FILES share/convert.schema.json share/shard-log.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrine)
-install(DIRECTORY share/scale-out DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrine USE_SOURCE_PERMISSIONS)
+install(DIRECTORY share/scale-out share/unattended DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrine USE_SOURCE_PERMISSIONS)
 # The manual pages get the version when they are installed.
 foreach(page man1/kestrine.1 man1/kestrinectl.1 man5/kestrine-presets.5)
   cmake_path(GET page PARENT_PATH section)
