@@ -161,7 +161,7 @@ Result<bool> JobPublication::publishAtFixedPath() {
         return folderFailure.value_or(published.failure());
     if (isThere(path))
         return true;
-    return Failure{Reason::alreadyExists, path + " is there already with other content, and stays"};
+    return Failure{Reason::alreadyExists, path + " already exists with other content and is not replaced"};
 }
 
 /// Whether the file at `path` has the content of the result already.

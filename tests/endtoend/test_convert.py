@@ -289,7 +289,7 @@ class Convert(ToolTest):
         inside = self.home / ".local" / "share" / "Trash" / "files"  # files in the trash are not moved there again
         self.picture(inside / "a.png")
         done = self.convert(inside / "a.png", status=1)
-        self.assertIn(f"the original stays, it could not go to the trash (it is in the trash or contains the trash); "
+        self.assertIn(f"the original could not be moved to the trash (it is in the trash or contains the trash) and remains in its place; "
                       f"the result is {inside}/a.jpg\n".encode(), done.stderr)
         self.assertEqual(self.names(inside), [b"a.jpg", b"a.png"])
 

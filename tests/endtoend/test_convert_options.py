@@ -648,7 +648,7 @@ class SkipFitting(ConvertByOptions):
     def test_with_replace_a_fitting_file_stays(self):
         status = (self.folder / "a.png").stat()
         done = self.convert("--skip-fitting", "--longest", "600", "--replace", "a.png")
-        self.assertEqual(done.stdout, b"a.png stays, it fits already\n")
+        self.assertEqual(done.stdout, b"a.png skipped: it already has the requested size and format\n")
         self.assertEqual((self.folder / "a.png").stat().st_ino, status.st_ino)
 
 

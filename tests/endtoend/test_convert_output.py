@@ -132,7 +132,7 @@ class JSON(Output):
     def test_a_file_that_fits_already_is_skipped(self):
         done = self.kestrinectl("convert", "--json", "--longest", "100", "--skip-fitting", "--replace", "--no-enlarge", "a.png")
         item, run = (json.loads(line) for line in done.stdout.splitlines())
-        self.assertEqual((item["status"], item["reason"], run["run"]["skipped"]), ("skipped", "it fits already", 1))
+        self.assertEqual((item["status"], item["reason"], run["run"]["skipped"]), ("skipped", "it already has the requested size and format", 1))
 
     def test_names_that_are_not_utf8_are_hexadecimal_digits(self):
         shutil.copy(self.folder / "a.png", os.fsencode(self.folder) + b"/\xff\n\".png")

@@ -185,9 +185,9 @@ class Editing(DesktopTest):
             edited = path.read_text()
             self.assertNotEqual(edited, content)
             _, err = self.desktop("install", status=1)
-            self.assertIn("was edited and stays; --overwrite replaces it", err)
+            self.assertIn("was edited and is kept; --overwrite replaces it", err)
             _, err = self.desktop("remove", status=1)
-            self.assertIn("was edited and stays; --overwrite removes it", err)
+            self.assertIn("was edited and is kept; --overwrite removes it", err)
             self.assertEqual(path.read_text(), edited)
             self.assertIn("1 edited, out of date", self.desktop("status")[0])
             self.desktop("install", "--all", "--overwrite")
@@ -209,7 +209,7 @@ class Editing(DesktopTest):
             path.write_text(path.read_text().replace("desktop run --set-word Web", "desktop  run --set-word Web"))
         self.sets("Mail")
         out, err = self.desktop("install", status=1)
-        self.assertEqual(err.count("was edited and stays; --overwrite removes it"), 2)
+        self.assertEqual(err.count("was edited and is kept; --overwrite removes it"), 2)
         for place in (f"Nautilus: 2 actions in {self.scripts}", f"Caja: 1 action in {self.caja_scripts}",
                       f"Thunar: 2 actions in {self.uca}"):
             self.assertIn(place + "\n", out)

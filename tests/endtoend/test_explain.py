@@ -42,7 +42,7 @@ class Explain(ToolTest):
         photo.save(self.folder / "a.png", icc_profile=pictures.wide_icc())
         self.assertIn("PNG, 120 x 80 pixels, RGB, 8 bits per sample, the colour profile Wide.", self.explain("a.png"))
         self.picture("b.jpg", 8)
-        self.assertIn("Orientation 8: lying, to be turned counterclockwise.", self.explain("b.jpg"))
+        self.assertIn("Orientation 8: to be turned 90 degrees counterclockwise.", self.explain("b.jpg"))
         photo.save(self.folder / "c.gif", save_all=True, append_images=[photo.rotate(90)])
         self.assertIn("only frame 1 of 2 is converted", self.explain("c.gif"))
 
@@ -107,7 +107,7 @@ class Doctor(ToolTest):
     def test_it_says_why_originals_cannot_go_to_the_trash(self):
         (self.folder / "fixed").mkdir(mode=0o555)
         done = self.run_without_rights("doctor", "fixed", program="kestrinectl")
-        self.assertIn(b"originals cannot go to the trash: the folder may not be changed", done.stdout)
+        self.assertIn(b"originals cannot go to the trash: the folder is not writable", done.stdout)
         self.home.chmod(0o555)
         self.addCleanup(self.home.chmod, 0o755)
         done = self.run_without_rights("doctor", program="kestrinectl")

@@ -127,7 +127,7 @@ class WhatStays(Undo):
             file.write(b"edited")
         edited = (self.folder / "a.png").read_bytes()
         text = self.undo(status=1)
-        self.assertIn(f"{self.folder}/a.png was changed since and stays; its original is {self.folder}/a_1.png", text)
+        self.assertIn(f"{self.folder}/a.png was changed since and is kept; its original is {self.folder}/a_1.png", text)
         self.assertEqual((self.folder / "a.png").read_bytes(), edited)
         self.assertEqual((self.folder / "a_1.png").read_bytes(), content)
         self.assertEqual(self.names(), [b"a.png", b"a_1.png", b"b.png"])
@@ -136,7 +136,7 @@ class WhatStays(Undo):
         content = self.picture("a.png").read_bytes()
         self.replace("--format", "jpeg", "a.png")
         (self.folder / "a.jpg").write_bytes(b"edited")
-        self.assertIn(f"{self.folder}/a.jpg was changed since and stays; its original is {self.folder}/a.png", self.undo(status=1))
+        self.assertIn(f"{self.folder}/a.jpg was changed since and is kept; its original is {self.folder}/a.png", self.undo(status=1))
         self.assertEqual((self.folder / "a.png").read_bytes(), content)
         self.assertEqual((self.folder / "a.jpg").read_bytes(), b"edited")
 
@@ -144,7 +144,7 @@ class WhatStays(Undo):
         content = self.picture("a.png").read_bytes()
         self.replace("--format", "jpeg", "a.png")
         (self.folder / "a.png").write_bytes(b"another")
-        self.assertIn(f"another file is named {self.folder}/a.png now, and stays; the original is {self.folder}/a_1.png",
+        self.assertIn(f"another file is named {self.folder}/a.png now and is kept; the original is {self.folder}/a_1.png",
                       self.undo(status=1))
         self.assertEqual((self.folder / "a.png").read_bytes(), b"another")
         self.assertEqual((self.folder / "a_1.png").read_bytes(), content)

@@ -54,7 +54,7 @@ class WhatIsMade(Update):
     def test_skipped_files_are_counted_and_shown_when_asked(self):
         self.update()
         lines, _ = self.update("-v")
-        self.assertIn("in/a.png stays, it is up to date", lines)
+        self.assertIn("in/a.png skipped: it is up to date", lines)
         done = self.kestrinectl("convert", "--longest", "30", "--format", "jpeg", "--out", "out", "--update", "-r", "--json", "in")
         objects = [json.loads(line) for line in done.stdout.splitlines()]
         self.assertEqual({item["status"] for item in objects[:-1]}, {"skipped"})
@@ -164,14 +164,14 @@ class WhatIsKept(Update):
             self.assertEqual((self.folder / "out/a.jpg").read_text(), "mine")
             if not arguments:
                 self.assertEqual(messages, [f"warning: in/a.png: {self.folder}/out/a.jpg is not known as a result of an earlier "
-                                            "run, and stays"])
+                                            "run and is not replaced"])
             self.assertIn("a_1.jpg", self.results())
             self.assertNotIn("a_2.jpg", self.results())
 
     def test_a_result_that_was_edited_is_never_overwritten(self):
         self.update()
         (self.folder / "out/a.jpg").write_text("edited")
-        self.assertEqual(self.update(), ([], ["warning: in/a.png: a result was changed since it was made, and stays"]))
+        self.assertEqual(self.update(), ([], ["warning: in/a.png: a result was changed since it was made and is not replaced"]))
         self.change("in/a.png", 9)
         for _ in range(2):
             converted, messages = self.update("--force")

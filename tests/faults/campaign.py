@@ -34,7 +34,7 @@ PIPES = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
 def without_expected_warnings(messages):
     """A scenario may have a file of another program where its result should be."""
     return "".join(line for line in messages.splitlines(True)
-                   if not line.endswith("is not known as a result of an earlier run, and stays\n"))
+                   if not line.endswith("is not known as a result of an earlier run and is not replaced\n"))
 
 
 class Runner:

@@ -13,7 +13,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 std::string warningOfEdited(const std::string& path) {
-    return shownPath(path) + " was changed since it was made, and stays";
+    return shownPath(path) + " was changed since it was made and is not replaced";
 }
 
 /// Notes the results if all of them are there. If that fails, the next run makes them again.
@@ -64,7 +64,7 @@ std::optional<ConvertResult> resultIfCurrent(const ResizeJob& job, const Convert
                          .reason = "it is up to date",
                          .isUpToDate = true};
     if (status == Status::edited)
-        result.warnings.emplace_back("a result was changed since it was made, and stays");
+        result.warnings.emplace_back("a result was changed since it was made and is not replaced");
     return result;
 }
 
@@ -82,7 +82,7 @@ void convertJob(ResizeJob job, const ConvertInput& input, UpdateManifest* manife
         addOutcome(result, input, job.recipes[i], outcomes[i]);
         if (manifest != nullptr && !outcomes[i].takenPath.empty() && earlier.edited.empty())
             result.warn(shownPath(outcomes[i].takenPath)
-                        + " is not known as a result of an earlier run, and stays");
+                        + " is not known as a result of an earlier run and is not replaced");
     }
     if (manifest != nullptr)
         note(job, earlier.source, outcomes, *manifest, result);

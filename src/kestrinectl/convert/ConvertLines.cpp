@@ -39,7 +39,7 @@ void printResult(const ConvertResult& result, ConvertDetail detail) {
                       + (detail == ConvertDetail::all ? detailsOf(output, result) : ""));
     if (result.status == ConvertStatus::skipped
         && (detail == ConvertDetail::all || (detail == ConvertDetail::lines && !result.isUpToDate)))
-        printLine(result.source + " stays, " + result.reason);
+        printLine(result.source + " skipped: " + result.reason);
     if (result.status == ConvertStatus::leftOut && detail != ConvertDetail::none)
         printError(result.sentence);
     printMessages(result, detail);

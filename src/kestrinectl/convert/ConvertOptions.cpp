@@ -114,10 +114,11 @@ void addColours(CLI::App& command, ConvertOptions& to) {
 
 void addMetadata(CLI::App& command, ConvertOptions& to) {
     const ValueOptions values{command};
-    values.add("--metadata", to.metadata, understoodBy(metadataNamed), "none|rights|exif|all",
-               "What to keep of the EXIF data: nothing, artist and copyright, what describes the picture, or "
-               "everything with the place, in all formats but GIF (default without a set: exif without "
-               "serial numbers and the name of the owner)");
+    values.add(
+        "--metadata", to.metadata, understoodBy(metadataNamed), "none|rights|exif|all",
+        "What to keep of the EXIF data: nothing; artist and copyright; what describes the picture; or "
+        "also serial numbers, the owner's name, keywords, ratings and the GPS position, in all formats but "
+        "GIF (default without a set: exif without serial numbers and the owner's name)");
     command.add_flag("--exif", to.exif, "Short for --metadata exif");
     values.add("--times", to.times, understoodBy(timesNamed), "keep|taken|now",
                "Modification time of the results: that of the original, when the picture was taken, or now "

@@ -14,8 +14,8 @@ namespace {
 
 std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
     if (outcome.isWritten)
-        return "the original stays, it could not go to the trash (" + outcome.trashFailure->text
-               + "); the result is " + shownPath(outcome.path.utf8());
+        return "the original could not be moved to the trash (" + outcome.trashFailure->text
+               + ") and remains in its place; the result is " + shownPath(outcome.path.utf8());
     std::string complaint = withoutPath(outcome.failure->text, path);
     if (outcome.refusal == Refusal::holdsMore)
         complaint = reasonNotToReplace(outcome.contents);
@@ -68,7 +68,7 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const Conversi
             result.warn(*warning);
     } else if (outcome.fitsAlready && outcome.hasResult() && outcome.data == nullptr) {
         result.status = ConvertStatus::skipped;
-        result.reason = "it fits already";
+        result.reason = "it already has the requested size and format";
     }
     if (outcome.isWritten && outcome.format != nullptr && losesWantedExif(recipe, *outcome.format))
         result.warn("the result has no EXIF data, since it is " + std::string(outcome.format->title)

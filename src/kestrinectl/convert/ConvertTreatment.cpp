@@ -18,6 +18,7 @@ void ConvertTreatment::addTo(CLI::App& command) {
             "--set", setNames,
             "Set to apply: a name, or a position such as @2; may be repeated (default: the selected sets, or "
             "none if an option gives a size, a format or a quality)")
+        ->option_text("NAME")
         ->allow_extra_args(false);
     options.addTo(command);
     command.add_flag("--accept-damaged", acceptsDamaged,

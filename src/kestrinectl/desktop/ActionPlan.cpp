@@ -75,7 +75,7 @@ bool ownerMayExecute(const std::string& path) {
 } // namespace
 
 std::string editedSentence(const std::string& action, bool isWanted) {
-    return action + " was edited and stays; --overwrite " + (isWanted ? "replaces it" : "removes it");
+    return action + " was edited and is kept; --overwrite " + (isWanted ? "replaces it" : "removes it");
 }
 
 std::string leftOutSentence(const std::string& setName, const std::string& reason) {

@@ -45,7 +45,7 @@ Fields fieldsFor(const std::string& setName, const DesktopActions& actions) {
         {"name", replaced(setName, inThunarLabels)},
         {"submenu", std::string(actionMenu)},
         {"command", shellWord(actions.program) + " " + runArguments(setName) + " -- %F"},
-        {"description", "Convert the selected pictures by this set"},
+        {"description", "Convert the selected pictures with this set"},
         {"patterns", "*"},
         {"image-files", ""},
     };

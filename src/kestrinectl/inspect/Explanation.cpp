@@ -23,15 +23,16 @@ namespace {
 using nlohmann::ordered_json;
 
 /// By EXIF orientation.
-constexpr std::array<const char*, 9> orientationWords = {"not stated",
-                                                         "upright",
-                                                         "mirrored",
-                                                         "upside down",
-                                                         "upside down and mirrored",
-                                                         "lying and mirrored",
-                                                         "lying, to be turned clockwise",
-                                                         "lying and mirrored the other way",
-                                                         "lying, to be turned counterclockwise"};
+constexpr std::array<const char*, 9> orientationWords = {
+    "not stated",
+    "upright",
+    "mirrored",
+    "upside down",
+    "upside down and mirrored",
+    "to be mirrored, then turned 90 degrees counterclockwise",
+    "to be turned 90 degrees clockwise",
+    "to be mirrored, then turned 90 degrees clockwise",
+    "to be turned 90 degrees counterclockwise"};
 
 std::string sizeText(std::uint32_t width, std::uint32_t height) {
     return std::to_string(width) + " x " + std::to_string(height);

@@ -32,17 +32,15 @@ std::string trashPlaceOf(const std::string& folder) {
     const std::string dataHome = Environment::ofProcess().xdgDataHome();
     const std::string homeTrash = dataHome.empty() ? "" : joinedPath(dataHome, "Trash");
     if (!mayChangeFolder(path))
-        return "originals cannot go to the trash: the folder may not be changed; give yourself the right to "
-               "write into it";
+        return "originals cannot go to the trash: the folder is not writable; get write permission for it";
     if (!homeTrash.empty() && isOnOneDevice(path, homeTrash))
         return mayChangeFolder(existingPartOf(homeTrash))
                    ? "originals go to " + homeTrash
                    : "originals cannot go to the trash: " + homeTrash
-                         + " cannot be written; give yourself the right to it";
+                         + " is not writable; get write permission for it";
     const Result<std::string> top = topFolderOf(path);
     if (!top)
-        return "the system does not say on which file system the folder is, so originals cannot go to a "
-               "trash";
+        return "originals cannot go to the trash: the file system of the folder cannot be determined";
     return "originals go to the trash of the file system at " + *top + ", or else as copies to " + homeTrash;
 }
 

@@ -58,7 +58,7 @@ PresetStore PresetStore::loadOrWarn() {
     try {
         return load();
     } catch (const CommandError& unreadable) {
-        printError(std::string(unreadable.what()) + "; this run does without");
+        printError(std::string(unreadable.what()) + "; this run uses no presets");
         return {NSUserDefaults::standardUserDefaults(), PropertyList::empty()};
     }
 }

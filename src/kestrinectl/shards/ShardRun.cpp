@@ -76,7 +76,7 @@ void ShardRun::convert(const PlanRecord& record, const LoggedFile* logged, Conve
     }
     if (result.status == ConvertStatus::done && !hasNews) {
         result.status = ConvertStatus::skipped;
-        result.reason = "its results are there already";
+        result.reason = "its results exist already";
     }
 }
 

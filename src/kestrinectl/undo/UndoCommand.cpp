@@ -32,9 +32,9 @@ void report(const ReplacedFile& file, const UndoneFile& undone) {
     case Kind::back:
         return;
     case Kind::beside:
-        return printError(file.result + " was changed since and stays; its original is " + undone.path);
+        return printError(file.result + " was changed since and is kept; its original is " + undone.path);
     case Kind::renamed:
-        return printError("another file is named " + file.original + " now, and stays; the original is "
+        return printError("another file is named " + file.original + " now and is kept; the original is "
                           + undone.path);
     case Kind::emptied:
         return printError(file.original + ": the original is no longer in the trash");

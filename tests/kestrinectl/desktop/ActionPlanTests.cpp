@@ -64,8 +64,8 @@ TEST(ActionPlan, editedActionsStayAndAreCountedUnlessTheyMayBeOverwritten) {
     const ActionPlan plan = planned(folder, {{"Web", "a\n"}}, false);
     EXPECT_EQ(plan.installed, 2U);
     EXPECT_EQ(plan.installedAfter, 2U);
-    EXPECT_THAT(plan.edited, ElementsAre(folder / "Web was edited and stays; --overwrite replaces it",
-                                         folder / "gone was edited and stays; --overwrite removes it"));
+    EXPECT_THAT(plan.edited, ElementsAre(folder / "Web was edited and is kept; --overwrite replaces it",
+                                         folder / "gone was edited and is kept; --overwrite removes it"));
     EXPECT_TRUE(plan.changes.empty());
     EXPECT_FALSE(plan.isComplete());
     const ActionPlan overwriting = planned(folder, {{"Web", "a\n"}}, true);

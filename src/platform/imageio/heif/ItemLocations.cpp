@@ -45,12 +45,13 @@ Result<ItemLocations> ItemLocations::read(ByteView iloc) {
     Cursor cursor(iloc);
     const unsigned version = readFullBoxHeader(cursor).version;
     if (version > 2)
-        return Failure{Reason::unsupported, "HEIF and AVIF files with this kind of places are not supported"};
+        return Failure{Reason::unsupported,
+                       "HEIF and AVIF files with this version of item locations are not supported"};
     const std::uint16_t sizes = cursor.u16();
     const std::size_t offsetSize = sizes >> 12, lengthSize = sizes >> 8 & 15, baseSize = sizes >> 4 & 15;
     const std::size_t indexSize = version > 0 ? sizes & 15 : 0;
     if (std::max({offsetSize, lengthSize, baseSize, indexSize}) > 8)
-        return damagedFile("the places of its items have no valid size");
+        return damagedFile("its item locations have invalid field sizes");
     std::size_t extents = 0;
     for (std::uint32_t left = version < 2 ? cursor.u16() : cursor.u32(); left > 0 && cursor.isSound();
          --left) {
@@ -65,14 +66,14 @@ Result<ItemLocations> ItemLocations::read(ByteView iloc) {
             extent.offset = cursor.number(offsetSize);
             extent.length = cursor.number(lengthSize);
             if (extent.offset > std::numeric_limits<std::uint64_t>::max() - base || ++extents > maxExtents)
-                return damagedFile("its items lie in impossible places");
+                return damagedFile("its item locations are impossible");
             extent.offset += base;
             location.extents.push_back(extent);
         }
         result.locations_.emplace(id, std::move(location));
     }
     if (!cursor.isSound())
-        return damagedFile("the places of its items are incomplete");
+        return damagedFile("its item locations are incomplete");
     return result;
 }
 
@@ -85,10 +86,12 @@ Result<std::vector<FileRange>> ItemLocations::ranges(ItemID id, const Surroundin
     if (found == locations_.end())
         return std::vector<FileRange>();
     const Location& location = found->second;
-    if (location.isElsewhere || location.method > 2)
+    if (location.method > 2)
+        return Failure{Reason::unsupported, "the picture is stored by an unknown method"};
+    if (location.isElsewhere)
         return Failure{Reason::unsupported, "the picture is stored in another file"};
     if (depth > maxItemDepth)
-        return damagedFile("its items contain each other");
+        return damagedFile("its items are nested too deeply");
     const std::vector<ItemID> dataItems =
         location.method == 2 ? surroundings.dataItems(id) : std::vector<ItemID>();
     std::vector<FileRange> all;

@@ -24,9 +24,10 @@ bool isWithinLimits(const Size& size) {
 
 /// Applies the transformations.
 Result<void> place(PictureNode& node) {
+    if (node.size.width == 0 || node.size.height == 0)
+        return Failure{Reason::empty, "the HEIF or AVIF picture has no pixels"};
     if (!isWithinLimits(node.size))
-        return Failure{node.size.width == 0 || node.size.height == 0 ? Reason::empty : Reason::tooLarge,
-                       "the HEIF or AVIF picture has no or too many pixels"};
+        return Failure{Reason::tooLarge, "the HEIF or AVIF picture has too many pixels"};
     node.placement = Placement(node.size);
     for (const Box& step : node.properties.transformations)
         TRY(addTransformation(node.placement, step));
