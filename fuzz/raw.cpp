@@ -1,4 +1,5 @@
-// Decodes any bytes as a camera raw file, with and without the signature of one.
+// Decodes bytes that begin with the signature of a camera raw or TIFF file as a camera raw file. Other input
+// is ignored.
 #include "fuzz/DecodeEverything.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -153,7 +153,7 @@ class ImageMagick(Contestant):
     about = "`mogrify -path`, JPEG decoded at twice the size or more (`jpeg:size`), Lanczos; memory limits raised"
 
     def __init__(self, settings):
-        """With Debian's limits, 100 megapixels would be swapped to files; `settings` is a folder for other limits."""
+        """Sets other limits in the folder `settings`: with Debian's limits, 100 megapixels would be swapped to files."""
         self.settings = settings
         names = {"memory": "16GiB", "map": "32GiB", "area": "1GP", "disk": "64GiB"}
         lines = [f'<policy domain="resource" name="{name}" value="{value}"/>' for name, value in names.items()]

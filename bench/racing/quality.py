@@ -25,7 +25,7 @@ def to_stored(light):
 
 
 def taps(centres, stretch, side):
-    """For every output position the input positions (all inside the picture) and weights that add up to one."""
+    """The input positions (all inside the picture) and weights (their sum is one) for every output position."""
     reach = int(numpy.ceil(LOBES * stretch)) + 1
     positions = numpy.floor(centres).astype(int)[:, None] + numpy.arange(-reach, reach + 1)
     x = (positions + 0.5 - centres[:, None]) / stretch

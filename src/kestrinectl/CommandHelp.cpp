@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t descriptionColumn = 34;
 constexpr std::size_t lineWidth = 100;
 
-/// With line breaks between words.
+/// The text with line breaks between words.
 std::string wrapped(const std::string& text, std::size_t width) {
     std::string lines;
     std::size_t lineStart = 0;
@@ -64,7 +64,7 @@ public:
         return wrapped(option->get_description(), lineWidth - descriptionColumn);
     }
 
-    /// With one empty line between two groups of options.
+    /// The help with one empty line between two groups of options.
     std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
         const std::string help = CLI::Formatter::make_help(app, std::move(name), mode);
         return CLI::detail::find_and_replace(help, "\n\n\n", "\n\n");

@@ -76,7 +76,7 @@ int runWithMessages(int count, char** values) {
     }
 }
 
-/// Without memory for anything else, exceptions and messages included.
+/// Ends the process when there is no memory for anything else, not even for exceptions and messages.
 [[noreturn]] void endWithoutMemory() {
     kestrine::StandardOutput(STDERR_FILENO).write("kestrinectl: not enough memory\n");
     std::_Exit(failed);

@@ -6,12 +6,13 @@ namespace kestrine {
 
 namespace {
 
-/// Long texts are cut off, so that remembering one cannot fail.
+/// The message of the last failure on this thread. Long messages are truncated to a fixed size, so that
+/// storing one cannot fail.
 thread_local char errorText[512] = "";
 
 bool continuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
-/// The bytes of a UTF-8 text that fit, without half a character.
+/// The number of bytes of a UTF-8 text that fit, without half a character.
 std::size_t fittingLength(std::string_view text) {
     std::size_t length = std::min(text.size(), sizeof errorText - 1);
     while (length > 0 && length < text.size() && continuesCharacter(text[length]))

@@ -16,7 +16,7 @@ struct CallOptions {
     bool usesOneThread = false;
 };
 
-/// Reads a JSON object. Fails with reason "malformed" and a text for the caller.
+/// Reads a JSON object. Fails with reason "malformed" and a message for the caller.
 Result<CallOptions> callOptionsIn(std::string_view text);
 
 } // namespace kestrine

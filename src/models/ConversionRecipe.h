@@ -17,7 +17,7 @@ namespace kestrine {
 struct Unscaled {
     bool operator==(const Unscaled&) const = default;
 };
-/// To width x height points; a side of 0 follows from the other one.
+/// The picture gets width x height points; a side of 0 follows from the other one.
 struct PointSize {
     float width = 0;
     float height = 0;
@@ -30,7 +30,7 @@ struct PointRatio {
 
     bool operator==(const PointRatio&) const = default;
 };
-/// The longer side to `length` points.
+/// The longer side gets `length` points.
 struct PointLongest {
     float length = 0;
 

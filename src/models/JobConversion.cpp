@@ -106,7 +106,7 @@ NSString JobConversion::folderOfName(const NSString& folder, const ConversionRec
     return folder.appendingPathComponent(nameOfResult(job_, recipe, plan, file_)).deletingLastPathComponent();
 }
 
-/// With the digest, if one is needed.
+/// The result with its digest, if one is needed.
 MadeResult JobConversion::digested(MadeResult made) const {
     if (job_.recorder == nullptr || !made.content)
         return made;
@@ -158,7 +158,7 @@ bool JobConversion::mayApply(JobOutcome& outcome) const {
     return !outcome.failure;
 }
 
-/// A file that broke the decoder, or took all it may take, is not tried again.
+/// Notes whether a file crashed the decoder or took too much time; such a file is not tried again.
 void JobConversion::noteHostility(const FailureCollector& collector) {
     for (const Failure& failure : collector.failures())
         if (failure.reason == Reason::crashed || failure.reason == Reason::timeLimit)

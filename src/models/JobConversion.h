@@ -22,10 +22,10 @@ public:
     /// What the recipe makes of the picture; nullopt if that is nothing, or what an earlier recipe gave.
     std::optional<PlannedResult> planned(const ConversionRecipe& recipe);
 
-    /// Makes the result of a recipe, and sets everything in the outcome that does not depend on its name.
-    /// Without content if there is no result; the outcome then has the reason. `folder` is where a result
-    /// will get its name, nil if it gets none; with `isPrivate` only this user can read it until then. `plan`
-    /// has the format that the recipe names.
+    /// Makes the result of a recipe, and sets everything in the outcome that does not depend on its name. The
+    /// result has no content if there is no result; the outcome then has the reason. `folder` is where a
+    /// result will get its name, nil if it gets none; with `isPrivate` only this user can read it until then.
+    /// `plan` has the format that the recipe names.
     MadeResult convert(const ConversionRecipe& recipe, const OptionalString& folder, bool isPrivate,
                        PlannedResult& plan, JobOutcome& outcome);
 

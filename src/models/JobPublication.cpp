@@ -23,7 +23,7 @@ std::optional<Failure> makeFolders(const NSString& path) {
 
 } // namespace
 
-/// Without a path, which is not decided yet.
+/// The intended result without its path, which is not decided yet.
 IntendedResult JobPublication::intention() const {
     return {.source = job_.path.utf8(),
             .replacesSource = job_.replacesFile(),

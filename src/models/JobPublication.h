@@ -7,8 +7,8 @@
 
 namespace kestrine {
 
-/// Publishes one result. What came of it is in the outcome, whose path must be the wanted one. Each function
-/// is called at most once.
+/// Publishes one result and updates the outcome, whose path must be the wanted one at the start. Each
+/// function is called at most once.
 class JobPublication {
 public:
     /// All must outlive this object.

@@ -8,7 +8,7 @@ namespace kestrine {
 
 namespace {
 
-/// In the order of NameTemplate::Field.
+/// The names of the fields, in the order of NameTemplate::Field.
 constexpr std::array<std::string_view, 7> fieldNames = {"stem", "ext", "set", "width", "height", "n", "date"};
 
 Failure malformed(const std::string& sentence) { return {Reason::malformed, sentence}; }

@@ -50,13 +50,13 @@ Sides requestedSides(const PixelSize& size, const Sides& picture) {
     }
 }
 
-/// Of a side with `length` pixels, scaled by `scale`, the `outSize` pixels at `gravity`.
+/// Scales a side of `length` pixels by `scale`, and crops it to the `outSize` pixels at `gravity`.
 AxisMap cropped(double length, double scale, std::uint32_t outSize, double gravity) {
     const double offset = (length - outSize / scale) * gravity;
     return {scale, scale == 1 ? std::round(offset) : offset, outSize};
 }
 
-/// The pixels before a picture with `side` pixels in a box with `whole`.
+/// The number of pixels before a picture of `side` pixels in a box of `whole` pixels.
 std::uint32_t before(std::uint32_t side, double whole, double gravity) {
     return static_cast<std::uint32_t>(std::floor((whole - side) * gravity));
 }

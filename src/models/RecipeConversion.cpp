@@ -34,7 +34,7 @@ ImagePointer imageOf(Picture picture, NSSize points) {
     return image;
 }
 
-/// With one point per pixel.
+/// The picture as an image with one point per pixel.
 ImagePointer imageOf(Picture picture) {
     const NSSize points = {static_cast<float>(picture.width()), static_cast<float>(picture.height())};
     return imageOf(std::move(picture), points);

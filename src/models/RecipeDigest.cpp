@@ -6,7 +6,8 @@ namespace kestrine {
 
 namespace {
 
-/// Collects values, each with an end that no value contains.
+/// Collects values, each preceded by its length in bytes, so that different sequences never give the same
+/// string.
 class RecipeText {
 public:
     RecipeText& operator<<(const std::string& value) {

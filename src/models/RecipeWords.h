@@ -1,5 +1,5 @@
-// How the values of options that make a recipe are spelled. Failures have reason "malformed" and a text that
-// follows the name of the option: "must be ...".
+// How the values of options that make a recipe are spelled. Failures have reason "malformed" and a message
+// that follows the name of the option: "must be ...".
 #pragma once
 
 #include "models/ConversionRecipe.h"

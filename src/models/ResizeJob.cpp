@@ -79,7 +79,8 @@ private:
             (void)setModificationTime(outcome.path.utf8(), *time); // not every file system stores it
     }
 
-    /// That the result gets; nullopt if it does not replace the original.
+    /// The rights that the result gets; nullopt if it does not replace the original, or if they cannot be
+    /// read.
     std::optional<FileRights> rightsOfOriginal() const {
         if (!job_.replacesFile())
             return std::nullopt;

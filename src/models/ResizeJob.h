@@ -39,8 +39,8 @@ struct ResizeJob {
     ChangeRecorder* recorder = nullptr;        ///< may be null; must outlive the run of the job
     std::vector<EarlierResult> earlier;        ///< each is replaced by a result that wants the same name
     /// Where the results go, in the order of the recipes, whose places do not count then; "" for a result
-    /// that is not to be made. Empty: the recipes say it. A file that is there already is never replaced: it
-    /// counts as the result if its content is the same, and else there is no result.
+    /// that is not to be made. If the vector is empty, the recipes say where. A file that is there already is
+    /// never replaced: it counts as the result if its content is the same, and else there is no result.
     std::vector<NSString> fixedPaths;
 
     /// Whether the result replaces the original: there is one recipe only, and it is a replacing one.

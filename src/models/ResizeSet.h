@@ -126,7 +126,7 @@ private:
 
 using ResizeSets = std::vector<std::shared_ptr<const ResizeSet>>;
 
-/// In the order of the sets, of which none is null.
+/// The recipes in the order of the sets, of which none is null.
 ConversionRecipes recipesOf(const ResizeSets& sets);
 
 /// The table with which archives of sets are read and written.

@@ -6,7 +6,8 @@ namespace kestrine {
 
 namespace {
 
-/// In high quality the longer side grows by the stored value of highQuality, usually 1.
+/// The size rule of a set. In high quality the longer side grows by the stored value of highQuality, usually
+/// 1.
 SizeRule sizeRule(const ResizeSet& set) {
     switch (set.resizeType()) {
     case ResizeTypeSize:

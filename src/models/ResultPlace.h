@@ -9,10 +9,10 @@
 namespace kestrine {
 
 struct ResultPlace {
-    /// In the place of the original, which goes to the trash. Only for the only recipe of a job; the folders
-    /// below are for results of jobs with several.
+    /// Whether the result takes the place of the original, which goes to the trash. Only for a job with a
+    /// single recipe; the folders below are for results of jobs with several.
     bool replaces = false;
-    /// To the caller, who gets the bytes in the outcome; nothing is written.
+    /// Whether the result goes to the caller, who gets the bytes in the outcome; nothing is written.
     bool isReturned = false;
     OptionalString base;      ///< absolute; nil for the given folder, or else the one that holds the file
     OptionalString subfolder; ///< below the base

@@ -1,5 +1,5 @@
 // kestrine-worker: decodes pictures for a program that uses the library. It is started by IsolatedDecoding,
-// never by a person.
+// never by the user.
 
 #include "_MyClasses/Class/ExifTag/ExifQuestions.h"
 #include "platform/host/process/WorkerNursery.h"

@@ -29,7 +29,7 @@ protected:
     const std::string folder_ = place_.makeFolder("folder");
 };
 
-/// With a folder on another volume, also by its path.
+/// Tests with a folder that is on another volume, also by its path.
 class TwoVolumesTest : public WorkspaceFilesTest {
 protected:
     void SetUp() override {

@@ -132,11 +132,12 @@ TEST(MaximumSize, theLongerSideDecidesAndTheHighQualityFlagIsAddedToTheLength) {
         signed char HQ;
         NSSize expected;
     } rows[] = {
-        {64, 32, 0, {16, 8}},                           // by the width
-        {32, 64, 0, {8, 16}},                           // by the height
-        {64, 64, 0, {16, 16}},                          // a square by the height
-        {300, 600, 1, {8, 17}},                         // 17 high, and 8.5 wide: half a pixel is lost
-        {600, 300, 1, {17, 8}}, {300, 600, 2, {9, 18}}, // any flag but 0 is yes and counts as it is
+        {64, 32, 0, {16, 8}},   // by the width
+        {32, 64, 0, {8, 16}},   // by the height
+        {64, 64, 0, {16, 16}},  // a square by the height
+        {300, 600, 1, {8, 17}}, // 17 high, and 8.5 wide: half a pixel is lost
+        {600, 300, 1, {17, 8}},
+        {300, 600, 2, {9, 18}}, // any value but 0 selects high quality, and is added to the length
     };
     for (const auto& row : rows) {
         const LoadedImage loaded(row.width, row.height);

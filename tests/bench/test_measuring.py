@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Medians, ratios, the order of the rounds, and what becomes of those who fail."""
+"""Medians, ratios, the order of the rounds, and what happens to contestants that fail."""
 import sys
 import tempfile
 import unittest

@@ -36,7 +36,7 @@ class PicturesTest(unittest.TestCase):
             first, again = (self.made(work).paths(kind, 60, 40)[0].read_bytes() for work in ("one", "two"))
             self.assertEqual(first, again)
 
-    # As Pillow sees it. The decoders of AVIF and JPEG XL lose the EXIF data of the files.
+    # What each kind keeps, as Pillow reads it. The decoders of AVIF and JPEG XL lose the EXIF data of the files.
     KEPT = {**dict.fromkeys(["png", "rgba", "lzw", "tiff", "avif", "jxl"], "profile"), "jp2": "nothing"}
 
     def test_every_kind_has_its_size_and_what_its_writer_keeps(self):

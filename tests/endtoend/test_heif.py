@@ -13,7 +13,7 @@ SAME, SUBSAMPLED = 45, 39  # dB
 
 
 def smooth(width, height, channels=3):
-    """Without the noise of pictures.photo(), whose chroma no subsampling keeps."""
+    """A picture without the noise of pictures.photo(), whose chroma no subsampling keeps."""
     y, x = numpy.mgrid[0:height, 0:width] / max(width, height)
     planes = [0.5 + 0.4 * numpy.sin(5.1 * x * (c + 1) + 4.2 * y + c) for c in range(channels)]
     return numpy.round(numpy.dstack(planes) * 255).astype(numpy.uint8)

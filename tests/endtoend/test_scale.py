@@ -270,7 +270,7 @@ class Refusals(Scale):
         self.assertIn(b"in/p.png: failed, ", self.inside(self.tree, "merge", "plan", "plan.1-of-1.jsonl", status=1).stdout)
 
     def test_a_result_that_only_the_log_knows_is_ours(self):
-        """As another version of the program may have made it."""
+        """Such a result may have been made by another version of the program."""
         self.plan()
         self.run_shards(self.tree, 1)
         log = self.tree / "plan.1-of-1.jsonl"

@@ -210,7 +210,7 @@ def possible_jobs(name):
 
 
 def run_job(numbered):
-    """Returns the number of the job and what does not hold."""
+    """Returns the number of the job and the sentences about what does not hold."""
     number, (name, kind, *arguments) = numbered
     return number, getattr(Worker.runner(name), kind)(*arguments)
 

@@ -68,7 +68,7 @@ class Disk:
 
 
 class Trace:
-    """Follows the descriptors of a recorded run, and tells a disk what changes."""
+    """Follows the descriptors of a recorded run, and passes every change to a disk."""
 
     def __init__(self, calls, base, folder, existing):
         self.disk = Disk(existing)

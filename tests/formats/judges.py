@@ -65,7 +65,7 @@ def avifdec_16(path):
 
 
 def djxl_deep(path):
-    """With the bits that the file has, up to 16."""
+    """The samples with the bits that the file has, up to 16."""
     with tempfile.TemporaryDirectory() as folder:
         result = Path(folder) / "judged.png"
         run("djxl", path, result)
@@ -73,7 +73,7 @@ def djxl_deep(path):
 
 
 def djxl_16(path):
-    """With 16 bits, for files without alpha."""
+    """The samples with 16 bits, for files without alpha."""
     with tempfile.TemporaryDirectory() as folder:
         result = Path(folder) / "judged.ppm"
         run("djxl", "--bits_per_sample", 16, path, result)

@@ -13,7 +13,7 @@ class Library:
 
 
 def read_libraries():
-    """By name, without the version."""
+    """The libraries by name, without the version."""
     libraries = {}
     for line in PAGE.read_text(encoding="utf-8").splitlines():
         cells = [cell.strip() for cell in line.strip("|").split("|")]

@@ -153,7 +153,7 @@ SGI = Format(
 
 
 def pcx(data, bits, planes, width=WIDTH, height=HEIGHT, runs=0, colors=b"", row_bytes=None):
-    """Rows of planes; `colors` are the 16 of the header."""
+    """A PCX file with `data` as its rows of planes; `colors` are the 16 colours of the header."""
     row_bytes = row_bytes or (width * bits + 7) // 8
     header = struct.pack("<BBBBHHHHHH", 10, 5, runs, bits, 0, 0, width - 1, height - 1, 72, 72) + colors.ljust(48, b"\0")
     return (header + struct.pack("<BBHH", 0, planes, row_bytes, 1)).ljust(128, b"\0") + data

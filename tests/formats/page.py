@@ -27,7 +27,7 @@ UNMEASURED = "?"
 
 @dataclass(frozen=True)
 class Cost:
-    """As shown: MiB, and seconds of processor time."""
+    """The costs as shown: MiB, and seconds of processor time."""
     memory: str = UNMEASURED
     time: str = UNMEASURED
 

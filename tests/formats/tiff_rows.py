@@ -89,7 +89,7 @@ def old_jpeg():
 
 
 def scaled(samples, bits):
-    """As the decoder is to scale them: to 8 or 16 bits."""
+    """The samples as the decoder must scale them: to 8 or 16 bits."""
     largest = 255 if bits <= 8 else 65535
     return numpy.round(samples.astype(float) * largest / ((1 << bits) - 1)).astype(numpy.uint8 if bits <= 8 else numpy.uint16)
 

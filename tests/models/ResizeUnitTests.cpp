@@ -33,7 +33,7 @@ RowFormat formatOf(const std::string& path) {
     return (*openImage(*readerOfPath(path)))->frames().front().format;
 }
 
-/// Whether a SIGTERM arrived, and what it found.
+/// How many SIGTERMs have arrived, and whether the result was there when the last one arrived.
 volatile std::sig_atomic_t arrivals = 0;
 volatile std::sig_atomic_t resultWasThere = 0;
 std::string awaitedResult;
@@ -74,7 +74,7 @@ protected:
         job->resize();
     }
 
-    /// Without the test's own folder in front.
+    /// The path without the test's own folder in front.
     std::string relative(const std::string& path) const {
         const std::string start = folder.path().string() + "/";
         return path.starts_with(start) ? path.substr(start.size()) : path;

@@ -31,7 +31,7 @@ def is_text(path):
 
 
 def tidied(text):
-    """Without spaces at the ends of lines, and with one line end at the end."""
+    """The text without spaces at the ends of lines, and with one line end at its end."""
     return "\n".join(line.rstrip(" \t\r") for line in text.split("\n")).rstrip("\n") + "\n"
 
 

@@ -10,7 +10,7 @@ TOP = {".ci", ".clang-format", ".clang-tidy", ".editorconfig", ".gitignore", "CH
 
 
 def entries():
-    """Those that are committed; in a copy without history, all."""
+    """The committed entries of the top folder; all entries except `build` if there is no Git history."""
     if not (ROOT / ".git").exists():
         return {path.name for path in ROOT.iterdir()} - {"build"}
     listed = subprocess.run(["git", "-c", f"safe.directory={ROOT}", "-C", ROOT, "ls-tree", "--name-only", "HEAD"],

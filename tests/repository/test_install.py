@@ -67,7 +67,7 @@ class Installed(unittest.TestCase):
             self.assertResizes(f"{folder}/resize", folder)
 
     def test_the_installed_headers_are_those_that_programs_need(self):
-        """Those that CMake names can be included alone, and together they include all others."""
+        """The headers that CMake names can be included alone, and together they include all others."""
         include = self.prefix / "include/kestrine"
         named = re.search(r"set\(KESTRINE_DESKTOP_HEADERS\n(.*?)^\)", INTERFACE.read_text(encoding="utf-8"), re.DOTALL | re.MULTILINE)
         needed = [self.headers_of(name, include) for name in re.findall(r"^ +(\S+\.h)", named[1], re.MULTILINE)]

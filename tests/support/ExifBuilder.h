@@ -60,7 +60,7 @@ Bytes jfifSegment();
 
 /// A grey JPEG picture of 8 x 8 pixels that every decoder can read, with these segments directly after SOI.
 Bytes jpegFile(const std::vector<Bytes>& segments);
-/// As above, with only the EXIF segment.
+/// The same with only the EXIF segment.
 Bytes jpegFile(const ExifContent& content);
 
 } // namespace kestrine::testing

@@ -10,10 +10,11 @@ namespace kestrine::testing {
 /// Runs `steps` in a child process. The current test fails or is skipped if that happens in the child.
 void runIsolated(const std::function<void()>& steps);
 
-/// As runIsolated(), without root privileges. The folders that `steps` use must be accessible to all users.
+/// Does the same as runIsolated(), without root privileges. The folders that `steps` use must be accessible
+/// to all users.
 void runAsOrdinaryUser(const std::function<void()>& steps);
 
-/// As runIsolated(), with private mounts. Skips the test if the system does not permit them.
+/// Does the same as runIsolated(), with private mounts. Skips the test if the system does not permit them.
 void runWithOwnMounts(const std::function<void()>& steps);
 
 /// For use in runWithOwnMounts(): mounts an empty file system of the given size in KiB on the new folder

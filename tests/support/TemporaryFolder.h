@@ -11,7 +11,7 @@ namespace kestrine::testing {
 
 class TemporaryFolder {
 public:
-    /// In `parent`, by default in the system's temporary folder.
+    /// Makes a folder in `parent`, by default in the system's temporary folder.
     explicit TemporaryFolder(const std::filesystem::path& parent = {});
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;

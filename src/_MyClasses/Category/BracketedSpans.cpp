@@ -132,7 +132,8 @@ private:
         return places;
     }
 
-    /// From the last place to the first, because the rest of a removed link becomes a part of the next one.
+    /// Removes the span at all places, from the last to the first, because the rest of a removed link becomes
+    /// a part of the next one.
     void remove(const Span& span) {
         const std::vector<std::size_t> places = placesOf(span);
         for (auto place = places.rbegin(); place != places.rend(); ++place)

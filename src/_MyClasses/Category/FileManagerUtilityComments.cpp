@@ -19,7 +19,7 @@ namespace {
 /// The first version with Spotlight comments.
 constexpr std::int32_t version10_5 = 0x1050;
 
-/// In bytes; longer comments in the Finder's reply are cut.
+/// The limit in bytes; longer comments in the Finder's reply are truncated.
 constexpr Size maxCommentSize = 256;
 
 OptionalString spotlightComment(const OptionalString& path) {

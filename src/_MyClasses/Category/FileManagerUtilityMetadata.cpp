@@ -21,7 +21,7 @@ OSErr readFileInfo(const FSRef& reference, FSCatalogInfoBitmap which, FileInfo& 
     return status;
 }
 
-/// All zero when it cannot be read.
+/// The Finder information of the item; all zero when it cannot be read.
 FileInfo fileInfoAt(const OptionalString& path) {
     FSRef reference;
     FileInfo information;

@@ -14,8 +14,9 @@ namespace kestrine {
 /// those opened meanwhile are decoded in this process afterwards, or fail if `isolation` is strict.
 class IsolatedDecoding {
 public:
-    /// Workers are copies of this process, which has one thread now and stays in this thread. `usualWorkers`:
-    /// how many files are converted at the same time; with 1, only this thread may use pictures.
+    /// Workers are copies of this process. It must have only one thread when this object is constructed, and
+    /// the workers end at the latest when this thread ends. `usualWorkers`: how many files are converted at
+    /// the same time; with 1, only this thread may use pictures.
     IsolatedDecoding(Isolation isolation, unsigned usualWorkers);
     /// Workers come from the program `kestrine-worker` at the path `helper`. For processes with any number of
     /// threads. If it cannot be started, pictures are decoded in this process, or fail if `isolation` is

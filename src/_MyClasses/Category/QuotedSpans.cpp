@@ -86,7 +86,8 @@ private:
 
     const char16_t quote_;
     std::vector<QuotedLink> links_; ///< in the order of the string; the first is before all quotes
-    /// Stretches by their hash, without the first; some entries are out of date.
+    /// The positions of all links but the first, by the hash of their stretch. Entries may be outdated: check
+    /// them before use.
     std::unordered_map<std::uint64_t, std::vector<std::size_t>> byHash_;
 };
 

@@ -16,7 +16,8 @@ namespace {
 
 constexpr auto npos = std::u16string_view::npos;
 
-/// In code units. Every beginning of a delimiter is compared, which takes long for longer ones.
+/// The limit in code units. Every beginning of a delimiter is compared, which takes long for longer
+/// delimiters.
 constexpr std::size_t maxDelimiterLength = 256;
 
 /// Limits the text that is compared for inner opening delimiters, per code unit of the string.

@@ -7,7 +7,7 @@
 
 namespace kestrine {
 
-/// With padding and without line breaks.
+/// The bytes in Base64, with padding and without line breaks.
 std::string base64(ByteView bytes);
 
 } // namespace kestrine

@@ -12,7 +12,7 @@ struct CellSums {
     static constexpr std::uint32_t side = 32; ///< of a cell, in pixels
 
     CellSums() = default;
-    /// Of a picture of this size, in pixels; all sums are 0.
+    /// The cells of a picture of this size, in pixels; all sums are 0.
     CellSums(std::uint32_t pictureWidth, std::uint32_t pictureHeight)
         : width(pictureWidth), height(pictureHeight), columns((width + side - 1) / side),
           rows((height + side - 1) / side), sums(std::size_t{columns} * rows) {}

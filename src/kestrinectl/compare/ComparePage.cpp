@@ -25,7 +25,7 @@ std::string grouped(std::uint64_t number) {
     return digits;
 }
 
-/// As HTML.
+/// The number of bytes as HTML.
 std::string bytesText(std::uint64_t bytes) {
     if (bytes < 1000)
         return shownBytes(bytes);

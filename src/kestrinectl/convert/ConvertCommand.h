@@ -9,7 +9,7 @@ namespace kestrine {
 
 void addConvertCommand(CLI::App& program);
 
-/// As `convert --quiet --set NAME -- FILES`. Throws CommandError.
+/// Does the same as `convert --quiet --set NAME -- FILES`. Throws CommandError.
 void convertBySet(const std::string& name, const std::vector<std::string>& files);
 
 } // namespace kestrine

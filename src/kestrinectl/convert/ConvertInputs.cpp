@@ -69,7 +69,7 @@ public:
 private:
     const fs::path outFolder_;
     std::vector<std::string> endings_; ///< of their paths: "/Web"
-    std::set<fs::path> typed_;         ///< and those that were checked
+    std::set<fs::path> typed_;         ///< the arguments, and the folders that isNews() has seen
 };
 
 class Finder {
@@ -168,7 +168,7 @@ private:
                            .isFolder = true});
     }
 
-    /// By the path below the given folder.
+    /// Whether the globs select the file. They apply to its path below the given folder.
     bool isWanted(const fs::path& file) const {
         if (search_.included.empty() && search_.excluded.empty())
             return true;

@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-/// In the order of ConvertStatus.
+/// The names in JSON, in the order of ConvertStatus.
 constexpr const char* statusNames[] = {"done", "skipped", "failed", "left-out", "would"};
 
 /// null for 0, which stands for unknown figures.

@@ -1,4 +1,4 @@
-// ConvertJobs: a picture of a run of `convert` as a job, and what comes of it.
+// ConvertJobs: a picture of a run of `convert` as a job, and the outcome.
 #pragma once
 
 #include "kestrinectl/convert/ConvertInputs.h"
@@ -21,7 +21,7 @@ ConvertResult resultOf(const std::string& shown, std::uint64_t bytes,
 std::optional<ConvertResult> resultIfCurrent(const ResizeJob& job, const ConvertInput& input,
                                              UpdateManifest& manifest);
 
-/// Converts a file and adds what came of it. `manifest` may be null; else results of earlier runs are
+/// Converts a file and adds the outcome to `result`. `manifest` may be null; else results of earlier runs are
 /// replaced, and new ones noted.
 void convertJob(ResizeJob job, const ConvertInput& input, UpdateManifest* manifest, ConvertResult& result);
 

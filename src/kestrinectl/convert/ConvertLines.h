@@ -5,7 +5,7 @@
 
 namespace kestrine {
 
-/// How much is said about what went well.
+/// How much is printed about successful conversions.
 enum class ConvertDetail : std::uint8_t {
     none,  ///< nothing, only complaints
     lines, ///< a line per result

@@ -28,7 +28,7 @@ std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
     return complaint;
 }
 
-/// Selections that somebody must have asked for.
+/// Whether the format cannot hold EXIF data that the user asked for. `rights` and `all` are never defaults.
 bool losesWantedExif(const ConversionRecipe& recipe, const OutputFormat& format) {
     const bool isWanted = recipe.exif == ExifSelection::rights || recipe.exif == ExifSelection::all;
     return isWanted && !holdsExif(format, *recipe.exif);

@@ -7,12 +7,12 @@
 
 namespace kestrine {
 
-/// Adds what came of one recipe for `input`, the source of `result`.
+/// Adds the outcome of one recipe for `input`, the source of `result`.
 void addOutcome(ConvertResult& result, const ConvertInput& input, const ConversionRecipe& recipe,
                 const JobOutcome& outcome);
 
-/// The warning about a name of --name with the extension of another format than that of the result, by which
-/// programs would take it for such a file; nullopt for other names.
+/// The warning that a name from --name has the extension of another format than the result, so that programs
+/// would take the file for that format; nullopt for other names.
 std::optional<std::string> misleadingName(const ConversionRecipe& recipe, const ConvertOutput& output);
 
 /// The name of the preset that gave the recipe.

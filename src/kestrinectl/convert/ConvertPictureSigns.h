@@ -15,8 +15,8 @@ inline constexpr std::size_t pictureSignLength = 32;
 /// Whether the file's name has the extension of a picture ("IMG_1.HEIC").
 bool hasNameOfPicture(const std::string& path);
 
-/// Whether a file that begins with `head` is compressed with gzip: a drawing or anything else, which only its
-/// name tells.
+/// Whether a file that begins with `head` is compressed with gzip: a drawing or anything else, which only the
+/// file name shows.
 bool isCompressedFile(ByteView head);
 
 /// Whether a file that begins with `head` is a picture in one of the formats that are known but not read.

@@ -108,7 +108,8 @@ private:
         changed_.notify_all();
     }
 
-    /// In the order of the queue, as far as it is known what tasks want.
+    /// Claims names for tasks in the order of the queue, up to the first task whose wanted names are not
+    /// known yet.
     void claimNames() {
         for (auto next = tasks_.lower_bound(claimed_); next != tasks_.end() && next->second.isKnown;) {
             const std::size_t position = next->first;

@@ -21,8 +21,8 @@ struct PictureWork {
 };
 
 /// Takes all items from the queue on `threads` threads, of which this is one. Results get the names that they
-/// would get if all pictures were converted one after another. Returns when everything is finished or, after
-/// a stop signal, what was begun.
+/// would get if all pictures were converted one after another. Returns when all items are finished; after a
+/// stop signal, when those already begun are finished.
 void convertAll(InputQueue& queue, unsigned threads, const PictureWork& work);
 
 } // namespace kestrine

@@ -8,7 +8,8 @@ namespace {
 
 constexpr std::chrono::milliseconds shortestMeasurement{500};
 
-/// By bytes, because the time for a file depends on its size.
+/// The estimated remaining time. It is computed from bytes if possible, because the time for a file depends
+/// on its size.
 std::chrono::milliseconds remaining(const ConvertProgress& progress) {
     const bool countsBytes = progress.bytesDone > 0 && progress.bytes >= progress.bytesDone;
     const auto done = static_cast<double>(countsBytes ? progress.bytesDone : progress.done);

@@ -75,7 +75,7 @@ bool givesSize(const ConvertOptions& options) {
            || options.cover;
 }
 
-/// Those that the options ask for; none if they ask for no size.
+/// The sizes that the options ask for; empty if they ask for no size.
 std::vector<PixelSize> sizesOf(const ConvertOptions& options) {
     std::vector<GivenSize> given;
     addLengths(given, "--longest", Rule::longest, options.longest);

@@ -29,11 +29,12 @@ public:
     /// How many files there are so far, and their length; and whether these are all.
     void expect(std::size_t count, std::uint64_t bytes, bool isAll);
 
-    /// What came of a file. `position` is the place of the item, counted from 0 over files and findings.
+    /// Reports the outcome of a file. `position` is the place of the item, counted from 0 over files and
+    /// findings.
     void finished(std::size_t position, ConvertResult result);
-    /// What was found beside the files.
+    /// Reports what was found beside the files.
     void found(std::size_t position, ConvertResult finding);
-    /// How many files in folders were left out.
+    /// Reports how many files in folders were left out.
     void foundOthers(std::size_t count);
 
     /// No more items will be finished: prints the results that still wait for others, and hides the

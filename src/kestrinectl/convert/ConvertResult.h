@@ -1,4 +1,4 @@
-// ConvertResult: what came of one file or folder of a conversion, as plain data for lines and JSON.
+// ConvertResult: the outcome for one file or folder of a conversion, as plain data for lines and JSON.
 #pragma once
 
 #include "platform/imageio/OutputFormats.h"
@@ -20,7 +20,7 @@ enum class ConvertStatus : std::uint8_t {
     would,   ///< a dry run
 };
 
-/// By which a later run recognises a result.
+/// What a later run compares to recognise a result.
 struct MadeContent {
     std::uint64_t digest = 0;  ///< ContentDigest::number
     std::int64_t modified = 0; ///< nanoseconds since 1970

@@ -10,7 +10,7 @@ namespace kestrine {
 class FolderNames {
 public:
     void add(const std::string& name);
-    /// By their bytes.
+    /// Sorts the names by their bytes.
     void sort();
 
     std::size_t count() const { return entries_.size(); }

@@ -60,7 +60,7 @@ void NameClaims::remove(std::size_t job) {
     for (const std::string& path : wanted.mapped()) {
         const auto claims = claims_.find(path);
         if (claims == claims_.end())
-            continue; // several results wanted it
+            continue; // several results of the job wanted it; it was removed for the first of them
         std::erase_if(claims->second, [job](const Claim& claim) { return claim.job == job; });
         if (claims->second.empty())
             claims_.erase(claims);

@@ -43,8 +43,8 @@ std::vector<PlannedNames> NamePlanner::plan(const std::vector<ResizeJob>& jobs) 
     return planned;
 }
 
-/// That of the result of an earlier run, or else the first free name, which is then in use. `vacated` is the
-/// path of the original that makes room for it; "" for none.
+/// The path of the result of an earlier run, or else the path with the first free name, which is then in use.
+/// `vacated` is the path of the original that makes room for it; "" for none.
 std::string NamePlanner::nameFor(const NSString& wanted, const ResizeJob& job, const std::string& vacated) {
     const auto earlier = std::ranges::find(job.earlier, wanted.utf8(), &EarlierResult::wanted);
     if (earlier != job.earlier.end())

@@ -27,8 +27,8 @@ class NamePlanner {
 public:
     NamePlanner(Openings openings, unsigned threads) : openings_(openings), threads_(threads) {}
 
-    /// The names that the results of these jobs get if every job, and every one before, has all of its
-    /// results: never one that is in use, or promised to an earlier result. Reads only headers.
+    /// The names that the results of these jobs get if these and all earlier jobs succeed: never one that is
+    /// in use, or promised to an earlier result. Reads only headers.
     std::vector<PlannedNames> plan(const std::vector<ResizeJob>& jobs);
 
 private:

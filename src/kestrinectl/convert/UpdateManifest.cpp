@@ -145,7 +145,7 @@ bool UpdateManifest::isResult(const std::string& path) const {
     return results_.contains(keyOf(path));
 }
 
-/// As a line of the manifest has it.
+/// The path as it is stored in a line of the manifest.
 std::string UpdateManifest::stored(const std::string& path) const {
     const std::string start = base_ == "/" ? base_ : base_ + "/";
     return !base_.empty() && path.starts_with(start) ? path.substr(start.size()) : path;

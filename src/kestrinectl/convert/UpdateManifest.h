@@ -24,8 +24,8 @@ public:
 
     /// What happens when the folder of the manifest is moved or copied.
     enum class Paths : bool {
-        absolute, ///< it knows sources and results where they were
-        relative, ///< those below its folder may move with it
+        absolute, ///< sources and results are found only at their old absolute paths
+        relative, ///< those below its folder are also found if they were moved with it
     };
 
     /// Opens or creates the manifest at `path`. Throws CommandError if it cannot be written, is in use, is of
@@ -100,7 +100,7 @@ private:
     const std::string base_; ///< the folder below which paths are stored relative to it; "" for none
     std::map<std::string, Source> sources_;   ///< by path, without links in the folder part
     std::unordered_set<std::string> results_; ///< of other files; likewise
-    mutable ConversionRecipes recipes_;       ///< whose text is
+    mutable ConversionRecipes recipes_;       ///< for which recipesText_ was made
     mutable std::string recipesText_;
     mutable std::map<std::string, std::string> folders_; ///< without links, by path
 };

@@ -42,7 +42,8 @@ std::vector<std::string> pathsOf(const DesktopRun& request) {
     return paths;
 }
 
-/// By name only: a position would mean another set after a change.
+/// The name of the set that `word` stands for. A word contains the name, not the position, which would mean
+/// another set after a change.
 std::string nameOfSet(const std::string& word) {
     const auto name = setNameOfWord(word);
     if (!name)

@@ -22,7 +22,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-/// By EXIF orientation.
+/// The words for the EXIF orientations, indexed by their number.
 constexpr std::array<const char*, 9> orientationWords = {
     "not stated",
     "upright",
@@ -136,7 +136,7 @@ private:
             explanation_.holdsMore = omissionIn(*contents).value_or("");
     }
 
-    /// As a run without other files would name it.
+    /// The path that the result gets if this is the only file of the run; "" if there is no folder for it.
     std::string pathOf(const ConversionRecipe& recipe, const PlannedResult& plan) const {
         const NSString& path = *file_.path;
         const OptionalString folder =

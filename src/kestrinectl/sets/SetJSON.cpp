@@ -36,7 +36,7 @@ const FieldNames* namesOf(std::string_view key) {
 
 ordered_json toJSON(const OptionalString& text) { return text ? textToJSON(text->utf8()) : ordered_json(); }
 
-/// With the fewest digits that give the same number of single precision.
+/// The number with the fewest digits that give the same value in single precision.
 ordered_json toJSON(float value) {
     if (std::isnan(value))
         return "nan";

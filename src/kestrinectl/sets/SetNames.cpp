@@ -9,7 +9,7 @@ namespace kestrine {
 
 namespace {
 
-/// In the order of ResizeType.
+/// The names of the types, in the order of ResizeType.
 constexpr std::array<const char*, 3> resizeTypes = {"size", "ratio", "maxSize"};
 
 template <std::size_t count>

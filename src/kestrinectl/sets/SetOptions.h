@@ -21,7 +21,7 @@ struct SetOptions {
     bool keepsSize = false;
     std::optional<std::string> format;
     std::optional<float> quality;
-    /// In the order of the table in SetOptions.cpp.
+    /// The values of the switches, in the order of the table in SetOptions.cpp.
     std::array<std::optional<bool>, switchCount> switches;
 
     /// Adds the options to a command; it writes into this object, which must outlive the parsing. The help

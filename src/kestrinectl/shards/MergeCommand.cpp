@@ -150,7 +150,7 @@ void printUnfinished(const std::set<std::uint64_t>& shards) {
         printLine(numbers);
 }
 
-/// Those that are named, else those that lie beside the plan under the names that 'run' gives them.
+/// The logs that are named, else the logs beside the plan with the names that 'run' gives them.
 std::vector<std::string> logsOf(const MergeRequest& request, const std::string& plan) {
     std::vector<std::string> logs;
     for (const std::string& log : request.logs)

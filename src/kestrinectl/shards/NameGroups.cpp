@@ -21,8 +21,8 @@ std::string lowerASCII(std::string name) {
     return name;
 }
 
-/// By way of upper case, so that letters without a capital of their own ("ß", "ſ") meet those that they
-/// become.
+/// The name without differences of case and composition. It is converted to upper case first, so that letters
+/// without a capital of their own ("ß", "ſ") equal the letters that they become.
 std::string folded(const std::string& name) {
     if (isASCII(name))
         return lowerASCII(name);

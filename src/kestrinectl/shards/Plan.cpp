@@ -115,7 +115,7 @@ void PlanReader::readNumbers(PlanRecord& record) {
         throwDamaged("the numbers of the source are wrong");
 }
 
-/// Of a result; it may be empty.
+/// Reads the path of a result, which may be empty.
 std::string PlanReader::path() {
     std::string path = field(maxPath);
     if (!path.empty() && !isBelowRoot(path))

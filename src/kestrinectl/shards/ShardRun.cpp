@@ -25,7 +25,7 @@ public:
         return {};
     }
 
-    /// Of a result that was published, or was there already.
+    /// The content of a result that was published, or was there already; nullopt if there is none.
     std::optional<MadeContent> contentAt(const std::string& path) const {
         const Result<FileMark> mark = markOfFile(path);
         const auto digest = digests_.find(path);

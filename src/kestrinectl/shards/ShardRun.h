@@ -14,7 +14,7 @@ class ShardRun {
 public:
     ShardRun(const RootFolder& root, const PlannedTreatment& planned) : root_(root), planned_(planned) {}
 
-    /// `logged`: what the log says about the file; may be null. Adds what came of it to `result`, with paths
+    /// `logged`: what the log says about the file; may be null. Adds the outcome to `result`, with paths
     /// below the root.
     void convert(const PlanRecord& record, const LoggedFile* logged, ConvertResult& result) const;
 

@@ -6,8 +6,8 @@
 
 namespace kestrine {
 
-/// As markupText(). Before, control characters, marks of the reading direction and bytes that are not valid
-/// UTF-8 are escaped as shownText() does for a terminal.
+/// Does the same as markupText(). Before that, control characters, marks of the reading direction and bytes
+/// that are not valid UTF-8 are escaped as shownText() does for a terminal.
 std::string htmlText(std::string_view bytes);
 
 } // namespace kestrine

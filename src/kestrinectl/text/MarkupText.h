@@ -6,8 +6,8 @@
 
 namespace kestrine {
 
-/// For the content of an element and for the value of an attribute in double or single quotation marks: the
-/// characters that have a meaning in HTML or XML become references.
+/// The text for the content of an element, or for the value of an attribute in double or single quotation
+/// marks: the characters that have a meaning in HTML or XML become references.
 std::string markupText(std::string_view text);
 
 } // namespace kestrine

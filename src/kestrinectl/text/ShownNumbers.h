@@ -16,7 +16,8 @@ std::string shownBytes(std::uint64_t bytes);
 /// "85 ms", "3.2 s", "1 min 20 s", "2 h 5 min".
 std::string shownDuration(std::chrono::milliseconds duration);
 
-/// With one digit after the point below 10, else whole: "3.1", "45".
+/// The number with one digit after the point if it is below 10, otherwise rounded to a whole number: "3.1",
+/// "45".
 std::string shownShort(double number);
 
 } // namespace kestrine

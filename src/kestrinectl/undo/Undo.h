@@ -6,7 +6,7 @@
 
 namespace kestrine {
 
-/// What became of one replaced file.
+/// The outcome for one replaced file.
 struct UndoneFile {
     enum class Kind {
         back,    ///< the original is in its place, and the result is gone

@@ -25,8 +25,9 @@ constexpr std::uint32_t firstVersionWithFolders = 3;
 /// Last part of the request's path; unique because each conversation has its own connection.
 constexpr const char* requestToken = "kestrine_open_panel";
 
-/// For each reply of the portal and the bus, in microseconds. Long enough to start a portal, short enough for
-/// a user who waits for a dialogue. The user's answer arrives later as a signal, without a time limit.
+/// The time limit for each reply of the portal and the bus, in microseconds. Long enough to start a portal,
+/// short enough for a user who waits for a dialogue. The user's answer arrives later as a signal, without a
+/// time limit.
 constexpr std::uint64_t replyTimeout = 5'000'000;
 
 enum Response : std::uint32_t { responseChosen = 0, responseCancelled = 1 };

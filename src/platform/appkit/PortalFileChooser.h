@@ -6,8 +6,8 @@
 
 namespace kestrine {
 
-/// As askAtDesktop(), but only with the portal. Fails when there is no portal, or when it refuses, cannot
-/// offer folders, does not reply within 5 seconds, or ends without an answer.
+/// Does the same as askAtDesktop(), but only with the portal. Fails when there is no portal, or when it
+/// refuses, cannot offer folders, does not reply within 5 seconds, or ends without an answer.
 Result<DialogAnswer> askPortal(const DialogQuestion& question);
 
 } // namespace kestrine

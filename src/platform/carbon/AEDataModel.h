@@ -53,7 +53,7 @@ OSErr AEDisposeDesc(AEDesc* desc);
 /// stays a null descriptor. Text is never converted to 'pstr', which is limited to 255 bytes.
 OSErr AECoerceDesc(const AEDesc* desc, DescType type, AEDesc* result);
 
-/// In bytes; 0 for a null pointer.
+/// The length of the data in bytes; 0 for a null pointer.
 Size AEGetDescDataSize(const AEDesc* desc);
 
 /// Copies at most `maximum` bytes.

@@ -40,7 +40,7 @@ bool CFURLGetFSRef(const CFURLRef& url, FSRef* reference);
 /// False for null.
 bool CFURLHasDirectoryPath(const CFURLRef& url);
 
-/// Without the separator at a folder's end; in HFS style nil when nothing is there.
+/// The path without the separator at a folder's end; in HFS style nil when nothing is there.
 OptionalString CFURLCopyFileSystemPath(const CFURLRef& url, CFURLPathStyle style);
 
 } // namespace kestrine

@@ -13,7 +13,7 @@ namespace {
 
 /// Profiles of printers have a few megabytes; larger ones are refused.
 constexpr std::size_t maximumProfileSize = std::size_t{16} << 20;
-/// In bytes: the header and the number of tags.
+/// The minimum in bytes: the header and the number of tags.
 constexpr std::size_t minimumProfileSize = 128 + 4;
 
 constexpr std::array<std::uint32_t, 4> pictureClasses = {cmsSigInputClass, cmsSigDisplayClass,

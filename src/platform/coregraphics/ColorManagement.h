@@ -53,7 +53,7 @@ public:
                                                        cmsUInt32Number from, cmsUInt32Number to,
                                                        cmsUInt32Number flags,
                                                        const ColorProfile& target = ColorProfile::sRGB());
-    /// From CIE L*a*b* under D50 to sRGB. Throws std::bad_alloc if there is not enough memory.
+    /// The transform from CIE L*a*b* under D50 to sRGB. Throws std::bad_alloc if there is not enough memory.
     static std::unique_ptr<TransformIntoRGB> ofLab(cmsUInt32Number from, cmsUInt32Number to,
                                                    cmsUInt32Number flags);
 

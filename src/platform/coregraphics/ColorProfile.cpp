@@ -133,7 +133,7 @@ std::shared_ptr<const Bytes> profileWithSRGBCurve(const Chromaticities& primarie
     return save(profile);
 }
 
-/// For profiles that can fail only for lack of memory.
+/// The bytes of a profile that can be missing only for lack of memory.
 std::shared_ptr<const Bytes> required(std::shared_ptr<const Bytes> bytes) {
     return bytes ? bytes : throw std::bad_alloc();
 }

@@ -175,7 +175,7 @@ void copyPixels(const std::uint8_t* from, std::ptrdiff_t step, std::uint8_t* to,
         std::memcpy(to + i * static_cast<std::ptrdiff_t>(size), from + i * step, size);
 }
 
-/// By the size of a pixel, beginning with 1 byte.
+/// The functions by the size of a pixel, beginning with 1 byte.
 constexpr std::array pixelCopies = {copyPixels<1>, copyPixels<2>, copyPixels<3>, copyPixels<4>,
                                     copyPixels<5>, copyPixels<6>, copyPixels<7>, copyPixels<8>};
 

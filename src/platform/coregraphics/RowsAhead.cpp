@@ -20,8 +20,8 @@ constexpr unsigned maxThreads = 4;
 // core.
 constexpr std::size_t bandCount = 8;
 constexpr std::size_t bandBytes = std::size_t{128} << 10;
-// Of pictures in parts: all bands of a part together should take the rows that are decoded at once, so that
-// decoding the next ones need not wait until these are used.
+// The largest band of a picture that is decoded in parts. All bands of a part together should take the rows
+// that are decoded at once, so that decoding the next rows need not wait until these are used.
 constexpr std::size_t maxBandBytesOfPart = std::size_t{2} << 20;
 
 bool isWorthThreads(const RowFormat& format) { return format.pixels() >= minPixels; }

@@ -20,7 +20,7 @@ enum class Light : std::uint8_t {
 /// toFloats() and toSamples() may run on different threads.
 class SampleConversion {
 public:
-    /// For source rows with format `in` and result rows with `outDepth` and at most `outWidth` pixels.
+    /// Converts source rows with format `in` into result rows with `outDepth` and at most `outWidth` pixels.
     /// `profile` is that of the picture, null for sRGB.
     SampleConversion(const RowFormat& in, std::uint32_t outWidth, SampleDepth outDepth, Light light,
                      const ColorProfile* profile);

@@ -46,7 +46,7 @@ public:
     SlotRing(const SlotRing&) = delete;
     SlotRing& operator=(const SlotRing&) = delete;
 
-    /// For preparing the slots before start().
+    /// The slots, so that the caller can prepare them before start().
     std::array<Slot, count>& slots() { return slots_; }
 
     /// From now on, the crew fills slots until `fill` returns false for the last one. `fill` must not throw,

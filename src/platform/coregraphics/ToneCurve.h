@@ -86,7 +86,7 @@ public:
 
     /// Light of each 8-bit code.
     alignas(64) const std::array<float, 256> light8;
-    /// The 8-bit code by sqrt(light) * (toneTableSize - 1), rounded to an index. Three more codes allow loads
+    /// The 8-bit codes; the index is sqrt(light) * (toneTableSize - 1), rounded. Three more codes allow loads
     /// of four bytes at any index.
     alignas(64) const std::array<std::uint8_t, toneTableSize + 3> stored8;
 

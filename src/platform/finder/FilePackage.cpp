@@ -15,7 +15,7 @@ namespace {
 /// The Finder flag that makes a folder a package, whatever its name.
 constexpr std::uint16_t bundleFlag = 0x2000;
 
-/// In lower case.
+/// The extensions of packages, in lower case.
 constexpr std::string_view extensions[] = {
     // programs
     "app",

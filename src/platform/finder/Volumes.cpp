@@ -18,7 +18,8 @@ namespace {
 constexpr const char* startUpVolumeName = "System";
 constexpr const char16_t* topLevel = u"Computer";
 
-/// In bytes. UTF-8 never has fewer bytes than UTF-16 has code units, so this also limits the latter.
+/// The limit in bytes. UTF-8 never has fewer bytes than UTF-16 has code units, so this also limits the
+/// latter.
 constexpr std::size_t maxVolumeNameSize = 255;
 
 /// A bind mount can be a single file, which is not a volume. Only bind mounts are examined, because stat()

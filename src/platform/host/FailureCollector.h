@@ -18,7 +18,7 @@ public:
     FailureCollector(const FailureCollector&) = delete;
     FailureCollector& operator=(const FailureCollector&) = delete;
 
-    /// In the order in which they were noted.
+    /// The failures in the order in which they were noted.
     const std::vector<Failure>& failures() const { return failures_; }
 
 private:

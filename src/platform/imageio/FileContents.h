@@ -20,7 +20,7 @@ struct FileContents {
     Kind kind = Kind::picture;
     std::uint32_t count = 1;
 
-    /// For frames and pages: a single one is a picture.
+    /// The contents for a number of frames or pages; a single one is a picture.
     static FileContents several(Kind kind, std::uint32_t count) {
         return count > 1 ? FileContents{kind, count} : FileContents{};
     }

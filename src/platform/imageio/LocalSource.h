@@ -11,7 +11,8 @@ namespace kestrine {
 class LocalSource final : public Source {
 public:
     static Result<std::shared_ptr<LocalSource>> open(std::shared_ptr<const ByteReader> file);
-    /// With this codec and no other. Fails with reason "otherFormat" if its `other` must open the file.
+    /// Opens the file with this codec and no other. Fails with reason "otherFormat" if its `other` must open
+    /// the file.
     static Result<std::shared_ptr<LocalSource>> open(std::shared_ptr<const ByteReader> file,
                                                      const ImageCodec& codec);
 

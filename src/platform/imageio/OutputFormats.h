@@ -25,7 +25,7 @@ struct OutputFormat {
     bool isSRGBOnly = false;                              ///< whether viewers always assume sRGB
     bool holdsGray = true;                                ///< otherwise grey pictures become sRGB
     bool hasProgressive = false; ///< whether the encoder uses EncodingOptions::isProgressive
-    /// Of memory that the encoder needs, measured, by Effort; 0 if it streams.
+    /// Bytes of memory per pixel that the encoder needs (measured), indexed by Effort; 0 if it streams.
     std::array<std::uint64_t, 3> heldBytesPerPixel = {};
     bool hasLossless = false;     ///< whether the encoder uses EncodingOptions::isLossless
     bool hasEffort = false;       ///< whether the encoder uses EncodingOptions::effort
@@ -48,13 +48,13 @@ std::uint32_t librariesOf(const OutputFormat& format);
 /// Whether files of the format get EXIF data of this selection. `camera` is what presets keep.
 bool holdsExif(const OutputFormat& format, ExifSelection selection);
 
-/// Those that presets know.
+/// The formats that presets know.
 std::span<const OutputFormat> presetFormats();
 
 /// Whether files of the format have this extension, in upper or lower case.
 bool hasExtension(const OutputFormat& format, std::string_view extension);
 
-/// Their names in a sentence: "jpeg, png, tiff or gif".
+/// The names of formats in a sentence: "jpeg, png, tiff or gif".
 std::string formatNames(std::span<const OutputFormat> formats);
 
 /// The one of `formats` that has this name or extension, in upper or lower case; null if there is none.

@@ -43,7 +43,7 @@ Result<PixelBuffer> readPixels(const Picture& picture);
 /// are in memory already. `holdsResult`: those of the result are kept.
 std::uint64_t bytesToHold(const Picture& picture, bool keeps16Bits, bool isDecoded, bool holdsResult = false);
 
-/// The same for making a file, with what its encoder holds.
+/// The same for render() and renderInto(); includes the memory of the encoder.
 std::uint64_t bytesToEncode(const Picture& picture, const Output& output, bool isDecoded);
 
 /// The steps of a picture in an order that suits rows: first all other steps, in the orientation of the

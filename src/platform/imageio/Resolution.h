@@ -3,7 +3,7 @@
 
 namespace kestrine {
 
-/// In pixels per inch along the two axes. Without a usable value in the file it is 72.
+/// The resolution along the two axes, in pixels per inch. Without a usable value in the file it is 72.
 struct Resolution {
     double horizontal = 72;
     double vertical = 72;

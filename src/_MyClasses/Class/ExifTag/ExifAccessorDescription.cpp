@@ -50,7 +50,7 @@ constexpr std::array<std::string_view, 30> entries{
 
 NSString printed(const NSString& text) { return text; }
 
-/// In groups of four bytes: <4e2f4100 07>.
+/// The bytes as hexadecimal digits in groups of four bytes: <4e2f4100 07>.
 NSString printed(const ByteBlock& bytes) {
     constexpr std::u16string_view digits = u"0123456789abcdef";
     std::u16string text = u"<";

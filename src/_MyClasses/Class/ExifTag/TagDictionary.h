@@ -25,12 +25,12 @@ using NumberList = std::vector<NSNumber>;
 /// An NSString is the value of type ASCII.
 using TagValue = std::variant<ByteBlock, NSString, NumberList>;
 
-/// By tag key.
+/// The values of one directory, by tag key.
 using IFDDictionary = std::map<std::string, TagValue, std::less<>>;
 /// Null is nil: the directory is absent.
 using IFDDictionaryPointer = std::shared_ptr<const IFDDictionary>;
 
-/// By directory name; contains only directories that were read.
+/// The directories of a file, by name; contains only those that were read.
 using TagDictionary = std::map<std::string, IFDDictionaryPointer, std::less<>>;
 /// Null is nil: the file has no EXIF data. That differs from an empty dictionary.
 using TagDictionaryPointer = std::shared_ptr<const TagDictionary>;

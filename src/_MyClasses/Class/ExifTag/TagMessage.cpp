@@ -71,7 +71,7 @@ NumberList numbersIn(MessageReader& reader) {
     return list;
 }
 
-/// In the order of TagValue.
+/// Reads a value. The cases have the order of the alternatives of TagValue.
 TagValue valueIn(MessageReader& reader) {
     switch (reader.number<std::uint8_t>()) {
     case 0:

@@ -170,7 +170,8 @@ void encodeNothing(const Object&, NSArchiver&) {}
 
 Object decodeNull(NSUnarchiver&) { return std::make_shared<const NSNull>(); }
 
-/// The mutable classes are only read. They give the same objects as the immutable ones.
+/// Archives with the mutable classes are read but not written. They give the same objects as the immutable
+/// ones.
 constexpr ArchivedClass platformClasses[] = {
     {"NSObject", 0, "", nullptr, nullptr, nullptr},
     {"NSString", 1, "NSObject", isString, encodeString, decodeString},

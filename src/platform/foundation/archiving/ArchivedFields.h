@@ -8,7 +8,7 @@
 
 namespace kestrine {
 
-/// In the place of a class version: no version stores the member.
+/// Stands for a class version: no version stores the member.
 inline constexpr std::uint32_t neverArchived = 0xffffffff;
 
 /// The type of the member determines the type code: "@" for an optional string, "c", "i" and "f" for numbers.

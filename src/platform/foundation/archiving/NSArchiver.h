@@ -27,7 +27,7 @@ public:
     /// example every NSArray as NSMutableArray. Both must be in the tables.
     void encodeClassName(std::string_view trueName, std::string_view inArchiveName);
 
-    /// As archivedDataWithRootObject(). To be called once per archiver.
+    /// Does the same as archivedDataWithRootObject(). To be called once per archiver.
     Result<std::shared_ptr<const NSData>> archivedData(const Object& root);
 
     // For the encodeWithCoder: of a class. Each call writes one group.

@@ -63,7 +63,7 @@ private:
 
     TypedStream stream_;
     ArchivedClasses classes_;
-    /// By ObjectIndex; nil until an object is complete.
+    /// The objects by ObjectIndex; nil until an object is complete.
     std::vector<Object> built_;
     const TypedObject* current_ = nullptr;
     std::size_t taken_ = 0;

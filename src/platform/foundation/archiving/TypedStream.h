@@ -42,7 +42,7 @@ struct TypedObject {
 /// Strings and bytes refer to the bytes of the archive, which must outlive this object.
 struct TypedStream {
     std::vector<TypedClass> classes;
-    /// In the order of their starts in the archive.
+    /// All objects in the order of their starts in the archive.
     std::vector<TypedObject> objects;
     /// All objects in the order of their ends in the archive: each object after the objects in it, unless
     /// they contain each other.

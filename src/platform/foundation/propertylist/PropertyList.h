@@ -31,7 +31,7 @@ public:
 
     Bytes toBinary() const;
     Bytes toXML() const;
-    /// In the form from which it was read.
+    /// The bytes of the list, in the form from which it was read.
     Bytes toBytes() const { return form_ == Form::binary ? toBinary() : toXML(); }
 
 private:

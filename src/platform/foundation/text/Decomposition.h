@@ -11,11 +11,11 @@ enum class Decomposition {
     compatible, ///< NFKD: also half-width, circled and similar characters become ordinary ones
 };
 
-/// The text itself if ICU is missing. Any thread.
+/// The string in this form; unchanged if ICU is missing. Any thread.
 std::u16string decomposed(std::u16string_view text, Decomposition form);
 
-/// Whether two texts differ at most in how their letters are composed, as the same name typed on different
-/// systems does. Without ICU, whether they are equal.
+/// Whether two strings differ at most in how their letters are composed, as the same name typed on different
+/// systems can. Without ICU, whether they are equal.
 bool areCanonicallyEquivalent(std::u16string_view text, std::u16string_view other);
 
 } // namespace kestrine

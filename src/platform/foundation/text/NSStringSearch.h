@@ -14,7 +14,7 @@ inline constexpr unsigned NSCaseInsensitiveSearch = 1;
 /// NSRangeException if `range` exceeds the text.
 NSRange rangeOfString(const NSString& text, const NSString& part, unsigned options, NSRange range);
 
-/// As above, in the whole text.
+/// The same in the whole text.
 NSRange rangeOfString(const NSString& text, const NSString& part, unsigned options);
 
 } // namespace kestrine

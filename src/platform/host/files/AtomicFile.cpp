@@ -47,7 +47,8 @@ Result<std::string> pathOf(const Naming& naming) {
 
 using OptionalRights = std::optional<FileRights>;
 
-/// Of a new file; the umask applies only without `rights`, which the file gets afterwards.
+/// The mode with which a file is created. With `rights`, only the owner has access until they are set;
+/// without, the umask decides.
 mode_t firstModeFor(const OptionalRights& rights) { return rights ? 0600 : 0666; }
 
 /// Not every file system can store them.

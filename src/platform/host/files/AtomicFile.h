@@ -1,5 +1,5 @@
-// Files that appear complete or not at all.
-// publishNewFile() never replaces a file, replaceFile() replaces one, and writeFile() does as it is asked.
+// Files that appear complete or not at all. publishNewFile() never replaces a file, replaceFile() replaces
+// one, and writeFile() does what its argument says.
 #pragma once
 
 #include "platform/host/Result.h"

@@ -8,7 +8,7 @@ namespace kestrine {
 
 namespace {
 
-/// The digest of what came so far, and `more`.
+/// The digest of the bytes that `digest` covers, followed by `more`.
 ContentDigest extended(const ContentDigest& digest, ByteView more) {
     constexpr std::uint64_t prime = 0x100000001b3; // as FNV-1a defines it
     std::uint64_t number = digest.number;

@@ -1,4 +1,4 @@
-// FileMark: what tells whether a file is still the same and unchanged.
+// FileMark: identifies a file and its state, to detect changes.
 #pragma once
 
 #include "platform/host/Result.h"

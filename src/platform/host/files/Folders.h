@@ -27,7 +27,7 @@ bool mayChangeFolder(const std::string& path);
 /// and syncing do not work on it.
 Result<FileDescriptor> openFolder(const std::string& path);
 
-/// As openFolder(), for an entry of an open folder. Fails if the entry is a symbolic link.
+/// Does the same as openFolder(), for an entry of an open folder. Fails if the entry is a symbolic link.
 Result<FileDescriptor> openSubfolder(const FolderEntry& entry);
 
 /// The names in an open folder, in no particular order, without "." and "..".

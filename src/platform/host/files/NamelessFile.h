@@ -31,7 +31,7 @@ public:
     static bool isMissing(int error);
 
 private:
-    /// `file` was just opened, or errno tells why it was not.
+    /// `file` was just opened, or errno holds the reason why it could not be.
     static Result<NamelessFile> opened(FileDescriptor file, const std::string& folderPath);
     explicit NamelessFile(FileDescriptor file) : file_(std::move(file)) {}
 

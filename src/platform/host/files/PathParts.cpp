@@ -6,7 +6,7 @@ namespace kestrine {
 
 namespace {
 
-/// In bytes, with the dot. If more follows the last dot, the name has no extension.
+/// The limit in bytes, with the dot. If more follows the last dot, the name has no extension.
 constexpr std::size_t maxExtension = 32;
 
 /// The position of the extension's dot, or the length of the name if there is no extension. A dot at the

@@ -1,4 +1,4 @@
-// The mechanisms behind publishNewFile(), which file systems support to different degrees.
+// The mechanisms that publishNewFile() uses, which file systems support to different degrees.
 #pragma once
 
 #include "platform/host/files/AtomicFile.h"

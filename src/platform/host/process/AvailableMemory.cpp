@@ -83,7 +83,8 @@ std::optional<std::uint64_t> leftInGroup(const std::string& folder) {
     return difference(*limit, difference(*used, droppable));
 }
 
-/// In all control groups that this process belongs to, from the innermost to the outermost.
+/// Adds to `smallest` the memory that is left in each control group of this process, from the innermost to
+/// the outermost.
 void addLeftInGroups(const std::string& root, Smallest& smallest) {
     const std::string groups = systemFile(root + "/proc/self/cgroup");
     std::string path(valueOf(groups, "0::").value_or(""));

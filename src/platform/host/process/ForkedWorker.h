@@ -20,14 +20,14 @@ Result<ForkedWorker> forkWorker(const WorkerProgram& program, std::uint32_t modu
 /// Kills a child process unless it has ended, and waits for its end. Does nothing if it is no longer a child.
 void endChild(pid_t process);
 
-/// For a process that was just forked: it ends at the latest when the thread ends that forked it, and at once
-/// if the process `parent` has ended already.
+/// To be called in a process that was just forked. The process then ends at the latest when the thread that
+/// forked it ends, and at once if the process `parent` has ended already.
 void endWithParent(pid_t parent);
 
-/// For a process that was just started. Keeps only the descriptor `socket`, which becomes the result; the
-/// standard streams are /dev/null. Signals have their default actions, except those of StopSignals.h, which a
-/// terminal sends to parent and child alike: they are ignored, so that the parent can finish its work.
-/// SIGPIPE and SIGXFSZ are ignored as well.
+/// To be called in a process that was just started. Keeps only the descriptor `socket`, which becomes the
+/// result; the standard streams are /dev/null. Signals have their default actions, except those of
+/// StopSignals.h, which a terminal sends to parent and child alike: they are ignored, so that the parent can
+/// finish its work. SIGPIPE and SIGXFSZ are ignored as well.
 int becomeSubordinate(int socket);
 
 /// The layers as one byte of a message, and back. Bytes that byteOf() does not give count as no layers.

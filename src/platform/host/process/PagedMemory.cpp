@@ -8,8 +8,8 @@ namespace kestrine {
 
 namespace {
 
-/// Of a large page on most processors, and a multiple of the usual ones. Memory is given back in such steps,
-/// so that large pages need not be divided.
+/// The size of a large page on most processors, and a multiple of the usual page sizes. Memory is given back
+/// in steps of this size, so that large pages need not be divided.
 constexpr std::size_t largePageBytes = std::size_t{2} << 20;
 
 } // namespace

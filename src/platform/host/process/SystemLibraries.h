@@ -46,7 +46,7 @@ const SystemLibrary& systemLibrary(OnDemand library);
 /// The message for people when it is missing: `need`, such as "TIFF pictures need libtiff", and the package.
 std::string missingMessage(const char* need, OnDemand library);
 
-/// Those that the loader does not find.
+/// The libraries that the loader does not find.
 std::vector<SystemLibrary> missingLibraries();
 
 } // namespace kestrine

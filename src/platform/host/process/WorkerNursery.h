@@ -17,10 +17,10 @@ public:
     NurseryConnection(MessageSocket socket, std::optional<pid_t> process)
         : socket_(std::move(socket)), process_(process) {}
 
-    /// As forkWorker(), but the worker is a child of the nursery's process.
+    /// Does the same as forkWorker(), but the worker is a child of the nursery's process.
     Result<ForkedWorker> startWorker(std::uint32_t modules);
 
-    /// As endChild(), for a worker that startWorker() returned.
+    /// Does the same as endChild(), for a worker that startWorker() returned.
     void endWorker(pid_t worker);
 
     void endNursery() const {

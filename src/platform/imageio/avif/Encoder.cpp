@@ -18,7 +18,8 @@ namespace kestrine::avif {
 namespace {
 
 constexpr std::uint32_t maxSide = 65536; // of AV1
-/// Of 0 to 10. Per pixel, 6 takes a fifth of the time of 4, and three times that of 8.
+/// The speed of the encoder, from 0 (slowest) to 10. Per pixel, 6 takes a fifth of the time of 4, and three
+/// times that of 8.
 constexpr int speeds[] = {8, 6, 4}; // by effort
 
 /// Every viewer decodes 8 and 10 bits. 12 bits lose less of 16 bits, and are used where loss matters more.

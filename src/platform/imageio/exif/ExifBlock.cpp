@@ -45,7 +45,7 @@ constexpr std::array<std::uint16_t, 8> carriedMainTags{
     dateTime,    artist, copyright,
 };
 
-/// What ExifSelection::all copies as well.
+/// Further tags of the main directory, which only ExifSelection::all copies.
 constexpr std::array<std::uint16_t, 9> furtherMainTags{
     0x010d, // DocumentName
     0x013c, // HostComputer
@@ -101,7 +101,7 @@ constexpr std::array<std::uint16_t, 10> storageTags{
     0xea1c, // Padding
 };
 
-/// A JPEG segment has 65535 bytes, including its length field and "Exif\0\0".
+/// A JPEG segment has at most 65535 bytes, including its length field and "Exif\0\0".
 constexpr std::size_t largestBlock = 65533 - 6;
 constexpr std::uint32_t blockHeaderSize = 8;
 

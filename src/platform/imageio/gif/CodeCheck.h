@@ -9,7 +9,8 @@ namespace kestrine::gif {
 
 class CodeCheck {
 public:
-    /// For a picture of `pixels` pixels. `bits` is the code size at the start of its data, at most 11.
+    /// Checks the codes of a picture of `pixels` pixels. `bits` is the code size at the start of its data, at
+    /// most 11.
     CodeCheck(unsigned bits, std::uint64_t pixels);
 
     /// Takes the next code. Returns false when it is invalid at this place.

@@ -63,8 +63,8 @@ double deviationOf(const Box& box) {
     return std::sqrt(sum / static_cast<double>(box.tally.pixels));
 }
 
-/// By how much a division reduces the sum of the weighted squared distances from the means. `all` are the
-/// sums over all points, `low` those over one of the two parts.
+/// The amount by which a division reduces the sum of the weighted squared distances from the means. `all` are
+/// the sums over all points, `low` those over one of the two parts.
 double gainOf(const Tally& low, const Tally& all) {
     const double pixels = static_cast<double>(all.pixels), lowPixels = static_cast<double>(low.pixels);
     double gain = 0;

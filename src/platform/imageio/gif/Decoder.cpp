@@ -129,7 +129,7 @@ Bytes colorsIn(const ColorMapObject& map) {
     return colors;
 }
 
-/// For a file without colour table.
+/// The colours for a file without colour table.
 Bytes greys() {
     Bytes colors;
     for (unsigned grey = 0; grey < 256; ++grey)
@@ -137,8 +137,8 @@ Bytes greys() {
     return colors;
 }
 
-/// As in viewers, a screen that is too small is enlarged to hold the picture, and a screen without a size
-/// gets that of the picture.
+/// Determines the layout. As in viewers, a screen that is too small is enlarged to hold the picture, and a
+/// screen without a size gets that of the picture.
 Result<void> Stream::layOut() {
     const GifImageDesc& image = file_->Image;
     const ColorMapObject* map = image.ColorMap ? image.ColorMap : file_->SColorMap;
@@ -204,7 +204,8 @@ private:
     const std::shared_ptr<const ByteReader> reader_;
     const std::shared_ptr<DamageRecord> damage_;
     const Layout layout_;
-    /// By pass, if the picture is interlaced and too large to be held in memory; else only the first.
+    /// One stream per pass if the picture is interlaced and too large to be held in memory; otherwise only
+    /// the first is used.
     std::array<std::unique_ptr<Stream>, passes.size()> streams_;
     Bytes evenRows_; ///< indices of the rows before the last pass, if an interlaced picture is small
     std::array<std::array<std::uint8_t, 4>, 256> pixelOfIndex_; ///< red, green, blue, alpha

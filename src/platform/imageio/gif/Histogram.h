@@ -33,7 +33,7 @@ public:
         entry.sums[2] += color.blue;
     }
 
-    /// In the order of first appearance.
+    /// The entries in the order of first appearance.
     std::span<const Entry> entries() const { return std::span(entries_).subspan(1); }
 
     /// The index in entries() of a colour that was added.

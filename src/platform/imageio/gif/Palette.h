@@ -21,8 +21,8 @@ Palette paletteOfPicture(const Histogram& histogram, bool needsTransparency);
 /// additional entry or, if there are 256 already, replaces the entry that is used least.
 Palette paletteOfTable(ByteView table, const Histogram& histogram, bool needsTransparency);
 
-/// For each entry of the histogram, in order, the index of its colour in the palette; empty if the palette
-/// lacks a colour.
+/// The index in the palette of the colour of each histogram entry, in order; empty if the palette lacks a
+/// colour.
 std::vector<std::uint8_t> exactIndices(const Palette& palette, const Histogram& histogram);
 
 /// Whether `table` is a valid colour table: 1 to 256 complete colours.

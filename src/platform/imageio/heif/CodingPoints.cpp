@@ -15,7 +15,7 @@ struct NumberedPrimaries {
     const char* name; ///< of the profile
 };
 
-/// From ITU-T H.273, table 2. Those of BT.709 and sRGB (1) are left out, and CIE XYZ (10).
+/// The primaries of ITU-T H.273, table 2. Those of BT.709 and sRGB (1) are left out, and CIE XYZ (10).
 const NumberedPrimaries primariesTable[] = {
     {4, {illuminantC, {0.67, 0.33}, {0.21, 0.71}, {0.14, 0.08}}, "BT.470 M"},
     {5, {d65, {0.64, 0.33}, {0.29, 0.60}, {0.15, 0.06}}, "BT.470 BG"},

@@ -9,8 +9,8 @@ Result<HEVCFunctions> loadHEVCFunctions(std::initializer_list<const char*> names
     return DynamicLibrary::load<HEVCFunctions>(
         names, missingMessage("HEIC pictures need libde265", OnDemand::de265),
         [](const DynamicLibrary& library, HEVCFunctions& functions) {
-            // prepare(): otherwise its tables would be made for the first decoder of several, and freed with
-            // the last.
+            // Calls prepare() once. Otherwise the library makes its tables with the first open decoder and
+            // frees them with the last.
             return library.find(functions.prepare, "de265_init")
                    && library.find(functions.create, "de265_new_decoder")
                    && library.find(functions.destroy, "de265_free_decoder")

@@ -43,7 +43,7 @@ public:
     }
 
 private:
-    /// The parameter sets in the box hvcC.
+    /// Passes the parameter sets in the box hvcC to the decoder.
     Result<void> pushConfiguration(ByteView configuration) {
         Cursor cursor(configuration);
         cursor.skip(21);

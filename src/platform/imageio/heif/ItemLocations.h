@@ -11,14 +11,14 @@ class ItemLocations {
 public:
     static Result<ItemLocations> read(ByteView iloc);
 
-    /// What the places of items depend on.
+    /// What is needed to find the data of items.
     struct Surroundings {
         FileRange itemData; ///< the content of the box "idat"
         std::uint64_t fileBytes = 0;
-        std::function<std::vector<ItemID>(ItemID)> dataItems; ///< those whose data an item is cut from
+        std::function<std::vector<ItemID>(ItemID)> dataItems; ///< the items whose data an item consists of
     };
 
-    /// The data of an item as parts of the file; empty if the item has no place. Fails if they lie outside
+    /// The data of an item as parts of the file; empty if the item has no location. Fails if they lie outside
     /// the file, or if they are longer than it.
     Result<std::vector<FileRange>> rangesOf(ItemID id, const Surroundings& surroundings);
 

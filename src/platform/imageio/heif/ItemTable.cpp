@@ -9,7 +9,7 @@ namespace kestrine::heif {
 namespace {
 
 constexpr std::size_t maxItems = 65536;
-/// Of all items together; a property can belong to many items.
+/// The maximum for all items together; a property can belong to many items.
 constexpr std::size_t maxAssociations = std::size_t{1} << 20;
 constexpr std::size_t maxReferencedItems = std::size_t{1} << 20;
 

@@ -12,7 +12,7 @@ using ItemID = std::uint32_t;
 /// A property that belongs to an item.
 struct ItemProperty {
     Box box;
-    bool isEssential = false; ///< who does not understand it must not show the item
+    bool isEssential = false; ///< a reader that does not understand it must not show the item
 };
 
 struct Item {
@@ -26,7 +26,7 @@ struct Item {
 /// References by their type: "`from` is a `type` of `to`", such as a thumbnail of a picture.
 class ItemReferences {
 public:
-    /// Of two references with the same type and start, the first one counts.
+    /// Adds a reference. If two references have the same type and the same `from`, the first one counts.
     void add(FourCC type, ItemID from, const std::vector<ItemID>& to);
 
     /// What the reference of that type from `from` leads to; empty if there is none.

@@ -10,7 +10,7 @@ namespace kestrine::heif {
 namespace {
 
 constexpr int maxTreeDepth = 8;
-/// Of the description of a grid or overlay.
+/// The maximum length of the description of a grid or overlay.
 constexpr std::uint64_t maxDescriptionBytes = std::uint64_t{4} << 20;
 
 std::uint64_t saturatedSum(std::uint64_t a, std::uint64_t b) {

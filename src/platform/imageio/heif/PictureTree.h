@@ -30,20 +30,20 @@ struct PictureNode {
     std::shared_ptr<const PictureNode> alpha; ///< a grey picture, of any size; null: none
     bool isPremultiplied = false;             ///< colour is multiplied by alpha
 
-    // Of the node and all of its parts together:
+    // The following members describe the node and all of its parts together:
     bool isMonochrome = true;        ///< no part has colours
     bool hasAlpha = false;           ///< some pixels may be transparent
     unsigned bits = 8;               ///< of the colours
     std::uint32_t codedPictures = 0; ///< to be decoded for the whole picture, at most maxCodedPictures
     std::uint64_t codedPixels = 0;   ///< to be decoded for the whole picture, with alpha
 
-    /// After `placement`.
+    /// The size after `placement`.
     Size shownSize() const { return placement.size(); }
 };
 
 using PictureNodePointer = std::shared_ptr<const PictureNode>;
 
-/// So that looking at all parts of all parts ends soon.
+/// A limit, so that visiting all parts of all parts ends soon.
 inline constexpr std::uint32_t maxCodedPictures = 65536;
 
 /// Whether items of that type are pictures that can be shown.

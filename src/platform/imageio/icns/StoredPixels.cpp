@@ -183,7 +183,7 @@ bool draw(const ElementType& type, ByteView content, Drawing& drawing) {
     return false;
 }
 
-/// Of the elements with this size and kind the first; null if there is none.
+/// The first element with this size and kind; null if there is none.
 const Element* find(const std::vector<Element>& elements, const ElementType& size, Kind kind) {
     const auto found = std::ranges::find_if(elements, [&](const Element& element) {
         return element.type->kind == kind && element.type->width == size.width

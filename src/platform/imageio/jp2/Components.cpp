@@ -20,7 +20,7 @@ bool isSpace(const Container& container, NamedSpace space) {
     return container.space == static_cast<std::uint32_t>(space);
 }
 
-/// A file that does not name its colour space tells YCbCr by its subsampling.
+/// Whether the colours are YCbCr. If the file names no colour space, subsampled chroma means YCbCr.
 bool isYCbCr(const opj_image_t& image, const Container& container) {
     if (isSpace(container, NamedSpace::yCbCr) || isSpace(container, NamedSpace::extendedYCbCr))
         return true;

@@ -48,7 +48,7 @@ bool isBare(const ByteReader& reader) {
 
 constexpr std::uint32_t namedSpace = 1, restrictedProfile = 2, anyProfile = 3;
 
-/// The first colour box that can be used counts.
+/// The first colour box with a supported method counts.
 void readColor(Cursor numbers, Container& container) {
     if (container.space || !container.icc.empty())
         return;

@@ -13,10 +13,11 @@ namespace kestrine::jpeg {
 
 namespace {
 
-/// In percent. Below this quality chroma is stored at half the resolution, otherwise at full resolution.
+/// The limit in percent. Below this quality chroma is stored at half the resolution, otherwise at full
+/// resolution.
 constexpr int fullColorQuality = 90;
-/// In pixels. Optimised Huffman tables need all coefficients in memory; larger pictures get the standard
-/// tables.
+/// The limit in pixels. Optimised Huffman tables need all coefficients in memory; larger pictures get the
+/// standard tables.
 constexpr std::uint64_t maxOptimisedPixels = 8'000'000;
 
 struct Output {

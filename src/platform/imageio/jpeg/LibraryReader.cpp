@@ -17,7 +17,7 @@ constexpr int maximumScans = 500;
 constexpr std::uint64_t uncheckedVisits = std::uint64_t{1} << 24;
 constexpr std::uint64_t maxVisitsPerByte = 64;
 
-/// Of the current scan.
+/// The number of blocks in the current scan.
 std::uint64_t blocksInScan(const jpeg_decompress_struct& info) {
     std::uint64_t blocks = 0;
     for (const jpeg_component_info* component :

@@ -15,8 +15,9 @@ namespace kestrine::jxl {
 namespace {
 
 constexpr std::size_t firstOutputBytes = 1 << 16;
-/// By effort; of 1 to 9. The library's default, 7, takes twice (lossy) and three times (lossless) as long as
-/// the middle ones; its lossless files are 8 % smaller, its lossy ones are not.
+/// The library's efforts, from 1 to 9, by EncodingOptions::effort. The library's default, 7, takes twice
+/// (lossy) and three times (lossless) as long as the middle ones; its lossless files are 8 % smaller, its
+/// lossy ones are not.
 constexpr int lossyEfforts[] = {3, 5, 7}, losslessEfforts[] = {3, 4, 7};
 
 /// The distance that the library's own tool uses for a quality of 0 to 100: 0.1 is visually lossless, 1

@@ -200,7 +200,7 @@ Result<void> writeIndices(const IndexedPicture& picture, const RowFormat& format
     return writer.finish();
 }
 
-/// With more colours, a palette would not save bytes or cannot be used.
+/// The maximum number of colours for a palette. With more, it would not save bytes or cannot be used.
 std::size_t maxColorsOfPalette(const RowFormat& format, const EncodingOptions& options) {
     constexpr std::size_t lessThan8Bits = 16, allIndices = 256;
     const bool isGray = format.model == ColorModel::gray;

@@ -15,7 +15,7 @@ void spreadPixels(const std::uint8_t* from, std::uint8_t* to, std::size_t step, 
         std::memcpy(to + i * step * size, from + i * size, size);
 }
 
-/// By the size of a pixel, beginning with 1 byte. PNG pixels have 1, 2, 3, 4, 6 or 8 bytes.
+/// The functions by the size of a pixel, beginning with 1 byte. PNG pixels have 1, 2, 3, 4, 6 or 8 bytes.
 constexpr std::array pixelSpreads = {spreadPixels<1>, spreadPixels<2>, spreadPixels<3>, spreadPixels<4>,
                                      spreadPixels<5>, spreadPixels<6>, spreadPixels<7>, spreadPixels<8>};
 

@@ -55,7 +55,7 @@ Result<void> LibraryReader::readHeader() {
         return Failure{Reason::unsupported, "libpng cannot be used"};
     return run([this] {
         libpng().setReadFn(png_, &input_, readInput);
-        // Of a file that ends too early, less than this is lost.
+        // If a file ends too early, fewer compressed bytes than this are lost.
         libpng().setCompressionBufferSize(png_, compressedBytesAtOnce);
         libpng().setUserLimits(png_, maximumSide, maximumSide);
         libpng().setMaxChunkBytes(png_, maximumChunkBytes);

@@ -49,7 +49,7 @@ public:
     bool lacksColors() const { return message_.lacksColors; }
     /// Offset of the first IDAT chunk in the file.
     std::uint64_t offsetOfPixels() const { return offsetOfPixels_; }
-    /// For libpng's functions that read chunks. Owned by this reader.
+    /// The structures for libpng's functions that read chunks. Owned by this reader.
     png_structp png() const { return png_; }
     png_infop info() const { return info_; }
 

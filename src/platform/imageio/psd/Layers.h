@@ -8,7 +8,7 @@ namespace kestrine::psd {
 struct LayerSummary {
     std::uint32_t count = 0;
     /// The first plane after the colours of the merged picture is its alpha. Otherwise it is a channel that
-    /// somebody made, such as a stored selection.
+    /// the user made, such as a stored selection.
     bool hasMergedAlpha = false;
 };
 

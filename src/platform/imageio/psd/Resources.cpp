@@ -20,7 +20,8 @@ enum Identifier : std::uint16_t {
 /// Longer resources are ignored.
 constexpr std::uint64_t maximumLength = std::uint64_t{16} << 20;
 
-/// In pixels per inch with 16 fraction bits, whatever unit is shown to people.
+/// Reads a resolution. It is stored in pixels per inch with 16 fraction bits, whatever unit is shown to the
+/// user.
 Resolution resolutionIn(ByteView content) {
     constexpr std::size_t length = 16, vertical = 8;
     if (content.size() < length)

@@ -91,7 +91,7 @@ int orientationOf(int flip) {
     return flip >= 0 && flip < 8 ? orientations[flip] : 1;
 }
 
-/// Of a picture as it is read from the file, in any form.
+/// An upper bound of the memory for the sensor data as they are read from the file, in any form.
 std::uint64_t bytesOfSensorData(const libraw_data_t& data) {
     const bool hasPattern = data.idata.filters != 0 || data.idata.colors == 1;
     const std::uint64_t samples = hasPattern ? 1 : 4, bytesPerSample = 4; // floating point has four bytes

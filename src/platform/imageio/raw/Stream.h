@@ -6,7 +6,7 @@
 
 namespace kestrine::raw {
 
-/// Not for several threads at once.
+/// One thread at a time.
 class Stream final : public LibRaw_abstract_datastream {
 public:
     Stream(const Functions& library, std::shared_ptr<const ByteReader> reader);

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::array genericFamilies = {"sans-serif", "serif", "monospace"};
 constexpr std::array styles = {"", ":bold", ":italic", ":bold:italic"};
-/// For scripts that the usual fonts may lack.
+/// Languages with scripts that the usual fonts may lack.
 constexpr std::array languages = {"ja", "zh-cn", "ko", "ar", "he", "hi", "th"};
 
 /// Families that drawings name most, and their kind. Systems have many of them, or fonts of the same widths.

@@ -12,8 +12,8 @@ namespace kestrine::svg {
 /// every process.
 class Fonts {
 public:
-    /// Opens the fonts, and draws a text in each and a picture, after which nothing needs to be opened.
-    /// Happens once.
+    /// Opens the fonts, and draws a string in each font, and a picture; afterwards no files need to be
+    /// opened. Happens once.
     static Fonts& opened(const Functions& library);
 
     /// Only one thread draws at a time, since the libraries share the fonts. While the lock is held, the

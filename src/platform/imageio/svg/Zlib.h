@@ -33,7 +33,7 @@ public:
     InflateStream& operator=(const InflateStream&) = delete;
 
     bool isReady() const { return isReady_; }
-    /// As zlib's inflate(). The stream must be ready.
+    /// Calls zlib's inflate(). The stream must be ready.
     int inflate(int flush);
 
     z_stream* operator->() { return &stream_; }

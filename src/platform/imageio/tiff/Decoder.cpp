@@ -27,7 +27,7 @@ std::optional<ColorProfile> deliveredProfile(const Page& page, bool isAdobeRGB) 
     return std::nullopt;
 }
 
-/// Of all pages together, since many pages can share the bytes of one profile.
+/// The maximum for the profiles of all pages together, since many pages can share the bytes of one profile.
 constexpr std::uint64_t maxProfileBytes = std::uint64_t{16} << 20;
 
 class Decoder final : public ImageDecoder {

@@ -160,7 +160,7 @@ struct Layout {
     std::uint64_t firstStrip = headerBytes;   ///< 64 bits wide until it is known that they fit 32 bits
 };
 
-/// With the strips beginning at `firstStrip`, which does not change the sizes of the directories.
+/// The layout with the strips beginning at `firstStrip`, which does not change the sizes of the directories.
 Layout layoutFor(const RowFormat& format, const EncodingOptions& options, const Strips& strips,
                  std::uint64_t firstStrip) {
     ExifFields exif = exifFields(options.exif);

@@ -25,7 +25,7 @@ constexpr std::array<std::uint16_t, 12> pageTags = {
     33432, // Copyright
 };
 
-/// Of these, those that make a block worth while without an EXIF directory.
+/// The tags of these that make a block worthwhile even without an EXIF directory.
 constexpr std::array<std::uint16_t, 4> originTags = {271, 272, 315, 33432};
 
 /// Types that classic EXIF defines.

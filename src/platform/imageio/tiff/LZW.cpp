@@ -22,7 +22,7 @@ public:
     static LZWString at(std::size_t begin, std::size_t length) {
         return LZWString(inOutput | std::uint64_t{length} << 32 | begin);
     }
-    /// Of codes that are no strings.
+    /// The value for codes that stand for no string.
     static constexpr LZWString none() { return LZWString(~std::uint64_t{0}); }
 
     std::uint64_t word() const { return word_; }
@@ -32,9 +32,9 @@ public:
     std::size_t length() const { return isInWord() ? lengthInWord() : word_ >> 32 & 0xFF'FFFF; }
     /// The length of a string that is in the word.
     std::size_t lengthInWord() const { return word_ >> 59; }
-    /// If it is not in the word.
+    /// Where the string begins in the output; only if it is not in the word.
     std::size_t begin() const { return word_ & 0xFFFF'FFFF; }
-    /// If it is extensible.
+    /// The string with one more byte; only if it is extensible.
     LZWString extendedBy(std::uint64_t byte) const {
         return LZWString(word_ + (byte << (word_ >> 56)) + (std::uint64_t{8} << 56));
     }
@@ -66,7 +66,8 @@ void copyGroups(const std::uint8_t* from, std::size_t count, std::uint8_t* to) {
     }
 }
 
-/// What changes with each short string. It is no part of LZWRun, so that it can stay in registers.
+/// The state that changes with each short string. It is not a part of LZWRun, so that it can stay in
+/// registers.
 struct ShortStrings {
     std::uint64_t* strings;
     std::uint8_t* out; ///< with room for a word

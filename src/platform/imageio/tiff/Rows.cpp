@@ -17,8 +17,8 @@ namespace {
 
 using Planes = std::vector<std::unique_ptr<StoredRows>>;
 
-/// Which rows of a page to deliver: the page has bands of `rowsPerBand` rows; every `parts`-th band, starting
-/// with band `part`, belongs to the share.
+/// The share of the rows of a page that is delivered: the page has bands of `rowsPerBand` rows; every
+/// `parts`-th band, starting with band `part`, belongs to the share.
 struct Share {
     std::uint32_t rowsPerBand = 1;
     std::uint32_t part = 0;

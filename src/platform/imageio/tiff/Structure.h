@@ -33,8 +33,8 @@ public:
     };
     Chain chain() const;
 
-    /// Those of a whole chain, at least one. Fails as "truncated" when it is broken, and as "malformed" when
-    /// there is no page.
+    /// The offsets of the pages of a complete chain, at least one. Fails with reason "truncated" when the
+    /// chain is broken, and "malformed" when there is no page.
     Result<std::vector<std::uint64_t>> pages() const;
 
     /// The entries of the directory at `offset`; empty when it is incomplete.

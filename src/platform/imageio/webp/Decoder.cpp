@@ -47,7 +47,7 @@ public:
                && static_cast<std::uint32_t>(frame_.height) == number(WEBP_FF_CANVAS_HEIGHT);
     }
 
-    /// Of memory for a whole picture while the first frame is decoded.
+    /// Bytes of memory that are held for whole pictures while the first frame is decoded.
     std::uint64_t heldBytes() const {
         const RowFormat canvas = format();
         return (isCanvasCovered() ? 0 : canvas.bytes())

@@ -14,7 +14,7 @@ namespace kestrine::webp {
 namespace {
 
 constexpr std::uint32_t maxSide = WEBP_MAX_DIMENSION;
-// By effort. The library's own defaults are 4 of 0 to 6, and 6 of 0 to 9.
+// The library's methods (0 to 6) and lossless levels (0 to 9), by effort. Its own defaults are 4 and 6.
 constexpr int methods[] = {2, 4, 6}, losslessLevels[] = {3, 6, 8};
 
 /// A picture and the file that is made of it, freed together.

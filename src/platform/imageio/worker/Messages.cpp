@@ -17,7 +17,7 @@ constexpr std::size_t minFrameBytes = 16;
 
 bool isWithin(double value, double low, double high) { return value >= low && value <= high; } // not NaN
 
-// Parts of both kinds of message.
+// Parts of requests and responses.
 
 void write(MessageWriter& writer, const RowFormat& format) {
     writer.add(format.width);
@@ -119,7 +119,7 @@ Resampling resamplingIn(MessageReader& reader) {
     return resampling;
 }
 
-/// In the order of PictureStep.
+/// Reads a step. The cases have the order of the alternatives of PictureStep.
 PictureStep stepIn(MessageReader& reader) {
     switch (reader.number<std::uint8_t>()) {
     case 0:
@@ -250,7 +250,7 @@ RenderFile renderFileIn(MessageReader& reader) {
     return {std::move(picture), outputIn(reader)};
 }
 
-/// In the order of Order.
+/// Reads an order. The cases have the order of the alternatives of Order.
 Order orderIn(MessageReader& reader) {
     switch (reader.number<std::uint8_t>()) {
     case 0:

@@ -14,9 +14,9 @@ namespace {
 /// Above every profile, EXIF block and answer to a question.
 constexpr std::uint64_t maxPropertyBytes = std::uint64_t{64} << 20;
 
-/// A worker is hostile or broken if it needs more. The costliest files of `scripts/check bombs` take 0.02
-/// microseconds for a pixel.
-/// Without pixels an answer comes quickly; that matters only while cores are idle.
+/// The limits for an answer with so many pixels. A worker is hostile or broken if it needs more. The
+/// costliest files of `scripts/check bombs` take 0.02 microseconds for a pixel. Without pixels an answer
+/// comes quickly; that matters only while cores are idle.
 AnswerLimits limitsFor(std::uint64_t pixels, std::uint64_t fileBytes) {
     using std::chrono::milliseconds;
     constexpr milliseconds always = std::chrono::minutes{1}, withoutProgress = std::chrono::minutes{5};

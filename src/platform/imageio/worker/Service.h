@@ -13,7 +13,7 @@ namespace kestrine::worker {
 /// last request stays open, with its kept pixels.
 class Service {
 public:
-    /// `questions` is the table by which questions are known; it must outlive this object.
+    /// `questions` is the table of the questions that can be asked; it must outlive this object.
     explicit Service(std::span<const FileQuestion> questions) : questions_(questions) {}
 
     /// Answers until the other end is closed, or sends something that is not a parcel.

@@ -15,13 +15,13 @@ namespace kestrine::worker {
 /// Starts a worker with the libraries of some codecs.
 using WorkerStart = std::function<Result<std::unique_ptr<WorkerProcess>>(std::uint32_t libraries)>;
 
-/// A request on its way, and what its answer may cost.
+/// A request to be delivered, and the limits of its answer.
 struct Errand {
     const Request& request;
     std::uint32_t libraries;  ///< that the source needs
     int file;                 ///< the descriptor of the source
     int resultFile;           ///< the descriptor of the file that gets the result; -1 if it is the answer
-    std::uint64_t maxContent; ///< the most bytes that can be the answer
+    std::uint64_t maxContent; ///< maximum length of the content of the answer, in bytes
     AnswerLimits limits;
 };
 

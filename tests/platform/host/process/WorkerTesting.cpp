@@ -113,7 +113,7 @@ int startProgram() {
 
 int compareBytes(const void* one, const void* other) { return std::memcmp(one, other, 1); }
 
-/// qsort() asks for the amount of memory.
+/// qsort() asks the system how much memory it has.
 int sortMuch() {
     Bytes bytes(1 << 20, 1);
     std::qsort(bytes.data(), bytes.size(), 1, compareBytes);

@@ -186,7 +186,7 @@ std::string putBack(Disk& disk, Process& process) {
     return process.mechanisms.byCopy ? "remove copy" : "publish";
 }
 
-/// The original is not what was copied.
+/// Reached when the original is no longer what was copied.
 std::string removeCopy(Disk& disk, Process& process) {
     disk.names.erase("files/" + process.item());
     return "remove its record";

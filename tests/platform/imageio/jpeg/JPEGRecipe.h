@@ -45,7 +45,7 @@ struct JPEGRecipe {
     int scans = 0; ///< if not 0, a progressive file with this many scans, 1 to 505; requires isGrey
     bool isStoredAsRGB = false;
 
-    /// For messages.
+    /// The recipe in words, for messages.
     std::string description() const;
 };
 

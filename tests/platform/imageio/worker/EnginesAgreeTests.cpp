@@ -31,7 +31,7 @@ std::string contentOf(const Result<PixelBuffer>& pixels) {
     return pixels ? contentOf(Result<Bytes>(pixels->bytes)) : textOf(pixels.failure());
 }
 
-/// Of a result that is written into a file.
+/// The content of a result that is written into a file, or the failure.
 std::string contentWritten(const Picture& picture, const Output& output) {
     const MemoryFile file = *MemoryFile::create();
     const Result<void> written = renderInto(file.number(), picture, output);

@@ -68,7 +68,7 @@ Bytes jpegOf(std::uint32_t width, std::uint32_t height) {
     return *encoded(jpeg::encode, *rowsOfPixels(std::make_shared<PixelBuffer>(photo)), {.quality = 0.9});
 }
 
-/// From now on the system call fails. The test is skipped where that cannot be arranged.
+/// From now on the system call fails. The test is skipped where the system does not permit that.
 #define MAKE_FAIL(number, error)                                                                             \
     if (!testing::failSystemCall(number, error))                                                             \
     GTEST_SKIP() << "this system permits no filter of system calls"

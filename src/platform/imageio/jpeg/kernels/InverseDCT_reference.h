@@ -6,7 +6,7 @@
 
 namespace kestrine::kernels::reference {
 
-/// As kernels::inverseDCT; `lastNonZero` is ignored.
+/// Does the same as kernels::inverseDCT; `lastNonZero` is ignored.
 void inverseDCT(int size, const std::int16_t* group, const std::uint16_t* quantisation, int lastNonZero,
                 std::uint8_t* output, std::ptrdiff_t laneStride, std::ptrdiff_t rowStride);
 

@@ -9,7 +9,7 @@
 
 namespace kestrine::jpeg {
 
-/// In a group, see offsetAlongZigzag.
+/// The offset of a position in a group of blocks; see offsetAlongZigzag.
 constexpr std::size_t offsetOf(int position) { return offsetAlongZigzag[static_cast<std::size_t>(position)]; }
 
 /// The positions from `first` on.

@@ -29,7 +29,8 @@ inline constexpr std::array<std::uint16_t, 256> offsetAlongZigzag = [] {
     return offsets;
 }();
 
-/// By position along the zigzag: the largest row-major index of the coefficients up to that position.
+/// The largest row-major index of the coefficients up to a position along the zigzag, indexed by that
+/// position.
 inline constexpr std::array<std::uint8_t, 64> placesUpTo = [] {
     std::array<std::uint8_t, 64> places = naturalOrder;
     for (std::size_t k = 1; k < places.size(); ++k)

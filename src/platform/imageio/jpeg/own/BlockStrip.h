@@ -18,7 +18,7 @@ public:
         return group(number / lanesOfGroup).coefficients[0] + number % lanesOfGroup;
     }
 
-    /// For a block the set of its AC coefficients that are not 0: bit k stands for position k along the
+    /// The set of the AC coefficients of a block that are not 0: bit k stands for position k along the
     /// zigzag.
     std::uint64_t& nonZero(std::uint32_t number) { return nonZero_[number]; }
 

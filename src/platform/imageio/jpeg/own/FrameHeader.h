@@ -10,7 +10,7 @@
 
 namespace kestrine::jpeg {
 
-/// By position along the zigzag: row * 8 + column of the coefficient.
+/// row * 8 + column of each coefficient, indexed by its position along the zigzag.
 inline constexpr std::array<std::uint8_t, 64> naturalOrder = {
     0,  1,  8,  16, 9,  2,  3,  10, 17, 24, 32, 25, 18, 11, 4,  5,  12, 19, 26, 33, 40, 48,
     41, 34, 27, 20, 13, 6,  7,  14, 21, 28, 35, 42, 49, 56, 57, 50, 43, 36, 29, 22, 15, 23,

@@ -22,8 +22,9 @@ public:
     Symbol symbolOf(unsigned bits) const;
 
 private:
-    /// By length: codes of this length, shifted to 16 bits, are below `ends_`; the index of a code's symbol
-    /// is the code plus `offsets_`. The ends never decrease with the length.
+    /// Indexed by code length: codes of a length, shifted to 16 bits, are below its element of `ends_`; the
+    /// index of a code's symbol is the code plus the element of `offsets_`. The ends never decrease with the
+    /// length.
     std::array<std::uint32_t, 17> ends_{};
     std::array<int, 17> offsets_{};
     std::array<std::uint8_t, 256> symbols_{};
@@ -153,8 +154,8 @@ struct BandTable {
     /// entries.
     bool assign(const HuffmanCode& described, int largest);
 
-    /// For the symbol at the top of `bits`, of which 16 are used, when its entry has no total. The total is
-    /// still 0 if there is no symbol.
+    /// The entry for the symbol at the top of `bits`, of which 16 are used; for symbols whose entry in the
+    /// table has no total. The total is still 0 if there is no symbol.
     BandEntry longEntry(std::uint64_t bits) const;
 
     std::array<BandEntry, 1 << indexBits> entries;

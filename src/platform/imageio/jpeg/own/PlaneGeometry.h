@@ -16,7 +16,7 @@ struct PlaneGeometry {
 /// ceil(side * eighths / 8): the side of a reduced picture.
 std::uint32_t reducedSide(std::uint32_t side, int eighths);
 
-/// For component number `component` of a picture reduced to 8, 4, 2 or 1 `eighths`.
+/// The geometry of component number `component` of a picture that is reduced to 8, 4, 2 or 1 `eighths`.
 PlaneGeometry planeGeometry(const FrameHeader& header, std::size_t component, int eighths);
 
 } // namespace kestrine::jpeg

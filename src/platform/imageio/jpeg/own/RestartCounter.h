@@ -9,7 +9,7 @@ namespace kestrine::jpeg {
 
 class RestartCounter {
 public:
-    /// At the start of a scan with a marker after every `interval` MCUs, or with none if it is 0.
+    /// Counts from the start of a scan with a marker after every `interval` MCUs, or with none if it is 0.
     explicit RestartCounter(std::uint32_t interval = 0) : interval_(interval), left_(interval) {}
 
     std::uint32_t interval() const { return interval_; }

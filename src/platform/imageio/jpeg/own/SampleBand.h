@@ -16,7 +16,7 @@ public:
     /// Readable bytes after the samples of a row; their values are undefined.
     static constexpr std::size_t padding = 64;
 
-    /// For `mcusAcross` MCUs, in groups of `lanes` MCUs.
+    /// Prepares the plane for rows of `mcusAcross` MCUs, in groups of `lanes` MCUs.
     void prepare(const PlaneGeometry& geometry, const Component& component, std::size_t mcusAcross,
                  std::size_t lanes) {
         geometry_ = geometry;
@@ -29,7 +29,7 @@ public:
 
     const PlaneGeometry& geometry() const { return geometry_; }
     std::uint32_t rowsPerBand() const { return rowsPerBand_; }
-    /// From one row to the next, in bytes.
+    /// The distance from one row to the next, in bytes.
     std::size_t stride() const { return stride_; }
 
     /// Row 0 is the band's first; -1 is the last one of the band before.

@@ -14,7 +14,7 @@ constexpr std::size_t maxScansOfOwn = 64;
 constexpr int huffmanCodes = 0xC4, endOfImage = 0xD9, startOfScan = 0xDA, restartIntervals = 0xDD,
               comment = 0xFE;
 
-/// Which bits of the coefficients have been sent, as the library keeps account of it.
+/// Records which bits of the coefficients have been sent, by the same rules as the library.
 class SentBits {
 public:
     explicit SentBits(const FrameHeader& frame) : frame_(frame) {

@@ -13,8 +13,8 @@ namespace kestrine::jpeg {
 /// A scan with the tables and settings that hold for it.
 struct Scan {
     ScanHeader header;
-    /// Of the DC codes of its components, or of the AC code of its only component; refinements of DC
-    /// coefficients need no code.
+    /// The DC codes of its components, or in the first element the AC code of its only component; refinements
+    /// of DC coefficients need no code.
     std::array<HuffmanCode, 3> codes;
     std::uint32_t restartInterval = 0; ///< in MCUs of this scan; 0 when it has no restart markers
     std::uint64_t offset = 0;          ///< where in the file its entropy-coded bytes begin

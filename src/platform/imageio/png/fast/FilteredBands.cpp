@@ -12,8 +12,8 @@ namespace {
 constexpr std::size_t bandBytes = std::size_t{256} << 10;
 constexpr std::size_t readableAfter = 8; // required by the kernels
 
-/// As many rows as fit a band, rounded up to a multiple of the rows that the kernels take at once; a single
-/// row if rows are huge.
+/// The number of rows that fit a band, rounded up to a multiple of the rows that the kernels take at once; 1
+/// if rows are huge.
 std::size_t rowsPerBandFor(std::size_t filteredBytes, std::size_t height) {
     constexpr std::size_t hugeRow = 4 * bandBytes, step = kernels::paethRowsAtOnce;
     if (filteredBytes > hugeRow)

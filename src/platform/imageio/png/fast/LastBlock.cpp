@@ -113,7 +113,7 @@ public:
         return step.meaning != noCode ? step : longest_[bits % longest_.size()];
     }
 
-    /// Of a code that is not longer than firstBits, else no code.
+    /// The step for a code of at most firstBits bits; `noCode` for a longer one.
     Step ofShort(std::uint64_t bits) const { return first_[bits % first_.size()]; }
 
     static constexpr unsigned firstBits = 10;

@@ -68,7 +68,7 @@ std::string damageWithoutCrew(const Bytes& file) {
     return damageOf(file);
 }
 
-/// Without the first restart marker that has this number.
+/// The file without the first restart marker that has this number.
 Bytes withoutRestart(Bytes file, unsigned number) {
     for (auto place = file.begin() + static_cast<std::ptrdiff_t>(testing::scanPosition(file));; ++place)
         if (place[0] == 0xFF && place[1] == 0xD0 + number) {

@@ -178,7 +178,7 @@ TEST(ProgressiveJPEG, isLeftToTheLibraryIfItsScansVisitMoreBlocksThanItsLengthAl
     const Bytes small = makeJPEG(
         {.width = 70, .height = 50, .isGrey = true, .isProgressive = true, .script = scriptOfScans(1)});
     const std::size_t frame = markerPosition(small, 0xC2);
-    for (const unsigned side : {4000, 4500}) { // 63 times 250000 or 316406 blocks; 2^24 are always allowed
+    for (const unsigned side : {4000, 4500}) { // 63 times 250000 or 316969 blocks; 2^24 are always allowed
         Bytes file = small;
         for (const std::size_t at : {frame + 5, frame + 7}) {
             file[at] = static_cast<std::uint8_t>(side >> 8);

@@ -10,7 +10,7 @@
 namespace kestrine::png {
 namespace {
 
-/// As zlib finds it; it stops at every block.
+/// The last block as zlib finds it, which stops at every block.
 std::optional<LastBlock> positionByZlib(Bytes deflated) {
     z_stream stream{};
     if (inflateInit2(&stream, -MAX_WBITS) != Z_OK)
