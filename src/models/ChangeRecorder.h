@@ -15,6 +15,7 @@ struct IntendedResult {
     std::string path;            ///< the path that it is about to get
     std::string hiddenPath;      ///< of the hidden file that holds the content until then; "" for none
     ContentDigest content;
+    bool isCorrection = false; ///< whether another path was recorded for this result before
 };
 
 class ChangeRecorder {
@@ -24,6 +25,10 @@ public:
     /// Called before anything of this changes a file. The result is not made if it fails. If the name is lost
     /// to another program, there is one more call with the next name. Any thread.
     virtual Result<void> record(const IntendedResult& result) = 0;
+
+    /// Called after a recorded result that replaces its source. `isReplaced`: whether the source is in the
+    /// trash; else it is where it was. Any thread.
+    virtual void ended(const IntendedResult& /*result*/, bool /*isReplaced*/) {}
 };
 
 /// A result of an earlier run that the result of a job may replace.

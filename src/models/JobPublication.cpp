@@ -39,6 +39,7 @@ void JobPublication::replaceOriginal(const std::optional<FileRights>& rights) {
     const StopSignalsBlocked untilPublished;
     moveOriginalToTrash();
     write(Durability::synced, rights);
+    noteEnd();
 }
 
 /// Whether the result is now on the disk beside the original. Otherwise the outcome has the reason.
@@ -51,14 +52,15 @@ bool JobPublication::stage(const std::optional<FileRights>& rights) {
         staged_.emplace(*std::move(written));
     else
         outcome_.failure = written.failure();
+    if (!written)
+        noteEnd();
     return written.ok();
 }
 
 Result<StagedFile> JobPublication::staged(const std::string& folder, const std::string& hiddenName,
-                                          const std::optional<FileRights>& rights) const {
+                                          const std::optional<FileRights>& rights) {
     TRY(checkNameIsPossible(intended_.path));
-    if (job_.recorder != nullptr)
-        TRY(job_.recorder->record(intended_));
+    TRY(record());
     return StagedFile::write(folder, *made_.content, hiddenName, rights);
 }
 
@@ -78,21 +80,37 @@ NSString JobPublication::nameBesideOriginal() const {
     return outcome_.path == job_.path ? outcome_.path : uniqueFileName(outcome_.path);
 }
 
-/// The result of an earlier run that may be replaced by this one; null if there is none.
-const EarlierResult* JobPublication::earlierResult() const {
-    const auto found = std::ranges::find(job_.earlier, intended_.wanted, &EarlierResult::wanted);
-    if (found == job_.earlier.end())
-        return nullptr;
-    const Result<ContentDigest> content = digestOfFile(found->path);
-    return content && *content == found->content ? &*found : nullptr;
+/// The result of an earlier run that this one may replace.
+std::optional<EarlierResult> JobPublication::takeEarlierResult() {
+    const auto found = std::ranges::find(earlier_, intended_.wanted, &EarlierResult::wanted);
+    if (found == earlier_.end())
+        return std::nullopt;
+    const EarlierResult earlier = *found;
+    earlier_.erase(found); // another result of this job may want the same name
+    const Result<ContentDigest> content = digestOfFile(earlier.path);
+    return content && *content == earlier.content ? std::optional(earlier) : std::nullopt;
+}
+
+Result<void> JobPublication::record() {
+    if (job_.recorder == nullptr)
+        return {};
+    TRY(job_.recorder->record(intended_));
+    intended_.isCorrection = true; // if there is another call
+    return {};
 }
 
 /// Records that the result is about to get this name, unless that is recorded already.
 Result<void> JobPublication::recordName(const std::string& path) {
-    if (job_.recorder == nullptr || intended_.path == path)
+    if (intended_.path == path)
         return {};
     intended_.path = path;
-    return job_.recorder->record(intended_);
+    return record();
+}
+
+void JobPublication::noteEnd() const {
+    const bool isRecorded = intended_.isCorrection;
+    if (isRecorded)
+        job_.recorder->ended(intended_, !outcome_.trashedPath.empty());
 }
 
 /// Returns the path of the result.
@@ -121,14 +139,14 @@ Result<std::string> JobPublication::publishInPlaceOf(const EarlierResult& earlie
 
 void JobPublication::write(Durability durability, const std::optional<FileRights>& rights) {
     const std::optional<Failure> folderFailure = makeFolders(outcome_.path.deletingLastPathComponent());
-    const EarlierResult* earlier = made_.content ? earlierResult() : nullptr;
-    outcome_.path = earlier == nullptr ? uniqueFileName(outcome_.path) : NSString::fromUTF8(earlier->path);
+    const std::optional<EarlierResult> earlier = made_.content ? takeEarlierResult() : std::nullopt;
+    outcome_.path = earlier ? NSString::fromUTF8(earlier->path) : uniqueFileName(outcome_.path);
     if (!made_.content)
         return;
     const Result<std::string> written =
-        earlier == nullptr ? publishUnderFreeName(durability, rights) : publishInPlaceOf(*earlier);
+        earlier ? publishInPlaceOf(*earlier) : publishUnderFreeName(durability, rights);
     outcome_.isWritten = written.ok();
-    if (written && earlier == nullptr && *written != intended_.wanted)
+    if (written && !earlier && *written != intended_.wanted)
         outcome_.takenPath = intended_.wanted;
     if (written)
         outcome_.path = NSString::fromUTF8(*written);

@@ -11,9 +11,10 @@ namespace kestrine {
 /// function is called at most once.
 class JobPublication {
 public:
-    /// All must outlive this object.
-    JobPublication(const ResizeJob& job, const MadeResult& made, JobOutcome& outcome)
-        : job_(job), made_(made), outcome_(outcome), intended_(intention()) {}
+    /// `earlier`: those of the job's that no other result has replaced yet. All must outlive this object.
+    JobPublication(const ResizeJob& job, std::vector<EarlierResult>& earlier, const MadeResult& made,
+                   JobOutcome& outcome)
+        : job_(job), earlier_(earlier), made_(made), outcome_(outcome), intended_(intention()) {}
 
     /// Writes to the first free name. Sets the outcome's path, even if nothing is written.
     void write();
@@ -28,11 +29,13 @@ private:
     IntendedResult intention() const;
     bool stage(const std::optional<FileRights>& rights);
     Result<StagedFile> staged(const std::string& folder, const std::string& hiddenName,
-                              const std::optional<FileRights>& rights) const;
+                              const std::optional<FileRights>& rights);
     void moveOriginalToTrash();
     NSString nameBesideOriginal() const;
-    const EarlierResult* earlierResult() const;
+    std::optional<EarlierResult> takeEarlierResult();
+    Result<void> record();
     Result<void> recordName(const std::string& path);
+    void noteEnd() const;
     void write(Durability durability, const std::optional<FileRights>& rights);
     Result<std::string> publishUnderFreeName(Durability durability, const std::optional<FileRights>& rights);
     Result<std::string> publishInPlaceOf(const EarlierResult& earlier);
@@ -40,6 +43,7 @@ private:
     bool isThere(const std::string& path) const;
 
     const ResizeJob& job_;
+    std::vector<EarlierResult>& earlier_;
     const MadeResult& made_;
     JobOutcome& outcome_;
     IntendedResult intended_;

@@ -17,7 +17,7 @@ bool namesDependOnPicture(const ConversionRecipe& recipe) {
 /// One run of a job.
 class JobRun {
 public:
-    explicit JobRun(const ResizeJob& job) : job_(job), conversion_(job) {}
+    explicit JobRun(const ResizeJob& job) : job_(job), conversion_(job), earlier_(job.earlier) {}
 
     /// `position` is that of the recipe in the job.
     JobOutcome apply(std::size_t position) {
@@ -65,10 +65,10 @@ public:
 private:
     /// `rights` are those of the original before the conversion, during which they may have changed.
     void publish(const MadeResult& made, TimesRule times, const std::optional<FileRights>& rights,
-                 JobOutcome& outcome) const {
+                 JobOutcome& outcome) {
         const std::optional<FileTime> time = timeOfResult(times, conversion_.file());
         const std::optional<FileRights> newest = rightsOfOriginal();
-        JobPublication publication(job_, made, outcome);
+        JobPublication publication(job_, earlier_, made, outcome);
         if (!job_.fixedPaths.empty())
             publication.writeAtFixedPath();
         else if (job_.replacesFile())
@@ -104,6 +104,7 @@ private:
 
     const ResizeJob& job_;
     JobConversion conversion_;
+    std::vector<EarlierResult> earlier_; ///< those that no result has replaced yet
 };
 
 } // namespace

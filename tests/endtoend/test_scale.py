@@ -334,6 +334,13 @@ class Refusals(Scale):
         self.assertIn(b"is not a log", self.inside(self.tree, "run", "--log", picture, "plan", status=1).stderr)
         self.assertEqual(picture.read_bytes(), before)
 
+    def test_a_file_that_is_no_log_is_refused_and_stays(self):
+        self.plan()
+        for name, content in (("plan", (self.tree / "plan").read_bytes()), ("package.json", b'{"name":"site"}')):
+            (self.tree / name).write_bytes(content)
+            self.assertIn(b"is not a log", self.inside(self.tree, "run", "--log", name, "plan", status=1).stderr)
+            self.assertEqual((self.tree / name).read_bytes(), content)
+
     def test_a_run_that_may_not_wait_fails_while_another_uses_its_log(self):
         self.plan()
         with open(self.tree / "plan.1-of-1.jsonl", "a") as log:

@@ -118,6 +118,55 @@ class TakingBack(Undo):
         self.assertEqual(self.state(), before)
 
 
+class RunsThatFailed(Undo):
+    """What could not be replaced, because its folder is read-only, counts for nothing."""
+
+    def fail_to_replace(self, *arguments):
+        os.chmod(self.folder / "fixed", 0o555)
+        done = self.run_without_rights("convert", "--longest", "30", "--format", "jpeg", "--replace", *arguments, program="kestrinectl")
+        os.chmod(self.folder / "fixed", 0o755)
+        self.assertEqual(done.returncode, 1, done)
+
+    def test_a_run_that_replaced_nothing_leaves_no_journal(self):
+        self.picture("fixed/a.png")
+        self.fail_to_replace("fixed/a.png")
+        self.assertEqual(list(self.journals.iterdir()), [])
+        self.assertIn("nothing to undo", self.undo(status=1))
+
+    def test_the_run_before_it_is_undone(self):
+        self.picture("fixed/b.png")
+        original = self.picture("a.png")
+        content = original.read_bytes()
+        self.replace("a.png")
+        self.fail_to_replace("fixed/b.png")
+        self.assertIn("run 1: 1 original back in place", self.undo())
+        self.assertEqual(original.read_bytes(), content)
+
+    def test_only_what_was_replaced_is_listed_and_counted(self):
+        self.picture("a.png")
+        self.picture("fixed/b.png")
+        self.fail_to_replace("-r", ".")
+        self.assertIn(b"1 file in", self.kestrinectl("history").stdout)
+        self.assertEqual(self.undo(), "run 1: 1 original back in place\n")
+
+    def test_a_file_that_equals_the_failed_result_stays(self):
+        self.picture("a.png")
+        self.picture("fixed/b.png")
+        self.fail_to_replace("-r", ".")
+        done = self.kestrinectl("convert", "--longest", "30", "--format", "jpeg", "--out", "fixed", "fixed/b.png")
+        self.assertEqual(done.returncode, 0, done)
+        self.undo()
+        self.assertEqual(sorted(os.listdir(self.folder / "fixed")), ["b.jpg", "b.png"])
+
+    def test_an_original_that_somebody_brought_back_is_counted_apart(self):
+        self.picture("a.png")
+        self.picture("b.png")
+        self.replace("--format", "jpeg", "a.png", "b.png")
+        os.rename(self.trash / "files/a.png", self.folder / "a.png")
+        self.assertEqual(self.undo(), "run 1: 1 original back in place, 1 there already\n")
+        self.assertEqual(self.names(), [b"a.png", b"b.png"])
+
+
 class WhatStays(Undo):
     def test_an_edited_result_stays_and_the_original_comes_back_beside_it(self):
         content = self.picture("a.png").read_bytes()

@@ -127,6 +127,27 @@ class WhatIsMade(Update):
         converted, messages = self.update(status=1)
         self.assertEqual((converted, len(messages)), ([], 2))
 
+    def test_several_results_that_want_the_same_name_replace_each_its_own(self):
+        words = ["--name", "{stem}.{ext}"]
+        self.assertEqual(self.update(*words, size="12,15", files=("in/a.png",))[1], [])
+        made = self.results()
+        self.assertEqual(set(made), {"a.jpg", "a_1.jpg"})
+        self.assertEqual(self.update(*words, "--force", "-v", size="12,15", files=("in/a.png",))[1], [])
+        self.assertEqual(self.results(), made)
+
+    def test_results_of_other_sources_are_no_strangers(self):
+        self.picture("in/a.webp")
+        converted, messages = self.update("--name", "{stem}.{ext}")
+        self.assertEqual((len(converted), messages), (4, []))
+        self.assertEqual(set(self.results()), {"a.jpg", "a_1.jpg", "b.jpg", "c.jpg"})
+
+    def test_a_dry_run_names_results_that_want_the_same_name_differently(self):
+        words = ["--name", "{stem}.{ext}"]
+        self.update(*words, size="12", files=("in/a.png",))
+        done = self.kestrinectl("convert", "--longest", "12,15", "--format", "jpeg", "--out", "out", "--update", "--dry-run", *words,
+                                "in/a.png")
+        self.assertEqual([line.split("/")[-1] for line in done.stdout.decode().splitlines()], ["a.jpg", "a_1.jpg"])
+
 
 class WhatIsASource(Update):
     def convert(self, *arguments):
@@ -209,7 +230,8 @@ class Manifest(Update):
             self.assertEqual((done.returncode, done.stdout), (0, b""), done)
 
     def test_a_newer_or_foreign_file_is_refused_and_stays(self):
-        for content, words in ((b'{"manifest":2}\n{"new":1}\n', "from a newer version"), (b"my notes\n", "not a manifest")):
+        for content, words in ((b'{"manifest":2}\n{"new":1}\n', "from a newer version"), (b"my notes\n", "not a manifest"),
+                               (b"my notes", "not a manifest"), (b'{"manifest":2}', "not a manifest")):
             (self.folder / "own").write_bytes(content)
             converted, messages = self.update("--manifest", "own", status=1)
             self.assertEqual((converted, len(messages)), ([], 1))
@@ -222,6 +244,11 @@ class Manifest(Update):
         self.assertEqual(converted, [])
         self.assertRegex(messages[0], "the manifest cannot be written: .*absent/own: No such file")
         self.assertFalse((self.folder / "out").exists())
+
+    def test_one_that_was_cut_off_within_its_first_line_is_begun_again(self):
+        (self.folder / "own").write_bytes(b'{"manif')
+        self.assertEqual(self.update("--manifest", "own")[0], self.ALL)
+        self.assertEqual(self.update("--manifest", "own"), ([], []))
 
     def test_a_damaged_line_costs_only_its_file(self):
         self.update("--manifest", "own")

@@ -9,12 +9,15 @@
 #include "tests/support/PresetBuilder.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace kestrine {
 namespace {
 
+using ::testing::ElementsAre;
 using testing::makeSet;
+using ::testing::Pair;
 
 /// Stores every reported result, and whether source and result existed when it was reported.
 class Remembering final : public ChangeRecorder {
@@ -27,24 +30,31 @@ public:
         return fails ? Result<void>(Failure{Reason::noSpace, "the disk is full"}) : Result<void>();
     }
 
+    void ended(const IntendedResult& result, bool isReplaced) override {
+        endings.emplace_back(result.source, isReplaced);
+    }
+
     bool fails = false;
     std::vector<IntendedResult> results;
+    std::vector<std::pair<std::string, bool>> endings;
     bool sourceWasThere = true, resultWasThere = false;
 };
 
 class Recording : public ::testing::Test {
 protected:
-    Recording() {
-        folder.write("a.png", *encoded(png::encode,
-                                       *rowsOfPixels(std::make_shared<PixelBuffer>(testing::makePhoto(
-                                           {30, 20, ColorModel::rgb, false, SampleDepth::bits8}))),
-                                       {}));
+    Recording() { writePicture(); }
+
+    void writePicture() {
+        folder.write(name, *encoded(png::encode,
+                                    *rowsOfPixels(std::make_shared<PixelBuffer>(testing::makePhoto(
+                                        {30, 20, ColorModel::rgb, false, SampleDepth::bits8}))),
+                                    {}));
     }
 
     JobOutcome run(bool replaces, std::vector<EarlierResult> earlier = {}) {
         const auto set =
             makeSet(u"Web", {{u"replaceFile", replaces}, {u"maxSize", 10.0F}, {u"resizeType", 2}});
-        const NSString path = NSString::fromUTF8(folder / "a.png");
+        const NSString path = NSString::fromUTF8(folder / name);
         return runJob({.path = path,
                        .saveFolderPath = path.deletingLastPathComponent(),
                        .recipes = recipesOf({set}),
@@ -54,6 +64,7 @@ protected:
             .front();
     }
 
+    std::string name = "a.png"; ///< of the picture
     const testing::TemporaryFolder folder;
     const testing::EnvironmentVariable dataHome{"XDG_DATA_HOME", folder / "data"};
     Remembering recorder;
@@ -68,6 +79,18 @@ TEST_F(Recording, aReplacementIsRecordedBeforeAnythingChanges) {
     EXPECT_EQ(result.content, *digestOfFile(folder / "a.png"));
 }
 
+TEST_F(Recording, theEndOfAReplacementIsReported) {
+    EXPECT_TRUE(run(true).isWritten);
+    EXPECT_THAT(recorder.endings, ElementsAre(Pair(folder / "a.png", true)));
+}
+
+TEST_F(Recording, aReplacementThatFailsIsReported) {
+    name = "data/Trash/files/a.png"; // what is in the trash cannot go there
+    writePicture();
+    EXPECT_TRUE(run(true).trashFailure.has_value());
+    EXPECT_THAT(recorder.endings, ElementsAre(Pair(folder / name, false)));
+}
+
 TEST_F(Recording, aNewResultIsRecordedBeforeItHasItsName) {
     folder.write("Web/a.png", "somebody else's");
     EXPECT_TRUE(run(false).isWritten);
@@ -75,6 +98,7 @@ TEST_F(Recording, aNewResultIsRecordedBeforeItHasItsName) {
     EXPECT_FALSE(recorder.results.front().replacesSource || recorder.resultWasThere);
     EXPECT_EQ(recorder.results.front().wanted, folder / "Web/a.png");
     EXPECT_EQ(recorder.results.front().path, folder / "Web/a_1.png");
+    EXPECT_TRUE(recorder.endings.empty());
 }
 
 TEST_F(Recording, whatCannotBeRecordedIsNotDone) {
@@ -87,6 +111,7 @@ TEST_F(Recording, whatCannotBeRecordedIsNotDone) {
     }
     EXPECT_EQ(testing::readFileBytes(folder / "a.png"), before);
     EXPECT_FALSE(itemExists(folder / "Web/a.png") || itemExists(folder / "data"));
+    EXPECT_TRUE(recorder.endings.empty());
 }
 
 TEST_F(Recording, anEarlierResultIsReplacedIfItIsUnchanged) {

@@ -80,7 +80,8 @@ void convertJob(ResizeJob job, const ConvertInput& input, UpdateManifest* manife
     const std::vector<JobOutcome> outcomes = runJob(job);
     for (std::size_t i = 0; i < outcomes.size(); ++i) {
         addOutcome(result, input, job.recipes[i], outcomes[i]);
-        if (manifest != nullptr && !outcomes[i].takenPath.empty() && earlier.edited.empty())
+        if (manifest != nullptr && !outcomes[i].takenPath.empty() && earlier.edited.empty()
+            && !manifest->isResult(outcomes[i].takenPath))
             result.warn(shownPath(outcomes[i].takenPath)
                         + " is not known as a result of an earlier run and is not replaced");
     }

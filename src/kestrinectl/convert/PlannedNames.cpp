@@ -36,19 +36,25 @@ std::vector<PlannedNames> NamePlanner::plan(const std::vector<ResizeJob>& jobs) 
     std::vector<PlannedNames> planned;
     for (std::size_t i = 0; i < jobs.size(); ++i) {
         const std::string vacated = jobs[i].replacesFile() ? placeOf(jobs[i].path.utf8()) : "";
+        std::vector<EarlierResult> earlier = jobs[i].earlier;
         planned.push_back({.paths = {}, .failure = std::move(wanted[i].failure)});
         for (const NSString& path : wanted[i].paths)
-            planned.back().paths.push_back(path.isEmpty() ? "" : nameFor(path, jobs[i], vacated));
+            planned.back().paths.push_back(path.isEmpty() ? "" : nameFor(path, earlier, vacated));
     }
     return planned;
 }
 
-/// The path of the result of an earlier run, or else the path with the first free name, which is then in use.
-/// `vacated` is the path of the original that makes room for it; "" for none.
-std::string NamePlanner::nameFor(const NSString& wanted, const ResizeJob& job, const std::string& vacated) {
-    const auto earlier = std::ranges::find(job.earlier, wanted.utf8(), &EarlierResult::wanted);
-    if (earlier != job.earlier.end())
-        return earlier->path;
+/// The path of the result of an earlier run, which is then taken out of `earlier`, or else the path with the
+/// first free name, which is then in use. `vacated` is the path of the original that makes room for it; ""
+/// for none.
+std::string NamePlanner::nameFor(const NSString& wanted, std::vector<EarlierResult>& earlier,
+                                 const std::string& vacated) {
+    const auto found = std::ranges::find(earlier, wanted.utf8(), &EarlierResult::wanted);
+    if (found != earlier.end()) {
+        std::string path = std::move(found->path);
+        earlier.erase(found);
+        return path;
+    }
     const NSString chosen = uniqueFileName(wanted, [&](const std::string& candidate) {
         const std::string place = placeOf(candidate);
         return promised_.contains(place) || (place != vacated && isTaken(candidate));

@@ -32,7 +32,8 @@ public:
     std::vector<PlannedNames> plan(const std::vector<ResizeJob>& jobs);
 
 private:
-    std::string nameFor(const NSString& wanted, const ResizeJob& job, const std::string& vacated);
+    std::string nameFor(const NSString& wanted, std::vector<EarlierResult>& earlier,
+                        const std::string& vacated);
 
     const Openings openings_;
     const unsigned threads_;

@@ -5,6 +5,7 @@
 #include "kestrinectl/convert/ConvertInputs.h"
 #include "kestrinectl/text/JSONText.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/ShownPath.h"
 #include "models/RecipeDigest.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
@@ -50,6 +51,11 @@ LineLog openManifest(const std::string& path, UpdateManifest::WhenBusy whenBusy)
     return *std::move(log);
 }
 
+CommandError anotherFile(const std::string& path) {
+    return CommandError(shownPath(path)
+                        + " is not a manifest of kestrinectl; give another file with --manifest");
+}
+
 std::string headerLine() { return ordered_json{{"manifest", manifestVersion}}.dump(); }
 
 std::string text(const json& object, const char* key) { return textFromJSON(object.at(key)).value(); }
@@ -65,14 +71,15 @@ UpdateManifest::UpdateManifest(const std::string& path, WhenBusy whenBusy, Paths
     for (const std::string& line : *lines) {
         read(line);
         if (version_ == 0)
-            throw CommandError(path + " is not a manifest of kestrinectl; give another file with --manifest");
+            throw anotherFile(path);
         if (version_ > manifestVersion)
             throw CommandError(
                 "the manifest " + path
                 + " is from a newer version of kestrinectl; use that version, or another manifest");
     }
-    const Result<void> written =
-        lines->empty() ? log_.append(headerLine(), Durability::cached) : Result<void>();
+    const Result<void> written = lines->empty() ? log_.begin(headerLine()) : Result<void>();
+    if (!written && written.failure().reason == Reason::malformed)
+        throw anotherFile(path);
     if (!written)
         throw CommandError("the manifest cannot be written: " + written.failure().text);
     shorten(lines->size());

@@ -96,10 +96,12 @@ ShardLog::ShardLog(const std::string& path, std::uint64_t plan, Shard shard, Whe
         return;
     const ordered_json begin = {
         {"log", {{"version", logVersion}, {"plan", plan}, {"shard", shard.number}, {"of", shard.count}}}};
-    if (!lines->empty())
+    const Result<void> written =
+        lines->empty() ? log_.begin(begin.dump()) : Failure{Reason::malformed, "it contains other lines"};
+    if (!written && written.failure().reason == Reason::malformed)
         throw CommandError(shownPath(path)
                            + " is not a log of 'kestrinectl run'; give another file with --log");
-    if (const Result<void> written = add(begin); !written)
+    if (!written)
         throw CommandError("the log cannot be written: " + written.failure().text);
 }
 

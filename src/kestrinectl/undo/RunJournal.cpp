@@ -97,7 +97,8 @@ ReplacedFile replacedFile(const json& object) {
             .result = text("result"),
             .hidden = text("hidden"),
             .content = {object.at("resultBytes"), object.at("resultDigest")},
-            .broughtBackAs = ""};
+            .broughtBackAs = "",
+            .isReplaced = false};
 }
 
 /// Reads the lines of a journal. Lines that are damaged count as absent.
@@ -114,7 +115,10 @@ public:
     }
 
     const std::optional<int>& version() const { return version_; }
-    RecordedRun run() && { return std::move(run_); }
+    RecordedRun run() && {
+        std::erase_if(run_.files, [](const ReplacedFile& file) { return file.original.empty(); });
+        return std::move(run_);
+    }
 
 private:
     void take(const json& line) {
@@ -124,9 +128,13 @@ private:
         } else if (line.contains("replace")) {
             add(replacedFile(line.at("replace")));
         } else if (line.contains("bringBack")) {
-            const auto found = positions_.find(textFromJSON(line.at("bringBack")).value());
-            if (found != positions_.end())
-                run_.files[found->second].broughtBackAs = textFromJSON(line.at("as")).value();
+            if (ReplacedFile* file = fileAt(line.at("bringBack")))
+                file->broughtBackAs = textFromJSON(line.at("as")).value();
+        } else if (line.contains("replaced")) {
+            if (ReplacedFile* file = fileAt(line.at("replaced")))
+                file->isReplaced = true;
+        } else if (line.contains("notReplaced")) {
+            withdraw(textFromJSON(line.at("notReplaced")).value());
         } else {
             run_.isUndone = run_.isUndone || line.contains("undone");
         }
@@ -139,6 +147,20 @@ private:
             run_.files.push_back(std::move(file));
         else
             run_.files[place->second] = std::move(file);
+    }
+
+    /// The file whose original has this path; null if there is none.
+    ReplacedFile* fileAt(const json& original) {
+        const auto found = positions_.find(textFromJSON(original).value());
+        return found == positions_.end() ? nullptr : &run_.files[found->second];
+    }
+
+    void withdraw(const std::string& original) {
+        const auto found = positions_.find(original);
+        if (found == positions_.end())
+            return;
+        run_.files[found->second].original.clear();
+        positions_.erase(found);
     }
 
     RecordedRun run_;
@@ -177,7 +199,7 @@ LineLog openJournal(std::size_t number) {
 RunJournal::RunJournal() : log_(newJournal(number_)) {}
 
 RunJournal::~RunJournal() {
-    if (isEmpty_)
+    if (isEmpty())
         (void)removeFile(log_->path());
 }
 
@@ -186,11 +208,20 @@ Result<void> RunJournal::record(const IntendedResult& result) {
         return {};
     const std::string original = placeOf(result.source);
     const FileMark mark = TRY(markOfItem(original));
-    const ReplacedFile file{original,       mark, placeOf(result.path), placeOf(result.hiddenPath),
-                            result.content, ""};
+    const ReplacedFile file{original, mark, placeOf(result.path), placeOf(result.hiddenPath), result.content,
+                            "",       false};
     const std::lock_guard lock(mutex_);
-    isEmpty_ = false;
+    count_ += result.isCorrection ? 0 : 1;
     return log_->append(ordered_json{{"replace", toJSON(file)}}.dump(), Durability::synced);
+}
+
+/// Without this line, which may be lost, undo finds out where the original is.
+void RunJournal::ended(const IntendedResult& result, bool isReplaced) {
+    const std::string original = placeOf(result.source);
+    const std::lock_guard lock(mutex_);
+    count_ -= isReplaced ? 0 : 1;
+    (void)log_->append(ordered_json{{isReplaced ? "replaced" : "notReplaced", textToJSON(original)}}.dump(),
+                       Durability::cached);
 }
 
 std::vector<std::size_t> recordedRuns() {

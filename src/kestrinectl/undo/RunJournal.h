@@ -21,9 +21,10 @@ struct ReplacedFile {
     std::string hidden;        ///< of the hidden file that held the result before that
     ContentDigest content;     ///< of the result
     std::string broughtBackAs; ///< where undo was about to put the original; "" for nowhere but its own place
+    bool isReplaced = false;   ///< whether the original is known to have gone to the trash
 };
 
-/// What a journal says.
+/// What a journal says. Files that were not replaced after all are left out.
 struct RecordedRun {
     std::size_t number = 0;
     std::string began; ///< in local time
@@ -43,15 +44,16 @@ public:
     RunJournal& operator=(const RunJournal&) = delete;
 
     Result<void> record(const IntendedResult& result) override;
+    void ended(const IntendedResult& result, bool isReplaced) override;
 
     std::size_t number() const { return number_; }
-    bool isEmpty() const { return isEmpty_; }
+    bool isEmpty() const { return count_ == 0; }
 
 private:
     std::size_t number_ = 0;
     std::mutex mutex_; // guards the members after it
     std::optional<LineLog> log_;
-    bool isEmpty_ = true;
+    std::size_t count_ = 0; ///< of files that were replaced, or are about to be
 };
 
 /// The numbers of all recorded runs, oldest first.

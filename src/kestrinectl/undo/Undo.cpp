@@ -64,10 +64,10 @@ UndoneFile Undo::takeBack(const ReplacedFile& file) {
     if (!file.hidden.empty())
         (void)removeFile(file.hidden);
     if (isOriginal(file, file.original)) {
-        if (file.result != file.original)
+        if (file.isReplaced && file.result != file.original) // it came back in another way
             removeResult(file);
         noteTaken(file);
-        return {};
+        return {UndoneFile::Kind::inPlace, file.original, ""};
     }
     if (!file.broughtBackAs.empty() && isOriginal(file, file.broughtBackAs))
         return {UndoneFile::Kind::beside, file.broughtBackAs, ""};

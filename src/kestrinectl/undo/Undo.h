@@ -9,7 +9,8 @@ namespace kestrine {
 /// The outcome for one replaced file.
 struct UndoneFile {
     enum class Kind {
-        back,    ///< the original is in its place, and the result is gone
+        back,    ///< the original is in its place again, and the result is gone
+        inPlace, ///< the original was in its place already
         beside,  ///< the result was edited since and stays; the original is at `path`
         renamed, ///< the result is gone, but another file has the name of the original, which is at `path`
         emptied, ///< the original is no longer in the trash

@@ -30,6 +30,7 @@ std::size_t latestRun() {
 void report(const ReplacedFile& file, const UndoneFile& undone) {
     switch (undone.kind) {
     case Kind::back:
+    case Kind::inPlace:
         return;
     case Kind::beside:
         return printError(file.result + " was changed since and is kept; its original is " + undone.path);
@@ -44,11 +45,12 @@ void report(const ReplacedFile& file, const UndoneFile& undone) {
 }
 
 struct UndoCount {
-    std::size_t back = 0, troubles = 0, failures = 0;
+    std::size_t back = 0, inPlace = 0, troubles = 0, failures = 0;
 
     void add(const UndoneFile& undone) {
         back += undone.kind == Kind::back ? 1 : 0;
-        troubles += undone.kind != Kind::back ? 1 : 0;
+        inPlace += undone.kind == Kind::inPlace ? 1 : 0;
+        troubles += undone.kind != Kind::back && undone.kind != Kind::inPlace ? 1 : 0;
         failures += undone.kind == Kind::failed ? 1 : 0;
     }
 };
@@ -79,7 +81,9 @@ void undo(std::size_t number) {
     if (count.failures == 0)
         if (const Result<void> noted = past.noteUndone(); !noted)
             throw CommandError(noted.failure().text);
-    const std::string line = name + ": " + counted(count.back, "original") + " back in place";
+    const std::string line =
+        name + ": " + counted(count.back, "original") + " back in place"
+        + (count.inPlace > 0 ? ", " + std::to_string(count.inPlace) + " there already" : "");
     if (count.troubles > 0)
         throw CommandError(line + ", " + std::to_string(count.troubles) + " not");
     printLine(line);

@@ -77,7 +77,7 @@ Result<LineLog> LineLog::create(const std::string& path) {
     return LineLog(path, std::move(file));
 }
 
-Result<std::vector<std::string>> LineLog::lines() const {
+Result<std::string> LineLog::content() const {
     struct stat status {};
     if (::fstat(file_.number(), &status) != 0)
         return systemFailure("cannot read " + path_);
@@ -92,10 +92,25 @@ Result<std::vector<std::string>> LineLog::lines() const {
             break;
         length += count > 0 ? static_cast<std::size_t>(count) : 0;
     }
+    content.resize(length);
+    return content;
+}
+
+Result<std::vector<std::string>> LineLog::lines() const {
+    const std::string content = TRY(this->content());
     std::vector<std::string> lines;
-    for (std::size_t begin = 0, end = 0; (end = content.find('\n', begin)) < length; begin = end + 1)
+    for (std::size_t begin = 0, end = 0; (end = content.find('\n', begin)) < content.size(); begin = end + 1)
         lines.push_back(content.substr(begin, end - begin));
     return lines;
+}
+
+Result<void> LineLog::begin(const std::string& line) {
+    const std::string content = TRY(this->content());
+    if (!line.starts_with(content))
+        return Failure{Reason::malformed, path_ + " contains something else"};
+    if (!content.empty() && ::ftruncate(file_.number(), 0) != 0)
+        return systemFailure("cannot write " + path_);
+    return append(line, Durability::cached);
 }
 
 Result<void> LineLog::append(const std::string& line, Durability durability) {

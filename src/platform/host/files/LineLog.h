@@ -26,6 +26,10 @@ public:
     /// The complete lines, in order.
     Result<std::vector<std::string>> lines() const;
 
+    /// Writes the first line of a file without complete lines. A file that was cut off within this line is
+    /// begun again; fails with malformed if it contains anything else.
+    Result<void> begin(const std::string& line);
+
     /// Adds a line, which must not contain a newline. A failure may leave a part of it, which does not count
     /// as a line and which the next call ends.
     Result<void> append(const std::string& line, Durability durability);
@@ -36,6 +40,8 @@ public:
     const std::string& path() const { return path_; }
 
 private:
+    Result<std::string> content() const;
+
     LineLog(std::string path, FileDescriptor file) : path_(std::move(path)), file_(std::move(file)) {}
 
     std::string path_;

@@ -42,6 +42,25 @@ TEST(LineLog, anIncompleteLineIsNoneAndTheNextLineStandsAlone) {
     EXPECT_EQ(readFile(folder / "log"), "one\ntw\nthree\n");
 }
 
+TEST(LineLog, theFirstLineIsWrittenIntoAnEmptyFileOrOneThatWasCutOffWithinIt) {
+    const testing::TemporaryFolder folder;
+    for (const char* before : {"", "he", "header"}) {
+        folder.write("log", before);
+        EXPECT_TRUE(LineLog::open(folder / "log", mustNotWait)->begin("header"));
+        EXPECT_EQ(readFile(folder / "log"), "header\n");
+    }
+}
+
+TEST(LineLog, aFileOfSomethingElseIsNotBegun) {
+    const testing::TemporaryFolder folder;
+    for (const char* before : {"notes", "header of another", "\n"}) {
+        folder.write("log", before);
+        EXPECT_EQ(LineLog::open(folder / "log", mustNotWait)->begin("header").failure().reason,
+                  Reason::malformed);
+        EXPECT_EQ(readFile(folder / "log"), before);
+    }
+}
+
 TEST(LineLog, aLogThatExistsIsNotCreatedAgain) {
     const testing::TemporaryFolder folder;
     EXPECT_TRUE(LineLog::create(folder / "log"));
