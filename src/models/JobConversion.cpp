@@ -37,6 +37,7 @@ std::optional<PlannedResult> JobConversion::planned(const ConversionRecipe& reci
     PlannedResult plan = plannedResult(recipe, file_, imageFor(recipe));
     if (plan.image == nullptr || isRepeated(recipe, plan))
         return std::nullopt;
+    useFileIfItFits(recipe, plan, imageFor(recipe).get());
     return plan;
 }
 
@@ -61,12 +62,16 @@ MadeResult JobConversion::convert(const ConversionRecipe& recipe, const Optional
     outcome.isRepeated = isRepeated(recipe, plan);
     if (outcome.isRepeated)
         return {};
-    if (auto own = hostility_ ? nullptr : bytesIfFitting(recipe, plan, image.get())) {
+    if (!hostility_)
+        useFileIfItFits(recipe, plan, image.get());
+    if (plan.fitsAlready) {
         outcome.fitsAlready = true;
-        const auto pixels = image->bestRepresentation();
-        outcome.width = plan.width = static_cast<std::uint32_t>(pixels->pixelsWide());
-        outcome.height = plan.height = static_cast<std::uint32_t>(pixels->pixelsHigh());
-        return digested(MadeResult::of(std::move(own)));
+        outcome.width = plan.width;
+        outcome.height = plan.height;
+        MadeResult made = digested(ownBytes());
+        if (!made.content)
+            outcome.failure = reasonIn(collector, true);
+        return made;
     }
     MadeResult made = hostility_ ? MadeResult() : digested(encode(plan, recipe, folder, isPrivate));
     noteHostility(collector);
@@ -130,17 +135,31 @@ bool JobConversion::isRepeated(const ConversionRecipe& recipe, const PlannedResu
     return false;
 }
 
-/// The bytes of the file if the recipe asks to use them and they are as the result should be; else nil.
-std::shared_ptr<const NSData> JobConversion::bytesIfFitting(const ConversionRecipe& recipe,
-                                                            const PlannedResult& plan,
-                                                            const NSImage* image) const {
+Result<std::shared_ptr<const ByteReader>> JobConversion::reader() const {
+    return job_.content != nullptr ? Result(job_.content) : readerOfPath(job_.path.utf8());
+}
+
+/// Makes the file the result if the recipe asks for that and the file is as the result should be.
+void JobConversion::useFileIfItFits(const ConversionRecipe& recipe, PlannedResult& plan,
+                                    const NSImage* image) const {
     if (!recipe.copiesFitting || image == nullptr)
-        return nullptr;
-    const auto reader = job_.content != nullptr ? Result(job_.content) : readerOfPath(job_.path.utf8());
-    if (!reader || !fitsAlready(recipe, plan, file_, *image, (*reader)->size()))
-        return nullptr;
-    Result<Bytes> bytes = (*reader)->readAll((*reader)->size());
-    return bytes ? std::make_shared<const NSData>(*std::move(bytes)) : nullptr;
+        return;
+    const auto file = reader();
+    if (!file || !fitsAlready(recipe, plan, file_, *image, (*file)->size()))
+        return;
+    plan.fitsAlready = true;
+    const auto pixels = image->bestRepresentation();
+    plan.width = static_cast<std::uint32_t>(pixels->pixelsWide());
+    plan.height = static_cast<std::uint32_t>(pixels->pixelsHigh());
+}
+
+/// The file as it is. If it cannot be read, the reason is noted.
+MadeResult JobConversion::ownBytes() const {
+    const auto file = reader();
+    Result<Bytes> bytes = file ? (*file)->readAll((*file)->size()) : file.failure();
+    if (bytes)
+        return MadeResult::of(std::make_shared<const NSData>(*std::move(bytes)));
+    return valueOrNothing(bytes.failure());
 }
 
 /// Whether the job may replace the file, if it does. Otherwise the outcome has the reason.

@@ -41,8 +41,9 @@ private:
     bool open();
     bool mayApply(JobOutcome& outcome) const;
     bool isRepeated(const ConversionRecipe& recipe, const PlannedResult& plan);
-    std::shared_ptr<const NSData> bytesIfFitting(const ConversionRecipe& recipe, const PlannedResult& plan,
-                                                 const NSImage* image) const;
+    Result<std::shared_ptr<const ByteReader>> reader() const;
+    void useFileIfItFits(const ConversionRecipe& recipe, PlannedResult& plan, const NSImage* image) const;
+    MadeResult ownBytes() const;
     MadeResult encode(const PlannedResult& plan, const ConversionRecipe& recipe, const OptionalString& folder,
                       bool isPrivate) const;
     NSString folderOfName(const NSString& folder, const ConversionRecipe& recipe,

@@ -33,13 +33,28 @@ IntendedResult JobPublication::intention() const {
 
 void JobPublication::write() { write(Durability::cached, std::nullopt); }
 
-void JobPublication::replaceOriginal(const std::optional<FileRights>& rights) {
+void JobPublication::replaceOriginal(const std::optional<FileRights>& rights,
+                                     const std::optional<FileMark>& mark) {
     if (job_.policy.onlyWithResult && !stage(rights))
         return;
     const StopSignalsBlocked untilPublished;
-    moveOriginalToTrash();
-    write(Durability::synced, rights);
+    if (!job_.policy.onlyWithResult || isUnchanged(mark)) {
+        moveOriginalToTrash();
+        write(Durability::synced, rights);
+    }
     noteEnd();
+}
+
+/// Whether the original is still the file that was converted. Otherwise the outcome has the reason.
+bool JobPublication::isUnchanged(const std::optional<FileMark>& mark) {
+    const Result<FileMark> now = markOfItem(job_.path.utf8());
+    if (mark && now && *mark == *now)
+        return true;
+    outcome_.failure =
+        Failure{Reason::refused, "it was changed during the conversion, so it was not replaced"};
+    outcome_.refusal = Refusal::changed;
+    staged_.reset();
+    return false;
 }
 
 /// Whether the result is now on the disk beside the original. Otherwise the outcome has the reason.

@@ -4,6 +4,7 @@
 #include "models/MadeResult.h"
 #include "models/ResizeJob.h"
 #include "platform/host/files/AtomicFile.h"
+#include "platform/host/files/FileMark.h"
 
 namespace kestrine {
 
@@ -20,13 +21,15 @@ public:
     void write();
 
     /// Moves the original to the trash first, so that the result can get its name. The result gets `rights`.
-    void replaceOriginal(const std::optional<FileRights>& rights);
+    /// If the policy demands a result, an original without this `mark` is not replaced.
+    void replaceOriginal(const std::optional<FileRights>& rights, const std::optional<FileMark>& mark);
 
     /// Writes to the wanted path and no other.
     void writeAtFixedPath();
 
 private:
     IntendedResult intention() const;
+    bool isUnchanged(const std::optional<FileMark>& mark);
     bool stage(const std::optional<FileRights>& rights);
     Result<StagedFile> staged(const std::string& folder, const std::string& hiddenName,
                               const std::optional<FileRights>& rights);

@@ -16,6 +16,8 @@ struct PlannedResult {
     const OutputFormat* format = nullptr; ///< null if nothing is written
     std::uint32_t width = 0, height = 0;  ///< in pixels
     bool isLeftLying = false; ///< whether it is not upright although the file says how it should be turned
+    bool fitsAlready =
+        false; ///< whether the file itself is as the result should be; the size is then its own
 };
 
 /// `image` is the loaded picture of `file`, its resolution already converted if the recipe requires it; null

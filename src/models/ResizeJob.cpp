@@ -9,8 +9,8 @@ namespace kestrine {
 
 namespace {
 
-bool namesDependOnPicture(const ConversionRecipe& recipe) {
-    return recipe.format.choice == FormatRule::Choice::ofSource
+bool dependsOnPicture(const ConversionRecipe& recipe, bool isReplacing) {
+    return recipe.format.choice == FormatRule::Choice::ofSource || (isReplacing && recipe.copiesFitting)
            || (recipe.place.name && recipe.place.name->dependsOnPicture());
 }
 
@@ -26,6 +26,7 @@ public:
         PlannedResult plan{.format = namedFormat(recipe.format)};
         const OptionalString folder = folderOfResult(position);
         const std::optional<FileRights> rights = rightsOfOriginal();
+        const std::optional<FileMark> mark = markOfOriginal();
         const MadeResult made = conversion_.convert(recipe, folder, rights.has_value(), plan, outcome);
         if (outcome.isRepeated)
             return outcome;
@@ -44,35 +45,37 @@ public:
                 ? folder->appendingPathComponent(nameOfResult(job_, recipe, plan, conversion_.file()))
                 : job_.fixedPaths[position];
         if (!(job_.replacesFile() && outcome.fitsAlready))
-            publish(made, recipe.times, rights, outcome);
+            publish(made, recipe.times, rights, mark, outcome);
         return outcome;
     }
 
-    /// Where the result of a recipe goes if the name is free; "" if it goes nowhere.
-    NSString wantedPath(const ConversionRecipe& recipe) {
+    WantedResult wanted(const ConversionRecipe& recipe) {
         const OptionalString folder = outputFolder(recipe);
         PlannedResult plan{.format = namedFormat(recipe.format)};
-        if (namesDependOnPicture(recipe)) {
+        if (dependsOnPicture(recipe, job_.replacesFile())) {
             std::optional<PlannedResult> found = conversion_.planned(recipe);
             if (!found)
-                return u"";
+                return {};
             plan = *std::move(found);
         }
-        return folder ? folder->appendingPathComponent(nameOfResult(job_, recipe, plan, conversion_.file()))
-                      : NSString();
+        if (job_.replacesFile() && plan.fitsAlready)
+            return {.path = u"", .fitsAlready = true};
+        if (!folder)
+            return {};
+        return {folder->appendingPathComponent(nameOfResult(job_, recipe, plan, conversion_.file())), false};
     }
 
 private:
-    /// `rights` are those of the original before the conversion, during which they may have changed.
+    /// `rights` and `mark` are those of the original before the conversion, during which it may have changed.
     void publish(const MadeResult& made, TimesRule times, const std::optional<FileRights>& rights,
-                 JobOutcome& outcome) {
+                 const std::optional<FileMark>& mark, JobOutcome& outcome) {
         const std::optional<FileTime> time = timeOfResult(times, conversion_.file());
         const std::optional<FileRights> newest = rightsOfOriginal();
         JobPublication publication(job_, earlier_, made, outcome);
         if (!job_.fixedPaths.empty())
             publication.writeAtFixedPath();
         else if (job_.replacesFile())
-            publication.replaceOriginal(newest ? newest : rights);
+            publication.replaceOriginal(newest ? newest : rights, mark);
         else
             publication.write();
         if (outcome.isWritten && time)
@@ -86,6 +89,13 @@ private:
             return std::nullopt;
         const Result<FileRights> rights = rightsOfFile(job_.path.utf8());
         return rights ? std::optional(*rights) : std::nullopt;
+    }
+
+    /// nullopt if the original is not replaced, or without regard to changes, or if the mark cannot be read.
+    std::optional<FileMark> markOfOriginal() const {
+        const bool isWatched = job_.replacesFile() && job_.policy.onlyWithResult;
+        const Result<FileMark> mark = isWatched ? markOfItem(job_.path.utf8()) : Failure{Reason::empty, ""};
+        return mark ? std::optional(*mark) : std::nullopt;
     }
 
     /// nil if the result gets no name in a folder.
@@ -117,12 +127,12 @@ std::vector<JobOutcome> runJob(const ResizeJob& job) {
     return outcomes;
 }
 
-std::vector<NSString> wantedPaths(const ResizeJob& job) {
+std::vector<WantedResult> wantedResults(const ResizeJob& job) {
     JobRun run(job);
-    std::vector<NSString> paths;
+    std::vector<WantedResult> wanted;
     for (const ConversionRecipe& recipe : job.recipes)
-        paths.push_back(run.wantedPath(recipe));
-    return paths;
+        wanted.push_back(run.wanted(recipe));
+    return wanted;
 }
 
 NSString uniqueFileName(const NSString& path) { return uniqueFileName(path, isTaken); }

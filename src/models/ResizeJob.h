@@ -48,7 +48,7 @@ struct ResizeJob {
 };
 
 /// Why the policy of a job does not allow a result.
-enum class Refusal : std::uint8_t { none, damaged, holdsMore };
+enum class Refusal : std::uint8_t { none, damaged, holdsMore, changed };
 
 /// The result of one recipe of a job.
 struct JobOutcome {
@@ -80,9 +80,14 @@ struct JobOutcome {
 /// trash until its result is published or has failed.
 std::vector<JobOutcome> runJob(const ResizeJob& job);
 
-/// The paths that the results get when these names are free, in the order of the recipes; "" where there is
-/// no folder or no result. Opens the file only if a name depends on the picture.
-std::vector<NSString> wantedPaths(const ResizeJob& job);
+/// What a recipe of a job would make.
+struct WantedResult {
+    NSString path;            ///< when its name is free; "" where there is no folder or no result
+    bool fitsAlready = false; ///< there is no result, since the file to be replaced is as it should be
+};
+
+/// One per recipe, in their order. Opens the file only if a name or `fitsAlready` depends on the picture.
+std::vector<WantedResult> wantedResults(const ResizeJob& job);
 
 /// The path itself when its name is free, else the first free one of stem_1.ext, stem_2.ext, ... A dangling
 /// link counts as an existing file.

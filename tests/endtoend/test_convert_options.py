@@ -613,8 +613,12 @@ class SkipFitting(ConvertByOptions):
                          {"a.png": True, "large.png": False})
 
     def test_a_copy_has_its_own_size_in_its_name(self):
-        self.convert("--skip-fitting", "--longest", "600", "--name", "{stem}-{width}x{height}.{ext}", "--out", "out", "a.png")
+        arguments = ("--skip-fitting", "--longest", "600", "--name", "{stem}-{width}x{height}.{ext}", "--out", "out", "a.png")
+        dry = self.convert("--dry-run", *arguments).stdout
+        plan = self.kestrinectl("plan", *arguments).stdout
+        self.assertEqual(self.convert(*arguments).stdout, dry)
         self.assertEqual(set(self.tree("out")), {"a-60x40.png"})
+        self.assertIn(b"out/a-60x40.png", plan)
 
     def test_a_file_that_is_not_is_converted(self):
         self.picture("photo.jpg", quality=95)
@@ -647,8 +651,9 @@ class SkipFitting(ConvertByOptions):
 
     def test_with_replace_a_fitting_file_stays(self):
         status = (self.folder / "a.png").stat()
-        done = self.convert("--skip-fitting", "--longest", "600", "--replace", "a.png")
-        self.assertEqual(done.stdout, b"a.png skipped: it already has the requested size and format\n")
+        for dry in ("--dry-run",), ():
+            done = self.convert("--skip-fitting", "--longest", "600", "--replace", *dry, "a.png")
+            self.assertEqual(done.stdout, b"a.png skipped: it already has the requested size and format\n")
         self.assertEqual((self.folder / "a.png").stat().st_ino, status.st_ino)
 
 
@@ -718,6 +723,19 @@ class DryRun(ConvertByOptions):
             self.assertEqual(self.convert(*arguments, *files).stdout, dry, arguments)
             shutil.rmtree(self.folder)
             os.rename(self.home / "copy", self.folder)
+
+    def test_a_dry_run_finds_what_would_not_be_replaced(self):
+        frames = [pictures.image(pictures.photo(60, 40, seed=seed)) for seed in (1, 2)]
+        frames[0].save(self.folder / "two.gif", save_all=True, append_images=frames[1:])
+        for dry in ("--dry-run",), ():
+            self.assertIn("it is an animation of 2 frames", messages_of(self.convert("--replace", "--percent", "50", *dry, "two.gif", status=1))[0])
+
+    def test_a_dry_run_finds_names_that_are_too_long(self):
+        name = "n" * 251 + ".png"
+        self.picture(name)
+        for dry in ("--dry-run",), ():
+            messages = messages_of(self.convert("--format", "webp", "--out", "out", *dry, name, status=1))
+            self.assertIn("File name too long", messages[0])
 
     def test_what_cannot_be_opened_is_an_error(self):
         (self.folder / "b.png").write_text("words")

@@ -135,6 +135,17 @@ class WhatIsMade(Update):
         self.assertEqual(self.update(*words, "--force", "-v", size="12,15", files=("in/a.png",))[1], [])
         self.assertEqual(self.results(), made)
 
+    def test_a_dry_run_changes_no_manifest_and_needs_none_that_can_be_written(self):
+        self.update("--manifest", "own")
+        before = (self.folder / "own").read_bytes()
+        for name in self.ALL:
+            os.utime(self.folder / name, ns=(10**18, 10**18))
+        os.chmod(self.folder / "own", 0o444)
+        done = self.run_without_rights("convert", "--longest", "30", "--format", "jpeg", "--out", "out", "--update", "-r", "--manifest",
+                                       "own", "--dry-run", "in", program="kestrinectl")
+        self.assertEqual((done.returncode, done.stdout), (0, b""), done)
+        self.assertEqual((self.folder / "own").read_bytes(), before)
+
     def test_results_of_other_sources_are_no_strangers(self):
         self.picture("in/a.webp")
         converted, messages = self.update("--name", "{stem}.{ext}")

@@ -27,6 +27,8 @@ public:
         sourceWasThere = sourceWasThere && itemExists(result.source);
         resultWasThere = resultWasThere || (result.path != result.source && itemExists(result.path))
                          || itemExists(result.hiddenPath);
+        if (whenRecorded)
+            whenRecorded();
         return fails ? Result<void>(Failure{Reason::noSpace, "the disk is full"}) : Result<void>();
     }
 
@@ -35,6 +37,7 @@ public:
     }
 
     bool fails = false;
+    std::function<void()> whenRecorded;
     std::vector<IntendedResult> results;
     std::vector<std::pair<std::string, bool>> endings;
     bool sourceWasThere = true, resultWasThere = false;
@@ -89,6 +92,16 @@ TEST_F(Recording, aReplacementThatFailsIsReported) {
     writePicture();
     EXPECT_TRUE(run(true).trashFailure.has_value());
     EXPECT_THAT(recorder.endings, ElementsAre(Pair(folder / name, false)));
+}
+
+TEST_F(Recording, anOriginalThatWasChangedDuringTheConversionIsNotReplaced) {
+    recorder.whenRecorded = [&] { folder.write("a.png", "edited"); };
+    const JobOutcome outcome = run(true);
+    EXPECT_EQ(outcome.refusal, Refusal::changed);
+    EXPECT_TRUE(!outcome.isWritten && outcome.failure && outcome.trashedPath.empty());
+    EXPECT_EQ(testing::readFile(folder / "a.png"), "edited");
+    EXPECT_THAT(recorder.endings, ElementsAre(Pair(folder / "a.png", false)));
+    EXPECT_FALSE(itemExists(recorder.results.front().hiddenPath));
 }
 
 TEST_F(Recording, aNewResultIsRecordedBeforeItHasItsName) {

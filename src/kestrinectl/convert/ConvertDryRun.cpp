@@ -1,6 +1,5 @@
 #include "kestrinectl/convert/ConvertDryRun.h"
 
-#include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertOutcome.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "models/RecipeConversion.h"
@@ -23,10 +22,13 @@ std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std:
     std::vector<ConvertResult> results;
     for (std::size_t i = 0; i < jobs.size(); ++i) {
         ConvertResult& result = results.emplace_back(ConvertResult{.source = shown[i]});
-        if (const auto& failure = planned[i].failure)
-            result.complain(withoutPath(failure->text, jobs[i].path.utf8()), kindOf(failure->reason));
-        else
-            result.status = ConvertStatus::would;
+        if (const auto& complaint = planned[i].complaint) {
+            result.complain(complaint->text, complaint->kind);
+            continue;
+        }
+        result.status = planned[i].fitsAlready ? ConvertStatus::skipped : ConvertStatus::would;
+        if (planned[i].fitsAlready)
+            result.reason = reasonOfFitting;
         for (std::size_t k = 0; k < planned[i].paths.size(); ++k)
             if (!planned[i].paths[k].empty())
                 addPlanned(result, jobs[i].recipes[k], planned[i].paths[k]);

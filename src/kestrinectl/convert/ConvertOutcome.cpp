@@ -18,7 +18,7 @@ std::string complaintOf(const JobOutcome& outcome, const std::string& path) {
                + ") and remains in its place; the result is " + shownPath(outcome.path.utf8());
     std::string complaint = withoutPath(outcome.failure->text, path);
     if (outcome.refusal == Refusal::holdsMore)
-        complaint = reasonNotToReplace(outcome.contents);
+        complaint = complaintOfMore(outcome.contents).text;
     if (outcome.refusal == Refusal::damaged)
         complaint = "the picture is damaged (" + complaint
                     + "), nothing was written; --accept-damaged converts it anyway";
@@ -38,11 +38,17 @@ std::string_view kindOf(const JobOutcome& outcome) {
     if (outcome.isWritten)
         return "not in the trash";
     if (outcome.refusal == Refusal::holdsMore)
-        return "several pages or frames";
+        return complaintOfMore(outcome.contents).kind;
+    if (outcome.refusal == Refusal::changed)
+        return "changed";
     return outcome.refusal == Refusal::damaged ? "damaged" : kindOf(outcome.failure->reason);
 }
 
 } // namespace
+
+ConvertComplaint complaintOfMore(const FileContents& contents) {
+    return {reasonNotToReplace(contents), "several pages or frames"};
+}
 
 std::optional<std::string> setOf(const ConversionRecipe& recipe) {
     const OptionalString& name = recipe.place.setName;
@@ -68,7 +74,7 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const Conversi
             result.warn(*warning);
     } else if (outcome.fitsAlready && outcome.hasResult() && outcome.data == nullptr) {
         result.status = ConvertStatus::skipped;
-        result.reason = "it already has the requested size and format";
+        result.reason = reasonOfFitting;
     }
     if (outcome.isWritten && outcome.format != nullptr && losesWantedExif(recipe, *outcome.format))
         result.warn("the result has no EXIF data, since it is " + std::string(outcome.format->title)

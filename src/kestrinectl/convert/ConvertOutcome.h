@@ -15,6 +15,12 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const Conversi
 /// would take the file for that format; nullopt for other names.
 std::optional<std::string> misleadingName(const ConversionRecipe& recipe, const ConvertOutput& output);
 
+/// Why a file that holds more than one picture is not replaced.
+ConvertComplaint complaintOfMore(const FileContents& contents);
+
+/// Why a file that fits already is skipped.
+inline constexpr const char* reasonOfFitting = "it already has the requested size and format";
+
 /// The name of the preset that gave the recipe.
 std::optional<std::string> setOf(const ConversionRecipe& recipe);
 

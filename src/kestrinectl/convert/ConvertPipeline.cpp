@@ -96,9 +96,9 @@ private:
     void prepare(std::size_t position, Task& task) {
         const bool isFinished = work_.isFinished(position, task.input, task.job);
         if (!isFinished)
-            for (const NSString& path : wantedPaths(task.job))
-                if (!path.isEmpty())
-                    task.wanted.push_back(placeOf(path.utf8()));
+            for (const WantedResult& result : wantedResults(task.job))
+                if (!result.path.isEmpty())
+                    task.wanted.push_back(placeOf(result.path.utf8()));
         task.own = task.job.replacesFile() ? placeOf(task.job.path.utf8()) : "";
         const std::lock_guard lock(mutex_);
         task.isKnown = true;

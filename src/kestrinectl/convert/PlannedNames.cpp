@@ -1,8 +1,11 @@
 #include "kestrinectl/convert/PlannedNames.h"
 
 #include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/convert/ConvertKinds.h"
+#include "kestrinectl/convert/ConvertOutcome.h"
 #include "kestrinectl/convert/ForEachPosition.h"
 #include "platform/host/files/FileStatus.h"
+#include "platform/host/files/PathParts.h"
 #include "platform/imageio/PictureEngine.h"
 
 #include <algorithm>
@@ -13,18 +16,40 @@ namespace {
 
 /// What a job wants, before names are given.
 struct WantedNames {
-    std::vector<NSString> paths;
-    std::optional<Failure> failure;
+    std::vector<WantedResult> results;
+    std::optional<ConvertComplaint> complaint;
 };
+
+ConvertComplaint complaintOf(const ResizeJob& job, const Failure& failure) {
+    return {withoutPath(failure.text, job.path.utf8()), kindOf(failure.reason)};
+}
+
+/// Why the file cannot be converted, as far as its headers tell.
+std::optional<ConvertComplaint> complaintOf(const ResizeJob& job) {
+    const auto opened = openPicture(job.path.utf8());
+    if (!opened)
+        return complaintOf(job, opened.failure());
+    if (!job.replacesFile() || !job.policy.replacesOnlyPictures)
+        return std::nullopt;
+    const Result<FileContents> contents = contentsOf(*opened);
+    if (!contents)
+        return complaintOf(job, contents.failure());
+    const bool isOnePicture = contents->kind == FileContents::Kind::picture;
+    return isOnePicture ? std::nullopt : std::optional(complaintOfMore(*contents));
+}
+
+/// Fails if no file can have the name of the path, where its folder is or will be; never for "".
+Result<void> checkName(const std::string& path) {
+    return path.empty() ? Result<void>()
+                        : checkNameIsPossible(joinedPath(existingPartOf(folderOf(path)), nameOf(path)));
+}
 
 WantedNames wantedBy(const ResizeJob& job, Openings openings) {
     WantedNames wanted;
     if (openings == Openings::all)
-        if (const auto opened = openPicture(job.path.utf8()); !opened) {
-            wanted.failure = opened.failure();
-            return wanted;
-        }
-    wanted.paths = wantedPaths(job);
+        wanted.complaint = complaintOf(job);
+    if (!wanted.complaint)
+        wanted.results = wantedResults(job);
     return wanted;
 }
 
@@ -37,9 +62,14 @@ std::vector<PlannedNames> NamePlanner::plan(const std::vector<ResizeJob>& jobs) 
     for (std::size_t i = 0; i < jobs.size(); ++i) {
         const std::string vacated = jobs[i].replacesFile() ? placeOf(jobs[i].path.utf8()) : "";
         std::vector<EarlierResult> earlier = jobs[i].earlier;
-        planned.push_back({.paths = {}, .failure = std::move(wanted[i].failure)});
-        for (const NSString& path : wanted[i].paths)
-            planned.back().paths.push_back(path.isEmpty() ? "" : nameFor(path, earlier, vacated));
+        PlannedNames& names = planned.emplace_back();
+        names.complaint = std::move(wanted[i].complaint);
+        for (const WantedResult& result : wanted[i].results) {
+            names.fitsAlready = result.fitsAlready;
+            names.paths.push_back(result.path.isEmpty() ? "" : nameFor(result.path, earlier, vacated));
+            if (const Result<void> possible = checkName(names.paths.back()); !possible && !names.complaint)
+                names.complaint = complaintOf(jobs[i], possible.failure());
+        }
     }
     return planned;
 }

@@ -1,6 +1,7 @@
 // PlannedNames: the names that results will get, decided before anything is converted.
 #pragma once
 
+#include "kestrinectl/convert/ConvertResult.h"
 #include "models/ResizeJob.h"
 
 #include <optional>
@@ -12,8 +13,9 @@ namespace kestrine {
 
 /// The names for one job.
 struct PlannedNames {
-    std::vector<std::string> paths; ///< by recipe; "" for no result
-    std::optional<Failure> failure; ///< why the picture cannot be opened
+    std::vector<std::string> paths;            ///< by recipe; "" for no result
+    bool fitsAlready = false;                  ///< the file to be replaced is as its result should be
+    std::optional<ConvertComplaint> complaint; ///< why there is no result, as far as headers tell
 };
 
 /// Which pictures are opened to find their names.

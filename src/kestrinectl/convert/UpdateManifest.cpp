@@ -51,6 +51,12 @@ LineLog openManifest(const std::string& path, UpdateManifest::WhenBusy whenBusy)
     return *std::move(log);
 }
 
+std::vector<std::string> valueOrError(Result<std::vector<std::string>> lines) {
+    if (!lines)
+        throw CommandError("the manifest cannot be read: " + lines.failure().text);
+    return *std::move(lines);
+}
+
 CommandError anotherFile(const std::string& path) {
     return CommandError(shownPath(path)
                         + " is not a manifest of kestrinectl; give another file with --manifest");
@@ -63,12 +69,27 @@ std::string text(const json& object, const char* key) { return textFromJSON(obje
 } // namespace
 
 UpdateManifest::UpdateManifest(const std::string& path, WhenBusy whenBusy, Paths paths)
-    : log_(openManifest(path, whenBusy)),
-      base_(paths == Paths::relative ? canonicalPath(folderOf(path)).native() : std::string()) {
-    const Result<std::vector<std::string>> lines = log_.lines();
-    if (!lines)
-        throw CommandError("the manifest cannot be read: " + lines.failure().text);
-    for (const std::string& line : *lines) {
+    : log_(openManifest(path, whenBusy)), base_(baseFor(path, paths)) {
+    const std::vector<std::string> lines = valueOrError(log_->lines());
+    read(path, lines);
+    const Result<void> written = lines.empty() ? log_->begin(headerLine()) : Result<void>();
+    if (!written && written.failure().reason == Reason::malformed)
+        throw anotherFile(path);
+    if (!written)
+        throw CommandError("the manifest cannot be written: " + written.failure().text);
+    shorten(lines.size());
+}
+
+UpdateManifest::UpdateManifest(const std::string& path, Paths paths) : base_(baseFor(path, paths)) {
+    read(path, valueOrError(LineLog::linesOf(path)));
+}
+
+std::string UpdateManifest::baseFor(const std::string& path, Paths paths) {
+    return paths == Paths::relative ? canonicalPath(folderOf(path)).native() : std::string();
+}
+
+void UpdateManifest::read(const std::string& path, const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) {
         read(line);
         if (version_ == 0)
             throw anotherFile(path);
@@ -77,12 +98,6 @@ UpdateManifest::UpdateManifest(const std::string& path, WhenBusy whenBusy, Paths
                 "the manifest " + path
                 + " is from a newer version of kestrinectl; use that version, or another manifest");
     }
-    const Result<void> written = lines->empty() ? log_.begin(headerLine()) : Result<void>();
-    if (!written && written.failure().reason == Reason::malformed)
-        throw anotherFile(path);
-    if (!written)
-        throw CommandError("the manifest cannot be written: " + written.failure().text);
-    shorten(lines->size());
 }
 
 std::string UpdateManifest::pathFor(const std::string& outFolder) {
@@ -256,7 +271,8 @@ void UpdateManifest::noteTimes(const std::string& source, Made& made, Made newes
     if (areKnown)
         return;
     made = std::move(newest);
-    (void)log_.append(lineOf(source, made), Durability::cached);
+    if (log_)
+        (void)log_->append(lineOf(source, made), Durability::cached);
 }
 
 UpdateManifest::Earlier UpdateManifest::earlierResults(const ResizeJob& job) const {
@@ -299,7 +315,7 @@ Result<void> UpdateManifest::record(const IntendedResult& result) {
     std::vector<MadeFile>& intended = sources_[source].intended;
     intended.push_back({.wanted = result.wanted, .path = result.path, .mark = {}, .content = result.content});
     addResult(source, result.path);
-    return log_.append(intentionLine(source, intended.back()), Durability::cached);
+    return log_->append(intentionLine(source, intended.back()), Durability::cached);
 }
 
 Result<void> UpdateManifest::finished(const ResizeJob& job, const FileMark& source,
@@ -324,7 +340,7 @@ Result<void> UpdateManifest::finished(const ResizeJob& job, const FileMark& sour
     if (made.files.empty())
         return {};
     add(path, std::move(made));
-    return log_.append(lineOf(path, sources_[path].made.back()), Durability::cached);
+    return log_->append(lineOf(path, sources_[path].made.back()), Durability::cached);
 }
 
 std::string UpdateManifest::lineOf(const std::string& source, const Made& made) const {
@@ -356,7 +372,7 @@ void UpdateManifest::shorten(std::size_t lineCount) {
         for (const MadeFile& file : known.intended)
             lines.push_back(intentionLine(source, file));
     }
-    (void)log_.rewrite(lines);
+    (void)log_->rewrite(lines);
 }
 
 } // namespace kestrine

@@ -32,6 +32,10 @@ public:
     /// a newer version, or is another kind of file.
     UpdateManifest(const std::string& path, WhenBusy whenBusy, Paths paths);
 
+    /// Only reads the manifest, also while another process uses it; record() and finished() must not be
+    /// called. Throws CommandError if it cannot be read, is of a newer version, or is another kind of file.
+    UpdateManifest(const std::string& path, Paths paths);
+
     /// Where the manifest for the results in `outFolder` is; "" stands for results beside their originals.
     static std::string pathFor(const std::string& outFolder);
 
@@ -78,6 +82,8 @@ private:
         std::vector<MadeFile> intended; ///< begun, perhaps by a run that was killed; without a mark
     };
 
+    static std::string baseFor(const std::string& path, Paths paths);
+    void read(const std::string& path, const std::vector<std::string>& lines);
     void read(const std::string& line);
     void add(const std::string& source, Made made);
     bool isOurs(const Source& source, const std::string& path, const FileMark& mark) const;
@@ -94,8 +100,8 @@ private:
     std::string intentionLine(const std::string& source, const MadeFile& file) const;
     std::string lineOf(const std::string& source, const Made& made) const;
 
-    mutable std::mutex mutex_; // guards all members
-    LineLog log_;
+    mutable std::mutex mutex_;   // guards all members
+    std::optional<LineLog> log_; ///< absent if it is only read
     int version_ = 0;
     const std::string base_; ///< the folder below which paths are stored relative to it; "" for none
     std::map<std::string, Source> sources_;   ///< by path, without links in the folder part

@@ -3,7 +3,6 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertInputs.h"
 #include "kestrinectl/text/Words.h"
-#include "platform/host/files/FileStatus.h"
 
 #include <algorithm>
 
@@ -44,11 +43,11 @@ std::unique_ptr<UpdateManifest> UpdateOptions::open(const ConversionRecipes& rec
             "--update and replacing contradict each other: a replaced original is gone; give --out", 2);
     const std::string path =
         manifest ? absolutePath(typedWord(*manifest)).native() : UpdateManifest::pathFor(outFolder);
-    if (isDryRun && !itemExists(path))
-        return nullptr;
+    const auto paths = manifest ? UpdateManifest::Paths::relative : UpdateManifest::Paths::absolute;
+    if (isDryRun)
+        return std::make_unique<UpdateManifest>(path, paths);
     return std::make_unique<UpdateManifest>(
-        path, waits ? UpdateManifest::WhenBusy::waits : UpdateManifest::WhenBusy::fails,
-        manifest ? UpdateManifest::Paths::relative : UpdateManifest::Paths::absolute);
+        path, waits ? UpdateManifest::WhenBusy::waits : UpdateManifest::WhenBusy::fails, paths);
 }
 
 } // namespace kestrine

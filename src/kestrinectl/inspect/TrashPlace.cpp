@@ -12,13 +12,6 @@ namespace kestrine {
 
 namespace {
 
-/// The first folder that exists: the path itself, or one above it.
-std::string existingPartOf(std::string path) {
-    while (!itemExists(path) && path != "/" && path != ".")
-        path = folderOf(path);
-    return path;
-}
-
 bool isOnOneDevice(const std::string& one, const std::string& other) {
     const Result<FileMark> first = markOfFile(existingPartOf(one)),
                            second = markOfFile(existingPartOf(other));

@@ -13,6 +13,12 @@ bool itemExists(const std::string& path) {
     return checkPath(path) && ::stat(path.c_str(), &status) == 0;
 }
 
+std::string existingPartOf(std::string path) {
+    while (!itemExists(path) && path != "/" && path != ".")
+        path = folderOf(path);
+    return path;
+}
+
 bool folderExists(const std::string& path) {
     struct stat status {};
     return checkPath(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);

@@ -58,6 +58,33 @@ Result<void> lock(int file, const std::string& path, const std::function<bool()>
     return {};
 }
 
+Result<std::string> contentOf(int file, const std::string& path) {
+    struct stat status {};
+    if (::fstat(file, &status) != 0)
+        return systemFailure("cannot read " + path);
+    std::string content(static_cast<std::size_t>(status.st_size), '\0');
+    std::size_t length = 0;
+    while (length < content.size()) {
+        const ssize_t count =
+            ::pread(file, content.data() + length, content.size() - length, static_cast<off_t>(length));
+        if (count < 0 && errno != EINTR)
+            return systemFailure("cannot read " + path);
+        if (count == 0)
+            break;
+        length += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    content.resize(length);
+    return content;
+}
+
+std::vector<std::string> linesIn(const std::string& content) {
+    std::vector<std::string> lines;
+    for (std::size_t begin = 0, end = 0; (end = content.find('\n', begin)) != std::string::npos;
+         begin = end + 1)
+        lines.push_back(content.substr(begin, end - begin));
+    return lines;
+}
+
 } // namespace
 
 Result<LineLog> LineLog::open(const std::string& path, const std::function<bool()>& mayWait) {
@@ -77,35 +104,21 @@ Result<LineLog> LineLog::create(const std::string& path) {
     return LineLog(path, std::move(file));
 }
 
-Result<std::string> LineLog::content() const {
-    struct stat status {};
-    if (::fstat(file_.number(), &status) != 0)
-        return systemFailure("cannot read " + path_);
-    std::string content(static_cast<std::size_t>(status.st_size), '\0');
-    std::size_t length = 0;
-    while (length < content.size()) {
-        const ssize_t count = ::pread(file_.number(), content.data() + length, content.size() - length,
-                                      static_cast<off_t>(length));
-        if (count < 0 && errno != EINTR)
-            return systemFailure("cannot read " + path_);
-        if (count == 0)
-            break;
-        length += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    content.resize(length);
-    return content;
+Result<std::vector<std::string>> LineLog::lines() const {
+    return linesIn(TRY(contentOf(file_.number(), path_)));
 }
 
-Result<std::vector<std::string>> LineLog::lines() const {
-    const std::string content = TRY(this->content());
-    std::vector<std::string> lines;
-    for (std::size_t begin = 0, end = 0; (end = content.find('\n', begin)) < content.size(); begin = end + 1)
-        lines.push_back(content.substr(begin, end - begin));
-    return lines;
+Result<std::vector<std::string>> LineLog::linesOf(const std::string& path) {
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    if (!file.isOpen() && errno == ENOENT)
+        return std::vector<std::string>();
+    if (!file.isOpen())
+        return systemFailure("cannot read " + path);
+    return linesIn(TRY(contentOf(file.number(), path)));
 }
 
 Result<void> LineLog::begin(const std::string& line) {
-    const std::string content = TRY(this->content());
+    const std::string content = TRY(contentOf(file_.number(), path_));
     if (!line.starts_with(content))
         return Failure{Reason::malformed, path_ + " contains something else"};
     if (!content.empty() && ::ftruncate(file_.number(), 0) != 0)

@@ -26,6 +26,9 @@ public:
     /// The complete lines, in order.
     Result<std::vector<std::string>> lines() const;
 
+    /// The same of a file that is only read, without its lock. A missing file has none.
+    static Result<std::vector<std::string>> linesOf(const std::string& path);
+
     /// Writes the first line of a file without complete lines. A file that was cut off within this line is
     /// begun again; fails with malformed if it contains anything else.
     Result<void> begin(const std::string& line);
@@ -40,8 +43,6 @@ public:
     const std::string& path() const { return path_; }
 
 private:
-    Result<std::string> content() const;
-
     LineLog(std::string path, FileDescriptor file) : path_(std::move(path)), file_(std::move(file)) {}
 
     std::string path_;
