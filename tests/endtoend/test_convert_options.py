@@ -325,6 +325,23 @@ class Places(ConvertByOptions):
         self.assertEqual(self.tree("."), {"a.gif": (60, 40), "photo.jpeg": (30, 20)})
         self.assertEqual((self.home / ".local/share/Trash/files/photo.jpeg").read_bytes(), original)
 
+    def test_a_picture_and_a_link_to_it_are_replaced_once(self):
+        for arguments in (["."], ["a.png", "link.png"], [".", "link.png"]):
+            self.picture("a.png", 60, 40)
+            (self.folder / "link.png").unlink(missing_ok=True)
+            os.symlink("a.png", self.folder / "link.png")
+            self.convert("--percent", "50", "--replace", "--exclude", "photo*", *arguments)
+            self.assertTrue((self.folder / "link.png").is_symlink())
+            self.assertEqual(Image.open(self.folder / "a.png").size, (30, 20))
+
+    def test_a_link_to_a_picture_elsewhere_is_replaced_and_the_picture_stays(self):
+        (self.folder / "links").mkdir()
+        os.symlink("../a.png", self.folder / "links/link.png")
+        before = (self.folder / "a.png").read_bytes()
+        self.convert("--percent", "50", "--replace", "links")
+        self.assertFalse((self.folder / "links/link.png").is_symlink())
+        self.assertEqual((self.folder / "a.png").read_bytes(), before)
+
     def test_replace_makes_a_preset_replace_for_one_run(self):
         self.store({"name": "Web", "formatType": JPEG, "width": 30.0, "height": 20.0})
         self.convert("--set", "Web", "--replace", "a.png")

@@ -150,6 +150,7 @@ void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
     std::optional<RunJournal> journal;
     if (replacesFiles(recipes) && request.hasJournal && !request.isDryRun)
         journal.emplace();
+    request.selection.search.replaces = replacesFiles(recipes);
     setMaximumPixels(request.treatment.maxPixels);
     ConvertReport report(request.style);
     if (manifest != nullptr)

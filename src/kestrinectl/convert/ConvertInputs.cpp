@@ -89,10 +89,13 @@ public:
     }
 
 private:
-    /// Arguments may name a picture several times; it is found once.
+    /// Arguments may name a picture several times; it is found once. A picture that is replaced would not be
+    /// there for a link to it, so both count as one.
     void addPicture(const fs::path& file, std::optional<std::string> root) {
         ++pictures_;
-        if (mayRepeat_ && !seen_.add(file))
+        std::error_code ignored;
+        const bool isReplacedLink = search_.replaces && fs::is_symlink(file, ignored);
+        if (mayRepeat_ && !seen_.add(isReplacedLink ? canonicalPath(file) : file))
             return;
         const Result<FileMark> mark = markOfFile(file.native());
         receiver_.picture(
@@ -140,6 +143,8 @@ private:
         if (fs::is_directory(own))
             return visitFolder(entry);
         const fs::file_status status = fs::is_symlink(own) ? fs::status(entry, error) : own;
+        if (fs::is_regular_file(status) && search_.replaces && fs::is_symlink(own) && isBelowRoot(entry))
+            return;
         if (fs::is_regular_file(status))
             visitFile(entry);
         else if (error && (error != std::errc::no_such_file_or_directory || hasNameOfPicture(entry.native())))
@@ -147,6 +152,13 @@ private:
                            kindOf(systemFailure("", error.value()).reason));
         else if (!fs::is_directory(status))
             receiver_.otherFile();
+    }
+
+    /// Whether the search comes to the file that the link leads to.
+    bool isBelowRoot(const fs::path& link) const {
+        const fs::path folder = canonicalPath(link).parent_path(), root = canonicalPath(root_);
+        const auto [end, rest] = std::ranges::mismatch(root, folder);
+        return folder == root || (isRecursive() && end == root.end());
     }
 
     void visitFolder(const fs::path& folder) {

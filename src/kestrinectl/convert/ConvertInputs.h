@@ -29,6 +29,7 @@ struct ConvertSearch {
     std::vector<std::string> excluded; ///< globs of which it must match none
     /// Whether a file in a folder is a result, which is no source; may be empty.
     std::function<bool(const std::string&)> isResult;
+    bool replaces = false; ///< whether originals are replaced; then a link to a file that is found is not one
     std::string namedFolder; ///< where results of this run go below the folder of each file; "" if nowhere
     std::string outFolder;   ///< the folder for the results of this run, absolute; "" if there is none
 };

@@ -99,6 +99,10 @@ private:
             for (const WantedResult& result : wantedResults(task.job))
                 if (!result.path.isEmpty())
                     task.wanted.push_back(placeOf(result.path.utf8()));
+        std::error_code ignored;
+        const std::filesystem::path path = task.job.path.utf8();
+        if (task.job.replacesFile() && std::filesystem::is_symlink(path, ignored))
+            task.wanted.push_back(canonicalPath(path).native()); // it must not go before it was read
         task.own = task.job.replacesFile() ? placeOf(task.job.path.utf8()) : "";
         const std::lock_guard lock(mutex_);
         task.isKnown = true;
