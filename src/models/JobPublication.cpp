@@ -63,13 +63,13 @@ bool JobPublication::stage(const std::optional<FileRights>& rights) {
     intended_.path = nameBesideOriginal().utf8();
     intended_.hiddenPath = joinedPath(folder, hidden);
     Result<StagedFile> written = staged(folder, hidden, rights);
-    if (written)
-        staged_.emplace(*std::move(written));
-    else
+    if (!written) {
         outcome_.failure = written.failure();
-    if (!written)
         noteEnd();
-    return written.ok();
+        return false;
+    }
+    staged_.emplace(*std::move(written));
+    return true;
 }
 
 Result<StagedFile> JobPublication::staged(const std::string& folder, const std::string& hiddenName,
