@@ -143,6 +143,15 @@ class SameTree(Scale):
         for folder, plan in ((self.tree, "plan"), (self.folder, self.tree / "plan")):
             self.assertIn(b"all done", self.inside(folder, "merge", plan).stderr)
 
+    def test_merge_takes_only_the_logs_of_its_plan(self):
+        self.plan()
+        self.run_shards(self.tree, 2)
+        (self.tree / "plan.b").write_bytes(self.inside(self.tree, "plan", "--longest", "10", "--out", "out", "in/p.tif").stdout)
+        self.inside(self.tree, "run", "plan.b")
+        (self.tree / "plan.some-of-mine.jsonl").write_text("mine")
+        for plan in ("plan", "plan.b"):
+            self.assertIn(b"all done", self.inside(self.tree, "merge", plan).stderr)
+
     def test_a_copy_whose_times_have_whole_seconds_is_the_same(self):
         self.plan()
         for path in (self.tree / "in").rglob("*.png"):

@@ -157,12 +157,14 @@ std::vector<std::string> logsOf(const MergeRequest& request, const std::string& 
         logs.push_back(typedWord(log));
     if (!logs.empty())
         return logs;
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator(folderOf(plan), ignored)) {
-        const std::string name = entry.path().filename().native();
-        if (name.starts_with(nameOf(plan) + ".") && globMatches("*-of-*.jsonl", name))
-            logs.push_back(joinedPath(folderOf(plan), name));
-    }
+    const std::string folder = folderOf(plan);
+    std::error_code error;
+    for (std::filesystem::directory_iterator it(folder, error), end; !error && it != end; it.increment(error))
+        if (const std::string name = it->path().filename(); isDefaultLog(nameOf(plan), name))
+            logs.push_back(joinedPath(folder, name));
+    if (error)
+        throw CommandError("cannot search " + shownPath(folder) + " for logs: " + error.message()
+                           + "; name the logs");
     std::ranges::sort(logs);
     return logs;
 }

@@ -126,10 +126,6 @@ bool convertTasks(const RunRequest& request, const Work& work, const PlannedTrea
     return record.hasNews();
 }
 
-std::string defaultLog(const std::string& plan, Shard shard) {
-    return plan + "." + std::to_string(shard.number) + "-of-" + std::to_string(shard.count) + ".jsonl";
-}
-
 void runShard(const RunRequest& request, const std::string& plan, Shard shard, const RootFolder& root) {
     const StopSignalsNoted untilTheEnd;
     const Work work = workIn(plan, shard);

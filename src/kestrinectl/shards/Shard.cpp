@@ -6,6 +6,8 @@ namespace kestrine {
 
 namespace {
 
+const std::string numbersOfLog = "-of-", endOfLog = ".jsonl";
+
 /// Spreads numbers evenly: the finalizer of SplitMix64.
 std::uint64_t mixed(std::uint64_t number) {
     number = (number ^ (number >> 30)) * 0xbf58476d1ce4e5b9;
@@ -29,6 +31,23 @@ std::optional<Shard> shardIn(const std::string& word) {
     const bool isRight = countError == std::errc() && after == end && shard.number >= 1
                          && shard.number <= shard.count && shard.count <= maxShards;
     return isRight ? std::optional(shard) : std::nullopt;
+}
+
+std::string defaultLog(const std::string& plan, Shard shard) {
+    return plan + "." + std::to_string(shard.number) + numbersOfLog + std::to_string(shard.count) + endOfLog;
+}
+
+bool isDefaultLog(const std::string& plan, const std::string& name) {
+    const std::string begin = plan + ".";
+    if (!name.starts_with(begin) || !name.ends_with(endOfLog))
+        return false;
+    std::string word = name.substr(begin.size());
+    const std::size_t separator = word.find(numbersOfLog);
+    if (separator == std::string::npos)
+        return false;
+    word.resize(word.size() - endOfLog.size());
+    const auto shard = shardIn(word.replace(separator, numbersOfLog.size(), "/"));
+    return shard && defaultLog(plan, *shard) == name;
 }
 
 } // namespace kestrine

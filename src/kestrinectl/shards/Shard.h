@@ -25,4 +25,10 @@ struct Shard {
 /// The shard that is written "3/16"; nullopt for anything else.
 std::optional<Shard> shardIn(const std::string& word);
 
+/// The name that the log of a shard has by default: that of the plan, and ".3-of-16.jsonl".
+std::string defaultLog(const std::string& plan, Shard shard);
+
+/// Whether a name is that of the log of any shard of the plan by default.
+bool isDefaultLog(const std::string& plan, const std::string& name);
+
 } // namespace kestrine

@@ -31,6 +31,15 @@ TEST(Shard, isReadFromItsTwoNumbers) {
         EXPECT_EQ(shardIn(word), std::nullopt) << word;
 }
 
+TEST(Shard, hasALogBesideThePlanThatIsFoundByItsName) {
+    EXPECT_EQ(defaultLog("a/plan", {3, 16}), "a/plan.3-of-16.jsonl");
+    EXPECT_TRUE(isDefaultLog("plan", "plan.3-of-16.jsonl"));
+    for (const char* name : {"", "plan", "plan.", "plan.jsonl", "plan.-of-.jsonl", "plan.b.3-of-16.jsonl",
+                             "plan.3-of-16.json", "plan.17-of-16.jsonl", "plan.03-of-16.jsonl",
+                             "plan.3-of-16-of-16.jsonl", "plan.3/16.jsonl", "plan.3-of-16.jsonl.jsonl"})
+        EXPECT_FALSE(isDefaultLog("plan", name)) << name;
+}
+
 TEST(Shard, ofAGroupNeverChangesBetweenVersions) {
     EXPECT_EQ(shardOf(0, 16), 1U);
     EXPECT_EQ(shardOf(1, 16), 6U);
