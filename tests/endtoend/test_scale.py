@@ -350,6 +350,15 @@ class Refusals(Scale):
             self.assertIn(b"is not a log", self.inside(self.tree, "run", "--log", name, "plan", status=1).stderr)
             self.assertEqual((self.tree / name).read_bytes(), content)
 
+    def test_a_run_that_still_waits_for_its_plan_ends_at_the_first_signal(self):
+        os.mkfifo(self.tree / "pipe")
+        run = subprocess.Popen([BIN / "kestrinectl", "run", "pipe"], cwd=self.tree, env=self.environment)
+        with open(self.tree / "pipe", "wb") as plan: # opened when the run has opened it, too
+            plan.write(b"kestrine-plan")
+            plan.flush()
+            run.send_signal(signal.SIGTERM)
+            self.assertEqual(run.wait(timeout=60), -signal.SIGTERM)
+
     def test_a_run_that_may_not_wait_fails_while_another_uses_its_log(self):
         self.plan()
         with open(self.tree / "plan.1-of-1.jsonl", "a") as log:

@@ -127,11 +127,11 @@ bool convertTasks(const RunRequest& request, const Work& work, const PlannedTrea
 }
 
 void runShard(const RunRequest& request, const std::string& plan, Shard shard, const RootFolder& root) {
-    const StopSignalsNoted untilTheEnd;
-    const Work work = workIn(plan, shard);
+    const Work work = workIn(plan, shard); // before stop signals are noted, since a pipe may keep it waiting
     const PlannedTreatment planned = treatmentFromText(work.header.treatment, plan);
     if (planned.recipes.size() != work.header.resultsPerFile)
         throw CommandError("the plan " + plan + " is damaged: its options make another number of results");
+    const StopSignalsNoted untilTheEnd;
     ShardLog log(request.log ? typedWord(*request.log) : defaultLog(plan, shard), work.plan, shard,
                  request.waits ? ShardLog::WhenBusy::waits : ShardLog::WhenBusy::fails);
     ConvertReport report(request.style);
