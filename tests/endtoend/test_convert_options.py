@@ -495,6 +495,8 @@ class MaxBytes(ConvertByOptions):
         done = self.convert("--max-bytes", "100", "--format", "jpeg", "--out", "out", "a.png", status=1)
         self.assertIn(b"a.png: no quality gives a file of at most 100 bytes", done.stderr)
         self.assertFalse((self.folder / "out").exists())
+        done = self.convert("--max-bytes", "1", "--format", "jpeg", "--out", "out", "a.png", status=1)
+        self.assertIn(b"a.png: no quality gives a file of at most 1 byte\n", done.stderr)
         done = self.convert("--max-bytes", "100", "--out", "out", "a.png", status=1)
         self.assertIn(b"a.png: the format does not give a file of at most 100 bytes", done.stderr)
 

@@ -179,7 +179,7 @@ Result<void> encodeToFit(RowSource& rows, const OutputFormat& format, EncodingOp
     if (fitting < 0)
         return Failure{Reason::tooLarge, (hasQuality ? "no quality gives" : "the format does not give")
                                              + std::string(" a file of at most ") + std::to_string(maxBytes)
-                                             + " bytes"};
+                                             + (maxBytes == 1 ? " byte" : " bytes")};
     return file.write(best);
 }
 
