@@ -340,6 +340,11 @@ class Places(CompareTest):
         self.assertEqual((self.folder / "page.html").read_text(), "mine")
         self.assertEqual(self.section("--quality", "60", "--overwrite", "a.jpg").name, "a.jpg")
 
+    def test_a_picture_that_is_named_several_times_is_shown_once(self):
+        page = self.compare("--quality", "60", "a.jpg", "a.jpg", "./a.jpg", str(self.folder / "a.jpg"))
+        self.assertEqual([section.name for section in page.sections], ["a.jpg"])
+        self.assertEqual(self.lines, ["page.html (1 result of 1 picture)"])
+
     def test_a_dangling_link_counts_as_a_file(self):
         (self.folder / "page.html").symlink_to("nowhere")
         self.compare("--quality", "60", "a.jpg", status=1)

@@ -6,6 +6,7 @@
 #include "kestrinectl/compare/ComparePage.h"
 #include "kestrinectl/compare/PagePlace.h"
 #include "kestrinectl/convert/ConvertLines.h"
+#include "kestrinectl/convert/SeenPlaces.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownNumbers.h"
 #include "kestrinectl/text/ShownPath.h"
@@ -74,12 +75,13 @@ void printHintOfReduction(const PageSection& section) {
                   + "; compare fewer pictures or results at once to see more");
 }
 
+/// A picture that is named several times is compared once.
 std::vector<ConvertInput> inputsOf(const CompareRequest& request) {
     std::vector<ConvertInput> inputs;
-    for (const std::string& word : request.files) {
-        const std::string file = typedWord(word);
-        inputs.push_back({.shown = shownPath(file), .path = absolutePath(file).native()});
-    }
+    SeenPlaces seen;
+    for (const std::string& word : request.files)
+        if (const std::string file = typedWord(word); seen.add(file))
+            inputs.push_back({.shown = shownPath(file), .path = absolutePath(file).native()});
     return inputs;
 }
 
