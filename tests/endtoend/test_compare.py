@@ -362,15 +362,17 @@ class Places(CompareTest):
 
     def test_places_that_are_no_files_are_refused_before_anything_is_done(self):
         (self.folder / "folder").mkdir()
+        os.mkfifo(self.folder / "pipe")
         for place, status, message in [
                 ("folder", 1, "folder is a folder; --output takes a file"),
+                ("pipe", 1, "pipe is not a regular file; --output takes another file"),
                 ("missing/page.html", 1, "missing/page.html cannot be written: there is no folder missing"),
                 ("-", 2, "--output takes a file, such as page.html"),
                 ("", 2, "--output takes a file, such as page.html")]:
-            self.assertEqual(self.compare("--quality", "60", "a.jpg", output=place, status=status), [message])
+            self.assertEqual(self.compare("--quality", "60", "--overwrite", "a.jpg", output=place, status=status), [message])
         self.assertEqual(self.compare("--quality", "60", "a.jpg", output=None, status=2),
                          ["the page needs a place: give --output FILE, or --open for a temporary page"])
-        self.assertEqual(self.names(), [b"a.jpg", b"folder"])
+        self.assertEqual(self.names(), [b"a.jpg", b"folder", b"pipe"])
 
     def test_a_failure_leaves_no_file(self):
         (self.folder / "no.jpg").write_text("no picture")

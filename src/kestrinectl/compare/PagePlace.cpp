@@ -14,6 +14,7 @@
 #include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace kestrine {
 
@@ -65,6 +66,10 @@ void PagePlace::check(const std::vector<ConvertInput>& pictures) const {
         throw CommandError(shown + " is one of the pictures; --output takes another file", 2);
     if (isTaken(place) && !overwrites_)
         throw CommandError(shown + " exists already; --overwrite replaces it");
+    std::error_code ignored;
+    const std::filesystem::file_status status = std::filesystem::status(place, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw CommandError(shown + " is not a regular file; --output takes another file");
 }
 
 void PagePlace::writeAndOpen(const std::string& page) const {
@@ -81,7 +86,8 @@ void PagePlace::write(const std::string& page) const {
                             Durability::cached)
                 : replaceFile(place, bytesOf(page), Durability::cached);
     if (!written)
-        throw CommandError(shownPath(typedPath()) + ": " + withoutPath(written.failure().text, place));
+        throw CommandError(shownPath(typedPath()) + ": "
+                           + withoutPath(withoutPath(written.failure().text, place), nameOf(place)));
 }
 
 void PagePlace::open() const {
