@@ -393,9 +393,22 @@ class Planning(Scale):
         self.run_shards(self.tree, 1)
         self.assertEqual(len(self.results(self.tree)), 2)
 
+    def test_a_file_that_gives_no_result_is_not_planned(self):
+        whole = (self.tree / "in/p.png").read_bytes()
+        (self.tree / "no.jpg").write_text("no picture")
+        (self.tree / "cut.png").write_bytes(whole[:20])
+        os.mkfifo(self.tree / "pipe")
+        files = ("pipe", "no.jpg", "cut.png")
+        planned = self.plan(options=("--percent", "50", "--out", "out"), files=(*files, "in/p.png"), status=1)
+        dry = self.inside(self.tree, "convert", "--dry-run", "--percent", "50", "--out", "out", *files, status=1)
+        self.assertEqual(messages_of(planned), [*messages_of(dry)[:3], "the plan lacks 3 items that cannot be read"])
+        self.run_shards(self.tree, 1)
+        self.assertIn(b"all done: 1 file", self.merge(self.tree).stderr)
+        self.assertEqual(messages_of(self.plan(files=("pipe", "in/p.png"), status=1))[0], "pipe: is not a regular file")
+
     def test_a_picture_that_cannot_be_read_fails_in_its_run(self):
         (self.tree / "in/bad.png").write_bytes((self.tree / "in/p.png").read_bytes()[:20])
-        self.plan(options=("--percent", "50", "--out", "out"))
+        self.plan(options=("--percent", "50", "--format", "jpeg", "--out", "out"))
         done = self.inside(self.tree, "run", "plan", status=1)
         self.assertIn("in/bad.png: ", done.stderr.decode())
         self.assertIn("in/bad.png: failed", self.merge(self.tree, status=1).stdout.decode())

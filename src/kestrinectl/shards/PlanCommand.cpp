@@ -20,8 +20,10 @@
 #include "platform/host/process/StandardOutput.h"
 #include "platform/host/process/StopSignals.h"
 #include "platform/host/process/Terminal.h"
+#include "platform/imageio/PictureEngine.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace kestrine {
 
@@ -58,17 +60,33 @@ PlanRecord recordOf(const RootFolder& root, const std::string& source, const Fil
     return record;
 }
 
+/// Why a file cannot be planned; nullopt if it can. A picture is opened here only if opening it for the names
+/// of its results gave none.
+std::optional<Failure> reasonAgainst(const ConvertInput& input, const Result<FileMark>& mark,
+                                     const PlannedNames& names) {
+    if (!mark)
+        return mark.failure();
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(input.path, ignored))
+        return Failure{Reason::notRegularFile, input.path + " is not a regular file"};
+    if (std::ranges::all_of(names.paths, &std::string::empty))
+        if (const auto opened = openPicture(input.path); !opened)
+            return opened.failure();
+    return std::nullopt;
+}
+
 /// Adds a batch to a plan.
 void addRecords(Planned& planned, const RootFolder& root, NamePlanner& planner,
                 const std::vector<NumberedInput>& inputs, const std::vector<ResizeJob>& jobs) {
     const std::vector<PlannedNames> names = planner.plan(jobs);
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         const ConvertInput& input = inputs[i].input;
-        if (const Result<FileMark> mark = markOfFile(input.path)) {
-            planned.records.push_back(recordOf(root, input.path, *mark, names[i]));
-        } else {
-            printError(input.shown + ": " + withoutPath(mark.failure().text, input.path));
+        const Result<FileMark> mark = markOfFile(input.path);
+        if (const auto failure = reasonAgainst(input, mark, names[i])) {
+            printError(input.shown + ": " + withoutPath(failure->text, input.path));
             ++planned.failures;
+        } else {
+            planned.records.push_back(recordOf(root, input.path, *mark, names[i]));
         }
     }
 }
