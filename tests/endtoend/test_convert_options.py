@@ -723,6 +723,19 @@ class Inputs(ConvertByOptions):
 
     def test_a_list_that_cannot_be_read_is_an_error(self):
         self.assertIn(b"No such file", self.convert("--percent", "50", "--out", "x", "--files-from", "absent", status=1).stderr)
+        (self.folder / "round").symlink_to("round")
+        with open(self.folder / "huge", "wb") as huge:
+            huge.truncate(1 << 31)
+        for name, status, message in (("round", 1, "the list round cannot be opened: Too many levels of symbolic links"),
+                                      (".", 1, "the list . is a folder"),
+                                      ("/proc/self/mem", 1, "the list /proc/self/mem cannot be read: Input/output error"),
+                                      ("huge", 1, "the list huge is too large: it may have at most 1.1 GB")):
+            done = self.convert("--percent", "50", "--out", "x", "--files-from", name, status=status)
+            self.assertEqual(messages_of(done), [message])
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        done = self.kestrinectl("convert", "--percent", "50", "--out", "x", "--files-from", "-", stdin=folder)
+        self.assertEqual(messages_of(done), ["standard input cannot be read: Is a directory"])
         self.assertIn(b"-0 needs --files-from", self.convert("--percent", "50", "--out", "x", "-0", "a.png", status=2).stderr)
 
 

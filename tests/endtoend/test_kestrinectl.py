@@ -119,8 +119,20 @@ class Sets(ToolTest):
 
     def test_what_cannot_be_imported_is_named_with_the_reason(self):
         self.assertIn("standard input is not a JSON export of sets", self.control("import", "-", input=b"{}", status=1))
-        self.assertIn("cannot read absent.json: No such file or directory",
-                      self.control("import", "absent.json", status=1))
+        for path, message in (("absent.json", "the export absent.json cannot be opened: No such file or directory"),
+                              (".", "the export . is a folder"),
+                              ("/proc/self/mem", "the export /proc/self/mem cannot be read: Input/output error"),
+                              ("/dev/zero", "the export /dev/zero is too large: it may have at most 17 MB")):
+            self.assertEqual(self.control("import", path, status=1), f"kestrinectl: {message}\n")
+
+    def test_sets_are_imported_from_pipes(self):
+        self.control("import", "-", input=b'[{"name": "A"}]')
+        reading, writing = os.pipe()
+        os.write(writing, b'[{"name": "B"}]')
+        os.close(writing)
+        self.control("import", f"/dev/fd/{reading}", pass_fds=(reading,))
+        os.close(reading)
+        self.assertEqual(self.kestrine("-l"), b"A\nB\n")
 
     def write_sets(self, *sets):
         (self.folder / "x.json").write_text(json.dumps(sets))
@@ -264,7 +276,7 @@ class Sets(ToolTest):
                                 ('[{"name": ' + "[" * 300000 + "]" * 300000 + "}]", "deep"), ('[{"width": null}]', "width")):
             (self.folder / "x.json").write_text(content)
             self.assertIn(phrase, self.control("import", "x.json", status=1))
-        self.assertIn("cannot read", self.control("import", "none.json", status=1))
+        self.assertIn("cannot be opened", self.control("import", "none.json", status=1))
         self.assertEqual(self.preferences.read_bytes(), before)
 
     def test_other_keys_and_the_file_format_are_kept(self):

@@ -1,39 +1,21 @@
 #include "kestrinectl/convert/FileLists.h"
 
 #include "kestrinectl/CommandError.h"
-#include "kestrinectl/text/ShownPath.h"
+#include "kestrinectl/OpenedInput.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <iterator>
 #include <sstream>
 
 namespace kestrine {
 
 namespace {
 
-std::string contentOf(std::istream& list) { return {std::istreambuf_iterator<char>(list), {}}; }
-
-/// The list may be a pipe, such as one that the shell makes.
-std::string contentOfList(const std::string& path) {
-    if (path == "-")
-        return contentOf(std::cin);
-    if (std::filesystem::is_directory(path))
-        throw CommandError("the list " + shownPath(path) + " is a folder");
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw CommandError("the list " + shownPath(path) + " cannot be opened: " + std::strerror(errno));
-    return contentOf(file);
-}
+constexpr std::uint64_t maxList = 1ULL << 30; // some ten million names
 
 } // namespace
 
 std::vector<std::string> namesInList(const std::string& path, bool withZeroBytes) {
-    std::istringstream content(contentOfList(path));
+    std::istringstream content(contentOfInput("list", path, maxList));
     if (!withZeroBytes && content.view().find('\0') != std::string_view::npos)
         throw CommandError("the list contains zero bytes; --null reads such lists", 2);
     std::vector<std::string> names;

@@ -1,18 +1,14 @@
 #include "kestrinectl/sets/SetImport.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/OpenedInput.h"
 #include "kestrinectl/desktop/DesktopStatus.h"
 #include "kestrinectl/sets/SetJSON.h"
 #include "kestrinectl/sets/SetNameRules.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
-
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iostream>
-#include <iterator>
+#include "platform/foundation/propertylist/PropertyListBounds.h"
 
 namespace kestrine {
 
@@ -20,17 +16,10 @@ namespace {
 
 using nlohmann::json;
 
+constexpr std::uint64_t maxExport = maxPropertyListSize; // the preferences file cannot hold more sets
+
 /// How messages name the export.
 std::string shownSource(const std::string& path) { return path == "-" ? "standard input" : shownPath(path); }
-
-std::string contentOf(const std::string& path) {
-    if (path == "-")
-        return {std::istreambuf_iterator<char>(std::cin), {}};
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw CommandError("cannot read " + shownPath(path) + ": " + std::strerror(errno));
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The list of sets in an export, or a list that stands alone.
 json listIn(const std::string& text, const std::string& path) {
@@ -67,7 +56,7 @@ void SetImport::run() const {
     SetPlacement placement(store, conflicts, acceptsAnyName);
     std::vector<std::string> warnings;
     std::size_t number = 0;
-    for (const json& element : listIn(contentOf(file), file)) {
+    for (const json& element : listIn(contentOfInput("export", file, maxExport), file)) {
         const std::string where = shownSource(file) + ": set " + std::to_string(++number);
         const std::shared_ptr<ResizeSet> set = setFromJSON(element, where);
         if (!acceptsAnyName)

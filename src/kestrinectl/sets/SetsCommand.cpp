@@ -19,7 +19,7 @@ namespace {
 
 constexpr const char* nameOrPosition = "The name of a set, or its position such as @2";
 
-std::string nameOf(const ResizeSet& set) { return set.name().value_or(u"").utf8(); }
+std::string ownNameOf(const ResizeSet& set) { return set.name().value_or(u"").utf8(); }
 
 std::set<std::size_t> positionsOf(const PresetStore& store, const std::vector<std::string>& names) {
     std::set<std::size_t> positions;
@@ -41,7 +41,7 @@ void printList(const PresetStore& store) {
     for (std::size_t i = 0; i < store.sets().size(); ++i) {
         const ResizeSet& set = *store.sets()[i];
         printLine((store.selection().contains(i) ? "* @" : "  @") + std::to_string(i + 1) + "  "
-                  + (set.name() ? nameOf(set) : "(no name)") + "  (" + summary(set) + ")");
+                  + (set.name() ? ownNameOf(set) : "(no name)") + "  (" + summary(set) + ")");
     }
 }
 
@@ -56,7 +56,7 @@ void addList(CLI::App& sets) {
         if (!*namesOnly)
             return printList(store);
         for (const auto& set : store.sets())
-            *zeroBytes ? (void)(std::cout << nameOf(*set) << '\0') : printLine(nameOf(*set));
+            *zeroBytes ? (void)(std::cout << ownNameOf(*set) << '\0') : printLine(ownNameOf(*set));
     });
 }
 
@@ -77,7 +77,7 @@ std::vector<std::string> nameWarnings(const PresetStore& store, std::size_t posi
 
 void printSet(const PresetStore& store, std::size_t position) {
     const ResizeSet& set = *store.sets()[position];
-    printLine(set.name() ? nameOf(set) : "(no name)");
+    printLine(set.name() ? ownNameOf(set) : "(no name)");
     for (const std::string& warning : nameWarnings(store, position))
         printLine("  Warning: " + warning + ".");
     for (const std::string& sentence : description(set))
@@ -113,7 +113,7 @@ void saveAndTell(PresetStore& store, const SetPlacement& placement, const Resize
     for (const std::string& notice : placement.notices())
         printLine(notice);
     if (isNamed)
-        for (const std::string& oddity : oddities(nameOf(changed)))
+        for (const std::string& oddity : oddities(ownNameOf(changed)))
             printWarning(oddity);
     remindOfDesktopActions(store.sets());
 }

@@ -1,8 +1,7 @@
 #include "kestrinectl/shards/MergeCommand.h"
 
 #include "kestrinectl/CommandError.h"
-#include "kestrinectl/convert/ConvertInputs.h"
-#include "kestrinectl/shards/OpenedInput.h"
+#include "kestrinectl/OpenedInput.h"
 #include "kestrinectl/shards/PlanFile.h"
 #include "kestrinectl/shards/ShardLog.h"
 #include "kestrinectl/text/Messages.h"

@@ -1,6 +1,6 @@
 #include "kestrinectl/shards/PlanFile.h"
 
-#include "kestrinectl/shards/OpenedInput.h"
+#include "kestrinectl/OpenedInput.h"
 #include "kestrinectl/text/ShownPath.h"
 
 namespace kestrine {
