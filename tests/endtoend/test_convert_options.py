@@ -716,6 +716,17 @@ class Inputs(ConvertByOptions):
         self.assertEqual(self.sources("--files-from", f"/dev/fd/{reading}", pass_fds=(reading,)), [b"a.png"])
         os.close(reading)
 
+    def test_a_list_of_another_system_may_lack_its_last_line_end_and_begin_with_a_byte_order_mark(self):
+        self.picture("t.png")
+        for content in (b"a.png\r\nt.png", b"\xef\xbb\xbfa.png\nt.png\n", b"\xef\xbb\xbfa.png\r\nt.png\r\n", b"a.png\r\n\r\nt.png\r"):
+            (self.folder / "list").write_bytes(content)
+            self.assertEqual(self.sources("--files-from", "list"), [b"a.png", b"t.png"], content)
+        shutil.copy(self.folder / "t.png", self.folder / "r\r")
+        (self.folder / "list").write_bytes(b"a.png\nr\r")
+        self.assertIn(b"r\r -> ", self.convert("--percent", "50", "--out", "r", "--files-from", "list").stdout)
+        self.picture("\ufeffa.png")
+        self.assertEqual(self.sources("--files-from", "-", "-0", input="\ufeffa.png".encode()), ["\ufeffa.png".encode()])
+
     def test_zero_bytes_in_a_list_must_be_asked_for(self):
         done = self.kestrinectl("convert", "--percent", "50", "--out", "x", "--files-from", "-", input=b"za/a.png\0zb/a.png\0")
         self.assertEqual((done.returncode, done.stdout), (2, b""))
