@@ -370,6 +370,7 @@ class Places(CompareTest):
                 ("-", 2, "--output takes a file, such as page.html"),
                 ("", 2, "--output takes a file, such as page.html")]:
             self.assertEqual(self.compare("--quality", "60", "--overwrite", "a.jpg", output=place, status=status), [message])
+        self.assertEqual(self.compare("--quality", "60", "a.jpg", "", status=1), ["an empty argument names no file"])
         self.assertEqual(self.compare("--quality", "60", "a.jpg", output=None, status=2),
                          ["the page needs a place: give --output FILE, or --open for a temporary page"])
         self.assertEqual(self.names(), [b"a.jpg", b"folder", b"pipe"])

@@ -740,7 +740,8 @@ class Inputs(ConvertByOptions):
         for name, status, message in (("round", 1, "the list round cannot be opened: Too many levels of symbolic links"),
                                       (".", 1, "the list . is a folder"),
                                       ("/proc/self/mem", 1, "the list /proc/self/mem cannot be read: Input/output error"),
-                                      ("huge", 1, "the list huge is too large: it may have at most 1.1 GB")):
+                                      ("huge", 1, "the list huge is too large: it may have at most 1.1 GB"),
+                                      ("", 2, "--files-from: must not be empty; 'kestrinectl help convert' explains its use")):
             done = self.convert("--percent", "50", "--out", "x", "--files-from", name, status=status)
             self.assertEqual(messages_of(done), [message])
         folder = os.open(self.folder, os.O_RDONLY)

@@ -182,6 +182,8 @@ class Exif(ToolTest):
         self.assertIn("missing.jpg: cannot open: No such file or directory", self.errors)
         self.exif(".", status=1)
         self.assertIn(".: is not a regular file", self.errors)
+        self.exif("", status=1)
+        self.assertEqual(self.errors, "kestrinectl: an empty argument names no file\n")
 
     def test_the_date_is_in_local_time(self):
         self.write("a.jpg", PHOTO)

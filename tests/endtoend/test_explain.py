@@ -2,6 +2,7 @@
 import json
 import re
 import shutil
+import subprocess
 from pathlib import Path
 
 import pictures
@@ -53,6 +54,12 @@ class Explain(ToolTest):
         self.assertIn("presets only turn by a quarter", self.explain("--set", "Web", "down.jpg"))
         self.assertIn("because the set does not turn pictures", self.explain("--set", "Half", "down.jpg"))
 
+    def test_an_empty_path_and_a_removed_folder_are_named_in_words(self):
+        self.assertEqual(messages_of(self.kestrinectl("explain", "")), ["an empty argument names no file"])
+        gone = 'mkdir gone && cd gone && rmdir ../gone && exec "$0" explain a.jpg'
+        done = subprocess.run(["sh", "-c", gone, BIN / "kestrinectl"], cwd=self.folder, env=self.environment, capture_output=True)
+        self.assertEqual(messages_of(done), ["the current folder cannot be found: No such file or directory"])
+
     def test_all_sets_are_explained_and_nothing_is_written(self):
         self.picture("a.jpg", 1)
         text = self.explain("a.jpg")
@@ -103,6 +110,7 @@ class Doctor(ToolTest):
         self.assertIn(f"originals go to {self.home}/.local/share/Trash", text)
         self.assertFalse((self.home / ".local").exists(), "it only looks")
         self.assertEqual(self.doctor("absent", status=1)[1], ["absent is not a folder; name an existing one"])
+        self.assertEqual(self.doctor("", status=2)[1], ["FOLDER: must not be empty; 'kestrinectl help doctor' explains its use"])
 
     def test_it_says_why_originals_cannot_go_to_the_trash(self):
         (self.folder / "fixed").mkdir(mode=0o555)

@@ -124,6 +124,7 @@ class Sets(ToolTest):
                               ("/proc/self/mem", "the export /proc/self/mem cannot be read: Input/output error"),
                               ("/dev/zero", "the export /dev/zero is too large: it may have at most 17 MB")):
             self.assertEqual(self.control("import", path, status=1), f"kestrinectl: {message}\n")
+        self.assertIn("FILE: must not be empty", self.control("import", "", status=2))
 
     def test_sets_are_imported_from_pipes(self):
         self.control("import", "-", input=b'[{"name": "A"}]')

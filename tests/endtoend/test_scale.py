@@ -359,6 +359,13 @@ class Refusals(Scale):
             run.send_signal(signal.SIGTERM)
             self.assertEqual(run.wait(timeout=60), -signal.SIGTERM)
 
+    def test_an_empty_path_is_refused_in_one_line(self):
+        self.plan()
+        for words in (("run", ""), ("run", "--log", "", "plan"), ("run", "--root", "", "plan"), ("merge", ""), ("merge", "plan", ""),
+                      ("merge", "--results", "--root", "", "plan"), ("plan", *OPTIONS, "--root", "", "in")):
+            [message] = messages_of(self.inside(self.tree, *words, status=2))
+            self.assertIn("must not be empty", message, words)
+
     def test_a_run_that_may_not_wait_fails_while_another_uses_its_log(self):
         self.plan()
         with open(self.tree / "plan.1-of-1.jsonl", "a") as log:

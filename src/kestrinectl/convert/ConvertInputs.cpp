@@ -1,5 +1,6 @@
 #include "kestrinectl/convert/ConvertInputs.h"
 
+#include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertPictureSigns.h"
 #include "kestrinectl/convert/FolderNames.h"
@@ -247,8 +248,14 @@ private:
 
 // ".." stays, since after a link it may not lead to the previous folder.
 fs::path absolutePath(const fs::path& path) {
+    if (path.empty())
+        throw CommandError("an empty argument names no file");
+    std::error_code error;
+    const fs::path absolute = fs::absolute(path, error);
+    if (error)
+        throw CommandError("the current folder cannot be found: " + error.message());
     fs::path result;
-    for (const fs::path& step : fs::absolute(path))
+    for (const fs::path& step : absolute)
         if (step != ".")
             result /= step;
     return result;

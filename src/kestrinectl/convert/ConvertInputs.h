@@ -56,7 +56,8 @@ bool globMatches(const std::string& glob, const std::string& path);
 void findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search,
                 InputReceiver& receiver);
 
-/// The path below the current folder if it is relative, without ".".
+/// The path below the current folder if it is relative, without ".". Throws CommandError for an empty path,
+/// and for a relative one if the current folder was removed.
 std::filesystem::path absolutePath(const std::filesystem::path& path);
 
 /// The path with all links resolved, so that each place has only one; the given path if the system cannot

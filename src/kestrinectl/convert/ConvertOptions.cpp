@@ -1,6 +1,7 @@
 #include "kestrinectl/convert/ConvertOptions.h"
 
 #include "kestrinectl/sets/SetNames.h"
+#include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/NumberBetween.h"
 #include "models/NameTemplate.h"
 #include "models/RecipeWords.h"
@@ -18,11 +19,6 @@ CLI::Validator understoodBy(const Read& read) {
             return value ? "" : value.failure().text;
         },
         "");
-}
-
-CLI::Validator nonEmpty() {
-    return CLI::Validator(
-        [](const std::string& word) -> std::string { return word.empty() ? "must not be empty" : ""; }, "");
 }
 
 /// Adds options with a value.

@@ -2,6 +2,7 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/FileLists.h"
+#include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/Words.h"
 
 namespace kestrine {
@@ -27,6 +28,7 @@ void ConvertSelection::addTo(CLI::App& command) {
         .add_option(
             "--files-from", list,
             "Convert also the files and folders that this list names, one per line; - for standard input")
+        ->check(nonEmpty())
         ->option_text("FILE");
     command.add_flag("-0,--null", listHasZeroBytes,
                      "The names in the list end with a zero byte instead of a newline");

@@ -2,6 +2,7 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/Words.h"
 
 #include <algorithm>
@@ -19,6 +20,7 @@ void UpdateOptions::addTo(CLI::App& command) {
         .add_option("--manifest", manifest,
                     "With --update, the file that remembers results (default: one per --out folder in "
                     "~/.local/state/kestrine)")
+        ->check(nonEmpty())
         ->needs(update)
         ->option_text("FILE");
     command

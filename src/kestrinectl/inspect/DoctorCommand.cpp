@@ -6,6 +6,7 @@
 #include "kestrinectl/sets/PresetStore.h"
 #include "kestrinectl/sets/SetNameRules.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/ShownNumbers.h"
 #include "kestrinectl/text/Words.h"
 #include "platform/host/files/FileStatus.h"
@@ -111,9 +112,11 @@ void addDoctorCommand(CLI::App& program) {
         program.add_subcommand("doctor", "Show what works on this system: isolation, presets, libraries, "
                                          "trash; and what to do about the rest");
     auto folder = std::make_shared<std::string>(".");
-    command->add_option("FOLDER", *folder,
-                        "Say where originals of this folder go when they are replaced (default: the "
-                        "current folder)");
+    command
+        ->add_option("FOLDER", *folder,
+                     "Say where originals of this folder go when they are replaced (default: the "
+                     "current folder)")
+        ->check(nonEmpty());
     command->callback([folder] { diagnose(typedWord(*folder)); });
 }
 

@@ -103,7 +103,8 @@ void answerForAll(const std::vector<std::string>& words, Ask ask, ExifReach reac
         try {
             answerForOne(file, ask, reach, words.size() > 1);
         } catch (const CommandError& error) {
-            failures += (failures.empty() ? "" : "; ") + file + ": " + error.what();
+            failures += (failures.empty() ? "" : "; ")
+                        + (file.empty() ? "an empty argument names no file" : file + ": " + error.what());
         }
     }
     if (!failures.empty())

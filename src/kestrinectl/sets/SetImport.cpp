@@ -6,6 +6,7 @@
 #include "kestrinectl/sets/SetJSON.h"
 #include "kestrinectl/sets/SetNameRules.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
 #include "platform/foundation/propertylist/PropertyListBounds.h"
@@ -44,7 +45,7 @@ void checkName(const ResizeSet& set, const std::string& where) {
 } // namespace
 
 void SetImport::addTo(CLI::App& command) {
-    command.add_option("FILE", path, "The export; - for standard input")->required();
+    command.add_option("FILE", path, "The export; - for standard input")->required()->check(nonEmpty());
     conflicts.addTo(command);
     command.add_flag("--any-name", acceptsAnyName,
                      "Accept names that lead to another folder, look like a position or occur twice in FILE");

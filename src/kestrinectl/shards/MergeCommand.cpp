@@ -5,6 +5,7 @@
 #include "kestrinectl/shards/PlanFile.h"
 #include "kestrinectl/shards/ShardLog.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/NumberBetween.h"
 #include "kestrinectl/text/ShownNumbers.h"
 #include "kestrinectl/text/ShownPath.h"
@@ -219,12 +220,14 @@ void addMergeCommand(CLI::App& program) {
     command
         ->add_option("--root", request->root,
                      "With --results, the folder that holds the results (default: the folder of the plan)")
+        ->check(nonEmpty())
         ->needs(results)
         ->option_text("FOLDER");
     command->add_flag("-q,--quiet", request->isQuiet,
                       "Print only errors (default: a line for each file that is missing or failed)");
-    command->add_option("PLAN", request->plan, "The plan")->required();
-    command->add_option("LOG", request->logs, "The logs of its runs (default: PLAN.*-of-*.jsonl)");
+    command->add_option("PLAN", request->plan, "The plan")->required()->check(nonEmpty());
+    command->add_option("LOG", request->logs, "The logs of its runs (default: PLAN.*-of-*.jsonl)")
+        ->check(nonEmpty());
     command->callback([request] { run(*request); });
 }
 

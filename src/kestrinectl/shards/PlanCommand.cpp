@@ -14,6 +14,7 @@
 #include "kestrinectl/shards/PlannedTreatment.h"
 #include "kestrinectl/shards/RootFolder.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/ShownNumbers.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
@@ -191,6 +192,7 @@ void addPlanCommand(CLI::App& program) {
         ->add_option("--root", request->root,
                      "Folder that holds all files and results; the plan names them relative to it, so that "
                      "it also works in a copy of the folder (default: the current folder)")
+        ->check(nonEmpty())
         ->option_text("FOLDER");
     command->add_flag("-q,--quiet", request->isQuiet,
                       "Print only errors to standard error (default: also what was left out, and totals)");

@@ -8,6 +8,7 @@
 #include "kestrinectl/shards/PlanFile.h"
 #include "kestrinectl/shards/ShardRun.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
 #include "platform/host/files/PathParts.h"
@@ -190,11 +191,13 @@ void addRunCommand(CLI::App& program) {
     command
         ->add_option("--root", request->root,
                      "Folder that holds the files and results of the plan (default: the folder of the plan)")
+        ->check(nonEmpty())
         ->option_text("FOLDER");
     command
         ->add_option("--log", request->log,
                      "File to which the run adds what it has done, and by which the next run continues "
                      "(default: PLAN.I-of-N.jsonl)")
+        ->check(nonEmpty())
         ->option_text("FILE");
     command->add_flag("!--no-wait", request->waits,
                       "Fail while another run uses the same log (default: wait for it)");
@@ -210,7 +213,7 @@ void addRunCommand(CLI::App& program) {
         ->option_text("sources|results");
     request->style.addTo(*command);
     request->resources.addTo(*command);
-    command->add_option("PLAN", request->plan, "The plan")->required();
+    command->add_option("PLAN", request->plan, "The plan")->required()->check(nonEmpty());
     command->callback([request] { run(*request); });
 }
 
