@@ -4,6 +4,7 @@
 #include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertOutcome.h"
 #include "kestrinectl/convert/ForEachPosition.h"
+#include "kestrinectl/text/ShownPath.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/imageio/PictureEngine.h"

@@ -63,16 +63,18 @@ PlanRecord recordOf(const RootFolder& root, const std::string& source, const Fil
 
 /// Why a file cannot be planned; nullopt if it can. A picture is opened here only if opening it for the names
 /// of its results gave none.
-std::optional<Failure> reasonAgainst(const ConvertInput& input, const Result<FileMark>& mark,
-                                     const PlannedNames& names) {
+std::optional<std::string> reasonAgainst(const ConvertInput& input, const Result<FileMark>& mark,
+                                         const PlannedNames& names) {
     if (!mark)
-        return mark.failure();
+        return withoutPath(mark.failure().text, input.path);
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(input.path, ignored))
-        return Failure{Reason::notRegularFile, input.path + " is not a regular file"};
+        return "is not a regular file";
+    if (names.complaint)
+        return names.complaint->text;
     if (std::ranges::all_of(names.paths, &std::string::empty))
         if (const auto opened = openPicture(input.path); !opened)
-            return opened.failure();
+            return withoutPath(opened.failure().text, input.path);
     return std::nullopt;
 }
 
@@ -83,8 +85,8 @@ void addRecords(Planned& planned, const RootFolder& root, NamePlanner& planner,
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         const ConvertInput& input = inputs[i].input;
         const Result<FileMark> mark = markOfFile(input.path);
-        if (const auto failure = reasonAgainst(input, mark, names[i])) {
-            printError(input.shown + ": " + withoutPath(failure->text, input.path));
+        if (const auto reason = reasonAgainst(input, mark, names[i])) {
+            printError(input.shown + ": " + *reason);
             ++planned.failures;
         } else {
             planned.records.push_back(recordOf(root, input.path, *mark, names[i]));

@@ -6,7 +6,7 @@ namespace kestrine {
 
 namespace {
 
-const std::string numbersOfLog = "-of-", endOfLog = ".jsonl";
+constexpr std::string_view numbersOfLog = "-of-", endOfLog = ".jsonl";
 
 /// Spreads numbers evenly: the finalizer of SplitMix64.
 std::uint64_t mixed(std::uint64_t number) {
@@ -34,7 +34,8 @@ std::optional<Shard> shardIn(const std::string& word) {
 }
 
 std::string defaultLog(const std::string& plan, Shard shard) {
-    return plan + "." + std::to_string(shard.number) + numbersOfLog + std::to_string(shard.count) + endOfLog;
+    return plan + "." + std::to_string(shard.number) + std::string(numbersOfLog) + std::to_string(shard.count)
+           + std::string(endOfLog);
 }
 
 bool isDefaultLog(const std::string& plan, const std::string& name) {
