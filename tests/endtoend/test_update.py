@@ -146,6 +146,12 @@ class WhatIsMade(Update):
         self.assertEqual((done.returncode, done.stdout), (0, b""), done)
         self.assertEqual((self.folder / "own").read_bytes(), before)
 
+    def test_a_file_that_is_named_in_another_way_is_known(self):
+        self.update()
+        self.assertEqual(self.update(files=("in/a.png", "in/b.png")), ([], []))
+        self.assertEqual(self.update(files=("in/sub/c.png",))[0], ["in/sub/c.png"], "its result goes to another folder")
+        self.assertEqual(len(self.update(files=("in/sub",))[0]), 0)
+
     def test_results_of_other_sources_are_no_strangers(self):
         self.picture("in/a.webp")
         converted, messages = self.update("--name", "{stem}.{ext}")

@@ -7,6 +7,7 @@
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "models/RecipeDigest.h"
+#include "models/ResultPlace.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
@@ -210,8 +211,9 @@ std::string UpdateManifest::optionsOf(const ResizeJob& job) const {
         recipesText_ = textOf(movable);
     }
     std::string options = std::to_string(outputVersion) + recipesText_;
-    if (job.rootPath)
-        options += stored(folderWithoutLinks(job.rootPath->utf8()));
+    for (const ConversionRecipe& recipe : job.recipes) // not the search that found the file
+        if (const OptionalString folder = folderFor(recipe.place, job.saveFolderPath, job.rootPath))
+            options += " " + stored(folderWithoutLinks(folder->utf8()));
     const bool isNumbered = std::ranges::any_of(job.recipes, [](const ConversionRecipe& recipe) {
         return recipe.place.name && recipe.place.name->uses(NameTemplate::Field::n);
     });
