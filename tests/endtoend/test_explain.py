@@ -121,6 +121,28 @@ class Doctor(ToolTest):
         done = self.run_without_rights("doctor", program="kestrinectl")
         self.assertIn(b"originals cannot go to the trash: ", done.stdout)
 
+    def test_json_says_the_same_as_the_lines(self):
+        self.store({"name": "Web"}, {"name": "a/b"})
+        told = json.loads(self.doctor("--json", self.folder)[0])
+        text, _ = self.doctor(self.folder)
+        for layer in told["isolation"]:
+            self.assertIn(f"  {layer['layer']}: {'in force' if layer['inForce'] else 'missing'} ({layer['purpose']})\n", text)
+        preferences = told["preferences"]
+        self.assertEqual([(place["path"], place["used"]) for place in preferences["files"] if place["exists"]], [(str(self.preferences), True)])
+        self.assertEqual((preferences["sets"], preferences["selected"], preferences["problem"]), (2, 0, None))
+        self.assertEqual([(finding["position"], finding["set"]) for finding in preferences["findings"]], [(2, "a/b")])
+        self.assertEqual(told["trash"], {"folder": str(self.folder), "possible": True, "text": text.splitlines()[-1].strip()})
+
+    def test_json_names_what_is_broken(self):
+        self.write_preferences(b"no archive")
+        (self.folder / "fixed").mkdir(mode=0o555)
+        done = self.run_without_rights("doctor", "--json", "fixed", program="kestrinectl")
+        told = json.loads(done.stdout)
+        self.assertIn(told["preferences"]["problem"], done.stderr.decode())
+        self.assertNotEqual(told["preferences"]["problem"], "")
+        self.assertFalse(told["trash"]["possible"])
+        self.assertEqual(done.returncode, 1)
+
     def test_it_knows_every_library_that_is_opened_on_demand(self):
         sources = "".join(path.read_text() for path in SOURCES.rglob("*.cpp"))
         self.assertEqual(re.findall(r'"lib[\w-]+\.so\.[\d.]+"', sources), [], "a name that the build does not find")

@@ -1,6 +1,7 @@
 #include "kestrinectl/inspect/TrashPlace.h"
 
 #include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/text/ShownPath.h"
 #include "platform/host/files/FileMark.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
@@ -18,23 +19,29 @@ bool isOnOneDevice(const std::string& one, const std::string& other) {
     return first && second && first->device == second->device;
 }
 
+TrashPlace impossible(const std::string& why) { return {false, "originals cannot go to the trash: " + why}; }
+
+TrashPlace unwritable(const std::string& what) {
+    return impossible(what + " is not writable; get write permission for it");
+}
+
 } // namespace
 
-std::string trashPlaceOf(const std::string& folder) {
+TrashPlace trashPlaceOf(const std::string& folder) {
     const std::string path = canonicalPath(absolutePath(folder)).native();
     const std::string dataHome = Environment::ofProcess().xdgDataHome();
     const std::string homeTrash = dataHome.empty() ? "" : joinedPath(dataHome, "Trash");
     if (!mayChangeFolder(path))
-        return "originals cannot go to the trash: the folder is not writable; get write permission for it";
+        return unwritable("the folder");
     if (!homeTrash.empty() && isOnOneDevice(path, homeTrash))
         return mayChangeFolder(existingPartOf(homeTrash))
-                   ? "originals go to " + homeTrash
-                   : "originals cannot go to the trash: " + homeTrash
-                         + " is not writable; get write permission for it";
+                   ? TrashPlace{true, "originals go to " + shownPath(homeTrash)}
+                   : unwritable(shownPath(homeTrash));
     const Result<std::string> top = topFolderOf(path);
     if (!top)
-        return "originals cannot go to the trash: the file system of the folder cannot be determined";
-    return "originals go to the trash of the file system at " + *top + ", or else as copies to " + homeTrash;
+        return impossible("the file system of the folder cannot be determined");
+    return {true, "originals go to the trash of the file system at " + shownPath(*top)
+                      + ", or else as copies to " + shownPath(homeTrash)};
 }
 
 } // namespace kestrine

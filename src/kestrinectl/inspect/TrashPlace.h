@@ -5,7 +5,12 @@
 
 namespace kestrine {
 
-/// A sentence for people. Creates nothing.
-std::string trashPlaceOf(const std::string& folder);
+struct TrashPlace {
+    bool isPossible = false;
+    std::string text; ///< for people: where they go, or why they cannot
+};
+
+/// Creates nothing.
+TrashPlace trashPlaceOf(const std::string& folder);
 
 } // namespace kestrine
