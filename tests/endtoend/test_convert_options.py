@@ -3,15 +3,17 @@ import io
 import json
 import os
 import re
+import resource
 import shutil
 import subprocess
 import time
+import unittest
 
 import numpy
 from PIL import Image, ImageCms, ImageOps
 
 import pictures
-from tools import JPEG, PNG, TIFF, ToolTest, exiftool, main, messages_of
+from tools import JPEG, PNG, TIFF, ToolTest, exiftool, is_sanitized, main, messages_of
 
 WIDE_PROFILE = pictures.wide_icc()
 
@@ -814,6 +816,23 @@ class Streams(ConvertByOptions):
         self.assertEqual((written, messages.splitlines()), (b"", [
             "kestrinectl: standard input: the file is in no picture format that is known here",
             "kestrinectl: the picture could not be converted as requested"]))
+
+    @unittest.skipIf(is_sanitized(), "sanitizers need more address space than the limit")
+    def test_input_that_would_fill_the_memory_is_refused(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_AS, (500 << 20, 500 << 20))
+
+        with open("/dev/zero", "rb") as endless:
+            done = self.kestrinectl("convert", "--longest", "30", "-", stdin=endless, preexec_fn=limit)
+        self.assertEqual((done.returncode, done.stdout), (1, b""))
+        self.assertRegex(done.stderr.decode(), r"\Akestrinectl: standard input cannot be read: it has more than [\d.]+ MB, half of the "
+                         r"memory that is available; save it as a file and convert that\n\Z")
+
+    def test_a_folder_as_input_is_an_error(self):
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        done = self.kestrinectl("convert", "--longest", "30", "-", stdin=folder)
+        self.assertEqual((done.returncode, done.stderr), (1, b"kestrinectl: standard input cannot be read: Is a directory\n"))
 
     def test_it_stands_alone_and_has_one_result(self):
         for arguments in (("--longest", "30", "a.png"), ("--longest", "30,60"), ("--longest", "30", "--out", "x"),

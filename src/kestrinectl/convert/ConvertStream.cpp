@@ -3,11 +3,17 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertOutcome.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/ShownNumbers.h"
+#include "platform/host/files/MemoryFile.h"
+#include "platform/host/process/AvailableMemory.h"
 #include "platform/host/process/StandardOutput.h"
 #include "platform/host/process/Terminal.h"
 
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <iostream>
-#include <iterator>
 
 namespace kestrine {
 
@@ -15,12 +21,32 @@ namespace {
 
 constexpr const char* shownInput = "standard input";
 
-Bytes standardInput() {
-    Bytes bytes;
-    char part[1 << 16];
-    while (std::cin.read(part, sizeof part) || std::cin.gcount() > 0)
-        bytes.insert(bytes.end(), part, part + std::cin.gcount());
-    return bytes;
+[[noreturn]] void throwUnreadable(const std::string& reason) {
+    throw CommandError(std::string(shownInput) + " cannot be read: " + reason);
+}
+
+/// All of standard input, in a file in memory, which the process that decodes can read without a copy of its
+/// own. Half of the available memory is left for decoding.
+std::shared_ptr<const ByteReader> standardInput() {
+    const std::uint64_t limit = availableMemory() / 2;
+    Result<MemoryFile> copy = MemoryFile::create();
+    std::uint64_t size = 0;
+    std::array<char, 1 << 16> part;
+    while (copy && (std::cin.read(part.data(), part.size()) || std::cin.gcount() > 0)) {
+        const auto count = static_cast<std::size_t>(std::cin.gcount());
+        const ByteView bytes(reinterpret_cast<const std::uint8_t*>(part.data()), count);
+        if (Result<void> written = copy->write(bytes, size); !written)
+            throwUnreadable(written.failure().text);
+        size += count;
+        if (size > limit)
+            throwUnreadable("it has more than " + shownBytes(limit)
+                            + ", half of the memory that is available; save it as a file and convert that");
+    }
+    if (std::ferror(stdin) != 0)
+        throwUnreadable(std::strerror(errno));
+    if (!copy)
+        throwUnreadable(copy.failure().text);
+    return readerOfFile(std::move(*copy).release(), size);
 }
 
 void writeToStandardOutput(const NSData& data) {
@@ -36,7 +62,7 @@ void writeToStandardOutput(const NSData& data) {
 void convertStream(const ConversionRecipe& recipe, JobPolicy policy, ConvertDetail detail) {
     if (isTerminal(OutputStream::standardOutput))
         throw CommandError("the result is a picture; redirect standard output to a file", 2);
-    const ResizeJob job{.recipes = {recipe}, .policy = policy, .content = readerOfBytes(standardInput())};
+    const ResizeJob job{.recipes = {recipe}, .policy = policy, .content = standardInput()};
     const JobOutcome outcome = runJob(job).front();
     ConvertResult result{.source = shownInput};
     addOutcome(result, {shownInput, "", std::nullopt}, recipe, outcome);

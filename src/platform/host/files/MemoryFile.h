@@ -18,6 +18,9 @@ public:
 
     int number() const { return file_.number(); }
 
+    /// The descriptor, which the caller owns from now on.
+    FileDescriptor release() && { return std::move(file_); }
+
     /// Writes all of `bytes` at `offset`.
     Result<void> write(ByteView bytes, std::uint64_t offset) const;
     /// Fails with truncated if the file ends before.
