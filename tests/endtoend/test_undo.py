@@ -207,6 +207,20 @@ class WhatStays(Undo):
         self.assertIn(f"{self.folder}/a.png: the original is no longer in the trash", self.undo(status=1))
         self.assertEqual(self.state(), result)
 
+    def test_a_trash_that_cannot_be_read_is_not_taken_for_an_emptied_one(self):
+        self.picture("a.png")
+        before = self.state()
+        self.replace("a.png")
+        replaced, records, hidden = self.state(), self.trash / "info", self.trash / "hidden"
+        records.rename(hidden)
+        records.symlink_to("info")
+        self.assertIn(f"{self.folder}/a.png: cannot open the folder {records}: Too many levels of symbolic links", self.undo(status=1))
+        self.assertEqual(self.state(), replaced)
+        records.unlink()
+        hidden.rename(records)
+        self.undo()
+        self.assertEqual(self.state(), before)
+
     def test_nothing_to_undo_is_an_error(self):
         self.assertIn("nothing to undo", self.undo(status=1))
         self.picture("a.png")

@@ -66,8 +66,12 @@ class Runner:
 
     def check(self, outcome, *disturbed):
         outcome.disturbed.update(disturbed)
-        return invariants.violations(self.scenario, self.world, self.expected, self.expected_stdout,
-                                     self.world.snapshot(), outcome)
+        found = invariants.violations(self.scenario, self.world, self.expected, self.expected_stdout,
+                                      self.world.snapshot(), outcome)
+        if self.scenario.can_be_undone:
+            messages = self.world.undo(self.scenario)
+            found += invariants.violations_after_undo(self.scenario, outcome, self.world.snapshot(), messages)
+        return found
 
     # Each kind of fault is a function that returns the sentences about what does not hold; None if the fault did not
     # come to pass.

@@ -64,9 +64,10 @@ def is_whole_page(content):
     return content.startswith(b"<!DOCTYPE html>") and content.endswith(b"</html>\n")
 
 
-def new_files(scenario, expected, trash, after, outcome):
+def new_files(scenario, world, expected, trash, after, outcome):
     """Every new file is a whole result, belongs to the trash, or is left by a process that was killed."""
     results = {content for path, content in expected.items() if path not in scenario.files or scenario.replaces}
+    results |= set(world.given.values())
     for path, content in after.items():
         if scenario.files.get(path) == content or path in trash.paths:
             continue
@@ -121,6 +122,8 @@ def truthful_output(scenario, world, expected, expected_stdout, trash, after, ou
         yield f"it succeeded with other lines: {outcome.stdout[:200]!r}"
     if scenario.changes_presets:
         yield from truthful_presets(expected, after, outcome)
+    elif scenario.undoes:
+        yield from truthful_undo(scenario, after, outcome)
     else:
         yield from truthful_results(scenario, world, expected, trash, after, outcome)
 
@@ -133,6 +136,34 @@ def truthful_presets(expected, after, outcome):
         return
     if outcome.status != 0 and b"to the disk" not in outcome.stderr and b"could not be written" not in outcome.stderr:
         yield f"it failed, but the presets are changed: {outcome.stderr[:200]!r}"
+
+
+def missing_originals(scenario, after):
+    return [path for path, content in scenario.files.items() if after.get(path) != content]
+
+
+def results_left(scenario, after):
+    """The results in the folder of the pictures."""
+    return [path for path in after if path.startswith(scenario.folder + "/") and path not in scenario.files
+            and not TEMPORARY.search(path)]
+
+
+def truthful_undo(scenario, after, outcome):
+    missing = missing_originals(scenario, after)
+    if outcome.status == 0 and missing:
+        yield f"it succeeded, but {missing[0]} is not back"
+    if outcome.status == 0 and results_left(scenario, after):
+        yield f"it succeeded, but {results_left(scenario, after)[0]} is still there"
+
+
+def violations_after_undo(scenario, outcome, after, messages):
+    """What does not hold when a run has been undone without faults, whatever failed before. A result whose original could
+    not go to the trash has replaced nothing, and stays."""
+    for path in missing_originals(scenario, after):
+        yield f"{path} is not brought back by undo: {messages[:200]!r}"
+    if b"could not be moved to the trash" not in outcome.stderr and "stderr" not in outcome.disturbed:
+        for path in results_left(scenario, after):
+            yield f"{path} is left by undo: {messages[:200]!r}"
 
 
 def truthful_results(scenario, world, expected, trash, after, outcome):
@@ -193,7 +224,7 @@ def violations_despite(scenario, world, newcomer, after, outcome):
 def violations(scenario, world, expected, expected_stdout, after, outcome):
     """All sentences about what does not hold."""
     trash = Trash(world, after)
-    found = [*originals(scenario, trash, after, outcome), *new_files(scenario, expected, trash, after, outcome),
+    found = [*originals(scenario, trash, after, outcome), *new_files(scenario, world, expected, trash, after, outcome),
              *trash_entries(scenario, trash, outcome)]
     if scenario.is_quiet:
         return found + list(quiet_output(scenario, expected_stdout, outcome))

@@ -44,14 +44,18 @@ ACTIONS = {
 
 
 class Scenario:
-    """A command in a world. `folder` holds the pictures and is the current folder."""
+    """A command in a world. `folder` holds the pictures and is the current folder. `earlier` is a command that has run
+    before, without faults."""
 
-    def __init__(self, name, program, *arguments, folder="home/pictures", replaces=False, more=None, blocked=False):
+    def __init__(self, name, program, *arguments, folder="home/pictures", replaces=False, more=None, blocked=False, earlier=()):
         self.name = name
         self.command = [str(BIN / program), *arguments]
+        self.earlier = [str(BIN / program), *earlier] if earlier else []
+        self.undoes = arguments[0] == "undo"
+        self.can_be_undone = replaces and program == "kestrinectl" # by a further command
         self.is_quiet = program == "kestrine"
         self.changes_presets = arguments[0] == "sets"
-        self.makes_pictures = arguments[0] != "desktop"
+        self.makes_pictures = arguments[0] not in ("desktop", "undo")
         self.page = f"{folder}/page.html" if arguments[0] == "compare" else None
         self.folder = folder
         self.replaces = replaces
@@ -68,6 +72,7 @@ def scenarios():
     taken = {"home/pictures/W/a.jpg": b"an older result"}
     album = {"volume/pictures/album/one.jpg": A_JPEG, "volume/pictures/album/sub/two.png": B_PNG}
     away = "volume/pictures"
+    replacing = ("convert", "--set", "R", "-j1", *pictures_)
     return [
         Scenario("replace", "kestrine", "-set", "R", *pictures_, replaces=True),
         Scenario("folder", "kestrine", "-set", "W", *pictures_, more=taken),
@@ -77,9 +82,10 @@ def scenarios():
         Scenario("album-by-copy", "kestrine", "-set", "R", "album", folder=away, replaces=True, blocked=True, more=album),
         Scenario("convert", "kestrinectl", "convert", "--set", "W", "-j1", *pictures_, more=taken),
         Scenario("convert-update", "kestrinectl", "convert", "--set", "W", "--update", "-j1", *pictures_, more=taken),
-        Scenario("convert-replace", "kestrinectl", "convert", "--set", "R", "-j1", *pictures_, replaces=True),
-        Scenario("convert-replace-by-copy", "kestrinectl", "convert", "--set", "R", "-j1", *pictures_, folder=away,
-                 replaces=True, blocked=True),
+        Scenario("convert-replace", "kestrinectl", *replacing, replaces=True),
+        Scenario("convert-replace-by-copy", "kestrinectl", *replacing, folder=away, replaces=True, blocked=True),
+        Scenario("undo", "kestrinectl", "undo", replaces=True, earlier=replacing),
+        Scenario("undo-by-copy", "kestrinectl", "undo", folder=away, replaces=True, blocked=True, earlier=replacing),
         Scenario("convert-together", "kestrinectl", "convert", "--set", "W", "-j2", *pictures_),
         Scenario("compare", "kestrinectl", "compare", "--quality", "40,80", "-o", "page.html", "a.jpg"),
         Scenario("sets-add", "kestrinectl", "sets", "add", "New", "--longest", "100"),
@@ -95,6 +101,7 @@ class World:
 
     def __init__(self, base):
         self.base = Path(base)
+        self.given = {} # the contents of all files before the command, by their path relative to the base
 
     def mount(self):
         """Makes the world a mount of its own, so that its trashes are in it, and mounts a second file system in it.
@@ -119,6 +126,18 @@ class World:
         for path, content in scenario.files.items():
             (self.base / path).parent.mkdir(parents=True, exist_ok=True)
             (self.base / path).write_bytes(content)
+        self.given = dict(scenario.files)
+        if scenario.earlier:
+            self.run(scenario, scenario.earlier)
+            self.given = self.snapshot()
+
+    def run(self, scenario, command):
+        """Runs a command without faults. Returns its messages."""
+        done = subprocess.run(command, cwd=self.base / scenario.folder, env=self.environment(scenario), capture_output=True)
+        return done.stderr
+
+    def undo(self, scenario):
+        return self.run(scenario, [str(BIN / "kestrinectl"), "undo"])
 
     def environment(self, scenario):
         """A build that counts coverage keeps the counts of these runs elsewhere: a fault while they are written would spoil

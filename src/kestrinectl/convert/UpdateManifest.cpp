@@ -65,7 +65,7 @@ CommandError anotherFile(const std::string& path) {
 
 std::string headerLine() { return ordered_json{{"manifest", manifestVersion}}.dump(); }
 
-std::string text(const json& object, const char* key) { return textFromJSON(object.at(key)).value(); }
+std::string text(const json& object, const char* key) { return textIn(object.at(key)); }
 
 } // namespace
 
@@ -137,7 +137,7 @@ void UpdateManifest::read(const std::string& line) {
                 made.files.push_back(madeFile(file));
             add(path(object, "made"), std::move(made));
         }
-    } catch (const std::exception&) {
+    } catch (const json::exception&) {
         return;
     }
 }

@@ -40,7 +40,7 @@ PlannedTreatment treatmentOf(const json& object) {
         sets.push_back(setFromJSON(set, "a set of the plan"));
     std::vector<std::string> words;
     for (const json& word : object.at("options"))
-        words.push_back(textFromJSON(word).value());
+        words.push_back(textIn(word));
     PlannedTreatment planned{.treatment = treatmentOf(std::move(words)), .recipes = {}};
     planned.recipes = recipesFor(planned.treatment.options, sets);
     if (replacesFiles(planned.recipes))

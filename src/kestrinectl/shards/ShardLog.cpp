@@ -34,19 +34,17 @@ LineLog openLog(const std::string& path, ShardLog::WhenBusy whenBusy) {
     return *std::move(log);
 }
 
-std::string text(const json& value) { return textFromJSON(value).value(); }
-
 LoggedResult resultFromJSON(const json& object) {
-    return {.path = text(object.at("path")),
+    return {.path = textIn(object.at("path")),
             .bytes = object.at("bytes").get<std::uint64_t>(),
             .content = {object.at("digest").get<std::uint64_t>(), object.at("modified").get<std::int64_t>()}};
 }
 
 LoggedFile fileFromJSON(const json& object) {
     LoggedFile file{.record = object.at("record").get<std::uint64_t>(),
-                    .source = text(object.at("source")),
+                    .source = textIn(object.at("source")),
                     .isDone = object.at("status") != "failed",
-                    .reason = object.at("reason").is_null() ? "" : text(object.at("reason")),
+                    .reason = object.at("reason").is_null() ? "" : textIn(object.at("reason")),
                     .results = {}};
     for (const json& result : object.at("outputs"))
         file.results.push_back(resultFromJSON(result));
@@ -73,7 +71,7 @@ LogLine readLogLine(const std::string& line) {
             return {.plan = object.at("log").at("plan").get<std::uint64_t>(), .file = {}};
         if (object.contains("record"))
             return {.plan = {}, .file = fileFromJSON(object)};
-    } catch (const std::exception&) {
+    } catch (const json::exception&) {
         return {};
     }
     return {};

@@ -49,4 +49,11 @@ std::optional<std::string> textFromJSON(const json& value) {
     return bytesOfHex(value["bytes"].get<std::string>());
 }
 
+std::string textIn(const json& value) {
+    std::optional<std::string> text = textFromJSON(value);
+    if (!text)
+        throw json::type_error::create(302, "a text is missing", &value);
+    return *std::move(text);
+}
+
 } // namespace kestrine

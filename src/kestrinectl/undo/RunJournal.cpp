@@ -91,7 +91,7 @@ ordered_json toJSON(const ReplacedFile& file) {
 
 /// Throws json::exception for anything else than toJSON() gives.
 ReplacedFile replacedFile(const json& object) {
-    const auto text = [&](const char* key) { return textFromJSON(object.at(key)).value(); };
+    const auto text = [&](const char* key) { return textIn(object.at(key)); };
     return {.original = text("original"),
             .mark = {object.at("device"), object.at("inode"), object.at("bytes"), object.at("modified")},
             .result = text("result"),
@@ -109,7 +109,7 @@ public:
     void read(const std::string& line) {
         try {
             take(json::parse(line));
-        } catch (const std::exception&) { // the line is not from here
+        } catch (const json::exception&) { // the line is not from here
             return;
         }
     }
@@ -129,12 +129,12 @@ private:
             add(replacedFile(line.at("replace")));
         } else if (line.contains("bringBack")) {
             if (ReplacedFile* file = fileAt(line.at("bringBack")))
-                file->broughtBackAs = textFromJSON(line.at("as")).value();
+                file->broughtBackAs = textIn(line.at("as"));
         } else if (line.contains("replaced")) {
             if (ReplacedFile* file = fileAt(line.at("replaced")))
                 file->isReplaced = true;
         } else if (line.contains("notReplaced")) {
-            withdraw(textFromJSON(line.at("notReplaced")).value());
+            withdraw(textIn(line.at("notReplaced")));
         } else {
             run_.isUndone = run_.isUndone || line.contains("undone");
         }
@@ -151,7 +151,7 @@ private:
 
     /// The file whose original has this path; null if there is none.
     ReplacedFile* fileAt(const json& original) {
-        const auto found = positions_.find(textFromJSON(original).value());
+        const auto found = positions_.find(textIn(original));
         return found == positions_.end() ? nullptr : &run_.files[found->second];
     }
 

@@ -10,24 +10,30 @@ namespace kestrine {
 
 namespace {
 
+bool isAbsent(const Failure& failure) {
+    return failure.reason == Reason::notFound || failure.reason == Reason::notRegularFile;
+}
+
 /// Whether the original of `file` is at `path`.
-bool isOriginal(const ReplacedFile& file, const std::string& path) {
+Result<bool> isOriginal(const ReplacedFile& file, const std::string& path) {
     const Result<FileMark> mark = markOfItem(path);
+    if (!mark && !isAbsent(mark.failure()))
+        return mark.failure();
     if (!mark || !mark->looksLike(file.mark))
         return false;
-    const bool isSameItem = mark->device == file.mark.device && mark->inode == file.mark.inode;
-    const Result<ContentDigest> content = isSameItem ? Failure{Reason::empty, ""} : digestOfFile(path);
-    return !content || *content != file.content; // a copy from another file system, not the result
+    if (mark->device == file.mark.device && mark->inode == file.mark.inode)
+        return true;
+    return TRY(digestOfFile(path)) != file.content; // a copy from another file system, not the result
 }
 
-bool isUntouchedResult(const ReplacedFile& file) {
+/// Removes the result if it is still what was written. An edited one stays, and what is absent is no failure.
+Result<void> removeResult(const ReplacedFile& file) {
     const Result<ContentDigest> content = digestOfFile(file.result);
-    return content && *content == file.content;
-}
-
-void removeResult(const ReplacedFile& file) {
-    if (isUntouchedResult(file))
-        (void)removeFile(file.result);
+    if (content && *content == file.content)
+        return removeFile(file.result);
+    if (!content && !isAbsent(content.failure()))
+        return content.failure();
+    return {};
 }
 
 void makeFolderOf(const std::string& path) {
@@ -37,23 +43,28 @@ void makeFolderOf(const std::string& path) {
 
 } // namespace
 
-/// The item itself if it was moved there, else one that looks like it.
-std::optional<TrashedItem> Undo::inTrash(const ReplacedFile& file) {
+/// The item itself if it was moved there, else one that looks like it. Fails if it may be there.
+Result<std::optional<TrashedItem>> Undo::inTrash(const ReplacedFile& file) {
+    FoundItems found = trash_.itemsFrom(file.original);
     std::optional<TrashedItem> alike;
-    for (const TrashedItem& item : trash_.itemsFrom(file.original)) {
+    for (const TrashedItem& item : found.items) {
         const Result<FileMark> mark = markOfItem(item.path);
         if (mark && *mark == file.mark)
-            return item;
+            return std::optional(item);
         if (mark && mark->looksLike(file.mark))
             alike = item;
+        if (!mark && !isAbsent(mark.failure()))
+            found.obstacle = mark.failure();
     }
+    if (!alike && found.obstacle)
+        return *found.obstacle;
     return alike;
 }
 
 /// An interrupted undo may have left the record of an original that is back.
 void Undo::noteTaken(const ReplacedFile& file) {
-    for (const TrashedItem& item : trash_.itemsFrom(file.original))
-        if (!markOfItem(item.path))
+    for (const TrashedItem& item : trash_.itemsFrom(file.original).items)
+        if (const Result<FileMark> mark = markOfItem(item.path); !mark && isAbsent(mark.failure()))
             taken_.push_back(item);
     folders_.insert(folderOf(file.original));
 }
@@ -61,20 +72,26 @@ void Undo::noteTaken(const ReplacedFile& file) {
 void Undo::settle() { removeRecords(taken_, folders_); }
 
 UndoneFile Undo::takeBack(const ReplacedFile& file) {
+    Result<UndoneFile> undone = takenBack(file);
+    return undone ? *std::move(undone) : UndoneFile{UndoneFile::Kind::failed, "", undone.failure().text};
+}
+
+Result<UndoneFile> Undo::takenBack(const ReplacedFile& file) {
+    using Kind = UndoneFile::Kind;
     if (!file.hidden.empty())
         (void)removeFile(file.hidden);
-    if (isOriginal(file, file.original)) {
+    if (TRY(isOriginal(file, file.original))) {
         if (file.isReplaced && file.result != file.original) // it came back in another way
-            removeResult(file);
+            TRY(removeResult(file));
         noteTaken(file);
-        return {UndoneFile::Kind::inPlace, file.original, ""};
+        return UndoneFile{Kind::inPlace, file.original, ""};
     }
-    if (!file.broughtBackAs.empty() && isOriginal(file, file.broughtBackAs))
-        return {UndoneFile::Kind::beside, file.broughtBackAs, ""};
-    const std::optional<TrashedItem> item = inTrash(file);
+    if (!file.broughtBackAs.empty() && TRY(isOriginal(file, file.broughtBackAs)))
+        return UndoneFile{Kind::beside, file.broughtBackAs, ""};
+    const std::optional<TrashedItem> item = TRY(inTrash(file));
     if (!item)
-        return {UndoneFile::Kind::emptied, "", ""};
-    removeResult(file);
+        return UndoneFile{Kind::emptied, "", ""};
+    TRY(removeResult(file));
     return bringBack(file, *item, itemExists(file.result));
 }
 
@@ -86,18 +103,15 @@ Result<std::string> Undo::placeFor(const ReplacedFile& file) {
     return path;
 }
 
-UndoneFile Undo::bringBack(const ReplacedFile& file, const TrashedItem& item, bool isEdited) {
+Result<UndoneFile> Undo::bringBack(const ReplacedFile& file, const TrashedItem& item, bool isEdited) {
     using Kind = UndoneFile::Kind;
     makeFolderOf(file.original);
-    const Result<std::string> place = placeFor(file);
-    if (!place)
-        return {Kind::failed, "", place.failure().text};
-    if (const Result<void> moved = takeOutOfTrash(item, *place); !moved)
-        return {Kind::failed, "", moved.failure().text};
+    const std::string place = TRY(placeFor(file));
+    TRY(takeOutOfTrash(item, place));
     taken_.push_back(item);
-    folders_.insert(folderOf(*place));
-    const Kind kind = isEdited ? Kind::beside : *place != file.original ? Kind::renamed : Kind::back;
-    return {kind, *place, ""};
+    folders_.insert(folderOf(place));
+    const Kind kind = isEdited ? Kind::beside : place != file.original ? Kind::renamed : Kind::back;
+    return UndoneFile{kind, place, ""};
 }
 
 } // namespace kestrine

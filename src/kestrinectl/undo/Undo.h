@@ -33,8 +33,9 @@ public:
 
 private:
     void noteTaken(const ReplacedFile& file);
-    std::optional<TrashedItem> inTrash(const ReplacedFile& file);
-    UndoneFile bringBack(const ReplacedFile& file, const TrashedItem& item, bool isEdited);
+    Result<std::optional<TrashedItem>> inTrash(const ReplacedFile& file);
+    Result<UndoneFile> takenBack(const ReplacedFile& file);
+    Result<UndoneFile> bringBack(const ReplacedFile& file, const TrashedItem& item, bool isEdited);
     Result<std::string> placeFor(const ReplacedFile& file);
 
     PastRun& run_;

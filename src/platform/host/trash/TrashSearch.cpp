@@ -18,13 +18,10 @@ namespace {
 constexpr std::string_view recordEnding = ".trashinfo";
 constexpr std::uint64_t maxRecordBytes = 1 << 16;
 
-/// The original path in a record; "" if it cannot be read.
-std::string recordedPath(const std::string& record, const std::string& topFolder) {
-    const Result<Bytes> content = readSmallFile(record, maxRecordBytes);
-    if (!content)
-        return "";
-    const std::string text(content->begin(), content->end());
-    const std::string path = originalPathIn(text).value_or("");
+/// The original path in a record; "" if the record is not valid.
+Result<std::string> recordedPath(const std::string& record, const std::string& topFolder) {
+    const Bytes content = TRY(readSmallFile(record, maxRecordBytes));
+    const std::string path = originalPathIn(std::string(content.begin(), content.end())).value_or("");
     return path.empty() || path.starts_with('/') ? path : joinedPath(topFolder, path);
 }
 
@@ -45,44 +42,63 @@ Result<void> copyOut(const FolderEntry& from, const FolderEntry& to) {
 
 } // namespace
 
-const TrashSearch::Items& TrashSearch::itemsOf(const std::string& trash, const std::string& topFolder) {
-    const auto [place, isNew] = trashes_.try_emplace(trash);
-    const Result<FileDescriptor> info =
-        isNew ? openFolder(trash + "/info") : Failure{Reason::alreadyExists, ""};
+/// What is absent, and what no trash makes, hides no item.
+void TrashSearch::Records::note(const Failure& failure) {
+    const bool hidesNothing = failure.reason == Reason::notFound || failure.reason == Reason::tooLarge
+                              || failure.reason == Reason::notRegularFile;
+    if (!hidesNothing && !obstacle)
+        obstacle = failure;
+}
+
+void TrashSearch::Records::read(const std::string& trash, const std::string& topFolder) {
+    const Result<FileDescriptor> info = openFolder(trash + "/info");
     const Result<std::vector<std::string>> names =
         info ? namesIn(info->number()) : Result<std::vector<std::string>>(info.failure());
     if (!names)
-        return place->second;
+        return note(names.failure());
     for (const std::string& name : *names) {
         if (!name.ends_with(recordEnding))
             continue;
         const std::string record = trash + "/info/" + name;
         const std::string item = name.substr(0, name.size() - recordEnding.size());
-        if (const std::string path = recordedPath(record, topFolder); !path.empty())
-            place->second.emplace(path, TrashedItem{trash + "/files/" + item, record});
+        const Result<std::string> path = recordedPath(record, topFolder);
+        if (!path)
+            note(path.failure());
+        else if (!path->empty())
+            items.emplace(*path, TrashedItem{trash + "/files/" + item, record});
     }
+}
+
+const TrashSearch::Records& TrashSearch::recordsOf(const std::string& trash, const std::string& topFolder) {
+    const auto [place, isNew] = trashes_.try_emplace(trash);
+    if (isNew)
+        place->second.read(trash, topFolder);
     return place->second;
 }
 
-std::vector<TrashedItem> TrashSearch::itemsFrom(const std::string& path) {
-    std::vector<TrashedItem> found;
+FoundItems TrashSearch::itemsFrom(const std::string& path) {
+    FoundItems found;
     const auto add = [&](const std::string& trash, const std::string& topFolder) {
-        const Items& items = itemsOf(trash, topFolder);
-        for (auto [it, end] = items.equal_range(path); it != end; ++it)
-            found.push_back(it->second);
+        const Records& records = recordsOf(trash, topFolder);
+        for (auto [it, end] = records.items.equal_range(path); it != end; ++it)
+            found.items.push_back(it->second);
+        if (!found.obstacle)
+            found.obstacle = records.obstacle;
     };
     const std::string dataHome = environment_.xdgDataHome();
     if (!dataHome.empty())
         add(joinedPath(dataHome, "Trash"), "/");
-    const auto [top, isNew] = tops_.try_emplace(folderOf(path));
-    if (isNew)
-        if (const Result<std::string> folder = topFolderOf(folderOf(path)))
-            top->second = *folder;
-    if (top->second.empty())
-        return found;
-    const std::string user = std::to_string(::geteuid());
-    add(joinedPath(top->second, ".Trash/" + user), top->second);
-    add(joinedPath(top->second, ".Trash-" + user), top->second);
+    const std::string folder = folderOf(path);
+    auto top = tops_.find(folder);
+    if (top == tops_.end())
+        top = tops_.emplace(folder, topFolderOf(folder)).first;
+    if (const Result<std::string>& place = top->second; place) {
+        const std::string user = std::to_string(::geteuid());
+        add(joinedPath(*place, ".Trash/" + user), *place);
+        add(joinedPath(*place, ".Trash-" + user), *place);
+    } else if (place.failure().reason != Reason::notFound && !found.obstacle) {
+        found.obstacle = place.failure();
+    }
     return found;
 }
 

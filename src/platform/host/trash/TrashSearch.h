@@ -6,11 +6,17 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 namespace kestrine {
+
+struct FoundItems {
+    std::vector<TrashedItem> items;
+    std::optional<Failure> obstacle; ///< why there may be more: a part of a trash could not be read
+};
 
 /// Reads the records of each trash once, when it is needed first.
 class TrashSearch {
@@ -19,16 +25,22 @@ public:
 
     /// The items that were at `path` (absolute; without links in the folder part), those in the home trash
     /// first. Records without an item are listed as well.
-    std::vector<TrashedItem> itemsFrom(const std::string& path);
+    FoundItems itemsFrom(const std::string& path);
 
 private:
-    using Items = std::multimap<std::string, TrashedItem>; ///< by original path
+    struct Records {
+        std::multimap<std::string, TrashedItem> items; ///< by original path
+        std::optional<Failure> obstacle;
 
-    const Items& itemsOf(const std::string& trash, const std::string& topFolder);
+        void read(const std::string& trash, const std::string& topFolder);
+        void note(const Failure& failure);
+    };
+
+    const Records& recordsOf(const std::string& trash, const std::string& topFolder);
 
     Environment environment_;
-    std::map<std::string, Items> trashes_;    ///< by path
-    std::map<std::string, std::string> tops_; ///< the folders where the file systems of folders are mounted
+    std::map<std::string, Records> trashes_;          ///< by path
+    std::map<std::string, Result<std::string>> tops_; ///< where the file systems of folders are mounted
 };
 
 /// Moves an item out of the trash to `path`, whose name must be free (alreadyExists). An item of another file
