@@ -68,9 +68,12 @@ class Runner:
         outcome.disturbed.update(disturbed)
         found = invariants.violations(self.scenario, self.world, self.expected, self.expected_stdout,
                                       self.world.snapshot(), outcome)
+        if self.scenario.can_be_resumed:
+            messages = self.world.run(self.scenario, self.scenario.command)
+            found += invariants.violations_after_resuming(self.scenario, self.expected, self.world.snapshot(), messages)
         if self.scenario.can_be_undone:
             messages = self.world.undo(self.scenario)
-            found += invariants.violations_after_undo(self.scenario, outcome, self.world.snapshot(), messages)
+            found += invariants.violations_after_undo(self.scenario, self.world, outcome, self.world.snapshot(), messages)
         return found
 
     # Each kind of fault is a function that returns the sentences about what does not hold; None if the fault did not

@@ -3,7 +3,6 @@ import re
 
 from worlds import PREFERENCES_PATH, recorded_path
 
-STATE = "home/.local/state/kestrine/"
 TEMPORARY = re.compile(r"\.[0-9a-f]{16}\.kestrine-tmp$")
 
 
@@ -71,7 +70,7 @@ def new_files(scenario, world, expected, trash, after, outcome):
     for path, content in after.items():
         if scenario.files.get(path) == content or path in trash.paths:
             continue
-        if path == PREFERENCES_PATH and scenario.changes_presets or path.startswith(STATE):
+        if path == PREFERENCES_PATH and scenario.changes_presets or path.startswith(scenario.notes):
             continue
         if TEMPORARY.search(path.split("/")[-1]) or ".kestrine-tmp/" in path:
             if not outcome.may_leave_litter:
@@ -85,7 +84,8 @@ def new_files(scenario, world, expected, trash, after, outcome):
 def trash_entries(scenario, trash, outcome):
     """A crash may leave a record without an item, or an incomplete item with a record; nothing else may."""
     for sentence in trash.broken:
-        if not outcome.may_leave_litter or "without a record" in sentence:
+        is_for_later = outcome.may_leave_litter or (scenario.undoes and outcome.status == 1)  # the next undo removes it
+        if not is_for_later or "without a record" in sentence:
             yield sentence
     for original, place in trash.restorable:
         if TEMPORARY.search(place) and (not outcome.may_leave_litter or original in scenario.files):
@@ -110,7 +110,7 @@ def truthful_output(scenario, world, expected, expected_stdout, trash, after, ou
     """The status and the lines of `kestrinectl` agree with what happened."""
     if outcome.killed:
         return
-    if outcome.status not in (0, 1):
+    if outcome.status not in (0, 1) and not (outcome.status == 2 and after == world.given):
         yield f"the status is {outcome.status}"
     if outcome.status != 0 and not outcome.stderr and "stderr" not in outcome.disturbed:
         yield "it failed without a message"
@@ -156,19 +156,33 @@ def truthful_undo(scenario, after, outcome):
         yield f"it succeeded, but {results_left(scenario, after)[0]} is still there"
 
 
-def violations_after_undo(scenario, outcome, after, messages):
-    """What does not hold when a run has been undone without faults, whatever failed before. A result whose original could
-    not go to the trash has replaced nothing, and stays."""
+def violations_after_resuming(scenario, expected, after, messages):
+    """What does not hold when the same command has run again without faults: everything is as after one undisturbed run."""
+    def results(files):
+        return {path: content for path, content in files.items() if not path.startswith(scenario.notes) and not TEMPORARY.search(path)}
+
+    wanted, there = results(expected), results(after)
+    for path in sorted(wanted.keys() | there.keys()):
+        if wanted.get(path) != there.get(path):
+            what = "missing" if path not in there else "there" if path not in wanted else "different"
+            yield f"{path} is {what} after a second run: {messages[:200]!r}"
+
+
+def violations_after_undo(scenario, world, outcome, after, messages):
+    """What does not hold when a run has been undone without faults, whatever failed before. A result that replaced nothing,
+    since a call failed, stays."""
     for path in missing_originals(scenario, after):
         yield f"{path} is not brought back by undo: {messages[:200]!r}"
-    if b"could not be moved to the trash" not in outcome.stderr and "stderr" not in outcome.disturbed:
+    if outcome.killed or outcome.status == 0:
         for path in results_left(scenario, after):
             yield f"{path} is left by undo: {messages[:200]!r}"
+    if scenario.undoes and "cleaning" not in outcome.disturbed:
+        yield from Trash(world, after).broken
 
 
 def truthful_results(scenario, world, expected, trash, after, outcome):
     whole = {path: content for path, content in expected.items()
-             if scenario.files.get(path) != content and not path.startswith((STATE, "home/.local/share/Trash", "volume/.Trash", ".Trash"))}
+             if scenario.files.get(path) != content and not path.startswith((*scenario.notes, "home/.local/share/Trash", "volume/.Trash", ".Trash"))}
     missing = [path for path, content in whole.items() if after.get(path) != content]
     if outcome.status == 0 and missing:
         yield f"it succeeded, but {missing[0]} is not there"
@@ -183,7 +197,7 @@ def truthful_results(scenario, world, expected, trash, after, outcome):
     prints_results = scenario.makes_pictures and not scenario.page
     for line in outcome.stdout.decode().splitlines() if prints_results else []:
         name, arrow, path = line.partition(" -> ")
-        place = path.removeprefix("BASE/")
+        place = path.removeprefix("BASE/") if path.startswith("BASE/") else f"{scenario.folder}/{path}"
         if not arrow or place not in after or after[place] not in whole.values():
             yield f"it reports {line}, which is not there"
 
@@ -208,7 +222,7 @@ def violations_despite(scenario, world, newcomer, after, outcome):
     for path, content in after.items():
         if TEMPORARY.search(path):
             yield f"{path} is litter"
-        elif path.startswith(STATE):
+        elif path.startswith(scenario.notes):
             continue
         elif path not in scenario.files and path not in trash.paths and content not in scenario.files.values():
             is_whole = is_whole_page if path == scenario.page else is_whole_picture

@@ -47,17 +47,19 @@ class Scenario:
     """A command in a world. `folder` holds the pictures and is the current folder. `earlier` is a command that has run
     before, without faults."""
 
-    def __init__(self, name, program, *arguments, folder="home/pictures", replaces=False, more=None, blocked=False, earlier=()):
+    def __init__(self, name, program, *arguments, folder="home/pictures", replaces=False, more=None, blocked=False, earlier=None):
         self.name = name
         self.command = [str(BIN / program), *arguments]
-        self.earlier = [str(BIN / program), *earlier] if earlier else []
+        self.earlier = earlier
         self.undoes = arguments[0] == "undo"
-        self.can_be_undone = replaces and program == "kestrinectl" # by a further command
+        self.can_be_undone = replaces and program == "kestrinectl"  # by a further command
+        self.can_be_resumed = "--update" in arguments or arguments[0] == "run"  # by the same command
         self.is_quiet = program == "kestrine"
         self.changes_presets = arguments[0] == "sets"
         self.makes_pictures = arguments[0] not in ("desktop", "undo")
         self.page = f"{folder}/page.html" if arguments[0] == "compare" else None
         self.folder = folder
+        self.notes = ("home/.local/state/kestrine/", f"{folder}/plan")  # what the tool writes for later runs
         self.replaces = replaces
         self.files = {f"{folder}/a.jpg": A_JPEG, f"{folder}/b.png": B_PNG, f"{folder}/keep.txt": b"keep me",
                       PREFERENCES_PATH: PREFERENCES, **(more or {})}
@@ -73,6 +75,8 @@ def scenarios():
     album = {"volume/pictures/album/one.jpg": A_JPEG, "volume/pictures/album/sub/two.png": B_PNG}
     away = "volume/pictures"
     replacing = ("convert", "--set", "R", "-j1", *pictures_)
+    replaced = "kestrinectl " + " ".join(replacing)
+    planned = "kestrinectl plan --set W a.jpg b.png >plan"
     return [
         Scenario("replace", "kestrine", "-set", "R", *pictures_, replaces=True),
         Scenario("folder", "kestrine", "-set", "W", *pictures_, more=taken),
@@ -84,8 +88,9 @@ def scenarios():
         Scenario("convert-update", "kestrinectl", "convert", "--set", "W", "--update", "-j1", *pictures_, more=taken),
         Scenario("convert-replace", "kestrinectl", *replacing, replaces=True),
         Scenario("convert-replace-by-copy", "kestrinectl", *replacing, folder=away, replaces=True, blocked=True),
-        Scenario("undo", "kestrinectl", "undo", replaces=True, earlier=replacing),
-        Scenario("undo-by-copy", "kestrinectl", "undo", folder=away, replaces=True, blocked=True, earlier=replacing),
+        Scenario("undo", "kestrinectl", "undo", replaces=True, earlier=replaced),
+        Scenario("undo-by-copy", "kestrinectl", "undo", folder=away, replaces=True, blocked=True, earlier=replaced),
+        Scenario("run", "kestrinectl", "run", "-j1", "plan", more=taken, earlier=planned),
         Scenario("convert-together", "kestrinectl", "convert", "--set", "W", "-j2", *pictures_),
         Scenario("compare", "kestrinectl", "compare", "--quality", "40,80", "-o", "page.html", "a.jpg"),
         Scenario("sets-add", "kestrinectl", "sets", "add", "New", "--longest", "100"),
@@ -128,7 +133,7 @@ class World:
             (self.base / path).write_bytes(content)
         self.given = dict(scenario.files)
         if scenario.earlier:
-            self.run(scenario, scenario.earlier)
+            self.run(scenario, ["sh", "-ec", f'PATH="{BIN}:$PATH"\n{scenario.earlier}'])
             self.given = self.snapshot()
 
     def run(self, scenario, command):

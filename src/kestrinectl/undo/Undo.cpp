@@ -3,6 +3,7 @@
 #include "models/ResizeJob.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/PathParts.h"
+#include "platform/host/files/RemoveUnchanged.h"
 
 #include <filesystem>
 
@@ -24,16 +25,6 @@ Result<bool> isOriginal(const ReplacedFile& file, const std::string& path) {
     if (mark->device == file.mark.device && mark->inode == file.mark.inode)
         return true;
     return TRY(digestOfFile(path)) != file.content; // a copy from another file system, not the result
-}
-
-/// Removes the result if it is still what was written. An edited one stays, and what is absent is no failure.
-Result<void> removeResult(const ReplacedFile& file) {
-    const Result<ContentDigest> content = digestOfFile(file.result);
-    if (content && *content == file.content)
-        return removeFile(file.result);
-    if (!content && !isAbsent(content.failure()))
-        return content.failure();
-    return {};
 }
 
 void makeFolderOf(const std::string& path) {
@@ -69,7 +60,7 @@ void Undo::noteTaken(const ReplacedFile& file) {
     folders_.insert(folderOf(file.original));
 }
 
-void Undo::settle() { removeRecords(taken_, folders_); }
+Result<void> Undo::settle() { return removeRecords(taken_, folders_); }
 
 UndoneFile Undo::takeBack(const ReplacedFile& file) {
     Result<UndoneFile> undone = takenBack(file);
@@ -82,7 +73,7 @@ Result<UndoneFile> Undo::takenBack(const ReplacedFile& file) {
         (void)removeFile(file.hidden);
     if (TRY(isOriginal(file, file.original))) {
         if (file.isReplaced && file.result != file.original) // it came back in another way
-            TRY(removeResult(file));
+            TRY(removeIfContentIs(file.result, file.content));
         noteTaken(file);
         return UndoneFile{Kind::inPlace, file.original, ""};
     }
@@ -91,7 +82,7 @@ Result<UndoneFile> Undo::takenBack(const ReplacedFile& file) {
     const std::optional<TrashedItem> item = TRY(inTrash(file));
     if (!item)
         return UndoneFile{Kind::emptied, "", ""};
-    TRY(removeResult(file));
+    TRY(removeIfContentIs(file.result, file.content));
     return bringBack(file, *item, itemExists(file.result));
 }
 

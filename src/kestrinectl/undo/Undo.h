@@ -28,8 +28,8 @@ public:
     UndoneFile takeBack(const ReplacedFile& file);
 
     /// Call at the end: makes it certain that the originals are back, and removes their records from the
-    /// trash.
-    void settle();
+    /// trash. After a failure another undo of the run is needed for that.
+    Result<void> settle();
 
 private:
     void noteTaken(const ReplacedFile& file);

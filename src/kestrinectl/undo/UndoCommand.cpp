@@ -66,7 +66,7 @@ void undo(std::size_t number) {
     UndoCount count;
     for (const ReplacedFile& file : run.files) {
         if (const int signal = StopSignalsNoted::noted(); signal != 0) {
-            work.settle();
+            (void)work.settle(); // the next undo does what is missing
             throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)) + ": "
                                    + std::to_string(count.back) + " of "
                                    + counted(run.files.size(), "original") + " back; 'kestrinectl undo "
@@ -77,10 +77,11 @@ void undo(std::size_t number) {
         report(file, undone);
         count.add(undone);
     }
-    work.settle();
-    if (count.failures == 0)
-        if (const Result<void> noted = past.noteUndone(); !noted)
-            throw CommandError(noted.failure().text);
+    const Result<void> settled = work.settle();
+    const Result<void> noted = settled && count.failures == 0 ? past.noteUndone() : settled;
+    if (!noted)
+        throw CommandError(noted.failure().text + "; 'kestrinectl undo " + std::to_string(number)
+                           + "' tries again");
     const std::string line =
         name + ": " + counted(count.back, "original") + " back in place"
         + (count.inPlace > 0 ? ", " + std::to_string(count.inPlace) + " there already" : "");

@@ -115,14 +115,14 @@ Result<void> takeOutOfTrash(const TrashedItem& item, const std::string& path) {
     return {};
 }
 
-void removeRecords(const std::vector<TrashedItem>& items, const std::set<std::string>& folders) {
+Result<void> removeRecords(const std::vector<TrashedItem>& items, const std::set<std::string>& folders) {
     for (const std::string& path : folders) {
-        const Result<FileDescriptor> folder = openFolder(path);
-        if (!folder || !syncFolder(folder->number()))
-            return;
+        const FileDescriptor folder = TRY(openFolder(path));
+        TRY(syncFolder(folder.number()));
     }
     for (const TrashedItem& item : items)
         (void)removeFile(item.infoPath);
+    return {};
 }
 
 } // namespace kestrine

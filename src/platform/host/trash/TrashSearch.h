@@ -49,7 +49,7 @@ private:
 Result<void> takeOutOfTrash(const TrashedItem& item, const std::string& path);
 
 /// Syncs the folders that items were moved to, and removes the records of the items. For many items at once,
-/// because syncing takes long. If a folder cannot be synced, the records stay.
-void removeRecords(const std::vector<TrashedItem>& items, const std::set<std::string>& folders);
+/// because syncing takes long. Fails if a folder cannot be synced; then the records stay.
+Result<void> removeRecords(const std::vector<TrashedItem>& items, const std::set<std::string>& folders);
 
 } // namespace kestrine

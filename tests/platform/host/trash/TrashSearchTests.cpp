@@ -31,7 +31,7 @@ TEST_F(TrashSearching, anItemIsFoundByItsPlaceAndTakenOutAsItWas) {
     const std::vector<TrashedItem> items = TrashSearch(environment_).itemsFrom(path).items;
     ASSERT_EQ(items.size(), 1);
     EXPECT_TRUE(takeOutOfTrash(items.front(), path));
-    removeRecords(items, {work_});
+    EXPECT_TRUE(removeRecords(items, {work_}));
     EXPECT_EQ(readFile(path), "picture");
     EXPECT_EQ(modifiedOf(path), modified);
     EXPECT_TRUE(isEmptyTrash(trash_));
@@ -41,7 +41,7 @@ TEST_F(TrashSearching, aRecordStaysWhileItsItemMayBeLost) {
     const std::string path = folder_.write("work/a.jpg", "picture");
     const TrashedItem item = *trash(path);
     ASSERT_TRUE(takeOutOfTrash(item, path));
-    removeRecords({item}, {work_ + "/absent"});
+    EXPECT_FALSE(removeRecords({item}, {work_ + "/absent"}));
     EXPECT_TRUE(std::filesystem::exists(item.infoPath));
 }
 
@@ -104,7 +104,7 @@ TEST_F(TrashSearching, itemsOfOtherFileSystemsAreFoundInTheirOwnTrashAndInTheHom
         const TrashedItem own = TrashSearch(environment_).itemsFrom(path).items.at(0);
         EXPECT_TRUE(own.path.starts_with(work_ + "/volume/.Trash-")) << own.path;
         ASSERT_TRUE(takeOutOfTrash(own, path));
-        removeRecords({own}, {work_ + "/volume"});
+        EXPECT_TRUE(removeRecords({own}, {work_ + "/volume"}));
 
         std::filesystem::remove_all(std::filesystem::path(own.path).parent_path().parent_path());
         folder_.write("work/volume/.Trash-" + std::to_string(::geteuid()), "in the way");
@@ -112,7 +112,7 @@ TEST_F(TrashSearching, itemsOfOtherFileSystemsAreFoundInTheirOwnTrashAndInTheHom
         const TrashedItem copied = TrashSearch(environment_).itemsFrom(path).items.at(0);
         EXPECT_TRUE(copied.path.starts_with(trash_)) << copied.path;
         EXPECT_TRUE(takeOutOfTrash(copied, path));
-        removeRecords({copied}, {work_ + "/volume"});
+        EXPECT_TRUE(removeRecords({copied}, {work_ + "/volume"}));
         EXPECT_EQ(readFile(path), "picture");
         EXPECT_TRUE(isEmptyTrash(trash_));
     });
