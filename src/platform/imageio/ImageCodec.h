@@ -10,6 +10,8 @@
 #include "platform/imageio/FileContents.h"
 #include "platform/imageio/Resolution.h"
 
+#include <algorithm>
+#include <cmath>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -82,7 +84,7 @@ enum class Effort : std::uint8_t { fast, normal, max };
 
 /// What an encoder writes besides the pixels. Pointers may be null; what they point to must outlive the call.
 struct EncodingOptions {
-    double quality = 0;              ///< JPEG, WebP, AVIF, JPEG XL: 0 to 1; any other number is accepted
+    double quality = 0;              ///< JPEG, WebP, AVIF, JPEG XL: 0 to 1; see percent() for other numbers
     bool isLossless = false;         ///< WebP, AVIF, JPEG XL: exact, whatever the quality
     bool isProgressive = false;      ///< JPEG: shows the whole picture early, and is a little smaller
     Effort effort = Effort::normal;  ///< PNG, WebP, AVIF, JPEG XL
@@ -91,6 +93,9 @@ struct EncodingOptions {
     const ColorProfile* profile = nullptr; ///< embedded if the format can hold it
     ByteView exif;                         ///< JPEG: a complete EXIF block, which begins with the TIFF header
     ByteView colorTable;                   ///< GIF: red, green and blue of each colour, at most 256 colours
+
+    /// The quality as 0 to 100, clamped; 0 for NaN.
+    double percent() const { return std::isnan(quality) ? 0 : std::clamp(quality, 0.0, 1.0) * 100; }
 };
 
 /// How many bytes at most, from the start of a file, decide about its format.

@@ -2,7 +2,10 @@
 
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/imageio/Codecs.h"
+#include "tests/platform/imageio/Decoded.h"
+#include "tests/support/Pictures.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 namespace kestrine {
@@ -48,6 +51,22 @@ TEST(OutputFormats, eachEncoderWritesItsFormat) {
         const ImageCodec* codec = codecFor(*readerOfBytes(*file));
         ASSERT_NE(codec, nullptr) << format.name;
         EXPECT_EQ(codec->name, format.title);
+    }
+}
+
+TEST(OutputFormats, everyQualityIsClampedAndNaNCountsAsZero) {
+    const PixelBuffer photo = testing::makePhoto({32, 32});
+    for (const OutputFormat& format : outputFormats()) {
+        if (!format.hasQuality)
+            continue;
+        const auto withQuality = [&](double quality) {
+            return testing::encodeSound(format.encode, photo, {.quality = quality});
+        };
+        const Bytes lowest = withQuality(0), highest = withQuality(1);
+        EXPECT_EQ(withQuality(-3), lowest) << format.name;
+        EXPECT_EQ(withQuality(std::nan("")), lowest) << format.name;
+        EXPECT_EQ(withQuality(700), highest) << format.name;
+        EXPECT_LT(lowest.size(), highest.size()) << format.name;
     }
 }
 

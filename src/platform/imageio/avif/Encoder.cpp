@@ -30,8 +30,7 @@ std::uint32_t bitsFor(const RowFormat& format, bool isLossless) {
 }
 
 /// The quantizer, 0 to 63, that the library's own tool uses for a quality of 0 to 100.
-int quantizerFor(double quality) {
-    const double percent = std::clamp(quality, 0.0, 1.0) * 100;
+int quantizerFor(double percent) {
     return static_cast<int>(((100 - percent) * AVIF_QUANTIZER_WORST_QUALITY + 50) / 100);
 }
 
@@ -186,7 +185,7 @@ private:
         encoder_->minQuantizerAlpha = encoder_->maxQuantizerAlpha = AVIF_QUANTIZER_LOSSLESS;
         if (options_.isLossless)
             return true;
-        const std::string quantizer = std::to_string(quantizerFor(options_.quality));
+        const std::string quantizer = std::to_string(quantizerFor(options_.percent()));
         return succeeds(library_.setOption, encoder_.get(), "color:end-usage", "q")
                && succeeds(library_.setOption, encoder_.get(), "color:cq-level", quantizer.c_str());
     }

@@ -54,13 +54,6 @@ void flushRest(j_compress_ptr info) {
     flush(output, output.buffer.size() - output.manager.free_in_buffer);
 }
 
-/// `quality` (0 to 1) in whole percent; 0 for NaN.
-int percentOf(double quality) {
-    if (std::isnan(quality))
-        return 0;
-    return static_cast<int>(std::lround(std::clamp(quality, 0.0, 1.0) * 100));
-}
-
 /// `dotsPerInch` is 1 to 100000.
 std::uint16_t wholeDensity(double dotsPerInch) {
     return static_cast<std::uint16_t>(std::min(std::lround(dotsPerInch), 65535L));
@@ -110,7 +103,7 @@ private:
         info_.input_components = static_cast<int>(format_.channels());
         info_.in_color_space = format_.model == ColorModel::gray ? JCS_GRAYSCALE : JCS_RGB;
         jpeg_set_defaults(&info_);
-        const int percent = percentOf(options_.quality);
+        const int percent = static_cast<int>(std::lround(options_.percent()));
         jpeg_set_quality(&info_, percent, TRUE);
         if (percent >= fullColorQuality)
             info_.comp_info[0].h_samp_factor = info_.comp_info[0].v_samp_factor = 1;

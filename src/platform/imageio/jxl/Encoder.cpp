@@ -22,10 +22,10 @@ constexpr int lossyEfforts[] = {3, 5, 7}, losslessEfforts[] = {3, 4, 7};
 
 /// The distance that the library's own tool uses for a quality of 0 to 100: 0.1 is visually lossless, 1
 /// nearly so.
-float distanceFor(double quality) {
+float distanceFor(double percent) {
     constexpr double best = 0.1, linearFrom = 30;
-    const double distance = quality >= linearFrom ? best + (100 - quality) * 0.09
-                                                  : 6.4 + std::pow(2.5, (linearFrom - quality) / 5) / 6.25;
+    const double distance = percent >= linearFrom ? best + (100 - percent) * 0.09
+                                                  : 6.4 + std::pow(2.5, (linearFrom - percent) / 5) / 6.25;
     return static_cast<float>(std::clamp(distance, best, 15.0));
 }
 
@@ -87,7 +87,7 @@ private:
 
     bool addPicture(const PixelBuffer& pixels, const EncodingOptions& options) {
         JxlEncoderFrameSettings* settings = library_.encoderCreateSettings(encoder_.get(), nullptr);
-        const float distance = distanceFor(std::clamp(options.quality, 0.0, 1.0) * 100);
+        const float distance = distanceFor(options.percent());
         const JxlEncoderStatus precision = options.isLossless
                                                ? library_.encoderSetLossless(settings, JXL_TRUE)
                                                : library_.encoderSetDistance(settings, distance);

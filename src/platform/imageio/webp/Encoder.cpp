@@ -53,7 +53,7 @@ private:
 Result<WebPConfig> configurationFor(const Functions& library, const EncodingOptions& options,
                                     const RowFormat& format) {
     WebPConfig configuration{};
-    const auto quality = static_cast<float>(std::clamp(options.quality, 0.0, 1.0) * 100);
+    const auto quality = static_cast<float>(options.percent());
     bool isSound =
         library.configure(&configuration, WEBP_PRESET_DEFAULT, quality, WEBP_ENCODER_ABI_VERSION) != 0;
     const auto effort = static_cast<std::size_t>(options.effort);

@@ -50,15 +50,6 @@ TEST(JPEGEncoder, chromaHasHalfTheResolutionBelow90Percent) {
     EXPECT_EQ(firstSampling(jpegOf(photo(32, 32), {.quality = 1.0})), 0x11);
 }
 
-TEST(JPEGEncoder, qualityIsClampedAndNaNCountsAsZero) {
-    const Bytes lowest = jpegOf(photo(32, 32), {.quality = 0}),
-                highest = jpegOf(photo(32, 32), {.quality = 1});
-    EXPECT_EQ(jpegOf(photo(32, 32), {.quality = -3}), lowest);
-    EXPECT_EQ(jpegOf(photo(32, 32), {.quality = std::nan("")}), lowest);
-    EXPECT_EQ(jpegOf(photo(32, 32), {.quality = 700}), highest);
-    EXPECT_LT(lowest.size(), highest.size());
-}
-
 TEST(JPEGEncoder, theHeaderIsJFIFThenExifThenTheProfile) {
     const ColorProfile profile = ColorProfile::adobeRGB();
     const Bytes exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 0, 0, 0, 0, 0};
