@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace kestrine {
@@ -32,14 +33,22 @@ Result<void> forEachBlock(int file, const std::function<Result<void>(ByteView bl
     }
 }
 
+bool mayWriteAgain(int file) {
+    if (errno == EINTR)
+        return true;
+    if (errno != EAGAIN)
+        return false;
+    pollfd writable{file, POLLOUT, 0};
+    return ::poll(&writable, 1, -1) > 0 || errno == EINTR;
+}
+
 Result<void> writeAll(int file, ByteView content) {
     while (!content.empty()) {
         const ssize_t written = ::write(file, content.data(), content.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written < 0)
+        if (written >= 0)
+            content = content.subspan(static_cast<std::size_t>(written));
+        else if (!mayWriteAgain(file))
             return systemFailure("cannot write");
-        content = content.subspan(static_cast<std::size_t>(written));
     }
     return {};
 }

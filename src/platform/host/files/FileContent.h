@@ -22,7 +22,12 @@ Result<Bytes> readSmallFile(const std::string& path, std::uint64_t limit);
 /// ends. The position does not change.
 Result<void> forEachBlock(int file, const std::function<Result<void>(ByteView block)>& use);
 
-/// Writes all of `content` at the current position of the open file.
+/// Whether to repeat a write that has just failed, as errno tells: it was interrupted, or the descriptor is a
+/// full non-blocking pipe, which has room again when this returns.
+bool mayWriteAgain(int file);
+
+/// Writes all of `content` at the current position of the open file. Waits for a full pipe or socket, also if
+/// it is non-blocking.
 Result<void> writeAll(int file, ByteView content);
 /// The same at `offset`; the position does not change. `failing` begins the message of a failure.
 Result<void> writeAllAt(int file, ByteView content, std::uint64_t offset,

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace kestrine {
@@ -54,6 +55,24 @@ TEST(FileContent, writingContinuesAtTheDescriptorsPosition) {
     ASSERT_TRUE(writeAll(file.number(), {}));
     ASSERT_TRUE(finishWriting(file.number(), Durability::synced));
     EXPECT_EQ(readFile(folder / "a"), "one two");
+}
+
+TEST(FileContent, writingWaitsForANonBlockingPipe) {
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    FileDescriptor reading(ends[0]), writing(ends[1]);
+    ASSERT_EQ(::fcntl(writing.number(), F_SETFL, O_NONBLOCK), 0);
+    const Bytes content(1'000'000, 'x'); // more than a pipe holds
+    std::size_t arrived = 0;
+    std::jthread reader([&] {
+        char part[4096];
+        for (ssize_t got = 0; (got = ::read(reading.number(), part, sizeof part)) > 0;)
+            arrived += static_cast<std::size_t>(got);
+    });
+    EXPECT_TRUE(writeAll(writing.number(), content));
+    EXPECT_TRUE(writing.close());
+    reader.join();
+    EXPECT_EQ(arrived, content.size());
 }
 
 TEST(FileContent, aFullDeviceIsNoSpace) {
