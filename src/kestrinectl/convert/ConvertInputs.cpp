@@ -28,6 +28,8 @@ enum class Content { picture, unreadablePicture, other };
 Content contentOf(const ByteReader& reader, const std::string& path) {
     std::array<std::uint8_t, pictureSignLength> buffer;
     const ByteView head(buffer.data(), reader.readAt(0, buffer));
+    if (reader.failure())
+        return Content::picture; // opening it says what is wrong
     if (codecFor(reader) != nullptr)
         return isCompressedFile(head) && !hasNameOfPicture(path) ? Content::other : Content::picture;
     const bool isPicture = hasNameOfPicture(path) || isForeignPicture(head);

@@ -45,7 +45,7 @@ LocalSource::LocalSource(std::unique_ptr<ImageDecoder> decoder, std::shared_ptr<
 }
 
 Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const ByteReader> file) {
-    OpenedImage opened = TRY(openWithKnownCodec(file));
+    OpenedImage opened = TRY(unlessUnread(*file, openWithKnownCodec(file)));
     auto source = std::make_shared<LocalSource>(std::move(opened.decoder), std::move(file));
     source->codec_ = opened.codec;
     return source;
@@ -53,10 +53,15 @@ Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const Byt
 
 Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const ByteReader> file,
                                                        const ImageCodec& codec) {
-    std::unique_ptr<ImageDecoder> decoder = TRY(openImage(file, codec));
+    std::unique_ptr<ImageDecoder> decoder = TRY(unlessUnread(*file, openImage(file, codec)));
     auto source = std::make_shared<LocalSource>(std::move(decoder), std::move(file));
     source->codec_ = &codec;
     return source;
+}
+
+std::optional<Failure> LocalSource::damage() const {
+    const bool isUnread = file_ != nullptr && file_->failure();
+    return isUnread ? std::nullopt : decoder_->damage();
 }
 
 std::shared_ptr<Source> Source::clear(std::uint32_t width, std::uint32_t height) {

@@ -35,7 +35,7 @@ public:
     /// The rows of a frame that `isDrawn`, in any size.
     Result<RowSourcePointer> drawnRows(std::size_t frame, const AxisMap& x, const AxisMap& y) const;
 
-    std::optional<Failure> damage() const override { return decoder_->damage(); }
+    std::optional<Failure> damage() const override;
     Result<Bytes> property(const Picture& picture, PictureProperty property) const override;
     Result<Bytes> answer(FileQuestion question) const override { return question(file_); }
     Result<Bytes> rendered(const Picture& picture, const Output& output) override;
@@ -46,6 +46,11 @@ public:
     static std::uint64_t decodesStarted();
 
 private:
+    /// unlessUnread() for the file; an empty canvas has none.
+    template <class T>
+    Result<T> whole(Result<T> made) const {
+        return file_ == nullptr ? std::move(made) : unlessUnread(*file_, std::move(made));
+    }
     Result<RowSourcePointer> decode(std::size_t frame, int halvings) const;
     /// Decodes the frame and keeps its pixels if there is memory for them; else gives null.
     Result<std::shared_ptr<const PixelBuffer>> decodeToKeep(std::size_t frame) const;

@@ -38,9 +38,12 @@ const ImageCodec* codecFor(const ByteReader& reader) {
 }
 
 Result<const ImageCodec*> knownCodecFor(const ByteReader& reader) {
-    if (const ImageCodec* codec = codecFor(reader))
-        return codec;
-    return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
+    const ImageCodec* codec = codecFor(reader);
+    if (const std::optional<Failure> error = reader.failure())
+        return *error;
+    if (codec == nullptr)
+        return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
+    return codec;
 }
 
 std::uint32_t numberOf(const ImageCodec& codec) {

@@ -160,7 +160,7 @@ Bytes exifFor(const Output& output, const RowFormat& result, bool wasTurned) {
 Result<void> encodeToFit(RowSource& rows, const OutputFormat& format, EncodingOptions options,
                          std::uint64_t maxBytes, ByteSink& file) {
     const auto pixels = std::make_shared<const PixelBuffer>(TRY(readAllRows(rows)));
-    const int highest = static_cast<int>(std::lround(std::clamp(options.quality, 0.0, 1.0) * 100));
+    const int highest = static_cast<int>(std::lround(options.percent()));
     const bool hasQuality = format.hasQuality && !options.isLossless;
     int tooHigh = hasQuality ? highest + 1 : 1;
     int fitting = -1;
@@ -206,6 +206,14 @@ Result<void> renderTo(ByteSink& sink, const Picture& picture, const Output& outp
     options.exif = exif;
     return output.maxBytes == 0 ? file.encode(*rows, options, sink)
                                 : encodeToFit(*rows, file, options, output.maxBytes, sink);
+}
+
+Result<PixelBuffer> renderPixels(const Picture& picture) {
+    TRY(checkSize(picture));
+    const CrewScope crew(crewOfAllCores());
+    Pipeline pipeline(picture, true, nullptr);
+    const RowSourcePointer rows = TRY(pipeline.build());
+    return readAllRows(*rows);
 }
 
 /// The source that makes a result. That of the EXIF data of an empty canvas is the only file.
@@ -288,21 +296,15 @@ Result<PixelBuffer> readPixels(const Picture& picture) { return picture.source->
 
 Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output) {
     BytesSink bytes;
-    TRY(renderTo(bytes, picture, output));
+    TRY(whole(renderTo(bytes, picture, output)));
     return bytes.take();
 }
 
 Result<void> LocalSource::renderInto(int file, const Picture& picture, const Output& output) {
     FileSink sink(file);
-    return renderTo(sink, picture, output);
+    return whole(renderTo(sink, picture, output));
 }
 
-Result<PixelBuffer> LocalSource::pixels(const Picture& picture) {
-    TRY(checkSize(picture));
-    const CrewScope crew(crewOfAllCores());
-    Pipeline pipeline(picture, true, nullptr);
-    RowSourcePointer rows = TRY(pipeline.build());
-    return readAllRows(*rows);
-}
+Result<PixelBuffer> LocalSource::pixels(const Picture& picture) { return whole(renderPixels(picture)); }
 
 } // namespace kestrine

@@ -1,6 +1,7 @@
 #include "platform/host/files/ByteReader.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -37,12 +38,16 @@ public:
     int descriptor() const override { return file_.number(); }
 
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const override {
+        if (offset >= size_)
+            return 0;
         std::size_t done = 0;
         while (done < into.size()) {
             const ssize_t got = ::pread(file_.number(), into.data() + done, into.size() - done,
                                         static_cast<off_t>(offset + done));
             if (got < 0 && errno == EINTR)
                 continue;
+            if (got < 0)
+                note(errno);
             if (got <= 0)
                 break;
             done += static_cast<std::size_t>(got);
@@ -50,9 +55,20 @@ public:
         return done;
     }
 
+    std::optional<Failure> failure() const override {
+        const int error = firstError_;
+        return error == 0 ? std::nullopt : std::optional(systemFailure("cannot read the file", error));
+    }
+
 private:
+    void note(int error) const {
+        int none = 0;
+        firstError_.compare_exchange_strong(none, error);
+    }
+
     const FileDescriptor file_;
     const std::uint64_t size_;
+    mutable std::atomic<int> firstError_ = 0;
 };
 
 } // namespace
@@ -61,7 +77,10 @@ Result<Bytes> ByteReader::readAll(std::uint64_t limit) const {
     if (size() > limit)
         return Failure{Reason::tooLarge, "the input has more than " + std::to_string(limit) + " bytes"};
     Bytes bytes(static_cast<std::size_t>(size()));
-    if (readAt(0, bytes) != bytes.size())
+    const bool isComplete = readAt(0, bytes) == bytes.size();
+    if (const std::optional<Failure> error = failure())
+        return *error;
+    if (!isComplete)
         return Failure{Reason::truncated, "the input became shorter while it was read"};
     return bytes;
 }

@@ -6,6 +6,7 @@
 #include "platform/host/files/FileDescriptor.h"
 
 #include <memory>
+#include <optional>
 
 namespace kestrine {
 
@@ -18,16 +19,29 @@ public:
     virtual std::uint64_t size() const = 0;
 
     /// Copies bytes from `offset` on to `into` and returns their number. It is smaller than the size of
-    /// `into` only at the end of the input or after a system error.
+    /// `into` only at the end of the input or after a system error, which failure() then gives.
     virtual std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const = 0;
+
+    /// The first error of the system while reading; nullopt if there was none. A reader that wraps another
+    /// one leaves it to that one.
+    virtual std::optional<Failure> failure() const { return std::nullopt; }
 
     /// The descriptor of the open file that is read, which the reader keeps; -1 if the bytes are in memory.
     virtual int descriptor() const { return -1; }
 
-    /// All bytes. Fails with tooLarge if there are more than `limit`, and with truncated if the input has
-    /// become shorter since the reader was created.
+    /// All bytes. Fails with tooLarge if there are more than `limit`, with failure() after a system error,
+    /// and with truncated if the input has become shorter since the reader was created.
     Result<Bytes> readAll(std::uint64_t limit) const;
 };
+
+/// What was made of an input. Fails with the reader's failure() if there is one, since whoever made it cannot
+/// tell a part that could not be read from the end of the input.
+template <class T>
+Result<T> unlessUnread(const ByteReader& reader, Result<T> made) {
+    if (std::optional<Failure> error = reader.failure())
+        return *std::move(error);
+    return made;
+}
 
 /// Reads from `bytes`, which the reader owns.
 std::shared_ptr<const ByteReader> readerOfBytes(Bytes bytes);

@@ -1,6 +1,7 @@
 #include "platform/host/files/ByteReader.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 namespace kestrine {
@@ -59,6 +60,19 @@ TEST(ByteReader, aFileIsReadAfterItsRemoval) {
     ASSERT_TRUE(reader);
     std::filesystem::remove(folder / "a");
     EXPECT_EQ(*(*reader)->readAll(3), bytesOf("abc"));
+}
+
+TEST(ByteReader, anErrorOfTheSystemIsNotTakenForTheEnd) {
+    const TemporaryFolder folder;
+    const auto reader = readerOfFile(FileDescriptor(::open(folder.write("a", "abc").c_str(), O_WRONLY)));
+    ASSERT_TRUE(reader);
+    EXPECT_FALSE((*reader)->failure());
+    EXPECT_EQ(readFrom(**reader, 5, 1), "");
+    EXPECT_FALSE((*reader)->failure()) << "beyond the end";
+    EXPECT_EQ(readFrom(**reader, 0, 3), "");
+    ASSERT_TRUE((*reader)->failure());
+    EXPECT_EQ((*reader)->failure()->text, "cannot read the file: Bad file descriptor");
+    EXPECT_EQ((*reader)->readAll(3).failure().reason, Reason::inputOutput);
 }
 
 TEST(ByteReader, onlyRegularFilesCanBeRead) {
