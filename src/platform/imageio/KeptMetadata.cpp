@@ -62,28 +62,43 @@ private:
     ForwardReader input_;
 };
 
-/// Whether the segment at hand describes only pixels, or is EXIF data.
-bool isUsualSegment(std::uint32_t marker, Walk& walk) {
-    using namespace std::string_view_literals;
-    constexpr std::uint32_t app0 = 0xffe0, app1 = 0xffe1, app2 = 0xffe2, app14 = 0xffee;
-    if (marker == app0)
-        return walk.isAt("JFIF\0"sv);
-    if (marker == app1)
-        return walk.isAt("Exif\0\0"sv);
-    if (marker == app2)
-        return walk.isAt("ICC_PROFILE\0"sv);
-    return marker == app14 || marker < app0; // those above are other applications and comments
-}
+/// The segments of a JPEG file, one after another.
+class Segments {
+public:
+    explicit Segments(Walk& walk) : walk_(walk) {}
+
+    /// Whether the segment at hand describes only pixels, or is of the first EXIF block: a decoder does not
+    /// deliver further blocks. `length` includes itself, which was read.
+    bool isUsual(std::uint32_t marker, std::uint32_t length) {
+        using namespace std::string_view_literals;
+        constexpr std::uint32_t app0 = 0xffe0, app1 = 0xffe1, app2 = 0xffe2, app14 = 0xffee;
+        constexpr std::uint32_t lengthWithoutThumbnail = 16;
+        if (marker == app0)
+            return walk_.isAt("JFIF\0"sv) && length == lengthWithoutThumbnail;
+        if (marker == app1 && (walk_.isAt("Exif\0\0MM"sv) || walk_.isAt("Exif\0\0II"sv)))
+            return ++exifBlocks_ == 1;
+        if (marker == app1)
+            return exifBlocks_ == 1 && walk_.isAt("Exif\0\0"sv);
+        if (marker == app2)
+            return walk_.isAt("ICC_PROFILE\0"sv);
+        return marker == app14 || marker < app0; // those above are other applications and comments
+    }
+
+private:
+    Walk& walk_;
+    int exifBlocks_ = 0;
+};
 
 /// Also what follows the picture, such as further pictures and films, is more.
 bool hasOtherInJPEG(const std::shared_ptr<const ByteReader>& file) {
     constexpr std::uint32_t startOfScan = 0xffda, endOfImage = 0xffd9;
     Walk walk(file);
+    Segments segments(walk);
     walk.skip(2);
     std::optional<std::uint32_t> marker = walk.number(2);
     while (marker && *marker != endOfImage) {
         const auto length = walk.number(2);
-        if (!length || *length < 2 || !isUsualSegment(*marker, walk))
+        if (!length || *length < 2 || !segments.isUsual(*marker, *length))
             return true;
         walk.skip(*length - 2);
         marker = *marker == startOfScan ? walk.markerAfterSamples() : walk.number(2);
@@ -91,28 +106,32 @@ bool hasOtherInJPEG(const std::shared_ptr<const ByteReader>& file) {
     return !marker || walk.number(1);
 }
 
-/// Also what follows the picture is more.
-bool hasOtherInPNG(const std::shared_ptr<const ByteReader>& file) {
+/// Also what follows the picture is more, and an eXIf chunk that is not `exif`, such as a second one.
+bool hasOtherInPNG(const std::shared_ptr<const ByteReader>& file, ByteView exif) {
     constexpr std::array usual = {fourCC("IHDR"), fourCC("PLTE"), fourCC("IDAT"), fourCC("tRNS"),
                                   fourCC("gAMA"), fourCC("cHRM"), fourCC("sRGB"), fourCC("iCCP"),
-                                  fourCC("sBIT"), fourCC("pHYs"), fourCC("bKGD"), fourCC("eXIf")};
+                                  fourCC("sBIT"), fourCC("pHYs"), fourCC("bKGD")};
+    bool mayHaveExif = !exif.empty();
     Walk walk(file);
     walk.skip(8);
     while (const auto length = walk.number(4)) {
         const auto name = walk.number(4);
         if (name == fourCC("IEND"))
             return !walk.number(4) || walk.number(1); // after its checksum
-        if (!name || std::ranges::find(usual, *name) == usual.end())
+        const bool isExif = name == fourCC("eXIf") && mayHaveExif && *length == exif.size();
+        mayHaveExif = mayHaveExif && !isExif;
+        if (!name || (!isExif && std::ranges::find(usual, *name) == usual.end()))
             return true;
         walk.skip(std::uint64_t{*length} + 4);
     }
     return true;
 }
 
-bool hasOtherIn(const std::shared_ptr<const ByteReader>& file, const ImageCodec& codec) {
+/// `exif` is the block that the decoder delivers.
+bool hasOtherIn(const std::shared_ptr<const ByteReader>& file, const ImageCodec& codec, ByteView exif) {
     if (&codec == &jpeg::codec)
         return hasOtherInJPEG(file);
-    return &codec != &png::codec || hasOtherInPNG(file);
+    return &codec != &png::codec || hasOtherInPNG(file, exif);
 }
 
 } // namespace
@@ -120,7 +139,7 @@ bool hasOtherIn(const std::shared_ptr<const ByteReader>& file, const ImageCodec&
 Result<Bytes> metadataOf(const std::shared_ptr<const ByteReader>& file) {
     const auto [decoder, codec] = TRY(openWithKnownCodec(file));
     const Bytes exif = TRY(decoder->exif());
-    std::uint8_t found = hasOtherIn(file, *codec) ? hasOther : 0;
+    std::uint8_t found = hasOtherIn(file, *codec, exif) ? hasOther : 0;
     if (!exif.empty())
         found |= hasExif;
     for (const ExifSelection selection : selections)

@@ -1,5 +1,6 @@
 #include "platform/imageio/KeptMetadata.h"
 
+#include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
 #include "tests/support/ExifBuilder.h"
 #include "tests/support/Pictures.h"
@@ -31,7 +32,7 @@ std::string selectionsFor(const Bytes& file) {
 }
 
 Bytes jpegWith(const testing::ExifContent& content, ExifSelection selection) {
-    const Bytes block = carriedExif(exifBlock(content), 20, 10, false, selection);
+    const Bytes block = carriedExif(exifBlock(content), {20, 10}, selection);
     return *encoded(jpeg::encode, *photo(), {.quality = 0.9, .exif = block});
 }
 
@@ -87,6 +88,48 @@ TEST(KeptMetadata, otherSegmentsAndChunksAreMore) {
             << int{marker};
     EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, {0xff, 0xee, 0, 4, 'x', 'y'})),
               "none rights exif camera ");
+}
+
+TEST(KeptMetadata, aSecondExifBlockIsMore) {
+    const Bytes jpeg = jpegWith({.ifd0 = {exifText(0x010f, "Kappa")}});
+    constexpr std::ptrdiff_t afterJFIF = 20;
+    EXPECT_NE(selectionsFor(jpeg), "");
+    EXPECT_EQ(selectionsFor(withInserted(jpeg, afterJFIF, testing::exifSegment(exifBlock({})))), "");
+    const Bytes bare = *encoded(jpeg::encode, *photo(), {.quality = 0.9});
+    EXPECT_EQ(selectionsFor(withInserted(bare, afterJFIF, testing::exifSegment(Bytes{'x', 'y'}))), "");
+}
+
+TEST(KeptMetadata, aThumbnailInTheJFIFSegmentIsMore) {
+    Bytes jpeg = *encoded(jpeg::encode, *photo(), {.quality = 0.9});
+    constexpr std::size_t lengthAt = 5, sidesAt = 18;
+    ASSERT_EQ(jpeg.at(lengthAt), 16);
+    jpeg[lengthAt] = 19;
+    jpeg[sidesAt] = jpeg[sidesAt + 1] = 1;
+    EXPECT_EQ(selectionsFor(withInserted(jpeg, sidesAt + 2, {10, 20, 30})), "");
+}
+
+TEST(KeptMetadata, anExifChunkThatIsNotDeliveredIsMore) {
+    const Bytes block = exifBlock({.ifd0 = {exifText(0x010f, "Kappa")}});
+    const Bytes png = *encoded(png::encode, *photo(), {.exif = block});
+    EXPECT_NE(selectionsFor(png), "");
+    constexpr std::ptrdiff_t afterHeader = 8 + 25;
+    const auto chunk = [](const Bytes& content) {
+        Bytes bytes;
+        appendBigEndian(bytes, content.size(), 4);
+        for (const char c : {'e', 'X', 'I', 'f'})
+            bytes.push_back(static_cast<std::uint8_t>(c));
+        bytes.insert(bytes.end(), content.begin(), content.end());
+        appendBigEndian(bytes, 0, 4);
+        return bytes;
+    };
+    EXPECT_EQ(selectionsFor(withInserted(png, afterHeader, chunk(block))), "") << "a second one";
+    const Bytes bare = *encoded(png::encode, *photo(), {});
+    EXPECT_EQ(selectionsFor(withInserted(bare, afterHeader, chunk(Bytes(2 << 20)))), "") << "a large one";
+}
+
+TEST(KeptMetadata, entriesThatCannotBeReadAreMore) {
+    const testing::ExifField unknown{0x010e, 99, 1, {1, 2, 3, 4}};
+    EXPECT_EQ(selectionsFor(jpegWith({.ifd0 = {exifText(0x010f, "Kappa"), unknown}})), "");
 }
 
 TEST(KeptMetadata, whatFollowsThePictureIsMore) {
