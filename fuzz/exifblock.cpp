@@ -1,6 +1,6 @@
 // Reads any bytes as an EXIF block. The carried block must fit a segment, and carrying it again must not
 // change it.
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/CarriedExif.h"
 
 #include <cstdlib>
 
@@ -10,8 +10,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const ByteView block(data, size);
     (void)readExifFacts(block);
     for (const bool turned : {false, true}) {
-        const Bytes carried = carriedExif(block, 1200, 800, turned);
-        if (carried.size() > largestBlock || carriedExif(carried, 1200, 800, turned) != carried)
+        const Bytes carried = carriedExif(block, {1200, 800, turned});
+        if (carried.size() > largestBlock || carriedExif(carried, {1200, 800, turned}) != carried)
             std::abort();
     }
     return 0;

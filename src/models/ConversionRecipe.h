@@ -6,7 +6,7 @@
 #include "models/ResultPlace.h"
 #include "platform/coregraphics/RGBColor.h"
 #include "platform/imageio/OutputFormats.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/CarriedExif.h"
 
 #include <variant>
 #include <vector>

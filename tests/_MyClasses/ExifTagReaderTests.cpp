@@ -1,7 +1,7 @@
 // The accepted files, the position of the EXIF segment, and the directories.
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileHandle.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/CarriedExif.h"
 #include "tests/_MyClasses/ExifReading.h"
 
 #include <gtest/gtest.h>
@@ -363,7 +363,7 @@ TEST(ExifTagReader, whatAnOutputCarriesFromALittleEndianSourceIsRead) {
                                     .ifd0 = {exifText(0x010f, "Kappa"), exifShorts(orientationTag, {6})},
                                     .exifSubIFD = {exifRationals(0x829d, {28, 10})},
                                     .interoperabilityIFD = {exifText(1, "R98")}});
-    const ReadFile file(jpegFile({jfifSegment(), exifSegment(carriedExif(source, 1200, 800, true))}));
+    const ReadFile file(jpegFile({jfifSegment(), exifSegment(carriedExif(source, {1200, 800, true}))}));
     const TagDictionaryPointer tags = file->tagDictionary();
     EXPECT_EQ(namesIn(tags), "ExifSubIFD IFD0 InteroperabilityIFD");
     EXPECT_EQ(shown(tags, "IFD0", 0x010f), "text Kappa");

@@ -13,7 +13,7 @@ import numpy
 from PIL import Image, ImageCms, ImageOps
 
 import pictures
-from tools import JPEG, PNG, TIFF, ToolTest, exiftool, is_sanitized, main, messages_of
+from tools import JPEG, PNG, TIFF, ToolTest, exiftool, is_sanitized, main, messages_of, set_tags
 
 WIDE_PROFILE = pictures.wide_icc()
 
@@ -552,6 +552,54 @@ class Properties(ConvertByOptions):
         self.convert("--percent", "50", "--format", "jpeg", "--out", "out", "a.tif")
         tags = exiftool(self.folder / "out/a.jpg")
         self.assertEqual([tags.get(f"IFD0:{name}") for name in ("Artist", "Copyright", "Make")], ["Ann", "Ann 2024", "Maker"])
+
+    def test_a_tiff_keeps_as_much_as_other_formats(self):
+        pictures.image(pictures.photo(60, 40)).save(self.folder / "a.tif")
+        wanted = {"GPS:GPSLatitude": "10.5", "IFD0:Rating": "4", "IFD0:XPKeywords": "sea", "IFD0:Software": "S", "IFD0:ImageDescription": "D"}
+        set_tags(self.folder / "a.tif", {**wanted, "GPS:GPSLatitudeRef": "N"})
+        for extension in ("jpg", "tiff", "webp"):
+            self.convert("--percent", "50", "--metadata", "all", "--format", extension, "--name", f"all.{extension}", "a.tif")
+            tags = exiftool(self.folder / f"all.{extension}")
+            self.assertEqual({name: tags.get(name) for name in wanted}, wanted, extension)
+            self.convert("--percent", "50", "--format", extension, "--name", f"usual.{extension}", "a.tif")
+            tags = exiftool(self.folder / f"usual.{extension}")
+            self.assertEqual([tags.get(name) for name in wanted], [None, None, None, "S", "D"])
+
+    def test_a_preset_takes_of_a_tiff_without_exif_only_what_says_its_origin(self):
+        self.store({"name": "Web", "formatType": JPEG, "attachExifData": 1})
+        for name, words, expected in (("a.tif", {305: "S"}, None), ("b.tif", {305: "S", 271: "Maker"}, "S")):
+            pictures.image(pictures.photo(60, 40)).save(self.folder / name, tiffinfo=words)
+            self.convert("--set", "Web", name)
+            tags = exiftool(self.folder / "Web" / name.replace("tif", "jpg"))
+            self.assertEqual(tags.get("IFD0:Software"), expected)
+
+    def test_text_in_the_byte_order_of_the_source_stays_readable(self):
+        for order in ("II", "MM"):
+            name = order + ".jpg"
+            pictures.image(pictures.photo(60, 40)).save(self.folder / name)
+            set_tags(self.folder / name, {"ExifIFD:UserComment": "Grüße"}, "-ExifByteOrder=" + order)
+            for extension in ("jpg", "tiff"):
+                self.convert("--percent", "50", "--format", extension, "--name", f"{order}-result.{extension}", name)
+                result = self.folder / f"{order}-result.{extension}"
+                self.assertEqual(exiftool(result)["ExifIFD:UserComment"], "Grüße")
+                self.assertNotIn("byte order", str(exiftool(result, "-validate", "-warning")))
+
+    def test_what_depends_on_the_size_of_the_pixels_is_not_kept_when_it_changes(self):
+        pictures.image(pictures.photo(60, 40)).save(self.folder / "a.jpg")
+        set_tags(self.folder / "a.jpg", {"ExifIFD:FocalPlaneXResolution": "4000", "ExifIFD:SubjectArea": "3 2", "ExifIFD:ISO": "100"})
+        self.convert("--percent", "50", "--name", "small.jpg", "a.jpg")
+        self.convert("--percent", "100", "--quality", "50", "--name", "same.jpg", "a.jpg")
+        for name, expected in (("small.jpg", [False, False, True]), ("same.jpg", [True, True, True])):
+            tags = exiftool(self.folder / name)
+            self.assertEqual([f"ExifIFD:{tag}" in tags for tag in ("FocalPlaneXResolution", "SubjectArea", "ISO")], expected)
+
+    def test_after_a_conversion_to_srgb_the_exif_data_say_so(self):
+        pictures.image(pictures.photo(60, 40)).save(self.folder / "a.jpg", icc_profile=WIDE_PROFILE)
+        set_tags(self.folder / "a.jpg", {"ExifIFD:ColorSpace": "2"})
+        for words, expected in ((("--profile", "srgb"), "1"), ((), "2")):
+            self.convert("--percent", "50", *words, "--name", "r.jpg", "a.jpg")
+            self.assertEqual(exiftool(self.folder / "r.jpg")["ExifIFD:ColorSpace"], expected)
+            (self.folder / "r.jpg").unlink()
 
     def test_a_format_that_cannot_keep_what_was_asked_for_gets_a_warning(self):
         warning = "warning: photo.jpg: the result has no EXIF data, since it is GIF; all other formats keep them"

@@ -193,9 +193,15 @@ class ToolTest(unittest.TestCase):
         return sorted(os.listdir(os.fsencode(self.folder / folder)))
 
 
-def exiftool(path):
+def set_tags(path, tags, *options):
+    """Writes tags, named as exiftool() names them, into a file."""
+    words = [f"-{name}={value}" for name, value in tags.items()]
+    subprocess.run(["exiftool", "-q", "-n", "-overwrite_original", *options, *words, str(path)], check=True)
+
+
+def exiftool(path, *options):
     """A dictionary of tags and values. Values are unformatted; warnings are also tags."""
-    done = subprocess.run(["exiftool", "-a", "-n", "-s", "-G1", str(path)], capture_output=True, text=True)
+    done = subprocess.run(["exiftool", "-a", "-n", "-s", "-G1", *options, str(path)], capture_output=True, text=True)
     tags = {}
     for line in done.stdout.splitlines():
         group, _, rest = line.partition("]")

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/imageio/Encoder.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/CarriedExif.h"
 
 #include <array>
 #include <span>

@@ -6,7 +6,9 @@
 #include "platform/coregraphics/WatchedRows.h"
 #include "platform/host/files/FileSink.h"
 #include "platform/host/process/MemoryBudget.h"
+#include "platform/imageio/Codecs.h"
 #include "platform/imageio/LocalSource.h"
+#include "platform/imageio/exif/ExifFacts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -140,9 +142,21 @@ Result<void> checkSize(const Picture& picture) {
     return {};
 }
 
+/// Presets take what a TIFF page says of itself for EXIF data only if it says who or what made the picture.
+bool isExifForPresets(const Source& source, ByteView block) {
+    return source.codec() != &tiff::codec || readExifFacts(block).saysOrigin;
+}
+
+template <class Step>
+bool hasStep(const Picture& picture) {
+    return std::ranges::any_of(picture.steps,
+                               [](const PictureStep& step) { return std::holds_alternative<Step>(step); });
+}
+
 /// The EXIF block for the result; empty if the result gets none.
-Bytes exifFor(const Output& output, const RowFormat& result, bool wasTurned) {
-    if (!holdsExif(outputFormat(output.type), output.kept.exifSelection))
+Bytes exifFor(const Output& output, const ExifResult& result) {
+    const ExifSelection selection = output.kept.exifSelection;
+    if (!holdsExif(outputFormat(output.type), selection))
         return {};
     Bytes own;
     ByteView block = output.options.exif;
@@ -150,10 +164,10 @@ Bytes exifFor(const Output& output, const RowFormat& result, bool wasTurned) {
         if (Result<Bytes> read = output.kept.exif->property({}, PictureProperty::exif))
             own = std::move(*read);
         block = own;
+        if (selection == ExifSelection::camera && !isExifForPresets(*output.kept.exif, block))
+            return {};
     }
-    return block.empty()
-               ? Bytes()
-               : carriedExif(block, result.width, result.height, wasTurned, output.kept.exifSelection);
+    return block.empty() ? Bytes() : carriedExif(block, result, selection);
 }
 
 /// Writes the file with the highest quality that has at most `maxBytes`.
@@ -193,7 +207,8 @@ Result<void> renderTo(ByteSink& sink, const Picture& picture, const Output& outp
     if (!file.holdsAlpha)
         rows = rowsOnWhite(std::move(rows));
     std::optional<ColorProfile> profile = picture.profile();
-    if (file.isSRGBOnly || (!file.holdsGray && rows->format().model == ColorModel::gray)) {
+    const bool becomesSRGB = file.isSRGBOnly || (!file.holdsGray && rows->format().model == ColorModel::gray);
+    if (becomesSRGB) {
         rows = rowsInSRGB(std::move(rows), profile ? &*profile : nullptr);
         profile.reset();
     }
@@ -202,7 +217,9 @@ Result<void> renderTo(ByteSink& sink, const Picture& picture, const Output& outp
     EncodingOptions options = output.options;
     if (output.kept.profile)
         options.profile = profile ? &*profile : nullptr;
-    const Bytes exif = exifFor(output, rows->format(), picture.wasTurned());
+    const Bytes exif = exifFor(output, {rows->format().width, rows->format().height, picture.wasTurned(),
+                                        hasStep<Resampling>(picture) || hasStep<Pad>(picture),
+                                        hasStep<IntoSRGB>(picture) || becomesSRGB});
     options.exif = exif;
     return output.maxBytes == 0 ? file.encode(*rows, options, sink)
                                 : encodeToFit(*rows, file, options, output.maxBytes, sink);

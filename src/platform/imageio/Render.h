@@ -3,7 +3,7 @@
 
 #include "platform/imageio/OutputFormats.h"
 #include "platform/imageio/Picture.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/CarriedExif.h"
 
 namespace kestrine {
 

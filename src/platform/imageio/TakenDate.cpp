@@ -1,6 +1,6 @@
 #include "platform/imageio/TakenDate.h"
 
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 
 namespace kestrine {
 

@@ -3,7 +3,7 @@
 #include "_MyClasses/Class/ExifTag/ExifTagReader.h"
 #include "_MyClasses/Class/ExifTag/TagMessage.h"
 #include "platform/foundation/NSException.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/CarriedExif.h"
 
 #include <algorithm>
 #include <array>
@@ -73,7 +73,7 @@ Result<Bytes> allTagsOf(const std::shared_ptr<const ByteReader>& file) {
     if (ExifTagReader::initWithFile(file)->tagDictionary() != nullptr)
         return tagsOf(file);
     const FoundBlock block = TRY(blockOf(file));
-    const Bytes rewritten = carriedExif(block.bytes, block.width, block.height, false, ExifSelection::all);
+    const Bytes rewritten = carriedExif(block.bytes, {block.width, block.height}, ExifSelection::all);
     return rewritten.empty() ? bytesOf(ReadTags{}) : tagsOf(readerOfBytes(jpegAround(rewritten)));
 }
 

@@ -6,7 +6,7 @@
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/avif/Library.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 
 #include <algorithm>
 #include <cmath>

@@ -32,6 +32,8 @@ constexpr std::array<ExifTypeSize, 14> typeSizes{{
 } // namespace
 
 std::optional<ExifTypeSize> exifTypeSize(std::uint16_t type) {
+    if (type == exifUTF8)
+        return typeSizes[exifText];
     if (type == 0 || type >= typeSizes.size())
         return std::nullopt;
     return typeSizes[type];
@@ -80,6 +82,7 @@ ExifDirectory ExifDirectories::directoryAt(std::uint64_t offset) const {
             directory.insert_or_assign(static_cast<std::uint16_t>(unsignedOf(block_.subspan(position, 2))),
                                        *entry);
     }
+    directory.isComplete = directory.size() == stated;
     return directory;
 }
 

@@ -15,7 +15,9 @@ enum ExifType : std::uint16_t {
     exifShort = 3,
     exifLong = 4,
     exifRational = 5,
+    exifUndefined = 7,
     exifPointer = 13, ///< a long that is the offset of a directory
+    exifUTF8 = 129,
 };
 
 /// Size in bytes of one value, and of the units in it that have the byte order of the block.
@@ -24,7 +26,7 @@ struct ExifTypeSize {
     std::uint8_t unit;
 };
 
-/// The sizes for types 1 to 13; nullopt for other types.
+/// The sizes for types 1 to 13, and for UTF-8 (129); nullopt for other types.
 std::optional<ExifTypeSize> exifTypeSize(std::uint16_t type);
 
 struct ExifEntry {
@@ -34,7 +36,9 @@ struct ExifEntry {
 };
 
 /// The entries by tag. If a tag occurs twice, the last entry counts, as in ExifTagReader.
-using ExifDirectory = std::map<std::uint16_t, ExifEntry>;
+struct ExifDirectory : std::map<std::uint16_t, ExifEntry> {
+    bool isComplete = true; ///< whether it says nothing that is not among the entries
+};
 
 /// The directories of a block with a valid header. The block must outlive this.
 class ExifDirectories {

@@ -3,7 +3,7 @@
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/Plausibility.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/heif/CodedPicture.h"
 #include "platform/imageio/heif/Movie.h"
 #include "platform/imageio/heif/NodeRows.h"

@@ -3,7 +3,7 @@
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/FallbackRows.h"
 #include "platform/imageio/HeldReader.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/jpeg/LibraryRows.h"
 #ifdef KESTRINE_OWN_JPEG_DECODER
 #include "platform/imageio/jpeg/own/OwnRows.h"

@@ -8,7 +8,7 @@
 #include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/WholePicture.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/jxl/Session.h"
 
 #include <algorithm>

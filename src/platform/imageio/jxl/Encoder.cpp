@@ -4,7 +4,7 @@
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/coregraphics/RowsAhead.h"
 #include "platform/imageio/Codecs.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/jxl/Library.h"
 
 #include <algorithm>

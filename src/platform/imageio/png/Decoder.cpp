@@ -3,7 +3,7 @@
 #include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/png/ChunkOrder.h"
 #include "platform/imageio/png/ChunkSearch.h"
 #include "platform/imageio/png/InterlacedRows.h"

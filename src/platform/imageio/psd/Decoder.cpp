@@ -3,6 +3,7 @@
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/psd/MatteRemoval.h"
 #include "platform/imageio/psd/Planes.h"
 
@@ -153,7 +154,7 @@ public:
         return rowsInSRGB(std::move(rows), &profile);
     }
 
-    Result<Bytes> exif() const override { return header_->resources.exif; }
+    Result<Bytes> exif() const override { return uprightExif(header_->resources.exif); }
 
     FileContents contents() const override {
         const std::uint32_t layers = header_->layers.count;

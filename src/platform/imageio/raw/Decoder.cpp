@@ -6,7 +6,7 @@
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/PartReader.h"
 #include "platform/imageio/WholePicture.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/raw/Development.h"
 #include "platform/imageio/raw/Header.h"
 #include "platform/imageio/tiff/Library.h"

@@ -5,7 +5,8 @@
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
 #include "platform/imageio/Plausibility.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
+#include "platform/imageio/exif/ExifTags.h"
 #include "platform/imageio/tiff/Exif.h"
 #include "platform/imageio/tiff/Library.h"
 #include "platform/imageio/tiff/PageList.h"
@@ -72,7 +73,9 @@ private:
     Result<void> readPage(const Structure& structure, const ListedPage& place) {
         std::unique_ptr<File> file = TRY(File::open(input(), place.directory));
         Page page = TRY(tiff::readPage(*file, place.directory));
-        Bytes exif = exifOf(structure, place);
+        Bytes exif = exifOfTIFF(structure, place.directory);
+        if (exif.empty() && place.parent != 0)
+            exif = exifOfParent(structure, place, page);
         const bool isMain = pages_.empty();
         TRY(add(std::move(page), readExifFacts(exif).isAdobeRGB));
         if (isMain) {
@@ -82,10 +85,13 @@ private:
         return {};
     }
 
-    /// A sub-page without EXIF gets that of its parent page.
-    static Bytes exifOf(const Structure& structure, const ListedPage& page) {
-        Bytes exif = exifOfTIFF(structure, page.directory);
-        return exif.empty() && page.parent != 0 ? exifOfTIFF(structure, page.parent) : exif;
+    /// What a sub-page without EXIF gets. Without an orientation of its own it also gets that of its parent.
+    static Bytes exifOfParent(const Structure& structure, const ListedPage& place, Page& page) {
+        Bytes exif = exifOfTIFF(structure, place.parent);
+        const Structure::Directory own = structure.directoryAt(place.directory);
+        if (std::ranges::find(own, exiftag::orientation, &Structure::Entry::tag) == own.end())
+            page.orientation = readExifFacts(exif).orientation;
+        return withOrientation(std::move(exif), page.orientation);
     }
 
     Result<void> add(Page page, bool isAdobeRGB) {

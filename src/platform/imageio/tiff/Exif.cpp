@@ -1,5 +1,7 @@
 #include "platform/imageio/tiff/Exif.h"
 
+#include "platform/imageio/exif/ExifTags.h"
+
 #include <algorithm>
 #include <array>
 
@@ -7,26 +9,33 @@ namespace kestrine::tiff {
 
 namespace {
 
-constexpr std::uint16_t exifPointer = 34665, interoperabilityPointer = 40965, makerNote = 37500;
-
 /// Entries of the page that describe the picture and not how its pixels are stored.
-constexpr std::array<std::uint16_t, 12> pageTags = {
-    270,   // ImageDescription
-    271,   // Make
-    272,   // Model
-    274,   // Orientation
-    282,   // XResolution
-    283,   // YResolution
-    296,   // ResolutionUnit
-    305,   // Software
-    306,   // DateTime
-    315,   // Artist
-    316,   // HostComputer
-    33432, // Copyright
+constexpr std::array<std::uint16_t, 20> pageTags = {
+    0x010d, // DocumentName
+    exiftag::imageDescription,
+    exiftag::make,
+    exiftag::model,
+    exiftag::orientation,
+    exiftag::xResolution,
+    exiftag::yResolution,
+    exiftag::resolutionUnit,
+    exiftag::software,
+    exiftag::dateTime,
+    exiftag::artist,
+    0x013c, // HostComputer
+    0x4746, // Rating
+    0x4749, // RatingPercent
+    exiftag::copyright,
+    0x9c9b, // XPTitle
+    0x9c9c, // XPComment
+    0x9c9d, // XPAuthor
+    0x9c9e, // XPKeywords
+    0x9c9f, // XPSubject
 };
 
-/// The tags of these that make a block worthwhile even without an EXIF directory.
-constexpr std::array<std::uint16_t, 4> originTags = {271, 272, 315, 33432};
+/// Entries that every page may have.
+constexpr std::array<std::uint16_t, 3> resolutionTags = {exiftag::xResolution, exiftag::yResolution,
+                                                         exiftag::resolutionUnit};
 
 /// Types that classic EXIF defines.
 constexpr std::uint16_t firstType = 1, lastType = 12;
@@ -131,29 +140,35 @@ Fields copied(const Structure& file, const Structure::Directory& directory, std:
 
 Bytes exifOfTIFF(const Structure& file, std::uint64_t directory) {
     const Structure::Directory page = file.directoryAt(directory);
-    return exifOfParts({file, page}, {file, file.child(page, exifPointer)});
+    return exifOfParts({file, page}, {file, file.child(page, exiftag::exifDirectoryPointer)});
 }
 
 Bytes exifOfParts(const DirectoryPlace& page, const DirectoryPlace& exif) {
-    const bool saysOrigin = std::ranges::any_of(page.entries, [](const Structure::Entry& entry) {
-        return std::ranges::count(originTags, entry.tag) > 0;
+    const auto isPageTag = [](std::uint16_t tag) { return std::ranges::count(pageTags, tag) > 0; };
+    const bool saysSomething = std::ranges::any_of(page.entries, [&](const Structure::Entry& entry) {
+        return (isPageTag(entry.tag) && std::ranges::count(resolutionTags, entry.tag) == 0)
+               || entry.tag == exiftag::gpsPointer;
     });
-    if ((exif.entries.empty() && !saysOrigin) || page.file.isBigEndian() != exif.file.isBigEndian())
+    if ((exif.entries.empty() && !saysSomething) || page.file.isBigEndian() != exif.file.isBigEndian())
         return {};
     ExifBlockBuilder builder(page.file.isBigEndian());
     std::size_t room = maximumExifBytes;
-    const auto isPageTag = [](std::uint16_t tag) { return std::ranges::count(pageTags, tag) > 0; };
     const auto isMovable = [](std::uint16_t tag) {
-        return tag != interoperabilityPointer && tag != makerNote;
+        return tag != exiftag::interoperabilityPointer && tag != exiftag::makerNote;
     };
     Fields pageFields = copied(page.file, page.entries, room, isPageTag);
     Fields exifFields = copied(exif.file, exif.entries, room, isMovable);
     const Fields interoperability =
-        copied(exif.file, exif.file.child(exif.entries, interoperabilityPointer), room, isMovable);
+        copied(exif.file, exif.file.child(exif.entries, exiftag::interoperabilityPointer), room, isMovable);
+    const Fields gps = copied(page.file, page.file.child(page.entries, exiftag::gpsPointer), room, isMovable);
     if (!interoperability.empty())
-        exifFields.push_back(builder.pointer(interoperabilityPointer, builder.add(interoperability)));
+        exifFields.push_back(
+            builder.pointer(exiftag::interoperabilityPointer, builder.add(interoperability)));
     if (!exifFields.empty())
-        pageFields.push_back(builder.pointer(exifPointer, builder.add(std::move(exifFields))));
+        pageFields.push_back(
+            builder.pointer(exiftag::exifDirectoryPointer, builder.add(std::move(exifFields))));
+    if (!gps.empty())
+        pageFields.push_back(builder.pointer(exiftag::gpsPointer, builder.add(gps)));
     return builder.finish(builder.add(std::move(pageFields)));
 }
 

@@ -6,9 +6,8 @@
 
 namespace kestrine::tiff {
 
-/// A block, in the file's byte order, with the EXIF directory that the page at `directory` points to, and
-/// with the page's own entries about origin, orientation and resolution. Empty when the page points to no
-/// EXIF and does not say who or what made the picture.
+/// A block, in the file's byte order, with the EXIF and GPS directories that the page at `directory` points
+/// to, and with the page's own entries about the picture. Empty when it has neither, or only a resolution.
 Bytes exifOfTIFF(const Structure& file, std::uint64_t directory);
 
 /// A directory of a file.

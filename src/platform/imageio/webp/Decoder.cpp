@@ -3,7 +3,7 @@
 
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/WholePicture.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/webp/StreamedRows.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 // The EXIF that is carried from a source into an output, compared with blocks that the builder makes.
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/CarriedExif.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "tests/support/ExifBuilder.h"
 
 #include <gtest/gtest.h>
@@ -22,33 +23,10 @@ std::vector<ExifField> exifWith(std::vector<ExifField> fields) {
 }
 
 Bytes carried(const ExifContent& source, bool turned = false) {
-    return carriedExif(exifBlock(source), 1200, 800, turned);
+    return carriedExif(exifBlock(source), {1200, 800, turned});
 }
 
 constexpr ExifOrder bothOrders[]{ExifOrder::bigEndian, ExifOrder::littleEndian};
-
-TEST(UprightExif, orientationBecomesOneAndEverythingElseStays) {
-    for (const ExifOrder order : bothOrders) {
-        const auto block = [&](std::uint16_t turned) {
-            return exifBlock({.order = order,
-                              .ifd0 = {exifText(make, "Kappa"), exifShorts(orientation, {turned})},
-                              .exifSubIFD = {exifLongs(pixelX, {7})}});
-        };
-        EXPECT_EQ(uprightExif(block(6)), block(1));
-    }
-}
-
-TEST(UprightExif, orientationMayBeLong) {
-    for (const ExifOrder order : bothOrders)
-        EXPECT_EQ(uprightExif(exifBlock({.order = order, .ifd0 = {exifLongs(orientation, {8})}})),
-                  exifBlock({.order = order, .ifd0 = {exifLongs(orientation, {1})}}));
-}
-
-TEST(UprightExif, blocksWithoutOrientationStay) {
-    const Bytes block = exifBlock({.ifd0 = {exifText(make, "Kappa")}});
-    EXPECT_EQ(uprightExif(block), block);
-    EXPECT_EQ(uprightExif(Bytes{1, 2, 3}), (Bytes{1, 2, 3}));
-}
 
 TEST(CarriedExif, valuesOfEveryTypeBecomeBigEndian) {
     const std::vector<ExifField> main{exifText(make, "Kappa"), exifShorts(orientation, {3})};
@@ -81,7 +59,7 @@ TEST(CarriedExif, aSelectionKeepsMoreOrLessOfIt) {
                                       .ifd0 = {name, turned, artist, owner, comment},
                                       .exifSubIFD = {serial, lens},
                                       .gpsIFD = {north}}),
-                           1200, 800, false, selection);
+                           {1200, 800}, selection);
     };
     const std::vector<ExifField> usual{name, turned, artist, owner};
     for (const ExifOrder order : bothOrders) {
@@ -94,43 +72,14 @@ TEST(CarriedExif, aSelectionKeepsMoreOrLessOfIt) {
                              .exifSubIFD = {exifLongs(pixelX, {1200}), exifLongs(pixelY, {800}), lens}}));
         EXPECT_EQ(kept(ExifSelection::rights, order), exifBlock({.ifd0 = {turned, artist, owner}}));
         const Bytes all = kept(ExifSelection::all, order);
-        EXPECT_EQ(carriedExif(all, 1200, 800, false, ExifSelection::all), all);
+        EXPECT_EQ(carriedExif(all, {1200, 800}, ExifSelection::all), all);
         EXPECT_GT(all.size(), kept(ExifSelection::camera, order).size() + 20);
     }
 }
 
 TEST(CarriedExif, rightsOfAFileWithoutAnyAreNothing) {
-    const Bytes block = exifBlock({.ifd0 = {exifText(make, "Kappa"), exifShorts(orientation, {6})}});
-    EXPECT_EQ(carriedExif(block, 1, 1, false, ExifSelection::rights), Bytes{});
-}
-
-TEST(ExifFacts, theOrientationIsOneOfEightInBothOrders) {
-    for (const ExifOrder order : bothOrders) {
-        const auto orientationFor = [order](const ExifField& field) {
-            return readExifFacts(exifBlock({.order = order, .ifd0 = {field}})).orientation;
-        };
-        EXPECT_EQ(orientationFor(exifShorts(orientation, {7})), 7);
-        EXPECT_EQ(orientationFor(exifShorts(orientation, {0})), 1);
-        EXPECT_EQ(orientationFor(exifShorts(orientation, {9})), 1);
-        EXPECT_EQ(orientationFor(exifText(orientation, "6")), 1);
-        EXPECT_EQ(orientationFor(exifShorts(0x0100, {6})), 1);
-    }
-}
-
-TEST(TakenDate, isThatOfTheOriginalOrElseOfTheDigitisation) {
-    const auto dateIn = [](std::vector<ExifField> fields) {
-        return dateTakenIn(
-            exifBlock({.ifd0 = {exifText(0x0132, "2020:01:01 00:00:00")}, .exifSubIFD = std::move(fields)}));
-    };
-    const ExifField original = exifText(0x9003, "2019:03:04 05:06:07"),
-                    scan = exifText(0x9004, "2021:09:09 01:01:01");
-    EXPECT_EQ(dateIn({original, scan}), "2019:03:04 05:06:07");
-    EXPECT_EQ(dateIn({scan}), "2021:09:09 01:01:01");
-    EXPECT_EQ(dateIn({exifText(0x9003, "0000:00:00 00:00:00"), scan}), "2021:09:09 01:01:01");
-    for (const char* text :
-         {"", "    :  :     :  :  ", "2019:03:04", "2019-03-04 05:06:07", "2019:03:04 05:06:07 "})
-        EXPECT_EQ(dateIn({exifText(0x9003, text)}), "") << text;
-    EXPECT_EQ(dateIn({}), "");
+    const Bytes block = exifBlock({.ifd0 = {exifText(make, "Kappa")}});
+    EXPECT_EQ(carriedExif(block, {1, 1}, ExifSelection::rights), Bytes{});
 }
 
 TEST(CarriedExif, eightTagsOfTheMainDirectoryAreCarried) {
@@ -244,13 +193,13 @@ TEST(CarriedExif, aSourceWithNothingToCarryGivesNoBlock) {
     EXPECT_EQ(carried({}), Bytes{});
     EXPECT_EQ(carried({.ifd0 = {exifRationals(xResolution, {72, 1})}, .gpsIFD = {exifText(1, "N")}}, true),
               Bytes{});
-    EXPECT_EQ(carriedExif({}, 1, 1, true), Bytes{});
-    EXPECT_EQ(carriedExif(Bytes{'M', 'M', 0, 42, 0, 0, 0}, 1, 1, true), Bytes{});
-    EXPECT_EQ(carriedExif(Bytes{'M', 'M', 0, 42, 0xff, 0xff, 0xff, 0xff}, 1, 1, true), Bytes{});
+    EXPECT_EQ(carriedExif({}, {1, 1, true}), Bytes{});
+    EXPECT_EQ(carriedExif(Bytes{'M', 'M', 0, 42, 0, 0, 0}, {1, 1, true}), Bytes{});
+    EXPECT_EQ(carriedExif(Bytes{'M', 'M', 0, 42, 0xff, 0xff, 0xff, 0xff}, {1, 1, true}), Bytes{});
     for (const auto& [position, byte] : {std::pair{0, 'X'}, {1, 'I'}, {3, '+'}, {2, '*'}}) {
         Bytes broken = exifBlock({.ifd0 = {exifText(make, "Kappa")}});
         broken[position] = static_cast<std::uint8_t>(byte);
-        EXPECT_EQ(carriedExif(broken, 1, 1, false), Bytes{}) << position;
+        EXPECT_EQ(carriedExif(broken, {1, 1}), Bytes{}) << position;
     }
 }
 
@@ -268,7 +217,7 @@ TEST(CarriedExif, carryingACarriedBlockChangesNothing) {
                  .ifd0 = {exifText(make, "Kappa"), exifShorts(orientation, {6})},
                  .exifSubIFD = {exifBytes(makerNote, Bytes(50)), exifText(lensModel, "a lens")},
                  .interoperabilityIFD = {exifText(1, "R98")}});
-    EXPECT_EQ(carriedExif(once, 1200, 800, false), once);
+    EXPECT_EQ(carriedExif(once, {1200, 800}), once);
 }
 
 TEST(CarriedExif, anyShortenedSourceGivesABlockThatCanBeCarriedAgain) {
@@ -278,8 +227,8 @@ TEST(CarriedExif, anyShortenedSourceGivesABlockThatCanBeCarriedAgain) {
                                        .exifSubIFD = {exifRationals(exposureTime, {1, 2})},
                                        .interoperabilityIFD = {exifText(1, "R98")}});
         for (std::size_t size = 0; size < whole.size(); ++size) {
-            const Bytes block = carriedExif(ByteView(whole).first(size), 3, 2, false);
-            EXPECT_EQ(carriedExif(block, 3, 2, false), block) << size;
+            const Bytes block = carriedExif(ByteView(whole).first(size), {3, 2});
+            EXPECT_EQ(carriedExif(block, {3, 2}), block) << size;
             (void)readExifFacts(ByteView(whole).first(size));
         }
     }
@@ -287,53 +236,71 @@ TEST(CarriedExif, anyShortenedSourceGivesABlockThatCanBeCarriedAgain) {
 
 // Facts
 
-std::optional<Resolution> resolutionIn(const std::vector<ExifField>& main) {
-    return readExifFacts(exifBlock({.ifd0 = main})).resolution;
+TEST(CarriedExif, withoutASizeTheOneThatIsStatedStays) {
+    const ExifContent source{.exifSubIFD = {exifLongs(pixelX, {96}), exifLongs(pixelY, {64})}};
+    EXPECT_EQ(carriedExif(exifBlock(source), {}, ExifSelection::all), exifBlock(source));
 }
 
-TEST(ExifFacts, theResolutionIsInPixelsPerInch) {
-    const ExifField x = exifRationals(xResolution, {300, 1}), y = exifRationals(yResolution, {1501, 10});
-    EXPECT_EQ(resolutionIn({x, y}), (Resolution{300, 150.1}));
-    EXPECT_EQ(resolutionIn({x, y, exifShorts(resolutionUnit, {2})}), (Resolution{300, 150.1}));
-    EXPECT_EQ(resolutionIn({exifRationals(xResolution, {100, 1}), exifRationals(yResolution, {50, 1}),
-                            exifShorts(resolutionUnit, {3})}),
-              (Resolution{254, 127}));
-}
-
-TEST(ExifFacts, anAbsentOrImplausibleAxisIs72) {
-    EXPECT_EQ(resolutionIn({exifRationals(xResolution, {300, 1})}), (Resolution{300, 72}));
-    EXPECT_EQ(resolutionIn({exifRationals(xResolution, {0, 1}), exifRationals(yResolution, {200001, 1})}),
-              (Resolution{72, 72}));
-}
-
-TEST(ExifFacts, withoutUnitOrNumbersThereIsNoResolution) {
-    EXPECT_EQ(resolutionIn({exifRationals(xResolution, {2, 1}), exifShorts(resolutionUnit, {1})}),
-              std::nullopt);
-    EXPECT_EQ(resolutionIn({exifRationals(xResolution, {72, 0})}), std::nullopt);
-    EXPECT_EQ(resolutionIn({exifText(xResolution, "300 dots")}), std::nullopt);
-    EXPECT_EQ(resolutionIn({exifText(make, "Kappa")}), std::nullopt);
-    EXPECT_EQ(readExifFacts({}).resolution, std::nullopt);
-}
-
-TEST(ExifFacts, adobeRGBIsColorSpace2OrUncalibratedWithR03) {
-    struct {
-        std::uint16_t space;
-        const char* index;
-        bool isAdobeRGB;
-    } const cases[] = {
-        {1, "R98", false},     {1, "R03", false},      {2, "R98", true},
-        {0xffff, "R03", true}, {0xffff, "R98", false}, {0xffff, "R", false},
+TEST(CarriedExif, rightsKeepAnOrientationThatMatters) {
+    const auto rights = [](std::uint16_t stated, bool turned) {
+        const Bytes block = exifBlock({.ifd0 = {exifText(make, "Kappa"), exifShorts(orientation, {stated})}});
+        return carriedExif(block, {1, 1, turned}, ExifSelection::rights);
     };
-    for (const ExifOrder order : bothOrders)
-        for (const auto& [space, index, isAdobeRGB] : cases)
-            EXPECT_EQ(readExifFacts(exifBlock({.order = order,
-                                               .exifSubIFD = {exifShorts(colorSpace, {space})},
-                                               .interoperabilityIFD = {exifText(1, index)}}))
-                          .isAdobeRGB,
-                      isAdobeRGB)
-                << space << " " << index;
-    EXPECT_FALSE(readExifFacts(exifBlock({.exifSubIFD = {exifShorts(colorSpace, {0xffff})}})).isAdobeRGB);
-    EXPECT_FALSE(readExifFacts(exifBlock({.ifd0 = {exifText(make, "Kappa")}})).isAdobeRGB);
+    EXPECT_EQ(rights(6, false), exifBlock({.ifd0 = {exifShorts(orientation, {6})}}));
+    EXPECT_EQ(rights(1, false), Bytes{});
+    EXPECT_EQ(rights(6, true), Bytes{});
+}
+
+TEST(CarriedExif, numbersInValuesOfNoTypeBecomeBigEndianToo) {
+    for (const ExifOrder order : bothOrders) {
+        const bool isBig = order == ExifOrder::bigEndian;
+        const auto comment = [](std::uint8_t high, std::uint8_t low) {
+            return exifBytes(userComment, {'U', 'N', 'I', 'C', 'O', 'D', 'E', 0, high, low, high, low});
+        };
+        const auto pattern = [](std::uint8_t high, std::uint8_t low) {
+            return exifBytes(0xa302, {high, low, high, low, 0, 1, 1, 2});
+        };
+        EXPECT_EQ(carried({.order = order,
+                           .exifSubIFD = {isBig ? comment(0, 'x') : comment('x', 0),
+                                          isBig ? pattern(0, 2) : pattern(2, 0)}}),
+                  exifBlock({.exifSubIFD = {comment(0, 'x'), exifLongs(pixelX, {1200}),
+                                            exifLongs(pixelY, {800}), pattern(0, 2)}}));
+    }
+}
+
+TEST(CarriedExif, textOfTheNewerTypeIsCarried) {
+    const ExifField text{0x010e, 129, 3, {'h', 'i', 0}};
+    EXPECT_EQ(carried({.order = ExifOrder::littleEndian, .ifd0 = {text}}),
+              exifBlock({.ifd0 = {text}, .exifSubIFD = exifWith({})}));
+}
+
+TEST(CarriedExif, placesInThePictureAreLeftOutWhenItChangesExceptForPresets) {
+    const std::vector<ExifField> places{exifShorts(0x9214, {3, 2}), exifRationals(0xa20e, {4000, 1}),
+                                        exifRationals(0xa20f, {4000, 1}), exifShorts(0xa210, {2}),
+                                        exifShorts(0xa214, {3, 2})};
+    const Bytes block = exifBlock({.exifSubIFD = places});
+    const Bytes without = exifBlock({.exifSubIFD = exifWith({})});
+    const Bytes unchanged = carriedExif(block, {1200, 800}, ExifSelection::all);
+    EXPECT_GT(unchanged.size(), without.size());
+    for (const ExifResult& result :
+         {ExifResult{1200, 800, false, true}, ExifResult{1200, 800, true, false}}) {
+        const bool addsOrientation = result.isTurned;
+        EXPECT_EQ(carriedExif(block, result, ExifSelection::all),
+                  exifBlock({.ifd0 = addsOrientation ? std::vector{exifShorts(orientation, {1})}
+                                                     : std::vector<ExifField>{},
+                             .exifSubIFD = exifWith({})}));
+    }
+    EXPECT_EQ(carriedExif(block, {1200, 800, false, true}, ExifSelection::camera), unchanged);
+}
+
+TEST(CarriedExif, afterAConversionToSRGBTheColorSpaceIsSRGB) {
+    const Bytes block =
+        exifBlock({.exifSubIFD = {exifShorts(colorSpace, {2})}, .interoperabilityIFD = {exifText(1, "R03")}});
+    const ExifResult converted{.width = 1200, .height = 800, .isInSRGB = true};
+    EXPECT_EQ(carriedExif(block, converted),
+              exifBlock({.exifSubIFD = exifWith({exifShorts(colorSpace, {1})})}));
+    EXPECT_EQ(carriedExif(exifBlock({.ifd0 = {exifText(make, "K")}}), converted),
+              exifBlock({.ifd0 = {exifText(make, "K")}, .exifSubIFD = exifWith({})}));
 }
 
 } // namespace

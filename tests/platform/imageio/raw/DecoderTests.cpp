@@ -7,7 +7,7 @@
 
 #include "platform/coregraphics/RowStages.h"
 #include "platform/imageio/LocalSource.h"
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/raw/Header.h"
 #include "platform/imageio/raw/Library.h"
 

@@ -3,7 +3,8 @@
 #include "tests/platform/imageio/tiff/TIFFRecipe.h"
 #include "tests/support/Pictures.h"
 
-#include "platform/imageio/exif/ExifBlock.h"
+#include "platform/imageio/exif/CarriedExif.h"
+#include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/tiff/Library.h"
 
 #include <algorithm>
@@ -135,7 +136,7 @@ TEST(TIFFPages, theExifDirectoryIsReturnedAsABlock) {
         ASSERT_FALSE(decoded.exif.empty()) << mode;
         EXPECT_EQ(decoded.exif[0], mode[1] == 'b' ? 'M' : 'I');
         EXPECT_TRUE(readExifFacts(decoded.exif).isAdobeRGB);
-        const Bytes carried = carriedExif(decoded.exif, 10, 10, false);
+        const Bytes carried = carriedExif(decoded.exif, {10, 10});
         const std::string text(carried.begin(), carried.end());
         EXPECT_NE(text.find("Maker of cameras"), std::string::npos);
         EXPECT_NE(text.find("2024:05:06 07:08:09"), std::string::npos);
