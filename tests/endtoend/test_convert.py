@@ -8,6 +8,7 @@ import subprocess
 import termios
 import time
 import unittest
+from pathlib import Path
 
 import pictures
 from PIL import Image
@@ -405,12 +406,22 @@ class Stopping(ToolTest):
         stems = {name.split(b".")[0] for name in self.names()}
         self.assertEqual(stems, {f"p{i}".encode() for i in range(self.COUNT)})
 
+    def wait_until_taken(self, process, number):
+        """Waits until the signal is no longer pending for the process."""
+        status = Path(f"/proc/{process.pid}/status")
+        for _ in range(60_000):
+            pending = [line for line in status.read_text().splitlines() if line.startswith(("SigPnd:", "ShdPnd:"))]
+            if not any(int(line.split()[1], 16) >> (number - 1) & 1 for line in pending):
+                return
+            time.sleep(0.001)
+        self.fail("the signal is not taken")
+
     # Its _exit() flushes the streams of the C library, and so waits for the thread that waits to write.
     @unittest.skipIf(is_built_with("tsan"), "the thread sanitizer waits for standard output before it ends a program")
     def test_a_second_signal_ends_the_program_at_once(self):
         process = self.start("kestrinectl", "convert")
         process.send_signal(signal.SIGTERM)
-        time.sleep(0.2)
+        self.wait_until_taken(process, signal.SIGTERM)
         self.assertIsNone(process.poll(), "it must still be waiting to write")
         process.send_signal(signal.SIGINT)
         self.assertEqual(process.wait(timeout=60), 128 + signal.SIGINT)

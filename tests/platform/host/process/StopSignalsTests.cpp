@@ -1,7 +1,9 @@
 #include "platform/host/process/StopSignals.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/TaskState.h"
 
+#include <atomic>
+#include <gtest/gtest.h>
 #include <optional>
 #include <sys/wait.h>
 #include <thread>
@@ -116,13 +118,17 @@ TEST(StopSignalsNoted, afterASecondSignalNoOtherStepBegins) {
                   const StopSignalsNoted scope;
                   std::optional<StopSignalsBlocked> step(std::in_place);
                   takeTwoSignalsOnAnotherThread();
-                  std::thread([] {
+                  std::atomic<pid_t> thread = 0;
+                  std::thread([&thread] {
                       sigset_t none{};
                       ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
+                      thread = ::gettid();
                       const StopSignalsBlocked other;
                       ::_exit(7);
                   }).detach();
-                  ::usleep(100'000);
+                  thread.wait(0);
+                  if (!testing::comesToState('S', ::getpid(), thread)) // it waits for the step to end
+                      ::_exit(8);
                   step.reset();
               }),
               128 + SIGHUP);
