@@ -2,6 +2,7 @@
 
 #include "kestrinectl/Suggestion.h"
 #include "kestrinectl/text/Messages.h"
+#include "kestrinectl/text/Words.h"
 
 #include <algorithm>
 #include <iostream>
@@ -189,8 +190,18 @@ std::optional<std::string> unknownOption(const Command& command, const std::vect
     return std::nullopt;
 }
 
+/// The words that the parser has no use for, as typed. `program` must have tried to parse them.
+std::string unexpectedWords(const CLI::App& program) {
+    std::vector<std::string> words = program.remaining(true);
+    for (std::string& word : words)
+        word = quoted(typedWord(word));
+    return CLI::detail::join(words, " ");
+}
+
 /// The parser's message, in simpler words where its own are unclear.
-std::string plainMessage(const CLI::ParseError& error) {
+std::string plainMessage(const CLI::App& program, const CLI::ParseError& error) {
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr)
+        return "unexpected " + unexpectedWords(program);
     const std::string message = error.what();
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
         const bool hasSeveral = message.find("At Most") != std::string::npos;
@@ -221,7 +232,10 @@ void addHelpCommand(CLI::App& program) {
         "'kestrinectl help COMMAND' shows the options of a command."); // commands copy earlier ones
     auto words = std::make_shared<std::vector<std::string>>();
     command->add_option("COMMAND", *words, "A command, such as: sets add");
-    command->callback([&program, words] { printHelp(program, *words); });
+    command->callback([&program, words] {
+        std::ranges::transform(*words, words->begin(), typedWord);
+        printHelp(program, *words);
+    });
 }
 
 std::string complaintAbout(const CLI::App& program, const std::vector<std::string>& words,
@@ -238,7 +252,7 @@ std::string complaintAbout(const CLI::App& program, const std::vector<std::strin
         return unknownCommand(command, words[command.wordCount]);
     if (needsCommand)
         return "a command is missing; " + helpFor(command) + " lists all commands";
-    return plainMessage(error) + "; " + helpFor(command) + " explains its use";
+    return plainMessage(program, error) + "; " + helpFor(command) + " explains its use";
 }
 
 } // namespace kestrine

@@ -68,6 +68,15 @@ class Explain(ToolTest):
             self.assertIn(words, text)
         self.assertEqual(self.names(), [b"a.jpg"])
 
+    def test_a_result_with_too_long_a_side_is_said_to_be_too_large(self):
+        self.store({"name": "Huge", "formatType": PNG, "resizeType": 1, "ratio": 100000.0})
+        pictures.image(pictures.photo(1200, 2)).save(self.folder / "wide.png")
+        reason = "a side of the result would have more than 1000000 pixels"
+        self.assertIn(f"Gives no result, because {reason}.", self.explain("wide.png"))
+        for words in (("--set", "Huge"), ("--percent", "100000", "--out", "x")):
+            done = self.kestrinectl("convert", *words, "wide.png")
+            self.assertEqual(messages_of(done)[0], "wide.png: " + reason)
+
     def test_what_is_no_picture_is_an_error(self):
         (self.folder / "a.txt").write_text("words")
         self.explain("a.txt", status=1)
@@ -102,7 +111,7 @@ class Doctor(ToolTest):
     def test_equal_and_misleading_names_are_found(self):
         self.store({"name": "Web"}, {"name": "Web"}, {"name": "a/b"})
         text, _ = self.doctor()
-        self.assertIn('@2 "Web": has the name of an earlier set', text)
+        self.assertIn('@2 "Web": @1 has the same name', text)
         self.assertIn('@3 "a/b": ', text)
 
     def test_it_says_where_originals_go(self):
@@ -120,6 +129,12 @@ class Doctor(ToolTest):
         self.addCleanup(self.home.chmod, 0o755)
         done = self.run_without_rights("doctor", program="kestrinectl")
         self.assertIn(b"originals cannot go to the trash: ", done.stdout)
+
+    def test_names_that_look_equal_are_found(self):
+        self.store({"name": "Caf\u00e9"}, {"name": "Cafe\u0301"})
+        text, _ = self.doctor()
+        self.assertIn("the name of @2 looks the same, but its letters are composed in another way", text)
+        self.assertIn("the name of @1 looks the same", text)
 
     def test_json_says_the_same_as_the_lines(self):
         self.store({"name": "Web"}, {"name": "a/b"})

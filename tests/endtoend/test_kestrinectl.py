@@ -244,7 +244,7 @@ class Sets(ToolTest):
     def test_show_warns_about_a_set_that_cannot_be_reached_by_its_name(self):
         self.store({"name": "A"}, {"name": "A"})
         self.assertNotIn("Warning", self.control("show", "@1"))
-        self.assertIn("Warning: 'kestrine -set' applies @1 instead", self.control("show", "@2"))
+        self.assertIn("Warning: @1 has the same name, so that 'kestrine -set' applies that one", self.control("show", "@2"))
 
     def test_list_can_print_only_the_names(self):
         self.store({"name": "50%"}, {"name": " a\nb"}, {"name": None})
@@ -404,6 +404,10 @@ class Help(ToolTest):
                               self.complaint(*command, f"{option}={wrong}"))
 
     def test_words_without_a_similar_command_are_only_reported_as_unknown(self):
+        for words, shown in ((("sets", "add", "--", "-y", "--longest", "5"), '"--longest" "5"'), (("run", "--", "a", "-b"), '"-b"'),
+                             (("history", "x", "[y]"), '"x" "[y]"')):
+            self.assertIn(f"unexpected {shown}; 'kestrinectl help {words[0]}", self.complaint(*words))
+        self.assertIn('unknown command "[x]"', self.complaint("help", "[x]"))
         self.assertIn('unknown command "frobnicate"; \'kestrinectl help\' lists all commands', self.complaint("frobnicate"))
         self.assertIn("unknown option \"-x\"; 'kestrinectl help' lists all options", self.complaint("-x"))
         self.assertIn('unknown option "--colour"; \'kestrinectl help sets add\' lists all options',

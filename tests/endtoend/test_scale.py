@@ -352,12 +352,34 @@ class Refusals(Scale):
 
     def test_a_run_that_still_waits_for_its_plan_ends_at_the_first_signal(self):
         os.mkfifo(self.tree / "pipe")
-        run = subprocess.Popen([BIN / "kestrinectl", "run", "pipe"], cwd=self.tree, env=self.environment)
+        run = subprocess.Popen([BIN / "kestrinectl", "run", "--root", ".", "--log", "log", "pipe"], cwd=self.tree, env=self.environment)
         with open(self.tree / "pipe", "wb") as plan: # opened when the run has opened it, too
             plan.write(b"kestrine-plan")
             plan.flush()
             run.send_signal(signal.SIGTERM)
             self.assertEqual(run.wait(timeout=60), -signal.SIGTERM)
+
+    def test_a_log_of_another_version_is_refused_and_stays(self):
+        self.plan()
+        self.run_shards(self.tree, 1)
+        log = self.tree / "plan.1-of-1.jsonl"
+        changed = log.read_bytes().replace(b'"version":1', b'"version":2', 1)
+        log.write_bytes(changed)
+        for words in (("run", "plan"), ("merge", "plan", log.name)):
+            self.assertIn(b"is from another version of kestrinectl", self.inside(self.tree, *words, status=1).stderr)
+        self.assertEqual(log.read_bytes(), changed)
+
+    def test_a_plan_from_a_pipe_needs_places_for_log_and_results(self):
+        self.plan()
+        content, expected = (self.tree / "plan").read_bytes(), self.expected()
+        for words in ((), ("--root", "."), ("--log", "log")):
+            [message] = messages_of(self.inside(self.tree, "run", *words, "/dev/stdin", status=2, input=content))
+            self.assertIn("is no regular file, so there is no place beside it", message)
+        self.assertEqual(self.results(self.tree), {})
+        self.inside(self.tree, "run", "--root", ".", "--log", "log", "/dev/stdin", input=content)
+        self.assertEqual(self.results(self.tree), expected)
+        [message] = messages_of(self.inside(self.tree, "merge", "/dev/stdin", "log", status=2, input=content))
+        self.assertIn("is no regular file", message)
 
     def test_an_empty_path_is_refused_in_one_line(self):
         self.plan()
@@ -392,6 +414,19 @@ class Planning(Scale):
         done = self.inside(self.tree, "plan", *OPTIONS, "--files-from", "-", "-0", input=b"in/" + ODD[1] + b"\0in/p.png\0")
         self.assertIn(b"\0in/" + ODD[1] + b"\0", done.stdout)
         self.assertEqual(messages_of(done), ["2 files planned, 4 results"])
+
+    def test_sets_that_cannot_be_read_matter_only_where_sets_are_applied(self):
+        self.write_preferences(b"junk")
+        done = self.plan(files=("in/p.png",))
+        self.assertIn("this run uses no presets", messages_of(done)[0])
+        self.run_shards(self.tree, 1)
+        self.assertEqual(len(self.results(self.tree)), 2)
+        self.plan(options=("--set", "Web"), files=("in/p.png",), status=1)
+
+    def test_what_cannot_be_opened_counts_once_however_often_it_is_named(self):
+        (self.tree / "in/loop.png").symlink_to("loop.png")
+        done = self.plan(files=("in", "in/loop.png"), status=1)
+        self.assertIn("the plan lacks 1 item that cannot be read", messages_of(done))
 
     def test_what_cannot_be_read_is_reported_and_the_rest_is_planned(self):
         done = self.plan(files=("in/p.png", "absent.png"), status=1)

@@ -169,7 +169,7 @@ void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
 }
 
 void run(ConvertRequest request) {
-    const PresetStore store = request.treatment.usesSets() ? PresetStore::load() : PresetStore::loadOrWarn();
+    const PresetStore store = request.treatment.presets();
     const ResizeSets sets = request.treatment.sets(store);
     request.selection.complete(store.sets(), request.treatment.options, "convert");
     const std::vector<std::string>& files = request.selection.files;

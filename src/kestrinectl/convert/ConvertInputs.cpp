@@ -151,7 +151,7 @@ private:
         if (fs::is_regular_file(status))
             visitFile(entry);
         else if (error && (error != std::errc::no_such_file_or_directory || hasNameOfPicture(entry.native())))
-            complainOfFile(shownPath(entry.native()), "cannot open: " + error.message(),
+            complainOfFile(entry, "cannot open: " + error.message(),
                            kindOf(systemFailure("", error.value()).reason));
         else if (!fs::is_directory(status))
             receiver_.otherFile();
@@ -198,17 +198,16 @@ private:
             return;
         if (search_.isResult && search_.isResult(absolutePath(file).native()))
             return receiver_.otherFile();
-        const std::string shown = shownPath(file.native());
         const auto reader = readerOfPath(file.native());
         if (!reader)
-            return complainOfFile(shown, withoutPath(reader.failure().text, file.native()),
+            return complainOfFile(file, withoutPath(reader.failure().text, file.native()),
                                   kindOf(reader.failure().reason));
         switch (contentOf(**reader, file.native())) {
         case Content::picture:
             addPicture(file, root_.native());
             break;
         case Content::unreadablePicture:
-            complainOfFile(shown, "the file is in no picture format that can be read",
+            complainOfFile(file, "the file is in no picture format that can be read",
                            kindOf(Reason::unsupported));
             break;
         case Content::other:
@@ -218,8 +217,11 @@ private:
 
     bool isRecursive() const { return search_.recursive || search_.allFolders; }
 
-    void complainOfFile(const std::string& shown, const std::string& text, std::string_view kind) {
-        ConvertResult finding{.source = shown};
+    /// As for pictures, a file that an argument names again counts once.
+    void complainOfFile(const fs::path& file, const std::string& text, std::string_view kind) {
+        if (mayRepeat_ && !file.empty() && !seen_.add(file))
+            return;
+        ConvertResult finding{.source = shownPath(file.native())};
         finding.complain(text, kind);
         receiver_.finding(std::move(finding));
         ++unreadableFiles_;

@@ -39,7 +39,10 @@ void ConvertTreatment::addLimitsTo(CLI::App& command) {
         ->option_text("N");
 }
 
-bool ConvertTreatment::usesSets() const { return !setNames.empty() || !describeResult(options); }
+PresetStore ConvertTreatment::presets() const {
+    const bool usesSets = !setNames.empty() || !describeResult(options);
+    return usesSets ? PresetStore::load() : PresetStore::loadOrWarn();
+}
 
 ResizeSets ConvertTreatment::sets(const PresetStore& store) const {
     return chosenSets(store, setNames, describeResult(options),

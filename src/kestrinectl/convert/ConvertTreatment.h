@@ -24,8 +24,8 @@ struct ConvertTreatment {
     /// The rest of the options, which limit what a file may cost.
     void addLimitsTo(CLI::App& command);
 
-    /// Whether sets decide about the result.
-    bool usesSets() const;
+    /// The stored sets. Where no set decides about the result, sets that cannot be read are only a warning.
+    PresetStore presets() const;
 
     /// The sets to apply; none if the options describe the result.
     ResizeSets sets(const PresetStore& store) const;

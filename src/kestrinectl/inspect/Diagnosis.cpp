@@ -30,16 +30,8 @@ std::vector<SetFinding> findingsAbout(const ResizeSets& sets) {
     std::vector<SetFinding> findings;
     for (std::size_t i = 0; i < sets.size(); ++i) {
         const std::string name = sets[i]->name().value_or(u"").utf8();
-        const auto add = [&](const std::string& text) { findings.push_back({i + 1, name, text}); };
-        const auto first =
-            std::ranges::find_if(sets, [&](const auto& other) { return other->name() == sets[i]->name(); });
-        if (first - sets.begin() != static_cast<std::ptrdiff_t>(i))
-            add("has the name of an earlier set, so that 'kestrine -set' cannot apply it; 'kestrinectl sets "
-                "edit --name' gives it another name");
-        if (const auto objection = objectionTo(name))
-            add(*objection);
-        for (const std::string& oddity : oddities(name))
-            add(oddity);
+        for (const std::string& text : nameFindings(sets, i))
+            findings.push_back({i + 1, name, text});
     }
     return findings;
 }

@@ -55,9 +55,13 @@ Answer setCreationDate(const NSString& path, ExifTagReader* reader) {
     const OptionalDate date = reader == nullptr ? std::nullopt : reader->correctedCreationDate();
     if (!date)
         return {"", std::string(noDate) + ", nothing changed"};
+    const FailureCollector collector;
     reader->changeCreationDate();
+    if (!collector.failures().empty())
+        throw CommandError("the creation date cannot be set: "
+                           + withoutPath(collector.failures().front().text, path.utf8()));
     if (fileCreationDateText(path.utf8()) != isoText(*date))
-        throw CommandError("the creation date could not be set");
+        throw CommandError("the creation date cannot be set: the file system does not keep it");
     return {"creation date set to " + isoText(*date) + "\n", ""};
 }
 

@@ -12,6 +12,7 @@
 #include "models/RecipeConversion.h"
 #include "models/ResizeJob.h"
 #include "models/ResultNaming.h"
+#include "platform/host/FailureCollector.h"
 #include "platform/imageio/FileContents.h"
 
 #include <array>
@@ -70,11 +71,13 @@ std::string placeStep(const ResizeSet& set, const ExplainedSet& result) {
     return "Writes " + shownPath(result.path) + ".";
 }
 
-std::string resultStep(const ExplainedSet& result) {
+/// `obstacle`: why there is no picture, if that is known.
+std::string resultStep(const ExplainedSet& result, const std::optional<Failure>& obstacle) {
     if (result.format == nullptr)
         return "Gives no result, because its format does not exist.";
     if (result.width == 0)
-        return "Gives no result, because a side of it would have less than one pixel.";
+        return "Gives no result, because "
+               + (obstacle ? obstacle->text : "a side of it would have less than one pixel") + ".";
     return "The result is " + sizeText(result.width, result.height) + " pixels, "
            + std::string(result.format->title) + ".";
 }
@@ -97,7 +100,10 @@ public:
         const std::shared_ptr<NSImage> image = NSImage::initWithSource(file_.opened);
         if (image != nullptr && recipe.convertsResolution)
             myUtility::convertResolution(*image);
+        const FailureCollector collector;
         const PlannedResult plan = plannedResult(recipe, file_, image);
+        const std::optional<Failure> obstacle =
+            collector.failures().empty() ? std::nullopt : std::optional(collector.failures().back());
         ExplainedSet result{
             .set = set.name().value_or(u"").utf8(), .steps = {}, .path = "", .format = plan.format};
         if (plan.image != nullptr && plan.format != nullptr && plan.width > 0) {
@@ -105,12 +111,11 @@ public:
             result.height = plan.height;
             result.path = pathOf(recipe, plan);
         }
-        const std::vector<std::string> sentences = description(set);
-        result.steps = {turningStep(set, explanation_), sentences.front(), resultStep(result),
-                        placeStep(set, result)};
-        for (const std::string& sentence : sentences)
-            if (sentence.starts_with("Note: the longer side"))
-                result.steps.insert(result.steps.begin() + 2, sentence);
+        result.steps = {turningStep(set, explanation_), scalingSentence(set)};
+        if (const auto note = noteOnLongerSide(set))
+            result.steps.push_back(*note);
+        result.steps.push_back(resultStep(result, obstacle));
+        result.steps.push_back(placeStep(set, result));
         explanation_.sets.push_back(std::move(result));
     }
 

@@ -39,24 +39,6 @@ std::string formatOf(const ResizeSet& set) {
 
 bool scales(const ResizeSet& set) { return nameOfResizeType(set.resizeType()).has_value(); }
 
-std::string scalingSentence(const ResizeSet& set) {
-    const std::string how =
-        set.highQuality() != 0 ? ", with the Lanczos filter" : ", with a plain linear filter";
-    switch (set.resizeType()) {
-    case ResizeTypeSize:
-        if (set.width() != 0 && set.height() != 0)
-            return "Scales to " + scalingOf(set) + unitOf(set) + how
-                   + ", without regard to the proportions of the picture.";
-        return "Scales to " + scalingOf(set) + unitOf(set) + how + "; the other side follows.";
-    case ResizeTypeRatio:
-        return "Scales both sides to " + scalingOf(set) + how + ".";
-    case ResizeTypeMaxSize:
-        return "Scales the longer side to " + plainNumber(set.maxSize()) + unitOf(set) + how + ".";
-    default:
-        return "Does not scale.";
-    }
-}
-
 std::string turningSentence(const ResizeSet& set) {
     return set.autoRotate() != 0 ? "Turns a picture upright if its EXIF orientation asks for a quarter turn."
                                  : "Does not turn pictures.";
@@ -83,10 +65,6 @@ std::string placeSentence(const ResizeSet& set) {
 }
 
 void addSizeNotes(const ResizeSet& set, std::vector<std::string>& notes) {
-    if (set.resizeType() == ResizeTypeMaxSize && set.highQuality() != 0)
-        notes.push_back("the longer side of the result is "
-                        + plainNumber(set.maxSize() + static_cast<float>(set.highQuality()))
-                        + ", since high quality adds one.");
     if (scales(set))
         notes.emplace_back(
             "a side may come out one pixel shorter, since presets compute in single precision and cut "
@@ -136,9 +114,37 @@ std::string summary(const ResizeSet& set) {
     return text;
 }
 
+std::string scalingSentence(const ResizeSet& set) {
+    const std::string how =
+        set.highQuality() != 0 ? ", with the Lanczos filter" : ", with a plain linear filter";
+    switch (set.resizeType()) {
+    case ResizeTypeSize:
+        if (set.width() != 0 && set.height() != 0)
+            return "Scales to " + scalingOf(set) + unitOf(set) + how
+                   + ", without regard to the proportions of the picture.";
+        return "Scales to " + scalingOf(set) + unitOf(set) + how + "; the other side follows.";
+    case ResizeTypeRatio:
+        return "Scales both sides to " + scalingOf(set) + how + ".";
+    case ResizeTypeMaxSize:
+        return "Scales the longer side to " + plainNumber(set.maxSize()) + unitOf(set) + how + ".";
+    default:
+        return "Does not scale.";
+    }
+}
+
+std::optional<std::string> noteOnLongerSide(const ResizeSet& set) {
+    if (set.resizeType() != ResizeTypeMaxSize || set.highQuality() == 0)
+        return std::nullopt;
+    return "Note: the longer side of the result is "
+           + plainNumber(set.maxSize() + static_cast<float>(set.highQuality()))
+           + ", since high quality adds one.";
+}
+
 std::vector<std::string> description(const ResizeSet& set) {
     std::vector<std::string> sentences = {scalingSentence(set), turningSentence(set), formatSentence(set),
                                           placeSentence(set)};
+    if (const auto note = noteOnLongerSide(set))
+        sentences.push_back(*note);
     std::vector<std::string> notes;
     addSizeNotes(set, notes);
     addOtherNotes(set, notes);

@@ -3,6 +3,7 @@
 
 #include "models/ResizeSet.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,5 +15,11 @@ std::string summary(const ResizeSet& set);
 /// Whole sentences, one per entry: scaling, turning, format and place, then surprising effects, each
 /// of these beginning with "Note:".
 std::vector<std::string> description(const ResizeSet& set);
+
+/// The first of these sentences.
+std::string scalingSentence(const ResizeSet& set);
+
+/// The note that says how long the longer side of a result is; nullopt where that is as stored.
+std::optional<std::string> noteOnLongerSide(const ResizeSet& set);
 
 } // namespace kestrine

@@ -1,6 +1,7 @@
 #include "kestrinectl/sets/SetNameRules.h"
 
 #include "kestrinectl/text/Messages.h"
+#include "platform/foundation/text/Decomposition.h"
 #include "platform/foundation/text/FormatText.h"
 
 #include <algorithm>
@@ -47,6 +48,30 @@ std::optional<std::string> objectionTo(const std::string& name) {
     if (looksLikePosition(name))
         return "the name " + quoted(name) + " looks like the position of a set";
     return std::nullopt;
+}
+
+std::vector<std::string> nameFindings(const ResizeSets& sets, std::size_t position) {
+    const NSString own = sets[position]->name().value_or(u"");
+    std::vector<std::string> clauses = oddities(own.utf8());
+    if (const auto objection = objectionTo(own.utf8()))
+        clauses.insert(clauses.begin(), *objection);
+    const auto firstWhere = [&](const auto& suits) {
+        const auto found =
+            std::ranges::find_if(sets, [&](const auto& other) { return suits(other->name().value_or(u"")); });
+        return static_cast<std::size_t>(found - sets.begin());
+    };
+    const auto isEqual = [&](const NSString& other) { return other == own; };
+    const auto looksEqual = [&](const NSString& other) {
+        return other != own && areCanonicallyEquivalent(other.utf16(), own.utf16());
+    };
+    if (const std::size_t first = firstWhere(isEqual); first != position)
+        clauses.push_back("@" + std::to_string(first + 1)
+                          + " has the same name, so that 'kestrine -set' applies that one; 'kestrinectl sets "
+                            "edit --name' gives this one another name");
+    if (const std::size_t twin = firstWhere(looksEqual); twin < sets.size())
+        clauses.push_back("the name of @" + std::to_string(twin + 1)
+                          + " looks the same, but its letters are composed in another way");
+    return clauses;
 }
 
 std::vector<std::string> oddities(const std::string& name) {

@@ -1,6 +1,8 @@
 // SetNameRules: which names of sets have surprising effects.
 #pragma once
 
+#include "models/ResizeSet.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,5 +18,9 @@ std::optional<std::string> objectionTo(const std::string& name);
 
 /// Warnings about a name that works. Clauses without full stop.
 std::vector<std::string> oddities(const std::string& name);
+
+/// What is unusual about the name of a stored set: objections, oddities, and other sets with that name or one
+/// that looks the same. Clauses without full stop.
+std::vector<std::string> nameFindings(const ResizeSets& sets, std::size_t position);
 
 } // namespace kestrine

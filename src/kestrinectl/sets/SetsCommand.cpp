@@ -60,25 +60,10 @@ void addList(CLI::App& sets) {
     });
 }
 
-/// What is unusual about the name of a stored set.
-std::vector<std::string> nameWarnings(const PresetStore& store, std::size_t position) {
-    const OptionalString& name = store.sets()[position]->name();
-    std::vector<std::string> warnings = oddities(name.value_or(u"").utf8());
-    if (const auto objection = objectionTo(name.value_or(u"").utf8()))
-        warnings.insert(warnings.begin(), *objection);
-    const auto first =
-        std::ranges::find_if(store.sets(), [&](const auto& set) { return set->name() == name; });
-    const auto number = first - store.sets().begin();
-    if (static_cast<std::size_t>(number) != position)
-        warnings.push_back("'kestrine -set' applies @" + std::to_string(number + 1)
-                           + " instead, which has the same name");
-    return warnings;
-}
-
 void printSet(const PresetStore& store, std::size_t position) {
     const ResizeSet& set = *store.sets()[position];
     printLine(set.name() ? ownNameOf(set) : "(no name)");
-    for (const std::string& warning : nameWarnings(store, position))
+    for (const std::string& warning : nameFindings(store.sets(), position))
         printLine("  Warning: " + warning + ".");
     for (const std::string& sentence : description(set))
         printLine("  " + sentence);

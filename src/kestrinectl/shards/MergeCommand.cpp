@@ -10,6 +10,7 @@
 #include "kestrinectl/text/ShownNumbers.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
+#include "platform/host/files/FileStatus.h"
 #include "platform/host/files/PathParts.h"
 
 #include <algorithm>
@@ -58,6 +59,8 @@ public:
         bool isOfPlan = false;
         for (std::string line; nextLine(log, line);) {
             const LogLine read = readLogLine(line);
+            if (read.isOfOtherVersion)
+                throw logOfOtherVersion(path);
             if (read.plan && *read.plan != plan_)
                 throw CommandError("the log " + shownPath(path) + " belongs to another plan");
             isOfPlan = isOfPlan || read.plan.has_value();
@@ -171,6 +174,9 @@ std::vector<std::string> logsOf(const MergeRequest& request, const std::string& 
 
 void run(const MergeRequest& request) {
     const std::string plan = typedWord(request.plan);
+    if (itemExists(plan) && !regularFileExists(plan))
+        throw CommandError(
+            "the plan " + shownPath(plan) + " is no regular file; it is read twice, so save it as one", 2);
     PlanFile first(plan);
     std::uint64_t count = 0;
     for (PlanRecord record; first.reader().next(record);)

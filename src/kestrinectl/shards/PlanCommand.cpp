@@ -155,7 +155,7 @@ std::size_t resultsIn(const std::vector<PlanRecord>& records) {
 }
 
 void run(PlanRequest request, const CLI::App& command) {
-    const PresetStore store = PresetStore::load();
+    const PresetStore store = request.treatment.presets();
     const ResizeSets sets = request.treatment.sets(store);
     request.selection.complete(store.sets(), request.treatment.options, "plan");
     if (std::ranges::find(request.selection.files, "-") != request.selection.files.end())

@@ -11,6 +11,7 @@
 #include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
+#include "platform/host/files/FileStatus.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/host/process/StopSignals.h"
 
@@ -163,6 +164,10 @@ void run(const RunRequest& request) {
     const Shard shard = *shardIn(request.shard);
     if (request.list)
         return printNames(workIn(plan, shard), *request.list == "results");
+    if (itemExists(plan) && !regularFileExists(plan) && !(request.log && request.root))
+        throw CommandError("the plan " + shownPath(plan)
+                               + " is no regular file, so there is no place beside it; give --log and --root",
+                           2);
     const RootFolder root(request.root ? typedWord(*request.root) : folderOf(plan));
     runShard(request, plan, shard, root);
 }

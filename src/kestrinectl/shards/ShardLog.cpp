@@ -68,13 +68,20 @@ LogLine readLogLine(const std::string& line) {
     try {
         const json object = json::parse(line);
         if (object.contains("log"))
-            return {.plan = object.at("log").at("plan").get<std::uint64_t>(), .file = {}};
+            return {.plan = object.at("log").at("plan").get<std::uint64_t>(),
+                    .file = {},
+                    .isOfOtherVersion = object.at("log").at("version") != logVersion};
         if (object.contains("record"))
             return {.plan = {}, .file = fileFromJSON(object)};
     } catch (const json::exception&) {
         return {};
     }
     return {};
+}
+
+CommandError logOfOtherVersion(const std::string& path) {
+    return CommandError("the log " + shownPath(path)
+                        + " is from another version of kestrinectl; use that version, or remove the log");
 }
 
 ordered_json toJSON(const ConvertResult& result, std::uint64_t record) {
@@ -105,6 +112,8 @@ ShardLog::ShardLog(const std::string& path, std::uint64_t plan, Shard shard, Whe
 
 void ShardLog::read(const std::string& line, std::uint64_t plan) {
     LogLine known = readLogLine(line);
+    if (known.isOfOtherVersion)
+        throw logOfOtherVersion(log_.path());
     if (known.plan && *known.plan != plan)
         throw CommandError("the log " + shownPath(log_.path())
                            + " belongs to another plan; remove it, or give another file with --log");

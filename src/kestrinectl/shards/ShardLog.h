@@ -2,6 +2,7 @@
 // ended. share/kestrine/shard-log.schema.json describes it.
 #pragma once
 
+#include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertResult.h"
 #include "kestrinectl/shards/RootFolder.h"
 #include "kestrinectl/shards/Shard.h"
@@ -38,10 +39,14 @@ struct LoggedFile {
 struct LogLine {
     std::optional<std::uint64_t> plan; ///< in the first line of a run: the digest of its plan
     std::optional<LoggedFile> file;
+    bool isOfOtherVersion = false; ///< the first line of a log that this program does not understand
 };
 
 /// A line that is no object of a log, such as one that was cut off when a process was killed, says nothing.
 LogLine readLogLine(const std::string& line);
+
+/// What to throw for a log with such a line.
+CommandError logOfOtherVersion(const std::string& path);
 
 /// The object of a file in a log: that of `convert --json` and the position of its record.
 nlohmann::ordered_json toJSON(const ConvertResult& result, std::uint64_t record);

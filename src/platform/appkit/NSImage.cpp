@@ -10,8 +10,10 @@ namespace kestrine {
 
 namespace {
 
-/// Whole pixels for a length in points; 0 where nothing can be drawn.
+/// Whole pixels for a length in points; 0 where nothing can be drawn. Notes that a length is too long.
 std::uint32_t canvasPixels(float points) {
+    if (points > static_cast<float>(maximumSide))
+        noteFailure(sideTooLong());
     if (!(points > 0) || points > static_cast<float>(maximumSide))
         return 0;
     return std::max(1U, static_cast<std::uint32_t>(std::floor(static_cast<double>(points) + 0.5)));

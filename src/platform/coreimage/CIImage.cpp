@@ -1,5 +1,7 @@
 #include "platform/coreimage/CIImage.h"
 
+#include "platform/host/FailureCollector.h"
+
 #include <algorithm>
 #include <cassert>
 #include <cmath>
@@ -8,10 +10,12 @@ namespace kestrine {
 
 namespace {
 
-/// nullopt for a side that no image can have. One pixel more than the largest side is accepted, because a
-/// crop follows.
+/// nullopt for a side that no image can have, which is noted if the side is too long. One pixel more than the
+/// largest side is accepted, because a crop follows.
 std::optional<std::uint32_t> wholePixels(double side) {
     const double whole = std::floor(side + std::max(0.01, side / 2097152.0));
+    if (whole > maximumSide + 1.0)
+        noteFailure(sideTooLong());
     if (!(whole >= 1 && whole <= maximumSide + 1.0))
         return std::nullopt;
     return static_cast<std::uint32_t>(whole);

@@ -79,4 +79,9 @@ Result<FileContents> contentsOf(const std::shared_ptr<Source>& source) {
     return Failure{Reason::malformed, "the decoder described the contents wrongly"};
 }
 
+Failure sideTooLong() {
+    return {Reason::tooLarge,
+            "a side of the result would have more than " + std::to_string(maximumSide) + " pixels"};
+}
+
 } // namespace kestrine

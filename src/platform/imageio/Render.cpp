@@ -136,6 +136,8 @@ private:
 Result<void> checkSize(const Picture& picture) {
     if (picture.width() == 0 || picture.height() == 0)
         return Failure{Reason::empty, "the result has no pixels"};
+    if (picture.width() > maximumSide || picture.height() > maximumSide)
+        return sideTooLong();
     if (!picture.isWithinLimits())
         return Failure{Reason::tooLarge,
                        "the result has more than " + std::to_string(maximumPixels()) + " pixels"};

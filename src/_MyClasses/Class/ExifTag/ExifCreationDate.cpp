@@ -4,6 +4,7 @@
 #include "platform/foundation/FileCreationDate.h"
 #include "platform/foundation/LocalTime.h"
 #include "platform/foundation/NSException.h"
+#include "platform/host/FailureCollector.h"
 
 namespace kestrine {
 
@@ -62,9 +63,12 @@ OptionalDate ExifTagReader::correctedCreationDate() {
 }
 
 void ExifTagReader::changeCreationDate() {
+    const OptionalDate date = correctedCreationDate();
+    if (!date)
+        return;
     // The interface reports no failure: not every file system stores creation dates.
-    if (const OptionalDate date = correctedCreationDate())
-        (void)setFileCreationDate(path().utf8(), *date);
+    if (const Result<void> set = setFileCreationDate(path().utf8(), *date); !set)
+        noteFailure(set.failure());
 }
 
 void ExifTagReader::changeCreationDateWithPath(const NSString& path) {
