@@ -1,7 +1,8 @@
-// Reads any bytes as an ICC profile. If they are accepted, the curves must be invertible, and pixels can be
-// converted.
+// Reads any bytes as an ICC profile, and its name. If they are accepted, the curves must be invertible, and
+// pixels can be converted.
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/PixelBuffer.h"
+#include "platform/coregraphics/ProfileName.h"
 #include "platform/coregraphics/ToneCurve.h"
 
 #include <cstdlib>
@@ -32,6 +33,9 @@ void tryForeign(ByteView icc, ForeignModel model) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const ByteView icc(bytes, size);
+    constexpr std::size_t longestName = 300;
+    if (profileName(icc).size() > longestName)
+        std::abort();
     tryPicture(icc, ColorModel::gray);
     tryPicture(icc, ColorModel::rgb);
     tryForeign(icc, ForeignModel::cmyk);

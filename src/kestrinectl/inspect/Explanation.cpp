@@ -5,7 +5,6 @@
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertContents.h"
 #include "kestrinectl/convert/ConvertInputs.h"
-#include "kestrinectl/inspect/ProfileName.h"
 #include "kestrinectl/sets/SetDescription.h"
 #include "kestrinectl/text/JSONText.h"
 #include "kestrinectl/text/ShownPath.h"
@@ -136,7 +135,8 @@ private:
         explanation_.narrowOrientation = exifOrientation(file_);
         const Result<Bytes> profile = file_.opened->property(picture, PictureProperty::profile);
         explanation_.hasProfile = profile && !profile->empty();
-        explanation_.profile = explanation_.hasProfile ? profileName(*profile) : "";
+        if (const Result<Bytes> name = file_.opened->property(picture, PictureProperty::profileName))
+            explanation_.profile.assign(name->begin(), name->end());
         if (const Result<FileContents> contents = contentsOf(file_.opened))
             explanation_.holdsMore = omissionIn(*contents).value_or("");
     }

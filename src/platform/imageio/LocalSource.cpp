@@ -1,5 +1,6 @@
 #include "platform/imageio/LocalSource.h"
 
+#include "platform/coregraphics/ProfileName.h"
 #include "platform/host/process/MemoryBudget.h"
 #include "platform/imageio/Plausibility.h"
 
@@ -31,6 +32,11 @@ public:
         return RowSourcePointer(std::make_unique<ClearRows>(frames_[frame].format));
     }
 };
+
+Bytes nameOfProfile(const std::optional<ColorProfile>& profile) {
+    const std::string name = profile ? profileName(profile->bytes()) : "";
+    return {name.begin(), name.end()};
+}
 
 struct KeptPixels {
     MemoryReservation memory;
@@ -115,6 +121,8 @@ Result<Bytes> LocalSource::property(const Picture& picture, PictureProperty prop
         return decoder_->colorTable();
     case PictureProperty::contents:
         return bytesOf(decoder_->contents());
+    case PictureProperty::profileName:
+        return nameOfProfile(picture.profile());
     default:
         const std::optional<ColorProfile> profile = picture.profile();
         return profile ? copied(profile->bytes()) : Bytes();

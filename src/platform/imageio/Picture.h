@@ -16,7 +16,7 @@ struct Output;
 struct Picture;
 
 /// A property that a file has beside its pixels.
-enum class PictureProperty : std::uint8_t { profile, exif, colorTable, contents };
+enum class PictureProperty : std::uint8_t { profile, exif, colorTable, contents, profileName };
 
 /// A question that the header of a file does not answer, such as the orientation that one reader finds. It
 /// reads only `file`, in the process that decodes that file.

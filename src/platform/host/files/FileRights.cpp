@@ -8,6 +8,27 @@
 
 namespace kestrine {
 
+namespace {
+
+/// Whether the file has the group then. The owner is set too, if that is permitted.
+bool givesGroup(int file, const FileRights& rights) {
+    struct stat own {};
+    const bool isKnown = ::fstat(file, &own) == 0;
+    if (isKnown && own.st_uid == rights.owner && own.st_gid == rights.group)
+        return true;
+    return ::fchown(file, rights.owner, rights.group) == 0
+           || ::fchown(file, static_cast<uid_t>(-1), rights.group) == 0 // one of the user's groups
+           || (isKnown && own.st_gid == rights.group);
+}
+
+/// The mode for a file of another group, whose members may do no more than anybody.
+mode_t withoutRightsOfGroup(mode_t mode) {
+    const mode_t ofOthers = mode & S_IRWXO, others = ofOthers << 3;
+    return (mode & ~static_cast<mode_t>(S_IRWXG)) | (mode & others & S_IRWXG);
+}
+
+} // namespace
+
 Result<FileRights> rightsOfFile(const std::string& path) {
     constexpr mode_t permissionBits = 0777;
     const struct stat status = TRY(attributesOf(path, FollowLinks::yes));
@@ -16,11 +37,8 @@ Result<FileRights> rightsOfFile(const std::string& path) {
 
 /// Sets the mode after the owner, because changing the owner may clear mode bits.
 Result<void> giveRights(int file, const FileRights& rights) {
-    struct stat own {};
-    if (::fstat(file, &own) == 0 && (own.st_uid != rights.owner || own.st_gid != rights.group)
-        && ::fchown(file, rights.owner, rights.group) != 0)
-        (void)(::fchown(file, static_cast<uid_t>(-1), rights.group) == 0); // one of the user's groups
-    if (::fchmod(file, rights.mode) != 0)
+    const mode_t mode = givesGroup(file, rights) ? rights.mode : withoutRightsOfGroup(rights.mode);
+    if (::fchmod(file, mode) != 0)
         return systemFailure("cannot keep the permissions of the file");
     return {};
 }

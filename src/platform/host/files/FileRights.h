@@ -17,7 +17,8 @@ struct FileRights {
 /// The rights of the file at `path`; links are followed. Fails with notFound if there is none.
 Result<FileRights> rightsOfFile(const std::string& path);
 
-/// Gives them to an open file. That another user owns it is no failure where the system does not permit that.
+/// Gives them to an open file. That another user owns it is no failure where the system does not permit that,
+/// nor that it gets another group, whose members may then do no more than anybody.
 Result<void> giveRights(int file, const FileRights& rights);
 
 } // namespace kestrine

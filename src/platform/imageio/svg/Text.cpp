@@ -1,5 +1,6 @@
 #include "platform/imageio/svg/Text.h"
 
+#include "platform/imageio/ImageCodec.h"
 #include "platform/imageio/svg/Zlib.h"
 
 #include <algorithm>
@@ -33,24 +34,50 @@ bool mayBeNamedSVG(std::string_view head) {
     return name.ends_with(".svg") || name.ends_with(".svgz") || name.ends_with(".SVG");
 }
 
+std::string_view withoutSpace(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"sv), text.size()));
+    return text;
+}
+
+/// The text after `end`; empty if it does not occur.
+std::string_view after(std::string_view text, std::string_view end) {
+    const std::size_t found = text.find(end);
+    return found == std::string_view::npos ? std::string_view() : text.substr(found + end.size());
+}
+
+/// The text after a document type, whose declarations may be in brackets. Empty if it does not end.
+std::string_view afterDocumentType(std::string_view text) {
+    const bool hasDeclarations = text.substr(0, text.find('>')).find('[') != std::string_view::npos;
+    if (!hasDeclarations)
+        return after(text, ">");
+    do
+        text = withoutSpace(after(text, "]"));
+    while (!text.empty() && text.front() != '>');
+    return after(text, ">");
+}
+
 /// Skips comments, declarations and processing instructions. Empty if one of them does not end.
 std::string_view fromFirstElement(std::string_view text) {
     for (;;) {
-        text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"sv), text.size()));
-        std::string_view end;
+        text = withoutSpace(text);
         if (text.starts_with("<!--"))
-            end = "-->";
+            text = after(text, "-->");
         else if (text.starts_with("<?"))
-            end = "?>";
+            text = after(text, "?>");
         else if (text.starts_with("<!DOCTYPE"))
-            end = text.substr(0, text.find('>')).find('[') == std::string_view::npos ? ">" : "]>";
+            text = afterDocumentType(text);
         else
             return text;
-        const std::size_t found = text.find(end);
-        if (found == std::string_view::npos)
-            return {};
-        text.remove_prefix(found + end.size());
     }
+}
+
+std::string_view withoutByteOrderMark(std::string_view text) {
+    return text.substr(text.starts_with("\xef\xbb\xbf"sv) ? 3 : 0);
+}
+
+/// Whether it surely is no HTML, for which a comment at the start would be enough.
+bool isXML(std::string_view text) {
+    return text.starts_with("<?xml"sv) || text.starts_with("<!DOCTYPE svg"sv);
 }
 
 /// The name of an element, perhaps with a prefix.
@@ -95,19 +122,19 @@ bool isDrawing(ByteView head) {
     std::string_view text = characters(head);
     if (isCompressed(text))
         return mayBeNamedSVG(text);
-    if (text.starts_with("\xef\xbb\xbf"sv))
-        text.remove_prefix(3);
-    return isNamedSVG(fromFirstElement(text));
+    text = withoutByteOrderMark(text);
+    const std::string_view element = fromFirstElement(text);
+    const bool isCut = head.size() == maxHeadBytes;
+    return isNamedSVG(element) || (isCut && element.empty() && isXML(text));
 }
 
 Result<Bytes> readText(const ByteReader& reader) {
-    Bytes file = TRY(reader.readAll(maxTextBytes));
-    if (!isCompressed(characters(file)))
-        return file;
-    Bytes text = TRY(decompressed(file));
-    if (!isNamedSVG(
-            fromFirstElement(characters(ByteView(text).first(std::min<std::size_t>(text.size(), 65536))))))
-        return Failure{Reason::unsupported, "the compressed file holds no SVG drawing"};
+    constexpr std::size_t maxPrologue = 65536;
+    Bytes text = TRY(reader.readAll(maxTextBytes));
+    if (isCompressed(characters(text)))
+        text = TRY(decompressed(text));
+    if (!isNamedSVG(fromFirstElement(withoutByteOrderMark(characters(text).substr(0, maxPrologue)))))
+        return Failure{Reason::unsupported, "the file holds no SVG drawing"};
     return text;
 }
 

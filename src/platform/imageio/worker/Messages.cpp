@@ -242,7 +242,7 @@ OpenFile openFileIn(MessageReader& reader) {
 
 ReadProperty readPropertyIn(MessageReader& reader) {
     Recipe picture = recipeIn(reader);
-    return {std::move(picture), reader.enumerator(PictureProperty::contents)};
+    return {std::move(picture), reader.enumerator(PictureProperty::profileName)};
 }
 
 RenderFile renderFileIn(MessageReader& reader) {

@@ -67,11 +67,23 @@ Bytes corpusDrawing(const std::string& name) {
 TEST(SVGDecoder, theFirstElementDecidesWhetherAFileIsADrawing) {
     for (const char* start :
          {"<svg ", "<svg>", " \n<svg\n", "\xef\xbb\xbf<svg ", "<svg:svg ", "<?xml version=\"1.0\"?><svg ",
-          "<!-- a <html> --><svg ", "<!DOCTYPE svg [<!ENTITY a \"b>\">]><svg "})
+          "<!-- a <html> --><svg ", "<!DOCTYPE svg [<!ENTITY a \"b>\">]><svg ",
+          "<!DOCTYPE svg [<!ENTITY a \"]\">] >\n<svg "})
         EXPECT_TRUE(isDrawing(start)) << start;
     for (const char* start :
          {"", "svg", "<html><svg>", "<?xml version=\"1.0\"?><plist>", "<svgx ", "<!-- <svg ", "text <svg>"})
         EXPECT_FALSE(isDrawing(start)) << start;
+}
+
+TEST(SVGDecoder, aLongCommentMayStandBeforeTheFirstElement) {
+    const std::string comment = "<!--" + std::string(10'000, 'x') + "-->";
+    const std::string declaration = "<?xml version=\"1.0\"?>", drawing = "<svg width='3' height='2'/>";
+    const auto open = [](const std::string& text) {
+        return LocalSource::open(readerOfBytes(Bytes(text.begin(), text.end())));
+    };
+    EXPECT_TRUE(open(declaration + comment + drawing));
+    EXPECT_EQ(open(declaration + comment + "<plist/>").failure().reason, Reason::unsupported);
+    EXPECT_EQ(open(comment + "<html/>").failure().reason, Reason::unsupported);
 }
 
 TEST(SVGDecoder, aCompressedFileMayBeADrawingUnlessItsNameSaysOtherwise) {

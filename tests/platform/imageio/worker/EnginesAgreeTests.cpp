@@ -82,7 +82,8 @@ void expectTheSameOfFrame(const SourcePointer& here, const SourcePointer& elsewh
           {Mirror{}, IntoSRGB{}, Flatten{{200, 30, 0}}, Pad{1, 2, 3, 4, {9, 99, 0}}}}) {
         const Picture one{here, frame, steps}, other{elsewhere, frame, steps};
         for (const auto property :
-             {PictureProperty::profile, PictureProperty::exif, PictureProperty::colorTable})
+             {PictureProperty::profile, PictureProperty::exif, PictureProperty::colorTable,
+              PictureProperty::contents, PictureProperty::profileName})
             EXPECT_EQ(contentOf(elsewhere->property(other, property)),
                       contentOf(here->property(one, property)));
         EXPECT_TRUE(contentOf(readPixels(other)) == contentOf(readPixels(one)));

@@ -1,5 +1,6 @@
-#include "kestrinectl/inspect/ProfileName.h"
+#include "platform/coregraphics/ProfileName.h"
 
+#include "platform/coregraphics/ProfileBytes.h"
 #include "platform/foundation/text/UTF8.h"
 
 #include <algorithm>
@@ -18,9 +19,7 @@ constexpr std::size_t maxTags = 1000, maxNameLength = 200;
 std::optional<std::uint32_t> numberAt(ByteView bytes, std::size_t offset) {
     if (offset > bytes.size() || bytes.size() - offset < 4)
         return std::nullopt;
-    const ByteView part = bytes.subspan(offset, 4);
-    return std::uint32_t{part[0]} << 24 | std::uint32_t{part[1]} << 16 | std::uint32_t{part[2]} << 8
-           | part[3];
+    return bigEndian32(bytes, offset);
 }
 
 ByteView partOf(ByteView bytes, std::size_t offset, std::size_t length) {
@@ -39,12 +38,15 @@ ByteView descriptionIn(ByteView profile) {
     return {};
 }
 
-/// ASCII, after its length with a zero byte.
+/// ASCII, after its length with a zero byte. Other bytes become question marks.
 std::string plainText(ByteView tag) {
     constexpr std::size_t lengthOffset = 8, textOffset = 12;
     const ByteView text = partOf(
         tag, textOffset, std::min<std::size_t>(numberAt(tag, lengthOffset).value_or(0), maxNameLength));
-    return {text.begin(), std::ranges::find(text, 0)};
+    std::string name(text.begin(), std::ranges::find(text, 0));
+    std::ranges::replace_if(
+        name, [](char c) { return (c & 0x80) != 0; }, '?');
+    return name;
 }
 
 /// UTF-16 in big-endian order; the first language counts.
