@@ -90,6 +90,12 @@ struct ConversionRecipe {
 
 using ConversionRecipes = std::vector<ConversionRecipe>;
 
+/// Whether the result of these recipes takes the place of its original: only a single one replaces.
+bool replacesFiles(const ConversionRecipes& recipes);
+
+/// Whether a name contains the number of the file.
+bool numbersNames(const ConversionRecipes& recipes);
+
 /// What is made of a picture without a preset, unless options change it: it keeps its size and format (where
 /// that is written), stands upright, and loses location, serial numbers and the owner's name. Quality is 0.8.
 ConversionRecipe usualRecipe();

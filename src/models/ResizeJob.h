@@ -43,8 +43,7 @@ struct ResizeJob {
     /// never replaced: it counts as the result if its content is the same, and else there is no result.
     std::vector<NSString> fixedPaths;
 
-    /// Whether the result replaces the original: there is one recipe only, and it is a replacing one.
-    bool replacesFile() const { return recipes.size() == 1 && recipes.front().place.replaces; }
+    bool replacesFile() const { return replacesFiles(recipes); }
 };
 
 /// Why the policy of a job does not allow a result.

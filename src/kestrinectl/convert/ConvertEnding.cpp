@@ -1,6 +1,7 @@
 #include "kestrinectl/convert/ConvertEnding.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/StoppedBySignal.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownNumbers.h"
 #include "platform/host/process/StopSignals.h"
@@ -19,11 +20,10 @@ std::string undoHint(const ConvertEnding& ending) {
 }
 
 void throwWhenStopped(const ConvertReport& report, const ConvertEnding& ending) {
-    if (const int signal = StopSignalsNoted::noted(); signal != 0)
-        throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)) + ": "
-                               + counted(report.done(), "file") + " done, "
-                               + std::to_string(report.count() - report.done()) + " left" + undoHint(ending),
-                           128 + signal);
+    throwIfStopped([&] {
+        return counted(report.done(), "file") + " done, " + std::to_string(report.count() - report.done())
+               + " left" + undoHint(ending);
+    });
 }
 
 /// What failed; "" if nothing did.

@@ -53,8 +53,4 @@ JobPolicy ConvertTreatment::policy() const {
     return {.onlyWithResult = true, .refusesDamaged = !acceptsDamaged, .replacesOnlyPictures = !firstOnly};
 }
 
-bool replacesFiles(const ConversionRecipes& recipes) {
-    return recipes.size() == 1 && recipes.front().place.replaces;
-}
-
 } // namespace kestrine

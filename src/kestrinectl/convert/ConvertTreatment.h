@@ -33,7 +33,4 @@ struct ConvertTreatment {
     JobPolicy policy() const;
 };
 
-/// Whether the result of these recipes takes the place of its original.
-bool replacesFiles(const ConversionRecipes& recipes);
-
 } // namespace kestrine

@@ -26,10 +26,7 @@ void InputBatches::end() {
 }
 
 std::size_t countForNames(const ConvertSelection& selection, const ConversionRecipes& recipes) {
-    const auto hasNumber = [](const ConversionRecipe& recipe) {
-        return recipe.place.name && recipe.place.name->uses(NameTemplate::Field::n);
-    };
-    if (std::ranges::none_of(recipes, hasNumber))
+    if (!numbersNames(recipes))
         return 0;
     InputBatches counted(
         {.pictures = [](const auto&) {}, .finding = [](std::size_t, const ConvertResult&) {}});

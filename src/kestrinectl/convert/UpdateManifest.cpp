@@ -4,14 +4,11 @@
 #include "kestrinectl/StateFolder.h"
 #include "kestrinectl/convert/ConvertInputs.h"
 #include "kestrinectl/text/JSONText.h"
-#include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "models/RecipeDigest.h"
 #include "models/ResultPlace.h"
-#include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
-#include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
 
@@ -32,24 +29,12 @@ std::string hexadecimal(std::uint64_t number) {
     return digits;
 }
 
-LineLog openManifest(const std::string& path, UpdateManifest::WhenBusy whenBusy) {
+LineLog openManifest(const std::string& path, WhenBusy whenBusy) {
     const bool isInStateFolder = path.starts_with(stateFolder("manifests"));
     const Result<void> made = isInStateFolder ? makePrivateFolders(folderOf(path)) : Result<void>();
     if (!made)
         throw CommandError("the manifest cannot be written: " + made.failure().text);
-    Result<LineLog> log = LineLog::open(path, [&] {
-        if (whenBusy == UpdateManifest::WhenBusy::waits)
-            printError("waiting for another run that uses the manifest " + path);
-        return whenBusy == UpdateManifest::WhenBusy::waits;
-    });
-    if (const int signal = StopSignalsNoted::noted(); !log && signal != 0)
-        throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)), 128 + signal);
-    if (!log && log.failure().reason == Reason::alreadyExists)
-        throw CommandError("another run uses the manifest " + path
-                           + "; without --no-wait this run waits for it");
-    if (!log)
-        throw CommandError("the manifest cannot be written: " + log.failure().text);
-    return *std::move(log);
+    return openLockedLog("manifest", path, whenBusy);
 }
 
 std::vector<std::string> valueOrError(Result<std::vector<std::string>> lines) {
@@ -214,10 +199,7 @@ std::string UpdateManifest::optionsOf(const ResizeJob& job) const {
     for (const ConversionRecipe& recipe : job.recipes) // not the search that found the file
         if (const OptionalString folder = folderFor(recipe.place, job.saveFolderPath, job.rootPath))
             options += " " + stored(folderWithoutLinks(folder->utf8()));
-    const bool isNumbered = std::ranges::any_of(job.recipes, [](const ConversionRecipe& recipe) {
-        return recipe.place.name && recipe.place.name->uses(NameTemplate::Field::n);
-    });
-    if (isNumbered)
+    if (numbersNames(job.recipes))
         options += " " + std::to_string(job.number) + " " + std::to_string(job.count);
     return hexadecimal(digestOf(options).number);
 }

@@ -3,9 +3,9 @@
 // run.
 #pragma once
 
+#include "kestrinectl/LockedLog.h"
 #include "models/ResizeJob.h"
 #include "platform/host/files/FileMark.h"
-#include "platform/host/files/LineLog.h"
 
 #include <map>
 #include <mutex>
@@ -19,9 +19,6 @@ namespace kestrine {
 /// Any thread may call its functions while no other object uses the same file.
 class UpdateManifest final : public ChangeRecorder {
 public:
-    /// What to do while another process uses the file.
-    enum class WhenBusy : bool { waits, fails };
-
     /// What happens when the folder of the manifest is moved or copied.
     enum class Paths : bool {
         absolute, ///< sources and results are found only at their old absolute paths

@@ -39,8 +39,7 @@ std::unique_ptr<UpdateManifest> UpdateOptions::open(const ConversionRecipes& rec
                                                     const std::string& outFolder, bool isDryRun) const {
     if (!isOn)
         return nullptr;
-    if (std::ranges::any_of(recipes, [&](const ConversionRecipe& recipe) { return recipe.place.replaces; })
-        && recipes.size() == 1)
+    if (replacesFiles(recipes))
         throw CommandError(
             "--update and replacing contradict each other: a replaced original is gone; give --out", 2);
     const std::string path =
@@ -48,8 +47,7 @@ std::unique_ptr<UpdateManifest> UpdateOptions::open(const ConversionRecipes& rec
     const auto paths = manifest ? UpdateManifest::Paths::relative : UpdateManifest::Paths::absolute;
     if (isDryRun)
         return std::make_unique<UpdateManifest>(path, paths);
-    return std::make_unique<UpdateManifest>(
-        path, waits ? UpdateManifest::WhenBusy::waits : UpdateManifest::WhenBusy::fails, paths);
+    return std::make_unique<UpdateManifest>(path, waits ? WhenBusy::waits : WhenBusy::fails, paths);
 }
 
 } // namespace kestrine

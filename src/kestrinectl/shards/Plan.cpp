@@ -2,7 +2,7 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/text/ShownPath.h"
-#include "platform/host/files/ContentDigest.h"
+#include "platform/host/StringBytes.h"
 
 #include <charconv>
 #include <optional>
@@ -77,8 +77,7 @@ std::string textOf(const PlanRecord& record) {
 
 std::string endOfPlan(std::uint64_t recordCount) { return field("") + field(std::to_string(recordCount)); }
 
-PlanReader::PlanReader(std::istream& stream, std::string name)
-    : stream_(stream), name_(std::move(name)), digest_(digestOf(std::string()).number) {
+PlanReader::PlanReader(std::istream& stream, std::string name) : stream_(stream), name_(std::move(name)) {
     // Other files are recognised by their first bytes, however long they are.
     std::string begin(signature.size(), '\0');
     stream_.read(begin.data(), static_cast<std::streamsize>(begin.size()));
@@ -132,7 +131,6 @@ void PlanReader::readEnd() {
 }
 
 std::string PlanReader::field(std::size_t maxLength) {
-    constexpr std::uint64_t prime = 0x100000001b3; // of ContentDigest
     using Traits = std::istream::traits_type;
     std::streambuf& buffer = *stream_.rdbuf();
     std::string field;
@@ -141,9 +139,11 @@ std::string PlanReader::field(std::size_t maxLength) {
         if (Traits::eq_int_type(byte, Traits::eof()))
             throw CommandError("the plan " + name_ + " is cut off after " + std::to_string(count_)
                                + " files; make it again");
-        digest_ = (digest_ ^ static_cast<std::uint8_t>(byte)) * prime;
-        if (Traits::to_char_type(byte) == fieldEnd)
+        if (Traits::to_char_type(byte) == fieldEnd) {
+            digest_.add(bytesOf(field));
+            digest_.add(bytesOf(std::string_view(&fieldEnd, 1)));
             return field;
+        }
         if (field.size() == maxLength)
             throwDamaged("a field is longer than " + std::to_string(maxLength) + " bytes");
         field += Traits::to_char_type(byte);

@@ -2,6 +2,7 @@
 // parts, by several processes or machines. docs/scale-out.md describes the format of the file.
 #pragma once
 
+#include "platform/host/files/ContentDigest.h"
 #include "platform/host/files/FileMark.h"
 
 #include <cstdint>
@@ -50,7 +51,7 @@ public:
     bool next(PlanRecord& record);
 
     /// A number by which the plan is recognised. Only after the last record.
-    std::uint64_t digest() const { return digest_; }
+    std::uint64_t digest() const { return digest_.digest().number; }
 
 private:
     std::string field(std::size_t maxLength);
@@ -63,7 +64,7 @@ private:
     const std::string name_;
     PlanHeader header_;
     std::uint64_t count_ = 0; ///< of records so far
-    std::uint64_t digest_;
+    RunningDigest digest_;
 };
 
 } // namespace kestrine

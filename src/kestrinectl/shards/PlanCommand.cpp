@@ -1,6 +1,7 @@
 #include "kestrinectl/shards/PlanCommand.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/StoppedBySignal.h"
 #include "kestrinectl/convert/ConvertJobs.h"
 #include "kestrinectl/convert/ConvertLines.h"
 #include "kestrinectl/convert/ConvertRecipes.h"
@@ -116,8 +117,7 @@ Planned plannedFiles(const PlanRequest& request, const ConversionRecipes& recipe
              }});
     findInputs(selection.files, selection.search, batches);
     batches.end();
-    if (const int signal = StopSignalsNoted::noted(); signal != 0)
-        throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)), 128 + signal);
+    throwIfStopped();
     return planned;
 }
 

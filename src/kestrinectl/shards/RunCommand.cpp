@@ -135,7 +135,7 @@ void runShard(const RunRequest& request, const std::string& plan, Shard shard, c
         throw CommandError("the plan " + plan + " is damaged: its options make another number of results");
     const StopSignalsNoted untilTheEnd;
     ShardLog log(request.log ? typedWord(*request.log) : defaultLog(plan, shard), work.plan, shard,
-                 request.waits ? ShardLog::WhenBusy::waits : ShardLog::WhenBusy::fails);
+                 request.waits ? WhenBusy::waits : WhenBusy::fails);
     ConvertReport report(request.style);
     report.expect(work.tasks.size(), work.bytes, true);
     const bool hasNews = convertTasks(request, work, planned, root, log, report);

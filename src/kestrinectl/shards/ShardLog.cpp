@@ -1,13 +1,10 @@
 #include "kestrinectl/shards/ShardLog.h"
 
-#include "kestrinectl/CommandError.h"
 #include "kestrinectl/convert/ConvertJSON.h"
 #include "kestrinectl/text/JSONText.h"
-#include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "platform/host/files/ContentDigest.h"
 #include "platform/host/files/FileMark.h"
-#include "platform/host/process/StopSignals.h"
 
 namespace kestrine {
 
@@ -17,22 +14,6 @@ using nlohmann::json;
 using nlohmann::ordered_json;
 
 constexpr int logVersion = 1;
-
-LineLog openLog(const std::string& path, ShardLog::WhenBusy whenBusy) {
-    Result<LineLog> log = LineLog::open(path, [&] {
-        if (whenBusy == ShardLog::WhenBusy::waits)
-            printError("waiting for another run that uses the log " + shownPath(path));
-        return whenBusy == ShardLog::WhenBusy::waits;
-    });
-    if (const int signal = StopSignalsNoted::noted(); !log && signal != 0)
-        throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)), 128 + signal);
-    if (!log && log.failure().reason == Reason::alreadyExists)
-        throw CommandError("another run uses the log " + shownPath(path)
-                           + "; without --no-wait this run waits for it");
-    if (!log)
-        throw CommandError("the log cannot be written: " + log.failure().text);
-    return *std::move(log);
-}
 
 LoggedResult resultFromJSON(const json& object) {
     return {.path = textIn(object.at("path")),
@@ -91,7 +72,7 @@ ordered_json toJSON(const ConvertResult& result, std::uint64_t record) {
 }
 
 ShardLog::ShardLog(const std::string& path, std::uint64_t plan, Shard shard, WhenBusy whenBusy)
-    : log_(openLog(path, whenBusy)) {
+    : log_(openLockedLog("log", path, whenBusy)) {
     const Result<std::vector<std::string>> lines = log_.lines();
     if (!lines)
         throw CommandError("the log cannot be read: " + lines.failure().text);

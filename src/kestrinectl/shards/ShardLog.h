@@ -3,10 +3,10 @@
 #pragma once
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/LockedLog.h"
 #include "kestrinectl/convert/ConvertResult.h"
 #include "kestrinectl/shards/RootFolder.h"
 #include "kestrinectl/shards/Shard.h"
-#include "platform/host/files/LineLog.h"
 
 #include <nlohmann/json.hpp>
 #include <string>
@@ -54,9 +54,6 @@ nlohmann::ordered_json toJSON(const ConvertResult& result, std::uint64_t record)
 /// The log to which a run adds. Calls may come from one thread at a time.
 class ShardLog {
 public:
-    /// What to do while another process uses the file.
-    enum class WhenBusy : bool { waits, fails };
-
     /// Opens or creates the log. Throws CommandError if it cannot be written, is in use, or belongs to
     /// another plan.
     ShardLog(const std::string& path, std::uint64_t plan, Shard shard, WhenBusy whenBusy);

@@ -251,13 +251,12 @@ Result<void> PastRun::noteUndone() {
 }
 
 std::optional<RecordedRun> summaryOfRun(std::size_t number) {
-    const Result<Bytes> content = readSmallFile(pathOfRun(number), std::numeric_limits<std::int64_t>::max());
-    if (!content)
+    const Result<std::vector<std::string>> lines = LineLog::linesOf(pathOfRun(number));
+    if (!lines)
         return std::nullopt;
     JournalReader reader(number);
-    const std::string text(content->begin(), content->end());
-    for (std::size_t begin = 0, end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1)
-        reader.read(text.substr(begin, end - begin));
+    for (const std::string& line : *lines)
+        reader.read(line);
     return std::move(reader).run();
 }
 

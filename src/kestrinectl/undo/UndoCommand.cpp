@@ -1,6 +1,7 @@
 #include "kestrinectl/undo/UndoCommand.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/StoppedBySignal.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/NumberBetween.h"
 #include "kestrinectl/text/ShownNumbers.h"
@@ -65,14 +66,11 @@ void undo(std::size_t number) {
     Undo work(past, Environment::ofProcess());
     UndoCount count;
     for (const ReplacedFile& file : run.files) {
-        if (const int signal = StopSignalsNoted::noted(); signal != 0) {
+        throwIfStopped([&] {
             (void)work.settle(); // the next undo does what is missing
-            throw CommandError("stopped by " + std::string(nameOfStopSignal(signal)) + ": "
-                                   + std::to_string(count.back) + " of "
-                                   + counted(run.files.size(), "original") + " back; 'kestrinectl undo "
-                                   + std::to_string(number) + "' continues",
-                               128 + signal);
-        }
+            return std::to_string(count.back) + " of " + counted(run.files.size(), "original")
+                   + " back; 'kestrinectl undo " + std::to_string(number) + "' continues";
+        });
         const UndoneFile undone = work.takeBack(file);
         report(file, undone);
         count.add(undone);

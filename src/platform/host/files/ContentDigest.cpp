@@ -6,22 +6,19 @@
 
 namespace kestrine {
 
-namespace {
-
-/// The digest of the bytes that `digest` covers, followed by `more`.
-ContentDigest extended(const ContentDigest& digest, ByteView more) {
+void RunningDigest::add(ByteView more) {
     constexpr std::uint64_t prime = 0x100000001b3; // as FNV-1a defines it
-    std::uint64_t number = digest.number;
+    std::uint64_t number = digest_.number;
     for (const std::uint8_t byte : more)
         number = (number ^ byte) * prime;
-    return {digest.bytes + more.size(), number};
+    digest_ = {digest_.bytes + more.size(), number};
 }
 
-constexpr ContentDigest ofNothing{0, 0xcbf29ce484222325}; // the offset basis of FNV-1a
-
-} // namespace
-
-ContentDigest digestOf(ByteView content) { return extended(ofNothing, content); }
+ContentDigest digestOf(ByteView content) {
+    RunningDigest running;
+    running.add(content);
+    return running.digest();
+}
 
 ContentDigest digestOf(const std::string& content) { return digestOf(bytesOf(content)); }
 
@@ -31,12 +28,12 @@ Result<ContentDigest> digestOfFile(const std::string& path) {
 }
 
 Result<ContentDigest> digestOfOpenFile(int file) {
-    ContentDigest digest = ofNothing;
-    TRY(forEachBlock(file, [&digest](ByteView block) {
-        digest = extended(digest, block);
+    RunningDigest running;
+    TRY(forEachBlock(file, [&running](ByteView block) {
+        running.add(block);
         return Result<void>();
     }));
-    return digest;
+    return running.digest();
 }
 
 } // namespace kestrine

@@ -17,6 +17,17 @@ struct ContentDigest {
     auto operator<=>(const ContentDigest&) const = default;
 };
 
+/// The digest of a content that comes piece by piece.
+class RunningDigest {
+public:
+    void add(ByteView more);
+    /// Of everything that was added.
+    const ContentDigest& digest() const { return digest_; }
+
+private:
+    ContentDigest digest_{0, 0xcbf29ce484222325}; // the offset basis of FNV-1a
+};
+
 ContentDigest digestOf(ByteView content);
 ContentDigest digestOf(const std::string& content);
 
