@@ -5,6 +5,7 @@
 #include "platform/host/process/StopSignals.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <sys/prctl.h>
@@ -45,10 +46,10 @@ void dropStandardStreams() {
 }
 
 void resetSignals() {
+    constexpr std::array ofTerminals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
     for (int signal = 1; signal < NSIG; ++signal)
-        (void)::signal(signal, SIG_DFL);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        (void)::signal(signal, SIG_IGN);
+        (void)::signal(signal,
+                       std::ranges::find(ofTerminals, signal) == ofTerminals.end() ? SIG_DFL : SIG_IGN);
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);

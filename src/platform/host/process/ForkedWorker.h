@@ -26,8 +26,8 @@ void endWithParent(pid_t parent);
 
 /// To be called in a process that was just started. Keeps only the descriptor `socket`, which becomes the
 /// result; the standard streams are /dev/null. Signals have their default actions, except those of
-/// StopSignals.h, which a terminal sends to parent and child alike: they are ignored, so that the parent can
-/// finish its work. SIGPIPE and SIGXFSZ are ignored as well.
+/// StopSignals.h and SIGQUIT, which a terminal sends to parent and child alike: they are ignored, so that the
+/// parent can finish its work. SIGPIPE and SIGXFSZ are ignored as well.
 int becomeSubordinate(int socket);
 
 /// The layers as one byte of a message, and back. Bytes that byteOf() does not give count as no layers.

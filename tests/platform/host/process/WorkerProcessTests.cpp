@@ -155,7 +155,7 @@ TEST(WorkerProcess, answersWhereTheParentIgnoresTheEndOfChildren) {
 TEST(WorkerProcess, survivesTheSignalsThatATerminalSendsToParentAndChild) {
     const auto worker = startWorker();
     const pid_t process = processOf(*worker);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP})
         ASSERT_EQ(::kill(process, signal), 0);
     EXPECT_EQ(*worker->exchange(Bytes{order(Order::echo), 1}, {}, amplyLimited), Bytes{1});
 }
