@@ -10,6 +10,10 @@
  * Threads: any thread may call any function except kestrine_use_workers(). Different pictures may be used by
  * several threads at the same time, one picture by one thread at a time.
  *
+ * fork(): the child may use the library, too, if no other thread used it during fork(). Pictures and buffers
+ * are copied; each process closes and frees its own. With kestrine_use_workers(), the child starts workers of
+ * its own, also for pictures that were opened before. The parent is not affected.
+ *
  * Stability: programs that were built with an older version of this header keep working with newer libraries
  * of the same soname. Structures that may grow have a first member that holds their size.
  *
@@ -169,7 +173,8 @@ KESTRINE_API kestrine_status kestrine_convert_to_descriptor(kestrine_picture* pi
  * before any picture is opened, while no other thread uses the library. Starts a worker to try it: fails with
  * KESTRINE_NOT_PERMITTED if none starts, and with KESTRINE_UNSUPPORTED if the system cannot take all rights
  * from it (Linux before 5.13, for example). After a failure everything stays as it was; after a success,
- * further calls do nothing. */
+ * further calls do nothing. The program runs as a child of this process and starts the workers. If it is
+ * ended, conversions that are being made fail with KESTRINE_DECODER_ENDED, and the next one starts it again. */
 KESTRINE_API kestrine_status kestrine_use_workers(const char* program);
 
 #ifdef __cplusplus

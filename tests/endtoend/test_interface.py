@@ -280,33 +280,119 @@ class Following(Interface):
 
 
 class Workers(ToolTest):
-    def test_pictures_are_decoded_in_workers(self):
-        """In a process of its own: its child starts the workers, and one of these has the picture open."""
-        pictures.image(pictures.photo(300, 200)).save(self.folder / "a.png")
-        program = """
-import ctypes, os, pathlib, sys
+    # What each program begins with: a process of its own that uses workers.
+    BEGINNING = """
+import ctypes, os, pathlib, signal, sys, time
 library = ctypes.CDLL(os.environ["KESTRINE_LIBRARY"])
 library.kestrine_error_text.restype = ctypes.c_char_p
-picture = ctypes.c_void_p()
+library.kestrine_close.restype = library.kestrine_free.restype = None
+class Result(ctypes.Structure):
+    _fields_ = [("bytes", ctypes.c_void_p), ("length", ctypes.c_size_t)]
+def use_workers():
+    assert library.kestrine_use_workers(os.fsencode(os.environ["KESTRINE_WORKER"])) == 0, library.kestrine_error_text()
+def opened(path):
+    picture = ctypes.c_void_p()
+    assert library.kestrine_open_path(path, ctypes.byref(picture)) == 0, library.kestrine_error_text()
+    return picture
+def result_of(picture, longest):
+    result = Result()
+    options = b'{"format": "png", "longest": %d}' % longest
+    status = library.kestrine_convert_to_memory(picture, options, ctypes.byref(result))
+    assert status == 0, library.kestrine_error_text()
+    content = ctypes.string_at(result.bytes, result.length)
+    library.kestrine_free(ctypes.byref(result))
+    return content
+def converted(path, longest):
+    picture = opened(path)
+    content = result_of(picture, longest)
+    library.kestrine_close(picture)
+    return content
+def children(process):
+    return [int(child) for child in pathlib.Path(f"/proc/{process}/task/{process}/children").read_text().split()]
+def wait_for_end_of(processes):
+    for process in processes:
+        while pathlib.Path(f"/proc/{process}").exists():
+            time.sleep(0.001)
+"""
+
+    def setUp(self):
+        super().setUp()
+        for name, size in (("a.png", (300, 200)), ("b.png", (190, 260))):
+            pictures.image(pictures.photo(*size)).save(self.folder / name)
+
+    def run_program(self, program):
+        """What a Python program prints that has no other threads and no other children."""
+        done = subprocess.run([sys.executable, "-c", self.BEGINNING + program], cwd=self.folder,
+                              env={**os.environ, **self.environment}, capture_output=True, text=True, timeout=120)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        return done.stdout
+
+    def test_pictures_are_decoded_in_workers(self):
+        """The child of the program starts the workers, and one of these has the picture open."""
+        printed = self.run_program("""
 assert library.kestrine_use_workers(b"/nonexistent") == 2
 for wrong in (b"/tmp", b"/etc/passwd", b"/bin/true"):
     assert library.kestrine_use_workers(wrong) == 4, wrong
     assert library.kestrine_error_text() == wrong + b" does not start as a worker"
-assert library.kestrine_use_workers(os.fsencode(os.environ["KESTRINE_WORKER"])) == 0, library.kestrine_error_text()
-assert library.kestrine_open_path(b"a.png", ctypes.byref(picture)) == 0, library.kestrine_error_text()
-assert library.kestrine_convert_to_path(picture, b'{"longest": 30}', b"b.png") == 0, library.kestrine_error_text()
-def children(process):
-    return pathlib.Path(f"/proc/{process}/task/{process}/children").read_text().split()
+use_workers()
+assert library.kestrine_convert_to_path(opened(b"a.png"), b'{"longest": 30}', b"c.png") == 0, library.kestrine_error_text()
 for child in children(os.getpid()):
     for worker in children(child):
         print(pathlib.Path(f"/proc/{worker}/comm").read_text().strip(),
               *[os.path.basename(os.readlink(file)) for file in pathlib.Path(f"/proc/{worker}/fd").iterdir()])
-"""
-        done = subprocess.run([sys.executable, "-c", program], cwd=self.folder, env={**os.environ, **self.environment},
-                              capture_output=True, text=True, timeout=120)
-        self.assertEqual((done.returncode, done.stderr), (0, ""))
-        self.assertRegex(done.stdout, r"^kestrine-worker .*\ba\.png")
-        self.assertEqual(Image.open(self.folder / "b.png").size, (30, 20))
+""")
+        self.assertRegex(printed, r"^kestrine-worker .*\ba\.png")
+        self.assertEqual(Image.open(self.folder / "c.png").size, (30, 20))
+
+    def test_a_forked_copy_and_its_parent_convert_at_the_same_time(self):
+        """Also pictures that were opened before, with a pool of processes as programs in Python make it."""
+        self.run_program("""
+import multiprocessing
+jobs = [(path, longest) for longest in range(20, 50) for path in (b"a.png", b"b.png")]
+expected = [converted(*job) for job in jobs]
+use_workers()
+before = {path: opened(path) for path in (b"a.png", b"b.png")}
+assert [result_of(before[path], longest) for path, longest in jobs] == expected
+def both(job):
+    path, longest = job
+    return converted(*job), result_of(before[path], longest)
+with multiprocessing.get_context("fork").Pool(3) as pool:
+    found = pool.map_async(both, jobs, chunksize=1)
+    for turn in range(2):
+        assert [both(job) for job in jobs] == [(content, content) for content in expected]
+    assert found.get() == [(content, content) for content in expected]
+assert [converted(*job) for job in jobs] == expected
+""")
+
+    def test_the_program_that_starts_workers_is_started_again(self):
+        self.run_program("""
+use_workers()
+picture = opened(b"a.png")
+expected = result_of(picture, 50)
+for turn in range(3):
+    helper, = children(os.getpid())
+    workers = children(helper)
+    os.kill(helper, signal.SIGKILL)
+    wait_for_end_of(workers)
+    assert result_of(picture, 50) == expected
+    assert converted(b"a.png", 50) == expected
+    assert library.kestrine_use_workers(None) == 0
+    new, = children(os.getpid()) # so no zombie remains
+    assert new != helper
+""")
+
+    def test_signals_of_a_terminal_do_not_end_workers(self):
+        self.run_program("""
+os.setpgrp()
+use_workers()
+expected = converted(b"a.png", 50)
+before = children(os.getpid())
+for number in (signal.SIGINT, signal.SIGQUIT, signal.SIGTERM, signal.SIGHUP):
+    signal.signal(number, lambda *_: None)
+    os.killpg(0, number)
+    assert converted(b"a.png", 50) == expected, number
+assert children(os.getpid()) == before
+""")
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@
 #include <spawn.h>
 #include <type_traits>
 #include <unistd.h>
+#include <utility>
 
 namespace kestrine {
 
@@ -22,7 +23,7 @@ struct NurseryAnswer {
     Reason failure; ///< if no worker could be started
 };
 
-constinit std::shared_ptr<NurseryConnection> currentConnection;
+constinit const WorkerNursery* currentNursery = nullptr;
 
 template <class T>
 ByteView bytesIn(const T& structure) {
@@ -86,9 +87,36 @@ pid_t spawnHelper(const std::string& helper, int socket) {
     return error == 0 ? process : -1;
 }
 
+using SocketPair = std::pair<MessageSocket, MessageSocket>;
+
+/// The connection with a process that was just started and has the second socket. Without a process, the
+/// connection has no other end.
+std::shared_ptr<NurseryConnection> connectionWith(pid_t process, Result<SocketPair> ends) {
+    return std::make_shared<NurseryConnection>(ends ? std::move(ends->first)
+                                                    : MessageSocket(FileDescriptor()),
+                                               process > 0 ? std::optional(process) : std::nullopt);
+}
+
+std::shared_ptr<NurseryConnection> startCopy(const WorkerProgram& program) {
+    Result<SocketPair> ends = MessageSocket::pair();
+    const pid_t parent = ::getpid();
+    const pid_t process = ends ? ::fork() : -1;
+    if (process == 0)
+        runForkedNursery(program, ends->second.number(), parent);
+    return connectionWith(process, std::move(ends));
+}
+
+std::shared_ptr<NurseryConnection> startHelper(const std::string& helper) {
+    Result<SocketPair> ends = MessageSocket::pair();
+    const pid_t process = ends ? spawnHelper(helper, ends->second.number()) : -1;
+    return connectionWith(process, std::move(ends));
+}
+
 } // namespace
 
 Result<ForkedWorker> NurseryConnection::startWorker(std::uint32_t modules) {
+    if (!owner_.isCurrent())
+        return failureToReach();
     const std::lock_guard lock(mutex_);
     if (!socket_.send(bytesIn(NurseryRequest{0, modules})))
         return failureToReach();
@@ -102,39 +130,40 @@ Result<ForkedWorker> NurseryConnection::startWorker(std::uint32_t modules) {
 }
 
 void NurseryConnection::endWorker(pid_t worker) {
+    if (!owner_.isCurrent())
+        return;
     const std::lock_guard lock(mutex_);
     // If the nursery's process has ended, the worker has ended too.
     if (socket_.send(bytesIn(NurseryRequest{worker, 0})))
         (void)socket_.receive(false);
 }
 
-void WorkerNursery::connect(MessageSocket socket, pid_t process) {
-    // Without a process, the connection has no other end.
-    currentConnection = std::make_shared<NurseryConnection>(
-        std::move(socket), process > 0 ? std::optional(process) : std::nullopt);
+WorkerNursery::WorkerNursery(const WorkerProgram& program) : connection_(startCopy(program)) {
+    currentNursery = this;
 }
 
-WorkerNursery::WorkerNursery(const WorkerProgram& program) {
-    Result<std::pair<MessageSocket, MessageSocket>> ends = MessageSocket::pair();
-    const pid_t parent = ::getpid();
-    const pid_t process = ends ? ::fork() : -1;
-    if (process == 0)
-        runForkedNursery(program, ends->second.number(), parent);
-    connect(ends ? std::move(ends->first) : MessageSocket(FileDescriptor()), process);
-}
-
-WorkerNursery::WorkerNursery(const std::string& helper) {
-    Result<std::pair<MessageSocket, MessageSocket>> ends = MessageSocket::pair();
-    const pid_t process = ends ? spawnHelper(helper, ends->second.number()) : -1;
-    connect(ends ? std::move(ends->first) : MessageSocket(FileDescriptor()), process);
+WorkerNursery::WorkerNursery(std::string helper)
+    : helper_(std::move(helper)), connection_(startHelper(*helper_)) {
+    currentNursery = this;
 }
 
 WorkerNursery::~WorkerNursery() {
-    currentConnection->endNursery();
-    currentConnection.reset();
+    currentNursery = nullptr;
+    connection_->endNursery();
 }
 
-std::shared_ptr<NurseryConnection> WorkerNursery::connection() { return currentConnection; }
+std::shared_ptr<NurseryConnection> WorkerNursery::connection() {
+    return currentNursery == nullptr ? nullptr : currentNursery->renewedConnection();
+}
+
+std::shared_ptr<NurseryConnection> WorkerNursery::renewedConnection() const {
+    const std::lock_guard lock(mutex_);
+    if (helper_ && !connection_->isUsable()) {
+        connection_->endNursery(); // otherwise it would remain as a zombie
+        connection_ = startHelper(*helper_);
+    }
+    return connection_;
+}
 
 void runAsNursery(const WorkerProgram& program) { serveNursery(program, helperSocket); }
 

@@ -40,15 +40,16 @@ WorkerProcess::WorkerProcess(ForkedWorker worker, std::shared_ptr<NurseryConnect
 WorkerProcess::~WorkerProcess() { end(); }
 
 void WorkerProcess::end() {
-    if (std::exchange(hasEnded_, true))
+    if (!isOurs())
         return;
+    hasEnded_ = true;
     if (nursery_)
         nursery_->endWorker(process_);
     else
         endChild(process_);
 }
 
-bool WorkerProcess::isAlive() const { return !hasEnded_ && socket_.isConnected(); }
+bool WorkerProcess::isAlive() const { return isOurs() && socket_.isConnected(); }
 
 nanoseconds WorkerProcess::processorTime() const {
     timespec used{};
@@ -66,7 +67,7 @@ Result<Bytes> WorkerProcess::received() const {
 
 SandboxLayers WorkerProcess::layers() {
     if (!layers_) {
-        const Result<Bytes> first = hasEnded_ ? crashFailure() : received();
+        const Result<Bytes> first = isOurs() ? received() : crashFailure();
         layers_ = first && first->size() == 1 ? layersOf(first->front()) : SandboxLayers{};
     }
     return *layers_;
@@ -106,7 +107,7 @@ Result<Bytes> WorkerProcess::answerTo(ByteView request, std::span<const int> fil
 
 Result<Bytes> WorkerProcess::exchange(ByteView request, std::span<const int> files,
                                       const AnswerLimits& limits) {
-    if (hasEnded_)
+    if (!isOurs())
         return crashFailure();
     Result<Bytes> answer = answerTo(request, files, limits);
     if (!answer)

@@ -17,7 +17,8 @@ struct AnswerLimits {
     bool isQuick = false;                      ///< whether the answer is expected within microseconds
 };
 
-/// The parent's handle of a worker. The destructor ends the worker. Used by one thread at a time.
+/// The parent's handle of a worker. The destructor ends the worker. Used by one thread at a time. A forked
+/// copy of the process that made it cannot use the worker and does not end it.
 class WorkerProcess {
 public:
     /// Starts a worker. It inherits only the connection to this object, and ends at the latest when the
@@ -34,7 +35,7 @@ public:
     /// free again.
     Result<Bytes> exchange(ByteView request, std::span<const int> files, const AnswerLimits& limits);
 
-    /// Whether the worker still runs.
+    /// Whether the worker still runs, for this process.
     bool isAlive() const;
 
     /// Waits until the worker is in its sandbox. Returns no layers if it ended before.
@@ -50,8 +51,11 @@ private:
     Result<void> waitForMessage(const AnswerLimits& limits) const;
     Result<Bytes> received() const;
     std::chrono::nanoseconds processorTime() const;
+    /// Whether this process made the worker and has not ended it.
+    bool isOurs() const { return !hasEnded_ && owner_.isCurrent(); }
     void end();
 
+    const OwnProcess owner_;
     MessageSocket socket_;
     pid_t process_;
     std::shared_ptr<NurseryConnection> nursery_; ///< the worker's parent; null if it is this process

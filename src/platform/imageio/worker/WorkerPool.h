@@ -33,7 +33,8 @@ struct Delivery {
 
 /// Any thread. Each exchange has a worker for itself, so there are as many workers as threads need at the
 /// same time, and up to `usualWorkers` stay when they need fewer. A source stays open in the worker that had
-/// it last, as long as no other source needs that worker; it is opened anew in another one.
+/// it last, as long as no other source needs that worker; it is opened anew in another one. In a forked copy
+/// of the process, the pool never uses the workers that were there before, and starts its own.
 class WorkerPool {
 public:
     WorkerPool(WorkerStart start, unsigned usualWorkers)

@@ -1,8 +1,10 @@
 #include "platform/host/process/WorkerNursery.h"
 #include "tests/platform/host/process/WorkerTesting.h"
 #include "tests/support/IsolatedProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
@@ -113,6 +115,110 @@ TEST(WorkerNursery, thatHasNoProcessStartsNothingAndHarmsNobody) {
         EXPECT_EQ(::waitpid(bystander, nullptr, WNOHANG), 0); // it still runs
         ::kill(bystander, SIGKILL);
         ::waitpid(bystander, nullptr, 0);
+    });
+}
+
+TEST_F(WorkerNurseryTest, startsNothingForAForkedCopyAndIsNotHarmedByIt) {
+    auto worker = startWorker();
+    const pid_t process = processOf(*worker);
+    runIsolated([&] {
+        EXPECT_FALSE(WorkerProcess::start(workerProgram(), 0));
+        worker.reset();
+        WorkerNursery::connection()->endWorker(process);
+        WorkerNursery::connection()->endNursery();
+    });
+    EXPECT_EQ(answerTo(*worker, Order::preparedModules), 5);
+    EXPECT_EQ(answerTo(*startWorker(), Order::preparedModules), 5);
+}
+
+using testing::TemporaryFolder;
+
+struct HelperNurseryTest : ::testing::Test {
+    const WorkerNursery nursery{std::string(KESTRINE_TESTS_WORKER)};
+};
+
+pid_t helperOf(WorkerProcess& worker) { return processOf(worker, Order::processOfPreparation); }
+
+void waitForEndOf(const WorkerProcess& worker) {
+    while (worker.isAlive())
+        std::this_thread::sleep_for(std::chrono::milliseconds{1});
+}
+
+TEST_F(HelperNurseryTest, hasOneHelperAsLongAsThatRuns) {
+    const auto worker = startWorker();
+    EXPECT_TRUE(isChild(helperOf(*worker)));
+    EXPECT_EQ(helperOf(*startWorker()), helperOf(*worker));
+}
+
+TEST_F(HelperNurseryTest, reapsAHelperThatHasEndedAndStartsItAgain) {
+    const auto worker = startWorker();
+    const pid_t helper = helperOf(*worker);
+    ASSERT_EQ(::kill(helper, SIGKILL), 0);
+    waitForEndOf(*worker);
+    const auto next = startWorker();
+    EXPECT_FALSE(isChild(helper)); // not even as a zombie
+    EXPECT_TRUE(isChild(helperOf(*next)));
+    EXPECT_EQ(answerTo(*next, Order::preparedModules), 5);
+}
+
+TEST_F(HelperNurseryTest, letsNoOldHandleEndAWorkerOfTheNewHelper) {
+    auto old = startWorker();
+    const pid_t helper = helperOf(*old);
+    ::kill(helper, SIGKILL);
+    waitForEndOf(*old);
+    const auto next = startWorker();
+    const auto connection = WorkerNursery::connection();
+    old.reset();
+    EXPECT_EQ(WorkerNursery::connection(), connection);
+    EXPECT_EQ(answerTo(*next, Order::preparedModules), 5);
+}
+
+TEST_F(HelperNurseryTest, isRenewedOnceForManyThreads) {
+    const auto worker = startWorker();
+    ::kill(helperOf(*worker), SIGKILL);
+    waitForEndOf(*worker);
+    std::vector<pid_t> helpers(6);
+    std::vector<std::thread> threads;
+    for (pid_t& helper : helpers)
+        threads.emplace_back([&helper] { helper = helperOf(*startWorker()); });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(helpers, std::vector<pid_t>(6, helperOf(*startWorker())));
+}
+
+TEST_F(HelperNurseryTest, startsAnotherHelperForAForkedCopyAndIsNotHarmedByIt) {
+    auto worker = startWorker();
+    const pid_t helper = helperOf(*worker);
+    runIsolated([&] {
+        worker.reset();
+        const auto own = startWorker();
+        EXPECT_NE(helperOf(*own), helper);
+        EXPECT_TRUE(isChild(helperOf(*own)));
+        EXPECT_EQ(helperOf(*startWorker()), helperOf(*own));
+    });
+    EXPECT_EQ(answerTo(*worker, Order::preparedModules), 5);
+    EXPECT_EQ(helperOf(*startWorker()), helper);
+}
+
+TEST(WorkerNursery, triesAgainToStartAHelperThatWasMissing) {
+    const TemporaryFolder folder;
+    const WorkerNursery nursery(folder / "helper");
+    EXPECT_EQ(WorkerProcess::start(workerProgram(), 0).failure().text,
+              "the process that starts workers has ended");
+    std::filesystem::create_symlink(KESTRINE_TESTS_WORKER, folder / "helper");
+    EXPECT_EQ(answerTo(*startWorker(), Order::preparedModules), 5);
+}
+
+TEST(WorkerNursery, ofAHelperEndsItWithItsWorkers) {
+    runIsolated([] {
+        ASSERT_TRUE(adoptsOrphans());
+        std::unique_ptr<WorkerProcess> worker;
+        {
+            const WorkerNursery nursery{std::string(KESTRINE_TESTS_WORKER)};
+            worker = startWorker();
+        }
+        EXPECT_GT(::wait(nullptr), 0); // the worker
+        EXPECT_EQ(::wait(nullptr), -1);
     });
 }
 

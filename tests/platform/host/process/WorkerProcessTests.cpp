@@ -134,6 +134,20 @@ TEST(WorkerProcess, thatEndedBetweenRequestsIsNoticed) {
     EXPECT_NE(worker->layers(), SandboxLayers{}); // the message came before the end
 }
 
+TEST(WorkerProcess, isOutOfReachOfAForkedCopy) {
+    auto worker = startWorker();
+    runIsolated([&] {
+        EXPECT_FALSE(worker->isAlive());
+        EXPECT_EQ(worker->layers(), SandboxLayers{});
+        EXPECT_EQ(worker->exchange(Bytes{order(Order::echo), 1}, {}, amplyLimited).failure().reason,
+                  Reason::crashed);
+        worker.reset();
+        EXPECT_EQ(answerTo(*startWorker(), Order::preparedModules), 5);
+    });
+    EXPECT_NE(worker->layers(), SandboxLayers{});
+    EXPECT_EQ(*worker->exchange(Bytes{order(Order::echo), 2}, {}, amplyLimited), Bytes{2});
+}
+
 TEST(WorkerProcess, isReapedWithItsHandle) {
     runIsolated([] {
         startWorker().reset();

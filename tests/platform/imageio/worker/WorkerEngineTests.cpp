@@ -17,6 +17,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -355,6 +356,61 @@ TEST(WorkerEngine, isNotHarmedByAHostileWorkerThatMakesTheSharedFileLong) {
         anEmptyFile, [](const MemoryFile& shared) { (void)!::ftruncate(shared.number(), 1L << 35); });
     ASSERT_FALSE(opened);
     EXPECT_EQ(opened.failure().reason, Reason::crashed);
+}
+
+// What a copy of the process does.
+
+/// Runs `steps` in a copy of this process and, at the same time, `ownSteps` in this one. Both return whether
+/// everything was right.
+void expectRightAtOnce(const std::function<bool()>& steps, const std::function<bool()>& ownSteps) {
+    const pid_t copy = ::fork();
+    ASSERT_GE(copy, 0);
+    if (copy == 0)
+        ::_exit(steps() ? 0 : 1);
+    EXPECT_TRUE(ownSteps());
+    int status = 0;
+    ASSERT_EQ(::waitpid(copy, &status, 0), copy);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+TEST(WorkerEngine, servesAForkedCopyAndItsParentAtOnce) {
+    const Bytes first = jpegOf(200, 100), second = jpegOf(90, 160);
+    Engine engine; // with one worker, for which both would compete
+    const std::shared_ptr<Source> one = *engine.open(first), other = *engine.open(second);
+    const Bytes ofOne = *asPNG(*LocalSource::open(readerOfBytes(first)));
+    const Bytes ofOther = *asPNG(*LocalSource::open(readerOfBytes(second)));
+    const auto isRight = [&](const std::shared_ptr<Source>& source, const Bytes& expected) {
+        for (int turn = 0; turn < 20; ++turn)
+            if (const Result<Bytes> result = asPNG(source); !result || *result != expected)
+                return false;
+        return true;
+    };
+    expectRightAtOnce([&] { return isRight(one, ofOne) && isRight(other, ofOther); },
+                      [&] { return isRight(other, ofOther) && isRight(one, ofOne); });
+}
+
+TEST(WorkerEngine, opensAPictureAnewInAWorkerOfAForkedCopy) {
+    Engine engine;
+    const std::shared_ptr<Source> source = *engine.open(jpegOf(20, 20));
+    const Bytes worker = *source->answer(processNumber);
+    testing::runIsolated([&] {
+        const Result<Bytes> own = source->answer(processNumber);
+        ASSERT_TRUE(own);
+        EXPECT_NE(*own, worker);
+        EXPECT_NE(*own, *processNumber(nullptr));
+    });
+    EXPECT_EQ(*source->answer(processNumber), worker);
+}
+
+TEST(WorkerEngine, keepsThePixelsOfAPictureThatAForkedCopyCloses) {
+    Engine engine;
+    std::shared_ptr<Source> source = *engine.open(jpegOf(300, 200));
+    source->keepPixels();
+    EXPECT_TRUE(asPNG(source));
+    const Bytes before = *source->answer(decodesStarted);
+    testing::runIsolated([&] { source.reset(); });
+    EXPECT_TRUE(asPNG(source));
+    EXPECT_EQ(*source->answer(decodesStarted), before);
 }
 
 // What the system may lack.
