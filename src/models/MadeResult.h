@@ -3,6 +3,7 @@
 
 #include "platform/foundation/NSData.h"
 #include "platform/host/files/NewContent.h"
+#include "platform/imageio/PictureEngine.h"
 
 #include <memory>
 #include <optional>
@@ -18,8 +19,12 @@ struct MadeResult {
     static MadeResult of(std::shared_ptr<const NSData> data) {
         return {data, data == nullptr ? std::nullopt : std::optional<NewContent>(data->bytes()), {}};
     }
+    /// Fails for an empty file: the process that should have written it said wrongly that it had.
     static Result<MadeResult> of(NamelessFile file) {
-        return MadeResult{nullptr, TRY(NewContent::of(std::move(file))), {}};
+        NewContent content = TRY(NewContent::of(std::move(file)));
+        if (content.size() == 0)
+            return decoderCrash();
+        return MadeResult{nullptr, std::move(content), {}};
     }
 };
 

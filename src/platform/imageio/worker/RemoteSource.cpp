@@ -236,9 +236,13 @@ Result<Bytes> RemoteSource::orderResult(const Picture& picture, const Output& ou
 }
 
 Result<Bytes> RemoteSource::rendered(const Picture& picture, const Output& output) {
-    return orderResult(picture, output, -1, [](Source& source, const Picture& own, const Output& ownOutput) {
-        return source.rendered(own, ownOutput);
-    });
+    Bytes result =
+        TRY(orderResult(picture, output, -1, [](Source& source, const Picture& own, const Output& ownOutput) {
+            return source.rendered(own, ownOutput);
+        }));
+    if (result.empty()) // no file of a picture is
+        return decoderCrash();
+    return result;
 }
 
 Result<void> RemoteSource::renderInto(int file, const Picture& picture, const Output& output) {

@@ -312,12 +312,15 @@ Result<std::shared_ptr<Source>> openedByAHostileWorker(const Bytes& answer,
     const WorkerProgram program{.prepare = {},
                                 .serve =
                                     [=](MessageSocket& requests) {
-                                        Result<std::optional<Message>> message = requests.receive(true);
-                                        const MemoryFile shared(std::move((*message)->files[1]));
-                                        if (before != nullptr)
-                                            before(shared);
-                                        (void)requests.send(answer);
-                                        (void)requests.receive(true);
+                                        for (;;) {
+                                            Result<std::optional<Message>> message = requests.receive(true);
+                                            if (!message || !*message)
+                                                return;
+                                            const MemoryFile shared(std::move((*message)->files[1]));
+                                            if (before != nullptr)
+                                                before(shared);
+                                            (void)requests.send(answer);
+                                        }
                                     },
                                 .limits = {}};
     const auto start = [program](std::uint32_t libraries) {
@@ -356,6 +359,17 @@ TEST(WorkerEngine, isNotHarmedByAHostileWorkerThatMakesTheSharedFileLong) {
         anEmptyFile, [](const MemoryFile& shared) { (void)!::ftruncate(shared.number(), 1L << 35); });
     ASSERT_FALSE(opened);
     EXPECT_EQ(opened.failure().reason, Reason::crashed);
+}
+
+TEST(WorkerEngine, takesAnEmptyResultForACrash) {
+    FrameDescription frame;
+    frame.format = {20, 20, ColorModel::rgb, false, SampleDepth::bits8};
+    worker::Response done;
+    done.frames = {frame};
+    const std::shared_ptr<Source> source = *openedByAHostileWorker(messageOf(done));
+    const Result<Bytes> result = asPNG(source);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.failure().reason, Reason::crashed);
 }
 
 // What a copy of the process does.
