@@ -11,11 +11,13 @@
 #include "platform/host/files/DuplicatedDescriptor.h"
 #include "platform/host/files/FileContent.h"
 #include "platform/host/files/FileStatus.h"
+#include "platform/host/process/ProgramPath.h"
 #include "platform/imageio/PictureEngine.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <thread>
 
@@ -96,6 +98,16 @@ CallOptions optionsIn(const char* json) {
     if (!options)
         throw CallFailure{KESTRINE_WRONG_ARGUMENT, options.failure().text};
     return *std::move(options);
+}
+
+/// The kestrine-worker that was installed with this library, wherever both are now.
+std::string installedWorker() {
+    const std::filesystem::path library = pathOfThisLibrary();
+    if (library.empty())
+        return KESTRINE_WORKER_PROGRAM;
+    const std::string found =
+        (library.parent_path() / KESTRINE_WORKER_FROM_LIBRARY).lexically_normal().string();
+    return itemExists(found) ? found : KESTRINE_WORKER_PROGRAM;
 }
 
 /// Fails unless a worker can be started, with no rights.
@@ -205,6 +217,6 @@ kestrine_status kestrine_use_workers(const char* program) {
         // Never destroyed: other threads may decode while the process ends, and the workers end with it.
         static IsolatedDecoding* workers = nullptr;
         if (workers == nullptr)
-            workers = startWorkers(program == nullptr ? KESTRINE_WORKER_PROGRAM : program).release();
+            workers = startWorkers(program == nullptr ? installedWorker() : program).release();
     });
 }

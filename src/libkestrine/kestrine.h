@@ -169,12 +169,14 @@ KESTRINE_API kestrine_status kestrine_convert_to_descriptor(kestrine_picture* pi
                                                             int descriptor);
 
 /** From now on, pictures are decoded and encoded in worker processes without rights, for the whole process.
- * `program` is the path of kestrine-worker; null for the one that was installed with the library. Call it
- * before any picture is opened, while no other thread uses the library. Starts a worker to try it: fails with
- * KESTRINE_NOT_PERMITTED if none starts, and with KESTRINE_UNSUPPORTED if the system cannot take all rights
- * from it (Linux before 5.13, for example). After a failure everything stays as it was; after a success,
- * further calls do nothing. The program runs as a child of this process and starts the workers. If it is
- * ended, conversions that are being made fail with KESTRINE_DECODER_ENDED, and the next one starts it again. */
+ * `program` is the path of kestrine-worker; null for the one that was installed with the library, which is
+ * found if both were moved, too. Call it before any picture is opened, while no other thread uses the
+ * library. Starts a worker to try it: fails with KESTRINE_NOT_FOUND if there is no such program, with
+ * KESTRINE_NOT_PERMITTED if no worker starts, and with KESTRINE_UNSUPPORTED if the system cannot take all
+ * rights from it (Linux before 5.13, for example). After a failure everything stays as it was; after a
+ * success, further calls do nothing. The program runs as a child of this process and starts the workers. If
+ * it is ended, conversions that are being made fail with KESTRINE_DECODER_ENDED, and the next one starts it
+ * again. */
 KESTRINE_API kestrine_status kestrine_use_workers(const char* program);
 
 #ifdef __cplusplus

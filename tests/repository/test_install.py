@@ -3,6 +3,7 @@ import os
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 from pathlib import Path
@@ -120,6 +121,29 @@ class Installed(unittest.TestCase):
         self.skip_with_sanitizers()
         with tempfile.TemporaryDirectory() as folder:
             self.assertRuns(EXAMPLES / "programs/convert.py", f"{folder}/a.webp")
+
+    def test_the_library_finds_its_worker_wherever_both_are(self):
+        """Under the prefix, which is not the one that was configured, in a copy of that, and also through a link."""
+        self.skip_with_sanitizers()
+        program = ("import ctypes, sys\nlibrary = ctypes.CDLL(sys.argv[1])\nlibrary.kestrine_error_text.restype = ctypes.c_char_p\n"
+                   "print(library.kestrine_use_workers(None), library.kestrine_error_text().decode())\n")
+        with tempfile.TemporaryDirectory() as folder:
+            moved = Path(folder, "moved")
+            place = self.library().relative_to(self.prefix)
+            (moved / place).parent.mkdir(parents=True)
+            shutil.copy(self.library(), moved / place)
+            shutil.copytree(self.prefix / "libexec", moved / "libexec")
+            link = Path(folder, "link.so")
+            link.symlink_to(moved / place)
+
+            def outcome(library):
+                done = subprocess.run([sys.executable, "-c", program, library], check=True, capture_output=True, text=True)
+                return done.stdout
+
+            for library in (self.library(), moved / place, link):
+                self.assertEqual(outcome(library), "0 \n")
+            shutil.rmtree(moved / "libexec")
+            self.assertRegex(outcome(link), r"\A2 there is no program /.*/kestrine/kestrine-worker\n\Z")
 
     def library(self):
         return next(self.prefix.glob("lib/**/libkestrine.so.0"))

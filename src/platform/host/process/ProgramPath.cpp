@@ -4,6 +4,7 @@
 #include "platform/host/process/Environment.h"
 
 #include <algorithm>
+#include <dlfcn.h>
 #include <filesystem>
 #include <unistd.h>
 
@@ -12,6 +13,15 @@ namespace kestrine {
 std::string pathOfThisProgram() {
     std::error_code error;
     return std::filesystem::read_symlink("/proc/self/exe", error).string();
+}
+
+std::string pathOfThisLibrary() {
+    Dl_info found{};
+    if (::dladdr(reinterpret_cast<const void*>(&pathOfThisLibrary), &found) == 0 || found.dli_fname == nullptr
+        || found.dli_fname[0] != '/')
+        return "";
+    std::error_code error;
+    return std::filesystem::canonical(found.dli_fname, error).string();
 }
 
 std::vector<std::string> possiblePathsOf(const std::string& program) {

@@ -18,6 +18,11 @@ TEST(ProgramPath, ofThisProgramIsAbsolute) {
     EXPECT_TRUE(std::filesystem::exists(pathOfThisProgram()));
 }
 
+TEST(ProgramPath, ofThisLibraryIsThatOfTheProgramIntoWhichItWasLinked) {
+    const std::string found = pathOfThisLibrary(); // empty if the program was started with a relative path
+    EXPECT_TRUE(found.empty() || found == pathOfThisProgram()) << found;
+}
+
 TEST(ProgramPath, possiblePathsFollowTheOrderOfPATH) {
     setPath("/b::/a");
     EXPECT_THAT(possiblePathsOf("x"), ::testing::ElementsAre("/b/x", "./x", "/a/x"));
