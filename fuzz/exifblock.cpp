@@ -1,6 +1,7 @@
 // Reads any bytes as an EXIF block. The carried block must fit a segment, and carrying it again must not
 // change it.
 #include "platform/imageio/exif/CarriedExif.h"
+#include "platform/imageio/exif/ExifFacts.h"
 
 #include <cstdlib>
 

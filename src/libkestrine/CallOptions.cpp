@@ -20,7 +20,7 @@ struct GivenOptions {
     std::vector<PixelSize> sizes;
     std::optional<Gravity> gravity;
     std::optional<RGBColor> padding;
-    bool hasQuality = false;
+    bool hasQuality = false, hasEffort = false;
 
     ConversionRecipe& recipe() { return call.recipe; }
 };
@@ -112,6 +112,11 @@ Result<void> setMetadata(const json& value, GivenOptions& given) {
     return {};
 }
 
+Result<void> setEffort(const json& value, GivenOptions& given) {
+    given.hasEffort = true;
+    return put(given.recipe().effort, worded(value, effortNamed));
+}
+
 Result<void> setThreads(const json& value, GivenOptions& given) {
     if (value != 0 && value != 1)
         return mustBe("0 or 1");
@@ -143,7 +148,7 @@ const Option options[] = {
     {"quality", setQuality},
     {"lossless", [](const json& v, GivenOptions& o) { return put(o.recipe().isLossless, truthIn(v)); }},
     {"progressive", [](const json& v, GivenOptions& o) { return put(o.recipe().isProgressive, truthIn(v)); }},
-    {"effort", [](const json& v, GivenOptions& o) { return put(o.recipe().effort, worded(v, effortNamed)); }},
+    {"effort", setEffort},
     {"maxBytes", setMaxBytes},
     {"upright", setUpright},
     {"background",
@@ -193,12 +198,12 @@ Result<void> checkFormat(const GivenOptions& given) {
     if (recipe.format.choice != FormatRule::Choice::fixed)
         return {};
     const OutputFormat& format = outputFormat(recipe.format.type);
-    const std::string needing = recipe.isLossless && !format.hasLossless               ? "lossless"
-                                : recipe.isProgressive && !format.hasProgressive       ? "progressive"
-                                : recipe.effort != Effort::normal && !format.hasEffort ? "effort"
-                                : given.hasQuality && !format.hasQuality               ? "quality"
-                                : recipe.maxBytes != 0 && !format.hasQuality           ? "maxBytes"
-                                                                                       : "";
+    const std::string needing = recipe.isLossless && !format.hasLossless         ? "lossless"
+                                : recipe.isProgressive && !format.hasProgressive ? "progressive"
+                                : given.hasEffort && !format.hasEffort           ? "effort"
+                                : given.hasQuality && !format.hasQuality         ? "quality"
+                                : recipe.maxBytes != 0 && !format.hasQuality     ? "maxBytes"
+                                                                                 : "";
     if (needing.empty())
         return {};
     return wrong("the option \"" + needing + "\" has no effect on " + std::string(format.title));

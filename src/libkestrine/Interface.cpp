@@ -61,19 +61,18 @@ kestrine_info describe(const std::shared_ptr<Source>& source) {
     return info;
 }
 
-/// The first outcome of the job. Reports progress to the caller.
+/// The first outcome of the job. Reports progress to the caller; 1 only when there is a result.
 JobOutcome runWatched(const ResizeJob& job, const kestrine_picture& picture) {
-    double reported = -1;
+    constexpr double almost = 0.99; // when all rows were read, the encoder may still fail
     const auto report = [&](double share) {
-        reported = share;
         return picture.progress == nullptr || picture.progress(share, picture.user) == 0;
     };
     const auto cancelled = [] { return CallFailure{KESTRINE_CANCELLED, "the conversion was cancelled"}; };
     if (!report(0))
         throw cancelled();
-    const RowWatch watch(report);
+    const RowWatch watch([&](double share) { return report(almost * share); });
     JobOutcome outcome = runJob(job).front();
-    if (watch.wasEnded() || (reported < 1 && !report(1)))
+    if (watch.wasEnded() || (outcome.data != nullptr && !report(1)))
         throw cancelled();
     return outcome;
 }
@@ -91,6 +90,13 @@ std::shared_ptr<const NSData> converted(const kestrine_picture& picture, const C
     if (outcome.refusal == Refusal::damaged)
         throw CallFailure{KESTRINE_DAMAGED, outcome.failure->text};
     throw callFailure(*outcome.failure);
+}
+
+void requirePlaceForFile(std::string_view path) {
+    if (path.empty())
+        throw CallFailure{KESTRINE_WRONG_ARGUMENT, "the path is empty"};
+    if (path.ends_with('/'))
+        throw CallFailure{KESTRINE_NOT_A_FILE, std::string(path) + " names a folder"};
 }
 
 CallOptions optionsIn(const char* json) {
@@ -197,6 +203,7 @@ kestrine_status kestrine_convert_to_path(kestrine_picture* picture, const char* 
     return answered([&] {
         requireArgument(picture, "picture");
         requireArgument(path, "path");
+        requirePlaceForFile(path);
         const CallOptions given = optionsIn(options);
         if (given.overwrite == Overwrite::no && itemExists(path))
             throw CallFailure{KESTRINE_ALREADY_EXISTS, std::string(path) + " exists already"};

@@ -107,10 +107,10 @@ typedef struct kestrine_info {
 /** Describes a picture. Decodes nothing, but may read the whole file to count its frames. */
 KESTRINE_API kestrine_status kestrine_describe(kestrine_picture* picture, kestrine_info* info);
 
-/** Follows a conversion. `share` grows from 0 to 1 with the rows that were made; encoders that need the whole
- * picture work on after the last row. Returns 0 to go on, anything else to cancel. Called from one thread at
- * a time, which may differ from the one that called the library. It must not call the library with the same
- * picture. */
+/** Follows a conversion. `share` grows from 0 to 0.99 with the rows that were made; encoders that need the
+ * whole picture work on after the last row. It is 1 when the result is ready. Returns 0 to go on, anything
+ * else to cancel. Called from one thread at a time, which may differ from the one that called the library. It
+ * must not call the library with the same picture. */
 typedef int (*kestrine_progress)(double share, void* user);
 
 /** `progress` is called by conversions of this picture from now on; null ends that. While pictures are

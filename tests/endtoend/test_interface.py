@@ -175,13 +175,32 @@ class Converting(Interface):
         self.assertStatus("OK", status)
         self.assertEqual(result.read_bytes(), (self.folder / "out/a.jpg").read_bytes())
 
+    def test_every_option_is_that_of_kestrinectl(self):
+        Image.fromarray(pictures.photo(90, 60)).convert("RGBA").resize((90, 60)).save(self.folder / "t.png")
+        Image.fromarray(pictures.photo(90, 60)).save(self.folder / "wide.jpg", icc_profile=pictures.wide_icc(), quality=90)
+        for name, options, words in (
+                ("wide.jpg", {"format": "jpeg", "progressive": True}, ["--format", "jpeg", "--progressive"]),
+                ("t.png", {"format": "png", "effort": "max"}, ["--format", "png", "--effort", "max"]),
+                ("t.png", {"format": "jpeg", "background": "#204060"}, ["--format", "jpeg", "--background", "#204060"]),
+                ("wide.jpg", {"format": "png", "profile": "srgb"}, ["--format", "png", "--profile", "srgb"]),
+                ("t.png", {"format": "webp", "lossless": True}, ["--format", "webp", "--lossless"]),
+                ("wide.jpg", {"fit": "40x40", "pad": "#102030", "gravity": "north"},
+                 ["--fit", "40x40", "--pad", "#102030", "--gravity", "north"]),
+                ("wide.jpg", {"cover": "40x40", "gravity": "east"}, ["--cover", "40x40", "--gravity", "east"]),
+                ("wide.jpg", {"longest": 900, "enlarge": False, "quality": 55}, ["--longest", "900", "--no-enlarge", "--quality", "55"])):
+            self.kestrinectl("convert", *words, "--metadata", "none", "--name", "result", name)
+            made = self.converted(self.opened(self.folder / name), metadata="none", **options).fp.getvalue()
+            self.assertEqual(made, (self.folder / "result").read_bytes(), options)
+            (self.folder / "result").unlink()
+
     def test_wrong_options_are_named(self):
         for options, text in (({"longst": 3}, 'no option "longst"'), ({"longest": "3"}, '"longest" must be a whole number'),
                               ({"longest": -3}, "whole number"), ({"longest": 3, "percent": 5}, "more than one size"),
                               ({"format": "bmp"}, '"format" must be jpeg'), ({"quality": 101}, "0 to 100"),
                               ({"pad": "red"}, '"pad" needs "fit"'), ({"gravity": "north"}, '"gravity" needs'),
                               ({"lossless": True, "format": "jpeg"}, "no effect on JPEG"), ({"threads": 9}, "0 or 1"),
-                              ({"quality": 3, "format": "png"}, "no effect on PNG"), ({"upright": 1}, "true or false"),
+                              ({"quality": 3, "format": "png"}, "no effect on PNG"),
+                              ({"effort": "normal", "format": "jpeg"}, '"effort" has no effect on JPEG'), ({"upright": 1}, "true or false"),
                               ({"maxBytes": True}, '"maxBytes" must be a number of bytes'), ({"threads": 0.5}, "0 or 1"), ({"fit": "60"}, "1200x800")):
             self.assertFails("WRONG_ARGUMENT", text, **options)
         result = Result()
@@ -244,6 +263,12 @@ class Writing(Interface):
         status = self.library.kestrine_convert_to_path(self.opened(), None, os.fsencode(self.folder / "none/a.png"))
         self.assertStatus("NOT_FOUND", status, "No such file")
 
+    def test_a_path_that_no_file_can_have_is_refused(self):
+        (self.folder / "d").mkdir()
+        for path, status in ((b"", "WRONG_ARGUMENT"), (os.fsencode(self.folder / "d") + b"/", "NOT_A_FILE")):
+            for options in (None, b'{"overwrite": true}'):
+                self.assertStatus(status, self.library.kestrine_convert_to_path(self.opened(), options, path), "empty|folder")
+
     def test_descriptors_get_the_bytes_from_their_position_on(self):
         with open(self.folder / "out", "w+b") as file:
             file.write(b"before")
@@ -267,6 +292,15 @@ class Following(Interface):
         self.library.kestrine_set_progress(picture, None, None)
         self.converted(picture, longest=150)
         self.assertEqual(shares[-1], (1, 5))
+
+    def test_progress_is_1_only_when_there_is_a_result(self):
+        picture, shares, result = self.opened(), [], Result()
+        report = Progress(lambda share, user: shares.append(share) or int(share == 1))
+        self.library.kestrine_set_progress(picture, report, None)
+        for options in ({"format": "jpeg", "maxBytes": 10}, {"format": "webp", "longest": 17000}):
+            status = self.library.kestrine_convert_to_memory(picture, self.options(options), ctypes.byref(result))
+            self.assertStatus("TOO_LARGE", status, ".")
+        self.assertLess(max(shares), 1)
 
     def test_a_conversion_may_be_cancelled_and_repeated(self):
         for format in ("jpeg", "png", "tiff", "gif", "webp"):

@@ -57,9 +57,7 @@ struct Log : ::testing::Test {
     testing::TemporaryFolder folder;
     std::string path = folder / "log";
 
-    ShardLog open(std::uint64_t plan = 1) const {
-        return ShardLog(path, plan, {1, 1}, ShardLog::WhenBusy::fails);
-    }
+    ShardLog open(std::uint64_t plan = 1) const { return ShardLog(path, plan, {1, 1}, WhenBusy::fails); }
     void add(const std::vector<std::pair<ConvertResult, std::uint64_t>>& results) const {
         ShardLog log = open();
         for (const auto& [result, record] : results)
