@@ -157,7 +157,7 @@ FORMAT = Format(
               "alpha": lambda: File("a.png", png(noise(4, 8), RGBA, 8)),
               "16 bits": lambda: File("a.png", png(noise(3, 16), RGB, 16)),
               "EXIF": lambda: File("a.png", png(noise(3, 8), RGB, 8, chunk(b"eXIf", exif())))},
-    kept_notes={"profile made from the colour space": "gAMA and cHRM"},
+    kept_notes={"profile made from the colour space": "gAMA and cHRM, or cICP"},
     held="nothing; of interlaced files half of the rows, up to a limit",
     picture=lambda samples: png(samples, RGB, 8, level=1), cost_name="a.png",
 )

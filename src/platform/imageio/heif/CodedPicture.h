@@ -1,7 +1,7 @@
 // CodedPicture: a picture that a library has decoded, as planes of samples.
 #pragma once
 
-#include "platform/imageio/heif/CodingPoints.h"
+#include "platform/coregraphics/CodingPoints.h"
 #include "platform/imageio/heif/PictureProperties.h"
 
 namespace kestrine::heif {

@@ -1,13 +1,13 @@
 // Reads HEIF files with HEVC pictures (HEIC) and with AV1 pictures (AVIF). The boxes are read here; libde265
 // and dav1d decode the compressed pictures in them. A row of tiles, or an untiled picture, is held in memory.
 
+#include "platform/coregraphics/ToneMapping.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/Plausibility.h"
 #include "platform/imageio/exif/ExifFacts.h"
 #include "platform/imageio/heif/CodedPicture.h"
 #include "platform/imageio/heif/Movie.h"
 #include "platform/imageio/heif/NodeRows.h"
-#include "platform/imageio/heif/ToneMapping.h"
 
 #include <algorithm>
 #include <array>
@@ -48,21 +48,6 @@ const PictureNode& describedNode(const PictureNode& root) {
     return *node;
 }
 
-/// How pictures of high dynamic range are stored.
-struct HighRange {
-    HDRTransfer transfer = HDRTransfer::pq;
-    double peak = usualPeak; ///< cd/m2
-};
-
-std::optional<HighRange> highRangeOf(const CodingPoints& points, const PictureProperties& properties) {
-    constexpr std::uint16_t pq = 16, hlg = 18;
-    if (points.transfer == hlg)
-        return HighRange{HDRTransfer::hlg, usualPeak};
-    if (points.transfer != pq)
-        return std::nullopt;
-    return HighRange{HDRTransfer::pq, properties.brightestLight > 0 ? properties.brightestLight : usualPeak};
-}
-
 /// Gives the picture its model and its profile. Returns how it is stored if it must be mapped to the ordinary
 /// range, after which that profile is right; such pictures get 16 bits.
 std::optional<HighRange> describeColors(FrameDescription& frame, const PictureNode& root,
@@ -92,7 +77,7 @@ std::optional<HighRange> describeColors(FrameDescription& frame, const PictureNo
         return std::nullopt;
     }
     frame.profile = profileOf(*points, frame.format.model);
-    const std::optional<HighRange> range = highRangeOf(*points, root.properties);
+    const std::optional<HighRange> range = highRangeOf(*points, root.properties.brightestLight);
     if (range)
         frame.format.depth = SampleDepth::bits16;
     return range;
@@ -159,7 +144,7 @@ public:
     Result<RowSourcePointer> rows(std::size_t, int) const override {
         const PictureNodePointer picture(header_, header_->picture.get()); // keeps the boxes
         RowSourcePointer rows = rowsOfPicture(picture, reader_, frames_.front().format);
-        return hdr_ ? rowsInSDR(std::move(rows), hdr_->transfer, hdr_->peak) : std::move(rows);
+        return hdr_ ? rowsInSDR(std::move(rows), *hdr_) : std::move(rows);
     }
 
     Result<Bytes> exif() const override { return exif_; }

@@ -1,7 +1,7 @@
 // PictureProperties: what the properties of an item, or the description of a track, say about a picture.
 #pragma once
 
-#include "platform/imageio/heif/CodingPoints.h"
+#include "platform/coregraphics/CodingPoints.h"
 #include "platform/imageio/heif/ItemTable.h"
 #include "platform/imageio/heif/Placement.h"
 

@@ -1,5 +1,6 @@
 // Reads PNG files of every colour type and depth, and their metadata; chooses between the fast decoder
 // (fast/) and libpng.
+#include "platform/coregraphics/ToneMapping.h"
 #include "platform/host/BigEndian.h"
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/HeldReader.h"
@@ -88,8 +89,31 @@ std::optional<ColorProfile> calibratedProfile(const LibraryReader& file, ColorMo
     return ColorProfile::fromGamma(1 / gamma, primaries, model);
 }
 
-std::optional<ColorProfile> storedProfile(const LibraryReader& file, ColorModel model,
-                                          const ExifFacts& exif) {
+/// The numbers in a cICP chunk; nullopt if there is none, or one that says nothing or that PNG does not
+/// permit.
+std::optional<CodingPoints> storedPoints(const ByteReader& file) {
+    constexpr std::uint16_t unspecified = 2, ofRGB = 0;
+    const Bytes content = chunkContent(file, "cICP", signatureBytes, SearchEnd::atPixels);
+    if (content.size() != 4)
+        return std::nullopt;
+    const CodingPoints points{content[0], content[1], content[2], content[3] == 1};
+    const bool saysSomething = points.primaries != unspecified || points.transfer != unspecified;
+    return saysSomething && points.matrix == ofRGB && points.isFullRange ? std::optional(points)
+                                                                         : std::nullopt;
+}
+
+/// The brightest pixel that a cLLI chunk states, in cd/m2; 0 if there is none.
+double storedBrightness(const ByteReader& file) {
+    constexpr double perUnit = 10000;
+    const Bytes content = chunkContent(file, "cLLI", signatureBytes, SearchEnd::atPixels);
+    return content.size() == 8 ? static_cast<double>(bigEndian(ByteView(content).first(4))) / perUnit : 0;
+}
+
+/// `points` take precedence over everything else.
+std::optional<ColorProfile> storedProfile(const LibraryReader& file, ColorModel model, const ExifFacts& exif,
+                                          const std::optional<CodingPoints>& points) {
+    if (points)
+        return profileOf(*points, model);
     if (std::optional<ColorProfile> profile = embeddedProfile(file, model))
         return profile;
     if (libpng().getValid(file.png(), file.info(), PNG_INFO_sRGB))
@@ -123,25 +147,22 @@ public:
         const ExifFacts exif = readExifFacts(exif_);
         if (exif_.empty())
             exif_ = chunkContent(*reader_, exifName, file->offsetOfPixels(), SearchEnd::atLastChunk);
+        const std::optional<CodingPoints> points = storedPoints(*reader_);
+        if (points)
+            hdr_ = highRangeOf(*points, storedBrightness(*reader_));
         const Resolution resolution =
             exif.resolution ? *exif.resolution : storedResolution(*file).value_or(Resolution{});
         frames_.push_back({.format = format,
                            .resolution = resolution,
-                           .profile = storedProfile(*file, format.model, exif),
+                           .profile = storedProfile(*file, format.model, exif, points),
                            .orientation = readExifFacts(exif_).orientation,
                            .storedBitsPerPixel = static_cast<unsigned>(file->storedBitsPerPixel())});
         file_.hold(std::move(file));
     }
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
-        std::unique_ptr<LibraryReader> file = TRY(fileAtPixels());
-        if (file->lacksTransparency())
-            damage_->note({Reason::malformed, "the PNG picture is damaged: its transparency is lost"});
-        if (RowSourcePointer fast = openFastRows(*file, reader_, damage_))
-            return fast;
-        if (file->isInterlaced())
-            return RowSourcePointer(std::make_unique<InterlacedRows>(std::move(file), reader_));
-        return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file), damage_));
+        RowSourcePointer rows = TRY(storedRows());
+        return hdr_ ? rowsInSDR(std::move(rows), *hdr_) : std::move(rows);
     }
 
     Result<Bytes> exif() const override { return exif_; }
@@ -156,6 +177,17 @@ public:
     }
 
 private:
+    Result<RowSourcePointer> storedRows() const {
+        std::unique_ptr<LibraryReader> file = TRY(fileAtPixels());
+        if (file->lacksTransparency())
+            damage_->note({Reason::malformed, "the PNG picture is damaged: its transparency is lost"});
+        if (RowSourcePointer fast = openFastRows(*file, reader_, damage_))
+            return fast;
+        if (file->isInterlaced())
+            return RowSourcePointer(std::make_unique<InterlacedRows>(std::move(file), reader_));
+        return RowSourcePointer(std::make_unique<LibraryRows>(std::move(file), damage_));
+    }
+
     Result<std::unique_ptr<LibraryReader>> fileAtPixels() const {
         std::unique_ptr<LibraryReader> file = file_.take();
         if (file != nullptr)
@@ -170,6 +202,7 @@ private:
     const std::shared_ptr<const ByteReader> reader_;
     Bytes exif_; ///< after the pixels, only its orientation counts for how they are shown
     const Bytes colorTable_;
+    std::optional<HighRange> hdr_; ///< for pictures that are mapped to the ordinary range
     mutable HeldReader<LibraryReader> file_;
 };
 

@@ -1,8 +1,11 @@
+#include "platform/coregraphics/ToneMapping.h"
 #include "platform/host/BigEndian.h"
 #include "platform/imageio/png/fast/Chunk.h"
 #include "tests/platform/imageio/Decoded.h"
 #include "tests/platform/imageio/png/PNGFile.h"
 #include "tests/support/Pictures.h"
+
+#include <zlib.h>
 
 namespace kestrine::testing {
 
@@ -269,6 +272,43 @@ TEST(PNGDecoder, anEmbeddedProfileIsRead) {
     options.profile = &profile;
     const Bytes file = encodeSound(png::encode, makePhoto({4, 4}), options);
     EXPECT_EQ(decodeSound(png::codec, file).frame().profile, profile);
+}
+
+/// A photograph with the profile of Adobe RGB, and with a chunk after the header.
+Bytes fileWithChunk(const char* name, const Bytes& content) {
+    const ColorProfile profile = ColorProfile::adobeRGB();
+    Bytes chunk;
+    appendBigEndian(chunk, content.size(), 4);
+    chunk.insert(chunk.end(), name, name + 4);
+    chunk.insert(chunk.end(), content.begin(), content.end());
+    appendBigEndian(chunk, ::crc32(0, chunk.data() + 4, static_cast<uInt>(chunk.size() - 4)), 4);
+    Bytes file = encodeSound(png::encode, makePhoto({8, 8}), {.profile = &profile});
+    file.insert(file.begin() + 33, chunk.begin(), chunk.end());
+    return file;
+}
+
+TEST(PNGDecoder, codingPointsTakePrecedenceOverAProfile) {
+    constexpr std::uint8_t displayP3 = 12, bt709 = 1, sRGBCurve = 13, unspecified = 2;
+    const auto profileWith = [](const Bytes& points) {
+        return decodeSound(png::codec, fileWithChunk("cICP", points)).frame().profile;
+    };
+    EXPECT_EQ(profileWith({displayP3, sRGBCurve, 0, 1}),
+              profileOf({displayP3, sRGBCurve, 0, true}, ColorModel::rgb));
+    EXPECT_FALSE(profileWith({bt709, sRGBCurve, 0, 1}));
+    for (const Bytes& ignored : {Bytes{unspecified, unspecified, 0, 1}, Bytes{displayP3, sRGBCurve, 1, 1},
+                                 Bytes{displayP3, sRGBCurve, 0, 0}, Bytes{displayP3, sRGBCurve}})
+        EXPECT_EQ(profileWith(ignored), ColorProfile::adobeRGB());
+}
+
+TEST(PNGDecoder, aPictureOfHighRangeIsMappedToTheOrdinaryOne) {
+    constexpr std::uint8_t bt2020 = 9, pq = 16, hlg = 18;
+    for (const std::uint8_t transfer : {pq, hlg}) {
+        const Decoded decoded = decodeSound(png::codec, fileWithChunk("cICP", {bt2020, transfer, 0, 1}));
+        RowSourcePointer expected = rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({8, 8}))),
+                                              *highRangeOf({bt2020, transfer, 0, true}, 0));
+        EXPECT_TRUE(samePicture(decoded.pixels, *readAllRows(*expected)));
+        EXPECT_EQ(decoded.frame().profile, profileOf({bt2020, transfer, 0, true}, ColorModel::rgb));
+    }
 }
 
 TEST(PNGDecoder, aBrokenProfileIsIgnored) {

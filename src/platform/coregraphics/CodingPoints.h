@@ -7,7 +7,7 @@
 #include <array>
 #include <optional>
 
-namespace kestrine::heif {
+namespace kestrine {
 
 struct CodingPoints {
     std::uint16_t primaries = 2; ///< 2: not specified, as for the others
@@ -30,4 +30,4 @@ std::optional<ColorMatrix> matrixOf(const CodingPoints& points);
 /// because that is how such pictures are shown; PQ and HLG too, because their pixels are mapped to it.
 std::optional<ColorProfile> profileOf(const CodingPoints& points, ColorModel model);
 
-} // namespace kestrine::heif
+} // namespace kestrine

@@ -1,8 +1,8 @@
-#include "platform/imageio/heif/CodingPoints.h"
+#include "platform/coregraphics/CodingPoints.h"
 
 #include <gtest/gtest.h>
 
-namespace kestrine::heif {
+namespace kestrine {
 
 namespace {
 
@@ -90,4 +90,4 @@ TEST(CodingPoints, powersGiveAProfileOfTheirOwn) {
     EXPECT_EQ(*gray, *ColorProfile::fromGamma(1, sRGBChromaticities, ColorModel::gray));
 }
 
-} // namespace kestrine::heif
+} // namespace kestrine

@@ -1,8 +1,8 @@
-#include "platform/imageio/heif/CodingPoints.h"
+#include "platform/coregraphics/CodingPoints.h"
 
 #include <algorithm>
 
-namespace kestrine::heif {
+namespace kestrine {
 
 namespace {
 
@@ -119,4 +119,4 @@ std::optional<ColorProfile> profileOf(const CodingPoints& points, ColorModel mod
     return ColorProfile::fromSRGBCurve(primaries->colors, primaries->name);
 }
 
-} // namespace kestrine::heif
+} // namespace kestrine

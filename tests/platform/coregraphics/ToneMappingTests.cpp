@@ -1,11 +1,11 @@
-#include "platform/imageio/heif/ToneMapping.h"
+#include "platform/coregraphics/ToneMapping.h"
 
 #include "tests/support/Pictures.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 
-namespace kestrine::heif {
+namespace kestrine {
 
 namespace {
 
@@ -17,7 +17,7 @@ std::array<double, 3> mapped(HDRTransfer transfer, std::array<double, 3> stored,
     const PixelBuffer picture = makePicture(format, [&](unsigned, unsigned, std::size_t channel) {
         return static_cast<unsigned>(std::lround(stored[channel] * 65535));
     });
-    RowSourcePointer rows = rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(picture)), transfer, peak);
+    RowSourcePointer rows = rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {transfer, peak});
     const Result<PixelBuffer> result = readAllRows(*rows);
     EXPECT_TRUE(result);
     std::array<double, 3> samples{};
@@ -85,15 +85,27 @@ TEST(ToneMapping, coloursKeepTheirProportions) {
     EXPECT_EQ(pixel[2], 0);
 }
 
+TEST(ToneMapping, samplesOf8BitsAreMappedAsThoseOf16) {
+    for (const HDRTransfer transfer : {HDRTransfer::pq, HDRTransfer::hlg})
+        for (unsigned stored = 0; stored < 256; ++stored) {
+            const auto picture = std::make_shared<PixelBuffer>(
+                makePicture({.width = 1, .height = 1}, [stored](auto, auto, auto) { return stored; }));
+            RowSourcePointer rows = rowsInSDR(rowsOfPixels(picture), {transfer, usualPeak});
+            const Result<PixelBuffer> result = readAllRows(*rows);
+            ASSERT_TRUE(result);
+            EXPECT_NEAR(sampleAt(*result, 0, 0, 1), 255 * mappedGrey(transfer, stored / 255.0), 0.51);
+        }
+}
+
 TEST(ToneMapping, alphaStays) {
     const RowFormat format{.width = 1, .height = 1, .hasAlpha = true, .depth = SampleDepth::bits16};
     const PixelBuffer picture = makePicture(format, [](auto, auto, auto) { return 30000; });
     RowSourcePointer rows =
-        rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(picture)), HDRTransfer::hlg, usualPeak);
+        rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {HDRTransfer::hlg, usualPeak});
     const Result<PixelBuffer> result = readAllRows(*rows);
     ASSERT_TRUE(result);
     EXPECT_EQ(sampleAt(*result, 0, 0, 3), 30000u);
     EXPECT_NE(sampleAt(*result, 0, 0, 0), 30000u);
 }
 
-} // namespace kestrine::heif
+} // namespace kestrine

@@ -1,14 +1,15 @@
-#include "platform/imageio/heif/ToneMapping.h"
+#include "platform/coregraphics/ToneMapping.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
-namespace kestrine::heif {
+namespace kestrine {
 
 namespace {
 
-constexpr double white = 203; ///< of the result, cd/m2
+constexpr double whiteLight = 203; ///< of the result, cd/m2
 constexpr std::size_t codes = 65536;
 
 // SMPTE ST 2084.
@@ -35,7 +36,7 @@ double lightOfHLG(double stored) {
 
 /// ITU-R BT.2390, section 5.4.1: compresses light up to `peak` to `white`. Both in cd/m2.
 double compressed(double light, double peak) {
-    const double source = storedInPQ(peak), target = storedInPQ(white) / source;
+    const double source = storedInPQ(peak), target = storedInPQ(whiteLight) / source;
     const double knee = 1.5 * target - 0.5;
     const double stored = std::min(storedInPQ(light) / source, 1.0);
     if (stored <= knee)
@@ -43,7 +44,7 @@ double compressed(double light, double peak) {
     const double t = (stored - knee) / (1 - knee), t2 = t * t, t3 = t2 * t;
     const double mapped =
         (2 * t3 - 3 * t2 + 1) * knee + (t3 - 2 * t2 + t) * (1 - knee) + (-2 * t3 + 3 * t2) * target;
-    return std::min(lightOfPQ(mapped * source), white);
+    return std::min(lightOfPQ(mapped * source), whiteLight);
 }
 
 double storedInSRGB(double light) {
@@ -83,31 +84,41 @@ public:
         }
         system_ = tableOverRoots([](double brightness) { return std::pow(brightness, 0.2); });
         gain_ = tableOverRoots([peak](double light) {
-            return light == 0 ? peak / white : compressed(light * peak, peak) / (light * white);
+            return light == 0 ? peak / whiteLight : compressed(light * peak, peak) / (light * whiteLight);
         });
         stored_ = tableOverRoots([](double light) { return storedInSRGB(light) * (codes - 1) + 0.5; });
     }
 
     Result<void> readRow(std::span<std::uint8_t> row) override {
         TRY(input_->readRow(row));
-        auto* sample = reinterpret_cast<std::uint16_t*>(row.data());
-        const std::size_t colors = format().colorChannels();
-        for (std::uint32_t x = 0; x < format().width; ++x, sample += format().channels())
-            map(sample, colors);
+        if (format().depth == SampleDepth::bits8)
+            mapRow(row.data());
+        else
+            mapRow(reinterpret_cast<std::uint16_t*>(row.data()));
         return {};
     }
 
 private:
-    void map(std::uint16_t* sample, std::size_t colors) const {
+    template <class Sample>
+    void mapRow(Sample* sample) const {
+        const std::size_t colors = format().colorChannels();
+        for (std::uint32_t x = 0; x < format().width; ++x, sample += format().channels())
+            map(sample, colors);
+    }
+
+    template <class Sample>
+    void map(Sample* sample, std::size_t colors) const {
+        constexpr std::size_t step = (codes - 1) / std::numeric_limits<Sample>::max(); // between two samples
         float light[3];
         float largest = 0;
         for (std::size_t c = 0; c < colors; ++c)
-            largest = std::max(largest, light[c] = light_[sample[c]]);
+            largest = std::max(largest, light[c] = light_[sample[c] * step]);
         // HLG: from the light of the scene to that of the display.
         const float system = isHLG_ ? lookUp(system_, brightnessOf(light, colors)) : 1;
         const float scale = system * lookUp(gain_, largest * system);
         for (std::size_t c = 0; c < colors; ++c)
-            sample[c] = static_cast<std::uint16_t>(lookUp(stored_, light[c] * scale));
+            sample[c] = static_cast<Sample>(
+                (static_cast<std::size_t>(lookUp(stored_, light[c] * scale)) + step / 2) / step);
     }
 
     const RowSourcePointer input_;
@@ -120,8 +131,17 @@ private:
 
 } // namespace
 
-RowSourcePointer rowsInSDR(RowSourcePointer rows, HDRTransfer transfer, double peak) {
-    return std::make_unique<SDRRows>(std::move(rows), transfer, std::max(peak, white));
+std::optional<HighRange> highRangeOf(const CodingPoints& points, double brightestLight) {
+    constexpr std::uint16_t pq = 16, hlg = 18;
+    if (points.transfer == hlg)
+        return HighRange{HDRTransfer::hlg, usualPeak};
+    if (points.transfer != pq)
+        return std::nullopt;
+    return HighRange{HDRTransfer::pq, brightestLight > 0 ? brightestLight : usualPeak};
 }
 
-} // namespace kestrine::heif
+RowSourcePointer rowsInSDR(RowSourcePointer rows, const HighRange& range) {
+    return std::make_unique<SDRRows>(std::move(rows), range.transfer, std::max(range.peak, whiteLight));
+}
+
+} // namespace kestrine
