@@ -167,7 +167,8 @@ def starters(ours, racing, npm):
     """The commands that measure starting. Node and Python also load their library, as in every run."""
     commands = {"an empty process": ("/bin/true",)}
     commands.update({f"{one.name} -l": (one.quiet_tool, "-l") for one in ours})
-    known = {"vipsthumbnail": ("vipsthumbnail", "--vips-version"), "ImageMagick": ("mogrify-im6.q16", "-version"),
+    magick = next((one.program for one in racing if one.name == "ImageMagick"), "")
+    known = {"vipsthumbnail": ("vipsthumbnail", "--vips-version"), "ImageMagick": (magick, "-version"),
              "GraphicsMagick": ("gm", "version"), "Pillow": (sys.executable, "-c", "from PIL import Image"),
              "sharp": ("node", "-e", f"require('{npm}/node_modules/sharp')"),
              "@napi-rs/image": ("node", "-e", f"require('{npm}/node_modules/@napi-rs/image')")}

@@ -36,10 +36,15 @@ void restart(j_compress_ptr info) {
     output.manager.free_in_buffer = output.buffer.size();
 }
 
-/// The library cannot be told that writing failed, so that is remembered.
+/// The library cannot be told that writing failed, so that is remembered. No exception may pass through it.
 void flush(Output& output, std::size_t count) {
-    if (output.written)
+    if (!output.written)
+        return;
+    try {
         output.written = output.file->write(ByteView(output.buffer).first(count));
+    } catch (const std::bad_alloc&) {
+        output.written = Failure{Reason::outOfMemory, "not enough memory"};
+    }
 }
 
 boolean flushWhole(j_compress_ptr info) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
+#include <set>
 
 namespace kestrine::worker {
 namespace {
@@ -22,6 +23,9 @@ Recipe canvasRecipe() {
 OutputOrder anyOutput() {
     return {.type = FileType::gif,
             .quality = 0.7,
+            .isLossless = true,
+            .isProgressive = false, // unlike the fields before and after it, so that an exchange is seen
+            .effort = Effort::max,
             .ditherTransparency = true,
             .resolution = {300, 150},
             .profileModel = ColorModel::gray,
@@ -29,7 +33,7 @@ OutputOrder anyOutput() {
             .exif = {4, 5},
             .colorTable = {6, 7, 8},
             .keepsProfile = true,
-            .keepsExif = true,
+            .keepsExif = false,
             .exifSelection = ExifSelection::rights,
             .maxBytes = 200'000};
 }
@@ -44,8 +48,11 @@ std::vector<Request> requestsOfAllKinds() {
                                        ReadPixels{anyRecipe()},
                                        ForgetSource{}};
     std::vector<Request> requests;
-    for (const Order& order : orders)
-        requests.push_back({7, 1000, 2000, true, true, 3000, order});
+    for (const Order& order : orders) {
+        requests.push_back({7, 1000, 2000, true, false, 3000, order, 5});
+        requests.push_back({7, 1000, 2000, false, true, 3000, order, 5});
+    }
+    requests.push_back({.fileBytes = 1000, .order = AskFile{3}});
     return requests;
 }
 
@@ -69,6 +76,13 @@ Response responseWithFrame(const FrameDescription& frame) {
 /// Whether the parent accepts this frame from a worker.
 bool isAccepted(const FrameDescription& frame) {
     return responseIn(bytesOf(responseWithFrame(frame)), {}).has_value();
+}
+
+TEST(WorkerMessages, areTestedForEveryOrder) {
+    std::set<std::size_t> orders;
+    for (const Request& request : requestsOfAllKinds())
+        orders.insert(request.order.index());
+    EXPECT_EQ(orders.size(), std::variant_size_v<Order>);
 }
 
 TEST(WorkerMessages, carryEveryRequestUnchanged) {
