@@ -113,6 +113,8 @@ struct ImageCodec {
     /// Opens the files that open() refuses with reason "otherFormat", because the signature is not enough to
     /// tell them apart; else null.
     const ImageCodec* other = nullptr;
+    /// Whether ImageDecoder::contents() is always one picture, so that nobody needs to ask the decoder.
+    bool holdsOnePicture = false;
 };
 
 /// The codec that recognises the first bytes of the file; null if none does.

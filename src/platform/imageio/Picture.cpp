@@ -73,6 +73,8 @@ std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<
 }
 
 Result<FileContents> contentsOf(const std::shared_ptr<Source>& source) {
+    if (source->codec() != nullptr && source->codec()->holdsOnePicture)
+        return FileContents();
     const Bytes bytes = TRY(source->property({source, 0, {}}, PictureProperty::contents));
     if (const std::optional<FileContents> contents = contentsIn(bytes))
         return *contents;

@@ -191,8 +191,12 @@ Result<std::unique_ptr<ImageDecoder>> openDecoder(std::shared_ptr<const ByteRead
     return Decoder::open(std::move(reader), choice);
 }
 
-const ImageCodec codec = {"JPEG", recognises, [](std::shared_ptr<const ByteReader> reader) {
-                              return openDecoder(std::move(reader), DecoderChoice::ownFirst);
-                          }};
+const ImageCodec codec = {.name = "JPEG",
+                          .recognises = recognises,
+                          .open =
+                              [](std::shared_ptr<const ByteReader> reader) {
+                                  return openDecoder(std::move(reader), DecoderChoice::ownFirst);
+                              },
+                          .holdsOnePicture = true};
 
 } // namespace kestrine::jpeg

@@ -108,6 +108,10 @@ void expectTheSameOf(const Bytes& file) {
         EXPECT_EQ(textOf(elsewhere.failure()), textOf(here.failure()));
         return;
     }
+    const Result<FileContents> contents = contentsOf(*here);
+    ASSERT_TRUE(contents);
+    EXPECT_EQ(contentOf((*here)->property({*here, 0, {}}, PictureProperty::contents)),
+              contentOf(Result<Bytes>(bytesOf(*contents))));
     ASSERT_EQ((*elsewhere)->frames().size(), (*here)->frames().size());
     for (std::size_t frame = 0; frame < (*here)->frames().size(); ++frame)
         expectTheSameOfFrame(*here, *elsewhere, frame);
