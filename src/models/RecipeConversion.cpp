@@ -3,6 +3,7 @@
 #include "_MyClasses/Category/ImageUtility.h"
 #include "_MyClasses/Class/ExifTag/ExifOrientation.h"
 #include "platform/host/FailureCollector.h"
+#include "platform/imageio/exif/Orientation.h"
 
 #include <algorithm>
 
@@ -40,20 +41,6 @@ ImagePointer imageOf(Picture picture) {
     return imageOf(std::move(picture), points);
 }
 
-/// The steps that show a picture with an EXIF orientation, 1 to 8, upright.
-std::vector<PictureStep> uprightSteps(int orientation) {
-    constexpr auto clockwise = QuarterTurn::clockwise, counterclockwise = QuarterTurn::counterclockwise;
-    const std::vector<PictureStep> steps[] = {{},
-                                              {Mirror{}},
-                                              {clockwise, clockwise},
-                                              {Mirror{}, clockwise, clockwise},
-                                              {Mirror{}, counterclockwise},
-                                              {clockwise},
-                                              {Mirror{}, clockwise},
-                                              {counterclockwise}};
-    return steps[orientation - 1];
-}
-
 ImagePointer turnedUpright(const ImagePointer& image, const PictureFile& file, UprightRule rule) {
     if (rule == UprightRule::narrow)
         return turnedByNarrowRule(image, file);
@@ -61,11 +48,12 @@ ImagePointer turnedUpright(const ImagePointer& image, const PictureFile& file, U
     const int orientation = bitmap == nullptr ? 1 : bitmap->picture().description().orientation;
     if (rule == UprightRule::never || orientation == 1)
         return image;
-    Picture picture = bitmap->picture();
-    for (const PictureStep& step : uprightSteps(orientation))
-        picture = picture.with(step);
+    const UprightTurn turn = uprightTurnFor(orientation);
+    Picture picture = turn.isMirrored ? bitmap->picture().with(Mirror{}) : bitmap->picture();
+    for (int i = 0; i < turn.quarterTurns; ++i)
+        picture = picture.with(QuarterTurn::clockwise);
     const NSSize size = image->size();
-    return imageOf(std::move(picture), orientation > 4 ? NSSize{size.height, size.width} : size);
+    return imageOf(std::move(picture), turn.exchangesSides() ? NSSize{size.height, size.width} : size);
 }
 
 /// Applies a size rule to an image.

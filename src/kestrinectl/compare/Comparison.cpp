@@ -7,6 +7,7 @@
 #include "kestrinectl/text/ShownPath.h"
 #include "models/ResizeJob.h"
 #include "platform/imageio/PictureEngine.h"
+#include "platform/imageio/exif/Orientation.h"
 
 #include <algorithm>
 
@@ -82,7 +83,7 @@ private:
         comparison_.format = (*source)->codec()->name;
         comparison_.width = picture.format.width;
         comparison_.height = picture.format.height;
-        if (picture.orientation > 4) // width and height are exchanged
+        if (uprightTurnFor(picture.orientation).exchangesSides())
             std::swap(comparison_.width, comparison_.height);
         comparison_.bytes = file_->size();
     }

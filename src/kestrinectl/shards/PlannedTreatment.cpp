@@ -69,6 +69,8 @@ std::string treatmentAsText(const CLI::App& command, const ResizeSets& sets) {
 PlannedTreatment treatmentFromText(const std::string& text, const std::string& plan) {
     try {
         return treatmentOf(json::parse(text));
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& error) {
         throw CommandError("the plan " + plan
                            + " has options that this version of kestrinectl does not "

@@ -7,6 +7,7 @@
 #include "platform/imageio/PartReader.h"
 #include "platform/imageio/WholePicture.h"
 #include "platform/imageio/exif/ExifFacts.h"
+#include "platform/imageio/exif/Orientation.h"
 #include "platform/imageio/raw/Development.h"
 #include "platform/imageio/raw/Header.h"
 #include "platform/imageio/tiff/Library.h"
@@ -22,18 +23,6 @@ namespace {
 
 using DecoderPointer = std::unique_ptr<ImageDecoder>;
 
-/// How a picture with an EXIF orientation becomes upright: first mirrored, then turned clockwise.
-struct Placement {
-    bool isMirrored = false;
-    int quarterTurns = 0;
-};
-
-Placement placementOf(int orientation) {
-    constexpr Placement placements[] = {{false, 0}, {true, 0},  {false, 2}, {true, 2},
-                                        {true, 3},  {false, 1}, {true, 1},  {false, 3}};
-    return placements[orientation - 1];
-}
-
 /// A picture as the sensor lay becomes one that is upright.
 class UprightDecoder : public ImageDecoder {
 public:
@@ -42,23 +31,23 @@ public:
 
 protected:
     UprightDecoder(FrameDescription frame, int orientation, Bytes exif)
-        : placement_(placementOf(orientation)), exif_(uprightExif(std::move(exif))) {
-        frame.quarterTurns = placement_.quarterTurns;
+        : turn_(uprightTurnFor(orientation)), exif_(uprightExif(std::move(exif))) {
+        frame.quarterTurns = turn_.quarterTurns;
         frame.orientation = 1;
         frame.resolution = readExifFacts(exif_).resolution.value_or(Resolution{});
-        if (placement_.isMirrored)
+        if (turn_.isMirrored)
             frame.maxHalvings = 0; // the pixels of the reduced picture would begin at the other edge
-        if (frame.quarterTurns % 2 != 0)
+        if (turn_.exchangesSides())
             std::swap(frame.format.width, frame.format.height);
         frames_.push_back(std::move(frame));
     }
 
     RowSourcePointer placed(RowSourcePointer rows) const {
-        return placement_.isMirrored ? mirroredRows(std::move(rows)) : std::move(rows);
+        return turn_.isMirrored ? mirroredRows(std::move(rows)) : std::move(rows);
     }
 
 private:
-    const Placement placement_;
+    const UprightTurn turn_;
     const Bytes exif_;
 };
 
@@ -134,7 +123,7 @@ DecoderPointer largestPreview(const std::shared_ptr<const ByteReader>& reader, c
 /// has turned it already.
 bool isUprightAlready(Sides preview, Sides sensor, int orientation) {
     const bool stands = preview.height > preview.width, sensorStands = sensor.height > sensor.width;
-    return stands != sensorStands && placementOf(orientation).quarterTurns % 2 != 0;
+    return stands != sensorStands && uprightTurnFor(orientation).exchangesSides();
 }
 
 DecoderPointer shown(DecoderPointer preview, const Header& header, Sides sensor) {
