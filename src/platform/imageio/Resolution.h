@@ -3,6 +3,9 @@
 
 namespace kestrine {
 
+inline constexpr double centimetresPerInch = 2.54;
+inline constexpr double metresPerInch = 0.0254;
+
 /// The resolution along the two axes, in pixels per inch. Without a usable value in the file it is 72.
 struct Resolution {
     double horizontal = 72;

@@ -4,6 +4,7 @@
 #include "_MyClasses/Class/ExifTag/TagMessage.h"
 #include "platform/foundation/NSException.h"
 #include "platform/imageio/exif/CarriedExif.h"
+#include "platform/imageio/exif/ExifSegment.h"
 
 #include <algorithm>
 #include <array>
@@ -48,11 +49,11 @@ Result<FoundBlock> blockOf(const std::shared_ptr<const ByteReader>& file) {
 
 /// The block as the only content of a JPEG file.
 Bytes jpegAround(const Bytes& block) {
-    const std::size_t length = block.size() + 8; // with the length itself and the identifier
+    const std::size_t length = 2 + exifSegmentMark.size() + block.size(); // with the length itself
     Bytes file = {
         0xff, 0xd8, 0xff, 0xe1, static_cast<std::uint8_t>(length >> 8), static_cast<std::uint8_t>(length)};
-    for (const char c : {'E', 'x', 'i', 'f', '\0', '\0'})
-        file.push_back(static_cast<std::uint8_t>(c));
+    for (const char byte : exifSegmentMark)
+        file.push_back(static_cast<std::uint8_t>(byte));
     file.insert(file.end(), block.begin(), block.end());
     return file;
 }

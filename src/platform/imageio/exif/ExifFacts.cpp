@@ -16,7 +16,6 @@ constexpr std::array<std::uint16_t, 4> originTags{exiftag::make, exiftag::model,
                                                   exiftag::copyright};
 constexpr double unitNone = 1;
 constexpr double unitCentimetre = 3;
-constexpr double centimetresAnInch = 2.54;
 constexpr double adobeRGB = 2;
 constexpr double uncalibrated = 0xffff;
 
@@ -26,7 +25,7 @@ std::optional<Resolution> resolutionOf(const ExifDirectories& source, const Exif
     const double unit = source.number(main, exiftag::resolutionUnit).value_or(2);
     if (unit == unitNone || (!horizontal && !vertical))
         return std::nullopt;
-    const double toInches = unit == unitCentimetre ? centimetresAnInch : 1;
+    const double toInches = unit == unitCentimetre ? centimetresPerInch : 1;
     return plausibleResolution(horizontal.value_or(0) * toInches, vertical.value_or(0) * toInches);
 }
 

@@ -4,6 +4,7 @@
 #include "platform/imageio/FallbackRows.h"
 #include "platform/imageio/HeldReader.h"
 #include "platform/imageio/exif/ExifFacts.h"
+#include "platform/imageio/exif/ExifSegment.h"
 #include "platform/imageio/jpeg/LibraryRows.h"
 #ifdef KESTRINE_OWN_JPEG_DECODER
 #include "platform/imageio/jpeg/own/OwnRows.h"
@@ -26,7 +27,6 @@ constexpr std::uint64_t maxCoefficientBytesPerByte = 128 * 8;
 
 constexpr int exifSegment = 1;
 constexpr int profileSegment = 2;
-constexpr std::string_view exifSignature{"Exif\0\0", 6};
 constexpr std::size_t maxExifBytes = 1 << 20;
 
 bool beginsBlock(ByteView exif) {
@@ -130,10 +130,9 @@ private:
     void readExif(const jpeg_decompress_struct& info) {
         for (const jpeg_marker_struct* marker = info.marker_list; marker != nullptr; marker = marker->next) {
             const ByteView data(marker->data, marker->data_length);
-            if (marker->marker != JPEG_APP0 + exifSegment || data.size() <= exifSignature.size()
-                || std::memcmp(data.data(), exifSignature.data(), exifSignature.size()) != 0)
+            if (marker->marker != JPEG_APP0 + exifSegment || !hasExifSegmentMark(data))
                 continue;
-            const ByteView block = data.subspan(exifSignature.size());
+            const ByteView block = data.subspan(exifSegmentMark.size());
             if (!exif_.empty() && (beginsBlock(block) || exif_.size() + block.size() > maxExifBytes))
                 return;
             exif_.insert(exif_.end(), block.begin(), block.end());
@@ -141,7 +140,6 @@ private:
     }
 
     static Resolution resolutionOf(const jpeg_decompress_struct& info, const ExifFacts& facts) {
-        constexpr double centimetresPerInch = 2.54;
         if (info.saw_JFIF_marker && info.density_unit == 1)
             return plausibleResolution(info.X_density, info.Y_density);
         if (info.saw_JFIF_marker && info.density_unit == 2)

@@ -2,6 +2,7 @@
 // the picture.
 
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/exif/ExifSegment.h"
 #include "platform/imageio/jpeg/Library.h"
 
 #include <algorithm>
@@ -124,10 +125,9 @@ private:
 
     void writeMetadata() {
         if (!options_.exif.empty()) {
-            constexpr std::array<std::uint8_t, 6> signature = {'E', 'x', 'i', 'f', 0, 0};
-            const auto length = static_cast<unsigned>(signature.size() + options_.exif.size());
+            const auto length = static_cast<unsigned>(exifSegmentMark.size() + options_.exif.size());
             jpeg_write_m_header(&info_, JPEG_APP0 + 1, length);
-            for (const std::uint8_t byte : signature)
+            for (const char byte : exifSegmentMark)
                 jpeg_write_m_byte(&info_, byte);
             for (const std::uint8_t byte : options_.exif)
                 jpeg_write_m_byte(&info_, byte);

@@ -29,10 +29,9 @@ constexpr std::string_view exifName = "eXIf", animationName = "acTL";
 
 /// Pixels per metre are stored as a rounded whole number: 2835 stands for 72 pixels per inch, not for 72.009.
 double perInch(std::uint32_t perMeter) {
-    constexpr double metersPerInch = 0.0254;
-    const double exact = perMeter * metersPerInch;
+    const double exact = perMeter * metresPerInch;
     const double whole = std::round(exact);
-    return std::llround(whole / metersPerInch) == perMeter ? whole : exact;
+    return std::llround(whole / metresPerInch) == perMeter ? whole : exact;
 }
 
 std::optional<Resolution> storedResolution(const LibraryReader& file) {

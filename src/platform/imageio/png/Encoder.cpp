@@ -41,8 +41,7 @@ struct Output {
 };
 
 png_uint_32 perMeter(double perInch) {
-    constexpr double metersPerInch = 0.0254;
-    return static_cast<png_uint_32>(std::lround(perInch / metersPerInch));
+    return static_cast<png_uint_32>(std::lround(perInch / metresPerInch));
 }
 
 int colorType(const RowFormat& format) {

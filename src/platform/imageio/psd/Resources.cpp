@@ -1,9 +1,7 @@
 #include "platform/imageio/psd/Resources.h"
 
+#include "platform/imageio/exif/ExifSegment.h"
 #include "platform/imageio/psd/Fields.h"
-
-#include <algorithm>
-#include <string_view>
 
 namespace kestrine::psd {
 
@@ -32,14 +30,6 @@ Resolution resolutionIn(ByteView content) {
     return plausibleResolution(value(0), value(vertical));
 }
 
-Bytes exifIn(Bytes content) {
-    constexpr std::string_view segmentMark("Exif\0\0", 6);
-    if (content.size() >= segmentMark.size()
-        && std::equal(segmentMark.begin(), segmentMark.end(), content.begin()))
-        content.erase(content.begin(), content.begin() + segmentMark.size());
-    return content;
-}
-
 void take(std::uint64_t identifier, Bytes content, Resources& resources) {
     switch (identifier) {
     case resolutionInfo:
@@ -56,7 +46,7 @@ void take(std::uint64_t identifier, Bytes content, Resources& resources) {
         resources.hasMergedPicture = content.size() < 5 || content[4] != 0;
         break;
     case exifData:
-        resources.exif = exifIn(std::move(content));
+        resources.exif = withoutExifSegmentMark(std::move(content));
         break;
     default:
         break;

@@ -158,7 +158,7 @@ Resolution storedResolution(const File& file) {
     case RESUNIT_INCH:
         return plausibleResolution(horizontal, vertical);
     case RESUNIT_CENTIMETER:
-        return plausibleResolution(horizontal * 2.54, vertical * 2.54);
+        return plausibleResolution(horizontal * centimetresPerInch, vertical * centimetresPerInch);
     default:
         return {};
     }

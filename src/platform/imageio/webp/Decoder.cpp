@@ -4,6 +4,7 @@
 #include "platform/imageio/Codecs.h"
 #include "platform/imageio/WholePicture.h"
 #include "platform/imageio/exif/ExifFacts.h"
+#include "platform/imageio/exif/ExifSegment.h"
 #include "platform/imageio/webp/StreamedRows.h"
 
 #include <algorithm>
@@ -109,16 +110,6 @@ private:
     bool hasFrame_ = false;
 };
 
-/// The EXIF chunk from the TIFF header on. Some writers put the signature of a JPEG segment before it.
-Bytes exifBlock(const File& file) {
-    constexpr std::string_view segmentMark("Exif\0\0", 6);
-    Bytes block = file.chunk("EXIF");
-    if (block.size() >= segmentMark.size()
-        && std::equal(segmentMark.begin(), segmentMark.end(), block.begin()))
-        block.erase(block.begin(), block.begin() + segmentMark.size());
-    return block;
-}
-
 std::optional<ColorProfile> storedProfile(const File& file, const ExifFacts& exif) {
     const Bytes icc = file.chunk("ICCP");
     if (std::optional<ColorProfile> profile = ColorProfile::fromICC(icc, ColorModel::rgb))
@@ -129,7 +120,7 @@ std::optional<ColorProfile> storedProfile(const File& file, const ExifFacts& exi
 class Decoder final : public ImageDecoder {
 public:
     Decoder(const Functions& library, std::shared_ptr<const Bytes> bytes, const File& file)
-        : library_(library), bytes_(std::move(bytes)), exif_(exifBlock(file)),
+        : library_(library), bytes_(std::move(bytes)), exif_(withoutExifSegmentMark(file.chunk("EXIF"))),
           frameCount_(file.frameCount()) {
         const ExifFacts facts = readExifFacts(exif_);
         const RowFormat format = file.format();
