@@ -40,8 +40,8 @@ TrashPlace trashPlaceOf(const std::string& folder) {
     const Result<std::string> top = topFolderOf(path);
     if (!top)
         return impossible("the file system of the folder cannot be determined");
-    return {true, "originals go to the trash of the file system at " + shownPath(*top)
-                      + ", or else as copies to " + shownPath(homeTrash)};
+    const std::string otherwise = homeTrash.empty() ? "" : ", or else as copies to " + shownPath(homeTrash);
+    return {true, "originals go to the trash of the file system at " + shownPath(*top) + otherwise};
 }
 
 } // namespace kestrine
