@@ -35,10 +35,10 @@ MadeResult valueOrNothing(Result<MadeResult> made) {
 std::optional<PlannedResult> JobConversion::planned(const ConversionRecipe& recipe) {
     const FailureCollector ignored; // converting it will report the reason
     PlannedResult plan = plannedResult(recipe, file_, imageFor(recipe));
-    if (plan.image == nullptr || isRepeated(recipe, plan))
+    if (plan.image == nullptr)
         return std::nullopt;
     useFileIfItFits(recipe, plan, imageFor(recipe).get());
-    return plan;
+    return isRepeated(recipe, plan) ? std::nullopt : std::optional(std::move(plan));
 }
 
 MadeResult JobConversion::convert(const ConversionRecipe& recipe, const OptionalString& folder,
@@ -50,8 +50,6 @@ MadeResult JobConversion::convert(const ConversionRecipe& recipe, const Optional
     const FailureCollector collector;
     const std::shared_ptr<NSImage> image = imageFor(recipe);
     noteHostility(collector);
-    if (image != nullptr && !mayApply(outcome))
-        return {};
     const bool mayLoad = image != nullptr || job_.content == nullptr; // a path is tried again
     if (!hostility_ && mayLoad)
         plan = plannedResult(recipe, file_, image);
@@ -59,11 +57,13 @@ MadeResult JobConversion::convert(const ConversionRecipe& recipe, const Optional
     outcome.width = plan.width;
     outcome.height = plan.height;
     outcome.isLeftLying = plan.isLeftLying;
+    if (!hostility_)
+        useFileIfItFits(recipe, plan, image.get());
+    if (image != nullptr && !plan.fitsAlready && !mayApply(outcome))
+        return {};
     outcome.isRepeated = isRepeated(recipe, plan);
     if (outcome.isRepeated)
         return {};
-    if (!hostility_)
-        useFileIfItFits(recipe, plan, image.get());
     if (plan.fitsAlready) {
         outcome.fitsAlready = true;
         outcome.width = plan.width;
@@ -122,11 +122,13 @@ MadeResult JobConversion::digested(MadeResult made) const {
     return made;
 }
 
-/// Whether several sizes of one recipe became equal because pictures are not enlarged.
+/// Whether several sizes of one recipe became equal because pictures are not enlarged, or because the file
+/// itself is the result.
 bool JobConversion::isRepeated(const ConversionRecipe& recipe, const PlannedResult& plan) {
     ConversionRecipe sizeless = recipe;
     sizeless.size = Unscaled{};
-    if (recipe.enlarges || plan.image == nullptr || !std::holds_alternative<PixelSize>(recipe.size))
+    const bool mayBeEqual = !recipe.enlarges || plan.fitsAlready;
+    if (!mayBeEqual || plan.image == nullptr || !std::holds_alternative<PixelSize>(recipe.size))
         return false;
     const Made made{std::move(sizeless), plan.width, plan.height};
     if (std::ranges::find(made_, made) != made_.end())

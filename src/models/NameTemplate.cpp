@@ -117,6 +117,10 @@ std::string NameTemplate::nameFor(const NameFacts& facts) const {
         std::ranges::replace(value, '/', '_');
         path += value;
     }
+    return pathInside(path);
+}
+
+std::string pathInside(const std::string& path) {
     std::string result;
     for (std::string& part : partsOf(path)) {
         if (isNoName(part))

@@ -229,7 +229,8 @@ bool writeResult(int result, const PlannedResult& plan, const ConversionRecipe& 
 NSString resultName(const NSString& path, const OutputFormat* format, bool keepsExtension) {
     const NSString stem = path.lastPathComponent().deletingPathExtension();
     const NSString extension = path.pathExtension();
-    const bool isUpperCase = extension == extension.uppercased();
+    const bool hasCase = extension.lowercased() != extension.uppercased(); // unlike "001" and none
+    const bool isUpperCase = extension == extension.uppercased() && (hasCase || !keepsExtension);
     if (format == nullptr || (keepsExtension && hasExtension(*format, extension.utf8())))
         return stem.appendingPathExtension(extension);
     const NSString chosen = NSString::fromUTF8(format->extension);

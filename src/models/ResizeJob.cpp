@@ -9,8 +9,12 @@ namespace kestrine {
 
 namespace {
 
-bool dependsOnPicture(const ConversionRecipe& recipe, bool isReplacing) {
-    return recipe.format.choice == FormatRule::Choice::ofSource || (isReplacing && recipe.copiesFitting)
+/// Whether the picture decides about the name or the existence of a result. Of several sizes, those that do
+/// not enlarge may be equal, and so may copies.
+bool dependsOnPicture(const ConversionRecipe& recipe, const ResizeJob& job) {
+    const bool mayBeRepeated = job.recipes.size() > 1 && (!recipe.enlarges || recipe.copiesFitting);
+    return mayBeRepeated || recipe.format.choice == FormatRule::Choice::ofSource
+           || (job.replacesFile() && recipe.copiesFitting)
            || (recipe.place.name && recipe.place.name->dependsOnPicture());
 }
 
@@ -52,7 +56,7 @@ public:
     WantedResult wanted(const ConversionRecipe& recipe) {
         const OptionalString folder = outputFolder(recipe);
         PlannedResult plan{.format = namedFormat(recipe.format)};
-        if (dependsOnPicture(recipe, job_.replacesFile())) {
+        if (dependsOnPicture(recipe, job_)) {
             std::optional<PlannedResult> found = conversion_.planned(recipe);
             if (!found)
                 return {};

@@ -838,6 +838,65 @@ class DryRun(ConvertByOptions):
         self.assertIn(b"b.png: the file is in no picture format", done.stderr)
 
 
+class ResultsOfARun(ConvertByOptions):
+    def test_a_tree_that_contains_the_path_of_its_own_root_keeps_its_folders(self):
+        inner = self.folder / "tree" / str(self.folder / "tree")[1:] / "deep"
+        inner.mkdir(parents=True)
+        shutil.copy(self.folder / "a.png", inner / "p.png")
+        relative = inner.relative_to(self.folder / "tree")
+        self.convert("-r", "--percent", "50", "--out", "out", "tree")
+        self.assertTrue((self.folder / "out" / relative / "p.png").exists())
+        self.convert("-r", "--percent", "50", "--name", "small/{stem}.{ext}", "tree")
+        self.assertTrue((inner / "small/p.png").exists())
+
+    def test_results_of_a_run_are_not_its_sources(self):
+        for name in ("a", "b"):
+            (self.folder / name).mkdir()
+        for number in range(400):
+            shutil.copy(self.folder / "a.png", self.folder / f"a/{number:03}.png")
+        shutil.copy(self.folder / "a.png", self.folder / "b/zz.png")
+        self.convert("--longest", "5", "--out", "b", "a", "b")
+        self.assertEqual(len(self.names("b")), 402)
+        (self.folder / "b/out").mkdir()
+        self.convert("--all-folders", "--longest", "5", "--out", "b/out", "b")
+        self.assertEqual(sum(1 for path in (self.folder / "b/out").rglob("*") if path.is_file()), 402)
+
+    def test_sizes_that_become_equal_have_one_name_in_a_dry_run_too(self):
+        shutil.copy(self.folder / "a.png", self.folder / "a2.png")
+        options = ("--longest", "4800,9600", "--no-enlarge", "--format", "jpeg", "--name", "x.{ext}", "--out", "out", "a.png", "a2.png")
+        dry = self.convert("--dry-run", *options).stdout
+        self.assertEqual(self.convert(*options).stdout, dry)
+        self.assertEqual(self.names("out"), [b"x.jpg", b"x_1.jpg"])
+
+    def test_a_copy_is_made_once_and_has_everything(self):
+        pictures.image(pictures.photo(60, 40)).save(self.folder / "plain.jpg")
+        options = ("--longest", "30,400,600", "--skip-fitting", "--out", "out", "plain.jpg")
+        dry = self.convert("--dry-run", *options).stdout
+        self.assertEqual(self.convert(*options).stdout, dry)
+        self.assertEqual(self.names("out"), [b"plain-30.jpg", b"plain-60.jpg"])
+        frames = [pictures.image(pictures.photo(60, 40, seed=seed)) for seed in (1, 2)]
+        frames[0].save(self.folder / "moving.gif", save_all=True, append_images=frames[1:])
+        self.convert("--longest", "500", "--metadata", "all", "--skip-fitting", "--out", "out", "moving.gif")
+        before = (self.folder / "moving.gif").read_bytes()
+        self.assertEqual((self.folder / "out/moving.gif").read_bytes(), before)
+        for dry in (["--dry-run"], []):  # what fits is left where it is, whatever it holds
+            self.convert("--longest", "500", "--metadata", "all", "--skip-fitting", "--replace", *dry, "moving.gif")
+        self.assertEqual((self.folder / "moving.gif").read_bytes(), before)
+
+    def test_sets_with_any_name_stay_below_the_folder_for_results(self):
+        self.store({"name": "..", "formatType": PNG}, {"name": "../../up", "formatType": PNG})
+        for number, name in ((1, "__"), (2, "__/__/up")):
+            self.convert("--set", f"@{number}", "--out", "out/in", "a.png")
+            self.assertTrue((self.folder / "out/in" / name / "a.png").exists())
+        self.assertEqual(self.names("out"), [b"in"])
+
+    def test_extensions_are_in_upper_case_only_where_those_of_the_sources_are(self):
+        for source, result in (("scan", "scan.jpg"), ("scan.001", "scan_1.jpg"), ("B.PNG", "B.JPG")):
+            shutil.copy(self.folder / "a.png", self.folder / source)
+            self.convert("--format", "jpeg", "--out", "out", source)
+            self.assertTrue((self.folder / "out" / result).exists(), self.names("out"))
+
+
 class Streams(ConvertByOptions):
     def stream(self, *arguments, content=None, status=0):
         """What the command writes to standard output, and its messages."""

@@ -282,6 +282,22 @@ bool globMatches(const std::string& glob, const std::string& path) {
     return ::fnmatch(glob.c_str(), subject.c_str(), 0) == 0;
 }
 
+bool mayFindOwnResults(const std::vector<std::string>& arguments, const ConvertSearch& search) {
+    if (search.allFolders)
+        return true;
+    if (arguments.size() == 1 && !search.recursive)
+        return false;
+    const OutputFolders results(search, arguments);
+    const fs::path out = search.outFolder.empty() ? fs::path() : canonicalPath(search.outFolder);
+    return std::ranges::any_of(arguments, [&](const std::string& argument) {
+        const fs::path folder = canonicalPath(argument);
+        const bool isInside = !out.empty() && std::ranges::mismatch(out, folder).in1 == out.end();
+        std::error_code ignored;
+        return (isInside || results.contain(withoutTrailingSeparator(argument)))
+               && fs::is_directory(argument, ignored);
+    });
+}
+
 void findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search,
                 InputReceiver& receiver) {
     Finder finder(arguments, search, receiver);

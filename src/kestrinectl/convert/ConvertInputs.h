@@ -50,6 +50,10 @@ public:
 /// "?" match slashes as well.
 bool globMatches(const std::string& glob, const std::string& path);
 
+/// Whether a search that goes on while results are made may come to folders that get some of them. Within one
+/// folder it does not, since that is read at once.
+bool mayFindOwnResults(const std::vector<std::string>& arguments, const ConvertSearch& search);
+
 /// Finds every file argument, even if it is not a picture, and each file once. Searches every folder argument
 /// and finds its pictures, recognised by content, sorted by name. Ignores hidden files and does not follow
 /// links to folders. Ends early after a stop signal. Of a folder, it holds no more than the names in memory.

@@ -76,10 +76,11 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const Conversi
         result.status = ConvertStatus::skipped;
         result.reason = reasonOfFitting;
     }
-    if (outcome.isWritten && outcome.format != nullptr && losesWantedExif(recipe, *outcome.format))
+    const bool isMade = !outcome.fitsAlready; // a copy has everything
+    if (outcome.isWritten && isMade && outcome.format != nullptr && losesWantedExif(recipe, *outcome.format))
         result.warn("the result has no EXIF data, since it is " + std::string(outcome.format->title)
                     + "; all other formats keep them");
-    if (const auto omission = omissionIn(outcome.contents); omission && outcome.hasResult())
+    if (const auto omission = omissionIn(outcome.contents); omission && isMade && outcome.hasResult())
         result.warn(*omission);
     if (outcome.hasResult() && outcome.damage)
         result.warn("the picture is damaged (" + outcome.damage->text

@@ -36,6 +36,11 @@ bool InputQueue::searchIfShort() {
     return true;
 }
 
+void InputQueue::searchFirst() {
+    isUnlimited_ = true;
+    search();
+}
+
 void InputQueue::searchOnThread() {
     thread_ = std::jthread([this] { search(); });
 }
@@ -105,7 +110,7 @@ void InputQueue::endIfClosed() const {
 
 void InputQueue::add(Item item) {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return items_.size() < maxWaiting || isClosed_; });
+    changed_.wait(lock, [this] { return items_.size() < maxWaiting || isUnlimited_ || isClosed_; });
     endIfClosed();
     items_.push_back(std::move(item));
     changed_.notify_all();

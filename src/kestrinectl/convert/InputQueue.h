@@ -27,6 +27,8 @@ public:
 
     /// If the arguments are a few files, searches them at once and returns true.
     bool searchIfShort();
+    /// Searches to the end before anything is taken, whatever memory that needs.
+    void searchFirst();
     /// Begins the search on a thread of its own.
     void searchOnThread();
 
@@ -60,6 +62,7 @@ private:
     std::condition_variable changed_;
     std::deque<Item> items_;
     Found found_;
+    bool isUnlimited_ = false;     ///< no search waits until items are taken
     bool isClosed_ = false;        ///< nobody takes items any more
     std::exception_ptr exception_; ///< what ended the search
     std::jthread thread_;

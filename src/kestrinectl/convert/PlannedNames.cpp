@@ -46,11 +46,12 @@ Result<void> checkName(const std::string& path) {
 }
 
 WantedNames wantedBy(const ResizeJob& job, Openings openings) {
-    WantedNames wanted;
-    if (openings == Openings::all)
+    WantedNames wanted{.results = wantedResults(job), .complaint = {}};
+    const bool fits = std::ranges::any_of(wanted.results, &WantedResult::fitsAlready);
+    if (openings == Openings::all && !fits)
         wanted.complaint = complaintOf(job);
-    if (!wanted.complaint)
-        wanted.results = wantedResults(job);
+    if (wanted.complaint)
+        wanted.results.clear();
     return wanted;
 }
 

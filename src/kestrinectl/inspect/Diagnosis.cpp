@@ -4,6 +4,7 @@
 #include "kestrinectl/sets/PresetStore.h"
 #include "kestrinectl/sets/SetNameRules.h"
 #include "kestrinectl/text/JSONText.h"
+#include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownNumbers.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "kestrinectl/text/Words.h"
