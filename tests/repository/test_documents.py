@@ -79,7 +79,7 @@ class Formats(unittest.TestCase):
     def test_everything_that_is_read_is_named_where_users_look(self):
         names = set()
         for decoder in sorted((ROOT / "src/platform/imageio").glob("*/Decoder.cpp")):
-            codecs = re.findall(r'^const ImageCodec \w+(?: = )?\{"([^"]+)"', decoder.read_text(), re.MULTILINE)
+            codecs = re.findall(r'^const ImageCodec \w+(?: = )?\{(?:\.name = )?"([^"]+)"', decoder.read_text(), re.MULTILINE)
             self.assertNotEqual(codecs, [], decoder)
             names.update(codecs)
         for document in ("README.md", "share/man/man1/kestrine.1", "debian/control"):
