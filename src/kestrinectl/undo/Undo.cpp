@@ -5,6 +5,7 @@
 #include "platform/host/files/PathParts.h"
 #include "platform/host/files/RemoveUnchanged.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace kestrine {
@@ -25,6 +26,32 @@ Result<bool> isOriginal(const ReplacedFile& file, const std::string& path) {
     if (mark->device == file.mark.device && mark->inode == file.mark.inode)
         return true;
     return TRY(digestOfFile(path)) != file.content; // a copy from another file system, not the result
+}
+
+/// The temporary name under which undo examines the result. It follows from the recorded one, so that the
+/// next undo knows it if this one is killed.
+std::string asideName(const ReplacedFile& file) {
+    constexpr std::size_t dot = 1, digits = 16;
+    std::string name = nameOf(file.hidden); // as temporaryName() makes it
+    if (name.size() < dot + digits)
+        return temporaryName();
+    const auto first = name.begin() + dot;
+    std::rotate(first, first + digits / 2, first + digits);
+    return name;
+}
+
+Result<bool> removeResult(const ReplacedFile& file) {
+    return removeIfContentIs(file.result, file.content, asideName(file));
+}
+
+/// What a run or an undo that was killed has left.
+void removeLeftovers(const ReplacedFile& file) {
+    if (file.hidden.empty())
+        return;
+    (void)removeFile(file.hidden);
+    const std::string aside = joinedPath(folderOf(file.result), asideName(file));
+    if (const Result<ContentDigest> content = digestOfFile(aside); content && *content == file.content)
+        (void)removeFile(aside);
 }
 
 void makeFolderOf(const std::string& path) {
@@ -69,11 +96,10 @@ UndoneFile Undo::takeBack(const ReplacedFile& file) {
 
 Result<UndoneFile> Undo::takenBack(const ReplacedFile& file) {
     using Kind = UndoneFile::Kind;
-    if (!file.hidden.empty())
-        (void)removeFile(file.hidden);
+    removeLeftovers(file);
     if (TRY(isOriginal(file, file.original))) {
         if (file.isReplaced && file.result != file.original) // it came back in another way
-            TRY(removeIfContentIs(file.result, file.content));
+            TRY(removeResult(file));
         noteTaken(file);
         return UndoneFile{Kind::inPlace, file.original, ""};
     }
@@ -82,7 +108,7 @@ Result<UndoneFile> Undo::takenBack(const ReplacedFile& file) {
     const std::optional<TrashedItem> item = TRY(inTrash(file));
     if (!item)
         return UndoneFile{Kind::emptied, "", ""};
-    TRY(removeIfContentIs(file.result, file.content));
+    TRY(removeResult(file));
     return bringBack(file, *item, itemExists(file.result));
 }
 

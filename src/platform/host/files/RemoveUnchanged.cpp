@@ -26,7 +26,8 @@ Result<bool> removeIfMarked(const std::string& aside, const FileMark& mark) {
 
 } // namespace
 
-Result<bool> removeIfContentIs(const std::string& path, const ContentDigest& content) {
+Result<bool> removeIfContentIs(const std::string& path, const ContentDigest& content,
+                               const std::string& aside) {
     const Result<FileMark> mark = markOfFile(path);
     const Result<ContentDigest> found = mark ? digestOfFile(path) : Result<ContentDigest>(mark.failure());
     if (!found && !isNoFile(found.failure()))
@@ -35,12 +36,12 @@ Result<bool> removeIfContentIs(const std::string& path, const ContentDigest& con
         return false;
     const std::string folderPath = folderOf(path);
     const FileDescriptor folder = TRY(openFolder(folderPath));
-    const FolderEntry place{folder.number(), nameOf(path)}, aside{folder.number(), temporaryName()};
-    if (const int error = setAside(place, aside); error != 0)
+    const FolderEntry place{folder.number(), nameOf(path)}, hidden{folder.number(), aside};
+    if (const int error = setAside(place, hidden); error != 0)
         return systemFailure("cannot remove " + path, error);
-    Result<bool> removed = removeIfMarked(joinedPath(folderPath, aside.name), *mark);
+    Result<bool> removed = removeIfMarked(joinedPath(folderPath, aside), *mark);
     if (!removed || !*removed)
-        (void)putBack(aside, place);
+        (void)putBack(hidden, place);
     return removed;
 }
 
