@@ -25,6 +25,17 @@ Result<std::string> recordedPath(const std::string& record, const std::string& t
     return path.empty() || path.starts_with('/') ? path : joinedPath(topFolder, path);
 }
 
+/// A file goes in one step: under another name it would stay in the trash without a record if this process were
+/// killed. Nobody else has a reason to put another file in its place.
+Result<void> removeFromTrash(const FolderEntry& item, const CopiedItem& copied) {
+    bool anythingRemoved = false;
+    if (S_ISDIR(copied.original.st_mode))
+        return removeOriginal(item.folder, copied, anythingRemoved);
+    if (::unlinkat(item.folder, item.name.c_str(), 0) != 0)
+        return systemFailure("cannot remove " + item.name);
+    return {};
+}
+
 /// Copies the item under a hidden name first, so that `to` is complete or absent.
 Result<void> copyOut(const FolderEntry& from, const FolderEntry& to) {
     const FolderEntry hidden{to.folder, temporaryName()};
@@ -35,9 +46,8 @@ Result<void> copyOut(const FolderEntry& from, const FolderEntry& to) {
         return systemFailure("cannot create " + to.name, error);
     }
     TRY(syncFolder(to.folder));
-    bool anythingRemoved = false;
     TRY(checkUnchanged(from.folder, copied));
-    return removeOriginal(from.folder, copied, anythingRemoved);
+    return removeFromTrash(from, copied);
 }
 
 } // namespace
