@@ -178,6 +178,7 @@ def violations_after_undo(scenario, world, outcome, after, messages):
             yield f"{path} is left by undo: {messages[:200]!r}"
     if scenario.undoes and "cleaning" not in outcome.disturbed:
         yield from Trash(world, after).broken
+        yield from (f"{path} is litter that undo leaves" for path in after if TEMPORARY.search(path))
 
 
 def truthful_results(scenario, world, expected, trash, after, outcome):

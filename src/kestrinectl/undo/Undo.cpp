@@ -28,17 +28,23 @@ Result<bool> isOriginal(const ReplacedFile& file, const std::string& path) {
     return TRY(digestOfFile(path)) != file.content; // a copy from another file system, not the result
 }
 
-/// The temporary name under which undo examines the result. It follows from the recorded one, so that the
-/// next undo knows it if this one is killed.
-std::string asideName(const ReplacedFile& file) {
+/// A temporary name that follows from the recorded one, so that the next undo knows it if this one is killed.
+/// Each `distance` (1 to 15) gives another one.
+std::string temporaryNameFor(const ReplacedFile& file, std::ptrdiff_t distance) {
     constexpr std::size_t dot = 1, digits = 16;
     std::string name = nameOf(file.hidden); // as temporaryName() makes it
     if (name.size() < dot + digits)
         return temporaryName();
     const auto first = name.begin() + dot;
-    std::rotate(first, first + digits / 2, first + digits);
+    std::rotate(first, first + distance, first + digits);
     return name;
 }
+
+/// That of the result while it is examined.
+std::string asideName(const ReplacedFile& file) { return temporaryNameFor(file, 8); }
+
+/// That of an original while it is copied from another file system.
+std::string copyName(const ReplacedFile& file) { return temporaryNameFor(file, 4); }
 
 Result<bool> removeResult(const ReplacedFile& file) {
     return removeIfContentIs(file.result, file.content, asideName(file));
@@ -49,6 +55,7 @@ void removeLeftovers(const ReplacedFile& file) {
     if (file.hidden.empty())
         return;
     (void)removeFile(file.hidden);
+    (void)removeFile(joinedPath(folderOf(file.original), copyName(file)));
     const std::string aside = joinedPath(folderOf(file.result), asideName(file));
     if (const Result<ContentDigest> content = digestOfFile(aside); content && *content == file.content)
         (void)removeFile(aside);
@@ -124,7 +131,7 @@ Result<UndoneFile> Undo::bringBack(const ReplacedFile& file, const TrashedItem& 
     using Kind = UndoneFile::Kind;
     makeFolderOf(file.original);
     const std::string place = TRY(placeFor(file));
-    TRY(takeOutOfTrash(item, place));
+    TRY(takeOutOfTrash(item, place, copyName(file)));
     taken_.push_back(item);
     folders_.insert(folderOf(place));
     const Kind kind = isEdited ? Kind::beside : place != file.original ? Kind::renamed : Kind::back;

@@ -25,8 +25,8 @@ Result<std::string> recordedPath(const std::string& record, const std::string& t
     return path.empty() || path.starts_with('/') ? path : joinedPath(topFolder, path);
 }
 
-/// A file goes in one step: under another name it would stay in the trash without a record if this process were
-/// killed. Nobody else has a reason to put another file in its place.
+/// A file goes in one step: under another name it would stay in the trash without a record if this process
+/// were killed. Nobody else has a reason to put another file in its place.
 Result<void> removeFromTrash(const FolderEntry& item, const CopiedItem& copied) {
     bool anythingRemoved = false;
     if (S_ISDIR(copied.original.st_mode))
@@ -37,8 +37,8 @@ Result<void> removeFromTrash(const FolderEntry& item, const CopiedItem& copied) 
 }
 
 /// Copies the item under a hidden name first, so that `to` is complete or absent.
-Result<void> copyOut(const FolderEntry& from, const FolderEntry& to) {
-    const FolderEntry hidden{to.folder, temporaryName()};
+Result<void> copyOut(const FolderEntry& from, const FolderEntry& to, const std::string& hiddenName) {
+    const FolderEntry hidden{to.folder, hiddenName};
     const CopiedItem copied = TRY(copyTree(from, hidden, Original::goes));
     RenameMechanisms mechanisms;
     if (const int error = renameWithoutReplacing(hidden, to, mechanisms); error != 0) {
@@ -112,14 +112,14 @@ FoundItems TrashSearch::itemsFrom(const std::string& path) {
     return found;
 }
 
-Result<void> takeOutOfTrash(const TrashedItem& item, const std::string& path) {
+Result<void> takeOutOfTrash(const TrashedItem& item, const std::string& path, const std::string& hidden) {
     const FileDescriptor trash = TRY(openFolder(folderOf(item.path)));
     const FileDescriptor folder = TRY(openFolder(folderOf(path)));
     const FolderEntry from{trash.number(), nameOf(item.path)}, to{folder.number(), nameOf(path)};
     RenameMechanisms mechanisms;
     const int error = renameWithoutReplacing(from, to, mechanisms);
     if (error == EXDEV)
-        TRY(copyOut(from, to));
+        TRY(copyOut(from, to, hidden));
     else if (error != 0)
         return systemFailure("cannot create " + path, error);
     return {};

@@ -46,7 +46,9 @@ private:
 /// Moves an item out of the trash to `path`, whose name must be free (alreadyExists). An item of another file
 /// system is copied, compared and then removed. Bytes, times and attributes stay. The record stays as well,
 /// because it must outlive a power failure until the folder of `path` is synced; see removeRecords().
-Result<void> takeOutOfTrash(const TrashedItem& item, const std::string& path);
+/// `hidden` is the temporary name of a copy until it is complete; only a process that is killed leaves it.
+Result<void> takeOutOfTrash(const TrashedItem& item, const std::string& path,
+                            const std::string& hidden = temporaryName());
 
 /// Syncs the folders that items were moved to, and removes the records of the items. For many items at once,
 /// because syncing takes long. Fails if a folder cannot be synced; then the records stay.
