@@ -123,6 +123,7 @@ TEST(StopSignalsNoted, afterASecondSignalNoOtherStepBegins) {
                       sigset_t none{};
                       ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
                       thread = ::gettid();
+                      thread.notify_one();
                       const StopSignalsBlocked other;
                       ::_exit(7);
                   }).detach();
