@@ -343,6 +343,12 @@ def converted(path, longest):
     return content
 def children(process):
     return [int(child) for child in pathlib.Path(f"/proc/{process}/task/{process}/children").read_text().split()]
+def names_of_files(process):
+    for file in pathlib.Path(f"/proc/{process}/fd").iterdir():
+        try:
+            yield os.path.basename(os.readlink(file))
+        except FileNotFoundError:  # it was closed meanwhile
+            pass
 def wait_for_end_of(processes):
     for process in processes:
         while pathlib.Path(f"/proc/{process}").exists():
@@ -372,8 +378,7 @@ use_workers()
 assert library.kestrine_convert_to_path(opened(b"a.png"), b'{"longest": 30}', b"c.png") == 0, library.kestrine_error_text()
 for child in children(os.getpid()):
     for worker in children(child):
-        print(pathlib.Path(f"/proc/{worker}/comm").read_text().strip(),
-              *[os.path.basename(os.readlink(file)) for file in pathlib.Path(f"/proc/{worker}/fd").iterdir()])
+        print(pathlib.Path(f"/proc/{worker}/comm").read_text().strip(), *names_of_files(worker))
 """)
         self.assertRegex(printed, r"^kestrine-worker .*\ba\.png")
         self.assertEqual(Image.open(self.folder / "c.png").size, (30, 20))
