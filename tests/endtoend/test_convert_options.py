@@ -861,6 +861,13 @@ class ResultsOfARun(ConvertByOptions):
         self.convert("--all-folders", "--longest", "5", "--out", "b/out", "b")
         self.assertEqual(sum(1 for path in (self.folder / "b/out").rglob("*") if path.is_file()), 402)
 
+    def test_an_empty_argument_beside_a_folder_is_an_error_of_its_own(self):
+        (self.folder / "tree").mkdir()
+        shutil.copy(self.folder / "a.png", self.folder / "tree")
+        done = self.convert("-r", "--percent", "50", "--out", "out", "tree", "", status=1)
+        self.assertIn(b"an empty argument names no file", done.stderr)
+        self.assertEqual(self.names("out"), [b"a.png"])
+
     def test_sizes_that_become_equal_have_one_name_in_a_dry_run_too(self):
         shutil.copy(self.folder / "a.png", self.folder / "a2.png")
         options = ("--longest", "4800,9600", "--no-enlarge", "--format", "jpeg", "--name", "x.{ext}", "--out", "out", "a.png", "a2.png")

@@ -2,6 +2,7 @@
 
 #include "kestrinectl/CommandError.h"
 #include "kestrinectl/DecoderIsolation.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/compare/CompareOptions.h"
 #include "kestrinectl/compare/ComparePage.h"
 #include "kestrinectl/compare/PagePlace.h"

@@ -1,6 +1,7 @@
 #include "kestrinectl/compare/PagePlace.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/convert/ConvertInputs.h"
 #include "kestrinectl/convert/ConvertPictureSigns.h"
 #include "kestrinectl/text/ShownPath.h"

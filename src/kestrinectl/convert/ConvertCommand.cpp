@@ -79,14 +79,13 @@ void convertFiles(const Run& run) {
     InputQueue queue(selection.files, selection.search);
     const unsigned jobs = run.request.resources.jobs;
     const bool isShort = queue.searchIfShort();
-    const bool isApart = !mayFindOwnResults(selection.files, selection.search);
     constexpr unsigned withSearch = 2; // workers must not be forked beside the thread that searches
     const DecoderIsolation isolation = run.request.resources.isolate(
         isShort ? run.request.resources.threadsFor(queue.found().pictures) : std::max(jobs, withSearch));
-    if (!isShort && isApart)
-        queue.searchOnThread();
-    else if (!isShort)
+    if (!isShort && mayFindOwnResults(selection.files, selection.search))
         queue.searchFirst();
+    else if (!isShort)
+        queue.searchOnThread();
     const auto expect = [&] {
         const InputQueue::Found found = queue.found();
         run.report.expect(found.pictures, found.bytes, found.isComplete);

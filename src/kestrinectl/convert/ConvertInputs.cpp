@@ -1,9 +1,11 @@
 #include "kestrinectl/convert/ConvertInputs.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertPictureSigns.h"
 #include "kestrinectl/convert/FolderNames.h"
+#include "kestrinectl/convert/OutputFolders.h"
 #include "kestrinectl/convert/SeenPlaces.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "platform/host/files/FileDescriptor.h"
@@ -15,7 +17,6 @@
 #include <array>
 #include <filesystem>
 #include <fnmatch.h>
-#include <set>
 
 namespace kestrine {
 
@@ -35,45 +36,6 @@ Content contentOf(const ByteReader& reader, const std::string& path) {
     const bool isPicture = hasNameOfPicture(path) || isForeignPicture(head);
     return isPicture ? Content::unreadablePicture : Content::other;
 }
-
-/// Removes separators at the end, with which the root would differ from the folders of its files; "/" stays.
-fs::path withoutTrailingSeparator(const fs::path& path) {
-    return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
-}
-
-/// The folders of results, which are not searched unless they are arguments.
-class OutputFolders {
-public:
-    OutputFolders(const ConvertSearch& search, const std::vector<std::string>& arguments)
-        : outFolder_(search.outFolder.empty() ? fs::path() : canonicalPath(search.outFolder)) {
-        for (const auto& set : search.storedSets)
-            endings_.push_back(NSString(u"/").appendingPathComponent(set->name().value_or(u"")).utf8());
-        if (!search.namedFolder.empty())
-            endings_.push_back("/" + search.namedFolder);
-        for (const std::string& argument : arguments)
-            typed_.insert(canonicalPath(argument));
-    }
-
-    bool contain(const fs::path& folder) const {
-        const std::string path = absolutePath(folder).native();
-        return std::ranges::any_of(endings_,
-                                   [&](const std::string& ending) { return path.ends_with(ending); })
-               || isOut(folder);
-    }
-
-    /// Whether it is the folder for the results of this run.
-    bool isOut(const fs::path& folder) const {
-        return !outFolder_.empty() && canonicalPath(folder) == outFolder_;
-    }
-
-    /// True if the folder is not an argument and was not checked before.
-    bool isNews(const fs::path& folder) { return typed_.insert(canonicalPath(folder)).second; }
-
-private:
-    const fs::path outFolder_;
-    std::vector<std::string> endings_; ///< of their paths: "/Web"
-    std::set<fs::path> typed_;         ///< the arguments, and the folders that isNews() has seen
-};
 
 class Finder {
 public:
@@ -250,32 +212,6 @@ private:
 
 } // namespace
 
-// ".." stays, since after a link it may not lead to the previous folder.
-fs::path absolutePath(const fs::path& path) {
-    if (path.empty())
-        throw CommandError("an empty argument names no file");
-    std::error_code error;
-    const fs::path absolute = fs::absolute(path, error);
-    if (error)
-        throw CommandError("the current folder cannot be found: " + error.message());
-    fs::path result;
-    for (const fs::path& step : absolute)
-        if (step != ".")
-            result /= step;
-    return result;
-}
-
-fs::path canonicalPath(const fs::path& path) {
-    std::error_code error;
-    const fs::path canonical = fs::weakly_canonical(path, error);
-    return error ? path : canonical;
-}
-
-std::string placeOf(const std::string& path) {
-    const fs::path file = path;
-    return (canonicalPath(file.parent_path()) / file.filename()).native();
-}
-
 bool globMatches(const std::string& glob, const std::string& path) {
     const std::string subject =
         glob.find('/') == std::string::npos ? fs::path(path).filename().native() : path;
@@ -283,19 +219,8 @@ bool globMatches(const std::string& glob, const std::string& path) {
 }
 
 bool mayFindOwnResults(const std::vector<std::string>& arguments, const ConvertSearch& search) {
-    if (search.allFolders)
-        return true;
-    if (arguments.size() == 1 && !search.recursive)
-        return false;
-    const OutputFolders results(search, arguments);
-    const fs::path out = search.outFolder.empty() ? fs::path() : canonicalPath(search.outFolder);
-    return std::ranges::any_of(arguments, [&](const std::string& argument) {
-        const fs::path folder = canonicalPath(argument);
-        const bool isInside = !out.empty() && std::ranges::mismatch(out, folder).in1 == out.end();
-        std::error_code ignored;
-        return (isInside || results.contain(withoutTrailingSeparator(argument)))
-               && fs::is_directory(argument, ignored);
-    });
+    const bool isOneListing = arguments.size() == 1 && !search.recursive;
+    return search.allFolders || (!isOneListing && OutputFolders(search, arguments).containArgument());
 }
 
 void findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search,

@@ -4,7 +4,6 @@
 #include "kestrinectl/convert/ConvertResult.h"
 #include "models/ResizeSet.h"
 
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -59,16 +58,5 @@ bool mayFindOwnResults(const std::vector<std::string>& arguments, const ConvertS
 /// links to folders. Ends early after a stop signal. Of a folder, it holds no more than the names in memory.
 void findInputs(const std::vector<std::string>& arguments, const ConvertSearch& search,
                 InputReceiver& receiver);
-
-/// The path below the current folder if it is relative, without ".". Throws CommandError for an empty path,
-/// and for a relative one if the current folder was removed.
-std::filesystem::path absolutePath(const std::filesystem::path& path);
-
-/// The path with all links resolved, so that each place has only one; the given path if the system cannot
-/// resolve it.
-std::filesystem::path canonicalPath(const std::filesystem::path& path);
-
-/// The path with its folder made canonical. Two names of one place are equal; a link in the last part stays.
-std::string placeOf(const std::string& path);
 
 } // namespace kestrine

@@ -1,5 +1,6 @@
 #include "kestrinectl/convert/ConvertPipeline.h"
 
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/convert/ForEachPosition.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/process/StopSignals.h"

@@ -1,7 +1,7 @@
 #include "kestrinectl/convert/ConvertRecipes.h"
 
 #include "kestrinectl/CommandError.h"
-#include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/sets/SetNames.h"
 #include "kestrinectl/text/Words.h"
 #include "models/RecipeWords.h"

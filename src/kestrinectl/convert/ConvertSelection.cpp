@@ -1,6 +1,7 @@
 #include "kestrinectl/convert/ConvertSelection.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/convert/FileLists.h"
 #include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/Words.h"

@@ -1,13 +1,13 @@
 #include "kestrinectl/convert/InputQueue.h"
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 
 namespace kestrine {
 
 namespace {
 
-constexpr std::size_t maxWaiting = 50'000; // each takes about 200 bytes
 constexpr std::size_t fewArguments = 1'000;
 
 bool areFewFiles(const std::vector<std::string>& arguments) {
@@ -37,7 +37,10 @@ bool InputQueue::searchIfShort() {
 }
 
 void InputQueue::searchFirst() {
-    isUnlimited_ = true;
+    {
+        const std::lock_guard lock(mutex_);
+        maxWaiting_ = std::numeric_limits<std::size_t>::max();
+    }
     search();
 }
 
@@ -68,7 +71,7 @@ std::optional<InputQueue::Item> InputQueue::next() {
     }
     Item item = std::move(items_.front());
     items_.pop_front();
-    if (items_.size() == maxWaiting / 2)
+    if (items_.size() == maxWaiting_ / 2)
         changed_.notify_all();
     return item;
 }
@@ -76,7 +79,7 @@ std::optional<InputQueue::Item> InputQueue::next() {
 std::size_t InputQueue::countUpTo(std::size_t enough) {
     std::unique_lock lock(mutex_);
     changed_.wait(
-        lock, [&] { return found_.pictures >= enough || found_.isComplete || items_.size() >= maxWaiting; });
+        lock, [&] { return found_.pictures >= enough || found_.isComplete || items_.size() >= maxWaiting_; });
     return std::min(found_.pictures, enough);
 }
 
@@ -110,7 +113,7 @@ void InputQueue::endIfClosed() const {
 
 void InputQueue::add(Item item) {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return items_.size() < maxWaiting || isUnlimited_ || isClosed_; });
+    changed_.wait(lock, [this] { return items_.size() < maxWaiting_ || isClosed_; });
     endIfClosed();
     items_.push_back(std::move(item));
     changed_.notify_all();

@@ -13,7 +13,8 @@
 
 namespace kestrine {
 
-/// Any thread. Holds a limited number of inputs: the search waits while they are not taken.
+/// Any thread. Holds a limited number of items, unless all are searched first: the search waits while they
+/// are not taken.
 class InputQueue final : public InputReceiver {
 public:
     using Item = std::variant<ConvertInput, ConvertResult>; ///< a picture, or a finding
@@ -62,9 +63,9 @@ private:
     std::condition_variable changed_;
     std::deque<Item> items_;
     Found found_;
-    bool isUnlimited_ = false;     ///< no search waits until items are taken
-    bool isClosed_ = false;        ///< nobody takes items any more
-    std::exception_ptr exception_; ///< what ended the search
+    std::size_t maxWaiting_ = 50'000; ///< items; each takes about 200 bytes
+    bool isClosed_ = false;           ///< nobody takes items any more
+    std::exception_ptr exception_;    ///< what ended the search
     std::jthread thread_;
 };
 

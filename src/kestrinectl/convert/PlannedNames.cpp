@@ -1,6 +1,6 @@
 #include "kestrinectl/convert/PlannedNames.h"
 
-#include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/convert/ConvertKinds.h"
 #include "kestrinectl/convert/ConvertOutcome.h"
 #include "kestrinectl/convert/ForEachPosition.h"

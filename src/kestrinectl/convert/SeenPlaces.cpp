@@ -1,6 +1,6 @@
 #include "kestrinectl/convert/SeenPlaces.h"
 
-#include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/GivenPaths.h"
 
 namespace kestrine {
 

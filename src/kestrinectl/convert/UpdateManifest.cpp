@@ -1,8 +1,8 @@
 #include "kestrinectl/convert/UpdateManifest.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/StateFolder.h"
-#include "kestrinectl/convert/ConvertInputs.h"
 #include "kestrinectl/text/JSONText.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "models/RecipeDigest.h"

@@ -1,7 +1,7 @@
 #include "kestrinectl/convert/UpdateOptions.h"
 
 #include "kestrinectl/CommandError.h"
-#include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/text/NonEmpty.h"
 #include "kestrinectl/text/Words.h"
 

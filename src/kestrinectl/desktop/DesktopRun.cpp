@@ -1,8 +1,8 @@
 #include "kestrinectl/desktop/DesktopRun.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/convert/ConvertCommand.h"
-#include "kestrinectl/convert/ConvertInputs.h"
 #include "kestrinectl/desktop/FirstMessage.h"
 #include "kestrinectl/desktop/Notification.h"
 #include "kestrinectl/desktop/Quoting.h"

@@ -1,6 +1,6 @@
 #include "kestrinectl/inspect/TrashPlace.h"
 
-#include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "platform/host/files/FileMark.h"
 #include "platform/host/files/FileStatus.h"

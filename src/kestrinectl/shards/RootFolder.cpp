@@ -1,7 +1,7 @@
 #include "kestrinectl/shards/RootFolder.h"
 
 #include "kestrinectl/CommandError.h"
-#include "kestrinectl/convert/ConvertInputs.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/text/ShownPath.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/PathParts.h"

@@ -1,8 +1,8 @@
 #include "kestrinectl/undo/RunJournal.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/GivenPaths.h"
 #include "kestrinectl/StateFolder.h"
-#include "kestrinectl/convert/ConvertInputs.h"
 #include "kestrinectl/text/JSONText.h"
 #include "platform/foundation/LocalTime.h"
 #include "platform/host/files/FileStatus.h"
