@@ -4,6 +4,7 @@
 #include "kestrinectl/text/ShownNumbers.h"
 #include "kestrinectl/text/ShownPath.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -18,20 +19,23 @@ namespace {
     throw CommandError(name + " is too large: it may have at most " + shownBytes(limit));
 }
 
-/// The length is checked while reading, since that of a pipe is not known before.
-std::string readUpToLimit(std::istream& input, const std::string& name, std::uint64_t limit) {
-    std::string content;
-    char part[1 << 16];
-    while (input.read(part, sizeof part) || input.gcount() > 0) {
-        content.append(part, static_cast<std::size_t>(input.gcount()));
-        if (content.size() > limit)
-            throwTooLong(name, limit);
-    }
-    return content;
-}
-
 [[noreturn]] void throwUnreadable(const std::string& name) {
     throw CommandError(name + " cannot be read: " + std::strerror(errno));
+}
+
+void readParts(std::istream& input, const PartReceiver& take) {
+    std::array<char, 1 << 16> part;
+    while (input.read(part.data(), part.size()) || input.gcount() > 0)
+        take({part.data(), static_cast<std::size_t>(input.gcount())});
+}
+
+/// Appends parts. The length is checked while reading, since that of a pipe is not known before.
+PartReceiver appenderTo(std::string& content, const std::string& name, std::uint64_t limit) {
+    return [&content, name, limit](std::string_view part) {
+        content.append(part);
+        if (content.size() > limit)
+            throwTooLong(name, limit);
+    };
 }
 
 } // namespace
@@ -47,12 +51,16 @@ std::ifstream openedInput(const std::string& kind, const std::string& path) {
     return stream;
 }
 
+void readStandardInput(const PartReceiver& take) {
+    readParts(std::cin, take);
+    if (std::ferror(stdin) != 0)
+        throwUnreadable(nameOfStandardInput);
+}
+
 std::string contentOfInput(const std::string& kind, const std::string& path, std::uint64_t limit) {
+    std::string content;
     if (path == "-") {
-        const std::string name = "standard input";
-        std::string content = readUpToLimit(std::cin, name, limit);
-        if (std::ferror(stdin) != 0)
-            throwUnreadable(name);
+        readStandardInput(appenderTo(content, nameOfStandardInput, limit));
         return content;
     }
     const std::string name = "the " + kind + " " + shownPath(path);
@@ -60,7 +68,7 @@ std::string contentOfInput(const std::string& kind, const std::string& path, std
     std::error_code noFile;
     if (const std::uint64_t size = std::filesystem::file_size(path, noFile); !noFile && size > limit)
         throwTooLong(name, limit);
-    std::string content = readUpToLimit(file, name, limit);
+    readParts(file, appenderTo(content, name, limit));
     if (file.bad())
         throwUnreadable(name);
     return content;

@@ -374,12 +374,12 @@ class Refusals(Scale):
         content, expected = (self.tree / "plan").read_bytes(), self.expected()
         for words in ((), ("--root", "."), ("--log", "log")):
             [message] = messages_of(self.inside(self.tree, "run", *words, "/dev/stdin", status=2, input=content))
-            self.assertIn("is no regular file, so there is no place beside it", message)
+            self.assertIn("is not a regular file, so there is no place beside it", message)
         self.assertEqual(self.results(self.tree), {})
         self.inside(self.tree, "run", "--root", ".", "--log", "log", "/dev/stdin", input=content)
         self.assertEqual(self.results(self.tree), expected)
         [message] = messages_of(self.inside(self.tree, "merge", "/dev/stdin", "log", status=2, input=content))
-        self.assertIn("is no regular file", message)
+        self.assertIn("is not a regular file", message)
 
     def test_an_empty_path_is_refused_in_one_line(self):
         self.plan()

@@ -1,6 +1,7 @@
 #include "kestrinectl/convert/ConvertStream.h"
 
 #include "kestrinectl/CommandError.h"
+#include "kestrinectl/OpenedInput.h"
 #include "kestrinectl/convert/ConvertOutcome.h"
 #include "kestrinectl/text/Messages.h"
 #include "kestrinectl/text/ShownNumbers.h"
@@ -9,20 +10,12 @@
 #include "platform/host/process/StandardOutput.h"
 #include "platform/host/process/Terminal.h"
 
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <iostream>
-
 namespace kestrine {
 
 namespace {
 
-constexpr const char* shownInput = "standard input";
-
 [[noreturn]] void throwUnreadable(const std::string& reason) {
-    throw CommandError(std::string(shownInput) + " cannot be read: " + reason);
+    throw CommandError(std::string(nameOfStandardInput) + " cannot be read: " + reason);
 }
 
 /// All of standard input, in a file in memory, which the process that decodes can read without a copy of its
@@ -30,22 +23,18 @@ constexpr const char* shownInput = "standard input";
 std::shared_ptr<const ByteReader> standardInput() {
     const std::uint64_t limit = availableMemory() / 2;
     Result<MemoryFile> copy = MemoryFile::create();
+    if (!copy)
+        throwUnreadable(copy.failure().text);
     std::uint64_t size = 0;
-    std::array<char, 1 << 16> part;
-    while (copy && (std::cin.read(part.data(), part.size()) || std::cin.gcount() > 0)) {
-        const auto count = static_cast<std::size_t>(std::cin.gcount());
-        const ByteView bytes(reinterpret_cast<const std::uint8_t*>(part.data()), count);
+    readStandardInput([&](std::string_view part) {
+        const ByteView bytes(reinterpret_cast<const std::uint8_t*>(part.data()), part.size());
         if (Result<void> written = copy->write(bytes, size); !written)
             throwUnreadable(written.failure().text);
-        size += count;
+        size += part.size();
         if (size > limit)
             throwUnreadable("it has more than " + shownBytes(limit)
                             + ", half of the memory that is available; save it as a file and convert that");
-    }
-    if (std::ferror(stdin) != 0)
-        throwUnreadable(std::strerror(errno));
-    if (!copy)
-        throwUnreadable(copy.failure().text);
+    });
     return readerOfFile(std::move(*copy).release(), size);
 }
 
@@ -64,8 +53,8 @@ void convertStream(const ConversionRecipe& recipe, JobPolicy policy, ConvertDeta
         throw CommandError("the result is a picture; redirect standard output to a file", 2);
     const ResizeJob job{.recipes = {recipe}, .policy = policy, .content = standardInput()};
     const JobOutcome outcome = runJob(job).front();
-    ConvertResult result{.source = shownInput};
-    addOutcome(result, {shownInput, "", std::nullopt}, recipe, outcome);
+    ConvertResult result{.source = nameOfStandardInput};
+    addOutcome(result, {nameOfStandardInput, "", std::nullopt}, recipe, outcome);
     printMessages(result, detail);
     if (outcome.data == nullptr)
         throw CommandError("the picture could not be converted as requested");

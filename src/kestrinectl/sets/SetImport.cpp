@@ -20,7 +20,9 @@ using nlohmann::json;
 constexpr std::uint64_t maxExport = maxPropertyListSize; // the preferences file cannot hold more sets
 
 /// How messages name the export.
-std::string shownSource(const std::string& path) { return path == "-" ? "standard input" : shownPath(path); }
+std::string shownSource(const std::string& path) {
+    return path == "-" ? nameOfStandardInput : shownPath(path);
+}
 
 /// The list of sets in an export, or a list that stands alone.
 json listIn(const std::string& text, const std::string& path) {

@@ -174,9 +174,9 @@ std::vector<std::string> logsOf(const MergeRequest& request, const std::string& 
 
 void run(const MergeRequest& request) {
     const std::string plan = typedWord(request.plan);
-    if (itemExists(plan) && !regularFileExists(plan))
+    if (specialFileExists(plan))
         throw CommandError(
-            "the plan " + shownPath(plan) + " is no regular file; it is read twice, so save it as one", 2);
+            "the plan " + shownPath(plan) + " is not a regular file; it is read twice, so save it as one", 2);
     PlanFile first(plan);
     std::uint64_t count = 0;
     for (PlanRecord record; first.reader().next(record);)

@@ -164,10 +164,11 @@ void run(const RunRequest& request) {
     const Shard shard = *shardIn(request.shard);
     if (request.list)
         return printNames(workIn(plan, shard), *request.list == "results");
-    if (itemExists(plan) && !regularFileExists(plan) && !(request.log && request.root))
-        throw CommandError("the plan " + shownPath(plan)
-                               + " is no regular file, so there is no place beside it; give --log and --root",
-                           2);
+    if (specialFileExists(plan) && !(request.log && request.root))
+        throw CommandError(
+            "the plan " + shownPath(plan)
+                + " is not a regular file, so there is no place beside it; give --log and --root",
+            2);
     const RootFolder root(request.root ? typedWord(*request.root) : folderOf(plan));
     runShard(request, plan, shard, root);
 }

@@ -24,9 +24,10 @@ bool folderExists(const std::string& path) {
     return checkPath(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool regularFileExists(const std::string& path) {
+bool specialFileExists(const std::string& path) {
     struct stat status {};
-    return checkPath(path) && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return checkPath(path) && ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)
+           && !S_ISDIR(status.st_mode);
 }
 
 bool isAbsent(const std::string& path) {

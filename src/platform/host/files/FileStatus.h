@@ -13,8 +13,9 @@ bool itemExists(const std::string& path);
 /// Whether a folder exists. Follows symbolic links.
 bool folderExists(const std::string& path);
 
-/// Whether a regular file exists. Follows symbolic links.
-bool regularFileExists(const std::string& path);
+/// Whether a special file exists: a pipe, socket or device, which may not deliver its content twice. Follows
+/// symbolic links.
+bool specialFileExists(const std::string& path);
 
 /// The first item that exists: the path itself, or a folder above it.
 std::string existingPartOf(std::string path);
