@@ -1,4 +1,5 @@
 #include "platform/imageio/Box.h"
+#include "platform/imageio/exif/ExifTags.h"
 #include "platform/imageio/heif/TopLevelBoxes.h"
 #include "platform/imageio/raw/Header.h"
 #include "platform/imageio/tiff/Exif.h"
@@ -82,8 +83,7 @@ void addExif(Header& header, ByteView metadata) {
     };
     const tiff::DirectoryPlace mainPage = firstOf(main);
     header.exif = tiff::exifOfParts(mainPage, firstOf(exif));
-    constexpr std::uint16_t orientationTag = 274;
-    const std::vector<std::uint64_t> orientation = main.numbers(mainPage.entries, orientationTag, 1);
+    const std::vector<std::uint64_t> orientation = main.numbers(mainPage.entries, exiftag::orientation, 1);
     if (orientation.size() == 1 && orientation.front() >= 1 && orientation.front() <= 8)
         header.orientation = static_cast<int>(orientation.front());
 }

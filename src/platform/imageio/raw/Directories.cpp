@@ -1,7 +1,9 @@
 #include "platform/host/BigEndian.h"
+#include "platform/imageio/exif/ExifTags.h"
 #include "platform/imageio/raw/Header.h"
 #include "platform/imageio/tiff/Exif.h"
 #include "platform/imageio/tiff/PageList.h"
+#include "platform/imageio/tiff/Tags.h"
 
 #include <algorithm>
 #include <array>
@@ -14,22 +16,12 @@ using tiff::Structure;
 
 constexpr std::size_t maxPreviews = 16, maxSubDirectories = 32;
 
-enum Tag : std::uint16_t {
+enum PanasonicTag : std::uint16_t {
     panasonicTop = 4, // where the picture is on the sensor
     panasonicLeft = 5,
     panasonicBottom = 6,
     panasonicRight = 7,
     panasonicPreview = 46,
-    imageWidth = 256,
-    imageLength = 257,
-    compression = 259,
-    photometric = 262,
-    stripOffsets = 273,
-    orientationTag = 274,
-    stripByteCounts = 279,
-    subDirectories = 330,
-    jpegOffset = 513,
-    jpegLength = 514,
 };
 
 /// The first value of a tag; 0 if there is none.
@@ -41,12 +33,12 @@ std::uint64_t numberOf(const Structure& file, const Structure::Directory& direct
 
 /// The only strip of a directory, or the JPEG file that it points to.
 std::optional<FileRange> streamOf(const Structure& file, const Structure::Directory& directory) {
-    const std::uint64_t pointed = numberOf(file, directory, jpegOffset);
+    const std::uint64_t pointed = numberOf(file, directory, tiff::tag::jpegOffset);
     if (pointed != 0)
-        return FileRange{pointed, numberOf(file, directory, jpegLength)};
-    const std::vector<std::uint64_t> strips = file.numbers(directory, stripOffsets, 1);
+        return FileRange{pointed, numberOf(file, directory, tiff::tag::jpegLength)};
+    const std::vector<std::uint64_t> strips = file.numbers(directory, tiff::tag::stripOffsets, 1);
     if (strips.size() == 1)
-        return FileRange{strips.front(), numberOf(file, directory, stripByteCounts)};
+        return FileRange{strips.front(), numberOf(file, directory, tiff::tag::stripByteCounts)};
     return std::nullopt;
 }
 
@@ -80,11 +72,13 @@ public:
         for (const std::uint64_t page : *pages) {
             const Structure::Directory directory = file_.directoryAt(page);
             addDirectory(directory);
-            for (const std::uint64_t sub : file_.numbers(directory, subDirectories, maxSubDirectories))
+            for (const std::uint64_t sub :
+                 file_.numbers(directory, tiff::tag::subDirectories, maxSubDirectories))
                 addDirectory(file_.directoryAt(sub));
         }
         addPanasonicData(main);
-        if (const std::uint64_t stored = numberOf(file_, main, orientationTag); stored >= 1 && stored <= 8)
+        if (const std::uint64_t stored = numberOf(file_, main, exiftag::orientation);
+            stored >= 1 && stored <= 8)
             header_.orientation = static_cast<int>(stored);
         header_.exif = tiff::exifOfTIFF(file_, pages->front());
         return std::move(header_);
@@ -111,8 +105,8 @@ private:
 
     std::optional<Sides> sidesOf(const Structure::Directory& directory,
                                  const std::optional<FileRange>& stream) const {
-        const std::optional<Sides> stored =
-            sidesOf(numberOf(file_, directory, imageWidth), numberOf(file_, directory, imageLength));
+        const std::optional<Sides> stored = sidesOf(numberOf(file_, directory, tiff::tag::imageWidth),
+                                                    numberOf(file_, directory, tiff::tag::imageLength));
         return stored || !stream ? stored : sidesOfLosslessJPEG(*reader_, *stream);
     }
 

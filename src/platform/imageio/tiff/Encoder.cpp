@@ -3,7 +3,10 @@
 // header, directory, values that are too long for their entry, directories of EXIF data, strips.
 #include "platform/host/LittleEndian.h"
 #include "platform/imageio/Codecs.h"
+#include "platform/imageio/exif/ExifDirectory.h"
+#include "platform/imageio/exif/ExifTags.h"
 #include "platform/imageio/tiff/ExifFields.h"
+#include "platform/imageio/tiff/Tags.h"
 
 #include <algorithm>
 #include <array>
@@ -15,60 +18,37 @@ namespace kestrine::tiff {
 
 namespace {
 
-enum Tag : std::uint16_t {
-    imageWidth = 256,
-    imageLength = 257,
-    bitsPerSample = 258,
-    compression = 259,
-    photometricInterpretation = 262,
-    stripOffsets = 273,
-    samplesPerPixel = 277,
-    rowsPerStrip = 278,
-    stripByteCounts = 279,
-    xResolution = 282,
-    yResolution = 283,
-    planarConfiguration = 284,
-    resolutionUnit = 296,
-    extraSamples = 338,
-    exifDirectory = 34665,
-    iccProfile = 34675,
-    gpsDirectory = 34853,
-    interoperabilityDirectory = 40965,
-};
-
-enum class FieldType : std::uint16_t { shortNumber = 3, longNumber = 4, rational = 5, undefined = 7 };
-
 constexpr std::uint32_t headerBytes = 8;
 constexpr std::size_t stripBytes = 65536;
 
 using Field = StoredField;
 
-Field fieldOf(std::uint16_t tag, FieldType type, std::size_t count) {
-    return {tag, static_cast<std::uint16_t>(type), static_cast<std::uint32_t>(count), {}};
+Field fieldOf(std::uint16_t tag, ExifType type, std::size_t count) {
+    return {tag, type, static_cast<std::uint32_t>(count), {}};
 }
 
-Field shorts(Tag tag, std::span<const std::uint16_t> numbers) {
-    Field field = fieldOf(tag, FieldType::shortNumber, numbers.size());
+Field shorts(std::uint16_t tag, std::span<const std::uint16_t> numbers) {
+    Field field = fieldOf(tag, exifShort, numbers.size());
     for (const std::uint16_t number : numbers)
         appendLittleEndian(field.values, number, 2);
     return field;
 }
 
-Field shortNumber(Tag tag, std::uint16_t number) { return shorts(tag, {&number, 1}); }
+Field shortNumber(std::uint16_t tag, std::uint16_t number) { return shorts(tag, {&number, 1}); }
 
-Field longs(Tag tag, std::span<const std::uint32_t> numbers) {
-    Field field = fieldOf(tag, FieldType::longNumber, numbers.size());
+Field longs(std::uint16_t tag, std::span<const std::uint32_t> numbers) {
+    Field field = fieldOf(tag, exifLong, numbers.size());
     field.values.reserve(4 * numbers.size());
     for (const std::uint32_t number : numbers)
         appendLittleEndian(field.values, number, 4);
     return field;
 }
 
-Field longNumber(Tag tag, std::uint32_t number) { return longs(tag, {&number, 1}); }
+Field longNumber(std::uint16_t tag, std::uint32_t number) { return longs(tag, {&number, 1}); }
 
 /// `number` (1 to 100000) by continued fractions: exact for all simple ratios, such as 72 x 1201 / 1200. It
 /// is computed from sizes in single precision, which are accurate to 1e-7.
-Field rational(Tag tag, double number) {
+Field rational(std::uint16_t tag, double number) {
     constexpr double closeEnough = 1e-7, largestTerm = 1e9;
     std::uint64_t numerator = 1, denominator = 0, numeratorBefore = 0, denominatorBefore = 1;
     for (double rest = number; rest < largestTerm;) {
@@ -83,7 +63,7 @@ Field rational(Tag tag, double number) {
             break;
         rest = 1 / (rest - static_cast<double>(whole));
     }
-    Field field = fieldOf(tag, FieldType::rational, 1);
+    Field field = fieldOf(tag, exifRational, 1);
     appendLittleEndian(field.values, static_cast<std::uint32_t>(numerator), 4);
     appendLittleEndian(field.values, static_cast<std::uint32_t>(denominator), 4);
     return field;
@@ -113,9 +93,8 @@ struct Strips {
     }
 };
 
-/// The picture's tags, with the strips beginning at `firstStrip`.
-std::vector<Field> fieldsOf(const RowFormat& format, const EncodingOptions& options, const Strips& strips,
-                            std::uint64_t firstStrip) {
+/// The picture's tags; the offsets of its strips are not known yet.
+std::vector<Field> fieldsOf(const RowFormat& format, const EncodingOptions& options, const Strips& strips) {
     constexpr std::uint16_t uncompressed = 1, blackIsZero = 1, rgb = 2, inch = 2, interleaved = 1,
                             straightAlpha = 2;
     const auto channels = static_cast<std::uint16_t>(format.channels());
@@ -123,25 +102,25 @@ std::vector<Field> fieldsOf(const RowFormat& format, const EncodingOptions& opti
     const Resolution resolution =
         plausibleResolution(options.resolution.horizontal, options.resolution.vertical);
     std::vector<Field> fields = {
-        longNumber(imageWidth, format.width),
-        longNumber(imageLength, format.height),
-        shorts(bitsPerSample, bits),
-        shortNumber(compression, uncompressed),
-        shortNumber(photometricInterpretation, format.model == ColorModel::rgb ? rgb : blackIsZero),
-        longs(stripOffsets, strips.offsets(firstStrip)),
-        shortNumber(samplesPerPixel, channels),
-        longNumber(rowsPerStrip, strips.rowsEach),
-        longs(stripByteCounts, strips.sizes()),
-        rational(xResolution, resolution.horizontal),
-        rational(yResolution, resolution.vertical),
-        shortNumber(planarConfiguration, interleaved),
-        shortNumber(resolutionUnit, inch),
+        longNumber(tag::imageWidth, format.width),
+        longNumber(tag::imageLength, format.height),
+        shorts(tag::bitsPerSample, bits),
+        shortNumber(tag::compression, uncompressed),
+        shortNumber(tag::photometricInterpretation, format.model == ColorModel::rgb ? rgb : blackIsZero),
+        longs(tag::stripOffsets, strips.offsets(0)),
+        shortNumber(tag::samplesPerPixel, channels),
+        longNumber(tag::rowsPerStrip, strips.rowsEach),
+        longs(tag::stripByteCounts, strips.sizes()),
+        rational(exiftag::xResolution, resolution.horizontal),
+        rational(exiftag::yResolution, resolution.vertical),
+        shortNumber(tag::planarConfiguration, interleaved),
+        shortNumber(exiftag::resolutionUnit, inch),
     };
     if (format.hasAlpha)
-        fields.push_back(shortNumber(extraSamples, straightAlpha));
+        fields.push_back(shortNumber(tag::extraSamples, straightAlpha));
     if (options.profile) {
         const ByteView icc = options.profile->bytes();
-        fields.push_back(fieldOf(iccProfile, FieldType::undefined, icc.size()));
+        fields.push_back(fieldOf(tag::iccProfile, exifUndefined, icc.size()));
         fields.back().values.assign(icc.begin(), icc.end());
     }
     return fields;
@@ -160,20 +139,24 @@ struct Layout {
     std::uint64_t firstStrip = headerBytes;   ///< 64 bits wide until it is known that they fit 32 bits
 };
 
-/// The layout with the strips beginning at `firstStrip`, which does not change the sizes of the directories.
-Layout layoutFor(const RowFormat& format, const EncodingOptions& options, const Strips& strips,
-                 std::uint64_t firstStrip) {
+/// Sets the value of a field of which the directory has one with this tag.
+void set(StoredDirectory& directory, Field field) {
+    *std::ranges::find(directory, field.tag, &Field::tag) = std::move(field);
+}
+
+Layout layoutOf(const RowFormat& format, const EncodingOptions& options, const Strips& strips) {
     ExifFields exif = exifFields(options.exif);
-    StoredDirectory page = fieldsOf(format, options, strips, firstStrip);
+    StoredDirectory page = fieldsOf(format, options, strips);
     for (Field& field : exif.page)
         add(page, std::move(field));
     struct Link {
         StoredDirectory& from;
-        Tag pointer;
+        std::uint16_t pointer;
         StoredDirectory& to;
     };
-    const std::array links = {Link{exif.exif, interoperabilityDirectory, exif.interoperability},
-                              Link{page, exifDirectory, exif.exif}, Link{page, gpsDirectory, exif.gps}};
+    const std::array links = {Link{exif.exif, exiftag::interoperabilityPointer, exif.interoperability},
+                              Link{page, exiftag::exifDirectoryPointer, exif.exif},
+                              Link{page, exiftag::gpsPointer, exif.gps}};
     // The pointers count for the length of the page, on which their values depend.
     for (const auto& [from, pointer, to] : links)
         if (!to.empty())
@@ -182,19 +165,14 @@ Layout layoutFor(const RowFormat& format, const EncodingOptions& options, const 
     layout.firstStrip += storedBytes(page);
     for (const auto& [from, pointer, to] : links)
         if (!to.empty()) {
-            *std::ranges::find(from, pointer, &Field::tag) =
-                longNumber(pointer, static_cast<std::uint32_t>(layout.firstStrip));
+            set(from, longNumber(pointer, static_cast<std::uint32_t>(layout.firstStrip)));
             layout.firstStrip += storedBytes(to);
         }
+    set(page, longs(tag::stripOffsets, strips.offsets(layout.firstStrip)));
     for (StoredDirectory* directory : {&page, &exif.interoperability, &exif.exif, &exif.gps})
         if (!directory->empty())
             layout.directories.push_back(std::move(*directory));
     return layout;
-}
-
-/// The part before the strips has the same size wherever they begin, so it is measured with offset 0.
-Layout layoutOf(const RowFormat& format, const EncodingOptions& options, const Strips& strips) {
-    return layoutFor(format, options, strips, layoutFor(format, options, strips, 0).firstStrip);
 }
 
 /// Everything before the strips.
