@@ -51,7 +51,7 @@ LocalSource::LocalSource(std::unique_ptr<ImageDecoder> decoder, std::shared_ptr<
 }
 
 Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const ByteReader> file) {
-    OpenedImage opened = TRY(unlessUnread(*file, openWithKnownCodec(file)));
+    OpenedImage opened = TRY(orReadError(file.get(), openWithKnownCodec(file)));
     auto source = std::make_shared<LocalSource>(std::move(opened.decoder), std::move(file));
     source->codec_ = opened.codec;
     return source;
@@ -59,7 +59,7 @@ Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const Byt
 
 Result<std::shared_ptr<LocalSource>> LocalSource::open(std::shared_ptr<const ByteReader> file,
                                                        const ImageCodec& codec) {
-    std::unique_ptr<ImageDecoder> decoder = TRY(unlessUnread(*file, openImage(file, codec)));
+    std::unique_ptr<ImageDecoder> decoder = TRY(orReadError(file.get(), openImage(file, codec)));
     auto source = std::make_shared<LocalSource>(std::move(decoder), std::move(file));
     source->codec_ = &codec;
     return source;

@@ -46,11 +46,6 @@ public:
     static std::uint64_t decodesStarted();
 
 private:
-    /// unlessUnread() for the file; an empty canvas has none.
-    template <class T>
-    Result<T> whole(Result<T> made) const {
-        return file_ == nullptr ? std::move(made) : unlessUnread(*file_, std::move(made));
-    }
     Result<RowSourcePointer> decode(std::size_t frame, int halvings) const;
     /// Decodes the frame and keeps its pixels if there is memory for them; else gives null.
     Result<std::shared_ptr<const PixelBuffer>> decodeToKeep(std::size_t frame) const;

@@ -315,15 +315,17 @@ Result<PixelBuffer> readPixels(const Picture& picture) { return picture.source->
 
 Result<Bytes> LocalSource::rendered(const Picture& picture, const Output& output) {
     BytesSink bytes;
-    TRY(whole(renderTo(bytes, picture, output)));
+    TRY(orReadError(file_.get(), renderTo(bytes, picture, output)));
     return bytes.take();
 }
 
 Result<void> LocalSource::renderInto(int file, const Picture& picture, const Output& output) {
     FileSink sink(file);
-    return whole(renderTo(sink, picture, output));
+    return orReadError(file_.get(), renderTo(sink, picture, output));
 }
 
-Result<PixelBuffer> LocalSource::pixels(const Picture& picture) { return whole(renderPixels(picture)); }
+Result<PixelBuffer> LocalSource::pixels(const Picture& picture) {
+    return orReadError(file_.get(), renderPixels(picture));
+}
 
 } // namespace kestrine

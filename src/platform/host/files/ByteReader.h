@@ -34,11 +34,11 @@ public:
     Result<Bytes> readAll(std::uint64_t limit) const;
 };
 
-/// What was made of an input. Fails with the reader's failure() if there is one, since whoever made it cannot
-/// tell a part that could not be read from the end of the input.
+/// `made` from an input, or the reader's failure() if there is one: a parser cannot tell a part that could
+/// not be read from the end of the input.
 template <class T>
-Result<T> unlessUnread(const ByteReader& reader, Result<T> made) {
-    if (std::optional<Failure> error = reader.failure())
+Result<T> orReadError(const ByteReader* reader, Result<T> made) {
+    if (std::optional<Failure> error = reader == nullptr ? std::nullopt : reader->failure())
         return *std::move(error);
     return made;
 }
