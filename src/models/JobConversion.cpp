@@ -18,7 +18,7 @@ Failure reasonIn(const FailureCollector& collector, bool hasFormat) {
         return collector.failures().back();
     if (hasFormat)
         return {Reason::empty,
-                "the picture is too narrow: a side of the result would have less than one pixel"};
+                "the picture is too narrow: a side of the result would be shorter than one pixel"};
     return {Reason::empty, "the set gives no output for it"};
 }
 
@@ -122,8 +122,8 @@ MadeResult JobConversion::digested(MadeResult made) const {
     return made;
 }
 
-/// Whether several sizes of one recipe became equal because pictures are not enlarged, or because the file
-/// itself is the result.
+/// Whether an earlier size gave an equal result, because pictures are not enlarged or because the file itself
+/// is the result.
 bool JobConversion::isRepeated(const ConversionRecipe& recipe, const PlannedResult& plan) {
     ConversionRecipe sizeless = recipe;
     sizeless.size = Unscaled{};

@@ -90,7 +90,7 @@ class Convert(ToolTest):
         for jobs in JOBS:
             done = self.convert("-j", jobs, "a.png", "text.jpg", "absent.jpg", "cut.png", "z.png", status=1)
             lines = messages_of(done)
-            for line, start in zip(lines, ("text.jpg: the file is in no picture format", "absent.jpg: cannot open: No such file",
+            for line, start in zip(lines, ("text.jpg: the file is not in a known picture format", "absent.jpg: cannot open: No such file",
                                            "cut.png: ", "3 of 5")):
                 self.assertTrue(line.startswith(start), lines)
             self.assertEqual(len(lines), 4)
@@ -184,7 +184,7 @@ class Convert(ToolTest):
                     "f.xmp": b"<x/>", ".hidden.heic": b""}
         for name, content in contents.items():
             (self.folder / "in" / name).write_bytes(content)
-        unreadable = [f"in/{name}: the file is in no picture format that can be read" for name in ("b.xcf", "c", "d.JPG")]
+        unreadable = [f"in/{name}: the file is not in a picture format that can be read" for name in ("b.xcf", "c", "d.JPG")]
         self.convert("in", status=1, messages=[*unreadable, "2 other files left out",
                                                "3 of 4 files could not be converted as requested (3 not supported)"])
         (self.folder / "in" / "a.png").unlink()

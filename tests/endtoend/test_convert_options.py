@@ -835,7 +835,7 @@ class DryRun(ConvertByOptions):
         (self.folder / "b.png").write_text("words")
         done = self.convert("--dry-run", "--percent", "50", "--out", "out", "a.png", "b.png", status=1)
         self.assertEqual(len(done.stdout.splitlines()), 1)
-        self.assertIn(b"b.png: the file is in no picture format", done.stderr)
+        self.assertIn(b"b.png: the file is not in a known picture format", done.stderr)
 
 
 class ResultsOfARun(ConvertByOptions):
@@ -928,7 +928,7 @@ class Streams(ConvertByOptions):
     def test_what_is_no_picture_is_an_error_without_output(self):
         written, messages = self.stream("--longest", "30", content=b"words", status=1)
         self.assertEqual((written, messages.splitlines()), (b"", [
-            "kestrinectl: standard input: the file is in no picture format that is known here",
+            "kestrinectl: standard input: the file is not in a known picture format",
             "kestrinectl: the picture could not be converted as requested"]))
 
     @unittest.skipIf(is_sanitized(), "sanitizers need more address space than the limit")
@@ -940,7 +940,7 @@ class Streams(ConvertByOptions):
             done = self.kestrinectl("convert", "--longest", "30", "-", stdin=endless, preexec_fn=limit)
         self.assertEqual((done.returncode, done.stdout), (1, b""))
         self.assertRegex(done.stderr.decode(), r"\Akestrinectl: standard input cannot be read: it has more than [\d.]+ MB, half of the "
-                         r"memory that is available; save it as a file and convert that\n\Z")
+                         r"available memory; save it as a file and convert that\n\Z")
 
     def test_a_folder_as_input_is_an_error(self):
         folder = os.open(self.folder, os.O_RDONLY)

@@ -71,7 +71,7 @@ class Explain(ToolTest):
     def test_a_result_with_too_long_a_side_is_said_to_be_too_large(self):
         self.store({"name": "Huge", "formatType": PNG, "resizeType": 1, "ratio": 100000.0})
         pictures.image(pictures.photo(1200, 2)).save(self.folder / "wide.png")
-        reason = "a side of the result would have more than 1000000 pixels"
+        reason = "a side of the result would be longer than 1000000 pixels"
         self.assertIn(f"Gives no result, because {reason}.", self.explain("wide.png"))
         for words in (("--set", "Huge"), ("--percent", "100000", "--out", "x")):
             done = self.kestrinectl("convert", *words, "wide.png")
@@ -105,7 +105,7 @@ class Doctor(ToolTest):
         self.store({"name": "Web"})
         self.write_preferences(self.preferences.read_bytes().replace(b"streamtyped", b"streamtypes"))
         text, messages = self.doctor(status=1)
-        self.assertIn("broken: kestrine takes them as absent", text)
+        self.assertIn("broken: kestrine ignores them", text)
         self.assertRegex(messages[0], "cannot be read .*; repair the file or move it away")
 
     def test_equal_and_misleading_names_are_found(self):
@@ -133,7 +133,7 @@ class Doctor(ToolTest):
     def test_names_that_look_equal_are_found(self):
         self.store({"name": "Caf\u00e9"}, {"name": "Cafe\u0301"})
         text, _ = self.doctor()
-        self.assertIn("the name of @2 looks the same, but its letters are composed in another way", text)
+        self.assertIn("the name of @2 looks the same, but its letters are composed differently", text)
         self.assertIn("the name of @1 looks the same", text)
 
     def test_json_says_the_same_as_the_lines(self):
@@ -170,7 +170,7 @@ class Doctor(ToolTest):
             self.assertIn(f" {package} ", needed.replace("\n", " "))
 
     def test_all_libraries_are_there(self):
-        self.assertRegex(self.doctor()[0], r"libraries:\n  (all there|lib\S+ is missing, for .*; 'apt install \S+' installs it)\n")
+        self.assertRegex(self.doctor()[0], r"libraries:\n  (none is missing|lib\S+ is missing, for .*; 'apt install \S+' installs it)\n")
 
 
 if __name__ == "__main__":

@@ -95,7 +95,7 @@ class Opening(Interface):
         (self.folder / "text.jpg").write_text("words")
         (self.folder / "cut.png").write_bytes(self.path.read_bytes()[:20])
         for name, path, text in (("NOT_FOUND", "none.jpg", "none.jpg: No such file"), ("NOT_A_FILE", ".", "not a regular file"),
-                                 ("UNSUPPORTED", "text.jpg", "no picture format"), ("MALFORMED", "cut.png", "PNG")):
+                                 ("UNSUPPORTED", "text.jpg", "not in a known picture format"), ("MALFORMED", "cut.png", "PNG")):
             picture = ctypes.c_void_p(1)
             status = self.library.kestrine_open_path(os.fsencode(self.folder / path), ctypes.byref(picture))
             self.assertStatus(name, status, text)

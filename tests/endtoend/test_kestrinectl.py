@@ -244,7 +244,7 @@ class Sets(ToolTest):
     def test_show_warns_about_a_set_that_cannot_be_reached_by_its_name(self):
         self.store({"name": "A"}, {"name": "A"})
         self.assertNotIn("Warning", self.control("show", "@1"))
-        self.assertIn("Warning: @1 has the same name, so that 'kestrine -set' applies that one", self.control("show", "@2"))
+        self.assertIn("Warning: @1 has the same name, and 'kestrine -set' applies that one", self.control("show", "@2"))
 
     def test_list_can_print_only_the_names(self):
         self.store({"name": "50%"}, {"name": " a\nb"}, {"name": None})

@@ -374,7 +374,7 @@ class Refusals(Scale):
         content, expected = (self.tree / "plan").read_bytes(), self.expected()
         for words in ((), ("--root", "."), ("--log", "log")):
             [message] = messages_of(self.inside(self.tree, "run", *words, "/dev/stdin", status=2, input=content))
-            self.assertIn("is not a regular file, so there is no place beside it", message)
+            self.assertIn("is not a regular file, so --log and --root have no default; give both", message)
         self.assertEqual(self.results(self.tree), {})
         self.inside(self.tree, "run", "--root", ".", "--log", "log", "/dev/stdin", input=content)
         self.assertEqual(self.results(self.tree), expected)

@@ -140,7 +140,7 @@ SVG = Format(
         Variant("everything outside the file is left out: a picture must not depend on or reach other files", outside),
     ),
     refused=(
-        Refusal("UTF-16", "rare", "no picture format that is known here", utf_16),
+        Refusal("UTF-16", "rare", "not in a known picture format", utf_16),
         Refusal("more than 64 MiB of text", "not a drawing for people", "more than 64 MiB of text", long_text),
     ),
     carriers={"alpha": lambda: File("a.svg", drawing('<rect width="40" height="60" fill="red" fill-opacity="0.4"/>'

@@ -262,7 +262,7 @@ HEIC = Format(
                 unknown_property),
         Refusal("colour matrices of constant luminance and ICtCp", "not linear, and no encoder of still pictures writes them",
                 "colour matrix", nonlinear_matrices),
-        Refusal("files without the box `meta` (mif3)", "too new", "no picture format that is known here", small_header),
+        Refusal("files without the box `meta` (mif3)", "too new", "not in a known picture format", small_header),
         Refusal("fragmented sequences", "rare, and no still pictures", "it has no pictures", fragmented),
         Refusal("cut off files", "an original must not look complete", "the HEIF or AVIF file ends too early",
                 lambda: cut_off("cut-off.heic", lambda: made().file())),

@@ -93,10 +93,10 @@ TGA = Format(
         Variant("indices of 8 and 16 bits", tga_indices),
     ),
     refused=(
-        Refusal("interleaved rows", "programs disagree about their order", "no picture format that is known here",
+        Refusal("interleaved rows", "programs disagree about their order", "not in a known picture format",
                 tga_interleaved),
-        Refusal("Huffman codes", "not defined publicly", "no picture format that is known here", tga_huffman),
-        Refusal("run-length coded bits", "no program reads those of another", "no picture format that is known here",
+        Refusal("Huffman codes", "not defined publicly", "not in a known picture format", tga_huffman),
+        Refusal("run-length coded bits", "no program reads those of another", "not in a known picture format",
                 tga_bit_runs),
     ),
     carriers={"alpha": lambda: File("a.tga", saved(Image.fromarray(RGBA), "TGA"))},

@@ -93,7 +93,7 @@ FORMAT = Format(
     refused=(
         Refusal("P7 of other types, such as CMYK", "what they mean is not defined", "the arbitrary map has an unknown type",
                 other_types),
-        Refusal("PH and Ph (16-bit floating point)", "rare", "no picture format that is known here", half_float_maps),
+        Refusal("PH and Ph (16-bit floating point)", "rare", "not in a known picture format", half_float_maps),
     ),
     carriers={"alpha": lambda: File("a.pam", pam(pictures.photo(WIDTH, HEIGHT, 4), b"RGB_ALPHA", 255)),
               "16 bits": lambda: File("a.ppm", b"P6 " + SIZE + b" 65535\n" + words(PHOTO.astype(int) * 256 + 7))},

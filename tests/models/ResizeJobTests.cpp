@@ -252,7 +252,7 @@ TEST_F(StrictJob, aPictureThatIsTooNarrowForTheSetSaysSo) {
     const auto outcomes = run("a.ppm", {makeSet(u"Small", {{u"resizeType", 2}, {u"maxSize", 100.0F}})});
     ASSERT_TRUE(outcomes.front().failure);
     EXPECT_EQ(outcomes.front().failure->text,
-              "the picture is too narrow: a side of the result would have less than one pixel");
+              "the picture is too narrow: a side of the result would be shorter than one pixel");
 }
 
 } // namespace kestrine

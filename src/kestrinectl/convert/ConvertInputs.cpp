@@ -30,7 +30,7 @@ Content contentOf(const ByteReader& reader, const std::string& path) {
     std::array<std::uint8_t, pictureSignLength> buffer;
     const ByteView head(buffer.data(), reader.readAt(0, buffer));
     if (reader.failure())
-        return Content::picture; // opening it says what is wrong
+        return Content::picture; // opening it reports the error
     if (codecFor(reader) != nullptr)
         return isCompressedFile(head) && !hasNameOfPicture(path) ? Content::other : Content::picture;
     const bool isPicture = hasNameOfPicture(path) || isForeignPicture(head);
@@ -169,7 +169,7 @@ private:
             addPicture(file, root_.native());
             break;
         case Content::unreadablePicture:
-            complainOfFile(file, "the file is in no picture format that can be read",
+            complainOfFile(file, "the file is not in a picture format that can be read",
                            kindOf(Reason::unsupported));
             break;
         case Content::other:
@@ -179,7 +179,7 @@ private:
 
     bool isRecursive() const { return search_.recursive || search_.allFolders; }
 
-    /// As for pictures, a file that an argument names again counts once.
+    /// Reports a file once, even if several arguments name it. The same holds for pictures.
     void complainOfFile(const fs::path& file, const std::string& text, std::string_view kind) {
         if (mayRepeat_ && !file.empty() && !seen_.add(file))
             return;

@@ -18,8 +18,8 @@ namespace {
     throw CommandError(std::string(nameOfStandardInput) + " cannot be read: " + reason);
 }
 
-/// All of standard input, in a file in memory, which the process that decodes can read without a copy of its
-/// own. Half of the available memory is left for decoding.
+/// The whole standard input, in a memory file that the decoding process reads without a second copy. Half of
+/// the available memory is left for decoding.
 std::shared_ptr<const ByteReader> standardInput() {
     const std::uint64_t limit = availableMemory() / 2;
     Result<MemoryFile> copy = MemoryFile::create();
@@ -33,7 +33,7 @@ std::shared_ptr<const ByteReader> standardInput() {
         size += part.size();
         if (size > limit)
             throwUnreadable("it has more than " + shownBytes(limit)
-                            + ", half of the memory that is available; save it as a file and convert that");
+                            + ", half of the available memory; save it as a file and convert that");
     });
     return readerOfFile(std::move(*copy).release(), size);
 }

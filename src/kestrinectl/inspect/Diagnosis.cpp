@@ -55,8 +55,8 @@ void addLayers(const Diagnosis& system, std::vector<std::string>& lines) {
         lines.push_back("  " + layer.name + ": " + (layer.isInForce ? "in force" : "missing") + " ("
                         + layer.purpose + ")");
     if (!std::ranges::all_of(system.layers, &IsolationLayer::isInForce))
-        lines.emplace_back("  The kernel lacks the missing layers, or a container forbids them. Pictures are "
-                           "converted without them, unless --isolation strict is given.");
+        lines.emplace_back("  The kernel does not support the missing layers, or a container forbids them. "
+                           "Pictures are converted without them, unless --isolation strict is given.");
 }
 
 void addPresets(const Diagnosis& system, std::vector<std::string>& lines) {
@@ -70,7 +70,7 @@ void addPresets(const Diagnosis& system, std::vector<std::string>& lines) {
                            : place.isThere ? "not used, because another file comes first"
                                            : "absent"));
     if (!system.presetsProblem.empty()) {
-        lines.emplace_back("  broken: kestrine takes them as absent");
+        lines.emplace_back("  broken: kestrine ignores them");
         return;
     }
     lines.push_back("  " + counted(system.sets, "set") + ", " + std::to_string(system.selected)
@@ -83,7 +83,7 @@ void addPresets(const Diagnosis& system, std::vector<std::string>& lines) {
 void addLibraries(const Diagnosis& system, std::vector<std::string>& lines) {
     lines.emplace_back("libraries:");
     if (system.missing.empty())
-        lines.emplace_back("  all there");
+        lines.emplace_back("  none is missing");
     for (const SystemLibrary& library : system.missing)
         lines.push_back("  " + std::string(library.file) + " is missing, for " + library.purpose
                         + "; 'apt install " + library.package + "' installs it");

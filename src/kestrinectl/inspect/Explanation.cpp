@@ -70,13 +70,13 @@ std::string placeStep(const ResizeSet& set, const ExplainedSet& result) {
     return "Writes " + shownPath(result.path) + ".";
 }
 
-/// `obstacle`: why there is no picture, if that is known.
+/// `obstacle` is the reason for a missing picture, if known.
 std::string resultStep(const ExplainedSet& result, const std::optional<Failure>& obstacle) {
     if (result.format == nullptr)
         return "Gives no result, because its format does not exist.";
     if (result.width == 0)
         return "Gives no result, because "
-               + (obstacle ? obstacle->text : "a side of it would have less than one pixel") + ".";
+               + (obstacle ? obstacle->text : "a side of it would be shorter than one pixel") + ".";
     return "The result is " + sizeText(result.width, result.height) + " pixels, "
            + std::string(result.format->title) + ".";
 }

@@ -66,11 +66,11 @@ std::vector<std::string> nameFindings(const ResizeSets& sets, std::size_t positi
     };
     if (const std::size_t first = firstWhere(isEqual); first != position)
         clauses.push_back("@" + std::to_string(first + 1)
-                          + " has the same name, so that 'kestrine -set' applies that one; 'kestrinectl sets "
-                            "edit --name' gives this one another name");
+                          + " has the same name, and 'kestrine -set' applies that one; rename this one with "
+                            "'kestrinectl sets edit --name'");
     if (const std::size_t twin = firstWhere(looksEqual); twin < sets.size())
         clauses.push_back("the name of @" + std::to_string(twin + 1)
-                          + " looks the same, but its letters are composed in another way");
+                          + " looks the same, but its letters are composed differently");
     return clauses;
 }
 

@@ -165,10 +165,9 @@ void run(const RunRequest& request) {
     if (request.list)
         return printNames(workIn(plan, shard), *request.list == "results");
     if (specialFileExists(plan) && !(request.log && request.root))
-        throw CommandError(
-            "the plan " + shownPath(plan)
-                + " is not a regular file, so there is no place beside it; give --log and --root",
-            2);
+        throw CommandError("the plan " + shownPath(plan)
+                               + " is not a regular file, so --log and --root have no default; give both",
+                           2);
     const RootFolder root(request.root ? typedWord(*request.root) : folderOf(plan));
     runShard(request, plan, shard, root);
 }

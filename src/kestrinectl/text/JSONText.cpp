@@ -52,7 +52,7 @@ std::optional<std::string> textFromJSON(const json& value) {
 std::string textIn(const json& value) {
     std::optional<std::string> text = textFromJSON(value);
     if (!text)
-        throw json::type_error::create(302, "a text is missing", &value);
+        throw json::type_error::create(302, "a string is missing", &value);
     return *std::move(text);
 }
 

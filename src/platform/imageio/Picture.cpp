@@ -83,7 +83,7 @@ Result<FileContents> contentsOf(const std::shared_ptr<Source>& source) {
 
 Failure sideTooLong() {
     return {Reason::tooLarge,
-            "a side of the result would have more than " + std::to_string(maximumSide) + " pixels"};
+            "a side of the result would be longer than " + std::to_string(maximumSide) + " pixels"};
 }
 
 } // namespace kestrine

@@ -42,7 +42,7 @@ Result<const ImageCodec*> knownCodecFor(const ByteReader& reader) {
     if (const std::optional<Failure> error = reader.failure())
         return *error;
     if (codec == nullptr)
-        return Failure{Reason::unsupported, "the file is in no picture format that is known here"};
+        return Failure{Reason::unsupported, "the file is not in a known picture format"};
     return codec;
 }
 
