@@ -1,5 +1,5 @@
-// Reads any bytes as an ICC profile, and its name. If they are accepted, the curves must be invertible, and
-// pixels can be converted.
+// Reads any bytes as an ICC profile, and reads its name. If the profile is accepted, its curves must be
+// invertible and pixels can be converted.
 #include "platform/coregraphics/ColorConversion.h"
 #include "platform/coregraphics/PixelBuffer.h"
 #include "platform/coregraphics/ProfileName.h"

@@ -190,7 +190,7 @@ std::optional<std::string> unknownOption(const Command& command, const std::vect
     return std::nullopt;
 }
 
-/// The words that the parser has no use for, as typed. `program` must have tried to parse them.
+/// The words that the parser does not expect, as typed. `program` must have tried to parse them.
 std::string unexpectedWords(const CLI::App& program) {
     std::vector<std::string> words = program.remaining(true);
     for (std::string& word : words)

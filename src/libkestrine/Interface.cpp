@@ -61,7 +61,7 @@ kestrine_info describe(const std::shared_ptr<Source>& source) {
     return info;
 }
 
-/// The first outcome of the job. Reports progress to the caller; 1 only when there is a result.
+/// The first outcome of the job. Reports progress to the caller; 1 only with a result.
 JobOutcome runWatched(const ResizeJob& job, const kestrine_picture& picture) {
     constexpr double almost = 0.99; // when all rows were read, the encoder may still fail
     const auto report = [&](double share) {
@@ -106,7 +106,7 @@ CallOptions optionsIn(const char* json) {
     return *std::move(options);
 }
 
-/// The kestrine-worker that was installed with this library, wherever both are now.
+/// The kestrine-worker that was installed with this library, even if both were moved.
 std::string installedWorker() {
     const std::filesystem::path library = pathOfThisLibrary();
     if (library.empty())
@@ -116,7 +116,7 @@ std::string installedWorker() {
     return itemExists(found) ? found : KESTRINE_WORKER_PROGRAM;
 }
 
-/// Fails unless a worker can be started, with no rights.
+/// Throws CallFailure unless a worker without rights can be started.
 std::unique_ptr<IsolatedDecoding> startWorkers(const std::string& program) {
     if (!itemExists(program))
         throw CallFailure{KESTRINE_NOT_FOUND, "there is no program " + program};

@@ -11,8 +11,8 @@
  * several threads at the same time, one picture by one thread at a time.
  *
  * fork(): the child may use the library, too, if no other thread used it during fork(). Pictures and buffers
- * are copied; each process closes and frees its own. With kestrine_use_workers(), the child starts workers of
- * its own, also for pictures that were opened before. The parent is not affected.
+ * are copied; each process closes and frees its own. With kestrine_use_workers(), the child starts its own
+ * workers, even for pictures that were opened before. The parent is not affected.
  *
  * Stability: programs that were built with an older version of this header keep working with newer libraries
  * of the same soname. Structures that may grow have a first member that holds their size.
@@ -107,10 +107,10 @@ typedef struct kestrine_info {
 /** Describes a picture. Decodes nothing, but may read the whole file to count its frames. */
 KESTRINE_API kestrine_status kestrine_describe(kestrine_picture* picture, kestrine_info* info);
 
-/** Follows a conversion. `share` grows from 0 to 0.99 with the rows that were made; encoders that need the
- * whole picture work on after the last row. It is 1 when the result is ready. Returns 0 to go on, anything
- * else to cancel. Called from one thread at a time, which may differ from the one that called the library. It
- * must not call the library with the same picture. */
+/** Receives the progress of a conversion. `share` grows from 0 to 0.99 with the rows that were made; encoders
+ * that need the whole picture continue after the last row. It is 1 when the result is ready. Returns 0 to
+ * continue, anything else to cancel. Called by one thread at a time, which may differ from the one that
+ * called the library. It must not call the library with the same picture. */
 typedef int (*kestrine_progress)(double share, void* user);
 
 /** `progress` is called by conversions of this picture from now on; null ends that. While pictures are
@@ -169,14 +169,13 @@ KESTRINE_API kestrine_status kestrine_convert_to_descriptor(kestrine_picture* pi
                                                             int descriptor);
 
 /** From now on, pictures are decoded and encoded in worker processes without rights, for the whole process.
- * `program` is the path of kestrine-worker; null for the one that was installed with the library, which is
- * found if both were moved, too. Call it before any picture is opened, while no other thread uses the
- * library. Starts a worker to try it: fails with KESTRINE_NOT_FOUND if there is no such program, with
- * KESTRINE_NOT_PERMITTED if no worker starts, and with KESTRINE_UNSUPPORTED if the system cannot take all
- * rights from it (Linux before 5.13, for example). After a failure everything stays as it was; after a
- * success, further calls do nothing. The program runs as a child of this process and starts the workers. If
- * it is ended, conversions that are being made fail with KESTRINE_DECODER_ENDED, and the next one starts it
- * again. */
+ * `program` is the path of kestrine-worker; null for the one that was installed with the library, even if
+ * both were moved. Call it before any picture is opened, while no other thread uses the library. Starts a
+ * worker as a test: fails with KESTRINE_NOT_FOUND if there is no such program, with KESTRINE_NOT_PERMITTED if
+ * no worker starts, and with KESTRINE_UNSUPPORTED if the system cannot take all rights from it (Linux before
+ * 5.13, for example). A failure changes nothing; after a success, further calls do nothing. The program runs
+ * as a child of this process and starts the workers. If it ends, running conversions fail with
+ * KESTRINE_DECODER_ENDED, and the next conversion starts it again. */
 KESTRINE_API kestrine_status kestrine_use_workers(const char* program);
 
 #ifdef __cplusplus

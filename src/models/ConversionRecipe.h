@@ -90,10 +90,10 @@ struct ConversionRecipe {
 
 using ConversionRecipes = std::vector<ConversionRecipe>;
 
-/// Whether the result of these recipes takes the place of its original: only a single one replaces.
+/// Whether the result replaces its original. Only a single recipe can do that.
 bool replacesFiles(const ConversionRecipes& recipes);
 
-/// Whether a name contains the number of the file.
+/// Whether the name of a result contains the number of the file.
 bool numbersNames(const ConversionRecipes& recipes);
 
 /// What is made of a picture without a preset, unless options change it: it keeps its size and format (where

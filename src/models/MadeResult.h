@@ -19,7 +19,7 @@ struct MadeResult {
     static MadeResult of(std::shared_ptr<const NSData> data) {
         return {data, data == nullptr ? std::nullopt : std::optional<NewContent>(data->bytes()), {}};
     }
-    /// Fails for an empty file: the process that should have written it said wrongly that it had.
+    /// Fails for an empty file: the process that should have written it wrongly reported success.
     static Result<MadeResult> of(NamelessFile file) {
         NewContent content = TRY(NewContent::of(std::move(file)));
         if (content.size() == 0)

@@ -46,8 +46,8 @@ private:
     std::vector<std::variant<std::string, Field>> pieces_;
 };
 
-/// A relative path in which parts that no file can have ("", ".", "..") are underscores, so that it leads
-/// nowhere else than below its folder.
+/// The path with underscores for parts that no file name can be ("", ".", ".."): relative, and inside its
+/// folder.
 std::string pathInside(const std::string& path);
 
 } // namespace kestrine

@@ -229,7 +229,7 @@ bool writeResult(int result, const PlannedResult& plan, const ConversionRecipe& 
 NSString resultName(const NSString& path, const OutputFormat* format, bool keepsExtension) {
     const NSString stem = path.lastPathComponent().deletingPathExtension();
     const NSString extension = path.pathExtension();
-    const bool hasCase = extension.lowercased() != extension.uppercased(); // unlike "001" and none
+    const bool hasCase = extension.lowercased() != extension.uppercased(); // false for "001" and ""
     const bool isUpperCase = extension == extension.uppercased() && (hasCase || !keepsExtension);
     if (format == nullptr || (keepsExtension && hasExtension(*format, extension.utf8())))
         return stem.appendingPathExtension(extension);

@@ -35,8 +35,8 @@ bool writeResult(int result, const PlannedResult& plan, const ConversionRecipe& 
                  const PictureFile& file);
 
 /// The name of a result without a template: the source's stem with the extension of the format, in upper case
-/// when the source's is. Without a format, and with `keepsExtension` where the source has an extension of the
-/// format, it is the source's extension. For presets an extension without letters counts as upper case.
+/// when the source's is. Without a format, or with `keepsExtension` if the source has an extension of the
+/// format, that extension stays. For presets, an extension without letters counts as upper case.
 NSString resultName(const NSString& path, const OutputFormat* format, bool keepsExtension = false);
 
 } // namespace kestrine

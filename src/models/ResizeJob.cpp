@@ -9,8 +9,8 @@ namespace kestrine {
 
 namespace {
 
-/// Whether the picture decides about the name or the existence of a result. Of several sizes, those that do
-/// not enlarge may be equal, and so may copies.
+/// Whether the name or the existence of a result depends on the picture. Several sizes may give equal results
+/// if they do not enlarge or may copy the file.
 bool dependsOnPicture(const ConversionRecipe& recipe, const ResizeJob& job) {
     const bool mayBeRepeated = job.recipes.size() > 1 && (!recipe.enlarges || recipe.copiesFitting);
     return mayBeRepeated || recipe.format.choice == FormatRule::Choice::ofSource

@@ -6,8 +6,8 @@ namespace kestrine {
 
 namespace {
 
-/// The path of `folder` below `root`, or `folder` if it does not lie there. Presets alone have always removed
-/// every occurrence of the root.
+/// The path of `folder` relative to `root`, or `folder` if it is not below `root`. Presets alone have always
+/// removed every occurrence of the root.
 NSString placeBelow(const NSString& root, const NSString& folder, bool isOfPresetAlone) {
     const NSString beginning = root + u"/";
     if (isOfPresetAlone || !folder.utf16().starts_with(beginning.utf16()))

@@ -19,9 +19,9 @@ public:
     /// the same time; with 1, only this thread may use pictures.
     IsolatedDecoding(Isolation isolation, unsigned usualWorkers);
     /// Workers come from the program `kestrine-worker` at the path `helper`. For processes with any number of
-    /// threads, and their forked copies, which start a helper of their own. A helper that has ended is
-    /// started again. If it cannot be started, pictures are decoded in this process, or fail if `isolation`
-    /// is strict.
+    /// threads, and their forked copies, which start their own helper. A helper that has ended is started
+    /// again. If it cannot be started, pictures are decoded in this process, or fail if `isolation` is
+    /// strict.
     IsolatedDecoding(Isolation isolation, unsigned usualWorkers, const std::string& helper);
     ~IsolatedDecoding();
     IsolatedDecoding(const IsolatedDecoding&) = delete;

@@ -26,7 +26,7 @@ struct ConvertSearch {
     ResizeSets storedSets;
     std::vector<std::string> included; ///< globs of which a file in a folder must match one; none for all
     std::vector<std::string> excluded; ///< globs of which it must match none
-    /// Whether a file in a folder is a result, which is no source; may be empty.
+    /// Whether a file in a folder is a result and therefore not a source; may be empty.
     std::function<bool(const std::string&)> isResult;
     bool replaces = false; ///< whether originals are replaced; then a link to a file that is found is not one
     std::string namedFolder; ///< where results of this run go below the folder of each file; "" if nowhere
@@ -49,8 +49,8 @@ public:
 /// "?" match slashes as well.
 bool globMatches(const std::string& glob, const std::string& path);
 
-/// Whether a search that goes on while results are made may come to folders that get some of them. Within one
-/// folder it does not, since that is read at once.
+/// Whether a search that continues while results are made may reach folders that receive some of them. A
+/// single folder is safe, since its names are read at once.
 bool mayFindOwnResults(const std::vector<std::string>& arguments, const ConvertSearch& search);
 
 /// Finds every file argument, even if it is not a picture, and each file once. Searches every folder argument

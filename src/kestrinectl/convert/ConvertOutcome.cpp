@@ -76,7 +76,7 @@ void addOutcome(ConvertResult& result, const ConvertInput& input, const Conversi
         result.status = ConvertStatus::skipped;
         result.reason = reasonOfFitting;
     }
-    const bool isMade = !outcome.fitsAlready; // a copy has everything
+    const bool isMade = !outcome.fitsAlready; // a copy keeps everything
     if (outcome.isWritten && isMade && outcome.format != nullptr && losesWantedExif(recipe, *outcome.format))
         result.warn("the result has no EXIF data, since it is " + std::string(outcome.format->title)
                     + "; all other formats keep them");

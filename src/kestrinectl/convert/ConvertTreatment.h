@@ -24,7 +24,7 @@ struct ConvertTreatment {
     /// The rest of the options, which limit what a file may cost.
     void addLimitsTo(CLI::App& command);
 
-    /// The stored sets. Where no set decides about the result, sets that cannot be read are only a warning.
+    /// The stored sets. If no set affects the result, sets that cannot be read only cause a warning.
     PresetStore presets() const;
 
     /// The sets to apply; none if the options describe the result.

@@ -28,7 +28,7 @@ public:
 
     /// If the arguments are a few files, searches them at once and returns true.
     bool searchIfShort();
-    /// Searches to the end before anything is taken, whatever memory that needs.
+    /// Completes the search before anything is taken. The memory for the items is not limited.
     void searchFirst();
     /// Begins the search on a thread of its own.
     void searchOnThread();
@@ -36,7 +36,7 @@ public:
     /// The next item, in the order of the search; waits for it. nullopt after the last one.
     std::optional<Item> next();
 
-    /// How many pictures there are at least, of so many that matter; waits until that is known.
+    /// The number of pictures, at most `enough`. Waits until it is known or the queue is full.
     std::size_t countUpTo(std::size_t enough);
 
     /// What was found so far.
@@ -64,7 +64,7 @@ private:
     std::deque<Item> items_;
     Found found_;
     std::size_t maxWaiting_ = 50'000; ///< items; each takes about 200 bytes
-    bool isClosed_ = false;           ///< nobody takes items any more
+    bool isClosed_ = false;           ///< no more items are taken
     std::exception_ptr exception_;    ///< what ended the search
     std::jthread thread_;
 };

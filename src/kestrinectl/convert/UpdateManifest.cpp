@@ -185,7 +185,7 @@ std::string UpdateManifest::keyOf(const std::string& path) const {
     return joinedPath(folderWithoutLinks(folderOf(path)), nameOf(path));
 }
 
-/// Everything that decides a job's results beside the content of its source.
+/// Everything that affects a job's results besides the content of its source.
 std::string UpdateManifest::optionsOf(const ResizeJob& job) const {
     if (recipes_ != job.recipes) {
         recipes_ = job.recipes;
@@ -196,7 +196,7 @@ std::string UpdateManifest::optionsOf(const ResizeJob& job) const {
         recipesText_ = textOf(movable);
     }
     std::string options = std::to_string(outputVersion) + recipesText_;
-    for (const ConversionRecipe& recipe : job.recipes) // not the search that found the file
+    for (const ConversionRecipe& recipe : job.recipes) // only the folder: rootPath depends on the search
         if (const OptionalString folder = folderFor(recipe.place, job.saveFolderPath, job.rootPath))
             options += " " + stored(folderWithoutLinks(folder->utf8()));
     if (numbersNames(job.recipes))

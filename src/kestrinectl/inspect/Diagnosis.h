@@ -1,4 +1,4 @@
-// Diagnosis: what works on this system, and what to do about the rest. Changes nothing.
+// Diagnosis: what works on this system, and how to fix the rest. Changes nothing.
 #pragma once
 
 #include "kestrinectl/DecoderIsolation.h"
@@ -16,12 +16,12 @@ namespace kestrine {
 struct PresetsPlace {
     std::string path;
     bool isThere = false;
-    bool isUsed = false; ///< it is the first that is there
+    bool isUsed = false; ///< it is the first that exists
 };
 
 /// What is unusual about a stored set.
 struct SetFinding {
-    std::size_t position = 0; ///< from 1 on
+    std::size_t position = 0; ///< counts from 1
     std::string set;          ///< its name
     std::string text;         ///< a clause without full stop
 };
@@ -33,7 +33,7 @@ struct Diagnosis {
     std::vector<SetFinding> findings;
     std::string presetsProblem; ///< why the presets cannot be read; "" if they can
     std::vector<SystemLibrary> missing;
-    std::string folder; ///< as typed; `trash` is about it
+    std::string folder; ///< as typed; `trash` describes it
     TrashPlace trash;
 };
 

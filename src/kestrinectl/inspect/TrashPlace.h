@@ -7,7 +7,7 @@ namespace kestrine {
 
 struct TrashPlace {
     bool isPossible = false;
-    std::string text; ///< for people: where they go, or why they cannot
+    std::string text; ///< for messages: where originals go, or why the trash cannot take them
 };
 
 /// Creates nothing.

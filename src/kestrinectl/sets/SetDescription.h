@@ -19,7 +19,7 @@ std::vector<std::string> description(const ResizeSet& set);
 /// The first of these sentences.
 std::string scalingSentence(const ResizeSet& set);
 
-/// The note that says how long the longer side of a result is; nullopt where that is as stored.
+/// The note about the longer side of a result; nullopt if it has the stored length.
 std::optional<std::string> noteOnLongerSide(const ResizeSet& set);
 
 } // namespace kestrine

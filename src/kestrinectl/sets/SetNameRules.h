@@ -19,8 +19,8 @@ std::optional<std::string> objectionTo(const std::string& name);
 /// Warnings about a name that works. Clauses without full stop.
 std::vector<std::string> oddities(const std::string& name);
 
-/// What is unusual about the name of a stored set: objections, oddities, and other sets with that name or one
-/// that looks the same. Clauses without full stop.
+/// Findings about the name of a stored set: objections, oddities, and other sets whose name is equal or looks
+/// equal. Clauses without full stop.
 std::vector<std::string> nameFindings(const ResizeSets& sets, std::size_t position);
 
 } // namespace kestrine

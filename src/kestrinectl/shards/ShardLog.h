@@ -42,10 +42,10 @@ struct LogLine {
     bool isOfOtherVersion = false; ///< the first line of a log that this program does not understand
 };
 
-/// A line that is no object of a log, such as one that was cut off when a process was killed, says nothing.
+/// Empty for a line that is not an object of a log, such as one that was cut off when a process was killed.
 LogLine readLogLine(const std::string& line);
 
-/// What to throw for a log with such a line.
+/// The error for a log whose first line `isOfOtherVersion`.
 CommandError logOfOtherVersion(const std::string& path);
 
 /// The object of a file in a log: that of `convert --json` and the position of its record.

@@ -14,7 +14,7 @@ nlohmann::ordered_json bytesToJSON(ByteView bytes);
 /// The inverse of textToJSON(); nullopt for a value that it would not return.
 std::optional<std::string> textFromJSON(const nlohmann::json& value);
 
-/// The same for what must be a text: throws json::exception for any other value.
+/// The same, but throws json::exception instead of returning nullopt.
 std::string textIn(const nlohmann::json& value);
 
 } // namespace kestrine

@@ -89,7 +89,7 @@ ordered_json toJSON(const ReplacedFile& file) {
             {"resultDigest", file.content.number}};
 }
 
-/// Throws json::exception for anything else than toJSON() gives.
+/// Throws json::exception for anything that toJSON() does not return.
 ReplacedFile replacedFile(const json& object) {
     const auto text = [&](const char* key) { return textIn(object.at(key)); };
     return {.original = text("original"),
@@ -101,7 +101,7 @@ ReplacedFile replacedFile(const json& object) {
             .isReplaced = false};
 }
 
-/// Reads the lines of a journal. Lines that are damaged count as absent.
+/// Reads the lines of a journal. Ignores damaged lines.
 class JournalReader {
 public:
     explicit JournalReader(std::size_t number) { run_.number = number; }
@@ -109,7 +109,7 @@ public:
     void read(const std::string& line) {
         try {
             take(json::parse(line));
-        } catch (const json::exception&) { // the line is not from here
+        } catch (const json::exception&) { // a damaged line
             return;
         }
     }

@@ -28,8 +28,8 @@ Result<bool> isOriginal(const ReplacedFile& file, const std::string& path) {
     return TRY(digestOfFile(path)) != file.content; // a copy from another file system, not the result
 }
 
-/// A temporary name that follows from the recorded one, so that the next undo knows it if this one is killed.
-/// Each `distance` (1 to 15) gives another one.
+/// A temporary name derived from the recorded one, so that the next undo finds the file if this one is
+/// killed. Each `distance` (1 to 15) gives a different name.
 std::string temporaryNameFor(const ReplacedFile& file, std::ptrdiff_t distance) {
     constexpr std::size_t dot = 1, digits = 16;
     std::string name = nameOf(file.hidden); // as temporaryName() makes it
@@ -40,17 +40,17 @@ std::string temporaryNameFor(const ReplacedFile& file, std::ptrdiff_t distance) 
     return name;
 }
 
-/// That of the result while it is examined.
+/// The temporary name of the result while it is examined.
 std::string asideName(const ReplacedFile& file) { return temporaryNameFor(file, 8); }
 
-/// That of an original while it is copied from another file system.
+/// The temporary name of an original while it is copied from another file system.
 std::string copyName(const ReplacedFile& file) { return temporaryNameFor(file, 4); }
 
 Result<bool> removeResult(const ReplacedFile& file) {
     return removeIfContentIs(file.result, file.content, asideName(file));
 }
 
-/// What a run or an undo that was killed has left.
+/// Removes what a killed run or undo has left.
 void removeLeftovers(const ReplacedFile& file) {
     if (file.hidden.empty())
         return;
@@ -68,7 +68,8 @@ void makeFolderOf(const std::string& path) {
 
 } // namespace
 
-/// The item itself if it was moved there, else one that looks like it. Fails if it may be there.
+/// The moved item itself, else one that looks like it. Fails if the item may be in a part of a trash that
+/// cannot be read.
 Result<std::optional<TrashedItem>> Undo::inTrash(const ReplacedFile& file) {
     FoundItems found = trash_.itemsFrom(file.original);
     std::optional<TrashedItem> alike;
@@ -105,7 +106,7 @@ Result<UndoneFile> Undo::takenBack(const ReplacedFile& file) {
     using Kind = UndoneFile::Kind;
     removeLeftovers(file);
     if (TRY(isOriginal(file, file.original))) {
-        if (file.isReplaced && file.result != file.original) // it came back in another way
+        if (file.isReplaced && file.result != file.original) // something else brought it back
             TRY(removeResult(file));
         noteTaken(file);
         return UndoneFile{Kind::inPlace, file.original, ""};
@@ -119,7 +120,7 @@ Result<UndoneFile> Undo::takenBack(const ReplacedFile& file) {
     return bringBack(file, *item, itemExists(file.result));
 }
 
-/// Notes a name that is not the original's own before it is used.
+/// Records a name other than the original's own before it is used.
 Result<std::string> Undo::placeFor(const ReplacedFile& file) {
     const std::string path = uniqueFileName(NSString::fromUTF8(file.original)).utf8();
     if (path != file.original)

@@ -28,7 +28,7 @@ public:
     UndoneFile takeBack(const ReplacedFile& file);
 
     /// Call at the end: makes it certain that the originals are back, and removes their records from the
-    /// trash. After a failure another undo of the run is needed for that.
+    /// trash. After a failure, the run must be undone again for that.
     Result<void> settle();
 
 private:

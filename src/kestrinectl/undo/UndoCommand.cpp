@@ -67,7 +67,7 @@ void undo(std::size_t number) {
     UndoCount count;
     for (const ReplacedFile& file : run.files) {
         throwIfStopped([&] {
-            (void)work.settle(); // the next undo does what is missing
+            (void)work.settle(); // the next undo does the rest
             return std::to_string(count.back) + " of " + counted(run.files.size(), "original")
                    + " back; 'kestrinectl undo " + std::to_string(number) + "' continues";
         });
