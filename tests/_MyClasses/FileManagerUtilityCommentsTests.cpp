@@ -96,7 +96,7 @@ TEST_F(FinderComments, before10_5LongCommentsAreCutAfterAWholeCharacter) {
           Row{times(253, u'a') + u"\U0001F600b", times(253, u'a')},
           Row{times(252, u'a') + u"\U0001F480b", times(252, u'a') + u"\U0001F480"}})
         EXPECT_EQ(commentForFile(file("a", row.comment)), NSString(row.shown));
-    const NSString whole = times(255, u'a') + u"\xdcff"; // 256 bytes, the last of which is no UTF-8
+    const NSString whole = times(255, u'a') + u"\xdcff"; // 256 bytes, the last of which is not UTF-8
     EXPECT_EQ(commentForFile(file("a", whole)), whole);
 }
 

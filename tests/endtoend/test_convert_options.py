@@ -886,7 +886,7 @@ class ResultsOfARun(ConvertByOptions):
         self.convert("--longest", "500", "--metadata", "all", "--skip-fitting", "--out", "out", "moving.gif")
         before = (self.folder / "moving.gif").read_bytes()
         self.assertEqual((self.folder / "out/moving.gif").read_bytes(), before)
-        for dry in (["--dry-run"], []):  # what fits is left where it is, whatever it holds
+        for dry in (["--dry-run"], []):  # a fitting file is left in place, whatever it holds
             self.convert("--longest", "500", "--metadata", "all", "--skip-fitting", "--replace", *dry, "moving.gif")
         self.assertEqual((self.folder / "moving.gif").read_bytes(), before)
 

@@ -314,7 +314,7 @@ class Following(Interface):
 
 
 class Workers(ToolTest):
-    # What each program begins with: a process of its own that uses workers.
+    # The beginning of each program, which is a process of its own that uses workers.
     BEGINNING = """
 import ctypes, os, pathlib, signal, sys, time
 library = ctypes.CDLL(os.environ["KESTRINE_LIBRARY"])
@@ -361,14 +361,14 @@ def wait_for_end_of(processes):
             pictures.image(pictures.photo(*size)).save(self.folder / name)
 
     def run_program(self, program):
-        """What a Python program prints that has no other threads and no other children."""
+        """The output of a Python program that has no other threads and no other children."""
         done = subprocess.run([sys.executable, "-c", self.BEGINNING + program], cwd=self.folder,
                               env={**os.environ, **self.environment}, capture_output=True, text=True, timeout=120)
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         return done.stdout
 
     def test_pictures_are_decoded_in_workers(self):
-        """The child of the program starts the workers, and one of these has the picture open."""
+        """The child of the program starts the workers, and one of them has the picture open."""
         printed = self.run_program("""
 assert library.kestrine_use_workers(b"/nonexistent") == 2
 for wrong in (b"/tmp", b"/etc/passwd", b"/bin/true"):
@@ -384,7 +384,7 @@ for child in children(os.getpid()):
         self.assertEqual(Image.open(self.folder / "c.png").size, (30, 20))
 
     def test_a_forked_copy_and_its_parent_convert_at_the_same_time(self):
-        """Also pictures that were opened before, with a pool of processes as programs in Python make it."""
+        """Includes pictures that were opened before the fork. Uses a pool of processes, as is usual in Python."""
         self.run_program("""
 import multiprocessing
 jobs = [(path, longest) for longest in range(20, 50) for path in (b"a.png", b"b.png")]
@@ -416,7 +416,7 @@ for turn in range(3):
     assert result_of(picture, 50) == expected
     assert converted(b"a.png", 50) == expected
     assert library.kestrine_use_workers(None) == 0
-    new, = children(os.getpid()) # so no zombie remains
+    new, = children(os.getpid()) # so no zombie is left
     assert new != helper
 """)
 

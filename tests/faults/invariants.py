@@ -157,7 +157,7 @@ def truthful_undo(scenario, after, outcome):
 
 
 def violations_after_resuming(scenario, expected, after, messages):
-    """What does not hold when the same command has run again without faults: everything is as after one undisturbed run."""
+    """What is wrong when the same command has run again without faults: all files must be as after one undisturbed run."""
     def results(files):
         return {path: content for path, content in files.items() if not path.startswith(scenario.notes) and not TEMPORARY.search(path)}
 
@@ -169,8 +169,8 @@ def violations_after_resuming(scenario, expected, after, messages):
 
 
 def violations_after_undo(scenario, world, outcome, after, messages):
-    """What does not hold when a run has been undone without faults, whatever failed before. A result that replaced nothing,
-    since a call failed, stays."""
+    """What is wrong when a run has been undone without faults, whatever failed before. A result that replaced nothing
+    because a call failed stays."""
     for path in missing_originals(scenario, after):
         yield f"{path} is not brought back by undo: {messages[:200]!r}"
     if outcome.killed or outcome.status == 0:

@@ -123,7 +123,7 @@ class Installed(unittest.TestCase):
             self.assertRuns(EXAMPLES / "programs/convert.py", f"{folder}/a.webp")
 
     def test_the_library_finds_its_worker_wherever_both_are(self):
-        """Under the prefix, which is not the one that was configured, in a copy of that, and also through a link."""
+        """Under another prefix than the configured one, in a copy of that installation, and through a link."""
         self.skip_with_sanitizers()
         program = ("import ctypes, sys\nlibrary = ctypes.CDLL(sys.argv[1])\nlibrary.kestrine_error_text.restype = ctypes.c_char_p\n"
                    "print(library.kestrine_use_workers(None), library.kestrine_error_text().decode())\n")

@@ -10,7 +10,7 @@ namespace kestrine {
 
 namespace {
 
-/// Whole pixels for a length in points; 0 where nothing can be drawn. Notes that a length is too long.
+/// Whole pixels for a length in points; 0 if nothing can be drawn. Notes a failure if the length is too long.
 std::uint32_t canvasPixels(float points) {
     if (points > static_cast<float>(maximumSide))
         noteFailure(sideTooLong());

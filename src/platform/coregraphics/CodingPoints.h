@@ -1,5 +1,5 @@
-// CodingPoints: how samples of a picture become colours, by the numbers of ITU-T H.273 (CICP) that HEIF, AVIF
-// and the compressed pictures in them use.
+// CodingPoints: how samples of a picture become colours, given by the code points of ITU-T H.273 (CICP) in
+// HEIF, AVIF, PNG and compressed pictures.
 #pragma once
 
 #include "platform/coregraphics/ColorProfile.h"
@@ -21,8 +21,8 @@ struct CodingPoints {
 /// Red, green and blue as sums of Y, Cb and Cr, where Y goes from 0 to 1, and Cb and Cr from -1/2 to 1/2.
 using ColorMatrix = std::array<std::array<double, 3>, 3>;
 
-/// Unspecified matrices count as that of BT.601. nullopt for those that are not linear (10, 13, 14) or that
-/// nobody uses (11).
+/// Unspecified matrices count as that of BT.601. nullopt for those that are not linear (10, 13, 14) or not
+/// used (11).
 std::optional<ColorMatrix> matrixOf(const CodingPoints& points);
 
 /// The profile of pixels with these primaries and this transfer function; nullopt for sRGB, which needs none.

@@ -38,7 +38,7 @@ ByteView descriptionIn(ByteView profile) {
     return {};
 }
 
-/// ASCII, after its length with a zero byte. Other bytes become question marks.
+/// The ASCII string after its length, which counts a zero byte. Other bytes become question marks.
 std::string plainText(ByteView tag) {
     constexpr std::size_t lengthOffset = 8, textOffset = 12;
     const ByteView text = partOf(

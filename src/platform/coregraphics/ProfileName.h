@@ -7,7 +7,7 @@
 
 namespace kestrine {
 
-/// The description in an ICC profile, as UTF-8, at most 300 bytes; "" if it has none that can be read.
+/// The description in an ICC profile, as UTF-8, at most 300 bytes; "" if none can be read.
 std::string profileName(ByteView profile);
 
 } // namespace kestrine

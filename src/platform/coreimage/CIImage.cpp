@@ -10,8 +10,8 @@ namespace kestrine {
 
 namespace {
 
-/// nullopt for a side that no image can have, which is noted if the side is too long. One pixel more than the
-/// largest side is accepted, because a crop follows.
+/// nullopt for a side that no image can have. Notes a failure if the side is too long. One pixel more than
+/// the largest side is accepted, because a crop follows.
 std::optional<std::uint32_t> wholePixels(double side) {
     const double whole = std::floor(side + std::max(0.01, side / 2097152.0));
     if (whole > maximumSide + 1.0)

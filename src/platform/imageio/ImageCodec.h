@@ -113,7 +113,7 @@ struct ImageCodec {
     /// Opens the files that open() refuses with reason "otherFormat", because the signature is not enough to
     /// tell them apart; else null.
     const ImageCodec* other = nullptr;
-    /// Whether ImageDecoder::contents() is always one picture, so that nobody needs to ask the decoder.
+    /// Whether ImageDecoder::contents() is always one picture, so that the decoder need not be asked.
     bool holdsOnePicture = false;
 };
 

@@ -67,8 +67,8 @@ class Segments {
 public:
     explicit Segments(Walk& walk) : walk_(walk) {}
 
-    /// Whether the segment at hand describes only pixels, or is of the first EXIF block: a decoder does not
-    /// deliver further blocks. `length` includes itself, which was read.
+    /// Whether the current segment describes only pixels, or belongs to the first EXIF block; decoders
+    /// deliver no further ones. `length` is the length field, which counts itself and was read.
     bool isUsual(std::uint32_t marker, std::uint32_t length) {
         using namespace std::string_view_literals;
         constexpr std::uint32_t app0 = 0xffe0, app1 = 0xffe1, app2 = 0xffe2, app14 = 0xffee;
@@ -81,7 +81,7 @@ public:
             return exifBlocks_ == 1 && walk_.isAt("Exif\0\0"sv);
         if (marker == app2)
             return walk_.isAt("ICC_PROFILE\0"sv);
-        return marker == app14 || marker < app0; // those above are other applications and comments
+        return marker == app14 || marker < app0; // the rest is data of applications, and comments
     }
 
 private:
@@ -89,7 +89,7 @@ private:
     int exifBlocks_ = 0;
 };
 
-/// Also what follows the picture, such as further pictures and films, is more.
+/// Data after the picture count too, such as further pictures and films.
 bool hasOtherInJPEG(const std::shared_ptr<const ByteReader>& file) {
     constexpr std::uint32_t startOfScan = 0xffda, endOfImage = 0xffd9;
     Walk walk(file);
@@ -106,7 +106,7 @@ bool hasOtherInJPEG(const std::shared_ptr<const ByteReader>& file) {
     return !marker || walk.number(1);
 }
 
-/// Also what follows the picture is more, and an eXIf chunk that is not `exif`, such as a second one.
+/// Data after the picture count too, and so does an eXIf chunk other than `exif`, such as a second one.
 bool hasOtherInPNG(const std::shared_ptr<const ByteReader>& file, ByteView exif) {
     constexpr std::array usual = {fourCC("IHDR"), fourCC("PLTE"), fourCC("IDAT"), fourCC("tRNS"),
                                   fourCC("gAMA"), fourCC("cHRM"), fourCC("sRGB"), fourCC("iCCP"),

@@ -8,7 +8,7 @@
 
 namespace kestrine {
 
-/// A FileQuestion about what a file holds beside its pixels, their profile and their resolution. The answer
+/// A FileQuestion about what a file holds besides its pixels, their profile and their resolution. The answer
 /// is for holdsNoMoreThan().
 Result<Bytes> metadataOf(const std::shared_ptr<const ByteReader>& file);
 

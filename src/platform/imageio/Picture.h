@@ -124,7 +124,7 @@ Result<FileContents> contentsOf(const std::shared_ptr<Source>& source);
 /// The profile after `step` of pixels that had `profile` before it.
 std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<ColorProfile> profile);
 
-/// Why there is no picture with a side of more than maximumSide pixels.
+/// The failure for a picture with a side longer than maximumSide pixels.
 Failure sideTooLong();
 
 } // namespace kestrine

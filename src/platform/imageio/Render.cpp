@@ -144,7 +144,7 @@ Result<void> checkSize(const Picture& picture) {
     return {};
 }
 
-/// Presets take what a TIFF page says of itself for EXIF data only if it says who or what made the picture.
+/// For presets, the entries of a TIFF page count as EXIF data only if they say its origin.
 bool isExifForPresets(const Source& source, ByteView block) {
     return source.codec() != &tiff::codec || readExifFacts(block).saysOrigin;
 }

@@ -12,7 +12,7 @@
 namespace kestrine {
 namespace {
 
-/// A file of which the system can only read the first bytes.
+/// A file of which only the first bytes can be read.
 class HalfReadableFile final : public ByteReader {
 public:
     HalfReadableFile(Bytes bytes, std::size_t readable)
@@ -37,7 +37,7 @@ private:
     mutable std::atomic<bool> hasFailed_ = false;
 };
 
-/// What is made of a file is the error of the system, as soon as there is one.
+/// Expects the error of the system instead of any result, if there was one.
 void expectNoResultOf(const std::shared_ptr<const HalfReadableFile>& file) {
     const Result<std::shared_ptr<LocalSource>> source = LocalSource::open(file);
     const Result<Bytes> result =
@@ -45,7 +45,7 @@ void expectNoResultOf(const std::shared_ptr<const HalfReadableFile>& file) {
     const Result<PixelBuffer> pixels =
         source ? readPixels({*source, 0, {}}) : Result<PixelBuffer>(source.failure());
     if (!file->failure())
-        return; // the part is not needed
+        return; // the missing part is not needed
     ASSERT_FALSE(result);
     EXPECT_EQ(result.failure().text, "a broken disk");
     ASSERT_FALSE(pixels);

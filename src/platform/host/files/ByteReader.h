@@ -23,7 +23,7 @@ public:
     virtual std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const = 0;
 
     /// The first error of the system while reading; nullopt if there was none. A reader that wraps another
-    /// one leaves it to that one.
+    /// one reports none; the wrapped one does.
     virtual std::optional<Failure> failure() const { return std::nullopt; }
 
     /// The descriptor of the open file that is read, which the reader keeps; -1 if the bytes are in memory.
@@ -34,8 +34,8 @@ public:
     Result<Bytes> readAll(std::uint64_t limit) const;
 };
 
-/// `made` from an input, or the reader's failure() if there is one: a parser cannot tell a part that could
-/// not be read from the end of the input.
+/// `made`, which was made from the input of `reader`. Fails with the reader's failure() if there is one,
+/// since a decoder cannot tell an unreadable part from the end of the input. A null reader has none.
 template <class T>
 Result<T> orReadError(const ByteReader* reader, Result<T> made) {
     if (std::optional<Failure> error = reader == nullptr ? std::nullopt : reader->failure())

@@ -17,11 +17,11 @@ struct ContentDigest {
     auto operator<=>(const ContentDigest&) const = default;
 };
 
-/// The digest of a content that comes piece by piece.
+/// The digest of content that arrives in pieces.
 class RunningDigest {
 public:
     void add(ByteView more);
-    /// Of everything that was added.
+    /// The digest of everything added so far.
     const ContentDigest& digest() const { return digest_; }
 
 private:

@@ -16,7 +16,7 @@ Result<struct stat> attributesOf(const std::string& path, FollowLinks follow);
 
 /// Creates one folder with the mode bits below 010000 and the modification time of `attributes`, and with its
 /// owner and group if that is permitted. If it is not permitted, the set-user-ID, set-group-ID and sticky
-/// bits are left out. Attributes that cannot be set are no failure. Fails with alreadyExists if the name is
+/// bits are left out. It is not an error if attributes cannot be set. Fails with alreadyExists if the name is
 /// in use.
 Result<void> makeFolderWithAttributes(const std::string& path, const struct stat& attributes);
 

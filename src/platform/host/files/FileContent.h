@@ -22,12 +22,12 @@ Result<Bytes> readSmallFile(const std::string& path, std::uint64_t limit);
 /// ends. The position does not change.
 Result<void> forEachBlock(int file, const std::function<Result<void>(ByteView block)>& use);
 
-/// Whether to repeat a write that has just failed, as errno tells: it was interrupted, or the descriptor is a
-/// full non-blocking pipe, which has room again when this returns.
+/// Whether to repeat a write that has just failed, according to errno: it was interrupted, or the descriptor
+/// is a full non-blocking pipe. Waits until the pipe has room again.
 bool mayWriteAgain(int file);
 
-/// Writes all of `content` at the current position of the open file. Waits for a full pipe or socket, also if
-/// it is non-blocking.
+/// Writes all of `content` at the current position of the open file. Waits while a pipe or socket is full,
+/// even if it is non-blocking.
 Result<void> writeAll(int file, ByteView content);
 /// The same at `offset`; the position does not change. `failing` begins the message of a failure.
 Result<void> writeAllAt(int file, ByteView content, std::uint64_t offset,

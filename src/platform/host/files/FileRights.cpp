@@ -10,7 +10,7 @@ namespace kestrine {
 
 namespace {
 
-/// Whether the file has the group then. The owner is set too, if that is permitted.
+/// Sets the group, and the owner if that is permitted. Returns whether the file has the group.
 bool givesGroup(int file, const FileRights& rights) {
     struct stat own {};
     const bool isKnown = ::fstat(file, &own) == 0;
@@ -21,7 +21,7 @@ bool givesGroup(int file, const FileRights& rights) {
            || (isKnown && own.st_gid == rights.group);
 }
 
-/// The mode for a file of another group, whose members may do no more than anybody.
+/// The mode for a file that could not get the group: its own group gets no more rights than all users have.
 mode_t withoutRightsOfGroup(mode_t mode) {
     const mode_t ofOthers = mode & S_IRWXO, others = ofOthers << 3;
     return (mode & ~static_cast<mode_t>(S_IRWXG)) | (mode & others & S_IRWXG);

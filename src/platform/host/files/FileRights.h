@@ -17,8 +17,8 @@ struct FileRights {
 /// The rights of the file at `path`; links are followed. Fails with notFound if there is none.
 Result<FileRights> rightsOfFile(const std::string& path);
 
-/// Gives them to an open file. That another user owns it is no failure where the system does not permit that,
-/// nor that it gets another group, whose members may then do no more than anybody.
+/// Gives them to an open file. It is not an error if the system does not permit setting the owner or the
+/// group. If the group cannot be set, the group of the file gets no more rights than all users have.
 Result<void> giveRights(int file, const FileRights& rights);
 
 } // namespace kestrine

@@ -16,7 +16,8 @@ bool isNoFile(const Failure& failure) {
     return failure.reason == Reason::notFound || failure.reason == Reason::notRegularFile;
 }
 
-/// Removes the item under the private name `aside`. Returns whether it did; false if it has another mark.
+/// Removes the item under the private name `aside`. Returns whether it was removed; false if it has another
+/// mark.
 Result<bool> removeIfMarked(const std::string& aside, const FileMark& mark) {
     if (TRY(markOfItem(aside)) != mark)
         return false;

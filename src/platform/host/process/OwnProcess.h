@@ -1,4 +1,5 @@
-// OwnProcess: the process that made an object. A fork copies objects, but not what they stand for.
+// OwnProcess: the process that made an object. A fork copies objects, but not the resources that they
+// represent.
 #pragma once
 
 #include <sys/types.h>
@@ -6,7 +7,7 @@
 
 namespace kestrine {
 
-/// A member of objects that may be used only by the process that made them. Any thread; one cheap system
+/// A member of objects that may be used only by the process that made them. Any thread; costs one fast system
 /// call.
 class OwnProcess {
 public:

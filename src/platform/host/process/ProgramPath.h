@@ -9,8 +9,8 @@ namespace kestrine {
 /// The path of the running program, without links; "" if the system does not say.
 std::string pathOfThisProgram();
 
-/// The path of the shared library that contains this code, without links; that of the program if it was
-/// linked into that. "" if the loader knows only a relative path, which another current folder would falsify.
+/// The path of the shared library that contains this code, or of the program that it is linked into, without
+/// links. "" if the loader knows only a relative path, since the current folder may have changed.
 std::string pathOfThisLibrary();
 
 /// The paths at which a program may be, in the order of PATH; a name with a slash is its own path. Does not

@@ -13,7 +13,8 @@ namespace kestrine {
 
 /// The connection with the nursery's process: a child with one thread that starts and ends workers. Any
 /// thread; one request at a time. It stays valid after the WorkerNursery is destroyed, but then it cannot
-/// start workers. In a forked copy of the process that made it, it sends nothing: it starts and ends nothing.
+/// start workers. In a forked copy of the process that made it, it sends nothing, so it starts and ends no
+/// process.
 class NurseryConnection {
 public:
     NurseryConnection(MessageSocket socket, std::optional<pid_t> process)
@@ -52,15 +53,15 @@ public:
     explicit WorkerNursery(const WorkerProgram& program);
     /// The nursery is the program at the path `helper`, which calls runAsNursery(). For processes with any
     /// number of threads. It and all workers end at the latest when this process and its forked copies have
-    /// ended. When a worker is to be started and the program does not run, it is started again; so a forked
-    /// copy, in which no other thread used workers during the fork, gets a nursery of its own.
+    /// ended. If the program does not run when a worker is needed, it is started again. So a forked copy gets
+    /// its own nursery, provided that no other thread used workers during the fork.
     explicit WorkerNursery(std::string helper);
     ~WorkerNursery();
     WorkerNursery(const WorkerNursery&) = delete;
     WorkerNursery& operator=(const WorkerNursery&) = delete;
 
-    /// The connection of the existing nursery, which is renewed if that is needed and possible; null if no
-    /// nursery exists. Any thread.
+    /// The connection of the existing nursery, renewed if necessary and possible; null if no nursery exists.
+    /// Any thread.
     static std::shared_ptr<NurseryConnection> connection();
 
 private:
@@ -71,8 +72,8 @@ private:
     mutable std::shared_ptr<NurseryConnection> connection_; ///< guarded by mutex_; never null
 };
 
-/// What a helper program does: serves the process that started it, until that has no WorkerNursery any more.
-/// The workers run `program`.
+/// What a helper program does: serves the process that started it as long as that has a WorkerNursery. The
+/// workers run `program`.
 void runAsNursery(const WorkerProgram& program);
 
 } // namespace kestrine

@@ -35,7 +35,7 @@ public:
     /// free again.
     Result<Bytes> exchange(ByteView request, std::span<const int> files, const AnswerLimits& limits);
 
-    /// Whether the worker still runs, for this process.
+    /// Whether the worker still runs; false in a forked copy.
     bool isAlive() const;
 
     /// Waits until the worker is in its sandbox. Returns no layers if it ended before.

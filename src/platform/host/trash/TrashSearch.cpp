@@ -25,8 +25,8 @@ Result<std::string> recordedPath(const std::string& record, const std::string& t
     return path.empty() || path.starts_with('/') ? path : joinedPath(topFolder, path);
 }
 
-/// A file goes in one step: under another name it would stay in the trash without a record if this process
-/// were killed. Nobody else has a reason to put another file in its place.
+/// Removes a file in one step: if it were renamed first and this process killed, it would stay in the trash
+/// without a record. No other process has a reason to put another file in its place.
 Result<void> removeFromTrash(const FolderEntry& item, const CopiedItem& copied) {
     bool anythingRemoved = false;
     if (S_ISDIR(copied.original.st_mode))
@@ -52,7 +52,7 @@ Result<void> copyOut(const FolderEntry& from, const FolderEntry& to, const std::
 
 } // namespace
 
-/// What is absent, and what no trash makes, hides no item.
+/// Missing parts, and files that no trash creates, are not obstacles, because they cannot hide an item.
 void TrashSearch::Records::note(const Failure& failure) {
     const bool hidesNothing = failure.reason == Reason::notFound || failure.reason == Reason::tooLarge
                               || failure.reason == Reason::notRegularFile;

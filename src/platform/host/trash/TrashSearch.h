@@ -15,7 +15,7 @@ namespace kestrine {
 
 struct FoundItems {
     std::vector<TrashedItem> items;
-    std::optional<Failure> obstacle; ///< why there may be more: a part of a trash could not be read
+    std::optional<Failure> obstacle; ///< set if a part of a trash could not be read
 };
 
 /// Reads the records of each trash once, when it is needed first.
@@ -43,10 +43,11 @@ private:
     std::map<std::string, Result<std::string>> tops_; ///< where the file systems of folders are mounted
 };
 
-/// Moves an item out of the trash to `path`, whose name must be free (alreadyExists). An item of another file
-/// system is copied, compared and then removed. Bytes, times and attributes stay. The record stays as well,
-/// because it must outlive a power failure until the folder of `path` is synced; see removeRecords().
-/// `hidden` is the temporary name of a copy until it is complete; only a process that is killed leaves it.
+/// Moves an item out of the trash to `path`. Fails with alreadyExists if the name is in use. An item on
+/// another file system is copied, compared and then removed. Bytes, times and attributes stay. The record
+/// stays as well, because it must outlive a power failure until the folder of `path` is synced; see
+/// removeRecords(). `hidden` is the temporary name of a copy until it is complete; it remains only if the
+/// process is killed.
 Result<void> takeOutOfTrash(const TrashedItem& item, const std::string& path,
                             const std::string& hidden = temporaryName());
 

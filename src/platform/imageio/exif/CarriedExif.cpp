@@ -16,7 +16,7 @@ namespace kestrine {
 
 namespace {
 
-/// What is copied from the main directory. The JFIF segment of the file holds the resolution.
+/// Tags that are copied from the main directory. The JFIF segment of the file holds the resolution.
 constexpr std::array<std::uint16_t, 8> carriedMainTags{
     exiftag::imageDescription, exiftag::make,     exiftag::model,  exiftag::orientation,
     exiftag::software,         exiftag::dateTime, exiftag::artist, exiftag::copyright,
@@ -37,17 +37,17 @@ constexpr std::array<std::uint16_t, 9> furtherMainTags{
 
 constexpr std::array<std::uint16_t, 3> rightsTags{exiftag::orientation, exiftag::artist, exiftag::copyright};
 
-/// They identify the camera or its owner.
+/// Tags that identify the camera or its owner.
 constexpr std::array<std::uint16_t, 5> ownerTags{
     0xa430, // CameraOwnerName
     0xa431, // BodySerialNumber
     0xa435, // LensSerialNumber
     0xfde8, // OwnerName, as some raw converters write it
-    0xfde9, // SerialNumber, of the same
+    0xfde9, // SerialNumber, as above
 };
 
-/// What is never copied from the other directories: offsets into the source, entries that depend on such
-/// offsets, and entries that are written again.
+/// Tags that are never copied from the other directories: offsets into the source, entries that depend on
+/// such offsets, and entries that are written again.
 constexpr std::array<std::uint16_t, 13> droppedTags{
     0x0111, // StripOffsets
     0x0117, // StripByteCounts
@@ -64,15 +64,15 @@ constexpr std::array<std::uint16_t, 13> droppedTags{
     0xea1d, // OffsetSchema, a correction for the MakerNote
 };
 
-/// They say where something is in the picture, or how large its pixels were, and become wrong when it changes
-/// its size or is turned. Presets carry them as they are.
+/// Tags for places in the picture and the size of the sensor's pixels. They become wrong when its size
+/// changes or it is turned. Presets copy them unchanged.
 constexpr std::array<std::uint16_t, 5> placeTags{
     exiftag::subjectArea,           exiftag::focalPlaneXResolution,
     exiftag::focalPlaneYResolution, exiftag::focalPlaneResolutionUnit,
     exiftag::subjectLocation,
 };
 
-/// They describe only how the pixels or the block are stored.
+/// Tags that only describe how the pixels or the block are stored.
 constexpr std::array<std::uint16_t, 10> storageTags{
     exiftag::xResolution,
     exiftag::yResolution,
@@ -91,7 +91,7 @@ constexpr std::size_t largestBlock = 65533 - 6;
 constexpr std::uint32_t blockHeaderSize = 8;
 constexpr std::uint16_t sRGB = 1; // as a colour space
 
-/// ExifTagReader skips larger directories. The entries that may be added stay within it.
+/// ExifTagReader skips larger directories. The limit includes the entries that may be added.
 constexpr std::size_t largestDirectory = 299;
 constexpr std::size_t addedEntries = 3;
 
@@ -200,13 +200,13 @@ std::optional<CarriedFields> selectFields(const ExifDirectories& source, ExifSel
     return carried;
 }
 
-/// Whether the directory says that the picture is upright and nothing else.
+/// Whether the directory only says that the picture is upright.
 bool isOnlyUpright(const ExifFields& main) {
     return main.size() == 1 && main.begin()->first == exiftag::orientation
            && main.begin()->second.value == exifShortField(1).value;
 }
 
-/// Corrects what `result` makes wrong.
+/// Updates the fields that are wrong for `result`.
 void update(CarriedFields& carried, const ExifResult& result, ExifSelection selection) {
     if (result.isTurned)
         carried.main.insert_or_assign(exiftag::orientation, exifShortField(1));

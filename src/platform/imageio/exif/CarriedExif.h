@@ -15,10 +15,10 @@ enum class ExifSelection : std::uint8_t {
     all,          ///< also GPS data
 };
 
-/// What a block says wrongly about the result unless it is updated.
+/// Properties of a result that its block must agree with.
 struct ExifResult {
-    std::uint32_t width, height; ///< in pixels; 0 leaves what the block says
-    bool isTurned = false;       ///< it is upright, whatever the block says
+    std::uint32_t width, height; ///< in pixels; 0 keeps the values of the block
+    bool isTurned = false;       ///< its pixels are upright
     bool isResized = false;      ///< it is scaled, cut or has margins
     bool isInSRGB = false;       ///< its colours were converted to sRGB
 };
@@ -28,13 +28,13 @@ struct ExifResult {
 ///  - the Exif sub-IFD without MakerNote, and the interoperability IFD;
 ///  - PixelXDimension and PixelYDimension of the result, and Orientation 1 if it `isTurned`;
 ///  - no GPS data and no thumbnail.
-/// `selection` gives more or less of it; all but `camera` leave out where the subject is, and the size of the
-/// sensor's pixels, when they are no longer right. If the block is too large for a JPEG segment, the largest
-/// values are left out. Empty if the source has nothing to copy.
+/// `selection` gives more or less of it. Except for `camera`, the place of the subject and the size of the
+/// sensor's pixels are left out when they are no longer right. If the block is too large for a JPEG segment,
+/// the largest values are left out. Empty if the source has nothing to copy.
 Bytes carriedExif(ByteView block, const ExifResult& result, ExifSelection selection = ExifSelection::camera);
 
-/// Whether carriedExif() with `selection` keeps all that the block says. What describes only how the pixels
-/// or the block are stored does not count; a thumbnail, a MakerNote and what cannot be read do.
+/// Whether carriedExif() with `selection` keeps all data of the block. Entries that only describe how the
+/// pixels or the block are stored do not count; a thumbnail, a MakerNote and unreadable entries do.
 bool keepsWholeExif(ByteView block, ExifSelection selection);
 
 } // namespace kestrine

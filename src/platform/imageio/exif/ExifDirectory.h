@@ -37,7 +37,7 @@ struct ExifEntry {
 
 /// The entries by tag. If a tag occurs twice, the last entry counts, as in ExifTagReader.
 struct ExifDirectory : std::map<std::uint16_t, ExifEntry> {
-    bool isComplete = true; ///< whether it says nothing that is not among the entries
+    bool isComplete = true; ///< false if entries cannot be read or share a tag
 };
 
 /// The directories of a block with a valid header. The block must outlive this.

@@ -47,14 +47,14 @@ int orientationOf(const ExifDirectories& source, const ExifDirectory& main) {
     return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;
 }
 
-/// Whether a string has the form of a date, with digits in the places of digits.
+/// Whether a string has the form "2024:06:01 18:30:05".
 bool isDate(std::string_view text) {
     constexpr std::string_view form = "0000:00:00 00:00:00";
     return std::ranges::equal(
         text, form, [](char c, char place) { return place == '0' ? c >= '0' && c <= '9' : c == place; });
 }
 
-/// The string in an entry, up to its zero byte; empty if it is no date.
+/// The string in an entry, up to its zero byte; empty if it is not a date.
 std::string dateIn(const ExifDirectory& directory, std::uint16_t tag) {
     const auto entry = directory.find(tag);
     if (entry == directory.end() || entry->second.type != exifText)

@@ -1,4 +1,4 @@
-// The tags of EXIF that are used by name, as CIPA DC-008 numbers them.
+// The EXIF tags that are used by name, with their numbers in CIPA DC-008.
 #pragma once
 
 #include <cstdint>

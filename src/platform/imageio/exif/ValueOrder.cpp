@@ -12,7 +12,7 @@ namespace kestrine {
 
 namespace {
 
-/// Incomplete units at the end stay.
+/// An incomplete unit at the end stays.
 void reverseUnits(std::span<std::uint8_t> value, std::size_t unit) {
     for (; unit > 1 && value.size() >= unit; value = value.subspan(unit))
         std::ranges::reverse(value.first(unit));

@@ -5,8 +5,8 @@
 
 namespace kestrine {
 
-/// Exchanges the byte order of all numbers in the value of an entry, also of those in values of the type
-/// UNDEFINED that are known to hold some. Values of unknown types stay.
+/// Reverses the byte order of all numbers in the value of an entry, including those known to be in values of
+/// the type UNDEFINED. Values of unknown types stay.
 void exchangeByteOrder(std::uint16_t tag, std::uint16_t type, Bytes& value);
 
 } // namespace kestrine

@@ -37,7 +37,8 @@ void restart(j_compress_ptr info) {
     output.manager.free_in_buffer = output.buffer.size();
 }
 
-/// The library cannot be told that writing failed, so that is remembered. No exception may pass through it.
+/// Keeps a failure in `output`, because the library cannot be told. No exception may pass through the
+/// library.
 void flush(Output& output, std::size_t count) {
     if (!output.written)
         return;

@@ -88,8 +88,8 @@ std::optional<ColorProfile> calibratedProfile(const LibraryReader& file, ColorMo
     return ColorProfile::fromGamma(1 / gamma, primaries, model);
 }
 
-/// The numbers in a cICP chunk; nullopt if there is none, or one that says nothing or that PNG does not
-/// permit.
+/// The code points in a cICP chunk; nullopt if there is none, or if they are unspecified or not permitted in
+/// PNG.
 std::optional<CodingPoints> storedPoints(const ByteReader& file) {
     constexpr std::uint16_t unspecified = 2, ofRGB = 0;
     const Bytes content = chunkContent(file, "cICP", signatureBytes, SearchEnd::atPixels);
@@ -201,7 +201,7 @@ private:
     const std::shared_ptr<const ByteReader> reader_;
     Bytes exif_; ///< after the pixels, only its orientation counts for how they are shown
     const Bytes colorTable_;
-    std::optional<HighRange> hdr_; ///< for pictures that are mapped to the ordinary range
+    std::optional<HighRange> hdr_; ///< for HDR pictures, which become SDR
     mutable HeldReader<LibraryReader> file_;
 };
 

@@ -75,7 +75,7 @@ std::string_view withoutByteOrderMark(std::string_view text) {
     return text.substr(text.starts_with("\xef\xbb\xbf"sv) ? 3 : 0);
 }
 
-/// Whether it surely is no HTML, for which a comment at the start would be enough.
+/// Whether it is certainly not HTML, which may also start with a comment.
 bool isXML(std::string_view text) {
     return text.starts_with("<?xml"sv) || text.starts_with("<!DOCTYPE svg"sv);
 }

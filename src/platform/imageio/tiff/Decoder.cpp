@@ -85,7 +85,8 @@ private:
         return {};
     }
 
-    /// What a sub-page without EXIF gets. Without an orientation of its own it also gets that of its parent.
+    /// The EXIF block for a sub-page without one: that of its parent. If the sub-page has no orientation, it
+    /// gets that of its parent too.
     static Bytes exifOfParent(const Structure& structure, const ListedPage& place, Page& page) {
         Bytes exif = exifOfTIFF(structure, place.parent);
         const Structure::Directory own = structure.directoryAt(place.directory);

@@ -16,7 +16,7 @@ struct DirectoryPlace {
     Structure::Directory entries;
 };
 
-/// The same of a page and an EXIF directory in two files with the same byte order.
+/// The same for a page and an EXIF directory in two files with the same byte order.
 Bytes exifOfParts(const DirectoryPlace& page, const DirectoryPlace& exif);
 
 } // namespace kestrine::tiff

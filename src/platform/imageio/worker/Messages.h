@@ -99,13 +99,13 @@ inline constexpr std::size_t maxFailureText = 500;
 inline constexpr std::size_t maxSteps = 10'000;
 
 Bytes bytesOf(const Request& request);
-/// nullopt if `bytes` are no request. What they say is plausible, so that it can be carried out.
+/// nullopt if `bytes` are not a request. A returned request is plausible, so that it can be carried out.
 std::optional<Request> requestIn(ByteView bytes);
 
 /// The content of a response is sent separately: `bytes` are the rest of it.
 Bytes bytesOf(const Response& response);
-/// nullopt if `bytes` are no response. `content` is used if the response is no failure. Texts contain only
-/// printable characters, and each frame is within the limits.
+/// nullopt if `bytes` are not a response. `content` is used unless the response is a failure. Texts contain
+/// only printable characters, and each frame is within the limits.
 std::optional<Response> responseIn(ByteView bytes, Bytes content);
 
 } // namespace kestrine::worker

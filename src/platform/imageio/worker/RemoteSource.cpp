@@ -240,7 +240,7 @@ Result<Bytes> RemoteSource::rendered(const Picture& picture, const Output& outpu
         TRY(orderResult(picture, output, -1, [](Source& source, const Picture& own, const Output& ownOutput) {
             return source.rendered(own, ownOutput);
         }));
-    if (result.empty()) // no file of a picture is
+    if (result.empty()) // a picture file is never empty
         return decoderCrash();
     return result;
 }

@@ -22,8 +22,8 @@ WorkerProgram pictureWorker(std::span<const FileQuestion> questions);
 class WorkerEngine final : public PictureEngine {
 public:
     /// `usualWorkers`: how many files are converted at the same time. More than one thread may use the engine
-    /// only while a WorkerNursery with pictureWorker() exists. In a forked copy of the process, it starts
-    /// workers of its own.
+    /// only while a WorkerNursery with pictureWorker() exists. In a forked copy of the process, it starts its
+    /// own workers.
     WorkerEngine(std::span<const FileQuestion> questions, Isolation isolation, unsigned usualWorkers);
 
     ~WorkerEngine() override;

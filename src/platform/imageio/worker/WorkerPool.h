@@ -34,13 +34,13 @@ struct Delivery {
 /// Any thread. Each exchange has a worker for itself, so there are as many workers as threads need at the
 /// same time, and up to `usualWorkers` stay when they need fewer. A source stays open in the worker that had
 /// it last, as long as no other source needs that worker; it is opened anew in another one. In a forked copy
-/// of the process, the pool never uses the workers that were there before, and starts its own.
+/// of the process, the pool never uses the inherited workers, and starts its own.
 class WorkerPool {
 public:
     WorkerPool(WorkerStart start, unsigned usualWorkers)
         : start_(std::move(start)), usualWorkers_(usualWorkers) {}
 
-    /// Fails with crashed or timeLimit if the worker had to be given up, also when it answered nonsense.
+    /// Fails with crashed or timeLimit if the worker had to be given up, or if its answer was invalid.
     Delivery exchange(const Errand& errand);
 
     /// No further request for the source will follow. `frees`: the worker has memory for it, to be freed now.

@@ -44,7 +44,7 @@ TEST_F(Rights, ofAGroupThatCannotBeSetDoNotGoToAnother) {
         EXPECT_EQ(modeAfter({0640, ::geteuid(), foreignGroup}), 0600u);
         EXPECT_EQ(modeAfter({0664, ::geteuid(), foreignGroup}), 0644u);
         EXPECT_EQ(modeAfter({0666, ::geteuid(), foreignGroup}), 0666u);
-        EXPECT_EQ(modeAfter({0640, 4242, ::getegid()}), 0640u) << "only the owner is another one";
+        EXPECT_EQ(modeAfter({0640, 4242, ::getegid()}), 0640u) << "only the owner differs";
     });
 }
 

@@ -45,8 +45,8 @@ private:
     const pid_t number_;
 };
 
-/// Waits like for a disk: the system does not let a process go on before such a child has ended. (The thread
-/// sanitizer replaces vfork().)
+/// Waits as for a disk: the system suspends a process until such a child has ended. (The thread sanitizer
+/// replaces vfork().)
 void waitForAChildThatStays() {
     ::setpgid(0, 0); // so that the child ends with this process
     if (::syscall(SYS_clone, CLONE_VFORK | SIGCHLD, nullptr, nullptr, nullptr, nullptr) == 0)

@@ -24,7 +24,7 @@ OutputOrder anyOutput() {
     return {.type = FileType::gif,
             .quality = 0.7,
             .isLossless = true,
-            .isProgressive = false, // unlike the fields before and after it, so that an exchange is seen
+            .isProgressive = false, // unlike the fields beside it, so that a swap is noticed
             .effort = Effort::max,
             .ditherTransparency = true,
             .resolution = {300, 150},
