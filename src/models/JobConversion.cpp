@@ -56,7 +56,7 @@ MadeResult JobConversion::convert(const ConversionRecipe& recipe, const Optional
     outcome.format = plan.format;
     outcome.width = plan.width;
     outcome.height = plan.height;
-    outcome.isLeftLying = plan.isLeftLying;
+    outcome.isNotUpright = plan.isNotUpright;
     if (!hostility_)
         useFileIfItFits(recipe, plan, image.get());
     if (image != nullptr && !plan.fitsAlready && !mayApply(outcome))

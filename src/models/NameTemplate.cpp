@@ -30,7 +30,7 @@ std::vector<std::string> partsOf(const std::string& path) {
     return parts;
 }
 
-bool isNoName(const std::string& part) { return part.empty() || part == "." || part == ".."; }
+bool isNotAName(const std::string& part) { return part.empty() || part == "." || part == ".."; }
 
 std::string padded(std::size_t number, std::size_t count) {
     const std::string digits = std::to_string(number);
@@ -92,7 +92,7 @@ Result<NameTemplate> NameTemplate::parse(const std::string& text) {
         outline += c;
     }
     endLiteral();
-    if (std::ranges::any_of(partsOf(outline), isNoName))
+    if (std::ranges::any_of(partsOf(outline), isNotAName))
         return malformed(
             "a name must not be empty, begin or end with a slash, or contain the folders . or ..");
     return result;
@@ -123,7 +123,7 @@ std::string NameTemplate::nameFor(const NameFacts& facts) const {
 std::string pathInside(const std::string& path) {
     std::string result;
     for (std::string& part : partsOf(path)) {
-        if (isNoName(part))
+        if (isNotAName(part))
             part = part.empty() ? "_" : std::string(part.size(), '_');
         result += (result.empty() ? "" : "/") + part;
     }

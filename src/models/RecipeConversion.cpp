@@ -156,7 +156,7 @@ const OutputFormat* formatOf(const FormatRule& rule, const ImagePointer& image) 
 }
 
 /// Whether viewers of the result do not see the picture upright although the file says how.
-bool isLeftLying(const NSImage& image, const ConversionRecipe& recipe, const OutputFormat& format) {
+bool isNotUpright(const NSImage& image, const ConversionRecipe& recipe, const OutputFormat& format) {
     const Picture& picture = image.representations().front()->picture();
     const bool saysOrientation = recipe.exif && holdsExif(format, *recipe.exif);
     return picture.description().orientation != 1 && !picture.wasTurned() && !saysOrientation;
@@ -207,7 +207,7 @@ PlannedResult plannedResult(const ConversionRecipe& recipe, const PictureFile& f
     const auto bitmap = format->holdsAlpha ? image->bitmapOfTIFFRepresentation()
                                            : drawnImage(image->size(), *image)->bitmapOfTIFFRepresentation();
     const auto pixels = bitmap == nullptr ? RowFormat{} : bitmap->picture().format();
-    const bool isLying = isLeftLying(*image, recipe, *format);
+    const bool isLying = isNotUpright(*image, recipe, *format);
     return {std::move(image), format, pixels.width, pixels.height, isLying};
 }
 

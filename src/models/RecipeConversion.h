@@ -15,7 +15,7 @@ struct PlannedResult {
     std::shared_ptr<NSImage> image;       ///< turned and sized; nil when that is not possible
     const OutputFormat* format = nullptr; ///< null if nothing is written
     std::uint32_t width = 0, height = 0;  ///< in pixels
-    bool isLeftLying = false; ///< whether it is not upright although the file says how it should be turned
+    bool isNotUpright = false; ///< whether it is not upright although the file says how it should be turned
     bool fitsAlready =
         false; ///< whether the file itself is as the result should be; the size is then its own
 };

@@ -61,7 +61,7 @@ struct JobOutcome {
     const OutputFormat* format = nullptr; ///< null when there was none
     std::uint32_t width = 0, height = 0;  ///< in pixels; 0 when there was no result
     std::uint64_t bytes = 0;              ///< the length of the result; 0 when there was none
-    bool isLeftLying = false; ///< whether it is not upright although the file says how it should be turned
+    bool isNotUpright = false; ///< whether it is not upright although the file says how it should be turned
     std::optional<Failure> failure;      ///< why nothing was written
     std::optional<Failure> damage;       ///< why the decoder had to invent pixels, written or not
     FileContents contents;               ///< of the file, if the policy asks for them

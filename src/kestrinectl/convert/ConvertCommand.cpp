@@ -35,7 +35,7 @@ struct ConvertRequest {
 };
 
 /// Only for options that do not say what to do about the orientation.
-void printHintOfLyingPictures(std::size_t count, const ConvertOptions& options) {
+void printHintOfPicturesNotUpright(std::size_t count, const ConvertOptions& options) {
     if (count > 0 && !options.upright)
         printHint(counted(count, "picture")
                   + " should be turned, which the set does not do; --upright does it");
@@ -166,7 +166,7 @@ void runOnFiles(ConvertRequest request, const ResizeSets& sets) {
         convertFiles(run);
     report.end();
     if (request.style.detail != ConvertDetail::none && !request.style.isJSON)
-        printHintOfLyingPictures(report.totals().leftLying, options);
+        printHintOfPicturesNotUpright(report.totals().notUpright, options);
     finish(report, {request.selection.allowsEmpty, journal && !journal->isEmpty() ? journal->number() : 0});
 }
 

@@ -66,7 +66,7 @@ std::optional<std::string> misleadingName(const ConversionRecipe& recipe, const 
 
 void addOutcome(ConvertResult& result, const ConvertInput& input, const ConversionRecipe& recipe,
                 const JobOutcome& outcome) {
-    result.isLeftLying = result.isLeftLying || (outcome.hasResult() && outcome.isLeftLying);
+    result.isNotUpright = result.isNotUpright || (outcome.hasResult() && outcome.isNotUpright);
     if (outcome.isWritten) {
         result.outputs.push_back({outcome.path.utf8(), setOf(recipe), outcome.format, outcome.width,
                                   outcome.height, outcome.bytes, outcome.fitsAlready});

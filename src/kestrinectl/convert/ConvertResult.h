@@ -53,9 +53,9 @@ struct ConvertResult {
     std::vector<ConvertComplaint> complaints; ///< none when everything succeeded
     std::uint64_t sourceBytes = 0;
     std::chrono::milliseconds duration{0};
-    bool isUpToDate = false;  ///< skipped because an earlier run made its results
-    bool isFolder = false;    ///< whether the source is a folder that is not counted as a file
-    bool isLeftLying = false; ///< whether a result is not upright although the file says how to turn it
+    bool isUpToDate = false;   ///< skipped because an earlier run made its results
+    bool isFolder = false;     ///< whether the source is a folder that is not counted as a file
+    bool isNotUpright = false; ///< whether a result is not upright although the file says how to turn it
 
     /// Adds a complaint unless the same one is there; the result has failed.
     void complain(const std::string& text, std::string_view kind);

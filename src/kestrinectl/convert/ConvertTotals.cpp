@@ -24,7 +24,7 @@ void ConvertTotals::add(const ConvertResult& result) {
     ++files[static_cast<std::size_t>(result.status)];
     if (!result.complaints.empty())
         ++failures[result.complaints.front().kind];
-    leftLying += result.isLeftLying ? 1 : 0;
+    notUpright += result.isNotUpright ? 1 : 0;
     bytesRead += result.sourceBytes;
     if (result.status == ConvertStatus::skipped)
         return; // its outputs, if any, were there

@@ -13,7 +13,7 @@ struct ConvertTotals {
     std::size_t folderFailures = 0;     ///< folders that could not be read
     std::size_t otherFiles = 0;         ///< in folders; neither pictures nor hidden
     std::size_t outputs = 0;
-    std::size_t leftLying = 0;     ///< files with a result that is not upright
+    std::size_t notUpright = 0;    ///< files with a result that is not upright
     std::uint64_t bytesRead = 0;   ///< of all files that were looked at
     std::uint64_t bytesBefore = 0; ///< of the files that were converted
     std::uint64_t bytesAfter = 0;

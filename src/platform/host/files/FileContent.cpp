@@ -33,7 +33,7 @@ Result<void> forEachBlock(int file, const std::function<Result<void>(ByteView bl
     }
 }
 
-bool mayWriteAgain(int file) {
+bool waitsToRetryWrite(int file) {
     if (errno == EINTR)
         return true;
     if (errno != EAGAIN)
@@ -47,7 +47,7 @@ Result<void> writeAll(int file, ByteView content) {
         const ssize_t written = ::write(file, content.data(), content.size());
         if (written >= 0)
             content = content.subspan(static_cast<std::size_t>(written));
-        else if (!mayWriteAgain(file))
+        else if (!waitsToRetryWrite(file))
             return systemFailure("cannot write");
     }
     return {};

@@ -24,7 +24,7 @@ Result<void> forEachBlock(int file, const std::function<Result<void>(ByteView bl
 
 /// Whether to repeat a write that has just failed, according to errno: it was interrupted, or the descriptor
 /// is a full non-blocking pipe. Waits until the pipe has room again.
-bool mayWriteAgain(int file);
+bool waitsToRetryWrite(int file);
 
 /// Writes all of `content` at the current position of the open file. Waits while a pipe or socket is full,
 /// even if it is non-blocking.

@@ -11,7 +11,7 @@ namespace kestrine {
 namespace {
 
 /// Sets the group, and the owner if that is permitted. Returns whether the file has the group.
-bool givesGroup(int file, const FileRights& rights) {
+bool setGroup(int file, const FileRights& rights) {
     struct stat own {};
     const bool isKnown = ::fstat(file, &own) == 0;
     if (isKnown && own.st_uid == rights.owner && own.st_gid == rights.group)
@@ -37,7 +37,7 @@ Result<FileRights> rightsOfFile(const std::string& path) {
 
 /// Sets the mode after the owner, because changing the owner may clear mode bits.
 Result<void> giveRights(int file, const FileRights& rights) {
-    const mode_t mode = givesGroup(file, rights) ? rights.mode : withoutRightsOfGroup(rights.mode);
+    const mode_t mode = setGroup(file, rights) ? rights.mode : withoutRightsOfGroup(rights.mode);
     if (::fchmod(file, mode) != 0)
         return systemFailure("cannot keep the permissions of the file");
     return {};

@@ -12,7 +12,7 @@ namespace kestrine {
 
 namespace {
 
-bool isNoFile(const Failure& failure) {
+bool isNotAFile(const Failure& failure) {
     return failure.reason == Reason::notFound || failure.reason == Reason::notRegularFile;
 }
 
@@ -31,7 +31,7 @@ Result<bool> removeIfContentIs(const std::string& path, const ContentDigest& con
                                const std::string& aside) {
     const Result<FileMark> mark = markOfFile(path);
     const Result<ContentDigest> found = mark ? digestOfFile(path) : Result<ContentDigest>(mark.failure());
-    if (!found && !isNoFile(found.failure()))
+    if (!found && !isNotAFile(found.failure()))
         return found.failure();
     if (!found || *found != content)
         return false;

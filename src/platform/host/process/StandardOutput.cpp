@@ -13,7 +13,7 @@ void StandardOutput::write(std::string_view text) {
         if (written >= 0)
             text.remove_prefix(static_cast<std::size_t>(written));
         else
-            failed_ = !mayWriteAgain(descriptor_);
+            failed_ = !waitsToRetryWrite(descriptor_);
     }
 }
 

@@ -41,7 +41,7 @@ TEST_F(RemoveUnchanged, aFileWithOtherContentALinkAndAFolderStay) {
     EXPECT_TRUE(std::filesystem::is_directory(path_));
 }
 
-TEST_F(RemoveUnchanged, anAbsentFileIsNoFailure) { EXPECT_FALSE(*removed()); }
+TEST_F(RemoveUnchanged, aMissingFileIsNotAnError) { EXPECT_FALSE(*removed()); }
 
 TEST_F(RemoveUnchanged, aFileThatCannotBeExaminedIsAFailure) {
     std::filesystem::create_symlink("a.jpg", path_); // a link to itself

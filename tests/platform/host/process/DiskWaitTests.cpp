@@ -34,7 +34,7 @@ public:
     pid_t number() const { return number_; }
 
     /// Whether it waits for a disk within a minute.
-    bool comesToWait() const {
+    bool waitsWithinAMinute() const {
         for (int attempt = 0; attempt < 6000; ++attempt, ::usleep(10'000))
             if (waitsForDisk(number_))
                 return true;
@@ -54,14 +54,14 @@ void waitForAChildThatStays() {
             ::pause();
 }
 
-TEST(DiskWait, isSeen) { EXPECT_TRUE(Child(waitForAChildThatStays).comesToWait()); }
+TEST(DiskWait, isSeen) { EXPECT_TRUE(Child(waitForAChildThatStays).waitsWithinAMinute()); }
 
 TEST(DiskWait, isSeenInAnyThread) {
     const Child child([] {
         std::thread waiting(waitForAChildThatStays);
         waiting.join();
     });
-    EXPECT_TRUE(child.comesToWait());
+    EXPECT_TRUE(child.waitsWithinAMinute());
 }
 
 TEST(DiskWait, isNotWhatASleepingOrWorkingOrUnknownProcessDoes) {

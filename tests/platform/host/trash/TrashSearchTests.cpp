@@ -75,7 +75,7 @@ TEST_F(TrashSearching, aTrashThatCannotBeReadIsNotTakenForAnEmptyOne) {
     EXPECT_EQ(TrashSearch(environment_).itemsFrom(path).items.size(), 1);
 }
 
-TEST_F(TrashSearching, recordsThatNoTrashMakesHideNothing) {
+TEST_F(TrashSearching, filesThatNoTrashCreatesAreNotObstacles) {
     const std::string path = folder_.write("work/a.jpg", "picture");
     ASSERT_TRUE(trash(path));
     std::filesystem::create_directory(trash_ + "/info/folder.trashinfo");
