@@ -46,4 +46,22 @@ Bytes PNGFile::make() const {
     return file;
 }
 
+PNGFile patternPNG(int colorType, int bits) {
+    PNGFile file{.width = 19, .height = 11, .bitDepth = bits, .colorType = colorType};
+    file.sample = [bits](auto x, auto y, int c) {
+        const unsigned pattern = 37 * x + 91 * y + 53U * static_cast<unsigned>(c) + 1;
+        return pattern * (bits == 16 ? 257U : 1U) % (1U << bits);
+    };
+    return file;
+}
+
+const png_color pngPalette[4] = {{10, 20, 30}, {40, 50, 60}, {70, 80, 90}, {250, 240, 230}};
+
+PNGFile indexedPNG() {
+    PNGFile file{.width = 5, .height = 3, .bitDepth = 2, .colorType = PNG_COLOR_TYPE_PALETTE};
+    file.sample = [](auto x, auto y, int) { return (x + y) % 4; };
+    file.before = [](auto png, auto info) { png_set_PLTE(png, info, pngPalette, 4); };
+    return file;
+}
+
 } // namespace kestrine::testing

@@ -25,4 +25,11 @@ struct PNGFile {
     Bytes make() const;
 };
 
+/// A file with a pattern of many different samples, reduced to `bits` bits.
+PNGFile patternPNG(int colorType, int bits);
+
+extern const png_color pngPalette[4];
+/// A file of indices into pngPalette.
+PNGFile indexedPNG();
+
 } // namespace kestrine::testing

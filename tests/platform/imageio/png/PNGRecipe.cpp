@@ -13,6 +13,12 @@ void addNumber(Bytes& to, std::uint32_t number) {
         to.push_back(static_cast<std::uint8_t>(number >> shift));
 }
 
+void insertChunk(Bytes& file, std::size_t position, std::string_view type, ByteView content) {
+    Bytes chunk;
+    addChunk(chunk, type, content);
+    file.insert(file.begin() + static_cast<std::ptrdiff_t>(position), chunk.begin(), chunk.end());
+}
+
 } // namespace
 
 Bytes zlibStream(ByteView bytes, int level, int windowBits) {
@@ -37,6 +43,17 @@ void addChunk(Bytes& file, std::string_view type, ByteView content, std::uint32_
     addNumber(file, error
                         + static_cast<std::uint32_t>(
                             crc32(0, file.data() + begin, static_cast<uInt>(file.size() - begin))));
+}
+
+Bytes withChunk(Bytes file, std::string_view type, ByteView content) {
+    insertChunk(file, afterHeader, type, content);
+    return file;
+}
+
+Bytes withLateChunk(Bytes file, std::string_view type, ByteView content) {
+    constexpr std::size_t bytesOfEnd = 12;
+    insertChunk(file, file.size() - bytesOfEnd, type, content);
+    return file;
 }
 
 std::size_t PNGRecipe::bytesPerPixel() const {

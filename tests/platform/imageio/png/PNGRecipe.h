@@ -34,4 +34,11 @@ struct PNGRecipe {
 /// Appends a chunk whose checksum is correct, or wrong by `error`.
 void addChunk(Bytes& file, std::string_view type, ByteView content, std::uint32_t error = 0);
 
+/// Where the chunk after the header begins.
+constexpr std::size_t afterHeader = 33;
+/// The file with one more chunk directly after its header.
+Bytes withChunk(Bytes file, std::string_view type, ByteView content);
+/// The file with one more chunk after its pixels, as the last one before its end.
+Bytes withLateChunk(Bytes file, std::string_view type, ByteView content);
+
 } // namespace kestrine::testing
