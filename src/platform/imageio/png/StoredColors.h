@@ -1,0 +1,20 @@
+// StoredColors: what a PNG file states about the colours of its pixels.
+#pragma once
+
+#include "platform/coregraphics/ColorProfile.h"
+#include "platform/coregraphics/ToneMapping.h"
+#include "platform/imageio/exif/ExifFacts.h"
+#include "platform/imageio/png/LibraryReader.h"
+
+namespace kestrine::png {
+
+struct StoredColors {
+    std::optional<ColorProfile> profile; ///< nullopt: sRGB
+    std::optional<HighRange> highRange;  ///< for pixels that are mapped to the ordinary range
+    Bytes table; ///< red, green and blue of each index; empty if the pixels are not indices
+};
+
+/// The header of `file`, which reads `bytes`, must have been read. `exif` was found before its pixels.
+StoredColors storedColors(const LibraryReader& file, const ByteReader& bytes, const ExifFacts& exif);
+
+} // namespace kestrine::png
