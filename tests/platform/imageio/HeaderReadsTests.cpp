@@ -81,6 +81,14 @@ TEST(HeaderReads, theHeaderOfAPNGIsReadOncePerReading) {
     EXPECT_EQ(reads.second, 2);
 }
 
+TEST(HeaderReads, theChunksBeforeThePixelsOfAPNGAreWalkedOnceBesidesLibpng) {
+    std::mt19937 random;
+    const Bytes file = withChunk(PNGRecipe{.height = 90}.randomRows(random).compress().make(), "tEXt", {});
+    const Reads reads = readsOfByte(png::codec, file, afterHeader);
+    EXPECT_EQ(reads.first, 2);
+    EXPECT_EQ(reads.second, 3);
+}
+
 TEST(HeaderReads, theHeaderOfAGIFIsReadOncePerReading) {
     constexpr std::uint64_t screenWidth = 6;
     const Reads reads = readsOfByte(gif::codec, GIFFile{}.make(), screenWidth);

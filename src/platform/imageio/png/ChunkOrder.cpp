@@ -34,8 +34,8 @@ private:
 
 std::shared_ptr<const ByteReader> withTransparencyAfterColors(std::shared_ptr<const ByteReader> file) {
     constexpr std::uint64_t maximumHeadBytes = 1 << 20;
-    const auto transparency = findChunk(*file, "tRNS", signatureBytes, SearchEnd::atPixels);
-    const auto colors = findChunk(*file, "PLTE", signatureBytes, SearchEnd::atPixels);
+    const auto [transparency, colors] =
+        findChunks(*file, {"tRNS", "PLTE"}, signatureBytes, SearchEnd::atPixels);
     if (!transparency || !colors || transparency->offset > colors->offset || colors->end() > maximumHeadBytes)
         return file;
     Bytes head(colors->end());

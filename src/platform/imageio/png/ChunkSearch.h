@@ -4,7 +4,9 @@
 #include "platform/host/Bytes.h"
 #include "platform/host/files/ByteReader.h"
 
+#include <array>
 #include <optional>
+#include <span>
 #include <string_view>
 
 namespace kestrine::png {
@@ -22,12 +24,30 @@ struct Chunk {
 
 enum class SearchEnd : std::uint8_t { atPixels, atLastChunk };
 
-/// The first chunk of type `wanted` (four letters) that has at most 1 MiB. `position` is the offset of the
-/// chunk where the search begins. Checksums are not compared.
-std::optional<Chunk> findChunk(const ByteReader& reader, std::string_view wanted, std::uint64_t position,
-                               SearchEnd end);
+/// Finds the first chunk of each type in `wanted` (four letters) that has at most 1 MiB and is not cut off,
+/// in one walk from the chunk at `position` on. Checksums are not compared.
+template <std::size_t count>
+std::array<std::optional<Chunk>, count> findChunks(const ByteReader& reader,
+                                                   const std::string_view (&wanted)[count],
+                                                   std::uint64_t position, SearchEnd end);
 
-/// The content of that chunk; empty if there is none.
-Bytes chunkContent(const ByteReader& reader, std::string_view wanted, std::uint64_t position, SearchEnd end);
+/// The content of a chunk; empty if there is no chunk or its content cannot be read.
+Bytes contentOf(const ByteReader& reader, const std::optional<Chunk>& chunk);
+
+/// The same, and empty if the chunk has any other size.
+Bytes contentOfSize(std::uint64_t bytes, const ByteReader& reader, const std::optional<Chunk>& chunk);
+
+/// The walk of findChunks(): what it finds becomes elements of `found`, in the order of `wanted`.
+void walkChunks(const ByteReader& reader, std::span<const std::string_view> wanted, std::uint64_t position,
+                SearchEnd end, std::span<std::optional<Chunk>> found);
+
+template <std::size_t count>
+std::array<std::optional<Chunk>, count> findChunks(const ByteReader& reader,
+                                                   const std::string_view (&wanted)[count],
+                                                   std::uint64_t position, SearchEnd end) {
+    std::array<std::optional<Chunk>, count> found;
+    walkChunks(reader, wanted, position, end, found);
+    return found;
+}
 
 } // namespace kestrine::png

@@ -25,7 +25,6 @@ constexpr std::array<std::uint8_t, signatureBytes> signature = {0x89, 'P', 'N', 
 
 /// Deflate cannot shrink data by more than this factor.
 constexpr std::uint64_t maximumDeflateRatio = 1032;
-constexpr std::string_view exifName = "eXIf", animationName = "acTL";
 
 /// Pixels per metre are stored as a rounded whole number: 2835 stands for 72 pixels per inch, not for 72.009.
 double perInch(std::uint32_t perMeter) {
@@ -43,16 +42,32 @@ std::optional<Resolution> storedResolution(const LibraryReader& file) {
     return plausibleResolution(perInch(horizontal), perInch(vertical));
 }
 
+/// An animation announces itself, with the number of its frames, before the pixels.
+FileContents storedContents(const ByteReader& bytes, const std::optional<Chunk>& animationControl) {
+    const Bytes control = contentOfSize(8, bytes, animationControl);
+    const std::uint64_t frames = control.empty() ? 1 : bigEndian(ByteView(control).first(4));
+    return FileContents::several(FileContents::Kind::animation, static_cast<std::uint32_t>(frames));
+}
+
+/// The EXIF block after the pixels.
+Bytes lateExif(const ByteReader& bytes, const LibraryReader& file) {
+    const auto [exif] = findChunks(bytes, {"eXIf"}, file.offsetOfPixels(), SearchEnd::atLastChunk);
+    return contentOf(bytes, exif);
+}
+
 class Decoder final : public ImageDecoder {
 public:
     /// The header of `file` must have been read.
     Decoder(std::shared_ptr<const ByteReader> reader, std::unique_ptr<LibraryReader> file)
-        : reader_(std::move(reader)),
-          exif_(chunkContent(*reader_, exifName, signatureBytes, SearchEnd::atPixels)) {
+        : reader_(std::move(reader)) {
+        const auto [exifChunk, codingPoints, lightLevel, animationControl] =
+            findChunks(*reader_, {"eXIf", "cICP", "cLLI", "acTL"}, signatureBytes, SearchEnd::atPixels);
+        exif_ = contentOf(*reader_, exifChunk);
+        contents_ = storedContents(*reader_, animationControl);
         const ExifFacts exif = readExifFacts(exif_);
+        colors_ = storedColors(*file, *reader_, {codingPoints, lightLevel}, exif);
         if (exif_.empty())
-            exif_ = chunkContent(*reader_, exifName, file->offsetOfPixels(), SearchEnd::atLastChunk);
-        colors_ = storedColors(*file, *reader_, exif);
+            exif_ = lateExif(*reader_, *file);
         const Resolution resolution =
             exif.resolution ? *exif.resolution : storedResolution(*file).value_or(Resolution{});
         frames_.push_back({.format = file->format(),
@@ -72,12 +87,7 @@ public:
 
     Result<Bytes> colorTable() const override { return colors_.table; }
 
-    /// An animation announces itself, with the number of its frames, before the pixels.
-    FileContents contents() const override {
-        const Bytes control = chunkContent(*reader_, animationName, signatureBytes, SearchEnd::atPixels);
-        const std::uint64_t frames = control.size() == 8 ? bigEndian(ByteView(control).first(4)) : 1;
-        return FileContents::several(FileContents::Kind::animation, static_cast<std::uint32_t>(frames));
-    }
+    FileContents contents() const override { return contents_; }
 
 private:
     Result<RowSourcePointer> storedRows() const {
@@ -105,6 +115,7 @@ private:
     const std::shared_ptr<const ByteReader> reader_;
     Bytes exif_; ///< after the pixels, only its orientation counts for how they are shown
     StoredColors colors_;
+    FileContents contents_;
     mutable HeldReader<LibraryReader> file_;
 };
 

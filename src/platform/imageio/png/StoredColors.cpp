@@ -1,7 +1,6 @@
 #include "platform/imageio/png/StoredColors.h"
 
 #include "platform/host/BigEndian.h"
-#include "platform/imageio/png/ChunkSearch.h"
 
 #include <cmath>
 
@@ -56,10 +55,10 @@ std::optional<ColorProfile> calibratedProfile(const LibraryReader& file, ColorMo
 
 /// The numbers in a cICP chunk; nullopt if there is none, or one that says nothing or that PNG does not
 /// permit.
-std::optional<CodingPoints> storedPoints(const ByteReader& bytes) {
+std::optional<CodingPoints> storedPoints(const ByteReader& bytes, const std::optional<Chunk>& chunk) {
     constexpr std::uint16_t unspecified = 2, ofRGB = 0;
-    const Bytes content = chunkContent(bytes, "cICP", signatureBytes, SearchEnd::atPixels);
-    if (content.size() != 4)
+    const Bytes content = contentOfSize(4, bytes, chunk);
+    if (content.empty())
         return std::nullopt;
     const CodingPoints points{content[0], content[1], content[2], content[3] == 1};
     const bool saysSomething = points.primaries != unspecified || points.transfer != unspecified;
@@ -68,10 +67,10 @@ std::optional<CodingPoints> storedPoints(const ByteReader& bytes) {
 }
 
 /// The brightest pixel that a cLLI chunk states, in cd/m2; 0 if there is none.
-double storedBrightness(const ByteReader& bytes) {
+double storedBrightness(const ByteReader& bytes, const std::optional<Chunk>& chunk) {
     constexpr double perUnit = 10000;
-    const Bytes content = chunkContent(bytes, "cLLI", signatureBytes, SearchEnd::atPixels);
-    return content.size() == 8 ? static_cast<double>(bigEndian(ByteView(content).first(4))) / perUnit : 0;
+    const Bytes content = contentOfSize(8, bytes, chunk);
+    return content.empty() ? 0 : static_cast<double>(bigEndian(ByteView(content).first(4))) / perUnit;
 }
 
 /// `points` take precedence over everything else.
@@ -103,10 +102,12 @@ Bytes storedColorTable(const LibraryReader& file) {
 
 } // namespace
 
-StoredColors storedColors(const LibraryReader& file, const ByteReader& bytes, const ExifFacts& exif) {
-    const std::optional<CodingPoints> points = storedPoints(bytes);
+StoredColors storedColors(const LibraryReader& file, const ByteReader& bytes, const ColorChunks& chunks,
+                          const ExifFacts& exif) {
+    const std::optional<CodingPoints> points = storedPoints(bytes, chunks.codingPoints);
     return {.profile = storedProfile(file, file.format().model, exif, points),
-            .highRange = points ? highRangeOf(*points, storedBrightness(bytes)) : std::nullopt,
+            .highRange =
+                points ? highRangeOf(*points, storedBrightness(bytes, chunks.lightLevel)) : std::nullopt,
             .table = storedColorTable(file)};
 }
 

@@ -4,6 +4,7 @@
 #include "platform/coregraphics/ColorProfile.h"
 #include "platform/coregraphics/ToneMapping.h"
 #include "platform/imageio/exif/ExifFacts.h"
+#include "platform/imageio/png/ChunkSearch.h"
 #include "platform/imageio/png/LibraryReader.h"
 
 namespace kestrine::png {
@@ -14,7 +15,14 @@ struct StoredColors {
     Bytes table; ///< red, green and blue of each index; empty if the pixels are not indices
 };
 
-/// The header of `file`, which reads `bytes`, must have been read. `exif` was found before its pixels.
-StoredColors storedColors(const LibraryReader& file, const ByteReader& bytes, const ExifFacts& exif);
+/// The chunks about colours that libpng does not read.
+struct ColorChunks {
+    std::optional<Chunk> codingPoints; ///< cICP
+    std::optional<Chunk> lightLevel;   ///< cLLI
+};
+
+/// The header of `file` must have been read. `chunks` and `exif` were found before its pixels, in `bytes`.
+StoredColors storedColors(const LibraryReader& file, const ByteReader& bytes, const ColorChunks& chunks,
+                          const ExifFacts& exif);
 
 } // namespace kestrine::png

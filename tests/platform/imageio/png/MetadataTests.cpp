@@ -61,11 +61,41 @@ TEST(PNGMetadata, theResolutionOfExifOverridesPixelsPerMetre) {
               (Resolution{300, 300}));
 }
 
+TEST(PNGMetadata, theFirstOfTwoExifBlocksCounts) {
+    const Bytes first = exifBlock({.ifd0 = {exifShorts(0x0112, {6})}});
+    const Bytes second = exifBlock({.ifd0 = {exifShorts(0x0112, {8})}});
+    const Bytes file = PNGFile{}.make();
+    for (const Bytes& both : {withChunk(withChunk(file, "eXIf", second), "eXIf", first),
+                              withChunk(withLateChunk(file, "eXIf", second), "eXIf", first),
+                              withLateChunk(withLateChunk(file, "eXIf", first), "eXIf", second)}) {
+        const Decoded decoded = decodeSound(png::codec, both);
+        EXPECT_EQ(decoded.exif, first);
+        EXPECT_EQ(decoded.frame().orientation, 6);
+    }
+}
+
+TEST(PNGMetadata, anExifBlockOfMoreThanOneMiBIsPassedOver) {
+    Bytes exif = exifBlock({.ifd0 = resolution300});
+    const Bytes file = withChunk(PNGFile{}.make(), "eXIf", exif);
+    exif.resize(1 << 20);
+    EXPECT_EQ(decodeSound(png::codec, withChunk(file, "eXIf", exif)).exif, exif);
+    exif.push_back(0);
+    EXPECT_EQ(decodeSound(png::codec, withChunk(file, "eXIf", exif)).exif,
+              exifBlock({.ifd0 = resolution300}));
+}
+
+TEST(PNGMetadata, anEmptyExifChunkBeforeThePixelsDoesNotHideTheOneAfterThem) {
+    const Bytes exif = exifBlock({.ifd0 = resolution300});
+    const Bytes file = withLateChunk(PNGFile{}.make(), "eXIf", exif);
+    EXPECT_EQ(decodeSound(png::codec, withChunk(file, "eXIf", {})).exif, exif);
+}
+
 TEST(PNGMetadata, anAnimationTellsHowManyFramesItHas) {
     const Bytes file = PNGFile{}.make(), control{0, 0, 1, 2, 0, 0, 0, 0}; // frames and repetitions
     EXPECT_EQ(decodeSound(png::codec, file).contents, FileContents{});
     EXPECT_EQ(decodeSound(png::codec, withChunk(file, "acTL", control)).contents,
               (FileContents{FileContents::Kind::animation, 258}));
+    EXPECT_EQ(decodeSound(png::codec, withLateChunk(file, "acTL", control)).contents, FileContents{});
 }
 
 } // namespace kestrine::testing

@@ -97,6 +97,38 @@ TEST(PNGStoredColors, aPictureOfHighRangeIsMappedToTheOrdinaryOne) {
     }
 }
 
+TEST(PNGStoredColors, theFirstOfTwoCodingPointsCounts) {
+    constexpr std::uint8_t displayP3 = 12, bt2020 = 9, sRGBCurve = 13;
+    const Bytes second = withChunk(adobeFile(), "cICP", Bytes{bt2020, sRGBCurve, 0, 1});
+    EXPECT_EQ(
+        decodeSound(png::codec, withChunk(second, "cICP", Bytes{displayP3, sRGBCurve, 0, 1})).frame().profile,
+        profileOf({displayP3, sRGBCurve, 0, true}, ColorModel::rgb));
+    EXPECT_EQ(decodeSound(png::codec, withChunk(second, "cICP", Bytes{displayP3})).frame().profile,
+              ColorProfile::adobeRGB())
+        << "even if they are not valid";
+}
+
+TEST(PNGStoredColors, theBrightestLightThatAFileStatesCounts) {
+    constexpr std::uint8_t bt2020 = 9, pq = 16;
+    const Bytes light = {0x02, 0x62, 0x5A, 0x00, 0, 0, 0, 0}; // 4000 cd/m2, and the average
+    const Bytes file = withChunk(adobeFile(), "cICP", Bytes{bt2020, pq, 0, 1});
+    RowSourcePointer expected = rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({8, 8}))),
+                                          *highRangeOf({bt2020, pq, 0, true}, 4000));
+    const PixelBuffer pixels = *readAllRows(*expected);
+    EXPECT_TRUE(samePicture(decodeSound(png::codec, withChunk(file, "cLLI", light)).pixels, pixels));
+    EXPECT_FALSE(samePicture(decodeSound(png::codec, withLateChunk(file, "cLLI", light)).pixels, pixels));
+}
+
+TEST(PNGStoredColors, chunksAfterThePixelsDoNotCount) {
+    constexpr std::uint8_t bt2020 = 9, pq = 16;
+    const Bytes points = {bt2020, pq, 0, 1}, exif = exifBlock({.exifSubIFD = {exifShorts(0xA001, {2})}});
+    const Decoded decoded = decodeSound(png::codec, withLateChunk(adobeFile(), "cICP", points));
+    EXPECT_EQ(decoded.frame().profile, ColorProfile::adobeRGB());
+    EXPECT_TRUE(samePicture(decoded.pixels, makePhoto({8, 8})));
+    EXPECT_FALSE(
+        decodeSound(png::codec, withLateChunk(PNGFile{}.make(), "eXIf", exif)).frame().profile.has_value());
+}
+
 TEST(PNGStoredColors, aBrokenProfileIsIgnored) {
     const Bytes emptyStream = {'x', 0, 0, 0x78, 0x9C, 0x03, 0, 0, 0, 0, 1};
     const Bytes file = withChunk(PNGFile{}.make(), "iCCP", emptyStream);
