@@ -131,16 +131,16 @@ private:
 
 } // namespace
 
-std::optional<HighRange> highRangeOf(const CodingPoints& points, double brightestLight) {
+std::optional<HDREncoding> hdrEncodingOf(const CodingPoints& points, double brightestLight) {
     constexpr std::uint16_t pq = 16, hlg = 18;
     if (points.transfer == hlg)
-        return HighRange{HDRTransfer::hlg, usualPeak};
+        return HDREncoding{HDRTransfer::hlg, defaultPeak};
     if (points.transfer != pq)
         return std::nullopt;
-    return HighRange{HDRTransfer::pq, brightestLight > 0 ? brightestLight : usualPeak};
+    return HDREncoding{HDRTransfer::pq, brightestLight > 0 ? brightestLight : defaultPeak};
 }
 
-RowSourcePointer rowsInSDR(RowSourcePointer rows, const HighRange& range) {
+RowSourcePointer rowsInSDR(RowSourcePointer rows, const HDREncoding& range) {
     return std::make_unique<SDRRows>(std::move(rows), range.transfer, std::max(range.peak, whiteLight));
 }
 

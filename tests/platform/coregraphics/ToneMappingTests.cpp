@@ -12,7 +12,7 @@ namespace {
 using namespace testing;
 
 /// One pixel, mapped. Samples are from 0 to 1.
-std::array<double, 3> mapped(HDRTransfer transfer, std::array<double, 3> stored, double peak = usualPeak) {
+std::array<double, 3> mapped(HDRTransfer transfer, std::array<double, 3> stored, double peak = defaultPeak) {
     const RowFormat format{.width = 1, .height = 1, .depth = SampleDepth::bits16};
     const PixelBuffer picture = makePicture(format, [&](unsigned, unsigned, std::size_t channel) {
         return static_cast<unsigned>(std::lround(stored[channel] * 65535));
@@ -26,7 +26,7 @@ std::array<double, 3> mapped(HDRTransfer transfer, std::array<double, 3> stored,
     return samples;
 }
 
-double mappedGrey(HDRTransfer transfer, double stored, double peak = usualPeak) {
+double mappedGrey(HDRTransfer transfer, double stored, double peak = defaultPeak) {
     const auto pixel = mapped(transfer, {stored, stored, stored}, peak);
     EXPECT_EQ(pixel[0], pixel[1]);
     EXPECT_EQ(pixel[0], pixel[2]);
@@ -90,7 +90,7 @@ TEST(ToneMapping, samplesOf8BitsAreMappedAsThoseOf16) {
         for (unsigned stored = 0; stored < 256; ++stored) {
             const auto picture = std::make_shared<PixelBuffer>(
                 makePicture({.width = 1, .height = 1}, [stored](auto, auto, auto) { return stored; }));
-            RowSourcePointer rows = rowsInSDR(rowsOfPixels(picture), {transfer, usualPeak});
+            RowSourcePointer rows = rowsInSDR(rowsOfPixels(picture), {transfer, defaultPeak});
             const Result<PixelBuffer> result = readAllRows(*rows);
             ASSERT_TRUE(result);
             EXPECT_NEAR(sampleAt(*result, 0, 0, 1), 255 * mappedGrey(transfer, stored / 255.0), 0.51);
@@ -101,7 +101,7 @@ TEST(ToneMapping, alphaStays) {
     const RowFormat format{.width = 1, .height = 1, .hasAlpha = true, .depth = SampleDepth::bits16};
     const PixelBuffer picture = makePicture(format, [](auto, auto, auto) { return 30000; });
     RowSourcePointer rows =
-        rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {HDRTransfer::hlg, usualPeak});
+        rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(picture)), {HDRTransfer::hlg, defaultPeak});
     const Result<PixelBuffer> result = readAllRows(*rows);
     ASSERT_TRUE(result);
     EXPECT_EQ(sampleAt(*result, 0, 0, 3), 30000u);

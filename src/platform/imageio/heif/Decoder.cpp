@@ -50,8 +50,8 @@ const PictureNode& describedNode(const PictureNode& root) {
 
 /// Gives the picture its model and its profile. Returns how it is stored if it must be mapped to the ordinary
 /// range, after which that profile is right; such pictures get 16 bits.
-std::optional<HighRange> describeColors(FrameDescription& frame, const PictureNode& root,
-                                        const ByteReader& reader, bool isAdobeRGB) {
+std::optional<HDREncoding> describeColors(FrameDescription& frame, const PictureNode& root,
+                                          const ByteReader& reader, bool isAdobeRGB) {
     frame.format.model = root.isMonochrome ? ColorModel::gray : ColorModel::rgb;
     const PictureNode& node = describedNode(root);
     const PictureProperties& properties = node.properties;
@@ -77,7 +77,7 @@ std::optional<HighRange> describeColors(FrameDescription& frame, const PictureNo
         return std::nullopt;
     }
     frame.profile = profileOf(*points, frame.format.model);
-    const std::optional<HighRange> range = highRangeOf(*points, root.properties.brightestLight);
+    const std::optional<HDREncoding> range = hdrEncodingOf(*points, root.properties.brightestLight);
     if (range)
         frame.format.depth = SampleDepth::bits16;
     return range;
@@ -186,7 +186,7 @@ private:
     const std::shared_ptr<const ByteReader> reader_;
     const std::shared_ptr<Header> header_;
     const bool isAVIF_;
-    std::optional<HighRange> hdr_; ///< for pictures that are mapped to the ordinary range
+    std::optional<HDREncoding> hdr_; ///< for pictures that are mapped to the ordinary range
     Bytes exif_;
     FileContents contents_;
 };

@@ -80,7 +80,7 @@ public:
 
     Result<RowSourcePointer> rows(std::size_t, int) const override {
         RowSourcePointer rows = TRY(storedRows());
-        return colors_.highRange ? rowsInSDR(std::move(rows), *colors_.highRange) : std::move(rows);
+        return colors_.hdr ? rowsInSDR(std::move(rows), *colors_.hdr) : std::move(rows);
     }
 
     Result<Bytes> exif() const override { return exif_; }

@@ -53,8 +53,8 @@ std::optional<ColorProfile> calibratedProfile(const LibraryReader& file, ColorMo
     return ColorProfile::fromGamma(1 / gamma, primaries, model);
 }
 
-/// The numbers in a cICP chunk; nullopt if there is none, or one that says nothing or that PNG does not
-/// permit.
+/// The code points in a cICP chunk; nullopt if there is none, or if they are unspecified or not permitted in
+/// PNG.
 std::optional<CodingPoints> storedPoints(const ByteReader& bytes, const std::optional<Chunk>& chunk) {
     constexpr std::uint16_t unspecified = 2, ofRGB = 0;
     const Bytes content = contentOfSize(4, bytes, chunk);
@@ -106,8 +106,7 @@ StoredColors storedColors(const LibraryReader& file, const ByteReader& bytes, co
                           const ExifFacts& exif) {
     const std::optional<CodingPoints> points = storedPoints(bytes, chunks.codingPoints);
     return {.profile = storedProfile(file, file.format().model, exif, points),
-            .highRange =
-                points ? highRangeOf(*points, storedBrightness(bytes, chunks.lightLevel)) : std::nullopt,
+            .hdr = points ? hdrEncodingOf(*points, storedBrightness(bytes, chunks.lightLevel)) : std::nullopt,
             .table = storedColorTable(file)};
 }
 

@@ -11,7 +11,7 @@ namespace kestrine::png {
 
 struct StoredColors {
     std::optional<ColorProfile> profile; ///< nullopt: sRGB
-    std::optional<HighRange> highRange;  ///< for pixels that are mapped to the ordinary range
+    std::optional<HDREncoding> hdr;      ///< of an HDR picture, which becomes SDR
     Bytes table; ///< red, green and blue of each index; empty if the pixels are not indices
 };
 

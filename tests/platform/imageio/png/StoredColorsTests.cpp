@@ -85,13 +85,13 @@ TEST(PNGStoredColors, codingPointsTakePrecedenceOverAProfile) {
         EXPECT_EQ(profileWith(ignored), ColorProfile::adobeRGB());
 }
 
-TEST(PNGStoredColors, aPictureOfHighRangeIsMappedToTheOrdinaryOne) {
+TEST(PNGStoredColors, anHDRPictureBecomesSDR) {
     constexpr std::uint8_t bt2020 = 9, pq = 16, hlg = 18;
     for (const std::uint8_t transfer : {pq, hlg}) {
         const Decoded decoded =
             decodeSound(png::codec, withChunk(adobeFile(), "cICP", Bytes{bt2020, transfer, 0, 1}));
         RowSourcePointer expected = rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({8, 8}))),
-                                              *highRangeOf({bt2020, transfer, 0, true}, 0));
+                                              *hdrEncodingOf({bt2020, transfer, 0, true}, 0));
         EXPECT_TRUE(samePicture(decoded.pixels, *readAllRows(*expected)));
         EXPECT_EQ(decoded.frame().profile, profileOf({bt2020, transfer, 0, true}, ColorModel::rgb));
     }
@@ -113,7 +113,7 @@ TEST(PNGStoredColors, theBrightestLightThatAFileStatesCounts) {
     const Bytes light = {0x02, 0x62, 0x5A, 0x00, 0, 0, 0, 0}; // 4000 cd/m2, and the average
     const Bytes file = withChunk(adobeFile(), "cICP", Bytes{bt2020, pq, 0, 1});
     RowSourcePointer expected = rowsInSDR(rowsOfPixels(std::make_shared<PixelBuffer>(makePhoto({8, 8}))),
-                                          *highRangeOf({bt2020, pq, 0, true}, 4000));
+                                          *hdrEncodingOf({bt2020, pq, 0, true}, 4000));
     const PixelBuffer pixels = *readAllRows(*expected);
     EXPECT_TRUE(samePicture(decodeSound(png::codec, withChunk(file, "cLLI", light)).pixels, pixels));
     EXPECT_FALSE(samePicture(decodeSound(png::codec, withLateChunk(file, "cLLI", light)).pixels, pixels));
