@@ -32,12 +32,13 @@ MadeResult valueOrNothing(Result<MadeResult> made) {
 
 } // namespace
 
-std::optional<PlannedResult> JobConversion::planned(const ConversionRecipe& recipe) {
-    const FailureCollector ignored; // converting it will report the reason
-    PlannedResult plan = plannedResult(recipe, file_, imageFor(recipe));
-    if (plan.image == nullptr)
-        return std::nullopt;
-    useFileIfItFits(recipe, plan, imageFor(recipe).get());
+Result<std::optional<PlannedResult>> JobConversion::planned(const ConversionRecipe& recipe) {
+    const FailureCollector collector;
+    const std::shared_ptr<NSImage> image = imageFor(recipe);
+    PlannedResult plan = plannedResult(recipe, file_, image);
+    useFileIfItFits(recipe, plan, image.get());
+    if (!plan.fitsAlready && !mayBeEncoded(plan, recipe))
+        return reasonIn(collector, image != nullptr && plan.format != nullptr);
     return isRepeated(recipe, plan) ? std::nullopt : std::optional(std::move(plan));
 }
 

@@ -19,8 +19,9 @@ public:
     /// The file of the job, open as soon as a recipe needed the picture.
     const PictureFile& file() const { return file_; }
 
-    /// What the recipe makes of the picture; nullopt if that is nothing, or what an earlier recipe gave.
-    std::optional<PlannedResult> planned(const ConversionRecipe& recipe);
+    /// What the recipe makes of the picture; nullopt if that is what an earlier recipe gave. Fails if it
+    /// makes nothing of it, as far as the headers tell.
+    Result<std::optional<PlannedResult>> planned(const ConversionRecipe& recipe);
 
     /// Makes the result of a recipe, and sets everything in the outcome that does not depend on its name. The
     /// result has no content if there is no result; the outcome then has the reason. `folder` is where a

@@ -162,17 +162,6 @@ bool isNotUpright(const NSImage& image, const ConversionRecipe& recipe, const Ou
     return picture.description().orientation != 1 && !picture.wasTurned() && !saysOrientation;
 }
 
-/// Otherwise there can be no result; the reason is noted if the plan does not tell it.
-bool mayBeEncoded(const PlannedResult& plan, const ConversionRecipe& recipe) {
-    if (plan.image == nullptr || plan.format == nullptr)
-        return false;
-    if (!recipe.isLossless || !plan.format->hasQuality || plan.format->hasLossless)
-        return true;
-    noteFailure({Reason::unsupported,
-                 "a " + std::string(plan.format->title) + " cannot be lossless; choose another format"});
-    return false;
-}
-
 /// What the result keeps of the source beside the pixels.
 std::vector<NSString> keptProperties(const PlannedResult& plan, const ConversionRecipe& recipe) {
     std::vector<NSString> names = {NSImageColorSyncProfileData};
@@ -209,6 +198,20 @@ PlannedResult plannedResult(const ConversionRecipe& recipe, const PictureFile& f
     const auto pixels = bitmap == nullptr ? RowFormat{} : bitmap->picture().format();
     const bool isLying = isNotUpright(*image, recipe, *format);
     return {std::move(image), format, pixels.width, pixels.height, isLying};
+}
+
+bool mayBeEncoded(const PlannedResult& plan, const ConversionRecipe& recipe) {
+    if (plan.image == nullptr || plan.format == nullptr || plan.width == 0)
+        return false;
+    if (recipe.isLossless && plan.format->hasQuality && !plan.format->hasLossless) {
+        noteFailure({Reason::unsupported,
+                     "a " + std::string(plan.format->title) + " cannot be lossless; choose another format"});
+        return false;
+    }
+    const Result<void> possible = checkSize(plan.width, plan.height, *plan.format);
+    if (!possible)
+        noteFailure(possible.failure());
+    return possible.ok();
 }
 
 std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const ConversionRecipe& recipe,

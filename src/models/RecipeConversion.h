@@ -25,6 +25,9 @@ struct PlannedResult {
 PlannedResult plannedResult(const ConversionRecipe& recipe, const PictureFile& file,
                             std::shared_ptr<NSImage> image);
 
+/// Whether there can be a result. If not, the reason is noted unless the plan itself tells it.
+bool mayBeEncoded(const PlannedResult& plan, const ConversionRecipe& recipe);
+
 /// The bytes of the result; nil when there is none, or when it cannot be decoded or encoded.
 std::shared_ptr<const NSData> encodedResult(const PlannedResult& plan, const ConversionRecipe& recipe,
                                             const PictureFile& file);

@@ -53,20 +53,22 @@ public:
         return outcome;
     }
 
-    WantedResult wanted(const ConversionRecipe& recipe) {
+    WantedResult wanted(const ConversionRecipe& recipe, Openings openings) {
         const OptionalString folder = outputFolder(recipe);
         PlannedResult plan{.format = namedFormat(recipe.format)};
-        if (dependsOnPicture(recipe, job_)) {
-            std::optional<PlannedResult> found = conversion_.planned(recipe);
+        if (openings == Openings::all || dependsOnPicture(recipe, job_)) {
+            Result<std::optional<PlannedResult>> found = conversion_.planned(recipe);
             if (!found)
+                return {.path = {}, .failure = found.failure()};
+            if (!*found)
                 return {};
-            plan = *std::move(found);
+            plan = **std::move(found);
         }
         if (job_.replacesFile() && plan.fitsAlready)
             return {.path = u"", .fitsAlready = true};
         if (!folder)
             return {};
-        return {folder->appendingPathComponent(nameOfResult(job_, recipe, plan, conversion_.file())), false};
+        return {.path = folder->appendingPathComponent(nameOfResult(job_, recipe, plan, conversion_.file()))};
     }
 
 private:
@@ -131,11 +133,11 @@ std::vector<JobOutcome> runJob(const ResizeJob& job) {
     return outcomes;
 }
 
-std::vector<WantedResult> wantedResults(const ResizeJob& job) {
+std::vector<WantedResult> wantedResults(const ResizeJob& job, Openings openings) {
     JobRun run(job);
     std::vector<WantedResult> wanted;
     for (const ConversionRecipe& recipe : job.recipes)
-        wanted.push_back(run.wanted(recipe));
+        wanted.push_back(run.wanted(recipe, openings));
     return wanted;
 }
 

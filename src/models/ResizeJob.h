@@ -79,14 +79,21 @@ struct JobOutcome {
 /// trash until its result is published or has failed.
 std::vector<JobOutcome> runJob(const ResizeJob& job);
 
-/// What a recipe of a job would make.
-struct WantedResult {
-    NSString path;            ///< when its name is free; "" where there is no folder or no result
-    bool fitsAlready = false; ///< there is no result, since the file to be replaced is as it should be
+/// Which pictures are opened to find out what a job would make.
+enum class Openings : bool {
+    ifNeeded, ///< those whose names depend on the picture
+    all,      ///< all of them, to find those that have no result
 };
 
-/// One per recipe, in their order. Opens the file only if a name or `fitsAlready` depends on the picture.
-std::vector<WantedResult> wantedResults(const ResizeJob& job);
+/// What a recipe of a job would make.
+struct WantedResult {
+    NSString path;                  ///< when its name is free; "" where there is no folder or no result
+    bool fitsAlready = false;       ///< there is no result, since the file to be replaced is as it should be
+    std::optional<Failure> failure; ///< why there is no result, as far as the headers of an opened file tell
+};
+
+/// One per recipe, in their order.
+std::vector<WantedResult> wantedResults(const ResizeJob& job, Openings openings = Openings::ifNeeded);
 
 /// The path itself when its name is free, else the first free one of stem_1.ext, stem_2.ext, ... A dangling
 /// link counts as an existing file.

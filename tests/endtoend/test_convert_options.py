@@ -824,6 +824,40 @@ class DryRun(ConvertByOptions):
         for dry in ("--dry-run",), ():
             self.assertIn("it is an animation of 2 frames", messages_of(self.convert("--replace", "--percent", "50", *dry, "two.gif", status=1))[0])
 
+    def test_a_dry_run_finds_results_that_are_too_large_or_too_small(self):
+        self.picture("flat.png", width=300, height=2)
+        self.store({"name": "Thin", "formatType": JPEG, "resizeType": 1, "ratio": 20.0})
+        for options, reason in ((("--percent", "6000", "--format", "webp"), "WebP pictures have at most 16383 pixels on a side"),
+                                (("--percent", "1000", "--max-pixels", "50000"), "the result has more than 50000 pixels"),
+                                (("--max-pixels", "500", "--format", "png"), "too many pixels"),
+                                (("--set", "Thin"), "shorter than one pixel")):
+            with self.subTest(options):
+                dry, real = (messages_of(self.convert(*options, "--out", "out", *first, "flat.png", status=1)) for first in (["--dry-run"], []))
+                self.assertIn(reason, dry[0])
+                self.assertEqual(dry, real)
+
+    def test_a_dry_run_tells_sizes_that_are_possible_from_others(self):
+        for dry in ("--dry-run",), ():
+            done = self.convert("--longest", "50,20000", "--format", "webp", "--out", "out", *dry, "a.png", status=1)
+            self.assertEqual(done.stdout, b"a.png -> " + bytes(self.folder / "out/a-50.webp") + b"\n")
+            self.assertIn("WebP pictures have at most", messages_of(done)[0])
+
+    def test_a_dry_run_finds_files_in_the_place_of_folders(self):
+        (self.folder / "file").write_text("words")
+        for place in ("file", "file/sub"):
+            for dry in ("--dry-run",), ():
+                self.assertIn(": Not a directory", messages_of(self.convert("--longest", "50", "--out", place, *dry, "a.png", status=1))[0])
+
+    def test_files_that_need_a_folder_where_a_result_is_fail_for_any_number_of_jobs(self):
+        for number in range(20):
+            self.picture(f"in/{number:02}.gif")
+            self.picture(f"in/{number:02}.png/p.gif")
+        for options in ("--dry-run",), ("--jobs", "8"), ("--jobs", "1"):
+            done = self.convert("-r", "--longest", "9", "--format", "png", "--out", "out", *options, "in", status=1)
+            self.assertEqual(len(done.stdout.splitlines()), 20)
+            self.assertEqual(sum(": Not a directory" in line for line in messages_of(done)), 20)
+            shutil.rmtree(self.folder / "out", ignore_errors=True)
+
     def test_a_dry_run_finds_names_that_are_too_long(self):
         name = "n" * 251 + ".png"
         self.picture(name)

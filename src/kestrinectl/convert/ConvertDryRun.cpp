@@ -22,11 +22,9 @@ std::vector<ConvertResult> dryRun(const std::vector<ResizeJob>& jobs, const std:
     std::vector<ConvertResult> results;
     for (std::size_t i = 0; i < jobs.size(); ++i) {
         ConvertResult& result = results.emplace_back(ConvertResult{.source = shown[i]});
-        if (const auto& complaint = planned[i].complaint) {
-            result.complain(complaint->text, complaint->kind);
-            continue;
-        }
         result.status = planned[i].fitsAlready ? ConvertStatus::skipped : ConvertStatus::would;
+        for (const ConvertComplaint& complaint : planned[i].complaints)
+            result.complain(complaint.text, complaint.kind);
         if (planned[i].fitsAlready)
             result.reason = reasonOfFitting;
         for (std::size_t k = 0; k < planned[i].paths.size(); ++k)

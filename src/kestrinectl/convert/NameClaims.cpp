@@ -24,7 +24,9 @@ std::set<std::size_t> NameClaims::add(std::size_t job, const std::vector<std::st
                                       const std::string& own) {
     std::set<std::size_t> earlier;
     for (const std::string& path : wanted) {
-        const bool isContested = addEarlier(path, earlier) || (path != own && isTaken_(path));
+        addThoseOfFolders(path, earlier);
+        const bool hasSame = addEarlier(path, earlier), hasInside = addThoseInside(path, earlier);
+        const bool isContested = hasSame || hasInside || (path != own && isTaken_(path));
         if (const auto later = numbered_.find(path); isContested && later != numbered_.end())
             earlier.insert(later->second.begin(), later->second.end());
         claims_[path].push_back({job, isContested});
@@ -50,6 +52,27 @@ bool NameClaims::addEarlier(const std::string& path, std::set<std::size_t>& earl
                     hasAny = true;
                     earlier.insert(claim.job);
                 }
+    return hasAny;
+}
+
+/// Adds the jobs that want files where this path needs folders.
+void NameClaims::addThoseOfFolders(const std::string& path, std::set<std::size_t>& earlier) const {
+    for (std::size_t end = path.rfind('/'); end != std::string::npos && end > 0;
+         end = path.rfind('/', end - 1))
+        if (const auto claims = claims_.find(path.substr(0, end)); claims != claims_.end())
+            earlier.insert(claims->second.back().job); // which waits for the others
+}
+
+/// Adds the jobs that need a folder with this path. Returns whether there are any.
+bool NameClaims::addThoseInside(const std::string& path, std::set<std::size_t>& earlier) const {
+    const std::string folder = path + '/';
+    bool hasAny = false;
+    for (auto inside = claims_.lower_bound(folder);
+         inside != claims_.end() && inside->first.starts_with(folder); ++inside) {
+        hasAny = true;
+        for (const Claim& claim : inside->second)
+            earlier.insert(claim.job);
+    }
     return hasAny;
 }
 

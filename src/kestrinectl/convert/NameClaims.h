@@ -22,7 +22,7 @@ public:
     /// Adds the next job. `wanted` are the paths that its results get if they are free, without links in
     /// folders, and `own` is the path that it makes free itself ("" for none). Returns the earlier jobs that
     /// must end before it may begin: those whose results may compete for a name with its results ("a.jpg",
-    /// "a_1.jpg", ...).
+    /// "a_1.jpg", ...), also as a file and a folder ("a", "a/b.jpg").
     std::set<std::size_t> add(std::size_t job, const std::vector<std::string>& wanted,
                               const std::string& own);
 
@@ -36,6 +36,8 @@ private:
     };
 
     bool addEarlier(const std::string& path, std::set<std::size_t>& earlier) const;
+    void addThoseOfFolders(const std::string& path, std::set<std::size_t>& earlier) const;
+    bool addThoseInside(const std::string& path, std::set<std::size_t>& earlier) const;
 
     std::function<bool(const std::string&)> isTaken_;
     std::map<std::string, std::vector<Claim>> claims_;      ///< by path

@@ -5,21 +5,17 @@
 #include "kestrinectl/convert/ConvertOutcome.h"
 #include "kestrinectl/convert/ForEachPosition.h"
 #include "kestrinectl/text/ShownPath.h"
+#include "platform/host/files/FileDescriptor.h"
 #include "platform/host/files/FileStatus.h"
 #include "platform/host/files/PathParts.h"
 #include "platform/imageio/PictureEngine.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace kestrine {
 
 namespace {
-
-/// What a job wants, before names are given.
-struct WantedNames {
-    std::vector<WantedResult> results;
-    std::optional<ConvertComplaint> complaint;
-};
 
 ConvertComplaint complaintOf(const ResizeJob& job, const Failure& failure) {
     return {withoutPath(failure.text, job.path.utf8()), kindOf(failure.reason)};
@@ -39,19 +35,11 @@ std::optional<ConvertComplaint> complaintOf(const ResizeJob& job) {
     return isOnePicture ? std::nullopt : std::optional(complaintOfMore(*contents));
 }
 
-/// Fails if no file can have the name of the path, where its folder is or will be; never for "".
-Result<void> checkName(const std::string& path) {
-    return path.empty() ? Result<void>()
-                        : checkNameIsPossible(joinedPath(existingPartOf(folderOf(path)), nameOf(path)));
-}
-
 WantedNames wantedBy(const ResizeJob& job, Openings openings) {
-    WantedNames wanted{.results = wantedResults(job), .complaint = {}};
+    WantedNames wanted{.results = wantedResults(job, openings), .complaint = {}};
     const bool fits = std::ranges::any_of(wanted.results, &WantedResult::fitsAlready);
     if (openings == Openings::all && !fits)
         wanted.complaint = complaintOf(job);
-    if (wanted.complaint)
-        wanted.results.clear();
     return wanted;
 }
 
@@ -60,20 +48,48 @@ WantedNames wantedBy(const ResizeJob& job, Openings openings) {
 std::vector<PlannedNames> NamePlanner::plan(const std::vector<ResizeJob>& jobs) {
     std::vector<WantedNames> wanted(jobs.size());
     forEachPosition(jobs.size(), threads_, [&](std::size_t i) { wanted[i] = wantedBy(jobs[i], openings_); });
-    std::vector<PlannedNames> planned;
-    for (std::size_t i = 0; i < jobs.size(); ++i) {
-        const std::string vacated = jobs[i].replacesFile() ? placeOf(jobs[i].path.utf8()) : "";
-        std::vector<EarlierResult> earlier = jobs[i].earlier;
-        PlannedNames& names = planned.emplace_back();
-        names.complaint = std::move(wanted[i].complaint);
-        for (const WantedResult& result : wanted[i].results) {
-            names.fitsAlready = result.fitsAlready;
-            names.paths.push_back(result.path.isEmpty() ? "" : nameFor(result.path, earlier, vacated));
-            if (const Result<void> possible = checkName(names.paths.back()); !possible && !names.complaint)
-                names.complaint = complaintOf(jobs[i], possible.failure());
+    std::vector<PlannedNames> names;
+    for (std::size_t i = 0; i < jobs.size(); ++i)
+        names.push_back(planned(jobs[i], wanted[i]));
+    return names;
+}
+
+PlannedNames NamePlanner::planned(const ResizeJob& job, const WantedNames& wanted) {
+    if (wanted.complaint)
+        return {.paths = {}, .complaints = {*wanted.complaint}};
+    const std::string vacated = job.replacesFile() ? placeOf(job.path.utf8()) : "";
+    std::vector<EarlierResult> earlier = job.earlier;
+    PlannedNames names;
+    for (const WantedResult& result : wanted.results) {
+        names.fitsAlready = result.fitsAlready;
+        names.paths.push_back(result.path.isEmpty() ? "" : nameFor(result.path, earlier, vacated));
+        if (result.failure && openings_ == Openings::all)
+            names.complaints.push_back(complaintOf(job, *result.failure));
+        if (const Result<void> possible = checkName(names.paths.back()); !possible) {
+            names.complaints.push_back(complaintOf(job, possible.failure()));
+            names.paths.back().clear();
         }
     }
-    return planned;
+    return names;
+}
+
+/// Fails if no file can have the name of the path, where its folder is or will be; never for "".
+Result<void> NamePlanner::checkName(const std::string& path) const {
+    if (path.empty())
+        return {};
+    const std::string folder = existingPartOf(folderOf(path)), place = placeOf(path);
+    bool isBelowFile = !folderExists(folder);
+    for (std::string above = folderOf(place); !isBelowFile && above.size() > 1; above = folderOf(above))
+        isBelowFile = promised_.contains(above);
+    if (isBelowFile)
+        return systemFailure("cannot create the folder " + folderOf(path), ENOTDIR);
+    return checkNameIsPossible(joinedPath(folder, nameOf(path)));
+}
+
+/// Whether an earlier result has this path, or needs a folder there.
+bool NamePlanner::isPromised(const std::string& place) const {
+    const auto inside = promised_.lower_bound(place + '/');
+    return promised_.contains(place) || (inside != promised_.end() && inside->starts_with(place + '/'));
 }
 
 /// The path of the result of an earlier run, which is then taken out of `earlier`, or else the path with the
@@ -89,7 +105,7 @@ std::string NamePlanner::nameFor(const NSString& wanted, std::vector<EarlierResu
     }
     const NSString chosen = uniqueFileName(wanted, [&](const std::string& candidate) {
         const std::string place = placeOf(candidate);
-        return promised_.contains(place) || (place != vacated && isTaken(candidate));
+        return isPromised(place) || (place != vacated && isTaken(candidate));
     });
     promised_.insert(placeOf(chosen.utf8()));
     return chosen.utf8();

@@ -13,15 +13,15 @@ namespace kestrine {
 
 /// The names for one job.
 struct PlannedNames {
-    std::vector<std::string> paths;            ///< by recipe; "" for no result
-    bool fitsAlready = false;                  ///< the file to be replaced is as its result should be
-    std::optional<ConvertComplaint> complaint; ///< why there is no result, as far as headers tell
+    std::vector<std::string> paths;           ///< by recipe; "" for no result
+    bool fitsAlready = false;                 ///< the file to be replaced is as its result should be
+    std::vector<ConvertComplaint> complaints; ///< why there is no result, as far as headers and names tell
 };
 
-/// Which pictures are opened to find their names.
-enum class Openings : bool {
-    ifNeeded, ///< those whose names depend on the picture
-    all,      ///< all of them, to find those that cannot be opened
+/// What a job wants, before names are given.
+struct WantedNames {
+    std::vector<WantedResult> results;
+    std::optional<ConvertComplaint> complaint; ///< why there are none
 };
 
 /// Gives names to the results of jobs. It remembers the names that it gave.
@@ -34,6 +34,9 @@ public:
     std::vector<PlannedNames> plan(const std::vector<ResizeJob>& jobs);
 
 private:
+    PlannedNames planned(const ResizeJob& job, const WantedNames& wanted);
+    Result<void> checkName(const std::string& path) const;
+    bool isPromised(const std::string& place) const;
     std::string nameFor(const NSString& wanted, std::vector<EarlierResult>& earlier,
                         const std::string& vacated);
 

@@ -71,8 +71,8 @@ std::optional<std::string> reasonAgainst(const ConvertInput& input, const Result
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(input.path, ignored))
         return "is not a regular file";
-    if (names.complaint)
-        return names.complaint->text;
+    if (!names.complaints.empty())
+        return names.complaints.front().text;
     if (std::ranges::all_of(names.paths, &std::string::empty))
         if (const auto opened = openPicture(input.path); !opened)
             return withoutPath(opened.failure().text, input.path);

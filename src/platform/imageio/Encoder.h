@@ -6,8 +6,8 @@
 
 namespace kestrine {
 
-/// Consumes all rows, which suit the format, and writes the bytes of the file. After a failure those written
-/// so far are of no use.
+/// Consumes all rows, which suit the format and are not too large for it (OutputFormats.h), and writes the
+/// bytes of the file. After a failure those written so far are of no use.
 using Encoder = Result<void> (*)(RowSource& rows, const EncodingOptions& options, ByteSink& file);
 
 /// The bytes that an encoder writes.

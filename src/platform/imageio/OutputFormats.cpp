@@ -15,6 +15,7 @@ constexpr OutputFormat outputFormatTable[] = {
      .title = "JPEG",
      .extension = "jpg",
      .otherExtensions = {"jpeg", "jpe", "jfif"},
+     .longestSide = 65500, // of libjpeg
      .hasProgressive = true,
      .hasQuality = true,
      .holdsExif = true,
@@ -46,6 +47,7 @@ constexpr OutputFormat outputFormatTable[] = {
      .extension = "gif",
      .holdsAlpha = true,
      .isSRGBOnly = true,
+     .longestSide = 65535,
      .encode = gif::encode},
     {.type = FileType::webp,
      .name = "webp",
@@ -53,6 +55,7 @@ constexpr OutputFormat outputFormatTable[] = {
      .extension = "webp",
      .holdsAlpha = true,
      .holdsGray = false,
+     .longestSide = 16383,
      .heldBytesPerPixel = {38, 38, 42},
      .hasLossless = true,
      .hasEffort = true,
@@ -79,6 +82,7 @@ constexpr OutputFormat outputFormatTable[] = {
      .extension = "avif",
      .holdsAlpha = true,
      .holds16Bits = true,
+     .longestSide = 65536, // of AV1
      .heldBytesPerPixel = {42, 42, 58},
      .hasLossless = true,
      .hasEffort = true,
@@ -108,6 +112,20 @@ std::string lowerCase(std::string_view word) {
 std::span<const OutputFormat> outputFormats() { return outputFormatTable; }
 
 const OutputFormat& outputFormat(FileType type) { return outputFormatTable[static_cast<std::size_t>(type)]; }
+
+Result<void> checkSize(std::uint64_t width, std::uint64_t height, const OutputFormat& format) {
+    if (width == 0 || height == 0)
+        return Failure{Reason::empty, "the result has no pixels"};
+    const std::uint64_t longer = std::max(width, height);
+    if (longer > maximumSide)
+        return sideTooLong();
+    if (longer > format.longestSide)
+        return Failure{Reason::tooLarge, std::string(format.title) + " pictures have at most "
+                                             + std::to_string(format.longestSide) + " pixels on a side"};
+    if (width * height > maximumPixels())
+        return tooManyPixels();
+    return {};
+}
 
 bool holdsExif(const OutputFormat& format, ExifSelection selection) {
     return format.holdsExif && (format.hasExifOfPresets || selection != ExifSelection::camera);

@@ -24,6 +24,7 @@ struct OutputFormat {
     bool holds16Bits = false;                             ///< otherwise samples are rounded to 8 bits
     bool isSRGBOnly = false;                              ///< whether viewers always assume sRGB
     bool holdsGray = true;                                ///< otherwise grey pictures become sRGB
+    std::uint32_t longestSide = maximumSide;              ///< in pixels
     bool hasProgressive = false; ///< whether the encoder uses EncodingOptions::isProgressive
     /// Bytes of memory per pixel that the encoder needs (measured), indexed by Effort; 0 if it streams.
     std::array<std::uint64_t, 3> heldBytesPerPixel = {};
@@ -41,6 +42,9 @@ struct OutputFormat {
 std::span<const OutputFormat> outputFormats();
 
 const OutputFormat& outputFormat(FileType type);
+
+/// Fails if a file of the format cannot hold a picture of this size, in pixels.
+Result<void> checkSize(std::uint64_t width, std::uint64_t height, const OutputFormat& format);
 
 /// One bit if the encoder has libraries to open, else 0; for openLibraries().
 std::uint32_t librariesOf(const OutputFormat& format);

@@ -86,4 +86,8 @@ Failure sideTooLong() {
             "a side of the result would be longer than " + std::to_string(maximumSide) + " pixels"};
 }
 
+Failure tooManyPixels() {
+    return {Reason::tooLarge, "the result has more than " + std::to_string(maximumPixels()) + " pixels"};
+}
+
 } // namespace kestrine

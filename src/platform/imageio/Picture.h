@@ -124,7 +124,9 @@ Result<FileContents> contentsOf(const std::shared_ptr<Source>& source);
 /// The profile after `step` of pixels that had `profile` before it.
 std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<ColorProfile> profile);
 
-/// The failure for a picture with a side longer than maximumSide pixels.
+/// The failure for a result with a side longer than maximumSide pixels.
 Failure sideTooLong();
+/// The failure for a result with more than maximumPixels().
+Failure tooManyPixels();
 
 } // namespace kestrine

@@ -138,10 +138,7 @@ Result<void> checkSize(const Picture& picture) {
         return Failure{Reason::empty, "the result has no pixels"};
     if (picture.width() > maximumSide || picture.height() > maximumSide)
         return sideTooLong();
-    if (!picture.isWithinLimits())
-        return Failure{Reason::tooLarge,
-                       "the result has more than " + std::to_string(maximumPixels()) + " pixels"};
-    return {};
+    return picture.isWithinLimits() ? Result<void>() : tooManyPixels();
 }
 
 /// For presets, the entries of a TIFF page count as EXIF data only if they say its origin.
@@ -201,8 +198,9 @@ Result<void> encodeToFit(RowSource& rows, const OutputFormat& format, EncodingOp
 
 /// Decodes the picture and encodes it.
 Result<void> renderTo(ByteSink& sink, const Picture& picture, const Output& output) {
-    TRY(checkSize(picture));
     const OutputFormat& file = outputFormat(output.type);
+    TRY(checkSize(picture.width(), picture.height(), file));
+    TRY(checkSize(picture));
     const CrewScope crew(crewOfAllCores());
     Pipeline pipeline(picture, file.holds16Bits, &output);
     RowSourcePointer rows = rowsWatched(TRY(pipeline.build()));

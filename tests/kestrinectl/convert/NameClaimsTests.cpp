@@ -67,6 +67,15 @@ TEST_F(Claims, noticeThatAReplacedOriginalFreesItsName) {
     EXPECT_THAT(add({"/b_1.jpg"}, "/b_1.jpg"), ElementsAre(2));
 }
 
+TEST_F(Claims, ofAFileAndOfAFolderWithItsNameWaitForEachOther) {
+    add({"/a/b"});
+    EXPECT_THAT(add({"/a"}), ElementsAre(0));
+    EXPECT_THAT(add({"/a_1"}), ElementsAre(1));
+    EXPECT_THAT(add({"/a.b"}), IsEmpty());
+    EXPECT_THAT(add({"/a/b/c/d"}), ElementsAre(0, 1));
+    EXPECT_THAT(add({"/ab/c"}), IsEmpty());
+}
+
 TEST_F(Claims, considerEveryResult) {
     EXPECT_THAT(add({"/a.png", "/a.gif"}), IsEmpty());
     EXPECT_THAT(add({"/b.png", "/b.gif"}), IsEmpty());

@@ -54,6 +54,28 @@ TEST(OutputFormats, eachEncoderWritesItsFormat) {
     }
 }
 
+TEST(OutputFormats, eachEncoderWritesTheLongestSideOfItsFormat) {
+    for (const OutputFormat& format : outputFormats())
+        for (const auto& [width, height] : {std::pair{format.longestSide, 1u}, {1u, format.longestSide}}) {
+            EXPECT_TRUE(checkSize(width, height, format).ok()) << format.name;
+            const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{width, height}));
+            EXPECT_TRUE(encoded(format.encode, *rows, {}).ok()) << format.name;
+        }
+}
+
+TEST(OutputFormats, sizesThatTheyCannotHoldAreRefused) {
+    for (const OutputFormat& format : outputFormats()) {
+        EXPECT_EQ(checkSize(format.longestSide + 1, 1, format).failure().reason, Reason::tooLarge);
+        EXPECT_EQ(checkSize(1, format.longestSide + 1, format).failure().reason, Reason::tooLarge);
+        EXPECT_EQ(checkSize(0, 1, format).failure().reason, Reason::empty);
+    }
+    const OutputFormat& png = outputFormat(FileType::png);
+    EXPECT_TRUE(checkSize(maximumPixels() / 2048, 2048, png).ok());
+    EXPECT_EQ(checkSize(maximumPixels() / 2048, 2049, png).failure().reason, Reason::tooLarge);
+    EXPECT_EQ(checkSize(16384, 1, outputFormat(FileType::webp)).failure().text,
+              "WebP pictures have at most 16383 pixels on a side");
+}
+
 TEST(OutputFormats, everyQualityIsClampedAndNaNCountsAsZero) {
     const PixelBuffer photo = testing::makePhoto({32, 32});
     for (const OutputFormat& format : outputFormats()) {

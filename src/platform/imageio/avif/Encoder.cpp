@@ -17,7 +17,6 @@ namespace kestrine::avif {
 
 namespace {
 
-constexpr std::uint32_t maxSide = 65536; // of AV1
 /// The speed of the encoder, from 0 (slowest) to 10. Per pixel, 6 takes a fifth of the time of 4, and three
 /// times that of 8.
 constexpr int speeds[] = {8, 6, 4}; // by effort
@@ -207,9 +206,6 @@ Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& f
     if (!library)
         return library.failure();
     const RowFormat format = rows.format();
-    if (format.width > maxSide || format.height > maxSide)
-        return Failure{Reason::tooLarge,
-                       "an AVIF picture has at most " + std::to_string(maxSide) + " pixels on a side"};
     Encoding encoding(*library, format, options);
     {
         const PixelBuffer pixels = TRY(readAllRows(rows));

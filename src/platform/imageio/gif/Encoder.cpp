@@ -12,8 +12,6 @@ namespace kestrine::gif {
 
 namespace {
 
-constexpr std::uint32_t maximumSide = 65535;
-
 struct LoadedPicture {
     CoveredPicture picture;
     Histogram shownColors;
@@ -126,8 +124,6 @@ void appendPixels(Bytes& file, const LoadedPicture& loaded, const Palette& palet
 
 Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
     const RowFormat& format = rows.format();
-    if (format.width > maximumSide || format.height > maximumSide)
-        return Failure{Reason::tooLarge, "a GIF has at most 65535 pixels per side"};
     if (format.depth != SampleDepth::bits8)
         return Failure{Reason::unsupported, "a GIF cannot hold 16-bit samples"};
     LoadedPicture loaded = TRY(load(rows, options.ditherTransparency));

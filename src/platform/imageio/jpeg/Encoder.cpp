@@ -150,8 +150,6 @@ private:
 } // namespace
 
 Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& file) {
-    if (rows.format().width > JPEG_MAX_DIMENSION || rows.format().height > JPEG_MAX_DIMENSION)
-        return Failure{Reason::tooLarge, "a JPEG has at most 65500 pixels per side"};
     Compressor compressor(rows.format(), options, file);
     TRY(compressor.begin());
     Bytes row(rows.format().bytesPerRow());

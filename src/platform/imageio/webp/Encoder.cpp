@@ -13,7 +13,6 @@ namespace kestrine::webp {
 
 namespace {
 
-constexpr std::uint32_t maxSide = WEBP_MAX_DIMENSION;
 // The library's methods (0 to 6) and lossless levels (0 to 9), by effort. Its own defaults are 4 and 6.
 constexpr int methods[] = {2, 4, 6}, losslessLevels[] = {3, 6, 8};
 
@@ -74,9 +73,6 @@ Result<void> encode(RowSource& rows, const EncodingOptions& options, ByteSink& f
     if (!library)
         return library.failure();
     const RowFormat format = rows.format();
-    if (format.width > maxSide || format.height > maxSide)
-        return Failure{Reason::tooLarge,
-                       "a WebP picture has at most " + std::to_string(maxSide) + " pixels on a side"};
     const WebPConfig configuration = TRY(configurationFor(*library, options, format));
     Encoding encoding(*library);
     {

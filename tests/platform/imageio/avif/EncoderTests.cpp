@@ -75,12 +75,6 @@ TEST(AVIFEncoder, theOrientationOfTheExifDataBecomesATurnOfTheContainer) {
     }
 }
 
-TEST(AVIFEncoder, tooWidePicturesAreRefused) {
-    const RowSourcePointer rows =
-        rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{.width = 65537, .height = 1}));
-    EXPECT_EQ(encoded(avif::encode, *rows, {}).failure().reason, Reason::tooLarge);
-}
-
 TEST(AVIFEncoder, aMissingLibraryIsReportedWithItsPackage) {
     EXPECT_EQ(avif::loadFunctions({"libabsent.so"}).failure().text,
               "writing AVIF pictures needs libavif (package libavif15)");

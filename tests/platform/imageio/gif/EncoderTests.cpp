@@ -204,13 +204,6 @@ TEST(GIFEncoder, theSamePictureGivesTheSameBytes) {
               encodeSound(gif::encode, photo, withDitheredTransparency()));
 }
 
-TEST(GIFEncoder, aSideOver65535IsRefused) {
-    for (const auto& [width, height] : {std::pair{65536u, 1u}, {1u, 65536u}}) {
-        const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(RowFormat{width, height}));
-        EXPECT_EQ(encoded(gif::encode, *rows, {}).failure().reason, Reason::tooLarge);
-    }
-}
-
 TEST(GIFEncoder, samplesOf16BitsAreRefused) {
     const RowFormat format = {2, 2, ColorModel::rgb, false, SampleDepth::bits16};
     const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(format));

@@ -83,14 +83,6 @@ TEST(JPEGEncoder, onlyPicturesOver8MegapixelsHaveStandardHuffmanTables) {
     EXPECT_TRUE(hasStandardTables(jpegOf(large)));
 }
 
-TEST(JPEGEncoder, aSideBeyondTheFormatIsRefused) {
-    for (const RowFormat& format :
-         {RowFormat{65501, 1, ColorModel::gray}, RowFormat{1, 65501, ColorModel::gray}}) {
-        const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(format));
-        EXPECT_EQ(encoded(jpeg::encode, *rows, {.quality = 0.5}).failure().reason, Reason::tooLarge);
-    }
-}
-
 TEST(JPEGEncoder, aProgressiveFileHasTheSamePixelsAndIsMarked) {
     const PixelBuffer photo = makePhoto({120, 90});
     const Bytes baseline = encodeSound(jpeg::encode, photo, {.quality = 0.8});

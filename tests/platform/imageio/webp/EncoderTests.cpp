@@ -56,9 +56,4 @@ TEST(WebPEncoder, aGreyPictureBecomesSRGBWithItsTones) {
     EXPECT_EQ(sampleAt(decoded, 5, 5, 2), sampleAt(gray, 5, 5, 0));
 }
 
-TEST(WebPEncoder, tooLargeSidesAreRefusedBeforeAnyRowIsRead) {
-    const auto rows = rowsOfPixels(std::make_shared<PixelBuffer>(PixelBuffer({16384, 1})));
-    EXPECT_EQ(encoded(webp::encode, *rows, {}).failure().reason, Reason::tooLarge);
-}
-
 } // namespace kestrine::testing
