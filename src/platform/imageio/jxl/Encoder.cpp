@@ -97,6 +97,13 @@ private:
             || library_.encoderSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT, effort) != JXL_ENC_SUCCESS)
             return false;
         const RowFormat& format = pixels.format;
+        // At low qualities, libjxl 0.7 stores the picture reduced to 1/8 in a frame of its own. It then
+        // aborts the process if a side is too long: seen with 530,000 pixels and more, not with 8 * 65,536.
+        constexpr std::uint32_t longestWithReducedFrame = 8 * 65536;
+        if (std::max(format.width, format.height) > longestWithReducedFrame
+            && library_.encoderSetOption(settings, JXL_ENC_FRAME_SETTING_PROGRESSIVE_DC, 0)
+                   != JXL_ENC_SUCCESS)
+            return false;
         const JxlPixelFormat layout{static_cast<std::uint32_t>(format.channels()),
                                     format.depth == SampleDepth::bits8 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16,
                                     JXL_NATIVE_ENDIAN, 0};
