@@ -898,6 +898,7 @@ class ResultsOfARun(ConvertByOptions):
     def test_an_empty_argument_beside_a_folder_is_an_error_of_its_own(self):
         (self.folder / "tree").mkdir()
         shutil.copy(self.folder / "a.png", self.folder / "tree")
+        self.store({"name": "Web", "formatType": JPEG})  # results may be in folders with this name
         done = self.convert("-r", "--percent", "50", "--out", "out", "tree", "", status=1)
         self.assertIn(b"an empty argument names no file", done.stderr)
         self.assertEqual(self.names("out"), [b"a.png"])

@@ -37,7 +37,7 @@ bool OutputFolders::containArgument() const {
     const bool mayBeInside = !outFolder_.empty() && isFolder(outFolder_);
     return std::ranges::any_of(arguments_, [&](const std::string& argument) {
         const fs::path folder = withoutTrailingSeparator(argument);
-        const bool hasName = hasNameOfOne(folder);
+        const bool hasName = !folder.empty() && hasNameOfOne(folder);
         return (hasName || mayBeInside) && isFolder(folder) && (hasName || isInsideOut(folder));
     });
 }
