@@ -32,13 +32,15 @@ bool OutputFolders::isOut(const fs::path& folder) const {
     return !outFolder_.empty() && canonicalPath(folder) == outFolder_;
 }
 
-// There may be a million arguments, so each is asked first what is cheapest.
+// There may be a million arguments, most of them files, so the rest is asked only of folders.
 bool OutputFolders::containArgument() const {
     const bool mayBeInside = !outFolder_.empty() && isFolder(outFolder_);
+    if (endings_.empty() && !mayBeInside)
+        return false;
     return std::ranges::any_of(arguments_, [&](const std::string& argument) {
-        const fs::path folder = withoutTrailingSeparator(argument);
-        const bool hasName = !folder.empty() && hasNameOfOne(folder);
-        return (hasName || mayBeInside) && isFolder(folder) && (hasName || isInsideOut(folder));
+        return isFolder(argument)
+               && (hasNameOfOne(withoutTrailingSeparator(argument))
+                   || (mayBeInside && isInsideOut(argument)));
     });
 }
 
@@ -53,8 +55,6 @@ bool OutputFolders::isNews(const fs::path& folder) {
 }
 
 bool OutputFolders::hasNameOfOne(const fs::path& folder) const {
-    if (endings_.empty())
-        return false;
     const std::string path = absolutePath(folder).native();
     return std::ranges::any_of(endings_, [&](const std::string& ending) { return path.ends_with(ending); });
 }
