@@ -21,13 +21,11 @@ ConvertComplaint complaintOf(const ResizeJob& job, const Failure& failure) {
     return {withoutPath(failure.text, job.path.utf8()), kindOf(failure.reason)};
 }
 
-/// Why the file cannot be converted, as far as its headers tell.
-std::optional<ConvertComplaint> complaintOf(const ResizeJob& job) {
+/// Why the file must not be replaced.
+std::optional<ConvertComplaint> objectionTo(const ResizeJob& job) {
     const auto opened = openPicture(job.path.utf8());
     if (!opened)
         return complaintOf(job, opened.failure());
-    if (!job.replacesFile() || !job.policy.replacesOnlyPictures)
-        return std::nullopt;
     const Result<FileContents> contents = contentsOf(*opened);
     if (!contents)
         return complaintOf(job, contents.failure());
@@ -38,8 +36,9 @@ std::optional<ConvertComplaint> complaintOf(const ResizeJob& job) {
 WantedNames wantedBy(const ResizeJob& job, Openings openings) {
     WantedNames wanted{.results = wantedResults(job, openings), .complaint = {}};
     const bool fits = std::ranges::any_of(wanted.results, &WantedResult::fitsAlready);
-    if (openings == Openings::all && !fits)
-        wanted.complaint = complaintOf(job);
+    const bool isReplaced = job.replacesFile() && job.policy.replacesOnlyPictures;
+    if (openings == Openings::all && isReplaced && !fits)
+        wanted.complaint = objectionTo(job);
     return wanted;
 }
 
