@@ -114,16 +114,10 @@ std::span<const OutputFormat> outputFormats() { return outputFormatTable; }
 const OutputFormat& outputFormat(FileType type) { return outputFormatTable[static_cast<std::size_t>(type)]; }
 
 Result<void> checkSize(std::uint64_t width, std::uint64_t height, const OutputFormat& format) {
-    if (width == 0 || height == 0)
-        return Failure{Reason::empty, "the result has no pixels"};
-    const std::uint64_t longer = std::max(width, height);
-    if (longer > maximumSide)
-        return sideTooLong();
-    if (longer > format.longestSide)
+    TRY(checkSize(width, height));
+    if (std::max(width, height) > format.longestSide)
         return Failure{Reason::tooLarge, std::string(format.title) + " pictures have at most "
                                              + std::to_string(format.longestSide) + " pixels on a side"};
-    if (width * height > maximumPixels())
-        return tooManyPixels();
     return {};
 }
 

@@ -43,7 +43,7 @@ std::span<const OutputFormat> outputFormats();
 
 const OutputFormat& outputFormat(FileType type);
 
-/// Fails if a file of the format cannot hold a picture of this size, in pixels.
+/// Fails if a result of this size, in pixels, is not possible in this format or in any.
 Result<void> checkSize(std::uint64_t width, std::uint64_t height, const OutputFormat& format);
 
 /// One bit if the encoder has libraries to open, else 0; for openLibraries().

@@ -7,6 +7,10 @@ namespace kestrine {
 
 namespace {
 
+Failure tooManyPixels() {
+    return {Reason::tooLarge, "the result has more than " + std::to_string(maximumPixels()) + " pixels"};
+}
+
 /// Applies steps to a format.
 struct FormatAfter {
     void operator()(const QuarterTurn&) { std::swap(result.width, result.height); }
@@ -86,8 +90,17 @@ Failure sideTooLong() {
             "a side of the result would be longer than " + std::to_string(maximumSide) + " pixels"};
 }
 
-Failure tooManyPixels() {
-    return {Reason::tooLarge, "the result has more than " + std::to_string(maximumPixels()) + " pixels"};
+Result<void> checkSize(std::uint64_t width, std::uint64_t height) {
+    if (width == 0 || height == 0)
+        return Failure{Reason::empty, "the result has no pixels"};
+    if (width > maximumSide || height > maximumSide)
+        return sideTooLong();
+    return width * height <= maximumPixels() ? Result<void>() : tooManyPixels();
+}
+
+Result<void> checkSize(const Picture& picture) {
+    TRY(checkSize(picture.width(), picture.height()));
+    return picture.isWithinLimits() ? Result<void>() : tooManyPixels();
 }
 
 } // namespace kestrine

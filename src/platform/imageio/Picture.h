@@ -126,7 +126,9 @@ std::optional<ColorProfile> profileAfter(const PictureStep& step, std::optional<
 
 /// The failure for a result with a side longer than maximumSide pixels.
 Failure sideTooLong();
-/// The failure for a result with more than maximumPixels().
-Failure tooManyPixels();
+/// Fails if no result can have this size, in pixels.
+Result<void> checkSize(std::uint64_t width, std::uint64_t height);
+/// The same for the result of a picture, and for what its steps make on the way.
+Result<void> checkSize(const Picture& picture);
 
 } // namespace kestrine

@@ -133,14 +133,6 @@ private:
     MemoryReservation memory_;
 };
 
-Result<void> checkSize(const Picture& picture) {
-    if (picture.width() == 0 || picture.height() == 0)
-        return Failure{Reason::empty, "the result has no pixels"};
-    if (picture.width() > maximumSide || picture.height() > maximumSide)
-        return sideTooLong();
-    return picture.isWithinLimits() ? Result<void>() : tooManyPixels();
-}
-
 /// For presets, the entries of a TIFF page count as EXIF data only if they say its origin.
 bool isExifForPresets(const Source& source, ByteView block) {
     return source.codec() != &tiff::codec || readExifFacts(block).saysOrigin;
@@ -199,8 +191,8 @@ Result<void> encodeToFit(RowSource& rows, const OutputFormat& format, EncodingOp
 /// Decodes the picture and encodes it.
 Result<void> renderTo(ByteSink& sink, const Picture& picture, const Output& output) {
     const OutputFormat& file = outputFormat(output.type);
-    TRY(checkSize(picture.width(), picture.height(), file));
     TRY(checkSize(picture));
+    TRY(checkSize(picture.width(), picture.height(), file));
     const CrewScope crew(crewOfAllCores());
     Pipeline pipeline(picture, file.holds16Bits, &output);
     RowSourcePointer rows = rowsWatched(TRY(pipeline.build()));
