@@ -196,8 +196,8 @@ PlannedResult plannedResult(const ConversionRecipe& recipe, const PictureFile& f
     const auto bitmap = format->holdsAlpha ? image->bitmapOfTIFFRepresentation()
                                            : drawnImage(image->size(), *image)->bitmapOfTIFFRepresentation();
     const auto pixels = bitmap == nullptr ? RowFormat{} : bitmap->picture().format();
-    const bool isLying = isNotUpright(*image, recipe, *format);
-    return {std::move(image), format, pixels.width, pixels.height, isLying};
+    const bool staysTurned = isNotUpright(*image, recipe, *format);
+    return {std::move(image), format, pixels.width, pixels.height, staysTurned};
 }
 
 bool mayBeEncoded(const PlannedResult& plan, const ConversionRecipe& recipe) {

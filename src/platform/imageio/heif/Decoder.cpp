@@ -48,8 +48,8 @@ const PictureNode& describedNode(const PictureNode& root) {
     return *node;
 }
 
-/// Gives the picture its model and its profile. Returns how it is stored if it must be mapped to the ordinary
-/// range, after which that profile is right; such pictures get 16 bits.
+/// Gives the picture its model and its profile. Returns how an HDR picture is stored: it becomes SDR, for
+/// which the profile is right, and gets 16 bits.
 std::optional<HDREncoding> describeColors(FrameDescription& frame, const PictureNode& root,
                                           const ByteReader& reader, bool isAdobeRGB) {
     frame.format.model = root.isMonochrome ? ColorModel::gray : ColorModel::rgb;
@@ -186,7 +186,7 @@ private:
     const std::shared_ptr<const ByteReader> reader_;
     const std::shared_ptr<Header> header_;
     const bool isAVIF_;
-    std::optional<HDREncoding> hdr_; ///< for pictures that are mapped to the ordinary range
+    std::optional<HDREncoding> hdr_; ///< of an HDR picture, which becomes SDR
     Bytes exif_;
     FileContents contents_;
 };
