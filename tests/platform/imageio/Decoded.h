@@ -13,6 +13,7 @@ struct Decoded {
     PixelBuffer pixels; ///< of the requested frame
     Bytes exif, colorTable;
     FileContents contents;
+    std::optional<Failure> damage; ///< after all rows
 
     const FrameDescription& frame() const { return frames.front(); }
 };
@@ -28,8 +29,8 @@ inline Result<Decoded> decodeUnseen(const ImageCodec& codec, const Bytes& file, 
     Result<PixelBuffer> pixels = readAllRows(**rows);
     if (!pixels)
         return pixels.failure();
-    return Decoded{(*decoder)->frames(), std::move(*pixels), *(*decoder)->exif(), *(*decoder)->colorTable(),
-                   (*decoder)->contents()};
+    return Decoded{(*decoder)->frames(),      std::move(*pixels),     *(*decoder)->exif(),
+                   *(*decoder)->colorTable(), (*decoder)->contents(), (*decoder)->damage()};
 }
 
 /// All metadata that `codec` finds in `file`, and the pixels of one frame; or the first failure.
@@ -44,13 +45,19 @@ inline Decoded decodeSound(const ImageCodec& codec, const Bytes& file, std::size
     Result<Decoded> decoded = decode(codec, file, frame);
     if (!decoded) {
         ADD_FAILURE() << "not decoded: " << decoded.failure().text;
-        return {{FrameDescription{}}, {}, {}, {}, {}};
+        return {{FrameDescription{}}, {}, {}, {}, {}, {}};
     }
     return std::move(*decoded);
 }
 
 /// Whether decoding fails at any step.
 inline bool failsToDecode(const ImageCodec& codec, const Bytes& file) { return !decode(codec, file).ok(); }
+
+/// Whether decoding fails or reports that pixels are lost.
+inline bool isRefusedOrDamaged(const ImageCodec& codec, const Bytes& file) {
+    const Result<Decoded> decoded = decodeUnseen(codec, file);
+    return !decoded || decoded->damage;
+}
 
 /// The file that an encoder makes of a picture. If that fails, the test fails and the result is empty.
 inline Bytes encodeSound(Encoder encode, const PixelBuffer& picture, const EncodingOptions& options = {}) {
