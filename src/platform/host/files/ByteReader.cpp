@@ -1,8 +1,9 @@
 #include "platform/host/files/ByteReader.h"
 
+#include "platform/host/files/FileContent.h"
+
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,19 +41,10 @@ public:
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const override {
         if (offset >= size_)
             return 0;
-        std::size_t done = 0;
-        while (done < into.size()) {
-            const ssize_t got = ::pread(file_.number(), into.data() + done, into.size() - done,
-                                        static_cast<off_t>(offset + done));
-            if (got < 0 && errno == EINTR)
-                continue;
-            if (got < 0)
-                note(errno);
-            if (got <= 0)
-                break;
-            done += static_cast<std::size_t>(got);
-        }
-        return done;
+        const PartRead read = kestrine::readAt(file_.number(), into, offset);
+        if (read.error != 0)
+            note(read.error);
+        return read.bytes;
     }
 
     std::optional<Failure> failure() const override {

@@ -18,6 +18,22 @@ Result<Bytes> readSmallFile(const std::string& path, std::uint64_t limit) {
     return reader->readAll(limit);
 }
 
+PartRead readAt(int file, std::span<std::uint8_t> into, std::uint64_t offset) {
+    PartRead read;
+    while (read.bytes < into.size()) {
+        const ssize_t count = ::pread(file, into.data() + read.bytes, into.size() - read.bytes,
+                                      static_cast<off_t>(offset + read.bytes));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            read.error = errno;
+        if (count <= 0)
+            break;
+        read.bytes += static_cast<std::size_t>(count);
+    }
+    return read;
+}
+
 Result<void> forEachBlock(int file, const std::function<Result<void>(ByteView block)>& use) {
     Bytes block(std::size_t{256} * 1024);
     for (off_t offset = 0;;) {

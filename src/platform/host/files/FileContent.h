@@ -5,6 +5,7 @@
 #include "platform/host/Result.h"
 
 #include <functional>
+#include <span>
 #include <string>
 
 namespace kestrine {
@@ -17,6 +18,14 @@ enum class Durability {
 
 /// All bytes of a regular file. Fails with tooLarge if there are more than `limit`.
 Result<Bytes> readSmallFile(const std::string& path, std::uint64_t limit);
+
+struct PartRead {
+    std::size_t bytes = 0;
+    int error = 0; ///< errno of what ended it, or 0
+};
+/// Reads from `offset` on until `into` is full, the file ends or an error occurs. The position does not
+/// change.
+PartRead readAt(int file, std::span<std::uint8_t> into, std::uint64_t offset);
 
 /// Gives the content of a file that is open for reading to `use`, block by block, until it fails or the file
 /// ends. The position does not change.

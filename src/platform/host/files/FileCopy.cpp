@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <climits>
 #include <fcntl.h>
 #include <unistd.h>
@@ -17,33 +16,23 @@ namespace {
 constexpr std::size_t blockSize = 256 * 1024;
 
 /// Reads until the block is full or the file ends.
-Result<ByteView> readBlock(int file, off_t offset, Bytes& block) {
-    std::size_t filled = 0;
-    while (filled < block.size()) {
-        const ssize_t count =
-            ::pread(file, block.data() + filled, block.size() - filled, offset + static_cast<off_t>(filled));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return systemFailure("cannot read");
-        if (count == 0)
-            break;
-        filled += static_cast<std::size_t>(count);
-    }
-    return ByteView(block).first(filled);
+Result<ByteView> readBlock(int file, std::uint64_t offset, Bytes& block) {
+    const PartRead read = readAt(file, block, offset);
+    return read.error == 0 ? Result(ByteView(block).first(read.bytes))
+                           : systemFailure("cannot read", read.error);
 }
 
 Failure changedDuringCopy() { return {Reason::truncated, "the file changed during the copy"}; }
 
 Result<void> copyBytes(int from, int to, off_t size) {
     Bytes block(blockSize);
-    for (off_t offset = 0;;) {
-        ByteView bytes = TRY(readBlock(from, offset, block));
+    for (std::uint64_t offset = 0;;) {
+        const ByteView bytes = TRY(readBlock(from, offset, block));
         TRY(writeAll(to, bytes));
-        offset += static_cast<off_t>(bytes.size());
+        offset += bytes.size();
         if (bytes.size() == block.size())
             continue;
-        return offset == size ? Result<void>() : changedDuringCopy();
+        return offset == static_cast<std::uint64_t>(size) ? Result<void>() : changedDuringCopy();
     }
 }
 
@@ -64,7 +53,7 @@ mode_t rightsFor(const struct stat& status, bool hasOwner) {
 
 Result<void> compareContents(int first, int second) {
     Bytes firstBlock(blockSize), secondBlock(blockSize);
-    for (off_t offset = 0;; offset += static_cast<off_t>(blockSize)) {
+    for (std::uint64_t offset = 0;; offset += blockSize) {
         const ByteView one = TRY(readBlock(first, offset, firstBlock));
         const ByteView two = TRY(readBlock(second, offset, secondBlock));
         if (!std::equal(one.begin(), one.end(), two.begin(), two.end()))

@@ -63,17 +63,10 @@ Result<std::string> contentOf(int file, const std::string& path) {
     if (::fstat(file, &status) != 0)
         return systemFailure("cannot read " + path);
     std::string content(static_cast<std::size_t>(status.st_size), '\0');
-    std::size_t length = 0;
-    while (length < content.size()) {
-        const ssize_t count =
-            ::pread(file, content.data() + length, content.size() - length, static_cast<off_t>(length));
-        if (count < 0 && errno != EINTR)
-            return systemFailure("cannot read " + path);
-        if (count == 0)
-            break;
-        length += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    content.resize(length);
+    const PartRead read = readAt(file, {reinterpret_cast<std::uint8_t*>(content.data()), content.size()}, 0);
+    if (read.error != 0)
+        return systemFailure("cannot read " + path, read.error);
+    content.resize(read.bytes);
     return content;
 }
 

@@ -2,7 +2,6 @@
 
 #include "platform/host/files/FileContent.h"
 
-#include <cerrno>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -21,15 +20,8 @@ Result<void> MemoryFile::write(ByteView bytes, std::uint64_t offset) const {
 
 Result<Bytes> MemoryFile::read(std::uint64_t offset, std::uint64_t size) const {
     Bytes bytes(static_cast<std::size_t>(size));
-    for (std::size_t done = 0; done < bytes.size();) {
-        const ssize_t got =
-            ::pread(number(), bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return Failure{Reason::truncated, "a file in memory ends too early"};
-        done += static_cast<std::size_t>(got);
-    }
+    if (readAt(number(), bytes, offset).bytes < bytes.size())
+        return Failure{Reason::truncated, "a file in memory ends too early"};
     return bytes;
 }
 
