@@ -3,6 +3,7 @@
 
 #include "platform/host/files/ContentDigest.h"
 
+#include <optional>
 #include <string>
 
 namespace kestrine {
@@ -18,9 +19,20 @@ struct IntendedResult {
     bool isCorrection = false; ///< whether another path was recorded for this result before
 };
 
+/// A result of an earlier run that the result of a job may replace.
+struct EarlierResult {
+    std::string wanted; ///< see IntendedResult
+    std::string path;
+    ContentDigest content; ///< it is replaced only if it still has this content
+};
+
 class ChangeRecorder {
 public:
     virtual ~ChangeRecorder() = default;
+
+    /// The unchanged result of an earlier run at this path whose source is gone, so that another source may
+    /// replace it; each only once. Any thread.
+    virtual std::optional<EarlierResult> takeAbandonedResult(const std::string& /*path*/) { return {}; }
 
     /// Called before anything of this changes a file. The result is not made if it fails. If the name is lost
     /// to another program, there is one more call with the next name. Any thread.
@@ -29,13 +41,6 @@ public:
     /// Called after a recorded result that replaces its source. `isReplaced`: whether the source is in the
     /// trash; else it is where it was. Any thread.
     virtual void ended(const IntendedResult& /*result*/, bool /*isReplaced*/) {}
-};
-
-/// A result of an earlier run that the result of a job may replace.
-struct EarlierResult {
-    std::string wanted; ///< see IntendedResult
-    std::string path;
-    ContentDigest content; ///< it is replaced only if it still has this content
 };
 
 } // namespace kestrine

@@ -99,7 +99,7 @@ NSString JobPublication::nameBesideOriginal() const {
 std::optional<EarlierResult> JobPublication::takeEarlierResult() {
     const auto found = std::ranges::find(earlier_, intended_.wanted, &EarlierResult::wanted);
     if (found == earlier_.end())
-        return std::nullopt;
+        return job_.recorder == nullptr ? std::nullopt : job_.recorder->takeAbandonedResult(intended_.wanted);
     const EarlierResult earlier = *found;
     earlier_.erase(found); // another result of this job may want the same name
     const Result<ContentDigest> content = digestOfFile(earlier.path);

@@ -107,6 +107,42 @@ class WhatIsMade(Update):
         after = self.results()
         self.assertEqual({name for name in after if after[name] != before.get(name)}, {"a_1.jpg"})
 
+    def test_a_result_whose_source_is_gone_is_replaced_by_that_of_a_source_that_wants_its_name(self):
+        self.update()
+        (self.folder / "in/b.png").unlink()
+        self.picture("in/b.tif", 9)
+        done = self.kestrinectl("convert", "--longest", "30", "--format", "jpeg", "--out", "out", "--update", "-r", "--dry-run", "in")
+        self.assertEqual(done.stdout.decode(), f"in/b.tif -> {self.folder}/out/b.jpg\n")
+        before = self.results()
+        self.assertEqual(self.update(), (["in/b.tif"], []))
+        after = self.results()
+        self.assertEqual({name for name in after if after[name] != before.get(name)}, {"b.jpg"})
+        self.assertEqual(self.update(), ([], []))
+        self.picture("in/b.png", 1)
+        self.assertEqual(self.update()[0], ["in/b.png"])
+        self.assertEqual(self.results()["b.jpg"], after["b.jpg"], "its source is there again, so it stays")
+        self.assertEqual(set(self.results()), {*after, "b_1.jpg"})
+
+    def test_sources_that_exchange_their_names_exchange_their_results(self):
+        self.picture("in/d.tif", 9)
+        self.update()
+        before = self.results()
+        (self.folder / "in/d.tif").rename(self.folder / "in/b.tif")
+        (self.folder / "in/b.png").rename(self.folder / "in/d.png")
+        self.update()
+        after = self.results()
+        self.assertEqual((after["b.jpg"], after["d.jpg"]), (before["d.jpg"], before["b.jpg"]))
+        self.assertEqual(set(after), set(before))
+
+    def test_an_edited_result_whose_source_is_gone_is_not_replaced(self):
+        self.update()
+        (self.folder / "in/b.png").unlink()
+        self.picture("in/b.tif", 9)
+        (self.folder / "out/b.jpg").write_bytes(b"edited")
+        self.update()
+        self.assertEqual(self.results()["b.jpg"], b"edited")
+        self.assertIn("b_1.jpg", self.results())
+
     def test_force_makes_all_results_again_in_place(self):
         self.update()
         before = self.results()

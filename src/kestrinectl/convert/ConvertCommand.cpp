@@ -124,8 +124,10 @@ void convertDry(const Run& run) {
                      ResizeJob job = run.jobFor(input, number);
                      if (run.isFinished(position, input, job))
                          continue;
-                     if (run.manifest != nullptr)
+                     if (run.manifest != nullptr) {
                          job.earlier = run.manifest->earlierResults(job).replaceable;
+                         job.recorder = run.manifest;
+                     }
                      jobs.push_back(std::move(job));
                      shown.push_back(input.shown);
                      positions.push_back(position);

@@ -56,12 +56,11 @@ std::vector<PlannedNames> NamePlanner::plan(const std::vector<ResizeJob>& jobs) 
 PlannedNames NamePlanner::planned(const ResizeJob& job, const WantedNames& wanted) {
     if (wanted.complaint)
         return {.paths = {}, .complaints = {*wanted.complaint}};
-    const std::string vacated = job.replacesFile() ? placeOf(job.path.utf8()) : "";
     std::vector<EarlierResult> earlier = job.earlier;
     PlannedNames names;
     for (const WantedResult& result : wanted.results) {
         names.fitsAlready = result.fitsAlready;
-        names.paths.push_back(result.path.isEmpty() ? "" : nameFor(result.path, earlier, vacated));
+        names.paths.push_back(result.path.isEmpty() ? "" : nameFor(result.path, earlier, job));
         if (result.failure && openings_ == Openings::all)
             names.complaints.push_back(complaintOf(job, *result.failure));
         if (const Result<void> possible = checkName(names.paths.back()); !possible) {
@@ -92,17 +91,19 @@ bool NamePlanner::isPromised(const std::string& place) const {
 }
 
 /// The path of the result of an earlier run, which is then taken out of `earlier`, or else the path with the
-/// first free name, which is then in use. `vacated` is the path of the original that makes room for it; ""
-/// for none.
+/// first free name, which is then in use. An original that is replaced makes room for it.
 std::string NamePlanner::nameFor(const NSString& wanted, std::vector<EarlierResult>& earlier,
-                                 const std::string& vacated) {
+                                 const ResizeJob& job) {
     const auto found = std::ranges::find(earlier, wanted.utf8(), &EarlierResult::wanted);
     if (found != earlier.end()) {
         std::string path = std::move(found->path);
         earlier.erase(found);
         return path;
     }
-    const NSString chosen = uniqueFileName(wanted, [&](const std::string& candidate) {
+    const std::string vacated = job.replacesFile() ? placeOf(job.path.utf8()) : "";
+    const bool isAbandoned = job.recorder != nullptr && !isPromised(placeOf(wanted.utf8()))
+                             && job.recorder->takeAbandonedResult(wanted.utf8());
+    const NSString chosen = isAbandoned ? wanted : uniqueFileName(wanted, [&](const std::string& candidate) {
         const std::string place = placeOf(candidate);
         return isPromised(place) || (place != vacated && isTaken(candidate));
     });

@@ -37,8 +37,7 @@ private:
     PlannedNames planned(const ResizeJob& job, const WantedNames& wanted);
     Result<void> checkName(const std::string& path) const;
     bool isPromised(const std::string& place) const;
-    std::string nameFor(const NSString& wanted, std::vector<EarlierResult>& earlier,
-                        const std::string& vacated);
+    std::string nameFor(const NSString& wanted, std::vector<EarlierResult>& earlier, const ResizeJob& job);
 
     const Openings openings_;
     const unsigned threads_;

@@ -130,27 +130,34 @@ void UpdateManifest::read(const std::string& line) {
 /// Results that took the place of others end those.
 void UpdateManifest::add(const std::string& source, Made made) {
     Source& known = sources_[source];
-    const auto sharesFile = [&](const Made& other) {
-        return std::ranges::any_of(other.files, [&](const MadeFile& file) {
-            return std::ranges::find(made.files, file.path, &MadeFile::path) != made.files.end();
-        });
-    };
-    std::erase_if(known.made,
-                  [&](const Made& other) { return other.options == made.options || sharesFile(other); });
+    std::erase_if(known.made, [&](const Made& other) { return other.options == made.options; });
     known.intended.clear();
     for (const MadeFile& file : made.files)
-        addResult(source, file.path);
+        replaceResult(source, file.path);
     known.made.push_back(std::move(made));
 }
 
+/// Notes a result that may not be there yet.
 void UpdateManifest::addResult(const std::string& source, const std::string& path) {
-    if (std::string place = keyOf(path); place != source)
-        results_.insert(std::move(place));
+    results_.try_emplace(keyOf(path), &sources_.find(source)->first);
+}
+
+/// Notes a result; earlier ones at its path are gone.
+void UpdateManifest::replaceResult(const std::string& source, const std::string& path) {
+    const std::string*& owner = results_[keyOf(path)];
+    const auto isThere = [&](const MadeFile& file) { return file.path == path; };
+    for (const std::string* each : {owner, &source})
+        if (each != nullptr)
+            std::erase_if(sources_[*each].made,
+                          [&](const Made& other) { return std::ranges::any_of(other.files, isThere); });
+    owner = &sources_.find(source)->first;
 }
 
 bool UpdateManifest::isResult(const std::string& path) const {
     const std::lock_guard lock(mutex_);
-    return results_.contains(keyOf(path));
+    const std::string place = keyOf(path);
+    const auto found = results_.find(place);
+    return found != results_.end() && *found->second != place;
 }
 
 /// The path as it is stored in a line of the manifest.
@@ -282,6 +289,27 @@ UpdateManifest::Earlier UpdateManifest::earlierResults(const ResizeJob& job) con
             earlier.edited.push_back(path);
     }
     return earlier;
+}
+
+std::optional<EarlierResult> UpdateManifest::takeAbandonedResult(const std::string& path) {
+    const std::lock_guard lock(mutex_);
+    const auto owner = results_.find(keyOf(path));
+    if (owner == results_.end())
+        return std::nullopt;
+    const Result<FileMark> source = markOfFile(*owner->second);
+    if (source || source.failure().reason != Reason::notFound)
+        return std::nullopt;
+    for (Made& made : sources_[*owner->second].made) {
+        const auto file = std::ranges::find(made.files, path, &MadeFile::path);
+        if (file == made.files.end())
+            continue;
+        const Result<ContentDigest> content = digestOfFile(path);
+        if (!content || *content != file->content)
+            return std::nullopt;
+        made.files.erase(file);
+        return EarlierResult{path, path, *content};
+    }
+    return std::nullopt;
 }
 
 std::string UpdateManifest::intentionLine(const std::string& source, const MadeFile& file) const {

@@ -11,7 +11,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 namespace kestrine {
@@ -55,6 +55,8 @@ public:
     };
     Earlier earlierResults(const ResizeJob& job) const;
 
+    std::optional<EarlierResult> takeAbandonedResult(const std::string& path) override;
+
     /// Notes results that are about to be published.
     Result<void> record(const IntendedResult& result) override;
 
@@ -90,6 +92,7 @@ private:
     std::string stored(const std::string& path) const;
     std::string restored(const std::string& path) const;
     void addResult(const std::string& source, const std::string& path);
+    void replaceResult(const std::string& source, const std::string& path);
     static bool isUnchanged(const std::string& path, const FileMark& mark, const FileMark& before,
                             const std::optional<std::uint64_t>& content);
     void noteTimes(const std::string& source, Made& made, Made newest);
@@ -101,9 +104,10 @@ private:
     std::optional<LineLog> log_; ///< absent if it is only read
     int version_ = 0;
     const std::string base_; ///< the folder below which paths are stored relative to it; "" for none
-    std::map<std::string, Source> sources_;   ///< by path, without links in the folder part
-    std::unordered_set<std::string> results_; ///< of other files; likewise
-    mutable ConversionRecipes recipes_;       ///< for which recipesText_ was made
+    std::map<std::string, Source> sources_; ///< by path, without links in the folder part
+    /// The sources of results by their paths, likewise; both are keys of sources_ or like them.
+    std::unordered_map<std::string, const std::string*> results_;
+    mutable ConversionRecipes recipes_; ///< for which recipesText_ was made
     mutable std::string recipesText_;
     mutable std::map<std::string, std::string> folders_; ///< without links, by path
 };
