@@ -108,7 +108,6 @@ private:
             return Failure{Reason::tooLarge,
                            "the picture is too large for a progressive JPEG of this length"};
         isCMYK_ = info.num_components == 4;
-        inksAreInverted_ = info.saw_Adobe_marker != 0;
         readExif(info);
         const ExifFacts facts = readExifFacts(exif_);
         frame.resolution = resolutionOf(info, facts);
@@ -167,8 +166,7 @@ private:
     }
 
     std::unique_ptr<ForeignConverter> inkConverter() const {
-        return ForeignConverter::create(inksAreInverted_ ? ForeignModel::cmykInverted : ForeignModel::cmyk,
-                                        SampleDepth::bits8, false, inkProfile_);
+        return ForeignConverter::create(ForeignModel::cmykInverted, SampleDepth::bits8, false, inkProfile_);
     }
 
     const std::shared_ptr<const ByteReader> reader_;
@@ -179,7 +177,6 @@ private:
     Bytes exif_;
     Bytes inkProfile_;
     bool isCMYK_ = false;
-    bool inksAreInverted_ = false;
 };
 
 } // namespace
