@@ -7,6 +7,7 @@
 #include "kestrinectl/text/ShownPath.h"
 #include "models/RecipeDigest.h"
 #include "models/ResultPlace.h"
+#include "platform/host/files/FileStatus.h"
 #include "platform/host/files/Folders.h"
 #include "platform/host/files/PathParts.h"
 
@@ -294,10 +295,7 @@ UpdateManifest::Earlier UpdateManifest::earlierResults(const ResizeJob& job) con
 std::optional<EarlierResult> UpdateManifest::takeAbandonedResult(const std::string& path) {
     const std::lock_guard lock(mutex_);
     const auto owner = results_.find(keyOf(path));
-    if (owner == results_.end())
-        return std::nullopt;
-    const Result<FileMark> source = markOfFile(*owner->second);
-    if (source || source.failure().reason != Reason::notFound)
+    if (owner == results_.end() || !isAbsent(*owner->second))
         return std::nullopt;
     for (Made& made : sources_[*owner->second].made) {
         const auto file = std::ranges::find(made.files, path, &MadeFile::path);

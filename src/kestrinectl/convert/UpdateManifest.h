@@ -105,7 +105,7 @@ private:
     int version_ = 0;
     const std::string base_; ///< the folder below which paths are stored relative to it; "" for none
     std::map<std::string, Source> sources_; ///< by path, without links in the folder part
-    /// The sources of results by their paths, likewise; both are keys of sources_ or like them.
+    /// By the path of a result, likewise: its source, a key of sources_.
     std::unordered_map<std::string, const std::string*> results_;
     mutable ConversionRecipes recipes_; ///< for which recipesText_ was made
     mutable std::string recipesText_;
